@@ -1,0 +1,16 @@
+#include "core/AppError.h"
+
+namespace parcelory {
+
+AppError::AppError(QString description) : m_description(std::move(description)), m_utf8(m_description.toUtf8()) {}
+
+SystemError::SystemError(int code, QString description) : AppError(std::move(description)), m_code(code) {}
+
+QString describe(const std::exception &error)
+{
+    if (const auto *own = dynamic_cast<const AppError *>(&error))
+        return own->description();
+    return QString::fromUtf8(error.what());
+}
+
+} // namespace parcelory

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <QString>
+
+#include <exception>
+
+namespace parcelory {
+
+/// A failure whose description is a text for the clerk.
+class AppError : public std::exception {
+public:
+    explicit AppError(QString description);
+
+    const QString &description() const { return m_description; }
+    const char *what() const noexcept override { return m_utf8.constData(); }
+
+private:
+    QString m_description;
+    QByteArray m_utf8; ///< what() must outlive the call that made it
+};
+
+/// A failure of a device or a child process.
+class SystemError : public AppError {
+public:
+    static constexpr auto domain = "Parcelory";
+
+    /// `code`: 1 no printer queue, 2 paused queue, 3 not a label; otherwise a child process's exit status.
+    SystemError(int code, QString description);
+
+    int code() const { return m_code; }
+
+private:
+    int m_code;
+};
+
+/// The text to show for any exception: its description, or what() for those of a library.
+QString describe(const std::exception &error);
+
+} // namespace parcelory

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "carrier/ShippoRecords.h"
+#include "core/CompanySanitizer.h"
+
+#include <QByteArray>
+#include <QList>
+#include <QString>
+#include <QUrl>
+
+namespace parcelory {
+
+/// What differs from one company to the next and is fixed in the build (deployment/README.md explains each value).
+struct Deployment {
+    QUrl carrierApi;         ///< https, path "/"
+    QUrl backOffice;         ///< https
+    QString shortLinkHost;   ///< host of the invoice QR codes
+    QString updateFeedHost;
+    QString supportTelephone;
+    QString officeLabel;     ///< name of the sender profile made on the first run
+    ShippoAddress returnAddress;
+    QList<QString> letterhead; ///< lines at the head of a commercial invoice
+    QString fallbackEmail;   ///< sender's e-mail where a profile has none
+    QString fallbackPhone;
+    QList<StoreName> storeNames; ///< applied in this order
+
+    /// The values compiled into this build.
+    static Deployment builtIn();
+    /// Reads a deployment file; throws AppError naming what is missing or not allowed.
+    static Deployment parse(const QByteArray &json);
+
+    static constexpr auto fields()
+    {
+        using D = Deployment;
+        return std::tuple{field("carrierApi", &D::carrierApi),
+                          field("backOffice", &D::backOffice),
+                          field("shortLinkHost", &D::shortLinkHost),
+                          field("updateFeedHost", &D::updateFeedHost),
+                          field("supportTelephone", &D::supportTelephone),
+                          field("officeLabel", &D::officeLabel),
+                          field("returnAddress", &D::returnAddress),
+                          field("letterhead", &D::letterhead),
+                          field("fallbackEmail", &D::fallbackEmail),
+                          field("fallbackPhone", &D::fallbackPhone),
+                          field("storeNames", &D::storeNames)};
+    }
+};
+
+} // namespace parcelory

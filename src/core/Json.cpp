@@ -1,0 +1,136 @@
+#include "core/Json.h"
+
+#include <cctype>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// Dates in our files are seconds since the start of 2001, UTC.
+const QDateTime &referenceDate()
+{
+    static const QDateTime date(QDate(2001, 1, 1), QTime(0, 0), Qt::UTC);
+    return date;
+}
+
+QString printable(const std::string &path)
+{
+    return path.empty() ? u"the answer"_s : u'"' + QString::fromStdString(path) + u'"';
+}
+
+} // namespace
+
+namespace detail {
+
+std::string keyFor(const char *fieldName, Keys keys)
+{
+    if (keys == Keys::asIs)
+        return fieldName;
+    std::string key;
+    for (const char *c = fieldName; *c; ++c) {
+        if (std::isupper(static_cast<unsigned char>(*c)))
+            key += '_';
+        key += char(std::tolower(static_cast<unsigned char>(*c)));
+    }
+    return key;
+}
+
+void mismatch(const std::string &path, const char *expected, const Json &found)
+{
+    throw DecodeError(u"%1: expected %2, got %3"_s.arg(printable(path), QLatin1StringView(expected),
+                                                       QLatin1StringView(found.type_name())));
+}
+
+void missing(const std::string &path)
+{
+    throw DecodeError(u"missing key %1"_s.arg(printable(path)));
+}
+
+void decodeValue(const Json &json, QString &value, const std::string &path, Keys)
+{
+    if (!json.is_string())
+        mismatch(path, "string", json);
+    value = QString::fromStdString(json.get_ref<const std::string &>());
+}
+
+void decodeValue(const Json &json, bool &value, const std::string &path, Keys)
+{
+    if (!json.is_boolean())
+        mismatch(path, "boolean", json);
+    value = json.get<bool>();
+}
+
+void decodeValue(const Json &json, int &value, const std::string &path, Keys)
+{
+    if (!json.is_number_integer())
+        mismatch(path, "whole number", json);
+    value = json.get<int>();
+}
+
+void decodeValue(const Json &json, QUuid &value, const std::string &path, Keys keys)
+{
+    QString text;
+    decodeValue(json, text, path, keys);
+    value = QUuid::fromString(text);
+    if (value.isNull())
+        mismatch(path, "UUID", json);
+}
+
+void decodeValue(const Json &json, QUrl &value, const std::string &path, Keys keys)
+{
+    QString text;
+    decodeValue(json, text, path, keys);
+    value = QUrl(text, QUrl::StrictMode);
+    if (!value.isValid())
+        mismatch(path, "address", json);
+}
+
+void decodeValue(const Json &json, QDateTime &value, const std::string &path, Keys)
+{
+    if (!json.is_number())
+        mismatch(path, "number", json);
+    value = referenceDate().addMSecs(qRound64(json.get<double>() * 1000)).toLocalTime();
+}
+
+Json encodeValue(const QString &value, Keys)
+{
+    return value.toStdString();
+}
+
+Json encodeValue(bool value, Keys)
+{
+    return value;
+}
+
+Json encodeValue(int value, Keys)
+{
+    return value;
+}
+
+Json encodeValue(const QUuid &value, Keys)
+{
+    return value.toString(QUuid::WithoutBraces).toUpper().toStdString();
+}
+
+Json encodeValue(const QDateTime &value, Keys)
+{
+    return double(referenceDate().msecsTo(value)) / 1000;
+}
+
+} // namespace detail
+
+Json parseJson(const QByteArray &text)
+{
+    Json json = Json::parse(text.begin(), text.end(), nullptr, false);
+    if (json.is_discarded())
+        throw DecodeError(u"it is not JSON"_s);
+    return json;
+}
+
+QByteArray dumpJson(const Json &json)
+{
+    return QByteArray::fromStdString(json.dump());
+}
+
+} // namespace parcelory

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "core/Deployment.h"
+#include "core/ports/Clock.h"
+#include "core/ports/Desktop.h"
+#include "core/ports/HttpTransport.h"
+#include "core/ports/Preferences.h"
+#include "core/ports/ProcessRunner.h"
+#include "core/ports/Prompts.h"
+#include "core/ports/SecretStore.h"
+
+#include <QDir>
+
+namespace parcelory {
+
+/// Everything outside the program that it needs, handed in once at the start. main builds the real one, the practice
+/// desk and the tests their own; nothing else chooses an implementation.
+struct Platform {
+    HttpTransport &http;
+    Clock &clock;
+    SecretStore &secrets;
+    Preferences &preferences;
+    Prompts &prompts;
+    Desktop &desktop;
+    ProcessRunner &processes;
+
+    QDir dataFolder; ///< the folder "Parcelory" of the user's application support; may not exist yet
+    Deployment deployment;
+};
+
+} // namespace parcelory

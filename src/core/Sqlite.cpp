@@ -1,0 +1,106 @@
+#include "core/Sqlite.h"
+
+#include <sqlite3.h>
+
+namespace parcelory {
+
+Database::Database(const QString &path)
+{
+    m_open = sqlite3_open(path.toUtf8().constData(), &m_db) == SQLITE_OK;
+    if (m_db)
+        sqlite3_busy_timeout(m_db, int(std::chrono::milliseconds(busyTimeout).count()));
+}
+
+Database::~Database()
+{
+    sqlite3_close(m_db);
+}
+
+bool Database::exec(const char *script)
+{
+    char *message = nullptr;
+    if (sqlite3_exec(m_db, script, nullptr, nullptr, &message) == SQLITE_OK)
+        return true;
+    qWarning("Parcelory SQL error: %s", message ? message : "?");
+    sqlite3_free(message);
+    return false;
+}
+
+QString Database::lastError() const
+{
+    return QString::fromUtf8(sqlite3_errmsg(m_db));
+}
+
+Statement::Statement(const Database &db, const QByteArray &sql)
+{
+    sqlite3_prepare_v2(db.handle(), sql.constData(), int(sql.size()), &m_statement, nullptr);
+}
+
+Statement::~Statement()
+{
+    sqlite3_finalize(m_statement);
+}
+
+void Statement::bind(int parameter, const QString &text)
+{
+    const QByteArray utf8 = text.toUtf8();
+    sqlite3_bind_text(m_statement, parameter, utf8.constData(), int(utf8.size()), SQLITE_TRANSIENT);
+}
+
+void Statement::bind(int parameter, double value)
+{
+    sqlite3_bind_double(m_statement, parameter, value);
+}
+
+void Statement::bind(int parameter, qint64 value)
+{
+    sqlite3_bind_int64(m_statement, parameter, value);
+}
+
+void Statement::bind(int parameter, const std::optional<QByteArray> &blob)
+{
+    if (blob)
+        sqlite3_bind_blob64(m_statement, parameter, blob->constData(), sqlite3_uint64(blob->size()), SQLITE_TRANSIENT);
+    else
+        sqlite3_bind_null(m_statement, parameter);
+}
+
+bool Statement::step()
+{
+    return m_statement && sqlite3_step(m_statement) == SQLITE_ROW;
+}
+
+bool Statement::execute()
+{
+    if (!m_statement)
+        return false;
+    const bool done = sqlite3_step(m_statement) == SQLITE_DONE;
+    sqlite3_reset(m_statement);
+    return done;
+}
+
+QString Statement::text(int column) const
+{
+    const auto *bytes = reinterpret_cast<const char *>(sqlite3_column_text(m_statement, column));
+    return bytes ? QString::fromUtf8(bytes, sqlite3_column_bytes(m_statement, column)) : QString();
+}
+
+double Statement::real(int column) const
+{
+    return sqlite3_column_double(m_statement, column);
+}
+
+qint64 Statement::integer(int column) const
+{
+    return sqlite3_column_int64(m_statement, column);
+}
+
+std::optional<QByteArray> Statement::blob(int column) const
+{
+    const void *bytes = sqlite3_column_blob(m_statement, column);
+    if (!bytes)
+        return std::nullopt;
+    return QByteArray(static_cast<const char *>(bytes), sqlite3_column_bytes(m_statement, column));
+}
+
+} // namespace parcelory

@@ -1,0 +1,90 @@
+#include "core/Text.h"
+
+#include <QRegularExpression>
+#include <QTextBoundaryFinder>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+QStringList characters(const QString &text)
+{
+    QStringList result;
+    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text);
+    qsizetype start = 0;
+    for (qsizetype end = finder.toNextBoundary(); end > start; end = finder.toNextBoundary()) {
+        result += text.mid(start, end - start);
+        start = end;
+    }
+    return result;
+}
+
+QString firstCharacters(const QString &text, qsizetype count)
+{
+    if (text.size() <= count) // no text has more characters than code units
+        return text;
+    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text);
+    qsizetype end = 0;
+    for (qsizetype taken = 0; taken < count; ++taken) {
+        const qsizetype next = finder.toNextBoundary();
+        if (next < 0)
+            return text;
+        end = next;
+    }
+    return text.left(end);
+}
+
+QString trimBlanks(const QString &text)
+{
+    const auto isBlank = [](QChar c) { return c == u' ' || c == u'\t'; };
+    qsizetype start = 0, end = text.size();
+    while (start < end && isBlank(text[start]))
+        ++start;
+    while (end > start && isBlank(text[end - 1]))
+        --end;
+    return text.mid(start, end - start);
+}
+
+std::optional<double> decimal(const QString &text)
+{
+    static const QRegularExpression plain(u"^[+-]?(\\d+\\.?\\d*|\\.\\d+)$"_s);
+    const QString trimmed = text.trimmed();
+    if (!plain.match(trimmed).hasMatch())
+        return std::nullopt;
+    bool ok = false;
+    const double value = trimmed.toDouble(&ok);
+    return ok ? std::optional(value) : std::nullopt;
+}
+
+double decimalOrZero(const QString &text)
+{
+    return decimal(text).value_or(0);
+}
+
+QString fixed(double value, int places)
+{
+    return QString::number(value, 'f', places);
+}
+
+QString shortest(double value, int places)
+{
+    QString text = fixed(value, places);
+    if (text.contains(u'.')) {
+        while (text.endsWith(u'0'))
+            text.chop(1);
+        if (text.endsWith(u'.'))
+            text.chop(1);
+    }
+    return text;
+}
+
+QString joinPresent(const QStringList &parts, const QString &separator)
+{
+    QStringList present;
+    for (const QString &part : parts) {
+        if (!part.isEmpty())
+            present += part;
+    }
+    return present.join(separator);
+}
+
+} // namespace parcelory

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+#include <optional>
+
+namespace parcelory {
+
+/// The user-perceived characters of a text: a surrogate pair or a letter with its accents is one.
+QStringList characters(const QString &text);
+
+/// The first `count` user-perceived characters; never cuts through one.
+QString firstCharacters(const QString &text, qsizetype count);
+
+/// Without the spaces and tabs at both ends; line breaks stay.
+QString trimBlanks(const QString &text);
+
+/// A plain decimal number ("24.5", ".75", "-3"), blanks around it allowed. No exponent, no thousands separator.
+std::optional<double> decimal(const QString &text);
+
+/// The number that a typed text stands for; a text that is no number counts as 0.
+double decimalOrZero(const QString &text);
+
+/// A decimal text with exactly `places` digits after the point, whatever the locale.
+QString fixed(double value, int places);
+
+/// The shortest decimal text of at most `places` digits after the point: 24.5, 8, 0.0625.
+QString shortest(double value, int places);
+
+/// The non-empty ones of `parts`, joined.
+QString joinPresent(const QStringList &parts, const QString &separator);
+
+} // namespace parcelory

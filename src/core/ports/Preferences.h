@@ -1,0 +1,50 @@
+#pragma once
+
+#include "core/Setting.h"
+
+#include <QStringList>
+#include <QVariant>
+
+#include <type_traits>
+
+namespace parcelory {
+
+/// The user's preference store: named values. May be called from any thread. Keys, types and defaults stand in
+/// shell/SettingsKeys.h; read() and write() below are the way to them.
+class Preferences {
+public:
+    virtual ~Preferences() = default;
+
+    /// Invalid when nothing is stored under the key.
+    virtual QVariant value(const QString &key) const = 0;
+    virtual void setValue(const QString &key, const QVariant &value) = 0;
+};
+
+/// The stored value, or `fallback` when there is none or it is of another type.
+template <class T>
+T read(const Preferences &preferences, const Setting<T> &setting, const std::type_identity_t<T> &fallback)
+{
+    const QVariant stored = preferences.value(setting.key);
+    if constexpr (std::is_same_v<T, bool>) {
+        // Text stores (INI files) keep booleans as these two words.
+        const QString word = stored.toString();
+        if (stored.typeId() != QMetaType::Bool && word != QLatin1StringView("true") &&
+            word != QLatin1StringView("false"))
+            return fallback;
+    }
+    return stored.canConvert<T>() && stored.isValid() ? stored.value<T>() : fallback;
+}
+
+template <class T>
+T read(const Preferences &preferences, const Setting<T> &setting)
+{
+    return read(preferences, setting, setting.fallback);
+}
+
+template <class T>
+void write(Preferences &preferences, const Setting<T> &setting, const std::type_identity_t<T> &value)
+{
+    preferences.setValue(setting.key, QVariant::fromValue(value));
+}
+
+} // namespace parcelory
