@@ -1,0 +1,37 @@
+#pragma once
+
+#include "carrier/ShippoRecords.h"
+#include "core/IsoDate.h"
+#include "core/Json.h"
+#include "core/Task.h"
+
+namespace parcelory {
+
+/// A listing never reads more pages than this, whatever the carrier's links say.
+constexpr int maxPages = 40;
+
+/// Reads a list page by page until a page reaches back before `cutoff`, is empty, or is the last one. The carrier
+/// answers newest first, so everything beyond such a page is older still; the page itself is kept whole.
+/// `fetch(path)` gives a page's bytes as a Task; `created(record)` gives its time stamp, or nothing.
+/// A failed page ends the listing with its error.
+template <class T, class Fetch, class Created>
+Task<QList<T>> pagedList(Fetch fetch, QString path, QDateTime cutoff, Created created)
+{
+    QList<T> all;
+    for (int pages = 1;; ++pages) {
+        const QByteArray answer = co_await fetch(path);
+        const auto page = decodeJson<ShippoList<T>>(answer, Keys::snake);
+        all += page.results;
+        if (page.results.isEmpty() || !page.next || pages == maxPages)
+            co_return all;
+        for (const T &record : page.results) {
+            const std::optional<QString> text = created(record);
+            const std::optional<QDateTime> time = text ? parseIso(*text) : std::nullopt;
+            if (time && *time < cutoff)
+                co_return all;
+        }
+        path = *page.next;
+    }
+}
+
+} // namespace parcelory

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "carrier/ShippoRecords.h"
+#include "compose/Customs.h"
+
+#include <nlohmann/json_fwd.hpp>
+
+#include <QDateTime>
+
+#include <optional>
+
+namespace parcelory {
+
+using Json = nlohmann::ordered_json;
+
+/// Everything that a price depends on.
+struct RatingRequest {
+    ShippoAddress from;
+    ShippoAddress to;
+    ShippoParcel parcel;
+    QString parcelTemplate; ///< the carrier's packaging; replaces the dimensions when not empty
+    QDateTime shipDate;
+    QString signatureConfirmation; ///< the carrier's word for the kind of signature; empty for none
+    QString insuranceAmount;       ///< US dollars as typed; anything but a positive number adds no insurance
+    QString insuranceProvider;     ///< empty for the service's third-party cover
+    std::optional<bool> isResidential;
+    std::optional<CustomsInfo> customs;
+};
+
+/// The address object of every request: street lines split and freed of "#" before a box number, name cut to 50
+/// characters, country as its code ("US" when empty).
+Json addressObject(const ShippoAddress &address);
+
+/// The body of a rating request.
+Json shipmentBody(const RatingRequest &request);
+
+} // namespace parcelory

@@ -1,0 +1,50 @@
+#include "carrier/ShippoClient.h"
+
+#include <QStringDecoder>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QString utf8OrEmpty(const QByteArray &bytes)
+{
+    QStringDecoder decoder(QStringDecoder::Utf8);
+    const QString text = decoder(bytes);
+    return decoder.hasError() ? QString() : text;
+}
+
+} // namespace
+
+ShippoClient::ShippoClient(Platform &platform, ShippoKeys &keys) :
+    m_http(platform.http), m_clock(platform.clock), m_keys(keys), m_base(platform.deployment.carrierApi),
+    m_sanitizer(platform.deployment.storeNames)
+{
+}
+
+Task<QByteArray> ShippoClient::request(QString path, QByteArray method, QByteArray body)
+{
+    auto tokenRead = onPool([this] { return m_keys.activeToken(); }); // a locked key ring must not stop the window
+    const std::optional<QString> token = co_await tokenRead;
+    if (!token || token->isEmpty())
+        throw ShippoError::noToken();
+    const QUrl relative(path, QUrl::StrictMode);
+    if (!relative.isValid())
+        throw ShippoError::api(u"Bad API path: "_s + path);
+
+    HttpRequest message{.url = m_base.resolved(relative),
+                        .method = method,
+                        .headers = {{"Authorization", "ShippoToken " + token->toUtf8()},
+                                    {"Content-Type", "application/json"}},
+                        .body = body};
+    const HttpAnswer answer = co_await m_http.send(std::move(message));
+    if (answer.status >= 200 && answer.status < 300)
+        co_return answer.body;
+    if (answer.status >= 400 && answer.status < 500) {
+        const QString rejected = u"Shippo rejected the request (%1)."_s.arg(answer.status);
+        throw ShippoError::validation(prettyFieldErrors(answer.body).value_or(rejected));
+    }
+    throw ShippoError::http(answer.status, utf8OrEmpty(answer.body));
+}
+
+} // namespace parcelory

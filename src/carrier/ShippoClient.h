@@ -1,0 +1,45 @@
+#pragma once
+
+#include "carrier/RequestBodies.h"
+#include "carrier/ShippoError.h"
+#include "carrier/ShippoKeys.h"
+#include "carrier/ShippoRecords.h"
+#include "core/CompanySanitizer.h"
+#include "core/Platform.h"
+#include "core/Task.h"
+
+namespace parcelory {
+
+/// The one door to the carrier API. Without state of its own but the address, so any number of calls may run at once.
+/// Failures arrive as ShippoError, as DecodeError (an answer that is not what was asked for) or, when no answer came,
+/// as the transport's AppError. Nothing is retried here and nothing is written to the error log.
+class ShippoClient {
+public:
+    /// Long operations are asked for this often, at most `maxPolls` times.
+    static constexpr auto pollInterval = std::chrono::milliseconds(1500);
+    static constexpr int maxPolls = 10;
+
+    ShippoClient(Platform &platform, ShippoKeys &keys);
+
+    /// The carrier's version of an address; judging it is the caller's business.
+    Task<ShippoValidatedAddress> validateAddress(ShippoAddress address);
+    /// Prices of a parcel, in the carrier's order. The sender's company line is made discreet on the way.
+    Task<ShippoShipment> rates(RatingRequest request);
+    /// Buys a label. `labelFileType`: "ZPLII", "PDF" …; `metadata`: at most its first 100 characters are sent.
+    /// A purchase still queued after the last poll is returned as it is; its label URL is empty.
+    Task<ShippoTransaction> purchase(QString rateId, QString labelFileType, QString metadata);
+    /// A document of the carrier, fetched without the token.
+    Task<QByteArray> downloadLabel(QString url);
+
+private:
+    /// The body of a 2xx answer. `path`: relative to the API, or an absolute address. `body`: sent as JSON when given.
+    Task<QByteArray> request(QString path, QByteArray method = "GET", QByteArray body = {});
+
+    HttpTransport &m_http;
+    Clock &m_clock;
+    ShippoKeys &m_keys;
+    QUrl m_base;
+    CompanySanitizer m_sanitizer;
+};
+
+} // namespace parcelory

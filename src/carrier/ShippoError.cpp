@@ -1,0 +1,79 @@
+#include "carrier/ShippoError.h"
+
+#include "core/Json.h"
+#include "core/Text.h"
+
+#include <algorithm>
+#include <map>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr qsizetype shownBodyLength = 300;
+constexpr qsizetype shownLines = 4;
+constexpr int deepestNesting = 100; ///< far beyond any real answer; a hostile one must not exhaust the stack
+
+void flatten(const Json &value, const QString &path, QStringList &lines, int depth)
+{
+    if (depth > deepestNesting)
+        return;
+    if (value.is_string()) {
+        const QString text = QString::fromStdString(value.get<std::string>());
+        lines += path.isEmpty() ? text : path + u": "_s + text;
+    } else if (value.is_array()) {
+        for (const Json &element : value)
+            flatten(element, path, lines, depth + 1);
+    } else if (value.is_object()) {
+        std::map<std::string, const Json *> entries;
+        for (const auto &[key, element] : value.items())
+            entries.emplace(key, &element);
+        for (const auto &[key, element] : entries) {
+            const QString name = QString::fromStdString(key);
+            flatten(*element, path.isEmpty() ? name : path + u' ' + name, lines, depth + 1);
+        }
+    }
+}
+
+} // namespace
+
+ShippoError::ShippoError(Kind kind, int status, QString description) :
+    AppError(std::move(description)), m_kind(kind), m_status(status)
+{
+}
+
+ShippoError ShippoError::http(int status, const QString &body)
+{
+    return {Kind::http, status,
+            u"Shippo HTTP "_s + QString::number(status) + u": "_s + firstCharacters(body, shownBodyLength)};
+}
+
+ShippoError ShippoError::api(const QString &message)
+{
+    return {Kind::api, 0, message};
+}
+
+ShippoError ShippoError::validation(const QString &message)
+{
+    return {Kind::validation, 0, message};
+}
+
+ShippoError ShippoError::noToken()
+{
+    return {Kind::noToken, 0, u"No Shippo API token set. Add one in Settings."_s};
+}
+
+std::optional<QString> prettyFieldErrors(const QByteArray &body)
+{
+    const Json json = Json::parse(body.begin(), body.end(), nullptr, false);
+    if (json.is_discarded())
+        return std::nullopt;
+    QStringList lines;
+    flatten(json, QString(), lines, 0);
+    if (lines.isEmpty())
+        return std::nullopt;
+    return lines.first(std::min(lines.size(), shownLines)).join(u'\n');
+}
+
+} // namespace parcelory

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "core/AppError.h"
+
+#include <QByteArray>
+
+#include <optional>
+
+namespace parcelory {
+
+/// A refusal or failure of the carrier API, with the text that the clerk sees.
+class ShippoError : public AppError {
+public:
+    enum class Kind {
+        http,       ///< an answer that is neither success nor refusal
+        api,        ///< a failure that the carrier or this client puts into words
+        validation, ///< the clerk's own data was refused
+        noToken,    ///< no API key is active
+    };
+
+    static ShippoError http(int status, const QString &body);
+    static ShippoError api(const QString &message);
+    static ShippoError validation(const QString &message);
+    static ShippoError noToken();
+
+    Kind kind() const { return m_kind; }
+    int status() const { return m_status; } ///< HTTP status of an http error, else 0
+
+private:
+    ShippoError(Kind kind, int status, QString description);
+
+    Kind m_kind;
+    int m_status;
+};
+
+/// Up to four readable lines from a refused request's body ("address_to zip: Invalid zip"), or nothing when it holds
+/// no text.
+std::optional<QString> prettyFieldErrors(const QByteArray &body);
+
+} // namespace parcelory

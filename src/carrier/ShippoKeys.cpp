@@ -1,0 +1,113 @@
+#include "carrier/ShippoKeys.h"
+
+#include "shell/SettingsKeys.h"
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString legacyAccount = u"shippo.token"_s;
+
+QString account(const QString &name)
+{
+    return u"shippo.token."_s + name;
+}
+
+} // namespace
+
+ShippoKeys::ShippoKeys(SecretStore &secrets, Preferences &preferences) : m_secrets(secrets), m_preferences(preferences)
+{
+}
+
+void ShippoKeys::set(const QString &token, const QString &name)
+{
+    m_secrets.set(token, account(name));
+    QStringList all = names();
+    if (!all.contains(name))
+        write(m_preferences, settings::shippoKeyNames, all << name);
+    if (activeName().isEmpty())
+        makeActive(name);
+}
+
+void ShippoKeys::remove(const QString &name)
+{
+    m_secrets.set(QString(), account(name)); // an empty token counts as none everywhere
+    QStringList all = names();
+    all.removeOne(name);
+    write(m_preferences, settings::shippoKeyNames, all);
+    if (activeName() == name)
+        makeActive(all.value(0));
+}
+
+void ShippoKeys::makeActive(const QString &name)
+{
+    write(m_preferences, settings::shippoActiveKeyName, name);
+}
+
+QStringList ShippoKeys::names() const
+{
+    return read(m_preferences, settings::shippoKeyNames);
+}
+
+QString ShippoKeys::activeName() const
+{
+    return read(m_preferences, settings::shippoActiveKeyName);
+}
+
+std::optional<QString> ShippoKeys::token(const QString &name) const
+{
+    return m_secrets.get(account(name));
+}
+
+std::optional<QString> ShippoKeys::activeToken()
+{
+    migrateIfNeeded();
+    const QString name = activeName();
+    if (name.isEmpty())
+        return std::nullopt;
+    return token(name);
+}
+
+void ShippoKeys::migrateIfNeeded()
+{
+    if (!names().isEmpty())
+        return;
+    const QString legacy = m_secrets.get(legacyAccount).value_or(QString());
+    if (legacy.isEmpty())
+        return;
+    const QString name = isTest(legacy) ? u"Test Mode"_s : u"Live Mode"_s;
+    set(legacy, name);
+    makeActive(name);
+}
+
+bool ShippoKeys::isTest(const QString &token)
+{
+    return token.startsWith(u"shippo_test"_s);
+}
+
+QString ShippoKeys::badge(const QString &token)
+{
+    return isTest(token) ? u"TEST"_s : u"LIVE"_s;
+}
+
+QString ShippoKeys::settingsText()
+{
+    const std::optional<QString> active = activeToken();
+    if (!active)
+        return u"No API key active. Add one below (Shippo dashboard → API → Developer keys)."_s;
+    const QString name = u'“' + activeName();
+    return isTest(*active) ? name + u"” active — TEST key, labels are free and not valid postage."_s
+                           : name + u"” active — LIVE key, labels cost real money."_s;
+}
+
+QString ShippoKeys::statusText()
+{
+    const QString active = activeToken().value_or(QString());
+    if (active.isEmpty())
+        return u"No Shippo API key — add one in Settings"_s;
+    return isTest(active) ? u"Shippo TEST mode ("_s + activeName() + u") — labels are not real postage"_s
+                          : u"Shippo LIVE ("_s + activeName() + u") — labels cost real money"_s;
+}
+
+} // namespace parcelory

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "core/ports/Preferences.h"
+#include "core/ports/SecretStore.h"
+
+#include <QStringList>
+
+#include <optional>
+
+namespace parcelory {
+
+/// The named API keys: tokens in the secret store, names and the choice of the active one in the preferences.
+/// Nothing is cached, so a change applies to the very next request.
+class ShippoKeys {
+public:
+    ShippoKeys(SecretStore &secrets, Preferences &preferences);
+
+    /// Stores or replaces a key. The first one added becomes active by itself.
+    void set(const QString &token, const QString &name);
+    /// Forgets a key; if it was active, the first remaining one becomes active.
+    void remove(const QString &name);
+    void makeActive(const QString &name);
+
+    QStringList names() const; ///< in the order in which they were added
+    QString activeName() const; ///< empty when no key is active
+    std::optional<QString> token(const QString &name) const;
+    /// The active key's token; nothing, or empty, when there is none. May block: see SecretStore.
+    std::optional<QString> activeToken();
+
+    /// Gives the single key of earlier versions a name.
+    void migrateIfNeeded();
+
+    /// Tokens that begin with "shippo_test" buy labels without value; every other token costs real money.
+    static bool isTest(const QString &token);
+    /// "TEST" or "LIVE", for a key in the list.
+    static QString badge(const QString &token);
+
+    /// The line above the list of keys in Settings.
+    QString settingsText();
+    /// The line of the status strip.
+    QString statusText();
+
+private:
+    SecretStore &m_secrets;
+    Preferences &m_preferences;
+};
+
+} // namespace parcelory
