@@ -1,0 +1,43 @@
+#pragma once
+
+#include "core/JsonFile.h"
+#include "core/Platform.h"
+#include "records/SenderProfile.h"
+
+#include <QProperty>
+
+#include <optional>
+
+namespace parcelory {
+
+/// The desk's return addresses, in sender_profiles.json. Assigning to either field writes the file.
+class SenderStore {
+public:
+    /// Loads the file; without one, makes a first profile from the preferences of earlier versions or, failing that,
+    /// from the deployment's return address.
+    explicit SenderStore(Platform &platform);
+
+    QProperty<QList<SenderProfile>> profiles; ///< never empty
+    QProperty<std::optional<QUuid>> defaultID;
+
+    /// The profile of defaultID, or the first one.
+    std::optional<SenderProfile> defaultProfile() const;
+    std::optional<SenderProfile> find(const QUuid &id) const;
+
+    /// Appends an empty profile, "New Profile".
+    SenderProfile add();
+    /// Removes a profile; the last one stays.
+    void remove(const QUuid &id);
+
+    void flush() { m_file.flush(); }
+
+private:
+    bool load();
+    void seed(Platform &platform);
+    void persist();
+
+    JsonFile m_file;
+    QPropertyNotifier m_profilesNotifier, m_defaultNotifier;
+};
+
+} // namespace parcelory
