@@ -1,0 +1,161 @@
+#include "devices/LabelPrinter.h"
+
+#include "core/Text.h"
+#include "shell/SettingsKeys.h"
+
+#include <QDir>
+#include <QFile>
+#include <QRegularExpression>
+#include <QScopeGuard>
+#include <QUuid>
+
+#include <algorithm>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString lprTool = u"/usr/bin/lpr"_s;
+const QString lpstatTool = u"/usr/bin/lpstat"_s;
+const QString cupsenableTool = u"/usr/sbin/cupsenable"_s;
+
+constexpr QStringView zebraWords[] = {u"zebra",  u"ztc", u"zpl", u"gk420", u"gx420",
+                                      u"zd4",    u"zd6", u"zp4", u"zt2",   u"zt4"};
+
+/// Writes a file that only its owner can read, because labels hold addresses. Returns its path.
+QString temporaryFile(const QByteArray &bytes, const QString &prefix, const QString &suffix)
+{
+    const QString name = prefix + QUuid::createUuid().toString(QUuid::WithoutBraces) + suffix;
+    QFile file(QDir(QDir::tempPath()).filePath(name));
+    const bool opened = file.open(QIODevice::WriteOnly | QIODevice::NewOnly, QFile::ReadOwner | QFile::WriteOwner);
+    if (!opened || file.write(bytes) != bytes.size() || !file.flush()) {
+        const QString reason = file.errorString();
+        file.remove();
+        throw AppError(u"The label could not be handed to the printer — "_s + reason + u'.');
+    }
+    return file.fileName();
+}
+
+} // namespace
+
+LabelPrinter::LabelPrinter(Platform &platform) :
+    m_processes(platform.processes), m_desktop(platform.desktop), m_preferences(platform.preferences)
+{
+}
+
+QString LabelPrinter::print(const QByteArray &label, const QString &zebraQueue, const QString &documentQueue)
+{
+    switch (labelKind(label)) {
+    case LabelKind::pdf:
+        if (printPDF(label, documentQueue))
+            return u"Shippo returned a PDF label (not ZPL) — sent to "_s + documentQueue + u'.';
+        return u"Shippo returned a PDF label (not ZPL) — opened in Preview."_s;
+    case LabelKind::png:
+        m_desktop.openFile(temporaryFile(label, u"parcelory-label-"_s, u".png"_s));
+        return u"Shippo returned a PNG label (not ZPL) — opened in Preview."_s;
+    case LabelKind::notALabel:
+        throw SystemError(notALabel, u"what the carrier sent is not a label"_s);
+    case LabelKind::zpl:
+        break;
+    }
+    printZPL(label, zebraQueue);
+    return u"Label sent to "_s + zebraQueue + u'.';
+}
+
+void LabelPrinter::printZPL(const QByteArray &zpl, const QString &queue)
+{
+    if (queue.isEmpty())
+        throw SystemError(noQueue, u"No Zebra printer queue selected in Settings."_s);
+    if (queueIsPaused(queue)) {
+        tryResume(queue);
+        if (queueIsPaused(queue))
+            throw SystemError(pausedQueue, u"The Zebra queue “%1” is PAUSED in macOS and is holding jobs. Open System "
+                                           "Settings → Printers & Scanners → %1 and press Resume."_s.arg(queue));
+    }
+    QByteArray program = Zpl::clamped(zpl);
+    if (rotate180())
+        program = Zpl::rotated(program);
+    const QString path = temporaryFile(program, u"parcelory-"_s, u".zpl"_s);
+    const auto removed = qScopeGuard([&path] { QFile::remove(path); });
+    lpr(path, queue, true);
+}
+
+bool LabelPrinter::printPDF(const QByteArray &pdf, const QString &queue)
+{
+    const QString path = temporaryFile(pdf, u"parcelory-"_s, u".pdf"_s);
+    if (queue.isEmpty()) {
+        m_desktop.openFile(path); // the viewer needs the file, so it stays
+        return false;
+    }
+    const auto removed = qScopeGuard([&path] { QFile::remove(path); });
+    lpr(path, queue, false);
+    return true;
+}
+
+void LabelPrinter::lpr(const QString &path, const QString &queue, bool raw)
+{
+    QStringList arguments = {u"-P"_s, queue};
+    if (raw)
+        arguments += {u"-o"_s, u"raw"_s};
+    const ProcessOutcome outcome = m_processes.run(lprTool, arguments << path);
+    if (outcome.status != 0)
+        throw SystemError(outcome.status, u"lpr failed: "_s + QString::fromUtf8(outcome.err));
+}
+
+QStringList LabelPrinter::lpstatLines(const QString &option)
+{
+    try {
+        const ProcessOutcome outcome = m_processes.run(lpstatTool, {option});
+        return QString::fromUtf8(outcome.out).split(u'\n', Qt::SkipEmptyParts);
+    } catch (const AppError &) {
+        return {};
+    }
+}
+
+QStringList LabelPrinter::queues()
+{
+    return lpstatLines(u"-e"_s);
+}
+
+QStringList LabelPrinter::zebraQueues()
+{
+    static const QRegularExpression device(u"^device for ([^:]+): (.*)$"_s);
+    QStringList found;
+    for (const QString &line : lpstatLines(u"-v"_s)) {
+        const auto match = device.match(line);
+        if (!match.hasMatch())
+            continue;
+        const QString queue = trimBlanks(match.captured(1));
+        const QString described = QString(queue + u' ' + trimBlanks(match.captured(2))).toLower();
+        if (std::ranges::any_of(zebraWords, [&](QStringView word) { return described.contains(word); }))
+            found += queue;
+    }
+    return found;
+}
+
+bool LabelPrinter::queueIsPaused(const QString &queue)
+{
+    try {
+        const ProcessOutcome outcome = m_processes.run(lpstatTool, {u"-p"_s, queue});
+        return QByteArray(outcome.out + outcome.err).toLower().contains("disabled");
+    } catch (const AppError &) {
+        return false;
+    }
+}
+
+void LabelPrinter::tryResume(const QString &queue)
+{
+    try {
+        m_processes.run(cupsenableTool, {queue});
+    } catch (const AppError &) {
+        // The queue is asked again afterwards; what counts is whether it still is paused.
+    }
+}
+
+bool LabelPrinter::rotate180() const
+{
+    return read(m_preferences, settings::rotate180);
+}
+
+} // namespace parcelory

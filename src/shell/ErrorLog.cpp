@@ -1,0 +1,99 @@
+#include "shell/ErrorLog.h"
+
+#include "carrier/ShippoError.h"
+#include "core/Json.h"
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+ErrorLog *sharedInstance = nullptr;
+
+Popup allowed(Popup asked, const std::exception &error)
+{
+    const auto *shippo = dynamic_cast<const ShippoError *>(&error);
+    return shippo && shippo->kind() == ShippoError::Kind::validation ? Popup::no : asked;
+}
+
+} // namespace
+
+ErrorLog &ErrorLog::shared()
+{
+    Q_ASSERT(sharedInstance);
+    return *sharedInstance;
+}
+
+ErrorLog::ErrorLog(Platform &platform) :
+    m_clock(platform.clock), m_prompts(platform.prompts), m_supportTelephone(platform.deployment.supportTelephone),
+    m_file(platform.dataFolder.filePath(u"error_log.json"_s))
+{
+    sharedInstance = this;
+    const std::optional<QByteArray> saved = m_file.read();
+    if (!saved)
+        return;
+    try {
+        m_entries = decodeJson<QList<APIErrorEntry>>(*saved, Keys::asIs);
+    } catch (const DecodeError &) {
+        m_file.setAsideBeforeWrite();
+    }
+}
+
+ErrorLog::~ErrorLog()
+{
+    sharedInstance = nullptr;
+}
+
+void ErrorLog::record(QString context, const std::exception &error, Popup popup)
+{
+    APIErrorEntry entry{QUuid::createUuid(), m_clock.now(), std::move(context), describe(error)};
+    QMetaObject::invokeMethod(
+        this, [this, entry = std::move(entry), shown = allowed(popup, error)] { add(entry, shown); },
+        Qt::QueuedConnection);
+}
+
+void ErrorLog::add(APIErrorEntry entry, Popup popup)
+{
+    m_entries.prepend(entry);
+    if (m_entries.size() > capacity)
+        m_entries.resize(capacity);
+    save();
+    emit entriesChanged();
+    if (popup == Popup::no)
+        return;
+    const QString title = u"Bad API response, contact Tobin: "_s + m_supportTelephone;
+    const QString text = entry.context + u": "_s + entry.detail + u"\n\nFull history: Window ▸ Error Log"_s;
+    spawn([this, title, text]() -> Task<> { co_await m_prompts.alert(title, text); });
+}
+
+void ErrorLog::clear()
+{
+    m_entries.clear();
+    save();
+    emit entriesChanged();
+}
+
+void ErrorLog::save()
+{
+    m_file.write(encodeJson(m_entries, Keys::asIs));
+}
+
+QString ErrorLog::countText() const
+{
+    return QString::number(m_entries.size()) + u" entries"_s;
+}
+
+QString ErrorLog::asText() const
+{
+    QStringList lines;
+    for (const APIErrorEntry &entry : m_entries)
+        lines += timeText(entry.date) + u'\t' + entry.context + u'\t' + entry.detail;
+    return lines.join(u'\n');
+}
+
+QString ErrorLog::timeText(const QDateTime &time)
+{
+    return time.toLocalTime().toString(u"MM/dd/yy h:mm:ss AP"_s);
+}
+
+} // namespace parcelory

@@ -1,0 +1,75 @@
+#pragma once
+
+#include "core/AppError.h"
+#include "core/JsonFile.h"
+#include "core/Platform.h"
+
+#include <QDateTime>
+#include <QList>
+#include <QObject>
+#include <QUuid>
+
+#include <tuple>
+
+namespace parcelory {
+
+/// One failure, as the clerk may have to report it.
+struct APIErrorEntry {
+    QUuid id;
+    QDateTime date;
+    QString context; ///< which operation failed
+    QString detail;  ///< the failure's description
+
+    static constexpr auto fields()
+    {
+        using E = APIErrorEntry;
+        return std::tuple{field("id", &E::id), field("date", &E::date), field("context", &E::context),
+                          field("detail", &E::detail)};
+    }
+};
+
+/// Whether a recorded failure is shown at once in an alert that tells whom to call.
+enum class Popup { no, yes };
+
+/// The program's one record of failures, kept in a file over restarts.
+class ErrorLog : public QObject {
+    Q_OBJECT
+public:
+    static constexpr qsizetype capacity = 1000;
+
+    /// The one instance; exists from the moment main (or a test) has made it.
+    static ErrorLog &shared();
+
+    explicit ErrorLog(Platform &platform);
+    ~ErrorLog() override;
+
+    /// Records a failure. May be called from any thread; the entry appears with the main thread's next turn.
+    /// A refusal of the clerk's own data never raises the alert: the screen already shows it.
+    void record(QString context, const std::exception &error, Popup popup);
+
+    const QList<APIErrorEntry> &entries() const { return m_entries; } ///< newest first
+    void clear();
+    /// "12 entries"
+    QString countText() const;
+    /// What Copy All puts on the clipboard: time, place and text of each entry, parted by tabs, one a line.
+    QString asText() const;
+    static QString timeText(const QDateTime &time);
+
+    /// Waits until the file holds what entries() holds.
+    void flush() { m_file.flush(); }
+
+signals:
+    void entriesChanged();
+
+private:
+    void add(APIErrorEntry entry, Popup popup);
+    void save();
+
+    Clock &m_clock;
+    Prompts &m_prompts;
+    QString m_supportTelephone;
+    JsonFile m_file;
+    QList<APIErrorEntry> m_entries;
+};
+
+} // namespace parcelory

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "core/Setting.h"
+
+#include <QStringList>
+
+namespace parcelory::settings {
+using namespace Qt::StringLiterals;
+
+// Every preference key with its type and default. No other file spells a key.
+
+inline const Setting<QString> zebraQueue{u"printer.zebraQueue"_s, {}};
+inline const Setting<QString> documentQueue{u"printer.documentQueue"_s, {}}; ///< empty: PDFs open in the viewer
+inline const Setting<bool> rotate180{u"printer.rotate180"_s, true};
+
+inline const Setting<QStringList> shippoKeyNames{u"shippo.keyNames"_s, {}}; ///< in the order they were added
+inline const Setting<QString> shippoActiveKeyName{u"shippo.activeKeyName"_s, {}};
+
+// The company's values, which the deployment supplies, stand in where these are missing.
+inline const Setting<QString> senderFallbackEmail{u"sender.fallbackEmail"_s, {}};
+inline const Setting<QString> senderFallbackPhone{u"sender.fallbackPhone"_s, {}};
+
+// The single return address of earlier versions, read once when the sender profiles are made.
+inline const Setting<QString> legacySenderName{u"sender.name"_s, {}};
+inline const Setting<QString> legacySenderCompany{u"sender.company"_s, {}};
+inline const Setting<QString> legacySenderStreet1{u"sender.street1"_s, {}};
+inline const Setting<QString> legacySenderStreet2{u"sender.street2"_s, {}};
+inline const Setting<QString> legacySenderCity{u"sender.city"_s, {}};
+inline const Setting<QString> legacySenderState{u"sender.state"_s, {}};
+inline const Setting<QString> legacySenderZip{u"sender.zip"_s, {}};
+inline const Setting<QString> legacySenderPhone{u"sender.phone"_s, {}};
+inline const Setting<QString> legacySenderEmail{u"sender.email"_s, {}};
+
+} // namespace parcelory::settings

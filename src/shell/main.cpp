@@ -1,0 +1,66 @@
+#include "carrier/ShippoKeys.h"
+#include "core/AppError.h"
+#include "devices/LabelPrinter.h"
+#include "practice/PracticeRun.h"
+#include "shell/CommandLine.h"
+#include "shell/platform/SystemPlatform.h"
+
+#include <QCoreApplication>
+#include <QTextStream>
+
+#include <cstdio>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+int printStatus(Platform &platform)
+{
+    ShippoKeys keys(platform.secrets, platform.preferences);
+    LabelPrinter printer(platform);
+    QTextStream out(stdout);
+    out << "Carrier:        " << platform.deployment.carrierApi.toString() << '\n'
+        << "API key:        " << keys.statusText() << '\n'
+        << "Records:        " << platform.dataFolder.absolutePath() << '\n'
+        << "Print queues:   " << printer.queues().join(u", "_s) << '\n'
+        << "Label printers: " << printer.zebraQueues().join(u", "_s) << '\n';
+    return 0;
+}
+
+int addKey(Platform &platform, const QString &name)
+{
+    const QString token = QTextStream(stdin).readLine().trimmed();
+    if (name.trimmed().isEmpty() || token.isEmpty())
+        throw AppError(u"Give the key a name, and its token on standard input."_s);
+    ShippoKeys keys(platform.secrets, platform.preferences);
+    keys.set(token, name);
+    if (keys.token(name) != token)
+        throw AppError(u"The system's secret store did not keep the key — is it unlocked?"_s);
+    QTextStream(stdout) << keys.statusText() << '\n';
+    return 0;
+}
+
+int run(const CommandLine &line)
+{
+    if (line.practice)
+        return runPractice(line.practiceFolder, line.orders);
+    SystemPlatform system;
+    return line.keyName ? addKey(system.platform(), *line.keyName) : printStatus(system.platform());
+}
+
+} // namespace
+} // namespace parcelory
+
+int main(int argc, char **argv)
+{
+    QCoreApplication app(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("parcelory"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(PARCELORY_VERSION));
+    try {
+        return parcelory::run(parcelory::CommandLine::parse(QCoreApplication::arguments()));
+    } catch (const std::exception &error) {
+        std::fprintf(stderr, "parcelory: %s\n", qUtf8Printable(parcelory::describe(error)));
+        return 1;
+    }
+}

@@ -1,0 +1,14 @@
+#pragma once
+
+#include "core/ports/Prompts.h"
+
+namespace parcelory {
+
+/// Prompts for runs without a window: says everything on standard output and gives each question its safe answer.
+class ConsolePrompts : public Prompts {
+public:
+    Task<> alert(QString title, QString text) override;
+    Task<int> choose(Question question) override;
+};
+
+} // namespace parcelory

@@ -1,0 +1,39 @@
+#include "shell/platform/SystemProcesses.h"
+
+#include "core/AppError.h"
+
+#include <QProcess>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// The tools' answers are read by their English words. CUPS looks at all four.
+QProcessEnvironment pinnedEnvironment()
+{
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(u"LC_ALL"_s, u"C.UTF-8"_s);
+    environment.insert(u"LANG"_s, u"C.UTF-8"_s);
+    environment.insert(u"LANGUAGE"_s, QString());
+    environment.insert(u"SOFTWARE"_s, QString());
+    return environment;
+}
+
+} // namespace
+
+ProcessOutcome SystemProcesses::run(const QString &program, const QStringList &arguments)
+{
+    QProcess process;
+    process.setProcessEnvironment(pinnedEnvironment());
+    process.setStandardInputFile(QProcess::nullDevice());
+    process.start(program, arguments);
+    if (!process.waitForStarted(-1))
+        throw AppError(u"%1 could not be started — %2"_s.arg(program, process.errorString()));
+    process.waitForFinished(-1);
+    const bool ended = process.exitStatus() == QProcess::NormalExit;
+    return {ended ? process.exitCode() : 128 + process.exitCode(), process.readAllStandardOutput(),
+            process.readAllStandardError()};
+}
+
+} // namespace parcelory

@@ -1,0 +1,12 @@
+#pragma once
+
+#include "core/ports/ProcessRunner.h"
+
+namespace parcelory {
+
+class SystemProcesses : public ProcessRunner {
+public:
+    ProcessOutcome run(const QString &program, const QStringList &arguments) override;
+};
+
+} // namespace parcelory
