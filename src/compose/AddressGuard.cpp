@@ -1,0 +1,37 @@
+#include "compose/AddressGuard.h"
+
+#include <algorithm>
+
+namespace parcelory::AddressGuard {
+
+QSet<QString> digitTokens(const QString &street1, const QString &street2)
+{
+    QSet<QString> tokens;
+    QString token;
+    bool hasDigit = false;
+    // A trailing blank ends the last token like any other.
+    for (const QChar c : QString(street1 + u' ' + street2 + u' ').toUpper()) {
+        if (c.isLetter() || c.isDigit()) {
+            token += c;
+            hasDigit = hasDigit || c.isDigit();
+            continue;
+        }
+        if (hasDigit)
+            tokens.insert(token);
+        token.clear();
+        hasDigit = false;
+    }
+    return tokens;
+}
+
+QStringList lostTokens(const QString &originalStreet1, const QString &originalStreet2, const QString &finalStreet1,
+                       const QString &finalStreet2)
+{
+    const QSet<QString> lost =
+        digitTokens(originalStreet1, originalStreet2) - digitTokens(finalStreet1, finalStreet2);
+    QStringList list(lost.begin(), lost.end());
+    std::ranges::sort(list);
+    return list;
+}
+
+} // namespace parcelory::AddressGuard

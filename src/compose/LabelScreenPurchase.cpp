@@ -1,0 +1,196 @@
+#include "carrier/PurchaseTag.h"
+#include "carrier/ShippoError.h"
+#include "compose/LabelScreen.h"
+#include "core/CountryCode.h"
+#include "core/Text.h"
+#include "shell/SettingsKeys.h"
+
+#include <QScopeGuard>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QString recipientLine(const ShippoAddress &to, bool international)
+{
+    const QString country = international ? CountryCode::alpha2(to.country) : QString();
+    return joinPresent({to.name, to.company, to.oneLine(), country}, u", "_s).simplified();
+}
+
+/// "USPS Priority Mail", "FedEx 2Day": FedEx's own service names begin with its name already.
+QString carrierAndService(Carrier carrier, const QString &service)
+{
+    const QString &name = carrierInfo(carrier).displayName;
+    return service.startsWith(name) ? service : name + u' ' + service;
+}
+
+QString summaryOf(Carrier carrier, const ShippoAddress &to, const ShipmentRecord &record, const QString &amount)
+{
+    const QString place = trimBlanks(to.city + u' ' + to.state);
+    return joinPresent({carrierAndService(carrier, record.service), joinPresent({to.name, place}, u", "_s),
+                        u'$' + amount, record.tracking},
+                       u" · "_s);
+}
+
+/// True when the carrier may have sold a label although its answer did not say so.
+bool outcomeUnknown(const AppError &error)
+{
+    const auto *shippo = dynamic_cast<const ShippoError *>(&error);
+    return !shippo || shippo->kind() == ShippoError::Kind::http;
+}
+
+} // namespace
+
+LabelScreen::Purchase LabelScreen::preparePurchase(const ShippoRate &rate) const
+{
+    Purchase purchase{
+        .carrier = carrier, .rate = rate, .from = senderForCarrier(), .to = m_app.draftTo, .record = {}};
+    purchase.to.company = m_app.sanitizer.sanitize(purchase.to.company);
+
+    const QString service = rate.servicelevel.name.value_or(rate.servicelevel.token.value_or(QString()));
+    const QString insured = insuranceValue.value().trimmed();
+    const bool isInsured = decimalOrZero(insured) > 0;
+    const QString declared = isInternational() ? customs.value().value.trimmed() : QString();
+    QStringList services = {serviceOptionInfo(this->service).label};
+    if (isInternational())
+        services += u"Declared $"_s + declared;
+    if (isInsured)
+        services += u"Insurance $"_s + insured;
+
+    ShipmentRecord &record = purchase.record;
+    record.carrier = carrierInfo(carrier).displayName;
+    record.service = service;
+    record.postage = decimalOrZero(rate.amount);
+    record.recipient = recipientLine(purchase.to, isInternational());
+    record.services = services.join(u", "_s);
+    record.weight = weightDisplay();
+    record.weightOz = totalPounds() * 16;
+    record.descriptionText = descriptionText.value().simplified();
+    record.reference = reference.value().simplified();
+    record.zip11 = purchase.to.zip;
+    record.declaredValue = isInternational() ? declared : isInsured ? insured : QString();
+    record.email = purchase.to.email;
+    record.isIntl = isInternational();
+    return purchase;
+}
+
+Task<> LabelScreen::buyAndPrint()
+{
+    const std::optional<ShippoRate> rate = selectedRate();
+    if (busy || !rate)
+        co_return;
+    busy = true; // in the same event as the press: a second press finds it set
+    const auto done = qScopeGuard([this] { busy = false; });
+    banner = std::nullopt;
+    Purchase purchase = preparePurchase(*rate);
+    const QString tag = purchaseTag(purchase.from, purchase.to, purchase.carrier, purchase.record.service);
+    try {
+        auto tokenRead = onPool([this] { return m_app.keys.activeToken(); });
+        const std::optional<QString> token = co_await tokenRead;
+        purchase.record.testMode = ShippoKeys::isTest(token.value_or(QString()));
+        const ShippoTransaction bought = co_await m_app.shippo.purchase(rate->objectId, u"ZPLII"_s, tag);
+        co_await finishPurchase(purchase, bought);
+    } catch (const AppError &error) {
+        fail(u"Buy Label"_s, error);
+        if (!outcomeUnknown(error))
+            co_return;
+        clearRates(); // buying again takes a new look at the prices, and so a moment's thought
+        warn(error.description() + u" The label may have been bought all the same — look for it in the Shippo "
+                                   "dashboard before buying again."_s);
+    }
+}
+
+Task<> LabelScreen::finishPurchase(Purchase purchase, ShippoTransaction transaction)
+{
+    ShipmentRecord &record = purchase.record;
+    record.createdAt = m_app.platform.clock.now();
+    record.transactionID = transaction.objectId;
+    record.tracking = transaction.trackingNumber.value_or(QString());
+    record.trackingURL = transaction.trackingUrlProvider.value_or(QString());
+    record.labelURL = transaction.labelUrl.value_or(QString());
+    record.customsDocURL = transaction.commercialInvoiceUrl.value_or(QString());
+    const int edits = m_edits;
+    if (record.labelURL.isEmpty()) {
+        const QString text = u"Purchase succeeded but no label URL was returned."_s;
+        clearRates();
+        warn(text);
+        m_app.errors.record(u"Buy Label"_s, AppError(text + u" Transaction "_s + transaction.objectId), Popup::yes);
+        co_return;
+    }
+
+    const Printed label = co_await fetchAndPrint(record.labelURL);
+    record.zpl = label.document;
+    QString outcome = label.note;
+    if (purchase.carrier == Carrier::fedex && record.isIntl) {
+        const Printed invoice = co_await printFedexInvoice(record.customsDocURL);
+        record.customsPDF = invoice.document;
+        outcome += invoice.note;
+    }
+    const bool logged = co_await logPurchase(record);
+    if (!logged)
+        outcome += u" (the mailing log could not be written — note the tracking number "_s + record.tracking + u')';
+
+    m_app.lastShipmentSummary = summaryOf(purchase.carrier, purchase.to, record, purchase.rate.amount);
+    if (edits == m_edits) // the clerk has not begun the next parcel yet
+        clearDraft();
+    banner = Banner{u"Success! %1 to %2, $%3"_s.arg(record.service, purchase.to.name, purchase.rate.amount) + outcome,
+                    true};
+}
+
+/// Fetches and prints the label. It is paid for by now, so nothing that fails here may stop it from being logged.
+Task<LabelScreen::Printed> LabelScreen::fetchAndPrint(QString labelUrl)
+{
+    const QString zebraQueue = read(m_app.platform.preferences, settings::zebraQueue);
+    const QString documentQueue = read(m_app.platform.preferences, settings::documentQueue);
+    Printed result;
+    try {
+        const QByteArray label = co_await m_app.shippo.downloadLabel(labelUrl);
+        if (labelKind(label) != LabelKind::notALabel)
+            result.document = label; // without bytes, a reprint downloads the label again
+        auto printing = onPool([=, this] { return m_app.printer.print(label, zebraQueue, documentQueue); });
+        const QString printed = co_await printing;
+        result.note = u". "_s + printed;
+    } catch (const AppError &error) {
+        result.note = u" (print failed: "_s + error.description() + u" — use Reprint from the log)"_s;
+        m_app.errors.record(u"Print Label"_s, error, Popup::no);
+    }
+    co_return result;
+}
+
+/// The same for the customs document that FedEx makes for a parcel abroad.
+Task<LabelScreen::Printed> LabelScreen::printFedexInvoice(QString documentUrl)
+{
+    const QString queue = read(m_app.platform.preferences, settings::documentQueue);
+    Printed result;
+    try {
+        const QByteArray document = co_await m_app.shippo.downloadLabel(documentUrl);
+        if (labelKind(document) != LabelKind::pdf)
+            throw AppError(u"what the carrier sent is not a PDF document"_s);
+        result.document = document;
+        auto printing = onPool([=, this] { return m_app.printer.printPDF(document, queue); });
+        const bool sentToQueue = co_await printing;
+        if (!sentToQueue)
+            result.note = u" (FedEx commercial invoice opened in Preview — set a document printer in Settings)"_s;
+    } catch (const AppError &error) {
+        const QString step = result.document ? u"print"_s : u"download"_s;
+        result.note = u" (FedEx commercial invoice %1 failed: %2)"_s.arg(step, error.description());
+        m_app.errors.record(u"FedEx Commercial Invoice"_s, error, Popup::no);
+    }
+    co_return result;
+}
+
+Task<bool> LabelScreen::logPurchase(ShipmentRecord record)
+{
+    auto writing = onPool([this, record] { return m_app.log.insert(record); });
+    const bool stored = co_await writing;
+    if (!stored) {
+        const AppError error(u"Bought but not logged: %1, %2, tracking %3, transaction %4, label %5 (%6)"_s.arg(
+            record.recipient, record.service, record.tracking, record.transactionID, record.labelURL,
+            m_app.log.lastError()));
+        m_app.errors.record(u"Mailing Log"_s, error, Popup::yes);
+    }
+    co_return stored;
+}
+
+} // namespace parcelory

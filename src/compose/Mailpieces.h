@@ -1,0 +1,72 @@
+#pragma once
+
+#include "compose/Services.h"
+
+#include <QList>
+#include <QString>
+#include <QUuid>
+
+#include <optional>
+#include <variant>
+
+namespace parcelory {
+
+/// The carriers' own packaging, and packaging of one's own by kind.
+enum class BuiltinMailpiece {
+    package,
+    oversizedPackage,
+    largeEnvelope,
+    flatRateEnvelope,
+    legalFlatRateEnvelope,
+    paddedFlatRateEnvelope,
+    smallFlatRateBox,
+    mediumFlatRateBox,
+    largeFlatRateBox,
+    fedexEnvelope,
+    fedexSmallPak,
+    fedexLargePak,
+    fedexPaddedPak,
+    fedexXLPak,
+    fedexSmallBox,
+    fedexMediumBox,
+    fedexLargeBox,
+    fedexExtraLargeBox,
+    fedexTube,
+};
+
+struct BuiltinMailpieceInfo {
+    BuiltinMailpiece mailpiece;
+    Carrier carrier;
+    QString id;
+    QString displayName;
+    QString shippoTemplate; ///< empty: the parcel is sent with its own dimensions
+    QString iconResource;
+    QString subtitle;
+};
+
+const QList<BuiltinMailpieceInfo> &builtinMailpieces();
+const BuiltinMailpieceInfo &builtinMailpieceInfo(BuiltinMailpiece mailpiece);
+/// One of the six USPS packages that ship Priority Mail at one price.
+bool isFlatRate(BuiltinMailpiece mailpiece);
+
+/// One of the desk's stock mailers. Outer dimensions in inches, as text.
+struct PresetBox {
+    QString id;
+    QString name;
+    QString length;
+    QString width;
+    QString height;
+    QString icon;
+};
+
+const QList<PresetBox> &presetBoxes();
+const PresetBox *presetBox(const QString &id); ///< null when there is none of that id
+
+/// What the parcel is packed in: a stock mailer by its id, a carrier's packaging, or one of the desk's own boxes.
+struct PresetMailpiece {
+    QString id;
+    bool operator==(const PresetMailpiece &) const = default;
+};
+using MailpieceSelection = std::variant<PresetMailpiece, BuiltinMailpiece, QUuid /* a BoxProfile */>;
+
+} // namespace parcelory
