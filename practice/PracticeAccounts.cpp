@@ -1,0 +1,85 @@
+#include "practice/PracticeAccounts.h"
+
+#include "practice/CarrierScenario.h"
+#include "practice/PracticeLedger.h"
+
+#include <algorithm>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+struct Account {
+    const char *id;
+    const char *carrier;
+    const char *name;
+    const char *number;
+    bool isOwn; ///< the dealer's contract with the carrier, not one that comes with the service
+};
+
+// In the order of Contract, then those that quote nothing. The postal service does not come first, so that nobody takes
+// the first account for it.
+constexpr Account accounts[] = {
+    {"2716480a9d7b4b31837c0dacd7d48104", "ups", "UPS", "shippo_ups_account", false},
+    {"86a7793d3788422a8169cfae9c87ed02", "fedex", "FedEx", "867530990", true},
+    {"2da62634606540c082f3612afe95ec01", "usps", "USPS", "shippo_usps_account", false},
+    {"8d6dbc109aaf4bb983d534f1556ddc03", "fedex", "FedEx", "867530981", true},
+    {"3d05ffe6076741228dfea04385050c05", "dhl_express", "DHL Express", "shippo_dhlexpress_account", false},
+    {"bef77ddbd2a5455eba8fcd4511eef606", "parcelforce", "Parcelforce", "shippo_parcelforce_account", false},
+};
+
+Json parametersOf(const Account &account)
+{
+    if (!account.isOwn)
+        return Json::array();
+    return {{"meter", "******"}, {"smartpost_id", 5531}};
+}
+
+Json listed(const Account &account, bool test)
+{
+    return {{"carrier", account.carrier},
+            {"object_id", account.id},
+            {"object_owner", "desk@example.com"},
+            {"account_id", account.number},
+            {"parameters", parametersOf(account)},
+            {"test", test},
+            {"active", true},
+            {"is_shippo_account", !account.isOwn},
+            {"metadata", ""},
+            {"carrier_name", account.name},
+            {"carrier_images", Json::object()},
+            {"object_info", nullptr}};
+}
+
+} // namespace
+
+namespace PracticeAccounts {
+
+const char *id(Contract contract)
+{
+    return accounts[int(contract)].id;
+}
+
+const char *provider(Contract contract)
+{
+    return accounts[int(contract)].name;
+}
+
+std::vector<Json> list(const PracticeLedger &ledger, const CarrierScenario &scenario)
+{
+    std::vector<Json> result;
+    for (const Account &account : accounts) {
+        if (scenario.fedexConnected || QLatin1StringView(account.name) != "FedEx"_L1)
+            result.push_back(listed(account, ledger.test));
+    }
+    return result;
+}
+
+bool isKnown(const QString &id)
+{
+    return std::ranges::any_of(accounts, [&](const Account &account) { return id == QLatin1StringView(account.id); });
+}
+
+} // namespace PracticeAccounts
+} // namespace parcelory

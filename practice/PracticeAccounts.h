@@ -1,0 +1,26 @@
+#pragma once
+
+#include "practice/PracticeAnswers.h"
+
+#include <vector>
+
+namespace parcelory {
+
+struct PracticeLedger;
+struct CarrierScenario;
+
+/// The accounts under which the practice desk gets rates.
+enum class Contract { ups, fedex, usps, secondFedex };
+
+/// The carrier accounts of the practice desk.
+namespace PracticeAccounts {
+
+const char *id(Contract contract);
+const char *provider(Contract contract); ///< "USPS", "FedEx", "UPS"
+
+/// The accounts as the service lists them; without FedEx when it is not connected.
+std::vector<Json> list(const PracticeLedger &ledger, const CarrierScenario &scenario);
+bool isKnown(const QString &id);
+
+} // namespace PracticeAccounts
+} // namespace parcelory

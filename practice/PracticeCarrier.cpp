@@ -1,0 +1,236 @@
+#include "practice/PracticeCarrier.h"
+
+#include "practice/PracticeHistory.h"
+#include "practice/PracticeLedger.h"
+#include "practice/PracticeRoutes.h"
+
+#include <httplib.h>
+
+#include <netinet/in.h>
+#include <sys/socket.h>
+
+#include <atomic>
+#include <condition_variable>
+#include <mutex>
+#include <stdexcept>
+#include <thread>
+
+namespace parcelory {
+
+namespace {
+
+constexpr auto loopback = "127.0.0.1";
+
+/// Ends the connection with the client that calls from `clientPort`. The server library offers no way to hang up, so
+/// the connection is looked up among the open files of the process.
+void hangUp(int clientPort, int serverPort)
+{
+    constexpr int mostOpenFiles = 4096;
+    for (int file = 3; file < mostOpenFiles; ++file) {
+        sockaddr_in peer{}, own{};
+        socklen_t peerSize = sizeof peer, ownSize = sizeof own;
+        if (::getpeername(file, reinterpret_cast<sockaddr *>(&peer), &peerSize) == 0 &&
+            ::getsockname(file, reinterpret_cast<sockaddr *>(&own), &ownSize) == 0 && peer.sin_family == AF_INET &&
+            ntohs(peer.sin_port) == clientPort && ntohs(own.sin_port) == serverPort)
+            ::shutdown(file, SHUT_RDWR);
+    }
+}
+
+QByteArray headerOf(const httplib::Request &request, const char *name)
+{
+    return QByteArray::fromStdString(request.get_header_value(name));
+}
+
+void send(const CarrierAnswer &answer, httplib::Response &response)
+{
+    response.status = answer.status;
+    if (!answer.rateLimitReset.isEmpty())
+        response.set_header("X-RateLimit-Reset", answer.rateLimitReset.toStdString());
+    if (!answer.brokenOff) {
+        response.set_content(answer.body.toStdString(), answer.contentType.toStdString());
+        return;
+    }
+    const auto half = [bytes = answer.body.left(answer.body.size() / 2)](size_t, size_t, httplib::DataSink &sink) {
+        sink.write(bytes.constData(), size_t(bytes.size()));
+        return false;
+    };
+    response.set_content_provider(size_t(answer.body.size()), answer.contentType.toStdString(), half);
+}
+
+} // namespace
+
+class PracticeCarrier::Impl {
+public:
+    Impl();
+    ~Impl();
+
+    int port = 0;
+    mutable std::mutex mutex; ///< guards everything below
+    CarrierScenario scenario;
+    int listReads = 0;
+    QList<Request> received;
+    PracticeLedger test, live;
+
+    PracticeLedger *ledgerOf(const QByteArray &authorization);
+
+private:
+    void serve(const httplib::Request &message, httplib::Response &response);
+    std::optional<CarrierAnswer> misfortune(const CarrierRequest &request);
+    CarrierAnswer download(const CarrierRequest &request, const QByteArray &authorization);
+    CarrierAnswer apiAnswer(const CarrierRequest &request, const QByteArray &authorization);
+
+    httplib::Server m_server;
+    std::thread m_thread;
+    std::condition_variable m_stopping;
+    bool m_isStopping = false;
+    std::atomic<bool> m_hasEnded = false;
+};
+
+PracticeCarrier::Impl::Impl()
+{
+    const auto handler = [this](const httplib::Request &message, httplib::Response &response) {
+        serve(message, response);
+    };
+    m_server.Get(".*", handler).Post(".*", handler).Put(".*", handler).Patch(".*", handler).Delete(".*", handler);
+    // A connection kept alive would keep the destructor waiting for seconds.
+    m_server.set_keep_alive_max_count(1);
+    port = m_server.bind_to_any_port(loopback);
+    if (port <= 0)
+        throw std::runtime_error("The practice carrier cannot listen on 127.0.0.1.");
+    live.test = false;
+    test.base = live.base = "http://" + std::string(loopback) + ':' + std::to_string(port) + '/';
+    m_thread = std::thread([this] {
+        m_server.listen_after_bind();
+        m_hasEnded = true;
+    });
+}
+
+PracticeCarrier::Impl::~Impl()
+{
+    {
+        const std::lock_guard lock(mutex);
+        m_isStopping = true;
+    }
+    m_stopping.notify_all();
+    // A server that has not begun to listen would not notice being stopped.
+    while (!m_server.is_running() && !m_hasEnded)
+        std::this_thread::yield();
+    m_server.stop();
+    m_thread.join();
+}
+
+PracticeLedger *PracticeCarrier::Impl::ledgerOf(const QByteArray &authorization)
+{
+    if (authorization == "ShippoToken " + testToken.toUtf8())
+        return &test;
+    return authorization == "ShippoToken " + liveToken.toUtf8() ? &live : nullptr;
+}
+
+void PracticeCarrier::Impl::serve(const httplib::Request &message, httplib::Response &response)
+{
+    const QByteArray target = QByteArray::fromStdString(message.target);
+    const CarrierRequest request = {.method = QByteArray::fromStdString(message.method),
+                                    .target = QUrl::fromEncoded("http://carrier" + target),
+                                    .body = QByteArray::fromStdString(message.body)};
+    const QByteArray authorization = headerOf(message, "Authorization");
+    std::unique_lock lock(mutex);
+    const bool isDropped = scenario.dropConnection;
+    CarrierAnswer answer;
+    if (auto instead = misfortune(request))
+        answer = *std::move(instead);
+    else if (const QString path = request.target.path();
+             path.startsWith(u"/labels/") || path.startsWith(u"/documents/"))
+        answer = download(request, authorization);
+    else
+        answer = apiAnswer(request, authorization);
+    received.append({request.method, target, authorization, headerOf(message, "Content-Type"), request.body,
+                     isDropped ? 0 : answer.status});
+    m_stopping.wait_for(lock, scenario.answerDelay, [this] { return m_isStopping; });
+    lock.unlock();
+    if (isDropped)
+        hangUp(message.remote_port, port);
+    else
+        send(answer, response);
+}
+
+/// What goes wrong with a request before anybody has looked at it.
+std::optional<CarrierAnswer> PracticeCarrier::Impl::misfortune(const CarrierRequest &request)
+{
+    auto &failure = scenario.failNext;
+    if (failure && failure->count > 0 && request.target.path().mid(1).toUtf8().startsWith(failure->pathPrefix) &&
+        (failure->method.isEmpty() || failure->method == request.method)) {
+        --failure->count;
+        return CarrierAnswer{.status = failure->status, .body = failure->body, .contentType = failure->contentType};
+    }
+    if (scenario.rateLimitAfterListReads && request.readsList() && ++listReads > *scenario.rateLimitAfterListReads) {
+        constexpr int secondsToWait = 60;
+        return CarrierAnswer{.status = 429,
+                             .body = "Too many requests. Please slow down.",
+                             .contentType = "text/plain",
+                             .rateLimitReset = QByteArray::number(QDateTime::currentSecsSinceEpoch() + secondsToWait)};
+    }
+    return std::nullopt;
+}
+
+CarrierAnswer PracticeCarrier::Impl::download(const CarrierRequest &request, const QByteArray &authorization)
+{
+    // The link is signed; a token sent along as well would be a leak of the token.
+    if (!authorization.isEmpty())
+        return fileRefusal(400, "InvalidArgument", "Only one auth mechanism allowed");
+    if (request.method != "GET")
+        return fileRefusal(405, "MethodNotAllowed", "The method is not allowed against this resource.");
+    for (const PracticeLedger *ledger : {&test, &live}) {
+        if (auto file = fileFor(request, *ledger, scenario))
+            return *std::move(file);
+    }
+    return fileRefusal(403, "AccessDenied", "Access Denied");
+}
+
+CarrierAnswer PracticeCarrier::Impl::apiAnswer(const CarrierRequest &request, const QByteArray &authorization)
+{
+    if (authorization.isEmpty())
+        return detailAnswer(401, "Authentication credentials were not provided.");
+    if (!scenario.badToken.isEmpty())
+        return detailAnswer(401, scenario.badToken.toStdString());
+    PracticeLedger *ledger = ledgerOf(authorization);
+    return ledger ? answerTo(request, *ledger, scenario) : detailAnswer(401, "Token does not exist");
+}
+
+PracticeCarrier::PracticeCarrier() : m_impl(std::make_unique<Impl>()) {}
+
+PracticeCarrier::~PracticeCarrier() = default;
+
+QUrl PracticeCarrier::baseUrl() const
+{
+    return QUrl(QString::fromStdString(m_impl->test.base));
+}
+
+void PracticeCarrier::setScenario(CarrierScenario scenario)
+{
+    const std::lock_guard lock(m_impl->mutex);
+    m_impl->scenario = std::move(scenario);
+    m_impl->listReads = 0;
+}
+
+QList<PracticeCarrier::Request> PracticeCarrier::requests() const
+{
+    const std::lock_guard lock(m_impl->mutex);
+    return m_impl->received;
+}
+
+void PracticeCarrier::clearRequests()
+{
+    const std::lock_guard lock(m_impl->mutex);
+    m_impl->received.clear();
+}
+
+void PracticeCarrier::seedHistory(int labels, const QDateTime &newest, std::chrono::seconds step, const QString &token)
+{
+    const std::lock_guard lock(m_impl->mutex);
+    PracticeLedger *ledger = m_impl->ledgerOf("ShippoToken " + token.toUtf8());
+    if (!ledger)
+        throw std::invalid_argument("The practice carrier knows no account of this token.");
+    addHistory(*ledger, labels, newest, step);
+}
+
+} // namespace parcelory

@@ -1,0 +1,54 @@
+#include "practice/PracticeDesk.h"
+
+#include "carrier/ShippoKeys.h"
+#include "core/AppError.h"
+#include "shell/SettingsKeys.h"
+#include "shell/platform/SystemPlatform.h"
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QDir practiceFolder(const QString &folder)
+{
+    const QDir chosen(folder.isEmpty() ? applicationSupportFolder().absolutePath() + u" Practice"_s : folder);
+    if (chosen == applicationSupportFolder())
+        throw AppError(u"The practice desk keeps out of the folder of the real records — choose another one."_s);
+    if (!chosen.mkpath(u"."_s))
+        throw AppError(u"The practice folder %1 cannot be made."_s.arg(chosen.absolutePath()));
+    return chosen;
+}
+
+Deployment practiceDeployment(const PracticeCarrier &carrier)
+{
+    Deployment deployment = Deployment::builtIn();
+    deployment.carrierApi = carrier.baseUrl();
+    return deployment;
+}
+
+} // namespace
+
+PracticeDesk::PracticeDesk(const QString &folder, Prompts &prompts) :
+    m_folder(practiceFolder(folder)), m_preferences(m_folder.filePath(u"preferences.ini"_s)),
+    m_printer(QDir(m_folder.filePath(u"printed"_s))), m_desktop(QDir(m_folder.filePath(u"viewer"_s))),
+    m_platform{.http = m_http,
+               .clock = m_clock,
+               .secrets = m_secrets,
+               .preferences = m_preferences,
+               .prompts = prompts,
+               .desktop = m_desktop,
+               .processes = m_printer,
+               .dataFolder = m_folder,
+               .deployment = practiceDeployment(m_carrier)}
+{
+    ShippoKeys keys(m_secrets, m_preferences);
+    keys.set(PracticeCarrier::testToken, u"Practice"_s);
+    keys.makeActive(u"Practice"_s);
+    if (read(m_preferences, settings::zebraQueue).isEmpty())
+        write(m_preferences, settings::zebraQueue, PracticePrinter::labelQueue);
+    if (read(m_preferences, settings::documentQueue).isEmpty())
+        write(m_preferences, settings::documentQueue, PracticePrinter::documentQueue);
+}
+
+} // namespace parcelory

@@ -1,0 +1,38 @@
+#pragma once
+
+#include "core/Platform.h"
+#include "practice/MemorySecrets.h"
+#include "practice/PracticeCarrier.h"
+#include "practice/PracticePrinter.h"
+#include "shell/platform/NetworkTransport.h"
+#include "shell/platform/SettingsPreferences.h"
+#include "shell/platform/SystemClock.h"
+
+namespace parcelory {
+
+/// The world of the practice desk: the real program on an embedded carrier, printers of paper-free stock and a data
+/// folder of its own. Nothing of it reaches beyond this machine, and nothing real is reached from it.
+class PracticeDesk {
+public:
+    /// Starts the carrier and sets a practice key and the practice printers where none are set. `folder`: empty for
+    /// "Parcelory Practice" beside the real records.
+    PracticeDesk(const QString &folder, Prompts &prompts);
+
+    Platform &platform() { return m_platform; }
+    PracticeCarrier &carrier() { return m_carrier; }
+    const PracticePrinter &printer() const { return m_printer; }
+    PracticePrinter &printer() { return m_printer; }
+
+private:
+    QDir m_folder;
+    PracticeCarrier m_carrier;
+    NetworkTransport m_http{NetworkTransport::Reach::loopbackOnly};
+    SystemClock m_clock;
+    MemorySecrets m_secrets;
+    SettingsPreferences m_preferences;
+    PracticePrinter m_printer;
+    PracticeDesktop m_desktop;
+    Platform m_platform;
+};
+
+} // namespace parcelory

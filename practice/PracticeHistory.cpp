@@ -1,0 +1,94 @@
+#include "practice/PracticeHistory.h"
+
+#include "practice/CarrierScenario.h"
+#include "practice/PracticeLedger.h"
+#include "practice/PracticeShipments.h"
+#include "practice/PracticeTransactions.h"
+
+namespace parcelory {
+
+namespace {
+
+struct Recipient {
+    const char *name, *company, *street, *city, *state, *zip, *country;
+};
+
+constexpr Recipient recipients[] = {
+    {"Harriet Ashcombe", "", "17 Orchard Ct", "Reno", "NV", "89501", "US"},
+    {"Desmond Pruitt", "Pruitt Coin Supply", "400 Harbor Blvd, Ste 12", "Portland", "ME", "04101", "US"},
+    {"Ines Valdivia", "", "2210 Cactus Wren Rd", "Tucson", "AZ", "85701", "US"},
+    {"Callum Breckenridge", "", "3 Weavers Row", "Leeds", "", "LS1 4AP", "GB"},
+};
+
+Json shipmentBody(const Recipient &to)
+{
+    const Json from = {
+        {"name", "Web Shop"}, {"street1", "88 Exchange Pl"}, {"city", "Salem"}, {"state", "OR"}, {"zip", "97301"},
+        {"country", "US"},    {"phone", "5035550142"}};
+    Json body = {{"address_from", from},
+                 {"address_to",
+                  {{"name", to.name},
+                   {"company", to.company},
+                   {"street1", to.street},
+                   {"city", to.city},
+                   {"state", to.state},
+                   {"zip", to.zip},
+                   {"country", to.country},
+                   {"phone", "2025550117"}}},
+                 {"parcels", Json::array({{{"weight", "9.5"},
+                                           {"mass_unit", "oz"},
+                                           {"length", "10"},
+                                           {"width", "6"},
+                                           {"height", "1"},
+                                           {"distance_unit", "in"}}})},
+                 {"async", false}};
+    if (to.country != std::string_view("US")) {
+        body["customs_declaration"] = {{"contents_type", "MERCHANDISE"},
+                                       {"non_delivery_option", "RETURN"},
+                                       {"eel_pfc", "NOEEI_30_37_a"},
+                                       {"certify", true},
+                                       {"certify_signer", "Web Shop"},
+                                       {"items", Json::array({{{"description", "Coin album"},
+                                                               {"quantity", 1},
+                                                               {"net_weight", "9.5"},
+                                                               {"mass_unit", "oz"},
+                                                               {"value_amount", "40"},
+                                                               {"value_currency", "USD"},
+                                                               {"origin_country", "US"}}})}};
+    }
+    return body;
+}
+
+void setDates(Json &record, const std::string &time)
+{
+    record["object_created"] = time;
+    record["object_updated"] = time;
+}
+
+} // namespace
+
+void addHistory(PracticeLedger &ledger, int labels, const QDateTime &newest, std::chrono::seconds step)
+{
+    const CarrierScenario quietDay;
+    for (int number = 0; number < labels; ++number) {
+        const std::string time = timestamp(newest.addSecs(-step.count() * number));
+        createShipment(ledger, quietDay, shipmentBody(recipients[number % std::size(recipients)]));
+        Json &shipment = ledger.shipments.all().back().shown;
+        // One rate is enough for a bought shipment; all of them would make long histories heavy.
+        Json &rates = shipment["rates"];
+        rates = Json::array({rates.at(number % rates.size())});
+        rates[0]["object_created"] = time;
+        shipment["shipment_date"] = time;
+        setDates(shipment, time);
+        createTransaction(ledger, quietDay,
+                          {{"rate", rates[0]["object_id"]},
+                           {"label_file_type", "PDF_4x6"},
+                           {"metadata", "Web order " + std::to_string(20000 + number)},
+                           {"async", false}});
+        setDates(ledger.transactions.all().back().shown, time);
+    }
+    ledger.shipments.sortByCreation();
+    ledger.transactions.sortByCreation();
+}
+
+} // namespace parcelory

@@ -1,0 +1,152 @@
+#include "practice/PracticeLabel.h"
+
+#include "practice/PracticePdf.h"
+
+#include <QtEndian>
+
+#include <array>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString marking = u"PRACTICE — NO POSTAGE"_s;
+constexpr int dotsWide = 812, dotsHigh = 1218; // 4 by 6 inches at 203 dots per inch
+
+/// A text as field data: what would begin a command is written as a hexadecimal escape.
+QByteArray fieldData(const QString &text)
+{
+    QByteArray escaped;
+    for (const char c : text.toUtf8()) {
+        if (c == '^' || c == '~' || c == '_' || (c >= 0 && c < ' '))
+            escaped += '_' + QByteArray(1, c).toHex().toUpper();
+        else
+            escaped += c;
+    }
+    return escaped;
+}
+
+QByteArray zplText(int x, int y, int size, const QString &text)
+{
+    const QByteArray height = QByteArray::number(size);
+    return "^FO" + QByteArray::number(x) + ',' + QByteArray::number(y) + "^A0N," + height + ',' + height + "^FH^FD" +
+           fieldData(text) + "^FS\n";
+}
+
+QByteArray zplLines(int x, int y, int size, const QStringList &lines)
+{
+    QByteArray zpl;
+    for (const QString &line : lines) {
+        zpl += zplText(x, y, size, line);
+        y += size + 6;
+    }
+    return zpl;
+}
+
+QByteArray zplRule(int y)
+{
+    return "^FO20," + QByteArray::number(y) + "^GB772,3,3^FS\n";
+}
+
+quint32 crc32(const QByteArray &bytes)
+{
+    quint32 crc = 0xffffffff;
+    for (const char byte : bytes) {
+        crc ^= quint8(byte);
+        for (int bit = 0; bit < 8; ++bit)
+            crc = (crc >> 1) ^ (crc & 1 ? 0xedb88320 : 0);
+    }
+    return ~crc;
+}
+
+QByteArray bigEndian(quint32 value)
+{
+    QByteArray bytes(4, Qt::Uninitialized);
+    qToBigEndian(value, bytes.data());
+    return bytes;
+}
+
+QByteArray pngChunk(const QByteArray &type, const QByteArray &data)
+{
+    return bigEndian(quint32(data.size())) + type + data + bigEndian(crc32(type + data));
+}
+
+/// Rows of one bit a dot, each after its filter byte: a frame and a cross.
+QByteArray crossedOutDots()
+{
+    constexpr int rowBytes = (dotsWide + 7) / 8, pen = 5, margin = 20;
+    QByteArray rows;
+    rows.reserve((rowBytes + 1) * dotsHigh);
+    for (int y = 0; y < dotsHigh; ++y) {
+        QByteArray row(rowBytes, '\xff');
+        const int diagonal = y * dotsWide / dotsHigh;
+        for (int x = margin; x < dotsWide - margin; ++x) {
+            const bool isInside = y >= margin && y < dotsHigh - margin;
+            const bool isFrame =
+                x < margin + pen || x >= dotsWide - margin - pen || y < margin + pen || y >= dotsHigh - margin - pen;
+            const bool isCross = std::abs(x - diagonal) < pen || std::abs(dotsWide - 1 - x - diagonal) < pen;
+            if (isInside && (isFrame || isCross))
+                row[x / 8] = char(row[x / 8] & ~(0x80 >> (x % 8)));
+        }
+        rows += '\0' + row;
+    }
+    return rows;
+}
+
+} // namespace
+
+QByteArray zplLabel(const LabelContent &content)
+{
+    QByteArray zpl =
+        "^XA\n^CI28\n^PW" + QByteArray::number(dotsWide) + "\n^LL" + QByteArray::number(dotsHigh) + "\n^LH0,0\n";
+    zpl += "^FO20,20^GB772,90,90^FS\n^FO40,40^FR^A0N,56,56^FH^FD" + fieldData(marking) + "^FS\n";
+    zpl += zplText(40, 130, 52, content.service) + zplRule(200);
+    zpl += zplLines(40, 220, 26, content.from) + zplText(560, 220, 26, content.shipDate) + zplRule(430);
+    zpl += zplText(40, 450, 26, u"SHIP TO:"_s) + zplLines(80, 490, 34, content.to) + zplRule(800);
+    zpl += "^FO60,840^BY3,3,200^BCN,200,N,N,N,A^FH^FD" + fieldData(content.tracking) + "^FS\n";
+    zpl += zplText(60, 1060, 36, content.tracking) + zplRule(1120);
+    if (!content.reference.isEmpty())
+        zpl += zplText(40, 1140, 24, u"Ref: "_s + content.reference);
+    return zpl + "^XZ\n";
+}
+
+QByteArray pdfLabel(const LabelContent &content)
+{
+    PdfPage page(288, 432);
+    page.write(20, 400, 18, marking);
+    page.write(20, 372, 16, content.service);
+    page.write(200, 350, 8, content.shipDate);
+    page.writeLines(20, 350, 9, content.from);
+    page.write(20, 270, 9, u"SHIP TO:"_s);
+    page.writeLines(34, 252, 12, content.to);
+    page.write(20, 70, 12, content.tracking);
+    if (!content.reference.isEmpty())
+        page.write(20, 30, 8, u"Ref: "_s + content.reference);
+    return page.document();
+}
+
+QByteArray pngLabel()
+{
+    static const QByteArray png = [] {
+        constexpr auto oneBitGrey = "\x01\x00\x00\x00\x00";
+        const QByteArray header = bigEndian(dotsWide) + bigEndian(dotsHigh) + QByteArray(oneBitGrey, 5);
+        constexpr double inchesPerMetre = 1 / 0.0254;
+        const QByteArray dotsPerMetre = bigEndian(quint32(203 * inchesPerMetre));
+        // qCompress puts the length before what is otherwise a zlib stream.
+        return "\x89PNG\r\n\x1a\n" + pngChunk("IHDR", header) + pngChunk("pHYs", dotsPerMetre + dotsPerMetre + '\x01') +
+               pngChunk("IDAT", qCompress(crossedOutDots()).mid(4)) + pngChunk("IEND", {});
+    }();
+    return png;
+}
+
+QByteArray pdfPaper(const QString &title, const QStringList &lines)
+{
+    PdfPage page(612, 792);
+    page.write(54, 720, 20, title);
+    page.write(54, 698, 10, marking);
+    page.writeLines(54, 664, 11, lines);
+    return page.document();
+}
+
+} // namespace parcelory

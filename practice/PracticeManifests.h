@@ -1,0 +1,14 @@
+#pragma once
+
+#include "practice/PracticeAnswers.h"
+
+namespace parcelory {
+
+struct PracticeLedger;
+struct CarrierScenario;
+
+/// POST manifests/: a SCAN form for the USPS labels to domestic addresses that leave from one ZIP code on one day and
+/// are on no form yet. The service does not make forms with a test key; here they can be practised with either.
+CarrierAnswer createManifest(PracticeLedger &ledger, const CarrierScenario &scenario, const Json &body);
+
+} // namespace parcelory

@@ -1,0 +1,89 @@
+#include "practice/PracticeOrders.h"
+
+#include "compose/LabelScreen.h"
+#include "core/AppState.h"
+#include "core/Json.h"
+
+#include <QFile>
+
+#include <algorithm>
+
+static void loadResources()
+{
+    Q_INIT_RESOURCE(practice);
+}
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// What `word` stands for; an unknown one is named in the failure.
+template <class T>
+T known(const std::optional<T> &value, const QString &what, const QString &word)
+{
+    if (!value)
+        throw AppError(u"The order names an unknown %1: \"%2\"."_s.arg(what, word));
+    return *value;
+}
+
+std::optional<MailpieceSelection> mailpieceFrom(const QString &id)
+{
+    if (presetBox(id))
+        return PresetMailpiece{id};
+    const auto found = std::ranges::find(builtinMailpieces(), id, &BuiltinMailpieceInfo::id);
+    return found == builtinMailpieces().end() ? std::nullopt : std::optional<MailpieceSelection>(found->mailpiece);
+}
+
+CustomsInfo customsOf(const PracticeOrder &order)
+{
+    CustomsInfo customs{.quantity = order.quantity.value_or(u"1"_s),
+                        .value = order.declaredValue.value_or(QString()),
+                        .signer = order.signer.value_or(QString())};
+    if (order.contents)
+        customs.itemType = known(customsItemTypeFrom(*order.contents), u"kind of contents"_s, *order.contents);
+    return customs;
+}
+
+} // namespace
+
+QList<PracticeOrder> readOrders(const QString &path)
+{
+    loadResources();
+    QFile file(path.isEmpty() ? u":/practice/orders.json"_s : path);
+    if (!file.open(QIODevice::ReadOnly))
+        throw AppError(u"The orders %1 could not be opened — %2."_s.arg(path, file.errorString()));
+    try {
+        return decodeJson<QList<PracticeOrder>>(file.readAll(), Keys::asIs);
+    } catch (const DecodeError &error) {
+        throw AppError(u"The orders %1 cannot be used — %2."_s.arg(path, error.description()));
+    }
+}
+
+void compose(const PracticeOrder &order, AppState &app, LabelScreen &screen)
+{
+    screen.clearDraft();
+    app.draftTo = order.to;
+    if (order.carrier)
+        screen.carrier = known(carrierFrom(*order.carrier), u"carrier"_s, *order.carrier);
+    if (order.mailpiece)
+        screen.mailpiece = known(mailpieceFrom(*order.mailpiece), u"mailpiece"_s, *order.mailpiece);
+    if (order.serviceClass)
+        screen.svcClass = known(serviceClassFrom(*order.serviceClass), u"service class"_s, *order.serviceClass);
+    if (order.option)
+        screen.service = known(serviceOptionFrom(*order.option), u"extra service"_s, *order.option);
+    screen.weightLb = order.weightLb;
+    screen.weightOz = order.weightOz;
+    if (order.length && order.width && order.height) {
+        screen.dimLength = *order.length;
+        screen.dimWidth = *order.width;
+        screen.dimHeight = *order.height;
+    }
+    screen.insuranceValue = order.insurance.value_or(QString());
+    screen.fedexResidential = order.residential.value_or(false);
+    screen.customs = customsOf(order);
+    screen.reference = order.reference.value_or(QString());
+    screen.descriptionText = order.description.value_or(QString());
+}
+
+} // namespace parcelory

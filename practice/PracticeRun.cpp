@@ -1,0 +1,123 @@
+#include "practice/PracticeRun.h"
+
+#include "compose/LabelScreen.h"
+#include "core/AppState.h"
+#include "practice/PracticeDesk.h"
+#include "practice/PracticeOrders.h"
+#include "shell/ErrorLog.h"
+#include "shell/platform/ConsolePrompts.h"
+
+#include <QCoreApplication>
+#include <QFile>
+
+#include <cstdio>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// What became of one order.
+struct Shipped {
+    QString recipient;
+    QString label; ///< the shipment's one-line summary, or why there is none
+    bool done = false;
+};
+
+void say(const QString &line)
+{
+    std::printf("%s\n", qUtf8Printable(line));
+    std::fflush(stdout);
+}
+
+QString bannerText(const LabelScreen &screen)
+{
+    return screen.banner.value() ? screen.banner.value()->text : QString();
+}
+
+/// Takes one order down the whole road, as a clerk would.
+Task<Shipped> ship(AppState &app, LabelScreen &screen, PracticeOrder order)
+{
+    Shipped result{.recipient = order.to.name};
+    compose(order, app, screen);
+    say(u"\n%1 — %2, %3"_s.arg(order.to.name, screen.mailpieceName(), screen.weightDisplay()));
+    co_await screen.validate();
+    say(u"  "_s + screen.validationStatus);
+    if (screen.showIntlPaperwork)
+        co_await screen.fetchRates(true);
+    for (const ShippoRate &rate : screen.rates.value()) {
+        const bool chosen = screen.selectedRateID.value() == rate.objectId;
+        say(u"  %1 %2  $%3  %4"_s.arg(chosen ? u"●"_s : u"○"_s, rate.servicelevel.name.value_or(QString()).leftJustified(42),
+                                      rate.amount.rightJustified(7), LabelScreen::transitText(rate)));
+    }
+    if (screen.selectedRate())
+        co_await screen.buyAndPrint();
+    say(u"  "_s + bannerText(screen));
+    result.done = screen.banner.value() && screen.banner.value()->ok;
+    result.label = result.done ? app.lastShipmentSummary.value() : bannerText(screen);
+    co_return result;
+}
+
+Task<int> shipAll(AppState &app, LabelScreen &screen, QList<PracticeOrder> orders)
+{
+    QList<Shipped> shipped;
+    for (const PracticeOrder &order : orders) {
+        const Shipped one = co_await ship(app, screen, order);
+        shipped.append(one);
+    }
+    say(u"\n%1 orders on the practice desk"_s.arg(shipped.size()));
+    int failures = 0;
+    for (const Shipped &one : shipped) {
+        say(u"  %1 %2 %3"_s.arg(one.done ? u"✓"_s : u"✗"_s, one.recipient.leftJustified(20), one.label));
+        failures += one.done ? 0 : 1;
+    }
+    co_return failures == 0 ? 0 : 1;
+}
+
+QString exportLog(const AppState &app)
+{
+    const QString path = app.platform.dataFolder.absoluteFilePath(u"Mail Log Export.csv"_s);
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || file.write(app.log.exportEndiciaCSV().toUtf8()) < 0)
+        throw AppError(u"The mailing log could not be exported to %1 — %2."_s.arg(path, file.errorString()));
+    return path;
+}
+
+void sayWhere(const AppState &app, const PracticeDesk &desk, const QString &exported)
+{
+    const QDir folder = app.platform.dataFolder;
+    say(u"\nLabels (ZPL):     "_s + desk.printer().folder().absolutePath());
+    say(u"Mailing log:      "_s + folder.absoluteFilePath(u"mailing_log.sqlite"_s));
+    say(u"Exported log:     "_s + exported);
+    say(u"Error log:        "_s + folder.absoluteFilePath(u"error_log.json"_s));
+}
+
+} // namespace
+
+int runPractice(const QString &folder, const QString &ordersFile)
+{
+    const QList<PracticeOrder> orders = readOrders(ordersFile);
+    ConsolePrompts prompts;
+    PracticeDesk desk(folder, prompts);
+    ErrorLog errors(desk.platform());
+    AppState app(desk.platform());
+    LabelScreen screen(app);
+    app.flow = AppFlow::main;
+    say(u"Practice desk in "_s + app.platform.dataFolder.absolutePath() + u" — nothing is bought."_s);
+
+    int status = 1;
+    spawn([&]() -> Task<> {
+        try {
+            status = co_await shipAll(app, screen, orders);
+            sayWhere(app, desk, exportLog(app));
+        } catch (const AppError &error) {
+            say(u"parcelory: "_s + error.description());
+            status = 1;
+        }
+        // Posted, because a run that fails at once is over before the event loop begins.
+        QMetaObject::invokeMethod(qApp, [&] { QCoreApplication::exit(status); }, Qt::QueuedConnection);
+    });
+    return QCoreApplication::exec();
+}
+
+} // namespace parcelory

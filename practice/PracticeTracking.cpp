@@ -1,0 +1,106 @@
+#include "practice/PracticeTracking.h"
+
+#include "practice/PracticeLedger.h"
+
+#include <algorithm>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QStringList carriers = {u"usps"_s, u"fedex"_s, u"ups"_s, u"dhl_express"_s, u"canada_post"_s, u"shippo"_s};
+
+struct Stage {
+    const char *status;
+    const char *details;
+    int daysAgo;
+};
+
+constexpr Stage preTransit = {"PRE_TRANSIT", "The carrier has received the electronic shipment information.", 3};
+constexpr Stage transit = {"TRANSIT", "Your shipment has departed from the origin.", 2};
+constexpr Stage lastStages[] = {
+    {"DELIVERED", "Your shipment has been delivered.", 1},
+    {"RETURNED", "Your shipment has been returned to the original sender.", 1},
+    {"FAILURE", "The Postal Service has identified a problem with the processing of this item.", 1},
+};
+
+/// The stages that a test number has gone through, oldest first; nothing for an unknown number.
+std::optional<std::vector<Stage>> stagesOf(const QString &number)
+{
+    const QString name = number.mid(7); // after "SHIPPO_"
+    if (!number.startsWith(u"SHIPPO_"))
+        return std::nullopt;
+    if (name == u"UNKNOWN")
+        return std::vector<Stage>{{"UNKNOWN", "The carrier has no information about this shipment yet.", 0}};
+    std::vector<Stage> stages = {preTransit};
+    if (name == QLatin1StringView(preTransit.status))
+        return stages;
+    stages.push_back(transit);
+    if (name == QLatin1StringView(transit.status))
+        return stages;
+    const auto last =
+        std::ranges::find_if(lastStages, [&](const Stage &stage) { return name == QLatin1StringView(stage.status); });
+    if (last == std::end(lastStages))
+        return std::nullopt;
+    stages.push_back(*last);
+    return stages;
+}
+
+Json statusObject(const Stage &stage)
+{
+    const std::string time = timestamp(QDateTime::currentDateTimeUtc().addDays(-stage.daysAgo));
+    const Json location = {{"city", "San Francisco"}, {"state", "CA"}, {"zip", "94103"}, {"country", "US"}};
+    return {{"object_created", time},
+            {"object_updated", time},
+            {"object_id", newObjectId()},
+            {"status", stage.status},
+            {"status_details", stage.details},
+            {"status_date", time},
+            {"substatus", nullptr},
+            {"location", stage.daysAgo < preTransit.daysAgo ? location : Json(nullptr)}};
+}
+
+CarrierAnswer track(const PracticeLedger &ledger, const QString &carrier, const QString &number,
+                    const std::vector<Stage> &stages)
+{
+    Json history = Json::array();
+    for (const Stage &stage : stages)
+        history.push_back(statusObject(stage));
+    const Json now = history.empty() ? Json(nullptr) : history.back();
+    const Json eta = stages.empty() ? Json(nullptr) : Json(timestamp(QDateTime::currentDateTimeUtc().addDays(2)));
+    return jsonAnswer(200, {{"carrier", carrier.toStdString()},
+                            {"tracking_number", number.toStdString()},
+                            {"address_from", nullptr},
+                            {"address_to", nullptr},
+                            {"transaction", nullptr},
+                            {"eta", eta},
+                            {"original_eta", eta},
+                            {"servicelevel", {{"token", nullptr}, {"name", nullptr}}},
+                            {"metadata", ""},
+                            {"tracking_status", now},
+                            {"tracking_history", history},
+                            {"messages", Json::array()},
+                            {"test", ledger.test}});
+}
+
+} // namespace
+
+CarrierAnswer trackParcel(PracticeLedger &ledger, const QString &carrier, const QString &number)
+{
+    if (!carriers.contains(carrier))
+        return detailAnswer(400, "Carrier with name '" + carrier.toStdString() + "' is not supported.");
+    if (carrier == u"shippo") {
+        const auto stages = stagesOf(number);
+        return stages ? track(ledger, carrier, number, *stages) : notFoundPage("/tracks/shippo/" + number.toUtf8());
+    }
+    const bool isOurs = std::ranges::any_of(ledger.transactions.all(), [&](const PracticeRecord &record) {
+        return !number.isEmpty() && textOf(record.shown, "tracking_number") == number;
+    });
+    if (!isOurs)
+        return notFoundPage("/tracks/" + carrier.toUtf8() + '/' + number.toUtf8());
+    // Labels of a test key are not known to the carrier, so nothing is said about them.
+    return track(ledger, carrier, number, ledger.test ? std::vector<Stage>() : std::vector<Stage>{preTransit});
+}
+
+} // namespace parcelory
