@@ -29,18 +29,18 @@ Deployment practiceDeployment(const PracticeCarrier &carrier)
 
 } // namespace
 
-PracticeDesk::PracticeDesk(const QString &folder, Prompts &prompts) :
-    m_folder(practiceFolder(folder)), m_preferences(m_folder.filePath(u"preferences.ini"_s)),
-    m_printer(QDir(m_folder.filePath(u"printed"_s))), m_desktop(QDir(m_folder.filePath(u"viewer"_s))),
-    m_platform{.http = m_http,
-               .clock = m_clock,
-               .secrets = m_secrets,
-               .preferences = m_preferences,
-               .prompts = prompts,
-               .desktop = m_desktop,
-               .processes = m_printer,
-               .dataFolder = m_folder,
-               .deployment = practiceDeployment(m_carrier)}
+PracticeDesk::PracticeDesk(const QString &folder, Prompts &prompts)
+    : m_folder(practiceFolder(folder)), m_preferences(m_folder.filePath(u"preferences.ini"_s)),
+      m_printer(QDir(m_folder.filePath(u"printed"_s))), m_desktop(QDir(m_folder.filePath(u"viewer"_s))),
+      m_platform{.http = m_http,
+                 .clock = m_clock,
+                 .secrets = m_secrets,
+                 .preferences = m_preferences,
+                 .prompts = prompts,
+                 .desktop = m_desktop,
+                 .processes = m_printer,
+                 .dataFolder = m_folder,
+                 .deployment = practiceDeployment(m_carrier)}
 {
     ShippoKeys keys(m_secrets, m_preferences);
     keys.set(PracticeCarrier::testToken, u"Practice"_s);

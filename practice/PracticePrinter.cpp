@@ -59,7 +59,8 @@ ProcessOutcome PracticePrinter::lpstat(const QStringList &arguments) const
         return answer("device for " + document + ": practice:/laser\ndevice for " + label +
                       ": usb://Zebra%20Technologies/ZTC%20ZD421-203dpi%20ZPL\n");
     const bool paused = m_paused && arguments.value(1) == labelQueue;
-    return answer("printer " + arguments.value(1).toUtf8() + (paused ? " disabled\n\tPaused\n" : " is idle.  enabled\n"));
+    return answer("printer " + arguments.value(1).toUtf8() +
+                  (paused ? " disabled\n\tPaused\n" : " is idle.  enabled\n"));
 }
 
 ProcessOutcome PracticePrinter::lpr(const QStringList &arguments)

@@ -47,7 +47,8 @@ Task<Shipped> ship(AppState &app, LabelScreen &screen, PracticeOrder order)
         co_await screen.fetchRates(true);
     for (const ShippoRate &rate : screen.rates.value()) {
         const bool chosen = screen.selectedRateID.value() == rate.objectId;
-        say(u"  %1 %2  $%3  %4"_s.arg(chosen ? u"●"_s : u"○"_s, rate.servicelevel.name.value_or(QString()).leftJustified(42),
+        say(u"  %1 %2  $%3  %4"_s.arg(chosen ? u"●"_s : u"○"_s,
+                                      rate.servicelevel.name.value_or(QString()).leftJustified(42),
                                       rate.amount.rightJustified(7), LabelScreen::transitText(rate)));
     }
     if (screen.selectedRate())

@@ -16,9 +16,9 @@ QString utf8OrEmpty(const QByteArray &bytes)
 
 } // namespace
 
-ShippoClient::ShippoClient(Platform &platform, ShippoKeys &keys) :
-    m_http(platform.http), m_clock(platform.clock), m_keys(keys), m_base(platform.deployment.carrierApi),
-    m_sanitizer(platform.deployment.storeNames)
+ShippoClient::ShippoClient(Platform &platform, ShippoKeys &keys)
+    : m_http(platform.http), m_clock(platform.clock), m_keys(keys), m_base(platform.deployment.carrierApi),
+      m_sanitizer(platform.deployment.storeNames)
 {
 }
 
@@ -32,11 +32,11 @@ Task<QByteArray> ShippoClient::request(QString path, QByteArray method, QByteArr
     if (!relative.isValid())
         throw ShippoError::api(u"Bad API path: "_s + path);
 
-    HttpRequest message{.url = m_base.resolved(relative),
-                        .method = method,
-                        .headers = {{"Authorization", "ShippoToken " + token->toUtf8()},
-                                    {"Content-Type", "application/json"}},
-                        .body = body};
+    HttpRequest message{
+        .url = m_base.resolved(relative),
+        .method = method,
+        .headers = {{"Authorization", "ShippoToken " + token->toUtf8()}, {"Content-Type", "application/json"}},
+        .body = body};
     const HttpAnswer answer = co_await m_http.send(std::move(message));
     if (answer.status >= 200 && answer.status < 300)
         co_return answer.body;

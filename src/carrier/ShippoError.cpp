@@ -38,8 +38,8 @@ void flatten(const Json &value, const QString &path, QStringList &lines, int dep
 
 } // namespace
 
-ShippoError::ShippoError(Kind kind, int status, QString description) :
-    AppError(std::move(description)), m_kind(kind), m_status(status)
+ShippoError::ShippoError(Kind kind, int status, QString description)
+    : AppError(std::move(description)), m_kind(kind), m_status(status)
 {
 }
 

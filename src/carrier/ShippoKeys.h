@@ -21,7 +21,7 @@ public:
     void remove(const QString &name);
     void makeActive(const QString &name);
 
-    QStringList names() const; ///< in the order in which they were added
+    QStringList names() const;  ///< in the order in which they were added
     QString activeName() const; ///< empty when no key is active
     std::optional<QString> token(const QString &name) const;
     /// The active key's token; nothing, or empty, when there is none. May block: see SecretStore.

@@ -72,7 +72,7 @@ struct ShippoServiceLevel {
 /// One price quote of a shipment.
 struct ShippoRate {
     QString objectId;
-    QString amount;   ///< decimal text
+    QString amount; ///< decimal text
     QString currency;
     QString provider; ///< the carrier's name, "USPS", "FedEx", "UPS" …
     ShippoServiceLevel servicelevel;
@@ -83,14 +83,10 @@ struct ShippoRate {
     static constexpr auto fields()
     {
         using R = ShippoRate;
-        return std::tuple{field("objectId", &R::objectId),
-                          field("amount", &R::amount),
-                          field("currency", &R::currency),
-                          field("provider", &R::provider),
-                          field("servicelevel", &R::servicelevel),
-                          field("estimatedDays", &R::estimatedDays),
-                          field("durationTerms", &R::durationTerms),
-                          field("attributes", &R::attributes)};
+        return std::tuple{field("objectId", &R::objectId),           field("amount", &R::amount),
+                          field("currency", &R::currency),           field("provider", &R::provider),
+                          field("servicelevel", &R::servicelevel),   field("estimatedDays", &R::estimatedDays),
+                          field("durationTerms", &R::durationTerms), field("attributes", &R::attributes)};
     }
     bool operator==(const ShippoRate &) const = default;
 };
@@ -204,11 +200,15 @@ struct ShippoValidatedAddress {
     static constexpr auto fields()
     {
         using A = ShippoValidatedAddress;
-        return std::tuple{field("objectId", &A::objectId),   field("isComplete", &A::isComplete),
+        return std::tuple{field("objectId", &A::objectId),
+                          field("isComplete", &A::isComplete),
                           field("validationResults", &A::validationResults),
-                          field("street1", &A::street1),     field("street2", &A::street2),
-                          field("city", &A::city),           field("state", &A::state),
-                          field("zip", &A::zip),             field("country", &A::country)};
+                          field("street1", &A::street1),
+                          field("street2", &A::street2),
+                          field("city", &A::city),
+                          field("state", &A::state),
+                          field("zip", &A::zip),
+                          field("country", &A::country)};
     }
 };
 
@@ -252,7 +252,7 @@ struct ShippoTrackStatus {
 /// A SCAN form: one sheet that the carrier scans for all of the day's labels.
 struct ShippoManifest {
     QString objectId;
-    std::optional<QString> status; ///< "QUEUED", "WAITING", "SUCCESS", "ERROR"
+    std::optional<QString> status;           ///< "QUEUED", "WAITING", "SUCCESS", "ERROR"
     std::optional<QList<QString>> documents; ///< where the form's PDF pages are
     std::optional<QList<QString>> transactions;
 

@@ -27,8 +27,7 @@ QSet<QString> digitTokens(const QString &street1, const QString &street2)
 QStringList lostTokens(const QString &originalStreet1, const QString &originalStreet2, const QString &finalStreet1,
                        const QString &finalStreet2)
 {
-    const QSet<QString> lost =
-        digitTokens(originalStreet1, originalStreet2) - digitTokens(finalStreet1, finalStreet2);
+    const QSet<QString> lost = digitTokens(originalStreet1, originalStreet2) - digitTokens(finalStreet1, finalStreet2);
     QStringList list(lost.begin(), lost.end());
     std::ranges::sort(list);
     return list;

@@ -138,9 +138,8 @@ Task<bool> LabelScreen::reviewPrintedAddress(ShippoShipment shipment)
     const QStringList lost = AddressGuard::lostTokens(typed.street1, typed.street2, street1, street2);
     if (lost.isEmpty())
         co_return true;
-    const QString printedLines =
-        reviewLines(street1, street2, printed.city.value_or(QString()), printed.state.value_or(QString()),
-                    printed.zip.value_or(QString()));
+    const QString printedLines = reviewLines(street1, street2, printed.city.value_or(QString()),
+                                             printed.state.value_or(QString()), printed.zip.value_or(QString()));
     const QString typedLines = reviewLines(typed.street1, typed.street2, typed.city, typed.state, typed.zip);
     const int choice = co_await m_app.platform.prompts.choose(printedQuestion(lost, typedLines, printedLines));
     co_return choice == 1;

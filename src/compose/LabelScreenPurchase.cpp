@@ -44,8 +44,7 @@ bool outcomeUnknown(const AppError &error)
 
 LabelScreen::Purchase LabelScreen::preparePurchase(const ShippoRate &rate) const
 {
-    Purchase purchase{
-        .carrier = carrier, .rate = rate, .from = senderForCarrier(), .to = m_app.draftTo, .record = {}};
+    Purchase purchase{.carrier = carrier, .rate = rate, .from = senderForCarrier(), .to = m_app.draftTo, .record = {}};
     purchase.to.company = m_app.sanitizer.sanitize(purchase.to.company);
 
     const QString service = rate.servicelevel.name.value_or(rate.servicelevel.token.value_or(QString()));
@@ -134,8 +133,8 @@ Task<> LabelScreen::finishPurchase(Purchase purchase, ShippoTransaction transact
     m_app.lastShipmentSummary = summaryOf(purchase.carrier, purchase.to, record, purchase.rate.amount);
     if (edits == m_edits) // the clerk has not begun the next parcel yet
         clearDraft();
-    banner = Banner{u"Success! %1 to %2, $%3"_s.arg(record.service, purchase.to.name, purchase.rate.amount) + outcome,
-                    true};
+    banner =
+        Banner{u"Success! %1 to %2, $%3"_s.arg(record.service, purchase.to.name, purchase.rate.amount) + outcome, true};
 }
 
 /// Fetches and prints the label. It is paid for by now, so nothing that fails here may stop it from being logged.

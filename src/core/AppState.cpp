@@ -14,10 +14,10 @@ const QList<MainTabInfo> &mainTabs()
     return table;
 }
 
-AppState::AppState(Platform &host) :
-    platform(host), errors(ErrorLog::shared()), sanitizer(host.deployment.storeNames),
-    keys(host.secrets, host.preferences), shippo(host, keys), log(host.dataFolder), senders(host), boxes(host),
-    printer(host)
+AppState::AppState(Platform &host)
+    : platform(host), errors(ErrorLog::shared()), sanitizer(host.deployment.storeNames),
+      keys(host.secrets, host.preferences), shippo(host, keys), log(host.dataFolder), senders(host), boxes(host),
+      printer(host)
 {
     const auto announce = [this] { emit changed(); };
     const auto observe = [&](auto &...property) { (m_notifiers.push_back(property.addNotifier(announce)), ...); };

@@ -9,18 +9,18 @@ namespace {
 
 /// The order matters: the substring pass replaces in this order, so the longer form of a word stands first.
 constexpr QStringView words[] = {
-    u"coins",         u"coin",        u"jewels",       u"jewelry",      u"jewel",        u"numismatics",
-    u"numismatica",   u"numismatic",  u"numismatists", u"numismatist",  u"numis",        u"bullion",
-    u"silver",        u"gold",        u"diamonds",     u"diamond",      u"precious",     u"metals",
-    u"metal",         u"gems",        u"gem",          u"dollars",      u"dollar",       u"pennies",
-    u"penny",         u"currencies",  u"currency",     u"collectables", u"collectibles", u"collectable",
-    u"collectible",   u"collectors",  u"collector",    u"tangible",     u"assets",       u"asset",
-    u"rarities",      u"rarity",      u"rare",         u"wholesalers",  u"wholesaler",   u"stamps",
-    u"stamp",         u"antiques",    u"antique",      u"errors",       u"error",        u"chests",
-    u"chest",         u"numispro",    u"numiplus",     u"commemoratives", u"commemorative", u"shoppes",
-    u"shoppe",        u"exchange",    u"banknotes",    u"notes",        u"note",         u"treasures",
-    u"treasure",      u"universe",    u"pennywise",    u"mints",        u"mint",         u"states",
-    u"state",         u"americana",   u"numentio",
+    u"coins",       u"coin",       u"jewels",       u"jewelry",        u"jewel",         u"numismatics",
+    u"numismatica", u"numismatic", u"numismatists", u"numismatist",    u"numis",         u"bullion",
+    u"silver",      u"gold",       u"diamonds",     u"diamond",        u"precious",      u"metals",
+    u"metal",       u"gems",       u"gem",          u"dollars",        u"dollar",        u"pennies",
+    u"penny",       u"currencies", u"currency",     u"collectables",   u"collectibles",  u"collectable",
+    u"collectible", u"collectors", u"collector",    u"tangible",       u"assets",        u"asset",
+    u"rarities",    u"rarity",     u"rare",         u"wholesalers",    u"wholesaler",    u"stamps",
+    u"stamp",       u"antiques",   u"antique",      u"errors",         u"error",         u"chests",
+    u"chest",       u"numispro",   u"numiplus",     u"commemoratives", u"commemorative", u"shoppes",
+    u"shoppe",      u"exchange",   u"banknotes",    u"notes",          u"note",          u"treasures",
+    u"treasure",    u"universe",   u"pennywise",    u"mints",          u"mint",          u"states",
+    u"state",       u"americana",  u"numentio",
 };
 
 bool isSeparator(QChar c)

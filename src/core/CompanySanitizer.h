@@ -14,7 +14,10 @@ struct StoreName {
     QString name; ///< lower case, no spaces
     QString code; ///< the short form printed instead
 
-    static constexpr auto fields() { return std::tuple{field("name", &StoreName::name), field("code", &StoreName::code)}; }
+    static constexpr auto fields()
+    {
+        return std::tuple{field("name", &StoreName::name), field("code", &StoreName::code)};
+    }
 };
 
 /// Makes a company line discreet: words that betray valuable contents are cut to their initial.

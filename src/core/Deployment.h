@@ -12,15 +12,15 @@ namespace parcelory {
 
 /// What differs from one company to the next and is fixed in the build (deployment/README.md explains each value).
 struct Deployment {
-    QUrl carrierApi;         ///< https, path "/"
-    QUrl backOffice;         ///< https
-    QString shortLinkHost;   ///< host of the invoice QR codes
+    QUrl carrierApi;       ///< https, path "/"
+    QUrl backOffice;       ///< https
+    QString shortLinkHost; ///< host of the invoice QR codes
     QString updateFeedHost;
     QString supportTelephone;
-    QString officeLabel;     ///< name of the sender profile made on the first run
+    QString officeLabel; ///< name of the sender profile made on the first run
     ShippoAddress returnAddress;
     QList<QString> letterhead; ///< lines at the head of a commercial invoice
-    QString fallbackEmail;   ///< sender's e-mail where a profile has none
+    QString fallbackEmail;     ///< sender's e-mail where a profile has none
     QString fallbackPhone;
     QList<StoreName> storeNames; ///< applied in this order
 

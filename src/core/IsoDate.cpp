@@ -13,7 +13,8 @@ QString isoUtc(const QDateTime &time)
 std::optional<QDateTime> parseIso(const QString &text)
 {
     // Qt reads far more than an internet date-time (no zone, a blank for the T), so the form is checked first.
-    static const QRegularExpression form(u"^\\d{4}-\\d\\d-\\d\\dT\\d\\d:\\d\\d:\\d\\d(\\.\\d+)?(Z|[+-]\\d\\d:?\\d\\d)$"_s);
+    static const QRegularExpression form(
+        u"^\\d{4}-\\d\\d-\\d\\dT\\d\\d:\\d\\d:\\d\\d(\\.\\d+)?(Z|[+-]\\d\\d:?\\d\\d)$"_s);
     if (!form.match(text).hasMatch())
         return std::nullopt;
     const QDateTime time = QDateTime::fromString(text, Qt::ISODateWithMs);

@@ -30,7 +30,7 @@ public:
 private:
     QString m_path;
     std::atomic<bool> m_setAside = false; ///< reset by the writer once done
-    QThreadPool m_writer; ///< one thread, so that writes keep their order
+    QThreadPool m_writer;                 ///< one thread, so that writes keep their order
 };
 
 } // namespace parcelory

@@ -20,8 +20,8 @@ const QString lprTool = u"/usr/bin/lpr"_s;
 const QString lpstatTool = u"/usr/bin/lpstat"_s;
 const QString cupsenableTool = u"/usr/sbin/cupsenable"_s;
 
-constexpr QStringView zebraWords[] = {u"zebra",  u"ztc", u"zpl", u"gk420", u"gx420",
-                                      u"zd4",    u"zd6", u"zp4", u"zt2",   u"zt4"};
+constexpr QStringView zebraWords[] = {u"zebra", u"ztc", u"zpl", u"gk420", u"gx420",
+                                      u"zd4",   u"zd6", u"zp4", u"zt2",   u"zt4"};
 
 /// Writes a file that only its owner can read, because labels hold addresses. Returns its path.
 QString temporaryFile(const QByteArray &bytes, const QString &prefix, const QString &suffix)
@@ -39,8 +39,8 @@ QString temporaryFile(const QByteArray &bytes, const QString &prefix, const QStr
 
 } // namespace
 
-LabelPrinter::LabelPrinter(Platform &platform) :
-    m_processes(platform.processes), m_desktop(platform.desktop), m_preferences(platform.preferences)
+LabelPrinter::LabelPrinter(Platform &platform)
+    : m_processes(platform.processes), m_desktop(platform.desktop), m_preferences(platform.preferences)
 {
 }
 

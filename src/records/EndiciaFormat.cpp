@@ -41,8 +41,8 @@ QString oneField(QString field)
 QString header()
 {
     static const QStringList names = {
-        u"Status"_s,           u"Type"_s,        u"Date_Time"_s,   u"Piece"_s,        u"Address"_s,
-        u"ZIP_Code_11"_s,      u"Postage ($)"_s, u"Weight (oz)"_s, u"Balance ($)"_s,  u"Service_Class"_s,
+        u"Status"_s,           u"Type"_s,        u"Date_Time"_s,          u"Piece"_s,       u"Address"_s,
+        u"ZIP_Code_11"_s,      u"Postage ($)"_s, u"Weight (oz)"_s,        u"Balance ($)"_s, u"Service_Class"_s,
         u"Optional_Service"_s, u"Tracking_ID"_s, u"Declared_Value ($)"_s, u"Description"_s, u"Reference ID"_s,
         u"Group Code"_s,       u"Email"_s};
     return names.join(u'\t');

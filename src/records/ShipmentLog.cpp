@@ -31,23 +31,21 @@ constexpr auto schema = "CREATE TABLE IF NOT EXISTS shipments (\n"
 
 /// Columns that later versions added, in the order in which they came.
 constexpr std::pair<const char *, const char *> addedColumns[] = {
-    {"weight_oz", "REAL DEFAULT 0"},  {"zip11", "TEXT DEFAULT ''"},         {"declared_value", "TEXT DEFAULT ''"},
-    {"group_code", "TEXT DEFAULT ''"}, {"email", "TEXT DEFAULT ''"},         {"balance", "TEXT DEFAULT ''"},
-    {"is_intl", "INTEGER DEFAULT 0"}, {"customs_doc_url", "TEXT DEFAULT ''"}, {"customs_pdf", "BLOB"}};
+    {"weight_oz", "REAL DEFAULT 0"},   {"zip11", "TEXT DEFAULT ''"},           {"declared_value", "TEXT DEFAULT ''"},
+    {"group_code", "TEXT DEFAULT ''"}, {"email", "TEXT DEFAULT ''"},           {"balance", "TEXT DEFAULT ''"},
+    {"is_intl", "INTEGER DEFAULT 0"},  {"customs_doc_url", "TEXT DEFAULT ''"}, {"customs_pdf", "BLOB"}};
 
-constexpr auto selectRows =
-    "SELECT id, created_at, carrier, service, postage, recipient, services, tracking,\n"
-    "       tracking_url, weight, weight_oz, description, reference, transaction_id,\n"
-    "       label_url, status, test_mode, zip11, declared_value, group_code, email, balance,\n"
-    "       is_intl, customs_doc_url, (customs_pdf IS NOT NULL) AS has_customs\n"
-    "FROM shipments";
+constexpr auto selectRows = "SELECT id, created_at, carrier, service, postage, recipient, services, tracking,\n"
+                            "       tracking_url, weight, weight_oz, description, reference, transaction_id,\n"
+                            "       label_url, status, test_mode, zip11, declared_value, group_code, email, balance,\n"
+                            "       is_intl, customs_doc_url, (customs_pdf IS NOT NULL) AS has_customs\n"
+                            "FROM shipments";
 
-constexpr auto insertRow =
-    "INSERT INTO shipments (created_at, carrier, service, postage, recipient, services,\n"
-    "  tracking, tracking_url, weight, weight_oz, description, reference, transaction_id,\n"
-    "  label_url, status, test_mode, zip11, declared_value, group_code, email, balance, zpl,\n"
-    "  is_intl, customs_doc_url, customs_pdf)\n"
-    "VALUES (?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?)";
+constexpr auto insertRow = "INSERT INTO shipments (created_at, carrier, service, postage, recipient, services,\n"
+                           "  tracking, tracking_url, weight, weight_oz, description, reference, transaction_id,\n"
+                           "  label_url, status, test_mode, zip11, declared_value, group_code, email, balance, zpl,\n"
+                           "  is_intl, customs_doc_url, customs_pdf)\n"
+                           "VALUES (?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?)";
 
 double secondsOf(const QDateTime &time)
 {

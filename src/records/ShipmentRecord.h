@@ -20,7 +20,7 @@ struct ShipmentRecord {
     QString services;   ///< extra services
     QString tracking;
     QString trackingURL;
-    QString weight;      ///< for people: "2 lb 3.0 oz"
+    QString weight; ///< for people: "2 lb 3.0 oz"
     double weightOz = 0;
     QString descriptionText;
     QString reference;

@@ -10,8 +10,8 @@ namespace parcelory {
 /// What the program was asked to do on its command line.
 struct CommandLine {
     bool practice = false;
-    QString practiceFolder;         ///< --data; empty for the practice desk's usual folder
-    QString orders;                 ///< --ship; empty for the sample orders
+    QString practiceFolder; ///< --data; empty for the practice desk's usual folder
+    QString orders;         ///< --ship; empty for the sample orders
     bool status = false;
     std::optional<QString> keyName; ///< --add-key; the token comes on standard input
 

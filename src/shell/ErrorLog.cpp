@@ -24,9 +24,9 @@ ErrorLog &ErrorLog::shared()
     return *sharedInstance;
 }
 
-ErrorLog::ErrorLog(Platform &platform) :
-    m_clock(platform.clock), m_prompts(platform.prompts), m_supportTelephone(platform.deployment.supportTelephone),
-    m_file(platform.dataFolder.filePath(u"error_log.json"_s))
+ErrorLog::ErrorLog(Platform &platform)
+    : m_clock(platform.clock), m_prompts(platform.prompts), m_supportTelephone(platform.deployment.supportTelephone),
+      m_file(platform.dataFolder.filePath(u"error_log.json"_s))
 {
     sharedInstance = this;
     const std::optional<QByteArray> saved = m_file.read();

@@ -21,7 +21,14 @@ const SecretSchema &schema()
                                        {{"service", SECRET_SCHEMA_ATTRIBUTE_STRING},
                                         {"account", SECRET_SCHEMA_ATTRIBUTE_STRING},
                                         {nullptr, SECRET_SCHEMA_ATTRIBUTE_STRING}},
-                                       0, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr};
+                                       0,
+                                       nullptr,
+                                       nullptr,
+                                       nullptr,
+                                       nullptr,
+                                       nullptr,
+                                       nullptr,
+                                       nullptr};
     return value;
 }
 
@@ -31,9 +38,8 @@ std::optional<QString> Keychain::get(const QString &account)
 {
     const std::lock_guard lock(oneAtATime);
     GError *error = nullptr;
-    SecretValue *found =
-        secret_password_lookup_binary_sync(&schema(), nullptr, &error, "service", service, "account",
-                                           account.toUtf8().constData(), nullptr);
+    SecretValue *found = secret_password_lookup_binary_sync(&schema(), nullptr, &error, "service", service, "account",
+                                                            account.toUtf8().constData(), nullptr);
     if (error) {
         qWarning("Parcelory: the secret store cannot be read: %s", error->message);
         g_error_free(error);

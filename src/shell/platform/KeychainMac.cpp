@@ -22,10 +22,9 @@ using Owned = std::unique_ptr<std::remove_pointer_t<Ref>, Release>;
 /// The item of an account, as the keychain's calls take it.
 Owned<CFMutableDictionaryRef> itemOf(const QString &account)
 {
-    Owned<CFMutableDictionaryRef> item(CFDictionaryCreateMutable(nullptr, 0, &kCFTypeDictionaryKeyCallBacks,
-                                                                 &kCFTypeDictionaryValueCallBacks));
-    const Owned<CFStringRef> service(
-        CFStringCreateWithCString(nullptr, SecretStore::service, kCFStringEncodingUTF8));
+    Owned<CFMutableDictionaryRef> item(
+        CFDictionaryCreateMutable(nullptr, 0, &kCFTypeDictionaryKeyCallBacks, &kCFTypeDictionaryValueCallBacks));
+    const Owned<CFStringRef> service(CFStringCreateWithCString(nullptr, SecretStore::service, kCFStringEncodingUTF8));
     const Owned<CFStringRef> name(account.toCFString());
     CFDictionarySetValue(item.get(), kSecClass, kSecClassGenericPassword);
     CFDictionarySetValue(item.get(), kSecAttrService, service.get());

@@ -23,10 +23,11 @@ QNetworkRequest networkRequest(const HttpRequest &request)
     for (const auto &[name, value] : request.headers)
         message.setRawHeader(name, value);
     // A redirect to another host would carry the token along.
-    const bool authorised = std::ranges::any_of(request.headers, [](const auto &h) { return h.first == "Authorization"; });
-    message.setAttribute(QNetworkRequest::RedirectPolicyAttribute,
-                         authorised ? QNetworkRequest::SameOriginRedirectPolicy
-                                    : QNetworkRequest::NoLessSafeRedirectPolicy);
+    const bool authorised =
+        std::ranges::any_of(request.headers, [](const auto &h) { return h.first == "Authorization"; });
+    message.setAttribute(QNetworkRequest::RedirectPolicyAttribute, authorised
+                                                                       ? QNetworkRequest::SameOriginRedirectPolicy
+                                                                       : QNetworkRequest::NoLessSafeRedirectPolicy);
     return message;
 }
 

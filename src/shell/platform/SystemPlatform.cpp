@@ -10,16 +10,16 @@ QDir applicationSupportFolder()
     return QDir(QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + u"/Parcelory"_s);
 }
 
-SystemPlatform::SystemPlatform() :
-    m_platform{.http = m_http,
-               .clock = m_clock,
-               .secrets = m_secrets,
-               .preferences = m_preferences,
-               .prompts = m_prompts,
-               .desktop = m_desktop,
-               .processes = m_processes,
-               .dataFolder = applicationSupportFolder(),
-               .deployment = Deployment::builtIn()}
+SystemPlatform::SystemPlatform()
+    : m_platform{.http = m_http,
+                 .clock = m_clock,
+                 .secrets = m_secrets,
+                 .preferences = m_preferences,
+                 .prompts = m_prompts,
+                 .desktop = m_desktop,
+                 .processes = m_processes,
+                 .dataFolder = applicationSupportFolder(),
+                 .deployment = Deployment::builtIn()}
 {
 }
 
