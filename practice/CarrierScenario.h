@@ -41,12 +41,12 @@ struct CarrierScenario {
     // Any request.
     std::chrono::milliseconds answerDelay{0};
     bool dropConnection = false; ///< requests are carried out, but the connection ends before the answer
-    std::optional<CarrierFailure> failNext;
-    QString badToken; ///< not empty: every token is refused with 401 and this text
+    std::optional<CarrierFailure> failNext = {};
+    QString badToken = {}; ///< not empty: every token is refused with 401 and this text
 
     // Lists.
-    std::optional<int> rateLimitAfterListReads; ///< further list reads are answered with 429 in plain text
-    bool endlessNext = false;                   ///< the last page links to a next one; the records repeat
+    std::optional<int> rateLimitAfterListReads = {}; ///< further list reads are answered with 429 in plain text
+    bool endlessNext = false;                        ///< the last page links to a next one; the records repeat
     int undatedRecords = 0; ///< so many records at the head of every page come without a creation time
 
     // Rating.
@@ -59,9 +59,9 @@ struct CarrierScenario {
     // Purchase.
     int queuedReads = 0; ///< a purchase stays QUEUED when created and for so many reads after that
     bool purchaseFails = false;
-    QStringList purchaseMessages; ///< of a failing purchase; an empty one stands for a message without a text
-    bool emptyLabelUrl = false;   ///< SUCCESS, but the link is an empty text
-    QString labelFileType;        ///< "PDF" or "PNG": delivered whatever was asked for
+    QStringList purchaseMessages = {}; ///< of a failing purchase; an empty one stands for a message without a text
+    bool emptyLabelUrl = false;        ///< SUCCESS, but the link is an empty text
+    QString labelFileType = {};        ///< "PDF" or "PNG": delivered whatever was asked for
     LabelAnswer labelAnswer = LabelAnswer::normal;
 
     // After the purchase.

@@ -40,7 +40,7 @@ Json listed(const Account &account, bool test)
 {
     return {{"carrier", account.carrier},
             {"object_id", account.id},
-            {"object_owner", "desk@example.com"},
+            {"object_owner", objectOwner},
             {"account_id", account.number},
             {"parameters", parametersOf(account)},
             {"test", test},

@@ -115,9 +115,11 @@ Json verdict(const Json &address, bool test)
 
 Json withServiceKeys(const PracticeLedger &ledger, const Json &typed)
 {
-    Json address = {{"object_id", newObjectId()}, {"is_complete", isComplete(typed)}};
+    Json address = newObject(ledger.test);
+    address["is_complete"] = isComplete(typed);
     for (const char *key : addressKeys)
         address[key] = textOf(typed, key).toStdString();
+    address["country"] = textOf(typed, "country").toUpper().toStdString();
     address["street_no"] = "";
     address["street3"] = textOf(typed, "street3").toStdString();
     address["phone"] = plainPhone(textOf(typed, "phone")).toStdString();
@@ -125,7 +127,7 @@ Json withServiceKeys(const PracticeLedger &ledger, const Json &typed)
     address["validation_results"] = Json::object();
     address["longitude"] = nullptr;
     address["latitude"] = nullptr;
-    address["test"] = ledger.test;
+    address["metadata"] = textOf(typed, "metadata").toStdString();
     return address;
 }
 
@@ -138,10 +140,6 @@ CarrierAnswer createAddress(PracticeLedger &ledger, const Json &body)
     if (!errors.empty())
         return jsonAnswer(400, errors);
     Json address = withServiceKeys(ledger, body);
-    address["object_created"] = timestampNow();
-    address["object_updated"] = timestampNow();
-    address["object_owner"] = "desk@example.com";
-    address["metadata"] = textOf(body, "metadata").toStdString();
     if (flagOf(body, "validate", false)) {
         address["validation_results"] = verdict(body, ledger.test);
         const Json results = address["validation_results"];

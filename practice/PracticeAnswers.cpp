@@ -1,5 +1,6 @@
 #include "practice/PracticeAnswers.h"
 
+#include "core/IsoDate.h"
 #include "core/Json.h"
 
 namespace parcelory {
@@ -31,6 +32,16 @@ CarrierAnswer notFound()
 std::string newObjectId()
 {
     return QUuid::createUuid().toString(QUuid::Id128).toStdString();
+}
+
+Json newObject(bool test)
+{
+    const std::string now = timestampNow();
+    return {{"object_created", now},
+            {"object_updated", now},
+            {"object_id", newObjectId()},
+            {"object_owner", objectOwner},
+            {"test", test}};
 }
 
 std::string timestamp(const QDateTime &time)
@@ -80,6 +91,12 @@ bool isUsableFlag(Json &errors, const Json &object, const char *key)
     if (!found->is_boolean())
         complain(errors, key, "Must be a valid boolean.");
     return found->is_boolean();
+}
+
+void checkTime(Json &errors, const Json &object, const char *key)
+{
+    if (!errors.contains(key) && isUsableText(errors, object, key) && !parseIso(textOf(object, key)))
+        complain(errors, key, "Datetime has wrong format. Use YYYY-MM-DDThh:mm:ssZ.");
 }
 
 void requireText(Json &errors, const Json &object, const char *key)

@@ -29,8 +29,12 @@ CarrierAnswer notFoundPage(const QByteArray &path);
 /// The answer to an id that nobody knows.
 CarrierAnswer notFound();
 
+inline constexpr const char *objectOwner = "desk@example.com";
+
 /// 32 hexadecimal digits.
 std::string newObjectId();
+/// What every record of the service begins with: its id, owner and times, and whether a test key made it.
+Json newObject(bool test);
 /// UTC with milliseconds: 2022-01-10T17:24:13.283Z.
 std::string timestamp(const QDateTime &time);
 std::string timestampNow();
@@ -45,6 +49,8 @@ void complain(Json &errors, const std::string &field, const std::string &text);
 /// Complains when a field is neither absent nor of the type; true when the field is there and usable.
 bool isUsableText(Json &errors, const Json &object, const char *key);
 bool isUsableFlag(Json &errors, const Json &object, const char *key);
+/// Complains about a text that is no ISO 8601 time.
+void checkTime(Json &errors, const Json &object, const char *key);
 /// Complains when a field is absent, empty or no text.
 void requireText(Json &errors, const Json &object, const char *key);
 

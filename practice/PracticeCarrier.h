@@ -11,7 +11,6 @@
 #include <memory>
 
 namespace parcelory {
-using namespace Qt::StringLiterals;
 
 /// An embedded carrier on loopback that answers as the real service does, without postage.
 ///
@@ -19,8 +18,8 @@ using namespace Qt::StringLiterals;
 class PracticeCarrier {
 public:
     /// The two tokens it accepts. Neither sees what was made with the other.
-    static inline const QString testToken = u"shippo_test_practice"_s;
-    static inline const QString liveToken = u"shippo_live_practice"_s;
+    static inline const QString testToken = QStringLiteral("shippo_test_practice");
+    static inline const QString liveToken = QStringLiteral("shippo_live_practice");
 
     /// Throws std::runtime_error when no port of the loopback address can be had.
     PracticeCarrier();

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <map>
+#include <ranges>
 
 namespace parcelory {
 
@@ -31,10 +32,12 @@ const Json &PracticeRecords::add(Json shown, Json later, int reads)
 PracticeRecord *PracticeRecords::find(const QString &id)
 {
     const std::string wanted = id.toStdString();
-    const auto found = std::ranges::find_if(m_records, [&](const PracticeRecord &record) {
-        return record.shown.at("object_id").get_ref<const std::string &>() == wanted;
-    });
-    return found == m_records.end() ? nullptr : &*found;
+    // What is asked for is mostly new, so the search begins with the newest.
+    for (PracticeRecord &record : m_records | std::views::reverse) {
+        if (record.shown.at("object_id").get_ref<const std::string &>() == wanted)
+            return &record;
+    }
+    return nullptr;
 }
 
 void PracticeRecords::sortByCreation()
@@ -62,7 +65,7 @@ std::string PracticeLedger::publish(const std::string &path, const QByteArray &c
 QuotedRate PracticeLedger::findRate(const QString &id)
 {
     const std::string wanted = id.toStdString();
-    for (const PracticeRecord &shipment : shipments.all()) {
+    for (const PracticeRecord &shipment : shipments.all() | std::views::reverse) {
         for (const Json &rate : shipment.shown.at("rates")) {
             if (rate.at("object_id").get_ref<const std::string &>() == wanted)
                 return {&shipment.shown, &rate};

@@ -24,8 +24,7 @@ Json manifestErrors(PracticeLedger &ledger, const Json &body)
         complain(errors, "carrier_account",
                  "Carrier account with supplied object_id " + account.toStdString() + " not found.");
     requireText(errors, body, "shipment_date");
-    if (!errors.contains("shipment_date") && !parseIso(textOf(body, "shipment_date")))
-        complain(errors, "shipment_date", "Datetime has wrong format. Use YYYY-MM-DDThh:mm:ssZ.");
+    checkTime(errors, body, "shipment_date");
     const Json from = body.value("address_from", Json());
     if (from.is_object()) {
         if (Json found = addressErrors(from); !found.empty())
@@ -97,20 +96,15 @@ CarrierAnswer nothingToManifest()
 CarrierAnswer madeManifest(PracticeLedger &ledger, const CarrierScenario &scenario, const Json &body, const Json &from,
                            const std::vector<std::string> &labels)
 {
-    const auto id = newObjectId();
-    const Json queued = {{"object_created", timestampNow()},
-                         {"object_updated", timestampNow()},
-                         {"object_id", id},
-                         {"object_owner", "desk@example.com"},
-                         {"status", "QUEUED"},
-                         {"provider", "usps"},
-                         {"shipment_date", timestamp(*parseIso(textOf(body, "shipment_date")))},
-                         {"address_from", from.at("object_id")},
-                         {"documents", Json::array()},
-                         {"carrier_account", body.at("carrier_account")},
-                         {"transactions", Json::array()},
-                         {"errors", Json::array()},
-                         {"test", ledger.test}};
+    Json queued = newObject(ledger.test);
+    queued.update({{"status", "QUEUED"},
+                   {"provider", "usps"},
+                   {"shipment_date", timestamp(*parseIso(textOf(body, "shipment_date")))},
+                   {"address_from", from.at("object_id")},
+                   {"documents", Json::array()},
+                   {"carrier_account", body.at("carrier_account")},
+                   {"transactions", Json::array()},
+                   {"errors", Json::array()}});
     Json finished = queued;
     if (scenario.manifestFails) {
         finished["status"] = "ERROR";
@@ -118,13 +112,13 @@ CarrierAnswer madeManifest(PracticeLedger &ledger, const CarrierScenario &scenar
     } else {
         finished["status"] = "SUCCESS";
         finished["transactions"] = labels;
-        finished["documents"] = documents(ledger, id, scenario.manifestDocuments, labels);
+        finished["documents"] = documents(ledger, queued.at("object_id"), scenario.manifestDocuments, labels);
         ledger.manifested.insert(labels.begin(), labels.end());
     }
     const int reads = std::max(scenario.manifestQueuedReads, flagOf(body, "async", true) ? 1 : 0);
     if (reads == 0)
         return jsonAnswer(201, ledger.manifests.add(std::move(finished)));
-    return jsonAnswer(201, ledger.manifests.add(queued, std::move(finished), reads));
+    return jsonAnswer(201, ledger.manifests.add(std::move(queued), std::move(finished), reads));
 }
 
 } // namespace

@@ -71,12 +71,12 @@ void readParcel(Consignment &consignment, const Json &parcel)
 Consignment consignmentOf(const Json &shipment)
 {
     const Json &from = shipment.at("address_from"), &to = shipment.at("address_to"), &extra = shipment.at("extra");
-    const QString country = textOf(to, "country").toUpper();
+    const QString country = textOf(to, "country");
     Consignment consignment;
-    consignment.abroad = country != textOf(from, "country").toUpper();
+    consignment.abroad = country != textOf(from, "country");
     consignment.toGroundCountry = country == u"CA" || country == u"MX";
     consignment.hasPlaces = std::ranges::all_of(std::array{&from, &to}, [](const Json *address) {
-        const bool needsZip = textOf(*address, "country").toUpper() == u"US";
+        const bool needsZip = textOf(*address, "country") == u"US";
         return !textOf(*address, "city").isEmpty() && !(needsZip && textOf(*address, "zip").isEmpty());
     });
     consignment.recipientHasPhone = !textOf(to, "phone").isEmpty();
@@ -173,7 +173,7 @@ Json rateObject(const Offer &offer, const Consignment &consignment, const Json &
     const auto orNull = [](bool isPresent, Json value) { return isPresent ? value : Json(nullptr); };
     return {{"object_created", timestampNow()},
             {"object_id", newObjectId()},
-            {"object_owner", "desk@example.com"},
+            {"object_owner", objectOwner},
             {"shipment", shipment.at("object_id")},
             {"attributes", Json::array()},
             {"amount", amount},

@@ -80,7 +80,8 @@ CarrierAnswer listNewestFirst(const CarrierRequest &request, PracticeRecords &re
     for (const PracticeRecord &record : records.all())
         newestFirst.push_back(&record.shown);
     std::ranges::reverse(newestFirst);
-    return listPage(request, newestFirst, defaultPageSize, ledger.base, scenario);
+    const bool isShort = &records == &ledger.addresses || &records == &ledger.manifests;
+    return listPage(request, newestFirst, isShort ? defaultShortPageSize : defaultPageSize, ledger.base, scenario);
 }
 
 CarrierAnswer listAccounts(const CarrierRequest &request, const PracticeLedger &ledger, const CarrierScenario &scenario)

@@ -1,6 +1,5 @@
 #include "practice/PracticeShipmentCheck.h"
 
-#include "core/IsoDate.h"
 #include "core/Text.h"
 #include "practice/CarrierScenario.h"
 #include "practice/PracticeAddresses.h"
@@ -228,8 +227,7 @@ Json shipmentErrors(PracticeLedger &ledger, const CarrierScenario &scenario, con
     checkAddress(errors, ledger, body, "address_from");
     checkExtras(errors, body);
     isUsableFlag(errors, body, "async");
-    if (isUsableText(errors, body, "shipment_date") && !parseIso(textOf(body, "shipment_date")))
-        complain(errors, "shipment_date", "Datetime has wrong format. Use YYYY-MM-DDThh:mm:ssZ.");
+    checkTime(errors, body, "shipment_date");
     return errors;
 }
 

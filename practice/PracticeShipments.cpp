@@ -28,24 +28,21 @@ Json textOrNull(const Json &object, const char *key)
 
 Json parcelObject(const Json &typed, bool test)
 {
-    return {{"object_state", "VALID"},
-            {"object_created", timestampNow()},
-            {"object_updated", timestampNow()},
-            {"object_id", newObjectId()},
-            {"object_owner", "desk@example.com"},
-            {"template", textOrNull(typed, "template")},
-            {"extra", Json::object()},
-            {"length", fourDecimals(typed, "length")},
-            {"width", fourDecimals(typed, "width")},
-            {"height", fourDecimals(typed, "height")},
-            {"distance_unit", textOrNull(typed, "distance_unit")},
-            {"weight", fourDecimals(typed, "weight")},
-            {"mass_unit", textOrNull(typed, "mass_unit")},
-            {"value_amount", nullptr},
-            {"value_currency", nullptr},
-            {"metadata", ""},
-            {"line_items", Json::array()},
-            {"test", test}};
+    Json parcel = newObject(test);
+    parcel.update({{"object_state", "VALID"},
+                   {"template", textOrNull(typed, "template")},
+                   {"extra", Json::object()},
+                   {"length", fourDecimals(typed, "length")},
+                   {"width", fourDecimals(typed, "width")},
+                   {"height", fourDecimals(typed, "height")},
+                   {"distance_unit", textOrNull(typed, "distance_unit")},
+                   {"weight", fourDecimals(typed, "weight")},
+                   {"mass_unit", textOrNull(typed, "mass_unit")},
+                   {"value_amount", nullptr},
+                   {"value_currency", nullptr},
+                   {"metadata", ""},
+                   {"line_items", Json::array()}});
+    return parcel;
 }
 
 /// The id of the declaration, which is all that a shipment shows of it.
@@ -65,25 +62,22 @@ Json shipmentObject(PracticeLedger &ledger, const CarrierScenario &scenario, con
     const Json from = shipmentAddress(ledger, body.at("address_from"));
     const Json to = shipmentAddress(ledger, body.at("address_to"));
     const auto shipDate = parseIso(textOf(body, "shipment_date"));
-    return {{"carrier_accounts", Json::array()},
-            {"object_created", timestampNow()},
-            {"object_updated", timestampNow()},
-            {"object_id", newObjectId()},
-            {"object_owner", "desk@example.com"},
-            {"status", "QUEUED"},
-            {"address_from", from},
-            {"address_to", scenario.rewrittenAddressTo ? rewrittenAddress(to) : to},
-            {"parcels", Json::array({parcelObject(body.at("parcels").at(0), ledger.test)})},
-            {"shipment_date", timestamp(shipDate.value_or(QDateTime::currentDateTimeUtc()))},
-            {"address_return", from},
-            {"alternate_address_to", nullptr},
-            {"customs_declaration", customsId(ledger, body)},
-            {"extra", body.value("extra", Json::object())},
-            {"rates", Json::array()},
-            {"messages", Json::array()},
-            {"metadata", textOf(body, "metadata").toStdString()},
-            {"test", ledger.test},
-            {"order", nullptr}};
+    Json shipment = newObject(ledger.test);
+    shipment.update({{"carrier_accounts", Json::array()},
+                     {"status", "QUEUED"},
+                     {"address_from", from},
+                     {"address_to", scenario.rewrittenAddressTo ? rewrittenAddress(to) : to},
+                     {"parcels", Json::array({parcelObject(body.at("parcels").at(0), ledger.test)})},
+                     {"shipment_date", timestamp(shipDate.value_or(QDateTime::currentDateTimeUtc()))},
+                     {"address_return", from},
+                     {"alternate_address_to", nullptr},
+                     {"customs_declaration", customsId(ledger, body)},
+                     {"extra", body.value("extra", Json::object())},
+                     {"rates", Json::array()},
+                     {"messages", Json::array()},
+                     {"metadata", textOf(body, "metadata").toStdString()},
+                     {"order", nullptr}});
+    return shipment;
 }
 
 } // namespace

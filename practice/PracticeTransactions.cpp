@@ -154,27 +154,24 @@ std::string publishInvoice(PracticeLedger &ledger, const std::string &id, const 
 
 Json queuedTransaction(const QuotedRate &quoted, const Json &body, bool test)
 {
-    return {{"object_state", "VALID"},
-            {"status", "QUEUED"},
-            {"object_created", timestampNow()},
-            {"object_updated", timestampNow()},
-            {"object_id", newObjectId()},
-            {"object_owner", "desk@example.com"},
-            {"test", test},
-            {"rate", quoted.rate->at("object_id")},
-            {"tracking_number", ""},
-            {"tracking_status", nullptr},
-            {"eta", nullptr},
-            {"tracking_url_provider", ""},
-            {"label_url", ""},
-            {"commercial_invoice_url", nullptr},
-            {"messages", Json::array()},
-            {"order", nullptr},
-            {"metadata", textOf(body, "metadata").toStdString()},
-            {"parcel", quoted.shipment->at("parcels").at(0).at("object_id")},
-            {"billing", {{"payments", Json::array()}}},
-            {"qr_code_url", nullptr},
-            {"created_by", nullptr}};
+    Json transaction = newObject(test);
+    transaction.update({{"object_state", "VALID"},
+                        {"status", "QUEUED"},
+                        {"rate", quoted.rate->at("object_id")},
+                        {"tracking_number", ""},
+                        {"tracking_status", nullptr},
+                        {"eta", nullptr},
+                        {"tracking_url_provider", ""},
+                        {"label_url", ""},
+                        {"commercial_invoice_url", nullptr},
+                        {"messages", Json::array()},
+                        {"order", nullptr},
+                        {"metadata", textOf(body, "metadata").toStdString()},
+                        {"parcel", quoted.shipment->at("parcels").at(0).at("object_id")},
+                        {"billing", {{"payments", Json::array()}}},
+                        {"qr_code_url", nullptr},
+                        {"created_by", nullptr}});
+    return transaction;
 }
 
 void finish(Json &transaction, PracticeLedger &ledger, const CarrierScenario &scenario, const QuotedRate &quoted,
@@ -249,14 +246,9 @@ CarrierAnswer createRefund(PracticeLedger &ledger, const CarrierScenario &scenar
     } else {
         *label = {std::move(pending), std::move(decided), scenario.refundReads};
     }
-    return jsonAnswer(201, ledger.refunds.add({{"object_id", newObjectId()},
-                                               {"object_created", timestampNow()},
-                                               {"object_updated", timestampNow()},
-                                               {"object_owner", "desk@example.com"},
-                                               {"status", answered},
-                                               {"transaction", id.toStdString()},
-                                               {"messages", Json::array()},
-                                               {"test", ledger.test}}));
+    Json refund = newObject(ledger.test);
+    refund.update({{"status", answered}, {"transaction", id.toStdString()}, {"messages", Json::array()}});
+    return jsonAnswer(201, ledger.refunds.add(std::move(refund)));
 }
 
 } // namespace parcelory

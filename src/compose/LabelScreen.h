@@ -97,6 +97,7 @@ private:
         ShippoRate rate;
         ShippoAddress from;
         ShippoAddress to;
+        int edits; ///< m_edits at that moment
         ShipmentRecord record;
     };
 

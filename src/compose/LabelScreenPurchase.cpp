@@ -44,7 +44,12 @@ bool outcomeUnknown(const AppError &error)
 
 LabelScreen::Purchase LabelScreen::preparePurchase(const ShippoRate &rate) const
 {
-    Purchase purchase{.carrier = carrier, .rate = rate, .from = senderForCarrier(), .to = m_app.draftTo, .record = {}};
+    Purchase purchase{.carrier = carrier,
+                      .rate = rate,
+                      .from = senderForCarrier(),
+                      .to = m_app.draftTo,
+                      .edits = m_edits,
+                      .record = {}};
     purchase.to.company = m_app.sanitizer.sanitize(purchase.to.company);
 
     const QString service = rate.servicelevel.name.value_or(rate.servicelevel.token.value_or(QString()));
@@ -109,7 +114,6 @@ Task<> LabelScreen::finishPurchase(Purchase purchase, ShippoTransaction transact
     record.trackingURL = transaction.trackingUrlProvider.value_or(QString());
     record.labelURL = transaction.labelUrl.value_or(QString());
     record.customsDocURL = transaction.commercialInvoiceUrl.value_or(QString());
-    const int edits = m_edits;
     if (record.labelURL.isEmpty()) {
         const QString text = u"Purchase succeeded but no label URL was returned."_s;
         clearRates();
@@ -131,7 +135,7 @@ Task<> LabelScreen::finishPurchase(Purchase purchase, ShippoTransaction transact
         outcome += u" (the mailing log could not be written — note the tracking number "_s + record.tracking + u')';
 
     m_app.lastShipmentSummary = summaryOf(purchase.carrier, purchase.to, record, purchase.rate.amount);
-    if (edits == m_edits) // the clerk has not begun the next parcel yet
+    if (purchase.edits == m_edits) // the clerk has not begun the next parcel yet
         clearDraft();
     banner =
         Banner{u"Success! %1 to %2, $%3"_s.arg(record.service, purchase.to.name, purchase.rate.amount) + outcome, true};

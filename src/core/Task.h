@@ -9,7 +9,8 @@
 
 namespace parcelory {
 
-/// A coroutine that runs on the main thread and starts at once. Parameters are taken by value.
+/// A coroutine that runs on the main thread and starts at once. Parameters are taken by value. Return locals only:
+/// `co_return member;` moves the value out of the member.
 template <class T = void>
 using Task = QCoro::Task<T>;
 

@@ -1,0 +1,241 @@
+#include "carrier/ShippoClient.h"
+
+#include "support/CarrierDesk.h"
+#include "support/Printing.h"
+
+#include <gmock/gmock.h>
+
+namespace parcelory::test {
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace {
+
+class ShippoClientTest : public testing::Test {
+protected:
+    CarrierDesk desk;
+    ShippoKeys keys{desk.secrets, desk.preferences};
+    ShippoClient client{desk.platform, keys};
+
+    RatingRequest parcel() const
+    {
+        return {.from = deskAddress(),
+                .to = homeAddress(),
+                .parcel = {u"9"_s, u"6"_s, u"2"_s, u"in"_s, u"17.3"_s, u"oz"_s},
+                .parcelTemplate = {},
+                .shipDate = QDateTime::currentDateTimeUtc(),
+                .signatureConfirmation = {},
+                .insuranceAmount = {},
+                .insuranceProvider = {},
+                .isResidential = {},
+                .customs = {}};
+    }
+    /// What a rating request looked like on the wire.
+    Json rated(const RatingRequest &request)
+    {
+        desk.carrier.clearRequests();
+        runTask(client.rates(request), &desk.clock);
+        return desk.sent("/shipments/").first();
+    }
+    ShippoTransaction buy(const QString &metadata = {})
+    {
+        const ShippoShipment shipment = runTask(client.rates(parcel()), &desk.clock);
+        for (const ShippoRate &rate : shipment.rates) {
+            if (rate.servicelevel.token == u"usps_priority")
+                return runTask(client.purchase(rate.objectId, u"ZPLII"_s, metadata), &desk.clock);
+        }
+        ADD_FAILURE() << "no priority rate";
+        return {};
+    }
+    template <class T>
+    QString failureOf(Task<T> task)
+    {
+        try {
+            runTask(std::move(task), &desk.clock);
+        } catch (const AppError &error) {
+            return error.description();
+        }
+        return u"(no failure)"_s;
+    }
+    void answerWith(int status, const QByteArray &body, const QByteArray &contentType = "application/json")
+    {
+        CarrierScenario scenario;
+        scenario.failNext = CarrierFailure{"", status, contentType, body, 1, ""};
+        desk.carrier.setScenario(scenario);
+    }
+};
+
+} // namespace
+
+TEST_F(ShippoClientTest, ReadsTheKeyAtEveryRequestAndSendsNothingWithoutOne)
+{
+    runTask(client.validateAddress(homeAddress()), &desk.clock);
+    EXPECT_EQ(desk.carrier.requests().last().authorization, "ShippoToken shippo_test_practice");
+    EXPECT_EQ(desk.carrier.requests().last().contentType, "application/json");
+    keys.set(PracticeCarrier::liveToken, u"Live"_s);
+    keys.makeActive(u"Live"_s);
+    runTask(client.validateAddress(homeAddress()), &desk.clock);
+    EXPECT_EQ(desk.carrier.requests().last().authorization, "ShippoToken shippo_live_practice");
+
+    desk.carrier.clearRequests();
+    keys.remove(u"Live"_s);
+    keys.remove(u"Practice"_s);
+    EXPECT_EQ(failureOf(client.validateAddress(homeAddress())), u"No Shippo API token set. Add one in Settings."_s);
+    keys.set(u""_s, u"Empty"_s);
+    EXPECT_EQ(failureOf(client.validateAddress(homeAddress())), u"No Shippo API token set. Add one in Settings."_s);
+    EXPECT_THAT(desk.carrier.requests(), testing::IsEmpty());
+}
+
+TEST_F(ShippoClientTest, PutsEveryKindOfBadAnswerIntoWordsWithoutTheToken)
+{
+    const struct {
+        int status;
+        QByteArray body, type;
+        QString text;
+    } rows[] = {
+        {400, R"({"address_to": {"zip": ["Invalid zip"]}})", "application/json", u"address_to zip: Invalid zip"_s},
+        {404, "<html>gone</html>", "text/html", u"Shippo rejected the request (404)."_s},
+        {429, "slow down", "text/plain", u"Shippo rejected the request (429)."_s},
+        {500, "oops", "text/plain", u"Shippo HTTP 500: oops"_s},
+        {503, "\xff\xfe", "text/plain", u"Shippo HTTP 503: "_s},
+        {200, "<html>hello</html>", "text/html", u"Shippo's answer could not be read — it is not JSON."_s},
+        {201, R"({"object_id": "x"})", "application/json",
+         u"Shippo's answer could not be read — missing key \"rates\"."_s},
+        {201, R"({"object_id": "x", "rates": [{"object_id": 5}]})", "application/json",
+         u"Shippo's answer could not be read — \"rates[0].object_id\": expected string, got number."_s},
+        {201, R"({"object_id": "x", "rates": [)", "application/json",
+         u"Shippo's answer could not be read — it is not JSON."_s},
+    };
+    for (const auto &row : rows) {
+        answerWith(row.status, row.body, row.type);
+        const QString text = failureOf(client.rates(parcel()));
+        EXPECT_EQ(text, row.text);
+        EXPECT_FALSE(text.contains(u"shippo_test"_s));
+    }
+    desk.carrier.setScenario({.dropConnection = true});
+    const QString dropped = failureOf(client.rates(parcel()));
+    EXPECT_TRUE(dropped.contains(u"could not be reached"_s)) << dropped.toStdString();
+    EXPECT_FALSE(dropped.contains(u"shippo_test"_s));
+}
+
+TEST_F(ShippoClientTest, SendsAddressesAsTheCarrierTakesThem)
+{
+    RatingRequest request = parcel();
+    request.to.name = QString(70, u'n');
+    request.to.street1 = u"# Box 239 Rural Route"_s;
+    request.to.street2 = u"#box 12"_s;
+    request.to.country = QString();
+    const Json body = rated(request);
+    EXPECT_EQ(body["address_from"]["company"], "Corvallon R C");
+    EXPECT_EQ(body["address_to"]["name"], std::string(50, 'n'));
+    EXPECT_EQ(body["address_to"]["street1"], "Box 239 Rural Route");
+    EXPECT_EQ(body["address_to"]["street2"], "box 12");
+    EXPECT_EQ(body["address_to"]["country"], "US");
+    EXPECT_EQ(body["address_to"]["phone"], "");
+    EXPECT_EQ(body["address_to"].size(), 10U);
+    EXPECT_EQ(body["async"], false);
+    EXPECT_FALSE(body.contains("extra"));
+    EXPECT_FALSE(body.contains("customs_declaration"));
+}
+
+TEST_F(ShippoClientTest, SendsTemplateOrSizeAndTheExtrasThatWereAskedFor)
+{
+    RatingRequest request = parcel();
+    EXPECT_EQ(
+        rated(request)["parcels"][0],
+        parseJson(R"({"weight":"17.3","mass_unit":"oz","length":"9","width":"6","height":"2","distance_unit":"in"})"));
+    request.parcelTemplate = u"USPS_SmallFlatRateBox"_s;
+    EXPECT_EQ(rated(request)["parcels"][0],
+              parseJson(R"({"weight":"17.3","mass_unit":"oz","template":"USPS_SmallFlatRateBox"})"));
+
+    for (const QString &none : {u"0"_s, u""_s, u"much"_s}) {
+        request.insuranceAmount = none;
+        EXPECT_FALSE(rated(request).contains("extra")) << none.toStdString();
+    }
+    request.insuranceAmount = u"100"_s;
+    request.signatureConfirmation = u"ADULT"_s;
+    EXPECT_EQ(rated(request)["extra"],
+              parseJson(R"({"signature_confirmation":"ADULT","insurance":{"amount":"100","currency":"USD"}})"));
+    request.insuranceProvider = u"FEDEX"_s;
+    request.isResidential = false;
+    EXPECT_EQ(rated(request)["extra"]["insurance"]["provider"], "FEDEX");
+    EXPECT_EQ(rated(request)["extra"]["is_residential"], false);
+}
+
+TEST_F(ShippoClientTest, DeclaresEveryKindOfContentsUnderItsTariffNumber)
+{
+    RatingRequest request = parcel();
+    request.to = londonAddress();
+    const std::pair<CustomsItemType, std::string> tariffs[] = {{CustomsItemType::gold, "71189000"},
+                                                               {CustomsItemType::silver, "71181000"},
+                                                               {CustomsItemType::currency, "49070030"},
+                                                               {CustomsItemType::readingMaterial, "4901.10.0040"},
+                                                               {CustomsItemType::investmentGold, "71189000"}};
+    for (const auto &[type, tariff] : tariffs) {
+        request.customs = CustomsInfo{type, u"3"_s, u"310.00"_s, {}};
+        const Json customs = rated(request)["customs_declaration"];
+        const bool reading = type == CustomsItemType::readingMaterial;
+        const std::string description = reading ? "Reading Material" : "Numismatic Study Item";
+        EXPECT_EQ(customs["contents_explanation"], description);
+        EXPECT_EQ(customs["certify_signer"], "Corvallon");
+        EXPECT_EQ(customs["eel_pfc"], "NOEEI_30_37_a");
+        EXPECT_EQ(customs["items"][0], Json({{"description", description},
+                                             {"quantity", 3},
+                                             {"net_weight", "17.3"},
+                                             {"mass_unit", "oz"},
+                                             {"value_amount", "310.00"},
+                                             {"value_currency", "USD"},
+                                             {"origin_country", "US"},
+                                             {"tariff_number", tariff}}));
+    }
+    for (const QString &odd : {u""_s, u"few"_s, u"2.5"_s}) {
+        request.customs->quantity = odd;
+        EXPECT_EQ(rated(request)["customs_declaration"]["items"][0]["quantity"], 1) << odd.toStdString();
+    }
+}
+
+TEST_F(ShippoClientTest, PollsAQueuedPurchaseAndGivesItBackWhenItStaysQueued)
+{
+    desk.carrier.setScenario({.queuedReads = 3});
+    EXPECT_EQ(buy(QString(120, u'm')).status, u"SUCCESS"_s);
+    EXPECT_EQ(desk.sent("/transactions/").first()["metadata"], std::string(100, 'm'));
+    EXPECT_EQ(desk.sent("/transactions/").first()["async"], false);
+
+    desk.carrier.setScenario({.queuedReads = 99});
+    const auto before = desk.clock.elapsed();
+    const ShippoTransaction waiting = buy();
+    EXPECT_EQ(waiting.status, u"QUEUED"_s);
+    EXPECT_EQ(waiting.labelUrl, u""_s);
+    EXPECT_EQ(desk.clock.elapsed() - before, 15s);
+}
+
+TEST_F(ShippoClientTest, SaysWhyAPurchaseFailed)
+{
+    const std::pair<QStringList, QString> rows[] = {
+        {{}, u"Label purchase failed."_s}, {{u"Bad address."_s, {}, u"No funds."_s}, u"Bad address. • No funds."_s}};
+    for (const auto &[messages, text] : rows) {
+        desk.carrier.setScenario({.purchaseFails = true, .purchaseMessages = messages});
+        try {
+            buy();
+            ADD_FAILURE() << "the purchase went through";
+        } catch (const ShippoError &error) {
+            EXPECT_EQ(error.description(), text);
+            EXPECT_EQ(error.kind(), ShippoError::Kind::api);
+        }
+    }
+}
+
+TEST_F(ShippoClientTest, FetchesDocumentsWithoutTheTokenAndNamesADeadLink)
+{
+    const ShippoTransaction bought = buy();
+    EXPECT_TRUE(runTask(client.downloadLabel(*bought.labelUrl), &desk.clock).startsWith("^XA"));
+    EXPECT_EQ(desk.carrier.requests().last().authorization, "");
+    desk.carrier.setScenario({.labelAnswer = LabelAnswer::expired});
+    EXPECT_EQ(failureOf(client.downloadLabel(*bought.labelUrl)), u"Shippo HTTP 403: label download"_s);
+    desk.carrier.setScenario({.labelAnswer = LabelAnswer::brokenOff});
+    EXPECT_TRUE(failureOf(client.downloadLabel(*bought.labelUrl)).contains(u"could not be reached"_s));
+    for (const QString &bad : {u""_s, u"not a link"_s, u"/relative"_s})
+        EXPECT_EQ(failureOf(client.downloadLabel(bad)), u"Bad label URL"_s);
+}
+
+} // namespace parcelory::test

@@ -1,0 +1,150 @@
+#include "support/LabelDesk.h"
+#include "support/Printing.h"
+
+#include <gmock/gmock.h>
+
+namespace parcelory::test {
+using namespace Qt::StringLiterals;
+
+namespace {
+class LabelDraftTest : public testing::Test, public LabelDesk {};
+} // namespace
+
+TEST_F(LabelDraftTest, IsCompleteOnlyWithSenderRecipientAndWeight)
+{
+    composeParcel(homeAddress());
+    EXPECT_TRUE(screen().formComplete());
+    EXPECT_EQ(screen().ratesHint(), u"Enter the package details, then get rates."_s);
+    for (QString ShippoAddress::*field :
+         {&ShippoAddress::name, &ShippoAddress::street1, &ShippoAddress::city, &ShippoAddress::zip}) {
+        ShippoAddress to = homeAddress();
+        (to.*field).clear();
+        app->draftTo = to;
+        EXPECT_FALSE(screen().formComplete());
+    }
+    composeParcel(homeAddress());
+    screen().weightLb = u"a pound"_s;
+    EXPECT_FALSE(screen().formComplete());
+    EXPECT_EQ(screen().ratesHint(), u"Need a sender address, recipient, and weight before rating."_s);
+    screen().weightOz = u" .5 "_s;
+    EXPECT_TRUE(screen().formComplete());
+    const SenderProfile added = app->senders.add(); // its country alone is no address
+    screen().senderID = added.id;
+    EXPECT_FALSE(screen().formComplete());
+    EXPECT_EQ(screen().senderHint(), u"This profile has no address yet — fill it in under Settings."_s);
+}
+
+TEST_F(LabelDraftTest, KeepsTheClassFittingToCarrierAndDestination)
+{
+    screen().svcClass = ServiceClass::groundAdvantage;
+    app->draftTo = homeAddress();
+    EXPECT_EQ(screen().svcClass.value(), ServiceClass::groundAdvantage);
+    app->draftTo = londonAddress();
+    EXPECT_EQ(screen().svcClass.value(), ServiceClass::priorityIntl);
+    screen().carrier = Carrier::fedex;
+    EXPECT_EQ(screen().svcClass.value(), ServiceClass::fedexIntlPriority);
+    EXPECT_EQ(screen().service.value(), ServiceOption::fedexNone);
+    app->draftTo = homeAddress();
+    EXPECT_EQ(screen().svcClass.value(), ServiceClass::fedex2Day);
+    screen().service = ServiceOption::fedexIndirect;
+    EXPECT_FALSE(screen().signatureWarning().isEmpty());
+    screen().svcClass = ServiceClass::fedexHomeDelivery;
+    EXPECT_TRUE(screen().signatureWarning().isEmpty());
+    screen().carrier = Carrier::usps;
+    EXPECT_EQ(screen().svcClass.value(), ServiceClass::priority);
+}
+
+TEST_F(LabelDraftTest, TakesSizesFromBoxesAndForgetsThemWithTheBox)
+{
+    screen().mailpiece = PresetMailpiece{u"uline-s-5632"_s};
+    EXPECT_EQ(screen().dimWidth.value(), u"7.25"_s);
+    EXPECT_EQ(screen().sizeHint(), u"in (from Bubble Mailer #1 - S-5632)"_s);
+    BoxProfile box = app->boxes.add();
+    box.name = u"ULINE S-4344"_s;
+    box.length = u"12"_s;
+    app->boxes.profiles = QList{box};
+    screen().mailpiece = box.id;
+    EXPECT_EQ(screen().dimLength.value(), u"12"_s);
+    EXPECT_EQ(screen().mailpieceName(), u"ULINE S-4344"_s);
+    app->boxes.remove(box.id);
+    EXPECT_EQ(screen().mailpieceName(), u"Package"_s);
+    screen().mailpiece = BuiltinMailpiece::package;
+    EXPECT_EQ(screen().dimLength.value(), u""_s);
+    EXPECT_EQ(screen().sizeHint(), u"in (required)"_s);
+    screen().mailpiece = BuiltinMailpiece::mediumFlatRateBox;
+    EXPECT_TRUE(screen().flatRateLocked());
+    EXPECT_EQ(screen().classHint(), u"Flat Rate ships Priority Mail"_s);
+    screen().carrier = Carrier::fedex; // a flat-rate box is not FedEx's
+    EXPECT_EQ(screen().mailpieceName(), u"Package"_s);
+}
+
+TEST_F(LabelDraftTest, TakesAFilledRecipientEveryTimeItIsPushed)
+{
+    const PostalContact contact{.name = u"Al Stack"_s, .company = u"Rare Gold"_s, .street1 = u"1 Main"_s};
+    app->draftReference = u"48213"_s;
+    int changes = 0;
+    QObject::connect(app.get(), &AppState::changed, app.get(), [&changes] { ++changes; });
+    app->tab = MainTab::settings;
+    app->fillRecipient(contact);
+    app->fillRecipient(contact);
+    EXPECT_EQ(app->draftFillCount.value(), 2);
+    EXPECT_EQ(app->draftTo.value().company, u"R G"_s);
+    EXPECT_EQ(screen().reference.value(), u""_s);
+    EXPECT_EQ(app->tab.value(), MainTab::newLabel);
+    EXPECT_GT(changes, 0);
+    changes = 0;
+    ASSERT_TRUE(app->log.insert(ShipmentRecord{}));
+    settle();
+    EXPECT_EQ(changes, 1) << "a change of the mailing log is a change of the application";
+}
+
+TEST_F(LabelDraftTest, ShowsScannerNoiseCutToFortyCharacters)
+{
+    app->reportScanNoise(QString(39, u'a') + u"e\u0301bc"_s);
+    EXPECT_EQ(app->scanStatus.value(), u"Scanner heard “"_s + QString(39, u'a') + u"e\u0301” — not an invoice QR."_s);
+}
+
+TEST_F(LabelDraftTest, EveryEditThatAPriceDependsOnClearsTheRates)
+{
+    const std::pair<const char *, std::function<void()>> edits[] = {
+        {"recipient",
+         [&] {
+             auto to = homeAddress();
+             to.phone = u"5"_s;
+             app->draftTo = to;
+         }},
+        {"sender", [&] { screen().senderID = QUuid::createUuid(); }},
+        {"weight", [&] { screen().weightOz = u"2"_s; }},
+        {"size", [&] { screen().dimHeight = u"3"_s; }},
+        {"mailpiece", [&] { screen().mailpiece = BuiltinMailpiece::largeEnvelope; }},
+        {"option", [&] { screen().service = ServiceOption::adult; }},
+        {"insurance", [&] { screen().insuranceValue = u"10"_s; }},
+        {"ship date", [&] { screen().shipDate = screen().shipDate.value().addDays(1); }},
+        {"residential", [&] { screen().fedexResidential = true; }},
+        {"carrier", [&] { screen().carrier = Carrier::fedex; }},
+    };
+    for (const auto &[name, edit] : edits) {
+        composeAndRate(homeAddress());
+        ASSERT_FALSE(screen().rates.value().isEmpty()) << name << ": " << banner().toStdString();
+        edit();
+        EXPECT_TRUE(screen().rates.value().isEmpty()) << name;
+        EXPECT_FALSE(screen().selectedRate()) << name;
+        screen().carrier = Carrier::usps;
+        screen().mailpiece = BuiltinMailpiece::package;
+        screen().senderID = std::nullopt;
+        screen().service = ServiceOption::tracking;
+        screen().clearDraft();
+    }
+}
+
+TEST_F(LabelDraftTest, ChangedCustomsDetailsAskForNewInternationalRates)
+{
+    screen().customs = CustomsInfo{.quantity = u"1"_s, .value = u"310"_s};
+    composeAndRate(londonAddress());
+    ASSERT_FALSE(screen().rates.value().isEmpty()) << banner().toStdString();
+    screen().customs = CustomsInfo{.quantity = u"2"_s, .value = u"310"_s};
+    EXPECT_TRUE(screen().rates.value().isEmpty());
+    EXPECT_EQ(banner(), u"Customs details changed — get rates again so the label matches."_s);
+}
+
+} // namespace parcelory::test

@@ -1,0 +1,205 @@
+#include "support/LabelDesk.h"
+#include "support/Printing.h"
+
+#include <gmock/gmock.h>
+
+#include <QDir>
+
+namespace parcelory::test {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+class LabelPurchaseTest : public testing::Test, public LabelDesk {
+protected:
+    void rateHome()
+    {
+        screen().service = ServiceOption::signature;
+        screen().insuranceValue = u"850.00"_s;
+        composeParcel(homeAddress());
+        screen().reference = u"48213"_s;
+        screen().descriptionText = u"Coins\tand\nnotes"_s;
+        run(screen().fetchRates());
+        ASSERT_TRUE(screen().selectedRate()) << banner().toStdString();
+    }
+    void rateAbroad()
+    {
+        screen().carrier = Carrier::fedex;
+        screen().customs = CustomsInfo{CustomsItemType::currency, u"12"_s, u"1860.00"_s, {}};
+        composeAndRate(londonAddress());
+        ASSERT_TRUE(screen().selectedRate()) << banner().toStdString();
+    }
+    const ShipmentRecord &newest() { return app->log.records().first(); }
+};
+
+} // namespace
+
+TEST_F(LabelPurchaseTest, BuysPrintsLogsAndMakesRoomForTheNextParcel)
+{
+    rateHome();
+    const QString price = screen().selectedRate()->amount;
+    run(screen().buyAndPrint());
+    EXPECT_EQ(banner(), u"Success! Priority Mail to Eleanor Whitfield, $%1. Label sent to ZD421."_s.arg(price));
+    EXPECT_EQ(sent("/transactions/").first()["label_file_type"], "ZPLII");
+    EXPECT_EQ(sent("/transactions/").first()["metadata"], "KX|US|Eleanor Whitfield|USPS Priority Mail|97301");
+
+    ASSERT_EQ(app->log.records().size(), 1);
+    const ShipmentRecord &row = newest();
+    EXPECT_EQ(row.carrier, u"USPS"_s);
+    EXPECT_EQ(row.service, u"Priority Mail"_s);
+    EXPECT_EQ(row.postage, price.toDouble());
+    EXPECT_EQ(row.recipient, u"Eleanor Whitfield, 418 Montford Ave, Apt 3B, Asheville NC 28801"_s);
+    EXPECT_EQ(row.services, u"Signature Confirmation, Insurance $850.00"_s);
+    EXPECT_EQ(row.declaredValue, u"850.00"_s);
+    EXPECT_EQ(row.weight, u"1 lb 0.0 oz"_s);
+    EXPECT_EQ(row.reference, u"48213"_s);
+    EXPECT_EQ(row.descriptionText, u"Coins and notes"_s);
+    EXPECT_EQ(row.status, u"PRINTED"_s);
+    EXPECT_TRUE(row.testMode);
+    EXPECT_FALSE(row.tracking.isEmpty() || row.transactionID.isEmpty() || row.labelURL.isEmpty());
+    const QByteArray label = *app->log.zpl(row.id);
+    EXPECT_TRUE(label.startsWith("^XA"));
+    EXPECT_EQ(processes.lastPrinted(), Zpl::rotated(label)) << "the log keeps the label as it came";
+
+    EXPECT_TRUE(
+        app->lastShipmentSummary.value().startsWith(u"USPS Priority Mail · Eleanor Whitfield, Asheville NC · $"_s));
+    EXPECT_EQ(app->draftTo.value(), ShippoAddress{});
+    EXPECT_EQ(screen().insuranceValue.value(), QString());
+    EXPECT_EQ(screen().service.value(), ServiceOption::signature);
+    EXPECT_FALSE(screen().selectedRate());
+    EXPECT_FALSE(screen().busy.value());
+}
+
+TEST_F(LabelPurchaseTest, ABurstOfPressesBuysOneLabel)
+{
+    rateHome();
+    Task<> first = screen().buyAndPrint();
+    for (int press = 0; press < 20; ++press)
+        run(screen().buyAndPrint());
+    run(std::move(first));
+    run(screen().buyAndPrint());
+    EXPECT_EQ(sent("/transactions/").size(), 1);
+    EXPECT_EQ(app->log.records().size(), 1);
+}
+
+TEST_F(LabelPurchaseTest, ALabelThatCouldNotBePrintedIsLoggedAllTheSame)
+{
+    const auto failsWith = [&](const QString &reason) {
+        EXPECT_TRUE(banner().endsWith(u" (print failed: "_s + reason + u" — use Reprint from the log)"_s))
+            << banner().toStdString();
+        EXPECT_FALSE(bannerIsWarning());
+    };
+    rateHome();
+    processes.behave = [](const QString &program, const QStringList &) {
+        return program.endsWith(u"lpr"_s) ? ProcessOutcome{1, {}, "no such printer"} : ProcessOutcome{};
+    };
+    run(screen().buyAndPrint());
+    failsWith(u"lpr failed: no such printer"_s);
+    EXPECT_TRUE(app->log.zpl(newest().id));
+    processes.behave = nullptr;
+
+    const std::pair<LabelAnswer, QString> links[] = {{LabelAnswer::expired, u"Shippo HTTP 403: label download"_s},
+                                                     {LabelAnswer::xmlError, u"what the carrier sent is not a label"_s},
+                                                     {LabelAnswer::html, u"what the carrier sent is not a label"_s}};
+    int rows = 1;
+    const qsizetype printJobs = processes.calls().size();
+    for (const auto &[link, reason] : links) {
+        clock.advance(std::chrono::minutes(1));
+        rateHome();
+        carrier.setScenario({.labelAnswer = link});
+        run(screen().buyAndPrint());
+        failsWith(reason);
+        EXPECT_EQ(app->log.records().size(), ++rows);
+        EXPECT_FALSE(app->log.zpl(newest().id)) << "an error page is no label to reprint";
+        EXPECT_FALSE(newest().labelURL.isEmpty());
+    }
+    EXPECT_EQ(processes.calls().size(), printJobs) << "nothing that is no label goes to a print tool";
+}
+
+TEST_F(LabelPurchaseTest, AFedexParcelAbroadBringsItsCustomsDocument)
+{
+    preferences.setValue(u"printer.documentQueue"_s, u"Laser"_s);
+    rateAbroad();
+    run(screen().buyAndPrint());
+    EXPECT_TRUE(banner().endsWith(u"Label sent to ZD421."_s)) << banner().toStdString();
+    EXPECT_TRUE(app->log.customsPDF(newest().id)->startsWith("%PDF"));
+    EXPECT_TRUE(newest().isIntl);
+    EXPECT_EQ(newest().services, u"No Signature Required, Declared $1860.00"_s);
+    EXPECT_EQ(newest().recipient, u"Harriet Ashcombe, 14 Chandos Place, London WC2N 4HS, GB"_s);
+    EXPECT_EQ(processes.calls().last().arguments.mid(0, 2), (QStringList{u"-P"_s, u"Laser"_s}));
+
+    clock.advance(std::chrono::minutes(1));
+    preferences.setValue(u"printer.documentQueue"_s, QString());
+    rateAbroad();
+    CarrierScenario deadLink;
+    deadLink.failNext = CarrierFailure{"documents", 404, "text/html", "gone", 1, ""};
+    carrier.setScenario(deadLink);
+    run(screen().buyAndPrint());
+    EXPECT_TRUE(banner().endsWith(u" (FedEx commercial invoice download failed: Shippo HTTP 404: label download)"_s))
+        << banner().toStdString();
+    EXPECT_EQ(app->log.records().size(), 2);
+    EXPECT_FALSE(app->log.customsPDF(newest().id));
+}
+
+TEST_F(LabelPurchaseTest, APurchaseWithoutALabelIsNotLostFromTheErrorLog)
+{
+    rateHome();
+    carrier.setScenario({.emptyLabelUrl = true});
+    run(screen().buyAndPrint());
+    EXPECT_EQ(banner(), u"Purchase succeeded but no label URL was returned."_s);
+    EXPECT_TRUE(app->log.records().isEmpty());
+    EXPECT_TRUE(errors->entries().first().detail.contains(u"Transaction "_s));
+    EXPECT_FALSE(screen().selectedRate()) << "the next press must not buy it again";
+}
+
+TEST_F(LabelPurchaseTest, ARefusedPurchaseLeavesTheRatesAndAnUnknownOutcomeDoesNot)
+{
+    rateHome();
+    carrier.setScenario({.purchaseFails = true, .purchaseMessages = {u"Insufficient funds."_s}});
+    run(screen().buyAndPrint());
+    EXPECT_EQ(banner(), u"Insufficient funds."_s);
+    EXPECT_TRUE(screen().selectedRate());
+
+    carrier.setScenario({.dropConnection = true}); // the carrier sells the label, but its answer is lost
+    run(screen().buyAndPrint());
+    EXPECT_TRUE(banner().contains(u"The label may have been bought all the same"_s)) << banner().toStdString();
+    EXPECT_FALSE(screen().selectedRate());
+    EXPECT_FALSE(screen().busy.value());
+}
+
+TEST_F(LabelPurchaseTest, ARowThatCannotBeWrittenIsReportedWithItsNumbers)
+{
+    rateHome();
+    QDir(folder.path()).mkdir(u"mailing_log.sqlite-journal"_s); // SQLite cannot make its journal
+    run(screen().buyAndPrint());
+    EXPECT_TRUE(banner().contains(u"the mailing log could not be written — note the tracking number "_s))
+        << banner().toStdString();
+    ASSERT_FALSE(errors->entries().isEmpty());
+    EXPECT_TRUE(errors->entries().first().detail.contains(u"tracking 9210890175547700"_s));
+}
+
+TEST_F(LabelPurchaseTest, WhatTheClerkTypesDuringAPurchaseIsKept)
+{
+    rateHome();
+    Task<> buying = screen().buyAndPrint();
+    app->draftTo = londonAddress();
+    run(std::move(buying));
+    EXPECT_EQ(app->draftTo.value(), londonAddress());
+    EXPECT_TRUE(newest().recipient.startsWith(u"Eleanor Whitfield"_s));
+    EXPECT_FALSE(newest().isIntl);
+}
+
+TEST_F(LabelPurchaseTest, TheKeyNeverReachesAFile)
+{
+    rateHome();
+    carrier.setScenario({.badToken = u"Token shippo_something is unknown."_s});
+    run(screen().buyAndPrint());
+    errors->flush();
+    for (const QString &name : QDir(folder.path()).entryList(QDir::Files)) {
+        QFile file(path(name));
+        ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+        EXPECT_FALSE(file.readAll().contains(PracticeCarrier::testToken.toUtf8())) << name.toStdString();
+    }
+}
+
+} // namespace parcelory::test

@@ -1,0 +1,261 @@
+#include "support/LabelDesk.h"
+#include "support/Printing.h"
+
+#include <gmock/gmock.h>
+
+namespace parcelory::test {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+class LabelRatingTest : public testing::Test, public LabelDesk {
+protected:
+    QStringList offeredTokens()
+    {
+        QStringList tokens;
+        for (const ShippoRate &rate : screen().rates.value())
+            tokens += rate.servicelevel.token.value_or(QString());
+        return tokens;
+    }
+    ShippoAddress boxAddress()
+    {
+        ShippoAddress to = homeAddress();
+        to.street1 = u"PO Box 239 #12"_s;
+        to.street2 = QString();
+        return to;
+    }
+    /// Answers the next shipment request with these rates.
+    void answerRates(const QByteArray &rates)
+    {
+        CarrierScenario scenario;
+        scenario.failNext =
+            CarrierFailure{"shipments", 201, "application/json", R"({"object_id":"s","rates":[)" + rates + "]}", 1, ""};
+        carrier.setScenario(scenario);
+    }
+    static QByteArray rate(const char *id, const char *amount, const char *provider, const char *token)
+    {
+        return QByteArray(R"({"object_id":")") + id + R"(","amount":")" + amount +
+               R"(","currency":"USD","provider":")" + provider + R"(","servicelevel":{"token":")" + token + R"("}})";
+    }
+};
+
+} // namespace
+
+TEST_F(LabelRatingTest, NamesTheFirstReasonWhyADraftCannotBeRated)
+{
+    const QString sizeText = u"Enter the package size — length, width, and height are required for "_s;
+    const auto check = [&](const char *what, const QString &text, const auto &spoil) {
+        composeParcel(londonAddress());
+        screen().carrier = Carrier::fedex;
+        screen().customs = CustomsInfo{.value = u"310"_s};
+        screen().insuranceValue = QString();
+        spoil();
+        run(screen().fetchRates());
+        EXPECT_EQ(banner(), text) << what;
+        EXPECT_TRUE(bannerIsWarning()) << what;
+        screen().mailpiece = BuiltinMailpiece::package;
+    };
+    check("no size", sizeText + u"your own packaging"_s, [&] { screen().dimWidth = u""_s; });
+    check("size 0", sizeText + u"your own packaging"_s, [&] { screen().dimHeight = u"0"_s; });
+    check("box without size", sizeText + u"Jiffy Rigi Bag #2 - S-1611"_s, [&] {
+        screen().mailpiece = PresetMailpiece{u"uline-s-1611"_s};
+        screen().dimHeight = u"?"_s;
+    });
+    check("no value", u"Enter the declared value in the Customs Declaration to rate an international shipment."_s,
+          [&] { screen().customs = CustomsInfo{.value = u"0"_s}; });
+    check("FedEx limit", u"150 lb 1.6 oz is over FedEx's 150 lb limit."_s, [&] { screen().weightLb = u"150.1"_s; });
+    check("no phone",
+          u"FedEx international shipments require the recipient's phone number — add it to the To section."_s, [&] {
+              ShippoAddress to = londonAddress();
+              to.phone = u"  "_s;
+              app->draftTo = to;
+          });
+    check("insurance", u"The insured value is not a number — type it as plain dollars, for example 1500.00."_s,
+          [&] { screen().insuranceValue = u"1,500"_s; });
+    EXPECT_EQ(requestsTo("/shipments"), 0);
+}
+
+TEST_F(LabelRatingTest, WeighsUpToTheCarriersLimit)
+{
+    composeParcel(homeAddress());
+    screen().weightLb = u"70"_s;
+    run(screen().fetchRates());
+    EXPECT_FALSE(screen().rates.value().isEmpty()) << banner().toStdString();
+    screen().weightLb = u"71"_s;
+    screen().weightOz = u"2"_s;
+    run(screen().fetchRates());
+    EXPECT_EQ(banner(), u"71 lb 2.0 oz is over USPS's 70 lb limit."_s);
+    screen().weightLb = u"70.1"_s;
+    screen().weightOz = u""_s;
+    run(screen().fetchRates());
+    EXPECT_TRUE(banner().endsWith(u"is over USPS's 70 lb limit."_s)) << banner().toStdString();
+}
+
+TEST_F(LabelRatingTest, OpensThePaperworkSheetBeforeAnInternationalRating)
+{
+    composeParcel(londonAddress());
+    screen().customs = CustomsInfo{.quantity = u"1"_s, .value = u"310.00"_s, .signer = u"Dana Marsh"_s};
+    run(screen().fetchRates());
+    EXPECT_TRUE(screen().showIntlPaperwork.value());
+    EXPECT_EQ(requestsTo("/shipments"), 0);
+    EXPECT_TRUE(screen().paperworkText().contains(u"Harriet Ashcombe"_s));
+    run(screen().fetchRates(true));
+    EXPECT_FALSE(screen().showIntlPaperwork.value());
+    EXPECT_EQ(screen().selectedRate()->servicelevel.token, u"usps_priority_mail_international"_s);
+    EXPECT_EQ(sent("/shipments/").last()["customs_declaration"]["certify_signer"], "Dana Marsh");
+}
+
+TEST_F(LabelRatingTest, KeepsTheCarriersOwnRatesCheapestFirstAndEqualOnesInOrder)
+{
+    composeParcel(homeAddress());
+    screen().carrier = Carrier::fedex;
+    answerRates(rate("a", "61.98", "FedEx", "fedex_ground") + ',' + rate("b", "7.40", "USPS", "usps_priority") + ',' +
+                rate("c", "9.10", "My FedEx Account", "fedex_2_day") + ',' +
+                rate("d", "61.98", "FEDEX", "fedex_2_day") + ',' + rate("e", "100.00", "UPS", "ups_ground"));
+    run(screen().fetchRates());
+    QStringList ids;
+    for (const ShippoRate &rate : screen().rates.value())
+        ids += rate.objectId;
+    EXPECT_EQ(ids, (QStringList{u"c"_s, u"a"_s, u"d"_s}));
+    EXPECT_EQ(screen().selectedRateID.value(), u"c"_s) << "the cheaper one of the wanted class";
+    EXPECT_EQ(LabelScreen::transitText(screen().rates.value().first()), u"Unknown"_s);
+
+    screen().svcClass = ServiceClass::fedexFirstOvernight; // the rates stay true, only the choice changes
+    EXPECT_FALSE(screen().selectedRate());
+    EXPECT_TRUE(banner().endsWith(u" rate came back — pick from the list."_s));
+    screen().svcClass = ServiceClass::fedexGround;
+    EXPECT_EQ(screen().selectedRateID.value(), u"a"_s);
+}
+
+TEST_F(LabelRatingTest, AFlatRateShipsPriorityMailWhateverTheClassSays)
+{
+    screen().mailpiece = BuiltinMailpiece::smallFlatRateBox;
+    screen().svcClass = ServiceClass::express;
+    composeAndRate(homeAddress());
+    EXPECT_EQ(screen().selectedRate()->servicelevel.token, u"usps_priority"_s);
+    EXPECT_EQ(sent("/shipments/").last()["parcels"][0]["template"], "USPS_SmallFlatRateBox");
+}
+
+TEST_F(LabelRatingTest, SaysWhenNoRatesComeBackAndLeavesTheDraftUsableAfterAFailure)
+{
+    carrier.setScenario({.fedexConnected = false});
+    screen().carrier = Carrier::fedex;
+    composeAndRate(homeAddress());
+    EXPECT_EQ(banner(), u"No FedEx rates returned — is your FedEx account connected in the Shippo dashboard?"_s);
+    screen().carrier = Carrier::usps;
+    carrier.setScenario({.noRates = true});
+    composeAndRate(homeAddress());
+    EXPECT_EQ(banner(), u"No USPS rates returned for this shipment."_s);
+
+    CarrierScenario failing;
+    failing.failNext = CarrierFailure{"shipments", 500, "text/plain", "down", 1, ""};
+    carrier.setScenario(failing);
+    composeAndRate(homeAddress());
+    EXPECT_EQ(banner(), u"Shippo HTTP 500: down"_s);
+    EXPECT_FALSE(screen().busy.value());
+    EXPECT_EQ(errors->entries().first().detail, u"Shippo HTTP 500: down"_s);
+    EXPECT_EQ(prompts.alerts.size(), 1);
+    run(screen().fetchRates());
+    EXPECT_FALSE(screen().rates.value().isEmpty());
+}
+
+TEST_F(LabelRatingTest, DropsRatesThatComeBackToADraftEditedMeanwhile)
+{
+    composeParcel(homeAddress());
+    Task<> rating = screen().fetchRates();
+    EXPECT_TRUE(screen().busy.value());
+    screen().weightLb = u"9"_s;
+    run(std::move(rating));
+    EXPECT_TRUE(screen().rates.value().isEmpty());
+    EXPECT_TRUE(bannerIsWarning());
+}
+
+TEST_F(LabelRatingTest, ValidationAdoptsTheStandardisedAddressAndGoesOnToRating)
+{
+    composeParcel(homeAddress());
+    run(screen().validate());
+    EXPECT_EQ(screen().validationStatus.value(), u"Valid ✓ (USPS version)"_s);
+    EXPECT_EQ(app->draftTo.value().city, u"ASHEVILLE"_s);
+    EXPECT_EQ(app->draftTo.value().name, u"Eleanor Whitfield"_s);
+    EXPECT_TRUE(prompts.questions.isEmpty());
+    EXPECT_FALSE(screen().rates.value().isEmpty());
+    app->draftTo = homeAddress();
+    EXPECT_FALSE(screen().validationOK.value()) << "the street that was checked is no longer there";
+}
+
+TEST_F(LabelRatingTest, ValidationSaysWhatIsStillMissing)
+{
+    ShippoAddress to = homeAddress();
+    app->draftTo = to;
+    run(screen().validate());
+    EXPECT_EQ(banner(),
+              u"Address valid — add a weight (put the package on the scale and press Weigh) and rates will load."_s);
+    to.name = QString();
+    app->draftTo = to;
+    screen().weightLb = u"1"_s;
+    run(screen().validate());
+    EXPECT_EQ(banner(), u"Address valid — complete the package details to get rates."_s);
+    app->draftTo = londonAddress();
+    screen().weightLb = QString();
+    run(screen().validate());
+    EXPECT_EQ(screen().validationStatus.value(), u"International — address not validated"_s);
+    EXPECT_EQ(banner(),
+              u"Add a weight (put the package on the scale and press Weigh) and international rates will load."_s);
+    EXPECT_EQ(requestsTo("/addresses"), 2);
+}
+
+TEST_F(LabelRatingTest, ARefusedAddressLeavesTheDraftAsItWas)
+{
+    for (const auto &[street, status] : {std::pair{u"9 Nowhere Ln"_s, u"The address as submitted could not be found"_s},
+                                         std::pair{u"9 Silent Way"_s, u"Address could not be validated."_s},
+                                         std::pair{u"9 Unchecked Rd"_s, u"Address could not be validated."_s}}) {
+        ShippoAddress to = homeAddress();
+        to.street1 = street;
+        composeParcel(to);
+        run(screen().validate());
+        EXPECT_TRUE(screen().validationStatus.value().startsWith(status))
+            << screen().validationStatus.value().toStdString();
+        EXPECT_FALSE(screen().validationOK.value());
+        EXPECT_EQ(app->draftTo.value(), to);
+        EXPECT_TRUE(screen().rates.value().isEmpty());
+    }
+}
+
+TEST_F(LabelRatingTest, AsksBeforeAStandardisedAddressLosesANumber)
+{
+    composeParcel(boxAddress());
+    run(screen().validate());
+    ASSERT_EQ(prompts.questions.size(), 1);
+    EXPECT_EQ(prompts.questions.first().title, u"USPS Rewrote This Address"_s);
+    EXPECT_TRUE(prompts.questions.first().text.startsWith(
+        u"USPS standardization DROPPED: 12\n\nUSPS version:\nPO BOX 239\nASHEVILLE NC 28801"_s));
+    EXPECT_TRUE(prompts.questions.first().text.endsWith(u"\n\nWhich should ship?"_s));
+    EXPECT_EQ(screen().validationStatus.value(), u"Valid ✓ (kept as typed)"_s);
+    EXPECT_EQ(app->draftTo.value(), boxAddress());
+
+    prompts.answer = 1;
+    composeParcel(boxAddress());
+    app->draftTo = boxAddress();
+    run(screen().validate());
+    EXPECT_EQ(screen().validationStatus.value(), u"Valid ✓ (USPS version)"_s);
+    EXPECT_EQ(app->draftTo.value().street1, u"PO BOX 239"_s);
+}
+
+TEST_F(LabelRatingTest, AsksAgainWhenTheLabelWouldDropANumber)
+{
+    carrier.setScenario({.rewrittenAddressTo = true});
+    composeAndRate(boxAddress());
+    ASSERT_EQ(prompts.questions.size(), 1);
+    EXPECT_EQ(prompts.questions.first().title, u"The Label Will Drop: 12, 239"_s);
+    EXPECT_TRUE(prompts.questions.first().text.contains(u"\n\nThe carrier will print:\n"_s));
+    EXPECT_TRUE(screen().rates.value().isEmpty());
+    EXPECT_FALSE(screen().validationOK.value());
+    EXPECT_EQ(banner(), u"Rates cleared — adjust the address and validate again."_s);
+
+    prompts.answer = 1;
+    run(screen().fetchRates());
+    EXPECT_FALSE(screen().rates.value().isEmpty());
+    EXPECT_TRUE(screen().selectedRate());
+}
+
+} // namespace parcelory::test

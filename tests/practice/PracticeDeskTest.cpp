@@ -1,0 +1,55 @@
+#include "practice/PracticeDesk.h"
+
+#include "carrier/ShippoKeys.h"
+#include "core/AppError.h"
+#include "devices/LabelPrinter.h"
+#include "shell/SettingsKeys.h"
+#include "shell/platform/SystemPlatform.h"
+#include "support/FakePlatform.h"
+#include "support/Printing.h"
+#include "support/RunTask.h"
+
+#include <gmock/gmock.h>
+
+namespace parcelory::test {
+using namespace Qt::StringLiterals;
+
+namespace {
+class PracticeDeskTest : public testing::Test {
+protected:
+    QTemporaryDir folder;
+    FakePrompts prompts;
+    PracticeDesk desk{folder.path(), prompts};
+};
+} // namespace
+
+TEST_F(PracticeDeskTest, ReachesNothingButLoopbackAndStartsNoRealTool)
+{
+    EXPECT_EQ(desk.platform().deployment.carrierApi.host(), u"127.0.0.1"_s);
+    EXPECT_THROW(runTask(desk.platform().http.send({.url = QUrl(u"https://api.goshippo.com/"_s)})), AppError);
+    EXPECT_THROW(desk.platform().processes.run(u"/bin/sh"_s, {}), AppError);
+    EXPECT_THROW(PracticeDesk(applicationSupportFolder().absolutePath(), prompts), AppError);
+}
+
+TEST_F(PracticeDeskTest, BringsAKeyAndPrintersThatKeepWhatTheyGet)
+{
+    Platform &platform = desk.platform();
+    EXPECT_EQ(ShippoKeys(platform.secrets, platform.preferences).statusText(),
+              u"Shippo TEST mode (Practice) — labels are not real postage"_s);
+    LabelPrinter printer(platform);
+    EXPECT_EQ(printer.queues(), (QStringList{PracticePrinter::documentQueue, PracticePrinter::labelQueue}));
+    EXPECT_EQ(printer.zebraQueues(), QStringList{PracticePrinter::labelQueue});
+    write(platform.preferences, settings::rotate180, false);
+    printer.printZPL(Zpl::testLabel, PracticePrinter::labelQueue);
+    QFile printed(desk.printer().folder().filePath(u"0001-Practice_Zebra.zpl"_s));
+    ASSERT_TRUE(printed.open(QIODevice::ReadOnly));
+    EXPECT_EQ(printed.readAll(), Zpl::testLabel);
+
+    desk.printer().pause(false);
+    EXPECT_NO_THROW(printer.printZPL(Zpl::testLabel, PracticePrinter::labelQueue));
+    desk.printer().pause(true);
+    EXPECT_THROW(printer.printZPL(Zpl::testLabel, PracticePrinter::labelQueue), SystemError);
+    EXPECT_THROW(printer.printZPL(Zpl::testLabel, u"Nope"_s), SystemError);
+}
+
+} // namespace parcelory::test

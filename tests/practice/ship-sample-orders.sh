@@ -1,0 +1,21 @@
+#!/bin/sh
+# Runs the program on a new practice desk and looks at what it left behind.
+set -eu
+desk=$(mktemp -d)
+trap 'rm -rf "$desk"' EXIT
+fail() { printf 'FAILED: %s\n' "$*" >&2; exit 1; }
+
+"$1" --practice --data "$desk"
+for label in "$desk"/printed/*.zpl; do
+    head -c 3 "$label" | grep -q '\^XA' || fail "$label is no label"
+done
+[ "$(find "$desk/printed" -name '*.zpl' | wc -l)" -eq 5 ] || fail 'not every parcel has a label'
+[ "$(find "$desk/printed" -name '*.pdf' | wc -l)" -eq 1 ] || fail 'the FedEx customs document is missing'
+[ "$(sqlite3 "$desk/mailing_log.sqlite" 'SELECT count(*) FROM shipments WHERE zpl IS NOT NULL AND test_mode')" -eq 5 ] ||
+    fail 'the mailing log does not hold every label'
+[ "$(wc -l <"$desk/Mail Log Export.csv")" -eq 6 ] || fail 'the export does not hold every row'
+! grep -rq shippo_test "$desk" || fail 'the key stands in a file'
+
+printf '[{"to": {"name": "half an address"}}]' >"$desk/bad.json"
+if "$1" --practice --data "$desk" --ship "$desk/bad.json" 2>"$desk/said"; then fail 'a bad orders file was taken'; fi
+grep -q 'missing key "\[0\].to.company"' "$desk/said" || fail "the mistake is not named: $(cat "$desk/said")"

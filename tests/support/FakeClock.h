@@ -1,0 +1,50 @@
+#pragma once
+
+#include "core/ports/Clock.h"
+
+#include <map>
+
+namespace parcelory::test {
+
+/// Time that stands still until a test moves it.
+class FakeClock : public Clock {
+public:
+    QDateTime start{QDate(2026, 11, 20), QTime(14, 41)};
+
+    QDateTime now() const override { return start.addMSecs(m_elapsed.count()); }
+    quint64 after(Duration delay, std::function<void()> action) override
+    {
+        m_due.emplace(m_elapsed + delay, std::pair{++m_timers, std::move(action)});
+        return m_timers;
+    }
+    void cancel(quint64 timer) override
+    {
+        std::erase_if(m_due, [timer](const auto &entry) { return entry.second.first == timer; });
+    }
+
+    /// Moves to the next timer and runs it; false when none is waiting.
+    bool fireNext()
+    {
+        if (m_due.empty())
+            return false;
+        auto next = m_due.extract(m_due.begin());
+        m_elapsed = std::max(m_elapsed, next.key());
+        next.mapped().second();
+        return true;
+    }
+    void advance(Duration by)
+    {
+        const Duration end = m_elapsed + by;
+        while (!m_due.empty() && m_due.begin()->first <= end)
+            fireNext();
+        m_elapsed = end;
+    }
+    Duration elapsed() const { return m_elapsed; }
+
+private:
+    Duration m_elapsed{0};
+    quint64 m_timers = 0;
+    std::multimap<Duration, std::pair<quint64, std::function<void()>>> m_due;
+};
+
+} // namespace parcelory::test

@@ -1,0 +1,52 @@
+#include "support/FakePlatform.h"
+
+#include "carrier/ShippoKeys.h"
+
+#include <QFile>
+
+namespace parcelory::test {
+using namespace Qt::StringLiterals;
+
+ProcessOutcome FakeProcesses::run(const QString &program, const QStringList &arguments)
+{
+    Call call{program, arguments, {}};
+    if (QFile file(arguments.value(arguments.size() - 1)); file.open(QIODevice::ReadOnly))
+        call.file = file.readAll();
+    {
+        const std::lock_guard lock(m_access);
+        m_calls.append(call);
+    }
+    return behave ? behave(program, arguments) : ProcessOutcome{};
+}
+
+QByteArray FakeProcesses::lastPrinted() const
+{
+    QByteArray bytes;
+    for (const Call &call : calls()) {
+        if (call.program.endsWith(u"/lpr"_s))
+            bytes = call.file;
+    }
+    return bytes;
+}
+
+FakePlatform::FakePlatform()
+    : platform{.http = http,
+               .clock = clock,
+               .secrets = secrets,
+               .preferences = preferences,
+               .prompts = prompts,
+               .desktop = desktop,
+               .processes = processes,
+               .dataFolder = QDir(folder.path()),
+               .deployment = Deployment::builtIn()}
+{
+}
+
+void FakePlatform::useToken(const QString &token)
+{
+    ShippoKeys keys(secrets, preferences);
+    keys.set(token, u"Practice"_s);
+    keys.makeActive(u"Practice"_s);
+}
+
+} // namespace parcelory::test

@@ -1,0 +1,111 @@
+#pragma once
+
+#include "core/AppError.h"
+#include "core/Platform.h"
+#include "practice/MemorySecrets.h"
+#include "shell/platform/NetworkTransport.h"
+#include "support/FakeClock.h"
+
+#include <QHash>
+#include <QTemporaryDir>
+
+#include <functional>
+#include <mutex>
+
+namespace parcelory::test {
+
+class MemoryPreferences : public Preferences {
+public:
+    QVariant value(const QString &key) const override
+    {
+        const std::lock_guard lock(m_access);
+        return values.value(key);
+    }
+    void setValue(const QString &key, const QVariant &value) override
+    {
+        const std::lock_guard lock(m_access);
+        values[key] = value;
+    }
+    QHash<QString, QVariant> values;
+
+private:
+    mutable std::mutex m_access;
+};
+
+/// Writes down what was said and asked, and answers as told.
+class FakePrompts : public Prompts {
+public:
+    Task<> alert(QString title, QString text) override
+    {
+        alerts.append({title, text});
+        co_return;
+    }
+    Task<int> choose(Question question) override
+    {
+        questions.append(question);
+        if (whileAsked)
+            whileAsked();
+        co_return answer.value_or(question.safeChoice);
+    }
+    QList<std::pair<QString, QString>> alerts;
+    QList<Question> questions;
+    std::optional<int> answer;
+    std::function<void()> whileAsked;
+};
+
+class FakeDesktop : public Desktop {
+public:
+    void openFile(const QString &path) override
+    {
+        if (fails)
+            throw AppError(QStringLiteral("no viewer"));
+        opened.append(path);
+    }
+    QStringList opened;
+    bool fails = false;
+};
+
+/// Child processes by a function of the test's; records the calls. Thread safe.
+class FakeProcesses : public ProcessRunner {
+public:
+    struct Call {
+        QString program;
+        QStringList arguments;
+        QByteArray file; ///< what the last argument held, when it names a file
+    };
+    ProcessOutcome run(const QString &program, const QStringList &arguments) override;
+
+    QList<Call> calls() const
+    {
+        const std::lock_guard lock(m_access);
+        return m_calls;
+    }
+    /// Bytes of the label that was last handed to lpr.
+    QByteArray lastPrinted() const;
+    std::function<ProcessOutcome(const QString &program, const QStringList &arguments)> behave;
+
+private:
+    mutable std::mutex m_access;
+    QList<Call> m_calls;
+};
+
+/// A world for a test: real loopback HTTP, everything else in memory, a data folder of its own.
+struct FakePlatform {
+    FakePlatform();
+
+    QTemporaryDir folder;
+    NetworkTransport http{NetworkTransport::Reach::loopbackOnly};
+    FakeClock clock;
+    MemorySecrets secrets;
+    MemoryPreferences preferences;
+    FakePrompts prompts;
+    FakeDesktop desktop;
+    FakeProcesses processes;
+    Platform platform;
+
+    QString path(const QString &name) const { return folder.filePath(name); }
+    /// Stores a key and makes it the active one.
+    void useToken(const QString &token);
+};
+
+} // namespace parcelory::test

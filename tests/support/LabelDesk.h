@@ -1,0 +1,57 @@
+#pragma once
+
+#include "compose/LabelScreen.h"
+#include "shell/ErrorLog.h"
+#include "support/CarrierDesk.h"
+
+namespace parcelory::test {
+
+/// The label screen over real services, the practice carrier and print tools that only listen.
+struct LabelDesk : CarrierDesk {
+    std::unique_ptr<ErrorLog> errors;
+    std::unique_ptr<AppState> app;
+    std::unique_ptr<LabelScreen> screenOwner;
+
+    LabelDesk()
+    {
+        clock.start = QDateTime::currentDateTime(); // the practice carrier knows what day it is
+        preferences.setValue(QStringLiteral("printer.zebraQueue"), QStringLiteral("ZD421"));
+        errors = std::make_unique<ErrorLog>(platform);
+        app = std::make_unique<AppState>(platform);
+        screenOwner = std::make_unique<LabelScreen>(*app);
+        settle();
+    }
+
+    LabelScreen &screen() { return *screenOwner; }
+    void run(Task<> task)
+    {
+        runTask(std::move(task), &clock);
+        settle();
+    }
+    QString banner() { return screen().banner.value() ? screen().banner.value()->text : QString(); }
+    bool bannerIsWarning() { return screen().banner.value() && !screen().banner.value()->ok; }
+
+    /// A one-pound parcel of one's own packaging.
+    void composeParcel(const ShippoAddress &to)
+    {
+        app->draftTo = to;
+        screen().weightLb = QStringLiteral("1");
+        screen().dimLength = QStringLiteral("9");
+        screen().dimWidth = QStringLiteral("6");
+        screen().dimHeight = QStringLiteral("2");
+    }
+    void composeAndRate(const ShippoAddress &to)
+    {
+        composeParcel(to);
+        run(screen().fetchRates(true));
+    }
+    int requestsTo(const QByteArray &prefix)
+    {
+        int count = 0;
+        for (const PracticeCarrier::Request &request : carrier.requests())
+            count += request.target.startsWith(prefix);
+        return count;
+    }
+};
+
+} // namespace parcelory::test

@@ -1,0 +1,64 @@
+#pragma once
+
+#include "core/Task.h"
+#include "support/FakeClock.h"
+
+#include <QCoreApplication>
+#include <QDeadlineTimer>
+#include <QTimer>
+
+#include <optional>
+
+namespace parcelory::test {
+
+/// Runs the event loop until `done` holds; fake time moves only when nothing real is pending.
+template <class Done>
+void runUntil(Done done, FakeClock *clock = nullptr)
+{
+    QDeadlineTimer deadline(std::chrono::seconds(20));
+    QTimer wake;
+    wake.start(20);
+    while (!done()) {
+        if (deadline.hasExpired())
+            qFatal("the test waited in vain");
+        QCoreApplication::processEvents();
+        if (done() || (clock && clock->fireNext()))
+            continue;
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    }
+}
+
+/// Runs a task to its end and gives its result or throws its exception.
+template <class T>
+T runTask(Task<T> task, FakeClock *clock = nullptr)
+{
+    std::exception_ptr error;
+    bool done = false;
+    std::optional<std::conditional_t<std::is_void_v<T>, int, T>> result;
+    const auto drive = [&]() -> Task<> {
+        try {
+            if constexpr (std::is_void_v<T>)
+                co_await task;
+            else
+                result.emplace(co_await task);
+        } catch (...) {
+            error = std::current_exception();
+        }
+        done = true;
+    };
+    const Task<> driver = drive();
+    runUntil([&done] { return done; }, clock);
+    if (error)
+        std::rethrow_exception(error);
+    if constexpr (!std::is_void_v<T>)
+        return std::move(*result);
+}
+
+/// Lets everything that was posted to the main thread happen.
+inline void settle()
+{
+    QCoreApplication::sendPostedEvents();
+    QCoreApplication::processEvents();
+}
+
+} // namespace parcelory::test
