@@ -176,8 +176,9 @@ Task<LabelScreen::Printed> LabelScreen::printFedexInvoice(QString documentUrl)
         if (!sentToQueue)
             result.note = u" (FedEx commercial invoice opened in Preview — set a document printer in Settings)"_s;
     } catch (const AppError &error) {
-        const QString step = result.document ? u"print"_s : u"download"_s;
-        result.note = u" (FedEx commercial invoice %1 failed: %2)"_s.arg(step, error.description());
+        const QString failed = result.document ? u" (FedEx commercial invoice print failed: "_s
+                                               : u" (FedEx commercial invoice download failed: "_s;
+        result.note = failed + error.description() + u')';
         m_app.errors.record(u"FedEx Commercial Invoice"_s, error, Popup::no);
     }
     co_return result;
