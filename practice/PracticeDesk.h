@@ -2,8 +2,8 @@
 
 #include "core/Platform.h"
 #include "practice/MemorySecrets.h"
-#include "practice/PracticeCarrier.h"
 #include "practice/PracticePrinter.h"
+#include "practice/carrier/PracticeCarrier.h"
 #include "shell/platform/NetworkTransport.h"
 #include "shell/platform/SettingsPreferences.h"
 #include "shell/platform/SystemClock.h"

@@ -90,7 +90,8 @@ void sayWhere(const AppState &app, const PracticeDesk &desk, const QString &expo
     say(u"\nLabels (ZPL):     "_s + desk.printer().folder().absolutePath());
     say(u"Mailing log:      "_s + folder.absoluteFilePath(u"mailing_log.sqlite"_s));
     say(u"Exported log:     "_s + exported);
-    say(u"Error log:        "_s + folder.absoluteFilePath(u"error_log.json"_s));
+    if (folder.exists(u"error_log.json"_s))
+        say(u"Error log:        "_s + folder.absoluteFilePath(u"error_log.json"_s));
 }
 
 } // namespace

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "core/Json.h"
-#include "practice/PracticeCarrier.h"
+#include "practice/carrier/PracticeCarrier.h"
 #include "support/FakePlatform.h"
 #include "support/RunTask.h"
 

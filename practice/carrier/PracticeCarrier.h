@@ -1,6 +1,6 @@
 #pragma once
 
-#include "practice/CarrierScenario.h"
+#include "practice/carrier/CarrierScenario.h"
 
 #include <QByteArray>
 #include <QDateTime>

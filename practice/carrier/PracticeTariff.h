@@ -1,6 +1,6 @@
 #pragma once
 
-#include "practice/PracticeAccounts.h"
+#include "practice/carrier/PracticeAccounts.h"
 
 #include <QString>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "practice/PracticeAnswers.h"
+#include "practice/carrier/PracticeAnswers.h"
 
 namespace parcelory {
 

@@ -1,12 +1,12 @@
-#include "practice/PracticeShipments.h"
+#include "practice/carrier/PracticeShipments.h"
 
 #include "core/IsoDate.h"
 #include "core/Text.h"
-#include "practice/CarrierScenario.h"
-#include "practice/PracticeAddresses.h"
-#include "practice/PracticeLedger.h"
-#include "practice/PracticeRates.h"
-#include "practice/PracticeShipmentCheck.h"
+#include "practice/carrier/CarrierScenario.h"
+#include "practice/carrier/PracticeAddresses.h"
+#include "practice/carrier/PracticeLedger.h"
+#include "practice/carrier/PracticeRates.h"
+#include "practice/carrier/PracticeShipmentCheck.h"
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

@@ -1,4 +1,4 @@
-#include "practice/PracticeTariff.h"
+#include "practice/carrier/PracticeTariff.h"
 
 #include <algorithm>
 

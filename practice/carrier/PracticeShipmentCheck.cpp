@@ -1,9 +1,9 @@
-#include "practice/PracticeShipmentCheck.h"
+#include "practice/carrier/PracticeShipmentCheck.h"
 
 #include "core/Text.h"
-#include "practice/CarrierScenario.h"
-#include "practice/PracticeAddresses.h"
-#include "practice/PracticeLedger.h"
+#include "practice/carrier/CarrierScenario.h"
+#include "practice/carrier/PracticeAddresses.h"
+#include "practice/carrier/PracticeLedger.h"
 
 #include <QRegularExpression>
 

@@ -1,6 +1,6 @@
-#include "practice/PracticeAddresses.h"
+#include "practice/carrier/PracticeAddresses.h"
 
-#include "practice/PracticeLedger.h"
+#include "practice/carrier/PracticeLedger.h"
 
 #include <QRegularExpression>
 

@@ -1,9 +1,9 @@
-#include "practice/PracticeRates.h"
+#include "practice/carrier/PracticeRates.h"
 
 #include "core/Json.h"
 #include "core/Text.h"
-#include "practice/CarrierScenario.h"
-#include "practice/PracticeTariff.h"
+#include "practice/carrier/CarrierScenario.h"
+#include "practice/carrier/PracticeTariff.h"
 
 #include <QHash>
 

@@ -1,11 +1,11 @@
-#include "practice/PracticeManifests.h"
+#include "practice/carrier/PracticeManifests.h"
 
 #include "core/IsoDate.h"
-#include "practice/CarrierScenario.h"
-#include "practice/PracticeAccounts.h"
-#include "practice/PracticeAddresses.h"
-#include "practice/PracticeLabel.h"
-#include "practice/PracticeLedger.h"
+#include "practice/carrier/CarrierScenario.h"
+#include "practice/carrier/PracticeAccounts.h"
+#include "practice/carrier/PracticeAddresses.h"
+#include "practice/carrier/PracticeLabel.h"
+#include "practice/carrier/PracticeLedger.h"
 
 #include <algorithm>
 #include <cstdlib>

@@ -1,10 +1,10 @@
-#include "practice/PracticeTransactions.h"
+#include "practice/carrier/PracticeTransactions.h"
 
 #include "core/IsoDate.h"
 #include "core/Text.h"
-#include "practice/CarrierScenario.h"
-#include "practice/PracticeLabel.h"
-#include "practice/PracticeLedger.h"
+#include "practice/carrier/CarrierScenario.h"
+#include "practice/carrier/PracticeLabel.h"
+#include "practice/carrier/PracticeLedger.h"
 
 #include <array>
 

@@ -1,13 +1,13 @@
-#include "practice/PracticeRoutes.h"
+#include "practice/carrier/PracticeRoutes.h"
 
-#include "practice/CarrierScenario.h"
-#include "practice/PracticeAccounts.h"
-#include "practice/PracticeAddresses.h"
-#include "practice/PracticeLedger.h"
-#include "practice/PracticeManifests.h"
-#include "practice/PracticeShipments.h"
-#include "practice/PracticeTracking.h"
-#include "practice/PracticeTransactions.h"
+#include "practice/carrier/CarrierScenario.h"
+#include "practice/carrier/PracticeAccounts.h"
+#include "practice/carrier/PracticeAddresses.h"
+#include "practice/carrier/PracticeLedger.h"
+#include "practice/carrier/PracticeManifests.h"
+#include "practice/carrier/PracticeShipments.h"
+#include "practice/carrier/PracticeTracking.h"
+#include "practice/carrier/PracticeTransactions.h"
 
 #include <QUrlQuery>
 

@@ -1,8 +1,8 @@
-#include "practice/PracticeCarrier.h"
+#include "practice/carrier/PracticeCarrier.h"
 
-#include "practice/PracticeHistory.h"
-#include "practice/PracticeLedger.h"
-#include "practice/PracticeRoutes.h"
+#include "practice/carrier/PracticeHistory.h"
+#include "practice/carrier/PracticeLedger.h"
+#include "practice/carrier/PracticeRoutes.h"
 
 #include <httplib.h>
 

@@ -1,4 +1,4 @@
-#include "practice/PracticePdf.h"
+#include "practice/carrier/PracticePdf.h"
 
 namespace parcelory {
 

@@ -3,7 +3,7 @@
 // Holds JSON by value; included by the .cpp files of the practice carrier only.
 
 #include "core/Json.h"
-#include "practice/PracticeAnswers.h"
+#include "practice/carrier/PracticeAnswers.h"
 
 #include <map>
 #include <set>

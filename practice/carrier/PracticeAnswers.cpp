@@ -1,4 +1,4 @@
-#include "practice/PracticeAnswers.h"
+#include "practice/carrier/PracticeAnswers.h"
 
 #include "core/IsoDate.h"
 #include "core/Json.h"

@@ -1,6 +1,6 @@
-#include "practice/PracticeTracking.h"
+#include "practice/carrier/PracticeTracking.h"
 
-#include "practice/PracticeLedger.h"
+#include "practice/carrier/PracticeLedger.h"
 
 #include <algorithm>
 

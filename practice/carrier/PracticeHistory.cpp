@@ -1,9 +1,9 @@
-#include "practice/PracticeHistory.h"
+#include "practice/carrier/PracticeHistory.h"
 
-#include "practice/CarrierScenario.h"
-#include "practice/PracticeLedger.h"
-#include "practice/PracticeShipments.h"
-#include "practice/PracticeTransactions.h"
+#include "practice/carrier/CarrierScenario.h"
+#include "practice/carrier/PracticeLedger.h"
+#include "practice/carrier/PracticeShipments.h"
+#include "practice/carrier/PracticeTransactions.h"
 
 namespace parcelory {
 

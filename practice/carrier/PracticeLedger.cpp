@@ -1,4 +1,4 @@
-#include "practice/PracticeLedger.h"
+#include "practice/carrier/PracticeLedger.h"
 
 #include <algorithm>
 #include <map>

@@ -1,7 +1,7 @@
-#include "practice/PracticeAccounts.h"
+#include "practice/carrier/PracticeAccounts.h"
 
-#include "practice/CarrierScenario.h"
-#include "practice/PracticeLedger.h"
+#include "practice/carrier/CarrierScenario.h"
+#include "practice/carrier/PracticeLedger.h"
 
 #include <algorithm>
 

@@ -1,6 +1,6 @@
-#include "practice/PracticeLabel.h"
+#include "practice/carrier/PracticeLabel.h"
 
-#include "practice/PracticePdf.h"
+#include "practice/carrier/PracticePdf.h"
 
 #include <QtEndian>
 
