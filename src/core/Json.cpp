@@ -1,6 +1,8 @@
 #include "core/Json.h"
 
 #include <cctype>
+#include <cstdint>
+#include <limits>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;
@@ -63,9 +65,11 @@ void decodeValue(const Json &json, bool &value, const std::string &path, Keys)
 
 void decodeValue(const Json &json, int &value, const std::string &path, Keys)
 {
-    if (!json.is_number_integer())
+    const bool isWhole = json.is_number_integer();
+    const auto number = isWhole ? json.get<std::int64_t>() : 0;
+    if (!isWhole || number < std::numeric_limits<int>::min() || number > std::numeric_limits<int>::max())
         mismatch(path, "whole number", json);
-    value = json.get<int>();
+    value = int(number);
 }
 
 void decodeValue(const Json &json, QUuid &value, const std::string &path, Keys keys)

@@ -3,6 +3,8 @@
 #include <QRegularExpression>
 #include <QTextBoundaryFinder>
 
+#include <charconv>
+
 namespace parcelory {
 using namespace Qt::StringLiterals;
 
@@ -60,9 +62,26 @@ double decimalOrZero(const QString &text)
     return decimal(text).value_or(0);
 }
 
+namespace {
+
+/// As C's printf writes numbers, but in no locale; QString::number rounds halves otherwise.
+QString written(double value, std::chars_format format, int precision)
+{
+    char text[512]; // the longest double has 309 digits before the point
+    const auto end = std::to_chars(std::begin(text), std::end(text), value, format, precision).ptr;
+    return QString::fromLatin1(text, end - text);
+}
+
+} // namespace
+
 QString fixed(double value, int places)
 {
-    return QString::number(value, 'f', places);
+    return written(value, std::chars_format::fixed, places);
+}
+
+QString general(double value)
+{
+    return written(value, std::chars_format::general, 6);
 }
 
 QString shortest(double value, int places)

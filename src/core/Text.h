@@ -22,8 +22,11 @@ std::optional<double> decimal(const QString &text);
 /// The number that a typed text stands for; a text that is no number counts as 0.
 double decimalOrZero(const QString &text);
 
-/// A decimal text with exactly `places` digits after the point, whatever the locale.
+/// A decimal text with exactly `places` digits after the point, as "%.2f" gives it, whatever the locale.
 QString fixed(double value, int places);
+
+/// At most six significant digits, as "%g" gives them: 8.5, 24, 1.23457e+06.
+QString general(double value);
 
 /// The shortest decimal text of at most `places` digits after the point: 24.5, 8, 0.0625.
 QString shortest(double value, int places);

@@ -13,11 +13,8 @@ namespace {
 
 constexpr qsizetype requiredFields = 12;
 
-/// At most six significant digits: 8.5, 24, 1.23457e+06.
-QString general(double value)
-{
-    return QString::number(value, 'g', 6);
-}
+/// Everything that ends a line somewhere.
+constexpr QStringView newlines = u"\n\r\v\f\u0085\u2028\u2029";
 
 QString weightText(double ounces)
 {
@@ -30,7 +27,7 @@ QString weightText(double ounces)
 QString oneField(QString field)
 {
     for (QChar &c : field) {
-        if (c == u'\t' || c == u'\n' || c == u'\r')
+        if (c == u'\t' || newlines.contains(c))
             c = u' ';
     }
     return field;
@@ -110,8 +107,16 @@ std::optional<ShipmentRecord> parse(const QString &line)
 
 QStringList lines(const QString &text)
 {
-    static const QRegularExpression newline(u"[\\n\\r\\x{0B}\\x{0C}\\x{85}\\x{2028}\\x{2029}]"_s);
-    return text.split(newline, Qt::SkipEmptyParts);
+    QStringList found;
+    qsizetype start = 0;
+    for (qsizetype at = 0; at <= text.size(); ++at) {
+        if (at < text.size() && !newlines.contains(text[at]))
+            continue;
+        if (at > start)
+            found += text.mid(start, at - start);
+        start = at + 1;
+    }
+    return found;
 }
 
 QString dateText(const QDateTime &time)
@@ -134,8 +139,8 @@ std::optional<QDateTime> parseDate(const QString &text)
     if (!date.isValid() || !time.isValid() || hour < 1 || hour > 12)
         return std::nullopt;
     const QDateTime result(date, time);
-    // An hour skipped in spring: the clock shows the hour after it.
-    return result.isValid() ? result : QDateTime(date, time.addSecs(-3600)).addSecs(3600);
+    // An hour skipped in spring: a day after that time of the day before, the clock shows the hour after it.
+    return result.isValid() ? result : QDateTime(date.addDays(-1), time).addSecs(24 * 60 * 60);
 }
 
 } // namespace parcelory::EndiciaFormat

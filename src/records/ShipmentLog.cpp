@@ -5,7 +5,7 @@
 
 #include <QFile>
 #include <QSet>
-#include <QStringDecoder>
+#include <QUtf8StringView>
 
 #include <algorithm>
 #include <ranges>
@@ -119,13 +119,19 @@ QString readUtf8(const QString &path)
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         throw AppError(u"The file could not be opened — "_s + file.errorString() + u'.');
-    QStringDecoder decoder(QStringDecoder::Utf8);
-    const QString text = decoder(file.readAll());
+    QByteArray bytes = file.readAll();
     if (file.error() != QFile::NoError)
         throw AppError(u"The file could not be read — "_s + file.errorString() + u'.');
-    if (decoder.hasError())
+    if (!QUtf8StringView(bytes).isValidUtf8())
         throw AppError(u"The file is not UTF-8 text — export it again as a tab-separated mail log."_s);
-    return text;
+    if (bytes.startsWith("\xEF\xBB\xBF"))
+        bytes.remove(0, 3); // a mark that some editors set; it would hide the header's first name
+    return QString::fromUtf8(bytes);
+}
+
+AppError notImported(const QString &reason)
+{
+    return AppError(u"The mailing log could not be written, so nothing was imported — "_s + reason + u'.');
 }
 
 QString pathIn(const QDir &folder)
@@ -261,25 +267,34 @@ int ShipmentLog::importEndiciaCSV(const QString &path)
     int count = 0;
     {
         const std::lock_guard writing(m_writing);
-        bool stored = m_db.exec("BEGIN IMMEDIATE");
-        Statement statement(m_db, insertRow);
-        for (const QString &line : lines) {
-            if (!stored)
-                break;
-            const auto record = EndiciaFormat::parse(line);
-            if (!record)
-                continue;
-            bindRecord(statement, *record);
-            stored = statement.execute();
-            ++count;
-        }
-        if (!stored || !m_db.exec("COMMIT")) {
+        if (!m_db.exec("BEGIN IMMEDIATE"))
+            throw notImported(lastError());
+        const std::optional<int> appended = appendLines(lines);
+        if (!appended || !m_db.exec("COMMIT")) {
             const QString reason = lastError();
             m_db.exec("ROLLBACK");
-            throw AppError(u"The mailing log could not be written, so nothing was imported — "_s + reason + u'.');
+            throw notImported(reason);
         }
+        count = *appended;
     }
     reload();
+    return count;
+}
+
+/// The number of rows appended; nothing as soon as one cannot be stored.
+std::optional<int> ShipmentLog::appendLines(const QStringList &lines)
+{
+    int count = 0;
+    Statement statement(m_db, insertRow);
+    for (const QString &line : lines) {
+        const std::optional<ShipmentRecord> record = EndiciaFormat::parse(line);
+        if (!record)
+            continue;
+        bindRecord(statement, *record);
+        if (!statement.execute())
+            return std::nullopt;
+        ++count;
+    }
     return count;
 }
 

@@ -51,6 +51,7 @@ signals:
 private:
     void migrate();
     QList<ShipmentRecord> rows(const QString &search, int limit) const;
+    std::optional<int> appendLines(const QStringList &lines);
     std::optional<QByteArray> blob(const QByteArray &sql, qint64 id) const;
 
     Database m_db;

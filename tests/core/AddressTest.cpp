@@ -1,0 +1,120 @@
+#include "core/Json.h"
+#include "core/PostalContact.h"
+#include "support/Printing.h"
+
+#include <gmock/gmock.h>
+
+namespace parcelory::test {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+PostalContact contact()
+{
+    return {QUuid(u"{0e1f2a3b-4c5d-6e7f-8091-a2b3c4d5e6f7}"_s),
+            u"Ana \"Nita\" Ruiz"_s,
+            u"Münzhaus"_s,
+            u"1 Main St"_s,
+            {},
+            u"Reno"_s,
+            u"NV"_s,
+            u"89501"_s,
+            u"u.s.a."_s,
+            u"home"_s,
+            u"775-555-0100"_s,
+            u"ana@example.com"_s};
+}
+
+QString word(qsizetype length, char16_t letter = u'x')
+{
+    return QString(length, letter);
+}
+
+} // namespace
+
+TEST(Address, FitsOneLine)
+{
+    const std::pair<ShippoAddress, QString> rows[] = {
+        {{.street1 = u"1 Main St"_s, .city = u"Reno"_s, .state = u"NV"_s, .zip = u"89501"_s},
+         u"1 Main St, Reno NV 89501"_s},
+        {{.name = u"Al"_s, .city = u"Reno"_s, .country = u"US"_s, .phone = u"1"_s}, u"Reno"_s},
+        {{.street1 = u"1 Main St"_s, .street2 = u"Apt 2"_s, .city = u"Reno"_s, .zip = u"89501"_s},
+         u"1 Main St, Apt 2, Reno  89501"_s}, // a missing state leaves its blanks
+        {{.street2 = u"Apt 2"_s, .zip = u"89501"_s}, u"Apt 2, 89501"_s},
+        {{.name = u"Al"_s}, {}},
+    };
+    for (const auto &[address, line] : rows)
+        EXPECT_EQ(address.oneLine(), line);
+
+    PostalContact person = contact();
+    person.street2 = u"Apt 2"_s;
+    EXPECT_EQ(person.addressSummary(), u"1 Main St, Reno NV 89501"_s);
+    EXPECT_EQ(PostalContact().addressSummary(), QString());
+}
+
+TEST(Address, IsEmptyWithACountryButWithNothingElse)
+{
+    EXPECT_TRUE(ShippoAddress().isEmpty());
+    EXPECT_TRUE(ShippoAddress{.country = u"US"_s}.isEmpty());
+    for (QString ShippoAddress::*field : {&ShippoAddress::name, &ShippoAddress::company, &ShippoAddress::street1,
+                                          &ShippoAddress::street2, &ShippoAddress::city, &ShippoAddress::state,
+                                          &ShippoAddress::zip, &ShippoAddress::phone, &ShippoAddress::email}) {
+        ShippoAddress address{.country = u"US"_s};
+        address.*field = u" "_s;
+        EXPECT_FALSE(address.isEmpty());
+    }
+}
+
+TEST(Address, PartsALongStreetAtAWordWithinFiftyCharacters)
+{
+    const QString x50 = word(50), a48 = word(48, u'a'), coins = QString(u"\U0001FA99"_s).repeated(50);
+    const struct {
+        QString street1, street2, first, second;
+    } rows[] = {
+        {x50, word(51, u'y'), x50, word(50, u'y')},
+        {x50 + u'x', {}, x50, u"x"_s},                             // no blank: cut hard
+        {a48 + u" bc"_s, {}, a48, u"bc"_s},                        // the blank is the 49th
+        {a48 + u"a bc"_s, u"Apt 2"_s, a48 + u'a', u"bc, Apt 2"_s}, // the 50th
+        {a48 + u"aa bc"_s, {}, a48 + u"aa"_s, u"bc"_s},            // the 51st: the hard cut takes it off the rest
+        {u"1 "_s + x50, {}, u"1"_s, x50},
+        {u"1,"_s + x50 + u'z', u"Apt"_s, u"1"_s, x50}, // what passes the second line's end is lost
+        {u" "_s + x50, {}, word(49), u"x"_s},          // a blank at the very start parts nothing
+        {u"12 Long Street, , "_s + x50, {}, u"12 Long Street"_s, x50},
+        {coins, {}, coins, {}}, // characters, not code units
+        {coins + u" b"_s, {}, coins, u"b"_s},
+    };
+    for (const auto &row : rows)
+        EXPECT_EQ(ShippoAddress::splitStreet(row.street1, row.street2), std::pair(row.first, row.second));
+}
+
+TEST(Address, GoesToTheCarrierAsItIsWithoutIdAndTag)
+{
+    const ShippoAddress address = contact().asShippoAddress();
+    EXPECT_EQ(encodeJson(address, Keys::snake),
+              R"({"name":"Ana \"Nita\" Ruiz","company":"Münzhaus","street1":"1 Main St","street2":"","city":"Reno",)"
+              R"("state":"NV","zip":"89501","country":"u.s.a.","phone":"775-555-0100","email":"ana@example.com"})");
+}
+
+TEST(Address, SurvivesAFileAndIsRefusedWithoutAnyOfItsKeys)
+{
+    const PostalContact person = contact();
+    const QByteArray text = encodeJson(person, Keys::asIs);
+    EXPECT_TRUE(
+        text.startsWith(R"({"id":"0E1F2A3B-4C5D-6E7F-8091-A2B3C4D5E6F7","name":"Ana \"Nita\" Ruiz","company":)"));
+    EXPECT_EQ(decodeJson<PostalContact>(text, Keys::asIs), person);
+
+    const Json whole = parseJson(text);
+    ASSERT_EQ(whole.size(), 12u);
+    for (const auto &[key, value] : whole.items()) {
+        Json part = whole;
+        part.erase(key);
+        try {
+            decodeJson<PostalContact>(dumpJson(part), Keys::asIs);
+            ADD_FAILURE() << "decoded without " << key;
+        } catch (const DecodeError &error) {
+            EXPECT_EQ(error.description(), u"missing key \"%1\""_s.arg(QString::fromStdString(key)));
+        }
+    }
+}
+
+} // namespace parcelory::test

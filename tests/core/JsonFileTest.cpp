@@ -1,0 +1,88 @@
+#include "core/JsonFile.h"
+
+#include "support/Printing.h"
+
+#include <gmock/gmock.h>
+
+#include <QDir>
+#include <QTemporaryDir>
+
+namespace parcelory::test {
+using namespace Qt::StringLiterals;
+using testing::StartsWith;
+
+namespace {
+
+QByteArray contents(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : "(none)";
+}
+
+void put(const QString &path, const QByteArray &bytes)
+{
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
+}
+
+} // namespace
+
+TEST(JsonFile, WritesInOrderIntoAFolderThatItMakes)
+{
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(u"new/deep/list.json"_s);
+    {
+        JsonFile file(path);
+        EXPECT_EQ(file.read(), std::nullopt);
+        for (int change = 0; change <= 200; ++change)
+            file.write(QByteArray::number(change));
+        file.flush();
+        EXPECT_EQ(contents(path), "200");
+        file.write("last");
+    }
+    EXPECT_EQ(contents(path), "last"); // a file that goes away waits for its writes
+    EXPECT_EQ(QDir(folder.filePath(u"new/deep"_s)).entryList(QDir::Files), QStringList{u"list.json"_s});
+}
+
+TEST(JsonFile, KeepsWhatCouldNotBeReadUnderAnotherName)
+{
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(u"list.json"_s);
+    put(path, "{broken");
+    JsonFile file(path);
+    EXPECT_EQ(file.read(), "{broken");
+    file.setAsideBeforeWrite();
+    file.flush();
+    EXPECT_EQ(contents(path), "{broken"); // nothing happens before the first write
+    file.write("[]");
+    file.write("[1]"); // only once
+    file.flush();
+    EXPECT_EQ(contents(path), "[1]");
+    const QStringList kept = QDir(folder.path()).entryList({u"list.json.unreadable-*"_s}, QDir::Files);
+    ASSERT_EQ(kept.size(), 1);
+    EXPECT_EQ(contents(folder.filePath(kept.first())), "{broken");
+}
+
+TEST(JsonFile, MovesAwayWhatIsNoFileAtAll)
+{
+    const QTemporaryDir folder;
+    ASSERT_TRUE(QDir(folder.path()).mkdir(u"list.json"_s));
+    JsonFile file(folder.filePath(u"list.json"_s));
+    EXPECT_EQ(file.read(), std::nullopt);
+    file.write("[]");
+    file.flush();
+    EXPECT_EQ(contents(folder.filePath(u"list.json"_s)), "[]");
+}
+
+TEST(JsonFile, OnlyLogsAWriteThatFails)
+{
+    const QTemporaryDir folder;
+    put(folder.filePath(u"plain"_s), "a file where the folder should be");
+    JsonFile file(folder.filePath(u"plain/list.json"_s));
+    testing::internal::CaptureStderr();
+    file.write("[]");
+    file.flush();
+    EXPECT_THAT(testing::internal::GetCapturedStderr(), StartsWith("Parcelory: cannot write "));
+}
+
+} // namespace parcelory::test

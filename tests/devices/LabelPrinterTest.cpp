@@ -1,0 +1,229 @@
+#include "devices/LabelPrinter.h"
+
+#include "support/FakePlatform.h"
+#include "support/Printing.h"
+
+#include <gmock/gmock.h>
+
+#include <QFileInfo>
+#include <QRegularExpression>
+
+namespace parcelory::test {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr auto filePrivacy = QFile::ReadOwner | QFile::WriteOwner | QFile::ReadUser | QFile::WriteUser;
+
+/// A failure as code and text; code 0 where the exception has none, -1 when nothing was thrown.
+using Failure = std::pair<int, QString>;
+
+Failure failureOf(const std::function<void()> &operation)
+{
+    try {
+        operation();
+    } catch (const SystemError &error) {
+        return {error.code(), error.description()};
+    } catch (const AppError &error) {
+        return {0, error.description()};
+    }
+    return {-1, {}};
+}
+
+/// A printer whose tools answer what the test says, and whose temporary files land in a folder of its own.
+class LabelPrinterTest : public testing::Test {
+protected:
+    LabelPrinterTest()
+    {
+        qputenv("TMPDIR", temporary.path().toUtf8());
+        world.processes.behave = [this](const QString &program, const QStringList &arguments) {
+            const QString tool = QFileInfo(program).fileName();
+            if (unstartable.contains(tool))
+                throw AppError(tool + u" could not be started"_s);
+            if (tool == u"lpr")
+                handedOver = QFileInfo(arguments.last()).permissions();
+            return tool == u"lpr"                           ? lpr
+                   : tool == u"lpstat" && !lpstat.isEmpty() ? lpstat.takeFirst()
+                                                            : ProcessOutcome{};
+        };
+    }
+    ~LabelPrinterTest() override { qunsetenv("TMPDIR"); }
+
+    /// The calls so far, one a line, with the temporary file's random name and folder taken out.
+    QStringList calls() const
+    {
+        static const QRegularExpression name(u"[0-9a-f]{8}(-[0-9a-f]{4}){3}-[0-9a-f]{12}"_s);
+        QStringList lines;
+        for (const auto &call : world.processes.calls())
+            lines +=
+                (QStringList{call.program} + call.arguments).join(u' ').remove(temporary.path()).replace(name, u"*"_s);
+        return lines;
+    }
+    QStringList leftovers() const { return QDir(temporary.path()).entryList(QDir::Files); }
+
+    QTemporaryDir temporary;
+    FakePlatform world;
+    LabelPrinter printer{world.platform};
+    ProcessOutcome lpr;
+    QList<ProcessOutcome> lpstat; ///< its answers in order; nothing more afterwards
+    QStringList unstartable;
+    QFile::Permissions handedOver;
+};
+
+const ProcessOutcome paused{0, "printer Zebra DISABLED since Sat Nov 21 05:26:14 2026 -\n\tPaused\n", {}};
+const ProcessOutcome enabled{0, "printer Zebra is idle.  enabled since Sat Nov 21 05:24:59 2026\n", {}};
+
+} // namespace
+
+TEST_F(LabelPrinterTest, SendsZplRawThroughAPrivateFileThatIsGoneAfterwards)
+{
+    EXPECT_EQ(printer.print("^XA^LL1400^XZ", u"Zebra"_s, u"Laser"_s), u"Label sent to Zebra."_s);
+
+    EXPECT_EQ(calls(),
+              (QStringList{u"/usr/bin/lpstat -p Zebra"_s, u"/usr/bin/lpr -P Zebra -o raw /parcelory-*.zpl"_s}));
+    EXPECT_EQ(world.processes.lastPrinted(), "^XA^POI^LL1218^XZ");
+    EXPECT_EQ(handedOver, filePrivacy);
+    EXPECT_TRUE(leftovers().isEmpty());
+    EXPECT_TRUE(world.desktop.opened.isEmpty());
+}
+
+TEST_F(LabelPrinterTest, TurnsLabelsUnlessTheClerkSaidNo)
+{
+    const std::pair<QVariant, bool> rows[] = {{{}, true},      {true, true},   {u"true"_s, true},  {0, true},
+                                              {u"no"_s, true}, {false, false}, {u"false"_s, false}};
+    for (const auto &[stored, turned] : rows) {
+        world.preferences.values[u"printer.rotate180"_s] = stored;
+        printer.printZPL("^XA^XZ", u"Zebra"_s);
+        EXPECT_EQ(world.processes.lastPrinted(), turned ? "^XA^POI^XZ" : "^XA^XZ") << stored.toString().toStdString();
+    }
+}
+
+TEST_F(LabelPrinterTest, BringsPdfsToTheDocumentPrinterOrTheViewerAndPicturesToTheViewer)
+{
+    const QByteArray pdf = "%PDF-1.4 label", png = "\x89PNG label";
+
+    EXPECT_EQ(printer.print(pdf, u"Zebra"_s, u"Laser"_s), u"Shippo returned a PDF label (not ZPL) — sent to Laser."_s);
+    EXPECT_EQ(calls(), QStringList{u"/usr/bin/lpr -P Laser /parcelory-*.pdf"_s});
+    EXPECT_EQ(world.processes.lastPrinted(), pdf);
+    EXPECT_EQ(handedOver, filePrivacy);
+    EXPECT_TRUE(leftovers().isEmpty());
+
+    EXPECT_EQ(printer.print(pdf, u"Zebra"_s, {}), u"Shippo returned a PDF label (not ZPL) — opened in Preview."_s);
+    EXPECT_EQ(printer.print(png, u"Zebra"_s, u"Laser"_s),
+              u"Shippo returned a PNG label (not ZPL) — opened in Preview."_s);
+    EXPECT_EQ(calls().size(), 1);
+    const QStringList names = {u"/parcelory-[^/]{36}\\.pdf"_s, u"/parcelory-label-[^/]{36}\\.png"_s};
+    for (int i = 0; i < 2; ++i) {
+        QFile file(world.desktop.opened.value(i));
+        EXPECT_TRUE(file.fileName().contains(QRegularExpression(temporary.path() + names[i] + u'$'))) << i;
+        ASSERT_TRUE(file.open(QIODevice::ReadOnly)) << "the viewer needs the file";
+        EXPECT_EQ(file.readAll(), i == 0 ? pdf : png);
+        EXPECT_EQ(file.permissions(), filePrivacy);
+    }
+}
+
+TEST_F(LabelPrinterTest, ResumesAPausedQueueOnceBeforeItPrints)
+{
+    lpstat = {paused, enabled};
+    printer.printZPL("^XA^XZ", u"Zebra"_s);
+    EXPECT_EQ(calls(),
+              (QStringList{u"/usr/bin/lpstat -p Zebra"_s, u"/usr/sbin/cupsenable Zebra"_s,
+                           u"/usr/bin/lpstat -p Zebra"_s, u"/usr/bin/lpr -P Zebra -o raw /parcelory-*.zpl"_s}));
+}
+
+TEST_F(LabelPrinterTest, HandsNothingToAQueueThatStaysPaused)
+{
+    const Failure expected{LabelPrinter::pausedQueue,
+                           u"The Zebra queue “Zebra” is PAUSED in macOS and is holding jobs. Open System Settings → "
+                           "Printers & Scanners → Zebra and press Resume."_s};
+    for (const QStringList &broken : {QStringList{}, QStringList{u"cupsenable"_s}}) {
+        unstartable = broken;
+        // CUPS says on either channel what a queue's state is.
+        lpstat = {paused, {1, {}, "printer Zebra disabled\n"}, enabled};
+        EXPECT_EQ(failureOf([this] { printer.printZPL("^XA^XZ", u"Zebra"_s); }), expected);
+    }
+    EXPECT_EQ(calls().filter(u"lpr"_s), QStringList());
+    EXPECT_EQ(calls().filter(u"cupsenable"_s).size(), 2);
+}
+
+TEST_F(LabelPrinterTest, RefusesWhatItCannotPrintBeforeAnythingIsStarted)
+{
+    EXPECT_EQ(failureOf([this] { printer.print("^XA^XZ", {}, u"Laser"_s); }),
+              Failure(LabelPrinter::noQueue, u"No Zebra printer queue selected in Settings."_s));
+    for (const QByteArray &bytes : {QByteArray(), QByteArray("<?xml version=\"1.0\"?><Error/>")})
+        EXPECT_EQ(failureOf([&] { printer.print(bytes, u"Zebra"_s, u"Laser"_s); }).first, LabelPrinter::notALabel);
+    EXPECT_TRUE(calls().isEmpty());
+
+    qputenv("TMPDIR", "/proc"); // where nobody, root included, can make a file
+    for (const QByteArray &bytes : {QByteArray("^XA^XZ"), QByteArray("%PDF"), QByteArray("\x89PNG")})
+        EXPECT_EQ(failureOf([&] { printer.print(bytes, u"Zebra"_s, {}); }).first, 0);
+    EXPECT_TRUE(calls().filter(u"lpr"_s).isEmpty());
+    EXPECT_TRUE(world.desktop.opened.isEmpty());
+}
+
+TEST_F(LabelPrinterTest, TellsWhyAJobWasNotTakenAndStillRemovesTheFile)
+{
+    const std::pair<ProcessOutcome, QString> rows[] = {
+        {{1, "out", "lpr: Error – no such printer.\n"}, u"lpr failed: lpr: Error – no such printer.\n"_s},
+        {{137, {}, {}}, u"lpr failed: "_s},
+    };
+    for (const auto &[outcome, text] : rows) {
+        lpr = outcome;
+        EXPECT_EQ(failureOf([this] { printer.printZPL("^XA^XZ", u"Zebra"_s); }), Failure(outcome.status, text));
+        EXPECT_EQ(failureOf([this] { printer.printPDF("%PDF", u"Laser"_s); }), Failure(outcome.status, text));
+    }
+    unstartable = {u"lpr"_s};
+    EXPECT_EQ(failureOf([this] { printer.printZPL("^XA^XZ", u"Zebra"_s); }), Failure(0, u"lpr could not be started"_s));
+    EXPECT_TRUE(leftovers().isEmpty());
+}
+
+TEST_F(LabelPrinterTest, GoesOnWithoutTheToolThatDescribesQueues)
+{
+    unstartable = {u"lpstat"_s};
+    EXPECT_TRUE(printer.queues().isEmpty());
+    EXPECT_TRUE(printer.zebraQueues().isEmpty());
+    EXPECT_FALSE(printer.queueIsPaused(u"Zebra"_s));
+    printer.printZPL("^XA^XZ", u"Zebra"_s);
+    EXPECT_EQ(world.processes.lastPrinted(), "^XA^POI^XZ");
+}
+
+TEST_F(LabelPrinterTest, ListsQueuesInTheOrderOfCups)
+{
+    lpstat = {{0, "Zebra\nLaser\n\nBüro\n", {}}};
+    EXPECT_EQ(printer.queues(), (QStringList{u"Zebra"_s, u"Laser"_s, u"Büro"_s}));
+    EXPECT_EQ(calls(), QStringList{u"/usr/bin/lpstat -e"_s});
+}
+
+TEST_F(LabelPrinterTest, TakesAQueueForAZebraByItsNameOrItsDevice)
+{
+    const std::pair<QByteArray, QString> rows[] = {
+        {"device for ZD421: usb://Zebra%20Technologies/ZTC%20ZD421-203dpi%20ZPL", u"ZD421"_s},
+        {"device for Q1: socket://zebra.example", u"Q1"_s},
+        {"device for Q2: usb://ZTC/1", u"Q2"_s},
+        {"device for My_ZPL:socket://10.0.0.7", {}}, // CUPS writes a blank after the colon
+        {"device for My_ZPL: socket://10.0.0.7:9100", u"My_ZPL"_s},
+        {"device for GK420d: lpd://10.0.0.7", u"GK420d"_s},
+        {"device for  gx420 :  lpd://10.0.0.7", u"gx420"_s},
+        {"device for Q3: usb://x/zd410", u"Q3"_s},
+        {"device for Q4: usb://x/ZD620", u"Q4"_s},
+        {"device for Q5: usb://x/ZP450", u"Q5"_s},
+        {"device for Q6: usb://x/ZT230", u"Q6"_s},
+        {"device for Q7: usb://x/ZT411", u"Q7"_s},
+        {"device for Laser: ipp://brother.local/ipp/print", {}},
+        {"device for ZQ520: bluetooth://1", {}},
+        {"lpstat: Zebra is not running.", {}},
+        {"a device for Zebra: usb://x", {}},
+    };
+    QByteArray listing;
+    QStringList expected;
+    for (const auto &[line, queue] : rows) {
+        listing += line + '\n';
+        if (!queue.isEmpty())
+            expected += queue;
+    }
+    lpstat = {{0, listing, {}}};
+    EXPECT_EQ(printer.zebraQueues(), expected);
+    EXPECT_EQ(calls(), QStringList{u"/usr/bin/lpstat -v"_s});
+}
+
+} // namespace parcelory::test

@@ -1,0 +1,174 @@
+// Labels through a real print server. Everything here runs as on a desk whose language is German.
+
+#include "devices/LabelPrinter.h"
+#include "shell/platform/SystemProcesses.h"
+#include "support/FakePlatform.h"
+#include "support/Printing.h"
+
+#include <gmock/gmock.h>
+
+#include <QDeadlineTimer>
+#include <QFileInfo>
+#include <QProcess>
+
+namespace parcelory::test {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+class PrivateCups : public testing::Test {
+protected:
+    static void SetUpTestSuite()
+    {
+        if (!QFile::exists(u"/usr/sbin/cupsd"_s))
+            return;
+        // The server's own user must be able to look into the folder.
+        folder = std::make_unique<QTemporaryDir>(u"/tmp/cups-XXXXXX"_s);
+        QFile::setPermissions(folder->path(), QFile::Permissions(0x7755));
+        qputenv("CUPS_SERVER", folder->filePath(u"run/cups.sock"_s).toUtf8());
+        qputenv("HOME", folder->filePath(u"home"_s).toUtf8());
+        for (const char *name : {"LC_ALL", "LANG", "LANGUAGE", "SOFTWARE"})
+            qputenv(name, "de_DE.UTF-8");
+        started = control(u"start"_s) == 0;
+    }
+    static void TearDownTestSuite()
+    {
+        if (folder)
+            control(u"stop"_s);
+        folder.reset();
+    }
+    void SetUp() override
+    {
+        if (!folder)
+            GTEST_SKIP() << "there is no print server (/usr/sbin/cupsd) on this machine";
+        ASSERT_TRUE(started) << "the private print server did not start";
+        for (const QString &queue : printer.queues())
+            QFile::remove(outputPath(queue));
+    }
+
+    static int control(const QString &what)
+    {
+        QProcess script;
+        script.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        // The server lives on with the script's channels.
+        script.setStandardOutputFile(QProcess::nullDevice());
+        script.start(u"" PARCELORY_SOURCE_DIR "/tests/support/private-cups.sh"_s, {what, folder->path()});
+        return script.waitForFinished(-1) && script.exitStatus() == QProcess::NormalExit ? script.exitCode() : -1;
+    }
+    static QString outputPath(const QString &queue) { return folder->filePath(u"out/"_s + queue); }
+
+    /// True once the queue holds no job.
+    bool isIdle(const QString &queue) { return processes.run(u"/usr/bin/lpstat"_s, {u"-o"_s, queue}).out.isEmpty(); }
+    /// What came out of the printer, once the queue holds no job any more.
+    QByteArray printed(const QString &queue)
+    {
+        const QDeadlineTimer deadline(std::chrono::seconds(20));
+        while (!isIdle(queue) && !deadline.hasExpired()) {
+        }
+        QFile output(outputPath(queue));
+        return output.open(QIODevice::ReadOnly) ? output.readAll() : QByteArray("nothing");
+    }
+    void pause(const QString &queue) { ASSERT_EQ(processes.run(u"/usr/sbin/cupsdisable"_s, {queue}).status, 0); }
+
+    SystemProcesses processes;
+    FakePlatform world;
+    Platform real{world.http,
+                  world.clock,
+                  world.secrets,
+                  world.preferences,
+                  world.prompts,
+                  world.desktop,
+                  processes,
+                  QDir(world.folder.path()),
+                  world.platform.deployment};
+    LabelPrinter printer{real};
+
+    static std::unique_ptr<QTemporaryDir> folder;
+    static bool started;
+};
+
+std::unique_ptr<QTemporaryDir> PrivateCups::folder;
+bool PrivateCups::started = false;
+
+QByteArray onePagePdf()
+{
+    return "%PDF-1.4\n1 0 obj<</Type/Catalog/Pages 2 0 R>>endobj\n"
+           "2 0 obj<</Type/Pages/Kids[3 0 R]/Count 1>>endobj\n"
+           "3 0 obj<</Type/Page/Parent 2 0 R/MediaBox[0 0 288 432]/Contents 4 0 R"
+           "/Resources<</Font<</F<</Type/Font/Subtype/Type1/BaseFont/Courier>>>>>>>>endobj\n"
+           "4 0 obj<</Length 40>>stream\nBT /F 24 Tf 40 200 Td (Parcelory) Tj ET \nendstream endobj\n"
+           "trailer<</Root 1 0 R>>\n%%EOF\n";
+}
+
+} // namespace
+
+TEST_F(PrivateCups, ListsTheQueuesAndKnowsTheZebrasInAnyLanguage)
+{
+    EXPECT_EQ(printer.queues(), (QStringList{u"Frozen"_s, u"Laser"_s, u"ZD421"_s}));
+    EXPECT_THAT(printer.zebraQueues(), testing::UnorderedElementsAre(u"Frozen"_s, u"ZD421"_s));
+    EXPECT_TRUE(printer.queueIsPaused(u"Frozen"_s));
+    EXPECT_FALSE(printer.queueIsPaused(u"ZD421"_s));
+    EXPECT_FALSE(printer.queueIsPaused(u"Unknown"_s));
+}
+
+TEST_F(PrivateCups, BringsALabelToThePrinterByteForByte)
+{
+    QByteArray picture = "^XA^LL1400^GFA,";
+    for (int i = 0; i < 300'000; ++i)
+        picture += char(i * 7);
+    picture += "\r\n^XZ";
+    EXPECT_EQ(printer.print(picture, u"ZD421"_s, {}), u"Label sent to ZD421."_s);
+    EXPECT_TRUE(printed(u"ZD421"_s) == picture) << "bytes that are no text must arrive as they are";
+
+    printer.printZPL(QByteArray("^XA^LL1400^FDMünze\0^XZ\r\n", 25), u"ZD421"_s);
+    EXPECT_EQ(printed(u"ZD421"_s), QByteArray("^XA^POI^LL1218^FDMünze\0^XZ\r\n", 29));
+}
+
+TEST_F(PrivateCups, ResumesAPausedQueueAndPrints)
+{
+    pause(u"ZD421"_s);
+    printer.printZPL(Zpl::testLabel, u"ZD421"_s);
+    EXPECT_EQ(printed(u"ZD421"_s), Zpl::rotated(Zpl::testLabel));
+    EXPECT_FALSE(printer.queueIsPaused(u"ZD421"_s));
+}
+
+TEST_F(PrivateCups, LeavesNoJobInAQueueThatStaysPaused)
+{
+    try {
+        printer.printZPL(Zpl::testLabel, u"Frozen"_s);
+        ADD_FAILURE() << "a held job is not a printed one";
+    } catch (const SystemError &error) {
+        EXPECT_EQ(error.code(), LabelPrinter::pausedQueue);
+    }
+    EXPECT_TRUE(isIdle(u"Frozen"_s));
+    EXPECT_FALSE(QFile::exists(outputPath(u"Frozen"_s)));
+}
+
+TEST_F(PrivateCups, PrintsPdfsThroughTheDriverOfTheDocumentPrinter)
+{
+    EXPECT_TRUE(printer.printPDF(onePagePdf(), u"Laser"_s));
+    const QByteArray page = printed(u"Laser"_s);
+    EXPECT_TRUE(page.startsWith("%!PS")) << page.left(80).toStdString();
+    EXPECT_THAT(page.toStdString(), testing::HasSubstr("%%Pages: 1"));
+}
+
+TEST_F(PrivateCups, TellsWhatTheServerSaysOfAQueueThatDoesNotExistAndOfItsOwnAbsence)
+{
+    const QByteArray server = qgetenv("CUPS_SERVER");
+    for (const QByteArray &address : {server, server + "-gone"}) {
+        qputenv("CUPS_SERVER", address);
+        try {
+            printer.printZPL(Zpl::testLabel, address == server ? u"Unknown"_s : u"ZD421"_s);
+            ADD_FAILURE() << "nobody took the job";
+        } catch (const SystemError &error) {
+            EXPECT_EQ(error.code(), 1);
+            EXPECT_EQ(error.description(),
+                      u"lpr failed: /usr/bin/lpr: Error - The printer or class does not exist.\n"_s);
+        }
+    }
+    EXPECT_TRUE(printer.queues().isEmpty());
+    EXPECT_TRUE(printer.zebraQueues().isEmpty());
+    qputenv("CUPS_SERVER", server);
+}
+
+} // namespace parcelory::test

@@ -1,0 +1,170 @@
+#include "records/EndiciaFormat.h"
+
+#include "support/Printing.h"
+
+#include <gmock/gmock.h>
+
+#include <QLocale>
+
+#include <ctime>
+
+namespace parcelory::test {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// This process in another time zone, for as long as it lives.
+class InZone {
+public:
+    explicit InZone(const char *zone) : m_before(qgetenv("TZ")), m_wasSet(qEnvironmentVariableIsSet("TZ"))
+    {
+        qputenv("TZ", zone);
+        tzset();
+    }
+    ~InZone()
+    {
+        m_wasSet ? qputenv("TZ", m_before) : qunsetenv("TZ");
+        tzset();
+    }
+
+private:
+    QByteArray m_before;
+    bool m_wasSet;
+};
+
+QString fieldsOf(int count)
+{
+    QStringList fields;
+    for (int field = 0; field < count; ++field)
+        fields += u" f%1 "_s.arg(field);
+    fields[2] = u"11/20/26 02:41 PM"_s;
+    return fields.join(u'\t');
+}
+
+} // namespace
+
+TEST(EndiciaFormat, FillsOnlyTheFieldsThatALineHas)
+{
+    EXPECT_FALSE(EndiciaFormat::parse(fieldsOf(11)));
+    EXPECT_FALSE(EndiciaFormat::parse(EndiciaFormat::header()));
+    const struct {
+        int fields;
+        QStringList last; // declared value, description, reference, group, e-mail
+    } rows[] = {
+        {12, {{}, {}, {}, {}, {}}},
+        {13, {u"f12"_s, {}, {}, {}, {}}},
+        {16, {u"f12"_s, u"f13"_s, u"f14"_s, u"f15"_s, {}}},
+        {17, {u"f12"_s, u"f13"_s, u"f14"_s, u"f15"_s, u"f16"_s}},
+        {18, {u"f12"_s, u"f13"_s, u"f14"_s, u"f15"_s, u"f16"_s}},
+    };
+    for (const auto &row : rows) {
+        const auto record = EndiciaFormat::parse(fieldsOf(row.fields));
+        ASSERT_TRUE(record) << row.fields;
+        EXPECT_EQ((QStringList{record->status, record->transactionID, record->recipient, record->zip11, record->balance,
+                               record->service, record->services, record->tracking}),
+                  (QStringList{u"f0"_s, u"f3"_s, u"f4"_s, u"f5"_s, u"f8"_s, u"f9"_s, u"f10"_s, u"f11"_s}));
+        EXPECT_EQ((QStringList{record->declaredValue, record->descriptionText, record->reference, record->groupCode,
+                               record->email}),
+                  row.last);
+        EXPECT_EQ(record->carrier, u"USPS"_s);
+    }
+}
+
+TEST(EndiciaFormat, ReadsPostageAndWeight)
+{
+    const struct {
+        QString postage, weight;
+        double dollars, ounces;
+        QString shown;
+    } rows[] = {
+        {u"1,234.50"_s, u"24.5"_s, 1234.5, 24.5, u"1 lb 8.5 oz"_s},
+        {u" 7.42 "_s, u"16"_s, 7.42, 16, u"1 lb 0 oz"_s},
+        {u".5"_s, u"15.99"_s, 0.5, 15.99, u"15.99 oz"_s},
+        {u"-1"_s, u"-3"_s, -1, -3, {}},
+        {u"$5"_s, u"0"_s, 0, 0, {}},
+        {u""_s, u"3 oz"_s, 0, 0, {}},
+        {u"1e2"_s, u"2000000"_s, 0, 2000000, u"125000 lb 0 oz"_s},
+    };
+    for (const auto &row : rows) {
+        const auto record = EndiciaFormat::parse(u"\t\t\t\t\t\t%1\t%2\t\t\t\t"_s.arg(row.postage, row.weight));
+        ASSERT_TRUE(record);
+        EXPECT_EQ(record->postage, row.dollars) << row.postage.toStdString();
+        EXPECT_EQ(record->weightOz, row.ounces);
+        EXPECT_EQ(record->weight, row.shown);
+    }
+}
+
+TEST(EndiciaFormat, WritesWholeOuncesAndOnlyStatesThatMatter)
+{
+    const struct {
+        QString status;
+        double ounces, postage;
+        QString statusField, postageField, ouncesField;
+    } rows[] = {
+        {u"PRINTED"_s, 7.5, 7.4, {}, u"7.40"_s, u"8"_s},
+        {u"DELIVERED"_s, 0, 0, {}, u"0.00"_s, {}},
+        {u"REFUNDED"_s, 0.4, 1234.567, u"REFUNDED"_s, u"1234.57"_s, u"0"_s},
+        {u"printed"_s, 1120, -2, u"printed"_s, u"-2.00"_s, u"1120"_s},
+    };
+    for (const auto &row : rows) {
+        const QStringList fields =
+            EndiciaFormat::line({.postage = row.postage, .weightOz = row.ounces, .status = row.status}).split(u'\t');
+        ASSERT_EQ(fields.size(), 17);
+        EXPECT_EQ((QStringList{fields[0], fields[6], fields[7]}),
+                  (QStringList{row.statusField, row.postageField, row.ouncesField}));
+    }
+}
+
+TEST(EndiciaFormat, KeepsARecordOnOneLineWhateverItsFieldsHold)
+{
+    const QString line = EndiciaFormat::line({.recipient = u"a\tb\nc\rd\ve\ff\u0085g\u2028h\u2029i"_s});
+    EXPECT_EQ(EndiciaFormat::lines(line), QStringList{line});
+    EXPECT_EQ(line.count(u'\t'), 16);
+    EXPECT_EQ(EndiciaFormat::lines(u"a\n\nb\r\nc\rd\u2028e\n"_s),
+              (QStringList{u"a"_s, u"b"_s, u"c"_s, u"d"_s, u"e"_s}));
+}
+
+TEST(EndiciaFormat, WritesAndReadsDatesOnATwelveHourClockInEveryLanguage)
+{
+    const QLocale before;
+    QLocale::setDefault(QLocale(QLocale::Arabic, QLocale::Egypt));
+    const std::pair<QDateTime, QString> both[] = {
+        {QDateTime(QDate(2026, 1, 2), QTime(0, 5)), u"01/02/26 12:05 AM"_s},
+        {QDateTime(QDate(2026, 12, 31), QTime(12, 0)), u"12/31/26 12:00 PM"_s},
+        {QDateTime(QDate(2069, 6, 7), QTime(23, 59)), u"06/07/69 11:59 PM"_s},
+        {QDateTime(QDate(2000, 2, 29), QTime(11, 59)), u"02/29/00 11:59 AM"_s},
+    };
+    for (const auto &[time, text] : both) {
+        EXPECT_EQ(EndiciaFormat::dateText(time), text);
+        EXPECT_EQ(EndiciaFormat::parseDate(text), time) << text.toStdString();
+    }
+    EXPECT_EQ(EndiciaFormat::parseDate(u" 1/2/26  9:05 pm "_s), QDateTime(QDate(2026, 1, 2), QTime(21, 5)));
+    for (const QString &text :
+         {u""_s, u"01/02/2026 12:05 AM"_s, u"13/02/26 12:05 AM"_s, u"02/29/26 01:00 PM"_s, u"01/02/26 00:05 AM"_s,
+          u"01/02/26 13:05 PM"_s, u"01/02/26 11:60 AM"_s, u"01/02/26 14:05"_s, u"2026-01-02 14:05"_s})
+        EXPECT_FALSE(EndiciaFormat::parseDate(text)) << text.toStdString();
+    QLocale::setDefault(before);
+}
+
+TEST(EndiciaFormat, ReadsAnHourThatSpringSkipsAsTheOneAfterIt)
+{
+    const struct {
+        const char *zone;
+        QString text;
+        QString utc;
+    } rows[] = {
+        {"America/Los_Angeles", u"03/08/26 02:30 AM"_s, u"2026-03-08T10:30:00Z"_s},
+        {"America/Los_Angeles", u"03/08/26 01:59 AM"_s, u"2026-03-08T09:59:00Z"_s},
+        {"America/Los_Angeles", u"03/08/26 03:30 AM"_s, u"2026-03-08T10:30:00Z"_s},
+        {"America/Phoenix", u"03/08/26 02:30 AM"_s, u"2026-03-08T09:30:00Z"_s},
+        {"America/Havana", u"03/08/26 12:30 AM"_s, u"2026-03-08T05:30:00Z"_s}, // skipped from midnight on
+    };
+    for (const auto &row : rows) {
+        const InZone zone(row.zone);
+        const auto time = EndiciaFormat::parseDate(row.text);
+        ASSERT_TRUE(time && time->isValid()) << row.zone;
+        EXPECT_EQ(time->toUTC().toString(Qt::ISODate), row.utc) << row.zone << ' ' << row.text.toStdString();
+    }
+}
+
+} // namespace parcelory::test

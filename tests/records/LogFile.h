@@ -1,0 +1,60 @@
+#pragma once
+
+#include "records/ShipmentLog.h"
+#include "support/Printing.h"
+#include "support/RunTask.h"
+
+#include <gmock/gmock.h>
+
+#include <QFile>
+#include <QTemporaryDir>
+
+namespace parcelory::test {
+
+/// A folder of its own with a mailing log in it, and a second way into the log's file.
+struct LogFile {
+    QTemporaryDir folder;
+
+    QString path(const QString &name = QStringLiteral("mailing_log.sqlite")) const { return folder.filePath(name); }
+    void put(const QString &name, const QByteArray &bytes) const
+    {
+        QFile file(path(name));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
+    }
+
+    /// Runs a script as another program would.
+    void run(const char *script) const { ASSERT_TRUE(Database(path()).exec(script)); }
+    /// The first column of a query's rows.
+    QStringList ask(const QByteArray &sql) const
+    {
+        const Database db(path());
+        QStringList answers;
+        for (Statement rows(db, sql); rows.step();)
+            answers += rows.text(0);
+        return answers;
+    }
+    QStringList recipients() const { return ask("SELECT recipient FROM shipments ORDER BY id"); }
+};
+
+inline ShipmentRecord shipmentTo(const QString &recipient, int minute = 0)
+{
+    return {.createdAt = QDateTime(QDate(2026, 11, 20), QTime(14, minute)), .recipient = recipient};
+}
+
+/// What the list shows once the main thread got to it.
+inline QStringList shown(const ShipmentLog &log)
+{
+    settle();
+    QStringList names;
+    for (const ShipmentRecord &record : log.records())
+        names += record.recipient;
+    return names;
+}
+
+/// A line of an exchange file with the fields that every line needs.
+inline QByteArray mailLine(const QByteArray &recipient)
+{
+    return "\tStamp\t11/20/26 02:41 PM\tpiece\t" + recipient + "\t\t1.00\t4\t\tPriority Mail\t\t9400\n";
+}
+
+} // namespace parcelory::test

@@ -1,0 +1,271 @@
+#include "records/LogFile.h"
+
+#include "core/AppError.h"
+
+#include <QScopeGuard>
+
+#include <atomic>
+#include <csignal>
+#include <functional>
+#include <thread>
+
+#include <sqlite3.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+namespace parcelory::test {
+using namespace Qt::StringLiterals;
+using testing::HasSubstr;
+
+namespace {
+
+/// SQLite's own files, but waiting for a lock takes no time: the test hears of it instead.
+struct WaitingRoom {
+    sqlite3_vfs *system = sqlite3_vfs_find(nullptr);
+    sqlite3_vfs files = *system;
+    static inline std::function<void()> whenWaiting;
+    static inline int waited = 0; ///< microseconds that a caller would have slept
+
+    explicit WaitingRoom(std::function<void()> action = {})
+    {
+        whenWaiting = std::move(action);
+        waited = 0;
+        files.zName = "waiting-room";
+        files.xSleep = [](sqlite3_vfs *, int microseconds) {
+            waited += microseconds;
+            if (whenWaiting)
+                std::exchange(whenWaiting, {})();
+            return microseconds;
+        };
+        sqlite3_vfs_register(&files, 1);
+    }
+    ~WaitingRoom()
+    {
+        sqlite3_vfs_unregister(&files);
+        sqlite3_vfs_register(system, 1);
+    }
+};
+
+/// Files of this process end at `bytes`, as on a full disk; a write beyond fails or, if so asked, ends the process.
+class FullDisk {
+public:
+    explicit FullDisk(rlim_t bytes, void (*atTheEnd)(int) = SIG_IGN)
+    {
+        m_handler = std::signal(SIGXFSZ, atTheEnd);
+        getrlimit(RLIMIT_FSIZE, &m_before);
+        const rlimit limit{bytes, m_before.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~FullDisk()
+    {
+        setrlimit(RLIMIT_FSIZE, &m_before);
+        std::signal(SIGXFSZ, m_handler);
+    }
+
+private:
+    rlimit m_before{};
+    void (*m_handler)(int);
+};
+
+QByteArray manyLines(int count)
+{
+    QByteArray text;
+    for (int line = 0; line < count; ++line)
+        text += mailLine("Recipient " + QByteArray::number(line) + QByteArray(100, 'x'));
+    return text;
+}
+
+QString importFailure(ShipmentLog &log, const QString &path)
+{
+    try {
+        log.importEndiciaCSV(path);
+    } catch (const AppError &error) {
+        return error.description();
+    }
+    return u"imported"_s;
+}
+
+/// The store still takes and gives rows, and the file is sound.
+void expectHealthy(const LogFile &file, ShipmentLog &log, const QStringList &before)
+{
+    EXPECT_EQ(file.recipients(), before);
+    EXPECT_TRUE(log.insert(shipmentTo(u"After"_s)));
+    EXPECT_EQ(file.recipients(), before + QStringList{u"After"_s});
+    EXPECT_EQ(file.ask("PRAGMA integrity_check"), QStringList{u"ok"_s});
+}
+
+} // namespace
+
+TEST(ShipmentLog, KeepsARowWhileAnotherProgramHoldsTheLock)
+{
+    const LogFile file;
+    Database other(file.path());
+    const WaitingRoom room([&other] { EXPECT_TRUE(other.exec("COMMIT")); });
+    ShipmentLog log(QDir(file.folder.path()));
+    ASSERT_TRUE(other.exec("BEGIN EXCLUSIVE"));
+    EXPECT_TRUE(log.insert(shipmentTo(u"Ana"_s)));
+    EXPECT_GT(WaitingRoom::waited, 0);
+    EXPECT_EQ(shown(log), QStringList{u"Ana"_s});
+}
+
+TEST(ShipmentLog, SaysThatARowIsLostWhenTheLockIsNeverReleased)
+{
+    const LogFile file;
+    file.put(u"log.txt"_s, mailLine("Ana"));
+    const WaitingRoom room;
+    ShipmentLog log(QDir(file.folder.path()));
+    EXPECT_TRUE(log.insert(shipmentTo(u"Before"_s)));
+    Database other(file.path());
+    ASSERT_TRUE(other.exec("BEGIN IMMEDIATE"));
+    WaitingRoom::waited = 0;
+    EXPECT_FALSE(log.insert(shipmentTo(u"Lost"_s)));
+    EXPECT_GT(WaitingRoom::waited, 4500000); // it did wait its time
+    EXPECT_TRUE(log.lastError().contains(u"locked"_s)) << log.lastError().toStdString();
+    EXPECT_FALSE(log.setStatus(1, u"REFUNDED"_s));
+    EXPECT_FALSE(log.storeCustomsPDF(1, "%PDF"));
+    const QString said = importFailure(log, file.path(u"log.txt"_s));
+    EXPECT_TRUE(said.contains(u"database is locked"_s)) << said.toStdString();
+    ASSERT_TRUE(other.exec("ROLLBACK"));
+    expectHealthy(file, log, {u"Before"_s});
+}
+
+TEST(ShipmentLog, SaysThatARowIsLostWhenTheDiskIsFull)
+{
+    const LogFile file;
+    file.put(u"log.txt"_s, manyLines(20000));
+    ShipmentLog log(QDir(file.folder.path()));
+    EXPECT_TRUE(log.insert(shipmentTo(u"Before"_s)));
+    {
+        const FullDisk disk(64 * 1024);
+        ShipmentRecord large = shipmentTo(u"Lost"_s);
+        large.zpl = QByteArray(200 * 1024, 'x');
+        EXPECT_FALSE(log.insert(large));
+        EXPECT_TRUE(
+            importFailure(log, file.path(u"log.txt"_s)).contains(u"so nothing was imported — disk I/O error"_s));
+    }
+    expectHealthy(file, log, {u"Before"_s});
+}
+
+TEST(ShipmentLog, SaysThatARowIsLostWhenTheJournalCannotBeMade)
+{
+    const LogFile file;
+    ShipmentLog log(QDir(file.folder.path()));
+    EXPECT_TRUE(log.insert(shipmentTo(u"Before"_s)));
+    ASSERT_TRUE(QDir(file.folder.path()).mkdir(u"mailing_log.sqlite-journal"_s));
+    EXPECT_FALSE(log.insert(shipmentTo(u"Lost"_s)));
+    ASSERT_TRUE(QDir(file.folder.path()).rmdir(u"mailing_log.sqlite-journal"_s));
+    expectHealthy(file, log, {u"Before"_s});
+}
+
+TEST(ShipmentLog, IsAsItWasWhenARowOfAnImportFails)
+{
+    const LogFile file;
+    ShipmentLog log(QDir(file.folder.path()));
+    EXPECT_TRUE(log.insert(shipmentTo(u"Before"_s)));
+    file.run("CREATE TRIGGER refuse BEFORE INSERT ON shipments WHEN NEW.recipient = 'Bad'"
+             " BEGIN SELECT RAISE(ABORT, 'no such customer'); END;");
+    file.put(u"log.txt"_s, mailLine("Ana") + mailLine("Bad") + mailLine("Cy"));
+    EXPECT_EQ(importFailure(log, file.path(u"log.txt"_s)),
+              u"The mailing log could not be written, so nothing was imported — no such customer."_s);
+    EXPECT_EQ(shown(log), QStringList{u"Before"_s});
+    expectHealthy(file, log, {u"Before"_s});
+}
+
+TEST(ShipmentLog, KeepsRowsOutOfAnImportThatFailsOnAnotherThread)
+{
+    const LogFile file;
+    ShipmentLog log(QDir(file.folder.path()));
+    file.run("CREATE TRIGGER refuse BEFORE INSERT ON shipments WHEN NEW.recipient = 'Bad'"
+             " BEGIN SELECT RAISE(ABORT, 'no such customer'); END;");
+    file.put(u"log.txt"_s, manyLines(500) + mailLine("Bad"));
+    std::atomic<bool> stop = false;
+    std::thread importer([&] {
+        while (!stop)
+            EXPECT_THROW(log.importEndiciaCSV(file.path(u"log.txt"_s)), AppError);
+    });
+    QStringList bought;
+    for (int label = 0; label < 30; ++label) {
+        bought += QString::number(label);
+        EXPECT_TRUE(log.insert(shipmentTo(bought.last()), false));
+    }
+    stop = true;
+    importer.join();
+    EXPECT_EQ(file.recipients(), bought);
+}
+
+TEST(ShipmentLog, IsAsItWasWhenTheProgramIsKilledInAnImport)
+{
+    const LogFile file;
+    file.put(u"log.txt"_s, manyLines(20000));
+    {
+        ShipmentLog log(QDir(file.folder.path()));
+        EXPECT_TRUE(log.insert(shipmentTo(u"Before"_s), false));
+    }
+    const auto importUntilKilled = [&file] {
+        ShipmentLog log(QDir(file.folder.path()));
+        const FullDisk disk(1024 * 1024, [](int) { kill(getpid(), SIGKILL); });
+        log.importEndiciaCSV(file.path(u"log.txt"_s));
+    };
+    EXPECT_EXIT(importUntilKilled(), testing::KilledBySignal(SIGKILL), "");
+    EXPECT_GT(QFile(file.path(u"mailing_log.sqlite-journal"_s)).size(), 0); // it was under way
+    ShipmentLog log(QDir(file.folder.path()));
+    EXPECT_EQ(shown(log), QStringList{u"Before"_s});
+    expectHealthy(file, log, {u"Before"_s});
+}
+
+TEST(ShipmentLog, GoesOnWithoutAFileThatItCanUse)
+{
+    const struct {
+        const char *what;
+        std::function<void(const LogFile &)> spoil;
+        const char *logged;
+    } rows[] = {
+        {"the path is a folder", [](const LogFile &file) { QDir().mkpath(file.path()); },
+         "cannot open mailing log at "},
+        {"not a database", [](const LogFile &file) { file.put(u"mailing_log.sqlite"_s, QByteArray(5000, 'j')); },
+         "Parcelory SQL error: file is not a database"},
+        {"a torn database", [](const LogFile &file) { file.put(u"mailing_log.sqlite"_s, "SQLite format 3"); },
+         "Parcelory SQL error: file is not a database"},
+    };
+    for (const auto &row : rows) {
+        const LogFile file;
+        row.spoil(file);
+        file.put(u"log.txt"_s, mailLine("Ana"));
+        testing::internal::CaptureStderr();
+        ShipmentLog log(QDir(file.folder.path()));
+        EXPECT_FALSE(log.insert(shipmentTo(u"Lost"_s))) << row.what;
+        EXPECT_FALSE(log.setStatus(1, u"REFUNDED"_s));
+        EXPECT_FALSE(log.storeCustomsPDF(1, "%PDF"));
+        EXPECT_EQ(log.zpl(1), std::nullopt);
+        EXPECT_NE(importFailure(log, file.path(u"log.txt"_s)), u"imported"_s) << row.what;
+        EXPECT_TRUE(shown(log).isEmpty());
+        EXPECT_EQ(log.exportEndiciaCSV().count(u'\n'), 1);
+        EXPECT_THAT(testing::internal::GetCapturedStderr(), HasSubstr(row.logged)) << row.what;
+    }
+}
+
+TEST(ShipmentLog, ShowsAReadOnlyLogAndSaysThatItTakesNoRow)
+{
+    const LogFile file;
+    {
+        ShipmentLog log(QDir(file.folder.path()));
+        EXPECT_TRUE(log.insert(shipmentTo(u"Before"_s), false));
+    }
+    const auto reading = QFile::ReadOwner | QFile::ReadGroup | QFile::ReadOther;
+    const auto entering = QFile::ExeOwner | QFile::ExeGroup | QFile::ExeOther;
+    ASSERT_TRUE(QFile::setPermissions(file.path(), reading));
+    ASSERT_TRUE(QFile::setPermissions(file.folder.path(), reading | entering));
+    const uid_t self = geteuid();
+    if (self == 0) // whom no permission stops
+        ASSERT_EQ(seteuid(65534), 0);
+    const auto back = qScopeGuard([self, &file] {
+        EXPECT_EQ(seteuid(self), 0);
+        QFile::setPermissions(file.folder.path(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    });
+    ShipmentLog log(QDir(file.folder.path()));
+    EXPECT_EQ(shown(log), QStringList{u"Before"_s});
+    EXPECT_FALSE(log.insert(shipmentTo(u"Lost"_s)));
+    EXPECT_TRUE(log.lastError().contains(u"readonly"_s)) << log.lastError().toStdString();
+}
+
+} // namespace parcelory::test

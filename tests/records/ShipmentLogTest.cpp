@@ -1,0 +1,225 @@
+#include "records/LogFile.h"
+
+#include "core/AppError.h"
+#include "records/EndiciaFormat.h"
+
+namespace parcelory::test {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr auto firstSchema = "CREATE TABLE shipments (id INTEGER PRIMARY KEY AUTOINCREMENT, created_at REAL NOT NULL,"
+                             " carrier TEXT, service TEXT, postage REAL, recipient TEXT, services TEXT, tracking TEXT,"
+                             " tracking_url TEXT, weight TEXT, description TEXT, reference TEXT, transaction_id TEXT,"
+                             " label_url TEXT, status TEXT, test_mode INTEGER, zpl BLOB);"
+                             "INSERT INTO shipments (created_at, recipient, postage, status, zpl)"
+                             " VALUES (1500000000.5, 'Old', 7.42, NULL, x'5E5841');";
+
+ShipmentRecord fullRecord()
+{
+    return {.createdAt = QDateTime(QDate(2026, 11, 20), QTime(14, 41, 5, 250)),
+            .carrier = u"FedEx"_s,
+            .service = u"Ground"_s,
+            .postage = 12.44,
+            .recipient = u"Ana \U0001FA99 'Nita'; אנה"_s,
+            .services = u"Signature"_s,
+            .tracking = u"9400"_s,
+            .trackingURL = u"https://t"_s,
+            .weight = u"2 lb 3.0 oz"_s,
+            .weightOz = 35,
+            .descriptionText = u"desc"_s,
+            .reference = u"ref"_s,
+            .transactionID = u"tx"_s,
+            .labelURL = u"https://l"_s,
+            .status = u"REFUNDED"_s,
+            .testMode = true,
+            .zip11 = u"89501"_s,
+            .declaredValue = u"100.00"_s,
+            .groupCode = u"group"_s,
+            .email = u"a@example.com"_s,
+            .balance = u"50.00"_s,
+            .zpl = QByteArray("^XA\0^XZ", 7),
+            .isIntl = true,
+            .customsDocURL = u"https://c"_s,
+            .customsPDF = "%PDF"};
+}
+
+} // namespace
+
+TEST(ShipmentLog, BringsALogOfTheFirstVersionToTodaysColumnsOnce)
+{
+    const LogFile file;
+    file.run(firstSchema);
+    const QByteArray columns = "SELECT name FROM pragma_table_info('shipments') ORDER BY cid";
+    const QStringList before = file.ask(columns);
+    for (int start = 0; start < 2; ++start) {
+        ShipmentLog log(QDir(file.folder.path()));
+        EXPECT_EQ(file.ask(columns),
+                  before + QStringList({u"weight_oz"_s, u"zip11"_s, u"declared_value"_s, u"group_code"_s, u"email"_s,
+                                        u"balance"_s, u"is_intl"_s, u"customs_doc_url"_s, u"customs_pdf"_s}));
+        EXPECT_EQ(shown(log), QStringList{u"Old"_s});
+        const ShipmentRecord &old = log.records().first();
+        EXPECT_EQ(old.createdAt.toMSecsSinceEpoch(), 1500000000500);
+        EXPECT_EQ(old.status, QString());
+        EXPECT_EQ(old.zip11, QString());
+        EXPECT_EQ(old.weightOz, 0);
+        EXPECT_FALSE(old.hasCustomsPDF);
+        EXPECT_EQ(log.zpl(old.id), "^XA");
+    }
+}
+
+TEST(ShipmentLog, GivesBackEveryFieldOfARowAndItsDocumentsOnlyOnDemand)
+{
+    const LogFile file;
+    const ShipmentRecord written = fullRecord();
+    {
+        ShipmentLog log(QDir(file.path(u"not/yet/there"_s)));
+        EXPECT_TRUE(log.insert(written));
+        EXPECT_TRUE(log.records().isEmpty()); // handed over by the event loop, not at once
+    }
+    ShipmentLog log(QDir(file.path(u"not/yet/there"_s)));
+    ASSERT_EQ(shown(log).size(), 1);
+    const ShipmentRecord read = log.records().first();
+    EXPECT_EQ(read.id, 1);
+    EXPECT_EQ(read.createdAt, written.createdAt);
+    EXPECT_EQ(read.postage, written.postage);
+    EXPECT_EQ(read.weightOz, written.weightOz);
+    EXPECT_TRUE(read.testMode && read.isIntl && read.hasCustomsPDF);
+    EXPECT_FALSE(read.zpl || read.customsPDF);
+    using R = ShipmentRecord;
+    for (QString R::*text :
+         {&R::carrier, &R::service, &R::recipient, &R::services, &R::tracking, &R::trackingURL, &R::weight,
+          &R::descriptionText, &R::reference, &R::transactionID, &R::labelURL, &R::status, &R::zip11, &R::declaredValue,
+          &R::groupCode, &R::email, &R::balance, &R::customsDocURL})
+        EXPECT_EQ(read.*text, written.*text);
+    EXPECT_EQ(log.zpl(1), written.zpl);
+    EXPECT_EQ(log.customsPDF(1), written.customsPDF);
+}
+
+TEST(ShipmentLog, HasNoDocumentForARowWithoutOneNorForAnUnknownRow)
+{
+    const LogFile file;
+    ShipmentLog log(QDir(file.folder.path()));
+    ShipmentRecord empty = shipmentTo(u"Empty"_s);
+    empty.zpl = QByteArray();
+    EXPECT_TRUE(log.insert(shipmentTo(u"None"_s)) && log.insert(empty));
+    for (const qint64 id : {1, 2, 3}) {
+        EXPECT_EQ(log.zpl(id), std::nullopt);
+        EXPECT_EQ(log.customsPDF(id), std::nullopt);
+    }
+    EXPECT_TRUE(log.storeCustomsPDF(1, "%PDF"));
+    EXPECT_TRUE(log.setStatus(2, u"REFUND_PENDING"_s));
+    log.reload();
+    EXPECT_EQ(shown(log).size(), 2);
+    EXPECT_EQ(log.customsPDF(1), "%PDF");
+    EXPECT_EQ(file.ask("SELECT status || (customs_pdf IS NULL) FROM shipments ORDER BY id"),
+              (QStringList{u"PRINTED0"_s, u"REFUND_PENDING1"_s}));
+}
+
+TEST(ShipmentLog, ListsTheNewestRowsFirstAndSearchesFourColumnsWithWildcards)
+{
+    const LogFile file;
+    ShipmentLog log(QDir(file.folder.path()));
+    ShipmentRecord ana = shipmentTo(u"Ana 100%"_s, 2), ben = shipmentTo(u"Ben"_s, 3), cy = shipmentTo(u"Cy"_s, 1);
+    ana.tracking = u"9400_11"_s;
+    ben.descriptionText = u"CAMEO"_s;
+    cy.reference = u"INV-7"_s;
+    cy.service = u"Ground"_s;
+    for (const ShipmentRecord &record : {ana, ben, cy})
+        EXPECT_TRUE(log.insert(record, false));
+    EXPECT_TRUE(shown(log).isEmpty());
+
+    const struct {
+        QString search;
+        int limit;
+        QStringList found;
+    } rows[] = {
+        {{}, 1000, {u"Ben"_s, u"Ana 100%"_s, u"Cy"_s}},
+        {{}, 2, {u"Ben"_s, u"Ana 100%"_s}},
+        {u"cameo"_s, 1000, {u"Ben"_s}},
+        {u"inv-"_s, 1000, {u"Cy"_s}},
+        {u"9400"_s, 1000, {u"Ana 100%"_s}},
+        {u"%"_s, 1000, {u"Ben"_s, u"Ana 100%"_s, u"Cy"_s}},
+        {u"B_n"_s, 1000, {u"Ben"_s}},
+        {u"i%7"_s, 1000, {u"Cy"_s}},
+        {u" Ben"_s, 1000, {}}, // not trimmed
+        {u"Ground"_s, 1000, {}},
+        {u"' OR 1=1 --"_s, 1000, {}},
+    };
+    for (const auto &row : rows) {
+        log.reload(row.search, row.limit);
+        EXPECT_EQ(shown(log), row.found) << row.search.toStdString();
+    }
+}
+
+TEST(ShipmentLog, ExportsOldestFirstAndImportsItBack)
+{
+    const LogFile file;
+    ShipmentLog log(QDir(file.folder.path()));
+    EXPECT_EQ(log.exportEndiciaCSV(), EndiciaFormat::header() + u'\n');
+    ShipmentRecord full = fullRecord();
+    full.weightOz = 24;
+    full.createdAt = QDateTime(QDate(2026, 11, 20), QTime(14, 41));
+    EXPECT_TRUE(log.insert(full) && log.insert(shipmentTo(u"Second\r\nline\tEnd"_s, 42)) &&
+                log.insert(shipmentTo(u"First"_s)));
+    const QString text = log.exportEndiciaCSV();
+    EXPECT_EQ(
+        text,
+        EndiciaFormat::header() +
+            u"\n\tStamp\t11/20/26 02:00 PM\t\tFirst\t\t0.00\t\t\t\t\t\t\t\t\t\t\n"
+            "REFUNDED\tStamp\t11/20/26 02:41 PM\ttx\tAna \U0001FA99 'Nita'; אנה\t89501\t12.44\t24\t50.00\tGround\t"
+            "Signature\t9400\t100.00\tdesc\tref\tgroup\ta@example.com\n"
+            "\tStamp\t11/20/26 02:42 PM\t\tSecond  line End\t\t0.00\t\t\t\t\t\t\t\t\t\t\n"_s);
+
+    file.put(u"log.txt"_s, text.toUtf8());
+    const LogFile copy;
+    ShipmentLog second(QDir(copy.folder.path()));
+    EXPECT_EQ(second.importEndiciaCSV(file.path(u"log.txt"_s)), 3);
+    EXPECT_EQ(second.exportEndiciaCSV(), text);
+    EXPECT_EQ(shown(second), (QStringList{u"Second  line End"_s, full.recipient, u"First"_s}));
+    EXPECT_EQ(second.records()[0].status, QString()); // "PRINTED" leaves and nothing comes back
+    EXPECT_EQ(second.records()[1].weight, u"1 lb 8 oz"_s);
+    EXPECT_EQ(second.importEndiciaCSV(file.path(u"log.txt"_s)), 3); // nobody looks for duplicates
+    EXPECT_EQ(copy.recipients().size(), 6);
+}
+
+TEST(ShipmentLog, ImportsFilesAsOtherProgramsWriteThem)
+{
+    const QByteArray a = mailLine("Ana"), b = mailLine("Bé"), head = EndiciaFormat::header().toUtf8() + '\n';
+    const struct {
+        const char *what;
+        QByteArray bytes;
+        QStringList recipients;
+    } rows[] = {
+        {"carriage returns", QByteArray(head + a + b).replace("\n", "\r\n"), {u"Ana"_s, u"Bé"_s}},
+        {"a byte order mark before the header", "\xEF\xBB\xBF" + head + a, {u"Ana"_s}},
+        {"a byte order mark before a row", "\xEF\xBB\xBFVOID" + a, {u"Ana"_s}},
+        {"no last line feed", (a + b).chopped(1), {u"Ana"_s, u"Bé"_s}},
+        {"blank and short lines", "\n\n \nStatus\n" + a + "a\tb\tc\n\n" + b, {u"Ana"_s, u"Bé"_s}},
+        {"nothing", "", {}},
+    };
+    for (const auto &row : rows) {
+        const LogFile file;
+        ShipmentLog log(QDir(file.folder.path()));
+        file.put(u"log.txt"_s, row.bytes);
+        EXPECT_EQ(log.importEndiciaCSV(file.path(u"log.txt"_s)), row.recipients.size()) << row.what;
+        EXPECT_EQ(file.recipients(), row.recipients) << row.what;
+        EXPECT_EQ(file.ask("SELECT 1 FROM shipments WHERE status NOT IN ('', 'VOID')"), QStringList()) << row.what;
+    }
+}
+
+TEST(ShipmentLog, RefusesAFileThatIsNoText)
+{
+    const LogFile file;
+    ShipmentLog log(QDir(file.folder.path()));
+    file.put(u"latin1.txt"_s, mailLine("Ana") + mailLine("B\xE9"));
+    file.put(u"cut.txt"_s, mailLine("Ana") + mailLine("B").chopped(1) + "\xC3"); // ends within a character
+    file.put(u"utf16.txt"_s, QByteArray("\xFF\xFE"
+                                        "A\0\t\0",
+                                        6));
+    for (const QString &name : {u"latin1.txt"_s, u"cut.txt"_s, u"utf16.txt"_s, u"missing.txt"_s, u"."_s})
+        EXPECT_THROW(log.importEndiciaCSV(file.path(name)), AppError) << name.toStdString();
+    EXPECT_EQ(file.recipients(), QStringList());
+}
+
+} // namespace parcelory::test

@@ -1,0 +1,226 @@
+#include "core/Json.h"
+#include "records/BoxStore.h"
+#include "records/SenderStore.h"
+#include "support/FakePlatform.h"
+#include "support/Printing.h"
+
+#include <gmock/gmock.h>
+
+namespace parcelory::test {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString sendersName = u"sender_profiles.json"_s;
+const QString boxesName = u"box_profiles.json"_s;
+
+QByteArray contents(const FakePlatform &desk, const QString &name)
+{
+    QFile file(desk.path(name));
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : "(none)";
+}
+
+void put(const FakePlatform &desk, const QString &name, const QByteArray &bytes)
+{
+    QFile file(desk.path(name));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
+}
+
+/// What was set aside under the names of a store's file.
+QList<QByteArray> setAside(const FakePlatform &desk, const QString &name)
+{
+    QList<QByteArray> kept;
+    for (const QString &entry : QDir(desk.folder.path()).entryList({name + u".unreadable-*"_s}, QDir::Files))
+        kept += contents(desk, entry);
+    return kept;
+}
+
+Json savedSenders(const FakePlatform &desk)
+{
+    return parseJson(contents(desk, sendersName));
+}
+
+constexpr auto address = R"({"name":"","company":"Desk","street1":"1 Main St","street2":"","city":"Reno","state":"NV",)"
+                         R"("zip":"89501","country":"US","phone":"","email":""})";
+
+QByteArray twoSenders(const QByteArray &rest)
+{
+    return QByteArray(R"({"profiles":[{"address":)") + address +
+           R"(,"name":"West","id":"0e1f2a3b-4c5d-6e7f-8091-a2b3c4d5e6f7","since":2019},)" +
+           R"({"id":"11111111-2222-3333-4444-555555555555","name":"East","address":)" + address + "}]" + rest + '}';
+}
+
+} // namespace
+
+TEST(SenderStore, StartsWithTheCompanysAddressOrThatOfAnEarlierVersion)
+{
+    for (const bool migrated : {false, true}) {
+        FakePlatform desk;
+        if (migrated)
+            desk.preferences.setValue(u"sender.zip"_s, u"89501"_s); // the smallest address that counts
+        SenderStore store(desk.platform);
+        ASSERT_EQ(store.profiles.value().size(), 1);
+        const SenderProfile first = store.profiles.value().first();
+        EXPECT_EQ(first.name, desk.platform.deployment.officeLabel);
+        EXPECT_EQ(first.address, migrated ? (ShippoAddress{.zip = u"89501"_s, .country = u"US"_s})
+                                          : desk.platform.deployment.returnAddress);
+        EXPECT_EQ(store.defaultID.value(), first.id);
+        store.flush();
+        EXPECT_EQ(savedSenders(desk)["profiles"].size(), 1u); // written at once
+
+        desk.preferences.setValue(u"sender.name"_s, u"Somebody else"_s);
+        SenderStore again(desk.platform);
+        EXPECT_EQ(again.profiles.value(), QList{first}); // a store with a file asks the preferences no more
+    }
+}
+
+TEST(SenderStore, MigratesEveryFieldOfTheEarlierAddress)
+{
+    FakePlatform desk;
+    for (const QString &key :
+         {u"name"_s, u"company"_s, u"street1"_s, u"street2"_s, u"city"_s, u"state"_s, u"zip"_s, u"phone"_s, u"email"_s})
+        desk.preferences.setValue(u"sender."_s + key, key);
+    SenderStore store(desk.platform);
+    EXPECT_EQ(store.profiles.value().first().address,
+              (ShippoAddress{u"name"_s, u"company"_s, u"street1"_s, u"street2"_s, u"city"_s, u"state"_s, u"zip"_s,
+                             u"US"_s, u"phone"_s, u"email"_s}));
+}
+
+TEST(SenderStore, FindsTheDefaultOrTakesTheFirst)
+{
+    const std::pair<QByteArray, QString> rows[] = {
+        {R"(,"defaultID":"11111111-2222-3333-4444-555555555555")", u"East"_s},
+        {R"(,"defaultID":"99999999-2222-3333-4444-555555555555")", u"West"_s},
+        {R"(,"defaultID":null)", u"West"_s},
+        {R"(,"version":3)", u"West"_s},
+    };
+    for (const auto &[rest, expected] : rows) {
+        FakePlatform desk;
+        put(desk, sendersName, twoSenders(rest));
+        SenderStore store(desk.platform);
+        ASSERT_TRUE(store.defaultProfile());
+        EXPECT_EQ(store.defaultProfile()->name, expected) << rest.toStdString();
+        store.flush();
+        EXPECT_EQ(contents(desk, sendersName), twoSenders(rest)); // reading alone changes nothing
+    }
+}
+
+TEST(SenderStore, WritesEveryChangeAndReadsItBack)
+{
+    FakePlatform desk;
+    SenderStore store(desk.platform);
+    const SenderProfile first = store.profiles.value().first(), second = store.add(), third = store.add();
+    EXPECT_EQ(second.name, u"New Profile"_s);
+    EXPECT_EQ(third.address, ShippoAddress{.country = u"US"_s});
+    EXPECT_NE(second.id, third.id);
+    QList<SenderProfile> edited = store.profiles;
+    edited[2].address.city = u"Zürich \"am See\""_s;
+    store.profiles = edited;
+    store.defaultID = third.id;
+    store.flush();
+    EXPECT_EQ(SenderStore(desk.platform).profiles.value(), edited);
+
+    store.remove(second.id);
+    EXPECT_EQ(store.defaultID.value(), third.id);
+    store.remove(QUuid::createUuid());
+    EXPECT_EQ(store.profiles.value().size(), 2);
+    store.remove(third.id);
+    EXPECT_EQ(store.defaultID.value(), first.id); // the first of those that remain
+    store.remove(first.id);
+    EXPECT_EQ(store.profiles.value(), QList{first}); // the last one stays
+    store.flush();
+    SenderStore again(desk.platform);
+    EXPECT_EQ(again.profiles.value(), QList{first});
+    EXPECT_EQ(again.defaultID.value(), first.id);
+
+    store.defaultID = std::nullopt;
+    store.flush();
+    EXPECT_FALSE(savedSenders(desk).contains("defaultID"));
+    EXPECT_EQ(store.defaultProfile(), first);
+}
+
+TEST(SenderStore, SetsAFileAsideThatItCannotRead)
+{
+    for (const QByteArray &bad :
+         {QByteArray("{broken"), QByteArray(), QByteArray("[]"), twoSenders({}).replace(R"("phone":"",)", ""),
+          twoSenders({}).replace("0e1f2a3b", "0e1f"), twoSenders(R"(,"defaultID":"none")")}) {
+        FakePlatform desk;
+        put(desk, sendersName, bad);
+        SenderStore store(desk.platform);
+        EXPECT_EQ(store.profiles.value().size(), 1);
+        store.flush();
+        EXPECT_EQ(savedSenders(desk)["profiles"][0]["name"], "Main Office");
+        EXPECT_EQ(setAside(desk, sendersName), QList{bad});
+    }
+    FakePlatform desk;
+    put(desk, sendersName, R"({"profiles":[]})"); // reads well, but a desk needs an address
+    EXPECT_EQ(SenderStore(desk.platform).profiles.value().size(), 1);
+}
+
+TEST(SenderStore, ReplacesWhatIsNoReadableFileAtAll)
+{
+    FakePlatform desk;
+    ASSERT_TRUE(QDir(desk.folder.path()).mkdir(sendersName));
+    SenderStore store(desk.platform);
+    EXPECT_EQ(store.profiles.value().size(), 1);
+    store.flush();
+    EXPECT_EQ(savedSenders(desk)["profiles"].size(), 1u);
+}
+
+TEST(BoxStore, WritesNothingBeforeTheFirstChange)
+{
+    FakePlatform desk;
+    BoxStore store(desk.platform);
+    EXPECT_TRUE(store.profiles.value().isEmpty());
+    store.flush();
+    EXPECT_EQ(contents(desk, boxesName), "(none)");
+
+    const BoxProfile box = store.add();
+    EXPECT_EQ(box.name, u"New Box"_s);
+    store.flush();
+    EXPECT_EQ(contents(desk, boxesName), R"([{"id":")" + box.id.toString(QUuid::WithoutBraces).toUpper().toLatin1() +
+                                             R"(","name":"New Box","length":"","width":"","height":""}])");
+    QList<BoxProfile> edited = store.profiles;
+    edited[0].length = u"12 1/2"_s; // as typed
+    store.profiles = edited;
+    store.flush();
+    EXPECT_EQ(BoxStore(desk.platform).find(box.id), edited[0]);
+    EXPECT_EQ(store.find(QUuid::createUuid()), std::nullopt);
+
+    store.remove(box.id);
+    store.flush();
+    EXPECT_EQ(contents(desk, boxesName), "[]");
+}
+
+TEST(BoxStore, SetsAFileAsideThatItCannotReadWhenItIsReplaced)
+{
+    const QByteArray box =
+        R"({"id":"0e1f2a3b-4c5d-6e7f-8091-a2b3c4d5e6f7","name":"S-4344","length":"1","width":"2","height":"3"})";
+    for (const QByteArray &bad : {QByteArray("["), QByteArray("{}"), '[' + box + ",{}]",
+                                  '[' + QByteArray(box).replace(R"(,"height":"3")", "") + ']'}) {
+        FakePlatform desk;
+        put(desk, boxesName, bad);
+        BoxStore store(desk.platform);
+        EXPECT_TRUE(store.profiles.value().isEmpty());
+        store.flush();
+        EXPECT_EQ(contents(desk, boxesName), bad);
+        store.add();
+        store.flush();
+        EXPECT_EQ(setAside(desk, boxesName), QList{bad});
+        EXPECT_EQ(BoxStore(desk.platform).profiles.value().size(), 1);
+    }
+}
+
+TEST(BoxProfile, ShowsItsDimensions)
+{
+    const std::pair<BoxProfile, QString> rows[] = {
+        {{.length = u"12"_s, .width = u"10"_s, .height = u"8"_s}, u"12×10×8\""_s},
+        {{.length = u"12"_s}, u"12××\""_s},
+        {{.height = u"8"_s}, u"××8\""_s},
+        {{.name = u"S-4344"_s}, u"no dims"_s},
+    };
+    for (const auto &[box, shown] : rows)
+        EXPECT_EQ(box.dimsDisplay(), shown);
+}
+
+} // namespace parcelory::test

@@ -1,0 +1,210 @@
+#include "shell/ErrorLog.h"
+
+#include "carrier/ShippoError.h"
+#include "core/Json.h"
+#include "support/FakePlatform.h"
+#include "support/Printing.h"
+#include "support/RunTask.h"
+
+#include <gmock/gmock.h>
+
+#include <QFile>
+#include <QSet>
+
+#include <stdexcept>
+#include <thread>
+
+namespace parcelory::test {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+class ErrorLogTest : public testing::Test {
+protected:
+    ErrorLogTest() { open(); }
+
+    /// As a restart of the program: the log comes from the file alone.
+    void open()
+    {
+        log.reset();
+        log.emplace(world.platform);
+    }
+    void record(const QString &context, const std::exception &error, Popup popup = Popup::no)
+    {
+        log->record(context, error, popup);
+        settle();
+    }
+    QByteArray saved()
+    {
+        log->flush();
+        QFile file(path);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("no file");
+    }
+    void leave(const QByteArray &bytes)
+    {
+        log.reset();
+        QFile file(path);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(bytes);
+    }
+    /// Contents of the files that were set aside.
+    QList<QByteArray> setAside() const
+    {
+        QList<QByteArray> contents;
+        for (const QString &name : QDir(world.folder.path()).entryList({u"error_log.json.unreadable-*"_s})) {
+            QFile file(world.path(name));
+            if (file.open(QIODevice::ReadOnly))
+                contents += file.readAll();
+            file.remove();
+        }
+        return contents;
+    }
+
+    FakePlatform world;
+    QString path = world.path(u"error_log.json"_s);
+    std::optional<ErrorLog> log;
+};
+
+const AppError lost(u"the line is dead – “try again”"_s);
+
+} // namespace
+
+TEST_F(ErrorLogTest, KeepsItsEntriesNewestFirstOverARestart)
+{
+    world.clock.start = QDateTime(QDate(2026, 11, 20), QTime(14, 41, 5, 250), Qt::UTC);
+    record(u"Rates"_s, lost);
+    world.clock.advance(std::chrono::hours(1));
+    record(u"Refund"_s, std::runtime_error("not ours"));
+    const auto before = log->entries();
+    const QByteArray file = saved();
+    open();
+
+    ASSERT_EQ(log->entries().size(), 2);
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_EQ(log->entries()[i].id, before[i].id);
+        EXPECT_EQ(log->entries()[i].date, before[i].date);
+    }
+    EXPECT_EQ(log->entries()[0].context, u"Refund"_s);
+    EXPECT_EQ(log->entries()[0].detail, u"not ours"_s);
+    EXPECT_EQ(log->entries()[1].detail, lost.description());
+    // Seconds since 2001, as every earlier file has them.
+    const QByteArray first = "[{\"id\":\"" + before[0].id.toByteArray(QUuid::WithoutBraces).toUpper() +
+                             "\",\"date\":816882065.25,\"context\":\"Refund\",\"detail\":\"not ours\"},{";
+    EXPECT_EQ(file.left(first.size()), first);
+}
+
+TEST_F(ErrorLogTest, KeepsTheNewestThousand)
+{
+    QByteArray entries = "[";
+    for (int i = 1; i <= ErrorLog::capacity; ++i)
+        entries += QByteArray(i > 1 ? "," : "") + "{\"id\":\"" + QUuid::createUuid().toByteArray(QUuid::WithoutBraces) +
+                   "\",\"date\":" + QByteArray::number(800'000'000 - i) + ",\"context\":\"" + QByteArray::number(i) +
+                   "\",\"detail\":\"\"}";
+    leave(entries + "]");
+    open();
+    ASSERT_EQ(log->entries().size(), 1000);
+
+    record(u"newest"_s, lost);
+    EXPECT_EQ(log->entries().size(), 1000);
+    EXPECT_EQ(log->entries().first().context, u"newest"_s);
+    EXPECT_EQ(log->entries().last().context, u"999"_s);
+    EXPECT_EQ(parseJson(saved()).size(), 1000u);
+}
+
+TEST_F(ErrorLogTest, AlertsWhereAskedButNeverAboutTheClerksOwnData)
+{
+    const ShippoError invalid = ShippoError::validation(u"bad ZIP"_s), http = ShippoError::http(502, u"bad gateway"_s),
+                      api = ShippoError::api(u"no rates"_s), noToken = ShippoError::noToken();
+    const std::runtime_error foreign("socket closed");
+    const std::tuple<const std::exception &, Popup, bool> rows[] = {
+        {invalid, Popup::yes, false}, {http, Popup::yes, true}, {api, Popup::yes, true},
+        {noToken, Popup::yes, true},  {lost, Popup::yes, true}, {foreign, Popup::yes, true},
+        {lost, Popup::no, false},
+    };
+    for (const auto &[error, popup, shown] : rows) {
+        world.prompts.alerts.clear();
+        record(u"Rates"_s, error, popup);
+        ASSERT_EQ(world.prompts.alerts.size(), shown ? 1 : 0) << error.what();
+        if (!shown)
+            continue;
+        EXPECT_EQ(world.prompts.alerts[0].first,
+                  u"Bad API response, contact Tobin: "_s + world.platform.deployment.supportTelephone);
+        EXPECT_EQ(world.prompts.alerts[0].second,
+                  u"Rates: "_s + describe(error) + u"\n\nFull history: Window ▸ Error Log"_s);
+    }
+    EXPECT_EQ(log->entries().size(), std::ssize(rows));
+}
+
+TEST_F(ErrorLogTest, SetsAFileItCannotReadAsideWhenItWritesItsOwn)
+{
+    const std::pair<QByteArray, bool> rows[] = {{"[]", false},          {"garbage", true},   {"", true},
+                                                {"[{\"id\":1}]", true}, {"{\"a\":1}", true}, {"[{\"id\":\"x\",", true},
+                                                {"null", true}};
+    for (const auto &[bytes, kept] : rows) {
+        leave(bytes);
+        open();
+        EXPECT_TRUE(log->entries().isEmpty());
+        EXPECT_EQ(saved(), bytes) << "reading alone changes nothing";
+        record(u"first"_s, lost);
+        record(u"second"_s, lost);
+        EXPECT_EQ(parseJson(saved()).size(), 2u) << bytes.toStdString();
+        EXPECT_EQ(setAside(), kept ? QList<QByteArray>{bytes} : QList<QByteArray>{}) << bytes.toStdString();
+    }
+}
+
+TEST_F(ErrorLogTest, StaysInMemoryWhereItsFileCannotBeWritten)
+{
+    leave("a file in the folder's place");
+    world.platform.dataFolder = QDir(path + u"/Parcelory"_s);
+    open();
+    record(u"Rates"_s, lost);
+    log->flush();
+    EXPECT_EQ(log->entries().size(), 1);
+}
+
+TEST_F(ErrorLogTest, CopiesAllAsTextAndForgetsAllForGood)
+{
+    EXPECT_EQ(log->asText(), QString());
+    record(u"Rates"_s, lost);
+    EXPECT_EQ(log->countText(), u"1 entries"_s);
+    world.clock.start = QDateTime(QDate(2026, 1, 2), QTime(0, 5, 9));
+    record(u"Refund"_s, std::runtime_error("no"));
+    EXPECT_EQ(log->asText(), u"01/02/26 12:05:09 AM\tRefund\tno\n11/20/26 2:41:00 PM\tRates\t"_s + lost.description());
+
+    log->clear();
+    EXPECT_EQ(saved(), "[]");
+    open();
+    EXPECT_EQ(log->countText(), u"0 entries"_s);
+}
+
+TEST_F(ErrorLogTest, TakesRecordsFromAnyThreadAndShowsThemOnTheMainOne)
+{
+    constexpr int threads = 4, each = 25;
+    int changes = 0;
+    QObject::connect(&*log, &ErrorLog::entriesChanged, [&] {
+        ++changes;
+        EXPECT_EQ(QThread::currentThread(), qApp->thread());
+    });
+    std::vector<std::jthread> workers;
+    for (int worker = 0; worker < threads; ++worker)
+        workers.emplace_back([&, worker] {
+            for (int i = 0; i < each; ++i)
+                log->record(QString::number(worker), AppError(QString::number(i)), Popup::yes);
+        });
+    workers.clear();
+    EXPECT_TRUE(log->entries().isEmpty());
+    settle();
+
+    EXPECT_EQ(changes, threads * each);
+    EXPECT_EQ(world.prompts.alerts.size(), threads * each);
+    QSet<QUuid> ids;
+    QHash<QString, int> newest;
+    for (const APIErrorEntry &entry : log->entries()) {
+        ids.insert(entry.id);
+        EXPECT_EQ(entry.detail.toInt(), each - ++newest[entry.context]) << "a thread's records keep their order";
+    }
+    EXPECT_EQ(ids.size(), threads * each);
+    EXPECT_EQ(parseJson(saved()).size(), size_t(threads * each));
+}
+
+} // namespace parcelory::test

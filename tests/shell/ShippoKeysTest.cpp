@@ -1,0 +1,112 @@
+#include "carrier/ShippoKeys.h"
+
+#include "support/FakePlatform.h"
+#include "support/Printing.h"
+
+#include <gmock/gmock.h>
+
+namespace parcelory::test {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+struct ShippoKeysTest : testing::Test {
+    MemorySecrets secrets;
+    MemoryPreferences preferences;
+    ShippoKeys keys{secrets, preferences};
+};
+
+} // namespace
+
+TEST_F(ShippoKeysTest, TheFirstKeyBecomesActiveAndLaterOnesLineUpBehindIt)
+{
+    EXPECT_EQ(keys.activeToken(), std::nullopt);
+    keys.set(u"shippo_test_1"_s, u"Test"_s);
+    keys.set(u"shippo_live_1"_s, u"Live"_s);
+    EXPECT_EQ(keys.activeToken(), u"shippo_test_1"_s);
+
+    keys.makeActive(u"Live"_s);
+    keys.set(u"shippo_test_2"_s, u"Test"_s); // replaces the token, and nothing else
+    EXPECT_EQ(keys.names(), (QStringList{u"Test"_s, u"Live"_s}));
+    EXPECT_EQ(keys.activeToken(), u"shippo_live_1"_s);
+    EXPECT_EQ(keys.token(u"Test"_s), u"shippo_test_2"_s);
+    EXPECT_EQ(secrets.get(u"shippo.token.Test"_s), u"shippo_test_2"_s) << "the account of all versions";
+}
+
+TEST_F(ShippoKeysTest, RemovingTheActiveKeyActivatesTheFirstOneLeft)
+{
+    const struct {
+        QString active, removed, activeAfter;
+        QStringList left;
+    } rows[] = {
+        {u"B"_s, u"A"_s, u"B"_s, {u"B"_s, u"C"_s}},
+        {u"B"_s, u"B"_s, u"A"_s, {u"A"_s, u"C"_s}},
+        {u"A"_s, u"A"_s, u"B"_s, {u"B"_s, u"C"_s}},
+        {u"A"_s, u"unknown"_s, u"A"_s, {u"A"_s, u"B"_s, u"C"_s}},
+    };
+    for (const auto &row : rows) {
+        preferences.values.clear();
+        for (const QString &name : {u"A"_s, u"B"_s, u"C"_s})
+            keys.set(u"token "_s + name, name);
+        keys.makeActive(row.active);
+        keys.remove(row.removed);
+        EXPECT_EQ(keys.names(), row.left);
+        EXPECT_EQ(keys.activeName(), row.activeAfter);
+        EXPECT_EQ(keys.token(row.removed), QString()) << "the token itself is overwritten";
+    }
+}
+
+TEST_F(ShippoKeysTest, WithoutItsOnlyKeyNoneIsActiveUntilOneIsAddedAgain)
+{
+    keys.set(u"shippo_live_1"_s, u"Live"_s);
+    keys.remove(u"Live"_s);
+    EXPECT_EQ(keys.activeName(), QString());
+    EXPECT_EQ(keys.activeToken(), std::nullopt);
+    keys.set(u"shippo_live_2"_s, u"Live"_s);
+    EXPECT_EQ(keys.activeToken(), u"shippo_live_2"_s);
+}
+
+TEST_F(ShippoKeysTest, NamesTheSingleKeyOfEarlierVersionsOnce)
+{
+    const std::pair<QString, QString> rows[] = {{u"shippo_test_old"_s, u"Test Mode"_s},
+                                                {u"shippo_live_old"_s, u"Live Mode"_s},
+                                                {u"something"_s, u"Live Mode"_s}};
+    for (const auto &[legacy, name] : rows) {
+        secrets.set(legacy, u"shippo.token"_s);
+        preferences.values.clear();
+        EXPECT_EQ(keys.activeToken(), legacy);
+        EXPECT_EQ(keys.names(), QStringList{name});
+        EXPECT_EQ(keys.activeName(), name);
+        secrets.set(u"changed later"_s, u"shippo.token"_s);
+        EXPECT_EQ(keys.activeToken(), legacy);
+    }
+    preferences.values.clear();
+    keys.set(u"shippo_test_new"_s, u"New"_s);
+    EXPECT_EQ(keys.activeToken(), u"shippo_test_new"_s);
+    EXPECT_EQ(keys.names(), QStringList{u"New"_s}) << "who has a named key needs no migration";
+
+    preferences.values.clear();
+    secrets.set(QString(), u"shippo.token"_s);
+    EXPECT_EQ(keys.activeToken(), std::nullopt);
+    EXPECT_TRUE(keys.names().isEmpty());
+}
+
+TEST_F(ShippoKeysTest, TellsWhetherTheActiveKeyCostsMoney)
+{
+    EXPECT_EQ(keys.settingsText(), u"No API key active. Add one below (Shippo dashboard → API → Developer keys)."_s);
+    EXPECT_EQ(keys.statusText(), u"No Shippo API key — add one in Settings"_s);
+    const std::pair<QString, bool> rows[] = {{u"shippo_test_abc"_s, true},  {u"shippo_testXYZ"_s, true},
+                                             {u"SHIPPO_TEST_abc"_s, false}, {u" shippo_test_abc"_s, false},
+                                             {u"shippo_live_abc"_s, false}, {u"x"_s, false}};
+    for (const auto &[token, test] : rows) {
+        keys.set(token, u"Desk 1"_s);
+        EXPECT_EQ(ShippoKeys::badge(token), test ? u"TEST"_s : u"LIVE"_s);
+        EXPECT_EQ(keys.settingsText(), test ? u"“Desk 1” active — TEST key, labels are free and not valid postage."_s
+                                            : u"“Desk 1” active — LIVE key, labels cost real money."_s);
+        EXPECT_EQ(keys.statusText(), test ? u"Shippo TEST mode (Desk 1) — labels are not real postage"_s
+                                          : u"Shippo LIVE (Desk 1) — labels cost real money"_s);
+    }
+    EXPECT_EQ(ShippoKeys::badge({}), u"LIVE"_s); // a key whose token is missing
+}
+
+} // namespace parcelory::test
