@@ -1,20 +1,9 @@
 #include "carrier/ShippoClient.h"
 
-#include <QStringDecoder>
+#include "core/Text.h"
 
 namespace parcelory {
 using namespace Qt::StringLiterals;
-
-namespace {
-
-QString utf8OrEmpty(const QByteArray &bytes)
-{
-    QStringDecoder decoder(QStringDecoder::Utf8);
-    const QString text = decoder(bytes);
-    return decoder.hasError() ? QString() : text;
-}
-
-} // namespace
 
 ShippoClient::ShippoClient(Platform &platform, ShippoKeys &keys)
     : m_http(platform.http), m_clock(platform.clock), m_keys(keys), m_base(platform.deployment.carrierApi),

@@ -93,12 +93,12 @@ QString ShippoKeys::badge(const QString &token)
 
 QString ShippoKeys::settingsText()
 {
-    const std::optional<QString> active = activeToken();
-    if (!active)
+    const QString active = activeToken().value_or(QString());
+    if (active.isEmpty())
         return u"No API key active. Add one below (Shippo dashboard → API → Developer keys)."_s;
     const QString name = u'“' + activeName();
-    return isTest(*active) ? name + u"” active — TEST key, labels are free and not valid postage."_s
-                           : name + u"” active — LIVE key, labels cost real money."_s;
+    return isTest(active) ? name + u"” active — TEST key, labels are free and not valid postage."_s
+                          : name + u"” active — LIVE key, labels cost real money."_s;
 }
 
 QString ShippoKeys::statusText()

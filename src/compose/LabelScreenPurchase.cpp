@@ -149,7 +149,9 @@ Task<LabelScreen::Printed> LabelScreen::fetchAndPrint(QString labelUrl)
     Printed result;
     try {
         const QByteArray label = co_await m_app.shippo.downloadLabel(labelUrl);
-        if (labelKind(label) != LabelKind::notALabel)
+        if (labelKind(label) != LabelKind::notALabel && !isWhole(label))
+            throw AppError(u"the label arrived incomplete"_s);
+        if (isWhole(label))
             result.document = label; // without bytes, a reprint downloads the label again
         auto printing = onPool([=, this] { return m_app.printer.print(label, zebraQueue, documentQueue); });
         const QString printed = co_await printing;
@@ -168,8 +170,8 @@ Task<LabelScreen::Printed> LabelScreen::printFedexInvoice(QString documentUrl)
     Printed result;
     try {
         const QByteArray document = co_await m_app.shippo.downloadLabel(documentUrl);
-        if (labelKind(document) != LabelKind::pdf)
-            throw AppError(u"what the carrier sent is not a PDF document"_s);
+        if (labelKind(document) != LabelKind::pdf || !isWhole(document))
+            throw AppError(u"what the carrier sent is not a complete PDF document"_s);
         result.document = document;
         auto printing = onPool([=, this] { return m_app.printer.printPDF(document, queue); });
         const bool sentToQueue = co_await printing;

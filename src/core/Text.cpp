@@ -2,6 +2,7 @@
 
 #include <QRegularExpression>
 #include <QTextBoundaryFinder>
+#include <QUtf8StringView>
 
 #include <charconv>
 
@@ -33,6 +34,12 @@ QString firstCharacters(const QString &text, qsizetype count)
         end = next;
     }
     return text.left(end);
+}
+
+QString utf8OrEmpty(const QByteArray &bytes)
+{
+    const QUtf8StringView text(bytes);
+    return text.isValidUtf8() ? text.toString() : QString();
 }
 
 QString trimBlanks(const QString &text)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QString>
 #include <QStringList>
 
@@ -12,6 +13,9 @@ QStringList characters(const QString &text);
 
 /// The first `count` user-perceived characters; never cuts through one.
 QString firstCharacters(const QString &text, qsizetype count);
+
+/// The text of UTF-8 bytes; empty when they are none.
+QString utf8OrEmpty(const QByteArray &bytes);
 
 /// Without the spaces and tabs at both ends; line breaks stay.
 QString trimBlanks(const QString &text);

@@ -27,7 +27,10 @@ constexpr QStringView zebraWords[] = {u"zebra", u"ztc", u"zpl", u"gk420", u"gx42
 QString temporaryFile(const QByteArray &bytes, const QString &prefix, const QString &suffix)
 {
     const QString name = prefix + QUuid::createUuid().toString(QUuid::WithoutBraces) + suffix;
-    QFile file(QDir(QDir::tempPath()).filePath(name));
+    const QDir folder = QDir::temp();
+    if (!folder.exists()) // a file would end up wherever the program was started
+        throw AppError(u"The folder for temporary files, %1, does not exist."_s.arg(folder.path()));
+    QFile file(folder.filePath(name));
     const bool opened = file.open(QIODevice::WriteOnly | QIODevice::NewOnly, QFile::ReadOwner | QFile::WriteOwner);
     if (!opened || file.write(bytes) != bytes.size() || !file.flush()) {
         const QString reason = file.errorString();
@@ -100,14 +103,14 @@ void LabelPrinter::lpr(const QString &path, const QString &queue, bool raw)
         arguments += {u"-o"_s, u"raw"_s};
     const ProcessOutcome outcome = m_processes.run(lprTool, arguments << path);
     if (outcome.status != 0)
-        throw SystemError(outcome.status, u"lpr failed: "_s + QString::fromUtf8(outcome.err));
+        throw SystemError(outcome.status, u"lpr failed: "_s + utf8OrEmpty(outcome.err));
 }
 
 QStringList LabelPrinter::lpstatLines(const QString &option)
 {
     try {
         const ProcessOutcome outcome = m_processes.run(lpstatTool, {option});
-        return QString::fromUtf8(outcome.out).split(u'\n', Qt::SkipEmptyParts);
+        return utf8OrEmpty(outcome.out).split(u'\n', Qt::SkipEmptyParts);
     } catch (const AppError &) {
         return {};
     }
@@ -138,7 +141,7 @@ bool LabelPrinter::queueIsPaused(const QString &queue)
 {
     try {
         const ProcessOutcome outcome = m_processes.run(lpstatTool, {u"-p"_s, queue});
-        return QByteArray(outcome.out + outcome.err).toLower().contains("disabled");
+        return utf8OrEmpty(outcome.out + outcome.err).toLower().contains(u"disabled"_s);
     } catch (const AppError &) {
         return false;
     }

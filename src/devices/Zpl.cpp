@@ -47,6 +47,24 @@ LabelKind labelKind(const QByteArray &label)
     return label.contains("^XA") || label.contains("^xa") ? LabelKind::zpl : LabelKind::notALabel;
 }
 
+bool isWhole(const QByteArray &label)
+{
+    constexpr qsizetype tail = 1024; // a PDF's end mark may have some bytes after it
+    switch (labelKind(label)) {
+    case LabelKind::pdf:
+        return label.right(tail).contains("%%EOF");
+    case LabelKind::png:
+        return label.right(tail).contains("IEND");
+    case LabelKind::zpl: {
+        const QByteArray upper = label.toUpper();
+        return upper.lastIndexOf("^XZ") > upper.lastIndexOf("^XA");
+    }
+    case LabelKind::notALabel:
+        break;
+    }
+    return false;
+}
+
 namespace Zpl {
 
 const QByteArray testLabel = "^XA^PW812^LL406^FO60,60^A0N,60,60^FDParcelory^FS^FO60,150^A0N,40,40^FDZebra test print "

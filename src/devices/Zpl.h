@@ -12,6 +12,9 @@ enum class LabelKind { zpl, pdf, png, notALabel };
 
 LabelKind labelKind(const QByteArray &label);
 
+/// True when a label has its end: a connection that breaks may leave the beginning of a label behind.
+bool isWhole(const QByteArray &label);
+
 /// Labels in Zebra's printer language, as bytes. Dots are 1/203 inch.
 namespace Zpl {
 

@@ -100,6 +100,7 @@ TEST_F(LabelPurchaseTest, ALabelThatCouldNotBePrintedIsLoggedAllTheSame)
 
     const std::pair<LabelAnswer, QString> links[] = {{LabelAnswer::expired, u"Shippo HTTP 403: label download"_s},
                                                      {LabelAnswer::xmlError, u"what the carrier sent is not a label"_s},
+                                                     {LabelAnswer::truncated, u"the label arrived incomplete"_s},
                                                      {LabelAnswer::html, u"what the carrier sent is not a label"_s}};
     int rows = 1;
     const qsizetype printJobs = processes.calls().size();

@@ -16,18 +16,19 @@ namespace {
 
 constexpr int lastTransportError = 199; ///< from 200 on, QNetworkReply's codes only repeat the HTTP status
 
-QNetworkRequest networkRequest(const HttpRequest &request)
+QNetworkRequest networkRequest(const HttpRequest &request, NetworkTransport::Reach reach)
 {
     QNetworkRequest message(request.url);
     message.setTransferTimeout(int(request.timeout.count()));
     for (const auto &[name, value] : request.headers)
         message.setRawHeader(name, value);
-    // A redirect to another host would carry the token along.
-    const bool authorised =
-        std::ranges::any_of(request.headers, [](const auto &h) { return h.first == "Authorization"; });
-    message.setAttribute(QNetworkRequest::RedirectPolicyAttribute, authorised
-                                                                       ? QNetworkRequest::SameOriginRedirectPolicy
-                                                                       : QNetworkRequest::NoLessSafeRedirectPolicy);
+    // A redirect to another host would carry the token along, or lead the practice desk outside.
+    const bool authorised = std::ranges::any_of(request.headers, [](const auto &header) {
+        return header.first.compare("Authorization", Qt::CaseInsensitive) == 0;
+    });
+    const bool stay = authorised || reach == NetworkTransport::Reach::loopbackOnly;
+    message.setAttribute(QNetworkRequest::RedirectPolicyAttribute,
+                         stay ? QNetworkRequest::SameOriginRedirectPolicy : QNetworkRequest::NoLessSafeRedirectPolicy);
     return message;
 }
 
@@ -49,7 +50,7 @@ Task<HttpAnswer> NetworkTransport::send(HttpRequest request)
 {
     if (m_reach == Reach::loopbackOnly && !QHostAddress(request.url.host()).isLoopback())
         throw AppError(u"The practice desk does not go to %1."_s.arg(request.url.host()));
-    const QNetworkRequest message = networkRequest(request);
+    const QNetworkRequest message = networkRequest(request, m_reach);
     const std::unique_ptr<QNetworkReply, QScopedPointerDeleteLater> reply(
         m_manager.sendCustomRequest(message, request.method, request.body));
     co_await reply.get();
