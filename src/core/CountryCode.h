@@ -7,7 +7,7 @@ namespace parcelory {
 /// Free-text countries to ISO 3166-1 alpha-2 codes.
 namespace CountryCode {
 
-/// The code of a country written in any usual English form ("u.s.a.", "England", "Korea, Republic of", "de").
+/// The code of a country written in any usual English form ("u.s.a.", "England", "Korea, South", "de").
 /// Empty for a blank text; an unknown country comes back trimmed and in capitals, never dropped.
 QString alpha2(const QString &text);
 

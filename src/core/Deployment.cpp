@@ -17,7 +17,8 @@ namespace {
 /// Only the practice desk talks to anything but https, and it sets its own address after this check.
 void requireSecure(const QUrl &url, const QString &key)
 {
-    if (!url.isValid() || url.scheme() != u"https"_s || url.host().isEmpty() || url.path() != u"/"_s)
+    if (!url.isValid() || url.scheme() != u"https"_s || url.host().isEmpty() || url.path() != u"/"_s ||
+        url.hasQuery() || url.hasFragment() || !url.userInfo().isEmpty())
         throw AppError(u"The deployment value \"%1\" must be an https address that ends in the host's slash — it is "
                        "\"%2\"."_s.arg(key, url.toString()));
 }

@@ -1,7 +1,6 @@
 #include "core/Json.h"
 
 #include <cctype>
-#include <cstdint>
 #include <limits>
 
 namespace parcelory {
@@ -65,9 +64,8 @@ void decodeValue(const Json &json, bool &value, const std::string &path, Keys)
 
 void decodeValue(const Json &json, int &value, const std::string &path, Keys)
 {
-    const bool isWhole = json.is_number_integer();
-    const auto number = isWhole ? json.get<std::int64_t>() : 0;
-    if (!isWhole || number < std::numeric_limits<int>::min() || number > std::numeric_limits<int>::max())
+    const double number = json.is_number_integer() ? json.get<double>() : std::numeric_limits<double>::infinity();
+    if (number < std::numeric_limits<int>::min() || number > std::numeric_limits<int>::max())
         mismatch(path, "whole number", json);
     value = int(number);
 }

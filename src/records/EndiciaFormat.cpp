@@ -4,6 +4,7 @@
 
 #include <QRegularExpression>
 
+#include <algorithm>
 #include <cmath>
 
 namespace parcelory::EndiciaFormat {
@@ -26,10 +27,9 @@ QString weightText(double ounces)
 
 QString oneField(QString field)
 {
-    for (QChar &c : field) {
-        if (c == u'\t' || newlines.contains(c))
-            c = u' ';
-    }
+    const auto breaksTheLine = [](QChar c) { return c == u'\t' || newlines.contains(c); };
+    if (std::any_of(field.cbegin(), field.cend(), breaksTheLine)) // rare, and without it nothing is copied
+        std::replace_if(field.begin(), field.end(), breaksTheLine, QChar(u' '));
     return field;
 }
 
@@ -79,11 +79,10 @@ std::optional<ShipmentRecord> parse(const QString &line)
     for (QString &field : fields)
         field = trimBlanks(field);
 
-    ShipmentRecord record;
+    const std::optional<QDateTime> date = parseDate(fields[2]);
+    ShipmentRecord record{.createdAt = date ? *date : QDateTime::currentDateTime()};
     record.carrier = u"USPS"_s;
     record.status = fields[0]; // as read, even when empty
-    if (const auto date = parseDate(fields[2]))
-        record.createdAt = *date;
     record.transactionID = fields[3];
     record.recipient = fields[4];
     record.zip11 = fields[5];

@@ -101,8 +101,10 @@ void SenderStore::remove(const QUuid &id)
     if (remaining.size() < 2)
         return;
     remaining.removeIf([&id](const SenderProfile &profile) { return profile.id == id; });
+    if (remaining.isEmpty()) // a file edited by hand may hold one id twice
+        return;
     profiles = remaining;
-    if (defaultID.value() == id && !remaining.isEmpty())
+    if (defaultID.value() == id)
         defaultID = remaining.first().id;
 }
 

@@ -1,0 +1,13 @@
+#include <benchmark/benchmark.h>
+
+#include <QCoreApplication>
+
+int main(int argc, char **argv)
+{
+    const QCoreApplication app(argc, argv);
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv))
+        return 1;
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+}

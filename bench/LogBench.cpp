@@ -1,0 +1,150 @@
+#include "Compare.h"
+
+#include "records/EndiciaFormat.h"
+#include "records/ShipmentLog.h"
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+
+namespace parcelory::bench {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int rowCount = 100000;
+
+/// One mail log line like those of a busy desk.
+QByteArray mailLine(int number)
+{
+    const QByteArray n = QByteArray::number(number);
+    return "\tStamp\t" + QByteArray::number(number % 12 + 1).rightJustified(2, '0') + "/" +
+           QByteArray::number(number % 28 + 1).rightJustified(2, '0') + "/26 02:41 PM\t3a377267a25d49b595117fa2" + n +
+           "\tEleanor Whitfield, " + n + " Montford Ave, Apt 3B, Asheville NC 28801\t28801\t7.42\t24.5\t512.10\t" +
+           "Priority Mail\tSignature\t9210890175547700" + n + "\t100.00\tThree coins\tINV-" + n + "\tdesk\t" + n +
+           "@example.com\n";
+}
+
+void sqliteTool(const QStringList &arguments)
+{
+    QProcess tool;
+    tool.setStandardOutputFile(QProcess::nullDevice());
+    tool.start(u"sqlite3"_s, arguments);
+    if (!tool.waitForFinished(-1) || tool.exitCode() != 0)
+        qFatal("sqlite3: %s", tool.readAllStandardError().constData());
+}
+
+/// A log of 100,000 rows, each with a label of 6 KB; made once for all benchmarks.
+const QDir &largeLog()
+{
+    static const QTemporaryDir folder;
+    static const bool filled = [] {
+        const ShipmentLog log(QDir(folder.path()));
+        return Database(folder.filePath(u"mailing_log.sqlite"_s))
+            .exec("WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 100000)"
+                  "INSERT INTO shipments (created_at, carrier, service, postage, recipient, services, tracking,"
+                  " tracking_url, weight, weight_oz, description, reference, transaction_id, label_url, status,"
+                  " test_mode, zip11, zpl) SELECT 1700000000 + i * 60, 'USPS', 'Priority Mail', 7.42,"
+                  " 'Recipient ' || i || ', 418 Montford Ave, Asheville NC', 'Signature', '9210890175547700' || i,"
+                  " 'https://tools.example.com/' || i, '1 lb 8.5 oz', 24.5, 'Three coins', 'INV-' || i, 'tx' || i,"
+                  " 'https://labels.example.com/' || i, 'PRINTED', 0, '28801', randomblob(6144) FROM n");
+    }();
+    static const QDir dir(folder.path());
+    if (!filled)
+        qFatal("the log could not be filled");
+    return dir;
+}
+
+/// Reads every column of every row and keeps nothing.
+void readAll(const Database &db, const QByteArray &sql, int columns = 26)
+{
+    for (Statement rows(db, sql); rows.step();) {
+        for (int column = 0; column < columns; ++column)
+            benchmark::DoNotOptimize(rows.blob(column));
+    }
+}
+
+void reload(ShipmentLog &log, const QString &search)
+{
+    log.reload(search);
+    QCoreApplication::sendPostedEvents();
+}
+
+void importOf100000Lines(benchmark::State &state)
+{
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(u"log.txt"_s);
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly))
+        qFatal("no space for the benchmark");
+    file.write(EndiciaFormat::header().toUtf8() + '\n');
+    for (int line = 0; line < rowCount; ++line)
+        file.write(mailLine(line));
+    file.close();
+    // An index on the date, as the log has one.
+    const QString plainTable = u"CREATE TABLE mail (\"%1\"); CREATE INDEX dates ON mail(\"Date_Time\" DESC)"_s.arg(
+        EndiciaFormat::header().replace(u'\t', u"\", \""_s));
+    int round = 0;
+    compare(
+        state,
+        [&] {
+            ShipmentLog log(QDir(folder.filePath(QString::number(++round))));
+            if (log.importEndiciaCSV(path) != rowCount)
+                qFatal("lines are missing");
+        },
+        [&] {
+            sqliteTool({folder.filePath(u"plain%1"_s.arg(round)), u".mode tabs"_s, plainTable,
+                        u".import --skip 1 %1 mail"_s.arg(path)});
+        });
+}
+
+void exportOf100000Rows(benchmark::State &state)
+{
+    const QDir &folder = largeLog();
+    const ShipmentLog log(folder);
+    compare(
+        state,
+        [&] {
+            QFile file(folder.filePath(u"export.txt"_s));
+            if (!file.open(QIODevice::WriteOnly) || file.write(log.exportEndiciaCSV().toUtf8()) < rowCount)
+                qFatal("not exported");
+        },
+        [&] {
+            sqliteTool({folder.filePath(u"mailing_log.sqlite"_s), u".mode tabs"_s,
+                        u".output %1"_s.arg(folder.filePath(u"plain.txt"_s)),
+                        u"SELECT status, 'Stamp', strftime('%m/%d/%Y %H:%M', created_at, 'unixepoch', 'localtime'),"
+                        " transaction_id, recipient, zip11, postage, weight_oz, balance, service, services, tracking,"
+                        " declared_value, description, reference, group_code, email FROM shipments"
+                        " ORDER BY created_at"_s});
+        });
+}
+
+void newest1000Of100000Rows(benchmark::State &state)
+{
+    ShipmentLog log(largeLog());
+    const Database plain(largeLog().filePath(u"mailing_log.sqlite"_s));
+    compare(
+        state, [&] { reload(log, {}); },
+        [&] { readAll(plain, "SELECT * FROM shipments ORDER BY created_at DESC LIMIT 1000"); });
+}
+
+void searchIn100000Rows(benchmark::State &state, const char *word)
+{
+    ShipmentLog log(largeLog());
+    const Database plain(largeLog().filePath(u"mailing_log.sqlite"_s));
+    const QByteArray pattern = QByteArray("'%") + word + "%'";
+    const QByteArray sql = "SELECT * FROM shipments WHERE recipient LIKE " + pattern + " OR tracking LIKE " + pattern +
+                           " OR description LIKE " + pattern + " OR reference LIKE " + pattern +
+                           " ORDER BY created_at DESC LIMIT 1000";
+    compare(state, [&] { reload(log, QString::fromLatin1(word)); }, [&] { readAll(plain, sql); });
+}
+
+BENCHMARK(importOf100000Lines)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(3);
+BENCHMARK(exportOf100000Rows)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(3);
+BENCHMARK(newest1000Of100000Rows)->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(searchIn100000Rows, oneRow, "INV-77777")->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(searchIn100000Rows, everyRow, "Montford")->UseManualTime()->Unit(benchmark::kMillisecond);
+
+} // namespace
+} // namespace parcelory::bench
