@@ -1,8 +1,8 @@
 #pragma once
 
+#include "carrier/CarrierAnswer.h"
 #include "carrier/ShippoRecords.h"
 #include "core/IsoDate.h"
-#include "core/Json.h"
 #include "core/Task.h"
 
 namespace parcelory {
@@ -20,9 +20,9 @@ Task<QList<T>> pagedList(Fetch fetch, QString path, QDateTime cutoff, Created cr
     QList<T> all;
     for (int pages = 1;; ++pages) {
         const QByteArray answer = co_await fetch(path);
-        const auto page = decodeJson<ShippoList<T>>(answer, Keys::snake);
+        const auto page = decodeAnswer<ShippoList<T>>(answer);
         all += page.results;
-        if (page.results.isEmpty() || !page.next || pages == maxPages)
+        if (page.results.isEmpty() || page.next.value_or(QString()).isEmpty() || pages == maxPages)
             co_return all;
         for (const T &record : page.results) {
             const std::optional<QString> text = created(record);

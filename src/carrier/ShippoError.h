@@ -33,6 +33,20 @@ private:
     int m_status;
 };
 
+/// The carrier took a purchase on, and then it could not be learned what became of it. The label may exist.
+class UnsettledPurchase : public AppError {
+public:
+    UnsettledPurchase(QString description, QString transactionId)
+        : AppError(std::move(description)), m_transactionId(std::move(transactionId))
+    {
+    }
+
+    const QString &transactionId() const { return m_transactionId; }
+
+private:
+    QString m_transactionId;
+};
+
 /// Up to four readable lines from a refused request's body ("address_to zip: Invalid zip"), or nothing when it holds
 /// no text.
 std::optional<QString> prettyFieldErrors(const QByteArray &body);

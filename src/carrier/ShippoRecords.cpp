@@ -43,6 +43,14 @@ std::pair<QString, QString> ShippoAddress::splitStreet(const QString &street1, c
     return {trimBlanksAndCommas(line.first(split)), firstCharacters(rest, streetLimit)};
 }
 
+QString joinedTexts(const std::optional<QList<ShippoMessage>> &messages)
+{
+    QStringList texts;
+    for (const ShippoMessage &message : messages.value_or(QList<ShippoMessage>()))
+        texts += message.text.value_or(QString());
+    return joinPresent(texts, u" • "_s);
+}
+
 QString ShippoAddress::oneLine() const
 {
     const QString place = trimBlanks(city + u' ' + state + u' ' + zip);

@@ -57,6 +57,9 @@ struct ShippoMessage {
     }
 };
 
+/// The texts of messages that have one, parted by bullets.
+QString joinedTexts(const std::optional<QList<ShippoMessage>> &messages);
+
 struct ShippoServiceLevel {
     std::optional<QString> name;  ///< for people
     std::optional<QString> token; ///< as in ServiceClass
@@ -294,7 +297,7 @@ struct ShippoList {
     }
 };
 
-/// A parcel as handed to rating: six decimal or unit texts; no dimensions when all three are empty.
+/// A parcel as handed to rating: six decimal or unit texts; sent without dimensions unless it has all three.
 struct ShippoParcel {
     QString length;
     QString width;

@@ -17,14 +17,6 @@ QString reviewLines(const Street &street1, const Street &street2, const Text &ci
     return joinPresent({street1, street2, place}, u"\n"_s);
 }
 
-QString joinedMessages(const ShippoValidationResults &results)
-{
-    QStringList texts;
-    for (const ShippoMessage &message : results.messages.value_or(QList<ShippoMessage>()))
-        texts += message.text.value_or(QString());
-    return joinPresent(texts, u" • "_s);
-}
-
 Question standardisedQuestion(const QStringList &lost, const QString &uspsVersion)
 {
     return {.title = u"USPS Rewrote This Address"_s,
@@ -80,7 +72,7 @@ Task<> LabelScreen::judge(ShippoValidatedAddress answer)
 {
     const ShippoValidationResults results = answer.validationResults.value_or(ShippoValidationResults{});
     if (!results.isValid.value_or(false)) { // without a verdict nothing was validated
-        const QString reasons = joinedMessages(results);
+        const QString reasons = joinedTexts(results.messages);
         validationOK = false;
         validationStatus = reasons.isEmpty() ? u"Address could not be validated."_s : reasons;
         co_return;

@@ -96,12 +96,21 @@ Task<> LabelScreen::buyAndPrint()
         const ShippoTransaction bought = co_await m_app.shippo.purchase(rate->objectId, u"ZPLII"_s, tag);
         co_await finishPurchase(purchase, bought);
     } catch (const AppError &error) {
-        fail(u"Buy Label"_s, error);
-        if (!outcomeUnknown(error))
+        if (!outcomeUnknown(error)) {
+            fail(u"Buy Label"_s, error);
             co_return;
+        }
         clearRates(); // buying again takes a new look at the prices, and so a moment's thought
-        warn(error.description() + u" The label may have been bought all the same — look for it in the Shippo "
-                                   "dashboard before buying again."_s);
+        const auto *unsettled = dynamic_cast<const UnsettledPurchase *>(&error);
+        const QString text =
+            error.description() +
+            u" The label may have been bought all the same — look for it in the Shippo dashboard before "
+            "buying again: "_s +
+            joinPresent({purchase.record.recipient, u"rate "_s + rate->objectId,
+                         unsettled ? u"transaction "_s + unsettled->transactionId() : QString()},
+                        u", "_s) +
+            u'.';
+        fail(u"Buy Label"_s, AppError(text));
     }
 }
 

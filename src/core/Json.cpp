@@ -1,6 +1,7 @@
 #include "core/Json.h"
 
 #include <cctype>
+#include <cmath>
 #include <limits>
 
 namespace parcelory {
@@ -11,7 +12,7 @@ namespace {
 /// Dates in our files are seconds since the start of 2001, UTC.
 const QDateTime &referenceDate()
 {
-    static const QDateTime date(QDate(2001, 1, 1), QTime(0, 0), Qt::UTC);
+    static const QDateTime date = QDateTime::fromSecsSinceEpoch(978307200);
     return date;
 }
 
@@ -64,8 +65,9 @@ void decodeValue(const Json &json, bool &value, const std::string &path, Keys)
 
 void decodeValue(const Json &json, int &value, const std::string &path, Keys)
 {
-    const double number = json.is_number_integer() ? json.get<double>() : std::numeric_limits<double>::infinity();
-    if (number < std::numeric_limits<int>::min() || number > std::numeric_limits<int>::max())
+    const double number = json.is_number() ? json.get<double>() : std::numeric_limits<double>::infinity();
+    if (number != std::floor(number) || number < std::numeric_limits<int>::min() ||
+        number > std::numeric_limits<int>::max())
         mismatch(path, "whole number", json);
     value = int(number);
 }
@@ -90,7 +92,8 @@ void decodeValue(const Json &json, QUrl &value, const std::string &path, Keys ke
 
 void decodeValue(const Json &json, QDateTime &value, const std::string &path, Keys)
 {
-    if (!json.is_number())
+    constexpr double farthest = 1e12; // seconds; beyond, a date cannot be reckoned with
+    if (!json.is_number() || std::abs(json.get<double>()) > farthest)
         mismatch(path, "number", json);
     value = referenceDate().addMSecs(qRound64(json.get<double>() * 1000)).toLocalTime();
 }

@@ -19,9 +19,9 @@ constexpr QStringView newlines = u"\n\r\v\f\u0085\u2028\u2029";
 
 QString weightText(double ounces)
 {
-    const int pounds = int(ounces * 0.0625);
+    const double pounds = std::floor(ounces * 0.0625);
     if (pounds > 0)
-        return QString::number(pounds) + u" lb "_s + general(ounces - 16 * pounds) + u" oz"_s;
+        return fixed(pounds, 0) + u" lb "_s + general(ounces - 16 * pounds) + u" oz"_s;
     return general(ounces) + u" oz"_s;
 }
 

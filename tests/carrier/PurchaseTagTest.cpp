@@ -15,7 +15,7 @@ TEST(PurchaseTag, HoldsFiveFieldsWhateverTheAddressesSay)
     EXPECT_EQ(purchaseTag(desk, abroad, Carrier::fedex, u"International Priority"_s),
               u"KX|GB|Harriet / Ashcombe of |FedEx International Priority|97301"_s);
     const ShippoAddress home{.name = u"Al"_s};
-    EXPECT_EQ(purchaseTag(desk, home, Carrier::usps, u"Priority Mail"_s), u"KX||Al|USPS Priority Mail|97301"_s);
+    EXPECT_EQ(purchaseTag(desk, home, Carrier::usps, u"Priority Mail"_s), u"KX|US|Al|USPS Priority Mail|97301"_s);
 }
 
 TEST(PurchaseTag, StaysWithinWhatTheCarrierKeepsForEveryServiceAndCountryCode)

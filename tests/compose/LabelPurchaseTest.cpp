@@ -165,6 +165,16 @@ TEST_F(LabelPurchaseTest, ARefusedPurchaseLeavesTheRatesAndAnUnknownOutcomeDoesN
     run(screen().buyAndPrint());
     EXPECT_TRUE(banner().contains(u"The label may have been bought all the same"_s)) << banner().toStdString();
     EXPECT_FALSE(screen().selectedRate());
+    EXPECT_EQ(sent("/transactions/").size(), 2) << "a lost answer must not make the transport buy again";
+
+    carrier.setScenario({});
+    rateHome();
+    CarrierScenario refusedPoll{.queuedReads = 5};
+    refusedPoll.failNext = CarrierFailure{"transactions/", 429, "text/plain", "slow down", 1, "GET"};
+    carrier.setScenario(refusedPoll);
+    run(screen().buyAndPrint());
+    EXPECT_TRUE(banner().contains(u", transaction "_s)) << banner().toStdString();
+    EXPECT_FALSE(screen().selectedRate()) << "the purchase was taken on before the look at it was refused";
     EXPECT_FALSE(screen().busy.value());
 }
 

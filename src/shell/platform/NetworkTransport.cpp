@@ -4,6 +4,7 @@
 
 #include <QCoroNetworkReply>
 #include <QHostAddress>
+#include <QIODevice>
 #include <QNetworkReply>
 
 #include <algorithm>
@@ -14,11 +15,38 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int lastTransportError = 199; ///< from 200 on, QNetworkReply's codes only repeat the HTTP status
+/// A body that can be read once. The network manager sends a request again when its connection is lost before an
+/// answer, which would buy a label twice; a body that does not go back to its beginning makes it fail instead.
+class OneTimeBody : public QIODevice {
+public:
+    explicit OneTimeBody(QByteArray bytes) : m_bytes(std::move(bytes)) { open(ReadOnly | Unbuffered); }
+
+    qint64 size() const override { return m_bytes.size(); }
+    bool reset() override { return m_read == 0; }
+    bool seek(qint64 to) override { return to == m_read && QIODevice::seek(to); }
+    bool atEnd() const override { return m_read == m_bytes.size(); }
+    qint64 bytesAvailable() const override { return m_bytes.size() - m_read; }
+
+protected:
+    qint64 readData(char *data, qint64 most) override
+    {
+        const qint64 count = std::min(most, qint64(m_bytes.size()) - m_read);
+        std::copy_n(m_bytes.constData() + m_read, count, data);
+        m_read += count;
+        return count > 0 || most == 0 ? count : -1;
+    }
+    qint64 writeData(const char *, qint64) override { return -1; }
+
+private:
+    QByteArray m_bytes;
+    qint64 m_read = 0;
+};
 
 QNetworkRequest networkRequest(const HttpRequest &request, NetworkTransport::Reach reach)
 {
     QNetworkRequest message(request.url);
+    if (!request.body.isEmpty())
+        message.setHeader(QNetworkRequest::ContentLengthHeader, request.body.size());
     message.setTransferTimeout(int(request.timeout.count()));
     for (const auto &[name, value] : request.headers)
         message.setRawHeader(name, value);
@@ -37,7 +65,7 @@ QString failureText(const QNetworkReply &reply, const HttpRequest &request)
 {
     const QString host = request.url.host();
     if (reply.error() == QNetworkReply::OperationCanceledError || reply.error() == QNetworkReply::TimeoutError)
-        return u"No answer came from %1 within %2 seconds — check the network and try again."_s.arg(host).arg(
+        return u"%1 did not answer for %2 seconds — check the network and try again."_s.arg(host).arg(
             request.timeout.count() / 1000);
     return u"%1 could not be reached (%2) — check the network and try again."_s.arg(host, reply.errorString());
 }
@@ -51,13 +79,14 @@ Task<HttpAnswer> NetworkTransport::send(HttpRequest request)
     if (m_reach == Reach::loopbackOnly && !QHostAddress(request.url.host()).isLoopback())
         throw AppError(u"The practice desk does not go to %1."_s.arg(request.url.host()));
     const QNetworkRequest message = networkRequest(request, m_reach);
+    OneTimeBody body(request.body);
     const std::unique_ptr<QNetworkReply, QScopedPointerDeleteLater> reply(
-        m_manager.sendCustomRequest(message, request.method, request.body));
+        request.body.isEmpty() ? m_manager.sendCustomRequest(message, request.method)
+                               : m_manager.sendCustomRequest(message, request.method, &body));
     co_await reply.get();
     const int status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
-    const auto error = reply->error();
-    // A connection that broke in the middle of an answer has a status, too.
-    if (error != QNetworkReply::NoError && error <= lastTransportError)
+    // A connection that broke in the middle of an answer has a status, too; a refusal by status is an answer.
+    if (status == 0 || (reply->error() != QNetworkReply::NoError && status < 400))
         throw AppError(failureText(*reply, request));
     co_return HttpAnswer{status, reply->readAll()};
 }
