@@ -42,6 +42,8 @@ Task<> LabelScreen::validate()
 {
     if (busy)
         co_return;
+    banner = std::nullopt;
+    forgetValidation();
     if (isInternational()) {
         validationStatus = u"International — address not validated"_s;
         validationOK = true;
@@ -51,14 +53,10 @@ Task<> LabelScreen::validate()
     {
         busy = true;
         const auto done = qScopeGuard([this] { busy = false; });
-        banner = std::nullopt;
-        const int edits = m_edits;
         try {
-            const ShippoValidatedAddress answer = co_await m_app.shippo.validateAddress(m_app.draftTo);
-            if (edits != m_edits)
-                warn(u"The draft was changed while its address was checked — validate again."_s);
-            else
-                co_await judge(answer);
+            const ShippoAddress typed = m_app.draftTo;
+            const ShippoValidatedAddress answer = co_await m_app.shippo.validateAddress(typed);
+            co_await judge(typed, answer);
         } catch (const AppError &error) {
             fail(u"Validate Address"_s, error);
         }
@@ -68,8 +66,13 @@ Task<> LabelScreen::validate()
 }
 
 /// Takes the carrier's verdict over into the draft.
-Task<> LabelScreen::judge(ShippoValidatedAddress answer)
+Task<> LabelScreen::judge(ShippoAddress typed, ShippoValidatedAddress answer)
 {
+    const QString changed = u"The draft was changed while its address was checked — validate again."_s;
+    if (!(m_app.draftTo.value() == typed)) {
+        warn(changed);
+        co_return;
+    }
     const ShippoValidationResults results = answer.validationResults.value_or(ShippoValidationResults{});
     if (!results.isValid.value_or(false)) { // without a verdict nothing was validated
         const QString reasons = joinedTexts(results.messages);
@@ -77,7 +80,6 @@ Task<> LabelScreen::judge(ShippoValidatedAddress answer)
         validationStatus = reasons.isEmpty() ? u"Address could not be validated."_s : reasons;
         co_return;
     }
-    const ShippoAddress typed = m_app.draftTo;
     const QString street1 = answer.street1.value_or(typed.street1), street2 = answer.street2.value_or(QString());
     const QStringList lost = AddressGuard::lostTokens(typed.street1, typed.street2, street1, street2);
     bool adopt = true;
@@ -86,6 +88,10 @@ Task<> LabelScreen::judge(ShippoValidatedAddress answer)
                                                 answer.state.value_or(typed.state), answer.zip.value_or(typed.zip));
         const int choice = co_await m_app.platform.prompts.choose(standardisedQuestion(lost, uspsVersion));
         adopt = choice == 1;
+        if (!(m_app.draftTo.value() == typed)) { // a scan may fill in another recipient behind the dialog
+            warn(changed);
+            co_return;
+        }
     }
     if (adopt)
         adoptStandardised(answer);

@@ -20,8 +20,8 @@ void LabelScreen::watchEdits()
     const auto watch = [this](auto action, auto &...property) {
         (m_notifiers.push_back(property.addNotifier(action)), ...);
     };
-    watch([this] { draftEdited(); }, senderID, weightLb, weightOz, dimLength, dimWidth, dimHeight, service,
-          insuranceValue, shipDate, fedexResidential);
+    watch([this] { draftEdited(); }, m_app.senders.profiles, m_app.senders.defaultID, senderID, weightLb, weightOz,
+          dimLength, dimWidth, dimHeight, service, insuranceValue, shipDate, fedexResidential);
     watch([this] { recipientEdited(); }, m_app.draftTo);
     watch([this] { mailpieceChosen(); }, mailpiece);
     watch([this] { carrierChosen(); }, carrier);
@@ -45,8 +45,8 @@ void LabelScreen::recipientEdited()
     sameWhereabouts.phone = m_lastRecipient.phone;
     sameWhereabouts.email = m_lastRecipient.email;
     if (!(sameWhereabouts == m_lastRecipient)) { // a checked street is not the one that stands here now
-        validationStatus = QString();
-        validationOK = false;
+        forgetValidation();
+        showIntlPaperwork = false; // the open sheet is about another parcel
     }
     draftEdited();
     syncClassToDestination();
@@ -56,25 +56,26 @@ void LabelScreen::mailpieceChosen()
 {
     draftEdited();
     const MailpieceSelection &chosen = mailpiece.value();
-    const auto fill = [this](const QString &length, const QString &width, const QString &height) {
-        dimLength = length;
-        dimWidth = width;
-        dimHeight = height;
-    };
-    const bool hadBoxSize = std::exchange(m_sizeFromBox, false);
+    if (std::exchange(m_sizeFromBox, false))
+        setSize({}, {}, {}); // a box's size is not that of other packaging
     if (const auto *preset = std::get_if<PresetMailpiece>(&chosen)) {
         if (const PresetBox *box = presetBox(preset->id)) {
-            fill(box->length, box->width, box->height);
+            setSize(box->length, box->width, box->height);
             m_sizeFromBox = true;
         }
     } else if (const auto *id = std::get_if<QUuid>(&chosen)) {
         if (const std::optional<BoxProfile> box = m_app.boxes.find(*id)) {
-            fill(box->length, box->width, box->height);
+            setSize(box->length, box->width, box->height);
             m_sizeFromBox = true;
         }
-    } else if (hadBoxSize) {
-        fill({}, {}, {}); // a box's size is not that of packaging of one's own
     }
+}
+
+void LabelScreen::setSize(const QString &length, const QString &width, const QString &height)
+{
+    dimLength = length;
+    dimWidth = width;
+    dimHeight = height;
 }
 
 void LabelScreen::carrierChosen()
@@ -97,8 +98,10 @@ void LabelScreen::syncClassToDestination()
 
 void LabelScreen::invalidateIntlRates()
 {
+    if (!isInternational())
+        return;
     ++m_edits;
-    if (!isInternational() || rates.value().isEmpty())
+    if (rates.value().isEmpty())
         return;
     clearRates();
     warn(u"Customs details changed — get rates again so the label matches."_s);
@@ -106,14 +109,26 @@ void LabelScreen::invalidateIntlRates()
 
 void LabelScreen::takeFilledDraft()
 {
-    reference = m_app.draftReference.value(); // the recipient is edited in place
+    draftEdited(); // even when the recipient is the same one again
+    reference = m_app.draftReference.value();
+    forgetValidation();
+    showIntlPaperwork = false;
+    banner = std::nullopt;
+}
+
+void LabelScreen::forgetValidation()
+{
     validationStatus = QString();
     validationOK = false;
-    banner = std::nullopt;
 }
 
 void LabelScreen::clearDraft()
 {
+    banner = std::nullopt;
+    forgetValidation();
+    fedexResidential = false;
+    if (!m_sizeFromBox)
+        setSize({}, {}, {});
     m_app.draftTo = ShippoAddress{};
     weightLb = QString();
     weightOz = QString();

@@ -87,7 +87,7 @@ public:
     Task<> fetchRates(bool intlConfirmed = false);
     /// Buys the selected rate, prints the label and writes the mailing log.
     Task<> buyAndPrint();
-    /// Empties the draft for the next parcel; sender, carrier, mailpiece, class and option stay.
+    /// Empties the draft for the next parcel; sender, carrier, mailpiece with its box's size, class and option stay.
     void clearDraft();
 
 private:
@@ -115,6 +115,8 @@ private:
     void syncClassToDestination();
     void invalidateIntlRates();
     void takeFilledDraft();
+    void forgetValidation();
+    void setSize(const QString &length, const QString &width, const QString &height);
     void clearRates();
     void selectRateOfClass();
     void warn(const QString &text);
@@ -128,7 +130,7 @@ private:
     RatingRequest ratingRequest() const;
     Task<> applyRates(ShippoShipment shipment);
     void adoptStandardised(const ShippoValidatedAddress &standardised);
-    Task<> judge(ShippoValidatedAddress answer);
+    Task<> judge(ShippoAddress typed, ShippoValidatedAddress answer);
     Task<> continueTowardsRating();
     Task<bool> reviewPrintedAddress(ShippoShipment shipment);
 

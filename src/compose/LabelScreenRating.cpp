@@ -113,8 +113,12 @@ RatingRequest LabelScreen::ratingRequest() const
 
 Task<> LabelScreen::fetchRates(bool intlConfirmed)
 {
-    if (busy || !formComplete())
+    if (busy)
         co_return;
+    if (!formComplete()) {
+        warn(ratesHint());
+        co_return;
+    }
     if (const std::optional<QString> reason = obstacle()) {
         warn(*reason);
         co_return;
@@ -153,8 +157,7 @@ Task<> LabelScreen::applyRates(ShippoShipment shipment)
     if (keep)
         co_return;
     clearRates();
-    validationStatus = QString();
-    validationOK = false;
+    forgetValidation();
     warn(u"Rates cleared — adjust the address and validate again."_s);
 }
 

@@ -21,7 +21,8 @@ void replaceFile(const QString &path, const QByteArray &bytes)
 {
     QDir().mkpath(QFileInfo(path).absolutePath());
     QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit())
+    // The flush is asked for its result: commit() alone renames a file that a full disk left empty.
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.flush() || !file.commit())
         qWarning("Parcelory: cannot write %s: %s", qPrintable(path), qPrintable(file.errorString()));
 }
 
