@@ -63,6 +63,7 @@ QList<PracticeOrder> readOrders(const QString &path)
 void compose(const PracticeOrder &order, AppState &app, LabelScreen &screen)
 {
     screen.clearDraft();
+    screen.mailpiece = BuiltinMailpiece::package;
     app.draftTo = order.to;
     if (order.carrier)
         screen.carrier = known(carrierFrom(*order.carrier), u"carrier"_s, *order.carrier);

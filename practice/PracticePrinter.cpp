@@ -5,6 +5,8 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <algorithm>
+
 namespace parcelory {
 using namespace Qt::StringLiterals;
 
@@ -14,7 +16,6 @@ namespace {
 void keepCopy(const QString &path, const QDir &folder, const QString &name)
 {
     folder.mkpath(u"."_s);
-    QFile::remove(folder.filePath(name));
     if (!QFile::copy(path, folder.filePath(name)))
         throw AppError(u"%1 could not be kept in %2"_s.arg(name, folder.absolutePath()));
 }
@@ -28,7 +29,8 @@ ProcessOutcome answer(const QByteArray &out)
 
 PracticePrinter::PracticePrinter(QDir folder) : m_folder(std::move(folder))
 {
-    m_jobs = int(m_folder.entryList(QDir::Files).size()); // earlier runs' files stay
+    for (const QString &name : m_folder.entryList(QDir::Files)) // earlier runs' files stay
+        m_jobs = std::max(m_jobs.load(), name.section(u'-', 0, 0).toInt());
 }
 
 ProcessOutcome PracticePrinter::run(const QString &program, const QStringList &arguments)

@@ -8,7 +8,7 @@
 #include "shell/platform/ConsolePrompts.h"
 
 #include <QCoreApplication>
-#include <QFile>
+#include <QSaveFile>
 
 #include <cstdio>
 
@@ -54,8 +54,11 @@ Task<Shipped> ship(AppState &app, LabelScreen &screen, PracticeOrder order)
     if (screen.selectedRate())
         co_await screen.buyAndPrint();
     say(u"  "_s + bannerText(screen));
-    result.done = screen.banner.value() && screen.banner.value()->ok;
-    result.label = result.done ? app.lastShipmentSummary.value() : bannerText(screen);
+    const std::optional<Banner> banner = screen.banner;
+    result.done =
+        banner && banner->ok && banner->text.startsWith(u"Success!"_s) && !banner->text.contains(u" failed: "_s);
+    const QString reason = banner ? banner->text : screen.validationStatus.value();
+    result.label = result.done ? app.lastShipmentSummary.value() : reason;
     co_return result;
 }
 
@@ -78,8 +81,12 @@ Task<int> shipAll(AppState &app, LabelScreen &screen, QList<PracticeOrder> order
 QString exportLog(const AppState &app)
 {
     const QString path = app.platform.dataFolder.absoluteFilePath(u"Mail Log Export.csv"_s);
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(app.log.exportEndiciaCSV().toUtf8()) < 0)
+    bool complete = false;
+    const QByteArray text = app.log.exportEndiciaCSV(&complete).toUtf8();
+    if (!complete)
+        throw AppError(u"The mailing log could not be read to its end, so nothing was exported."_s);
+    QSaveFile file(path); // an earlier export stays until this one is complete
+    if (!file.open(QIODevice::WriteOnly) || file.write(text) != text.size() || !file.flush() || !file.commit())
         throw AppError(u"The mailing log could not be exported to %1 — %2."_s.arg(path, file.errorString()));
     return path;
 }
@@ -112,8 +119,8 @@ int runPractice(const QString &folder, const QString &ordersFile)
         try {
             status = co_await shipAll(app, screen, orders);
             sayWhere(app, desk, exportLog(app));
-        } catch (const AppError &error) {
-            say(u"parcelory: "_s + error.description());
+        } catch (const std::exception &error) {
+            say(u"parcelory: "_s + describe(error));
             status = 1;
         }
         // Posted, because a run that fails at once is over before the event loop begins.

@@ -146,8 +146,8 @@ Task<> LabelScreen::finishPurchase(Purchase purchase, ShippoTransaction transact
     m_app.lastShipmentSummary = summaryOf(purchase.carrier, purchase.to, record, purchase.rate.amount);
     if (purchase.edits == m_edits) // the clerk has not begun the next parcel yet
         clearDraft();
-    banner =
-        Banner{u"Success! %1 to %2, $%3"_s.arg(record.service, purchase.to.name, purchase.rate.amount) + outcome, true};
+    banner = Banner{u"Success! %1 to %2, $%3"_s.arg(record.service, purchase.to.name, purchase.rate.amount) + outcome,
+                    logged};
 }
 
 /// Fetches and prints the label. It is paid for by now, so nothing that fails here may stop it from being logged.

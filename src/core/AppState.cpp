@@ -25,6 +25,11 @@ AppState::AppState(Platform &host)
     connect(&log, &ShipmentLog::recordsChanged, this, &AppState::changed);
 }
 
+AppState::~AppState()
+{
+    workPool().waitForDone();
+}
+
 void AppState::fillRecipient(const PostalContact &contact)
 {
     ShippoAddress recipient = contact.asShippoAddress();

@@ -36,6 +36,7 @@ class AppState : public QObject {
     Q_OBJECT
 public:
     explicit AppState(Platform &platform);
+    ~AppState() override; ///< waits for what still runs on the thread pool
 
     Platform &platform;
     ErrorLog &errors; ///< ErrorLog::shared()

@@ -18,7 +18,7 @@ const QDateTime &referenceDate()
 
 QString printable(const std::string &path)
 {
-    return path.empty() ? u"the answer"_s : u'"' + QString::fromStdString(path) + u'"';
+    return path.empty() ? u"the text"_s : u'"' + QString::fromStdString(path) + u'"';
 }
 
 } // namespace

@@ -6,7 +6,9 @@ namespace parcelory {
 
 Database::Database(const QString &path)
 {
-    m_open = sqlite3_open(path.toUtf8().constData(), &m_db) == SQLITE_OK;
+    // Threads share the handle, so its mutex is asked for: some systems' libraries leave it out by default.
+    constexpr int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_FULLMUTEX;
+    m_open = sqlite3_open_v2(path.toUtf8().constData(), &m_db, flags, nullptr) == SQLITE_OK;
     if (m_db)
         sqlite3_busy_timeout(m_db, int(std::chrono::milliseconds(busyTimeout).count()));
 }
@@ -67,7 +69,13 @@ void Statement::bind(int parameter, const std::optional<QByteArray> &blob)
 
 bool Statement::step()
 {
-    return m_statement && sqlite3_step(m_statement) == SQLITE_ROW;
+    m_lastResult = m_statement ? sqlite3_step(m_statement) : SQLITE_ERROR;
+    return m_lastResult == SQLITE_ROW;
+}
+
+bool Statement::isComplete() const
+{
+    return m_lastResult == SQLITE_DONE;
 }
 
 bool Statement::execute()

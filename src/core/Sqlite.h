@@ -55,6 +55,8 @@ public:
 
     /// True while a row is there to be read.
     bool step();
+    /// After the last step(): true when there are no more rows, false when reading failed on the way.
+    bool isComplete() const;
     /// Steps a statement that gives no rows; true when it was carried out. May be called again with new values.
     bool execute();
 
@@ -65,6 +67,7 @@ public:
 
 private:
     sqlite3_stmt *m_statement = nullptr;
+    int m_lastResult = 0;
 };
 
 } // namespace parcelory

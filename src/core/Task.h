@@ -2,6 +2,7 @@
 
 #include <QCoroFuture>
 #include <QCoroTask>
+#include <QThreadPool>
 #include <QUnhandledException>
 #include <QtConcurrentRun>
 
@@ -35,12 +36,21 @@ void spawn(Body body)
     detail::keepAlive(std::move(body));
 }
 
+/// The threads for blocking work. More than the machine has cores, because they mostly wait: a hanging print tool or a
+/// locked key ring must leave one for the mailing log.
+inline QThreadPool &workPool()
+{
+    static QThreadPool pool;
+    pool.setMaxThreadCount(8);
+    return pool;
+}
+
 /// Runs blocking `work` on the thread pool; the awaiting coroutine resumes on the thread it came from.
 /// An exception of `work` arrives with its own type.
 template <class Work>
 Task<std::invoke_result_t<Work>> onPool(Work work)
 {
-    auto future = QtConcurrent::run(QThreadPool::globalInstance(), std::move(work));
+    auto future = QtConcurrent::run(&workPool(), std::move(work));
     std::exception_ptr error;
     try {
         if constexpr (std::is_void_v<std::invoke_result_t<Work>>) {

@@ -7,7 +7,6 @@
 #include <QSet>
 #include <QUtf8StringView>
 
-#include <algorithm>
 #include <ranges>
 
 namespace parcelory {
@@ -134,6 +133,33 @@ AppError notImported(const QString &reason)
     return AppError(u"The mailing log could not be written, so nothing was imported — "_s + reason + u'.');
 }
 
+/// Appends all lines or none. On a connection of its own, so that no reader sees rows that may yet be taken back.
+int appendLines(const QString &path, const QStringList &lines)
+{
+    Database db(path);
+    const auto require = [&db](bool done) {
+        if (!done)
+            throw notImported(db.lastError()); // closing the connection takes the transaction back
+    };
+    db.exec("PRAGMA cache_spill = OFF"); // a spilled page would lock readers out until the end
+    require(db.exec("BEGIN IMMEDIATE"));
+    int count = 0;
+    {
+        Statement statement(db, insertRow);
+        for (const QString &line : lines) {
+            const std::optional<ShipmentRecord> record = EndiciaFormat::parse(line);
+            if (!record)
+                continue;
+            require(statement.isPrepared());
+            bindRecord(statement, *record);
+            require(statement.execute());
+            ++count;
+        }
+    }
+    require(db.exec("COMMIT"));
+    return count;
+}
+
 QString pathIn(const QDir &folder)
 {
     folder.mkpath(u"."_s);
@@ -142,12 +168,12 @@ QString pathIn(const QDir &folder)
 
 } // namespace
 
-ShipmentLog::ShipmentLog(const QDir &folder) : m_db(pathIn(folder))
+ShipmentLog::ShipmentLog(const QDir &folder) : m_path(pathIn(folder)), m_db(m_path)
 {
     if (!m_db.isOpen())
-        qWarning("Parcelory: cannot open mailing log at %s", qPrintable(pathIn(folder)));
-    m_db.exec(schema);
-    migrate();
+        qWarning("Parcelory: cannot open mailing log at %s", qPrintable(m_path));
+    if (m_db.exec(schema))
+        migrate();
     reload();
 }
 
@@ -156,6 +182,8 @@ void ShipmentLog::migrate()
     QSet<QString> existing;
     for (Statement columns(m_db, "PRAGMA table_info(shipments)"); columns.step();)
         existing.insert(columns.text(1));
+    if (existing.isEmpty())
+        return; // it could not be read: another program holds the log
     for (const auto &[name, type] : addedColumns) {
         if (!existing.contains(QLatin1StringView(name)))
             m_db.exec(("ALTER TABLE shipments ADD COLUMN " + QByteArray(name) + ' ' + type + ';').constData());
@@ -164,16 +192,17 @@ void ShipmentLog::migrate()
 
 void ShipmentLog::reload(const QString &search, int limit)
 {
+    const std::lock_guard reloading(m_reloading);
     QMetaObject::invokeMethod(
         this,
-        [this, loaded = rows(search, limit)] {
+        [this, loaded = rows(search, limit).found] {
             m_records = loaded;
             emit recordsChanged();
         },
         Qt::QueuedConnection);
 }
 
-QList<ShipmentRecord> ShipmentLog::rows(const QString &search, int limit) const
+ShipmentLog::Rows ShipmentLog::rows(const QString &search, int limit) const
 {
     QByteArray sql = selectRows;
     if (!search.isEmpty())
@@ -182,10 +211,26 @@ QList<ShipmentRecord> ShipmentLog::rows(const QString &search, int limit) const
     Statement query(m_db, sql);
     if (!search.isEmpty() && query.isPrepared())
         query.bind(1, QString(u'%' + search + u'%'));
-    QList<ShipmentRecord> found;
+    Rows result;
     while (query.step())
-        found.append(recordOf(query));
-    return found;
+        result.found.append(recordOf(query));
+    result.complete = query.isComplete();
+    return result;
+}
+
+bool ShipmentLog::write(Statement &statement)
+{
+    if (statement.execute())
+        return true;
+    m_lastError = m_db.lastError();
+    qWarning("Parcelory SQL error: %s", qPrintable(m_lastError));
+    return false;
+}
+
+QString ShipmentLog::lastError() const
+{
+    const std::lock_guard writing(m_writing);
+    return m_lastError;
 }
 
 bool ShipmentLog::insert(const ShipmentRecord &record, bool reloadAfter)
@@ -194,12 +239,9 @@ bool ShipmentLog::insert(const ShipmentRecord &record, bool reloadAfter)
     {
         const std::lock_guard writing(m_writing);
         Statement statement(m_db, insertRow);
-        if (statement.isPrepared()) {
+        if (statement.isPrepared())
             bindRecord(statement, record);
-            stored = statement.execute();
-        }
-        if (!stored)
-            qWarning("Parcelory SQL error: %s", qPrintable(lastError()));
+        stored = write(statement);
     }
     if (stored && reloadAfter)
         reload();
@@ -210,11 +252,11 @@ bool ShipmentLog::setStatus(qint64 id, const QString &status)
 {
     const std::lock_guard writing(m_writing);
     Statement update(m_db, "UPDATE shipments SET status = ? WHERE id = ?");
-    if (!update.isPrepared())
-        return false;
-    update.bind(1, status);
-    update.bind(2, id);
-    return update.execute();
+    if (update.isPrepared()) {
+        update.bind(1, status);
+        update.bind(2, id);
+    }
+    return write(update);
 }
 
 bool ShipmentLog::storeCustomsPDF(qint64 id, const QByteArray &document)
@@ -226,8 +268,8 @@ bool ShipmentLog::storeCustomsPDF(qint64 id, const QByteArray &document)
         if (update.isPrepared()) {
             update.bind(1, std::optional(document));
             update.bind(2, id);
-            stored = update.execute();
         }
+        stored = write(update);
     }
     reload();
     return stored;
@@ -252,11 +294,13 @@ std::optional<QByteArray> ShipmentLog::blob(const QByteArray &sql, qint64 id) co
     return query.step() ? query.blob(0) : std::nullopt;
 }
 
-QString ShipmentLog::exportEndiciaCSV() const
+QString ShipmentLog::exportEndiciaCSV(bool *complete) const
 {
-    const QList<ShipmentRecord> all = rows(QString(), wholeLog);
+    const Rows all = rows(QString(), wholeLog);
+    if (complete)
+        *complete = all.complete;
     QString text = EndiciaFormat::header() + u'\n';
-    for (const ShipmentRecord &record : std::views::reverse(all))
+    for (const ShipmentRecord &record : std::views::reverse(all.found))
         text += EndiciaFormat::line(record) + u'\n';
     return text;
 }
@@ -267,34 +311,9 @@ int ShipmentLog::importEndiciaCSV(const QString &path)
     int count = 0;
     {
         const std::lock_guard writing(m_writing);
-        if (!m_db.exec("BEGIN IMMEDIATE"))
-            throw notImported(lastError());
-        const std::optional<int> appended = appendLines(lines);
-        if (!appended || !m_db.exec("COMMIT")) {
-            const QString reason = lastError();
-            m_db.exec("ROLLBACK");
-            throw notImported(reason);
-        }
-        count = *appended;
+        count = appendLines(m_path, lines);
     }
     reload();
-    return count;
-}
-
-/// The number of rows appended; nothing as soon as one cannot be stored.
-std::optional<int> ShipmentLog::appendLines(const QStringList &lines)
-{
-    int count = 0;
-    Statement statement(m_db, insertRow);
-    for (const QString &line : lines) {
-        const std::optional<ShipmentRecord> record = EndiciaFormat::parse(line);
-        if (!record)
-            continue;
-        bindRecord(statement, *record);
-        if (!statement.execute())
-            return std::nullopt;
-        ++count;
-    }
     return count;
 }
 

@@ -32,30 +32,40 @@ public:
 
     /// Appends a row; false when it could not be stored (the reason is logged and in lastError()).
     [[nodiscard]] bool insert(const ShipmentRecord &record, bool reloadAfter = true);
-    bool setStatus(qint64 id, const QString &status);
-    bool storeCustomsPDF(qint64 id, const QByteArray &document);
+    [[nodiscard]] bool setStatus(qint64 id, const QString &status);
+    [[nodiscard]] bool storeCustomsPDF(qint64 id, const QByteArray &document);
     std::optional<QByteArray> zpl(qint64 id) const;
     std::optional<QByteArray> customsPDF(qint64 id) const;
 
-    /// The whole log as an Endicia mail log, oldest first.
-    QString exportEndiciaCSV() const;
+    /// The whole log as an Endicia mail log, oldest first. `complete` becomes false when it could not be
+    /// read to its end; such a text must not replace an earlier export.
+    QString exportEndiciaCSV(bool *complete = nullptr) const;
     /// Appends the rows of an Endicia mail log and gives their number. All or none: throws AppError when the file
     /// cannot be read or a row cannot be stored, and the log is then as it was.
     int importEndiciaCSV(const QString &path);
 
-    QString lastError() const { return m_db.lastError(); }
+    /// Why the last write failed.
+    QString lastError() const;
 
 signals:
     void recordsChanged();
 
 private:
+    struct Rows {
+        QList<ShipmentRecord> found;
+        bool complete = false; ///< false when reading failed on the way
+    };
+
     void migrate();
-    QList<ShipmentRecord> rows(const QString &search, int limit) const;
-    std::optional<int> appendLines(const QStringList &lines);
+    Rows rows(const QString &search, int limit) const;
+    bool write(Statement &statement);
     std::optional<QByteArray> blob(const QByteArray &sql, qint64 id) const;
 
+    QString m_path;
     Database m_db;
-    std::mutex m_writing; ///< keeps a row of another thread out of an import's transaction
+    mutable std::mutex m_writing; ///< one writer of this program at a time; guards m_lastError
+    QString m_lastError;
+    std::mutex m_reloading; ///< the list that was read last is also the one that is handed over last
     QList<ShipmentRecord> m_records;
 };
 

@@ -63,7 +63,18 @@ void ErrorLog::add(APIErrorEntry entry, Popup popup)
         return;
     const QString title = u"Bad API response, contact Tobin: "_s + m_supportTelephone;
     const QString text = entry.context + u": "_s + entry.detail + u"\n\nFull history: Window ▸ Error Log"_s;
-    spawn([this, title, text]() -> Task<> { co_await m_prompts.alert(title, text); });
+    m_alerts.append({title, text});
+    if (m_alerts.size() == 1) // otherwise the one that is showing goes on to it
+        spawn([this] { return showAlerts(); });
+}
+
+Task<> ErrorLog::showAlerts()
+{
+    while (!m_alerts.isEmpty()) {
+        const auto [title, text] = m_alerts.first();
+        co_await m_prompts.alert(title, text);
+        m_alerts.removeFirst();
+    }
 }
 
 void ErrorLog::clear()

@@ -63,6 +63,7 @@ signals:
 
 private:
     void add(APIErrorEntry entry, Popup popup);
+    Task<> showAlerts();
     void save();
 
     Clock &m_clock;
@@ -70,6 +71,7 @@ private:
     QString m_supportTelephone;
     JsonFile m_file;
     QList<APIErrorEntry> m_entries;
+    QList<std::pair<QString, QString>> m_alerts; ///< the first one is showing
 };
 
 } // namespace parcelory

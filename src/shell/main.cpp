@@ -28,15 +28,20 @@ int printStatus(Platform &platform)
     return 0;
 }
 
-int addKey(Platform &platform, const QString &name)
+int addKey(Platform &platform, const QString &typedName)
 {
+    const QString name = typedName.trimmed();
     const QString token = QTextStream(stdin).readLine().trimmed();
-    if (name.trimmed().isEmpty() || token.isEmpty())
+    if (name.isEmpty() || token.isEmpty())
         throw AppError(u"Give the key a name, and its token on standard input."_s);
     ShippoKeys keys(platform.secrets, platform.preferences);
+    const bool isNew = !keys.names().contains(name);
     keys.set(token, name);
-    if (keys.token(name) != token)
+    if (keys.token(name) != token) {
+        if (isNew)
+            keys.remove(name);
         throw AppError(u"The system's secret store did not keep the key — is it unlocked?"_s);
+    }
     QTextStream(stdout) << keys.statusText() << '\n';
     return 0;
 }
