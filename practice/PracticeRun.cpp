@@ -66,7 +66,12 @@ Task<int> shipAll(AppState &app, LabelScreen &screen, QList<PracticeOrder> order
 {
     QList<Shipped> shipped;
     for (const PracticeOrder &order : orders) {
-        const Shipped one = co_await ship(app, screen, order);
+        Shipped one{.recipient = order.to.name};
+        try {
+            one = co_await ship(app, screen, order);
+        } catch (const AppError &error) { // a word that the screen does not know; the other orders go on
+            one.label = error.description();
+        }
         shipped.append(one);
     }
     say(u"\n%1 orders on the practice desk"_s.arg(shipped.size()));

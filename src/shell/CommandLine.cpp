@@ -2,8 +2,21 @@
 
 #include <QCommandLineParser>
 
+#include <cstdio>
+#include <cstdlib>
+
 namespace parcelory {
 using namespace Qt::StringLiterals;
+
+namespace {
+
+[[noreturn]] void refuse(const QString &mistake)
+{
+    std::fprintf(stderr, "parcelory: %s See parcelory --help.\n", qUtf8Printable(mistake));
+    std::exit(2);
+}
+
+} // namespace
 
 CommandLine CommandLine::parse(const QStringList &arguments)
 {
@@ -27,13 +40,15 @@ CommandLine CommandLine::parse(const QStringList &arguments)
     line.practice = parser.isSet(practice);
     line.practiceFolder = parser.value(data);
     line.orders = parser.value(ship);
-    line.status = parser.isSet(status);
     if (parser.isSet(addKey))
         line.keyName = parser.value(addKey);
-    const bool practiceOnly = parser.isSet(data) || parser.isSet(ship);
-    if (!parser.positionalArguments().isEmpty() || (practiceOnly && !line.practice) ||
-        int(line.practice) + int(line.status) + int(line.keyName.has_value()) != 1)
-        parser.showHelp(2);
+    const int asked = int(line.practice) + int(parser.isSet(status)) + int(line.keyName.has_value());
+    if (!parser.positionalArguments().isEmpty())
+        refuse(u"\"%1\" is no option."_s.arg(parser.positionalArguments().first()));
+    if ((parser.isSet(data) || parser.isSet(ship)) && !line.practice)
+        refuse(u"--data and --ship belong to --practice."_s);
+    if (asked != 1)
+        refuse(u"Give one of --practice, --status and --add-key."_s);
     return line;
 }
 

@@ -114,6 +114,7 @@ TEST_F(LabelDraftTest, EveryEditThatAPriceDependsOnClearsTheRates)
              app->draftTo = to;
          }},
         {"sender", [&] { screen().senderID = QUuid::createUuid(); }},
+        {"sender's profile", [&] { app->senders.add(); }},
         {"weight", [&] { screen().weightOz = u"2"_s; }},
         {"size", [&] { screen().dimHeight = u"3"_s; }},
         {"mailpiece", [&] { screen().mailpiece = BuiltinMailpiece::largeEnvelope; }},

@@ -241,6 +241,31 @@ TEST_F(LabelRatingTest, AsksBeforeAStandardisedAddressLosesANumber)
     EXPECT_EQ(app->draftTo.value().street1, u"PO BOX 239"_s);
 }
 
+TEST_F(LabelRatingTest, AVerdictIsNotForARecipientFilledInBehindTheDialog)
+{
+    prompts.answer = 1;
+    prompts.whileAsked = [&] { app->fillRecipient({.name = u"Other Person"_s, .street1 = u"1 Main St"_s}); };
+    composeParcel(boxAddress());
+    run(screen().validate());
+    EXPECT_EQ(app->draftTo.value().street1, u"1 Main St"_s);
+    EXPECT_FALSE(screen().validationOK.value());
+    EXPECT_EQ(banner(), u"The draft was changed while its address was checked — validate again."_s);
+    EXPECT_TRUE(screen().rates.value().isEmpty());
+}
+
+TEST_F(LabelRatingTest, AFailedCheckForgetsTheOldVerdictAndKeepsItsMessage)
+{
+    composeParcel(homeAddress());
+    run(screen().validate());
+    ASSERT_TRUE(screen().validationOK.value());
+    CarrierScenario failing;
+    failing.failNext = CarrierFailure{"addresses", 500, "text/plain", "down", 1, ""};
+    carrier.setScenario(failing);
+    run(screen().validate());
+    EXPECT_FALSE(screen().validationOK.value());
+    EXPECT_EQ(banner(), u"Shippo HTTP 500: down"_s);
+}
+
 TEST_F(LabelRatingTest, AsksAgainWhenTheLabelWouldDropANumber)
 {
     carrier.setScenario({.rewrittenAddressTo = true});
