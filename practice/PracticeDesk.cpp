@@ -40,7 +40,8 @@ PracticeDesk::PracticeDesk(const QString &folder, Prompts &prompts)
                  .desktop = m_desktop,
                  .processes = m_printer,
                  .dataFolder = m_folder,
-                 .deployment = practiceDeployment(m_carrier)}
+                 .deployment = practiceDeployment(m_carrier),
+                 .practice = true}
 {
     ShippoKeys keys(m_secrets, m_preferences);
     keys.set(PracticeCarrier::testToken, u"Practice"_s);

@@ -2,6 +2,7 @@
 
 #include "core/ports/Desktop.h"
 #include "core/ports/ProcessRunner.h"
+#include "shell/platform/SystemDesktop.h"
 
 #include <QDir>
 
@@ -41,6 +42,7 @@ public:
     explicit PracticeDesktop(QDir folder) : m_folder(std::move(folder)) {}
 
     void openFile(const QString &path) override;
+    void copyText(const QString &text) override { copyToClipboard(text); }
 
 private:
     QDir m_folder;

@@ -26,6 +26,7 @@ struct Platform {
 
     QDir dataFolder; ///< the folder "Parcelory" of the user's application support; may not exist yet
     Deployment deployment;
+    bool practice = false; ///< nothing of this world is real: no postage, no paper
 };
 
 } // namespace parcelory

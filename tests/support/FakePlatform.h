@@ -61,6 +61,8 @@ public:
             throw AppError(QStringLiteral("no viewer"));
         opened.append(path);
     }
+    void copyText(const QString &text) override { clipboard = text; }
+    QString clipboard;
     QStringList opened;
     bool fails = false;
 };

@@ -4,13 +4,16 @@
 
 namespace parcelory {
 
-/// What the desktop does for the program outside its windows. May be called from any thread.
+/// What the desktop does for the program outside its windows.
 class Desktop {
 public:
     virtual ~Desktop() = default;
 
-    /// Opens a file with the program that the user has chosen for its kind; throws AppError when none takes it.
+    /// Opens a file with the program that the user has chosen for its kind; throws AppError when none takes it. May be
+    /// called from any thread.
     virtual void openFile(const QString &path) = 0;
+    /// Puts a text on the clipboard. Main thread only.
+    virtual void copyText(const QString &text) = 0;
 };
 
 } // namespace parcelory

@@ -2,8 +2,16 @@
 
 #include "core/AppError.h"
 
+#include <QClipboard>
+#include <QGuiApplication>
+
 namespace parcelory {
 using namespace Qt::StringLiterals;
+
+void copyToClipboard(const QString &text)
+{
+    QGuiApplication::clipboard()->setText(text);
+}
 
 SystemDesktop::SystemDesktop(ProcessRunner &processes) : m_processes(processes) {}
 

@@ -5,12 +5,16 @@
 
 namespace parcelory {
 
+/// Puts a text on the system's clipboard.
+void copyToClipboard(const QString &text);
+
 /// The desktop's own "open this" tool.
 class SystemDesktop : public Desktop {
 public:
     explicit SystemDesktop(ProcessRunner &processes);
 
     void openFile(const QString &path) override;
+    void copyText(const QString &text) override { copyToClipboard(text); }
 
 private:
     ProcessRunner &m_processes;

@@ -1,0 +1,64 @@
+#include "shell/ui/parts/Field.h"
+
+#include "shell/ui/theme/Icons.h"
+#include "shell/ui/theme/Theme.h"
+
+#include <QAction>
+#include <QWheelEvent>
+
+namespace parcelory {
+
+Field::Field(const QString &name, int width, QWidget *parent) : QLineEdit(parent)
+{
+    const Theme &theme = Theme::current();
+    setAccessibleName(name);
+    setFixedHeight(theme.scaled(Theme::fieldHeight));
+    setTextMargins(6, 0, 2, 0);
+    if (width > 0)
+        setFixedWidth(theme.scaled(width));
+    connect(this, &QLineEdit::textEdited, this, [this] { setFault({}); });
+}
+
+void Field::setFault(const QString &reason)
+{
+    const bool faulty = !reason.isEmpty();
+    if (!faulty && !hasFault())
+        return;
+    if (faulty && !m_mark && width() > 60)
+        m_mark = addAction(themeIcon(QStringLiteral("ui_error"), &Tokens::bad), QLineEdit::TrailingPosition);
+    if (!faulty) {
+        delete m_mark;
+        m_mark = nullptr;
+    }
+    setProperty("fault", faulty);
+    setToolTip(reason);
+    setAccessibleDescription(reason);
+    update();
+}
+
+QSize Field::minimumSizeHint() const
+{
+    return {40, height()};
+}
+
+Choice::Choice(const QString &name, QWidget *parent) : QComboBox(parent)
+{
+    setAccessibleName(name);
+    setFixedHeight(Theme::current().scaled(Theme::fieldHeight));
+    setIconSize({20, 20});
+    setMaxVisibleItems(20);
+    setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+    setMinimumContentsLength(4);
+}
+
+QSize Choice::minimumSizeHint() const
+{
+    return {80, height()};
+}
+
+void Choice::wheelEvent(QWheelEvent *event)
+{
+    event->ignore(); // scrolling the form must not change what is shipped
+}
+
+} // namespace parcelory

@@ -1,0 +1,66 @@
+#include "shell/ui/parts/TextLabel.h"
+
+#include <QEvent>
+
+namespace parcelory {
+
+TextLabel::TextLabel(const QString &text, FontRole role, Token ink, QWidget *parent) : QLabel(text, parent), m_ink(ink)
+{
+    setTextFormat(Qt::PlainText); // names and answers of the carrier are no markup
+    setFont(Theme::current().font(role));
+    recolour();
+}
+
+void TextLabel::setInk(Token ink)
+{
+    m_ink = ink;
+    recolour();
+}
+
+void TextLabel::changeEvent(QEvent *event)
+{
+    QLabel::changeEvent(event);
+    if (event->type() == QEvent::ApplicationPaletteChange)
+        recolour();
+}
+
+void TextLabel::recolour()
+{
+    QPalette colours = palette();
+    colours.setColor(QPalette::Active, QPalette::WindowText, Theme::current().color(m_ink));
+    colours.setColor(QPalette::Inactive, QPalette::WindowText, Theme::current().color(m_ink));
+    setPalette(colours);
+}
+
+void ElidedLabel::setFullText(const QString &text)
+{
+    m_full = text;
+    setAccessibleName(text);
+    updateGeometry();
+    elide();
+}
+
+QSize ElidedLabel::sizeHint() const
+{
+    return {fontMetrics().horizontalAdvance(m_full) + 2, QLabel::sizeHint().height()};
+}
+
+QSize ElidedLabel::minimumSizeHint() const
+{
+    return {0, QLabel::minimumSizeHint().height()};
+}
+
+void ElidedLabel::resizeEvent(QResizeEvent *event)
+{
+    QLabel::resizeEvent(event);
+    elide();
+}
+
+void ElidedLabel::elide()
+{
+    const QString shown = fontMetrics().elidedText(m_full, Qt::ElideRight, width());
+    setText(shown);
+    setToolTip(shown == m_full ? QString() : m_full);
+}
+
+} // namespace parcelory
