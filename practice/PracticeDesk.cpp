@@ -52,4 +52,14 @@ PracticeDesk::PracticeDesk(const QString &folder, Prompts &prompts)
         write(m_preferences, settings::documentQueue, PracticePrinter::documentQueue);
 }
 
+void PracticeDesk::pose(const QString &token)
+{
+    m_platform.practice = false;
+    ShippoKeys keys(m_secrets, m_preferences);
+    keys.remove(u"Practice"_s);
+    const QString name = ShippoKeys::isTest(token) ? u"Test Mode"_s : u"Live Mode"_s;
+    keys.set(token, name);
+    keys.makeActive(name);
+}
+
 } // namespace parcelory

@@ -19,6 +19,9 @@ public:
     PracticeDesk(const QString &folder, Prompts &prompts);
 
     Platform &platform() { return m_platform; }
+    /// Makes the program believe that it is no practice desk and that `token` is the desk's key: for pictures and
+    /// tests of what a real desk shows.
+    void pose(const QString &token);
     PracticeCarrier &carrier() { return m_carrier; }
     const PracticePrinter &printer() const { return m_printer; }
     PracticePrinter &printer() { return m_printer; }

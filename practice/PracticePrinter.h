@@ -24,6 +24,7 @@ public:
 
     /// A paused label queue; `stubborn` stays paused when it is asked to resume.
     void pause(bool stubborn);
+    void resume() { m_paused = false; }
     QDir folder() const { return m_folder; }
 
 private:

@@ -9,6 +9,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+const QString typedTitle = u"What you typed:"_s;
+
 /// An address as the review dialogs show it, one line each for street and place.
 template <class Street, class Text>
 QString reviewLines(const Street &street1, const Street &street2, const Text &city, const Text &state, const Text &zip)
@@ -17,23 +19,25 @@ QString reviewLines(const Street &street1, const Street &street2, const Text &ci
     return joinPresent({street1, street2, place}, u"\n"_s);
 }
 
-Question standardisedQuestion(const QStringList &lost, const QString &uspsVersion)
+Question standardisedQuestion(const QStringList &lost, const QString &typed, const QString &uspsVersion)
 {
+    const QString dropped = u"USPS standardization DROPPED: "_s + lost.join(u", "_s), which = u"Which should ship?"_s;
     return {.title = u"USPS Rewrote This Address"_s,
-            .text = u"USPS standardization DROPPED: "_s + lost.join(u", "_s) + u"\n\nUSPS version:\n"_s + uspsVersion +
-                    u"\n\nWhich should ship?"_s,
+            .text = dropped + u"\n\nUSPS version:\n"_s + uspsVersion + u"\n\n"_s + which,
             .choices = {u"Keep What I Typed"_s, u"Use USPS Version"_s},
-            .safeChoice = 0};
+            .safeChoice = 0,
+            .comparison = Comparison{dropped, typedTitle, typed, u"USPS version:"_s, uspsVersion, lost, which}};
 }
 
 Question printedQuestion(const QStringList &lost, const QString &typed, const QString &printed)
 {
+    const QString risk = u"Buying this label risks a package without its full address. Go back and reword the street "
+                         "(e.g. \"Box 239\", \"Unit 4\"), or continue anyway."_s;
     return {.title = u"The Label Will Drop: "_s + lost.join(u", "_s),
-            .text = typed + u"\n\nThe carrier will print:\n"_s + printed +
-                    u"\n\nBuying this label risks a package without its full address. Go back and reword the street "
-                    "(e.g. \"Box 239\", \"Unit 4\"), or continue anyway."_s,
+            .text = typed + u"\n\nThe carrier will print:\n"_s + printed + u"\n\n"_s + risk,
             .choices = {u"Go Back & Fix Address"_s, u"Continue Anyway"_s},
-            .safeChoice = 0};
+            .safeChoice = 0,
+            .comparison = Comparison{{}, typedTitle, typed, u"The carrier will print:"_s, printed, lost, risk}};
 }
 
 } // namespace
@@ -52,7 +56,11 @@ Task<> LabelScreen::validate()
     }
     {
         busy = true;
-        const auto done = qScopeGuard([this] { busy = false; });
+        validating = true;
+        const auto done = qScopeGuard([this] {
+            validating = false;
+            busy = false;
+        });
         try {
             const ShippoAddress typed = m_app.draftTo;
             const ShippoValidatedAddress answer = co_await m_app.shippo.validateAddress(typed);
@@ -86,7 +94,8 @@ Task<> LabelScreen::judge(ShippoAddress typed, ShippoValidatedAddress answer)
     if (!lost.isEmpty()) {
         const QString uspsVersion = reviewLines(street1, street2, answer.city.value_or(typed.city),
                                                 answer.state.value_or(typed.state), answer.zip.value_or(typed.zip));
-        const int choice = co_await m_app.platform.prompts.choose(standardisedQuestion(lost, uspsVersion));
+        const QString typedLines = reviewLines(typed.street1, typed.street2, typed.city, typed.state, typed.zip);
+        const int choice = co_await m_app.platform.prompts.choose(standardisedQuestion(lost, typedLines, uspsVersion));
         adopt = choice == 1;
         if (!(m_app.draftTo.value() == typed)) { // a scan may fill in another recipient behind the dialog
             warn(changed);

@@ -33,6 +33,9 @@ void LabelScreen::watchEdits()
 void LabelScreen::draftEdited()
 {
     ++m_edits;
+    faultyField = std::nullopt;
+    if (std::exchange(m_bannerAboutRates, false))
+        banner = std::nullopt;
     clearRates();
 }
 
@@ -48,6 +51,8 @@ void LabelScreen::recipientEdited()
         forgetValidation();
         showIntlPaperwork = false; // the open sheet is about another parcel
     }
+    if (!m_lastRecipient.isEmpty())
+        lastLabel = std::nullopt;
     draftEdited();
     syncClassToDestination();
 }
@@ -98,6 +103,7 @@ void LabelScreen::syncClassToDestination()
 
 void LabelScreen::invalidateIntlRates()
 {
+    faultyField = std::nullopt;
     if (!isInternational())
         return;
     ++m_edits;
@@ -147,9 +153,11 @@ void LabelScreen::clearRates()
     selectedRateID = std::nullopt;
 }
 
-void LabelScreen::warn(const QString &text)
+void LabelScreen::warn(const QString &text, std::optional<DraftField> field)
 {
     banner = Banner{text, false};
+    m_bannerAboutRates = false;
+    faultyField = field;
 }
 
 void LabelScreen::fail(const QString &context, const AppError &error)
@@ -193,12 +201,67 @@ QString LabelScreen::weightDisplay() const
     return weightText(totalPounds() * 16);
 }
 
-bool LabelScreen::formComplete() const
+bool LabelScreen::senderFilled() const
 {
     const std::optional<SenderProfile> from = sender();
+    return from && !from->address.isEmpty();
+}
+
+bool LabelScreen::recipientFilled() const
+{
     const ShippoAddress &to = m_app.draftTo.value();
-    return from && !from->address.isEmpty() && !to.name.isEmpty() && !to.street1.isEmpty() && !to.city.isEmpty() &&
-           !to.zip.isEmpty() && totalPounds() > 0;
+    return !to.name.isEmpty() && !to.street1.isEmpty() && !to.city.isEmpty() && !to.zip.isEmpty();
+}
+
+bool LabelScreen::formComplete() const
+{
+    return senderFilled() && recipientFilled() && totalPounds() > 0;
+}
+
+/// The first field that keeps the form from being complete.
+DraftField LabelScreen::missingField() const
+{
+    const ShippoAddress &to = m_app.draftTo.value();
+    if (!senderFilled())
+        return DraftField::profile;
+    if (to.name.isEmpty())
+        return DraftField::name;
+    if (to.street1.isEmpty())
+        return DraftField::street;
+    if (to.city.isEmpty())
+        return DraftField::city;
+    return to.zip.isEmpty() ? DraftField::zip : DraftField::weight;
+}
+
+NextStep LabelScreen::nextStep() const
+{
+    if (busy)
+        return NextStep::none;
+    if (!rates.value().isEmpty())
+        return selectedRate() ? NextStep::buy : NextStep::none;
+    if (recipientFilled() && !validationOK)
+        return NextStep::validate;
+    return formComplete() ? NextStep::getRates : NextStep::none;
+}
+
+QList<ServiceClass> LabelScreen::offeredClasses() const
+{
+    QList<ServiceClass> offered;
+    for (const ServiceClassInfo &info : serviceClasses()) {
+        if (info.carrier == carrier && info.international == isInternational())
+            offered.append(info.serviceClass);
+    }
+    return offered;
+}
+
+QList<ServiceOption> LabelScreen::offeredOptions() const
+{
+    QList<ServiceOption> offered;
+    for (const ServiceOptionInfo &info : serviceOptions()) {
+        if (info.carrier == carrier)
+            offered.append(info.option);
+    }
+    return offered;
 }
 
 std::optional<ShippoRate> LabelScreen::selectedRate() const
@@ -230,74 +293,6 @@ QString LabelScreen::boxName() const
         return box ? box->name : QString();
     }
     return {};
-}
-
-QString LabelScreen::mailpieceName() const
-{
-    if (const auto *builtin = std::get_if<BuiltinMailpiece>(&mailpiece.value()))
-        return builtinMailpieceInfo(*builtin).displayName;
-    const QString box = boxName();
-    return box.isEmpty() ? builtinMailpieceInfo(BuiltinMailpiece::package).displayName : box;
-}
-
-QString LabelScreen::sizeHint() const
-{
-    const QString box = boxName();
-    return box.isEmpty() ? u"in (required)"_s : u"in (from "_s + box + u')';
-}
-
-QString LabelScreen::classHint() const
-{
-    return flatRateLocked() ? u"Flat Rate ships Priority Mail"_s : QString();
-}
-
-QString LabelScreen::signatureWarning() const
-{
-    if (service != ServiceOption::fedexIndirect || svcClass == ServiceClass::fedexHomeDelivery)
-        return {};
-    return u"Indirect Signature is a FedEx Home Delivery option — pick Home Delivery as the Class, or use Direct "
-           "Signature."_s;
-}
-
-QString LabelScreen::senderHint() const
-{
-    const std::optional<SenderProfile> from = sender();
-    return from && from->address.isEmpty() ? u"This profile has no address yet — fill it in under Settings."_s
-                                           : QString();
-}
-
-QString LabelScreen::ratesHint() const
-{
-    if (!rates.value().isEmpty())
-        return {};
-    return formComplete() ? u"Enter the package details, then get rates."_s
-                          : u"Need a sender address, recipient, and weight before rating."_s;
-}
-
-QString LabelScreen::internationalHint() const
-{
-    return isInternational() ? u"International — customs declaration required below"_s : QString();
-}
-
-QString LabelScreen::customsHint() const
-{
-    if (!isInternational())
-        return {};
-    return u"Declared as “%1”, merchandise, return if undeliverable. A commercial invoice prints to the document "
-           "printer with the label."_s.arg(customsItem(customs.value().itemType).description);
-}
-
-QString LabelScreen::paperworkText() const
-{
-    return u"Pick what's in this shipment for %1 — this goes on the label's customs form and the commercial invoice, "
-           "then rates load."_s.arg(m_app.draftTo.value().name);
-}
-
-QString LabelScreen::transitText(const ShippoRate &rate)
-{
-    if (!rate.estimatedDays)
-        return u"Unknown"_s;
-    return *rate.estimatedDays == 1 ? u"1 day"_s : QString::number(*rate.estimatedDays) + u" days"_s;
 }
 
 } // namespace parcelory

@@ -25,6 +25,37 @@ struct Banner {
     bool operator==(const Banner &) const = default;
 };
 
+/// A field of the draft that a message is about.
+enum class DraftField {
+    profile,
+    name,
+    street,
+    city,
+    zip,
+    phone,
+    weight,
+    length,
+    width,
+    height,
+    declaredValue,
+    insurance,
+};
+
+/// What the clerk does next; the screen's one solid button.
+enum class NextStep { none, validate, getRates, buy };
+
+/// The label just bought, until the next recipient.
+struct LastLabel {
+    QString recipient; ///< "Eleanor Whitfield · Asheville NC"
+    ShipmentRecord record;
+    QString message; ///< what became of a reprint or a copy
+
+    bool operator==(const LastLabel &other) const
+    {
+        return record.transactionID == other.record.transactionID && message == other.message;
+    }
+};
+
 /// The New Label screen: one shipment is composed, checked, rated, bought, printed and logged. The recipient is
 /// AppState::draftTo, edited in place; everything else of the draft stands here. Lives as long as AppState.
 ///
@@ -56,7 +87,11 @@ public:
     QProperty<QList<ShippoRate>> rates; ///< the current carrier's, cheapest first
     QProperty<std::optional<QString>> selectedRateID;
     QProperty<bool> busy{false};
+    QProperty<bool> validating{false}; ///< busy with the address
+    QProperty<bool> buying{false};     ///< busy with a purchase: the program must not end now
     QProperty<std::optional<Banner>> banner;
+    QProperty<std::optional<DraftField>> faultyField; ///< the one that the banner is about, until the next edit
+    QProperty<std::optional<LastLabel>> lastLabel;
 
     std::optional<SenderProfile> sender() const;
     bool isInternational() const;
@@ -65,11 +100,19 @@ public:
     ServiceClass effectiveClass() const;
     double totalPounds() const;
     QString weightDisplay() const;
+    bool senderFilled() const;
+    bool recipientFilled() const;
     bool formComplete() const;
     std::optional<ShippoRate> selectedRate() const;
+    NextStep nextStep() const;
+    /// The classes and extra services that fit carrier and destination.
+    QList<ServiceClass> offeredClasses() const;
+    QList<ServiceOption> offeredOptions() const;
+    bool sendsOwnDimensions() const;
 
     // Texts that depend on the draft; empty where nothing is to be said.
     QString mailpieceName() const;
+    QString mailpieceIcon() const;
     QString sizeHint() const;
     QString classHint() const;
     QString signatureWarning() const;
@@ -79,6 +122,10 @@ public:
     QString customsHint() const;
     QString paperworkText() const;
     static QString transitText(const ShippoRate &rate);
+    QString nextStepHint() const;
+    /// The recipient as the label will show it, a line each.
+    QStringList printedRecipient() const;
+    QString extrasSummary() const;
 
     /// Checks the recipient with the carrier, asks the clerk where a number would be lost, and goes on to rating.
     Task<> validate();
@@ -90,7 +137,17 @@ public:
     /// Empties the draft for the next parcel; sender, carrier, mailpiece with its box's size, class and option stay.
     void clearDraft();
 
+    /// Prints the last label once more; lastLabel's message says what came of it.
+    Task<> reprintLast();
+    void copyLastTracking();
+
 private:
+    /// Why the draft cannot be rated yet, and which field is to blame.
+    struct Obstacle {
+        QString text;
+        DraftField field;
+    };
+
     /// A purchase with everything it needs, as it stood when the clerk pressed the button.
     struct Purchase {
         Carrier carrier;
@@ -119,13 +176,14 @@ private:
     void setSize(const QString &length, const QString &width, const QString &height);
     void clearRates();
     void selectRateOfClass();
-    void warn(const QString &text);
+    void warn(const QString &text, std::optional<DraftField> field = std::nullopt);
+    void noteOnLastLabel(const QString &text);
     void fail(const QString &context, const AppError &error);
 
-    bool sendsOwnDimensions() const;
     QString templateName() const;
     QString boxName() const;
-    std::optional<QString> obstacle() const;
+    DraftField missingField() const;
+    std::optional<Obstacle> obstacle() const;
     ShippoAddress senderForCarrier() const;
     RatingRequest ratingRequest() const;
     Task<> applyRates(ShippoShipment shipment);
@@ -143,6 +201,7 @@ private:
     AppState &m_app;
     int m_edits = 0; ///< counts edits that a price depends on
     bool m_sizeFromBox = false;
+    bool m_bannerAboutRates = false; ///< the banner goes with the rates that it is about
     ShippoAddress m_lastRecipient;
     std::vector<QPropertyNotifier> m_notifiers;
 };

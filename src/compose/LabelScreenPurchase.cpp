@@ -3,6 +3,7 @@
 #include "compose/LabelScreen.h"
 #include "core/CountryCode.h"
 #include "core/Text.h"
+#include "records/Reprint.h"
 #include "shell/SettingsKeys.h"
 
 #include <QScopeGuard>
@@ -85,7 +86,11 @@ Task<> LabelScreen::buyAndPrint()
     if (busy || !rate)
         co_return;
     busy = true; // in the same event as the press: a second press finds it set
-    const auto done = qScopeGuard([this] { busy = false; });
+    buying = true;
+    const auto done = qScopeGuard([this] {
+        buying = false;
+        busy = false;
+    });
     banner = std::nullopt;
     Purchase purchase = preparePurchase(*rate);
     const QString tag = purchaseTag(purchase.from, purchase.to, purchase.carrier, purchase.record.service);
@@ -144,8 +149,12 @@ Task<> LabelScreen::finishPurchase(Purchase purchase, ShippoTransaction transact
         outcome += u" (the mailing log could not be written — note the tracking number "_s + record.tracking + u')';
 
     m_app.lastShipmentSummary = summaryOf(purchase.carrier, purchase.to, record, purchase.rate.amount);
-    if (purchase.edits == m_edits) // the clerk has not begun the next parcel yet
+    if (purchase.edits == m_edits) { // the clerk has not begun the next parcel yet
         clearDraft();
+        lastLabel = LastLabel{
+            joinPresent({purchase.to.name, trimBlanks(purchase.to.city + u' ' + purchase.to.state)}, u" · "_s), record,
+            QString()};
+    }
     banner = Banner{u"Success! %1 to %2, $%3"_s.arg(record.service, purchase.to.name, purchase.rate.amount) + outcome,
                     logged};
 }
@@ -193,6 +202,38 @@ Task<LabelScreen::Printed> LabelScreen::printFedexInvoice(QString documentUrl)
         m_app.errors.record(u"FedEx Commercial Invoice"_s, error, Popup::no);
     }
     co_return result;
+}
+
+void LabelScreen::noteOnLastLabel(const QString &text)
+{
+    if (std::optional<LastLabel> label = lastLabel) {
+        label->message = text;
+        lastLabel = label;
+    }
+}
+
+Task<> LabelScreen::reprintLast()
+{
+    if (busy || !lastLabel.value())
+        co_return;
+    busy = true;
+    const auto done = qScopeGuard([this] { busy = false; });
+    try {
+        const QString printed = co_await reprintLabel(m_app, lastLabel.value()->record);
+        noteOnLastLabel(printed);
+    } catch (const AppError &error) {
+        noteOnLastLabel(error.description());
+        recordReprintFailure(m_app, error);
+    }
+}
+
+void LabelScreen::copyLastTracking()
+{
+    if (!lastLabel.value())
+        return;
+    const QString tracking = lastLabel.value()->record.tracking;
+    m_app.platform.desktop.copyText(tracking);
+    noteOnLastLabel(u"Copied tracking "_s + tracking);
 }
 
 Task<bool> LabelScreen::logPurchase(ShipmentRecord record)

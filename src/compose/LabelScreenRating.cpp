@@ -49,25 +49,37 @@ QString noRatesText(Carrier carrier)
 } // namespace
 
 /// The first reason why the draft cannot be rated yet.
-std::optional<QString> LabelScreen::obstacle() const
+std::optional<LabelScreen::Obstacle> LabelScreen::obstacle() const
 {
-    const bool hasSize = isPositive(dimLength) && isPositive(dimWidth) && isPositive(dimHeight);
-    if (sendsOwnDimensions() && !hasSize) {
+    if (!formComplete())
+        return Obstacle{ratesHint(), missingField()};
+    if (sendsOwnDimensions()) {
         const QString box = boxName();
-        return u"Enter the package size — length, width, and height are required for "_s +
-               (box.isEmpty() ? u"your own packaging"_s : box);
+        const QString text = u"Enter the package size — length, width, and height are required for "_s +
+                             (box.isEmpty() ? u"your own packaging"_s : box);
+        if (!isPositive(dimLength))
+            return Obstacle{text, DraftField::length};
+        if (!isPositive(dimWidth))
+            return Obstacle{text, DraftField::width};
+        if (!isPositive(dimHeight))
+            return Obstacle{text, DraftField::height};
     }
     if (isInternational() && !isPositive(customs.value().value))
-        return u"Enter the declared value in the Customs Declaration to rate an international shipment."_s;
+        return Obstacle{u"Enter the declared value in the Customs Declaration to rate an international shipment."_s,
+                        DraftField::declaredValue};
     const CarrierInfo &info = carrierInfo(carrier);
     if (totalPounds() > info.weightLimit)
-        return weightDisplay() + u" is over "_s + info.displayName + u"'s "_s + fixed(info.weightLimit, 0) +
-               u" lb limit."_s;
+        return Obstacle{weightDisplay() + u" is over "_s + info.displayName + u"'s "_s + fixed(info.weightLimit, 0) +
+                            u" lb limit."_s,
+                        DraftField::weight};
     if (carrier == Carrier::fedex && isInternational() && m_app.draftTo.value().phone.trimmed().isEmpty())
-        return u"FedEx international shipments require the recipient's phone number — add it to the To section."_s;
+        return Obstacle{
+            u"FedEx international shipments require the recipient's phone number — add it to the To section."_s,
+            DraftField::phone};
     // "1,500" would otherwise count as 0 and the parcel go uninsured.
     if (!insuranceValue.value().trimmed().isEmpty() && !decimal(insuranceValue))
-        return u"The insured value is not a number — type it as plain dollars, for example 1500.00."_s;
+        return Obstacle{u"The insured value is not a number — type it as plain dollars, for example 1500.00."_s,
+                        DraftField::insurance};
     return std::nullopt;
 }
 
@@ -115,12 +127,8 @@ Task<> LabelScreen::fetchRates(bool intlConfirmed)
 {
     if (busy)
         co_return;
-    if (!formComplete()) {
-        warn(ratesHint());
-        co_return;
-    }
-    if (const std::optional<QString> reason = obstacle()) {
-        warn(*reason);
+    if (const std::optional<Obstacle> found = obstacle()) {
+        warn(found->text, found->field);
         co_return;
     }
     if (isInternational() && !intlConfirmed) {
@@ -128,6 +136,7 @@ Task<> LabelScreen::fetchRates(bool intlConfirmed)
         co_return;
     }
     showIntlPaperwork = false;
+    faultyField = std::nullopt;
     clearRates();
     banner = std::nullopt;
     busy = true;
@@ -176,6 +185,7 @@ void LabelScreen::selectRateOfClass()
     }
     selectedRateID = std::nullopt;
     warn(u"No "_s + wanted.displayName + u" rate came back — pick from the list."_s);
+    m_bannerAboutRates = true;
 }
 
 } // namespace parcelory

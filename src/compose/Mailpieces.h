@@ -1,6 +1,7 @@
 #pragma once
 
 #include "compose/Services.h"
+#include "records/BoxProfile.h"
 
 #include <QList>
 #include <QString>
@@ -68,5 +69,22 @@ struct PresetMailpiece {
     bool operator==(const PresetMailpiece &) const = default;
 };
 using MailpieceSelection = std::variant<PresetMailpiece, BuiltinMailpiece, QUuid /* a BoxProfile */>;
+
+/// A row of the mailpiece menu.
+struct MailpieceEntry {
+    QString id; ///< "c:" and the box's id, "p:" and the stock mailer's, or the builtin's own
+    MailpieceSelection selection;
+    QString icon;
+    QString title;
+    QString subtitle;
+};
+
+struct MailpieceGroup {
+    QString title;
+    QList<MailpieceEntry> entries;
+};
+
+/// What a carrier's parcels can be packed in, in the order of the menu.
+QList<MailpieceGroup> mailpieceMenu(Carrier carrier, const QList<BoxProfile> &boxes);
 
 } // namespace parcelory

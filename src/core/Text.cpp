@@ -113,4 +113,12 @@ QString joinPresent(const QStringList &parts, const QString &separator)
     return present.join(separator);
 }
 
+QString groupsOfFour(const QString &number)
+{
+    QString grouped;
+    for (qsizetype at = 0; at < number.size(); at += 4)
+        grouped += (at ? u" "_s : QString()) + number.mid(at, 4);
+    return grouped;
+}
+
 } // namespace parcelory

@@ -38,4 +38,7 @@ QString shortest(double value, int places);
 /// The non-empty ones of `parts`, joined.
 QString joinPresent(const QStringList &parts, const QString &separator);
 
+/// A tracking number as people read it: "9205 5901 7554".
+QString groupsOfFour(const QString &number);
+
 } // namespace parcelory

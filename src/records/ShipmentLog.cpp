@@ -195,8 +195,9 @@ void ShipmentLog::reload(const QString &search, int limit)
     const std::lock_guard reloading(m_reloading);
     QMetaObject::invokeMethod(
         this,
-        [this, loaded = rows(search, limit).found] {
+        [this, search, loaded = rows(search, limit).found] {
             m_records = loaded;
+            m_shownSearch = search;
             emit recordsChanged();
         },
         Qt::QueuedConnection);

@@ -26,6 +26,9 @@ public:
 
     /// The rows last loaded, newest first, without their blobs. Main thread only.
     const QList<ShipmentRecord> &records() const { return m_records; }
+    /// What records() was searched for: every change of the log brings the newest rows without a search. Main thread
+    /// only.
+    const QString &shownSearch() const { return m_shownSearch; }
     /// Runs the query now and hands the rows to the main thread. `search` goes into LIKE as it is: % and _ are
     /// wildcards.
     void reload(const QString &search = {}, int limit = listLimit);
@@ -67,6 +70,7 @@ private:
     QString m_lastError;
     std::mutex m_reloading; ///< the list that was read last is also the one that is handed over last
     QList<ShipmentRecord> m_records;
+    QString m_shownSearch;
 };
 
 } // namespace parcelory

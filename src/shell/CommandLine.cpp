@@ -2,6 +2,7 @@
 
 #include <QCommandLineParser>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 
@@ -18,20 +19,40 @@ namespace {
 
 } // namespace
 
+Display CommandLine::display(int count, char **arguments)
+{
+    const auto given = [&](const char *option) {
+        return std::any_of(arguments + 1, arguments + count,
+                           [option](const char *argument) { return QByteArrayView(argument).startsWith(option); });
+    };
+    if (given("--screenshots"))
+        return Display::memory;
+#ifdef Q_OS_MACOS
+    constexpr bool hasScreen = true;
+#else
+    const bool hasScreen = !qEnvironmentVariableIsEmpty("DISPLAY") || !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") ||
+                           !qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM");
+#endif
+    return given("--practice") && !given("--ship") && hasScreen ? Display::screen : Display::none;
+}
+
 CommandLine CommandLine::parse(const QStringList &arguments)
 {
     QCommandLineParser parser;
     parser.setApplicationDescription(
         u"Prepares, buys and prints USPS and FedEx labels.\n"
-        "This build has no window yet: --practice ships sample orders on an embedded practice carrier."_s);
+        "--practice opens the program on an embedded carrier; without a display it ships sample orders instead."_s);
     const QCommandLineOption practice(u"practice"_s, u"Work on the practice desk: no keys, no postage, own records."_s);
     const QCommandLineOption data(u"data"_s, u"Keep the practice desk's files in <folder>."_s, u"folder"_s);
     const QCommandLineOption ship(u"ship"_s, u"Ship the orders of a JSON <file> on the practice desk."_s, u"file"_s);
+    const QCommandLineOption screenshots(
+        u"screenshots"_s, u"Draw every screen of the practice desk as a picture in <folder>; needs no display."_s,
+        u"folder"_s);
     const QCommandLineOption status(u"status"_s, u"Tell which API key is active, where the records are and which "
                                                  "printers there are."_s);
     const QCommandLineOption addKey(u"add-key"_s, u"Store the API key that comes on standard input under <name>."_s,
                                     u"name"_s);
-    parser.addOptions({practice, data, ship, status, addKey});
+    parser.addOptions({practice, data, ship, screenshots, status, addKey});
     parser.addHelpOption();
     parser.addVersionOption();
     parser.process(arguments);
@@ -39,14 +60,19 @@ CommandLine CommandLine::parse(const QStringList &arguments)
     CommandLine line;
     line.practice = parser.isSet(practice);
     line.practiceFolder = parser.value(data);
-    line.orders = parser.value(ship);
+    if (parser.isSet(ship))
+        line.orders = parser.value(ship);
+    if (parser.isSet(screenshots))
+        line.screenshots = parser.value(screenshots);
     if (parser.isSet(addKey))
         line.keyName = parser.value(addKey);
     const int asked = int(line.practice) + int(parser.isSet(status)) + int(line.keyName.has_value());
     if (!parser.positionalArguments().isEmpty())
         refuse(u"\"%1\" is no option."_s.arg(parser.positionalArguments().first()));
-    if ((parser.isSet(data) || parser.isSet(ship)) && !line.practice)
-        refuse(u"--data and --ship belong to --practice."_s);
+    if ((parser.isSet(data) || line.orders || line.screenshots) && !line.practice)
+        refuse(u"--data, --ship and --screenshots belong to --practice."_s);
+    if (line.orders && line.screenshots)
+        refuse(u"--ship and --screenshots do not go together."_s);
     if (asked != 1)
         refuse(u"Give one of --practice, --status and --add-key."_s);
     return line;

@@ -2,6 +2,7 @@
 
 #include "core/Setting.h"
 
+#include <QByteArray>
 #include <QStringList>
 
 namespace parcelory::settings {
@@ -12,6 +13,8 @@ using namespace Qt::StringLiterals;
 inline const Setting<QString> zebraQueue{u"printer.zebraQueue"_s, {}};
 inline const Setting<QString> documentQueue{u"printer.documentQueue"_s, {}}; ///< empty: PDFs open in the viewer
 inline const Setting<bool> rotate180{u"printer.rotate180"_s, true};
+
+inline const Setting<QByteArray> windowGeometry{u"ui.windowGeometry"_s, {}};
 
 inline const Setting<QStringList> shippoKeyNames{u"shippo.keyNames"_s, {}}; ///< in the order they were added
 inline const Setting<QString> shippoActiveKeyName{u"shippo.activeKeyName"_s, {}};
@@ -30,5 +33,9 @@ inline const Setting<QString> legacySenderState{u"sender.state"_s, {}};
 inline const Setting<QString> legacySenderZip{u"sender.zip"_s, {}};
 inline const Setting<QString> legacySenderPhone{u"sender.phone"_s, {}};
 inline const Setting<QString> legacySenderEmail{u"sender.email"_s, {}};
+
+// How the clerk has laid out the mailing log, in the toolkit's own form.
+inline const Setting<QByteArray> mailingLogColumns{u"ui.mailingLogColumns"_s, {}};
+inline const Setting<QByteArray> mailingLogSplitter{u"ui.mailingLogSplitter"_s, {}};
 
 } // namespace parcelory::settings

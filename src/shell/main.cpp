@@ -2,13 +2,16 @@
 #include "core/AppError.h"
 #include "devices/LabelPrinter.h"
 #include "practice/PracticeRun.h"
+#include "practice/PracticeScreens.h"
+#include "practice/PracticeWindow.h"
 #include "shell/CommandLine.h"
 #include "shell/platform/SystemPlatform.h"
 
-#include <QCoreApplication>
+#include <QApplication>
 #include <QTextStream>
 
 #include <cstdio>
+#include <memory>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;
@@ -46,10 +49,14 @@ int addKey(Platform &platform, const QString &typedName)
     return 0;
 }
 
-int run(const CommandLine &line)
+int run(const CommandLine &line, bool window)
 {
+    if (line.screenshots)
+        return drawScreens(*line.screenshots);
+    if (line.practice && window)
+        return runPracticeWindow(line.practiceFolder);
     if (line.practice)
-        return runPractice(line.practiceFolder, line.orders);
+        return runPractice(line.practiceFolder, line.orders.value_or(QString()));
     SystemPlatform system;
     return line.keyName ? addKey(system.platform(), *line.keyName) : printStatus(system.platform());
 }
@@ -64,11 +71,19 @@ int main(int argc, char **argv)
     if (!qEnvironmentVariableIsSet("TZ"))
         qputenv("TZ", ":/etc/localtime");
 #endif
-    QCoreApplication app(argc, argv);
+    const parcelory::Display display = parcelory::CommandLine::display(argc, argv);
+    if (display == parcelory::Display::memory)
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    const bool window = display != parcelory::Display::none;
+    std::unique_ptr<QCoreApplication> app;
+    if (window)
+        app = std::make_unique<QApplication>(argc, argv);
+    else
+        app = std::make_unique<QCoreApplication>(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("parcelory"));
     QCoreApplication::setApplicationVersion(QStringLiteral(PARCELORY_VERSION));
     try {
-        return parcelory::run(parcelory::CommandLine::parse(QCoreApplication::arguments()));
+        return parcelory::run(parcelory::CommandLine::parse(QCoreApplication::arguments()), window);
     } catch (const std::exception &error) {
         std::fprintf(stderr, "parcelory: %s\n", qUtf8Printable(parcelory::describe(error)));
         return 1;

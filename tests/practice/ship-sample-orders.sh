@@ -5,6 +5,7 @@ desk=$(mktemp -d)
 trap 'rm -rf "$desk"' EXIT
 fail() { printf 'FAILED: %s\n' "$*" >&2; exit 1; }
 
+unset DISPLAY WAYLAND_DISPLAY QT_QPA_PLATFORM # with a display it would open its window
 "$1" --practice --data "$desk"
 for label in "$desk"/printed/*.zpl; do
     head -c 3 "$label" | grep -q '\^XA' || fail "$label is no label"

@@ -5,14 +5,26 @@
 #include <QString>
 #include <QStringList>
 
+#include <optional>
+
 namespace parcelory {
+
+/// Two texts to be held against each other.
+struct Comparison {
+    QString lead; ///< above both
+    QString leftTitle, left;
+    QString rightTitle, right;
+    QStringList marked; ///< words of the left text that the right one lacks
+    QString closing;    ///< below both
+};
 
 /// A question with a fixed set of answers, each a button.
 struct Question {
     QString title;
     QString text;
     QStringList choices;
-    int safeChoice = 0; ///< the default button, and what closing the dialog means
+    int safeChoice = 0;                        ///< the default button, and what closing the dialog means
+    std::optional<Comparison> comparison = {}; ///< the same text in parts, for a dialog that shows them side by side
 };
 
 /// Everything the program says or asks in a dialog.

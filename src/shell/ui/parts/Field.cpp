@@ -4,6 +4,7 @@
 #include "shell/ui/theme/Theme.h"
 
 #include <QAction>
+#include <QStylePainter>
 #include <QWheelEvent>
 
 namespace parcelory {
@@ -56,9 +57,50 @@ QSize Choice::minimumSizeHint() const
     return {80, height()};
 }
 
+void Choice::setFace(const QString &text, const QIcon &icon)
+{
+    m_face = text;
+    m_faceIcon = icon;
+    update();
+}
+
+void Choice::paintEvent(QPaintEvent *)
+{
+    QStylePainter painter(this);
+    QStyleOptionComboBox option;
+    initStyleOption(&option);
+    if (!m_face.isEmpty()) {
+        option.currentText = m_face;
+        option.currentIcon = m_faceIcon;
+    }
+    painter.drawComplexControl(QStyle::CC_ComboBox, option);
+    painter.drawControl(QStyle::CE_ComboBoxLabel, option);
+}
+
 void Choice::wheelEvent(QWheelEvent *event)
 {
     event->ignore(); // scrolling the form must not change what is shipped
+}
+
+DateField::DateField(const QString &name, QWidget *parent) : QDateEdit(parent)
+{
+    setAccessibleName(name);
+    lineEdit()->setAccessibleName(name);
+    setCalendarPopup(true);
+    setDisplayFormat(QStringLiteral("MM/dd/yy"));
+    setFixedHeight(Theme::current().scaled(Theme::fieldHeight));
+    setFixedWidth(Theme::current().scaled(112));
+}
+
+/// Tab leaves the field; month, day and year are reached by the arrow keys.
+bool DateField::focusNextPrevChild(bool next)
+{
+    return QWidget::focusNextPrevChild(next);
+}
+
+void DateField::wheelEvent(QWheelEvent *event)
+{
+    event->ignore();
 }
 
 } // namespace parcelory

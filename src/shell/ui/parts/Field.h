@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QComboBox>
+#include <QDateEdit>
 #include <QLineEdit>
 
 class QAction;
@@ -28,9 +29,26 @@ class Choice : public QComboBox {
 public:
     explicit Choice(const QString &name, QWidget *parent = nullptr);
 
+    /// What the closed list shows in the place of its current row; an empty text shows the row again.
+    void setFace(const QString &text, const QIcon &icon);
     QSize minimumSizeHint() const override;
 
 protected:
+    void paintEvent(QPaintEvent *event) override;
+    void wheelEvent(QWheelEvent *event) override;
+
+private:
+    QString m_face;
+    QIcon m_faceIcon;
+};
+
+/// A date, typed or picked from a calendar.
+class DateField : public QDateEdit {
+public:
+    explicit DateField(const QString &name, QWidget *parent = nullptr);
+
+protected:
+    bool focusNextPrevChild(bool next) override;
     void wheelEvent(QWheelEvent *event) override;
 };
 

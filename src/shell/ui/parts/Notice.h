@@ -15,6 +15,8 @@ public:
     /// An empty text hides the whole.
     void setText(const QString &text);
     QString text() const { return m_text->text(); }
+    /// On one line, however long.
+    void setUnwrapped() { m_text->setWordWrap(false); }
     void setLook(const QString &icon, Token ink);
     /// The text's own colour, where it is not that of the drawing.
     void setTextInk(Token ink) { m_text->setInk(ink); }

@@ -72,6 +72,7 @@ Segments::Segments(const QString &name, QWidget *parent) : QWidget(parent), m_na
     row->setContentsMargins(2, 2, 2, 2);
     row->setSpacing(2);
     connect(&m_group, &QButtonGroup::idClicked, this, &Segments::chosenByUser);
+    connect(&m_group, &QButtonGroup::idToggled, this, &Segments::shareFocus);
 }
 
 void Segments::add(int id, const QString &text, const QString &icon)
@@ -97,6 +98,14 @@ void Segments::choose(int id)
 {
     if (QAbstractButton *button = m_group.button(id))
         button->setChecked(true);
+    shareFocus();
+}
+
+/// Tab stops once, at the choice; arrow keys go on from there.
+void Segments::shareFocus()
+{
+    for (QAbstractButton *button : m_group.buttons())
+        button->setFocusPolicy(button->isChecked() ? Qt::StrongFocus : Qt::ClickFocus);
 }
 
 QWidget *Segments::focusTarget() const

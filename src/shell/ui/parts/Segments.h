@@ -20,6 +20,9 @@ public:
     int chosen() const { return m_group.checkedId(); }
     QWidget *focusTarget() const;
 
+private:
+    void shareFocus();
+
 signals:
     void chosenByUser(int id);
 

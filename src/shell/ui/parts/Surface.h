@@ -13,6 +13,7 @@ public:
 
     explicit Surface(Token fill, QWidget *parent = nullptr);
     static Surface *card(QWidget *parent = nullptr);
+    void setCard() { m_shape = Shape::card; }
 
     void setFill(Token fill);
     void setEdge(Token edge); ///< of a card, or of the lines

@@ -1,13 +1,13 @@
 #include "shell/ui/parts/TextLabel.h"
 
-#include <QEvent>
-
 namespace parcelory {
 
 TextLabel::TextLabel(const QString &text, FontRole role, Token ink, QWidget *parent) : QLabel(text, parent), m_ink(ink)
 {
     setTextFormat(Qt::PlainText); // names and answers of the carrier are no markup
     setFont(Theme::current().font(role));
+    setForegroundRole(QPalette::WindowText); // on a sheet it would take the fields' role
+    connect(&Theme::current(), &Theme::changed, this, &TextLabel::recolour);
     recolour();
 }
 
@@ -15,13 +15,6 @@ void TextLabel::setInk(Token ink)
 {
     m_ink = ink;
     recolour();
-}
-
-void TextLabel::changeEvent(QEvent *event)
-{
-    QLabel::changeEvent(event);
-    if (event->type() == QEvent::ApplicationPaletteChange)
-        recolour();
 }
 
 void TextLabel::recolour()

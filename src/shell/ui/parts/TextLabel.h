@@ -14,9 +14,6 @@ public:
 
     void setInk(Token ink);
 
-protected:
-    void changeEvent(QEvent *event) override;
-
 private:
     void recolour();
 

@@ -8,6 +8,11 @@
 #include <QPixmapCache>
 #include <QSvgRenderer>
 
+static void loadIcons()
+{
+    Q_INIT_RESOURCE(icons); // a static library's resources are linked only when asked for
+}
+
 namespace parcelory {
 using namespace Qt::StringLiterals;
 
@@ -15,6 +20,7 @@ namespace {
 
 QByteArray drawing(const QString &name, const QColor &ink)
 {
+    loadIcons();
     QFile file(u":/icons/%1.svg"_s.arg(name));
     if (!file.open(QIODevice::ReadOnly))
         qFatal("there is no icon %s", qUtf8Printable(name));

@@ -80,7 +80,7 @@ void Theme::drawRadioMark(QPainter &painter, const QRect &rect, const QStyleOpti
     const QColor edge = !enabled ? t.button : on ? t.accent : t.control;
     const qreal width = on ? rect.width() * 0.3 : 1;
     painter.setPen(QPen(edge, width));
-    painter.setBrush(t.sheet);
+    painter.setBrush(on && enabled ? t.onAccent : t.sheet);
     painter.drawEllipse(QRectF(rect).adjusted(width / 2, width / 2, -width / 2, -width / 2));
 }
 
@@ -177,7 +177,7 @@ void Theme::drawControl(ControlElement element, const QStyleOption *option, QPai
         if (const auto *header = qstyleoption_cast<const QStyleOptionHeader *>(option)) {
             painter->setFont(font(FontRole::captionStrong));
             painter->setPen(tokens().muted);
-            const QRect inner = header->rect.adjusted(4, 0, -4, 0);
+            const QRect inner = header->rect.adjusted(6, 0, -6, 0);
             painter->drawText(inner, int(header->textAlignment) | Qt::AlignVCenter,
                               painter->fontMetrics().elidedText(header->text, Qt::ElideRight, inner.width()));
         }

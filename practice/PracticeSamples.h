@@ -1,0 +1,21 @@
+#pragma once
+
+#include "carrier/ShippoRecords.h"
+
+namespace parcelory {
+
+class AppState;
+class ShipmentLog;
+
+// People and parcels of the practice desk, for pictures and first steps.
+
+ShippoAddress practiceRecipient();
+ShippoAddress practiceBoxHolder(); ///< whose street loses a number when the carrier standardises it
+ShippoAddress practiceRecipientAbroad();
+
+/// Fills the mailing log with two weeks of a small desk.
+void addPracticeShipments(ShipmentLog &log);
+/// Two more return addresses and three boxes.
+void addPracticeProfiles(AppState &app);
+
+} // namespace parcelory

@@ -1,0 +1,306 @@
+#include "practice/PracticeScreens.h"
+
+#include "core/AppError.h"
+#include "practice/PracticeDesk.h"
+#include "practice/PracticeSamples.h"
+#include "practice/PracticeSignIn.h"
+#include "shell/ui/Program.h"
+#include "shell/ui/label/LabelView.h"
+#include "shell/ui/log/MailingLogView.h"
+#include "shell/ui/settings/SettingsView.h"
+#include "shell/ui/theme/Theme.h"
+
+#include <QApplication>
+#include <QComboBox>
+#include <QDialog>
+#include <QDir>
+#include <QPainter>
+#include <QTemporaryDir>
+
+#include <cstdio>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr QSize usualSize(1280, 800);
+
+/// Draws the screens of one running program.
+class Gallery {
+public:
+    Gallery(PracticeDesk &desk, Program &program, QDir folder)
+        : m_desk(desk), m_program(program), m_folder(std::move(folder))
+    {
+        m_program.window().resize(usualSize);
+        m_program.window().show();
+    }
+
+    Task<> drawPractice();
+    Task<> drawMode(QString name);
+
+private:
+    AppState &app() { return m_program.app(); }
+    LabelScreen &label() { return m_program.screens().label; }
+    Clock &clock() { return m_desk.platform().clock; }
+
+    Task<> until(std::function<bool()> reached);
+    Task<> save(QString name);
+    Task<> drawComposing();
+    Task<> drawDialogs();
+    Task<> drawAbroad();
+    Task<> drawBuying();
+    Task<> drawRecords();
+    Task<> drawSettings();
+    void compose(const ShippoAddress &to);
+    QImage picture();
+
+    PracticeDesk &m_desk;
+    Program &m_program;
+    QDir m_folder;
+};
+
+Task<> Gallery::until(std::function<bool()> reached)
+{
+    for (int turn = 0; turn < 500; ++turn) {
+        co_await clock().sleep(20ms);
+        if (reached())
+            co_return;
+    }
+    throw AppError(u"The practice desk did not reach a state that was to be drawn."_s);
+}
+
+/// The window, and over it what is open: a dialog on a shaded window, or a list.
+QImage Gallery::picture()
+{
+    QWidget &window = m_program.window();
+    QImage image = window.grab().toImage();
+    QPainter painter(&image);
+    const auto middle = [&](const QSize &inner) {
+        return QPoint((window.width() - inner.width()) / 2, (window.height() - inner.height()) / 2);
+    };
+    if (QWidget *dialog = QApplication::activeModalWidget()) {
+        painter.fillRect(window.rect(), Theme::current().tokens().shade);
+        const QPoint place = middle(dialog->size());
+        painter.fillRect(QRect(place, dialog->size()).adjusted(-1, -1, 1, 1), Theme::current().tokens().button);
+        painter.drawPixmap(place, dialog->grab());
+    }
+    if (QWidget *list = QApplication::activePopupWidget())
+        painter.drawPixmap(window.mapFromGlobal(list->pos()), list->grab());
+    return image;
+}
+
+Task<> Gallery::save(QString name)
+{
+    co_await clock().sleep(60ms);
+    const QString path = m_folder.filePath(name + u".png"_s);
+    if (!picture().save(path))
+        throw AppError(u"%1 could not be written."_s.arg(path));
+    std::printf("%s\n", qUtf8Printable(path));
+}
+
+void Gallery::compose(const ShippoAddress &to)
+{
+    label().clearDraft();
+    app().draftTo = to;
+    label().mailpiece = PresetMailpiece{u"uline-s-5148"_s};
+    label().service = ServiceOption::signature;
+    label().weightLb = u"1"_s;
+    label().weightOz = u"1.3"_s;
+    label().insuranceValue = u"412.00"_s;
+    label().reference = u"48213"_s;
+    label().descriptionText = u"Coins"_s;
+}
+
+Task<> Gallery::drawComposing()
+{
+    co_await save(u"new-label-empty"_s);
+    compose(practiceRecipient());
+    co_await label().validate();
+    co_await save(u"new-label-domestic"_s);
+    Theme::current().setDark(true);
+    co_await save(u"new-label-domestic-dark"_s);
+    Theme::current().setDark(false);
+    m_program.window().resize(m_program.window().minimumSize());
+    co_await save(u"new-label-smallest"_s);
+    m_program.window().resize(usualSize);
+
+    m_desk.carrier().setScenario({.answerDelay = 2500ms});
+    label().weightLb = u"2"_s;
+    spawn([this] { return label().fetchRates(); });
+    co_await clock().sleep(1400ms);
+    co_await save(u"new-label-busy"_s);
+    co_await until([this] { return !label().busy; });
+    m_desk.carrier().setScenario({});
+
+    if (auto *mailpieces = m_program.window().labelView().findChild<QComboBox *>(u"mailpieces"_s)) {
+        mailpieces->showPopup();
+        co_await save(u"menu-mailpiece"_s);
+        mailpieces->hidePopup();
+    }
+}
+
+Task<> Gallery::drawDialogs()
+{
+    compose(practiceBoxHolder());
+    spawn([this] { return label().validate(); });
+    co_await until([] { return QApplication::activeModalWidget(); });
+    co_await save(u"dialog-address-review"_s);
+    co_await until([this] { // the rates bring up the same question once more
+        if (auto *dialog = qobject_cast<QDialog *>(QApplication::activeModalWidget()))
+            dialog->reject();
+        return !label().busy;
+    });
+
+    app().errors.record(u"Buy Label"_s, AppError(u"The carrier answered with an error."_s), Popup::yes);
+    co_await until([] { return QApplication::activeModalWidget(); });
+    co_await save(u"dialog-alert"_s);
+    static_cast<QDialog *>(QApplication::activeModalWidget())->accept();
+}
+
+Task<> Gallery::drawAbroad()
+{
+    compose(practiceRecipientAbroad());
+    label().carrier = Carrier::fedex;
+    label().mailpiece = BuiltinMailpiece::fedexSmallBox;
+    label().service = ServiceOption::fedexDirect;
+    label().insuranceValue = QString();
+    label().customs = CustomsInfo{CustomsItemType::gold, u"1"_s, u"1860.00"_s, u"Dana Marsh"_s};
+    ShippoAddress to = app().draftTo;
+    const QString phone = std::exchange(to.phone, QString());
+    app().draftTo = to;
+    co_await label().validate();
+    co_await save(u"new-label-error"_s);
+    to.phone = phone;
+    app().draftTo = to;
+    co_await label().validate();
+    co_await until([] { return QApplication::activeModalWidget(); });
+    co_await save(u"dialog-international-paperwork"_s);
+    static_cast<QDialog *>(QApplication::activeModalWidget())->accept();
+    co_await until([this] { return !label().rates.value().isEmpty(); });
+    co_await save(u"new-label-international"_s);
+    label().clearDraft();
+    label().carrier = Carrier::usps;
+}
+
+Task<> Gallery::drawBuying()
+{
+    compose(practiceRecipient());
+    co_await label().validate();
+    co_await label().buyAndPrint();
+    co_await save(u"new-label-bought"_s);
+}
+
+Task<> Gallery::drawRecords()
+{
+    app().tab = MainTab::mailingLog;
+    co_await save(u"mailing-log-one"_s);
+    auto filling = onPool([this] { addPracticeShipments(app().log); });
+    co_await filling;
+    co_await until([this] { return app().log.records().size() > 10; });
+    m_program.screens().mailingLog.selected = app().log.records()[3].id;
+    co_await save(u"mailing-log"_s);
+    Theme::current().setDark(true);
+    co_await save(u"mailing-log-dark"_s);
+    Theme::current().setDark(false);
+    m_program.screens().mailingLog.search = u"nobody of this name"_s;
+    co_await until([this] { return app().log.records().isEmpty(); });
+    co_await save(u"mailing-log-nothing-found"_s);
+    m_program.screens().mailingLog.search = QString();
+    app().tab = MainTab::masterLog;
+    co_await save(u"master-log"_s);
+    m_program.window().openWindow(u"errorlog"_s);
+    for (QWidget *window : QApplication::topLevelWidgets()) {
+        if (window->windowTitle() == u"Error Log")
+            window->grab().save(m_folder.filePath(u"window-error-log.png"_s));
+    }
+}
+
+Task<> Gallery::drawSettings()
+{
+    app().tab = MainTab::settings;
+    using Page = SettingsView::Page;
+    const std::pair<Page, QString> pages[] = {{Page::senders, u"settings-senders"_s},
+                                              {Page::boxes, u"settings-custom-boxes"_s},
+                                              {Page::printers, u"settings-printers"_s},
+                                              {Page::keys, u"settings-api-keys"_s}};
+    addPracticeProfiles(app());
+    for (const auto &[page, name] : pages) {
+        m_program.window().settingsView().showPage(page);
+        co_await save(name);
+    }
+    Theme::current().setDark(true);
+    co_await save(u"settings-api-keys-dark"_s);
+    Theme::current().setDark(false);
+}
+
+Task<> Gallery::drawPractice()
+{
+    co_await save(u"sign-in"_s);
+    app().flow = AppFlow::main;
+    co_await until([this] { return !m_program.screens().keys.statusText.value().isEmpty(); });
+    co_await drawComposing();
+    co_await drawDialogs();
+    co_await drawAbroad();
+    co_await drawBuying();
+    co_await drawRecords();
+    co_await drawSettings();
+}
+
+/// What a test or a live key looks like: the same screens, but this desk does not say that it is one.
+Task<> Gallery::drawMode(QString name)
+{
+    app().flow = AppFlow::main;
+    co_await until([this] { return !m_program.screens().keys.statusText.value().isEmpty(); });
+    compose(practiceRecipient());
+    co_await label().validate();
+    co_await save(u"new-label-"_s + name);
+    app().tab = MainTab::settings;
+    m_program.window().settingsView().showPage(SettingsView::Page::keys);
+    co_await save(u"settings-api-keys-"_s + name);
+}
+
+/// Runs one gallery over a desk of its own; true when all was drawn.
+bool draw(const QDir &folder, const QString &mode)
+{
+    const QTemporaryDir records;
+    WindowPrompts prompts;
+    PracticeDesk desk(records.path(), prompts);
+    if (!mode.isEmpty())
+        desk.pose(mode == u"live" ? PracticeCarrier::liveToken : PracticeCarrier::testToken);
+    Program program(desk.platform(), prompts, makePracticeSignIn);
+    Gallery gallery(desk, program, folder);
+    bool done = false;
+    spawn([&]() -> Task<> {
+        try {
+            if (mode.isEmpty())
+                co_await gallery.drawPractice();
+            else
+                co_await gallery.drawMode(mode);
+            done = true;
+        } catch (const std::exception &error) {
+            std::fprintf(stderr, "parcelory: %s\n", qUtf8Printable(describe(error)));
+        }
+        QMetaObject::invokeMethod(qApp, &QCoreApplication::quit, Qt::QueuedConnection);
+    });
+    QApplication::exec();
+    return done;
+}
+
+} // namespace
+
+int drawScreens(const QString &path)
+{
+    const QDir folder(path);
+    if (!folder.mkpath(u"."_s))
+        throw AppError(u"The folder %1 cannot be made."_s.arg(path));
+    Program::makeLook();
+    Theme::current().setDark(false);
+    QApplication::setQuitOnLastWindowClosed(false);
+    const bool done = draw(folder, {}) && draw(folder, u"test"_s) && draw(folder, u"live"_s);
+    return done ? 0 : 1;
+}
+
+} // namespace parcelory

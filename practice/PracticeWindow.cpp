@@ -1,0 +1,24 @@
+#include "practice/PracticeWindow.h"
+
+#include "practice/PracticeDesk.h"
+#include "practice/PracticeMenu.h"
+#include "practice/PracticeSignIn.h"
+#include "shell/ui/Program.h"
+
+#include <QApplication>
+#include <QMenuBar>
+
+namespace parcelory {
+
+int runPracticeWindow(const QString &folder)
+{
+    Program::makeLook();
+    WindowPrompts prompts;
+    PracticeDesk desk(folder, prompts);
+    Program program(desk.platform(), prompts, makePracticeSignIn);
+    addPracticeMenu(program.window().menuBar(), desk);
+    program.window().show();
+    return QApplication::exec();
+}
+
+} // namespace parcelory

@@ -1,0 +1,80 @@
+#include "records/MailingLogScreen.h"
+
+#include "records/Reprint.h"
+
+#include <QScopeGuard>
+
+#include <algorithm>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+MailingLogScreen::MailingLogScreen(AppState &app)
+    : m_app(app), m_searchWatch(search.addNotifier([this] { spawn([this] { return catchUp(); }); }))
+{
+    connect(&app.log, &ShipmentLog::recordsChanged, this, &MailingLogScreen::takeRecords);
+}
+
+/// A label bought meanwhile brings the newest rows whatever was searched for; then the search is repeated.
+void MailingLogScreen::takeRecords()
+{
+    if (!isUpToDate()) {
+        spawn([this] { return catchUp(); });
+        return;
+    }
+    if (!selectedRecord())
+        selected = std::nullopt;
+    emit recordsChanged();
+}
+
+/// One query at a time, always for what is typed by then: those in between nobody waits for any more.
+Task<> MailingLogScreen::catchUp()
+{
+    if (m_reloading)
+        co_return;
+    m_reloading = true;
+    const auto done = qScopeGuard([this] { m_reloading = false; });
+    while (!isUpToDate()) {
+        auto reloading = onPool([this, text = search.value()] { m_app.log.reload(text); });
+        co_await reloading;
+    }
+}
+
+std::optional<ShipmentRecord> MailingLogScreen::selectedRecord() const
+{
+    const std::optional<qint64> id = selected;
+    const auto found = std::ranges::find_if(records(), [id](const ShipmentRecord &record) { return record.id == id; });
+    return found == records().end() ? std::nullopt : std::optional(*found);
+}
+
+QString MailingLogScreen::countText() const
+{
+    const qsizetype count = records().size();
+    const bool searching = !m_app.log.shownSearch().isEmpty();
+    const QString number = count < ShipmentLog::listLimit ? QString::number(count) : u"%1 newest"_s.arg(count);
+    return number + (count == 1 ? u" shipment"_s : u" shipments"_s) + (searching ? u" found"_s : QString());
+}
+
+Task<> MailingLogScreen::reprint(ShipmentRecord record)
+{
+    if (busy)
+        co_return;
+    busy = true;
+    const auto done = qScopeGuard([this] { busy = false; });
+    message = QString(); // the same outcome twice is news twice
+    try {
+        const QString printed = co_await reprintLabel(m_app, record);
+        message = printed;
+    } catch (const AppError &error) {
+        message = error.description();
+        recordReprintFailure(m_app, error);
+    }
+}
+
+void MailingLogScreen::copyTracking(ShipmentRecord record)
+{
+    m_app.platform.desktop.copyText(record.tracking);
+    message = u"Copied tracking "_s + record.tracking;
+}
+
+} // namespace parcelory

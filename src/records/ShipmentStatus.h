@@ -1,0 +1,18 @@
+#pragma once
+
+#include <QString>
+
+namespace parcelory {
+
+/// How far the refund of a label is.
+enum class RefundState { none, pending, granted, failed };
+
+RefundState refundState(const QString &status);
+
+/// The word for a refund in a list ("REFUND PENDING"); empty when there is none.
+QString refundBadge(const QString &status);
+
+/// A record's status in the clerk's words. A word that an imported log brought along is shown as it is.
+QString friendlyStatus(const QString &status);
+
+} // namespace parcelory

@@ -1,0 +1,66 @@
+#pragma once
+
+#include "core/AppState.h"
+#include "core/Task.h"
+
+#include <QFuture>
+#include <QProperty>
+
+#include <functional>
+#include <optional>
+
+namespace parcelory {
+
+/// What a label bought now would be.
+enum class PostageMode { none, test, live, practice };
+
+struct KeyRow {
+    QString name;
+    bool test; ///< labels bought with it are not valid postage
+    bool active;
+
+    bool operator==(const KeyRow &) const = default;
+};
+
+/// The API keys as the window and Settings show them. The key ring may block, so it is read and written on the thread
+/// pool, one operation at a time in the order in which they were asked for: what is shown is what the last one left.
+/// Lives as long as AppState.
+class KeysScreen {
+public:
+    explicit KeysScreen(AppState &app);
+
+    QProperty<PostageMode> mode{PostageMode::none}; ///< practice whatever the key, where nothing is real
+    QProperty<QString> statusText;                  ///< the status strip's line
+    QProperty<QString> settingsText;                ///< the line above the list of keys
+    QProperty<QList<KeyRow>> keys;
+    QProperty<QString> message; ///< why a key was not taken; empty when all is well
+
+    /// Reads everything again: another program may have changed the key ring.
+    Task<> refresh();
+    /// Stores or replaces a key; blanks around name and token do not belong to them.
+    Task<> add(QString name, QString token);
+    /// Asks first.
+    Task<> remove(QString name);
+    Task<> makeActive(QString name);
+
+private:
+    struct State {
+        PostageMode mode = PostageMode::none;
+        QString statusText, settingsText;
+        QList<KeyRow> keys;
+        QString message;
+    };
+    /// Changes the keys; answers why it could not, or nothing. Runs on the thread pool.
+    using Work = std::function<QString(ShippoKeys &keys)>;
+
+    static State read(ShippoKeys &keys);
+    QFuture<State> queue(Work work);
+    void show(const State &state);
+    Task<> change(Work work);
+    QString consequenceOfRemoving(const QString &name) const;
+
+    AppState &m_app;
+    std::optional<QFuture<State>> m_last; ///< the operation that the next one waits for
+};
+
+} // namespace parcelory

@@ -1,0 +1,22 @@
+#pragma once
+
+#include "compose/LabelScreen.h"
+#include "core/AppState.h"
+#include "records/MailingLogScreen.h"
+#include "shell/KeysScreen.h"
+#include "shell/SettingsScreen.h"
+
+namespace parcelory {
+
+/// The screen models of the program's one window; they live as long as AppState, so that a draft survives every
+/// change of tab and sign-in.
+struct Screens {
+    explicit Screens(AppState &app) : label(app), mailingLog(app), settings(app), keys(app) {}
+
+    LabelScreen label;
+    MailingLogScreen mailingLog;
+    SettingsScreen settings;
+    KeysScreen keys;
+};
+
+} // namespace parcelory

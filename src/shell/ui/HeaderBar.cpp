@@ -1,0 +1,86 @@
+#include "shell/ui/HeaderBar.h"
+
+#include "shell/ui/parts/Button.h"
+#include "shell/ui/parts/TextLabel.h"
+
+#include <QHBoxLayout>
+#include <QPainter>
+#include <QTabBar>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+ModeHatch::ModeHatch(QWidget *parent) : QWidget(parent)
+{
+    setFixedHeight(6);
+    setVisible(false);
+}
+
+void ModeHatch::setMode(PostageMode mode)
+{
+    m_mode = mode;
+    setVisible(mode == PostageMode::test || mode == PostageMode::practice);
+    update();
+}
+
+void ModeHatch::paintEvent(QPaintEvent *)
+{
+    const Tokens &t = Theme::current().tokens();
+    const bool practice = m_mode == PostageMode::practice;
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.fillRect(rect(), practice ? t.practice : t.test);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(practice ? t.onPractice : t.onTest);
+    constexpr int step = 16;
+    for (int x = -step; x < width() + step; x += step)
+        painter.drawPolygon(QPolygonF({QPointF(x, 6), QPointF(x + 7, 6), QPointF(x + 12, 0), QPointF(x + 5, 0)}));
+}
+
+HeaderBar::HeaderBar(AppState &app, KeysScreen &keys, QWidget *parent)
+    : Surface(&Tokens::sheet, parent), m_app(app), m_keys(keys), m_tabs(new QTabBar),
+      m_mode(new Badge({}, BadgeKind::plain)), m_follower([this] { refresh(); })
+{
+    const Theme &theme = Theme::current();
+    setLines(Qt::BottomEdge);
+    setFixedHeight(theme.scaled(47));
+    m_tabs->setDocumentMode(true);
+    m_tabs->setExpanding(false);
+    m_tabs->setDrawBase(false);
+    m_tabs->setAccessibleName(u"Screens"_s);
+    m_tabs->setFont(theme.font(FontRole::strong)); // measured bold, so that the current tab moves nothing
+    for (const MainTabInfo &info : mainTabs())
+        m_tabs->addTab(info.title);
+    m_mode->setTall(24);
+    auto *signOut = new Button(u"Sign Out"_s, Button::Kind::link);
+
+    auto *row = new QHBoxLayout(this);
+    row->setContentsMargins(16, 0, 12, 1);
+    row->setSpacing(8);
+    row->addWidget(new IconView(u"parcelory_mark"_s, 22, &Tokens::accent));
+    row->addWidget(new TextLabel(u"Parcelory"_s, FontRole::h2));
+    row->addSpacing(4);
+    row->addWidget(m_tabs);
+    row->addStretch(1);
+    row->addWidget(m_mode);
+    row->addSpacing(4);
+    row->addWidget(signOut);
+
+    connect(m_tabs, &QTabBar::currentChanged, this, [this](int at) { m_app.tab = mainTabs()[at].tab; });
+    connect(signOut, &QPushButton::clicked, this, [this] { m_app.flow = AppFlow::login; });
+    m_follower.follow(app.tab, keys.mode);
+    refresh();
+}
+
+void HeaderBar::refresh()
+{
+    m_tabs->setCurrentIndex(int(m_app.tab.value()));
+    const PostageMode mode = m_keys.mode;
+    m_mode->setVisible(mode == PostageMode::test || mode == PostageMode::practice);
+    if (mode == PostageMode::practice)
+        m_mode->set(u"PRACTICE MODE"_s, BadgeKind::practice);
+    else
+        m_mode->set(u"TEST MODE"_s, BadgeKind::test);
+}
+
+} // namespace parcelory

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "core/AppState.h"
+#include "shell/KeysScreen.h"
+#include "shell/ui/parts/Badge.h"
+#include "shell/ui/parts/Follower.h"
+#include "shell/ui/parts/Surface.h"
+
+class QTabBar;
+
+namespace parcelory {
+
+/// A striped band over the window that says: nothing here is real postage.
+class ModeHatch : public QWidget {
+public:
+    explicit ModeHatch(QWidget *parent = nullptr);
+
+    void setMode(PostageMode mode); ///< shown for test and practice only
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+
+private:
+    PostageMode m_mode = PostageMode::none;
+};
+
+/// The window's head: name, tabs, mode and the way out.
+class HeaderBar : public Surface {
+    Q_OBJECT
+public:
+    HeaderBar(AppState &app, KeysScreen &keys, QWidget *parent = nullptr);
+
+private:
+    void refresh();
+
+    AppState &m_app;
+    KeysScreen &m_keys;
+    QTabBar *m_tabs;
+    Badge *m_mode;
+    Follower m_follower;
+};
+
+} // namespace parcelory

@@ -1,0 +1,134 @@
+#include "shell/ui/MainWindow.h"
+
+#include "shell/SettingsKeys.h"
+#include "shell/ui/HeaderBar.h"
+#include "shell/ui/StatusStrip.h"
+#include "shell/ui/WindowActions.h"
+#include "shell/ui/label/LabelView.h"
+#include "shell/ui/log/MailingLogView.h"
+#include "shell/ui/log/MasterLogView.h"
+#include "shell/ui/settings/SettingsView.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QStackedWidget>
+#include <QVBoxLayout>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+MainWindow::MainWindow(AppState &app, Screens &screens, QWidget *signIn)
+    : m_app(app), m_screens(screens), m_flows(new QStackedWidget), m_follower([this] { refresh(); })
+{
+    m_flows->addWidget(signIn);
+    m_flows->addWidget(makeMain());
+    setCentralWidget(m_flows);
+    addWindowActions(*this);
+    setMinimumSize(Theme::current().scaled(1024), 680);
+    restoreLayout();
+    m_follower.follow(app.flow, app.tab, screens.keys.mode, screens.label.buying);
+    spawn([this] { return m_screens.keys.refresh(); });
+    spawn([this] { return m_screens.settings.refreshPrinters(); });
+    refresh();
+}
+
+QWidget *MainWindow::makeMain()
+{
+    m_hatch = new ModeHatch;
+    m_tabs = new QStackedWidget;
+    m_label = new LabelView(m_app, m_screens.label, m_screens.keys, m_screens.settings);
+    m_mailingLog = new MailingLogView(m_app, m_screens.mailingLog);
+    m_settings = new SettingsView(m_app, m_screens.settings, m_screens.keys);
+    for (QWidget *view : {static_cast<QWidget *>(m_label), static_cast<QWidget *>(m_mailingLog),
+                          static_cast<QWidget *>(new MasterLogView), static_cast<QWidget *>(m_settings)})
+        m_tabs->addWidget(view); // in the order of mainTabs()
+    auto *main = new Surface(&Tokens::window);
+    auto *rows = new QVBoxLayout(main);
+    rows->setContentsMargins(0, 0, 0, 0);
+    rows->setSpacing(0);
+    rows->addWidget(m_hatch);
+    rows->addWidget(new HeaderBar(m_app, m_screens.keys));
+    rows->addWidget(m_tabs, 1);
+    rows->addWidget(new StatusStrip(m_app, m_screens.keys));
+    return main;
+}
+
+void MainWindow::restoreLayout()
+{
+    const QByteArray geometry = read(m_app.platform.preferences, settings::windowGeometry);
+    if (geometry.isEmpty() || !restoreGeometry(geometry))
+        resize(1280, 800);
+}
+
+void MainWindow::refresh()
+{
+    const bool signedIn = m_app.flow == AppFlow::main;
+    const bool entering = signedIn && m_flows->currentIndex() == 0;
+    m_flows->setCurrentIndex(signedIn ? 1 : 0);
+    const int tab = int(m_app.tab.value());
+    const bool changed = m_tabs->currentIndex() != tab;
+    m_tabs->setCurrentIndex(tab);
+    m_hatch->setMode(m_screens.keys.mode);
+    switch (m_screens.keys.mode) {
+    case PostageMode::test:
+        setWindowTitle(u"Parcelory — TEST MODE"_s);
+        break;
+    case PostageMode::practice:
+        setWindowTitle(u"Parcelory — PRACTICE MODE"_s);
+        break;
+    default:
+        setWindowTitle(u"Parcelory"_s);
+    }
+    if ((entering || changed) && signedIn && m_app.tab == MainTab::newLabel && m_app.draftTo.value().isEmpty())
+        m_label->focusRecipient();
+    finishClosing();
+}
+
+void MainWindow::openWindow(const QString &identifier)
+{
+    if (identifier != u"errorlog")
+        return;
+    if (!m_errorLog) {
+        m_errorLog = new ErrorLogWindow(m_app.errors, m_app.platform.desktop);
+        m_errorLog->setAttribute(Qt::WA_DeleteOnClose);
+        m_errorLog->resize(1000, 360);
+    }
+    m_errorLog->show();
+    m_errorLog->raise();
+    m_errorLog->activateWindow();
+}
+
+void MainWindow::closeEvent(QCloseEvent *event)
+{
+    write(m_app.platform.preferences, settings::windowGeometry, saveGeometry());
+    if (m_screens.label.buying) {
+        m_closeAfterPurchase = true;
+        event->ignore();
+        return;
+    }
+    if (m_errorLog)
+        m_errorLog->close();
+    event->accept();
+}
+
+/// The purchase that held the window open is over: a label that was bought and logged lets it go, anything else has
+/// first to be read.
+void MainWindow::finishClosing()
+{
+    if (!m_closeAfterPurchase || m_screens.label.buying)
+        return;
+    m_closeAfterPurchase = false;
+    const std::optional<Banner> outcome = m_screens.label.banner;
+    if (outcome && outcome->ok)
+        close();
+}
+
+void MainWindow::changeEvent(QEvent *event)
+{
+    QMainWindow::changeEvent(event);
+    // Another program may have changed the key ring meanwhile.
+    if (event->type() == QEvent::ActivationChange && isActiveWindow())
+        spawn([this] { return m_screens.keys.refresh(); });
+}
+
+} // namespace parcelory

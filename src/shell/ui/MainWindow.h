@@ -1,0 +1,59 @@
+#pragma once
+
+#include "shell/Screens.h"
+#include "shell/ui/ErrorLogWindow.h"
+#include "shell/ui/parts/Follower.h"
+
+#include <QMainWindow>
+#include <QPointer>
+
+class QStackedWidget;
+
+namespace parcelory {
+
+class LabelView;
+class MailingLogView;
+class ModeHatch;
+class SettingsView;
+
+/// The program's window: the sign-in, or the four tabs with head and status strip. It does not close while a label is
+/// being bought; it closes by itself when that is done.
+class MainWindow : public QMainWindow {
+    Q_OBJECT
+public:
+    /// `signIn` is the page that the flow begins with; it sets AppState::flow.
+    MainWindow(AppState &app, Screens &screens, QWidget *signIn);
+
+    LabelView &labelView() { return *m_label; }
+    MailingLogView &mailingLogView() { return *m_mailingLog; }
+    SettingsView &settingsView() { return *m_settings; }
+    AppState &app() { return m_app; }
+    Screens &screens() { return m_screens; }
+
+    /// Opens a secondary window, or brings it to the front. Known: "errorlog".
+    void openWindow(const QString &identifier);
+
+protected:
+    void closeEvent(QCloseEvent *event) override;
+    void changeEvent(QEvent *event) override;
+
+private:
+    QWidget *makeMain();
+    void refresh();
+    void finishClosing();
+    void restoreLayout();
+
+    AppState &m_app;
+    Screens &m_screens;
+    QStackedWidget *m_flows;
+    QStackedWidget *m_tabs = nullptr;
+    ModeHatch *m_hatch = nullptr;
+    LabelView *m_label = nullptr;
+    MailingLogView *m_mailingLog = nullptr;
+    SettingsView *m_settings = nullptr;
+    QPointer<ErrorLogWindow> m_errorLog;
+    bool m_closeAfterPurchase = false;
+    Follower m_follower;
+};
+
+} // namespace parcelory

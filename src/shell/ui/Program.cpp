@@ -1,0 +1,26 @@
+#include "shell/ui/Program.h"
+
+#include "shell/ui/theme/Icons.h"
+#include "shell/ui/theme/Theme.h"
+
+#include <QApplication>
+
+namespace parcelory {
+
+void Program::makeLook()
+{
+    Theme::install(SystemAppearance::paletteIsDark());
+    QApplication::setWindowIcon(themeIcon(QStringLiteral("parcelory_mark"), &Tokens::accent));
+}
+
+Program::Program(Platform &platform, WindowPrompts &prompts, const SignInPage &signIn)
+    : m_errors(platform), m_app(platform), m_screens(m_app)
+{
+    QObject::connect(&m_appearance, &SystemAppearance::darkChanged, [](bool dark) { Theme::current().setDark(dark); });
+    m_window = std::make_unique<MainWindow>(m_app, m_screens, signIn(m_app));
+    prompts.attach(m_window.get(), platform.clock);
+}
+
+Program::~Program() = default;
+
+} // namespace parcelory

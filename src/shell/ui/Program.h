@@ -1,0 +1,38 @@
+#pragma once
+
+#include "shell/ErrorLog.h"
+#include "shell/Screens.h"
+#include "shell/ui/MainWindow.h"
+#include "shell/ui/WindowPrompts.h"
+#include "shell/ui/theme/SystemAppearance.h"
+
+#include <functional>
+
+namespace parcelory {
+
+/// The running program with its window: services, screen models and views over one world.
+class Program {
+public:
+    /// Makes the sign-in page, which ends by setting AppState::flow.
+    using SignInPage = std::function<QWidget *(AppState &)>;
+
+    /// Call after makeLook(). `prompts` is the one in `platform`.
+    Program(Platform &platform, WindowPrompts &prompts, const SignInPage &signIn);
+    ~Program();
+
+    /// Gives the application its theme, light or dark as the system is.
+    static void makeLook();
+
+    MainWindow &window() { return *m_window; }
+    AppState &app() { return m_app; }
+    Screens &screens() { return m_screens; }
+
+private:
+    ErrorLog m_errors;
+    AppState m_app;
+    Screens m_screens;
+    SystemAppearance m_appearance;
+    std::unique_ptr<MainWindow> m_window;
+};
+
+} // namespace parcelory

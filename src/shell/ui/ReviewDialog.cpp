@@ -1,0 +1,95 @@
+#include "shell/ui/ReviewDialog.h"
+
+#include "shell/ui/parts/Surface.h"
+
+#include <QHBoxLayout>
+#include <QPainter>
+#include <QRegularExpression>
+#include <QVBoxLayout>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+TextLabel *paragraph(const QString &text, FontRole role = FontRole::body)
+{
+    auto *label = new TextLabel(text, role);
+    label->setWordWrap(true);
+    label->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    return label;
+}
+
+/// An address, its lost words on a coloured ground and bold.
+TextLabel *markedAddress(const QString &text, const QStringList &marked)
+{
+    auto *label = paragraph(text);
+    label->setAccessibleName(text);
+    QString html = text.toHtmlEscaped();
+    for (const QString &word : marked) {
+        const QRegularExpression whole(u"(#?\\b%1\\b)"_s.arg(QRegularExpression::escape(word)),
+                                       QRegularExpression::CaseInsensitiveOption);
+        const Tokens &t = Theme::current().tokens();
+        html.replace(whole,
+                     u"<b style='background:%1;color:%2'>&nbsp;\\1&nbsp;</b>"_s.arg(t.warnTint.name(), t.warn.name()));
+    }
+    label->setTextFormat(Qt::RichText);
+    label->setText(html.replace(u'\n', u"<br>"_s));
+    return label;
+}
+
+QWidget *addressBox(const QString &title, const QString &text, const QStringList &marked)
+{
+    auto *box = Surface::card();
+    box->setFill(&Tokens::panel);
+    auto *inner = new QVBoxLayout(box);
+    inner->setContentsMargins(12, 10, 12, 10);
+    inner->addWidget(markedAddress(text, marked), 0, Qt::AlignTop);
+    auto *column = new QWidget;
+    auto *rows = new QVBoxLayout(column);
+    rows->setContentsMargins(0, 0, 0, 0);
+    rows->setSpacing(5);
+    rows->addWidget(new TextLabel(title, FontRole::captionStrong, &Tokens::muted));
+    rows->addWidget(box, 1);
+    return column;
+}
+
+void addComparison(Dialog *dialog, const Comparison &comparison)
+{
+    if (!comparison.lead.isEmpty())
+        dialog->body()->addWidget(paragraph(comparison.lead));
+    auto *boxes = new QHBoxLayout;
+    boxes->setSpacing(12);
+    boxes->addWidget(addressBox(comparison.leftTitle, comparison.left, comparison.marked), 1);
+    boxes->addWidget(addressBox(comparison.rightTitle, comparison.right, {}), 1);
+    dialog->body()->addLayout(boxes);
+    dialog->body()->addWidget(paragraph(comparison.closing, FontRole::strong));
+}
+
+} // namespace
+
+Dialog *makeAlert(Clock &clock, const QString &title, const QString &text, QWidget *parent)
+{
+    auto *dialog = new Dialog(clock, title, u"ui_warning"_s, &Tokens::warn, 520, parent);
+    dialog->setAccessibleDescription(text);
+    dialog->body()->addWidget(paragraph(text));
+    dialog->addButton(u"OK"_s, QDialog::Accepted, Button::Kind::solid);
+    return dialog;
+}
+
+Dialog *makeQuestion(Clock &clock, const Question &question, QWidget *parent)
+{
+    auto *dialog = new Dialog(clock, question.title, u"ui_warning"_s, &Tokens::warn, 540, parent);
+    dialog->setAccessibleDescription(question.text);
+    if (question.comparison)
+        addComparison(dialog, *question.comparison);
+    else
+        dialog->body()->addWidget(paragraph(question.text));
+    for (int choice = 0; choice < question.choices.size(); ++choice) {
+        const bool safe = choice == question.safeChoice;
+        dialog->addButton(question.choices[choice], choice + 1, safe ? Button::Kind::solid : Button::Kind::standard);
+    }
+    return dialog;
+}
+
+} // namespace parcelory

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "core/AppState.h"
+#include "shell/KeysScreen.h"
+#include "shell/ui/parts/Badge.h"
+#include "shell/ui/parts/Follower.h"
+#include "shell/ui/parts/Notice.h"
+#include "shell/ui/parts/Surface.h"
+
+namespace parcelory {
+
+/// The line at the window's foot: the last label, what the scanner heard, and which key is active.
+class StatusStrip : public Surface {
+    Q_OBJECT
+public:
+    StatusStrip(AppState &app, KeysScreen &keys, QWidget *parent = nullptr);
+
+protected:
+    void mouseReleaseEvent(QMouseEvent *event) override;
+
+private:
+    void refresh();
+
+    AppState &m_app;
+    KeysScreen &m_keys;
+    TextLabel *m_lastTitle;
+    ElidedLabel *m_last, *m_scan;
+    IconView *m_scanIcon, *m_warning;
+    Badge *m_mode;
+    TextLabel *m_key;
+    Follower m_follower;
+};
+
+} // namespace parcelory

@@ -1,0 +1,58 @@
+#include "shell/ui/WindowPrompts.h"
+
+#include "shell/ui/ReviewDialog.h"
+
+#include <QCoreApplication>
+
+namespace parcelory {
+
+namespace {
+
+/// Suspends until the dialog is closed and gives its result.
+struct Closing {
+    Dialog *dialog;
+    int result = QDialog::Rejected;
+
+    bool await_ready() const noexcept { return false; }
+    void await_suspend(std::coroutine_handle<> waiting)
+    {
+        QObject::connect(dialog, &QDialog::finished, [this, waiting](int answer) {
+            result = answer;
+            // Posted, so that whoever asked does not go on inside the dialog's own closing.
+            QMetaObject::invokeMethod(qApp, [waiting] { waiting.resume(); }, Qt::QueuedConnection);
+        });
+    }
+    int await_resume() const noexcept { return result; }
+};
+
+} // namespace
+
+void WindowPrompts::attach(QWidget *window, Clock &clock)
+{
+    m_window = window;
+    m_clock = &clock;
+}
+
+Task<int> WindowPrompts::run(Dialog *dialog)
+{
+    const QPointer<QWidget> focus = dialog->parentWidget() ? dialog->parentWidget()->focusWidget() : nullptr;
+    dialog->open();
+    const int result = co_await Closing{dialog};
+    if (focus)
+        focus->setFocus(); // the clerk goes on where the dialog came up
+    co_return result;
+}
+
+Task<> WindowPrompts::alert(QString title, QString text)
+{
+    co_await run(makeAlert(*m_clock, title, text, m_window));
+}
+
+Task<int> WindowPrompts::choose(Question question)
+{
+    const int safeChoice = question.safeChoice;
+    const int result = co_await run(makeQuestion(*m_clock, question, m_window));
+    co_return result == QDialog::Rejected ? safeChoice : result - 1;
+}
+
+} // namespace parcelory

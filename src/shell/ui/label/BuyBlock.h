@@ -1,0 +1,48 @@
+#pragma once
+
+#include "compose/LabelScreen.h"
+#include "shell/KeysScreen.h"
+#include "shell/SettingsScreen.h"
+#include "shell/ui/parts/Badge.h"
+#include "shell/ui/parts/Button.h"
+#include "shell/ui/parts/Follower.h"
+#include "shell/ui/parts/Surface.h"
+#include "shell/ui/parts/TextLabel.h"
+
+class QGridLayout;
+
+namespace parcelory {
+
+/// Everything that is about to be bought, together, and the button that buys it.
+class BuyBlock : public Surface {
+    Q_OBJECT
+public:
+    BuyBlock(AppState &app, LabelScreen &screen, KeysScreen &keys, SettingsScreen &settings, QWidget *parent = nullptr);
+
+    Button *buyButton() const { return m_buy; }
+
+signals:
+    void buyRequested();
+
+private:
+    TextLabel *addLine(const QString &name);
+    void refresh();
+    void refreshMode();
+    QString printerText() const;
+
+    LabelScreen &m_screen;
+    KeysScreen &m_keys;
+    SettingsScreen &m_settings;
+    TextLabel *m_none;
+    QWidget *m_summary;
+    QGridLayout *m_lines;
+    TextLabel *m_service, *m_transit, *m_price;
+    TextLabel *m_to, *m_package, *m_extras, *m_printer;
+    Button *m_buy;
+    Badge *m_mode;
+    TextLabel *m_consequence;
+    Follower m_follower;
+    QPropertyNotifier m_busyNow; ///< the button is off in the same event that starts a purchase
+};
+
+} // namespace parcelory

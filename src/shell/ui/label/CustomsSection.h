@@ -1,0 +1,28 @@
+#pragma once
+
+#include "compose/LabelScreen.h"
+#include "shell/ui/parts/Field.h"
+#include "shell/ui/parts/Follower.h"
+#include "shell/ui/parts/FormSection.h"
+
+namespace parcelory {
+
+/// The customs declaration of a parcel that leaves the country.
+class CustomsSection : public FormSection {
+    Q_OBJECT
+public:
+    CustomsSection(AppState &app, LabelScreen &screen, QWidget *parent = nullptr);
+
+    Field *field(DraftField which) const { return which == DraftField::declaredValue ? m_value : nullptr; }
+
+private:
+    void refresh();
+
+    LabelScreen &m_screen;
+    Choice *m_contents;
+    Field *m_value;
+    TextLabel *m_hint;
+    Follower m_follower;
+};
+
+} // namespace parcelory

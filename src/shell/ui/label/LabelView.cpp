@@ -1,0 +1,224 @@
+#include "shell/ui/label/LabelView.h"
+
+#include "shell/ui/label/CustomsSection.h"
+#include "shell/ui/label/MessageLine.h"
+#include "shell/ui/label/PackageSection.h"
+#include "shell/ui/label/PaperworkDialog.h"
+#include "shell/ui/label/RatesPanel.h"
+#include "shell/ui/label/RecipientSection.h"
+#include "shell/ui/label/SenderSection.h"
+#include "shell/ui/label/ServiceSection.h"
+#include "shell/ui/parts/TabOrder.h"
+
+#include <QApplication>
+#include <QKeyEvent>
+#include <QScrollArea>
+#include <QVBoxLayout>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int ratesWidth = 344, widestRates = 400, widestForm = 792, wideWindow = 1500;
+
+constexpr DraftField allFields[] = {DraftField::profile, DraftField::name,          DraftField::street,
+                                    DraftField::city,    DraftField::zip,           DraftField::phone,
+                                    DraftField::weight,  DraftField::length,        DraftField::width,
+                                    DraftField::height,  DraftField::declaredValue, DraftField::insurance};
+
+} // namespace
+
+LabelView::LabelView(AppState &app, LabelScreen &screen, KeysScreen &keys, SettingsScreen &settings, QWidget *parent)
+    : QWidget(parent), m_app(app), m_screen(screen), m_scroll(new QScrollArea),
+      m_recipient(new RecipientSection(app, screen)), m_package(new PackageSection(app, screen)),
+      m_extras(new ExtrasSection(screen)), m_customs(new CustomsSection(app, screen)), m_customsRule(new Rule),
+      m_rates(new RatesPanel(app, screen, keys, settings)), m_follower([this] { refresh(); })
+{
+    auto *columns = new QHBoxLayout;
+    columns->setSpacing(0);
+    columns->addWidget(makeForm(), 1);
+    columns->addWidget(m_rates);
+    auto *rows = new QVBoxLayout(this);
+    rows->setContentsMargins(0, 0, 0, 0);
+    rows->setSpacing(0);
+    rows->addWidget(new MessageLine(app, screen));
+    rows->addLayout(columns, 1);
+    orderTabsByLayout(this);
+
+    connect(m_recipient, &RecipientSection::validateRequested, this, &LabelView::validate);
+    connect(m_rates, &RatesPanel::getRatesRequested, this, &LabelView::getRates);
+    connect(m_rates, &RatesPanel::buyRequested, this, &LabelView::buy);
+    for (Field *field : findChildren<Field *>())
+        connect(field, &QLineEdit::textEdited, this, [this] { m_typedMeanwhile = true; });
+    m_follower.follow(app.draftTo, screen.faultyField, screen.showIntlPaperwork, screen.banner);
+    refresh();
+}
+
+QWidget *LabelView::makeForm()
+{
+    auto *form = new Surface(&Tokens::sheet);
+    form->setMaximumWidth(Theme::current().scaled(widestForm));
+    auto *rows = new QVBoxLayout(form);
+    rows->setContentsMargins(16, 10, 16, 10);
+    rows->setSpacing(9);
+    rows->addWidget(new SenderSection(m_app, m_screen));
+    rows->addWidget(new Rule);
+    rows->addWidget(m_recipient);
+    rows->addWidget(new Rule);
+    rows->addWidget(m_package);
+    rows->addWidget(new Rule);
+    rows->addWidget(new ServiceSection(m_app, m_screen));
+    rows->addWidget(new Rule);
+    rows->addWidget(m_extras);
+    rows->addWidget(m_customsRule);
+    rows->addWidget(m_customs);
+    rows->addStretch(1);
+    m_scroll->setWidget(form);
+    m_scroll->setWidgetResizable(true);
+    m_scroll->setFrameShape(QFrame::NoFrame);
+    m_scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    m_scroll->setBackgroundRole(QPalette::Base);
+    m_scroll->setFocusPolicy(Qt::NoFocus);
+    return m_scroll;
+}
+
+void LabelView::resizeEvent(QResizeEvent *event)
+{
+    QWidget::resizeEvent(event);
+    const int extra = std::max(0, width() - wideWindow) / 4;
+    m_rates->setFixedWidth(Theme::current().scaled(std::min(ratesWidth + extra, widestRates)));
+}
+
+Field *LabelView::field(DraftField which) const
+{
+    for (Field *found :
+         {m_recipient->field(which), m_package->field(which), m_extras->field(which), m_customs->field(which)}) {
+        if (found)
+            return found;
+    }
+    return nullptr;
+}
+
+void LabelView::start(std::function<Task<>()> operation)
+{
+    m_typedMeanwhile = false;
+    spawn([self = QPointer(this), operation = std::move(operation)]() -> Task<> {
+        co_await operation();
+        if (self)
+            self->settleFocus();
+    });
+}
+
+void LabelView::validate()
+{
+    start([this] { return m_screen.validate(); });
+}
+
+void LabelView::getRates()
+{
+    start([this] { return m_screen.fetchRates(); });
+}
+
+void LabelView::buy()
+{
+    start([this] { return m_screen.buyAndPrint(); });
+}
+
+void LabelView::settleFocus()
+{
+    m_follower.refreshNow();
+    const bool elsewhere = !isVisible() || QApplication::activeModalWidget() || m_screen.showIntlPaperwork;
+    if (elsewhere || m_typedMeanwhile)
+        return;
+    Field *next = nullptr;
+    if (m_screen.faultyField.value())
+        next = field(*m_screen.faultyField.value());
+    else if (!m_screen.rates.value().isEmpty()) {
+        m_rates->list()->setFocus();
+        return;
+    } else if (m_screen.validationOK && m_screen.totalPounds() <= 0)
+        next = field(DraftField::weight);
+    else if (m_app.draftTo.value().isEmpty())
+        next = field(DraftField::name);
+    if (next) {
+        next->setFocus();
+        next->selectAll();
+        m_scroll->ensureWidgetVisible(next);
+    }
+}
+
+void LabelView::focusRecipient()
+{
+    field(DraftField::name)->setFocus();
+    field(DraftField::name)->selectAll();
+    m_scroll->ensureWidgetVisible(field(DraftField::name));
+}
+
+void LabelView::focusNextRegion()
+{
+    if (m_rates->isAncestorOf(focusWidget()))
+        focusRecipient();
+    else if (m_rates->list()->isVisible())
+        m_rates->list()->setFocus();
+    else
+        m_rates->getRatesButton()->setFocus();
+}
+
+void LabelView::keyPressEvent(QKeyEvent *event)
+{
+    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)
+        pressDefault();
+    else
+        QWidget::keyPressEvent(event);
+}
+
+/// What Return does: the next step, but it never spends money.
+void LabelView::pressDefault()
+{
+    switch (m_screen.nextStep()) {
+    case NextStep::validate:
+        validate();
+        break;
+    case NextStep::getRates:
+        getRates();
+        break;
+    case NextStep::buy:
+        break;
+    case NextStep::none:
+        if (!m_screen.busy && m_screen.rates.value().isEmpty())
+            focusNextPrevChild(true);
+        break;
+    }
+}
+
+void LabelView::refresh()
+{
+    const std::optional<DraftField> faulty = m_screen.faultyField;
+    const std::optional<Banner> banner = m_screen.banner;
+    for (const DraftField which : allFields) {
+        if (Field *input = field(which))
+            input->setFault(faulty == which && banner ? banner->text : QString());
+    }
+    m_customsRule->setVisible(m_screen.isInternational());
+    if (m_screen.showIntlPaperwork)
+        showPaperwork();
+    else if (m_paperwork)
+        m_paperwork->reject();
+}
+
+void LabelView::showPaperwork()
+{
+    if (m_paperwork)
+        return;
+    m_paperwork = new PaperworkDialog(m_app, m_screen, window());
+    connect(m_paperwork, &QDialog::finished, this, [this](int result) {
+        m_paperwork = nullptr;
+        m_screen.showIntlPaperwork = false;
+        if (result == QDialog::Accepted)
+            start([this] { return m_screen.fetchRates(true); });
+    });
+    m_paperwork->open();
+}
+
+} // namespace parcelory

@@ -1,0 +1,64 @@
+#pragma once
+
+#include "compose/LabelScreen.h"
+#include "shell/KeysScreen.h"
+#include "shell/SettingsScreen.h"
+#include "shell/ui/parts/Field.h"
+#include "shell/ui/parts/Follower.h"
+
+#include <QPointer>
+
+class QScrollArea;
+
+namespace parcelory {
+
+class CustomsSection;
+class ExtrasSection;
+class PackageSection;
+class PaperworkDialog;
+class RatesPanel;
+class RecipientSection;
+
+/// The New Label screen: the form, the rates and the Buy block, and where the focus goes between them.
+class LabelView : public QWidget {
+    Q_OBJECT
+public:
+    LabelView(AppState &app, LabelScreen &screen, KeysScreen &keys, SettingsScreen &settings,
+              QWidget *parent = nullptr);
+
+    void validate();
+    void getRates();
+    void buy();
+    void focusRecipient();
+    /// Form, rates and round again.
+    void focusNextRegion();
+
+protected:
+    void keyPressEvent(QKeyEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
+
+private:
+    QWidget *makeForm();
+    Field *field(DraftField which) const;
+    /// Runs an operation of the screen and takes the focus where the clerk goes on.
+    void start(std::function<Task<>()> operation);
+    void settleFocus();
+    void pressDefault();
+    void refresh();
+    void showPaperwork();
+
+    AppState &m_app;
+    LabelScreen &m_screen;
+    QScrollArea *m_scroll;
+    RecipientSection *m_recipient;
+    PackageSection *m_package;
+    ExtrasSection *m_extras;
+    CustomsSection *m_customs;
+    QWidget *m_customsRule;
+    RatesPanel *m_rates;
+    QPointer<PaperworkDialog> m_paperwork;
+    bool m_typedMeanwhile = false;
+    Follower m_follower;
+};
+
+} // namespace parcelory

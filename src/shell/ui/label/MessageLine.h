@@ -1,0 +1,26 @@
+#pragma once
+
+#include "compose/LabelScreen.h"
+#include "shell/ui/parts/Button.h"
+#include "shell/ui/parts/Follower.h"
+#include "shell/ui/parts/Surface.h"
+#include "shell/ui/parts/TextLabel.h"
+
+namespace parcelory {
+
+/// The slot under the tabs: the banner, or what to do next. Always there, so that nothing jumps.
+class MessageLine : public Surface {
+    Q_OBJECT
+public:
+    MessageLine(AppState &app, LabelScreen &screen, QWidget *parent = nullptr);
+
+private:
+    void refresh();
+
+    LabelScreen &m_screen;
+    IconView *m_icon;
+    TextLabel *m_text;
+    Follower m_follower;
+};
+
+} // namespace parcelory

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "compose/LabelScreen.h"
+#include "shell/ui/label/MailpieceChoice.h"
+#include "shell/ui/parts/Button.h"
+#include "shell/ui/parts/FormSection.h"
+#include "shell/ui/parts/Segments.h"
+
+namespace parcelory {
+
+/// "Package": carrier, packaging, weight and size.
+class PackageSection : public FormSection {
+    Q_OBJECT
+public:
+    PackageSection(AppState &app, LabelScreen &screen, QWidget *parent = nullptr);
+
+    Field *field(DraftField which) const; ///< null when it stands elsewhere
+
+private:
+    void refresh();
+
+    LabelScreen &m_screen;
+    Segments *m_carrier;
+    Field *m_pounds, *m_ounces;
+    Field *m_length, *m_width, *m_height;
+    FormRow *m_size;
+    TextLabel *m_sizeHint;
+    Follower m_follower;
+};
+
+} // namespace parcelory

@@ -1,0 +1,86 @@
+#include "shell/ui/label/PaperworkDialog.h"
+
+#include "shell/ui/parts/Binding.h"
+#include "shell/ui/parts/FormSection.h"
+#include "shell/ui/parts/Surface.h"
+
+#include <QButtonGroup>
+#include <QHBoxLayout>
+#include <QKeyEvent>
+#include <QRadioButton>
+#include <QShortcut>
+#include <QVBoxLayout>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+PaperworkDialog::PaperworkDialog(AppState &app, LabelScreen &screen, QWidget *parent)
+    : Dialog(app.platform.clock, u"International Paperwork"_s, u"ui_document"_s, &Tokens::accentText, 640, parent),
+      m_screen(screen), m_contents(new QButtonGroup(this)), m_value(new Field(u"Declared value, US dollars"_s, 104))
+{
+    auto *text = new TextLabel(screen.paperworkText(), FontRole::body, &Tokens::muted);
+    text->setWordWrap(true);
+    body()->addWidget(text);
+    body()->addWidget(makeContents());
+
+    auto *quantity = new Field(u"Quantity"_s, 56), *signer = new Field(u"Signer"_s);
+    quantity->setPlaceholderText(u"1"_s);
+    bindText(quantity, screen.customs, &CustomsInfo::quantity);
+    bindText(m_value, screen.customs, &CustomsInfo::value);
+    bindText(signer, screen.customs, &CustomsInfo::signer);
+    auto *row = new FormRow(u"Quantity"_s);
+    row->add(quantity)->say(u"Value  $"_s)->add(m_value)->say(u"Signer"_s)->add(signer, 1);
+    body()->addWidget(row);
+
+    addButton(u"Cancel"_s, Rejected, Button::Kind::standard);
+    addButton(u"Get Rates"_s, Accepted, Button::Kind::solid);
+    m_value->setFocus();
+}
+
+QWidget *PaperworkDialog::makeContents()
+{
+    auto *list = Surface::card();
+    list->setFill(&Tokens::panel);
+    auto *rows = new QVBoxLayout(list);
+    rows->setContentsMargins(12, 4, 12, 4);
+    rows->setSpacing(0);
+    for (const CustomsItem &item : customsItems()) {
+        const int number = int(item.type) + 1;
+        auto *choice = new QRadioButton(item.pickerText);
+        choice->setMinimumHeight(Theme::current().scaled(31));
+        choice->setChecked(item.type == m_screen.customs.value().itemType);
+        m_contents->addButton(choice, int(item.type));
+        auto *line = new QHBoxLayout;
+        line->addWidget(choice, 1);
+        line->addWidget(new TextLabel(QString::number(number), FontRole::caption, &Tokens::muted));
+        if (number > 1)
+            rows->addWidget(new Rule);
+        rows->addLayout(line);
+    }
+    connect(m_contents, &QButtonGroup::idClicked, this, &PaperworkDialog::choose);
+    for (const CustomsItem &item : customsItems()) { // a field keeps its digits; there the number goes with Alt
+        const auto number = Qt::Key(Qt::Key_1 + int(item.type));
+        connect(new QShortcut(Qt::ALT | number, this), &QShortcut::activated, this,
+                [this, type = int(item.type)] { choose(type); });
+    }
+    return list;
+}
+
+void PaperworkDialog::choose(int type)
+{
+    CustomsInfo info = m_screen.customs;
+    info.itemType = CustomsItemType(type);
+    m_screen.customs = info;
+    m_contents->button(type)->setChecked(true);
+}
+
+void PaperworkDialog::keyPressEvent(QKeyEvent *event)
+{
+    const int type = event->key() - Qt::Key_1;
+    if (type >= 0 && type < customsItems().size())
+        choose(type);
+    else
+        Dialog::keyPressEvent(event);
+}
+
+} // namespace parcelory

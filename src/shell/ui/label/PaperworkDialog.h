@@ -1,0 +1,31 @@
+#pragma once
+
+#include "compose/LabelScreen.h"
+#include "shell/ui/parts/Dialog.h"
+#include "shell/ui/parts/Field.h"
+#include "shell/ui/parts/Follower.h"
+
+class QButtonGroup;
+
+namespace parcelory {
+
+/// "International Paperwork": what is in the parcel, for customs. Ends accepted when rates are to be loaded. What is
+/// typed goes into the draft at once and stays there when the sheet is cancelled.
+class PaperworkDialog : public Dialog {
+    Q_OBJECT
+public:
+    PaperworkDialog(AppState &app, LabelScreen &screen, QWidget *parent);
+
+protected:
+    void keyPressEvent(QKeyEvent *event) override;
+
+private:
+    QWidget *makeContents();
+    void choose(int type);
+
+    LabelScreen &m_screen;
+    QButtonGroup *m_contents;
+    Field *m_value;
+};
+
+} // namespace parcelory

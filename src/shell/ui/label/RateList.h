@@ -1,0 +1,27 @@
+#pragma once
+
+#include "compose/LabelScreen.h"
+#include "shell/ui/parts/Follower.h"
+
+#include <QListView>
+#include <QStandardItemModel>
+
+namespace parcelory {
+
+/// The rates as radio rows; arrow keys, a click or Space choose one.
+class RateList : public QListView {
+    Q_OBJECT
+public:
+    explicit RateList(LabelScreen &screen, QWidget *parent = nullptr);
+
+private:
+    void refill();
+    void showChosen();
+
+    LabelScreen &m_screen;
+    QStandardItemModel m_rows;
+    Follower m_rates;
+    Follower m_chosen;
+};
+
+} // namespace parcelory

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "shell/SettingsScreen.h"
+#include "shell/ui/parts/Button.h"
+#include "shell/ui/parts/Field.h"
+#include "shell/ui/parts/Follower.h"
+#include "shell/ui/parts/FormSection.h"
+#include "shell/ui/parts/Notice.h"
+#include "shell/ui/settings/SettingsPage.h"
+
+class QCheckBox;
+
+namespace parcelory {
+
+/// The print queues for labels and for documents.
+class PrintersPage : public SettingsPage {
+    Q_OBJECT
+public:
+    explicit PrintersPage(SettingsScreen &settings, QWidget *parent = nullptr);
+
+private:
+    void appendLabels();
+    void appendDocuments();
+    QCheckBox *appendSwitch(QVBoxLayout *rows, const QString &text, QProperty<bool> &property);
+    void refresh();
+
+    SettingsScreen &m_settings;
+    BusyBar *m_busy;
+    Choice *m_label, *m_document;
+    Button *m_test, *m_refresh;
+    Notice *m_noZebra, *m_outcome;
+    FormRow *m_noZebraRow, *m_outcomeRow;
+    QCheckBox *m_showAll, *m_rotate;
+    Follower m_follower;
+};
+
+} // namespace parcelory

@@ -1,0 +1,171 @@
+#pragma once
+
+#include "shell/ui/Program.h"
+#include "shell/ui/label/LabelView.h"
+#include "shell/ui/parts/Button.h"
+#include "shell/ui/parts/Dialog.h"
+#include "shell/ui/parts/Field.h"
+#include "support/CarrierDesk.h"
+#include "support/Printing.h"
+
+#include <QApplication>
+#include <QLabel>
+#include <QLineEdit>
+#include <QTest>
+#include <QWindow>
+
+namespace parcelory::test {
+
+/// The program with its real window over the practice carrier. Keys and clicks go the way of a person's: to the
+/// window of the system, not to a widget.
+struct WindowDesk : CarrierDesk {
+    WindowPrompts windowPrompts;
+    Platform world;
+    std::unique_ptr<Program> program;
+
+    explicit WindowDesk(bool practice = false)
+        : world{.http = http,
+                .clock = clock,
+                .secrets = secrets,
+                .preferences = preferences,
+                .prompts = windowPrompts,
+                .desktop = desktop,
+                .processes = processes,
+                .dataFolder = platform.dataFolder,
+                .deployment = platform.deployment,
+                .practice = practice}
+    {
+        clock.start = QDateTime::currentDateTime(); // the practice carrier knows what day it is
+        preferences.setValue(QStringLiteral("printer.zebraQueue"), QStringLiteral("ZD421"));
+        processes.behave = [](const QString &, const QStringList &arguments) {
+            const bool list = arguments.first() == QStringLiteral("-v");
+            return ProcessOutcome{0, list ? "device for ZD421: usb://Zebra/ZD421\n" : "", {}};
+        };
+        program = std::make_unique<Program>(world, windowPrompts, [](AppState &) { return new QWidget; });
+        window().show();
+        if (!QTest::qWaitForWindowActive(&window()))
+            qFatal("the window did not become active");
+        app().flow = AppFlow::main;
+        wait([this] { return program->screens().keys.mode != PostageMode::none; });
+        settleAll();
+    }
+    ~WindowDesk() { settleAll(); }
+
+    MainWindow &window() { return program->window(); }
+    AppState &app() { return program->app(); }
+    LabelScreen &label() { return program->screens().label; }
+
+    template <class Done>
+    void wait(Done done)
+    {
+        runUntil(done, &clock);
+        settleAll();
+    }
+    /// Until nothing is under way any more.
+    void settleAll()
+    {
+        for (int turn = 0; turn < 4; ++turn)
+            settle();
+    }
+    void idle()
+    {
+        settleAll();
+        wait([this] { return !label().busy; });
+    }
+
+    /// The dialog that comes up, once it has the keyboard. Fake time stands still meanwhile.
+    Dialog *dialog()
+    {
+        runUntil([] {
+            const QWidget *modal = QApplication::activeModalWidget();
+            return modal && QGuiApplication::focusWindow() == modal->windowHandle();
+        });
+        return qobject_cast<Dialog *>(QApplication::activeModalWidget());
+    }
+
+    /// Presses a key where the keyboard is.
+    void press(Qt::Key key, Qt::KeyboardModifiers modifiers = {})
+    {
+        QWindow *target = QGuiApplication::focusWindow();
+        QTest::keyClick(target ? target : window().windowHandle(), key, modifiers);
+        settleAll();
+    }
+    void type(const QString &text)
+    {
+        for (const QChar letter : text) {
+            QWindow *target = QGuiApplication::focusWindow();
+            QTest::keyClick(target ? target : window().windowHandle(), letter.toLatin1());
+        }
+        settleAll();
+    }
+    void click(QWidget *widget, int times = 1)
+    {
+        QWidget *top = widget->window();
+        const QPoint place = widget->mapTo(top, widget->rect().center());
+        for (int time = 0; time < times; ++time)
+            QTest::mouseClick(top->windowHandle(), Qt::LeftButton, {}, place);
+        settleAll();
+    }
+
+    template <class Widget = QWidget>
+    Widget *named(const QString &accessibleName, QWidget *root = nullptr)
+    {
+        for (Widget *widget : (root ? root : &window())->template findChildren<Widget *>()) {
+            if (widget->isVisible() && widget->accessibleName() == accessibleName)
+                return widget;
+        }
+        qFatal("no widget is called %s", qUtf8Printable(accessibleName));
+    }
+    Button *button(const QString &text, QWidget *root = nullptr)
+    {
+        for (Button *found : (root ? root : &window())->findChildren<Button *>()) {
+            if (found->text() == text && found->isVisible())
+                return found;
+        }
+        qFatal("no button says %s", qUtf8Printable(text));
+    }
+    /// The buttons that are filled with a colour now.
+    QStringList solidButtons()
+    {
+        QStringList texts;
+        for (const Button *found : window().findChildren<Button *>()) {
+            const bool solid = found->kind() == Button::Kind::solid || found->kind() == Button::Kind::test ||
+                               found->kind() == Button::Kind::practice;
+            if (solid && found->isEnabled() && found->isVisible())
+                texts += found->text();
+        }
+        return texts;
+    }
+    QString focusName() const
+    {
+        const QWidget *focus = QApplication::focusWidget();
+        if (!focus)
+            return QStringLiteral("nothing");
+        const auto *pressed = qobject_cast<const QAbstractButton *>(focus);
+        return focus->accessibleName().isEmpty() && pressed ? pressed->text() : focus->accessibleName();
+    }
+
+    /// A one-pound parcel that only lacks its rates.
+    void compose(const ShippoAddress &to)
+    {
+        app().draftTo = to;
+        label().weightLb = QStringLiteral("1");
+        label().mailpiece = PresetMailpiece{QStringLiteral("uline-s-5148")};
+        settleAll();
+    }
+    void composeAndRate(const ShippoAddress &to)
+    {
+        compose(to);
+        press(Qt::Key_K, Qt::ControlModifier);
+        idle();
+    }
+    int purchases()
+    {
+        int count = 0;
+        for (const PracticeCarrier::Request &request : carrier.requests())
+            count += request.method == "POST" && request.target.startsWith("/transactions");
+        return count;
+    }
+};
+
+} // namespace parcelory::test

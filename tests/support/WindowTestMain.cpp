@@ -1,0 +1,18 @@
+#include "shell/ui/theme/Theme.h"
+#include "support/Printing.h"
+
+#include <gmock/gmock.h>
+
+#include <QApplication>
+#include <QStandardPaths>
+
+int main(int argc, char **argv)
+{
+    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) // set where the windows are to be real ones
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    QStandardPaths::setTestModeEnabled(true);
+    testing::InitGoogleMock(&argc, argv);
+    QApplication app(argc, argv);
+    parcelory::Theme::install(false);
+    return RUN_ALL_TESTS();
+}

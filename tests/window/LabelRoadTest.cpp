@@ -1,0 +1,165 @@
+#include "support/WindowDesk.h"
+
+#include <QSemaphore>
+
+#include <gmock/gmock.h>
+
+// The New Label screen driven as a clerk drives it.
+
+namespace parcelory::test {
+namespace {
+using namespace Qt::StringLiterals;
+
+TEST(LabelRoad, AParcelIsShippedWithoutTheMouse)
+{
+    WindowDesk desk;
+    EXPECT_EQ(desk.focusName(), u"Recipient name");
+    const std::pair<int, QString> typed[] = {{0, u"Eleanor Whitfield"_s},
+                                             {2, u"418 Montford Ave"_s},
+                                             {1, u"Apt 3B"_s},
+                                             {1, u"Asheville"_s},
+                                             {1, u"NC"_s},
+                                             {1, u"28801"_s}};
+    for (const auto &[tabs, text] : typed) {
+        for (int tab = 0; tab < tabs; ++tab)
+            desk.press(Qt::Key_Tab);
+        desk.type(text);
+    }
+    desk.press(Qt::Key_Return); // the next step is Validate
+    desk.idle();
+    EXPECT_EQ(desk.label().validationStatus.value(), u"Valid ✓ (USPS version)");
+    EXPECT_EQ(desk.focusName(), u"Weight, pounds");
+    desk.type(u"1"_s);
+    for (const auto *size : {u"12", u"8", u"2"}) {
+        const int tabs = size == QStringView(u"12") ? 2 : 1;
+        for (int tab = 0; tab < tabs; ++tab)
+            desk.press(Qt::Key_Tab);
+        desk.type(QString::fromUtf16(size));
+    }
+    desk.press(Qt::Key_Return); // now it is Get Rates
+    desk.idle();
+    EXPECT_EQ(desk.focusName(), u"Rates");
+    EXPECT_EQ(desk.label().selectedRate()->servicelevel.token, u"usps_priority");
+    desk.press(Qt::Key_Down);
+    EXPECT_EQ(desk.label().selectedRate()->servicelevel.token, u"usps_priority_express");
+    desk.press(Qt::Key_Up);
+    desk.press(Qt::Key_Return, Qt::ControlModifier);
+    desk.idle();
+    EXPECT_TRUE(desk.label().banner.value()->text.startsWith(u"Success! Priority Mail to Eleanor Whitfield, $"_s));
+    EXPECT_TRUE(desk.processes.lastPrinted().startsWith("^XA"));
+    EXPECT_TRUE(desk.label().lastLabel.value());
+    EXPECT_EQ(desk.focusName(), u"Recipient name");
+    EXPECT_EQ(desk.purchases(), 1);
+    desk.press(Qt::Key_C, Qt::ControlModifier | Qt::ShiftModifier);
+    EXPECT_EQ(desk.desktop.clipboard, desk.app().log.records().first().tracking);
+}
+
+TEST(LabelRoad, AParcelGoesAbroadByMouseThroughThePaperwork)
+{
+    WindowDesk desk;
+    desk.compose(londonAddress());
+    desk.click(desk.button(u"Validate"_s));
+    EXPECT_EQ(QApplication::activeModalWidget(),
+              nullptr); // the declared value is missing, and the screen says so first
+    EXPECT_EQ(desk.focusName(), u"Declared value, US dollars");
+    desk.type(u"1860"_s);
+    desk.click(desk.button(u"Get Rates"_s));
+    QWidget *sheet = desk.dialog();
+    EXPECT_EQ(sheet->windowTitle(), u"International Paperwork");
+    EXPECT_EQ(desk.focusName(), u"Declared value, US dollars");
+    desk.clock.advance(Dialog::keyGuard);
+    desk.type(u"2"_s); // in the field, a digit is a digit: it replaces the selected value
+    EXPECT_EQ(desk.label().customs.value().value, u"2");
+    EXPECT_EQ(desk.label().customs.value().itemType, CustomsItemType::gold);
+    desk.press(Qt::Key_4, Qt::AltModifier);
+    EXPECT_EQ(desk.label().customs.value().itemType, CustomsItemType::readingMaterial);
+    desk.click(desk.button(u"Get Rates"_s, sheet));
+    desk.idle();
+    ASSERT_TRUE(desk.label().selectedRate());
+    desk.click(desk.button(u"Buy & Print Label"_s));
+    desk.idle();
+    EXPECT_EQ(desk.purchases(), 1);
+    EXPECT_TRUE(desk.app().log.records().first().isIntl);
+}
+
+TEST(LabelRoad, ABurstOfClicksAndKeysBuysOneLabel)
+{
+    WindowDesk desk;
+    desk.composeAndRate(homeAddress());
+    Button *buy = desk.button(u"Buy & Print Label"_s);
+    desk.click(buy, 5);
+    for (int again = 0; again < 3; ++again)
+        desk.press(Qt::Key_Return, Qt::ControlModifier);
+    desk.idle();
+    EXPECT_EQ(desk.purchases(), 1);
+    EXPECT_EQ(desk.app().log.records().size(), 1);
+}
+
+TEST(LabelRoad, ReturnNeverBuysAndOtherTabsDoNotEither)
+{
+    WindowDesk desk;
+    desk.composeAndRate(homeAddress());
+    ASSERT_EQ(desk.solidButtons(), QStringList{u"Buy & Print Label"_s});
+    const QWidget *first = QApplication::focusWidget();
+    int stops = 0;
+    do {
+        desk.press(Qt::Key_Return);
+        desk.press(Qt::Key_Enter, Qt::KeypadModifier);
+        desk.press(Qt::Key_Tab);
+    } while (QApplication::focusWidget() != first && ++stops < 60);
+    EXPECT_GT(stops, 15);
+    ASSERT_TRUE(desk.label().selectedRate()); // no Return has changed anything
+    for (const auto tab : {Qt::Key_2, Qt::Key_3, Qt::Key_4}) {
+        desk.press(tab, Qt::ControlModifier);
+        desk.press(Qt::Key_Return, Qt::ControlModifier);
+    }
+    EXPECT_EQ(desk.app().tab.value(), MainTab::settings);
+    EXPECT_EQ(desk.purchases(), 0);
+}
+
+TEST(LabelRoad, TheWindowAnswersWhileCarrierAndPrintToolTakeTheirTime)
+{
+    WindowDesk desk;
+    QSemaphore printed;
+    desk.processes.behave = [&](const QString &program, const QStringList &) {
+        if (program.endsWith(u"lpr"_s))
+            printed.acquire(); // for as long as the test likes
+        return ProcessOutcome{};
+    };
+    desk.carrier.setScenario({.answerDelay = std::chrono::milliseconds(150)});
+    desk.composeAndRate(homeAddress());
+    desk.press(Qt::Key_Return, Qt::ControlModifier);
+    ASSERT_TRUE(desk.label().buying);
+    // Everything below would hang if the main thread waited for one of them.
+    runUntil([&] { return desk.processes.calls().size() > 2 && !desk.processes.lastPrinted().isEmpty(); });
+    desk.press(Qt::Key_2, Qt::ControlModifier);
+    EXPECT_EQ(desk.app().tab.value(), MainTab::mailingLog);
+    desk.press(Qt::Key_1, Qt::ControlModifier);
+    desk.press(Qt::Key_L, Qt::ControlModifier);
+    desk.type(u"Next Customer"_s);
+    EXPECT_EQ(desk.app().draftTo.value().name, u"Next Customer");
+
+    desk.window().close(); // the purchase goes on, and the window with it
+    EXPECT_TRUE(desk.window().isVisible());
+    printed.release();
+    desk.idle();
+    EXPECT_EQ(desk.app().log.records().size(), 1);
+    EXPECT_EQ(desk.app().draftTo.value().name, u"Next Customer");
+    EXPECT_FALSE(desk.window().isVisible());
+}
+
+TEST(LabelRoad, AFailedPurchaseKeepsTheWindowThatWasToClose)
+{
+    WindowDesk desk;
+    desk.composeAndRate(homeAddress());
+    desk.carrier.setScenario({.answerDelay = std::chrono::milliseconds(100), .purchaseFails = true});
+    desk.press(Qt::Key_Return, Qt::ControlModifier);
+    ASSERT_TRUE(desk.label().buying);
+    desk.window().close();
+    desk.idle();
+    EXPECT_TRUE(desk.window().isVisible());
+    EXPECT_FALSE(desk.label().banner.value()->ok);
+}
+
+} // namespace
+} // namespace parcelory::test
