@@ -49,7 +49,11 @@ struct WindowDesk : CarrierDesk {
         wait([this] { return program->screens().keys.mode != PostageMode::none; });
         settleAll();
     }
-    ~WindowDesk() { settleAll(); }
+    ~WindowDesk()
+    {
+        workPool().waitForDone(); // what nobody waited for comes back to the screens
+        settleAll();
+    }
 
     MainWindow &window() { return program->window(); }
     AppState &app() { return program->app(); }

@@ -52,8 +52,8 @@ MailingLogView::MailingLogView(AppState &app, MailingLogScreen &screen, QWidget 
 QWidget *MailingLogView::makeMessageLine()
 {
     auto *line = new Surface(&Tokens::sheet);
-    line->setMinimumHeight(
-        Theme::current().scaled(messageHeight)); // kept while there is nothing to say, so that nothing jumps
+    // The room is kept while there is nothing to say, so that nothing jumps.
+    line->setMinimumHeight(Theme::current().scaled(messageHeight));
     line->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Minimum);
     auto *rows = new QVBoxLayout(line);
     rows->setContentsMargins(16, 0, 16, 4);
@@ -100,7 +100,7 @@ void MailingLogView::refreshList()
     const QString search = m_screen.search;
     m_table->setRecords(m_screen.records());
     if (std::exchange(m_listed, search) != search)
-        m_table->scrollToTop(); // the best matches of a new search are its newest
+        m_table->showStart();
     const bool empty = m_screen.records().isEmpty();
     m_list->setCurrentIndex(empty ? 1 : 0);
     m_empty->set(search.isEmpty() ? u"ui_invoice"_s : u"ui_search"_s,
@@ -120,6 +120,8 @@ void MailingLogView::refresh()
     if (message == m_message->text())
         return;
     m_message->setText(message);
+    if (message.isEmpty())
+        return;
     QAccessibleEvent alert(m_message, QAccessible::Alert);
     QAccessible::updateAccessibility(&alert);
 }

@@ -73,7 +73,7 @@ void RowTable::replaceRows(const std::function<void()> &change)
     const QVariant kept = chosen();
     const int top = rowAt(0);
     const QVariant topId = model()->index(top, 0).data(idRole);
-    const int offset = verticalScrollBar()->value() > 0 ? rowViewportPosition(top) : 0;
+    const int offset = rowViewportPosition(top);
     const bool atTop = verticalScrollBar()->value() == 0; // there one waits for what is new
     change();
     if (wordWrap())
@@ -82,6 +82,14 @@ void RowTable::replaceRows(const std::function<void()> &change)
     executeDelayedItemsLayout();
     if (const int row = rowOf(topId); row >= 0 && !atTop)
         verticalScrollBar()->setValue(verticalHeader()->sectionPosition(row) - offset);
+    else
+        scrollToTop();
+}
+
+void RowTable::showStart()
+{
+    if (chosen().isValid())
+        scrollTo(currentIndex(), PositionAtCenter);
     else
         scrollToTop();
 }

@@ -28,6 +28,9 @@ public:
     /// where they are, as far as they are still there.
     void replaceRows(const std::function<void()> &change);
 
+    /// Scrolls to the chosen row or, when none is, to the first: for rows that have little to do with the last ones.
+    void showStart();
+
 signals:
     void chosenChanged();
     void copyRequested(); ///< the system's Copy keys: cells show numbers in groups, which nobody wants to paste
