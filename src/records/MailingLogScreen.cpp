@@ -33,11 +33,21 @@ Task<> MailingLogScreen::catchUp()
     if (m_reloading)
         co_return;
     m_reloading = true;
-    const auto done = qScopeGuard([this] { m_reloading = false; });
-    while (!isUpToDate()) {
-        auto reloading = onPool([this, text = search.value()] { m_app.log.reload(text); });
+    QString asked;
+    do {
+        asked = search.value();
+        auto reloading = onPool([this, asked] { m_app.log.reload(asked); });
         co_await reloading;
-    }
+    } while (asked != search.value());
+    m_reloading = false;
+    // The rows are handed over by an event that may still wait; so may those of a label bought meanwhile.
+    QMetaObject::invokeMethod(
+        this,
+        [this] {
+            if (!isUpToDate())
+                spawn([this] { return catchUp(); });
+        },
+        Qt::QueuedConnection);
 }
 
 std::optional<ShipmentRecord> MailingLogScreen::selectedRecord() const
