@@ -9,6 +9,7 @@ using namespace Qt::StringLiterals;
 
 KeysScreen::KeysScreen(AppState &app) : m_app(app)
 {
+    m_thread.setMaxThreadCount(1);
     show({}); // the practice desk is recognised from the first moment
 }
 
@@ -28,16 +29,12 @@ KeysScreen::State KeysScreen::read(ShippoKeys &keys)
 
 QFuture<KeysScreen::State> KeysScreen::queue(Work work)
 {
-    const auto run = [&keys = m_app.keys, work = std::move(work)] {
+    return QtConcurrent::run(&m_thread, [&keys = m_app.keys, work = std::move(work)] {
         const QString message = work(keys);
         State state = read(keys);
         state.message = message;
         return state;
-    };
-    // Whatever became of the one before: only its end is waited for.
-    m_last = m_last ? m_last->then(&workPool(), [run](const QFuture<State> &) { return run(); })
-                    : QtConcurrent::run(&workPool(), run);
-    return *m_last;
+    });
 }
 
 void KeysScreen::show(const State &state)

@@ -5,9 +5,9 @@
 
 #include <QFuture>
 #include <QProperty>
+#include <QThreadPool>
 
 #include <functional>
-#include <optional>
 
 namespace parcelory {
 
@@ -22,9 +22,9 @@ struct KeyRow {
     bool operator==(const KeyRow &) const = default;
 };
 
-/// The API keys as the window and Settings show them. The key ring may block, so it is read and written on the thread
-/// pool, one operation at a time in the order in which they were asked for: what is shown is what the last one left.
-/// Lives as long as AppState.
+/// The API keys as the window and Settings show them. The key ring may block, so it is read and written on a thread of
+/// its own, one operation at a time in the order in which they were asked for: what is shown is what the last one
+/// left. Lives as long as AppState.
 class KeysScreen {
 public:
     explicit KeysScreen(AppState &app);
@@ -50,7 +50,7 @@ private:
         QList<KeyRow> keys;
         QString message;
     };
-    /// Changes the keys; answers why it could not, or nothing. Runs on the thread pool.
+    /// Changes the keys; answers why it could not, or nothing. Runs on that thread.
     using Work = std::function<QString(ShippoKeys &keys)>;
 
     static State read(ShippoKeys &keys);
@@ -60,7 +60,7 @@ private:
     QString consequenceOfRemoving(const QString &name) const;
 
     AppState &m_app;
-    std::optional<QFuture<State>> m_last; ///< the operation that the next one waits for
+    QThreadPool m_thread; ///< one thread, so that operations keep their order
 };
 
 } // namespace parcelory
