@@ -30,6 +30,16 @@ void ShippoKeys::set(const QString &token, const QString &name)
         makeActive(name);
 }
 
+bool ShippoKeys::store(const QString &token, const QString &name)
+{
+    const bool isNew = !names().contains(name);
+    set(token, name);
+    const bool kept = this->token(name) == token;
+    if (!kept && isNew)
+        remove(name);
+    return kept;
+}
+
 void ShippoKeys::remove(const QString &name)
 {
     m_secrets.set(QString(), account(name)); // an empty token counts as none everywhere

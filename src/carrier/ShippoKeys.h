@@ -17,6 +17,10 @@ public:
 
     /// Stores or replaces a key. The first one added becomes active by itself.
     void set(const QString &token, const QString &name);
+    /// The same, but looks whether the secret store kept the token; a new key that it did not keep is not left behind.
+    [[nodiscard]] bool store(const QString &token, const QString &name);
+    static inline const QString notKept =
+        QStringLiteral("The system's secret store did not keep the key — is it unlocked?");
     /// Forgets a key; if it was active, the first remaining one becomes active.
     void remove(const QString &name);
     void makeActive(const QString &name);

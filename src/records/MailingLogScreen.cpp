@@ -36,7 +36,7 @@ Task<> MailingLogScreen::catchUp()
     QString asked;
     do {
         asked = search.value();
-        auto reloading = onPool([this, asked] { m_app.log.reload(asked); });
+        auto reloading = onPool([&log = m_app.log, asked] { log.reload(asked); });
         co_await reloading;
     } while (asked != search.value());
     m_reloading = false;

@@ -70,15 +70,8 @@ Task<> KeysScreen::add(QString name, QString token)
         message = u"A key needs a name and its token."_s;
         co_return;
     }
-    auto adding = change([name, token](ShippoKeys &keys) {
-        const bool isNew = !keys.names().contains(name);
-        keys.set(token, name);
-        if (keys.token(name) == token)
-            return QString();
-        if (isNew)
-            keys.remove(name);
-        return u"The system's secret store did not keep the key — is it unlocked?"_s;
-    });
+    auto adding =
+        change([name, token](ShippoKeys &keys) { return keys.store(token, name) ? QString() : ShippoKeys::notKept; });
     co_await adding;
 }
 

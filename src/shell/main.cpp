@@ -38,13 +38,8 @@ int addKey(Platform &platform, const QString &typedName)
     if (name.isEmpty() || token.isEmpty())
         throw AppError(u"Give the key a name, and its token on standard input."_s);
     ShippoKeys keys(platform.secrets, platform.preferences);
-    const bool isNew = !keys.names().contains(name);
-    keys.set(token, name);
-    if (keys.token(name) != token) {
-        if (isNew)
-            keys.remove(name);
-        throw AppError(u"The system's secret store did not keep the key — is it unlocked?"_s);
-    }
+    if (!keys.store(token, name))
+        throw AppError(ShippoKeys::notKept);
     QTextStream(stdout) << keys.statusText() << '\n';
     return 0;
 }

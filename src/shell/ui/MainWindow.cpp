@@ -28,7 +28,8 @@ MainWindow::MainWindow(AppState &app, Screens &screens, QWidget *signIn)
     restoreLayout();
     m_follower.follow(app.flow, app.tab, screens.keys.mode, screens.label.buying);
     spawn([this] { return m_screens.keys.refresh(); });
-    spawn([this] { return m_screens.settings.refreshPrinters(); });
+    if (m_screens.settings.zebraQueue.value().isEmpty()) // the first start finds its label printer by itself
+        spawn([this] { return m_screens.settings.refreshPrinters(); });
     refresh();
 }
 
@@ -49,7 +50,12 @@ QWidget *MainWindow::makeMain()
     rows->addWidget(m_hatch);
     rows->addWidget(new HeaderBar(m_app, m_screens.keys));
     rows->addWidget(m_tabs, 1);
-    rows->addWidget(new StatusStrip(m_app, m_screens.keys));
+    auto *strip = new StatusStrip(m_app, m_screens.keys);
+    rows->addWidget(strip);
+    connect(strip, &StatusStrip::keysRequested, this, [this] {
+        m_app.tab = MainTab::settings;
+        m_settings->showPage(SettingsView::Page::keys);
+    });
     return main;
 }
 

@@ -55,7 +55,7 @@ void StatusStrip::refresh()
 void StatusStrip::mouseReleaseEvent(QMouseEvent *event)
 {
     if (m_keys.mode == PostageMode::none && m_key->geometry().contains(event->pos()))
-        m_app.tab = MainTab::settings;
+        emit keysRequested();
 }
 
 } // namespace parcelory

@@ -15,6 +15,10 @@ class StatusStrip : public Surface {
 public:
     StatusStrip(AppState &app, KeysScreen &keys, QWidget *parent = nullptr);
 
+signals:
+    /// The line that no key is active was clicked.
+    void keysRequested();
+
 protected:
     void mouseReleaseEvent(QMouseEvent *event) override;
 

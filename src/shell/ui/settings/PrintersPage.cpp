@@ -69,6 +69,13 @@ PrintersPage::PrintersPage(SettingsScreen &settings, QWidget *parent)
     refresh();
 }
 
+void PrintersPage::showEvent(QShowEvent *event)
+{
+    SettingsPage::showEvent(event);
+    if (m_settings.queues.value().isEmpty()) // nobody has looked yet
+        spawn([&settings = m_settings] { return settings.refreshPrinters(); });
+}
+
 void PrintersPage::appendLabels()
 {
     QVBoxLayout *rows = column(appendCard());

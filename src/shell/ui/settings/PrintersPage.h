@@ -18,6 +18,9 @@ class PrintersPage : public SettingsPage {
 public:
     explicit PrintersPage(SettingsScreen &settings, QWidget *parent = nullptr);
 
+protected:
+    void showEvent(QShowEvent *event) override;
+
 private:
     void appendLabels();
     void appendDocuments();
