@@ -29,7 +29,7 @@ Deployment practiceDeployment(const PracticeCarrier &carrier)
 
 } // namespace
 
-PracticeDesk::PracticeDesk(const QString &folder, Prompts &prompts)
+PracticeDesk::PracticeDesk(const QString &folder, Prompts &prompts, Keyboard &keyboard)
     : m_folder(practiceFolder(folder)), m_preferences(m_folder.filePath(u"preferences.ini"_s)),
       m_printer(QDir(m_folder.filePath(u"printed"_s))), m_desktop(QDir(m_folder.filePath(u"viewer"_s))),
       m_platform{.http = m_http,
@@ -39,6 +39,8 @@ PracticeDesk::PracticeDesk(const QString &folder, Prompts &prompts)
                  .prompts = prompts,
                  .desktop = m_desktop,
                  .processes = m_printer,
+                 .hid = m_scale,
+                 .keyboard = keyboard,
                  .dataFolder = m_folder,
                  .deployment = practiceDeployment(m_carrier),
                  .practice = true}

@@ -3,6 +3,7 @@
 #include "core/Platform.h"
 #include "practice/MemorySecrets.h"
 #include "practice/PracticePrinter.h"
+#include "practice/PracticeScale.h"
 #include "practice/carrier/PracticeCarrier.h"
 #include "shell/platform/NetworkTransport.h"
 #include "shell/platform/SettingsPreferences.h"
@@ -16,7 +17,7 @@ class PracticeDesk {
 public:
     /// Starts the carrier and sets a practice key and the practice printers where none are set. `folder`: empty for
     /// "Parcelory Practice" beside the real records.
-    PracticeDesk(const QString &folder, Prompts &prompts);
+    PracticeDesk(const QString &folder, Prompts &prompts, Keyboard &keyboard);
 
     Platform &platform() { return m_platform; }
     /// Makes the program believe that it is no practice desk and that `token` is the desk's key: for pictures and
@@ -25,6 +26,7 @@ public:
     PracticeCarrier &carrier() { return m_carrier; }
     const PracticePrinter &printer() const { return m_printer; }
     PracticePrinter &printer() { return m_printer; }
+    PracticeScale &scale() { return m_scale; }
 
 private:
     QDir m_folder;
@@ -35,6 +37,7 @@ private:
     SettingsPreferences m_preferences;
     PracticePrinter m_printer;
     PracticeDesktop m_desktop;
+    PracticeScale m_scale{m_clock};
     Platform m_platform;
 };
 

@@ -2,7 +2,11 @@
 
 #include "practice/PracticeDesk.h"
 
+#include <QGuiApplication>
+#include <QInputDialog>
+#include <QKeyEvent>
 #include <QMenuBar>
+#include <QWindow>
 
 #include <functional>
 #include <memory>
@@ -35,11 +39,61 @@ const QList<Mishap> &mishaps()
     return table;
 }
 
+/// Types a text as a scanner does: a key every ten milliseconds, then Return.
+Task<> typeLikeAScanner(Clock &clock, QString text)
+{
+    const auto press = [](int key, const QString &letters) {
+        if (QWindow *window = QGuiApplication::focusWindow()) {
+            for (const auto type : {QEvent::KeyPress, QEvent::KeyRelease})
+                QCoreApplication::postEvent(window, new QKeyEvent(type, key, Qt::NoModifier, letters));
+        }
+    };
+    for (const QChar letter : text) {
+        press(letter.toUpper().unicode(), letter);
+        co_await clock.sleep(std::chrono::milliseconds(10));
+    }
+    press(Qt::Key_Return, u"\r"_s);
+}
+
+void addScaleEntries(QMenu *menu, PracticeScale &scale)
+{
+    const std::pair<QString, double> parcels[] = {{u"Take Everything off the Scale"_s, 0},
+                                                  {u"Put 12.4 oz on the Scale"_s, 12.4},
+                                                  {u"Put 1 lb 1.3 oz on the Scale"_s, 17.3},
+                                                  {u"Put 3 lb 8.0 oz on the Scale"_s, 56},
+                                                  {u"Put Too Much on the Scale"_s, PracticeScale::capacity + 16}};
+    for (const auto &[name, ounces] : parcels)
+        QObject::connect(menu->addAction(name), &QAction::triggered, menu, [&scale, ounces] { scale.put(ounces); });
+    QAction *other = menu->addAction(u"Put Another Weight on the Scale…"_s);
+    QObject::connect(other, &QAction::triggered, menu, [menu, &scale] {
+        auto *question = new QInputDialog(menu->window());
+        question->setAttribute(Qt::WA_DeleteOnClose);
+        question->setInputMode(QInputDialog::DoubleInput);
+        question->setDoubleRange(0, PracticeScale::capacity);
+        question->setDoubleDecimals(1);
+        question->setLabelText(u"Ounces on the scale:"_s);
+        QObject::connect(question, &QInputDialog::doubleValueSelected, menu,
+                         [&scale](double ounces) { scale.put(ounces); });
+        question->open();
+    });
+    QAction *unplugged = menu->addAction(u"Scale Is Unplugged"_s);
+    unplugged->setCheckable(true);
+    QObject::connect(unplugged, &QAction::toggled, menu, [&scale](bool on) { on ? scale.unplug() : scale.plug(); });
+}
+
 } // namespace
 
 void addPracticeMenu(QMenuBar *bar, PracticeDesk &desk)
 {
     QMenu *menu = bar->addMenu(u"&Practice"_s);
+    QAction *scan = menu->addAction(u"Scan a Sample Invoice"_s);
+    QObject::connect(scan, &QAction::triggered, menu, [&desk] {
+        const QString link = u"https://%1/i48213"_s.arg(desk.platform().deployment.shortLinkHost);
+        spawn([&desk, link] { return typeLikeAScanner(desk.platform().clock, link); });
+    });
+    menu->addSeparator();
+    addScaleEntries(menu, desk.scale());
+    menu->addSeparator();
     const auto scenario = std::make_shared<CarrierScenario>();
     for (const Mishap &mishap : mishaps()) {
         QAction *action = menu->addAction(mishap.name);

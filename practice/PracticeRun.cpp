@@ -35,11 +35,23 @@ QString bannerText(const LabelScreen &screen)
     return screen.banner.value() ? screen.banner.value()->text : QString();
 }
 
+/// Puts the parcel that an order describes on the scale and takes its weight from there.
+Task<> weigh(AppState &app, LabelScreen &screen, PracticeScale &scale)
+{
+    const double ounces = screen.totalPounds() * 16;
+    screen.weightLb = QString();
+    screen.weightOz = QString();
+    scale.put(ounces);
+    co_await app.platform.clock.sleep(PracticeScale::settling + std::chrono::milliseconds(50));
+    screen.weigh();
+}
+
 /// Takes one order down the whole road, as a clerk would.
-Task<Shipped> ship(AppState &app, LabelScreen &screen, PracticeOrder order)
+Task<Shipped> ship(AppState &app, LabelScreen &screen, PracticeScale &scale, PracticeOrder order)
 {
     Shipped result{.recipient = order.to.name};
     compose(order, app, screen);
+    co_await weigh(app, screen, scale);
     say(u"\n%1 — %2, %3"_s.arg(order.to.name, screen.mailpieceName(), screen.weightDisplay()));
     co_await screen.validate();
     say(u"  "_s + screen.validationStatus);
@@ -62,13 +74,13 @@ Task<Shipped> ship(AppState &app, LabelScreen &screen, PracticeOrder order)
     co_return result;
 }
 
-Task<int> shipAll(AppState &app, LabelScreen &screen, QList<PracticeOrder> orders)
+Task<int> shipAll(AppState &app, LabelScreen &screen, PracticeScale &scale, QList<PracticeOrder> orders)
 {
     QList<Shipped> shipped;
     for (const PracticeOrder &order : orders) {
         Shipped one{.recipient = order.to.name};
         try {
-            one = co_await ship(app, screen, order);
+            one = co_await ship(app, screen, scale, order);
         } catch (const AppError &error) { // a word that the screen does not know; the other orders go on
             one.label = error.description();
         }
@@ -99,7 +111,7 @@ QString exportLog(const AppState &app)
 void sayWhere(const AppState &app, const PracticeDesk &desk, const QString &exported)
 {
     const QDir folder = app.platform.dataFolder;
-    say(u"\nLabels (ZPL):     "_s + desk.printer().folder().absolutePath());
+    say(u"\nLabels, papers:   "_s + desk.printer().folder().absolutePath());
     say(u"Mailing log:      "_s + folder.absoluteFilePath(u"mailing_log.sqlite"_s));
     say(u"Exported log:     "_s + exported);
     if (folder.exists(u"error_log.json"_s))
@@ -112,7 +124,8 @@ int runPractice(const QString &folder, const QString &ordersFile)
 {
     const QList<PracticeOrder> orders = readOrders(ordersFile);
     ConsolePrompts prompts;
-    PracticeDesk desk(folder, prompts);
+    SilentKeyboard keyboard;
+    PracticeDesk desk(folder, prompts, keyboard);
     ErrorLog errors(desk.platform());
     AppState app(desk.platform());
     LabelScreen screen(app);
@@ -122,7 +135,7 @@ int runPractice(const QString &folder, const QString &ordersFile)
     int status = 1;
     spawn([&]() -> Task<> {
         try {
-            status = co_await shipAll(app, screen, orders);
+            status = co_await shipAll(app, screen, desk.scale(), orders);
             sayWhere(app, desk, exportLog(app));
         } catch (const std::exception &error) {
             say(u"parcelory: "_s + describe(error));

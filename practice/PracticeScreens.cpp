@@ -5,6 +5,7 @@
 #include "practice/PracticeSamples.h"
 #include "practice/PracticeSignIn.h"
 #include "shell/ui/Program.h"
+#include "shell/ui/WindowKeyboard.h"
 #include "shell/ui/label/LabelView.h"
 #include "shell/ui/log/MailingLogView.h"
 #include "shell/ui/settings/SettingsView.h"
@@ -267,7 +268,8 @@ bool draw(const QDir &folder, const QString &mode)
 {
     const QTemporaryDir records;
     WindowPrompts prompts;
-    PracticeDesk desk(records.path(), prompts);
+    WindowKeyboard keyboard;
+    PracticeDesk desk(records.path(), prompts, keyboard);
     if (!mode.isEmpty())
         desk.pose(mode == u"live" ? PracticeCarrier::liveToken : PracticeCarrier::testToken);
     Program program(desk.platform(), prompts, makePracticeSignIn);

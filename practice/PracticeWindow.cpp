@@ -4,6 +4,7 @@
 #include "practice/PracticeMenu.h"
 #include "practice/PracticeSignIn.h"
 #include "shell/ui/Program.h"
+#include "shell/ui/WindowKeyboard.h"
 
 #include <QApplication>
 #include <QMenuBar>
@@ -14,7 +15,8 @@ int runPracticeWindow(const QString &folder)
 {
     Program::makeLook();
     WindowPrompts prompts;
-    PracticeDesk desk(folder, prompts);
+    WindowKeyboard keyboard;
+    PracticeDesk desk(folder, prompts, keyboard);
     Program program(desk.platform(), prompts, makePracticeSignIn);
     addPracticeMenu(program.window().menuBar(), desk);
     program.window().show();

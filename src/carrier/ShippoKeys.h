@@ -19,6 +19,8 @@ public:
     void set(const QString &token, const QString &name);
     /// The same, but looks whether the secret store kept the token; a new key that it did not keep is not left behind.
     [[nodiscard]] bool store(const QString &token, const QString &name);
+    static constexpr qsizetype longestName = 40; ///< characters; the status strip shows it whole
+    static inline const QString tooLong = QStringLiteral("The name of a key has at most 40 characters.");
     static inline const QString notKept =
         QStringLiteral("The system's secret store did not keep the key — is it unlocked?");
     /// Forgets a key; if it was active, the first remaining one becomes active.

@@ -78,7 +78,8 @@ Task<> LabelScreen::judge(ShippoAddress typed, ShippoValidatedAddress answer)
 {
     const QString changed = u"The draft was changed while its address was checked — validate again."_s;
     if (!(m_app.draftTo.value() == typed)) {
-        warn(changed);
+        if (!m_app.draftTo.value().isEmpty()) // otherwise the form was cleared, and nobody waits for a verdict
+            warn(changed);
         co_return;
     }
     const ShippoValidationResults results = answer.validationResults.value_or(ShippoValidationResults{});
@@ -95,6 +96,7 @@ Task<> LabelScreen::judge(ShippoAddress typed, ShippoValidatedAddress answer)
         const QString uspsVersion = reviewLines(street1, street2, answer.city.value_or(typed.city),
                                                 answer.state.value_or(typed.state), answer.zip.value_or(typed.zip));
         const QString typedLines = reviewLines(typed.street1, typed.street2, typed.city, typed.state, typed.zip);
+        m_app.tab = MainTab::newLabel; // where the address is that the question is about
         const int choice = co_await m_app.platform.prompts.choose(standardisedQuestion(lost, typedLines, uspsVersion));
         adopt = choice == 1;
         if (!(m_app.draftTo.value() == typed)) { // a scan may fill in another recipient behind the dialog
@@ -121,6 +123,8 @@ void LabelScreen::adoptStandardised(const ShippoValidatedAddress &standardised)
 
 Task<> LabelScreen::continueTowardsRating()
 {
+    if (totalPounds() <= 0)
+        takeWeight();
     if (formComplete()) {
         co_await fetchRates();
         co_return;
@@ -148,6 +152,7 @@ Task<bool> LabelScreen::reviewPrintedAddress(ShippoShipment shipment)
     const QString printedLines = reviewLines(street1, street2, printed.city.value_or(QString()),
                                              printed.state.value_or(QString()), printed.zip.value_or(QString()));
     const QString typedLines = reviewLines(typed.street1, typed.street2, typed.city, typed.state, typed.zip);
+    m_app.tab = MainTab::newLabel;
     const int choice = co_await m_app.platform.prompts.choose(printedQuestion(lost, typedLines, printedLines));
     co_return choice == 1;
 }

@@ -20,13 +20,14 @@ void LabelScreen::watchEdits()
     const auto watch = [this](auto action, auto &...property) {
         (m_notifiers.push_back(property.addNotifier(action)), ...);
     };
-    watch([this] { draftEdited(); }, m_app.senders.profiles, m_app.senders.defaultID, senderID, weightLb, weightOz,
-          dimLength, dimWidth, dimHeight, service, insuranceValue, shipDate, fedexResidential);
+    watch([this] { draftEdited(); }, m_app.keyChanges, m_app.senders.profiles, m_app.senders.defaultID, senderID,
+          weightLb, weightOz, dimLength, dimWidth, dimHeight, service, insuranceValue, shipDate, fedexResidential);
     watch([this] { recipientEdited(); }, m_app.draftTo);
     watch([this] { mailpieceChosen(); }, mailpiece);
     watch([this] { carrierChosen(); }, carrier);
     watch([this] { invalidateIntlRates(); }, customs);
     watch([this] { selectRateOfClass(); }, svcClass);
+    watch([this] { boxesChanged(); }, m_app.boxes.profiles);
     watch([this] { takeFilledDraft(); }, m_app.draftFillCount);
 }
 
@@ -74,6 +75,18 @@ void LabelScreen::mailpieceChosen()
             m_sizeFromBox = true;
         }
     }
+}
+
+/// The box in use may have been edited or removed in Settings.
+void LabelScreen::boxesChanged()
+{
+    const auto *id = std::get_if<QUuid>(&mailpiece.value());
+    if (!id)
+        return;
+    if (const std::optional<BoxProfile> box = m_app.boxes.find(*id))
+        setSize(box->length, box->width, box->height);
+    else
+        mailpiece = BuiltinMailpiece::package;
 }
 
 void LabelScreen::setSize(const QString &length, const QString &width, const QString &height)
@@ -210,7 +223,8 @@ bool LabelScreen::senderFilled() const
 bool LabelScreen::recipientFilled() const
 {
     const ShippoAddress &to = m_app.draftTo.value();
-    return !to.name.isEmpty() && !to.street1.isEmpty() && !to.city.isEmpty() && !to.zip.isEmpty();
+    const auto given = [](const QString &text) { return !text.trimmed().isEmpty(); };
+    return given(to.name) && given(to.street1) && given(to.city) && given(to.zip);
 }
 
 bool LabelScreen::formComplete() const
@@ -224,13 +238,13 @@ DraftField LabelScreen::missingField() const
     const ShippoAddress &to = m_app.draftTo.value();
     if (!senderFilled())
         return DraftField::profile;
-    if (to.name.isEmpty())
+    if (to.name.trimmed().isEmpty())
         return DraftField::name;
-    if (to.street1.isEmpty())
+    if (to.street1.trimmed().isEmpty())
         return DraftField::street;
-    if (to.city.isEmpty())
+    if (to.city.trimmed().isEmpty())
         return DraftField::city;
-    return to.zip.isEmpty() ? DraftField::zip : DraftField::weight;
+    return to.zip.trimmed().isEmpty() ? DraftField::zip : DraftField::weight;
 }
 
 NextStep LabelScreen::nextStep() const

@@ -6,6 +6,7 @@
 #include "compose/Services.h"
 #include "core/AppState.h"
 #include "core/Task.h"
+#include "devices/CommercialInvoice.h"
 #include "records/SenderProfile.h"
 #include "records/ShipmentRecord.h"
 
@@ -39,6 +40,8 @@ enum class DraftField {
     height,
     declaredValue,
     insurance,
+    ounces,
+    quantity,
 };
 
 /// What the clerk does next; the screen's one solid button.
@@ -77,8 +80,9 @@ public:
     QProperty<QDate> shipDate;
     QProperty<bool> fedexResidential{false};
     QProperty<CustomsInfo> customs;
-    QProperty<QString> descriptionText; ///< for the local log only
-    QProperty<QString> reference;       ///< for the local log only
+    QProperty<bool> printInvoiceWithRates{true}; ///< the commercial invoice prints with the label
+    QProperty<QString> descriptionText;          ///< for the local log only
+    QProperty<QString> reference;                ///< for the local log only
 
     // What the screen found out.
     QProperty<QString> validationStatus; ///< the line under the recipient
@@ -127,6 +131,10 @@ public:
     QStringList printedRecipient() const;
     QString extrasSummary() const;
 
+    /// Takes the weight of a parcel that was not sold yet from the scale.
+    void weigh();
+    /// Prints the commercial invoice of the draft as it stands.
+    Task<> printIntlInvoice();
     /// Checks the recipient with the carrier, asks the clerk where a number would be lost, and goes on to rating.
     Task<> validate();
     /// Checks the draft and asks for rates. An international draft opens the paperwork sheet first; the sheet calls
@@ -136,6 +144,9 @@ public:
     Task<> buyAndPrint();
     /// Empties the draft for the next parcel; sender, carrier, mailpiece with its box's size, class and option stay.
     void clearDraft();
+
+    /// The last purchase left nothing that has to be read: its label and papers are printed, and it is logged.
+    bool purchaseComplete() const { return m_purchaseComplete; }
 
     /// Prints the last label once more; lastLabel's message says what came of it.
     Task<> reprintLast();
@@ -154,7 +165,9 @@ private:
         ShippoRate rate;
         ShippoAddress from;
         ShippoAddress to;
-        int edits; ///< m_edits at that moment
+        int edits;       ///< m_edits at that moment
+        quint64 weighed; ///< what was on the scale
+        CommercialInvoice::Data_ invoice;
         ShipmentRecord record;
     };
 
@@ -162,6 +175,7 @@ private:
     struct Printed {
         std::optional<QByteArray> document;
         QString note;
+        bool done = false; ///< on paper
     };
 
     void watchEdits();
@@ -169,6 +183,7 @@ private:
     void recipientEdited();
     void mailpieceChosen();
     void carrierChosen();
+    void boxesChanged();
     void syncClassToDestination();
     void invalidateIntlRates();
     void takeFilledDraft();
@@ -196,11 +211,16 @@ private:
     Task<> finishPurchase(Purchase purchase, ShippoTransaction transaction);
     Task<Printed> fetchAndPrint(QString labelUrl);
     Task<Printed> printFedexInvoice(QString documentUrl);
+    Task<Printed> printInvoice(CommercialInvoice::Data_ invoice, bool onPaper);
+    CommercialInvoice::Data_ invoiceData(const QString &service) const;
+    bool takeWeight();
     Task<bool> logPurchase(ShipmentRecord record);
 
     AppState &m_app;
-    int m_edits = 0; ///< counts edits that a price depends on
+    int m_edits = 0;          ///< counts edits that a price depends on
+    quint64 m_soldWeight = 0; ///< generation of the scale's reading that the last label was bought with
     bool m_sizeFromBox = false;
+    bool m_purchaseComplete = false;
     bool m_bannerAboutRates = false; ///< the banner goes with the rates that it is about
     ShippoAddress m_lastRecipient;
     std::vector<QPropertyNotifier> m_notifiers;

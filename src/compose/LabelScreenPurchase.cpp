@@ -8,6 +8,8 @@
 
 #include <QScopeGuard>
 
+#include <algorithm>
+
 namespace parcelory {
 using namespace Qt::StringLiterals;
 
@@ -50,6 +52,8 @@ LabelScreen::Purchase LabelScreen::preparePurchase(const ShippoRate &rate) const
                       .from = senderForCarrier(),
                       .to = m_app.draftTo,
                       .edits = m_edits,
+                      .weighed = m_app.scale.reading().value_or(USBScale::Reading{}).generation,
+                      .invoice = {},
                       .record = {}};
     purchase.to.company = m_app.sanitizer.sanitize(purchase.to.company);
 
@@ -77,6 +81,7 @@ LabelScreen::Purchase LabelScreen::preparePurchase(const ShippoRate &rate) const
     record.declaredValue = isInternational() ? declared : isInsured ? insured : QString();
     record.email = purchase.to.email;
     record.isIntl = isInternational();
+    purchase.invoice = invoiceData(carrierAndService(carrier, service));
     return purchase;
 }
 
@@ -87,6 +92,7 @@ Task<> LabelScreen::buyAndPrint()
         co_return;
     busy = true; // in the same event as the press: a second press finds it set
     buying = true;
+    m_purchaseComplete = false;
     const auto done = qScopeGuard([this] {
         buying = false;
         busy = false;
@@ -121,6 +127,7 @@ Task<> LabelScreen::buyAndPrint()
 
 Task<> LabelScreen::finishPurchase(Purchase purchase, ShippoTransaction transaction)
 {
+    m_soldWeight = std::max(m_soldWeight, purchase.weighed);
     ShipmentRecord &record = purchase.record;
     record.createdAt = m_app.platform.clock.now();
     record.transactionID = transaction.objectId;
@@ -139,12 +146,19 @@ Task<> LabelScreen::finishPurchase(Purchase purchase, ShippoTransaction transact
     const Printed label = co_await fetchAndPrint(record.labelURL);
     record.zpl = label.document;
     QString outcome = label.note;
-    if (purchase.carrier == Carrier::fedex && record.isIntl) {
-        const Printed invoice = co_await printFedexInvoice(record.customsDocURL);
-        record.customsPDF = invoice.document;
-        outcome += invoice.note;
+    bool papersDone = true;
+    if (record.isIntl) {
+        Printed papers;
+        if (purchase.carrier == Carrier::fedex)
+            papers = co_await printFedexInvoice(record.customsDocURL);
+        else
+            papers = co_await printInvoice(purchase.invoice, printInvoiceWithRates);
+        record.customsPDF = papers.document;
+        outcome += papers.note;
+        papersDone = papers.done;
     }
     const bool logged = co_await logPurchase(record);
+    m_purchaseComplete = label.done && papersDone && logged;
     if (!logged)
         outcome += u" (the mailing log could not be written — note the tracking number "_s + record.tracking + u')';
 
@@ -174,6 +188,7 @@ Task<LabelScreen::Printed> LabelScreen::fetchAndPrint(QString labelUrl)
         auto printing = onPool([=, this] { return m_app.printer.print(label, zebraQueue, documentQueue); });
         const QString printed = co_await printing;
         result.note = u". "_s + printed;
+        result.done = true;
     } catch (const AppError &error) {
         result.note = u" (print failed: "_s + error.description() + u" — use Reprint from the log)"_s;
         m_app.errors.record(u"Print Label"_s, error, Popup::no);
@@ -193,6 +208,7 @@ Task<LabelScreen::Printed> LabelScreen::printFedexInvoice(QString documentUrl)
         result.document = document;
         auto printing = onPool([=, this] { return m_app.printer.printPDF(document, queue); });
         const bool sentToQueue = co_await printing;
+        result.done = sentToQueue;
         if (!sentToQueue)
             result.note = u" (FedEx commercial invoice opened in Preview — set a document printer in Settings)"_s;
     } catch (const AppError &error) {

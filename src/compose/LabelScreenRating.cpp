@@ -18,6 +18,16 @@ bool isPositive(const QString &text)
     return decimalOrZero(text) > 0;
 }
 
+bool isBlankOrNotNegative(const QString &text)
+{
+    return text.trimmed().isEmpty() || decimal(text).value_or(-1) >= 0;
+}
+
+bool isBlankOrCount(const QString &text)
+{
+    return text.trimmed().isEmpty() || text.trimmed().toInt() > 0;
+}
+
 bool belongsTo(Carrier carrier, const ShippoRate &rate)
 {
     if (carrier == Carrier::fedex)
@@ -53,6 +63,14 @@ std::optional<LabelScreen::Obstacle> LabelScreen::obstacle() const
 {
     if (!formComplete())
         return Obstacle{ratesHint(), missingField()};
+    // A slip of the finger would otherwise count as 0, and the parcel be rated too light.
+    for (const auto &[text, field] :
+         {std::pair{weightLb.value(), DraftField::weight}, std::pair{weightOz.value(), DraftField::ounces}}) {
+        if (!isBlankOrNotNegative(text))
+            return Obstacle{u"The weight is not a number — type pounds and ounces as plain numbers, for example 1 and "
+                            "3.5."_s,
+                            field};
+    }
     if (sendsOwnDimensions()) {
         const QString box = boxName();
         const QString text = u"Enter the package size — length, width, and height are required for "_s +
@@ -67,6 +85,8 @@ std::optional<LabelScreen::Obstacle> LabelScreen::obstacle() const
     if (isInternational() && !isPositive(customs.value().value))
         return Obstacle{u"Enter the declared value in the Customs Declaration to rate an international shipment."_s,
                         DraftField::declaredValue};
+    if (isInternational() && !isBlankOrCount(customs.value().quantity))
+        return Obstacle{u"The quantity in the Customs Declaration is not a whole number."_s, DraftField::quantity};
     const CarrierInfo &info = carrierInfo(carrier);
     if (totalPounds() > info.weightLimit)
         return Obstacle{weightDisplay() + u" is over "_s + info.displayName + u"'s "_s + fixed(info.weightLimit, 0) +
@@ -146,7 +166,7 @@ Task<> LabelScreen::fetchRates(bool intlConfirmed)
         const ShippoShipment shipment = co_await m_app.shippo.rates(ratingRequest());
         if (edits == m_edits)
             co_await applyRates(shipment);
-        else
+        else if (!m_app.draftTo.value().isEmpty()) // otherwise the form was cleared, and nobody waits for rates
             warn(u"The draft was changed while its rates were loading — get rates again."_s);
     } catch (const AppError &error) {
         fail(u"Get Rates"_s, error);

@@ -2,6 +2,8 @@
 
 #include "core/Text.h"
 
+#include <QRegularExpression>
+
 namespace parcelory {
 using namespace Qt::StringLiterals;
 
@@ -16,12 +18,18 @@ const QList<MainTabInfo> &mainTabs()
 
 AppState::AppState(Platform &host)
     : platform(host), errors(ErrorLog::shared()), sanitizer(host.deployment.storeNames),
-      keys(host.secrets, host.preferences), shippo(host, keys), log(host.dataFolder), senders(host), boxes(host),
-      printer(host)
+      keys(host.secrets, host.preferences), shippo(host, keys), scale(host.hid), log(host.dataFolder), senders(host),
+      boxes(host), printer(host), scanListener(host.keyboard, host.clock, host.deployment.shortLinkHost)
 {
     const auto announce = [this] { emit changed(); };
     const auto observe = [&](auto &...property) { (m_notifiers.push_back(property.addNotifier(announce)), ...); };
-    observe(flow, tab, lastShipmentSummary, scanStatus, draftTo, draftReference, draftFillCount);
+    observe(flow, tab, lastShipmentSummary, scanStatus, keyChanges, draftTo, draftReference, draftFillCount);
+    scanListener.onScan = [this](const QString &code) { handleInvoiceScan(code); };
+    scanListener.onNoise = [this](const QString &heard) {
+        if (flow == AppFlow::main)
+            reportScanNoise(heard);
+    };
+    scanListener.start();
     connect(&log, &ShipmentLog::recordsChanged, this, &AppState::changed);
 }
 
@@ -38,6 +46,12 @@ void AppState::fillRecipient(const PostalContact &contact)
     draftReference = QString(); // a recipient of the address book carries no invoice number
     draftFillCount = draftFillCount + 1;
     tab = MainTab::newLabel;
+}
+
+void AppState::handleInvoiceScan(const QString &code)
+{
+    static const QRegularExpression invoice(u"/i(\\d+)"_s, QRegularExpression::CaseInsensitiveOption);
+    scanStatus = u"Invoice %1 scanned."_s.arg(invoice.match(code).captured(1));
 }
 
 void AppState::reportScanNoise(const QString &heard)

@@ -6,6 +6,8 @@
 #include "core/Platform.h"
 #include "core/PostalContact.h"
 #include "devices/LabelPrinter.h"
+#include "devices/ScanWedgeListener.h"
+#include "devices/USBScale.h"
 #include "records/BoxStore.h"
 #include "records/SenderStore.h"
 #include "records/ShipmentLog.h"
@@ -45,6 +47,7 @@ public:
     QProperty<MainTab> tab{MainTab::newLabel};
     QProperty<QString> lastShipmentSummary; ///< one line about the last label bought
     QProperty<QString> scanStatus;          ///< scanner and invoice status line
+    QProperty<int> keyChanges{0}; ///< counts changes of the API keys: what was rated under one is not another's
 
     // The hand-off to the New Label screen: set draftTo and draftReference, then count draftFillCount up.
     QProperty<ShippoAddress> draftTo;
@@ -54,13 +57,17 @@ public:
     CompanySanitizer sanitizer;
     ShippoKeys keys;
     ShippoClient shippo;
+    USBScale scale;
     ShipmentLog log;
     SenderStore senders;
     BoxStore boxes;
     LabelPrinter printer;
+    ScanWedgeListener scanListener;
 
     /// Pushes a recipient of the address book into the label draft and shows it.
     void fillRecipient(const PostalContact &contact);
+    /// The scanner read an invoice's code.
+    void handleInvoiceScan(const QString &code);
     /// The scanner heard keys that are no invoice code.
     void reportScanNoise(const QString &heard);
 

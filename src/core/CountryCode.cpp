@@ -1,7 +1,6 @@
 #include "core/CountryCode.h"
 
 #include <QHash>
-#include <QSet>
 
 #include <unicode/locid.h>
 #include <unicode/unistr.h>
@@ -51,7 +50,7 @@ QString normalize(QString text)
 }
 
 struct Regions {
-    QSet<QString> validCodes;
+    QHash<QString, QString> names; ///< in English, by code
     QHash<QString, QString> nameMap;
 
     Regions()
@@ -59,13 +58,12 @@ struct Regions {
         const icu::Locale english("en", "US");
         for (const char *const *code = icu::Locale::getISOCountries(); *code; ++code) {
             const QString alpha2 = QString::fromLatin1(*code).toUpper();
-            validCodes.insert(alpha2);
             icu::UnicodeString name;
             icu::Locale("", *code).getDisplayCountry(english, name);
-            if (!name.isEmpty()) {
-                const QString text = QString::fromUtf16(name.getBuffer(), name.length());
+            const QString text = QString::fromUtf16(name.getBuffer(), name.length());
+            names.insert(alpha2, text.isEmpty() ? alpha2 : text);
+            if (!text.isEmpty())
                 nameMap.insert(normalize(text.toUpper()), alpha2);
-            }
         }
         for (const auto &[name, code] : aliases) // after the locale's names, so that an alias wins
             nameMap.insert(normalize(name.toString()), code.toString());
@@ -83,9 +81,14 @@ const Regions &regions()
 QString alpha2(const QString &text)
 {
     const QString upper = text.trimmed().toUpper();
-    if (upper.size() == 2 && regions().validCodes.contains(upper))
+    if (upper.size() == 2 && regions().names.contains(upper))
         return upper;
     return regions().nameMap.value(normalize(upper), upper);
+}
+
+QString displayName(const QString &text)
+{
+    return regions().names.value(alpha2(text), text.trimmed());
 }
 
 } // namespace parcelory::CountryCode

@@ -8,6 +8,8 @@
 #include <QString>
 #include <QUrl>
 
+#include <optional>
+
 namespace parcelory {
 
 /// What differs from one company to the next and is fixed in the build (deployment/README.md explains each value).
@@ -19,8 +21,10 @@ struct Deployment {
     QString supportTelephone;
     QString officeLabel; ///< name of the sender profile made on the first run
     ShippoAddress returnAddress;
-    QList<QString> letterhead; ///< lines at the head of a commercial invoice
-    QString fallbackEmail;     ///< sender's e-mail where a profile has none
+    QList<QString> letterhead;              ///< head of a commercial invoice; the first line is the company's name
+    std::optional<QString> countryOfOrigin; ///< of the goods; none is the United States
+    std::optional<QString> incoterm;        ///< terms of sale; none is DDU
+    QString fallbackEmail;                  ///< sender's e-mail where a profile has none
     QString fallbackPhone;
     QList<StoreName> storeNames; ///< applied in this order
 
@@ -40,6 +44,8 @@ struct Deployment {
                           field("officeLabel", &D::officeLabel),
                           field("returnAddress", &D::returnAddress),
                           field("letterhead", &D::letterhead),
+                          field("countryOfOrigin", &D::countryOfOrigin),
+                          field("incoterm", &D::incoterm),
                           field("fallbackEmail", &D::fallbackEmail),
                           field("fallbackPhone", &D::fallbackPhone),
                           field("storeNames", &D::storeNames)};

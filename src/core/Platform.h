@@ -3,7 +3,9 @@
 #include "core/Deployment.h"
 #include "core/ports/Clock.h"
 #include "core/ports/Desktop.h"
+#include "core/ports/HidSource.h"
 #include "core/ports/HttpTransport.h"
+#include "core/ports/Keyboard.h"
 #include "core/ports/Preferences.h"
 #include "core/ports/ProcessRunner.h"
 #include "core/ports/Prompts.h"
@@ -23,6 +25,8 @@ struct Platform {
     Prompts &prompts;
     Desktop &desktop;
     ProcessRunner &processes;
+    HidSource &hid;
+    Keyboard &keyboard;
 
     QDir dataFolder; ///< the folder "Parcelory" of the user's application support; may not exist yet
     Deployment deployment;

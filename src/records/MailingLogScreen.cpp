@@ -81,6 +81,35 @@ Task<> MailingLogScreen::reprint(ShipmentRecord record)
     }
 }
 
+Task<> MailingLogScreen::reprintCustoms(ShipmentRecord record)
+{
+    if (busy || !record.isIntl)
+        co_return;
+    busy = true;
+    const auto done = qScopeGuard([this] { busy = false; });
+    message = QString();
+    auto reading = onPool([&log = m_app.log, id = record.id] { return log.customsPDF(id); });
+    std::optional<QByteArray> document = co_await reading;
+    if (!document) {
+        message = u"Fetching customs docs…"_s;
+        try {
+            document = co_await downloadCustoms(m_app, record);
+        } catch (const AppError &error) {
+            message = u"Customs docs download failed: "_s + error.description();
+            m_app.errors.record(u"Customs Docs Reprint"_s, error, Popup::yes);
+            co_return;
+        }
+    }
+    try {
+        const bool sentToQueue = co_await printDocument(m_app, *document);
+        message = sentToQueue ? u"Customs docs sent to the printer."_s
+                              : u"Customs docs opened in Preview — set a document printer in Settings."_s;
+    } catch (const AppError &error) {
+        message = error.description();
+        m_app.errors.record(u"Customs Docs Reprint"_s, error, Popup::no);
+    }
+}
+
 void MailingLogScreen::copyTracking(ShipmentRecord record)
 {
     m_app.platform.desktop.copyText(record.tracking);

@@ -29,6 +29,8 @@ public:
     QString countText() const;
 
     Task<> reprint(ShipmentRecord record);
+    /// The customs papers of a parcel that went abroad.
+    Task<> reprintCustoms(ShipmentRecord record);
     void copyTracking(ShipmentRecord record);
 
 signals:

@@ -46,6 +46,27 @@ Task<QString> reprintLabel(AppState &app, ShipmentRecord record)
     co_return printed;
 }
 
+Task<QByteArray> downloadCustoms(AppState &app, ShipmentRecord record)
+{
+    if (record.customsDocURL.isEmpty())
+        throw ShippoError::validation(
+            u"the mailing log holds neither the papers nor the address to download them from."_s);
+    const QByteArray document = co_await app.shippo.downloadLabel(record.customsDocURL);
+    if (labelKind(document) != LabelKind::pdf || !isWhole(document))
+        throw AppError(u"what the carrier sent is not a complete PDF document"_s);
+    auto storing = onPool([&log = app.log, id = record.id, document] { return log.storeCustomsPDF(id, document); });
+    co_await storing;
+    co_return document;
+}
+
+Task<bool> printDocument(AppState &app, QByteArray pdf)
+{
+    const QString queue = read(app.platform.preferences, settings::documentQueue);
+    auto printing = onPool([&printer = app.printer, pdf, queue] { return printer.printPDF(pdf, queue); });
+    const bool sentToQueue = co_await printing;
+    co_return sentToQueue;
+}
+
 void recordReprintFailure(AppState &app, const AppError &error)
 {
     const bool device = dynamic_cast<const SystemError *>(&error) != nullptr;

@@ -9,6 +9,12 @@ namespace parcelory {
 /// mailing log keeps; a label that was logged without them is downloaded again. Throws AppError.
 Task<QString> reprintLabel(AppState &app, ShipmentRecord record);
 
+/// Downloads the customs papers of a shipment that was logged without them, and keeps them in the log.
+Task<QByteArray> downloadCustoms(AppState &app, ShipmentRecord record);
+
+/// True when the document went to the document printer; without one the viewer opens it.
+Task<bool> printDocument(AppState &app, QByteArray pdf);
+
 /// Writes a failed reprint into the error log. The alert that sends the clerk to support is raised for the carrier's
 /// failures only: a printer without paper or a paused queue is put right at the desk.
 void recordReprintFailure(AppState &app, const AppError &error);

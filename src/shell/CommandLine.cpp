@@ -33,7 +33,9 @@ Display CommandLine::display(int count, char **arguments)
     const bool hasScreen = !qEnvironmentVariableIsEmpty("DISPLAY") || !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") ||
                            !qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM");
 #endif
-    return given("--practice") && !given("--ship") && hasScreen ? Display::screen : Display::none;
+    if (!given("--practice"))
+        return Display::none;
+    return hasScreen && !given("--ship") ? Display::screen : Display::memory; // documents are drawn without a screen
 }
 
 CommandLine CommandLine::parse(const QStringList &arguments)

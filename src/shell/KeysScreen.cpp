@@ -15,7 +15,7 @@ KeysScreen::KeysScreen(AppState &app) : m_app(app)
 
 KeysScreen::State KeysScreen::read(ShippoKeys &keys)
 {
-    State state;
+    State state{.mode = PostageMode::none};
     const QString token = keys.activeToken().value_or(QString()); // gives an old key its name, so it comes first
     if (!token.isEmpty())
         state.mode = ShippoKeys::isTest(token) ? PostageMode::test : PostageMode::live;
@@ -39,6 +39,8 @@ QFuture<KeysScreen::State> KeysScreen::queue(Work work)
 
 void KeysScreen::show(const State &state)
 {
+    if (keys.value() != state.keys)
+        m_app.keyChanges = m_app.keyChanges + 1;
     const bool practice = m_app.platform.practice;
     keys = state.keys;
     settingsText = state.settingsText;
@@ -55,7 +57,8 @@ Task<> KeysScreen::refresh()
 
 Task<> KeysScreen::change(Work work)
 {
-    message = QString(); // the same refusal twice is news twice
+    message = QString();                     // the same refusal twice is news twice
+    m_app.keyChanges = m_app.keyChanges + 1; // already now: a slow key ring may have changed long before it answers
     auto changing = queue(std::move(work));
     const State state = co_await changing;
     message = state.message;
@@ -68,6 +71,10 @@ Task<> KeysScreen::add(QString name, QString token)
     token = token.trimmed();
     if (name.isEmpty() || token.isEmpty()) {
         message = u"A key needs a name and its token."_s;
+        co_return;
+    }
+    if (name.size() > ShippoKeys::longestName) {
+        message = ShippoKeys::tooLong;
         co_return;
     }
     auto adding =

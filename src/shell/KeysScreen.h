@@ -12,7 +12,7 @@
 namespace parcelory {
 
 /// What a label bought now would be.
-enum class PostageMode { none, test, live, practice };
+enum class PostageMode { unknown, none, test, live, practice };
 
 struct KeyRow {
     QString name;
@@ -29,9 +29,10 @@ class KeysScreen {
 public:
     explicit KeysScreen(AppState &app);
 
-    QProperty<PostageMode> mode{PostageMode::none}; ///< practice whatever the key, where nothing is real
-    QProperty<QString> statusText;                  ///< the status strip's line
-    QProperty<QString> settingsText;                ///< the line above the list of keys
+    QProperty<PostageMode> mode{
+        PostageMode::unknown}; ///< until the key ring has been read; practice whatever the key, where nothing is real
+    QProperty<QString> statusText;   ///< the status strip's line
+    QProperty<QString> settingsText; ///< the line above the list of keys
     QProperty<QList<KeyRow>> keys;
     QProperty<QString> message; ///< why a key was not taken; empty when all is well
 
@@ -45,7 +46,7 @@ public:
 
 private:
     struct State {
-        PostageMode mode = PostageMode::none;
+        PostageMode mode = PostageMode::unknown;
         QString statusText, settingsText;
         QList<KeyRow> keys;
         QString message;

@@ -37,6 +37,8 @@ int addKey(Platform &platform, const QString &typedName)
     const QString token = QTextStream(stdin).readLine().trimmed();
     if (name.isEmpty() || token.isEmpty())
         throw AppError(u"Give the key a name, and its token on standard input."_s);
+    if (name.size() > ShippoKeys::longestName)
+        throw AppError(ShippoKeys::tooLong);
     ShippoKeys keys(platform.secrets, platform.preferences);
     if (!keys.store(token, name))
         throw AppError(ShippoKeys::notKept);
@@ -69,9 +71,9 @@ int main(int argc, char **argv)
     const parcelory::Display display = parcelory::CommandLine::display(argc, argv);
     if (display == parcelory::Display::memory)
         qputenv("QT_QPA_PLATFORM", "offscreen");
-    const bool window = display != parcelory::Display::none;
+    const bool window = display == parcelory::Display::screen;
     std::unique_ptr<QCoreApplication> app;
-    if (window)
+    if (display != parcelory::Display::none)
         app = std::make_unique<QApplication>(argc, argv);
     else
         app = std::make_unique<QCoreApplication>(argc, argv);

@@ -66,9 +66,11 @@ TEST_F(LabelDraftTest, TakesSizesFromBoxesAndForgetsThemWithTheBox)
     screen().mailpiece = box.id;
     EXPECT_EQ(screen().dimLength.value(), u"12"_s);
     EXPECT_EQ(screen().mailpieceName(), u"ULINE S-4344"_s);
+    box.length = u"30"_s;
+    app->boxes.profiles = QList{box};
+    EXPECT_EQ(screen().dimLength.value(), u"30"_s); // edited in Settings while it is in use
     app->boxes.remove(box.id);
     EXPECT_EQ(screen().mailpieceName(), u"Package"_s);
-    screen().mailpiece = BuiltinMailpiece::package;
     EXPECT_EQ(screen().dimLength.value(), u""_s);
     EXPECT_EQ(screen().sizeHint(), u"in (required)"_s);
     screen().mailpiece = BuiltinMailpiece::mediumFlatRateBox;
@@ -123,6 +125,7 @@ TEST_F(LabelDraftTest, EveryEditThatAPriceDependsOnClearsTheRates)
         {"ship date", [&] { screen().shipDate = screen().shipDate.value().addDays(1); }},
         {"residential", [&] { screen().fedexResidential = true; }},
         {"carrier", [&] { screen().carrier = Carrier::fedex; }},
+        {"API key", [&] { app->keyChanges = app->keyChanges + 1; }},
     };
     for (const auto &[name, edit] : edits) {
         composeAndRate(homeAddress());

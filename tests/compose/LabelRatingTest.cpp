@@ -70,6 +70,16 @@ TEST_F(LabelRatingTest, NamesTheFirstReasonWhyADraftCannotBeRated)
               to.phone = u"  "_s;
               app->draftTo = to;
           });
+    const QString notANumber = u"The weight is not a number — type pounds and ounces as plain numbers, for example 1 "
+                               "and 3.5."_s;
+    check("weight with a comma", notANumber, [&] {
+        screen().weightLb = u"1,5"_s;
+        screen().weightOz = u"3"_s;
+    });
+    check("negative ounces", notANumber, [&] { screen().weightOz = u"-5"_s; });
+    screen().weightOz = QString();
+    check("quantity in words", u"The quantity in the Customs Declaration is not a whole number."_s,
+          [&] { screen().customs = CustomsInfo{.quantity = u"two"_s, .value = u"310"_s}; });
     check("insurance", u"The insured value is not a number — type it as plain dollars, for example 1500.00."_s,
           [&] { screen().insuranceValue = u"1,500"_s; });
     EXPECT_EQ(requestsTo("/shipments"), 0);

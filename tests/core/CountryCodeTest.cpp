@@ -57,4 +57,19 @@ TEST(CountryCode, PassesOnWhatItDoesNotKnowInCapitals)
         EXPECT_EQ(CountryCode::alpha2(text), passed) << text.toStdString();
 }
 
+TEST(CountryCode, WritesACountryOut)
+{
+    const std::pair<QString, QString> rows[] = {
+        {u"us"_s, u"United States"_s},
+        {u"USA"_s, u"United States"_s},
+        {u"CI"_s, u"Côte d’Ivoire"_s},
+        {u"England"_s, u"United Kingdom"_s},
+        {u" Atlantis "_s, u"Atlantis"_s},
+        {u"ZZ"_s, u"ZZ"_s},
+        {{}, {}},
+    };
+    for (const auto &[text, name] : rows)
+        EXPECT_EQ(CountryCode::displayName(text), name) << text.toStdString();
+}
+
 } // namespace parcelory::test

@@ -72,15 +72,17 @@ protected:
 
     SystemProcesses processes;
     FakePlatform world;
-    Platform real{world.http,
-                  world.clock,
-                  world.secrets,
-                  world.preferences,
-                  world.prompts,
-                  world.desktop,
-                  processes,
-                  QDir(world.folder.path()),
-                  world.platform.deployment};
+    Platform real{.http = world.http,
+                  .clock = world.clock,
+                  .secrets = world.secrets,
+                  .preferences = world.preferences,
+                  .prompts = world.prompts,
+                  .desktop = world.desktop,
+                  .processes = processes,
+                  .hid = world.hid,
+                  .keyboard = world.keyboard,
+                  .dataFolder = QDir(world.folder.path()),
+                  .deployment = world.platform.deployment};
     LabelPrinter printer{real};
 
     static std::unique_ptr<QTemporaryDir> folder;

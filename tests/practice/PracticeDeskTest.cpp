@@ -19,7 +19,8 @@ class PracticeDeskTest : public testing::Test {
 protected:
     QTemporaryDir folder;
     FakePrompts prompts;
-    PracticeDesk desk{folder.path(), prompts};
+    SilentKeyboard keyboard;
+    PracticeDesk desk{folder.path(), prompts, keyboard};
 };
 } // namespace
 
@@ -28,7 +29,7 @@ TEST_F(PracticeDeskTest, ReachesNothingButLoopbackAndStartsNoRealTool)
     EXPECT_EQ(desk.platform().deployment.carrierApi.host(), u"127.0.0.1"_s);
     EXPECT_THROW(runTask(desk.platform().http.send({.url = QUrl(u"https://api.goshippo.com/"_s)})), AppError);
     EXPECT_THROW(desk.platform().processes.run(u"/bin/sh"_s, {}), AppError);
-    EXPECT_THROW(PracticeDesk(applicationSupportFolder().absolutePath(), prompts), AppError);
+    EXPECT_THROW(PracticeDesk(applicationSupportFolder().absolutePath(), prompts, keyboard), AppError);
 }
 
 TEST_F(PracticeDeskTest, BringsAKeyAndPrintersThatKeepWhatTheyGet)

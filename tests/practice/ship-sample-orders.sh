@@ -11,7 +11,12 @@ for label in "$desk"/printed/*.zpl; do
     head -c 3 "$label" | grep -q '\^XA' || fail "$label is no label"
 done
 [ "$(find "$desk/printed" -name '*.zpl' | wc -l)" -eq 5 ] || fail 'not every parcel has a label'
-[ "$(find "$desk/printed" -name '*.pdf' | wc -l)" -eq 1 ] || fail 'the FedEx customs document is missing'
+[ "$(find "$desk/printed" -name '*.pdf' | wc -l)" -eq 2 ] || fail 'the customs papers are missing: the commercial invoice and the document of FedEx'
+found=no
+for paper in "$desk"/printed/*.pdf; do
+    if pdftotext "$paper" - | grep -q 'Total Due:'; then found=yes; fi
+done
+[ "$found" = yes ] || fail 'no paper is a commercial invoice'
 [ "$(sqlite3 "$desk/mailing_log.sqlite" 'SELECT count(*) FROM shipments WHERE zpl IS NOT NULL AND test_mode')" -eq 5 ] ||
     fail 'the mailing log does not hold every label'
 [ "$(wc -l <"$desk/Mail Log Export.csv")" -eq 6 ] || fail 'the export does not hold every row'

@@ -37,6 +37,8 @@ FakePlatform::FakePlatform()
                .prompts = prompts,
                .desktop = desktop,
                .processes = processes,
+               .hid = hid,
+               .keyboard = keyboard,
                .dataFolder = QDir(folder.path()),
                .deployment = Deployment::builtIn()}
 {

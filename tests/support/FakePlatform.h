@@ -91,6 +91,14 @@ private:
     QList<Call> m_calls;
 };
 
+/// Scales that are plugged in and speak when a test says so.
+class FakeHid : public HidSource {
+public:
+    void start(Listener taken) override { listener = std::move(taken); }
+    void stop() override { listener = {}; }
+    Listener listener;
+};
+
 /// A world for a test: real loopback HTTP, everything else in memory, a data folder of its own.
 struct FakePlatform {
     FakePlatform();
@@ -103,6 +111,8 @@ struct FakePlatform {
     FakePrompts prompts;
     FakeDesktop desktop;
     FakeProcesses processes;
+    FakeHid hid;
+    SilentKeyboard keyboard;
     Platform platform;
 
     QString path(const QString &name) const { return folder.filePath(name); }

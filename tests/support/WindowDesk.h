@@ -1,6 +1,7 @@
 #pragma once
 
 #include "shell/ui/Program.h"
+#include "shell/ui/WindowKeyboard.h"
 #include "shell/ui/label/LabelView.h"
 #include "shell/ui/parts/Button.h"
 #include "shell/ui/parts/Dialog.h"
@@ -20,6 +21,7 @@ namespace parcelory::test {
 /// window of the system, not to a widget.
 struct WindowDesk : CarrierDesk {
     WindowPrompts windowPrompts;
+    WindowKeyboard windowKeyboard{[this](const QKeyEvent &) { return clock.elapsed() + std::chrono::seconds(5); }};
     Platform world;
     std::unique_ptr<Program> program;
 
@@ -31,6 +33,8 @@ struct WindowDesk : CarrierDesk {
                 .prompts = windowPrompts,
                 .desktop = desktop,
                 .processes = processes,
+                .hid = hid,
+                .keyboard = windowKeyboard,
                 .dataFolder = platform.dataFolder,
                 .deployment = platform.deployment,
                 .practice = practice}
@@ -46,7 +50,7 @@ struct WindowDesk : CarrierDesk {
         if (!QTest::qWaitForWindowActive(&window()))
             qFatal("the window did not become active");
         app().flow = AppFlow::main;
-        wait([this] { return program->screens().keys.mode != PostageMode::none; });
+        wait([this] { return program->screens().keys.mode != PostageMode::unknown; });
         settleAll();
     }
     ~WindowDesk()
@@ -97,6 +101,7 @@ struct WindowDesk : CarrierDesk {
     void type(const QString &text)
     {
         for (const QChar letter : text) {
+            clock.advance(std::chrono::milliseconds(60)); // as fast as a person can, and slower than a scanner
             QWindow *target = QGuiApplication::focusWindow();
             QTest::keyClick(target ? target : window().windowHandle(), letter.toLatin1());
         }

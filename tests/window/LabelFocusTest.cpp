@@ -54,6 +54,7 @@ TEST(LabelFocus, TabWalksTheFormInTheOrderInWhichItIsRead)
                                   u"Quantity"_s,
                                   u"Declared value, US dollars"_s,
                                   u"Signer"_s,
+                                  u"Print Invoice"_s,
                                   u"Get Rates"_s};
     EXPECT_EQ(walked, expected);
 }
@@ -110,6 +111,20 @@ TEST(LabelFocus, AFailedCheckTakesTheFocusToItsField)
     }
 }
 
+TEST(LabelFocus, AButtonThatGoesOffGetsTheFocusBack)
+{
+    WindowDesk desk;
+    desk.carrier.setScenario({.noRates = true});
+    desk.compose(homeAddress());
+    desk.label().validationOK = true;
+    desk.settleAll();
+    desk.button(u"Get Rates"_s)->setFocus();
+    desk.press(Qt::Key_Space);
+    EXPECT_EQ(desk.focusName(), u"New Label"); // where arrow keys change nothing
+    desk.idle();
+    EXPECT_EQ(desk.focusName(), u"Get Rates");
+}
+
 TEST(LabelFocus, AReviewIsNotAnsweredByTheTailOfAScan)
 {
     WindowDesk desk;
@@ -127,6 +142,11 @@ TEST(LabelFocus, AReviewIsNotAnsweredByTheTailOfAScan)
     desk.press(Qt::Key_Space);
     EXPECT_TRUE(dialog->isVisible());
     desk.clock.advance(Dialog::keyGuard);
+    for (const auto type : {QEvent::KeyPress, QEvent::KeyRelease}) { // a Return that is still held down
+        QKeyEvent held(type, Qt::Key_Return, {}, u"\r"_s, true);
+        QCoreApplication::sendEvent(dialog->windowHandle(), &held);
+    }
+    EXPECT_TRUE(dialog->isVisible());
     desk.press(Qt::Key_Return); // the default keeps what was typed
     desk.idle();
     EXPECT_EQ(desk.label().validationStatus.value(), u"Valid ✓ (kept as typed)");

@@ -109,6 +109,12 @@ TEST(LabelRoad, ReturnNeverBuysAndOtherTabsDoNotEither)
     } while (QApplication::focusWidget() != first && ++stops < 60);
     EXPECT_GT(stops, 15);
     ASSERT_TRUE(desk.label().selectedRate()); // no Return has changed anything
+    desk.composeAndRate(homeAddress());
+    desk.label().weightLb = u"2"_s; // the rates are gone, and Buy with them
+    desk.settleAll();
+    desk.press(Qt::Key_Return, Qt::ControlModifier);
+    desk.idle();
+    EXPECT_TRUE(desk.label().rates.value().isEmpty()) << "Buy's keys do nothing else";
     for (const auto tab : {Qt::Key_2, Qt::Key_3, Qt::Key_4}) {
         desk.press(tab, Qt::ControlModifier);
         desk.press(Qt::Key_Return, Qt::ControlModifier);
@@ -131,7 +137,7 @@ TEST(LabelRoad, TheWindowAnswersWhileCarrierAndPrintToolTakeTheirTime)
     desk.press(Qt::Key_Return, Qt::ControlModifier);
     ASSERT_TRUE(desk.label().buying);
     // Everything below would hang if the main thread waited for one of them.
-    runUntil([&] { return desk.processes.calls().size() > 2 && !desk.processes.lastPrinted().isEmpty(); });
+    runUntil([&] { return !desk.processes.lastPrinted().isEmpty(); });
     desk.press(Qt::Key_2, Qt::ControlModifier);
     EXPECT_EQ(desk.app().tab.value(), MainTab::mailingLog);
     desk.press(Qt::Key_1, Qt::ControlModifier);
@@ -159,6 +165,21 @@ TEST(LabelRoad, AFailedPurchaseKeepsTheWindowThatWasToClose)
     desk.idle();
     EXPECT_TRUE(desk.window().isVisible());
     EXPECT_FALSE(desk.label().banner.value()->ok);
+    desk.dialog()->accept();
+    desk.window().activateWindow();
+    desk.wait([] { return QApplication::activeWindow() != nullptr; });
+
+    desk.carrier.setScenario({.answerDelay = std::chrono::milliseconds(100)});
+    desk.processes.behave = [](const QString &program, const QStringList &) {
+        return ProcessOutcome{program.endsWith(u"lpr"_s) ? 1 : 0, {}, "no paper"};
+    };
+    desk.press(Qt::Key_Return, Qt::ControlModifier);
+    ASSERT_TRUE(desk.label().buying);
+    desk.window().close();
+    desk.idle();
+    EXPECT_TRUE(desk.label().banner.value()->text.contains(u"(print failed: "_s))
+        << desk.label().banner.value()->text.toStdString();
+    EXPECT_TRUE(desk.window().isVisible()); // somebody has to read that
 }
 
 } // namespace

@@ -18,6 +18,8 @@ SystemPlatform::SystemPlatform()
                  .prompts = m_prompts,
                  .desktop = m_desktop,
                  .processes = m_processes,
+                 .hid = m_hid,
+                 .keyboard = m_keyboard,
                  .dataFolder = applicationSupportFolder(),
                  .deployment = Deployment::builtIn()}
 {

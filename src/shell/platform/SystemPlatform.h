@@ -2,6 +2,7 @@
 
 #include "core/Platform.h"
 #include "shell/platform/ConsolePrompts.h"
+#include "shell/platform/HidScales.h"
 #include "shell/platform/Keychain.h"
 #include "shell/platform/NetworkTransport.h"
 #include "shell/platform/SettingsPreferences.h"
@@ -26,6 +27,8 @@ private:
     ConsolePrompts m_prompts;
     SystemProcesses m_processes;
     SystemDesktop m_desktop{m_processes};
+    HidScales m_hid;
+    SilentKeyboard m_keyboard;
     Platform m_platform;
 };
 

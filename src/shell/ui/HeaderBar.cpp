@@ -37,9 +37,9 @@ void ModeHatch::paintEvent(QPaintEvent *)
         painter.drawPolygon(QPolygonF({QPointF(x, 6), QPointF(x + 7, 6), QPointF(x + 12, 0), QPointF(x + 5, 0)}));
 }
 
-HeaderBar::HeaderBar(AppState &app, KeysScreen &keys, QWidget *parent)
-    : Surface(&Tokens::sheet, parent), m_app(app), m_keys(keys), m_tabs(new QTabBar),
-      m_mode(new Badge({}, BadgeKind::plain)), m_follower([this] { refresh(); })
+HeaderBar::HeaderBar(AppState &app, LabelScreen &label, KeysScreen &keys, QWidget *parent)
+    : Surface(&Tokens::sheet, parent), m_app(app), m_label(label), m_keys(keys), m_tabs(new QTabBar),
+      m_mode(new Badge({}, BadgeKind::plain)), m_signOut(nullptr), m_follower([this] { refresh(); })
 {
     const Theme &theme = Theme::current();
     setLines(Qt::BottomEdge);
@@ -65,16 +65,18 @@ HeaderBar::HeaderBar(AppState &app, KeysScreen &keys, QWidget *parent)
     row->addWidget(m_mode);
     row->addSpacing(4);
     row->addWidget(signOut);
+    m_signOut = signOut;
 
     connect(m_tabs, &QTabBar::currentChanged, this, [this](int at) { m_app.tab = mainTabs()[at].tab; });
     connect(signOut, &QPushButton::clicked, this, [this] { m_app.flow = AppFlow::login; });
-    m_follower.follow(app.tab, keys.mode);
+    m_follower.follow(app.tab, keys.mode, label.busy);
     refresh();
 }
 
 void HeaderBar::refresh()
 {
     m_tabs->setCurrentIndex(int(m_app.tab.value()));
+    m_signOut->setEnabled(!m_label.busy); // the carrier's answer may be a question
     const PostageMode mode = m_keys.mode;
     m_mode->setVisible(mode == PostageMode::test || mode == PostageMode::practice);
     if (mode == PostageMode::practice)

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/AppState.h"
+#include "compose/LabelScreen.h"
 #include "shell/KeysScreen.h"
 #include "shell/ui/parts/Badge.h"
 #include "shell/ui/parts/Follower.h"
@@ -28,15 +28,17 @@ private:
 class HeaderBar : public Surface {
     Q_OBJECT
 public:
-    HeaderBar(AppState &app, KeysScreen &keys, QWidget *parent = nullptr);
+    HeaderBar(AppState &app, LabelScreen &label, KeysScreen &keys, QWidget *parent = nullptr);
 
 private:
     void refresh();
 
     AppState &m_app;
+    LabelScreen &m_label;
     KeysScreen &m_keys;
     QTabBar *m_tabs;
     Badge *m_mode;
+    QWidget *m_signOut;
     Follower m_follower;
 };
 

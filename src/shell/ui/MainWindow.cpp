@@ -48,7 +48,7 @@ QWidget *MainWindow::makeMain()
     rows->setContentsMargins(0, 0, 0, 0);
     rows->setSpacing(0);
     rows->addWidget(m_hatch);
-    rows->addWidget(new HeaderBar(m_app, m_screens.keys));
+    rows->addWidget(new HeaderBar(m_app, m_screens.label, m_screens.keys));
     rows->addWidget(m_tabs, 1);
     auto *strip = new StatusStrip(m_app, m_screens.keys);
     rows->addWidget(strip);
@@ -117,15 +117,14 @@ void MainWindow::closeEvent(QCloseEvent *event)
     event->accept();
 }
 
-/// The purchase that held the window open is over: a label that was bought and logged lets it go, anything else has
-/// first to be read.
+/// The purchase that held the window open is over: a label that was bought, printed and logged lets it go, anything
+/// else has first to be read.
 void MainWindow::finishClosing()
 {
     if (!m_closeAfterPurchase || m_screens.label.buying)
         return;
     m_closeAfterPurchase = false;
-    const std::optional<Banner> outcome = m_screens.label.banner;
-    if (outcome && outcome->ok)
+    if (m_screens.label.purchaseComplete())
         close();
 }
 

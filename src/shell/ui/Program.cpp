@@ -4,12 +4,14 @@
 #include "shell/ui/theme/Theme.h"
 
 #include <QApplication>
+#include <QStyleHints>
 
 namespace parcelory {
 
 void Program::makeLook()
 {
     Theme::install(SystemAppearance::paletteIsDark());
+    QGuiApplication::styleHints()->setTabFocusBehavior(Qt::TabFocusAllControls); // buttons, too, on macOS
     QApplication::setWindowIcon(themeIcon(QStringLiteral("parcelory_mark"), &Tokens::accent));
 }
 

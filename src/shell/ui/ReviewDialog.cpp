@@ -5,6 +5,7 @@
 #include <QHBoxLayout>
 #include <QPainter>
 #include <QRegularExpression>
+#include <QScrollArea>
 #include <QVBoxLayout>
 
 namespace parcelory {
@@ -14,10 +15,27 @@ namespace {
 
 TextLabel *paragraph(const QString &text, FontRole role = FontRole::body)
 {
-    auto *label = new TextLabel(text, role);
+    auto *label = new TextLabel(breakable(text), role);
     label->setWordWrap(true);
     label->setTextInteractionFlags(Qt::TextSelectableByMouse);
     return label;
+}
+
+/// A text that may be longer than the screen is high.
+QWidget *scrolling(TextLabel *text)
+{
+    constexpr int width = 400, mostHeight = 360;
+    const Theme &theme = Theme::current();
+    const int height = text->heightForWidth(theme.scaled(width));
+    if (height <= theme.scaled(mostHeight))
+        return text;
+    auto *area = new QScrollArea;
+    area->setFrameShape(QFrame::NoFrame);
+    area->setBackgroundRole(QPalette::Base);
+    area->setWidgetResizable(true);
+    area->setFixedHeight(theme.scaled(mostHeight));
+    area->setWidget(text);
+    return area;
 }
 
 /// An address, its lost words on a coloured ground and bold.
@@ -70,9 +88,9 @@ void addComparison(Dialog *dialog, const Comparison &comparison)
 
 Dialog *makeAlert(Clock &clock, const QString &title, const QString &text, QWidget *parent)
 {
-    auto *dialog = new Dialog(clock, title, u"ui_warning"_s, &Tokens::warn, 520, parent);
+    auto *dialog = new Dialog(clock, title, u"parcelory_mark"_s, &Tokens::accent, 520, parent);
     dialog->setAccessibleDescription(text);
-    dialog->body()->addWidget(paragraph(text));
+    dialog->body()->addWidget(scrolling(paragraph(text)));
     dialog->addButton(u"OK"_s, QDialog::Accepted, Button::Kind::solid);
     return dialog;
 }
@@ -84,7 +102,7 @@ Dialog *makeQuestion(Clock &clock, const Question &question, QWidget *parent)
     if (question.comparison)
         addComparison(dialog, *question.comparison);
     else
-        dialog->body()->addWidget(paragraph(question.text));
+        dialog->body()->addWidget(scrolling(paragraph(question.text)));
     for (int choice = 0; choice < question.choices.size(); ++choice) {
         const bool safe = choice == question.safeChoice;
         dialog->addButton(question.choices[choice], choice + 1, safe ? Button::Kind::solid : Button::Kind::standard);

@@ -39,7 +39,7 @@ void StatusStrip::refresh()
     m_scanIcon->setVisible(!m_scan->fullText().isEmpty());
     const PostageMode mode = m_keys.mode;
     m_warning->setVisible(mode == PostageMode::none);
-    m_mode->setVisible(mode != PostageMode::none);
+    m_mode->setVisible(mode != PostageMode::none && mode != PostageMode::unknown);
     if (mode == PostageMode::practice)
         m_mode->set(u"PRACTICE"_s, BadgeKind::practice);
     else if (mode == PostageMode::test)

@@ -66,7 +66,8 @@ void Menus::fill()
     addView();
     addWindow();
     m_follower.follow(app().flow, app().tab, app().draftTo, label().busy, label().rates, label().selectedRateID,
-                      label().weightLb, label().weightOz, label().lastLabel, m_window.screens().mailingLog.selected);
+                      label().weightLb, label().weightOz, label().lastLabel, app().scale.connected,
+                      m_window.screens().mailingLog.selected);
     refresh();
 }
 
@@ -82,6 +83,7 @@ void Menus::addFile()
     QAction *quit = menu->addAction(u"Quit Parcelory"_s);
     quit->setShortcut(Qt::CTRL | Qt::Key_Q);
     quit->setMenuRole(QAction::QuitRole);
+    quit->setShortcutContext(Qt::ApplicationShortcut);                       // from the secondary windows, too
     QObject::connect(quit, &QAction::triggered, &m_window, &QWidget::close); // a purchase is finished first
 }
 
@@ -91,12 +93,12 @@ void Menus::addLabel()
     const auto here = [this] { return isOn(MainTab::newLabel); };
     const auto idle = [this, here] { return here() && !label().busy; };
     LabelView &view = m_window.labelView();
-    add(menu, u"Clear Form"_s, Qt::CTRL | Qt::Key_N, here, [this] {
-        label().clearDraft();
-        m_window.labelView().focusRecipient();
-    });
+    add(menu, u"Clear Form"_s, Qt::CTRL | Qt::Key_N, here, [&view] { view.clear(); });
     add(menu, u"Recipient"_s, Qt::CTRL | Qt::Key_L, here, [&view] { view.focusRecipient(); });
     add(menu, u"Validate Address"_s, Qt::CTRL | Qt::Key_K, idle, [&view] { view.validate(); });
+    add(
+        menu, u"Weigh"_s, Qt::CTRL | Qt::Key_G, [this, idle] { return idle() && app().scale.connected; },
+        [this] { label().weigh(); });
     add(menu, u"Get Rates"_s, Qt::CTRL | Qt::Key_R, idle, [&view] { view.getRates(); });
     menu->addSeparator();
     add(
@@ -120,6 +122,10 @@ void Menus::addLog()
         else
             spawn([this, chosen] { return m_window.screens().mailingLog.reprint(*chosen()); });
     });
+    add(
+        menu, u"Customs Docs"_s, Qt::CTRL | Qt::SHIFT | Qt::Key_D,
+        [=] { return onLog() && chosen() && chosen()->isIntl; },
+        [this, chosen] { spawn([this, chosen] { return m_window.screens().mailingLog.reprintCustoms(*chosen()); }); });
     add(menu, u"Copy Tracking"_s, Qt::CTRL | Qt::SHIFT | Qt::Key_C, canAct, [=, this] {
         if (onLast())
             label().copyLastTracking();

@@ -25,6 +25,8 @@ ModeLook lookOf(PostageMode mode)
         return {u"TEST"_s, BadgeKind::test, Button::Kind::test, u"Not real postage"_s};
     case PostageMode::live:
         return {u"LIVE"_s, BadgeKind::live, Button::Kind::solid, u"Charges the account"_s};
+    case PostageMode::unknown:
+        return {u"…"_s, BadgeKind::plain, Button::Kind::solid, u"Reading the API key"_s};
     case PostageMode::none:
         break;
     }
@@ -36,7 +38,7 @@ ModeLook lookOf(PostageMode mode)
 BuyBlock::BuyBlock(AppState &app, LabelScreen &screen, KeysScreen &keys, SettingsScreen &settings, QWidget *parent)
     : Surface(&Tokens::sheet, parent), m_screen(screen), m_keys(keys), m_settings(settings),
       m_none(new TextLabel(u"No rate chosen."_s, FontRole::body, &Tokens::muted)), m_summary(new QWidget),
-      m_lines(new QGridLayout), m_service(new TextLabel({}, FontRole::strong)),
+      m_lines(new QGridLayout), m_service(new ElidedLabel({}, FontRole::strong)),
       m_transit(new TextLabel({}, FontRole::caption, &Tokens::muted)), m_price(new TextLabel({}, FontRole::total)),
       m_to(nullptr), m_package(nullptr), m_extras(nullptr), m_printer(nullptr),
       m_buy(new Button(u"Buy & Print Label"_s)), m_mode(new Badge({}, BadgeKind::plain)),
@@ -49,7 +51,6 @@ BuyBlock::BuyBlock(AppState &app, LabelScreen &screen, KeysScreen &keys, Setting
     head->addWidget(m_price, 0, 1, 2, 1, Qt::AlignRight | Qt::AlignVCenter);
     head->setColumnStretch(0, 1);
     head->setVerticalSpacing(1);
-    m_service->setWordWrap(true);
 
     auto *summary = new QVBoxLayout(m_summary);
     summary->setContentsMargins(0, 0, 0, 0);
@@ -117,10 +118,10 @@ void BuyBlock::refresh()
     m_none->setVisible(!rate);
     m_summary->setVisible(rate.has_value());
     if (rate) {
-        m_service->setText(rate->servicelevel.name.value_or(rate->servicelevel.token.value_or(QString())));
+        m_service->setFullText(rate->servicelevel.name.value_or(rate->servicelevel.token.value_or(QString())));
         m_transit->setText(rate->provider + u" · "_s + LabelScreen::transitText(*rate));
         m_price->setText(u'$' + rate->amount);
-        m_to->setText(m_screen.printedRecipient().join(u'\n'));
+        m_to->setText(breakable(m_screen.printedRecipient().join(u'\n')));
         m_package->setText(m_screen.weightDisplay() + u" · "_s + m_screen.mailpieceName());
         m_extras->setText(m_screen.extrasSummary());
         m_printer->setText(printerText());

@@ -36,7 +36,8 @@ private:
     TextLabel *m_none;
     QWidget *m_summary;
     QGridLayout *m_lines;
-    TextLabel *m_service, *m_transit, *m_price;
+    ElidedLabel *m_service;
+    TextLabel *m_transit, *m_price;
     TextLabel *m_to, *m_package, *m_extras, *m_printer;
     Button *m_buy;
     Badge *m_mode;

@@ -13,14 +13,14 @@ class CustomsSection : public FormSection {
 public:
     CustomsSection(AppState &app, LabelScreen &screen, QWidget *parent = nullptr);
 
-    Field *field(DraftField which) const { return which == DraftField::declaredValue ? m_value : nullptr; }
+    Field *field(DraftField which) const; ///< null when it stands elsewhere
 
 private:
     void refresh();
 
     LabelScreen &m_screen;
     Choice *m_contents;
-    Field *m_value;
+    Field *m_quantity, *m_value;
     TextLabel *m_hint;
     Follower m_follower;
 };

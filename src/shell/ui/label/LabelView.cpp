@@ -22,10 +22,10 @@ namespace {
 
 constexpr int ratesWidth = 344, widestRates = 400, widestForm = 792, wideWindow = 1500;
 
-constexpr DraftField allFields[] = {DraftField::profile, DraftField::name,          DraftField::street,
-                                    DraftField::city,    DraftField::zip,           DraftField::phone,
-                                    DraftField::weight,  DraftField::length,        DraftField::width,
-                                    DraftField::height,  DraftField::declaredValue, DraftField::insurance};
+constexpr DraftField allFields[] = {
+    DraftField::profile,       DraftField::name,      DraftField::street, DraftField::city,    DraftField::zip,
+    DraftField::phone,         DraftField::weight,    DraftField::length, DraftField::width,   DraftField::height,
+    DraftField::declaredValue, DraftField::insurance, DraftField::ounces, DraftField::quantity};
 
 } // namespace
 
@@ -42,10 +42,13 @@ LabelView::LabelView(AppState &app, LabelScreen &screen, KeysScreen &keys, Setti
     auto *rows = new QVBoxLayout(this);
     rows->setContentsMargins(0, 0, 0, 0);
     rows->setSpacing(0);
-    rows->addWidget(new MessageLine(app, screen));
+    auto *message = new MessageLine(app, screen);
+    rows->addWidget(message);
     rows->addLayout(columns, 1);
     orderTabsByLayout(this);
 
+    setAccessibleName(u"New Label"_s);
+    connect(message, &MessageLine::clearRequested, this, &LabelView::clear);
     connect(m_recipient, &RecipientSection::validateRequested, this, &LabelView::validate);
     connect(m_rates, &RatesPanel::getRatesRequested, this, &LabelView::getRates);
     connect(m_rates, &RatesPanel::buyRequested, this, &LabelView::buy);
@@ -103,10 +106,14 @@ Field *LabelView::field(DraftField which) const
 void LabelView::start(std::function<Task<>()> operation)
 {
     m_typedMeanwhile = false;
+    m_pressed = QApplication::focusWidget();
+    // A button that goes off while it has the focus hands it on to whatever comes next.
+    if (qobject_cast<QAbstractButton *>(m_pressed.data()) && isAncestorOf(m_pressed))
+        setFocus();
     spawn([self = QPointer(this), operation = std::move(operation)]() -> Task<> {
         co_await operation();
-        if (self)
-            self->settleFocus();
+        if (self) // after the views have refreshed, so that what is usable again can take the focus
+            QMetaObject::invokeMethod(self, &LabelView::settleFocus, Qt::QueuedConnection);
     });
 }
 
@@ -127,7 +134,6 @@ void LabelView::buy()
 
 void LabelView::settleFocus()
 {
-    m_follower.refreshNow();
     const bool elsewhere = !isVisible() || QApplication::activeModalWidget() || m_screen.showIntlPaperwork;
     if (elsewhere || m_typedMeanwhile)
         return;
@@ -145,7 +151,15 @@ void LabelView::settleFocus()
         next->setFocus();
         next->selectAll();
         m_scroll->ensureWidgetVisible(next);
+    } else if (hasFocus() && m_pressed) {
+        m_pressed->setFocus();
     }
+}
+
+void LabelView::clear()
+{
+    m_screen.clearDraft();
+    focusRecipient();
 }
 
 void LabelView::focusRecipient()
@@ -167,7 +181,9 @@ void LabelView::focusNextRegion()
 
 void LabelView::keyPressEvent(QKeyEvent *event)
 {
-    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)
+    const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    const bool plain = (event->modifiers() & ~Qt::KeypadModifier) == 0; // Buy's own keys are not this
+    if (isReturn && plain && !event->isAutoRepeat())
         pressDefault();
     else
         QWidget::keyPressEvent(event);

@@ -30,6 +30,7 @@ public:
     void getRates();
     void buy();
     void focusRecipient();
+    void clear();
     /// Form, rates and round again.
     void focusNextRegion();
 
@@ -58,6 +59,7 @@ private:
     RatesPanel *m_rates;
     QPointer<PaperworkDialog> m_paperwork;
     bool m_typedMeanwhile = false;
+    QPointer<QWidget> m_pressed; ///< had the focus when the operation began
     Follower m_follower;
 };
 

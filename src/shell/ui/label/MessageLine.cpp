@@ -6,6 +6,12 @@
 namespace parcelory {
 using namespace Qt::StringLiterals;
 
+namespace {
+
+constexpr int longestText = 600; ///< characters; the whole stands in the tooltip and in the error log
+
+} // namespace
+
 MessageLine::MessageLine(AppState &app, LabelScreen &screen, QWidget *parent)
     : Surface(&Tokens::window, parent), m_screen(screen), m_icon(new IconView(u"ui_info"_s, 18)), m_text(new TextLabel),
       m_follower([this] { refresh(); })
@@ -23,7 +29,7 @@ MessageLine::MessageLine(AppState &app, LabelScreen &screen, QWidget *parent)
     setMinimumHeight(Theme::current().scaled(42));
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Minimum);
     setLines(Qt::BottomEdge);
-    connect(clear, &QPushButton::clicked, this, [this] { m_screen.clearDraft(); });
+    connect(clear, &QPushButton::clicked, this, &MessageLine::clearRequested);
     m_follower.follow(screen.banner, screen.busy, screen.buying, screen.rates, screen.validationOK, screen.reference,
                       screen.weightLb, screen.weightOz, app.draftTo);
     refresh();
@@ -33,8 +39,10 @@ void MessageLine::refresh()
 {
     const std::optional<Banner> banner = m_screen.banner;
     const QString text = banner ? banner->text : m_screen.nextStepHint();
-    const bool news = text != m_text->text();
-    m_text->setText(text);
+    const bool news = text != m_said;
+    m_said = text;
+    m_text->setText(breakable(text.size() > longestText ? text.left(longestText) + u'…' : text));
+    m_text->setToolTip(text.size() > longestText ? text : QString());
     m_text->setFont(Theme::current().font(banner ? FontRole::strong : FontRole::body));
     m_text->setInk(banner ? &Tokens::text : &Tokens::muted);
     setFill(!banner ? &Tokens::window : banner->ok ? &Tokens::okTint : &Tokens::warnTint);

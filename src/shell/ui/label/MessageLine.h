@@ -14,12 +14,16 @@ class MessageLine : public Surface {
 public:
     MessageLine(AppState &app, LabelScreen &screen, QWidget *parent = nullptr);
 
+signals:
+    void clearRequested();
+
 private:
     void refresh();
 
     LabelScreen &m_screen;
     IconView *m_icon;
     TextLabel *m_text;
+    QString m_said;
     Follower m_follower;
 };
 

@@ -18,14 +18,19 @@ public:
 
 private:
     void refresh();
+    void refreshScale();
 
+    AppState &m_app;
     LabelScreen &m_screen;
     Segments *m_carrier;
     Field *m_pounds, *m_ounces;
     Field *m_length, *m_width, *m_height;
     FormRow *m_size;
     TextLabel *m_sizeHint;
+    Button *m_weigh;
+    TextLabel *m_reading, *m_settling;
     Follower m_follower;
+    Follower m_scale;
 };
 
 } // namespace parcelory

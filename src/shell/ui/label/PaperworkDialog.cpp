@@ -5,6 +5,7 @@
 #include "shell/ui/parts/Surface.h"
 
 #include <QButtonGroup>
+#include <QCheckBox>
 #include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QRadioButton>
@@ -31,6 +32,11 @@ PaperworkDialog::PaperworkDialog(AppState &app, LabelScreen &screen, QWidget *pa
     auto *row = new FormRow(u"Quantity"_s);
     row->add(quantity)->say(u"Value  $"_s)->add(m_value)->say(u"Signer"_s)->add(signer, 1);
     body()->addWidget(row);
+    auto *print = new QCheckBox(u"Print the commercial invoice with the label"_s);
+    print->setChecked(screen.printInvoiceWithRates);
+    print->setVisible(screen.carrier == Carrier::usps); // FedEx makes its own
+    connect(print, &QCheckBox::toggled, this, [this](bool on) { m_screen.printInvoiceWithRates = on; });
+    body()->addWidget(print);
 
     addButton(u"Cancel"_s, Rejected, Button::Kind::standard);
     addButton(u"Get Rates"_s, Accepted, Button::Kind::solid);
@@ -52,7 +58,10 @@ QWidget *PaperworkDialog::makeContents()
         m_contents->addButton(choice, int(item.type));
         auto *line = new QHBoxLayout;
         line->addWidget(choice, 1);
-        line->addWidget(new TextLabel(QString::number(number), FontRole::caption, &Tokens::muted));
+        auto *keys = new TextLabel(QString::number(number), FontRole::caption, &Tokens::muted);
+        const QKeySequence inField(Qt::ALT | Qt::Key(Qt::Key_0 + number));
+        keys->setToolTip(u"%1, or %2 in a field"_s.arg(number).arg(inField.toString(QKeySequence::NativeText)));
+        line->addWidget(keys);
         if (number > 1)
             rows->addWidget(new Rule);
         rows->addLayout(line);

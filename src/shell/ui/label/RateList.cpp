@@ -95,6 +95,14 @@ RateList::RateList(LabelScreen &screen, QWidget *parent)
     refill();
 }
 
+/// The Buy block below grows with its address; the chosen rate stays in sight.
+void RateList::resizeEvent(QResizeEvent *event)
+{
+    QListView::resizeEvent(event);
+    if (selectionModel()->hasSelection())
+        scrollTo(currentIndex());
+}
+
 void RateList::refill()
 {
     m_rows.clear();

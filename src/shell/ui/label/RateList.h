@@ -14,6 +14,9 @@ class RateList : public QListView {
 public:
     explicit RateList(LabelScreen &screen, QWidget *parent = nullptr);
 
+protected:
+    void resizeEvent(QResizeEvent *event) override;
+
 private:
     void refill();
     void showChosen();

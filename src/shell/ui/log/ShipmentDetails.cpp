@@ -95,6 +95,7 @@ ShipmentDetails::ShipmentDetails(MailingLogScreen &screen, QWidget *parent)
       m_name(new ElidedLabel({}, FontRole::h2)),
       m_badges{new Badge({}, BadgeKind::plain), new Badge({}, BadgeKind::plain)},
       m_reprint(new Button(u"Reprint"_s, Button::Kind::tint, u"ui_printer"_s)),
+      m_customs(new Button(u"Customs Docs"_s, Button::Kind::standard, u"ui_document"_s)),
       m_copy(new Button(u"Copy Tracking"_s, Button::Kind::standard, u"ui_copy"_s))
 {
     auto *nothing = new TextLabel(u"Choose a shipment to see its details."_s, FontRole::body, &Tokens::muted);
@@ -116,6 +117,12 @@ QWidget *ShipmentDetails::makeHead()
         if (const auto record = m_screen.selectedRecord())
             spawn([this, record] { return m_screen.reprint(*record); });
     });
+    m_customs->setToolTip(
+        u"Reprint the customs paperwork — the commercial invoice (USPS) or FedEx's trade documents"_s);
+    connect(m_customs, &QPushButton::clicked, this, [this] {
+        if (const auto record = m_screen.selectedRecord())
+            spawn([this, record] { return m_screen.reprintCustoms(*record); });
+    });
     connect(m_copy, &QPushButton::clicked, this, [this] {
         if (const auto record = m_screen.selectedRecord())
             m_screen.copyTracking(*record);
@@ -129,6 +136,7 @@ QWidget *ShipmentDetails::makeHead()
         row->addWidget(badge);
     row->addStretch(1);
     row->addWidget(m_reprint);
+    row->addWidget(m_customs);
     row->addWidget(m_copy);
     return head;
 }
@@ -184,6 +192,7 @@ void ShipmentDetails::refresh()
 
 void ShipmentDetails::show(const ShipmentRecord &record)
 {
+    m_customs->setEnabled(record.isIntl && !m_screen.busy);
     m_name->setFullText(recipientName(record));
     const QList<ShipmentBadge> badges = badgesOf(record);
     for (size_t at = 0; at < m_badges.size(); ++at) {

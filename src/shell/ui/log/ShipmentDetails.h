@@ -32,6 +32,7 @@ private:
     ElidedLabel *m_name;
     std::array<Badge *, 2> m_badges; ///< refund and test
     Button *m_reprint;
+    Button *m_customs;
     Button *m_copy;
     std::vector<TextLabel *> m_values; ///< in the order of the lines' table
 };

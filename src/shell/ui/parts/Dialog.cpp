@@ -6,6 +6,7 @@
 #include <QDialogButtonBox>
 #include <QEvent>
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QPainter>
 #include <QVBoxLayout>
 #include <QWindow>
@@ -40,7 +41,8 @@ Dialog::Dialog(Clock &clock, const QString &title, const QString &icon, Token in
 
 Dialog::~Dialog()
 {
-    endGuard();
+    if (m_guard)
+        m_clock.cancel(*m_guard);
 }
 
 Button *Dialog::addButton(const QString &text, int result, Button::Kind kind)
@@ -61,11 +63,9 @@ void Dialog::showEvent(QShowEvent *event)
     QDialog::showEvent(event);
     if (m_guard)
         return;
+    qApp->removeEventFilter(this);
     qApp->installEventFilter(this);
-    m_guard = m_clock.after(keyGuard, [this] {
-        m_guard.reset();
-        endGuard();
-    });
+    m_guard = m_clock.after(keyGuard, [this] { m_guard.reset(); });
 }
 
 void Dialog::paintEvent(QPaintEvent *)
@@ -73,18 +73,15 @@ void Dialog::paintEvent(QPaintEvent *)
     QPainter(this).fillRect(rect(), Theme::current().tokens().sheet);
 }
 
-void Dialog::endGuard()
-{
-    qApp->removeEventFilter(this);
-    if (m_guard)
-        m_clock.cancel(*std::exchange(m_guard, std::nullopt));
-}
-
 bool Dialog::eventFilter(QObject *watched, QEvent *event)
 {
     const auto type = event->type();
     if (type != QEvent::KeyPress && type != QEvent::KeyRelease && type != QEvent::ShortcutOverride &&
         type != QEvent::Shortcut)
+        return false;
+    const auto *key = type == QEvent::Shortcut ? nullptr : static_cast<const QKeyEvent *>(event);
+    const bool held = key && key->isAutoRepeat() && key->text().trimmed().isEmpty(); // letters may be held
+    if (!m_guard && !held)
         return false;
     // A shortcut belongs to a widget; the system's window stands for all of them.
     const auto *widget = qobject_cast<QWidget *>(watched->isWidgetType() ? watched : watched->parent());

@@ -14,7 +14,8 @@ class QVBoxLayout;
 namespace parcelory {
 
 /// The frame of the program's dialogs: a drawing, a title, what the dialog asks, and buttons in the system's order.
-/// Keys pressed in its first moments are dropped: a scanner that is still typing must not answer a question.
+/// Keys pressed in its first moments are dropped, and keys that repeat because they are held: neither a scanner that is
+/// still typing nor a long Return answers a question.
 class Dialog : public QDialog {
     Q_OBJECT
 public:
@@ -35,8 +36,6 @@ protected:
     void paintEvent(QPaintEvent *event) override;
 
 private:
-    void endGuard();
-
     Clock &m_clock;
     QVBoxLayout *m_body;
     QDialogButtonBox *m_buttons;

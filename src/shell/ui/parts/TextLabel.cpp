@@ -2,6 +2,22 @@
 
 namespace parcelory {
 
+QString breakable(const QString &text)
+{
+    constexpr int longestRun = 40;
+    QString result;
+    int run = 0;
+    for (const QChar character : text) {
+        run = character.isSpace() ? 0 : run + 1;
+        if (run > longestRun && !character.isLowSurrogate()) {
+            result += QChar(0x200B); // of no width
+            run = 1;
+        }
+        result += character;
+    }
+    return result;
+}
+
 TextLabel::TextLabel(const QString &text, FontRole role, Token ink, QWidget *parent) : QLabel(text, parent), m_ink(ink)
 {
     setTextFormat(Qt::PlainText); // names and answers of the carrier are no markup

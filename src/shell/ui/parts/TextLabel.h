@@ -20,6 +20,9 @@ private:
     Token m_ink;
 };
 
+/// The text with places to break in runs that no line holds.
+QString breakable(const QString &text);
+
 /// A text that is cut with an ellipsis where it does not fit; the whole stands in the tooltip.
 class ElidedLabel : public TextLabel {
 public:

@@ -26,6 +26,8 @@ StatusLook lookOf(PostageMode mode)
         return {&Tokens::sheet, &Tokens::ok, &Tokens::text, u"LIVE"_s, BadgeKind::live};
     case PostageMode::practice:
         return {&Tokens::practiceTint, &Tokens::practice, &Tokens::text, u"PRACTICE"_s, BadgeKind::practice};
+    case PostageMode::unknown:
+        return {&Tokens::sheet, &Tokens::line, &Tokens::muted, {}, BadgeKind::plain};
     case PostageMode::none:
         break;
     }

@@ -51,22 +51,70 @@ FormRow *rowFor(QWidget *widget)
 
 } // namespace
 
-PrintersPage::PrintersPage(SettingsScreen &settings, QWidget *parent)
-    : SettingsPage(u"Printers"_s, parent), m_settings(settings), m_busy(new BusyBar),
+PrintersPage::PrintersPage(AppState &app, SettingsScreen &settings, QWidget *parent)
+    : SettingsPage(u"Printers"_s, parent), m_app(app), m_settings(settings), m_busy(new BusyBar),
       m_label(new Choice(u"Label printer"_s)), m_document(new Choice(u"Document printer"_s)),
       m_test(new Button(u"Print Test"_s)), m_refresh(new Button(u"Refresh"_s, Button::Kind::standard, u"ui_refresh"_s)),
       m_noZebra(new Notice(u"ui_warning"_s, &Tokens::warn)), m_outcome(new Notice({}, &Tokens::ok, FontRole::caption)),
-      m_noZebraRow(rowFor(m_noZebra)), m_outcomeRow(rowFor(m_outcome)), m_follower([this] { refresh(); })
+      m_noZebraRow(rowFor(m_noZebra)), m_outcomeRow(rowFor(m_outcome)),
+      m_scaleName(new TextLabel({}, FontRole::strong)),
+      m_scaleState(new TextLabel({}, FontRole::caption, &Tokens::muted)), m_weight(new TextLabel({}, FontRole::h2)),
+      m_settling(new Notice(u"ui_check"_s, &Tokens::ok)), m_follower([this] { refresh(); }),
+      m_scale([this] { refreshScale(); })
 {
     appendLabels();
     appendDocuments();
+    appendScale();
     for (const auto &[menu, queue] : {std::pair{m_label, &settings.zebraQueue}, {m_document, &settings.documentQueue}})
         connect(menu, &QComboBox::activated, this, [menu, queue](int at) { *queue = menu->itemData(at).toString(); });
     connect(m_test, &QPushButton::clicked, this, [&settings] { spawn([&] { return settings.printTest(); }); });
     connect(m_refresh, &QPushButton::clicked, this, [&settings] { spawn([&] { return settings.refreshPrinters(); }); });
     m_follower.follow(settings.queues, settings.zebraQueues, settings.showAllPrinters, settings.zebraQueue,
                       settings.documentQueue, settings.rotate180, settings.printerMessage, settings.busy);
+    m_scale.follow(app.scale.connected, app.scale.stable, app.scale.ounces, app.scale.deviceName, app.scale.fault);
     refresh();
+    refreshScale();
+}
+
+void PrintersPage::appendScale()
+{
+    append(new TextLabel(u"Scale"_s, FontRole::h2));
+    auto *card = new QHBoxLayout;
+    auto *words = new QVBoxLayout;
+    words->setSpacing(1);
+    words->addWidget(m_scaleName);
+    words->addWidget(m_scaleState);
+    m_scaleState->setWordWrap(true);
+    card->setSpacing(12);
+    card->addWidget(new IconView(u"ui_scale"_s, 20));
+    card->addLayout(words, 1);
+    card->addWidget(m_weight);
+    card->addWidget(m_settling);
+    column(appendCard())->addLayout(card);
+}
+
+void PrintersPage::refreshScale()
+{
+    const USBScale &scale = m_app.scale;
+    const QString fault = scale.fault;
+    m_scaleName->setText(scale.connected ? scale.deviceName.value() : u"No scale"_s);
+    m_scaleState->setText(scale.connected ? u"Connected · reading settles before it is used"_s
+                                          : u"No HID scale detected. Plug in the USB scale and it will appear here "
+                                            "automatically."_s);
+    m_weight->setText(scale.display());
+    m_weight->setVisible(scale.connected);
+    m_settling->setVisible(scale.connected);
+    m_settling->setUnwrapped();
+    if (!fault.isEmpty()) {
+        m_settling->setLook(u"ui_warning"_s, &Tokens::warn);
+        m_settling->setText(fault);
+    } else {
+        m_settling->setLook(scale.stable ? u"ui_check"_s : u"ui_pending"_s,
+                            scale.stable ? &Tokens::ok : &Tokens::muted);
+        m_settling->setText(scale.stable ? u"steady"_s : u"moving…"_s);
+    }
+    if (!scale.connected)
+        m_settling->setVisible(false);
 }
 
 void PrintersPage::showEvent(QShowEvent *event)

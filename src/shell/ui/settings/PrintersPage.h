@@ -12,11 +12,11 @@ class QCheckBox;
 
 namespace parcelory {
 
-/// The print queues for labels and for documents.
+/// The print queues for labels and for documents, and the scale.
 class PrintersPage : public SettingsPage {
     Q_OBJECT
 public:
-    explicit PrintersPage(SettingsScreen &settings, QWidget *parent = nullptr);
+    PrintersPage(AppState &app, SettingsScreen &settings, QWidget *parent = nullptr);
 
 protected:
     void showEvent(QShowEvent *event) override;
@@ -24,9 +24,12 @@ protected:
 private:
     void appendLabels();
     void appendDocuments();
+    void appendScale();
+    void refreshScale();
     QCheckBox *appendSwitch(QVBoxLayout *rows, const QString &text, QProperty<bool> &property);
     void refresh();
 
+    AppState &m_app;
     SettingsScreen &m_settings;
     BusyBar *m_busy;
     Choice *m_label, *m_document;
@@ -34,7 +37,10 @@ private:
     Notice *m_noZebra, *m_outcome;
     FormRow *m_noZebraRow, *m_outcomeRow;
     QCheckBox *m_showAll, *m_rotate;
+    TextLabel *m_scaleName, *m_scaleState, *m_weight;
+    Notice *m_settling;
     Follower m_follower;
+    Follower m_scale;
 };
 
 } // namespace parcelory

@@ -84,7 +84,7 @@ SettingsView::SettingsView(AppState &app, SettingsScreen &settings, KeysScreen &
     // In the order of Page.
     add(u"Sender Profiles"_s, u"ui_sender"_s, new SenderProfilesPage(app, settings));
     add(u"Custom Boxes"_s, u"popup_package"_s, new CustomBoxesPage(app, settings));
-    add(u"Printers"_s, u"ui_printer"_s, new PrintersPage(settings));
+    add(u"Printers & Scale"_s, u"ui_printer"_s, new PrintersPage(app, settings));
     add(u"Carrier API Keys"_s, u"ui_key"_s, new ApiKeysPage(keys));
     orderTabsByLayout(this);
     connect(m_sections, &QListWidget::currentRowChanged, m_pages, &QStackedWidget::setCurrentIndex);

@@ -213,6 +213,19 @@ void Theme::drawControl(ControlElement element, const QStyleOption *option, QPai
 void Theme::drawComplexControl(ComplexControl control, const QStyleOptionComplex *option, QPainter *painter,
                                const QWidget *widget) const
 {
+    if (control == CC_ScrollBar) {
+        const auto *bar = qstyleoption_cast<const QStyleOptionSlider *>(option);
+        painter->fillRect(option->rect, tokens().panel);
+        const bool across = bar && bar->orientation == Qt::Horizontal;
+        const QRect handle = proxy()->subControlRect(control, option, SC_ScrollBarSlider, widget);
+        painter->save();
+        painter->setRenderHint(QPainter::Antialiasing);
+        painter->setPen(Qt::NoPen);
+        painter->setBrush(has(*option, State_MouseOver) ? tokens().control : tokens().button);
+        painter->drawRoundedRect(across ? handle.adjusted(1, 3, -1, -3) : handle.adjusted(3, 1, -3, -1), 3, 3);
+        painter->restore();
+        return;
+    }
     if (control != CC_ComboBox) {
         QProxyStyle::drawComplexControl(control, option, painter, widget);
         return;
@@ -229,6 +242,8 @@ void Theme::drawComplexControl(ComplexControl control, const QStyleOptionComplex
 QRect Theme::subControlRect(ComplexControl control, const QStyleOptionComplex *option, SubControl part,
                             const QWidget *widget) const
 {
+    if (control == CC_ScrollBar && (part == SC_ScrollBarAddLine || part == SC_ScrollBarSubLine))
+        return {}; // no arrows
     if (control != CC_ComboBox)
         return QProxyStyle::subControlRect(control, option, part, widget);
     const QRect r = option->rect;

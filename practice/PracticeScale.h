@@ -1,0 +1,45 @@
+#pragma once
+
+#include "core/ports/Clock.h"
+#include "core/ports/HidSource.h"
+#include "devices/ScaleReport.h"
+
+#include <optional>
+
+namespace parcelory {
+
+/// A scale on the practice desk: it carries what the clerk says it does, and speaks as a real one.
+class PracticeScale : public HidSource {
+public:
+    static constexpr double capacity = 70 * 16; ///< ounces
+    static constexpr std::chrono::milliseconds settling{700};
+
+    explicit PracticeScale(Clock &clock) : m_clock(clock) {}
+    ~PracticeScale() override { stop(); }
+
+    void start(Listener listener) override;
+    void stop() override;
+
+    /// Takes off what is on the plate and puts a parcel of this weight on it, 0 for nothing. More than the capacity is
+    /// an overload.
+    void put(double ounces);
+    void plug();
+    void unplug();
+    bool isPlugged() const { return m_plugged; }
+    double ounces() const { return m_ounces; }
+
+private:
+    void attach();
+    void send(ScaleStatus status, double ounces);
+    void sendSettled();
+    void cancelSettling();
+
+    Clock &m_clock;
+    Listener m_listener;
+    bool m_plugged = true;
+    int m_device = 0;
+    double m_ounces = 0;
+    std::optional<quint64> m_settling;
+};
+
+} // namespace parcelory

@@ -1,0 +1,183 @@
+#include "devices/ScanWedgeListener.h"
+
+#include <algorithm>
+
+namespace parcelory {
+
+ScanWedgeListener::ScanWedgeListener(Keyboard &keyboard, Clock &clock, const QString &linkHost)
+    : m_keyboard(keyboard), m_clock(clock), m_burst(linkHost)
+{
+}
+
+ScanWedgeListener::~ScanWedgeListener()
+{
+    stop();
+}
+
+void ScanWedgeListener::start()
+{
+    if (std::exchange(m_listening, true))
+        return;
+    m_keyboard.listen([this](const KeyPress &key) { return handle(key); });
+}
+
+void ScanWedgeListener::stop()
+{
+    if (!std::exchange(m_listening, false))
+        return;
+    m_keyboard.listen({});
+    cancelTimers();
+}
+
+KeyVerdict ScanWedgeListener::handle(const KeyPress &key)
+{
+    if (key.isRepeat) // a scanner presses and lets go
+        return pass();
+    const bool isEnd = key.isReturn || key.isTab || key.text.contains(u'\r') || key.text.contains(u'\n');
+    // CR-LF, or a suffix of several keys: the code before it has been understood already.
+    if (isEnd && key.time - m_machineEnded < ScanBurst::scannerGap && key.time >= m_machineEnded) {
+        m_machineEnded = key.time;
+        return KeyVerdict::swallow;
+    }
+    const bool machine = m_burst.wasFast();
+    const bool fast = m_burst.beat(key.time);
+    if (m_burst.beganRun() && m_held)
+        endRun(machine);
+    if (isEnd)
+        return handleEnd(key, fast);
+    if (!key.withCommand && ScanBurst::isBufferable(key.text))
+        return handleText(key, fast);
+    // A blank in a code must not press the button that has the focus.
+    const bool hold = fast && !m_keyboard.inTextField() && !key.withCommand && !key.text.isEmpty();
+    return hold ? keep() : pass();
+}
+
+KeyVerdict ScanWedgeListener::keep()
+{
+    m_held = true;
+    armTimers();
+    return KeyVerdict::hold;
+}
+
+/// Whoever typed has paused for longer than a scanner would: a person gets the keys that were kept back, a machine's
+/// are forgotten.
+void ScanWedgeListener::endRun(bool machine)
+{
+    if (!machine) {
+        pass();
+        return;
+    }
+    m_held = false;
+    m_keyboard.dropHeld();
+    m_keyboard.restoreField();
+}
+
+/// Lets a key go its way, after those that were pressed before it.
+KeyVerdict ScanWedgeListener::pass()
+{
+    if (std::exchange(m_held, false))
+        m_keyboard.releaseHeld();
+    return KeyVerdict::deliver;
+}
+
+KeyVerdict ScanWedgeListener::handleEnd(const KeyPress &key, bool fast)
+{
+    if (key.isTab && !m_burst.holdsLink() && !m_burst.wasFast())
+        return pass(); // a person goes on to the next field
+    switch (finishBurst()) {
+    case Ending::scan:
+    case Ending::machine:
+        m_machineEnded = key.time;
+        return KeyVerdict::swallow;
+    case Ending::person:
+        break;
+    }
+    return fast && !m_keyboard.inTextField() ? KeyVerdict::swallow : KeyVerdict::deliver;
+}
+
+KeyVerdict ScanWedgeListener::handleText(const KeyPress &key, bool fast)
+{
+    if (m_burst.beganRun())
+        m_keyboard.markField();
+    m_burst.add(key.text);
+    if (fast || !m_keyboard.inTextField())
+        return keep();
+    armTimers();
+    return pass();
+}
+
+void ScanWedgeListener::armTimers()
+{
+    cancelTimers();
+    if (m_burst.holdsLink()) {
+        // The second, empty wait lets keys in that queued up while the program was busy.
+        m_finish = m_clock.after(finishDelay, [this] {
+            m_finish = m_clock.after(Clock::Duration(0), [this] {
+                m_finish.reset();
+                finishBurst();
+            });
+        });
+    } else {
+        // A machine is given time for its Return.
+        const bool machine = m_burst.wasFast();
+        m_release = m_clock.after(machine ? finishDelay : ScanBurst::scannerGap, [this, machine] {
+            m_release.reset();
+            endRun(machine);
+        });
+    }
+}
+
+void ScanWedgeListener::cancelTimers()
+{
+    for (std::optional<quint64> *timer : {&m_finish, &m_release}) {
+        if (*timer)
+            m_clock.cancel(**timer);
+        timer->reset();
+    }
+}
+
+/// Decides what the run was.
+ScanWedgeListener::Ending ScanWedgeListener::finishBurst()
+{
+    cancelTimers();
+    const QString text = m_burst.text();
+    const bool fast = m_burst.wasFast(), link = m_burst.holdsLink(), scanned = m_burst.scannedLink();
+    m_burst.clear();
+    if (link) {
+        if (scanned)
+            endRun(true);
+        else
+            scrubTypedText(text);
+        onScan(text);
+        return Ending::scan;
+    }
+    if (fast) {
+        endRun(true);
+        if (text.size() >= ScanBurst::fewestNoiseCharacters)
+            onNoise(text);
+        return Ending::machine;
+    }
+    pass();
+    return Ending::person;
+}
+
+/// Takes a link that a person typed out of the field again.
+void ScanWedgeListener::scrubTypedText(const QString &text)
+{
+    if (!m_keyboard.inTextField())
+        return;
+    pass(); // with the keys that are still kept back, the field holds all of it
+    const QString field = m_keyboard.fieldText();
+    if (const qsizetype at = field.lastIndexOf(text); at >= 0) {
+        m_keyboard.replaceInField(at, text.size(), {});
+        return;
+    }
+    for (qsizetype count = std::min(field.size(), text.size()); count > 0; --count) {
+        if (text.startsWith(QStringView(field).last(count))) {
+            m_keyboard.replaceInField(field.size() - count, count, {});
+            return;
+        }
+    }
+}
+
+} // namespace parcelory

@@ -1,0 +1,64 @@
+#pragma once
+
+#include "core/ports/HidSource.h"
+#include "devices/ScalePlate.h"
+
+#include <QHash>
+#include <QProperty>
+
+#include <vector>
+
+namespace parcelory {
+
+/// The USB postal scale. Found when it is plugged in, forgotten when it is unplugged; nothing is configured. Of several
+/// scales the one on which something was put last is the one that counts.
+class USBScale {
+public:
+    /// A settled weight on the plate.
+    struct Reading {
+        double ounces = 0;
+        quint64 generation = 0; ///< higher for everything put on later; the same while it may be the same parcel
+    };
+
+    explicit USBScale(HidSource &hid); ///< listens at once
+    ~USBScale();
+    USBScale(const USBScale &) = delete;
+
+    /// Begins to listen; does nothing the second time.
+    void start();
+
+    QProperty<bool> connected{false};
+    QProperty<bool> stable{false};           ///< by the last report; stays when the scale is unplugged
+    QProperty<std::optional<double>> ounces; ///< last usable weight, avoirdupois; none: unknown
+    QProperty<QString> deviceName;
+    QProperty<QString> fault; ///< why the scale cannot weigh, in the clerk's words; empty when it can
+
+    QString display() const;
+    /// The weight that a parcel may be sold on; none while the plate is empty or moving, or the scale cannot weigh.
+    std::optional<Reading> reading() const;
+
+private:
+    struct Device {
+        int number = 0;
+        QString name;
+        ScalePlate plate;
+        quint64 generation = 0;
+        std::optional<ScaleReport> last;
+    };
+
+    void attached(int number, const QString &product);
+    void removed(int number);
+    void reported(int number, const QByteArray &bytes);
+    void use(const Device &device);
+    void show(const ScaleReport &report);
+    const Device *inUse() const;
+
+    HidSource &m_hid;
+    bool m_started = false;
+    std::vector<Device> m_devices; ///< in the order in which they were plugged in
+    std::optional<int> m_inUse;
+    QHash<QString, Device> m_unplugged; ///< by name
+    quint64 m_generation = 0;
+};
+
+} // namespace parcelory

@@ -1,0 +1,57 @@
+#pragma once
+
+#include "core/ports/Keyboard.h"
+
+#include <QKeyEvent>
+#include <QList>
+#include <QObject>
+#include <QPointer>
+#include <QWidget>
+
+#include <memory>
+#include <optional>
+
+namespace parcelory {
+
+/// The keys of all the program's windows, and the text field in them that has the focus: of one line or several, a
+/// password, the text of a spin box or of an editable list.
+class WindowKeyboard : public QObject, public Keyboard {
+public:
+    using TimeOf = std::function<std::chrono::milliseconds(const QKeyEvent &)>;
+
+    /// When a key was pressed, by the system's own stamp: however long it waited in the queue.
+    static std::chrono::milliseconds stampedTime(const QKeyEvent &key);
+
+    explicit WindowKeyboard(TimeOf timeOf = stampedTime) : m_timeOf(std::move(timeOf)) {}
+    ~WindowKeyboard() override;
+
+    void listen(Handler handler) override;
+    bool inTextField() const override;
+    QString fieldText() const override;
+    void replaceInField(qsizetype position, qsizetype length, const QString &text) override;
+    void markField() override;
+    void restoreField() override;
+    void releaseHeld() override;
+    void dropHeld() override { m_held.clear(); }
+
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
+private:
+    struct Held {
+        QPointer<QWidget> target;
+        std::shared_ptr<QKeyEvent> key;
+    };
+    struct Mark {
+        QPointer<QWidget> field;
+        QString text;
+        int cursor = 0, anchor = 0;
+    };
+
+    TimeOf m_timeOf;
+    Handler m_handler;
+    QList<Held> m_held;
+    std::optional<Mark> m_mark;
+    bool m_releasing = false;
+};
+
+} // namespace parcelory

@@ -1,0 +1,169 @@
+#include "devices/CommercialInvoice.h"
+
+#include "core/AppError.h"
+#include "support/Printing.h"
+
+#include <gmock/gmock.h>
+
+#include <QGuiApplication>
+#include <QImage>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+
+#include <thread>
+
+namespace parcelory::test {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+int argc = 1;
+char programName[] = "invoice_tests", *argv[] = {programName, nullptr};
+
+/// An invoice of `value` dollars whose texts are all the same.
+CommercialInvoice::Data_ invoice(const QString &text, double value)
+{
+    CommercialInvoice::Data_ data{text, {}, text, QDate(2026, 3, 7), text, text, text, value, text, text};
+    data.recipient = {.name = text, .company = text, .street1 = text, .street2 = text, .city = text};
+    return data;
+}
+
+/// An invoice drawn on another thread than the main one, and read by other people's tools.
+struct Page {
+    explicit Page(const CommercialInvoice::Data_ &data)
+    {
+        static const QGuiApplication fonts(argc, argv); // only once the case without one is through
+        std::thread([&] {
+            QFile file(folder.filePath(u"page"_s));
+            if (file.open(QIODevice::WriteOnly))
+                file.write(CommercialInvoice::pdf(data, Deployment::builtIn()));
+        }).join();
+        static const QRegularExpression word(u"xMin=\"(.+)\" yMin=\"(.+)\" xMax=\"(.+)\" yMax=\"(.+)\">(.*)</word>"_s);
+        for (const auto &match : word.globalMatch(ask(u"pdftotext -bbox page -"_s))) {
+            const auto number = [&](int i) { return match.captured(i).toDouble(); };
+            words.append({match.captured(5), QRectF(QPointF(number(1), number(2)), QPointF(number(3), number(4)))});
+        }
+        text = ask(u"pdftotext -layout page -"_s).simplified();
+    }
+
+    QString ask(const QString &command) const
+    {
+        QProcess process;
+        process.setWorkingDirectory(folder.path());
+        process.startCommand(command);
+        EXPECT_TRUE(process.waitForFinished() && process.exitCode() == 0) << command.toStdString();
+        return QString::fromUtf8(process.readAllStandardOutput());
+    }
+
+    struct Word {
+        QString text;
+        QRectF box;
+    };
+    QTemporaryDir folder;
+    QList<Word> words;
+    QString text;
+};
+
+} // namespace
+
+TEST(CommercialInvoice, IsRefusedWithASentenceInAProgramWithoutFonts)
+{
+    const QCoreApplication app(argc, argv);
+    EXPECT_THROW(CommercialInvoice::pdf({}, Deployment::builtIn()), AppError);
+}
+
+TEST(CommercialInvoice, HasEveryTextAndRuleInItsPlaceOnOneLetterSheet)
+{
+    auto data = invoice(u"Coin"_s, 25);
+    data.recipient.country = u"uk"_s;
+    const Page page(data);
+    // Text, left edge (of amounts the right one), top, size.
+    const QString places =
+        u"Corvallon.com 60 70 26|Invoice 410 58 30|Invoice 60 175 11|Coin 150 175 11|Customer 60 225 11|"
+        "Bill 320 175 11|Coin 320 192 9|Coin 320 205 9|United 320 257 9|Date 70 305 10|Ship 320 305 10|"
+        "3/7/26 70 330 10|Coin 320 330 10|Quantity 70 385 10|Description 200 385 10|Total 540 385 10|"
+        "Coin 70 410 10|Coin 200 410 10|$25.00 540 410 10|HS 200 424 10|Coin 200 438 8|$25.00 540 470 10|"
+        "$0.00 540 488 10|$25.00 540 506 10|$25.00 540 524 10|$0.00 540 542 10|I 60 700 9|"
+        "Commercial 60 713 9"_s;
+    for (const QString &place : places.split(u'|')) {
+        const QStringList part = place.split(u' ');
+        const double edge = part[1].toDouble(), top = part[2].toDouble(), size = part[3].toDouble();
+        const double line = page.words.value(0).box.height() * size / 30; // the title comes first
+        EXPECT_TRUE(std::ranges::any_of(page.words, [&](const Page::Word &word) {
+            const double x = edge == 540 ? word.box.right() : word.box.left();
+            return word.text == part[0] && std::abs(x - edge) < 0.1 && std::abs(word.box.top() - top) < 0.1 &&
+                   std::abs(word.box.height() - line) < 0.1;
+        })) << place.toStdString();
+    }
+    const QString facts = page.ask(u"pdfinfo page"_s).simplified();
+    for (const char *fact : {"Title: Commercial Invoice Coin", "Creator: Parcelory", "Pages: 1 ", "612 x 792 pts"})
+        EXPECT_TRUE(facts.contains(QLatin1StringView(fact))) << facts.toStdString();
+    page.ask(u"pdftoppm -r 144 -png -singlefile page picture"_s);
+    const QImage picture(page.folder.filePath(u"picture.png"_s)); // a pixel is half a point
+    const std::pair<QPoint, QColor> areas[] = {
+        {{402, 52}, {26, 64, 153}}, {{70, 576}, {242, 242, 242}}, {{70, 302}, Qt::white}};
+    for (const auto &[at, colour] : areas)
+        EXPECT_EQ(picture.pixelColor(at * 2), colour) << at.y();
+    for (const int y : {300, 324, 380, 402, 460})
+        EXPECT_LT(qGray(picture.pixel(400, 2 * y - 1)) + qGray(picture.pixel(400, 2 * y)), 2 * 255 - 40) << y;
+}
+
+TEST(CommercialInvoice, SaysWhatCustomsAndAccountantsAskAndNothingWhereThereIsNothing)
+{
+    auto data = invoice(u"Coin"_s, 25);
+    const QString text = Page(data).text;
+    for (const char *said :
+         {"HS Code Coin", "Subtotal: $25.00 Shipping: $0.00 Total Due: $25.00 Paid: $25.00 Balance: $0.00",
+          "Currency US dollars (USD)", "origin United States Terms of sale DDU", "Name Coin"})
+        EXPECT_TRUE(text.contains(QLatin1StringView(said))) << said << " is not in " << text.toStdString();
+    data.extraLine = std::nullopt;
+    for (const Page::Word &word : Page(data).words)
+        EXPECT_TRUE(word.box.top() < 425 || word.box.top() > 461) << word.text.toStdString();
+}
+
+// A letter that no font has comes back from the page as nothing, or as another one.
+TEST(CommercialInvoice, DrawsEveryScriptSoThatASearchFindsIt)
+{
+    for (const char *utf8 :
+         {"Jürgen Łukasiewicz Ångström", "Jose\u0301 Núñez", "Ελληνική Εταιρεία", "Москва, ул. Большая",
+          "東京都 ひらがな カタカナ", "北京市朝阳区", "서울특별시", "office 12-34 10:30 (B)"}) {
+        const QString name = QString::fromUtf8(utf8);
+        const Page page(invoice(name, 1));
+        EXPECT_TRUE(page.text.contains(name.normalized(QString::NormalizationForm_C))) << page.text.toStdString();
+        for (const QString &font : page.ask(u"pdffonts page"_s).trimmed().split(u'\n').mid(2))
+            EXPECT_TRUE(font.contains(QRegularExpression(u" yes +(yes|no) +yes "_s))) << font.toStdString(); // embedded
+    }
+}
+
+TEST(CommercialInvoice, KeepsLongAndOddTextsInTheirBoxes)
+{
+    auto twoLong = invoice(u"Coin"_s, 25);
+    twoLong.recipient.company = u"Internationale Gesellschaft für Numismatik und Geldgeschichte mbH"_s;
+    twoLong.recipient.street1 = u"Donaudampfschifffahrtsgesellschaftskapitänsallee 128, Hinterhaus, 4. Stock"_s;
+    EXPECT_TRUE(Page(twoLong).text.contains(u"Stock"_s)); // made smaller rather than cut
+    for (const auto &data :
+         {twoLong, invoice(u"Line\x01\r\nbreak\t\u202E"_s, 1e5), invoice(u"word "_s.repeated(60), 1e7),
+          invoice(QString(500, u'W'), 1e9), invoice(u"長"_s.repeated(200), 1e20)}) {
+        const QList<Page::Word> words = Page(data).words;
+        ASSERT_GT(words.size(), 60);
+        for (const auto &[text, box] : words) {
+            EXPECT_TRUE(QRectF(59.9, 50, 492.2, 740).contains(box)) << text.toStdString();
+            if (box.left() > 319 && box.top() > 191 && box.top() < 299)
+                EXPECT_TRUE(QRectF(319.9, 190, 122.2, 109).contains(box)) << text.toStdString();
+            const auto letters = [](const QRectF &b) { return b.adjusted(0.2, b.height() / 5, -0.2, -b.height() / 5); };
+            for (const Page::Word &other : words)
+                EXPECT_TRUE(box == other.box || !letters(box).intersects(letters(other.box)))
+                    << text.toStdString() << " lies over " << other.text.toStdString();
+        }
+    }
+}
+
+} // namespace parcelory::test
+
+int main(int argc, char **argv) // the cases start their own kinds of application
+{
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    testing::InitGoogleMock(&argc, argv);
+    return RUN_ALL_TESTS();
+}

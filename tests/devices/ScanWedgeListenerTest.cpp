@@ -1,0 +1,221 @@
+#include "devices/ScanWedgeListener.h"
+#include "support/FakeClock.h"
+#include "support/Printing.h"
+
+#include <gmock/gmock.h>
+
+namespace parcelory::test {
+namespace {
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+/// A keyboard with one text field, whose cursor may stand anywhere.
+class FakeKeyboard : public Keyboard {
+public:
+    void listen(Handler wanted) override { handler = std::move(wanted); }
+    bool inTextField() const override { return focused; }
+    QString fieldText() const override { return text; }
+    void replaceInField(qsizetype position, qsizetype length, const QString &with) override
+    {
+        text.replace(position, length, with);
+        cursor = position + with.size();
+    }
+    void markField() override { marked = {text, cursor}; }
+    void restoreField() override
+    {
+        if (marked)
+            std::tie(text, cursor) = *marked;
+        marked.reset();
+    }
+    void releaseHeld() override
+    {
+        for (const QString &key : std::exchange(held, {}))
+            type(key);
+    }
+    void dropHeld() override { held.clear(); }
+    void type(const QString &key)
+    {
+        if (focused)
+            text.insert(std::exchange(cursor, cursor + key.size()), key);
+        else
+            pressed += key;
+    }
+
+    Handler handler;
+    bool focused = true;
+    QString text, pressed; ///< in the field; on whatever else has the focus
+    qsizetype cursor = 0;
+    QStringList held;
+    std::optional<std::pair<QString, qsizetype>> marked;
+};
+
+struct ScanDesk {
+    FakeKeyboard keyboard;
+    FakeClock clock;
+    ScanWedgeListener listener{keyboard, clock, u"go.corvallon.example"_s};
+    QStringList scans, noises;
+
+    ScanDesk()
+    {
+        listener.onScan = [this](const QString &text) { scans += text; };
+        listener.onNoise = [this](const QString &text) { noises += text; };
+        listener.start();
+    }
+    KeyVerdict press(KeyPress key, std::chrono::milliseconds after)
+    {
+        clock.advance(after);
+        key.time = clock.elapsed() + 10s;
+        const KeyVerdict verdict = keyboard.handler(key);
+        if (verdict == KeyVerdict::hold)
+            keyboard.held += key.text;
+        if (verdict == KeyVerdict::deliver && !key.text.isEmpty() && key.text != u"\r" && key.text != u"\t")
+            keyboard.type(key.text);
+        return verdict;
+    }
+    void type(const QString &text, std::chrono::milliseconds spacing)
+    {
+        for (const QChar letter : text)
+            press({.text = letter}, spacing);
+    }
+    KeyVerdict pressReturn(std::chrono::milliseconds after)
+    {
+        return press({.text = u"\r"_s, .isReturn = true}, after);
+    }
+    KeyVerdict pressTab(std::chrono::milliseconds after) { return press({.text = u"\t"_s, .isTab = true}, after); }
+};
+
+const QString link = u"https://GO.Corvallon.example/i48213"_s;
+
+TEST(ScanWedgeListener, AScanIsHeardWholeAndLeavesTheFieldAsItWas)
+{
+    enum class End { none, enter, tab, crlf };
+    for (const auto spacing : {3ms, 10ms, 30ms, 49ms, 55ms, 60ms}) {
+        for (const End end : {End::none, End::enter, End::tab, End::crlf}) {
+            for (const bool focused : {true, false}) {
+                ScanDesk desk;
+                desk.keyboard.focused = focused;
+                desk.keyboard.text = u"Eleanor htWhitfield"_s; // what follows the cursor looks like a code's beginning
+                desk.keyboard.cursor = 8;
+                desk.clock.advance(2s);
+                desk.type(link, spacing);
+                if (end == End::tab)
+                    EXPECT_EQ(desk.pressTab(spacing), KeyVerdict::swallow);
+                if (end == End::enter || end == End::crlf)
+                    EXPECT_EQ(desk.pressReturn(spacing), KeyVerdict::swallow);
+                if (end == End::crlf)
+                    EXPECT_EQ(desk.press({.text = u"\n"_s, .withCommand = true}, spacing), KeyVerdict::swallow);
+                desk.clock.advance(300ms);
+                EXPECT_THAT(desk.scans, ElementsAre(link)) << spacing.count();
+                EXPECT_EQ(desk.keyboard.text, u"Eleanor htWhitfield") << spacing.count();
+                EXPECT_EQ(desk.keyboard.cursor, 8);
+                EXPECT_EQ(desk.keyboard.pressed, QString());
+                EXPECT_THAT(desk.noises, IsEmpty());
+            }
+        }
+    }
+}
+
+TEST(ScanWedgeListener, AnUnevenScanAfterAPersonsKeysLeavesThoseKeys)
+{
+    ScanDesk desk;
+    desk.type(u"Jo"_s, 120ms);
+    desk.clock.advance(200ms);
+    int turn = 0;
+    for (const QChar letter : link)
+        desk.press({.text = letter}, std::chrono::milliseconds(3 + (turn++ * 23) % 58));
+    desk.clock.advance(300ms);
+    ASSERT_EQ(desk.scans.size(), 1);
+    EXPECT_TRUE(desk.scans.first().endsWith(link));
+    EXPECT_EQ(desk.keyboard.text, u"Jo");
+}
+
+TEST(ScanWedgeListener, NoKeyOfAPersonIsLostOrChangesItsPlace)
+{
+    for (const bool focused : {true, false}) {
+        ScanDesk desk;
+        desk.keyboard.focused = focused;
+        QString typed;
+        int turn = 0;
+        for (const QChar letter : u"The quick brown fox, 12 dogs & 3 foxes – Zoë"_s) {
+            // Runs of up to four keys that overlap, then a breath.
+            const auto after = turn++ % 5 == 4 ? 140ms : std::chrono::milliseconds(30 + turn % 20);
+            desk.press({.text = letter}, after);
+            typed += letter;
+        }
+        desk.press({.text = {}, .withCommand = true}, 20ms);
+        desk.clock.advance(100ms);
+        EXPECT_EQ(focused ? desk.keyboard.text : desk.keyboard.pressed, typed);
+        EXPECT_THAT(desk.scans + desk.noises, IsEmpty());
+    }
+    ScanDesk desk; // a quick word and Return: the word first
+    desk.type(u"ok"_s, 35ms);
+    EXPECT_EQ(desk.pressReturn(35ms), KeyVerdict::deliver);
+    EXPECT_EQ(desk.keyboard.text, u"ok");
+    for (int repeat = 0; repeat < 30; ++repeat) // a key held down
+        desk.press({.text = u"x"_s, .isRepeat = true}, 30ms);
+    EXPECT_EQ(desk.keyboard.text, u"ok"_s + QString(30, u'x'));
+}
+
+TEST(ScanWedgeListener, ALinkTypedByHandCountsWhenItsWriterPauses)
+{
+    ScanDesk desk;
+    desk.keyboard.text = u"see "_s;
+    desk.keyboard.cursor = 4;
+    desk.type(u"go.corvallon.example/i12"_s, 150ms);
+    EXPECT_EQ(desk.keyboard.text, u"see go.corvallon.example/i12");
+    EXPECT_THAT(desk.scans, IsEmpty());
+    desk.clock.advance(251ms);
+    EXPECT_THAT(desk.scans, ElementsAre(u"go.corvallon.example/i12"));
+    EXPECT_EQ(desk.keyboard.text, u"see ");
+}
+
+TEST(ScanWedgeListener, TellsNoiseByItsLengthAndSpeed)
+{
+    const struct {
+        int keys;
+        std::chrono::milliseconds spacing;
+        bool heard, stays;
+    } cases[] = {{12, 10ms, true, false}, {10, 49ms, true, false}, {9, 10ms, false, false},
+                 {8, 10ms, false, false}, {7, 10ms, false, true},  {12, 60ms, false, true}};
+    for (const auto &one : cases) {
+        ScanDesk desk;
+        desk.clock.advance(1s);
+        desk.type(QString(one.keys, u'7'), one.spacing);
+        desk.pressReturn(10ms);
+        desk.clock.advance(1s);
+        EXPECT_EQ(!desk.noises.isEmpty(), one.heard) << one.keys;
+        EXPECT_EQ(desk.keyboard.text, one.stays ? QString(one.keys, u'7') : QString()) << one.keys;
+    }
+    ScanDesk desk; // far more than any code holds, junk around a code, and a code without an end
+    desk.type(QString(500, u'8') + link, 5ms);
+    desk.pressReturn(5ms);
+    ASSERT_EQ(desk.scans.size(), 1);
+    EXPECT_EQ(desk.scans.first().size(), ScanBurst::mostCharacters);
+    EXPECT_TRUE(desk.scans.first().endsWith(link));
+    desk.clock.advance(1s);
+    desk.type(QString(12, u'9'), 5ms);
+    desk.clock.advance(1s);
+    EXPECT_THAT(desk.noises, IsEmpty()); // abandoned
+    EXPECT_EQ(desk.keyboard.text, QString());
+    desk.type(u"1"_s, 100ms);
+    EXPECT_EQ(desk.keyboard.text, u"1");
+}
+
+TEST(ScanWedgeListener, OnlyCharactersOfACodeAreKept)
+{
+    ScanDesk desk;
+    desk.keyboard.focused = false;
+    EXPECT_EQ(desk.press({.text = u" "_s}, 1s), KeyVerdict::deliver);
+    EXPECT_EQ(desk.press({.text = u"\x01"_s, .withCommand = true}, 5ms), KeyVerdict::deliver);
+    EXPECT_EQ(desk.press({.text = u"\x1b"_s}, 5ms), KeyVerdict::deliver);
+    EXPECT_EQ(desk.press({.text = u"a"_s}, 5ms), KeyVerdict::hold);
+    EXPECT_EQ(desk.press({.text = u" "_s}, 5ms), KeyVerdict::hold) << "it would press the button with the focus";
+    EXPECT_EQ(desk.pressReturn(5ms), KeyVerdict::swallow);
+    desk.listener.stop();
+    EXPECT_FALSE(desk.keyboard.handler);
+}
+
+} // namespace
+} // namespace parcelory::test

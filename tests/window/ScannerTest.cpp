@@ -1,0 +1,107 @@
+#include "support/WindowDesk.h"
+
+#include <QPlainTextEdit>
+#include <QSpinBox>
+#include <QVBoxLayout>
+
+#include <gmock/gmock.h>
+
+// The scanner as it reaches a window: key presses at a scanner's speed.
+
+namespace parcelory::test {
+namespace {
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+struct ScannerDesk : WindowDesk {
+    void typeAt(std::chrono::milliseconds spacing, const QString &text, QWidget *top)
+    {
+        for (const QChar letter : text) {
+            clock.advance(spacing);
+            QTest::keyClick(top->windowHandle(), letter.toLatin1());
+        }
+    }
+    void pressReturn(QWidget *top)
+    {
+        clock.advance(8ms);
+        QTest::keyClick(top->windowHandle(), Qt::Key_Return);
+        settleAll();
+    }
+    void scan(QWidget *top)
+    {
+        clock.advance(1s);
+        typeAt(8ms, u"https://"_s + world.deployment.shortLinkHost.toUpper() + u"/i48213"_s, top);
+        pressReturn(top);
+    }
+};
+
+TEST(Scanner, LeavesEveryKindOfFieldAsItWas)
+{
+    ScannerDesk desk;
+    QWidget other;
+    auto *rows = new QVBoxLayout(&other);
+    auto *line = new QLineEdit(u"Eleanor"_s), *password = new QLineEdit(u"secret"_s);
+    auto *text = new QPlainTextEdit(u"two\nlines"_s);
+    auto *spin = new QSpinBox;
+    auto *button = new QPushButton(u"Buy"_s);
+    password->setEchoMode(QLineEdit::Password);
+    spin->setRange(0, 100000);
+    spin->setValue(12);
+    int pressed = 0, edited = 0;
+    QObject::connect(button, &QPushButton::clicked, [&] { ++pressed; });
+    QObject::connect(line, &QLineEdit::textEdited, [&] { ++edited; });
+    for (QWidget *field : {static_cast<QWidget *>(line), static_cast<QWidget *>(password), static_cast<QWidget *>(text),
+                           static_cast<QWidget *>(spin), static_cast<QWidget *>(button)})
+        rows->addWidget(field);
+    other.show();
+    other.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&other));
+    line->setFocus();
+    line->setSelection(0, 4); // the first key of a code replaces what is selected
+    for (QWidget *field : {static_cast<QWidget *>(line), static_cast<QWidget *>(password), static_cast<QWidget *>(text),
+                           static_cast<QWidget *>(spin), static_cast<QWidget *>(button)}) {
+        field->setFocus();
+        desk.app().scanStatus = QString();
+        desk.scan(&other);
+        EXPECT_EQ(desk.app().scanStatus.value(), u"Invoice 48213 scanned.") << field->metaObject()->className();
+        if (field == line)
+            EXPECT_EQ(line->selectedText(), u"Elea");
+        EXPECT_EQ(line->text() + password->text() + text->toPlainText() + spin->text(), u"Eleanorsecrettwo\nlines12");
+    }
+    EXPECT_EQ(pressed, 0);
+    EXPECT_GT(edited, 0); // whoever follows the field knows its text
+
+    line->setFocus();
+    line->clear();
+    desk.clock.advance(1s);
+    for (const QString &word : {u"Whit"_s, u"field"_s}) { // a quick typist's overlapping keys
+        desk.typeAt(35ms, word, &other);
+        desk.clock.advance(150ms);
+    }
+    EXPECT_EQ(line->text(), u"Whitfield");
+}
+
+TEST(Scanner, IsHeardInTheProgramsOwnWindowWhateverHasTheFocus)
+{
+    ScannerDesk desk;
+    desk.composeAndRate(homeAddress());
+    Button *buy = desk.button(u"Buy & Print Label"_s);
+    buy->setFocus();
+    desk.scan(&desk.window());
+    EXPECT_EQ(desk.app().scanStatus.value(), u"Invoice 48213 scanned.");
+    desk.clock.advance(1s);
+    desk.typeAt(8ms, u"0123456789 01"_s, &desk.window()); // noise with a blank, which presses buttons
+    desk.pressReturn(&desk.window());
+    EXPECT_TRUE(desk.app().scanStatus.value().startsWith(u"Scanner heard “0123456789"_s));
+    EXPECT_EQ(desk.purchases(), 0);
+    ASSERT_TRUE(desk.label().selectedRate());
+
+    desk.press(Qt::Key_L, Qt::ControlModifier);
+    desk.type(u"Zoe"_s);
+    EXPECT_EQ(desk.app().draftTo.value().name, u"Zoe");
+    desk.scan(&desk.window());
+    EXPECT_EQ(desk.app().draftTo.value().name, u"Zoe");
+}
+
+} // namespace
+} // namespace parcelory::test
