@@ -69,8 +69,8 @@ void PracticeScale::send(ScaleStatus status, double ounces)
     if (!m_plugged || !m_listener.report)
         return;
     const int tenths = qRound(ounces * 10);
-    const char bytes[] = {3,  static_cast<char>(status),        11,
-                          -1, static_cast<char>(tenths & 0xFF), static_cast<char>(tenths >> 8)};
+    const char bytes[] = {3,      static_cast<char>(status),        11,
+                          '\xFF', static_cast<char>(tenths & 0xFF), static_cast<char>(tenths >> 8)};
     m_listener.report(m_device, QByteArray(bytes, sizeof bytes));
 }
 

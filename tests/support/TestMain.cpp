@@ -2,13 +2,15 @@
 
 #include <gmock/gmock.h>
 
-#include <QCoreApplication>
+#include <QGuiApplication>
 #include <QStandardPaths>
 
 int main(int argc, char **argv)
 {
     QStandardPaths::setTestModeEnabled(true);
     testing::InitGoogleMock(&argc, argv);
-    QCoreApplication app(argc, argv);
+    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    QGuiApplication app(argc, argv); // documents are drawn with the fonts of one
     return RUN_ALL_TESTS();
 }
