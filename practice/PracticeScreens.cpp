@@ -241,7 +241,8 @@ Task<> Gallery::drawPractice()
 {
     co_await save(u"sign-in"_s);
     app().flow = AppFlow::main;
-    co_await until([this] { return !m_program.screens().keys.statusText.value().isEmpty(); });
+    m_desk.scale().put(17.3);
+    co_await until([this] { return app().scale.reading() && !m_program.screens().keys.statusText.value().isEmpty(); });
     co_await drawComposing();
     co_await drawDialogs();
     co_await drawAbroad();
@@ -254,7 +255,8 @@ Task<> Gallery::drawPractice()
 Task<> Gallery::drawMode(QString name)
 {
     app().flow = AppFlow::main;
-    co_await until([this] { return !m_program.screens().keys.statusText.value().isEmpty(); });
+    m_desk.scale().put(17.3);
+    co_await until([this] { return app().scale.reading() && !m_program.screens().keys.statusText.value().isEmpty(); });
     compose(practiceRecipient());
     co_await label().validate();
     co_await save(u"new-label-"_s + name);

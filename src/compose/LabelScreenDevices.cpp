@@ -32,7 +32,8 @@ bool LabelScreen::takeWeight()
         return false;
     const auto [pounds, ounces] = inPounds(reading->ounces);
     weightLb = fixed(pounds, 0);
-    weightOz = shortest(ounces, 1);
+    weightOz = shortest(ounces, 2);  // a scale set to grams crosses a rate's step by a hundredth
+    m_weighed = reading->generation; // after the fields, whose change forgets it
     return true;
 }
 

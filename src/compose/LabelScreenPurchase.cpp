@@ -52,7 +52,7 @@ LabelScreen::Purchase LabelScreen::preparePurchase(const ShippoRate &rate) const
                       .from = senderForCarrier(),
                       .to = m_app.draftTo,
                       .edits = m_edits,
-                      .weighed = m_app.scale.reading().value_or(USBScale::Reading{}).generation,
+                      .weighed = m_weighed.value_or(m_app.scale.reading().value_or(USBScale::Reading{}).generation),
                       .invoice = {},
                       .record = {}};
     purchase.to.company = m_app.sanitizer.sanitize(purchase.to.company);

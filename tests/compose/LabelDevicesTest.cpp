@@ -58,8 +58,12 @@ TEST_F(LabelDevicesTest, WeighsOnlyWhatIsSteadyAndNotSoldYet)
     EXPECT_EQ(weigh(), QString());
     EXPECT_EQ(weight(), u"1/1.3"_s);
 
-    composeAndRate(homeAddress());
+    app->draftTo = homeAddress();
+    screen().mailpiece = PresetMailpiece{u"uline-s-5148"_s};
+    run(screen().fetchRates());
+    report(3, 180); // a hand on the parcel while Buy is pressed
     run(screen().buyAndPrint());
+    report(4, 173);
     ASSERT_EQ(app->log.records().size(), 1) << banner().toStdString();
     EXPECT_EQ(weight(), u"/"_s);
     EXPECT_TRUE(weigh().startsWith(u"This is still the last package's weight"_s));

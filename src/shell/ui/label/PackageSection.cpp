@@ -52,16 +52,12 @@ void PackageSection::refreshScale()
     const USBScale &scale = m_app.scale;
     const QString fault = scale.fault;
     m_weigh->setEnabled(scale.connected && !m_screen.busy);
-    m_reading->setText(scale.connected ? u"Scale "_s + scale.display() : u"No scale detected"_s);
-    m_reading->setInk(scale.connected ? &Tokens::text : &Tokens::muted);
-    m_settling->setVisible(scale.connected);
-    if (!fault.isEmpty()) {
-        m_settling->setText(fault);
-        m_settling->setInk(&Tokens::warn);
-    } else {
-        m_settling->setText(scale.stable ? u"✓ steady"_s : u"moving…"_s);
-        m_settling->setInk(scale.stable ? &Tokens::ok : &Tokens::muted);
-    }
+    const bool faulty = scale.connected && !fault.isEmpty(); // the weight shown before says nothing then
+    m_reading->setText(!scale.connected ? u"No scale detected"_s : faulty ? fault : u"Scale "_s + scale.display());
+    m_reading->setInk(!scale.connected ? &Tokens::muted : faulty ? &Tokens::warn : &Tokens::text);
+    m_settling->setVisible(scale.connected && !faulty && scale.ounces.value().has_value());
+    m_settling->setText(scale.stable ? u"✓ steady"_s : u"moving…"_s);
+    m_settling->setInk(scale.stable ? &Tokens::ok : &Tokens::muted);
 }
 
 void PackageSection::refresh()

@@ -89,7 +89,8 @@ void PrintersPage::appendScale()
     card->addWidget(new IconView(u"ui_scale"_s, 20));
     card->addLayout(words, 1);
     card->addWidget(m_weight);
-    card->addWidget(m_settling);
+    card->addWidget(m_settling, 0, Qt::AlignVCenter);
+    m_settling->setUnwrapped();
     column(appendCard())->addLayout(card);
 }
 
@@ -101,20 +102,18 @@ void PrintersPage::refreshScale()
     m_scaleState->setText(scale.connected ? u"Connected · reading settles before it is used"_s
                                           : u"No HID scale detected. Plug in the USB scale and it will appear here "
                                             "automatically."_s);
+    const bool faulty = scale.connected && !fault.isEmpty(); // the weight shown before says nothing then
+    const bool weighs = scale.connected && !faulty && scale.ounces.value().has_value();
     m_weight->setText(scale.display());
-    m_weight->setVisible(scale.connected);
-    m_settling->setVisible(scale.connected);
-    m_settling->setUnwrapped();
-    if (!fault.isEmpty()) {
-        m_settling->setLook(u"ui_warning"_s, &Tokens::warn);
-        m_settling->setText(fault);
-    } else {
-        m_settling->setLook(scale.stable ? u"ui_check"_s : u"ui_pending"_s,
-                            scale.stable ? &Tokens::ok : &Tokens::muted);
-        m_settling->setText(scale.stable ? u"steady"_s : u"moving…"_s);
-    }
-    if (!scale.connected)
-        m_settling->setVisible(false);
+    m_weight->setVisible(scale.connected && !faulty);
+    m_settling->setLook(faulty         ? u"ui_warning"_s
+                        : scale.stable ? u"ui_check"_s
+                                       : u"ui_pending"_s,
+                        faulty         ? &Tokens::warn
+                        : scale.stable ? &Tokens::ok
+                                       : &Tokens::muted);
+    const QString settling = scale.stable ? u"steady"_s : u"moving…"_s;
+    m_settling->setText(faulty ? fault : weighs ? settling : QString());
 }
 
 void PrintersPage::showEvent(QShowEvent *event)
