@@ -217,9 +217,9 @@ private:
     Task<bool> logPurchase(ShipmentRecord record);
 
     AppState &m_app;
-    int m_edits = 0;          ///< counts edits that a price depends on
+    int m_edits = 0;                  ///< counts edits that a price depends on
     std::optional<quint64> m_weighed; ///< generation of the reading that stands in the weight fields
-    quint64 m_soldWeight = 0; ///< generation of the scale's reading that the last label was bought with
+    quint64 m_soldWeight = 0;         ///< generation of the scale's reading that the last label was bought with
     bool m_sizeFromBox = false;
     bool m_purchaseComplete = false;
     bool m_bannerAboutRates = false; ///< the banner goes with the rates that it is about
