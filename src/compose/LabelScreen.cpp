@@ -20,7 +20,6 @@ void LabelScreen::watchEdits()
     const auto watch = [this](auto action, auto &...property) {
         (m_notifiers.push_back(property.addNotifier(action)), ...);
     };
-    watch([this] { m_weighed.reset(); }, weightLb, weightOz);
     watch([this] { draftEdited(); }, m_app.keyChanges, m_app.senders.profiles, m_app.senders.defaultID, senderID,
           weightLb, weightOz, dimLength, dimWidth, dimHeight, service, insuranceValue, shipDate, fedexResidential);
     watch([this] { recipientEdited(); }, m_app.draftTo);

@@ -159,6 +159,12 @@ private:
         DraftField field;
     };
 
+    /// What of a draft belongs to one parcel only.
+    struct SoldDraft {
+        QString weightLb, weightOz, insuranceValue, reference, descriptionText;
+        CustomsInfo customs;
+    };
+
     /// A purchase with everything it needs, as it stood when the clerk pressed the button.
     struct Purchase {
         Carrier carrier;
@@ -166,7 +172,8 @@ private:
         ShippoAddress from;
         ShippoAddress to;
         int edits;       ///< m_edits at that moment
-        quint64 weighed; ///< what was on the scale
+        quint64 weighed; ///< whatever has been on the scale by then counts as sold
+        SoldDraft draft;
         CommercialInvoice::Data_ invoice;
         ShipmentRecord record;
     };
@@ -214,12 +221,12 @@ private:
     Task<Printed> printInvoice(CommercialInvoice::Data_ invoice, bool onPaper);
     CommercialInvoice::Data_ invoiceData(const QString &service) const;
     bool takeWeight();
+    void clearSold(const SoldDraft &sold);
     Task<bool> logPurchase(ShipmentRecord record);
 
     AppState &m_app;
-    int m_edits = 0;                  ///< counts edits that a price depends on
-    std::optional<quint64> m_weighed; ///< generation of the reading that stands in the weight fields
-    quint64 m_soldWeight = 0;         ///< generation of the scale's reading that the last label was bought with
+    int m_edits = 0;          ///< counts edits that a price depends on
+    quint64 m_soldWeight = 0; ///< generation of the scale's reading that the last label was bought with
     bool m_sizeFromBox = false;
     bool m_purchaseComplete = false;
     bool m_bannerAboutRates = false; ///< the banner goes with the rates that it is about

@@ -32,8 +32,7 @@ bool LabelScreen::takeWeight()
         return false;
     const auto [pounds, ounces] = inPounds(reading->ounces);
     weightLb = fixed(pounds, 0);
-    weightOz = shortest(ounces, 2);  // a scale set to grams crosses a rate's step by a hundredth
-    m_weighed = reading->generation; // after the fields, whose change forgets it
+    weightOz = shortest(ounces, 2); // a scale set to grams crosses a rate's step by a hundredth
     return true;
 }
 
@@ -81,7 +80,7 @@ Task<LabelScreen::Printed> LabelScreen::printInvoice(CommercialInvoice::Data_ in
             const bool sentToQueue = co_await printing;
             result.done = sentToQueue;
             result.note = sentToQueue
-                              ? u" Commercial invoice sent to "_s + queue + u'.'
+                              ? u"Commercial invoice sent to "_s + queue + u'.'
                               : u" (commercial invoice opened in Preview — set a document printer in Settings)"_s;
         }
     } catch (const AppError &error) {
@@ -98,9 +97,10 @@ Task<> LabelScreen::printIntlInvoice()
         co_return;
     busy = true;
     const auto done = qScopeGuard([this] { busy = false; });
-    const QString service = serviceClassInfo(effectiveClass()).displayName;
+    const QString service = carrierAndService(carrier, serviceClassInfo(effectiveClass()).displayName);
     const Printed printed = co_await printInvoice(invoiceData(service), true);
-    banner = Banner{printed.note.trimmed(), printed.done};
+    const QString said = printed.done ? printed.note : printed.note.mid(2).chopped(1); // without its parentheses
+    banner = Banner{said.left(1).toUpper() + said.mid(1), printed.done};
 }
 
 } // namespace parcelory

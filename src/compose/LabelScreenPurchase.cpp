@@ -21,13 +21,6 @@ QString recipientLine(const ShippoAddress &to, bool international)
     return joinPresent({to.name, to.company, to.oneLine(), country}, u", "_s).simplified();
 }
 
-/// "USPS Priority Mail", "FedEx 2Day": FedEx's own service names begin with its name already.
-QString carrierAndService(Carrier carrier, const QString &service)
-{
-    const QString &name = carrierInfo(carrier).displayName;
-    return service.startsWith(name) ? service : name + u' ' + service;
-}
-
 QString summaryOf(Carrier carrier, const ShippoAddress &to, const ShipmentRecord &record, const QString &amount)
 {
     const QString place = trimBlanks(to.city + u' ' + to.state);
@@ -52,7 +45,8 @@ LabelScreen::Purchase LabelScreen::preparePurchase(const ShippoRate &rate) const
                       .from = senderForCarrier(),
                       .to = m_app.draftTo,
                       .edits = m_edits,
-                      .weighed = m_weighed.value_or(m_app.scale.reading().value_or(USBScale::Reading{}).generation),
+                      .weighed = m_app.scale.generation(),
+                      .draft = {weightLb, weightOz, insuranceValue, reference, descriptionText, customs},
                       .invoice = {},
                       .record = {}};
     purchase.to.company = m_app.sanitizer.sanitize(purchase.to.company);
@@ -154,7 +148,8 @@ Task<> LabelScreen::finishPurchase(Purchase purchase, ShippoTransaction transact
         else
             papers = co_await printInvoice(purchase.invoice, printInvoiceWithRates);
         record.customsPDF = papers.document;
-        outcome += papers.note;
+        if (!papers.note.isEmpty())
+            outcome += papers.done ? u' ' + papers.note : papers.note;
         papersDone = papers.done;
     }
     const bool logged = co_await logPurchase(record);
@@ -163,7 +158,9 @@ Task<> LabelScreen::finishPurchase(Purchase purchase, ShippoTransaction transact
         outcome += u" (the mailing log could not be written — note the tracking number "_s + record.tracking + u')';
 
     m_app.lastShipmentSummary = summaryOf(purchase.carrier, purchase.to, record, purchase.rate.amount);
-    if (purchase.edits == m_edits) { // the clerk has not begun the next parcel yet
+    if (purchase.edits != m_edits) {
+        clearSold(purchase.draft);
+    } else { // the clerk has not begun the next parcel yet
         clearDraft();
         lastLabel = LastLabel{
             joinPresent({purchase.to.name, trimBlanks(purchase.to.city + u' ' + purchase.to.state)}, u" · "_s), record,
@@ -171,6 +168,23 @@ Task<> LabelScreen::finishPurchase(Purchase purchase, ShippoTransaction transact
     }
     banner = Banner{u"Success! %1 to %2, $%3"_s.arg(record.service, purchase.to.name, purchase.rate.amount) + outcome,
                     logged};
+}
+
+/// The clerk has begun the next parcel: what still stands there of the last one must not be sold again.
+void LabelScreen::clearSold(const SoldDraft &sold)
+{
+    if (weightLb.value() == sold.weightLb && weightOz.value() == sold.weightOz) {
+        weightLb = QString();
+        weightOz = QString();
+    }
+    const std::pair<QProperty<QString> *, QString> texts[] = {
+        {&insuranceValue, sold.insuranceValue}, {&reference, sold.reference}, {&descriptionText, sold.descriptionText}};
+    for (const auto &[field, text] : texts) {
+        if (field->value() == text)
+            *field = QString();
+    }
+    if (customs.value() == sold.customs)
+        customs = CustomsInfo{};
 }
 
 /// Fetches and prints the label. It is paid for by now, so nothing that fails here may stop it from being logged.
@@ -202,6 +216,8 @@ Task<LabelScreen::Printed> LabelScreen::printFedexInvoice(QString documentUrl)
     const QString queue = read(m_app.platform.preferences, settings::documentQueue);
     Printed result;
     try {
+        if (documentUrl.isEmpty())
+            throw AppError(u"the carrier named none"_s);
         const QByteArray document = co_await m_app.shippo.downloadLabel(documentUrl);
         if (labelKind(document) != LabelKind::pdf || !isWhole(document))
             throw AppError(u"what the carrier sent is not a complete PDF document"_s);

@@ -25,6 +25,12 @@ std::optional<Carrier> carrierFrom(const QString &rawValue)
     return found == carriers().end() ? std::nullopt : std::optional(found->carrier);
 }
 
+QString carrierAndService(Carrier carrier, const QString &service)
+{
+    const QString &name = carrierInfo(carrier).displayName;
+    return service.startsWith(name) ? service : name + u' ' + service;
+}
+
 const QList<ServiceClassInfo> &serviceClasses()
 {
     using enum ServiceClass;

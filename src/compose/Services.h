@@ -24,6 +24,9 @@ const QList<CarrierInfo> &carriers();
 const CarrierInfo &carrierInfo(Carrier carrier);
 std::optional<Carrier> carrierFrom(const QString &rawValue);
 
+/// "USPS Priority Mail", "FedEx 2Day": FedEx's own service names begin with its name already.
+QString carrierAndService(Carrier carrier, const QString &service);
+
 /// Raw value = the carrier API's service-level token.
 enum class ServiceClass {
     priority,

@@ -50,7 +50,8 @@ void AppState::fillRecipient(const PostalContact &contact)
 
 void AppState::handleInvoiceScan(const QString &code)
 {
-    static const QRegularExpression invoice(u"/i(\\d+)"_s, QRegularExpression::CaseInsensitiveOption);
+    const QString host = QRegularExpression::escape(platform.deployment.shortLinkHost);
+    const QRegularExpression invoice(host + u"/i(\\d+)"_s, QRegularExpression::CaseInsensitiveOption);
     scanStatus = u"Invoice %1 scanned."_s.arg(invoice.match(code).captured(1));
 }
 

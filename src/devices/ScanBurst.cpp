@@ -7,15 +7,16 @@ using namespace Qt::StringLiterals;
 
 ScanBurst::ScanBurst(const QString &linkHost) : m_link(u"(?i)%1/i\\d+"_s.arg(QRegularExpression::escape(linkHost))) {}
 
-bool ScanBurst::beat(Time now)
+bool ScanBurst::beat(Time now, bool isEnd)
 {
     const Time gap = now - m_lastKey;
     if (gap > burstGap || gap < Time(0)) { // a clock that was set back begins anew, too
         clear();
-        m_start = now;
-    } else if (gap > scannerGap) {
+        m_start = m_runBegan = now;
+    } else if (gap > scannerGap && !isEnd) {
         m_runStart = m_text.size();
         m_runKeys = 0;
+        m_runBegan = now;
     }
     m_lastKey = now;
     return m_keys > 0 && gap < fastKey;
@@ -38,14 +39,15 @@ void ScanBurst::clear()
     m_keys = 0;
     m_runKeys = 0;
     m_runStart = 0;
-    m_start = m_lastKey;
+    m_start = m_runBegan = m_lastKey;
 }
 
 bool ScanBurst::wasFast() const
 {
     if (m_runKeys < fewestFastKeys) // and so m_keys, which are never fewer
         return false;
-    return (m_lastKey - m_start) < fastKey * m_keys; // an average without a division
+    // Averages without a division: of all keys, or of those since whoever typed before has paused.
+    return m_lastKey - m_start < fastKey * m_keys || m_lastKey - m_runBegan < fastKey * m_runKeys;
 }
 
 bool ScanBurst::isBufferable(const QString &characters)

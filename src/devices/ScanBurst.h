@@ -21,8 +21,11 @@ public:
     /// `linkHost`: host of the invoice QR codes; a code is the host, "/i" and the invoice's digits.
     explicit ScanBurst(const QString &linkHost);
 
-    /// Notes that a key goes down; true when it follows a buffered key so closely that a person hardly can.
-    bool beat(Time now);
+    /// Notes that a key goes down; true when it follows a buffered key so closely that a person hardly can. A key that
+    /// ends a code belongs to the run before it, however late.
+    bool beat(Time now, bool isEnd = false);
+    /// A key at this moment would come later than a scanner's next.
+    bool pausedBy(Time now) const { return now - m_lastKey > scannerGap; }
     /// Takes the key's characters into the run.
     void add(const QString &characters);
     void clear();
@@ -46,7 +49,7 @@ private:
     qsizetype m_runStart = 0; ///< in m_text, after the last pause longer than scannerGap
     int m_keys = 0;
     int m_runKeys = 0; ///< those since m_runStart
-    Time m_lastKey{0}, m_start{0};
+    Time m_lastKey{0}, m_start{0}, m_runBegan{0};
 };
 
 } // namespace parcelory

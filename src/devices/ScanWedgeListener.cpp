@@ -25,8 +25,10 @@ void ScanWedgeListener::stop()
 {
     if (!std::exchange(m_listening, false))
         return;
+    cancelTimer();
+    pass();
+    m_burst.clear();
     m_keyboard.listen({});
-    cancelTimers();
 }
 
 KeyVerdict ScanWedgeListener::handle(const KeyPress &key)
@@ -35,27 +37,31 @@ KeyVerdict ScanWedgeListener::handle(const KeyPress &key)
         return pass();
     const bool isEnd = key.isReturn || key.isTab || key.text.contains(u'\r') || key.text.contains(u'\n');
     // CR-LF, or a suffix of several keys: the code before it has been understood already.
-    if (isEnd && key.time - m_machineEnded < ScanBurst::scannerGap && key.time >= m_machineEnded) {
+    if (isEnd && m_burst.keys() == 0 && key.time - m_machineEnded < ScanBurst::scannerGap &&
+        key.time >= m_machineEnded) {
         m_machineEnded = key.time;
         return KeyVerdict::swallow;
     }
-    const bool machine = m_burst.wasFast();
-    const bool fast = m_burst.beat(key.time);
-    if (m_burst.beganRun() && m_held)
+    if (!isEnd && m_burst.pausedBy(key.time) && m_burst.scannedLink())
+        finishBurst(); // what comes now is not part of that code
+    const bool machine = isNoise();
+    const bool fast = m_burst.beat(key.time, isEnd);
+    if (!isEnd && m_burst.beganRun() && m_held)
         endRun(machine);
     if (isEnd)
         return handleEnd(key, fast);
     if (!key.withCommand && ScanBurst::isBufferable(key.text))
         return handleText(key, fast);
     // A blank in a code must not press the button that has the focus.
-    const bool hold = fast && !m_keyboard.inTextField() && !key.withCommand && !key.text.isEmpty();
+    const bool inRun = m_burst.keys() > 0 && !m_burst.beganRun();
+    const bool hold = inRun && !m_keyboard.inTextField() && !key.withCommand && !key.text.isEmpty();
     return hold ? keep() : pass();
 }
 
 KeyVerdict ScanWedgeListener::keep()
 {
     m_held = true;
-    armTimers();
+    armTimer();
     return KeyVerdict::hold;
 }
 
@@ -102,44 +108,47 @@ KeyVerdict ScanWedgeListener::handleText(const KeyPress &key, bool fast)
     m_burst.add(key.text);
     if (fast || !m_keyboard.inTextField())
         return keep();
-    armTimers();
+    armTimer();
     return pass();
 }
 
-void ScanWedgeListener::armTimers()
+void ScanWedgeListener::armTimer()
 {
-    cancelTimers();
-    if (m_burst.holdsLink()) {
-        // The second, empty wait lets keys in that queued up while the program was busy.
-        m_finish = m_clock.after(finishDelay, [this] {
-            m_finish = m_clock.after(Clock::Duration(0), [this] {
-                m_finish.reset();
-                finishBurst();
-            });
-        });
-    } else {
-        // A machine is given time for its Return.
-        const bool machine = m_burst.wasFast();
-        m_release = m_clock.after(machine ? finishDelay : ScanBurst::scannerGap, [this, machine] {
-            m_release.reset();
-            endRun(machine);
-        });
-    }
+    cancelTimer();
+    const bool machine = m_burst.wasFast();
+    if (m_burst.holdsLink())
+        arm(finishDelay, [this] { finishBurst(); });
+    else // a machine is given time for its Return
+        arm(machine ? finishDelay : ScanBurst::scannerGap, [this] { endRun(isNoise()); });
 }
 
-void ScanWedgeListener::cancelTimers()
+/// Waits once more for no time at all: that lets keys in that queued up while the program was busy.
+void ScanWedgeListener::arm(Clock::Duration delay, std::function<void()> action)
 {
-    for (std::optional<quint64> *timer : {&m_finish, &m_release}) {
-        if (*timer)
-            m_clock.cancel(**timer);
-        timer->reset();
-    }
+    m_timer = m_clock.after(delay, [this, action = std::move(action)] {
+        m_timer = m_clock.after(Clock::Duration(0), [this, action] {
+            m_timer.reset();
+            action();
+        });
+    });
+}
+
+/// Enough of it to be no person's, and too much for a slip of the keyboard.
+bool ScanWedgeListener::isNoise() const
+{
+    return m_burst.wasFast() && m_burst.text().size() >= ScanBurst::fewestNoiseCharacters;
+}
+
+void ScanWedgeListener::cancelTimer()
+{
+    if (m_timer)
+        m_clock.cancel(*std::exchange(m_timer, std::nullopt));
 }
 
 /// Decides what the run was.
 ScanWedgeListener::Ending ScanWedgeListener::finishBurst()
 {
-    cancelTimers();
+    cancelTimer();
     const QString text = m_burst.text();
     const bool fast = m_burst.wasFast(), link = m_burst.holdsLink(), scanned = m_burst.scannedLink();
     m_burst.clear();
@@ -164,9 +173,9 @@ ScanWedgeListener::Ending ScanWedgeListener::finishBurst()
 /// Takes a link that a person typed out of the field again.
 void ScanWedgeListener::scrubTypedText(const QString &text)
 {
+    pass(); // with the keys that are still kept back, the field holds all of it
     if (!m_keyboard.inTextField())
         return;
-    pass(); // with the keys that are still kept back, the field holds all of it
     const QString field = m_keyboard.fieldText();
     if (const qsizetype at = field.lastIndexOf(text); at >= 0) {
         m_keyboard.replaceInField(at, text.size(), {});

@@ -37,8 +37,10 @@ private:
     void endRun(bool machine);
     Ending finishBurst();
     void scrubTypedText(const QString &text);
-    void armTimers();
-    void cancelTimers();
+    void armTimer();
+    void arm(Clock::Duration delay, std::function<void()> action);
+    void cancelTimer();
+    bool isNoise() const;
 
     Keyboard &m_keyboard;
     Clock &m_clock;
@@ -46,7 +48,7 @@ private:
     bool m_listening = false;
     bool m_held = false;                             ///< the keyboard keeps keys back
     std::chrono::milliseconds m_machineEnded{-1000}; ///< when a code ended; what its suffix still sends is swallowed
-    std::optional<quint64> m_finish, m_release;
+    std::optional<quint64> m_timer;                  ///< for the end of a run without an end key
 };
 
 } // namespace parcelory

@@ -36,6 +36,8 @@ public:
     QString display() const;
     /// The weight that a parcel may be sold on; none while the plate is empty or moving, or the scale cannot weigh.
     std::optional<Reading> reading() const;
+    /// The highest generation of any reading so far, of whatever scale.
+    quint64 generation() const { return m_generation; }
 
 private:
     struct Device {

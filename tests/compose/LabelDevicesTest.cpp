@@ -61,6 +61,7 @@ TEST_F(LabelDevicesTest, WeighsOnlyWhatIsSteadyAndNotSoldYet)
     app->draftTo = homeAddress();
     screen().mailpiece = PresetMailpiece{u"uline-s-5148"_s};
     run(screen().fetchRates());
+    put(173);       // taken off to be taped, and put back
     report(3, 180); // a hand on the parcel while Buy is pressed
     run(screen().buyAndPrint());
     report(4, 173);
@@ -71,6 +72,26 @@ TEST_F(LabelDevicesTest, WeighsOnlyWhatIsSteadyAndNotSoldYet)
     put(124);
     EXPECT_EQ(weigh(), QString());
     EXPECT_EQ(weight(), u"0/12.4"_s);
+}
+
+TEST_F(LabelDevicesTest, NothingOfASoldParcelIsLeftForTheNextOneThatIsBegunMeanwhile)
+{
+    composeAndRate(homeAddress());
+    screen().insuranceValue = u"412"_s;
+    run(screen().fetchRates());
+    screen().reference = u"48213"_s;
+    screen().descriptionText = u"Coins"_s;
+    Task<> buying = screen().buyAndPrint();
+    ShippoAddress next = homeAddress();
+    next.name = u"Ruth Abernathy"_s;
+    app->draftTo = next;
+    screen().descriptionText = u"Banknotes"_s;
+    run(std::move(buying));
+    ASSERT_EQ(app->log.records().size(), 1) << banner().toStdString();
+    EXPECT_EQ(weight(), u"/"_s);
+    EXPECT_EQ(screen().insuranceValue.value() + screen().reference.value(), QString());
+    EXPECT_EQ(screen().descriptionText.value(), u"Banknotes"_s);
+    EXPECT_EQ(app->draftTo.value().name, u"Ruth Abernathy"_s);
 }
 
 TEST_F(LabelDevicesTest, ValidationWeighsAParcelThatHasNoWeightYet)

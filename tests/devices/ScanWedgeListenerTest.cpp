@@ -158,6 +158,32 @@ TEST(ScanWedgeListener, NoKeyOfAPersonIsLostOrChangesItsPlace)
     EXPECT_EQ(desk.keyboard.text, u"ok"_s + QString(30, u'x'));
 }
 
+TEST(ScanWedgeListener, ACodeEndsWhereItsScannerPauses)
+{
+    for (const auto late : {81ms, 150ms, 240ms}) { // a slow suffix, or the clerk's own Return
+        ScanDesk desk;
+        desk.keyboard.text = u"Smith"_s;
+        desk.keyboard.cursor = 5;
+        desk.clock.advance(1s);
+        desk.type(link, 10ms);
+        EXPECT_EQ(desk.pressReturn(late), KeyVerdict::swallow);
+        EXPECT_EQ(desk.keyboard.text, u"Smith") << late.count();
+        EXPECT_THAT(desk.scans, ElementsAre(link));
+    }
+    ScanDesk desk;
+    desk.clock.advance(1s);
+    desk.type(link, 10ms);
+    desk.type(u"9"_s, 120ms); // another invoice, if it joined the code
+    desk.clock.advance(100ms);
+    EXPECT_THAT(desk.scans, ElementsAre(link));
+    EXPECT_EQ(desk.keyboard.text, u"9");
+    desk.type(link, 10ms);
+    desk.clock.advance(200ms);
+    desk.type(link, 10ms);
+    desk.clock.advance(1s);
+    EXPECT_EQ(desk.scans.size(), 3);
+}
+
 TEST(ScanWedgeListener, ALinkTypedByHandCountsWhenItsWriterPauses)
 {
     ScanDesk desk;
@@ -213,7 +239,11 @@ TEST(ScanWedgeListener, OnlyCharactersOfACodeAreKept)
     EXPECT_EQ(desk.press({.text = u"a"_s}, 5ms), KeyVerdict::hold);
     EXPECT_EQ(desk.press({.text = u" "_s}, 5ms), KeyVerdict::hold) << "it would press the button with the focus";
     EXPECT_EQ(desk.pressReturn(5ms), KeyVerdict::swallow);
+    desk.clock.advance(1s);
+    desk.press({.text = u"a"_s}, 1s);
+    EXPECT_EQ(desk.press({.text = u" "_s}, 60ms), KeyVerdict::hold) << "a slow scanner's, too";
     desk.listener.stop();
+    EXPECT_THAT(desk.keyboard.held, IsEmpty());
     EXPECT_FALSE(desk.keyboard.handler);
 }
 

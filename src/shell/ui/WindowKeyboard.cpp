@@ -7,7 +7,6 @@
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QTextEdit>
-#include <QWindow>
 
 namespace parcelory {
 
@@ -142,6 +141,15 @@ void WindowKeyboard::listen(Handler handler)
         qApp->removeEventFilter(this);
 }
 
+/// The widget that a key reaches: an open menu or list keeps the keyboard from the field behind it.
+QWidget *WindowKeyboard::receiver() const
+{
+    if (QWidget *popup = QApplication::activePopupWidget())
+        return popup->focusWidget() ? popup->focusWidget() : popup;
+    auto *inWindow = m_window ? qobject_cast<QWidget *>(m_window->focusObject()) : nullptr;
+    return inWindow ? inWindow : QApplication::focusWidget();
+}
+
 bool WindowKeyboard::eventFilter(QObject *watched, QEvent *event)
 {
     // The system's window hears of a key first and once; widgets hear of it again and again.
@@ -150,11 +158,12 @@ bool WindowKeyboard::eventFilter(QObject *watched, QEvent *event)
     const auto &key = static_cast<const QKeyEvent &>(*event);
     if (onlyModifies(key))
         return false;
+    m_window = static_cast<QWindow *>(watched);
     switch (m_handler(pressOf(key, m_timeOf(key)))) {
     case KeyVerdict::deliver:
         return false;
     case KeyVerdict::hold:
-        m_held.append({QApplication::focusWidget(), std::shared_ptr<QKeyEvent>(key.clone())});
+        m_held.append({receiver(), std::shared_ptr<QKeyEvent>(key.clone())});
         return true;
     case KeyVerdict::swallow:
         return true;
@@ -164,22 +173,22 @@ bool WindowKeyboard::eventFilter(QObject *watched, QEvent *event)
 
 bool WindowKeyboard::inTextField() const
 {
-    return isEditable(QApplication::focusWidget());
+    return isEditable(receiver());
 }
 
 QString WindowKeyboard::fieldText() const
 {
-    return textOf(QApplication::focusWidget());
+    return textOf(receiver());
 }
 
 void WindowKeyboard::replaceInField(qsizetype position, qsizetype length, const QString &text)
 {
-    replaceIn(QApplication::focusWidget(), int(position), int(length), text);
+    replaceIn(receiver(), int(position), int(length), text);
 }
 
 void WindowKeyboard::markField()
 {
-    QWidget *field = QApplication::focusWidget();
+    QWidget *field = receiver();
     m_mark.reset();
     if (!isEditable(field))
         return;

@@ -7,6 +7,7 @@
 #include <QObject>
 #include <QPointer>
 #include <QWidget>
+#include <QWindow>
 
 #include <memory>
 #include <optional>
@@ -37,6 +38,8 @@ public:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
+    QWidget *receiver() const;
+
     struct Held {
         QPointer<QWidget> target;
         std::shared_ptr<QKeyEvent> key;
@@ -52,6 +55,7 @@ private:
     QList<Held> m_held;
     std::optional<Mark> m_mark;
     bool m_releasing = false;
+    QPointer<QWindow> m_window; ///< the one that the key at hand goes to
 };
 
 } // namespace parcelory
