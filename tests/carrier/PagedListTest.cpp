@@ -65,15 +65,11 @@ TEST(PagedList, GoesOnOverUndatedRecordsAndEndsWithTheLastLinkOrAnEmptyPage)
     EXPECT_EQ(empty.read, 1);
 }
 
-TEST(PagedList, ReadsNoMoreThanFortyPages)
+TEST(PagedList, ReadsNoMoreThanFortyPagesAndEndsWithTheErrorOfABadOne)
 {
     Pages endless{QByteArrayList{page({record("a", R"("2026-11-12T10:00:00Z")")}, R"("0")")}};
     EXPECT_EQ(endless.ids(cutoff).size(), 40);
     EXPECT_EQ(endless.read, 40);
-}
-
-TEST(PagedList, EndsWithTheErrorOfABadPage)
-{
     Pages bad{{page({record("a", "null")}, R"("1")"), "{\"results\": 5}"}};
     EXPECT_THROW(bad.ids(cutoff), DecodeError);
 }

@@ -22,13 +22,7 @@ protected:
         return {.from = deskAddress(),
                 .to = homeAddress(),
                 .parcel = {u"9"_s, u"6"_s, u"2"_s, u"in"_s, u"17.3"_s, u"oz"_s},
-                .parcelTemplate = {},
-                .shipDate = QDateTime::currentDateTimeUtc(),
-                .signatureConfirmation = {},
-                .insuranceAmount = {},
-                .insuranceProvider = {},
-                .isResidential = {},
-                .customs = {}};
+                .shipDate = QDateTime::currentDateTimeUtc()};
     }
     /// What a rating request looked like on the wire.
     Json rated(const RatingRequest &request)
@@ -101,10 +95,6 @@ TEST_F(ShippoClientTest, PutsEveryKindOfBadAnswerIntoWordsWithoutTheToken)
         {200, "<html>hello</html>", "text/html", u"Shippo's answer could not be read — it is not JSON."_s},
         {201, R"({"object_id": "x"})", "application/json",
          u"Shippo's answer could not be read — missing key \"rates\"."_s},
-        {201, R"({"object_id": "x", "rates": [{"object_id": 5}]})", "application/json",
-         u"Shippo's answer could not be read — \"rates[0].object_id\": expected string, got number."_s},
-        {201, R"({"object_id": "x", "rates": [)", "application/json",
-         u"Shippo's answer could not be read — it is not JSON."_s},
     };
     for (const auto &row : rows) {
         answerWith(row.status, row.body, row.type);
@@ -162,20 +152,20 @@ TEST_F(ShippoClientTest, SendsTemplateOrSizeAndTheExtrasThatWereAskedFor)
     EXPECT_EQ(rated(request)["extra"]["is_residential"], false);
 }
 
-TEST_F(ShippoClientTest, DeclaresEveryKindOfContentsUnderItsTariffNumber)
+TEST_F(ShippoClientTest, DeclaresContentsUnderTheirTariffNumber)
 {
     RatingRequest request = parcel();
     request.to = londonAddress();
-    const std::pair<CustomsItemType, std::string> tariffs[] = {{CustomsItemType::gold, "71189000"},
-                                                               {CustomsItemType::silver, "71181000"},
-                                                               {CustomsItemType::currency, "49070030"},
-                                                               {CustomsItemType::readingMaterial, "4901.10.0040"},
-                                                               {CustomsItemType::investmentGold, "71189000"}};
-    for (const auto &[type, tariff] : tariffs) {
+    const std::tuple<CustomsItemType, std::string, std::string> rows[] = {
+        {CustomsItemType::gold, "71189000", "Numismatic Study Item"},
+        {CustomsItemType::silver, "71181000", "Numismatic Study Item"},
+        {CustomsItemType::currency, "49070030", "Numismatic Study Item"},
+        {CustomsItemType::investmentGold, "71189000", "Numismatic Study Item"},
+        {CustomsItemType::readingMaterial, "4901.10.0040", "Reading Material"},
+    };
+    for (const auto &[type, tariff, description] : rows) {
         request.customs = CustomsInfo{type, u"3"_s, u"310.00"_s, {}};
         const Json customs = rated(request)["customs_declaration"];
-        const bool reading = type == CustomsItemType::readingMaterial;
-        const std::string description = reading ? "Reading Material" : "Numismatic Study Item";
         EXPECT_EQ(customs["contents_explanation"], description);
         EXPECT_EQ(customs["certify_signer"], "Corvallon");
         EXPECT_EQ(customs["eel_pfc"], "NOEEI_30_37_a");

@@ -20,23 +20,16 @@ TEST(ShippoError, FlattensRefusalsIntoAtMostFourReadableLines)
         {R"("plain text")", u"plain text"_s},
         {R"({"detail": 5, "other": null, "third": true})", std::nullopt},
         {"<html>not JSON</html>", std::nullopt},
-        {"", std::nullopt},
+        {QByteArray(200000, '[') + "\"deep\"" + QByteArray(200000, ']'), std::nullopt},
     };
     for (const auto &row : rows)
-        EXPECT_EQ(prettyFieldErrors(row.body), row.lines) << row.body.toStdString();
-}
-
-TEST(ShippoError, SurvivesHostileNesting)
-{
-    QByteArray body = QByteArray(200000, '[') + "\"deep\"" + QByteArray(200000, ']');
-    EXPECT_EQ(prettyFieldErrors(body), std::nullopt);
+        EXPECT_EQ(prettyFieldErrors(row.body), row.lines) << row.body.left(60).toStdString();
 }
 
 TEST(ShippoError, ShowsOnlyTheBeginningOfALongServerError)
 {
     const ShippoError error = ShippoError::http(500, QString(1000, u'x'));
     EXPECT_EQ(error.description(), u"Shippo HTTP 500: "_s + QString(300, u'x'));
-    EXPECT_EQ(ShippoError::noToken().description(), u"No Shippo API token set. Add one in Settings."_s);
 }
 
 } // namespace parcelory::test

@@ -22,18 +22,12 @@ TEST(CompanySanitizer, CutsBetrayingWordsToTheirInitial)
         {u"Acme Widgets"_s, u"Acme Widgets"_s},
         {u"Smith Rare Coins & Bullion, LLC"_s, u"Smith R C & B, LLC"_s},
         {u"Gold-Silver Exchange"_s, u"G-S E"_s},
-        {u"Coins/Stamps"_s, u"C/S"_s},
         {u"GOLD gold Gold gOlD"_s, u"G G G G"_s},
         {u"  \tgold; silver: mint.  "_s, u"G; S: M."_s},
         {u"Collector's Gems, Inc."_s, u"C's G, Inc."_s}, // what follows a word stays
         {u"Goldstein & TheCoinBox"_s, u"Gstein & TheCBox"_s},
         {u"TheCoinShop"_s, u"TheChop"_s}, // "coins" comes before "coin"
         {u"Coins+Stamps_Metals"_s, u"C+S_M"_s},
-        {u"&Co \"Coins\""_s, u"&Co \"C\""_s},
-        {u"Numismatics numismatists numispro"_s, u"N N N"_s},
-        {u"PennyWise-Treasures"_s, u"P-T"_s},
-        {u"Jewelry Jewels"_s, u"J J"_s},
-        {u"Jewelryx"_s, u"Jx"_s},
         {u"Numisprox"_s, u"Nprox"_s}, // inside a longer word the shorter form is the first to match
         {u"Estates"_s, u"ES"_s},      // "states" is in it
         {u"Münzen – Gold"_s, u"Münzen – G"_s},
@@ -53,14 +47,10 @@ TEST(CompanySanitizer, ReplacesStoreNamesInTheirOrderWithoutSearchingTheReplacem
         {u"harborlightcoinsoldmint"_s, u"OMB"_s},
         {u"oldmint harborlight coins"_s, u"oldM harborlight C"_s},
         {u"LOOPCODEloopcode"_s, u"xLoopCodexLoopCode"_s},
+        {u"ccoinoin"_s, u"cCoin"_s}, // a word that only the replacement completed
     };
     for (const auto &[company, discreet] : rows)
         EXPECT_EQ(sanitizer.sanitize(company), discreet) << company.toStdString();
-}
-
-TEST(CompanySanitizer, LeavesAWordThatOnlyAReplacementCompleted)
-{
-    EXPECT_EQ(sanitizer.sanitize(u"ccoinoin"_s), u"cCoin"_s);
 }
 
 } // namespace parcelory::test

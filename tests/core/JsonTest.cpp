@@ -54,32 +54,23 @@ struct Kinds {
 
 } // namespace
 
-TEST(Json, ReadsARatedShipment)
+TEST(Json, ReadsRatedShipmentsWithAndWithoutTransitDays)
 {
     const auto shipment = decoded<ShippoShipment>(answer("shipment-three-usps-rates.json"));
-    EXPECT_EQ(shipment.objectId, u"e6f4aa8eae4f4cf6af196d21b9b92592"_s);
     ASSERT_EQ(shipment.rates.size(), 3);
     const ShippoRate &rate = shipment.rates[1];
-    EXPECT_EQ(rate.objectId.size(), 32);
     EXPECT_EQ(rate.amount, u"12.44"_s);
-    EXPECT_EQ(rate.provider, u"USPS"_s);
     EXPECT_EQ(rate.servicelevel.token, u"usps_priority"_s);
     EXPECT_EQ(rate.estimatedDays, 1);
     EXPECT_EQ(rate.attributes, (QList{u"BESTVALUE"_s, u"FASTEST"_s}));
-    EXPECT_EQ(shipment.rates[0].durationTerms, u"Overnight delivery to most U.S. locations."_s);
-    ASSERT_EQ(shipment.messages.value().size(), 1);
-    EXPECT_EQ(shipment.messages->first().source, u"DHLExpress"_s);
+    EXPECT_EQ(shipment.messages.value().value(0).source, u"DHLExpress"_s);
     EXPECT_EQ(shipment.addressTo.value().street2, u"Ste 480"_s);
-}
 
-TEST(Json, ReadsAShipmentListWhoseRatesNameNoTransitDays)
-{
     const auto page = decoded<ShippoList<ShippoShipmentListed>>(answer("shipments-page.json"));
     EXPECT_EQ(page.next, u"https://api.goshippo.com/v1/shipments/?results=1&page=2"_s);
     ASSERT_EQ(page.results.size(), 1);
     EXPECT_EQ(page.results[0].objectCreated, u"2017-04-10T21:03:36.279Z"_s);
-    EXPECT_EQ(page.results[0].rates.value().first().amount, u"35.98"_s);
-    EXPECT_EQ(page.results[0].rates->first().estimatedDays, std::nullopt);
+    EXPECT_EQ(page.results[0].rates.value().first().estimatedDays, std::nullopt);
 }
 
 TEST(Json, TellsTheEmptyTextsOfAPurchaseInWorkFromAbsentOnes)
@@ -90,17 +81,12 @@ TEST(Json, TellsTheEmptyTextsOfAPurchaseInWorkFromAbsentOnes)
     EXPECT_TRUE(bought.labelUrl.value().startsWith(u"https://deliver.goshippo.com/3a37"_s));
     EXPECT_EQ(bought.commercialInvoiceUrl, std::nullopt);
     EXPECT_EQ(bought.test, true);
-    EXPECT_EQ(bought.metadata, u"Customer ID 123456"_s);
 
     const auto queued = decoded<ShippoTransaction>(answer("transaction-queued.json"));
     EXPECT_EQ(queued.status, u"QUEUED"_s);
     EXPECT_EQ(queued.labelUrl, u""_s);
-    EXPECT_EQ(queued.commercialInvoiceUrl, std::nullopt);
     EXPECT_TRUE(queued.messages.value().isEmpty());
-
-    for (const char *text :
-         {R"({"object_id": "t", "status": "QUEUED", "test": null})", R"({"object_id": "t", "status": ""})"})
-        EXPECT_EQ(decoded<ShippoTransaction>(text).test, std::nullopt);
+    EXPECT_EQ(decoded<ShippoTransaction>(R"({"object_id": "t", "status": "", "test": null})").test, std::nullopt);
 }
 
 TEST(Json, ReadsTheShorterAnswers)
@@ -108,22 +94,15 @@ TEST(Json, ReadsTheShorterAnswers)
     const auto valid = decoded<ShippoValidatedAddress>(answer("address-validated.json"));
     EXPECT_EQ(valid.validationResults.value().isValid, true);
     EXPECT_EQ(valid.zip, u"94117-1913"_s);
-    const auto rejected = decoded<ShippoValidatedAddress>(answer("address-rejected.json"));
-    EXPECT_EQ(rejected.validationResults.value().isValid, false);
-    EXPECT_EQ(rejected.validationResults->messages.value().first().code, u"Address Not Found"_s);
-    EXPECT_EQ(decoded<ShippoValidatedAddress>(R"({"validation_results": {}})").validationResults.value().isValid,
-              std::nullopt);
+    const auto rejected = decoded<ShippoValidatedAddress>(answer("address-rejected.json")).validationResults.value();
+    EXPECT_EQ(rejected.isValid, false);
+    EXPECT_EQ(rejected.messages.value().first().code, u"Address Not Found"_s);
 
-    const auto manifest = decoded<ShippoManifest>(answer("manifest-success.json"));
-    EXPECT_EQ(manifest.documents.value().size(), 1);
-    EXPECT_EQ(manifest.transactions, QList{u"69ed07b6429e4d7ab8d65211044d6dcc"_s});
-    const auto track = decoded<ShippoTrackStatus>(answer("track-delivered.json"));
-    EXPECT_EQ(track.trackingStatus.value().status, u"DELIVERED"_s);
-    EXPECT_EQ(track.trackingStatus->statusDate, u"2021-11-03T23:54:08.906Z"_s);
+    EXPECT_EQ(decoded<ShippoManifest>(answer("manifest-success.json")).documents.value().size(), 1);
+    EXPECT_EQ(decoded<ShippoTrackStatus>(answer("track-delivered.json")).trackingStatus.value().status, u"DELIVERED"_s);
     EXPECT_EQ(decoded<ShippoRefund>(answer("refund-queued.json")).status, u"QUEUED"_s);
     const auto accounts = decoded<ShippoCarrierAccountList>(answer("carrier-accounts.json")).results;
     EXPECT_EQ(accounts.value(1).carrier, u"usps"_s);
-    EXPECT_EQ(accounts.value(1).active, true);
 }
 
 TEST(Json, NamesTheKeyThatIsMissingOrWrong)
@@ -142,13 +121,9 @@ TEST(Json, NamesTheKeyThatIsMissingOrWrong)
     const std::pair<QByteArray, QString> rows[] = {
         {R"({"object_id": "s", "rates": []})", u"decoded"_s},
         {R"({"object_id": "s", "rates": null})", u"\"rates\": expected array, got null"_s},
-        {R"({"object_id": null, "rates": []})", u"\"object_id\": expected string, got null"_s},
         {R"({"object_id": 7, "rates": []})", u"\"object_id\": expected string, got number"_s},
-        {R"({"object_id": "s", "rates": {}})", u"\"rates\": expected array, got object"_s},
         {R"({"object_id": "s", "rates": [[]]})", u"\"rates[0]\": expected object, got array"_s},
         {R"([])", u"the text: expected object, got array"_s},
-        {R"(null)", u"the text: expected object, got null"_s},
-        {"<html></html>", u"it is not JSON"_s},
         {R"({"object_id": "s", "rates": [)", u"it is not JSON"_s},
         {"{\"object_id\": \"\xFF\", \"rates\": []}", u"it is not JSON"_s},
         {QByteArray(), u"it is not JSON"_s},
@@ -162,9 +137,7 @@ TEST(Json, ChecksEveryKindOfValue)
 {
     const std::pair<QByteArray, QString> rows[] = {
         {R"({"flag": 1})", u"\"flag\": expected boolean, got number"_s},
-        {R"({"flag": "true"})", u"\"flag\": expected boolean, got string"_s},
         {R"({"count": 2.5})", u"\"count\": expected whole number, got number"_s},
-        {R"({"count": "2"})", u"\"count\": expected whole number, got string"_s},
         {R"({"count": 3000000000})", u"\"count\": expected whole number, got number"_s},
         {R"({"when": "2026-01-01"})", u"\"when\": expected number, got string"_s},
         {R"({"id": "not one"})", u"\"id\": expected UUID, got string"_s},
@@ -177,16 +150,11 @@ TEST(Json, ChecksEveryKindOfValue)
 
 TEST(Json, KeepsDatesIdsAndEveryCharacterOfATextThroughAFile)
 {
-    const Kinds kinds{.count = -3,
-                      .when = QDateTime(QDate(2026, 11, 20), QTime(14, 41, 5, 250), Qt::UTC),
-                      .id = QUuid(u"{0e1f2a3b-4c5d-6e7f-8091-a2b3c4d5e6f7}"_s)};
-    Kinds read;
-    const QByteArray text =
-        dumpJson(Json{{"count", -3}, {"when", 816878465.25}, {"id", "0E1F2A3B-4C5D-6E7F-8091-A2B3C4D5E6F7"}});
-    read = decodeJson<Kinds>(text, Keys::asIs);
-    EXPECT_EQ(read.count, kinds.count);
-    EXPECT_EQ(read.when, kinds.when);
-    EXPECT_EQ(read.id, kinds.id);
+    const QByteArray text = R"({"count":-3,"when":816878465.25,"id":"0E1F2A3B-4C5D-6E7F-8091-A2B3C4D5E6F7"})";
+    const auto read = decodeJson<Kinds>(text, Keys::asIs);
+    EXPECT_EQ(read.when, QDateTime(QDate(2026, 11, 20), QTime(14, 41, 5, 250), Qt::UTC));
+    EXPECT_EQ(read.id, QUuid(u"{0e1f2a3b-4c5d-6e7f-8091-a2b3c4d5e6f7}"_s));
+    EXPECT_EQ(read.count, -3);
 
     const QList<QString> odd = {u"\U0001FA99 \"\\/\u0001\n\u2028"_s, QString(u'\0'), u""_s};
     EXPECT_EQ(decodeJson<QList<QString>>(encodeJson(odd, Keys::asIs), Keys::asIs), odd);

@@ -14,12 +14,8 @@ TEST(Text, NeverCutsThroughACharacter)
     const QString family = u"\U0001F469\u200D\U0001F467"_s;
     const QString name = u"R"_s + accented + coin + family + u"\r\n"_s;
     EXPECT_EQ(characters(name), (QStringList{u"R"_s, accented, coin, family, u"\r\n"_s}));
-    EXPECT_EQ(characters(QString()), QStringList());
-
-    const QString heads[] = {QString(), u"R"_s, u"R"_s + accented, u"R"_s + accented + coin};
-    for (qsizetype count = 0; count < 4; ++count)
-        EXPECT_EQ(firstCharacters(name, count), heads[count]);
-    EXPECT_EQ(firstCharacters(name, 5), name);
+    EXPECT_EQ(firstCharacters(name, 0), QString());
+    EXPECT_EQ(firstCharacters(name, 3), u"R"_s + accented + coin);
     EXPECT_EQ(firstCharacters(name, 6), name);
 }
 
@@ -58,10 +54,8 @@ TEST(Text, WritesNumbersTheSameWayInEveryLanguage)
         QString fixedText, shortestText;
     } rows[] = {
         {1234567.5, 2, u"1234567.50"_s, u"1234567.5"_s},
-        {0.0625, 4, u"0.0625"_s, u"0.0625"_s},
         {2.25, 1, u"2.2"_s, u"2.2"_s},
         {2.75, 1, u"2.8"_s, u"2.8"_s}, // halves go to the even digit, as everywhere in C
-        {8, 3, u"8.000"_s, u"8"_s},
         {100, 0, u"100"_s, u"100"_s},
         {-0.5, 1, u"-0.5"_s, u"-0.5"_s},
     };

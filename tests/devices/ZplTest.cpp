@@ -12,12 +12,10 @@ TEST(Zpl, KnowsWhatALabelIsByItsBytes)
         QByteArray bytes;
         LabelKind kind;
     } rows[] = {
-        {"%PDF-1.7 ^XA", LabelKind::pdf},
         {"%PDF", LabelKind::pdf},
         {" %PDF-1.7", LabelKind::notALabel},
         {"%PD", LabelKind::notALabel},
         {"\x89PNG\r\n", LabelKind::png},
-        {"PNG", LabelKind::notALabel},
         {"^XA^FDCoin^FS^XZ", LabelKind::zpl},
         {"^xa^fdCoin^fs^xz", LabelKind::zpl},
         {"\xEF\xBB\xBF\r\nCT~~CD,~CC^~CT~\r\n^XA^XZ", LabelKind::zpl},
@@ -33,19 +31,8 @@ TEST(Zpl, KnowsWhatALabelIsByItsBytes)
 TEST(Zpl, ReadsTheDeclaredLengthFromTheFirstCommandOfThreeToFiveDigits)
 {
     const std::pair<QByteArray, std::optional<int>> rows[] = {
-        {"^XA^XZ", {}},
-        {"^LL99", {}},
-        {"^LL", {}},
-        {"^ll1300", {}},
-        {"^LL 1300", {}},
-        {"LL1300", {}},
-        {"^LL100", 100},
-        {"^LL99^LL1400", 1400},
-        {"^LL406^LL1400", 406},
-        {"^LL01300", 1300},
-        {"^LL99999", 99999},
-        {"^LL123456", 12345},
-        {"^LL12^LL^LL300,Y", 300},
+        {"^XA^XZ", {}},         {"^LL99", {}},       {"^ll1300", {}},      {"^LL 1300", {}},          {"^LL100", 100},
+        {"^LL99^LL1400", 1400}, {"^LL99999", 99999}, {"^LL123456", 12345}, {"^LL12^LL^LL300,Y", 300},
     };
     for (const auto &[zpl, length] : rows)
         EXPECT_EQ(Zpl::declaredLength(zpl), length) << zpl.toStdString();
@@ -56,7 +43,6 @@ TEST(Zpl, CutsLabelsThatAreLongerThanThePaper)
     const std::pair<QByteArray, QByteArray> rows[] = {
         {"^XA^LL1230^XZ", "^XA^LL1230^XZ"},
         {"^XA^LL1231^XZ", "^XA^LL1218^XZ"},
-        {"^XA^LL99^XZ", "^XA^LL99^XZ"},
         {"^LL1400^LL0406^LL99^LL123456", "^LL1218^LL1218^LL99^LL12186"},
         {"^LL406^LL1400", "^LL406^LL1400"}, // the first command decides
         {QByteArray("^LL1400\0^LL1400,Y\r\n", 18), QByteArray("^LL1218\0^LL1218,Y\r\n", 18)},
@@ -72,8 +58,6 @@ TEST(Zpl, TurnsALabelByItsPrintOrientation)
     const std::pair<QByteArray, QByteArray> rows[] = {
         {"^XA^FDMünze^XZ", "^XA^POI^FDMünze^XZ"},
         {"^XA^XZ\n^XA^XZ", "^XA^POI^XZ\n^XA^POI^XZ"},
-        {"^XA^POI^XZ", "^XA^PON^XZ"},
-        {"^XA^PON^XZ", "^XA^POI^XZ"},
         {"^XA^POI^XZ^XA^PON^XZ^XA^POI^XZ", "^XA^PON^XZ^XA^POI^XZ^XA^PON^XZ"},
         {"^XA^POI^XZ^XA^XZ", "^XA^PON^XZ^XA^XZ"},   // one orientation is enough to tell that the label sets its own
         {"^XA^FDM\xFCnze^XZ", "^XA^FDM\xFCnze^XZ"}, // not UTF-8

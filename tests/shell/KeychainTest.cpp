@@ -21,22 +21,14 @@ namespace {
 /// Stores bytes as another program, or an older version, could have.
 bool plant(const QByteArray &bytes, const char *service, const char *account)
 {
-    const SecretSchema schema = {
-        SecretStore::service,
-        SECRET_SCHEMA_NONE,
-        {{"service", SECRET_SCHEMA_ATTRIBUTE_STRING}, {"account", SECRET_SCHEMA_ATTRIBUTE_STRING}},
-        0,
-        nullptr,
-        nullptr,
-        nullptr,
-        nullptr,
-        nullptr,
-        nullptr,
-        nullptr};
+    SecretSchema *schema =
+        secret_schema_new(SecretStore::service, SECRET_SCHEMA_NONE, "service", SECRET_SCHEMA_ATTRIBUTE_STRING,
+                          "account", SECRET_SCHEMA_ATTRIBUTE_STRING, nullptr);
     SecretValue *value = secret_value_new(bytes.constData(), bytes.size(), "text/plain");
-    const bool stored = secret_password_store_binary_sync(&schema, SECRET_COLLECTION_DEFAULT, "planted", value, nullptr,
+    const bool stored = secret_password_store_binary_sync(schema, SECRET_COLLECTION_DEFAULT, "planted", value, nullptr,
                                                           nullptr, "service", service, "account", account, nullptr);
     secret_value_unref(value);
+    secret_schema_unref(schema);
     return stored;
 }
 
@@ -87,22 +79,6 @@ TEST(Keychain, ServesSeveralThreadsAtOnce)
         });
     }
     EXPECT_EQ(torn, 0);
-}
-
-TEST(Keychain, HoldsTheNamedKeysAndTheKeyOfEarlierVersions)
-{
-    Keychain keychain;
-    MemoryPreferences preferences;
-    ShippoKeys keys(keychain, preferences);
-    keychain.set(u"shippo_test_old"_s, u"shippo.token"_s);
-    EXPECT_EQ(keys.activeToken(), u"shippo_test_old"_s);
-    EXPECT_EQ(keys.names(), QStringList{u"Test Mode"_s});
-
-    keys.set(u"shippo_live_new"_s, u"Live"_s);
-    keys.remove(u"Test Mode"_s);
-    EXPECT_EQ(keys.activeToken(), u"shippo_live_new"_s);
-    EXPECT_EQ(keychain.get(u"shippo.token.Test Mode"_s), QString()) << "an empty item stays";
-    EXPECT_EQ(keychain.get(u"shippo.token"_s), u"shippo_test_old"_s);
 }
 
 TEST(KeychainWithoutService, ReadsNothingAndWritesNowhereQuietly)

@@ -71,18 +71,6 @@ TEST(SystemProcesses, ReportsStatusAndBothChannelsWhole)
     EXPECT_THROW(SystemProcesses().run(u"/nowhere/lpr"_s, {}), AppError);
 }
 
-TEST(SystemProcesses, SpeaksPlainEnglishWithItsChildren)
-{
-    const char *names[] = {"LC_ALL", "LANG", "LANGUAGE", "SOFTWARE"};
-    for (const char *name : names)
-        qputenv(name, "de_DE.UTF-8");
-    const ProcessOutcome seen =
-        SystemProcesses().run(u"/bin/sh"_s, {u"-c"_s, u"printf %s \"$LC_ALL,$LANG,$LANGUAGE,$SOFTWARE\""_s});
-    for (const char *name : names)
-        qunsetenv(name);
-    EXPECT_EQ(seen.out, "C.UTF-8,C.UTF-8,,");
-}
-
 TEST(SystemDesktop, TellsWhereTheDocumentIsWhenNoProgramOpensIt)
 {
     FakeProcesses processes;
@@ -165,16 +153,6 @@ TEST_F(NetworkTransportTest, SendsARequestAsGivenAndReadsEveryAnswer)
     }
 }
 
-TEST_F(NetworkTransportTest, AnAnswerThatIsShorterThanAnnouncedIsNone)
-{
-    (*server).Get("/label", [](const httplib::Request &, httplib::Response &response) {
-        response.set_content_provider(1000, "application/pdf", [](size_t offset, size_t, httplib::DataSink &sink) {
-            return offset == 0 && sink.write("%PDF-1.4", 8);
-        });
-    });
-    EXPECT_THAT(failure(server.url(u"/label"_s)).toStdString(), testing::HasSubstr("127.0.0.1 could not be reached"));
-}
-
 TEST_F(NetworkTransportTest, TellsWhatWentWrongWithoutGivingAnythingAway)
 {
     QTcpServer mute; // takes connections and never answers
@@ -190,11 +168,10 @@ TEST_F(NetworkTransportTest, TellsWhatWentWrongWithoutGivingAnythingAway)
 
 TEST_F(NetworkTransportTest, ThePracticeDeskGoesNowhereElse)
 {
-    for (const QString &host :
-         {u"api.example.com"_s, u"192.0.2.1"_s, u"0.0.0.0"_s, u"127.0.0.1.example.com"_s, u"[2001:db8::1]"_s})
+    for (const QString &host : {u"api.example.com"_s, u"192.0.2.1"_s, u"0.0.0.0"_s, u"127.0.0.1.example.com"_s,
+                                u"[2001:db8::1]"_s, QString()})
         EXPECT_THAT(failure(u"http://"_s + host + u"/"_s).toStdString(),
                     testing::StartsWith("The practice desk does not go to"));
-    EXPECT_THAT(failure(u"http:///"_s).toStdString(), testing::StartsWith("The practice desk does not go to"));
 }
 
 TEST_F(NetworkTransportTest, TheTokenStaysWithTheServerThatItIsFor)
