@@ -6,7 +6,6 @@
 
 #ifndef Q_OS_MACOS
 #include <QDBusConnection>
-#include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
 #include <QDBusVariant>
@@ -28,8 +27,6 @@ SystemAppearance::SystemAppearance()
     connect(QGuiApplication::styleHints(), &QStyleHints::colorSchemeChanged, this,
             [this](Qt::ColorScheme scheme) { emit darkChanged(scheme == Qt::ColorScheme::Dark); });
 }
-
-void SystemAppearance::settingChanged(const QString &, const QString &, const QDBusVariant &) {}
 
 #else
 
@@ -54,7 +51,7 @@ uint unwrapped(QVariant value)
 SystemAppearance::SystemAppearance()
 {
     QDBusConnection::sessionBus().connect(service, path, settingsInterface, u"SettingChanged"_s, this,
-                                          SLOT(settingChanged(QString, QString, QDBusVariant)));
+                                          SLOT(settingChanged(QDBusMessage)));
     askPortal();
 }
 
@@ -72,18 +69,19 @@ void SystemAppearance::askPortal()
     });
 }
 
-void SystemAppearance::settingChanged(const QString &group, const QString &key, const QDBusVariant &value)
+void SystemAppearance::settingChanged(const QDBusMessage &news)
 {
-    if (group == appearance && key == colorScheme)
-        take(unwrapped(value.variant()));
+    const QVariantList parts = news.arguments();
+    if (parts.value(0) == appearance && parts.value(1) == colorScheme)
+        take(unwrapped(parts.value(2)));
 }
-
-#endif
 
 void SystemAppearance::take(uint scheme)
 {
     constexpr uint preferDark = 1; // 0: no preference, 2: light
     emit darkChanged(scheme == preferDark);
 }
+
+#endif
 
 } // namespace parcelory

@@ -2,7 +2,9 @@
 
 #include <QObject>
 
-class QDBusVariant;
+#ifndef Q_OS_MACOS
+#include <QDBusMessage>
+#endif
 
 namespace parcelory {
 
@@ -19,12 +21,14 @@ public:
 signals:
     void darkChanged(bool dark);
 
+#ifndef Q_OS_MACOS
 private slots:
-    void settingChanged(const QString &group, const QString &key, const QDBusVariant &value);
+    void settingChanged(const QDBusMessage &news); // the one form that is called for a value of any type
 
 private:
     void askPortal();
     void take(uint scheme);
+#endif
 };
 
 } // namespace parcelory
