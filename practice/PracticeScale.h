@@ -25,8 +25,6 @@ public:
     void put(double ounces);
     void plug();
     void unplug();
-    bool isPlugged() const { return m_plugged; }
-    double ounces() const { return m_ounces; }
 
 private:
     void attach();

@@ -1,6 +1,7 @@
 #include "compose/LabelScreen.h"
 #include "compose/Weight.h"
 #include "core/Text.h"
+#include "records/Reprint.h"
 #include "shell/SettingsKeys.h"
 
 #include <QScopeGuard>
@@ -76,8 +77,7 @@ Task<LabelScreen::Printed> LabelScreen::printInvoice(CommercialInvoice::Data_ in
         result.document = document;
         result.done = true;
         if (onPaper) {
-            auto printing = onPool([this, document, queue] { return m_app.printer.printPDF(document, queue); });
-            const bool sentToQueue = co_await printing;
+            const bool sentToQueue = co_await printDocument(m_app, document);
             result.done = sentToQueue;
             result.note = sentToQueue
                               ? u"Commercial invoice sent to "_s + queue + u'.'

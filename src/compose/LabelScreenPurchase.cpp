@@ -213,7 +213,6 @@ Task<LabelScreen::Printed> LabelScreen::fetchAndPrint(QString labelUrl)
 /// The same for the customs document that FedEx makes for a parcel abroad.
 Task<LabelScreen::Printed> LabelScreen::printFedexInvoice(QString documentUrl)
 {
-    const QString queue = read(m_app.platform.preferences, settings::documentQueue);
     Printed result;
     try {
         if (documentUrl.isEmpty())
@@ -222,8 +221,7 @@ Task<LabelScreen::Printed> LabelScreen::printFedexInvoice(QString documentUrl)
         if (labelKind(document) != LabelKind::pdf || !isWhole(document))
             throw AppError(u"what the carrier sent is not a complete PDF document"_s);
         result.document = document;
-        auto printing = onPool([=, this] { return m_app.printer.printPDF(document, queue); });
-        const bool sentToQueue = co_await printing;
+        const bool sentToQueue = co_await printDocument(m_app, document);
         result.done = sentToQueue;
         if (!sentToQueue)
             result.note = u" (FedEx commercial invoice opened in Preview — set a document printer in Settings)"_s;

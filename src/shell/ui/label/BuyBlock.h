@@ -19,8 +19,6 @@ class BuyBlock : public Surface {
 public:
     BuyBlock(AppState &app, LabelScreen &screen, KeysScreen &keys, SettingsScreen &settings, QWidget *parent = nullptr);
 
-    Button *buyButton() const { return m_buy; }
-
 signals:
     void buyRequested();
 

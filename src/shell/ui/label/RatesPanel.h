@@ -14,7 +14,6 @@ public:
                QWidget *parent = nullptr);
 
     RateList *list() const { return m_list; }
-    Button *buyButton() const { return m_block->buyButton(); }
     Button *getRatesButton() const { return m_getRates; }
 
 signals:

@@ -14,8 +14,6 @@ class SenderSection : public FormSection {
 public:
     SenderSection(AppState &app, LabelScreen &screen, QWidget *parent = nullptr);
 
-    Choice *profile() const { return m_profile; }
-
 private:
     void refresh();
 

@@ -108,11 +108,6 @@ void Segments::shareFocus()
         button->setFocusPolicy(button->isChecked() ? Qt::StrongFocus : Qt::ClickFocus);
 }
 
-QWidget *Segments::focusTarget() const
-{
-    return m_group.checkedButton();
-}
-
 void Segments::paintEvent(QPaintEvent *)
 {
     const Tokens &t = Theme::current().tokens();

@@ -18,7 +18,6 @@ public:
     void addUnavailable(const QString &text, const QString &icon, const QString &badge);
     void choose(int id);
     int chosen() const { return m_group.checkedId(); }
-    QWidget *focusTarget() const;
 
 private:
     void shareFocus();
