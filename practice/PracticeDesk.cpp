@@ -1,5 +1,6 @@
 #include "practice/PracticeDesk.h"
 
+#include "backoffice/SavedCredentials.h"
 #include "carrier/ShippoKeys.h"
 #include "core/AppError.h"
 #include "shell/SettingsKeys.h"
@@ -20,10 +21,11 @@ QDir practiceFolder(const QString &folder)
     return chosen;
 }
 
-Deployment practiceDeployment(const PracticeCarrier &carrier)
+Deployment practiceDeployment(const PracticeCarrier &carrier, const PracticeBackOffice &backOffice)
 {
     Deployment deployment = Deployment::builtIn();
     deployment.carrierApi = carrier.baseUrl();
+    deployment.backOffice = backOffice.baseUrl();
     return deployment;
 }
 
@@ -32,6 +34,7 @@ Deployment practiceDeployment(const PracticeCarrier &carrier)
 PracticeDesk::PracticeDesk(const QString &folder, Prompts &prompts, Keyboard &keyboard)
     : m_folder(practiceFolder(folder)), m_preferences(m_folder.filePath(u"preferences.ini"_s)),
       m_printer(QDir(m_folder.filePath(u"printed"_s))), m_desktop(QDir(m_folder.filePath(u"viewer"_s))),
+      m_web({.folder = m_folder.filePath(u"deskline"_s), .reach = WebEngineSession::Reach::loopbackOnly}),
       m_platform{.http = m_http,
                  .clock = m_clock,
                  .secrets = m_secrets,
@@ -41,17 +44,27 @@ PracticeDesk::PracticeDesk(const QString &folder, Prompts &prompts, Keyboard &ke
                  .processes = m_printer,
                  .hid = m_scale,
                  .keyboard = keyboard,
+                 .web = m_web,
                  .dataFolder = m_folder,
-                 .deployment = practiceDeployment(m_carrier),
+                 .deployment = practiceDeployment(m_carrier, m_backOffice),
                  .practice = true}
 {
     ShippoKeys keys(m_secrets, m_preferences);
     keys.set(PracticeCarrier::testToken, u"Practice"_s);
     keys.makeActive(u"Practice"_s);
+    m_secrets.set(PracticeBackOffice::user, SavedCredentials::userAccount);
+    m_secrets.set(PracticeBackOffice::password, SavedCredentials::passwordAccount);
     if (read(m_preferences, settings::zebraQueue).isEmpty())
         write(m_preferences, settings::zebraQueue, PracticePrinter::labelQueue);
     if (read(m_preferences, settings::documentQueue).isEmpty())
         write(m_preferences, settings::documentQueue, PracticePrinter::documentQueue);
+}
+
+QString PracticeDesk::signInNote()
+{
+    return u"This is the practice desk: sign in as %1 with the password “%2”. Nothing is sent, charged or printed, and "
+           "its records are kept apart from the real ones."_s.arg(PracticeBackOffice::user,
+                                                                  PracticeBackOffice::password);
 }
 
 void PracticeDesk::pose(const QString &token)

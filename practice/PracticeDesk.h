@@ -4,15 +4,17 @@
 #include "practice/MemorySecrets.h"
 #include "practice/PracticePrinter.h"
 #include "practice/PracticeScale.h"
+#include "practice/backoffice/PracticeBackOffice.h"
 #include "practice/carrier/PracticeCarrier.h"
 #include "shell/platform/NetworkTransport.h"
 #include "shell/platform/SettingsPreferences.h"
 #include "shell/platform/SystemClock.h"
+#include "shell/platform/WebEngineSession.h"
 
 namespace parcelory {
 
-/// The world of the practice desk: the real program on an embedded carrier, printers of paper-free stock and a data
-/// folder of its own. Nothing of it reaches beyond this machine, and nothing real is reached from it.
+/// The world of the practice desk: the real program on an embedded carrier and back office, printers of paper-free
+/// stock and a data folder of its own. Nothing of it reaches beyond this machine, and nothing real is reached from it.
 class PracticeDesk {
 public:
     /// Starts the carrier and sets a practice key and the practice printers where none are set. `folder`: empty for
@@ -24,6 +26,9 @@ public:
     /// tests of what a real desk shows.
     void pose(const QString &token);
     PracticeCarrier &carrier() { return m_carrier; }
+    PracticeBackOffice &backOffice() { return m_backOffice; }
+    /// How to sign in here, for the sign-in screen.
+    static QString signInNote();
     const PracticePrinter &printer() const { return m_printer; }
     PracticePrinter &printer() { return m_printer; }
     PracticeScale &scale() { return m_scale; }
@@ -31,6 +36,7 @@ public:
 private:
     QDir m_folder;
     PracticeCarrier m_carrier;
+    PracticeBackOffice m_backOffice;
     NetworkTransport m_http{NetworkTransport::Reach::loopbackOnly};
     SystemClock m_clock;
     MemorySecrets m_secrets;
@@ -38,6 +44,7 @@ private:
     PracticePrinter m_printer;
     PracticeDesktop m_desktop;
     PracticeScale m_scale{m_clock};
+    WebEngineSession m_web;
     Platform m_platform;
 };
 

@@ -1,6 +1,7 @@
 #include "practice/PracticeMenu.h"
 
 #include "practice/PracticeDesk.h"
+#include "practice/backoffice/PracticeInvoices.h"
 
 #include <QGuiApplication>
 #include <QInputDialog>
@@ -81,16 +82,51 @@ void addScaleEntries(QMenu *menu, PracticeScale &scale)
     QObject::connect(unplugged, &QAction::toggled, menu, [&scale](bool on) { on ? scale.unplug() : scale.plug(); });
 }
 
+/// Something that goes wrong at the back office while its entry is checked.
+struct OfficeMishap {
+    QString name;
+    std::function<void(BackOfficeScenario &, bool on)> apply;
+};
+
+const QList<OfficeMishap> &officeMishaps()
+{
+    using S = BackOfficeScenario;
+    static const QList<OfficeMishap> table = {
+        {u"VPN Is Down"_s, [](S &s, bool on) { s.unreachable = on; }},
+        {u"Deskline Answers Slowly"_s, [](S &s, bool on) { s.answerDelay = std::chrono::milliseconds(on ? 4000 : 0); }},
+        {u"Deskline Pages Never Finish"_s, [](S &s, bool on) { s.neverFinishes = on; }},
+    };
+    return table;
+}
+
+void addBackOfficeEntries(QMenu *menu, PracticeDesk &desk)
+{
+    QMenu *scans = menu->addMenu(u"Scan an Invoice"_s);
+    for (const PracticeInvoice &invoice : practiceInvoices()) {
+        const QString link = u"https://%1/i%2"_s.arg(desk.platform().deployment.shortLinkHost).arg(invoice.number);
+        QObject::connect(
+            scans->addAction(u"%1  %2"_s.arg(invoice.number).arg(invoice.about)), &QAction::triggered, menu,
+            [&desk, link] { spawn([&desk, link] { return typeLikeAScanner(desk.platform().clock, link); }); });
+    }
+    const auto scenario = std::make_shared<BackOfficeScenario>();
+    for (const OfficeMishap &mishap : officeMishaps()) {
+        QAction *action = menu->addAction(mishap.name);
+        action->setCheckable(true);
+        QObject::connect(action, &QAction::toggled, menu, [&desk, scenario, apply = mishap.apply](bool on) {
+            apply(*scenario, on);
+            desk.backOffice().setScenario(*scenario);
+        });
+    }
+    QObject::connect(menu->addAction(u"Deskline Session Expires"_s), &QAction::triggered, menu,
+                     [&desk] { desk.backOffice().endSessions(); });
+}
+
 } // namespace
 
 void addPracticeMenu(QMenuBar *bar, PracticeDesk &desk)
 {
     QMenu *menu = bar->addMenu(u"&Practice"_s);
-    QAction *scan = menu->addAction(u"Scan a Sample Invoice"_s);
-    QObject::connect(scan, &QAction::triggered, menu, [&desk] {
-        const QString link = u"https://%1/i48213"_s.arg(desk.platform().deployment.shortLinkHost);
-        spawn([&desk, link] { return typeLikeAScanner(desk.platform().clock, link); });
-    });
+    addBackOfficeEntries(menu, desk);
     menu->addSeparator();
     addScaleEntries(menu, desk.scale());
     menu->addSeparator();

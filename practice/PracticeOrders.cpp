@@ -35,14 +35,24 @@ std::optional<MailpieceSelection> mailpieceFrom(const QString &id)
     return found == builtinMailpieces().end() ? std::nullopt : std::optional<MailpieceSelection>(found->mailpiece);
 }
 
-CustomsInfo customsOf(const PracticeOrder &order)
+/// The order's declaration; what it leaves open stays as the invoice has it.
+CustomsInfo customsOf(const PracticeOrder &order, CustomsInfo customs)
 {
-    CustomsInfo customs{.quantity = order.quantity.value_or(u"1"_s),
-                        .value = order.declaredValue.value_or(QString()),
-                        .signer = order.signer.value_or(QString())};
+    customs.quantity = order.quantity.value_or(u"1"_s);
+    customs.value = order.declaredValue.value_or(customs.value);
+    customs.signer = order.signer.value_or(QString());
     if (order.contents)
         customs.itemType = known(customsItemTypeFrom(*order.contents), u"kind of contents"_s, *order.contents);
     return customs;
+}
+
+Task<> takeInvoice(AppState &app, QString number)
+{
+    app.handleInvoiceScan(number);
+    while (app.scanBusy)
+        co_await app.platform.clock.sleep(std::chrono::milliseconds(20));
+    if (app.draftReference.value() != number)
+        throw AppError(app.scanStatus);
 }
 
 } // namespace
@@ -54,17 +64,25 @@ QList<PracticeOrder> readOrders(const QString &path)
     if (!file.open(QIODevice::ReadOnly))
         throw AppError(u"The orders %1 could not be opened — %2."_s.arg(path, file.errorString()));
     try {
-        return decodeJson<QList<PracticeOrder>>(file.readAll(), Keys::asIs);
+        const auto orders = decodeJson<QList<PracticeOrder>>(file.readAll(), Keys::asIs);
+        for (qsizetype at = 0; at < orders.size(); ++at) {
+            if (orders[at].to.has_value() == orders[at].invoice.has_value())
+                throw DecodeError(u"order %1 needs either \"to\" or \"invoice\""_s.arg(at + 1));
+        }
+        return orders;
     } catch (const DecodeError &error) {
         throw AppError(u"The orders %1 cannot be used — %2."_s.arg(path, error.description()));
     }
 }
 
-void compose(const PracticeOrder &order, AppState &app, LabelScreen &screen)
+Task<> compose(PracticeOrder order, AppState &app, LabelScreen &screen)
 {
     screen.clearDraft();
     screen.mailpiece = BuiltinMailpiece::package;
-    app.draftTo = order.to;
+    if (order.invoice)
+        co_await takeInvoice(app, *order.invoice);
+    else
+        app.draftTo = *order.to;
     if (order.carrier)
         screen.carrier = known(carrierFrom(*order.carrier), u"carrier"_s, *order.carrier);
     if (order.mailpiece)
@@ -82,8 +100,8 @@ void compose(const PracticeOrder &order, AppState &app, LabelScreen &screen)
     }
     screen.insuranceValue = order.insurance.value_or(QString());
     screen.fedexResidential = order.residential.value_or(false);
-    screen.customs = customsOf(order);
-    screen.reference = order.reference.value_or(QString());
+    screen.customs = customsOf(order, screen.customs);
+    screen.reference = order.reference.value_or(order.invoice.value_or(QString()));
     screen.descriptionText = order.description.value_or(QString());
 }
 

@@ -2,6 +2,7 @@
 
 #include "carrier/ShippoRecords.h"
 #include "core/Field.h"
+#include "core/Task.h"
 
 #include <QByteArray>
 #include <QList>
@@ -16,7 +17,8 @@ class LabelScreen;
 
 /// One parcel of an orders file, in the words of the label screen. Whatever is left out stays as the screen has it.
 struct PracticeOrder {
-    ShippoAddress to;
+    std::optional<QString> invoice; ///< its number in the practice back office, which knows the recipient
+    std::optional<ShippoAddress> to;
     std::optional<QString> carrier;      ///< "usps" or "fedex"
     std::optional<QString> mailpiece;    ///< id of a builtin mailpiece or of a stock mailer
     std::optional<QString> serviceClass; ///< the carrier API's token
@@ -33,7 +35,8 @@ struct PracticeOrder {
     static constexpr auto fields()
     {
         using O = PracticeOrder;
-        return std::tuple{field("to", &O::to),
+        return std::tuple{field("invoice", &O::invoice),
+                          field("to", &O::to),
                           field("carrier", &O::carrier),
                           field("mailpiece", &O::mailpiece),
                           field("serviceClass", &O::serviceClass),
@@ -57,7 +60,8 @@ struct PracticeOrder {
 /// Reads an orders file, or the sample orders when `path` is empty. Throws AppError naming what is wrong with it.
 QList<PracticeOrder> readOrders(const QString &path);
 
-/// Puts an order into the draft of the label screen. Throws AppError for a word that the screen does not know.
-void compose(const PracticeOrder &order, AppState &app, LabelScreen &screen);
+/// Puts an order into the draft of the label screen, its invoice read by the signed-in `app`. Throws AppError for a
+/// word that the screen does not know and for an invoice that cannot be read.
+Task<> compose(PracticeOrder order, AppState &app, LabelScreen &screen);
 
 } // namespace parcelory

@@ -10,6 +10,7 @@
 #include <QCoreApplication>
 #include <QSaveFile>
 
+#include <algorithm>
 #include <cstdio>
 
 namespace parcelory {
@@ -49,10 +50,10 @@ Task<> weigh(AppState &app, LabelScreen &screen, PracticeScale &scale)
 /// Takes one order down the whole road, as a clerk would.
 Task<Shipped> ship(AppState &app, LabelScreen &screen, PracticeScale &scale, PracticeOrder order)
 {
-    Shipped result{.recipient = order.to.name};
-    compose(order, app, screen);
+    co_await compose(order, app, screen);
+    Shipped result{.recipient = app.draftTo.value().name};
     co_await weigh(app, screen, scale);
-    say(u"\n%1 — %2, %3"_s.arg(order.to.name, screen.mailpieceName(), screen.weightDisplay()));
+    say(u"\n%1 — %2, %3"_s.arg(result.recipient, screen.mailpieceName(), screen.weightDisplay()));
     co_await screen.validate();
     say(u"  "_s + screen.validationStatus);
     if (screen.showIntlPaperwork)
@@ -78,7 +79,7 @@ Task<int> shipAll(AppState &app, LabelScreen &screen, PracticeScale &scale, QLis
 {
     QList<Shipped> shipped;
     for (const PracticeOrder &order : orders) {
-        Shipped one{.recipient = order.to.name};
+        Shipped one{.recipient = order.to ? order.to->name : u"Invoice "_s + *order.invoice};
         try {
             one = co_await ship(app, screen, scale, order);
         } catch (const AppError &error) { // a word that the screen does not know; the other orders go on
@@ -93,6 +94,23 @@ Task<int> shipAll(AppState &app, LabelScreen &screen, PracticeScale &scale, QLis
         failures += one.done ? 0 : 1;
     }
     co_return failures == 0 ? 0 : 1;
+}
+
+/// Signs in to the practice back office where an order needs it. Without the web engine those orders are left out.
+Task<QList<PracticeOrder>> signIn(AppState &app, QList<PracticeOrder> orders)
+{
+    const auto invoiced = [](const PracticeOrder &order) { return order.invoice.has_value(); };
+    const QString obstacle = WebEngineSession::obstacle();
+    if (!obstacle.isEmpty() && orders.removeIf(invoiced) > 0)
+        say(obstacle);
+    if (std::ranges::any_of(orders, invoiced)) {
+        co_await app.signIn(PracticeBackOffice::user, PracticeBackOffice::password, false);
+        if (app.loginError.value())
+            throw AppError(*app.loginError.value());
+        say(u"Signed in to the practice back office as %1."_s.arg(app.signedInUser));
+    }
+    app.flow = AppFlow::main;
+    co_return orders;
 }
 
 QString exportLog(const AppState &app)
@@ -129,13 +147,13 @@ int runPractice(const QString &folder, const QString &ordersFile)
     ErrorLog errors(desk.platform());
     AppState app(desk.platform());
     LabelScreen screen(app);
-    app.flow = AppFlow::main;
     say(u"Practice desk in "_s + app.platform.dataFolder.absolutePath() + u" — nothing is bought."_s);
 
     int status = 1;
     spawn([&]() -> Task<> {
         try {
-            status = co_await shipAll(app, screen, desk.scale(), orders);
+            const QList<PracticeOrder> shippable = co_await signIn(app, orders);
+            status = co_await shipAll(app, screen, desk.scale(), shippable);
             sayWhere(app, desk, exportLog(app));
         } catch (const std::exception &error) {
             say(u"parcelory: "_s + describe(error));

@@ -3,7 +3,6 @@
 #include "core/AppError.h"
 #include "practice/PracticeDesk.h"
 #include "practice/PracticeSamples.h"
-#include "practice/PracticeSignIn.h"
 #include "shell/ui/Program.h"
 #include "shell/ui/WindowKeyboard.h"
 #include "shell/ui/label/LabelView.h"
@@ -274,7 +273,7 @@ bool draw(const QDir &folder, const QString &mode)
     PracticeDesk desk(records.path(), prompts, keyboard);
     if (!mode.isEmpty())
         desk.pose(mode == u"live" ? PracticeCarrier::liveToken : PracticeCarrier::testToken);
-    Program program(desk.platform(), prompts, makePracticeSignIn);
+    Program program(desk.platform(), prompts, PracticeDesk::signInNote());
     Gallery gallery(desk, program, folder);
     bool done = false;
     spawn([&]() -> Task<> {

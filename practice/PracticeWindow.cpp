@@ -2,7 +2,6 @@
 
 #include "practice/PracticeDesk.h"
 #include "practice/PracticeMenu.h"
-#include "practice/PracticeSignIn.h"
 #include "shell/ui/Program.h"
 #include "shell/ui/WindowKeyboard.h"
 
@@ -17,7 +16,7 @@ int runPracticeWindow(const QString &folder)
     WindowPrompts prompts;
     WindowKeyboard keyboard;
     PracticeDesk desk(folder, prompts, keyboard);
-    Program program(desk.platform(), prompts, makePracticeSignIn);
+    Program program(desk.platform(), prompts, PracticeDesk::signInNote());
     addPracticeMenu(program.window().menuBar(), desk);
     program.window().show();
     return QApplication::exec();

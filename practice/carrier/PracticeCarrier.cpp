@@ -1,40 +1,16 @@
 #include "practice/carrier/PracticeCarrier.h"
 
+#include "practice/LoopbackServer.h"
 #include "practice/carrier/PracticeHistory.h"
 #include "practice/carrier/PracticeLedger.h"
 #include "practice/carrier/PracticeRoutes.h"
 
-#include <httplib.h>
-
-#include <netinet/in.h>
-#include <sys/socket.h>
-
-#include <atomic>
-#include <condition_variable>
 #include <mutex>
 #include <stdexcept>
-#include <thread>
 
 namespace parcelory {
 
 namespace {
-
-constexpr auto loopback = "127.0.0.1";
-
-/// Ends the connection with the client that calls from `clientPort`. The server library offers no way to hang up, so
-/// the connection is looked up among the open files of the process.
-void hangUp(int clientPort, int serverPort)
-{
-    constexpr int mostOpenFiles = 4096;
-    for (int file = 3; file < mostOpenFiles; ++file) {
-        sockaddr_in peer{}, own{};
-        socklen_t peerSize = sizeof peer, ownSize = sizeof own;
-        if (::getpeername(file, reinterpret_cast<sockaddr *>(&peer), &peerSize) == 0 &&
-            ::getsockname(file, reinterpret_cast<sockaddr *>(&own), &ownSize) == 0 && peer.sin_family == AF_INET &&
-            ntohs(peer.sin_port) == clientPort && ntohs(own.sin_port) == serverPort)
-            ::shutdown(file, SHUT_RDWR);
-    }
-}
 
 QByteArray headerOf(const httplib::Request &request, const char *name)
 {
@@ -62,9 +38,7 @@ void send(const CarrierAnswer &answer, httplib::Response &response)
 class PracticeCarrier::Impl {
 public:
     Impl();
-    ~Impl();
 
-    int port = 0;
     mutable std::mutex mutex; ///< guards everything below
     CarrierScenario scenario;
     int listReads = 0;
@@ -79,44 +53,14 @@ private:
     CarrierAnswer download(const CarrierRequest &request, const QByteArray &authorization);
     CarrierAnswer apiAnswer(const CarrierRequest &request, const QByteArray &authorization);
 
-    httplib::Server m_server;
-    std::thread m_thread;
-    std::condition_variable m_stopping;
-    bool m_isStopping = false;
-    std::atomic<bool> m_hasEnded = false;
+    LoopbackServer m_server{"practice carrier"}; // the last one: it uses the others until it has stopped
 };
 
 PracticeCarrier::Impl::Impl()
 {
-    const auto handler = [this](const httplib::Request &message, httplib::Response &response) {
-        serve(message, response);
-    };
-    m_server.Get(".*", handler).Post(".*", handler).Put(".*", handler).Patch(".*", handler).Delete(".*", handler);
-    // A connection kept alive would keep the destructor waiting for seconds.
-    m_server.set_keep_alive_max_count(1);
-    port = m_server.bind_to_any_port(loopback);
-    if (port <= 0)
-        throw std::runtime_error("The practice carrier cannot listen on 127.0.0.1.");
     live.test = false;
-    test.base = live.base = "http://" + std::string(loopback) + ':' + std::to_string(port) + '/';
-    m_thread = std::thread([this] {
-        m_server.listen_after_bind();
-        m_hasEnded = true;
-    });
-}
-
-PracticeCarrier::Impl::~Impl()
-{
-    {
-        const std::lock_guard lock(mutex);
-        m_isStopping = true;
-    }
-    m_stopping.notify_all();
-    // A server that has not begun to listen would not notice being stopped.
-    while (!m_server.is_running() && !m_hasEnded)
-        std::this_thread::yield();
-    m_server.stop();
-    m_thread.join();
+    test.base = live.base = m_server.base();
+    m_server.start([this](const httplib::Request &message, httplib::Response &response) { serve(message, response); });
 }
 
 PracticeLedger *PracticeCarrier::Impl::ledgerOf(const QByteArray &authorization)
@@ -135,6 +79,7 @@ void PracticeCarrier::Impl::serve(const httplib::Request &message, httplib::Resp
     const QByteArray authorization = headerOf(message, "Authorization");
     std::unique_lock lock(mutex);
     const bool isDropped = scenario.dropConnection;
+    const std::chrono::milliseconds delay = scenario.answerDelay;
     CarrierAnswer answer;
     if (auto instead = misfortune(request))
         answer = *std::move(instead);
@@ -145,10 +90,10 @@ void PracticeCarrier::Impl::serve(const httplib::Request &message, httplib::Resp
         answer = apiAnswer(request, authorization);
     received.append({request.method, target, authorization, headerOf(message, "Content-Type"), request.body,
                      isDropped ? 0 : answer.status});
-    m_stopping.wait_for(lock, scenario.answerDelay, [this] { return m_isStopping; });
     lock.unlock();
+    m_server.pause(delay);
     if (isDropped)
-        hangUp(message.remote_port, port);
+        m_server.hangUp(message);
     else
         send(answer, response);
 }

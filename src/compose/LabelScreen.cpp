@@ -133,6 +133,36 @@ void LabelScreen::takeFilledDraft()
     forgetValidation();
     showIntlPaperwork = false;
     banner = std::nullopt;
+    takeCustoms();
+}
+
+/// The declaration follows the invoice; without one, nothing of the last invoice stays. Whoever signs still does.
+void LabelScreen::takeCustoms()
+{
+    const std::optional<DesklineInvoice> invoice = draftInvoice();
+    CustomsInfo filled{.signer = customs.value().signer};
+    if (invoice) {
+        filled.itemType = invoice->suggestedCustomsType().value_or(filled.itemType);
+        filled.value = defaultCustomsValue();
+    }
+    CustomsInfo untouched = m_filledCustoms;
+    untouched.signer = filled.signer;
+    if (invoice || customs.value() == untouched)
+        customs = filled;
+    m_filledCustoms = filled;
+}
+
+std::optional<DesklineInvoice> LabelScreen::draftInvoice() const
+{
+    const std::optional<DesklineInvoice> &invoice = m_app.scannedInvoice.value();
+    return invoice && invoice->invoiceID == reference.value().trimmed() ? invoice : std::nullopt;
+}
+
+QString LabelScreen::defaultCustomsValue() const
+{
+    const std::optional<DesklineInvoice> invoice = draftInvoice();
+    const std::optional<double> subtotal = invoice ? invoice->subtotal() : std::nullopt;
+    return subtotal ? fixed(*subtotal, 2) : QString();
 }
 
 void LabelScreen::forgetValidation()

@@ -98,6 +98,10 @@ public:
     QProperty<std::optional<LastLabel>> lastLabel;
 
     std::optional<SenderProfile> sender() const;
+    /// The scanned invoice that the draft is about; nothing once its parcel is sold or another recipient is filled in.
+    std::optional<DesklineInvoice> draftInvoice() const;
+    /// The declared value that the draft's invoice suggests, in US dollars; empty without one.
+    QString defaultCustomsValue() const;
     bool isInternational() const;
     bool flatRateLocked() const;
     /// The class that will be used: Priority Mail while a flat rate is chosen.
@@ -194,6 +198,7 @@ private:
     void syncClassToDestination();
     void invalidateIntlRates();
     void takeFilledDraft();
+    void takeCustoms();
     void forgetValidation();
     void setSize(const QString &length, const QString &width, const QString &height);
     void clearRates();
@@ -231,6 +236,7 @@ private:
     bool m_purchaseComplete = false;
     bool m_bannerAboutRates = false; ///< the banner goes with the rates that it is about
     ShippoAddress m_lastRecipient;
+    CustomsInfo m_filledCustoms; ///< as the draft was filled; what differs the clerk has typed
     std::vector<QPropertyNotifier> m_notifiers;
 };
 

@@ -2,8 +2,6 @@
 
 #include "core/Text.h"
 
-#include <QRegularExpression>
-
 namespace parcelory {
 using namespace Qt::StringLiterals;
 
@@ -17,13 +15,15 @@ const QList<MainTabInfo> &mainTabs()
 }
 
 AppState::AppState(Platform &host)
-    : platform(host), errors(ErrorLog::shared()), sanitizer(host.deployment.storeNames),
-      keys(host.secrets, host.preferences), shippo(host, keys), scale(host.hid), log(host.dataFolder), senders(host),
-      boxes(host), printer(host), scanListener(host.keyboard, host.clock, host.deployment.shortLinkHost)
+    : platform(host), errors(ErrorLog::shared()), sanitizer(host.deployment.storeNames), credentials(host), auth(host),
+      invoices(auth, sanitizer), keys(host.secrets, host.preferences), shippo(host, keys), scale(host.hid),
+      log(host.dataFolder), senders(host), boxes(host), printer(host),
+      scanListener(host.keyboard, host.clock, host.deployment.shortLinkHost)
 {
     const auto announce = [this] { emit changed(); };
     const auto observe = [&](auto &...property) { (m_notifiers.push_back(property.addNotifier(announce)), ...); };
-    observe(flow, tab, lastShipmentSummary, scanStatus, keyChanges, draftTo, draftReference, draftFillCount);
+    observe(flow, tab, loginBusy, loginError, signedInUser, lastShipmentSummary, keyChanges, draftTo, draftReference,
+            draftFillCount, scanBusy, scanStatus, scannedInvoice);
     scanListener.onScan = [this](const QString &code) { handleInvoiceScan(code); };
     scanListener.onNoise = [this](const QString &heard) {
         if (flow == AppFlow::main)
@@ -46,13 +46,6 @@ void AppState::fillRecipient(const PostalContact &contact)
     draftReference = QString(); // a recipient of the address book carries no invoice number
     draftFillCount = draftFillCount + 1;
     tab = MainTab::newLabel;
-}
-
-void AppState::handleInvoiceScan(const QString &code)
-{
-    const QString host = QRegularExpression::escape(platform.deployment.shortLinkHost);
-    const QRegularExpression invoice(host + u"/i(\\d+)"_s, QRegularExpression::CaseInsensitiveOption);
-    scanStatus = u"Invoice %1 scanned."_s.arg(invoice.match(code).captured(1));
 }
 
 void AppState::reportScanNoise(const QString &heard)

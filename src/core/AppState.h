@@ -1,5 +1,7 @@
 #pragma once
 
+#include "backoffice/DesklineInvoiceFetcher.h"
+#include "backoffice/SavedCredentials.h"
 #include "carrier/ShippoClient.h"
 #include "carrier/ShippoKeys.h"
 #include "core/CompanySanitizer.h"
@@ -16,6 +18,7 @@
 #include <QObject>
 #include <QProperty>
 
+#include <optional>
 #include <vector>
 
 namespace parcelory {
@@ -45,8 +48,11 @@ public:
 
     QProperty<AppFlow> flow{AppFlow::login};
     QProperty<MainTab> tab{MainTab::newLabel};
+    QProperty<bool> loginBusy{false};
+    QProperty<std::optional<QString>> loginError;
+    QProperty<QString> signedInUser;
+    bool autoLoginTried = false;
     QProperty<QString> lastShipmentSummary; ///< one line about the last label bought
-    QProperty<QString> scanStatus;          ///< scanner and invoice status line
     QProperty<int> keyChanges{0}; ///< counts changes of the API keys: what was rated under one is not another's
 
     // The hand-off to the New Label screen: set draftTo and draftReference, then count draftFillCount up.
@@ -54,7 +60,14 @@ public:
     QProperty<QString> draftReference;
     QProperty<int> draftFillCount{0};
 
+    QProperty<bool> scanBusy{false};                          ///< an invoice is being read
+    QProperty<QString> scanStatus;                            ///< scanner and invoice status line
+    QProperty<std::optional<DesklineInvoice>> scannedInvoice; ///< the last one that was read
+
     CompanySanitizer sanitizer;
+    SavedCredentials credentials;
+    DesklineAuth auth;
+    DesklineInvoiceFetcher invoices;
     ShippoKeys keys;
     ShippoClient shippo;
     USBScale scale;
@@ -66,16 +79,32 @@ public:
 
     /// Pushes a recipient of the address book into the label draft and shows it.
     void fillRecipient(const PostalContact &contact);
-    /// The scanner read an invoice's code.
-    void handleInvoiceScan(const QString &code);
+
+    /// Signs in to the back office. On success the main flow begins; otherwise loginError says why not.
+    Task<> signIn(QString user, QString pass, bool remember);
+    /// Signs in with what is remembered, at most once a run.
+    Task<> attemptAutoLogin();
+    Task<bool> hasSavedCredentials();
+    /// Forgets the remembered sign-in and the session; stores and draft stay.
+    void signOut();
+
+    /// Reads the invoice whose code or number this is and fills the label with it. Dropped while another is being read.
+    void handleInvoiceScan(const QString &text);
+    void fillFromInvoice(const DesklineInvoice &invoice);
     /// The scanner heard keys that are no invoice code.
     void reportScanNoise(const QString &heard);
 
 signals:
     /// Any observable field, or the mailing log, has changed.
     void changed();
+    /// An invoice has filled the label, and the clerk has read what it says.
+    void invoiceTaken();
 
 private:
+    Task<> readInvoice(QString id);
+    Task<> invoiceAttentionAlert(DesklineInvoice invoice);
+
+    int m_signIns = 0; ///< counts beginnings and ends of sessions: what one clerk asked for is not shown to another
     std::vector<QPropertyNotifier> m_notifiers;
 };
 

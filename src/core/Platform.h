@@ -10,6 +10,7 @@
 #include "core/ports/ProcessRunner.h"
 #include "core/ports/Prompts.h"
 #include "core/ports/SecretStore.h"
+#include "core/ports/WebSession.h"
 
 #include <QDir>
 
@@ -27,6 +28,7 @@ struct Platform {
     ProcessRunner &processes;
     HidSource &hid;
     Keyboard &keyboard;
+    WebSession &web;
 
     QDir dataFolder; ///< the folder "Parcelory" of the user's application support; may not exist yet
     Deployment deployment;

@@ -33,8 +33,10 @@ Display CommandLine::display(int count, char **arguments)
     const bool hasScreen = !qEnvironmentVariableIsEmpty("DISPLAY") || !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") ||
                            !qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM");
 #endif
-    if (!given("--practice"))
+    if (given("--status") || given("--add-key"))
         return Display::none;
+    if (!given("--practice"))
+        return hasScreen ? Display::screen : Display::none;
     return hasScreen && !given("--ship") ? Display::screen : Display::memory; // documents are drawn without a screen
 }
 
@@ -61,6 +63,7 @@ CommandLine CommandLine::parse(const QStringList &arguments)
 
     CommandLine line;
     line.practice = parser.isSet(practice);
+    line.status = parser.isSet(status);
     line.practiceFolder = parser.value(data);
     if (parser.isSet(ship))
         line.orders = parser.value(ship);
@@ -68,15 +71,15 @@ CommandLine CommandLine::parse(const QStringList &arguments)
         line.screenshots = parser.value(screenshots);
     if (parser.isSet(addKey))
         line.keyName = parser.value(addKey);
-    const int asked = int(line.practice) + int(parser.isSet(status)) + int(line.keyName.has_value());
+    const int asked = int(line.practice) + int(line.status) + int(line.keyName.has_value());
     if (!parser.positionalArguments().isEmpty())
         refuse(u"\"%1\" is no option."_s.arg(parser.positionalArguments().first()));
     if ((parser.isSet(data) || line.orders || line.screenshots) && !line.practice)
         refuse(u"--data, --ship and --screenshots belong to --practice."_s);
     if (line.orders && line.screenshots)
         refuse(u"--ship and --screenshots do not go together."_s);
-    if (asked != 1)
-        refuse(u"Give one of --practice, --status and --add-key."_s);
+    if (asked > 1)
+        refuse(u"Give only one of --practice, --status and --add-key."_s);
     return line;
 }
 

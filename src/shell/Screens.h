@@ -1,5 +1,6 @@
 #pragma once
 
+#include "backoffice/SignInScreen.h"
 #include "compose/LabelScreen.h"
 #include "core/AppState.h"
 #include "records/MailingLogScreen.h"
@@ -11,8 +12,9 @@ namespace parcelory {
 /// The screen models of the program's one window; they live as long as AppState, so that a draft survives every
 /// change of tab and sign-in.
 struct Screens {
-    explicit Screens(AppState &app) : label(app), mailingLog(app), settings(app), keys(app) {}
+    explicit Screens(AppState &app) : signIn(app), label(app), mailingLog(app), settings(app), keys(app) {}
 
+    SignInScreen signIn;
     LabelScreen label;
     MailingLogScreen mailingLog;
     SettingsScreen settings;

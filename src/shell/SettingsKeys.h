@@ -14,6 +14,10 @@ inline const Setting<QString> zebraQueue{u"printer.zebraQueue"_s, {}};
 inline const Setting<QString> documentQueue{u"printer.documentQueue"_s, {}}; ///< empty: PDFs open in the viewer
 inline const Setting<bool> rotate180{u"printer.rotate180"_s, true};
 
+inline const Setting<bool> desklineRemember{u"deskline.remember"_s, false}; ///< sign in by itself at the next start
+inline const Setting<QString> signInName{u"parcelory.email"_s, {}};         ///< as last typed
+
+inline const Setting<bool> showAddressSidebar{u"ui.showAddressSidebar"_s, true};
 inline const Setting<QByteArray> windowGeometry{u"ui.windowGeometry"_s, {}};
 
 inline const Setting<QStringList> shippoKeyNames{u"shippo.keyNames"_s, {}}; ///< in the order they were added

@@ -5,7 +5,10 @@
 #include "practice/PracticeScreens.h"
 #include "practice/PracticeWindow.h"
 #include "shell/CommandLine.h"
+#include "shell/platform/ConsolePrompts.h"
 #include "shell/platform/SystemPlatform.h"
+#include "shell/ui/Program.h"
+#include "shell/ui/WindowKeyboard.h"
 
 #include <QApplication>
 #include <QTextStream>
@@ -46,6 +49,17 @@ int addKey(Platform &platform, const QString &typedName)
     return 0;
 }
 
+int runWindow()
+{
+    Program::makeLook();
+    WindowPrompts prompts;
+    WindowKeyboard keyboard;
+    SystemPlatform system(prompts, keyboard);
+    Program program(system.platform(), prompts);
+    program.window().show();
+    return QApplication::exec();
+}
+
 int run(const CommandLine &line, bool window)
 {
     if (line.screenshots)
@@ -54,7 +68,14 @@ int run(const CommandLine &line, bool window)
         return runPracticeWindow(line.practiceFolder);
     if (line.practice)
         return runPractice(line.practiceFolder, line.orders.value_or(QString()));
-    SystemPlatform system;
+    if (!line.status && !line.keyName) {
+        if (!window)
+            throw AppError(u"There is no display to open the window on; parcelory --help tells what works without."_s);
+        return runWindow();
+    }
+    ConsolePrompts prompts;
+    SilentKeyboard keyboard;
+    SystemPlatform system(prompts, keyboard);
     return line.keyName ? addKey(system.platform(), *line.keyName) : printStatus(system.platform());
 }
 
@@ -71,6 +92,7 @@ int main(int argc, char **argv)
     const parcelory::Display display = parcelory::CommandLine::display(argc, argv);
     if (display == parcelory::Display::memory)
         qputenv("QT_QPA_PLATFORM", "offscreen");
+    parcelory::WebEngineSession::prepareProcess();
     const bool window = display == parcelory::Display::screen;
     std::unique_ptr<QCoreApplication> app;
     if (display != parcelory::Display::none)

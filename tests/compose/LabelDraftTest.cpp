@@ -100,6 +100,32 @@ TEST_F(LabelDraftTest, TakesAFilledRecipientEveryTimeItIsPushed)
     EXPECT_EQ(changes, 1) << "a change of the mailing log is a change of the application";
 }
 
+TEST_F(LabelDraftTest, DeclaresWhatTheInvoiceSaysAndNothingOfTheLastOne)
+{
+    const auto fill = [this](const QString &id, const QString &item, const QString &total) {
+        DesklineInvoice invoice{.invoiceID = id, .address = londonAddress()};
+        invoice.items.append({.title = item, .qty = u"1"_s, .total = total});
+        app->scannedInvoice = invoice;
+        app->fillFromInvoice(invoice);
+    };
+    fill(u"48377"_s, u"Silver crown"_s, u"$1,310.00"_s);
+    CustomsInfo declared{CustomsItemType::silver, {}, u"1310.00"_s, {}};
+    EXPECT_EQ(screen().customs.value(), declared);
+    declared.signer = u"Dana Marsh"_s;
+    screen().customs = declared;
+    fill(u"48378"_s, u"Bank note"_s, u"on request"_s);
+    EXPECT_EQ(screen().customs.value(), (CustomsInfo{CustomsItemType::currency, {}, {}, u"Dana Marsh"_s}));
+
+    fill(u"48377"_s, u"Silver crown"_s, u"$1,310.00"_s);
+    app->fillRecipient({.name = u"Somebody else"_s});
+    EXPECT_EQ(screen().customs.value(), (CustomsInfo{.signer = u"Dana Marsh"_s}));
+    EXPECT_FALSE(screen().draftInvoice());
+    declared.value = u"75"_s; // typed before the recipient was chosen
+    screen().customs = declared;
+    app->fillRecipient({.name = u"Somebody else"_s});
+    EXPECT_EQ(screen().customs.value(), declared);
+}
+
 TEST_F(LabelDraftTest, ShowsScannerNoiseCutToFortyCharacters)
 {
     app->reportScanNoise(QString(39, u'a') + u"e\u0301bc"_s);

@@ -81,6 +81,7 @@ protected:
                   .processes = processes,
                   .hid = world.hid,
                   .keyboard = world.keyboard,
+                  .web = world.web,
                   .dataFolder = QDir(world.folder.path()),
                   .deployment = world.platform.deployment};
     LabelPrinter printer{real};

@@ -39,6 +39,7 @@ FakePlatform::FakePlatform()
                .processes = processes,
                .hid = hid,
                .keyboard = keyboard,
+               .web = web,
                .dataFolder = QDir(folder.path()),
                .deployment = Deployment::builtIn()}
 {

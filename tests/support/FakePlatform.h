@@ -5,6 +5,7 @@
 #include "practice/MemorySecrets.h"
 #include "shell/platform/NetworkTransport.h"
 #include "support/FakeClock.h"
+#include "support/FakeWebSession.h"
 
 #include <QHash>
 #include <QTemporaryDir>
@@ -113,6 +114,7 @@ struct FakePlatform {
     FakeProcesses processes;
     FakeHid hid;
     SilentKeyboard keyboard;
+    FakeWebSession web;
     Platform platform;
 
     QString path(const QString &name) const { return folder.filePath(name); }

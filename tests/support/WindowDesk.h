@@ -35,6 +35,7 @@ struct WindowDesk : CarrierDesk {
                 .processes = processes,
                 .hid = hid,
                 .keyboard = windowKeyboard,
+                .web = web,
                 .dataFolder = platform.dataFolder,
                 .deployment = platform.deployment,
                 .practice = practice}
@@ -45,7 +46,7 @@ struct WindowDesk : CarrierDesk {
             const bool list = arguments.first() == QStringLiteral("-v");
             return ProcessOutcome{0, list ? "device for ZD421: usb://Zebra/ZD421\n" : "", {}};
         };
-        program = std::make_unique<Program>(world, windowPrompts, [](AppState &) { return new QWidget; });
+        program = std::make_unique<Program>(world, windowPrompts);
         window().show();
         if (!QTest::qWaitForWindowActive(&window()))
             qFatal("the window did not become active");

@@ -17,6 +17,8 @@ struct HttpRequest {
     QList<std::pair<QByteArray, QByteArray>> headers;
     QByteArray body; ///< sent when not empty
     std::chrono::milliseconds timeout = std::chrono::seconds(60);
+    enum class Redirects { follow, answer }; ///< `answer` takes a redirect for the answer
+    Redirects redirects = Redirects::follow;
 };
 
 struct HttpAnswer {

@@ -55,8 +55,13 @@ QNetworkRequest networkRequest(const HttpRequest &request, NetworkTransport::Rea
         return header.first.compare("Authorization", Qt::CaseInsensitive) == 0;
     });
     const bool stay = authorised || reach == NetworkTransport::Reach::loopbackOnly;
-    message.setAttribute(QNetworkRequest::RedirectPolicyAttribute,
-                         stay ? QNetworkRequest::SameOriginRedirectPolicy : QNetworkRequest::NoLessSafeRedirectPolicy);
+    const auto followed = stay ? QNetworkRequest::SameOriginRedirectPolicy : QNetworkRequest::NoLessSafeRedirectPolicy;
+    message.setAttribute(QNetworkRequest::RedirectPolicyAttribute, request.redirects == HttpRequest::Redirects::follow
+                                                                       ? followed
+                                                                       : QNetworkRequest::ManualRedirectPolicy);
+    // No request leaves cookies for another.
+    message.setAttribute(QNetworkRequest::CookieLoadControlAttribute, QNetworkRequest::Manual);
+    message.setAttribute(QNetworkRequest::CookieSaveControlAttribute, QNetworkRequest::Manual);
     return message;
 }
 
@@ -80,9 +85,13 @@ Task<HttpAnswer> NetworkTransport::send(HttpRequest request)
         throw AppError(u"The practice desk does not go to %1."_s.arg(request.url.host()));
     const QNetworkRequest message = networkRequest(request, m_reach);
     OneTimeBody body(request.body);
-    const std::unique_ptr<QNetworkReply, QScopedPointerDeleteLater> reply(
-        request.body.isEmpty() ? m_manager.sendCustomRequest(message, request.method)
-                               : m_manager.sendCustomRequest(message, request.method, &body));
+    const auto start = [&] {
+        if (request.method == "HEAD")
+            return m_manager.head(message); // as any other method it would wait for a body that never comes
+        return request.body.isEmpty() ? m_manager.sendCustomRequest(message, request.method)
+                                      : m_manager.sendCustomRequest(message, request.method, &body);
+    };
+    const std::unique_ptr<QNetworkReply, QScopedPointerDeleteLater> reply(start());
     co_await reply.get();
     const int status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
     // A connection that broke in the middle of an answer has a status, too; a refusal by status is an answer.

@@ -10,16 +10,18 @@ QDir applicationSupportFolder()
     return QDir(QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + u"/Parcelory"_s);
 }
 
-SystemPlatform::SystemPlatform()
-    : m_platform{.http = m_http,
+SystemPlatform::SystemPlatform(Prompts &prompts, Keyboard &keyboard)
+    : m_web({.folder = applicationSupportFolder().filePath(u"Deskline"_s)}),
+      m_platform{.http = m_http,
                  .clock = m_clock,
                  .secrets = m_secrets,
                  .preferences = m_preferences,
-                 .prompts = m_prompts,
+                 .prompts = prompts,
                  .desktop = m_desktop,
                  .processes = m_processes,
                  .hid = m_hid,
-                 .keyboard = m_keyboard,
+                 .keyboard = keyboard,
+                 .web = m_web,
                  .dataFolder = applicationSupportFolder(),
                  .deployment = Deployment::builtIn()}
 {

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "core/Platform.h"
-#include "shell/platform/ConsolePrompts.h"
 #include "shell/platform/HidScales.h"
 #include "shell/platform/Keychain.h"
 #include "shell/platform/NetworkTransport.h"
@@ -9,13 +8,14 @@
 #include "shell/platform/SystemClock.h"
 #include "shell/platform/SystemDesktop.h"
 #include "shell/platform/SystemProcesses.h"
+#include "shell/platform/WebEngineSession.h"
 
 namespace parcelory {
 
 /// The real world: this machine's network, secret store, preferences, printers and data folder.
 class SystemPlatform {
 public:
-    SystemPlatform();
+    SystemPlatform(Prompts &prompts, Keyboard &keyboard);
 
     Platform &platform() { return m_platform; }
 
@@ -24,11 +24,10 @@ private:
     SystemClock m_clock;
     Keychain m_secrets;
     SettingsPreferences m_preferences;
-    ConsolePrompts m_prompts;
     SystemProcesses m_processes;
     SystemDesktop m_desktop{m_processes};
     HidScales m_hid;
-    SilentKeyboard m_keyboard;
+    WebEngineSession m_web;
     Platform m_platform;
 };
 

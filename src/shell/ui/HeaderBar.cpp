@@ -1,7 +1,6 @@
 #include "shell/ui/HeaderBar.h"
 
 #include "shell/ui/parts/Button.h"
-#include "shell/ui/parts/TextLabel.h"
 
 #include <QHBoxLayout>
 #include <QPainter>
@@ -39,7 +38,9 @@ void ModeHatch::paintEvent(QPaintEvent *)
 
 HeaderBar::HeaderBar(AppState &app, LabelScreen &label, KeysScreen &keys, QWidget *parent)
     : Surface(&Tokens::sheet, parent), m_app(app), m_label(label), m_keys(keys), m_tabs(new QTabBar),
-      m_mode(new Badge({}, BadgeKind::plain)), m_signOut(nullptr), m_follower([this] { refresh(); })
+      m_mode(new Badge({}, BadgeKind::plain)), m_userRule(new Rule(Qt::Vertical)),
+      m_user(new ElidedLabel({}, FontRole::caption, &Tokens::muted)), m_signOut(nullptr),
+      m_follower([this] { refresh(); })
 {
     const Theme &theme = Theme::current();
     setLines(Qt::BottomEdge);
@@ -52,6 +53,8 @@ HeaderBar::HeaderBar(AppState &app, LabelScreen &label, KeysScreen &keys, QWidge
     for (const MainTabInfo &info : mainTabs())
         m_tabs->addTab(info.title);
     m_mode->setTall(24);
+    m_userRule->setFixedHeight(theme.scaled(20));
+    m_user->setMaximumWidth(theme.scaled(160));
     auto *signOut = new Button(u"Sign Out"_s, Button::Kind::link);
 
     auto *row = new QHBoxLayout(this);
@@ -64,12 +67,14 @@ HeaderBar::HeaderBar(AppState &app, LabelScreen &label, KeysScreen &keys, QWidge
     row->addStretch(1);
     row->addWidget(m_mode);
     row->addSpacing(4);
+    row->addWidget(m_userRule);
+    row->addWidget(m_user);
     row->addWidget(signOut);
     m_signOut = signOut;
 
     connect(m_tabs, &QTabBar::currentChanged, this, [this](int at) { m_app.tab = mainTabs()[at].tab; });
-    connect(signOut, &QPushButton::clicked, this, [this] { m_app.flow = AppFlow::login; });
-    m_follower.follow(app.tab, keys.mode, label.busy);
+    connect(signOut, &QPushButton::clicked, this, [this] { m_app.signOut(); });
+    m_follower.follow(app.tab, app.signedInUser, keys.mode, label.busy);
     refresh();
 }
 
@@ -77,6 +82,9 @@ void HeaderBar::refresh()
 {
     m_tabs->setCurrentIndex(int(m_app.tab.value()));
     m_signOut->setEnabled(!m_label.busy); // the carrier's answer may be a question
+    m_user->setFullText(m_app.signedInUser);
+    m_user->setVisible(!m_user->fullText().isEmpty());
+    m_userRule->setVisible(!m_user->fullText().isEmpty());
     const PostageMode mode = m_keys.mode;
     m_mode->setVisible(mode == PostageMode::test || mode == PostageMode::practice);
     if (mode == PostageMode::practice)

@@ -5,6 +5,7 @@
 #include "shell/ui/parts/Badge.h"
 #include "shell/ui/parts/Follower.h"
 #include "shell/ui/parts/Surface.h"
+#include "shell/ui/parts/TextLabel.h"
 
 class QTabBar;
 
@@ -24,7 +25,7 @@ private:
     PostageMode m_mode = PostageMode::none;
 };
 
-/// The window's head: name, tabs, mode and the way out.
+/// The window's head: name, tabs, mode, who is signed in and the way out.
 class HeaderBar : public Surface {
     Q_OBJECT
 public:
@@ -38,6 +39,8 @@ private:
     KeysScreen &m_keys;
     QTabBar *m_tabs;
     Badge *m_mode;
+    Rule *m_userRule;
+    ElidedLabel *m_user;
     QWidget *m_signOut;
     Follower m_follower;
 };

@@ -8,6 +8,7 @@
 #include "shell/ui/log/MailingLogView.h"
 #include "shell/ui/log/MasterLogView.h"
 #include "shell/ui/settings/SettingsView.h"
+#include "shell/ui/signin/SignInView.h"
 
 #include <QApplication>
 #include <QCloseEvent>
@@ -17,10 +18,10 @@
 namespace parcelory {
 using namespace Qt::StringLiterals;
 
-MainWindow::MainWindow(AppState &app, Screens &screens, QWidget *signIn)
+MainWindow::MainWindow(AppState &app, Screens &screens, const QString &signInNote)
     : m_app(app), m_screens(screens), m_flows(new QStackedWidget), m_follower([this] { refresh(); })
 {
-    m_flows->addWidget(signIn);
+    m_flows->addWidget(new SignInView(app, screens.signIn, signInNote));
     m_flows->addWidget(makeMain());
     setCentralWidget(m_flows);
     addWindowActions(*this);
@@ -88,6 +89,12 @@ void MainWindow::refresh()
     if ((entering || changed) && signedIn && m_app.tab == MainTab::newLabel && m_app.draftTo.value().isEmpty())
         m_label->focusRecipient();
     finishClosing();
+}
+
+void MainWindow::showTab(MainTab tab)
+{
+    m_app.tab = tab;
+    m_follower.refreshNow();
 }
 
 void MainWindow::openWindow(const QString &identifier)

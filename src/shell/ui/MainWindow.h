@@ -21,8 +21,8 @@ class SettingsView;
 class MainWindow : public QMainWindow {
     Q_OBJECT
 public:
-    /// `signIn` is the page that the flow begins with; it sets AppState::flow.
-    MainWindow(AppState &app, Screens &screens, QWidget *signIn);
+    /// `signInNote` is an extra line of the sign-in; mostly empty.
+    MainWindow(AppState &app, Screens &screens, const QString &signInNote = {});
 
     LabelView &labelView() { return *m_label; }
     MailingLogView &mailingLogView() { return *m_mailingLog; }
@@ -30,6 +30,8 @@ public:
     AppState &app() { return m_app; }
     Screens &screens() { return m_screens; }
 
+    /// Shows a tab at once, for what is to happen in it.
+    void showTab(MainTab tab);
     /// Opens a secondary window, or brings it to the front. Known: "errorlog".
     void openWindow(const QString &identifier);
 

@@ -15,11 +15,11 @@ void Program::makeLook()
     QApplication::setWindowIcon(themeIcon(QStringLiteral("parcelory_mark"), &Tokens::accent));
 }
 
-Program::Program(Platform &platform, WindowPrompts &prompts, const SignInPage &signIn)
+Program::Program(Platform &platform, WindowPrompts &prompts, const QString &signInNote)
     : m_errors(platform), m_app(platform), m_screens(m_app)
 {
     QObject::connect(&m_appearance, &SystemAppearance::darkChanged, [](bool dark) { Theme::current().setDark(dark); });
-    m_window = std::make_unique<MainWindow>(m_app, m_screens, signIn(m_app));
+    m_window = std::make_unique<MainWindow>(m_app, m_screens, signInNote);
     prompts.attach(m_window.get(), platform.clock);
 }
 

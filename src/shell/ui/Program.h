@@ -6,18 +6,13 @@
 #include "shell/ui/WindowPrompts.h"
 #include "shell/ui/theme/SystemAppearance.h"
 
-#include <functional>
-
 namespace parcelory {
 
 /// The running program with its window: services, screen models and views over one world.
 class Program {
 public:
-    /// Makes the sign-in page, which ends by setting AppState::flow.
-    using SignInPage = std::function<QWidget *(AppState &)>;
-
-    /// Call after makeLook(). `prompts` is the one in `platform`.
-    Program(Platform &platform, WindowPrompts &prompts, const SignInPage &signIn);
+    /// Call after makeLook(). `prompts` is the one in `platform`; `signInNote` is an extra line of the sign-in screen.
+    Program(Platform &platform, WindowPrompts &prompts, const QString &signInNote = {});
     ~Program();
 
     /// Gives the application its theme, light or dark as the system is.

@@ -21,19 +21,20 @@ TextLabel *paragraph(const QString &text, FontRole role = FontRole::body)
     return label;
 }
 
-/// A text that may be longer than the screen is high.
-QWidget *scrolling(TextLabel *text)
+/// A text that may be longer than the window over which its dialog stands is high. Title and button come on top of it.
+QWidget *scrolling(TextLabel *text, const QWidget *parent)
 {
-    constexpr int width = 400, mostHeight = 360;
+    constexpr int width = 400, mostHeight = 360, aroundIt = 150;
     const Theme &theme = Theme::current();
-    const int height = text->heightForWidth(theme.scaled(width));
-    if (height <= theme.scaled(mostHeight))
+    const int room = parent ? parent->window()->height() * 7 / 10 - theme.scaled(aroundIt) : theme.scaled(mostHeight);
+    const int most = std::clamp(room, theme.scaled(100), theme.scaled(mostHeight));
+    if (text->heightForWidth(theme.scaled(width)) <= most)
         return text;
     auto *area = new QScrollArea;
     area->setFrameShape(QFrame::NoFrame);
     area->setBackgroundRole(QPalette::Base);
     area->setWidgetResizable(true);
-    area->setFixedHeight(theme.scaled(mostHeight));
+    area->setFixedHeight(most);
     area->setWidget(text);
     return area;
 }
@@ -90,7 +91,7 @@ Dialog *makeAlert(Clock &clock, const QString &title, const QString &text, QWidg
 {
     auto *dialog = new Dialog(clock, title, u"parcelory_mark"_s, &Tokens::accent, 520, parent);
     dialog->setAccessibleDescription(text);
-    dialog->body()->addWidget(scrolling(paragraph(text)));
+    dialog->body()->addWidget(scrolling(paragraph(text), parent));
     dialog->addButton(u"OK"_s, QDialog::Accepted, Button::Kind::solid);
     return dialog;
 }
@@ -102,7 +103,7 @@ Dialog *makeQuestion(Clock &clock, const Question &question, QWidget *parent)
     if (question.comparison)
         addComparison(dialog, *question.comparison);
     else
-        dialog->body()->addWidget(scrolling(paragraph(question.text)));
+        dialog->body()->addWidget(scrolling(paragraph(question.text), parent));
     for (int choice = 0; choice < question.choices.size(); ++choice) {
         const bool safe = choice == question.safeChoice;
         dialog->addButton(question.choices[choice], choice + 1, safe ? Button::Kind::solid : Button::Kind::standard);

@@ -95,6 +95,12 @@ void Menus::addLabel()
     LabelView &view = m_window.labelView();
     add(menu, u"Clear Form"_s, Qt::CTRL | Qt::Key_N, here, [&view] { view.clear(); });
     add(menu, u"Recipient"_s, Qt::CTRL | Qt::Key_L, here, [&view] { view.focusRecipient(); });
+    add(
+        menu, u"Invoice Number"_s, Qt::CTRL | Qt::Key_I, [this] { return app().flow == AppFlow::main; },
+        [this] {
+            m_window.showTab(MainTab::newLabel);
+            m_window.labelView().focusInvoiceNumber();
+        });
     add(menu, u"Validate Address"_s, Qt::CTRL | Qt::Key_K, idle, [&view] { view.validate(); });
     add(
         menu, u"Weigh"_s, Qt::CTRL | Qt::Key_G, [this, idle] { return idle() && app().scale.connected; },
@@ -147,9 +153,9 @@ void Menus::addView()
     settings->setShortcuts({settings->shortcut(), QKeySequence(Qt::CTRL | Qt::Key_Comma)});
     menu->addSeparator();
     const auto here = [this] { return isOn(MainTab::newLabel); };
-    add(menu, u"Next Region"_s, Qt::Key_F6, here, [this] { m_window.labelView().focusNextRegion(); });
-    add(menu, u"Previous Region"_s, Qt::SHIFT | Qt::Key_F6, here,
-        [this] { m_window.labelView().focusNextRegion(); }); // there are two
+    add(menu, u"Sidebar"_s, Qt::CTRL | Qt::Key_B, here, [this] { m_window.labelView().toggleSidebar(); });
+    add(menu, u"Next Region"_s, Qt::Key_F6, here, [this] { m_window.labelView().focusRegion(+1); });
+    add(menu, u"Previous Region"_s, Qt::SHIFT | Qt::Key_F6, here, [this] { m_window.labelView().focusRegion(-1); });
 }
 
 void Menus::addWindow()

@@ -1,5 +1,6 @@
 #include "shell/ui/label/LabelView.h"
 
+#include "shell/SettingsKeys.h"
 #include "shell/ui/label/CustomsSection.h"
 #include "shell/ui/label/MessageLine.h"
 #include "shell/ui/label/PackageSection.h"
@@ -9,6 +10,7 @@
 #include "shell/ui/label/SenderSection.h"
 #include "shell/ui/label/ServiceSection.h"
 #include "shell/ui/parts/TabOrder.h"
+#include "shell/ui/sidebar/Sidebar.h"
 
 #include <QApplication>
 #include <QKeyEvent>
@@ -20,7 +22,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int ratesWidth = 344, widestRates = 400, widestForm = 792, wideWindow = 1500;
+constexpr int ratesWidth = 344, widestRates = 400, sidebarWidth = 280, widestSidebar = 340, widestForm = 792;
+constexpr int wideWindow = 1500, narrowWindow = 1276; ///< below, form, rates and sidebar do not stand side by side
 
 constexpr DraftField allFields[] = {
     DraftField::profile,       DraftField::name,      DraftField::street, DraftField::city,    DraftField::zip,
@@ -33,22 +36,26 @@ LabelView::LabelView(AppState &app, LabelScreen &screen, KeysScreen &keys, Setti
     : QWidget(parent), m_app(app), m_screen(screen), m_scroll(new QScrollArea),
       m_recipient(new RecipientSection(app, screen)), m_package(new PackageSection(app, screen)),
       m_extras(new ExtrasSection(screen)), m_customs(new CustomsSection(app, screen)), m_customsRule(new Rule),
-      m_rates(new RatesPanel(app, screen, keys, settings)), m_follower([this] { refresh(); })
+      m_rates(new RatesPanel(app, screen, keys, settings)), m_sidebar(new Sidebar(app)),
+      m_message(new MessageLine(app, screen)),
+      m_sidebarWanted(read(app.platform.preferences, settings::showAddressSidebar)), m_follower([this] { refresh(); })
 {
     auto *columns = new QHBoxLayout;
     columns->setSpacing(0);
     columns->addWidget(makeForm(), 1);
     columns->addWidget(m_rates);
+    columns->addWidget(m_sidebar);
     auto *rows = new QVBoxLayout(this);
     rows->setContentsMargins(0, 0, 0, 0);
     rows->setSpacing(0);
-    auto *message = new MessageLine(app, screen);
-    rows->addWidget(message);
+    rows->addWidget(m_message);
     rows->addLayout(columns, 1);
     orderTabsByLayout(this);
 
     setAccessibleName(u"New Label"_s);
-    connect(message, &MessageLine::clearRequested, this, &LabelView::clear);
+    connect(m_message, &MessageLine::clearRequested, this, &LabelView::clear);
+    connect(m_message, &MessageLine::sidebarToggled, this, &LabelView::toggleSidebar);
+    connect(&app, &AppState::invoiceTaken, this, &LabelView::takeInvoice);
     connect(m_recipient, &RecipientSection::validateRequested, this, &LabelView::validate);
     connect(m_rates, &RatesPanel::getRatesRequested, this, &LabelView::getRates);
     connect(m_rates, &RatesPanel::buyRequested, this, &LabelView::buy);
@@ -91,6 +98,57 @@ void LabelView::resizeEvent(QResizeEvent *event)
     QWidget::resizeEvent(event);
     const int extra = std::max(0, width() - wideWindow) / 4;
     m_rates->setFixedWidth(Theme::current().scaled(std::min(ratesWidth + extra, widestRates)));
+    m_sidebar->setFixedWidth(Theme::current().scaled(std::min(sidebarWidth + extra, widestSidebar)));
+    m_peeking = m_peeking && isNarrow();
+    arrange();
+}
+
+/// By the window, which this screen fills, because a screen that is not shown keeps the size that it had.
+bool LabelView::isNarrow() const
+{
+    return window()->width() < Theme::current().scaled(narrowWindow);
+}
+
+void LabelView::arrange()
+{
+    const bool shown = isNarrow() ? m_peeking : m_sidebarWanted;
+    const QWidget *hidden = shown ? nullptr : m_sidebar;
+    if (m_peeking)
+        hidden = m_rates;
+    const bool focusGoes = hidden && hidden->isAncestorOf(focusWidget());
+    m_rates->setVisible(!m_peeking);
+    m_sidebar->setVisible(shown);
+    m_message->setSidebarShown(shown);
+    if (focusGoes)
+        focusRecipient();
+}
+
+void LabelView::showSidebar(bool shown)
+{
+    m_peeking = isNarrow() && shown;
+    if (!isNarrow()) {
+        m_sidebarWanted = shown;
+        write(m_app.platform.preferences, settings::showAddressSidebar, shown);
+    }
+    arrange();
+}
+
+void LabelView::toggleSidebar()
+{
+    showSidebar(m_sidebar->isHidden());
+}
+
+void LabelView::focusInvoiceNumber()
+{
+    showSidebar(true);
+    m_sidebar->focusInvoiceNumber();
+}
+
+/// A scanned invoice goes on by itself.
+void LabelView::takeInvoice()
+{
+    if (!m_screen.busy && m_screen.recipientFilled())
+        validate();
 }
 
 Field *LabelView::field(DraftField which) const
@@ -106,6 +164,8 @@ Field *LabelView::field(DraftField which) const
 void LabelView::start(std::function<Task<>()> operation)
 {
     m_typedMeanwhile = false;
+    m_peeking = false; // what comes of it is seen in the rates
+    arrange();
     m_pressed = QApplication::focusWidget();
     // A button that goes off while it has the focus hands it on to whatever comes next.
     if (qobject_cast<QAbstractButton *>(m_pressed.data()) && isAncestorOf(m_pressed))
@@ -129,6 +189,10 @@ void LabelView::getRates()
 
 void LabelView::buy()
 {
+    if (m_rates->isHidden()) { // nobody buys what is not seen
+        showSidebar(false);
+        return;
+    }
     start([this] { return m_screen.buyAndPrint(); });
 }
 
@@ -169,14 +233,30 @@ void LabelView::focusRecipient()
     m_scroll->ensureWidgetVisible(field(DraftField::name));
 }
 
-void LabelView::focusNextRegion()
+void LabelView::focusRates()
 {
-    if (m_rates->isAncestorOf(focusWidget()))
-        focusRecipient();
-    else if (m_rates->list()->isVisible())
+    if (m_rates->list()->isVisible())
         m_rates->list()->setFocus();
     else
         m_rates->getRatesButton()->setFocus();
+}
+
+void LabelView::focusRegion(int step)
+{
+    struct Region {
+        const QWidget *area;
+        std::function<void()> enter;
+    };
+    QList<Region> regions = {{m_scroll, [this] { focusRecipient(); }},
+                             {m_rates, [this] { focusRates(); }},
+                             {m_sidebar, [this] { m_sidebar->focusInvoiceNumber(); }}};
+    regions.removeIf([](const Region &region) { return region.area->isHidden(); });
+    qsizetype at = 0; // outside all of them counts as the form
+    for (qsizetype each = 0; each < regions.size(); ++each) {
+        if (regions[each].area->isAncestorOf(focusWidget()))
+            at = each;
+    }
+    regions[(at + step + regions.size()) % regions.size()].enter();
 }
 
 void LabelView::keyPressEvent(QKeyEvent *event)

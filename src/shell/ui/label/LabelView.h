@@ -14,12 +14,15 @@ namespace parcelory {
 
 class CustomsSection;
 class ExtrasSection;
+class MessageLine;
 class PackageSection;
 class PaperworkDialog;
 class RatesPanel;
 class RecipientSection;
+class Sidebar;
 
-/// The New Label screen: the form, the rates and the Buy block, and where the focus goes between them.
+/// The New Label screen: the form, the rates with the Buy block and the sidebar, and where the focus goes between
+/// them.
 class LabelView : public QWidget {
     Q_OBJECT
 public:
@@ -31,8 +34,12 @@ public:
     void buy();
     void focusRecipient();
     void clear();
-    /// Form, rates and round again.
-    void focusNextRegion();
+    /// Shows the sidebar, if need be for this time only, and goes to its invoice number.
+    void focusInvoiceNumber();
+    /// Where there is room for the sidebar this is kept for the next start.
+    void toggleSidebar();
+    /// Form, rates, sidebar and round again; `step` is +1 or -1.
+    void focusRegion(int step);
 
 protected:
     void keyPressEvent(QKeyEvent *event) override;
@@ -41,6 +48,11 @@ protected:
 private:
     QWidget *makeForm();
     Field *field(DraftField which) const;
+    bool isNarrow() const;
+    void showSidebar(bool shown);
+    void arrange();
+    void focusRates();
+    void takeInvoice();
     /// Runs an operation of the screen and takes the focus where the clerk goes on.
     void start(std::function<Task<>()> operation);
     void settleFocus();
@@ -57,6 +69,10 @@ private:
     CustomsSection *m_customs;
     QWidget *m_customsRule;
     RatesPanel *m_rates;
+    Sidebar *m_sidebar;
+    MessageLine *m_message;
+    bool m_sidebarWanted;
+    bool m_peeking = false; ///< the sidebar stands where the rates are, in a window too narrow for both
     QPointer<PaperworkDialog> m_paperwork;
     bool m_typedMeanwhile = false;
     QPointer<QWidget> m_pressed; ///< had the focus when the operation began

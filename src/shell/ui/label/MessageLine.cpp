@@ -14,7 +14,7 @@ constexpr int longestText = 600; ///< characters; the whole stands in the toolti
 
 MessageLine::MessageLine(AppState &app, LabelScreen &screen, QWidget *parent)
     : Surface(&Tokens::window, parent), m_screen(screen), m_icon(new IconView(u"ui_info"_s, 18)), m_text(new TextLabel),
-      m_follower([this] { refresh(); })
+      m_sidebar(new Button({}, Button::Kind::icon, u"ui_sidebar"_s)), m_follower([this] { refresh(); })
 {
     auto *clear = new Button(u"Clear Form"_s, Button::Kind::link, u"ui_clear"_s);
     clear->setToolTip(QKeySequence(Qt::CTRL | Qt::Key_N).toString(QKeySequence::NativeText));
@@ -24,12 +24,18 @@ MessageLine::MessageLine(AppState &app, LabelScreen &screen, QWidget *parent)
     row->addWidget(m_icon);
     row->addWidget(m_text, 1);
     row->addWidget(clear);
+    row->addSpacing(2);
+    row->addWidget(m_sidebar);
+    m_sidebar->setCheckable(true);
+    m_sidebar->describe(u"Show or hide the invoice sidebar"_s,
+                        QKeySequence(Qt::CTRL | Qt::Key_B).toString(QKeySequence::NativeText));
     m_text->setWordWrap(true);
     m_text->setTextInteractionFlags(Qt::TextSelectableByMouse); // a transaction number may have to be copied
     setMinimumHeight(Theme::current().scaled(42));
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Minimum);
     setLines(Qt::BottomEdge);
     connect(clear, &QPushButton::clicked, this, &MessageLine::clearRequested);
+    connect(m_sidebar, &QPushButton::clicked, this, &MessageLine::sidebarToggled);
     m_follower.follow(screen.banner, screen.busy, screen.buying, screen.rates, screen.validationOK, screen.reference,
                       screen.weightLb, screen.weightOz, app.draftTo);
     refresh();

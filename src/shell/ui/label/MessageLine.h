@@ -14,8 +14,12 @@ class MessageLine : public Surface {
 public:
     MessageLine(AppState &app, LabelScreen &screen, QWidget *parent = nullptr);
 
+    /// What the sidebar's button says.
+    void setSidebarShown(bool shown) { m_sidebar->setChecked(shown); }
+
 signals:
     void clearRequested();
+    void sidebarToggled();
 
 private:
     void refresh();
@@ -23,6 +27,7 @@ private:
     LabelScreen &m_screen;
     IconView *m_icon;
     TextLabel *m_text;
+    Button *m_sidebar;
     QString m_said;
     Follower m_follower;
 };

@@ -1,7 +1,10 @@
 #include "shell/ui/label/PaperworkDialog.h"
 
+#include "core/Text.h"
+#include "shell/ui/parts/Badge.h"
 #include "shell/ui/parts/Binding.h"
 #include "shell/ui/parts/FormSection.h"
+#include "shell/ui/parts/Notice.h"
 #include "shell/ui/parts/Surface.h"
 
 #include <QButtonGroup>
@@ -32,6 +35,7 @@ PaperworkDialog::PaperworkDialog(AppState &app, LabelScreen &screen, QWidget *pa
     auto *row = new FormRow(u"Quantity"_s);
     row->add(quantity)->say(u"Value  $"_s)->add(m_value)->say(u"Signer"_s)->add(signer, 1);
     body()->addWidget(row);
+    addInvoiceLine();
     auto *print = new QCheckBox(u"Print the commercial invoice with the label"_s);
     print->setChecked(screen.printInvoiceWithRates);
     print->setVisible(screen.carrier == Carrier::usps); // FedEx makes its own
@@ -43,8 +47,24 @@ PaperworkDialog::PaperworkDialog(AppState &app, LabelScreen &screen, QWidget *pa
     m_value->setFocus();
 }
 
+/// What the scanned invoice says about the value.
+void PaperworkDialog::addInvoiceLine()
+{
+    const std::optional<DesklineInvoice> invoice = m_screen.draftInvoice();
+    if (!invoice)
+        return;
+    const std::optional<double> subtotal = invoice->subtotal();
+    auto *line = new Notice(u"ui_invoice"_s, &Tokens::muted, FontRole::caption);
+    line->setTextInk(&Tokens::text);
+    line->setText(u"Invoice "_s + invoice->invoiceID +
+                  (subtotal ? u" · Subtotal: $"_s + fixed(*subtotal, 2) : QString()));
+    body()->addWidget(line);
+}
+
 QWidget *PaperworkDialog::makeContents()
 {
+    const std::optional<DesklineInvoice> invoice = m_screen.draftInvoice();
+    const std::optional<CustomsItemType> suggested = invoice ? invoice->suggestedCustomsType() : std::nullopt;
     auto *list = Surface::card();
     list->setFill(&Tokens::panel);
     auto *rows = new QVBoxLayout(list);
@@ -58,6 +78,12 @@ QWidget *PaperworkDialog::makeContents()
         m_contents->addButton(choice, int(item.type));
         auto *line = new QHBoxLayout;
         line->addWidget(choice, 1);
+        if (item.type == suggested) {
+            const QString origin = u"From invoice items"_s;
+            choice->setAccessibleName(item.pickerText + u", "_s + origin);
+            line->addWidget(new Badge(origin, BadgeKind::chosen));
+            line->addSpacing(8);
+        }
         auto *keys = new TextLabel(QString::number(number), FontRole::caption, &Tokens::muted);
         const QKeySequence inField(Qt::ALT | Qt::Key(Qt::Key_0 + number));
         keys->setToolTip(u"%1, or %2 in a field"_s.arg(number).arg(inField.toString(QKeySequence::NativeText)));

@@ -21,6 +21,7 @@ protected:
 
 private:
     QWidget *makeContents();
+    void addInvoiceLine();
     void choose(int type);
 
     LabelScreen &m_screen;

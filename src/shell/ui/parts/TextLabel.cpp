@@ -2,20 +2,39 @@
 
 namespace parcelory {
 
-QString breakable(const QString &text)
+namespace {
+
+/// Breaks the runs without blanks that come out wider than `widest`.
+template <class WidthOf>
+QString breakRuns(const QString &text, int widest, WidthOf widthOf)
 {
-    constexpr int longestRun = 40;
     QString result;
     int run = 0;
     for (const QChar character : text) {
-        run = character.isSpace() ? 0 : run + 1;
-        if (run > longestRun && !character.isLowSurrogate()) {
+        const int width = widthOf(character);
+        run = character.isSpace() ? 0 : run + width;
+        if (run > widest && !character.isLowSurrogate()) {
             result += QChar(0x200B); // of no width
-            run = 1;
+            run = width;
         }
         result += character;
     }
     return result;
+}
+
+} // namespace
+
+QString breakable(const QString &text)
+{
+    constexpr int longestRun = 40; // characters
+    return breakRuns(text, longestRun, [](QChar) { return 1; });
+}
+
+QString breakable(const QString &text, FontRole role, int widest)
+{
+    const QFontMetrics metrics(Theme::current().font(role));
+    return breakRuns(text, Theme::current().scaled(widest),
+                     [&metrics](QChar character) { return metrics.horizontalAdvance(character); });
 }
 
 TextLabel::TextLabel(const QString &text, FontRole role, Token ink, QWidget *parent) : QLabel(text, parent), m_ink(ink)

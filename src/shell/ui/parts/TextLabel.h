@@ -22,6 +22,8 @@ private:
 
 /// The text with places to break in runs that no line holds.
 QString breakable(const QString &text);
+/// The same for a narrow place of `widest` logical pixels: what fits there stays whole.
+QString breakable(const QString &text, FontRole role, int widest);
 
 /// A text that is cut with an ellipsis where it does not fit; the whole stands in the tooltip.
 class ElidedLabel : public TextLabel {

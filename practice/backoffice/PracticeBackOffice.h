@@ -1,0 +1,51 @@
+#pragma once
+
+#include "practice/backoffice/BackOfficeScenario.h"
+
+#include <QByteArray>
+#include <QList>
+#include <QString>
+#include <QUrl>
+
+#include <memory>
+
+namespace parcelory {
+
+/// An embedded back office on loopback, with a sign-in and the pages that invoices are read from.
+///
+/// It runs on threads of its own; every member may be called from any thread.
+class PracticeBackOffice {
+public:
+    static inline const QString user = QStringLiteral("dana.marsh"); ///< any other name signs in as well
+    static inline const QString password = QStringLiteral("practice");
+
+    /// Throws std::runtime_error when no port of the loopback address can be had.
+    PracticeBackOffice();
+    ~PracticeBackOffice();
+
+    QUrl baseUrl() const; ///< http://127.0.0.1:PORT/
+
+    /// Takes effect with the next request, and ends the waiting for a page that never finishes.
+    void setScenario(BackOfficeScenario scenario);
+
+    /// The password that is right from now on. Open sessions stay open.
+    void setPassword(const QString &password);
+
+    void endSessions(); ///< every open session has expired
+
+    struct Request {
+        QByteArray method;
+        QByteArray target; ///< path and query
+        QByteArray body;
+        QByteArray cookie; ///< the header, with all of them
+        int answered;      ///< the status; 0 when the connection was dropped
+    };
+    QList<Request> requests() const; ///< everything received so far, oldest first
+    void clearRequests();
+
+private:
+    class Impl;
+    std::unique_ptr<Impl> m_impl;
+};
+
+} // namespace parcelory

@@ -1,0 +1,118 @@
+#include "backoffice/DesklineAuth.h"
+
+#include "backoffice/Script.h"
+#include "core/AppError.h"
+#include "core/Json.h"
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+const QString DesklineAuth::loginFormProbe = u"!!document.querySelector('input[type=password]')"_s;
+const QString DesklineAuth::signedInProbe = u"location.pathname.indexOf('dashboard.php') !== -1 || "
+                                            "/sign-out|log ?out/i.test(document.body ? document.body.innerText : '')"_s;
+
+namespace {
+
+constexpr auto pageLimit = 60s;
+
+/// A JavaScript array of one text: whatever quotes the text holds, they are escaped.
+QString scriptArray(const QString &text)
+{
+    try {
+        return QString::fromUtf8(dumpJson(Json::array({text.toStdString()})));
+    } catch (const std::exception &) {
+        return u"[\"\"]"_s;
+    }
+}
+
+} // namespace
+
+DesklineAuth::DesklineAuth(Platform &platform)
+    : m_http(platform.http), m_clock(platform.clock), m_web(platform.web), m_base(platform.deployment.backOffice)
+{
+    m_web.setDelegate({.allows = [this](const QUrl &url) { return allows(url); },
+                       .onFinished = [this](const QUrl &url) { currentURL = url.toString(); }});
+}
+
+DesklineAuth::~DesklineAuth()
+{
+    m_web.setDelegate({});
+}
+
+QUrl DesklineAuth::loginURL() const
+{
+    return address(u"/staff/login.php"_s);
+}
+
+QUrl DesklineAuth::address(const QString &path) const
+{
+    return m_base.resolved(QUrl(path));
+}
+
+Task<bool> DesklineAuth::isReachable(std::chrono::milliseconds timeout)
+{
+    try {
+        co_await m_http.send(
+            {.url = loginURL(), .method = "HEAD", .timeout = timeout, .redirects = HttpRequest::Redirects::answer});
+        co_return true;
+    } catch (const AppError &) {
+        co_return false;
+    }
+}
+
+void DesklineAuth::load(const QUrl &url)
+{
+    ++m_visit;
+    m_web.load(url, pageLimit);
+}
+
+Task<bool> DesklineAuth::waitFor(QString expression, std::chrono::milliseconds timeout,
+                                 std::chrono::milliseconds interval)
+{
+    const int visit = m_visit;
+    const QDateTime deadline = m_clock.now().addMSecs(timeout.count());
+    while (m_clock.now() < deadline) {
+        const bool holds = co_await evalBool(expression);
+        if (m_visit != visit || m_web.hasCrashed())
+            co_return false;
+        if (holds)
+            co_return true;
+        co_await m_clock.sleep(interval);
+    }
+    co_return false;
+}
+
+Task<QString> DesklineAuth::fillLogin(QString user, QString pass)
+{
+    const QString script =
+        scriptText(u"fill-login.js"_s) + u'(' + scriptArray(user) + u"[0], "_s + scriptArray(pass) + u"[0])"_s;
+    const QString result = co_await evalString(script);
+    co_return result;
+}
+
+Task<QString> DesklineAuth::evalString(QString expression)
+{
+    const QVariant value = co_await m_web.evaluate(expression);
+    co_return value.typeId() == QMetaType::QString ? value.toString() : QString();
+}
+
+Task<bool> DesklineAuth::evalBool(QString expression)
+{
+    const QVariant value = co_await m_web.evaluate(expression);
+    co_return value.typeId() == QMetaType::Bool &&value.toBool();
+}
+
+void DesklineAuth::clear()
+{
+    ++m_visit;
+    currentURL = QString();
+    m_web.clear();
+}
+
+bool DesklineAuth::allows(const QUrl &url) const
+{
+    return url.host().isEmpty() || url.host() == m_base.host();
+}
+
+} // namespace parcelory

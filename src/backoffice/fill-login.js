@@ -1,0 +1,22 @@
+// Fills in the sign-in form and submits it; answers what it found. The input events are for pages that listen to
+// typing.
+(function (user, pass) {
+    const passwordField = document.querySelector('input[type=password]');
+    if (!passwordField)
+        return 'no-password-field';
+    const form = passwordField.form || document.forms[0];
+    const userField = (form || document).querySelector('input[type=email], input[type=text]');
+    if (!userField)
+        return 'no-user-field';
+    userField.value = user;
+    passwordField.value = pass;
+    for (const field of [userField, passwordField])
+        field.dispatchEvent(new Event('input', {bubbles: true}));
+    if (!form)
+        return 'no-form';
+    if (form.requestSubmit)
+        form.requestSubmit();
+    else
+        form.submit();
+    return 'submitted';
+})

@@ -1,0 +1,15 @@
+#pragma once
+
+#include "backoffice/DesklineInvoice.h"
+
+class QWidget;
+
+namespace parcelory {
+
+/// What a text has, in logical pixels, beside an icon in the narrowest sidebar.
+inline constexpr int narrowestText = 190;
+
+/// An invoice as cards one below the other: warnings, then buyer and items, then the notes.
+QWidget *makeInvoiceCards(const DesklineInvoice &invoice);
+
+} // namespace parcelory
