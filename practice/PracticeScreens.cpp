@@ -48,6 +48,8 @@ private:
 
     Task<> until(std::function<bool()> reached);
     Task<> save(QString name);
+    Task<> drawSignIn();
+    Task<> drawInvoice();
     Task<> drawComposing();
     Task<> drawDialogs();
     Task<> drawAbroad();
@@ -112,6 +114,33 @@ void Gallery::compose(const ShippoAddress &to)
     label().insuranceValue = u"412.00"_s;
     label().reference = u"48213"_s;
     label().descriptionText = u"Coins"_s;
+}
+
+Task<> Gallery::drawSignIn()
+{
+    co_await save(u"sign-in"_s);
+    m_desk.backOffice().setScenario({.unreachable = true});
+    co_await app().signIn(PracticeBackOffice::user, PracticeBackOffice::password, false);
+    co_await save(u"sign-in-error"_s);
+    m_desk.backOffice().setScenario({});
+    co_await app().signIn(PracticeBackOffice::user, PracticeBackOffice::password, false);
+    if (app().loginError.value())
+        throw AppError(*app().loginError.value());
+}
+
+Task<> Gallery::drawInvoice()
+{
+    label().mailpiece = PresetMailpiece{u"uline-s-5148"_s};
+    label().service = ServiceOption::signature;
+    label().insuranceValue = u"412.00"_s;
+    app().handleInvoiceScan(u"48213"_s);
+    co_await until([] { return QApplication::activeModalWidget(); });
+    co_await save(u"dialog-invoice-attention"_s);
+    static_cast<QDialog *>(QApplication::activeModalWidget())->accept();
+    co_await until([this] { return !label().rates.value().isEmpty(); }); // it is checked, weighed and rated by itself
+    co_await save(u"new-label-invoice"_s);
+    label().clearDraft();
+    label().mailpiece = BuiltinMailpiece::package;
 }
 
 Task<> Gallery::drawComposing()
@@ -238,10 +267,10 @@ Task<> Gallery::drawSettings()
 
 Task<> Gallery::drawPractice()
 {
-    co_await save(u"sign-in"_s);
-    app().flow = AppFlow::main;
+    co_await drawSignIn();
     m_desk.scale().put(17.3);
     co_await until([this] { return app().scale.reading() && !m_program.screens().keys.statusText.value().isEmpty(); });
+    co_await drawInvoice();
     co_await drawComposing();
     co_await drawDialogs();
     co_await drawAbroad();

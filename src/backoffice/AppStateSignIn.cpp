@@ -86,6 +86,7 @@ void AppState::signOut()
     signedInUser = QString();
     loginError = std::nullopt;
     scanStatus = QString();
+    scannedInvoice = std::nullopt; // the next clerk has not asked for it
     auth.clear();
     spawn([this] { return credentials.forget(); });
 }

@@ -19,13 +19,14 @@ Task<> SignInScreen::appear()
 {
     remember = read(m_app.platform.preferences, settings::desklineRemember);
     password = QString(); // another clerk's must not stand here
+    const QString shown = name;
     const Credentials stored = co_await m_app.credentials.stored();
     if (m_app.flow != AppFlow::login)
         co_return;
-    if (!stored.user.isEmpty())
-        name = stored.user;
-    if (password.value().isEmpty()) // nobody was quicker
+    if (name.value() == shown && password.value().isEmpty()) { // nobody was quicker
+        name = stored.user.isEmpty() ? shown : stored.user;
         password = stored.password;
+    }
     co_await m_app.attemptAutoLogin();
 }
 

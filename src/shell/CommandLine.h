@@ -17,7 +17,7 @@ struct CommandLine {
     std::optional<QString> orders;      ///< --ship; ships them without a window
     std::optional<QString> screenshots; ///< --screenshots; where the pictures go
     bool status = false;
-    std::optional<QString> keyName;     ///< --add-key; the token comes on standard input
+    std::optional<QString> keyName; ///< --add-key; the token comes on standard input
 
     /// What these arguments and this session call for; to be known before the application object is made.
     static Display display(int count, char **arguments);

@@ -38,9 +38,9 @@ PaperworkDialog::PaperworkDialog(AppState &app, LabelScreen &screen, QWidget *pa
     addInvoiceLine();
     auto *print = new QCheckBox(u"Print the commercial invoice with the label"_s);
     print->setChecked(screen.printInvoiceWithRates);
+    body()->addWidget(print);
     print->setVisible(screen.carrier == Carrier::usps); // FedEx makes its own
     connect(print, &QCheckBox::toggled, this, [this](bool on) { m_screen.printInvoiceWithRates = on; });
-    body()->addWidget(print);
 
     addButton(u"Cancel"_s, Rejected, Button::Kind::standard);
     addButton(u"Get Rates"_s, Accepted, Button::Kind::solid);
@@ -56,9 +56,9 @@ void PaperworkDialog::addInvoiceLine()
     const std::optional<double> subtotal = invoice->subtotal();
     auto *line = new Notice(u"ui_invoice"_s, &Tokens::muted, FontRole::caption);
     line->setTextInk(&Tokens::text);
+    body()->addWidget(line);
     line->setText(u"Invoice "_s + invoice->invoiceID +
                   (subtotal ? u" · Subtotal: $"_s + fixed(*subtotal, 2) : QString()));
-    body()->addWidget(line);
 }
 
 QWidget *PaperworkDialog::makeContents()

@@ -35,7 +35,8 @@ ElidedLabel *atRight(const QString &text, Token ink = &Tokens::text)
     auto *label = new ElidedLabel({}, FontRole::caption, ink);
     label->setFullText(text);
     label->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
-    label->setVisible(!text.isEmpty());
+    if (text.isEmpty())
+        label->hide(); // never shown from here: without a parent it would be a window
     return label;
 }
 

@@ -55,7 +55,7 @@ void InvoicePane::focusNumber()
     }
     m_number->setFocus();
     m_number->selectAll();
-    ensureWidgetVisible(m_number);
+    verticalScrollBar()->setValue(0);
 }
 
 /// Return looks the number up; it must not go on to the form, whose next step it would take.
