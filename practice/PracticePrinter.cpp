@@ -82,4 +82,13 @@ void PracticeDesktop::openFile(const QString &path)
     QFile::remove(path); // the copy is what a viewer would show
 }
 
+void PracticeDesktop::openUrl(const QUrl &url)
+{
+    m_folder.mkpath(u"."_s);
+    QFile list(m_folder.filePath(u"web-pages.txt"_s));
+    if (!list.open(QIODevice::Append))
+        throw AppError(u"%1 could not be written — %2."_s.arg(list.fileName(), list.errorString()));
+    list.write(url.toString().toUtf8() + '\n');
+}
+
 } // namespace parcelory

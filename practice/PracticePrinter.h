@@ -43,6 +43,7 @@ public:
     explicit PracticeDesktop(QDir folder) : m_folder(std::move(folder)) {}
 
     void openFile(const QString &path) override;
+    void openUrl(const QUrl &url) override; ///< only notes the address: nothing of the desk goes out
     void copyText(const QString &text) override { copyToClipboard(text); }
 
 private:

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "carrier/MasterEntry.h"
 #include "carrier/RequestBodies.h"
 #include "carrier/ShippoError.h"
 #include "carrier/ShippoKeys.h"
@@ -7,6 +8,8 @@
 #include "core/CompanySanitizer.h"
 #include "core/Platform.h"
 #include "core/Task.h"
+
+#include <functional>
 
 namespace parcelory {
 
@@ -32,9 +35,25 @@ public:
     /// A document of the carrier, fetched without the token.
     Task<QByteArray> downloadLabel(QString url);
 
+    // After the sale.
+    Task<ShippoRefund> refund(QString transactionID);
+    /// A purchase as it stands now.
+    Task<ShippoTransaction> transaction(QString transactionID);
+    /// `carrier`: the API's word for it, "usps" or "fedex".
+    Task<ShippoTrackStatus> track(QString carrier, QString trackingNumber);
+    /// The accounts that labels are bought on; one page of a hundred.
+    Task<QList<ShippoCarrierAccount>> carrierAccounts();
+    /// The SCAN form of the day's labels. Throws ShippoError when it fails or is still not there after the last poll.
+    Task<ShippoManifest> createManifest(QString carrierAccount, ShippoAddress from, QDateTime date);
+    /// Called on the main thread for every page that a listing has read.
+    using PageCount = std::function<void()>;
+    /// The account's labels of these days, both included, newest first.
+    Task<QList<MasterEntry>> masterLog(QDate from, QDate to, PageCount progress = {});
+
 private:
     /// The body of a 2xx answer. `path`: relative to the API, or an absolute address. `body`: sent as JSON when given.
     Task<QByteArray> request(QString path, QByteArray method = "GET", QByteArray body = {});
+    Task<QByteArray> countedPage(QString path, PageCount progress);
 
     HttpTransport &m_http;
     Clock &m_clock;

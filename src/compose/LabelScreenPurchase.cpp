@@ -93,7 +93,7 @@ Task<> LabelScreen::buyAndPrint()
     });
     banner = std::nullopt;
     Purchase purchase = preparePurchase(*rate);
-    const QString tag = purchaseTag(purchase.from, purchase.to, purchase.carrier, purchase.record.service);
+    const QString tag = PurchaseTag::of(purchase.from, purchase.to, purchase.carrier, purchase.record.service).text();
     try {
         auto tokenRead = onPool([this] { return m_app.keys.activeToken(); });
         const std::optional<QString> token = co_await tokenRead;

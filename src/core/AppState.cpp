@@ -23,7 +23,8 @@ AppState::AppState(Platform &host)
     const auto announce = [this] { emit changed(); };
     const auto observe = [&](auto &...property) { (m_notifiers.push_back(property.addNotifier(announce)), ...); };
     observe(flow, tab, loginBusy, loginError, signedInUser, lastShipmentSummary, keyChanges, draftTo, draftReference,
-            draftFillCount, scanBusy, scanStatus, scannedInvoice);
+            draftFillCount, scanFormBusy, scanFormStatus, scanFormPDF, scanFormOpenTick, scanBusy, scanStatus,
+            scannedInvoice);
     scanListener.onScan = [this](const QString &code) { handleInvoiceScan(code); };
     scanListener.onNoise = [this](const QString &heard) {
         if (flow == AppFlow::main)

@@ -55,6 +55,11 @@ public:
     QProperty<QString> lastShipmentSummary; ///< one line about the last label bought
     QProperty<int> keyChanges{0}; ///< counts changes of the API keys: what was rated under one is not another's
 
+    QProperty<bool> scanFormBusy{false};
+    QProperty<QString> scanFormStatus;
+    QProperty<std::optional<QByteArray>> scanFormPDF; ///< the last SCAN form
+    QProperty<int> scanFormOpenTick{0};               ///< counts up whenever the SCAN form's window is to open
+
     // The hand-off to the New Label screen: set draftTo and draftReference, then count draftFillCount up.
     QProperty<ShippoAddress> draftTo;
     QProperty<QString> draftReference;
@@ -91,6 +96,12 @@ public:
     /// Reads the invoice whose code or number this is and fills the label with it. Dropped while another is being read.
     void handleInvoiceScan(const QString &text);
     void fillFromInvoice(const DesklineInvoice &invoice);
+    /// Asks the carrier for one form of all the labels of today, bought with keys of the active one's kind. The outcome
+    /// is scanFormStatus.
+    Task<> createScanForm(ShippoAddress from);
+    /// Learns what became of the refunds that were asked for; at most once a minute.
+    Task<> syncRefundStatuses();
+
     /// The scanner heard keys that are no invoice code.
     void reportScanNoise(const QString &heard);
 
@@ -101,10 +112,14 @@ signals:
     void invoiceTaken();
 
 private:
+    Task<QByteArray> scanForm(ShippoAddress from);
+    Task<> sayNothingToManifest(bool testKey);
+    Task<bool> settleRefund(ShipmentRecord record);
     Task<> readInvoice(QString id);
     Task<> invoiceAttentionAlert(DesklineInvoice invoice);
 
     int m_signIns = 0; ///< counts beginnings and ends of sessions: what one clerk asked for is not shown to another
+    QDateTime m_lastRefundSync; ///< invalid: never
     std::vector<QPropertyNotifier> m_notifiers;
 };
 

@@ -1,6 +1,8 @@
 #include "records/MailingLogScreen.h"
 
+#include "core/Text.h"
 #include "records/Reprint.h"
+#include "records/TrackPage.h"
 
 #include <QScopeGuard>
 
@@ -108,6 +110,48 @@ Task<> MailingLogScreen::reprintCustoms(ShipmentRecord record)
         message = error.description();
         m_app.errors.record(u"Customs Docs Reprint"_s, error, Popup::no);
     }
+}
+
+Task<> MailingLogScreen::trackOnline(ShipmentRecord record)
+{
+    const QString failure = co_await openTrackingPage(m_app, record.trackingURL);
+    message = failure;
+}
+
+Task<> MailingLogScreen::checkStatus(ShipmentRecord record)
+{
+    if (busy)
+        co_return;
+    busy = true;
+    const auto done = qScopeGuard([this] { busy = false; });
+    message = QString();
+    const QString carrier = record.carrier.toLower() == u"fedex" ? u"fedex"_s : u"usps"_s;
+    try {
+        const ShippoTrackStatus track = co_await m_app.shippo.track(carrier, record.tracking);
+        const auto status = track.trackingStatus.value_or(ShippoTrackStatus::TrackingStatus{});
+        const QString word = status.status.value_or(u"UNKNOWN"_s);
+        message = joinPresent({word, status.statusDetails.value_or(QString())}, u": "_s);
+        if (word == u"DELIVERED")
+            co_await storeStatus(record.id, word);
+    } catch (const AppError &error) {
+        message = error.description();
+        m_app.errors.record(u"Check Status"_s, error, Popup::yes);
+    }
+}
+
+/// False when the log could not be written; then the message line says so.
+Task<bool> MailingLogScreen::storeStatus(qint64 id, QString status)
+{
+    auto storing = onPool([&log = m_app.log, id, status, asked = search.value()] {
+        if (!log.setStatus(id, status))
+            return log.lastError();
+        log.reload(asked);
+        return QString();
+    });
+    const QString reason = co_await storing;
+    if (!reason.isEmpty())
+        message = u"The mailing log could not be written — "_s + reason + u'.';
+    co_return reason.isEmpty();
 }
 
 void MailingLogScreen::copyTracking(ShipmentRecord record)

@@ -6,6 +6,7 @@
 #include <QObject>
 #include <QProperty>
 
+#include <atomic>
 #include <optional>
 
 namespace parcelory {
@@ -21,6 +22,8 @@ public:
     QProperty<std::optional<qint64>> selected; ///< the id of one of records()
     QProperty<QString> message;                ///< what the last operation came to
     QProperty<bool> busy{false};
+    /// How far an export or import is, 0 to 1; nothing while none is under way.
+    QProperty<std::optional<double>> progress;
 
     /// The newest shipments that match the search, newest first.
     const QList<ShipmentRecord> &records() const { return m_app.log.records(); }
@@ -32,6 +35,18 @@ public:
     /// The customs papers of a parcel that went abroad.
     Task<> reprintCustoms(ShipmentRecord record);
     void copyTracking(ShipmentRecord record);
+    Task<> trackOnline(ShipmentRecord record);
+    /// Asks the carrier where the parcel is.
+    Task<> checkStatus(ShipmentRecord record);
+    /// A label whose refund was not asked for yet, or was refused.
+    static bool isRefundable(const ShipmentRecord &record);
+    /// Gives the label back for its money, once the clerk has agreed.
+    Task<> refund(ShipmentRecord record);
+    /// Writes the whole log to a file of the clerk's choice; cancel() leaves the file as it was.
+    Task<> exportCSV();
+    /// Appends the shipments of a file of the clerk's choice; cancel() leaves the log as it was.
+    Task<> importCSV();
+    void cancel() { m_cancelled = true; }
 
 signals:
     /// records() holds what the search asks for. Silent while an answer to another search goes by.
@@ -40,10 +55,13 @@ signals:
 private:
     bool isUpToDate() const { return m_app.log.shownSearch() == search.value(); }
     void takeRecords();
+    Task<bool> storeStatus(qint64 id, QString status);
+    Task<> requestRefund(ShipmentRecord record);
     Task<> catchUp();
 
     AppState &m_app;
     bool m_reloading = false;
+    std::atomic<bool> m_cancelled = false; ///< read by the thread that exports or imports
     QPropertyNotifier m_searchWatch;
 };
 

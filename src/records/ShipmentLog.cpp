@@ -276,6 +276,30 @@ bool ShipmentLog::storeCustomsPDF(qint64 id, const QByteArray &document)
     return stored;
 }
 
+qsizetype ShipmentLog::labelCount(QDate day, bool testMode) const
+{
+    Statement query(m_db, "SELECT count(*) FROM shipments WHERE created_at >= ? AND created_at < ? AND "
+                          "(coalesce(test_mode, 0) <> 0) = ?");
+    if (!query.isPrepared())
+        return 0;
+    query.bind(1, secondsOf(day.startOfDay()));
+    query.bind(2, secondsOf(day.addDays(1).startOfDay()));
+    query.bind(3, testMode);
+    return query.step() ? query.integer(0) : 0;
+}
+
+QList<ShipmentRecord> ShipmentLog::openRefunds(int limit) const
+{
+    Statement query(m_db, QByteArray(selectRows) +
+                              " WHERE status IN ('REFUND_REQUESTED', 'REFUND_PENDING') AND transaction_id <> ''"
+                              " ORDER BY created_at DESC LIMIT " +
+                              QByteArray::number(limit));
+    QList<ShipmentRecord> found;
+    while (query.step())
+        found.append(recordOf(query));
+    return found;
+}
+
 std::optional<QByteArray> ShipmentLog::zpl(qint64 id) const
 {
     return blob("SELECT zpl FROM shipments WHERE id = ?", id);

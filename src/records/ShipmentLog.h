@@ -37,6 +37,10 @@ public:
     [[nodiscard]] bool insert(const ShipmentRecord &record, bool reloadAfter = true);
     [[nodiscard]] bool setStatus(qint64 id, const QString &status);
     [[nodiscard]] bool storeCustomsPDF(qint64 id, const QByteArray &document);
+    /// How many labels of a day, in the machine's time zone, were bought with test keys, or with live ones.
+    qsizetype labelCount(QDate day, bool testMode) const;
+    /// Shipments whose refund the carrier has not decided, newest first.
+    QList<ShipmentRecord> openRefunds(int limit) const;
     std::optional<QByteArray> zpl(qint64 id) const;
     std::optional<QByteArray> customsPDF(qint64 id) const;
 

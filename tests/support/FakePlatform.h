@@ -48,6 +48,18 @@ public:
             whileAsked();
         co_return answer.value_or(question.safeChoice);
     }
+    Task<QString> saveFile(QString title, QString proposed) override
+    {
+        fileQuestions.append({title, proposed});
+        co_return QString(file);
+    }
+    Task<QString> openFile(QString title) override
+    {
+        fileQuestions.append({title, {}});
+        co_return QString(file);
+    }
+    QString file; ///< what the clerk chooses
+    QList<std::pair<QString, QString>> fileQuestions;
     QList<std::pair<QString, QString>> alerts;
     QList<Question> questions;
     std::optional<int> answer;
@@ -63,6 +75,12 @@ public:
         opened.append(path);
     }
     void copyText(const QString &text) override { clipboard = text; }
+    void openUrl(const QUrl &url) override
+    {
+        if (fails)
+            throw AppError(QStringLiteral("no browser"));
+        opened.append(url.toString());
+    }
     QString clipboard;
     QStringList opened;
     bool fails = false;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QUrl>
 
 namespace parcelory {
 
@@ -12,6 +13,8 @@ public:
     /// Opens a file with the program that the user has chosen for its kind; throws AppError when none takes it. May be
     /// called from any thread.
     virtual void openFile(const QString &path) = 0;
+    /// Opens a web page in the browser; throws AppError when there is none. May be called from any thread.
+    virtual void openUrl(const QUrl &url) = 0;
     /// Puts a text on the clipboard. Main thread only.
     virtual void copyText(const QString &text) = 0;
 };

@@ -36,6 +36,10 @@ public:
     virtual Task<> alert(QString title, QString text) = 0;
     /// Index of the answer chosen.
     virtual Task<int> choose(Question question) = 0;
+    /// The file to write, `proposed` being its name at first; empty when the clerk thinks better of it.
+    virtual Task<QString> saveFile(QString title, QString proposed) = 0;
+    /// The file to read; empty likewise.
+    virtual Task<QString> openFile(QString title) = 0;
 };
 
 } // namespace parcelory

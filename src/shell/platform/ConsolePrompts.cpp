@@ -21,6 +21,16 @@ Task<> ConsolePrompts::alert(QString title, QString text)
     co_return;
 }
 
+Task<QString> ConsolePrompts::saveFile(QString, QString)
+{
+    co_return QString(); // nobody is there to choose
+}
+
+Task<QString> ConsolePrompts::openFile(QString)
+{
+    co_return QString();
+}
+
 Task<int> ConsolePrompts::choose(Question question)
 {
     say(question.title, question.text);

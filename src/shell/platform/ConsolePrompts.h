@@ -9,6 +9,8 @@ class ConsolePrompts : public Prompts {
 public:
     Task<> alert(QString title, QString text) override;
     Task<int> choose(Question question) override;
+    Task<QString> saveFile(QString title, QString proposed) override;
+    Task<QString> openFile(QString title) override;
 };
 
 } // namespace parcelory

@@ -14,6 +14,7 @@ public:
     explicit SystemDesktop(ProcessRunner &processes);
 
     void openFile(const QString &path) override;
+    void openUrl(const QUrl &url) override;
     void copyText(const QString &text) override { copyToClipboard(text); }
 
 private:

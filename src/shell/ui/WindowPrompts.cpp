@@ -3,6 +3,7 @@
 #include "shell/ui/ReviewDialog.h"
 
 #include <QCoreApplication>
+#include <QStandardPaths>
 
 namespace parcelory {
 
@@ -10,7 +11,7 @@ namespace {
 
 /// Suspends until the dialog is closed and gives its result.
 struct Closing {
-    Dialog *dialog;
+    QDialog *dialog;
     int result = QDialog::Rejected;
 
     bool await_ready() const noexcept { return false; }
@@ -33,7 +34,7 @@ void WindowPrompts::attach(QWidget *window, Clock &clock)
     m_clock = &clock;
 }
 
-Task<int> WindowPrompts::run(Dialog *dialog)
+Task<int> WindowPrompts::run(QDialog *dialog)
 {
     const QPointer<QWidget> focus = dialog->parentWidget() ? dialog->parentWidget()->focusWidget() : nullptr;
     dialog->open();
@@ -41,6 +42,32 @@ Task<int> WindowPrompts::run(Dialog *dialog)
     if (focus)
         focus->setFocus(); // the clerk goes on where the dialog came up
     co_return result;
+}
+
+Task<QString> WindowPrompts::pickFile(QFileDialog *dialog)
+{
+    dialog->setDirectory(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
+    const int result = co_await run(dialog);
+    const QString path = result == QDialog::Accepted ? dialog->selectedFiles().value(0) : QString();
+    dialog->deleteLater();
+    co_return path;
+}
+
+Task<QString> WindowPrompts::saveFile(QString title, QString proposed)
+{
+    auto *dialog = new QFileDialog(m_window, title);
+    dialog->setAcceptMode(QFileDialog::AcceptSave); // asks before it replaces a file
+    dialog->selectFile(proposed);
+    const QString path = co_await pickFile(dialog);
+    co_return path;
+}
+
+Task<QString> WindowPrompts::openFile(QString title)
+{
+    auto *dialog = new QFileDialog(m_window, title);
+    dialog->setFileMode(QFileDialog::ExistingFile);
+    const QString path = co_await pickFile(dialog);
+    co_return path;
 }
 
 Task<> WindowPrompts::alert(QString title, QString text)

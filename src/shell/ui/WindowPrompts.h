@@ -2,13 +2,13 @@
 
 #include "core/ports/Prompts.h"
 
+#include <QFileDialog>
 #include <QPointer>
 #include <QWidget>
 
 namespace parcelory {
 
 class Clock;
-class Dialog;
 
 /// Prompts as dialogs over the program's window. Nothing waits while one is open: the answer resumes whoever asked.
 class WindowPrompts : public Prompts {
@@ -18,9 +18,12 @@ public:
 
     Task<> alert(QString title, QString text) override;
     Task<int> choose(Question question) override;
+    Task<QString> saveFile(QString title, QString proposed) override;
+    Task<QString> openFile(QString title) override;
 
 private:
-    Task<int> run(Dialog *dialog);
+    Task<int> run(QDialog *dialog);
+    Task<QString> pickFile(QFileDialog *dialog);
 
     QPointer<QWidget> m_window;
     Clock *m_clock = nullptr;

@@ -1,0 +1,101 @@
+#include "carrier/MasterEntry.h"
+
+#include "carrier/PurchaseTag.h"
+#include "core/IsoDate.h"
+#include "core/Text.h"
+
+#include <QHash>
+
+#include <algorithm>
+#include <functional>
+#include <map>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// A rate that was bought, and where its parcel went.
+struct BoughtRate {
+    const ShippoShipmentListed *shipment = nullptr;
+    const ShippoRate *rate = nullptr;
+};
+
+QHash<QString, BoughtRate> ratesById(const QList<ShippoShipmentListed> &shipments)
+{
+    QHash<QString, BoughtRate> index;
+    for (const ShippoShipmentListed &shipment : shipments) {
+        if (!shipment.rates)
+            continue;
+        for (const ShippoRate &rate : *shipment.rates)
+            index.insert(rate.objectId, {&shipment, &rate});
+    }
+    return index;
+}
+
+QString orElse(const QString &text, const QString &other)
+{
+    return text.trimmed().isEmpty() ? other : text;
+}
+
+QString serviceOf(const ShippoRate &rate)
+{
+    const QString carrier = orElse(rate.provider, u"Unknown"_s);
+    return joinPresent({carrier, rate.servicelevel.name.value_or(QString())}, u" "_s);
+}
+
+MasterEntry entryOf(const ShippoTransaction &transaction, const BoughtRate &bought)
+{
+    // The account lists a shipment under the day of its rating: the label may be of a later one. Then the tag of the
+    // purchase tells.
+    const auto tag = PurchaseTag::read(transaction.metadata.value_or(QString())).value_or(PurchaseTag{});
+    ShippoShipmentListed::Address to;
+    if (bought.shipment && bought.shipment->addressTo)
+        to = *bought.shipment->addressTo;
+    MasterEntry entry{.id = transaction.objectId, .status = transaction.status};
+    entry.recipient = orElse(orElse(to.name.value_or(QString()), tag.recipient), u"—"_s);
+    entry.company = orElse(to.company.value_or(QString()), u"—"_s);
+    entry.place = joinPresent({to.city.value_or(QString()), to.state.value_or(QString())}, u", "_s);
+    entry.country = orElse(to.country.value_or(QString()), tag.country);
+    entry.service = bought.rate ? serviceOf(*bought.rate) : orElse(tag.service, u"Unknown"_s);
+    entry.amount = bought.rate ? decimalOrZero(bought.rate->amount) : 0;
+    entry.tracking = transaction.trackingNumber.value_or(QString());
+    entry.trackingURL = transaction.trackingUrlProvider.value_or(QString());
+    entry.test = transaction.test.value_or(false);
+    return entry;
+}
+
+} // namespace
+
+QString statusDisplay(const QString &status)
+{
+    static const std::pair<QString, QString> table[] = {{u"SUCCESS"_s, u"Printed"_s},
+                                                        {u"REFUNDED"_s, u"Refunded"_s},
+                                                        {u"REFUNDPENDING"_s, u"Refund Pending"_s},
+                                                        {u"QUEUED"_s, u"Processing"_s},
+                                                        {u"WAITING"_s, u"Processing"_s}};
+    const auto *known = std::ranges::find(table, status.toUpper(), &std::pair<QString, QString>::first);
+    return known == std::end(table) ? status : known->second;
+}
+
+QList<MasterEntry> masterEntries(const QList<ShippoTransaction> &transactions,
+                                 const QList<ShippoShipmentListed> &shipments, const QDateTime &start,
+                                 const QDateTime &end)
+{
+    const QHash<QString, BoughtRate> rates = ratesById(shipments);
+    std::multimap<QDateTime, MasterEntry, std::greater<>> byDate; // of the same moment, in the carrier's order
+    for (const ShippoTransaction &transaction : transactions) {
+        const std::optional<QDateTime> date = parseIso(transaction.objectCreated.value_or(QString()));
+        if (transaction.status == u"ERROR" || !date || *date < start || *date >= end)
+            continue;
+        MasterEntry entry = entryOf(transaction, rates.value(transaction.rate.value_or(QString())));
+        entry.date = date->toLocalTime();
+        byDate.emplace(*date, std::move(entry));
+    }
+    QList<MasterEntry> entries;
+    for (const auto &[date, entry] : byDate)
+        entries.append(entry);
+    return entries;
+}
+
+} // namespace parcelory

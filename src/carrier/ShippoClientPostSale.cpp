@@ -1,0 +1,93 @@
+#include "carrier/ShippoClient.h"
+
+#include "carrier/PagedList.h"
+#include "core/IsoDate.h"
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+bool isPending(const std::optional<QString> &status)
+{
+    return status == u"QUEUED" || status == u"WAITING";
+}
+
+/// A number or an id as one step of a path, whatever stands in it.
+QString step(const QString &text)
+{
+    return QString::fromLatin1(QUrl::toPercentEncoding(text));
+}
+
+} // namespace
+
+Task<ShippoRefund> ShippoClient::refund(QString transactionID)
+{
+    const Json body = {{"transaction", transactionID.toStdString()}, {"async", false}};
+    const QByteArray answer = co_await request(u"refunds/"_s, "POST", dumpJson(body));
+    co_return decodeAnswer<ShippoRefund>(answer);
+}
+
+Task<ShippoTransaction> ShippoClient::transaction(QString transactionID)
+{
+    const QByteArray answer = co_await request(u"transactions/"_s + step(transactionID));
+    co_return decodeAnswer<ShippoTransaction>(answer);
+}
+
+Task<ShippoTrackStatus> ShippoClient::track(QString carrier, QString trackingNumber)
+{
+    const QByteArray answer = co_await request(u"tracks/"_s + step(carrier) + u'/' + step(trackingNumber));
+    co_return decodeAnswer<ShippoTrackStatus>(answer);
+}
+
+Task<QList<ShippoCarrierAccount>> ShippoClient::carrierAccounts()
+{
+    const QByteArray answer = co_await request(u"carrier_accounts?results=100"_s);
+    auto accounts = decodeAnswer<ShippoCarrierAccountList>(answer);
+    co_return std::move(accounts.results);
+}
+
+Task<ShippoManifest> ShippoClient::createManifest(QString carrierAccount, ShippoAddress from, QDateTime date)
+{
+    const Json body = {{"carrier_account", carrierAccount.toStdString()},
+                       {"shipment_date", isoUtc(date).toStdString()},
+                       {"address_from", addressObject(from)},
+                       {"async", false}};
+    const QByteArray created = co_await request(u"manifests/"_s, "POST", dumpJson(body));
+    auto manifest = decodeAnswer<ShippoManifest>(created);
+    for (int poll = 0; poll < maxPolls && isPending(manifest.status); ++poll) {
+        co_await m_clock.sleep(pollInterval);
+        const QByteArray answer = co_await request(u"manifests/"_s + step(manifest.objectId));
+        manifest = decodeAnswer<ShippoManifest>(answer);
+    }
+    if (manifest.status == u"SUCCESS")
+        co_return manifest;
+    if (manifest.status == u"ERROR")
+        throw ShippoError::api(u"Shippo couldn't create the SCAN form — usually this means today's labels were already "
+                               "manifested, or the carrier doesn't allow it for these labels."_s);
+    throw ShippoError::api(u"Shippo is still generating the SCAN form (status: "_s +
+                           manifest.status.value_or(u"unknown"_s) + u"). Try again in a minute."_s);
+}
+
+Task<QByteArray> ShippoClient::countedPage(QString path, PageCount progress)
+{
+    QByteArray page = co_await request(path);
+    if (progress)
+        progress();
+    co_return page;
+}
+
+Task<QList<MasterEntry>> ShippoClient::masterLog(QDate from, QDate to, PageCount progress)
+{
+    const QDateTime start = from.startOfDay(), end = to.addDays(1).startOfDay();
+    const auto fetch = [this, progress](const QString &path) { return countedPage(path, progress); };
+    const auto created = [](const auto &record) { return record.objectCreated; };
+    // Both at once; each alone takes as long as the other.
+    auto bought = pagedList<ShippoTransaction>(fetch, u"transactions?results=100"_s, start, created);
+    auto rated = pagedList<ShippoShipmentListed>(fetch, u"shipments?results=100"_s, start, created);
+    const QList<ShippoTransaction> transactions = co_await bought;
+    const QList<ShippoShipmentListed> shipments = co_await rated;
+    co_return masterEntries(transactions, shipments, start, end);
+}
+
+} // namespace parcelory

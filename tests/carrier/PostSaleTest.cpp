@@ -1,0 +1,118 @@
+#include "carrier/ShippoClient.h"
+
+#include "support/CarrierDesk.h"
+#include "support/Printing.h"
+
+#include <gmock/gmock.h>
+
+namespace parcelory::test {
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace {
+
+class PostSaleTest : public testing::Test {
+protected:
+    PostSaleTest() { desk.clock.start = QDateTime::currentDateTime(); }
+
+    CarrierDesk desk;
+    ShippoKeys keys{desk.secrets, desk.preferences};
+    ShippoClient client{desk.platform, keys};
+
+    template <class T>
+    T run(Task<T> task)
+    {
+        return runTask(std::move(task), &desk.clock);
+    }
+    QString manifestOutcome(const QString &account)
+    {
+        try {
+            const ShippoManifest manifest = run(client.createManifest(account, deskAddress(), desk.clock.now()));
+            return manifest.status.value_or(u"no status"_s);
+        } catch (const AppError &error) {
+            return error.description();
+        }
+    }
+    void answerManifest(const QByteArray &body, int times = 1)
+    {
+        desk.carrier.setScenario({.failNext = CarrierFailure{"manifests", 201, "application/json", body, times, ""}});
+    }
+    MasterEntry entry(const QString &name, const QString &created, const QString &status = u"SUCCESS"_s)
+    {
+        ShippoTransaction bought{.objectId = name, .status = status, .rate = u"r"_s, .objectCreated = created};
+        const QDateTime start = QDate(2026, 11, 20).startOfDay();
+        const auto entries = masterEntries({bought}, {}, start, start.addDays(1));
+        return entries.value(0);
+    }
+};
+
+} // namespace
+
+TEST_F(PostSaleTest, WaitsForAScanFormAndSaysWhatBecameOfIt)
+{
+    // What the carrier answers is given word by word: these states are its own.
+    const std::pair<QByteArray, QString> rows[] = {
+        {R"({"object_id": "m", "status": "SUCCESS"})", u"SUCCESS"_s},
+        {R"({"object_id": "m", "status": "ERROR"})",
+         u"Shippo couldn't create the SCAN form — usually this means today's labels were already manifested, or the "
+         "carrier doesn't allow it for these labels."_s},
+        {R"({"object_id": "m"})",
+         u"Shippo is still generating the SCAN form (status: unknown). Try again in a minute."_s},
+    };
+    for (const auto &[body, outcome] : rows) {
+        answerManifest(body);
+        EXPECT_EQ(manifestOutcome(u"account"_s), outcome);
+    }
+    const auto before = desk.clock.elapsed();
+    desk.carrier.clearRequests();
+    answerManifest(R"({"object_id": "m", "status": "QUEUED"})", 11);
+    EXPECT_EQ(manifestOutcome(u"account"_s),
+              u"Shippo is still generating the SCAN form (status: QUEUED). Try again in a minute."_s);
+    EXPECT_EQ(desk.clock.elapsed() - before, 15s);
+    EXPECT_EQ(desk.carrier.requests().size(), 11);
+    const Json sent = desk.sent("/manifests/").first();
+    EXPECT_EQ(sent["carrier_account"], "account");
+    EXPECT_EQ(sent["async"], false);
+    EXPECT_TRUE(QString::fromStdString(sent["shipment_date"]).endsWith(u'Z'));
+}
+
+TEST_F(PostSaleTest, AsksForTheVeryNumberWhateverStandsInIt)
+{
+    EXPECT_THROW(run(client.track(u"usps"_s, u"92 1/../x?y#z"_s)), AppError);
+    EXPECT_EQ(desk.carrier.requests().last().target, "/tracks/usps/92%201%2F..%2Fx%3Fy%23z");
+    EXPECT_EQ(run(client.track(u"shippo"_s, u"SHIPPO_DELIVERED"_s)).trackingStatus->status, u"DELIVERED"_s);
+}
+
+TEST_F(PostSaleTest, ListsTheLabelsOfTheDaysAskedForNewestFirst)
+{
+    const QDateTime noon(desk.clock.now().date().addDays(-1), QTime(12, 0));
+    desk.carrier.seedHistory(250, noon, 20min);
+    int pages = 0;
+    const QDate day = noon.date();
+    const QList<MasterEntry> entries = run(client.masterLog(day, day, [&] { ++pages; }));
+    EXPECT_EQ(entries.size(), 37); // every 20 minutes from midnight to noon
+    EXPECT_EQ(pages, 2) << "one page of each listing reaches back before the day";
+    EXPECT_EQ(entries.first().recipient, u"Harriet Ashcombe"_s);
+    EXPECT_EQ(entries.first().place, u"Reno, NV"_s);
+    EXPECT_EQ(entries.first().company, u"—"_s);
+    EXPECT_EQ(entries.first().service, u"UPS Next Day Air®"_s);
+    EXPECT_GT(entries.first().amount, 0);
+    EXPECT_TRUE(entries.first().test);
+    EXPECT_TRUE(std::ranges::is_sorted(entries, std::ranges::greater{}, &MasterEntry::date));
+}
+
+TEST_F(PostSaleTest, TakesFromThePurchaseTagWhatTheHistoryNoLongerHolds)
+{
+    const QString inside = u"2026-11-20T18:00:00.000Z"_s;
+    ShippoTransaction bought{.objectId = u"t"_s, .status = u"SUCCESS"_s, .rate = u"gone"_s, .objectCreated = inside};
+    const QDateTime start = QDate(2026, 11, 20).startOfDay();
+    const auto only = [&] { return masterEntries({bought}, {}, start, start.addDays(1)).value(0); };
+    EXPECT_EQ(only().recipient + only().service + only().country, u"—Unknown"_s);
+    bought.metadata = u"KX|gb|Harriet Ashcombe|FedEx International Priority|97301"_s;
+    EXPECT_EQ(only().recipient + only().service + only().country, u"Harriet AshcombeFedEx International PriorityGB"_s);
+    EXPECT_EQ(entry(u"failed"_s, inside, u"ERROR"_s).id, QString());
+    EXPECT_EQ(entry(u"too early"_s, u"2026-11-18T18:00:00Z"_s).id, QString());
+    EXPECT_EQ(entry(u"undated"_s, u"soon"_s).id, QString());
+}
+
+} // namespace parcelory::test
