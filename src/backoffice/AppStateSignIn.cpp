@@ -8,6 +8,8 @@ namespace {
 
 constexpr auto pageWait = 40s;
 
+const QString pageStopped = u"The sign-in page stopped working — try again."_s;
+
 /// Why a sign-in failed; `formResult` is fillLogin's answer.
 QString signInFailure(const QString &formResult)
 {
@@ -39,6 +41,10 @@ Task<> AppState::signIn(QString user, QString pass, bool remember)
         co_return;
     }
     const bool formShown = co_await auth.waitFor(DesklineAuth::loginFormProbe, pageWait);
+    if (auth.hasCrashed()) {
+        fail(pageStopped);
+        co_return;
+    }
     if (!formShown) {
         fail(u"Deskline is responding slowly — the login page didn't load after 40 seconds. Try again in a moment."_s);
         co_return;
@@ -46,6 +52,10 @@ Task<> AppState::signIn(QString user, QString pass, bool remember)
     const QString result = co_await auth.fillLogin(user, pass);
     const bool ok = co_await auth.waitFor(DesklineAuth::signedInProbe, pageWait);
     loginBusy = false;
+    if (!ok && auth.hasCrashed()) { // says nothing about the password
+        loginError = pageStopped;
+        co_return;
+    }
     if (!ok) {
         loginError = signInFailure(result);
         const bool saved = co_await hasSavedCredentials();

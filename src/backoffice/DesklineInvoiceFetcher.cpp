@@ -75,6 +75,18 @@ DesklineInvoice invoiceFrom(const QString &id, const DesklinePage &page)
     return invoice;
 }
 
+/// What the script has answered; nothing without a buyer.
+std::optional<DesklinePage> pageFrom(const QString &answer)
+{
+    try {
+        auto page = decodeJson<DesklinePage>(answer.toUtf8(), Keys::asIs);
+        if (!line(page.labels.name).isEmpty())
+            return page;
+    } catch (const DecodeError &) { // not what the script says of an invoice
+    }
+    return std::nullopt;
+}
+
 } // namespace
 
 DesklineInvoiceFetcher::DesklineInvoiceFetcher(DesklineAuth &auth, const CompanySanitizer &sanitizer)
@@ -140,15 +152,12 @@ Task<DesklinePage> DesklineInvoiceFetcher::readPage(QString invoiceID)
         throw DesklineInvoiceError(signInForm ? Kind::notSignedIn : Kind::timeout, invoiceID);
     }
     const QString answer = co_await m_auth.evalString(scriptText(u"read-invoice.js"_s) + u"()"_s);
-    DesklinePage page;
-    try {
-        page = decodeJson<DesklinePage>(answer.toUtf8(), Keys::asIs);
-    } catch (const DecodeError &) {
-        throw DesklineInvoiceError(Kind::noBuyer, invoiceID);
+    std::optional<DesklinePage> page = pageFrom(answer);
+    if (!page) { // the sign-in form may have come under the invoice's own address
+        const bool signInForm = co_await m_auth.evalBool(DesklineAuth::loginFormProbe);
+        throw DesklineInvoiceError(signInForm ? Kind::notSignedIn : Kind::noBuyer, invoiceID);
     }
-    if (line(page.labels.name).isEmpty())
-        throw DesklineInvoiceError(Kind::noBuyer, invoiceID);
-    co_return page;
+    co_return *std::move(page);
 }
 
 /// The company on the customer's own page; empty when there is none or the page does not come.

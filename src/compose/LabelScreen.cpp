@@ -140,15 +140,19 @@ void LabelScreen::takeFilledDraft()
 void LabelScreen::takeCustoms()
 {
     const std::optional<DesklineInvoice> invoice = draftInvoice();
-    CustomsInfo filled{.signer = customs.value().signer};
+    CustomsInfo filled;
     if (invoice) {
         filled.itemType = invoice->suggestedCustomsType().value_or(filled.itemType);
         filled.value = defaultCustomsValue();
     }
-    CustomsInfo untouched = m_filledCustoms;
-    untouched.signer = filled.signer;
-    if (invoice || customs.value() == untouched)
-        customs = filled;
+    CustomsInfo declared = customs;
+    if (invoice || declared.itemType == m_filledCustoms.itemType)
+        declared.itemType = filled.itemType;
+    if (invoice || declared.value == m_filledCustoms.value)
+        declared.value = filled.value;
+    if (invoice)
+        declared.quantity = filled.quantity;
+    customs = declared;
     m_filledCustoms = filled;
 }
 

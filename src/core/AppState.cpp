@@ -25,11 +25,9 @@ AppState::AppState(Platform &host)
     observe(flow, tab, loginBusy, loginError, signedInUser, lastShipmentSummary, keyChanges, draftTo, draftReference,
             draftFillCount, scanFormBusy, scanFormStatus, scanFormPDF, scanFormOpenTick, scanBusy, scanStatus,
             scannedInvoice);
+    scanListener.isWanted = [this] { return flow == AppFlow::main; };
     scanListener.onScan = [this](const QString &code) { handleInvoiceScan(code); };
-    scanListener.onNoise = [this](const QString &heard) {
-        if (flow == AppFlow::main)
-            reportScanNoise(heard);
-    };
+    scanListener.onNoise = [this](const QString &heard) { reportScanNoise(heard); };
     scanListener.start();
     connect(&log, &ShipmentLog::recordsChanged, this, &AppState::changed);
 }

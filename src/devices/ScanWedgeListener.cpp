@@ -33,7 +33,7 @@ void ScanWedgeListener::stop()
 
 KeyVerdict ScanWedgeListener::handle(const KeyPress &key)
 {
-    if (key.isRepeat) // a scanner presses and lets go
+    if (!isWanted() || key.isRepeat) // a scanner presses and lets go
         return pass();
     const bool isEnd = key.isReturn || key.isTab || key.text.contains(u'\r') || key.text.contains(u'\n');
     // CR-LF, or a suffix of several keys: the code before it has been understood already.

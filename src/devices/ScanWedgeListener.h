@@ -23,6 +23,10 @@ public:
     Heard onScan = [](const QString &) {};  ///< an invoice code; the text may hold junk around it
     Heard onNoise = [](const QString &) {}; ///< a fast run of keys that is none
 
+    /// While this is false, keys go on as they come: nothing is scanned on a sign-in screen, but passwords are typed by
+    /// machines, too.
+    std::function<bool()> isWanted = [] { return true; };
+
     void start();
     void stop();
 

@@ -117,6 +117,15 @@ TEST_F(SignIn, SaysWhyItFailedAndForgetsOnlyWhatWasRejected)
         EXPECT_GE(clock.elapsed() - before, std::chrono::seconds(40));
         EXPECT_FALSE(app->loginBusy);
     }
+    remember();
+    showPage(true, false);
+    web.answer = [this, page = web.answer](const QString &expression) {
+        web.crashed = expression == DesklineAuth::signedInProbe;
+        return page(expression);
+    };
+    signIn(true);
+    EXPECT_EQ(app->loginError.value(), u"The sign-in page stopped working — try again."_s);
+    EXPECT_EQ(saved(), u"old"_s) << "nobody has rejected it";
     office.setScenario({.unreachable = true});
     web.loaded.clear();
     signIn();
@@ -171,6 +180,7 @@ TEST_F(SignIn, FillsTheLabelFromAScanAndNamesEveryFailure)
     };
     const QString noBuyer = u"Invoice 4900 loaded but no buyer details were found on the page."_s;
     const Row rows[] = {
+        {u"{}"_s, true, false, u"The deskline session has expired — sign out of Parcelory and sign back in."_s},
         {u"{}"_s, false, false, noBuyer},
         {u"[1]"_s, false, false, noBuyer},
         {u"{\"fields\":{\"Name\":7}}"_s, false, false, noBuyer},

@@ -16,6 +16,7 @@
 #include <utility>
 
 #ifdef Q_OS_LINUX
+#include <fcntl.h>
 #include <sched.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -67,6 +68,23 @@ struct Answered {
     void await_suspend(std::coroutine_handle<> handle) { answer->waiting = handle; }
     QVariant await_resume() const { return answer->value; }
 };
+
+#ifdef Q_OS_LINUX
+bool writeLine(const char *path, const QByteArray &line)
+{
+    const int file = ::open(path, O_WRONLY);
+    return file >= 0 && ::write(file, line.constData(), size_t(line.size())) == line.size();
+}
+
+/// Does in this process what the engine's sandbox begins with. Some systems allow the namespace but nothing in it.
+bool canBuildSandbox()
+{
+    const QByteArray user = QByteArray::number(::geteuid()), group = QByteArray::number(::getegid());
+    return ::unshare(CLONE_NEWUSER) == 0 && writeLine("/proc/self/setgroups", "deny") &&
+           writeLine("/proc/self/uid_map", "0 " + user + " 1") &&
+           writeLine("/proc/self/gid_map", "0 " + group + " 1") && ::unshare(CLONE_NEWPID) == 0;
+}
+#endif
 
 } // namespace
 
@@ -124,13 +142,13 @@ QString WebEngineSession::obstacle()
         return {};
     const pid_t child = ::fork();
     if (child == 0)
-        ::_exit(::unshare(CLONE_NEWUSER) == 0 ? 0 : 1);
+        ::_exit(canBuildSandbox() ? 0 : 1);
     int status = 1;
     if (child > 0)
         ::waitpid(child, &status, 0);
     if (status != 0)
         return u"The back office cannot be opened: this system keeps the web engine from building its sandbox (user "
-               "namespaces are switched off) — ask whoever looks after this computer."_s;
+               "namespaces are switched off or held back by AppArmor) — ask whoever looks after this computer."_s;
 #endif
     return {};
 }
@@ -150,6 +168,7 @@ QWebEngineProfile &WebEngineSession::profile()
         throw AppError(reason);
     m_profile = std::make_unique<QWebEngineProfile>(u"deskline"_s);
     m_profile->setPersistentStoragePath(m_settings.folder);
+    m_profile->setPersistentCookiesPolicy(QWebEngineProfile::NoPersistentCookies); // a run begins without a session
     m_profile->setHttpCacheType(QWebEngineProfile::MemoryHttpCache); // no copy of an invoice stays on the disk
     m_profile->settings()->setAttribute(QWebEngineSettings::AutoLoadImages, false); // texts are all that is read
     if (m_settings.reach == Reach::loopbackOnly)
@@ -197,10 +216,13 @@ Task<QVariant> WebEngineSession::evaluate(QString expression)
                               if (!listening.expired())
                                   answer->settle(value);
                           });
-    QTimer::singleShot(m_settings.answerLimit, m_page.get(), [this, answer] {
-        m_stuck = m_stuck || !answer->settled;
+    const auto giveUp = [this, answer, asked = m_page.get(), listening = std::weak_ptr(m_listening)] {
+        if (answer->settled || listening.expired())
+            return;
+        m_stuck = m_stuck || asked == m_page.get();
         answer->settle({});
-    });
+    };
+    QTimer::singleShot(m_settings.answerLimit, m_page.get(), giveUp);
     const QVariant value = co_await Answered{answer};
     co_return value;
 }
@@ -212,6 +234,7 @@ void WebEngineSession::clear()
     if (!m_page)
         return;
     // The page goes when it has emptied its stores, and the next one begins as if there had been none.
+    m_page->disconnect();
     m_page->triggerAction(QWebEnginePage::Stop);
     m_former = std::move(m_page);
     m_former->runJavaScript(u"localStorage.clear(); sessionStorage.clear()"_s, ourWorld, [this](const QVariant &) {

@@ -15,8 +15,11 @@ template <class Get, class Set, class Property>
 void bindText(Field *field, Property &watched, Get get, Set set)
 {
     const auto show = [field, get] {
-        if (field->text() != get())
-            field->setText(get());
+        if (field->text() == get())
+            return;
+        field->setText(get());
+        if (!field->hasFocus())
+            field->setCursorPosition(0); // the beginning of a long text tells more than its end
     };
     show();
     auto notifier = std::make_shared<QPropertyNotifier>(watched.addNotifier(show));

@@ -81,6 +81,8 @@ QStringList addressLines(const ShippoAddress &address)
     return lines;
 }
 
+constexpr qsizetype mostItems = 20; ///< a longer list would take longer than a blink, and nobody reads it here
+
 QLayout *itemRow(const DesklineInvoiceItem &item)
 {
     auto *row = new QHBoxLayout;
@@ -114,8 +116,11 @@ Surface *invoiceCard(const DesklineInvoice &invoice)
     rows->addWidget(paragraph(addressLines(invoice.address).join(u'\n')));
     addRule(rows);
     rows->addWidget(new TextLabel(invoice.itemCount(), FontRole::captionStrong, &Tokens::muted));
-    for (const DesklineInvoiceItem &item : invoice.items)
+    for (const DesklineInvoiceItem &item : invoice.items.first(std::min(invoice.items.size(), mostItems)))
         rows->addLayout(itemRow(item));
+    if (invoice.items.size() > mostItems)
+        rows->addWidget(
+            new TextLabel(u"and %1 more"_s.arg(invoice.items.size() - mostItems), FontRole::caption, &Tokens::muted));
     if (!joinPresent({invoice.shipMethod, invoice.shipCost, invoice.paidAmount}, {}).isEmpty())
         addRule(rows);
     addSum(rows, u"Deskline shipping:"_s, invoice.shipMethod, invoice.shipCost);
