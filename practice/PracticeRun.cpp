@@ -4,11 +4,11 @@
 #include "core/AppState.h"
 #include "practice/PracticeDesk.h"
 #include "practice/PracticeOrders.h"
+#include "records/SaveFile.h"
 #include "shell/ErrorLog.h"
 #include "shell/platform/ConsolePrompts.h"
 
 #include <QCoreApplication>
-#include <QSaveFile>
 
 #include <algorithm>
 #include <cstdio>
@@ -116,13 +116,8 @@ Task<QList<PracticeOrder>> signIn(AppState &app, QList<PracticeOrder> orders)
 QString exportLog(const AppState &app)
 {
     const QString path = app.platform.dataFolder.absoluteFilePath(u"Mail Log Export.csv"_s);
-    bool complete = false;
-    const QByteArray text = app.log.exportEndiciaCSV(&complete).toUtf8();
-    if (!complete)
+    if (!saveFile(path, [&app](QIODevice &file) { return app.log.exportEndicia(file); }))
         throw AppError(u"The mailing log could not be read to its end, so nothing was exported."_s);
-    QSaveFile file(path); // an earlier export stays until this one is complete
-    if (!file.open(QIODevice::WriteOnly) || file.write(text) != text.size() || !file.flush() || !file.commit())
-        throw AppError(u"The mailing log could not be exported to %1 — %2."_s.arg(path, file.errorString()));
     return path;
 }
 

@@ -48,6 +48,8 @@ private:
 
     Task<> until(std::function<bool()> reached);
     Task<> save(QString name);
+    Task<> saveDark(QString name);
+    void saveWindow(const QString &title, const QString &name);
     Task<> drawSignIn();
     Task<> drawInvoice();
     Task<> drawComposing();
@@ -55,7 +57,10 @@ private:
     Task<> drawAbroad();
     Task<> drawBuying();
     Task<> drawRecords();
+    Task<> drawMasterLog();
+    Task<> drawScanForm();
     Task<> drawSettings();
+    Task<> drawLogs(QString name);
     void compose(const ShippoAddress &to);
     QImage picture();
 
@@ -101,6 +106,22 @@ Task<> Gallery::save(QString name)
     if (!picture().save(path))
         throw AppError(u"%1 could not be written."_s.arg(path));
     std::printf("%s\n", qUtf8Printable(path));
+}
+
+Task<> Gallery::saveDark(QString name)
+{
+    Theme::current().setDark(true);
+    co_await save(name + u"-dark"_s);
+    Theme::current().setDark(false);
+}
+
+/// A secondary window.
+void Gallery::saveWindow(const QString &title, const QString &name)
+{
+    for (QWidget *window : QApplication::topLevelWidgets()) {
+        if (window->windowTitle() == title)
+            window->grab().save(m_folder.filePath(name + u".png"_s));
+    }
 }
 
 void Gallery::compose(const ShippoAddress &to)
@@ -149,9 +170,7 @@ Task<> Gallery::drawComposing()
     compose(practiceRecipient());
     co_await label().validate();
     co_await save(u"new-label-domestic"_s);
-    Theme::current().setDark(true);
-    co_await save(u"new-label-domestic-dark"_s);
-    Theme::current().setDark(false);
+    co_await saveDark(u"new-label-domestic"_s);
     m_program.window().resize(m_program.window().minimumSize());
     co_await save(u"new-label-smallest"_s);
     m_program.window().resize(usualSize);
@@ -231,20 +250,49 @@ Task<> Gallery::drawRecords()
     co_await until([this] { return app().log.records().size() > 10; });
     m_program.screens().mailingLog.selected = app().log.records()[3].id;
     co_await save(u"mailing-log"_s);
-    Theme::current().setDark(true);
-    co_await save(u"mailing-log-dark"_s);
-    Theme::current().setDark(false);
-    m_program.screens().mailingLog.search = u"nobody of this name"_s;
+    co_await saveDark(u"mailing-log"_s);
+    MailingLogScreen &log = m_program.screens().mailingLog;
+    log.progress = 0.4; // as an import of many shipments shows it
+    log.message = u"Importing…"_s;
+    co_await save(u"mailing-log-import"_s);
+    log.progress = std::nullopt;
+    log.message = QString();
+    log.selected = app().log.records()[1].id;
+    spawn([&log] { return log.refund(*log.selectedRecord()); });
+    co_await until([] { return QApplication::activeModalWidget(); });
+    co_await save(u"dialog-refund"_s);
+    static_cast<QDialog *>(QApplication::activeModalWidget())->reject();
+    log.search = u"nobody of this name"_s;
     co_await until([this] { return app().log.records().isEmpty(); });
     co_await save(u"mailing-log-nothing-found"_s);
-    m_program.screens().mailingLog.search = QString();
-    app().tab = MainTab::masterLog;
-    co_await save(u"master-log"_s);
+    log.search = QString();
     m_program.window().openWindow(u"errorlog"_s);
-    for (QWidget *window : QApplication::topLevelWidgets()) {
-        if (window->windowTitle() == u"Error Log")
-            window->grab().save(m_folder.filePath(u"window-error-log.png"_s));
-    }
+    saveWindow(u"Error Log"_s, u"window-error-log"_s);
+}
+
+Task<> Gallery::drawMasterLog()
+{
+    MasterLogScreen &log = m_program.screens().masterLog;
+    m_desk.carrier().seedHistory(18, clock().now().addSecs(-3600), 7h);
+    app().tab = MainTab::masterLog;
+    co_await until([&log] { return log.loaded && !log.busy; });
+    log.selected = log.entries.value()[2].id;
+    log.copyTracking(*log.selectedEntry());
+    co_await save(u"master-log"_s);
+    co_await saveDark(u"master-log"_s);
+    log.to = QDate(2026, 1, 2);
+    log.from = QDate(2026, 1, 1);
+    co_await log.load();
+    co_await save(u"master-log-nothing-found"_s);
+}
+
+Task<> Gallery::drawScanForm()
+{
+    co_await app().createScanForm(label().sender().value_or(SenderProfile()).address);
+    co_await clock().sleep(800ms); // the pages are drawn on another thread
+    saveWindow(u"SCAN Form"_s, u"window-scan-form"_s);
+    app().tab = MainTab::newLabel;
+    co_await save(u"new-label-scan-form"_s);
 }
 
 Task<> Gallery::drawSettings()
@@ -260,9 +308,7 @@ Task<> Gallery::drawSettings()
         m_program.window().settingsView().showPage(page);
         co_await save(name);
     }
-    Theme::current().setDark(true);
-    co_await save(u"settings-api-keys-dark"_s);
-    Theme::current().setDark(false);
+    co_await saveDark(u"settings-api-keys"_s);
 }
 
 Task<> Gallery::drawPractice()
@@ -276,6 +322,8 @@ Task<> Gallery::drawPractice()
     co_await drawAbroad();
     co_await drawBuying();
     co_await drawRecords();
+    co_await drawMasterLog();
+    co_await drawScanForm();
     co_await drawSettings();
 }
 
@@ -291,6 +339,27 @@ Task<> Gallery::drawMode(QString name)
     app().tab = MainTab::settings;
     m_program.window().settingsView().showPage(SettingsView::Page::keys);
     co_await save(u"settings-api-keys-"_s + name);
+    m_program.window().resize(m_program.window().minimumSize());
+    co_await drawLogs(name);
+}
+
+/// The logs of a real desk in the smallest window, the account's one while other days are asked for.
+Task<> Gallery::drawLogs(QString name)
+{
+    auto filling = onPool([this] { addPracticeShipments(app().log); });
+    co_await filling;
+    co_await until([this] { return app().log.records().size() > 10; });
+    m_program.screens().mailingLog.selected = app().log.records()[1].id;
+    app().tab = MainTab::mailingLog;
+    co_await save(u"mailing-log-"_s + name);
+    MasterLogScreen &log = m_program.screens().masterLog;
+    for (const QString &token : {PracticeCarrier::testToken, PracticeCarrier::liveToken})
+        m_desk.carrier().seedHistory(12, clock().now().addSecs(-3600), 9h, token);
+    app().tab = MainTab::masterLog;
+    co_await until([&log] { return log.loaded && !log.busy; });
+    log.from = log.to.value().addDays(-40);
+    log.loaded = false; // as after a change of the field
+    co_await save(u"master-log-"_s + name);
 }
 
 /// Runs one gallery over a desk of its own; true when all was drawn.

@@ -3,8 +3,7 @@
 #include "backoffice/DesklineAuth.h"
 #include "backoffice/DesklineInvoice.h"
 #include "core/CompanySanitizer.h"
-
-#include <map>
+#include "core/UsStates.h"
 
 namespace parcelory {
 
@@ -24,7 +23,7 @@ public:
     /// "Portland, Oregon" is Portland and OR; what is no US state stays as written.
     static std::pair<QString, QString> splitCityState(const QString &text);
     /// US states, their names in lower case, to two-letter codes.
-    static const std::map<QString, QString> &stateAbbreviations();
+    static const std::map<QString, QString> &stateAbbreviations() { return usStates(); }
 
 private:
     Task<DesklinePage> readPage(QString invoiceID);

@@ -84,7 +84,8 @@ Task<> AppState::syncRefundStatuses()
     if (m_lastRefundSync.isValid() && std::abs(m_lastRefundSync.secsTo(now)) < refundSyncPause)
         co_return;
     m_lastRefundSync = now;
-    auto looking = onPool([this] { return log.openRefunds(refundsPerSync); });
+    // A carrier decides within weeks; a year spares a large log being read to its end.
+    auto looking = onPool([this, since = now.addYears(-1)] { return log.openRefunds(since, refundsPerSync); });
     const QList<ShipmentRecord> open = co_await looking;
     bool changed = false;
     for (const ShipmentRecord &record : open) {

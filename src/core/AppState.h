@@ -1,5 +1,7 @@
 #pragma once
 
+#include "addressbook/ContactsAddressProvider.h"
+#include "addressbook/LocalAddressStore.h"
 #include "backoffice/DesklineInvoiceFetcher.h"
 #include "backoffice/SavedCredentials.h"
 #include "carrier/ShippoClient.h"
@@ -79,6 +81,8 @@ public:
     ShipmentLog log;
     SenderStore senders;
     BoxStore boxes;
+    LocalAddressStore addressBook;
+    ContactsAddressProvider appleContacts;
     LabelPrinter printer;
     ScanWedgeListener scanListener;
 

@@ -2,6 +2,7 @@
 
 #include "core/Deployment.h"
 #include "core/ports/Clock.h"
+#include "core/ports/ContactsSource.h"
 #include "core/ports/Desktop.h"
 #include "core/ports/HidSource.h"
 #include "core/ports/HttpTransport.h"
@@ -13,6 +14,8 @@
 #include "core/ports/WebSession.h"
 
 #include <QDir>
+
+#include <memory>
 
 namespace parcelory {
 
@@ -32,7 +35,8 @@ struct Platform {
 
     QDir dataFolder; ///< the folder "Parcelory" of the user's application support; may not exist yet
     Deployment deployment;
-    bool practice = false; ///< nothing of this world is real: no postage, no paper
+    std::shared_ptr<ContactsSource> contacts = {}; ///< null where the system has none
+    bool practice = false;                         ///< nothing of this world is real: no postage, no paper
 };
 
 } // namespace parcelory

@@ -33,6 +33,39 @@ QString Database::lastError() const
     return QString::fromUtf8(sqlite3_errmsg(m_db));
 }
 
+qint64 Database::lastInsertedId() const
+{
+    return sqlite3_last_insert_rowid(m_db);
+}
+
+int Database::totalChanges() const
+{
+    return sqlite3_total_changes(m_db);
+}
+
+Snapshot::Snapshot(const Database &db) : m_db(db)
+{
+    Statement(m_db, "BEGIN").execute();
+}
+
+Snapshot::~Snapshot()
+{
+    Statement(m_db, "COMMIT").execute();
+}
+
+Interruption::Interruption(const Database &db, const StillWanted &wanted) : m_db(db)
+{
+    constexpr int instructions = 10000; // well below a millisecond
+    const auto isOver = [](void *asked) { return int(!(*static_cast<const StillWanted *>(asked))()); };
+    if (wanted)
+        sqlite3_progress_handler(m_db.handle(), instructions, isOver, const_cast<StillWanted *>(&wanted));
+}
+
+Interruption::~Interruption()
+{
+    sqlite3_progress_handler(m_db.handle(), 0, nullptr, nullptr);
+}
+
 Statement::Statement(const Database &db, const QByteArray &sql)
 {
     sqlite3_prepare_v2(db.handle(), sql.constData(), int(sql.size()), &m_statement, nullptr);
@@ -78,19 +111,45 @@ bool Statement::isComplete() const
     return m_lastResult == SQLITE_DONE;
 }
 
+void Statement::reset()
+{
+    sqlite3_reset(m_statement);
+}
+
 bool Statement::execute()
 {
     if (!m_statement)
         return false;
     const bool done = sqlite3_step(m_statement) == SQLITE_DONE;
-    sqlite3_reset(m_statement);
+    reset();
     return done;
+}
+
+Statement::Kind Statement::kind(int column) const
+{
+    switch (sqlite3_column_type(m_statement, column)) {
+    case SQLITE_INTEGER:
+    case SQLITE_FLOAT:
+        return Kind::number;
+    case SQLITE_TEXT:
+        return Kind::text;
+    case SQLITE_BLOB:
+        return Kind::blob;
+    default:
+        return Kind::null;
+    }
 }
 
 QString Statement::text(int column) const
 {
+    const QByteArrayView bytes = utf8(column);
+    return bytes.isNull() ? QString() : QString::fromUtf8(bytes);
+}
+
+QByteArrayView Statement::utf8(int column) const
+{
     const auto *bytes = reinterpret_cast<const char *>(sqlite3_column_text(m_statement, column));
-    return bytes ? QString::fromUtf8(bytes, sqlite3_column_bytes(m_statement, column)) : QString();
+    return {bytes, bytes ? sqlite3_column_bytes(m_statement, column) : 0};
 }
 
 double Statement::real(int column) const

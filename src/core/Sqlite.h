@@ -4,6 +4,7 @@
 #include <QString>
 
 #include <chrono>
+#include <functional>
 #include <optional>
 
 struct sqlite3;
@@ -29,11 +30,43 @@ public:
     /// The library's text about the last failure on this connection.
     QString lastError() const;
 
+    /// The id of the row that was inserted last on this connection.
+    qint64 lastInsertedId() const;
+    /// How many rows this connection has changed so far, those that triggers changed included.
+    int totalChanges() const;
+
     sqlite3 *handle() const { return m_db; }
 
 private:
     sqlite3 *m_db = nullptr;
     bool m_open = false;
+};
+
+/// What is read on the connection while it lives is of one state of the file.
+class Snapshot {
+public:
+    explicit Snapshot(const Database &db);
+    ~Snapshot();
+    Snapshot(const Snapshot &) = delete;
+    Snapshot &operator=(const Snapshot &) = delete;
+
+private:
+    const Database &m_db;
+};
+
+/// Asked again and again during a long operation; false ends it early.
+using StillWanted = std::function<bool()>;
+
+/// While it lives, a statement of the connection fails as soon as it is not wanted any more.
+class Interruption {
+public:
+    Interruption(const Database &db, const StillWanted &wanted);
+    ~Interruption();
+    Interruption(const Interruption &) = delete;
+    Interruption &operator=(const Interruption &) = delete;
+
+private:
+    const Database &m_db;
 };
 
 /// One prepared statement, finalised with its scope. Parameters count from 1, columns from 0.
@@ -43,6 +76,8 @@ public:
     ~Statement();
     Statement(const Statement &) = delete;
     Statement &operator=(const Statement &) = delete;
+
+    enum class Kind { null, number, text, blob };
 
     bool isPrepared() const { return m_statement; }
 
@@ -57,10 +92,15 @@ public:
     bool step();
     /// After the last step(): true when there are no more rows, false when reading failed on the way.
     bool isComplete() const;
+    /// Back to before the first row, for new values.
+    void reset();
     /// Steps a statement that gives no rows; true when it was carried out. May be called again with new values.
     bool execute();
 
+    Kind kind(int column) const;    ///< of a row's value; ask before reading it
     QString text(int column) const; ///< NULL reads as ""
+    /// The text as it is stored, followed by a zero byte, until the next step; null for NULL.
+    QByteArrayView utf8(int column) const;
     double real(int column) const;
     qint64 integer(int column) const;
     std::optional<QByteArray> blob(int column) const; ///< absent for NULL and for an empty blob

@@ -2,9 +2,10 @@
 
 #include "core/Text.h"
 
-#include <QRegularExpression>
+#include <QStringList>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 namespace parcelory::EndiciaFormat {
@@ -25,12 +26,36 @@ QString weightText(double ounces)
     return general(ounces) + u" oz"_s;
 }
 
-QString oneField(QString field)
+bool isAsciiNewline(char byte)
 {
+    return byte >= '\n' && byte <= '\r';
+}
+
+/// How many bytes at `at` end a line: 0 when none does.
+qsizetype newlineAt(const char *at, const char *end)
+{
+    if (static_cast<unsigned char>(*at) < 0x80) // most are, and a file has many
+        return isAsciiNewline(*at) ? 1 : 0;
+    for (const QByteArrayView newline : {"\xC2\x85", "\xE2\x80\xA8", "\xE2\x80\xA9"}) { // U+0085, U+2028, U+2029
+        if (QByteArrayView(at, end).startsWith(newline))
+            return newline.size();
+    }
+    return 0;
+}
+
+void appendField(QByteArray &text, QByteArrayView field)
+{
+    const auto isPlain = [](char byte) {
+        return static_cast<unsigned char>(byte) < 0x80 && byte != '\t' && !isAsciiNewline(byte);
+    };
+    if (std::all_of(field.begin(), field.end(), isPlain)) {
+        text += field;
+        return;
+    }
+    QString cleaned = QString::fromUtf8(field);
     const auto breaksTheLine = [](QChar c) { return c == u'\t' || newlines.contains(c); };
-    if (std::any_of(field.cbegin(), field.cend(), breaksTheLine)) // rare, and without it nothing is copied
-        std::replace_if(field.begin(), field.end(), breaksTheLine, QChar(u' '));
-    return field;
+    std::replace_if(cleaned.begin(), cleaned.end(), breaksTheLine, QChar(u' '));
+    text += cleaned.toUtf8();
 }
 
 } // namespace
@@ -45,42 +70,62 @@ QString header()
     return names.join(u'\t');
 }
 
-QString line(const ShipmentRecord &record)
+void append(QByteArray &text, const Line &line, EndiciaDates &dates)
 {
-    const bool plainStatus = record.status == u"PRINTED" || record.status == u"DELIVERED";
-    const QString fields[] = {plainStatus ? QString() : record.status,
-                              u"Stamp"_s,
-                              dateText(record.createdAt),
-                              record.transactionID,
-                              record.recipient,
-                              record.zip11,
-                              fixed(record.postage, 2),
-                              record.weightOz > 0 ? general(std::round(record.weightOz)) : QString(),
-                              record.balance,
-                              record.service,
-                              record.services,
-                              record.tracking,
-                              record.declaredValue,
-                              record.descriptionText,
-                              record.reference,
-                              record.groupCode,
-                              record.email};
-    QStringList cleaned;
-    for (const QString &field : fields)
-        cleaned += oneField(field);
-    return cleaned.join(u'\t');
+    const bool plainStatus = line.status == "PRINTED" || line.status == "DELIVERED";
+    const QByteArray date = dates.text(line.createdAt).toLatin1(), postage = fixed(line.postage, 2).toLatin1();
+    const QByteArray ounces = line.weightOz > 0 ? general(std::round(line.weightOz)).toLatin1() : QByteArray();
+    const QByteArrayView fields[] = {plainStatus ? QByteArrayView() : line.status,
+                                     "Stamp",
+                                     date,
+                                     line.transactionID,
+                                     line.recipient,
+                                     line.zip11,
+                                     postage,
+                                     ounces,
+                                     line.balance,
+                                     line.service,
+                                     line.services,
+                                     line.tracking,
+                                     line.declaredValue,
+                                     line.descriptionText,
+                                     line.reference,
+                                     line.groupCode,
+                                     line.email};
+    for (const QByteArrayView &field : fields) {
+        appendField(text, field);
+        text += '\t';
+    }
+    text.back() = '\n';
 }
 
-std::optional<ShipmentRecord> parse(const QString &line)
+QByteArrayView takeLine(QByteArrayView &text)
 {
-    QStringList fields = line.split(u'\t');
+    const char *start = text.begin(), *at = start, *const end = text.end();
+    while (at != end) {
+        const qsizetype newline = newlineAt(at, end);
+        if (newline && at != start)
+            break;
+        at += newline ? newline : 1;
+        if (newline)
+            start = at;
+    }
+    text = QByteArrayView(at, end);
+    return {start, at};
+}
+
+std::optional<ShipmentRecord> parse(QByteArrayView line, EndiciaDates &dates)
+{
+    const QString text = QString::fromUtf8(line);
+    QStringList fields = text.split(u'\t');
     if (fields.size() < requiredFields || fields.first() == u"Status")
         return std::nullopt;
     for (QString &field : fields)
         field = trimBlanks(field);
 
-    const std::optional<QDateTime> date = parseDate(fields[2]);
-    ShipmentRecord record{.createdAt = date ? *date : QDateTime::currentDateTime()};
+    const std::optional<qint64> date = dates.parse(fields[2]);
+    const qint64 createdAt = date ? *date : QDateTime::currentMSecsSinceEpoch();
+    ShipmentRecord record{.createdAt = QDateTime::fromMSecsSinceEpoch(createdAt, Qt::UTC)};
     record.carrier = u"USPS"_s;
     record.status = fields[0]; // as read, even when empty
     record.transactionID = fields[3];
@@ -102,44 +147,6 @@ std::optional<ShipmentRecord> parse(const QString &line)
     record.groupCode = fields.value(15);
     record.email = fields.value(16);
     return record;
-}
-
-QStringList lines(const QString &text)
-{
-    QStringList found;
-    qsizetype start = 0;
-    for (qsizetype at = 0; at <= text.size(); ++at) {
-        if (at < text.size() && !newlines.contains(text[at]))
-            continue;
-        if (at > start)
-            found += text.mid(start, at - start);
-        start = at + 1;
-    }
-    return found;
-}
-
-QString dateText(const QDateTime &time)
-{
-    return time.toLocalTime().toString(u"MM/dd/yy hh:mm AP"_s);
-}
-
-std::optional<QDateTime> parseDate(const QString &text)
-{
-    static const QRegularExpression form(u"^(\\d{1,2})/(\\d{1,2})/(\\d{2}) (\\d{1,2}):(\\d{2}) ([AP])M$"_s,
-                                         QRegularExpression::CaseInsensitiveOption);
-    const auto match = form.match(text.simplified());
-    if (!match.hasMatch())
-        return std::nullopt;
-    const auto number = [&match](int group) { return match.capturedView(group).toInt(); };
-    const QDate date(2000 + number(3), number(1), number(2));
-    const int hour = number(4);
-    const bool afternoon = match.capturedView(6).compare(u"P", Qt::CaseInsensitive) == 0;
-    const QTime time(hour % 12 + (afternoon ? 12 : 0), number(5));
-    if (!date.isValid() || !time.isValid() || hour < 1 || hour > 12)
-        return std::nullopt;
-    const QDateTime result(date, time);
-    // An hour skipped in spring: a day after that time of the day before, the clock shows the hour after it.
-    return result.isValid() ? result : QDateTime(date.addDays(-1), time).addSecs(24 * 60 * 60);
 }
 
 } // namespace parcelory::EndiciaFormat

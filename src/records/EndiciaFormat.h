@@ -1,9 +1,10 @@
 #pragma once
 
+#include "records/EndiciaDates.h"
 #include "records/ShipmentRecord.h"
 
+#include <QByteArrayView>
 #include <QString>
-#include <QStringList>
 
 #include <optional>
 
@@ -16,19 +17,23 @@ namespace EndiciaFormat {
 /// The header line, without a line feed.
 QString header();
 
-/// A record's line, without a line feed. Tabs and line breaks in a field become blanks.
-QString line(const ShipmentRecord &record);
+/// What a line tells of a shipment. Texts in UTF-8.
+struct Line {
+    QByteArrayView status;
+    qint64 createdAt = 0; ///< milliseconds since 1970
+    QByteArrayView transactionID, recipient, zip11;
+    double postage = 0, weightOz = 0;
+    QByteArrayView balance, service, services, tracking, declaredValue, descriptionText, reference, groupCode, email;
+};
+
+/// Appends a shipment's line in UTF-8 with its line feed. Tabs and line breaks in a field become blanks.
+void append(QByteArray &text, const Line &line, EndiciaDates &dates);
+
+/// Takes the next line that is not empty off the front of a text in UTF-8, whatever ends it; empty when none is left.
+QByteArrayView takeLine(QByteArrayView &text);
 
 /// The record of one line; nothing for the header and for lines with fewer than 12 fields.
-std::optional<ShipmentRecord> parse(const QString &line);
-
-/// The lines of a file, whatever ends them.
-QStringList lines(const QString &text);
-
-QString dateText(const QDateTime &time);
-/// A date as dateText writes it. Two-digit years are of this century; an hour that a daylight-saving change skips is
-/// read as the hour after it.
-std::optional<QDateTime> parseDate(const QString &text);
+std::optional<ShipmentRecord> parse(QByteArrayView line, EndiciaDates &dates);
 
 } // namespace EndiciaFormat
 } // namespace parcelory

@@ -12,7 +12,10 @@ namespace parcelory {
 using namespace Qt::StringLiterals;
 
 MailingLogScreen::MailingLogScreen(AppState &app)
-    : m_app(app), m_searchWatch(search.addNotifier([this] { spawn([this] { return catchUp(); }); }))
+    : m_app(app), m_searchWatch(search.addNotifier([this] {
+          ++m_searches;
+          spawn([this] { return catchUp(); });
+      }))
 {
     connect(&app.log, &ShipmentLog::recordsChanged, this, &MailingLogScreen::takeRecords);
 }
@@ -38,7 +41,9 @@ Task<> MailingLogScreen::catchUp()
     QString asked;
     do {
         asked = search.value();
-        auto reloading = onPool([&log = m_app.log, asked] { log.reload(asked); });
+        auto reloading = onPool([this, asked, number = m_searches.load()] {
+            m_app.log.reload(asked, ShipmentLog::listLimit, [this, number] { return m_searches == number; });
+        });
         co_await reloading;
     } while (asked != search.value());
     m_reloading = false;

@@ -57,10 +57,12 @@ private:
     void takeRecords();
     Task<bool> storeStatus(qint64 id, QString status);
     Task<> requestRefund(ShipmentRecord record);
+    ShipmentLog::Progress followProgress();
     Task<> catchUp();
 
     AppState &m_app;
     bool m_reloading = false;
+    std::atomic<int> m_searches = 0;       ///< counts changes of the search: an older query is given up
     std::atomic<bool> m_cancelled = false; ///< read by the thread that exports or imports
     QPropertyNotifier m_searchWatch;
 };

@@ -33,6 +33,14 @@ QString quotedRow(QStringList fields)
 MasterLogScreen::MasterLogScreen(AppState &app) : m_app(app)
 {
     lastFifteenDays();
+    const auto otherRange = [this] { loaded = false; };
+    m_notifiers.push_back(from.addNotifier(otherRange));
+    m_notifiers.push_back(to.addNotifier(otherRange));
+    m_notifiers.push_back(app.keyChanges.addNotifier([this] { // another account's labels
+        selected = std::nullopt;
+        entries = QList<MasterEntry>();
+        loaded = false;
+    }));
 }
 
 void MasterLogScreen::lastFifteenDays()
@@ -54,8 +62,11 @@ Task<> MasterLogScreen::load()
     pages = 0;
     message = QString();
     const auto done = qScopeGuard([this] { busy = false; });
+    const std::tuple asked(from.value(), to.value(), m_app.keyChanges.value());
     try {
         const QList<MasterEntry> found = co_await m_app.shippo.masterLog(from, to, [this] { pages = pages + 1; });
+        if (asked != std::tuple(from.value(), to.value(), m_app.keyChanges.value()))
+            co_return; // these are not the days, or not the account, that the screen names by now
         selected = std::nullopt;
         entries = found;
         loaded = true;
@@ -101,6 +112,10 @@ QString masterLogCSV(const QList<MasterEntry> &entries)
 
 Task<> MasterLogScreen::exportCSV()
 {
+    if (busy)
+        co_return;
+    busy = true;
+    const auto done = qScopeGuard([this] { busy = false; });
     const QList<MasterEntry> rows = entries;
     const QString name = u"Parcelory Master Log %1.csv"_s.arg(to.value().toString(Qt::ISODate));
     const QString path = co_await m_app.platform.prompts.saveFile(u"Export Master Log"_s, name);

@@ -7,6 +7,7 @@
 #include <QProperty>
 
 #include <optional>
+#include <vector>
 
 namespace parcelory {
 
@@ -24,7 +25,7 @@ public:
     QProperty<bool> busy{false};
     QProperty<int> pages{0}; ///< read so far by the listing under way
     QProperty<QString> message;
-    QProperty<bool> loaded{false}; ///< entries are those of a range that was asked for
+    QProperty<bool> loaded{false}; ///< entries are those of the days that are set
 
     /// Fetches the range. On failure the entries stay as they are.
     Task<> load();
@@ -38,6 +39,7 @@ public:
 
 private:
     AppState &m_app;
+    std::vector<QPropertyNotifier> m_notifiers;
 };
 
 /// The entries as a comma-separated text with a header line; every field quoted.

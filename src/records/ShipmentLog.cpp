@@ -1,20 +1,13 @@
 #include "records/ShipmentLog.h"
 
-#include "core/AppError.h"
-#include "records/EndiciaFormat.h"
+#include "records/ShipmentLogRows.h"
 
-#include <QFile>
 #include <QSet>
-#include <QUtf8StringView>
-
-#include <ranges>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;
 
 namespace {
-
-constexpr int wholeLog = 10000000;
 
 constexpr auto schema = "CREATE TABLE IF NOT EXISTS shipments (\n"
                         "  id INTEGER PRIMARY KEY AUTOINCREMENT,\n"
@@ -34,131 +27,10 @@ constexpr std::pair<const char *, const char *> addedColumns[] = {
     {"group_code", "TEXT DEFAULT ''"}, {"email", "TEXT DEFAULT ''"},           {"balance", "TEXT DEFAULT ''"},
     {"is_intl", "INTEGER DEFAULT 0"},  {"customs_doc_url", "TEXT DEFAULT ''"}, {"customs_pdf", "BLOB"}};
 
-constexpr auto selectRows = "SELECT id, created_at, carrier, service, postage, recipient, services, tracking,\n"
-                            "       tracking_url, weight, weight_oz, description, reference, transaction_id,\n"
-                            "       label_url, status, test_mode, zip11, declared_value, group_code, email, balance,\n"
-                            "       is_intl, customs_doc_url, (customs_pdf IS NOT NULL) AS has_customs\n"
-                            "FROM shipments";
+constexpr auto newestFirst = " ORDER BY created_at DESC LIMIT ";
 
-constexpr auto insertRow = "INSERT INTO shipments (created_at, carrier, service, postage, recipient, services,\n"
-                           "  tracking, tracking_url, weight, weight_oz, description, reference, transaction_id,\n"
-                           "  label_url, status, test_mode, zip11, declared_value, group_code, email, balance, zpl,\n"
-                           "  is_intl, customs_doc_url, customs_pdf)\n"
-                           "VALUES (?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?)";
-
-double secondsOf(const QDateTime &time)
-{
-    return double(time.toMSecsSinceEpoch()) / 1000;
-}
-
-ShipmentRecord recordOf(const Statement &row)
-{
-    ShipmentRecord record;
-    record.id = row.integer(0);
-    record.createdAt = QDateTime::fromMSecsSinceEpoch(qRound64(row.real(1) * 1000));
-    record.carrier = row.text(2);
-    record.service = row.text(3);
-    record.postage = row.real(4);
-    record.recipient = row.text(5);
-    record.services = row.text(6);
-    record.tracking = row.text(7);
-    record.trackingURL = row.text(8);
-    record.weight = row.text(9);
-    record.weightOz = row.real(10);
-    record.descriptionText = row.text(11);
-    record.reference = row.text(12);
-    record.transactionID = row.text(13);
-    record.labelURL = row.text(14);
-    record.status = row.text(15);
-    record.testMode = row.integer(16) != 0;
-    record.zip11 = row.text(17);
-    record.declaredValue = row.text(18);
-    record.groupCode = row.text(19);
-    record.email = row.text(20);
-    record.balance = row.text(21);
-    record.isIntl = row.integer(22) != 0;
-    record.customsDocURL = row.text(23);
-    record.hasCustomsPDF = row.integer(24) != 0;
-    return record;
-}
-
-void bindRecord(Statement &statement, const ShipmentRecord &record)
-{
-    int parameter = 0;
-    const auto bind = [&](const auto &value) { statement.bind(++parameter, value); };
-    bind(secondsOf(record.createdAt));
-    bind(record.carrier);
-    bind(record.service);
-    bind(record.postage);
-    bind(record.recipient);
-    bind(record.services);
-    bind(record.tracking);
-    bind(record.trackingURL);
-    bind(record.weight);
-    bind(record.weightOz);
-    bind(record.descriptionText);
-    bind(record.reference);
-    bind(record.transactionID);
-    bind(record.labelURL);
-    bind(record.status);
-    bind(record.testMode);
-    bind(record.zip11);
-    bind(record.declaredValue);
-    bind(record.groupCode);
-    bind(record.email);
-    bind(record.balance);
-    bind(record.zpl);
-    bind(record.isIntl);
-    bind(record.customsDocURL);
-    bind(record.customsPDF);
-}
-
-QString readUtf8(const QString &path)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        throw AppError(u"The file could not be opened — "_s + file.errorString() + u'.');
-    QByteArray bytes = file.readAll();
-    if (file.error() != QFile::NoError)
-        throw AppError(u"The file could not be read — "_s + file.errorString() + u'.');
-    if (!QUtf8StringView(bytes).isValidUtf8())
-        throw AppError(u"The file is not UTF-8 text — export it again as a tab-separated mail log."_s);
-    if (bytes.startsWith("\xEF\xBB\xBF"))
-        bytes.remove(0, 3); // a mark that some editors set; it would hide the header's first name
-    return QString::fromUtf8(bytes);
-}
-
-AppError notImported(const QString &reason)
-{
-    return AppError(u"The mailing log could not be written, so nothing was imported — "_s + reason + u'.');
-}
-
-/// Appends all lines or none. On a connection of its own, so that no reader sees rows that may yet be taken back.
-int appendLines(const QString &path, const QStringList &lines)
-{
-    Database db(path);
-    const auto require = [&db](bool done) {
-        if (!done)
-            throw notImported(db.lastError()); // closing the connection takes the transaction back
-    };
-    db.exec("PRAGMA cache_spill = OFF"); // a spilled page would lock readers out until the end
-    require(db.exec("BEGIN IMMEDIATE"));
-    int count = 0;
-    {
-        Statement statement(db, insertRow);
-        for (const QString &line : lines) {
-            const std::optional<ShipmentRecord> record = EndiciaFormat::parse(line);
-            if (!record)
-                continue;
-            require(statement.isPrepared());
-            bindRecord(statement, *record);
-            require(statement.execute());
-            ++count;
-        }
-    }
-    require(db.exec("COMMIT"));
-    return count;
-}
+/// The longest pattern in bytes that LIKE takes by default.
+constexpr qsizetype longestPattern = 50000;
 
 QString pathIn(const QDir &folder)
 {
@@ -168,7 +40,7 @@ QString pathIn(const QDir &folder)
 
 } // namespace
 
-ShipmentLog::ShipmentLog(const QDir &folder) : m_path(pathIn(folder)), m_db(m_path)
+ShipmentLog::ShipmentLog(const QDir &folder) : m_path(pathIn(folder)), m_db(m_path), m_index(m_db, m_path, m_connection)
 {
     if (!m_db.isOpen())
         qWarning("Parcelory: cannot open mailing log at %s", qPrintable(m_path));
@@ -190,35 +62,55 @@ void ShipmentLog::migrate()
     }
 }
 
-void ShipmentLog::reload(const QString &search, int limit)
+bool ShipmentLog::reload(const QString &search, int limit, const StillWanted &wanted)
 {
     const std::lock_guard reloading(m_reloading);
+    QList<ShipmentRecord> loaded = rows(search, limit, wanted);
+    if (wanted && !wanted())
+        return false;
     QMetaObject::invokeMethod(
         this,
-        [this, search, loaded = rows(search, limit).found] {
+        [this, search, loaded = std::move(loaded)] {
             m_records = loaded;
             m_shownSearch = search;
             emit recordsChanged();
         },
         Qt::QueuedConnection);
+    return true;
 }
 
-ShipmentLog::Rows ShipmentLog::rows(const QString &search, int limit) const
+QList<ShipmentRecord> ShipmentLog::rows(const QString &search, int limit, const StillWanted &wanted)
 {
-    QByteArray sql = selectRows;
-    if (!search.isEmpty())
-        sql += " WHERE recipient LIKE ?1 OR tracking LIKE ?1 OR description LIKE ?1 OR reference LIKE ?1";
-    sql += " ORDER BY created_at DESC LIMIT " + QByteArray::number(limit);
-    Statement query(m_db, sql);
-    if (!search.isEmpty() && query.isPrepared())
-        query.bind(1, QString(u'%' + search + u'%'));
-    Rows result;
-    while (query.step())
-        result.found.append(recordOf(query));
-    result.complete = query.isComplete();
-    return result;
+    const std::lock_guard turn(m_connection);
+    const Snapshot snapshot(m_db);
+    const Interruption interruption(m_db, wanted);
+    const QString pattern = u'%' + search + u'%';
+    const QByteArray utf8 = pattern.toUtf8();
+    const bool isIndexed = m_index.isCurrent() && utf8.size() <= longestPattern;
+    const QByteArray select = ShipmentLogRows::select;
+    if (search.isEmpty()) {
+        Statement newest(m_db, select + newestFirst + QByteArray::number(limit));
+        return ShipmentLogRows::recordsOf(newest);
+    }
+    if (isIndexed) {
+        QList<ShipmentRecord> found;
+        Statement row(m_db, select + " WHERE id = ?");
+        for (const qint64 id : m_index.find(utf8, limit, wanted)) {
+            row.bind(1, id);
+            found += ShipmentLogRows::recordsOf(row);
+            row.reset();
+        }
+        return found;
+    }
+    Statement query(
+        m_db, select + " WHERE recipient LIKE ?1 OR tracking LIKE ?1 OR description LIKE ?1 OR reference LIKE ?1" +
+                  newestFirst + QByteArray::number(limit));
+    if (query.isPrepared())
+        query.bind(1, pattern);
+    return ShipmentLogRows::recordsOf(query);
 }
 
+/// The caller holds both locks.
 bool ShipmentLog::write(Statement &statement)
 {
     if (statement.execute())
@@ -238,11 +130,13 @@ bool ShipmentLog::insert(const ShipmentRecord &record, bool reloadAfter)
 {
     bool stored = false;
     {
-        const std::lock_guard writing(m_writing);
-        Statement statement(m_db, insertRow);
+        const std::scoped_lock locks(m_writing, m_connection);
+        Statement statement(m_db, ShipmentLogRows::insert);
         if (statement.isPrepared())
-            bindRecord(statement, record);
+            ShipmentLogRows::bind(statement, record);
         stored = write(statement);
+        if (stored)
+            m_index.follow(m_db.lastInsertedId());
     }
     if (stored && reloadAfter)
         reload();
@@ -251,53 +145,53 @@ bool ShipmentLog::insert(const ShipmentRecord &record, bool reloadAfter)
 
 bool ShipmentLog::setStatus(qint64 id, const QString &status)
 {
-    const std::lock_guard writing(m_writing);
-    Statement update(m_db, "UPDATE shipments SET status = ? WHERE id = ?");
-    if (update.isPrepared()) {
-        update.bind(1, status);
-        update.bind(2, id);
-    }
-    return write(update);
+    return update("UPDATE shipments SET status = ? WHERE id = ?", status, id);
 }
 
 bool ShipmentLog::storeCustomsPDF(qint64 id, const QByteArray &document)
 {
-    bool stored = false;
-    {
-        const std::lock_guard writing(m_writing);
-        Statement update(m_db, "UPDATE shipments SET customs_pdf = ? WHERE id = ?");
-        if (update.isPrepared()) {
-            update.bind(1, std::optional(document));
-            update.bind(2, id);
-        }
-        stored = write(update);
-    }
+    const bool stored = update("UPDATE shipments SET customs_pdf = ? WHERE id = ?", std::optional(document), id);
     reload();
+    return stored;
+}
+
+template <class Value>
+bool ShipmentLog::update(const QByteArray &sql, const Value &value, qint64 id)
+{
+    const std::scoped_lock locks(m_writing, m_connection);
+    Statement statement(m_db, sql);
+    if (statement.isPrepared()) {
+        statement.bind(1, value);
+        statement.bind(2, id);
+    }
+    const bool stored = write(statement);
+    m_index.follow();
     return stored;
 }
 
 qsizetype ShipmentLog::labelCount(QDate day, bool testMode) const
 {
+    const std::lock_guard turn(m_connection);
     Statement query(m_db, "SELECT count(*) FROM shipments WHERE created_at >= ? AND created_at < ? AND "
                           "(coalesce(test_mode, 0) <> 0) = ?");
     if (!query.isPrepared())
         return 0;
-    query.bind(1, secondsOf(day.startOfDay()));
-    query.bind(2, secondsOf(day.addDays(1).startOfDay()));
+    query.bind(1, ShipmentLogRows::secondsOf(day.startOfDay()));
+    query.bind(2, ShipmentLogRows::secondsOf(day.addDays(1).startOfDay()));
     query.bind(3, testMode);
     return query.step() ? query.integer(0) : 0;
 }
 
-QList<ShipmentRecord> ShipmentLog::openRefunds(int limit) const
+QList<ShipmentRecord> ShipmentLog::openRefunds(const QDateTime &since, int limit) const
 {
-    Statement query(m_db, QByteArray(selectRows) +
-                              " WHERE status IN ('REFUND_REQUESTED', 'REFUND_PENDING') AND transaction_id <> ''"
-                              " ORDER BY created_at DESC LIMIT " +
+    const std::lock_guard turn(m_connection);
+    Statement query(m_db, ShipmentLogRows::select +
+                              QByteArray(" WHERE created_at >= ? AND status IN ('REFUND_REQUESTED', 'REFUND_PENDING')"
+                                         " AND transaction_id <> '' ORDER BY created_at DESC LIMIT ") +
                               QByteArray::number(limit));
-    QList<ShipmentRecord> found;
-    while (query.step())
-        found.append(recordOf(query));
-    return found;
+    if (query.isPrepared())
+        query.bind(1, ShipmentLogRows::secondsOf(since));
+    return ShipmentLogRows::recordsOf(query);
 }
 
 std::optional<QByteArray> ShipmentLog::zpl(qint64 id) const
@@ -312,34 +206,12 @@ std::optional<QByteArray> ShipmentLog::customsPDF(qint64 id) const
 
 std::optional<QByteArray> ShipmentLog::blob(const QByteArray &sql, qint64 id) const
 {
+    const std::lock_guard turn(m_connection);
     Statement query(m_db, sql);
     if (!query.isPrepared())
         return std::nullopt;
     query.bind(1, id);
     return query.step() ? query.blob(0) : std::nullopt;
-}
-
-QString ShipmentLog::exportEndiciaCSV(bool *complete) const
-{
-    const Rows all = rows(QString(), wholeLog);
-    if (complete)
-        *complete = all.complete;
-    QString text = EndiciaFormat::header() + u'\n';
-    for (const ShipmentRecord &record : std::views::reverse(all.found))
-        text += EndiciaFormat::line(record) + u'\n';
-    return text;
-}
-
-int ShipmentLog::importEndiciaCSV(const QString &path)
-{
-    const QStringList lines = EndiciaFormat::lines(readUtf8(path));
-    int count = 0;
-    {
-        const std::lock_guard writing(m_writing);
-        count = appendLines(m_path, lines);
-    }
-    reload();
-    return count;
 }
 
 } // namespace parcelory

@@ -1,12 +1,15 @@
 #pragma once
 
 #include "core/Sqlite.h"
+#include "records/ShipmentLogIndex.h"
 #include "records/ShipmentRecord.h"
 
 #include <QDir>
+#include <QIODevice>
 #include <QList>
 #include <QObject>
 
+#include <functional>
 #include <mutex>
 #include <optional>
 
@@ -30,8 +33,8 @@ public:
     /// only.
     const QString &shownSearch() const { return m_shownSearch; }
     /// Runs the query now and hands the rows to the main thread. `search` goes into LIKE as it is: % and _ are
-    /// wildcards.
-    void reload(const QString &search = {}, int limit = listLimit);
+    /// wildcards. Once `wanted` says false, the query ends early, nothing is handed over and the answer is false.
+    bool reload(const QString &search = {}, int limit = listLimit, const StillWanted &wanted = {});
 
     /// Appends a row; false when it could not be stored (the reason is logged and in lastError()).
     [[nodiscard]] bool insert(const ShipmentRecord &record, bool reloadAfter = true);
@@ -39,17 +42,24 @@ public:
     [[nodiscard]] bool storeCustomsPDF(qint64 id, const QByteArray &document);
     /// How many labels of a day, in the machine's time zone, were bought with test keys, or with live ones.
     qsizetype labelCount(QDate day, bool testMode) const;
-    /// Shipments whose refund the carrier has not decided, newest first.
-    QList<ShipmentRecord> openRefunds(int limit) const;
+    /// Shipments since then whose refund the carrier has not decided, newest first.
+    QList<ShipmentRecord> openRefunds(const QDateTime &since, int limit) const;
     std::optional<QByteArray> zpl(qint64 id) const;
     std::optional<QByteArray> customsPDF(qint64 id) const;
 
-    /// The whole log as an Endicia mail log, oldest first. `complete` becomes false when it could not be
-    /// read to its end; such a text must not replace an earlier export.
+    /// Told how much of the whole is done; false ends the operation early.
+    using Progress = std::function<bool(qint64 done, qint64 total)>;
+
+    /// Writes the whole log as an Endicia mail log, oldest first, in portions: `progress` counts rows. False when it
+    /// was ended early, could not be read to its end or `out` did not take all of it; then what was written must not
+    /// replace an earlier export.
+    [[nodiscard]] bool exportEndicia(QIODevice &out, const Progress &progress = {}) const;
+    /// The same as a text; `complete` becomes what exportEndicia() says.
     QString exportEndiciaCSV(bool *complete = nullptr) const;
-    /// Appends the rows of an Endicia mail log and gives their number. All or none: throws AppError when the file
-    /// cannot be read or a row cannot be stored, and the log is then as it was.
-    int importEndiciaCSV(const QString &path);
+    /// Appends the rows of an Endicia mail log and gives their number; `progress` counts bytes of the file. All or
+    /// none: throws AppError when the file cannot be read or a row cannot be stored, and gives 0 when it was ended
+    /// early; the log is then as it was.
+    int importEndiciaCSV(const QString &path, const Progress &progress = {});
 
     /// Why the last write failed.
     QString lastError() const;
@@ -58,18 +68,17 @@ signals:
     void recordsChanged();
 
 private:
-    struct Rows {
-        QList<ShipmentRecord> found;
-        bool complete = false; ///< false when reading failed on the way
-    };
-
     void migrate();
-    Rows rows(const QString &search, int limit) const;
+    QList<ShipmentRecord> rows(const QString &search, int limit, const StillWanted &wanted);
     bool write(Statement &statement);
+    template <class Value>
+    bool update(const QByteArray &sql, const Value &value, qint64 id);
     std::optional<QByteArray> blob(const QByteArray &sql, qint64 id) const;
 
     QString m_path;
+    mutable std::mutex m_connection; ///< m_db serves one thread at a time: its state tells what a search has to know
     Database m_db;
+    ShipmentLogIndex m_index;
     mutable std::mutex m_writing; ///< one writer of this program at a time; guards m_lastError
     QString m_lastError;
     std::mutex m_reloading; ///< the list that was read last is also the one that is handed over last

@@ -4,6 +4,7 @@
 #include "compose/LabelScreen.h"
 #include "core/AppState.h"
 #include "records/MailingLogScreen.h"
+#include "records/MasterLogScreen.h"
 #include "shell/KeysScreen.h"
 #include "shell/SettingsScreen.h"
 
@@ -12,11 +13,14 @@ namespace parcelory {
 /// The screen models of the program's one window; they live as long as AppState, so that a draft survives every
 /// change of tab and sign-in.
 struct Screens {
-    explicit Screens(AppState &app) : signIn(app), label(app), mailingLog(app), settings(app), keys(app) {}
+    explicit Screens(AppState &app) : signIn(app), label(app), mailingLog(app), masterLog(app), settings(app), keys(app)
+    {
+    }
 
     SignInScreen signIn;
     LabelScreen label;
     MailingLogScreen mailingLog;
+    MasterLogScreen masterLog;
     SettingsScreen settings;
     KeysScreen keys;
 };

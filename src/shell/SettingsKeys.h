@@ -38,8 +38,9 @@ inline const Setting<QString> legacySenderZip{u"sender.zip"_s, {}};
 inline const Setting<QString> legacySenderPhone{u"sender.phone"_s, {}};
 inline const Setting<QString> legacySenderEmail{u"sender.email"_s, {}};
 
-// How the clerk has laid out the mailing log, in the toolkit's own form.
+// How the clerk has laid out the logs, in the toolkit's own form.
 inline const Setting<QByteArray> mailingLogColumns{u"ui.mailingLogColumns"_s, {}};
 inline const Setting<QByteArray> mailingLogSplitter{u"ui.mailingLogSplitter"_s, {}};
+inline const Setting<QByteArray> masterLogColumns{u"ui.masterLogColumns"_s, {}};
 
 } // namespace parcelory::settings

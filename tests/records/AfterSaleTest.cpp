@@ -184,6 +184,41 @@ TEST_F(AfterSaleTest, AScanFormIsMadeOfTodaysLabelsOfTheKeysKind)
     EXPECT_EQ(app->scanFormOpenTick.value(), 1);
 }
 
+TEST_F(AfterSaleTest, TheWholeLogGoesToAFileAndComesBackTwice)
+{
+    logged(shipmentTo(u"Ana"_s, 1));
+    prompts.file = path(u"out.csv"_s);
+    run(log.exportCSV());
+    EXPECT_EQ(log.message.value(), u"Exported to out.csv"_s);
+    EXPECT_EQ(prompts.fileQuestions.last(), (std::pair{u"Export Mail Log"_s, u"Mail Log Export.csv"_s}));
+    run(log.importCSV());
+    EXPECT_EQ(log.message.value(), u"Imported 1 shipments from out.csv"_s);
+    EXPECT_EQ(log.records().size(), 2);
+
+    // Given up in the middle, both leave what was there.
+    QFile before(prompts.file);
+    ASSERT_TRUE(before.open(QIODevice::ReadOnly));
+    const QByteArray bytes = before.readAll();
+    Task<> exporting = log.exportCSV();
+    log.cancel();
+    run(std::move(exporting));
+    QFile after(prompts.file);
+    ASSERT_TRUE(after.open(QIODevice::ReadOnly));
+    EXPECT_TRUE(after.readAll() == bytes || log.message.value() == u"Exported to out.csv"_s);
+
+    prompts.file = u"/nowhere/out.csv"_s;
+    run(log.exportCSV());
+    EXPECT_TRUE(log.message.value().startsWith(u"Export failed: "_s));
+    EXPECT_EQ(errors->entries().first().context, u"Export CSV"_s);
+    run(log.importCSV());
+    EXPECT_TRUE(log.message.value().startsWith(u"Import failed: "_s));
+    EXPECT_EQ(errors->entries().first().context, u"Import CSV"_s);
+    prompts.file = QString(); // the clerk thinks better of it
+    log.message = QString();
+    run(log.exportCSV());
+    EXPECT_EQ(log.message.value(), QString());
+}
+
 TEST_F(AfterSaleTest, TheMasterLogCountsWhatWasPaidAndExportsWhatItShows)
 {
     carrier.seedHistory(3, clock.now(), std::chrono::hours(1));

@@ -19,6 +19,37 @@ void setZone(const QByteArray &zone)
     tzset();
 }
 
+std::optional<ShipmentRecord> parse(const QString &line)
+{
+    EndiciaDates dates;
+    return EndiciaFormat::parse(line.toUtf8(), dates);
+}
+
+QString written(const EndiciaFormat::Line &line)
+{
+    EndiciaDates dates;
+    QByteArray text;
+    EndiciaFormat::append(text, line, dates);
+    EXPECT_TRUE(text.endsWith('\n'));
+    return QString::fromUtf8(text.chopped(1));
+}
+
+QStringList linesOf(const QString &text)
+{
+    const QByteArray utf8 = text.toUtf8();
+    QByteArrayView rest = utf8;
+    QStringList lines;
+    for (QByteArrayView line; !(line = EndiciaFormat::takeLine(rest)).isEmpty();)
+        lines += QString::fromUtf8(line);
+    return lines;
+}
+
+std::optional<QDateTime> parseDate(const QString &text)
+{
+    const std::optional<qint64> msecs = EndiciaDates().parse(text);
+    return msecs ? std::optional(QDateTime::fromMSecsSinceEpoch(*msecs)) : std::nullopt;
+}
+
 QString fieldsOf(int count)
 {
     QStringList fields;
@@ -32,10 +63,10 @@ QString fieldsOf(int count)
 
 TEST(EndiciaFormat, FillsOnlyTheFieldsThatALineHas)
 {
-    EXPECT_FALSE(EndiciaFormat::parse(fieldsOf(11)));
-    EXPECT_FALSE(EndiciaFormat::parse(EndiciaFormat::header()));
+    EXPECT_FALSE(parse(fieldsOf(11)));
+    EXPECT_FALSE(parse(EndiciaFormat::header()));
     for (const int count : {12, 13, 16, 17, 18}) {
-        const auto record = EndiciaFormat::parse(fieldsOf(count));
+        const auto record = parse(fieldsOf(count));
         ASSERT_TRUE(record) << count;
         EXPECT_EQ((QStringList{record->status, record->transactionID, record->recipient, record->zip11, record->balance,
                                record->service, record->services, record->tracking}),
@@ -64,7 +95,7 @@ TEST(EndiciaFormat, ReadsPostageAndWeight)
         {u"1e2"_s, u"2000000"_s, 0, 2000000, u"125000 lb 0 oz"_s},
     };
     for (const auto &row : rows) {
-        const auto record = EndiciaFormat::parse(u"\t\t\t\t\t\t%1\t%2\t\t\t\t"_s.arg(row.postage, row.weight));
+        const auto record = parse(u"\t\t\t\t\t\t%1\t%2\t\t\t\t"_s.arg(row.postage, row.weight));
         ASSERT_TRUE(record);
         EXPECT_EQ(record->postage, row.dollars) << row.postage.toStdString();
         EXPECT_EQ(record->weightOz, row.ounces);
@@ -75,18 +106,18 @@ TEST(EndiciaFormat, ReadsPostageAndWeight)
 TEST(EndiciaFormat, WritesWholeOuncesAndOnlyStatesThatMatter)
 {
     const struct {
-        QString status;
+        QByteArray status;
         double ounces, postage;
         QString statusField, postageField, ouncesField;
     } rows[] = {
-        {u"PRINTED"_s, 7.5, 7.4, {}, u"7.40"_s, u"8"_s},
-        {u"DELIVERED"_s, 0, 0, {}, u"0.00"_s, {}},
-        {u"REFUNDED"_s, 0.4, 1234.567, u"REFUNDED"_s, u"1234.57"_s, u"0"_s},
-        {u"printed"_s, 1120, -2, u"printed"_s, u"-2.00"_s, u"1120"_s},
+        {"PRINTED", 7.5, 7.4, {}, u"7.40"_s, u"8"_s},
+        {"DELIVERED", 0, 0, {}, u"0.00"_s, {}},
+        {"REFUNDED", 0.4, 1234.567, u"REFUNDED"_s, u"1234.57"_s, u"0"_s},
+        {"printed", 1120, -2, u"printed"_s, u"-2.00"_s, u"1120"_s},
     };
     for (const auto &row : rows) {
         const QStringList fields =
-            EndiciaFormat::line({.postage = row.postage, .weightOz = row.ounces, .status = row.status}).split(u'\t');
+            written({.status = row.status, .postage = row.postage, .weightOz = row.ounces}).split(u'\t');
         ASSERT_EQ(fields.size(), 17);
         EXPECT_EQ((QStringList{fields[0], fields[6], fields[7]}),
                   (QStringList{row.statusField, row.postageField, row.ouncesField}));
@@ -95,11 +126,10 @@ TEST(EndiciaFormat, WritesWholeOuncesAndOnlyStatesThatMatter)
 
 TEST(EndiciaFormat, KeepsARecordOnOneLineWhateverItsFieldsHold)
 {
-    const QString line = EndiciaFormat::line({.recipient = u"a\tb\nc\rd\ve\ff\u0085g\u2028h\u2029i"_s});
-    EXPECT_EQ(EndiciaFormat::lines(line), QStringList{line});
+    const QString line = written({.recipient = "a\tb\nc\rd\ve\ff\u0085g\u2028h\u2029i"});
+    EXPECT_EQ(linesOf(line), QStringList{line});
     EXPECT_EQ(line.count(u'\t'), 16);
-    EXPECT_EQ(EndiciaFormat::lines(u"a\n\nb\r\nc\rd\u2028e\n"_s),
-              (QStringList{u"a"_s, u"b"_s, u"c"_s, u"d"_s, u"e"_s}));
+    EXPECT_EQ(linesOf(u"a\n\nb\r\nc\rd\u2028e\n"_s), (QStringList{u"a"_s, u"b"_s, u"c"_s, u"d"_s, u"e"_s}));
 }
 
 TEST(EndiciaFormat, WritesAndReadsDatesOnATwelveHourClockInEveryLanguage)
@@ -113,15 +143,31 @@ TEST(EndiciaFormat, WritesAndReadsDatesOnATwelveHourClockInEveryLanguage)
         {QDateTime(QDate(2000, 2, 29), QTime(11, 59)), u"02/29/00 11:59 AM"_s},
     };
     for (const auto &[time, text] : both) {
-        EXPECT_EQ(EndiciaFormat::dateText(time), text);
-        EXPECT_EQ(EndiciaFormat::parseDate(text), time) << text.toStdString();
+        EXPECT_EQ(EndiciaDates().text(time.toMSecsSinceEpoch()), text);
+        EXPECT_EQ(parseDate(text), time) << text.toStdString();
     }
-    EXPECT_EQ(EndiciaFormat::parseDate(u" 1/2/26  9:05 pm "_s), QDateTime(QDate(2026, 1, 2), QTime(21, 5)));
+    EXPECT_EQ(parseDate(u" 1/2/26  9:05 pm "_s), QDateTime(QDate(2026, 1, 2), QTime(21, 5)));
     for (const QString &text :
          {u""_s, u"01/02/2026 12:05 AM"_s, u"13/02/26 12:05 AM"_s, u"02/29/26 01:00 PM"_s, u"01/02/26 00:05 AM"_s,
           u"01/02/26 13:05 PM"_s, u"01/02/26 11:60 AM"_s, u"01/02/26 14:05"_s, u"2026-01-02 14:05"_s})
-        EXPECT_FALSE(EndiciaFormat::parseDate(text)) << text.toStdString();
+        EXPECT_FALSE(parseDate(text)) << text.toStdString();
     QLocale::setDefault(before);
+}
+
+TEST(EndiciaFormat, AgreesWithTheSystemsCalendarAroundEveryChangeOfTheClock)
+{
+    const QByteArray before = qgetenv("TZ");
+    for (const char *zone : {"America/Los_Angeles", "America/Havana", "Australia/Lord_Howe", "Pacific/Apia", "UTC"}) {
+        setZone(zone);
+        EndiciaDates dates;
+        constexpr qint64 step = 40'007'000; // eleven hours and some, so that all times of the day come up
+        for (qint64 msecs = 946'684'800'000; msecs < 1'893'456'000'000; msecs += step) { // 2000 to 2029
+            const QString text = QDateTime::fromMSecsSinceEpoch(msecs).toString(u"MM/dd/yy hh:mm AP"_s);
+            ASSERT_EQ(dates.text(msecs), text) << zone << ' ' << msecs;
+            ASSERT_EQ(dates.text(*dates.parse(text)), text) << zone << ' ' << msecs;
+        }
+    }
+    setZone(before);
 }
 
 TEST(EndiciaFormat, ReadsAnHourThatSpringSkipsAsTheOneAfterIt)
@@ -139,7 +185,7 @@ TEST(EndiciaFormat, ReadsAnHourThatSpringSkipsAsTheOneAfterIt)
     const QByteArray before = qgetenv("TZ");
     for (const auto &row : rows) {
         setZone(row.zone);
-        const auto time = EndiciaFormat::parseDate(row.text);
+        const auto time = parseDate(row.text);
         ASSERT_TRUE(time && time->isValid()) << row.zone;
         EXPECT_EQ(time->toUTC().toString(Qt::ISODate), row.utc) << row.zone << ' ' << row.text.toStdString();
     }

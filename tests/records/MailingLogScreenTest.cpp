@@ -60,7 +60,7 @@ TEST_F(MailingLogScreenTest, TheListMatchesWhatIsTypedWhateverElseReloadsIt)
     for (const QString &typed : {u"B"_s, u""_s, u"a"_s, u"an"_s, u"ana"_s})
         log.search = typed;
     waitFor({u"Ana"_s});
-    EXPECT_EQ(queries, 2) << "the first letter's, and the one that still counts";
+    EXPECT_LE(queries, 2) << "at most the first letter's, and the one that still counts";
     EXPECT_EQ(log.countText(), u"1 shipment found"_s);
     EXPECT_FALSE(log.selected.value()) << "a row out of sight is no row to act on";
 

@@ -3,6 +3,8 @@
 #include "core/AppError.h"
 #include "records/EndiciaFormat.h"
 
+#include <QBuffer>
+
 namespace parcelory::test {
 using namespace Qt::StringLiterals;
 
@@ -193,6 +195,36 @@ TEST(ShipmentLog, ImportsFilesAsOtherProgramsWriteThem)
         EXPECT_EQ(file.recipients(), row.recipients) << row.what;
         EXPECT_EQ(file.ask("SELECT 1 FROM shipments WHERE status NOT IN ('', 'VOID')"), QStringList()) << row.what;
     }
+}
+
+TEST(ShipmentLog, TellsHowFarAnExchangeIsAndEndsItOnDemand)
+{
+    const LogFile file;
+    ShipmentLog log(QDir(file.folder.path()));
+    file.put(u"log.txt"_s, mailLine("Ana").repeated(5000));
+    QList<std::pair<qint64, qint64>> told;
+    const auto tell = [&told](qint64 done, qint64 total) { return told.append({done, total}), true; };
+    const auto endAfterHalf = [](qint64 done, qint64 total) { return done < total / 2; };
+    const auto endAtTheLast = [](qint64 done, qint64 total) { return done < total; };
+
+    for (const ShipmentLog::Progress &end : {ShipmentLog::Progress(endAfterHalf), ShipmentLog::Progress(endAtTheLast)})
+        EXPECT_EQ(log.importEndiciaCSV(file.path(u"log.txt"_s), end), 0);
+    EXPECT_EQ(file.recipients(), QStringList());
+    EXPECT_EQ(log.importEndiciaCSV(file.path(u"log.txt"_s), tell), 5000);
+    const qint64 bytes = 5000 * mailLine("Ana").size();
+    EXPECT_EQ(told.last(), std::pair(bytes, bytes));
+    EXPECT_GT(told.size(), 1);
+
+    told.clear();
+    QBuffer whole, half, refusing;
+    ASSERT_TRUE(whole.open(QIODevice::WriteOnly) && half.open(QIODevice::WriteOnly));
+    EXPECT_TRUE(log.exportEndicia(whole, tell));
+    EXPECT_EQ(told.last(), std::pair(qint64(5000), qint64(5000)));
+    EXPECT_EQ(whole.data().count('\n'), 5001);
+    EXPECT_FALSE(log.exportEndicia(half, endAfterHalf));
+    EXPECT_LT(half.size(), whole.size());
+    EXPECT_TRUE(whole.data().startsWith(half.data()));
+    EXPECT_FALSE(log.exportEndicia(refusing)); // not open, so it takes nothing
 }
 
 TEST(ShipmentLog, RefusesAFileThatIsNoText)

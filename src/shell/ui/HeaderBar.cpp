@@ -1,5 +1,6 @@
 #include "shell/ui/HeaderBar.h"
 
+#include "shell/ui/parts/Attention.h"
 #include "shell/ui/parts/Button.h"
 
 #include <QHBoxLayout>
@@ -38,9 +39,10 @@ void ModeHatch::paintEvent(QPaintEvent *)
 
 HeaderBar::HeaderBar(AppState &app, LabelScreen &label, KeysScreen &keys, QWidget *parent)
     : Surface(&Tokens::sheet, parent), m_app(app), m_label(label), m_keys(keys), m_tabs(new QTabBar),
-      m_mode(new Badge({}, BadgeKind::plain)), m_userRule(new Rule(Qt::Vertical)),
-      m_user(new ElidedLabel({}, FontRole::caption, &Tokens::muted)), m_signOut(nullptr),
-      m_follower([this] { refresh(); })
+      m_mode(new Badge({}, BadgeKind::plain)), m_scanStatus(new ElidedLabel({}, FontRole::caption, &Tokens::muted)),
+      m_scanForm(new Button(u"SCAN Form"_s, Button::Kind::standard, u"ui_scanform"_s)),
+      m_userRule(new Rule(Qt::Vertical)), m_user(new ElidedLabel({}, FontRole::caption, &Tokens::muted)),
+      m_signOut(nullptr), m_follower([this] { refresh(); })
 {
     const Theme &theme = Theme::current();
     setLines(Qt::BottomEdge);
@@ -55,6 +57,9 @@ HeaderBar::HeaderBar(AppState &app, LabelScreen &label, KeysScreen &keys, QWidge
     m_mode->setTall(24);
     m_userRule->setFixedHeight(theme.scaled(20));
     m_user->setMaximumWidth(theme.scaled(160));
+    m_scanStatus->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    m_scanStatus->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred); // nothing gives way to it
+    m_scanForm->setToolTip(u"Create today's USPS SCAN form (manifest) and print it"_s);
     auto *signOut = new Button(u"Sign Out"_s, Button::Kind::link);
 
     auto *row = new QHBoxLayout(this);
@@ -64,8 +69,9 @@ HeaderBar::HeaderBar(AppState &app, LabelScreen &label, KeysScreen &keys, QWidge
     row->addWidget(new TextLabel(u"Parcelory"_s, FontRole::h2));
     row->addSpacing(4);
     row->addWidget(m_tabs);
-    row->addStretch(1);
+    row->addWidget(m_scanStatus, 1);
     row->addWidget(m_mode);
+    row->addWidget(m_scanForm);
     row->addSpacing(4);
     row->addWidget(m_userRule);
     row->addWidget(m_user);
@@ -73,9 +79,16 @@ HeaderBar::HeaderBar(AppState &app, LabelScreen &label, KeysScreen &keys, QWidge
     m_signOut = signOut;
 
     connect(m_tabs, &QTabBar::currentChanged, this, [this](int at) { m_app.tab = mainTabs()[at].tab; });
+    connect(m_scanForm, &QPushButton::clicked, this, [this] { createScanForm(m_app, m_label); });
     connect(signOut, &QPushButton::clicked, this, [this] { m_app.signOut(); });
-    m_follower.follow(app.tab, app.signedInUser, keys.mode, label.busy);
+    m_follower.follow(app.tab, app.signedInUser, keys.mode, label.busy, app.scanFormBusy, app.scanFormStatus);
     refresh();
+}
+
+void HeaderBar::createScanForm(AppState &app, LabelScreen &label)
+{
+    const std::optional<SenderProfile> sender = label.sender();
+    spawn([&app, from = sender ? sender->address : ShippoAddress()] { return app.createScanForm(from); });
 }
 
 void HeaderBar::refresh()
@@ -85,6 +98,11 @@ void HeaderBar::refresh()
     m_user->setFullText(m_app.signedInUser);
     m_user->setVisible(!m_user->fullText().isEmpty());
     m_userRule->setVisible(!m_user->fullText().isEmpty());
+    enable(m_scanForm, !m_app.scanFormBusy, m_tabs); // a second press must not reach Sign Out
+    if (const QString status = m_app.scanFormStatus; status != m_scanStatus->fullText()) {
+        m_scanStatus->setFullText(status);
+        announce(m_scanStatus);
+    }
     const PostageMode mode = m_keys.mode;
     m_mode->setVisible(mode == PostageMode::test || mode == PostageMode::practice);
     if (mode == PostageMode::practice)

@@ -25,11 +25,16 @@ private:
     PostageMode m_mode = PostageMode::none;
 };
 
-/// The window's head: name, tabs, mode, who is signed in and the way out.
+class Button;
+
+/// The window's head: name, tabs, mode, the day's SCAN form, who is signed in and the way out.
 class HeaderBar : public Surface {
     Q_OBJECT
 public:
     HeaderBar(AppState &app, LabelScreen &label, KeysScreen &keys, QWidget *parent = nullptr);
+
+    /// Asks for the form of the labels that the chosen return address has sent today.
+    static void createScanForm(AppState &app, LabelScreen &label);
 
 private:
     void refresh();
@@ -39,6 +44,8 @@ private:
     KeysScreen &m_keys;
     QTabBar *m_tabs;
     Badge *m_mode;
+    ElidedLabel *m_scanStatus;
+    Button *m_scanForm;
     Rule *m_userRule;
     ElidedLabel *m_user;
     QWidget *m_signOut;

@@ -1,12 +1,14 @@
 #include "shell/ui/MainWindow.h"
 
 #include "shell/SettingsKeys.h"
+#include "shell/ui/ErrorLogWindow.h"
 #include "shell/ui/HeaderBar.h"
 #include "shell/ui/StatusStrip.h"
 #include "shell/ui/WindowActions.h"
 #include "shell/ui/label/LabelView.h"
 #include "shell/ui/log/MailingLogView.h"
 #include "shell/ui/log/MasterLogView.h"
+#include "shell/ui/log/ScanFormWindow.h"
 #include "shell/ui/settings/SettingsView.h"
 #include "shell/ui/signin/SignInView.h"
 
@@ -19,7 +21,8 @@ namespace parcelory {
 using namespace Qt::StringLiterals;
 
 MainWindow::MainWindow(AppState &app, Screens &screens, const QString &signInNote)
-    : m_app(app), m_screens(screens), m_flows(new QStackedWidget), m_follower([this] { refresh(); })
+    : m_app(app), m_screens(screens), m_flows(new QStackedWidget), m_follower([this] { refresh(); }),
+      m_scanForm([this] { openWindow(u"scanform"_s); })
 {
     m_flows->addWidget(new SignInView(app, screens.signIn, signInNote));
     m_flows->addWidget(makeMain());
@@ -28,6 +31,7 @@ MainWindow::MainWindow(AppState &app, Screens &screens, const QString &signInNot
     setMinimumSize(Theme::current().scaled(1024), 680);
     restoreLayout();
     m_follower.follow(app.flow, app.tab, screens.keys.mode, screens.label.buying);
+    m_scanForm.follow(app.scanFormOpenTick);
     spawn([this] { return m_screens.keys.refresh(); });
     if (m_screens.settings.zebraQueue.value().isEmpty()) // the first start finds its label printer by itself
         spawn([this] { return m_screens.settings.refreshPrinters(); });
@@ -40,9 +44,10 @@ QWidget *MainWindow::makeMain()
     m_tabs = new QStackedWidget;
     m_label = new LabelView(m_app, m_screens.label, m_screens.keys, m_screens.settings);
     m_mailingLog = new MailingLogView(m_app, m_screens.mailingLog);
+    m_masterLog = new MasterLogView(m_app, m_screens.masterLog, m_screens.keys);
     m_settings = new SettingsView(m_app, m_screens.settings, m_screens.keys);
     for (QWidget *view : {static_cast<QWidget *>(m_label), static_cast<QWidget *>(m_mailingLog),
-                          static_cast<QWidget *>(new MasterLogView), static_cast<QWidget *>(m_settings)})
+                          static_cast<QWidget *>(m_masterLog), static_cast<QWidget *>(m_settings)})
         m_tabs->addWidget(view); // in the order of mainTabs()
     auto *main = new Surface(&Tokens::window);
     auto *rows = new QVBoxLayout(main);
@@ -72,6 +77,8 @@ void MainWindow::refresh()
     const bool signedIn = m_app.flow == AppFlow::main;
     const bool entering = signedIn && m_flows->currentIndex() == 0;
     m_flows->setCurrentIndex(signedIn ? 1 : 0);
+    if (entering)
+        spawn([this] { return m_app.syncRefundStatuses(); });
     const int tab = int(m_app.tab.value());
     const bool changed = m_tabs->currentIndex() != tab;
     m_tabs->setCurrentIndex(tab);
@@ -97,18 +104,26 @@ void MainWindow::showTab(MainTab tab)
     m_follower.refreshNow();
 }
 
+QWidget *MainWindow::makeWindow(const QString &identifier)
+{
+    if (identifier == u"errorlog")
+        return new ErrorLogWindow(m_app.errors, m_app.platform.desktop);
+    if (identifier == u"scanform")
+        return new ScanFormWindow(m_app);
+    return nullptr;
+}
+
 void MainWindow::openWindow(const QString &identifier)
 {
-    if (identifier != u"errorlog")
+    QPointer<QWidget> &window = m_windows[identifier];
+    if (!window)
+        window = makeWindow(identifier);
+    if (!window)
         return;
-    if (!m_errorLog) {
-        m_errorLog = new ErrorLogWindow(m_app.errors, m_app.platform.desktop);
-        m_errorLog->setAttribute(Qt::WA_DeleteOnClose);
-        m_errorLog->resize(1000, 360);
-    }
-    m_errorLog->show();
-    m_errorLog->raise();
-    m_errorLog->activateWindow();
+    window->setAttribute(Qt::WA_DeleteOnClose);
+    window->show();
+    window->raise();
+    window->activateWindow();
 }
 
 void MainWindow::closeEvent(QCloseEvent *event)
@@ -119,8 +134,10 @@ void MainWindow::closeEvent(QCloseEvent *event)
         event->ignore();
         return;
     }
-    if (m_errorLog)
-        m_errorLog->close();
+    for (const QPointer<QWidget> &window : std::as_const(m_windows)) {
+        if (window)
+            window->close();
+    }
     event->accept();
 }
 

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "shell/Screens.h"
-#include "shell/ui/ErrorLogWindow.h"
 #include "shell/ui/parts/Follower.h"
 
+#include <QHash>
 #include <QMainWindow>
 #include <QPointer>
 
@@ -13,6 +13,7 @@ namespace parcelory {
 
 class LabelView;
 class MailingLogView;
+class MasterLogView;
 class ModeHatch;
 class SettingsView;
 
@@ -26,13 +27,14 @@ public:
 
     LabelView &labelView() { return *m_label; }
     MailingLogView &mailingLogView() { return *m_mailingLog; }
+    MasterLogView &masterLogView() { return *m_masterLog; }
     SettingsView &settingsView() { return *m_settings; }
     AppState &app() { return m_app; }
     Screens &screens() { return m_screens; }
 
     /// Shows a tab at once, for what is to happen in it.
     void showTab(MainTab tab);
-    /// Opens a secondary window, or brings it to the front. Known: "errorlog".
+    /// Opens a secondary window, or brings it to the front. Known: "errorlog", "scanform".
     void openWindow(const QString &identifier);
 
 protected:
@@ -41,6 +43,7 @@ protected:
 
 private:
     QWidget *makeMain();
+    QWidget *makeWindow(const QString &identifier);
     void refresh();
     void finishClosing();
     void restoreLayout();
@@ -52,10 +55,12 @@ private:
     ModeHatch *m_hatch = nullptr;
     LabelView *m_label = nullptr;
     MailingLogView *m_mailingLog = nullptr;
+    MasterLogView *m_masterLog = nullptr;
     SettingsView *m_settings = nullptr;
-    QPointer<ErrorLogWindow> m_errorLog;
+    QHash<QString, QPointer<QWidget>> m_windows; ///< the secondary ones, by their identifiers
     bool m_closeAfterPurchase = false;
     Follower m_follower;
+    Follower m_scanForm;
 };
 
 } // namespace parcelory

@@ -1,11 +1,15 @@
 #include "shell/ui/WindowActions.h"
 
+#include "shell/ui/HeaderBar.h"
 #include "shell/ui/MainWindow.h"
 #include "shell/ui/label/LabelView.h"
 #include "shell/ui/log/MailingLogView.h"
+#include "shell/ui/log/MasterLogView.h"
+#include "shell/ui/parts/RowTable.h"
 
 #include <QAction>
 #include <QApplication>
+#include <QHeaderView>
 #include <QMenuBar>
 
 namespace parcelory {
@@ -28,13 +32,29 @@ public:
 private:
     AppState &app() { return m_window.app(); }
     LabelScreen &label() { return m_window.screens().label; }
+    MailingLogScreen &mailingLog() { return m_window.screens().mailingLog; }
+    MasterLogScreen &masterLog() { return m_window.screens().masterLog; }
     bool isOn(MainTab tab) { return app().flow == AppFlow::main && app().tab == tab; }
+    /// The shipment that an action of the log would be about.
+    std::optional<ShipmentRecord> chosen()
+    {
+        return isOn(MainTab::mailingLog) ? mailingLog().selectedRecord() : std::nullopt;
+    }
+    std::optional<MasterEntry> chosenEntry()
+    {
+        return isOn(MainTab::masterLog) ? masterLog().selectedEntry() : std::nullopt;
+    }
+    bool hasLastLabel() { return isOn(MainTab::newLabel) && label().lastLabel.value().has_value(); }
 
     void add(QMenu *menu, const QString &text, const QKeySequence &keys, std::function<bool()> when,
              std::function<void()> run);
     void addFile();
     void addLabel();
     void addLog();
+    void addShipment(QMenu *menu);
+    void addTracking(QMenu *menu);
+    void addExchange(QMenu *menu);
+    void addSorting(QMenu *menu);
     void addView();
     void addWindow();
     void refresh();
@@ -67,7 +87,8 @@ void Menus::fill()
     addWindow();
     m_follower.follow(app().flow, app().tab, app().draftTo, label().busy, label().rates, label().selectedRateID,
                       label().weightLb, label().weightOz, label().lastLabel, app().scale.connected,
-                      m_window.screens().mailingLog.selected);
+                      mailingLog().selected, mailingLog().busy, masterLog().selected, masterLog().entries,
+                      masterLog().busy, m_window.screens().keys.mode, app().scanFormBusy);
     refresh();
 }
 
@@ -115,29 +136,105 @@ void Menus::addLabel()
 void Menus::addLog()
 {
     QMenu *menu = m_window.menuBar()->addMenu(u"L&og"_s);
-    const auto onLog = [this] { return isOn(MainTab::mailingLog); };
-    const auto chosen = [this] { return m_window.mailingLogView().selectedRecord(); };
-    const auto onLast = [this] { return isOn(MainTab::newLabel) && label().lastLabel.value().has_value(); };
-    const auto canAct = [=] { return (onLog() && chosen()) || onLast(); };
-    add(menu, u"Search the Mailing Log"_s, Qt::CTRL | Qt::Key_F, onLog,
-        [this] { m_window.mailingLogView().focusSearch(); });
-    menu->addSeparator();
-    add(menu, u"Reprint"_s, Qt::CTRL | Qt::Key_P, canAct, [=, this] {
-        if (onLast())
-            spawn([this] { return label().reprintLast(); });
-        else
-            spawn([this, chosen] { return m_window.screens().mailingLog.reprint(*chosen()); });
-    });
     add(
-        menu, u"Customs Docs"_s, Qt::CTRL | Qt::SHIFT | Qt::Key_D,
-        [=] { return onLog() && chosen() && chosen()->isIntl; },
-        [this, chosen] { spawn([this, chosen] { return m_window.screens().mailingLog.reprintCustoms(*chosen()); }); });
-    add(menu, u"Copy Tracking"_s, Qt::CTRL | Qt::SHIFT | Qt::Key_C, canAct, [=, this] {
-        if (onLast())
-            label().copyLastTracking();
-        else
-            m_window.screens().mailingLog.copyTracking(*chosen());
+        menu, u"Search the Mailing Log"_s, Qt::CTRL | Qt::Key_F, [this] { return isOn(MainTab::mailingLog); },
+        [this] { m_window.mailingLogView().focusSearch(); });
+    addSorting(menu->addMenu(u"Sort By"_s));
+    menu->addSeparator();
+    addShipment(menu);
+    addTracking(menu);
+    menu->addSeparator();
+    add( // money comes back, and a label is void: no key does that by accident
+        menu, u"Refund"_s, {},
+        [this] { return chosen() && !mailingLog().busy && MailingLogScreen::isRefundable(*chosen()); },
+        [this] { spawn([this] { return mailingLog().refund(*chosen()); }); });
+    menu->addSeparator();
+    addExchange(menu);
+    menu->addSeparator();
+    add(
+        menu, u"SCAN Form"_s, Qt::CTRL | Qt::SHIFT | Qt::Key_F,
+        [this] { return app().flow == AppFlow::main && !app().scanFormBusy; },
+        [this] { HeaderBar::createScanForm(app(), label()); });
+}
+
+void Menus::addShipment(QMenu *menu)
+{
+    add(
+        menu, u"Reprint"_s, Qt::CTRL | Qt::Key_P, [this] { return chosen() || hasLastLabel(); },
+        [this] {
+            if (hasLastLabel())
+                spawn([this] { return label().reprintLast(); });
+            else
+                spawn([this] { return mailingLog().reprint(*chosen()); });
+        });
+    add(
+        menu, u"Customs Docs"_s, Qt::CTRL | Qt::SHIFT | Qt::Key_D, [this] { return chosen() && chosen()->isIntl; },
+        [this] { spawn([this] { return mailingLog().reprintCustoms(*chosen()); }); });
+    add(
+        menu, u"Check Status"_s, {}, [this] { return chosen() && !chosen()->tracking.isEmpty(); },
+        [this] { spawn([this] { return mailingLog().checkStatus(*chosen()); }); });
+}
+
+void Menus::addTracking(QMenu *menu)
+{
+    add(
+        menu, u"Copy Tracking"_s, Qt::CTRL | Qt::SHIFT | Qt::Key_C,
+        [this] { return chosen() || chosenEntry() || hasLastLabel(); },
+        [this] {
+            if (hasLastLabel())
+                label().copyLastTracking();
+            else if (const auto entry = chosenEntry())
+                masterLog().copyTracking(*entry);
+            else
+                mailingLog().copyTracking(*chosen());
+        });
+    add(
+        menu, u"Track Online"_s, Qt::CTRL | Qt::SHIFT | Qt::Key_O, [this] { return chosen() || chosenEntry(); },
+        [this] {
+            if (const auto entry = chosenEntry())
+                spawn([this, entry] { return masterLog().trackOnline(*entry); });
+            else
+                spawn([this] { return mailingLog().trackOnline(*chosen()); });
+        });
+}
+
+void Menus::addExchange(QMenu *menu)
+{
+    const auto onLog = [this] { return isOn(MainTab::mailingLog) && !mailingLog().busy; };
+    const auto onMaster = [this] { return isOn(MainTab::masterLog); };
+    add(menu, u"Import Endicia Mail Log"_s, Qt::CTRL | Qt::SHIFT | Qt::Key_M, onLog,
+        [this] { spawn([this] { return mailingLog().importCSV(); }); });
+    add(
+        menu, u"Export"_s, Qt::CTRL | Qt::SHIFT | Qt::Key_S,
+        [=, this] { return onLog() || (onMaster() && m_window.masterLogView().canExport()); },
+        [=, this] {
+            if (onMaster())
+                spawn([this] { return masterLog().exportCSV(); });
+            else
+                spawn([this] { return mailingLog().exportCSV(); });
+        });
+    add(
+        menu, u"Refresh"_s, Qt::CTRL | Qt::Key_R,
+        [=, this] { return onMaster() && m_window.masterLogView().canLoad(); },
+        [this] { m_window.masterLogView().load(); });
+}
+
+/// What a click on a column's head does, for the keyboard.
+void Menus::addSorting(QMenu *menu)
+{
+    QObject::connect(menu, &QMenu::aboutToShow, this, [this, menu] {
+        menu->clear();
+        RowTable *table = isOn(MainTab::mailingLog)  ? m_window.mailingLogView().table()
+                          : isOn(MainTab::masterLog) ? m_window.masterLogView().table()
+                                                     : nullptr;
+        for (int column = 0; table && column < table->model()->columnCount(); ++column) {
+            QAction *action = menu->addAction(table->model()->headerData(column, Qt::Horizontal).toString());
+            action->setCheckable(true);
+            action->setChecked(table->horizontalHeader()->sortIndicatorSection() == column);
+            QObject::connect(action, &QAction::triggered, table, [table, column] { table->sortBy(column); });
+        }
     });
+    m_offers.append({menu->menuAction(), [this] { return isOn(MainTab::mailingLog) || isOn(MainTab::masterLog); }});
 }
 
 void Menus::addView()

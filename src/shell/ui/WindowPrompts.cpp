@@ -2,7 +2,7 @@
 
 #include "shell/ui/ReviewDialog.h"
 
-#include <QCoreApplication>
+#include <QApplication>
 #include <QStandardPaths>
 
 namespace parcelory {
@@ -55,7 +55,8 @@ Task<QString> WindowPrompts::pickFile(QFileDialog *dialog)
 
 Task<QString> WindowPrompts::saveFile(QString title, QString proposed)
 {
-    auto *dialog = new QFileDialog(m_window, title);
+    auto *dialog =
+        new QFileDialog(QApplication::activeWindow() ? QApplication::activeWindow() : m_window.data(), title);
     dialog->setAcceptMode(QFileDialog::AcceptSave); // asks before it replaces a file
     dialog->selectFile(proposed);
     const QString path = co_await pickFile(dialog);
@@ -64,7 +65,8 @@ Task<QString> WindowPrompts::saveFile(QString title, QString proposed)
 
 Task<QString> WindowPrompts::openFile(QString title)
 {
-    auto *dialog = new QFileDialog(m_window, title);
+    auto *dialog =
+        new QFileDialog(QApplication::activeWindow() ? QApplication::activeWindow() : m_window.data(), title);
     dialog->setFileMode(QFileDialog::ExistingFile);
     const QString path = co_await pickFile(dialog);
     co_return path;

@@ -1,12 +1,16 @@
 #include "shell/ui/log/MailingLogView.h"
 
 #include "shell/SettingsKeys.h"
+#include "shell/ui/log/LogFoot.h"
 #include "shell/ui/log/ShipmentDetails.h"
 #include "shell/ui/log/ShipmentTable.h"
+#include "shell/ui/parts/Attention.h"
 #include "shell/ui/parts/Binding.h"
+#include "shell/ui/parts/ShareBar.h"
+#include "shell/ui/parts/TabOrder.h"
 #include "shell/ui/parts/Toolbar.h"
 
-#include <QAccessible>
+#include <QHBoxLayout>
 #include <QSplitter>
 #include <QStackedWidget>
 #include <QVBoxLayout>
@@ -16,16 +20,20 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int detailsHeight = 174, messageHeight = 40;
+constexpr int detailsHeight = 174;
 
 } // namespace
 
 MailingLogView::MailingLogView(AppState &app, MailingLogScreen &screen, QWidget *parent)
     : QWidget(parent), m_app(app), m_screen(screen), m_search(new SearchField(u"Search the mailing log"_s, 320)),
-      m_count(new TextLabel({}, FontRole::caption, &Tokens::muted)), m_table(new ShipmentTable),
-      m_empty(new EmptyState(u"ui_invoice"_s, {})), m_list(new QStackedWidget), m_details(new ShipmentDetails(screen)),
-      m_splitter(new QSplitter(Qt::Vertical)), m_bar(new BusyBar),
-      m_message(new Notice(u"ui_info"_s, &Tokens::muted, FontRole::body)), m_follower([this] { refresh(); })
+      m_count(new TextLabel({}, FontRole::caption, &Tokens::muted)),
+      m_import(new Button(u"Import Endicia Mail Log"_s, Button::Kind::standard, u"ui_import"_s)),
+      m_export(new Button(u"Export Mail Log"_s, Button::Kind::standard, u"ui_export"_s)), m_table(new ShipmentTable),
+      m_empty(new EmptyState(u"ui_invoice"_s, {})), m_list(new QStackedWidget),
+      m_details(new ShipmentDetails(screen, m_table)), m_splitter(new QSplitter(Qt::Vertical)), m_foot(new LogFoot),
+      m_message(new Notice(u"ui_info"_s, &Tokens::muted, FontRole::body)),
+      m_share(new ShareBar(u"Share of the shipments that is done"_s, 160)), m_cancel(new Button(u"Cancel"_s)),
+      m_follower([this] { refresh(); })
 {
     auto *sheet = new Surface(&Tokens::sheet);
     auto *centred = new QVBoxLayout(sheet);
@@ -39,30 +47,38 @@ MailingLogView::MailingLogView(AppState &app, MailingLogScreen &screen, QWidget 
     auto *rows = new QVBoxLayout(this);
     rows->setContentsMargins(0, 0, 0, 0);
     rows->setSpacing(0);
-    rows->addWidget((new Toolbar)->add(m_search)->add(m_count)->fill());
+    rows->addWidget(makeToolbar());
     rows->addWidget(m_splitter, 1);
-    rows->addWidget(makeMessageLine());
+    rows->addWidget(makeFoot());
+    orderTabsByLayout(this);
     bindText(m_search, screen.search);
     connectList();
     restoreLayout();
-    m_follower.follow(screen.selected, screen.message, screen.busy);
+    m_follower.follow(screen.selected, screen.message, screen.busy, screen.progress);
     refreshList();
 }
 
-QWidget *MailingLogView::makeMessageLine()
+RowTable *MailingLogView::table() const
 {
-    auto *line = new Surface(&Tokens::sheet);
-    // The room is kept while there is nothing to say, so that nothing jumps.
-    line->setMinimumHeight(Theme::current().scaled(messageHeight));
-    line->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Minimum);
-    auto *rows = new QVBoxLayout(line);
-    rows->setContentsMargins(16, 0, 16, 4);
-    rows->setSpacing(4);
-    rows->addWidget(new Rule);
-    rows->addWidget(m_bar);
-    rows->addWidget(m_message, 1, Qt::AlignVCenter);
+    return m_table;
+}
+
+QWidget *MailingLogView::makeToolbar()
+{
+    connect(m_import, &QPushButton::clicked, this, [this] { spawn([this] { return m_screen.importCSV(); }); });
+    connect(m_export, &QPushButton::clicked, this, [this] { spawn([this] { return m_screen.exportCSV(); }); });
+    return (new Toolbar)->add(m_search)->add(m_count)->fill()->add(m_import)->add(m_export);
+}
+
+QWidget *MailingLogView::makeFoot()
+{
     m_message->setTextInk(&Tokens::text);
-    return line;
+    m_foot->row()->addWidget(m_message, 1, Qt::AlignVCenter);
+    m_foot->row()->addStretch();
+    m_foot->row()->addWidget(m_share);
+    m_foot->row()->addWidget(m_cancel);
+    connect(m_cancel, &QPushButton::clicked, this, [this] { m_screen.cancel(); });
+    return m_foot;
 }
 
 void MailingLogView::connectList()
@@ -86,6 +102,12 @@ void MailingLogView::restoreLayout()
     const int details = Theme::current().scaled(detailsHeight);
     m_splitter->setSizes({4 * details, details}); // the list takes what the window has more or less than that
     m_splitter->restoreState(read(preferences, settings::mailingLogSplitter));
+}
+
+void MailingLogView::showEvent(QShowEvent *event)
+{
+    QWidget::showEvent(event);
+    spawn([this] { return m_app.syncRefundStatuses(); });
 }
 
 void MailingLogView::hideEvent(QHideEvent *event)
@@ -115,15 +137,26 @@ void MailingLogView::refresh()
     const std::optional<qint64> selected = m_screen.selected;
     m_table->choose(selected ? QVariant(*selected) : QVariant());
     m_details->refresh();
-    m_bar->setBusy(m_screen.busy);
+    enable(m_import, !m_screen.busy, m_search);
+    enable(m_export, !m_screen.busy, m_search);
+    refreshFoot();
+}
+
+void MailingLogView::refreshFoot()
+{
+    const std::optional<double> progress = m_screen.progress;
+    m_foot->setBusy(m_screen.busy && !progress);
+    m_share->setVisible(progress.has_value());
+    m_share->setShare(progress.value_or(0));
+    if (!progress && m_cancel->hasFocus())
+        m_table->setFocus();
+    m_cancel->setVisible(progress.has_value());
     const QString message = m_screen.message;
     if (message == m_message->text())
         return;
     m_message->setText(message);
-    if (message.isEmpty())
-        return;
-    QAccessibleEvent alert(m_message, QAccessible::Alert);
-    QAccessible::updateAccessibility(&alert);
+    if (!message.isEmpty())
+        announce(m_message);
 }
 
 } // namespace parcelory

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "records/MailingLogScreen.h"
+#include "shell/ui/parts/Button.h"
 #include "shell/ui/parts/Follower.h"
 #include "shell/ui/parts/Notice.h"
 #include "shell/ui/parts/SearchField.h"
@@ -10,6 +11,9 @@ class QStackedWidget;
 
 namespace parcelory {
 
+class LogFoot;
+class RowTable;
+class ShareBar;
 class ShipmentDetails;
 class ShipmentTable;
 
@@ -21,28 +25,36 @@ public:
 
     void focusSearch() { m_search->focusAll(); }
     std::optional<ShipmentRecord> selectedRecord() const { return m_screen.selectedRecord(); }
+    RowTable *table() const;
 
 protected:
+    void showEvent(QShowEvent *event) override;
     void hideEvent(QHideEvent *event) override;
 
 private:
-    QWidget *makeMessageLine();
+    QWidget *makeToolbar();
+    QWidget *makeFoot();
     void connectList();
     void restoreLayout();
     void refreshList();
     void refresh();
+    void refreshFoot();
 
     AppState &m_app;
     MailingLogScreen &m_screen;
     SearchField *m_search;
     TextLabel *m_count;
+    Button *m_import;
+    Button *m_export;
     ShipmentTable *m_table;
     EmptyState *m_empty;
     QStackedWidget *m_list; ///< the table, or why it is empty
     ShipmentDetails *m_details;
     QSplitter *m_splitter;
-    BusyBar *m_bar;
+    LogFoot *m_foot;
     Notice *m_message;
+    ShareBar *m_share; ///< how far an export or import is
+    Button *m_cancel;
     QString m_listed; ///< the search that the rows in sight belong to
     Follower m_follower;
 };

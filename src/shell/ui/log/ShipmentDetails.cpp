@@ -3,6 +3,7 @@
 #include "core/Text.h"
 #include "records/ShipmentStatus.h"
 #include "shell/ui/log/ShipmentTexts.h"
+#include "shell/ui/parts/Attention.h"
 
 #include <QClipboard>
 #include <QGuiApplication>
@@ -90,13 +91,16 @@ Token inkOf(RefundState refund)
 
 } // namespace
 
-ShipmentDetails::ShipmentDetails(MailingLogScreen &screen, QWidget *parent)
-    : Surface(&Tokens::sheet, parent), m_screen(screen), m_pages(new QStackedLayout(this)),
+ShipmentDetails::ShipmentDetails(MailingLogScreen &screen, QWidget *list, QWidget *parent)
+    : Surface(&Tokens::sheet, parent), m_screen(screen), m_list(list), m_pages(new QStackedLayout(this)),
       m_name(new ElidedLabel({}, FontRole::h2)),
       m_badges{new Badge({}, BadgeKind::plain), new Badge({}, BadgeKind::plain)},
       m_reprint(new Button(u"Reprint"_s, Button::Kind::tint, u"ui_printer"_s)),
       m_customs(new Button(u"Customs Docs"_s, Button::Kind::standard, u"ui_document"_s)),
-      m_copy(new Button(u"Copy Tracking"_s, Button::Kind::standard, u"ui_copy"_s))
+      m_check(new Button(u"Check Status"_s, Button::Kind::standard, u"ui_status"_s)),
+      m_copy(new Button(u"Copy Tracking"_s, Button::Kind::standard, u"ui_copy"_s)),
+      m_track(new Button(u"Track Online"_s, Button::Kind::standard, u"ui_external"_s)),
+      m_refund(new Button(u"Refund"_s, Button::Kind::danger, u"ui_refund"_s))
 {
     auto *nothing = new TextLabel(u"Choose a shipment to see its details."_s, FontRole::body, &Tokens::muted);
     nothing->setAlignment(Qt::AlignCenter);
@@ -111,18 +115,23 @@ ShipmentDetails::ShipmentDetails(MailingLogScreen &screen, QWidget *parent)
     refresh();
 }
 
+void ShipmentDetails::connectButton(Button *button, Operation operation)
+{
+    connect(button, &QPushButton::clicked, this, [this, operation] {
+        if (const auto record = m_screen.selectedRecord())
+            spawn([this, operation, record] { return (m_screen.*operation)(*record); });
+    });
+}
+
 QWidget *ShipmentDetails::makeHead()
 {
-    connect(m_reprint, &QPushButton::clicked, this, [this] {
-        if (const auto record = m_screen.selectedRecord())
-            spawn([this, record] { return m_screen.reprint(*record); });
-    });
     m_customs->setToolTip(
         u"Reprint the customs paperwork — the commercial invoice (USPS) or FedEx's trade documents"_s);
-    connect(m_customs, &QPushButton::clicked, this, [this] {
-        if (const auto record = m_screen.selectedRecord())
-            spawn([this, record] { return m_screen.reprintCustoms(*record); });
-    });
+    connectButton(m_reprint, &MailingLogScreen::reprint);
+    connectButton(m_customs, &MailingLogScreen::reprintCustoms);
+    connectButton(m_check, &MailingLogScreen::checkStatus);
+    connectButton(m_track, &MailingLogScreen::trackOnline);
+    connectButton(m_refund, &MailingLogScreen::refund);
     connect(m_copy, &QPushButton::clicked, this, [this] {
         if (const auto record = m_screen.selectedRecord())
             m_screen.copyTracking(*record);
@@ -135,9 +144,10 @@ QWidget *ShipmentDetails::makeHead()
     for (Badge *badge : m_badges)
         row->addWidget(badge);
     row->addStretch(1);
-    row->addWidget(m_reprint);
-    row->addWidget(m_customs);
-    row->addWidget(m_copy);
+    for (Button *button : {m_reprint, m_customs, m_check, m_copy, m_track})
+        row->addWidget(button);
+    row->addSpacing(12); // apart from what is pressed every day
+    row->addWidget(m_refund);
     return head;
 }
 
@@ -184,17 +194,26 @@ void ShipmentDetails::refresh()
 {
     const std::optional<ShipmentRecord> record = m_screen.selectedRecord();
     m_pages->setCurrentIndex(record ? 1 : 0);
-    m_reprint->setEnabled(record && !m_screen.busy);
-    m_copy->setEnabled(record && !record->tracking.isEmpty());
     if (record)
         show(*record);
 }
 
+void ShipmentDetails::refreshButtons(const ShipmentRecord &record)
+{
+    const bool idle = !m_screen.busy;
+    enable(m_reprint, idle, m_list);
+    enable(m_customs, idle && record.isIntl, m_list);
+    enable(m_check, idle && !record.tracking.isEmpty(), m_list);
+    enable(m_copy, !record.tracking.isEmpty(), m_list);
+    enable(m_track, !record.trackingURL.isEmpty(), m_list);
+    enable(m_refund, idle && MailingLogScreen::isRefundable(record), m_list);
+}
+
 void ShipmentDetails::show(const ShipmentRecord &record)
 {
-    m_customs->setEnabled(record.isIntl && !m_screen.busy);
+    refreshButtons(record);
     m_name->setFullText(recipientName(record));
-    const QList<ShipmentBadge> badges = badgesOf(record);
+    const QList<RowBadge> badges = badgesOf(record);
     for (size_t at = 0; at < m_badges.size(); ++at) {
         const bool used = qsizetype(at) < badges.size();
         m_badges[at]->setVisible(used);

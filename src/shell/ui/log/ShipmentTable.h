@@ -1,55 +1,29 @@
 #pragma once
 
 #include "records/ShipmentRecord.h"
-#include "shell/ui/parts/RowTable.h"
-
-#include <QAbstractTableModel>
-#include <QFont>
+#include "shell/ui/log/LogTable.h"
 
 namespace parcelory {
 
-/// The mailing log's rows, newest first.
-class ShipmentModel : public QAbstractTableModel {
-    Q_OBJECT
+class ShipmentModel : public RecordModel<ShipmentRecord> {
 public:
-    enum Column { time, postage, recipient, services, tracking, weight, balance, description, reference, columnTotal };
+    enum Column { time, postage, recipient, services, tracking, weight, balance, description, reference };
 
     explicit ShipmentModel(QObject *parent = nullptr);
-
-    void setRecords(const QList<ShipmentRecord> &records);
-    const ShipmentRecord &at(int row) const { return m_records[row]; }
-
-    int rowCount(const QModelIndex &parent = {}) const override;
-    int columnCount(const QModelIndex &parent = {}) const override;
-    QVariant data(const QModelIndex &index, int role = Qt::DisplayRole) const override;
-    QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
-
-private:
-    QString text(const ShipmentRecord &record, int column) const;
-
-    QList<ShipmentRecord> m_records;
-    QFont m_numberFont;
 };
 
-/// The mailing log as a table. Its widths begin as the window allows; Services takes what the other columns leave.
-class ShipmentTable : public RowTable {
+/// The mailing log as a table.
+class ShipmentTable : public LogTable {
     Q_OBJECT
 public:
     explicit ShipmentTable(QWidget *parent = nullptr);
 
     void setRecords(const QList<ShipmentRecord> &records);
-    QByteArray columnState() const;
-    void restoreColumns(const QByteArray &state);
-
-protected:
-    void showEvent(QShowEvent *event) override;
 
 private:
-    void keepTrackingWhole();
+    ShipmentTable(ShipmentModel *model, QWidget *parent);
 
     ShipmentModel *m_model;
-    bool m_hasWidths = false;
-    int m_longestTracking = 0; ///< pixels
 };
 
 } // namespace parcelory

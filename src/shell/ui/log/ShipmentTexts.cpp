@@ -28,9 +28,9 @@ QString recipientAddress(const ShipmentRecord &record)
     return record.recipient.section(u',', 1).trimmed();
 }
 
-QList<ShipmentBadge> badgesOf(const ShipmentRecord &record)
+QList<RowBadge> badgesOf(const ShipmentRecord &record)
 {
-    QList<ShipmentBadge> badges;
+    QList<RowBadge> badges;
     const QString refund = refundBadge(record.status);
     switch (refundState(record.status)) {
     case RefundState::pending:

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "records/ShipmentRecord.h"
-#include "shell/ui/parts/Badge.h"
+#include "shell/ui/log/LogModel.h"
 
 namespace parcelory {
 
@@ -15,12 +15,7 @@ QString postageText(const ShipmentRecord &record);
 QString recipientName(const ShipmentRecord &record);
 QString recipientAddress(const ShipmentRecord &record);
 
-struct ShipmentBadge {
-    QString word;
-    BadgeKind kind;
-};
-
 /// What stands out about a shipment: its refund, and a label that is not real postage.
-QList<ShipmentBadge> badgesOf(const ShipmentRecord &record);
+QList<RowBadge> badgesOf(const ShipmentRecord &record);
 
 } // namespace parcelory

@@ -9,12 +9,37 @@
 #include <QToolTip>
 
 namespace parcelory {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// Draws the arrow of the sorted column as a part of its title: the style's own would take the title of a narrow
+/// column away.
+class RowHead : public QHeaderView {
+public:
+    using QHeaderView::QHeaderView;
+
+protected:
+    void initStyleOptionForIndex(QStyleOptionHeader *option, int column) const override
+    {
+        QHeaderView::initStyleOptionForIndex(option, column);
+        if (option->sortIndicator == QStyleOptionHeader::None)
+            return;
+        option->sortIndicator = QStyleOptionHeader::None;
+        const QString arrow = sortIndicatorOrder() == Qt::AscendingOrder ? u"▴"_s : u"▾"_s;
+        const bool right = option->textAlignment & Qt::AlignRight;
+        option->text = right ? arrow + u' ' + option->text : option->text + u' ' + arrow;
+    }
+};
+
+} // namespace
 
 RowTable::RowTable(const QString &name, QWidget *parent)
     : QTableView(parent), m_heights([this] { resizeRowsToContents(); })
 {
     const Theme &theme = Theme::current();
     setAccessibleName(name);
+    setHorizontalHeader(new RowHead(Qt::Horizontal, this));
     setFrameShape(QFrame::NoFrame);
     setShowGrid(false);
     setAlternatingRowColors(true);
@@ -41,6 +66,31 @@ void RowTable::wrapTexts()
 {
     setWordWrap(true);
     connect(horizontalHeader(), &QHeaderView::sectionResized, this, [this] { m_heights.touch(); });
+}
+
+void RowTable::makeSortable()
+{
+    horizontalHeader()->setSectionsClickable(true);
+    horizontalHeader()->setSortIndicatorShown(true);
+    connect(horizontalHeader(), &QHeaderView::sortIndicatorChanged, this, &RowTable::sortAsMarked);
+}
+
+void RowTable::sortBy(int column)
+{
+    const QVariant first = model()->headerData(column, Qt::Horizontal, Qt::InitialSortOrderRole);
+    Qt::SortOrder order = first.isValid() ? Qt::SortOrder(first.toInt()) : Qt::AscendingOrder;
+    if (column == horizontalHeader()->sortIndicatorSection())
+        order =
+            horizontalHeader()->sortIndicatorOrder() == Qt::AscendingOrder ? Qt::DescendingOrder : Qt::AscendingOrder;
+    horizontalHeader()->setSortIndicator(column, order);
+}
+
+void RowTable::sortAsMarked()
+{
+    replaceRows([this] {
+        model()->sort(horizontalHeader()->sortIndicatorSection(), horizontalHeader()->sortIndicatorOrder());
+    });
+    showStart();
 }
 
 QVariant RowTable::chosen() const

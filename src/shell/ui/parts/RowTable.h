@@ -20,6 +20,10 @@ public:
 
     /// Rows grow until every text has room, instead of cutting it.
     void wrapTexts();
+    /// A click on a column's head lets the model sort by it, another one the other way round.
+    void makeSortable();
+    /// As that click does.
+    void sortBy(int column);
 
     /// The chosen row's identity; invalid when none is.
     QVariant chosen() const;
@@ -42,6 +46,7 @@ protected:
 
 private:
     int rowOf(const QVariant &id) const;
+    void sortAsMarked();
 
     Follower m_heights; ///< of rows that wrap, set when the columns have found their widths
 };

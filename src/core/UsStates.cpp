@@ -1,10 +1,10 @@
-#include "backoffice/DesklineInvoiceFetcher.h"
+#include "core/UsStates.h"
 
 namespace parcelory {
 using namespace Qt::StringLiterals;
 
 // The abbreviations of the US Postal Service: states, the District of Columbia, possessions, armed forces.
-const std::map<QString, QString> &DesklineInvoiceFetcher::stateAbbreviations()
+const std::map<QString, QString> &usStates()
 {
     static const std::map<QString, QString> table = {
         {u"alabama"_s, u"AL"_s},

@@ -1,0 +1,46 @@
+#include "addressbook/EndiciaList.h"
+#include "addressbook/LocalAddressStore.h"
+#include "addressbook/VCard.h"
+
+#include <QFile>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QByteArray bytesOf(const QString &path)
+{
+    constexpr qint64 largest = 512 * 1024 * 1024;
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        throw AppError(u"The file could not be opened — "_s + file.errorString() + u'.');
+    if (file.size() > largest)
+        throw AppError(u"The file is larger than 512 MB. Export the addresses without their pictures."_s);
+    const QByteArray bytes = file.read(largest); // of a device, which has no size, not without end
+    if (file.error() != QFile::NoError)
+        throw AppError(u"The file could not be read — "_s + file.errorString() + u'.');
+    return bytes;
+}
+
+} // namespace
+
+QList<PostalContact> LocalAddressStore::importEndicia(const QString &path, ImportProgress::Report report)
+{
+    ImportProgress progress(std::move(report));
+    return EndiciaList::contacts(bytesOf(path), progress);
+}
+
+QList<PostalContact> LocalAddressStore::importVCard(const QString &path, ImportProgress::Report report)
+{
+    ImportProgress progress(std::move(report));
+    return VCard::contacts(bytesOf(path), progress);
+}
+
+std::optional<QString> LocalAddressStore::endiciaPlistURL(const QDir &dataFolder)
+{
+    const QString path = QDir::cleanPath(dataFolder.absoluteFilePath(u"../Endicia/importedAddresses.plist"_s));
+    return QFileInfo(path).isFile() ? std::optional(path) : std::nullopt;
+}
+
+} // namespace parcelory

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "core/PostalContact.h"
+
+#include <QList>
+#include <QLocale>
+
+#include <string>
+#include <vector>
+
+namespace parcelory {
+
+/// The address book as the search field looks at it: what may be found, in one block of memory, so that 100,000
+/// contacts are filtered between two keys.
+class AddressFilter {
+public:
+    AddressFilter() = default;
+    /// `locale`: whose rules tell which letters differ only in their case.
+    explicit AddressFilter(const QList<PostalContact> &contacts, const QLocale &locale = QLocale());
+
+    /// The positions in the list, ascending, of the contacts whose name, company or summary contains the query. Case
+    /// and the blanks around the query do not count; an empty query gives everyone.
+    QList<int> filtered(const QString &query) const;
+
+    /// The form in which texts are compared, in UTF-8.
+    static std::string folded(const QString &text, const QLocale &locale);
+
+private:
+    QLocale m_locale;
+    std::string m_block;                  ///< every contact's texts, folded
+    std::vector<std::size_t> m_starts{0}; ///< where each contact begins, and where the last one ends
+};
+
+} // namespace parcelory

@@ -1,0 +1,208 @@
+#include "addressbook/LocalAddressStore.h"
+
+#include <QSet>
+
+#include <sqlite3.h>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr auto table = "CREATE TABLE IF NOT EXISTS addresses (\n"
+                       "  uuid TEXT PRIMARY KEY,\n"
+                       "  name TEXT, company TEXT, street1 TEXT, street2 TEXT,\n"
+                       "  city TEXT, state TEXT, zip TEXT, country TEXT,\n"
+                       "  label TEXT, phone TEXT, email TEXT\n"
+                       ");";
+constexpr auto nameIndex = "CREATE INDEX IF NOT EXISTS idx_addresses_name ON addresses(name COLLATE NOCASE);";
+
+constexpr auto selectRows = "SELECT uuid, name, company, street1, street2, city, state, zip, country,\n"
+                            "       label, phone, email FROM addresses";
+constexpr auto matchingRows =
+    " WHERE name LIKE ?1 OR company LIKE ?1 OR street1 LIKE ?1 OR city LIKE ?1 OR zip LIKE ?1";
+
+constexpr auto upsertRow = "INSERT INTO addresses (uuid, name, company, street1, street2, city, state, zip,\n"
+                           "                       country, label, phone, email)\n"
+                           "VALUES (?,?,?,?,?,?,?,?,?,?,?,?)\n"
+                           "ON CONFLICT(uuid) DO UPDATE SET\n"
+                           "  name=excluded.name, company=excluded.company, street1=excluded.street1,\n"
+                           "  street2=excluded.street2, city=excluded.city, state=excluded.state,\n"
+                           "  zip=excluded.zip, country=excluded.country, label=excluded.label,\n"
+                           "  phone=excluded.phone, email=excluded.email";
+
+QString uuidText(const QUuid &id)
+{
+    return id.toString(QUuid::WithoutBraces).toUpper();
+}
+
+PostalContact contactOf(const Statement &row)
+{
+    PostalContact contact; // with an id of its own, should the stored one not be readable
+    if (const QUuid id = QUuid::fromString(row.text(0)); !id.isNull())
+        contact.id = id;
+    contact.name = row.text(1);
+    contact.company = row.text(2);
+    contact.street1 = row.text(3);
+    contact.street2 = row.text(4);
+    contact.city = row.text(5);
+    contact.state = row.text(6);
+    contact.zip = row.text(7);
+    contact.country = row.text(8);
+    contact.label = row.text(9);
+    contact.phone = row.text(10);
+    contact.email = row.text(11);
+    return contact;
+}
+
+void bindContact(Statement &statement, const PostalContact &contact)
+{
+    int parameter = 0;
+    for (const QString &text :
+         {uuidText(contact.id), contact.name, contact.company, contact.street1, contact.street2, contact.city,
+          contact.state, contact.zip, contact.country, contact.label, contact.phone, contact.email})
+        statement.bind(++parameter, text);
+}
+
+/// Contacts of the same key are taken for one person at one place.
+QString duplicateKey(const QString &name, const QString &street1, const QString &zip)
+{
+    return QString(name + u'|' + street1 + u'|' + zip).toLower();
+}
+
+QSet<QString> keysOf(const Database &db)
+{
+    QSet<QString> keys;
+    for (Statement row(db, "SELECT name, street1, zip FROM addresses"); row.step();)
+        keys.insert(duplicateKey(row.text(0), row.text(1), row.text(2)));
+    return keys;
+}
+
+QString pathIn(const QDir &folder)
+{
+    folder.mkpath(u"."_s);
+    return folder.filePath(u"addresses.sqlite"_s);
+}
+
+} // namespace
+
+QString LocalAddressStore::sourceName()
+{
+    return u"Parcelory Address Book"_s;
+}
+
+LocalAddressStore::LocalAddressStore(const QDir &folder) : m_db(pathIn(folder))
+{
+    if (!m_db.isOpen())
+        qWarning("Parcelory: cannot open address store at %s", qUtf8Printable(pathIn(folder)));
+    if (exec(table))
+        exec(nameIndex);
+    refreshCount();
+}
+
+bool LocalAddressStore::exec(const char *sql)
+{
+    const bool done = Statement(m_db, sql).execute();
+    if (!done)
+        qWarning("Parcelory address SQL error: %s", qUtf8Printable(m_db.lastError()));
+    return done;
+}
+
+void LocalAddressStore::refreshCount()
+{
+    Statement query(m_db, "SELECT COUNT(*) FROM addresses");
+    const int total = query.step() ? int(query.integer(0)) : 0;
+    QMetaObject::invokeMethod(this, [this, total] { count = total; }, Qt::QueuedConnection);
+}
+
+QList<PostalContact> LocalAddressStore::rows(const QString &matching) const
+{
+    QByteArray sql = selectRows;
+    if (!matching.isEmpty())
+        sql += matchingRows;
+    Statement row(m_db, sql + " ORDER BY name COLLATE NOCASE");
+    if (!matching.isEmpty())
+        row.bind(1, u'%' + matching + u'%');
+    QList<PostalContact> found;
+    while (row.step())
+        found.append(contactOf(row));
+    return found;
+}
+
+bool LocalAddressStore::write(Statement &statement)
+{
+    const bool done = statement.execute();
+    m_lastError = done ? QString() : m_db.lastError();
+    return done;
+}
+
+bool LocalAddressStore::upsert(const PostalContact &contact)
+{
+    const std::lock_guard writing(m_writing);
+    Statement statement(m_db, upsertRow);
+    bindContact(statement, contact);
+    const bool done = write(statement);
+    refreshCount();
+    return done;
+}
+
+bool LocalAddressStore::remove(const QUuid &id)
+{
+    const std::lock_guard writing(m_writing);
+    Statement statement(m_db, "DELETE FROM addresses WHERE uuid = ?");
+    statement.bind(1, uuidText(id));
+    const bool done = write(statement);
+    refreshCount();
+    return done;
+}
+
+LocalAddressStore::Merged LocalAddressStore::merge(const QList<PostalContact> &contacts)
+{
+    const std::lock_guard writing(m_writing);
+    // At once, because another program's lock would otherwise be waited for at every single contact.
+    bool done = exec("BEGIN IMMEDIATE TRANSACTION");
+    Merged merged;
+    if (done) {
+        merged = mergeAll(contacts);
+        const bool isOpen = !sqlite3_get_autocommit(m_db.handle()); // a full disk has ended it already
+        done = isOpen && exec("COMMIT");
+    }
+    m_lastError = done ? QString() : m_db.lastError();
+    if (!done) {
+        Statement(m_db, "ROLLBACK").execute();
+        throw AppError(u"The address book could not be written, so nothing was imported — "_s + m_lastError + u'.');
+    }
+    refreshCount();
+    return merged;
+}
+
+LocalAddressStore::Merged LocalAddressStore::mergeAll(const QList<PostalContact> &contacts)
+{
+    QSet<QString> keys = keysOf(m_db);
+    keys.reserve(keys.size() + contacts.size());
+    Statement statement(m_db, upsertRow);
+    Merged merged;
+    for (const PostalContact &incoming : contacts) {
+        const PostalContact contact = normalized(incoming);
+        const qsizetype known = keys.size();
+        keys.insert(duplicateKey(contact.name, contact.street1, contact.zip));
+        if (keys.size() == known) {
+            ++merged.skipped;
+            continue;
+        }
+        bindContact(statement, contact);
+        if (statement.execute())
+            ++merged.imported;
+        else if (sqlite3_get_autocommit(m_db.handle()))
+            break;
+    }
+    return merged;
+}
+
+QString LocalAddressStore::lastError() const
+{
+    const std::lock_guard writing(m_writing);
+    return m_lastError;
+}
+
+} // namespace parcelory

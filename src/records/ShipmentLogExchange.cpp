@@ -1,0 +1,201 @@
+#include "core/AppError.h"
+#include "core/Task.h"
+#include "records/EndiciaFormat.h"
+#include "records/ShipmentLog.h"
+#include "records/ShipmentLogRows.h"
+
+#include <QBuffer>
+#include <QFile>
+#include <QUtf8StringView>
+
+#include <algorithm>
+#include <array>
+#include <span>
+#include <vector>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr auto selectLine = "SELECT status, created_at, transaction_id, recipient, zip11, postage, weight_oz, balance,"
+                            " service, services, tracking, declared_value, description, reference, group_code, email"
+                            " FROM shipments WHERE id = ?";
+
+/// Rows between two questions whether to go on.
+constexpr int portion = 2000;
+
+EndiciaFormat::Line lineOf(const Statement &row)
+{
+    return {.status = row.utf8(0),
+            .createdAt = ShipmentLogRows::msecsOf(row.real(1)),
+            .transactionID = row.utf8(2),
+            .recipient = row.utf8(3),
+            .zip11 = row.utf8(4),
+            .postage = row.real(5),
+            .weightOz = row.real(6),
+            .balance = row.utf8(7),
+            .service = row.utf8(8),
+            .services = row.utf8(9),
+            .tracking = row.utf8(10),
+            .declaredValue = row.utf8(11),
+            .descriptionText = row.utf8(12),
+            .reference = row.utf8(13),
+            .groupCode = row.utf8(14),
+            .email = row.utf8(15)};
+}
+
+/// Reads lines on a connection and a thread of its own.
+class LineReader {
+public:
+    explicit LineReader(const QString &path) : m_db(path), m_row(m_db, selectLine) {}
+    ~LineReader() { m_reading.waitForFinished(); }
+    LineReader(const LineReader &) = delete;
+    LineReader &operator=(const LineReader &) = delete;
+
+    void start(std::span<const qint64> ids)
+    {
+        m_reading = QtConcurrent::run(&workPool(), [this, ids] { return read(ids); });
+    }
+    /// The lines of the rows that start() named; nothing when they could not be read.
+    std::optional<QByteArray> result() { return m_reading.result(); }
+
+private:
+    std::optional<QByteArray> read(std::span<const qint64> ids)
+    {
+        const Snapshot snapshot(m_db); // one lock for all of them, and none while they are written
+        QByteArray lines;
+        for (const qint64 id : ids) {
+            m_row.bind(1, id);
+            if (m_row.step())
+                EndiciaFormat::append(lines, lineOf(m_row), m_dates);
+            else if (!m_row.isComplete())
+                return std::nullopt;
+            m_row.reset();
+        }
+        return lines;
+    }
+
+    Database m_db;
+    Statement m_row;
+    EndiciaDates m_dates;
+    QFuture<std::optional<QByteArray>> m_reading;
+};
+
+/// The ids of all rows, the oldest first; nothing when they could not be read.
+std::optional<std::vector<qint64>> oldestFirst(const QString &path)
+{
+    const Database db(path);
+    Statement query(db, "SELECT id FROM shipments ORDER BY created_at DESC");
+    std::vector<qint64> ids;
+    while (query.step())
+        ids.push_back(query.integer(0));
+    if (!query.isComplete())
+        return std::nullopt;
+    std::ranges::reverse(ids);
+    return ids;
+}
+
+QByteArray readFile(const QString &path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        throw AppError(u"The file could not be opened — "_s + file.errorString() + u'.');
+    QByteArray bytes = file.readAll();
+    if (file.error() != QFile::NoError)
+        throw AppError(u"The file could not be read — "_s + file.errorString() + u'.');
+    if (!QUtf8StringView(bytes).isValidUtf8())
+        throw AppError(u"The file is not UTF-8 text — export it again as a tab-separated mail log."_s);
+    if (bytes.startsWith("\xEF\xBB\xBF"))
+        bytes.remove(0, 3); // a mark that some editors set; it would hide the header's first name
+    return bytes;
+}
+
+/// Appends all lines or none; their number. On a connection of its own, so that no reader sees rows that may yet be
+/// taken back.
+int appendLines(const QString &path, const QByteArray &text, const ShipmentLog::Progress &progress)
+{
+    Database db(path);
+    const auto require = [&db](bool done) {
+        if (!done) // closing the connection takes the transaction back
+            throw AppError(u"The mailing log could not be written, so nothing was imported — "_s + db.lastError() +
+                           u'.');
+    };
+    db.exec("PRAGMA cache_spill = OFF"); // a spilled page would lock readers out until the end
+    require(db.exec("BEGIN IMMEDIATE"));
+    int count = 0;
+    {
+        Statement insert(db, ShipmentLogRows::insert);
+        EndiciaDates dates;
+        QByteArrayView rest = text;
+        while (!rest.isEmpty()) {
+            const std::optional<ShipmentRecord> record = EndiciaFormat::parse(EndiciaFormat::takeLine(rest), dates);
+            if (!record)
+                continue;
+            require(insert.isPrepared());
+            ShipmentLogRows::bind(insert, *record);
+            require(insert.execute());
+            if (++count % portion == 0 && progress && !progress(text.size() - rest.size(), text.size()))
+                return 0;
+        }
+    }
+    if (progress && !progress(text.size(), text.size()))
+        return 0;
+    require(db.exec("COMMIT"));
+    return count;
+}
+
+} // namespace
+
+bool ShipmentLog::exportEndicia(QIODevice &out, const Progress &progress) const
+{
+    const auto write = [&out](const QByteArray &text) { return out.write(text) == text.size(); };
+    if (!write(EndiciaFormat::header().toUtf8() + '\n'))
+        return false;
+    const std::optional<std::vector<qint64>> ids = oldestFirst(m_path);
+    if (!ids)
+        return false;
+    // One reads while the other's lines are written; reading is most of the work.
+    std::array<LineReader, 2> readers{LineReader(m_path), LineReader(m_path)};
+    std::span<const qint64> rest(*ids);
+    const auto start = [&rest](LineReader &reader) {
+        const auto ids = rest.first(std::min<std::size_t>(portion, rest.size()));
+        rest = rest.subspan(ids.size());
+        reader.start(ids);
+    };
+    for (LineReader &reader : readers)
+        start(reader);
+    for (std::size_t done = 0, turn = 0; done < ids->size(); ++turn) {
+        LineReader &reader = readers[turn % readers.size()];
+        const std::optional<QByteArray> lines = reader.result();
+        start(reader);
+        done = std::min(done + portion, ids->size());
+        if (!lines || !write(*lines) || (progress && !progress(qint64(done), qint64(ids->size()))))
+            return false;
+    }
+    return true;
+}
+
+QString ShipmentLog::exportEndiciaCSV(bool *complete) const
+{
+    QBuffer text;
+    text.open(QIODevice::WriteOnly);
+    const bool isComplete = exportEndicia(text);
+    if (complete)
+        *complete = isComplete;
+    return QString::fromUtf8(text.data());
+}
+
+int ShipmentLog::importEndiciaCSV(const QString &path, const Progress &progress)
+{
+    const QByteArray text = readFile(path);
+    int count = 0;
+    {
+        const std::lock_guard writing(m_writing);
+        count = appendLines(m_path, text, progress);
+    }
+    reload();
+    return count;
+}
+
+} // namespace parcelory

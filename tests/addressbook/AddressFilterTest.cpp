@@ -1,0 +1,100 @@
+#include "addressbook/AddressFilter.h"
+#include "core/ByteSearch.h"
+#include "core/Text.h"
+#include "support/Printing.h"
+
+#include <QRandomGenerator>
+
+namespace parcelory::test {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// The rule as it is told: one contact after the other.
+QList<int> plainly(const QList<PostalContact> &contacts, const QString &query, const QLocale &locale)
+{
+    const std::string wanted = AddressFilter::folded(trimBlanks(query), locale);
+    QList<int> rows;
+    for (int row = 0; row < contacts.size(); ++row) {
+        const PostalContact &contact = contacts[row];
+        const QStringList texts = {contact.name, contact.company, contact.addressSummary()};
+        if (wanted.empty() || std::ranges::any_of(texts, [&](const QString &text) {
+                return AddressFilter::folded(text, locale).find(wanted) != std::string::npos;
+            }))
+            rows.append(row);
+    }
+    return rows;
+}
+
+QString randomText(QRandomGenerator &random, int most)
+{
+    const QString alphabet = u"aAbBiIıİsSß éÉ,1😀"_s;
+    QString text;
+    for (int left = random.bounded(most + 1); left > 0; --left)
+        text += alphabet[random.bounded(alphabet.size())];
+    return text;
+}
+
+} // namespace
+
+TEST(AddressFilter, LooksAtNameCompanyAndSummaryWhateverTheCase)
+{
+    const QList<PostalContact> contacts = {
+        {.name = u"Eleanor Whitfield"_s, .street1 = u"418 Montford Ave"_s, .city = u"Asheville"_s},
+        {.name = u"Jörg STRASSER"_s, .company = u"Münzen GmbH"_s, .city = u"Ave"_s, .zip = u"1"_s},
+        {.name = u"IRMAK İnci"_s, .street2 = u"Whitfield Suite"_s, .label = u"home"_s}};
+    const struct {
+        QString query;
+        QList<int> rows, turkish;
+    } rows[] = {{u""_s, {0, 1, 2}, {0, 1, 2}}, {u" \t "_s, {0, 1, 2}, {0, 1, 2}}, {u"whitFİELD"_s, {}, {0}},
+                {u"whitFIELD"_s, {0}, {}},     {u" asheville "_s, {0}, {0}},      {u"straße"_s, {1}, {1}},
+                {u"MÜNZEN"_s, {1}, {1}},       {u"mu\u0308nz"_s, {1}, {1}},       {u"munz"_s, {}, {}},
+                {u"ave"_s, {0, 1}, {0, 1}},    {u"ave, ash"_s, {0}, {0}},         {u"gmbh ave"_s, {}, {}},
+                {u"suite"_s, {}, {}},          {u"whitfield 418"_s, {}, {}},      {u"home"_s, {}, {}},
+                {u"irmak"_s, {2}, {}},         {u"ırmak i"_s, {}, {2}},           {u"nobody at all"_s, {}, {}}};
+    const AddressFilter english(contacts, QLocale(u"en_US"_s)), turkish(contacts, QLocale(u"tr_TR"_s));
+    for (const auto &row : rows) {
+        EXPECT_EQ(english.filtered(row.query), row.rows) << row.query.toStdString();
+        EXPECT_EQ(turkish.filtered(row.query), row.turkish) << row.query.toStdString();
+    }
+    EXPECT_TRUE(AddressFilter().filtered(u"a"_s).isEmpty());
+}
+
+TEST(AddressFilter, FindsWhatThePlainRuleFinds)
+{
+    QRandomGenerator random(20261121);
+    for (const QLocale &locale : {QLocale(u"en_US"_s), QLocale(u"tr_TR"_s)}) {
+        QList<PostalContact> contacts;
+        for (int i = 0; i < 100; ++i)
+            contacts.append({.name = randomText(random, 9),
+                             .company = randomText(random, 4),
+                             .street1 = randomText(random, 30),
+                             .city = randomText(random, 6)});
+        const AddressFilter filter(contacts, locale);
+        for (int i = 0; i < 100; ++i) {
+            const QString query = randomText(random, 4);
+            ASSERT_EQ(filter.filtered(query), plainly(contacts, query, locale)) << query.toStdString();
+        }
+    }
+}
+
+TEST(ByteSearch, FindsEveryPlaceInBlocksOfAnySize)
+{
+    QRandomGenerator random(20261121);
+    for (int round = 0; round < 3000; ++round) {
+        std::string block(random.bounded(300), '\0'), bytes(1 + random.bounded(5), '\0');
+        for (std::string *text : {&block, &bytes})
+            std::ranges::generate(*text, [&random] { return "ab\xFF"[random.bounded(3)]; });
+        ByteSearch search(bytes, block);
+        for (std::size_t from = 0; from <= block.size();) {
+            const std::size_t expected = block.find(bytes, from);
+            const char *place = search.next(block.data() + from);
+            ASSERT_EQ(place ? std::size_t(place - block.data()) : block.npos, expected) << bytes << " in " << block;
+            if (!place)
+                break;
+            from = expected + 1 + std::size_t(random.bounded(90)); // now the next place, now far behind it
+        }
+    }
+}
+
+} // namespace parcelory::test

@@ -1,0 +1,174 @@
+#include "addressbook/BlockingWork.h"
+#include "addressbook/ContactsAddressProvider.h"
+#include "core/Json.h"
+#include "support/Printing.h"
+#include "support/RunTask.h"
+
+#include <QFile>
+#include <QSemaphore>
+#include <QTemporaryDir>
+
+namespace parcelory::test {
+using namespace Qt::StringLiterals;
+using testing::ElementsAre;
+
+namespace {
+
+struct FakeContacts : ContactsSource {
+    explicit FakeContacts(QSemaphore &released) : gone(released) {}
+    ~FakeContacts() override { gone.release(); }
+    int authorizationStatus() override { return status; }
+    bool requestAccess() override { return status == fullAccess; }
+    bool openLegacy() override { return legacyOpens; }
+    void readLegacy(const Take &take) override { give(legacy, take, onLegacy); }
+    qsizetype containerCount() override { return 2; }
+    void read(const Request &request, const Take &take) override
+    {
+        requests.append(request);
+        give(people, take, onRead);
+    }
+    static void give(const QList<PlatformContact> &all, const Take &take, const std::function<void()> &call)
+    {
+        call();
+        for (qsizetype at = 0; at < all.size() && take(all[at]); ++at) {
+        }
+    }
+
+    int status = fullAccess;
+    bool legacyOpens = true;
+    QList<PlatformContact> legacy, people;
+    QList<Request> requests;
+    std::function<void()> onLegacy = [] {}, onRead = [] {}; ///< before they answer
+    QSemaphore &gone;
+};
+
+PlatformContact person(const QString &given, const QStringList &streets)
+{
+    PlatformContact person{.given = given, .family = u"Doe"_s, .phones = {u"1"_s, u"2"_s}, .emails = {u"a@b"_s}};
+    for (const QString &street : streets)
+        person.addresses.append({.label = u"home"_s, .street = street, .isoCountry = u"us"_s});
+    return person;
+}
+
+struct AppleContacts : testing::Test {
+    QTemporaryDir folder;
+    FakeClock clock;
+    QSemaphore gone; ///< released when nobody uses the source any more
+    std::shared_ptr<FakeContacts> source = std::make_shared<FakeContacts>(gone);
+    std::optional<ContactsAddressProvider> provider{std::in_place, source, clock, QDir(folder.path())};
+
+    QStringList read(ImportProgress::Report report = {})
+    {
+        QStringList lines;
+        for (const PostalContact &c : runTask(provider->all(std::move(report))))
+            lines.append(QStringList{c.name, c.street1, c.street2, c.country, c.phone, c.email}.join(u'|'));
+        return lines;
+    }
+    QByteArray cache()
+    {
+        provider->flush();
+        QFile file(folder.filePath(u"contacts_cache.json"_s));
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
+    /// Lets a read that was given up come back, and waits until it has ended.
+    void comeBack(QSemaphore &answers)
+    {
+        provider.reset();
+        source.reset();
+        answers.release();
+        ASSERT_TRUE(gone.tryAcquire(1, 20000));
+    }
+};
+
+} // namespace
+
+TEST_F(AppleContacts, AreReadThroughTheOlderInterfaceOrElseTheNewerOne)
+{
+    source->legacy = {person(u"zoe"_s, {u"9 Oak St"_s}), person(u"Ana"_s, {u"1 Elm St\nRear\nTop"_s, u"2 Elm St"_s}),
+                      person(u"Nobody"_s, {})};
+    EXPECT_THAT(read(), ElementsAre(u"Ana Doe|1 Elm St|Rear Top|US|1|a@b"_s, u"Ana Doe|2 Elm St||US|1|a@b"_s,
+                                    u"zoe Doe|9 Oak St||US|1|a@b"_s));
+    EXPECT_TRUE(source->requests.isEmpty());
+    EXPECT_EQ(decodeJson<QList<PostalContact>>(cache(), Keys::asIs).value(2).street1, u"9 Oak St"_s);
+    source->legacy = {person(u"Nobody"_s, {})};
+    source->people = {person(u"Bo"_s, {u"1 Elm St"_s})};
+    EXPECT_THAT(read(), ElementsAre(u"Bo Doe|1 Elm St||US|1|a@b"_s));
+    source->onLegacy = [] { throw AppError(u"broken"_s); };
+    EXPECT_EQ(read().size(), 1);
+    source->onRead = [] { throw AppError(u"broken, too"_s); };
+    EXPECT_THROW(read(), AppError);
+}
+
+TEST_F(AppleContacts, AreLeftAloneWithoutAccessOrWhenCancelled)
+{
+    EXPECT_TRUE(runTask(provider->requestAccess()));
+    source->status = 2;
+    EXPECT_FALSE(runTask(provider->requestAccess()));
+    source->legacy = QList<PlatformContact>(2000, person(u"Ana"_s, {u"1 Elm St"_s}));
+    EXPECT_THROW(read([](qsizetype addresses) { return addresses < 500; }), ImportCancelled);
+    EXPECT_TRUE(cache().isEmpty());
+    ContactsAddressProvider none(nullptr, clock, QDir(folder.path()));
+    EXPECT_FALSE(none.isAvailable() || runTask(none.requestAccess()));
+}
+
+TEST_F(AppleContacts, ThatHangAreGivenUpAndLeftBehind)
+{
+    QSemaphore answers;
+    source->legacy = QList<PlatformContact>(1000, person(u"Ana"_s, {u"1 Elm St"_s}));
+    source->onLegacy = [&answers] { answers.acquire(); };
+    int reports = 0;
+    EXPECT_THROW(runTask(provider->all([&reports](qsizetype) { return ++reports > 0; }), &clock), AddressLoadTimeout);
+    EXPECT_EQ(clock.elapsed(), std::chrono::seconds(170));
+    comeBack(answers);
+    EXPECT_EQ(reports, 0); // nobody hears of it any more
+}
+
+TEST_F(AppleContacts, AreDiagnosedStepByStep)
+{
+    source->legacy = source->people = {person(u"Ana"_s, {}), person(u"Bo"_s, {})};
+    EXPECT_EQ(runTask(provider->diagnostics()), u"PASS Auth status: 3 (3 = full access)\n"
+                                                "PASS Legacy AB open\n"
+                                                "PASS Legacy AB people(): 2 people\n"
+                                                "PASS CN containers: 2 containers\n"
+                                                "PASS CN raw fetch, first 1000, no unify: 2 contacts\n"
+                                                "PASS CN unified fetch, first 1000: 2 contacts"_s);
+    EXPECT_EQ(source->requests.value(0).most, 1000);
+    EXPECT_TRUE(!source->requests.value(0).isUnified && source->requests.value(1).isUnified);
+    source->status = 1;
+    EXPECT_EQ(runTask(provider->diagnostics()).count(u": no access"_s), 5);
+}
+
+TEST_F(AppleContacts, AreDiagnosedPastAStepThatFailsOrHangs)
+{
+    QSemaphore answers, asked;
+    source->legacyOpens = false;
+    source->onRead = [] { throw AppError(u"no answer"_s); };
+    source->onLegacy = [&] {
+        asked.release();
+        answers.acquire();
+    };
+    QString report;
+    spawn([&]() -> Task<> { report = co_await provider->diagnostics(); });
+    runUntil([&asked] { return asked.tryAcquire(); });
+    clock.advance(ContactsAddressProvider::stepTimeout);
+    runUntil([&report] { return !report.isEmpty(); });
+    EXPECT_TRUE(
+        report.contains(u"FAIL Legacy AB open: cannot be opened\nTIMED OUT Legacy AB people()\n"
+                        "PASS CN containers: 2 containers\nFAIL CN raw fetch, first 1000, no unify: no answer"));
+    comeBack(answers);
+}
+
+TEST(BlockingWork, ResumesItsCallerOnceWhoeverComesFirst)
+{
+    FakeClock clock;
+    const auto answer = [&clock](auto work) { return runTask(blockingWork(clock, std::chrono::seconds(1), work)); };
+    EXPECT_EQ(answer([](const StillAwaited &isAwaited) { return isAwaited() ? 5 : 6; }), 5);
+    EXPECT_THROW(answer([](const StillAwaited &) -> int { throw ImportCancelled(); }), ImportCancelled);
+    EXPECT_FALSE(clock.fireNext()); // no timer is left behind
+    ResumeOnce once;
+    EXPECT_FALSE(once.isTaken());
+    EXPECT_TRUE(once.take());
+    EXPECT_FALSE(once.take());
+}
+
+} // namespace parcelory::test

@@ -1,0 +1,247 @@
+#include "addressbook/EndiciaList.h"
+#include "addressbook/LocalAddressStore.h"
+#include "addressbook/VCard.h"
+#include "support/Printing.h"
+
+#include <QFile>
+#include <QStringEncoder>
+#include <QTemporaryDir>
+
+namespace parcelory::test {
+using namespace Qt::StringLiterals;
+using testing::ElementsAre;
+
+namespace {
+
+using Read = QList<PostalContact> (*)(const QByteArray &, ImportProgress &);
+
+QString shown(const PostalContact &c)
+{
+    return QStringList{c.name, c.company, c.street1, c.street2, c.city, c.state,
+                       c.zip,  c.country, c.label,   c.phone,   c.email}
+        .join(u'|');
+}
+
+/// What is read from the bytes, or the error's text.
+QStringList outcome(Read read, const QByteArray &file, ImportProgress::Report report = {})
+{
+    ImportProgress progress(std::move(report));
+    QStringList lines;
+    try {
+        for (const PostalContact &contact : read(file, progress))
+            lines.append(shown(contact));
+    } catch (const AppError &error) {
+        lines = {error.description()};
+    }
+    return lines;
+}
+const auto endicia = [](const QByteArray &file) { return outcome(EndiciaList::contacts, file); };
+const auto vCard = [](const QByteArray &file) { return outcome(VCard::contacts, file); };
+
+QString samplePath(const char *name)
+{
+    return QStringLiteral(PARCELORY_SOURCE_DIR "/practice/samples/") + QString::fromLatin1(name);
+}
+
+QByteArray sample(const char *name)
+{
+    QFile file(samplePath(name));
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly));
+    return file.readAll();
+}
+
+QByteArray plist(const QByteArray &inside)
+{
+    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?><!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" "
+           "\"http://www.apple.com/DTDs/PropertyList-1.0.dtd\"><plist version=\"1.0\">" +
+           inside + "</plist>";
+}
+
+/// A list of one address with this for a name.
+QByteArray named(const QByteArray &value)
+{
+    return plist("<array><dict><key>SFAddressNameKey</key>" + value + "</dict></array>");
+}
+
+/// A binary property list of these objects; the first one is the root.
+QByteArray binary(const QList<QByteArray> &objects, quint64 count = 0)
+{
+    QByteArray file = "bplist00", table;
+    for (const QByteArray &object : objects) {
+        table += char(file.size());
+        file += object;
+    }
+    QByteArray trailer = QByteArray(6, '\0') + "\x01\x01";
+    for (const quint64 number : {count ? count : quint64(objects.size()), quint64(0), quint64(file.size())}) {
+        for (int shift = 56; shift >= 0; shift -= 8)
+            trailer += char(number >> shift);
+    }
+    return file + table + trailer;
+}
+
+QByteArray card(const QByteArray &lines)
+{
+    return "BEGIN:VCARD\nN:Doe;Jo\n" + lines + "\nEND:VCARD\n";
+}
+
+} // namespace
+
+TEST(EndiciaList, ReadsBothFormsAlike)
+{
+    const auto expected = ElementsAre(
+        u"Eleanor Whitfield||418 Montford Ave|Apt 3B|Asheville|NC|28801|US|endicia|828-555-0117|eleanor@example.com"_s,
+        u"Theodore Brandt|Brandt & Sons Numismatics|2210 Prospect St||Topeka|KS|66614|US|endicia||"_s,
+        u"Rosalind Okafor||77 Lakeshore Dr, Duluth, MN 55802|||||US|endicia|218-555-0164|"_s,
+        u"José Ibáñez||Calle de Alcalá 44|Oficina 4|Madrid||28014|Spain|endicia||jose@example.com"_s,
+        u"Margaret Lindqvist||905 King St W||Toronto|ON|M5V 1P5|Canada|endicia|416-555-0139|"_s,
+        u"|Cascade Coin Exchange|340 Alder St|Suite 12|Portland|OR|97204|US|endicia||"_s, // no name, but a suite
+        u"Hiroshi Tanaka 田中||1-2-3 Ginza||Tokyo||104-0061|Japan|endicia||"_s);
+    EXPECT_THAT(endicia(sample("importedAddresses.plist")), expected);
+    EXPECT_THAT(endicia(sample("importedAddresses-binary.plist")), expected);
+}
+
+TEST(EndiciaList, TakesTextsHoweverTheyAreWrittenAndNothingElse)
+{
+    const auto name = [](const QByteArray &file) { return endicia(file).value(0).section(u'|', 0, 0); };
+    const QByteArray file = named("<string>Jörg 😀</string>");
+    QStringEncoder utf16(QStringConverter::Utf16, QStringConverter::Flag::WriteBom);
+    EXPECT_EQ(name("\xEF\xBB\xBF" + file), u"Jörg 😀"_s);
+    EXPECT_EQ(name(utf16(QString::fromUtf8(file).replace(u"UTF-8"_s, u"UTF-16"_s))), u"Jörg 😀"_s);
+    EXPECT_EQ(name(named("<string>J\xF6rg</string>").replace("UTF-8", "ISO-8859-1")), u"Jörg"_s);
+    EXPECT_EQ(name(named("<string>A &amp; B<![CDATA[ <C>]]>\n\t</string>")), u"A & B <C>\n\t"_s);
+    for (const char *value : {"<integer>5</integer>", "<true/>", "<data>QUJD</data>", "<array><dict/></array>",
+                              "<dict><key>SFAddressNameKey</key><string>x</string></dict>"})
+        EXPECT_THAT(endicia(named(value)), ElementsAre()) << value;
+}
+
+TEST(EndiciaList, RefusesWhatIsNoAddressList)
+{
+    const QByteArray xml = sample("importedAddresses.plist"), bytes = sample("importedAddresses-binary.plist");
+    const QByteArray deep = QByteArray("<array>").repeated(200000);
+    for (const QByteArray &other :
+         {QByteArray(), QByteArray("\x01\x02 nothing"), QByteArray("<html><array/></html>"), plist(""),
+          plist("<dict><key>a</key><array/></dict>"), plist("<array><string>a</string></array>"), plist(deep),
+          binary({"\xD0"}), binary({"\xA1\x01", "\x51x"}), binary({QByteArray("\xA1\x00", 2)}) /* holds itself */})
+        EXPECT_THAT(endicia(other), ElementsAre(u"That file isn't an Endicia address plist."_s))
+            << other.left(200).toStdString();
+    // A hundred references to one dictionary that refers thousands of times to one text.
+    const QByteArray bomb = binary({"\xAF\x10\x64" + QByteArray(100, '\2'), "\x5F\x10\x64" + QByteArray(100, 'x'),
+                                    QByteArray("\xDF\x11\x40\x00", 4) + QByteArray(0x8000, '\1')});
+    for (const QByteArray &damaged :
+         {xml.first(xml.size() / 2), xml.chopped(10), named(deep), bytes.first(bytes.size() / 2),
+          QByteArray("bplist00"), binary({"\xA1\x07"}), binary({"\xA0"}, quint64(1) << 60), bomb,
+          binary({QByteArray("\xAF\x13\x7F\xFF\xFF\xFF\xFF\xFF\xFF\xFF")}),
+          binary({"\xA1\x01", "\xD1\x02\x02", "\x5F\x11\x7F\xFF"})})
+        EXPECT_THAT(endicia(damaged),
+                    ElementsAre(u"The property list is damaged or incomplete, so nothing was imported."
+                                " Copy or export it again."_s))
+            << damaged.left(200).toStdString();
+    EXPECT_THAT(endicia(plist("<array/>")), ElementsAre());
+}
+
+TEST(VCard, ReadsTheThreeVersions)
+{
+    EXPECT_THAT(vCard(sample("contacts-2.1.vcf")),
+                ElementsAre(u"Eleanor Whitfield||418 Montford Ave|Apt 3B|Asheville|NC|28801|US|home|828-555-0117|"
+                            "eleanor@example.com"_s,
+                            u"Jörg Müller|Münzhandlung Müller|Leopoldstraße 12|Hinterhaus|München||80802|DE|work|"
+                            "+49 89 5550 1234|"_s));
+    const QString brandt = u"Theodore Brandt|Brandt & Sons Numismatics|%1|785-555-0102|theo@example.com"_s;
+    EXPECT_THAT(vCard(sample("contacts-3.0.vcf")),
+                ElementsAre(brandt.arg(u"2210 Prospect St|Suite 4, rear|Topeka|KS|66614|US|work"_s),
+                            brandt.arg(u"15 Juniper Ct||Lawrence|KS|66044|US|home"_s),
+                            brandt.arg(u"Calle Mayor 8||Toledo||45001|ES|other"_s),
+                            brandt.arg(u"3 Mill Ln||Bath||BA1 2PQ|GB|Summer house"_s),
+                            u"|Cascade Coin Exchange|PO Box 1187||Portland|OR|97207|US|work||"_s));
+    EXPECT_THAT(vCard(sample("contacts-4.0.vcf")),
+                ElementsAre(u"Hiroshi Tanaka||1-2-3 Ginza||Chuo-ku|Tokyo|104-0061|JP|home|+81-3-5550-1234|"
+                            "hiroshi@example.com"_s,
+                            u"Margaret Lindqvist||905 King St W||Toronto|ON|M5V 1P5|CA|work||"_s));
+}
+
+TEST(VCard, ReadsOneAddressHoweverItIsWritten)
+{
+    const QByteArray adr = "ADR;HOME:;;1 Elm St;Salem;OR;97301;US";
+    const QString text = QString::fromUtf8(card(adr));
+    const QByteArray littleEndian = QStringEncoder(QStringConverter::Utf16LE)(text);
+    const QByteArray bigEndian = QStringEncoder(QStringConverter::Utf16BE)(text);
+    for (const QByteArray &file :
+         {card(adr).replace("\n", "\r\n"), card(adr).replace("\n", "\r"), "\xEF\xBB\xBF" + card(adr), littleEndian,
+          bigEndian, "\xFF\xFE" + littleEndian, "\xFE\xFF" + bigEndian,
+          card("\n\nadr;type=\"home\":;;1 Elm St;Salem;OR;97301;US\n"), // lower case, blank lines
+          card("ADR;TYPE=dom,HOME,pref:;;1 Elm St;Salem;OR;97301;US;more"), card("ADR: ;;;\\n;;;\n" + adr),
+          card("ADR\n ;HOME\n\t:;;1 Elm St;Salem;OR;97301;US"), // folds in front of the colon
+          card("ADR;HOME;QUOTED-PRINTABLE:;;1 Elm=\n St;Sa=6C=\nem;OR;97301;US"),
+          card("NOTE;QUOTED-PRINTABLE:a=\nEND:VCARD=\nb\n" + adr), // belongs to the note
+          card("ADR;X=\"a:b;c\";HOME:;;1 Elm St;Salem;OR;97301;US"),
+          card("ADR;HOME;X=\"a:;;1 Elm St;Salem;OR;97301;US"),
+          card("AGENT:\nBEGIN:VCARD\nN:S\nAGENT:\nBEGIN:VCARD\nEND:VCARD\nADR:;;9\nEND:VCARD\n" + adr),
+          "BEGIN:VCARD\nN:Lost\nADR:;;9\n" + card(adr)}) // a card that is not ended
+        EXPECT_THAT(vCard(file), ElementsAre(u"Jo Doe||1 Elm St||Salem|OR|97301|US|home||"_s)) << file.toStdString();
+}
+
+TEST(VCard, UnderstandsEscapesCharsetsAndCountries)
+{
+    const std::pair<QByteArray, QString> rows[] = {
+        {"ADR;CHARSET=ISO-8859-1:;;Calle \xD1;;;;ES", u"Calle Ñ|||||ES|"_s},
+        {"ADR:;;Calle \xD1;;;;ES", u"Calle Ñ|||||ES|"_s}, // Latin-1 that does not say so
+        {"ADR;CHARSET=windows-1252:;;\x80 St;;;;ES", u"€ St|||||ES|"_s},
+        {"ADR;CHARSET=x-none:;;Calle Ñ;;;;ES", u"Calle Ñ|||||ES|"_s},
+        {"ADR:;;M\xC3\n \xBCnchner St;;;;DE", u"Münchner St|||||DE|"_s}, // a fold within a character
+        {"ADR;QUOTED-PRINTABLE:;;=ZZ=4;Salem;;;US", u"=ZZ=4||Salem|||US|"_s},
+        {"ADR:;;1\\, Elm\\; St\\nUp\\N2 \\x;Salem;OR;97301;US", u"1, Elm; St|Up 2 \\x|Salem|OR|97301|US|"_s},
+        {"ADR:;;1 Elm St", u"1 Elm St||||||"_s},
+        {"ADR:Box 7;Suite 2;1 Elm St;;;;us", u"1 Elm St|Suite 2 Box 7||||US|"_s},
+        {"A.X-ABADR:nl\na.ADR:;;Dam 1;;;;Holland", u"Dam 1|||||NL|"_s}, // the group's country in front
+        {"ADR:;;1 St;;;;Atlantis", u"1 St|||||ATLANTIS|"_s},
+    };
+    for (const auto &[lines, expected] : rows)
+        EXPECT_THAT(vCard(card(lines)), ElementsAre(u"Jo Doe||"_s + expected + u"||"_s)) << lines.toStdString();
+}
+
+TEST(VCard, RefusesFilesThatAreNoneOrCutOff)
+{
+    const QByteArray whole = card("ADR:;;1 Elm St;Salem;OR;97301;US");
+    for (const QByteArray &other : {QByteArray(), QByteArray("\x00\xFF:;=\r", 6), sample("importedAddresses.plist")})
+        EXPECT_THAT(vCard(other), ElementsAre(u"That file isn't a vCard file."_s));
+    for (const QByteArray &end : {whole.chopped(8), QByteArray("BEGIN:VCARD\nADR;QUOTED-PRINTABLE:;;1=")})
+        EXPECT_THAT(vCard(whole + end), ElementsAre(u"The vCard file ends in the middle of a card, so nothing was "
+                                                    "imported. Export it again."_s));
+    EXPECT_THAT(vCard(card("TEL:5")), ElementsAre()); // somebody without an address
+}
+
+TEST(ImportProgress, TellsHowFarItIsAndEndsWhatNobodyWantsOrIsTooMuch)
+{
+    const QByteArray cards = card("ADR:;;1 Elm St;Salem;OR;97301;US").repeated(3000);
+    QList<qsizetype> reports;
+    const auto until = [&](qsizetype most) {
+        return [&reports, most](qsizetype addresses) {
+            reports.append(addresses);
+            return addresses < most;
+        };
+    };
+    EXPECT_EQ(outcome(VCard::contacts, cards, until(9999)).size(), 3000);
+    EXPECT_GT(reports.size(), 10);
+    EXPECT_TRUE(std::ranges::is_sorted(reports));
+    EXPECT_THAT(outcome(VCard::contacts, cards, until(1000)), ElementsAre(u"The import was cancelled."_s));
+    EXPECT_LT(reports.last(), 1200);
+    EXPECT_NO_THROW(ImportProgress().reached(ImportProgress::mostAddresses));
+    EXPECT_THROW(ImportProgress().reached(ImportProgress::mostAddresses + 1), AppError);
+}
+
+TEST(ImportFiles, AreFoundBesideOurFolder)
+{
+    const QTemporaryDir support;
+    const QDir data(support.filePath(u"Parcelory"_s));
+    const QString path = support.filePath(u"Endicia/importedAddresses.plist"_s);
+    EXPECT_FALSE(LocalAddressStore::endiciaPlistURL(data));
+    EXPECT_THROW(LocalAddressStore::importEndicia(path), AppError);
+    ASSERT_TRUE(QDir().mkpath(path)); // a folder of that name
+    EXPECT_FALSE(LocalAddressStore::endiciaPlistURL(data));
+    ASSERT_TRUE(QDir().rmdir(path));
+    ASSERT_TRUE(QFile::copy(samplePath("importedAddresses.plist"), path));
+    EXPECT_EQ(LocalAddressStore::endiciaPlistURL(data), path);
+    EXPECT_EQ(LocalAddressStore::importEndicia(path).size(), 7);
+}
+
+} // namespace parcelory::test

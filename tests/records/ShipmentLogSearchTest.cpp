@@ -1,0 +1,211 @@
+#include "records/LogFile.h"
+
+#include "core/Task.h"
+#include "records/ShipmentLogIndex.h"
+
+#include <random>
+
+namespace parcelory::test {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// A log that is large enough to be searched in memory. Every tenth row is for Ana.
+struct LargeLog : LogFile {
+    LargeLog()
+    {
+        const ShipmentLog log(QDir(folder.path()));
+        run("WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 12000) INSERT INTO shipments"
+            " (created_at, recipient) SELECT i / 3, iif(i % 10, 'Ben ', 'Ana ') || i FROM n");
+    }
+};
+
+/// An index as ShipmentLog holds it, on a connection of its own.
+struct Indexed {
+    Database db;
+    std::mutex lock;
+    ShipmentLogIndex index;
+
+    explicit Indexed(const LogFile &file) : db(file.path()), index(db, file.path(), lock) {}
+    bool isCurrent()
+    {
+        const std::lock_guard turn(lock);
+        return index.isCurrent();
+    }
+    bool isCurrentAfterReading()
+    {
+        isCurrent();
+        workPool().waitForDone();
+        return isCurrent();
+    }
+    /// Adds a row of texts that may be anything but valid.
+    void insert(double createdAt, const std::array<std::optional<QByteArray>, 4> &texts)
+    {
+        const std::lock_guard turn(lock);
+        Statement row(db, "INSERT INTO shipments (created_at, recipient, tracking, description, reference) VALUES"
+                          " (?, CAST(? AS TEXT), CAST(? AS TEXT), CAST(? AS TEXT), CAST(? AS TEXT))");
+        row.bind(1, createdAt);
+        for (int text = 0; text < 4; ++text)
+            row.bind(text + 2, texts[text]);
+        EXPECT_TRUE(row.execute());
+        index.follow(db.lastInsertedId());
+    }
+};
+
+/// What makes LIKE hard: letters of both cases, characters of one to four bytes, broken ones, zero bytes, wildcards.
+class Chance {
+public:
+    QByteArray text(int most)
+    {
+        static const QList<QByteArray> pieces = {"a",
+                                                 "A",
+                                                 "b",
+                                                 "Z",
+                                                 "[",
+                                                 "1",
+                                                 "%",
+                                                 "_",
+                                                 "\u00E9",
+                                                 "\u00C9",
+                                                 "\U0001FA99",
+                                                 "%",
+                                                 "_",
+                                                 "a",
+                                                 "\xA0",
+                                                 "\xC3",
+                                                 "\uFFFD",
+                                                 "\uFFFF",
+                                                 "\xED\xA0\x80",
+                                                 "\xF9\x81\x82\x83\x84\x85",
+                                                 "\xC1\xA1",
+                                                 "%",
+                                                 "_",
+                                                 "b",
+                                                 "\u00A0"};
+        QByteArray text;
+        for (int left = upTo(most); left > 0; --left)
+            text += upTo(80) ? pieces[upTo(int(pieces.size()) - 1)] : QByteArray(1, '\0');
+        return text;
+    }
+    std::optional<QByteArray> textOrNull() { return upTo(3) ? std::optional(text(9)) : std::nullopt; }
+    int upTo(int most) { return std::uniform_int_distribution(0, most)(m_numbers); }
+
+private:
+    std::mt19937 m_numbers{20261120};
+};
+
+QList<qint64> plainlyFound(const Database &db, const QByteArray &pattern, int limit)
+{
+    Statement query(db, "SELECT id FROM shipments WHERE recipient LIKE ?1 OR tracking LIKE ?1 OR description LIKE ?1"
+                        " OR reference LIKE ?1 ORDER BY created_at DESC LIMIT " +
+                            QByteArray::number(limit));
+    query.bind(1, QString::fromUtf8(pattern));
+    QList<qint64> ids;
+    while (query.step())
+        ids += query.integer(0);
+    return ids;
+}
+
+} // namespace
+
+TEST(ShipmentLogIndex, FindsTheRowsThatLikeFindsInTheirOrder)
+{
+    const LogFile file;
+    const ShipmentLog log(QDir(file.folder.path()));
+    Indexed indexed(file);
+    Chance chance;
+    const auto addRows = [&](int count) {
+        for (int row = 0; row < count; ++row)
+            indexed.insert(chance.upTo(400),
+                           {chance.textOrNull(), chance.textOrNull(), chance.textOrNull(), chance.textOrNull()});
+    };
+    ASSERT_TRUE(indexed.db.exec("BEGIN"));
+    addRows(10000);
+    ASSERT_TRUE(indexed.db.exec("COMMIT"));
+    ASSERT_TRUE(indexed.isCurrentAfterReading());
+    addRows(40); // these are followed
+    ASSERT_TRUE(indexed.isCurrent());
+    int someFound = 0;
+    for (int round = 0; round < 300; ++round) {
+        // As the log asks: through a text, which holds no broken characters.
+        const QByteArray pattern = QString::fromUtf8('%' + chance.text(7) + '%').toUtf8();
+        const int limit = round % 3 ? 1000 : 20;
+        const std::vector<qint64> found = indexed.index.find(pattern, limit, {});
+        const QList<qint64> expected = plainlyFound(indexed.db, pattern, limit);
+        ASSERT_EQ(QList<qint64>(found.begin(), found.end()), expected) << pattern.toPercentEncoding().toStdString();
+        someFound += !expected.isEmpty() && expected.size() < limit;
+    }
+    EXPECT_GT(someFound, 50) << "most patterns find nothing or everything";
+}
+
+TEST(ShipmentLogIndex, AnswersOnlyWhileItKnowsEveryRow)
+{
+    const struct {
+        const char *what, *change;
+        bool byThisConnection, isCurrentAtOnce, isCurrentAfterReading;
+    } rows[] = {
+        {"nothing", "", false, true, true},
+        {"a status", "UPDATE shipments SET status = 'REFUNDED' WHERE id = 7", true, true, true},
+        {"several rows", "UPDATE shipments SET recipient = 'Zoe' WHERE id < 5", true, false, true},
+        {"another's row", "INSERT INTO shipments (created_at) VALUES (1)", false, false, true},
+        {"another's text", "UPDATE shipments SET recipient = 'Zoe' WHERE id = 5", false, false, true},
+        {"most rows gone", "DELETE FROM shipments WHERE id > 100", false, false, false},
+        {"bytes for a text", "UPDATE shipments SET recipient = x'41' WHERE id = 5", false, false, false},
+        {"a word for a time", "UPDATE shipments SET created_at = 'today' WHERE id = 5", false, false, false},
+    };
+    for (const auto &row : rows) {
+        const LargeLog file;
+        Indexed indexed(file);
+        ASSERT_TRUE(indexed.isCurrentAfterReading());
+        if (row.byThisConnection)
+            EXPECT_TRUE(indexed.db.exec(row.change));
+        else
+            file.run(row.change);
+        indexed.index.follow();
+        EXPECT_EQ(indexed.isCurrent(), row.isCurrentAtOnce) << row.what;
+        workPool().waitForDone();
+        EXPECT_EQ(indexed.isCurrent(), row.isCurrentAfterReading) << row.what;
+    }
+}
+
+TEST(ShipmentLog, SearchesALargeLogThatChangesMeanwhile)
+{
+    const LargeLog file;
+    ShipmentLog log(QDir(file.folder.path()));
+    const auto found = [&log](const QString &search) {
+        EXPECT_TRUE(log.reload(search));
+        return shown(log);
+    };
+    workPool().waitForDone();
+    EXPECT_EQ(found(u"ANA 1200"_s), (QStringList{u"Ana 12000"_s, u"Ana 1200"_s}));
+    EXPECT_TRUE(log.insert(shipmentTo(u"Ana 1200 B"_s), false) && log.setStatus(1200, u"REFUNDED"_s));
+    const QStringList all = {u"Ana 1200 B"_s, u"Ana 12000"_s, u"Ana 1200"_s};
+    EXPECT_EQ(found(u"ANA 1200"_s), all);
+    file.run("UPDATE shipments SET recipient = 'Ana 1200 C' WHERE id = 7; DELETE FROM shipments WHERE id = 1200");
+    const QStringList changed = {u"Ana 1200 B"_s, u"Ana 12000"_s, u"Ana 1200 C"_s};
+    EXPECT_EQ(found(u"ANA 1200"_s), changed); // not known yet, so the database is asked
+    workPool().waitForDone();
+    EXPECT_EQ(found(u"ANA 1200"_s), changed);
+    EXPECT_EQ(found(QString(60000, u'%')), QStringList()); // more than LIKE takes
+}
+
+TEST(ShipmentLog, HandsOverNothingThatIsNotWantedAnyMore)
+{
+    const LargeLog file;
+    for (const bool isIndexed : {false, true}) {
+        ShipmentLog log(QDir(file.folder.path()));
+        if (isIndexed)
+            workPool().waitForDone();
+        log.reload(u"Ana 1200"_s);
+        const QStringList before = shown(log);
+        int questions = 0;
+        EXPECT_FALSE(log.reload(u"B%x"_s, ShipmentLog::listLimit, [&questions] { return ++questions < 1; }));
+        EXPECT_LE(questions, 2) << "the first answer counts";
+        EXPECT_EQ(shown(log), before);
+        EXPECT_EQ(log.shownSearch(), u"Ana 1200"_s);
+        EXPECT_TRUE(log.insert(shipmentTo(u"Zoe"_s))) << "only the search was interrupted";
+        EXPECT_EQ(shown(log).first(), u"Zoe"_s);
+    }
+}
+
+} // namespace parcelory::test
