@@ -16,6 +16,8 @@ QString personKey(const QString &name, const QString &street1, const QString &zi
 
 AddressBook::AddressBook(AppState &app) : m_app(app)
 {
+    connect(&app, &AppState::recipientToKeep, this,
+            [this](const ShippoAddress &recipient) { spawn([=, this] { return keep(recipient, true); }); });
     spawn([this] { return reload(); });
 }
 

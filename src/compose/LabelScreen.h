@@ -83,6 +83,7 @@ public:
     QProperty<bool> printInvoiceWithRates{true}; ///< the commercial invoice prints with the label
     QProperty<QString> descriptionText;          ///< for the local log only
     QProperty<QString> reference;                ///< for the local log only
+    QProperty<bool> keepRecipient{true};         ///< the address book takes whoever a label was bought for
 
     // What the screen found out.
     QProperty<QString> validationStatus; ///< the line under the recipient
@@ -177,6 +178,7 @@ private:
         ShippoAddress to;
         int edits;       ///< m_edits at that moment
         quint64 weighed; ///< whatever has been on the scale by then counts as sold
+        bool keepRecipient;
         SoldDraft draft;
         CommercialInvoice::Data_ invoice;
         ShipmentRecord record;

@@ -46,6 +46,7 @@ LabelScreen::Purchase LabelScreen::preparePurchase(const ShippoRate &rate) const
                       .to = m_app.draftTo,
                       .edits = m_edits,
                       .weighed = m_app.scale.generation(),
+                      .keepRecipient = keepRecipient,
                       .draft = {weightLb, weightOz, insuranceValue, reference, descriptionText, customs},
                       .invoice = {},
                       .record = {}};
@@ -152,6 +153,8 @@ Task<> LabelScreen::finishPurchase(Purchase purchase, ShippoTransaction transact
             outcome += papers.done ? u' ' + papers.note : papers.note;
         papersDone = papers.done;
     }
+    if (purchase.keepRecipient)
+        emit m_app.recipientToKeep(purchase.to);
     const bool logged = co_await logPurchase(record);
     m_purchaseComplete = label.done && papersDone && logged;
     if (!logged)

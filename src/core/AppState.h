@@ -112,6 +112,8 @@ public:
 signals:
     /// Any observable field, or the mailing log, has changed.
     void changed();
+    /// A label was bought for somebody whom the address book shall know.
+    void recipientToKeep(const ShippoAddress &recipient);
     /// An invoice has filled the label, and the clerk has read what it says.
     void invoiceTaken();
 
