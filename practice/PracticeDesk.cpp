@@ -26,6 +26,7 @@ Deployment practiceDeployment(const PracticeCarrier &carrier, const PracticeBack
     Deployment deployment = Deployment::builtIn();
     deployment.carrierApi = carrier.baseUrl();
     deployment.backOffice = backOffice.baseUrl();
+    deployment.updateFeed = carrier.baseUrl().resolved(QUrl(u"app/parcelory-latest.json"_s)).toString();
     return deployment;
 }
 
@@ -45,6 +46,7 @@ PracticeDesk::PracticeDesk(const QString &folder, Prompts &prompts, Keyboard &ke
                  .hid = m_scale,
                  .keyboard = keyboard,
                  .web = m_web,
+                 .application = m_application,
                  .dataFolder = m_folder,
                  .deployment = practiceDeployment(m_carrier, m_backOffice),
                  .practice = true}

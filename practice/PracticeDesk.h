@@ -2,6 +2,7 @@
 
 #include "core/Platform.h"
 #include "practice/MemorySecrets.h"
+#include "practice/PracticeApplication.h"
 #include "practice/PracticePrinter.h"
 #include "practice/PracticeScale.h"
 #include "practice/backoffice/PracticeBackOffice.h"
@@ -45,6 +46,7 @@ private:
     PracticeDesktop m_desktop;
     PracticeScale m_scale{m_clock};
     WebEngineSession m_web;
+    PracticeApplication m_application;
     Platform m_platform;
 };
 

@@ -52,6 +52,34 @@ constexpr Sample samples[] = {
      u"9405511899560417230155", 9.85, 14.2, u"Proof set", u"48209"},
 };
 
+PostalContact practiceContact(const ShippoAddress &who)
+{
+    return {.name = who.name,
+            .company = who.company,
+            .street1 = who.street1,
+            .street2 = who.street2,
+            .city = who.city,
+            .state = who.state,
+            .zip = who.zip,
+            .country = who.country,
+            .phone = who.phone,
+            .email = who.email};
+}
+
+/// Name, company, street, unit, city, state, ZIP and country.
+constexpr const char16_t *customers[][8] = {
+    {u"Amélie Dufresne", u"Dufresne Frères", u"410 Rue Saint-Paul", u"", u"Montréal", u"QC", u"H2Y 1H2", u"CA"},
+    {u"Hollis Bergstrom", u"", u"12 Cedar St", u"", u"Salem", u"OR", u"97301", u"US"},
+    {u"Kenji Yamada", u"", u"1-9-1 Marunouchi", u"", u"Tokyo", u"", u"100-0005", u"JP"},
+    {u"Lucille Fairbanks", u"", u"61 Orchard Rd", u"", u"Keene", u"NH", u"03431", u"US"},
+    {u"Marco Bianchi", u"", u"Via Roma 22", u"", u"Milano", u"", u"20121", u"IT"},
+    {u"Marisol Vega", u"Vega Hermanos", u"2904 Convent Ave", u"", u"Laredo", u"TX", u"78040", u"US"},
+    {u"Paul Zielinski", u"", u"7 Harbor Ct", u"", u"Duluth", u"MN", u"55802", u"US"},
+    {u"Ruth Abernathy", u"", u"88 Quarry Ln", u"", u"Bend", u"OR", u"97702", u"US"},
+    {u"Silas Okonkwo", u"", u"1550 Poplar Ave", u"", u"Memphis", u"TN", u"38104", u"US"},
+    {u"Theodore Eng", u"", u"2217 W Alder St", u"Apt 9", u"Tacoma", u"WA", u"98405", u"US"},
+};
+
 } // namespace
 
 ShippoAddress practiceRecipient()
@@ -114,6 +142,25 @@ void addPracticeShipments(ShipmentLog &log)
             return;
         when = when.addSecs(4 * 3600 + 47 * 60);
     }
+}
+
+void addPracticeAddresses(LocalAddressStore &book)
+{
+    if (!book.rows().isEmpty())
+        return;
+    QList<PostalContact> contacts = {practiceContact(practiceRecipient()), practiceContact(practiceRecipientAbroad())};
+    for (const auto &[name, company, street1, street2, city, state, zip, country] : customers) {
+        const auto text = [](const char16_t *sample) { return QString::fromUtf16(sample); };
+        contacts.append({.name = text(name),
+                         .company = text(company),
+                         .street1 = text(street1),
+                         .street2 = text(street2),
+                         .city = text(city),
+                         .state = text(state),
+                         .zip = text(zip),
+                         .country = text(country)});
+    }
+    book.merge(contacts);
 }
 
 void addPracticeProfiles(AppState &app)

@@ -5,6 +5,7 @@
 namespace parcelory {
 
 class AppState;
+class LocalAddressStore;
 class ShipmentLog;
 
 // People and parcels of the practice desk, for pictures and first steps.
@@ -15,6 +16,8 @@ ShippoAddress practiceRecipientAbroad();
 
 /// Fills the mailing log with two weeks of a small desk.
 void addPracticeShipments(ShipmentLog &log);
+/// Writes down whom a small desk ships to, when its address book is empty.
+void addPracticeAddresses(LocalAddressStore &book);
 /// Two more return addresses and three boxes.
 void addPracticeProfiles(AppState &app);
 

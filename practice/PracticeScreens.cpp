@@ -8,8 +8,10 @@
 #include "shell/ui/label/LabelView.h"
 #include "shell/ui/log/MailingLogView.h"
 #include "shell/ui/settings/SettingsView.h"
+#include "shell/ui/sidebar/AddressBookView.h"
 #include "shell/ui/theme/Theme.h"
 
+#include <QAbstractButton>
 #include <QApplication>
 #include <QComboBox>
 #include <QDialog>
@@ -51,6 +53,8 @@ private:
     Task<> saveDark(QString name);
     void saveWindow(const QString &title, const QString &name);
     Task<> drawSignIn();
+    Task<> drawAddressBook();
+    Task<> drawAddressSheet();
     Task<> drawInvoice();
     Task<> drawComposing();
     Task<> drawDialogs();
@@ -149,6 +153,43 @@ Task<> Gallery::drawSignIn()
         throw AppError(*app().loginError.value());
 }
 
+Task<> Gallery::drawAddressBook()
+{
+    AddressBook &book = m_program.screens().addressBook;
+    AddressBookView &view = m_program.window().labelView().addressBook();
+    co_await save(u"address-book-empty"_s);
+    addPracticeAddresses(app().addressBook);
+    co_await book.reload();
+    view.pane().selection = book.contacts()[1].id;
+    co_await save(u"address-book"_s);
+    co_await saveDark(u"address-book"_s);
+    co_await drawAddressSheet();
+    const PostalContact last = book.contacts().last();
+    co_await book.remove(last);
+    co_await save(u"address-book-deleted"_s);
+    co_await book.undoRemove();
+    view.pane().query = u"nobody of this name"_s;
+    co_await save(u"address-book-nothing-found"_s);
+    view.pane().query = QString();
+    book.importing = true; // as an import of many addresses shows it
+    book.status = u"Parsing vCard… 41000"_s;
+    co_await clock().sleep(1400ms);
+    co_await save(u"address-book-import"_s);
+    book.importing = false;
+    co_await book.reload();
+    m_program.window().openWindow(u"addressbook"_s);
+    co_await clock().sleep(60ms);
+    saveWindow(u"Address Book"_s, u"window-address-book"_s);
+}
+
+Task<> Gallery::drawAddressSheet()
+{
+    m_program.window().labelView().addressBook().editSelected();
+    co_await until([] { return QApplication::activeModalWidget(); });
+    co_await save(u"dialog-edit-address"_s);
+    static_cast<QDialog *>(QApplication::activeModalWidget())->reject();
+}
+
 Task<> Gallery::drawInvoice()
 {
     label().mailpiece = PresetMailpiece{u"uline-s-5148"_s};
@@ -162,6 +203,10 @@ Task<> Gallery::drawInvoice()
     co_await save(u"new-label-invoice"_s);
     label().clearDraft();
     label().mailpiece = BuiltinMailpiece::package;
+    for (QAbstractButton *button : m_program.window().findChildren<QAbstractButton *>()) {
+        if (button->text() == u"Endicia Mode")
+            button->click();
+    }
 }
 
 Task<> Gallery::drawComposing()
@@ -316,6 +361,7 @@ Task<> Gallery::drawPractice()
     co_await drawSignIn();
     m_desk.scale().put(17.3);
     co_await until([this] { return app().scale.reading() && !m_program.screens().keys.statusText.value().isEmpty(); });
+    co_await drawAddressBook();
     co_await drawInvoice();
     co_await drawComposing();
     co_await drawDialogs();

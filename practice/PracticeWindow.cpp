@@ -2,6 +2,7 @@
 
 #include "practice/PracticeDesk.h"
 #include "practice/PracticeMenu.h"
+#include "practice/PracticeSamples.h"
 #include "shell/ui/Program.h"
 #include "shell/ui/WindowKeyboard.h"
 
@@ -16,6 +17,10 @@ int runPracticeWindow(const QString &folder)
     WindowPrompts prompts;
     WindowKeyboard keyboard;
     PracticeDesk desk(folder, prompts, keyboard);
+    { // before the program reads it
+        LocalAddressStore book(desk.platform().dataFolder);
+        addPracticeAddresses(book);
+    }
     Program program(desk.platform(), prompts, PracticeDesk::signInNote());
     addPracticeMenu(program.window().menuBar(), desk);
     program.window().show();

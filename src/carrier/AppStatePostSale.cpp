@@ -27,6 +27,8 @@ Task<> AppState::createScanForm(ShippoAddress from)
     if (scanFormBusy)
         co_return;
     scanFormBusy = true;
+    const std::tuple asked(m_signIns, keyChanges.value());
+    const auto isStale = [this, asked] { return asked != std::tuple(m_signIns, keyChanges.value()); };
     const auto done = qScopeGuard([this] { scanFormBusy = false; });
     auto tokenRead = onPool([this] { return keys.activeToken().value_or(QString()); });
     const QString token = co_await tokenRead;
@@ -34,6 +36,8 @@ Task<> AppState::createScanForm(ShippoAddress from)
     auto counting =
         onPool([this, testKey, today = platform.clock.now().date()] { return log.labelCount(today, testKey); });
     const qsizetype labels = co_await counting;
+    if (isStale()) // whoever is here now has not asked, or asked with another key
+        co_return;
     if (labels == 0) {
         scanFormBusy = false;
         co_await sayNothingToManifest(testKey);
@@ -42,6 +46,11 @@ Task<> AppState::createScanForm(ShippoAddress from)
     scanFormStatus = u"Creating SCAN form for today's labels…"_s;
     try {
         const QByteArray form = co_await scanForm(from);
+        if (isStale()) {
+            scanFormPDF = form; // it was made and is made only once: it opens with the next press of the button
+            scanFormStatus = readyText(labels);
+            co_return;
+        }
         scanFormPDF = form;
         scanFormStatus = readyText(labels);
         scanFormOpenTick = scanFormOpenTick + 1;

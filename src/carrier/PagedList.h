@@ -5,30 +5,46 @@
 #include "core/IsoDate.h"
 #include "core/Task.h"
 
+#include <functional>
+#include <memory>
+
 namespace parcelory {
 
 /// A listing never reads more pages than this, whatever the carrier's links say.
 constexpr int maxPages = 40;
+
+/// How far a listing is; shared by whoever shows it and whatever reads for it.
+struct Listing {
+    std::function<void()> onPage; ///< called on the main thread for every page that was read
+    bool isCut = false;           ///< older records were left out, because a listing never reads more pages
+    bool isGivenUp = false;       ///< nobody waits for it any more
+};
 
 /// Reads a list page by page until a page reaches back before `cutoff`, is empty, or is the last one. The carrier
 /// answers newest first, so everything beyond such a page is older still; the page itself is kept whole.
 /// `fetch(path)` gives a page's bytes as a Task; `created(record)` gives its time stamp, or nothing.
 /// A failed page ends the listing with its error.
 template <class T, class Fetch, class Created>
-Task<QList<T>> pagedList(Fetch fetch, QString path, QDateTime cutoff, Created created)
+Task<QList<T>> pagedList(Fetch fetch, QString path, QDateTime cutoff, Created created,
+                         std::shared_ptr<Listing> state = {})
 {
     QList<T> all;
     for (int pages = 1;; ++pages) {
         const QByteArray answer = co_await fetch(path);
         const auto page = decodeAnswer<ShippoList<T>>(answer);
         all += page.results;
-        if (page.results.isEmpty() || page.next.value_or(QString()).isEmpty() || pages == maxPages)
+        if (page.results.isEmpty() || page.next.value_or(QString()).isEmpty())
             co_return all;
         for (const T &record : page.results) {
             const std::optional<QString> text = created(record);
             const std::optional<QDateTime> time = text ? parseIso(*text) : std::nullopt;
             if (time && *time < cutoff)
                 co_return all;
+        }
+        if (pages == maxPages) {
+            if (state)
+                state->isCut = true;
+            co_return all;
         }
         path = *page.next;
     }

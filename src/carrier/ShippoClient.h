@@ -9,9 +9,11 @@
 #include "core/Platform.h"
 #include "core/Task.h"
 
-#include <functional>
+#include <memory>
 
 namespace parcelory {
+
+struct Listing;
 
 /// The one door to the carrier API. Without state of its own but the address, so any number of calls may run at once.
 /// Failures arrive as ShippoError, as DecodeError (an answer that is not what was asked for) or, when no answer came,
@@ -45,15 +47,13 @@ public:
     Task<QList<ShippoCarrierAccount>> carrierAccounts();
     /// The SCAN form of the day's labels. Throws ShippoError when it fails or is still not there after the last poll.
     Task<ShippoManifest> createManifest(QString carrierAccount, ShippoAddress from, QDateTime date);
-    /// Called on the main thread for every page that a listing has read.
-    using PageCount = std::function<void()>;
     /// The account's labels of these days, both included, newest first.
-    Task<QList<MasterEntry>> masterLog(QDate from, QDate to, PageCount progress = {});
+    Task<QList<MasterEntry>> masterLog(QDate from, QDate to, std::shared_ptr<Listing> listing = {});
 
 private:
     /// The body of a 2xx answer. `path`: relative to the API, or an absolute address. `body`: sent as JSON when given.
     Task<QByteArray> request(QString path, QByteArray method = "GET", QByteArray body = {});
-    Task<QByteArray> countedPage(QString path, PageCount progress);
+    Task<QByteArray> countedPage(QString path, std::shared_ptr<Listing> listing);
 
     HttpTransport &m_http;
     Clock &m_clock;

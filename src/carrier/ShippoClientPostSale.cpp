@@ -3,6 +3,8 @@
 #include "carrier/PagedList.h"
 #include "core/IsoDate.h"
 
+#include <QScopeGuard>
+
 namespace parcelory {
 using namespace Qt::StringLiterals;
 
@@ -69,22 +71,26 @@ Task<ShippoManifest> ShippoClient::createManifest(QString carrierAccount, Shippo
                            manifest.status.value_or(u"unknown"_s) + u"). Try again in a minute."_s);
 }
 
-Task<QByteArray> ShippoClient::countedPage(QString path, PageCount progress)
+Task<QByteArray> ShippoClient::countedPage(QString path, std::shared_ptr<Listing> listing)
 {
+    if (listing->isGivenUp)
+        throw ShippoError::api(u"The listing was given up."_s);
     QByteArray page = co_await request(path);
-    if (progress)
-        progress();
+    if (listing->onPage && !listing->isGivenUp)
+        listing->onPage();
     co_return page;
 }
 
-Task<QList<MasterEntry>> ShippoClient::masterLog(QDate from, QDate to, PageCount progress)
+Task<QList<MasterEntry>> ShippoClient::masterLog(QDate from, QDate to, std::shared_ptr<Listing> listing)
 {
+    const auto state = listing ? listing : std::make_shared<Listing>();
+    const auto giveUp = qScopeGuard([state] { state->isGivenUp = true; }); // when one fails, the other reads for nobody
     const QDateTime start = from.startOfDay(), end = to.addDays(1).startOfDay();
-    const auto fetch = [this, progress](const QString &path) { return countedPage(path, progress); };
+    const auto fetch = [this, state](const QString &path) { return countedPage(path, state); };
     const auto created = [](const auto &record) { return record.objectCreated; };
     // Both at once; each alone takes as long as the other.
-    auto bought = pagedList<ShippoTransaction>(fetch, u"transactions?results=100"_s, start, created);
-    auto rated = pagedList<ShippoShipmentListed>(fetch, u"shipments?results=100"_s, start, created);
+    auto bought = pagedList<ShippoTransaction>(fetch, u"transactions?results=100"_s, start, created, state);
+    auto rated = pagedList<ShippoShipmentListed>(fetch, u"shipments?results=100"_s, start, created, state);
     const QList<ShippoTransaction> transactions = co_await bought;
     const QList<ShippoShipmentListed> shipments = co_await rated;
     co_return masterEntries(transactions, shipments, start, end);

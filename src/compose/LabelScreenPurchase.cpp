@@ -271,15 +271,21 @@ void LabelScreen::copyLastTracking()
 
 Task<bool> LabelScreen::logPurchase(ShipmentRecord record)
 {
-    auto writing = onPool([this, record] { return m_app.log.insert(record); });
-    const bool stored = co_await writing;
-    if (!stored) {
+    struct Outcome {
+        bool stored;
+        QString reason;
+    };
+    auto writing = onPool([&log = m_app.log, record] {
+        const bool stored = log.insert(record);
+        return Outcome{stored, stored ? QString() : log.lastError()};
+    });
+    const Outcome outcome = co_await writing;
+    if (!outcome.stored) {
         const AppError error(u"Bought but not logged: %1, %2, tracking %3, transaction %4, label %5 (%6)"_s.arg(
-            record.recipient, record.service, record.tracking, record.transactionID, record.labelURL,
-            m_app.log.lastError()));
+            record.recipient, record.service, record.tracking, record.transactionID, record.labelURL, outcome.reason));
         m_app.errors.record(u"Mailing Log"_s, error, Popup::yes);
     }
-    co_return stored;
+    co_return outcome.stored;
 }
 
 } // namespace parcelory

@@ -58,11 +58,12 @@ const char *ByteSearch::next(const char *from)
         lookAt(from);
     else if (from > m_at)
         m_found &= ~Mask(0) << (from - m_at);
+    const bool isCompared = m_bytes.size() <= 3; // first, middle and last are all there is
     while (!m_isAtTail) {
         while (m_found) {
             const char *place = m_at + std::countr_zero(m_found);
             m_found &= m_found - 1;
-            if (isHere(place))
+            if (isCompared || isHere(place))
                 return place;
         }
         lookAt(m_at + maskSize);

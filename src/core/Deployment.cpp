@@ -23,6 +23,21 @@ void requireSecure(const QUrl &url, const QString &key)
                        "\"%2\"."_s.arg(key, url.toString()));
 }
 
+void requireHost(const QString &host, const QString &key)
+{
+    const QUrl url(u"https://"_s + host, QUrl::StrictMode);
+    if (!url.isValid() || url.host().isEmpty() || url.authority() != url.toString().sliced(8))
+        throw AppError(u"The deployment value \"%1\" must be the name of a host — it is \"%2\"."_s.arg(key, host));
+}
+
+/// A mistyped key would otherwise turn down every update without telling why.
+void requireKey(const std::optional<QString> &key)
+{
+    constexpr int bytesOfAKey = 32;
+    if (key && QByteArray::fromBase64(key->toLatin1(), QByteArray::AbortOnBase64DecodingErrors).size() != bytesOfAKey)
+        throw AppError(u"The deployment value \"updatePublicKey\" must be an Ed25519 key: 32 bytes in base64."_s);
+}
+
 } // namespace
 
 Deployment Deployment::builtIn()
@@ -44,6 +59,9 @@ Deployment Deployment::parse(const QByteArray &json)
     }
     requireSecure(deployment.carrierApi, u"carrierApi"_s);
     requireSecure(deployment.backOffice, u"backOffice"_s);
+    requireHost(deployment.updateFeedHost, u"updateFeedHost"_s);
+    requireKey(deployment.updatePublicKey);
+    deployment.updateFeed = u"https://"_s + deployment.updateFeedHost + u"/app/parcelory-latest.json"_s;
     return deployment;
 }
 

@@ -18,6 +18,7 @@ struct Deployment {
     QUrl backOffice;       ///< https
     QString shortLinkHost; ///< host of the invoice QR codes
     QString updateFeedHost;
+    std::optional<QString> updatePublicKey; ///< Ed25519, base64; none: updates need no signature
     QString supportTelephone;
     QString officeLabel; ///< name of the sender profile made on the first run
     ShippoAddress returnAddress;
@@ -27,6 +28,8 @@ struct Deployment {
     QString fallbackEmail;                  ///< sender's e-mail where a profile has none
     QString fallbackPhone;
     QList<StoreName> storeNames; ///< applied in this order
+
+    QString updateFeed; ///< address of the update feed; no value of the file, it follows from updateFeedHost
 
     /// The values compiled into this build.
     static Deployment builtIn();
@@ -40,6 +43,7 @@ struct Deployment {
                           field("backOffice", &D::backOffice),
                           field("shortLinkHost", &D::shortLinkHost),
                           field("updateFeedHost", &D::updateFeedHost),
+                          field("updatePublicKey", &D::updatePublicKey),
                           field("supportTelephone", &D::supportTelephone),
                           field("officeLabel", &D::officeLabel),
                           field("returnAddress", &D::returnAddress),

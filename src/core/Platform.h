@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/Deployment.h"
+#include "core/ports/Application.h"
 #include "core/ports/Clock.h"
 #include "core/ports/ContactsSource.h"
 #include "core/ports/Desktop.h"
@@ -32,6 +33,7 @@ struct Platform {
     HidSource &hid;
     Keyboard &keyboard;
     WebSession &web;
+    Application &application;
 
     QDir dataFolder; ///< the folder "Parcelory" of the user's application support; may not exist yet
     Deployment deployment;

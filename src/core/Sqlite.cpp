@@ -82,6 +82,11 @@ void Statement::bind(int parameter, const QString &text)
     sqlite3_bind_text(m_statement, parameter, utf8.constData(), int(utf8.size()), SQLITE_TRANSIENT);
 }
 
+void Statement::bindInPlace(int parameter, QByteArrayView utf8)
+{
+    sqlite3_bind_text(m_statement, parameter, utf8.data(), int(utf8.size()), SQLITE_STATIC);
+}
+
 void Statement::bind(int parameter, double value)
 {
     sqlite3_bind_double(m_statement, parameter, value);

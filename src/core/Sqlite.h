@@ -82,6 +82,8 @@ public:
     bool isPrepared() const { return m_statement; }
 
     void bind(int parameter, const QString &text);
+    /// Not copied, for imports: the bytes must stay as they are until the statement was executed.
+    void bindInPlace(int parameter, QByteArrayView utf8);
     void bind(int parameter, double value);
     void bind(int parameter, qint64 value);
     void bind(int parameter, bool value) { bind(parameter, qint64(value)); }

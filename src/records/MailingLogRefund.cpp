@@ -37,7 +37,7 @@ QString statusAfter(const QString &answer)
 bool MailingLogScreen::isRefundable(const ShipmentRecord &record)
 {
     const RefundState state = refundState(record.status);
-    return !record.transactionID.isEmpty() && (state == RefundState::none || state == RefundState::failed);
+    return !record.transactionID.isEmpty() && state != RefundState::granted;
 }
 
 Task<> MailingLogScreen::refund(ShipmentRecord record)
@@ -46,10 +46,25 @@ Task<> MailingLogScreen::refund(ShipmentRecord record)
         co_return;
     busy = true;
     const auto done = qScopeGuard([this] { busy = false; });
+    message = QString();
+    // The program may have ended between the mark and the request: only the carrier knows whether it was asked.
+    const bool pending = refundState(record.status) == RefundState::pending;
+    if (pending) {
+        const bool asked = co_await carrierWasAsked(record);
+        if (asked)
+            co_return;
+    }
     const int answer = co_await m_app.platform.prompts.choose(confirmation(record));
     if (answer != 1)
         co_return;
-    message = QString();
+    auto looking = onPool([&log = m_app.log, id = record.id] { return log.status(id); });
+    const std::optional<QString> now = co_await looking;
+    if (now != record.status) { // another program on this log, or the carrier, was quicker
+        auto reloading = onPool([&log = m_app.log, asked = search.value()] { log.reload(asked); });
+        co_await reloading;
+        message = u"The shipment's status has changed meanwhile. No refund was requested."_s;
+        co_return;
+    }
     // Marked first, so that the list tells the truth if the program quits before the answer.
     const bool marked = co_await storeStatus(record.id, u"REFUND_PENDING"_s);
     if (!marked) {
@@ -57,6 +72,29 @@ Task<> MailingLogScreen::refund(ShipmentRecord record)
         co_return;
     }
     co_await requestRefund(record);
+}
+
+/// False when the carrier knows of no refund of this label; otherwise, and when it cannot be asked, the message says
+/// how things are.
+Task<bool> MailingLogScreen::carrierWasAsked(ShipmentRecord record)
+{
+    QString status;
+    try {
+        const ShippoTransaction transaction = co_await m_app.shippo.transaction(record.transactionID);
+        status = transaction.status;
+    } catch (const AppError &error) {
+        message = error.description();
+        co_return true;
+    }
+    if (status == u"SUCCESS")
+        co_return false;
+    const bool decided = status == u"REFUNDED" || status == u"REFUNDREJECTED";
+    if (decided)
+        co_await storeStatus(record.id, status == u"REFUNDED" ? u"REFUNDED"_s : u"REFUND_ERROR"_s);
+    message = status == u"REFUNDED"         ? u"Refunded."_s
+              : status == u"REFUNDREJECTED" ? u"The carrier has refused the refund of this label."_s
+                                            : u"The carrier already has this refund"_s + approval;
+    co_return true;
 }
 
 Task<> MailingLogScreen::requestRefund(ShipmentRecord record)

@@ -18,6 +18,9 @@ MailingLogScreen::MailingLogScreen(AppState &app)
       }))
 {
     connect(&app.log, &ShipmentLog::recordsChanged, this, &MailingLogScreen::takeRecords);
+    connect(&app.log, &ShipmentLog::readingFailed, this, [this](const QString &reason) {
+        message = u"The mailing log could not be read — %1. The list shows what it did before."_s.arg(reason);
+    });
 }
 
 /// A label bought meanwhile brings the newest rows whatever was searched for; then the search is repeated.
@@ -42,9 +45,13 @@ Task<> MailingLogScreen::catchUp()
     do {
         asked = search.value();
         auto reloading = onPool([this, asked, number = m_searches.load()] {
-            m_app.log.reload(asked, ShipmentLog::listLimit, [this, number] { return m_searches == number; });
+            return m_app.log.reload(asked, ShipmentLog::listLimit, [this, number] { return m_searches == number; });
         });
-        co_await reloading;
+        const bool read = co_await reloading;
+        if (!read && asked == search.value()) { // the next change of search or log tries again
+            m_reloading = false;
+            co_return;
+        }
     } while (asked != search.value());
     m_reloading = false;
     // The rows are handed over by an event that may still wait; so may those of a label bought meanwhile.
@@ -161,6 +168,8 @@ Task<bool> MailingLogScreen::storeStatus(qint64 id, QString status)
 
 void MailingLogScreen::copyTracking(ShipmentRecord record)
 {
+    if (record.tracking.isEmpty())
+        return; // what is on the clipboard is worth more
     m_app.platform.desktop.copyText(record.tracking);
     message = u"Copied tracking "_s + record.tracking;
 }

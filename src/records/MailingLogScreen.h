@@ -38,9 +38,10 @@ public:
     Task<> trackOnline(ShipmentRecord record);
     /// Asks the carrier where the parcel is.
     Task<> checkStatus(ShipmentRecord record);
-    /// A label whose refund was not asked for yet, or was refused.
+    /// A label that was bought through the carrier's account and is not refunded.
     static bool isRefundable(const ShipmentRecord &record);
-    /// Gives the label back for its money, once the clerk has agreed.
+    /// Gives the label back for its money, once the clerk has agreed. Of a refund that is pending already, the carrier
+    /// is asked first whether it knows.
     Task<> refund(ShipmentRecord record);
     /// Writes the whole log to a file of the clerk's choice; cancel() leaves the file as it was.
     Task<> exportCSV();
@@ -57,6 +58,7 @@ private:
     void takeRecords();
     Task<bool> storeStatus(qint64 id, QString status);
     Task<> requestRefund(ShipmentRecord record);
+    Task<bool> carrierWasAsked(ShipmentRecord record);
     ShipmentLog::Progress followProgress();
     Task<> catchUp();
 

@@ -1,5 +1,6 @@
 #include "records/MasterLogScreen.h"
 
+#include "carrier/PagedList.h"
 #include "core/Text.h"
 #include "records/SaveFile.h"
 #include "records/TrackPage.h"
@@ -19,6 +20,19 @@ namespace {
 bool counts(const MasterEntry &entry)
 {
     return entry.status.toUpper() == u"SUCCESS";
+}
+
+/// What the totals do not tell; empty when they tell everything.
+QString gapsIn(const QList<MasterEntry> &entries, bool isCut)
+{
+    const auto unknown =
+        std::ranges::count_if(entries, [](const MasterEntry &entry) { return counts(entry) && entry.amount == 0; });
+    QStringList gaps;
+    if (isCut)
+        gaps += u"Only the newest records of the account could be read; older labels may be missing."_s;
+    if (unknown > 0)
+        gaps += u"The postage of %1 of these labels is not known and counts as $0.00."_s.arg(unknown);
+    return gaps.join(u' ');
 }
 
 QString quotedRow(QStringList fields)
@@ -64,12 +78,15 @@ Task<> MasterLogScreen::load()
     const auto done = qScopeGuard([this] { busy = false; });
     const std::tuple asked(from.value(), to.value(), m_app.keyChanges.value());
     try {
-        const QList<MasterEntry> found = co_await m_app.shippo.masterLog(from, to, [this] { pages = pages + 1; });
+        const auto listing = std::make_shared<Listing>();
+        listing->onPage = [this] { pages = pages + 1; };
+        const QList<MasterEntry> found = co_await m_app.shippo.masterLog(from, to, listing);
         if (asked != std::tuple(from.value(), to.value(), m_app.keyChanges.value()))
             co_return; // these are not the days, or not the account, that the screen names by now
         selected = std::nullopt;
         entries = found;
         loaded = true;
+        message = gapsIn(found, listing->isCut);
     } catch (const AppError &error) {
         message = error.description();
         m_app.errors.record(u"Master Log"_s, error, Popup::no);
@@ -122,7 +139,7 @@ Task<> MasterLogScreen::exportCSV()
     if (path.isEmpty())
         co_return;
     try {
-        auto writing = onPool([path, rows] { saveText(path, masterLogCSV(rows)); });
+        auto writing = onPool([path, rows] { saveBytes(path, masterLogCSV(rows).toUtf8()); });
         co_await writing;
         message = u"Exported %1 rows to "_s.arg(rows.size()) + QFileInfo(path).fileName();
     } catch (const AppError &error) {
@@ -133,6 +150,8 @@ Task<> MasterLogScreen::exportCSV()
 
 void MasterLogScreen::copyTracking(const MasterEntry &entry)
 {
+    if (entry.tracking.isEmpty())
+        return;
     m_app.platform.desktop.copyText(entry.tracking);
     message = u"Copied tracking "_s + entry.tracking;
 }

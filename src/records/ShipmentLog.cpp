@@ -65,12 +65,17 @@ void ShipmentLog::migrate()
 bool ShipmentLog::reload(const QString &search, int limit, const StillWanted &wanted)
 {
     const std::lock_guard reloading(m_reloading);
-    QList<ShipmentRecord> loaded = rows(search, limit, wanted);
+    std::optional<QList<ShipmentRecord>> found = rows(search, limit, wanted);
     if (wanted && !wanted())
         return false;
+    if (!found) {
+        QMetaObject::invokeMethod(
+            this, [this, reason = m_db.lastError()] { emit readingFailed(reason); }, Qt::QueuedConnection);
+        return false;
+    }
     QMetaObject::invokeMethod(
         this,
-        [this, search, loaded = std::move(loaded)] {
+        [this, search, loaded = *std::move(found)] {
             m_records = loaded;
             m_shownSearch = search;
             emit recordsChanged();
@@ -79,25 +84,30 @@ bool ShipmentLog::reload(const QString &search, int limit, const StillWanted &wa
     return true;
 }
 
-QList<ShipmentRecord> ShipmentLog::rows(const QString &search, int limit, const StillWanted &wanted)
+std::optional<QList<ShipmentRecord>> ShipmentLog::rows(const QString &search, int limit, const StillWanted &wanted)
 {
     const std::lock_guard turn(m_connection);
     const Snapshot snapshot(m_db);
     const Interruption interruption(m_db, wanted);
     const QString pattern = u'%' + search + u'%';
     const QByteArray utf8 = pattern.toUtf8();
-    const bool isIndexed = m_index.isCurrent() && utf8.size() <= longestPattern;
+    if (utf8.size() > longestPattern)
+        return QList<ShipmentRecord>(); // more than LIKE takes
+    const bool isIndexed = m_index.isCurrent();
     const QByteArray select = ShipmentLogRows::select;
     if (search.isEmpty()) {
         Statement newest(m_db, select + newestFirst + QByteArray::number(limit));
-        return ShipmentLogRows::recordsOf(newest);
+        return ShipmentLogRows::allOf(newest);
     }
     if (isIndexed) {
         QList<ShipmentRecord> found;
         Statement row(m_db, select + " WHERE id = ?");
         for (const qint64 id : m_index.find(utf8, limit, wanted)) {
             row.bind(1, id);
-            found += ShipmentLogRows::recordsOf(row);
+            const auto one = ShipmentLogRows::allOf(row);
+            if (!one)
+                return std::nullopt;
+            found += *one;
             row.reset();
         }
         return found;
@@ -107,7 +117,7 @@ QList<ShipmentRecord> ShipmentLog::rows(const QString &search, int limit, const 
                   newestFirst + QByteArray::number(limit));
     if (query.isPrepared())
         query.bind(1, pattern);
-    return ShipmentLogRows::recordsOf(query);
+    return ShipmentLogRows::allOf(query);
 }
 
 /// The caller holds both locks.
@@ -167,6 +177,16 @@ bool ShipmentLog::update(const QByteArray &sql, const Value &value, qint64 id)
     const bool stored = write(statement);
     m_index.follow();
     return stored;
+}
+
+std::optional<QString> ShipmentLog::status(qint64 id) const
+{
+    const std::lock_guard turn(m_connection);
+    Statement query(m_db, "SELECT status FROM shipments WHERE id = ?");
+    if (!query.isPrepared())
+        return std::nullopt;
+    query.bind(1, id);
+    return query.step() ? std::optional(query.text(0)) : std::nullopt;
 }
 
 qsizetype ShipmentLog::labelCount(QDate day, bool testMode) const

@@ -40,6 +40,8 @@ public:
     [[nodiscard]] bool insert(const ShipmentRecord &record, bool reloadAfter = true);
     [[nodiscard]] bool setStatus(qint64 id, const QString &status);
     [[nodiscard]] bool storeCustomsPDF(qint64 id, const QByteArray &document);
+    /// A row's status as it is now; nothing when the row is gone or cannot be read.
+    std::optional<QString> status(qint64 id) const;
     /// How many labels of a day, in the machine's time zone, were bought with test keys, or with live ones.
     qsizetype labelCount(QDate day, bool testMode) const;
     /// Shipments since then whose refund the carrier has not decided, newest first.
@@ -66,10 +68,13 @@ public:
 
 signals:
     void recordsChanged();
+    /// The rows could not be read, because another program holds the log or its file is damaged: records() is as
+    /// before.
+    void readingFailed(const QString &reason);
 
 private:
     void migrate();
-    QList<ShipmentRecord> rows(const QString &search, int limit, const StillWanted &wanted);
+    std::optional<QList<ShipmentRecord>> rows(const QString &search, int limit, const StillWanted &wanted);
     bool write(Statement &statement);
     template <class Value>
     bool update(const QByteArray &sql, const Value &value, qint64 id);

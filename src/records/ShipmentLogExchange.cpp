@@ -98,7 +98,12 @@ std::optional<std::vector<qint64>> oldestFirst(const QString &path)
 
 QByteArray readFile(const QString &path)
 {
+    constexpr qint64 largest = 1024 * 1024 * 1024;
     QFile file(path);
+    if (QFileInfo(path).exists() && !QFileInfo(path).isFile())
+        throw AppError(u"That is no file."_s); // a pipe or a device may never end
+    if (file.size() > largest)
+        throw AppError(u"The file is larger than 1 GB. Export the log in parts."_s);
     if (!file.open(QIODevice::ReadOnly))
         throw AppError(u"The file could not be opened — "_s + file.errorString() + u'.');
     QByteArray bytes = file.readAll();
@@ -124,19 +129,21 @@ int appendLines(const QString &path, const QByteArray &text, const ShipmentLog::
     db.exec("PRAGMA cache_spill = OFF"); // a spilled page would lock readers out until the end
     require(db.exec("BEGIN IMMEDIATE"));
     int count = 0;
+    qint64 lines = 0;
     {
         Statement insert(db, ShipmentLogRows::insert);
         EndiciaDates dates;
         QByteArrayView rest = text;
         while (!rest.isEmpty()) {
+            if (++lines % portion == 0 && progress && !progress(text.size() - rest.size(), text.size()))
+                return 0;
             const std::optional<ShipmentRecord> record = EndiciaFormat::parse(EndiciaFormat::takeLine(rest), dates);
             if (!record)
                 continue;
             require(insert.isPrepared());
             ShipmentLogRows::bind(insert, *record);
             require(insert.execute());
-            if (++count % portion == 0 && progress && !progress(text.size() - rest.size(), text.size()))
-                return 0;
+            ++count;
         }
     }
     if (progress && !progress(text.size(), text.size()))

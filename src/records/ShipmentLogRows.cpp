@@ -16,29 +16,36 @@ const char *const insert = "INSERT INTO shipments (created_at, carrier, service,
 
 namespace {
 
+/// A text for the list. An imported one may have any length, and nobody reads, let alone draws, megabytes of it.
+QString brief(const QString &text)
+{
+    constexpr qsizetype longest = 1000;
+    return text.size() <= longest ? text : text.left(longest) + u'…';
+}
+
 ShipmentRecord recordOf(const Statement &row)
 {
     ShipmentRecord record{.id = row.integer(0), .createdAt = QDateTime::fromMSecsSinceEpoch(msecsOf(row.real(1)))};
-    record.carrier = row.text(2);
-    record.service = row.text(3);
+    record.carrier = brief(row.text(2));
+    record.service = brief(row.text(3));
     record.postage = row.real(4);
-    record.recipient = row.text(5);
-    record.services = row.text(6);
-    record.tracking = row.text(7);
+    record.recipient = brief(row.text(5));
+    record.services = brief(row.text(6));
+    record.tracking = brief(row.text(7));
     record.trackingURL = row.text(8);
-    record.weight = row.text(9);
+    record.weight = brief(row.text(9));
     record.weightOz = row.real(10);
-    record.descriptionText = row.text(11);
-    record.reference = row.text(12);
+    record.descriptionText = brief(row.text(11));
+    record.reference = brief(row.text(12));
     record.transactionID = row.text(13);
     record.labelURL = row.text(14);
-    record.status = row.text(15);
+    record.status = brief(row.text(15));
     record.testMode = row.integer(16) != 0;
-    record.zip11 = row.text(17);
-    record.declaredValue = row.text(18);
-    record.groupCode = row.text(19);
-    record.email = row.text(20);
-    record.balance = row.text(21);
+    record.zip11 = brief(row.text(17));
+    record.declaredValue = brief(row.text(18));
+    record.groupCode = brief(row.text(19));
+    record.email = brief(row.text(20));
+    record.balance = brief(row.text(21));
     record.isIntl = row.integer(22) != 0;
     record.customsDocURL = row.text(23);
     record.hasCustomsPDF = row.integer(24) != 0;
@@ -53,6 +60,12 @@ QList<ShipmentRecord> recordsOf(Statement &query)
     while (query.step())
         records.append(recordOf(query));
     return records;
+}
+
+std::optional<QList<ShipmentRecord>> allOf(Statement &query)
+{
+    QList<ShipmentRecord> records = recordsOf(query);
+    return query.isComplete() ? std::optional(std::move(records)) : std::nullopt;
 }
 
 void bind(Statement &insert, const ShipmentRecord &record)

@@ -5,12 +5,16 @@
 
 #include <QList>
 
+#include <optional>
+
 namespace parcelory::ShipmentLogRows {
 
 /// The list's columns, without the documents; a WHERE or ORDER BY may follow.
 extern const char *const select;
 /// All that a query of these columns still finds.
 QList<ShipmentRecord> recordsOf(Statement &query);
+/// The same; nothing when they could not be read to the end.
+std::optional<QList<ShipmentRecord>> allOf(Statement &query);
 /// Of the value of created_at, in milliseconds.
 inline qint64 msecsOf(double createdAt)
 {

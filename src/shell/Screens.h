@@ -1,5 +1,6 @@
 #pragma once
 
+#include "addressbook/AddressBook.h"
 #include "backoffice/SignInScreen.h"
 #include "compose/LabelScreen.h"
 #include "core/AppState.h"
@@ -13,11 +14,13 @@ namespace parcelory {
 /// The screen models of the program's one window; they live as long as AppState, so that a draft survives every
 /// change of tab and sign-in.
 struct Screens {
-    explicit Screens(AppState &app) : signIn(app), label(app), mailingLog(app), masterLog(app), settings(app), keys(app)
+    explicit Screens(AppState &app)
+        : signIn(app), addressBook(app), label(app), mailingLog(app), masterLog(app), settings(app), keys(app)
     {
     }
 
     SignInScreen signIn;
+    AddressBook addressBook;
     LabelScreen label;
     MailingLogScreen mailingLog;
     MasterLogScreen masterLog;

@@ -18,7 +18,9 @@ inline const Setting<bool> desklineRemember{u"deskline.remember"_s, false}; ///<
 inline const Setting<QString> signInName{u"parcelory.email"_s, {}};         ///< as last typed
 
 inline const Setting<bool> showAddressSidebar{u"ui.showAddressSidebar"_s, true};
+inline const Setting<QString> addressBookMode{u"addressbook.mode"_s, u"endicia"_s}; ///< or "deskline"
 inline const Setting<QByteArray> windowGeometry{u"ui.windowGeometry"_s, {}};
+inline const Setting<QByteArray> addressBookGeometry{u"ui.addressBookGeometry"_s, {}};
 
 inline const Setting<QStringList> shippoKeyNames{u"shippo.keyNames"_s, {}}; ///< in the order they were added
 inline const Setting<QString> shippoActiveKeyName{u"shippo.activeKeyName"_s, {}};

@@ -22,9 +22,10 @@ protected:
 
     void finish()
     {
-        workPool().waitForDone();
-        for (int turn = 0; turn < 4; ++turn)
+        for (int turn = 0; turn < 6; ++turn) { // each step of a chain may start the next one
+            workPool().waitForDone();
             settle();
+        }
     }
     std::vector<QString> shown() const
     {

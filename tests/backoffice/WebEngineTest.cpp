@@ -90,6 +90,7 @@ protected:
                    .hid = hid,
                    .keyboard = keyboard,
                    .web = engine,
+                   .application = application,
                    .dataFolder = platform.dataFolder,
                    .deployment = platform.deployment};
     std::unique_ptr<ErrorLog> errors;

@@ -1,3 +1,4 @@
+#include "carrier/PagedList.h"
 #include "carrier/ShippoClient.h"
 
 #include "support/CarrierDesk.h"
@@ -88,8 +89,10 @@ TEST_F(PostSaleTest, ListsTheLabelsOfTheDaysAskedForNewestFirst)
     const QDateTime noon(desk.clock.now().date().addDays(-1), QTime(12, 0));
     desk.carrier.seedHistory(250, noon, 20min);
     int pages = 0;
+    const auto listing = std::make_shared<Listing>();
+    listing->onPage = [&] { ++pages; };
     const QDate day = noon.date();
-    const QList<MasterEntry> entries = run(client.masterLog(day, day, [&] { ++pages; }));
+    const QList<MasterEntry> entries = run(client.masterLog(day, day, listing));
     EXPECT_EQ(entries.size(), 37); // every 20 minutes from midnight to noon
     EXPECT_EQ(pages, 2) << "one page of each listing reaches back before the day";
     EXPECT_EQ(entries.first().recipient, u"Harriet Ashcombe"_s);

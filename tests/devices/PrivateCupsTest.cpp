@@ -82,6 +82,7 @@ protected:
                   .hid = world.hid,
                   .keyboard = world.keyboard,
                   .web = world.web,
+                  .application = world.application,
                   .dataFolder = QDir(world.folder.path()),
                   .deployment = world.platform.deployment};
     LabelPrinter printer{real};

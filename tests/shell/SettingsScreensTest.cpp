@@ -48,8 +48,8 @@ struct LockableSecrets : MemorySecrets {
 
 struct KeysScreenTest : testing::Test, FakePlatform {
     LockableSecrets ring;
-    Platform world{http, clock,    ring, preferences,         prompts, desktop, processes,
-                   hid,  keyboard, web,  platform.dataFolder, {}};
+    Platform world{http,     clock, ring,        preferences,         prompts, desktop, processes, hid,
+                   keyboard, web,   application, platform.dataFolder, {}};
     ErrorLog errors{world};
     AppState app{world};
     KeysScreen screen{app};

@@ -40,6 +40,7 @@ FakePlatform::FakePlatform()
                .hid = hid,
                .keyboard = keyboard,
                .web = web,
+               .application = application,
                .dataFolder = QDir(folder.path()),
                .deployment = Deployment::builtIn()}
 {

@@ -118,6 +118,28 @@ public:
     Listener listener;
 };
 
+/// An installed program that notes what it was asked to start, and that it was asked to end.
+class FakeApplication : public Application {
+public:
+    QString version() const override { return installedVersion; }
+    QString installedPath() const override { return installed; }
+    qint64 processId() const override { return pid; }
+    void startDetached(const QString &program, const QStringList &arguments) override
+    {
+        if (fails)
+            throw AppError(QStringLiteral("no shell"));
+        started.append(QStringList(program) + arguments);
+    }
+    void quit() override { ends.append(QStringLiteral("asked")); }
+    void endNow() override { ends.append(QStringLiteral("at once")); }
+    QString installedVersion = QStringLiteral("1.9");
+    QString installed;
+    qint64 pid = 4711;
+    bool fails = false;
+    QList<QStringList> started;
+    QStringList ends;
+};
+
 /// A world for a test: real loopback HTTP, everything else in memory, a data folder of its own.
 struct FakePlatform {
     FakePlatform();
@@ -133,6 +155,7 @@ struct FakePlatform {
     FakeHid hid;
     SilentKeyboard keyboard;
     FakeWebSession web;
+    FakeApplication application;
     Platform platform;
 
     QString path(const QString &name) const { return folder.filePath(name); }

@@ -36,6 +36,7 @@ struct WindowDesk : CarrierDesk {
                 .hid = hid,
                 .keyboard = windowKeyboard,
                 .web = web,
+                .application = application,
                 .dataFolder = platform.dataFolder,
                 .deployment = platform.deployment,
                 .practice = practice}
@@ -56,7 +57,9 @@ struct WindowDesk : CarrierDesk {
     }
     ~WindowDesk()
     {
-        workPool().waitForDone(); // what nobody waited for comes back to the screens
+        // What nobody waited for comes back to the screens.
+        runUntil([this] { return !program->screens().masterLog.busy; }, &clock);
+        workPool().waitForDone();
         settleAll();
     }
 

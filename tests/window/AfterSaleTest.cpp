@@ -7,6 +7,10 @@
 
 // The logs and the SCAN form, driven as a clerk drives them.
 
+#if __has_feature(address_sanitizer)
+#include <sanitizer/lsan_interface.h>
+#endif
+
 namespace parcelory::test {
 namespace {
 using namespace Qt::StringLiterals;
@@ -109,6 +113,16 @@ TEST(AfterSale, EveryColumnIsSortedAsWhatItHolds)
     EXPECT_EQ(order(next), order(table));
 }
 
+/// While one lives, leaks are forgiven: the toolkit's document view keeps a gesture to the end of the program.
+struct ToolkitLeaks {
+#if __has_feature(address_sanitizer)
+    ToolkitLeaks() { __lsan_disable(); }
+    ~ToolkitLeaks() { __lsan_enable(); }
+#else
+    ToolkitLeaks() {}
+#endif
+};
+
 TEST(AfterSale, AScanFormWithoutLabelsSaysSoAndOneWithLabelsOpens)
 {
     AfterSaleDesk desk;
@@ -119,6 +133,7 @@ TEST(AfterSale, AScanFormWithoutLabelsSaysSoAndOneWithLabelsOpens)
     desk.waitFor(desk.app().scanFormBusy);
     EXPECT_TRUE(desk.named(u"No labels printed today — nothing to manifest."_s));
     desk.buyLabel();
+    const ToolkitLeaks forgiven;
     desk.click(desk.button(u"SCAN Form"_s));
     const auto opened = [] {
         return QGuiApplication::focusWindow() && QGuiApplication::focusWindow()->title() == u"SCAN Form";

@@ -36,6 +36,8 @@ TEST(LabelFocus, TabWalksTheFormInTheOrderInWhichItIsRead)
                                   u"Phone"_s,
                                   u"Email"_s,
                                   u"Validate"_s,
+                                  u"Keep this recipient in Parcelory's address book"_s,
+                                  u"Save to Address Book"_s,
                                   u"Carrier: FedEx"_s,
                                   u"Mailpiece"_s,
                                   u"Weight, pounds"_s,

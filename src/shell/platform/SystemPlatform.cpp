@@ -22,6 +22,7 @@ SystemPlatform::SystemPlatform(Prompts &prompts, Keyboard &keyboard)
                  .hid = m_hid,
                  .keyboard = keyboard,
                  .web = m_web,
+                 .application = m_application,
                  .dataFolder = applicationSupportFolder(),
                  .deployment = Deployment::builtIn()}
 {

@@ -5,6 +5,7 @@
 #include "shell/platform/Keychain.h"
 #include "shell/platform/NetworkTransport.h"
 #include "shell/platform/SettingsPreferences.h"
+#include "shell/platform/SystemApplication.h"
 #include "shell/platform/SystemClock.h"
 #include "shell/platform/SystemDesktop.h"
 #include "shell/platform/SystemProcesses.h"
@@ -28,6 +29,7 @@ private:
     SystemDesktop m_desktop{m_processes};
     HidScales m_hid;
     WebEngineSession m_web;
+    SystemApplication m_application;
     Platform m_platform;
 };
 

@@ -10,6 +10,7 @@
 #include "shell/ui/log/MasterLogView.h"
 #include "shell/ui/log/ScanFormWindow.h"
 #include "shell/ui/settings/SettingsView.h"
+#include "shell/ui/sidebar/AddressBookWindow.h"
 #include "shell/ui/signin/SignInView.h"
 
 #include <QApplication>
@@ -42,7 +43,7 @@ QWidget *MainWindow::makeMain()
 {
     m_hatch = new ModeHatch;
     m_tabs = new QStackedWidget;
-    m_label = new LabelView(m_app, m_screens.label, m_screens.keys, m_screens.settings);
+    m_label = new LabelView(m_app, m_screens.label, m_screens.addressBook, m_screens.keys, m_screens.settings);
     m_mailingLog = new MailingLogView(m_app, m_screens.mailingLog);
     m_masterLog = new MasterLogView(m_app, m_screens.masterLog, m_screens.keys);
     m_settings = new SettingsView(m_app, m_screens.settings, m_screens.keys);
@@ -106,11 +107,29 @@ void MainWindow::showTab(MainTab tab)
 
 QWidget *MainWindow::makeWindow(const QString &identifier)
 {
+    if (identifier == u"addressbook")
+        return makeAddressBook();
     if (identifier == u"errorlog")
         return new ErrorLogWindow(m_app.errors, m_app.platform.desktop);
     if (identifier == u"scanform")
         return new ScanFormWindow(m_app);
     return nullptr;
+}
+
+/// The label that is filled from there is seen.
+QWidget *MainWindow::makeAddressBook()
+{
+    auto *window = new AddressBookWindow(m_app, m_screens.addressBook);
+    connect(window, &AddressBookWindow::filled, this, [this] { bringToFront(this); });
+    return window;
+}
+
+void MainWindow::bringToFront(QWidget *window)
+{
+    window->setWindowState(window->windowState() & ~Qt::WindowMinimized);
+    window->show();
+    window->raise();
+    window->activateWindow();
 }
 
 void MainWindow::openWindow(const QString &identifier)
@@ -121,9 +140,7 @@ void MainWindow::openWindow(const QString &identifier)
     if (!window)
         return;
     window->setAttribute(Qt::WA_DeleteOnClose);
-    window->show();
-    window->raise();
-    window->activateWindow();
+    bringToFront(window);
 }
 
 void MainWindow::closeEvent(QCloseEvent *event)

@@ -34,7 +34,7 @@ public:
 
     /// Shows a tab at once, for what is to happen in it.
     void showTab(MainTab tab);
-    /// Opens a secondary window, or brings it to the front. Known: "errorlog", "scanform".
+    /// Opens a secondary window, or brings it to the front. Known: "addressbook", "errorlog", "scanform".
     void openWindow(const QString &identifier);
 
 protected:
@@ -44,6 +44,8 @@ protected:
 private:
     QWidget *makeMain();
     QWidget *makeWindow(const QString &identifier);
+    QWidget *makeAddressBook();
+    void bringToFront(QWidget *window);
     void refresh();
     void finishClosing();
     void restoreLayout();

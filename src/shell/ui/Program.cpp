@@ -1,5 +1,6 @@
 #include "shell/ui/Program.h"
 
+#include "shell/ui/UpdatePrompt.h"
 #include "shell/ui/theme/Icons.h"
 #include "shell/ui/theme/Theme.h"
 
@@ -16,13 +17,20 @@ void Program::makeLook()
 }
 
 Program::Program(Platform &platform, WindowPrompts &prompts, const QString &signInNote)
-    : m_errors(platform), m_app(platform), m_screens(m_app)
+    : m_errors(platform), m_app(platform), m_screens(m_app), m_updates(m_app)
 {
     QObject::connect(&m_appearance, &SystemAppearance::darkChanged, [](bool dark) { Theme::current().setDark(dark); });
     m_window = std::make_unique<MainWindow>(m_app, m_screens, signInNote);
+    addUpdates(*m_window, m_updates);
     prompts.attach(m_window.get(), platform.clock);
 }
 
-Program::~Program() = default;
+Program::~Program()
+{
+    m_window.reset();
+    m_screens.mailingLog.cancel();
+    m_screens.addressBook.cancelImport();
+    workPool().waitForDone(); // what still runs there speaks to the screens
+}
 
 } // namespace parcelory

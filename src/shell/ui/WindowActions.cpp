@@ -116,6 +116,7 @@ void Menus::addLabel()
     LabelView &view = m_window.labelView();
     add(menu, u"Clear Form"_s, Qt::CTRL | Qt::Key_N, here, [&view] { view.clear(); });
     add(menu, u"Recipient"_s, Qt::CTRL | Qt::Key_L, here, [&view] { view.focusRecipient(); });
+    add(menu, u"Search the Address Book"_s, Qt::CTRL | Qt::Key_F, here, [&view] { view.focusAddressSearch(); });
     add(
         menu, u"Invoice Number"_s, Qt::CTRL | Qt::Key_I, [this] { return app().flow == AppFlow::main; },
         [this] {
@@ -258,6 +259,9 @@ void Menus::addView()
 void Menus::addWindow()
 {
     QMenu *menu = m_window.menuBar()->addMenu(u"&Window"_s);
+    add(
+        menu, u"Address Book"_s, Qt::CTRL | Qt::SHIFT | Qt::Key_B, [this] { return app().flow == AppFlow::main; },
+        [this] { m_window.openWindow(u"addressbook"_s); });
     add(
         menu, u"Error Log"_s, Qt::CTRL | Qt::SHIFT | Qt::Key_L, [] { return true; },
         [this] { m_window.openWindow(u"errorlog"_s); });

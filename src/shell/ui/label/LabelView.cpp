@@ -32,11 +32,12 @@ constexpr DraftField allFields[] = {
 
 } // namespace
 
-LabelView::LabelView(AppState &app, LabelScreen &screen, KeysScreen &keys, SettingsScreen &settings, QWidget *parent)
+LabelView::LabelView(AppState &app, LabelScreen &screen, AddressBook &book, KeysScreen &keys, SettingsScreen &settings,
+                     QWidget *parent)
     : QWidget(parent), m_app(app), m_screen(screen), m_scroll(new QScrollArea),
-      m_recipient(new RecipientSection(app, screen)), m_package(new PackageSection(app, screen)),
+      m_recipient(new RecipientSection(app, book, screen)), m_package(new PackageSection(app, screen)),
       m_extras(new ExtrasSection(screen)), m_customs(new CustomsSection(app, screen)), m_customsRule(new Rule),
-      m_rates(new RatesPanel(app, screen, keys, settings)), m_sidebar(new Sidebar(app)),
+      m_rates(new RatesPanel(app, screen, keys, settings)), m_sidebar(new Sidebar(app, book)),
       m_message(new MessageLine(app, screen)),
       m_sidebarWanted(read(app.platform.preferences, settings::showAddressSidebar)), m_follower([this] { refresh(); })
 {
@@ -136,6 +137,17 @@ void LabelView::showSidebar(bool shown)
 void LabelView::toggleSidebar()
 {
     showSidebar(m_sidebar->isHidden());
+}
+
+void LabelView::focusAddressSearch()
+{
+    showSidebar(true);
+    m_sidebar->focusSearch();
+}
+
+AddressBookView &LabelView::addressBook()
+{
+    return m_sidebar->addressBook();
 }
 
 void LabelView::focusInvoiceNumber()
@@ -249,7 +261,7 @@ void LabelView::focusRegion(int step)
     };
     QList<Region> regions = {{m_scroll, [this] { focusRecipient(); }},
                              {m_rates, [this] { focusRates(); }},
-                             {m_sidebar, [this] { m_sidebar->focusInvoiceNumber(); }}};
+                             {m_sidebar, [this] { m_sidebar->focusContents(); }}};
     regions.removeIf([](const Region &region) { return region.area->isHidden(); });
     qsizetype at = 0; // outside all of them counts as the form
     for (qsizetype each = 0; each < regions.size(); ++each) {

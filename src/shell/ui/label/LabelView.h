@@ -12,6 +12,8 @@ class QScrollArea;
 
 namespace parcelory {
 
+class AddressBook;
+class AddressBookView;
 class CustomsSection;
 class ExtrasSection;
 class MessageLine;
@@ -26,15 +28,17 @@ class Sidebar;
 class LabelView : public QWidget {
     Q_OBJECT
 public:
-    LabelView(AppState &app, LabelScreen &screen, KeysScreen &keys, SettingsScreen &settings,
+    LabelView(AppState &app, LabelScreen &screen, AddressBook &book, KeysScreen &keys, SettingsScreen &settings,
               QWidget *parent = nullptr);
 
+    AddressBookView &addressBook();
     void validate();
     void getRates();
     void buy();
     void focusRecipient();
     void clear();
-    /// Shows the sidebar, if need be for this time only, and goes to its invoice number.
+    /// These show the sidebar, if need be for this time only, and go to its search or its invoice number.
+    void focusAddressSearch();
     void focusInvoiceNumber();
     /// Where there is room for the sidebar this is kept for the next start.
     void toggleSidebar();

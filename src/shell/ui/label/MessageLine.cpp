@@ -27,8 +27,9 @@ MessageLine::MessageLine(AppState &app, LabelScreen &screen, QWidget *parent)
     row->addSpacing(2);
     row->addWidget(m_sidebar);
     m_sidebar->setCheckable(true);
-    m_sidebar->describe(u"Show or hide the invoice sidebar"_s,
-                        QKeySequence(Qt::CTRL | Qt::Key_B).toString(QKeySequence::NativeText));
+    const QKeySequence windowKeys(Qt::CTRL | Qt::SHIFT | Qt::Key_B);
+    m_sidebar->describe(u"Show or hide the address book sidebar"_s,
+                        u"separate window: "_s + windowKeys.toString(QKeySequence::NativeText));
     m_text->setWordWrap(true);
     m_text->setTextInteractionFlags(Qt::TextSelectableByMouse); // a transaction number may have to be copied
     setMinimumHeight(Theme::current().scaled(42));

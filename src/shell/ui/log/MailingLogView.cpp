@@ -1,5 +1,6 @@
 #include "shell/ui/log/MailingLogView.h"
 
+#include "core/Text.h"
 #include "shell/SettingsKeys.h"
 #include "shell/ui/log/LogFoot.h"
 #include "shell/ui/log/ShipmentDetails.h"
@@ -126,8 +127,9 @@ void MailingLogView::refreshList()
     const bool empty = m_screen.records().isEmpty();
     m_list->setCurrentIndex(empty ? 1 : 0);
     m_empty->set(search.isEmpty() ? u"ui_invoice"_s : u"ui_search"_s,
-                 search.isEmpty() ? u"Every label that is bought at this desk will be listed here."_s
-                                  : u"No shipment matches “%1”."_s.arg(search));
+                 search.isEmpty()
+                     ? u"Every label that is bought at this desk will be listed here."_s
+                     : u"No shipment matches “%1”."_s.arg(breakable(firstCharacters(search.left(400), 60))));
     m_count->setText(m_screen.countText());
     refresh();
 }

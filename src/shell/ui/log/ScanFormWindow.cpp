@@ -35,8 +35,7 @@ Task<QString> save(AppState &app, QByteArray form)
     const QString path = co_await app.platform.prompts.saveFile(u"Save SCAN Form"_s, u"SCAN Form %1.pdf"_s.arg(today));
     if (path.isEmpty())
         co_return QString();
-    auto writing =
-        onPool([path, form] { saveFile(path, [&form](QIODevice &file) { return file.write(form) == form.size(); }); });
+    auto writing = onPool([path, form] { saveBytes(path, form); });
     co_await writing;
     co_return u"Saved to "_s + QFileInfo(path).fileName();
 }

@@ -1,5 +1,6 @@
 #include "shell/ui/parts/RowTable.h"
 
+#include "shell/ui/parts/TextLabel.h"
 #include "shell/ui/theme/Theme.h"
 
 #include <QHeaderView>
@@ -217,7 +218,7 @@ bool RowDelegate::helpEvent(QHelpEvent *event, QAbstractItemView *view, const QS
     initStyleOption(&cell, index);
     const bool cut = !(cell.features & QStyleOptionViewItem::WrapText) &&
                      cell.fontMetrics.horizontalAdvance(cell.text) > textPlace(cell.rect, index).width();
-    QToolTip::showText(event->globalPos(), cut ? cell.text : QString(), view);
+    QToolTip::showText(event->globalPos(), cut ? plainToolTip(cell.text) : QString(), view);
     return true;
 }
 

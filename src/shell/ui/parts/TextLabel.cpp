@@ -24,6 +24,11 @@ QString breakRuns(const QString &text, int widest, WidthOf widthOf)
 
 } // namespace
 
+QString plainToolTip(const QString &text)
+{
+    return QStringLiteral("<p>") + text.toHtmlEscaped() + QStringLiteral("</p>");
+}
+
 QString breakable(const QString &text)
 {
     constexpr int longestRun = 40; // characters
@@ -88,7 +93,7 @@ void ElidedLabel::elide()
 {
     const QString shown = fontMetrics().elidedText(m_full, Qt::ElideRight, width());
     setText(shown);
-    setToolTip(shown == m_full ? QString() : m_full);
+    setToolTip(shown == m_full ? QString() : plainToolTip(m_full));
 }
 
 } // namespace parcelory

@@ -20,6 +20,9 @@ private:
     Token m_ink;
 };
 
+/// A tooltip that shows the text as it is, whatever markup it may hold.
+QString plainToolTip(const QString &text);
+
 /// The text with places to break in runs that no line holds.
 QString breakable(const QString &text);
 /// The same for a narrow place of `widest` logical pixels: what fits there stays whole.

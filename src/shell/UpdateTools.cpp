@@ -1,0 +1,150 @@
+#include "shell/UpdateTools.h"
+
+#include "core/AppError.h"
+#include "core/Text.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QScopeGuard>
+#include <QUuid>
+
+#include <algorithm>
+#include <filesystem>
+
+static void loadResources()
+{
+    Q_INIT_RESOURCE(update); // a static library's resources are linked only when asked for
+}
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+namespace fs = std::filesystem;
+
+namespace {
+
+const QString curlTool = u"/usr/bin/curl"_s;
+const QString chmodTool = u"/bin/chmod"_s;
+const QString noApp = u"The update archive didn't contain an app."_s;
+
+#ifdef Q_OS_MACOS
+const QString programsInApp = u"Contents/MacOS"_s;
+#else
+const QString programsInApp = u"bin/parcelory"_s;
+#endif
+
+QString reason(const ProcessOutcome &outcome)
+{
+    return u"%1: %2"_s.arg(QString::number(outcome.status), QString::fromUtf8(outcome.err).trimmed());
+}
+
+/// The unpacked application. What could not run in the installed one's place is none: a link, an empty folder.
+QString appIn(const QString &folder)
+{
+    for (const QFileInfo &entry : QDir(folder).entryInfoList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name)) {
+        if (entry.suffix() == u"app" && !entry.isSymLink() &&
+            QFileInfo(entry.filePath() + u'/' + programsInApp).isExecutable())
+            return entry.filePath();
+    }
+    throw SystemError(0, noApp);
+}
+
+bool isInside(const fs::path &path, const fs::path &folder)
+{
+    return std::ranges::mismatch(folder, path).in1 == folder.end();
+}
+
+/// A link that leads out of the application would let an archive reach any file of the user's.
+void requireLinksInside(const QString &app)
+{
+    const fs::path root = fs::canonical(QFile::encodeName(app).toStdString());
+    for (const fs::directory_entry &entry : fs::recursive_directory_iterator(root)) {
+        if (!entry.is_symlink())
+            continue;
+        std::error_code dangling;
+        const fs::path target = fs::canonical(entry.path(), dangling);
+        if (dangling || fs::read_symlink(entry.path()).is_absolute() || !isInside(target, root))
+            throw AppError(u"The update archive holds a link that leads out of the app."_s);
+    }
+}
+
+} // namespace
+
+void UpdateTools::run(const QString &program, const QStringList &arguments, const QString &failure) const
+{
+    const ProcessOutcome outcome = m_processes.run(program, arguments);
+    if (outcome.status != 0)
+        throw SystemError(outcome.status, failure + reason(outcome));
+}
+
+void UpdateTools::curlDownload(const QString &url, const QString &file) const
+{
+    run(curlTool, {u"-fsSL"_s, u"--max-time"_s, u"120"_s, u"-o"_s, file, url}, u"curl "_s);
+}
+
+QByteArray UpdateTools::curlData(const QString &url) const
+{
+    const QString name = u"kxfeed-"_s + QUuid::createUuid().toString(QUuid::WithoutBraces) + u".json"_s;
+    QFile file(QDir::temp().filePath(name));
+    const auto removed = qScopeGuard([&file] { file.remove(); });
+    curlDownload(url, file.fileName());
+    if (!file.open(QIODevice::ReadOnly))
+        throw AppError(file.errorString());
+    return file.readAll();
+}
+
+std::optional<qint64> UpdateTools::contentLength(const QString &url) const
+{
+    const ProcessOutcome outcome = m_processes.run(curlTool, {u"-sIL"_s, u"--max-time"_s, u"20"_s, url});
+    const QString name = u"content-length:"_s;
+    std::optional<qint64> length;
+    for (const QString &line : QString::fromLatin1(outcome.out).split(u'\n')) {
+        if (!line.startsWith(name, Qt::CaseInsensitive))
+            continue;
+        bool isNumber = false;
+        const qint64 bytes = line.sliced(name.size()).trimmed().toLongLong(&isNumber);
+        length = isNumber ? std::optional(bytes) : std::nullopt;
+    }
+    return length;
+}
+
+void UpdateTools::unpack(const QString &archive, const QString &folder) const
+{
+#ifdef Q_OS_MACOS
+    run(u"/usr/bin/ditto"_s, {u"-x"_s, u"-k"_s, archive, folder}, u"The update archive is broken — ditto "_s);
+#else
+    run(u"/usr/bin/unzip"_s, {u"-q"_s, u"-o"_s, archive, u"-d"_s, folder}, u"The update archive is broken — unzip "_s);
+#endif
+    QFile::remove(archive);
+}
+
+QString UpdateTools::stage(const QString &archive, const QString &folder) const
+{
+    unpack(archive, folder);
+    const QString app = appIn(folder);
+    requireLinksInside(app);
+#ifdef Q_OS_MACOS
+    m_processes.run(u"/usr/bin/xattr"_s, {u"-dr"_s, u"com.apple.quarantine"_s, app}); // fails where there is none
+#endif
+    writeHelper(folder);
+    return app;
+}
+
+QString UpdateTools::helperIn(const QString &folder)
+{
+    return folder + u"/swap.sh"_s;
+}
+
+void UpdateTools::writeHelper(const QString &folder) const
+{
+    loadResources();
+    QFile script(u":/update/swap.sh"_s);
+    const QByteArray text = script.open(QIODevice::ReadOnly) ? script.readAll() : QByteArray();
+    // Only as a new file: the archive may have brought a link of this name.
+    QFile helper(helperIn(folder));
+    if (!helper.open(QIODevice::WriteOnly | QIODevice::NewOnly) || helper.write(text) != text.size() || !helper.flush())
+        throw AppError(u"The update helper could not be written — "_s + helper.errorString());
+    run(chmodTool, {u"+x"_s, helper.fileName()}, u"chmod "_s);
+}
+
+} // namespace parcelory

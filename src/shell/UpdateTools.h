@@ -1,0 +1,37 @@
+#pragma once
+
+#include "core/ports/ProcessRunner.h"
+
+#include <QByteArray>
+#include <QString>
+
+#include <optional>
+
+namespace parcelory {
+
+/// The steps of an update that child processes do. Each waits for its process: call them through onPool, with a copy.
+/// They throw AppError, or SystemError with the status that a process ended with.
+class UpdateTools {
+public:
+    explicit UpdateTools(ProcessRunner &processes) : m_processes(processes) {}
+
+    void curlDownload(const QString &url, const QString &file) const;
+    QByteArray curlData(const QString &url) const;
+    /// Bytes behind an address, after its redirects; nothing when the server does not tell.
+    std::optional<qint64> contentLength(const QString &url) const;
+
+    /// Unpacks an archive into `folder`, the archive's own, and puts the helper script beside it. Returns the
+    /// application that it held. The archive is gone afterwards.
+    QString stage(const QString &archive, const QString &folder) const;
+    /// Where stage() puts the script that swaps the applications once this one has ended.
+    static QString helperIn(const QString &folder);
+
+private:
+    void run(const QString &program, const QStringList &arguments, const QString &failure) const;
+    void unpack(const QString &archive, const QString &folder) const;
+    void writeHelper(const QString &folder) const;
+
+    ProcessRunner &m_processes;
+};
+
+} // namespace parcelory

@@ -1,0 +1,20 @@
+#pragma once
+
+#include "core/ports/Application.h"
+
+namespace parcelory {
+
+class SystemApplication : public Application {
+public:
+    /// The bundle whose programs are in `programFolder`; empty when that is no bundle's.
+    static QString bundleAround(const QString &programFolder);
+
+    QString version() const override;
+    QString installedPath() const override;
+    qint64 processId() const override;
+    void startDetached(const QString &program, const QStringList &arguments) override;
+    void quit() override;
+    void endNow() override;
+};
+
+} // namespace parcelory

@@ -1,0 +1,128 @@
+#include "shell/ui/UpdatePrompt.h"
+
+#include "shell/ui/MainWindow.h"
+#include "shell/ui/parts/ShareBar.h"
+#include "shell/ui/parts/Surface.h"
+
+#include <QAction>
+#include <QMenuBar>
+#include <QScrollArea>
+#include <QVBoxLayout>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int promptWidth = 500, notesHeight = 120;
+
+/// Opens the prompt, one at a time.
+class Updates : public QObject {
+public:
+    Updates(MainWindow &window, UpdateChecker &updates)
+        : QObject(&window), m_window(window), m_updates(updates), m_follower([this] { show(); })
+    {
+        m_follower.follow(updates.offers);
+    }
+
+private:
+    void show()
+    {
+        if (m_prompt || !m_updates.available.value())
+            return;
+        m_prompt = new UpdatePrompt(m_window.app().platform.clock, m_updates, m_window.screens().label, &m_window);
+        m_prompt->setAttribute(Qt::WA_DeleteOnClose);
+        m_prompt->open();
+    }
+
+    MainWindow &m_window;
+    UpdateChecker &m_updates;
+    QPointer<UpdatePrompt> m_prompt;
+    Follower m_follower;
+};
+
+} // namespace
+
+UpdatePrompt::UpdatePrompt(Clock &clock, UpdateChecker &updates, LabelScreen &label, QWidget *parent)
+    : Dialog(clock, u"Update Available"_s, u"parcelory_mark"_s, &Tokens::accent, promptWidth, parent),
+      m_updates(updates), m_label(label), m_text(new TextLabel),
+      m_status(new TextLabel({}, FontRole::caption, &Tokens::muted)), m_bar(new ShareBar(u"Download"_s, 0)),
+      m_follower([this] { refresh(); })
+{
+    m_text->setWordWrap(true);
+    m_status->setWordWrap(true);
+    auto *advice = new TextLabel;
+    advice->setTextFormat(Qt::RichText);
+    advice->setText(u"It is <b>HIGHLY RECOMMENDED</b> that you stay up to date."_s);
+    body()->addWidget(m_text);
+    body()->addWidget(makeNotes(updates.available.value()->notes));
+    body()->addWidget(advice);
+    body()->addWidget(m_status);
+    body()->addWidget(m_bar);
+    m_dismiss = addButton(u"Not Now"_s, Rejected, Button::Kind::standard);
+    m_next = addButton(u"Download"_s, Accepted, Button::Kind::solid);
+    m_follower.follow(updates.phase, updates.progress, updates.status, label.busy);
+    refresh();
+}
+
+QWidget *UpdatePrompt::makeNotes(const QString &notes)
+{
+    auto *text = new TextLabel(breakable(notes), FontRole::caption);
+    text->setWordWrap(true);
+    text->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    auto *card = Surface::card();
+    card->setFill(&Tokens::panel);
+    auto *rows = new QVBoxLayout(card);
+    rows->setContentsMargins(12, 10, 12, 10);
+    rows->addWidget(text);
+    const int most = Theme::current().scaled(notesHeight);
+    if (text->heightForWidth(Theme::current().scaled(promptWidth - 140)) <= most)
+        return card;
+    auto *area = new QScrollArea;
+    area->setWidgetResizable(true);
+    area->setFrameShape(QFrame::NoFrame);
+    area->setFixedHeight(most);
+    area->setWidget(card);
+    return area;
+}
+
+void UpdatePrompt::refresh()
+{
+    const QString version = m_updates.available.value() ? m_updates.available.value()->version : QString();
+    const UpdatePhase phase = m_updates.phase;
+    m_text->setText(phase == UpdatePhase::ready
+                        ? u"Parcelory "_s + version + u" downloaded — ready to install."_s
+                        : u"Parcelory "_s + version + u" is ready — you're on "_s + m_updates.installedVersion());
+    m_status->setText(phase == UpdatePhase::ready && m_label.busy ? u"The label under way is finished first."_s
+                                                                  : m_updates.status.value());
+    m_status->setVisible(!m_status->text().isEmpty());
+    m_bar->setVisible(phase == UpdatePhase::downloading);
+    m_bar->setShare(m_updates.progress.value().value_or(0));
+    m_dismiss->setText(phase == UpdatePhase::ready ? u"Later"_s : u"Not Now"_s);
+    m_next->setText(phase == UpdatePhase::ready ? u"Update && Restart"_s : u"Download"_s);
+    // The restart ends the process, and a purchase under way must not end with it.
+    m_next->setEnabled(phase == UpdatePhase::idle || (phase == UpdatePhase::ready && !m_label.busy));
+    if (isVisible())
+        setFixedHeight(layout()->totalHeightForWidth(QWidget::width()));
+}
+
+void UpdatePrompt::done(int result)
+{
+    if (result != Accepted)
+        Dialog::done(result);
+    else if (m_updates.phase == UpdatePhase::ready && !m_label.busy)
+        m_updates.relaunchNow();
+    else if (m_updates.phase == UpdatePhase::idle)
+        spawn([&updates = m_updates] { return updates.install(); });
+}
+
+void addUpdates(MainWindow &window, UpdateChecker &updates)
+{
+    new Updates(window, updates); // the window owns it
+    QAction *check = window.menuBar()->addMenu(u"&Help"_s)->addAction(u"Check for Updates…"_s);
+    check->setMenuRole(QAction::ApplicationSpecificRole);
+    QObject::connect(check, &QAction::triggered, &window,
+                     [&updates] { spawn([&updates] { return updates.checkNow(); }); });
+}
+
+} // namespace parcelory

@@ -1,0 +1,65 @@
+#include "shell/ui/sidebar/AddressEditSheet.h"
+
+#include "core/Text.h"
+#include "shell/ui/parts/FormSection.h"
+
+#include <QVBoxLayout>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+AddressEditSheet::AddressEditSheet(Clock &clock, Purpose purpose, const PostalContact &contact, QWidget *parent)
+    : Dialog(clock, purpose == Purpose::edit ? u"Edit Address"_s : u"New Address"_s, u"ui_contacts"_s,
+             &Tokens::accentText, 600, parent),
+      m_contact(contact)
+{
+    using C = PostalContact;
+    auto *rows = new QVBoxLayout;
+    rows->setSpacing(5);
+    const auto addRow = [rows](const QString &label) {
+        auto *row = new FormRow(label);
+        rows->addWidget(row);
+        return row;
+    };
+    Field *name = field(u"Name"_s, &C::name);
+    addRow(u"Name"_s)->add(name, 1);
+    addRow(u"Company"_s)->add(field(u"Company"_s, &C::company), 1);
+    addRow(u"Street"_s)
+        ->add(field(u"Street"_s, &C::street1), 5)
+        ->say(u"Apt / Suite"_s)
+        ->add(field(u"Apt / Suite"_s, &C::street2), 3);
+    addRow(u"City"_s)
+        ->add(field(u"City"_s, &C::city), 1)
+        ->say(u"State"_s)
+        ->add(field(u"State"_s, &C::state, 60))
+        ->say(u"ZIP"_s)
+        ->add(field(u"ZIP"_s, &C::zip, 92));
+    Field *country = field(u"Country"_s, &C::country, 160);
+    country->setPlaceholderText(u"US"_s);
+    addRow(u"Country"_s)->add(country)->say(u"Label (home/work)"_s)->add(field(u"Label (home/work)"_s, &C::label), 1);
+    addRow(u"Phone"_s)->add(field(u"Phone"_s, &C::phone, 160))->say(u"Email"_s)->add(field(u"Email"_s, &C::email), 1);
+    body()->addLayout(rows);
+    addButton(u"Cancel"_s, Rejected, Button::Kind::standard);
+    m_save = addButton(u"Save"_s, Accepted, Button::Kind::solid);
+    refresh();
+    name->setFocus();
+}
+
+Field *AddressEditSheet::field(const QString &name, QString PostalContact::*member, int width)
+{
+    auto *made = new Field(name, width);
+    made->setText(m_contact.*member);
+    made->setCursorPosition(0);
+    connect(made, &QLineEdit::textEdited, this, [this, member](const QString &typed) {
+        m_contact.*member = trimBlanks(typed);
+        refresh();
+    });
+    return made;
+}
+
+void AddressEditSheet::refresh()
+{
+    m_save->setEnabled(!(m_contact.name + m_contact.company + m_contact.street1).isEmpty());
+}
+
+} // namespace parcelory
