@@ -344,10 +344,10 @@ Task<> Gallery::drawSettings()
 {
     app().tab = MainTab::settings;
     using Page = SettingsView::Page;
-    const std::pair<Page, QString> pages[] = {{Page::senders, u"settings-senders"_s},
-                                              {Page::boxes, u"settings-custom-boxes"_s},
-                                              {Page::printers, u"settings-printers"_s},
-                                              {Page::keys, u"settings-api-keys"_s}};
+    const std::pair<Page, QString> pages[] = {
+        {Page::senders, u"settings-senders"_s},   {Page::boxes, u"settings-custom-boxes"_s},
+        {Page::printers, u"settings-printers"_s}, {Page::keys, u"settings-api-keys"_s},
+        {Page::contacts, u"settings-contacts"_s}, {Page::updates, u"settings-updates"_s}};
     addPracticeProfiles(app());
     for (const auto &[page, name] : pages) {
         m_program.window().settingsView().showPage(page);

@@ -32,7 +32,10 @@ Task<> AddressBook::load()
         book.filter = AddressFilter(book.contacts);
         return book;
     });
+    const int number = ++m_loads;
     Book book = co_await reading;
+    if (number != m_loads) // a later look at the book is on its way, or has been here
+        co_return;
     m_contacts = std::move(book.contacts);
     m_filter = std::move(book.filter);
     emit contactsChanged();
@@ -124,6 +127,8 @@ void AddressBookPane::refilter()
 
 std::optional<PostalContact> AddressBookPane::selected() const
 {
+    if (!selection.value())
+        return std::nullopt;
     const QList<PostalContact> &all = m_book.contacts();
     const auto found = std::ranges::find_if(m_filtered, [&](int at) { return all[at].id == selection.value(); });
     return found == m_filtered.end() ? std::nullopt : std::optional(all[*found]);

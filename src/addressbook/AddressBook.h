@@ -23,7 +23,8 @@ public:
     QProperty<bool> importing{false};
     QProperty<std::optional<PostalContact>> deleted; ///< the last one deleted, until the next change
 
-    const QList<PostalContact> &contacts() const { return m_contacts; } ///< by name
+    /// By name. Replaced as a whole with every change: hold on to none of it while waiting.
+    const QList<PostalContact> &contacts() const { return m_contacts; }
     const AddressFilter &filter() const { return m_filter; }
 
     /// Reads the book again; the status becomes the number of addresses.
@@ -59,6 +60,7 @@ private:
     AppState &m_app;
     QList<PostalContact> m_contacts;
     AddressFilter m_filter;
+    int m_loads = 0; ///< readings of the book that were begun
     std::atomic<bool> m_cancelled = false;
 };
 

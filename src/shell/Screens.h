@@ -8,6 +8,7 @@
 #include "records/MasterLogScreen.h"
 #include "shell/KeysScreen.h"
 #include "shell/SettingsScreen.h"
+#include "shell/UpdateChecker.h"
 
 namespace parcelory {
 
@@ -15,7 +16,8 @@ namespace parcelory {
 /// change of tab and sign-in.
 struct Screens {
     explicit Screens(AppState &app)
-        : signIn(app), addressBook(app), label(app), mailingLog(app), masterLog(app), settings(app), keys(app)
+        : signIn(app), addressBook(app), label(app), mailingLog(app), masterLog(app), settings(app), keys(app),
+          updates(app)
     {
     }
 
@@ -26,6 +28,7 @@ struct Screens {
     MasterLogScreen masterLog;
     SettingsScreen settings;
     KeysScreen keys;
+    UpdateChecker updates;
 };
 
 } // namespace parcelory

@@ -55,6 +55,25 @@ TEST(Deployment, TakesOnlyHttpsAddressesThatEndInTheHostsSlash)
     }
 }
 
+TEST(Deployment, TakesAHostAndAKeyForUpdatesThatCanBeOnes)
+{
+    const std::tuple<const char *, const char *, bool> rows[] = {
+        {"updateFeedHost", "media.example.com", true},
+        {"updateFeedHost", "REPLACE-WITH-HOST", true}, // the program says that there is no feed
+        {"updateFeedHost", "media.example.com/app", false},
+        {"updateFeedHost", "https://media.example.com", false},
+        {"updateFeedHost", "", false},
+        {"updatePublicKey", "MDEyMzQ1Njc4OWFiY2RlZjAxMjM0NTY3ODlhYmNkZWY=", true},
+        {"updatePublicKey", "MDEyMzQ1Njc4OWFiY2RlZg==", false},
+        {"updatePublicKey", "not base64 at all, though long enough!!!!!!!", false},
+    };
+    for (const auto &[key, value, allowed] : rows) {
+        Json json = deployed();
+        json[key] = value;
+        EXPECT_EQ(complaint(json) == u"accepted"_s, allowed) << value;
+    }
+}
+
 TEST(Deployment, NamesWhatIsMissing)
 {
     const Json whole = deployed();

@@ -3,6 +3,7 @@
 #include "shell/SettingsKeys.h"
 #include "shell/ui/ErrorLogWindow.h"
 #include "shell/ui/HeaderBar.h"
+#include "shell/ui/HelpMenu.h"
 #include "shell/ui/StatusStrip.h"
 #include "shell/ui/WindowActions.h"
 #include "shell/ui/label/LabelView.h"
@@ -29,6 +30,7 @@ MainWindow::MainWindow(AppState &app, Screens &screens, const QString &signInNot
     m_flows->addWidget(makeMain());
     setCentralWidget(m_flows);
     addWindowActions(*this);
+    addHelpMenu(*this);
     setMinimumSize(Theme::current().scaled(1024), 680);
     restoreLayout();
     m_follower.follow(app.flow, app.tab, screens.keys.mode, screens.label.buying);
@@ -46,7 +48,7 @@ QWidget *MainWindow::makeMain()
     m_label = new LabelView(m_app, m_screens.label, m_screens.addressBook, m_screens.keys, m_screens.settings);
     m_mailingLog = new MailingLogView(m_app, m_screens.mailingLog);
     m_masterLog = new MasterLogView(m_app, m_screens.masterLog, m_screens.keys);
-    m_settings = new SettingsView(m_app, m_screens.settings, m_screens.keys);
+    m_settings = new SettingsView(m_app, m_screens);
     for (QWidget *view : {static_cast<QWidget *>(m_label), static_cast<QWidget *>(m_mailingLog),
                           static_cast<QWidget *>(m_masterLog), static_cast<QWidget *>(m_settings)})
         m_tabs->addWidget(view); // in the order of mainTabs()

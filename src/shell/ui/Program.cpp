@@ -1,6 +1,5 @@
 #include "shell/ui/Program.h"
 
-#include "shell/ui/UpdatePrompt.h"
 #include "shell/ui/theme/Icons.h"
 #include "shell/ui/theme/Theme.h"
 
@@ -17,11 +16,10 @@ void Program::makeLook()
 }
 
 Program::Program(Platform &platform, WindowPrompts &prompts, const QString &signInNote)
-    : m_errors(platform), m_app(platform), m_screens(m_app), m_updates(m_app)
+    : m_errors(platform), m_app(platform), m_screens(m_app)
 {
     QObject::connect(&m_appearance, &SystemAppearance::darkChanged, [](bool dark) { Theme::current().setDark(dark); });
     m_window = std::make_unique<MainWindow>(m_app, m_screens, signInNote);
-    addUpdates(*m_window, m_updates);
     prompts.attach(m_window.get(), platform.clock);
 }
 

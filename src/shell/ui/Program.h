@@ -2,7 +2,6 @@
 
 #include "shell/ErrorLog.h"
 #include "shell/Screens.h"
-#include "shell/UpdateChecker.h"
 #include "shell/ui/MainWindow.h"
 #include "shell/ui/WindowPrompts.h"
 #include "shell/ui/theme/SystemAppearance.h"
@@ -22,13 +21,11 @@ public:
     MainWindow &window() { return *m_window; }
     AppState &app() { return m_app; }
     Screens &screens() { return m_screens; }
-    UpdateChecker &updates() { return m_updates; }
 
 private:
     ErrorLog m_errors;
     AppState m_app;
     Screens m_screens;
-    UpdateChecker m_updates;
     SystemAppearance m_appearance;
     std::unique_ptr<MainWindow> m_window;
 };

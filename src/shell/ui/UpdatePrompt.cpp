@@ -1,11 +1,8 @@
 #include "shell/ui/UpdatePrompt.h"
 
-#include "shell/ui/MainWindow.h"
 #include "shell/ui/parts/ShareBar.h"
 #include "shell/ui/parts/Surface.h"
 
-#include <QAction>
-#include <QMenuBar>
 #include <QScrollArea>
 #include <QVBoxLayout>
 
@@ -15,31 +12,6 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int promptWidth = 500, notesHeight = 120;
-
-/// Opens the prompt, one at a time.
-class Updates : public QObject {
-public:
-    Updates(MainWindow &window, UpdateChecker &updates)
-        : QObject(&window), m_window(window), m_updates(updates), m_follower([this] { show(); })
-    {
-        m_follower.follow(updates.offers);
-    }
-
-private:
-    void show()
-    {
-        if (m_prompt || !m_updates.available.value())
-            return;
-        m_prompt = new UpdatePrompt(m_window.app().platform.clock, m_updates, m_window.screens().label, &m_window);
-        m_prompt->setAttribute(Qt::WA_DeleteOnClose);
-        m_prompt->open();
-    }
-
-    MainWindow &m_window;
-    UpdateChecker &m_updates;
-    QPointer<UpdatePrompt> m_prompt;
-    Follower m_follower;
-};
 
 } // namespace
 
@@ -114,15 +86,6 @@ void UpdatePrompt::done(int result)
         m_updates.relaunchNow();
     else if (m_updates.phase == UpdatePhase::idle)
         spawn([&updates = m_updates] { return updates.install(); });
-}
-
-void addUpdates(MainWindow &window, UpdateChecker &updates)
-{
-    new Updates(window, updates); // the window owns it
-    QAction *check = window.menuBar()->addMenu(u"&Help"_s)->addAction(u"Check for Updates…"_s);
-    check->setMenuRole(QAction::ApplicationSpecificRole);
-    QObject::connect(check, &QAction::triggered, &window,
-                     [&updates] { spawn([&updates] { return updates.checkNow(); }); });
 }
 
 } // namespace parcelory

@@ -7,7 +7,6 @@
 
 namespace parcelory {
 
-class MainWindow;
 class ShareBar;
 
 /// Offers a newer version: what is new in it, how far the download is, and the restart into it.
@@ -32,8 +31,5 @@ private:
     Button *m_next;
     Follower m_follower;
 };
-
-/// Puts "Check for Updates…" into the Help menu, and the prompt over the window whenever there is an offer.
-void addUpdates(MainWindow &window, UpdateChecker &updates);
 
 } // namespace parcelory

@@ -3,9 +3,11 @@
 #include "shell/ui/parts/Surface.h"
 #include "shell/ui/parts/TabOrder.h"
 #include "shell/ui/settings/ApiKeysPage.h"
+#include "shell/ui/settings/ContactsPage.h"
 #include "shell/ui/settings/CustomBoxesPage.h"
 #include "shell/ui/settings/PrintersPage.h"
 #include "shell/ui/settings/SenderProfilesPage.h"
+#include "shell/ui/settings/UpdatesPage.h"
 #include "shell/ui/theme/Icons.h"
 
 #include <QHBoxLayout>
@@ -59,7 +61,7 @@ public:
 
 } // namespace
 
-SettingsView::SettingsView(AppState &app, SettingsScreen &settings, KeysScreen &keys, QWidget *parent)
+SettingsView::SettingsView(AppState &app, Screens &screens, QWidget *parent)
     : QWidget(parent), m_sections(new QListWidget), m_pages(new QStackedWidget)
 {
     m_sections->setAccessibleName(u"Settings sections"_s);
@@ -82,10 +84,12 @@ SettingsView::SettingsView(AppState &app, SettingsScreen &settings, KeysScreen &
     columns->addWidget(m_pages, 1);
 
     // In the order of Page.
-    add(u"Sender Profiles"_s, u"ui_sender"_s, new SenderProfilesPage(app, settings));
-    add(u"Custom Boxes"_s, u"popup_package"_s, new CustomBoxesPage(app, settings));
-    add(u"Printers & Scale"_s, u"ui_printer"_s, new PrintersPage(app, settings));
-    add(u"Carrier API Keys"_s, u"ui_key"_s, new ApiKeysPage(keys));
+    add(u"Sender Profiles"_s, u"ui_sender"_s, new SenderProfilesPage(app, screens.settings));
+    add(u"Custom Boxes"_s, u"popup_package"_s, new CustomBoxesPage(app, screens.settings));
+    add(u"Printers & Scale"_s, u"ui_printer"_s, new PrintersPage(app, screens.settings));
+    add(u"Carrier API Keys"_s, u"ui_key"_s, new ApiKeysPage(screens.keys));
+    add(u"Contacts Diagnostics"_s, u"ui_contacts"_s, new ContactsPage(app));
+    add(u"Updates"_s, u"ui_update"_s, new UpdatesPage(screens.updates));
     orderTabsByLayout(this);
     connect(m_sections, &QListWidget::currentRowChanged, m_pages, &QStackedWidget::setCurrentIndex);
     m_sections->setCurrentRow(0);

@@ -1,7 +1,6 @@
 #pragma once
 
-#include "shell/KeysScreen.h"
-#include "shell/SettingsScreen.h"
+#include "shell/Screens.h"
 
 #include <QWidget>
 
@@ -14,9 +13,9 @@ namespace parcelory {
 class SettingsView : public QWidget {
     Q_OBJECT
 public:
-    enum class Page { senders, boxes, printers, keys };
+    enum class Page { senders, boxes, printers, keys, contacts, updates };
 
-    SettingsView(AppState &app, SettingsScreen &settings, KeysScreen &keys, QWidget *parent = nullptr);
+    SettingsView(AppState &app, Screens &screens, QWidget *parent = nullptr);
 
     void showPage(Page page);
     Page page() const;
