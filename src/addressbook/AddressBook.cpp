@@ -7,9 +7,17 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+/// By which a recipient is known again, even after the carrier has rewritten street and postal code.
 QString personKey(const QString &name, const QString &street1, const QString &zip)
 {
-    return (name + u'|' + street1 + u'|' + zip).toLower();
+    const QString houseNumber = street1.trimmed().section(u' ', 0, 0);
+    return (name + u'|' + houseNumber + u'|' + zip.section(u'-', 0, 0)).toLower();
+}
+
+/// What stands there already where the new value says nothing.
+QString orKnown(const QString &value, const QString &known)
+{
+    return value.trimmed().isEmpty() ? known : value;
 }
 
 } // namespace
@@ -97,6 +105,8 @@ Task<> AddressBook::keep(ShippoAddress recipient, bool quietly)
                           .country = recipient.country,
                           .phone = recipient.phone,
                           .email = recipient.email};
+    if (m_loads == 0)
+        co_await load();
     const QString key = personKey(contact.name, contact.street1, contact.zip);
     const auto known = std::ranges::find_if(m_contacts, [&key](const PostalContact &entry) {
         return personKey(entry.name, entry.street1, entry.zip) == key;
@@ -104,6 +114,10 @@ Task<> AddressBook::keep(ShippoAddress recipient, bool quietly)
     if (known != m_contacts.end()) {
         contact.id = known->id;
         contact.label = known->label;
+        contact.phone = orKnown(contact.phone, known->phone);
+        contact.email = orKnown(contact.email, known->email);
+        if (m_app.sanitizer.sanitize(known->company) == contact.company || contact.company.isEmpty())
+            contact.company = known->company; // only labels are discreet
     }
     const bool written = co_await write([contact](LocalAddressStore &store) { return store.upsert(contact); });
     if (written && !quietly)

@@ -3,6 +3,7 @@
 #include "addressbook/VCard.h"
 
 #include <QFile>
+#include <QFileInfo>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;
@@ -13,6 +14,8 @@ QByteArray bytesOf(const QString &path)
 {
     constexpr qint64 largest = 512 * 1024 * 1024;
     QFile file(path);
+    if (QFileInfo(path).exists() && !QFileInfo(path).isFile())
+        throw AppError(u"That is no file."_s); // a pipe or a device may never end
     if (!file.open(QIODevice::ReadOnly))
         throw AppError(u"The file could not be opened — "_s + file.errorString() + u'.');
     if (file.size() > largest)

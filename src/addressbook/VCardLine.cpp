@@ -83,7 +83,11 @@ QString decoded(const QByteArray &bytes, const QByteArray &charset)
         }
     }
     // Old programs write their own machine's characters and do not say so.
-    return QUtf8StringView(bytes).isValidUtf8() ? QString::fromUtf8(bytes) : QString::fromLatin1(bytes);
+    if (QUtf8StringView(bytes).isValidUtf8())
+        return QString::fromUtf8(bytes);
+    QStringDecoder windows("windows-1252");
+    const QString text = windows.isValid() ? QString(windows(bytes)) : QString();
+    return text.isEmpty() || windows.hasError() ? QString::fromLatin1(bytes) : text;
 }
 
 /// The character that a backslash and `code` stand for; null when they stand for themselves.

@@ -30,12 +30,16 @@ bool isConfigured(const Deployment &deployment)
     return !deployment.updateFeed.contains(u"REPLACE-WITH"_s, Qt::CaseInsensitive);
 }
 
-/// Anything else curl would take for an option, or for a file of this machine.
-void requireWebAddress(const QString &address)
+/// Anything else curl would take for an option, or for a file of this machine; and what comes over an open line has to
+/// be known by its checksum.
+void requireWebAddress(const UpdateInfo &info)
 {
-    const QUrl url(address, QUrl::StrictMode);
+    const QUrl url(info.url, QUrl::StrictMode);
     if (!url.isValid() || (url.scheme() != u"https" && url.scheme() != u"http") || url.host().isEmpty())
         throw AppError(u"the feed names no web address to download from"_s);
+    const bool isOpenLine = url.scheme() == u"http" && url.host() != u"127.0.0.1";
+    if (isOpenLine && !info.sha256)
+        throw AppError(u"the feed names an address without encryption, and no checksum"_s);
 }
 
 /// The helper script cannot swap what this program may not change, and nobody would see it fail.
@@ -155,6 +159,7 @@ Task<> UpdateChecker::install()
         co_await fetch(*info, m_folder);
         phase = UpdatePhase::ready;
         status = u"Parcelory "_s + info->version + u" downloaded and ready to install."_s;
+        offers = offers + 1; // the prompt may have been closed meanwhile
         co_return;
     } catch (const std::exception &error) {
         status = u"Update failed: "_s + describe(error);
@@ -164,11 +169,12 @@ Task<> UpdateChecker::install()
     co_await removing;
     progress = std::nullopt;
     phase = UpdatePhase::idle;
+    offers = offers + 1;
 }
 
 Task<> UpdateChecker::fetch(UpdateInfo info, QString folder)
 {
-    requireWebAddress(info.url);
+    requireWebAddress(info);
     requireReplaceable(m_application.installedPath());
     requireSignature(info, m_app.platform.deployment.updatePublicKey);
     makePrivateFolder(folder);

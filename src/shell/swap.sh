@@ -20,6 +20,8 @@ while kill -0 "$PID" 2>/dev/null; do
     sleep 0.3
 done
 [ -d "$NEWAPP" ] || exit 1
+# It may have waited for days, and something may have tidied up meanwhile.
+[ -x "$NEWAPP/bin/parcelory" ] || [ -x "$NEWAPP/Contents/MacOS/Parcelory" ] || exit 1
 
 # From another file system this is a copy, which can fail half-way; the two moves below are then mere renames.
 mv "$NEWAPP" "$NEXT" || exit 1

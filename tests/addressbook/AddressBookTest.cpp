@@ -84,6 +84,21 @@ TEST_F(AddressBookTest, KeepsWhoeverALabelWasBoughtForOnce)
     ASSERT_EQ(book.contacts().size(), 1);
     EXPECT_EQ(book.contacts()[0].phone, u"828 555 0142"_s);
 
+    // What a label is told differently stays in the book as it was.
+    PostalContact dealer = book.contacts()[0];
+    dealer.company = u"Rare Coin Exchange"_s;
+    run(book.save(dealer));
+    app->fillRecipient(dealer);
+    ShippoAddress checked = app->draftTo;
+    checked.street1 = checked.street1.toUpper();
+    checked.zip = u"28801-6168"_s;
+    checked.phone = QString();
+    run(book.keep(checked, true));
+    ASSERT_EQ(book.contacts().size(), 1);
+    EXPECT_EQ(book.contacts()[0].company, u"Rare Coin Exchange"_s);
+    EXPECT_EQ(book.contacts()[0].phone, u"828 555 0142"_s);
+    EXPECT_EQ(book.contacts()[0].zip, u"28801-6168"_s);
+
     screen().keepRecipient = false;
     ShippoAddress other = homeAddress();
     other.name = u"Somebody Else"_s;

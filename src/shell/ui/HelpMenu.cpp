@@ -26,7 +26,7 @@ private:
         Screens &screens = m_window.screens();
         if (m_prompt || !screens.updates.available.value())
             return;
-        m_prompt = new UpdatePrompt(m_window.app().platform.clock, screens.updates, screens.label, &m_window);
+        m_prompt = new UpdatePrompt(m_window.app(), screens, &m_window);
         m_prompt->setAttribute(Qt::WA_DeleteOnClose);
         m_prompt->open();
     }

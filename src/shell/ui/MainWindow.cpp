@@ -148,6 +148,10 @@ void MainWindow::openWindow(const QString &identifier)
 void MainWindow::closeEvent(QCloseEvent *event)
 {
     write(m_app.platform.preferences, settings::windowGeometry, saveGeometry());
+    if (m_app.scanFormBusy) { // the form is made only once, and would be lost
+        event->ignore();
+        return;
+    }
     if (m_screens.label.buying) {
         m_closeAfterPurchase = true;
         event->ignore();

@@ -15,9 +15,9 @@ constexpr int promptWidth = 500, notesHeight = 120;
 
 } // namespace
 
-UpdatePrompt::UpdatePrompt(Clock &clock, UpdateChecker &updates, LabelScreen &label, QWidget *parent)
-    : Dialog(clock, u"Update Available"_s, u"parcelory_mark"_s, &Tokens::accent, promptWidth, parent),
-      m_updates(updates), m_label(label), m_text(new TextLabel),
+UpdatePrompt::UpdatePrompt(AppState &app, Screens &screens, QWidget *parent)
+    : Dialog(app.platform.clock, u"Update Available"_s, u"parcelory_mark"_s, &Tokens::accent, promptWidth, parent),
+      m_app(app), m_screens(screens), m_updates(screens.updates), m_text(new TextLabel),
       m_status(new TextLabel({}, FontRole::caption, &Tokens::muted)), m_bar(new ShareBar(u"Download"_s, 0)),
       m_follower([this] { refresh(); })
 {
@@ -27,13 +27,14 @@ UpdatePrompt::UpdatePrompt(Clock &clock, UpdateChecker &updates, LabelScreen &la
     advice->setTextFormat(Qt::RichText);
     advice->setText(u"It is <b>HIGHLY RECOMMENDED</b> that you stay up to date."_s);
     body()->addWidget(m_text);
-    body()->addWidget(makeNotes(updates.available.value()->notes));
+    body()->addWidget(makeNotes(m_updates.available.value()->notes));
     body()->addWidget(advice);
     body()->addWidget(m_status);
     body()->addWidget(m_bar);
     m_dismiss = addButton(u"Not Now"_s, Rejected, Button::Kind::standard);
     m_next = addButton(u"Download"_s, Accepted, Button::Kind::solid);
-    m_follower.follow(updates.phase, updates.progress, updates.status, label.busy);
+    m_follower.follow(m_updates.phase, m_updates.progress, m_updates.status, screens.label.busy,
+                      screens.mailingLog.busy, app.scanFormBusy);
     refresh();
 }
 
@@ -58,6 +59,12 @@ QWidget *UpdatePrompt::makeNotes(const QString &notes)
     return area;
 }
 
+/// The restart ends the process, and no purchase, refund or SCAN form under way must end with it.
+bool UpdatePrompt::mayRestart() const
+{
+    return !m_screens.label.busy && !m_screens.mailingLog.busy && !m_app.scanFormBusy;
+}
+
 void UpdatePrompt::refresh()
 {
     const QString version = m_updates.available.value() ? m_updates.available.value()->version : QString();
@@ -65,15 +72,15 @@ void UpdatePrompt::refresh()
     m_text->setText(phase == UpdatePhase::ready
                         ? u"Parcelory "_s + version + u" downloaded — ready to install."_s
                         : u"Parcelory "_s + version + u" is ready — you're on "_s + m_updates.installedVersion());
-    m_status->setText(phase == UpdatePhase::ready && m_label.busy ? u"The label under way is finished first."_s
-                                                                  : m_updates.status.value());
+    m_status->setText(phase == UpdatePhase::ready && !mayRestart()
+                          ? u"What is under way with the carrier is finished first."_s
+                          : m_updates.status.value());
     m_status->setVisible(!m_status->text().isEmpty());
     m_bar->setVisible(phase == UpdatePhase::downloading);
     m_bar->setShare(m_updates.progress.value().value_or(0));
     m_dismiss->setText(phase == UpdatePhase::ready ? u"Later"_s : u"Not Now"_s);
     m_next->setText(phase == UpdatePhase::ready ? u"Update && Restart"_s : u"Download"_s);
-    // The restart ends the process, and a purchase under way must not end with it.
-    m_next->setEnabled(phase == UpdatePhase::idle || (phase == UpdatePhase::ready && !m_label.busy));
+    m_next->setEnabled(phase == UpdatePhase::idle || (phase == UpdatePhase::ready && mayRestart()));
     if (isVisible())
         setFixedHeight(layout()->totalHeightForWidth(QWidget::width()));
 }
@@ -82,7 +89,7 @@ void UpdatePrompt::done(int result)
 {
     if (result != Accepted)
         Dialog::done(result);
-    else if (m_updates.phase == UpdatePhase::ready && !m_label.busy)
+    else if (m_updates.phase == UpdatePhase::ready && mayRestart())
         m_updates.relaunchNow();
     else if (m_updates.phase == UpdatePhase::idle)
         spawn([&updates = m_updates] { return updates.install(); });

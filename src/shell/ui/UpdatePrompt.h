@@ -1,7 +1,6 @@
 #pragma once
 
-#include "compose/LabelScreen.h"
-#include "shell/UpdateChecker.h"
+#include "shell/Screens.h"
 #include "shell/ui/parts/Dialog.h"
 #include "shell/ui/parts/Follower.h"
 
@@ -13,7 +12,7 @@ class ShareBar;
 class UpdatePrompt : public Dialog {
     Q_OBJECT
 public:
-    UpdatePrompt(Clock &clock, UpdateChecker &updates, LabelScreen &label, QWidget *parent);
+    UpdatePrompt(AppState &app, Screens &screens, QWidget *parent);
 
     /// The solid button takes the next step and leaves the dialog open.
     void done(int result) override;
@@ -22,8 +21,11 @@ private:
     QWidget *makeNotes(const QString &notes);
     void refresh();
 
+    bool mayRestart() const;
+
+    AppState &m_app;
+    Screens &m_screens;
     UpdateChecker &m_updates;
-    LabelScreen &m_label;
     TextLabel *m_text;
     TextLabel *m_status;
     ShareBar *m_bar;
