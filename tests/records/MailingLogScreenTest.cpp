@@ -3,6 +3,8 @@
 #include "records/ShipmentStatus.h"
 #include "support/LabelDesk.h"
 
+#include <QSemaphore>
+
 namespace parcelory::test {
 using namespace Qt::StringLiterals;
 
@@ -95,8 +97,15 @@ TEST_F(MailingLogScreenTest, PrintsAgainFromTheBytesThatAreNearest)
         EXPECT_EQ(size_t(carrier.requests().size()), requests + downloads) << what;
     }
     EXPECT_EQ(printed(), 4);
+    QSemaphore paper;
+    processes.behave = [&paper](const QString &program, const QStringList &) {
+        if (program.endsWith(u"/lpr"_s))
+            paper.acquire();
+        return ProcessOutcome{};
+    };
     Task<> first = log.reprint(row);
     run(log.reprint(row));
+    paper.release();
     run(std::move(first));
     EXPECT_EQ(printed(), 5) << "a second press while it prints makes no second label";
     EXPECT_TRUE(app->errors.entries().isEmpty());
