@@ -7,11 +7,14 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// By which a recipient is known again, even after the carrier has rewritten street and postal code.
+/// By which a recipient is known again, even after the carrier has rewritten street and postal code: house number and
+/// the street's first word, or the whole line where there is no such number, as with a post office box.
 QString personKey(const QString &name, const QString &street1, const QString &zip)
 {
-    const QString houseNumber = street1.trimmed().section(u' ', 0, 0);
-    return (name + u'|' + houseNumber + u'|' + zip.section(u'-', 0, 0)).toLower();
+    const QString street = street1.simplified();
+    const bool hasNumber = !street.isEmpty() && street.front().isDigit();
+    const QString place = hasNumber ? street.section(u' ', 0, 1) : street;
+    return (name + u'|' + place + u'|' + zip.section(u'-', 0, 0)).toLower();
 }
 
 /// What stands there already where the new value says nothing.

@@ -47,7 +47,7 @@ Task<> AppState::createScanForm(ShippoAddress from)
     try {
         const QByteArray form = co_await scanForm(from);
         if (isStale()) {
-            scanFormPDF = form; // it was made and is made only once: it opens with the next press of the button
+            scanFormPDF = form; // made only once, so it is kept: the Window menu opens it
             scanFormStatus = readyText(labels);
             co_return;
         }

@@ -98,6 +98,10 @@ TEST_F(AddressBookTest, KeepsWhoeverALabelWasBoughtForOnce)
     EXPECT_EQ(book.contacts()[0].company, u"Rare Coin Exchange"_s);
     EXPECT_EQ(book.contacts()[0].phone, u"828 555 0142"_s);
     EXPECT_EQ(book.contacts()[0].zip, u"28801-6168"_s);
+    checked.street1 = u"418 Elm St"_s; // somebody of the same name around the corner
+    run(book.keep(checked, true));
+    EXPECT_EQ(book.contacts().size(), 2);
+    run(book.remove(book.contacts()[0].street1 == checked.street1 ? book.contacts()[0] : book.contacts()[1]));
 
     screen().keepRecipient = false;
     ShippoAddress other = homeAddress();

@@ -85,10 +85,10 @@ void Menus::fill()
     addLog();
     addView();
     addWindow();
-    m_follower.follow(app().flow, app().tab, app().draftTo, label().busy, label().rates, label().selectedRateID,
-                      label().weightLb, label().weightOz, label().lastLabel, app().scale.connected,
-                      mailingLog().selected, mailingLog().busy, masterLog().selected, masterLog().entries,
-                      masterLog().busy, m_window.screens().keys.mode, app().scanFormBusy);
+    m_follower.follow(app().flow, app().scanFormPDF, app().tab, app().draftTo, label().busy, label().rates,
+                      label().selectedRateID, label().weightLb, label().weightOz, label().lastLabel,
+                      app().scale.connected, mailingLog().selected, mailingLog().busy, masterLog().selected,
+                      masterLog().entries, masterLog().busy, m_window.screens().keys.mode, app().scanFormBusy);
     refresh();
 }
 
@@ -262,6 +262,10 @@ void Menus::addWindow()
     add(
         menu, u"Address Book"_s, Qt::CTRL | Qt::SHIFT | Qt::Key_B, [this] { return app().flow == AppFlow::main; },
         [this] { m_window.openWindow(u"addressbook"_s); });
+    add( // the carrier makes it only once, and its window may have been closed
+        menu, u"Last SCAN Form"_s, {},
+        [this] { return app().flow == AppFlow::main && app().scanFormPDF.value().has_value(); },
+        [this] { m_window.openWindow(u"scanform"_s); });
     add(
         menu, u"Error Log"_s, Qt::CTRL | Qt::SHIFT | Qt::Key_L, [] { return true; },
         [this] { m_window.openWindow(u"errorlog"_s); });
