@@ -52,20 +52,6 @@ constexpr Sample samples[] = {
      u"9405511899560417230155", 9.85, 14.2, u"Proof set", u"48209"},
 };
 
-PostalContact practiceContact(const ShippoAddress &who)
-{
-    return {.name = who.name,
-            .company = who.company,
-            .street1 = who.street1,
-            .street2 = who.street2,
-            .city = who.city,
-            .state = who.state,
-            .zip = who.zip,
-            .country = who.country,
-            .phone = who.phone,
-            .email = who.email};
-}
-
 /// Name, company, street, unit, city, state, ZIP and country.
 constexpr const char16_t *customers[][8] = {
     {u"Amélie Dufresne", u"Dufresne Frères", u"410 Rue Saint-Paul", u"", u"Montréal", u"QC", u"H2Y 1H2", u"CA"},
@@ -148,7 +134,8 @@ void addPracticeAddresses(LocalAddressStore &book)
 {
     if (!book.rows().isEmpty())
         return;
-    QList<PostalContact> contacts = {practiceContact(practiceRecipient()), practiceContact(practiceRecipientAbroad())};
+    QList<PostalContact> contacts = {PostalContact::of(practiceRecipient()),
+                                     PostalContact::of(practiceRecipientAbroad())};
     for (const auto &[name, company, street1, street2, city, state, zip, country] : customers) {
         const auto text = [](const char16_t *sample) { return QString::fromUtf16(sample); };
         contacts.append({.name = text(name),

@@ -98,16 +98,7 @@ Task<> AddressBook::undoRemove()
 
 Task<> AddressBook::keep(ShippoAddress recipient, bool quietly)
 {
-    PostalContact contact{.name = recipient.name,
-                          .company = recipient.company,
-                          .street1 = recipient.street1,
-                          .street2 = recipient.street2,
-                          .city = recipient.city,
-                          .state = recipient.state,
-                          .zip = recipient.zip,
-                          .country = recipient.country,
-                          .phone = recipient.phone,
-                          .email = recipient.email};
+    PostalContact contact = PostalContact::of(recipient);
     if (m_loads == 0)
         co_await load();
     const QString key = personKey(contact.name, contact.street1, contact.zip);

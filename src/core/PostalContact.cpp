@@ -11,6 +11,20 @@ QString PostalContact::addressSummary() const
     return joinPresent({street1, place}, u", "_s);
 }
 
+PostalContact PostalContact::of(const ShippoAddress &who)
+{
+    return {.name = who.name,
+            .company = who.company,
+            .street1 = who.street1,
+            .street2 = who.street2,
+            .city = who.city,
+            .state = who.state,
+            .zip = who.zip,
+            .country = who.country,
+            .phone = who.phone,
+            .email = who.email};
+}
+
 ShippoAddress PostalContact::asShippoAddress() const
 {
     return {name, company, street1, street2, city, state, zip, country, phone, email};

@@ -27,6 +27,8 @@ struct PostalContact {
 
     /// One line for lists: street and place.
     QString addressSummary() const;
+    /// A new entry for a recipient; the other way round of asShippoAddress().
+    static PostalContact of(const ShippoAddress &who);
     /// The same address as the carrier client takes it; nothing is normalised here.
     ShippoAddress asShippoAddress() const;
 
