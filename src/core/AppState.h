@@ -13,6 +13,7 @@
 #include "devices/ScanWedgeListener.h"
 #include "devices/USBScale.h"
 #include "records/BoxStore.h"
+#include "records/PurchaseJournal.h"
 #include "records/SenderStore.h"
 #include "records/ShipmentLog.h"
 #include "shell/ErrorLog.h"
@@ -79,6 +80,7 @@ public:
     ShippoClient shippo;
     USBScale scale;
     ShipmentLog log;
+    PurchaseJournal journal;
     SenderStore senders;
     BoxStore boxes;
     LocalAddressStore addressBook;

@@ -72,6 +72,13 @@ void decodeValue(const Json &json, int &value, const std::string &path, Keys)
     value = int(number);
 }
 
+void decodeValue(const Json &json, double &value, const std::string &path, Keys)
+{
+    if (!json.is_number())
+        mismatch(path, "number", json);
+    value = json.get<double>();
+}
+
 void decodeValue(const Json &json, QUuid &value, const std::string &path, Keys keys)
 {
     QString text;
@@ -109,6 +116,11 @@ Json encodeValue(bool value, Keys)
 }
 
 Json encodeValue(int value, Keys)
+{
+    return value;
+}
+
+Json encodeValue(double value, Keys)
 {
     return value;
 }

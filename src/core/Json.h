@@ -38,6 +38,7 @@ std::string keyFor(const char *fieldName, Keys keys);
 void decodeValue(const Json &json, QString &value, const std::string &path, Keys);
 void decodeValue(const Json &json, bool &value, const std::string &path, Keys);
 void decodeValue(const Json &json, int &value, const std::string &path, Keys);
+void decodeValue(const Json &json, double &value, const std::string &path, Keys);
 void decodeValue(const Json &json, QUuid &value, const std::string &path, Keys);
 void decodeValue(const Json &json, QUrl &value, const std::string &path, Keys);
 void decodeValue(const Json &json, QDateTime &value, const std::string &path, Keys);
@@ -91,6 +92,7 @@ void decodeValue(const Json &json, R &record, const std::string &path, Keys keys
 Json encodeValue(const QString &value, Keys);
 Json encodeValue(bool value, Keys);
 Json encodeValue(int value, Keys);
+Json encodeValue(double value, Keys);
 Json encodeValue(const QUuid &value, Keys);
 Json encodeValue(const QDateTime &value, Keys);
 template <Record R>

@@ -33,6 +33,12 @@ QString Database::lastError() const
     return QString::fromUtf8(sqlite3_errmsg(m_db));
 }
 
+bool Database::isDamaged() const
+{
+    const int code = sqlite3_errcode(m_db);
+    return code == SQLITE_NOTADB || code == SQLITE_CORRUPT;
+}
+
 qint64 Database::lastInsertedId() const
 {
     return sqlite3_last_insert_rowid(m_db);

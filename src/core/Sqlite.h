@@ -29,6 +29,8 @@ public:
     bool exec(const char *script);
     /// The library's text about the last failure on this connection.
     QString lastError() const;
+    /// The last failure was that the file holds no database, or a broken one.
+    bool isDamaged() const;
 
     /// The id of the row that was inserted last on this connection.
     qint64 lastInsertedId() const;

@@ -1,10 +1,13 @@
 #pragma once
 
+#include "core/Field.h"
+
 #include <QByteArray>
 #include <QDateTime>
 #include <QString>
 
 #include <optional>
+#include <tuple>
 
 namespace parcelory {
 
@@ -38,6 +41,35 @@ struct ShipmentRecord {
     QString customsDocURL;
     std::optional<QByteArray> customsPDF; ///< never loaded with a list
     bool hasCustomsPDF = false;           ///< computed on read
+
+    /// What is known of a shipment before it has a row: neither the id nor the documents.
+    static constexpr auto fields()
+    {
+        using R = ShipmentRecord;
+        return std::tuple{field("createdAt", &R::createdAt),
+                          field("carrier", &R::carrier),
+                          field("service", &R::service),
+                          field("postage", &R::postage),
+                          field("recipient", &R::recipient),
+                          field("services", &R::services),
+                          field("tracking", &R::tracking),
+                          field("trackingURL", &R::trackingURL),
+                          field("weight", &R::weight),
+                          field("weightOz", &R::weightOz),
+                          field("descriptionText", &R::descriptionText),
+                          field("reference", &R::reference),
+                          field("transactionID", &R::transactionID),
+                          field("labelURL", &R::labelURL),
+                          field("status", &R::status),
+                          field("testMode", &R::testMode),
+                          field("zip11", &R::zip11),
+                          field("declaredValue", &R::declaredValue),
+                          field("groupCode", &R::groupCode),
+                          field("email", &R::email),
+                          field("balance", &R::balance),
+                          field("isIntl", &R::isIntl),
+                          field("customsDocURL", &R::customsDocURL)};
+    }
 };
 
 } // namespace parcelory

@@ -1,0 +1,212 @@
+#include "records/PurchaseJournal.h"
+
+#include "core/Json.h"
+
+#include <QFile>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// The lock is taken at once and kept: a second program on these books would finish what the first has under way.
+constexpr auto schema = "PRAGMA busy_timeout = 0;\n"
+                        "PRAGMA locking_mode = EXCLUSIVE;\n"
+                        "PRAGMA synchronous = FULL;\n"
+                        "PRAGMA fullfsync = ON;\n"
+                        "BEGIN EXCLUSIVE;\n"
+                        "CREATE TABLE IF NOT EXISTS purchases (\n"
+                        "  id INTEGER PRIMARY KEY AUTOINCREMENT,\n"
+                        "  asked_at REAL NOT NULL,\n"
+                        "  rate_id TEXT NOT NULL,\n"
+                        "  recipient TEXT NOT NULL,\n"
+                        "  keep_recipient INTEGER NOT NULL,\n"
+                        "  shipment TEXT NOT NULL,\n"
+                        "  label BLOB, customs_pdf BLOB,\n"
+                        "  printed INTEGER NOT NULL DEFAULT 0\n"
+                        ");\n"
+                        "CREATE TABLE IF NOT EXISTS refunds (\n"
+                        "  transaction_id TEXT PRIMARY KEY,\n"
+                        "  shipment_id INTEGER NOT NULL,\n"
+                        "  asked_at REAL NOT NULL\n"
+                        ");\n"
+                        "COMMIT;";
+
+QString pathIn(const QDir &folder)
+{
+    folder.mkpath(u"."_s);
+    return folder.filePath(u"purchase_journal.sqlite"_s);
+}
+
+double secondsOf(const QDateTime &time)
+{
+    return double(time.toMSecsSinceEpoch()) / 1000;
+}
+
+QDateTime timeOf(double seconds)
+{
+    return QDateTime::fromMSecsSinceEpoch(qRound64(seconds * 1000));
+}
+
+template <class Record>
+QString jsonText(const Record &record)
+{
+    return QString::fromUtf8(encodeJson(record, Keys::asIs));
+}
+
+OpenPurchase purchaseOf(const Statement &row)
+{
+    OpenPurchase purchase{.id = row.integer(0),
+                          .askedAt = timeOf(row.real(1)),
+                          .rateId = row.text(2),
+                          .recipient = decodeJson<ShippoAddress>(row.text(3).toUtf8(), Keys::asIs),
+                          .keepRecipient = row.integer(4) != 0,
+                          .record = decodeJson<ShipmentRecord>(row.text(5).toUtf8(), Keys::asIs),
+                          .printed = row.integer(8) != 0};
+    purchase.record.zpl = row.blob(6);
+    purchase.record.customsPDF = row.blob(7);
+    return purchase;
+}
+
+} // namespace
+
+PurchaseJournal::PurchaseJournal(const QDir &folder) : m_path(pathIn(folder))
+{
+    if (open())
+        return;
+    if (!m_db->isDamaged())
+        qWarning("Parcelory: cannot open the purchase journal at %s", qPrintable(m_path));
+    else if (const QString aside =
+                 m_path + u".damaged-"_s + QDateTime::currentDateTime().toString(u"yyyyMMdd-HHmmss"_s);
+             m_db.reset(), QFile::rename(m_path, aside) && open())
+        return;
+    m_obstacle = m_db ? m_db->lastError() : u"the damaged file cannot be set aside"_s;
+    m_db.reset();
+}
+
+bool PurchaseJournal::open()
+{
+    m_db.emplace(m_path);
+    return m_db->isOpen() && m_db->exec(schema);
+}
+
+void PurchaseJournal::refuse() const
+{
+    const QString reason = m_db ? m_db->lastError() : m_obstacle;
+    throw AppError(u"The purchase journal %1 could not be written — %2. Nothing was asked of the carrier."_s.arg(
+        m_path, reason == u"database is locked" ? u"another Parcelory is running"_s : reason));
+}
+
+/// The caller holds the lock.
+bool PurchaseJournal::run(Statement &statement)
+{
+    if (statement.execute())
+        return true;
+    qWarning("Parcelory SQL error: %s", qPrintable(m_db->lastError()));
+    return false;
+}
+
+qint64 PurchaseJournal::begin(const OpenPurchase &purchase)
+{
+    const std::lock_guard turn(m_access);
+    if (!m_db)
+        refuse();
+    Statement insert(*m_db, "INSERT INTO purchases (asked_at, rate_id, recipient, keep_recipient, shipment) "
+                            "VALUES (?, ?, ?, ?, ?)");
+    insert.bind(1, secondsOf(purchase.askedAt));
+    insert.bind(2, purchase.rateId);
+    insert.bind(3, jsonText(purchase.recipient));
+    insert.bind(4, purchase.keepRecipient);
+    insert.bind(5, jsonText(purchase.record));
+    if (!run(insert))
+        refuse();
+    return m_db->lastInsertedId();
+}
+
+bool PurchaseJournal::update(qint64 id, const ShipmentRecord &record)
+{
+    const std::lock_guard turn(m_access);
+    if (!m_db)
+        return false;
+    Statement change(*m_db, "UPDATE purchases SET shipment = ?, label = ?, customs_pdf = ? WHERE id = ?");
+    change.bind(1, jsonText(record));
+    change.bind(2, record.zpl);
+    change.bind(3, record.customsPDF);
+    change.bind(4, id);
+    return run(change);
+}
+
+bool PurchaseJournal::markPrinted(qint64 id)
+{
+    const std::lock_guard turn(m_access);
+    if (!m_db)
+        return false;
+    Statement change(*m_db, "UPDATE purchases SET printed = 1 WHERE id = ?");
+    change.bind(1, id);
+    return run(change);
+}
+
+bool PurchaseJournal::close(qint64 id)
+{
+    const std::lock_guard turn(m_access);
+    if (!m_db)
+        return false;
+    Statement removal(*m_db, "DELETE FROM purchases WHERE id = ?");
+    removal.bind(1, id);
+    return run(removal);
+}
+
+QList<OpenPurchase> PurchaseJournal::openPurchases() const
+{
+    const std::lock_guard turn(m_access);
+    QList<OpenPurchase> open;
+    if (!m_db)
+        return open;
+    Statement query(*m_db, "SELECT id, asked_at, rate_id, recipient, keep_recipient, shipment, label, customs_pdf, "
+                           "printed FROM purchases ORDER BY id");
+    while (query.step()) {
+        try {
+            open.append(purchaseOf(query));
+        } catch (const DecodeError &error) { // it stays in the journal for whoever can read it
+            qWarning("Parcelory: purchase %lld of the journal cannot be read: %s", query.integer(0), error.what());
+        }
+    }
+    return open;
+}
+
+void PurchaseJournal::beginRefund(const OpenRefund &refund)
+{
+    const std::lock_guard turn(m_access);
+    if (!m_db)
+        refuse();
+    Statement insert(*m_db, "INSERT OR REPLACE INTO refunds (transaction_id, shipment_id, asked_at) VALUES (?, ?, ?)");
+    insert.bind(1, refund.transactionId);
+    insert.bind(2, refund.shipmentId);
+    insert.bind(3, secondsOf(refund.askedAt));
+    if (!run(insert))
+        refuse();
+}
+
+bool PurchaseJournal::closeRefund(const QString &transactionId)
+{
+    const std::lock_guard turn(m_access);
+    if (!m_db)
+        return false;
+    Statement removal(*m_db, "DELETE FROM refunds WHERE transaction_id = ?");
+    removal.bind(1, transactionId);
+    return run(removal);
+}
+
+QList<OpenRefund> PurchaseJournal::openRefunds() const
+{
+    const std::lock_guard turn(m_access);
+    QList<OpenRefund> open;
+    if (!m_db)
+        return open;
+    Statement query(*m_db, "SELECT transaction_id, shipment_id, asked_at FROM refunds ORDER BY asked_at");
+    while (query.step())
+        open.append({query.text(0), query.integer(1), timeOf(query.real(2))});
+    return open;
+}
+
+} // namespace parcelory
