@@ -33,6 +33,7 @@ const QList<Mishap> &mishaps()
         {u"Purchases Fail"_s, [](S &s, bool on) { s.purchaseFails = on; }},
         {u"Purchases Take Their Time"_s, [](S &s, bool on) { s.queuedReads = on ? 3 : 0; }},
         {u"Connection Ends Before the Answer"_s, [](S &s, bool on) { s.dropConnection = on; }},
+        {u"The Next Purchase's Answer Is Lost"_s, [](S &s, bool on) { s.lostAnswers = on ? 1 : 0; }},
         {u"Label Link Has Expired"_s,
          [](S &s, bool on) { s.labelAnswer = on ? LabelAnswer::expired : LabelAnswer::normal; }},
         {u"Label Comes as PDF"_s, [](S &s, bool on) { s.labelFileType = on ? u"PDF"_s : QString(); }},

@@ -66,6 +66,10 @@ Task<Shipped> ship(AppState &app, LabelScreen &screen, PracticeScale &scale, Pra
     }
     if (screen.selectedRate())
         co_await screen.buyAndPrint();
+    if (screen.selectedRate() && screen.secondLabelAgreed) { // an earlier run has shipped the same parcel
+        say(u"  "_s + screen.secondLabel);
+        co_await screen.buyAndPrint();
+    }
     say(u"  "_s + bannerText(screen));
     const std::optional<Banner> banner = screen.banner;
     result.done =

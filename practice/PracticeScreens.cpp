@@ -60,6 +60,7 @@ private:
     Task<> drawDialogs();
     Task<> drawAbroad();
     Task<> drawBuying();
+    Task<> drawDoubt();
     Task<> drawRecords();
     Task<> drawMasterLog();
     Task<> drawScanForm();
@@ -235,6 +236,31 @@ Task<> Gallery::drawComposing()
     }
 }
 
+/// A parcel that has its label already, and a purchase that could not be settled.
+Task<> Gallery::drawDoubt()
+{
+    compose(practiceRecipient());
+    co_await label().validate();
+    co_await until([this] { return !label().secondLabel.value().isEmpty(); });
+    co_await save(u"new-label-second"_s);
+    ShippoAddress neighbour = practiceRecipient();
+    neighbour.name = u"Theodore Ames"_s;
+    compose(neighbour);
+    label().reference = QString();
+    co_await label().fetchRates();
+    m_desk.carrier().setScenario({.dropConnection = true});
+    spawn([this] { return label().buyAndPrint(); });
+    co_await until([this] { return !label().purchases.questions.value().isEmpty() && !label().busy; });
+    co_await until([] { return QApplication::activeModalWidget(); });
+    static_cast<QDialog *>(QApplication::activeModalWidget())->accept();
+    co_await save(u"new-label-purchase-unknown"_s);
+    m_desk.carrier().setScenario({});
+    co_await label().purchases.checkAgain();
+    co_await until([this] { return !label().purchases.settled.value().isEmpty(); });
+    co_await save(u"new-label-purchase-found"_s);
+    label().purchases.dismiss(label().purchases.settled.value().first());
+}
+
 Task<> Gallery::drawDialogs()
 {
     compose(practiceBoxHolder());
@@ -367,6 +393,7 @@ Task<> Gallery::drawPractice()
     co_await drawDialogs();
     co_await drawAbroad();
     co_await drawBuying();
+    co_await drawDoubt();
     co_await drawRecords();
     co_await drawMasterLog();
     co_await drawScanForm();

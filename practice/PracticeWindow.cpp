@@ -24,6 +24,7 @@ int runPracticeWindow(const QString &folder)
     Program program(desk.platform(), prompts, PracticeDesk::signInNote());
     addPracticeMenu(program.window().menuBar(), desk);
     program.window().show();
+    spawn([&program] { return program.screens().label.purchases.resume(); });
     return QApplication::exec();
 }
 

@@ -57,6 +57,7 @@ struct CarrierScenario {
     bool acceptsWeightOnly = false; ///< rates parcels without template and size, which the service's schema forbids
 
     // Purchase.
+    int lostAnswers = 0; ///< so many purchases are carried out, but the connection ends before the answer
     int queuedReads = 0; ///< a purchase stays QUEUED when created and for so many reads after that
     bool purchaseFails = false;
     QStringList purchaseMessages = {}; ///< of a failing purchase; an empty one stands for a message without a text

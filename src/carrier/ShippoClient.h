@@ -34,6 +34,8 @@ public:
     /// Throws UnsettledPurchase when the purchase was taken on but a later look at it failed.
     /// A purchase still queued after the last poll is returned as it is; its label URL is empty.
     Task<ShippoTransaction> purchase(QString rateId, QString labelFileType, QString metadata);
+    /// The account's purchases of a rate since then, newest first: how a purchase whose answer was lost is found again.
+    Task<QList<ShippoTransaction>> purchasesOf(QString rateId, QDateTime since);
     /// A document of the carrier, fetched without the token.
     Task<QByteArray> downloadLabel(QString url);
 

@@ -1,6 +1,7 @@
 #include "carrier/ShippoClient.h"
 
 #include "carrier/CarrierAnswer.h"
+#include "carrier/PagedList.h"
 #include "core/Text.h"
 
 namespace parcelory {
@@ -53,6 +54,19 @@ Task<ShippoTransaction> ShippoClient::purchase(QString rateId, QString labelFile
         throw ShippoError::api(reasons.isEmpty() ? u"Label purchase failed."_s : reasons);
     }
     co_return transaction;
+}
+
+Task<QList<ShippoTransaction>> ShippoClient::purchasesOf(QString rateId, QDateTime since)
+{
+    const auto fetch = [this](const QString &path) { return request(path); };
+    const auto created = [](const ShippoTransaction &transaction) { return transaction.objectCreated; };
+    const auto listing = std::make_shared<Listing>();
+    QList<ShippoTransaction> sold = co_await pagedList<ShippoTransaction>(
+        fetch, u"transactions?results=100"_s, since.addDays(-1), created, listing); // the desk's clock may be wrong
+    sold.removeIf([&rateId](const ShippoTransaction &transaction) { return transaction.rate != rateId; });
+    if (sold.isEmpty() && listing->isCut)
+        throw ShippoError::api(u"The account has sold too many labels since then to find this one."_s);
+    co_return sold;
 }
 
 Task<QByteArray> ShippoClient::downloadLabel(QString url)

@@ -9,7 +9,7 @@
 namespace parcelory {
 using namespace Qt::StringLiterals;
 
-LabelScreen::LabelScreen(AppState &app) : m_app(app), m_lastRecipient(app.draftTo)
+LabelScreen::LabelScreen(AppState &app) : purchases(app), m_app(app), m_lastRecipient(app.draftTo)
 {
     shipDate = app.platform.clock.now().date();
     watchEdits();
@@ -29,6 +29,8 @@ void LabelScreen::watchEdits()
     watch([this] { selectRateOfClass(); }, svcClass);
     watch([this] { boxesChanged(); }, m_app.boxes.profiles);
     watch([this] { takeFilledDraft(); }, m_app.draftFillCount);
+    watch([this] { watchForSecondLabel(); }, selectedRateID, reference, purchases.questions);
+    watch([this] { takeSettled(); }, purchases.settled);
 }
 
 void LabelScreen::draftEdited()
@@ -198,6 +200,8 @@ void LabelScreen::clearRates()
 {
     rates = QList<ShippoRate>();
     selectedRateID = std::nullopt;
+    secondLabel = QString();
+    secondLabelAgreed = false;
 }
 
 void LabelScreen::warn(const QString &text, std::optional<DraftField> field)
@@ -286,10 +290,16 @@ NextStep LabelScreen::nextStep() const
     if (busy)
         return NextStep::none;
     if (!rates.value().isEmpty())
-        return selectedRate() ? NextStep::buy : NextStep::none;
+        return selectedRate() && !isBuyClosed() ? NextStep::buy : NextStep::none;
     if (recipientFilled() && !validationOK)
         return NextStep::validate;
     return formComplete() ? NextStep::getRates : NextStep::none;
+}
+
+bool LabelScreen::isBuyClosed() const
+{
+    const std::optional<PurchaseQuestion> question = purchases.questionAbout(m_app.draftTo);
+    return question && !question->isAnswered;
 }
 
 QList<ServiceClass> LabelScreen::offeredClasses() const

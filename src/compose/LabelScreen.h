@@ -3,6 +3,7 @@
 #include "carrier/RequestBodies.h"
 #include "compose/Customs.h"
 #include "compose/Mailpieces.h"
+#include "compose/Purchases.h"
 #include "compose/Services.h"
 #include "core/AppState.h"
 #include "core/Task.h"
@@ -11,6 +12,7 @@
 #include "records/ShipmentRecord.h"
 
 #include <QDate>
+#include <QPointer>
 #include <QProperty>
 
 #include <optional>
@@ -97,6 +99,11 @@ public:
     QProperty<std::optional<Banner>> banner;
     QProperty<std::optional<DraftField>> faultyField; ///< the one that the banner is about, until the next edit
     QProperty<std::optional<LastLabel>> lastLabel;
+    /// Why the selected rate would buy a second label; empty for a first one.
+    QProperty<QString> secondLabel;
+    QProperty<bool> secondLabelAgreed{false}; ///< the clerk has read that, and the next press buys
+
+    Purchases purchases; ///< what is under way, and what became of what was
 
     std::optional<SenderProfile> sender() const;
     /// The scanned invoice that the draft is about; nothing once its parcel is sold or another recipient is filled in.
@@ -114,6 +121,8 @@ public:
     bool formComplete() const;
     std::optional<ShippoRate> selectedRate() const;
     NextStep nextStep() const;
+    /// Whether this recipient's last label was bought is still being asked: buying waits for the answer.
+    bool isBuyClosed() const;
     /// The classes and extra services that fit carrier and destination.
     QList<ServiceClass> offeredClasses() const;
     QList<ServiceOption> offeredOptions() const;
@@ -145,7 +154,8 @@ public:
     /// Checks the draft and asks for rates. An international draft opens the paperwork sheet first; the sheet calls
     /// again with `intlConfirmed`.
     Task<> fetchRates(bool intlConfirmed = false);
-    /// Buys the selected rate, prints the label and writes the mailing log.
+    /// Buys the selected rate, prints the label and writes the mailing log. What would be a parcel's second label is
+    /// bought at the second press only; the first one says why in `secondLabel`.
     Task<> buyAndPrint();
     /// Empties the draft for the next parcel; sender, carrier, mailpiece with its box's size, class and option stay.
     void clearDraft();
@@ -175,13 +185,11 @@ private:
         Carrier carrier;
         ShippoRate rate;
         ShippoAddress from;
-        ShippoAddress to;
         int edits;       ///< m_edits at that moment
         quint64 weighed; ///< whatever has been on the scale by then counts as sold
-        bool keepRecipient;
         SoldDraft draft;
         CommercialInvoice::Data_ invoice;
-        ShipmentRecord record;
+        OpenPurchase entry; ///< as the journal keeps it
     };
 
     /// What became of a document: its bytes for the log, and what to append to the success line.
@@ -222,14 +230,21 @@ private:
     Task<bool> reviewPrintedAddress(ShippoShipment shipment);
 
     Purchase preparePurchase(const ShippoRate &rate) const;
+    void takeSettled();
+    void watchForSecondLabel();
+    void warnOfSecondLabel(const QString &warning);
+    Task<bool> hasTestKey();
+    Task<QString> secondLabelWarning(bool testMode);
+    Task<> buy(Purchase purchase);
+    Task<std::optional<ShippoTransaction>> lookForLabel(OpenPurchase entry, QString doubt);
     Task<> finishPurchase(Purchase purchase, ShippoTransaction transaction);
+    void showSold(const Purchase &purchase, const QString &outcome, bool logged);
     Task<Printed> fetchAndPrint(QString labelUrl);
     Task<Printed> printFedexInvoice(QString documentUrl);
     Task<Printed> printInvoice(CommercialInvoice::Data_ invoice, bool onPaper);
     CommercialInvoice::Data_ invoiceData(const QString &service) const;
     bool takeWeight();
     void clearSold(const SoldDraft &sold);
-    Task<bool> logPurchase(ShipmentRecord record);
 
     AppState &m_app;
     int m_edits = 0;          ///< counts edits that a price depends on
@@ -240,6 +255,7 @@ private:
     ShippoAddress m_lastRecipient;
     CustomsInfo m_filledCustoms; ///< as the draft was filled; what differs the clerk has typed
     std::vector<QPropertyNotifier> m_notifiers;
+    QObject m_lifetime; ///< what looks something up by itself asks whether the screen is still there
 };
 
 } // namespace parcelory

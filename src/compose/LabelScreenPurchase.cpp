@@ -1,6 +1,7 @@
 #include "carrier/PurchaseTag.h"
 #include "carrier/ShippoError.h"
 #include "compose/LabelScreen.h"
+#include "compose/SecondLabel.h"
 #include "core/CountryCode.h"
 #include "core/Text.h"
 #include "records/Reprint.h"
@@ -32,8 +33,9 @@ QString summaryOf(Carrier carrier, const ShippoAddress &to, const ShipmentRecord
 /// True when the carrier may have sold a label although its answer did not say so.
 bool outcomeUnknown(const AppError &error)
 {
-    const auto *shippo = dynamic_cast<const ShippoError *>(&error);
-    return !shippo || shippo->kind() == ShippoError::Kind::http;
+    if (const auto *shippo = dynamic_cast<const ShippoError *>(&error))
+        return shippo->kind() == ShippoError::Kind::http;
+    return !dynamic_cast<const NotSent *>(&error);
 }
 
 } // namespace
@@ -43,14 +45,17 @@ LabelScreen::Purchase LabelScreen::preparePurchase(const ShippoRate &rate) const
     Purchase purchase{.carrier = carrier,
                       .rate = rate,
                       .from = senderForCarrier(),
-                      .to = m_app.draftTo,
                       .edits = m_edits,
                       .weighed = m_app.scale.generation(),
-                      .keepRecipient = keepRecipient,
                       .draft = {weightLb, weightOz, insuranceValue, reference, descriptionText, customs},
                       .invoice = {},
-                      .record = {}};
-    purchase.to.company = m_app.sanitizer.sanitize(purchase.to.company);
+                      .entry = {.askedAt = m_app.platform.clock.now(),
+                                .rateId = rate.objectId,
+                                .recipient = m_app.draftTo,
+                                .keepRecipient = keepRecipient,
+                                .record = {}}};
+    ShippoAddress &to = purchase.entry.recipient;
+    to.company = m_app.sanitizer.sanitize(to.company);
 
     const QString service = rate.servicelevel.name.value_or(rate.servicelevel.token.value_or(QString()));
     const QString insured = insuranceValue.value().trimmed();
@@ -62,28 +67,89 @@ LabelScreen::Purchase LabelScreen::preparePurchase(const ShippoRate &rate) const
     if (isInsured)
         services += u"Insurance $"_s + insured;
 
-    ShipmentRecord &record = purchase.record;
+    ShipmentRecord &record = purchase.entry.record;
+    record.createdAt = purchase.entry.askedAt;
     record.carrier = carrierInfo(carrier).displayName;
     record.service = service;
     record.postage = decimalOrZero(rate.amount);
-    record.recipient = recipientLine(purchase.to, isInternational());
+    record.recipient = recipientLine(to, isInternational());
     record.services = services.join(u", "_s);
     record.weight = weightDisplay();
     record.weightOz = totalPounds() * 16;
     record.descriptionText = descriptionText.value().simplified();
     record.reference = reference.value().simplified();
-    record.zip11 = purchase.to.zip;
+    record.zip11 = to.zip;
     record.declaredValue = isInternational() ? declared : isInsured ? insured : QString();
-    record.email = purchase.to.email;
+    record.email = to.email;
     record.isIntl = isInternational();
     purchase.invoice = invoiceData(carrierAndService(carrier, service));
     return purchase;
 }
 
+/// What still stands there of a parcel that turned out to be sold must not be sold again.
+void LabelScreen::takeSettled()
+{
+    if (busy || purchases.settled.value().isEmpty())
+        return;
+    const SettledPurchase latest = purchases.settled.value().last();
+    if (!isSameRecipient(latest.recipient, m_app.draftTo))
+        return;
+    if (latest.isBought)
+        clearDraft();
+    else
+        banner = std::nullopt;
+}
+
+/// The warning has to stand beside the price before the clerk presses the button.
+void LabelScreen::watchForSecondLabel()
+{
+    if (!selectedRate())
+        return;
+    spawn([this, alive = QPointer(&m_lifetime)]() -> Task<> {
+        const int edits = m_edits;
+        const QString asked = reference;
+        const bool testMode = co_await hasTestKey();
+        if (!alive)
+            co_return;
+        const QString warning = co_await secondLabelWarning(testMode);
+        if (alive && edits == m_edits && asked == reference.value() && selectedRate())
+            warnOfSecondLabel(warning);
+    });
+}
+
+Task<bool> LabelScreen::hasTestKey()
+{
+    auto tokenRead = onPool([&keys = m_app.keys] { return keys.activeToken().value_or(QString()); });
+    const QString token = co_await tokenRead;
+    co_return ShippoKeys::isTest(token);
+}
+
+/// What the clerk has agreed to is one warning about one set of rates.
+void LabelScreen::warnOfSecondLabel(const QString &warning)
+{
+    secondLabelAgreed = secondLabelAgreed && warning == secondLabel.value();
+    secondLabel = warning;
+}
+
+Task<QString> LabelScreen::secondLabelWarning(bool testMode)
+{
+    const std::optional<PurchaseQuestion> question = purchases.questionAbout(m_app.draftTo);
+    SecondLabelFacts facts{.recipient = m_app.draftTo,
+                           .reference = reference.value().simplified(),
+                           .invoiceTracking = draftInvoice().value_or(DesklineInvoice{}).tracking,
+                           .lastOutcomeUnknown = question.has_value(),
+                           .now = m_app.platform.clock.now(),
+                           .earlier = {}};
+    auto looking = onPool([&log = m_app.log, reference = facts.reference, today = facts.now.date().startOfDay(),
+                           testMode] { return log.labelsLike(reference, today, testMode); });
+    facts.earlier = co_await looking;
+    co_return secondLabelReasons(facts).join(u'\n');
+}
+
 Task<> LabelScreen::buyAndPrint()
 {
     const std::optional<ShippoRate> rate = selectedRate();
-    if (busy || !rate)
+    if (busy || !rate || isBuyClosed())
         co_return;
     busy = true; // in the same event as the press: a second press finds it set
     buying = true;
@@ -94,46 +160,96 @@ Task<> LabelScreen::buyAndPrint()
     });
     banner = std::nullopt;
     Purchase purchase = preparePurchase(*rate);
-    const QString tag = PurchaseTag::of(purchase.from, purchase.to, purchase.carrier, purchase.record.service).text();
-    try {
-        auto tokenRead = onPool([this] { return m_app.keys.activeToken(); });
-        const std::optional<QString> token = co_await tokenRead;
-        purchase.record.testMode = ShippoKeys::isTest(token.value_or(QString()));
-        const ShippoTransaction bought = co_await m_app.shippo.purchase(rate->objectId, u"ZPLII"_s, tag);
-        co_await finishPurchase(purchase, bought);
-    } catch (const AppError &error) {
-        if (!outcomeUnknown(error)) {
-            fail(u"Buy Label"_s, error);
-            co_return;
-        }
-        clearRates(); // buying again takes a new look at the prices, and so a moment's thought
-        const auto *unsettled = dynamic_cast<const UnsettledPurchase *>(&error);
-        const QString text =
-            error.description() +
-            u" The label may have been bought all the same — look for it in the Shippo dashboard before "
-            "buying again: "_s +
-            joinPresent({purchase.record.recipient, u"rate "_s + rate->objectId,
-                         unsettled ? u"transaction "_s + unsettled->transactionId() : QString()},
-                        u", "_s) +
-            u'.';
-        fail(u"Buy Label"_s, AppError(text));
+    const bool testMode = co_await hasTestKey();
+    purchase.entry.record.testMode = testMode;
+    const QString warning = co_await secondLabelWarning(testMode);
+    warnOfSecondLabel(warning);
+    if (!warning.isEmpty() && !secondLabelAgreed) {
+        secondLabelAgreed = true;
+        co_return;
     }
+    co_await buy(purchase);
+}
+
+Task<> LabelScreen::buy(Purchase purchase)
+{
+    OpenPurchase &entry = purchase.entry;
+    const QString tag = PurchaseTag::of(purchase.from, entry.recipient, purchase.carrier, entry.record.service).text();
+    try {
+        entry.id = co_await purchases.begin(entry);
+    } catch (const AppError &error) {
+        fail(u"Buy Label"_s, error);
+        co_return;
+    }
+    std::optional<ShippoTransaction> bought;
+    QString doubt; // why it is not known whether the carrier has sold the label
+    try {
+        bought = co_await m_app.shippo.purchase(entry.rateId, u"ZPLII"_s, tag);
+    } catch (const AppError &error) {
+        if (outcomeUnknown(error))
+            doubt = error.description();
+        else
+            fail(u"Buy Label"_s, error);
+        if (const auto *unsettled = dynamic_cast<const UnsettledPurchase *>(&error))
+            entry.record.transactionID = unsettled->transactionId();
+    }
+    if (!bought && doubt.isEmpty()) {
+        co_await purchases.close(entry.id);
+        co_return;
+    }
+    if (!bought)
+        bought = co_await lookForLabel(entry, doubt);
+    if (bought)
+        co_await finishPurchase(purchase, *bought);
+}
+
+/// The parcel is still on the desk, so the carrier is asked a few times before the clerk is left with an open question.
+Task<std::optional<ShippoTransaction>> LabelScreen::lookForLabel(OpenPurchase entry, QString doubt)
+{
+    constexpr int looks = 3;
+    constexpr auto pause = std::chrono::seconds(2);
+    clearRates(); // buying again takes a new look at the prices, and so a moment's thought
+    warn(doubt + u" Asking the carrier whether the label was bought…"_s);
+    co_await purchases.keep(entry);
+    Purchases::Answer answer;
+    for (int look = 0; look < looks; ++look) {
+        if (look > 0)
+            co_await m_app.platform.clock.sleep(pause);
+        answer = co_await purchases.ask(entry);
+        if (answer.verdict == Purchases::Verdict::bought)
+            co_return answer.transaction;
+        if (answer.verdict == Purchases::Verdict::notBought) {
+            co_await purchases.close(entry.id);
+            fail(u"Buy Label"_s, AppError(doubt + u" The label was not bought."_s));
+            co_return std::nullopt;
+        }
+    }
+    purchases.leaveOpen(entry, answer);
+    const QString transaction = entry.record.transactionID;
+    fail(u"Buy Label"_s,
+         AppError(doubt +
+                  u" The label may have been bought all the same. Parcelory goes on asking the carrier and finishes it "
+                  "if so: "_s +
+                  joinPresent({entry.record.recipient, u"rate "_s + entry.rateId,
+                               transaction.isEmpty() ? QString() : u"transaction "_s + transaction},
+                              u", "_s) +
+                  u'.'));
+    co_return std::nullopt;
 }
 
 Task<> LabelScreen::finishPurchase(Purchase purchase, ShippoTransaction transaction)
 {
     m_soldWeight = std::max(m_soldWeight, purchase.weighed);
-    ShipmentRecord &record = purchase.record;
+    OpenPurchase &entry = purchase.entry;
+    ShipmentRecord &record = entry.record;
     record.createdAt = m_app.platform.clock.now();
-    record.transactionID = transaction.objectId;
-    record.tracking = transaction.trackingNumber.value_or(QString());
-    record.trackingURL = transaction.trackingUrlProvider.value_or(QString());
-    record.labelURL = transaction.labelUrl.value_or(QString());
-    record.customsDocURL = transaction.commercialInvoiceUrl.value_or(QString());
+    Purchases::take(record, transaction);
+    co_await purchases.keep(entry);
     if (record.labelURL.isEmpty()) {
         const QString text = u"Purchase succeeded but no label URL was returned."_s;
         clearRates();
         warn(text);
+        purchases.leaveOpen(entry, {.text = text, .isAnswered = true});
         m_app.errors.record(u"Buy Label"_s, AppError(text + u" Transaction "_s + transaction.objectId), Popup::yes);
         co_return;
     }
@@ -142,6 +258,8 @@ Task<> LabelScreen::finishPurchase(Purchase purchase, ShippoTransaction transact
     record.zpl = label.document;
     QString outcome = label.note;
     bool papersDone = true;
+    if (label.done)
+        co_await purchases.markPrinted(entry.id);
     if (record.isIntl) {
         Printed papers;
         if (purchase.carrier == Carrier::fedex)
@@ -153,24 +271,33 @@ Task<> LabelScreen::finishPurchase(Purchase purchase, ShippoTransaction transact
             outcome += papers.done ? u' ' + papers.note : papers.note;
         papersDone = papers.done;
     }
-    if (purchase.keepRecipient)
-        emit m_app.recipientToKeep(purchase.to);
-    const bool logged = co_await logPurchase(record);
+    if (entry.keepRecipient)
+        emit m_app.recipientToKeep(entry.recipient);
+    const bool logged = co_await purchases.enterIntoLog(entry);
     m_purchaseComplete = label.done && papersDone && logged;
-    if (!logged)
-        outcome += u" (the mailing log could not be written — note the tracking number "_s + record.tracking + u')';
+    if (!logged) {
+        co_await purchases.keep(entry);
+        const QString note =
+            u" (the mailing log could not be written — note the tracking number "_s + record.tracking + u')';
+        outcome += note;
+        purchases.leaveOpen(entry, {.text = note.mid(2).chopped(1), .isAnswered = true});
+    }
+    showSold(purchase, outcome, logged);
+}
 
-    m_app.lastShipmentSummary = summaryOf(purchase.carrier, purchase.to, record, purchase.rate.amount);
+void LabelScreen::showSold(const Purchase &purchase, const QString &outcome, bool logged)
+{
+    const ShippoAddress &to = purchase.entry.recipient;
+    const ShipmentRecord &record = purchase.entry.record;
+    m_app.lastShipmentSummary = summaryOf(purchase.carrier, to, record, purchase.rate.amount);
     if (purchase.edits != m_edits) {
         clearSold(purchase.draft);
     } else { // the clerk has not begun the next parcel yet
         clearDraft();
-        lastLabel = LastLabel{
-            joinPresent({purchase.to.name, trimBlanks(purchase.to.city + u' ' + purchase.to.state)}, u" · "_s), record,
-            QString()};
+        lastLabel =
+            LastLabel{joinPresent({to.name, trimBlanks(to.city + u' ' + to.state)}, u" · "_s), record, QString()};
     }
-    banner = Banner{u"Success! %1 to %2, $%3"_s.arg(record.service, purchase.to.name, purchase.rate.amount) + outcome,
-                    logged};
+    banner = Banner{u"Success! %1 to %2, $%3"_s.arg(record.service, to.name, purchase.rate.amount) + outcome, logged};
 }
 
 /// The clerk has begun the next parcel: what still stands there of the last one must not be sold again.
@@ -267,25 +394,6 @@ void LabelScreen::copyLastTracking()
     const QString tracking = lastLabel.value()->record.tracking;
     m_app.platform.desktop.copyText(tracking);
     noteOnLastLabel(u"Copied tracking "_s + tracking);
-}
-
-Task<bool> LabelScreen::logPurchase(ShipmentRecord record)
-{
-    struct Outcome {
-        bool stored;
-        QString reason;
-    };
-    auto writing = onPool([&log = m_app.log, record] {
-        const bool stored = log.insert(record);
-        return Outcome{stored, stored ? QString() : log.lastError()};
-    });
-    const Outcome outcome = co_await writing;
-    if (!outcome.stored) {
-        const AppError error(u"Bought but not logged: %1, %2, tracking %3, transaction %4, label %5 (%6)"_s.arg(
-            record.recipient, record.service, record.tracking, record.transactionID, record.labelURL, outcome.reason));
-        m_app.errors.record(u"Mailing Log"_s, error, Popup::yes);
-    }
-    co_return outcome.stored;
 }
 
 } // namespace parcelory

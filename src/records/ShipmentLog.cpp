@@ -189,6 +189,34 @@ std::optional<QString> ShipmentLog::status(qint64 id) const
     return query.step() ? std::optional(query.text(0)) : std::nullopt;
 }
 
+bool ShipmentLog::holds(const QString &transactionID, const QDateTime &since) const
+{
+    const std::lock_guard turn(m_connection);
+    Statement query(m_db, "SELECT 1 FROM shipments WHERE created_at >= ? AND transaction_id = ?");
+    if (!query.isPrepared())
+        return false;
+    query.bind(1, ShipmentLogRows::secondsOf(since.addDays(-1)));
+    query.bind(2, transactionID);
+    return query.step();
+}
+
+QList<ShipmentRecord> ShipmentLog::labelsLike(const QString &reference, const QDateTime &since, bool testMode)
+{
+    QList<ShipmentRecord> found;
+    if (!reference.isEmpty())
+        found = rows(reference, listLimit, {}).value_or(QList<ShipmentRecord>());
+    found.removeIf([&](const ShipmentRecord &label) {
+        return label.createdAt >= since || label.reference.compare(reference, Qt::CaseInsensitive) != 0;
+    });
+    const std::lock_guard turn(m_connection);
+    Statement query(m_db, ShipmentLogRows::select + QByteArray(" WHERE created_at >= ? ORDER BY created_at DESC"));
+    if (query.isPrepared())
+        query.bind(1, ShipmentLogRows::secondsOf(since));
+    found = ShipmentLogRows::recordsOf(query) + found;
+    found.removeIf([testMode](const ShipmentRecord &label) { return label.testMode != testMode; });
+    return found;
+}
+
 qsizetype ShipmentLog::labelCount(QDate day, bool testMode) const
 {
     const std::lock_guard turn(m_connection);

@@ -42,6 +42,10 @@ public:
     [[nodiscard]] bool storeCustomsPDF(qint64 id, const QByteArray &document);
     /// A row's status as it is now; nothing when the row is gone or cannot be read.
     std::optional<QString> status(qint64 id) const;
+    /// True when a label bought since the day before `since` has this transaction.
+    bool holds(const QString &transactionID, const QDateTime &since) const;
+    /// Labels of one kind of key that were bought for this reference or since `since`, newest first.
+    QList<ShipmentRecord> labelsLike(const QString &reference, const QDateTime &since, bool testMode);
     /// How many labels of a day, in the machine's time zone, were bought with test keys, or with live ones.
     qsizetype labelCount(QDate day, bool testMode) const;
     /// Shipments since then whose refund the carrier has not decided, newest first.

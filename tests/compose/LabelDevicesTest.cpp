@@ -38,7 +38,7 @@ protected:
         screen().customs = CustomsInfo{CustomsItemType::investmentGold, u"2"_s, u"1860"_s, u"Dana Marsh"_s};
         screen().reference = u"48377"_s;
         run(screen().fetchRates(true));
-        run(screen().buyAndPrint());
+        buy();
     }
 };
 
@@ -63,7 +63,7 @@ TEST_F(LabelDevicesTest, WeighsOnlyWhatIsSteadyAndNotSoldYet)
     run(screen().fetchRates());
     put(173);       // taken off to be taped, and put back
     report(3, 180); // a hand on the parcel while Buy is pressed
-    run(screen().buyAndPrint());
+    buy();
     report(4, 173);
     ASSERT_EQ(app->log.records().size(), 1) << banner().toStdString();
     EXPECT_EQ(weight(), u"/"_s);
@@ -147,7 +147,7 @@ TEST_F(LabelDevicesTest, CustomsPapersThatTheLogLacksAreFetchedOnceAndKept)
     screen().carrier = Carrier::fedex;
     screen().customs = CustomsInfo{.value = u"310"_s};
     run(screen().fetchRates(true));
-    run(screen().buyAndPrint());
+    buy();
     ASSERT_EQ(app->log.records().size(), 1) << banner().toStdString();
     ShipmentRecord record = app->log.records().first();
     record.id = 0;

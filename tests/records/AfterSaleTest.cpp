@@ -23,7 +23,7 @@ protected:
     ShipmentRecord bought()
     {
         composeAndRate(homeAddress());
-        run(screen().buyAndPrint());
+        buy();
         return log.records().value(0);
     }
     /// A shipment in the log that nobody bought here.

@@ -40,6 +40,13 @@ struct LabelDesk : CarrierDesk {
         screen().dimWidth = QStringLiteral("6");
         screen().dimHeight = QStringLiteral("2");
     }
+    /// Presses the button, and once more where the parcel already has a label.
+    void buy()
+    {
+        run(screen().buyAndPrint());
+        if (screen().selectedRate() && screen().secondLabelAgreed)
+            run(screen().buyAndPrint());
+    }
     void composeAndRate(const ShippoAddress &to)
     {
         composeParcel(to);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/AppError.h"
 #include "core/Task.h"
 
 #include <QByteArray>
@@ -26,8 +27,15 @@ struct HttpAnswer {
     QByteArray body;
 };
 
+/// No connection came about, so the other side has seen nothing of the request.
+class NotSent : public AppError {
+public:
+    using AppError::AppError;
+};
+
 /// Sends one HTTP request. An answer of any status is an answer; throws AppError when none came (no network,
-/// time-out, refused), with a text for the clerk that holds neither headers nor body.
+/// time-out, refused), with a text for the clerk that holds neither headers nor body: NotSent when the request
+/// certainly did not leave this machine.
 class HttpTransport {
 public:
     virtual ~HttpTransport() = default;

@@ -75,6 +75,17 @@ QString failureText(const QNetworkReply &reply, const HttpRequest &request)
     return u"%1 could not be reached (%2) — check the network and try again."_s.arg(host, reply.errorString());
 }
 
+[[noreturn]] void throwFailure(const QNetworkReply &reply, const HttpRequest &request)
+{
+    constexpr QNetworkReply::NetworkError beforeSending[] = {QNetworkReply::HostNotFoundError,
+                                                             QNetworkReply::ConnectionRefusedError,
+                                                             QNetworkReply::SslHandshakeFailedError};
+    const QString text = failureText(reply, request);
+    if (std::ranges::find(beforeSending, reply.error()) != std::end(beforeSending))
+        throw NotSent(text);
+    throw AppError(text);
+}
+
 } // namespace
 
 NetworkTransport::NetworkTransport(Reach reach) : m_reach(reach) {}
@@ -96,7 +107,7 @@ Task<HttpAnswer> NetworkTransport::send(HttpRequest request)
     const int status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
     // A connection that broke in the middle of an answer has a status, too; a refusal by status is an answer.
     if (status == 0 || (reply->error() != QNetworkReply::NoError && status < 400))
-        throw AppError(failureText(*reply, request));
+        throwFailure(*reply, request);
     co_return HttpAnswer{status, reply->readAll()};
 }
 

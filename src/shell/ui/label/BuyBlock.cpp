@@ -9,6 +9,11 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+const QString buyText = u"Buy & Print Label"_s;
+const QString stillAsking =
+    u"Whether this recipient's last label was bought is still being asked. Buying opens with the "
+    "carrier's answer."_s;
+
 struct ModeLook {
     QString word;
     BadgeKind badge;
@@ -41,8 +46,9 @@ BuyBlock::BuyBlock(AppState &app, LabelScreen &screen, KeysScreen &keys, Setting
       m_lines(new QGridLayout), m_service(new ElidedLabel({}, FontRole::strong)),
       m_transit(new TextLabel({}, FontRole::caption, &Tokens::muted)), m_price(new TextLabel({}, FontRole::total)),
       m_to(nullptr), m_package(nullptr), m_extras(nullptr), m_printer(nullptr),
-      m_buy(new Button(u"Buy & Print Label"_s)), m_mode(new Badge({}, BadgeKind::plain)),
-      m_consequence(new TextLabel({}, FontRole::caption)), m_follower([this] { refresh(); })
+      m_second(new Notice(u"ui_warning"_s, &Tokens::warn)), m_buy(new Button(buyText)),
+      m_mode(new Badge({}, BadgeKind::plain)), m_consequence(new TextLabel({}, FontRole::caption)),
+      m_follower([this] { refresh(); })
 {
     setCard();
     auto *head = new QGridLayout;
@@ -82,6 +88,7 @@ BuyBlock::BuyBlock(AppState &app, LabelScreen &screen, KeysScreen &keys, Setting
     column->setSpacing(6);
     column->addWidget(m_none);
     column->addWidget(m_summary);
+    column->addWidget(m_second);
     column->addWidget(m_buy);
     column->addLayout(foot);
 
@@ -89,7 +96,8 @@ BuyBlock::BuyBlock(AppState &app, LabelScreen &screen, KeysScreen &keys, Setting
     m_busyNow = screen.busy.addNotifier([this] { m_buy->setEnabled(m_screen.nextStep() == NextStep::buy); });
     m_follower.follow(app.draftTo, screen.rates, screen.selectedRateID, screen.busy, screen.mailpiece, screen.weightLb,
                       screen.weightOz, screen.service, screen.insuranceValue, screen.customs, keys.mode,
-                      settings.zebraQueue, settings.rotate180);
+                      screen.secondLabel, screen.secondLabelAgreed, screen.purchases.questions, settings.zebraQueue,
+                      settings.rotate180);
     refresh();
 }
 
@@ -128,7 +136,18 @@ void BuyBlock::refresh()
         m_printer->setInk(m_settings.zebraQueue.value().isEmpty() ? &Tokens::warn : &Tokens::text);
     }
     m_buy->setEnabled(m_screen.nextStep() == NextStep::buy);
+    refreshSecondLabel(rate.has_value());
     refreshMode();
+}
+
+void BuyBlock::refreshSecondLabel(bool hasRate)
+{
+    const QString warning = m_screen.secondLabel;
+    const bool isSecond = hasRate && !warning.isEmpty();
+    m_second->setText(hasRate && m_screen.isBuyClosed() ? stillAsking : isSecond ? warning : QString());
+    m_buy->setText(!isSecond                    ? buyText
+                   : m_screen.secondLabelAgreed ? u"Buy a Second Label"_s
+                                                : u"Bought Already — Buy Again?"_s);
 }
 
 void BuyBlock::refreshMode()
@@ -137,7 +156,7 @@ void BuyBlock::refreshMode()
     m_buy->setKind(look.button);
     m_mode->set(look.word, look.badge);
     m_consequence->setText(look.consequence);
-    m_buy->setAccessibleName(u"Buy & Print Label"_s);
+    m_buy->setAccessibleName(m_buy->text());
     m_buy->setAccessibleDescription(look.word + u": "_s + look.consequence);
 }
 

@@ -6,6 +6,7 @@
 #include "shell/ui/parts/Badge.h"
 #include "shell/ui/parts/Button.h"
 #include "shell/ui/parts/Follower.h"
+#include "shell/ui/parts/Notice.h"
 #include "shell/ui/parts/Surface.h"
 #include "shell/ui/parts/TextLabel.h"
 
@@ -25,6 +26,7 @@ signals:
 private:
     TextLabel *addLine(const QString &name);
     void refresh();
+    void refreshSecondLabel(bool hasRate);
     void refreshMode();
     QString printerText() const;
 
@@ -37,6 +39,7 @@ private:
     ElidedLabel *m_service;
     TextLabel *m_transit, *m_price;
     TextLabel *m_to, *m_package, *m_extras, *m_printer;
+    Notice *m_second; ///< why it would be a parcel's second label
     Button *m_buy;
     Badge *m_mode;
     TextLabel *m_consequence;

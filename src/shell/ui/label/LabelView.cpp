@@ -3,6 +3,7 @@
 #include "shell/SettingsKeys.h"
 #include "shell/ui/label/CustomsSection.h"
 #include "shell/ui/label/MessageLine.h"
+#include "shell/ui/label/OpenPurchasesBar.h"
 #include "shell/ui/label/PackageSection.h"
 #include "shell/ui/label/PaperworkDialog.h"
 #include "shell/ui/label/RatesPanel.h"
@@ -50,6 +51,7 @@ LabelView::LabelView(AppState &app, LabelScreen &screen, AddressBook &book, Keys
     rows->setContentsMargins(0, 0, 0, 0);
     rows->setSpacing(0);
     rows->addWidget(m_message);
+    rows->addWidget(new OpenPurchasesBar(screen));
     rows->addLayout(columns, 1);
     orderTabsByLayout(this);
 

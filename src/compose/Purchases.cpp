@@ -1,0 +1,292 @@
+#include "compose/Purchases.h"
+
+#include "compose/SecondLabel.h"
+#include "core/Text.h"
+#include "records/Reprint.h"
+
+#include <QScopeGuard>
+
+#include <algorithm>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// A request that was cut off may still arrive, and a purchase takes seconds: what is not there after this time will
+/// not come any more.
+constexpr qint64 patience = 60; ///< seconds
+
+} // namespace
+
+Purchases::~Purchases()
+{
+    m_app.platform.clock.cancel(m_timer);
+}
+
+QString Purchases::titleOf(const ShipmentRecord &record)
+{
+    return u"%1 %2 to %3, $%4"_s.arg(record.carrier, record.service, record.recipient.section(u',', 0, 0),
+                                     fixed(record.postage, 2));
+}
+
+void Purchases::take(ShipmentRecord &record, const ShippoTransaction &transaction)
+{
+    record.transactionID = transaction.objectId;
+    record.tracking = transaction.trackingNumber.value_or(QString());
+    record.trackingURL = transaction.trackingUrlProvider.value_or(QString());
+    record.labelURL = transaction.labelUrl.value_or(QString());
+    record.customsDocURL = transaction.commercialInvoiceUrl.value_or(QString());
+    if (transaction.status == u"REFUNDED")
+        record.status = u"REFUNDED"_s;
+    else if (transaction.status == u"REFUNDPENDING")
+        record.status = u"REFUND_PENDING"_s;
+}
+
+Task<qint64> Purchases::begin(OpenPurchase purchase)
+{
+    auto writing = onPool([&journal = m_app.journal, purchase] { return journal.begin(purchase); });
+    const qint64 id = co_await writing;
+    co_return id;
+}
+
+Task<> Purchases::keep(OpenPurchase purchase)
+{
+    auto writing =
+        onPool([&journal = m_app.journal, purchase] { return journal.update(purchase.id, purchase.record); });
+    co_await writing;
+}
+
+Task<> Purchases::markPrinted(qint64 id)
+{
+    auto writing = onPool([&journal = m_app.journal, id] { return journal.markPrinted(id); });
+    co_await writing;
+}
+
+Task<> Purchases::close(qint64 id)
+{
+    auto writing = onPool([&journal = m_app.journal, id] { return journal.close(id); });
+    co_await writing;
+}
+
+Task<bool> Purchases::enterIntoLog(OpenPurchase purchase)
+{
+    struct Outcome {
+        bool stored;
+        QString reason;
+    };
+    auto writing = onPool([&app = m_app, purchase] {
+        const ShipmentRecord &record = purchase.record;
+        const bool stored = app.log.holds(record.transactionID, purchase.askedAt) || app.log.insert(record);
+        if (stored)
+            app.journal.close(purchase.id);
+        return Outcome{stored, stored ? QString() : app.log.lastError()};
+    });
+    const Outcome outcome = co_await writing;
+    if (!outcome.stored) {
+        const ShipmentRecord &record = purchase.record;
+        const AppError error(u"Bought but not logged: %1, %2, tracking %3, transaction %4, label %5 (%6)"_s.arg(
+            record.recipient, record.service, record.tracking, record.transactionID, record.labelURL, outcome.reason));
+        m_app.errors.record(u"Mailing Log"_s, error, Popup::yes);
+    }
+    co_return outcome.stored;
+}
+
+Task<Purchases::Answer> Purchases::ask(OpenPurchase purchase)
+{
+    Answer answer;
+    try {
+        answer = co_await judge(purchase);
+    } catch (const AppError &error) {
+        answer.text = error.description();
+    }
+    co_return answer;
+}
+
+Task<Purchases::Answer> Purchases::judge(OpenPurchase purchase)
+{
+    const ShipmentRecord &known = purchase.record;
+    if (!known.labelURL.isEmpty()) // the carrier had answered; only the books are not complete
+        co_return Answer{.verdict = Verdict::bought};
+    auto tokenRead = onPool([&keys = m_app.keys] { return keys.activeToken().value_or(QString()); });
+    const QString token = co_await tokenRead;
+    if (ShippoKeys::isTest(token) != known.testMode)
+        co_return Answer{.text = u"It was asked for with the %1 key — choose that key in Settings to check."_s.arg(
+                             known.testMode ? u"TEST"_s : u"LIVE"_s)};
+    std::optional<ShippoTransaction> found;
+    if (!known.transactionID.isEmpty()) {
+        found = co_await m_app.shippo.transaction(known.transactionID);
+    } else {
+        const QList<ShippoTransaction> sold = co_await m_app.shippo.purchasesOf(purchase.rateId, purchase.askedAt);
+        const auto isSale = [](const ShippoTransaction &one) { return one.status != u"ERROR"; };
+        const auto sale = std::ranges::find_if(sold, isSale); // one that failed does not hide one that did not
+        if (sale != sold.end())
+            found = *sale;
+        else if (!sold.isEmpty())
+            co_return Answer{.verdict = Verdict::notBought};
+    }
+    if (!found && purchase.askedAt.secsTo(m_app.platform.clock.now()) < patience)
+        co_return Answer{.text = u"The carrier knows of no such label yet."_s, .isAnswered = true};
+    if (!found || found->status == u"ERROR")
+        co_return Answer{.verdict = Verdict::notBought};
+    if (found->labelUrl.value_or(QString()).isEmpty())
+        co_return Answer{.text = u"The carrier has taken the purchase on, but the label is not there yet "
+                                 "(transaction %1)."_s.arg(found->objectId),
+                         .isAnswered = true};
+    co_return Answer{.verdict = Verdict::bought, .transaction = found};
+}
+
+void Purchases::leaveOpen(const OpenPurchase &purchase, const Answer &answer)
+{
+    replaceQuestion(purchase.id, PurchaseQuestion{purchase, answer.text, answer.isAnswered});
+    m_pause = firstPause;
+    askLater();
+}
+
+void Purchases::askLater()
+{
+    m_app.platform.clock.cancel(m_timer);
+    m_timer = m_app.platform.clock.after(m_pause, [this] { spawn([this] { return checkAgain(); }); });
+    m_pause = std::min(m_pause * 2, longestPause);
+}
+
+Task<> Purchases::resume()
+{
+    auto reading = onPool([&journal = m_app.journal] { return journal.openPurchases(); });
+    const QList<OpenPurchase> open = co_await reading;
+    for (const OpenPurchase &purchase : open)
+        replaceQuestion(purchase.id, PurchaseQuestion{purchase, u"Asking the carrier…"_s, false});
+    co_await checkAgain();
+}
+
+Task<> Purchases::checkAgain()
+{
+    if (asking)
+        co_return;
+    asking = true;
+    const auto done = qScopeGuard([this] { asking = false; });
+    const QList<PurchaseQuestion> open = questions;
+    for (const PurchaseQuestion &question : open)
+        co_await askAbout(question.purchase);
+    if (!questions.value().isEmpty())
+        askLater();
+}
+
+Task<> Purchases::askAbout(OpenPurchase purchase)
+{
+    const Answer answer = co_await ask(purchase);
+    switch (answer.verdict) {
+    case Verdict::unknown:
+        replaceQuestion(purchase.id, PurchaseQuestion{purchase, answer.text, answer.isAnswered});
+        break;
+    case Verdict::bought:
+        co_await finish(purchase, answer.transaction);
+        break;
+    case Verdict::notBought:
+        co_await close(purchase.id);
+        replaceQuestion(purchase.id, std::nullopt);
+        settle({.recipient = purchase.recipient,
+                .record = purchase.record,
+                .text = u"%1 was not bought, and nothing was charged."_s.arg(titleOf(purchase.record))});
+        break;
+    }
+}
+
+Task<> Purchases::finish(OpenPurchase purchase, std::optional<ShippoTransaction> transaction)
+{
+    ShipmentRecord &record = purchase.record;
+    if (transaction) {
+        record.createdAt = purchase.askedAt;
+        take(record, *transaction);
+    }
+    if (!record.zpl)
+        record.zpl = co_await fetch(record.labelURL);
+    if (!record.customsPDF && !record.customsDocURL.isEmpty())
+        record.customsPDF = co_await fetch(record.customsDocURL);
+    co_await keep(purchase);
+    const bool logged = co_await enterIntoLog(purchase);
+    if (!logged) {
+        replaceQuestion(purchase.id, PurchaseQuestion{purchase,
+                                                      u"It was bought, but the mailing log could not be written. "
+                                                      "Tracking %1."_s.arg(record.tracking),
+                                                      true});
+        co_return;
+    }
+    if (purchase.keepRecipient)
+        emit m_app.recipientToKeep(purchase.recipient);
+    replaceQuestion(purchase.id, std::nullopt);
+    const QString whereabouts =
+        purchase.printed ? u", and its label went to the printer"_s : u"; its label may not be printed yet"_s;
+    settle({.recipient = purchase.recipient,
+            .record = record,
+            .isBought = true,
+            .isPrinted = purchase.printed,
+            .text = u"%1 was bought %2. It is in the mailing log%3."_s.arg(
+                titleOf(record), record.createdAt.toLocalTime().toString(u"MMM d, h:mm AP"_s), whereabouts)});
+}
+
+/// A document that does not come now is downloaded when it is printed.
+Task<std::optional<QByteArray>> Purchases::fetch(QString url)
+{
+    std::optional<QByteArray> document;
+    try {
+        const QByteArray bytes = co_await m_app.shippo.downloadLabel(url);
+        if (isWhole(bytes))
+            document = bytes;
+    } catch (const AppError &error) {
+        m_app.errors.record(u"Fetch Label"_s, error, Popup::no);
+    }
+    co_return document;
+}
+
+void Purchases::replaceQuestion(qint64 id, std::optional<PurchaseQuestion> with)
+{
+    QList<PurchaseQuestion> open = questions;
+    const auto place =
+        std::ranges::find_if(open, [id](const PurchaseQuestion &question) { return question.purchase.id == id; });
+    if (place == open.end() && with)
+        open.append(*with);
+    else if (place != open.end() && with)
+        *place = *with;
+    else if (place != open.end())
+        open.erase(place);
+    questions = open;
+}
+
+std::optional<PurchaseQuestion> Purchases::questionAbout(const ShippoAddress &recipient) const
+{
+    for (const PurchaseQuestion &question : questions.value()) {
+        if (isSameRecipient(question.purchase.recipient, recipient))
+            return question;
+    }
+    return std::nullopt;
+}
+
+void Purchases::settle(const SettledPurchase &purchase)
+{
+    settled = settled.value() + QList{purchase};
+}
+
+void Purchases::dismiss(const SettledPurchase &label)
+{
+    QList<SettledPurchase> left = settled;
+    left.removeOne(label);
+    settled = left;
+}
+
+Task<> Purchases::print(SettledPurchase label)
+{
+    SettledPurchase after = label;
+    try {
+        after.text = co_await reprintLabel(m_app, label.record);
+        after.isPrinted = true;
+    } catch (const AppError &error) {
+        after.text = error.description();
+        recordReprintFailure(m_app, error);
+    }
+    QList<SettledPurchase> all = settled;
+    std::ranges::replace(all, label, after);
+    settled = all;
+}
+
+} // namespace parcelory

@@ -1,0 +1,75 @@
+#include "compose/SecondLabel.h"
+
+#include "core/Text.h"
+#include "records/ShipmentStatus.h"
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QString foldedName(const QString &name)
+{
+    return name.simplified().toCaseFolded();
+}
+
+/// The last four digits of a US ZIP come and go with the validation of an address.
+QString foldedZip(const QString &zip)
+{
+    return zip.trimmed().section(u'-', 0, 0).toCaseFolded();
+}
+
+bool isFor(const ShipmentRecord &label, const ShippoAddress &recipient)
+{
+    const QString name = foldedName(recipient.name), line = foldedName(label.recipient);
+    return !name.isEmpty() && (line == name || line.startsWith(name + u',')) &&
+           foldedZip(label.zip11) == foldedZip(recipient.zip);
+}
+
+bool isGivenBack(const ShipmentRecord &label)
+{
+    const RefundState state = refundState(label.status);
+    return state == RefundState::granted || state == RefundState::pending;
+}
+
+QString description(const ShipmentRecord &label, const QDateTime &now)
+{
+    const QDateTime time = label.createdAt.toLocalTime();
+    const QString day = time.date() == now.date() ? u"today"_s : u"on "_s + time.toString(u"MMM d, yyyy"_s);
+    return u"%1 label %2 was bought %3 at %4"_s.arg(joinPresent({label.carrier, label.service}, u" "_s),
+                                                    groupsOfFour(label.tracking), day, time.toString(u"h:mm AP"_s));
+}
+
+} // namespace
+
+bool isSameRecipient(const ShippoAddress &one, const ShippoAddress &other)
+{
+    return foldedName(one.name) == foldedName(other.name) && foldedZip(one.zip) == foldedZip(other.zip);
+}
+
+QStringList secondLabelReasons(const SecondLabelFacts &facts)
+{
+    QStringList reasons;
+    if (facts.lastOutcomeUnknown)
+        reasons += u"A label for this recipient may have been bought: the carrier could not say yet."_s;
+    const QString reference = facts.reference.trimmed();
+    for (const ShipmentRecord &label : facts.earlier) {
+        if (isGivenBack(label))
+            continue;
+        const bool sameReference =
+            !reference.isEmpty() && label.reference.trimmed().compare(reference, Qt::CaseInsensitive) == 0;
+        if (sameReference)
+            reasons += description(label, facts.now) + u" for the same reference."_s;
+        else if (isFor(label, facts.recipient) && label.createdAt.toLocalTime().date() == facts.now.date())
+            reasons += description(label, facts.now) + u" for the same recipient."_s;
+        else
+            continue;
+        break; // the newest says enough
+    }
+    if (!facts.invoiceTracking.trimmed().isEmpty())
+        reasons +=
+            u"The invoice already has a tracking number: %1."_s.arg(groupsOfFour(facts.invoiceTracking.trimmed()));
+    return reasons;
+}
+
+} // namespace parcelory

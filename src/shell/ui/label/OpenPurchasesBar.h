@@ -1,0 +1,28 @@
+#pragma once
+
+#include "compose/LabelScreen.h"
+#include "shell/ui/parts/Follower.h"
+#include "shell/ui/parts/Notice.h"
+#include "shell/ui/parts/Surface.h"
+
+class QVBoxLayout;
+
+namespace parcelory {
+
+/// Purchases whose end was not seen: those that are still a question, and what became of the others. Hidden on an
+/// ordinary day.
+class OpenPurchasesBar : public Surface {
+public:
+    explicit OpenPurchasesBar(LabelScreen &screen, QWidget *parent = nullptr);
+
+private:
+    void refresh();
+    void addRow(const QString &text, const QString &icon, Token ink, const QList<QWidget *> &buttons);
+
+    Purchases &m_purchases;
+    QVBoxLayout *m_rows;
+    QWidget *m_list = nullptr;
+    Follower m_follower;
+};
+
+} // namespace parcelory

@@ -1,0 +1,87 @@
+// The program is killed at every step of a purchase; the next start has every label in its books, once.
+
+#include "support/LabelDesk.h"
+#include "support/Printing.h"
+
+#include <QProcess>
+
+#include <csignal>
+
+namespace parcelory::test {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+struct End {
+    bool wasKilled;
+    int labels; ///< that the carrier has sold
+    int rows;
+    int shown; ///< rows and questions at once after the start
+};
+
+/// One desk's life: killed at a step of its purchase, then started again.
+End dieAndStartAgain(int step, const CarrierScenario &scenario)
+{
+    LabelDesk desk;
+    desk.carrier.setScenario(scenario);
+    QProcess victim;
+    victim.start(QStringLiteral(PARCELORY_VICTIM),
+                 {desk.path(u"books"_s), desk.carrier.baseUrl().toString(), QString::number(step)});
+    EXPECT_TRUE(victim.waitForFinished());
+    const bool wasKilled = victim.exitStatus() == QProcess::CrashExit;
+    EXPECT_TRUE(wasKilled ? victim.exitCode() == SIGKILL : victim.exitCode() == 0)
+        << victim.readAllStandardError().toStdString();
+    desk.carrier.setScenario({});
+
+    desk.platform.dataFolder = QDir(desk.path(u"books"_s));
+    desk.screenOwner.reset();
+    desk.app = std::make_unique<AppState>(desk.platform);
+    desk.screenOwner = std::make_unique<LabelScreen>(*desk.app);
+    Purchases &purchases = desk.screen().purchases;
+    runTask(purchases.resume());
+    settle();
+    const int shown = int(purchases.questions.value().size() + desk.app->log.records().size());
+    desk.clock.advance(std::chrono::seconds(61));
+    desk.run(purchases.checkAgain());
+    runUntil([&] { return !purchases.asking; });
+    settle();
+    EXPECT_TRUE(purchases.questions.value().isEmpty());
+    EXPECT_TRUE(desk.app->journal.openPurchases().isEmpty());
+
+    const QDate today = QDate::currentDate();
+    const QList<MasterEntry> sold = runTask(desk.app->shippo.masterLog(today.addDays(-1), today.addDays(1)));
+    const QList<ShipmentRecord> rows = desk.app->log.records();
+    for (const ShipmentRecord &row : rows) {
+        EXPECT_TRUE(sold.isEmpty() || row.transactionID == sold.first().id);
+        EXPECT_TRUE(desk.app->log.zpl(row.id)) << "its label can be printed";
+    }
+    return {wasKilled, int(sold.size()), int(rows.size()), shown};
+}
+
+void killAtEveryStep(const CarrierScenario &scenario)
+{
+    int step = 1;
+    for (End end{.wasKilled = true}; end.wasKilled; ++step) {
+        SCOPED_TRACE(step);
+        end = dieAndStartAgain(step, scenario);
+        EXPECT_EQ(end.labels, end.rows);
+        EXPECT_LE(end.labels, 1);
+        EXPECT_GE(end.shown, end.labels);
+        EXPECT_TRUE(end.wasKilled || end.labels == 1);
+    }
+    EXPECT_GT(step, 8) << "a purchase has more steps than that";
+}
+
+} // namespace
+
+TEST(KilledDuringAPurchase, EveryLabelIsInTheBooksOnce)
+{
+    killAtEveryStep({});
+}
+
+TEST(KilledDuringAPurchase, AlsoOneWhoseAnswerWasLost)
+{
+    killAtEveryStep({.lostAnswers = 1});
+}
+
+} // namespace parcelory::test

@@ -1,0 +1,295 @@
+#include "compose/SecondLabel.h"
+#include "support/LabelDesk.h"
+#include "support/Printing.h"
+
+#include <gmock/gmock.h>
+
+#include <QDir>
+
+#include <random>
+
+namespace parcelory::test {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+class PurchasesTest : public testing::Test, public LabelDesk {
+protected:
+    Purchases &purchases() { return screen().purchases; }
+    void rate(const QString &reference = {})
+    {
+        composeParcel(homeAddress());
+        screen().reference = reference;
+        run(screen().fetchRates());
+        ASSERT_TRUE(screen().selectedRate()) << banner().toStdString();
+    }
+    void press() { run(screen().buyAndPrint()); }
+    void checkAgain()
+    {
+        run(purchases().checkAgain());
+        runUntil([this] { return !purchases().asking; }); // it may have begun by itself
+    }
+    void restart()
+    {
+        runUntil([this] { return !purchases().asking; });
+        screenOwner.reset();
+        app.reset();
+        app = std::make_unique<AppState>(platform);
+        screenOwner = std::make_unique<LabelScreen>(*app);
+        settle();
+        run(purchases().resume());
+    }
+    /// The transactions that the carrier has sold, and those in the mailing log.
+    QList<QString> sold()
+    {
+        QList<QString> ids;
+        const QDate today = QDate::currentDate();
+        for (const MasterEntry &entry : runTask(app->shippo.masterLog(today.addDays(-1), today.addDays(1)), &clock))
+            ids.append(entry.id);
+        std::ranges::sort(ids);
+        return ids;
+    }
+    QList<QString> logged()
+    {
+        QList<QString> ids;
+        for (const ShipmentRecord &record : app->log.records())
+            ids.append(record.transactionID);
+        std::ranges::sort(ids);
+        return ids;
+    }
+};
+
+const QString refusedByServer = u"Shippo HTTP 500: down"_s;
+
+CarrierScenario failingPurchase()
+{
+    CarrierScenario scenario;
+    scenario.failNext = CarrierFailure{"transactions/", 500, "text/plain", "down", 1, "POST"};
+    return scenario;
+}
+
+} // namespace
+
+TEST_F(PurchasesTest, ALabelWhoseAnswerWasLostIsFoundPrintedAndLogged)
+{
+    rate();
+    carrier.setScenario({.lostAnswers = 1});
+    press();
+    EXPECT_TRUE(banner().startsWith(u"Success! "_s)) << banner().toStdString();
+    EXPECT_EQ(sent("/transactions/").size(), 1);
+    EXPECT_EQ(logged(), sold());
+    EXPECT_TRUE(processes.lastPrinted().contains("^XA"));
+    EXPECT_TRUE(app->journal.openPurchases().isEmpty());
+}
+
+TEST_F(PurchasesTest, WhileTheCarrierCannotBeAskedBuyingIsClosedForThatRecipient)
+{
+    rate();
+    carrier.setScenario({.dropConnection = true}); // it sells the label all the same
+    press();
+    EXPECT_TRUE(banner().contains(u"The label may have been bought all the same"_s)) << banner().toStdString();
+    EXPECT_TRUE(screen().isBuyClosed());
+    EXPECT_TRUE(logged().isEmpty());
+    app->draftTo = londonAddress();
+    EXPECT_FALSE(screen().isBuyClosed());
+
+    carrier.setScenario({});
+    checkAgain();
+    EXPECT_TRUE(purchases().questions.value().isEmpty());
+    ASSERT_EQ(purchases().settled.value().size(), 1);
+    EXPECT_EQ(logged(), sold());
+    EXPECT_EQ(logged().size(), 1);
+    EXPECT_TRUE(processes.lastPrinted().isEmpty()) << "printing is the clerk's decision by now";
+    run(purchases().print(purchases().settled.value().first()));
+    EXPECT_TRUE(processes.lastPrinted().contains("^XA"));
+    purchases().dismiss(purchases().settled.value().first());
+    EXPECT_TRUE(purchases().settled.value().isEmpty());
+}
+
+TEST_F(PurchasesTest, WhatTheCarrierDoesNotKnowAfterAMinuteWasNotBought)
+{
+    rate();
+    carrier.setScenario(failingPurchase());
+    press();
+    EXPECT_TRUE(banner().startsWith(refusedByServer)) << banner().toStdString();
+    ASSERT_EQ(purchases().questions.value().size(), 1);
+    EXPECT_TRUE(purchases().questions.value().first().isAnswered);
+    EXPECT_FALSE(screen().isBuyClosed()) << "it was answered, so a second look is enough";
+
+    clock.advance(std::chrono::seconds(61));
+    checkAgain();
+    ASSERT_EQ(purchases().settled.value().size(), 1);
+    EXPECT_FALSE(purchases().settled.value().first().isBought);
+    EXPECT_TRUE(purchases().settled.value().first().text.endsWith(u" was not bought, and nothing was charged."_s));
+    rate();
+    press();
+    EXPECT_EQ(logged().size(), 1);
+    EXPECT_EQ(logged(), sold());
+}
+
+TEST_F(PurchasesTest, AQuestionIsOfTheKeyThatItWasAskedWith)
+{
+    rate();
+    carrier.setScenario({.dropConnection = true});
+    press();
+    carrier.setScenario({});
+    useToken(PracticeCarrier::liveToken);
+    restart();
+    ASSERT_EQ(purchases().questions.value().size(), 1);
+    EXPECT_TRUE(purchases().questions.value().first().text.contains(u"the TEST key"_s));
+    useToken(PracticeCarrier::testToken);
+    restart();
+    EXPECT_TRUE(purchases().questions.value().isEmpty());
+    EXPECT_EQ(logged(), sold());
+}
+
+TEST_F(PurchasesTest, NothingIsBoughtWithoutAJournal)
+{
+    rate();
+    AppState second(platform); // the first one holds the journal
+    LabelScreen other(second);
+    const std::optional<QString> chosen = screen().selectedRateID;
+    second.draftTo = homeAddress();
+    other.rates = screen().rates.value();
+    other.selectedRateID = chosen;
+    run(other.buyAndPrint());
+    ASSERT_TRUE(other.banner.value());
+    EXPECT_TRUE(other.banner.value()->text.contains(u"another Parcelory is running"_s))
+        << other.banner.value()->text.toStdString();
+    EXPECT_TRUE(sent("/transactions/").isEmpty());
+}
+
+TEST_F(PurchasesTest, ADamagedJournalIsKeptAndANewOneBegun)
+{
+    screenOwner.reset();
+    app.reset();
+    QFile file(path(u"purchase_journal.sqlite"_s));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(QByteArray(4096, 'x'));
+    file.close();
+    app = std::make_unique<AppState>(platform);
+    screenOwner = std::make_unique<LabelScreen>(*app);
+    rate();
+    press();
+    EXPECT_EQ(logged().size(), 1);
+    EXPECT_EQ(QDir(folder.path()).entryList({u"purchase_journal.sqlite.damaged-*"_s}).size(), 1);
+}
+
+TEST_F(PurchasesTest, ASecondLabelCostsOnePressMoreAndAFirstOneNone)
+{
+    rate(u"48213"_s);
+    press();
+    EXPECT_EQ(logged().size(), 1);
+    rate();
+    settle();
+    press();
+    EXPECT_EQ(logged().size(), 1);
+    EXPECT_TRUE(screen().secondLabel.value().endsWith(u" for the same recipient."_s));
+    EXPECT_TRUE(screen().selectedRate());
+    press();
+    EXPECT_EQ(logged().size(), 2);
+    for (const ShipmentRecord &record : app->log.records())
+        EXPECT_TRUE(app->log.setStatus(record.id, u"REFUNDED"_s));
+    rate(u"48213"_s);
+    press();
+    EXPECT_EQ(logged().size(), 3) << "what was given back is no label";
+}
+
+TEST(SecondLabel, IsWarnedOfByReferenceRecipientInvoiceAndOpenQuestion)
+{
+    const QDateTime now(QDate(2026, 11, 20), QTime(15, 0));
+    ShipmentRecord label{.createdAt = now.addSecs(-3600),
+                         .service = u"Priority Mail"_s,
+                         .recipient = u"Eleanor Whitfield, 418 Montford Ave, Asheville NC 28801"_s,
+                         .tracking = u"92055901"_s,
+                         .reference = u"48213"_s,
+                         .zip11 = u"28801-1224"_s};
+    const SecondLabelFacts first{.recipient = homeAddress(),
+                                 .reference = {},
+                                 .invoiceTracking = {},
+                                 .lastOutcomeUnknown = false,
+                                 .now = now,
+                                 .earlier = {}};
+    struct Row {
+        std::function<void(SecondLabelFacts &, ShipmentRecord &)> change;
+        QString reason;
+    };
+    const QString same = u"USPS Priority Mail label 9205 5901 was bought today at 2:00 PM for the same "_s;
+    const Row rows[] = {
+        {[](auto &, auto &) {}, same + u"recipient."_s},
+        {[](auto &facts, auto &) { facts.recipient.name = u" eleanor  whitfield"_s; }, same + u"recipient."_s},
+        {[](auto &facts, auto &) { facts.recipient.name = u"Eleanor"_s; }, {}},
+        {[](auto &facts, auto &) { facts.recipient.zip = u"28802"_s; }, {}},
+        {[](auto &, auto &row) { row.createdAt = row.createdAt.addDays(-1); }, {}},
+        {[](auto &, auto &row) { row.status = u"REFUND_PENDING"_s; }, {}},
+        {[](auto &, auto &row) { row.status = u"REFUND_ERROR"_s; }, same + u"recipient."_s},
+        {[](auto &facts, auto &) { facts.reference = u" 48213 "_s; }, same + u"reference."_s},
+        {[](auto &facts, auto &row) {
+             facts.reference = u"48213"_s;
+             facts.recipient.name = u"Somebody"_s;
+             row.createdAt = row.createdAt.addYears(-1);
+         },
+         u"USPS Priority Mail label 9205 5901 was bought on Nov 20, 2025 at 2:00 PM for the same reference."_s},
+        {[](auto &facts, auto &row) {
+             row.status = u"REFUNDED"_s;
+             facts.invoiceTracking = u"9400111"_s;
+         },
+         u"The invoice already has a tracking number: 9400 111."_s},
+        {[](auto &facts, auto &row) {
+             row.status = u"REFUNDED"_s;
+             facts.lastOutcomeUnknown = true;
+         },
+         u"A label for this recipient may have been bought: the carrier could not say yet."_s},
+    };
+    for (const Row &row : rows) {
+        SecondLabelFacts facts = first;
+        ShipmentRecord earlier = label;
+        row.change(facts, earlier);
+        facts.earlier = {earlier};
+        EXPECT_EQ(secondLabelReasons(facts).join(u'|'), row.reason);
+    }
+}
+
+/// A clerk who stops at every warning never gets a parcel's second label, whatever goes wrong.
+TEST_F(PurchasesTest, NoSequenceOfMishapsBuysTwiceOrLosesALabel)
+{
+    std::mt19937 random(20261120);
+    const auto chance = [&random](int of) { return std::uniform_int_distribution(0, of - 1)(random); };
+    const std::function<CarrierScenario()> mishaps[] = {
+        [] { return CarrierScenario{}; },
+        [] { return CarrierScenario{}; },
+        [] { return CarrierScenario{.lostAnswers = 1}; },
+        [] { return CarrierScenario{.dropConnection = true}; },
+        [] { return CarrierScenario{.queuedReads = 15}; },
+        [] { return CarrierScenario{.purchaseFails = true, .purchaseMessages = {u"Insufficient funds."_s}}; },
+        failingPurchase,
+    };
+    for (int step = 0; step < 60; ++step) {
+        carrier.setScenario({});
+        ShippoAddress to = homeAddress();
+        to.name = u"Parcel %1"_s.arg(chance(12)); // often one that has its label, or a question, already
+        composeParcel(to);
+        run(screen().fetchRates());
+        carrier.setScenario(mishaps[chance(7)]());
+        for (int presses = chance(3); presses >= 0; --presses) {
+            if (screen().secondLabel.value().isEmpty())
+                press();
+        }
+        if (chance(5) == 0)
+            restart();
+        if (chance(3) == 0)
+            clock.start = clock.start.addSecs(20);
+    }
+    carrier.setScenario({});
+    clock.start = clock.start.addSecs(61);
+    checkAgain();
+    EXPECT_TRUE(purchases().questions.value().isEmpty());
+    EXPECT_TRUE(app->journal.openPurchases().isEmpty());
+    EXPECT_EQ(logged(), sold());
+    QMap<QString, int> labels;
+    for (const ShipmentRecord &record : app->log.records())
+        EXPECT_EQ(++labels[record.recipient], 1) << record.recipient.toStdString();
+    EXPECT_GT(labels.size(), 5);
+}
+
+} // namespace parcelory::test
