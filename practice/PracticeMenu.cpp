@@ -3,6 +3,7 @@
 #include "practice/PracticeDesk.h"
 #include "practice/backoffice/PracticeInvoices.h"
 
+#include <QActionGroup>
 #include <QGuiApplication>
 #include <QInputDialog>
 #include <QKeyEvent>
@@ -83,6 +84,24 @@ void addScaleEntries(QMenu *menu, PracticeScale &scale)
     QObject::connect(unplugged, &QAction::toggled, menu, [&scale](bool on) { on ? scale.unplug() : scale.plug(); });
 }
 
+void addPrinterEntries(QMenu *menu, PracticePrinter &printer)
+{
+    const std::pair<QString, PrinterFault> faults[] = {{u"Label Printer Is Paused"_s, PrinterFault::paused},
+                                                       {u"Label Printer Is Off"_s, PrinterFault::off},
+                                                       {u"Label Printer Is Out of Labels"_s, PrinterFault::outOfLabels},
+                                                       {u"Label Printer Was Removed"_s, PrinterFault::unknown}};
+    auto *group = new QActionGroup(menu);
+    group->setExclusionPolicy(QActionGroup::ExclusionPolicy::ExclusiveOptional);
+    for (const auto &[name, fault] : faults) {
+        QAction *action = menu->addAction(name);
+        action->setCheckable(true);
+        group->addAction(action);
+        // Not "toggled": the fault that gives way must not undo the one that takes its place.
+        QObject::connect(action, &QAction::triggered, menu,
+                         [&printer, fault](bool on) { printer.setFault(on ? fault : PrinterFault::none); });
+    }
+}
+
 /// Something that goes wrong at the back office while its entry is checked.
 struct OfficeMishap {
     QString name;
@@ -141,14 +160,7 @@ void addPracticeMenu(QMenuBar *bar, PracticeDesk &desk)
         });
     }
     menu->addSeparator();
-    QAction *paused = menu->addAction(u"Label Printer Is Paused"_s);
-    paused->setCheckable(true);
-    QObject::connect(paused, &QAction::toggled, menu, [&desk](bool on) {
-        if (on)
-            desk.printer().pause(true);
-        else
-            desk.printer().resume();
-    });
+    addPrinterEntries(menu, desk.printer());
 }
 
 } // namespace parcelory

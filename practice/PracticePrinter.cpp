@@ -25,55 +25,117 @@ ProcessOutcome answer(const QByteArray &out)
     return {0, out, {}};
 }
 
+/// What the print system says of a label printer with a job to print.
+struct FaultWords {
+    PrinterFault fault;
+    QByteArray state, alerts;
+};
+
+const FaultWords &wordsOf(PrinterFault fault)
+{
+    static const FaultWords table[] = {
+        {PrinterFault::none, "is idle.  enabled", "none"},
+        {PrinterFault::paused, "disabled since Sat Nov 21 17:13:24 2026 -\n\tPaused", "paused"},
+        {PrinterFault::off, "now printing.  enabled\n\tWaiting for printer to become available.", "none"},
+        {PrinterFault::outOfLabels, "now printing.  enabled", "media-empty-error"},
+    };
+    const auto *row = std::ranges::find(table, fault, &FaultWords::fault);
+    return row == std::end(table) ? table[0] : *row;
+}
+
 } // namespace
 
 PracticePrinter::PracticePrinter(QDir folder) : m_folder(std::move(folder))
 {
     for (const QString &name : m_folder.entryList(QDir::Files)) // earlier runs' files stay
-        m_jobs = std::max(m_jobs.load(), name.section(u'-', 0, 0).toInt());
+        m_jobs = std::max(m_jobs, name.section(u'-', 0, 0).toInt());
 }
 
 ProcessOutcome PracticePrinter::run(const QString &program, const QStringList &arguments)
 {
+    const std::lock_guard lock(m_access);
     if (program == u"/usr/bin/lpstat")
         return lpstat(arguments);
     if (program == u"/usr/bin/lpr")
         return lpr(arguments);
     if (program == u"/usr/sbin/cupsenable") {
-        m_paused = m_paused && m_stubborn;
+        if (m_fault == PrinterFault::paused && !m_stubborn)
+            setFault(PrinterFault::none);
         return {};
     }
     throw AppError(u"The practice desk does not start %1."_s.arg(program));
 }
 
-void PracticePrinter::pause(bool stubborn)
+void PracticePrinter::setFault(PrinterFault fault, bool stubborn)
 {
-    m_paused = true;
+    const std::lock_guard lock(m_access);
+    m_fault = fault;
     m_stubborn = stubborn;
+    if (fault != PrinterFault::none)
+        return;
+    for (const Job &job : std::exchange(m_waiting, {}))
+        print(job);
 }
 
 ProcessOutcome PracticePrinter::lpstat(const QStringList &arguments) const
 {
+    const bool unplugged = m_fault == PrinterFault::unknown;
     const QByteArray label = labelQueue.toUtf8(), document = documentQueue.toUtf8();
+    if (arguments.first() == u"-r")
+        return answer("scheduler is running\n");
     if (arguments.first() == u"-e")
-        return answer(document + '\n' + label + '\n');
+        return answer(document + '\n' + (unplugged ? "" : label + '\n'));
     if (arguments.first() == u"-v")
-        return answer("device for " + document + ": practice:/laser\ndevice for " + label +
-                      ": usb://Zebra%20Technologies/ZTC%20ZD421-203dpi%20ZPL\n");
-    const bool paused = m_paused && arguments.value(1) == labelQueue;
-    return answer("printer " + arguments.value(1).toUtf8() +
-                  (paused ? " disabled\n\tPaused\n" : " is idle.  enabled\n"));
+        return answer(
+            "device for " + document + ": practice:/laser\n" +
+            (unplugged ? "" : "device for " + label + ": usb://Zebra%20Technologies/ZTC%20ZD421-203dpi%20ZPL\n"));
+    const QString queue = arguments[arguments.indexOf(u"-p"_s) + 1];
+    if (queue != documentQueue && (queue != labelQueue || unplugged))
+        return {1, {}, "lpstat: Invalid destination name in list \"" + queue.toUtf8() + "\".\n"};
+    return answer(described(queue, arguments.contains(u"-o"_s)));
+}
+
+QByteArray PracticePrinter::described(const QString &queue, bool withJobs) const
+{
+    const QByteArray name = queue.toUtf8();
+    const bool isLabels = queue == labelQueue;
+    const bool shows = isLabels && (m_fault == PrinterFault::paused || !m_waiting.isEmpty());
+    const FaultWords &words = wordsOf(shows ? m_fault : PrinterFault::none);
+    QByteArray text = "printer " + name + ' ' + words.state + '\n';
+    if (!withJobs)
+        return text;
+    text += "\tForm mounted:\n\tAlerts: " + words.alerts + '\n' + name +
+            " accepting requests since Sat Nov 21 17:13:24 2026\n";
+    for (const Job &job : isLabels ? m_waiting : QList<Job>())
+        text += name + '-' + QByteArray::number(job.number) +
+                "  clerk  1024   Sat Nov 21 17:13:24 2026\n\tAlerts: none\n\tqueued for " + name + '\n';
+    return text;
 }
 
 ProcessOutcome PracticePrinter::lpr(const QStringList &arguments)
 {
     const QString queue = arguments.value(1);
-    if (queue != labelQueue && queue != documentQueue)
+    const bool isLabels = queue == labelQueue;
+    if (queue != documentQueue && (!isLabels || m_fault == PrinterFault::unknown))
         return {1, {}, "/usr/bin/lpr: Error - The printer or class does not exist.\n"};
-    const QString suffix = QFileInfo(arguments.last()).suffix();
-    const QString name = u"%1-%2.%3"_s.arg(++m_jobs, 4, 10, QChar(u'0')).arg(queue, suffix);
-    keepCopy(arguments.last(), m_folder, name);
+    QFile document(arguments.last());
+    if (!document.open(QIODevice::ReadOnly))
+        throw AppError(u"%1 could not be read — %2."_s.arg(document.fileName(), document.errorString()));
+    const QString name = u"%1-%2.%3"_s.arg(++m_jobs, 4, 10, QChar(u'0')).arg(queue, QFileInfo(document).suffix());
+    const Job job{m_jobs, name, document.readAll()};
+    if (isLabels && m_fault != PrinterFault::none)
+        m_waiting += job;
+    else
+        print(job);
     return {};
+}
+
+void PracticePrinter::print(const Job &job) const
+{
+    m_folder.mkpath(u"."_s);
+    QFile paper(m_folder.filePath(job.file));
+    if (!paper.open(QIODevice::WriteOnly | QIODevice::NewOnly) || paper.write(job.bytes) != job.bytes.size())
+        throw AppError(u"%1 could not be kept in %2"_s.arg(job.file, m_folder.absolutePath()));
 }
 
 void PracticeDesktop::openFile(const QString &path)

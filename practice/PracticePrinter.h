@@ -6,11 +6,15 @@
 
 #include <QDir>
 
-#include <atomic>
+#include <mutex>
 
 namespace parcelory {
 
-/// Two printers of paper-free stock. It answers as the print tools would and keeps what they get as files.
+/// What ails the practice label printer. While it is off or out of labels, jobs wait in its queue.
+enum class PrinterFault { none, paused, off, outOfLabels, unknown };
+
+/// Two printers of paper-free stock. It answers as the print tools would and keeps what they get as files. May be
+/// called from any thread.
 class PracticePrinter : public ProcessRunner {
 public:
     static inline const QString labelQueue = QStringLiteral("Practice_Zebra");
@@ -22,19 +26,28 @@ public:
     /// Only the three print tools exist here; anything else throws AppError.
     ProcessOutcome run(const QString &program, const QStringList &arguments) override;
 
-    /// A paused label queue; `stubborn` stays paused when it is asked to resume.
-    void pause(bool stubborn);
-    void resume() { m_paused = false; }
+    /// What waits is printed once there is none. A queue that is paused and not `stubborn` resumes when it is asked to.
+    void setFault(PrinterFault fault, bool stubborn = true);
     QDir folder() const { return m_folder; }
 
 private:
+    struct Job {
+        int number;
+        QString file; ///< where it is printed to
+        QByteArray bytes;
+    };
+
     ProcessOutcome lpstat(const QStringList &arguments) const;
+    QByteArray described(const QString &queue, bool withJobs) const;
     ProcessOutcome lpr(const QStringList &arguments);
+    void print(const Job &job) const;
 
     QDir m_folder;
-    std::atomic<int> m_jobs = 0;
-    std::atomic<bool> m_paused = false;
-    std::atomic<bool> m_stubborn = false;
+    mutable std::recursive_mutex m_access;
+    int m_jobs = 0;
+    QList<Job> m_waiting; ///< for the label printer
+    PrinterFault m_fault = PrinterFault::none;
+    bool m_stubborn = false;
 };
 
 /// A viewer that keeps a copy of every document it is given.

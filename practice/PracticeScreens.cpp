@@ -310,6 +310,13 @@ Task<> Gallery::drawBuying()
     co_await label().validate();
     co_await label().buyAndPrint();
     co_await save(u"new-label-bought"_s);
+    m_desk.printer().setFault(PrinterFault::outOfLabels);
+    co_await label().reprintLast();
+    co_await until([this] { return !app().printWatch.notice.value().isEmpty(); });
+    co_await save(u"new-label-out-of-labels"_s);
+    co_await saveDark(u"new-label-out-of-labels"_s);
+    m_desk.printer().setFault(PrinterFault::none);
+    co_await until([this] { return app().printWatch.notice.value().isEmpty(); });
 }
 
 Task<> Gallery::drawRecords()

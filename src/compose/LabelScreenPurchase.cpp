@@ -5,7 +5,6 @@
 #include "core/CountryCode.h"
 #include "core/Text.h"
 #include "records/Reprint.h"
-#include "shell/SettingsKeys.h"
 
 #include <QScopeGuard>
 
@@ -320,8 +319,6 @@ void LabelScreen::clearSold(const SoldDraft &sold)
 /// Fetches and prints the label. It is paid for by now, so nothing that fails here may stop it from being logged.
 Task<LabelScreen::Printed> LabelScreen::fetchAndPrint(QString labelUrl)
 {
-    const QString zebraQueue = read(m_app.platform.preferences, settings::zebraQueue);
-    const QString documentQueue = read(m_app.platform.preferences, settings::documentQueue);
     Printed result;
     try {
         const QByteArray label = co_await m_app.shippo.downloadLabel(labelUrl);
@@ -329,8 +326,7 @@ Task<LabelScreen::Printed> LabelScreen::fetchAndPrint(QString labelUrl)
             throw AppError(u"the label arrived incomplete"_s);
         if (isWhole(label))
             result.document = label; // without bytes, a reprint downloads the label again
-        auto printing = onPool([=, this] { return m_app.printer.print(label, zebraQueue, documentQueue); });
-        const QString printed = co_await printing;
+        const QString printed = co_await printLabel(m_app, label);
         result.note = u". "_s + printed;
         result.done = true;
     } catch (const AppError &error) {

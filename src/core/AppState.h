@@ -10,6 +10,7 @@
 #include "core/Platform.h"
 #include "core/PostalContact.h"
 #include "devices/LabelPrinter.h"
+#include "devices/PrintWatch.h"
 #include "devices/ScanWedgeListener.h"
 #include "devices/USBScale.h"
 #include "records/BoxStore.h"
@@ -86,6 +87,7 @@ public:
     LocalAddressStore addressBook;
     ContactsAddressProvider appleContacts;
     LabelPrinter printer;
+    PrintWatch printWatch;
     ScanWedgeListener scanListener;
 
     /// Pushes a recipient of the address book into the label draft and shows it.

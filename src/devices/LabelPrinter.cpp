@@ -57,8 +57,7 @@ QString LabelPrinter::print(const QByteArray &label, const QString &zebraQueue, 
     case LabelKind::png:
         m_desktop.openFile(temporaryFile(label, u"parcelory-label-"_s, u".png"_s));
         return u"Shippo returned a PNG label (not ZPL) — opened in Preview."_s;
-    case LabelKind::notALabel:
-        throw SystemError(notALabel, u"what the carrier sent is not a label"_s);
+    case LabelKind::notALabel: // refused there
     case LabelKind::zpl:
         break;
     }
@@ -70,6 +69,8 @@ void LabelPrinter::printZPL(const QByteArray &zpl, const QString &queue)
 {
     if (queue.isEmpty())
         throw SystemError(noQueue, u"No Zebra printer queue selected in Settings."_s);
+    if (labelKind(zpl) != LabelKind::zpl)
+        throw SystemError(notALabel, u"what the carrier sent is not a label"_s);
     if (queueIsPaused(queue)) {
         tryResume(queue);
         if (queueIsPaused(queue))
@@ -79,13 +80,27 @@ void LabelPrinter::printZPL(const QByteArray &zpl, const QString &queue)
     QByteArray program = Zpl::clamped(zpl);
     if (rotate180())
         program = Zpl::rotated(program);
+    else if (read(m_preferences, settings::turnedQueues).contains(queue))
+        program = Zpl::upright(program);
     const QString path = temporaryFile(program, u"parcelory-"_s, u".zpl"_s);
     const auto removed = qScopeGuard([&path] { QFile::remove(path); });
     lpr(path, queue, true);
+    if (Zpl::leavesTurned(program))
+        rememberTurned(queue);
+}
+
+/// Kept over restarts, and for good: whether the printer was switched off meanwhile, nobody can tell.
+void LabelPrinter::rememberTurned(const QString &queue)
+{
+    QStringList turned = read(m_preferences, settings::turnedQueues);
+    if (!turned.contains(queue))
+        write(m_preferences, settings::turnedQueues, turned << queue);
 }
 
 bool LabelPrinter::printPDF(const QByteArray &pdf, const QString &queue)
 {
+    if (labelKind(pdf) != LabelKind::pdf)
+        throw SystemError(notALabel, u"what was to be printed is not a PDF document"_s);
     const QString path = temporaryFile(pdf, u"parcelory-"_s, u".pdf"_s);
     if (queue.isEmpty()) {
         m_desktop.openFile(path); // the viewer needs the file, so it stays
@@ -144,6 +159,25 @@ bool LabelPrinter::queueIsPaused(const QString &queue)
         return utf8OrEmpty(outcome.out + outcome.err).toLower().contains(u"disabled"_s);
     } catch (const AppError &) {
         return false;
+    }
+}
+
+PrinterReport LabelPrinter::queueReport(const QString &queue)
+{
+    if (queue.isEmpty())
+        return {};
+    try {
+        const ProcessOutcome outcome =
+            m_processes.run(lpstatTool, {u"-l"_s, u"-p"_s, queue, u"-a"_s, queue, u"-o"_s, queue});
+        PrinterReport report = readPrinterReport(outcome.out, outcome.err);
+        if (report.trouble != PrinterTrouble::unknownQueue)
+            return report;
+        const ProcessOutcome scheduler = m_processes.run(lpstatTool, {u"-r"_s});
+        if (utf8OrEmpty(scheduler.out + scheduler.err).contains(u"not running"_s))
+            report.trouble = PrinterTrouble::noPrintSystem;
+        return report;
+    } catch (const AppError &) {
+        return {};
     }
 }
 

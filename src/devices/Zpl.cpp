@@ -2,6 +2,7 @@
 
 #include <QUtf8StringView>
 
+#include <algorithm>
 #include <string_view>
 
 namespace parcelory {
@@ -10,6 +11,10 @@ namespace {
 
 constexpr int longestPassed = 1230; ///< dots; a little over six inches passes, so that carriers' roundings do not count
 constexpr qsizetype fewestDigits = 3, mostDigits = 5;
+
+// Dots of four by six inches, with what carriers and printers add at the edges.
+constexpr int widest203Dpi = 832, widest300Dpi = 1248;
+constexpr int shortest300Dpi = 1750, longest300Dpi = 1850;
 
 bool isUtf8(const QByteArray &bytes)
 {
@@ -36,6 +41,29 @@ std::optional<LengthCommand> nextLength(const QByteArray &zpl, qsizetype from)
     return std::nullopt;
 }
 
+/// The label's width in dots as the first ^PW tells it.
+std::optional<int> declaredWidth(const QByteArray &zpl)
+{
+    const qsizetype command = zpl.indexOf("^PW");
+    if (command < 0)
+        return std::nullopt;
+    qsizetype end = command + 3;
+    while (end < zpl.size() && end - command < 3 + mostDigits && zpl[end] >= '0' && zpl[end] <= '9')
+        ++end;
+    return zpl.mid(command + 3, end - command - 3).toInt();
+}
+
+/// What a server sends in a label's place begins so, also where it quotes a label further on.
+bool beginsAsAnotherFile(const QByteArray &bytes)
+{
+    constexpr std::string_view beginnings[] = {"<", "{", "[", "\"", "\x1F\x8B", "PK\x03\x04"};
+    std::string_view text(bytes.constData(), size_t(bytes.size()));
+    if (text.starts_with("\xEF\xBB\xBF"))
+        text.remove_prefix(3);
+    text.remove_prefix(std::min(text.find_first_not_of(std::string_view(" \t\r\n\f\v\0", 7)), text.size()));
+    return std::ranges::any_of(beginnings, [text](std::string_view beginning) { return text.starts_with(beginning); });
+}
+
 } // namespace
 
 LabelKind labelKind(const QByteArray &label)
@@ -44,6 +72,8 @@ LabelKind labelKind(const QByteArray &label)
         return LabelKind::pdf;
     if (label.startsWith("\x89PNG"))
         return LabelKind::png;
+    if (beginsAsAnotherFile(label))
+        return LabelKind::notALabel;
     // Printers take commands in either case.
     return label.contains("^XA") || label.contains("^xa") ? LabelKind::zpl : LabelKind::notALabel;
 }
@@ -93,6 +123,15 @@ QByteArray clamped(const QByteArray &zpl)
     return result.append(zpl.constData() + copied, zpl.size() - copied);
 }
 
+bool isCutFrom300Dpi(const QByteArray &zpl)
+{
+    const int length = declaredLength(zpl).value_or(0);
+    if (!isUtf8(zpl) || length <= longestPassed || length > longest300Dpi)
+        return false;
+    const std::optional<int> width = declaredWidth(zpl);
+    return width ? *width > widest203Dpi && *width <= widest300Dpi : length >= shortest300Dpi;
+}
+
 QByteArray rotated(const QByteArray &zpl)
 {
     if (!isUtf8(zpl))
@@ -102,6 +141,18 @@ QByteArray rotated(const QByteArray &zpl)
         return result.replace("^XA", "^XA^POI");
     const QByteArray placeholder = "\x01SWAP\x01"; // cannot occur in a label
     return result.replace("^POI", placeholder).replace("^PON", "^POI").replace(placeholder, "^PON");
+}
+
+QByteArray upright(const QByteArray &zpl)
+{
+    if (!isUtf8(zpl) || zpl.contains("^POI") || zpl.contains("^PON"))
+        return zpl;
+    return QByteArray(zpl).replace("^XA", "^XA^PON");
+}
+
+bool leavesTurned(const QByteArray &zpl)
+{
+    return zpl.lastIndexOf("^POI") > zpl.lastIndexOf("^PON");
 }
 
 } // namespace Zpl

@@ -25,8 +25,18 @@ std::optional<int> declaredLength(const QByteArray &zpl);
 /// other label, and bytes that are not UTF-8, come back as they are.
 QByteArray clamped(const QByteArray &zpl);
 
+/// True for a label drawn for four by six inches at 300 dpi that `clamped` shortens: a third of it is lost.
+bool isCutFrom300Dpi(const QByteArray &zpl);
+
 /// The label turned by 180°, by its print orientation; bytes that are not UTF-8 come back as they are.
 QByteArray rotated(const QByteArray &zpl);
+
+/// The label with the normal orientation said outright; one that sets its own, and bytes that are not UTF-8, come back
+/// as they are.
+QByteArray upright(const QByteArray &zpl);
+
+/// True when the printer's orientation is turned once this label is printed.
+bool leavesTurned(const QByteArray &zpl);
 
 /// Three lines on 4×2 inches that tell that printing works.
 extern const QByteArray testLabel;

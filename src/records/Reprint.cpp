@@ -1,6 +1,9 @@
 #include "records/Reprint.h"
 
+#include "core/Text.h"
 #include "shell/SettingsKeys.h"
+
+#include <QScopeGuard>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;
@@ -28,6 +31,33 @@ Task<QByteArray> downloadAgain(AppState &app, QString url)
 
 } // namespace
 
+Task<QString> printLabel(AppState &app, QByteArray label)
+{
+    const QString zebraQueue = read(app.platform.preferences, settings::zebraQueue);
+    const QString documentQueue = read(app.platform.preferences, settings::documentQueue);
+    const LabelKind kind = labelKind(label);
+    // A job that was refused is followed as well: the queue's state says why, and when it is worth another try.
+    const auto sent = qScopeGuard([&] {
+        if (kind == LabelKind::zpl)
+            app.printWatch.follow(zebraQueue, Paper::label);
+        else if (kind == LabelKind::pdf)
+            app.printWatch.follow(documentQueue, Paper::document);
+    });
+    auto printing = onPool([&printer = app.printer, label, zebraQueue, documentQueue] {
+        return printer.print(label, zebraQueue, documentQueue);
+    });
+    const QString printed = co_await printing;
+    co_return joinPresent({printed, app.printWatch.caution(label)}, u" "_s);
+}
+
+Task<QString> stillWaiting(AppState &app)
+{
+    const QString queue = read(app.platform.preferences, settings::zebraQueue);
+    auto asking = onPool([&printer = app.printer, queue] { return printer.queueReport(queue); });
+    const PrinterReport report = co_await asking;
+    co_return report.waiting > 0 ? printerSentence(queue, report, Paper::label) : QString();
+}
+
 Task<QString> reprintLabel(AppState &app, ShipmentRecord record)
 {
     std::optional<QByteArray> label = record.zpl;
@@ -37,12 +67,7 @@ Task<QString> reprintLabel(AppState &app, ShipmentRecord record)
     }
     if (!label)
         label = co_await downloadAgain(app, record.labelURL);
-    auto printing = onPool([&app, bytes = *label] {
-        const Preferences &preferences = app.platform.preferences;
-        return app.printer.print(bytes, read(preferences, settings::zebraQueue),
-                                 read(preferences, settings::documentQueue));
-    });
-    QString printed = co_await printing;
+    QString printed = co_await printLabel(app, *label);
     co_return printed;
 }
 
@@ -63,6 +88,7 @@ Task<bool> printDocument(AppState &app, QByteArray pdf)
 {
     const QString queue = read(app.platform.preferences, settings::documentQueue);
     auto printing = onPool([&printer = app.printer, pdf, queue] { return printer.printPDF(pdf, queue); });
+    const auto sent = qScopeGuard([&app, queue] { app.printWatch.follow(queue, Paper::document); });
     const bool sentToQueue = co_await printing;
     co_return sentToQueue;
 }

@@ -5,6 +5,13 @@
 
 namespace parcelory {
 
+/// Prints a label on the printers that are chosen in Settings, gives the printer's sentence, and has the queue followed
+/// until it is empty. Throws AppError.
+Task<QString> printLabel(AppState &app, QByteArray label);
+
+/// What still waits in the label printer's queue, as a sentence to be read before more is sent there; empty if nothing.
+Task<QString> stillWaiting(AppState &app);
+
 /// Prints a label once more and gives the printer's sentence. Takes the bytes that `record` carries or that the
 /// mailing log keeps; a label that was logged without them is downloaded again. Throws AppError.
 Task<QString> reprintLabel(AppState &app, ShipmentRecord record);

@@ -13,6 +13,7 @@ using namespace Qt::StringLiterals;
 inline const Setting<QString> zebraQueue{u"printer.zebraQueue"_s, {}};
 inline const Setting<QString> documentQueue{u"printer.documentQueue"_s, {}}; ///< empty: PDFs open in the viewer
 inline const Setting<bool> rotate180{u"printer.rotate180"_s, true};
+inline const Setting<QStringList> turnedQueues{u"printer.turnedQueues"_s, {}}; ///< were sent a turned label
 
 inline const Setting<bool> desklineRemember{u"deskline.remember"_s, false}; ///< sign in by itself at the next start
 inline const Setting<QString> signInName{u"parcelory.email"_s, {}};         ///< as last typed

@@ -108,6 +108,7 @@ Task<> SettingsScreen::printTest()
     busy = true;
     const auto done = qScopeGuard([this] { busy = false; });
     printerMessage = PrinterMessage{}; // the same outcome twice is news twice
+    const auto sent = qScopeGuard([this] { m_app.printWatch.follow(zebraQueue, Paper::label); });
     try {
         auto printing =
             onPool([&printer = m_app.printer, queue = zebraQueue.value()] { printer.printZPL(Zpl::testLabel, queue); });

@@ -103,7 +103,7 @@ TEST_F(LabelPurchaseTest, ALabelThatCouldNotBePrintedIsLoggedAllTheSame)
                                                      {LabelAnswer::truncated, u"the label arrived incomplete"_s},
                                                      {LabelAnswer::html, u"what the carrier sent is not a label"_s}};
     int rows = 1;
-    const qsizetype printJobs = processes.calls().size();
+    const QByteArray lastPrinted = processes.lastPrinted();
     for (const auto &[link, reason] : links) {
         clock.advance(std::chrono::minutes(1));
         rateHome();
@@ -114,7 +114,7 @@ TEST_F(LabelPurchaseTest, ALabelThatCouldNotBePrintedIsLoggedAllTheSame)
         EXPECT_FALSE(app->log.zpl(newest().id)) << "an error page is no label to reprint";
         EXPECT_FALSE(newest().labelURL.isEmpty());
     }
-    EXPECT_EQ(processes.calls().size(), printJobs) << "nothing that is no label goes to a print tool";
+    EXPECT_EQ(processes.lastPrinted(), lastPrinted) << "nothing that is no label goes to a print tool";
 }
 
 TEST_F(LabelPurchaseTest, AFedexParcelAbroadBringsItsCustomsDocument)
@@ -127,7 +127,7 @@ TEST_F(LabelPurchaseTest, AFedexParcelAbroadBringsItsCustomsDocument)
     EXPECT_TRUE(newest().isIntl);
     EXPECT_EQ(newest().services, u"No Signature Required, Declared $1860.00"_s);
     EXPECT_EQ(newest().recipient, u"Harriet Ashcombe, 14 Chandos Place, London WC2N 4HS, GB"_s);
-    EXPECT_EQ(processes.calls().last().arguments.mid(0, 2), (QStringList{u"-P"_s, u"Laser"_s}));
+    EXPECT_EQ(processes.lastPrinted(), *app->log.customsPDF(newest().id));
 
     clock.advance(std::chrono::minutes(1));
     preferences.setValue(u"printer.documentQueue"_s, QString());

@@ -93,9 +93,28 @@ TEST_F(LabelPrinterTest, TurnsLabelsUnlessTheClerkSaidNo)
                                               {u"no"_s, true}, {false, false}, {u"false"_s, false}};
     for (const auto &[stored, turned] : rows) {
         world.preferences.values[u"printer.rotate180"_s] = stored;
+        world.preferences.values.remove(u"printer.turnedQueues"_s);
         printer.printZPL("^XA^XZ", u"Zebra"_s);
         EXPECT_EQ(world.processes.lastPrinted(), turned ? "^XA^POI^XZ" : "^XA^XZ") << stored.toString().toStdString();
     }
+}
+
+TEST_F(LabelPrinterTest, UndoesTheRotationThatAnEarlierLabelHasLeftInThePrinter)
+{
+    world.preferences.values[u"printer.rotate180"_s] = false;
+    const std::pair<QByteArray, QByteArray> rows[] = {
+        {"^XA^POI^XZ^XA^PON^XZ", "^XA^POI^XZ^XA^PON^XZ"},
+        {"^XA^FD1^XZ", "^XA^FD1^XZ"},
+        {"^XA^POI^XZ", "^XA^POI^XZ"}, // the carrier's own
+        {"^XA^FD2^XZ^XA^XZ", "^XA^PON^FD2^XZ^XA^PON^XZ"},
+        {"^XA^FD3^XZ", "^XA^PON^FD3^XZ"}, // the one before may have been cancelled in the queue
+    };
+    for (const auto &[label, expected] : rows) {
+        LabelPrinter(world.platform).printZPL(label, u"Zebra"_s); // as after a restart
+        EXPECT_EQ(world.processes.lastPrinted(), expected);
+    }
+    printer.printZPL("^XA^FD4^XZ", u"Other"_s);
+    EXPECT_EQ(world.processes.lastPrinted(), "^XA^FD4^XZ");
 }
 
 TEST_F(LabelPrinterTest, BringsPdfsToTheDocumentPrinterOrTheViewerAndPicturesToTheViewer)
@@ -141,8 +160,12 @@ TEST_F(LabelPrinterTest, RefusesWhatItCannotPrintBeforeAnythingIsStarted)
 {
     EXPECT_EQ(failureOf([this] { printer.print("^XA^XZ", {}, u"Laser"_s); }),
               Failure(LabelPrinter::noQueue, u"No Zebra printer queue selected in Settings."_s));
-    for (const QByteArray &bytes : {QByteArray(), QByteArray("<?xml version=\"1.0\"?><Error/>")})
+    for (const QByteArray &bytes : {QByteArray(), QByteArray("<?xml version=\"1.0\"?><Error>^XA</Error>")}) {
         EXPECT_EQ(failureOf([&] { printer.print(bytes, u"Zebra"_s, u"Laser"_s); }).first, LabelPrinter::notALabel);
+        EXPECT_EQ(failureOf([&] { printer.printZPL(bytes, u"Zebra"_s); }).first, LabelPrinter::notALabel);
+        for (const QString &queue : {u"Laser"_s, QString()})
+            EXPECT_EQ(failureOf([&] { printer.printPDF(bytes, queue); }).first, LabelPrinter::notALabel);
+    }
     EXPECT_TRUE(calls().isEmpty());
 
     qputenv("TMPDIR", "/proc"); // where nobody, root included, can make a file

@@ -68,6 +68,16 @@ protected:
         QFile output(outputPath(queue));
         return output.open(QIODevice::ReadOnly) ? output.readAll() : QByteArray("nothing");
     }
+    /// What is said of a queue, once it is `expected` or has had its time.
+    QString sentenceOf(const QString &queue, const QString &expected)
+    {
+        const QDeadlineTimer deadline(std::chrono::seconds(20));
+        QString sentence;
+        do {
+            sentence = printerSentence(queue, printer.queueReport(queue), Paper::label);
+        } while (sentence != expected && !deadline.hasExpired());
+        return sentence;
+    }
     void pause(const QString &queue) { ASSERT_EQ(processes.run(u"/usr/sbin/cupsdisable"_s, {queue}).status, 0); }
 
     SystemProcesses processes;
@@ -148,6 +158,35 @@ TEST_F(PrivateCups, LeavesNoJobInAQueueThatStaysPaused)
     EXPECT_FALSE(QFile::exists(outputPath(u"Frozen"_s)));
 }
 
+TEST_F(PrivateCups, SaysInEveryLanguageWhatHoldsTheLabelsUp)
+{
+    const std::pair<QByteArray, QString> faults[] = {
+        {"echo 'STATE: +media-empty-error' >&2", u"the printer is out of labels"_s},
+        {"echo 'STATE: -media-empty-error' >&2; echo 'INFO: Waiting for printer to become available.' >&2",
+         u"the printer is off or not connected"_s},
+        {"echo 'ERROR: Broken pipe' >&2; exit 4",
+         u"the queue is paused (“Broken pipe”); resume it in the system's printer settings"_s},
+        {"exit 3", u"the queue is holding jobs back"_s},
+    };
+    QFile script(folder->filePath(u"fault"_s));
+    for (const char *language : {"de_DE.UTF-8", "fr_FR.UTF-8", "ja_JP.UTF-8"}) {
+        for (const char *name : {"LC_ALL", "LANG", "LANGUAGE", "SOFTWARE"})
+            qputenv(name, language);
+        for (const auto &[fault, cause] : faults) {
+            ASSERT_TRUE(script.open(QIODevice::WriteOnly));
+            script.write(fault + "\nwhile [ -e \"$fault\" ]; do sleep 0.05; done\n");
+            script.close();
+            for (int label = 0; label < 2; ++label)
+                processes.run(u"/usr/bin/lpr"_s, {u"-P"_s, u"ZD421"_s, u"-o"_s, u"raw"_s, script.fileName()});
+            const QString sentence = u"2 labels are still waiting on ZD421 — "_s + cause + u'.';
+            EXPECT_EQ(sentenceOf(u"ZD421"_s, sentence), sentence) << language << ' ' << fault.toStdString();
+            script.remove();
+            processes.run(u"/usr/bin/cancel"_s, {u"-a"_s, u"ZD421"_s});
+            printer.tryResume(u"ZD421"_s);
+        }
+    }
+}
+
 TEST_F(PrivateCups, PrintsPdfsThroughTheDriverOfTheDocumentPrinter)
 {
     EXPECT_TRUE(printer.printPDF(onePagePdf(), u"Laser"_s));
@@ -172,7 +211,13 @@ TEST_F(PrivateCups, TellsWhatTheServerSaysOfAQueueThatDoesNotExistAndOfItsOwnAbs
     }
     EXPECT_TRUE(printer.queues().isEmpty());
     EXPECT_TRUE(printer.zebraQueues().isEmpty());
+    EXPECT_EQ(printer.queueReport(u"ZD421"_s).trouble, PrinterTrouble::noPrintSystem);
     qputenv("CUPS_SERVER", server);
+    EXPECT_EQ(printer.queueReport(u"Unknown"_s).trouble, PrinterTrouble::unknownQueue);
+    processes.run(u"/usr/sbin/cupsreject"_s, {u"-r"_s, u"Gone fishing"_s, u"ZD421"_s});
+    const QString refusing = u"ZD421: the queue takes no new jobs (“Gone fishing”)."_s;
+    EXPECT_EQ(sentenceOf(u"ZD421"_s, refusing), refusing);
+    processes.run(u"/usr/sbin/cupsaccept"_s, {u"ZD421"_s});
 }
 
 } // namespace parcelory::test

@@ -22,6 +22,13 @@ TEST(Zpl, KnowsWhatALabelIsByItsBytes)
         {"^XA^FDM\xFCnze^FS^XZ", LabelKind::zpl}, // not UTF-8
         {"<?xml version=\"1.0\"?><Error><Code>AccessDenied</Code></Error>", LabelKind::notALabel},
         {"<!DOCTYPE html><html><body>502 Bad Gateway</body></html>", LabelKind::notALabel},
+        {"\xEF\xBB\xBF\r\n <html><pre>^XA^FDquoted^XZ</pre></html>", LabelKind::notALabel},
+        {"\t{\"detail\": \"^XA is missing\"}", LabelKind::notALabel},
+        {"[\"^XA^XZ\"]", LabelKind::notALabel},
+        {"\x1F\x8B\x08^XA", LabelKind::notALabel},
+        {QByteArray("\0\0<^XA", 6), LabelKind::notALabel},
+        {QByteArray("^\0X\0A\0", 6), LabelKind::notALabel}, // UTF-16
+        {"\020CT~~CD,~CC^^XA^XZ", LabelKind::zpl},          // as print drivers begin
         {"", LabelKind::notALabel},
     };
     for (const auto &row : rows)
@@ -51,6 +58,15 @@ TEST(Zpl, CutsLabelsThatAreLongerThanThePaper)
     };
     for (const auto &[zpl, expected] : rows)
         EXPECT_EQ(Zpl::clamped(zpl), expected);
+}
+
+TEST(Zpl, KnowsALabelFor300DpiThatWouldBeCut)
+{
+    for (const char *zpl : {"^XA^PW1200^LL1800", "^XA^LL1231^PW833", "^XA^LL1800"})
+        EXPECT_TRUE(Zpl::isCutFrom300Dpi(zpl)) << zpl;
+    for (const char *zpl :
+         {"^LL1400", "^PW832^LL1800", "^PW1200^LL1230", "^PW1249^LL1800", "^PW1200^LL1851", "^LL1800\xFC"})
+        EXPECT_FALSE(Zpl::isCutFrom300Dpi(zpl)) << zpl;
 }
 
 TEST(Zpl, TurnsALabelByItsPrintOrientation)

@@ -46,9 +46,9 @@ TEST_F(PracticeDeskTest, BringsAKeyAndPrintersThatKeepWhatTheyGet)
     ASSERT_TRUE(printed.open(QIODevice::ReadOnly));
     EXPECT_EQ(printed.readAll(), Zpl::testLabel);
 
-    desk.printer().pause(false);
+    desk.printer().setFault(PrinterFault::paused, false);
     EXPECT_NO_THROW(printer.printZPL(Zpl::testLabel, PracticePrinter::labelQueue));
-    desk.printer().pause(true);
+    desk.printer().setFault(PrinterFault::paused);
     EXPECT_THROW(printer.printZPL(Zpl::testLabel, PracticePrinter::labelQueue), SystemError);
     EXPECT_THROW(printer.printZPL(Zpl::testLabel, u"Nope"_s), SystemError);
 }

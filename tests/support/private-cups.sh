@@ -2,6 +2,7 @@
 # private-cups.sh start|stop DIR: a CUPS server of one's own, whose files are all in DIR and whose printers write what
 # they get to DIR/out. Clients find it by CUPS_SERVER=DIR/run/cups.sock.
 # DIR must be readable for everybody, and short: a socket's path ends at about 100 bytes.
+# A shell script DIR/fault runs at the beginning of every job as the printer's side of it; there it is called $fault.
 # Queues: ZD421 (Zebra), Laser (PDF printer), Frozen (Zebra, paused, and nobody may resume it).
 set -eu
 
@@ -26,6 +27,8 @@ make_programs() {
     cat > "$dir/bin/backend/usb" <<BACKEND
 #!/bin/sh
 [ \$# -eq 0 ] && exit 0
+fault="$dir/fault"
+[ -r "\$fault" ] && . "\$fault"
 if [ \$# -ge 6 ]; then cat "\$6"; else cat; fi > "$dir/out/.\$PRINTER" || exit 1
 mv "$dir/out/.\$PRINTER" "$dir/out/\$PRINTER"
 BACKEND

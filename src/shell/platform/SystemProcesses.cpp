@@ -9,14 +9,13 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// The tools' answers are read by their English words. CUPS looks at all four.
+/// The tools' answers are read by their English words. CUPS looks at all four; the first decides where it is set.
 QProcessEnvironment pinnedEnvironment()
 {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(u"LC_ALL"_s, u"C.UTF-8"_s);
-    environment.insert(u"LANG"_s, u"C.UTF-8"_s);
-    environment.insert(u"LANGUAGE"_s, QString());
-    environment.insert(u"SOFTWARE"_s, QString());
+    for (const QString &name : {u"LANG"_s, u"LANGUAGE"_s, u"SOFTWARE"_s})
+        environment.insert(name, QString());
     return environment;
 }
 

@@ -9,7 +9,8 @@
 
 namespace parcelory {
 
-/// The line at the window's foot: the last label, what the scanner heard, and which key is active.
+/// The line at the window's foot: the last label or what holds it up in the printer, what the scanner heard, and which
+/// key is active.
 class StatusStrip : public Surface {
     Q_OBJECT
 public:
@@ -24,11 +25,14 @@ protected:
 
 private:
     void refresh();
+    void refreshPrinter();
 
     AppState &m_app;
     KeysScreen &m_keys;
     TextLabel *m_lastTitle;
     ElidedLabel *m_last, *m_scan;
+    IconView *m_printerIcon;
+    ElidedLabel *m_printer;
     IconView *m_scanIcon, *m_warning;
     Badge *m_mode;
     TextLabel *m_key;

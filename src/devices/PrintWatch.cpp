@@ -1,0 +1,136 @@
+#include "devices/PrintWatch.h"
+
+#include <QPointer>
+
+#include <algorithm>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto lookEvery = 2s, lookSeldom = 10s;
+constexpr int oftenLooks = 30; ///< a minute of them
+/// How many looks something may last before it is said. A printer is looked for at the start of every job, and a
+/// printer that prints has a job waiting.
+constexpr int passingLooks = 2, slowLooks = 10;
+
+} // namespace
+
+PrintWatch::~PrintWatch()
+{
+    if (m_timer)
+        m_clock.cancel(*m_timer);
+}
+
+bool PrintWatch::Followed::isWorthSaying() const
+{
+    switch (report.trouble) {
+    case PrinterTrouble::none:
+        return report.waiting == 0 || looks >= slowLooks;
+    case PrinterTrouble::noPrintSystem:
+    case PrinterTrouble::unknownQueue:
+    case PrinterTrouble::paused:
+    case PrinterTrouble::refusing:
+    case PrinterTrouble::held:
+        return true; // these do not pass by themselves
+    default:
+        return looks >= passingLooks;
+    }
+}
+
+void PrintWatch::follow(const QString &queue, Paper paper)
+{
+    if (queue.isEmpty())
+        return;
+    // The clerk has chosen another queue; what waits on the earlier one is still to be told.
+    std::erase_if(m_followed, [&](const auto &entry) {
+        return entry.second.ended ||
+               (entry.first != queue && entry.second.paper == paper && !entry.second.report.waiting);
+    });
+    Followed &followed = m_followed.try_emplace(queue, Followed{.paper = paper}).first->second;
+    followed.looks = std::min(followed.looks, slowLooks);
+    say();
+    lookLater();
+}
+
+QString PrintWatch::caution(const QByteArray &label)
+{
+    if (m_toldOf300Dpi || !Zpl::isCutFrom300Dpi(label))
+        return {};
+    m_toldOf300Dpi = true;
+    return u"It is made for a 300 dpi printer, and what did not fit six inches at 203 dpi was cut off — look at it "
+           "before it goes on a parcel."_s;
+}
+
+void PrintWatch::lookLater()
+{
+    if (m_timer)
+        m_clock.cancel(*m_timer);
+    m_timer.reset();
+    bool open = false, often = false;
+    for (const auto &[queue, followed] : m_followed) {
+        open = open || !followed.ended;
+        often = often || (!followed.ended && followed.looks < oftenLooks);
+    }
+    if (!open || m_looking)
+        return;
+    m_timer = m_clock.after(often ? lookEvery : lookSeldom, [this] {
+        m_timer.reset();
+        spawn([this] { return look(); });
+    });
+}
+
+Task<> PrintWatch::look()
+{
+    m_looking = true;
+    QStringList queues;
+    for (const auto &[queue, followed] : m_followed) {
+        if (!followed.ended)
+            queues += queue;
+    }
+    const QPointer<PrintWatch> alive(this);
+    auto asking = onPool([&printer = m_printer, queues] {
+        QList<PrinterReport> reports;
+        for (const QString &queue : queues)
+            reports += printer.queueReport(queue);
+        return reports;
+    });
+    const QList<PrinterReport> reports = co_await asking;
+    if (!alive)
+        co_return;
+    m_looking = false;
+    for (qsizetype i = 0; i < queues.size(); ++i)
+        take(queues[i], reports[i]);
+    say();
+    lookLater();
+}
+
+void PrintWatch::take(const QString &queue, const PrinterReport &report)
+{
+    const auto found = m_followed.find(queue);
+    if (found == m_followed.end()) // another queue was chosen meanwhile
+        return;
+    Followed &followed = found->second;
+    followed.looks = followed.report.oldestJob == report.oldestJob ? followed.looks + 1 : 1;
+    followed.report = report;
+    if (report.isIdle() && !report.words.isEmpty())
+        followed.ended = true; // stays to be read until the next label is printed
+    else if (report.isIdle() || !report.readable)
+        m_followed.erase(found);
+}
+
+void PrintWatch::say()
+{
+    QStringList sentences;
+    for (const auto &[queue, followed] : m_followed) {
+        const QString sentence = printerSentence(queue, followed.report, followed.paper);
+        if (!sentence.isEmpty() && followed.isWorthSaying())
+            sentences += sentence;
+    }
+    notice = sentences.join(u' ');
+}
+
+} // namespace parcelory

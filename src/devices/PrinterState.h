@@ -1,0 +1,46 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+namespace parcelory {
+
+/// Why a print queue does not print.
+enum class PrinterTrouble {
+    none,
+    noPrintSystem,
+    unknownQueue,
+    paused,
+    refusing,
+    held,
+    outOfLabels,
+    open,
+    ribbon,
+    jammed,
+    inUse,
+    offline,
+};
+
+/// What the print system says of one queue.
+struct PrinterReport {
+    bool readable = false; ///< false: nothing is known, and nothing may be concluded
+    PrinterTrouble trouble = PrinterTrouble::none;
+    QString words;     ///< the print system's own, in whatever language; empty where they tell nothing
+    int waiting = 0;   ///< jobs that have not left the queue, the one that prints included
+    QString oldestJob; ///< changes as long as labels come out
+
+    bool isIdle() const { return readable && trouble == PrinterTrouble::none && waiting == 0; }
+};
+
+/// Reads what `lpstat -l -p QUEUE -a QUEUE -o QUEUE` wrote to its two channels. An unknown queue and a print system
+/// that is not running look alike there; both read as unknownQueue.
+PrinterReport readPrinterReport(const QByteArray &out, const QByteArray &err);
+
+/// What a queue prints on, for the words.
+enum class Paper { label, document };
+
+/// The report as a sentence for the clerk, such as "2 labels are still waiting on ZD421 — the printer is out of
+/// labels."; empty while there is nothing to say.
+QString printerSentence(const QString &queue, const PrinterReport &report, Paper paper);
+
+} // namespace parcelory

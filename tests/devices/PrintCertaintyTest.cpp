@@ -1,0 +1,173 @@
+// What becomes of a label after the print tools have taken it.
+
+#include "practice/PracticePrinter.h"
+#include "records/Reprint.h"
+#include "support/LabelDesk.h"
+#include "support/Printing.h"
+
+#include <gmock/gmock.h>
+
+namespace parcelory::test {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// lpstat's whole answer, as print servers gave it, with jobs of the numbers `first` to `last`.
+QByteArray answer(const QByteArray &state, const QByteArray &alerts = "none", int first = 1, int last = 0)
+{
+    QByteArray text = "printer ZD421 " + state +
+                      "\n\tForm mounted:\n\tDescription: not connected\n\tAlerts: " + alerts +
+                      "\n\tUsers allowed:\n\t\t(all)\nZD421 accepting requests since Sat Nov 21 17:13:41 2026\n";
+    for (int job = first; job <= last; ++job)
+        text += "ZD421-" + QByteArray::number(job) +
+                "             DESK\\Dana Marsh     1024   Sat Nov 21 17:13:41 2026\n" +
+                "\tStatus: offline\n\tAlerts: job-printing\n\tqueued for ZD421\n";
+    return text;
+}
+
+const QByteArray idle = "is idle.  enabled since Sat Nov 21 17:13:41 2026";
+const QByteArray busy = "now printing ZD421-1.  enabled since Sat Nov 21 17:13:41 2026";
+const QByteArray disabled = "disabled since Sat Nov 21 17:13:41 2026 -\n\t";
+
+QString sentence(const QByteArray &out, Paper paper = Paper::label)
+{
+    return printerSentence(u"ZD421"_s, readPrinterReport(out, {}), paper);
+}
+
+/// A label desk whose label printer has faults.
+class PrintCertaintyTest : public testing::Test, public LabelDesk {
+protected:
+    PrintCertaintyTest()
+    {
+        preferences.setValue(u"printer.zebraQueue"_s, PracticePrinter::labelQueue);
+        processes.behave = [this](const QString &program, const QStringList &arguments) {
+            return printer.run(program, arguments);
+        };
+    }
+    QString noticeAfter(std::chrono::seconds time)
+    {
+        clock.advance(time);
+        workPool().waitForDone();
+        settle();
+        return app->printWatch.notice;
+    }
+    QString afterLookAt(const QByteArray &out)
+    {
+        processes.behave = [out](const QString &, const QStringList &) { return ProcessOutcome{0, out, {}}; };
+        return noticeAfter(std::chrono::seconds(2));
+    }
+    qsizetype printed() const { return QDir(path(u"paper"_s)).entryList(QDir::Files).size(); }
+
+    PracticePrinter printer{QDir(path(u"paper"_s))};
+    PrintWatch &watch = app->printWatch;
+};
+
+} // namespace
+
+TEST(PrinterState, TellsApartInWordsWhyAQueueDoesNotPrint)
+{
+    const QString off = u"the printer is off or not connected"_s, out = u"the printer is out of labels"_s;
+    const QString paused = u"the queue is paused%1; resume it in the system's printer settings"_s;
+    const QByteArray stale = "offline-report media-empty-error cover-open-error", german = "\n\tDer Drucker fehlt.";
+    const struct {
+        QByteArray state, alerts;
+        int waiting;
+        QString cause;
+    } rows[] = {
+        {idle, stale, 0, {}}, // an earlier job's
+        {disabled + "Paused", "paused", 0, paused.arg(QString())},
+        {disabled + "Paper jam, Bob knows", stale + " paused", 2, paused.arg(u" (“Paper jam, Bob knows”)"_s)},
+        {"is holding new jobs.  enabled", "hold-new-jobs", 0, u"the queue is holding jobs back"_s},
+        {busy + "\n\tSending data to printer.", "none", 2, {}},
+        {busy + german, "none", 2, u"it reports “Der Drucker fehlt”"_s},
+        {busy + german, "connecting-to-device", 2, off},
+        {busy + "\n\tWaiting for printer to become available.", "none", 2, off},
+        {idle + "\n\tThe printer may not exist or is unavailable at this time.", "none", 2, off},
+        {busy + "\n\tThe printer is in use.", "connecting-to-device", 2, u"another computer is printing on it"_s},
+        {busy, stale, 2, out},
+        {busy, "cover-open-error", 2, u"the printer is open"_s},
+        {busy, "marker-supply-empty-error", 2, u"the printer's ribbon is used up"_s},
+    };
+    for (const auto &[state, alerts, waiting, cause] : rows) {
+        const QString head = waiting > 0 ? u"2 labels are still waiting on ZD421"_s : QString();
+        const QString joint = cause.isEmpty() ? QString() : waiting > 0 ? u" — "_s : u"ZD421: "_s;
+        const QString end = head.isEmpty() && cause.isEmpty() ? QString() : u"."_s;
+        EXPECT_EQ(sentence(answer(state, alerts, 7, 6 + waiting)), head + joint + cause + end);
+    }
+    EXPECT_EQ(sentence(answer(busy, "media-empty", 7, 7), Paper::document),
+              u"1 document is still waiting on ZD421 — the printer is out of paper."_s);
+    for (const QByteArray &unreadable : {"", "Drucker ZD421 ist im Leerlauf.\n\tAlarme: paused\n", "printer \n\xFF"})
+        EXPECT_FALSE(readPrinterReport(unreadable, {}).readable);
+}
+
+TEST_F(PrintCertaintyTest, TheWatchIsSilentWhileLabelsComeOutAndSpeaksWhenTheyDoNot)
+{
+    const QByteArray looking = answer(busy, "connecting-to-device", 1, 2);
+    watch.follow({}, Paper::document);
+    watch.follow(u"ZD421"_s, Paper::label);
+    EXPECT_EQ(afterLookAt(looking), QString()) << "every job begins so";
+    EXPECT_EQ(afterLookAt(looking), sentence(looking));
+    for (int job = 2; job < 40; ++job)
+        EXPECT_EQ(afterLookAt(answer(busy, "none", job, job)), QString()) << "a long run of labels";
+    for (int look = 0; look < 20 && watch.notice.value().isEmpty(); ++look)
+        afterLookAt(answer(busy, "none", 40, 40));
+    EXPECT_EQ(watch.notice.value(), u"1 label is still waiting on ZD421."_s);
+    EXPECT_EQ(afterLookAt(answer(idle + "\n\tBroken pipe")),
+              u"ZD421 reports “Broken pipe” — look whether the last label came out."_s);
+    EXPECT_FALSE(clock.fireNext()) << "an empty queue is not looked at any more";
+    watch.follow(u"ZD421"_s, Paper::label);
+    EXPECT_EQ(afterLookAt("what is this?"), QString());
+    EXPECT_FALSE(clock.fireNext()) << "an answer that cannot be read is no reason to go on asking";
+
+    const qsizetype looks = processes.calls().size();
+    watch.follow(u"Old"_s, Paper::label);
+    for (int turn = 0; turn < 60; ++turn) // two minutes
+        EXPECT_FALSE(afterLookAt(answer(disabled + "Paused")).isEmpty());
+    EXPECT_EQ(processes.calls().size() - looks, 30 + 6) << "less often after a minute";
+    watch.follow(u"New"_s, Paper::label);
+    EXPECT_EQ(watch.notice.value(), QString()) << "nothing waits on the queue that is out of use";
+}
+
+TEST_F(PrintCertaintyTest, EveryFaultOfThePrinterIsSaidAndNoneCostsALabel)
+{
+    const QString two = u"2 labels are still waiting on Practice_Zebra — "_s, queue = u"Practice_Zebra: "_s;
+    const struct {
+        PrinterFault fault;
+        QString notice;
+        int waiting; ///< of the label and its reprint
+        const char *banner;
+    } faults[] = {
+        {PrinterFault::off, two + u"the printer is off or not connected."_s, 2, "Label sent to Practice_Zebra."},
+        {PrinterFault::outOfLabels, two + u"the printer is out of labels."_s, 2, "Label sent to Practice_Zebra."},
+        {PrinterFault::paused, queue + u"the queue is paused; resume it in the system's printer settings."_s, 0,
+         "print failed: The Zebra queue “Practice_Zebra” is PAUSED"},
+        {PrinterFault::unknown,
+         queue + u"no printer of that name is set up on this computer; choose one in Settings."_s, 0,
+         "print failed: lpr failed: /usr/bin/lpr: Error - The printer or class does not exist."},
+    };
+    qsizetype rows = 0, papers = 0;
+    for (const auto &[fault, notice, waiting, shown] : faults) {
+        printer.setFault(fault);
+        composeAndRate(homeAddress());
+        run(screen().buyAndPrint());
+        EXPECT_THAT(banner().toStdString(), testing::HasSubstr(shown));
+        EXPECT_EQ(app->log.records().size(), ++rows) << "bought is bought";
+        run(screen().reprintLast());
+        noticeAfter(std::chrono::seconds(2));
+        EXPECT_EQ(noticeAfter(std::chrono::seconds(2)), notice);
+        EXPECT_EQ(runTask(stillWaiting(*app)), waiting > 0 ? notice : QString());
+        printer.setFault(PrinterFault::none);
+        EXPECT_EQ(noticeAfter(std::chrono::seconds(2)), QString());
+        EXPECT_EQ(printed(), papers += waiting);
+    }
+}
+
+TEST_F(PrintCertaintyTest, ALabelFor300DpiIsCutWithOneWordOfWarning)
+{
+    const QByteArray label = "^XA^PW1200^LL1800^FDCoin^FS^XZ";
+    EXPECT_THAT(runTask(printLabel(*app, label)).toStdString(),
+                testing::StartsWith("Label sent to Practice_Zebra. It is made for a 300 dpi printer"));
+    EXPECT_EQ(runTask(printLabel(*app, label)), u"Label sent to Practice_Zebra."_s) << "once is enough";
+}
+
+} // namespace parcelory::test
