@@ -71,12 +71,13 @@ void addHelpMenu(MainWindow &window)
     };
     add(u"Keyboard Shortcuts"_s, QAction::NoRole,
         [&window] { say(window, u"Keyboard Shortcuts"_s, shortcutOverview(*window.menuBar())); });
+    menu->actions().last()->setShortcut(QKeySequence::HelpContents);
     add(u"Check for Updates…"_s, QAction::ApplicationSpecificRole,
         [&window] { spawn([&updates = window.screens().updates] { return updates.checkNow(); }); });
     add(u"About Parcelory"_s, QAction::AboutRole, [&window] {
         say(window, u"About Parcelory"_s,
-            u"Parcelory %1\nPrepares, buys and prints USPS and FedEx labels."_s.arg(
-                window.screens().updates.installedVersion()));
+            u"Parcelory %1\nPrepares, buys and prints USPS and FedEx labels.\n\nIt uses Qt, which is free software under the GNU Lesser General Public License, version 3."_s
+                .arg(window.screens().updates.installedVersion()));
     });
 }
 
