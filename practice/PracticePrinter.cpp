@@ -33,7 +33,7 @@ PracticePrinter::PracticePrinter(QDir folder) : m_folder(std::move(folder))
         m_jobs = std::max(m_jobs.load(), name.section(u'-', 0, 0).toInt());
 }
 
-ProcessOutcome PracticePrinter::run(const QString &program, const QStringList &arguments)
+ProcessOutcome PracticePrinter::run(const QString &program, const QStringList &arguments, const std::atomic<bool> *)
 {
     if (program == u"/usr/bin/lpstat")
         return lpstat(arguments);

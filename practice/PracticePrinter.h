@@ -20,7 +20,8 @@ public:
     explicit PracticePrinter(QDir folder);
 
     /// Only the three print tools exist here; anything else throws AppError.
-    ProcessOutcome run(const QString &program, const QStringList &arguments) override;
+    ProcessOutcome run(const QString &program, const QStringList &arguments,
+                       const std::atomic<bool> *stop = nullptr) override;
 
     /// A paused label queue; `stubborn` stays paused when it is asked to resume.
     void pause(bool stubborn);
