@@ -51,7 +51,7 @@ PracticePrinter::PracticePrinter(QDir folder) : m_folder(std::move(folder))
         m_jobs = std::max(m_jobs, name.section(u'-', 0, 0).toInt());
 }
 
-ProcessOutcome PracticePrinter::run(const QString &program, const QStringList &arguments)
+ProcessOutcome PracticePrinter::run(const QString &program, const QStringList &arguments, const std::atomic<bool> *)
 {
     const std::lock_guard lock(m_access);
     if (program == u"/usr/bin/lpstat")

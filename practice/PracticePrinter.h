@@ -24,7 +24,8 @@ public:
     explicit PracticePrinter(QDir folder);
 
     /// Only the three print tools exist here; anything else throws AppError.
-    ProcessOutcome run(const QString &program, const QStringList &arguments) override;
+    ProcessOutcome run(const QString &program, const QStringList &arguments,
+                       const std::atomic<bool> *stop = nullptr) override;
 
     /// What waits is printed once there is none. A queue that is paused and not `stubborn` resumes when it is asked to.
     void setFault(PrinterFault fault, bool stubborn = true);

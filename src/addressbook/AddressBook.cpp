@@ -73,11 +73,12 @@ Task<bool> AddressBook::write(Write change)
     co_return true;
 }
 
-Task<> AddressBook::save(PostalContact contact)
+Task<bool> AddressBook::save(PostalContact contact)
 {
     const bool written = co_await write([contact](LocalAddressStore &store) { return store.upsert(contact); });
     if (written)
         status = u"Saved "_s + contact.name;
+    co_return written;
 }
 
 Task<> AddressBook::remove(PostalContact contact)

@@ -29,7 +29,8 @@ public:
 
     /// Reads the book again; the status becomes the number of addresses.
     Task<> reload();
-    Task<> save(PostalContact contact);
+    /// False, with the reason as status, when it was not written.
+    Task<bool> save(PostalContact contact);
     Task<> remove(PostalContact contact);
     Task<> undoRemove();
     /// Takes a label's recipient into the book, or brings the entry of the same name, street and ZIP to what it is now.

@@ -21,6 +21,9 @@ const QString notConfigured = u"This build doesn’t have an update feed set —
 const QString failed = u"Update Check Failed"_s;
 const QString unreadable = u"The update feed couldn't be read. Try again in a few minutes, or contact Tobin"_s;
 
+const QString onPracticeDesk = u"The practice desk reaches nothing outside this computer, so it looks for no updates. "
+                               "Start Parcelory without practice to check for a newer version."_s;
+
 constexpr auto pollInterval = 250ms;
 constexpr auto quitPatience = 1500ms;
 
@@ -86,8 +89,9 @@ UpdateChecker::UpdateChecker(AppState &app)
 
 UpdateChecker::~UpdateChecker()
 {
+    stop();
     m_app.platform.clock.cancel(m_poll);
-    if (phase == UpdatePhase::ready && !m_relaunching)
+    if (phase != UpdatePhase::idle && !m_relaunching)
         QDir(m_folder).removeRecursively();
 }
 
@@ -117,6 +121,8 @@ Task<> UpdateChecker::check(bool announce)
 
 Task<std::optional<UpdateChecker::Notice>> UpdateChecker::look()
 {
+    if (m_app.platform.practice)
+        co_return Notice{u"Practice Desk"_s, onPracticeDesk};
     if (!isConfigured(m_app.platform.deployment))
         co_return Notice{u"Updates Not Configured"_s, withTelephone(notConfigured)};
     QByteArray data;
@@ -162,9 +168,22 @@ Task<> UpdateChecker::install()
         offers = offers + 1; // the prompt may have been closed meanwhile
         co_return;
     } catch (const std::exception &error) {
-        status = u"Update failed: "_s + describe(error);
-        m_app.errors.record(u"Self-Update"_s, error, Popup::no);
+        sayFailed(error);
     }
+    co_await discard();
+}
+
+void UpdateChecker::sayFailed(const std::exception &error)
+{
+    status = u"Update failed: "_s + describe(error);
+    m_app.errors.record(u"Self-Update"_s, error, Popup::no);
+}
+
+/// Clears away what there is of a download, so that it can begin anew.
+Task<> UpdateChecker::discard()
+{
+    stagedHelper = std::nullopt;
+    stagedArgs.clear();
     auto removing = onPool([folder = m_folder] { QDir(folder).removeRecursively(); });
     co_await removing;
     progress = std::nullopt;
@@ -209,20 +228,34 @@ void UpdateChecker::pollProgress(QString archive, qint64 total)
     });
 }
 
-void UpdateChecker::relaunchNow()
+Task<> UpdateChecker::relaunchNow()
 {
     if (!stagedHelper || m_relaunching)
-        return;
+        co_return;
+    m_relaunching = true;
+    auto looking =
+        onPool([helper = *stagedHelper, app = stagedArgs.last()] { return UpdateTools::isStaged(helper, app); });
+    const bool staged = co_await looking;
+    if (staged) {
+        startHelper();
+        co_return;
+    }
+    m_relaunching = false;
+    sayFailed(AppError(u"what was downloaded is no longer there — download it again"_s));
+    co_await discard();
+}
+
+void UpdateChecker::startHelper()
+{
     try {
         m_application.startDetached(u"/bin/sh"_s, QStringList(*stagedHelper) + stagedArgs);
     } catch (const AppError &error) {
         status = u"Couldn't start the update helper: "_s + error.description();
         m_app.errors.record(u"Self-Update Relaunch"_s, error, Popup::no);
+        m_relaunching = false;
         return;
     }
-    m_relaunching = true;
-    m_application.quit();
-    m_app.platform.clock.after(quitPatience, [&application = m_application] { application.endNow(); });
+    m_application.quitWithin(quitPatience);
 }
 
 } // namespace parcelory

@@ -20,6 +20,9 @@ public:
     explicit UpdateChecker(AppState &app);
     ~UpdateChecker(); ///< removes a download that was not put to use
 
+    /// Ends the child process of a check or a download: the program ends, and nobody will want what it brings.
+    void stop() { m_tools.stop(); }
+
     QProperty<std::optional<UpdateInfo>> available;
     QProperty<int> offers{0}; ///< counts up whenever the offer is to be shown, the same one again included
     QProperty<bool> busy{false};
@@ -37,8 +40,8 @@ public:
     Task<> checkNow() { return check(true); }
     /// Downloads what is offered and makes it ready.
     Task<> install();
-    /// Starts the script and ends the program.
-    void relaunchNow();
+    /// Starts the script and ends the program. When what was downloaded is gone, it has to be downloaded again.
+    Task<> relaunchNow();
 
 private:
     struct Notice {
@@ -51,6 +54,9 @@ private:
     Task<> fetch(UpdateInfo info, QString folder);
     Task<> download(UpdateInfo info, QString archive);
     void pollProgress(QString archive, qint64 total);
+    void sayFailed(const std::exception &error);
+    Task<> discard();
+    void startHelper();
     QString withTelephone(const QString &text) const;
 
     AppState &m_app;

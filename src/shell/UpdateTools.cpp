@@ -38,12 +38,16 @@ QString reason(const ProcessOutcome &outcome)
     return u"%1: %2"_s.arg(QString::number(outcome.status), QString::fromUtf8(outcome.err).trimmed());
 }
 
+bool holdsPrograms(const QString &app)
+{
+    return QFileInfo(app + u'/' + programsInApp).isExecutable();
+}
+
 /// The unpacked application. What could not run in the installed one's place is none: a link, an empty folder.
 QString appIn(const QString &folder)
 {
     for (const QFileInfo &entry : QDir(folder).entryInfoList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name)) {
-        if (entry.suffix() == u"app" && !entry.isSymLink() &&
-            QFileInfo(entry.filePath() + u'/' + programsInApp).isExecutable())
+        if (entry.suffix() == u"app" && !entry.isSymLink() && holdsPrograms(entry.filePath()))
             return entry.filePath();
     }
     throw SystemError(0, noApp);
@@ -70,9 +74,14 @@ void requireLinksInside(const QString &app)
 
 } // namespace
 
+ProcessOutcome UpdateTools::start(const QString &program, const QStringList &arguments) const
+{
+    return m_processes.run(program, arguments, m_stopped.get());
+}
+
 void UpdateTools::run(const QString &program, const QStringList &arguments, const QString &failure) const
 {
-    const ProcessOutcome outcome = m_processes.run(program, arguments);
+    const ProcessOutcome outcome = start(program, arguments);
     if (outcome.status != 0)
         throw SystemError(outcome.status, failure + reason(outcome));
 }
@@ -95,7 +104,7 @@ QByteArray UpdateTools::curlData(const QString &url) const
 
 std::optional<qint64> UpdateTools::contentLength(const QString &url) const
 {
-    const ProcessOutcome outcome = m_processes.run(curlTool, {u"-sIL"_s, u"--max-time"_s, u"20"_s, url});
+    const ProcessOutcome outcome = start(curlTool, {u"-sIL"_s, u"--max-time"_s, u"20"_s, url});
     const QString name = u"content-length:"_s;
     std::optional<qint64> length;
     for (const QString &line : QString::fromLatin1(outcome.out).split(u'\n')) {
@@ -124,7 +133,7 @@ QString UpdateTools::stage(const QString &archive, const QString &folder) const
     const QString app = appIn(folder);
     requireLinksInside(app);
 #ifdef Q_OS_MACOS
-    m_processes.run(u"/usr/bin/xattr"_s, {u"-dr"_s, u"com.apple.quarantine"_s, app}); // fails where there is none
+    start(u"/usr/bin/xattr"_s, {u"-dr"_s, u"com.apple.quarantine"_s, app}); // fails where there is none
 #endif
     writeHelper(folder);
     return app;
@@ -133,6 +142,11 @@ QString UpdateTools::stage(const QString &archive, const QString &folder) const
 QString UpdateTools::helperIn(const QString &folder)
 {
     return folder + u"/swap.sh"_s;
+}
+
+bool UpdateTools::isStaged(const QString &helper, const QString &app)
+{
+    return QFileInfo(helper).isFile() && holdsPrograms(app);
 }
 
 void UpdateTools::writeHelper(const QString &folder) const

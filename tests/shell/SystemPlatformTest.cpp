@@ -3,6 +3,7 @@
 #include "shell/SettingsKeys.h"
 #include "shell/platform/NetworkTransport.h"
 #include "shell/platform/SettingsPreferences.h"
+#include "shell/platform/SystemApplication.h"
 #include "shell/platform/SystemDesktop.h"
 #include "shell/platform/SystemProcesses.h"
 #include "support/FakePlatform.h"
@@ -69,6 +70,16 @@ TEST(SystemProcesses, ReportsStatusAndBothChannelsWhole)
     EXPECT_EQ(much.err.size(), 500'000);
     EXPECT_EQ(SystemProcesses().run(u"/bin/echo"_s, {u"a  b; $HOME *"_s}).out, "a  b; $HOME *\n");
     EXPECT_THROW(SystemProcesses().run(u"/nowhere/lpr"_s, {}), AppError);
+}
+
+TEST(SystemApplication, EndsWhateverHoldsItUp)
+{
+    const auto hang = [] {
+        SystemApplication().quitWithin(std::chrono::milliseconds(1));
+        while (true) // no event loop runs, as in a program that is about to end
+            std::this_thread::yield();
+    };
+    EXPECT_EXIT(hang(), testing::ExitedWithCode(0), "");
 }
 
 TEST(SystemDesktop, TellsWhereTheDocumentIsWhenNoProgramOpensIt)

@@ -26,9 +26,7 @@ protected:
     {
         sh(u"mkdir tmp site Applications"_s);
         qputenv("TMPDIR", desk.path(u"tmp"_s).toUtf8());
-        desk.processes.behave = [](const QString &tool, const QStringList &words) {
-            return SystemProcesses().run(tool, words);
-        };
+        desk.processes.real = &processes;
         desk.application.installed = desk.path(u"Applications/Parcelory.app"_s);
         desk.platform.deployment.updateFeed = url("app/parcelory-latest.json");
         server.start([this](const httplib::Request &request, httplib::Response &answer) { serve(request, answer); });
@@ -104,6 +102,7 @@ protected:
     UpdateInfo offerOf(const QString &address) const { return {u"2"_s, address, {}, {}, {}, {}}; }
 
     const QByteArray usualTemp = qgetenv("TMPDIR");
+    SystemProcesses processes;
     FakePlatform desk;
     ErrorLog errors{desk.platform};
     AppState app{desk.platform};
@@ -173,7 +172,11 @@ TEST_F(Update, SaysWhatCameOfACheckOnlyToWhoeverAskedForIt)
     run(checker.checkOnLaunch());
     run(checker.checkNow());
     EXPECT_EQ(desk.prompts.alerts.value(0).second, u"This build doesn’t have an update feed set — "_s + call);
-    EXPECT_EQ(desk.prompts.alerts.size(), 1);
+    desk.platform.practice = true;
+    run(checker.checkOnLaunch());
+    run(checker.checkNow());
+    EXPECT_THAT(desk.prompts.alerts.value(1).second.toStdString(), HasSubstr("Start Parcelory without practice"));
+    EXPECT_EQ(desk.prompts.alerts.size(), 2);
     EXPECT_EQ(entries(u"tmp"_s), QStringList());
 }
 
@@ -199,13 +202,11 @@ TEST_F(Update, ShowsTheDownloadGrowAndReplacesTheInstalledAppOnceTheProgramHasEn
     ASSERT_TRUE(running.waitForStarted());
     checker.stagedArgs[0] = QString::number(running.processId());
     desk.application.fails = true;
-    checker.relaunchNow();
+    run(checker.relaunchNow());
     EXPECT_EQ(checker.status.value(), u"Couldn't start the update helper: no shell"_s);
     desk.application.fails = false;
-    checker.relaunchNow();
-    EXPECT_EQ(desk.application.ends, QStringList{u"asked"_s});
-    desk.clock.advance(std::chrono::milliseconds(1500));
-    EXPECT_EQ(desk.application.ends.size(), 2);
+    run(checker.relaunchNow());
+    EXPECT_EQ(desk.application.ends, QList{std::chrono::milliseconds(1500)});
 
     ASSERT_EQ(desk.application.started.size(), 1);
     write(u"sleep"_s, "#!/bin/sh\necho >\"${0%/*}/waiting\"\n/bin/sleep \"$1\"\n");
@@ -266,6 +267,34 @@ TEST_F(Update, AFailedDownloadSaysWhyAndLeavesNothingBehind)
     desk.application.installed = usual;
     EXPECT_THAT(install(offerOf(url("a.zip"))), HasSubstr("ready to install"));
     EXPECT_EQ(entries(u"tmp"_s).size(), 1) << "nothing of an archive gets out of its folder";
+}
+
+TEST_F(Update, IsDownloadedAnewWhenItWasTidiedAwayBeforeTheRestart)
+{
+    for (const QString &gone : {u"swap.sh"_s, u"Parcelory.app"_s, u"Parcelory.app/bin/parcelory"_s}) {
+        EXPECT_THAT(install(publish()), HasSubstr("ready to install"));
+        sh(u"rm -r tmp/kxupdate-*/"_s + gone);
+        run(checker.relaunchNow());
+        EXPECT_EQ(checker.status.value(),
+                  u"Update failed: what was downloaded is no longer there — download it again"_s);
+        EXPECT_EQ(checker.phase, UpdatePhase::idle);
+        EXPECT_EQ(entries(u"tmp"_s), QStringList());
+    }
+    EXPECT_TRUE(desk.application.started.isEmpty());
+    EXPECT_TRUE(desk.application.ends.isEmpty());
+}
+
+TEST_F(Update, EndsWithTheProgram)
+{
+    checker.available = publish();
+    hold = true;
+    const Task<> installing = checker.install();
+    runUntil([this] { return checker.progress.value().value_or(0) >= 0.4; }, &desk.clock);
+    checker.stop();
+    workPool().waitForDone();
+    runUntil([this] { return checker.phase == UpdatePhase::idle; }, &desk.clock);
+    EXPECT_EQ(checker.status.value(), u"Update failed: curl 137: "_s) << "a killed child, not one that gave up";
+    EXPECT_EQ(entries(u"tmp"_s), QStringList());
 }
 
 TEST_F(Update, OnceThereIsAKeyUnpacksOnlyWhatItsOwnerHasSigned)

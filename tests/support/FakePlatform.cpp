@@ -7,7 +7,7 @@
 namespace parcelory::test {
 using namespace Qt::StringLiterals;
 
-ProcessOutcome FakeProcesses::run(const QString &program, const QStringList &arguments)
+ProcessOutcome FakeProcesses::run(const QString &program, const QStringList &arguments, const std::atomic<bool> *stop)
 {
     Call call{program, arguments, {}};
     if (QFile file(arguments.value(arguments.size() - 1)); file.open(QIODevice::ReadOnly))
@@ -16,6 +16,8 @@ ProcessOutcome FakeProcesses::run(const QString &program, const QStringList &arg
         const std::lock_guard lock(m_access);
         m_calls.append(call);
     }
+    if (real)
+        return real->run(program, arguments, stop);
     return behave ? behave(program, arguments) : ProcessOutcome{};
 }
 

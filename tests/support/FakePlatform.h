@@ -94,7 +94,8 @@ public:
         QStringList arguments;
         QByteArray file; ///< what the last argument held, when it names a file
     };
-    ProcessOutcome run(const QString &program, const QStringList &arguments) override;
+    ProcessOutcome run(const QString &program, const QStringList &arguments,
+                       const std::atomic<bool> *stop = nullptr) override;
 
     QList<Call> calls() const
     {
@@ -104,6 +105,7 @@ public:
     /// Bytes of the label that was last handed to lpr.
     QByteArray lastPrinted() const;
     std::function<ProcessOutcome(const QString &program, const QStringList &arguments)> behave;
+    ProcessRunner *real = nullptr; ///< runs them when it is there
 
 private:
     mutable std::mutex m_access;
@@ -130,14 +132,13 @@ public:
             throw AppError(QStringLiteral("no shell"));
         started.append(QStringList(program) + arguments);
     }
-    void quit() override { ends.append(QStringLiteral("asked")); }
-    void endNow() override { ends.append(QStringLiteral("at once")); }
+    void quitWithin(std::chrono::milliseconds patience) override { ends.append(patience); }
     QString installedVersion = QStringLiteral("1.9");
     QString installed;
     qint64 pid = 4711;
     bool fails = false;
     QList<QStringList> started;
-    QStringList ends;
+    QList<std::chrono::milliseconds> ends;
 };
 
 /// A world for a test: real loopback HTTP, everything else in memory, a data folder of its own.

@@ -81,6 +81,28 @@ TEST(AddressBookPane, EditsDeletesAndTakesADeletionBack)
     EXPECT_TRUE(desk.isShown(u"No addresses yet"_s) && desk.isShown(u"0 addresses"_s));
 }
 
+TEST(AddressEditSheet, StaysOpenWithTheReasonUntilTheBookTakesTheAddress)
+{
+    BookDesk desk;
+    Database other(desk.path(u"addresses.sqlite"_s));
+    ASSERT_TRUE(
+        other.exec("CREATE TRIGGER t BEFORE INSERT ON addresses BEGIN SELECT RAISE(FAIL, 'disk is full'); END"));
+    desk.click(desk.named(u"New address"_s));
+    Dialog *sheet = desk.dialog();
+    desk.clock.advance(Dialog::keyGuard);
+    desk.type(u"Ida Penn"_s);
+    desk.press(Qt::Key_Return);
+    desk.waitFor(u"The address book could not be written — disk is full."_s);
+    EXPECT_TRUE(desk.named<Notice>(desk.book.status, sheet)->isVisible());
+    EXPECT_EQ(desk.named<Field>(u"Name"_s, sheet)->text(), u"Ida Penn"_s);
+    ASSERT_TRUE(other.exec("DROP TRIGGER t"));
+    desk.type(u"y"_s);
+    desk.press(Qt::Key_Return);
+    desk.waitFor(u"Saved Ida Penny"_s);
+    EXPECT_FALSE(QApplication::activeModalWidget());
+    EXPECT_EQ(desk.chosen(), u"Ida Penny");
+}
+
 TEST(AddressBookPane, KeepsItsModeAndMakesWayForAScan)
 {
     BookDesk desk;

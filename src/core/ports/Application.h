@@ -3,6 +3,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <chrono>
+
 namespace parcelory {
 
 /// The program itself, as something that is installed and runs.
@@ -18,10 +20,8 @@ public:
 
     /// Starts a program that outlives this one; throws AppError when it cannot be started.
     virtual void startDetached(const QString &program, const QStringList &arguments) = 0;
-    /// Asks the program to end, which windows may hold up.
-    virtual void quit() = 0;
-    /// Ends the process at once.
-    virtual void endNow() = 0;
+    /// Asks the program to end, and ends the process outright once `patience` has passed, whatever holds it up.
+    virtual void quitWithin(std::chrono::milliseconds patience) = 0;
 };
 
 } // namespace parcelory

@@ -4,6 +4,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <atomic>
+
 namespace parcelory {
 
 struct ProcessOutcome {
@@ -18,8 +20,10 @@ class ProcessRunner {
 public:
     virtual ~ProcessRunner() = default;
 
-    /// Throws AppError when the program cannot be started.
-    virtual ProcessOutcome run(const QString &program, const QStringList &arguments) = 0;
+    /// Throws AppError when the program cannot be started. `stop`: for a child whose work is worth nothing once the
+    /// program ends; it is killed soon after the flag is set. A child without one is never cut off.
+    virtual ProcessOutcome run(const QString &program, const QStringList &arguments,
+                               const std::atomic<bool> *stop = nullptr) = 0;
 };
 
 } // namespace parcelory

@@ -8,6 +8,7 @@
 #include <QProcess>
 
 #include <cstdlib>
+#include <thread>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;
@@ -56,14 +57,14 @@ void SystemApplication::startDetached(const QString &program, const QStringList 
         throw AppError(u"%1 could not be started — %2"_s.arg(program, process.errorString()));
 }
 
-void SystemApplication::quit()
+void SystemApplication::quitWithin(std::chrono::milliseconds patience)
 {
+    // Not by a timer: the program may also be held up when its event loop has ended.
+    std::thread([patience] {
+        std::this_thread::sleep_for(patience);
+        std::_Exit(0);
+    }).detach();
     QCoreApplication::quit();
-}
-
-void SystemApplication::endNow()
-{
-    std::_Exit(0);
 }
 
 } // namespace parcelory

@@ -13,8 +13,7 @@ public:
     QString installedPath() const override;
     qint64 processId() const override;
     void startDetached(const QString &program, const QStringList &arguments) override;
-    void quit() override;
-    void endNow() override;
+    void quitWithin(std::chrono::milliseconds patience) override;
 };
 
 } // namespace parcelory

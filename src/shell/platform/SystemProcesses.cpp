@@ -19,9 +19,20 @@ QProcessEnvironment pinnedEnvironment()
     return environment;
 }
 
+constexpr int lookInterval = 100; // milliseconds
+
+void waitForEnd(QProcess &process, const std::atomic<bool> *stop)
+{
+    while (stop && !*stop && process.state() != QProcess::NotRunning)
+        process.waitForFinished(lookInterval);
+    if (stop && process.state() != QProcess::NotRunning)
+        process.kill();
+    process.waitForFinished(-1);
+}
+
 } // namespace
 
-ProcessOutcome SystemProcesses::run(const QString &program, const QStringList &arguments)
+ProcessOutcome SystemProcesses::run(const QString &program, const QStringList &arguments, const std::atomic<bool> *stop)
 {
     QProcess process;
     process.setProcessEnvironment(pinnedEnvironment());
@@ -29,7 +40,7 @@ ProcessOutcome SystemProcesses::run(const QString &program, const QStringList &a
     process.start(program, arguments);
     if (!process.waitForStarted(-1))
         throw AppError(u"%1 could not be started — %2"_s.arg(program, process.errorString()));
-    process.waitForFinished(-1);
+    waitForEnd(process, stop);
     const bool ended = process.exitStatus() == QProcess::NormalExit;
     return {ended ? process.exitCode() : 128 + process.exitCode(), process.readAllStandardOutput(),
             process.readAllStandardError()};

@@ -6,7 +6,8 @@ namespace parcelory {
 
 class SystemProcesses : public ProcessRunner {
 public:
-    ProcessOutcome run(const QString &program, const QStringList &arguments) override;
+    ProcessOutcome run(const QString &program, const QStringList &arguments,
+                       const std::atomic<bool> *stop = nullptr) override;
 };
 
 } // namespace parcelory

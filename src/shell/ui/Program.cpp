@@ -28,6 +28,7 @@ Program::~Program()
     m_window.reset();
     m_screens.mailingLog.cancel();
     m_screens.addressBook.cancelImport();
+    m_screens.updates.stop();
     workPool().waitForDone(); // what still runs there speaks to the screens
 }
 

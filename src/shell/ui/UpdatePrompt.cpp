@@ -82,7 +82,7 @@ void UpdatePrompt::refresh()
     m_next->setText(phase == UpdatePhase::ready ? u"Update && Restart"_s : u"Download"_s);
     m_next->setEnabled(phase == UpdatePhase::idle || (phase == UpdatePhase::ready && mayRestart()));
     if (isVisible())
-        setFixedHeight(layout()->totalHeightForWidth(QWidget::width()));
+        fitHeight();
 }
 
 void UpdatePrompt::done(int result)
@@ -90,7 +90,7 @@ void UpdatePrompt::done(int result)
     if (result != Accepted)
         Dialog::done(result);
     else if (m_updates.phase == UpdatePhase::ready && mayRestart())
-        m_updates.relaunchNow();
+        spawn([&updates = m_updates] { return updates.relaunchNow(); });
     else if (m_updates.phase == UpdatePhase::idle)
         spawn([&updates = m_updates] { return updates.install(); });
 }

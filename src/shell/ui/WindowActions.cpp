@@ -1,5 +1,6 @@
 #include "shell/ui/WindowActions.h"
 
+#include "shell/ui/EditMenu.h"
 #include "shell/ui/HeaderBar.h"
 #include "shell/ui/MainWindow.h"
 #include "shell/ui/label/LabelView.h"
@@ -16,6 +17,12 @@ namespace parcelory {
 using namespace Qt::StringLiterals;
 
 namespace {
+
+#ifdef Q_OS_MACOS
+const QKeySequence minimizeKeys(Qt::CTRL | Qt::Key_M);
+#else
+const QKeySequence minimizeKeys; // the window manager has its own
+#endif
 
 /// An action and when it can be used.
 struct Offer {
@@ -34,6 +41,10 @@ private:
     LabelScreen &label() { return m_window.screens().label; }
     MailingLogScreen &mailingLog() { return m_window.screens().mailingLog; }
     MasterLogScreen &masterLog() { return m_window.screens().masterLog; }
+    std::function<bool()> signedIn()
+    {
+        return [this] { return app().flow == AppFlow::main; };
+    }
     bool isOn(MainTab tab) { return app().flow == AppFlow::main && app().tab == tab; }
     /// The shipment that an action of the log would be about.
     std::optional<ShipmentRecord> chosen()
@@ -81,6 +92,7 @@ void Menus::add(QMenu *menu, const QString &text, const QKeySequence &keys, std:
 void Menus::fill()
 {
     addFile();
+    addEditMenu(m_window.menuBar());
     addLabel();
     addLog();
     addView();
@@ -101,6 +113,9 @@ void Menus::refresh()
 void Menus::addFile()
 {
     QMenu *menu = m_window.menuBar()->addMenu(u"&File"_s);
+    add(menu, u"Settings…"_s, Qt::CTRL | Qt::Key_Comma, signedIn(), [this] { m_window.showTab(MainTab::settings); });
+    menu->actions().last()->setMenuRole(QAction::PreferencesRole);
+    menu->addSeparator();
     QAction *quit = menu->addAction(u"Quit Parcelory"_s);
     quit->setShortcut(Qt::CTRL | Qt::Key_Q);
     quit->setMenuRole(QAction::QuitRole);
@@ -117,12 +132,10 @@ void Menus::addLabel()
     add(menu, u"Clear Form"_s, Qt::CTRL | Qt::Key_N, here, [&view] { view.clear(); });
     add(menu, u"Recipient"_s, Qt::CTRL | Qt::Key_L, here, [&view] { view.focusRecipient(); });
     add(menu, u"Search the Address Book"_s, Qt::CTRL | Qt::Key_F, here, [&view] { view.focusAddressSearch(); });
-    add(
-        menu, u"Invoice Number"_s, Qt::CTRL | Qt::Key_I, [this] { return app().flow == AppFlow::main; },
-        [this] {
-            m_window.showTab(MainTab::newLabel);
-            m_window.labelView().focusInvoiceNumber();
-        });
+    add(menu, u"Invoice Number"_s, Qt::CTRL | Qt::Key_I, signedIn(), [this] {
+        m_window.showTab(MainTab::newLabel);
+        m_window.labelView().focusInvoiceNumber();
+    });
     add(menu, u"Validate Address"_s, Qt::CTRL | Qt::Key_K, idle, [&view] { view.validate(); });
     add(
         menu, u"Weigh"_s, Qt::CTRL | Qt::Key_G, [this, idle] { return idle() && app().scale.connected; },
@@ -241,26 +254,28 @@ void Menus::addSorting(QMenu *menu)
 void Menus::addView()
 {
     QMenu *menu = m_window.menuBar()->addMenu(u"&View"_s);
-    const auto signedIn = [this] { return app().flow == AppFlow::main; };
     int number = 1;
     for (const MainTabInfo &info : mainTabs()) {
         const auto show = [this, tab = info.tab] { app().tab = tab; };
-        add(menu, info.title, QKeySequence(Qt::CTRL | Qt::Key(Qt::Key_0 + number++)), signedIn, show);
+        add(menu, info.title, QKeySequence(Qt::CTRL | Qt::Key(Qt::Key_0 + number++)), signedIn(), show);
     }
-    QAction *settings = menu->actions().last();
-    settings->setShortcuts({settings->shortcut(), QKeySequence(Qt::CTRL | Qt::Key_Comma)});
     menu->addSeparator();
     const auto here = [this] { return isOn(MainTab::newLabel); };
     add(menu, u"Sidebar"_s, Qt::CTRL | Qt::Key_B, here, [this] { m_window.labelView().toggleSidebar(); });
     add(menu, u"Next Region"_s, Qt::Key_F6, here, [this] { m_window.labelView().focusRegion(+1); });
     add(menu, u"Previous Region"_s, Qt::SHIFT | Qt::Key_F6, here, [this] { m_window.labelView().focusRegion(-1); });
+    menu->addSeparator();
+    add(
+        menu, u"Full Screen"_s, QKeySequence::keyBindings(QKeySequence::FullScreen).value(0, Qt::Key_F11),
+        [] { return true; }, [this] { m_window.setWindowState(m_window.windowState() ^ Qt::WindowFullScreen); });
 }
 
 void Menus::addWindow()
 {
     QMenu *menu = m_window.menuBar()->addMenu(u"&Window"_s);
-    add(
-        menu, u"Address Book"_s, Qt::CTRL | Qt::SHIFT | Qt::Key_B, [this] { return app().flow == AppFlow::main; },
+    add(menu, u"Minimize"_s, minimizeKeys, [] { return true; }, [this] { m_window.showMinimized(); });
+    menu->addSeparator();
+    add(menu, u"Address Book"_s, Qt::CTRL | Qt::SHIFT | Qt::Key_B, signedIn(),
         [this] { m_window.openWindow(u"addressbook"_s); });
     add( // the carrier makes it only once, and its window may have been closed
         menu, u"Last SCAN Form"_s, {},

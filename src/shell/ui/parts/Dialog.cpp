@@ -57,9 +57,14 @@ Button *Dialog::addButton(const QString &text, int result, Button::Kind kind)
     return button;
 }
 
-void Dialog::showEvent(QShowEvent *event)
+void Dialog::fitHeight()
 {
     setFixedHeight(layout()->totalHeightForWidth(width()));
+}
+
+void Dialog::showEvent(QShowEvent *event)
+{
+    fitHeight();
     QDialog::showEvent(event);
     if (m_guard)
         return;

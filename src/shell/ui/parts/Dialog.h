@@ -32,6 +32,8 @@ public:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 protected:
+    /// After a change of the contents.
+    void fitHeight();
     void showEvent(QShowEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
 

@@ -145,6 +145,17 @@ void RowTable::showStart()
         scrollToTop();
 }
 
+/// Claims the Copy keys, so that a menu's entry for them knows that they do something here.
+bool RowTable::event(QEvent *event)
+{
+    if (event->type() == QEvent::ShortcutOverride && static_cast<QKeyEvent *>(event)->matches(QKeySequence::Copy) &&
+        chosen().isValid()) {
+        event->accept();
+        return true;
+    }
+    return QTableView::event(event);
+}
+
 void RowTable::keyPressEvent(QKeyEvent *event)
 {
     if (event->matches(QKeySequence::Copy))

@@ -40,6 +40,7 @@ signals:
     void copyRequested(); ///< the system's Copy keys: cells show numbers in groups, which nobody wants to paste
 
 protected:
+    bool event(QEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
     void focusInEvent(QFocusEvent *event) override;
     void paintEvent(QPaintEvent *event) override;

@@ -208,24 +208,18 @@ void AddressBookView::editSelected()
 
 void AddressBookView::openSheet(AddressEditSheet::Purpose purpose, const PostalContact &contact)
 {
-    auto *sheet = new AddressEditSheet(m_app.platform.clock, purpose, contact, window());
-    connect(sheet, &QDialog::accepted, this, [this, sheet] {
-        spawn([this, contact = sheet->contact()] { return choose(contact.id, m_book.save(contact)); });
-    });
+    auto *sheet = new AddressEditSheet(m_app.platform.clock, m_book, purpose, contact, window());
+    connect(sheet, &QDialog::accepted, this, [this, id = contact.id] { choose(id); });
     sheet->open();
 }
 
-/// Chooses an address as soon as the book has it.
-Task<> AddressBookView::choose(QUuid id, Task<> change)
+/// Chooses an address that the book has.
+void AddressBookView::choose(const QUuid &id)
 {
-    const QPointer<AddressBookView> self = this; // its window may be closed meanwhile
-    co_await change;
-    if (!self)
-        co_return;
-    self->m_pane.selection = id;
-    if (!self->m_pane.selected())
-        self->m_pane.query = QString(); // which it does not match
-    self->m_pane.selection = id;
+    m_pane.selection = id;
+    if (!m_pane.selected())
+        m_pane.query = QString(); // which it does not match
+    m_pane.selection = id;
 }
 
 void AddressBookView::removeSelected()
@@ -237,8 +231,14 @@ void AddressBookView::removeSelected()
 
 void AddressBookView::undo()
 {
-    if (const std::optional<PostalContact> &deleted = m_book.deleted.value())
-        spawn([this, id = deleted->id] { return choose(id, m_book.undoRemove()); });
+    const std::optional<PostalContact> deleted = m_book.deleted;
+    if (!deleted)
+        return;
+    spawn([self = QPointer(this), &book = m_book, id = deleted->id]() -> Task<> { // its window may be closed meanwhile
+        co_await book.undoRemove();
+        if (self && !book.deleted.value())
+            self->choose(id);
+    });
 }
 
 void AddressBookView::refreshList()

@@ -36,7 +36,7 @@ private:
     QLayout *makeTools();
     void connectList();
     void openSheet(AddressEditSheet::Purpose purpose, const PostalContact &contact);
-    Task<> choose(QUuid id, Task<> change);
+    void choose(const QUuid &id);
     void fill();
     void fillByReturn();
     void removeSelected();

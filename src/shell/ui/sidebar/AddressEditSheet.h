@@ -1,28 +1,36 @@
 #pragma once
 
-#include "core/PostalContact.h"
+#include "addressbook/AddressBook.h"
 #include "shell/ui/parts/Dialog.h"
 #include "shell/ui/parts/Field.h"
+#include "shell/ui/parts/Notice.h"
 
 namespace parcelory {
 
-/// "Edit Address" or "New Address". Ends accepted when the contact is to be saved.
+/// "Edit Address" or "New Address". Ends accepted when the book has the contact; as long as that cannot be written, it
+/// stays open and says why.
 class AddressEditSheet : public Dialog {
     Q_OBJECT
 public:
     enum class Purpose { edit, create };
 
-    AddressEditSheet(Clock &clock, Purpose purpose, const PostalContact &contact, QWidget *parent);
+    AddressEditSheet(Clock &clock, AddressBook &book, Purpose purpose, const PostalContact &contact, QWidget *parent);
 
-    /// As typed so far, without the blanks around it.
-    PostalContact contact() const { return m_contact; }
+    void done(int result) override;
 
 private:
+    QLayout *makeRows();
     Field *field(const QString &name, QString PostalContact::*member, int width = 0);
     void refresh();
+    void save();
+    void finishSaving(bool saved);
 
-    PostalContact m_contact;
-    Button *m_save;
+    AddressBook &m_book;
+    PostalContact m_contact; ///< as typed so far, without the blanks around it
+    Field *m_first = nullptr;
+    Notice *m_failure;
+    Button *m_save = nullptr;
+    bool m_saving = false;
 };
 
 } // namespace parcelory

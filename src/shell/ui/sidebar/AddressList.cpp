@@ -141,6 +141,16 @@ void AddressList::enter()
         setCurrentIndex(currentIndex().isValid() ? currentIndex() : m_model->index(0));
 }
 
+/// Claims the Undo keys, so that a menu's entry for them knows that they do something here.
+bool AddressList::event(QEvent *event)
+{
+    if (event->type() == QEvent::ShortcutOverride && static_cast<QKeyEvent *>(event)->matches(QKeySequence::Undo)) {
+        event->accept();
+        return true;
+    }
+    return QListView::event(event);
+}
+
 void AddressList::keyPressEvent(QKeyEvent *event)
 {
     const int key = event->key();

@@ -1,0 +1,10 @@
+#pragma once
+
+class QMenuBar;
+
+namespace parcelory {
+
+/// Adds the Edit menu: Undo, Redo, Cut, Copy, Paste and Select All for whatever has the keyboard.
+void addEditMenu(QMenuBar *bar);
+
+} // namespace parcelory

@@ -1,0 +1,50 @@
+#include "support/WindowDesk.h"
+
+#include <QMenuBar>
+
+namespace parcelory::test {
+using namespace Qt::StringLiterals;
+
+TEST(EditMenu, ActsOnWhateverHasTheKeyboard)
+{
+    WindowDesk desk;
+    const auto choose = [&desk](const QString &text) {
+        const auto menus = desk.window().menuBar()->actions();
+        QMenu *edit = (*std::ranges::find(menus, u"&Edit"_s, &QAction::text))->menu();
+        edit->popup(QPoint()); // finds out what can be used
+        edit->hide();
+        desk.window().activateWindow(); // which this display takes from it
+        desk.settleAll();
+        const auto entries = edit->actions();
+        QAction *entry = *std::ranges::find(entries, text, &QAction::text);
+        entry->trigger();
+        desk.settleAll();
+        return entry->isEnabled();
+    };
+    auto *name = desk.named<Field>(u"Recipient name"_s);
+    name->setFocus();
+    desk.type(u"Bend"_s);
+    EXPECT_TRUE(choose(u"Select All"_s) && choose(u"Cut"_s));
+    EXPECT_EQ(name->text(), QString());
+    EXPECT_TRUE(choose(u"Paste"_s) && choose(u"Paste"_s));
+    EXPECT_EQ(desk.app().draftTo.value().name, u"BendBend"_s);
+    EXPECT_TRUE(choose(u"Undo"_s));
+    EXPECT_EQ(name->text(), u"Bend"_s);
+    EXPECT_TRUE(choose(u"Redo"_s));
+    EXPECT_EQ(name->text(), u"BendBend"_s);
+    desk.button(u"Clear Form"_s)->setFocus();
+    EXPECT_FALSE(choose(u"Paste"_s));
+    EXPECT_EQ(name->text(), u"BendBend"_s);
+
+    AddressBook &book = desk.program->screens().addressBook;
+    for (const QString &who : {u"Ida Penn"_s, u"Odell"_s})
+        runTask(book.save({.name = who}), &desk.clock);
+    desk.press(Qt::Key_F, Qt::ControlModifier);
+    desk.press(Qt::Key_Down);
+    desk.press(Qt::Key_Delete);
+    desk.wait([&] { return book.deleted.value().has_value(); });
+    EXPECT_TRUE(choose(u"Undo"_s)) << "of the list that has the keyboard";
+    desk.wait([&] { return book.contacts().size() == 2; });
+}
+
+} // namespace parcelory::test
