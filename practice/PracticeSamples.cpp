@@ -107,6 +107,7 @@ ShippoAddress practiceRecipientAbroad()
 void addPracticeShipments(ShipmentLog &log)
 {
     QDateTime when(QDate(2026, 11, 18), QTime(13, 9));
+    int number = 0;
     for (const Sample &sample : samples) {
         const QString service = QString::fromUtf16(sample.service);
         ShipmentRecord record{.createdAt = when,
@@ -120,7 +121,7 @@ void addPracticeShipments(ShipmentLog &log)
                               .weightOz = sample.ounces,
                               .descriptionText = QString::fromUtf16(sample.description),
                               .reference = QString::fromUtf16(sample.reference),
-                              .transactionID = u"5e1c0b7d2f9a4c08"_s,
+                              .transactionID = u"5e1c0b7d2f9a4c08b3d6e1f07a92%1"_s.arg(++number, 4, 16, QChar(u'0')),
                               .status = QString::fromUtf16(sample.status),
                               .testMode = sample.testMode};
         const bool isLast = &sample == std::end(samples) - 1;

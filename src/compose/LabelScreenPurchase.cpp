@@ -3,6 +3,7 @@
 #include "compose/LabelScreen.h"
 #include "core/CountryCode.h"
 #include "core/Text.h"
+#include "records/LabelCheck.h"
 #include "records/Reprint.h"
 #include "shell/SettingsKeys.h"
 
@@ -252,7 +253,7 @@ Task<> LabelScreen::reprintLast()
     busy = true;
     const auto done = qScopeGuard([this] { busy = false; });
     try {
-        const QString printed = co_await reprintLabel(m_app, lastLabel.value()->record);
+        const QString printed = co_await reprintChecked(m_app, lastLabel.value()->record);
         noteOnLastLabel(printed);
     } catch (const AppError &error) {
         noteOnLastLabel(error.description());
