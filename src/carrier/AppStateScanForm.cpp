@@ -74,11 +74,12 @@ Task<> AppState::createScanForm(ShippoAddress from)
         co_await sayNothingToManifest(testKey);
         co_return;
     }
-    const QString before = scanFormStatus;
-    scanFormStatus = u"Creating SCAN form for today's labels…"_s;
+    const QString before = scanFormStatus, creating = u"Creating SCAN form for today's labels…"_s;
     try {
         auto looking = onPool([this, testKey] { return scanForms.underWay(testKey); });
         const QList<ScanForm> lost = co_await looking;
+        if (!lost.isEmpty())
+            scanFormStatus = creating;
         const bool shown = co_await showLostScanForms(lost);
         if (!shown) {
             const bool agreed = co_await agreesToScanForm(today, testKey);
@@ -86,6 +87,7 @@ Task<> AppState::createScanForm(ShippoAddress from)
                 scanFormStatus = before;
                 co_return;
             }
+            scanFormStatus = creating;
             scanFormPDF = co_await newScanForm(today, testKey, from);
             scanFormStatus = readyText(labels);
         }

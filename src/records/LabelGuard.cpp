@@ -54,9 +54,11 @@ QString reprintText(LabelUse use, const LabelFacts &facts)
 {
     if (facts.reprints == 0 || use == LabelUse::scanForm)
         return {};
-    const QString times = facts.reprints == 1 ? u"once"_s : u"%1 times"_s.arg(facts.reprints);
-    return u"It was reprinted %1 already, last on %2: make sure that no copy is on a parcel."_s.arg(
-        times, momentText(facts.lastReprint));
+    const QString last = momentText(facts.lastReprint);
+    return (facts.reprints == 1
+                ? u"It was reprinted on %1"_s.arg(last)
+                : u"It was reprinted %1 times, last on %2"_s.arg(QString::number(facts.reprints), last)) +
+           u": make sure that no copy is on a parcel."_s;
 }
 
 QString formText(LabelUse use, const std::optional<QDateTime> &madeAt)

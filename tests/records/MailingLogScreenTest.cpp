@@ -120,13 +120,13 @@ TEST_F(MailingLogScreenTest, TheFirstReprintOfALabelIsNoQuestionAndTheSecondIs)
     EXPECT_TRUE(prompts.questions.isEmpty());
     run(log.reprint(row)); // the clerk cancels
     EXPECT_EQ(printed(), 2);
-    EXPECT_TRUE(prompts.questions.value(0).text.contains(u"It was reprinted once already"_s));
+    EXPECT_TRUE(prompts.questions.value(0).text.contains(u"It was reprinted on "_s));
     EXPECT_EQ(log.message.value(), QString());
     prompts.answer = 1;
     run(log.reprint(row));
     run(screen().reprintLast());
     EXPECT_EQ(printed(), 4);
-    EXPECT_TRUE(prompts.questions.last().text.contains(u"It was reprinted 2 times already"_s));
+    EXPECT_TRUE(prompts.questions.last().text.contains(u"It was reprinted 2 times, last on "_s));
 
     EXPECT_TRUE(app->log.setStatus(row.id, u"REFUNDED"_s)); // by another desk: the list still shows it as printed
     prompts.answer = 0;
