@@ -34,9 +34,16 @@ const QList<Mishap> &mishaps()
         {u"Purchases Fail"_s, [](S &s, bool on) { s.purchaseFails = on; }},
         {u"Purchases Take Their Time"_s, [](S &s, bool on) { s.queuedReads = on ? 3 : 0; }},
         {u"Connection Ends Before the Answer"_s, [](S &s, bool on) { s.dropConnection = on; }},
-        {u"The Next Purchase's Answer Is Lost"_s, [](S &s, bool on) { s.lostAnswers = on ? 1 : 0; }},
+        {u"Purchases' Answers Are Lost"_s, [](S &s, bool on) { s.droppedPath = on ? "transactions/" : ""; }},
         {u"Label Link Has Expired"_s,
          [](S &s, bool on) { s.labelAnswer = on ? LabelAnswer::expired : LabelAnswer::normal; }},
+        {u"Parcels Are on Their Way"_s, [](S &s, bool on) { s.trackedAs = on ? u"TRANSIT"_s : QString(); }},
+        {u"Refunds Take Their Time"_s, [](S &s, bool on) { s.refundReads = on ? 3 : 0; }},
+        {u"Refunds Are Refused Later"_s,
+         [](S &s, bool on) { s.refundOutcome = on ? RefundOutcome::rejected : RefundOutcome::granted; }},
+        {u"SCAN Forms Have Two Documents"_s, [](S &s, bool on) { s.manifestDocuments = on ? 2 : 1; }},
+        {u"The SCAN Form's Answer Is Lost"_s,
+         [](S &s, bool on) { s.droppedPath = on ? QByteArray("manifests") : QByteArray(); }},
         {u"Label Comes as PDF"_s, [](S &s, bool on) { s.labelFileType = on ? u"PDF"_s : QString(); }},
     };
     return table;

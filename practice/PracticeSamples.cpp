@@ -19,11 +19,12 @@ struct Sample {
     const char16_t *reference;
     const char16_t *status = u"PRINTED";
     bool testMode = false;
+    bool imported = false;
 };
 
 constexpr Sample samples[] = {
     {u"Hollis Bergstrom, 12 Cedar St, Salem OR 97301", u"Ground Advantage", u"USPS Tracking", u"9400111899560416770198",
-     7.12, 7.7, u"", u"48102"},
+     7.12, 7.7, u"", u"48102", u"", false, true},
     {u"Test Recipient, 1 Main St, Salem OR 97301", u"Priority Mail", u"USPS Tracking", u"9205590175547700000001", 9.85,
      16, u"", u"test", u"PRINTED", true},
     {u"Beatrix Lindqvist, 80 Harbor Rd, Portland ME 04101", u"FedEx 2Day", u"Indirect Signature Required",
@@ -66,6 +67,12 @@ constexpr const char16_t *customers[][8] = {
     {u"Theodore Eng", u"", u"2217 W Alder St", u"Apt 9", u"Tacoma", u"WA", u"98405", u"US"},
 };
 
+/// As the carrier names a purchase.
+QString sampleId(int number)
+{
+    return u"5e1c0b7d2f9a4c08b3d6e1f07a92%1"_s.arg(number, 4, 16, QChar(u'0'));
+}
+
 } // namespace
 
 ShippoAddress practiceRecipient()
@@ -107,6 +114,7 @@ ShippoAddress practiceRecipientAbroad()
 void addPracticeShipments(ShipmentLog &log)
 {
     QDateTime when(QDate(2026, 11, 18), QTime(13, 9));
+    int number = 0;
     for (const Sample &sample : samples) {
         const QString service = QString::fromUtf16(sample.service);
         ShipmentRecord record{.createdAt = when,
@@ -120,7 +128,7 @@ void addPracticeShipments(ShipmentLog &log)
                               .weightOz = sample.ounces,
                               .descriptionText = QString::fromUtf16(sample.description),
                               .reference = QString::fromUtf16(sample.reference),
-                              .transactionID = u"5e1c0b7d2f9a4c08"_s,
+                              .transactionID = sample.imported ? u"Piece 1 of 1"_s : sampleId(++number),
                               .status = QString::fromUtf16(sample.status),
                               .testMode = sample.testMode};
         const bool isLast = &sample == std::end(samples) - 1;

@@ -19,6 +19,7 @@
 #include <QPainter>
 #include <QTemporaryDir>
 
+#include <algorithm>
 #include <cstdio>
 
 namespace parcelory {
@@ -64,6 +65,7 @@ private:
     Task<> drawDoubt();
     Task<> drawRecords();
     Task<> drawMasterLog();
+    Task<> drawReprint();
     Task<> drawScanForm();
     Task<> drawSettings();
     Task<> drawLogs(QString name);
@@ -355,6 +357,8 @@ Task<> Gallery::drawRecords()
     m_program.screens().mailingLog.selected = app().log.records()[3].id;
     co_await save(u"mailing-log"_s);
     co_await saveDark(u"mailing-log"_s);
+    m_program.screens().mailingLog.selected = app().log.records().last().id;
+    co_await save(u"mailing-log-imported"_s);
     MailingLogScreen &log = m_program.screens().mailingLog;
     log.progress = 0.4; // as an import of many shipments shows it
     log.message = u"Importing…"_s;
@@ -390,9 +394,35 @@ Task<> Gallery::drawMasterLog()
     co_await save(u"master-log-nothing-found"_s);
 }
 
+/// A second reprint is asked about.
+Task<> Gallery::drawReprint()
+{
+    MailingLogScreen &log = m_program.screens().mailingLog;
+    const ShipmentRecord bought = label().lastLabel.value()->record;
+    co_await log.reprint(bought);
+    spawn([&log, bought] { return log.reprint(bought); });
+    co_await until([] { return QApplication::activeModalWidget(); });
+    co_await save(u"dialog-reprint"_s);
+    static_cast<QDialog *>(QApplication::activeModalWidget())->reject();
+    co_await until([&log] { return !log.busy; });
+}
+
 Task<> Gallery::drawScanForm()
 {
-    co_await app().createScanForm(label().sender().value_or(SenderProfile()).address);
+    m_program.window().openWindow(u"scanform"_s);
+    co_await clock().sleep(60ms);
+    saveWindow(u"SCAN Form"_s, u"window-scan-form-empty"_s);
+    const QList<ShipmentRecord> labels = app().log.records();
+    const auto bought = std::ranges::find_if(labels, [](const ShipmentRecord &row) { return !row.labelURL.isEmpty(); });
+    auto marking = onPool([this, id = bought->id] { return app().log.setStatus(id, u"REFUND_PENDING"_s); });
+    co_await marking;
+    m_desk.carrier().setScenario({.manifestDocuments = 2});
+    spawn([this] { return app().createScanForm(label().sender().value_or(SenderProfile()).address); });
+    co_await until([] { return QApplication::activeModalWidget(); });
+    co_await save(u"dialog-scan-form"_s);
+    static_cast<QDialog *>(QApplication::activeModalWidget())->done(2);
+    co_await until([this] { return !app().scanFormBusy; });
+    m_desk.carrier().setScenario({});
     co_await clock().sleep(800ms); // the pages are drawn on another thread
     saveWindow(u"SCAN Form"_s, u"window-scan-form"_s);
     app().tab = MainTab::newLabel;
@@ -428,6 +458,7 @@ Task<> Gallery::drawPractice()
     co_await drawBuying();
     co_await drawDoubt();
     co_await drawRecords();
+    co_await drawReprint();
     co_await drawMasterLog();
     co_await drawScanForm();
     co_await drawSettings();

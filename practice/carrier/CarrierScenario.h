@@ -41,6 +41,7 @@ struct CarrierScenario {
     // Any request.
     std::chrono::milliseconds answerDelay{0};
     bool dropConnection = false; ///< requests are carried out, but the connection ends before the answer
+    QByteArray droppedPath = {}; ///< the same for paths that begin so: "manifests"
     std::optional<CarrierFailure> failNext = {};
     QString badToken = {}; ///< not empty: every token is refused with 401 and this text
 
@@ -57,7 +58,6 @@ struct CarrierScenario {
     bool acceptsWeightOnly = false; ///< rates parcels without template and size, which the service's schema forbids
 
     // Purchase.
-    int lostAnswers = 0; ///< so many purchases are carried out, but the connection ends before the answer
     int queuedReads = 0; ///< a purchase stays QUEUED when created and for so many reads after that
     bool purchaseFails = false;
     QStringList purchaseMessages = {}; ///< of a failing purchase; an empty one stands for a message without a text
@@ -67,7 +67,8 @@ struct CarrierScenario {
 
     // After the purchase.
     RefundOutcome refundOutcome = RefundOutcome::granted;
-    int refundReads = 0; ///< the label stays REFUNDPENDING for so many reads
+    int refundReads = 0;    ///< the label stays REFUNDPENDING for so many reads
+    QString trackedAs = {}; ///< what every number bought here is tracked as: "TRANSIT"; empty: as the key has it
     int manifestQueuedReads = 0;
     bool manifestFails = false;       ///< the form ends as ERROR
     int manifestDocuments = 1;        ///< 0 to 2

@@ -78,9 +78,9 @@ void PracticeCarrier::Impl::serve(const httplib::Request &message, httplib::Resp
                                     .body = QByteArray::fromStdString(message.body)};
     const QByteArray authorization = headerOf(message, "Authorization");
     std::unique_lock lock(mutex);
-    const bool isLost = scenario.lostAnswers > 0 && request.method == "POST" && target.startsWith("/transactions");
-    const bool isDropped = scenario.dropConnection || isLost;
-    scenario.lostAnswers -= isLost;
+    const bool isDropped =
+        scenario.dropConnection ||
+        (!scenario.droppedPath.isEmpty() && request.target.path().mid(1).toUtf8().startsWith(scenario.droppedPath));
     const std::chrono::milliseconds delay = scenario.answerDelay;
     CarrierAnswer answer;
     if (auto instead = misfortune(request))

@@ -129,7 +129,7 @@ CarrierAnswer read(const CarrierRequest &request, PracticeLedger &ledger, const 
     if (path == QStringList{u"carrier_accounts"_s})
         return listAccounts(request, ledger, scenario);
     if (path.size() == 3 && path[0] == u"tracks")
-        return trackParcel(ledger, path[1], path[2]);
+        return trackParcel(ledger, scenario, path[1], path[2]);
     PracticeRecords *records = path.isEmpty() ? nullptr : recordsOf(path[0], ledger);
     if (!records || path.size() > 2)
         return notFoundPage(request.target.path().toUtf8());

@@ -1,5 +1,6 @@
 #include "practice/carrier/PracticeTracking.h"
 
+#include "practice/carrier/CarrierScenario.h"
 #include "practice/carrier/PracticeLedger.h"
 
 #include <algorithm>
@@ -86,7 +87,8 @@ CarrierAnswer track(const PracticeLedger &ledger, const QString &carrier, const 
 
 } // namespace
 
-CarrierAnswer trackParcel(PracticeLedger &ledger, const QString &carrier, const QString &number)
+CarrierAnswer trackParcel(PracticeLedger &ledger, const CarrierScenario &scenario, const QString &carrier,
+                          const QString &number)
 {
     if (!carriers.contains(carrier))
         return detailAnswer(400, "Carrier with name '" + carrier.toStdString() + "' is not supported.");
@@ -99,6 +101,8 @@ CarrierAnswer trackParcel(PracticeLedger &ledger, const QString &carrier, const 
     });
     if (!isOurs)
         return notFoundPage("/tracks/" + carrier.toUtf8() + '/' + number.toUtf8());
+    if (const auto stages = stagesOf(u"SHIPPO_"_s + scenario.trackedAs))
+        return track(ledger, carrier, number, *stages);
     // Labels of a test key are not known to the carrier, so nothing is said about them.
     return track(ledger, carrier, number, ledger.test ? std::vector<Stage>() : std::vector<Stage>{preTransit});
 }

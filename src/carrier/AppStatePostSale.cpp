@@ -1,10 +1,6 @@
 #include "core/AppState.h"
 
-#include "devices/Zpl.h"
-
-#include <QScopeGuard>
-
-#include <algorithm>
+#include "records/ShipmentStatus.h"
 
 namespace parcelory {
 using namespace Qt::StringLiterals;
@@ -14,78 +10,20 @@ namespace {
 constexpr qint64 refundSyncPause = 60; ///< seconds
 constexpr int refundsPerSync = 50;
 
-QString readyText(qsizetype labels)
+AppError refusal(const ShipmentRecord &record)
 {
-    return u"SCAN form ready: "_s + QString::number(labels) + (labels == 1 ? u" label"_s : u" labels"_s) +
-           u" — hand one printed copy to the carrier."_s;
+    return AppError(
+        u"The carrier has refused the refund of %1's label (%2)."_s.arg(record.recipientName(), record.tracking));
+}
+
+AppError neverAsked(const ShipmentRecord &record)
+{
+    return AppError(
+        u"Parcelory ended before the carrier was asked for the refund of %1's label (%2). The label is as it "
+        "was — press Refund again if it is to be refunded."_s.arg(record.recipientName(), record.tracking));
 }
 
 } // namespace
-
-Task<> AppState::createScanForm(ShippoAddress from)
-{
-    if (scanFormBusy)
-        co_return;
-    scanFormBusy = true;
-    const std::tuple asked(m_signIns, keyChanges.value());
-    const auto isStale = [this, asked] { return asked != std::tuple(m_signIns, keyChanges.value()); };
-    const auto done = qScopeGuard([this] { scanFormBusy = false; });
-    auto tokenRead = onPool([this] { return keys.activeToken().value_or(QString()); });
-    const QString token = co_await tokenRead;
-    const bool testKey = ShippoKeys::isTest(token);
-    auto counting =
-        onPool([this, testKey, today = platform.clock.now().date()] { return log.labelCount(today, testKey); });
-    const qsizetype labels = co_await counting;
-    if (isStale()) // whoever is here now has not asked, or asked with another key
-        co_return;
-    if (labels == 0) {
-        scanFormBusy = false;
-        co_await sayNothingToManifest(testKey);
-        co_return;
-    }
-    scanFormStatus = u"Creating SCAN form for today's labels…"_s;
-    try {
-        const QByteArray form = co_await scanForm(from);
-        if (isStale()) {
-            scanFormPDF = form; // made only once, so it is kept: the Window menu opens it
-            scanFormStatus = readyText(labels);
-            co_return;
-        }
-        scanFormPDF = form;
-        scanFormStatus = readyText(labels);
-        scanFormOpenTick = scanFormOpenTick + 1;
-    } catch (const AppError &error) {
-        scanFormStatus = error.description();
-        errors.record(u"SCAN Form"_s, error, Popup::no);
-    }
-}
-
-Task<> AppState::sayNothingToManifest(bool testKey)
-{
-    scanFormStatus = u"No labels printed today — nothing to manifest."_s;
-    co_await platform.prompts.alert(
-        u"SCAN Form"_s,
-        testKey ? u"No TEST labels have been printed today, so there's nothing to put on a SCAN form. (You're on the "
-                  "test key — labels bought under a different key don't count.)"_s
-                : u"No labels have been printed today, so there's nothing to put on a SCAN form."_s);
-}
-
-Task<QByteArray> AppState::scanForm(ShippoAddress from)
-{
-    const QList<ShippoCarrierAccount> accounts = co_await shippo.carrierAccounts();
-    const auto usps = std::ranges::find(accounts, u"usps"_s, &ShippoCarrierAccount::carrier);
-    if (usps == accounts.end())
-        throw ShippoError::api(u"No USPS carrier account found on this Shippo account."_s);
-    const ShippoManifest manifest = co_await shippo.createManifest(usps->objectId, from, platform.clock.now());
-    const QString link = manifest.documents.value_or(QList<QString>()).value(0);
-    if (link.isEmpty())
-        throw ShippoError::api(u"SCAN form created but no document came back."_s);
-    QByteArray form = co_await shippo.downloadLabel(link);
-    if (labelKind(form) != LabelKind::pdf || !isWhole(form))
-        throw ShippoError::api(u"SCAN form created, but what came back is not a complete PDF document. Press SCAN Form "
-                               "again."_s);
-    co_return form;
-}
 
 Task<> AppState::syncRefundStatuses()
 {
@@ -93,11 +31,21 @@ Task<> AppState::syncRefundStatuses()
     if (m_lastRefundSync.isValid() && std::abs(m_lastRefundSync.secsTo(now)) < refundSyncPause)
         co_return;
     m_lastRefundSync = now;
+    auto reading = onPool([this] { return journal.openRefunds(); });
+    const QList<OpenRefund> lost = co_await reading;
+    QSet<QString> isLost;
+    bool changed = false;
+    for (const OpenRefund &refund : lost) {
+        isLost.insert(refund.transactionId);
+        const bool settled = co_await settleOpenRefund(refund);
+        changed = changed || settled;
+    }
     // A carrier decides within weeks; a year spares a large log being read to its end.
     auto looking = onPool([this, since = now.addYears(-1)] { return log.openRefunds(since, refundsPerSync); });
     const QList<ShipmentRecord> open = co_await looking;
-    bool changed = false;
     for (const ShipmentRecord &record : open) {
+        if (isLost.contains(record.transactionID))
+            continue;
         const bool settled = co_await settleRefund(record);
         changed = changed || settled;
     }
@@ -105,30 +53,83 @@ Task<> AppState::syncRefundStatuses()
         auto reloading = onPool([this] { log.reload(); });
         co_await reloading;
     }
+    co_await settleScanForms();
 }
 
-/// True when the carrier has decided. What cannot be learned now is asked again with the next sync.
-Task<bool> AppState::settleRefund(ShipmentRecord record)
+Task<AppState::Refund> AppState::refundAtCarrier(QString transactionId)
 {
     QString status;
     try {
-        const ShippoTransaction transaction = co_await shippo.transaction(record.transactionID);
+        const ShippoTransaction transaction = co_await shippo.transaction(transactionId);
         status = transaction.status;
-    } catch (const AppError &) {
-        co_return false;
+    } catch (const AppError &) { // what cannot be learned now is asked again with the next sync
     }
-    if (status == u"REFUNDREJECTED") { // it would be asked for at every sync for ever, and the clerk wait for money
-        errors.record(u"Refund"_s,
-                      AppError(u"The carrier has refused the refund of %1's label (%2)."_s.arg(record.recipient,
-                                                                                               record.tracking)),
-                      Popup::no);
-        status = u"REFUND_ERROR"_s;
-    } else if (status != u"REFUNDED") {
+    if (status == u"REFUNDED")
+        co_return Refund::granted;
+    if (status == u"REFUNDREJECTED")
+        co_return Refund::rejected;
+    if (status == u"REFUNDPENDING")
+        co_return Refund::pending;
+    co_return status == u"SUCCESS" ? Refund::none : Refund::unknown;
+}
+
+/// True when the carrier has decided.
+Task<bool> AppState::settleRefund(ShipmentRecord record)
+{
+    const Refund refund = co_await refundAtCarrier(record.transactionID);
+    if (refund != Refund::granted && refund != Refund::rejected)
         co_return false;
-    }
-    auto storing = onPool([this, id = record.id, status] { return log.setStatus(id, status); });
-    const bool stored = co_await storing;
+    const bool stored = co_await storeRefund(record, refund);
     co_return stored;
+}
+
+/// A refund whose answer never came, because the program ended or the connection broke. True when the books are right
+/// now.
+Task<bool> AppState::settleOpenRefund(OpenRefund refund)
+{
+    const Refund found = co_await refundAtCarrier(refund.transactionId);
+    const bool mayStillCome = ShippoClient::mayStillArrive(refund.askedAt, platform.clock.now());
+    if (found == Refund::unknown || (found == Refund::none && mayStillCome) ||
+        refundsUnderWay.contains(refund.transactionId))
+        co_return false;
+    auto finding = onPool([this, id = refund.shipmentId] { return log.find({.id = id}); });
+    const std::optional<ShipmentRecord> row = co_await finding;
+    if (row) {
+        const bool stored = co_await storeRefund(*row, found);
+        if (!stored)
+            co_return false;
+    }
+    auto closing = onPool([this, id = refund.transactionId] { return journal.closeRefund(id); });
+    const bool closed = co_await closing;
+    co_return closed;
+}
+
+/// Writes into the log what the carrier says of a label's refund; false when it cannot be written.
+Task<bool> AppState::storeRefund(ShipmentRecord record, Refund refund)
+{
+    const RefundState shown = refundState(record.status);
+    QString status = record.status;
+    if (refund == Refund::granted)
+        status = u"REFUNDED"_s;
+    else if (refund == Refund::pending)
+        status = u"REFUND_PENDING"_s;
+    else if (refund == Refund::rejected) // it would be asked for at every sync for ever, and the clerk wait for money
+        status = u"REFUND_ERROR"_s;
+    else if (shown == RefundState::pending)
+        status = u"PRINTED"_s;
+    if (status != record.status) {
+        auto storing = onPool([this, id = record.id, status] { return log.setStatus(id, status); });
+        const bool stored = co_await storing;
+        if (!stored)
+            co_return false;
+    }
+    if (shown == RefundState::failed) // the error log has an entry of it
+        co_return true;
+    if (refund == Refund::rejected)
+        errors.record(u"Refund"_s, refusal(record), Popup::no);
+    else if (refund == Refund::none)
+        errors.record(u"Refund"_s, neverAsked(record), Popup::no);
+    co_return true;
 }
 
 } // namespace parcelory

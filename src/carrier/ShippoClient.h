@@ -23,6 +23,12 @@ public:
     /// Long operations are asked for this often, at most `maxPolls` times.
     static constexpr auto pollInterval = std::chrono::milliseconds(1500);
     static constexpr int maxPolls = 10;
+    /// A request whose answer never came may still reach the carrier for so long.
+    static constexpr auto arrivalTime = std::chrono::seconds(60);
+    static bool mayStillArrive(const QDateTime &askedAt, const QDateTime &now)
+    {
+        return std::abs(askedAt.secsTo(now)) <= arrivalTime.count(); // a clock that was put back ends no waiting
+    }
 
     ShippoClient(Platform &platform, ShippoKeys &keys);
 
@@ -49,12 +55,17 @@ public:
     Task<QList<ShippoCarrierAccount>> carrierAccounts();
     /// The SCAN form of the day's labels. Throws ShippoError when it fails or is still not there after the last poll.
     Task<ShippoManifest> createManifest(QString carrierAccount, ShippoAddress from, QDateTime date);
+    /// A SCAN form as it stands now. Throws ShippoError when it is still not done after the last poll.
+    Task<ShippoManifest> manifest(QString id);
+    /// The account's last SCAN forms, newest first; one page.
+    Task<QList<ShippoManifest>> newestManifests();
     /// The account's labels of these days, both included, newest first.
     Task<QList<MasterEntry>> masterLog(QDate from, QDate to, std::shared_ptr<Listing> listing = {});
 
 private:
     /// The body of a 2xx answer. `path`: relative to the API, or an absolute address. `body`: sent as JSON when given.
     Task<QByteArray> request(QString path, QByteArray method = "GET", QByteArray body = {});
+    Task<ShippoManifest> polled(ShippoManifest manifest);
     Task<QByteArray> countedPage(QString path, std::shared_ptr<Listing> listing);
 
     HttpTransport &m_http;

@@ -57,18 +57,40 @@ Task<ShippoManifest> ShippoClient::createManifest(QString carrierAccount, Shippo
                        {"async", false}};
     const QByteArray created = co_await request(u"manifests/"_s, "POST", dumpJson(body));
     auto manifest = decodeAnswer<ShippoManifest>(created);
+    manifest = co_await polled(manifest);
+    if (manifest.status == u"ERROR")
+        throw ShippoError::api(u"Shippo couldn't create the SCAN form — usually this means today's labels were already "
+                               "manifested, or the carrier doesn't allow it for these labels."_s);
+    co_return manifest;
+}
+
+/// The manifest once it is made or has failed.
+Task<ShippoManifest> ShippoClient::polled(ShippoManifest manifest)
+{
     for (int poll = 0; poll < maxPolls && isPending(manifest.status); ++poll) {
         co_await m_clock.sleep(pollInterval);
         const QByteArray answer = co_await request(u"manifests/"_s + step(manifest.objectId));
         manifest = decodeAnswer<ShippoManifest>(answer);
     }
-    if (manifest.status == u"SUCCESS")
-        co_return manifest;
-    if (manifest.status == u"ERROR")
-        throw ShippoError::api(u"Shippo couldn't create the SCAN form — usually this means today's labels were already "
-                               "manifested, or the carrier doesn't allow it for these labels."_s);
-    throw ShippoError::api(u"Shippo is still generating the SCAN form (status: "_s +
-                           manifest.status.value_or(u"unknown"_s) + u"). Try again in a minute."_s);
+    if (manifest.status != u"SUCCESS" && manifest.status != u"ERROR")
+        throw ShippoError::api(u"Shippo is still generating the SCAN form (status: "_s +
+                               manifest.status.value_or(u"unknown"_s) + u"). Try again in a minute."_s);
+    co_return manifest;
+}
+
+Task<ShippoManifest> ShippoClient::manifest(QString id)
+{
+    const QByteArray answer = co_await request(u"manifests/"_s + step(id));
+    auto manifest = decodeAnswer<ShippoManifest>(answer);
+    manifest = co_await polled(manifest);
+    co_return manifest;
+}
+
+Task<QList<ShippoManifest>> ShippoClient::newestManifests()
+{
+    const QByteArray answer = co_await request(u"manifests?results=25"_s);
+    auto list = decodeAnswer<ShippoList<ShippoManifest>>(answer);
+    co_return std::move(list.results);
 }
 
 Task<QByteArray> ShippoClient::countedPage(QString path, std::shared_ptr<Listing> listing)

@@ -258,12 +258,14 @@ struct ShippoManifest {
     std::optional<QString> status;           ///< "QUEUED", "WAITING", "SUCCESS", "ERROR"
     std::optional<QList<QString>> documents; ///< where the form's PDF pages are
     std::optional<QList<QString>> transactions;
+    std::optional<QString> objectCreated;
 
     static constexpr auto fields()
     {
         using M = ShippoManifest;
         return std::tuple{field("objectId", &M::objectId), field("status", &M::status),
-                          field("documents", &M::documents), field("transactions", &M::transactions)};
+                          field("documents", &M::documents), field("transactions", &M::transactions),
+                          field("objectCreated", &M::objectCreated)};
     }
 };
 

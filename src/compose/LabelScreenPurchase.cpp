@@ -4,6 +4,7 @@
 #include "compose/SecondLabel.h"
 #include "core/CountryCode.h"
 #include "core/Text.h"
+#include "records/LabelCheck.h"
 #include "records/Reprint.h"
 
 #include <QScopeGuard>
@@ -375,7 +376,7 @@ Task<> LabelScreen::reprintLast()
     busy = true;
     const auto done = qScopeGuard([this] { busy = false; });
     try {
-        const QString printed = co_await reprintLabel(m_app, lastLabel.value()->record);
+        const QString printed = co_await reprintChecked(m_app, lastLabel.value()->record);
         noteOnLastLabel(printed);
     } catch (const AppError &error) {
         noteOnLastLabel(error.description());

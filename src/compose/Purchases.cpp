@@ -2,6 +2,7 @@
 
 #include "compose/SecondLabel.h"
 #include "core/Text.h"
+#include "records/LabelCheck.h"
 #include "records/Reprint.h"
 
 #include <QScopeGuard>
@@ -77,7 +78,7 @@ Task<bool> Purchases::enterIntoLog(OpenPurchase purchase)
     };
     auto writing = onPool([&app = m_app, purchase] {
         const ShipmentRecord &record = purchase.record;
-        const bool stored = app.log.holds(record.transactionID, purchase.askedAt) || app.log.insert(record);
+        const bool stored = app.log.find(record) || app.log.insert(record);
         if (stored)
             app.journal.close(purchase.id);
         return Outcome{stored, stored ? QString() : app.log.lastError()};
@@ -278,7 +279,12 @@ Task<> Purchases::print(SettledPurchase label)
 {
     SettledPurchase after = label;
     try {
-        after.text = co_await reprintLabel(m_app, label.record);
+        // The first printing is none that anybody has to be asked about.
+        auto printing = label.isPrinted ? reprintChecked(m_app, label.record) : reprintLabel(m_app, label.record);
+        const QString printed = co_await printing;
+        if (printed.isEmpty()) // the clerk has thought better of it
+            co_return;
+        after.text = printed;
         after.isPrinted = true;
     } catch (const AppError &error) {
         after.text = error.description();

@@ -17,9 +17,9 @@ const QList<MainTabInfo> &mainTabs()
 AppState::AppState(Platform &host)
     : platform(host), errors(ErrorLog::shared()), sanitizer(host.deployment.storeNames), credentials(host), auth(host),
       invoices(auth, sanitizer), keys(host.secrets, host.preferences), shippo(host, keys), scale(host.hid),
-      log(host.dataFolder), journal(host.dataFolder), senders(host), boxes(host), addressBook(host.dataFolder),
-      appleContacts(host.contacts, host.clock, host.dataFolder), printer(host), printWatch(printer, host.clock),
-      scanListener(host.keyboard, host.clock, host.deployment.shortLinkHost)
+      log(host.dataFolder), labelHistory(log), scanForms(log), journal(host.dataFolder), senders(host), boxes(host),
+      addressBook(host.dataFolder), appleContacts(host.contacts, host.clock, host.dataFolder), printer(host),
+      printWatch(printer, host.clock), scanListener(host.keyboard, host.clock, host.deployment.shortLinkHost)
 {
     const auto announce = [this] { emit changed(); };
     const auto observe = [&](auto &...property) { (m_notifiers.push_back(property.addNotifier(announce)), ...); };

@@ -14,13 +14,16 @@
 #include "devices/ScanWedgeListener.h"
 #include "devices/USBScale.h"
 #include "records/BoxStore.h"
+#include "records/LabelHistory.h"
 #include "records/PurchaseJournal.h"
+#include "records/ScanForms.h"
 #include "records/SenderStore.h"
 #include "records/ShipmentLog.h"
 #include "shell/ErrorLog.h"
 
 #include <QObject>
 #include <QProperty>
+#include <QSet>
 
 #include <optional>
 #include <vector>
@@ -81,6 +84,8 @@ public:
     ShippoClient shippo;
     USBScale scale;
     ShipmentLog log;
+    LabelHistory labelHistory;
+    ScanForms scanForms;
     PurchaseJournal journal;
     SenderStore senders;
     BoxStore boxes;
@@ -107,8 +112,11 @@ public:
     /// Asks the carrier for one form of all the labels of today, bought with keys of the active one's kind. The outcome
     /// is scanFormStatus.
     Task<> createScanForm(ShippoAddress from);
-    /// Learns what became of the refunds that were asked for; at most once a minute.
+    /// Learns what became of the refunds that were asked for, and of refunds and SCAN forms whose answer was lost; at
+    /// most once a minute.
     Task<> syncRefundStatuses();
+    /// Transactions whose refund is being asked for right now: their answer is still to come.
+    QSet<QString> refundsUnderWay;
 
     /// The scanner heard keys that are no invoice code.
     void reportScanNoise(const QString &heard);
@@ -122,9 +130,20 @@ signals:
     void invoiceTaken();
 
 private:
-    Task<QByteArray> scanForm(ShippoAddress from);
+    enum class Refund { unknown, none, pending, granted, rejected };
+
+    Task<QByteArray> newScanForm(QList<ShipmentRecord> labels, bool testKey, ShippoAddress from);
+    Task<std::optional<ShippoManifest>> madeManifest(ScanForm form);
+    Task<std::optional<QByteArray>> lostScanForm(ScanForm form);
+    Task<QByteArray> fetchScanForm(ScanForm form, ShippoManifest manifest);
+    Task<bool> showLostScanForms(QList<ScanForm> forms);
+    Task<> settleScanForms();
+    Task<bool> agreesToScanForm(QList<ShipmentRecord> labels, bool testKey);
     Task<> sayNothingToManifest(bool testKey);
+    Task<Refund> refundAtCarrier(QString transactionId);
     Task<bool> settleRefund(ShipmentRecord record);
+    Task<bool> settleOpenRefund(OpenRefund refund);
+    Task<bool> storeRefund(ShipmentRecord record, Refund refund);
     Task<> readInvoice(QString id);
     Task<> invoiceAttentionAlert(DesklineInvoice invoice);
 

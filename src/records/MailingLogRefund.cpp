@@ -1,6 +1,7 @@
 #include "records/MailingLogScreen.h"
 
 #include "core/Text.h"
+#include "records/LabelCheck.h"
 #include "records/ShipmentStatus.h"
 
 #include <QScopeGuard>
@@ -12,14 +13,14 @@ namespace {
 
 const QString approval = u" — USPS refunds take up to 14 days to approve."_s;
 
-Question confirmation(const ShipmentRecord &record)
+Question confirmation(const ShipmentRecord &record, const QStringList &doubts)
 {
-    const QString name = record.recipient.section(u',', 0, 0);
     return {.title = u"Refund This Label?"_s,
             .text =
-                u"%1 %2 to %3, $%4\nTracking %5\n\nThe label is given back and must not be used any more. The refund "
-                "goes to the Shippo account%6"_s.arg(record.carrier, record.service, name, fixed(record.postage, 2),
-                                                     record.tracking, approval),
+                u"%1 %2 to %3, $%4\nTracking %5%6\n\nThe label is given back and must not be used any more. The refund "
+                "goes to the Shippo account%7"_s.arg(record.carrier, record.service, record.recipientName(),
+                                                     fixed(record.postage, 2), record.tracking, doubtLines(doubts),
+                                                     approval),
             .choices = {u"Keep the Label"_s, u"Request Refund"_s},
             .safeChoice = 0};
 }
@@ -36,8 +37,7 @@ QString statusAfter(const QString &answer)
 
 bool MailingLogScreen::isRefundable(const ShipmentRecord &record)
 {
-    const RefundState state = refundState(record.status);
-    return !record.transactionID.isEmpty() && state != RefundState::granted;
+    return labelObstacle(LabelUse::refund, record).isEmpty();
 }
 
 Task<> MailingLogScreen::refund(ShipmentRecord record)
@@ -54,24 +54,52 @@ Task<> MailingLogScreen::refund(ShipmentRecord record)
         if (asked)
             co_return;
     }
-    const int answer = co_await m_app.platform.prompts.choose(confirmation(record));
+    const LabelFacts facts = co_await learnFacts(m_app, record);
+    const QStringList doubts = labelDoubts(LabelUse::refund, record, facts);
+    const int answer = co_await m_app.platform.prompts.choose(confirmation(record, doubts));
     if (answer != 1)
         co_return;
-    auto looking = onPool([&log = m_app.log, id = record.id] { return log.status(id); });
-    const std::optional<QString> now = co_await looking;
-    if (now != record.status) { // another program on this log, or the carrier, was quicker
+    auto looking = onPool([&log = m_app.log, record] { return log.find(record); });
+    const std::optional<ShipmentRecord> now = co_await looking;
+    if (!now || now->status != record.status) { // another program on this log, or the carrier, was quicker
         auto reloading = onPool([&log = m_app.log, asked = search.value()] { log.reload(asked); });
         co_await reloading;
         message = u"The shipment's status has changed meanwhile. No refund was requested."_s;
         co_return;
     }
-    // Marked first, so that the list tells the truth if the program quits before the answer.
+    // From here on the sync must not take the refund for one that was left behind.
+    m_app.refundsUnderWay.insert(record.transactionID);
+    const auto over = qScopeGuard([this, record] { m_app.refundsUnderWay.remove(record.transactionID); });
+    const bool noted = co_await noteRefund(record);
+    if (noted)
+        co_await requestRefund(record);
+}
+
+/// Writes down in the journal and in the log that a refund is about to be asked for, so that the log tells the truth
+/// if the program quits before the answer. False when that failed; then the message says why nothing was asked for.
+Task<bool> MailingLogScreen::noteRefund(ShipmentRecord record)
+{
+    const OpenRefund refund{record.transactionID, record.id, m_app.platform.clock.now()};
+    try {
+        auto writing = onPool([&journal = m_app.journal, refund] { journal.beginRefund(refund); });
+        co_await writing;
+    } catch (const AppError &error) {
+        message = error.description();
+        m_app.errors.record(u"Refund"_s, error, Popup::no);
+        co_return false;
+    }
     const bool marked = co_await storeStatus(record.id, u"REFUND_PENDING"_s);
     if (!marked) {
         message = message + u" No refund was requested."_s;
-        co_return;
+        co_await closeRefund(record.transactionID);
     }
-    co_await requestRefund(record);
+    co_return marked;
+}
+
+Task<> MailingLogScreen::closeRefund(QString transactionId)
+{
+    auto closing = onPool([&journal = m_app.journal, transactionId] { return journal.closeRefund(transactionId); });
+    co_await closing;
 }
 
 /// False when the carrier knows of no refund of this label; otherwise, and when it cannot be asked, the message says
@@ -101,16 +129,18 @@ Task<> MailingLogScreen::requestRefund(ShipmentRecord record)
 {
     message = u"Requesting refund…"_s;
     QString status = u"REFUND_ERROR"_s, outcome;
+    bool answered = false;
     try {
         const ShippoRefund answer = co_await m_app.shippo.refund(record.transactionID);
         const QString word = answer.status.value_or(QString()).toUpper();
+        answered = true;
         status = statusAfter(word);
         outcome = word == u"SUCCESS" ? u"Refunded."_s
                                      : u"Refund "_s + (word.isEmpty() ? u"requested"_s : word.toLower()) + approval;
         if (word == u"ERROR") // the status points to the error log
             m_app.errors.record(u"Refund"_s,
                                 AppError(u"The carrier has refused the refund of %1's label (%2)."_s.arg(
-                                    record.recipient.section(u',', 0, 0), record.tracking)),
+                                    record.recipientName(), record.tracking)),
                                 Popup::no);
     } catch (const AppError &error) {
         outcome = error.description();
@@ -118,6 +148,8 @@ Task<> MailingLogScreen::requestRefund(ShipmentRecord record)
     }
     const bool stored = co_await storeStatus(record.id, status);
     message = stored ? outcome : outcome + u' ' + message;
+    if (answered && stored) // otherwise the refund may be under way at the carrier: the next sync asks
+        co_await closeRefund(record.transactionID);
 }
 
 } // namespace parcelory

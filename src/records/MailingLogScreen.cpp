@@ -1,6 +1,7 @@
 #include "records/MailingLogScreen.h"
 
 #include "core/Text.h"
+#include "records/LabelCheck.h"
 #include "records/Reprint.h"
 #include "records/TrackPage.h"
 
@@ -87,7 +88,7 @@ Task<> MailingLogScreen::reprint(ShipmentRecord record)
     const auto done = qScopeGuard([this] { busy = false; });
     message = QString(); // the same outcome twice is news twice
     try {
-        const QString printed = co_await reprintLabel(m_app, record);
+        const QString printed = co_await reprintChecked(m_app, record);
         message = printed;
     } catch (const AppError &error) {
         message = error.description();
@@ -130,9 +131,14 @@ Task<> MailingLogScreen::trackOnline(ShipmentRecord record)
     message = failure;
 }
 
+bool MailingLogScreen::isCheckable(const ShipmentRecord &record)
+{
+    return labelObstacle(LabelUse::checkStatus, record).isEmpty();
+}
+
 Task<> MailingLogScreen::checkStatus(ShipmentRecord record)
 {
-    if (busy)
+    if (busy || !isCheckable(record))
         co_return;
     busy = true;
     const auto done = qScopeGuard([this] { busy = false; });
@@ -143,6 +149,9 @@ Task<> MailingLogScreen::checkStatus(ShipmentRecord record)
         const auto status = track.trackingStatus.value_or(ShippoTrackStatus::TrackingStatus{});
         const QString word = status.status.value_or(u"UNKNOWN"_s);
         message = joinPresent({word, status.statusDetails.value_or(QString())}, u": "_s);
+        auto remembering = onPool([&history = m_app.labelHistory, id = record.id, word,
+                                   when = m_app.platform.clock.now()] { return history.setTracked(id, word, when); });
+        co_await remembering;
         if (word == u"DELIVERED")
             co_await storeStatus(record.id, word);
     } catch (const AppError &error) {

@@ -36,9 +36,11 @@ public:
     Task<> reprintCustoms(ShipmentRecord record);
     void copyTracking(ShipmentRecord record);
     Task<> trackOnline(ShipmentRecord record);
+    /// A parcel whose label was bought through the carrier's account.
+    static bool isCheckable(const ShipmentRecord &record);
     /// Asks the carrier where the parcel is.
     Task<> checkStatus(ShipmentRecord record);
-    /// A label that was bought through the carrier's account and is not refunded.
+    /// A label that was bought through the carrier's account and is not refunded; labelObstacle() says why it is none.
     static bool isRefundable(const ShipmentRecord &record);
     /// Gives the label back for its money, once the clerk has agreed. Of a refund that is pending already, the carrier
     /// is asked first whether it knows.
@@ -57,6 +59,8 @@ private:
     bool isUpToDate() const { return m_app.log.shownSearch() == search.value(); }
     void takeRecords();
     Task<bool> storeStatus(qint64 id, QString status);
+    Task<bool> noteRefund(ShipmentRecord record);
+    Task<> closeRefund(QString transactionId);
     Task<> requestRefund(ShipmentRecord record);
     Task<bool> carrierWasAsked(ShipmentRecord record);
     ShipmentLog::Progress followProgress();

@@ -179,25 +179,18 @@ bool ShipmentLog::update(const QByteArray &sql, const Value &value, qint64 id)
     return stored;
 }
 
-std::optional<QString> ShipmentLog::status(qint64 id) const
+bool ShipmentLog::change(const std::function<bool(Database &)> &work)
 {
-    const std::lock_guard turn(m_connection);
-    Statement query(m_db, "SELECT status FROM shipments WHERE id = ?");
-    if (!query.isPrepared())
-        return std::nullopt;
-    query.bind(1, id);
-    return query.step() ? std::optional(query.text(0)) : std::nullopt;
-}
-
-bool ShipmentLog::holds(const QString &transactionID, const QDateTime &since) const
-{
-    const std::lock_guard turn(m_connection);
-    Statement query(m_db, "SELECT 1 FROM shipments WHERE created_at >= ? AND transaction_id = ?");
-    if (!query.isPrepared())
-        return false;
-    query.bind(1, ShipmentLogRows::secondsOf(since.addDays(-1)));
-    query.bind(2, transactionID);
-    return query.step();
+    const std::scoped_lock locks(m_writing, m_connection);
+    const auto run = [this](const char *sql) { return Statement(m_db, sql).execute(); };
+    const bool stored = run("BEGIN IMMEDIATE") && work(m_db) && run("COMMIT");
+    if (!stored) {
+        m_lastError = m_db.lastError();
+        qWarning("Parcelory SQL error: %s", qPrintable(m_lastError));
+        run("ROLLBACK");
+    }
+    m_index.pass();
+    return stored;
 }
 
 QList<ShipmentRecord> ShipmentLog::labelsLike(const QString &reference, const QDateTime &since, bool testMode)
@@ -217,17 +210,41 @@ QList<ShipmentRecord> ShipmentLog::labelsLike(const QString &reference, const QD
     return found;
 }
 
-qsizetype ShipmentLog::labelCount(QDate day, bool testMode) const
+void ShipmentLog::look(const std::function<void(const Database &)> &work) const
 {
     const std::lock_guard turn(m_connection);
-    Statement query(m_db, "SELECT count(*) FROM shipments WHERE created_at >= ? AND created_at < ? AND "
-                          "(coalesce(test_mode, 0) <> 0) = ?");
+    work(m_db);
+}
+
+std::optional<ShipmentRecord> ShipmentLog::find(const ShipmentRecord &record) const
+{
+    const std::lock_guard turn(m_connection);
+    const QByteArray select = ShipmentLogRows::select;
+    Statement query(m_db, record.id ? select + " WHERE id = ?"
+                                    : select + " WHERE created_at >= ? AND transaction_id = ? AND transaction_id <> ''"
+                                               " ORDER BY created_at DESC LIMIT 1");
     if (!query.isPrepared())
-        return 0;
+        return std::nullopt;
+    if (record.id) {
+        query.bind(1, record.id);
+    } else {
+        query.bind(1, ShipmentLogRows::secondsOf(record.createdAt));
+        query.bind(2, record.transactionID);
+    }
+    const QList<ShipmentRecord> found = ShipmentLogRows::recordsOf(query);
+    return found.isEmpty() ? std::nullopt : std::optional(found.first());
+}
+
+QList<ShipmentRecord> ShipmentLog::labelsOf(QDate day) const
+{
+    const std::lock_guard turn(m_connection);
+    Statement query(m_db, ShipmentLogRows::select +
+                              QByteArray(" WHERE created_at >= ? AND created_at < ? ORDER BY created_at, id"));
+    if (!query.isPrepared())
+        return {};
     query.bind(1, ShipmentLogRows::secondsOf(day.startOfDay()));
     query.bind(2, ShipmentLogRows::secondsOf(day.addDays(1).startOfDay()));
-    query.bind(3, testMode);
-    return query.step() ? query.integer(0) : 0;
+    return ShipmentLogRows::recordsOf(query);
 }
 
 QList<ShipmentRecord> ShipmentLog::openRefunds(const QDateTime &since, int limit) const

@@ -40,14 +40,13 @@ public:
     [[nodiscard]] bool insert(const ShipmentRecord &record, bool reloadAfter = true);
     [[nodiscard]] bool setStatus(qint64 id, const QString &status);
     [[nodiscard]] bool storeCustomsPDF(qint64 id, const QByteArray &document);
-    /// A row's status as it is now; nothing when the row is gone or cannot be read.
-    std::optional<QString> status(qint64 id) const;
-    /// True when a label bought since the day before `since` has this transaction.
-    bool holds(const QString &transactionID, const QDateTime &since) const;
+    /// A record's row as it is now, that of a label just bought by its transaction; nothing when it is gone or cannot
+    /// be read.
+    std::optional<ShipmentRecord> find(const ShipmentRecord &record) const;
+    /// The labels of a day, in the machine's time zone, in the order in which they were bought.
+    QList<ShipmentRecord> labelsOf(QDate day) const;
     /// Labels of one kind of key that were bought for this reference or since `since`, newest first.
     QList<ShipmentRecord> labelsLike(const QString &reference, const QDateTime &since, bool testMode);
-    /// How many labels of a day, in the machine's time zone, were bought with test keys, or with live ones.
-    qsizetype labelCount(QDate day, bool testMode) const;
     /// Shipments since then whose refund the carrier has not decided, newest first.
     QList<ShipmentRecord> openRefunds(const QDateTime &since, int limit) const;
     std::optional<QByteArray> zpl(qint64 id) const;
@@ -69,6 +68,14 @@ public:
 
     /// Why the last write failed.
     QString lastError() const;
+
+    // For the stores that keep tables of their own in the same file. They share its one connection, because another
+    // one could make the writing of a bought label wait, and each of its writes would have the search read anew.
+
+    /// `work` writes on the connection; all of it is stored, or nothing and the answer is false.
+    [[nodiscard]] bool change(const std::function<bool(Database &)> &work);
+    /// `work` reads on the connection.
+    void look(const std::function<void(const Database &)> &work) const;
 
 signals:
     void recordsChanged();

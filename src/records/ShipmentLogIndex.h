@@ -30,6 +30,8 @@ public:
 
     /// To be called after every write on the connection, with the id of the row that was added, if any.
     void follow(std::optional<qint64> added = std::nullopt);
+    /// The same after writes that touched no shipment.
+    void pass() { m_changes = m_db.totalChanges(); }
 
 private:
     void startReading(qint64 version);

@@ -25,7 +25,7 @@ QString brief(const QString &text)
 
 ShipmentRecord recordOf(const Statement &row)
 {
-    ShipmentRecord record{.id = row.integer(0), .createdAt = QDateTime::fromMSecsSinceEpoch(msecsOf(row.real(1)))};
+    ShipmentRecord record{.id = row.integer(0), .createdAt = timeOf(row.real(1))};
     record.carrier = brief(row.text(2));
     record.service = brief(row.text(3));
     record.postage = row.real(4);

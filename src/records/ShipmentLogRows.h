@@ -27,6 +27,11 @@ inline double secondsOf(const QDateTime &time)
     return double(time.toMSecsSinceEpoch()) / 1000;
 }
 
+inline QDateTime timeOf(double createdAt)
+{
+    return QDateTime::fromMSecsSinceEpoch(msecsOf(createdAt));
+}
+
 extern const char *const insert;
 void bind(Statement &insert, const ShipmentRecord &record);
 

@@ -42,6 +42,9 @@ struct ShipmentRecord {
     std::optional<QByteArray> customsPDF; ///< never loaded with a list
     bool hasCustomsPDF = false;           ///< computed on read
 
+    /// The stored line begins with it; the rest is the address.
+    QString recipientName() const { return recipient.section(u',', 0, 0).trimmed(); }
+
     /// What is known of a shipment before it has a row: neither the id nor the documents.
     static constexpr auto fields()
     {

@@ -1,5 +1,7 @@
 #include "records/ShipmentStatus.h"
 
+#include <QLocale>
+
 #include <algorithm>
 #include <iterator>
 
@@ -55,6 +57,11 @@ QString friendlyStatus(const QString &status)
 {
     const StatusInfo *info = infoOf(status);
     return info ? info->display : status;
+}
+
+QString momentText(const QDateTime &time)
+{
+    return QLocale::c().toString(time.toLocalTime(), u"MM/dd/yy, h:mm AP"_s);
 }
 
 } // namespace parcelory

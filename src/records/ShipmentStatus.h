@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDateTime>
 #include <QString>
 
 namespace parcelory {
@@ -14,5 +15,8 @@ QString refundBadge(const QString &status);
 
 /// A record's status in the clerk's words. A word that an imported log brought along is shown as it is.
 QString friendlyStatus(const QString &status);
+
+/// A point in time as the log shows it: "11/20/26, 2:41 PM".
+QString momentText(const QDateTime &time);
 
 } // namespace parcelory

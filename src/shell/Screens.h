@@ -6,6 +6,7 @@
 #include "core/AppState.h"
 #include "records/MailingLogScreen.h"
 #include "records/MasterLogScreen.h"
+#include "records/ScanFormScreen.h"
 #include "shell/KeysScreen.h"
 #include "shell/SettingsScreen.h"
 #include "shell/UpdateChecker.h"
@@ -16,8 +17,8 @@ namespace parcelory {
 /// change of tab and sign-in.
 struct Screens {
     explicit Screens(AppState &app)
-        : signIn(app), addressBook(app), label(app), mailingLog(app), masterLog(app), settings(app), keys(app),
-          updates(app)
+        : signIn(app), addressBook(app), label(app), mailingLog(app), masterLog(app), scanForm(app), settings(app),
+          keys(app), updates(app)
     {
     }
 
@@ -26,6 +27,7 @@ struct Screens {
     LabelScreen label;
     MailingLogScreen mailingLog;
     MasterLogScreen masterLog;
+    ScanFormScreen scanForm;
     SettingsScreen settings;
     KeysScreen keys;
     UpdateChecker updates;

@@ -73,7 +73,7 @@ CarrierScenario failingPurchase()
 TEST_F(PurchasesTest, ALabelWhoseAnswerWasLostIsFoundPrintedAndLogged)
 {
     rate();
-    carrier.setScenario({.lostAnswers = 1});
+    carrier.setScenario({.droppedPath = "transactions/"});
     press();
     EXPECT_TRUE(banner().startsWith(u"Success! "_s)) << banner().toStdString();
     EXPECT_EQ(sent("/transactions/").size(), 1);
@@ -258,7 +258,7 @@ TEST_F(PurchasesTest, NoSequenceOfMishapsBuysTwiceOrLosesALabel)
     const std::function<CarrierScenario()> mishaps[] = {
         [] { return CarrierScenario{}; },
         [] { return CarrierScenario{}; },
-        [] { return CarrierScenario{.lostAnswers = 1}; },
+        [] { return CarrierScenario{.droppedPath = "transactions/"}; },
         [] { return CarrierScenario{.dropConnection = true}; },
         [] { return CarrierScenario{.queuedReads = 15}; },
         [] { return CarrierScenario{.purchaseFails = true, .purchaseMessages = {u"Insufficient funds."_s}}; },

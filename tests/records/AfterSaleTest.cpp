@@ -62,7 +62,7 @@ TEST_F(AfterSaleTest, ARefundEndsAsTheCarrierAnswersAndIsAskedForOnce)
     int minute = 0;
     for (const Row &row : rows) {
         ShipmentRecord record = shipmentTo(u"Ana"_s, ++minute);
-        record.transactionID = u"t1"_s;
+        record.transactionID = transactionId();
         record = logged(record);
         answer("refunds", row.answer, row.http);
         carrier.clearRequests();
@@ -81,13 +81,13 @@ TEST_F(AfterSaleTest, ARefundEndsAsTheCarrierAnswersAndIsAskedForOnce)
         const bool again = row.status != u"REFUNDED"; // refused: tried again; pending: the carrier is asked how it is
         EXPECT_EQ(carrier.requests().size(), again ? 2 : 1);
         if (row.status == u"REFUND_PENDING")
-            EXPECT_EQ(carrier.requests().last().target, "/transactions/t1");
+            EXPECT_EQ(carrier.requests().last().target, "/transactions/" + transactionId().toUtf8());
     }
     EXPECT_EQ(errors->entries().first().context, u"Refund"_s);
 
     // Of this one the program had only the mark written when it ended.
     ShipmentRecord marked = shipmentTo(u"Eve"_s, ++minute);
-    marked.transactionID = u"t9"_s;
+    marked.transactionID = transactionId(9);
     marked.status = u"REFUND_PENDING"_s;
     marked = logged(marked);
     answer("transactions", R"({"object_id": "t9", "status": "REFUNDPENDING"})");
@@ -100,7 +100,7 @@ TEST_F(AfterSaleTest, ARefundEndsAsTheCarrierAnswersAndIsAskedForOnce)
 
     prompts.answer = 0;
     ShipmentRecord kept = shipmentTo(u"Ben"_s, ++minute);
-    kept.transactionID = u"t2"_s;
+    kept.transactionID = transactionId(2);
     kept.postage = 7.4;
     kept = logged(kept);
     carrier.clearRequests();
@@ -137,6 +137,7 @@ TEST_F(AfterSaleTest, TheCarriersWordForAParcelChangesTheLogOnlyOnDelivery)
     ShipmentRecord record = shipmentTo(u"Ana"_s, 1);
     record.tracking = u"794600000003"_s;
     record.carrier = u"FedEx"_s;
+    record.transactionID = transactionId();
     record = logged(record);
     answer("tracks/fedex/", R"({"tracking_status": {"status": "TRANSIT", "status_details": "Delivered"}})");
     run(log.checkStatus(record));
@@ -178,7 +179,12 @@ TEST_F(AfterSaleTest, AScanFormIsMadeOfTodaysLabelsOfTheKeysKind)
     EXPECT_EQ(app->scanFormStatus.value(), u"No labels printed today — nothing to manifest."_s);
     EXPECT_TRUE(prompts.alerts.last().second.startsWith(u"No TEST labels have been printed today"_s));
 
-    bought();
+    const ShipmentRecord first = bought();
+    make();
+    EXPECT_TRUE(prompts.questions.value(0).text.contains(u"Ana"_s)) << "hers will not be on the form";
+    EXPECT_EQ(app->scanFormStatus.value(), u"No labels printed today — nothing to manifest."_s) << "the clerk cancels";
+    EXPECT_EQ(requestsTo("/manifests"), 0);
+    prompts.answer = 1;
     make();
     EXPECT_EQ(app->scanFormStatus.value(), u"SCAN form ready: 1 label — hand one printed copy to the carrier."_s);
     EXPECT_TRUE(app->scanFormPDF.value()->startsWith("%PDF"));
@@ -197,6 +203,83 @@ TEST_F(AfterSaleTest, AScanFormIsMadeOfTodaysLabelsOfTheKeysKind)
         EXPECT_FALSE(app->scanFormBusy);
     }
     EXPECT_EQ(app->scanFormOpenTick.value(), 1);
+
+    const ShipmentRecord row = *app->log.find(first);
+    run(log.refund(row));
+    EXPECT_TRUE(prompts.questions.last().text.contains(u"It is on the SCAN form of "_s));
+}
+
+TEST_F(AfterSaleTest, AScanFormWhoseAnswerIsLostIsFetchedWithTheNextPress)
+{
+    const auto make = [this] { run(app->createScanForm(deskAddress())); };
+    const ShipmentRecord label = bought();
+    carrier.setScenario({.droppedPath = "manifests", .manifestDocuments = 2});
+    make();
+    EXPECT_EQ(app->scanForms.underWay(true).size(), 1);
+    EXPECT_FALSE(app->scanFormPDF.value());
+    carrier.setScenario({.labelAnswer = LabelAnswer::normal});
+    carrier.clearRequests();
+    make();
+    EXPECT_EQ(app->scanFormStatus.value(), u"SCAN form ready: 1 label — hand one printed copy to the carrier."_s);
+    EXPECT_EQ(app->scanFormOpenTick.value(), 1);
+    EXPECT_EQ(sent("/manifests/").size(), 0) << "it was not made twice";
+    const ScanForm form = app->scanForms.finished(9).value(0);
+    EXPECT_EQ(form.transactions, QStringList(label.transactionID));
+    EXPECT_EQ(app->scanForms.documents(form.id).size(), 2);
+
+    // Of this one the carrier has never heard, and says so once it can be sure.
+    bought();
+    prompts.answer = 1; // the other label stands on the first form
+    answer("manifests", {}, 500);
+    make();
+    make();
+    EXPECT_TRUE(app->scanFormStatus.value().startsWith(u"It is not known yet whether the SCAN form of "_s));
+    clock.advance(std::chrono::seconds(61));
+    make();
+    EXPECT_EQ(app->scanForms.finished(9).size(), 2);
+    bought();
+    answer("manifests", R"({"detail": "No transactions exist"})", 404);
+    make();
+    EXPECT_EQ(app->scanFormStatus.value(), u"detail: No transactions exist"_s);
+    EXPECT_TRUE(app->scanForms.underWay(true).isEmpty());
+}
+
+TEST_F(AfterSaleTest, ARefundWhoseAnswerIsLostIsSettledByAskingTheCarrier)
+{
+    const std::pair<CarrierScenario, QString> rows[] = {
+        {{.droppedPath = "refunds"}, u"REFUNDED"_s}, // it was carried out, but the connection ended before the answer
+        {{.failNext = CarrierFailure{.pathPrefix = "refunds"}}, u"REFUND_ERROR"_s}};
+    prompts.answer = 1;
+    for (const auto &[scenario, settled] : rows) {
+        const ShipmentRecord label = bought();
+        carrier.setScenario(scenario);
+        run(log.refund(label));
+        EXPECT_EQ(status(), u"REFUND_ERROR"_s);
+        carrier.setScenario({});
+        EXPECT_EQ(app->journal.openRefunds().size(), 1);
+        clock.advance(std::chrono::seconds(61));
+        const qsizetype entries = errors->entries().size();
+        run(app->syncRefundStatuses());
+        EXPECT_EQ(status(), settled);
+        EXPECT_TRUE(app->journal.openRefunds().isEmpty());
+        EXPECT_EQ(errors->entries().size(), entries) << "the clerk has heard of it already";
+    }
+}
+
+TEST_F(AfterSaleTest, WhatTheCarrierSaidOfAParcelSpeaksAgainstItsRefund)
+{
+    const ShipmentRecord label = bought();
+    carrier.setScenario({.trackedAs = u"TRANSIT"_s});
+    run(log.checkStatus(label));
+    EXPECT_EQ(status(), u"PRINTED"_s);
+    carrier.clearRequests();
+    run(log.refund(label));
+    EXPECT_TRUE(prompts.questions.last().text.contains(u"• Its parcel is on its way already."_s));
+    ShipmentRecord imported = label;
+    imported.transactionID = u"1"_s;
+    run(log.refund(imported));
+    run(log.checkStatus(imported));
+    EXPECT_EQ(carrier.requests().size(), 0);
 }
 
 TEST_F(AfterSaleTest, TheWholeLogGoesToAFileAndComesBackTwice)

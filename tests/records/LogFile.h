@@ -41,6 +41,12 @@ inline ShipmentRecord shipmentTo(const QString &recipient, int minute = 0)
     return {.createdAt = QDateTime(QDate(2026, 11, 20), QTime(14, minute)), .recipient = recipient};
 }
 
+/// As the carrier names a purchase.
+inline QString transactionId(int number = 1)
+{
+    return QStringLiteral("%1").arg(number, 32, 16, QChar(u'0'));
+}
+
 /// What the list shows once the main thread got to it.
 inline QStringList shown(const ShipmentLog &log)
 {

@@ -78,6 +78,7 @@ TEST_F(MailingLogScreenTest, PrintsAgainFromTheBytesThatAreNearest)
 {
     const ShipmentRecord row = bought();
     const QByteArray label = *app->log.zpl(row.id);
+    prompts.answer = 1;
     const size_t requests = carrier.requests().size();
     ShipmentRecord carried = row, bare = row;
     carried.zpl = "^XA^FDcarried^FS^XZ";
@@ -109,6 +110,29 @@ TEST_F(MailingLogScreenTest, PrintsAgainFromTheBytesThatAreNearest)
     run(std::move(first));
     EXPECT_EQ(printed(), 5) << "a second press while it prints makes no second label";
     EXPECT_TRUE(app->errors.entries().isEmpty());
+}
+
+TEST_F(MailingLogScreenTest, TheFirstReprintOfALabelIsNoQuestionAndTheSecondIs)
+{
+    const ShipmentRecord row = bought();
+    run(screen().reprintLast());
+    EXPECT_EQ(printed(), 2);
+    EXPECT_TRUE(prompts.questions.isEmpty());
+    run(log.reprint(row)); // the clerk cancels
+    EXPECT_EQ(printed(), 2);
+    EXPECT_TRUE(prompts.questions.value(0).text.contains(u"It was reprinted on "_s));
+    EXPECT_EQ(log.message.value(), QString());
+    prompts.answer = 1;
+    run(log.reprint(row));
+    run(screen().reprintLast());
+    EXPECT_EQ(printed(), 4);
+    EXPECT_TRUE(prompts.questions.last().text.contains(u"It was reprinted 2 times, last on "_s));
+
+    EXPECT_TRUE(app->log.setStatus(row.id, u"REFUNDED"_s)); // by another desk: the list still shows it as printed
+    prompts.answer = 0;
+    run(log.reprint(row));
+    EXPECT_TRUE(prompts.questions.last().text.contains(u"It was refunded"_s));
+    EXPECT_EQ(printed(), 4);
 }
 
 TEST_F(MailingLogScreenTest, AFailedReprintIsToldAndRecordedAndPrintsNothing)

@@ -1,6 +1,7 @@
 #include "shell/ui/log/ShipmentTable.h"
 #include "support/WindowDesk.h"
 
+#include <QComboBox>
 #include <QHeaderView>
 
 #include <gmock/gmock.h>
@@ -139,6 +140,16 @@ TEST(AfterSale, AScanFormWithoutLabelsSaysSoAndOneWithLabelsOpens)
         return QGuiApplication::focusWindow() && QGuiApplication::focusWindow()->title() == u"SCAN Form";
     };
     desk.wait(opened);
+    desk.wait([&desk] { return desk.program->screens().scanForm.labels.value().size() == 1; });
+    QWidget *form = QApplication::activeWindow();
+    EXPECT_EQ(desk.named<RowTable>(u"Labels on this form"_s, form)->model()->rowCount(), 1);
+    EXPECT_TRUE(desk.named<QComboBox>(u"SCAN forms made here"_s, form)->currentText().endsWith(u"1 label (TEST)"));
+    const size_t printed = desk.processes.calls().size();
+    desk.press(Qt::Key_P, Qt::ControlModifier); // and again, as often as the clerk likes
+    desk.waitFor(desk.program->screens().scanForm.busy);
+    EXPECT_GT(size_t(desk.processes.calls().size()) + desk.desktop.opened.size(), printed);
+    form->activateWindow();
+    desk.settleAll();
     desk.press(Qt::Key_W, Qt::ControlModifier);
     EXPECT_FALSE(opened());
 }

@@ -114,7 +114,7 @@ QWidget *MainWindow::makeWindow(const QString &identifier)
     if (identifier == u"errorlog")
         return new ErrorLogWindow(m_app.errors, m_app.platform.desktop);
     if (identifier == u"scanform")
-        return new ScanFormWindow(m_app);
+        return new ScanFormWindow(m_app, m_screens.scanForm);
     return nullptr;
 }
 

@@ -185,7 +185,7 @@ void Menus::addShipment(QMenu *menu)
         menu, u"Customs Docs"_s, Qt::CTRL | Qt::SHIFT | Qt::Key_D, [this] { return chosen() && chosen()->isIntl; },
         [this] { spawn([this] { return mailingLog().reprintCustoms(*chosen()); }); });
     add(
-        menu, u"Check Status"_s, {}, [this] { return chosen() && !chosen()->tracking.isEmpty(); },
+        menu, u"Check Status"_s, {}, [this] { return chosen() && MailingLogScreen::isCheckable(*chosen()); },
         [this] { spawn([this] { return mailingLog().checkStatus(*chosen()); }); });
 }
 
@@ -277,9 +277,8 @@ void Menus::addWindow()
     menu->addSeparator();
     add(menu, u"Address Book"_s, Qt::CTRL | Qt::SHIFT | Qt::Key_B, signedIn(),
         [this] { m_window.openWindow(u"addressbook"_s); });
-    add( // the carrier makes it only once, and its window may have been closed
-        menu, u"Last SCAN Form"_s, {},
-        [this] { return app().flow == AppFlow::main && app().scanFormPDF.value().has_value(); },
+    add( // the carrier makes each only once, and its window may have been closed
+        menu, u"SCAN Forms"_s, {}, [this] { return app().flow == AppFlow::main; },
         [this] { m_window.openWindow(u"scanform"_s); });
     add(
         menu, u"Error Log"_s, Qt::CTRL | Qt::SHIFT | Qt::Key_L, [] { return true; },

@@ -1,41 +1,49 @@
 #pragma once
 
-#include "core/AppState.h"
+#include "records/ScanFormScreen.h"
+#include "shell/ui/log/LogModel.h"
 #include "shell/ui/parts/Follower.h"
 #include "shell/ui/parts/TextLabel.h"
 
-class QBuffer;
-class QPdfDocument;
-class QPdfView;
+class QStackedWidget;
 
 namespace parcelory {
 
 class Button;
+class Choice;
+class DocumentPages;
+class LogTable;
 
-/// The secondary window "SCAN Form": the day's form, to be printed and handed to the carrier.
+/// The secondary window "SCAN Form": the day's form, to be printed and handed to the carrier, with what is on it, and
+/// the earlier ones.
 class ScanFormWindow : public QWidget {
     Q_OBJECT
 public:
-    explicit ScanFormWindow(AppState &app, QWidget *parent = nullptr);
-    ~ScanFormWindow() override;
+    explicit ScanFormWindow(AppState &app, ScanFormScreen &screen, QWidget *parent = nullptr);
 
 private:
-    enum class Operation { print, save };
-
     QWidget *makeToolbar();
-    void begin(Operation operation);
-    Task<> run(Operation operation, QByteArray form);
-    void say(const QString &outcome);
+    QWidget *makeLabels();
+    void addShortcuts();
+    void load();
     void refresh();
+    void refreshHistory();
+    void refreshContents();
 
-    AppState &m_app;
-    QBuffer *m_bytes;
-    QPdfDocument *m_document;
-    QPdfView *m_view;
+    ScanFormScreen &m_screen;
+    Choice *m_history;
     ElidedLabel *m_outcome;
     Button *m_save;
     Button *m_print;
-    bool m_busy = false;
+    DocumentPages *m_pages;
+    QStackedWidget *m_sheets; ///< the form, or why there is none
+    TextLabel *m_count;
+    RecordModel<ShipmentRecord> *m_model;
+    LogTable *m_labels;
+    bool m_hasBegun = false; ///< a form was shown
+    QList<ScanForm> m_listed;
+    QList<QByteArray> m_drawn;
+    Follower m_reload;
     Follower m_follower;
 };
 

@@ -1,6 +1,7 @@
 #include "shell/ui/log/ShipmentDetails.h"
 
 #include "core/Text.h"
+#include "records/LabelGuard.h"
 #include "records/ShipmentStatus.h"
 #include "shell/ui/log/ShipmentTexts.h"
 #include "shell/ui/parts/Attention.h"
@@ -203,10 +204,18 @@ void ShipmentDetails::refreshButtons(const ShipmentRecord &record)
     const bool idle = !m_screen.busy;
     enable(m_reprint, idle, m_list);
     enable(m_customs, idle && record.isIntl, m_list);
-    enable(m_check, idle && !record.tracking.isEmpty(), m_list);
+    explain(m_check, labelObstacle(LabelUse::checkStatus, record), idle);
     enable(m_copy, !record.tracking.isEmpty(), m_list);
     enable(m_track, !record.trackingURL.isEmpty(), m_list);
-    enable(m_refund, idle && MailingLogScreen::isRefundable(record), m_list);
+    explain(m_refund, labelObstacle(LabelUse::refund, record), idle);
+}
+
+/// Says at the button why it cannot be pressed; empty when it can.
+void ShipmentDetails::explain(Button *button, const QString &obstacle, bool idle)
+{
+    button->setToolTip(obstacle.isEmpty() ? QString() : plainToolTip(obstacle));
+    button->setAccessibleDescription(obstacle);
+    enable(button, idle && obstacle.isEmpty(), m_list);
 }
 
 void ShipmentDetails::show(const ShipmentRecord &record)

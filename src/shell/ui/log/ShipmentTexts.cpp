@@ -3,14 +3,12 @@
 #include "core/Text.h"
 #include "records/ShipmentStatus.h"
 
-#include <QLocale>
-
 namespace parcelory {
 using namespace Qt::StringLiterals;
 
 QString timeText(const ShipmentRecord &record)
 {
-    return QLocale::c().toString(record.createdAt.toLocalTime(), u"MM/dd/yy, h:mm AP"_s);
+    return momentText(record.createdAt);
 }
 
 QString postageText(const ShipmentRecord &record)
@@ -20,7 +18,7 @@ QString postageText(const ShipmentRecord &record)
 
 QString recipientName(const ShipmentRecord &record)
 {
-    return record.recipient.section(u',', 0, 0).trimmed();
+    return record.recipientName();
 }
 
 QString recipientAddress(const ShipmentRecord &record)

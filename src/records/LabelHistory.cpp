@@ -1,0 +1,68 @@
+#include "records/LabelHistory.h"
+
+#include "records/ShipmentLogRows.h"
+
+namespace parcelory {
+
+using ShipmentLogRows::secondsOf;
+
+namespace {
+
+/// Run before every write: a log in which nothing ever happened stays as it is.
+constexpr auto schema = "CREATE TABLE IF NOT EXISTS label_reprints (\n"
+                        "  shipment_id INTEGER NOT NULL,\n"
+                        "  printed_at REAL NOT NULL\n"
+                        ");\n"
+                        "CREATE INDEX IF NOT EXISTS idx_label_reprints ON label_reprints(shipment_id);\n"
+                        "CREATE TABLE IF NOT EXISTS label_tracking (\n"
+                        "  shipment_id INTEGER PRIMARY KEY,\n"
+                        "  word TEXT NOT NULL,\n"
+                        "  heard_at REAL NOT NULL\n"
+                        ");";
+
+} // namespace
+
+bool LabelHistory::addReprint(qint64 shipment, const QDateTime &when)
+{
+    return m_log.change([&](Database &db) {
+        if (!db.exec(schema))
+            return false;
+        Statement insert(db, "INSERT INTO label_reprints (shipment_id, printed_at) VALUES (?, ?)");
+        insert.bind(1, shipment);
+        insert.bind(2, secondsOf(when));
+        return insert.execute();
+    });
+}
+
+bool LabelHistory::setTracked(qint64 shipment, const QString &word, const QDateTime &when)
+{
+    return m_log.change([&](Database &db) {
+        if (!db.exec(schema))
+            return false;
+        Statement insert(db, "INSERT OR REPLACE INTO label_tracking (shipment_id, word, heard_at) VALUES (?, ?, ?)");
+        insert.bind(1, shipment);
+        insert.bind(2, word);
+        insert.bind(3, secondsOf(when));
+        return insert.execute();
+    });
+}
+
+LabelHistory::Past LabelHistory::of(qint64 shipment) const
+{
+    Past past;
+    m_log.look([&](const Database &db) {
+        Statement reprints(db, "SELECT count(*), max(printed_at) FROM label_reprints WHERE shipment_id = ?");
+        reprints.bind(1, shipment);
+        if (reprints.step() && reprints.integer(0) > 0) {
+            past.reprints = int(reprints.integer(0));
+            past.lastReprint = ShipmentLogRows::timeOf(reprints.real(1));
+        }
+        Statement tracking(db, "SELECT word FROM label_tracking WHERE shipment_id = ?");
+        tracking.bind(1, shipment);
+        if (tracking.step())
+            past.tracked = tracking.text(0);
+    });
+    return past;
+}
+
+} // namespace parcelory
