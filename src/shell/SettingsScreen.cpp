@@ -40,11 +40,13 @@ SettingsScreen::SettingsScreen(AppState &app) : m_app(app)
     zebraQueue = read(stored, settings::zebraQueue);
     documentQueue = read(stored, settings::documentQueue);
     rotate180 = read(stored, settings::rotate180);
+    showAddressSidebar = read(stored, settings::showAddressSidebar);
     fallbackEmail = read(stored, settings::senderFallbackEmail, company.fallbackEmail);
     fallbackPhone = read(stored, settings::senderFallbackPhone, company.fallbackPhone);
     store(zebraQueue, settings::zebraQueue);
     store(documentQueue, settings::documentQueue);
     store(rotate180, settings::rotate180);
+    store(showAddressSidebar, settings::showAddressSidebar);
     store(fallbackEmail, settings::senderFallbackEmail);
     store(fallbackPhone, settings::senderFallbackPhone);
 }

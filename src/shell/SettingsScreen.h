@@ -33,6 +33,8 @@ public:
     QProperty<PrinterMessage> printerMessage;
     QProperty<bool> busy{false};
 
+    QProperty<bool> showAddressSidebar{true}; ///< beside the label form
+
     // What stands in where a sender profile leaves these blank.
     QProperty<QString> fallbackEmail, fallbackPhone;
 

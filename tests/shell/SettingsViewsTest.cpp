@@ -2,10 +2,12 @@
 #include "shell/ui/parts/Dialog.h"
 #include "shell/ui/parts/Field.h"
 #include "shell/ui/settings/SettingsView.h"
+#include "shell/ui/sidebar/AddressBookView.h"
 #include "support/WindowDesk.h"
 
 #include <gmock/gmock.h>
 
+#include <QCheckBox>
 #include <QRadioButton>
 
 namespace parcelory::test {
@@ -83,6 +85,23 @@ TEST_F(SettingsViews, ANewProfileIsNamedAtOnceMadeTheDefaultAndOutlivesTheFirst)
     answer(u"Delete Profile"_s);
     EXPECT_EQ(app().senders.profiles.value().size(), 1);
     EXPECT_FALSE(named<Button>(u"Delete Vault"_s, &view())->isEnabled());
+}
+
+TEST_F(SettingsViews, TheAddressBookBesideTheFormComesAndGoesWithItsSwitch)
+{
+    open(Page::senders);
+    const auto boxes = view().findChildren<QCheckBox *>();
+    QCheckBox *shown = *std::ranges::find_if(boxes, &QCheckBox::isVisible);
+    for (const bool on : {false, true}) {
+        QTest::mouseClick(shown, Qt::LeftButton, {}, QPoint(8, shown->height() / 2));
+        EXPECT_EQ(read(preferences, settings::showAddressSidebar), on);
+        press(Qt::Key_1, Qt::ControlModifier);
+        EXPECT_EQ(window().labelView().addressBook().isVisible(), on);
+        press(Qt::Key_Comma, Qt::ControlModifier);
+    }
+    press(Qt::Key_1, Qt::ControlModifier);
+    press(Qt::Key_B, Qt::ControlModifier);
+    EXPECT_FALSE(shown->isChecked());
 }
 
 TEST_F(SettingsViews, ABoxIsTypedInOneGoAndDeletedAfterAQuestion)

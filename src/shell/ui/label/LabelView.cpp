@@ -1,6 +1,5 @@
 #include "shell/ui/label/LabelView.h"
 
-#include "shell/SettingsKeys.h"
 #include "shell/ui/label/CustomsSection.h"
 #include "shell/ui/label/MessageLine.h"
 #include "shell/ui/label/PackageSection.h"
@@ -34,12 +33,12 @@ constexpr DraftField allFields[] = {
 
 LabelView::LabelView(AppState &app, LabelScreen &screen, AddressBook &book, KeysScreen &keys, SettingsScreen &settings,
                      QWidget *parent)
-    : QWidget(parent), m_app(app), m_screen(screen), m_scroll(new QScrollArea),
+    : QWidget(parent), m_app(app), m_screen(screen), m_settings(settings), m_scroll(new QScrollArea),
       m_recipient(new RecipientSection(app, book, screen)), m_package(new PackageSection(app, screen)),
       m_extras(new ExtrasSection(screen)), m_customs(new CustomsSection(app, screen)), m_customsRule(new Rule),
       m_rates(new RatesPanel(app, screen, keys, settings)), m_sidebar(new Sidebar(app, book)),
       m_message(new MessageLine(app, screen)),
-      m_sidebarWanted(read(app.platform.preferences, settings::showAddressSidebar)), m_follower([this] { refresh(); })
+      m_sidebarWatch(settings.showAddressSidebar.addNotifier([this] { arrange(); })), m_follower([this] { refresh(); })
 {
     auto *columns = new QHBoxLayout;
     columns->setSpacing(0);
@@ -112,7 +111,7 @@ bool LabelView::isNarrow() const
 
 void LabelView::arrange()
 {
-    const bool shown = isNarrow() ? m_peeking : m_sidebarWanted;
+    const bool shown = isNarrow() ? m_peeking : m_settings.showAddressSidebar;
     const QWidget *hidden = shown ? nullptr : m_sidebar;
     if (m_peeking)
         hidden = m_rates;
@@ -127,10 +126,8 @@ void LabelView::arrange()
 void LabelView::showSidebar(bool shown)
 {
     m_peeking = isNarrow() && shown;
-    if (!isNarrow()) {
-        m_sidebarWanted = shown;
-        write(m_app.platform.preferences, settings::showAddressSidebar, shown);
-    }
+    if (!isNarrow())
+        m_settings.showAddressSidebar = shown;
     arrange();
 }
 

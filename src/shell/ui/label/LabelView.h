@@ -7,6 +7,7 @@
 #include "shell/ui/parts/Follower.h"
 
 #include <QPointer>
+#include <QPropertyNotifier>
 
 class QScrollArea;
 
@@ -66,6 +67,7 @@ private:
 
     AppState &m_app;
     LabelScreen &m_screen;
+    SettingsScreen &m_settings;
     QScrollArea *m_scroll;
     RecipientSection *m_recipient;
     PackageSection *m_package;
@@ -75,7 +77,7 @@ private:
     RatesPanel *m_rates;
     Sidebar *m_sidebar;
     MessageLine *m_message;
-    bool m_sidebarWanted;
+    QPropertyNotifier m_sidebarWatch;
     bool m_peeking = false; ///< the sidebar stands where the rates are, in a window too narrow for both
     QPointer<PaperworkDialog> m_paperwork;
     bool m_typedMeanwhile = false;

@@ -2,7 +2,6 @@
 
 #include "shell/ui/theme/Icons.h"
 
-#include <QCheckBox>
 #include <QVBoxLayout>
 
 namespace parcelory {
@@ -133,8 +132,8 @@ void PrintersPage::appendLabels()
     rows->addWidget(row);
     rows->addWidget(m_noZebraRow);
     rows->addWidget(m_outcomeRow);
-    m_showAll = appendSwitch(rows, u"Show all printers"_s, m_settings.showAllPrinters);
-    m_rotate = appendSwitch(rows, u"Turn labels upside down before printing"_s, m_settings.rotate180);
+    rows->addWidget(rowFor(makeSwitch(u"Show all printers"_s, m_settings.showAllPrinters)));
+    rows->addWidget(rowFor(makeSwitch(u"Turn labels upside down before printing"_s, m_settings.rotate180)));
     rows->addWidget(m_busy);
 }
 
@@ -151,15 +150,6 @@ void PrintersPage::appendDocuments()
                                FontRole::caption, &Tokens::muted);
     hint->setWordWrap(true);
     rows->addWidget(rowFor(hint));
-}
-
-QCheckBox *PrintersPage::appendSwitch(QVBoxLayout *rows, const QString &text, QProperty<bool> &property)
-{
-    auto *box = new QCheckBox(text);
-    box->setMinimumHeight(Theme::current().scaled(24));
-    connect(box, &QCheckBox::clicked, this, [&property](bool on) { property = on; });
-    rows->addWidget(rowFor(box));
-    return box;
 }
 
 void PrintersPage::refresh()
@@ -182,8 +172,6 @@ void PrintersPage::refresh()
     m_noZebra->setText(m_settings.zebraHint());
     m_noZebraRow->setVisible(!m_settings.zebraHint().isEmpty());
 
-    m_showAll->setChecked(m_settings.showAllPrinters);
-    m_rotate->setChecked(m_settings.rotate180);
     m_busy->setBusy(m_settings.busy);
     m_test->setEnabled(!m_settings.busy);
     m_refresh->setEnabled(!m_settings.busy);

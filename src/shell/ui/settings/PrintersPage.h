@@ -8,8 +8,6 @@
 #include "shell/ui/parts/Notice.h"
 #include "shell/ui/settings/SettingsPage.h"
 
-class QCheckBox;
-
 namespace parcelory {
 
 /// The print queues for labels and for documents, and the scale.
@@ -26,7 +24,6 @@ private:
     void appendDocuments();
     void appendScale();
     void refreshScale();
-    QCheckBox *appendSwitch(QVBoxLayout *rows, const QString &text, QProperty<bool> &property);
     void refresh();
 
     AppState &m_app;
@@ -36,7 +33,6 @@ private:
     Button *m_test, *m_refresh;
     Notice *m_noZebra, *m_outcome;
     FormRow *m_noZebraRow, *m_outcomeRow;
-    QCheckBox *m_showAll, *m_rotate;
     TextLabel *m_scaleName, *m_scaleState, *m_weight;
     Notice *m_settling;
     Follower m_follower;

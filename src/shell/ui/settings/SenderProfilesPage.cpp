@@ -16,6 +16,8 @@ SenderProfilesPage::SenderProfilesPage(AppState &app, SettingsScreen &settings, 
     auto *add = new Button(u"Add Profile"_s, Button::Kind::standard, u"ui_plus"_s);
     head()->addWidget(add);
     appendFallbacks();
+    column(appendCard())
+        ->addWidget(makeSwitch(u"Show the address book beside the label form"_s, settings.showAddressSidebar));
     appendCaption(u"Every change is saved at once."_s);
     connect(add, &QPushButton::clicked, this, &SenderProfilesPage::addProfile);
     m_follower.follow(app.senders.profiles, app.senders.defaultID);

@@ -2,9 +2,13 @@
 
 #include "shell/ui/parts/Surface.h"
 
+#include <QCheckBox>
 #include <QHBoxLayout>
 #include <QPointer>
+#include <QPropertyNotifier>
 #include <QVBoxLayout>
+
+#include <memory>
 
 namespace parcelory {
 
@@ -69,6 +73,18 @@ void SettingsPage::appendCaption(const QString &text)
     auto *caption = new TextLabel(text, FontRole::caption, &Tokens::muted);
     caption->setWordWrap(true);
     append(caption);
+}
+
+QWidget *SettingsPage::makeSwitch(const QString &text, QProperty<bool> &property)
+{
+    auto *box = new QCheckBox(text);
+    box->setMinimumHeight(Theme::current().scaled(24));
+    connect(box, &QCheckBox::clicked, box, [&property](bool on) { property = on; });
+    const auto show = [box, &property] { box->setChecked(property); };
+    show();
+    auto notifier = std::make_shared<QPropertyNotifier>(property.addNotifier(show));
+    connect(box, &QObject::destroyed, [notifier] {}); // lives as long as the box
+    return box;
 }
 
 void SettingsPage::reveal(QWidget *widget)

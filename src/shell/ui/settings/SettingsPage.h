@@ -2,6 +2,7 @@
 
 #include "shell/ui/parts/TextLabel.h"
 
+#include <QProperty>
 #include <QScrollArea>
 
 class QHBoxLayout;
@@ -25,6 +26,8 @@ protected:
     Surface *appendListCard();                ///< for rows that keep their own distance
     QVBoxLayout *column(Surface *card) const; ///< inside a card
     void appendCaption(const QString &text);
+    /// A switch for a setting, whoever else changes it.
+    static QWidget *makeSwitch(const QString &text, QProperty<bool> &property);
     /// Scrolls to a widget that was made or shown just now.
     void reveal(QWidget *widget);
 
