@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QFontDatabase>
 #include <QScreen>
+#include <QStyleOption>
 #include <QToolTip>
 #include <QWidget>
 
@@ -184,7 +185,8 @@ QSize Theme::sizeFromContents(ContentsType type, const QStyleOption *option, con
     QSize result = QProxyStyle::sizeFromContents(type, option, size, widget);
     if (type == CT_TabBarTab)
         result.setHeight(scaled(46));
-    if (type == CT_MenuItem)
+    const auto *item = qstyleoption_cast<const QStyleOptionMenuItem *>(option);
+    if (type == CT_MenuItem && item && item->menuItemType != QStyleOptionMenuItem::Separator)
         result.setHeight(std::max(result.height(), scaled(24)));
     return result;
 }
