@@ -58,6 +58,7 @@ private:
     Task<> drawInvoice();
     Task<> drawComposing();
     Task<> drawDialogs();
+    Task<> drawHelp();
     Task<> drawAbroad();
     Task<> drawBuying();
     Task<> drawRecords();
@@ -247,10 +248,35 @@ Task<> Gallery::drawDialogs()
         return !label().busy;
     });
 
+    co_await drawHelp();
     app().errors.record(u"Buy Label"_s, AppError(u"The carrier answered with an error."_s), Popup::yes);
     co_await until([] { return QApplication::activeModalWidget(); });
     co_await save(u"dialog-alert"_s);
     static_cast<QDialog *>(QApplication::activeModalWidget())->accept();
+}
+
+Task<> Gallery::drawHelp()
+{
+    for (QAction *action : m_program.window().findChildren<QAction *>()) {
+        if (action->text() == u"Keyboard Shortcuts")
+            action->trigger();
+    }
+    co_await until([] { return QApplication::activeModalWidget(); });
+    co_await save(u"dialog-keyboard-shortcuts"_s);
+    static_cast<QDialog *>(QApplication::activeModalWidget())->accept();
+    UpdateChecker &updates = m_program.screens().updates;
+    updates.available = UpdateInfo{u"1.4.2"_s,   {}, u"The scale answers faster.\nThe master log shows a whole year."_s,
+                                   std::nullopt, {}, {}};
+    updates.offers = updates.offers + 1;
+    co_await until([] { return QApplication::activeModalWidget(); });
+    co_await save(u"dialog-update"_s);
+    updates.phase = UpdatePhase::downloading; // as a download under way shows it
+    updates.progress = 0.4;
+    updates.status = u"Downloading v1.4.2…"_s;
+    co_await save(u"dialog-update-download"_s);
+    updates.phase = UpdatePhase::idle;
+    updates.status = QString();
+    static_cast<QDialog *>(QApplication::activeModalWidget())->reject();
 }
 
 Task<> Gallery::drawAbroad()

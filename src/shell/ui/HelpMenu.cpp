@@ -1,6 +1,7 @@
 #include "shell/ui/HelpMenu.h"
 
 #include "shell/ui/MainWindow.h"
+#include "shell/ui/ShortcutOverview.h"
 #include "shell/ui/UpdatePrompt.h"
 
 #include <QAction>
@@ -36,23 +37,6 @@ private:
     Follower m_follower;
 };
 
-/// Every shortcut that a menu names, a line each under its menu's name.
-QString shortcutOverview(const QMenuBar &bar)
-{
-    QStringList lines;
-    for (const QAction *menu : bar.actions()) {
-        QStringList entries;
-        for (const QAction *action : menu->menu()->actions()) {
-            const QString keys = action->shortcut().toString(QKeySequence::NativeText);
-            if (!keys.isEmpty())
-                entries += keys + u"   "_s + action->text().replace(u"&&"_s, u"&"_s);
-        }
-        if (!entries.isEmpty())
-            lines += QString(menu->text()).remove(u'&') + u'\n' + entries.join(u'\n');
-    }
-    return lines.join(u"\n\n"_s);
-}
-
 void say(MainWindow &window, const QString &title, const QString &text)
 {
     spawn([&prompts = window.app().platform.prompts, title, text] { return prompts.alert(title, text); });
@@ -70,7 +54,7 @@ void addHelpMenu(MainWindow &window)
         QObject::connect(action, &QAction::triggered, &window, run);
     };
     add(u"Keyboard Shortcuts"_s, QAction::NoRole,
-        [&window] { say(window, u"Keyboard Shortcuts"_s, shortcutOverview(*window.menuBar())); });
+        [&window] { makeShortcutOverview(window.app().platform.clock, *window.menuBar(), &window)->open(); });
     menu->actions().last()->setShortcut(QKeySequence::HelpContents);
     add(u"Check for Updates…"_s, QAction::ApplicationSpecificRole,
         [&window] { spawn([&updates = window.screens().updates] { return updates.checkNow(); }); });
