@@ -72,20 +72,19 @@ Dialog *makeShortcutOverview(Clock &clock, const QMenuBar &bar, QWidget *parent)
     auto *dialog =
         new Dialog(clock, u"Keyboard Shortcuts"_s, u"parcelory_mark"_s, &Tokens::accent, overviewWidth, parent);
     const QList<Group> groups = groupsOf(bar);
-    int left = 0;
+    int lines = 0, taken = 0;
     for (const Group &group : groups)
-        left += group.lines();
-    const int half = left / 2;
+        lines += group.lines();
     auto *columns = new QHBoxLayout;
     columns->setSpacing(28);
     QGridLayout *column = nullptr;
     for (const Group &group : groups) {
-        if (!column || (columns->count() == 1 && left <= half)) {
+        if (!column || (columns->count() == 1 && taken + group.lines() / 2 >= lines / 2)) {
             column = makeColumn();
             columns->addLayout(column, 1);
         }
         append(column, group);
-        left -= group.lines();
+        taken += group.lines();
     }
     for (int i = 0; i < columns->count(); ++i)
         columns->setAlignment(columns->itemAt(i)->layout(), Qt::AlignTop);

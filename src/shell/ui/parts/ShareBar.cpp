@@ -11,7 +11,9 @@ ShareBar::ShareBar(const QString &name, int width, QWidget *parent) : QProgressB
     setAccessibleName(name);
     setTextVisible(false);
     setRange(0, 1000);
-    setFixedSize(Theme::current().scaled(width), 6);
+    setFixedHeight(6);
+    if (width > 0)
+        setFixedWidth(Theme::current().scaled(width));
 }
 
 void ShareBar::setShare(double share)

@@ -7,7 +7,7 @@ namespace parcelory {
 /// How much of something long is done: six pixels high.
 class ShareBar : public QProgressBar {
 public:
-    /// `name` is what a screen reader calls it; `width` in logical pixels.
+    /// `name` is what a screen reader calls it; `width` in logical pixels, 0 takes what there is.
     ShareBar(const QString &name, int width, QWidget *parent = nullptr);
 
     void setShare(double share); ///< 0 to 1
