@@ -36,7 +36,7 @@ Task<QByteArray> ShippoClient::request(QString path, QByteArray method, QByteArr
     answer.body.replace(token->toUtf8(), "…"); // some servers echo what they refuse
     if (answer.status >= 400 && answer.status < 500) {
         const QString rejected = u"Shippo rejected the request (%1)."_s.arg(answer.status);
-        throw ShippoError::validation(prettyFieldErrors(answer.body).value_or(rejected));
+        throw ShippoError::validation(prettyFieldErrors(answer.body).value_or(rejected), answer.status);
     }
     throw ShippoError::http(answer.status, utf8OrEmpty(answer.body));
 }

@@ -54,9 +54,9 @@ ShippoError ShippoError::api(const QString &message)
     return {Kind::api, 0, message};
 }
 
-ShippoError ShippoError::validation(const QString &message)
+ShippoError ShippoError::validation(const QString &message, int status)
 {
-    return {Kind::validation, 0, message};
+    return {Kind::validation, status, message};
 }
 
 ShippoError ShippoError::noToken()

@@ -20,11 +20,11 @@ public:
 
     static ShippoError http(int status, const QString &body);
     static ShippoError api(const QString &message);
-    static ShippoError validation(const QString &message);
+    static ShippoError validation(const QString &message, int status = 0);
     static ShippoError noToken();
 
     Kind kind() const { return m_kind; }
-    int status() const { return m_status; } ///< HTTP status of an http error, else 0
+    int status() const { return m_status; } ///< HTTP status of an http error or a refusal, else 0
 
 private:
     ShippoError(Kind kind, int status, QString description);

@@ -239,8 +239,9 @@ private:
     Task<std::optional<ShippoTransaction>> lookForLabel(OpenPurchase entry, QString doubt);
     Task<> finishPurchase(Purchase purchase, ShippoTransaction transaction);
     void showSold(const Purchase &purchase, const QString &outcome, bool logged);
-    Task<Printed> fetchAndPrint(QString labelUrl);
+    Task<Printed> fetchAndPrint(OpenPurchase entry);
     Task<Printed> printFedexInvoice(QString documentUrl);
+    Task<QByteArray> drawInvoice(CommercialInvoice::Data_ invoice);
     Task<Printed> printInvoice(CommercialInvoice::Data_ invoice, bool onPaper);
     CommercialInvoice::Data_ invoiceData(const QString &service) const;
     bool takeWeight();

@@ -66,14 +66,20 @@ CommercialInvoice::Data_ LabelScreen::invoiceData(const QString &service) const
     return invoice;
 }
 
+Task<QByteArray> LabelScreen::drawInvoice(CommercialInvoice::Data_ invoice)
+{
+    auto drawing = onPool([this, invoice] { return CommercialInvoice::pdf(invoice, m_app.platform.deployment); });
+    const QByteArray document = co_await drawing;
+    co_return document;
+}
+
 /// Makes the invoice and, if so wanted, prints it on the document printer or opens it in the viewer.
 Task<LabelScreen::Printed> LabelScreen::printInvoice(CommercialInvoice::Data_ invoice, bool onPaper)
 {
     const QString queue = read(m_app.platform.preferences, settings::documentQueue);
     Printed result;
     try {
-        auto drawing = onPool([this, invoice] { return CommercialInvoice::pdf(invoice, m_app.platform.deployment); });
-        const QByteArray document = co_await drawing;
+        const QByteArray document = co_await drawInvoice(invoice);
         result.document = document;
         result.done = true;
         if (onPaper) {

@@ -33,8 +33,10 @@ QString summaryOf(Carrier carrier, const ShippoAddress &to, const ShipmentRecord
 /// True when the carrier may have sold a label although its answer did not say so.
 bool outcomeUnknown(const AppError &error)
 {
+    constexpr int timedOut = 408, conflict = 409; // the carrier's own words for "perhaps"
     if (const auto *shippo = dynamic_cast<const ShippoError *>(&error))
-        return shippo->kind() == ShippoError::Kind::http;
+        return shippo->kind() == ShippoError::Kind::http || shippo->status() == timedOut ||
+               shippo->status() == conflict;
     return !dynamic_cast<const NotSent *>(&error);
 }
 
@@ -176,6 +178,8 @@ Task<> LabelScreen::buy(Purchase purchase)
     OpenPurchase &entry = purchase.entry;
     const QString tag = PurchaseTag::of(purchase.from, entry.recipient, purchase.carrier, entry.record.service).text();
     try {
+        if (entry.record.isIntl && purchase.carrier == Carrier::usps)
+            entry.record.customsPDF = co_await drawInvoice(purchase.invoice); // only the draft knows what it says
         entry.id = co_await purchases.begin(entry);
     } catch (const AppError &error) {
         fail(u"Buy Label"_s, error);
@@ -254,12 +258,10 @@ Task<> LabelScreen::finishPurchase(Purchase purchase, ShippoTransaction transact
         co_return;
     }
 
-    const Printed label = co_await fetchAndPrint(record.labelURL);
+    const Printed label = co_await fetchAndPrint(entry);
     record.zpl = label.document;
     QString outcome = label.note;
     bool papersDone = true;
-    if (label.done)
-        co_await purchases.markPrinted(entry.id);
     if (record.isIntl) {
         Printed papers;
         if (purchase.carrier == Carrier::fedex)
@@ -318,16 +320,20 @@ void LabelScreen::clearSold(const SoldDraft &sold)
 }
 
 /// Fetches and prints the label. It is paid for by now, so nothing that fails here may stop it from being logged.
-Task<LabelScreen::Printed> LabelScreen::fetchAndPrint(QString labelUrl)
+Task<LabelScreen::Printed> LabelScreen::fetchAndPrint(OpenPurchase entry)
 {
     Printed result;
     try {
-        const QByteArray label = co_await m_app.shippo.downloadLabel(labelUrl);
+        const QByteArray label = co_await m_app.shippo.downloadLabel(entry.record.labelURL);
         if (labelKind(label) != LabelKind::notALabel && !isWhole(label))
             throw AppError(u"the label arrived incomplete"_s);
-        if (isWhole(label))
-            result.document = label; // without bytes, a reprint downloads the label again
+        if (isWhole(label)) { // without bytes, a reprint downloads the label again
+            result.document = label;
+            entry.record.zpl = label;
+            co_await purchases.keep(entry);
+        }
         const QString printed = co_await printLabel(m_app, label);
+        co_await purchases.markPrinted(entry.id);
         result.note = u". "_s + printed;
         result.done = true;
     } catch (const AppError &error) {

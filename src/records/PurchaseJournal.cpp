@@ -111,13 +111,14 @@ qint64 PurchaseJournal::begin(const OpenPurchase &purchase)
     const std::lock_guard turn(m_access);
     if (!m_db)
         refuse();
-    Statement insert(*m_db, "INSERT INTO purchases (asked_at, rate_id, recipient, keep_recipient, shipment) "
-                            "VALUES (?, ?, ?, ?, ?)");
+    Statement insert(*m_db, "INSERT INTO purchases (asked_at, rate_id, recipient, keep_recipient, shipment, "
+                            "customs_pdf) VALUES (?, ?, ?, ?, ?, ?)");
     insert.bind(1, secondsOf(purchase.askedAt));
     insert.bind(2, purchase.rateId);
     insert.bind(3, jsonText(purchase.recipient));
     insert.bind(4, purchase.keepRecipient);
     insert.bind(5, jsonText(purchase.record));
+    insert.bind(6, purchase.record.customsPDF);
     if (!run(insert))
         refuse();
     return m_db->lastInsertedId();

@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 
 #include <QDir>
+#include <QDirIterator>
 
 namespace parcelory::test {
 using namespace Qt::StringLiterals;
@@ -193,17 +194,45 @@ TEST_F(LabelPurchaseTest, WhatTheClerkTypesDuringAPurchaseIsKept)
     EXPECT_FALSE(newest().isIntl);
 }
 
-TEST_F(LabelPurchaseTest, TheKeyNeverReachesAFile)
+namespace {
+QByteArray logged; ///< what the program has said to whoever reads its output
+} // namespace
+
+TEST_F(LabelPurchaseTest, NoSecretLeavesTheKeychainWhateverGoesWrong)
 {
-    rateHome();
-    carrier.setScenario({.badToken = u"Token shippo_something is unknown."_s});
-    buy();
-    errors->flush();
-    for (const QString &name : QDir(folder.path()).entryList(QDir::Files)) {
-        QFile file(path(name));
-        ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-        EXPECT_FALSE(file.readAll().contains(PracticeCarrier::testToken.toUtf8())) << name.toStdString();
+    const auto former = qInstallMessageHandler(
+        [](QtMsgType, const QMessageLogContext &, const QString &text) { logged += text.toUtf8(); });
+    run(app->signIn(u"dana"_s, u"canary-password"_s, true));
+    const CarrierScenario days[] = {{},
+                                    {.badToken = u"Token %1 is unknown."_s.arg(PracticeCarrier::testToken)},
+                                    {.dropConnection = true},
+                                    {.labelAnswer = LabelAnswer::html},
+                                    {.emptyLabelUrl = true}};
+    for (const CarrierScenario &day : days) {
+        rateHome();
+        carrier.setScenario(day);
+        buy();
+        carrier.setScenario({});
     }
+    run(screen().purchases.checkAgain());
+    errors->flush();
+    qInstallMessageHandler(former);
+
+    QByteArray seen = logged;
+    for (QDirIterator files(folder.path(), QDir::Files, QDirIterator::Subdirectories); files.hasNext();) {
+        QFile file(files.next());
+        ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+        seen += file.readAll();
+    }
+    for (const FakeProcesses::Call &call : processes.calls())
+        seen += call.program.toUtf8() + call.arguments.join(u' ').toUtf8() + call.file;
+    for (const auto &[title, text] : prompts.alerts)
+        seen += (title + text).toUtf8();
+    for (const APIErrorEntry &entry : errors->entries())
+        seen += (entry.context + entry.detail).toUtf8();
+    EXPECT_TRUE(seen.contains("Eleanor Whitfield") && seen.contains("Buy Label")) << "this is where it would stand";
+    EXPECT_FALSE(seen.contains(PracticeCarrier::testToken.toUtf8()));
+    EXPECT_FALSE(seen.contains("canary-password"));
 }
 
 } // namespace parcelory::test
