@@ -18,6 +18,14 @@ namespace {
 /// not come any more.
 constexpr qint64 patience = 60; ///< seconds
 
+constexpr int mostDays = 30; ///< a question that the carrier cannot answer by then will stay one
+
+/// The carrier was reached, and what it said is of no use.
+bool isCarriersAnswer(const AppError &error)
+{
+    return dynamic_cast<const ShippoError *>(&error) || dynamic_cast<const DecodeError *>(&error);
+}
+
 } // namespace
 
 Purchases::~Purchases()
@@ -100,6 +108,7 @@ Task<Purchases::Answer> Purchases::ask(OpenPurchase purchase)
         answer = co_await judge(purchase);
     } catch (const AppError &error) {
         answer.text = error.description();
+        answer.isAnswered = isCarriersAnswer(error);
     }
     co_return answer;
 }
@@ -113,7 +122,8 @@ Task<Purchases::Answer> Purchases::judge(OpenPurchase purchase)
     const QString token = co_await tokenRead;
     if (ShippoKeys::isTest(token) != known.testMode)
         co_return Answer{.text = u"It was asked for with the %1 key — choose that key in Settings to check."_s.arg(
-                             known.testMode ? u"TEST"_s : u"LIVE"_s)};
+                             known.testMode ? u"TEST"_s : u"LIVE"_s),
+                         .isAnswered = true}; // the other key's labels are not this one's
     std::optional<ShippoTransaction> found;
     if (!known.transactionID.isEmpty()) {
         found = co_await m_app.shippo.transaction(known.transactionID);
@@ -155,9 +165,24 @@ Task<> Purchases::resume()
 {
     auto reading = onPool([&journal = m_app.journal] { return journal.openPurchases(); });
     const QList<OpenPurchase> open = co_await reading;
-    for (const OpenPurchase &purchase : open)
+    for (const OpenPurchase &purchase : open) {
+        if (purchase.askedAt.daysTo(m_app.platform.clock.now()) > mostDays) {
+            co_await giveUp(purchase);
+            continue;
+        }
         replaceQuestion(purchase.id, PurchaseQuestion{purchase, u"Asking the carrier…"_s, false});
+    }
     co_await checkAgain();
+}
+
+Task<> Purchases::giveUp(OpenPurchase purchase)
+{
+    m_app.errors.record(
+        u"Buy Label"_s,
+        AppError(u"It was never learned whether this label was bought: %1, %2, rate %3."_s.arg(
+            titleOf(purchase.record), purchase.askedAt.toLocalTime().toString(u"MMM d, yyyy"_s), purchase.rateId)),
+        Popup::no);
+    co_await close(purchase.id);
 }
 
 Task<> Purchases::checkAgain()

@@ -91,6 +91,7 @@ public:
 private:
     Task<Answer> judge(OpenPurchase purchase);
     Task<> askAbout(OpenPurchase purchase);
+    Task<> giveUp(OpenPurchase purchase);
     Task<> finish(OpenPurchase purchase, std::optional<ShippoTransaction> transaction);
     Task<std::optional<QByteArray>> fetch(QString url);
     void replaceQuestion(qint64 id, std::optional<PurchaseQuestion> with);

@@ -19,6 +19,12 @@ private:
     QByteArray m_utf8; ///< what() must outlive the call that made it
 };
 
+/// A JSON text that is not what a record needs; the description names the key.
+class DecodeError : public AppError {
+public:
+    using AppError::AppError;
+};
+
 /// A failure of a device or a child process.
 class SystemError : public AppError {
 public:

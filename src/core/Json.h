@@ -23,12 +23,6 @@ using Json = nlohmann::ordered_json; ///< keeps the order in which keys were wri
 /// How field names become keys: object_id for the carrier, objectId in our own files.
 enum class Keys { snake, asIs };
 
-/// A JSON text that is not what a record needs; the description names the key.
-class DecodeError : public AppError {
-public:
-    using AppError::AppError;
-};
-
 namespace detail {
 
 std::string keyFor(const char *fieldName, Keys keys);

@@ -30,7 +30,7 @@ void OpenPurchasesBar::refresh()
     rows->setSpacing(2);
     m_rows->addWidget(m_list);
     for (const PurchaseQuestion &question : m_purchases.questions.value()) {
-        auto *check = new Button(u"Check Again"_s, Button::Kind::standard, u"ui_refresh"_s);
+        auto *check = new Button(u"Check again"_s, Button::Kind::standard, u"ui_refresh"_s);
         check->setEnabled(!m_purchases.asking);
         connect(check, &QPushButton::clicked, this, [this] { spawn([this] { return m_purchases.checkAgain(); }); });
         addRow(u"Not known yet whether it was bought: "_s + Purchases::titleOf(question.purchase.record) + u". "_s +
