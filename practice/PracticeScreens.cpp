@@ -242,6 +242,7 @@ Task<> Gallery::drawComposing()
 /// A parcel that has its label already, and a purchase that could not be settled.
 Task<> Gallery::drawDoubt()
 {
+    app().tab = MainTab::newLabel;
     compose(practiceRecipient());
     co_await label().validate();
     co_await until([this] { return !label().secondLabel.value().isEmpty(); });
@@ -334,6 +335,7 @@ Task<> Gallery::drawAbroad()
 
 Task<> Gallery::drawBuying()
 {
+    app().scannedInvoice = std::nullopt; // it has its label already
     compose(practiceRecipient());
     co_await label().validate();
     co_await label().buyAndPrint();
@@ -399,7 +401,6 @@ Task<> Gallery::drawReprint()
 {
     MailingLogScreen &log = m_program.screens().mailingLog;
     const ShipmentRecord bought = label().lastLabel.value()->record;
-    co_await log.reprint(bought);
     spawn([&log, bought] { return log.reprint(bought); });
     co_await until([] { return QApplication::activeModalWidget(); });
     co_await save(u"dialog-reprint"_s);
@@ -456,9 +457,9 @@ Task<> Gallery::drawPractice()
     co_await drawDialogs();
     co_await drawAbroad();
     co_await drawBuying();
-    co_await drawDoubt();
     co_await drawRecords();
     co_await drawReprint();
+    co_await drawDoubt();
     co_await drawMasterLog();
     co_await drawScanForm();
     co_await drawSettings();

@@ -17,11 +17,13 @@ struct Closing {
     bool await_ready() const noexcept { return false; }
     void await_suspend(std::coroutine_handle<> waiting)
     {
-        QObject::connect(dialog, &QDialog::finished, [this, waiting](int answer) {
+        const auto finish = [this, waiting](int answer) {
             result = answer;
             // Posted, so that whoever asked does not go on inside the dialog's own closing.
             QMetaObject::invokeMethod(qApp, [waiting] { waiting.resume(); }, Qt::QueuedConnection);
-        });
+        };
+        // Once, because a dialog that is closed again while it goes away says so again.
+        QObject::connect(dialog, &QDialog::finished, dialog, finish, Qt::SingleShotConnection);
     }
     int await_resume() const noexcept { return result; }
 };
