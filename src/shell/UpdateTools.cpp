@@ -33,6 +33,8 @@ const QString programInApp = u"Contents/MacOS/Parcelory"_s;
 const QString programInApp = u"bin/parcelory"_s;
 #endif
 
+constexpr qint64 longestFeed = 1 << 20; // bytes; a feed takes a few hundred
+
 QString reason(const ProcessOutcome &outcome)
 {
     return u"%1: %2"_s.arg(QString::number(outcome.status), QString::fromUtf8(outcome.err).trimmed());
@@ -100,7 +102,7 @@ QByteArray UpdateTools::curlData(const QString &url) const
     curlDownload(url, file.fileName());
     if (!file.open(QIODevice::ReadOnly))
         throw AppError(file.errorString());
-    return file.readAll();
+    return file.read(longestFeed); // the beginning of anything longer is no feed
 }
 
 std::optional<qint64> UpdateTools::contentLength(const QString &url) const

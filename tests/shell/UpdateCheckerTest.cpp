@@ -153,6 +153,7 @@ TEST_F(Update, SaysWhatCameOfACheckOnlyToWhoeverAskedForIt)
         {R"({"version": "1.9.0", "url": "u", "notes": ""})", u"You're Up to Date"_s,
          u"Parcelory 1.9 is the latest version."_s, false},
         {"[]", failed, unreadable, false},
+        {R"({"version": "2", "url": "u", "notes": ")" + QByteArray(1 << 20, 'n') + "\"}", failed, unreadable, false},
         {"<html>", failed, unreadable, false},
         {"", failed, u"Couldn't reach the update server: curl 22: curl: (22) "_s, false}, // not served
     };
