@@ -28,26 +28,29 @@ const QString chmodTool = u"/bin/chmod"_s;
 const QString noApp = u"The update archive didn't contain an app."_s;
 
 #ifdef Q_OS_MACOS
-const QString programsInApp = u"Contents/MacOS"_s;
+const QString programInApp = u"Contents/MacOS/Parcelory"_s;
 #else
-const QString programsInApp = u"bin/parcelory"_s;
+const QString programInApp = u"bin/parcelory"_s;
 #endif
+
+constexpr qint64 longestFeed = 1 << 20; // bytes; a feed takes a few hundred
 
 QString reason(const ProcessOutcome &outcome)
 {
     return u"%1: %2"_s.arg(QString::number(outcome.status), QString::fromUtf8(outcome.err).trimmed());
 }
 
-bool holdsPrograms(const QString &app)
+bool holdsProgram(const QString &app)
 {
-    return QFileInfo(app + u'/' + programsInApp).isExecutable();
+    const QFileInfo program(app + u'/' + programInApp);
+    return program.isFile() && program.isExecutable(); // a folder counts as executable, too
 }
 
 /// The unpacked application. What could not run in the installed one's place is none: a link, an empty folder.
 QString appIn(const QString &folder)
 {
     for (const QFileInfo &entry : QDir(folder).entryInfoList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name)) {
-        if (entry.suffix() == u"app" && !entry.isSymLink() && holdsPrograms(entry.filePath()))
+        if (entry.suffix() == u"app" && !entry.isSymLink() && holdsProgram(entry.filePath()))
             return entry.filePath();
     }
     throw SystemError(0, noApp);
@@ -99,7 +102,7 @@ QByteArray UpdateTools::curlData(const QString &url) const
     curlDownload(url, file.fileName());
     if (!file.open(QIODevice::ReadOnly))
         throw AppError(file.errorString());
-    return file.readAll();
+    return file.read(longestFeed); // the beginning of anything longer is no feed
 }
 
 std::optional<qint64> UpdateTools::contentLength(const QString &url) const
@@ -122,7 +125,9 @@ void UpdateTools::unpack(const QString &archive, const QString &folder) const
 #ifdef Q_OS_MACOS
     run(u"/usr/bin/ditto"_s, {u"-x"_s, u"-k"_s, archive, folder}, u"The update archive is broken — ditto "_s);
 #else
-    run(u"/usr/bin/unzip"_s, {u"-q"_s, u"-o"_s, archive, u"-d"_s, folder}, u"The update archive is broken — unzip "_s);
+    // With an empty password, because for an encrypted archive it would otherwise ask at the terminal, and wait.
+    run(u"/usr/bin/unzip"_s, {u"-q"_s, u"-o"_s, u"-P"_s, QString(), archive, u"-d"_s, folder},
+        u"The update archive is broken — unzip "_s);
 #endif
     QFile::remove(archive);
 }
@@ -146,7 +151,7 @@ QString UpdateTools::helperIn(const QString &folder)
 
 bool UpdateTools::isStaged(const QString &helper, const QString &app)
 {
-    return QFileInfo(helper).isFile() && holdsPrograms(app);
+    return QFileInfo(helper).isFile() && holdsProgram(app);
 }
 
 void UpdateTools::writeHelper(const QString &folder) const

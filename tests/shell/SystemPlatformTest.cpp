@@ -47,6 +47,8 @@ TEST(SettingsPreferences, KeepsTypesOverARestart)
         EXPECT_TRUE(QFile::copy(file, copy));
         return read(SettingsPreferences(copy), setting);
     };
+    SettingsPreferences(file).setValue(text.key, QStringList{u"x"_s, u"y"_s});
+    EXPECT_EQ(read(SettingsPreferences(file), text), u"fallback"_s) << "two texts are none";
     for (const QString &value : texts)
         EXPECT_EQ(afterRestart(text, value), value);
     for (const QStringList &value : lists)

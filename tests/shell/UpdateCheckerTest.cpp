@@ -87,7 +87,7 @@ protected:
     {
         make(u"new.app"_s, 2);
         EXPECT_EQ(
-            sh(u"printf 'Faster \"scale\".\\nFewer\\tclicks.\\n' | "_s +
+            sh(u"printf 'Faster \"scale\".\\r\\nFewer\\tclicks.\\n' | "_s +
                QStringLiteral(PARCELORY_SOURCE_DIR "/tools/make-update new.app 2 '%1' site %2").arg(url(""), key)),
             0);
         return parseUpdateFeed(read(u"site/parcelory-latest.json"_s)).value();
@@ -153,6 +153,7 @@ TEST_F(Update, SaysWhatCameOfACheckOnlyToWhoeverAskedForIt)
         {R"({"version": "1.9.0", "url": "u", "notes": ""})", u"You're Up to Date"_s,
          u"Parcelory 1.9 is the latest version."_s, false},
         {"[]", failed, unreadable, false},
+        {R"({"version": "2", "url": "u", "notes": ")" + QByteArray(1 << 20, 'n') + "\"}", failed, unreadable, false},
         {"<html>", failed, unreadable, false},
         {"", failed, u"Couldn't reach the update server: curl 22: curl: (22) "_s, false}, // not served
     };
@@ -234,7 +235,7 @@ TEST_F(Update, AFailedDownloadSaysWhyAndLeavesNothingBehind)
     const Row rows[] = {
         {u"mv new/Parcelory.app new/Parcelory"_s, "The update archive didn't contain an app."},
         {u"mv new/Parcelory.app new/x; ln -s x new/Parcelory.app"_s, "didn't contain an app."},
-        {u"rm new/Parcelory.app/bin/parcelory"_s, "didn't contain an app."},
+        {u"cd new/Parcelory.app/bin; rm parcelory; mkdir parcelory; cd ../../.."_s, "didn't contain an app."},
         {u"ln -s ../../.. new/Parcelory.app/up"_s, "holds a link that leads out of the app."},
         {u"ln -s /etc new/Parcelory.app/etc"_s, "holds a link that leads out of the app."},
         {u"ln -s ../../victim new/swap.sh"_s, "The update helper could not be written"},

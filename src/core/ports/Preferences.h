@@ -24,7 +24,7 @@ public:
 template <class T>
 T read(const Preferences &preferences, const Setting<T> &setting, const std::type_identity_t<T> &fallback)
 {
-    const QVariant stored = preferences.value(setting.key);
+    QVariant stored = preferences.value(setting.key);
     if constexpr (std::is_same_v<T, bool>) {
         // Text stores (INI files) keep booleans as these two words.
         const QString word = stored.toString();
@@ -32,7 +32,7 @@ T read(const Preferences &preferences, const Setting<T> &setting, const std::typ
             word != QLatin1StringView("false"))
             return fallback;
     }
-    return stored.canConvert<T>() && stored.isValid() ? stored.value<T>() : fallback;
+    return stored.convert(QMetaType::fromType<T>()) ? stored.value<T>() : fallback;
 }
 
 template <class T>

@@ -12,6 +12,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int promptWidth = 500, notesHeight = 120;
+constexpr int longestNotes = 20'000; ///< characters; laying out a book would hold up the window for seconds
 
 } // namespace
 
@@ -40,7 +41,8 @@ UpdatePrompt::UpdatePrompt(AppState &app, Screens &screens, QWidget *parent)
 
 QWidget *UpdatePrompt::makeNotes(const QString &notes)
 {
-    auto *text = new TextLabel(breakable(notes), FontRole::caption);
+    const QString shown = notes.size() > longestNotes ? notes.left(longestNotes) + u'…' : notes;
+    auto *text = new TextLabel(breakable(shown), FontRole::caption);
     text->setWordWrap(true);
     text->setTextInteractionFlags(Qt::TextSelectableByMouse);
     auto *card = Surface::card();

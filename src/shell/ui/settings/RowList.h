@@ -24,15 +24,19 @@ public:
     {
         bool changed =
             std::erase_if(m_rows, [&](const Entry &entry) { return !ids.contains(entry.id) && drop(entry); });
-        for (qsizetype at = 0; at < ids.size(); ++at) {
-            Row *row = find(ids[at]);
+        int at = 0;
+        for (qsizetype i = 0; i < ids.size(); ++i) {
+            if (ids.indexOf(ids[i]) < i) // a file edited by hand may hold one id twice, and a row has one place
+                continue;
+            Row *row = find(ids[i]);
             if (!row) {
-                row = m_rows.emplace_back(ids[at], make(ids[at])).row;
+                row = m_rows.emplace_back(ids[i], make(ids[i])).row;
                 changed = true;
             }
             if (m_place->indexOf(row) != at)
-                m_place->insertWidget(int(at), row);
+                m_place->insertWidget(at, row);
             row->setLines(at > 0 ? Qt::Edges(Qt::TopEdge) : Qt::Edges());
+            ++at;
         }
         return changed;
     }
