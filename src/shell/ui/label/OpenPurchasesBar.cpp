@@ -3,6 +3,7 @@
 #include "shell/ui/parts/Button.h"
 
 #include <QHBoxLayout>
+#include <QPointer>
 #include <QVBoxLayout>
 
 namespace parcelory {
@@ -33,9 +34,10 @@ void OpenPurchasesBar::refresh()
         auto *check = new Button(u"Check Again"_s, Button::Kind::standard, u"ui_refresh"_s);
         check->setEnabled(!m_purchases.asking);
         connect(check, &QPushButton::clicked, this, [this] { spawn([this] { return m_purchases.checkAgain(); }); });
-        addRow(u"Not known yet whether it was bought: "_s + Purchases::titleOf(question.purchase.record) + u". "_s +
-                   question.text,
-               u"ui_pending"_s, &Tokens::warn, {check});
+        const ShipmentRecord &record = question.purchase.record;
+        const QString state = record.transactionID.isEmpty() ? u"Not known yet whether it was bought: "_s
+                                                             : u"Not complete yet: "_s; // the carrier has named it
+        addRow(state + Purchases::titleOf(record) + u". "_s + question.text, u"ui_pending"_s, &Tokens::warn, {check});
     }
     for (const SettledPurchase &purchase : m_purchases.settled.value()) {
         QList<QWidget *> buttons;
@@ -44,7 +46,11 @@ void OpenPurchasesBar::refresh()
                                      u"ui_printer"_s);
             connect(print, &QPushButton::clicked, this, [this, purchase, print] {
                 print->setEnabled(false);
-                spawn([this, purchase] { return m_purchases.print(purchase); });
+                spawn([this, purchase, print = QPointer(print)]() -> Task<> {
+                    co_await m_purchases.print(purchase);
+                    if (print) // nothing has changed: the clerk has thought better of it, or it failed as before
+                        print->setEnabled(true);
+                });
             });
             buttons.append(print);
         }
