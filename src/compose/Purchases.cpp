@@ -308,15 +308,16 @@ void Purchases::dismiss(const SettledPurchase &label)
 Task<> Purchases::print(SettledPurchase label)
 {
     SettledPurchase after = label;
+    const QString title = titleOf(label.record) + u": "_s;
     try {
         // It may have been refunded since, or be old: a fresh label's first printing asks nothing.
         const QString printed = co_await reprintChecked(m_app, label.record);
         if (printed.isEmpty()) // the clerk has thought better of it
             co_return;
-        after.text = printed;
+        after.text = title + printed;
         after.isPrinted = true;
     } catch (const AppError &error) {
-        after.text = error.description();
+        after.text = title + error.description();
         recordReprintFailure(m_app, error);
     }
     QList<SettledPurchase> all = settled;

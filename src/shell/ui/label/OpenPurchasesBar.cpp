@@ -44,13 +44,9 @@ void OpenPurchasesBar::refresh()
         if (purchase.isBought) {
             auto *print = new Button(purchase.isPrinted ? u"Print Again"_s : u"Print Label"_s, Button::Kind::tint,
                                      u"ui_printer"_s);
-            connect(print, &QPushButton::clicked, this, [this, purchase, print] {
-                print->setEnabled(false);
-                spawn([this, purchase, print = QPointer(print)]() -> Task<> {
-                    co_await m_purchases.print(purchase);
-                    if (print) // nothing has changed: the clerk has thought better of it, or it failed as before
-                        print->setEnabled(true);
-                });
+            connect(print, &QPushButton::clicked, this, [this, purchase] {
+                if (!std::exchange(m_printing, true)) // a button that went off would give the focus to Dismiss
+                    spawn([this, purchase] { return printOnce(purchase); });
             });
             buttons.append(print);
         }
@@ -60,6 +56,14 @@ void OpenPurchasesBar::refresh()
                purchase.isBought ? &Tokens::ok : &Tokens::muted, buttons + QList<QWidget *>{dismiss});
     }
     setVisible(rows->count() > 0);
+}
+
+Task<> OpenPurchasesBar::printOnce(SettledPurchase label)
+{
+    const QPointer<OpenPurchasesBar> alive(this);
+    co_await m_purchases.print(label);
+    if (alive)
+        m_printing = false;
 }
 
 void OpenPurchasesBar::addRow(const QString &text, const QString &icon, Token ink, const QList<QWidget *> &buttons)
