@@ -243,13 +243,21 @@ Task<std::optional<QByteArray>> AppState::lostScanForm(ScanForm form)
     co_return document;
 }
 
-/// True when one had been made whose answer was lost; it is the last form now.
+/// True when one had been made today whose answer was lost; it is the last form now. One of an earlier day only goes
+/// to the others that were made: it is not handed over any more, and must not stand in the way of today's.
 Task<bool> AppState::showLostScanForms(QList<ScanForm> forms)
 {
     bool shown = false;
     for (const ScanForm &form : forms) {
-        const std::optional<QByteArray> document = co_await lostScanForm(form);
-        if (!document)
+        const bool isOfToday = form.askedAt.toLocalTime().date() == platform.clock.now().date();
+        std::optional<QByteArray> document;
+        try {
+            document = co_await lostScanForm(form);
+        } catch (const AppError &) {
+            if (isOfToday)
+                throw;
+        }
+        if (!document || !isOfToday)
             continue;
         scanFormPDF = document;
         scanFormStatus = readyText(form.labels);

@@ -66,6 +66,7 @@ private:
     /// The body of a 2xx answer. `path`: relative to the API, or an absolute address. `body`: sent as JSON when given.
     Task<QByteArray> request(QString path, QByteArray method = "GET", QByteArray body = {});
     Task<ShippoManifest> polled(ShippoManifest manifest);
+    Task<QByteArray> listedPurchases(QString path);
     Task<QByteArray> countedPage(QString path, std::shared_ptr<Listing> listing);
 
     HttpTransport &m_http;

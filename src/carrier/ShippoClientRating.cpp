@@ -16,6 +16,20 @@ bool isPending(const QString &status)
     return status == u"QUEUED" || status == u"WAITING";
 }
 
+/// Labels that another program bought in a single call carry the whole rate in place of its id. One of them must not
+/// keep the desk's own purchase from being found.
+QByteArray withRateIds(const QByteArray &page)
+{
+    Json list = Json::parse(page.begin(), page.end(), nullptr, false);
+    if (list.is_discarded())
+        return page;
+    for (Json &record : list.is_object() ? list["results"] : list) {
+        if (record.is_object() && record.contains("rate") && record["rate"].is_object())
+            record["rate"] = record["rate"].value("object_id", Json());
+    }
+    return dumpJson(list);
+}
+
 } // namespace
 
 Task<ShippoValidatedAddress> ShippoClient::validateAddress(ShippoAddress address)
@@ -58,7 +72,7 @@ Task<ShippoTransaction> ShippoClient::purchase(QString rateId, QString labelFile
 
 Task<QList<ShippoTransaction>> ShippoClient::purchasesOf(QString rateId, QDateTime since)
 {
-    const auto fetch = [this](const QString &path) { return request(path); };
+    const auto fetch = [this](const QString &path) { return listedPurchases(path); };
     const auto created = [](const ShippoTransaction &transaction) { return transaction.objectCreated; };
     const auto listing = std::make_shared<Listing>();
     QList<ShippoTransaction> sold = co_await pagedList<ShippoTransaction>(
@@ -67,6 +81,12 @@ Task<QList<ShippoTransaction>> ShippoClient::purchasesOf(QString rateId, QDateTi
     if (sold.isEmpty() && listing->isCut)
         throw ShippoError::api(u"The account has sold too many labels since then to find this one."_s);
     co_return sold;
+}
+
+Task<QByteArray> ShippoClient::listedPurchases(QString path)
+{
+    const QByteArray page = co_await request(path);
+    co_return withRateIds(page);
 }
 
 Task<QByteArray> ShippoClient::downloadLabel(QString url)

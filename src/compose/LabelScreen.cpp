@@ -31,6 +31,7 @@ void LabelScreen::watchEdits()
     watch([this] { takeFilledDraft(); }, m_app.draftFillCount);
     watch([this] { watchForSecondLabel(); }, selectedRateID, reference, purchases.questions);
     watch([this] { takeSettled(); }, purchases.settled);
+    watch([this] { spawn([this] { return purchases.checkAgain(); }); }, m_app.keyChanges); // it may be a question's key
 }
 
 void LabelScreen::draftEdited()

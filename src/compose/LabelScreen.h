@@ -248,8 +248,9 @@ private:
     void clearSold(const SoldDraft &sold);
 
     AppState &m_app;
-    int m_edits = 0;          ///< counts edits that a price depends on
-    quint64 m_soldWeight = 0; ///< generation of the scale's reading that the last label was bought with
+    int m_edits = 0;             ///< counts edits that a price depends on
+    quint64 m_soldWeight = 0;    ///< generation of the scale's reading that the last label was bought with
+    qsizetype m_settledSeen = 0; ///< of purchases.settled
     bool m_sizeFromBox = false;
     bool m_purchaseComplete = false;
     bool m_bannerAboutRates = false; ///< the banner goes with the rates that it is about

@@ -53,6 +53,7 @@ LabelScreen::Purchase LabelScreen::preparePurchase(const ShippoRate &rate) const
                       .invoice = {},
                       .entry = {.askedAt = m_app.platform.clock.now(),
                                 .rateId = rate.objectId,
+                                .keyName = m_app.keys.activeName(),
                                 .recipient = m_app.draftTo,
                                 .keepRecipient = keepRecipient,
                                 .record = {}}};
@@ -88,18 +89,21 @@ LabelScreen::Purchase LabelScreen::preparePurchase(const ShippoRate &rate) const
     return purchase;
 }
 
-/// What still stands there of a parcel that turned out to be sold must not be sold again.
+/// What still stands there of a parcel that turned out to be sold must not be sold again; another one for the same
+/// recipient, that the clerk has begun meanwhile, stays.
 void LabelScreen::takeSettled()
 {
-    if (busy || purchases.settled.value().isEmpty())
+    const QList<SettledPurchase> &all = purchases.settled.value();
+    const bool isNews = all.size() > std::exchange(m_settledSeen, all.size());
+    if (busy || !isNews)
         return;
-    const SettledPurchase latest = purchases.settled.value().last();
+    const SettledPurchase latest = all.last();
     if (!isSameRecipient(latest.recipient, m_app.draftTo))
         return;
-    if (latest.isBought)
-        clearDraft();
-    else
+    if (!latest.isBought)
         banner = std::nullopt;
+    else if (latest.record.reference == reference.value().simplified())
+        clearDraft();
 }
 
 /// The warning has to stand beside the price before the clerk presses the button.
@@ -212,6 +216,7 @@ Task<std::optional<ShippoTransaction>> LabelScreen::lookForLabel(OpenPurchase en
 {
     constexpr int looks = 3;
     constexpr auto pause = std::chrono::seconds(2);
+    const QDateTime since = m_app.platform.clock.now(); // the answer may have been waited for longer than that
     clearRates(); // buying again takes a new look at the prices, and so a moment's thought
     warn(doubt + u" Asking the carrier whether the label was bought…"_s);
     co_await purchases.keep(entry);
@@ -219,7 +224,7 @@ Task<std::optional<ShippoTransaction>> LabelScreen::lookForLabel(OpenPurchase en
     for (int look = 0; look < looks; ++look) {
         if (look > 0)
             co_await m_app.platform.clock.sleep(pause);
-        answer = co_await purchases.ask(entry);
+        answer = co_await purchases.ask(entry, since);
         if (answer.verdict == Purchases::Verdict::bought)
             co_return answer.transaction;
         if (answer.verdict == Purchases::Verdict::notBought) {
@@ -260,6 +265,7 @@ Task<> LabelScreen::finishPurchase(Purchase purchase, ShippoTransaction transact
 
     const Printed label = co_await fetchAndPrint(entry);
     record.zpl = label.document;
+    entry.printed = label.done;
     QString outcome = label.note;
     bool papersDone = true;
     if (record.isIntl) {
@@ -268,21 +274,20 @@ Task<> LabelScreen::finishPurchase(Purchase purchase, ShippoTransaction transact
             papers = co_await printFedexInvoice(record.customsDocURL);
         else
             papers = co_await printInvoice(purchase.invoice, printInvoiceWithRates);
-        record.customsPDF = papers.document;
+        if (papers.document) // otherwise what was drawn before the purchase stays
+            record.customsPDF = papers.document;
         if (!papers.note.isEmpty())
             outcome += papers.done ? u' ' + papers.note : papers.note;
         papersDone = papers.done;
     }
-    if (entry.keepRecipient)
+    if (std::exchange(entry.keepRecipient, false))
         emit m_app.recipientToKeep(entry.recipient);
     const bool logged = co_await purchases.enterIntoLog(entry);
     m_purchaseComplete = label.done && papersDone && logged;
     if (!logged) {
         co_await purchases.keep(entry);
-        const QString note =
-            u" (the mailing log could not be written — note the tracking number "_s + record.tracking + u')';
-        outcome += note;
-        purchases.leaveOpen(entry, {.text = note.mid(2).chopped(1), .isAnswered = true});
+        outcome += u" (the mailing log could not be written — note the tracking number "_s + record.tracking + u')';
+        purchases.leaveOpen(entry, {.text = Purchases::notLogged(record), .isAnswered = true});
     }
     showSold(purchase, outcome, logged);
 }

@@ -1,5 +1,6 @@
 #include "compose/Purchases.h"
 
+#include "carrier/ShippoError.h"
 #include "compose/SecondLabel.h"
 #include "core/Text.h"
 #include "records/LabelCheck.h"
@@ -14,17 +15,18 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// A request that was cut off may still arrive, and a purchase takes seconds: what is not there after this time will
-/// not come any more.
-constexpr qint64 patience = 60; ///< seconds
+/// True when the carrier was reached and asking it once more tells no more: buying must not stay closed for ever.
+bool isLastWord(const AppError &error)
+{
+    if (dynamic_cast<const DecodeError *>(&error))
+        return true;
+    constexpr int forbidden = 403, unknown = 404;
+    const auto *shippo = dynamic_cast<const ShippoError *>(&error);
+    return shippo &&
+           (shippo->kind() == ShippoError::Kind::api || shippo->status() == forbidden || shippo->status() == unknown);
+}
 
 constexpr int mostDays = 30; ///< a question that the carrier cannot answer by then will stay one
-
-/// The carrier was reached, and what it said is of no use.
-bool isCarriersAnswer(const AppError &error)
-{
-    return dynamic_cast<const ShippoError *>(&error) || dynamic_cast<const DecodeError *>(&error);
-}
 
 } // namespace
 
@@ -37,6 +39,11 @@ QString Purchases::titleOf(const ShipmentRecord &record)
 {
     return u"%1 %2 to %3, $%4"_s.arg(record.carrier, record.service, record.recipient.section(u',', 0, 0),
                                      fixed(record.postage, 2));
+}
+
+QString Purchases::notLogged(const ShipmentRecord &record)
+{
+    return u"It was bought, but the mailing log could not be written. Tracking %1."_s.arg(record.tracking);
 }
 
 void Purchases::take(ShipmentRecord &record, const ShippoTransaction &transaction)
@@ -92,7 +99,7 @@ Task<bool> Purchases::enterIntoLog(OpenPurchase purchase)
         return Outcome{stored, stored ? QString() : app.log.lastError()};
     });
     const Outcome outcome = co_await writing;
-    if (!outcome.stored) {
+    if (!outcome.stored && !isKnownUnlogged(purchase.id)) {
         const ShipmentRecord &record = purchase.record;
         const AppError error(u"Bought but not logged: %1, %2, tracking %3, transaction %4, label %5 (%6)"_s.arg(
             record.recipient, record.service, record.tracking, record.transactionID, record.labelURL, outcome.reason));
@@ -101,42 +108,42 @@ Task<bool> Purchases::enterIntoLog(OpenPurchase purchase)
     co_return outcome.stored;
 }
 
-Task<Purchases::Answer> Purchases::ask(OpenPurchase purchase)
+Task<Purchases::Answer> Purchases::ask(OpenPurchase purchase, QDateTime since)
 {
     Answer answer;
     try {
-        answer = co_await judge(purchase);
+        answer = co_await judge(purchase, since);
     } catch (const AppError &error) {
         answer.text = error.description();
-        answer.isAnswered = isCarriersAnswer(error);
+        answer.isAnswered = isLastWord(error);
     }
     co_return answer;
 }
 
-Task<Purchases::Answer> Purchases::judge(OpenPurchase purchase)
+Task<Purchases::Answer> Purchases::judge(OpenPurchase purchase, QDateTime since)
 {
     const ShipmentRecord &known = purchase.record;
     if (!known.labelURL.isEmpty()) // the carrier had answered; only the books are not complete
         co_return Answer{.verdict = Verdict::bought};
     auto tokenRead = onPool([&keys = m_app.keys] { return keys.activeToken().value_or(QString()); });
     const QString token = co_await tokenRead;
-    if (ShippoKeys::isTest(token) != known.testMode)
-        co_return Answer{.text = u"It was asked for with the %1 key — choose that key in Settings to check."_s.arg(
-                             known.testMode ? u"TEST"_s : u"LIVE"_s),
-                         .isAnswered = true}; // the other key's labels are not this one's
+    const bool sameKey = m_app.keys.activeName() == purchase.keyName && ShippoKeys::isTest(token) == known.testMode;
+    if (!sameKey) // that key may have been removed for good, so the answer is a last one
+        co_return Answer{.text = u"It was asked for with the %1 key “%2” — choose that key in Settings to check."_s.arg(
+                             known.testMode ? u"TEST"_s : u"LIVE"_s, purchase.keyName),
+                         .isAnswered = true};
     std::optional<ShippoTransaction> found;
     if (!known.transactionID.isEmpty()) {
         found = co_await m_app.shippo.transaction(known.transactionID);
     } else {
         const QList<ShippoTransaction> sold = co_await m_app.shippo.purchasesOf(purchase.rateId, purchase.askedAt);
+        // One that failed may be an earlier attempt at the same rate.
         const auto isSale = [](const ShippoTransaction &one) { return one.status != u"ERROR"; };
-        const auto sale = std::ranges::find_if(sold, isSale); // one that failed does not hide one that did not
+        const auto sale = std::ranges::find_if(sold, isSale);
         if (sale != sold.end())
             found = *sale;
-        else if (!sold.isEmpty())
-            co_return Answer{.verdict = Verdict::notBought};
     }
-    if (!found && purchase.askedAt.secsTo(m_app.platform.clock.now()) < patience)
+    if (!found && ShippoClient::mayStillArrive(since, m_app.platform.clock.now()))
         co_return Answer{.text = u"The carrier knows of no such label yet."_s, .isAnswered = true};
     if (!found || found->status == u"ERROR")
         co_return Answer{.verdict = Verdict::notBought};
@@ -149,7 +156,8 @@ Task<Purchases::Answer> Purchases::judge(OpenPurchase purchase)
 
 void Purchases::leaveOpen(const OpenPurchase &purchase, const Answer &answer)
 {
-    replaceQuestion(purchase.id, PurchaseQuestion{purchase, answer.text, answer.isAnswered});
+    replaceQuestion(purchase.id,
+                    PurchaseQuestion{purchase, answer.text, answer.isAnswered, m_app.platform.clock.now()});
     m_pause = firstPause;
     askLater();
 }
@@ -170,9 +178,14 @@ Task<> Purchases::resume()
             co_await giveUp(purchase);
             continue;
         }
-        replaceQuestion(purchase.id, PurchaseQuestion{purchase, u"Asking the carrier…"_s, false});
+        replaceQuestion(purchase.id,
+                        PurchaseQuestion{purchase, u"Asking the carrier…"_s, false, m_app.platform.clock.now()});
     }
     co_await checkAgain();
+    if (const QString damage = m_app.journal.damage(); !damage.isEmpty()) {
+        m_app.errors.record(u"Purchase Journal"_s, AppError(damage), Popup::no);
+        co_await m_app.platform.prompts.alert(u"Purchase Journal"_s, damage);
+    }
 }
 
 Task<> Purchases::giveUp(OpenPurchase purchase)
@@ -193,20 +206,21 @@ Task<> Purchases::checkAgain()
     const auto done = qScopeGuard([this] { asking = false; });
     const QList<PurchaseQuestion> open = questions;
     for (const PurchaseQuestion &question : open)
-        co_await askAbout(question.purchase);
+        co_await askAbout(question);
     if (!questions.value().isEmpty())
         askLater();
 }
 
-Task<> Purchases::askAbout(OpenPurchase purchase)
+Task<> Purchases::askAbout(PurchaseQuestion question)
 {
-    const Answer answer = co_await ask(purchase);
+    const OpenPurchase &purchase = question.purchase;
+    const Answer answer = co_await ask(purchase, question.since);
     switch (answer.verdict) {
     case Verdict::unknown:
-        replaceQuestion(purchase.id, PurchaseQuestion{purchase, answer.text, answer.isAnswered});
+        replaceQuestion(purchase.id, PurchaseQuestion{purchase, answer.text, answer.isAnswered, question.since});
         break;
     case Verdict::bought:
-        co_await finish(purchase, answer.transaction);
+        co_await finish(question, answer.transaction);
         break;
     case Verdict::notBought:
         co_await close(purchase.id);
@@ -218,8 +232,9 @@ Task<> Purchases::askAbout(OpenPurchase purchase)
     }
 }
 
-Task<> Purchases::finish(OpenPurchase purchase, std::optional<ShippoTransaction> transaction)
+Task<> Purchases::finish(PurchaseQuestion question, std::optional<ShippoTransaction> transaction)
 {
+    OpenPurchase &purchase = question.purchase;
     ShipmentRecord &record = purchase.record;
     if (transaction) {
         record.createdAt = purchase.askedAt;
@@ -232,10 +247,7 @@ Task<> Purchases::finish(OpenPurchase purchase, std::optional<ShippoTransaction>
     co_await keep(purchase);
     const bool logged = co_await enterIntoLog(purchase);
     if (!logged) {
-        replaceQuestion(purchase.id, PurchaseQuestion{purchase,
-                                                      u"It was bought, but the mailing log could not be written. "
-                                                      "Tracking %1."_s.arg(record.tracking),
-                                                      true});
+        replaceQuestion(purchase.id, PurchaseQuestion{purchase, notLogged(record), true, question.since});
         co_return;
     }
     if (purchase.keepRecipient)
@@ -263,6 +275,15 @@ Task<std::optional<QByteArray>> Purchases::fetch(QString url)
         m_app.errors.record(u"Fetch Label"_s, error, Popup::no);
     }
     co_return document;
+}
+
+/// It was said already that the mailing log does not take it; that it still does not is no news.
+bool Purchases::isKnownUnlogged(qint64 id) const
+{
+    return std::ranges::any_of(questions.value(), [id](const PurchaseQuestion &question) {
+        const OpenPurchase &purchase = question.purchase;
+        return purchase.id == id && question.text == notLogged(purchase.record);
+    });
 }
 
 void Purchases::replaceQuestion(qint64 id, std::optional<PurchaseQuestion> with)
@@ -303,16 +324,16 @@ void Purchases::dismiss(const SettledPurchase &label)
 Task<> Purchases::print(SettledPurchase label)
 {
     SettledPurchase after = label;
+    const QString title = titleOf(label.record) + u": "_s;
     try {
-        // The first printing is none that anybody has to be asked about.
-        auto printing = label.isPrinted ? reprintChecked(m_app, label.record) : reprintLabel(m_app, label.record);
-        const QString printed = co_await printing;
+        // It may have been refunded since, or be old: a fresh label's first printing asks nothing.
+        const QString printed = co_await reprintChecked(m_app, label.record);
         if (printed.isEmpty()) // the clerk has thought better of it
             co_return;
-        after.text = printed;
+        after.text = title + printed;
         after.isPrinted = true;
     } catch (const AppError &error) {
-        after.text = error.description();
+        after.text = title + error.description();
         recordReprintFailure(m_app, error);
     }
     QList<SettledPurchase> all = settled;

@@ -13,7 +13,8 @@ namespace parcelory {
 struct PurchaseQuestion {
     OpenPurchase purchase;
     QString text;            ///< how things are, in the clerk's words
-    bool isAnswered = false; ///< the carrier was asked and could not say yet
+    bool isAnswered = false; ///< whoever was asked could not say: asking once more may tell no more
+    QDateTime since;         ///< from then on nobody asks for it any more; what is on its way may still arrive
 
     bool operator==(const PurchaseQuestion &other) const
     {
@@ -38,8 +39,8 @@ struct SettledPurchase {
 
 /// Sees to it that every label that was paid for gets into the books, whatever becomes of an answer or of the program.
 /// A purchase stands in the journal before the carrier is asked. One whose end was not seen is looked for among the
-/// account's newest ones, by its rate: found, it is finished; not found although a minute has passed, it was none;
-/// otherwise it stays a question, which is asked again by itself. Nothing is ever bought here. Lives as long as
+/// account's newest ones, by its rate: found, it is finished; not found although a minute has passed since, it was
+/// none; otherwise it stays a question, which is asked again by itself. Nothing is ever bought here. Lives as long as
 /// AppState.
 class Purchases {
 public:
@@ -76,8 +77,8 @@ public:
     Task<> keep(OpenPurchase purchase);
     Task<> markPrinted(qint64 id);
     Task<> close(qint64 id);
-    /// What the carrier knows of a purchase.
-    Task<Answer> ask(OpenPurchase purchase);
+    /// What the carrier knows of a purchase that may still arrive there for a while after `since`.
+    Task<Answer> ask(OpenPurchase purchase, QDateTime since);
     void leaveOpen(const OpenPurchase &purchase, const Answer &answer);
     /// Writes a finished purchase into the mailing log, unless it stands there; only then the journal forgets it.
     /// False, with an entry in the error log, when the log could not be written.
@@ -85,14 +86,17 @@ public:
 
     /// "USPS Priority Mail to Eleanor Whitfield, $9.85"
     static QString titleOf(const ShipmentRecord &record);
+    /// How things are with a label that only the journal knows of.
+    static QString notLogged(const ShipmentRecord &record);
     /// What the mailing log takes from the carrier's answer.
     static void take(ShipmentRecord &record, const ShippoTransaction &transaction);
 
 private:
-    Task<Answer> judge(OpenPurchase purchase);
-    Task<> askAbout(OpenPurchase purchase);
+    Task<Answer> judge(OpenPurchase purchase, QDateTime since);
+    Task<> askAbout(PurchaseQuestion question);
+    Task<> finish(PurchaseQuestion question, std::optional<ShippoTransaction> transaction);
     Task<> giveUp(OpenPurchase purchase);
-    Task<> finish(OpenPurchase purchase, std::optional<ShippoTransaction> transaction);
+    bool isKnownUnlogged(qint64 id) const;
     Task<std::optional<QByteArray>> fetch(QString url);
     void replaceQuestion(qint64 id, std::optional<PurchaseQuestion> with);
     void settle(const SettledPurchase &purchase);

@@ -19,6 +19,7 @@ constexpr auto schema = "PRAGMA busy_timeout = 0;\n"
                         "  id INTEGER PRIMARY KEY AUTOINCREMENT,\n"
                         "  asked_at REAL NOT NULL,\n"
                         "  rate_id TEXT NOT NULL,\n"
+                        "  key_name TEXT NOT NULL,\n"
                         "  recipient TEXT NOT NULL,\n"
                         "  keep_recipient INTEGER NOT NULL,\n"
                         "  shipment TEXT NOT NULL,\n"
@@ -59,12 +60,13 @@ OpenPurchase purchaseOf(const Statement &row)
     OpenPurchase purchase{.id = row.integer(0),
                           .askedAt = timeOf(row.real(1)),
                           .rateId = row.text(2),
-                          .recipient = decodeJson<ShippoAddress>(row.text(3).toUtf8(), Keys::asIs),
-                          .keepRecipient = row.integer(4) != 0,
-                          .record = decodeJson<ShipmentRecord>(row.text(5).toUtf8(), Keys::asIs),
-                          .printed = row.integer(8) != 0};
-    purchase.record.zpl = row.blob(6);
-    purchase.record.customsPDF = row.blob(7);
+                          .keyName = row.text(3),
+                          .recipient = decodeJson<ShippoAddress>(row.text(4).toUtf8(), Keys::asIs),
+                          .keepRecipient = row.integer(5) != 0,
+                          .record = decodeJson<ShipmentRecord>(row.text(6).toUtf8(), Keys::asIs),
+                          .printed = row.integer(9) != 0};
+    purchase.record.zpl = row.blob(7);
+    purchase.record.customsPDF = row.blob(8);
     return purchase;
 }
 
@@ -72,29 +74,43 @@ OpenPurchase purchaseOf(const Statement &row)
 
 PurchaseJournal::PurchaseJournal(const QDir &folder) : m_path(pathIn(folder))
 {
-    if (open())
+    Opening opened = open();
+    if (opened == Opening::damaged) {
+        const QString aside = m_path + u".damaged-"_s + QDateTime::currentDateTime().toString(u"yyyyMMdd-HHmmss"_s);
+        m_db.reset();
+        if (QFile::rename(m_path, aside)) {
+            m_damage =
+                u"The journal of purchases was damaged. It is kept as %1, and a new one was begun. A label whose "
+                "purchase was cut short may be missing in the mailing log: compare it with the Master Log."_s.arg(
+                    aside);
+            opened = open();
+        }
+    }
+    if (opened == Opening::done)
         return;
-    if (!m_db->isDamaged())
-        qWarning("Parcelory: cannot open the purchase journal at %s", qPrintable(m_path));
-    else if (const QString aside =
-                 m_path + u".damaged-"_s + QDateTime::currentDateTime().toString(u"yyyyMMdd-HHmmss"_s);
-             m_db.reset(), QFile::rename(m_path, aside) && open())
-        return;
+    qWarning("Parcelory: cannot open the purchase journal at %s", qPrintable(m_path));
     m_obstacle = m_db ? m_db->lastError() : u"the damaged file cannot be set aside"_s;
     m_db.reset();
 }
 
-bool PurchaseJournal::open()
+/// What is broken further on would otherwise be found when a purchase is to be written down, at every start anew.
+PurchaseJournal::Opening PurchaseJournal::open()
 {
     m_db.emplace(m_path);
-    return m_db->isOpen() && m_db->exec(schema);
+    if (!m_db->isOpen() || !m_db->exec(schema))
+        return m_db->isDamaged() ? Opening::damaged : Opening::refused;
+    Statement check(*m_db, "PRAGMA quick_check(1)");
+    return check.step() && check.text(0) == u"ok" ? Opening::done : Opening::damaged;
 }
 
 void PurchaseJournal::refuse() const
 {
     const QString reason = m_db ? m_db->lastError() : m_obstacle;
     throw AppError(u"The purchase journal %1 could not be written — %2. Nothing was asked of the carrier."_s.arg(
-        m_path, reason == u"database is locked" ? u"another Parcelory is running"_s : reason));
+        m_path,
+        reason == u"database is locked"
+            ? u"another Parcelory is running, or was when this one was started: quit this one and start it again"_s
+            : reason));
 }
 
 /// The caller holds the lock.
@@ -111,14 +127,15 @@ qint64 PurchaseJournal::begin(const OpenPurchase &purchase)
     const std::lock_guard turn(m_access);
     if (!m_db)
         refuse();
-    Statement insert(*m_db, "INSERT INTO purchases (asked_at, rate_id, recipient, keep_recipient, shipment, "
-                            "customs_pdf) VALUES (?, ?, ?, ?, ?, ?)");
+    Statement insert(*m_db, "INSERT INTO purchases (asked_at, rate_id, key_name, recipient, keep_recipient, shipment, "
+                            "customs_pdf) VALUES (?, ?, ?, ?, ?, ?, ?)");
     insert.bind(1, secondsOf(purchase.askedAt));
     insert.bind(2, purchase.rateId);
-    insert.bind(3, jsonText(purchase.recipient));
-    insert.bind(4, purchase.keepRecipient);
-    insert.bind(5, jsonText(purchase.record));
-    insert.bind(6, purchase.record.customsPDF);
+    insert.bind(3, purchase.keyName);
+    insert.bind(4, jsonText(purchase.recipient));
+    insert.bind(5, purchase.keepRecipient);
+    insert.bind(6, jsonText(purchase.record));
+    insert.bind(7, purchase.record.customsPDF);
     if (!run(insert))
         refuse();
     return m_db->lastInsertedId();
@@ -163,8 +180,8 @@ QList<OpenPurchase> PurchaseJournal::openPurchases() const
     QList<OpenPurchase> open;
     if (!m_db)
         return open;
-    Statement query(*m_db, "SELECT id, asked_at, rate_id, recipient, keep_recipient, shipment, label, customs_pdf, "
-                           "printed FROM purchases ORDER BY id");
+    Statement query(*m_db, "SELECT id, asked_at, rate_id, key_name, recipient, keep_recipient, shipment, label, "
+                           "customs_pdf, printed FROM purchases ORDER BY id");
     while (query.step()) {
         try {
             open.append(purchaseOf(query));

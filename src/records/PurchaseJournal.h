@@ -17,6 +17,7 @@ struct OpenPurchase {
     qint64 id = 0; ///< in the journal
     QDateTime askedAt;
     QString rateId;
+    QString keyName; ///< of the API key that it is asked for with: another account knows nothing of it
     ShippoAddress recipient;
     bool keepRecipient = false; ///< the address book takes the recipient once the label is bought
     ShipmentRecord record;      ///< what the mailing log will hold; transactionID is empty until the carrier named it
@@ -39,6 +40,8 @@ class PurchaseJournal {
 public:
     /// Opens or creates the journal in `folder`. A damaged file is kept under another name and a new one begun.
     explicit PurchaseJournal(const QDir &folder);
+    /// What the clerk has to know of a damaged file that was set aside; empty without one.
+    const QString &damage() const { return m_damage; }
 
     /// Writes down that `purchase` is about to be asked for and gives its id. Throws AppError when that is not on the
     /// disk: then nothing may be bought.
@@ -57,7 +60,8 @@ public:
     QList<OpenRefund> openRefunds() const;
 
 private:
-    bool open();
+    enum class Opening { done, damaged, refused };
+    Opening open();
     bool run(Statement &statement);
     [[noreturn]] void refuse() const;
 
@@ -65,6 +69,7 @@ private:
     mutable std::mutex m_access;
     std::optional<Database> m_db; ///< only while it can be written
     QString m_obstacle;           ///< why it cannot
+    QString m_damage;
 };
 
 } // namespace parcelory

@@ -228,7 +228,7 @@ std::optional<ShipmentRecord> ShipmentLog::find(const ShipmentRecord &record) co
     if (record.id) {
         query.bind(1, record.id);
     } else {
-        query.bind(1, ShipmentLogRows::secondsOf(record.createdAt));
+        query.bind(1, ShipmentLogRows::secondsOf(record.createdAt.addDays(-1))); // the clock may have been put back
         query.bind(2, record.transactionID);
     }
     const QList<ShipmentRecord> found = ShipmentLogRows::recordsOf(query);

@@ -135,11 +135,73 @@ TEST_F(PurchasesTest, AQuestionIsOfTheKeyThatItWasAskedWith)
     useToken(PracticeCarrier::liveToken);
     restart();
     ASSERT_EQ(purchases().questions.value().size(), 1);
-    EXPECT_TRUE(purchases().questions.value().first().text.contains(u"the TEST key"_s));
+    EXPECT_TRUE(purchases().questions.value().first().text.contains(u"the TEST key “Practice”"_s));
+    app->keys.set(u"shippo_test_another_account"_s, u"Other"_s);
+    app->keys.makeActive(u"Other"_s);
+    clock.start = clock.start.addSecs(61);
+    checkAgain();
+    EXPECT_EQ(purchases().questions.value().size(), 1) << "another account of the same kind knows nothing of it";
     useToken(PracticeCarrier::testToken);
-    restart();
+    app->keyChanges = app->keyChanges + 1;
+    runUntil([this] { return purchases().questions.value().isEmpty(); });
+    settle();
     EXPECT_TRUE(purchases().questions.value().isEmpty());
     EXPECT_EQ(logged(), sold());
+}
+
+TEST_F(PurchasesTest, ALookWithinAMinuteOfTheLastSignOfAPurchaseNeverEndsIt)
+{
+    rate();
+    carrier.setScenario(failingPurchase());
+    clock.after(std::chrono::milliseconds(1), [this] { clock.start = clock.start.addSecs(300); }); // a long silence
+    press();
+    EXPECT_EQ(purchases().questions.value().size(), 1) << banner().toStdString();
+    carrier.setScenario({});
+    restart();
+    EXPECT_EQ(purchases().questions.value().size(), 1) << "whoever asked was there until just now";
+
+    clock.start = clock.start.addDays(-1); // a clock that is put right makes nobody wait for ever
+    checkAgain();
+    EXPECT_TRUE(purchases().questions.value().isEmpty());
+}
+
+TEST_F(PurchasesTest, AListThatCannotTellOpensBuyingAndAForeignRecordHidesNothing)
+{
+    rate();
+    carrier.setScenario({.dropConnection = true});
+    press();
+    EXPECT_TRUE(screen().isBuyClosed());
+    const auto list = [this](const QByteArray &body) {
+        CarrierScenario scenario;
+        scenario.failNext = CarrierFailure{"transactions", 200, "application/json", body, 1, "GET"};
+        carrier.setScenario(scenario);
+        checkAgain();
+    };
+    list(R"({"results": 1})");
+    EXPECT_FALSE(screen().isBuyClosed()) << "the next answer may be the same for ever";
+    list(R"({"results": [{"object_id": "1", "status": "SUCCESS", "rate": {"object_id": "2"}}], "next": ")" +
+         carrier.baseUrl().toEncoded() + R"(transactions?results=100"})");
+    EXPECT_EQ(logged(), sold());
+    EXPECT_EQ(logged().size(), 1);
+}
+
+TEST_F(PurchasesTest, ASecondParcelForTheSamePersonIsNotTakenForTheOneThatWasFound)
+{
+    rate(u"48213"_s);
+    carrier.setScenario({.dropConnection = true});
+    press();
+    carrier.setScenario({});
+    EXPECT_EQ(app->draftTo.value(), homeAddress());
+    screen().reference = u"48999"_s;
+    checkAgain();
+    EXPECT_EQ(screen().reference.value(), u"48999"_s);
+    screen().reference = u"48213"_s;
+    run(purchases().print(purchases().settled.value().first()));
+    EXPECT_EQ(app->draftTo.value(), homeAddress()) << "the label's printing is no news of the parcel";
+
+    EXPECT_TRUE(app->log.setStatus(app->log.records().first().id, u"REFUNDED"_s));
+    run(purchases().print(purchases().settled.value().first()));
+    EXPECT_TRUE(prompts.questions.last().text.contains(u"It was refunded"_s));
 }
 
 TEST_F(PurchasesTest, NothingIsBoughtWithoutAJournal)
@@ -160,18 +222,26 @@ TEST_F(PurchasesTest, NothingIsBoughtWithoutAJournal)
 
 TEST_F(PurchasesTest, ADamagedJournalIsKeptAndANewOneBegun)
 {
-    screenOwner.reset();
-    app.reset();
-    QFile file(path(u"purchase_journal.sqlite"_s));
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(QByteArray(4096, 'x'));
-    file.close();
-    app = std::make_unique<AppState>(platform);
-    screenOwner = std::make_unique<LabelScreen>(*app);
-    rate();
-    press();
-    EXPECT_EQ(logged().size(), 1);
-    EXPECT_EQ(QDir(folder.path()).entryList({u"purchase_journal.sqlite.damaged-*"_s}).size(), 1);
+    for (const qint64 from : {4096, 0}) { // a table only, or all of it
+        screenOwner.reset();
+        app.reset();
+        QFile file(path(u"purchase_journal.sqlite"_s));
+        ASSERT_TRUE(file.open(QIODevice::ReadWrite) && file.seek(from));
+        file.write(QByteArray(4096, 'x'));
+        file.close();
+        app = std::make_unique<AppState>(platform);
+        screenOwner = std::make_unique<LabelScreen>(*app);
+        run(purchases().resume());
+        ASSERT_FALSE(prompts.alerts.empty());
+        const QString kept = prompts.alerts.back().second.section(u"kept as "_s, 1).section(u',', 0, 0);
+        EXPECT_TRUE(QFile::remove(kept)) << kept.toStdString();
+        prompts.alerts.clear();
+        composeParcel(from ? homeAddress() : londonAddress());
+        screen().customs = CustomsInfo{CustomsItemType::gold, u"1"_s, u"50"_s, {}};
+        run(screen().fetchRates(true));
+        press();
+    }
+    EXPECT_EQ(logged().size(), 2);
 }
 
 TEST_F(PurchasesTest, ASecondLabelCostsOnePressMoreAndAFirstOneNone)

@@ -101,6 +101,12 @@ protected:
 
 constexpr int rounds = 24;
 
+/// In the last round it dies when all is done, however often a busy machine turns the loop until then.
+constexpr int inRound(int turns)
+{
+    return turns + 1 < rounds ? turns : std::numeric_limits<int>::max();
+}
+
 } // namespace
 
 TEST_F(Killed, AtAnyMomentOfARefundTheNextStartLearnsWhatBecameOfIt)
@@ -112,7 +118,7 @@ TEST_F(Killed, AtAnyMomentOfARefundTheNextStartLearnsWhatBecameOfIt)
             label = bought();
             closeProgram();
         }
-        EXPECT_EXIT(dieAfter(turns, refundNewest), testing::KilledBySignal(SIGKILL), "");
+        EXPECT_EXIT(dieAfter(inRound(turns), refundNewest), testing::KilledBySignal(SIGKILL), "");
         if (isVictim)
             continue;
         startProgram();
@@ -141,7 +147,7 @@ TEST_F(Killed, AtAnyMomentOfAScanFormNoFormIsLost)
             label = bought();
             closeProgram();
         }
-        EXPECT_EXIT(dieAfter(turns, makeScanForm), testing::KilledBySignal(SIGKILL), "");
+        EXPECT_EXIT(dieAfter(inRound(turns), makeScanForm), testing::KilledBySignal(SIGKILL), "");
         if (isVictim)
             continue;
         startProgram();

@@ -65,14 +65,16 @@ QNetworkRequest networkRequest(const HttpRequest &request, NetworkTransport::Rea
     return message;
 }
 
-/// The failure in the clerk's words: the host, but neither address, headers nor body.
-QString failureText(const QNetworkReply &reply, const HttpRequest &request)
+/// The failure in the clerk's words: the host, but neither address, headers nor body. Whoever is told to try again buys
+/// a label twice when the first request has arrived.
+QString failureText(const QNetworkReply &reply, const HttpRequest &request, bool isSent)
 {
     const QString host = request.url.host();
+    if (!isSent)
+        return u"%1 could not be reached (%2) — check the network and try again."_s.arg(host, reply.errorString());
     if (reply.error() == QNetworkReply::OperationCanceledError || reply.error() == QNetworkReply::TimeoutError)
-        return u"%1 did not answer for %2 seconds — check the network and try again."_s.arg(host).arg(
-            request.timeout.count() / 1000);
-    return u"%1 could not be reached (%2) — check the network and try again."_s.arg(host, reply.errorString());
+        return u"%1 did not answer for %2 seconds — check the network."_s.arg(host).arg(request.timeout.count() / 1000);
+    return u"%1 gave no answer (%2) — check the network."_s.arg(host, reply.errorString());
 }
 
 [[noreturn]] void throwFailure(const QNetworkReply &reply, const HttpRequest &request)
@@ -80,8 +82,9 @@ QString failureText(const QNetworkReply &reply, const HttpRequest &request)
     constexpr QNetworkReply::NetworkError beforeSending[] = {QNetworkReply::HostNotFoundError,
                                                              QNetworkReply::ConnectionRefusedError,
                                                              QNetworkReply::SslHandshakeFailedError};
-    const QString text = failureText(reply, request);
-    if (std::ranges::find(beforeSending, reply.error()) != std::end(beforeSending))
+    const bool isSent = std::ranges::find(beforeSending, reply.error()) == std::end(beforeSending);
+    const QString text = failureText(reply, request, isSent);
+    if (!isSent)
         throw NotSent(text);
     throw AppError(text);
 }

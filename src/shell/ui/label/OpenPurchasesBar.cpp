@@ -3,6 +3,7 @@
 #include "shell/ui/parts/Button.h"
 
 #include <QHBoxLayout>
+#include <QPointer>
 #include <QVBoxLayout>
 
 namespace parcelory {
@@ -33,18 +34,19 @@ void OpenPurchasesBar::refresh()
         auto *check = new Button(u"Check again"_s, Button::Kind::standard, u"ui_refresh"_s);
         check->setEnabled(!m_purchases.asking);
         connect(check, &QPushButton::clicked, this, [this] { spawn([this] { return m_purchases.checkAgain(); }); });
-        addRow(u"Not known yet whether it was bought: "_s + Purchases::titleOf(question.purchase.record) + u". "_s +
-                   question.text,
-               u"ui_pending"_s, &Tokens::warn, {check});
+        const ShipmentRecord &record = question.purchase.record;
+        const QString state = record.transactionID.isEmpty() ? u"Not known yet whether it was bought: "_s
+                                                             : u"Not complete yet: "_s; // the carrier has named it
+        addRow(state + Purchases::titleOf(record) + u". "_s + question.text, u"ui_pending"_s, &Tokens::warn, {check});
     }
     for (const SettledPurchase &purchase : m_purchases.settled.value()) {
         QList<QWidget *> buttons;
         if (purchase.isBought) {
             auto *print = new Button(purchase.isPrinted ? u"Print Again"_s : u"Print Label"_s, Button::Kind::tint,
                                      u"ui_printer"_s);
-            connect(print, &QPushButton::clicked, this, [this, purchase, print] {
-                print->setEnabled(false);
-                spawn([this, purchase] { return m_purchases.print(purchase); });
+            connect(print, &QPushButton::clicked, this, [this, purchase] {
+                if (!std::exchange(m_printing, true)) // a button that went off would give the focus to Dismiss
+                    spawn([this, purchase] { return printOnce(purchase); });
             });
             buttons.append(print);
         }
@@ -56,6 +58,14 @@ void OpenPurchasesBar::refresh()
     setVisible(rows->count() > 0);
 }
 
+Task<> OpenPurchasesBar::printOnce(SettledPurchase label)
+{
+    const QPointer<OpenPurchasesBar> alive(this);
+    co_await m_purchases.print(label);
+    if (alive)
+        m_printing = false;
+}
+
 void OpenPurchasesBar::addRow(const QString &text, const QString &icon, Token ink, const QList<QWidget *> &buttons)
 {
     auto *row = new QHBoxLayout;
@@ -63,7 +73,7 @@ void OpenPurchasesBar::addRow(const QString &text, const QString &icon, Token in
     auto *notice = new Notice(icon, ink, FontRole::strong);
     notice->setTextInk(&Tokens::text);
     notice->setText(text);
-    row->addWidget(notice, 1);
+    row->addWidget(notice, 1, Qt::AlignVCenter);
     for (QWidget *button : buttons)
         row->addWidget(button);
     static_cast<QVBoxLayout *>(m_list->layout())->addLayout(row);

@@ -17,11 +17,13 @@ public:
 
 private:
     void refresh();
+    Task<> printOnce(SettledPurchase label);
     void addRow(const QString &text, const QString &icon, Token ink, const QList<QWidget *> &buttons);
 
     Purchases &m_purchases;
     QVBoxLayout *m_rows;
     QWidget *m_list = nullptr;
+    bool m_printing = false;
     Follower m_follower;
 };
 
