@@ -105,7 +105,8 @@ private:
     AppState &m_app;
     quint64 m_timer = 0;
     Clock::Duration m_pause = firstPause;
-    static constexpr Clock::Duration firstPause = std::chrono::seconds(4), longestPause = std::chrono::minutes(1);
+    // The fourth look comes soon after the minute in which a lost request may still arrive.
+    static constexpr Clock::Duration firstPause = std::chrono::seconds(5), longestPause = std::chrono::minutes(1);
 };
 
 } // namespace parcelory
