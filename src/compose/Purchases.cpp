@@ -173,14 +173,9 @@ Task<> Purchases::resume()
 {
     auto reading = onPool([&journal = m_app.journal] { return journal.openPurchases(); });
     const QList<OpenPurchase> open = co_await reading;
-    for (const OpenPurchase &purchase : open) {
-        if (purchase.askedAt.daysTo(m_app.platform.clock.now()) > mostDays) {
-            co_await giveUp(purchase);
-            continue;
-        }
+    for (const OpenPurchase &purchase : open)
         replaceQuestion(purchase.id,
                         PurchaseQuestion{purchase, u"Asking the carrier…"_s, false, m_app.platform.clock.now()});
-    }
     co_await checkAgain();
     if (const QString damage = m_app.journal.damage(); !damage.isEmpty()) {
         m_app.errors.record(u"Purchase Journal"_s, AppError(damage), Popup::no);
@@ -196,6 +191,7 @@ Task<> Purchases::giveUp(OpenPurchase purchase)
             titleOf(purchase.record), purchase.askedAt.toLocalTime().toString(u"MMM d, yyyy"_s), purchase.rateId)),
         Popup::no);
     co_await close(purchase.id);
+    replaceQuestion(purchase.id, std::nullopt);
 }
 
 Task<> Purchases::checkAgain()
@@ -217,7 +213,10 @@ Task<> Purchases::askAbout(PurchaseQuestion question)
     const Answer answer = co_await ask(purchase, question.since);
     switch (answer.verdict) {
     case Verdict::unknown:
-        replaceQuestion(purchase.id, PurchaseQuestion{purchase, answer.text, answer.isAnswered, question.since});
+        if (answer.isAnswered && purchase.askedAt.daysTo(m_app.platform.clock.now()) > mostDays)
+            co_await giveUp(purchase);
+        else
+            replaceQuestion(purchase.id, PurchaseQuestion{purchase, answer.text, answer.isAnswered, question.since});
         break;
     case Verdict::bought:
         co_await finish(question, answer.transaction);

@@ -204,6 +204,21 @@ TEST_F(PurchasesTest, ASecondParcelForTheSamePersonIsNotTakenForTheOneThatWasFou
     EXPECT_TRUE(prompts.questions.last().text.contains(u"It was refunded"_s));
 }
 
+TEST_F(PurchasesTest, AQuestionThatNobodyCanAnswerEndsInTheErrorLogAfterAMonth)
+{
+    rate();
+    carrier.setScenario({.dropConnection = true});
+    press();
+    useToken(PracticeCarrier::liveToken);
+    for (const auto &[days, open] : {std::pair{30, 1}, std::pair{1, 0}}) {
+        clock.start = clock.start.addDays(days);
+        restart();
+        EXPECT_EQ(purchases().questions.value().size(), open);
+        EXPECT_EQ(app->journal.openPurchases().size(), open);
+    }
+    EXPECT_TRUE(errors->entries().first().detail.startsWith(u"It was never learned whether this label was bought: "_s));
+}
+
 TEST_F(PurchasesTest, NothingIsBoughtWithoutAJournal)
 {
     rate();
