@@ -23,13 +23,13 @@ QString readyText(qsizetype labels)
            u" — hand one printed copy to the carrier."_s;
 }
 
-/// True when the carrier made it after `form` was asked for, and of these labels.
+/// True when the carrier made it after `form` was asked for, and of these labels. One that failed is nobody's form.
 bool canBe(const ShippoManifest &manifest, const ScanForm &form)
 {
     const std::optional<QDateTime> created = parseIso(manifest.objectCreated.value_or(QString()));
     const QList<QString> named = manifest.transactions.value_or(QList<QString>());
     const auto isOurs = [&form](const QString &transaction) { return form.transactions.contains(transaction); };
-    return created && *created >= form.askedAt.addSecs(-clockSkew) &&
+    return manifest.status != u"ERROR" && created && *created >= form.askedAt.addSecs(-clockSkew) &&
            (named.isEmpty() || std::ranges::any_of(named, isOurs));
 }
 

@@ -177,9 +177,9 @@ Task<> Purchases::resume()
         replaceQuestion(purchase.id,
                         PurchaseQuestion{purchase, u"Asking the carrier…"_s, false, m_app.platform.clock.now()});
     co_await checkAgain();
-    if (const QString damage = m_app.journal.damage(); !damage.isEmpty()) {
-        m_app.errors.record(u"Purchase Journal"_s, AppError(damage), Popup::no);
-        co_await m_app.platform.prompts.alert(u"Purchase Journal"_s, damage);
+    if (const QString trouble = m_app.journal.trouble(); !trouble.isEmpty()) {
+        m_app.errors.record(u"Purchase Journal"_s, AppError(trouble), Popup::no);
+        co_await m_app.platform.prompts.alert(u"Purchase Journal"_s, trouble);
     }
 }
 

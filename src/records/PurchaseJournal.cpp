@@ -103,14 +103,24 @@ PurchaseJournal::Opening PurchaseJournal::open()
     return check.step() && check.text(0) == u"ok" ? Opening::done : Opening::damaged;
 }
 
-void PurchaseJournal::refuse() const
+QString PurchaseJournal::failure() const
 {
     const QString reason = m_db ? m_db->lastError() : m_obstacle;
-    throw AppError(u"The purchase journal %1 could not be written — %2. Nothing was asked of the carrier."_s.arg(
+    return u"The purchase journal %1 could not be written — %2."_s.arg(
         m_path,
         reason == u"database is locked"
             ? u"another Parcelory is running, or was when this one was started: quit this one and start it again"_s
-            : reason));
+            : reason);
+}
+
+QString PurchaseJournal::trouble() const
+{
+    return m_db ? m_damage : failure() + u" Until then no label can be bought here."_s;
+}
+
+void PurchaseJournal::refuse() const
+{
+    throw AppError(failure() + u" Nothing was asked of the carrier."_s);
 }
 
 /// The caller holds the lock.

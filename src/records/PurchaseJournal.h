@@ -40,8 +40,9 @@ class PurchaseJournal {
 public:
     /// Opens or creates the journal in `folder`. A damaged file is kept under another name and a new one begun.
     explicit PurchaseJournal(const QDir &folder);
-    /// What the clerk has to know of a damaged file that was set aside; empty without one.
-    const QString &damage() const { return m_damage; }
+    /// What the clerk has to know at the start: that a damaged file was set aside, or why nothing can be bought;
+    /// empty when all is well.
+    QString trouble() const;
 
     /// Writes down that `purchase` is about to be asked for and gives its id. Throws AppError when that is not on the
     /// disk: then nothing may be bought.
@@ -63,6 +64,7 @@ private:
     enum class Opening { done, damaged, refused };
     Opening open();
     bool run(Statement &statement);
+    QString failure() const;
     [[noreturn]] void refuse() const;
 
     QString m_path;

@@ -233,6 +233,8 @@ TEST_F(PurchasesTest, NothingIsBoughtWithoutAJournal)
     EXPECT_TRUE(other.banner.value()->text.contains(u"another Parcelory is running"_s))
         << other.banner.value()->text.toStdString();
     EXPECT_TRUE(sent("/transactions/").isEmpty());
+    run(other.purchases.resume());
+    EXPECT_TRUE(prompts.alerts.last().second.contains(u"no label can be bought here"_s)) << "it is told at the start";
 }
 
 TEST_F(PurchasesTest, ADamagedJournalIsKeptAndANewOneBegun)
