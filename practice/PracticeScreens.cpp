@@ -205,6 +205,7 @@ Task<> Gallery::drawInvoice()
     static_cast<QDialog *>(QApplication::activeModalWidget())->accept();
     co_await until([this] { return !label().rates.value().isEmpty(); }); // it is checked, weighed and rated by itself
     co_await save(u"new-label-invoice"_s);
+    app().scannedInvoice = std::nullopt; // it has its label already, and the others of its number are first ones
     label().clearDraft();
     label().mailpiece = BuiltinMailpiece::package;
     for (QAbstractButton *button : m_program.window().findChildren<QAbstractButton *>()) {
@@ -335,7 +336,6 @@ Task<> Gallery::drawAbroad()
 
 Task<> Gallery::drawBuying()
 {
-    app().scannedInvoice = std::nullopt; // it has its label already
     compose(practiceRecipient());
     co_await label().validate();
     co_await label().buyAndPrint();

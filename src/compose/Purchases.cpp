@@ -254,12 +254,15 @@ Task<> Purchases::finish(PurchaseQuestion question, std::optional<ShippoTransact
     replaceQuestion(purchase.id, std::nullopt);
     const QString whereabouts =
         purchase.printed ? u", and its label went to the printer"_s : u"; its label may not be printed yet"_s;
+    const QString papers = record.isIntl
+                               ? u" Look whether its customs papers came out: Customs Docs in the log prints them."_s
+                               : QString();
     settle({.recipient = purchase.recipient,
             .record = record,
             .isBought = true,
             .isPrinted = purchase.printed,
-            .text = u"%1 was bought %2. It is in the mailing log%3."_s.arg(
-                titleOf(record), record.createdAt.toLocalTime().toString(u"MMM d, h:mm AP"_s), whereabouts)});
+            .text = u"%1 was bought %2. It is in the mailing log%3.%4"_s.arg(
+                titleOf(record), record.createdAt.toLocalTime().toString(u"MMM d, h:mm AP"_s), whereabouts, papers)});
 }
 
 /// A document that does not come now is downloaded when it is printed.

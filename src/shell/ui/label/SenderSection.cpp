@@ -29,8 +29,10 @@ void SenderSection::refresh()
     const QSignalBlocker quiet(m_profile);
     const std::optional<SenderProfile> current = m_screen.sender();
     m_profile->clear();
-    for (const SenderProfile &profile : m_app.senders.profiles.value())
-        m_profile->addItem(profile.name, profile.id);
+    for (const SenderProfile &profile : m_app.senders.profiles.value()) {
+        const QString name = profile.name.trimmed();
+        m_profile->addItem(name.isEmpty() ? u"Unnamed — "_s + profile.address.oneLine() : name, profile.id);
+    }
     m_profile->setCurrentIndex(current ? m_profile->findData(current->id) : -1);
     m_address->setFullText(current ? current->address.oneLine() : QString());
     const QString hint = m_screen.senderHint();
