@@ -10,12 +10,6 @@ namespace {
 constexpr qint64 refundSyncPause = 60; ///< seconds
 constexpr int refundsPerSync = 50;
 
-AppError refusal(const ShipmentRecord &record)
-{
-    return AppError(
-        u"The carrier has refused the refund of %1's label (%2)."_s.arg(record.recipientName(), record.tracking));
-}
-
 AppError neverAsked(const ShipmentRecord &record)
 {
     return AppError(
@@ -126,7 +120,7 @@ Task<bool> AppState::storeRefund(ShipmentRecord record, Refund refund)
     if (shown == RefundState::failed) // the error log has an entry of it
         co_return true;
     if (refund == Refund::rejected)
-        errors.record(u"Refund"_s, refusal(record), Popup::no);
+        errors.record(u"Refund"_s, AppError(refundRefusal(record)), Popup::no);
     else if (refund == Refund::none)
         errors.record(u"Refund"_s, neverAsked(record), Popup::no);
     co_return true;

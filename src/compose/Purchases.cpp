@@ -37,8 +37,7 @@ Purchases::~Purchases()
 
 QString Purchases::titleOf(const ShipmentRecord &record)
 {
-    return u"%1 %2 to %3, $%4"_s.arg(record.carrier, record.service, record.recipient.section(u',', 0, 0),
-                                     fixed(record.postage, 2));
+    return u"%1 %2 to %3, $%4"_s.arg(record.carrier, record.service, record.recipientName(), fixed(record.postage, 2));
 }
 
 QString Purchases::notLogged(const ShipmentRecord &record)

@@ -114,4 +114,15 @@ private:
     int m_lastResult = 0;
 };
 
+/// Runs one statement that gives no rows, with these values for its parameters; true when it was carried out.
+template <class... Values>
+bool execute(const Database &db, const QByteArray &sql, const Values &...values)
+{
+    Statement statement(db, sql);
+    int parameter = 0;
+    if (statement.isPrepared())
+        (statement.bind(++parameter, values), ...);
+    return statement.execute();
+}
+
 } // namespace parcelory

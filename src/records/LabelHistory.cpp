@@ -25,25 +25,17 @@ constexpr auto schema = "CREATE TABLE IF NOT EXISTS label_reprints (\n"
 bool LabelHistory::addReprint(qint64 shipment, const QDateTime &when)
 {
     return m_log.change([&](Database &db) {
-        if (!db.exec(schema))
-            return false;
-        Statement insert(db, "INSERT INTO label_reprints (shipment_id, printed_at) VALUES (?, ?)");
-        insert.bind(1, shipment);
-        insert.bind(2, secondsOf(when));
-        return insert.execute();
+        return db.exec(schema) && execute(db, "INSERT INTO label_reprints (shipment_id, printed_at) VALUES (?, ?)",
+                                          shipment, secondsOf(when));
     });
 }
 
 bool LabelHistory::setTracked(qint64 shipment, const QString &word, const QDateTime &when)
 {
     return m_log.change([&](Database &db) {
-        if (!db.exec(schema))
-            return false;
-        Statement insert(db, "INSERT OR REPLACE INTO label_tracking (shipment_id, word, heard_at) VALUES (?, ?, ?)");
-        insert.bind(1, shipment);
-        insert.bind(2, word);
-        insert.bind(3, secondsOf(when));
-        return insert.execute();
+        return db.exec(schema) &&
+               execute(db, "INSERT OR REPLACE INTO label_tracking (shipment_id, word, heard_at) VALUES (?, ?, ?)",
+                       shipment, word, secondsOf(when));
     });
 }
 

@@ -138,10 +138,7 @@ Task<> MailingLogScreen::requestRefund(ShipmentRecord record)
         outcome = word == u"SUCCESS" ? u"Refunded."_s
                                      : u"Refund "_s + (word.isEmpty() ? u"requested"_s : word.toLower()) + approval;
         if (word == u"ERROR") // the status points to the error log
-            m_app.errors.record(u"Refund"_s,
-                                AppError(u"The carrier has refused the refund of %1's label (%2)."_s.arg(
-                                    record.recipientName(), record.tracking)),
-                                Popup::no);
+            m_app.errors.record(u"Refund"_s, AppError(refundRefusal(record)), Popup::no);
     } catch (const AppError &error) {
         outcome = error.description();
         m_app.errors.record(u"Refund"_s, error, Popup::yes);

@@ -1,11 +1,14 @@
 #include "records/PurchaseJournal.h"
 
 #include "core/Json.h"
+#include "records/ShipmentLogRows.h"
 
 #include <QFile>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;
+using ShipmentLogRows::secondsOf;
+using ShipmentLogRows::timeOf;
 
 namespace {
 
@@ -37,16 +40,6 @@ QString pathIn(const QDir &folder)
 {
     folder.mkpath(u"."_s);
     return folder.filePath(u"purchase_journal.sqlite"_s);
-}
-
-double secondsOf(const QDateTime &time)
-{
-    return double(time.toMSecsSinceEpoch()) / 1000;
-}
-
-QDateTime timeOf(double seconds)
-{
-    return QDateTime::fromMSecsSinceEpoch(qRound64(seconds * 1000));
 }
 
 template <class Record>
@@ -124,29 +117,25 @@ void PurchaseJournal::refuse() const
 }
 
 /// The caller holds the lock.
-bool PurchaseJournal::run(Statement &statement)
+template <class... Values>
+bool PurchaseJournal::run(const QByteArray &sql, const Values &...values)
 {
-    if (statement.execute())
-        return true;
-    qWarning("Parcelory SQL error: %s", qPrintable(m_db->lastError()));
-    return false;
+    if (!m_db)
+        return false;
+    const bool done = execute(*m_db, sql, values...);
+    if (!done)
+        qWarning("Parcelory SQL error: %s", qPrintable(m_db->lastError()));
+    return done;
 }
 
 qint64 PurchaseJournal::begin(const OpenPurchase &purchase)
 {
     const std::lock_guard turn(m_access);
-    if (!m_db)
-        refuse();
-    Statement insert(*m_db, "INSERT INTO purchases (asked_at, rate_id, key_name, recipient, keep_recipient, shipment, "
-                            "customs_pdf) VALUES (?, ?, ?, ?, ?, ?, ?)");
-    insert.bind(1, secondsOf(purchase.askedAt));
-    insert.bind(2, purchase.rateId);
-    insert.bind(3, purchase.keyName);
-    insert.bind(4, jsonText(purchase.recipient));
-    insert.bind(5, purchase.keepRecipient);
-    insert.bind(6, jsonText(purchase.record));
-    insert.bind(7, purchase.record.customsPDF);
-    if (!run(insert))
+    const bool begun = run("INSERT INTO purchases (asked_at, rate_id, key_name, recipient, keep_recipient, shipment, "
+                           "customs_pdf) VALUES (?, ?, ?, ?, ?, ?, ?)",
+                           secondsOf(purchase.askedAt), purchase.rateId, purchase.keyName, jsonText(purchase.recipient),
+                           purchase.keepRecipient, jsonText(purchase.record), purchase.record.customsPDF);
+    if (!begun)
         refuse();
     return m_db->lastInsertedId();
 }
@@ -154,34 +143,20 @@ qint64 PurchaseJournal::begin(const OpenPurchase &purchase)
 bool PurchaseJournal::update(qint64 id, const ShipmentRecord &record)
 {
     const std::lock_guard turn(m_access);
-    if (!m_db)
-        return false;
-    Statement change(*m_db, "UPDATE purchases SET shipment = ?, label = ?, customs_pdf = ? WHERE id = ?");
-    change.bind(1, jsonText(record));
-    change.bind(2, record.zpl);
-    change.bind(3, record.customsPDF);
-    change.bind(4, id);
-    return run(change);
+    return run("UPDATE purchases SET shipment = ?, label = ?, customs_pdf = ? WHERE id = ?", jsonText(record),
+               record.zpl, record.customsPDF, id);
 }
 
 bool PurchaseJournal::markPrinted(qint64 id)
 {
     const std::lock_guard turn(m_access);
-    if (!m_db)
-        return false;
-    Statement change(*m_db, "UPDATE purchases SET printed = 1 WHERE id = ?");
-    change.bind(1, id);
-    return run(change);
+    return run("UPDATE purchases SET printed = 1 WHERE id = ?", id);
 }
 
 bool PurchaseJournal::close(qint64 id)
 {
     const std::lock_guard turn(m_access);
-    if (!m_db)
-        return false;
-    Statement removal(*m_db, "DELETE FROM purchases WHERE id = ?");
-    removal.bind(1, id);
-    return run(removal);
+    return run("DELETE FROM purchases WHERE id = ?", id);
 }
 
 QList<OpenPurchase> PurchaseJournal::openPurchases() const
@@ -205,24 +180,15 @@ QList<OpenPurchase> PurchaseJournal::openPurchases() const
 void PurchaseJournal::beginRefund(const OpenRefund &refund)
 {
     const std::lock_guard turn(m_access);
-    if (!m_db)
-        refuse();
-    Statement insert(*m_db, "INSERT OR REPLACE INTO refunds (transaction_id, shipment_id, asked_at) VALUES (?, ?, ?)");
-    insert.bind(1, refund.transactionId);
-    insert.bind(2, refund.shipmentId);
-    insert.bind(3, secondsOf(refund.askedAt));
-    if (!run(insert))
+    if (!run("INSERT OR REPLACE INTO refunds (transaction_id, shipment_id, asked_at) VALUES (?, ?, ?)",
+             refund.transactionId, refund.shipmentId, secondsOf(refund.askedAt)))
         refuse();
 }
 
 bool PurchaseJournal::closeRefund(const QString &transactionId)
 {
     const std::lock_guard turn(m_access);
-    if (!m_db)
-        return false;
-    Statement removal(*m_db, "DELETE FROM refunds WHERE transaction_id = ?");
-    removal.bind(1, transactionId);
-    return run(removal);
+    return run("DELETE FROM refunds WHERE transaction_id = ?", transactionId);
 }
 
 QList<OpenRefund> PurchaseJournal::openRefunds() const

@@ -63,7 +63,8 @@ public:
 private:
     enum class Opening { done, damaged, refused };
     Opening open();
-    bool run(Statement &statement);
+    template <class... Values>
+    bool run(const QByteArray &sql, const Values &...values);
     QString failure() const;
     [[noreturn]] void refuse() const;
 

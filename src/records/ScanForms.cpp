@@ -33,16 +33,6 @@ constexpr auto schema = "CREATE TABLE IF NOT EXISTS scan_forms (\n"
 /// The earliest purchase of a label that a form can name: the carrier takes them a week ahead.
 constexpr int longestWait = 9; ///< days
 
-template <class... Values>
-bool execute(Database &db, const char *sql, const Values &...values)
-{
-    Statement statement(db, sql);
-    int parameter = 0;
-    if (statement.isPrepared())
-        (statement.bind(++parameter, values), ...);
-    return statement.execute();
-}
-
 bool putLabels(Database &db, qint64 form, const QStringList &transactions)
 {
     if (!execute(db, "DELETE FROM scan_form_labels WHERE form_id = ?", form))

@@ -59,6 +59,11 @@ QString friendlyStatus(const QString &status)
     return info ? info->display : status;
 }
 
+QString refundRefusal(const ShipmentRecord &record)
+{
+    return u"The carrier has refused the refund of %1's label (%2)."_s.arg(record.recipientName(), record.tracking);
+}
+
 QString momentText(const QDateTime &time)
 {
     return QLocale::c().toString(time.toLocalTime(), u"MM/dd/yy, h:mm AP"_s);

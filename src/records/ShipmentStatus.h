@@ -1,5 +1,7 @@
 #pragma once
 
+#include "records/ShipmentRecord.h"
+
 #include <QDateTime>
 #include <QString>
 
@@ -15,6 +17,9 @@ QString refundBadge(const QString &status);
 
 /// A record's status in the clerk's words. A word that an imported log brought along is shown as it is.
 QString friendlyStatus(const QString &status);
+
+/// What the error log says of a label whose refund the carrier has refused.
+QString refundRefusal(const ShipmentRecord &record);
 
 /// A point in time as the log shows it: "11/20/26, 2:41 PM".
 QString momentText(const QDateTime &time);
