@@ -1,7 +1,7 @@
 #pragma once
 
 #include "core/AppError.h"
-#include "shell/platform/SystemApplication.h"
+#include "platform/SystemApplication.h"
 
 namespace parcelory {
 

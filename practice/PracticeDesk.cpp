@@ -3,8 +3,8 @@
 #include "backoffice/SavedCredentials.h"
 #include "carrier/ShippoKeys.h"
 #include "core/AppError.h"
-#include "shell/SettingsKeys.h"
-#include "shell/platform/SystemPlatform.h"
+#include "core/SettingsKeys.h"
+#include "platform/SystemPlatform.h"
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

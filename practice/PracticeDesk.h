@@ -7,10 +7,10 @@
 #include "practice/PracticeScale.h"
 #include "practice/backoffice/PracticeBackOffice.h"
 #include "practice/carrier/PracticeCarrier.h"
-#include "shell/platform/NetworkTransport.h"
-#include "shell/platform/SettingsPreferences.h"
-#include "shell/platform/SystemClock.h"
-#include "shell/platform/WebEngineSession.h"
+#include "platform/NetworkTransport.h"
+#include "platform/SettingsPreferences.h"
+#include "platform/SystemClock.h"
+#include "platform/WebEngineSession.h"
 
 namespace parcelory {
 

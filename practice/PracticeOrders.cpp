@@ -1,7 +1,7 @@
 #include "practice/PracticeOrders.h"
 
-#include "compose/LabelScreen.h"
-#include "core/AppState.h"
+#include "app/label/LabelScreen.h"
+#include "app/AppState.h"
 #include "core/Json.h"
 
 #include <QFile>

@@ -2,7 +2,7 @@
 
 #include "core/ports/Desktop.h"
 #include "core/ports/ProcessRunner.h"
-#include "shell/platform/SystemDesktop.h"
+#include "platform/SystemDesktop.h"
 
 #include <QDir>
 

@@ -1,12 +1,12 @@
 #include "practice/PracticeRun.h"
 
-#include "compose/LabelScreen.h"
-#include "core/AppState.h"
+#include "app/label/LabelScreen.h"
+#include "app/AppState.h"
 #include "practice/PracticeDesk.h"
 #include "practice/PracticeOrders.h"
-#include "records/SaveFile.h"
+#include "app/logs/SaveFile.h"
 #include "shell/ErrorLog.h"
-#include "shell/platform/ConsolePrompts.h"
+#include "platform/ConsolePrompts.h"
 
 #include <QCoreApplication>
 

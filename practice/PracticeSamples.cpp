@@ -1,7 +1,7 @@
 #include "practice/PracticeSamples.h"
 
 #include "compose/Weight.h"
-#include "core/AppState.h"
+#include "app/AppState.h"
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

@@ -3,13 +3,13 @@
 #include "core/AppError.h"
 #include "practice/PracticeDesk.h"
 #include "practice/PracticeSamples.h"
-#include "shell/ui/Program.h"
-#include "shell/ui/WindowKeyboard.h"
-#include "shell/ui/label/LabelView.h"
-#include "shell/ui/log/MailingLogView.h"
-#include "shell/ui/settings/SettingsView.h"
-#include "shell/ui/sidebar/AddressBookView.h"
-#include "shell/ui/theme/Theme.h"
+#include "ui/Program.h"
+#include "ui/WindowKeyboard.h"
+#include "ui/label/LabelView.h"
+#include "ui/log/MailingLogView.h"
+#include "ui/settings/SettingsView.h"
+#include "ui/sidebar/AddressBookView.h"
+#include "ui/theme/Theme.h"
 
 #include <QAbstractButton>
 #include <QApplication>

@@ -3,8 +3,8 @@
 #include "practice/PracticeDesk.h"
 #include "practice/PracticeMenu.h"
 #include "practice/PracticeSamples.h"
-#include "shell/ui/Program.h"
-#include "shell/ui/WindowKeyboard.h"
+#include "ui/Program.h"
+#include "ui/WindowKeyboard.h"
 
 #include <QApplication>
 #include <QMenuBar>

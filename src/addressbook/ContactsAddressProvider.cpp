@@ -1,6 +1,7 @@
 #include "addressbook/ContactsAddressProvider.h"
 
 #include "addressbook/BlockingWork.h"
+#include "addressbook/PostalContacts.h"
 #include "core/Json.h"
 
 #include <algorithm>

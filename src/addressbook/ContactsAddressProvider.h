@@ -4,6 +4,7 @@
 #include "core/JsonFile.h"
 #include "core/Task.h"
 #include "core/ports/Clock.h"
+#include "core/PostalContact.h"
 #include "core/ports/ContactsSource.h"
 
 #include <QDir>

@@ -1,6 +1,6 @@
 #include "addressbook/VCard.h"
 
-#include "addressbook/PlatformContact.h"
+#include "addressbook/PostalContacts.h"
 #include "addressbook/VCardLine.h"
 #include "core/CountryCode.h"
 #include "core/Text.h"

@@ -2,7 +2,7 @@
 
 // What read-invoice.js answers, under its own keys. Only `fields` must be there.
 
-#include "core/Field.h"
+#include "core/RecordField.h"
 
 #include <QList>
 #include <QString>

@@ -1,6 +1,6 @@
 #include "backoffice/SavedCredentials.h"
 
-#include "shell/SettingsKeys.h"
+#include "core/SettingsKeys.h"
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

@@ -24,6 +24,7 @@ public:
     static ShippoError noToken();
 
     Kind kind() const { return m_kind; }
+    bool isInputError() const override { return m_kind == Kind::validation; }
     int status() const { return m_status; } ///< HTTP status of an http error or a refusal, else 0
 
 private:

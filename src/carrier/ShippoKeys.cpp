@@ -1,6 +1,6 @@
 #include "carrier/ShippoKeys.h"
 
-#include "shell/SettingsKeys.h"
+#include "core/SettingsKeys.h"
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

@@ -12,6 +12,8 @@ public:
     explicit AppError(QString description);
 
     const QString &description() const { return m_description; }
+    /// True when the clerk's own input was rejected: the screen that took it shows why.
+    virtual bool isInputError() const { return false; }
     const char *what() const noexcept override { return m_utf8.constData(); }
 
 private:

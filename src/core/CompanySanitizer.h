@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/Field.h"
+#include "core/RecordField.h"
 
 #include <QList>
 #include <QString>

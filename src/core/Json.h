@@ -4,7 +4,7 @@
 // nlohmann/json.hpp costs a second of compile time per file.
 
 #include "core/AppError.h"
-#include "core/Field.h"
+#include "core/RecordField.h"
 
 #include <nlohmann/json.hpp>
 

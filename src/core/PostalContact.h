@@ -1,7 +1,7 @@
 #pragma once
 
-#include "carrier/ShippoRecords.h"
-#include "core/Field.h"
+#include "core/ShippoAddress.h"
+#include "core/RecordField.h"
 
 #include <QString>
 #include <QUuid>

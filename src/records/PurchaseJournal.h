@@ -1,6 +1,6 @@
 #pragma once
 
-#include "carrier/ShippoRecords.h"
+#include "core/ShippoAddress.h"
 #include "core/Sqlite.h"
 #include "records/ShipmentRecord.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "carrier/ShippoRecords.h"
+#include "core/ShippoAddress.h"
 
 #include <QUuid>
 

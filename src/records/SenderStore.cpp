@@ -1,7 +1,7 @@
 #include "records/SenderStore.h"
 
 #include "core/Json.h"
-#include "shell/SettingsKeys.h"
+#include "core/SettingsKeys.h"
 
 #include <algorithm>
 

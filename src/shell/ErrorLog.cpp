@@ -1,6 +1,5 @@
 #include "shell/ErrorLog.h"
 
-#include "carrier/ShippoError.h"
 #include "core/Json.h"
 
 namespace parcelory {
@@ -12,8 +11,8 @@ ErrorLog *sharedInstance = nullptr;
 
 Popup allowed(Popup asked, const std::exception &error)
 {
-    const auto *shippo = dynamic_cast<const ShippoError *>(&error);
-    return shippo && shippo->kind() == ShippoError::Kind::validation ? Popup::no : asked;
+    const auto *appError = dynamic_cast<const AppError *>(&error);
+    return appError && appError->isInputError() ? Popup::no : asked;
 }
 
 } // namespace

@@ -1,7 +1,7 @@
 // Labels through a real print server. Everything here runs as on a desk whose language is German.
 
 #include "devices/LabelPrinter.h"
-#include "shell/platform/SystemProcesses.h"
+#include "platform/SystemProcesses.h"
 #include "support/FakePlatform.h"
 #include "support/Printing.h"
 

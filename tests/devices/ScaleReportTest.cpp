@@ -1,6 +1,6 @@
 #include "devices/USBScale.h"
 #include "practice/PracticeScale.h"
-#include "shell/platform/ReportInbox.h"
+#include "platform/ReportInbox.h"
 #include "support/FakePlatform.h"
 #include "support/Printing.h"
 

@@ -1,5 +1,5 @@
 #include "records/LabelGuard.h"
-#include "records/LogFile.h"
+#include "support/LogFile.h"
 
 namespace parcelory::test {
 using namespace Qt::StringLiterals;

@@ -1,4 +1,4 @@
-#include "records/LogFile.h"
+#include "support/LogFile.h"
 
 #include "core/AppError.h"
 #include "records/EndiciaFormat.h"

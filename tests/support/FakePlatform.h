@@ -3,7 +3,7 @@
 #include "core/AppError.h"
 #include "core/Platform.h"
 #include "practice/MemorySecrets.h"
-#include "shell/platform/NetworkTransport.h"
+#include "platform/NetworkTransport.h"
 #include "support/FakeClock.h"
 #include "support/FakeWebSession.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "compose/LabelScreen.h"
+#include "app/label/LabelScreen.h"
 #include "shell/ErrorLog.h"
 #include "support/CarrierDesk.h"
 

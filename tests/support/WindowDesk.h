@@ -1,11 +1,11 @@
 #pragma once
 
-#include "shell/ui/Program.h"
-#include "shell/ui/WindowKeyboard.h"
-#include "shell/ui/label/LabelView.h"
-#include "shell/ui/parts/Button.h"
-#include "shell/ui/parts/Dialog.h"
-#include "shell/ui/parts/Field.h"
+#include "ui/Program.h"
+#include "ui/WindowKeyboard.h"
+#include "ui/label/LabelView.h"
+#include "ui/parts/Button.h"
+#include "ui/parts/Dialog.h"
+#include "ui/parts/Field.h"
 #include "support/CarrierDesk.h"
 #include "support/Printing.h"
 

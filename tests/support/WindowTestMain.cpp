@@ -1,4 +1,4 @@
-#include "shell/ui/theme/Theme.h"
+#include "ui/theme/Theme.h"
 #include "support/Printing.h"
 
 #include <gmock/gmock.h>

@@ -1,10 +1,33 @@
 #pragma once
 
-#include "addressbook/PlatformContact.h"
+#include <QList>
+#include <QString>
+#include <QStringList>
 
 #include <functional>
 
 namespace parcelory {
+
+/// One of the places where somebody of an address book gets mail.
+struct PlatformAddress {
+    QString label;  ///< as shown: "home", "work" or the user's own word
+    QString street; ///< one line or more, parted by line feeds
+    QString city;
+    QString state;
+    QString zip;
+    QString isoCountry; ///< two letters, of any case
+};
+
+/// A person or company as address books keep them: the system's contacts and vCard files.
+struct PlatformContact {
+    QString given;
+    QString family;
+    QString fullName; ///< for whoever has neither of the two
+    QString organisation;
+    QList<PlatformAddress> addresses;
+    QStringList phones;
+    QStringList emails;
+};
 
 /// The contacts of this machine's user, through the system's two interfaces for them. Every call may block for long and
 /// comes from any thread; those that read throw AppError with the system's text.

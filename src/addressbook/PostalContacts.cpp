@@ -1,0 +1,42 @@
+#include "addressbook/PostalContacts.h"
+
+#include "core/Text.h"
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QString nameOf(const PlatformContact &person)
+{
+    const QString name = joinPresent({person.given, person.family}, u" "_s);
+    if (!name.isEmpty())
+        return name;
+    // Companies repeat themselves as their full name. On the label they stand in the company line only, where words
+    // that tell of valuables are shortened.
+    return person.fullName == person.organisation ? QString() : person.fullName;
+}
+
+} // namespace
+
+QList<PostalContact> postalContacts(const PlatformContact &person)
+{
+    QList<PostalContact> contacts;
+    for (const PlatformAddress &address : person.addresses) {
+        const QStringList lines = address.street.split(u'\n');
+        contacts.append({.name = nameOf(person),
+                         .company = person.organisation,
+                         .street1 = lines.first(),
+                         .street2 = lines.sliced(1).join(u' '),
+                         .city = address.city,
+                         .state = address.state,
+                         .zip = address.zip,
+                         .country = address.isoCountry.toUpper(),
+                         .label = address.label,
+                         .phone = person.phones.value(0),
+                         .email = person.emails.value(0)});
+    }
+    return contacts;
+}
+
+} // namespace parcelory

@@ -1,0 +1,152 @@
+#include "app/addressbook/AddressBook.h"
+
+#include <algorithm>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// By which a recipient is known again, even after the carrier has rewritten street and postal code: house number and
+/// the street's first word, or the whole line where there is no such number, as with a post office box.
+QString personKey(const QString &name, const QString &street1, const QString &zip)
+{
+    const QString street = street1.simplified();
+    const bool hasNumber = !street.isEmpty() && street.front().isDigit();
+    const QString place = hasNumber ? street.section(u' ', 0, 1) : street;
+    return (name + u'|' + place + u'|' + zip.section(u'-', 0, 0)).toLower();
+}
+
+/// What stands there already where the new value says nothing.
+QString orKnown(const QString &value, const QString &known)
+{
+    return value.trimmed().isEmpty() ? known : value;
+}
+
+} // namespace
+
+AddressBook::AddressBook(AppState &app) : m_app(app)
+{
+    connect(&app, &AppState::recipientToKeep, this,
+            [this](const ShippoAddress &recipient) { spawn([=, this] { return keep(recipient, true); }); });
+    spawn([this] { return reload(); });
+}
+
+Task<> AddressBook::load()
+{
+    struct Book {
+        QList<PostalContact> contacts;
+        AddressFilter filter;
+    };
+    auto reading = onPool([&store = m_app.addressBook] {
+        Book book{store.rows(QString()), {}};
+        book.filter = AddressFilter(book.contacts);
+        return book;
+    });
+    const int number = ++m_loads;
+    Book book = co_await reading;
+    if (number != m_loads) // a later look at the book is on its way, or has been here
+        co_return;
+    m_contacts = std::move(book.contacts);
+    m_filter = std::move(book.filter);
+    emit contactsChanged();
+}
+
+Task<> AddressBook::reload()
+{
+    co_await load();
+    status = QString::number(m_contacts.size()) + u" addresses"_s;
+}
+
+/// Writes on the pool and reads the book again. False, with the reason as status, when it was not written.
+Task<bool> AddressBook::write(Write change)
+{
+    auto writing =
+        onPool([&store = m_app.addressBook, change] { return change(store) ? QString() : store.lastError(); });
+    const QString reason = co_await writing;
+    if (!reason.isEmpty()) {
+        status = u"The address book could not be written — "_s + reason + u'.';
+        co_return false;
+    }
+    deleted = std::nullopt;
+    co_await load();
+    co_return true;
+}
+
+Task<bool> AddressBook::save(PostalContact contact)
+{
+    const bool written = co_await write([contact](LocalAddressStore &store) { return store.upsert(contact); });
+    if (written)
+        status = u"Saved "_s + contact.name;
+    co_return written;
+}
+
+Task<> AddressBook::remove(PostalContact contact)
+{
+    const bool written = co_await write([id = contact.id](LocalAddressStore &store) { return store.remove(id); });
+    if (!written)
+        co_return;
+    deleted = contact;
+    status = u"Address deleted."_s;
+}
+
+Task<> AddressBook::undoRemove()
+{
+    const std::optional<PostalContact> contact = deleted;
+    if (contact)
+        co_await save(*contact);
+}
+
+Task<> AddressBook::keep(ShippoAddress recipient, bool quietly)
+{
+    PostalContact contact = PostalContact::of(recipient);
+    if (m_loads == 0)
+        co_await load();
+    const QString key = personKey(contact.name, contact.street1, contact.zip);
+    const auto known = std::ranges::find_if(m_contacts, [&key](const PostalContact &entry) {
+        return personKey(entry.name, entry.street1, entry.zip) == key;
+    });
+    if (known != m_contacts.end()) {
+        contact.id = known->id;
+        contact.label = known->label;
+        contact.phone = orKnown(contact.phone, known->phone);
+        contact.email = orKnown(contact.email, known->email);
+        if (m_app.sanitizer.sanitize(known->company) == contact.company || contact.company.isEmpty())
+            contact.company = known->company; // only labels are discreet
+    }
+    const bool written = co_await write([contact](LocalAddressStore &store) { return store.upsert(contact); });
+    if (written && !quietly)
+        status = u"Recipient saved to the address book."_s;
+}
+
+AddressBookPane::AddressBookPane(AppState &app, AddressBook &book)
+    : m_app(app), m_book(book), m_queryWatch(query.addNotifier([this] { refilter(); }))
+{
+    connect(&book, &AddressBook::contactsChanged, this, &AddressBookPane::refilter);
+    refilter();
+}
+
+void AddressBookPane::refilter()
+{
+    m_filtered = m_book.filter().filtered(query);
+    if (!selected())
+        selection = std::nullopt;
+    emit filteredChanged();
+}
+
+std::optional<PostalContact> AddressBookPane::selected() const
+{
+    if (!selection.value())
+        return std::nullopt;
+    const QList<PostalContact> &all = m_book.contacts();
+    const auto found = std::ranges::find_if(m_filtered, [&](int at) { return all[at].id == selection.value(); });
+    return found == m_filtered.end() ? std::nullopt : std::optional(all[*found]);
+}
+
+void AddressBookPane::choose(const PostalContact &contact)
+{
+    m_app.fillRecipient(contact);
+    m_book.status = u"Filled label for "_s + contact.name;
+}
+
+} // namespace parcelory

@@ -1,0 +1,407 @@
+#include "carrier/PurchaseTag.h"
+#include "carrier/ShippoError.h"
+#include "app/label/LabelScreen.h"
+#include "compose/SecondLabel.h"
+#include "core/CountryCode.h"
+#include "core/Text.h"
+#include "app/purchase/LabelCheck.h"
+#include "app/purchase/Reprint.h"
+
+#include <QScopeGuard>
+
+#include <algorithm>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QString recipientLine(const ShippoAddress &to, bool international)
+{
+    const QString country = international ? CountryCode::alpha2(to.country) : QString();
+    return joinPresent({to.name, to.company, to.oneLine(), country}, u", "_s).simplified();
+}
+
+QString summaryOf(Carrier carrier, const ShippoAddress &to, const ShipmentRecord &record, const QString &amount)
+{
+    const QString place = trimBlanks(to.city + u' ' + to.state);
+    return joinPresent({carrierAndService(carrier, record.service), joinPresent({to.name, place}, u", "_s),
+                        u'$' + amount, record.tracking},
+                       u" · "_s);
+}
+
+/// True when the carrier may have sold a label although its answer did not say so.
+bool outcomeUnknown(const AppError &error)
+{
+    constexpr int timedOut = 408, conflict = 409; // the carrier's own words for "perhaps"
+    if (const auto *shippo = dynamic_cast<const ShippoError *>(&error))
+        return shippo->kind() == ShippoError::Kind::http || shippo->status() == timedOut ||
+               shippo->status() == conflict;
+    return !dynamic_cast<const NotSent *>(&error);
+}
+
+} // namespace
+
+LabelScreen::Purchase LabelScreen::preparePurchase(const ShippoRate &rate) const
+{
+    Purchase purchase{.carrier = carrier,
+                      .rate = rate,
+                      .from = senderForCarrier(),
+                      .edits = m_edits,
+                      .weighed = m_app.scale.generation(),
+                      .draft = {weightLb, weightOz, insuranceValue, reference, descriptionText, customs},
+                      .invoice = {},
+                      .entry = {.askedAt = m_app.platform.clock.now(),
+                                .rateId = rate.objectId,
+                                .keyName = m_app.keys.activeName(),
+                                .recipient = m_app.draftTo,
+                                .keepRecipient = keepRecipient,
+                                .record = {}}};
+    ShippoAddress &to = purchase.entry.recipient;
+    to.company = m_app.sanitizer.sanitize(to.company);
+
+    const QString service = rate.servicelevel.name.value_or(rate.servicelevel.token.value_or(QString()));
+    const QString insured = insuranceValue.value().trimmed();
+    const bool isInsured = decimalOrZero(insured) > 0;
+    const QString declared = isInternational() ? customs.value().value.trimmed() : QString();
+    QStringList services = {serviceOptionInfo(this->service).label};
+    if (isInternational())
+        services += u"Declared $"_s + declared;
+    if (isInsured)
+        services += u"Insurance $"_s + insured;
+
+    ShipmentRecord &record = purchase.entry.record;
+    record.createdAt = purchase.entry.askedAt;
+    record.carrier = carrierInfo(carrier).displayName;
+    record.service = service;
+    record.postage = decimalOrZero(rate.amount);
+    record.recipient = recipientLine(to, isInternational());
+    record.services = services.join(u", "_s);
+    record.weight = weightDisplay();
+    record.weightOz = totalPounds() * 16;
+    record.descriptionText = descriptionText.value().simplified();
+    record.reference = reference.value().simplified();
+    record.zip11 = to.zip;
+    record.declaredValue = isInternational() ? declared : isInsured ? insured : QString();
+    record.email = to.email;
+    record.isIntl = isInternational();
+    purchase.invoice = invoiceData(carrierAndService(carrier, service));
+    return purchase;
+}
+
+/// What still stands there of a parcel that turned out to be sold must not be sold again; another one for the same
+/// recipient, that the clerk has begun meanwhile, stays.
+void LabelScreen::takeSettled()
+{
+    const QList<SettledPurchase> &all = purchases.settled.value();
+    const bool isNews = all.size() > std::exchange(m_settledSeen, all.size());
+    if (busy || !isNews)
+        return;
+    const SettledPurchase latest = all.last();
+    if (!isSameRecipient(latest.recipient, m_app.draftTo))
+        return;
+    if (!latest.isBought)
+        banner = std::nullopt;
+    else if (latest.record.reference == reference.value().simplified())
+        clearDraft();
+}
+
+/// The warning has to stand beside the price before the clerk presses the button.
+void LabelScreen::watchForSecondLabel()
+{
+    if (!selectedRate())
+        return;
+    spawn([this, alive = QPointer(&m_lifetime)]() -> Task<> {
+        const int edits = m_edits;
+        const QString asked = reference;
+        const bool testMode = co_await hasTestKey();
+        if (!alive)
+            co_return;
+        const QString warning = co_await secondLabelWarning(testMode);
+        if (alive && edits == m_edits && asked == reference.value() && selectedRate())
+            warnOfSecondLabel(warning);
+    });
+}
+
+Task<bool> LabelScreen::hasTestKey()
+{
+    auto tokenRead = onPool([&keys = m_app.keys] { return keys.activeToken().value_or(QString()); });
+    const QString token = co_await tokenRead;
+    co_return ShippoKeys::isTest(token);
+}
+
+/// What the clerk has agreed to is one warning about one set of rates.
+void LabelScreen::warnOfSecondLabel(const QString &warning)
+{
+    secondLabelAgreed = secondLabelAgreed && warning == secondLabel.value();
+    secondLabel = warning;
+}
+
+Task<QString> LabelScreen::secondLabelWarning(bool testMode)
+{
+    const std::optional<PurchaseQuestion> question = purchases.questionAbout(m_app.draftTo);
+    SecondLabelFacts facts{.recipient = m_app.draftTo,
+                           .reference = reference.value().simplified(),
+                           .invoiceTracking = draftInvoice().value_or(DesklineInvoice{}).tracking,
+                           .lastOutcomeUnknown = question.has_value(),
+                           .now = m_app.platform.clock.now(),
+                           .earlier = {}};
+    auto looking = onPool([&log = m_app.log, reference = facts.reference, today = facts.now.date().startOfDay(),
+                           testMode] { return log.labelsLike(reference, today, testMode); });
+    facts.earlier = co_await looking;
+    co_return secondLabelReasons(facts).join(u'\n');
+}
+
+Task<> LabelScreen::buyAndPrint()
+{
+    const std::optional<ShippoRate> rate = selectedRate();
+    if (busy || !rate || isBuyClosed())
+        co_return;
+    busy = true; // in the same event as the press: a second press finds it set
+    buying = true;
+    m_purchaseComplete = false;
+    const auto done = qScopeGuard([this] {
+        buying = false;
+        busy = false;
+    });
+    banner = std::nullopt;
+    Purchase purchase = preparePurchase(*rate);
+    const bool testMode = co_await hasTestKey();
+    purchase.entry.record.testMode = testMode;
+    const QString warning = co_await secondLabelWarning(testMode);
+    warnOfSecondLabel(warning);
+    if (!warning.isEmpty() && !secondLabelAgreed) {
+        secondLabelAgreed = true;
+        co_return;
+    }
+    co_await buy(purchase);
+}
+
+Task<> LabelScreen::buy(Purchase purchase)
+{
+    OpenPurchase &entry = purchase.entry;
+    const QString tag = PurchaseTag::of(purchase.from, entry.recipient, purchase.carrier, entry.record.service).text();
+    try {
+        if (entry.record.isIntl && purchase.carrier == Carrier::usps)
+            entry.record.customsPDF = co_await drawInvoice(purchase.invoice); // only the draft knows what it says
+        entry.id = co_await purchases.begin(entry);
+    } catch (const AppError &error) {
+        fail(u"Buy Label"_s, error);
+        co_return;
+    }
+    std::optional<ShippoTransaction> bought;
+    QString doubt; // why it is not known whether the carrier has sold the label
+    try {
+        bought = co_await m_app.shippo.purchase(entry.rateId, u"ZPLII"_s, tag);
+    } catch (const AppError &error) {
+        if (outcomeUnknown(error))
+            doubt = error.description();
+        else
+            fail(u"Buy Label"_s, error);
+        if (const auto *unsettled = dynamic_cast<const UnsettledPurchase *>(&error))
+            entry.record.transactionID = unsettled->transactionId();
+    }
+    if (!bought && doubt.isEmpty()) {
+        co_await purchases.close(entry.id);
+        co_return;
+    }
+    if (!bought)
+        bought = co_await lookForLabel(entry, doubt);
+    if (bought)
+        co_await finishPurchase(purchase, *bought);
+}
+
+/// The parcel is still on the desk, so the carrier is asked a few times before the clerk is left with an open question.
+Task<std::optional<ShippoTransaction>> LabelScreen::lookForLabel(OpenPurchase entry, QString doubt)
+{
+    constexpr int looks = 3;
+    constexpr auto pause = std::chrono::seconds(2);
+    const QDateTime since = m_app.platform.clock.now(); // the answer may have been waited for longer than that
+    clearRates(); // buying again takes a new look at the prices, and so a moment's thought
+    warn(doubt + u" Asking the carrier whether the label was bought…"_s);
+    co_await purchases.keep(entry);
+    Purchases::Answer answer;
+    for (int look = 0; look < looks; ++look) {
+        if (look > 0)
+            co_await m_app.platform.clock.sleep(pause);
+        answer = co_await purchases.ask(entry, since);
+        if (answer.verdict == Purchases::Verdict::bought)
+            co_return answer.transaction;
+        if (answer.verdict == Purchases::Verdict::notBought) {
+            co_await purchases.close(entry.id);
+            fail(u"Buy Label"_s, AppError(doubt + u" The label was not bought."_s));
+            co_return std::nullopt;
+        }
+    }
+    purchases.leaveOpen(entry, answer);
+    const QString transaction = entry.record.transactionID;
+    fail(u"Buy Label"_s,
+         AppError(doubt +
+                  u" The label may have been bought all the same. Parcelory goes on asking the carrier and finishes it "
+                  "if so: "_s +
+                  joinPresent({entry.record.recipient, u"rate "_s + entry.rateId,
+                               transaction.isEmpty() ? QString() : u"transaction "_s + transaction},
+                              u", "_s) +
+                  u'.'));
+    co_return std::nullopt;
+}
+
+Task<> LabelScreen::finishPurchase(Purchase purchase, ShippoTransaction transaction)
+{
+    m_soldWeight = std::max(m_soldWeight, purchase.weighed);
+    OpenPurchase &entry = purchase.entry;
+    ShipmentRecord &record = entry.record;
+    record.createdAt = m_app.platform.clock.now();
+    Purchases::take(record, transaction);
+    co_await purchases.keep(entry);
+    if (record.labelURL.isEmpty()) {
+        const QString text = u"Purchase succeeded but no label URL was returned."_s;
+        clearRates();
+        warn(text);
+        purchases.leaveOpen(entry, {.text = text, .isAnswered = true});
+        m_app.errors.record(u"Buy Label"_s, AppError(text + u" Transaction "_s + transaction.objectId), Popup::yes);
+        co_return;
+    }
+
+    const Printed label = co_await fetchAndPrint(entry);
+    record.zpl = label.document;
+    entry.printed = label.done;
+    QString outcome = label.note;
+    bool papersDone = true;
+    if (record.isIntl) {
+        Printed papers;
+        if (purchase.carrier == Carrier::fedex)
+            papers = co_await printFedexInvoice(record.customsDocURL);
+        else
+            papers = co_await printInvoice(purchase.invoice, printInvoiceWithRates);
+        if (papers.document) // otherwise what was drawn before the purchase stays
+            record.customsPDF = papers.document;
+        if (!papers.note.isEmpty())
+            outcome += papers.done ? u' ' + papers.note : papers.note;
+        papersDone = papers.done;
+    }
+    if (std::exchange(entry.keepRecipient, false))
+        emit m_app.recipientToKeep(entry.recipient);
+    const bool logged = co_await purchases.enterIntoLog(entry);
+    m_purchaseComplete = label.done && papersDone && logged;
+    if (!logged) {
+        co_await purchases.keep(entry);
+        outcome += u" (the mailing log could not be written — note the tracking number "_s + record.tracking + u')';
+        purchases.leaveOpen(entry, {.text = Purchases::notLogged(record), .isAnswered = true});
+    }
+    showSold(purchase, outcome, logged);
+}
+
+void LabelScreen::showSold(const Purchase &purchase, const QString &outcome, bool logged)
+{
+    const ShippoAddress &to = purchase.entry.recipient;
+    const ShipmentRecord &record = purchase.entry.record;
+    m_app.lastShipmentSummary = summaryOf(purchase.carrier, to, record, purchase.rate.amount);
+    if (purchase.edits != m_edits) {
+        clearSold(purchase.draft);
+    } else { // the clerk has not begun the next parcel yet
+        clearDraft();
+        lastLabel =
+            LastLabel{joinPresent({to.name, trimBlanks(to.city + u' ' + to.state)}, u" · "_s), record, QString()};
+    }
+    banner = Banner{u"Success! %1 to %2, $%3"_s.arg(record.service, to.name, purchase.rate.amount) + outcome, logged};
+}
+
+/// The clerk has begun the next parcel: what still stands there of the last one must not be sold again.
+void LabelScreen::clearSold(const SoldDraft &sold)
+{
+    if (weightLb.value() == sold.weightLb && weightOz.value() == sold.weightOz) {
+        weightLb = QString();
+        weightOz = QString();
+    }
+    const std::pair<QProperty<QString> *, QString> texts[] = {
+        {&insuranceValue, sold.insuranceValue}, {&reference, sold.reference}, {&descriptionText, sold.descriptionText}};
+    for (const auto &[field, text] : texts) {
+        if (field->value() == text)
+            *field = QString();
+    }
+    if (customs.value() == sold.customs)
+        customs = CustomsInfo{};
+}
+
+/// Fetches and prints the label. It is paid for by now, so nothing that fails here may stop it from being logged.
+Task<LabelScreen::Printed> LabelScreen::fetchAndPrint(OpenPurchase entry)
+{
+    Printed result;
+    try {
+        const QByteArray label = co_await m_app.shippo.downloadLabel(entry.record.labelURL);
+        if (labelKind(label) != LabelKind::notALabel && !isWhole(label))
+            throw AppError(u"the label arrived incomplete"_s);
+        if (isWhole(label)) { // without bytes, a reprint downloads the label again
+            result.document = label;
+            entry.record.zpl = label;
+            co_await purchases.keep(entry);
+        }
+        const QString printed = co_await printLabel(m_app, label);
+        co_await purchases.markPrinted(entry.id);
+        result.note = u". "_s + printed;
+        result.done = true;
+    } catch (const AppError &error) {
+        result.note = u" (print failed: "_s + error.description() + u" — use Reprint from the log)"_s;
+        m_app.errors.record(u"Print Label"_s, error, Popup::no);
+    }
+    co_return result;
+}
+
+/// The same for the customs document that FedEx makes for a parcel abroad.
+Task<LabelScreen::Printed> LabelScreen::printFedexInvoice(QString documentUrl)
+{
+    Printed result;
+    try {
+        if (documentUrl.isEmpty())
+            throw AppError(u"the carrier named none"_s);
+        const QByteArray document = co_await m_app.shippo.downloadLabel(documentUrl);
+        if (labelKind(document) != LabelKind::pdf || !isWhole(document))
+            throw AppError(u"what the carrier sent is not a complete PDF document"_s);
+        result.document = document;
+        const bool sentToQueue = co_await printDocument(m_app, document);
+        result.done = sentToQueue;
+        if (!sentToQueue)
+            result.note = u" (FedEx commercial invoice opened in Preview — set a document printer in Settings)"_s;
+    } catch (const AppError &error) {
+        const QString failed = result.document ? u" (FedEx commercial invoice print failed: "_s
+                                               : u" (FedEx commercial invoice download failed: "_s;
+        result.note = failed + error.description() + u')';
+        m_app.errors.record(u"FedEx Commercial Invoice"_s, error, Popup::no);
+    }
+    co_return result;
+}
+
+void LabelScreen::noteOnLastLabel(const QString &text)
+{
+    if (std::optional<LastLabel> label = lastLabel) {
+        label->message = text;
+        lastLabel = label;
+    }
+}
+
+Task<> LabelScreen::reprintLast()
+{
+    if (busy || !lastLabel.value())
+        co_return;
+    busy = true;
+    const auto done = qScopeGuard([this] { busy = false; });
+    try {
+        const QString printed = co_await reprintChecked(m_app, lastLabel.value()->record);
+        noteOnLastLabel(printed);
+    } catch (const AppError &error) {
+        noteOnLastLabel(error.description());
+        recordReprintFailure(m_app, error);
+    }
+}
+
+void LabelScreen::copyLastTracking()
+{
+    if (!lastLabel.value())
+        return;
+    const QString tracking = lastLabel.value()->record.tracking;
+    m_app.platform.desktop.copyText(tracking);
+    noteOnLastLabel(u"Copied tracking "_s + tracking);
+}
+
+} // namespace parcelory

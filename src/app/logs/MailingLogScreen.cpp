@@ -1,0 +1,186 @@
+#include "app/logs/MailingLogScreen.h"
+
+#include "core/Text.h"
+#include "app/purchase/LabelCheck.h"
+#include "app/purchase/Reprint.h"
+#include "app/logs/TrackPage.h"
+
+#include <QScopeGuard>
+
+#include <algorithm>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+MailingLogScreen::MailingLogScreen(AppState &app)
+    : m_app(app), m_searchWatch(search.addNotifier([this] {
+          ++m_searches;
+          spawn([this] { return catchUp(); });
+      }))
+{
+    connect(&app.log, &ShipmentLog::recordsChanged, this, &MailingLogScreen::takeRecords);
+    connect(&app.log, &ShipmentLog::readingFailed, this, [this](const QString &reason) {
+        message = u"The mailing log could not be read — %1. The list shows what it did before."_s.arg(reason);
+    });
+}
+
+/// A label bought meanwhile brings the newest rows whatever was searched for; then the search is repeated.
+void MailingLogScreen::takeRecords()
+{
+    if (!isUpToDate()) {
+        spawn([this] { return catchUp(); });
+        return;
+    }
+    if (!selectedRecord())
+        selected = std::nullopt;
+    emit recordsChanged();
+}
+
+/// One query at a time, always for what is typed by then: those in between nobody waits for any more.
+Task<> MailingLogScreen::catchUp()
+{
+    if (m_reloading)
+        co_return;
+    m_reloading = true;
+    QString asked;
+    do {
+        asked = search.value();
+        auto reloading = onPool([this, asked, number = m_searches.load()] {
+            return m_app.log.reload(asked, ShipmentLog::listLimit, [this, number] { return m_searches == number; });
+        });
+        const bool read = co_await reloading;
+        if (!read && asked == search.value()) { // the next change of search or log tries again
+            m_reloading = false;
+            co_return;
+        }
+    } while (asked != search.value());
+    m_reloading = false;
+    // The rows are handed over by an event that may still wait; so may those of a label bought meanwhile.
+    QMetaObject::invokeMethod(
+        this,
+        [this] {
+            if (!isUpToDate())
+                spawn([this] { return catchUp(); });
+        },
+        Qt::QueuedConnection);
+}
+
+std::optional<ShipmentRecord> MailingLogScreen::selectedRecord() const
+{
+    const std::optional<qint64> id = selected;
+    const auto found = std::ranges::find_if(records(), [id](const ShipmentRecord &record) { return record.id == id; });
+    return found == records().end() ? std::nullopt : std::optional(*found);
+}
+
+QString MailingLogScreen::countText() const
+{
+    const qsizetype count = records().size();
+    const bool searching = !m_app.log.shownSearch().isEmpty();
+    const QString number = count < ShipmentLog::listLimit ? QString::number(count) : u"%1 newest"_s.arg(count);
+    return number + (count == 1 ? u" shipment"_s : u" shipments"_s) + (searching ? u" found"_s : QString());
+}
+
+Task<> MailingLogScreen::reprint(ShipmentRecord record)
+{
+    if (busy)
+        co_return;
+    busy = true;
+    const auto done = qScopeGuard([this] { busy = false; });
+    message = QString(); // the same outcome twice is news twice
+    try {
+        const QString printed = co_await reprintChecked(m_app, record);
+        message = printed;
+    } catch (const AppError &error) {
+        message = error.description();
+        recordReprintFailure(m_app, error);
+    }
+}
+
+Task<> MailingLogScreen::reprintCustoms(ShipmentRecord record)
+{
+    if (busy || !record.isIntl)
+        co_return;
+    busy = true;
+    const auto done = qScopeGuard([this] { busy = false; });
+    message = QString();
+    auto reading = onPool([&log = m_app.log, id = record.id] { return log.customsPDF(id); });
+    std::optional<QByteArray> document = co_await reading;
+    if (!document) {
+        message = u"Fetching customs docs…"_s;
+        try {
+            document = co_await downloadCustoms(m_app, record);
+        } catch (const AppError &error) {
+            message = u"Customs docs download failed: "_s + error.description();
+            m_app.errors.record(u"Customs Docs Reprint"_s, error, Popup::yes);
+            co_return;
+        }
+    }
+    try {
+        const bool sentToQueue = co_await printDocument(m_app, *document);
+        message = sentToQueue ? u"Customs docs sent to the printer."_s
+                              : u"Customs docs opened in Preview — set a document printer in Settings."_s;
+    } catch (const AppError &error) {
+        message = error.description();
+        m_app.errors.record(u"Customs Docs Reprint"_s, error, Popup::no);
+    }
+}
+
+Task<> MailingLogScreen::trackOnline(ShipmentRecord record)
+{
+    const QString failure = co_await openTrackingPage(m_app, record.trackingURL);
+    message = failure;
+}
+
+bool MailingLogScreen::isCheckable(const ShipmentRecord &record)
+{
+    return labelObstacle(LabelUse::checkStatus, record).isEmpty();
+}
+
+Task<> MailingLogScreen::checkStatus(ShipmentRecord record)
+{
+    if (busy || !isCheckable(record))
+        co_return;
+    busy = true;
+    const auto done = qScopeGuard([this] { busy = false; });
+    message = QString();
+    const QString carrier = record.carrier.toLower() == u"fedex" ? u"fedex"_s : u"usps"_s;
+    try {
+        const ShippoTrackStatus track = co_await m_app.shippo.track(carrier, record.tracking);
+        const auto status = track.trackingStatus.value_or(ShippoTrackStatus::TrackingStatus{});
+        const QString word = status.status.value_or(u"UNKNOWN"_s);
+        message = joinPresent({word, status.statusDetails.value_or(QString())}, u": "_s);
+        auto remembering = onPool([&history = m_app.labelHistory, id = record.id, word,
+                                   when = m_app.platform.clock.now()] { return history.setTracked(id, word, when); });
+        co_await remembering;
+        if (word == u"DELIVERED")
+            co_await storeStatus(record.id, word);
+    } catch (const AppError &error) {
+        message = error.description();
+        m_app.errors.record(u"Check Status"_s, error, Popup::yes);
+    }
+}
+
+/// False when the log could not be written; then the message line says so.
+Task<bool> MailingLogScreen::storeStatus(qint64 id, QString status)
+{
+    auto storing = onPool([&log = m_app.log, id, status, asked = search.value()] {
+        if (!log.setStatus(id, status))
+            return log.lastError();
+        log.reload(asked);
+        return QString();
+    });
+    const QString reason = co_await storing;
+    if (!reason.isEmpty())
+        message = u"The mailing log could not be written — "_s + reason + u'.';
+    co_return reason.isEmpty();
+}
+
+void MailingLogScreen::copyTracking(ShipmentRecord record)
+{
+    if (record.tracking.isEmpty())
+        return; // what is on the clipboard is worth more
+    m_app.platform.desktop.copyText(record.tracking);
+    message = u"Copied tracking "_s + record.tracking;
+}
+
+} // namespace parcelory

@@ -1,0 +1,84 @@
+#include "app/logs/MailingLogScreen.h"
+
+#include "app/logs/SaveFile.h"
+
+#include <QElapsedTimer>
+#include <QFileInfo>
+#include <QScopeGuard>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+/// Begins to show how far something is, and gives what is to be told of it, from any thread.
+ShipmentLog::Progress MailingLogScreen::followProgress()
+{
+    m_cancelled = false;
+    message = QString();
+    QElapsedTimer time;
+    time.start();
+    return [this, time, shown = -1](qint64 done, qint64 total) mutable {
+        const int percent = total > 0 ? int(100 * done / total) : 0;
+        constexpr int notWorthABar = 1000; // milliseconds
+        if (time.elapsed() > notWorthABar && std::exchange(shown, percent) != percent)
+            QMetaObject::invokeMethod(
+                this,
+                [this, percent] {
+                    if (busy) // it may be over by now
+                        progress = percent / 100.0;
+                },
+                Qt::QueuedConnection);
+        return !m_cancelled;
+    };
+}
+
+Task<> MailingLogScreen::exportCSV()
+{
+    if (busy)
+        co_return;
+    busy = true;
+    const auto done = qScopeGuard([this] {
+        progress = std::nullopt;
+        busy = false;
+    });
+    const QString path = co_await m_app.platform.prompts.saveFile(u"Export Mail Log"_s, u"Mail Log Export.csv"_s);
+    if (path.isEmpty())
+        co_return;
+    try {
+        auto writing = onPool([&log = m_app.log, path, follow = followProgress()] {
+            return saveFile(path, [&](QIODevice &file) { return log.exportEndicia(file, follow); });
+        });
+        const bool complete = co_await writing;
+        if (!complete && !m_cancelled)
+            throw AppError(u"the mailing log could not be read to its end."_s);
+        message = complete ? u"Exported to "_s + QFileInfo(path).fileName() : u"Export cancelled."_s;
+    } catch (const AppError &error) {
+        message = u"Export failed: "_s + error.description();
+        m_app.errors.record(u"Export CSV"_s, error, Popup::no);
+    }
+}
+
+Task<> MailingLogScreen::importCSV()
+{
+    if (busy)
+        co_return;
+    busy = true;
+    const auto done = qScopeGuard([this] {
+        progress = std::nullopt;
+        busy = false;
+    });
+    const QString path = co_await m_app.platform.prompts.openFile(u"Import Endicia Mail Log"_s);
+    if (path.isEmpty())
+        co_return;
+    try {
+        auto reading =
+            onPool([&log = m_app.log, path, follow = followProgress()] { return log.importEndiciaCSV(path, follow); });
+        const int count = co_await reading;
+        message = count == 0 && m_cancelled ? u"Import cancelled. Nothing was imported."_s
+                                            : u"Imported %1 shipments from "_s.arg(count) + QFileInfo(path).fileName();
+    } catch (const AppError &error) {
+        message = u"Import failed: "_s + error.description();
+        m_app.errors.record(u"Import CSV"_s, error, Popup::no);
+    }
+}
+
+} // namespace parcelory

@@ -1,0 +1,152 @@
+#include "app/logs/MailingLogScreen.h"
+
+#include "core/Text.h"
+#include "app/purchase/LabelCheck.h"
+#include "records/ShipmentStatus.h"
+
+#include <QScopeGuard>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString approval = u" — USPS refunds take up to 14 days to approve."_s;
+
+Question confirmation(const ShipmentRecord &record, const QStringList &doubts)
+{
+    return {.title = u"Refund This Label?"_s,
+            .text =
+                u"%1 %2 to %3, $%4\nTracking %5%6\n\nThe label is given back and must not be used any more. The refund "
+                "goes to the Shippo account%7"_s.arg(record.carrier, record.service, record.recipientName(),
+                                                     fixed(record.postage, 2), record.tracking, doubtLines(doubts),
+                                                     approval),
+            .choices = {u"Keep the Label"_s, u"Request Refund"_s},
+            .safeChoice = 0};
+}
+
+/// What the log keeps of the carrier's answer.
+QString statusAfter(const QString &answer)
+{
+    if (answer == u"SUCCESS")
+        return u"REFUNDED"_s;
+    return answer == u"ERROR" ? u"REFUND_ERROR"_s : u"REFUND_PENDING"_s;
+}
+
+} // namespace
+
+bool MailingLogScreen::isRefundable(const ShipmentRecord &record)
+{
+    return labelObstacle(LabelUse::refund, record).isEmpty();
+}
+
+Task<> MailingLogScreen::refund(ShipmentRecord record)
+{
+    if (busy || !isRefundable(record))
+        co_return;
+    busy = true;
+    const auto done = qScopeGuard([this] { busy = false; });
+    message = QString();
+    // The program may have ended between the mark and the request: only the carrier knows whether it was asked.
+    const bool pending = refundState(record.status) == RefundState::pending;
+    if (pending) {
+        const bool asked = co_await carrierWasAsked(record);
+        if (asked)
+            co_return;
+    }
+    const LabelFacts facts = co_await learnFacts(m_app, record);
+    const QStringList doubts = labelDoubts(LabelUse::refund, record, facts);
+    const int answer = co_await m_app.platform.prompts.choose(confirmation(record, doubts));
+    if (answer != 1)
+        co_return;
+    auto looking = onPool([&log = m_app.log, record] { return log.find(record); });
+    const std::optional<ShipmentRecord> now = co_await looking;
+    if (!now || now->status != record.status) { // another program on this log, or the carrier, was quicker
+        auto reloading = onPool([&log = m_app.log, asked = search.value()] { log.reload(asked); });
+        co_await reloading;
+        message = u"The shipment's status has changed meanwhile. No refund was requested."_s;
+        co_return;
+    }
+    // From here on the sync must not take the refund for one that was left behind.
+    m_app.refundsUnderWay.insert(record.transactionID);
+    const auto over = qScopeGuard([this, record] { m_app.refundsUnderWay.remove(record.transactionID); });
+    const bool noted = co_await noteRefund(record);
+    if (noted)
+        co_await requestRefund(record);
+}
+
+/// Writes down in the journal and in the log that a refund is about to be asked for, so that the log tells the truth
+/// if the program quits before the answer. False when that failed; then the message says why nothing was asked for.
+Task<bool> MailingLogScreen::noteRefund(ShipmentRecord record)
+{
+    const OpenRefund refund{record.transactionID, record.id, m_app.platform.clock.now()};
+    try {
+        auto writing = onPool([&journal = m_app.journal, refund] { journal.beginRefund(refund); });
+        co_await writing;
+    } catch (const AppError &error) {
+        message = error.description();
+        m_app.errors.record(u"Refund"_s, error, Popup::no);
+        co_return false;
+    }
+    const bool marked = co_await storeStatus(record.id, u"REFUND_PENDING"_s);
+    if (!marked) {
+        message = message + u" No refund was requested."_s;
+        co_await closeRefund(record.transactionID);
+    }
+    co_return marked;
+}
+
+Task<> MailingLogScreen::closeRefund(QString transactionId)
+{
+    auto closing = onPool([&journal = m_app.journal, transactionId] { return journal.closeRefund(transactionId); });
+    co_await closing;
+}
+
+/// False when the carrier knows of no refund of this label; otherwise, and when it cannot be asked, the message says
+/// how things are.
+Task<bool> MailingLogScreen::carrierWasAsked(ShipmentRecord record)
+{
+    QString status;
+    try {
+        const ShippoTransaction transaction = co_await m_app.shippo.transaction(record.transactionID);
+        status = transaction.status;
+    } catch (const AppError &error) {
+        message = error.description();
+        co_return true;
+    }
+    if (status == u"SUCCESS")
+        co_return false;
+    const bool decided = status == u"REFUNDED" || status == u"REFUNDREJECTED";
+    if (decided)
+        co_await storeStatus(record.id, status == u"REFUNDED" ? u"REFUNDED"_s : u"REFUND_ERROR"_s);
+    message = status == u"REFUNDED"         ? u"Refunded."_s
+              : status == u"REFUNDREJECTED" ? u"The carrier has refused the refund of this label."_s
+                                            : u"The carrier already has this refund"_s + approval;
+    co_return true;
+}
+
+Task<> MailingLogScreen::requestRefund(ShipmentRecord record)
+{
+    message = u"Requesting refund…"_s;
+    QString status = u"REFUND_ERROR"_s, outcome;
+    bool answered = false;
+    try {
+        const ShippoRefund answer = co_await m_app.shippo.refund(record.transactionID);
+        const QString word = answer.status.value_or(QString()).toUpper();
+        answered = true;
+        status = statusAfter(word);
+        outcome = word == u"SUCCESS" ? u"Refunded."_s
+                                     : u"Refund "_s + (word.isEmpty() ? u"requested"_s : word.toLower()) + approval;
+        if (word == u"ERROR") // the status points to the error log
+            m_app.errors.record(u"Refund"_s, AppError(refundRefusal(record)), Popup::no);
+    } catch (const AppError &error) {
+        outcome = error.description();
+        m_app.errors.record(u"Refund"_s, error, Popup::yes);
+    }
+    const bool stored = co_await storeStatus(record.id, status);
+    message = stored ? outcome : outcome + u' ' + message;
+    if (answered && stored) // otherwise the refund may be under way at the carrier: the next sync asks
+        co_await closeRefund(record.transactionID);
+}
+
+} // namespace parcelory

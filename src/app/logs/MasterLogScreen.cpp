@@ -1,0 +1,165 @@
+#include "app/logs/MasterLogScreen.h"
+
+#include "carrier/PagedList.h"
+#include "core/Text.h"
+#include "app/logs/SaveFile.h"
+#include "app/logs/TrackPage.h"
+
+#include <QFileInfo>
+#include <QLocale>
+#include <QScopeGuard>
+
+#include <algorithm>
+#include <cmath>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+bool counts(const MasterEntry &entry)
+{
+    return entry.status.toUpper() == u"SUCCESS";
+}
+
+/// What the totals do not tell; empty when they tell everything.
+QString gapsIn(const QList<MasterEntry> &entries, bool isCut)
+{
+    const auto unknown =
+        std::ranges::count_if(entries, [](const MasterEntry &entry) { return counts(entry) && entry.amount == 0; });
+    QStringList gaps;
+    if (isCut)
+        gaps += u"Only the newest records of the account could be read; older labels may be missing."_s;
+    if (unknown > 0)
+        gaps += u"The postage of %1 of these labels is not known and counts as $0.00."_s.arg(unknown);
+    return gaps.join(u' ');
+}
+
+QString quotedRow(QStringList fields)
+{
+    for (QString &field : fields)
+        field = u'"' + field.replace(u'"', u"\"\""_s) + u'"';
+    return fields.join(u',') + u'\n';
+}
+
+} // namespace
+
+MasterLogScreen::MasterLogScreen(AppState &app) : m_app(app)
+{
+    lastFifteenDays();
+    const auto otherRange = [this] { loaded = false; };
+    m_notifiers.push_back(from.addNotifier(otherRange));
+    m_notifiers.push_back(to.addNotifier(otherRange));
+    m_notifiers.push_back(app.keyChanges.addNotifier([this] { // another account's labels
+        selected = std::nullopt;
+        entries = QList<MasterEntry>();
+        loaded = false;
+    }));
+}
+
+void MasterLogScreen::lastFifteenDays()
+{
+    const QDate today = m_app.platform.clock.now().date();
+    to = today;
+    from = today.addDays(1 - usualDays);
+}
+
+Task<> MasterLogScreen::load()
+{
+    if (busy)
+        co_return;
+    if (from.value() > to.value()) {
+        message = u"The first day comes after the last one — nothing was loaded."_s;
+        co_return;
+    }
+    busy = true;
+    pages = 0;
+    message = QString();
+    const auto done = qScopeGuard([this] { busy = false; });
+    const std::tuple asked(from.value(), to.value(), m_app.keyChanges.value());
+    try {
+        const auto listing = std::make_shared<Listing>();
+        listing->onPage = [this] { pages = pages + 1; };
+        const QList<MasterEntry> found = co_await m_app.shippo.masterLog(from, to, listing);
+        if (asked != std::tuple(from.value(), to.value(), m_app.keyChanges.value()))
+            co_return; // these are not the days, or not the account, that the screen names by now
+        selected = std::nullopt;
+        entries = found;
+        loaded = true;
+        message = gapsIn(found, listing->isCut);
+    } catch (const AppError &error) {
+        message = error.description();
+        m_app.errors.record(u"Master Log"_s, error, Popup::no);
+    }
+}
+
+QString MasterLogScreen::summaryLine() const
+{
+    double cents = 0;
+    qsizetype count = 0;
+    for (const MasterEntry &entry : entries.value()) {
+        if (!counts(entry))
+            continue;
+        ++count;
+        cents += std::round(entry.amount * 100);
+    }
+    return QString::number(count) + u" shipments • $"_s + fixed(cents / 100, 2) + u" postage"_s;
+}
+
+std::optional<MasterEntry> MasterLogScreen::selectedEntry() const
+{
+    const auto &all = entries.value();
+    const auto found =
+        std::ranges::find_if(all, [this](const MasterEntry &entry) { return entry.id == selected.value(); });
+    return found == all.end() ? std::nullopt : std::optional(*found);
+}
+
+QString masterLogCSV(const QList<MasterEntry> &entries)
+{
+    const QLocale english(QLocale::English, QLocale::UnitedStates);
+    QString text = u"Date,Time,Recipient,Company,City/State,Country,Service,Postage,Tracking,Status,Test\n"_s;
+    for (const MasterEntry &entry : entries) {
+        const QDateTime date = entry.date.value_or(QDateTime());
+        text += quotedRow({english.toString(date, u"MM/dd/yy"_s), english.toString(date, u"h:mm AP"_s), entry.recipient,
+                           entry.company, entry.place, entry.country, entry.service, fixed(entry.amount, 2),
+                           entry.tracking, statusDisplay(entry.status), entry.test ? u"TEST"_s : QString()});
+    }
+    return text;
+}
+
+Task<> MasterLogScreen::exportCSV()
+{
+    if (busy)
+        co_return;
+    busy = true;
+    const auto done = qScopeGuard([this] { busy = false; });
+    const QList<MasterEntry> rows = entries;
+    const QString name = u"Parcelory Master Log %1.csv"_s.arg(to.value().toString(Qt::ISODate));
+    const QString path = co_await m_app.platform.prompts.saveFile(u"Export Master Log"_s, name);
+    if (path.isEmpty())
+        co_return;
+    try {
+        auto writing = onPool([path, rows] { saveBytes(path, masterLogCSV(rows).toUtf8()); });
+        co_await writing;
+        message = u"Exported %1 rows to "_s.arg(rows.size()) + QFileInfo(path).fileName();
+    } catch (const AppError &error) {
+        message = u"Export failed: "_s + error.description();
+        m_app.errors.record(u"Master Log Export"_s, error, Popup::no);
+    }
+}
+
+void MasterLogScreen::copyTracking(const MasterEntry &entry)
+{
+    if (entry.tracking.isEmpty())
+        return;
+    m_app.platform.desktop.copyText(entry.tracking);
+    message = u"Copied tracking "_s + entry.tracking;
+}
+
+Task<> MasterLogScreen::trackOnline(MasterEntry entry)
+{
+    const QString failure = co_await openTrackingPage(m_app, entry.trackingURL);
+    message = failure;
+}
+
+} // namespace parcelory

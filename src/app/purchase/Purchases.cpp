@@ -1,0 +1,345 @@
+#include "app/purchase/Purchases.h"
+
+#include "carrier/ShippoError.h"
+#include "compose/SecondLabel.h"
+#include "core/Text.h"
+#include "app/purchase/LabelCheck.h"
+#include "app/purchase/Reprint.h"
+
+#include <QScopeGuard>
+
+#include <algorithm>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// True when the carrier was reached and asking it once more tells no more: buying must not stay closed for ever.
+bool isLastWord(const AppError &error)
+{
+    if (dynamic_cast<const DecodeError *>(&error))
+        return true;
+    constexpr int forbidden = 403, unknown = 404;
+    const auto *shippo = dynamic_cast<const ShippoError *>(&error);
+    return shippo &&
+           (shippo->kind() == ShippoError::Kind::api || shippo->status() == forbidden || shippo->status() == unknown);
+}
+
+constexpr int mostDays = 30; ///< a question that the carrier cannot answer by then will stay one
+
+} // namespace
+
+Purchases::~Purchases()
+{
+    m_app.platform.clock.cancel(m_timer);
+}
+
+QString Purchases::titleOf(const ShipmentRecord &record)
+{
+    return u"%1 %2 to %3, $%4"_s.arg(record.carrier, record.service, record.recipientName(), fixed(record.postage, 2));
+}
+
+QString Purchases::notLogged(const ShipmentRecord &record)
+{
+    return u"It was bought, but the mailing log could not be written. Tracking %1."_s.arg(record.tracking);
+}
+
+void Purchases::take(ShipmentRecord &record, const ShippoTransaction &transaction)
+{
+    record.transactionID = transaction.objectId;
+    record.tracking = transaction.trackingNumber.value_or(QString());
+    record.trackingURL = transaction.trackingUrlProvider.value_or(QString());
+    record.labelURL = transaction.labelUrl.value_or(QString());
+    record.customsDocURL = transaction.commercialInvoiceUrl.value_or(QString());
+    if (transaction.status == u"REFUNDED")
+        record.status = u"REFUNDED"_s;
+    else if (transaction.status == u"REFUNDPENDING")
+        record.status = u"REFUND_PENDING"_s;
+}
+
+Task<qint64> Purchases::begin(OpenPurchase purchase)
+{
+    auto writing = onPool([&journal = m_app.journal, purchase] { return journal.begin(purchase); });
+    const qint64 id = co_await writing;
+    co_return id;
+}
+
+Task<> Purchases::keep(OpenPurchase purchase)
+{
+    auto writing =
+        onPool([&journal = m_app.journal, purchase] { return journal.update(purchase.id, purchase.record); });
+    co_await writing;
+}
+
+Task<> Purchases::markPrinted(qint64 id)
+{
+    auto writing = onPool([&journal = m_app.journal, id] { return journal.markPrinted(id); });
+    co_await writing;
+}
+
+Task<> Purchases::close(qint64 id)
+{
+    auto writing = onPool([&journal = m_app.journal, id] { return journal.close(id); });
+    co_await writing;
+}
+
+Task<bool> Purchases::enterIntoLog(OpenPurchase purchase)
+{
+    struct Outcome {
+        bool stored;
+        QString reason;
+    };
+    auto writing = onPool([&app = m_app, purchase] {
+        const ShipmentRecord &record = purchase.record;
+        const bool stored = app.log.find(record) || app.log.insert(record);
+        if (stored)
+            app.journal.close(purchase.id);
+        return Outcome{stored, stored ? QString() : app.log.lastError()};
+    });
+    const Outcome outcome = co_await writing;
+    if (!outcome.stored && !isKnownUnlogged(purchase.id)) {
+        const ShipmentRecord &record = purchase.record;
+        const AppError error(u"Bought but not logged: %1, %2, tracking %3, transaction %4, label %5 (%6)"_s.arg(
+            record.recipient, record.service, record.tracking, record.transactionID, record.labelURL, outcome.reason));
+        m_app.errors.record(u"Mailing Log"_s, error, Popup::yes);
+    }
+    co_return outcome.stored;
+}
+
+Task<Purchases::Answer> Purchases::ask(OpenPurchase purchase, QDateTime since)
+{
+    Answer answer;
+    try {
+        answer = co_await judge(purchase, since);
+    } catch (const AppError &error) {
+        answer.text = error.description();
+        answer.isAnswered = isLastWord(error);
+    }
+    co_return answer;
+}
+
+Task<Purchases::Answer> Purchases::judge(OpenPurchase purchase, QDateTime since)
+{
+    const ShipmentRecord &known = purchase.record;
+    if (!known.labelURL.isEmpty()) // the carrier had answered; only the books are not complete
+        co_return Answer{.verdict = Verdict::bought};
+    auto tokenRead = onPool([&keys = m_app.keys] { return keys.activeToken().value_or(QString()); });
+    const QString token = co_await tokenRead;
+    const bool sameKey = m_app.keys.activeName() == purchase.keyName && ShippoKeys::isTest(token) == known.testMode;
+    if (!sameKey) // that key may have been removed for good, so the answer is a last one
+        co_return Answer{.text = u"It was asked for with the %1 key “%2” — choose that key in Settings to check."_s.arg(
+                             known.testMode ? u"TEST"_s : u"LIVE"_s, purchase.keyName),
+                         .isAnswered = true};
+    std::optional<ShippoTransaction> found;
+    if (!known.transactionID.isEmpty()) {
+        found = co_await m_app.shippo.transaction(known.transactionID);
+    } else {
+        const QList<ShippoTransaction> sold = co_await m_app.shippo.purchasesOf(purchase.rateId, purchase.askedAt);
+        // One that failed may be an earlier attempt at the same rate.
+        const auto isSale = [](const ShippoTransaction &one) { return one.status != u"ERROR"; };
+        const auto sale = std::ranges::find_if(sold, isSale);
+        if (sale != sold.end())
+            found = *sale;
+    }
+    if (!found && ShippoClient::mayStillArrive(since, m_app.platform.clock.now()))
+        co_return Answer{.text = u"The carrier knows of no such label yet."_s, .isAnswered = true};
+    if (!found || found->status == u"ERROR")
+        co_return Answer{.verdict = Verdict::notBought};
+    if (found->labelUrl.value_or(QString()).isEmpty())
+        co_return Answer{.text = u"The carrier has taken the purchase on, but the label is not there yet "
+                                 "(transaction %1)."_s.arg(found->objectId),
+                         .isAnswered = true};
+    co_return Answer{.verdict = Verdict::bought, .transaction = found};
+}
+
+void Purchases::leaveOpen(const OpenPurchase &purchase, const Answer &answer)
+{
+    replaceQuestion(purchase.id,
+                    PurchaseQuestion{purchase, answer.text, answer.isAnswered, m_app.platform.clock.now()});
+    m_pause = firstPause;
+    askLater();
+}
+
+void Purchases::askLater()
+{
+    m_app.platform.clock.cancel(m_timer);
+    m_timer = m_app.platform.clock.after(m_pause, [this] { spawn([this] { return checkAgain(); }); });
+    m_pause = std::min(m_pause * 2, longestPause);
+}
+
+Task<> Purchases::resume()
+{
+    auto reading = onPool([&journal = m_app.journal] { return journal.openPurchases(); });
+    const QList<OpenPurchase> open = co_await reading;
+    for (const OpenPurchase &purchase : open)
+        replaceQuestion(purchase.id,
+                        PurchaseQuestion{purchase, u"Asking the carrier…"_s, false, m_app.platform.clock.now()});
+    co_await checkAgain();
+    if (const QString trouble = m_app.journal.trouble(); !trouble.isEmpty()) {
+        m_app.errors.record(u"Purchase Journal"_s, AppError(trouble), Popup::no);
+        co_await m_app.platform.prompts.alert(u"Purchase Journal"_s, trouble);
+    }
+}
+
+Task<> Purchases::giveUp(OpenPurchase purchase)
+{
+    m_app.errors.record(
+        u"Buy Label"_s,
+        AppError(u"It was never learned whether this label was bought: %1, %2, rate %3."_s.arg(
+            titleOf(purchase.record), purchase.askedAt.toLocalTime().toString(u"MMM d, yyyy"_s), purchase.rateId)),
+        Popup::no);
+    co_await close(purchase.id);
+    replaceQuestion(purchase.id, std::nullopt);
+}
+
+Task<> Purchases::checkAgain()
+{
+    if (asking)
+        co_return;
+    asking = true;
+    const auto done = qScopeGuard([this] { asking = false; });
+    const QList<PurchaseQuestion> open = questions;
+    for (const PurchaseQuestion &question : open)
+        co_await askAbout(question);
+    if (!questions.value().isEmpty())
+        askLater();
+}
+
+Task<> Purchases::askAbout(PurchaseQuestion question)
+{
+    const OpenPurchase &purchase = question.purchase;
+    const Answer answer = co_await ask(purchase, question.since);
+    switch (answer.verdict) {
+    case Verdict::unknown:
+        if (answer.isAnswered && purchase.askedAt.daysTo(m_app.platform.clock.now()) > mostDays)
+            co_await giveUp(purchase);
+        else
+            replaceQuestion(purchase.id, PurchaseQuestion{purchase, answer.text, answer.isAnswered, question.since});
+        break;
+    case Verdict::bought:
+        co_await finish(question, answer.transaction);
+        break;
+    case Verdict::notBought:
+        co_await close(purchase.id);
+        replaceQuestion(purchase.id, std::nullopt);
+        settle({.recipient = purchase.recipient,
+                .record = purchase.record,
+                .text = u"%1 was not bought, and nothing was charged."_s.arg(titleOf(purchase.record))});
+        break;
+    }
+}
+
+Task<> Purchases::finish(PurchaseQuestion question, std::optional<ShippoTransaction> transaction)
+{
+    OpenPurchase &purchase = question.purchase;
+    ShipmentRecord &record = purchase.record;
+    if (transaction) {
+        record.createdAt = purchase.askedAt;
+        take(record, *transaction);
+    }
+    if (!record.zpl)
+        record.zpl = co_await fetch(record.labelURL);
+    if (!record.customsPDF && !record.customsDocURL.isEmpty())
+        record.customsPDF = co_await fetch(record.customsDocURL);
+    co_await keep(purchase);
+    const bool logged = co_await enterIntoLog(purchase);
+    if (!logged) {
+        replaceQuestion(purchase.id, PurchaseQuestion{purchase, notLogged(record), true, question.since});
+        co_return;
+    }
+    if (purchase.keepRecipient)
+        emit m_app.recipientToKeep(purchase.recipient);
+    replaceQuestion(purchase.id, std::nullopt);
+    const QString whereabouts =
+        purchase.printed ? u", and its label went to the printer"_s : u"; its label may not be printed yet"_s;
+    const QString papers = record.isIntl
+                               ? u" Look whether its customs papers came out: Customs Docs in the log prints them."_s
+                               : QString();
+    settle({.recipient = purchase.recipient,
+            .record = record,
+            .isBought = true,
+            .isPrinted = purchase.printed,
+            .text = u"%1 was bought %2. It is in the mailing log%3.%4"_s.arg(
+                titleOf(record), record.createdAt.toLocalTime().toString(u"MMM d, h:mm AP"_s), whereabouts, papers)});
+}
+
+/// A document that does not come now is downloaded when it is printed.
+Task<std::optional<QByteArray>> Purchases::fetch(QString url)
+{
+    std::optional<QByteArray> document;
+    try {
+        const QByteArray bytes = co_await m_app.shippo.downloadLabel(url);
+        if (isWhole(bytes))
+            document = bytes;
+    } catch (const AppError &error) {
+        m_app.errors.record(u"Fetch Label"_s, error, Popup::no);
+    }
+    co_return document;
+}
+
+/// It was said already that the mailing log does not take it; that it still does not is no news.
+bool Purchases::isKnownUnlogged(qint64 id) const
+{
+    return std::ranges::any_of(questions.value(), [id](const PurchaseQuestion &question) {
+        const OpenPurchase &purchase = question.purchase;
+        return purchase.id == id && question.text == notLogged(purchase.record);
+    });
+}
+
+void Purchases::replaceQuestion(qint64 id, std::optional<PurchaseQuestion> with)
+{
+    QList<PurchaseQuestion> open = questions;
+    const auto place =
+        std::ranges::find_if(open, [id](const PurchaseQuestion &question) { return question.purchase.id == id; });
+    if (place == open.end() && with)
+        open.append(*with);
+    else if (place != open.end() && with)
+        *place = *with;
+    else if (place != open.end())
+        open.erase(place);
+    questions = open;
+}
+
+std::optional<PurchaseQuestion> Purchases::questionAbout(const ShippoAddress &recipient) const
+{
+    for (const PurchaseQuestion &question : questions.value()) {
+        if (isSameRecipient(question.purchase.recipient, recipient))
+            return question;
+    }
+    return std::nullopt;
+}
+
+void Purchases::settle(const SettledPurchase &purchase)
+{
+    settled = settled.value() + QList{purchase};
+}
+
+void Purchases::dismiss(const SettledPurchase &label)
+{
+    QList<SettledPurchase> left = settled;
+    left.removeOne(label);
+    settled = left;
+}
+
+Task<> Purchases::print(SettledPurchase label)
+{
+    SettledPurchase after = label;
+    const QString title = titleOf(label.record) + u": "_s;
+    try {
+        // It may have been refunded since, or be old: a fresh label's first printing asks nothing.
+        const QString printed = co_await reprintChecked(m_app, label.record);
+        if (printed.isEmpty()) // the clerk has thought better of it
+            co_return;
+        after.text = title + printed;
+        after.isPrinted = true;
+    } catch (const AppError &error) {
+        after.text = title + error.description();
+        recordReprintFailure(m_app, error);
+    }
+    QList<SettledPurchase> all = settled;
+    std::ranges::replace(all, label, after);
+    settled = all;
+}
+
+} // namespace parcelory

@@ -1,0 +1,129 @@
+#include "app/scanform/ScanFormScreen.h"
+
+#include "app/purchase/Reprint.h"
+#include "app/logs/SaveFile.h"
+#include "records/ShipmentStatus.h"
+
+#include <QFileInfo>
+#include <QScopeGuard>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString handOver = u"Hand one printed copy to the carrier."_s;
+
+QString counted(qsizetype labels)
+{
+    return QString::number(labels) + (labels == 1 ? u" label"_s : u" labels"_s);
+}
+
+} // namespace
+
+QString ScanFormScreen::title(const ScanForm &form)
+{
+    return momentText(form.askedAt) + u" — "_s + counted(form.transactions.size()) +
+           (form.testMode ? u" (TEST)"_s : QString());
+}
+
+QString ScanFormScreen::labelsText() const
+{
+    const std::optional<ScanForm> form = shown;
+    if (!form)
+        return {};
+    const qsizetype all = form->transactions.size(), others = std::max<qsizetype>(0, all - labels.value().size());
+    const QString text = counted(all) + u" on this form"_s;
+    return others == 0 ? text : text + u", %1 of them of other desks"_s.arg(others);
+}
+
+Task<> ScanFormScreen::load()
+{
+    auto reading = onPool([&store = m_app.scanForms] { return store.finished(listLimit); });
+    forms = co_await reading;
+    if (!forms.value().isEmpty())
+        co_await show(forms.value().first());
+    const std::optional<QByteArray> last = m_app.scanFormPDF;
+    if (last && documents.value().value(0) != *last) { // it could not be kept, so it is all the more to be printed
+        shown = std::nullopt;
+        labels = QList<ShipmentRecord>();
+        documents = QList<QByteArray>{*last};
+    }
+    message = documents.value().isEmpty() ? QString() : handOver;
+}
+
+Task<> ScanFormScreen::show(ScanForm form)
+{
+    struct Contents {
+        QList<QByteArray> documents;
+        QList<ShipmentRecord> labels;
+    };
+    shown = form;
+    auto reading =
+        onPool([&store = m_app.scanForms, form] { return Contents{store.documents(form.id), store.labelsOn(form)}; });
+    const Contents contents = co_await reading;
+    if (shown.value() != form)
+        co_return; // another was chosen meanwhile
+    labels = contents.labels;
+    documents = contents.documents;
+    message = handOver;
+}
+
+Task<> ScanFormScreen::print()
+{
+    return run(&ScanFormScreen::printAll);
+}
+
+Task<> ScanFormScreen::save()
+{
+    return run(&ScanFormScreen::saveAll);
+}
+
+Task<> ScanFormScreen::run(Task<QString> (ScanFormScreen::*operation)())
+{
+    if (busy || documents.value().isEmpty())
+        co_return;
+    busy = true;
+    const auto done = qScopeGuard([this] { busy = false; });
+    message = QString(); // the same outcome twice is news twice
+    try {
+        const QString outcome = co_await (this->*operation)();
+        message = outcome;
+    } catch (const AppError &error) {
+        message = error.description();
+        m_app.errors.record(u"SCAN Form"_s, error, Popup::no);
+    }
+}
+
+Task<QString> ScanFormScreen::printAll()
+{
+    const QList<QByteArray> all = documents;
+    bool sentToQueue = true;
+    for (const QByteArray &document : all)
+        sentToQueue = co_await printDocument(m_app, document);
+    co_return sentToQueue ? u"SCAN form sent to the printer."_s
+                          : u"SCAN form opened in Preview — set a document printer in Settings."_s;
+}
+
+/// Gives nothing when the clerk thinks better of it.
+Task<QString> ScanFormScreen::saveAll()
+{
+    const QList<QByteArray> all = documents;
+    const QDateTime made = shown.value() ? shown.value()->askedAt : m_app.platform.clock.now();
+    QStringList saved;
+    for (const QByteArray &document : all) {
+        const QString number =
+            all.size() == 1 ? QString()
+                            : u" (%1 of %2)"_s.arg(QString::number(saved.size() + 1), QString::number(all.size()));
+        const QString proposed = u"SCAN Form %1%2.pdf"_s.arg(made.date().toString(Qt::ISODate), number);
+        const QString path = co_await m_app.platform.prompts.saveFile(u"Save SCAN Form"_s, proposed);
+        if (path.isEmpty())
+            break;
+        auto writing = onPool([path, document] { saveBytes(path, document); });
+        co_await writing;
+        saved += QFileInfo(path).fileName();
+    }
+    co_return saved.isEmpty() ? QString() : u"Saved to "_s + saved.join(u", "_s);
+}
+
+} // namespace parcelory

@@ -1,0 +1,172 @@
+#include "app/settings/SettingsScreen.h"
+
+#include "core/SettingsKeys.h"
+
+#include <QScopeGuard>
+
+#include <algorithm>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString testSent = u"Test sent — a small label should print. Nothing? The printer may be paused "
+                         "(System Settings → Printers) or set to EPL language."_s;
+
+/// Edits one record of a list that is written as a whole.
+template <class Record>
+void editIn(QProperty<QList<Record>> &records, const QUuid &id, const std::function<void(Record &)> &edit)
+{
+    QList<Record> all = records;
+    const auto found = std::ranges::find(all, id, &Record::id);
+    if (found == all.end())
+        return;
+    edit(*found);
+    records = all;
+}
+
+QString quoted(const QString &name, const QString &otherwise)
+{
+    return name.isEmpty() ? otherwise : u'“' + name + u'”';
+}
+
+} // namespace
+
+SettingsScreen::SettingsScreen(AppState &app) : m_app(app)
+{
+    const Preferences &stored = app.platform.preferences;
+    const Deployment &company = app.platform.deployment;
+    zebraQueue = read(stored, settings::zebraQueue);
+    documentQueue = read(stored, settings::documentQueue);
+    rotate180 = read(stored, settings::rotate180);
+    showAddressSidebar = read(stored, settings::showAddressSidebar);
+    fallbackEmail = read(stored, settings::senderFallbackEmail, company.fallbackEmail);
+    fallbackPhone = read(stored, settings::senderFallbackPhone, company.fallbackPhone);
+    store(zebraQueue, settings::zebraQueue);
+    store(documentQueue, settings::documentQueue);
+    store(rotate180, settings::rotate180);
+    store(showAddressSidebar, settings::showAddressSidebar);
+    store(fallbackEmail, settings::senderFallbackEmail);
+    store(fallbackPhone, settings::senderFallbackPhone);
+}
+
+template <class T>
+void SettingsScreen::store(QProperty<T> &property, const Setting<T> &setting)
+{
+    m_notifiers.push_back(
+        property.addNotifier([this, &property, &setting] { write(m_app.platform.preferences, setting, property); }));
+}
+
+QStringList SettingsScreen::labelPrinterChoices() const
+{
+    return showAllPrinters || zebraQueues.value().isEmpty() ? queues : zebraQueues;
+}
+
+QString SettingsScreen::zebraHint() const
+{
+    return m_discovered && zebraQueues.value().isEmpty() ? u"— no Zebra detected —"_s : QString();
+}
+
+QString SettingsScreen::queueTitle(const QString &queue) const
+{
+    return m_discovered && !queues.value().contains(queue) ? queue + u" (not found)"_s : queue;
+}
+
+Task<> SettingsScreen::refreshPrinters()
+{
+    if (busy)
+        co_return;
+    busy = true;
+    const auto done = qScopeGuard([this] { busy = false; });
+    printerMessage = PrinterMessage{};
+    auto listing = onPool([&printer = m_app.printer] { return std::pair{printer.queues(), printer.zebraQueues()}; });
+    const std::pair<QStringList, QStringList> found = co_await listing;
+    m_discovered = true;
+    queues = found.first;
+    zebraQueues = found.second;
+    chooseZebraQueue();
+}
+
+/// A label must come out of a label printer: any other queue gives way, but not without a word.
+void SettingsScreen::chooseZebraQueue()
+{
+    const QString previous = zebraQueue;
+    const QStringList &zebras = zebraQueues.value();
+    if (!previous.isEmpty() && zebras.contains(previous))
+        return;
+    zebraQueue = zebras.value(0);
+    if (previous.isEmpty())
+        return;
+    const QString now =
+        zebras.isEmpty() ? u"no label printer is chosen now."_s : u"labels now print on “%1”."_s.arg(zebras.first());
+    printerMessage = PrinterMessage{u"“%1” was not found among the Zebra printers — "_s.arg(previous) + now, false};
+}
+
+Task<> SettingsScreen::printTest()
+{
+    if (busy)
+        co_return;
+    busy = true;
+    const auto done = qScopeGuard([this] { busy = false; });
+    printerMessage = PrinterMessage{}; // the same outcome twice is news twice
+    const auto sent = qScopeGuard([this] { m_app.printWatch.follow(zebraQueue, Paper::label); });
+    try {
+        auto printing =
+            onPool([&printer = m_app.printer, queue = zebraQueue.value()] { printer.printZPL(Zpl::testLabel, queue); });
+        co_await printing;
+        printerMessage = PrinterMessage{testSent, true};
+    } catch (const AppError &error) {
+        printerMessage = PrinterMessage{error.description(), false};
+        m_app.errors.record(u"Print Test"_s, error, Popup::no);
+    }
+}
+
+void SettingsScreen::editProfile(const QUuid &id, const std::function<void(SenderProfile &)> &edit)
+{
+    editIn(m_app.senders.profiles, id, edit);
+}
+
+void SettingsScreen::editBox(const QUuid &id, const std::function<void(BoxProfile &)> &edit)
+{
+    editIn(m_app.boxes.profiles, id, edit);
+}
+
+bool SettingsScreen::isDefaultProfile(const QUuid &id) const
+{
+    const std::optional<SenderProfile> chosen = m_app.senders.defaultProfile();
+    return chosen && chosen->id == id;
+}
+
+Task<bool> SettingsScreen::confirmed(QString title, QString text, QString keep, QString remove)
+{
+    const Question question{.title = title, .text = text, .choices = {keep, remove}};
+    const int answer = co_await m_app.platform.prompts.choose(question);
+    co_return answer == 1;
+}
+
+Task<> SettingsScreen::removeProfile(QUuid id)
+{
+    const std::optional<SenderProfile> profile = m_app.senders.find(id);
+    if (!profile || !canRemoveProfile())
+        co_return;
+    const bool sure = co_await confirmed(u"Delete %1?"_s.arg(quoted(profile->name, u"this profile"_s)),
+                                         u"The return address is forgotten. Labels already bought keep it."_s,
+                                         u"Keep Profile"_s, u"Delete Profile"_s);
+    if (sure)
+        m_app.senders.remove(id);
+}
+
+Task<> SettingsScreen::removeBox(QUuid id)
+{
+    const std::optional<BoxProfile> box = m_app.boxes.find(id);
+    if (!box)
+        co_return;
+    const bool sure =
+        co_await confirmed(u"Delete %1?"_s.arg(quoted(box->name, u"this box"_s)),
+                           u"It is no longer offered in the Mailpiece menu."_s, u"Keep Box"_s, u"Delete Box"_s);
+    if (sure)
+        m_app.boxes.remove(id);
+}
+
+} // namespace parcelory

@@ -1,0 +1,39 @@
+#include "app/signin/SignInScreen.h"
+
+#include "core/SettingsKeys.h"
+
+namespace parcelory {
+
+SignInScreen::SignInScreen(AppState &app) : m_app(app)
+{
+    Preferences &preferences = app.platform.preferences;
+    name = read(preferences, settings::signInName);
+    remember = read(preferences, settings::desklineRemember);
+    m_notifiers.push_back(
+        name.addNotifier([this, &preferences] { write(preferences, settings::signInName, name.value()); }));
+    m_notifiers.push_back(remember.addNotifier(
+        [this, &preferences] { write(preferences, settings::desklineRemember, remember.value()); }));
+}
+
+Task<> SignInScreen::appear()
+{
+    remember = read(m_app.platform.preferences, settings::desklineRemember);
+    password = QString(); // another clerk's must not stand here
+    const QString shown = name;
+    const Credentials stored = co_await m_app.credentials.stored();
+    if (m_app.flow != AppFlow::login)
+        co_return;
+    if (name.value() == shown && password.value().isEmpty()) { // nobody was quicker
+        name = stored.user.isEmpty() ? shown : stored.user;
+        password = stored.password;
+    }
+    co_await m_app.attemptAutoLogin();
+}
+
+Task<> SignInScreen::signIn()
+{
+    co_await m_app.signIn(name, password, remember);
+    remember = read(m_app.platform.preferences, settings::desklineRemember); // a rejected password ends it
+}
+
+} // namespace parcelory

@@ -1,0 +1,261 @@
+#include "app/update/UpdateChecker.h"
+
+#include "core/Json.h"
+#include "shell/UpdateSignature.h"
+
+#include <QCryptographicHash>
+#include <QDir>
+#include <QFileInfo>
+#include <QScopeGuard>
+#include <QUrl>
+
+#include <algorithm>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace {
+
+const QString notConfigured = u"This build doesn’t have an update feed set — contact Tobin"_s;
+const QString failed = u"Update Check Failed"_s;
+const QString unreadable = u"The update feed couldn't be read. Try again in a few minutes, or contact Tobin"_s;
+
+const QString onPracticeDesk = u"The practice desk reaches nothing outside this computer, so it looks for no updates. "
+                               "Start Parcelory without practice to check for a newer version."_s;
+
+constexpr auto pollInterval = 250ms;
+constexpr auto quitPatience = 1500ms;
+
+/// Whoever may write the deployment file may leave the place of a value open.
+bool isConfigured(const Deployment &deployment)
+{
+    return !deployment.updateFeed.contains(u"REPLACE-WITH"_s, Qt::CaseInsensitive);
+}
+
+/// Anything else curl would take for an option, or for a file of this machine; and what comes over an open line has to
+/// be known by its checksum.
+void requireWebAddress(const UpdateInfo &info)
+{
+    const QUrl url(info.url, QUrl::StrictMode);
+    if (!url.isValid() || (url.scheme() != u"https" && url.scheme() != u"http") || url.host().isEmpty())
+        throw AppError(u"the feed names no web address to download from"_s);
+    const bool isOpenLine = url.scheme() == u"http" && url.host() != u"127.0.0.1";
+    if (isOpenLine && !info.sha256)
+        throw AppError(u"the feed names an address without encryption, and no checksum"_s);
+}
+
+/// The helper script cannot swap what this program may not change, and nobody would see it fail.
+void requireReplaceable(const QString &bundle)
+{
+    if (bundle.isEmpty())
+        throw AppError(u"this copy of Parcelory was not installed as an app — update it the way it was installed"_s);
+    const QString folder = QFileInfo(bundle).absolutePath();
+    if (!QFileInfo(folder).isWritable())
+        throw AppError(u"Parcelory may not write in the folder %1, where it is installed"_s.arg(folder));
+}
+
+void requireSignature(const UpdateInfo &info, const std::optional<QString> &key)
+{
+    if (key && (!info.sha256 || !info.signature || !signatureHolds(info.signedText(), *info.signature, *key)))
+        throw AppError(u"the update is not signed by its publisher, so it was not installed"_s);
+}
+
+void requireChecksum(const UpdateInfo &info, const QString &archive)
+{
+    if (!info.sha256)
+        return;
+    QFile file(archive);
+    QCryptographicHash hash(QCryptographicHash::Sha256);
+    if (!file.open(QIODevice::ReadOnly) || !hash.addData(&file))
+        throw AppError(file.errorString());
+    if (QString::fromLatin1(hash.result().toHex()) != info.sha256->toLower())
+        throw AppError(u"what was downloaded is not the archive that the feed describes"_s);
+}
+
+/// Nobody else on this machine may touch what is about to become the program.
+void makePrivateFolder(const QString &path)
+{
+    if (!QDir().mkdir(path, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner))
+        throw AppError(u"The folder %1 could not be made."_s.arg(path));
+}
+
+} // namespace
+
+UpdateChecker::UpdateChecker(AppState &app)
+    : m_app(app), m_application(app.platform.application), m_tools(app.platform.processes)
+{
+}
+
+UpdateChecker::~UpdateChecker()
+{
+    stop();
+    m_app.platform.clock.cancel(m_poll);
+    if (phase != UpdatePhase::idle && !m_relaunching)
+        QDir(m_folder).removeRecursively();
+}
+
+QString UpdateChecker::withTelephone(const QString &text) const
+{
+    return text + m_app.platform.deployment.supportTelephone;
+}
+
+Task<> UpdateChecker::check(bool announce)
+{
+    if (phase != UpdatePhase::idle) { // what is being downloaded stays the offer
+        offers = offers + (announce ? 1 : 0);
+        co_return;
+    }
+    m_announcing = m_announcing || announce; // the check at launch may still be under way, and answers both
+    if (busy)
+        co_return;
+    busy = true;
+    const auto done = qScopeGuard([this] {
+        m_announcing = false;
+        busy = false;
+    });
+    const std::optional<Notice> notice = co_await look();
+    if (notice && m_announcing)
+        co_await m_app.platform.prompts.alert(notice->title, notice->text);
+}
+
+Task<std::optional<UpdateChecker::Notice>> UpdateChecker::look()
+{
+    if (m_app.platform.practice)
+        co_return Notice{u"Practice Desk"_s, onPracticeDesk};
+    if (!isConfigured(m_app.platform.deployment))
+        co_return Notice{u"Updates Not Configured"_s, withTelephone(notConfigured)};
+    QByteArray data;
+    try {
+        auto reading =
+            onPool([tools = m_tools, feed = m_app.platform.deployment.updateFeed] { return tools.curlData(feed); });
+        data = co_await reading;
+    } catch (const AppError &error) {
+        co_return Notice{failed, u"Couldn't reach the update server: "_s + error.description()};
+    }
+    const std::optional<UpdateInfo> info = parseUpdateFeed(data);
+    if (!info)
+        co_return Notice{failed, withTelephone(unreadable)};
+    if (isNewer(info->version, installedVersion())) {
+        offer(*info);
+        co_return std::nullopt;
+    }
+    if (phase == UpdatePhase::idle)
+        available = std::nullopt;
+    co_return Notice{u"You're Up to Date"_s, u"Parcelory "_s + installedVersion() + u" is the latest version."_s};
+}
+
+void UpdateChecker::offer(const UpdateInfo &info)
+{
+    if (phase == UpdatePhase::idle)
+        available = info;
+    offers = offers + 1;
+}
+
+Task<> UpdateChecker::install()
+{
+    const std::optional<UpdateInfo> info = available;
+    if (!info || phase != UpdatePhase::idle)
+        co_return;
+    phase = UpdatePhase::downloading;
+    progress = 0.0;
+    status = u"Downloading v"_s + info->version + u"…"_s;
+    m_folder = QDir::temp().filePath(u"kxupdate-"_s + QUuid::createUuid().toString(QUuid::WithoutBraces));
+    try {
+        co_await fetch(*info, m_folder);
+        phase = UpdatePhase::ready;
+        status = u"Parcelory "_s + info->version + u" downloaded and ready to install."_s;
+        offers = offers + 1; // the prompt may have been closed meanwhile
+        co_return;
+    } catch (const std::exception &error) {
+        sayFailed(error);
+    }
+    co_await discard();
+}
+
+void UpdateChecker::sayFailed(const std::exception &error)
+{
+    status = u"Update failed: "_s + describe(error);
+    m_app.errors.record(u"Self-Update"_s, error, Popup::no);
+}
+
+/// Clears away what there is of a download, so that it can begin anew.
+Task<> UpdateChecker::discard()
+{
+    stagedHelper = std::nullopt;
+    stagedArgs.clear();
+    auto removing = onPool([folder = m_folder] { QDir(folder).removeRecursively(); });
+    co_await removing;
+    progress = std::nullopt;
+    phase = UpdatePhase::idle;
+    offers = offers + 1;
+}
+
+Task<> UpdateChecker::fetch(UpdateInfo info, QString folder)
+{
+    requireWebAddress(info);
+    requireReplaceable(m_application.installedPath());
+    requireSignature(info, m_app.platform.deployment.updatePublicKey);
+    makePrivateFolder(folder);
+    const QString archive = folder + u"/update.zip"_s;
+    co_await download(info, archive);
+    auto staging = onPool([=, tools = m_tools] {
+        requireChecksum(info, archive);
+        return tools.stage(archive, folder);
+    });
+    const QString app = co_await staging;
+    stagedHelper = UpdateTools::helperIn(folder);
+    stagedArgs = {QString::number(m_application.processId()), m_application.installedPath(), app};
+}
+
+Task<> UpdateChecker::download(UpdateInfo info, QString archive)
+{
+    auto measuring = onPool([=, tools = m_tools] { return info.size ? info.size : tools.contentLength(info.url); });
+    const std::optional<qint64> total = co_await measuring;
+    if (total && *total > 0)
+        pollProgress(archive, *total);
+    const auto polled = qScopeGuard([this] { m_app.platform.clock.cancel(m_poll); });
+    auto downloading = onPool([=, tools = m_tools] { tools.curlDownload(info.url, archive); });
+    co_await downloading;
+    progress = 1.0;
+}
+
+void UpdateChecker::pollProgress(QString archive, qint64 total)
+{
+    m_poll = m_app.platform.clock.after(pollInterval, [=, this] {
+        progress = std::min(1.0, double(QFileInfo(archive).size()) / double(total));
+        pollProgress(archive, total);
+    });
+}
+
+Task<> UpdateChecker::relaunchNow()
+{
+    if (!stagedHelper || m_relaunching)
+        co_return;
+    m_relaunching = true;
+    auto looking =
+        onPool([helper = *stagedHelper, app = stagedArgs.last()] { return UpdateTools::isStaged(helper, app); });
+    const bool staged = co_await looking;
+    if (staged) {
+        startHelper();
+        co_return;
+    }
+    m_relaunching = false;
+    sayFailed(AppError(u"what was downloaded is no longer there — download it again"_s));
+    co_await discard();
+}
+
+void UpdateChecker::startHelper()
+{
+    try {
+        m_application.startDetached(u"/bin/sh"_s, QStringList(*stagedHelper) + stagedArgs);
+    } catch (const AppError &error) {
+        status = u"Couldn't start the update helper: "_s + error.description();
+        m_app.errors.record(u"Self-Update Relaunch"_s, error, Popup::no);
+        m_relaunching = false;
+        return;
+    }
+    m_application.quitWithin(quitPatience);
+}
+
+} // namespace parcelory

@@ -1,0 +1,112 @@
+#include "carrier/ShippoKeys.h"
+#include "core/AppError.h"
+#include "devices/LabelPrinter.h"
+#include "practice/PracticeRun.h"
+#include "practice/PracticeScreens.h"
+#include "practice/PracticeWindow.h"
+#include "shell/CommandLine.h"
+#include "platform/ConsolePrompts.h"
+#include "platform/SystemPlatform.h"
+#include "ui/Program.h"
+#include "ui/WindowKeyboard.h"
+
+#include <QApplication>
+#include <QTextStream>
+
+#include <cstdio>
+#include <memory>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+int printStatus(Platform &platform)
+{
+    ShippoKeys keys(platform.secrets, platform.preferences);
+    LabelPrinter printer(platform);
+    QTextStream out(stdout);
+    out << "Carrier:        " << platform.deployment.carrierApi.toString() << '\n'
+        << "API key:        " << keys.statusText() << '\n'
+        << "Records:        " << platform.dataFolder.absolutePath() << '\n'
+        << "Print queues:   " << printer.queues().join(u", "_s) << '\n'
+        << "Label printers: " << printer.zebraQueues().join(u", "_s) << '\n';
+    return 0;
+}
+
+int addKey(Platform &platform, const QString &typedName)
+{
+    const QString name = typedName.trimmed();
+    const QString token = QTextStream(stdin).readLine().trimmed();
+    if (name.isEmpty() || token.isEmpty())
+        throw AppError(u"Give the key a name, and its token on standard input."_s);
+    if (name.size() > ShippoKeys::longestName)
+        throw AppError(ShippoKeys::tooLong);
+    ShippoKeys keys(platform.secrets, platform.preferences);
+    if (!keys.store(token, name))
+        throw AppError(ShippoKeys::notKept);
+    QTextStream(stdout) << keys.statusText() << '\n';
+    return 0;
+}
+
+int runWindow()
+{
+    Program::makeLook();
+    WindowPrompts prompts;
+    WindowKeyboard keyboard;
+    SystemPlatform system(prompts, keyboard);
+    Program program(system.platform(), prompts);
+    program.window().show();
+    spawn([&program] { return program.screens().label.purchases.resume(); });
+    spawn([&program] { return program.screens().updates.checkOnLaunch(); });
+    return QApplication::exec();
+}
+
+int run(const CommandLine &line, bool window)
+{
+    if (line.screenshots)
+        return drawScreens(*line.screenshots);
+    if (line.practice && window)
+        return runPracticeWindow(line.practiceFolder);
+    if (line.practice)
+        return runPractice(line.practiceFolder, line.orders.value_or(QString()));
+    if (!line.status && !line.keyName) {
+        if (!window)
+            throw AppError(u"There is no display to open the window on; parcelory --help tells what works without."_s);
+        return runWindow();
+    }
+    ConsolePrompts prompts;
+    SilentKeyboard keyboard;
+    SystemPlatform system(prompts, keyboard);
+    return line.keyName ? addKey(system.platform(), *line.keyName) : printStatus(system.platform());
+}
+
+} // namespace
+} // namespace parcelory
+
+int main(int argc, char **argv)
+{
+#ifdef Q_OS_LINUX
+    // Without TZ the C library looks at the zone's file again at every conversion: a third of an import's time.
+    if (!qEnvironmentVariableIsSet("TZ"))
+        qputenv("TZ", ":/etc/localtime");
+#endif
+    const parcelory::Display display = parcelory::CommandLine::display(argc, argv);
+    if (display == parcelory::Display::memory)
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    parcelory::WebEngineSession::prepareProcess();
+    const bool window = display == parcelory::Display::screen;
+    std::unique_ptr<QCoreApplication> app;
+    if (display != parcelory::Display::none)
+        app = std::make_unique<QApplication>(argc, argv);
+    else
+        app = std::make_unique<QCoreApplication>(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("parcelory"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(PARCELORY_VERSION));
+    try {
+        return parcelory::run(parcelory::CommandLine::parse(QCoreApplication::arguments()), window);
+    } catch (const std::exception &error) {
+        std::fprintf(stderr, "parcelory: %s\n", qUtf8Printable(parcelory::describe(error)));
+        return 1;
+    }
+}

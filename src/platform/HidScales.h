@@ -1,0 +1,42 @@
+#pragma once
+
+#include "core/ports/HidSource.h"
+#include "platform/ReportInbox.h"
+
+#include <QObject>
+
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
+#include <thread>
+
+namespace parcelory {
+
+/// Scales through hidapi, on a thread of their own. The library tells of neither arrivals nor reports, so the thread
+/// looks for scales every second, and into their queues of reports while there are any.
+class HidScales : public HidSource {
+public:
+    using Duration = std::chrono::milliseconds;
+
+    explicit HidScales(Duration lookEvery = std::chrono::seconds(1)) : m_lookEvery(lookEvery) {}
+    ~HidScales() override { stop(); }
+
+    void start(Listener listener) override;
+    void stop() override;
+
+private:
+    void run();
+    bool waitForStop(std::chrono::steady_clock::time_point until);
+    void deliver();
+
+    const Duration m_lookEvery;
+    Listener m_listener;
+    ReportInbox m_inbox;
+    std::thread m_thread;
+    std::mutex m_access;
+    std::condition_variable m_woken;
+    bool m_stopping = false;
+    QObject m_receiver; ///< of what the thread posts; what is still on its way goes with it
+};
+
+} // namespace parcelory

@@ -1,0 +1,117 @@
+#include "platform/NetworkTransport.h"
+
+#include "core/AppError.h"
+
+#include <QCoroNetworkReply>
+#include <QHostAddress>
+#include <QIODevice>
+#include <QNetworkReply>
+
+#include <algorithm>
+#include <memory>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// A body that can be read once. The network manager sends a request again when its connection is lost before an
+/// answer, which would buy a label twice; a body that does not go back to its beginning makes it fail instead.
+class OneTimeBody : public QIODevice {
+public:
+    explicit OneTimeBody(QByteArray bytes) : m_bytes(std::move(bytes)) { open(ReadOnly | Unbuffered); }
+
+    qint64 size() const override { return m_bytes.size(); }
+    bool reset() override { return m_read == 0; }
+    bool seek(qint64 to) override { return to == m_read && QIODevice::seek(to); }
+    bool atEnd() const override { return m_read == m_bytes.size(); }
+    qint64 bytesAvailable() const override { return m_bytes.size() - m_read; }
+
+protected:
+    qint64 readData(char *data, qint64 most) override
+    {
+        const qint64 count = std::min(most, qint64(m_bytes.size()) - m_read);
+        std::copy_n(m_bytes.constData() + m_read, count, data);
+        m_read += count;
+        return count > 0 || most == 0 ? count : -1;
+    }
+    qint64 writeData(const char *, qint64) override { return -1; }
+
+private:
+    QByteArray m_bytes;
+    qint64 m_read = 0;
+};
+
+QNetworkRequest networkRequest(const HttpRequest &request, NetworkTransport::Reach reach)
+{
+    QNetworkRequest message(request.url);
+    if (!request.body.isEmpty())
+        message.setHeader(QNetworkRequest::ContentLengthHeader, request.body.size());
+    message.setTransferTimeout(int(request.timeout.count()));
+    for (const auto &[name, value] : request.headers)
+        message.setRawHeader(name, value);
+    // A redirect to another host would carry the token along, or lead the practice desk outside.
+    const bool authorised = std::ranges::any_of(request.headers, [](const auto &header) {
+        return header.first.compare("Authorization", Qt::CaseInsensitive) == 0;
+    });
+    const bool stay = authorised || reach == NetworkTransport::Reach::loopbackOnly;
+    const auto followed = stay ? QNetworkRequest::SameOriginRedirectPolicy : QNetworkRequest::NoLessSafeRedirectPolicy;
+    message.setAttribute(QNetworkRequest::RedirectPolicyAttribute, request.redirects == HttpRequest::Redirects::follow
+                                                                       ? followed
+                                                                       : QNetworkRequest::ManualRedirectPolicy);
+    // No request leaves cookies for another.
+    message.setAttribute(QNetworkRequest::CookieLoadControlAttribute, QNetworkRequest::Manual);
+    message.setAttribute(QNetworkRequest::CookieSaveControlAttribute, QNetworkRequest::Manual);
+    return message;
+}
+
+/// The failure in the clerk's words: the host, but neither address, headers nor body. Whoever is told to try again buys
+/// a label twice when the first request has arrived.
+QString failureText(const QNetworkReply &reply, const HttpRequest &request, bool isSent)
+{
+    const QString host = request.url.host();
+    if (!isSent)
+        return u"%1 could not be reached (%2) — check the network and try again."_s.arg(host, reply.errorString());
+    if (reply.error() == QNetworkReply::OperationCanceledError || reply.error() == QNetworkReply::TimeoutError)
+        return u"%1 did not answer for %2 seconds — check the network."_s.arg(host).arg(request.timeout.count() / 1000);
+    return u"%1 gave no answer (%2) — check the network."_s.arg(host, reply.errorString());
+}
+
+[[noreturn]] void throwFailure(const QNetworkReply &reply, const HttpRequest &request)
+{
+    constexpr QNetworkReply::NetworkError beforeSending[] = {QNetworkReply::HostNotFoundError,
+                                                             QNetworkReply::ConnectionRefusedError,
+                                                             QNetworkReply::SslHandshakeFailedError};
+    const bool isSent = std::ranges::find(beforeSending, reply.error()) == std::end(beforeSending);
+    const QString text = failureText(reply, request, isSent);
+    if (!isSent)
+        throw NotSent(text);
+    throw AppError(text);
+}
+
+} // namespace
+
+NetworkTransport::NetworkTransport(Reach reach) : m_reach(reach) {}
+
+Task<HttpAnswer> NetworkTransport::send(HttpRequest request)
+{
+    if (m_reach == Reach::loopbackOnly && !QHostAddress(request.url.host()).isLoopback())
+        throw AppError(u"The practice desk does not go to %1."_s.arg(request.url.host()));
+    const QNetworkRequest message = networkRequest(request, m_reach);
+    OneTimeBody body(request.body);
+    const auto start = [&] {
+        if (request.method == "HEAD")
+            return m_manager.head(message); // as any other method it would wait for a body that never comes
+        return request.body.isEmpty() ? m_manager.sendCustomRequest(message, request.method)
+                                      : m_manager.sendCustomRequest(message, request.method, &body);
+    };
+    const std::unique_ptr<QNetworkReply, QScopedPointerDeleteLater> reply(start());
+    co_await reply.get();
+    const int status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
+    // A connection that broke in the middle of an answer has a status, too; a refusal by status is an answer.
+    if (status == 0 || (reply->error() != QNetworkReply::NoError && status < 400))
+        throwFailure(*reply, request);
+    co_return HttpAnswer{status, reply->readAll()};
+}
+
+} // namespace parcelory

@@ -1,0 +1,31 @@
+#include "platform/SystemPlatform.h"
+
+#include <QStandardPaths>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+QDir applicationSupportFolder()
+{
+    return QDir(QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + u"/Parcelory"_s);
+}
+
+SystemPlatform::SystemPlatform(Prompts &prompts, Keyboard &keyboard)
+    : m_web({.folder = applicationSupportFolder().filePath(u"Deskline"_s)}),
+      m_platform{.http = m_http,
+                 .clock = m_clock,
+                 .secrets = m_secrets,
+                 .preferences = m_preferences,
+                 .prompts = prompts,
+                 .desktop = m_desktop,
+                 .processes = m_processes,
+                 .hid = m_hid,
+                 .keyboard = keyboard,
+                 .web = m_web,
+                 .application = m_application,
+                 .dataFolder = applicationSupportFolder(),
+                 .deployment = Deployment::builtIn()}
+{
+}
+
+} // namespace parcelory

@@ -1,0 +1,86 @@
+#include "ui/EditMenu.h"
+
+#include <QApplication>
+#include <QKeyEvent>
+#include <QMenuBar>
+#include <QPointer>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// Every text field, and every list that can be copied from, knows these keys by itself. An entry presses them there.
+class EditMenu : public QObject {
+public:
+    explicit EditMenu(QMenu *menu);
+
+private:
+    void add(const QString &text, QKeySequence::StandardKey keys);
+    void remember(QWidget *focus);
+    bool press(QEvent::Type type, const QAction &entry) const;
+    void refresh();
+
+    QMenu *m_menu;
+    QPointer<QWidget> m_target; ///< who had the keyboard before the menu took it
+};
+
+EditMenu::EditMenu(QMenu *menu) : QObject(menu), m_menu(menu)
+{
+    add(u"Undo"_s, QKeySequence::Undo);
+    add(u"Redo"_s, QKeySequence::Redo);
+    menu->addSeparator();
+    add(u"Cut"_s, QKeySequence::Cut);
+    add(u"Copy"_s, QKeySequence::Copy);
+    add(u"Paste"_s, QKeySequence::Paste);
+    menu->addSeparator();
+    add(u"Select All"_s, QKeySequence::SelectAll);
+    connect(qApp, &QApplication::focusChanged, this, [this](QWidget *, QWidget *now) { remember(now); });
+    connect(menu, &QMenu::aboutToShow, this, &EditMenu::refresh);
+}
+
+void EditMenu::add(const QString &text, QKeySequence::StandardKey keys)
+{
+    QAction *entry = m_menu->addAction(text);
+    entry->setShortcut(QKeySequence(keys));
+    entry->setShortcutContext(Qt::WidgetShortcut); // the keys stay with the field: the menu only names them
+    entry->setMenuRole(QAction::NoRole);
+    connect(entry, &QAction::triggered, this, [this, entry] {
+        press(QEvent::KeyPress, *entry);
+        press(QEvent::KeyRelease, *entry);
+    });
+}
+
+void EditMenu::remember(QWidget *focus)
+{
+    if (focus && !qobject_cast<QMenuBar *>(focus) && !qobject_cast<QMenu *>(focus))
+        m_target = focus;
+}
+
+/// Whether somebody took the keys.
+bool EditMenu::press(QEvent::Type type, const QAction &entry) const
+{
+    if (!m_target || entry.shortcut().isEmpty())
+        return false;
+    const QKeyCombination keys = entry.shortcut()[0];
+    QKeyEvent event(type, keys.key(), keys.keyboardModifiers());
+    event.ignore();
+    QCoreApplication::sendEvent(m_target, &event);
+    return event.isAccepted();
+}
+
+/// A widget claims the keys that it would act on.
+void EditMenu::refresh()
+{
+    for (QAction *entry : m_menu->actions())
+        entry->setEnabled(entry->isSeparator() || press(QEvent::ShortcutOverride, *entry));
+}
+
+} // namespace
+
+void addEditMenu(QMenuBar *bar)
+{
+    new EditMenu(bar->addMenu(u"&Edit"_s)); // the menu owns it
+}
+
+} // namespace parcelory

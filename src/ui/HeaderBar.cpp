@@ -1,0 +1,114 @@
+#include "ui/HeaderBar.h"
+
+#include "ui/parts/Attention.h"
+#include "ui/parts/Button.h"
+
+#include <QHBoxLayout>
+#include <QPainter>
+#include <QTabBar>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+ModeHatch::ModeHatch(QWidget *parent) : QWidget(parent)
+{
+    setFixedHeight(6);
+    setVisible(false);
+}
+
+void ModeHatch::setMode(PostageMode mode)
+{
+    m_mode = mode;
+    setVisible(mode == PostageMode::test || mode == PostageMode::practice);
+    update();
+}
+
+void ModeHatch::paintEvent(QPaintEvent *)
+{
+    const Tokens &t = Theme::current().tokens();
+    const bool practice = m_mode == PostageMode::practice;
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.fillRect(rect(), practice ? t.practice : t.test);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(practice ? t.onPractice : t.onTest);
+    constexpr int step = 16;
+    for (int x = -step; x < width() + step; x += step)
+        painter.drawPolygon(QPolygonF({QPointF(x, 6), QPointF(x + 7, 6), QPointF(x + 12, 0), QPointF(x + 5, 0)}));
+}
+
+HeaderBar::HeaderBar(AppState &app, LabelScreen &label, KeysScreen &keys, QWidget *parent)
+    : Surface(&Tokens::sheet, parent), m_app(app), m_label(label), m_keys(keys), m_tabs(new QTabBar),
+      m_mode(new Badge({}, BadgeKind::plain)), m_scanStatus(new ElidedLabel({}, FontRole::caption, &Tokens::muted)),
+      m_scanForm(new Button(u"SCAN Form"_s, Button::Kind::standard, u"ui_scanform"_s)),
+      m_userRule(new Rule(Qt::Vertical)), m_user(new ElidedLabel({}, FontRole::caption, &Tokens::muted)),
+      m_signOut(nullptr), m_follower([this] { refresh(); })
+{
+    const Theme &theme = Theme::current();
+    setLines(Qt::BottomEdge);
+    setFixedHeight(theme.scaled(47));
+    m_tabs->setDocumentMode(true);
+    m_tabs->setExpanding(false);
+    m_tabs->setDrawBase(false);
+    m_tabs->setAccessibleName(u"Screens"_s);
+    m_tabs->setFont(theme.font(FontRole::strong)); // measured bold, so that the current tab moves nothing
+    for (const MainTabInfo &info : mainTabs())
+        m_tabs->addTab(info.title);
+    m_mode->setTall(24);
+    m_userRule->setFixedHeight(theme.scaled(20));
+    m_user->setMaximumWidth(theme.scaled(160));
+    m_scanStatus->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    m_scanStatus->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred); // nothing gives way to it
+    m_scanForm->setToolTip(u"Create today's USPS SCAN form (manifest) and print it"_s);
+    auto *signOut = new Button(u"Sign Out"_s, Button::Kind::link);
+
+    auto *row = new QHBoxLayout(this);
+    row->setContentsMargins(16, 0, 12, 1);
+    row->setSpacing(8);
+    row->addWidget(new IconView(u"parcelory_mark"_s, 22, &Tokens::accent));
+    row->addWidget(new TextLabel(u"Parcelory"_s, FontRole::h2));
+    row->addSpacing(4);
+    row->addWidget(m_tabs);
+    row->addWidget(m_scanStatus, 1);
+    row->addWidget(m_mode);
+    row->addWidget(m_scanForm);
+    row->addSpacing(4);
+    row->addWidget(m_userRule);
+    row->addWidget(m_user);
+    row->addWidget(signOut);
+    m_signOut = signOut;
+
+    connect(m_tabs, &QTabBar::currentChanged, this, [this](int at) { m_app.tab = mainTabs()[at].tab; });
+    connect(m_scanForm, &QPushButton::clicked, this, [this] { createScanForm(m_app, m_label); });
+    connect(signOut, &QPushButton::clicked, this, [this] { m_app.signOut(); });
+    m_follower.follow(app.tab, app.signedInUser, keys.mode, label.busy, app.scanFormBusy, app.scanFormStatus);
+    refresh();
+}
+
+void HeaderBar::createScanForm(AppState &app, LabelScreen &label)
+{
+    const std::optional<SenderProfile> sender = label.sender();
+    spawn([&app, from = sender ? sender->address : ShippoAddress()] { return app.createScanForm(from); });
+}
+
+void HeaderBar::refresh()
+{
+    m_tabs->setCurrentIndex(int(m_app.tab.value()));
+    m_signOut->setEnabled(!m_label.busy); // the carrier's answer may be a question
+    m_user->setFullText(m_app.signedInUser);
+    m_user->setVisible(!m_user->fullText().isEmpty());
+    m_userRule->setVisible(!m_user->fullText().isEmpty());
+    enable(m_scanForm, !m_app.scanFormBusy, m_tabs); // a second press must not reach Sign Out
+    if (const QString status = m_app.scanFormStatus; status != m_scanStatus->fullText()) {
+        m_scanStatus->setFullText(status);
+        announce(m_scanStatus);
+    }
+    const PostageMode mode = m_keys.mode;
+    m_mode->setVisible(mode == PostageMode::test || mode == PostageMode::practice);
+    if (mode == PostageMode::practice)
+        m_mode->set(u"PRACTICE MODE"_s, BadgeKind::practice);
+    else
+        m_mode->set(u"TEST MODE"_s, BadgeKind::test);
+}
+
+} // namespace parcelory

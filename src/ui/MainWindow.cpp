@@ -1,0 +1,186 @@
+#include "ui/MainWindow.h"
+
+#include "core/SettingsKeys.h"
+#include "ui/ErrorLogWindow.h"
+#include "ui/HeaderBar.h"
+#include "ui/HelpMenu.h"
+#include "ui/StatusStrip.h"
+#include "ui/WindowActions.h"
+#include "ui/label/LabelView.h"
+#include "ui/log/MailingLogView.h"
+#include "ui/log/MasterLogView.h"
+#include "ui/log/ScanFormWindow.h"
+#include "ui/settings/SettingsView.h"
+#include "ui/sidebar/AddressBookWindow.h"
+#include "ui/signin/SignInView.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QStackedWidget>
+#include <QVBoxLayout>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+MainWindow::MainWindow(AppState &app, Screens &screens, const QString &signInNote)
+    : m_app(app), m_screens(screens), m_flows(new QStackedWidget), m_follower([this] { refresh(); }),
+      m_scanForm([this] { openWindow(u"scanform"_s); })
+{
+    m_flows->addWidget(new SignInView(app, screens.signIn, signInNote));
+    m_flows->addWidget(makeMain());
+    setCentralWidget(m_flows);
+    addWindowActions(*this);
+    addHelpMenu(*this);
+    setMinimumSize(Theme::current().scaled(1024), 680);
+    restoreLayout();
+    m_follower.follow(app.flow, app.tab, screens.keys.mode, screens.label.buying);
+    m_scanForm.follow(app.scanFormOpenTick);
+    spawn([this] { return m_screens.keys.refresh(); });
+    if (m_screens.settings.zebraQueue.value().isEmpty()) // the first start finds its label printer by itself
+        spawn([this] { return m_screens.settings.refreshPrinters(); });
+    refresh();
+}
+
+QWidget *MainWindow::makeMain()
+{
+    m_hatch = new ModeHatch;
+    m_tabs = new QStackedWidget;
+    m_label = new LabelView(m_app, m_screens.label, m_screens.addressBook, m_screens.keys, m_screens.settings);
+    m_mailingLog = new MailingLogView(m_app, m_screens.mailingLog);
+    m_masterLog = new MasterLogView(m_app, m_screens.masterLog, m_screens.keys);
+    m_settings = new SettingsView(m_app, m_screens);
+    for (QWidget *view : {static_cast<QWidget *>(m_label), static_cast<QWidget *>(m_mailingLog),
+                          static_cast<QWidget *>(m_masterLog), static_cast<QWidget *>(m_settings)})
+        m_tabs->addWidget(view); // in the order of mainTabs()
+    auto *main = new Surface(&Tokens::window);
+    auto *rows = new QVBoxLayout(main);
+    rows->setContentsMargins(0, 0, 0, 0);
+    rows->setSpacing(0);
+    rows->addWidget(m_hatch);
+    rows->addWidget(new HeaderBar(m_app, m_screens.label, m_screens.keys));
+    rows->addWidget(m_tabs, 1);
+    auto *strip = new StatusStrip(m_app, m_screens.keys);
+    rows->addWidget(strip);
+    connect(strip, &StatusStrip::keysRequested, this, [this] {
+        m_app.tab = MainTab::settings;
+        m_settings->showPage(SettingsView::Page::keys);
+    });
+    return main;
+}
+
+void MainWindow::restoreLayout()
+{
+    const QByteArray geometry = read(m_app.platform.preferences, settings::windowGeometry);
+    if (geometry.isEmpty() || !restoreGeometry(geometry))
+        resize(1280, 800);
+}
+
+void MainWindow::refresh()
+{
+    const bool signedIn = m_app.flow == AppFlow::main;
+    const bool entering = signedIn && m_flows->currentIndex() == 0;
+    m_flows->setCurrentIndex(signedIn ? 1 : 0);
+    if (entering)
+        spawn([this] { return m_app.syncRefundStatuses(); });
+    const int tab = int(m_app.tab.value());
+    const bool changed = m_tabs->currentIndex() != tab;
+    m_tabs->setCurrentIndex(tab);
+    m_hatch->setMode(m_screens.keys.mode);
+    switch (m_screens.keys.mode) {
+    case PostageMode::test:
+        setWindowTitle(u"Parcelory — TEST MODE"_s);
+        break;
+    case PostageMode::practice:
+        setWindowTitle(u"Parcelory — PRACTICE MODE"_s);
+        break;
+    default:
+        setWindowTitle(u"Parcelory"_s);
+    }
+    if ((entering || changed) && signedIn && m_app.tab == MainTab::newLabel && m_app.draftTo.value().isEmpty())
+        m_label->focusRecipient();
+    finishClosing();
+}
+
+void MainWindow::showTab(MainTab tab)
+{
+    m_app.tab = tab;
+    m_follower.refreshNow();
+}
+
+QWidget *MainWindow::makeWindow(const QString &identifier)
+{
+    if (identifier == u"addressbook")
+        return makeAddressBook();
+    if (identifier == u"errorlog")
+        return new ErrorLogWindow(m_app.errors, m_app.platform.desktop);
+    if (identifier == u"scanform")
+        return new ScanFormWindow(m_app, m_screens.scanForm);
+    return nullptr;
+}
+
+/// The label that is filled from there is seen.
+QWidget *MainWindow::makeAddressBook()
+{
+    auto *window = new AddressBookWindow(m_app, m_screens.addressBook);
+    connect(window, &AddressBookWindow::filled, this, [this] { bringToFront(this); });
+    return window;
+}
+
+void MainWindow::bringToFront(QWidget *window)
+{
+    window->setWindowState(window->windowState() & ~Qt::WindowMinimized);
+    window->show();
+    window->raise();
+    window->activateWindow();
+}
+
+void MainWindow::openWindow(const QString &identifier)
+{
+    QPointer<QWidget> &window = m_windows[identifier];
+    if (!window)
+        window = makeWindow(identifier);
+    if (!window)
+        return;
+    window->setAttribute(Qt::WA_DeleteOnClose);
+    bringToFront(window);
+}
+
+void MainWindow::closeEvent(QCloseEvent *event)
+{
+    write(m_app.platform.preferences, settings::windowGeometry, saveGeometry());
+    if (m_app.scanFormBusy) { // the form is made only once, and would be lost
+        event->ignore();
+        return;
+    }
+    if (m_screens.label.buying) {
+        m_closeAfterPurchase = true;
+        event->ignore();
+        return;
+    }
+    for (const QPointer<QWidget> &window : std::as_const(m_windows)) {
+        if (window)
+            window->close();
+    }
+    event->accept();
+}
+
+/// The purchase that held the window open is over: a label that was bought, printed and logged lets it go, anything
+/// else has first to be read.
+void MainWindow::finishClosing()
+{
+    if (!m_closeAfterPurchase || m_screens.label.buying)
+        return;
+    m_closeAfterPurchase = false;
+    if (m_screens.label.purchaseComplete())
+        close();
+}
+
+void MainWindow::changeEvent(QEvent *event)
+{
+    QMainWindow::changeEvent(event);
+    // Another program may have changed the key ring meanwhile.
+    if (event->type() == QEvent::ActivationChange && isActiveWindow())
+        spawn([this] { return m_screens.keys.refresh(); });
+}
+
+} // namespace parcelory

@@ -1,0 +1,68 @@
+#pragma once
+
+#include "app/Screens.h"
+#include "ui/parts/Follower.h"
+
+#include <QHash>
+#include <QMainWindow>
+#include <QPointer>
+
+class QStackedWidget;
+
+namespace parcelory {
+
+class LabelView;
+class MailingLogView;
+class MasterLogView;
+class ModeHatch;
+class SettingsView;
+
+/// The program's window: the sign-in, or the four tabs with head and status strip. It does not close while a label is
+/// being bought; it closes by itself when that is done.
+class MainWindow : public QMainWindow {
+    Q_OBJECT
+public:
+    /// `signInNote` is an extra line of the sign-in; mostly empty.
+    MainWindow(AppState &app, Screens &screens, const QString &signInNote = {});
+
+    LabelView &labelView() { return *m_label; }
+    MailingLogView &mailingLogView() { return *m_mailingLog; }
+    MasterLogView &masterLogView() { return *m_masterLog; }
+    SettingsView &settingsView() { return *m_settings; }
+    AppState &app() { return m_app; }
+    Screens &screens() { return m_screens; }
+
+    /// Shows a tab at once, for what is to happen in it.
+    void showTab(MainTab tab);
+    /// Opens a secondary window, or brings it to the front. Known: "addressbook", "errorlog", "scanform".
+    void openWindow(const QString &identifier);
+
+protected:
+    void closeEvent(QCloseEvent *event) override;
+    void changeEvent(QEvent *event) override;
+
+private:
+    QWidget *makeMain();
+    QWidget *makeWindow(const QString &identifier);
+    QWidget *makeAddressBook();
+    void bringToFront(QWidget *window);
+    void refresh();
+    void finishClosing();
+    void restoreLayout();
+
+    AppState &m_app;
+    Screens &m_screens;
+    QStackedWidget *m_flows;
+    QStackedWidget *m_tabs = nullptr;
+    ModeHatch *m_hatch = nullptr;
+    LabelView *m_label = nullptr;
+    MailingLogView *m_mailingLog = nullptr;
+    MasterLogView *m_masterLog = nullptr;
+    SettingsView *m_settings = nullptr;
+    QHash<QString, QPointer<QWidget>> m_windows; ///< the secondary ones, by their identifiers
+    bool m_closeAfterPurchase = false;
+    Follower m_follower;
+    Follower m_scanForm;
+};
+
+} // namespace parcelory

@@ -1,0 +1,35 @@
+#include "ui/Program.h"
+
+#include "ui/theme/Icons.h"
+#include "ui/theme/Theme.h"
+
+#include <QApplication>
+#include <QStyleHints>
+
+namespace parcelory {
+
+void Program::makeLook()
+{
+    Theme::install(SystemAppearance::paletteIsDark());
+    QGuiApplication::styleHints()->setTabFocusBehavior(Qt::TabFocusAllControls); // buttons, too, on macOS
+    QApplication::setWindowIcon(themeIcon(QStringLiteral("parcelory_mark"), &Tokens::accent));
+}
+
+Program::Program(Platform &platform, WindowPrompts &prompts, const QString &signInNote)
+    : m_errors(platform), m_app(platform), m_screens(m_app)
+{
+    QObject::connect(&m_appearance, &SystemAppearance::darkChanged, [](bool dark) { Theme::current().setDark(dark); });
+    m_window = std::make_unique<MainWindow>(m_app, m_screens, signInNote);
+    prompts.attach(m_window.get(), platform.clock);
+}
+
+Program::~Program()
+{
+    m_window.reset();
+    m_screens.mailingLog.cancel();
+    m_screens.addressBook.cancelImport();
+    m_screens.updates.stop();
+    workPool().waitForDone(); // what still runs there speaks to the screens
+}
+
+} // namespace parcelory

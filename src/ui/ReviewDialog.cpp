@@ -1,0 +1,114 @@
+#include "ui/ReviewDialog.h"
+
+#include "ui/parts/Surface.h"
+
+#include <QHBoxLayout>
+#include <QPainter>
+#include <QRegularExpression>
+#include <QScrollArea>
+#include <QVBoxLayout>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+TextLabel *paragraph(const QString &text, FontRole role = FontRole::body)
+{
+    auto *label = new TextLabel(breakable(text), role);
+    label->setWordWrap(true);
+    label->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    return label;
+}
+
+/// A text that may be longer than the window over which its dialog stands is high. Title and button come on top of it.
+QWidget *scrolling(TextLabel *text, const QWidget *parent)
+{
+    constexpr int width = 400, mostHeight = 360, aroundIt = 150;
+    const Theme &theme = Theme::current();
+    const int room = parent ? parent->window()->height() * 7 / 10 - theme.scaled(aroundIt) : theme.scaled(mostHeight);
+    const int most = std::clamp(room, theme.scaled(100), theme.scaled(mostHeight));
+    if (text->heightForWidth(theme.scaled(width)) <= most)
+        return text;
+    auto *area = new QScrollArea;
+    area->setFrameShape(QFrame::NoFrame);
+    area->setBackgroundRole(QPalette::Base);
+    area->setWidgetResizable(true);
+    area->setFixedHeight(most);
+    area->setWidget(text);
+    return area;
+}
+
+/// An address, its lost words on a coloured ground and bold.
+TextLabel *markedAddress(const QString &text, const QStringList &marked)
+{
+    auto *label = paragraph(text);
+    label->setAccessibleName(text);
+    QString html = text.toHtmlEscaped();
+    for (const QString &word : marked) {
+        const QRegularExpression whole(u"(#?\\b%1\\b)"_s.arg(QRegularExpression::escape(word)),
+                                       QRegularExpression::CaseInsensitiveOption);
+        const Tokens &t = Theme::current().tokens();
+        html.replace(whole,
+                     u"<b style='background:%1;color:%2'>&nbsp;\\1&nbsp;</b>"_s.arg(t.warnTint.name(), t.warn.name()));
+    }
+    label->setTextFormat(Qt::RichText);
+    label->setText(html.replace(u'\n', u"<br>"_s));
+    return label;
+}
+
+QWidget *addressBox(const QString &title, const QString &text, const QStringList &marked)
+{
+    auto *box = Surface::card();
+    box->setFill(&Tokens::panel);
+    auto *inner = new QVBoxLayout(box);
+    inner->setContentsMargins(12, 10, 12, 10);
+    inner->addWidget(markedAddress(text, marked), 0, Qt::AlignTop);
+    auto *column = new QWidget;
+    auto *rows = new QVBoxLayout(column);
+    rows->setContentsMargins(0, 0, 0, 0);
+    rows->setSpacing(5);
+    rows->addWidget(new TextLabel(title, FontRole::captionStrong, &Tokens::muted));
+    rows->addWidget(box, 1);
+    return column;
+}
+
+void addComparison(Dialog *dialog, const Comparison &comparison)
+{
+    if (!comparison.lead.isEmpty())
+        dialog->body()->addWidget(paragraph(comparison.lead));
+    auto *boxes = new QHBoxLayout;
+    boxes->setSpacing(12);
+    boxes->addWidget(addressBox(comparison.leftTitle, comparison.left, comparison.marked), 1);
+    boxes->addWidget(addressBox(comparison.rightTitle, comparison.right, {}), 1);
+    dialog->body()->addLayout(boxes);
+    dialog->body()->addWidget(paragraph(comparison.closing, FontRole::strong));
+}
+
+} // namespace
+
+Dialog *makeAlert(Clock &clock, const QString &title, const QString &text, QWidget *parent)
+{
+    auto *dialog = new Dialog(clock, title, u"parcelory_mark"_s, &Tokens::accent, 520, parent);
+    dialog->setAccessibleDescription(text);
+    dialog->body()->addWidget(scrolling(paragraph(text), parent));
+    dialog->addButton(u"OK"_s, QDialog::Accepted, Button::Kind::solid);
+    return dialog;
+}
+
+Dialog *makeQuestion(Clock &clock, const Question &question, QWidget *parent)
+{
+    auto *dialog = new Dialog(clock, question.title, u"ui_warning"_s, &Tokens::warn, 540, parent);
+    dialog->setAccessibleDescription(question.text);
+    if (question.comparison)
+        addComparison(dialog, *question.comparison);
+    else
+        dialog->body()->addWidget(scrolling(paragraph(question.text), parent));
+    for (int choice = 0; choice < question.choices.size(); ++choice) {
+        const bool safe = choice == question.safeChoice;
+        dialog->addButton(question.choices[choice], choice + 1, safe ? Button::Kind::solid : Button::Kind::standard);
+    }
+    return dialog;
+}
+
+} // namespace parcelory

@@ -1,0 +1,96 @@
+#include "ui/ShortcutOverview.h"
+
+#include <QGridLayout>
+#include <QMenuBar>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int overviewWidth = 720;
+
+struct Shortcut {
+    QString keys, text;
+};
+
+struct Group {
+    QString menu;
+    QList<Shortcut> shortcuts;
+
+    int lines() const { return int(shortcuts.size()) + 2; } ///< with its head, and a free one
+};
+
+/// As a menu's entry reads without the marks of its access keys.
+QString plain(QString text)
+{
+    const QString ampersand(QChar::ObjectReplacementCharacter);
+    return text.replace(u"&&"_s, ampersand).remove(u'&').replace(ampersand, u"&"_s);
+}
+
+QList<Group> groupsOf(const QMenuBar &bar)
+{
+    QList<Group> groups;
+    for (const QAction *menu : bar.actions()) {
+        Group group{plain(menu->text()), {}};
+        for (const QAction *action : menu->menu()->actions()) {
+            const QString keys = action->shortcut().toString(QKeySequence::NativeText);
+            if (!keys.isEmpty())
+                group.shortcuts.append({keys, plain(action->text())});
+        }
+        if (!group.shortcuts.isEmpty())
+            groups.append(group);
+    }
+    return groups;
+}
+
+QGridLayout *makeColumn()
+{
+    auto *column = new QGridLayout;
+    column->setHorizontalSpacing(12);
+    column->setVerticalSpacing(3);
+    column->setColumnMinimumWidth(0, Theme::current().scaled(110));
+    column->setColumnStretch(1, 1);
+    return column;
+}
+
+void append(QGridLayout *column, const Group &group)
+{
+    int row = column->rowCount();
+    column->setRowMinimumHeight(row, column->count() == 0 ? 0 : Theme::current().scaled(8));
+    column->addWidget(new TextLabel(group.menu, FontRole::captionStrong, &Tokens::muted), ++row, 0, 1, 2);
+    for (const Shortcut &shortcut : group.shortcuts) {
+        column->addWidget(new TextLabel(shortcut.keys, FontRole::strong), ++row, 0);
+        column->addWidget(new TextLabel(shortcut.text), row, 1);
+    }
+}
+
+} // namespace
+
+Dialog *makeShortcutOverview(Clock &clock, const QMenuBar &bar, QWidget *parent)
+{
+    auto *dialog =
+        new Dialog(clock, u"Keyboard Shortcuts"_s, u"parcelory_mark"_s, &Tokens::accent, overviewWidth, parent);
+    const QList<Group> groups = groupsOf(bar);
+    int lines = 0, taken = 0;
+    for (const Group &group : groups)
+        lines += group.lines();
+    auto *columns = new QHBoxLayout;
+    columns->setSpacing(28);
+    QGridLayout *column = nullptr;
+    for (const Group &group : groups) {
+        if (!column || (columns->count() == 1 && taken + group.lines() / 2 >= lines / 2)) {
+            column = makeColumn();
+            columns->addLayout(column, 1);
+        }
+        append(column, group);
+        taken += group.lines();
+    }
+    for (int i = 0; i < columns->count(); ++i)
+        columns->setAlignment(columns->itemAt(i)->layout(), Qt::AlignTop);
+    dialog->body()->addLayout(columns);
+    dialog->addButton(u"OK"_s, QDialog::Accepted, Button::Kind::solid);
+    return dialog;
+}
+
+} // namespace parcelory

@@ -1,0 +1,84 @@
+#include "ui/StatusStrip.h"
+
+#include <QAccessible>
+#include <QHBoxLayout>
+#include <QMouseEvent>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+StatusStrip::StatusStrip(AppState &app, KeysScreen &keys, QWidget *parent)
+    : Surface(&Tokens::window, parent), m_app(app), m_keys(keys),
+      m_lastTitle(new TextLabel(u"Last Shipment:"_s, FontRole::caption, &Tokens::muted)),
+      m_last(new ElidedLabel({}, FontRole::caption)), m_scan(new ElidedLabel({}, FontRole::caption, &Tokens::muted)),
+      m_printerIcon(new IconView(u"ui_printer"_s, 16, &Tokens::warn)),
+      m_printer(new ElidedLabel({}, FontRole::captionStrong)), m_scanIcon(new IconView(u"ui_qr"_s, 14)),
+      m_warning(new IconView(u"ui_warning"_s, 16, &Tokens::warn)), m_mode(new Badge({}, BadgeKind::plain)),
+      m_key(new TextLabel({}, FontRole::caption)), m_follower([this] { refresh(); })
+{
+    setLines(Qt::TopEdge);
+    setFixedHeight(Theme::current().scaled(30));
+    auto *row = new QHBoxLayout(this);
+    row->setContentsMargins(16, 1, 12, 0);
+    row->setSpacing(8);
+    row->addWidget(m_printerIcon);
+    row->addWidget(m_printer);
+    row->addWidget(m_lastTitle);
+    row->addWidget(m_last);
+    row->addWidget(m_scanIcon);
+    row->addWidget(m_scan);
+    row->addStretch(1);
+    row->addWidget(m_warning);
+    row->addWidget(m_mode);
+    row->addWidget(m_key);
+    m_follower.follow(app.lastShipmentSummary, app.scanStatus, app.printWatch.notice, keys.mode, keys.statusText);
+    refresh();
+}
+
+void StatusStrip::refresh()
+{
+    m_last->setFullText(m_app.lastShipmentSummary);
+    m_scan->setFullText(m_app.scanStatus);
+    m_scanIcon->setVisible(!m_scan->fullText().isEmpty());
+    refreshPrinter();
+    const PostageMode mode = m_keys.mode;
+    m_warning->setVisible(mode == PostageMode::none);
+    m_mode->setVisible(mode != PostageMode::none && mode != PostageMode::unknown);
+    if (mode == PostageMode::practice)
+        m_mode->set(u"PRACTICE"_s, BadgeKind::practice);
+    else if (mode == PostageMode::test)
+        m_mode->set(u"TEST"_s, BadgeKind::test);
+    else
+        m_mode->set(u"LIVE"_s, BadgeKind::live);
+    m_key->setText(m_keys.statusText);
+    m_key->setToolTip(m_keys.statusText);
+    m_key->setInk(mode == PostageMode::none || mode == PostageMode::test ? &Tokens::warn : &Tokens::text);
+    m_key->setCursor(mode == PostageMode::none ? Qt::PointingHandCursor : Qt::ArrowCursor);
+}
+
+/// A label that does not come out stands in the last label's place, on every tab.
+void StatusStrip::refreshPrinter()
+{
+    const QString notice = m_app.printWatch.notice;
+    const bool news = notice != m_printer->fullText();
+    m_printer->setFullText(notice);
+    m_printer->setVisible(!notice.isEmpty());
+    m_printerIcon->setVisible(!notice.isEmpty());
+    m_last->setVisible(notice.isEmpty());
+    m_lastTitle->setVisible(notice.isEmpty() && !m_last->fullText().isEmpty());
+    setFill(notice.isEmpty() ? &Tokens::window : &Tokens::warnTint);
+    setEdge(notice.isEmpty() ? &Tokens::line : &Tokens::warnEdge);
+    if (news && !notice.isEmpty()) {
+        m_printer->setAccessibleName(notice);
+        QAccessibleEvent alert(m_printer, QAccessible::Alert);
+        QAccessible::updateAccessibility(&alert);
+    }
+}
+
+void StatusStrip::mouseReleaseEvent(QMouseEvent *event)
+{
+    if (m_keys.mode == PostageMode::none && m_key->geometry().contains(event->pos()))
+        emit keysRequested();
+}
+
+} // namespace parcelory

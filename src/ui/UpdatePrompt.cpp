@@ -1,0 +1,100 @@
+#include "ui/UpdatePrompt.h"
+
+#include "ui/parts/ShareBar.h"
+#include "ui/parts/Surface.h"
+
+#include <QScrollArea>
+#include <QVBoxLayout>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int promptWidth = 500, notesHeight = 120;
+constexpr int longestNotes = 20'000; ///< characters; laying out a book would hold up the window for seconds
+
+} // namespace
+
+UpdatePrompt::UpdatePrompt(AppState &app, Screens &screens, QWidget *parent)
+    : Dialog(app.platform.clock, u"Update Available"_s, u"parcelory_mark"_s, &Tokens::accent, promptWidth, parent),
+      m_app(app), m_screens(screens), m_updates(screens.updates), m_text(new TextLabel),
+      m_status(new TextLabel({}, FontRole::caption, &Tokens::muted)), m_bar(new ShareBar(u"Download"_s, 0)),
+      m_follower([this] { refresh(); })
+{
+    m_text->setWordWrap(true);
+    m_status->setWordWrap(true);
+    auto *advice = new TextLabel;
+    advice->setTextFormat(Qt::RichText);
+    advice->setText(u"It is <b>HIGHLY RECOMMENDED</b> that you stay up to date."_s);
+    body()->addWidget(m_text);
+    body()->addWidget(makeNotes(m_updates.available.value()->notes));
+    body()->addWidget(advice);
+    body()->addWidget(m_status);
+    body()->addWidget(m_bar);
+    m_dismiss = addButton(u"Not Now"_s, Rejected, Button::Kind::standard);
+    m_next = addButton(u"Download"_s, Accepted, Button::Kind::solid);
+    m_follower.follow(m_updates.phase, m_updates.progress, m_updates.status, screens.label.busy,
+                      screens.mailingLog.busy, app.scanFormBusy);
+    refresh();
+}
+
+QWidget *UpdatePrompt::makeNotes(const QString &notes)
+{
+    const QString shown = notes.size() > longestNotes ? notes.left(longestNotes) + u'…' : notes;
+    auto *text = new TextLabel(breakable(shown), FontRole::caption);
+    text->setWordWrap(true);
+    text->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    auto *card = Surface::card();
+    card->setFill(&Tokens::panel);
+    auto *rows = new QVBoxLayout(card);
+    rows->setContentsMargins(12, 10, 12, 10);
+    rows->addWidget(text);
+    const int most = Theme::current().scaled(notesHeight);
+    if (text->heightForWidth(Theme::current().scaled(promptWidth - 140)) <= most)
+        return card;
+    auto *area = new QScrollArea;
+    area->setWidgetResizable(true);
+    area->setFrameShape(QFrame::NoFrame);
+    area->setFixedHeight(most);
+    area->setWidget(card);
+    return area;
+}
+
+/// The restart ends the process, and no purchase, refund or SCAN form under way must end with it.
+bool UpdatePrompt::mayRestart() const
+{
+    return !m_screens.label.busy && !m_screens.mailingLog.busy && !m_app.scanFormBusy;
+}
+
+void UpdatePrompt::refresh()
+{
+    const QString version = m_updates.available.value() ? m_updates.available.value()->version : QString();
+    const UpdatePhase phase = m_updates.phase;
+    m_text->setText(phase == UpdatePhase::ready
+                        ? u"Parcelory "_s + version + u" downloaded — ready to install."_s
+                        : u"Parcelory "_s + version + u" is ready — you're on "_s + m_updates.installedVersion());
+    m_status->setText(phase == UpdatePhase::ready && !mayRestart()
+                          ? u"What is under way with the carrier is finished first."_s
+                          : m_updates.status.value());
+    m_status->setVisible(!m_status->text().isEmpty());
+    m_bar->setVisible(phase == UpdatePhase::downloading);
+    m_bar->setShare(m_updates.progress.value().value_or(0));
+    m_dismiss->setText(phase == UpdatePhase::ready ? u"Later"_s : u"Not Now"_s);
+    m_next->setText(phase == UpdatePhase::ready ? u"Update && Restart"_s : u"Download"_s);
+    m_next->setEnabled(phase == UpdatePhase::idle || (phase == UpdatePhase::ready && mayRestart()));
+    if (isVisible())
+        fitHeight();
+}
+
+void UpdatePrompt::done(int result)
+{
+    if (result != Accepted)
+        Dialog::done(result);
+    else if (m_updates.phase == UpdatePhase::ready && mayRestart())
+        spawn([&updates = m_updates] { return updates.relaunchNow(); });
+    else if (m_updates.phase == UpdatePhase::idle)
+        spawn([&updates = m_updates] { return updates.install(); });
+}
+
+} // namespace parcelory

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "app/Screens.h"
+#include "ui/parts/Dialog.h"
+#include "ui/parts/Follower.h"
+
+namespace parcelory {
+
+class ShareBar;
+
+/// Offers a newer version: what is new in it, how far the download is, and the restart into it.
+class UpdatePrompt : public Dialog {
+    Q_OBJECT
+public:
+    UpdatePrompt(AppState &app, Screens &screens, QWidget *parent);
+
+    /// The solid button takes the next step and leaves the dialog open.
+    void done(int result) override;
+
+private:
+    QWidget *makeNotes(const QString &notes);
+    void refresh();
+
+    bool mayRestart() const;
+
+    AppState &m_app;
+    Screens &m_screens;
+    UpdateChecker &m_updates;
+    TextLabel *m_text;
+    TextLabel *m_status;
+    ShareBar *m_bar;
+    Button *m_dismiss;
+    Button *m_next;
+    Follower m_follower;
+};
+
+} // namespace parcelory

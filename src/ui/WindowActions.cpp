@@ -1,0 +1,295 @@
+#include "ui/WindowActions.h"
+
+#include "ui/EditMenu.h"
+#include "ui/HeaderBar.h"
+#include "ui/MainWindow.h"
+#include "ui/label/LabelView.h"
+#include "ui/log/MailingLogView.h"
+#include "ui/log/MasterLogView.h"
+#include "ui/parts/RowTable.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QHeaderView>
+#include <QMenuBar>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+#ifdef Q_OS_MACOS
+const QKeySequence minimizeKeys(Qt::CTRL | Qt::Key_M);
+#else
+const QKeySequence minimizeKeys; // the window manager has its own
+#endif
+
+/// An action and when it can be used.
+struct Offer {
+    QAction *action;
+    std::function<bool()> when;
+};
+
+class Menus : public QObject {
+public:
+    explicit Menus(MainWindow &window) : QObject(&window), m_window(window), m_follower([this] { refresh(); }) {}
+
+    void fill();
+
+private:
+    AppState &app() { return m_window.app(); }
+    LabelScreen &label() { return m_window.screens().label; }
+    MailingLogScreen &mailingLog() { return m_window.screens().mailingLog; }
+    MasterLogScreen &masterLog() { return m_window.screens().masterLog; }
+    std::function<bool()> signedIn()
+    {
+        return [this] { return app().flow == AppFlow::main; };
+    }
+    bool isOn(MainTab tab) { return app().flow == AppFlow::main && app().tab == tab; }
+    /// The shipment that an action of the log would be about.
+    std::optional<ShipmentRecord> chosen()
+    {
+        return isOn(MainTab::mailingLog) ? mailingLog().selectedRecord() : std::nullopt;
+    }
+    std::optional<MasterEntry> chosenEntry()
+    {
+        return isOn(MainTab::masterLog) ? masterLog().selectedEntry() : std::nullopt;
+    }
+    bool hasLastLabel() { return isOn(MainTab::newLabel) && label().lastLabel.value().has_value(); }
+
+    void add(QMenu *menu, const QString &text, const QKeySequence &keys, std::function<bool()> when,
+             std::function<void()> run);
+    void addFile();
+    void addLabel();
+    void addLog();
+    void addShipment(QMenu *menu);
+    void addTracking(QMenu *menu);
+    void addExchange(QMenu *menu);
+    void addSorting(QMenu *menu);
+    void addView();
+    void addWindow();
+    void refresh();
+
+    MainWindow &m_window;
+    QList<Offer> m_offers;
+    Follower m_follower;
+};
+
+void Menus::add(QMenu *menu, const QString &text, const QKeySequence &keys, std::function<bool()> when,
+                std::function<void()> run)
+{
+    QAction *action = menu->addAction(text);
+    action->setShortcut(keys);
+    action->setAutoRepeat(false); // a key held down must not buy, print or clear again and again
+    action->setMenuRole(QAction::NoRole);
+    QObject::connect(action, &QAction::triggered, &m_window, [when, run] {
+        if (when()) // the state may have changed since the menu was drawn
+            run();
+    });
+    m_offers.append({action, std::move(when)});
+}
+
+void Menus::fill()
+{
+    addFile();
+    addEditMenu(m_window.menuBar());
+    addLabel();
+    addLog();
+    addView();
+    addWindow();
+    m_follower.follow(app().flow, app().scanFormPDF, app().tab, app().draftTo, label().busy, label().rates,
+                      label().selectedRateID, label().weightLb, label().weightOz, label().lastLabel,
+                      app().scale.connected, mailingLog().selected, mailingLog().busy, masterLog().selected,
+                      masterLog().entries, masterLog().busy, m_window.screens().keys.mode, app().scanFormBusy);
+    refresh();
+}
+
+void Menus::refresh()
+{
+    for (const Offer &offer : m_offers)
+        offer.action->setEnabled(offer.when());
+}
+
+void Menus::addFile()
+{
+    QMenu *menu = m_window.menuBar()->addMenu(u"&File"_s);
+    add(menu, u"Settings…"_s, Qt::CTRL | Qt::Key_Comma, signedIn(), [this] { m_window.showTab(MainTab::settings); });
+    menu->actions().last()->setMenuRole(QAction::PreferencesRole);
+    menu->addSeparator();
+    QAction *quit = menu->addAction(u"Quit Parcelory"_s);
+    quit->setShortcut(Qt::CTRL | Qt::Key_Q);
+    quit->setMenuRole(QAction::QuitRole);
+    quit->setShortcutContext(Qt::ApplicationShortcut);                       // from the secondary windows, too
+    QObject::connect(quit, &QAction::triggered, &m_window, &QWidget::close); // a purchase is finished first
+}
+
+void Menus::addLabel()
+{
+    QMenu *menu = m_window.menuBar()->addMenu(u"&Label"_s);
+    const auto here = [this] { return isOn(MainTab::newLabel); };
+    const auto idle = [this, here] { return here() && !label().busy; };
+    LabelView &view = m_window.labelView();
+    add(menu, u"Clear Form"_s, Qt::CTRL | Qt::Key_N, here, [&view] { view.clear(); });
+    add(menu, u"Recipient"_s, Qt::CTRL | Qt::Key_L, here, [&view] { view.focusRecipient(); });
+    add(menu, u"Search the Address Book"_s, Qt::CTRL | Qt::Key_F, here, [&view] { view.focusAddressSearch(); });
+    add(menu, u"Invoice Number"_s, Qt::CTRL | Qt::Key_I, signedIn(), [this] {
+        m_window.showTab(MainTab::newLabel);
+        m_window.labelView().focusInvoiceNumber();
+    });
+    add(menu, u"Validate Address"_s, Qt::CTRL | Qt::Key_K, idle, [&view] { view.validate(); });
+    add(
+        menu, u"Weigh"_s, Qt::CTRL | Qt::Key_G, [this, idle] { return idle() && app().scale.connected; },
+        [this] { label().weigh(); });
+    add(menu, u"Get Rates"_s, Qt::CTRL | Qt::Key_R, idle, [&view] { view.getRates(); });
+    menu->addSeparator();
+    add(
+        menu, u"Buy && Print Label"_s, Qt::CTRL | Qt::Key_Return,
+        [this, here] { return here() && label().nextStep() == NextStep::buy; }, [&view] { view.buy(); });
+}
+
+void Menus::addLog()
+{
+    QMenu *menu = m_window.menuBar()->addMenu(u"L&og"_s);
+    add(
+        menu, u"Search the Mailing Log"_s, Qt::CTRL | Qt::Key_F, [this] { return isOn(MainTab::mailingLog); },
+        [this] { m_window.mailingLogView().focusSearch(); });
+    addSorting(menu->addMenu(u"Sort By"_s));
+    menu->addSeparator();
+    addShipment(menu);
+    addTracking(menu);
+    menu->addSeparator();
+    add( // money comes back, and a label is void: no key does that by accident
+        menu, u"Refund"_s, {},
+        [this] { return chosen() && !mailingLog().busy && MailingLogScreen::isRefundable(*chosen()); },
+        [this] { spawn([this] { return mailingLog().refund(*chosen()); }); });
+    menu->addSeparator();
+    addExchange(menu);
+    menu->addSeparator();
+    add(
+        menu, u"SCAN Form"_s, Qt::CTRL | Qt::SHIFT | Qt::Key_F,
+        [this] { return app().flow == AppFlow::main && !app().scanFormBusy; },
+        [this] { HeaderBar::createScanForm(app(), label()); });
+}
+
+void Menus::addShipment(QMenu *menu)
+{
+    add(
+        menu, u"Reprint"_s, Qt::CTRL | Qt::Key_P, [this] { return chosen() || hasLastLabel(); },
+        [this] {
+            if (hasLastLabel())
+                spawn([this] { return label().reprintLast(); });
+            else
+                spawn([this] { return mailingLog().reprint(*chosen()); });
+        });
+    add(
+        menu, u"Customs Docs"_s, Qt::CTRL | Qt::SHIFT | Qt::Key_D, [this] { return chosen() && chosen()->isIntl; },
+        [this] { spawn([this] { return mailingLog().reprintCustoms(*chosen()); }); });
+    add(
+        menu, u"Check Status"_s, {}, [this] { return chosen() && MailingLogScreen::isCheckable(*chosen()); },
+        [this] { spawn([this] { return mailingLog().checkStatus(*chosen()); }); });
+}
+
+void Menus::addTracking(QMenu *menu)
+{
+    add(
+        menu, u"Copy Tracking"_s, Qt::CTRL | Qt::SHIFT | Qt::Key_C,
+        [this] { return chosen() || chosenEntry() || hasLastLabel(); },
+        [this] {
+            if (hasLastLabel())
+                label().copyLastTracking();
+            else if (const auto entry = chosenEntry())
+                masterLog().copyTracking(*entry);
+            else
+                mailingLog().copyTracking(*chosen());
+        });
+    add(
+        menu, u"Track Online"_s, Qt::CTRL | Qt::SHIFT | Qt::Key_O, [this] { return chosen() || chosenEntry(); },
+        [this] {
+            if (const auto entry = chosenEntry())
+                spawn([this, entry] { return masterLog().trackOnline(*entry); });
+            else
+                spawn([this] { return mailingLog().trackOnline(*chosen()); });
+        });
+}
+
+void Menus::addExchange(QMenu *menu)
+{
+    const auto onLog = [this] { return isOn(MainTab::mailingLog) && !mailingLog().busy; };
+    const auto onMaster = [this] { return isOn(MainTab::masterLog); };
+    add(menu, u"Import Endicia Mail Log"_s, Qt::CTRL | Qt::SHIFT | Qt::Key_M, onLog,
+        [this] { spawn([this] { return mailingLog().importCSV(); }); });
+    add(
+        menu, u"Export"_s, Qt::CTRL | Qt::SHIFT | Qt::Key_S,
+        [=, this] { return onLog() || (onMaster() && m_window.masterLogView().canExport()); },
+        [=, this] {
+            if (onMaster())
+                spawn([this] { return masterLog().exportCSV(); });
+            else
+                spawn([this] { return mailingLog().exportCSV(); });
+        });
+    add(
+        menu, u"Refresh"_s, Qt::CTRL | Qt::Key_R,
+        [=, this] { return onMaster() && m_window.masterLogView().canLoad(); },
+        [this] { m_window.masterLogView().load(); });
+}
+
+/// What a click on a column's head does, for the keyboard.
+void Menus::addSorting(QMenu *menu)
+{
+    QObject::connect(menu, &QMenu::aboutToShow, this, [this, menu] {
+        menu->clear();
+        RowTable *table = isOn(MainTab::mailingLog)  ? m_window.mailingLogView().table()
+                          : isOn(MainTab::masterLog) ? m_window.masterLogView().table()
+                                                     : nullptr;
+        for (int column = 0; table && column < table->model()->columnCount(); ++column) {
+            QAction *action = menu->addAction(table->model()->headerData(column, Qt::Horizontal).toString());
+            action->setCheckable(true);
+            action->setChecked(table->horizontalHeader()->sortIndicatorSection() == column);
+            QObject::connect(action, &QAction::triggered, table, [table, column] { table->sortBy(column); });
+        }
+    });
+    m_offers.append({menu->menuAction(), [this] { return isOn(MainTab::mailingLog) || isOn(MainTab::masterLog); }});
+}
+
+void Menus::addView()
+{
+    QMenu *menu = m_window.menuBar()->addMenu(u"&View"_s);
+    int number = 1;
+    for (const MainTabInfo &info : mainTabs()) {
+        const auto show = [this, tab = info.tab] { app().tab = tab; };
+        add(menu, info.title, QKeySequence(Qt::CTRL | Qt::Key(Qt::Key_0 + number++)), signedIn(), show);
+    }
+    menu->addSeparator();
+    const auto here = [this] { return isOn(MainTab::newLabel); };
+    add(menu, u"Sidebar"_s, Qt::CTRL | Qt::Key_B, here, [this] { m_window.labelView().toggleSidebar(); });
+    add(menu, u"Next Region"_s, Qt::Key_F6, here, [this] { m_window.labelView().focusRegion(+1); });
+    add(menu, u"Previous Region"_s, Qt::SHIFT | Qt::Key_F6, here, [this] { m_window.labelView().focusRegion(-1); });
+    menu->addSeparator();
+    add(
+        menu, u"Full Screen"_s, QKeySequence::keyBindings(QKeySequence::FullScreen).value(0, Qt::Key_F11),
+        [] { return true; }, [this] { m_window.setWindowState(m_window.windowState() ^ Qt::WindowFullScreen); });
+}
+
+void Menus::addWindow()
+{
+    QMenu *menu = m_window.menuBar()->addMenu(u"&Window"_s);
+    add(menu, u"Minimize"_s, minimizeKeys, [] { return true; }, [this] { m_window.showMinimized(); });
+    menu->addSeparator();
+    add(menu, u"Address Book"_s, Qt::CTRL | Qt::SHIFT | Qt::Key_B, signedIn(),
+        [this] { m_window.openWindow(u"addressbook"_s); });
+    add( // the carrier makes each only once, and its window may have been closed
+        menu, u"SCAN Forms"_s, {}, [this] { return app().flow == AppFlow::main; },
+        [this] { m_window.openWindow(u"scanform"_s); });
+    add(
+        menu, u"Error Log"_s, Qt::CTRL | Qt::SHIFT | Qt::Key_L, [] { return true; },
+        [this] { m_window.openWindow(u"errorlog"_s); });
+}
+
+} // namespace
+
+void addWindowActions(MainWindow &window)
+{
+    (new Menus(window))->fill(); // the window owns it
+}
+
+} // namespace parcelory

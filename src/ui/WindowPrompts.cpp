@@ -1,0 +1,89 @@
+#include "ui/WindowPrompts.h"
+
+#include "ui/ReviewDialog.h"
+
+#include <QApplication>
+#include <QStandardPaths>
+
+namespace parcelory {
+
+namespace {
+
+/// Suspends until the dialog is closed and gives its result.
+struct Closing {
+    QDialog *dialog;
+    int result = QDialog::Rejected;
+
+    bool await_ready() const noexcept { return false; }
+    void await_suspend(std::coroutine_handle<> waiting)
+    {
+        const auto finish = [this, waiting](int answer) {
+            result = answer;
+            // Posted, so that whoever asked does not go on inside the dialog's own closing.
+            QMetaObject::invokeMethod(qApp, [waiting] { waiting.resume(); }, Qt::QueuedConnection);
+        };
+        // Once, because a dialog that is closed again while it goes away says so again.
+        QObject::connect(dialog, &QDialog::finished, dialog, finish, Qt::SingleShotConnection);
+    }
+    int await_resume() const noexcept { return result; }
+};
+
+} // namespace
+
+void WindowPrompts::attach(QWidget *window, Clock &clock)
+{
+    m_window = window;
+    m_clock = &clock;
+}
+
+Task<int> WindowPrompts::run(QDialog *dialog)
+{
+    const QPointer<QWidget> focus = dialog->parentWidget() ? dialog->parentWidget()->focusWidget() : nullptr;
+    dialog->open();
+    const int result = co_await Closing{dialog};
+    if (focus)
+        focus->setFocus(); // the clerk goes on where the dialog came up
+    co_return result;
+}
+
+Task<QString> WindowPrompts::pickFile(QFileDialog *dialog)
+{
+    dialog->setDirectory(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
+    const int result = co_await run(dialog);
+    const QString path = result == QDialog::Accepted ? dialog->selectedFiles().value(0) : QString();
+    dialog->deleteLater();
+    co_return path;
+}
+
+Task<QString> WindowPrompts::saveFile(QString title, QString proposed)
+{
+    auto *dialog =
+        new QFileDialog(QApplication::activeWindow() ? QApplication::activeWindow() : m_window.data(), title);
+    dialog->setAcceptMode(QFileDialog::AcceptSave); // asks before it replaces a file
+    dialog->selectFile(proposed);
+    const QString path = co_await pickFile(dialog);
+    co_return path;
+}
+
+Task<QString> WindowPrompts::openFile(QString title)
+{
+    auto *dialog =
+        new QFileDialog(QApplication::activeWindow() ? QApplication::activeWindow() : m_window.data(), title);
+    dialog->setFileMode(QFileDialog::ExistingFile);
+    const QString path = co_await pickFile(dialog);
+    co_return path;
+}
+
+Task<> WindowPrompts::alert(QString title, QString text)
+{
+    co_await run(makeAlert(*m_clock, title, text, m_window));
+}
+
+Task<int> WindowPrompts::choose(Question question)
+{
+    const int safeChoice = question.safeChoice;
+    const int result = co_await run(makeQuestion(*m_clock, question, m_window));
+    co_return result == QDialog::Rejected ? safeChoice : result - 1;
+}
+
+} // namespace parcelory

@@ -1,0 +1,50 @@
+#pragma once
+
+#include "app/label/LabelScreen.h"
+#include "app/settings/KeysScreen.h"
+#include "app/settings/SettingsScreen.h"
+#include "ui/parts/Badge.h"
+#include "ui/parts/Button.h"
+#include "ui/parts/Follower.h"
+#include "ui/parts/Notice.h"
+#include "ui/parts/Surface.h"
+#include "ui/parts/TextLabel.h"
+
+class QGridLayout;
+
+namespace parcelory {
+
+/// Everything that is about to be bought, together, and the button that buys it.
+class BuyBlock : public Surface {
+    Q_OBJECT
+public:
+    BuyBlock(AppState &app, LabelScreen &screen, KeysScreen &keys, SettingsScreen &settings, QWidget *parent = nullptr);
+
+signals:
+    void buyRequested();
+
+private:
+    TextLabel *addLine(const QString &name);
+    void refresh();
+    void refreshSecondLabel(bool hasRate);
+    void refreshMode();
+    QString printerText() const;
+
+    LabelScreen &m_screen;
+    KeysScreen &m_keys;
+    SettingsScreen &m_settings;
+    TextLabel *m_none;
+    QWidget *m_summary;
+    QGridLayout *m_lines;
+    ElidedLabel *m_service;
+    TextLabel *m_transit, *m_price;
+    TextLabel *m_to, *m_package, *m_extras, *m_printer;
+    Notice *m_second; ///< why it would be a parcel's second label
+    Button *m_buy;
+    Badge *m_mode;
+    TextLabel *m_consequence;
+    Follower m_follower;
+    QPropertyNotifier m_busyNow; ///< the button is off in the same event that starts a purchase
+};
+
+} // namespace parcelory

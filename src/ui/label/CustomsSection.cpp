@@ -1,0 +1,60 @@
+#include "ui/label/CustomsSection.h"
+
+#include "ui/parts/Binding.h"
+#include "ui/parts/Button.h"
+
+#include <QSignalBlocker>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+CustomsSection::CustomsSection(AppState &app, LabelScreen &screen, QWidget *parent)
+    : FormSection(u"Customs Declaration (International)"_s.replace(u' ', u'\n'), parent), m_screen(screen),
+      m_contents(new Choice(u"Contents"_s)), m_quantity(new Field(u"Quantity"_s, 44)),
+      m_value(new Field(u"Declared value, US dollars"_s, 84)),
+      m_hint(new TextLabel({}, FontRole::caption, &Tokens::muted)), m_follower([this] { refresh(); })
+{
+    auto *signer = new Field(u"Signer"_s);
+    auto *print = new Button(u"Print Invoice"_s);
+    connect(print, &QPushButton::clicked, this, [this] { spawn([this] { return m_screen.printIntlInvoice(); }); });
+    m_quantity->setPlaceholderText(u"1"_s);
+    for (const CustomsItem &item : customsItems())
+        m_contents->addItem(item.pickerText, int(item.type));
+    addRow(u"Contents"_s)->add(m_contents, 1);
+    addRow(u"Quantity"_s)
+        ->add(m_quantity)
+        ->say(u"Value  $"_s)
+        ->add(m_value)
+        ->say(u"Signer"_s)
+        ->add(signer, 1)
+        ->add(print);
+    m_hint->setWordWrap(true);
+    addBelowFields(m_hint);
+    bindText(m_quantity, screen.customs, &CustomsInfo::quantity);
+    bindText(m_value, screen.customs, &CustomsInfo::value);
+    bindText(signer, screen.customs, &CustomsInfo::signer);
+    connect(m_contents, &QComboBox::activated, this, [this](int at) {
+        CustomsInfo info = m_screen.customs;
+        info.itemType = CustomsItemType(m_contents->itemData(at).toInt());
+        m_screen.customs = info;
+    });
+    m_follower.follow(app.draftTo, screen.customs);
+    refresh();
+}
+
+Field *CustomsSection::field(DraftField which) const
+{
+    if (which == DraftField::quantity)
+        return m_quantity;
+    return which == DraftField::declaredValue ? m_value : nullptr;
+}
+
+void CustomsSection::refresh()
+{
+    const QSignalBlocker quiet(m_contents);
+    m_contents->setCurrentIndex(m_contents->findData(int(m_screen.customs.value().itemType)));
+    m_hint->setText(m_screen.customsHint());
+    setVisible(m_screen.isInternational());
+}
+
+} // namespace parcelory

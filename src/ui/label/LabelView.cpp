@@ -1,0 +1,331 @@
+#include "ui/label/LabelView.h"
+
+#include "ui/label/CustomsSection.h"
+#include "ui/label/MessageLine.h"
+#include "ui/label/OpenPurchasesBar.h"
+#include "ui/label/PackageSection.h"
+#include "ui/label/PaperworkDialog.h"
+#include "ui/label/RatesPanel.h"
+#include "ui/label/RecipientSection.h"
+#include "ui/label/SenderSection.h"
+#include "ui/label/ServiceSection.h"
+#include "ui/parts/TabOrder.h"
+#include "ui/sidebar/Sidebar.h"
+
+#include <QApplication>
+#include <QKeyEvent>
+#include <QScrollArea>
+#include <QVBoxLayout>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int ratesWidth = 344, widestRates = 400, sidebarWidth = 280, widestSidebar = 340, widestForm = 792;
+constexpr int wideWindow = 1500, narrowWindow = 1276; ///< below, form, rates and sidebar do not stand side by side
+
+constexpr DraftField allFields[] = {
+    DraftField::profile,       DraftField::name,      DraftField::street, DraftField::city,    DraftField::zip,
+    DraftField::phone,         DraftField::weight,    DraftField::length, DraftField::width,   DraftField::height,
+    DraftField::declaredValue, DraftField::insurance, DraftField::ounces, DraftField::quantity};
+
+} // namespace
+
+LabelView::LabelView(AppState &app, LabelScreen &screen, AddressBook &book, KeysScreen &keys, SettingsScreen &settings,
+                     QWidget *parent)
+    : QWidget(parent), m_app(app), m_screen(screen), m_settings(settings), m_scroll(new QScrollArea),
+      m_recipient(new RecipientSection(app, book, screen)), m_package(new PackageSection(app, screen)),
+      m_extras(new ExtrasSection(screen)), m_customs(new CustomsSection(app, screen)), m_customsRule(new Rule),
+      m_rates(new RatesPanel(app, screen, keys, settings)), m_sidebar(new Sidebar(app, book)),
+      m_message(new MessageLine(app, screen)),
+      m_sidebarWatch(settings.showAddressSidebar.addNotifier([this] { arrange(); })), m_follower([this] { refresh(); })
+{
+    auto *columns = new QHBoxLayout;
+    columns->setSpacing(0);
+    columns->addWidget(makeForm(), 1);
+    columns->addWidget(m_rates);
+    columns->addWidget(m_sidebar);
+    auto *rows = new QVBoxLayout(this);
+    rows->setContentsMargins(0, 0, 0, 0);
+    rows->setSpacing(0);
+    rows->addWidget(m_message);
+    rows->addWidget(new OpenPurchasesBar(screen));
+    rows->addLayout(columns, 1);
+    orderTabsByLayout(this);
+
+    setAccessibleName(u"New Label"_s);
+    connect(m_message, &MessageLine::clearRequested, this, &LabelView::clear);
+    connect(m_message, &MessageLine::sidebarToggled, this, &LabelView::toggleSidebar);
+    connect(&app, &AppState::invoiceTaken, this, &LabelView::takeInvoice);
+    connect(m_recipient, &RecipientSection::validateRequested, this, &LabelView::validate);
+    connect(m_rates, &RatesPanel::getRatesRequested, this, &LabelView::getRates);
+    connect(m_rates, &RatesPanel::buyRequested, this, &LabelView::buy);
+    for (Field *field : findChildren<Field *>())
+        connect(field, &QLineEdit::textEdited, this, [this] { m_typedMeanwhile = true; });
+    m_follower.follow(app.draftTo, screen.faultyField, screen.showIntlPaperwork, screen.banner);
+    refresh();
+}
+
+QWidget *LabelView::makeForm()
+{
+    auto *form = new Surface(&Tokens::sheet);
+    form->setMaximumWidth(Theme::current().scaled(widestForm));
+    auto *rows = new QVBoxLayout(form);
+    rows->setContentsMargins(16, 10, 16, 10);
+    rows->setSpacing(9);
+    rows->addWidget(new SenderSection(m_app, m_screen));
+    rows->addWidget(new Rule);
+    rows->addWidget(m_recipient);
+    rows->addWidget(new Rule);
+    rows->addWidget(m_package);
+    rows->addWidget(new Rule);
+    rows->addWidget(new ServiceSection(m_app, m_screen));
+    rows->addWidget(new Rule);
+    rows->addWidget(m_extras);
+    rows->addWidget(m_customsRule);
+    rows->addWidget(m_customs);
+    rows->addStretch(1);
+    m_scroll->setWidget(form);
+    m_scroll->setWidgetResizable(true);
+    m_scroll->setFrameShape(QFrame::NoFrame);
+    m_scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    m_scroll->setBackgroundRole(QPalette::Base);
+    m_scroll->setFocusPolicy(Qt::NoFocus);
+    return m_scroll;
+}
+
+void LabelView::resizeEvent(QResizeEvent *event)
+{
+    QWidget::resizeEvent(event);
+    const int extra = std::max(0, width() - wideWindow) / 4;
+    m_rates->setFixedWidth(Theme::current().scaled(std::min(ratesWidth + extra, widestRates)));
+    m_sidebar->setFixedWidth(Theme::current().scaled(std::min(sidebarWidth + extra, widestSidebar)));
+    m_peeking = m_peeking && isNarrow();
+    arrange();
+}
+
+/// By the window, which this screen fills, because a screen that is not shown keeps the size that it had.
+bool LabelView::isNarrow() const
+{
+    return window()->width() < Theme::current().scaled(narrowWindow);
+}
+
+void LabelView::arrange()
+{
+    const bool shown = isNarrow() ? m_peeking : m_settings.showAddressSidebar;
+    const QWidget *hidden = shown ? nullptr : m_sidebar;
+    if (m_peeking)
+        hidden = m_rates;
+    const bool focusGoes = hidden && hidden->isAncestorOf(focusWidget());
+    m_rates->setVisible(!m_peeking);
+    m_sidebar->setVisible(shown);
+    m_message->setSidebarShown(shown);
+    if (focusGoes)
+        focusRecipient();
+}
+
+void LabelView::showSidebar(bool shown)
+{
+    m_peeking = isNarrow() && shown;
+    if (!isNarrow())
+        m_settings.showAddressSidebar = shown;
+    arrange();
+}
+
+void LabelView::toggleSidebar()
+{
+    showSidebar(m_sidebar->isHidden());
+}
+
+void LabelView::focusAddressSearch()
+{
+    showSidebar(true);
+    m_sidebar->focusSearch();
+}
+
+AddressBookView &LabelView::addressBook()
+{
+    return m_sidebar->addressBook();
+}
+
+void LabelView::focusInvoiceNumber()
+{
+    showSidebar(true);
+    m_sidebar->focusInvoiceNumber();
+}
+
+/// A scanned invoice goes on by itself.
+void LabelView::takeInvoice()
+{
+    if (!m_screen.busy && m_screen.recipientFilled())
+        validate();
+}
+
+Field *LabelView::field(DraftField which) const
+{
+    for (Field *found :
+         {m_recipient->field(which), m_package->field(which), m_extras->field(which), m_customs->field(which)}) {
+        if (found)
+            return found;
+    }
+    return nullptr;
+}
+
+void LabelView::start(std::function<Task<>()> operation)
+{
+    m_typedMeanwhile = false;
+    m_peeking = false; // what comes of it is seen in the rates
+    arrange();
+    m_pressed = QApplication::focusWidget();
+    // A button that goes off while it has the focus hands it on to whatever comes next.
+    if (qobject_cast<QAbstractButton *>(m_pressed.data()) && isAncestorOf(m_pressed))
+        setFocus();
+    spawn([self = QPointer(this), operation = std::move(operation)]() -> Task<> {
+        co_await operation();
+        if (self) // after the views have refreshed, so that what is usable again can take the focus
+            QMetaObject::invokeMethod(self, &LabelView::settleFocus, Qt::QueuedConnection);
+    });
+}
+
+void LabelView::validate()
+{
+    start([this] { return m_screen.validate(); });
+}
+
+void LabelView::getRates()
+{
+    start([this] { return m_screen.fetchRates(); });
+}
+
+void LabelView::buy()
+{
+    if (m_rates->isHidden()) { // nobody buys what is not seen
+        showSidebar(false);
+        return;
+    }
+    start([this] { return m_screen.buyAndPrint(); });
+}
+
+void LabelView::settleFocus()
+{
+    const bool elsewhere = !isVisible() || QApplication::activeModalWidget() || m_screen.showIntlPaperwork;
+    if (elsewhere || m_typedMeanwhile)
+        return;
+    Field *next = nullptr;
+    if (m_screen.faultyField.value())
+        next = field(*m_screen.faultyField.value());
+    else if (!m_screen.rates.value().isEmpty()) {
+        m_rates->list()->setFocus();
+        return;
+    } else if (m_screen.validationOK && m_screen.totalPounds() <= 0)
+        next = field(DraftField::weight);
+    else if (m_app.draftTo.value().isEmpty())
+        next = field(DraftField::name);
+    if (next) {
+        next->setFocus();
+        next->selectAll();
+        m_scroll->ensureWidgetVisible(next);
+    } else if (hasFocus() && m_pressed) {
+        m_pressed->setFocus();
+    }
+}
+
+void LabelView::clear()
+{
+    m_screen.clearDraft();
+    focusRecipient();
+}
+
+void LabelView::focusRecipient()
+{
+    field(DraftField::name)->setFocus();
+    field(DraftField::name)->selectAll();
+    m_scroll->ensureWidgetVisible(field(DraftField::name));
+}
+
+void LabelView::focusRates()
+{
+    if (m_rates->list()->isVisible())
+        m_rates->list()->setFocus();
+    else
+        m_rates->getRatesButton()->setFocus();
+}
+
+void LabelView::focusRegion(int step)
+{
+    struct Region {
+        const QWidget *area;
+        std::function<void()> enter;
+    };
+    QList<Region> regions = {{m_scroll, [this] { focusRecipient(); }},
+                             {m_rates, [this] { focusRates(); }},
+                             {m_sidebar, [this] { m_sidebar->focusContents(); }}};
+    regions.removeIf([](const Region &region) { return region.area->isHidden(); });
+    qsizetype at = 0; // outside all of them counts as the form
+    for (qsizetype each = 0; each < regions.size(); ++each) {
+        if (regions[each].area->isAncestorOf(focusWidget()))
+            at = each;
+    }
+    regions[(at + step + regions.size()) % regions.size()].enter();
+}
+
+void LabelView::keyPressEvent(QKeyEvent *event)
+{
+    const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    const bool plain = (event->modifiers() & ~Qt::KeypadModifier) == 0; // Buy's own keys are not this
+    if (isReturn && plain && !event->isAutoRepeat())
+        pressDefault();
+    else
+        QWidget::keyPressEvent(event);
+}
+
+/// What Return does: the next step, but it never spends money.
+void LabelView::pressDefault()
+{
+    switch (m_screen.nextStep()) {
+    case NextStep::validate:
+        validate();
+        break;
+    case NextStep::getRates:
+        getRates();
+        break;
+    case NextStep::buy:
+        break;
+    case NextStep::none:
+        if (!m_screen.busy && m_screen.rates.value().isEmpty())
+            focusNextPrevChild(true);
+        break;
+    }
+}
+
+void LabelView::refresh()
+{
+    const std::optional<DraftField> faulty = m_screen.faultyField;
+    const std::optional<Banner> banner = m_screen.banner;
+    for (const DraftField which : allFields) {
+        if (Field *input = field(which))
+            input->setFault(faulty == which && banner ? banner->text : QString());
+    }
+    m_customsRule->setVisible(m_screen.isInternational());
+    if (m_screen.showIntlPaperwork)
+        showPaperwork();
+    else if (m_paperwork)
+        m_paperwork->reject();
+}
+
+void LabelView::showPaperwork()
+{
+    if (m_paperwork)
+        return;
+    m_paperwork = new PaperworkDialog(m_app, m_screen, window());
+    connect(m_paperwork, &QDialog::finished, this, [this](int result) {
+        m_paperwork = nullptr;
+        m_screen.showIntlPaperwork = false;
+        if (result == QDialog::Accepted)
+            start([this] { return m_screen.fetchRates(true); });
+    });
+    m_paperwork->open();
+}
+
+} // namespace parcelory

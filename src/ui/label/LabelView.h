@@ -1,0 +1,88 @@
+#pragma once
+
+#include "app/label/LabelScreen.h"
+#include "app/settings/KeysScreen.h"
+#include "app/settings/SettingsScreen.h"
+#include "ui/parts/Field.h"
+#include "ui/parts/Follower.h"
+
+#include <QPointer>
+#include <QPropertyNotifier>
+
+class QScrollArea;
+
+namespace parcelory {
+
+class AddressBook;
+class AddressBookView;
+class CustomsSection;
+class ExtrasSection;
+class MessageLine;
+class PackageSection;
+class PaperworkDialog;
+class RatesPanel;
+class RecipientSection;
+class Sidebar;
+
+/// The New Label screen: the form, the rates with the Buy block and the sidebar, and where the focus goes between
+/// them.
+class LabelView : public QWidget {
+    Q_OBJECT
+public:
+    LabelView(AppState &app, LabelScreen &screen, AddressBook &book, KeysScreen &keys, SettingsScreen &settings,
+              QWidget *parent = nullptr);
+
+    AddressBookView &addressBook();
+    void validate();
+    void getRates();
+    void buy();
+    void focusRecipient();
+    void clear();
+    /// These show the sidebar, if need be for this time only, and go to its search or its invoice number.
+    void focusAddressSearch();
+    void focusInvoiceNumber();
+    /// Where there is room for the sidebar this is kept for the next start.
+    void toggleSidebar();
+    /// Form, rates, sidebar and round again; `step` is +1 or -1.
+    void focusRegion(int step);
+
+protected:
+    void keyPressEvent(QKeyEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
+
+private:
+    QWidget *makeForm();
+    Field *field(DraftField which) const;
+    bool isNarrow() const;
+    void showSidebar(bool shown);
+    void arrange();
+    void focusRates();
+    void takeInvoice();
+    /// Runs an operation of the screen and takes the focus where the clerk goes on.
+    void start(std::function<Task<>()> operation);
+    void settleFocus();
+    void pressDefault();
+    void refresh();
+    void showPaperwork();
+
+    AppState &m_app;
+    LabelScreen &m_screen;
+    SettingsScreen &m_settings;
+    QScrollArea *m_scroll;
+    RecipientSection *m_recipient;
+    PackageSection *m_package;
+    ExtrasSection *m_extras;
+    CustomsSection *m_customs;
+    QWidget *m_customsRule;
+    RatesPanel *m_rates;
+    Sidebar *m_sidebar;
+    MessageLine *m_message;
+    QPropertyNotifier m_sidebarWatch;
+    bool m_peeking = false; ///< the sidebar stands where the rates are, in a window too narrow for both
+    QPointer<PaperworkDialog> m_paperwork;
+    bool m_typedMeanwhile = false;
+    QPointer<QWidget> m_pressed; ///< had the focus when the operation began
+    Follower m_follower;
+};
+
+} // namespace parcelory

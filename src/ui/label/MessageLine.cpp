@@ -1,0 +1,70 @@
+#include "ui/label/MessageLine.h"
+
+#include <QAccessible>
+#include <QHBoxLayout>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int longestText = 600; ///< characters; the whole stands in the tooltip and in the error log
+
+} // namespace
+
+MessageLine::MessageLine(AppState &app, LabelScreen &screen, QWidget *parent)
+    : Surface(&Tokens::window, parent), m_screen(screen), m_icon(new IconView(u"ui_info"_s, 18)), m_text(new TextLabel),
+      m_sidebar(new Button({}, Button::Kind::icon, u"ui_sidebar"_s)), m_follower([this] { refresh(); })
+{
+    auto *clear = new Button(u"Clear Form"_s, Button::Kind::link, u"ui_clear"_s);
+    clear->setToolTip(QKeySequence(Qt::CTRL | Qt::Key_N).toString(QKeySequence::NativeText));
+    auto *row = new QHBoxLayout(this);
+    row->setContentsMargins(16, 6, 10, 6);
+    row->setSpacing(10);
+    row->addWidget(m_icon);
+    row->addWidget(m_text, 1);
+    row->addWidget(clear);
+    row->addSpacing(2);
+    row->addWidget(m_sidebar);
+    m_sidebar->setCheckable(true);
+    const QKeySequence windowKeys(Qt::CTRL | Qt::SHIFT | Qt::Key_B);
+    m_sidebar->describe(u"Show or hide the address book sidebar"_s,
+                        u"separate window: "_s + windowKeys.toString(QKeySequence::NativeText));
+    m_text->setWordWrap(true);
+    m_text->setTextInteractionFlags(Qt::TextSelectableByMouse); // a transaction number may have to be copied
+    setMinimumHeight(Theme::current().scaled(42));
+    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Minimum);
+    setLines(Qt::BottomEdge);
+    connect(clear, &QPushButton::clicked, this, &MessageLine::clearRequested);
+    connect(m_sidebar, &QPushButton::clicked, this, &MessageLine::sidebarToggled);
+    m_follower.follow(screen.banner, screen.busy, screen.buying, screen.rates, screen.validationOK, screen.reference,
+                      screen.weightLb, screen.weightOz, app.draftTo);
+    refresh();
+}
+
+void MessageLine::refresh()
+{
+    const std::optional<Banner> banner = m_screen.banner;
+    const QString text = banner ? banner->text : m_screen.nextStepHint();
+    const bool news = text != m_said;
+    m_said = text;
+    m_text->setText(breakable(text.size() > longestText ? text.left(longestText) + u'…' : text));
+    m_text->setToolTip(text.size() > longestText ? text : QString());
+    m_text->setFont(Theme::current().font(banner ? FontRole::strong : FontRole::body));
+    m_text->setInk(banner ? &Tokens::text : &Tokens::muted);
+    setFill(!banner ? &Tokens::window : banner->ok ? &Tokens::okTint : &Tokens::warnTint);
+    setEdge(!banner ? &Tokens::line : banner->ok ? &Tokens::ok : &Tokens::warnEdge);
+    m_icon->set(!banner      ? u"ui_info"_s
+                : banner->ok ? u"ui_success"_s
+                             : u"ui_warning"_s,
+                !banner      ? &Tokens::muted
+                : banner->ok ? &Tokens::ok
+                             : &Tokens::warn);
+    if (banner && news) {
+        setAccessibleName(text);
+        QAccessibleEvent alert(this, QAccessible::Alert);
+        QAccessible::updateAccessibility(&alert);
+    }
+}
+
+} // namespace parcelory

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "app/label/LabelScreen.h"
+#include "ui/parts/Button.h"
+#include "ui/parts/Follower.h"
+#include "ui/parts/Surface.h"
+#include "ui/parts/TextLabel.h"
+
+namespace parcelory {
+
+/// The slot under the tabs: the banner, or what to do next. Always there, so that nothing jumps.
+class MessageLine : public Surface {
+    Q_OBJECT
+public:
+    MessageLine(AppState &app, LabelScreen &screen, QWidget *parent = nullptr);
+
+    /// What the sidebar's button says.
+    void setSidebarShown(bool shown) { m_sidebar->setChecked(shown); }
+
+signals:
+    void clearRequested();
+    void sidebarToggled();
+
+private:
+    void refresh();
+
+    LabelScreen &m_screen;
+    IconView *m_icon;
+    TextLabel *m_text;
+    Button *m_sidebar;
+    QString m_said;
+    Follower m_follower;
+};
+
+} // namespace parcelory

@@ -1,0 +1,82 @@
+#include "ui/label/OpenPurchasesBar.h"
+
+#include "ui/parts/Button.h"
+
+#include <QHBoxLayout>
+#include <QPointer>
+#include <QVBoxLayout>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+OpenPurchasesBar::OpenPurchasesBar(LabelScreen &screen, QWidget *parent)
+    : Surface(&Tokens::warnTint, parent), m_purchases(screen.purchases), m_rows(new QVBoxLayout(this)),
+      m_follower([this] { refresh(); })
+{
+    setEdge(&Tokens::warnEdge);
+    setLines(Qt::BottomEdge);
+    setAccessibleName(u"Purchases to look at"_s);
+    m_rows->setContentsMargins(16, 4, 10, 4);
+    m_follower.follow(m_purchases.questions, m_purchases.settled, m_purchases.asking);
+    refresh();
+}
+
+void OpenPurchasesBar::refresh()
+{
+    if (m_list)
+        m_list->deleteLater();
+    m_list = new QWidget;
+    auto *rows = new QVBoxLayout(m_list);
+    rows->setContentsMargins(0, 0, 0, 0);
+    rows->setSpacing(2);
+    m_rows->addWidget(m_list);
+    for (const PurchaseQuestion &question : m_purchases.questions.value()) {
+        auto *check = new Button(u"Check again"_s, Button::Kind::standard, u"ui_refresh"_s);
+        check->setEnabled(!m_purchases.asking);
+        connect(check, &QPushButton::clicked, this, [this] { spawn([this] { return m_purchases.checkAgain(); }); });
+        const ShipmentRecord &record = question.purchase.record;
+        const QString state = record.transactionID.isEmpty() ? u"Not known yet whether it was bought: "_s
+                                                             : u"Not complete yet: "_s; // the carrier has named it
+        addRow(state + Purchases::titleOf(record) + u". "_s + question.text, u"ui_pending"_s, &Tokens::warn, {check});
+    }
+    for (const SettledPurchase &purchase : m_purchases.settled.value()) {
+        QList<QWidget *> buttons;
+        if (purchase.isBought) {
+            auto *print = new Button(purchase.isPrinted ? u"Print Again"_s : u"Print Label"_s, Button::Kind::tint,
+                                     u"ui_printer"_s);
+            connect(print, &QPushButton::clicked, this, [this, purchase] {
+                if (!std::exchange(m_printing, true)) // a button that went off would give the focus to Dismiss
+                    spawn([this, purchase] { return printOnce(purchase); });
+            });
+            buttons.append(print);
+        }
+        auto *dismiss = new Button(u"Dismiss"_s, Button::Kind::link);
+        connect(dismiss, &QPushButton::clicked, this, [this, purchase] { m_purchases.dismiss(purchase); });
+        addRow(purchase.text, purchase.isBought ? u"ui_success"_s : u"ui_info"_s,
+               purchase.isBought ? &Tokens::ok : &Tokens::muted, buttons + QList<QWidget *>{dismiss});
+    }
+    setVisible(rows->count() > 0);
+}
+
+Task<> OpenPurchasesBar::printOnce(SettledPurchase label)
+{
+    const QPointer<OpenPurchasesBar> alive(this);
+    co_await m_purchases.print(label);
+    if (alive)
+        m_printing = false;
+}
+
+void OpenPurchasesBar::addRow(const QString &text, const QString &icon, Token ink, const QList<QWidget *> &buttons)
+{
+    auto *row = new QHBoxLayout;
+    row->setSpacing(8);
+    auto *notice = new Notice(icon, ink, FontRole::strong);
+    notice->setTextInk(&Tokens::text);
+    notice->setText(text);
+    row->addWidget(notice, 1, Qt::AlignVCenter);
+    for (QWidget *button : buttons)
+        row->addWidget(button);
+    static_cast<QVBoxLayout *>(m_list->layout())->addLayout(row);
+}
+
+} // namespace parcelory

@@ -1,0 +1,138 @@
+#include "ui/label/RateList.h"
+
+#include "ui/theme/Theme.h"
+
+#include <QPainter>
+#include <QStyledItemDelegate>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int idRole = Qt::UserRole, secondLineRole = Qt::UserRole + 1, priceRole = Qt::UserRole + 2;
+constexpr int rowHeight = 46, gap = 6;
+
+QString serviceName(const ShippoRate &rate)
+{
+    return rate.servicelevel.name.value_or(rate.servicelevel.token.value_or(QString()));
+}
+
+/// "12 dollars 35", as a screen reader should say it.
+QString spokenPrice(const QString &amount)
+{
+    const QStringList parts = amount.split(u'.');
+    return parts.first() + u" dollars "_s + parts.value(1);
+}
+
+class RateDelegate : public QStyledItemDelegate {
+public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+
+    QSize sizeHint(const QStyleOptionViewItem &, const QModelIndex &) const override
+    {
+        return {200, Theme::current().scaled(rowHeight) + gap};
+    }
+
+    void paint(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const override
+    {
+        const Theme &theme = Theme::current();
+        const Tokens &t = theme.tokens();
+        const bool chosen = option.state & QStyle::State_Selected;
+        const QRect card = option.rect.adjusted(0, 0, 0, -gap);
+        painter->save();
+        painter->setRenderHint(QPainter::Antialiasing);
+        const qreal edge = chosen ? 2 : 1;
+        painter->setPen(QPen(chosen ? t.accent : t.line, edge));
+        painter->setBrush(chosen ? t.accentTint : t.sheet);
+        painter->drawRoundedRect(QRectF(card).adjusted(edge / 2, edge / 2, -edge / 2, -edge / 2), Theme::cardRadius,
+                                 Theme::cardRadius);
+        QStyleOptionButton mark;
+        const int size = theme.scaled(16);
+        mark.rect = QRect(card.left() + 12, card.center().y() - size / 2 + 1, size, size);
+        mark.state = QStyle::State_Enabled | (chosen ? QStyle::State_On : QStyle::State_Off);
+        theme.drawPrimitive(QStyle::PE_IndicatorRadioButton, &mark, painter, nullptr);
+
+        painter->setPen(t.text);
+        painter->setFont(theme.font(FontRole::h2));
+        const QString price = index.data(priceRole).toString();
+        const int priceWidth = painter->fontMetrics().horizontalAdvance(price);
+        const QRect inner = card.adjusted(38, 6, -14, -6);
+        painter->drawText(inner, Qt::AlignRight | Qt::AlignVCenter, price);
+        const QRect words = inner.adjusted(0, 0, -priceWidth - 8, 0);
+        const auto line = [&](FontRole role, const QColor &ink, const QString &text, Qt::Alignment place) {
+            painter->setFont(theme.font(role));
+            painter->setPen(ink);
+            painter->drawText(words, place, painter->fontMetrics().elidedText(text, Qt::ElideRight, words.width()));
+        };
+        line(FontRole::strong, t.text, index.data().toString(), Qt::AlignTop);
+        line(FontRole::caption, t.muted, index.data(secondLineRole).toString(), Qt::AlignBottom);
+        if (option.state & QStyle::State_HasFocus)
+            theme.drawFocusRing(*painter, card.adjusted(2, 2, -2, -2), 4);
+        painter->restore();
+    }
+};
+
+} // namespace
+
+RateList::RateList(LabelScreen &screen, QWidget *parent)
+    : QListView(parent), m_screen(screen), m_rates([this] { refill(); }), m_chosen([this] { showChosen(); })
+{
+    setAccessibleName(u"Rates"_s);
+    setModel(&m_rows);
+    setItemDelegate(new RateDelegate(this));
+    setFrameShape(QFrame::NoFrame);
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setVerticalScrollMode(ScrollPerPixel);
+    setEditTriggers(NoEditTriggers);
+    viewport()->setAutoFillBackground(false);
+    connect(selectionModel(), &QItemSelectionModel::selectionChanged, this, [this](const QItemSelection &now) {
+        if (!now.isEmpty())
+            m_screen.selectedRateID = now.indexes().first().data(idRole).toString();
+    });
+    m_rates.follow(screen.rates);
+    m_chosen.follow(screen.selectedRateID);
+    refill();
+}
+
+/// The Buy block below grows with its address; the chosen rate stays in sight.
+void RateList::resizeEvent(QResizeEvent *event)
+{
+    QListView::resizeEvent(event);
+    if (selectionModel()->hasSelection())
+        scrollTo(currentIndex());
+}
+
+void RateList::refill()
+{
+    m_rows.clear();
+    for (const ShippoRate &rate : m_screen.rates.value()) {
+        auto *row = new QStandardItem(serviceName(rate));
+        const QString transit = LabelScreen::transitText(rate);
+        row->setData(rate.objectId, idRole);
+        row->setData(rate.provider + u" · "_s + transit, secondLineRole);
+        row->setData(u'$' + rate.amount, priceRole);
+        row->setData(QStringList{serviceName(rate), rate.provider, transit, spokenPrice(rate.amount)}.join(u", "_s),
+                     Qt::AccessibleTextRole);
+        m_rows.appendRow(row);
+    }
+    showChosen();
+}
+
+void RateList::showChosen()
+{
+    const std::optional<QString> chosen = m_screen.selectedRateID;
+    if (!chosen) {
+        clearSelection();
+        return;
+    }
+    for (int row = 0; row < m_rows.rowCount(); ++row) {
+        const QModelIndex index = m_rows.index(row, 0);
+        if (index.data(idRole).toString() == *chosen && !selectionModel()->isSelected(index)) {
+            setCurrentIndex(index);
+            scrollTo(index);
+        }
+    }
+}
+
+} // namespace parcelory

@@ -1,0 +1,150 @@
+#include "ui/label/RatesPanel.h"
+
+#include "core/Text.h"
+
+#include <QHBoxLayout>
+#include <QVBoxLayout>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+RatesPanel::RatesPanel(AppState &app, LabelScreen &screen, KeysScreen &keys, SettingsScreen &settings, QWidget *parent)
+    : Surface(&Tokens::panel, parent), m_screen(screen), m_count(new TextLabel({}, FontRole::caption, &Tokens::muted)),
+      m_getRates(new Button(u"Get Rates"_s, Button::Kind::standard, u"ui_refresh"_s)), m_bar(new BusyBar),
+      m_lastLabel(nullptr), m_lastTitle(nullptr), m_lastPrice(nullptr), m_lastRecipient(nullptr),
+      m_lastTracking(nullptr), m_lastMessage(nullptr), m_list(new RateList(screen)),
+      m_empty(new EmptyState(u"popup_package"_s, {})), m_checks(new QWidget), m_senderCheck(nullptr),
+      m_recipientCheck(nullptr), m_weightCheck(nullptr), m_block(new BuyBlock(app, screen, keys, settings)),
+      m_follower([this] { refresh(); })
+{
+    setLines(Qt::LeftEdge);
+    auto *checks = new QVBoxLayout(m_checks);
+    checks->setSpacing(8);
+    checks->setContentsMargins(0, 0, 0, 0);
+    addCheck(u"Sender address"_s, m_senderCheck);
+    addCheck(u"Recipient name, street, city, ZIP"_s, m_recipientCheck);
+    addCheck(u"Weight"_s, m_weightCheck);
+    m_empty->append(m_checks);
+
+    auto *column = new QVBoxLayout(this);
+    column->setContentsMargins(15, 10, 14, 14);
+    column->setSpacing(6);
+    column->addWidget(makeHead());
+    column->addWidget(m_bar);
+    column->addWidget(makeLastLabel());
+    column->addWidget(m_list, 1);
+    column->addWidget(m_empty, 1);
+    column->addWidget(m_block);
+
+    m_getRates->setToolTip(QKeySequence(Qt::CTRL | Qt::Key_R).toString(QKeySequence::NativeText));
+    connect(m_getRates, &QPushButton::clicked, this, &RatesPanel::getRatesRequested);
+    connect(m_block, &BuyBlock::buyRequested, this, &RatesPanel::buyRequested);
+    m_follower.follow(app.draftTo, app.senders.profiles, app.senders.defaultID, screen.senderID, screen.weightLb,
+                      screen.weightOz, screen.rates, screen.selectedRateID, screen.busy, screen.buying,
+                      screen.validating, screen.validationOK, screen.carrier, screen.lastLabel);
+    refresh();
+}
+
+QWidget *RatesPanel::makeHead()
+{
+    auto *head = new QWidget;
+    auto *row = new QHBoxLayout(head);
+    row->setContentsMargins(0, 0, 0, 0);
+    auto *words = new QVBoxLayout;
+    words->setSpacing(0);
+    words->addWidget(new TextLabel(u"Rates"_s, FontRole::h2));
+    words->addWidget(m_count);
+    row->addLayout(words, 1);
+    row->addWidget(m_getRates);
+    head->setFixedHeight(Theme::current().scaled(38));
+    return head;
+}
+
+QWidget *RatesPanel::makeLastLabel()
+{
+    m_lastLabel = Surface::card();
+    m_lastLabel->setFill(&Tokens::okTint);
+    m_lastLabel->setEdge(&Tokens::ok);
+    m_lastTitle = new Notice(u"ui_success"_s, &Tokens::ok, FontRole::strong);
+    m_lastTitle->setTextInk(&Tokens::text);
+    m_lastTitle->setText(u"Last label"_s);
+    m_lastPrice = new TextLabel({}, FontRole::h2);
+    m_lastRecipient = new TextLabel({}, FontRole::caption);
+    m_lastTracking = new TextLabel({}, FontRole::mono);
+    m_lastTracking->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    m_lastMessage = new TextLabel({}, FontRole::caption);
+    for (TextLabel *label : {m_lastRecipient, m_lastTracking, m_lastMessage})
+        label->setWordWrap(true);
+    auto *reprint = new Button(u"Reprint"_s, Button::Kind::standard, u"ui_printer"_s);
+    auto *copy = new Button(u"Copy Tracking"_s, Button::Kind::standard, u"ui_copy"_s);
+    connect(reprint, &QPushButton::clicked, this, [this] { spawn([this] { return m_screen.reprintLast(); }); });
+    connect(copy, &QPushButton::clicked, this, [this] { m_screen.copyLastTracking(); });
+
+    auto *column = new QVBoxLayout(m_lastLabel);
+    column->setContentsMargins(13, 10, 13, 10);
+    column->setSpacing(3);
+    auto *title = new QHBoxLayout;
+    title->addWidget(m_lastTitle, 1);
+    title->addWidget(m_lastPrice);
+    auto *actions = new QHBoxLayout;
+    actions->setContentsMargins(0, 5, 0, 0);
+    actions->setSpacing(8);
+    actions->addWidget(reprint);
+    actions->addWidget(copy);
+    actions->addStretch(1);
+    column->addLayout(title);
+    for (TextLabel *label : {m_lastRecipient, m_lastTracking, m_lastMessage})
+        column->addWidget(label);
+    column->addLayout(actions);
+    return m_lastLabel;
+}
+
+void RatesPanel::addCheck(const QString &text, Notice *&row)
+{
+    row = new Notice(u"ui_pending"_s, &Tokens::muted, FontRole::caption);
+    row->setUnwrapped();
+    row->setText(text);
+    m_checks->layout()->addWidget(row);
+}
+
+void RatesPanel::refresh()
+{
+    const qsizetype count = m_screen.rates.value().size();
+    const bool loading = m_screen.busy && !m_screen.buying && !m_screen.validating;
+    m_count->setVisible(count > 0);
+    m_count->setText(u"%1 %2 %3, lowest first"_s.arg(QString::number(count), carrierInfo(m_screen.carrier).displayName,
+                                                     count == 1 ? u"rate"_s : u"rates"_s));
+    m_getRates->setEnabled(m_screen.formComplete() && !m_screen.busy);
+    m_getRates->setKind(m_screen.nextStep() == NextStep::getRates ? Button::Kind::solid : Button::Kind::standard);
+    m_bar->setBusy(m_screen.busy);
+    m_list->setVisible(count > 0);
+    m_empty->setVisible(count == 0);
+
+    const bool complete = m_screen.formComplete();
+    m_empty->set(complete ? u"ui_refresh"_s : u"popup_package"_s, loading ? u"Loading rates…"_s : m_screen.ratesHint());
+    m_checks->setVisible(!complete);
+    const auto tick = [](Notice *row, bool done) {
+        row->setLook(done ? u"ui_success"_s : u"ui_pending"_s, done ? &Tokens::ok : &Tokens::muted);
+        row->setTextInk(done ? &Tokens::text : &Tokens::muted);
+        row->setAccessibleDescription(done ? u"done"_s : u"missing"_s);
+    };
+    tick(m_senderCheck, m_screen.senderFilled());
+    tick(m_recipientCheck, m_screen.recipientFilled());
+    tick(m_weightCheck, m_screen.totalPounds() > 0);
+    refreshLastLabel();
+}
+
+void RatesPanel::refreshLastLabel()
+{
+    const std::optional<LastLabel> last = m_screen.lastLabel;
+    m_lastLabel->setVisible(last.has_value());
+    if (!last)
+        return;
+    m_lastPrice->setText(u'$' + fixed(last->record.postage, 2));
+    m_lastRecipient->setText(last->recipient);
+    m_lastTracking->setText(groupsOfFour(last->record.tracking));
+    m_lastMessage->setText(last->message);
+    m_lastMessage->setVisible(!last->message.isEmpty());
+}
+
+} // namespace parcelory

@@ -1,0 +1,45 @@
+#pragma once
+
+#include "ui/label/BuyBlock.h"
+#include "ui/label/RateList.h"
+#include "ui/parts/Notice.h"
+
+namespace parcelory {
+
+/// The middle of the screen: the rates, what is missing for them, the last label, and below all that the Buy block.
+class RatesPanel : public Surface {
+    Q_OBJECT
+public:
+    RatesPanel(AppState &app, LabelScreen &screen, KeysScreen &keys, SettingsScreen &settings,
+               QWidget *parent = nullptr);
+
+    RateList *list() const { return m_list; }
+    Button *getRatesButton() const { return m_getRates; }
+
+signals:
+    void getRatesRequested();
+    void buyRequested();
+
+private:
+    QWidget *makeHead();
+    QWidget *makeLastLabel();
+    void addCheck(const QString &text, Notice *&row);
+    void refresh();
+    void refreshLastLabel();
+
+    LabelScreen &m_screen;
+    TextLabel *m_count;
+    Button *m_getRates;
+    BusyBar *m_bar;
+    Surface *m_lastLabel;
+    Notice *m_lastTitle;
+    TextLabel *m_lastPrice, *m_lastRecipient, *m_lastTracking, *m_lastMessage;
+    RateList *m_list;
+    EmptyState *m_empty;
+    QWidget *m_checks;
+    Notice *m_senderCheck, *m_recipientCheck, *m_weightCheck;
+    BuyBlock *m_block;
+    Follower m_follower;
+};
+
+} // namespace parcelory

@@ -1,0 +1,129 @@
+#include "ui/label/RecipientSection.h"
+
+#include "ui/parts/Attention.h"
+#include "ui/parts/Binding.h"
+
+#include <QCheckBox>
+#include <QPointer>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int secondLabel = 74; ///< so that the right-hand fields of two rows stand below each other
+
+} // namespace
+
+RecipientSection::RecipientSection(AppState &app, AddressBook &book, LabelScreen &screen, QWidget *parent)
+    : FormSection(u"To"_s, parent), m_app(app), m_book(book), m_screen(screen), m_name(new Field(u"Recipient name"_s)),
+      m_company(new Field(u"Company"_s)), m_street(new Field(u"Street"_s)), m_suite(new Field(u"Apartment or suite"_s)),
+      m_city(new Field(u"City"_s)), m_state(new Field(u"State"_s, 44)), m_zip(new Field(u"ZIP"_s, 92)),
+      m_country(new Field(u"Country"_s, 44)), m_phone(new Field(u"Phone"_s, 160)), m_email(new Field(u"Email"_s)),
+      m_validate(new Button(u"Validate"_s)), m_status(new TextLabel({}, FontRole::button, &Tokens::muted)),
+      m_abroad(nullptr), m_marker(new Notice(u"ui_globe"_s, &Tokens::warn)),
+      m_keep(new QCheckBox(u"Keep this recipient in Parcelory's address book"_s)),
+      m_save(new Button(u"Save to Address Book"_s, Button::Kind::link)),
+      m_outcome(new Notice(u"ui_success"_s, &Tokens::ok, FontRole::caption)), m_follower([this] { refresh(); })
+{
+    addRow(u"Name"_s)->add(m_name, 5)->say(u"Company"_s, secondLabel)->add(m_company, 4);
+    addRow(u"Street"_s)->add(m_street, 5)->say(u"Apt / Suite"_s, secondLabel)->add(m_suite, 4);
+    addRow(u"City"_s)
+        ->add(m_city, 1)
+        ->say(u"State"_s)
+        ->add(m_state)
+        ->say(u"ZIP"_s)
+        ->add(m_zip)
+        ->say(u"Country"_s)
+        ->add(m_country);
+    addRow(u"Phone"_s)->add(m_phone)->say(u"Email"_s)->add(m_email, 1);
+    m_status->setWordWrap(true);
+    addRow()->add(m_validate)->add(m_status, 1);
+    m_abroad = addRow();
+    m_abroad->setMinimumHeight(0);
+    m_abroad->add(m_marker, 1);
+    addKeeping();
+    m_country->setPlaceholderText(u"US"_s);
+
+    const std::pair<Field *, QString ShippoAddress::*> fields[] = {
+        {m_name, &ShippoAddress::name},     {m_company, &ShippoAddress::company}, {m_street, &ShippoAddress::street1},
+        {m_suite, &ShippoAddress::street2}, {m_city, &ShippoAddress::city},       {m_state, &ShippoAddress::state},
+        {m_zip, &ShippoAddress::zip},       {m_country, &ShippoAddress::country}, {m_phone, &ShippoAddress::phone},
+        {m_email, &ShippoAddress::email}};
+    for (const auto &[field, member] : fields)
+        bindText(field, app.draftTo, member);
+    m_validate->setToolTip(u"Validate Address"_s);
+    connect(m_validate, &QPushButton::clicked, this, &RecipientSection::validateRequested);
+    m_follower.follow(app.draftTo, screen.validationStatus, screen.validationOK, screen.busy, screen.rates,
+                      screen.weightLb, screen.weightOz, screen.keepRecipient);
+    refresh();
+}
+
+void RecipientSection::addKeeping()
+{
+    m_keep->setFont(Theme::current().font(FontRole::caption));
+    addRow()->add(m_keep)->add(m_save)->fill();
+    addBelowFields(m_outcome);
+    connect(m_keep, &QCheckBox::toggled, this, [this](bool on) { m_screen.keepRecipient = on; });
+    connect(m_save, &QPushButton::clicked, this, [this] { spawn([this] { return save(); }); });
+}
+
+Task<> RecipientSection::save()
+{
+    const QPointer<RecipientSection> self = this;
+    const ShippoAddress recipient = m_app.draftTo;
+    co_await m_book.keep(recipient, false);
+    if (!self)
+        co_return;
+    self->m_saved = recipient;
+    const QString outcome = self->m_book.status;
+    const bool written = outcome == u"Recipient saved to the address book.";
+    self->m_outcome->setLook(written ? u"ui_success"_s : u"ui_error"_s, written ? &Tokens::ok : &Tokens::bad);
+    self->m_outcome->setText(outcome);
+    self->refresh();
+    announce(self->m_outcome);
+}
+
+void RecipientSection::refresh()
+{
+    const QString status = m_screen.validationStatus;
+    m_status->setText(status.isEmpty() ? u"Not checked yet"_s : status);
+    // Without a carrier's verdict the colour stays neutral.
+    const bool judged = !status.isEmpty() && !m_screen.isInternational();
+    m_status->setInk(!judged ? &Tokens::muted : m_screen.validationOK ? &Tokens::ok : &Tokens::bad);
+    m_validate->setText(m_screen.validating ? u"Validate Address"_s : u"Validate"_s);
+    m_validate->setEnabled(!m_screen.busy);
+    m_validate->setKind(m_screen.nextStep() == NextStep::validate ? Button::Kind::solid : Button::Kind::standard);
+    m_marker->setText(m_screen.internationalHint());
+    m_abroad->setVisible(m_screen.isInternational());
+    refreshKeeping();
+}
+
+void RecipientSection::refreshKeeping()
+{
+    const ShippoAddress recipient = m_app.draftTo;
+    m_keep->setChecked(m_screen.keepRecipient);
+    enable(m_save, !(recipient.name + recipient.street1).isEmpty(), m_keep);
+    if (recipient != m_saved)
+        m_outcome->setText({}); // it was about what has been edited since
+}
+
+Field *RecipientSection::field(DraftField which) const
+{
+    switch (which) {
+    case DraftField::name:
+        return m_name;
+    case DraftField::street:
+        return m_street;
+    case DraftField::city:
+        return m_city;
+    case DraftField::zip:
+        return m_zip;
+    case DraftField::phone:
+        return m_phone;
+    default:
+        return nullptr;
+    }
+}
+
+} // namespace parcelory

@@ -1,0 +1,47 @@
+#pragma once
+
+#include "app/addressbook/AddressBook.h"
+#include "app/label/LabelScreen.h"
+#include "ui/parts/Button.h"
+#include "ui/parts/Field.h"
+#include "ui/parts/Follower.h"
+#include "ui/parts/FormSection.h"
+#include "ui/parts/Notice.h"
+
+class QCheckBox;
+
+namespace parcelory {
+
+/// "To": the recipient, what the carrier says of the address, and whether the address book takes it.
+class RecipientSection : public FormSection {
+    Q_OBJECT
+public:
+    RecipientSection(AppState &app, AddressBook &book, LabelScreen &screen, QWidget *parent = nullptr);
+
+    Field *field(DraftField which) const; ///< null when it stands elsewhere
+
+signals:
+    void validateRequested();
+
+private:
+    void addKeeping();
+    Task<> save();
+    void refresh();
+    void refreshKeeping();
+
+    AppState &m_app;
+    AddressBook &m_book;
+    LabelScreen &m_screen;
+    Field *m_name, *m_company, *m_street, *m_suite, *m_city, *m_state, *m_zip, *m_country, *m_phone, *m_email;
+    Button *m_validate;
+    TextLabel *m_status;
+    FormRow *m_abroad;
+    Notice *m_marker;
+    QCheckBox *m_keep;
+    Button *m_save;
+    Notice *m_outcome; ///< of saving m_saved
+    ShippoAddress m_saved;
+    Follower m_follower;
+};
+
+} // namespace parcelory

@@ -1,0 +1,43 @@
+#include "ui/label/SenderSection.h"
+
+#include "ui/parts/Button.h"
+
+#include <QSignalBlocker>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+SenderSection::SenderSection(AppState &app, LabelScreen &screen, QWidget *parent)
+    : FormSection(u"From"_s, parent), m_app(app), m_screen(screen), m_profile(new Choice(u"Sender profile"_s)),
+      m_address(new ElidedLabel({}, FontRole::caption, &Tokens::muted)), m_missing(nullptr),
+      m_hint(new Notice(u"ui_warning"_s, &Tokens::warn)), m_follower([this] { refresh(); })
+{
+    m_profile->setFixedWidth(Theme::current().scaled(140));
+    addRow(u"Profile"_s)->add(m_profile)->add(m_address, 1);
+    auto *settings = new Button(u"Open Settings"_s, Button::Kind::link);
+    m_missing = addRow();
+    m_missing->add(m_hint)->add(settings)->fill();
+    connect(settings, &QPushButton::clicked, this, [this] { m_app.tab = MainTab::settings; });
+    connect(m_profile, &QComboBox::activated, this,
+            [this](int at) { m_screen.senderID = m_profile->itemData(at).toUuid(); });
+    m_follower.follow(app.senders.profiles, app.senders.defaultID, screen.senderID);
+    refresh();
+}
+
+void SenderSection::refresh()
+{
+    const QSignalBlocker quiet(m_profile);
+    const std::optional<SenderProfile> current = m_screen.sender();
+    m_profile->clear();
+    for (const SenderProfile &profile : m_app.senders.profiles.value()) {
+        const QString name = profile.name.trimmed();
+        m_profile->addItem(name.isEmpty() ? u"Unnamed — "_s + profile.address.oneLine() : name, profile.id);
+    }
+    m_profile->setCurrentIndex(current ? m_profile->findData(current->id) : -1);
+    m_address->setFullText(current ? current->address.oneLine() : QString());
+    const QString hint = m_screen.senderHint();
+    m_hint->setText(hint);
+    m_missing->setVisible(!hint.isEmpty());
+}
+
+} // namespace parcelory

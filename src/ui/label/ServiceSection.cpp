@@ -1,0 +1,77 @@
+#include "ui/label/ServiceSection.h"
+
+#include "ui/parts/Binding.h"
+#include "ui/theme/Icons.h"
+
+#include <QSignalBlocker>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+ServiceSection::ServiceSection(AppState &app, LabelScreen &screen, QWidget *parent)
+    : FormSection(u"Service"_s, parent), m_app(app), m_screen(screen), m_class(new Choice(u"Class"_s)),
+      m_date(new DateField(u"Ship date"_s)), m_residentialRow(nullptr),
+      m_residential(new QCheckBox(u"Residential address"_s)), m_follower([this] { refresh(); })
+{
+    addRow(u"Class"_s)->add(m_class, 1)->say(u"Ship date"_s)->add(m_date);
+    m_residentialRow = addRow();
+    m_residentialRow->add(m_residential)->fill();
+    m_residential->setToolTip(u"FedEx ships to homes via Home Delivery and to businesses via Ground — this flag "
+                              "decides which services rate."_s);
+    connect(m_class, &QComboBox::activated, this,
+            [this](int at) { m_screen.svcClass = ServiceClass(m_class->itemData(at).toInt()); });
+    connect(m_date, &QDateEdit::userDateChanged, this, [this](QDate date) { m_screen.shipDate = date; });
+    connect(m_residential, &QCheckBox::toggled, this, [this](bool on) { m_screen.fedexResidential = on; });
+    m_follower.follow(app.draftTo, screen.carrier, screen.mailpiece, screen.svcClass, screen.shipDate,
+                      screen.fedexResidential);
+    refresh();
+}
+
+void ServiceSection::refresh()
+{
+    const QSignalBlocker quietClass(m_class), quietDate(m_date), quietFlag(m_residential);
+    m_class->clear();
+    for (const ServiceClass offered : m_screen.offeredClasses())
+        m_class->addItem(serviceClassInfo(offered).displayName, int(offered));
+    m_class->setCurrentIndex(m_class->findData(int(m_screen.effectiveClass())));
+    const bool locked = m_screen.flatRateLocked();
+    m_class->setEnabled(!locked);
+    m_class->setFace(m_screen.classHint(), themeIcon(u"ui_lock"_s));
+    m_date->setMinimumDate(m_app.platform.clock.now().date());
+    m_date->setDate(m_screen.shipDate);
+    m_residential->setChecked(m_screen.fedexResidential);
+    m_residentialRow->setVisible(m_screen.carrier == Carrier::fedex);
+}
+
+ExtrasSection::ExtrasSection(LabelScreen &screen, QWidget *parent)
+    : FormSection(u"Extras"_s, parent), m_screen(screen), m_option(new Choice(u"Option"_s)),
+      m_insurance(new Field(u"Insured value, US dollars"_s, 112)),
+      m_warning(new Notice(u"ui_warning"_s, &Tokens::warn)), m_follower([this] { refresh(); })
+{
+    auto *reference = new Field(u"Reference number"_s, 96), *description = new Field(u"Description"_s);
+    description->setPlaceholderText(u"Local log only"_s);
+    addRow(u"Option"_s)->add(m_option, 1)->say(u"Insure  $"_s)->add(m_insurance);
+    addBelowFields(m_warning);
+    addRow(u"Ref #"_s)->add(reference)->say(u"Description"_s)->add(description, 1);
+    bindText(m_insurance, screen.insuranceValue);
+    bindText(reference, screen.reference);
+    bindText(description, screen.descriptionText);
+    connect(m_option, &QComboBox::activated, this,
+            [this](int at) { m_screen.service = ServiceOption(m_option->itemData(at).toInt()); });
+    m_follower.follow(screen.carrier, screen.service, screen.svcClass);
+    refresh();
+}
+
+void ExtrasSection::refresh()
+{
+    const QSignalBlocker quiet(m_option);
+    m_option->clear();
+    for (const ServiceOption offered : m_screen.offeredOptions()) {
+        const ServiceOptionInfo &info = serviceOptionInfo(offered);
+        m_option->addItem(themeIcon(info.icon), info.label, int(offered));
+    }
+    m_option->setCurrentIndex(m_option->findData(int(m_screen.service.value())));
+    m_warning->setText(m_screen.signatureWarning());
+}
+
+} // namespace parcelory

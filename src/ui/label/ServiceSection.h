@@ -1,0 +1,49 @@
+#pragma once
+
+#include "app/label/LabelScreen.h"
+#include "ui/parts/Field.h"
+#include "ui/parts/Follower.h"
+#include "ui/parts/FormSection.h"
+#include "ui/parts/Notice.h"
+
+#include <QCheckBox>
+
+namespace parcelory {
+
+/// "Service": how fast the parcel travels, and from which day on.
+class ServiceSection : public FormSection {
+    Q_OBJECT
+public:
+    ServiceSection(AppState &app, LabelScreen &screen, QWidget *parent = nullptr);
+
+private:
+    void refresh();
+
+    AppState &m_app;
+    LabelScreen &m_screen;
+    Choice *m_class;
+    DateField *m_date;
+    FormRow *m_residentialRow;
+    QCheckBox *m_residential;
+    Follower m_follower;
+};
+
+/// "Extras": signature, insurance, and what the desk notes for itself.
+class ExtrasSection : public FormSection {
+    Q_OBJECT
+public:
+    explicit ExtrasSection(LabelScreen &screen, QWidget *parent = nullptr);
+
+    Field *field(DraftField which) const { return which == DraftField::insurance ? m_insurance : nullptr; }
+
+private:
+    void refresh();
+
+    LabelScreen &m_screen;
+    Choice *m_option;
+    Field *m_insurance;
+    Notice *m_warning;
+    Follower m_follower;
+};
+
+} // namespace parcelory

@@ -1,0 +1,23 @@
+#include "ui/log/LogFoot.h"
+
+#include <QHBoxLayout>
+#include <QVBoxLayout>
+
+namespace parcelory {
+
+LogFoot::LogFoot(QWidget *parent) : Surface(&Tokens::sheet, parent), m_bar(new BusyBar), m_row(new QHBoxLayout)
+{
+    constexpr int height = 40;
+    // The room is kept while there is nothing to say, so that nothing jumps.
+    setMinimumHeight(Theme::current().scaled(height));
+    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Minimum);
+    auto *rows = new QVBoxLayout(this);
+    rows->setContentsMargins(16, 0, 16, 4);
+    rows->setSpacing(4);
+    rows->addWidget(new Rule);
+    rows->addWidget(m_bar);
+    rows->addLayout(m_row, 1);
+    m_row->setSpacing(10);
+}
+
+} // namespace parcelory

@@ -1,0 +1,22 @@
+#pragma once
+
+#include "ui/parts/Notice.h"
+
+class QHBoxLayout;
+
+namespace parcelory {
+
+/// The line under a log: what it came to, and that something is under way.
+class LogFoot : public Surface {
+public:
+    explicit LogFoot(QWidget *parent = nullptr);
+
+    QHBoxLayout *row() const { return m_row; }
+    void setBusy(bool busy) { m_bar->setBusy(busy); }
+
+private:
+    BusyBar *m_bar;
+    QHBoxLayout *m_row;
+};
+
+} // namespace parcelory

@@ -1,0 +1,113 @@
+#pragma once
+
+#include "ui/parts/Badge.h"
+#include "ui/parts/RowTable.h"
+
+#include <QAbstractTableModel>
+#include <QFont>
+
+#include <vector>
+
+namespace parcelory {
+
+/// A word that stands out in a row.
+struct RowBadge {
+    QString word;
+    BadgeKind kind;
+};
+
+enum class ColumnKind { text, number, date, tracking };
+
+/// How a column of a log looks.
+struct ColumnLook {
+    QString title;
+    int width;     ///< logical pixels; 0 takes what the other columns leave
+    int least = 0; ///< what is left of it in a narrow window; 0: it never gives way
+    ColumnKind kind = ColumnKind::text;
+};
+
+/// Rows of a log, sorted by one column. Rows that are equal there stay in the order in which they came.
+class LogModel : public QAbstractTableModel {
+    Q_OBJECT
+public:
+    static constexpr int badgesRole = RowTable::idRole + 1; ///< a QList<RowBadge>, for the cell's right end
+
+    explicit LogModel(QObject *parent = nullptr);
+
+    virtual const ColumnLook &look(int column) const = 0;
+
+    int rowCount(const QModelIndex &parent = {}) const override;
+    QVariant data(const QModelIndex &index, int role = Qt::DisplayRole) const override;
+    QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
+    void sort(int column, Qt::SortOrder order) override;
+
+protected:
+    // A record is named by its place among those that the log was given.
+    virtual qsizetype recordCount() const = 0;
+    virtual QVariant recordId(qsizetype record) const = 0;
+    virtual QString text(qsizetype record, int column) const = 0;
+    virtual QList<RowBadge> badges(qsizetype record, int column) const = 0;
+    virtual bool sortsByNumber(int column) const = 0;
+    virtual double number(qsizetype record, int column) const = 0;
+
+    void arrange();
+    qsizetype recordAt(int row) const { return m_order[size_t(row)]; }
+
+private:
+    QVariant accessibleText(qsizetype record, int column) const;
+
+    std::vector<qsizetype> m_order; ///< the record of every row
+    int m_sortColumn = 0;
+    Qt::SortOrder m_sortOrder = Qt::DescendingOrder;
+    QFont m_numberFont;
+};
+
+template <class Record>
+struct LogColumn {
+    ColumnLook look;
+    QString (*text)(const Record &record);
+    double (*number)(const Record &record) = nullptr; ///< what the column is sorted by, where it is not the text
+    QList<RowBadge> (*badges)(const Record &record) = nullptr;
+};
+
+/// The same for one kind of record, which carries its identity as `id`.
+template <class Record>
+class RecordModel : public LogModel {
+public:
+    using Columns = std::vector<LogColumn<Record>>;
+
+    RecordModel(const Columns &columns, QObject *parent) : LogModel(parent), m_columns(columns) {}
+
+    void setRecords(const QList<Record> &records)
+    {
+        beginResetModel();
+        m_records = records;
+        arrange();
+        endResetModel();
+    }
+
+    int columnCount(const QModelIndex &parent = {}) const override
+    {
+        return parent.isValid() ? 0 : int(m_columns.size());
+    }
+    const ColumnLook &look(int column) const override { return at(column).look; }
+
+protected:
+    qsizetype recordCount() const override { return m_records.size(); }
+    QVariant recordId(qsizetype record) const override { return QVariant::fromValue(m_records[record].id); }
+    QString text(qsizetype record, int column) const override { return at(column).text(m_records[record]); }
+    QList<RowBadge> badges(qsizetype record, int column) const override
+    {
+        return at(column).badges ? at(column).badges(m_records[record]) : QList<RowBadge>();
+    }
+    bool sortsByNumber(int column) const override { return at(column).number; }
+    double number(qsizetype record, int column) const override { return at(column).number(m_records[record]); }
+
+private:
+    const LogColumn<Record> &at(int column) const { return m_columns[size_t(column)]; }
+
+    const Columns &m_columns;
+    QList<Record> m_records;
+};
+
+} // namespace parcelory

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "ui/log/LogModel.h"
+
+namespace parcelory {
+
+/// A log as a table that is sorted by its heads. Its widths begin as the window allows.
+class LogTable : public RowTable {
+    Q_OBJECT
+public:
+    /// The table owns the model.
+    LogTable(const QString &name, LogModel *model, QWidget *parent = nullptr);
+
+    /// Widths and sorting as the clerk has them.
+    QByteArray columnState() const;
+    void restoreColumns(const QByteArray &state);
+
+protected:
+    void showEvent(QShowEvent *event) override;
+
+private:
+    void measureTracking();
+    void keepTrackingWhole();
+    void giveWay();
+
+    const LogModel *m_model;
+    bool m_hasWidths = false;
+    int m_tracking = 0;        ///< the column
+    int m_longestTracking = 0; ///< pixels
+};
+
+} // namespace parcelory

@@ -1,0 +1,164 @@
+#include "ui/log/MailingLogView.h"
+
+#include "core/Text.h"
+#include "core/SettingsKeys.h"
+#include "ui/log/LogFoot.h"
+#include "ui/log/ShipmentDetails.h"
+#include "ui/log/ShipmentTable.h"
+#include "ui/parts/Attention.h"
+#include "ui/parts/Binding.h"
+#include "ui/parts/ShareBar.h"
+#include "ui/parts/TabOrder.h"
+#include "ui/parts/Toolbar.h"
+
+#include <QHBoxLayout>
+#include <QSplitter>
+#include <QStackedWidget>
+#include <QVBoxLayout>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int detailsHeight = 174;
+
+} // namespace
+
+MailingLogView::MailingLogView(AppState &app, MailingLogScreen &screen, QWidget *parent)
+    : QWidget(parent), m_app(app), m_screen(screen), m_search(new SearchField(u"Search the mailing log"_s, 320)),
+      m_count(new TextLabel({}, FontRole::caption, &Tokens::muted)),
+      m_import(new Button(u"Import Endicia Mail Log"_s, Button::Kind::standard, u"ui_import"_s)),
+      m_export(new Button(u"Export Mail Log"_s, Button::Kind::standard, u"ui_export"_s)), m_table(new ShipmentTable),
+      m_empty(new EmptyState(u"ui_invoice"_s, {})), m_list(new QStackedWidget),
+      m_details(new ShipmentDetails(screen, m_table)), m_splitter(new QSplitter(Qt::Vertical)), m_foot(new LogFoot),
+      m_message(new Notice(u"ui_info"_s, &Tokens::muted, FontRole::body)),
+      m_share(new ShareBar(u"Share of the shipments that is done"_s, 160)), m_cancel(new Button(u"Cancel"_s)),
+      m_follower([this] { refresh(); })
+{
+    auto *sheet = new Surface(&Tokens::sheet);
+    auto *centred = new QVBoxLayout(sheet);
+    centred->addWidget(m_empty);
+    m_list->addWidget(m_table);
+    m_list->addWidget(sheet);
+    m_splitter->addWidget(m_list);
+    m_splitter->addWidget(m_details);
+    m_splitter->setStretchFactor(0, 1);
+    m_splitter->setChildrenCollapsible(false);
+    auto *rows = new QVBoxLayout(this);
+    rows->setContentsMargins(0, 0, 0, 0);
+    rows->setSpacing(0);
+    rows->addWidget(makeToolbar());
+    rows->addWidget(m_splitter, 1);
+    rows->addWidget(makeFoot());
+    orderTabsByLayout(this);
+    bindText(m_search, screen.search);
+    connectList();
+    restoreLayout();
+    m_follower.follow(screen.selected, screen.message, screen.busy, screen.progress);
+    refreshList();
+}
+
+RowTable *MailingLogView::table() const
+{
+    return m_table;
+}
+
+QWidget *MailingLogView::makeToolbar()
+{
+    connect(m_import, &QPushButton::clicked, this, [this] { spawn([this] { return m_screen.importCSV(); }); });
+    connect(m_export, &QPushButton::clicked, this, [this] { spawn([this] { return m_screen.exportCSV(); }); });
+    return (new Toolbar)->add(m_search)->add(m_count)->fill()->add(m_import)->add(m_export);
+}
+
+QWidget *MailingLogView::makeFoot()
+{
+    m_message->setTextInk(&Tokens::text);
+    m_foot->row()->addWidget(m_message, 1, Qt::AlignVCenter);
+    m_foot->row()->addStretch();
+    m_foot->row()->addWidget(m_share);
+    m_foot->row()->addWidget(m_cancel);
+    connect(m_cancel, &QPushButton::clicked, this, [this] { m_screen.cancel(); });
+    return m_foot;
+}
+
+void MailingLogView::connectList()
+{
+    connect(&m_screen, &MailingLogScreen::recordsChanged, this, &MailingLogView::refreshList);
+    connect(m_table, &RowTable::chosenChanged, this, [this] {
+        const QVariant id = m_table->chosen();
+        m_screen.selected = id.isValid() ? std::optional(id.toLongLong()) : std::nullopt;
+    });
+    connect(m_table, &RowTable::copyRequested, this, [this] {
+        if (const auto record = selectedRecord())
+            m_screen.copyTracking(*record);
+    });
+    connect(m_search, &SearchField::listRequested, m_table, [this] { m_table->setFocus(Qt::TabFocusReason); });
+}
+
+void MailingLogView::restoreLayout()
+{
+    const Preferences &preferences = m_app.platform.preferences;
+    m_table->restoreColumns(read(preferences, settings::mailingLogColumns));
+    const int details = Theme::current().scaled(detailsHeight);
+    m_splitter->setSizes({4 * details, details}); // the list takes what the window has more or less than that
+    m_splitter->restoreState(read(preferences, settings::mailingLogSplitter));
+}
+
+void MailingLogView::showEvent(QShowEvent *event)
+{
+    QWidget::showEvent(event);
+    spawn([this] { return m_app.syncRefundStatuses(); });
+}
+
+void MailingLogView::hideEvent(QHideEvent *event)
+{
+    QWidget::hideEvent(event);
+    write(m_app.platform.preferences, settings::mailingLogColumns, m_table->columnState());
+    write(m_app.platform.preferences, settings::mailingLogSplitter, m_splitter->saveState());
+}
+
+void MailingLogView::refreshList()
+{
+    const QString search = m_screen.search;
+    m_table->setRecords(m_screen.records());
+    if (std::exchange(m_listed, search) != search)
+        m_table->showStart();
+    const bool empty = m_screen.records().isEmpty();
+    m_list->setCurrentIndex(empty ? 1 : 0);
+    m_empty->set(search.isEmpty() ? u"ui_invoice"_s : u"ui_search"_s,
+                 search.isEmpty()
+                     ? u"Every label that is bought at this desk will be listed here."_s
+                     : u"No shipment matches “%1”."_s.arg(breakable(firstCharacters(search.left(400), 60))));
+    m_count->setText(m_screen.countText());
+    refresh();
+}
+
+void MailingLogView::refresh()
+{
+    const std::optional<qint64> selected = m_screen.selected;
+    m_table->choose(selected ? QVariant(*selected) : QVariant());
+    m_details->refresh();
+    enable(m_import, !m_screen.busy, m_search);
+    enable(m_export, !m_screen.busy, m_search);
+    refreshFoot();
+}
+
+void MailingLogView::refreshFoot()
+{
+    const std::optional<double> progress = m_screen.progress;
+    m_foot->setBusy(m_screen.busy && !progress);
+    m_share->setVisible(progress.has_value());
+    m_share->setShare(progress.value_or(0));
+    if (!progress && m_cancel->hasFocus())
+        m_table->setFocus();
+    m_cancel->setVisible(progress.has_value());
+    const QString message = m_screen.message;
+    if (message == m_message->text())
+        return;
+    m_message->setText(message);
+    if (!message.isEmpty())
+        announce(m_message);
+}
+
+} // namespace parcelory

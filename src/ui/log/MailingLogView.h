@@ -1,0 +1,62 @@
+#pragma once
+
+#include "app/logs/MailingLogScreen.h"
+#include "ui/parts/Button.h"
+#include "ui/parts/Follower.h"
+#include "ui/parts/Notice.h"
+#include "ui/parts/SearchField.h"
+
+class QSplitter;
+class QStackedWidget;
+
+namespace parcelory {
+
+class LogFoot;
+class RowTable;
+class ShareBar;
+class ShipmentDetails;
+class ShipmentTable;
+
+/// The My Mailing Log tab: search, list, the chosen shipment, and what the last operation came to.
+class MailingLogView : public QWidget {
+    Q_OBJECT
+public:
+    MailingLogView(AppState &app, MailingLogScreen &screen, QWidget *parent = nullptr);
+
+    void focusSearch() { m_search->focusAll(); }
+    std::optional<ShipmentRecord> selectedRecord() const { return m_screen.selectedRecord(); }
+    RowTable *table() const;
+
+protected:
+    void showEvent(QShowEvent *event) override;
+    void hideEvent(QHideEvent *event) override;
+
+private:
+    QWidget *makeToolbar();
+    QWidget *makeFoot();
+    void connectList();
+    void restoreLayout();
+    void refreshList();
+    void refresh();
+    void refreshFoot();
+
+    AppState &m_app;
+    MailingLogScreen &m_screen;
+    SearchField *m_search;
+    TextLabel *m_count;
+    Button *m_import;
+    Button *m_export;
+    ShipmentTable *m_table;
+    EmptyState *m_empty;
+    QStackedWidget *m_list; ///< the table, or why it is empty
+    ShipmentDetails *m_details;
+    QSplitter *m_splitter;
+    LogFoot *m_foot;
+    Notice *m_message;
+    ShareBar *m_share; ///< how far an export or import is
+    Button *m_cancel;
+    QString m_listed; ///< the search that the rows in sight belong to
+    Follower m_follower;
+};
+
+} // namespace parcelory

@@ -1,0 +1,218 @@
+#include "ui/log/MasterLogView.h"
+
+#include "core/SettingsKeys.h"
+#include "ui/log/LogFoot.h"
+#include "ui/log/MasterLogTable.h"
+#include "ui/parts/Attention.h"
+#include "ui/parts/TabOrder.h"
+#include "ui/parts/Toolbar.h"
+
+#include <QHBoxLayout>
+#include <QKeyEvent>
+#include <QSignalBlocker>
+#include <QStackedWidget>
+#include <QVBoxLayout>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+MasterLogView::MasterLogView(AppState &app, MasterLogScreen &screen, KeysScreen &keys, QWidget *parent)
+    : QWidget(parent), m_app(app), m_screen(screen), m_keys(keys), m_from(new DateField(u"From"_s)),
+      m_to(new DateField(u"To"_s)), m_usual(new Button(u"Last 15 Days"_s)),
+      m_refresh(new Button(u"Refresh"_s, Button::Kind::standard, u"ui_refresh"_s)),
+      m_copy(new Button(u"Copy Tracking"_s, Button::Kind::standard, u"ui_copy"_s)),
+      m_track(new Button(u"Track Online"_s, Button::Kind::standard, u"ui_external"_s)),
+      m_export(new Button(u"Export CSV"_s, Button::Kind::standard, u"ui_export"_s)), m_table(new MasterLogTable),
+      m_empty(new EmptyState(u"ui_document"_s, {})), m_pages(new QStackedWidget), m_foot(new LogFoot),
+      m_summary(new TextLabel({}, FontRole::strong)),
+      m_note(
+          new TextLabel(u"Refunded and pending labels are listed, not counted."_s, FontRole::caption, &Tokens::muted)),
+      m_messageIcon(new IconView(u"ui_info"_s, 16)), m_message(new ElidedLabel), m_follower([this] { refresh(); })
+{
+    auto *sheet = new Surface(&Tokens::sheet);
+    auto *centred = new QVBoxLayout(sheet);
+    centred->addWidget(m_empty);
+    m_pages->addWidget(m_table);
+    m_pages->addWidget(sheet);
+    auto *rows = new QVBoxLayout(this);
+    rows->setContentsMargins(0, 0, 0, 0);
+    rows->setSpacing(0);
+    rows->addWidget(makeToolbar());
+    rows->addWidget(m_pages, 1);
+    rows->addWidget(makeFoot());
+    orderTabsByLayout(this);
+    connectList();
+    m_table->restoreColumns(read(app.platform.preferences, settings::masterLogColumns));
+    m_follower.follow(screen.from, screen.to, screen.entries, screen.selected, screen.busy, screen.pages,
+                      screen.message, screen.loaded, keys.mode, app.keyChanges);
+    refresh();
+}
+
+QWidget *MasterLogView::makeToolbar()
+{
+    for (DateField *field : {m_from, m_to})
+        connect(field, &QDateEdit::userDateChanged, this, &MasterLogView::takeRange);
+    connect(m_usual, &QPushButton::clicked, this, [this] {
+        m_screen.lastFifteenDays();
+        load();
+    });
+    m_refresh->setToolTip(QKeySequence(Qt::CTRL | Qt::Key_R).toString(QKeySequence::NativeText));
+    connect(m_refresh, &QPushButton::clicked, this, &MasterLogView::load);
+    connect(m_copy, &QPushButton::clicked, this, [this] {
+        if (const auto entry = m_screen.selectedEntry())
+            m_screen.copyTracking(*entry);
+    });
+    connect(m_track, &QPushButton::clicked, this, [this] {
+        if (const auto entry = m_screen.selectedEntry())
+            spawn([this, entry] { return m_screen.trackOnline(*entry); });
+    });
+    connect(m_export, &QPushButton::clicked, this, [this] { spawn([this] { return m_screen.exportCSV(); }); });
+    auto *from = new TextLabel(u"From:"_s, FontRole::body, &Tokens::muted);
+    auto *to = new TextLabel(u"To:"_s, FontRole::body, &Tokens::muted);
+    from->setBuddy(m_from);
+    to->setBuddy(m_to);
+    auto *rule = new Rule(Qt::Vertical);
+    rule->setFixedHeight(Theme::current().scaled(16));
+    auto *bar = new Toolbar;
+    bar->add(from)->add(m_from)->add(to)->add(m_to)->add(m_usual)->add(m_refresh)->fill();
+    return bar->add(m_copy)->add(m_track)->add(rule)->add(m_export);
+}
+
+QWidget *MasterLogView::makeFoot()
+{
+    QHBoxLayout *row = m_foot->row();
+    row->addWidget(m_summary);
+    row->addWidget(m_note);
+    row->addStretch(1);
+    row->addWidget(m_messageIcon);
+    row->addWidget(m_message);
+    return m_foot;
+}
+
+void MasterLogView::connectList()
+{
+    connect(m_table, &RowTable::chosenChanged, this, [this] {
+        const QVariant id = m_table->chosen();
+        m_screen.selected = id.isValid() ? std::optional(id.toString()) : std::nullopt;
+    });
+    connect(m_table, &RowTable::copyRequested, m_copy, &QPushButton::click);
+}
+
+RowTable *MasterLogView::table() const
+{
+    return m_table;
+}
+
+bool MasterLogView::canLoad() const
+{
+    return m_keys.mode != PostageMode::none && m_keys.mode != PostageMode::unknown && !m_screen.busy;
+}
+
+bool MasterLogView::canExport() const
+{
+    return !m_screen.busy && !m_screen.entries.value().isEmpty();
+}
+
+void MasterLogView::load()
+{
+    if (canLoad())
+        spawn([this] { return m_screen.load(); });
+}
+
+/// The first sight of the tab shows the usual range; so does the first one with another key, which is another account.
+void MasterLogView::loadForKey()
+{
+    if (!isVisible() || !canLoad() || m_loadedKeys == m_app.keyChanges)
+        return;
+    if (!m_loadedKeys)
+        m_screen.lastFifteenDays(); // the program may have been open for days
+    m_loadedKeys = m_app.keyChanges;
+    load();
+}
+
+void MasterLogView::takeRange()
+{
+    m_screen.from = m_from->date();
+    m_screen.to = m_to->date();
+}
+
+void MasterLogView::showEvent(QShowEvent *event)
+{
+    QWidget::showEvent(event);
+    m_follower.touch();
+}
+
+void MasterLogView::hideEvent(QHideEvent *event)
+{
+    QWidget::hideEvent(event);
+    write(m_app.platform.preferences, settings::masterLogColumns, m_table->columnState());
+}
+
+void MasterLogView::keyPressEvent(QKeyEvent *event)
+{
+    const bool enter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    if (enter && (m_from->hasFocus() || m_to->hasFocus()))
+        load();
+    else
+        QWidget::keyPressEvent(event);
+}
+
+void MasterLogView::refresh()
+{
+    loadForKey();
+    refreshRange();
+    refreshList();
+    refreshFoot();
+}
+
+void MasterLogView::refreshRange()
+{
+    const QSignalBlocker quietFrom(m_from), quietTo(m_to);
+    m_from->setDate(m_screen.from);
+    m_to->setDate(m_screen.to);
+    for (DateField *field : {m_from, m_to})
+        field->setReadOnly(m_screen.busy); // the range under way stays in sight
+    enable(m_usual, canLoad(), m_from);
+    enable(m_refresh, canLoad(), m_from);
+    m_refresh->setKind(m_screen.loaded ? Button::Kind::standard : Button::Kind::solid);
+}
+
+void MasterLogView::refreshList()
+{
+    if (const QList<MasterEntry> entries = m_screen.entries; entries != m_listed) {
+        m_listed = entries;
+        m_table->setEntries(entries);
+        m_table->showStart();
+    }
+    const std::optional<QString> selected = m_screen.selected;
+    m_table->choose(selected ? QVariant(*selected) : QVariant());
+    const std::optional<MasterEntry> entry = m_screen.selectedEntry();
+    enable(m_copy, entry && !entry->tracking.isEmpty(), m_table);
+    enable(m_track, entry && !entry->trackingURL.isEmpty(), m_table);
+    enable(m_export, canExport(), m_table);
+    const bool noKey = m_keys.mode == PostageMode::none;
+    const bool nothing = m_screen.loaded && m_listed.isEmpty();
+    m_pages->setCurrentIndex(noKey || nothing ? 1 : 0);
+    m_empty->set(noKey ? u"ui_key"_s : u"ui_document"_s,
+                 noKey ? u"Add a Shippo API key in Settings to load the account history."_s
+                       : u"No shipments found for this date range."_s);
+}
+
+void MasterLogView::refreshFoot()
+{
+    m_foot->setBusy(m_screen.busy);
+    const bool summed = m_pages->currentIndex() == 0 && !m_listed.isEmpty();
+    m_summary->setText(summed ? m_screen.summaryLine() : QString());
+    m_note->setVisible(summed);
+    QString message = m_screen.message;
+    if (m_screen.busy)
+        message = m_screen.pages > 0 ? u"Loading… page %1"_s.arg(m_screen.pages.value()) : u"Loading…"_s;
+    m_messageIcon->setVisible(!message.isEmpty());
+    if (message == m_message->fullText())
+        return;
+    m_message->setFullText(message);
+    if (!message.isEmpty() && !m_screen.busy)
+        announce(m_message);
+}
+
+} // namespace parcelory

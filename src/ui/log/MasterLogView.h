@@ -1,0 +1,69 @@
+#pragma once
+
+#include "app/logs/MasterLogScreen.h"
+#include "app/settings/KeysScreen.h"
+#include "ui/parts/Button.h"
+#include "ui/parts/Field.h"
+#include "ui/parts/Follower.h"
+#include "ui/parts/Notice.h"
+
+class QStackedWidget;
+
+namespace parcelory {
+
+class LogFoot;
+class MasterLogTable;
+class RowTable;
+
+/// The Master Log tab: the range of days, the account's labels, and their sum.
+class MasterLogView : public QWidget {
+    Q_OBJECT
+public:
+    MasterLogView(AppState &app, MasterLogScreen &screen, KeysScreen &keys, QWidget *parent = nullptr);
+
+    RowTable *table() const;
+    /// What can be done now, for buttons and menu alike.
+    bool canLoad() const;
+    bool canExport() const;
+    void load();
+
+protected:
+    void showEvent(QShowEvent *event) override;
+    void hideEvent(QHideEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
+
+private:
+    QWidget *makeToolbar();
+    QWidget *makeFoot();
+    void connectList();
+    void takeRange();
+    void loadForKey();
+    void refresh();
+    void refreshRange();
+    void refreshList();
+    void refreshFoot();
+
+    AppState &m_app;
+    MasterLogScreen &m_screen;
+    KeysScreen &m_keys;
+    DateField *m_from;
+    DateField *m_to;
+    Button *m_usual;
+    Button *m_refresh;
+    Button *m_copy;
+    Button *m_track;
+    Button *m_export;
+    MasterLogTable *m_table;
+    EmptyState *m_empty;
+    QStackedWidget *m_pages; ///< the table, or why it is empty
+    LogFoot *m_foot;
+    TextLabel *m_summary;
+    TextLabel *m_note;
+    IconView *m_messageIcon;
+    ElidedLabel *m_message;
+    QList<MasterEntry> m_listed;     ///< what the table shows
+    std::optional<int> m_loadedKeys; ///< the state of the keys for which the tab has loaded by itself
+    Follower m_follower;
+};
+
+} // namespace parcelory

@@ -1,0 +1,50 @@
+#pragma once
+
+#include "app/scanform/ScanFormScreen.h"
+#include "ui/log/LogModel.h"
+#include "ui/parts/Follower.h"
+#include "ui/parts/TextLabel.h"
+
+class QStackedWidget;
+
+namespace parcelory {
+
+class Button;
+class Choice;
+class DocumentPages;
+class LogTable;
+
+/// The secondary window "SCAN Form": the day's form, to be printed and handed to the carrier, with what is on it, and
+/// the earlier ones.
+class ScanFormWindow : public QWidget {
+    Q_OBJECT
+public:
+    explicit ScanFormWindow(AppState &app, ScanFormScreen &screen, QWidget *parent = nullptr);
+
+private:
+    QWidget *makeToolbar();
+    QWidget *makeLabels();
+    void addShortcuts();
+    void load();
+    void refresh();
+    void refreshHistory();
+    void refreshContents();
+
+    ScanFormScreen &m_screen;
+    Choice *m_history;
+    ElidedLabel *m_outcome;
+    Button *m_save;
+    Button *m_print;
+    DocumentPages *m_pages;
+    QStackedWidget *m_sheets; ///< the form, or why there is none
+    TextLabel *m_count;
+    RecordModel<ShipmentRecord> *m_model;
+    LogTable *m_labels;
+    bool m_hasBegun = false; ///< a form was shown
+    QList<ScanForm> m_listed;
+    QList<QByteArray> m_drawn;
+    Follower m_reload;
+    Follower m_follower;
+};
+
+} // namespace parcelory

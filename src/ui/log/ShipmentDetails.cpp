@@ -1,0 +1,245 @@
+#include "ui/log/ShipmentDetails.h"
+
+#include "core/Text.h"
+#include "records/LabelGuard.h"
+#include "records/ShipmentStatus.h"
+#include "ui/log/ShipmentTexts.h"
+#include "ui/parts/Attention.h"
+
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QHBoxLayout>
+#include <QKeyEvent>
+#include <QScrollArea>
+#include <QStackedLayout>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int labelWidth = 106, columnTotal = 3;
+constexpr int columnStretch[columnTotal] = {3, 4, 4};
+
+/// A number shown in groups, of which a marked piece is copied without the gaps.
+class NumberLabel : public TextLabel {
+public:
+    using TextLabel::TextLabel;
+
+protected:
+    void keyPressEvent(QKeyEvent *event) override
+    {
+        if (event->matches(QKeySequence::Copy))
+            QGuiApplication::clipboard()->setText(selectedText().remove(u' '));
+        else
+            TextLabel::keyPressEvent(event);
+    }
+    void contextMenuEvent(QContextMenuEvent *) override {} // its Copy would take the gaps along
+};
+
+QString statusText(const ShipmentRecord &record)
+{
+    return friendlyStatus(record.status) + (record.testMode ? u" (TEST)"_s : QString());
+}
+
+QString declaredText(const ShipmentRecord &record)
+{
+    // An imported log may hold any words here.
+    return decimal(record.declaredValue) ? u'$' + record.declaredValue : record.declaredValue;
+}
+
+QString addressText(const ShipmentRecord &record)
+{
+    return joinPresent({recipientName(record), recipientAddress(record)}, u"\n"_s);
+}
+
+struct LineInfo {
+    int column;
+    QString label;
+    QString (*text)(const ShipmentRecord &);
+    bool isNumber = false;
+};
+
+const LineInfo lines[] = {
+    {0, u"Date/Time:"_s, timeText},
+    {0, u"Postage Class:"_s, [](const ShipmentRecord &record) { return record.service; }},
+    {0, u"Postage Amount:"_s, postageText},
+    {0, u"Services:"_s, [](const ShipmentRecord &record) { return record.services; }},
+    {0, u"Weight:"_s, [](const ShipmentRecord &record) { return record.weight; }},
+    {1, u"Status:"_s, statusText},
+    {1, u"Tracking ID:"_s, [](const ShipmentRecord &record) { return groupsOfFour(record.tracking); }, true},
+    {1, u"Transaction ID:"_s, [](const ShipmentRecord &record) { return record.transactionID; }, true},
+    {1, u"Reference:"_s, [](const ShipmentRecord &record) { return record.reference; }},
+    {1, u"Declared Value:"_s, declaredText},
+    {2, u"Address:"_s, addressText},
+    {2, u"Description:"_s, [](const ShipmentRecord &record) { return record.descriptionText; }},
+};
+
+Token inkOf(RefundState refund)
+{
+    switch (refund) {
+    case RefundState::pending:
+        return &Tokens::warn;
+    case RefundState::granted:
+        return &Tokens::ok;
+    case RefundState::failed:
+        return &Tokens::bad;
+    case RefundState::none:
+        break;
+    }
+    return &Tokens::text;
+}
+
+} // namespace
+
+ShipmentDetails::ShipmentDetails(MailingLogScreen &screen, QWidget *list, QWidget *parent)
+    : Surface(&Tokens::sheet, parent), m_screen(screen), m_list(list), m_pages(new QStackedLayout(this)),
+      m_name(new ElidedLabel({}, FontRole::h2)),
+      m_badges{new Badge({}, BadgeKind::plain), new Badge({}, BadgeKind::plain)},
+      m_reprint(new Button(u"Reprint"_s, Button::Kind::tint, u"ui_printer"_s)),
+      m_customs(new Button(u"Customs Docs"_s, Button::Kind::standard, u"ui_document"_s)),
+      m_check(new Button(u"Check Status"_s, Button::Kind::standard, u"ui_status"_s)),
+      m_copy(new Button(u"Copy Tracking"_s, Button::Kind::standard, u"ui_copy"_s)),
+      m_track(new Button(u"Track Online"_s, Button::Kind::standard, u"ui_external"_s)),
+      m_refund(new Button(u"Refund"_s, Button::Kind::danger, u"ui_refund"_s))
+{
+    auto *nothing = new TextLabel(u"Choose a shipment to see its details."_s, FontRole::body, &Tokens::muted);
+    nothing->setAlignment(Qt::AlignCenter);
+    m_pages->addWidget(nothing);
+    auto *page = new QWidget;
+    auto *rows = new QVBoxLayout(page);
+    rows->setContentsMargins(16, 10, 16, 6);
+    rows->setSpacing(8);
+    rows->addWidget(makeHead());
+    rows->addWidget(makeLines(), 1);
+    m_pages->addWidget(page);
+    refresh();
+}
+
+void ShipmentDetails::connectButton(Button *button, Operation operation)
+{
+    connect(button, &QPushButton::clicked, this, [this, operation] {
+        if (const auto record = m_screen.selectedRecord())
+            spawn([this, operation, record] { return (m_screen.*operation)(*record); });
+    });
+}
+
+QWidget *ShipmentDetails::makeHead()
+{
+    m_customs->setToolTip(
+        u"Reprint the customs paperwork — the commercial invoice (USPS) or FedEx's trade documents"_s);
+    connectButton(m_reprint, &MailingLogScreen::reprint);
+    connectButton(m_customs, &MailingLogScreen::reprintCustoms);
+    connectButton(m_check, &MailingLogScreen::checkStatus);
+    connectButton(m_track, &MailingLogScreen::trackOnline);
+    connectButton(m_refund, &MailingLogScreen::refund);
+    connect(m_copy, &QPushButton::clicked, this, [this] {
+        if (const auto record = m_screen.selectedRecord())
+            m_screen.copyTracking(*record);
+    });
+    auto *head = new QWidget;
+    auto *row = new QHBoxLayout(head);
+    row->setContentsMargins(0, 0, 0, 0);
+    row->setSpacing(10);
+    row->addWidget(m_name);
+    for (Badge *badge : m_badges)
+        row->addWidget(badge);
+    row->addStretch(1);
+    for (Button *button : {m_reprint, m_customs, m_check, m_copy, m_track})
+        row->addWidget(button);
+    row->addSpacing(12); // apart from what is pressed every day
+    row->addWidget(m_refund);
+    return head;
+}
+
+QWidget *ShipmentDetails::makeLines()
+{
+    auto *area = new QScrollArea; // long services and a narrow window may need more lines than there are
+    area->setFrameShape(QFrame::NoFrame);
+    area->setWidgetResizable(true);
+    area->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    area->setFocusPolicy(Qt::NoFocus);
+    auto *body = new Surface(&Tokens::sheet);
+    auto *columns = new QHBoxLayout(body);
+    columns->setContentsMargins(0, 0, 0, 0);
+    columns->setSpacing(16);
+    QGridLayout *grids[columnTotal] = {};
+    for (int column = 0; column < columnTotal; ++column) {
+        grids[column] = new QGridLayout;
+        grids[column]->setHorizontalSpacing(10);
+        grids[column]->setVerticalSpacing(5);
+        grids[column]->setColumnStretch(1, 1);
+        columns->addLayout(grids[column], columnStretch[column]);
+    }
+    for (const LineInfo &line : lines) {
+        TextLabel *value = line.isNumber ? new NumberLabel({}, FontRole::mono) : new TextLabel;
+        value->setTextInteractionFlags(Qt::TextSelectableByMouse);
+        value->setWordWrap(!line.isNumber); // a number is never cut nor broken
+        auto *label = new TextLabel(line.label, FontRole::body, &Tokens::muted);
+        label->setFixedWidth(Theme::current().scaled(labelWidth));
+        label->setAlignment(Qt::AlignRight | Qt::AlignTop);
+        label->setBuddy(value);
+        QGridLayout *grid = grids[line.column];
+        const int row = grid->rowCount();
+        grid->addWidget(label, row, 0, Qt::AlignTop);
+        grid->addWidget(value, row, 1, Qt::AlignTop);
+        m_values.push_back(value);
+    }
+    for (QGridLayout *grid : grids)
+        grid->setRowStretch(grid->rowCount(), 1);
+    area->setWidget(body);
+    return area;
+}
+
+void ShipmentDetails::refresh()
+{
+    const std::optional<ShipmentRecord> record = m_screen.selectedRecord();
+    m_pages->setCurrentIndex(record ? 1 : 0);
+    if (record)
+        show(*record);
+}
+
+void ShipmentDetails::refreshButtons(const ShipmentRecord &record)
+{
+    const bool idle = !m_screen.busy;
+    enable(m_reprint, idle, m_list);
+    enable(m_customs, idle && record.isIntl, m_list);
+    explain(m_check, labelObstacle(LabelUse::checkStatus, record), idle);
+    enable(m_copy, !record.tracking.isEmpty(), m_list);
+    enable(m_track, !record.trackingURL.isEmpty(), m_list);
+    explain(m_refund, labelObstacle(LabelUse::refund, record), idle);
+}
+
+/// Says at the button why it cannot be pressed; empty when it can.
+void ShipmentDetails::explain(Button *button, const QString &obstacle, bool idle)
+{
+    button->setToolTip(obstacle.isEmpty() ? QString() : plainToolTip(obstacle));
+    button->setAccessibleDescription(obstacle);
+    enable(button, idle && obstacle.isEmpty(), m_list);
+}
+
+void ShipmentDetails::show(const ShipmentRecord &record)
+{
+    refreshButtons(record);
+    m_name->setFullText(recipientName(record));
+    const QList<RowBadge> badges = badgesOf(record);
+    for (size_t at = 0; at < m_badges.size(); ++at) {
+        const bool used = qsizetype(at) < badges.size();
+        m_badges[at]->setVisible(used);
+        if (used)
+            m_badges[at]->set(badges[qsizetype(at)].word, badges[qsizetype(at)].kind);
+    }
+    for (size_t at = 0; at < m_values.size(); ++at) {
+        TextLabel *value = m_values[at];
+        const QString text = lines[at].text(record);
+        if (const QString shown = text.isEmpty() ? u"—"_s : text; shown != value->text())
+            value->setText(shown); // only then: what the clerk has marked in it stays marked
+        if (lines[at].text == statusText) {
+            const RefundState refund = refundState(record.status);
+            value->setInk(inkOf(refund));
+            value->setFont(Theme::current().font(refund == RefundState::none ? FontRole::body : FontRole::strong));
+        }
+    }
+}
+
+} // namespace parcelory

@@ -1,0 +1,50 @@
+#pragma once
+
+#include "app/logs/MailingLogScreen.h"
+#include "ui/parts/Badge.h"
+#include "ui/parts/Button.h"
+#include "ui/parts/Surface.h"
+#include "ui/parts/TextLabel.h"
+
+#include <array>
+#include <vector>
+
+class QStackedLayout;
+
+namespace parcelory {
+
+/// The pane under the mailing log: one shipment in full, and what can be done with it.
+class ShipmentDetails : public Surface {
+    Q_OBJECT
+public:
+    /// `list` takes the keyboard from a button that cannot be pressed any more.
+    ShipmentDetails(MailingLogScreen &screen, QWidget *list, QWidget *parent = nullptr);
+
+    /// Shows the chosen shipment as it is now.
+    void refresh();
+
+private:
+    using Operation = Task<> (MailingLogScreen::*)(ShipmentRecord record);
+
+    QWidget *makeHead();
+    void connectButton(Button *button, Operation operation);
+    QWidget *makeLines();
+    void refreshButtons(const ShipmentRecord &record);
+    void explain(Button *button, const QString &obstacle, bool idle);
+    void show(const ShipmentRecord &record);
+
+    MailingLogScreen &m_screen;
+    QWidget *m_list;
+    QStackedLayout *m_pages;
+    ElidedLabel *m_name;
+    std::array<Badge *, 2> m_badges; ///< refund and test
+    Button *m_reprint;
+    Button *m_customs;
+    Button *m_check;
+    Button *m_copy;
+    Button *m_track;
+    Button *m_refund;
+    std::vector<TextLabel *> m_values; ///< in the order of the lines' table
+};
+
+} // namespace parcelory

@@ -1,0 +1,51 @@
+#include "ui/log/ShipmentTexts.h"
+
+#include "core/Text.h"
+#include "records/ShipmentStatus.h"
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+QString timeText(const ShipmentRecord &record)
+{
+    return momentText(record.createdAt);
+}
+
+QString postageText(const ShipmentRecord &record)
+{
+    return u'$' + fixed(record.postage, 2);
+}
+
+QString recipientName(const ShipmentRecord &record)
+{
+    return record.recipientName();
+}
+
+QString recipientAddress(const ShipmentRecord &record)
+{
+    return record.recipient.section(u',', 1).trimmed();
+}
+
+QList<RowBadge> badgesOf(const ShipmentRecord &record)
+{
+    QList<RowBadge> badges;
+    const QString refund = refundBadge(record.status);
+    switch (refundState(record.status)) {
+    case RefundState::pending:
+        badges.append({refund, BadgeKind::pending});
+        break;
+    case RefundState::granted:
+        badges.append({refund, BadgeKind::granted});
+        break;
+    case RefundState::failed:
+        badges.append({refund, BadgeKind::failed});
+        break;
+    case RefundState::none:
+        break;
+    }
+    if (record.testMode)
+        badges.append({u"TEST"_s, BadgeKind::test});
+    return badges;
+}
+
+} // namespace parcelory

@@ -1,0 +1,21 @@
+#pragma once
+
+#include "records/ShipmentRecord.h"
+#include "ui/log/LogModel.h"
+
+namespace parcelory {
+
+// A logged shipment as the list and its details show it.
+
+/// "11/20/26, 2:41 PM"
+QString timeText(const ShipmentRecord &record);
+/// "$12.35"
+QString postageText(const ShipmentRecord &record);
+/// The stored line begins with the recipient's name; the rest is the address.
+QString recipientName(const ShipmentRecord &record);
+QString recipientAddress(const ShipmentRecord &record);
+
+/// What stands out about a shipment: its refund, and a label that is not real postage.
+QList<RowBadge> badgesOf(const ShipmentRecord &record);
+
+} // namespace parcelory

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "ui/parts/Field.h"
+
+#include <QProperty>
+#include <QPropertyNotifier>
+
+#include <memory>
+
+namespace parcelory {
+
+/// Ties a field and a text of a screen model together, both ways, for the field's life. The cursor stays where the
+/// clerk has it: the field is only written when the text differs.
+template <class Get, class Set, class Property>
+void bindText(Field *field, Property &watched, Get get, Set set)
+{
+    const auto show = [field, get] {
+        if (field->text() == get())
+            return;
+        field->setText(get());
+        if (!field->hasFocus())
+            field->setCursorPosition(0); // the beginning of a long text tells more than its end
+    };
+    show();
+    auto notifier = std::make_shared<QPropertyNotifier>(watched.addNotifier(show));
+    QObject::connect(field, &QLineEdit::textEdited, field, [set, notifier](const QString &typed) { set(typed); });
+}
+
+inline void bindText(Field *field, QProperty<QString> &property)
+{
+    bindText(
+        field, property, [&property] { return property.value(); },
+        [&property](const QString &typed) { property = typed; });
+}
+
+/// The same for one text of a record that is a property as a whole.
+template <class Record>
+void bindText(Field *field, QProperty<Record> &property, QString Record::*member)
+{
+    bindText(
+        field, property, [&property, member] { return property.value().*member; },
+        [&property, member](const QString &typed) {
+            Record record = property;
+            record.*member = typed;
+            property = record;
+        });
+}
+
+} // namespace parcelory

@@ -1,0 +1,47 @@
+#pragma once
+
+#include "ui/theme/Theme.h"
+
+#include <QPushButton>
+
+namespace parcelory {
+
+/// The program's push button. A screen has at most one solid one: the next step.
+class Button : public QPushButton {
+public:
+    enum class Kind {
+        standard,
+        tint,     ///< most used
+        solid,    ///< the next step
+        test,     ///< solid, in the colour of a test key
+        practice, ///< solid, in the colour of the practice desk
+        danger,   ///< red text
+        link,     ///< text without a frame
+        icon,     ///< only a drawing; give it a tooltip
+    };
+
+    explicit Button(const QString &text, Kind kind = Kind::standard, const QString &icon = {},
+                    QWidget *parent = nullptr);
+
+    void setKind(Kind kind);
+    Kind kind() const { return m_kind; }
+    /// Name and tooltip of a button that shows only a drawing; `keys` is its shortcut as the system writes it.
+    void describe(const QString &name, const QString &keys = {});
+
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override { return sizeHint(); }
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+
+private:
+    struct Colours {
+        QColor fill, edge, text;
+    };
+    Colours colours() const;
+
+    Kind m_kind;
+    QString m_icon;
+};
+
+} // namespace parcelory

@@ -1,0 +1,47 @@
+#include "ui/parts/SearchField.h"
+
+#include "ui/theme/Icons.h"
+
+#include <QAction>
+#include <QKeyEvent>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+SearchField::SearchField(const QString &prompt, int width, QWidget *parent) : Field(prompt, width, parent)
+{
+    setPlaceholderText(prompt);
+    setTextMargins(2, 0, 2, 0); // the glass stands before the text
+    QAction *glass = addAction(themeIcon(u"ui_search"_s, &Tokens::muted), LeadingPosition);
+    glass->setEnabled(false);
+    QAction *clear = addAction(themeIcon(u"ui_close"_s, &Tokens::muted), TrailingPosition);
+    clear->setText(u"Clear search"_s);
+    clear->setToolTip(u"Clear search (%1)"_s.arg(QKeySequence(Qt::Key_Escape).toString(QKeySequence::NativeText)));
+    clear->setVisible(false);
+    connect(clear, &QAction::triggered, this, &SearchField::clearByUser);
+    connect(this, &QLineEdit::textChanged, clear, [clear](const QString &text) { clear->setVisible(!text.isEmpty()); });
+}
+
+void SearchField::focusAll()
+{
+    setFocus(Qt::ShortcutFocusReason);
+    selectAll();
+}
+
+void SearchField::clearByUser()
+{
+    clear();
+    emit textEdited(QString()); // as if it had been deleted by hand
+}
+
+void SearchField::keyPressEvent(QKeyEvent *event)
+{
+    if (event->key() == Qt::Key_Escape && !text().isEmpty())
+        clearByUser();
+    else if (event->key() == Qt::Key_Down)
+        emit listRequested();
+    else
+        Field::keyPressEvent(event);
+}
+
+} // namespace parcelory

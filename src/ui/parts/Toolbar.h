@@ -1,0 +1,21 @@
+#pragma once
+
+#include "ui/parts/Surface.h"
+
+class QHBoxLayout;
+
+namespace parcelory {
+
+/// The strip above a table.
+class Toolbar : public Surface {
+public:
+    explicit Toolbar(QWidget *parent = nullptr);
+
+    Toolbar *add(QWidget *widget);
+    Toolbar *fill(); ///< what comes after stands at the right
+
+private:
+    QHBoxLayout *m_row;
+};
+
+} // namespace parcelory

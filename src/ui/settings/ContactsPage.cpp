@@ -1,0 +1,44 @@
+#include "ui/settings/ContactsPage.h"
+
+#include "ui/parts/Surface.h"
+
+#include <QPointer>
+#include <QVBoxLayout>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+ContactsPage::ContactsPage(AppState &app, QWidget *parent)
+    : SettingsPage(u"Contacts Diagnostics"_s, parent), m_app(app), m_run(new Button(u"Run Diagnostics"_s)),
+      m_report(new TextLabel({}, FontRole::mono))
+{
+    appendCaption(
+        app.appleContacts.isAvailable()
+            ? u"Tells what works of this computer's contacts, a line for each step. A step that does not answer "
+              "is given up after a while."_s
+            : u"This computer has no contacts that Parcelory could read. Import the address book from Endicia "
+              "or from a vCard file."_s);
+    QVBoxLayout *rows = column(appendCard());
+    m_report->setWordWrap(true);
+    m_report->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+    m_report->setAccessibleName(u"Report"_s);
+    m_report->hide();
+    rows->addWidget(m_run, 0, Qt::AlignLeft);
+    rows->addWidget(m_report);
+    m_run->setEnabled(app.appleContacts.isAvailable());
+    connect(m_run, &QPushButton::clicked, this, [this] { spawn([this] { return run(); }); });
+}
+
+Task<> ContactsPage::run()
+{
+    m_run->setEnabled(false);
+    const QPointer<ContactsPage> self(this);
+    const QString report = co_await m_app.appleContacts.diagnostics();
+    if (!self)
+        co_return;
+    m_report->setText(report);
+    m_report->show();
+    m_run->setEnabled(true);
+}
+
+} // namespace parcelory

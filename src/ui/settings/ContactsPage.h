@@ -1,0 +1,22 @@
+#pragma once
+
+#include "app/AppState.h"
+#include "ui/parts/Button.h"
+#include "ui/settings/SettingsPage.h"
+
+namespace parcelory {
+
+/// Settings ▸ Contacts Diagnostics: what works of the system's contacts, step by step.
+class ContactsPage : public SettingsPage {
+public:
+    explicit ContactsPage(AppState &app, QWidget *parent = nullptr);
+
+private:
+    Task<> run();
+
+    AppState &m_app;
+    Button *m_run;
+    TextLabel *m_report;
+};
+
+} // namespace parcelory

@@ -1,0 +1,180 @@
+#include "ui/settings/PrintersPage.h"
+
+#include "ui/theme/Icons.h"
+
+#include <QVBoxLayout>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int labelColumn = 120, menuWidth = 280, rowGap = 5;
+
+struct QueueItem {
+    QString title;
+    QString queue;
+};
+
+/// A menu that is open, or has the focus, is left alone unless it has to offer something else.
+void offer(Choice *menu, const QList<QueueItem> &items, const QString &chosen)
+{
+    bool same = menu->count() == items.size();
+    for (int at = 0; same && at < menu->count(); ++at)
+        same = menu->itemText(at) == items[at].title && menu->itemData(at) == items[at].queue;
+    if (!same) {
+        menu->clear();
+        for (const QueueItem &item : items)
+            menu->addItem(item.queue.isEmpty() ? QIcon() : themeIcon(u"ui_printer"_s), item.title, item.queue);
+    }
+    menu->setCurrentIndex(menu->findData(chosen));
+}
+
+/// The queues on offer and, if it is none of them, the chosen one: a choice is never shown as another.
+QList<QueueItem> itemsFor(const SettingsScreen &settings, const QStringList &offered, const QString &chosen)
+{
+    QList<QueueItem> items;
+    for (const QString &queue : offered)
+        items.append({queue, queue});
+    if (!chosen.isEmpty() && !offered.contains(chosen))
+        items.append({settings.queueTitle(chosen), chosen});
+    return items;
+}
+
+FormRow *rowFor(QWidget *widget)
+{
+    auto *row = new FormRow({}, labelColumn);
+    row->add(widget, 1)->setMinimumHeight(0);
+    return row;
+}
+
+} // namespace
+
+PrintersPage::PrintersPage(AppState &app, SettingsScreen &settings, QWidget *parent)
+    : SettingsPage(u"Printers"_s, parent), m_app(app), m_settings(settings), m_busy(new BusyBar),
+      m_label(new Choice(u"Label printer"_s)), m_document(new Choice(u"Document printer"_s)),
+      m_test(new Button(u"Print Test"_s)), m_refresh(new Button(u"Refresh"_s, Button::Kind::standard, u"ui_refresh"_s)),
+      m_noZebra(new Notice(u"ui_warning"_s, &Tokens::warn)), m_outcome(new Notice({}, &Tokens::ok, FontRole::caption)),
+      m_noZebraRow(rowFor(m_noZebra)), m_outcomeRow(rowFor(m_outcome)),
+      m_scaleName(new TextLabel({}, FontRole::strong)),
+      m_scaleState(new TextLabel({}, FontRole::caption, &Tokens::muted)), m_weight(new TextLabel({}, FontRole::h2)),
+      m_settling(new Notice(u"ui_check"_s, &Tokens::ok)), m_follower([this] { refresh(); }),
+      m_scale([this] { refreshScale(); })
+{
+    appendLabels();
+    appendDocuments();
+    appendScale();
+    for (const auto &[menu, queue] : {std::pair{m_label, &settings.zebraQueue}, {m_document, &settings.documentQueue}})
+        connect(menu, &QComboBox::activated, this, [menu, queue](int at) { *queue = menu->itemData(at).toString(); });
+    connect(m_test, &QPushButton::clicked, this, [&settings] { spawn([&] { return settings.printTest(); }); });
+    connect(m_refresh, &QPushButton::clicked, this, [&settings] { spawn([&] { return settings.refreshPrinters(); }); });
+    m_follower.follow(settings.queues, settings.zebraQueues, settings.showAllPrinters, settings.zebraQueue,
+                      settings.documentQueue, settings.rotate180, settings.printerMessage, settings.busy);
+    m_scale.follow(app.scale.connected, app.scale.stable, app.scale.ounces, app.scale.deviceName, app.scale.fault);
+    refresh();
+    refreshScale();
+}
+
+void PrintersPage::appendScale()
+{
+    append(new TextLabel(u"Scale"_s, FontRole::h2));
+    auto *card = new QHBoxLayout;
+    auto *words = new QVBoxLayout;
+    words->setSpacing(1);
+    words->addWidget(m_scaleName);
+    words->addWidget(m_scaleState);
+    m_scaleState->setWordWrap(true);
+    card->setSpacing(12);
+    card->addWidget(new IconView(u"ui_scale"_s, 20));
+    card->addLayout(words, 1);
+    card->addWidget(m_weight);
+    card->addWidget(m_settling, 0, Qt::AlignVCenter);
+    m_settling->setUnwrapped();
+    column(appendCard())->addLayout(card);
+}
+
+void PrintersPage::refreshScale()
+{
+    const USBScale &scale = m_app.scale;
+    const QString fault = scale.fault;
+    m_scaleName->setText(scale.connected ? scale.deviceName.value() : u"No scale"_s);
+    m_scaleState->setText(scale.connected ? u"Connected · reading settles before it is used"_s
+                                          : u"No HID scale detected. Plug in the USB scale and it will appear here "
+                                            "automatically."_s);
+    const bool faulty = scale.connected && !fault.isEmpty(); // the weight shown before says nothing then
+    const bool weighs = scale.connected && !faulty && scale.ounces.value().has_value();
+    m_weight->setText(scale.display());
+    m_weight->setVisible(scale.connected && !faulty);
+    m_settling->setLook(faulty         ? u"ui_warning"_s
+                        : scale.stable ? u"ui_check"_s
+                                       : u"ui_pending"_s,
+                        faulty         ? &Tokens::warn
+                        : scale.stable ? &Tokens::ok
+                                       : &Tokens::muted);
+    const QString settling = scale.stable ? u"steady"_s : u"moving…"_s;
+    m_settling->setText(faulty ? fault : weighs ? settling : QString());
+}
+
+void PrintersPage::showEvent(QShowEvent *event)
+{
+    SettingsPage::showEvent(event);
+    if (m_settings.queues.value().isEmpty()) // nobody has looked yet
+        spawn([&settings = m_settings] { return settings.refreshPrinters(); });
+}
+
+void PrintersPage::appendLabels()
+{
+    QVBoxLayout *rows = column(appendCard());
+    rows->setSpacing(rowGap);
+    m_label->setMaximumWidth(Theme::current().scaled(menuWidth));
+    auto *row = new FormRow(u"Label printer"_s, labelColumn);
+    row->add(m_label, 1000)->add(m_test)->add(m_refresh)->fill();
+    rows->addWidget(row);
+    rows->addWidget(m_noZebraRow);
+    rows->addWidget(m_outcomeRow);
+    rows->addWidget(rowFor(makeSwitch(u"Show all printers"_s, m_settings.showAllPrinters)));
+    rows->addWidget(rowFor(makeSwitch(u"Turn labels upside down before printing"_s, m_settings.rotate180)));
+    rows->addWidget(m_busy);
+}
+
+void PrintersPage::appendDocuments()
+{
+    QVBoxLayout *rows = column(appendCard());
+    rows->setSpacing(rowGap);
+    m_document->setMaximumWidth(Theme::current().scaled(menuWidth));
+    auto *row = new FormRow(u"Document printer"_s, labelColumn);
+    row->add(m_document, 1000)->fill();
+    rows->addWidget(row);
+    auto *hint = new TextLabel(u"Commercial invoices and customs papers. With no printer chosen they open in the PDF "
+                               "viewer."_s,
+                               FontRole::caption, &Tokens::muted);
+    hint->setWordWrap(true);
+    rows->addWidget(rowFor(hint));
+}
+
+void PrintersPage::refresh()
+{
+    const QString zebra = m_settings.zebraQueue;
+    QList<QueueItem> labels = itemsFor(m_settings, m_settings.labelPrinterChoices(), zebra);
+    if (zebra.isEmpty())
+        labels.prepend({u"— none chosen —"_s, {}});
+    offer(m_label, labels, zebra);
+    QList<QueueItem> documents = itemsFor(m_settings, m_settings.queues, m_settings.documentQueue);
+    documents.prepend({u"— open PDFs in Preview —"_s, {}});
+    offer(m_document, documents, m_settings.documentQueue);
+
+    const PrinterMessage outcome = m_settings.printerMessage;
+    m_outcome->setLook(outcome.ok ? u"ui_success"_s : u"ui_warning"_s, outcome.ok ? &Tokens::ok : &Tokens::warn);
+    if (outcome.ok)
+        m_outcome->setTextInk(&Tokens::text);
+    m_outcome->setText(outcome.text);
+    m_outcomeRow->setVisible(!outcome.text.isEmpty());
+    m_noZebra->setText(m_settings.zebraHint());
+    m_noZebraRow->setVisible(!m_settings.zebraHint().isEmpty());
+
+    m_busy->setBusy(m_settings.busy);
+    m_test->setEnabled(!m_settings.busy);
+    m_refresh->setEnabled(!m_settings.busy);
+}
+
+} // namespace parcelory

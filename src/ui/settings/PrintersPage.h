@@ -1,0 +1,42 @@
+#pragma once
+
+#include "app/settings/SettingsScreen.h"
+#include "ui/parts/Button.h"
+#include "ui/parts/Field.h"
+#include "ui/parts/Follower.h"
+#include "ui/parts/FormSection.h"
+#include "ui/parts/Notice.h"
+#include "ui/settings/SettingsPage.h"
+
+namespace parcelory {
+
+/// The print queues for labels and for documents, and the scale.
+class PrintersPage : public SettingsPage {
+    Q_OBJECT
+public:
+    PrintersPage(AppState &app, SettingsScreen &settings, QWidget *parent = nullptr);
+
+protected:
+    void showEvent(QShowEvent *event) override;
+
+private:
+    void appendLabels();
+    void appendDocuments();
+    void appendScale();
+    void refreshScale();
+    void refresh();
+
+    AppState &m_app;
+    SettingsScreen &m_settings;
+    BusyBar *m_busy;
+    Choice *m_label, *m_document;
+    Button *m_test, *m_refresh;
+    Notice *m_noZebra, *m_outcome;
+    FormRow *m_noZebraRow, *m_outcomeRow;
+    TextLabel *m_scaleName, *m_scaleState, *m_weight;
+    Notice *m_settling;
+    Follower m_follower;
+    Follower m_scale;
+};
+
+} // namespace parcelory

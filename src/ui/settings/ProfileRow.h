@@ -1,0 +1,36 @@
+#pragma once
+
+#include "app/settings/SettingsScreen.h"
+#include "ui/parts/Badge.h"
+#include "ui/parts/Button.h"
+#include "ui/parts/Field.h"
+#include "ui/parts/Surface.h"
+
+namespace parcelory {
+
+class FoldHeader;
+
+/// A sender profile: one line that unfolds into its fields.
+class ProfileRow : public Surface {
+public:
+    ProfileRow(AppState &app, SettingsScreen &settings, const QUuid &id, QWidget *parent = nullptr);
+
+    void refresh();
+    void unfold();
+    Field *nameField() const { return m_name; }
+
+private:
+    QWidget *makeEditor();
+    Field *makeField(const QString &name, QString ShippoAddress::*member);
+
+    AppState &m_app;
+    SettingsScreen &m_settings;
+    QUuid m_id;
+    FoldHeader *m_header;
+    Badge *m_isDefault;
+    Button *m_makeDefault, *m_remove;
+    Field *m_name;
+    QWidget *m_editor;
+};
+
+} // namespace parcelory

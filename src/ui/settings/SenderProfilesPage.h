@@ -1,0 +1,27 @@
+#pragma once
+
+#include "ui/parts/Follower.h"
+#include "ui/settings/ProfileRow.h"
+#include "ui/settings/RowList.h"
+#include "ui/settings/SettingsPage.h"
+
+namespace parcelory {
+
+/// The desk's return addresses, and what stands in where they are blank.
+class SenderProfilesPage : public SettingsPage {
+    Q_OBJECT
+public:
+    SenderProfilesPage(AppState &app, SettingsScreen &settings, QWidget *parent = nullptr);
+
+private:
+    void appendFallbacks();
+    void refresh();
+    void addProfile();
+
+    AppState &m_app;
+    SettingsScreen &m_settings;
+    RowList<QUuid, ProfileRow> m_rows;
+    Follower m_follower;
+};
+
+} // namespace parcelory

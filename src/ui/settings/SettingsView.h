@@ -1,0 +1,30 @@
+#pragma once
+
+#include "app/Screens.h"
+
+#include <QWidget>
+
+class QListWidget;
+class QStackedWidget;
+
+namespace parcelory {
+
+/// The Settings screen: its sections at the left, the chosen one's page beside them.
+class SettingsView : public QWidget {
+    Q_OBJECT
+public:
+    enum class Page { senders, boxes, printers, keys, contacts, updates };
+
+    SettingsView(AppState &app, Screens &screens, QWidget *parent = nullptr);
+
+    void showPage(Page page);
+    Page page() const;
+
+private:
+    void add(const QString &title, const QString &icon, QWidget *page);
+
+    QListWidget *m_sections;
+    QStackedWidget *m_pages;
+};
+
+} // namespace parcelory

@@ -1,0 +1,33 @@
+#include "ui/settings/UpdatesPage.h"
+
+#include "ui/parts/Surface.h"
+
+#include <QVBoxLayout>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+UpdatesPage::UpdatesPage(UpdateChecker &updates, QWidget *parent)
+    : SettingsPage(u"Updates"_s, parent), m_updates(updates), m_check(new Button(u"Check for Updates…"_s)),
+      m_status(new TextLabel({}, FontRole::caption, &Tokens::muted)), m_follower([this] { refresh(); })
+{
+    appendCaption(u"Parcelory looks for a newer version at every start and offers it; nothing is installed unasked."_s);
+    QVBoxLayout *rows = column(appendCard());
+    rows->addWidget(new TextLabel(u"Parcelory %1 is installed."_s.arg(updates.installedVersion())));
+    m_status->setWordWrap(true);
+    rows->addWidget(m_status);
+    rows->addWidget(m_check, 0, Qt::AlignLeft);
+    connect(m_check, &QPushButton::clicked, this,
+            [this] { spawn([&checker = m_updates] { return checker.checkNow(); }); });
+    m_follower.follow(updates.busy, updates.status);
+    refresh();
+}
+
+void UpdatesPage::refresh()
+{
+    m_check->setEnabled(!m_updates.busy);
+    m_status->setText(m_updates.status);
+    m_status->setVisible(!m_status->text().isEmpty());
+}
+
+} // namespace parcelory

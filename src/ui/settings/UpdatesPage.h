@@ -1,0 +1,24 @@
+#pragma once
+
+#include "app/update/UpdateChecker.h"
+#include "ui/parts/Button.h"
+#include "ui/parts/Follower.h"
+#include "ui/settings/SettingsPage.h"
+
+namespace parcelory {
+
+/// Settings ▸ Updates: which version this is, and a look for a newer one.
+class UpdatesPage : public SettingsPage {
+public:
+    explicit UpdatesPage(UpdateChecker &updates, QWidget *parent = nullptr);
+
+private:
+    void refresh();
+
+    UpdateChecker &m_updates;
+    Button *m_check;
+    TextLabel *m_status;
+    Follower m_follower;
+};
+
+} // namespace parcelory

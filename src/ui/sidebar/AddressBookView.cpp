@@ -1,0 +1,298 @@
+#include "ui/sidebar/AddressBookView.h"
+
+#include "core/Text.h"
+#include "ui/parts/Attention.h"
+#include "ui/parts/Binding.h"
+#include "ui/parts/TabOrder.h"
+#include "ui/sidebar/InvoiceCards.h"
+
+#include <QHBoxLayout>
+#include <QKeyEvent>
+#include <QMenu>
+#include <QPointer>
+#include <QStackedWidget>
+#include <QVBoxLayout>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString hint =
+    u"Import your address book once — it then lives in Parcelory, like Endicia's did. macOS will ask for "
+    "Contacts permission only if you import from Apple Contacts."_s;
+
+/// A source of addresses: its entry in the menu, and shorter for a button.
+struct Source {
+    QString entry, button;
+    Task<> (AddressBook::*import)();
+};
+
+QList<Source> sources(const AddressBook &book)
+{
+    QList<Source> all = {
+        {u"From Endicia (importedAddresses.plist)…"_s, u"From Endicia…"_s, &AddressBook::importEndicia},
+        {u"From vCard File (.vcf)…"_s, u"From vCard File…"_s, &AddressBook::importVCard}};
+    if (book.hasContacts())
+        all.append({u"From Apple Contacts…"_s, u"From Apple Contacts…"_s, &AddressBook::importContacts});
+    return all;
+}
+
+/// Runs an import when the entry or the button is used. The book outlives every view.
+template <class Trigger, class Signal>
+void offer(Trigger *trigger, Signal signal, AddressBook &book, const Source &source)
+{
+    QObject::connect(trigger, signal, &book,
+                     [&book, import = source.import] { spawn([&book, import] { return (book.*import)(); }); });
+}
+
+EmptyState *makeEmpty(AddressBook &book)
+{
+    auto *empty = new EmptyState(u"ui_book"_s, u"No addresses yet"_s);
+    for (const Source &source : sources(book)) {
+        auto *button = new Button(source.button, Button::Kind::standard, u"ui_import"_s);
+        button->setAccessibleName(source.entry);
+        button->setToolTip(source.entry);
+        offer(button, &QPushButton::clicked, book, source);
+        empty->append(button);
+    }
+    auto *words = new TextLabel(hint, FontRole::caption, &Tokens::muted);
+    words->setWordWrap(true);
+    words->setAlignment(Qt::AlignHCenter);
+    empty->append(words, {});
+    return empty;
+}
+
+Button *makeTool(const QString &icon, const QString &name)
+{
+    auto *tool = new Button({}, Button::Kind::icon, icon);
+    tool->describe(name);
+    return tool;
+}
+
+} // namespace
+
+AddressBookView::AddressBookView(AppState &app, AddressBook &book, QWidget *parent)
+    : QWidget(parent), m_app(app), m_book(book), m_pane(app, book),
+      m_search(new SearchField(u"Search name, company, place"_s)), m_list(new AddressList(m_pane)),
+      m_empty(makeEmpty(book)), m_nothing(new EmptyState(u"ui_search"_s, {})), m_pages(new QStackedWidget),
+      m_news(new TextLabel({}, FontRole::caption)), m_cancel(new Button(u"Cancel"_s, Button::Kind::link)),
+      m_undo(new Button(u"Undo"_s, Button::Kind::link)), m_bar(new BusyBar), m_fill(new Button(u"Fill Label"_s)),
+      m_add(makeTool(u"ui_plus"_s, u"New address"_s)), m_edit(makeTool(u"ui_edit"_s, u"Edit the selected address"_s)),
+      m_delete(makeTool(u"ui_trash"_s, u"Delete the selected address"_s)),
+      m_import(makeTool(u"ui_import"_s, u"Import Address Book"_s)),
+      m_count(new TextLabel({}, FontRole::caption, &Tokens::muted)), m_follower([this] { refresh(); })
+{
+    for (QWidget *page :
+         {static_cast<QWidget *>(m_list), static_cast<QWidget *>(m_empty), static_cast<QWidget *>(m_nothing)})
+        m_pages->addWidget(page);
+    auto *rows = new QVBoxLayout(this);
+    rows->setContentsMargins(11, 8, 12, 10);
+    rows->setSpacing(8);
+    rows->addWidget(m_search);
+    rows->addWidget(m_pages, 1);
+    addFoot(rows);
+    orderTabsByLayout(this);
+    bindText(m_search, m_pane.query);
+    connectList();
+    m_follower.follow(book.status, book.importing, book.deleted, m_pane.selection);
+    refreshList();
+}
+
+void AddressBookView::addFoot(QVBoxLayout *rows)
+{
+    auto *foot = new QVBoxLayout;
+    foot->setSpacing(4);
+    foot->addLayout(makeNews());
+    foot->addWidget(m_bar);
+    foot->addWidget(m_fill);
+    foot->addSpacing(4);
+    foot->addLayout(makeTools());
+    m_fill->setSizePolicy(QSizePolicy::Minimum, QSizePolicy::Fixed);
+    rows->addLayout(foot);
+}
+
+QLayout *AddressBookView::makeNews()
+{
+    m_news->setWordWrap(true);
+    m_news->hide();
+    auto *row = new QHBoxLayout;
+    row->setSpacing(4);
+    row->addWidget(m_news, 1);
+    row->addWidget(m_cancel);
+    row->addWidget(m_undo);
+    m_undo->setToolTip(QKeySequence(Qt::CTRL | Qt::Key_Z).toString(QKeySequence::NativeText));
+    connect(m_cancel, &QPushButton::clicked, &m_book, &AddressBook::cancelImport);
+    connect(m_undo, &QPushButton::clicked, this, &AddressBookView::undo);
+    return row;
+}
+
+QLayout *AddressBookView::makeTools()
+{
+    auto *menu = new QMenu(m_import);
+    for (const Source &source : sources(m_book))
+        offer(menu->addAction(source.entry), &QAction::triggered, m_book, source);
+    m_import->setMenu(menu);
+    connect(m_fill, &QPushButton::clicked, this, &AddressBookView::fill);
+    connect(m_add, &QPushButton::clicked, this, &AddressBookView::addNew);
+    connect(m_edit, &QPushButton::clicked, this, &AddressBookView::editSelected);
+    connect(m_delete, &QPushButton::clicked, this, &AddressBookView::removeSelected);
+    auto *row = new QHBoxLayout;
+    row->setSpacing(2);
+    for (QWidget *tool : {m_add, m_edit, m_delete, m_import})
+        row->addWidget(tool);
+    row->addStretch(1);
+    row->addWidget(m_count);
+    return row;
+}
+
+void AddressBookView::connectList()
+{
+    connect(&m_pane, &AddressBookPane::filteredChanged, this, &AddressBookView::refreshList);
+    connect(m_search, &SearchField::listRequested, m_list, &AddressList::enter);
+    connect(m_list, &AddressList::searchRequested, this, &AddressBookView::focusSearch);
+    connect(m_list, &QListView::doubleClicked, this, &AddressBookView::fill);
+    connect(m_list, &AddressList::removeRequested, this, &AddressBookView::removeSelected);
+    connect(m_list, &AddressList::undoRequested, m_undo, &QPushButton::click); // which is there while it can be undone
+}
+
+/// Return fills the label from here; it must not go on to the form, whose next step it would take.
+void AddressBookView::keyPressEvent(QKeyEvent *event)
+{
+    const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    const bool plain = (event->modifiers() & ~Qt::KeypadModifier) == 0; // Buy's own keys are not this
+    if (!isReturn || !plain)
+        QWidget::keyPressEvent(event);
+    else if (!event->isAutoRepeat())
+        fillByReturn();
+}
+
+/// From the search, only somebody who is beyond doubt: the one who is chosen, or the only one found.
+void AddressBookView::fillByReturn()
+{
+    const bool searching = m_search->hasFocus();
+    if (!searching && !m_list->hasFocus())
+        return;
+    const QList<int> &found = m_pane.filtered();
+    if (searching && !m_pane.selected()) {
+        if (found.size() != 1) {
+            m_list->enter();
+            return;
+        }
+        m_pane.selection = m_book.contacts()[found.first()].id;
+    }
+    fill();
+    if (searching)
+        m_search->selectAll(); // the next key begins another search
+}
+
+void AddressBookView::fill()
+{
+    const std::optional<PostalContact> contact = m_pane.selected();
+    if (!contact)
+        return;
+    m_pane.choose(*contact);
+    emit filled();
+}
+
+void AddressBookView::addNew()
+{
+    openSheet(AddressEditSheet::Purpose::create, {});
+}
+
+void AddressBookView::editSelected()
+{
+    if (const std::optional<PostalContact> contact = m_pane.selected())
+        openSheet(AddressEditSheet::Purpose::edit, *contact);
+}
+
+void AddressBookView::openSheet(AddressEditSheet::Purpose purpose, const PostalContact &contact)
+{
+    auto *sheet = new AddressEditSheet(m_app.platform.clock, m_book, purpose, contact, window());
+    connect(sheet, &QDialog::accepted, this, [this, id = contact.id] { choose(id); });
+    sheet->open();
+}
+
+/// Chooses an address that the book has.
+void AddressBookView::choose(const QUuid &id)
+{
+    m_pane.selection = id;
+    if (!m_pane.selected())
+        m_pane.query = QString(); // which it does not match
+    m_pane.selection = id;
+}
+
+void AddressBookView::removeSelected()
+{
+    const std::optional<PostalContact> contact = m_pane.selected();
+    if (contact && !m_book.importing)
+        spawn([&book = m_book, contact] { return book.remove(*contact); });
+}
+
+void AddressBookView::undo()
+{
+    const std::optional<PostalContact> deleted = m_book.deleted;
+    if (!deleted)
+        return;
+    spawn([self = QPointer(this), &book = m_book, id = deleted->id]() -> Task<> { // its window may be closed meanwhile
+        co_await book.undoRemove();
+        if (self && !book.deleted.value())
+            self->choose(id);
+    });
+}
+
+void AddressBookView::refreshList()
+{
+    m_list->refresh();
+    refresh();
+}
+
+void AddressBookView::refresh()
+{
+    m_list->refreshSelection();
+    showPage();
+    const bool idle = !m_book.importing, chosen = m_pane.selected().has_value();
+    enable(m_fill, chosen, m_search);
+    enable(m_add, idle, m_search);
+    enable(m_edit, idle && chosen, m_search);
+    enable(m_delete, idle && chosen, m_search);
+    enable(m_import, idle, m_search);
+    for (Button *button : m_empty->findChildren<Button *>())
+        enable(button, idle, m_search);
+    m_bar->setBusy(!idle);
+    for (const auto &[link, shown] :
+         {std::pair(m_cancel, !idle), std::pair(m_undo, m_book.deleted.value().has_value())}) {
+        if (!shown && link->hasFocus())
+            m_search->setFocus();
+        link->setVisible(shown);
+    }
+    refreshNews();
+}
+
+void AddressBookView::showPage()
+{
+    const bool loaded = !m_book.status.value().isEmpty(); // it says something from then on
+    const bool empty = loaded && m_book.contacts().isEmpty(), nothing = loaded && m_pane.filtered().isEmpty();
+    m_nothing->set(u"ui_search"_s, breakable(u"No address matches “%1”"_s.arg(trimBlanks(m_pane.query)), FontRole::body,
+                                             narrowestText));
+    if (nothing && m_list->hasFocus())
+        m_search->setFocus();
+    m_pages->setCurrentWidget(empty ? m_empty : nothing ? static_cast<QWidget *>(m_nothing) : m_list);
+    m_count->setText(loaded ? QString::number(m_book.contacts().size()) + u" addresses"_s : QString());
+}
+
+/// The number of addresses stands beside the tools already.
+void AddressBookView::refreshNews()
+{
+    const QString status = m_book.status;
+    const QString news = status.endsWith(u" addresses"_s) ? QString() : status;
+    if (news == m_news->accessibleName())
+        return;
+    m_news->setText(breakable(news, FontRole::caption, narrowestText));
+    m_news->setAccessibleName(news);
+    m_news->setVisible(!news.isEmpty());
+    if (!news.isEmpty() && isVisible() && !m_book.importing) // how far an import is would be said again and again
+        announce(m_news);
+}
+
+} // namespace parcelory

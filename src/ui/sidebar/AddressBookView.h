@@ -1,0 +1,64 @@
+#pragma once
+
+#include "ui/parts/Button.h"
+#include "ui/parts/Follower.h"
+#include "ui/parts/Notice.h"
+#include "ui/parts/SearchField.h"
+#include "ui/sidebar/AddressEditSheet.h"
+#include "ui/sidebar/AddressList.h"
+
+class QStackedWidget;
+class QVBoxLayout;
+
+namespace parcelory {
+
+/// The address book with its search and its tools: beside the label form, and in a window of its own.
+class AddressBookView : public QWidget {
+    Q_OBJECT
+public:
+    AddressBookView(AppState &app, AddressBook &book, QWidget *parent = nullptr);
+
+    AddressBookPane &pane() { return m_pane; }
+    void focusSearch() { m_search->focusAll(); }
+    void addNew();
+    void editSelected();
+
+signals:
+    void filled(); ///< the label has its recipient from here
+
+protected:
+    void keyPressEvent(QKeyEvent *event) override;
+
+private:
+    QWidget *makePages();
+    void addFoot(QVBoxLayout *rows);
+    QLayout *makeNews();
+    QLayout *makeTools();
+    void connectList();
+    void openSheet(AddressEditSheet::Purpose purpose, const PostalContact &contact);
+    void choose(const QUuid &id);
+    void fill();
+    void fillByReturn();
+    void removeSelected();
+    void undo();
+    void refreshList();
+    void refresh();
+    void showPage();
+    void refreshNews();
+
+    AppState &m_app;
+    AddressBook &m_book;
+    AddressBookPane m_pane;
+    SearchField *m_search;
+    AddressList *m_list;
+    EmptyState *m_empty, *m_nothing;
+    QStackedWidget *m_pages;
+    TextLabel *m_news; ///< what the last operation came to
+    Button *m_cancel, *m_undo;
+    BusyBar *m_bar;
+    Button *m_fill, *m_add, *m_edit, *m_delete, *m_import;
+    TextLabel *m_count;
+    Follower m_follower;
+};
+
+} // namespace parcelory

@@ -1,0 +1,45 @@
+#include "ui/sidebar/AddressBookWindow.h"
+
+#include "core/SettingsKeys.h"
+
+#include <QKeyEvent>
+#include <QShortcut>
+#include <QVBoxLayout>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+AddressBookWindow::AddressBookWindow(AppState &app, AddressBook &book, QWidget *parent)
+    : Surface(&Tokens::window, parent), m_preferences(app.platform.preferences), m_view(new AddressBookView(app, book))
+{
+    const Theme &theme = Theme::current();
+    setWindowFlag(Qt::Window);
+    setWindowTitle(u"Address Book"_s);
+    setMinimumSize(theme.scaled(280), theme.scaled(400));
+    auto *rows = new QVBoxLayout(this);
+    rows->setContentsMargins(0, 4, 0, 2);
+    rows->addWidget(m_view);
+    connect(m_view, &AddressBookView::filled, this, &AddressBookWindow::filled);
+    connect(new QShortcut(Qt::CTRL | Qt::Key_W, this), &QShortcut::activated, this, &QWidget::close);
+    connect(new QShortcut(Qt::CTRL | Qt::Key_F, this), &QShortcut::activated, m_view, &AddressBookView::focusSearch);
+    if (!restoreGeometry(read(m_preferences, settings::addressBookGeometry)))
+        resize(theme.scaled(420), theme.scaled(640));
+    m_view->focusSearch();
+}
+
+/// Escape is no shortcut of this window: it first clears the search.
+void AddressBookWindow::keyPressEvent(QKeyEvent *event)
+{
+    if (event->key() == Qt::Key_Escape)
+        close();
+    else
+        Surface::keyPressEvent(event);
+}
+
+void AddressBookWindow::closeEvent(QCloseEvent *event)
+{
+    write(m_preferences, settings::addressBookGeometry, saveGeometry());
+    Surface::closeEvent(event);
+}
+
+} // namespace parcelory

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "ui/parts/Surface.h"
+#include "ui/sidebar/AddressBookView.h"
+
+namespace parcelory {
+
+/// The secondary window "Address Book".
+class AddressBookWindow : public Surface {
+    Q_OBJECT
+public:
+    AddressBookWindow(AppState &app, AddressBook &book, QWidget *parent = nullptr);
+
+    AddressBookView &view() { return *m_view; }
+
+signals:
+    void filled(); ///< the label has its recipient from here
+
+protected:
+    void keyPressEvent(QKeyEvent *event) override;
+    void closeEvent(QCloseEvent *event) override;
+
+private:
+    Preferences &m_preferences;
+    AddressBookView *m_view;
+};
+
+} // namespace parcelory

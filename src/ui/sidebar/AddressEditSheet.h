@@ -1,0 +1,36 @@
+#pragma once
+
+#include "app/addressbook/AddressBook.h"
+#include "ui/parts/Dialog.h"
+#include "ui/parts/Field.h"
+#include "ui/parts/Notice.h"
+
+namespace parcelory {
+
+/// "Edit Address" or "New Address". Ends accepted when the book has the contact; as long as that cannot be written, it
+/// stays open and says why.
+class AddressEditSheet : public Dialog {
+    Q_OBJECT
+public:
+    enum class Purpose { edit, create };
+
+    AddressEditSheet(Clock &clock, AddressBook &book, Purpose purpose, const PostalContact &contact, QWidget *parent);
+
+    void done(int result) override;
+
+private:
+    QLayout *makeRows();
+    Field *field(const QString &name, QString PostalContact::*member, int width = 0);
+    void refresh();
+    void save();
+    void finishSaving(bool saved);
+
+    AddressBook &m_book;
+    PostalContact m_contact; ///< as typed so far, without the blanks around it
+    Field *m_first = nullptr;
+    Notice *m_failure;
+    Button *m_save = nullptr;
+    bool m_saving = false;
+};
+
+} // namespace parcelory

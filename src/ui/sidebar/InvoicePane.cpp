@@ -1,0 +1,124 @@
+#include "ui/sidebar/InvoicePane.h"
+
+#include "ui/parts/FormSection.h"
+#include "ui/sidebar/InvoiceCards.h"
+
+#include <QKeyEvent>
+#include <QScrollBar>
+#include <QVBoxLayout>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+InvoicePane::InvoicePane(AppState &app, QWidget *parent)
+    : QScrollArea(parent), m_app(app), m_number(new Field(u"Invoice #"_s)), m_lookUp(new Button(u"Look Up"_s)),
+      m_bar(new BusyBar), m_status(new Notice(u"ui_info"_s, &Tokens::muted, FontRole::caption)),
+      m_empty(new EmptyState(u"ui_qr"_s, u"Waiting for QR scan"_s)), m_column(new QVBoxLayout),
+      m_follower([this] { refresh(); })
+{
+    auto *help = new TextLabel(u"Scan an invoice QR with the TEEMI scanner — from anywhere in the app — or enter the "
+                               "invoice number."_s,
+                               FontRole::caption, &Tokens::muted);
+    help->setWordWrap(true);
+    auto *entry = new FormRow(u"Invoice #"_s, 0);
+    entry->add(m_number, 1)->add(m_lookUp);
+    auto *entryWithBar = new QVBoxLayout;
+    entryWithBar->setSpacing(2);
+    entryWithBar->addWidget(entry);
+    entryWithBar->addWidget(m_bar);
+
+    auto *contents = new QWidget;
+    contents->setLayout(m_column);
+    m_column->setContentsMargins(11, 10, 12, 12);
+    m_column->setSpacing(8);
+    m_column->addWidget(help);
+    m_column->addLayout(entryWithBar);
+    m_column->addWidget(m_status);
+    m_column->addWidget(m_empty, 1);
+    setWidget(contents);
+    setWidgetResizable(true);
+    setFrameShape(QFrame::NoFrame);
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setFocusPolicy(Qt::NoFocus);
+    setAccessibleName(u"Invoice"_s);
+
+    connect(m_lookUp, &QPushButton::clicked, this, &InvoicePane::lookUp);
+    m_follower.follow(app.scanBusy, app.scanStatus, app.scannedInvoice);
+    refresh();
+}
+
+void InvoicePane::focusNumber()
+{
+    if (!m_number->isEnabled()) {
+        setFocus();
+        return;
+    }
+    m_number->setFocus();
+    m_number->selectAll();
+    verticalScrollBar()->setValue(0);
+}
+
+/// Return looks the number up; it must not go on to the form, whose next step it would take.
+void InvoicePane::keyPressEvent(QKeyEvent *event)
+{
+    const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    if (!isReturn)
+        QScrollArea::keyPressEvent(event);
+    else if (!event->isAutoRepeat())
+        lookUp();
+}
+
+void InvoicePane::lookUp()
+{
+    if (m_app.scanBusy)
+        return;
+    focusNumber(); // it waits there for the next one
+    if (!m_number->text().trimmed().isEmpty())
+        m_app.handleInvoiceScan(m_number->text());
+}
+
+void InvoicePane::refresh()
+{
+    const bool busy = m_app.scanBusy;
+    const bool focused = hasFocus() || isAncestorOf(window()->focusWidget());
+    if (busy && focused)
+        setFocus(); // a field that goes off would hand the focus on
+    m_number->setEnabled(!busy);
+    m_lookUp->setEnabled(!busy);
+    if (!busy && hasFocus())
+        focusNumber();
+    m_bar->setBusy(busy);
+    showStatus();
+    showInvoice();
+}
+
+void InvoicePane::showStatus()
+{
+    const QString status = m_app.scanStatus;
+    if (status.endsWith(u'…')) {
+        m_status->setLook(u"ui_pending"_s, &Tokens::muted);
+    } else if (status.endsWith(u"— label filled."_s)) {
+        m_status->setLook(u"ui_success"_s, &Tokens::ok);
+        m_status->setTextInk(&Tokens::text);
+    } else {
+        m_status->setLook(u"ui_error"_s, &Tokens::warn);
+    }
+    m_status->setText(breakable(status, FontRole::caption, narrowestText));
+}
+
+void InvoicePane::showInvoice()
+{
+    const std::optional<DesklineInvoice> &invoice = m_app.scannedInvoice.value();
+    if (invoice == m_shown)
+        return;
+    m_shown = invoice;
+    delete std::exchange(m_cards, nullptr);
+    m_empty->setVisible(!invoice);
+    if (!invoice)
+        return;
+    m_cards = makeInvoiceCards(*invoice);
+    m_column->addWidget(m_cards, 1, Qt::AlignTop);
+    verticalScrollBar()->setValue(0);
+}
+
+} // namespace parcelory

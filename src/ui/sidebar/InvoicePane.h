@@ -1,0 +1,44 @@
+#pragma once
+
+#include "app/AppState.h"
+#include "ui/parts/Button.h"
+#include "ui/parts/Field.h"
+#include "ui/parts/Follower.h"
+#include "ui/parts/Notice.h"
+
+#include <QScrollArea>
+
+class QVBoxLayout;
+
+namespace parcelory {
+
+/// Reads an invoice of the back office by its number, and shows the last one that was read: what warns of it first.
+class InvoicePane : public QScrollArea {
+    Q_OBJECT
+public:
+    explicit InvoicePane(AppState &app, QWidget *parent = nullptr);
+
+    void focusNumber();
+
+protected:
+    void keyPressEvent(QKeyEvent *event) override;
+
+private:
+    void lookUp();
+    void refresh();
+    void showStatus();
+    void showInvoice();
+
+    AppState &m_app;
+    Field *m_number;
+    Button *m_lookUp;
+    BusyBar *m_bar;
+    Notice *m_status;
+    EmptyState *m_empty;
+    QVBoxLayout *m_column;
+    QWidget *m_cards = nullptr; ///< of m_shown
+    std::optional<DesklineInvoice> m_shown;
+    Follower m_follower;
+};
+
+} // namespace parcelory

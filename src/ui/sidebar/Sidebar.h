@@ -1,0 +1,41 @@
+#pragma once
+
+#include "app/AppState.h"
+#include "ui/parts/Follower.h"
+#include "ui/parts/Surface.h"
+
+class QStackedWidget;
+
+namespace parcelory {
+
+class AddressBook;
+class AddressBookView;
+class InvoicePane;
+class Segments;
+
+/// The right edge of the New Label screen, where recipients come from: the desk's own address book or the back office.
+class Sidebar : public Surface {
+    Q_OBJECT
+public:
+    Sidebar(AppState &app, AddressBook &book, QWidget *parent = nullptr);
+
+    AddressBookView &addressBook() { return *m_addressBook; }
+    void focusSearch();        ///< in Endicia Mode
+    void focusInvoiceNumber(); ///< in Deskline Mode
+    void focusContents();      ///< in the mode that it is in
+
+private:
+    enum Mode { endicia, deskline };
+
+    void show(Mode mode);
+    void choose(Mode mode);
+
+    Preferences &m_preferences;
+    Segments *m_modes;
+    QStackedWidget *m_panes;
+    AddressBookView *m_addressBook;
+    InvoicePane *m_invoice;
+    Follower m_scans;
+};
+
+} // namespace parcelory

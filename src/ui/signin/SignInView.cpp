@@ -1,0 +1,178 @@
+#include "ui/signin/SignInView.h"
+
+#include "ui/parts/Binding.h"
+
+#include <QAccessible>
+#include <QCheckBox>
+#include <QCoreApplication>
+#include <QHBoxLayout>
+#include <QKeyEvent>
+#include <QShowEvent>
+#include <QVBoxLayout>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int cardWidth = 420, fieldHeight = 32, buttonHeight = 36;
+
+QLayout *makeBrand()
+{
+    auto *names = new QVBoxLayout;
+    names->setSpacing(0);
+    names->addWidget(new TextLabel(u"Parcelory"_s, FontRole::h1));
+    names->addWidget(new TextLabel(u"Shipping desk"_s, FontRole::body, &Tokens::muted));
+    auto *brand = new QHBoxLayout;
+    brand->setSpacing(12);
+    brand->addWidget(new IconView(u"parcelory_mark"_s, 40, &Tokens::accent));
+    brand->addLayout(names, 1);
+    return brand;
+}
+
+QLayout *labelled(Field *field)
+{
+    field->setFixedHeight(Theme::current().scaled(fieldHeight));
+    auto *label = new TextLabel(field->accessibleName(), FontRole::caption);
+    label->setBuddy(field);
+    auto *rows = new QVBoxLayout;
+    rows->setSpacing(5);
+    rows->addWidget(label);
+    rows->addWidget(field);
+    return rows;
+}
+
+TextLabel *smallPrint(const QString &text)
+{
+    auto *label = new TextLabel(breakable(text), FontRole::caption, &Tokens::muted);
+    label->setWordWrap(true);
+    return label;
+}
+
+} // namespace
+
+SignInView::SignInView(AppState &app, SignInScreen &screen, const QString &note, QWidget *parent)
+    : Surface(&Tokens::window, parent), m_app(app), m_screen(screen), m_name(new Field(u"Email or user name"_s)),
+      m_password(new Field(u"Password"_s)), m_remember(new QCheckBox(u"Remember me on this Mac"_s)),
+      m_signIn(new Button(u"Sign in"_s, Button::Kind::solid)),
+      m_error(new Notice(u"ui_error"_s, &Tokens::bad, FontRole::button)), m_follower([this] { refresh(); })
+{
+    auto *centre = new QHBoxLayout;
+    centre->addStretch(1);
+    centre->addWidget(makeCard(note));
+    centre->addStretch(1);
+    auto *rows = new QVBoxLayout(this);
+    rows->setContentsMargins(0, 12, 0, 12);
+    rows->addStretch(2);
+    rows->addLayout(centre);
+    rows->addStretch(3);
+    rows->addWidget(
+        new TextLabel(u"Parcelory "_s + QCoreApplication::applicationVersion(), FontRole::caption, &Tokens::muted), 0,
+        Qt::AlignHCenter);
+
+    setAccessibleName(u"Sign in"_s);
+    m_password->setEchoMode(QLineEdit::Password);
+    bindText(m_name, screen.name);
+    bindText(m_password, screen.password);
+    connect(m_name, &QLineEdit::textChanged, this, [this] {
+        if (window()->focusWidget() == m_name && !m_name->isModified()) // a remembered name has come in
+            placeFocus();
+    });
+    connect(m_remember, &QCheckBox::toggled, this, [this](bool on) { m_screen.remember = on; });
+    connect(m_signIn, &QPushButton::clicked, this, &SignInView::signIn);
+    m_follower.follow(app.loginBusy, app.loginError, screen.remember);
+    refresh();
+}
+
+QWidget *SignInView::makeCard(const QString &note)
+{
+    const Theme &theme = Theme::current();
+    m_signIn->setFixedHeight(theme.scaled(buttonHeight));
+    m_signIn->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    auto *card = Surface::card();
+    card->setFixedWidth(theme.scaled(cardWidth));
+    auto *column = new QVBoxLayout(card);
+    column->setContentsMargins(36, 32, 36, 28);
+    column->setSpacing(13);
+    column->addLayout(makeBrand());
+    column->addSpacing(5);
+    column->addLayout(labelled(m_name));
+    column->addLayout(labelled(m_password));
+    column->addWidget(m_remember, 0, Qt::AlignLeft);
+    column->addSpacing(3);
+    column->addWidget(m_signIn);
+    column->addWidget(m_error);
+    column->addSpacing(4);
+    column->addWidget(new Rule);
+    column->addWidget(smallPrint(u"Sign in with your deskline account (requires the office VPN). Your login is sent "
+                                 "straight to deskline; check “Remember me” to stay signed in on this Mac."_s));
+    if (!note.isEmpty())
+        column->addWidget(smallPrint(note));
+    return card;
+}
+
+void SignInView::showEvent(QShowEvent *event)
+{
+    Surface::showEvent(event);
+    if (event->spontaneous()) // the window was only put away
+        return;
+    placeFocus();
+    spawn([this] { return m_screen.appear(); });
+}
+
+void SignInView::refresh()
+{
+    const bool busy = m_app.loginBusy;
+    const bool ended = !busy && !m_name->isEnabled();
+    if (busy)
+        setFocus(); // a field that goes off would hand the focus on
+    for (QWidget *control : {static_cast<QWidget *>(m_name), static_cast<QWidget *>(m_password),
+                             static_cast<QWidget *>(m_remember), static_cast<QWidget *>(m_signIn)})
+        control->setEnabled(!busy);
+    m_signIn->setText(busy ? u"Signing in…"_s : u"Sign in"_s);
+    m_remember->setChecked(m_screen.remember);
+    showError();
+    if (ended && m_app.flow == AppFlow::login)
+        placeFocus();
+}
+
+void SignInView::showError()
+{
+    const QString text = breakable(m_app.loginError.value().value_or(QString()));
+    if (text == m_error->text())
+        return;
+    m_error->setText(text);
+    if (text.isEmpty())
+        return;
+    QAccessibleEvent alert(m_error, QAccessible::Alert);
+    QAccessible::updateAccessibility(&alert);
+}
+
+/// Where the clerk goes on typing: a password that was turned down is typed over.
+void SignInView::placeFocus()
+{
+    Field *next = m_name->text().isEmpty() ? m_name : m_password;
+    next->setFocus();
+    next->selectAll();
+}
+
+void SignInView::keyPressEvent(QKeyEvent *event)
+{
+    const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    if (!isReturn)
+        Surface::keyPressEvent(event);
+    else if (!event->isAutoRepeat()) // a held key must not use up the account's attempts
+        signIn();
+}
+
+void SignInView::signIn()
+{
+    if (m_app.loginBusy)
+        return;
+    if (m_name->text().isEmpty() || m_password->text().isEmpty())
+        (m_name->text().isEmpty() ? m_name : m_password)->setFocus();
+    else
+        spawn([this] { return m_screen.signIn(); });
+}
+
+} // namespace parcelory

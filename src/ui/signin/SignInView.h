@@ -1,0 +1,40 @@
+#pragma once
+
+#include "app/signin/SignInScreen.h"
+#include "ui/parts/Button.h"
+#include "ui/parts/Field.h"
+#include "ui/parts/Follower.h"
+#include "ui/parts/Notice.h"
+
+class QCheckBox;
+
+namespace parcelory {
+
+/// The sign-in: name and password of the back office. Comes up whenever the flow is there.
+class SignInView : public Surface {
+    Q_OBJECT
+public:
+    /// `note` is what else there is to say before one signs in; mostly empty.
+    SignInView(AppState &app, SignInScreen &screen, const QString &note, QWidget *parent = nullptr);
+
+protected:
+    void showEvent(QShowEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
+
+private:
+    QWidget *makeCard(const QString &note);
+    void refresh();
+    void showError();
+    void placeFocus();
+    void signIn();
+
+    AppState &m_app;
+    SignInScreen &m_screen;
+    Field *m_name, *m_password;
+    QCheckBox *m_remember;
+    Button *m_signIn;
+    Notice *m_error;
+    Follower m_follower;
+};
+
+} // namespace parcelory

@@ -1,0 +1,145 @@
+// The address book as the screens use it: over a real store, beside the label screen.
+
+#include "app/addressbook/AddressBook.h"
+#include "support/LabelDesk.h"
+#include "support/Printing.h"
+
+#include <gmock/gmock.h>
+
+namespace parcelory::test {
+using namespace Qt::StringLiterals;
+using testing::ElementsAre;
+
+namespace {
+
+class AddressBookTest : public testing::Test, public LabelDesk {
+protected:
+    AddressBook book{*app};
+    AddressBookPane pane{*app, book};
+
+    AddressBookTest() { finish(); }
+    void TearDown() override { finish(); }
+
+    void finish()
+    {
+        for (int turn = 0; turn < 6; ++turn) { // each step of a chain may start the next one
+            workPool().waitForDone();
+            settle();
+        }
+    }
+    std::vector<QString> shown() const
+    {
+        std::vector<QString> names;
+        for (const int at : pane.filtered())
+            names.push_back(book.contacts()[at].name);
+        return names;
+    }
+    void add(const QString &name, const QString &city)
+    {
+        EXPECT_TRUE(
+            runTask(book.save({.name = name, .street1 = u"1 Main St"_s, .city = city, .zip = u"97301"_s}), &clock));
+    }
+};
+
+} // namespace
+
+TEST_F(AddressBookTest, FindsFillsChangesAndTakesADeletionBack)
+{
+    EXPECT_EQ(book.status.value(), u"0 addresses"_s);
+    add(u"baker"_s, u"Salem"_s);
+    add(u"Adams"_s, u"Keene"_s);
+    EXPECT_EQ(book.status.value(), u"Saved Adams"_s);
+    EXPECT_THAT(shown(), ElementsAre(u"Adams"_s, u"baker"_s));
+    pane.query = u"  KEENE "_s;
+    EXPECT_THAT(shown(), ElementsAre(u"Adams"_s));
+    pane.selection = book.contacts()[0].id;
+
+    const int fills = app->draftFillCount;
+    pane.choose(*pane.selected());
+    EXPECT_EQ(book.status.value(), u"Filled label for Adams"_s);
+    EXPECT_EQ(app->draftFillCount.value(), fills + 1);
+    EXPECT_EQ(app->draftTo.value().city, u"Keene"_s);
+
+    run(book.remove(*pane.selected()));
+    EXPECT_EQ(book.status.value(), u"Address deleted."_s);
+    EXPECT_FALSE(pane.selection.value());
+    EXPECT_THAT(shown(), testing::IsEmpty());
+    run(book.undoRemove());
+    EXPECT_THAT(shown(), ElementsAre(u"Adams"_s));
+    EXPECT_FALSE(book.deleted.value());
+}
+
+TEST_F(AddressBookTest, KeepsWhoeverALabelWasBoughtForOnce)
+{
+    composeAndRate(homeAddress());
+    run(screen().buyAndPrint());
+    finish();
+    ASSERT_EQ(book.contacts().size(), 1) << banner().toStdString();
+    const PostalContact kept = book.contacts()[0];
+    EXPECT_EQ(kept.name, u"Eleanor Whitfield"_s);
+    ShippoAddress moved = kept.asShippoAddress();
+    moved.name = moved.name.toUpper();
+    moved.phone = u"828 555 0142"_s;
+    run(book.keep(moved, false));
+    EXPECT_EQ(book.status.value(), u"Recipient saved to the address book."_s);
+    ASSERT_EQ(book.contacts().size(), 1);
+    EXPECT_EQ(book.contacts()[0].phone, u"828 555 0142"_s);
+
+    // What a label is told differently stays in the book as it was.
+    PostalContact dealer = book.contacts()[0];
+    dealer.company = u"Rare Coin Exchange"_s;
+    EXPECT_TRUE(runTask(book.save(dealer), &clock));
+    app->fillRecipient(dealer);
+    ShippoAddress checked = app->draftTo;
+    checked.street1 = checked.street1.toUpper();
+    checked.zip = u"28801-6168"_s;
+    checked.phone = QString();
+    run(book.keep(checked, true));
+    ASSERT_EQ(book.contacts().size(), 1);
+    EXPECT_EQ(book.contacts()[0].company, u"Rare Coin Exchange"_s);
+    EXPECT_EQ(book.contacts()[0].phone, u"828 555 0142"_s);
+    EXPECT_EQ(book.contacts()[0].zip, u"28801-6168"_s);
+    checked.street1 = u"418 Elm St"_s; // somebody of the same name around the corner
+    run(book.keep(checked, true));
+    EXPECT_EQ(book.contacts().size(), 2);
+    run(book.remove(book.contacts()[0].street1 == checked.street1 ? book.contacts()[0] : book.contacts()[1]));
+
+    screen().keepRecipient = false;
+    ShippoAddress other = homeAddress();
+    other.name = u"Somebody Else"_s;
+    composeAndRate(other);
+    run(screen().buyAndPrint());
+    finish();
+    EXPECT_EQ(book.contacts().size(), 1);
+}
+
+TEST_F(AddressBookTest, ImportsAFileOrSaysWhyNotAndStaysAsItWas)
+{
+    const auto import = [this](const QString &name, const QByteArray &bytes, auto how) {
+        prompts.file = path(name);
+        QFile file(prompts.file);
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
+        file.close();
+        run(how());
+    };
+    const auto vCard = [this] { return book.importVCard(); };
+    const QByteArray card = "BEGIN:VCARD\r\nVERSION:3.0\r\nN:Eng;Theodore;;;\r\nFN:Theodore Eng\r\n"
+                            "ADR;TYPE=home:;;2217 W Alder St;Tacoma;WA;98406;USA\r\nEND:VCARD\r\n";
+    import(u"one.vcf"_s, card, vCard);
+    EXPECT_EQ(book.status.value(), u"Imported 1 addresses (0 duplicates skipped) — 1 total."_s);
+    import(u"again.vcf"_s, card, vCard);
+    EXPECT_EQ(book.status.value(), u"Imported 0 addresses (1 duplicates skipped) — 1 total."_s);
+    import(u"cut.vcf"_s, card.left(card.size() - 20), vCard);
+    EXPECT_FALSE(book.status.value().startsWith(u"Imported"_s)) << book.status.value().toStdString();
+    import(u"list.plist"_s, "<plist version=\"1.0\"><dict/></plist>", [this] { return book.importEndicia(); });
+    EXPECT_EQ(book.status.value(), u"That file isn't an Endicia address plist."_s);
+    EXPECT_EQ(prompts.fileQuestions.last().first, u"Pick Endicia's importedAddresses.plist"_s);
+    EXPECT_EQ(book.contacts().size(), 1);
+    EXPECT_FALSE(book.importing);
+    prompts.file = QString();
+    book.status = u"untouched"_s;
+    run(book.importVCard());
+    EXPECT_EQ(book.status.value(), u"untouched"_s);
+}
+
+} // namespace parcelory::test

@@ -1,0 +1,355 @@
+// Refunds, delivery status, SCAN form and master log: the real screens over the practice carrier.
+
+#include "support/LogFile.h"
+#include "app/logs/MailingLogScreen.h"
+#include "app/logs/MasterLogScreen.h"
+#include "support/LabelDesk.h"
+
+namespace parcelory::test {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+class AfterSaleTest : public testing::Test, public LabelDesk {
+protected:
+    MailingLogScreen log{*app};
+    MasterLogScreen master{*app};
+
+    void TearDown() override
+    {
+        workPool().waitForDone();
+        settle();
+    }
+    ShipmentRecord bought()
+    {
+        composeAndRate(homeAddress());
+        buy();
+        return log.records().value(0);
+    }
+    /// A shipment in the log that nobody bought here.
+    ShipmentRecord logged(ShipmentRecord record)
+    {
+        EXPECT_TRUE(app->log.insert(record));
+        settle();
+        return log.records().value(0);
+    }
+    QString status() { return log.records().value(0).status; }
+    void answer(const QByteArray &path, const QByteArray &body, int status = 200)
+    {
+        carrier.setScenario({.failNext = CarrierFailure{path, status, "application/json", body, 1, ""}});
+    }
+};
+
+} // namespace
+
+TEST_F(AfterSaleTest, ARefundEndsAsTheCarrierAnswersAndIsAskedForOnce)
+{
+    const QString approval = u" — USPS refunds take up to 14 days to approve."_s;
+    struct Row {
+        QByteArray answer;
+        int http;
+        QString status, message;
+    };
+    const Row rows[] = {
+        {R"({"status": "SUCCESS"})", 201, u"REFUNDED"_s, u"Refunded."_s},
+        {R"({"status": "QUEUED"})", 201, u"REFUND_PENDING"_s, u"Refund queued"_s + approval},
+        {R"({"status": "pending"})", 201, u"REFUND_PENDING"_s, u"Refund pending"_s + approval},
+        {R"({})", 201, u"REFUND_PENDING"_s, u"Refund requested"_s + approval},
+        {R"({"status": "ERROR"})", 201, u"REFUND_ERROR"_s, u"Refund error"_s + approval},
+        {R"({"detail": "No such label."})", 404, u"REFUND_ERROR"_s, u"detail: No such label."_s},
+    };
+    prompts.answer = 1;
+    int minute = 0;
+    for (const Row &row : rows) {
+        ShipmentRecord record = shipmentTo(u"Ana"_s, ++minute);
+        record.transactionID = transactionId();
+        record = logged(record);
+        answer("refunds", row.answer, row.http);
+        carrier.clearRequests();
+        log.message = QString();
+        // As soon as the carrier is asked, the log already says so: the program may end here.
+        bool marked = false;
+        QObject here;
+        QObject::connect(&log, &MailingLogScreen::recordsChanged, &here,
+                         [&] { marked = marked || status() == u"REFUND_PENDING"; });
+        run(log.refund(record));
+        EXPECT_TRUE(marked);
+        EXPECT_EQ(status(), row.status);
+        EXPECT_EQ(log.message.value(), row.message);
+        EXPECT_EQ(carrier.requests().size(), 1);
+        run(log.refund(log.records().value(0)));
+        const bool again = row.status != u"REFUNDED"; // refused: tried again; pending: the carrier is asked how it is
+        EXPECT_EQ(carrier.requests().size(), again ? 2 : 1);
+        if (row.status == u"REFUND_PENDING")
+            EXPECT_EQ(carrier.requests().last().target, "/transactions/" + transactionId().toUtf8());
+    }
+    EXPECT_EQ(errors->entries().first().context, u"Refund"_s);
+
+    // Of this one the program had only the mark written when it ended.
+    ShipmentRecord marked = shipmentTo(u"Eve"_s, ++minute);
+    marked.transactionID = transactionId(9);
+    marked.status = u"REFUND_PENDING"_s;
+    marked = logged(marked);
+    answer("transactions", R"({"object_id": "t9", "status": "REFUNDPENDING"})");
+    run(log.refund(marked));
+    EXPECT_EQ(log.message.value(), u"The carrier already has this refund"_s + approval);
+    answer("transactions", R"({"object_id": "t9", "status": "SUCCESS"})");
+    carrier.clearRequests();
+    run(log.refund(marked));
+    EXPECT_EQ(carrier.requests().last().target, "/refunds/") << "nobody had asked the carrier";
+
+    prompts.answer = 0;
+    ShipmentRecord kept = shipmentTo(u"Ben"_s, ++minute);
+    kept.transactionID = transactionId(2);
+    kept.postage = 7.4;
+    kept = logged(kept);
+    carrier.clearRequests();
+    run(log.refund(kept));
+    EXPECT_EQ(carrier.requests().size(), 0);
+    EXPECT_EQ(status(), u"PRINTED"_s);
+    EXPECT_TRUE(prompts.questions.last().text.contains(u"Ben"_s) && prompts.questions.last().text.contains(u"$7.40"_s));
+}
+
+TEST_F(AfterSaleTest, LearnsOfRefundsOnceAMinuteAndFiftyAtATime)
+{
+    for (int number = 0; number < 51; ++number) {
+        ShipmentRecord record = shipmentTo(u"Recipient %1"_s.arg(number), number);
+        record.transactionID = u"t%1"_s.arg(number);
+        record.status = number % 2 ? u"REFUND_REQUESTED"_s : u"REFUND_PENDING"_s;
+        EXPECT_TRUE(app->log.insert(record, false));
+    }
+    carrier.clearRequests();
+    answer("transactions", R"({"object_id": "t50", "status": "REFUNDED"})");
+    run(app->syncRefundStatuses());
+    run(app->syncRefundStatuses());
+    EXPECT_EQ(carrier.requests().size(), 50);
+    EXPECT_EQ(log.records().value(0).status, u"REFUNDED"_s);
+    EXPECT_EQ(log.records().value(1).status, u"REFUND_REQUESTED"_s) << "what cannot be learned stays";
+    clock.advance(std::chrono::seconds(60));
+    answer("transactions", R"({"object_id": "t49", "status": "REFUNDREJECTED"})");
+    run(app->syncRefundStatuses());
+    EXPECT_EQ(carrier.requests().size(), 100);
+    EXPECT_EQ(log.records().value(1).status, u"REFUND_ERROR"_s);
+}
+
+TEST_F(AfterSaleTest, TheCarriersWordForAParcelChangesTheLogOnlyOnDelivery)
+{
+    ShipmentRecord record = shipmentTo(u"Ana"_s, 1);
+    record.tracking = u"794600000003"_s;
+    record.carrier = u"FedEx"_s;
+    record.transactionID = transactionId();
+    record = logged(record);
+    answer("tracks/fedex/", R"({"tracking_status": {"status": "TRANSIT", "status_details": "Delivered"}})");
+    run(log.checkStatus(record));
+    EXPECT_EQ(log.message.value(), u"TRANSIT: Delivered"_s);
+    EXPECT_EQ(status(), u"PRINTED"_s);
+    answer("tracks/fedex/", R"({"tracking_status": null})");
+    run(log.checkStatus(record));
+    EXPECT_EQ(log.message.value(), u"UNKNOWN"_s);
+    record.carrier = u"Stamps"_s;
+    answer("tracks/usps/", R"({"tracking_status": {"status": "DELIVERED"}})");
+    run(log.checkStatus(record));
+    EXPECT_EQ(log.message.value(), u"DELIVERED"_s);
+    EXPECT_EQ(status(), u"DELIVERED"_s);
+    answer("tracks/usps/", {}, 500);
+    run(log.checkStatus(record));
+    EXPECT_EQ(errors->entries().first().context, u"Check Status"_s);
+
+    record.trackingURL = u"file:///bin/sh"_s;
+    run(log.trackOnline(record));
+    EXPECT_TRUE(desktop.opened.isEmpty());
+    record.trackingURL = u"https://tools.example.com/1"_s;
+    run(log.trackOnline(record));
+    EXPECT_EQ(desktop.opened, QStringList{record.trackingURL});
+}
+
+TEST_F(AfterSaleTest, AScanFormIsMadeOfTodaysLabelsOfTheKeysKind)
+{
+    const auto make = [this] { run(app->createScanForm(deskAddress())); };
+    ShipmentRecord live = shipmentTo(u"Ana"_s, 1);
+    live.createdAt = clock.now();
+    logged(live);
+    ShipmentRecord yesterday = live;
+    yesterday.testMode = true;
+    yesterday.createdAt = clock.now().date().startOfDay().addMSecs(-1);
+    logged(yesterday);
+    carrier.clearRequests();
+    make();
+    EXPECT_EQ(carrier.requests().size(), 0);
+    EXPECT_EQ(app->scanFormStatus.value(), u"No labels printed today — nothing to manifest."_s);
+    EXPECT_TRUE(prompts.alerts.last().second.startsWith(u"No TEST labels have been printed today"_s));
+
+    const ShipmentRecord first = bought();
+    make();
+    EXPECT_TRUE(prompts.questions.value(0).text.contains(u"Ana"_s)) << "hers will not be on the form";
+    EXPECT_EQ(app->scanFormStatus.value(), u"No labels printed today — nothing to manifest."_s) << "the clerk cancels";
+    EXPECT_EQ(requestsTo("/manifests"), 0);
+    prompts.answer = 1;
+    make();
+    EXPECT_EQ(app->scanFormStatus.value(), u"SCAN form ready: 1 label — hand one printed copy to the carrier."_s);
+    EXPECT_TRUE(app->scanFormPDF.value()->startsWith("%PDF"));
+    EXPECT_EQ(app->scanFormOpenTick.value(), 1);
+    bought();
+    const std::pair<CarrierScenario, QString> rows[] = {
+        {{.manifestDocuments = 0}, u"SCAN form created but no document came back."_s},
+        {{.failNext = CarrierFailure{"carrier_accounts", 200, "application/json", R"({"results": []})", 1, ""}},
+         u"No USPS carrier account found on this Shippo account."_s},
+    };
+    for (const auto &[scenario, text] : rows) {
+        carrier.setScenario(scenario);
+        make();
+        EXPECT_EQ(app->scanFormStatus.value(), text);
+        EXPECT_EQ(errors->entries().first().context, u"SCAN Form"_s);
+        EXPECT_FALSE(app->scanFormBusy);
+    }
+    EXPECT_EQ(app->scanFormOpenTick.value(), 1);
+
+    const ShipmentRecord row = *app->log.find(first);
+    run(log.refund(row));
+    EXPECT_TRUE(prompts.questions.last().text.contains(u"It is on the SCAN form of "_s));
+}
+
+TEST_F(AfterSaleTest, AScanFormWhoseAnswerIsLostIsFetchedWithTheNextPress)
+{
+    const auto make = [this] { run(app->createScanForm(deskAddress())); };
+    const ShipmentRecord label = bought();
+    carrier.setScenario({.droppedPath = "manifests", .manifestDocuments = 2});
+    make();
+    EXPECT_EQ(app->scanForms.underWay(true).size(), 1);
+    EXPECT_FALSE(app->scanFormPDF.value());
+    carrier.setScenario({.labelAnswer = LabelAnswer::normal});
+    carrier.clearRequests();
+    make();
+    EXPECT_EQ(app->scanFormStatus.value(), u"SCAN form ready: 1 label — hand one printed copy to the carrier."_s);
+    EXPECT_EQ(app->scanFormOpenTick.value(), 1);
+    EXPECT_EQ(sent("/manifests/").size(), 0) << "it was not made twice";
+    const ScanForm form = app->scanForms.finished(9).value(0);
+    EXPECT_EQ(form.transactions, QStringList(label.transactionID));
+    EXPECT_EQ(app->scanForms.documents(form.id).size(), 2);
+
+    // Of this one the carrier has never heard, and says so once it can be sure.
+    bought();
+    prompts.answer = 1; // the other label stands on the first form
+    answer("manifests", {}, 500);
+    make();
+    make();
+    EXPECT_TRUE(app->scanFormStatus.value().startsWith(u"It is not known yet whether the SCAN form of "_s));
+    clock.advance(std::chrono::seconds(61));
+    make();
+    EXPECT_EQ(app->scanForms.finished(9).size(), 2);
+    bought();
+    answer("manifests", R"({"detail": "No transactions exist"})", 404);
+    make();
+    EXPECT_EQ(app->scanFormStatus.value(), u"detail: No transactions exist"_s);
+    EXPECT_TRUE(app->scanForms.underWay(true).isEmpty());
+}
+
+TEST_F(AfterSaleTest, ARefundWhoseAnswerIsLostIsSettledByAskingTheCarrier)
+{
+    const std::pair<CarrierScenario, QString> rows[] = {
+        {{.droppedPath = "refunds"}, u"REFUNDED"_s}, // it was carried out, but the connection ended before the answer
+        {{.failNext = CarrierFailure{.pathPrefix = "refunds"}}, u"REFUND_ERROR"_s}};
+    prompts.answer = 1;
+    for (const auto &[scenario, settled] : rows) {
+        const ShipmentRecord label = bought();
+        carrier.setScenario(scenario);
+        run(log.refund(label));
+        EXPECT_EQ(status(), u"REFUND_ERROR"_s);
+        carrier.setScenario({});
+        EXPECT_EQ(app->journal.openRefunds().size(), 1);
+        clock.advance(std::chrono::seconds(61));
+        const qsizetype entries = errors->entries().size();
+        run(app->syncRefundStatuses());
+        EXPECT_EQ(status(), settled);
+        EXPECT_TRUE(app->journal.openRefunds().isEmpty());
+        EXPECT_EQ(errors->entries().size(), entries) << "the clerk has heard of it already";
+    }
+}
+
+TEST_F(AfterSaleTest, WhatTheCarrierSaidOfAParcelSpeaksAgainstItsRefund)
+{
+    const ShipmentRecord label = bought();
+    carrier.setScenario({.trackedAs = u"TRANSIT"_s});
+    run(log.checkStatus(label));
+    EXPECT_EQ(status(), u"PRINTED"_s);
+    carrier.clearRequests();
+    run(log.refund(label));
+    EXPECT_TRUE(prompts.questions.last().text.contains(u"• Its parcel is on its way already."_s));
+    ShipmentRecord imported = label;
+    imported.transactionID = u"1"_s;
+    run(log.refund(imported));
+    run(log.checkStatus(imported));
+    EXPECT_EQ(carrier.requests().size(), 0);
+}
+
+TEST_F(AfterSaleTest, TheWholeLogGoesToAFileAndComesBackTwice)
+{
+    logged(shipmentTo(u"Ana"_s, 1));
+    prompts.file = path(u"out.csv"_s);
+    run(log.exportCSV());
+    EXPECT_EQ(log.message.value(), u"Exported to out.csv"_s);
+    EXPECT_EQ(prompts.fileQuestions.last(), (std::pair{u"Export Mail Log"_s, u"Mail Log Export.csv"_s}));
+    run(log.importCSV());
+    EXPECT_EQ(log.message.value(), u"Imported 1 shipments from out.csv"_s);
+    EXPECT_EQ(log.records().size(), 2);
+
+    // Given up in the middle, both leave what was there.
+    QFile before(prompts.file);
+    ASSERT_TRUE(before.open(QIODevice::ReadOnly));
+    const QByteArray bytes = before.readAll();
+    Task<> exporting = log.exportCSV();
+    log.cancel();
+    run(std::move(exporting));
+    QFile after(prompts.file);
+    ASSERT_TRUE(after.open(QIODevice::ReadOnly));
+    EXPECT_TRUE(after.readAll() == bytes || log.message.value() == u"Exported to out.csv"_s);
+
+    prompts.file = u"/nowhere/out.csv"_s;
+    run(log.exportCSV());
+    EXPECT_TRUE(log.message.value().startsWith(u"Export failed: "_s));
+    EXPECT_EQ(errors->entries().first().context, u"Export CSV"_s);
+    run(log.importCSV());
+    EXPECT_TRUE(log.message.value().startsWith(u"Import failed: "_s));
+    EXPECT_EQ(errors->entries().first().context, u"Import CSV"_s);
+    prompts.file = QString(); // the clerk thinks better of it
+    log.message = QString();
+    run(log.exportCSV());
+    EXPECT_EQ(log.message.value(), QString());
+}
+
+TEST_F(AfterSaleTest, TheMasterLogCountsWhatWasPaidAndExportsWhatItShows)
+{
+    carrier.seedHistory(3, clock.now(), std::chrono::hours(1));
+    run(master.load());
+    ASSERT_EQ(master.entries.value().size(), 3) << master.message.value().toStdString();
+    const double paid = master.entries.value()[1].amount + master.entries.value()[2].amount;
+    auto entries = master.entries.value();
+    entries[0].status = u"REFUNDED"_s;
+    entries[0].recipient = u"Al \"Ace\" Ng, Jr."_s;
+    master.entries = entries;
+    EXPECT_EQ(master.summaryLine(), u"2 shipments • $%1 postage"_s.arg(paid, 0, 'f', 2));
+
+    prompts.file = path(u"master.csv"_s);
+    run(master.exportCSV());
+    EXPECT_EQ(master.message.value(), u"Exported 3 rows to master.csv"_s);
+    EXPECT_EQ(prompts.fileQuestions.last().second,
+              u"Parcelory Master Log %1.csv"_s.arg(clock.now().date().toString(Qt::ISODate)));
+    QFile file(prompts.file);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const QList<QByteArray> lines = file.readAll().split('\n');
+    EXPECT_EQ(lines.size(), 5);
+    EXPECT_EQ(lines[0], "Date,Time,Recipient,Company,City/State,Country,Service,Postage,Tracking,Status,Test");
+    EXPECT_TRUE(lines[1].contains(R"(,"Al ""Ace"" Ng, Jr.",)")) << lines[1].toStdString();
+    EXPECT_TRUE(lines[1].endsWith(R"(,"Refunded","TEST")")) << lines[1].toStdString();
+
+    answer("shipments", {}, 500);
+    run(master.load());
+    EXPECT_EQ(master.entries.value(), entries) << "a failed load leaves what was there";
+    EXPECT_FALSE(master.message.value().isEmpty());
+    prompts.file = u"/nowhere/master.csv"_s;
+    run(master.exportCSV());
+    EXPECT_TRUE(master.message.value().startsWith(u"Export failed: "_s));
+    EXPECT_EQ(errors->entries().first().context, u"Master Log Export"_s);
+}
+
+} // namespace parcelory::test

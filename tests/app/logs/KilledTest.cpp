@@ -1,0 +1,187 @@
+// The program is killed in the middle of something; what the next start finds is true.
+
+#include "support/LogFile.h"
+#include "app/logs/MailingLogScreen.h"
+#include "app/logs/SaveFile.h"
+#include "support/LabelDesk.h"
+
+#include <csignal>
+#include <unistd.h>
+
+namespace parcelory::test {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// A desk whose folder and carrier a test shares with the process in which its fatal part runs. That process begins
+/// the test anew and skips everything else.
+class Killed : public testing::Test, public LabelDesk {
+protected:
+    Killed() : isVictim(qEnvironmentVariableIsSet("PARCELORY_KILLED_IN"))
+    {
+        GTEST_FLAG_SET(death_test_style, "threadsafe");
+        if (isVictim)
+            return;
+        qputenv("PARCELORY_KILLED_IN", platform.dataFolder.path().toUtf8());
+        qputenv("PARCELORY_KILLED_CARRIER", carrier.baseUrl().toEncoded());
+    }
+    ~Killed() override
+    {
+        if (!isVictim)
+            qunsetenv("PARCELORY_KILLED_IN");
+    }
+    static QString folder() { return qEnvironmentVariable("PARCELORY_KILLED_IN"); }
+    static void die() { ::kill(::getpid(), SIGKILL); }
+
+    /// Only one program at a time has the books.
+    void closeProgram()
+    {
+        workPool().waitForDone();
+        settle();
+        screenOwner.reset();
+        app.reset();
+    }
+    void startProgram()
+    {
+        app = std::make_unique<AppState>(platform);
+        screenOwner = std::make_unique<LabelScreen>(*app);
+        settle();
+    }
+    ShipmentRecord bought()
+    {
+        composeAndRate(homeAddress());
+        run(screen().buyAndPrint());
+        return app->log.records().value(0);
+    }
+    QString statusAtCarrier(const ShipmentRecord &record)
+    {
+        return runTask(app->shippo.transaction(record.transactionID), &clock).status;
+    }
+
+    /// Dies when the event loop has turned so often since `work` began, or when it is done.
+    static void dieAfter(int turns, const std::function<Task<>(AppState &)> &work)
+    {
+        CarrierDesk desk;
+        desk.clock.start = QDateTime::currentDateTime();
+        desk.platform.dataFolder = QDir(folder());
+        desk.platform.deployment.carrierApi = QUrl(qEnvironmentVariable("PARCELORY_KILLED_CARRIER"));
+        desk.prompts.answer = 1;
+        const ErrorLog errors(desk.platform);
+        AppState program(desk.platform);
+        settle();
+        bool isDone = false;
+        spawn([&]() -> Task<> {
+            co_await work(program);
+            isDone = true;
+        });
+        for (int turn = 0; turn < turns && !isDone; ++turn)
+            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+        die();
+    }
+    static Task<> refundNewest(AppState &program)
+    {
+        const auto log = std::make_shared<MailingLogScreen>(program);
+        co_await log->refund(program.log.records().value(0));
+    }
+    static Task<> makeScanForm(AppState &program) { co_await program.createScanForm(deskAddress()); }
+    static void exportTheLog()
+    {
+        ShipmentLog log{QDir(folder())};
+        for (int row = 0; row < 20; ++row)
+            EXPECT_TRUE(log.insert(shipmentTo(u"Ana"_s), false));
+        std::ignore = saveFile(folder() + u"/out.csv"_s, [&log](QIODevice &file) {
+            const bool written = log.exportEndicia(file);
+            die(); // all is written, but not yet in its place
+            return written;
+        });
+    }
+
+    const bool isVictim;
+};
+
+constexpr int rounds = 24;
+
+/// In the last round it dies when all is done, however often a busy machine turns the loop until then.
+constexpr int inRound(int turns)
+{
+    return turns + 1 < rounds ? turns : std::numeric_limits<int>::max();
+}
+
+} // namespace
+
+TEST_F(Killed, AtAnyMomentOfARefundTheNextStartLearnsWhatBecameOfIt)
+{
+    QMap<QString, int> ends;
+    for (int turns = 0; turns < rounds; ++turns) {
+        ShipmentRecord label;
+        if (!isVictim) {
+            label = bought();
+            closeProgram();
+        }
+        EXPECT_EXIT(dieAfter(inRound(turns), refundNewest), testing::KilledBySignal(SIGKILL), "");
+        if (isVictim)
+            continue;
+        startProgram();
+        const QString found = app->log.find(label)->status;
+        const bool isMarked = found == u"REFUND_PENDING";
+        clock.advance(std::chrono::seconds(90));
+        run(app->syncRefundStatuses());
+        const QString settled = app->log.find(label)->status, real = statusAtCarrier(label);
+        EXPECT_EQ(settled, real == u"REFUNDED" ? u"REFUNDED"_s : u"PRINTED"_s) << turns;
+        EXPECT_TRUE(app->journal.openRefunds().isEmpty()) << turns;
+        ++ends[found + u' ' + real];
+        if (isMarked && real == u"SUCCESS")
+            EXPECT_TRUE(errors->entries().value(0).detail.contains(label.tracking)) << "the clerk had asked for it";
+    }
+    if (isVictim)
+        return;
+    // The states that a kill can leave. A busy machine's loop may turn past one of those in between.
+    const QStringList states = {u"PRINTED SUCCESS"_s, u"REFUNDED REFUNDED"_s, u"REFUND_PENDING REFUNDED"_s,
+                                u"REFUND_PENDING SUCCESS"_s};
+    EXPECT_GE(ends.size(), 3);
+    for (const QString &end : ends.keys())
+        EXPECT_TRUE(states.contains(end)) << end.toStdString();
+}
+
+TEST_F(Killed, AtAnyMomentOfAScanFormNoFormIsLost)
+{
+    int recovered = 0;
+    for (int turns = 0; turns < rounds; ++turns) {
+        ShipmentRecord label;
+        if (!isVictim) {
+            label = bought();
+            closeProgram();
+        }
+        EXPECT_EXIT(dieAfter(inRound(turns), makeScanForm), testing::KilledBySignal(SIGKILL), "");
+        if (isVictim)
+            continue;
+        startProgram();
+        clock.advance(std::chrono::seconds(90));
+        run(app->syncRefundStatuses());
+        if (app->scanForms.finished(1).value(0).transactions.contains(label.transactionID)) {
+            ++recovered;
+        } else {
+            prompts.answer = 1; // the labels of the earlier rounds stand on forms
+            run(app->createScanForm(deskAddress()));
+        }
+        const QList<ScanForm> forms = app->scanForms.finished(1);
+        EXPECT_EQ(forms.value(0).transactions, QStringList(label.transactionID)) << turns;
+        EXPECT_TRUE(app->scanForms.underWay(true).isEmpty()) << turns;
+        EXPECT_EQ(app->scanForms.documents(forms.value(0).id).size(), 1) << turns;
+    }
+    if (!isVictim)
+        EXPECT_TRUE(recovered > 0 && recovered < rounds) << recovered;
+}
+
+TEST_F(Killed, WhileItExportsTheFormerFileStays)
+{
+    const QString path = folder() + u"/out.csv"_s;
+    if (!isVictim)
+        saveBytes(path, "former");
+    EXPECT_EXIT(exportTheLog(), testing::KilledBySignal(SIGKILL), "");
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    EXPECT_EQ(file.readAll(), "former");
+}
+
+} // namespace parcelory::test

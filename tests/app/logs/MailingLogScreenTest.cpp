@@ -1,0 +1,202 @@
+#include "app/logs/MailingLogScreen.h"
+#include "support/LogFile.h"
+#include "records/ShipmentStatus.h"
+#include "support/LabelDesk.h"
+
+#include <QSemaphore>
+
+namespace parcelory::test {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+class MailingLogScreenTest : public testing::Test, public LabelDesk {
+protected:
+    MailingLogScreen log{*app};
+
+    void TearDown() override // a query that nobody waited for comes back to the screen
+    {
+        workPool().waitForDone();
+        settle();
+    }
+    /// A label bought at this desk, as the log lists it.
+    ShipmentRecord bought()
+    {
+        composeAndRate(homeAddress());
+        run(screen().buyAndPrint());
+        EXPECT_EQ(log.records().size(), 1) << banner().toStdString();
+        return log.records().first();
+    }
+    qsizetype printed() const
+    {
+        return std::ranges::count_if(processes.calls(),
+                                     [](const auto &call) { return call.program.endsWith(u"/lpr"_s); });
+    }
+};
+
+} // namespace
+
+TEST_F(MailingLogScreenTest, TheListMatchesWhatIsTypedWhateverElseReloadsIt)
+{
+    QList<QStringList> lists;
+    QObject here; // what comes after the test must not reach its variables
+    QObject::connect(&log, &MailingLogScreen::recordsChanged, &here, [&] {
+        QStringList &list = lists.emplaceBack();
+        for (const ShipmentRecord &record : log.records())
+            list += record.recipient;
+    });
+    int queries = 0;
+    QObject::connect(&app->log, &ShipmentLog::recordsChanged, &here, [&] { ++queries; });
+    const auto waitFor = [&](const QStringList &names) {
+        runUntil([&] { return !lists.isEmpty(); });
+        EXPECT_EQ(lists, QList<QStringList>{names}) << "no other list may be seen on the way";
+        lists.clear();
+    };
+    EXPECT_TRUE(app->log.insert(shipmentTo(u"Ana"_s, 1), false) && app->log.insert(shipmentTo(u"Ben"_s, 2)));
+    waitFor({u"Ben"_s, u"Ana"_s});
+    EXPECT_EQ(log.countText(), u"2 shipments"_s);
+    const qint64 ben = log.records()[0].id, ana = log.records()[1].id;
+
+    log.selected = ben;
+    queries = 0;
+    for (const QString &typed : {u"B"_s, u""_s, u"a"_s, u"an"_s, u"ana"_s})
+        log.search = typed;
+    waitFor({u"Ana"_s});
+    EXPECT_LE(queries, 2) << "at most the first letter's, and the one that still counts";
+    EXPECT_EQ(log.countText(), u"1 shipment found"_s);
+    EXPECT_FALSE(log.selected.value()) << "a row out of sight is no row to act on";
+
+    log.selected = ana;
+    EXPECT_TRUE(app->log.insert(shipmentTo(u"Zoe"_s, 3), false) && app->log.insert(shipmentTo(u"Anabel"_s, 4)));
+    waitFor({u"Anabel"_s, u"Ana"_s});
+    EXPECT_EQ(log.selectedRecord()->recipient, u"Ana"_s);
+    log.search = QString();
+    waitFor({u"Anabel"_s, u"Zoe"_s, u"Ben"_s, u"Ana"_s});
+}
+
+TEST_F(MailingLogScreenTest, PrintsAgainFromTheBytesThatAreNearest)
+{
+    const ShipmentRecord row = bought();
+    const QByteArray label = *app->log.zpl(row.id);
+    prompts.answer = 1;
+    const size_t requests = carrier.requests().size();
+    ShipmentRecord carried = row, bare = row;
+    carried.zpl = "^XA^FDcarried^FS^XZ";
+    carried.id = bare.id = 0;
+    const struct {
+        const char *what;
+        ShipmentRecord record;
+        QByteArray bytes;
+        size_t downloads;
+    } cases[] = {{"kept in the log", row, label, 0},
+                 {"carried by the record", carried, *carried.zpl, 0},
+                 {"nowhere but at the carrier", bare, label, 1}};
+    for (const auto &[what, record, bytes, downloads] : cases) {
+        run(log.reprint(record));
+        EXPECT_EQ(log.message.value(), u"Label sent to ZD421."_s) << what;
+        EXPECT_EQ(processes.lastPrinted(), Zpl::rotated(bytes)) << what;
+        EXPECT_EQ(size_t(carrier.requests().size()), requests + downloads) << what;
+    }
+    EXPECT_EQ(printed(), 4);
+    QSemaphore paper;
+    processes.behave = [&paper](const QString &program, const QStringList &) {
+        if (program.endsWith(u"/lpr"_s))
+            paper.acquire();
+        return ProcessOutcome{};
+    };
+    Task<> first = log.reprint(row);
+    run(log.reprint(row));
+    paper.release();
+    run(std::move(first));
+    EXPECT_EQ(printed(), 5) << "a second press while it prints makes no second label";
+    EXPECT_TRUE(app->errors.entries().isEmpty());
+}
+
+TEST_F(MailingLogScreenTest, TheFirstReprintOfALabelIsNoQuestionAndTheSecondIs)
+{
+    const ShipmentRecord row = bought();
+    run(screen().reprintLast());
+    EXPECT_EQ(printed(), 2);
+    EXPECT_TRUE(prompts.questions.isEmpty());
+    run(log.reprint(row)); // the clerk cancels
+    EXPECT_EQ(printed(), 2);
+    EXPECT_TRUE(prompts.questions.value(0).text.contains(u"It was reprinted on "_s));
+    EXPECT_EQ(log.message.value(), QString());
+    prompts.answer = 1;
+    run(log.reprint(row));
+    run(screen().reprintLast());
+    EXPECT_EQ(printed(), 4);
+    EXPECT_TRUE(prompts.questions.last().text.contains(u"It was reprinted 2 times, last on "_s));
+
+    EXPECT_TRUE(app->log.setStatus(row.id, u"REFUNDED"_s)); // by another desk: the list still shows it as printed
+    prompts.answer = 0;
+    run(log.reprint(row));
+    EXPECT_TRUE(prompts.questions.last().text.contains(u"It was refunded"_s));
+    EXPECT_EQ(printed(), 4);
+}
+
+TEST_F(MailingLogScreenTest, AFailedReprintIsToldAndRecordedAndPrintsNothing)
+{
+    const ShipmentRecord row = bought();
+    ShipmentRecord bare = row, lost = row;
+    bare.id = 0;
+    lost.id = 999;
+    lost.labelURL = QString();
+    const struct {
+        ShipmentRecord record;
+        LabelAnswer link;
+        const char *queue; ///< what lpstat says of it
+        QString message;
+        bool alert;
+    } cases[] = {
+        {row, LabelAnswer::normal, "printer ZD421 disabled", u"The Zebra queue “ZD421” is PAUSED"_s, false},
+        {bare, LabelAnswer::expired, "", u"Shippo HTTP 403: label download"_s, true},
+        {bare, LabelAnswer::html, "", u"What the carrier sent is not a label."_s, true},
+        {bare, LabelAnswer::truncated, "", u"The label arrived incomplete"_s, true},
+        {bare, LabelAnswer::brokenOff, "", QString(), true},
+        {lost, LabelAnswer::normal, "", u"The mailing log holds neither this label"_s, false},
+    };
+    qsizetype records = 0, alerts = 0;
+    for (const auto &[record, link, queue, message, alert] : cases) {
+        carrier.setScenario({.labelAnswer = link});
+        processes.behave = [queue](const QString &program, const QStringList &) {
+            return ProcessOutcome{0, program.endsWith(u"lpstat"_s) ? queue : "", {}};
+        };
+        run(log.reprint(record));
+        EXPECT_TRUE(log.message.value().startsWith(message)) << log.message.value().toStdString();
+        EXPECT_FALSE(log.message.value().isEmpty() || log.busy);
+        ASSERT_EQ(app->errors.entries().size(), ++records);
+        EXPECT_EQ(app->errors.entries().first().context, u"Reprint"_s);
+        EXPECT_EQ(app->errors.entries().first().detail, log.message.value());
+        EXPECT_EQ(prompts.alerts.size(), alerts += alert) << message.toStdString();
+    }
+    EXPECT_EQ(printed(), 1) << "the one of the purchase";
+}
+
+TEST_F(MailingLogScreenTest, CopiesTheBareTrackingNumber)
+{
+    log.copyTracking({.tracking = u"9405511899560417228890"_s});
+    EXPECT_EQ(desktop.clipboard, u"9405511899560417228890"_s);
+    EXPECT_EQ(log.message.value(), u"Copied tracking 9405511899560417228890"_s);
+}
+
+TEST(ShipmentStatus, HasItsWordsForTheClerk)
+{
+    const QString pending = u"Refund pending (USPS: up to 14 days)"_s;
+    const struct {
+        QString stored, display, badge;
+    } rows[] = {{u"PRINTED"_s, u"Printed"_s, {}},
+                {u"DELIVERED"_s, u"Delivered"_s, {}},
+                {u"REFUND_PENDING"_s, pending, u"REFUND PENDING"_s},
+                {u"REFUND_REQUESTED"_s, pending, u"REFUND PENDING"_s},
+                {u"REFUNDED"_s, u"Refunded"_s, u"REFUNDED"_s},
+                {u"REFUND_ERROR"_s, u"Refund failed — see Error Log"_s, u"REFUND FAILED"_s},
+                {{}, u"—"_s, {}},
+                {u"Voided"_s, u"Voided"_s, {}}};
+    for (const auto &row : rows) {
+        EXPECT_EQ(friendlyStatus(row.stored), row.display);
+        EXPECT_EQ(refundBadge(row.stored), row.badge);
+    }
+}
+
+} // namespace parcelory::test

@@ -1,0 +1,104 @@
+// A desk that buys one label and is killed on the way: `purchase_victim FOLDER CARRIER STEP` dies at the STEP-th thing
+// that it does after the button was pressed (a request sent, an answer come, a tool run, a commit about to be made).
+// It ends normally when there is no such step.
+
+#include "app/label/LabelScreen.h"
+#include "practice/carrier/PracticeCarrier.h"
+#include "support/CarrierDesk.h"
+
+#include <QCoreApplication>
+
+#include <atomic>
+#include <csignal>
+#include <sqlite3.h>
+#include <unistd.h>
+
+namespace parcelory::test {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+std::atomic<int> stepsLeft = -1; ///< negative: nothing counts yet
+
+void step()
+{
+    if (stepsLeft > 0 && --stepsLeft == 0)
+        ::kill(::getpid(), SIGKILL);
+}
+
+class CountingTransport : public HttpTransport {
+public:
+    explicit CountingTransport(HttpTransport &real) : m_real(real) {}
+    Task<HttpAnswer> send(HttpRequest request) override
+    {
+        step();
+        HttpAnswer answer = co_await m_real.send(std::move(request));
+        step();
+        co_return answer;
+    }
+
+private:
+    HttpTransport &m_real;
+};
+
+int countCommits(sqlite3 *db, const char **, const sqlite3_api_routines *)
+{
+    sqlite3_commit_hook(
+        db,
+        [](void *) {
+            step();
+            return 0;
+        },
+        nullptr);
+    return SQLITE_OK;
+}
+
+int buyOnce(const QString &folder, const QString &carrier, int killedAt)
+{
+    sqlite3_auto_extension(reinterpret_cast<void (*)()>(&countCommits));
+    FakePlatform desk;
+    CountingTransport transport(desk.http);
+    Platform platform{.http = transport,
+                      .clock = desk.clock,
+                      .secrets = desk.secrets,
+                      .preferences = desk.preferences,
+                      .prompts = desk.prompts,
+                      .desktop = desk.desktop,
+                      .processes = desk.processes,
+                      .hid = desk.hid,
+                      .keyboard = desk.keyboard,
+                      .web = desk.web,
+                      .application = desk.application,
+                      .dataFolder = QDir(folder),
+                      .deployment = desk.platform.deployment};
+    desk.clock.start = QDateTime::currentDateTime();
+    platform.deployment.carrierApi = QUrl(carrier);
+    desk.useToken(PracticeCarrier::testToken);
+    desk.preferences.setValue(u"printer.zebraQueue"_s, u"ZD421"_s);
+    desk.processes.behave = [](const QString &, const QStringList &) {
+        step();
+        return ProcessOutcome{};
+    };
+    ErrorLog errors(platform);
+    AppState app(platform);
+    LabelScreen screen(app);
+    app.draftTo = homeAddress();
+    screen.weightLb = u"1"_s;
+    screen.dimLength = u"9"_s;
+    screen.dimWidth = u"6"_s;
+    screen.dimHeight = u"2"_s;
+    runTask(screen.fetchRates(true), &desk.clock);
+    stepsLeft = killedAt;
+    runTask(screen.buyAndPrint(), &desk.clock);
+    return app.log.records().isEmpty() ? 1 : 0;
+}
+
+} // namespace
+} // namespace parcelory::test
+
+int main(int argc, char **argv)
+{
+    QCoreApplication program(argc, argv);
+    const QStringList arguments = QCoreApplication::arguments();
+    return parcelory::test::buyOnce(arguments.at(1), arguments.at(2), arguments.at(3).toInt());
+}

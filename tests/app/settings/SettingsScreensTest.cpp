@@ -1,0 +1,243 @@
+#include "shell/ErrorLog.h"
+#include "app/settings/KeysScreen.h"
+#include "core/SettingsKeys.h"
+#include "app/settings/SettingsScreen.h"
+#include "support/FakePlatform.h"
+#include "support/Printing.h"
+#include "support/RunTask.h"
+
+#include <gmock/gmock.h>
+
+namespace parcelory::test {
+using namespace Qt::StringLiterals;
+using testing::HasSubstr;
+
+namespace {
+
+/// A machine with print queues of the test's choosing.
+struct SettingsScreenTest : testing::Test, FakePlatform {
+    QByteArray queues, devices, queueState = "idle";
+    ErrorLog errors{platform};
+    AppState app{platform};
+
+    SettingsScreenTest()
+    {
+        processes.behave = [this](const QString &, const QStringList &arguments) -> ProcessOutcome {
+            const QString option = arguments.value(0);
+            return {0, option == u"-e" ? queues : option == u"-v" ? devices : queueState, {}};
+        };
+    }
+    void connectZebras(const QStringList &names)
+    {
+        devices = "device for Laser: ipp://office/laser\n";
+        for (const QString &name : names)
+            devices += "device for " + name.toUtf8() + ": usb://Zebra/ZD421\n";
+    }
+    QString saved(const Setting<QString> &setting) { return read(preferences, setting); }
+};
+
+/// A key ring that takes nothing while it is locked.
+struct LockableSecrets : MemorySecrets {
+    bool locked = false;
+    void set(const QString &value, const QString &account) override
+    {
+        if (!locked)
+            MemorySecrets::set(value, account);
+    }
+};
+
+struct KeysScreenTest : testing::Test, FakePlatform {
+    LockableSecrets ring;
+    Platform world{http,     clock, ring,        preferences,         prompts, desktop, processes, hid,
+                   keyboard, web,   application, platform.dataFolder, {}};
+    ErrorLog errors{world};
+    AppState app{world};
+    KeysScreen screen{app};
+
+    void addBoth()
+    {
+        runTask(screen.add(u" Test "_s, u"shippo_test_1\n"_s));
+        runTask(screen.add(u"Live"_s, u"shippo_live_1"_s));
+        EXPECT_EQ(screen.message, QString());
+    }
+    QString lastQuestion() { return prompts.questions.last().text; }
+};
+
+const QList<KeyRow> both{{u"Test"_s, true, true}, {u"Live"_s, false, false}};
+
+} // namespace
+
+TEST_F(SettingsScreenTest, StoresEveryEditAtOnceAndReadsAMissingKeyAsTheCompanysValue)
+{
+    SettingsScreen screen(app);
+    EXPECT_EQ(screen.fallbackEmail, platform.deployment.fallbackEmail);
+    EXPECT_EQ(screen.fallbackPhone, platform.deployment.fallbackPhone);
+    EXPECT_TRUE(screen.rotate180);
+    screen.fallbackEmail = u"desk@example.com"_s;
+    screen.fallbackPhone = QString(); // no phone at all is a choice, too
+    screen.rotate180 = false;
+
+    SettingsScreen next(app);
+    EXPECT_EQ(next.fallbackEmail, u"desk@example.com"_s);
+    EXPECT_EQ(next.fallbackPhone, QString());
+    EXPECT_FALSE(next.rotate180);
+}
+
+TEST_F(SettingsScreenTest, ChoosesTheFirstZebraQueueOnlyWhereTheSavedOneIsNone)
+{
+    const QStringList every = {u"Laser"_s, u"Z1"_s};
+    const QString none = u"— no Zebra detected —"_s;
+    const struct {
+        QString saved;
+        QStringList zebras;
+        QString chosen, warning;
+        QStringList offered;
+        QString hint;
+    } rows[] = {
+        {{}, {u"Z1"_s, u"Z2"_s}, u"Z1"_s, {}, {u"Z1"_s, u"Z2"_s}, {}},
+        {u"Z2"_s, {u"Z1"_s, u"Z2"_s}, u"Z2"_s, {}, {u"Z1"_s, u"Z2"_s}, {}},
+        {u"Laser"_s, {u"Z1"_s}, u"Z1"_s, u"labels now print on “Z1”."_s, {u"Z1"_s}, {}},
+        {u"Gone"_s, {}, {}, u"no label printer is chosen now."_s, every, none},
+        {{}, {}, {}, {}, every, none},
+    };
+    queues = "Laser\nZ1\n";
+    for (const auto &row : rows) {
+        connectZebras(row.zebras);
+        write(preferences, settings::zebraQueue, row.saved);
+        SettingsScreen screen(app);
+        EXPECT_EQ(screen.zebraHint(), QString()) << "nobody has looked yet";
+        runTask(screen.refreshPrinters());
+        EXPECT_EQ(screen.zebraQueue, row.chosen);
+        EXPECT_EQ(saved(settings::zebraQueue), row.chosen);
+        const PrinterMessage said = screen.printerMessage;
+        EXPECT_TRUE(said.text.endsWith(row.warning) && said.ok == row.warning.isEmpty()) << said.text.toStdString();
+        EXPECT_EQ(screen.labelPrinterChoices(), row.offered);
+        EXPECT_EQ(screen.zebraHint(), row.hint);
+    }
+}
+
+TEST_F(SettingsScreenTest, OffersEveryQueueOnRequestAndKeepsAChoiceThatIsNotOnOffer)
+{
+    queues = "Laser\nZ1\n";
+    connectZebras({u"Z1"_s});
+    write(preferences, settings::documentQueue, u"Gone"_s);
+    SettingsScreen screen(app);
+    runTask(screen.refreshPrinters());
+    screen.showAllPrinters = true;
+    EXPECT_EQ(screen.labelPrinterChoices(), (QStringList{u"Laser"_s, u"Z1"_s}));
+    screen.zebraQueue = u"Laser"_s;
+    screen.showAllPrinters = false;
+    EXPECT_EQ(saved(settings::zebraQueue), u"Laser"_s);
+    EXPECT_EQ(saved(settings::documentQueue), u"Gone"_s);
+}
+
+TEST_F(SettingsScreenTest, PrintsATestLabelOrTellsWhyNotWithoutAnAlert)
+{
+    SettingsScreen screen(app);
+    const auto outcome = [&] {
+        runTask(screen.printTest());
+        return screen.printerMessage.value();
+    };
+    EXPECT_EQ(outcome(), (PrinterMessage{u"No Zebra printer queue selected in Settings."_s, false}));
+    screen.zebraQueue = u"Z1"_s;
+    EXPECT_EQ(outcome(), (PrinterMessage{u"Test sent — a small label should print. Nothing? The printer may be paused "
+                                         "(System Settings → Printers) or set to EPL language."_s,
+                                         true}));
+    EXPECT_TRUE(processes.lastPrinted().startsWith("^XA^POI^PW812")) << "turned as labels are";
+    queueState = "printer Z1 disabled since Friday";
+    EXPECT_THAT(outcome().text.toStdString(), HasSubstr("“Z1” is PAUSED"));
+    settle();
+    ASSERT_EQ(errors.entries().size(), 2);
+    EXPECT_EQ(errors.entries().first().context, u"Print Test"_s);
+    EXPECT_TRUE(prompts.alerts.isEmpty());
+}
+
+TEST_F(SettingsScreenTest, AsksBeforeItDeletesAndNeverDeletesTheLastProfile)
+{
+    SettingsScreen screen(app);
+    const QUuid first = app.senders.profiles.value().first().id;
+    prompts.answer = 1;
+    runTask(screen.removeProfile(first));
+    EXPECT_TRUE(prompts.questions.isEmpty());
+
+    const QUuid second = app.senders.add().id, box = app.boxes.add().id;
+    for (const std::optional<int> answer : {std::optional<int>(), std::optional(1)}) { // the safe choice first
+        EXPECT_TRUE(app.senders.find(first) && app.boxes.find(box));
+        prompts.answer = answer;
+        runTask(screen.removeProfile(first));
+        runTask(screen.removeBox(box));
+    }
+    EXPECT_FALSE(app.senders.find(first) || app.boxes.find(box));
+    EXPECT_TRUE(screen.isDefaultProfile(second));
+    screen.editProfile(first, [](SenderProfile &) { FAIL() << "edited what is gone"; });
+}
+
+TEST_F(KeysScreenTest, ShowsWhatALabelBoughtNowWouldBe)
+{
+    runTask(screen.refresh());
+    EXPECT_EQ(screen.mode, PostageMode::none);
+    EXPECT_EQ(screen.statusText, u"No Shippo API key — add one in Settings"_s);
+    addBoth();
+    EXPECT_EQ(screen.mode, PostageMode::test);
+    EXPECT_EQ(screen.keys.value(), both);
+    runTask(screen.makeActive(u"Live"_s));
+    EXPECT_EQ(screen.mode, PostageMode::live);
+    EXPECT_EQ(screen.settingsText, u"“Live” active — LIVE key, labels cost real money."_s);
+    ring.set(QString(), u"shippo.token.Live"_s); // by another program
+    runTask(screen.refresh());
+    EXPECT_EQ(screen.mode, PostageMode::none);
+    runTask(screen.makeActive(u"unknown"_s));
+    EXPECT_EQ(app.keys.activeName(), u"Live"_s);
+
+    world.practice = true;
+    KeysScreen practice(app);
+    EXPECT_EQ(practice.mode, PostageMode::practice) << "from the first moment";
+    runTask(practice.refresh());
+    EXPECT_EQ(practice.mode, PostageMode::practice);
+    EXPECT_EQ(practice.statusText, u"Practice — nothing is sent, charged or printed"_s);
+}
+
+TEST_F(KeysScreenTest, SaysWhyAKeyWasNotTakenAndListsNoneWithoutAToken)
+{
+    addBoth();
+    for (const auto &[name, token] : {std::pair{u" "_s, u"shippo_test_1"_s}, {u"Test"_s, u"\n"_s}}) {
+        runTask(screen.add(name, token));
+        EXPECT_EQ(screen.message, u"A key needs a name and its token."_s);
+    }
+    ring.locked = true;
+    for (const QString &name : {u"New"_s, u"Live"_s}) {
+        runTask(screen.add(name, u"shippo_test_2"_s));
+        runTask(screen.refresh()); // does not wipe the message away
+        EXPECT_EQ(screen.message, u"The system's secret store did not keep the key — is it unlocked?"_s);
+        EXPECT_EQ(screen.keys.value(), both);
+    }
+}
+
+TEST_F(KeysScreenTest, AsksBeforeItRemovesAndWarnsWhereALiveKeyTakesOver)
+{
+    addBoth();
+    runTask(screen.remove(u"Test"_s)); // the safe choice
+    EXPECT_THAT(lastQuestion().toStdString(), HasSubstr("“Live” becomes active — LIVE key"));
+    EXPECT_EQ(screen.keys.value(), both);
+    prompts.answer = 1;
+    runTask(screen.remove(u"Test"_s));
+    EXPECT_EQ(screen.mode, PostageMode::live);
+    runTask(screen.remove(u"Live"_s));
+    EXPECT_THAT(lastQuestion().toStdString(), HasSubstr("no label can be bought"));
+    EXPECT_TRUE(screen.keys.value().isEmpty());
+}
+
+TEST_F(KeysScreenTest, TakesOverlappingOperationsInTheOrderInWhichTheyWereAskedFor)
+{
+    QList<KeyRow> expected;
+    std::vector<Task<>> running;
+    for (int number = 1; number <= 20; ++number) {
+        expected.append({u"Key %1"_s.arg(number), true, number == 20});
+        running.push_back(screen.add(expected.last().name, u"shippo_test_%1"_s.arg(number)));
+        running.push_back(screen.makeActive(expected.last().name));
+    }
+    runUntil([&] { return std::ranges::all_of(running, &Task<>::isReady); });
+    EXPECT_EQ(screen.keys.value(), expected);
+}
+
+} // namespace parcelory::test

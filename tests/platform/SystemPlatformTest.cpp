@@ -1,0 +1,213 @@
+// The adapters to the real machine: preference file, child processes, network.
+
+#include "core/SettingsKeys.h"
+#include "platform/NetworkTransport.h"
+#include "platform/SettingsPreferences.h"
+#include "platform/SystemApplication.h"
+#include "platform/SystemDesktop.h"
+#include "platform/SystemProcesses.h"
+#include "support/FakePlatform.h"
+#include "support/Printing.h"
+#include "support/RunTask.h"
+
+#include <gmock/gmock.h>
+#undef signals
+#include <httplib.h>
+
+#include <QTcpServer>
+
+#include <thread>
+
+namespace parcelory::test {
+using namespace Qt::StringLiterals;
+
+TEST(SettingsPreferences, KeepsTypesOverARestart)
+{
+    const QTemporaryDir folder;
+    const QString file = folder.filePath(u"settings.ini"_s);
+    const Setting<QString> text{u"a.text"_s, u"fallback"_s};
+    const QString texts[] = {{}, u"true"_s, u"a, b; c=\"d\""_s, u"@Invalid()"_s, u"Büro\n2 \\ 🔑 "_s, u"007"_s};
+    const QStringList lists[] = {
+        {}, {u"Live"_s}, {u"Live, new"_s}, {u"Test Mode"_s, u"“Büro”, 2"_s, u"@at"_s}, {u"A"_s, u"A"_s}};
+
+    EXPECT_EQ(read(SettingsPreferences(file), text), u"fallback"_s);
+    EXPECT_TRUE(read(SettingsPreferences(file), settings::rotate180));
+    for (const QString &value : texts) {
+        SettingsPreferences preferences(file);
+        write(preferences, text, value);
+        EXPECT_EQ(read(preferences, text), value);
+    }
+    const auto afterRestart = [&](const auto &setting, const auto &value) {
+        {
+            SettingsPreferences preferences(file);
+            write(preferences, setting, value);
+        }
+        // Under another name, because a process remembers what it has written to a file.
+        const QString copy = folder.filePath(QUuid::createUuid().toString(QUuid::WithoutBraces));
+        EXPECT_TRUE(QFile::copy(file, copy));
+        return read(SettingsPreferences(copy), setting);
+    };
+    SettingsPreferences(file).setValue(text.key, QStringList{u"x"_s, u"y"_s});
+    EXPECT_EQ(read(SettingsPreferences(file), text), u"fallback"_s) << "two texts are none";
+    for (const QString &value : texts)
+        EXPECT_EQ(afterRestart(text, value), value);
+    for (const QStringList &value : lists)
+        EXPECT_EQ(afterRestart(settings::shippoKeyNames, value), value);
+    for (const bool value : {false, true})
+        EXPECT_EQ(afterRestart(settings::rotate180, value), value);
+}
+
+TEST(SystemProcesses, ReportsStatusAndBothChannelsWhole)
+{
+    const auto shell = [](const QString &script) { return SystemProcesses().run(u"/bin/sh"_s, {u"-c"_s, script}); };
+    const ProcessOutcome failed = shell(u"printf out; printf err >&2; exit 3"_s);
+    EXPECT_EQ(failed.status, 3);
+    EXPECT_EQ(failed.out, "out");
+    EXPECT_EQ(failed.err, "err");
+    EXPECT_EQ(shell(u"kill -9 $$"_s).status, 128 + 9);
+    EXPECT_EQ(shell(u"cat"_s).out, "") << "nobody types into a child process";
+
+    const ProcessOutcome much = shell(u"head -c 500000 /dev/zero; head -c 500000 /dev/zero >&2"_s);
+    EXPECT_EQ(much.out.size(), 500'000);
+    EXPECT_EQ(much.err.size(), 500'000);
+    EXPECT_EQ(SystemProcesses().run(u"/bin/echo"_s, {u"a  b; $HOME *"_s}).out, "a  b; $HOME *\n");
+    EXPECT_THROW(SystemProcesses().run(u"/nowhere/lpr"_s, {}), AppError);
+}
+
+TEST(SystemApplication, EndsWhateverHoldsItUp)
+{
+    const auto hang = [] {
+        SystemApplication().quitWithin(std::chrono::milliseconds(1));
+        while (true) // no event loop runs, as in a program that is about to end
+            std::this_thread::yield();
+    };
+    EXPECT_EXIT(hang(), testing::ExitedWithCode(0), "");
+}
+
+TEST(SystemDesktop, TellsWhereTheDocumentIsWhenNoProgramOpensIt)
+{
+    FakeProcesses processes;
+    SystemDesktop desktop(processes);
+    desktop.openFile(u"/tmp/label.pdf"_s);
+    EXPECT_EQ(processes.calls().value(0).arguments, QStringList{u"/tmp/label.pdf"_s});
+    processes.behave = [](const QString &, const QStringList &) { return ProcessOutcome{3, {}, {}}; };
+    try {
+        desktop.openFile(u"/tmp/label.pdf"_s);
+        ADD_FAILURE() << "the clerk must learn that nothing was opened";
+    } catch (const AppError &error) {
+        EXPECT_TRUE(error.description().contains(u"/tmp/label.pdf"_s));
+    }
+}
+
+namespace {
+
+/// A web server on the loopback interface; its handlers run on threads of its own.
+class LoopbackServer {
+public:
+    LoopbackServer() : m_port(m_server.bind_to_any_port("127.0.0.1"))
+    {
+        m_server.set_keep_alive_max_count(1); // a connection kept open would hold up the end by seconds
+        m_thread = std::jthread([this] { m_server.listen_after_bind(); });
+        while (!m_server.is_running()) // before that, stop() would go unheard
+            std::this_thread::yield();
+    }
+    ~LoopbackServer() { m_server.stop(); }
+
+    httplib::Server &operator*() { return m_server; }
+    QString url(const QString &path) const { return u"http://127.0.0.1:%1%2"_s.arg(m_port).arg(path); }
+
+private:
+    httplib::Server m_server;
+    int m_port;
+    std::jthread m_thread;
+};
+
+struct NetworkTransportTest : testing::Test {
+    HttpAnswer get(const QString &url, bool withToken = false)
+    {
+        HttpRequest request{.url = QUrl(url)};
+        request.timeout = patience;
+        if (withToken)
+            request.headers = {{"Authorization", "ShippoToken secret"}};
+        return runTask(http.send(request));
+    }
+    QString failure(const QString &url, bool withToken = false)
+    {
+        try {
+            return u"answered with %1"_s.arg(get(url, withToken).status);
+        } catch (const AppError &error) {
+            return error.description();
+        }
+    }
+
+    LoopbackServer server, other; // end after the transport, whose idle connections would hold them up
+    NetworkTransport http{NetworkTransport::Reach::loopbackOnly};
+    std::chrono::milliseconds patience = std::chrono::seconds(15);
+};
+
+} // namespace
+
+TEST_F(NetworkTransportTest, SendsARequestAsGivenAndReadsEveryAnswer)
+{
+    (*server).Post("/shipments/", [](const httplib::Request &request, httplib::Response &response) {
+        response.status = std::stoi(request.get_param_value("status"));
+        response.set_content(request.get_header_value("Authorization") + "|" +
+                                 request.get_header_value("Content-Type") + "|" + request.body,
+                             "text/plain");
+    });
+    for (const int status : {200, 201, 400, 401, 404, 422, 429, 500, 503}) {
+        HttpRequest request{.url = QUrl(server.url(u"/shipments/?status=%1"_s.arg(status))),
+                            .method = "POST",
+                            .headers = {{"Authorization", "ShippoToken t"}, {"Content-Type", "application/json"}},
+                            .body = "{\"a\":\"ü\"}"};
+        const HttpAnswer answer = runTask(http.send(request));
+        EXPECT_EQ(answer.status, status);
+        EXPECT_EQ(answer.body, "ShippoToken t|application/json|{\"a\":\"ü\"}");
+    }
+}
+
+TEST_F(NetworkTransportTest, TellsWhatWentWrongWithoutGivingAnythingAway)
+{
+    QTcpServer mute; // takes connections and never answers
+    ASSERT_TRUE(mute.listen(QHostAddress::LocalHost));
+    const QString nobody = u"http://127.0.0.1:1/secret"_s;
+    const QString silent = u"http://127.0.0.1:%1/secret"_s.arg(mute.serverPort());
+
+    EXPECT_THAT(failure(nobody, true).toStdString(), testing::StartsWith("127.0.0.1 could not be reached ("));
+    EXPECT_FALSE(failure(nobody, true).contains(u"secret"_s));
+    patience = std::chrono::milliseconds(50);
+    EXPECT_EQ(failure(silent, true), u"127.0.0.1 did not answer for 0 seconds — check the network."_s);
+}
+
+TEST_F(NetworkTransportTest, ThePracticeDeskGoesNowhereElse)
+{
+    for (const QString &host : {u"api.example.com"_s, u"192.0.2.1"_s, u"0.0.0.0"_s, u"127.0.0.1.example.com"_s,
+                                u"[2001:db8::1]"_s, QString()})
+        EXPECT_THAT(failure(u"http://"_s + host + u"/"_s).toStdString(),
+                    testing::StartsWith("The practice desk does not go to"));
+}
+
+TEST_F(NetworkTransportTest, TheTokenStaysWithTheServerThatItIsFor)
+{
+    std::mutex access;
+    QStringList seen; // what reached the other server
+    (*other).Get("/file", [&](const httplib::Request &request, httplib::Response &response) {
+        const std::lock_guard lock(access);
+        seen += QString::fromStdString(request.get_header_value("Authorization"));
+        response.set_content("file", "text/plain");
+    });
+    (*server).Get("/file", [](const httplib::Request &request, httplib::Response &response) {
+        response.set_content(request.get_header_value("Authorization"), "text/plain");
+    });
+    const std::string elsewhere = other.url(u"/file"_s).toStdString();
+    (*server).Get("/away", [&](const httplib::Request &, httplib::Response &r) { r.set_redirect(elsewhere); });
+    (*server).Get("/moved", [](const httplib::Request &, httplib::Response &r) { r.set_redirect("/file"); });
+
+    EXPECT_EQ(get(server.url(u"/moved"_s), true).body, "ShippoToken secret");
+    EXPECT_THAT(failure(server.url(u"/away"_s), true).toStdString(), testing::HasSubstr("gave no answer"));
+    EXPECT_EQ(seen, QStringList());
+    EXPECT_THAT(failure(server.url(u"/away"_s)).toStdString(), testing::HasSubstr("gave no answer"));
+    EXPECT_EQ(seen, QStringList()) << "the practice desk stays with its own server";
+}
+
+} // namespace parcelory::test

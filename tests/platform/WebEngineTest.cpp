@@ -1,0 +1,315 @@
+// The sign-in and the invoices on the real web engine, against the practice back office.
+
+#include "app/AppState.h"
+#include "practice/backoffice/PracticeBackOffice.h"
+#include "platform/WebEngineSession.h"
+#include "support/FakePlatform.h"
+#include "support/Printing.h"
+#include "support/RunTask.h"
+
+#include <gmock/gmock.h>
+
+#include <QApplication>
+#include <QDirIterator>
+#include <QStandardPaths>
+
+#include <csignal>
+
+namespace parcelory::test {
+using namespace Qt::StringLiterals;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+namespace {
+
+QString webFolder; ///< outlives every engine, which goes on writing for a moment
+
+const QString user = PracticeBackOffice::user, password = PracticeBackOffice::password;
+
+class WebEngine : public testing::Test, protected FakePlatform {
+protected:
+    WebEngine()
+    {
+        world.deployment.backOffice = office.baseUrl();
+        errors = std::make_unique<ErrorLog>(world);
+        app = std::make_unique<AppState>(world);
+    }
+
+    /// Fake time at a pace that leaves the engine its own: a timer every 15 ms, which makes 40 seconds two. What can
+    /// only fail need not be waited for: as soon as `hopeless` holds, time runs.
+    template <class Done>
+    void pace(Done done, std::function<bool()> hopeless = {})
+    {
+        QTimer beat;
+        QObject::connect(&beat, &QTimer::timeout, &beat, [this] { clock.fireNext(); });
+        beat.start(15);
+        runUntil([&] {
+            if (hopeless && hopeless())
+                clock.fireNext();
+            return done();
+        });
+        settle();
+    }
+    void signIn(const QString &name = user, const QString &secret = password, std::function<bool()> hopeless = {})
+    {
+        bool done = false;
+        spawn([&]() -> Task<> {
+            co_await app->signIn(name, secret, true);
+            done = true;
+        });
+        pace([&] { return done; }, std::move(hopeless));
+    }
+    QString error() { return app->loginError.value().value_or(QString()); }
+    /// The invoice, or nothing with scanStatus saying why.
+    std::optional<DesklineInvoice> scan(const QString &number, std::function<bool()> hopeless = {})
+    {
+        app->scannedInvoice = std::nullopt;
+        app->handleInvoiceScan(number);
+        pace([this] { return !app->scanBusy; }, std::move(hopeless));
+        return app->scannedInvoice;
+    }
+    std::function<bool()> answered(const QByteArray &method)
+    {
+        return [this, method] {
+            const auto requests = office.requests();
+            return std::ranges::any_of(requests, [&](const auto &request) { return request.method == method; });
+        };
+    }
+
+    PracticeBackOffice office;
+    WebEngineSession engine{{.folder = webFolder,
+                             .reach = WebEngineSession::Reach::loopbackOnly,
+                             .answerLimit = std::chrono::milliseconds(400)}};
+    Platform world{.http = http,
+                   .clock = clock,
+                   .secrets = secrets,
+                   .preferences = preferences,
+                   .prompts = prompts,
+                   .desktop = desktop,
+                   .processes = processes,
+                   .hid = hid,
+                   .keyboard = keyboard,
+                   .web = engine,
+                   .application = application,
+                   .dataFolder = platform.dataFolder,
+                   .deployment = platform.deployment};
+    std::unique_ptr<ErrorLog> errors;
+    std::unique_ptr<AppState> app;
+};
+
+/// The processes that draw pages for this one: those that its zygotes have forked.
+QList<int> renderers()
+{
+    QHash<int, int> parents;
+    for (const QString &id : QDir(u"/proc"_s).entryList(QDir::Dirs)) {
+        QFile file(u"/proc/%1/stat"_s.arg(id));
+        if (file.open(QIODevice::ReadOnly)) {
+            const QByteArray line = file.readAll();
+            parents[id.toInt()] = line.mid(line.lastIndexOf(')') + 4).split(' ').first().toInt();
+        }
+    }
+    QList<int> found;
+    for (const auto [process, parent] : parents.asKeyValueRange()) {
+        if (parents.value(parent) == int(QCoreApplication::applicationPid()))
+            found += process;
+    }
+    return found;
+}
+
+bool anyFileHolds(const QString &folder, const QByteArray &text)
+{
+    QDirIterator files(folder, QDir::Files, QDirIterator::Subdirectories);
+    while (files.hasNext()) {
+        QFile file(files.next());
+        if (file.open(QIODevice::ReadOnly) && file.readAll().contains(text))
+            return true;
+    }
+    return false;
+}
+
+} // namespace
+
+TEST_F(WebEngine, SignsInWithAnyPasswordAndLeavesItNowhere)
+{
+    for (const QString &secret :
+         {password, u"a\"b'c\\d"_s, u"x</script><script>alert(1)</script>"_s, u"$& %1 %41\u2028`${1}` ñ 🔑"_s}) {
+        office.setPassword(secret);
+        office.clearRequests();
+        signIn(user, secret);
+        EXPECT_EQ(app->flow.value(), AppFlow::main) << secret.toStdString() << error().toStdString();
+        pace([this] { return app->auth.currentURL.value().endsWith(u"/staff/dashboard.php"_s); });
+        const auto requests = office.requests();
+        for (const auto &request : requests)
+            EXPECT_FALSE(QUrl::fromPercentEncoding(request.target).contains(secret));
+        const auto page = std::ranges::find(requests, QByteArray("GET"), &PracticeBackOffice::Request::method);
+        EXPECT_EQ(page->cookie, QByteArray()) << "a sign-in begins without the last session";
+        app->signOut();
+    }
+    office.setPassword(u"Tr0mbone-48213"_s);
+    signIn(user, u"Tr0mbone-48213"_s);
+    app->errors.flush();
+    for (const QString &place : {folder.path(), webFolder}) {
+        EXPECT_FALSE(anyFileHolds(place, "Tr0mbone-48213"));
+        EXPECT_FALSE(anyFileHolds(place, "deskline_device"));
+    }
+}
+
+TEST_F(WebEngine, SaysWhyItCannotSignIn)
+{
+    signIn(user, u"wrong"_s, answered("POST"));
+    EXPECT_EQ(error(), u"Login failed — check the email and password."_s);
+    EXPECT_EQ(app->flow.value(), AppFlow::login);
+
+    const QString slow =
+        u"Deskline is responding slowly — the login page didn't load after 40 seconds. Try again in a moment."_s;
+    using Form = BackOfficeScenario::LoginPage;
+    office.setScenario({.loginPage = Form::withoutFields});
+    signIn(user, password, answered("GET"));
+    EXPECT_EQ(error(), slow);
+    office.setScenario({.neverFinishes = true});
+    signIn(user, password, answered("GET"));
+    EXPECT_EQ(error(), slow);
+    office.setScenario({.loginPage = Form::outsideForm});
+    signIn();
+    EXPECT_EQ(error(), u"Could not find the login form (no-form)."_s);
+
+    office.setScenario({.unreachable = true});
+    office.clearRequests();
+    signIn();
+    EXPECT_EQ(error(), u"Can't reach deskline — connect to the VPN and try again."_s);
+    EXPECT_FALSE(answered("GET")());
+    office.setScenario({.answerDelay = std::chrono::milliseconds(250)});
+    signIn();
+    EXPECT_EQ(error(), QString());
+    EXPECT_EQ(app->flow.value(), AppFlow::main);
+}
+
+TEST_F(WebEngine, ReadsInvoicesOfEveryKind)
+{
+    signIn();
+    auto invoice = scan(u"i48213"_s);
+    ASSERT_TRUE(invoice) << app->scanStatus.value().toStdString();
+    EXPECT_EQ(invoice->buyerName, u"Eleanor Whitfield"_s);
+    EXPECT_EQ(invoice->address.oneLine(), u"418 Montford Ave, Apt 3B, Asheville NC 28801"_s);
+    EXPECT_EQ(invoice->address.country, u"US"_s);
+    EXPECT_EQ(invoice->address.company, app->sanitizer.sanitize(u"Whitfield Rare Coins"_s));
+    EXPECT_EQ(invoice->items.size(), 2);
+    EXPECT_EQ(invoice->items[0].title + invoice->items[0].qty + invoice->items[0].total,
+              u"1881-S Morgan Silver Dollar MS642$338.00"_s);
+    EXPECT_EQ(invoice->subtotal(), 412);
+    EXPECT_EQ(invoice->shipMethod + invoice->shipCost + invoice->paidAmount, u"USPS Priority$9.95$421.95"_s);
+    EXPECT_EQ(invoice->tracking, u"9405511899560417228011"_s);
+    EXPECT_EQ(invoice->codes, QStringList{u"2AC14"_s});
+    ASSERT_EQ(invoice->notes.size(), 1);
+    EXPECT_EQ(invoice->notes[0].by + invoice->notes[0].date, u"r.odell11/19/26"_s);
+    EXPECT_EQ(prompts.alerts.last().first, u"Check Invoice 48213"_s);
+
+    EXPECT_EQ(scan(u"48214"_s)->tracking, QString());
+    EXPECT_EQ(scan(u"48220"_s)->codes, (QStringList{u"2AC14"_s, u"ARC14"_s, u"QQ1"_s}));
+    EXPECT_EQ(scan(u"48377"_s)->address.country, u"GB"_s);
+    EXPECT_EQ(scan(u"48160"_s)->subtotal(), 1860);
+    EXPECT_EQ(scan(u"48160"_s)->suggestedCustomsType(), CustomsItemType::currency);
+    EXPECT_FALSE(scan(u"48300"_s));
+    EXPECT_EQ(app->scanStatus.value(), u"Invoice 48300 loaded but no buyer details were found on the page."_s);
+    EXPECT_FALSE(scan(u"99999"_s));
+    EXPECT_EQ(app->scanStatus.value(), u"Invoice 99999 loaded but no buyer details were found on the page."_s);
+
+    invoice = scan(u"48301"_s);
+    EXPECT_EQ(invoice->items.size(), 60);
+    EXPECT_TRUE(invoice->streetCut);
+    EXPECT_THAT(prompts.alerts.last().second.toStdString(), HasSubstr("was cut"));
+    invoice = scan(u"48302"_s);
+    EXPECT_THAT(invoice->buyerName.toStdString(), HasSubstr("<script>"));
+    EXPECT_THAT(invoice->items[0].title.toStdString(), HasSubstr("<"));
+    invoice = scan(u"48303"_s);
+    EXPECT_EQ(invoice->address.state + invoice->address.country, u"ORUS"_s);
+    EXPECT_EQ(scan(u"48304"_s)->address.country, u"IL"_s);
+    invoice = scan(u"48305"_s);
+    EXPECT_FALSE(invoice->buyerName.isEmpty());
+    EXPECT_TRUE(invoice->items.isEmpty() && invoice->notes.isEmpty() && !invoice->subtotal());
+
+    office.setScenario({.noCompanyField = true});
+    EXPECT_EQ(scan(u"48213"_s)->address.company, app->sanitizer.sanitize(u"Whitfield Coins"_s));
+}
+
+TEST_F(WebEngine, LivesThroughWhateverAPageDoes)
+{
+    signIn();
+    const auto opened = [this] { return office.requests().size() > 2; };
+    office.clearRequests();
+    office.endSessions();
+    EXPECT_FALSE(scan(u"48213"_s, opened));
+    EXPECT_EQ(app->scanStatus.value(), u"The deskline session has expired — sign out of Parcelory and sign back in."_s);
+    signIn();
+
+    const QString slow =
+        u"Deskline is responding slowly — invoice 48214 didn't load after 45 seconds. Try again in a moment."_s;
+    office.setScenario({.neverFinishes = true});
+    office.clearRequests();
+    EXPECT_FALSE(scan(u"48214"_s, opened));
+    EXPECT_EQ(app->scanStatus.value(), slow);
+    office.setScenario({});
+    EXPECT_TRUE(scan(u"48213"_s)) << "the next one is read";
+
+    // Signed out in the middle of a page.
+    office.setScenario({.neverFinishes = true});
+    office.clearRequests();
+    app->handleInvoiceScan(u"48214"_s);
+    pace([&] { return answered("GET")(); });
+    app->signOut();
+    pace([this] { return !app->scanBusy; });
+    office.setScenario({});
+    signIn();
+    EXPECT_TRUE(scan(u"48213"_s));
+
+    // A page that is stuck answers nothing; every question to it ends by itself.
+    office.setScenario({.hangsScript = true});
+    QTimer hurry;
+    QObject::connect(&hurry, &QTimer::timeout, &hurry, [this] { clock.advance(std::chrono::seconds(20)); });
+    hurry.start(100);
+    EXPECT_FALSE(scan(u"48214"_s));
+    hurry.stop();
+    EXPECT_EQ(app->scanStatus.value(), slow);
+    office.setScenario({});
+    EXPECT_TRUE(scan(u"48214"_s));
+
+    office.setScenario({.neverFinishes = true});
+    office.clearRequests();
+    app->handleInvoiceScan(u"48213"_s);
+    pace([&] { return answered("GET")(); });
+    ASSERT_THAT(renderers(), testing::Not(IsEmpty()));
+    for (const int process : renderers())
+        ::kill(process, SIGKILL);
+    pace([this] { return !app->scanBusy; });
+    EXPECT_EQ(app->scanStatus.value(),
+              u"The page of invoice 48213 stopped working while it was read — scan the invoice again."_s);
+    office.setScenario({});
+    EXPECT_TRUE(scan(u"48213"_s));
+}
+
+TEST_F(WebEngine, NeverLeavesTheBackOffice)
+{
+    signIn();
+    PracticeBackOffice elsewhere;
+    QUrl away = elsewhere.baseUrl();
+    away.setHost(u"localhost"_s);
+    runTask(app->auth.evalBool(u"(location.href = '%1', true)"_s.arg(away.toString())));
+    EXPECT_TRUE(scan(u"48214"_s)) << "and goes on working";
+    EXPECT_THAT(elsewhere.requests(), IsEmpty());
+}
+
+} // namespace parcelory::test
+
+int main(int argc, char **argv)
+{
+    QStandardPaths::setTestModeEnabled(true);
+    testing::InitGoogleMock(&argc, argv);
+    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    parcelory::WebEngineSession::prepareProcess();
+    const QTemporaryDir folder;
+    parcelory::test::webFolder = folder.path();
+    QApplication app(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("webengine-%1").arg(QCoreApplication::applicationPid()));
+    return RUN_ALL_TESTS();
+}

@@ -1,0 +1,141 @@
+#include "practice/PracticeSamples.h"
+#include "core/SettingsKeys.h"
+#include "ui/sidebar/AddressBookView.h"
+#include "support/WindowDesk.h"
+
+// The address book beside the label form and in its own window, driven as a clerk drives it.
+
+namespace parcelory::test {
+namespace {
+using namespace Qt::StringLiterals;
+
+struct BookDesk : WindowDesk {
+    AddressBook &book = program->screens().addressBook;
+
+    BookDesk()
+    {
+        addPracticeAddresses(app().addressBook);
+        runTask(book.reload(), &clock);
+        settleAll();
+    }
+    void waitFor(const QString &status)
+    {
+        wait([&] { return book.status.value() == status; });
+    }
+    QString chosen() { return window().labelView().addressBook().pane().selected().value_or(PostalContact{}).name; }
+    bool isShown(const QString &text)
+    {
+        const auto labels = window().findChildren<QLabel *>();
+        return std::ranges::any_of(labels, [&](auto *label) { return label->isVisible() && label->text() == text; });
+    }
+};
+
+TEST(AddressBookPane, FillsTheLabelWithoutTheMouse)
+{
+    BookDesk desk;
+    desk.press(Qt::Key_F, Qt::ControlModifier);
+    desk.type(u"okonk"_s);
+    desk.press(Qt::Key_Return); // the only one
+    EXPECT_EQ(desk.app().draftTo.value().street1, u"1550 Poplar Ave");
+    EXPECT_FALSE(desk.label().busy); // this Return was not the form's
+    desk.type(u"or 97"_s);           // in the place of the first search
+    desk.press(Qt::Key_Return);      // two of them: the clerk has to look
+    EXPECT_EQ(desk.app().draftTo.value().name, u"Silas Okonkwo");
+    EXPECT_EQ(desk.focusName(), u"Addresses");
+    desk.press(Qt::Key_Down);
+    desk.press(Qt::Key_Return);
+    EXPECT_TRUE(desk.isShown(u"Filled label for Ruth Abernathy"_s));
+    desk.press(Qt::Key_Up);
+    desk.press(Qt::Key_Up); // and from the first one back to the search
+    desk.type(u"<b>"_s);
+    EXPECT_TRUE(desk.isShown(u"No address matches “<b>”"_s));
+    EXPECT_FALSE(desk.button(u"Fill Label"_s)->isEnabled());
+}
+
+TEST(AddressBookPane, EditsDeletesAndTakesADeletionBack)
+{
+    BookDesk desk;
+    desk.press(Qt::Key_F, Qt::ControlModifier);
+    desk.type(u"zielinski"_s);
+    desk.press(Qt::Key_Down);
+    desk.click(desk.named(u"Edit the selected address"_s));
+    EXPECT_EQ(desk.dialog()->windowTitle(), u"Edit Address");
+    desk.clock.advance(Dialog::keyGuard);
+    desk.type(u"Paula Zabel"_s); // which the search does not find
+    desk.press(Qt::Key_Return);
+    desk.waitFor(u"Saved Paula Zabel"_s);
+    desk.window().activateWindow();
+    desk.press(Qt::Key_F, Qt::ControlModifier);
+    desk.press(Qt::Key_Down); // she is chosen
+    desk.press(Qt::Key_Delete);
+    desk.waitFor(u"Address deleted."_s);
+    EXPECT_TRUE(desk.isShown(u"11 addresses"_s));
+    EXPECT_EQ(desk.chosen(), QString()); // a second press hits nobody
+    desk.press(Qt::Key_Z, Qt::ControlModifier);
+    desk.waitFor(u"Saved Paula Zabel"_s);
+    EXPECT_EQ(desk.chosen(), u"Paula Zabel");
+    const QList<PostalContact> everyone = desk.book.contacts();
+    for (const PostalContact &contact : everyone)
+        runTask(desk.book.remove(contact), &desk.clock);
+    desk.settleAll();
+    EXPECT_TRUE(desk.isShown(u"No addresses yet"_s) && desk.isShown(u"0 addresses"_s));
+}
+
+TEST(AddressEditSheet, StaysOpenWithTheReasonUntilTheBookTakesTheAddress)
+{
+    BookDesk desk;
+    Database other(desk.path(u"addresses.sqlite"_s));
+    ASSERT_TRUE(
+        other.exec("CREATE TRIGGER t BEFORE INSERT ON addresses BEGIN SELECT RAISE(FAIL, 'disk is full'); END"));
+    desk.click(desk.named(u"New address"_s));
+    Dialog *sheet = desk.dialog();
+    desk.clock.advance(Dialog::keyGuard);
+    desk.type(u"Ida Penn"_s);
+    desk.press(Qt::Key_Return);
+    desk.waitFor(u"The address book could not be written — disk is full."_s);
+    EXPECT_TRUE(desk.named<Notice>(desk.book.status, sheet)->isVisible());
+    EXPECT_EQ(desk.named<Field>(u"Name"_s, sheet)->text(), u"Ida Penn"_s);
+    ASSERT_TRUE(other.exec("DROP TRIGGER t"));
+    desk.type(u"y"_s);
+    desk.press(Qt::Key_Return);
+    desk.waitFor(u"Saved Ida Penny"_s);
+    EXPECT_FALSE(QApplication::activeModalWidget());
+    EXPECT_EQ(desk.chosen(), u"Ida Penny");
+}
+
+TEST(AddressBookPane, KeepsItsModeAndMakesWayForAScan)
+{
+    BookDesk desk;
+    desk.app().scanBusy = true;
+    desk.settleAll();
+    EXPECT_TRUE(desk.named(u"Invoice #"_s)->isVisible());
+    EXPECT_EQ(read(desk.preferences, settings::addressBookMode), u"endicia"); // the clerk has not chosen that
+    desk.app().scanBusy = false;
+    desk.press(Qt::Key_I, Qt::ControlModifier);
+    EXPECT_EQ(desk.focusName(), u"Invoice #");
+    EXPECT_EQ(read(desk.preferences, settings::addressBookMode), u"deskline");
+}
+
+TEST(AddressBookWindow, FillsTheLabelWhichCanBeSavedToTheBook)
+{
+    BookDesk desk;
+    desk.app().tab = MainTab::settings;
+    desk.settleAll();
+    desk.press(Qt::Key_B, Qt::ControlModifier | Qt::ShiftModifier);
+    desk.wait([&] { return !desk.window().isActiveWindow() && QApplication::activeWindow(); });
+    desk.type(u"montr"_s);
+    desk.press(Qt::Key_Return);
+    desk.wait([&] { return desk.window().isActiveWindow(); });
+    EXPECT_EQ(desk.app().draftTo.value().name, u"Amélie Dufresne");
+    EXPECT_EQ(desk.app().tab.value(), MainTab::newLabel);
+    desk.click(desk.button(u"Save to Address Book"_s));
+    desk.waitFor(u"Recipient saved to the address book."_s);
+    EXPECT_EQ(desk.book.contacts().size(), 12); // who was in it before
+    const auto *outcome = desk.named<Notice>(u"Recipient saved to the address book."_s);
+    desk.app().draftTo = londonAddress();
+    desk.settleAll();
+    EXPECT_FALSE(outcome->isVisible());
+}
+
+} // namespace
+} // namespace parcelory::test

@@ -1,0 +1,191 @@
+#include "ui/parts/Dialog.h"
+#include "ui/parts/Field.h"
+#include "support/WindowDesk.h"
+
+#include <gmock/gmock.h>
+
+namespace parcelory::test {
+namespace {
+using namespace Qt::StringLiterals;
+
+TEST(LabelFocus, TabWalksTheFormInTheOrderInWhichItIsRead)
+{
+    WindowDesk desk;
+    desk.compose(londonAddress());
+    desk.label().mailpiece = BuiltinMailpiece::package;
+    desk.label().weightOz = u"4"_s;
+    desk.label().carrier = Carrier::fedex;
+    desk.settleAll();
+    desk.named<Choice>(u"Sender profile"_s)->setFocus();
+    QStringList walked;
+    while (walked.size() < 60) {
+        walked += desk.focusName();
+        if (desk.focusName() == u"Get Rates")
+            break;
+        desk.press(Qt::Key_Tab);
+    }
+    const QStringList expected = {u"Sender profile"_s,
+                                  u"Recipient name"_s,
+                                  u"Company"_s,
+                                  u"Street"_s,
+                                  u"Apartment or suite"_s,
+                                  u"City"_s,
+                                  u"State"_s,
+                                  u"ZIP"_s,
+                                  u"Country"_s,
+                                  u"Phone"_s,
+                                  u"Email"_s,
+                                  u"Validate"_s,
+                                  u"Keep this recipient in Parcelory's address book"_s,
+                                  u"Save to Address Book"_s,
+                                  u"Carrier: FedEx"_s,
+                                  u"Mailpiece"_s,
+                                  u"Weight, pounds"_s,
+                                  u"Weight, ounces"_s,
+                                  u"Length, inches"_s,
+                                  u"Width, inches"_s,
+                                  u"Height, inches"_s,
+                                  u"Class"_s,
+                                  u"Ship date"_s,
+                                  u"Residential address"_s,
+                                  u"Option"_s,
+                                  u"Insured value, US dollars"_s,
+                                  u"Reference number"_s,
+                                  u"Description"_s,
+                                  u"Contents"_s,
+                                  u"Quantity"_s,
+                                  u"Declared value, US dollars"_s,
+                                  u"Signer"_s,
+                                  u"Print Invoice"_s,
+                                  u"Get Rates"_s};
+    EXPECT_EQ(walked, expected);
+}
+
+TEST(LabelFocus, OneButtonIsSolidTheNextStep)
+{
+    WindowDesk desk;
+    EXPECT_EQ(desk.solidButtons(), QStringList());
+    ShippoAddress to = homeAddress();
+    to.zip.clear();
+    desk.compose(to);
+    EXPECT_EQ(desk.solidButtons(), QStringList());
+    desk.compose(homeAddress());
+    EXPECT_EQ(desk.solidButtons(), QStringList{u"Validate"_s});
+    desk.label().validationOK = true;
+    desk.settleAll();
+    EXPECT_EQ(desk.solidButtons(), QStringList{u"Get Rates"_s});
+    desk.press(Qt::Key_R, Qt::ControlModifier);
+    EXPECT_EQ(desk.solidButtons(), QStringList()); // busy
+    desk.idle();
+    EXPECT_EQ(desk.solidButtons(), QStringList{u"Buy & Print Label"_s});
+    desk.named<Field>(u"City"_s)->setFocus();
+    desk.type(u"x"_s); // a price belongs to what was rated
+    EXPECT_TRUE(desk.label().rates.value().isEmpty());
+    EXPECT_EQ(desk.solidButtons(), QStringList{u"Validate"_s});
+}
+
+TEST(LabelFocus, AFailedCheckTakesTheFocusToItsField)
+{
+    struct Case {
+        std::function<void(WindowDesk &)> spoil;
+        QString field;
+    };
+    const Case cases[] = {
+        {[](WindowDesk &d) { d.label().mailpiece = BuiltinMailpiece::package; }, u"Length, inches"_s},
+        {[](WindowDesk &d) { d.label().weightLb = u"71"_s; }, u"Weight, pounds"_s},
+        {[](WindowDesk &d) { d.label().insuranceValue = u"1,500"_s; }, u"Insured value, US dollars"_s},
+        {[](WindowDesk &d) { d.app().draftTo = londonAddress(); }, u"Declared value, US dollars"_s},
+        {[](WindowDesk &d) { d.app().draftTo = ShippoAddress{}; }, u"Recipient name"_s},
+    };
+    for (const Case &one : cases) {
+        WindowDesk desk;
+        desk.compose(homeAddress());
+        one.spoil(desk);
+        desk.settleAll();
+        desk.press(Qt::Key_R, Qt::ControlModifier);
+        desk.idle();
+        EXPECT_EQ(desk.focusName(), one.field);
+        auto *field = desk.named<Field>(one.field);
+        EXPECT_TRUE(field->hasFault()) << one.field.toStdString();
+        EXPECT_EQ(field->accessibleDescription(), desk.label().banner.value()->text);
+        desk.type(u"2"_s);
+        EXPECT_FALSE(field->hasFault());
+    }
+}
+
+TEST(LabelFocus, AButtonThatGoesOffGetsTheFocusBack)
+{
+    WindowDesk desk;
+    desk.carrier.setScenario({.noRates = true});
+    desk.compose(homeAddress());
+    desk.label().validationOK = true;
+    desk.settleAll();
+    desk.button(u"Get Rates"_s)->setFocus();
+    desk.press(Qt::Key_Space);
+    EXPECT_EQ(desk.focusName(), u"New Label"); // where arrow keys change nothing
+    desk.idle();
+    EXPECT_EQ(desk.focusName(), u"Get Rates");
+}
+
+TEST(LabelFocus, AReviewIsNotAnsweredByTheTailOfAScan)
+{
+    WindowDesk desk;
+    ShippoAddress boxHolder = homeAddress();
+    boxHolder.street1 = u"PO Box 239 #12"_s;
+    boxHolder.street2.clear();
+    desk.compose(boxHolder);
+    desk.label().weightLb = QString();
+    desk.press(Qt::Key_K, Qt::ControlModifier);
+    const QPointer<Dialog> dialog = desk.dialog();
+    EXPECT_EQ(dialog->windowTitle(), u"USPS Rewrote This Address");
+    EXPECT_TRUE(dialog->accessibleDescription().startsWith(u"USPS standardization DROPPED: 12\n\nUSPS version:\n"_s));
+    desk.press(Qt::Key_Return);
+    desk.press(Qt::Key_Escape);
+    desk.press(Qt::Key_Space);
+    EXPECT_TRUE(dialog->isVisible());
+    desk.clock.advance(Dialog::keyGuard);
+    for (const auto type : {QEvent::KeyPress, QEvent::KeyRelease}) { // a Return that is still held down
+        QKeyEvent held(type, Qt::Key_Return, {}, u"\r"_s, true);
+        QCoreApplication::sendEvent(dialog->windowHandle(), &held);
+    }
+    EXPECT_TRUE(dialog->isVisible());
+    desk.press(Qt::Key_Return); // the default keeps what was typed
+    desk.idle();
+    EXPECT_EQ(desk.label().validationStatus.value(), u"Valid ✓ (kept as typed)");
+    EXPECT_EQ(desk.app().draftTo.value().street1, u"PO Box 239 #12");
+}
+
+TEST(LabelFocus, ShortcutsReachTheirScreens)
+{
+    WindowDesk desk;
+    const std::pair<Qt::Key, MainTab> tabs[] = {{Qt::Key_2, MainTab::mailingLog},
+                                                {Qt::Key_3, MainTab::masterLog},
+                                                {Qt::Key_Comma, MainTab::settings},
+                                                {Qt::Key_1, MainTab::newLabel}};
+    for (const auto &[key, tab] : tabs) {
+        desk.press(key, Qt::ControlModifier);
+        EXPECT_EQ(desk.app().tab.value(), tab);
+    }
+    desk.compose(homeAddress());
+    desk.press(Qt::Key_F6);
+    EXPECT_EQ(desk.focusName(), u"Get Rates");
+    desk.press(Qt::Key_L, Qt::ControlModifier);
+    EXPECT_EQ(desk.focusName(), u"Recipient name");
+    desk.press(Qt::Key_N, Qt::ControlModifier);
+    EXPECT_TRUE(desk.app().draftTo.value().isEmpty());
+    desk.press(Qt::Key_2, Qt::ControlModifier);
+    desk.press(Qt::Key_F, Qt::ControlModifier);
+    EXPECT_EQ(desk.focusName(), u"Search the mailing log");
+    desk.press(Qt::Key_L, Qt::ControlModifier | Qt::ShiftModifier);
+    const auto windows = QApplication::topLevelWidgets();
+    EXPECT_TRUE(std::ranges::any_of(
+        windows, [](const QWidget *one) { return one->isVisible() && one->windowTitle() == u"Error Log"; }));
+    desk.app().flow = AppFlow::login;
+    desk.settleAll();
+    desk.window().activateWindow();
+    desk.press(Qt::Key_1, Qt::ControlModifier);
+    EXPECT_EQ(desk.app().tab.value(), MainTab::mailingLog); // before the sign-in nothing is reached
+}
+
+} // namespace
+} // namespace parcelory::test

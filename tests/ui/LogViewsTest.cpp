@@ -1,0 +1,131 @@
+#include "app/logs/MailingLogScreen.h"
+#include "ui/ErrorLogWindow.h"
+#include "ui/log/MailingLogView.h"
+#include "ui/log/ShipmentTable.h"
+#include "support/FakePlatform.h"
+#include "support/Printing.h"
+#include "support/RunTask.h"
+
+#include <gmock/gmock.h>
+
+#include <QPushButton>
+#include <QTest>
+
+namespace parcelory::test {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+struct LogViewsTest : testing::Test, FakePlatform {
+    ErrorLog errors{platform};
+    AppState app{platform};
+    MailingLogScreen screen{app};
+    MailingLogView view{app, screen};
+    ShipmentTable *table = view.findChild<ShipmentTable *>();
+    SearchField *search = view.findChild<SearchField *>();
+
+    void SetUp() override
+    {
+        view.resize(1280, 690);
+        view.show();
+        for (int minute = 0; minute < 60; ++minute)
+            add(u"Ana %1"_s.arg(minute), minute);
+        app.log.reload();
+        settle();
+    }
+    void TearDown() override // a query that nobody waited for comes back to the screen
+    {
+        workPool().waitForDone();
+        settle();
+    }
+    void add(const QString &recipient, int minute)
+    {
+        const ShipmentRecord record{.createdAt = QDateTime(QDate(2026, 11, 20), QTime(12, minute)),
+                                    .postage = 148.2,
+                                    .recipient = recipient + u", 88 Quarry Ln, Bend OR 97702"_s,
+                                    .tracking = u"92055901755477"_s,
+                                    .status = u"REFUND_PENDING"_s};
+        EXPECT_TRUE(app.log.insert(record, false));
+    }
+    QString cell(int row, int column, int role = Qt::DisplayRole) const
+    {
+        return table->model()->index(row, column).data(role).toString();
+    }
+};
+
+} // namespace
+
+TEST_F(LogViewsTest, TheMailingLogIsSearchedAndUsedFromTheKeyboard)
+{
+    QString row;
+    for (int column = 0; column < table->model()->columnCount(); ++column)
+        row += table->model()->headerData(column, Qt::Horizontal).toString() + u'=' + cell(58, column) + u'|';
+    EXPECT_EQ(row, u"Date/Time=11/20/26, 12:01 PM|Postage=$148.20|Recipient=Ana 1|Services=|"
+                   "Tracking ID=9205 5901 7554 77|Weight=|Balance=|Description=|Ref #=|"_s);
+    EXPECT_EQ(cell(58, ShipmentModel::recipient, Qt::AccessibleTextRole), u"Ana 1, REFUND PENDING"_s);
+    view.focusSearch();
+    QTest::keyClicks(search, u"ana 7"_s);
+    runUntil([&] { return table->model()->rowCount() == 1; });
+    QTest::keyClick(search, Qt::Key_Down);
+    ASSERT_TRUE(table->hasFocus() && view.selectedRecord());
+    const qint64 chosen = view.selectedRecord()->id;
+    QTest::keyClick(table, Qt::Key_C, Qt::ControlModifier);
+    EXPECT_EQ(desktop.clipboard, u"92055901755477"_s);
+    QTest::keyClick(search, Qt::Key_Escape);
+    runUntil([&] { return table->model()->rowCount() == 60; });
+    EXPECT_EQ(search->text(), QString());
+    EXPECT_EQ(screen.selected.value(), chosen);
+}
+
+TEST_F(LogViewsTest, WhatTheClerkHasArrangedStaysThroughReloadsAndRestarts)
+{
+    screen.selected = app.log.records()[20].id;
+    settle();
+    table->scrollTo(table->model()->index(30, 0), QAbstractItemView::PositionAtTop);
+    add(u"new"_s, 59);
+    app.log.reload();
+    settle();
+    EXPECT_EQ(cell(table->rowAt(0), ShipmentModel::recipient), u"Ana 29"_s) << "and not the row above it";
+    EXPECT_EQ(table->rowViewportPosition(table->rowAt(0)), 0);
+    EXPECT_EQ(cell(table->currentIndex().row(), ShipmentModel::recipient), u"Ana 39"_s);
+
+    table->setColumnWidth(ShipmentModel::recipient, 301);
+    table->setColumnWidth(ShipmentModel::tracking, 20);
+    const QFontMetrics numbers(Theme::current().font(FontRole::mono));
+    EXPECT_GT(table->columnWidth(ShipmentModel::tracking), numbers.horizontalAdvance(u"9205 5901 7554 77"_s) + 15);
+    view.hide();
+    MailingLogView next(app, screen);
+    next.show();
+    EXPECT_EQ(next.findChild<ShipmentTable *>()->columnWidth(ShipmentModel::recipient), 301);
+}
+
+TEST_F(LogViewsTest, TheErrorLogIsLiveAndCopiedAndCleared)
+{
+    ErrorLogWindow window(errors, desktop);
+    window.show();
+    window.activateWindow();
+    auto *rows = window.findChild<RowTable *>();
+    const auto press = [&](const QString &text) {
+        for (QPushButton *button : window.findChildren<QPushButton *>()) {
+            if (button->text() == text)
+                QTest::mouseClick(button, Qt::LeftButton);
+        }
+    };
+    errors.record(u"Refund"_s, AppError(u"Too late."_s), Popup::no);
+    errors.record(u"Update"_s, AppError(u"A long story. "_s.repeated(40)), Popup::no);
+    runUntil([&] { return rows->model()->rowCount() == 2; });
+    EXPECT_GT(rows->rowHeight(0), 2 * rows->rowHeight(1)) << "the Error column wraps";
+    press(u"Copy All"_s);
+    EXPECT_EQ(desktop.clipboard, errors.asText());
+    rows->selectRow(1);
+    QTest::keyClick(rows, Qt::Key_C, Qt::ControlModifier);
+    EXPECT_EQ(desktop.clipboard, errors.asText().section(u'\n', 1));
+    press(u"Clear"_s);
+    press(u"Copy All"_s);
+    EXPECT_EQ(desktop.clipboard, QString());
+    runUntil([&] { return rows->model()->rowCount() == 0; });
+    QTest::keyClick(&window, Qt::Key_Escape);
+    EXPECT_FALSE(window.isVisible());
+}
+
+} // namespace parcelory::test

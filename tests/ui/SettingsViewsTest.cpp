@@ -1,0 +1,169 @@
+#include "core/SettingsKeys.h"
+#include "ui/parts/Dialog.h"
+#include "ui/parts/Field.h"
+#include "ui/settings/SettingsView.h"
+#include "ui/sidebar/AddressBookView.h"
+#include "support/WindowDesk.h"
+
+#include <gmock/gmock.h>
+
+#include <QCheckBox>
+#include <QRadioButton>
+
+namespace parcelory::test {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+struct SettingsViews : testing::Test, WindowDesk {
+    using Page = SettingsView::Page;
+
+    void open(Page page)
+    {
+        app().tab = MainTab::settings;
+        view().showPage(page);
+        settleAll();
+    }
+    SettingsView &view() { return window().settingsView(); }
+    SettingsScreen &settings() { return program->screens().settings; }
+    KeysScreen &keys() { return program->screens().keys; }
+    Field *field(const QString &name) { return named<Field>(name, &view()); }
+    QUuid profile(int at) { return app().senders.profiles.value()[at].id; }
+    /// Answers the open question with a click.
+    void answer(const QString &text)
+    {
+        clock.advance(Dialog::keyGuard);
+        click(button(text));
+    }
+    void pressButton(const QString &name) { click(named<Button>(name, &view())); }
+};
+
+} // namespace
+
+TEST_F(SettingsViews, TypingKeepsTheCursorAndWhatWasChangedElsewhere)
+{
+    open(Page::senders);
+    settings().editProfile(profile(0), [](SenderProfile &profile) { profile.address.company = u"Corvallon"_s; });
+    settleAll();
+    Field *company = field(u"Company"_s);
+    click(company);
+    company->setCursorPosition(3);
+    type(u"x"_s);
+    settings().editProfile(profile(0), [](SenderProfile &profile) { profile.address.city = u"Bend"_s; });
+    app().senders.add();
+    settleAll();
+    type(u"y"_s);
+    EXPECT_EQ(focusName(), u"Company"_s);
+    EXPECT_EQ(company->cursorPosition(), 5);
+    const ShippoAddress stored = app().senders.find(profile(0))->address;
+    EXPECT_EQ(stored.company, u"Corxyvallon"_s);
+    EXPECT_EQ(stored.city, u"Bend"_s);
+    EXPECT_EQ(field(u"City"_s)->text(), u"Bend"_s);
+}
+
+TEST_F(SettingsViews, ANewProfileIsNamedAtOnceMadeTheDefaultAndOutlivesTheFirst)
+{
+    open(Page::senders);
+    const QString first = app().senders.profiles.value()[0].name;
+    EXPECT_FALSE(named<Button>(u"Delete "_s + first, &view())->isEnabled());
+    click(button(u"Add Profile"_s));
+    type(u"Vault"_s);
+    EXPECT_EQ(app().senders.profiles.value()[1].name, u"Vault"_s);
+    press(Qt::Key_Tab);
+    EXPECT_EQ(focusName(), u"Name"_s);
+    press(Qt::Key_Backtab, Qt::ShiftModifier);
+    EXPECT_EQ(focusName(), u"Profile name"_s);
+
+    auto *makeDefault = named<Button>(u"Make Default: Vault"_s, &view());
+    click(makeDefault);
+    EXPECT_EQ(app().senders.defaultProfile()->id, profile(1));
+    EXPECT_FALSE(makeDefault->isVisible());
+    pressButton(u"Delete "_s + first);
+    answer(u"Keep Profile"_s);
+    EXPECT_EQ(app().senders.profiles.value().size(), 2);
+    pressButton(u"Delete "_s + first);
+    answer(u"Delete Profile"_s);
+    EXPECT_EQ(app().senders.profiles.value().size(), 1);
+    EXPECT_FALSE(named<Button>(u"Delete Vault"_s, &view())->isEnabled());
+}
+
+TEST_F(SettingsViews, TheAddressBookBesideTheFormComesAndGoesWithItsSwitch)
+{
+    open(Page::senders);
+    const auto boxes = view().findChildren<QCheckBox *>();
+    QCheckBox *shown = *std::ranges::find_if(boxes, &QCheckBox::isVisible);
+    for (const bool on : {false, true}) {
+        QTest::mouseClick(shown, Qt::LeftButton, {}, QPoint(8, shown->height() / 2));
+        EXPECT_EQ(read(preferences, settings::showAddressSidebar), on);
+        press(Qt::Key_1, Qt::ControlModifier);
+        EXPECT_EQ(window().labelView().addressBook().isVisible(), on);
+        press(Qt::Key_Comma, Qt::ControlModifier);
+    }
+    press(Qt::Key_1, Qt::ControlModifier);
+    press(Qt::Key_B, Qt::ControlModifier);
+    EXPECT_FALSE(shown->isChecked());
+}
+
+TEST_F(SettingsViews, ABoxIsTypedInOneGoAndDeletedAfterAQuestion)
+{
+    open(Page::boxes);
+    const BoxProfile twice{.name = u"Twice"_s};
+    app().boxes.profiles = QList{twice, twice}; // as a file edited by hand may hold it
+    click(button(u"Add Box"_s));
+    type(u"S-4344"_s);
+    for (const QString &size : {u"12"_s, u"10"_s, u"8"_s}) {
+        press(Qt::Key_Tab);
+        type(size);
+    }
+    const BoxProfile box = app().boxes.profiles.value().value(2);
+    EXPECT_EQ(box.name, u"S-4344"_s);
+    EXPECT_EQ(box.dimsDisplay(), u"12×10×8\""_s);
+    pressButton(u"Delete S-4344"_s);
+    answer(u"Delete Box"_s);
+    EXPECT_EQ(app().boxes.profiles.value(), QList({twice, twice}));
+}
+
+TEST_F(SettingsViews, ATokenIsHiddenWhileTypedAndGoneOnceItWasTaken)
+{
+    open(Page::keys);
+    Field *name = field(u"Key name"_s), *token = field(u"Token"_s);
+    click(name);
+    type(u"Live"_s);
+    EXPECT_FALSE(button(u"Add Key"_s)->isEnabled());
+    press(Qt::Key_Tab);
+    type(u"shippo_live_1"_s);
+    EXPECT_FALSE(token->displayText().contains(u"live"_s));
+    EXPECT_TRUE(button(u"Add Key"_s)->isEnabled());
+    press(Qt::Key_Return);
+    wait([&] { return keys().keys.value().size() == 2 && name->isEnabled(); });
+    EXPECT_EQ(name->text() + token->text(), QString());
+    EXPECT_EQ(app().keys.token(u"Live"_s), u"shippo_live_1"_s);
+
+    auto *live = named<QRadioButton>(u"Live, LIVE key"_s, &view());
+    QTest::mouseClick(live, Qt::LeftButton);
+    wait([&] { return keys().mode == PostageMode::live; });
+    EXPECT_TRUE(live->isChecked());
+    pressButton(u"Remove this key: Live"_s);
+    answer(u"Remove Key"_s);
+    wait([&] { return keys().keys.value().size() == 1; });
+    EXPECT_TRUE(named<QRadioButton>(u"Practice, TEST key"_s, &view())->isChecked());
+}
+
+TEST_F(SettingsViews, APrinterThatIsNotOnOfferIsShownAsWhatItIs)
+{
+    open(Page::printers);
+    auto *labels = named<Choice>(u"Label printer"_s, &view());
+    EXPECT_EQ(labels->currentText(), u"ZD421"_s);
+    settings().zebraQueue = QString();
+    settings().documentQueue = u"Gone"_s;
+    settleAll();
+    auto *documents = named<Choice>(u"Document printer"_s, &view());
+    EXPECT_EQ(documents->currentText(), u"Gone (not found)"_s);
+    EXPECT_EQ(labels->currentText(), u"— none chosen —"_s) << "and not the first one on offer";
+    documents->setFocus();
+    press(Qt::Key_Home);
+    EXPECT_EQ(documents->currentText(), u"— open PDFs in Preview —"_s);
+    EXPECT_EQ(read(preferences, settings::documentQueue), QString());
+}
+
+} // namespace parcelory::test

@@ -1,0 +1,110 @@
+#include "core/SettingsKeys.h"
+#include "support/WindowDesk.h"
+
+#include <gmock/gmock.h>
+
+namespace parcelory::test {
+namespace {
+using namespace Qt::StringLiterals;
+using testing::Contains;
+
+struct SignInDesk : WindowDesk {
+    QLineEdit *password() { return named<QLineEdit>(u"Password"_s); }
+    QStringList texts()
+    {
+        QStringList shown;
+        for (const QLabel *label : window().findChildren<QLabel *>()) {
+            if (label->isVisible())
+                shown += label->text().remove(QChar(0x200B)); // places to break
+        }
+        return shown;
+    }
+};
+
+TEST(SignIn, ReturnSignsInAndGoesToWhatIsMissing)
+{
+    SignInDesk desk;
+    desk.app().signOut();
+    desk.settleAll();
+    EXPECT_EQ(desk.focusName(), u"Email or user name");
+    desk.press(Qt::Key_Return);
+    desk.type(u"dana.marsh"_s);
+    desk.press(Qt::Key_Return);
+    EXPECT_EQ(desk.focusName(), u"Password");
+    EXPECT_FALSE(desk.app().loginBusy || desk.app().loginError.value()); // nothing was tried
+    desk.type(u"wrong"_s);
+    desk.app().loginBusy = true;
+    desk.settleAll();
+    EXPECT_FALSE(desk.button(u"Signing in…"_s)->isEnabled() || desk.password()->isEnabled());
+    desk.app().loginBusy = false;
+    desk.settleAll();
+    desk.press(Qt::Key_Return); // the back office is out of reach
+    desk.wait([&] { return desk.app().loginError.value().has_value(); });
+    EXPECT_THAT(desk.texts(), Contains(u"Can't reach deskline — connect to the VPN and try again."_s));
+    EXPECT_EQ(desk.focusName(), u"Password");
+    EXPECT_EQ(desk.password()->selectedText().size(), 5); // the next key types over it
+}
+
+TEST(SignIn, BeginsAnewAfterASignOut)
+{
+    SignInDesk desk;
+    desk.app().signedInUser = u"d.marsh"_s;
+    desk.settleAll();
+    EXPECT_THAT(desk.texts(), Contains(u"d.marsh"_s));
+    desk.program->screens().signIn.name = u"dana.marsh"_s;
+    desk.program->screens().signIn.password = u"secret"_s;
+    desk.click(desk.button(u"Sign Out"_s));
+    desk.press(Qt::Key_I, Qt::ControlModifier); // nothing behind the sign-in is reached
+    EXPECT_EQ(desk.focusName(), u"Password");   // the name is known
+    EXPECT_EQ(desk.password()->text(), QString());
+}
+
+TEST(InvoicePane, LooksANumberUpAndShowsWhatWarnsOfTheInvoice)
+{
+    SignInDesk desk;
+    desk.app().tab = MainTab::settings;
+    desk.compose(homeAddress());
+    desk.press(Qt::Key_I, Qt::ControlModifier);
+    EXPECT_EQ(desk.app().tab.value(), MainTab::newLabel);
+    EXPECT_EQ(desk.focusName(), u"Invoice #");
+    desk.type(u"12"_s);
+    desk.press(Qt::Key_Return);
+    EXPECT_THAT(desk.texts(), Contains(u"\"12\" doesn't look like an invoice QR code or number."_s));
+    EXPECT_FALSE(desk.label().busy); // this Return was not the form's
+    desk.app().scannedInvoice = DesklineInvoice{.invoiceID = u"48213"_s,
+                                                .items = {{.title = u"<b>Bar</b>"_s}},
+                                                .tracking = u"9405511899560417228011"_s,
+                                                .codes = {u"2AC14"_s, u"ARC14"_s},
+                                                .notes = {{.text = QString(400, u'W'), .by = u"r.odell"_s}}};
+    desk.settleAll();
+    for (const QString &text :
+         {u"Address flags: 2AC14, ARC14 — check the invoice's Address Change History"_s,
+          u"Already has tracking: 9405511899560417228011"_s, u"<b>Bar</b>"_s, QString(400, u'W'), u"r.odell"_s})
+        EXPECT_THAT(desk.texts(), Contains(text));
+    emit desk.app().invoiceTaken();
+    EXPECT_TRUE(desk.label().busy); // goes on by itself
+    desk.idle();
+}
+
+TEST(InvoicePane, MakesWayInANarrowWindowAndComesWhenAsked)
+{
+    SignInDesk desk;
+    desk.composeAndRate(homeAddress());
+    desk.press(Qt::Key_F6);
+    EXPECT_EQ(desk.focusName(), u"Search name, company, place");
+    desk.window().resize(1024, 680);
+    desk.settleAll();
+    EXPECT_EQ(desk.focusName(), u"Recipient name");
+    desk.press(Qt::Key_B, Qt::ControlModifier);
+    desk.press(Qt::Key_Return, Qt::ControlModifier); // brings the price back into sight, and no more
+    EXPECT_EQ(desk.purchases(), 0);
+    EXPECT_TRUE(desk.button(u"Buy & Print Label"_s)->isVisible());
+    EXPECT_TRUE(read(desk.preferences, settings::showAddressSidebar));
+    desk.window().resize(1280, 800);
+    desk.settleAll();
+    desk.press(Qt::Key_B, Qt::ControlModifier);
+    EXPECT_FALSE(read(desk.preferences, settings::showAddressSidebar));
+}
+
+} // namespace
+} // namespace parcelory::test
