@@ -1,16 +1,16 @@
 #pragma once
 
 #include "core/Platform.h"
+#include "platform/NetworkTransport.h"
+#include "platform/SettingsPreferences.h"
+#include "platform/SystemClock.h"
+#include "platform/WebEngineSession.h"
 #include "practice/MemorySecrets.h"
 #include "practice/PracticeApplication.h"
 #include "practice/PracticePrinter.h"
 #include "practice/PracticeScale.h"
 #include "practice/backoffice/PracticeBackOffice.h"
 #include "practice/carrier/PracticeCarrier.h"
-#include "platform/NetworkTransport.h"
-#include "platform/SettingsPreferences.h"
-#include "platform/SystemClock.h"
-#include "platform/WebEngineSession.h"
 
 namespace parcelory {
 

@@ -1,7 +1,7 @@
 #include "practice/PracticeOrders.h"
 
-#include "app/label/LabelScreen.h"
 #include "app/AppState.h"
+#include "app/label/LabelScreen.h"
 #include "core/Json.h"
 
 #include <QFile>

@@ -1,12 +1,12 @@
 #include "practice/PracticeRun.h"
 
-#include "app/label/LabelScreen.h"
 #include "app/AppState.h"
+#include "app/label/LabelScreen.h"
+#include "app/logs/SaveFile.h"
+#include "platform/ConsolePrompts.h"
 #include "practice/PracticeDesk.h"
 #include "practice/PracticeOrders.h"
-#include "app/logs/SaveFile.h"
 #include "shell/ErrorLog.h"
-#include "platform/ConsolePrompts.h"
 
 #include <QCoreApplication>
 

@@ -1,7 +1,7 @@
 #include "practice/PracticeSamples.h"
 
-#include "compose/Weight.h"
 #include "app/AppState.h"
+#include "compose/Weight.h"
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

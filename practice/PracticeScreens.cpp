@@ -5,6 +5,7 @@
 #include "practice/PracticeSamples.h"
 #include "ui/Program.h"
 #include "ui/WindowKeyboard.h"
+#include "ui/WindowPrompts.h"
 #include "ui/label/LabelView.h"
 #include "ui/log/MailingLogView.h"
 #include "ui/settings/SettingsView.h"
@@ -255,15 +256,15 @@ Task<> Gallery::drawDoubt()
     co_await label().fetchRates();
     m_desk.carrier().setScenario({.dropConnection = true});
     spawn([this] { return label().buyAndPrint(); });
-    co_await until([this] { return !label().purchases.questions.value().isEmpty() && !label().busy; });
+    co_await until([this] { return !label().purchases.unresolved.value().isEmpty() && !label().busy; });
     co_await until([] { return QApplication::activeModalWidget(); });
     static_cast<QDialog *>(QApplication::activeModalWidget())->accept();
     co_await save(u"new-label-purchase-unknown"_s);
     m_desk.carrier().setScenario({});
     co_await label().purchases.checkAgain();
-    co_await until([this] { return !label().purchases.settled.value().isEmpty(); });
+    co_await until([this] { return !label().purchases.resolved.value().isEmpty(); });
     co_await save(u"new-label-purchase-found"_s);
-    label().purchases.dismiss(label().purchases.settled.value().first());
+    label().purchases.dismiss(label().purchases.resolved.value().first());
 }
 
 Task<> Gallery::drawDialogs()

@@ -5,6 +5,7 @@
 #include "practice/PracticeSamples.h"
 #include "ui/Program.h"
 #include "ui/WindowKeyboard.h"
+#include "ui/WindowPrompts.h"
 
 #include <QApplication>
 #include <QMenuBar>

@@ -2,9 +2,9 @@
 
 #include "addressbook/ImportProgress.h"
 #include "core/JsonFile.h"
+#include "core/PostalContact.h"
 #include "core/Task.h"
 #include "core/ports/Clock.h"
-#include "core/PostalContact.h"
 #include "core/ports/ContactsSource.h"
 
 #include <QDir>

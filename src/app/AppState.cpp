@@ -1,5 +1,9 @@
 #include "app/AppState.h"
 
+#include "app/invoice/InvoiceFlow.h"
+#include "app/logs/RefundSync.h"
+#include "app/scanform/ScanFormFlow.h"
+#include "app/signin/SignInFlow.h"
 #include "core/Text.h"
 
 namespace parcelory {
@@ -19,7 +23,9 @@ AppState::AppState(Platform &host)
       invoices(auth, sanitizer), keys(host.secrets, host.preferences), shippo(host, keys), scale(host.hid),
       log(host.dataFolder), labelHistory(log), scanForms(log), journal(host.dataFolder), senders(host), boxes(host),
       addressBook(host.dataFolder), appleContacts(host.contacts, host.clock, host.dataFolder), printer(host),
-      printWatch(printer, host.clock), scanListener(host.keyboard, host.clock, host.deployment.shortLinkHost)
+      printWatch(printer, host.clock), scanListener(host.keyboard, host.clock, host.deployment.shortLinkHost),
+      m_signIn(std::make_unique<SignInFlow>(*this)), m_invoice(std::make_unique<InvoiceFlow>(*this)),
+      m_scanForm(std::make_unique<ScanFormFlow>(*this)), m_refundSync(std::make_unique<RefundSync>(*this))
 {
     const auto announce = [this] { emit changed(); };
     const auto observe = [&](auto &...property) { (m_notifiers.push_back(property.addNotifier(announce)), ...); };
@@ -46,6 +52,58 @@ void AppState::fillRecipient(const PostalContact &contact)
     draftReference = QString(); // a recipient of the address book carries no invoice number
     draftFillCount = draftFillCount + 1;
     tab = MainTab::newLabel;
+}
+
+Task<> AppState::signIn(QString user, QString pass, bool remember)
+{
+    co_await m_signIn->signIn(user, pass, remember);
+}
+
+Task<> AppState::attemptAutoLogin()
+{
+    co_await m_signIn->signInAutomatically();
+}
+
+Task<bool> AppState::hasSavedCredentials()
+{
+    co_return co_await credentials.areUsable();
+}
+
+void AppState::signOut()
+{
+    ++session;
+    flow = AppFlow::login;
+    signedInUser = QString();
+    loginError = std::nullopt;
+    scanStatus = QString();
+    scannedInvoice = std::nullopt; // the next clerk has not asked for it
+    auth.clear();
+    spawn([this] { return credentials.forget(); });
+}
+
+void AppState::handleInvoiceScan(const QString &text)
+{
+    m_invoice->handleScan(text);
+}
+
+void AppState::fillFromInvoice(const DesklineInvoice &invoice)
+{
+    draftTo = invoice.address;
+    draftReference = invoice.invoiceID;
+    draftFillCount = draftFillCount + 1;
+    tab = MainTab::newLabel;
+}
+
+Task<> AppState::createScanForm(ShippoAddress from)
+{
+    co_await m_scanForm->create(from);
+}
+
+Task<> AppState::syncRefundStatuses()
+{
+    const bool didAsk = co_await m_refundSync->run();
+    if (didAsk)
+        co_await m_scanForm->recoverLostForms();
 }
 
 void AppState::reportScanNoise(const QString &heard)

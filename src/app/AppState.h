@@ -25,6 +25,7 @@
 #include <QProperty>
 #include <QSet>
 
+#include <memory>
 #include <optional>
 #include <vector>
 
@@ -41,6 +42,11 @@ struct MainTabInfo {
 };
 
 const QList<MainTabInfo> &mainTabs();
+
+class InvoiceFlow;
+class RefundSync;
+class ScanFormFlow;
+class SignInFlow;
 
 /// The state that more than one screen reads, and the owner of every long-lived service. Made once, lives until the
 /// program ends; main thread only. Services are members in their order of creation.
@@ -59,6 +65,8 @@ public:
     QProperty<std::optional<QString>> loginError;
     QProperty<QString> signedInUser;
     bool autoLoginTried = false;
+    /// Counts sign-ins and sign-outs. What one clerk asked for is not shown to the next.
+    int session = 0;
     QProperty<QString> lastShipmentSummary; ///< one line about the last label bought
     QProperty<int> keyChanges{0}; ///< counts changes of the API keys: what was rated under one is not another's
 
@@ -130,25 +138,10 @@ signals:
     void invoiceTaken();
 
 private:
-    enum class Refund { unknown, none, pending, granted, rejected };
-
-    Task<QByteArray> newScanForm(QList<ShipmentRecord> labels, bool testKey, ShippoAddress from);
-    Task<std::optional<ShippoManifest>> madeManifest(ScanForm form);
-    Task<std::optional<QByteArray>> lostScanForm(ScanForm form);
-    Task<QByteArray> fetchScanForm(ScanForm form, ShippoManifest manifest);
-    Task<bool> showLostScanForms(QList<ScanForm> forms);
-    Task<> settleScanForms();
-    Task<bool> agreesToScanForm(QList<ShipmentRecord> labels, bool testKey);
-    Task<> sayNothingToManifest(bool testKey);
-    Task<Refund> refundAtCarrier(QString transactionId);
-    Task<bool> settleRefund(ShipmentRecord record);
-    Task<bool> settleOpenRefund(OpenRefund refund);
-    Task<bool> storeRefund(ShipmentRecord record, Refund refund);
-    Task<> readInvoice(QString id);
-    Task<> invoiceAttentionAlert(DesklineInvoice invoice);
-
-    int m_signIns = 0; ///< counts beginnings and ends of sessions: what one clerk asked for is not shown to another
-    QDateTime m_lastRefundSync; ///< invalid: never
+    const std::unique_ptr<SignInFlow> m_signIn;
+    const std::unique_ptr<InvoiceFlow> m_invoice;
+    const std::unique_ptr<ScanFormFlow> m_scanForm;
+    const std::unique_ptr<RefundSync> m_refundSync;
     std::vector<QPropertyNotifier> m_notifiers;
 };
 

@@ -1,14 +1,14 @@
 #pragma once
 
-#include "app/addressbook/AddressBook.h"
-#include "app/signin/SignInScreen.h"
-#include "app/label/LabelScreen.h"
 #include "app/AppState.h"
+#include "app/addressbook/AddressBook.h"
+#include "app/label/LabelScreen.h"
 #include "app/logs/MailingLogScreen.h"
 #include "app/logs/MasterLogScreen.h"
 #include "app/scanform/ScanFormScreen.h"
 #include "app/settings/KeysScreen.h"
 #include "app/settings/SettingsScreen.h"
+#include "app/signin/SignInScreen.h"
 #include "app/update/UpdateChecker.h"
 
 namespace parcelory {

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "core/ShippoAddress.h"
 #include "compose/Customs.h"
 #include "core/AppError.h"
+#include "core/ShippoAddress.h"
 
 #include <QList>
 #include <QString>

@@ -37,7 +37,7 @@ public:
     /// Prices of a parcel, in the carrier's order. The sender's company line is made discreet on the way.
     Task<ShippoShipment> rates(RatingRequest request);
     /// Buys a label. `labelFileType`: "ZPLII", "PDF" …; `metadata`: at most its first 100 characters are sent.
-    /// Throws UnsettledPurchase when the purchase was taken on but a later look at it failed.
+    /// Throws UnconfirmedPurchase when the purchase was taken on but a later look at it failed.
     /// A purchase still queued after the last poll is returned as it is; its label URL is empty.
     Task<ShippoTransaction> purchase(QString rateId, QString labelFileType, QString metadata);
     /// The account's purchases of a rate since then, newest first: how a purchase whose answer was lost is found again.

@@ -60,7 +60,7 @@ Task<ShippoTransaction> ShippoClient::purchase(QString rateId, QString labelFile
             const QByteArray answer = co_await request(u"transactions/"_s + transaction.objectId);
             transaction = decodeAnswer<ShippoTransaction>(answer);
         } catch (const AppError &error) {
-            throw UnsettledPurchase(error.description(), transaction.objectId);
+            throw UnconfirmedPurchase(error.description(), transaction.objectId);
         }
     }
     if (transaction.status == u"ERROR") {

@@ -35,9 +35,9 @@ private:
 };
 
 /// The carrier took a purchase on, and then it could not be learned what became of it. The label may exist.
-class UnsettledPurchase : public AppError {
+class UnconfirmedPurchase : public AppError {
 public:
-    UnsettledPurchase(QString description, QString transactionId)
+    UnconfirmedPurchase(QString description, QString transactionId)
         : AppError(std::move(description)), m_transactionId(std::move(transactionId))
     {
     }

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "core/ShippoAddress.h"
 #include "core/CompanySanitizer.h"
+#include "core/ShippoAddress.h"
 
 #include <QByteArray>
 #include <QList>

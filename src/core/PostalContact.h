@@ -1,7 +1,7 @@
 #pragma once
 
-#include "core/ShippoAddress.h"
 #include "core/RecordField.h"
+#include "core/ShippoAddress.h"
 
 #include <QString>
 #include <QUuid>

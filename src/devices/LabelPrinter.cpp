@@ -1,7 +1,7 @@
 #include "devices/LabelPrinter.h"
 
-#include "core/Text.h"
 #include "core/SettingsKeys.h"
+#include "core/Text.h"
 
 #include <QDir>
 #include <QFile>

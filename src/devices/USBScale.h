@@ -1,7 +1,7 @@
 #pragma once
 
 #include "core/ports/HidSource.h"
-#include "devices/ScalePlate.h"
+#include "devices/ParcelDetector.h"
 
 #include <QHash>
 #include <QProperty>
@@ -43,7 +43,7 @@ private:
     struct Device {
         int number = 0;
         QString name;
-        ScalePlate plate;
+        ParcelDetector plate;
         quint64 generation = 0;
         std::optional<ScaleReport> last;
     };

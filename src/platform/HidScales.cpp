@@ -23,7 +23,7 @@ constexpr int mostReads = 64;                      // a scale that never falls s
 /// The scales that are open. All of the library is used on one thread, as its macOS side wants it.
 class OpenScales {
 public:
-    explicit OpenScales(ReportInbox &inbox) : m_inbox(inbox)
+    explicit OpenScales(HidEventQueue &inbox) : m_inbox(inbox)
     {
         hid_init();
 #ifdef Q_OS_MACOS
@@ -55,7 +55,7 @@ private:
     /// False when the device is gone.
     bool drain(const Device &device);
 
-    ReportInbox &m_inbox;
+    HidEventQueue &m_inbox;
     std::map<std::string, Device> m_open; ///< by path
     std::map<std::string, int> m_refusals;
     int m_lastNumber = 0;
@@ -167,15 +167,15 @@ bool HidScales::waitForStop(std::chrono::steady_clock::time_point until)
 
 void HidScales::deliver()
 {
-    for (const ReportInbox::Event &event : m_inbox.fetch()) {
+    for (const HidEventQueue::Event &event : m_inbox.fetch()) {
         switch (event.kind) {
-        case ReportInbox::Event::Kind::attached:
+        case HidEventQueue::Event::Kind::attached:
             m_listener.attached(event.device, event.product);
             break;
-        case ReportInbox::Event::Kind::removed:
+        case HidEventQueue::Event::Kind::removed:
             m_listener.removed(event.device);
             break;
-        case ReportInbox::Event::Kind::report:
+        case HidEventQueue::Event::Kind::report:
             m_listener.report(event.device, event.bytes);
             break;
         }

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "core/ports/HidSource.h"
-#include "platform/ReportInbox.h"
+#include "platform/HidEventQueue.h"
 
 #include <QObject>
 
@@ -31,7 +31,7 @@ private:
 
     const Duration m_lookEvery;
     Listener m_listener;
-    ReportInbox m_inbox;
+    HidEventQueue m_inbox;
     std::thread m_thread;
     std::mutex m_access;
     std::condition_variable m_woken;

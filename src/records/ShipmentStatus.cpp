@@ -64,7 +64,7 @@ QString refundRefusal(const ShipmentRecord &record)
     return u"The carrier has refused the refund of %1's label (%2)."_s.arg(record.recipientName(), record.tracking);
 }
 
-QString momentText(const QDateTime &time)
+QString dateTimeText(const QDateTime &time)
 {
     return QLocale::c().toString(time.toLocalTime(), u"MM/dd/yy, h:mm AP"_s);
 }

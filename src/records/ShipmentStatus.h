@@ -22,6 +22,6 @@ QString friendlyStatus(const QString &status);
 QString refundRefusal(const ShipmentRecord &record);
 
 /// A point in time as the log shows it: "11/20/26, 2:41 PM".
-QString momentText(const QDateTime &time);
+QString dateTimeText(const QDateTime &time);
 
 } // namespace parcelory

@@ -1,7 +1,11 @@
 #include "ui/ErrorLogWindow.h"
 
 #include "ui/parts/Button.h"
+#include "ui/parts/EmptyState.h"
+#include "ui/parts/PanelFrame.h"
+#include "ui/parts/TextLabel.h"
 #include "ui/parts/Toolbar.h"
+#include "ui/theme/Theme.h"
 
 #include <QHeaderView>
 #include <QShortcut>
@@ -62,12 +66,12 @@ QVariant ErrorLogModel::headerData(int section, Qt::Orientation orientation, int
 ErrorLogWindow::ErrorLogWindow(ErrorLog &errors, Desktop &desktop, QWidget *parent)
     : QWidget(parent, Qt::Window), m_errors(errors), m_desktop(desktop), m_model(new ErrorLogModel(this)),
       m_count(new TextLabel({}, FontRole::body, &Tokens::muted)), m_table(new RowTable(u"Errors"_s)),
-      m_pages(new QStackedLayout), m_follower([this] { refresh(); })
+      m_pages(new QStackedLayout), m_refresh([this] { refresh(); })
 {
     setWindowTitle(u"Error Log"_s);
     setMinimumSize(480, 200);
     resize(1000, 360);
-    auto *sheet = new Surface(&Tokens::sheet);
+    auto *sheet = new PanelFrame(&Tokens::sheet);
     auto *centred = new QVBoxLayout(sheet);
     centred->addWidget(new EmptyState(u"ui_success"_s, u"No errors on record."_s));
     m_pages->addWidget(makeTable());
@@ -79,7 +83,7 @@ ErrorLogWindow::ErrorLogWindow(ErrorLog &errors, Desktop &desktop, QWidget *pare
     rows->addLayout(m_pages, 1);
     for (const QKeySequence &keys : {QKeySequence(Qt::Key_Escape), QKeySequence(Qt::CTRL | Qt::Key_W)})
         connect(new QShortcut(keys, this), &QShortcut::activated, this, &QWidget::close);
-    connect(&errors, &ErrorLog::entriesChanged, this, [this] { m_follower.touch(); });
+    connect(&errors, &ErrorLog::entriesChanged, this, [this] { m_refresh.touch(); });
     refresh();
     m_table->setFocus();
 }

@@ -2,9 +2,9 @@
 
 #include "core/ports/Desktop.h"
 #include "shell/ErrorLog.h"
-#include "ui/parts/Follower.h"
-#include "ui/parts/Notice.h"
+#include "ui/parts/RefreshScheduler.h"
 #include "ui/parts/RowTable.h"
+#include "ui/parts/TextLabel.h"
 
 #include <QAbstractTableModel>
 
@@ -47,7 +47,7 @@ private:
     TextLabel *m_count;
     RowTable *m_table;
     QStackedLayout *m_pages;
-    Follower m_follower;
+    RefreshScheduler m_refresh;
 };
 
 } // namespace parcelory

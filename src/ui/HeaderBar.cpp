@@ -1,7 +1,10 @@
 #include "ui/HeaderBar.h"
 
-#include "ui/parts/Attention.h"
+#include "ui/parts/Accessibility.h"
 #include "ui/parts/Button.h"
+#include "ui/parts/IconView.h"
+#include "ui/parts/Separator.h"
+#include "ui/theme/Theme.h"
 
 #include <QHBoxLayout>
 #include <QPainter>
@@ -10,39 +13,12 @@
 namespace parcelory {
 using namespace Qt::StringLiterals;
 
-ModeHatch::ModeHatch(QWidget *parent) : QWidget(parent)
-{
-    setFixedHeight(6);
-    setVisible(false);
-}
-
-void ModeHatch::setMode(PostageMode mode)
-{
-    m_mode = mode;
-    setVisible(mode == PostageMode::test || mode == PostageMode::practice);
-    update();
-}
-
-void ModeHatch::paintEvent(QPaintEvent *)
-{
-    const Tokens &t = Theme::current().tokens();
-    const bool practice = m_mode == PostageMode::practice;
-    QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.fillRect(rect(), practice ? t.practice : t.test);
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(practice ? t.onPractice : t.onTest);
-    constexpr int step = 16;
-    for (int x = -step; x < width() + step; x += step)
-        painter.drawPolygon(QPolygonF({QPointF(x, 6), QPointF(x + 7, 6), QPointF(x + 12, 0), QPointF(x + 5, 0)}));
-}
-
 HeaderBar::HeaderBar(AppState &app, LabelScreen &label, KeysScreen &keys, QWidget *parent)
-    : Surface(&Tokens::sheet, parent), m_app(app), m_label(label), m_keys(keys), m_tabs(new QTabBar),
+    : PanelFrame(&Tokens::sheet, parent), m_app(app), m_label(label), m_keys(keys), m_tabs(new QTabBar),
       m_mode(new Badge({}, BadgeKind::plain)), m_scanStatus(new ElidedLabel({}, FontRole::caption, &Tokens::muted)),
       m_scanForm(new Button(u"SCAN Form"_s, Button::Kind::standard, u"ui_scanform"_s)),
-      m_userRule(new Rule(Qt::Vertical)), m_user(new ElidedLabel({}, FontRole::caption, &Tokens::muted)),
-      m_signOut(nullptr), m_follower([this] { refresh(); })
+      m_userSeparator(new Separator(Qt::Vertical)), m_user(new ElidedLabel({}, FontRole::caption, &Tokens::muted)),
+      m_signOut(nullptr), m_refresh([this] { refresh(); })
 {
     const Theme &theme = Theme::current();
     setLines(Qt::BottomEdge);
@@ -55,7 +31,7 @@ HeaderBar::HeaderBar(AppState &app, LabelScreen &label, KeysScreen &keys, QWidge
     for (const MainTabInfo &info : mainTabs())
         m_tabs->addTab(info.title);
     m_mode->setTall(24);
-    m_userRule->setFixedHeight(theme.scaled(20));
+    m_userSeparator->setFixedHeight(theme.scaled(20));
     m_user->setMaximumWidth(theme.scaled(160));
     m_scanStatus->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     m_scanStatus->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred); // nothing gives way to it
@@ -73,7 +49,7 @@ HeaderBar::HeaderBar(AppState &app, LabelScreen &label, KeysScreen &keys, QWidge
     row->addWidget(m_mode);
     row->addWidget(m_scanForm);
     row->addSpacing(4);
-    row->addWidget(m_userRule);
+    row->addWidget(m_userSeparator);
     row->addWidget(m_user);
     row->addWidget(signOut);
     m_signOut = signOut;
@@ -81,7 +57,7 @@ HeaderBar::HeaderBar(AppState &app, LabelScreen &label, KeysScreen &keys, QWidge
     connect(m_tabs, &QTabBar::currentChanged, this, [this](int at) { m_app.tab = mainTabs()[at].tab; });
     connect(m_scanForm, &QPushButton::clicked, this, [this] { createScanForm(m_app, m_label); });
     connect(signOut, &QPushButton::clicked, this, [this] { m_app.signOut(); });
-    m_follower.follow(app.tab, app.signedInUser, keys.mode, label.busy, app.scanFormBusy, app.scanFormStatus);
+    m_refresh.follow(app.tab, app.signedInUser, keys.mode, label.busy, app.scanFormBusy, app.scanFormStatus);
     refresh();
 }
 
@@ -97,7 +73,7 @@ void HeaderBar::refresh()
     m_signOut->setEnabled(!m_label.busy); // the carrier's answer may be a question
     m_user->setFullText(m_app.signedInUser);
     m_user->setVisible(!m_user->fullText().isEmpty());
-    m_userRule->setVisible(!m_user->fullText().isEmpty());
+    m_userSeparator->setVisible(!m_user->fullText().isEmpty());
     enable(m_scanForm, !m_app.scanFormBusy, m_tabs); // a second press must not reach Sign Out
     if (const QString status = m_app.scanFormStatus; status != m_scanStatus->fullText()) {
         m_scanStatus->setFullText(status);

@@ -3,32 +3,19 @@
 #include "app/label/LabelScreen.h"
 #include "app/settings/KeysScreen.h"
 #include "ui/parts/Badge.h"
-#include "ui/parts/Follower.h"
-#include "ui/parts/Surface.h"
+#include "ui/parts/PanelFrame.h"
+#include "ui/parts/RefreshScheduler.h"
+#include "ui/parts/Separator.h"
 #include "ui/parts/TextLabel.h"
 
 class QTabBar;
 
 namespace parcelory {
 
-/// A striped band over the window that says: nothing here is real postage.
-class ModeHatch : public QWidget {
-public:
-    explicit ModeHatch(QWidget *parent = nullptr);
-
-    void setMode(PostageMode mode); ///< shown for test and practice only
-
-protected:
-    void paintEvent(QPaintEvent *event) override;
-
-private:
-    PostageMode m_mode = PostageMode::none;
-};
-
 class Button;
 
 /// The window's head: name, tabs, mode, the day's SCAN form, who is signed in and the way out.
-class HeaderBar : public Surface {
+class HeaderBar : public PanelFrame {
     Q_OBJECT
 public:
     HeaderBar(AppState &app, LabelScreen &label, KeysScreen &keys, QWidget *parent = nullptr);
@@ -46,10 +33,10 @@ private:
     Badge *m_mode;
     ElidedLabel *m_scanStatus;
     Button *m_scanForm;
-    Rule *m_userRule;
+    Separator *m_userSeparator;
     ElidedLabel *m_user;
     QWidget *m_signOut;
-    Follower m_follower;
+    RefreshScheduler m_refresh;
 };
 
 } // namespace parcelory

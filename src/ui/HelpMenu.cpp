@@ -3,6 +3,7 @@
 #include "ui/MainWindow.h"
 #include "ui/ShortcutOverview.h"
 #include "ui/UpdatePrompt.h"
+#include "ui/parts/RefreshScheduler.h"
 
 #include <QAction>
 #include <QMenuBar>
@@ -16,9 +17,9 @@ namespace {
 /// Opens the update prompt, one at a time.
 class Updates : public QObject {
 public:
-    explicit Updates(MainWindow &window) : QObject(&window), m_window(window), m_follower([this] { show(); })
+    explicit Updates(MainWindow &window) : QObject(&window), m_window(window), m_refresh([this] { show(); })
     {
-        m_follower.follow(window.screens().updates.offers);
+        m_refresh.follow(window.screens().updates.offers);
     }
 
 private:
@@ -34,7 +35,7 @@ private:
 
     MainWindow &m_window;
     QPointer<UpdatePrompt> m_prompt;
-    Follower m_follower;
+    RefreshScheduler m_refresh;
 };
 
 void say(MainWindow &window, const QString &title, const QString &text)

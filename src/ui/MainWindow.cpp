@@ -1,5 +1,7 @@
 #include "ui/MainWindow.h"
 
+#include "ui/ModeStripe.h"
+
 #include "core/SettingsKeys.h"
 #include "ui/ErrorLogWindow.h"
 #include "ui/HeaderBar.h"
@@ -10,9 +12,11 @@
 #include "ui/log/MailingLogView.h"
 #include "ui/log/MasterLogView.h"
 #include "ui/log/ScanFormWindow.h"
+#include "ui/parts/PanelFrame.h"
 #include "ui/settings/SettingsView.h"
 #include "ui/sidebar/AddressBookWindow.h"
 #include "ui/signin/SignInView.h"
+#include "ui/theme/Theme.h"
 
 #include <QApplication>
 #include <QCloseEvent>
@@ -23,7 +27,7 @@ namespace parcelory {
 using namespace Qt::StringLiterals;
 
 MainWindow::MainWindow(AppState &app, Screens &screens, const QString &signInNote)
-    : m_app(app), m_screens(screens), m_flows(new QStackedWidget), m_follower([this] { refresh(); }),
+    : m_app(app), m_screens(screens), m_flows(new QStackedWidget), m_refresh([this] { refresh(); }),
       m_scanForm([this] { openWindow(u"scanform"_s); })
 {
     m_flows->addWidget(new SignInView(app, screens.signIn, signInNote));
@@ -33,7 +37,7 @@ MainWindow::MainWindow(AppState &app, Screens &screens, const QString &signInNot
     addHelpMenu(*this);
     setMinimumSize(Theme::current().scaled(1024), 680);
     restoreLayout();
-    m_follower.follow(app.flow, app.tab, screens.keys.mode, screens.label.buying);
+    m_refresh.follow(app.flow, app.tab, screens.keys.mode, screens.label.buying);
     m_scanForm.follow(app.scanFormOpenTick);
     spawn([this] { return m_screens.keys.refresh(); });
     if (m_screens.settings.zebraQueue.value().isEmpty()) // the first start finds its label printer by itself
@@ -43,7 +47,7 @@ MainWindow::MainWindow(AppState &app, Screens &screens, const QString &signInNot
 
 QWidget *MainWindow::makeMain()
 {
-    m_hatch = new ModeHatch;
+    m_stripe = new ModeStripe;
     m_tabs = new QStackedWidget;
     m_label = new LabelView(m_app, m_screens.label, m_screens.addressBook, m_screens.keys, m_screens.settings);
     m_mailingLog = new MailingLogView(m_app, m_screens.mailingLog);
@@ -52,11 +56,11 @@ QWidget *MainWindow::makeMain()
     for (QWidget *view : {static_cast<QWidget *>(m_label), static_cast<QWidget *>(m_mailingLog),
                           static_cast<QWidget *>(m_masterLog), static_cast<QWidget *>(m_settings)})
         m_tabs->addWidget(view); // in the order of mainTabs()
-    auto *main = new Surface(&Tokens::window);
+    auto *main = new PanelFrame(&Tokens::window);
     auto *rows = new QVBoxLayout(main);
     rows->setContentsMargins(0, 0, 0, 0);
     rows->setSpacing(0);
-    rows->addWidget(m_hatch);
+    rows->addWidget(m_stripe);
     rows->addWidget(new HeaderBar(m_app, m_screens.label, m_screens.keys));
     rows->addWidget(m_tabs, 1);
     auto *strip = new StatusStrip(m_app, m_screens.keys);
@@ -85,7 +89,7 @@ void MainWindow::refresh()
     const int tab = int(m_app.tab.value());
     const bool changed = m_tabs->currentIndex() != tab;
     m_tabs->setCurrentIndex(tab);
-    m_hatch->setMode(m_screens.keys.mode);
+    m_stripe->setMode(m_screens.keys.mode);
     switch (m_screens.keys.mode) {
     case PostageMode::test:
         setWindowTitle(u"Parcelory — TEST MODE"_s);
@@ -104,7 +108,7 @@ void MainWindow::refresh()
 void MainWindow::showTab(MainTab tab)
 {
     m_app.tab = tab;
-    m_follower.refreshNow();
+    m_refresh.refreshNow();
 }
 
 QWidget *MainWindow::makeWindow(const QString &identifier)

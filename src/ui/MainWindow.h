@@ -1,7 +1,7 @@
 #pragma once
 
 #include "app/Screens.h"
-#include "ui/parts/Follower.h"
+#include "ui/parts/RefreshScheduler.h"
 
 #include <QHash>
 #include <QMainWindow>
@@ -14,7 +14,7 @@ namespace parcelory {
 class LabelView;
 class MailingLogView;
 class MasterLogView;
-class ModeHatch;
+class ModeStripe;
 class SettingsView;
 
 /// The program's window: the sign-in, or the four tabs with head and status strip. It does not close while a label is
@@ -54,15 +54,15 @@ private:
     Screens &m_screens;
     QStackedWidget *m_flows;
     QStackedWidget *m_tabs = nullptr;
-    ModeHatch *m_hatch = nullptr;
+    ModeStripe *m_stripe = nullptr;
     LabelView *m_label = nullptr;
     MailingLogView *m_mailingLog = nullptr;
     MasterLogView *m_masterLog = nullptr;
     SettingsView *m_settings = nullptr;
     QHash<QString, QPointer<QWidget>> m_windows; ///< the secondary ones, by their identifiers
     bool m_closeAfterPurchase = false;
-    Follower m_follower;
-    Follower m_scanForm;
+    RefreshScheduler m_refresh;
+    RefreshScheduler m_scanForm;
 };
 
 } // namespace parcelory

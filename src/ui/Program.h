@@ -1,7 +1,7 @@
 #pragma once
 
-#include "shell/ErrorLog.h"
 #include "app/Screens.h"
+#include "shell/ErrorLog.h"
 #include "ui/MainWindow.h"
 #include "ui/WindowPrompts.h"
 #include "ui/theme/SystemAppearance.h"

@@ -1,6 +1,9 @@
 #include "ui/ReviewDialog.h"
 
-#include "ui/parts/Surface.h"
+#include "ui/parts/Button.h"
+#include "ui/parts/PanelFrame.h"
+#include "ui/parts/TextLabel.h"
+#include "ui/theme/Theme.h"
 
 #include <QHBoxLayout>
 #include <QPainter>
@@ -59,7 +62,7 @@ TextLabel *markedAddress(const QString &text, const QStringList &marked)
 
 QWidget *addressBox(const QString &title, const QString &text, const QStringList &marked)
 {
-    auto *box = Surface::card();
+    auto *box = PanelFrame::card();
     box->setFill(&Tokens::panel);
     auto *inner = new QVBoxLayout(box);
     inner->setContentsMargins(12, 10, 12, 10);

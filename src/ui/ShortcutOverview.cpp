@@ -1,4 +1,7 @@
 #include "ui/ShortcutOverview.h"
+#include "ui/parts/Button.h"
+#include "ui/parts/TextLabel.h"
+#include "ui/theme/Theme.h"
 
 #include <QGridLayout>
 #include <QMenuBar>

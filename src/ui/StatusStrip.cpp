@@ -1,4 +1,7 @@
 #include "ui/StatusStrip.h"
+#include "ui/parts/IconView.h"
+#include "ui/parts/TextLabel.h"
+#include "ui/theme/Theme.h"
 
 #include <QAccessible>
 #include <QHBoxLayout>
@@ -8,13 +11,13 @@ namespace parcelory {
 using namespace Qt::StringLiterals;
 
 StatusStrip::StatusStrip(AppState &app, KeysScreen &keys, QWidget *parent)
-    : Surface(&Tokens::window, parent), m_app(app), m_keys(keys),
+    : PanelFrame(&Tokens::window, parent), m_app(app), m_keys(keys),
       m_lastTitle(new TextLabel(u"Last Shipment:"_s, FontRole::caption, &Tokens::muted)),
       m_last(new ElidedLabel({}, FontRole::caption)), m_scan(new ElidedLabel({}, FontRole::caption, &Tokens::muted)),
       m_printerIcon(new IconView(u"ui_printer"_s, 16, &Tokens::warn)),
       m_printer(new ElidedLabel({}, FontRole::captionStrong)), m_scanIcon(new IconView(u"ui_qr"_s, 14)),
       m_warning(new IconView(u"ui_warning"_s, 16, &Tokens::warn)), m_mode(new Badge({}, BadgeKind::plain)),
-      m_key(new TextLabel({}, FontRole::caption)), m_follower([this] { refresh(); })
+      m_key(new TextLabel({}, FontRole::caption)), m_refresh([this] { refresh(); })
 {
     setLines(Qt::TopEdge);
     setFixedHeight(Theme::current().scaled(30));
@@ -31,7 +34,7 @@ StatusStrip::StatusStrip(AppState &app, KeysScreen &keys, QWidget *parent)
     row->addWidget(m_warning);
     row->addWidget(m_mode);
     row->addWidget(m_key);
-    m_follower.follow(app.lastShipmentSummary, app.scanStatus, app.printWatch.notice, keys.mode, keys.statusText);
+    m_refresh.follow(app.lastShipmentSummary, app.scanStatus, app.printWatch.notice, keys.mode, keys.statusText);
     refresh();
 }
 

@@ -3,15 +3,16 @@
 #include "app/AppState.h"
 #include "app/settings/KeysScreen.h"
 #include "ui/parts/Badge.h"
-#include "ui/parts/Follower.h"
-#include "ui/parts/Notice.h"
-#include "ui/parts/Surface.h"
+#include "ui/parts/IconView.h"
+#include "ui/parts/PanelFrame.h"
+#include "ui/parts/RefreshScheduler.h"
+#include "ui/parts/TextLabel.h"
 
 namespace parcelory {
 
 /// The line at the window's foot: the last label or what holds it up in the printer, what the scanner heard, and which
 /// key is active.
-class StatusStrip : public Surface {
+class StatusStrip : public PanelFrame {
     Q_OBJECT
 public:
     StatusStrip(AppState &app, KeysScreen &keys, QWidget *parent = nullptr);
@@ -36,7 +37,7 @@ private:
     IconView *m_scanIcon, *m_warning;
     Badge *m_mode;
     TextLabel *m_key;
-    Follower m_follower;
+    RefreshScheduler m_refresh;
 };
 
 } // namespace parcelory

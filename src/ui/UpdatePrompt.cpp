@@ -1,7 +1,10 @@
 #include "ui/UpdatePrompt.h"
 
-#include "ui/parts/ShareBar.h"
-#include "ui/parts/Surface.h"
+#include "ui/parts/Button.h"
+#include "ui/parts/PanelFrame.h"
+#include "ui/parts/ProgressBar.h"
+#include "ui/parts/TextLabel.h"
+#include "ui/theme/Theme.h"
 
 #include <QScrollArea>
 #include <QVBoxLayout>
@@ -19,8 +22,8 @@ constexpr int longestNotes = 20'000; ///< characters; laying out a book would ho
 UpdatePrompt::UpdatePrompt(AppState &app, Screens &screens, QWidget *parent)
     : Dialog(app.platform.clock, u"Update Available"_s, u"parcelory_mark"_s, &Tokens::accent, promptWidth, parent),
       m_app(app), m_screens(screens), m_updates(screens.updates), m_text(new TextLabel),
-      m_status(new TextLabel({}, FontRole::caption, &Tokens::muted)), m_bar(new ShareBar(u"Download"_s, 0)),
-      m_follower([this] { refresh(); })
+      m_status(new TextLabel({}, FontRole::caption, &Tokens::muted)), m_bar(new ProgressBar(u"Download"_s, 0)),
+      m_refresh([this] { refresh(); })
 {
     m_text->setWordWrap(true);
     m_status->setWordWrap(true);
@@ -34,8 +37,8 @@ UpdatePrompt::UpdatePrompt(AppState &app, Screens &screens, QWidget *parent)
     body()->addWidget(m_bar);
     m_dismiss = addButton(u"Not Now"_s, Rejected, Button::Kind::standard);
     m_next = addButton(u"Download"_s, Accepted, Button::Kind::solid);
-    m_follower.follow(m_updates.phase, m_updates.progress, m_updates.status, screens.label.busy,
-                      screens.mailingLog.busy, app.scanFormBusy);
+    m_refresh.follow(m_updates.phase, m_updates.progress, m_updates.status, screens.label.busy, screens.mailingLog.busy,
+                     app.scanFormBusy);
     refresh();
 }
 
@@ -45,7 +48,7 @@ QWidget *UpdatePrompt::makeNotes(const QString &notes)
     auto *text = new TextLabel(breakable(shown), FontRole::caption);
     text->setWordWrap(true);
     text->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    auto *card = Surface::card();
+    auto *card = PanelFrame::card();
     card->setFill(&Tokens::panel);
     auto *rows = new QVBoxLayout(card);
     rows->setContentsMargins(12, 10, 12, 10);

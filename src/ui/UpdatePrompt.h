@@ -1,12 +1,14 @@
 #pragma once
 
 #include "app/Screens.h"
+#include "ui/parts/Button.h"
 #include "ui/parts/Dialog.h"
-#include "ui/parts/Follower.h"
+#include "ui/parts/RefreshScheduler.h"
+#include "ui/parts/TextLabel.h"
 
 namespace parcelory {
 
-class ShareBar;
+class ProgressBar;
 
 /// Offers a newer version: what is new in it, how far the download is, and the restart into it.
 class UpdatePrompt : public Dialog {
@@ -28,10 +30,10 @@ private:
     UpdateChecker &m_updates;
     TextLabel *m_text;
     TextLabel *m_status;
-    ShareBar *m_bar;
+    ProgressBar *m_bar;
     Button *m_dismiss;
     Button *m_next;
-    Follower m_follower;
+    RefreshScheduler m_refresh;
 };
 
 } // namespace parcelory

@@ -6,6 +6,7 @@
 #include "ui/label/LabelView.h"
 #include "ui/log/MailingLogView.h"
 #include "ui/log/MasterLogView.h"
+#include "ui/parts/RefreshScheduler.h"
 #include "ui/parts/RowTable.h"
 
 #include <QAction>
@@ -32,7 +33,7 @@ struct Offer {
 
 class Menus : public QObject {
 public:
-    explicit Menus(MainWindow &window) : QObject(&window), m_window(window), m_follower([this] { refresh(); }) {}
+    explicit Menus(MainWindow &window) : QObject(&window), m_window(window), m_refresh([this] { refresh(); }) {}
 
     void fill();
 
@@ -72,7 +73,7 @@ private:
 
     MainWindow &m_window;
     QList<Offer> m_offers;
-    Follower m_follower;
+    RefreshScheduler m_refresh;
 };
 
 void Menus::add(QMenu *menu, const QString &text, const QKeySequence &keys, std::function<bool()> when,
@@ -97,10 +98,10 @@ void Menus::fill()
     addLog();
     addView();
     addWindow();
-    m_follower.follow(app().flow, app().scanFormPDF, app().tab, app().draftTo, label().busy, label().rates,
-                      label().selectedRateID, label().weightLb, label().weightOz, label().lastLabel,
-                      app().scale.connected, mailingLog().selected, mailingLog().busy, masterLog().selected,
-                      masterLog().entries, masterLog().busy, m_window.screens().keys.mode, app().scanFormBusy);
+    m_refresh.follow(app().flow, app().scanFormPDF, app().tab, app().draftTo, label().busy, label().rates,
+                     label().selectedRateID, label().weightLb, label().weightOz, label().lastLabel,
+                     app().scale.connected, mailingLog().selected, mailingLog().busy, masterLog().selected,
+                     masterLog().entries, masterLog().busy, m_window.screens().keys.mode, app().scanFormBusy);
     refresh();
 }
 

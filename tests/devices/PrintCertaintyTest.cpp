@@ -1,7 +1,7 @@
 // What becomes of a label after the print tools have taken it.
 
+#include "app/purchase/LabelPrinting.h"
 #include "practice/PracticePrinter.h"
-#include "app/purchase/Reprint.h"
 #include "support/LabelDesk.h"
 #include "support/Printing.h"
 

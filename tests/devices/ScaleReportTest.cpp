@@ -1,6 +1,6 @@
 #include "devices/USBScale.h"
+#include "platform/HidEventQueue.h"
 #include "practice/PracticeScale.h"
-#include "platform/ReportInbox.h"
 #include "support/FakePlatform.h"
 #include "support/Printing.h"
 
@@ -192,9 +192,9 @@ TEST(USBScale, WeighsOnTheScaleOnWhichSomethingWasPutLast)
     EXPECT_EQ(scale.display(), u"—"_s) << "not the other scale's weight";
 }
 
-TEST(ReportInbox, KeepsAStormSmallAndTheEmptyPlateInIt)
+TEST(HidEventQueue, KeepsAStormSmallAndTheEmptyPlateInIt)
 {
-    ReportInbox inbox;
+    HidEventQueue inbox;
     for (int i = 0; i < 1000; ++i)
         inbox.report(1, tenths(stable, 120));
     EXPECT_TRUE(inbox.needsFetching());
@@ -215,10 +215,10 @@ TEST(ReportInbox, KeepsAStormSmallAndTheEmptyPlateInIt)
         inbox.report(1 + i % 2, tenths(moving, i));
     inbox.removed(2);
     const auto events = inbox.fetch();
-    ASSERT_EQ(events.size(), size_t(ReportInbox::mostReports + 2));
-    EXPECT_EQ(events.front().kind, ReportInbox::Event::Kind::attached);
+    ASSERT_EQ(events.size(), size_t(HidEventQueue::mostReports + 2));
+    EXPECT_EQ(events.front().kind, HidEventQueue::Event::Kind::attached);
     EXPECT_EQ(events[events.size() - 2].bytes, tenths(moving, 999));
-    EXPECT_EQ(events.back().kind, ReportInbox::Event::Kind::removed);
+    EXPECT_EQ(events.back().kind, HidEventQueue::Event::Kind::removed);
 }
 
 TEST(PracticeScale, BehavesAsARealOne)

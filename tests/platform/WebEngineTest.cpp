@@ -1,8 +1,8 @@
 // The sign-in and the invoices on the real web engine, against the practice back office.
 
 #include "app/AppState.h"
-#include "practice/backoffice/PracticeBackOffice.h"
 #include "platform/WebEngineSession.h"
+#include "practice/backoffice/PracticeBackOffice.h"
 #include "support/FakePlatform.h"
 #include "support/Printing.h"
 #include "support/RunTask.h"

@@ -2,8 +2,8 @@
 
 #include "carrier/ShippoKeys.h"
 #include "core/AppError.h"
-#include "devices/LabelPrinter.h"
 #include "core/SettingsKeys.h"
+#include "devices/LabelPrinter.h"
 #include "platform/SystemPlatform.h"
 #include "support/FakePlatform.h"
 #include "support/Printing.h"

@@ -2,8 +2,8 @@
 
 #include "core/AppError.h"
 #include "core/Platform.h"
-#include "practice/MemorySecrets.h"
 #include "platform/NetworkTransport.h"
+#include "practice/MemorySecrets.h"
 #include "support/FakeClock.h"
 #include "support/FakeWebSession.h"
 

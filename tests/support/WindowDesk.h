@@ -1,13 +1,14 @@
 #pragma once
 
+#include "support/CarrierDesk.h"
+#include "support/Printing.h"
 #include "ui/Program.h"
 #include "ui/WindowKeyboard.h"
+#include "ui/WindowPrompts.h"
 #include "ui/label/LabelView.h"
 #include "ui/parts/Button.h"
 #include "ui/parts/Dialog.h"
-#include "ui/parts/Field.h"
-#include "support/CarrierDesk.h"
-#include "support/Printing.h"
+#include "ui/parts/LineEdit.h"
 
 #include <QApplication>
 #include <QLabel>

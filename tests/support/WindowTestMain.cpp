@@ -1,5 +1,5 @@
-#include "ui/theme/Theme.h"
 #include "support/Printing.h"
+#include "ui/theme/Theme.h"
 
 #include <gmock/gmock.h>
 

@@ -1,7 +1,12 @@
-#include "practice/PracticeSamples.h"
-#include "core/SettingsKeys.h"
 #include "ui/sidebar/AddressBookView.h"
+#include "core/SettingsKeys.h"
+#include "practice/PracticeSamples.h"
 #include "support/WindowDesk.h"
+#include "ui/parts/Dialog.h"
+#include "ui/parts/LineEdit.h"
+#include "ui/parts/Notice.h"
+#include "ui/sidebar/AddressBookWindow.h"
+#include "ui/sidebar/AddressEditSheet.h"
 
 // The address book beside the label form and in its own window, driven as a clerk drives it.
 
@@ -94,7 +99,7 @@ TEST(AddressEditSheet, StaysOpenWithTheReasonUntilTheBookTakesTheAddress)
     desk.press(Qt::Key_Return);
     desk.waitFor(u"The address book could not be written — disk is full."_s);
     EXPECT_TRUE(desk.named<Notice>(desk.book.status, sheet)->isVisible());
-    EXPECT_EQ(desk.named<Field>(u"Name"_s, sheet)->text(), u"Ida Penn"_s);
+    EXPECT_EQ(desk.named<LineEdit>(u"Name"_s, sheet)->text(), u"Ida Penn"_s);
     ASSERT_TRUE(other.exec("DROP TRIGGER t"));
     desk.type(u"y"_s);
     desk.press(Qt::Key_Return);

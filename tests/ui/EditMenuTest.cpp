@@ -1,4 +1,5 @@
 #include "support/WindowDesk.h"
+#include "ui/parts/LineEdit.h"
 
 #include <QMenuBar>
 
@@ -21,7 +22,7 @@ TEST(EditMenu, ActsOnWhateverHasTheKeyboard)
         desk.settleAll();
         return entry->isEnabled();
     };
-    auto *name = desk.named<Field>(u"Recipient name"_s);
+    auto *name = desk.named<LineEdit>(u"Recipient name"_s);
     name->setFocus();
     desk.type(u"Bend"_s);
     EXPECT_TRUE(choose(u"Select All"_s) && choose(u"Cut"_s));

@@ -1,6 +1,7 @@
-#include "ui/parts/Dialog.h"
-#include "ui/parts/Field.h"
 #include "support/WindowDesk.h"
+#include "ui/parts/ComboBox.h"
+#include "ui/parts/Dialog.h"
+#include "ui/parts/LineEdit.h"
 
 #include <gmock/gmock.h>
 
@@ -16,7 +17,7 @@ TEST(LabelFocus, TabWalksTheFormInTheOrderInWhichItIsRead)
     desk.label().weightOz = u"4"_s;
     desk.label().carrier = Carrier::fedex;
     desk.settleAll();
-    desk.named<Choice>(u"Sender profile"_s)->setFocus();
+    desk.named<ComboBox>(u"Sender profile"_s)->setFocus();
     QStringList walked;
     while (walked.size() < 60) {
         walked += desk.focusName();
@@ -78,7 +79,7 @@ TEST(LabelFocus, OneButtonIsSolidTheNextStep)
     EXPECT_EQ(desk.solidButtons(), QStringList()); // busy
     desk.idle();
     EXPECT_EQ(desk.solidButtons(), QStringList{u"Buy & Print Label"_s});
-    desk.named<Field>(u"City"_s)->setFocus();
+    desk.named<LineEdit>(u"City"_s)->setFocus();
     desk.type(u"x"_s); // a price belongs to what was rated
     EXPECT_TRUE(desk.label().rates.value().isEmpty());
     EXPECT_EQ(desk.solidButtons(), QStringList{u"Validate"_s});
@@ -105,7 +106,7 @@ TEST(LabelFocus, AFailedCheckTakesTheFocusToItsField)
         desk.press(Qt::Key_R, Qt::ControlModifier);
         desk.idle();
         EXPECT_EQ(desk.focusName(), one.field);
-        auto *field = desk.named<Field>(one.field);
+        auto *field = desk.named<LineEdit>(one.field);
         EXPECT_TRUE(field->hasFault()) << one.field.toStdString();
         EXPECT_EQ(field->accessibleDescription(), desk.label().banner.value()->text);
         desk.type(u"2"_s);

@@ -1,4 +1,6 @@
 #include "support/WindowDesk.h"
+#include "ui/parts/Button.h"
+#include "ui/parts/Dialog.h"
 
 #include <QSemaphore>
 

@@ -1,10 +1,13 @@
 #include "app/logs/MailingLogScreen.h"
-#include "ui/ErrorLogWindow.h"
-#include "ui/log/MailingLogView.h"
-#include "ui/log/ShipmentTable.h"
 #include "support/FakePlatform.h"
 #include "support/Printing.h"
 #include "support/RunTask.h"
+#include "ui/ErrorLogWindow.h"
+#include "ui/log/MailingLogView.h"
+#include "ui/log/ShipmentTable.h"
+#include "ui/parts/RowTable.h"
+#include "ui/parts/SearchField.h"
+#include "ui/theme/Theme.h"
 
 #include <gmock/gmock.h>
 

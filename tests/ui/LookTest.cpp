@@ -1,5 +1,8 @@
-#include "ui/parts/TextLabel.h"
 #include "support/WindowDesk.h"
+#include "ui/parts/Button.h"
+#include "ui/parts/LineEdit.h"
+#include "ui/parts/TextLabel.h"
+#include "ui/theme/Theme.h"
 
 #include <QAbstractButton>
 #include <QComboBox>
@@ -146,7 +149,7 @@ TEST(Look, LightAndDarkAreFollowedWhileTheProgramRuns)
 {
     WindowDesk desk;
     const auto ground = [&] { return desk.window().grab().toImage().pixelColor(400, 700); };
-    const auto ink = [&] { return desk.named<Field>(u"City"_s)->palette().color(QPalette::Text); };
+    const auto ink = [&] { return desk.named<LineEdit>(u"City"_s)->palette().color(QPalette::Text); };
     EXPECT_EQ(ground(), lightTokens().sheet);
     Theme::current().setDark(true);
     desk.settleAll();

@@ -1,5 +1,8 @@
-#include "ui/log/ShipmentTable.h"
 #include "support/WindowDesk.h"
+#include "ui/log/ShipmentTable.h"
+#include "ui/parts/DateField.h"
+#include "ui/parts/Dialog.h"
+#include "ui/parts/RowTable.h"
 
 #include <QComboBox>
 #include <QHeaderView>

@@ -1,9 +1,11 @@
 #include "core/SettingsKeys.h"
+#include "support/WindowDesk.h"
+#include "ui/parts/Button.h"
+#include "ui/parts/ComboBox.h"
 #include "ui/parts/Dialog.h"
-#include "ui/parts/Field.h"
+#include "ui/parts/LineEdit.h"
 #include "ui/settings/SettingsView.h"
 #include "ui/sidebar/AddressBookView.h"
-#include "support/WindowDesk.h"
 
 #include <gmock/gmock.h>
 
@@ -27,7 +29,7 @@ struct SettingsViews : testing::Test, WindowDesk {
     SettingsView &view() { return window().settingsView(); }
     SettingsScreen &settings() { return program->screens().settings; }
     KeysScreen &keys() { return program->screens().keys; }
-    Field *field(const QString &name) { return named<Field>(name, &view()); }
+    LineEdit *field(const QString &name) { return named<LineEdit>(name, &view()); }
     QUuid profile(int at) { return app().senders.profiles.value()[at].id; }
     /// Answers the open question with a click.
     void answer(const QString &text)
@@ -45,7 +47,7 @@ TEST_F(SettingsViews, TypingKeepsTheCursorAndWhatWasChangedElsewhere)
     open(Page::senders);
     settings().editProfile(profile(0), [](SenderProfile &profile) { profile.address.company = u"Corvallon"_s; });
     settleAll();
-    Field *company = field(u"Company"_s);
+    LineEdit *company = field(u"Company"_s);
     click(company);
     company->setCursorPosition(3);
     type(u"x"_s);
@@ -126,7 +128,7 @@ TEST_F(SettingsViews, ABoxIsTypedInOneGoAndDeletedAfterAQuestion)
 TEST_F(SettingsViews, ATokenIsHiddenWhileTypedAndGoneOnceItWasTaken)
 {
     open(Page::keys);
-    Field *name = field(u"Key name"_s), *token = field(u"Token"_s);
+    LineEdit *name = field(u"Key name"_s), *token = field(u"Token"_s);
     click(name);
     type(u"Live"_s);
     EXPECT_FALSE(button(u"Add Key"_s)->isEnabled());
@@ -152,12 +154,12 @@ TEST_F(SettingsViews, ATokenIsHiddenWhileTypedAndGoneOnceItWasTaken)
 TEST_F(SettingsViews, APrinterThatIsNotOnOfferIsShownAsWhatItIs)
 {
     open(Page::printers);
-    auto *labels = named<Choice>(u"Label printer"_s, &view());
+    auto *labels = named<ComboBox>(u"Label printer"_s, &view());
     EXPECT_EQ(labels->currentText(), u"ZD421"_s);
     settings().zebraQueue = QString();
     settings().documentQueue = u"Gone"_s;
     settleAll();
-    auto *documents = named<Choice>(u"Document printer"_s, &view());
+    auto *documents = named<ComboBox>(u"Document printer"_s, &view());
     EXPECT_EQ(documents->currentText(), u"Gone (not found)"_s);
     EXPECT_EQ(labels->currentText(), u"— none chosen —"_s) << "and not the first one on offer";
     documents->setFocus();

@@ -1,5 +1,6 @@
 #include "core/SettingsKeys.h"
 #include "support/WindowDesk.h"
+#include "ui/sidebar/InvoicePane.h"
 
 #include <gmock/gmock.h>
 

@@ -9,7 +9,7 @@
 namespace parcelory {
 using namespace Qt::StringLiterals;
 
-LabelScreen::LabelScreen(AppState &app) : purchases(app), m_app(app), m_lastRecipient(app.draftTo)
+LabelScreen::LabelScreen(AppState &app) : purchases(app), m_app(app), m_papers(app), m_lastRecipient(app.draftTo)
 {
     shipDate = app.platform.clock.now().date();
     watchEdits();
@@ -29,8 +29,8 @@ void LabelScreen::watchEdits()
     watch([this] { selectRateOfClass(); }, svcClass);
     watch([this] { boxesChanged(); }, m_app.boxes.profiles);
     watch([this] { takeFilledDraft(); }, m_app.draftFillCount);
-    watch([this] { watchForSecondLabel(); }, selectedRateID, reference, purchases.questions);
-    watch([this] { takeSettled(); }, purchases.settled);
+    watch([this] { watchForSecondLabel(); }, selectedRateID, reference, purchases.unresolved);
+    watch([this] { takeResolved(); }, purchases.resolved);
     watch([this] { spawn([this] { return purchases.checkAgain(); }); }, m_app.keyChanges); // it may be a question's key
 }
 
@@ -299,8 +299,8 @@ NextStep LabelScreen::nextStep() const
 
 bool LabelScreen::isBuyClosed() const
 {
-    const std::optional<PurchaseQuestion> question = purchases.questionAbout(m_app.draftTo);
-    return question && !question->isAnswered;
+    const std::optional<UnresolvedPurchase> question = purchases.unresolvedFor(m_app.draftTo);
+    return question && !question->isInconclusive;
 }
 
 QList<ServiceClass> LabelScreen::offeredClasses() const

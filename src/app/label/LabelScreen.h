@@ -1,11 +1,12 @@
 #pragma once
 
+#include "app/AppState.h"
+#include "app/purchase/CustomsPapers.h"
+#include "app/purchase/Purchases.h"
 #include "carrier/RequestBodies.h"
 #include "compose/Customs.h"
 #include "compose/Mailpieces.h"
-#include "app/purchase/Purchases.h"
 #include "compose/Services.h"
-#include "app/AppState.h"
 #include "core/Task.h"
 #include "devices/CommercialInvoice.h"
 #include "records/SenderProfile.h"
@@ -192,13 +193,6 @@ private:
         OpenPurchase entry; ///< as the journal keeps it
     };
 
-    /// What became of a document: its bytes for the log, and what to append to the success line.
-    struct Printed {
-        std::optional<QByteArray> document;
-        QString note;
-        bool done = false; ///< on paper
-    };
-
     void watchEdits();
     void draftEdited();
     void recipientEdited();
@@ -225,12 +219,12 @@ private:
     RatingRequest ratingRequest() const;
     Task<> applyRates(ShippoShipment shipment);
     void adoptStandardised(const ShippoValidatedAddress &standardised);
-    Task<> judge(ShippoAddress typed, ShippoValidatedAddress answer);
+    Task<> applyValidation(ShippoAddress typed, ShippoValidatedAddress answer);
     Task<> continueTowardsRating();
     Task<bool> reviewPrintedAddress(ShippoShipment shipment);
 
     Purchase preparePurchase(const ShippoRate &rate) const;
-    void takeSettled();
+    void takeResolved();
     void watchForSecondLabel();
     void warnOfSecondLabel(const QString &warning);
     Task<bool> hasTestKey();
@@ -239,18 +233,16 @@ private:
     Task<std::optional<ShippoTransaction>> lookForLabel(OpenPurchase entry, QString doubt);
     Task<> finishPurchase(Purchase purchase, ShippoTransaction transaction);
     void showSold(const Purchase &purchase, const QString &outcome, bool logged);
-    Task<Printed> fetchAndPrint(OpenPurchase entry);
-    Task<Printed> printFedexInvoice(QString documentUrl);
-    Task<QByteArray> drawInvoice(CommercialInvoice::Data_ invoice);
-    Task<Printed> printInvoice(CommercialInvoice::Data_ invoice, bool onPaper);
+    Task<PrintedDocument> fetchAndPrint(OpenPurchase entry);
     CommercialInvoice::Data_ invoiceData(const QString &service) const;
     bool takeWeight();
     void clearSold(const SoldDraft &sold);
 
     AppState &m_app;
-    int m_edits = 0;             ///< counts edits that a price depends on
-    quint64 m_soldWeight = 0;    ///< generation of the scale's reading that the last label was bought with
-    qsizetype m_settledSeen = 0; ///< of purchases.settled
+    CustomsPapers m_papers;
+    int m_edits = 0;              ///< counts edits that a price depends on
+    quint64 m_soldWeight = 0;     ///< generation of the scale's reading that the last label was bought with
+    qsizetype m_resolvedSeen = 0; ///< of purchases.resolved
     bool m_sizeFromBox = false;
     bool m_purchaseComplete = false;
     bool m_bannerAboutRates = false; ///< the banner goes with the rates that it is about

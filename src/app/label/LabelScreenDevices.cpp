@@ -1,8 +1,8 @@
 #include "app/label/LabelScreen.h"
+#include "app/purchase/LabelPrinting.h"
 #include "compose/Weight.h"
-#include "core/Text.h"
-#include "app/purchase/Reprint.h"
 #include "core/SettingsKeys.h"
+#include "core/Text.h"
 
 #include <QScopeGuard>
 
@@ -66,37 +66,6 @@ CommercialInvoice::Data_ LabelScreen::invoiceData(const QString &service) const
     return invoice;
 }
 
-Task<QByteArray> LabelScreen::drawInvoice(CommercialInvoice::Data_ invoice)
-{
-    auto drawing = onPool([this, invoice] { return CommercialInvoice::pdf(invoice, m_app.platform.deployment); });
-    const QByteArray document = co_await drawing;
-    co_return document;
-}
-
-/// Makes the invoice and, if so wanted, prints it on the document printer or opens it in the viewer.
-Task<LabelScreen::Printed> LabelScreen::printInvoice(CommercialInvoice::Data_ invoice, bool onPaper)
-{
-    const QString queue = read(m_app.platform.preferences, settings::documentQueue);
-    Printed result;
-    try {
-        const QByteArray document = co_await drawInvoice(invoice);
-        result.document = document;
-        result.done = true;
-        if (onPaper) {
-            const bool sentToQueue = co_await printDocument(m_app, document);
-            result.done = sentToQueue;
-            result.note = sentToQueue
-                              ? u"Commercial invoice sent to "_s + queue + u'.'
-                              : u" (commercial invoice opened in Preview — set a document printer in Settings)"_s;
-        }
-    } catch (const AppError &error) {
-        result.done = false;
-        result.note = u" (Invoice print failed: "_s + error.description() + u')';
-        m_app.errors.record(u"Commercial Invoice"_s, error, Popup::no);
-    }
-    co_return result;
-}
-
 Task<> LabelScreen::printIntlInvoice()
 {
     if (busy)
@@ -104,7 +73,7 @@ Task<> LabelScreen::printIntlInvoice()
     busy = true;
     const auto done = qScopeGuard([this] { busy = false; });
     const QString service = carrierAndService(carrier, serviceClassInfo(effectiveClass()).displayName);
-    const Printed printed = co_await printInvoice(invoiceData(service), true);
+    const PrintedDocument printed = co_await m_papers.printInvoice(invoiceData(service), true);
     const QString said = printed.done ? printed.note : printed.note.mid(2).chopped(1); // without its parentheses
     banner = Banner{said.left(1).toUpper() + said.mid(1), printed.done};
 }

@@ -1,11 +1,11 @@
+#include "app/label/LabelScreen.h"
+#include "app/purchase/LabelPrinting.h"
+#include "app/purchase/ReprintCheck.h"
 #include "carrier/PurchaseTag.h"
 #include "carrier/ShippoError.h"
-#include "app/label/LabelScreen.h"
 #include "compose/SecondLabel.h"
 #include "core/CountryCode.h"
 #include "core/Text.h"
-#include "app/purchase/LabelCheck.h"
-#include "app/purchase/Reprint.h"
 
 #include <QScopeGuard>
 
@@ -91,13 +91,13 @@ LabelScreen::Purchase LabelScreen::preparePurchase(const ShippoRate &rate) const
 
 /// What still stands there of a parcel that turned out to be sold must not be sold again; another one for the same
 /// recipient, that the clerk has begun meanwhile, stays.
-void LabelScreen::takeSettled()
+void LabelScreen::takeResolved()
 {
-    const QList<SettledPurchase> &all = purchases.settled.value();
-    const bool isNews = all.size() > std::exchange(m_settledSeen, all.size());
+    const QList<ResolvedPurchase> &all = purchases.resolved.value();
+    const bool isNews = all.size() > std::exchange(m_resolvedSeen, all.size());
     if (busy || !isNews)
         return;
-    const SettledPurchase latest = all.last();
+    const ResolvedPurchase latest = all.last();
     if (!isSameRecipient(latest.recipient, m_app.draftTo))
         return;
     if (!latest.isBought)
@@ -139,7 +139,7 @@ void LabelScreen::warnOfSecondLabel(const QString &warning)
 
 Task<QString> LabelScreen::secondLabelWarning(bool testMode)
 {
-    const std::optional<PurchaseQuestion> question = purchases.questionAbout(m_app.draftTo);
+    const std::optional<UnresolvedPurchase> question = purchases.unresolvedFor(m_app.draftTo);
     SecondLabelFacts facts{.recipient = m_app.draftTo,
                            .reference = reference.value().simplified(),
                            .invoiceTracking = draftInvoice().value_or(DesklineInvoice{}).tracking,
@@ -183,7 +183,8 @@ Task<> LabelScreen::buy(Purchase purchase)
     const QString tag = PurchaseTag::of(purchase.from, entry.recipient, purchase.carrier, entry.record.service).text();
     try {
         if (entry.record.isIntl && purchase.carrier == Carrier::usps)
-            entry.record.customsPDF = co_await drawInvoice(purchase.invoice); // only the draft knows what it says
+            entry.record.customsPDF =
+                co_await m_papers.drawInvoice(purchase.invoice); // only the draft knows what it says
         entry.id = co_await purchases.begin(entry);
     } catch (const AppError &error) {
         fail(u"Buy Label"_s, error);
@@ -198,7 +199,7 @@ Task<> LabelScreen::buy(Purchase purchase)
             doubt = error.description();
         else
             fail(u"Buy Label"_s, error);
-        if (const auto *unsettled = dynamic_cast<const UnsettledPurchase *>(&error))
+        if (const auto *unsettled = dynamic_cast<const UnconfirmedPurchase *>(&error))
             entry.record.transactionID = unsettled->transactionId();
     }
     if (!bought && doubt.isEmpty()) {
@@ -219,12 +220,12 @@ Task<std::optional<ShippoTransaction>> LabelScreen::lookForLabel(OpenPurchase en
     const QDateTime since = m_app.platform.clock.now(); // the answer may have been waited for longer than that
     clearRates(); // buying again takes a new look at the prices, and so a moment's thought
     warn(doubt + u" Asking the carrier whether the label was bought…"_s);
-    co_await purchases.keep(entry);
+    co_await purchases.save(entry);
     Purchases::Answer answer;
     for (int look = 0; look < looks; ++look) {
         if (look > 0)
             co_await m_app.platform.clock.sleep(pause);
-        answer = co_await purchases.ask(entry, since);
+        answer = co_await purchases.lookUp(entry, since);
         if (answer.verdict == Purchases::Verdict::bought)
             co_return answer.transaction;
         if (answer.verdict == Purchases::Verdict::notBought) {
@@ -233,7 +234,7 @@ Task<std::optional<ShippoTransaction>> LabelScreen::lookForLabel(OpenPurchase en
             co_return std::nullopt;
         }
     }
-    purchases.leaveOpen(entry, answer);
+    purchases.markUnresolved(entry, answer);
     const QString transaction = entry.record.transactionID;
     fail(u"Buy Label"_s,
          AppError(doubt +
@@ -252,28 +253,28 @@ Task<> LabelScreen::finishPurchase(Purchase purchase, ShippoTransaction transact
     OpenPurchase &entry = purchase.entry;
     ShipmentRecord &record = entry.record;
     record.createdAt = m_app.platform.clock.now();
-    Purchases::take(record, transaction);
-    co_await purchases.keep(entry);
+    Purchases::applyTransaction(record, transaction);
+    co_await purchases.save(entry);
     if (record.labelURL.isEmpty()) {
         const QString text = u"Purchase succeeded but no label URL was returned."_s;
         clearRates();
         warn(text);
-        purchases.leaveOpen(entry, {.text = text, .isAnswered = true});
+        purchases.markUnresolved(entry, {.text = text, .isInconclusive = true});
         m_app.errors.record(u"Buy Label"_s, AppError(text + u" Transaction "_s + transaction.objectId), Popup::yes);
         co_return;
     }
 
-    const Printed label = co_await fetchAndPrint(entry);
+    const PrintedDocument label = co_await fetchAndPrint(entry);
     record.zpl = label.document;
     entry.printed = label.done;
     QString outcome = label.note;
     bool papersDone = true;
     if (record.isIntl) {
-        Printed papers;
+        PrintedDocument papers;
         if (purchase.carrier == Carrier::fedex)
-            papers = co_await printFedexInvoice(record.customsDocURL);
+            papers = co_await m_papers.printFedexInvoice(record.customsDocURL);
         else
-            papers = co_await printInvoice(purchase.invoice, printInvoiceWithRates);
+            papers = co_await m_papers.printInvoice(purchase.invoice, printInvoiceWithRates);
         if (papers.document) // otherwise what was drawn before the purchase stays
             record.customsPDF = papers.document;
         if (!papers.note.isEmpty())
@@ -285,9 +286,9 @@ Task<> LabelScreen::finishPurchase(Purchase purchase, ShippoTransaction transact
     const bool logged = co_await purchases.enterIntoLog(entry);
     m_purchaseComplete = label.done && papersDone && logged;
     if (!logged) {
-        co_await purchases.keep(entry);
+        co_await purchases.save(entry);
         outcome += u" (the mailing log could not be written — note the tracking number "_s + record.tracking + u')';
-        purchases.leaveOpen(entry, {.text = Purchases::notLogged(record), .isAnswered = true});
+        purchases.markUnresolved(entry, {.text = Purchases::notLogged(record), .isInconclusive = true});
     }
     showSold(purchase, outcome, logged);
 }
@@ -325,9 +326,9 @@ void LabelScreen::clearSold(const SoldDraft &sold)
 }
 
 /// Fetches and prints the label. It is paid for by now, so nothing that fails here may stop it from being logged.
-Task<LabelScreen::Printed> LabelScreen::fetchAndPrint(OpenPurchase entry)
+Task<PrintedDocument> LabelScreen::fetchAndPrint(OpenPurchase entry)
 {
-    Printed result;
+    PrintedDocument result;
     try {
         const QByteArray label = co_await m_app.shippo.downloadLabel(entry.record.labelURL);
         if (labelKind(label) != LabelKind::notALabel && !isWhole(label))
@@ -335,7 +336,7 @@ Task<LabelScreen::Printed> LabelScreen::fetchAndPrint(OpenPurchase entry)
         if (isWhole(label)) { // without bytes, a reprint downloads the label again
             result.document = label;
             entry.record.zpl = label;
-            co_await purchases.keep(entry);
+            co_await purchases.save(entry);
         }
         const QString printed = co_await printLabel(m_app, label);
         co_await purchases.markPrinted(entry.id);
@@ -344,30 +345,6 @@ Task<LabelScreen::Printed> LabelScreen::fetchAndPrint(OpenPurchase entry)
     } catch (const AppError &error) {
         result.note = u" (print failed: "_s + error.description() + u" — use Reprint from the log)"_s;
         m_app.errors.record(u"Print Label"_s, error, Popup::no);
-    }
-    co_return result;
-}
-
-/// The same for the customs document that FedEx makes for a parcel abroad.
-Task<LabelScreen::Printed> LabelScreen::printFedexInvoice(QString documentUrl)
-{
-    Printed result;
-    try {
-        if (documentUrl.isEmpty())
-            throw AppError(u"the carrier named none"_s);
-        const QByteArray document = co_await m_app.shippo.downloadLabel(documentUrl);
-        if (labelKind(document) != LabelKind::pdf || !isWhole(document))
-            throw AppError(u"what the carrier sent is not a complete PDF document"_s);
-        result.document = document;
-        const bool sentToQueue = co_await printDocument(m_app, document);
-        result.done = sentToQueue;
-        if (!sentToQueue)
-            result.note = u" (FedEx commercial invoice opened in Preview — set a document printer in Settings)"_s;
-    } catch (const AppError &error) {
-        const QString failed = result.document ? u" (FedEx commercial invoice print failed: "_s
-                                               : u" (FedEx commercial invoice download failed: "_s;
-        result.note = failed + error.description() + u')';
-        m_app.errors.record(u"FedEx Commercial Invoice"_s, error, Popup::no);
     }
     co_return result;
 }

@@ -1,7 +1,7 @@
 #include "app/label/LabelScreen.h"
 
-#include "core/Text.h"
 #include "core/SettingsKeys.h"
+#include "core/Text.h"
 
 #include <QScopeGuard>
 

@@ -1,5 +1,5 @@
-#include "compose/AddressGuard.h"
 #include "app/label/LabelScreen.h"
+#include "compose/AddressGuard.h"
 #include "core/Text.h"
 
 #include <QScopeGuard>
@@ -64,7 +64,7 @@ Task<> LabelScreen::validate()
         try {
             const ShippoAddress typed = m_app.draftTo;
             const ShippoValidatedAddress answer = co_await m_app.shippo.validateAddress(typed);
-            co_await judge(typed, answer);
+            co_await applyValidation(typed, answer);
         } catch (const AppError &error) {
             fail(u"Validate Address"_s, error);
         }
@@ -74,7 +74,7 @@ Task<> LabelScreen::validate()
 }
 
 /// Takes the carrier's verdict over into the draft.
-Task<> LabelScreen::judge(ShippoAddress typed, ShippoValidatedAddress answer)
+Task<> LabelScreen::applyValidation(ShippoAddress typed, ShippoValidatedAddress answer)
 {
     const QString changed = u"The draft was changed while its address was checked — validate again."_s;
     if (!(m_app.draftTo.value() == typed)) {

@@ -1,9 +1,9 @@
 #include "app/logs/MailingLogScreen.h"
 
-#include "core/Text.h"
-#include "app/purchase/LabelCheck.h"
-#include "app/purchase/Reprint.h"
 #include "app/logs/TrackPage.h"
+#include "app/purchase/LabelPrinting.h"
+#include "app/purchase/ReprintCheck.h"
+#include "core/Text.h"
 
 #include <QScopeGuard>
 
@@ -133,7 +133,7 @@ Task<> MailingLogScreen::trackOnline(ShipmentRecord record)
 
 bool MailingLogScreen::isCheckable(const ShipmentRecord &record)
 {
-    return labelObstacle(LabelUse::checkStatus, record).isEmpty();
+    return labelBlocker(LabelUse::checkStatus, record).isEmpty();
 }
 
 Task<> MailingLogScreen::checkStatus(ShipmentRecord record)

@@ -40,7 +40,7 @@ public:
     static bool isCheckable(const ShipmentRecord &record);
     /// Asks the carrier where the parcel is.
     Task<> checkStatus(ShipmentRecord record);
-    /// A label that was bought through the carrier's account and is not refunded; labelObstacle() says why it is none.
+    /// A label that was bought through the carrier's account and is not refunded; labelBlocker() says why it is none.
     static bool isRefundable(const ShipmentRecord &record);
     /// Gives the label back for its money, once the clerk has agreed. Of a refund that is pending already, the carrier
     /// is asked first whether it knows.

@@ -1,7 +1,7 @@
 #include "app/logs/MailingLogScreen.h"
 
+#include "app/purchase/ReprintCheck.h"
 #include "core/Text.h"
-#include "app/purchase/LabelCheck.h"
 #include "records/ShipmentStatus.h"
 
 #include <QScopeGuard>
@@ -19,7 +19,7 @@ Question confirmation(const ShipmentRecord &record, const QStringList &doubts)
             .text =
                 u"%1 %2 to %3, $%4\nTracking %5%6\n\nThe label is given back and must not be used any more. The refund "
                 "goes to the Shippo account%7"_s.arg(record.carrier, record.service, record.recipientName(),
-                                                     fixed(record.postage, 2), record.tracking, doubtLines(doubts),
+                                                     fixed(record.postage, 2), record.tracking, warningLines(doubts),
                                                      approval),
             .choices = {u"Keep the Label"_s, u"Request Refund"_s},
             .safeChoice = 0};
@@ -37,7 +37,7 @@ QString statusAfter(const QString &answer)
 
 bool MailingLogScreen::isRefundable(const ShipmentRecord &record)
 {
-    return labelObstacle(LabelUse::refund, record).isEmpty();
+    return labelBlocker(LabelUse::refund, record).isEmpty();
 }
 
 Task<> MailingLogScreen::refund(ShipmentRecord record)
@@ -54,8 +54,8 @@ Task<> MailingLogScreen::refund(ShipmentRecord record)
         if (asked)
             co_return;
     }
-    const LabelFacts facts = co_await learnFacts(m_app, record);
-    const QStringList doubts = labelDoubts(LabelUse::refund, record, facts);
+    const LabelFacts facts = co_await loadLabelFacts(m_app, record);
+    const QStringList doubts = labelWarnings(LabelUse::refund, record, facts);
     const int answer = co_await m_app.platform.prompts.choose(confirmation(record, doubts));
     if (answer != 1)
         co_return;

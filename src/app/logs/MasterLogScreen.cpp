@@ -1,9 +1,9 @@
 #include "app/logs/MasterLogScreen.h"
 
-#include "carrier/PagedList.h"
-#include "core/Text.h"
 #include "app/logs/SaveFile.h"
 #include "app/logs/TrackPage.h"
+#include "carrier/PagedList.h"
+#include "core/Text.h"
 
 #include <QFileInfo>
 #include <QLocale>

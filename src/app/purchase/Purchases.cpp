@@ -1,10 +1,10 @@
 #include "app/purchase/Purchases.h"
 
+#include "app/purchase/LabelPrinting.h"
+#include "app/purchase/ReprintCheck.h"
 #include "carrier/ShippoError.h"
 #include "compose/SecondLabel.h"
 #include "core/Text.h"
-#include "app/purchase/LabelCheck.h"
-#include "app/purchase/Reprint.h"
 
 #include <QScopeGuard>
 
@@ -45,7 +45,7 @@ QString Purchases::notLogged(const ShipmentRecord &record)
     return u"It was bought, but the mailing log could not be written. Tracking %1."_s.arg(record.tracking);
 }
 
-void Purchases::take(ShipmentRecord &record, const ShippoTransaction &transaction)
+void Purchases::applyTransaction(ShipmentRecord &record, const ShippoTransaction &transaction)
 {
     record.transactionID = transaction.objectId;
     record.tracking = transaction.trackingNumber.value_or(QString());
@@ -65,7 +65,7 @@ Task<qint64> Purchases::begin(OpenPurchase purchase)
     co_return id;
 }
 
-Task<> Purchases::keep(OpenPurchase purchase)
+Task<> Purchases::save(OpenPurchase purchase)
 {
     auto writing =
         onPool([&journal = m_app.journal, purchase] { return journal.update(purchase.id, purchase.record); });
@@ -107,19 +107,19 @@ Task<bool> Purchases::enterIntoLog(OpenPurchase purchase)
     co_return outcome.stored;
 }
 
-Task<Purchases::Answer> Purchases::ask(OpenPurchase purchase, QDateTime since)
+Task<Purchases::Answer> Purchases::lookUp(OpenPurchase purchase, QDateTime since)
 {
     Answer answer;
     try {
-        answer = co_await judge(purchase, since);
+        answer = co_await evaluate(purchase, since);
     } catch (const AppError &error) {
         answer.text = error.description();
-        answer.isAnswered = isLastWord(error);
+        answer.isInconclusive = isLastWord(error);
     }
     co_return answer;
 }
 
-Task<Purchases::Answer> Purchases::judge(OpenPurchase purchase, QDateTime since)
+Task<Purchases::Answer> Purchases::evaluate(OpenPurchase purchase, QDateTime since)
 {
     const ShipmentRecord &known = purchase.record;
     if (!known.labelURL.isEmpty()) // the carrier had answered; only the books are not complete
@@ -130,7 +130,7 @@ Task<Purchases::Answer> Purchases::judge(OpenPurchase purchase, QDateTime since)
     if (!sameKey) // that key may have been removed for good, so the answer is a last one
         co_return Answer{.text = u"It was asked for with the %1 key “%2” — choose that key in Settings to check."_s.arg(
                              known.testMode ? u"TEST"_s : u"LIVE"_s, purchase.keyName),
-                         .isAnswered = true};
+                         .isInconclusive = true};
     std::optional<ShippoTransaction> found;
     if (!known.transactionID.isEmpty()) {
         found = co_await m_app.shippo.transaction(known.transactionID);
@@ -143,20 +143,20 @@ Task<Purchases::Answer> Purchases::judge(OpenPurchase purchase, QDateTime since)
             found = *sale;
     }
     if (!found && ShippoClient::mayStillArrive(since, m_app.platform.clock.now()))
-        co_return Answer{.text = u"The carrier knows of no such label yet."_s, .isAnswered = true};
+        co_return Answer{.text = u"The carrier knows of no such label yet."_s, .isInconclusive = true};
     if (!found || found->status == u"ERROR")
         co_return Answer{.verdict = Verdict::notBought};
     if (found->labelUrl.value_or(QString()).isEmpty())
         co_return Answer{.text = u"The carrier has taken the purchase on, but the label is not there yet "
                                  "(transaction %1)."_s.arg(found->objectId),
-                         .isAnswered = true};
+                         .isInconclusive = true};
     co_return Answer{.verdict = Verdict::bought, .transaction = found};
 }
 
-void Purchases::leaveOpen(const OpenPurchase &purchase, const Answer &answer)
+void Purchases::markUnresolved(const OpenPurchase &purchase, const Answer &answer)
 {
-    replaceQuestion(purchase.id,
-                    PurchaseQuestion{purchase, answer.text, answer.isAnswered, m_app.platform.clock.now()});
+    replaceUnresolved(purchase.id,
+                      UnresolvedPurchase{purchase, answer.text, answer.isInconclusive, m_app.platform.clock.now()});
     m_pause = firstPause;
     askLater();
 }
@@ -173,8 +173,8 @@ Task<> Purchases::resume()
     auto reading = onPool([&journal = m_app.journal] { return journal.openPurchases(); });
     const QList<OpenPurchase> open = co_await reading;
     for (const OpenPurchase &purchase : open)
-        replaceQuestion(purchase.id,
-                        PurchaseQuestion{purchase, u"Asking the carrier…"_s, false, m_app.platform.clock.now()});
+        replaceUnresolved(purchase.id,
+                          UnresolvedPurchase{purchase, u"Asking the carrier…"_s, false, m_app.platform.clock.now()});
     co_await checkAgain();
     if (const QString trouble = m_app.journal.trouble(); !trouble.isEmpty()) {
         m_app.errors.record(u"Purchase Journal"_s, AppError(trouble), Popup::no);
@@ -190,78 +190,80 @@ Task<> Purchases::giveUp(OpenPurchase purchase)
             titleOf(purchase.record), purchase.askedAt.toLocalTime().toString(u"MMM d, yyyy"_s), purchase.rateId)),
         Popup::no);
     co_await close(purchase.id);
-    replaceQuestion(purchase.id, std::nullopt);
+    replaceUnresolved(purchase.id, std::nullopt);
 }
 
 Task<> Purchases::checkAgain()
 {
-    if (asking)
+    if (checking)
         co_return;
-    asking = true;
-    const auto done = qScopeGuard([this] { asking = false; });
-    const QList<PurchaseQuestion> open = questions;
-    for (const PurchaseQuestion &question : open)
-        co_await askAbout(question);
-    if (!questions.value().isEmpty())
+    checking = true;
+    const auto done = qScopeGuard([this] { checking = false; });
+    const QList<UnresolvedPurchase> open = unresolved;
+    for (const UnresolvedPurchase &pending : open)
+        co_await recheck(pending);
+    if (!unresolved.value().isEmpty())
         askLater();
 }
 
-Task<> Purchases::askAbout(PurchaseQuestion question)
+Task<> Purchases::recheck(UnresolvedPurchase pending)
 {
-    const OpenPurchase &purchase = question.purchase;
-    const Answer answer = co_await ask(purchase, question.since);
+    const OpenPurchase &purchase = pending.purchase;
+    const Answer answer = co_await lookUp(purchase, pending.since);
     switch (answer.verdict) {
     case Verdict::unknown:
-        if (answer.isAnswered && purchase.askedAt.daysTo(m_app.platform.clock.now()) > mostDays)
+        if (answer.isInconclusive && purchase.askedAt.daysTo(m_app.platform.clock.now()) > mostDays)
             co_await giveUp(purchase);
         else
-            replaceQuestion(purchase.id, PurchaseQuestion{purchase, answer.text, answer.isAnswered, question.since});
+            replaceUnresolved(purchase.id,
+                              UnresolvedPurchase{purchase, answer.text, answer.isInconclusive, pending.since});
         break;
     case Verdict::bought:
-        co_await finish(question, answer.transaction);
+        co_await finish(pending, answer.transaction);
         break;
     case Verdict::notBought:
         co_await close(purchase.id);
-        replaceQuestion(purchase.id, std::nullopt);
-        settle({.recipient = purchase.recipient,
-                .record = purchase.record,
-                .text = u"%1 was not bought, and nothing was charged."_s.arg(titleOf(purchase.record))});
+        replaceUnresolved(purchase.id, std::nullopt);
+        addResolved({.recipient = purchase.recipient,
+                     .record = purchase.record,
+                     .text = u"%1 was not bought, and nothing was charged."_s.arg(titleOf(purchase.record))});
         break;
     }
 }
 
-Task<> Purchases::finish(PurchaseQuestion question, std::optional<ShippoTransaction> transaction)
+Task<> Purchases::finish(UnresolvedPurchase pending, std::optional<ShippoTransaction> transaction)
 {
-    OpenPurchase &purchase = question.purchase;
+    OpenPurchase &purchase = pending.purchase;
     ShipmentRecord &record = purchase.record;
     if (transaction) {
         record.createdAt = purchase.askedAt;
-        take(record, *transaction);
+        applyTransaction(record, *transaction);
     }
     if (!record.zpl)
         record.zpl = co_await fetch(record.labelURL);
     if (!record.customsPDF && !record.customsDocURL.isEmpty())
         record.customsPDF = co_await fetch(record.customsDocURL);
-    co_await keep(purchase);
+    co_await save(purchase);
     const bool logged = co_await enterIntoLog(purchase);
     if (!logged) {
-        replaceQuestion(purchase.id, PurchaseQuestion{purchase, notLogged(record), true, question.since});
+        replaceUnresolved(purchase.id, UnresolvedPurchase{purchase, notLogged(record), true, pending.since});
         co_return;
     }
     if (purchase.keepRecipient)
         emit m_app.recipientToKeep(purchase.recipient);
-    replaceQuestion(purchase.id, std::nullopt);
+    replaceUnresolved(purchase.id, std::nullopt);
     const QString whereabouts =
         purchase.printed ? u", and its label went to the printer"_s : u"; its label may not be printed yet"_s;
     const QString papers = record.isIntl
                                ? u" Look whether its customs papers came out: Customs Docs in the log prints them."_s
                                : QString();
-    settle({.recipient = purchase.recipient,
-            .record = record,
-            .isBought = true,
-            .isPrinted = purchase.printed,
-            .text = u"%1 was bought %2. It is in the mailing log%3.%4"_s.arg(
-                titleOf(record), record.createdAt.toLocalTime().toString(u"MMM d, h:mm AP"_s), whereabouts, papers)});
+    addResolved(
+        {.recipient = purchase.recipient,
+         .record = record,
+         .isBought = true,
+         .isPrinted = purchase.printed,
+         .text = u"%1 was bought %2. It is in the mailing log%3.%4"_s.arg(
+             titleOf(record), record.createdAt.toLocalTime().toString(u"MMM d, h:mm AP"_s), whereabouts, papers)});
 }
 
 /// A document that does not come now is downloaded when it is printed.
@@ -281,50 +283,50 @@ Task<std::optional<QByteArray>> Purchases::fetch(QString url)
 /// It was said already that the mailing log does not take it; that it still does not is no news.
 bool Purchases::isKnownUnlogged(qint64 id) const
 {
-    return std::ranges::any_of(questions.value(), [id](const PurchaseQuestion &question) {
-        const OpenPurchase &purchase = question.purchase;
-        return purchase.id == id && question.text == notLogged(purchase.record);
+    return std::ranges::any_of(unresolved.value(), [id](const UnresolvedPurchase &pending) {
+        const OpenPurchase &purchase = pending.purchase;
+        return purchase.id == id && pending.text == notLogged(purchase.record);
     });
 }
 
-void Purchases::replaceQuestion(qint64 id, std::optional<PurchaseQuestion> with)
+void Purchases::replaceUnresolved(qint64 id, std::optional<UnresolvedPurchase> with)
 {
-    QList<PurchaseQuestion> open = questions;
+    QList<UnresolvedPurchase> open = unresolved;
     const auto place =
-        std::ranges::find_if(open, [id](const PurchaseQuestion &question) { return question.purchase.id == id; });
+        std::ranges::find_if(open, [id](const UnresolvedPurchase &pending) { return pending.purchase.id == id; });
     if (place == open.end() && with)
         open.append(*with);
     else if (place != open.end() && with)
         *place = *with;
     else if (place != open.end())
         open.erase(place);
-    questions = open;
+    unresolved = open;
 }
 
-std::optional<PurchaseQuestion> Purchases::questionAbout(const ShippoAddress &recipient) const
+std::optional<UnresolvedPurchase> Purchases::unresolvedFor(const ShippoAddress &recipient) const
 {
-    for (const PurchaseQuestion &question : questions.value()) {
-        if (isSameRecipient(question.purchase.recipient, recipient))
-            return question;
+    for (const UnresolvedPurchase &pending : unresolved.value()) {
+        if (isSameRecipient(pending.purchase.recipient, recipient))
+            return pending;
     }
     return std::nullopt;
 }
 
-void Purchases::settle(const SettledPurchase &purchase)
+void Purchases::addResolved(const ResolvedPurchase &purchase)
 {
-    settled = settled.value() + QList{purchase};
+    resolved = resolved.value() + QList{purchase};
 }
 
-void Purchases::dismiss(const SettledPurchase &label)
+void Purchases::dismiss(const ResolvedPurchase &label)
 {
-    QList<SettledPurchase> left = settled;
+    QList<ResolvedPurchase> left = resolved;
     left.removeOne(label);
-    settled = left;
+    resolved = left;
 }
 
-Task<> Purchases::print(SettledPurchase label)
+Task<> Purchases::print(ResolvedPurchase label)
 {
-    SettledPurchase after = label;
+    ResolvedPurchase after = label;
     const QString title = titleOf(label.record) + u": "_s;
     try {
         // It may have been refunded since, or be old: a fresh label's first printing asks nothing.
@@ -337,9 +339,9 @@ Task<> Purchases::print(SettledPurchase label)
         after.text = title + error.description();
         recordReprintFailure(m_app, error);
     }
-    QList<SettledPurchase> all = settled;
+    QList<ResolvedPurchase> all = resolved;
     std::ranges::replace(all, label, after);
-    settled = all;
+    resolved = all;
 }
 
 } // namespace parcelory

@@ -10,27 +10,27 @@
 namespace parcelory {
 
 /// A purchase of which it is not known whether the carrier sold the label.
-struct PurchaseQuestion {
+struct UnresolvedPurchase {
     OpenPurchase purchase;
-    QString text;            ///< how things are, in the clerk's words
-    bool isAnswered = false; ///< whoever was asked could not say: asking once more may tell no more
-    QDateTime since;         ///< from then on nobody asks for it any more; what is on its way may still arrive
+    QString text;                ///< how things are, in the clerk's words
+    bool isInconclusive = false; ///< whoever was asked could not say: checking once more may tell no more
+    QDateTime since;             ///< from then on nobody asks for it any more; what is on its way may still arrive
 
-    bool operator==(const PurchaseQuestion &other) const
+    bool operator==(const UnresolvedPurchase &other) const
     {
-        return purchase.id == other.purchase.id && text == other.text && isAnswered == other.isAnswered;
+        return purchase.id == other.purchase.id && text == other.text && isInconclusive == other.isInconclusive;
     }
 };
 
 /// A purchase whose end was found out only after its moment.
-struct SettledPurchase {
+struct ResolvedPurchase {
     ShippoAddress recipient;
     ShipmentRecord record;
     bool isBought = false; ///< it is in the mailing log
     bool isPrinted = false;
     QString text;
 
-    bool operator==(const SettledPurchase &other) const
+    bool operator==(const ResolvedPurchase &other) const
     {
         return record.createdAt == other.record.createdAt && record.recipient == other.record.recipient &&
                text == other.text;
@@ -49,16 +49,16 @@ public:
     Purchases(const Purchases &) = delete;
     Purchases &operator=(const Purchases &) = delete;
 
-    QProperty<QList<PurchaseQuestion>> questions;
-    QProperty<QList<SettledPurchase>> settled; ///< until the clerk has seen them
-    QProperty<bool> asking{false};
+    QProperty<QList<UnresolvedPurchase>> unresolved;
+    QProperty<QList<ResolvedPurchase>> resolved; ///< until the clerk has seen them
+    QProperty<bool> checking{false};
 
     enum class Verdict { bought, notBought, unknown };
     struct Answer {
         Verdict verdict = Verdict::unknown;
         std::optional<ShippoTransaction> transaction = {}; ///< of a purchase that the journal does not know better
         QString text = {};                                 ///< why it is not known
-        bool isAnswered = false;
+        bool isInconclusive = false;
     };
 
     /// Takes up what the last run of the program left open.
@@ -66,20 +66,20 @@ public:
     /// Asks the carrier about every open question.
     Task<> checkAgain();
     /// The open question about a recipient's label.
-    std::optional<PurchaseQuestion> questionAbout(const ShippoAddress &recipient) const;
+    std::optional<UnresolvedPurchase> unresolvedFor(const ShippoAddress &recipient) const;
     /// Prints a label that was found, or prints it again.
-    Task<> print(SettledPurchase label);
-    void dismiss(const SettledPurchase &label);
+    Task<> print(ResolvedPurchase label);
+    void dismiss(const ResolvedPurchase &label);
 
     // For the purchase that is under way.
     /// Gives the journal's number; throws AppError when the journal cannot be written: then nothing may be bought.
     Task<qint64> begin(OpenPurchase purchase);
-    Task<> keep(OpenPurchase purchase);
+    Task<> save(OpenPurchase purchase);
     Task<> markPrinted(qint64 id);
     Task<> close(qint64 id);
     /// What the carrier knows of a purchase that may still arrive there for a while after `since`.
-    Task<Answer> ask(OpenPurchase purchase, QDateTime since);
-    void leaveOpen(const OpenPurchase &purchase, const Answer &answer);
+    Task<Answer> lookUp(OpenPurchase purchase, QDateTime since);
+    void markUnresolved(const OpenPurchase &purchase, const Answer &answer);
     /// Writes a finished purchase into the mailing log, unless it stands there; only then the journal forgets it.
     /// False, with an entry in the error log, when the log could not be written.
     Task<bool> enterIntoLog(OpenPurchase purchase);
@@ -89,17 +89,17 @@ public:
     /// How things are with a label that only the journal knows of.
     static QString notLogged(const ShipmentRecord &record);
     /// What the mailing log takes from the carrier's answer.
-    static void take(ShipmentRecord &record, const ShippoTransaction &transaction);
+    static void applyTransaction(ShipmentRecord &record, const ShippoTransaction &transaction);
 
 private:
-    Task<Answer> judge(OpenPurchase purchase, QDateTime since);
-    Task<> askAbout(PurchaseQuestion question);
-    Task<> finish(PurchaseQuestion question, std::optional<ShippoTransaction> transaction);
+    Task<Answer> evaluate(OpenPurchase purchase, QDateTime since);
+    Task<> recheck(UnresolvedPurchase pending);
+    Task<> finish(UnresolvedPurchase pending, std::optional<ShippoTransaction> transaction);
     Task<> giveUp(OpenPurchase purchase);
     bool isKnownUnlogged(qint64 id) const;
     Task<std::optional<QByteArray>> fetch(QString url);
-    void replaceQuestion(qint64 id, std::optional<PurchaseQuestion> with);
-    void settle(const SettledPurchase &purchase);
+    void replaceUnresolved(qint64 id, std::optional<UnresolvedPurchase> with);
+    void addResolved(const ResolvedPurchase &purchase);
     void askLater();
 
     AppState &m_app;

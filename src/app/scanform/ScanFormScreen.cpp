@@ -1,7 +1,7 @@
 #include "app/scanform/ScanFormScreen.h"
 
-#include "app/purchase/Reprint.h"
 #include "app/logs/SaveFile.h"
+#include "app/purchase/LabelPrinting.h"
 #include "records/ShipmentStatus.h"
 
 #include <QFileInfo>
@@ -23,7 +23,7 @@ QString counted(qsizetype labels)
 
 QString ScanFormScreen::title(const ScanForm &form)
 {
-    return momentText(form.askedAt) + u" — "_s + counted(form.transactions.size()) +
+    return dateTimeText(form.askedAt) + u" — "_s + counted(form.transactions.size()) +
            (form.testMode ? u" (TEST)"_s : QString());
 }
 

@@ -168,12 +168,12 @@ Task<> UpdateChecker::install()
         offers = offers + 1; // the prompt may have been closed meanwhile
         co_return;
     } catch (const std::exception &error) {
-        sayFailed(error);
+        reportFailure(error);
     }
     co_await discard();
 }
 
-void UpdateChecker::sayFailed(const std::exception &error)
+void UpdateChecker::reportFailure(const std::exception &error)
 {
     status = u"Update failed: "_s + describe(error);
     m_app.errors.record(u"Self-Update"_s, error, Popup::no);
@@ -241,7 +241,7 @@ Task<> UpdateChecker::relaunchNow()
         co_return;
     }
     m_relaunching = false;
-    sayFailed(AppError(u"what was downloaded is no longer there — download it again"_s));
+    reportFailure(AppError(u"what was downloaded is no longer there — download it again"_s));
     co_await discard();
 }
 

@@ -54,7 +54,7 @@ private:
     Task<> fetch(UpdateInfo info, QString folder);
     Task<> download(UpdateInfo info, QString archive);
     void pollProgress(QString archive, qint64 total);
-    void sayFailed(const std::exception &error);
+    void reportFailure(const std::exception &error);
     Task<> discard();
     void startHelper();
     QString withTelephone(const QString &text) const;

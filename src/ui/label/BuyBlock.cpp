@@ -1,4 +1,6 @@
 #include "ui/label/BuyBlock.h"
+#include "ui/parts/Separator.h"
+#include "ui/theme/Theme.h"
 
 #include <QGridLayout>
 #include <QHBoxLayout>
@@ -41,14 +43,14 @@ ModeLook lookOf(PostageMode mode)
 } // namespace
 
 BuyBlock::BuyBlock(AppState &app, LabelScreen &screen, KeysScreen &keys, SettingsScreen &settings, QWidget *parent)
-    : Surface(&Tokens::sheet, parent), m_screen(screen), m_keys(keys), m_settings(settings),
+    : PanelFrame(&Tokens::sheet, parent), m_screen(screen), m_keys(keys), m_settings(settings),
       m_none(new TextLabel(u"No rate chosen."_s, FontRole::body, &Tokens::muted)), m_summary(new QWidget),
       m_lines(new QGridLayout), m_service(new ElidedLabel({}, FontRole::strong)),
       m_transit(new TextLabel({}, FontRole::caption, &Tokens::muted)), m_price(new TextLabel({}, FontRole::total)),
       m_to(nullptr), m_package(nullptr), m_extras(nullptr), m_printer(nullptr),
       m_second(new Notice(u"ui_warning"_s, &Tokens::warn)), m_buy(new Button(buyText)),
       m_mode(new Badge({}, BadgeKind::plain)), m_consequence(new TextLabel({}, FontRole::caption)),
-      m_follower([this] { refresh(); })
+      m_refresh([this] { refresh(); })
 {
     setCard();
     auto *head = new QGridLayout;
@@ -62,7 +64,7 @@ BuyBlock::BuyBlock(AppState &app, LabelScreen &screen, KeysScreen &keys, Setting
     summary->setContentsMargins(0, 0, 0, 0);
     summary->setSpacing(4);
     summary->addLayout(head);
-    summary->addWidget(new Rule);
+    summary->addWidget(new Separator);
     summary->addLayout(m_lines);
     m_lines->setVerticalSpacing(3);
     m_lines->setHorizontalSpacing(8);
@@ -94,10 +96,10 @@ BuyBlock::BuyBlock(AppState &app, LabelScreen &screen, KeysScreen &keys, Setting
 
     connect(m_buy, &QPushButton::clicked, this, &BuyBlock::buyRequested);
     m_busyNow = screen.busy.addNotifier([this] { m_buy->setEnabled(m_screen.nextStep() == NextStep::buy); });
-    m_follower.follow(app.draftTo, screen.rates, screen.selectedRateID, screen.busy, screen.mailpiece, screen.weightLb,
-                      screen.weightOz, screen.service, screen.insuranceValue, screen.customs, keys.mode,
-                      screen.secondLabel, screen.secondLabelAgreed, screen.purchases.questions, settings.zebraQueue,
-                      settings.rotate180);
+    m_refresh.follow(app.draftTo, screen.rates, screen.selectedRateID, screen.busy, screen.mailpiece, screen.weightLb,
+                     screen.weightOz, screen.service, screen.insuranceValue, screen.customs, keys.mode,
+                     screen.secondLabel, screen.secondLabelAgreed, screen.purchases.unresolved, settings.zebraQueue,
+                     settings.rotate180);
     refresh();
 }
 

@@ -5,9 +5,9 @@
 #include "app/settings/SettingsScreen.h"
 #include "ui/parts/Badge.h"
 #include "ui/parts/Button.h"
-#include "ui/parts/Follower.h"
 #include "ui/parts/Notice.h"
-#include "ui/parts/Surface.h"
+#include "ui/parts/PanelFrame.h"
+#include "ui/parts/RefreshScheduler.h"
 #include "ui/parts/TextLabel.h"
 
 class QGridLayout;
@@ -15,7 +15,7 @@ class QGridLayout;
 namespace parcelory {
 
 /// Everything that is about to be bought, together, and the button that buys it.
-class BuyBlock : public Surface {
+class BuyBlock : public PanelFrame {
     Q_OBJECT
 public:
     BuyBlock(AppState &app, LabelScreen &screen, KeysScreen &keys, SettingsScreen &settings, QWidget *parent = nullptr);
@@ -43,7 +43,7 @@ private:
     Button *m_buy;
     Badge *m_mode;
     TextLabel *m_consequence;
-    Follower m_follower;
+    RefreshScheduler m_refresh;
     QPropertyNotifier m_busyNow; ///< the button is off in the same event that starts a purchase
 };
 

@@ -2,6 +2,8 @@
 
 #include "ui/parts/Binding.h"
 #include "ui/parts/Button.h"
+#include "ui/parts/ComboBox.h"
+#include "ui/parts/TextLabel.h"
 
 #include <QSignalBlocker>
 
@@ -10,11 +12,11 @@ using namespace Qt::StringLiterals;
 
 CustomsSection::CustomsSection(AppState &app, LabelScreen &screen, QWidget *parent)
     : FormSection(u"Customs Declaration (International)"_s.replace(u' ', u'\n'), parent), m_screen(screen),
-      m_contents(new Choice(u"Contents"_s)), m_quantity(new Field(u"Quantity"_s, 44)),
-      m_value(new Field(u"Declared value, US dollars"_s, 84)),
-      m_hint(new TextLabel({}, FontRole::caption, &Tokens::muted)), m_follower([this] { refresh(); })
+      m_contents(new ComboBox(u"Contents"_s)), m_quantity(new LineEdit(u"Quantity"_s, 44)),
+      m_value(new LineEdit(u"Declared value, US dollars"_s, 84)),
+      m_hint(new TextLabel({}, FontRole::caption, &Tokens::muted)), m_refresh([this] { refresh(); })
 {
-    auto *signer = new Field(u"Signer"_s);
+    auto *signer = new LineEdit(u"Signer"_s);
     auto *print = new Button(u"Print Invoice"_s);
     connect(print, &QPushButton::clicked, this, [this] { spawn([this] { return m_screen.printIntlInvoice(); }); });
     m_quantity->setPlaceholderText(u"1"_s);
@@ -38,11 +40,11 @@ CustomsSection::CustomsSection(AppState &app, LabelScreen &screen, QWidget *pare
         info.itemType = CustomsItemType(m_contents->itemData(at).toInt());
         m_screen.customs = info;
     });
-    m_follower.follow(app.draftTo, screen.customs);
+    m_refresh.follow(app.draftTo, screen.customs);
     refresh();
 }
 
-Field *CustomsSection::field(DraftField which) const
+LineEdit *CustomsSection::field(DraftField which) const
 {
     if (which == DraftField::quantity)
         return m_quantity;

@@ -1,9 +1,11 @@
 #pragma once
 
 #include "app/label/LabelScreen.h"
-#include "ui/parts/Field.h"
-#include "ui/parts/Follower.h"
+#include "ui/parts/ComboBox.h"
 #include "ui/parts/FormSection.h"
+#include "ui/parts/LineEdit.h"
+#include "ui/parts/RefreshScheduler.h"
+#include "ui/parts/TextLabel.h"
 
 namespace parcelory {
 
@@ -13,16 +15,16 @@ class CustomsSection : public FormSection {
 public:
     CustomsSection(AppState &app, LabelScreen &screen, QWidget *parent = nullptr);
 
-    Field *field(DraftField which) const; ///< null when it stands elsewhere
+    LineEdit *field(DraftField which) const; ///< null when it stands elsewhere
 
 private:
     void refresh();
 
     LabelScreen &m_screen;
-    Choice *m_contents;
-    Field *m_quantity, *m_value;
+    ComboBox *m_contents;
+    LineEdit *m_quantity, *m_value;
     TextLabel *m_hint;
-    Follower m_follower;
+    RefreshScheduler m_refresh;
 };
 
 } // namespace parcelory

@@ -9,8 +9,12 @@
 #include "ui/label/RecipientSection.h"
 #include "ui/label/SenderSection.h"
 #include "ui/label/ServiceSection.h"
+#include "ui/parts/PanelFrame.h"
+#include "ui/parts/Separator.h"
 #include "ui/parts/TabOrder.h"
+#include "ui/sidebar/AddressBookView.h"
 #include "ui/sidebar/Sidebar.h"
+#include "ui/theme/Theme.h"
 
 #include <QApplication>
 #include <QKeyEvent>
@@ -36,10 +40,10 @@ LabelView::LabelView(AppState &app, LabelScreen &screen, AddressBook &book, Keys
                      QWidget *parent)
     : QWidget(parent), m_app(app), m_screen(screen), m_settings(settings), m_scroll(new QScrollArea),
       m_recipient(new RecipientSection(app, book, screen)), m_package(new PackageSection(app, screen)),
-      m_extras(new ExtrasSection(screen)), m_customs(new CustomsSection(app, screen)), m_customsRule(new Rule),
+      m_extras(new ExtrasSection(screen)), m_customs(new CustomsSection(app, screen)), m_customsRule(new Separator),
       m_rates(new RatesPanel(app, screen, keys, settings)), m_sidebar(new Sidebar(app, book)),
       m_message(new MessageLine(app, screen)),
-      m_sidebarWatch(settings.showAddressSidebar.addNotifier([this] { arrange(); })), m_follower([this] { refresh(); })
+      m_sidebarWatch(settings.showAddressSidebar.addNotifier([this] { arrange(); })), m_refresh([this] { refresh(); })
 {
     auto *columns = new QHBoxLayout;
     columns->setSpacing(0);
@@ -61,27 +65,27 @@ LabelView::LabelView(AppState &app, LabelScreen &screen, AddressBook &book, Keys
     connect(m_recipient, &RecipientSection::validateRequested, this, &LabelView::validate);
     connect(m_rates, &RatesPanel::getRatesRequested, this, &LabelView::getRates);
     connect(m_rates, &RatesPanel::buyRequested, this, &LabelView::buy);
-    for (Field *field : findChildren<Field *>())
+    for (LineEdit *field : findChildren<LineEdit *>())
         connect(field, &QLineEdit::textEdited, this, [this] { m_typedMeanwhile = true; });
-    m_follower.follow(app.draftTo, screen.faultyField, screen.showIntlPaperwork, screen.banner);
+    m_refresh.follow(app.draftTo, screen.faultyField, screen.showIntlPaperwork, screen.banner);
     refresh();
 }
 
 QWidget *LabelView::makeForm()
 {
-    auto *form = new Surface(&Tokens::sheet);
+    auto *form = new PanelFrame(&Tokens::sheet);
     form->setMaximumWidth(Theme::current().scaled(widestForm));
     auto *rows = new QVBoxLayout(form);
     rows->setContentsMargins(16, 10, 16, 10);
     rows->setSpacing(9);
     rows->addWidget(new SenderSection(m_app, m_screen));
-    rows->addWidget(new Rule);
+    rows->addWidget(new Separator);
     rows->addWidget(m_recipient);
-    rows->addWidget(new Rule);
+    rows->addWidget(new Separator);
     rows->addWidget(m_package);
-    rows->addWidget(new Rule);
+    rows->addWidget(new Separator);
     rows->addWidget(new ServiceSection(m_app, m_screen));
-    rows->addWidget(new Rule);
+    rows->addWidget(new Separator);
     rows->addWidget(m_extras);
     rows->addWidget(m_customsRule);
     rows->addWidget(m_customs);
@@ -162,9 +166,9 @@ void LabelView::takeInvoice()
         validate();
 }
 
-Field *LabelView::field(DraftField which) const
+LineEdit *LabelView::field(DraftField which) const
 {
-    for (Field *found :
+    for (LineEdit *found :
          {m_recipient->field(which), m_package->field(which), m_extras->field(which), m_customs->field(which)}) {
         if (found)
             return found;
@@ -212,7 +216,7 @@ void LabelView::settleFocus()
     const bool elsewhere = !isVisible() || QApplication::activeModalWidget() || m_screen.showIntlPaperwork;
     if (elsewhere || m_typedMeanwhile)
         return;
-    Field *next = nullptr;
+    LineEdit *next = nullptr;
     if (m_screen.faultyField.value())
         next = field(*m_screen.faultyField.value());
     else if (!m_screen.rates.value().isEmpty()) {
@@ -304,7 +308,7 @@ void LabelView::refresh()
     const std::optional<DraftField> faulty = m_screen.faultyField;
     const std::optional<Banner> banner = m_screen.banner;
     for (const DraftField which : allFields) {
-        if (Field *input = field(which))
+        if (LineEdit *input = field(which))
             input->setFault(faulty == which && banner ? banner->text : QString());
     }
     m_customsRule->setVisible(m_screen.isInternational());

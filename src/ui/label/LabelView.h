@@ -3,8 +3,8 @@
 #include "app/label/LabelScreen.h"
 #include "app/settings/KeysScreen.h"
 #include "app/settings/SettingsScreen.h"
-#include "ui/parts/Field.h"
-#include "ui/parts/Follower.h"
+#include "ui/parts/LineEdit.h"
+#include "ui/parts/RefreshScheduler.h"
 
 #include <QPointer>
 #include <QPropertyNotifier>
@@ -52,7 +52,7 @@ protected:
 
 private:
     QWidget *makeForm();
-    Field *field(DraftField which) const;
+    LineEdit *field(DraftField which) const;
     bool isNarrow() const;
     void showSidebar(bool shown);
     void arrange();
@@ -82,7 +82,7 @@ private:
     QPointer<PaperworkDialog> m_paperwork;
     bool m_typedMeanwhile = false;
     QPointer<QWidget> m_pressed; ///< had the focus when the operation began
-    Follower m_follower;
+    RefreshScheduler m_refresh;
 };
 
 } // namespace parcelory

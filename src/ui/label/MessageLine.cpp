@@ -1,4 +1,6 @@
 #include "ui/label/MessageLine.h"
+#include "ui/parts/IconView.h"
+#include "ui/theme/Theme.h"
 
 #include <QAccessible>
 #include <QHBoxLayout>
@@ -13,8 +15,9 @@ constexpr int longestText = 600; ///< characters; the whole stands in the toolti
 } // namespace
 
 MessageLine::MessageLine(AppState &app, LabelScreen &screen, QWidget *parent)
-    : Surface(&Tokens::window, parent), m_screen(screen), m_icon(new IconView(u"ui_info"_s, 18)), m_text(new TextLabel),
-      m_sidebar(new Button({}, Button::Kind::icon, u"ui_sidebar"_s)), m_follower([this] { refresh(); })
+    : PanelFrame(&Tokens::window, parent), m_screen(screen), m_icon(new IconView(u"ui_info"_s, 18)),
+      m_text(new TextLabel), m_sidebar(new Button({}, Button::Kind::icon, u"ui_sidebar"_s)),
+      m_refresh([this] { refresh(); })
 {
     auto *clear = new Button(u"Clear Form"_s, Button::Kind::link, u"ui_clear"_s);
     clear->setToolTip(QKeySequence(Qt::CTRL | Qt::Key_N).toString(QKeySequence::NativeText));
@@ -37,8 +40,8 @@ MessageLine::MessageLine(AppState &app, LabelScreen &screen, QWidget *parent)
     setLines(Qt::BottomEdge);
     connect(clear, &QPushButton::clicked, this, &MessageLine::clearRequested);
     connect(m_sidebar, &QPushButton::clicked, this, &MessageLine::sidebarToggled);
-    m_follower.follow(screen.banner, screen.busy, screen.buying, screen.rates, screen.validationOK, screen.reference,
-                      screen.weightLb, screen.weightOz, app.draftTo);
+    m_refresh.follow(screen.banner, screen.busy, screen.buying, screen.rates, screen.validationOK, screen.reference,
+                     screen.weightLb, screen.weightOz, app.draftTo);
     refresh();
 }
 

@@ -2,14 +2,15 @@
 
 #include "app/label/LabelScreen.h"
 #include "ui/parts/Button.h"
-#include "ui/parts/Follower.h"
-#include "ui/parts/Surface.h"
+#include "ui/parts/IconView.h"
+#include "ui/parts/PanelFrame.h"
+#include "ui/parts/RefreshScheduler.h"
 #include "ui/parts/TextLabel.h"
 
 namespace parcelory {
 
 /// The slot under the tabs: the banner, or what to do next. Always there, so that nothing jumps.
-class MessageLine : public Surface {
+class MessageLine : public PanelFrame {
     Q_OBJECT
 public:
     MessageLine(AppState &app, LabelScreen &screen, QWidget *parent = nullptr);
@@ -29,7 +30,7 @@ private:
     TextLabel *m_text;
     Button *m_sidebar;
     QString m_said;
-    Follower m_follower;
+    RefreshScheduler m_refresh;
 };
 
 } // namespace parcelory

@@ -1,6 +1,7 @@
 #include "ui/label/OpenPurchasesBar.h"
 
 #include "ui/parts/Button.h"
+#include "ui/parts/Notice.h"
 
 #include <QHBoxLayout>
 #include <QPointer>
@@ -10,14 +11,14 @@ namespace parcelory {
 using namespace Qt::StringLiterals;
 
 OpenPurchasesBar::OpenPurchasesBar(LabelScreen &screen, QWidget *parent)
-    : Surface(&Tokens::warnTint, parent), m_purchases(screen.purchases), m_rows(new QVBoxLayout(this)),
-      m_follower([this] { refresh(); })
+    : PanelFrame(&Tokens::warnTint, parent), m_purchases(screen.purchases), m_rows(new QVBoxLayout(this)),
+      m_refresh([this] { refresh(); })
 {
     setEdge(&Tokens::warnEdge);
     setLines(Qt::BottomEdge);
     setAccessibleName(u"Purchases to look at"_s);
     m_rows->setContentsMargins(16, 4, 10, 4);
-    m_follower.follow(m_purchases.questions, m_purchases.settled, m_purchases.asking);
+    m_refresh.follow(m_purchases.unresolved, m_purchases.resolved, m_purchases.checking);
     refresh();
 }
 
@@ -30,16 +31,16 @@ void OpenPurchasesBar::refresh()
     rows->setContentsMargins(0, 0, 0, 0);
     rows->setSpacing(2);
     m_rows->addWidget(m_list);
-    for (const PurchaseQuestion &question : m_purchases.questions.value()) {
+    for (const UnresolvedPurchase &question : m_purchases.unresolved.value()) {
         auto *check = new Button(u"Check again"_s, Button::Kind::standard, u"ui_refresh"_s);
-        check->setEnabled(!m_purchases.asking);
+        check->setEnabled(!m_purchases.checking);
         connect(check, &QPushButton::clicked, this, [this] { spawn([this] { return m_purchases.checkAgain(); }); });
         const ShipmentRecord &record = question.purchase.record;
         const QString state = record.transactionID.isEmpty() ? u"Not known yet whether it was bought: "_s
                                                              : u"Not complete yet: "_s; // the carrier has named it
         addRow(state + Purchases::titleOf(record) + u". "_s + question.text, u"ui_pending"_s, &Tokens::warn, {check});
     }
-    for (const SettledPurchase &purchase : m_purchases.settled.value()) {
+    for (const ResolvedPurchase &purchase : m_purchases.resolved.value()) {
         QList<QWidget *> buttons;
         if (purchase.isBought) {
             auto *print = new Button(purchase.isPrinted ? u"Print Again"_s : u"Print Label"_s, Button::Kind::tint,
@@ -58,7 +59,7 @@ void OpenPurchasesBar::refresh()
     setVisible(rows->count() > 0);
 }
 
-Task<> OpenPurchasesBar::printOnce(SettledPurchase label)
+Task<> OpenPurchasesBar::printOnce(ResolvedPurchase label)
 {
     const QPointer<OpenPurchasesBar> alive(this);
     co_await m_purchases.print(label);

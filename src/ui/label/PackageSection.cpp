@@ -1,26 +1,28 @@
 #include "ui/label/PackageSection.h"
 
 #include "ui/parts/Binding.h"
+#include "ui/parts/LineEdit.h"
+#include "ui/parts/TextLabel.h"
 
 namespace parcelory {
 using namespace Qt::StringLiterals;
 
 PackageSection::PackageSection(AppState &app, LabelScreen &screen, QWidget *parent)
-    : FormSection(u"Package"_s, parent), m_app(app), m_screen(screen), m_carrier(new Segments(u"Carrier"_s)),
-      m_pounds(new Field(u"Weight, pounds"_s, 44)), m_ounces(new Field(u"Weight, ounces"_s, 52)),
-      m_length(new Field(u"Length, inches"_s, 56)), m_width(new Field(u"Width, inches"_s, 56)),
-      m_height(new Field(u"Height, inches"_s, 56)), m_size(nullptr),
+    : FormSection(u"Package"_s, parent), m_app(app), m_screen(screen), m_carrier(new SegmentedControl(u"Carrier"_s)),
+      m_pounds(new LineEdit(u"Weight, pounds"_s, 44)), m_ounces(new LineEdit(u"Weight, ounces"_s, 52)),
+      m_length(new LineEdit(u"Length, inches"_s, 56)), m_width(new LineEdit(u"Width, inches"_s, 56)),
+      m_height(new LineEdit(u"Height, inches"_s, 56)), m_size(nullptr),
       m_sizeHint(new TextLabel({}, FontRole::caption, &Tokens::muted)),
       m_weigh(new Button(u"Weigh"_s, Button::Kind::standard, u"ui_scale"_s)),
       m_reading(new TextLabel({}, FontRole::caption)), m_settling(new TextLabel({}, FontRole::captionStrong)),
-      m_follower([this] { refresh(); }), m_scale([this] { refreshScale(); })
+      m_refresh([this] { refresh(); }), m_scale([this] { refreshScale(); })
 {
     for (const CarrierInfo &info : carriers())
         m_carrier->add(int(info.carrier), info.displayName, info.icon);
     m_carrier->addUnavailable(u"DHL"_s, u"ship_dhl"_s, u"Not offered"_s);
-    connect(m_carrier, &Segments::chosenByUser, this, [this](int id) { m_screen.carrier = Carrier(id); });
+    connect(m_carrier, &SegmentedControl::chosenByUser, this, [this](int id) { m_screen.carrier = Carrier(id); });
     addRow(u"Carrier"_s)->add(m_carrier)->fill();
-    addRow(u"Mailpiece"_s)->add(new MailpieceChoice(app, screen), 1);
+    addRow(u"Mailpiece"_s)->add(new MailpiecePicker(app, screen), 1);
 
     auto *row = addRow(u"Weight"_s);
     row->add(m_pounds)
@@ -41,7 +43,7 @@ PackageSection::PackageSection(AppState &app, LabelScreen &screen, QWidget *pare
     bindText(m_length, screen.dimLength);
     bindText(m_width, screen.dimWidth);
     bindText(m_height, screen.dimHeight);
-    m_follower.follow(screen.carrier, screen.mailpiece, app.boxes.profiles);
+    m_refresh.follow(screen.carrier, screen.mailpiece, app.boxes.profiles);
     m_scale.follow(app.scale.connected, app.scale.stable, app.scale.ounces, app.scale.fault, screen.busy);
     refresh();
     refreshScale();
@@ -67,7 +69,7 @@ void PackageSection::refresh()
     m_sizeHint->setText(m_screen.sizeHint());
 }
 
-Field *PackageSection::field(DraftField which) const
+LineEdit *PackageSection::field(DraftField which) const
 {
     switch (which) {
     case DraftField::weight:

@@ -1,10 +1,13 @@
 #pragma once
 
 #include "app/label/LabelScreen.h"
-#include "ui/label/MailpieceChoice.h"
+#include "ui/label/MailpiecePicker.h"
 #include "ui/parts/Button.h"
 #include "ui/parts/FormSection.h"
-#include "ui/parts/Segments.h"
+#include "ui/parts/LineEdit.h"
+#include "ui/parts/RefreshScheduler.h"
+#include "ui/parts/SegmentedControl.h"
+#include "ui/parts/TextLabel.h"
 
 namespace parcelory {
 
@@ -14,7 +17,7 @@ class PackageSection : public FormSection {
 public:
     PackageSection(AppState &app, LabelScreen &screen, QWidget *parent = nullptr);
 
-    Field *field(DraftField which) const; ///< null when it stands elsewhere
+    LineEdit *field(DraftField which) const; ///< null when it stands elsewhere
 
 private:
     void refresh();
@@ -22,15 +25,15 @@ private:
 
     AppState &m_app;
     LabelScreen &m_screen;
-    Segments *m_carrier;
-    Field *m_pounds, *m_ounces;
-    Field *m_length, *m_width, *m_height;
+    SegmentedControl *m_carrier;
+    LineEdit *m_pounds, *m_ounces;
+    LineEdit *m_length, *m_width, *m_height;
     FormRow *m_size;
     TextLabel *m_sizeHint;
     Button *m_weigh;
     TextLabel *m_reading, *m_settling;
-    Follower m_follower;
-    Follower m_scale;
+    RefreshScheduler m_refresh;
+    RefreshScheduler m_scale;
 };
 
 } // namespace parcelory

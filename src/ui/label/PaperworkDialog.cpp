@@ -3,9 +3,13 @@
 #include "core/Text.h"
 #include "ui/parts/Badge.h"
 #include "ui/parts/Binding.h"
+#include "ui/parts/Button.h"
 #include "ui/parts/FormSection.h"
 #include "ui/parts/Notice.h"
-#include "ui/parts/Surface.h"
+#include "ui/parts/PanelFrame.h"
+#include "ui/parts/Separator.h"
+#include "ui/parts/TextLabel.h"
+#include "ui/theme/Theme.h"
 
 #include <QButtonGroup>
 #include <QCheckBox>
@@ -20,14 +24,14 @@ using namespace Qt::StringLiterals;
 
 PaperworkDialog::PaperworkDialog(AppState &app, LabelScreen &screen, QWidget *parent)
     : Dialog(app.platform.clock, u"International Paperwork"_s, u"ui_document"_s, &Tokens::accentText, 640, parent),
-      m_screen(screen), m_contents(new QButtonGroup(this)), m_value(new Field(u"Declared value, US dollars"_s, 104))
+      m_screen(screen), m_contents(new QButtonGroup(this)), m_value(new LineEdit(u"Declared value, US dollars"_s, 104))
 {
     auto *text = new TextLabel(screen.paperworkText(), FontRole::body, &Tokens::muted);
     text->setWordWrap(true);
     body()->addWidget(text);
     body()->addWidget(makeContents());
 
-    auto *quantity = new Field(u"Quantity"_s, 56), *signer = new Field(u"Signer"_s);
+    auto *quantity = new LineEdit(u"Quantity"_s, 56), *signer = new LineEdit(u"Signer"_s);
     quantity->setPlaceholderText(u"1"_s);
     bindText(quantity, screen.customs, &CustomsInfo::quantity);
     bindText(m_value, screen.customs, &CustomsInfo::value);
@@ -65,7 +69,7 @@ QWidget *PaperworkDialog::makeContents()
 {
     const std::optional<DesklineInvoice> invoice = m_screen.draftInvoice();
     const std::optional<CustomsItemType> suggested = invoice ? invoice->suggestedCustomsType() : std::nullopt;
-    auto *list = Surface::card();
+    auto *list = PanelFrame::card();
     list->setFill(&Tokens::panel);
     auto *rows = new QVBoxLayout(list);
     rows->setContentsMargins(12, 4, 12, 4);
@@ -89,7 +93,7 @@ QWidget *PaperworkDialog::makeContents()
         keys->setToolTip(u"%1, or %2 in a field"_s.arg(number).arg(inField.toString(QKeySequence::NativeText)));
         line->addWidget(keys);
         if (number > 1)
-            rows->addWidget(new Rule);
+            rows->addWidget(new Separator);
         rows->addLayout(line);
     }
     connect(m_contents, &QButtonGroup::idClicked, this, &PaperworkDialog::choose);

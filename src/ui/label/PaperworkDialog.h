@@ -2,8 +2,8 @@
 
 #include "app/label/LabelScreen.h"
 #include "ui/parts/Dialog.h"
-#include "ui/parts/Field.h"
-#include "ui/parts/Follower.h"
+#include "ui/parts/LineEdit.h"
+#include "ui/parts/RefreshScheduler.h"
 
 class QButtonGroup;
 
@@ -26,7 +26,7 @@ private:
 
     LabelScreen &m_screen;
     QButtonGroup *m_contents;
-    Field *m_value;
+    LineEdit *m_value;
 };
 
 } // namespace parcelory

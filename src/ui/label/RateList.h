@@ -1,7 +1,7 @@
 #pragma once
 
 #include "app/label/LabelScreen.h"
-#include "ui/parts/Follower.h"
+#include "ui/parts/RefreshScheduler.h"
 
 #include <QListView>
 #include <QStandardItemModel>
@@ -23,8 +23,8 @@ private:
 
     LabelScreen &m_screen;
     QStandardItemModel m_rows;
-    Follower m_rates;
-    Follower m_chosen;
+    RefreshScheduler m_rates;
+    RefreshScheduler m_chosen;
 };
 
 } // namespace parcelory

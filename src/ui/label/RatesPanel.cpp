@@ -1,6 +1,12 @@
 #include "ui/label/RatesPanel.h"
 
 #include "core/Text.h"
+#include "ui/parts/BusyBar.h"
+#include "ui/parts/Button.h"
+#include "ui/parts/EmptyState.h"
+#include "ui/parts/PanelFrame.h"
+#include "ui/parts/TextLabel.h"
+#include "ui/theme/Theme.h"
 
 #include <QHBoxLayout>
 #include <QVBoxLayout>
@@ -9,13 +15,14 @@ namespace parcelory {
 using namespace Qt::StringLiterals;
 
 RatesPanel::RatesPanel(AppState &app, LabelScreen &screen, KeysScreen &keys, SettingsScreen &settings, QWidget *parent)
-    : Surface(&Tokens::panel, parent), m_screen(screen), m_count(new TextLabel({}, FontRole::caption, &Tokens::muted)),
+    : PanelFrame(&Tokens::panel, parent), m_screen(screen),
+      m_count(new TextLabel({}, FontRole::caption, &Tokens::muted)),
       m_getRates(new Button(u"Get Rates"_s, Button::Kind::standard, u"ui_refresh"_s)), m_bar(new BusyBar),
       m_lastLabel(nullptr), m_lastTitle(nullptr), m_lastPrice(nullptr), m_lastRecipient(nullptr),
       m_lastTracking(nullptr), m_lastMessage(nullptr), m_list(new RateList(screen)),
       m_empty(new EmptyState(u"popup_package"_s, {})), m_checks(new QWidget), m_senderCheck(nullptr),
       m_recipientCheck(nullptr), m_weightCheck(nullptr), m_block(new BuyBlock(app, screen, keys, settings)),
-      m_follower([this] { refresh(); })
+      m_refresh([this] { refresh(); })
 {
     setLines(Qt::LeftEdge);
     auto *checks = new QVBoxLayout(m_checks);
@@ -39,9 +46,9 @@ RatesPanel::RatesPanel(AppState &app, LabelScreen &screen, KeysScreen &keys, Set
     m_getRates->setToolTip(QKeySequence(Qt::CTRL | Qt::Key_R).toString(QKeySequence::NativeText));
     connect(m_getRates, &QPushButton::clicked, this, &RatesPanel::getRatesRequested);
     connect(m_block, &BuyBlock::buyRequested, this, &RatesPanel::buyRequested);
-    m_follower.follow(app.draftTo, app.senders.profiles, app.senders.defaultID, screen.senderID, screen.weightLb,
-                      screen.weightOz, screen.rates, screen.selectedRateID, screen.busy, screen.buying,
-                      screen.validating, screen.validationOK, screen.carrier, screen.lastLabel);
+    m_refresh.follow(app.draftTo, app.senders.profiles, app.senders.defaultID, screen.senderID, screen.weightLb,
+                     screen.weightOz, screen.rates, screen.selectedRateID, screen.busy, screen.buying,
+                     screen.validating, screen.validationOK, screen.carrier, screen.lastLabel);
     refresh();
 }
 
@@ -62,7 +69,7 @@ QWidget *RatesPanel::makeHead()
 
 QWidget *RatesPanel::makeLastLabel()
 {
-    m_lastLabel = Surface::card();
+    m_lastLabel = PanelFrame::card();
     m_lastLabel->setFill(&Tokens::okTint);
     m_lastLabel->setEdge(&Tokens::ok);
     m_lastTitle = new Notice(u"ui_success"_s, &Tokens::ok, FontRole::strong);

@@ -2,12 +2,18 @@
 
 #include "ui/label/BuyBlock.h"
 #include "ui/label/RateList.h"
+#include "ui/parts/BusyBar.h"
+#include "ui/parts/Button.h"
+#include "ui/parts/EmptyState.h"
 #include "ui/parts/Notice.h"
+#include "ui/parts/PanelFrame.h"
+#include "ui/parts/RefreshScheduler.h"
+#include "ui/parts/TextLabel.h"
 
 namespace parcelory {
 
 /// The middle of the screen: the rates, what is missing for them, the last label, and below all that the Buy block.
-class RatesPanel : public Surface {
+class RatesPanel : public PanelFrame {
     Q_OBJECT
 public:
     RatesPanel(AppState &app, LabelScreen &screen, KeysScreen &keys, SettingsScreen &settings,
@@ -31,7 +37,7 @@ private:
     TextLabel *m_count;
     Button *m_getRates;
     BusyBar *m_bar;
-    Surface *m_lastLabel;
+    PanelFrame *m_lastLabel;
     Notice *m_lastTitle;
     TextLabel *m_lastPrice, *m_lastRecipient, *m_lastTracking, *m_lastMessage;
     RateList *m_list;
@@ -39,7 +45,7 @@ private:
     QWidget *m_checks;
     Notice *m_senderCheck, *m_recipientCheck, *m_weightCheck;
     BuyBlock *m_block;
-    Follower m_follower;
+    RefreshScheduler m_refresh;
 };
 
 } // namespace parcelory

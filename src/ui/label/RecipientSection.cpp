@@ -1,7 +1,9 @@
 #include "ui/label/RecipientSection.h"
 
-#include "ui/parts/Attention.h"
+#include "ui/parts/Accessibility.h"
 #include "ui/parts/Binding.h"
+#include "ui/parts/TextLabel.h"
+#include "ui/theme/Theme.h"
 
 #include <QCheckBox>
 #include <QPointer>
@@ -16,15 +18,17 @@ constexpr int secondLabel = 74; ///< so that the right-hand fields of two rows s
 } // namespace
 
 RecipientSection::RecipientSection(AppState &app, AddressBook &book, LabelScreen &screen, QWidget *parent)
-    : FormSection(u"To"_s, parent), m_app(app), m_book(book), m_screen(screen), m_name(new Field(u"Recipient name"_s)),
-      m_company(new Field(u"Company"_s)), m_street(new Field(u"Street"_s)), m_suite(new Field(u"Apartment or suite"_s)),
-      m_city(new Field(u"City"_s)), m_state(new Field(u"State"_s, 44)), m_zip(new Field(u"ZIP"_s, 92)),
-      m_country(new Field(u"Country"_s, 44)), m_phone(new Field(u"Phone"_s, 160)), m_email(new Field(u"Email"_s)),
-      m_validate(new Button(u"Validate"_s)), m_status(new TextLabel({}, FontRole::button, &Tokens::muted)),
-      m_abroad(nullptr), m_marker(new Notice(u"ui_globe"_s, &Tokens::warn)),
+    : FormSection(u"To"_s, parent), m_app(app), m_book(book), m_screen(screen),
+      m_name(new LineEdit(u"Recipient name"_s)), m_company(new LineEdit(u"Company"_s)),
+      m_street(new LineEdit(u"Street"_s)), m_suite(new LineEdit(u"Apartment or suite"_s)),
+      m_city(new LineEdit(u"City"_s)), m_state(new LineEdit(u"State"_s, 44)), m_zip(new LineEdit(u"ZIP"_s, 92)),
+      m_country(new LineEdit(u"Country"_s, 44)), m_phone(new LineEdit(u"Phone"_s, 160)),
+      m_email(new LineEdit(u"Email"_s)), m_validate(new Button(u"Validate"_s)),
+      m_status(new TextLabel({}, FontRole::button, &Tokens::muted)), m_abroad(nullptr),
+      m_marker(new Notice(u"ui_globe"_s, &Tokens::warn)),
       m_keep(new QCheckBox(u"Keep this recipient in Parcelory's address book"_s)),
       m_save(new Button(u"Save to Address Book"_s, Button::Kind::link)),
-      m_outcome(new Notice(u"ui_success"_s, &Tokens::ok, FontRole::caption)), m_follower([this] { refresh(); })
+      m_outcome(new Notice(u"ui_success"_s, &Tokens::ok, FontRole::caption)), m_refresh([this] { refresh(); })
 {
     addRow(u"Name"_s)->add(m_name, 5)->say(u"Company"_s, secondLabel)->add(m_company, 4);
     addRow(u"Street"_s)->add(m_street, 5)->say(u"Apt / Suite"_s, secondLabel)->add(m_suite, 4);
@@ -45,7 +49,7 @@ RecipientSection::RecipientSection(AppState &app, AddressBook &book, LabelScreen
     addKeeping();
     m_country->setPlaceholderText(u"US"_s);
 
-    const std::pair<Field *, QString ShippoAddress::*> fields[] = {
+    const std::pair<LineEdit *, QString ShippoAddress::*> fields[] = {
         {m_name, &ShippoAddress::name},     {m_company, &ShippoAddress::company}, {m_street, &ShippoAddress::street1},
         {m_suite, &ShippoAddress::street2}, {m_city, &ShippoAddress::city},       {m_state, &ShippoAddress::state},
         {m_zip, &ShippoAddress::zip},       {m_country, &ShippoAddress::country}, {m_phone, &ShippoAddress::phone},
@@ -54,8 +58,8 @@ RecipientSection::RecipientSection(AppState &app, AddressBook &book, LabelScreen
         bindText(field, app.draftTo, member);
     m_validate->setToolTip(u"Validate Address"_s);
     connect(m_validate, &QPushButton::clicked, this, &RecipientSection::validateRequested);
-    m_follower.follow(app.draftTo, screen.validationStatus, screen.validationOK, screen.busy, screen.rates,
-                      screen.weightLb, screen.weightOz, screen.keepRecipient);
+    m_refresh.follow(app.draftTo, screen.validationStatus, screen.validationOK, screen.busy, screen.rates,
+                     screen.weightLb, screen.weightOz, screen.keepRecipient);
     refresh();
 }
 
@@ -108,7 +112,7 @@ void RecipientSection::refreshKeeping()
         m_outcome->setText({}); // it was about what has been edited since
 }
 
-Field *RecipientSection::field(DraftField which) const
+LineEdit *RecipientSection::field(DraftField which) const
 {
     switch (which) {
     case DraftField::name:

@@ -3,10 +3,11 @@
 #include "app/addressbook/AddressBook.h"
 #include "app/label/LabelScreen.h"
 #include "ui/parts/Button.h"
-#include "ui/parts/Field.h"
-#include "ui/parts/Follower.h"
 #include "ui/parts/FormSection.h"
+#include "ui/parts/LineEdit.h"
 #include "ui/parts/Notice.h"
+#include "ui/parts/RefreshScheduler.h"
+#include "ui/parts/TextLabel.h"
 
 class QCheckBox;
 
@@ -18,7 +19,7 @@ class RecipientSection : public FormSection {
 public:
     RecipientSection(AppState &app, AddressBook &book, LabelScreen &screen, QWidget *parent = nullptr);
 
-    Field *field(DraftField which) const; ///< null when it stands elsewhere
+    LineEdit *field(DraftField which) const; ///< null when it stands elsewhere
 
 signals:
     void validateRequested();
@@ -32,7 +33,7 @@ private:
     AppState &m_app;
     AddressBook &m_book;
     LabelScreen &m_screen;
-    Field *m_name, *m_company, *m_street, *m_suite, *m_city, *m_state, *m_zip, *m_country, *m_phone, *m_email;
+    LineEdit *m_name, *m_company, *m_street, *m_suite, *m_city, *m_state, *m_zip, *m_country, *m_phone, *m_email;
     Button *m_validate;
     TextLabel *m_status;
     FormRow *m_abroad;
@@ -41,7 +42,7 @@ private:
     Button *m_save;
     Notice *m_outcome; ///< of saving m_saved
     ShippoAddress m_saved;
-    Follower m_follower;
+    RefreshScheduler m_refresh;
 };
 
 } // namespace parcelory

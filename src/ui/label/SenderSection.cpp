@@ -1,6 +1,9 @@
 #include "ui/label/SenderSection.h"
 
 #include "ui/parts/Button.h"
+#include "ui/parts/ComboBox.h"
+#include "ui/parts/TextLabel.h"
+#include "ui/theme/Theme.h"
 
 #include <QSignalBlocker>
 
@@ -8,9 +11,9 @@ namespace parcelory {
 using namespace Qt::StringLiterals;
 
 SenderSection::SenderSection(AppState &app, LabelScreen &screen, QWidget *parent)
-    : FormSection(u"From"_s, parent), m_app(app), m_screen(screen), m_profile(new Choice(u"Sender profile"_s)),
+    : FormSection(u"From"_s, parent), m_app(app), m_screen(screen), m_profile(new ComboBox(u"Sender profile"_s)),
       m_address(new ElidedLabel({}, FontRole::caption, &Tokens::muted)), m_missing(nullptr),
-      m_hint(new Notice(u"ui_warning"_s, &Tokens::warn)), m_follower([this] { refresh(); })
+      m_hint(new Notice(u"ui_warning"_s, &Tokens::warn)), m_refresh([this] { refresh(); })
 {
     m_profile->setFixedWidth(Theme::current().scaled(140));
     addRow(u"Profile"_s)->add(m_profile)->add(m_address, 1);
@@ -20,7 +23,7 @@ SenderSection::SenderSection(AppState &app, LabelScreen &screen, QWidget *parent
     connect(settings, &QPushButton::clicked, this, [this] { m_app.tab = MainTab::settings; });
     connect(m_profile, &QComboBox::activated, this,
             [this](int at) { m_screen.senderID = m_profile->itemData(at).toUuid(); });
-    m_follower.follow(app.senders.profiles, app.senders.defaultID, screen.senderID);
+    m_refresh.follow(app.senders.profiles, app.senders.defaultID, screen.senderID);
     refresh();
 }
 

@@ -1,10 +1,11 @@
 #pragma once
 
 #include "app/label/LabelScreen.h"
-#include "ui/parts/Field.h"
-#include "ui/parts/Follower.h"
+#include "ui/parts/ComboBox.h"
 #include "ui/parts/FormSection.h"
 #include "ui/parts/Notice.h"
+#include "ui/parts/RefreshScheduler.h"
+#include "ui/parts/TextLabel.h"
 
 namespace parcelory {
 
@@ -19,11 +20,11 @@ private:
 
     AppState &m_app;
     LabelScreen &m_screen;
-    Choice *m_profile;
+    ComboBox *m_profile;
     ElidedLabel *m_address;
     FormRow *m_missing;
     Notice *m_hint;
-    Follower m_follower;
+    RefreshScheduler m_refresh;
 };
 
 } // namespace parcelory

@@ -1,6 +1,8 @@
 #include "ui/label/ServiceSection.h"
 
 #include "ui/parts/Binding.h"
+#include "ui/parts/ComboBox.h"
+#include "ui/parts/DateField.h"
 #include "ui/theme/Icons.h"
 
 #include <QSignalBlocker>
@@ -9,9 +11,9 @@ namespace parcelory {
 using namespace Qt::StringLiterals;
 
 ServiceSection::ServiceSection(AppState &app, LabelScreen &screen, QWidget *parent)
-    : FormSection(u"Service"_s, parent), m_app(app), m_screen(screen), m_class(new Choice(u"Class"_s)),
+    : FormSection(u"Service"_s, parent), m_app(app), m_screen(screen), m_class(new ComboBox(u"Class"_s)),
       m_date(new DateField(u"Ship date"_s)), m_residentialRow(nullptr),
-      m_residential(new QCheckBox(u"Residential address"_s)), m_follower([this] { refresh(); })
+      m_residential(new QCheckBox(u"Residential address"_s)), m_refresh([this] { refresh(); })
 {
     addRow(u"Class"_s)->add(m_class, 1)->say(u"Ship date"_s)->add(m_date);
     m_residentialRow = addRow();
@@ -22,8 +24,8 @@ ServiceSection::ServiceSection(AppState &app, LabelScreen &screen, QWidget *pare
             [this](int at) { m_screen.svcClass = ServiceClass(m_class->itemData(at).toInt()); });
     connect(m_date, &QDateEdit::userDateChanged, this, [this](QDate date) { m_screen.shipDate = date; });
     connect(m_residential, &QCheckBox::toggled, this, [this](bool on) { m_screen.fedexResidential = on; });
-    m_follower.follow(app.draftTo, screen.carrier, screen.mailpiece, screen.svcClass, screen.shipDate,
-                      screen.fedexResidential);
+    m_refresh.follow(app.draftTo, screen.carrier, screen.mailpiece, screen.svcClass, screen.shipDate,
+                     screen.fedexResidential);
     refresh();
 }
 
@@ -44,11 +46,11 @@ void ServiceSection::refresh()
 }
 
 ExtrasSection::ExtrasSection(LabelScreen &screen, QWidget *parent)
-    : FormSection(u"Extras"_s, parent), m_screen(screen), m_option(new Choice(u"Option"_s)),
-      m_insurance(new Field(u"Insured value, US dollars"_s, 112)),
-      m_warning(new Notice(u"ui_warning"_s, &Tokens::warn)), m_follower([this] { refresh(); })
+    : FormSection(u"Extras"_s, parent), m_screen(screen), m_option(new ComboBox(u"Option"_s)),
+      m_insurance(new LineEdit(u"Insured value, US dollars"_s, 112)),
+      m_warning(new Notice(u"ui_warning"_s, &Tokens::warn)), m_refresh([this] { refresh(); })
 {
-    auto *reference = new Field(u"Reference number"_s, 96), *description = new Field(u"Description"_s);
+    auto *reference = new LineEdit(u"Reference number"_s, 96), *description = new LineEdit(u"Description"_s);
     description->setPlaceholderText(u"Local log only"_s);
     addRow(u"Option"_s)->add(m_option, 1)->say(u"Insure  $"_s)->add(m_insurance);
     addBelowFields(m_warning);
@@ -58,7 +60,7 @@ ExtrasSection::ExtrasSection(LabelScreen &screen, QWidget *parent)
     bindText(description, screen.descriptionText);
     connect(m_option, &QComboBox::activated, this,
             [this](int at) { m_screen.service = ServiceOption(m_option->itemData(at).toInt()); });
-    m_follower.follow(screen.carrier, screen.service, screen.svcClass);
+    m_refresh.follow(screen.carrier, screen.service, screen.svcClass);
     refresh();
 }
 

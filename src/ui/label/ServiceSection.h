@@ -1,10 +1,12 @@
 #pragma once
 
 #include "app/label/LabelScreen.h"
-#include "ui/parts/Field.h"
-#include "ui/parts/Follower.h"
+#include "ui/parts/ComboBox.h"
+#include "ui/parts/DateField.h"
 #include "ui/parts/FormSection.h"
+#include "ui/parts/LineEdit.h"
 #include "ui/parts/Notice.h"
+#include "ui/parts/RefreshScheduler.h"
 
 #include <QCheckBox>
 
@@ -21,11 +23,11 @@ private:
 
     AppState &m_app;
     LabelScreen &m_screen;
-    Choice *m_class;
+    ComboBox *m_class;
     DateField *m_date;
     FormRow *m_residentialRow;
     QCheckBox *m_residential;
-    Follower m_follower;
+    RefreshScheduler m_refresh;
 };
 
 /// "Extras": signature, insurance, and what the desk notes for itself.
@@ -34,16 +36,16 @@ class ExtrasSection : public FormSection {
 public:
     explicit ExtrasSection(LabelScreen &screen, QWidget *parent = nullptr);
 
-    Field *field(DraftField which) const { return which == DraftField::insurance ? m_insurance : nullptr; }
+    LineEdit *field(DraftField which) const { return which == DraftField::insurance ? m_insurance : nullptr; }
 
 private:
     void refresh();
 
     LabelScreen &m_screen;
-    Choice *m_option;
-    Field *m_insurance;
+    ComboBox *m_option;
+    LineEdit *m_insurance;
     Notice *m_warning;
-    Follower m_follower;
+    RefreshScheduler m_refresh;
 };
 
 } // namespace parcelory

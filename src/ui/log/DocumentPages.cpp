@@ -1,6 +1,6 @@
 #include "ui/log/DocumentPages.h"
 
-#include "ui/parts/Surface.h"
+#include "ui/parts/PanelFrame.h"
 
 #include <QBuffer>
 #include <QPdfDocument>
@@ -19,7 +19,7 @@ DocumentPages::DocumentPages(const QString &name, QWidget *parent) : QScrollArea
     setFrameShape(QFrame::NoFrame);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn); // the pages' width, and so their height, must not depend on it
-    auto *sheet = new Surface(&Tokens::window);
+    auto *sheet = new PanelFrame(&Tokens::window);
     m_column = new QVBoxLayout(sheet);
     m_column->setContentsMargins(0, 0, 0, 0);
     m_column->setSpacing(0);

@@ -1,11 +1,15 @@
 #include "ui/log/LogFoot.h"
+#include "ui/parts/BusyBar.h"
+#include "ui/parts/PanelFrame.h"
+#include "ui/parts/Separator.h"
+#include "ui/theme/Theme.h"
 
 #include <QHBoxLayout>
 #include <QVBoxLayout>
 
 namespace parcelory {
 
-LogFoot::LogFoot(QWidget *parent) : Surface(&Tokens::sheet, parent), m_bar(new BusyBar), m_row(new QHBoxLayout)
+LogFoot::LogFoot(QWidget *parent) : PanelFrame(&Tokens::sheet, parent), m_bar(new BusyBar), m_row(new QHBoxLayout)
 {
     constexpr int height = 40;
     // The room is kept while there is nothing to say, so that nothing jumps.
@@ -14,7 +18,7 @@ LogFoot::LogFoot(QWidget *parent) : Surface(&Tokens::sheet, parent), m_bar(new B
     auto *rows = new QVBoxLayout(this);
     rows->setContentsMargins(16, 0, 16, 4);
     rows->setSpacing(4);
-    rows->addWidget(new Rule);
+    rows->addWidget(new Separator);
     rows->addWidget(m_bar);
     rows->addLayout(m_row, 1);
     m_row->setSpacing(10);

@@ -1,13 +1,14 @@
 #pragma once
 
-#include "ui/parts/Notice.h"
+#include "ui/parts/BusyBar.h"
+#include "ui/parts/PanelFrame.h"
 
 class QHBoxLayout;
 
 namespace parcelory {
 
 /// The line under a log: what it came to, and that something is under way.
-class LogFoot : public Surface {
+class LogFoot : public PanelFrame {
 public:
     explicit LogFoot(QWidget *parent = nullptr);
 

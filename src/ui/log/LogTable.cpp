@@ -1,5 +1,6 @@
 #include "ui/log/LogTable.h"
 
+#include "ui/parts/RowTable.h"
 #include "ui/theme/Theme.h"
 
 #include <QHeaderView>

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ui/log/LogModel.h"
+#include "ui/parts/RowTable.h"
 
 namespace parcelory {
 

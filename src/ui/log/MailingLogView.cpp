@@ -1,15 +1,20 @@
 #include "ui/log/MailingLogView.h"
 
-#include "core/Text.h"
 #include "core/SettingsKeys.h"
+#include "core/Text.h"
 #include "ui/log/LogFoot.h"
 #include "ui/log/ShipmentDetails.h"
 #include "ui/log/ShipmentTable.h"
-#include "ui/parts/Attention.h"
+#include "ui/parts/Accessibility.h"
 #include "ui/parts/Binding.h"
-#include "ui/parts/ShareBar.h"
+#include "ui/parts/EmptyState.h"
+#include "ui/parts/PanelFrame.h"
+#include "ui/parts/ProgressBar.h"
+#include "ui/parts/RowTable.h"
 #include "ui/parts/TabOrder.h"
+#include "ui/parts/TextLabel.h"
 #include "ui/parts/Toolbar.h"
+#include "ui/theme/Theme.h"
 
 #include <QHBoxLayout>
 #include <QSplitter>
@@ -33,10 +38,10 @@ MailingLogView::MailingLogView(AppState &app, MailingLogScreen &screen, QWidget 
       m_empty(new EmptyState(u"ui_invoice"_s, {})), m_list(new QStackedWidget),
       m_details(new ShipmentDetails(screen, m_table)), m_splitter(new QSplitter(Qt::Vertical)), m_foot(new LogFoot),
       m_message(new Notice(u"ui_info"_s, &Tokens::muted, FontRole::body)),
-      m_share(new ShareBar(u"Share of the shipments that is done"_s, 160)), m_cancel(new Button(u"Cancel"_s)),
-      m_follower([this] { refresh(); })
+      m_share(new ProgressBar(u"Share of the shipments that is done"_s, 160)), m_cancel(new Button(u"Cancel"_s)),
+      m_refresh([this] { refresh(); })
 {
-    auto *sheet = new Surface(&Tokens::sheet);
+    auto *sheet = new PanelFrame(&Tokens::sheet);
     auto *centred = new QVBoxLayout(sheet);
     centred->addWidget(m_empty);
     m_list->addWidget(m_table);
@@ -55,7 +60,7 @@ MailingLogView::MailingLogView(AppState &app, MailingLogScreen &screen, QWidget 
     bindText(m_search, screen.search);
     connectList();
     restoreLayout();
-    m_follower.follow(screen.selected, screen.message, screen.busy, screen.progress);
+    m_refresh.follow(screen.selected, screen.message, screen.busy, screen.progress);
     refreshList();
 }
 

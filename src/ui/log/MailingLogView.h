@@ -2,9 +2,11 @@
 
 #include "app/logs/MailingLogScreen.h"
 #include "ui/parts/Button.h"
-#include "ui/parts/Follower.h"
+#include "ui/parts/EmptyState.h"
 #include "ui/parts/Notice.h"
+#include "ui/parts/RefreshScheduler.h"
 #include "ui/parts/SearchField.h"
+#include "ui/parts/TextLabel.h"
 
 class QSplitter;
 class QStackedWidget;
@@ -13,7 +15,7 @@ namespace parcelory {
 
 class LogFoot;
 class RowTable;
-class ShareBar;
+class ProgressBar;
 class ShipmentDetails;
 class ShipmentTable;
 
@@ -53,10 +55,10 @@ private:
     QSplitter *m_splitter;
     LogFoot *m_foot;
     Notice *m_message;
-    ShareBar *m_share; ///< how far an export or import is
+    ProgressBar *m_share; ///< how far an export or import is
     Button *m_cancel;
     QString m_listed; ///< the search that the rows in sight belong to
-    Follower m_follower;
+    RefreshScheduler m_refresh;
 };
 
 } // namespace parcelory

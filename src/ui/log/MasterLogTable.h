@@ -1,6 +1,7 @@
 #pragma once
 
 #include "carrier/MasterEntry.h"
+#include "ui/log/LogModel.h"
 #include "ui/log/LogTable.h"
 
 namespace parcelory {

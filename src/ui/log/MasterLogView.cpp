@@ -3,9 +3,17 @@
 #include "core/SettingsKeys.h"
 #include "ui/log/LogFoot.h"
 #include "ui/log/MasterLogTable.h"
-#include "ui/parts/Attention.h"
+#include "ui/parts/Accessibility.h"
+#include "ui/parts/DateField.h"
+#include "ui/parts/EmptyState.h"
+#include "ui/parts/IconView.h"
+#include "ui/parts/PanelFrame.h"
+#include "ui/parts/RowTable.h"
+#include "ui/parts/Separator.h"
 #include "ui/parts/TabOrder.h"
+#include "ui/parts/TextLabel.h"
 #include "ui/parts/Toolbar.h"
+#include "ui/theme/Theme.h"
 
 #include <QHBoxLayout>
 #include <QKeyEvent>
@@ -19,7 +27,7 @@ using namespace Qt::StringLiterals;
 MasterLogView::MasterLogView(AppState &app, MasterLogScreen &screen, KeysScreen &keys, QWidget *parent)
     : QWidget(parent), m_app(app), m_screen(screen), m_keys(keys), m_from(new DateField(u"From"_s)),
       m_to(new DateField(u"To"_s)), m_usual(new Button(u"Last 15 Days"_s)),
-      m_refresh(new Button(u"Refresh"_s, Button::Kind::standard, u"ui_refresh"_s)),
+      m_refreshButton(new Button(u"Refresh"_s, Button::Kind::standard, u"ui_refresh"_s)),
       m_copy(new Button(u"Copy Tracking"_s, Button::Kind::standard, u"ui_copy"_s)),
       m_track(new Button(u"Track Online"_s, Button::Kind::standard, u"ui_external"_s)),
       m_export(new Button(u"Export CSV"_s, Button::Kind::standard, u"ui_export"_s)), m_table(new MasterLogTable),
@@ -27,9 +35,9 @@ MasterLogView::MasterLogView(AppState &app, MasterLogScreen &screen, KeysScreen 
       m_summary(new TextLabel({}, FontRole::strong)),
       m_note(
           new TextLabel(u"Refunded and pending labels are listed, not counted."_s, FontRole::caption, &Tokens::muted)),
-      m_messageIcon(new IconView(u"ui_info"_s, 16)), m_message(new ElidedLabel), m_follower([this] { refresh(); })
+      m_messageIcon(new IconView(u"ui_info"_s, 16)), m_message(new ElidedLabel), m_refresh([this] { refresh(); })
 {
-    auto *sheet = new Surface(&Tokens::sheet);
+    auto *sheet = new PanelFrame(&Tokens::sheet);
     auto *centred = new QVBoxLayout(sheet);
     centred->addWidget(m_empty);
     m_pages->addWidget(m_table);
@@ -43,8 +51,8 @@ MasterLogView::MasterLogView(AppState &app, MasterLogScreen &screen, KeysScreen 
     orderTabsByLayout(this);
     connectList();
     m_table->restoreColumns(read(app.platform.preferences, settings::masterLogColumns));
-    m_follower.follow(screen.from, screen.to, screen.entries, screen.selected, screen.busy, screen.pages,
-                      screen.message, screen.loaded, keys.mode, app.keyChanges);
+    m_refresh.follow(screen.from, screen.to, screen.entries, screen.selected, screen.busy, screen.pages, screen.message,
+                     screen.loaded, keys.mode, app.keyChanges);
     refresh();
 }
 
@@ -56,8 +64,8 @@ QWidget *MasterLogView::makeToolbar()
         m_screen.lastFifteenDays();
         load();
     });
-    m_refresh->setToolTip(QKeySequence(Qt::CTRL | Qt::Key_R).toString(QKeySequence::NativeText));
-    connect(m_refresh, &QPushButton::clicked, this, &MasterLogView::load);
+    m_refreshButton->setToolTip(QKeySequence(Qt::CTRL | Qt::Key_R).toString(QKeySequence::NativeText));
+    connect(m_refreshButton, &QPushButton::clicked, this, &MasterLogView::load);
     connect(m_copy, &QPushButton::clicked, this, [this] {
         if (const auto entry = m_screen.selectedEntry())
             m_screen.copyTracking(*entry);
@@ -71,10 +79,10 @@ QWidget *MasterLogView::makeToolbar()
     auto *to = new TextLabel(u"To:"_s, FontRole::body, &Tokens::muted);
     from->setBuddy(m_from);
     to->setBuddy(m_to);
-    auto *rule = new Rule(Qt::Vertical);
+    auto *rule = new Separator(Qt::Vertical);
     rule->setFixedHeight(Theme::current().scaled(16));
     auto *bar = new Toolbar;
-    bar->add(from)->add(m_from)->add(to)->add(m_to)->add(m_usual)->add(m_refresh)->fill();
+    bar->add(from)->add(m_from)->add(to)->add(m_to)->add(m_usual)->add(m_refreshButton)->fill();
     return bar->add(m_copy)->add(m_track)->add(rule)->add(m_export);
 }
 
@@ -139,7 +147,7 @@ void MasterLogView::takeRange()
 void MasterLogView::showEvent(QShowEvent *event)
 {
     QWidget::showEvent(event);
-    m_follower.touch();
+    m_refresh.touch();
 }
 
 void MasterLogView::hideEvent(QHideEvent *event)
@@ -173,8 +181,8 @@ void MasterLogView::refreshRange()
     for (DateField *field : {m_from, m_to})
         field->setReadOnly(m_screen.busy); // the range under way stays in sight
     enable(m_usual, canLoad(), m_from);
-    enable(m_refresh, canLoad(), m_from);
-    m_refresh->setKind(m_screen.loaded ? Button::Kind::standard : Button::Kind::solid);
+    enable(m_refreshButton, canLoad(), m_from);
+    m_refreshButton->setKind(m_screen.loaded ? Button::Kind::standard : Button::Kind::solid);
 }
 
 void MasterLogView::refreshList()

@@ -3,9 +3,11 @@
 #include "app/logs/MasterLogScreen.h"
 #include "app/settings/KeysScreen.h"
 #include "ui/parts/Button.h"
-#include "ui/parts/Field.h"
-#include "ui/parts/Follower.h"
-#include "ui/parts/Notice.h"
+#include "ui/parts/DateField.h"
+#include "ui/parts/EmptyState.h"
+#include "ui/parts/IconView.h"
+#include "ui/parts/RefreshScheduler.h"
+#include "ui/parts/TextLabel.h"
 
 class QStackedWidget;
 
@@ -49,7 +51,7 @@ private:
     DateField *m_from;
     DateField *m_to;
     Button *m_usual;
-    Button *m_refresh;
+    Button *m_refreshButton;
     Button *m_copy;
     Button *m_track;
     Button *m_export;
@@ -63,7 +65,7 @@ private:
     ElidedLabel *m_message;
     QList<MasterEntry> m_listed;     ///< what the table shows
     std::optional<int> m_loadedKeys; ///< the state of the keys for which the tab has loaded by itself
-    Follower m_follower;
+    RefreshScheduler m_refresh;
 };
 
 } // namespace parcelory

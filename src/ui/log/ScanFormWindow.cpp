@@ -4,12 +4,14 @@
 #include "ui/log/DocumentPages.h"
 #include "ui/log/LogTable.h"
 #include "ui/log/ShipmentTexts.h"
-#include "ui/parts/Attention.h"
+#include "ui/parts/Accessibility.h"
 #include "ui/parts/Button.h"
-#include "ui/parts/Field.h"
-#include "ui/parts/Notice.h"
+#include "ui/parts/ComboBox.h"
+#include "ui/parts/EmptyState.h"
+#include "ui/parts/PanelFrame.h"
 #include "ui/parts/TabOrder.h"
 #include "ui/parts/Toolbar.h"
+#include "ui/theme/Theme.h"
 
 #include <QShortcut>
 #include <QSplitter>
@@ -42,14 +44,14 @@ const RecordModel<ShipmentRecord>::Columns &columns()
 } // namespace
 
 ScanFormWindow::ScanFormWindow(AppState &app, ScanFormScreen &screen, QWidget *parent)
-    : QWidget(parent, Qt::Window), m_screen(screen), m_history(new Choice(u"SCAN forms made here"_s)),
+    : QWidget(parent, Qt::Window), m_screen(screen), m_history(new ComboBox(u"SCAN forms made here"_s)),
       m_outcome(new ElidedLabel({}, FontRole::body, &Tokens::muted)),
       m_save(new Button(u"Save…"_s, Button::Kind::standard, u"ui_export"_s)),
       m_print(new Button(u"Print"_s, Button::Kind::solid, u"ui_printer"_s)),
       m_pages(new DocumentPages(u"The SCAN form"_s)), m_sheets(new QStackedWidget),
       m_count(new TextLabel({}, FontRole::strong)), m_model(new RecordModel<ShipmentRecord>(columns(), this)),
       m_labels(new LogTable(u"Labels on this form"_s, m_model)), m_reload([this] { load(); }),
-      m_follower([this] { refresh(); })
+      m_refresh([this] { refresh(); })
 {
     const Theme &theme = Theme::current();
     setWindowTitle(u"SCAN Form"_s);
@@ -72,7 +74,7 @@ ScanFormWindow::ScanFormWindow(AppState &app, ScanFormScreen &screen, QWidget *p
     addShortcuts();
     orderTabsByLayout(this);
     m_reload.follow(app.scanFormPDF);
-    m_follower.follow(screen.forms, screen.shown, screen.documents, screen.labels, screen.message, screen.busy);
+    m_refresh.follow(screen.forms, screen.shown, screen.documents, screen.labels, screen.message, screen.busy);
     load();
     refresh();
 }
@@ -97,7 +99,7 @@ QWidget *ScanFormWindow::makeToolbar()
 
 QWidget *ScanFormWindow::makeLabels()
 {
-    auto *side = new Surface(&Tokens::sheet);
+    auto *side = new PanelFrame(&Tokens::sheet);
     auto *rows = new QVBoxLayout(side);
     rows->setContentsMargins(0, 10, 0, 0);
     rows->setSpacing(8);

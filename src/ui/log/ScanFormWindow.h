@@ -2,7 +2,8 @@
 
 #include "app/scanform/ScanFormScreen.h"
 #include "ui/log/LogModel.h"
-#include "ui/parts/Follower.h"
+#include "ui/parts/ComboBox.h"
+#include "ui/parts/RefreshScheduler.h"
 #include "ui/parts/TextLabel.h"
 
 class QStackedWidget;
@@ -10,7 +11,7 @@ class QStackedWidget;
 namespace parcelory {
 
 class Button;
-class Choice;
+class ComboBox;
 class DocumentPages;
 class LogTable;
 
@@ -31,7 +32,7 @@ private:
     void refreshContents();
 
     ScanFormScreen &m_screen;
-    Choice *m_history;
+    ComboBox *m_history;
     ElidedLabel *m_outcome;
     Button *m_save;
     Button *m_print;
@@ -43,8 +44,8 @@ private:
     bool m_hasBegun = false; ///< a form was shown
     QList<ScanForm> m_listed;
     QList<QByteArray> m_drawn;
-    Follower m_reload;
-    Follower m_follower;
+    RefreshScheduler m_reload;
+    RefreshScheduler m_refresh;
 };
 
 } // namespace parcelory

@@ -1,10 +1,11 @@
 #include "ui/log/ShipmentDetails.h"
 
 #include "core/Text.h"
-#include "records/LabelGuard.h"
+#include "records/LabelChecks.h"
 #include "records/ShipmentStatus.h"
 #include "ui/log/ShipmentTexts.h"
-#include "ui/parts/Attention.h"
+#include "ui/parts/Accessibility.h"
+#include "ui/theme/Theme.h"
 
 #include <QClipboard>
 #include <QGuiApplication>
@@ -93,7 +94,7 @@ Token inkOf(RefundState refund)
 } // namespace
 
 ShipmentDetails::ShipmentDetails(MailingLogScreen &screen, QWidget *list, QWidget *parent)
-    : Surface(&Tokens::sheet, parent), m_screen(screen), m_list(list), m_pages(new QStackedLayout(this)),
+    : PanelFrame(&Tokens::sheet, parent), m_screen(screen), m_list(list), m_pages(new QStackedLayout(this)),
       m_name(new ElidedLabel({}, FontRole::h2)),
       m_badges{new Badge({}, BadgeKind::plain), new Badge({}, BadgeKind::plain)},
       m_reprint(new Button(u"Reprint"_s, Button::Kind::tint, u"ui_printer"_s)),
@@ -159,7 +160,7 @@ QWidget *ShipmentDetails::makeLines()
     area->setWidgetResizable(true);
     area->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     area->setFocusPolicy(Qt::NoFocus);
-    auto *body = new Surface(&Tokens::sheet);
+    auto *body = new PanelFrame(&Tokens::sheet);
     auto *columns = new QHBoxLayout(body);
     columns->setContentsMargins(0, 0, 0, 0);
     columns->setSpacing(16);
@@ -204,10 +205,10 @@ void ShipmentDetails::refreshButtons(const ShipmentRecord &record)
     const bool idle = !m_screen.busy;
     enable(m_reprint, idle, m_list);
     enable(m_customs, idle && record.isIntl, m_list);
-    explain(m_check, labelObstacle(LabelUse::checkStatus, record), idle);
+    explain(m_check, labelBlocker(LabelUse::checkStatus, record), idle);
     enable(m_copy, !record.tracking.isEmpty(), m_list);
     enable(m_track, !record.trackingURL.isEmpty(), m_list);
-    explain(m_refund, labelObstacle(LabelUse::refund, record), idle);
+    explain(m_refund, labelBlocker(LabelUse::refund, record), idle);
 }
 
 /// Says at the button why it cannot be pressed; empty when it can.

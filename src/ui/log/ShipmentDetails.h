@@ -3,7 +3,7 @@
 #include "app/logs/MailingLogScreen.h"
 #include "ui/parts/Badge.h"
 #include "ui/parts/Button.h"
-#include "ui/parts/Surface.h"
+#include "ui/parts/PanelFrame.h"
 #include "ui/parts/TextLabel.h"
 
 #include <array>
@@ -14,7 +14,7 @@ class QStackedLayout;
 namespace parcelory {
 
 /// The pane under the mailing log: one shipment in full, and what can be done with it.
-class ShipmentDetails : public Surface {
+class ShipmentDetails : public PanelFrame {
     Q_OBJECT
 public:
     /// `list` takes the keyboard from a button that cannot be pressed any more.

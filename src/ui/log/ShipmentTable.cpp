@@ -1,6 +1,7 @@
 #include "ui/log/ShipmentTable.h"
 
 #include "core/Text.h"
+#include "ui/log/LogModel.h"
 #include "ui/log/ShipmentTexts.h"
 
 #include <limits>

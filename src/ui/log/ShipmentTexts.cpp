@@ -8,7 +8,7 @@ using namespace Qt::StringLiterals;
 
 QString timeText(const ShipmentRecord &record)
 {
-    return momentText(record.createdAt);
+    return dateTimeText(record.createdAt);
 }
 
 QString postageText(const ShipmentRecord &record)

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ui/parts/Field.h"
+#include "ui/parts/LineEdit.h"
 
 #include <QProperty>
 #include <QPropertyNotifier>
@@ -12,7 +12,7 @@ namespace parcelory {
 /// Ties a field and a text of a screen model together, both ways, for the field's life. The cursor stays where the
 /// clerk has it: the field is only written when the text differs.
 template <class Get, class Set, class Property>
-void bindText(Field *field, Property &watched, Get get, Set set)
+void bindText(LineEdit *field, Property &watched, Get get, Set set)
 {
     const auto show = [field, get] {
         if (field->text() == get())
@@ -26,7 +26,7 @@ void bindText(Field *field, Property &watched, Get get, Set set)
     QObject::connect(field, &QLineEdit::textEdited, field, [set, notifier](const QString &typed) { set(typed); });
 }
 
-inline void bindText(Field *field, QProperty<QString> &property)
+inline void bindText(LineEdit *field, QProperty<QString> &property)
 {
     bindText(
         field, property, [&property] { return property.value(); },
@@ -35,7 +35,7 @@ inline void bindText(Field *field, QProperty<QString> &property)
 
 /// The same for one text of a record that is a property as a whole.
 template <class Record>
-void bindText(Field *field, QProperty<Record> &property, QString Record::*member)
+void bindText(LineEdit *field, QProperty<Record> &property, QString Record::*member)
 {
     bindText(
         field, property, [&property, member] { return property.value().*member; },

@@ -1,6 +1,6 @@
 #include "ui/parts/Dialog.h"
-
-#include "ui/parts/Surface.h"
+#include "ui/parts/IconView.h"
+#include "ui/theme/Theme.h"
 
 #include <QApplication>
 #include <QDialogButtonBox>

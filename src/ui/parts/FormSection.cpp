@@ -1,4 +1,5 @@
 #include "ui/parts/FormSection.h"
+#include "ui/theme/Theme.h"
 
 #include <QHBoxLayout>
 #include <QVBoxLayout>

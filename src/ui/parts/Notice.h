@@ -1,9 +1,7 @@
 #pragma once
 
-#include "ui/parts/Surface.h"
+#include "ui/parts/IconView.h"
 #include "ui/parts/TextLabel.h"
-
-class QVBoxLayout;
 
 namespace parcelory {
 
@@ -24,37 +22,6 @@ public:
 private:
     IconView *m_icon;
     TextLabel *m_text;
-};
-
-/// What stands where a list has nothing to show: a drawing and a sentence, at two fifths of the height.
-class EmptyState : public QWidget {
-public:
-    EmptyState(const QString &icon, const QString &sentence, QWidget *parent = nullptr);
-
-    void set(const QString &icon, const QString &sentence);
-    /// Something below the sentence, such as a button or a checklist.
-    void append(QWidget *widget, Qt::Alignment alignment = Qt::AlignHCenter);
-
-private:
-    IconView *m_icon;
-    TextLabel *m_sentence;
-    QVBoxLayout *m_column;
-};
-
-/// Two pixels that move while something is under way for longer than a second.
-class BusyBar : public QWidget {
-public:
-    explicit BusyBar(QWidget *parent = nullptr);
-
-    void setBusy(bool busy);
-
-protected:
-    void paintEvent(QPaintEvent *event) override;
-    void timerEvent(QTimerEvent *event) override;
-
-private:
-    int m_timer = 0;
-    int m_ticks = 0;
 };
 
 } // namespace parcelory

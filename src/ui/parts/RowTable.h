@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ui/parts/Follower.h"
+#include "ui/parts/RefreshScheduler.h"
 
 #include <QStyledItemDelegate>
 #include <QTableView>
@@ -49,7 +49,7 @@ private:
     int rowOf(const QVariant &id) const;
     void sortAsMarked();
 
-    Follower m_heights; ///< of rows that wrap, set when the columns have found their widths
+    RefreshScheduler m_heights; ///< of rows that wrap, set when the columns have found their widths
 };
 
 /// Draws a row's cells: the text at eight pixels from the edges, the chosen row with a bar at its left. The tooltip of

@@ -8,7 +8,7 @@
 namespace parcelory {
 using namespace Qt::StringLiterals;
 
-SearchField::SearchField(const QString &prompt, int width, QWidget *parent) : Field(prompt, width, parent)
+SearchField::SearchField(const QString &prompt, int width, QWidget *parent) : LineEdit(prompt, width, parent)
 {
     setPlaceholderText(prompt);
     setTextMargins(2, 0, 2, 0); // the glass stands before the text
@@ -41,7 +41,7 @@ void SearchField::keyPressEvent(QKeyEvent *event)
     else if (event->key() == Qt::Key_Down)
         emit listRequested();
     else
-        Field::keyPressEvent(event);
+        LineEdit::keyPressEvent(event);
 }
 
 } // namespace parcelory

@@ -1,11 +1,11 @@
 #pragma once
 
-#include "ui/parts/Field.h"
+#include "ui/parts/LineEdit.h"
 
 namespace parcelory {
 
 /// A field that narrows a list while one types. Escape and the mark at its right clear it, Down goes to the list.
-class SearchField : public Field {
+class SearchField : public LineEdit {
     Q_OBJECT
 public:
     /// `prompt` stands in the empty field and names it.

@@ -1,10 +1,11 @@
 #include "ui/parts/Toolbar.h"
+#include "ui/theme/Theme.h"
 
 #include <QHBoxLayout>
 
 namespace parcelory {
 
-Toolbar::Toolbar(QWidget *parent) : Surface(&Tokens::window, parent), m_row(new QHBoxLayout(this))
+Toolbar::Toolbar(QWidget *parent) : PanelFrame(&Tokens::window, parent), m_row(new QHBoxLayout(this))
 {
     setLines(Qt::BottomEdge);
     setFixedHeight(Theme::current().scaled(47));

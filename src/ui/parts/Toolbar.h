@@ -1,13 +1,13 @@
 #pragma once
 
-#include "ui/parts/Surface.h"
+#include "ui/parts/PanelFrame.h"
 
 class QHBoxLayout;
 
 namespace parcelory {
 
 /// The strip above a table.
-class Toolbar : public Surface {
+class Toolbar : public PanelFrame {
 public:
     explicit Toolbar(QWidget *parent = nullptr);
 

@@ -1,6 +1,10 @@
 #include "ui/settings/ApiKeysPage.h"
 
+#include "ui/parts/IconView.h"
+#include "ui/parts/PanelFrame.h"
 #include "ui/parts/TabOrder.h"
+#include "ui/parts/TextLabel.h"
+#include "ui/theme/Theme.h"
 
 #include <QHBoxLayout>
 #include <QPointer>
@@ -48,10 +52,10 @@ QString storageNote(bool practice)
 } // namespace
 
 /// A key by its name: choosing it makes it the active one.
-class KeyRowView : public Surface {
+class KeyRowView : public PanelFrame {
 public:
     KeyRowView(KeysScreen &keys, const QString &name, QButtonGroup &choice)
-        : Surface(&Tokens::sheet), m_name(name), m_choose(new QRadioButton), m_mode(new Badge({}, BadgeKind::plain)),
+        : PanelFrame(&Tokens::sheet), m_name(name), m_choose(new QRadioButton), m_mode(new Badge({}, BadgeKind::plain)),
           m_active(new TextLabel(u"Active"_s, FontRole::caption, &Tokens::muted))
     {
         QString shown = m_choose->fontMetrics().elidedText(name, Qt::ElideMiddle, Theme::current().scaled(300));
@@ -93,15 +97,15 @@ private:
 ApiKeysPage::ApiKeysPage(KeysScreen &keys, QWidget *parent)
     : SettingsPage(u"Carrier API Keys"_s, parent), m_keys(keys), m_status(appendCard()), m_list(appendListCard()),
       m_mode(new Badge({}, BadgeKind::plain)), m_warning(new IconView(u"ui_warning"_s, 16, &Tokens::warn)),
-      m_text(new TextLabel({}, FontRole::strong)), m_name(new Field(u"Key name"_s, 220)),
-      m_token(new Field(u"Token"_s)), m_add(new Button(u"Add Key"_s, Button::Kind::solid)),
+      m_text(new TextLabel({}, FontRole::strong)), m_name(new LineEdit(u"Key name"_s, 220)),
+      m_token(new LineEdit(u"Token"_s)), m_add(new Button(u"Add Key"_s, Button::Kind::solid)),
       m_refusal(new Notice(u"ui_warning"_s, &Tokens::warn)),
       m_note(new TextLabel({}, FontRole::caption, &Tokens::muted)), m_rows(column(m_list)),
-      m_follower([this] { refresh(); })
+      m_refresh([this] { refresh(); })
 {
     fillStatus();
     appendEntry();
-    m_follower.follow(keys.mode, keys.settingsText, keys.keys, keys.message);
+    m_refresh.follow(keys.mode, keys.settingsText, keys.keys, keys.message);
     refresh();
 }
 
@@ -135,7 +139,7 @@ void ApiKeysPage::appendEntry()
     note->addWidget(new IconView(u"ui_lock"_s, 14));
     note->addWidget(m_note, 1);
     rows->addLayout(note);
-    for (Field *field : {m_name, m_token}) {
+    for (LineEdit *field : {m_name, m_token}) {
         connect(field, &QLineEdit::textChanged, this, &ApiKeysPage::refreshEntry);
         connect(field, &QLineEdit::returnPressed, m_add, &QPushButton::click);
     }

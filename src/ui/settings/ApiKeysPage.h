@@ -3,9 +3,12 @@
 #include "app/settings/KeysScreen.h"
 #include "ui/parts/Badge.h"
 #include "ui/parts/Button.h"
-#include "ui/parts/Field.h"
-#include "ui/parts/Follower.h"
+#include "ui/parts/IconView.h"
+#include "ui/parts/LineEdit.h"
 #include "ui/parts/Notice.h"
+#include "ui/parts/PanelFrame.h"
+#include "ui/parts/RefreshScheduler.h"
+#include "ui/parts/TextLabel.h"
 #include "ui/settings/RowList.h"
 #include "ui/settings/SettingsPage.h"
 
@@ -31,18 +34,18 @@ private:
     void finishAdding();
 
     KeysScreen &m_keys;
-    Surface *m_status, *m_list;
+    PanelFrame *m_status, *m_list;
     Badge *m_mode;
     IconView *m_warning;
     TextLabel *m_text;
-    Field *m_name, *m_token;
+    LineEdit *m_name, *m_token;
     Button *m_add;
     Notice *m_refusal;
     TextLabel *m_note;
     bool m_adding = false;
     QButtonGroup m_choice;
     RowList<QString, KeyRowView> m_rows;
-    Follower m_follower;
+    RefreshScheduler m_refresh;
 };
 
 } // namespace parcelory

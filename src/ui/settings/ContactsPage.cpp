@@ -1,6 +1,5 @@
 #include "ui/settings/ContactsPage.h"
-
-#include "ui/parts/Surface.h"
+#include "ui/parts/TextLabel.h"
 
 #include <QPointer>
 #include <QVBoxLayout>

@@ -2,6 +2,7 @@
 
 #include "app/AppState.h"
 #include "ui/parts/Button.h"
+#include "ui/parts/TextLabel.h"
 #include "ui/settings/SettingsPage.h"
 
 namespace parcelory {

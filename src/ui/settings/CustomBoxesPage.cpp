@@ -2,7 +2,11 @@
 
 #include "ui/parts/Binding.h"
 #include "ui/parts/Button.h"
+#include "ui/parts/IconView.h"
+#include "ui/parts/LineEdit.h"
+#include "ui/parts/PanelFrame.h"
 #include "ui/parts/TabOrder.h"
+#include "ui/parts/TextLabel.h"
 
 #include <QHBoxLayout>
 
@@ -10,10 +14,10 @@ namespace parcelory {
 using namespace Qt::StringLiterals;
 
 /// A carton: its name and its inside dimensions.
-class BoxRow : public Surface {
+class BoxRow : public PanelFrame {
 public:
     BoxRow(AppState &app, SettingsScreen &settings, const QUuid &id)
-        : Surface(&Tokens::sheet), m_app(app), m_settings(settings), m_id(id),
+        : PanelFrame(&Tokens::sheet), m_app(app), m_settings(settings), m_id(id),
           m_name(makeField(u"Box name"_s, 0, &BoxProfile::name)),
           m_remove(new Button({}, Button::Kind::icon, u"ui_trash"_s))
     {
@@ -39,12 +43,12 @@ public:
     }
 
     void refresh() { m_remove->describe(u"Delete "_s + m_name->text()); }
-    Field *nameField() const { return m_name; }
+    LineEdit *nameField() const { return m_name; }
 
 private:
-    Field *makeField(const QString &name, int width, QString BoxProfile::*member)
+    LineEdit *makeField(const QString &name, int width, QString BoxProfile::*member)
     {
-        auto *field = new Field(name, width);
+        auto *field = new LineEdit(name, width);
         const auto text = [this, member] { return m_app.boxes.find(m_id).value_or(BoxProfile{}).*member; };
         bindText(field, m_app.boxes.profiles, text, [this, member](const QString &typed) {
             m_settings.editBox(m_id, [&](BoxProfile &box) { box.*member = typed; });
@@ -55,22 +59,22 @@ private:
     AppState &m_app;
     SettingsScreen &m_settings;
     QUuid m_id;
-    Field *m_name;
+    LineEdit *m_name;
     Button *m_remove;
 };
 
 CustomBoxesPage::CustomBoxesPage(AppState &app, SettingsScreen &settings, QWidget *parent)
     : SettingsPage(u"Custom Boxes (ULINE SKUs)"_s, parent), m_app(app), m_settings(settings), m_card(makeCard()),
-      m_rows(column(m_card)), m_follower([this] { refresh(); })
+      m_rows(column(m_card)), m_refresh([this] { refresh(); })
 {
     auto *add = new Button(u"Add Box"_s, Button::Kind::standard, u"ui_plus"_s);
     head()->addWidget(add);
     connect(add, &QPushButton::clicked, this, &CustomBoxesPage::addBox);
-    m_follower.follow(app.boxes.profiles);
+    m_refresh.follow(app.boxes.profiles);
     refresh();
 }
 
-Surface *CustomBoxesPage::makeCard()
+PanelFrame *CustomBoxesPage::makeCard()
 {
     appendCaption(u"Add the ULINE boxes you ship with — they appear in the Mailpiece menu and fill in their dimensions "
                   "automatically."_s);
@@ -91,7 +95,7 @@ void CustomBoxesPage::refresh()
 void CustomBoxesPage::addBox()
 {
     const BoxProfile added = m_app.boxes.add();
-    m_follower.refreshNow();
+    m_refresh.refreshNow();
     BoxRow *row = m_rows.find(added.id);
     row->nameField()->setFocus();
     row->nameField()->selectAll();

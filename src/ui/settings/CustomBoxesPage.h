@@ -1,7 +1,8 @@
 #pragma once
 
 #include "app/settings/SettingsScreen.h"
-#include "ui/parts/Follower.h"
+#include "ui/parts/PanelFrame.h"
+#include "ui/parts/RefreshScheduler.h"
 #include "ui/settings/RowList.h"
 #include "ui/settings/SettingsPage.h"
 
@@ -16,15 +17,15 @@ public:
     CustomBoxesPage(AppState &app, SettingsScreen &settings, QWidget *parent = nullptr);
 
 private:
-    Surface *makeCard();
+    PanelFrame *makeCard();
     void refresh();
     void addBox();
 
     AppState &m_app;
     SettingsScreen &m_settings;
-    Surface *m_card;
+    PanelFrame *m_card;
     RowList<QUuid, BoxRow> m_rows;
-    Follower m_follower;
+    RefreshScheduler m_refresh;
 };
 
 } // namespace parcelory

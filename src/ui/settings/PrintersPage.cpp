@@ -1,6 +1,11 @@
 #include "ui/settings/PrintersPage.h"
 
+#include "ui/parts/BusyBar.h"
+#include "ui/parts/ComboBox.h"
+#include "ui/parts/IconView.h"
+#include "ui/parts/TextLabel.h"
 #include "ui/theme/Icons.h"
+#include "ui/theme/Theme.h"
 
 #include <QVBoxLayout>
 
@@ -17,7 +22,7 @@ struct QueueItem {
 };
 
 /// A menu that is open, or has the focus, is left alone unless it has to offer something else.
-void offer(Choice *menu, const QList<QueueItem> &items, const QString &chosen)
+void offer(ComboBox *menu, const QList<QueueItem> &items, const QString &chosen)
 {
     bool same = menu->count() == items.size();
     for (int at = 0; same && at < menu->count(); ++at)
@@ -52,13 +57,14 @@ FormRow *rowFor(QWidget *widget)
 
 PrintersPage::PrintersPage(AppState &app, SettingsScreen &settings, QWidget *parent)
     : SettingsPage(u"Printers"_s, parent), m_app(app), m_settings(settings), m_busy(new BusyBar),
-      m_label(new Choice(u"Label printer"_s)), m_document(new Choice(u"Document printer"_s)),
-      m_test(new Button(u"Print Test"_s)), m_refresh(new Button(u"Refresh"_s, Button::Kind::standard, u"ui_refresh"_s)),
+      m_label(new ComboBox(u"Label printer"_s)), m_document(new ComboBox(u"Document printer"_s)),
+      m_test(new Button(u"Print Test"_s)),
+      m_refreshButton(new Button(u"Refresh"_s, Button::Kind::standard, u"ui_refresh"_s)),
       m_noZebra(new Notice(u"ui_warning"_s, &Tokens::warn)), m_outcome(new Notice({}, &Tokens::ok, FontRole::caption)),
       m_noZebraRow(rowFor(m_noZebra)), m_outcomeRow(rowFor(m_outcome)),
       m_scaleName(new TextLabel({}, FontRole::strong)),
       m_scaleState(new TextLabel({}, FontRole::caption, &Tokens::muted)), m_weight(new TextLabel({}, FontRole::h2)),
-      m_settling(new Notice(u"ui_check"_s, &Tokens::ok)), m_follower([this] { refresh(); }),
+      m_settling(new Notice(u"ui_check"_s, &Tokens::ok)), m_refresh([this] { refresh(); }),
       m_scale([this] { refreshScale(); })
 {
     appendLabels();
@@ -67,9 +73,10 @@ PrintersPage::PrintersPage(AppState &app, SettingsScreen &settings, QWidget *par
     for (const auto &[menu, queue] : {std::pair{m_label, &settings.zebraQueue}, {m_document, &settings.documentQueue}})
         connect(menu, &QComboBox::activated, this, [menu, queue](int at) { *queue = menu->itemData(at).toString(); });
     connect(m_test, &QPushButton::clicked, this, [&settings] { spawn([&] { return settings.printTest(); }); });
-    connect(m_refresh, &QPushButton::clicked, this, [&settings] { spawn([&] { return settings.refreshPrinters(); }); });
-    m_follower.follow(settings.queues, settings.zebraQueues, settings.showAllPrinters, settings.zebraQueue,
-                      settings.documentQueue, settings.rotate180, settings.printerMessage, settings.busy);
+    connect(m_refreshButton, &QPushButton::clicked, this,
+            [&settings] { spawn([&] { return settings.refreshPrinters(); }); });
+    m_refresh.follow(settings.queues, settings.zebraQueues, settings.showAllPrinters, settings.zebraQueue,
+                     settings.documentQueue, settings.rotate180, settings.printerMessage, settings.busy);
     m_scale.follow(app.scale.connected, app.scale.stable, app.scale.ounces, app.scale.deviceName, app.scale.fault);
     refresh();
     refreshScale();
@@ -128,7 +135,7 @@ void PrintersPage::appendLabels()
     rows->setSpacing(rowGap);
     m_label->setMaximumWidth(Theme::current().scaled(menuWidth));
     auto *row = new FormRow(u"Label printer"_s, labelColumn);
-    row->add(m_label, 1000)->add(m_test)->add(m_refresh)->fill();
+    row->add(m_label, 1000)->add(m_test)->add(m_refreshButton)->fill();
     rows->addWidget(row);
     rows->addWidget(m_noZebraRow);
     rows->addWidget(m_outcomeRow);
@@ -174,7 +181,7 @@ void PrintersPage::refresh()
 
     m_busy->setBusy(m_settings.busy);
     m_test->setEnabled(!m_settings.busy);
-    m_refresh->setEnabled(!m_settings.busy);
+    m_refreshButton->setEnabled(!m_settings.busy);
 }
 
 } // namespace parcelory

@@ -1,11 +1,13 @@
 #pragma once
 
 #include "app/settings/SettingsScreen.h"
+#include "ui/parts/BusyBar.h"
 #include "ui/parts/Button.h"
-#include "ui/parts/Field.h"
-#include "ui/parts/Follower.h"
+#include "ui/parts/ComboBox.h"
 #include "ui/parts/FormSection.h"
 #include "ui/parts/Notice.h"
+#include "ui/parts/RefreshScheduler.h"
+#include "ui/parts/TextLabel.h"
 #include "ui/settings/SettingsPage.h"
 
 namespace parcelory {
@@ -29,14 +31,14 @@ private:
     AppState &m_app;
     SettingsScreen &m_settings;
     BusyBar *m_busy;
-    Choice *m_label, *m_document;
-    Button *m_test, *m_refresh;
+    ComboBox *m_label, *m_document;
+    Button *m_test, *m_refreshButton;
     Notice *m_noZebra, *m_outcome;
     FormRow *m_noZebraRow, *m_outcomeRow;
     TextLabel *m_scaleName, *m_scaleState, *m_weight;
     Notice *m_settling;
-    Follower m_follower;
-    Follower m_scale;
+    RefreshScheduler m_refresh;
+    RefreshScheduler m_scale;
 };
 
 } // namespace parcelory

@@ -4,6 +4,7 @@
 #include "ui/parts/Binding.h"
 #include "ui/parts/TextLabel.h"
 #include "ui/theme/Icons.h"
+#include "ui/theme/Theme.h"
 
 #include <QAbstractButton>
 #include <QGridLayout>
@@ -66,9 +67,9 @@ private:
 };
 
 ProfileRow::ProfileRow(AppState &app, SettingsScreen &settings, const QUuid &id, QWidget *parent)
-    : Surface(&Tokens::sheet, parent), m_app(app), m_settings(settings), m_id(id), m_header(new FoldHeader),
+    : PanelFrame(&Tokens::sheet, parent), m_app(app), m_settings(settings), m_id(id), m_header(new FoldHeader),
       m_isDefault(new Badge(u"Default"_s, BadgeKind::chosen)), m_makeDefault(new Button(u"Make Default"_s)),
-      m_remove(new Button({}, Button::Kind::icon, u"ui_trash"_s)), m_name(new Field(u"Profile name"_s)),
+      m_remove(new Button({}, Button::Kind::icon, u"ui_trash"_s)), m_name(new LineEdit(u"Profile name"_s)),
       m_editor(makeEditor())
 {
     auto *line = new QHBoxLayout;
@@ -94,9 +95,9 @@ ProfileRow::ProfileRow(AppState &app, SettingsScreen &settings, const QUuid &id,
             [this] { spawn([&settings = m_settings, id = m_id] { return settings.removeProfile(id); }); });
 }
 
-Field *ProfileRow::makeField(const QString &name, QString ShippoAddress::*member)
+LineEdit *ProfileRow::makeField(const QString &name, QString ShippoAddress::*member)
 {
-    auto *field = new Field(name);
+    auto *field = new LineEdit(name);
     const auto text = [this, member] { return m_app.senders.find(m_id).value_or(SenderProfile{}).address.*member; };
     bindText(field, m_app.senders.profiles, text, [this, member](const QString &typed) {
         m_settings.editProfile(m_id, [&](SenderProfile &profile) { profile.address.*member = typed; });
@@ -118,7 +119,7 @@ QWidget *ProfileRow::makeEditor()
     };
     using A = ShippoAddress;
     const auto add = [&](int row, int column, const QString &name, QString A::*member) {
-        Field *field = makeField(name, member);
+        LineEdit *field = makeField(name, member);
         put(row, column, name, field);
         return field;
     };
@@ -128,7 +129,7 @@ QWidget *ProfileRow::makeEditor()
     add(2, 0, u"Street"_s, &A::street1);
     add(2, 2, u"Suite"_s, &A::street2);
     add(3, 0, u"City"_s, &A::city);
-    Field *state = makeField(u"State"_s, &A::state), *zip = makeField(u"ZIP"_s, &A::zip);
+    LineEdit *state = makeField(u"State"_s, &A::state), *zip = makeField(u"ZIP"_s, &A::zip);
     state->setFixedWidth(Theme::current().scaled(48));
     zip->setMaximumWidth(Theme::current().scaled(96));
     auto *place = new QWidget;

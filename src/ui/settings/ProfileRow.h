@@ -3,25 +3,25 @@
 #include "app/settings/SettingsScreen.h"
 #include "ui/parts/Badge.h"
 #include "ui/parts/Button.h"
-#include "ui/parts/Field.h"
-#include "ui/parts/Surface.h"
+#include "ui/parts/LineEdit.h"
+#include "ui/parts/PanelFrame.h"
 
 namespace parcelory {
 
 class FoldHeader;
 
 /// A sender profile: one line that unfolds into its fields.
-class ProfileRow : public Surface {
+class ProfileRow : public PanelFrame {
 public:
     ProfileRow(AppState &app, SettingsScreen &settings, const QUuid &id, QWidget *parent = nullptr);
 
     void refresh();
     void unfold();
-    Field *nameField() const { return m_name; }
+    LineEdit *nameField() const { return m_name; }
 
 private:
     QWidget *makeEditor();
-    Field *makeField(const QString &name, QString ShippoAddress::*member);
+    LineEdit *makeField(const QString &name, QString ShippoAddress::*member);
 
     AppState &m_app;
     SettingsScreen &m_settings;
@@ -29,7 +29,7 @@ private:
     FoldHeader *m_header;
     Badge *m_isDefault;
     Button *m_makeDefault, *m_remove;
-    Field *m_name;
+    LineEdit *m_name;
     QWidget *m_editor;
 };
 

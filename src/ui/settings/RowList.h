@@ -1,7 +1,5 @@
 #pragma once
 
-#include "ui/parts/Surface.h"
-
 #include <QBoxLayout>
 #include <QList>
 
@@ -10,8 +8,8 @@
 
 namespace parcelory {
 
-/// One row (a Surface) for each record of a list, in the list's order. A row lives as long as its record, so that what
-/// the clerk is typing into is never made anew.
+/// One row (a PanelFrame) for each record of a list, in the list's order. A row lives as long as its record, so that
+/// what the clerk is typing into is never made anew.
 template <class Id, class Row>
 class RowList {
 public:

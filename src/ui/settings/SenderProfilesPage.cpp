@@ -1,8 +1,12 @@
 #include "ui/settings/SenderProfilesPage.h"
 
 #include "ui/parts/Binding.h"
+#include "ui/parts/Button.h"
 #include "ui/parts/FormSection.h"
+#include "ui/parts/LineEdit.h"
 #include "ui/parts/TabOrder.h"
+#include "ui/parts/TextLabel.h"
+#include "ui/theme/Theme.h"
 
 #include <QHBoxLayout>
 
@@ -11,7 +15,7 @@ using namespace Qt::StringLiterals;
 
 SenderProfilesPage::SenderProfilesPage(AppState &app, SettingsScreen &settings, QWidget *parent)
     : SettingsPage(u"Sender Profiles"_s, parent), m_app(app), m_settings(settings), m_rows(column(appendListCard())),
-      m_follower([this] { refresh(); })
+      m_refresh([this] { refresh(); })
 {
     auto *add = new Button(u"Add Profile"_s, Button::Kind::standard, u"ui_plus"_s);
     head()->addWidget(add);
@@ -20,7 +24,7 @@ SenderProfilesPage::SenderProfilesPage(AppState &app, SettingsScreen &settings, 
         ->addWidget(makeSwitch(u"Show the address book beside the label form"_s, settings.showAddressSidebar));
     appendCaption(u"Every change is saved at once."_s);
     connect(add, &QPushButton::clicked, this, &SenderProfilesPage::addProfile);
-    m_follower.follow(app.senders.profiles, app.senders.defaultID);
+    m_refresh.follow(app.senders.profiles, app.senders.defaultID);
     refresh();
     if (const std::optional<SenderProfile> first = app.senders.defaultProfile())
         m_rows.find(first->id)->unfold();
@@ -34,7 +38,7 @@ void SenderProfilesPage::appendFallbacks()
     title->setWordWrap(true);
     rows->addWidget(title);
     const auto add = [rows](const QString &label, const QString &name, QProperty<QString> &property) {
-        auto *field = new Field(name);
+        auto *field = new LineEdit(name);
         field->setMaximumWidth(Theme::current().scaled(260));
         bindText(field, property);
         auto *row = new FormRow(label, 146);
@@ -58,7 +62,7 @@ void SenderProfilesPage::refresh()
 void SenderProfilesPage::addProfile()
 {
     const SenderProfile added = m_app.senders.add();
-    m_follower.refreshNow();
+    m_refresh.refreshNow();
     ProfileRow *row = m_rows.find(added.id);
     row->unfold();
     row->nameField()->setFocus();

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ui/parts/Follower.h"
+#include "ui/parts/RefreshScheduler.h"
 #include "ui/settings/ProfileRow.h"
 #include "ui/settings/RowList.h"
 #include "ui/settings/SettingsPage.h"
@@ -21,7 +21,7 @@ private:
     AppState &m_app;
     SettingsScreen &m_settings;
     RowList<QUuid, ProfileRow> m_rows;
-    Follower m_follower;
+    RefreshScheduler m_refresh;
 };
 
 } // namespace parcelory

@@ -1,6 +1,7 @@
 #include "ui/settings/SettingsPage.h"
 
-#include "ui/parts/Surface.h"
+#include "ui/parts/PanelFrame.h"
+#include "ui/theme/Theme.h"
 
 #include <QCheckBox>
 #include <QHBoxLayout>
@@ -28,7 +29,7 @@ SettingsPage::SettingsPage(const QString &title, QWidget *parent)
     m_column->addLayout(m_head);
     m_column->addStretch(1);
 
-    auto *ground = new Surface(&Tokens::panel);
+    auto *ground = new PanelFrame(&Tokens::panel);
     auto *columns = new QHBoxLayout(ground);
     columns->setContentsMargins(28, 20, 28, 20);
     columns->addWidget(cards, 1000); // all there is, up to its widest
@@ -45,9 +46,9 @@ void SettingsPage::append(QWidget *widget)
     m_column->insertWidget(m_column->count() - 1, widget);
 }
 
-Surface *SettingsPage::appendCard()
+PanelFrame *SettingsPage::appendCard()
 {
-    Surface *card = Surface::card();
+    PanelFrame *card = PanelFrame::card();
     auto *rows = new QVBoxLayout(card);
     rows->setContentsMargins(16, 14, 16, 14);
     rows->setSpacing(8);
@@ -55,15 +56,15 @@ Surface *SettingsPage::appendCard()
     return card;
 }
 
-Surface *SettingsPage::appendListCard()
+PanelFrame *SettingsPage::appendListCard()
 {
-    Surface *card = appendCard();
+    PanelFrame *card = appendCard();
     column(card)->setContentsMargins(16, 7, 16, 7);
     column(card)->setSpacing(0);
     return card;
 }
 
-QVBoxLayout *SettingsPage::column(Surface *card) const
+QVBoxLayout *SettingsPage::column(PanelFrame *card) const
 {
     return static_cast<QVBoxLayout *>(card->layout());
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ui/parts/PanelFrame.h"
 #include "ui/parts/TextLabel.h"
 
 #include <QProperty>
@@ -10,7 +11,7 @@ class QVBoxLayout;
 
 namespace parcelory {
 
-class Surface;
+class PanelFrame;
 
 /// One page of Settings: a title and what belongs to it in cards below, scrolling where it is longer than the window.
 class SettingsPage : public QScrollArea {
@@ -22,9 +23,9 @@ protected:
 
     QHBoxLayout *head() const { return m_head; } ///< the title's line
     void append(QWidget *widget);
-    Surface *appendCard();
-    Surface *appendListCard();                ///< for rows that keep their own distance
-    QVBoxLayout *column(Surface *card) const; ///< inside a card
+    PanelFrame *appendCard();
+    PanelFrame *appendListCard();                ///< for rows that keep their own distance
+    QVBoxLayout *column(PanelFrame *card) const; ///< inside a card
     void appendCaption(const QString &text);
     /// A switch for a setting, whoever else changes it.
     static QWidget *makeSwitch(const QString &text, QProperty<bool> &property);

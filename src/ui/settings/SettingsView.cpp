@@ -1,6 +1,6 @@
 #include "ui/settings/SettingsView.h"
 
-#include "ui/parts/Surface.h"
+#include "ui/parts/PanelFrame.h"
 #include "ui/parts/TabOrder.h"
 #include "ui/settings/ApiKeysPage.h"
 #include "ui/settings/ContactsPage.h"
@@ -9,6 +9,7 @@
 #include "ui/settings/SenderProfilesPage.h"
 #include "ui/settings/UpdatesPage.h"
 #include "ui/theme/Icons.h"
+#include "ui/theme/Theme.h"
 
 #include <QHBoxLayout>
 #include <QListWidget>
@@ -71,7 +72,7 @@ SettingsView::SettingsView(AppState &app, Screens &screens, QWidget *parent)
     m_sections->setEditTriggers(QAbstractItemView::NoEditTriggers);
     m_sections->viewport()->setAutoFillBackground(false);
 
-    auto *side = new Surface(&Tokens::window);
+    auto *side = new PanelFrame(&Tokens::window);
     side->setLines(Qt::RightEdge);
     side->setFixedWidth(Theme::current().scaled(sectionWidth) + 1);
     auto *sideRows = new QVBoxLayout(side);

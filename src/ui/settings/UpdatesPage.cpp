@@ -1,6 +1,5 @@
 #include "ui/settings/UpdatesPage.h"
-
-#include "ui/parts/Surface.h"
+#include "ui/parts/TextLabel.h"
 
 #include <QVBoxLayout>
 
@@ -9,7 +8,7 @@ using namespace Qt::StringLiterals;
 
 UpdatesPage::UpdatesPage(UpdateChecker &updates, QWidget *parent)
     : SettingsPage(u"Updates"_s, parent), m_updates(updates), m_check(new Button(u"Check for Updates…"_s)),
-      m_status(new TextLabel({}, FontRole::caption, &Tokens::muted)), m_follower([this] { refresh(); })
+      m_status(new TextLabel({}, FontRole::caption, &Tokens::muted)), m_refresh([this] { refresh(); })
 {
     appendCaption(u"Parcelory looks for a newer version at every start and offers it; nothing is installed unasked."_s);
     QVBoxLayout *rows = column(appendCard());
@@ -19,7 +18,7 @@ UpdatesPage::UpdatesPage(UpdateChecker &updates, QWidget *parent)
     rows->addWidget(m_check, 0, Qt::AlignLeft);
     connect(m_check, &QPushButton::clicked, this,
             [this] { spawn([&checker = m_updates] { return checker.checkNow(); }); });
-    m_follower.follow(updates.busy, updates.status);
+    m_refresh.follow(updates.busy, updates.status);
     refresh();
 }
 

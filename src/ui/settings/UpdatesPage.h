@@ -2,7 +2,8 @@
 
 #include "app/update/UpdateChecker.h"
 #include "ui/parts/Button.h"
-#include "ui/parts/Follower.h"
+#include "ui/parts/RefreshScheduler.h"
+#include "ui/parts/TextLabel.h"
 #include "ui/settings/SettingsPage.h"
 
 namespace parcelory {
@@ -18,7 +19,7 @@ private:
     UpdateChecker &m_updates;
     Button *m_check;
     TextLabel *m_status;
-    Follower m_follower;
+    RefreshScheduler m_refresh;
 };
 
 } // namespace parcelory

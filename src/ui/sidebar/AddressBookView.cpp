@@ -1,9 +1,12 @@
 #include "ui/sidebar/AddressBookView.h"
 
 #include "core/Text.h"
-#include "ui/parts/Attention.h"
+#include "ui/parts/Accessibility.h"
 #include "ui/parts/Binding.h"
+#include "ui/parts/BusyBar.h"
+#include "ui/parts/EmptyState.h"
 #include "ui/parts/TabOrder.h"
+#include "ui/parts/TextLabel.h"
 #include "ui/sidebar/InvoiceCards.h"
 
 #include <QHBoxLayout>
@@ -81,7 +84,7 @@ AddressBookView::AddressBookView(AppState &app, AddressBook &book, QWidget *pare
       m_add(makeTool(u"ui_plus"_s, u"New address"_s)), m_edit(makeTool(u"ui_edit"_s, u"Edit the selected address"_s)),
       m_delete(makeTool(u"ui_trash"_s, u"Delete the selected address"_s)),
       m_import(makeTool(u"ui_import"_s, u"Import Address Book"_s)),
-      m_count(new TextLabel({}, FontRole::caption, &Tokens::muted)), m_follower([this] { refresh(); })
+      m_count(new TextLabel({}, FontRole::caption, &Tokens::muted)), m_refresh([this] { refresh(); })
 {
     for (QWidget *page :
          {static_cast<QWidget *>(m_list), static_cast<QWidget *>(m_empty), static_cast<QWidget *>(m_nothing)})
@@ -95,7 +98,7 @@ AddressBookView::AddressBookView(AppState &app, AddressBook &book, QWidget *pare
     orderTabsByLayout(this);
     bindText(m_search, m_pane.query);
     connectList();
-    m_follower.follow(book.status, book.importing, book.deleted, m_pane.selection);
+    m_refresh.follow(book.status, book.importing, book.deleted, m_pane.selection);
     refreshList();
 }
 

@@ -1,9 +1,11 @@
 #pragma once
 
+#include "ui/parts/BusyBar.h"
 #include "ui/parts/Button.h"
-#include "ui/parts/Follower.h"
-#include "ui/parts/Notice.h"
+#include "ui/parts/EmptyState.h"
+#include "ui/parts/RefreshScheduler.h"
 #include "ui/parts/SearchField.h"
+#include "ui/parts/TextLabel.h"
 #include "ui/sidebar/AddressEditSheet.h"
 #include "ui/sidebar/AddressList.h"
 
@@ -58,7 +60,7 @@ private:
     BusyBar *m_bar;
     Button *m_fill, *m_add, *m_edit, *m_delete, *m_import;
     TextLabel *m_count;
-    Follower m_follower;
+    RefreshScheduler m_refresh;
 };
 
 } // namespace parcelory

@@ -1,6 +1,7 @@
 #include "ui/sidebar/AddressBookWindow.h"
 
 #include "core/SettingsKeys.h"
+#include "ui/theme/Theme.h"
 
 #include <QKeyEvent>
 #include <QShortcut>
@@ -10,7 +11,8 @@ namespace parcelory {
 using namespace Qt::StringLiterals;
 
 AddressBookWindow::AddressBookWindow(AppState &app, AddressBook &book, QWidget *parent)
-    : Surface(&Tokens::window, parent), m_preferences(app.platform.preferences), m_view(new AddressBookView(app, book))
+    : PanelFrame(&Tokens::window, parent), m_preferences(app.platform.preferences),
+      m_view(new AddressBookView(app, book))
 {
     const Theme &theme = Theme::current();
     setWindowFlag(Qt::Window);
@@ -33,13 +35,13 @@ void AddressBookWindow::keyPressEvent(QKeyEvent *event)
     if (event->key() == Qt::Key_Escape)
         close();
     else
-        Surface::keyPressEvent(event);
+        PanelFrame::keyPressEvent(event);
 }
 
 void AddressBookWindow::closeEvent(QCloseEvent *event)
 {
     write(m_preferences, settings::addressBookGeometry, saveGeometry());
-    Surface::closeEvent(event);
+    PanelFrame::closeEvent(event);
 }
 
 } // namespace parcelory

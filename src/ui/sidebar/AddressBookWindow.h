@@ -1,12 +1,12 @@
 #pragma once
 
-#include "ui/parts/Surface.h"
+#include "ui/parts/PanelFrame.h"
 #include "ui/sidebar/AddressBookView.h"
 
 namespace parcelory {
 
 /// The secondary window "Address Book".
-class AddressBookWindow : public Surface {
+class AddressBookWindow : public PanelFrame {
     Q_OBJECT
 public:
     AddressBookWindow(AppState &app, AddressBook &book, QWidget *parent = nullptr);

@@ -1,7 +1,8 @@
 #include "ui/sidebar/AddressEditSheet.h"
 
 #include "core/Text.h"
-#include "ui/parts/Attention.h"
+#include "ui/parts/Accessibility.h"
+#include "ui/parts/Button.h"
 #include "ui/parts/FormSection.h"
 
 #include <QPointer>
@@ -47,16 +48,16 @@ QLayout *AddressEditSheet::makeRows()
         ->add(field(u"State"_s, &C::state, 60))
         ->say(u"ZIP"_s)
         ->add(field(u"ZIP"_s, &C::zip, 92));
-    Field *country = field(u"Country"_s, &C::country, 160);
+    LineEdit *country = field(u"Country"_s, &C::country, 160);
     country->setPlaceholderText(u"US"_s);
     addRow(u"Country"_s)->add(country)->say(u"Label (home/work)"_s)->add(field(u"Label (home/work)"_s, &C::label), 1);
     addRow(u"Phone"_s)->add(field(u"Phone"_s, &C::phone, 160))->say(u"Email"_s)->add(field(u"Email"_s, &C::email), 1);
     return rows;
 }
 
-Field *AddressEditSheet::field(const QString &name, QString PostalContact::*member, int width)
+LineEdit *AddressEditSheet::field(const QString &name, QString PostalContact::*member, int width)
 {
-    auto *made = new Field(name, width);
+    auto *made = new LineEdit(name, width);
     made->setText(m_contact.*member);
     made->setCursorPosition(0);
     connect(made, &QLineEdit::textEdited, this, [this, member](const QString &typed) {
@@ -70,7 +71,7 @@ void AddressEditSheet::refresh()
 {
     const bool filled = !(m_contact.name + m_contact.company + m_contact.street1).isEmpty();
     enable(m_save, filled && !m_saving, m_first);
-    for (Field *field : findChildren<Field *>())
+    for (LineEdit *field : findChildren<LineEdit *>())
         field->setReadOnly(m_saving);
 }
 

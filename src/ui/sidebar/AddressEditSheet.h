@@ -1,8 +1,9 @@
 #pragma once
 
 #include "app/addressbook/AddressBook.h"
+#include "ui/parts/Button.h"
 #include "ui/parts/Dialog.h"
-#include "ui/parts/Field.h"
+#include "ui/parts/LineEdit.h"
 #include "ui/parts/Notice.h"
 
 namespace parcelory {
@@ -20,14 +21,14 @@ public:
 
 private:
     QLayout *makeRows();
-    Field *field(const QString &name, QString PostalContact::*member, int width = 0);
+    LineEdit *field(const QString &name, QString PostalContact::*member, int width = 0);
     void refresh();
     void save();
     void finishSaving(bool saved);
 
     AddressBook &m_book;
     PostalContact m_contact; ///< as typed so far, without the blanks around it
-    Field *m_first = nullptr;
+    LineEdit *m_first = nullptr;
     Notice *m_failure;
     Button *m_save = nullptr;
     bool m_saving = false;

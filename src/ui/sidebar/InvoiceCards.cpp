@@ -2,7 +2,9 @@
 
 #include "core/CountryCode.h"
 #include "core/Text.h"
-#include "ui/parts/Surface.h"
+#include "ui/parts/IconView.h"
+#include "ui/parts/PanelFrame.h"
+#include "ui/parts/Separator.h"
 #include "ui/parts/TextLabel.h"
 
 #include <QHBoxLayout>
@@ -40,7 +42,7 @@ ElidedLabel *atRight(const QString &text, Token ink = &Tokens::text)
     return label;
 }
 
-QVBoxLayout *rowsOf(Surface *card)
+QVBoxLayout *rowsOf(PanelFrame *card)
 {
     auto *rows = new QVBoxLayout(card);
     rows->setContentsMargins(11, 10, 11, 10);
@@ -52,13 +54,13 @@ QVBoxLayout *rowsOf(Surface *card)
 void addRule(QVBoxLayout *rows)
 {
     rows->addSpacing(3);
-    rows->addWidget(new Rule);
+    rows->addWidget(new Separator);
     rows->addSpacing(3);
 }
 
-Surface *warningCard(const QString &icon, const QString &text)
+PanelFrame *warningCard(const QString &icon, const QString &text)
 {
-    auto *card = Surface::card();
+    auto *card = PanelFrame::card();
     card->setFill(&Tokens::warnTint);
     card->setEdge(&Tokens::warnEdge);
     auto *row = new QHBoxLayout(card);
@@ -108,9 +110,9 @@ void addSum(QVBoxLayout *rows, const QString &name, const QString &how, const QS
     rows->addLayout(row);
 }
 
-Surface *invoiceCard(const DesklineInvoice &invoice)
+PanelFrame *invoiceCard(const DesklineInvoice &invoice)
 {
-    auto *card = Surface::card();
+    auto *card = PanelFrame::card();
     QVBoxLayout *rows = rowsOf(card);
     rows->addWidget(paragraph(invoice.buyerName, FontRole::strong));
     rows->addWidget(paragraph(addressLines(invoice.address).join(u'\n')));
@@ -128,9 +130,9 @@ Surface *invoiceCard(const DesklineInvoice &invoice)
     return card;
 }
 
-Surface *notesCard(const QList<DesklineInvoiceNote> &notes)
+PanelFrame *notesCard(const QList<DesklineInvoiceNote> &notes)
 {
-    auto *card = Surface::card();
+    auto *card = PanelFrame::card();
     QVBoxLayout *rows = rowsOf(card);
     auto *title = new QHBoxLayout;
     title->setSpacing(6);

@@ -1,6 +1,9 @@
 #include "ui/sidebar/InvoicePane.h"
 
+#include "ui/parts/BusyBar.h"
+#include "ui/parts/EmptyState.h"
 #include "ui/parts/FormSection.h"
+#include "ui/parts/TextLabel.h"
 #include "ui/sidebar/InvoiceCards.h"
 
 #include <QKeyEvent>
@@ -11,10 +14,10 @@ namespace parcelory {
 using namespace Qt::StringLiterals;
 
 InvoicePane::InvoicePane(AppState &app, QWidget *parent)
-    : QScrollArea(parent), m_app(app), m_number(new Field(u"Invoice #"_s)), m_lookUp(new Button(u"Look Up"_s)),
+    : QScrollArea(parent), m_app(app), m_number(new LineEdit(u"Invoice #"_s)), m_lookUp(new Button(u"Look Up"_s)),
       m_bar(new BusyBar), m_status(new Notice(u"ui_info"_s, &Tokens::muted, FontRole::caption)),
       m_empty(new EmptyState(u"ui_qr"_s, u"Waiting for QR scan"_s)), m_column(new QVBoxLayout),
-      m_follower([this] { refresh(); })
+      m_refresh([this] { refresh(); })
 {
     auto *help = new TextLabel(u"Scan an invoice QR with the TEEMI scanner — from anywhere in the app — or enter the "
                                "invoice number."_s,
@@ -43,7 +46,7 @@ InvoicePane::InvoicePane(AppState &app, QWidget *parent)
     setAccessibleName(u"Invoice"_s);
 
     connect(m_lookUp, &QPushButton::clicked, this, &InvoicePane::lookUp);
-    m_follower.follow(app.scanBusy, app.scanStatus, app.scannedInvoice);
+    m_refresh.follow(app.scanBusy, app.scanStatus, app.scannedInvoice);
     refresh();
 }
 

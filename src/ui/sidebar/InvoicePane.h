@@ -1,10 +1,12 @@
 #pragma once
 
 #include "app/AppState.h"
+#include "ui/parts/BusyBar.h"
 #include "ui/parts/Button.h"
-#include "ui/parts/Field.h"
-#include "ui/parts/Follower.h"
+#include "ui/parts/EmptyState.h"
+#include "ui/parts/LineEdit.h"
 #include "ui/parts/Notice.h"
+#include "ui/parts/RefreshScheduler.h"
 
 #include <QScrollArea>
 
@@ -30,7 +32,7 @@ private:
     void showInvoice();
 
     AppState &m_app;
-    Field *m_number;
+    LineEdit *m_number;
     Button *m_lookUp;
     BusyBar *m_bar;
     Notice *m_status;
@@ -38,7 +40,7 @@ private:
     QVBoxLayout *m_column;
     QWidget *m_cards = nullptr; ///< of m_shown
     std::optional<DesklineInvoice> m_shown;
-    Follower m_follower;
+    RefreshScheduler m_refresh;
 };
 
 } // namespace parcelory

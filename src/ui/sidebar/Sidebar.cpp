@@ -1,7 +1,7 @@
 #include "ui/sidebar/Sidebar.h"
 
 #include "core/SettingsKeys.h"
-#include "ui/parts/Segments.h"
+#include "ui/parts/SegmentedControl.h"
 #include "ui/sidebar/AddressBookView.h"
 #include "ui/sidebar/InvoicePane.h"
 
@@ -12,9 +12,9 @@ namespace parcelory {
 using namespace Qt::StringLiterals;
 
 Sidebar::Sidebar(AppState &app, AddressBook &book, QWidget *parent)
-    : Surface(&Tokens::window, parent), m_preferences(app.platform.preferences), m_modes(new Segments(u"Sidebar"_s)),
-      m_panes(new QStackedWidget), m_addressBook(new AddressBookView(app, book)), m_invoice(new InvoicePane(app)),
-      m_scans([this, &app] {
+    : PanelFrame(&Tokens::window, parent), m_preferences(app.platform.preferences),
+      m_modes(new SegmentedControl(u"Sidebar"_s)), m_panes(new QStackedWidget),
+      m_addressBook(new AddressBookView(app, book)), m_invoice(new InvoicePane(app)), m_scans([this, &app] {
           if (app.scanBusy)
               show(deskline); // what warns of the invoice is seen; the clerk's own choice stays for the next start
       })
@@ -33,7 +33,7 @@ Sidebar::Sidebar(AppState &app, AddressBook &book, QWidget *parent)
     column->setSpacing(0);
     column->addLayout(head);
     column->addWidget(m_panes);
-    connect(m_modes, &Segments::chosenByUser, this, [this](int mode) { choose(Mode(mode)); });
+    connect(m_modes, &SegmentedControl::chosenByUser, this, [this](int mode) { choose(Mode(mode)); });
     m_scans.follow(app.scanBusy);
     show(read(m_preferences, settings::addressBookMode) == u"deskline" ? deskline : endicia);
 }

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "app/AppState.h"
-#include "ui/parts/Follower.h"
-#include "ui/parts/Surface.h"
+#include "ui/parts/PanelFrame.h"
+#include "ui/parts/RefreshScheduler.h"
 
 class QStackedWidget;
 
@@ -11,10 +11,10 @@ namespace parcelory {
 class AddressBook;
 class AddressBookView;
 class InvoicePane;
-class Segments;
+class SegmentedControl;
 
 /// The right edge of the New Label screen, where recipients come from: the desk's own address book or the back office.
-class Sidebar : public Surface {
+class Sidebar : public PanelFrame {
     Q_OBJECT
 public:
     Sidebar(AppState &app, AddressBook &book, QWidget *parent = nullptr);
@@ -31,11 +31,11 @@ private:
     void choose(Mode mode);
 
     Preferences &m_preferences;
-    Segments *m_modes;
+    SegmentedControl *m_modes;
     QStackedWidget *m_panes;
     AddressBookView *m_addressBook;
     InvoicePane *m_invoice;
-    Follower m_scans;
+    RefreshScheduler m_scans;
 };
 
 } // namespace parcelory

@@ -1,6 +1,11 @@
 #include "ui/signin/SignInView.h"
 
 #include "ui/parts/Binding.h"
+#include "ui/parts/IconView.h"
+#include "ui/parts/PanelFrame.h"
+#include "ui/parts/Separator.h"
+#include "ui/parts/TextLabel.h"
+#include "ui/theme/Theme.h"
 
 #include <QAccessible>
 #include <QCheckBox>
@@ -30,7 +35,7 @@ QLayout *makeBrand()
     return brand;
 }
 
-QLayout *labelled(Field *field)
+QLayout *labelled(LineEdit *field)
 {
     field->setFixedHeight(Theme::current().scaled(fieldHeight));
     auto *label = new TextLabel(field->accessibleName(), FontRole::caption);
@@ -52,10 +57,10 @@ TextLabel *smallPrint(const QString &text)
 } // namespace
 
 SignInView::SignInView(AppState &app, SignInScreen &screen, const QString &note, QWidget *parent)
-    : Surface(&Tokens::window, parent), m_app(app), m_screen(screen), m_name(new Field(u"Email or user name"_s)),
-      m_password(new Field(u"Password"_s)), m_remember(new QCheckBox(u"Remember me on this Mac"_s)),
+    : PanelFrame(&Tokens::window, parent), m_app(app), m_screen(screen), m_name(new LineEdit(u"Email or user name"_s)),
+      m_password(new LineEdit(u"Password"_s)), m_remember(new QCheckBox(u"Remember me on this Mac"_s)),
       m_signIn(new Button(u"Sign in"_s, Button::Kind::solid)),
-      m_error(new Notice(u"ui_error"_s, &Tokens::bad, FontRole::button)), m_follower([this] { refresh(); })
+      m_error(new Notice(u"ui_error"_s, &Tokens::bad, FontRole::button)), m_refresh([this] { refresh(); })
 {
     auto *centre = new QHBoxLayout;
     centre->addStretch(1);
@@ -80,7 +85,7 @@ SignInView::SignInView(AppState &app, SignInScreen &screen, const QString &note,
     });
     connect(m_remember, &QCheckBox::toggled, this, [this](bool on) { m_screen.remember = on; });
     connect(m_signIn, &QPushButton::clicked, this, &SignInView::signIn);
-    m_follower.follow(app.loginBusy, app.loginError, screen.remember);
+    m_refresh.follow(app.loginBusy, app.loginError, screen.remember);
     refresh();
 }
 
@@ -89,7 +94,7 @@ QWidget *SignInView::makeCard(const QString &note)
     const Theme &theme = Theme::current();
     m_signIn->setFixedHeight(theme.scaled(buttonHeight));
     m_signIn->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
-    auto *card = Surface::card();
+    auto *card = PanelFrame::card();
     card->setFixedWidth(theme.scaled(cardWidth));
     auto *column = new QVBoxLayout(card);
     column->setContentsMargins(36, 32, 36, 28);
@@ -103,7 +108,7 @@ QWidget *SignInView::makeCard(const QString &note)
     column->addWidget(m_signIn);
     column->addWidget(m_error);
     column->addSpacing(4);
-    column->addWidget(new Rule);
+    column->addWidget(new Separator);
     column->addWidget(smallPrint(u"Sign in with your deskline account (requires the office VPN). Your login is sent "
                                  "straight to deskline; check “Remember me” to stay signed in on this Mac."_s));
     if (!note.isEmpty())
@@ -113,7 +118,7 @@ QWidget *SignInView::makeCard(const QString &note)
 
 void SignInView::showEvent(QShowEvent *event)
 {
-    Surface::showEvent(event);
+    PanelFrame::showEvent(event);
     if (event->spontaneous()) // the window was only put away
         return;
     placeFocus();
@@ -151,7 +156,7 @@ void SignInView::showError()
 /// Where the clerk goes on typing: a password that was turned down is typed over.
 void SignInView::placeFocus()
 {
-    Field *next = m_name->text().isEmpty() ? m_name : m_password;
+    LineEdit *next = m_name->text().isEmpty() ? m_name : m_password;
     next->setFocus();
     next->selectAll();
 }
@@ -160,7 +165,7 @@ void SignInView::keyPressEvent(QKeyEvent *event)
 {
     const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
     if (!isReturn)
-        Surface::keyPressEvent(event);
+        PanelFrame::keyPressEvent(event);
     else if (!event->isAutoRepeat()) // a held key must not use up the account's attempts
         signIn();
 }

@@ -2,16 +2,17 @@
 
 #include "app/signin/SignInScreen.h"
 #include "ui/parts/Button.h"
-#include "ui/parts/Field.h"
-#include "ui/parts/Follower.h"
+#include "ui/parts/LineEdit.h"
 #include "ui/parts/Notice.h"
+#include "ui/parts/PanelFrame.h"
+#include "ui/parts/RefreshScheduler.h"
 
 class QCheckBox;
 
 namespace parcelory {
 
 /// The sign-in: name and password of the back office. Comes up whenever the flow is there.
-class SignInView : public Surface {
+class SignInView : public PanelFrame {
     Q_OBJECT
 public:
     /// `note` is what else there is to say before one signs in; mostly empty.
@@ -30,11 +31,11 @@ private:
 
     AppState &m_app;
     SignInScreen &m_screen;
-    Field *m_name, *m_password;
+    LineEdit *m_name, *m_password;
     QCheckBox *m_remember;
     Button *m_signIn;
     Notice *m_error;
-    Follower m_follower;
+    RefreshScheduler m_refresh;
 };
 
 } // namespace parcelory

@@ -214,7 +214,7 @@ TEST_F(LabelPurchaseTest, NoSecretLeavesTheKeychainWhateverGoesWrong)
         buy();
         carrier.setScenario({});
         run(screen().purchases.checkAgain());
-        runUntil([this] { return !screen().purchases.asking; }); // it may have begun by itself
+        runUntil([this] { return !screen().purchases.checking; }); // it may have begun by itself
     }
     errors->flush();
     qInstallMessageHandler(former);

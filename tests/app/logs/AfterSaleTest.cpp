@@ -1,9 +1,9 @@
 // Refunds, delivery status, SCAN form and master log: the real screens over the practice carrier.
 
-#include "support/LogFile.h"
 #include "app/logs/MailingLogScreen.h"
 #include "app/logs/MasterLogScreen.h"
 #include "support/LabelDesk.h"
+#include "support/LogFile.h"
 
 namespace parcelory::test {
 using namespace Qt::StringLiterals;

@@ -1,9 +1,9 @@
 // The program is killed in the middle of something; what the next start finds is true.
 
-#include "support/LogFile.h"
 #include "app/logs/MailingLogScreen.h"
 #include "app/logs/SaveFile.h"
 #include "support/LabelDesk.h"
+#include "support/LogFile.h"
 
 #include <csignal>
 #include <unistd.h>

@@ -1,7 +1,7 @@
 #include "app/logs/MailingLogScreen.h"
-#include "support/LogFile.h"
 #include "records/ShipmentStatus.h"
 #include "support/LabelDesk.h"
+#include "support/LogFile.h"
 
 #include <QSemaphore>
 

@@ -40,12 +40,12 @@ End dieAndStartAgain(int step, const CarrierScenario &scenario)
     Purchases &purchases = desk.screen().purchases;
     runTask(purchases.resume());
     settle();
-    const int shown = int(purchases.questions.value().size() + desk.app->log.records().size());
+    const int shown = int(purchases.unresolved.value().size() + desk.app->log.records().size());
     desk.clock.advance(std::chrono::seconds(61));
     desk.run(purchases.checkAgain());
-    runUntil([&] { return !purchases.asking; });
+    runUntil([&] { return !purchases.checking; });
     settle();
-    EXPECT_TRUE(purchases.questions.value().isEmpty());
+    EXPECT_TRUE(purchases.unresolved.value().isEmpty());
     EXPECT_TRUE(desk.app->journal.openPurchases().isEmpty());
 
     const QDate today = QDate::currentDate();

@@ -27,11 +27,11 @@ protected:
     void checkAgain()
     {
         run(purchases().checkAgain());
-        runUntil([this] { return !purchases().asking; }); // it may have begun by itself
+        runUntil([this] { return !purchases().checking; }); // it may have begun by itself
     }
     void restart()
     {
-        runUntil([this] { return !purchases().asking; });
+        runUntil([this] { return !purchases().checking; });
         screenOwner.reset();
         app.reset();
         app = std::make_unique<AppState>(platform);
@@ -94,15 +94,15 @@ TEST_F(PurchasesTest, WhileTheCarrierCannotBeAskedBuyingIsClosedForThatRecipient
 
     carrier.setScenario({});
     checkAgain();
-    EXPECT_TRUE(purchases().questions.value().isEmpty());
-    ASSERT_EQ(purchases().settled.value().size(), 1);
+    EXPECT_TRUE(purchases().unresolved.value().isEmpty());
+    ASSERT_EQ(purchases().resolved.value().size(), 1);
     EXPECT_EQ(logged(), sold());
     EXPECT_EQ(logged().size(), 1);
     EXPECT_TRUE(processes.lastPrinted().isEmpty()) << "printing is the clerk's decision by now";
-    run(purchases().print(purchases().settled.value().first()));
+    run(purchases().print(purchases().resolved.value().first()));
     EXPECT_TRUE(processes.lastPrinted().contains("^XA"));
-    purchases().dismiss(purchases().settled.value().first());
-    EXPECT_TRUE(purchases().settled.value().isEmpty());
+    purchases().dismiss(purchases().resolved.value().first());
+    EXPECT_TRUE(purchases().resolved.value().isEmpty());
 }
 
 TEST_F(PurchasesTest, WhatTheCarrierDoesNotKnowAfterAMinuteWasNotBought)
@@ -111,15 +111,15 @@ TEST_F(PurchasesTest, WhatTheCarrierDoesNotKnowAfterAMinuteWasNotBought)
     carrier.setScenario(failingPurchase(409));
     press();
     EXPECT_TRUE(banner().startsWith(u"Shippo rejected the request (409)."_s)) << banner().toStdString();
-    ASSERT_EQ(purchases().questions.value().size(), 1);
-    EXPECT_TRUE(purchases().questions.value().first().isAnswered);
+    ASSERT_EQ(purchases().unresolved.value().size(), 1);
+    EXPECT_TRUE(purchases().unresolved.value().first().isInconclusive);
     EXPECT_FALSE(screen().isBuyClosed()) << "it was answered, so a second look is enough";
 
     clock.advance(std::chrono::seconds(61));
     checkAgain();
-    ASSERT_EQ(purchases().settled.value().size(), 1);
-    EXPECT_FALSE(purchases().settled.value().first().isBought);
-    EXPECT_TRUE(purchases().settled.value().first().text.endsWith(u" was not bought, and nothing was charged."_s));
+    ASSERT_EQ(purchases().resolved.value().size(), 1);
+    EXPECT_FALSE(purchases().resolved.value().first().isBought);
+    EXPECT_TRUE(purchases().resolved.value().first().text.endsWith(u" was not bought, and nothing was charged."_s));
     rate();
     press();
     EXPECT_EQ(logged().size(), 1);
@@ -134,18 +134,18 @@ TEST_F(PurchasesTest, AQuestionIsOfTheKeyThatItWasAskedWith)
     carrier.setScenario({});
     useToken(PracticeCarrier::liveToken);
     restart();
-    ASSERT_EQ(purchases().questions.value().size(), 1);
-    EXPECT_TRUE(purchases().questions.value().first().text.contains(u"the TEST key “Practice”"_s));
+    ASSERT_EQ(purchases().unresolved.value().size(), 1);
+    EXPECT_TRUE(purchases().unresolved.value().first().text.contains(u"the TEST key “Practice”"_s));
     app->keys.set(u"shippo_test_another_account"_s, u"Other"_s);
     app->keys.makeActive(u"Other"_s);
     clock.start = clock.start.addSecs(61);
     checkAgain();
-    EXPECT_EQ(purchases().questions.value().size(), 1) << "another account of the same kind knows nothing of it";
+    EXPECT_EQ(purchases().unresolved.value().size(), 1) << "another account of the same kind knows nothing of it";
     useToken(PracticeCarrier::testToken);
     app->keyChanges = app->keyChanges + 1;
-    runUntil([this] { return purchases().questions.value().isEmpty(); });
+    runUntil([this] { return purchases().unresolved.value().isEmpty(); });
     settle();
-    EXPECT_TRUE(purchases().questions.value().isEmpty());
+    EXPECT_TRUE(purchases().unresolved.value().isEmpty());
     EXPECT_EQ(logged(), sold());
 }
 
@@ -155,14 +155,14 @@ TEST_F(PurchasesTest, ALookWithinAMinuteOfTheLastSignOfAPurchaseNeverEndsIt)
     carrier.setScenario(failingPurchase());
     clock.after(std::chrono::milliseconds(1), [this] { clock.start = clock.start.addSecs(300); }); // a long silence
     press();
-    EXPECT_EQ(purchases().questions.value().size(), 1) << banner().toStdString();
+    EXPECT_EQ(purchases().unresolved.value().size(), 1) << banner().toStdString();
     carrier.setScenario({});
     restart();
-    EXPECT_EQ(purchases().questions.value().size(), 1) << "whoever asked was there until just now";
+    EXPECT_EQ(purchases().unresolved.value().size(), 1) << "whoever asked was there until just now";
 
     clock.start = clock.start.addDays(-1); // a clock that is put right makes nobody wait for ever
     checkAgain();
-    EXPECT_TRUE(purchases().questions.value().isEmpty());
+    EXPECT_TRUE(purchases().unresolved.value().isEmpty());
 }
 
 TEST_F(PurchasesTest, AListThatCannotTellOpensBuyingAndAForeignRecordHidesNothing)
@@ -196,11 +196,11 @@ TEST_F(PurchasesTest, ASecondParcelForTheSamePersonIsNotTakenForTheOneThatWasFou
     checkAgain();
     EXPECT_EQ(screen().reference.value(), u"48999"_s);
     screen().reference = u"48213"_s;
-    run(purchases().print(purchases().settled.value().first()));
+    run(purchases().print(purchases().resolved.value().first()));
     EXPECT_EQ(app->draftTo.value(), homeAddress()) << "the label's printing is no news of the parcel";
 
     EXPECT_TRUE(app->log.setStatus(app->log.records().first().id, u"REFUNDED"_s));
-    run(purchases().print(purchases().settled.value().first()));
+    run(purchases().print(purchases().resolved.value().first()));
     EXPECT_TRUE(prompts.questions.last().text.contains(u"It was refunded"_s));
 }
 
@@ -213,7 +213,7 @@ TEST_F(PurchasesTest, AQuestionThatNobodyCanAnswerEndsInTheErrorLogAfterAMonth)
     for (const auto &[days, open] : {std::pair{30, 1}, std::pair{1, 0}}) {
         clock.start = clock.start.addDays(days);
         restart();
-        EXPECT_EQ(purchases().questions.value().size(), open);
+        EXPECT_EQ(purchases().unresolved.value().size(), open);
         EXPECT_EQ(app->journal.openPurchases().size(), open);
     }
     EXPECT_TRUE(errors->entries().first().detail.startsWith(u"It was never learned whether this label was bought: "_s));
@@ -369,7 +369,7 @@ TEST_F(PurchasesTest, NoSequenceOfMishapsBuysTwiceOrLosesALabel)
     carrier.setScenario({});
     clock.start = clock.start.addSecs(61);
     checkAgain();
-    EXPECT_TRUE(purchases().questions.value().isEmpty());
+    EXPECT_TRUE(purchases().unresolved.value().isEmpty());
     EXPECT_TRUE(app->journal.openPurchases().isEmpty());
     EXPECT_EQ(logged(), sold());
     QMap<QString, int> labels;

@@ -2,8 +2,8 @@
 // asked over HTTP.
 
 #include "app/signin/SignInScreen.h"
-#include "practice/backoffice/PracticeBackOffice.h"
 #include "core/SettingsKeys.h"
+#include "practice/backoffice/PracticeBackOffice.h"
 #include "support/FakePlatform.h"
 #include "support/Printing.h"
 #include "support/RunTask.h"

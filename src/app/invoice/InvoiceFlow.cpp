@@ -1,0 +1,52 @@
+#include "app/invoice/InvoiceFlow.h"
+
+#include <QScopeGuard>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+void InvoiceFlow::handleScan(const QString &text)
+{
+    if (m_app.flow != AppFlow::main || m_app.scanBusy)
+        return;
+    const auto id = DesklineInvoiceFetcher::invoiceID(text, m_app.platform.deployment.shortLinkHost);
+    if (!id) {
+        m_app.scanStatus = DesklineInvoiceError(DesklineInvoiceError::Kind::badCode, text).description();
+        return;
+    }
+    spawn([this, id = *id] { return read(id); });
+}
+
+Task<> InvoiceFlow::read(QString id)
+{
+    const int session = m_app.session;
+    m_app.scanBusy = true;
+    m_app.scanStatus = u"Loading invoice "_s + id + u" from deskline…"_s;
+    const auto done = qScopeGuard([this] { m_app.scanBusy = false; });
+    try {
+        const DesklineInvoice invoice = co_await m_app.invoices.fetch(id);
+        if (session != m_app.session)
+            co_return; // signed out meanwhile
+        m_app.scannedInvoice = invoice;
+        m_app.fillFromInvoice(invoice);
+        m_app.scanStatus = u"Invoice "_s + id + u": "_s + invoice.buyerName + u" — label filled."_s;
+        co_await showAttention(invoice);
+    } catch (const AppError &error) {
+        if (session != m_app.session)
+            co_return;
+        m_app.scanStatus = error.description();
+        m_app.errors.record(u"Deskline Invoice "_s + id, error, Popup::no);
+        co_return;
+    }
+    m_app.scanBusy = false;
+    if (m_app.flow == AppFlow::main && m_app.draftReference.value() == id)
+        emit m_app.invoiceTaken();
+}
+
+Task<> InvoiceFlow::showAttention(DesklineInvoice invoice)
+{
+    if (const std::optional<InvoiceAttention> attention = invoiceAttention(invoice))
+        co_await m_app.platform.prompts.alert(attention->title, attention->text);
+}
+
+} // namespace parcelory

@@ -1,0 +1,71 @@
+#include "app/purchase/ReprintCheck.h"
+
+#include "app/purchase/LabelPrinting.h"
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+LabelFacts recordedFacts(AppState &app, const ShipmentRecord &record, const QDateTime &now)
+{
+    const LabelHistory::Past past = app.labelHistory.of(record.id);
+    const std::optional<QString> token = app.keys.activeToken();
+    const bool hasKey = token && !token->isEmpty();
+    return {.now = now,
+            .testKey = hasKey ? std::optional(ShippoKeys::isTest(*token)) : std::nullopt,
+            .tracked = past.tracked,
+            .reprints = past.reprints,
+            .lastReprint = past.lastReprint,
+            .onScanForm = app.scanForms.formWith(record.transactionID),
+            .waiting = {}};
+}
+
+Question reprintQuestion(const ShipmentRecord &record, const QStringList &doubts)
+{
+    return {.title = u"Reprint This Label?"_s,
+            .text = u"%1 %2 to %3\nTracking %4"_s.arg(record.carrier, record.service, record.recipientName(),
+                                                      record.tracking) +
+                    warningLines(doubts),
+            .choices = {u"Cancel"_s, u"Reprint"_s},
+            .safeChoice = 0};
+}
+
+} // namespace
+
+Task<LabelFacts> loadLabelFacts(AppState &app, ShipmentRecord record)
+{
+    auto looking = onPool([&app, record, now = app.platform.clock.now()] { return recordedFacts(app, record, now); });
+    LabelFacts facts = co_await looking;
+    co_return facts;
+}
+
+QString warningLines(const QStringList &doubts)
+{
+    return doubts.isEmpty() ? QString() : u"\n\n• "_s + doubts.join(u"\n• "_s);
+}
+
+Task<QString> reprintChecked(AppState &app, ShipmentRecord record)
+{
+    auto finding = onPool([&app, record] { return app.log.find(record); });
+    const std::optional<ShipmentRecord> row = co_await finding;
+    const ShipmentRecord now = row.value_or(record); // a refund may have been asked for since it was listed
+    LabelFacts facts = co_await loadLabelFacts(app, now);
+    facts.waiting = co_await stillWaiting(app);
+    const QStringList doubts = labelWarnings(LabelUse::reprint, now, facts);
+    if (!doubts.isEmpty()) {
+        const int answer = co_await app.platform.prompts.choose(reprintQuestion(now, doubts));
+        if (answer != 1)
+            co_return QString();
+    }
+    const QString printed = co_await reprintLabel(app, record);
+    if (row) {
+        auto storing = onPool([&history = app.labelHistory, id = row->id, when = app.platform.clock.now()] {
+            return history.addReprint(id, when);
+        });
+        co_await storing;
+    }
+    co_return printed;
+}
+
+} // namespace parcelory

@@ -1,0 +1,109 @@
+#include "records/LabelChecks.h"
+
+#include "records/ShipmentStatus.h"
+
+#include <algorithm>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// What the carrier's word says of a parcel that has left the desk. Words that leave it open say nothing.
+QString journeyText(const ShipmentRecord &record, const LabelFacts &facts)
+{
+    const QString word = record.status == u"DELIVERED" ? record.status : facts.tracked;
+    if (word == u"DELIVERED")
+        return u"The carrier has delivered its parcel."_s;
+    if (word == u"TRANSIT")
+        return u"Its parcel is on its way already."_s;
+    if (word == u"RETURNED")
+        return u"The carrier has returned its parcel to the sender."_s;
+    return word == u"FAILURE" ? u"The carrier reports a problem with its parcel."_s : QString();
+}
+
+QString refundText(LabelUse use, RefundState state)
+{
+    if (state == RefundState::granted)
+        return u"It was refunded: the carrier takes it no more."_s;
+    if (state != RefundState::pending)
+        return {};
+    return use == LabelUse::refund ? u"Its refund was asked for before, but the carrier knows nothing of that."_s
+                                   : u"Its refund was asked for: it must not be used any more."_s;
+}
+
+QString ageText(LabelUse use, qint64 seconds)
+{
+    constexpr qint64 day = 24 * 3600;
+    if (seconds <= freshDays * day)
+        return {};
+    return (use == LabelUse::refund ? u"It is %1 days old: the carrier may refuse the refund."_s
+                                    : u"It is %1 days old: the carrier may not take it any more."_s)
+        .arg(seconds / day);
+}
+
+QString modeText(bool testLabel, std::optional<bool> testKey)
+{
+    if (!testKey || *testKey == testLabel)
+        return {};
+    return testLabel ? u"It is a TEST label, bought with another key than the active one."_s
+                     : u"It is real postage, and the active key is a TEST key."_s;
+}
+
+QString reprintText(LabelUse use, const LabelFacts &facts)
+{
+    if (facts.reprints == 0 || use == LabelUse::scanForm)
+        return {};
+    const QString last = dateTimeText(facts.lastReprint);
+    return (facts.reprints == 1
+                ? u"It was reprinted on %1"_s.arg(last)
+                : u"It was reprinted %1 times, last on %2"_s.arg(QString::number(facts.reprints), last)) +
+           u": make sure that no copy is on a parcel."_s;
+}
+
+QString formText(LabelUse use, const std::optional<QDateTime> &madeAt)
+{
+    if (!madeAt || use == LabelUse::reprint)
+        return {};
+    const QString where = u"It is on the SCAN form of "_s + dateTimeText(*madeAt);
+    return where + (use == LabelUse::refund ? u": the carrier expects its parcel."_s : u" already."_s);
+}
+
+} // namespace
+
+bool isCarriersId(const QString &transactionId)
+{
+    constexpr qsizetype length = 32;
+    const auto isHex = [](QChar c) { return QStringView(u"0123456789abcdefABCDEF").contains(c); };
+    return transactionId.size() == length && std::ranges::all_of(transactionId, isHex);
+}
+
+QString labelBlocker(LabelUse use, const ShipmentRecord &record)
+{
+    if (use != LabelUse::refund && use != LabelUse::checkStatus)
+        return {};
+    const bool isRefund = use == LabelUse::refund;
+    if (!isCarriersId(record.transactionID))
+        return u"This shipment was imported and not bought through this Shippo account: "_s +
+               (isRefund ? u"its refund can't be requested here."_s : u"its status can't be checked here."_s);
+    if (isRefund && refundState(record.status) == RefundState::granted)
+        return u"This label is refunded already."_s;
+    return !isRefund && record.tracking.isEmpty() ? u"This shipment has no tracking number."_s : QString();
+}
+
+QStringList labelWarnings(LabelUse use, const ShipmentRecord &record, const LabelFacts &facts)
+{
+    if (use == LabelUse::checkStatus) // looking does no harm
+        return {};
+    QStringList doubts = {refundText(use, refundState(record.status)),
+                          journeyText(record, facts),
+                          ageText(use, record.createdAt.secsTo(facts.now)),
+                          modeText(record.testMode, facts.testKey),
+                          reprintText(use, facts),
+                          formText(use, facts.onScanForm),
+                          use == LabelUse::reprint ? facts.waiting : QString()};
+    doubts.removeAll(QString());
+    return doubts;
+}
+
+} // namespace parcelory

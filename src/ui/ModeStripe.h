@@ -1,0 +1,23 @@
+#pragma once
+
+#include "app/settings/KeysScreen.h"
+
+#include <QWidget>
+
+namespace parcelory {
+
+/// A striped band over the window that says: nothing here is real postage.
+class ModeStripe : public QWidget {
+public:
+    explicit ModeStripe(QWidget *parent = nullptr);
+
+    void setMode(PostageMode mode); ///< shown for test and practice only
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+
+private:
+    PostageMode m_mode = PostageMode::none;
+};
+
+} // namespace parcelory

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "app/label/LabelScreen.h"
+#include "ui/parts/ComboBox.h"
+#include "ui/parts/RefreshScheduler.h"
+
+namespace parcelory {
+
+/// The list of packagings: drawing, name and a second line, in groups; typing finds a name.
+class MailpiecePicker : public ComboBox {
+    Q_OBJECT
+public:
+    MailpiecePicker(AppState &app, LabelScreen &screen, QWidget *parent = nullptr);
+
+private:
+    void refill();
+    void showCurrent();
+
+    AppState &m_app;
+    LabelScreen &m_screen;
+    QList<MailpieceSelection> m_selections; ///< by the number in the row's data
+    RefreshScheduler m_lists;
+    RefreshScheduler m_current;
+};
+
+} // namespace parcelory

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <QComboBox>
+#include <QIcon>
+
+namespace parcelory {
+
+/// A pop-up list of the program's height.
+class ComboBox : public QComboBox {
+public:
+    explicit ComboBox(const QString &name, QWidget *parent = nullptr);
+
+    /// What the closed list shows in the place of its current row; an empty text shows the row again.
+    void setFace(const QString &text, const QIcon &icon);
+    QSize minimumSizeHint() const override;
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+    void wheelEvent(QWheelEvent *event) override;
+
+private:
+    QString m_face;
+    QIcon m_faceIcon;
+};
+
+} // namespace parcelory

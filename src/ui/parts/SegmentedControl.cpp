@@ -1,0 +1,121 @@
+#include "ui/parts/SegmentedControl.h"
+
+#include "ui/parts/Badge.h"
+#include "ui/theme/Icons.h"
+#include "ui/theme/Theme.h"
+
+#include <QAbstractButton>
+#include <QHBoxLayout>
+#include <QPainter>
+
+namespace parcelory {
+
+namespace {
+
+constexpr int glyph = 16, gap = 6, padding = 12;
+
+class Segment : public QAbstractButton {
+public:
+    Segment(const QString &text, QString icon) : m_icon(std::move(icon))
+    {
+        setText(text);
+        setCheckable(true);
+        setFont(Theme::current().font(FontRole::strong));
+        setAttribute(Qt::WA_Hover);
+    }
+
+    QSize sizeHint() const override
+    {
+        const int drawn = m_icon.isEmpty() ? 0 : glyph + gap;
+        return {fontMetrics().horizontalAdvance(text()) + drawn + 2 * padding,
+                Theme::current().scaled(Theme::fieldHeight) - 4};
+    }
+    QSize minimumSizeHint() const override { return sizeHint(); }
+
+protected:
+    void paintEvent(QPaintEvent *) override
+    {
+        const Theme &theme = Theme::current();
+        const Tokens &t = theme.tokens();
+        QPainter painter(this);
+        painter.setRenderHint(QPainter::Antialiasing);
+        if (isChecked()) {
+            painter.setPen(QPen(t.control, 1));
+            painter.setBrush(t.segOn);
+            painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), 4, 4);
+        }
+        const QColor ink = isEnabled() ? t.text : t.disabledText;
+        painter.setFont(theme.font(isChecked() ? FontRole::strong : FontRole::button));
+        painter.setPen(ink);
+        const int words = painter.fontMetrics().horizontalAdvance(text());
+        int x = (width() - words - (m_icon.isEmpty() ? 0 : glyph + gap)) / 2;
+        if (!m_icon.isEmpty()) {
+            paintIcon(painter, m_icon, {x, (height() - glyph) / 2, glyph, glyph}, ink);
+            x += glyph + gap;
+        }
+        painter.drawText(QRect(x, 0, words + 2, height()), Qt::AlignVCenter | Qt::AlignLeft, text());
+        if (hasFocus())
+            theme.drawFocusRing(painter, rect(), 4);
+    }
+
+private:
+    QString m_icon;
+};
+
+} // namespace
+
+SegmentedControl::SegmentedControl(const QString &name, QWidget *parent) : QWidget(parent), m_name(name)
+{
+    setAccessibleName(name);
+    setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+    auto *row = new QHBoxLayout(this);
+    row->setContentsMargins(2, 2, 2, 2);
+    row->setSpacing(2);
+    connect(&m_group, &QButtonGroup::idClicked, this, &SegmentedControl::chosenByUser);
+    connect(&m_group, &QButtonGroup::idToggled, this, &SegmentedControl::shareFocus);
+}
+
+void SegmentedControl::add(int id, const QString &text, const QString &icon)
+{
+    auto *segment = new Segment(text, icon);
+    segment->setAccessibleName(m_name + QStringLiteral(": ") + text);
+    segment->setFocusPolicy(Qt::StrongFocus);
+    m_group.addButton(segment, id);
+    layout()->addWidget(segment);
+}
+
+void SegmentedControl::addUnavailable(const QString &text, const QString &icon, const QString &badge)
+{
+    auto *segment = new Segment(text, icon);
+    segment->setAccessibleName(text + QStringLiteral(" – ") + badge);
+    segment->setEnabled(false);
+    layout()->addWidget(segment);
+    layout()->addWidget(new Badge(badge, BadgeKind::plain));
+    layout()->setContentsMargins(2, 2, 8, 2);
+}
+
+void SegmentedControl::choose(int id)
+{
+    if (QAbstractButton *button = m_group.button(id))
+        button->setChecked(true);
+    shareFocus();
+}
+
+/// Tab stops once, at the choice; arrow keys go on from there.
+void SegmentedControl::shareFocus()
+{
+    for (QAbstractButton *button : m_group.buttons())
+        button->setFocusPolicy(button->isChecked() ? Qt::StrongFocus : Qt::ClickFocus);
+}
+
+void SegmentedControl::paintEvent(QPaintEvent *)
+{
+    const Tokens &t = Theme::current().tokens();
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(t.button, 1));
+    painter.setBrush(t.segBg);
+    painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), Theme::radius, Theme::radius);
+}
+
+} // namespace parcelory
