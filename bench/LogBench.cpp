@@ -110,14 +110,12 @@ void exportOfTheLog(benchmark::State &state)
     workPool().waitForDone(); // the copy for searches is in memory; what grows from here on is the export's
     const double before = residentMegabytes();
     double most = before;
+    const Progress watch({}, [&most](qint64, qint64) { most = std::max(most, residentMegabytes()); });
     compare(
         state,
         [&] {
             QFile file(folder.filePath(u"export.txt"_s));
-            if (!file.open(QIODevice::WriteOnly) || !log.exportEndicia(file, [&most](qint64, qint64) {
-                    most = std::max(most, residentMegabytes());
-                    return true;
-                }))
+            if (!file.open(QIODevice::WriteOnly) || !log.exportEndiciaCSV(file, watch))
                 qFatal("not exported");
         },
         [&] {

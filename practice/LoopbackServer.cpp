@@ -14,8 +14,8 @@ namespace {
 
 constexpr auto loopback = "127.0.0.1";
 
-/// The connections that came in at `serverPort`: all of them, or only the one of the client at `clientPort`. The server
-/// library does not hand them out, so they are looked up among the open files of the process.
+/// The sockets of the connections to `serverPort`: all of them, or only the connection from `clientPort`. The server
+/// library does not expose them, so they are looked up among the open files of the process.
 std::vector<int> connections(int serverPort, std::optional<int> clientPort = std::nullopt)
 {
     constexpr int mostOpenFiles = 4096;
@@ -41,7 +41,7 @@ void shutDown(const std::vector<int> &files)
 
 LoopbackServer::LoopbackServer(const std::string &owner)
 {
-    // A connection kept alive would keep the destructor waiting for seconds.
+    // A kept-alive connection would make the destructor wait for seconds.
     m_server.set_keep_alive_max_count(1);
     m_port = m_server.bind_to_any_port(loopback);
     if (m_port <= 0)
@@ -57,11 +57,11 @@ LoopbackServer::~LoopbackServer()
         m_isStopping = true;
     }
     m_stopping.notify_all();
-    // A server that has not begun to listen would not notice being stopped.
+    // A server that does not listen yet would ignore stop().
     while (!m_server.is_running() && !m_hasEnded)
         std::this_thread::yield();
     m_server.stop();
-    // Browsers open connections in advance. The server would wait for seconds to hear something on them.
+    // Browsers open connections in advance. The server would wait seconds for a request on them.
     shutDown(connections(m_port));
     m_thread.join();
 }

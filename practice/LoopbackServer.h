@@ -11,12 +11,12 @@
 
 namespace parcelory {
 
-/// An HTTP server on a free port of the loopback address, for the services that a practice desk imitates.
+/// An HTTP server on a free port of the loopback address, for the services that the practice desk simulates.
 ///
-/// The owner declares it as its last member, so that it stops before anything that a handler uses is gone.
+/// The owner declares it as its last member, so that it stops before anything that a handler uses is destroyed.
 class LoopbackServer {
 public:
-    /// Throws std::runtime_error, which names `owner`, when no port can be had.
+    /// Throws std::runtime_error, which names `owner`, if no port is free.
     explicit LoopbackServer(const std::string &owner);
     ~LoopbackServer();
     LoopbackServer(const LoopbackServer &) = delete;
@@ -24,16 +24,16 @@ public:
 
     std::string base() const; ///< http://127.0.0.1:PORT/
 
-    /// Answers every request with `handler`, which is called on several threads at once. To be called once.
+    /// Answers every request with `handler`, which is called on several threads at once. Call once.
     void start(const httplib::Server::Handler &handler);
 
-    /// Holds the calling handler up. Returns early, with false, when the server stops.
+    /// Delays the calling handler. Returns early, with false, if the server stops.
     bool pause(std::chrono::milliseconds time);
 
-    /// Ends the connection that `request` came from, without an answer.
+    /// Closes the connection of `request` without a response.
     void hangUp(const httplib::Request &request) const;
 
-    /// Whether the client of `request` has gone without waiting for the answer.
+    /// True if the client of `request` has disconnected.
     bool isAbandoned(const httplib::Request &request) const;
 
 private:

@@ -8,7 +8,7 @@
 
 namespace parcelory {
 
-/// Secrets that end with the program.
+/// Secrets in memory, gone when the program ends.
 class MemorySecrets : public SecretStore {
 public:
     std::optional<QString> get(const QString &account) override

@@ -5,7 +5,7 @@
 
 namespace parcelory {
 
-/// The practice desk's program: it is nowhere installed and replaces nothing.
+/// The practice desk's application: not installed, so never updated.
 class PracticeApplication : public SystemApplication {
 public:
     QString installedPath() const override { return {}; }

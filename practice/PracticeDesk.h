@@ -14,21 +14,20 @@
 
 namespace parcelory {
 
-/// The world of the practice desk: the real program on an embedded carrier and back office, printers of paper-free
-/// stock and a data folder of its own. Nothing of it reaches beyond this machine, and nothing real is reached from it.
+/// The practice desk's platform: the real program with an embedded carrier and back office, printers that write files,
+/// and its own data folder. It sends nothing beyond this machine and reaches no real service or record.
 class PracticeDesk {
 public:
-    /// Starts the carrier and sets a practice key and the practice printers where none are set. `folder`: empty for
-    /// "Parcelory Practice" beside the real records.
+    /// Starts the carrier and the back office, stores a practice key and sign-in, and chooses the practice printers if
+    /// none are chosen. `folder`: empty for "Parcelory Practice" next to the real records.
     PracticeDesk(const QString &folder, Prompts &prompts, Keyboard &keyboard);
 
     Platform &platform() { return m_platform; }
-    /// Makes the program believe that it is no practice desk and that `token` is the desk's key: for pictures and
-    /// tests of what a real desk shows.
+    /// Hides practice mode and makes `token` the active key, for pictures and tests of a real desk's screens.
     void pose(const QString &token);
     PracticeCarrier &carrier() { return m_carrier; }
     PracticeBackOffice &backOffice() { return m_backOffice; }
-    /// How to sign in here, for the sign-in screen.
+    /// How to sign in, for the sign-in screen.
     static QString signInNote();
     const PracticePrinter &printer() const { return m_printer; }
     PracticePrinter &printer() { return m_printer; }

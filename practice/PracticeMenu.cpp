@@ -49,7 +49,7 @@ const QList<Mishap> &mishaps()
     return table;
 }
 
-/// Types a text as a scanner does: a key every ten milliseconds, then Return.
+/// Types a text like a scanner: a key every ten milliseconds, then Return.
 Task<> typeLikeAScanner(Clock &clock, QString text)
 {
     const auto press = [](int key, const QString &letters) {
@@ -103,13 +103,13 @@ void addPrinterEntries(QMenu *menu, PracticePrinter &printer)
         QAction *action = menu->addAction(name);
         action->setCheckable(true);
         group->addAction(action);
-        // Not "toggled": the fault that gives way must not undo the one that takes its place.
+        // Not "toggled": unchecking the old fault must not undo the new fault.
         QObject::connect(action, &QAction::triggered, menu,
                          [&printer, fault](bool on) { printer.setFault(on ? fault : PrinterFault::none); });
     }
 }
 
-/// Something that goes wrong at the back office while its entry is checked.
+/// A back office failure that lasts while its menu entry is checked.
 struct OfficeMishap {
     QString name;
     std::function<void(BackOfficeScenario &, bool on)> apply;

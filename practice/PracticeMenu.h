@@ -6,7 +6,7 @@ namespace parcelory {
 
 class PracticeDesk;
 
-/// A menu of mishaps: what a clerk should have seen once before it happens with real postage.
+/// A menu of scans, weights and mishaps, so that a clerk has seen each mishap before it happens with real postage.
 void addPracticeMenu(QMenuBar *bar, PracticeDesk &desk);
 
 } // namespace parcelory

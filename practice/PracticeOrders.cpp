@@ -18,7 +18,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// What `word` stands for; an unknown one is named in the failure.
+/// The value that `word` stands for; the error names an unknown word.
 template <class T>
 T known(const std::optional<T> &value, const QString &what, const QString &word)
 {
@@ -35,7 +35,7 @@ std::optional<MailpieceSelection> mailpieceFrom(const QString &id)
     return found == builtinMailpieces().end() ? std::nullopt : std::optional<MailpieceSelection>(found->mailpiece);
 }
 
-/// The order's declaration; what it leaves open stays as the invoice has it.
+/// The order's declaration; contents and value default to those of the invoice.
 CustomsInfo customsOf(const PracticeOrder &order, CustomsInfo customs)
 {
     customs.quantity = order.quantity.value_or(u"1"_s);

@@ -15,7 +15,8 @@ namespace parcelory {
 class AppState;
 class LabelScreen;
 
-/// One parcel of an orders file, in the words of the label screen. Whatever is left out stays as the screen has it.
+/// A parcel of an orders file, in the label screen's terms. Carrier, service class and extra service stay as the screen
+/// has them if the order omits them.
 struct PracticeOrder {
     std::optional<QString> invoice; ///< its number in the practice back office, which knows the recipient
     std::optional<ShippoAddress> to;

@@ -12,7 +12,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Takes a document out of a temporary file into `folder` under a name of its own.
+/// Copies a document from a temporary file to `folder` as `name`.
 void keepCopy(const QString &path, const QDir &folder, const QString &name)
 {
     folder.mkpath(u"."_s);
@@ -25,7 +25,7 @@ ProcessOutcome answer(const QByteArray &out)
     return {0, out, {}};
 }
 
-/// What the print system says of a label printer with a job to print.
+/// The print system's output about a label printer that has a job.
 struct FaultWords {
     PrinterFault fault;
     QByteArray state, alerts;
@@ -47,11 +47,11 @@ const FaultWords &wordsOf(PrinterFault fault)
 
 PracticePrinter::PracticePrinter(QDir folder) : m_folder(std::move(folder))
 {
-    for (const QString &name : m_folder.entryList(QDir::Files)) // earlier runs' files stay
+    for (const QString &name : m_folder.entryList(QDir::Files)) // continue the numbers of earlier runs
         m_jobs = std::max(m_jobs, name.section(u'-', 0, 0).toInt());
 }
 
-ProcessOutcome PracticePrinter::run(const QString &program, const QStringList &arguments, const std::atomic<bool> *)
+ProcessOutcome PracticePrinter::run(const QString &program, const QStringList &arguments, const CancelToken &)
 {
     const std::lock_guard lock(m_access);
     if (program == u"/usr/bin/lpstat")
@@ -141,7 +141,7 @@ void PracticePrinter::print(const Job &job) const
 void PracticeDesktop::openFile(const QString &path)
 {
     keepCopy(path, m_folder, QFileInfo(path).fileName());
-    QFile::remove(path); // the copy is what a viewer would show
+    QFile::remove(path); // the copy takes the viewer's place
 }
 
 void PracticeDesktop::openUrl(const QUrl &url)

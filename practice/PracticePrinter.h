@@ -10,31 +10,30 @@
 
 namespace parcelory {
 
-/// What ails the practice label printer. While it is off or out of labels, jobs wait in its queue.
+/// The practice label printer's fault. While it is paused, off or out of labels, jobs wait in its queue.
 enum class PrinterFault { none, paused, off, outOfLabels, unknown };
 
-/// Two printers of paper-free stock. It answers as the print tools would and keeps what they get as files. May be
-/// called from any thread.
+/// Two printers without paper: imitates the print tools and saves printed documents as files. May be called from any
+/// thread.
 class PracticePrinter : public ProcessRunner {
 public:
     static inline const QString labelQueue = QStringLiteral("Practice_Zebra");
     static inline const QString documentQueue = QStringLiteral("Practice_Laser");
 
-    /// Printed files go to `folder`, numbered in the order in which they came.
+    /// Printed files go to `folder`, numbered in order of arrival.
     explicit PracticePrinter(QDir folder);
 
     /// Only the three print tools exist here; anything else throws AppError.
-    ProcessOutcome run(const QString &program, const QStringList &arguments,
-                       const std::atomic<bool> *stop = nullptr) override;
+    ProcessOutcome run(const QString &program, const QStringList &arguments, const CancelToken &cancel = {}) override;
 
-    /// What waits is printed once there is none. A queue that is paused and not `stubborn` resumes when it is asked to.
+    /// Waiting jobs print when the fault becomes `none`. A paused queue that is not `stubborn` resumes on request.
     void setFault(PrinterFault fault, bool stubborn = true);
     QDir folder() const { return m_folder; }
 
 private:
     struct Job {
         int number;
-        QString file; ///< where it is printed to
+        QString file; ///< name of the printed file
         QByteArray bytes;
     };
 
@@ -57,7 +56,7 @@ public:
     explicit PracticeDesktop(QDir folder) : m_folder(std::move(folder)) {}
 
     void openFile(const QString &path) override;
-    void openUrl(const QUrl &url) override; ///< only notes the address: nothing of the desk goes out
+    void openUrl(const QUrl &url) override; ///< only records the address: the practice desk opens no web page
     void copyText(const QString &text) override { copyToClipboard(text); }
 
 private:

@@ -18,7 +18,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// What became of one order.
+/// The outcome of an order.
 struct Shipped {
     QString recipient;
     QString label; ///< the shipment's one-line summary, or why there is none
@@ -36,7 +36,7 @@ QString bannerText(const LabelScreen &screen)
     return screen.banner.value() ? screen.banner.value()->text : QString();
 }
 
-/// Puts the parcel that an order describes on the scale and takes its weight from there.
+/// Puts the order's parcel on the scale and takes its weight from there.
 Task<> weigh(AppState &app, LabelScreen &screen, PracticeScale &scale)
 {
     const double ounces = screen.totalPounds() * 16;
@@ -47,7 +47,7 @@ Task<> weigh(AppState &app, LabelScreen &screen, PracticeScale &scale)
     screen.weigh();
 }
 
-/// Takes one order down the whole road, as a clerk would.
+/// Processes an order from draft to log, as a clerk would.
 Task<Shipped> ship(AppState &app, LabelScreen &screen, PracticeScale &scale, PracticeOrder order)
 {
     co_await compose(order, app, screen);
@@ -86,7 +86,7 @@ Task<int> shipAll(AppState &app, LabelScreen &screen, PracticeScale &scale, QLis
         Shipped one{.recipient = order.to ? order.to->name : u"Invoice "_s + *order.invoice};
         try {
             one = co_await ship(app, screen, scale, order);
-        } catch (const AppError &error) { // a word that the screen does not know; the other orders go on
+        } catch (const AppError &error) { // for example an unknown word; the other orders go on
             one.label = error.description();
         }
         shipped.append(one);
@@ -100,7 +100,7 @@ Task<int> shipAll(AppState &app, LabelScreen &screen, PracticeScale &scale, QLis
     co_return failures == 0 ? 0 : 1;
 }
 
-/// Signs in to the practice back office where an order needs it. Without the web engine those orders are left out.
+/// Signs in to the practice back office if an order needs it. Skips these orders if the web engine cannot run.
 Task<QList<PracticeOrder>> signIn(AppState &app, QList<PracticeOrder> orders)
 {
     const auto invoiced = [](const PracticeOrder &order) { return order.invoice.has_value(); };
@@ -120,7 +120,7 @@ Task<QList<PracticeOrder>> signIn(AppState &app, QList<PracticeOrder> orders)
 QString exportLog(const AppState &app)
 {
     const QString path = app.platform.dataFolder.absoluteFilePath(u"Mail Log Export.csv"_s);
-    if (!saveFile(path, [&app](QIODevice &file) { return app.log.exportEndicia(file); }))
+    if (!saveFile(path, [&app](QIODevice &file) { return app.log.exportEndiciaCSV(file); }))
         throw AppError(u"The mailing log could not be read to its end, so nothing was exported."_s);
     return path;
 }
@@ -158,7 +158,7 @@ int runPractice(const QString &folder, const QString &ordersFile)
             say(u"parcelory: "_s + describe(error));
             status = 1;
         }
-        // Posted, because a run that fails at once is over before the event loop begins.
+        // Posted, because a run that fails at once ends before the event loop starts.
         QMetaObject::invokeMethod(qApp, [&] { QCoreApplication::exit(status); }, Qt::QueuedConnection);
     });
     return QCoreApplication::exec();

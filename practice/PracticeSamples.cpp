@@ -67,7 +67,7 @@ constexpr const char16_t *customers[][8] = {
     {u"Theodore Eng", u"", u"2217 W Alder St", u"Apt 9", u"Tacoma", u"WA", u"98405", u"US"},
 };
 
-/// As the carrier names a purchase.
+/// A transaction id in the carrier's format.
 QString sampleId(int number)
 {
     return u"5e1c0b7d2f9a4c08b3d6e1f07a92%1"_s.arg(number, 4, 16, QChar(u'0'));

@@ -8,17 +8,17 @@ class AppState;
 class LocalAddressStore;
 class ShipmentLog;
 
-// People and parcels of the practice desk, for pictures and first steps.
+// People and parcels of the practice desk, for pictures and for the first run.
 
 ShippoAddress practiceRecipient();
-ShippoAddress practiceBoxHolder(); ///< whose street loses a number when the carrier standardises it
+ShippoAddress practiceBoxHolder(); ///< a street that loses a number when the carrier standardizes it
 ShippoAddress practiceRecipientAbroad();
 
-/// Fills the mailing log with two weeks of a small desk.
+/// Fills the mailing log with three days of a small desk.
 void addPracticeShipments(ShipmentLog &log);
-/// Writes down whom a small desk ships to, when its address book is empty.
+/// Fills an empty address book with a small desk's recipients.
 void addPracticeAddresses(LocalAddressStore &book);
-/// Two more return addresses and three boxes.
+/// Adds two return addresses and sets two boxes.
 void addPracticeProfiles(AppState &app);
 
 } // namespace parcelory

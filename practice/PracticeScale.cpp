@@ -24,7 +24,7 @@ void PracticeScale::put(double ounces)
 {
     m_ounces = std::max(0.0, ounces);
     cancelSettling();
-    send(ScaleStatus::zero, 0); // by this one parcel is told from the next
+    send(ScaleStatus::zero, 0); // an empty plate separates two parcels
     send(ScaleStatus::moving, std::min(m_ounces, capacity) / 2);
     m_settling = m_clock.after(settling, [this] {
         m_settling.reset();

@@ -8,7 +8,7 @@
 
 namespace parcelory {
 
-/// A scale on the practice desk: it carries what the clerk says it does, and speaks as a real one.
+/// The practice desk's scale: holds the weight that the clerk chooses and sends the reports of a real scale.
 class PracticeScale : public HidSource {
 public:
     static constexpr double capacity = 70 * 16; ///< ounces
@@ -20,8 +20,8 @@ public:
     void start(Listener listener) override;
     void stop() override;
 
-    /// Takes off what is on the plate and puts a parcel of this weight on it, 0 for nothing. More than the capacity is
-    /// an overload.
+    /// Replaces the parcel on the plate with a parcel of this weight; 0 empties the plate. More than the capacity is an
+    /// overload.
     void put(double ounces);
     void plug();
     void unplug();

@@ -88,7 +88,7 @@ Task<> Gallery::until(std::function<bool()> reached)
     throw AppError(u"The practice desk did not reach a state that was to be drawn."_s);
 }
 
-/// The window, and over it what is open: a dialog on a shaded window, or a list.
+/// The window and what is open above it: a dialog over the shaded window, or a list.
 QImage Gallery::picture()
 {
     QWidget &window = m_program.window();
@@ -204,9 +204,9 @@ Task<> Gallery::drawInvoice()
     co_await until([] { return QApplication::activeModalWidget(); });
     co_await save(u"dialog-invoice-attention"_s);
     static_cast<QDialog *>(QApplication::activeModalWidget())->accept();
-    co_await until([this] { return !label().rates.value().isEmpty(); }); // it is checked, weighed and rated by itself
+    co_await until([this] { return !label().rates.value().isEmpty(); }); // validated, weighed and rated automatically
     co_await save(u"new-label-invoice"_s);
-    app().scannedInvoice = std::nullopt; // it has its label already, and the others of its number are first ones
+    app().scannedInvoice = std::nullopt; // its tracking number would raise a second-label warning in later pictures
     label().clearDraft();
     label().mailpiece = BuiltinMailpiece::package;
     for (QAbstractButton *button : m_program.window().findChildren<QAbstractButton *>()) {
@@ -241,7 +241,7 @@ Task<> Gallery::drawComposing()
     }
 }
 
-/// A parcel that has its label already, and a purchase that could not be settled.
+/// A second-label warning and an unresolved purchase.
 Task<> Gallery::drawDoubt()
 {
     app().tab = MainTab::newLabel;
@@ -273,7 +273,7 @@ Task<> Gallery::drawDialogs()
     spawn([this] { return label().validate(); });
     co_await until([] { return QApplication::activeModalWidget(); });
     co_await save(u"dialog-address-review"_s);
-    co_await until([this] { // the rates bring up the same question once more
+    co_await until([this] { // the same question appears again with the rates
         if (auto *dialog = qobject_cast<QDialog *>(QApplication::activeModalWidget()))
             dialog->reject();
         return !label().busy;
@@ -354,8 +354,7 @@ Task<> Gallery::drawRecords()
 {
     app().tab = MainTab::mailingLog;
     co_await save(u"mailing-log-one"_s);
-    auto filling = onPool([this] { addPracticeShipments(app().log); });
-    co_await filling;
+    co_await onPool([this] { addPracticeShipments(app().log); });
     co_await until([this] { return app().log.records().size() > 10; });
     m_program.screens().mailingLog.selected = app().log.records()[3].id;
     co_await save(u"mailing-log"_s);
@@ -397,7 +396,7 @@ Task<> Gallery::drawMasterLog()
     co_await save(u"master-log-nothing-found"_s);
 }
 
-/// A second reprint is asked about.
+/// The question before a second reprint.
 Task<> Gallery::drawReprint()
 {
     MailingLogScreen &log = m_program.screens().mailingLog;
@@ -416,8 +415,7 @@ Task<> Gallery::drawScanForm()
     saveWindow(u"SCAN Form"_s, u"window-scan-form-empty"_s);
     const QList<ShipmentRecord> labels = app().log.records();
     const auto bought = std::ranges::find_if(labels, [](const ShipmentRecord &row) { return !row.labelURL.isEmpty(); });
-    auto marking = onPool([this, id = bought->id] { return app().log.setStatus(id, u"REFUND_PENDING"_s); });
-    co_await marking;
+    co_await onPool([this, id = bought->id] { return app().log.setStatus(id, u"REFUND_PENDING"_s); });
     m_desk.carrier().setScenario({.manifestDocuments = 2});
     spawn([this] { return app().createScanForm(label().sender().value_or(SenderProfile()).address); });
     co_await until([] { return QApplication::activeModalWidget(); });
@@ -466,7 +464,7 @@ Task<> Gallery::drawPractice()
     co_await drawSettings();
 }
 
-/// What a test or a live key looks like: the same screens, but this desk does not say that it is one.
+/// The screens with a test or a live key, without any practice mode marker.
 Task<> Gallery::drawMode(QString name)
 {
     app().flow = AppFlow::main;
@@ -482,11 +480,10 @@ Task<> Gallery::drawMode(QString name)
     co_await drawLogs(name);
 }
 
-/// The logs of a real desk in the smallest window, the account's one while other days are asked for.
+/// The logs in the smallest window, the master log after a change of the selected days.
 Task<> Gallery::drawLogs(QString name)
 {
-    auto filling = onPool([this] { addPracticeShipments(app().log); });
-    co_await filling;
+    co_await onPool([this] { addPracticeShipments(app().log); });
     co_await until([this] { return app().log.records().size() > 10; });
     m_program.screens().mailingLog.selected = app().log.records()[1].id;
     app().tab = MainTab::mailingLog;
@@ -501,7 +498,7 @@ Task<> Gallery::drawLogs(QString name)
     co_await save(u"master-log-"_s + name);
 }
 
-/// Runs one gallery over a desk of its own; true when all was drawn.
+/// Runs a gallery on its own practice desk; true if every screen was drawn.
 bool draw(const QDir &folder, const QString &mode)
 {
     const QTemporaryDir records;

@@ -87,7 +87,7 @@ int run(const CommandLine &line, bool window)
 int main(int argc, char **argv)
 {
 #ifdef Q_OS_LINUX
-    // Without TZ the C library looks at the zone's file again at every conversion: a third of an import's time.
+    // Without TZ, the C library checks the time zone file at every conversion, which takes a third of an import's time.
     if (!qEnvironmentVariableIsSet("TZ"))
         qputenv("TZ", ":/etc/localtime");
 #endif

@@ -5,7 +5,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// Texts that hold a "%1" of their own must not be filled in twice: never chain arg() here.
+// A text may hold a "%1" itself, so never chain arg() here.
 
 constexpr QLatin1StringView pageFrame(R"HTML(<!DOCTYPE html>
 <html><head><meta charset="utf-8"><title>Deskline - %1</title>
@@ -19,7 +19,7 @@ constexpr QLatin1StringView signInFields(R"HTML(<p>User: <input type="text" name
 <p>Password: <input type="password" name="password" id="password"></p>
 )HTML");
 
-// The fields of a page without a form reach the server through a form that exists only for the moment.
+// A page without a form sends its fields through a temporary form.
 constexpr QLatin1StringView formlessSignIn(R"HTML(<p><button type="button" onclick="signIn()">Sign In</button></p>
 <script>
 function signIn() {
@@ -78,7 +78,7 @@ QString escaped(const QString &text)
     return text.toHtmlEscaped();
 }
 
-/// A cell as the page has grown over the years: behind some labels stands a space that does not break.
+/// A labeled cell. As on the real page, some labels are followed by a non-breaking space.
 enum class Space { plain, unbreakable };
 QString labelled(const QString &label, const QString &html, Space space = Space::plain)
 {

@@ -7,7 +7,7 @@ namespace parcelory {
 
 // The pages of the practice back office, as HTML. Texts from outside are escaped.
 
-/// The sign-in page. `isRefused` when it follows a wrong name or password.
+/// The sign-in page; `isRefused` after a wrong name or password.
 QString signInPage(BackOfficeScenario::LoginPage kind, bool isRefused);
 
 QString dashboardPage(const QString &user, const QList<PracticeInvoice> &invoices);
@@ -16,7 +16,7 @@ QString invoicePage(const PracticeInvoice &invoice, bool hangsScript);
 /// The page where the customer of `invoice` is edited.
 QString customerPage(const PracticeInvoice &invoice, bool hasCompanyField);
 
-/// A page with nothing but a sentence, such as an error.
+/// A page with only a sentence, such as an error.
 QString messagePage(const QString &sentence);
 
 } // namespace parcelory

@@ -40,7 +40,7 @@ QString parameterOf(const httplib::Request &message, const char *name)
     return QString::fromStdString(message.get_param_value(name));
 }
 
-/// The session that the client claims to have, empty without one.
+/// The session id in the client's cookies; empty if there is none.
 QByteArray sessionOf(const httplib::Request &message)
 {
     for (const QByteArray &cookie : cookiesOf(message).split(';')) {
@@ -59,7 +59,7 @@ public:
     mutable std::mutex mutex; ///< guards everything below
     BackOfficeScenario scenario;
     QString password = PracticeBackOffice::password;
-    QHash<QByteArray, QString> sessions; ///< the user by session
+    QHash<QByteArray, QString> sessions; ///< user name by session id
     QList<Request> received;
 
     QUrl baseUrl() const { return QUrl(QString::fromStdString(m_server.base())); }
@@ -74,7 +74,7 @@ private:
     void sendHalf(const std::string &html, const httplib::Request &message, httplib::Response &response);
 
     const QList<PracticeInvoice> m_invoices = practiceInvoices();
-    LoopbackServer m_server{"practice back office"}; // the last one: it uses the others until it has stopped
+    LoopbackServer m_server{"practice back office"}; // declared last: its handlers use the other members until it stops
 };
 
 PracticeBackOffice::Impl::Impl()
@@ -107,7 +107,7 @@ void PracticeBackOffice::Impl::serve(const httplib::Request &message, httplib::R
         response.set_content(answer.body.toStdString(), "text/html; charset=utf-8");
 }
 
-/// Sends the first half of `html` at once and the rest when the scenario no longer forbids it.
+/// Sends the first half of `html` at once and the rest when `neverFinishes` is cleared.
 void PracticeBackOffice::Impl::sendHalf(const std::string &html, const httplib::Request &message,
                                         httplib::Response &response)
 {
@@ -115,7 +115,7 @@ void PracticeBackOffice::Impl::sendHalf(const std::string &html, const httplib::
                                                                          httplib::DataSink &sink) {
         if (sent < half)
             return sink.write(html.data() + sent, half - sent);
-        // The server asks again as long as nothing is written. A client that has gone must not hold its thread.
+        // The server calls again while nothing is written. A client that has disconnected must not hold its thread.
         if (!m_server.pause(std::chrono::milliseconds(20)) || m_server.isAbandoned(message))
             return false;
         const std::lock_guard lock(mutex);

@@ -8,12 +8,12 @@
 
 namespace parcelory {
 
-/// An invoice of the practice back office. Every text is as it stands on the page.
+/// An invoice of the practice back office, with its texts as the page shows them.
 struct PracticeInvoice {
     struct Buyer {
         QString name = {};
         QString email = {};
-        QStringList street = {}; ///< one entry a line
+        QStringList street = {}; ///< one entry per line
         QString city = {};       ///< with the state: "Asheville, NC"
         QString zip = {};
         QString country = {};
@@ -43,11 +43,11 @@ struct PracticeInvoice {
     QString shippingCost = QStringLiteral("$9.95");
     QString paid = QStringLiteral("$0.00");
     int customer = 0;             ///< the number of the buyer's customer page; 0 when there is none
-    QString customerCompany = {}; ///< as that page has it
+    QString customerCompany = {}; ///< as the customer page shows it
     bool hasOnlyAddress = false;  ///< the page shows a name and an address and nothing else
 };
 
-/// The invoices that the practice back office knows: ordinary ones first, then those that a reader may stumble over.
+/// The invoices of the practice back office: first the ordinary invoices, then the invoices that are hard to read.
 QList<PracticeInvoice> practiceInvoices();
 
 } // namespace parcelory

@@ -15,11 +15,11 @@ struct Account {
     const char *carrier;
     const char *name;
     const char *number;
-    bool isOwn; ///< the dealer's contract with the carrier, not one that comes with the service
+    bool isOwn; ///< the dealer's own contract, not an account that comes with the service
 };
 
-// In the order of Contract, then those that quote nothing. The postal service does not come first, so that nobody takes
-// the first account for it.
+// In the order of Contract, then the accounts without rates. USPS is not the first account, so that code that simply
+// takes the first account fails.
 constexpr Account accounts[] = {
     {"2716480a9d7b4b31837c0dacd7d48104", "ups", "UPS", "shippo_ups_account", false},
     {"86a7793d3788422a8169cfae9c87ed02", "fedex", "FedEx", "867530990", true},

@@ -44,7 +44,7 @@ QString plainPhone(QString phone)
     return phone.remove(noise);
 }
 
-/// The street lines in the postal service's spelling.
+/// Rewrites the street lines in the postal service's style.
 void standardiseStreet(QString &street1, QString &street2)
 {
     static const QRegularExpression box(u"\\bBOX \\w+"_s);
@@ -61,7 +61,7 @@ void standardiseStreet(QString &street1, QString &street2)
     }
 }
 
-/// Five digits and four more that always come out the same for the same street.
+/// ZIP+4; the same street always gets the same four digits.
 QString fullZip(const QString &zip, const QString &street)
 {
     static const QRegularExpression extended(u"^\\d{5}-\\d{4}$"_s);
@@ -86,13 +86,13 @@ void standardise(Json &address)
     address["state"] = textOf(address, "state").toUpper().toStdString();
 }
 
-/// The verdict on an address that was to be validated; an empty object when none is given.
+/// The validation result of an address; an empty object if the service does not validate it.
 Json verdict(const Json &address, bool test)
 {
     const QString street = textOf(address, "street1") + u' ' + textOf(address, "street2");
     const auto says = [&](const char *word) { return street.contains(QLatin1StringView(word), Qt::CaseInsensitive); };
     Json messages = Json::array();
-    // With a test key the service validates addresses of its own country only.
+    // With a test key, the service validates US addresses only.
     if (says("Unchecked") || (!isUs(address) && test))
         return Json::object();
     if (!namesAPlace(address)) {

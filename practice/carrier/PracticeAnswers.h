@@ -12,28 +12,28 @@ namespace parcelory {
 
 using Json = nlohmann::ordered_json;
 
-/// What goes back to the client for one request.
+/// The response to a request.
 struct CarrierAnswer {
     int status = 200;
     QByteArray body = {};
     QByteArray contentType = "application/json";
-    QByteArray rateLimitReset = {}; ///< Unix time at which requests are welcome again; empty leaves the header out
+    QByteArray rateLimitReset = {}; ///< Unix time at which the limit resets; empty omits the header
     bool brokenOff = false;         ///< the connection ends after half of the body
 };
 
 CarrierAnswer jsonAnswer(int status, const Json &body);
-/// A refusal as the service words it for everything but fields: {"detail": "…"}.
+/// An error that is not about fields, as the service words it: {"detail": "…"}.
 CarrierAnswer detailAnswer(int status, const std::string &text);
-/// The answer to a path or tracking number that nobody knows: a page, not JSON.
+/// The response to an unknown path or tracking number: an HTML page, not JSON.
 CarrierAnswer notFoundPage(const QByteArray &path);
-/// The answer to an id that nobody knows.
+/// The response to an unknown id.
 CarrierAnswer notFound();
 
 inline constexpr const char *objectOwner = "desk@example.com";
 
 /// 32 hexadecimal digits.
 std::string newObjectId();
-/// What every record of the service begins with: its id, owner and times, and whether a test key made it.
+/// The fields that every record starts with: id, owner, times and test flag.
 Json newObject(bool test);
 /// UTC with milliseconds: 2022-01-10T17:24:13.283Z.
 std::string timestamp(const QDateTime &time);
@@ -44,14 +44,14 @@ QString textOf(const Json &object, const char *key);
 /// The flag under `key`, or `fallback` when the object has none.
 bool flagOf(const Json &object, const char *key, bool fallback);
 
-/// Adds a text to the list of complaints about a field.
+/// Adds a text to the errors of a field.
 void complain(Json &errors, const std::string &field, const std::string &text);
-/// Complains when a field is neither absent nor of the type; true when the field is there and usable.
+/// Adds an error if a field is present but of a wrong type; true if the field is present and usable.
 bool isUsableText(Json &errors, const Json &object, const char *key);
 bool isUsableFlag(Json &errors, const Json &object, const char *key);
-/// Complains about a text that is no ISO 8601 time.
+/// Adds an error if a text is not an ISO 8601 time.
 void checkTime(Json &errors, const Json &object, const char *key);
-/// Complains when a field is absent, empty or no text.
+/// Adds an error if a field is absent, empty or not a text.
 void requireText(Json &errors, const Json &object, const char *key);
 
 } // namespace parcelory

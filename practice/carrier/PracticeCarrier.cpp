@@ -53,7 +53,7 @@ private:
     CarrierAnswer download(const CarrierRequest &request, const QByteArray &authorization);
     CarrierAnswer apiAnswer(const CarrierRequest &request, const QByteArray &authorization);
 
-    LoopbackServer m_server{"practice carrier"}; // the last one: it uses the others until it has stopped
+    LoopbackServer m_server{"practice carrier"}; // declared last: its handlers use the other members until it stops
 };
 
 PracticeCarrier::Impl::Impl()
@@ -100,7 +100,7 @@ void PracticeCarrier::Impl::serve(const httplib::Request &message, httplib::Resp
         send(answer, response);
 }
 
-/// What goes wrong with a request before anybody has looked at it.
+/// The scenario's error response that replaces the regular response, if any.
 std::optional<CarrierAnswer> PracticeCarrier::Impl::misfortune(const CarrierRequest &request)
 {
     auto &failure = scenario.failNext;
@@ -121,7 +121,7 @@ std::optional<CarrierAnswer> PracticeCarrier::Impl::misfortune(const CarrierRequ
 
 CarrierAnswer PracticeCarrier::Impl::download(const CarrierRequest &request, const QByteArray &authorization)
 {
-    // The link is signed; a token sent along as well would be a leak of the token.
+    // The link is signed; a token sent with it would be leaked.
     if (!authorization.isEmpty())
         return fileRefusal(400, "InvalidArgument", "Only one auth mechanism allowed");
     if (request.method != "GET")

@@ -12,22 +12,22 @@
 
 namespace parcelory {
 
-/// An embedded carrier on loopback that answers as the real service does, without postage.
+/// An embedded carrier on loopback that responds like the real service, without postage.
 ///
-/// It runs on threads of its own; every member may be called from any thread.
+/// Runs on its own threads; every member may be called from any thread.
 class PracticeCarrier {
 public:
-    /// The two tokens it accepts. Neither sees what was made with the other.
+    /// The two accepted tokens. Each token sees only its own records.
     static inline const QString testToken = QStringLiteral("shippo_test_practice");
     static inline const QString liveToken = QStringLiteral("shippo_live_practice");
 
-    /// Throws std::runtime_error when no port of the loopback address can be had.
+    /// Throws std::runtime_error if no loopback port is free.
     PracticeCarrier();
     ~PracticeCarrier();
 
     QUrl baseUrl() const; ///< http://127.0.0.1:PORT/
 
-    /// Takes effect with the next request. Counters (failures, list reads) start anew.
+    /// Takes effect with the next request. Counters (failures, list reads) start over.
     void setScenario(CarrierScenario scenario);
 
     struct Request {
@@ -41,7 +41,7 @@ public:
     QList<Request> requests() const; ///< everything received so far, oldest first
     void clearRequests();
 
-    /// Puts labels of another desk into the account of `token`: the newest bought at `newest`, every further one `step`
+    /// Adds labels of another desk to the account of `token`: the newest bought at `newest`, each further label `step`
     /// earlier.
     void seedHistory(int labels, const QDateTime &newest, std::chrono::seconds step, const QString &token = testToken);
 

@@ -74,7 +74,7 @@ void addHistory(PracticeLedger &ledger, int labels, const QDateTime &newest, std
         const std::string time = timestamp(newest.addSecs(-step.count() * number));
         createShipment(ledger, quietDay, shipmentBody(recipients[number % std::size(recipients)]));
         Json &shipment = ledger.shipments.all().back().shown;
-        // One rate is enough for a bought shipment; all of them would make long histories heavy.
+        // A bought shipment needs only one rate; all rates would make a long history large.
         Json &rates = shipment["rates"];
         rates = Json::array({rates.at(number % rates.size())});
         rates[0]["object_created"] = time;

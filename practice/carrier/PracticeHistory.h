@@ -8,7 +8,7 @@ namespace parcelory {
 
 struct PracticeLedger;
 
-/// Puts labels that another desk bought into an account: the newest at `newest`, every further one `step` earlier.
+/// Adds labels that another desk bought to an account: the newest at `newest`, each further label `step` earlier.
 void addHistory(PracticeLedger &ledger, int labels, const QDateTime &newest, std::chrono::seconds step);
 
 } // namespace parcelory

@@ -14,7 +14,7 @@ namespace {
 const QString marking = u"PRACTICE — NO POSTAGE"_s;
 constexpr int dotsWide = 812, dotsHigh = 1218; // 4 by 6 inches at 203 dots per inch
 
-/// A text as field data: what would begin a command is written as a hexadecimal escape.
+/// A text as field data: characters that would start a command become hexadecimal escapes.
 QByteArray fieldData(const QString &text)
 {
     QByteArray escaped;
@@ -72,7 +72,7 @@ QByteArray pngChunk(const QByteArray &type, const QByteArray &data)
     return bigEndian(quint32(data.size())) + type + data + bigEndian(crc32(type + data));
 }
 
-/// Rows of one bit a dot, each after its filter byte: a frame and a cross.
+/// Rows with one bit per dot, each after its filter byte: a frame and a cross.
 QByteArray crossedOutDots()
 {
     constexpr int rowBytes = (dotsWide + 7) / 8, pen = 5, margin = 20;
@@ -133,7 +133,7 @@ QByteArray pngLabel()
         const QByteArray header = bigEndian(dotsWide) + bigEndian(dotsHigh) + QByteArray(oneBitGrey, 5);
         constexpr double inchesPerMetre = 1 / 0.0254;
         const QByteArray dotsPerMetre = bigEndian(quint32(203 * inchesPerMetre));
-        // qCompress puts the length before what is otherwise a zlib stream.
+        // qCompress puts a length before the zlib stream.
         return "\x89PNG\r\n\x1a\n" + pngChunk("IHDR", header) + pngChunk("pHYs", dotsPerMetre + dotsPerMetre + '\x01') +
                pngChunk("IDAT", qCompress(crossedOutDots()).mid(4)) + pngChunk("IEND", {});
     }();

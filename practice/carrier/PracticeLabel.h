@@ -6,7 +6,7 @@
 
 namespace parcelory {
 
-/// What stands on a practice label.
+/// The content of a practice label.
 struct LabelContent {
     QString service; ///< "USPS Priority Mail"
     QString tracking;
@@ -15,13 +15,13 @@ struct LabelContent {
     QStringList from, to; ///< lines of the two addresses
 };
 
-/// A label of 4 by 6 inches for printers of 203 dots per inch, UTF-8.
+/// A 4 by 6 inch label for 203 dpi printers, in UTF-8.
 QByteArray zplLabel(const LabelContent &content);
 
-/// The same label as a PDF page of 4 by 6 inches.
+/// The same label as a 4 by 6 inch PDF page.
 QByteArray pdfLabel(const LabelContent &content);
 
-/// A blank, crossed-out label of the same size; there are no fonts here to write on it.
+/// A blank, crossed-out label of the same size; without text, because there are no fonts here.
 QByteArray pngLabel();
 
 /// A letter page with a title and lines of text: commercial invoices and SCAN forms.

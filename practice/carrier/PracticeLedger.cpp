@@ -32,7 +32,7 @@ const Json &PracticeRecords::add(Json shown, Json later, int reads)
 PracticeRecord *PracticeRecords::find(const QString &id)
 {
     const std::string wanted = id.toStdString();
-    // What is asked for is mostly new, so the search begins with the newest.
+    // Most lookups are for new records, so the search starts with the newest record.
     for (PracticeRecord &record : m_records | std::views::reverse) {
         if (record.shown.at("object_id").get_ref<const std::string &>() == wanted)
             return &record;
@@ -42,7 +42,7 @@ PracticeRecord *PracticeRecords::find(const QString &id)
 
 void PracticeRecords::sortByCreation()
 {
-    // Times of one zone and one form sort as texts; equal ones stay in the order in which they were made.
+    // Times of one zone and format sort as texts; records with equal times keep their order.
     std::multimap<std::string, PracticeRecord> byCreation;
     for (PracticeRecord &record : m_records) {
         std::string created = record.shown.at("object_created").get<std::string>();

@@ -38,7 +38,7 @@ Json manifestErrors(PracticeLedger &ledger, const Json &body)
     return errors;
 }
 
-/// Which zone decides about the day is nowhere written, so a label of the neighbouring day fits too.
+/// The service does not document which time zone counts, so a label of an adjacent day fits, too.
 bool leavesTogether(const Json &shipment, const QString &zip, const QDateTime &day)
 {
     const auto shipDate = parseIso(textOf(shipment, "shipment_date"));
@@ -63,7 +63,7 @@ std::vector<std::string> fittingLabels(PracticeLedger &ledger, const QString &ac
     return ids;
 }
 
-/// Those of the asked-for ids that cannot stand on the form, joined for a message.
+/// The requested ids that cannot be on the form, joined for a message.
 std::string unfit(const Json &asked, const std::vector<std::string> &fitting)
 {
     std::string joined;

@@ -4,7 +4,7 @@ namespace parcelory {
 
 namespace {
 
-/// The text in the one encoding that a standard font brings along; other letters become question marks.
+/// The text in the encoding of a standard font; other letters become question marks.
 QByteArray pdfString(QString text)
 {
     constexpr char16_t dashInWinAnsi = 0x97;

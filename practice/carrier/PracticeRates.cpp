@@ -19,8 +19,8 @@ namespace {
 /// What a price depends on, read from a shipment.
 struct Consignment {
     bool abroad = false;
-    bool toGroundCountry = false; ///< a neighbour that FedEx reaches by road
-    bool hasPlaces = false;       ///< both addresses say where they are
+    bool toGroundCountry = false; ///< a neighboring country that FedEx reaches by road
+    bool hasPlaces = false;       ///< both addresses have a city and, in the US, a ZIP code
     bool recipientHasPhone = false;
     int zone = 1;
     double pounds = 0;
@@ -92,7 +92,7 @@ Consignment consignmentOf(const Json &shipment)
     return consignment;
 }
 
-/// Why a carrier quotes nothing at all; the reason is empty when it quotes.
+/// Why a carrier quotes no rates; the reason is empty if it does.
 struct Refusal {
     QString reason;
     const char *code = "";
@@ -130,7 +130,7 @@ bool isOffered(const Offer &offer, const Consignment &consignment)
     if (consignment.parcelTemplate.startsWith(u"USPS_"))
         return token == "usps_priority"_L1 || token == "usps_priority_mail_international"_L1;
     if (isGround && !consignment.parcelTemplate.isEmpty())
-        return false; // the carrier's own packaging flies
+        return false; // the carrier's own packaging goes by air only
     if (token == "fedex_international_ground"_L1)
         return consignment.toGroundCountry;
     if (token == "fedex_ground"_L1)
@@ -151,7 +151,7 @@ double signaturePrice(const QString &signature, bool isUsps)
     return isUsps ? ofUsps : ofOthers;
 }
 
-/// The share of a rate that pays for insurance; 0 when another carrier insures.
+/// The share of a rate that pays for insurance; 0 if another carrier insures.
 double insurancePrice(const Offer &offer, const Consignment &consignment)
 {
     const QString provider = QString::fromLatin1(PracticeAccounts::provider(offer.contract)).toUpper();
@@ -228,7 +228,7 @@ Json message(const QString &source, const char *code, const QString &text)
     return {{"source", source.toStdString()}, {"code", code}, {"text", text.toStdString()}};
 }
 
-/// Other carriers of the service always have something to say, which does not make a healthy answer worse.
+/// Messages of other carriers, which the service always adds; they indicate no problem.
 Json unrelatedMessages(bool abroad)
 {
     const QString place = abroad ? u"this destination"_s : u"shipments to inside of the US"_s;

@@ -20,13 +20,13 @@ namespace {
 
 constexpr int defaultPageSize = 25, defaultShortPageSize = 5, largestPageSize = 100;
 
-/// Which part of a list was asked for.
+/// The requested part of a list.
 struct PageRequest {
     int size;
     int number = 1;
 };
 
-/// Reads "results" and "page" of a query; nothing when they make no sense.
+/// Reads "results" and "page" of a query; empty if they are invalid.
 std::optional<PageRequest> pageRequest(const QUrl &target, int defaultSize)
 {
     const QUrlQuery query(target);
@@ -48,7 +48,7 @@ Json pageLink(const std::string &list, const PageRequest &page, int number, bool
     return list + "?results=" + std::to_string(page.size) + "&page=" + std::to_string(number);
 }
 
-/// One page of `records`, which stand in the order of the list.
+/// A page of `records`, which are in list order.
 CarrierAnswer listPage(const CarrierRequest &request, const std::vector<const Json *> &records, int defaultSize,
                        const std::string &base, const CarrierScenario &scenario)
 {
@@ -149,7 +149,7 @@ bool CarrierRequest::readsList() const
 CarrierAnswer answerTo(const CarrierRequest &request, PracticeLedger &ledger, const CarrierScenario &scenario)
 {
     const QStringList path = request.path();
-    // The real service answers a doubled slash with nothing at all, and calls that JSON.
+    // The real service responds to a doubled slash with an empty body, declared as JSON.
     if (request.target.path().contains(u"//"))
         return {.status = 404};
     if (request.method == "GET")

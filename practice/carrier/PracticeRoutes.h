@@ -10,7 +10,7 @@ namespace parcelory {
 struct PracticeLedger;
 struct CarrierScenario;
 
-/// A request as far as its answer depends on it.
+/// The parts of a request that determine its response.
 struct CarrierRequest {
     QByteArray method;
     QUrl target; ///< path and query
@@ -22,14 +22,14 @@ struct CarrierRequest {
     bool readsList() const;
 };
 
-/// The answer to a request whose token belongs to `ledger`.
+/// The response to a request whose token belongs to `ledger`.
 CarrierAnswer answerTo(const CarrierRequest &request, PracticeLedger &ledger, const CarrierScenario &scenario);
 
-/// The file behind a signed link; null when the ledger knows no such file.
+/// The file behind a signed link; empty if the ledger has no such file.
 std::optional<CarrierAnswer> fileFor(const CarrierRequest &request, const PracticeLedger &ledger,
                                      const CarrierScenario &scenario);
 
-/// The refusal of a link that carries what it should not, as the file host words it.
+/// The file host's XML error.
 CarrierAnswer fileRefusal(int status, const QByteArray &code, const QByteArray &text);
 
 } // namespace parcelory

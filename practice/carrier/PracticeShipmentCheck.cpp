@@ -56,7 +56,7 @@ void requireChoice(Json &errors, const Json &object, const char *key, const QStr
         checkChoice(errors, object, key, choices);
 }
 
-/// Numbers travel as texts of at most six digits before and four after the point.
+/// Numbers are texts with at most six digits before and four after the point.
 void requireNumber(Json &errors, const Json &object, const char *key)
 {
     static const QRegularExpression form(u"^(\\d{1,6}(\\.\\d{0,4})?|\\.\\d{1,4})$"_s);
@@ -134,7 +134,7 @@ void checkAddress(Json &errors, PracticeLedger &ledger, const Json &body, const 
         errors[key] = std::move(found);
 }
 
-/// The service reports everything about the extras as texts under "extra", however deep the fault lies.
+/// The service reports every error in the extras as a text under "extra", however deeply it is nested.
 void checkExtras(Json &errors, const Json &body)
 {
     const Json extra = body.value("extra", Json::object());

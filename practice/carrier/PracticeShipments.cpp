@@ -13,7 +13,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Sizes come back with four decimals, whatever was typed; absent ones as null.
+/// Sizes come back with four decimals, absent sizes as null.
 Json fourDecimals(const Json &parcel, const char *key)
 {
     const QString typed = textOf(parcel, key);
@@ -45,7 +45,7 @@ Json parcelObject(const Json &typed, bool test)
     return parcel;
 }
 
-/// The id of the declaration, which is all that a shipment shows of it.
+/// The id of the declaration; a shipment shows only this id.
 Json customsId(PracticeLedger &ledger, const Json &body)
 {
     Json customs = body.value("customs_declaration", Json());
@@ -91,7 +91,7 @@ CarrierAnswer createShipment(PracticeLedger &ledger, const CarrierScenario &scen
     rateShipment(rated, scenario);
     if (!scenario.shipmentQueuedWithRates)
         rated["status"] = "SUCCESS";
-    // Unless the client asks to wait, it gets a shipment without rates and has to come back for them.
+    // If async, the client gets a shipment without rates and has to read it again.
     if (flagOf(body, "async", true))
         return jsonAnswer(201, ledger.shipments.add(queued, std::move(rated), 0));
     return jsonAnswer(201, ledger.shipments.add(std::move(rated)));

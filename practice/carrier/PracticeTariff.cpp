@@ -12,7 +12,8 @@ constexpr const char *oneToThreeDays =
     "Delivery within 1, 2, or 3 days based on where your package started and where it’s being sent.";
 constexpr const char *upsGroundTerms = "Delivery times vary. Delivered usually in 1-5\u00a0business days.";
 
-// The second FedEx contract quotes some services again: ground and home delivery dearer, 2Day at the same price.
+// The second FedEx contract quotes some services again: Ground and Home Delivery at a higher price, 2Day at the same
+// price.
 constexpr Offer domestic[] = {
     {ups, "ups_next_day_air", "Next Day Air®", 1, "10:30:00", "", 31.40, 2.60, 3.10},
     {fedex, "fedex_first_overnight", "First Overnight", 1, "08:00:00", "", 58.20, 2.90, 3.40},

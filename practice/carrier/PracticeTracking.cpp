@@ -26,7 +26,7 @@ constexpr Stage lastStages[] = {
     {"FAILURE", "The Postal Service has identified a problem with the processing of this item.", 1},
 };
 
-/// The stages that a test number has gone through, oldest first; nothing for an unknown number.
+/// The stages of a test number, oldest first; empty for an unknown number.
 std::optional<std::vector<Stage>> stagesOf(const QString &number)
 {
     const QString name = number.mid(7); // after "SHIPPO_"
@@ -103,7 +103,7 @@ CarrierAnswer trackParcel(PracticeLedger &ledger, const CarrierScenario &scenari
         return notFoundPage("/tracks/" + carrier.toUtf8() + '/' + number.toUtf8());
     if (const auto stages = stagesOf(u"SHIPPO_"_s + scenario.trackedAs))
         return track(ledger, carrier, number, *stages);
-    // Labels of a test key are not known to the carrier, so nothing is said about them.
+    // The carrier does not know labels of a test key, so they have no status.
     return track(ledger, carrier, number, ledger.test ? std::vector<Stage>() : std::vector<Stage>{preTransit});
 }
 

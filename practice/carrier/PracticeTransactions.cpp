@@ -42,7 +42,7 @@ Json message(const QString &source, const char *text)
     return {{"source", source.toStdString()}, {"code", ""}, {"text", text}};
 }
 
-/// Why the carrier would not make this label; empty when it would.
+/// Why the carrier refuses this label; empty if it does not.
 Json refusals(PracticeLedger &ledger, const QuotedRate &quoted)
 {
     constexpr int mostDaysAhead = 7;
@@ -81,7 +81,7 @@ Json ordered(const CarrierScenario &scenario)
     return messages;
 }
 
-/// A number that nobody can take for a real one: USPS test numbers hold the digits 1755477.
+/// A number that cannot be taken for a real number: USPS test numbers contain 1755477.
 QString trackingNumber(PracticeLedger &ledger, const QString &provider)
 {
     const int number = ++ledger.lastNumber;
@@ -208,7 +208,7 @@ CarrierAnswer createTransaction(PracticeLedger &ledger, const CarrierScenario &s
     } else {
         finish(finished, ledger, scenario, quoted, textOf(body, "label_file_type"));
     }
-    // A client that does not ask to wait finds the purchase still queued when it comes back at once.
+    // If async, a client that reads at once finds the purchase still queued.
     const int reads = std::max(scenario.queuedReads, flagOf(body, "async", true) ? 1 : 0);
     if (reads == 0)
         return jsonAnswer(201, ledger.transactions.add(std::move(finished)));

@@ -7,10 +7,10 @@ namespace parcelory {
 struct PracticeLedger;
 struct CarrierScenario;
 
-/// POST transactions/: buys a rate. A purchase that the carrier refuses is created all the same, as an ERROR.
+/// POST transactions/: buys a rate. A refused purchase is created, too, with the status ERROR.
 CarrierAnswer createTransaction(PracticeLedger &ledger, const CarrierScenario &scenario, const Json &body);
 
-/// POST refunds/: asks for a label's postage back, which in time shows in the transaction's status.
+/// POST refunds/: requests a refund for a label; the transaction's status shows the outcome later.
 CarrierAnswer createRefund(PracticeLedger &ledger, const CarrierScenario &scenario, const Json &body);
 
 } // namespace parcelory

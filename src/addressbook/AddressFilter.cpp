@@ -13,10 +13,10 @@ namespace parcelory {
 
 namespace {
 
-/// Stands behind every text. No byte of UTF-8, so nothing that is typed reaches from one text into the next.
+/// Ends every text. Not a byte of UTF-8, so that no query matches across two texts.
 constexpr char textEnd = '\xFF';
 
-/// Turkish knows an I without a dot, which is another letter than the one with.
+/// Turkish has an I without a dot, which is a different letter from the I with a dot.
 bool hasDotlessI(const QLocale &locale)
 {
     return locale.language() == QLocale::Turkish || locale.language() == QLocale::Azerbaijani;

@@ -10,12 +10,12 @@
 
 namespace parcelory {
 
-/// The address book as the search field looks at it: what may be found, in one block of memory, so that 100,000
-/// contacts are filtered between two keys.
+/// The searchable texts of the address book in one block of memory, so that 100,000 contacts are filtered between two
+/// keystrokes.
 class AddressFilter {
 public:
     AddressFilter() = default;
-    /// `locale`: whose rules tell which letters differ only in their case.
+    /// `locale`: its rules define which letters differ only in case.
     explicit AddressFilter(const QList<PostalContact> &contacts, const QLocale &locale = QLocale());
 
     /// The positions in the list, ascending, of the contacts whose name, company or summary contains the query. Case

@@ -16,12 +16,6 @@ bool ResumeOnce::take()
     return !std::exchange(m_used, true);
 }
 
-bool ResumeOnce::isTaken() const
-{
-    const std::lock_guard lock(m_access);
-    return m_used;
-}
-
 void detail::startOnThread(std::function<void()> work)
 {
     std::thread(std::move(work)).detach();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/AppError.h"
+#include "core/Progress.h"
 #include "core/Task.h"
 #include "core/ports/Clock.h"
 
@@ -13,30 +14,26 @@
 
 namespace parcelory {
 
-/// The system's contacts did not answer in time.
+/// The system's contacts did not respond in time.
 class AddressLoadTimeout : public AppError {
 public:
     AddressLoadTimeout();
 };
 
-/// Lets one of several threads resume whoever waits, and only once.
+/// Lets only the first of several threads resume a waiting coroutine.
 class ResumeOnce {
 public:
-    /// True for the first caller; everyone else has come too late.
+    /// True for the first caller only.
     bool take();
-    bool isTaken() const;
 
 private:
-    mutable std::mutex m_access;
+    std::mutex m_access;
     bool m_used = false;
 };
 
-/// Asked by long work: false when nobody waits for it any more.
-using StillAwaited = std::function<bool()>;
-
 namespace detail {
 
-/// Work against timer.
+/// The race between the work and the timer.
 template <class Result>
 struct Race {
     ResumeOnce once;
@@ -54,23 +51,25 @@ struct Race {
     }
 };
 
-/// On a thread of its own: a pool would wait for work that hangs before the program may end.
+/// Starts a separate thread: a pool would wait for hanging work before the program could end.
 void startOnThread(std::function<void()> work);
 
 } // namespace detail
 
-/// Runs `work(StillAwaited)` on another thread. Throws what it throws, or AddressLoadTimeout when the time is over
-/// first; the work then goes on to its end, for nobody.
+/// Runs `work` on another thread. Throws what `work` throws, or AddressLoadTimeout if `timeout` passes first; the
+/// timeout cancels `cancel`, and the result of the work is discarded.
 template <class Work>
-Task<std::invoke_result_t<Work, StillAwaited>> blockingWork(Clock &clock, Clock::Duration timeout, Work work)
+Task<std::invoke_result_t<Work>> blockingWork(Clock &clock, Clock::Duration timeout, CancelToken cancel, Work work)
 {
-    const auto race = std::make_shared<detail::Race<std::invoke_result_t<Work, StillAwaited>>>();
+    const auto race = std::make_shared<detail::Race<std::invoke_result_t<Work>>>();
     race->over.start();
-    const quint64 timer =
-        clock.after(timeout, [race] { race->finish(std::nullopt, std::make_exception_ptr(AddressLoadTimeout())); });
+    const quint64 timer = clock.after(timeout, [race, cancel] {
+        cancel.cancel();
+        race->finish(std::nullopt, std::make_exception_ptr(AddressLoadTimeout()));
+    });
     detail::startOnThread([race, work = std::move(work)] {
         try {
-            race->finish(work([race] { return !race->once.isTaken(); }));
+            race->finish(work());
         } catch (...) {
             race->finish(std::nullopt, std::current_exception());
         }

@@ -13,7 +13,8 @@ namespace {
 
 using Read = std::function<void(const ContactsSource::Take &)>;
 
-/// What went on in the source may not be left by an exception, so it is told to end, and the exception follows.
+/// An exception must not pass through the source's code, so the reading is stopped first and the exception is rethrown
+/// afterward.
 QList<PostalContact> collect(const Read &read, ImportProgress &progress)
 {
     QList<PostalContact> contacts;
@@ -32,7 +33,7 @@ QList<PostalContact> collect(const Read &read, ImportProgress &progress)
     return contacts;
 }
 
-/// Through the older interface, which answers on machines where the newer one hangs; it may be empty, though.
+/// Reads through the older interface, which works on machines where the newer interface hangs but may return nothing.
 QList<PostalContact> readLegacy(ContactsSource &source, ImportProgress &progress)
 {
     try {
@@ -40,7 +41,7 @@ QList<PostalContact> readLegacy(ContactsSource &source, ImportProgress &progress
     } catch (const ImportCancelled &) {
         throw;
     } catch (const AppError &) {
-        return {}; // the newer interface says why
+        return {}; // the newer interface reports the reason
     }
 }
 
@@ -56,7 +57,7 @@ QList<PostalContact> readAll(ContactsSource &source, ImportProgress &progress)
     return contacts;
 }
 
-/// What a step of the diagnostics found, to stand behind its name. Throws what went wrong.
+/// Runs a step of the diagnostics and returns the text after the step's name. Throws if the step fails.
 using Probe = std::function<QString(ContactsSource &)>;
 
 void requireAccess(ContactsSource &source)
@@ -119,8 +120,8 @@ Task<QString> lineOf(std::pair<QString, Probe> step, std::shared_ptr<ContactsSou
 {
     const auto &[name, probe] = step;
     try {
-        const QString result = co_await blockingWork(clock, ContactsAddressProvider::stepTimeout,
-                                                     [probe, source](const StillAwaited &) { return probe(*source); });
+        const QString result = co_await blockingWork(clock, ContactsAddressProvider::stepTimeout, {},
+                                                     [probe, source] { return probe(*source); });
         co_return u"PASS "_s + name + result;
     } catch (const AddressLoadTimeout &) {
         co_return u"TIMED OUT "_s + name;
@@ -130,11 +131,6 @@ Task<QString> lineOf(std::pair<QString, Probe> step, std::shared_ptr<ContactsSou
 }
 
 } // namespace
-
-QString ContactsAddressProvider::sourceName()
-{
-    return u"Apple Contacts"_s;
-}
 
 ContactsAddressProvider::ContactsAddressProvider(std::shared_ptr<ContactsSource> source, Clock &clock,
                                                  const QDir &folder)
@@ -150,7 +146,7 @@ Task<bool> ContactsAddressProvider::requestAccess()
     co_return granted;
 }
 
-Task<QList<PostalContact>> ContactsAddressProvider::all(ImportProgress::Report report)
+Task<QList<PostalContact>> ContactsAddressProvider::all(Progress progress)
 {
     if (!m_source)
         co_return {};
@@ -158,13 +154,13 @@ Task<QList<PostalContact>> ContactsAddressProvider::all(ImportProgress::Report r
         QList<PostalContact> contacts;
         QByteArray json;
     };
-    const auto read = [source = m_source, report](const StillAwaited &isAwaited) {
-        ImportProgress progress([&](qsizetype addresses) { return isAwaited() && (!report || report(addresses)); });
-        Outcome outcome{.contacts = readAll(*source, progress)};
+    const auto read = [source = m_source, progress] {
+        ImportProgress reading(progress);
+        Outcome outcome{.contacts = readAll(*source, reading)};
         outcome.json = encodeJson(outcome.contacts, Keys::asIs);
         return outcome;
     };
-    const Outcome outcome = co_await blockingWork(m_clock, timeout, read);
+    const Outcome outcome = co_await blockingWork(m_clock, timeout, progress.cancelToken(), read);
     m_cache.write(outcome.json);
     co_return outcome.contacts;
 }

@@ -13,27 +13,24 @@
 
 namespace parcelory {
 
-/// The addresses among the contacts of macOS. The system has been seen to hang there, so nothing is waited for without
-/// end.
+/// The addresses of the contacts of macOS. The system is known to hang there, so reading has a timeout.
 class ContactsAddressProvider {
 public:
     static constexpr auto timeout = std::chrono::seconds(170);
-    static constexpr auto stepTimeout = std::chrono::seconds(15); ///< of the diagnostics
+    static constexpr auto stepTimeout = std::chrono::seconds(15); ///< of a step of the diagnostics
 
-    static QString sourceName();
-
-    /// `source`: null on systems without such contacts; shared, because a read that hangs goes on using it. `folder`:
-    /// of our data, for a copy of what was read last.
+    /// `source`: null on systems without such contacts; shared, because a hanging read continues to use it. `folder`:
+    /// our data folder, for a copy of the last result.
     ContactsAddressProvider(std::shared_ptr<ContactsSource> source, Clock &clock, const QDir &folder);
 
     bool isAvailable() const { return m_source != nullptr; }
 
     /// Whether the contacts may be read; the system asks the user the first time. False without a source.
     Task<bool> requestAccess();
-    /// Every address of every contact, by name. Throws AddressLoadTimeout, ImportCancelled, and AppError with the
-    /// system's text. `report` is called on another thread.
-    Task<QList<PostalContact>> all(ImportProgress::Report report = {});
-    /// What works and what does not, a line for each step.
+    /// Every address of every contact, sorted by name. Throws AddressLoadTimeout, ImportCancelled, and AppError with the
+    /// system's text. `progress` is reported on another thread.
+    Task<QList<PostalContact>> all(Progress progress = {});
+    /// Tests each step of the access and returns a line for each.
     Task<QString> diagnostics();
 
     void flush() { m_cache.flush(); }

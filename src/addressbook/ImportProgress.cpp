@@ -7,7 +7,7 @@ using namespace Qt::StringLiterals;
 
 ImportCancelled::ImportCancelled() : AppError(u"The import was cancelled."_s) {}
 
-ImportProgress::ImportProgress(Report report) : m_report(std::move(report)) {}
+ImportProgress::ImportProgress(Progress progress) : m_progress(std::move(progress)) {}
 
 void ImportProgress::reached(qsizetype addresses)
 {
@@ -16,7 +16,7 @@ void ImportProgress::reached(qsizetype addresses)
         throw AppError(u"There are more than %1 addresses, which is more than the address book takes."_s.arg(
             QLocale().toString(mostAddresses)));
     }
-    if (++m_calls % callsBetweenReports == 0 && m_report && !m_report(addresses))
+    if (++m_calls % callsBetweenReports == 0 && !m_progress.report(addresses))
         throw ImportCancelled();
 }
 

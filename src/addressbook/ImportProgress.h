@@ -1,33 +1,29 @@
 #pragma once
 
 #include "core/AppError.h"
-
-#include <functional>
+#include "core/Progress.h"
 
 namespace parcelory {
 
-/// Whoever watches the import does not want it any more.
+/// The import was canceled.
 class ImportCancelled : public AppError {
 public:
     ImportCancelled();
 };
 
-/// Follows the reading of addresses and ends it when they are too many or nobody wants them any more.
+/// Counts addresses while they are read, and stops the reading if there are too many or the import is canceled.
 class ImportProgress {
 public:
-    /// So many fit into memory and into a list that a person still reads.
+    /// The limit for memory and for a list that a person can use.
     static constexpr qsizetype mostAddresses = 250000;
 
-    /// Called on the reading thread, now and then, with the number of addresses so far; false cancels.
-    using Report = std::function<bool(qsizetype addresses)>;
+    explicit ImportProgress(Progress progress = {});
 
-    explicit ImportProgress(Report report = {});
-
-    /// To be called for every record that was read. Throws ImportCancelled, and AppError beyond mostAddresses.
+    /// Call for every record that was read. Throws ImportCancelled, and AppError beyond mostAddresses.
     void reached(qsizetype addresses);
 
 private:
-    Report m_report;
+    Progress m_progress;
     int m_calls = 0;
 };
 

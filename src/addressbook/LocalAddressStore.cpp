@@ -42,7 +42,7 @@ QByteArray uuidText(const QUuid &id)
 
 PostalContact contactOf(const Statement &row)
 {
-    PostalContact contact; // with an id of its own, should the stored one not be readable
+    PostalContact contact; // keeps its new id if the stored id is unreadable
     if (const QUuid id = QUuid::fromString(row.text(0)); !id.isNull())
         contact.id = id;
     contact.name = row.text(1);
@@ -59,16 +59,16 @@ PostalContact contactOf(const Statement &row)
     return contact;
 }
 
-/// A contact's columns in UTF-8, one behind the other. An import fills it again for each contact, which takes a fifth
-/// off its time.
+/// A contact's columns in UTF-8, concatenated. An import reuses the buffer for every contact, which saves a fifth of its
+/// time.
 class Columns {
 public:
-    /// Binds them to an upsert. What was bound is good until the next call.
+    /// Binds the columns to an upsert. The bindings are valid until the next call.
     void bind(Statement &statement, const PostalContact &contact)
     {
         const auto fill = [&](const auto &...fields) { m_ends = {append(contact.*fields.member)...}; };
         m_utf8.resize(0);
-        std::apply(fill, PostalContact::fields()); // which stand in the order of the columns
+        std::apply(fill, PostalContact::fields()); // in the order of the columns
         qsizetype start = 0;
         int parameter = 0;
         for (const qsizetype end : m_ends) {
@@ -96,7 +96,7 @@ private:
     std::array<qsizetype, std::tuple_size_v<decltype(PostalContact::fields())>> m_ends{};
 };
 
-/// Contacts of the same key are taken for one person at one place.
+/// Contacts with the same key count as duplicates.
 QString duplicateKey(const QString &name, const QString &street1, const QString &zip)
 {
     QString key;
@@ -130,7 +130,7 @@ LocalAddressStore::LocalAddressStore(const QDir &folder) : m_db(pathIn(folder))
 {
     if (!m_db.isOpen())
         qWarning("Parcelory: cannot open address store at %s", qUtf8Printable(pathIn(folder)));
-    // Large enough for a whole book, so that an import does not write its pages again and again.
+    // Large enough for a whole address book, so that an import does not write the same pages repeatedly.
     exec("PRAGMA cache_size = -65536");
     if (exec(table))
         exec(nameIndex);
@@ -198,12 +198,12 @@ bool LocalAddressStore::remove(const QUuid &id)
 LocalAddressStore::Merged LocalAddressStore::merge(const QList<PostalContact> &contacts)
 {
     const std::lock_guard writing(m_writing);
-    // At once, because another program's lock would otherwise be waited for at every single contact.
+    // IMMEDIATE, because otherwise every single contact would wait for another program's lock.
     bool done = exec("BEGIN IMMEDIATE TRANSACTION");
     Merged merged;
     if (done) {
         merged = mergeAll(contacts);
-        const bool isOpen = !sqlite3_get_autocommit(m_db.handle()); // a full disk has ended it already
+        const bool isOpen = !sqlite3_get_autocommit(m_db.handle()); // false if a full disk has already ended it
         done = isOpen && exec("COMMIT");
     }
     m_lastError = done ? QString() : m_db.lastError();

@@ -20,37 +20,37 @@ class LocalAddressStore : public QObject {
 public:
     static QString sourceName();
 
-    /// Opens or creates the book in `folder`. A failure is logged; later calls then come back empty.
+    /// Opens or creates the book in `folder`. A failure is logged; later calls then return empty results.
     explicit LocalAddressStore(const QDir &folder);
 
     /// The number of contacts, set on the main thread soon after every write. Main thread only.
     QProperty<int> count{0};
 
-    /// Everyone, or those with the text in name, company, street, city or postal code, by name without regard to case.
-    /// `matching` goes into LIKE as it is: % and _ are wildcards.
+    /// All contacts, or the contacts with the text in name, company, street, city or postal code; sorted by name,
+    /// ignoring case. `matching` goes into LIKE as it is: % and _ are wildcards.
     QList<PostalContact> rows(const QString &matching = {}) const;
 
-    /// Adds the contact or replaces the one of the same id; false when it could not be stored (see lastError()).
+    /// Adds the contact or replaces the contact with the same id; false if it could not be stored (see lastError()).
     [[nodiscard]] bool upsert(const PostalContact &contact);
-    /// False when it could not be written; a contact that is not there is none to delete, too.
+    /// False if the deletion could not be stored; true for a contact that does not exist.
     [[nodiscard]] bool remove(const QUuid &id);
 
     struct Merged {
         int imported = 0;
-        int skipped = 0; ///< somebody of the same name, street and postal code is there already, whatever the case
+        int skipped = 0; ///< the book already has the same name, street and postal code, ignoring case
     };
-    /// Adds many contacts, each normalized, in one transaction. Throws AppError when the book cannot be written, and it
-    /// is then as it was; a single contact that the database refuses is left out and counts as neither.
+    /// Adds many contacts, each normalized, in one transaction. If the book cannot be written, throws AppError and leaves
+    /// the book unchanged; a single contact that the database refuses is left out and not counted.
     Merged merge(const QList<PostalContact> &contacts);
 
     /// Repairs a contact whose whole address was typed into the first street line.
     static PostalContact normalized(PostalContact contact);
 
-    /// The addresses of a file, for merge(). Both throw AppError when it cannot be read or holds no addresses of that
+    /// The addresses of a file, for merge(). Both throw AppError if the file cannot be read or has no addresses of that
     /// kind, and ImportCancelled.
-    static QList<PostalContact> importEndicia(const QString &path, ImportProgress::Report report = {});
-    static QList<PostalContact> importVCard(const QString &path, ImportProgress::Report report = {});
-    /// Where Endicia keeps its list, when it does. `dataFolder`: our own folder, which stands beside Endicia's.
+    static QList<PostalContact> importEndicia(const QString &path, Progress progress = {});
+    static QList<PostalContact> importVCard(const QString &path, Progress progress = {});
+    /// The path of Endicia's address list, if it exists. `dataFolder`: our own folder, which is next to Endicia's.
     static std::optional<QString> endiciaPlistURL(const QDir &dataFolder);
 
     /// Why the last write failed.

@@ -20,7 +20,7 @@ QByteArray bytesOf(const QString &path)
         throw AppError(u"The file could not be opened — "_s + file.errorString() + u'.');
     if (file.size() > largest)
         throw AppError(u"The file is larger than 512 MB. Export the addresses without their pictures."_s);
-    const QByteArray bytes = file.read(largest); // of a device, which has no size, not without end
+    const QByteArray bytes = file.read(largest); // limited, because a file may grow or not report its size
     if (file.error() != QFile::NoError)
         throw AppError(u"The file could not be read — "_s + file.errorString() + u'.');
     return bytes;
@@ -28,16 +28,16 @@ QByteArray bytesOf(const QString &path)
 
 } // namespace
 
-QList<PostalContact> LocalAddressStore::importEndicia(const QString &path, ImportProgress::Report report)
+QList<PostalContact> LocalAddressStore::importEndicia(const QString &path, Progress progress)
 {
-    ImportProgress progress(std::move(report));
-    return EndiciaList::contacts(bytesOf(path), progress);
+    ImportProgress reading(std::move(progress));
+    return EndiciaList::contacts(bytesOf(path), reading);
 }
 
-QList<PostalContact> LocalAddressStore::importVCard(const QString &path, ImportProgress::Report report)
+QList<PostalContact> LocalAddressStore::importVCard(const QString &path, Progress progress)
 {
-    ImportProgress progress(std::move(report));
-    return VCard::contacts(bytesOf(path), progress);
+    ImportProgress reading(std::move(progress));
+    return VCard::contacts(bytesOf(path), reading);
 }
 
 std::optional<QString> LocalAddressStore::endiciaPlistURL(const QDir &dataFolder)

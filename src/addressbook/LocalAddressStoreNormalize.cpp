@@ -11,7 +11,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// "12 Main St, Springfield, IL 62704" without its blanks and empty parts.
+/// Splits "12 Main St, Springfield, IL 62704" at its commas, without surrounding blanks and empty parts.
 QStringList piecesOf(const QString &street)
 {
     QStringList pieces;
@@ -22,11 +22,11 @@ QStringList piecesOf(const QString &street)
     return pieces;
 }
 
-/// Takes the postal code off the end of a piece; empty when there is none.
+/// Removes the postal code from the end of a piece and returns it; empty if the piece has no postal code.
 QString takeZip(QString &piece)
 {
     static const QRegularExpression zipAtEnd(u"\\d{5}(?:-\\d{4})?$"_s);
-    constexpr qsizetype longest = 10; // nothing further to the front is looked at, however long the piece
+    constexpr qsizetype longest = 10; // only the end is searched, however long the piece is
     const auto found = zipAtEnd.match(piece, std::max<qsizetype>(0, piece.size() - longest));
     const QString zip = found.captured();
     if (!zip.isEmpty())
@@ -34,7 +34,7 @@ QString takeZip(QString &piece)
     return zip;
 }
 
-/// Takes a state off the end of the words, written as its code or in full; empty when there is none.
+/// Removes a state, written as its code or in full, from the end of the words and returns it; empty if there is no state.
 QString takeState(QStringList &words)
 {
     const QString last = words.isEmpty() ? QString() : words.last();
@@ -51,7 +51,7 @@ QString takeState(QStringList &words)
     return {};
 }
 
-/// Spreads the street line over the fields that it belongs into; leaves the contact alone when it is not sure.
+/// Splits the street line into the address fields; leaves the contact unchanged if the split is uncertain.
 void spread(PostalContact &contact)
 {
     QStringList pieces = piecesOf(contact.street1);
@@ -61,7 +61,7 @@ void spread(PostalContact &contact)
         return;
     QStringList words = last.split(u' ', Qt::SkipEmptyParts);
     const QString state = takeState(words);
-    if (words.isEmpty() && pieces.size() >= 2) // the city is a piece of its own
+    if (words.isEmpty() && pieces.size() >= 2) // the city is a separate piece
         words = {pieces.takeLast()};
     if (words.isEmpty() || pieces.isEmpty())
         return;

@@ -12,8 +12,8 @@ QString nameOf(const PlatformContact &person)
     const QString name = joinPresent({person.given, person.family}, u" "_s);
     if (!name.isEmpty())
         return name;
-    // Companies repeat themselves as their full name. On the label they stand in the company line only, where words
-    // that tell of valuables are shortened.
+    // The full name of a company repeats the organization. The label shows it in the company line only, where words
+    // that reveal valuables are shortened.
     return person.fullName == person.organisation ? QString() : person.fullName;
 }
 

@@ -5,7 +5,7 @@
 
 namespace parcelory {
 
-/// One contact of our own for every postal address; the first telephone number and e-mail address go with each.
+/// One PostalContact for every postal address, each with the first telephone number and e-mail address.
 QList<PostalContact> postalContacts(const PlatformContact &person);
 
 } // namespace parcelory

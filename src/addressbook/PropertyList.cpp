@@ -17,7 +17,7 @@ using Take = std::function<void(const Texts &)>;
     throw AppError(u"The property list is damaged or incomplete, so nothing was imported. Copy or export it again."_s);
 }
 
-/// Both forms let a small file name the same text again and again, so what comes out is limited, not only what goes in.
+/// In both forms, a small file can refer to the same text many times, so the output is limited, not only the input.
 class Allowance {
 public:
     void spend(qsizetype characters)
@@ -32,7 +32,7 @@ private:
     qint64 m_entries = 8'000'000;
 };
 
-// The XML form. Nothing here calls itself, so deeply nested files do no harm.
+// The XML form. Nothing here is recursive, so deeply nested files do no harm.
 
 Texts readDictionary(QXmlStreamReader &xml, Allowance &allowance)
 {
@@ -153,8 +153,8 @@ BinaryList::Object BinaryList::object(quint64 reference) const
     return found;
 }
 
-/// `units` runs of the object's length, each element `unit` bytes wide, must end before the table. Divided instead of
-/// multiplied, because a length may be any number.
+/// `units` runs of the object's length, each element `unit` bytes wide, must end before the table. Divides instead of
+/// multiplying, because a hostile length would overflow.
 void BinaryList::requireRoom(const Object &object, quint64 unit, quint64 units) const
 {
     if (object.length > (m_table - object.at) / unit / units)
@@ -178,7 +178,7 @@ QString BinaryList::text(const Object &object) const
     return decode(QByteArrayView(start, qsizetype(object.length) * 2));
 }
 
-/// The keys' references come first, then those of the values.
+/// The references of the keys come first, then the references of the values.
 Texts BinaryList::texts(const Object &pairs)
 {
     requireRoom(pairs, m_referenceSize, 2);

@@ -14,28 +14,28 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// A value in two words of the clerk's: a box number alone would be taken for a house number.
+/// Adds "PO Box" to a bare number, because a box number alone would be taken for a house number.
 QString postOfficeBox(const QString &box)
 {
     const bool isNumber = !box.isEmpty() && std::ranges::all_of(box, [](QChar c) { return c.isDigit(); });
     return isNumber ? u"PO Box "_s + box : box;
 }
 
-/// The address book of macOS wraps the labels that it knows and translates: "_$!<Home>!$_".
+/// The address book of macOS wraps its built-in labels, which it translates: "_$!<Home>!$_".
 QString plainLabel(const QString &label)
 {
     const bool isWrapped = label.startsWith(u"_$!<") && label.endsWith(u">!$_") && label.size() >= 8;
     return isWrapped ? label.sliced(4, label.size() - 8).toLower() : label;
 }
 
-/// Only the first one is of use, and a hostile card may have millions.
+/// Only the first text is used, and a hostile card may have millions.
 void addFirst(QStringList &texts, const QString &text)
 {
     if (texts.isEmpty() && !text.isEmpty())
         texts.append(text);
 }
 
-/// A card that is being read. Which country and label an address has may be told by later properties of its group.
+/// A card that is being read. Later properties of an address's group may set its country and label.
 class Card {
 public:
     void take(const VCardProperty &property);
@@ -46,7 +46,7 @@ private:
     void takeAddress(const VCardProperty &property);
 
     PlatformContact m_person;
-    QList<QByteArray> m_addressGroups; ///< one for every address
+    QList<QByteArray> m_addressGroups; ///< one group for every address
     QHash<QByteArray, QString> m_countries, m_labels;
 };
 
@@ -114,7 +114,7 @@ QList<PostalContact> Card::contacts() const
     return postalContacts(person);
 }
 
-/// Goes through the properties of a file and collects the cards that are whole.
+/// Reads the properties of a file and collects the complete cards.
 class Reader {
 public:
     explicit Reader(ImportProgress &progress) : m_progress(progress) {}
@@ -129,7 +129,7 @@ private:
     ImportProgress &m_progress;
     QList<PostalContact> m_contacts;
     std::optional<Card> m_card;
-    qsizetype m_cardsWithin = 0; ///< cards of version 2.1 hold the card of an agent, and that one may hold another
+    qsizetype m_cardsWithin = 0; ///< a card of version 2.1 may hold the card of an agent, which may hold another
     bool m_agentFollows = false;
     bool m_hasCards = false;
 };
@@ -153,7 +153,7 @@ void Reader::take(const VCardProperty &property)
     }
 }
 
-/// A card that was not ended is dropped: half an address is worse than none.
+/// Discards a card without an end: half an address is worse than no address.
 void Reader::begin()
 {
     m_hasCards = true;

@@ -10,8 +10,8 @@ namespace parcelory {
 /// vCard files of versions 2.1, 3.0 and 4.0, as address books export them.
 namespace VCard {
 
-/// The postal addresses of all cards, in file order; cards without one give none. Throws AppError when there are no
-/// cards at all and when the last one is cut off, and what `progress` throws.
+/// The postal addresses of all cards, in file order. Throws AppError if there are no cards or the last card is cut off,
+/// and what `progress` throws.
 QList<PostalContact> contacts(const QByteArray &file, ImportProgress &progress);
 
 } // namespace VCard

@@ -11,7 +11,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Where `wanted` stands first outside quotation marks; -1 when it does not.
+/// The first position of `wanted` outside quotation marks; -1 if there is none.
 qsizetype findUnquoted(QByteArrayView text, char wanted, qsizetype from = 0)
 {
     bool isQuoted = false;
@@ -31,10 +31,10 @@ std::pair<QByteArray, QByteArray> parameterOf(QByteArrayView text)
     return {equals < 0 ? QByteArray() : text.first(equals).trimmed().toByteArray().toUpper(), value.replace('"', "")};
 }
 
-/// Everything but the value; nothing when there is no colon.
+/// Parses a property's first line; nothing if it has no colon.
 std::optional<VCardProperty> propertyOf(QByteArrayView line)
 {
-    // A quotation mark that is never closed hides the colon.
+    // A quotation mark that is never closed hides the colon, so fall back to the first colon.
     const qsizetype unquoted = findUnquoted(line, ':'), colon = unquoted < 0 ? line.indexOf(':') : unquoted;
     if (colon < 0)
         return std::nullopt;
@@ -58,7 +58,7 @@ std::optional<VCardProperty> propertyOf(QByteArrayView line)
     return property;
 }
 
-/// Quoted-printable: "=C3=A9". What is no pair of hexadecimal digits stays as it is.
+/// Decodes quoted-printable: "=C3=A9". Anything but a pair of hexadecimal digits stays unchanged.
 QByteArray unquoted(const QByteArray &text)
 {
     QByteArray bytes;
@@ -82,7 +82,7 @@ QString decoded(const QByteArray &bytes, const QByteArray &charset)
                 return text;
         }
     }
-    // Old programs write their own machine's characters and do not say so.
+    // Old programs write in their machine's encoding without declaring it.
     if (QUtf8StringView(bytes).isValidUtf8())
         return QString::fromUtf8(bytes);
     QStringDecoder windows("windows-1252");
@@ -90,7 +90,7 @@ QString decoded(const QByteArray &bytes, const QByteArray &charset)
     return text.isEmpty() || windows.hasError() ? QString::fromLatin1(bytes) : text;
 }
 
-/// The character that a backslash and `code` stand for; null when they stand for themselves.
+/// The character that a backslash and `code` encode; null if they are not an escape sequence.
 QChar unescaped(QChar code)
 {
     if (code == u'n' || code == u'N')
@@ -168,14 +168,14 @@ bool VCardLines::isContinued() const
     return !m_rest.isEmpty() && (m_rest.front() == ' ' || m_rest.front() == '\t');
 }
 
-/// Folds may part the bytes of a character, so lines are joined before anything is decoded. Of an unwanted property,
-/// such as a picture, nothing is kept.
+/// A fold may split the bytes of a character, so lines are joined before they are decoded. The value of an unwanted
+/// property, such as a picture, is discarded.
 std::optional<VCardProperty> VCardLines::takeProperty(const QList<QByteArray> &names)
 {
     QByteArray first = takeLine().toByteArray();
     std::optional<VCardProperty> property = propertyOf(first);
     if (!property) {
-        while (isContinued()) // the fold is in front of the colon
+        while (isContinued()) // the fold is before the colon
             first += takeLine().sliced(1);
         property = propertyOf(first);
         if (!property)

@@ -14,28 +14,29 @@ namespace parcelory {
 struct VCardProperty {
     QByteArray group; ///< "item1"; may be empty
     QByteArray name;  ///< in capitals
-    /// Names in capitals, values without their quotation marks. A bare value, as version 2.1 has them, has no name.
+    /// Names in capitals, values without their quotation marks. A bare value (version 2.1) has an empty name.
     QList<std::pair<QByteArray, QByteArray>> parameters;
     QByteArray value; ///< as written
 
-    /// The value of a parameter; empty when there is none.
+    /// The value of a parameter; empty if the parameter is missing.
     QByteArray parameter(const QByteArray &name) const;
     /// The words of TYPE in lower case, and bare values.
     QList<QByteArray> types() const;
     bool isQuotedPrintable() const;
 
     QString text() const;
-    /// The first `most` parts of a value that semicolons part.
+    /// The first `most` parts of a value that semicolons separate; 0 returns the whole value as one part.
     QStringList parts(qsizetype most) const;
 };
 
 /// Reads a file property by property.
 class VCardLines {
 public:
-    /// In any encoding of Unicode, or with properties of older ones. The bytes must outlive this.
+    /// `file`: from vCardBytes(); text that is not UTF-8 is decoded property by property. The bytes must outlive this.
     explicit VCardLines(QByteArrayView file) : m_rest(file) {}
 
-    /// The next property of one of these names; nothing at the end of the file. What is no property is skipped.
+    /// The next property with one of these names; nothing at the end of the file. Lines that are not a property are
+    /// skipped.
     std::optional<VCardProperty> next(const QList<QByteArray> &names);
 
 private:
@@ -46,7 +47,7 @@ private:
     QByteArrayView m_rest;
 };
 
-/// The file as UTF-8 when it is UTF-16, and without a byte order mark.
+/// Converts a UTF-16 file to UTF-8 and removes the byte order mark.
 QByteArray vCardBytes(const QByteArray &file);
 
 } // namespace parcelory

@@ -49,7 +49,7 @@ void AppState::fillRecipient(const PostalContact &contact)
     ShippoAddress recipient = contact.asShippoAddress();
     recipient.company = sanitizer.sanitize(recipient.company);
     draftTo = recipient;
-    draftReference = QString(); // a recipient of the address book carries no invoice number
+    draftReference = QString(); // an address book recipient has no invoice number
     draftFillCount = draftFillCount + 1;
     tab = MainTab::newLabel;
 }
@@ -76,7 +76,7 @@ void AppState::signOut()
     signedInUser = QString();
     loginError = std::nullopt;
     scanStatus = QString();
-    scannedInvoice = std::nullopt; // the next clerk has not asked for it
+    scannedInvoice = std::nullopt; // the next clerk did not request it
     auth.clear();
     spawn([this] { return credentials.forget(); });
 }

@@ -48,13 +48,13 @@ class RefundSync;
 class ScanFormFlow;
 class SignInFlow;
 
-/// The state that more than one screen reads, and the owner of every long-lived service. Made once, lives until the
-/// program ends; main thread only. Services are members in their order of creation.
+/// State that several screens share, and the owner of every long-lived service. Created once; lives until the program
+/// ends. Main thread only. Services are members in order of creation.
 class AppState : public QObject {
     Q_OBJECT
 public:
     explicit AppState(Platform &platform);
-    ~AppState() override; ///< waits for what still runs on the thread pool
+    ~AppState() override; ///< waits for work that still runs on the thread pool
 
     Platform &platform;
     ErrorLog &errors; ///< ErrorLog::shared()
@@ -65,24 +65,24 @@ public:
     QProperty<std::optional<QString>> loginError;
     QProperty<QString> signedInUser;
     bool autoLoginTried = false;
-    /// Counts sign-ins and sign-outs. What one clerk asked for is not shown to the next.
+    /// Incremented at each sign-in and sign-out, so that one clerk's results are not shown to the next clerk.
     int session = 0;
     QProperty<QString> lastShipmentSummary; ///< one line about the last label bought
-    QProperty<int> keyChanges{0}; ///< counts changes of the API keys: what was rated under one is not another's
+    QProperty<int> keyChanges{0};           ///< counts key changes; rates from one key are not valid with another
 
     QProperty<bool> scanFormBusy{false};
     QProperty<QString> scanFormStatus;
     QProperty<std::optional<QByteArray>> scanFormPDF; ///< the last SCAN form
-    QProperty<int> scanFormOpenTick{0};               ///< counts up whenever the SCAN form's window is to open
+    QProperty<int> scanFormOpenTick{0};               ///< incremented to open the SCAN Form window
 
-    // The hand-off to the New Label screen: set draftTo and draftReference, then count draftFillCount up.
+    // Hand-off to the New Label screen: set draftTo and draftReference, then increment draftFillCount.
     QProperty<ShippoAddress> draftTo;
     QProperty<QString> draftReference;
     QProperty<int> draftFillCount{0};
 
     QProperty<bool> scanBusy{false};                          ///< an invoice is being read
     QProperty<QString> scanStatus;                            ///< scanner and invoice status line
-    QProperty<std::optional<DesklineInvoice>> scannedInvoice; ///< the last one that was read
+    QProperty<std::optional<DesklineInvoice>> scannedInvoice; ///< the last invoice read
 
     CompanySanitizer sanitizer;
     SavedCredentials credentials;
@@ -103,38 +103,39 @@ public:
     PrintWatch printWatch;
     ScanWedgeListener scanListener;
 
-    /// Pushes a recipient of the address book into the label draft and shows it.
+    /// Puts an address book recipient into the label draft and shows the New Label tab.
     void fillRecipient(const PostalContact &contact);
 
-    /// Signs in to the back office. On success the main flow begins; otherwise loginError says why not.
+    /// Signs in to the back office. On success the main flow starts; otherwise loginError holds the reason.
     Task<> signIn(QString user, QString pass, bool remember);
-    /// Signs in with what is remembered, at most once a run.
+    /// Signs in with the saved credentials, at most once per run.
     Task<> attemptAutoLogin();
     Task<bool> hasSavedCredentials();
-    /// Forgets the remembered sign-in and the session; stores and draft stay.
+    /// Discards the saved credentials and the session; stores and draft stay.
     void signOut();
 
-    /// Reads the invoice whose code or number this is and fills the label with it. Dropped while another is being read.
+    /// Reads the invoice that this code or number names and fills the label from it. Ignored while signed out or while
+    /// another invoice is being read.
     void handleInvoiceScan(const QString &text);
     void fillFromInvoice(const DesklineInvoice &invoice);
-    /// Asks the carrier for one form of all the labels of today, bought with keys of the active one's kind. The outcome
-    /// is scanFormStatus.
+    /// Requests one SCAN form for all of today's labels bought with a key of the active key's kind (test or live). The
+    /// outcome is in scanFormStatus.
     Task<> createScanForm(ShippoAddress from);
-    /// Learns what became of the refunds that were asked for, and of refunds and SCAN forms whose answer was lost; at
-    /// most once a minute.
+    /// Asks the carrier about pending refunds, and about refunds and SCAN forms whose response was lost; at most once a
+    /// minute.
     Task<> syncRefundStatuses();
-    /// Transactions whose refund is being asked for right now: their answer is still to come.
+    /// Transactions whose refund request is in progress.
     QSet<QString> refundsUnderWay;
 
-    /// The scanner heard keys that are no invoice code.
+    /// Shows the clerk scanned text that is not an invoice code.
     void reportScanNoise(const QString &heard);
 
 signals:
     /// Any observable field, or the mailing log, has changed.
     void changed();
-    /// A label was bought for somebody whom the address book shall know.
+    /// A label was bought, and its recipient is to be saved in the address book.
     void recipientToKeep(const ShippoAddress &recipient);
-    /// An invoice has filled the label, and the clerk has read what it says.
+    /// An invoice has filled the label, and the clerk has closed its alert, if any.
     void invoiceTaken();
 
 private:

@@ -13,8 +13,8 @@
 
 namespace parcelory {
 
-/// The screen models of the program's one window; they live as long as AppState, so that a draft survives every
-/// change of tab and sign-in.
+/// The screen models of the program's main window. They live as long as AppState, so that a draft survives every change
+/// of tab and every sign-in.
 struct Screens {
     explicit Screens(AppState &app)
         : signIn(app), addressBook(app), label(app), mailingLog(app), masterLog(app), scanForm(app), settings(app),

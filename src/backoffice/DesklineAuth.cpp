@@ -16,7 +16,7 @@ namespace {
 
 constexpr auto pageLimit = 60s;
 
-/// A JavaScript array of one text: whatever quotes the text holds, they are escaped.
+/// A JavaScript array with one string, so that any quotes in the text are escaped.
 QString scriptArray(const QString &text)
 {
     try {
@@ -87,8 +87,7 @@ Task<QString> DesklineAuth::fillLogin(QString user, QString pass)
 {
     const QString script =
         scriptText(u"fill-login.js"_s) + u'(' + scriptArray(user) + u"[0], "_s + scriptArray(pass) + u"[0])"_s;
-    const QString result = co_await evalString(script);
-    co_return result;
+    co_return co_await evalString(script);
 }
 
 Task<QString> DesklineAuth::evalString(QString expression)

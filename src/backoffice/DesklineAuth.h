@@ -8,14 +8,14 @@
 
 namespace parcelory {
 
-/// The clerk's session in the back office: an invisible web page that is signed in by filling its form, because there
-/// is no other way in. Decides where that page may go: nowhere but to the back office.
+/// The clerk's back office session: an invisible web page, signed in by filling the sign-in form because there is no
+/// other way in. The page may navigate within the back office only.
 class DesklineAuth {
 public:
     explicit DesklineAuth(Platform &platform);
     ~DesklineAuth();
 
-    /// True while the sign-in form stands on the page.
+    /// True while the page shows the sign-in form.
     static const QString loginFormProbe;
     static const QString signedInProbe;
 
@@ -25,26 +25,26 @@ public:
     /// An address of the back office; `path` begins with a slash and may hold a query.
     QUrl address(const QString &path) const;
 
-    /// The back office gives any answer at all within `timeout`.
+    /// True if the back office responds at all within `timeout`.
     Task<bool> isReachable(std::chrono::milliseconds timeout);
     /// Loads a page. Throws AppError when this machine cannot show web pages.
     void load(const QUrl &url);
-    /// Counts pages: whoever waits for one can tell that another has taken its place.
+    /// Counts page loads, so that a caller that waits for a page can tell that another page has replaced it.
     int visit() const { return m_visit; }
-    /// Asks the page every `interval` until `expression` is true. False when the time is up, when the page has crashed
-    /// and when another one was loaded.
+    /// Evaluates `expression` in the page every `interval` until it is true. False on timeout, if the page crashed, or
+    /// if another page was loaded.
     Task<bool> waitFor(QString expression, std::chrono::milliseconds timeout,
                        std::chrono::milliseconds interval = std::chrono::milliseconds(300));
-    /// Fills in and submits the sign-in form. "submitted", or what was missing: "no-password-field", "no-user-field",
-    /// "no-form".
+    /// Fills in and submits the sign-in form. Returns "submitted", or what is missing: "no-password-field",
+    /// "no-user-field", "no-form".
     Task<QString> fillLogin(QString user, QString pass);
-    /// Empty when the value is no text or the evaluation fails; never throws.
+    /// Empty if the value is not a text or the evaluation fails; never throws.
     Task<QString> evalString(QString expression);
-    /// False when the value is no boolean or the evaluation fails; never throws.
+    /// False if the value is not a boolean or the evaluation fails; never throws.
     Task<bool> evalBool(QString expression);
 
     bool hasCrashed() const { return m_web.hasCrashed(); }
-    /// Forgets the session with its cookies: the next clerk begins at the sign-in form.
+    /// Discards the session and its cookies: the next clerk starts at the sign-in form.
     void clear();
 
 private:

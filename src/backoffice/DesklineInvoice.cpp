@@ -80,11 +80,11 @@ std::optional<CustomsItemType> DesklineInvoice::suggestedCustomsType() const
 
 std::optional<double> DesklineInvoice::subtotal() const
 {
-    double cents = 0; // in whole cents, so that no fraction adds up
+    double cents = 0; // in whole cents, so that rounding errors do not add up
     for (const DesklineInvoiceItem &item : items) {
         const std::optional<double> total = money(item.total);
         if (!total)
-            return std::nullopt; // a part of the sum would be declared as the whole
+            return std::nullopt; // a partial sum would be declared as the total
         cents += std::round(*total * 100);
     }
     return items.isEmpty() ? std::nullopt : std::optional(cents / 100);

@@ -12,7 +12,7 @@
 
 namespace parcelory {
 
-/// One line of an invoice, its texts as the page shows them.
+/// An item line of an invoice, with its texts as the page shows them.
 struct DesklineInvoiceItem {
     QUuid id = QUuid::createUuid();
     QString title;
@@ -38,11 +38,11 @@ struct DesklineCodeMeaning {
     QString detail;
 };
 
-/// A customer's invoice as it was read in the back office.
+/// A customer's invoice as read from the back office.
 struct DesklineInvoice {
     QString invoiceID;
     QString buyerName;
-    ShippoAddress address; ///< the country as a two-letter code, the company made discreet
+    ShippoAddress address; ///< country as a two-letter code, company sanitized
     QList<DesklineInvoiceItem> items;
     QString shipMethod;
     QString shipCost;
@@ -53,9 +53,9 @@ struct DesklineInvoice {
     bool streetCut = false; ///< the street is longer than a label's two lines; its end is not in `address`
 
     static const QList<DesklineCodeMeaning> &codeMeanings();
-    /// What the items look like to customs.
+    /// The customs item type that the item titles suggest.
     std::optional<CustomsItemType> suggestedCustomsType() const;
-    /// The sum of the items in US dollars; nothing when there are none or when one has no readable amount.
+    /// The sum of the items in US dollars; empty if there are no items or an amount is not readable.
     std::optional<double> subtotal() const;
     /// "2 items"
     QString itemCount() const;
@@ -69,7 +69,7 @@ struct InvoiceAttention {
     QString text;
 };
 
-/// Nothing where an invoice has neither flags nor notes.
+/// Empty if the invoice has no flags and no notes, and its street was not cut.
 std::optional<InvoiceAttention> invoiceAttention(const DesklineInvoice &invoice);
 
 /// Why an invoice could not be read.
@@ -77,7 +77,7 @@ class DesklineInvoiceError : public AppError {
 public:
     enum class Kind { badCode, timeout, noBuyer, unreachable, notSignedIn };
 
-    /// `text`: what was scanned or typed, for badCode; otherwise the invoice number, or nothing.
+    /// `text`: the scanned or typed text for badCode; otherwise the invoice number, or empty.
     explicit DesklineInvoiceError(Kind kind, const QString &text = {});
 
     Kind kind() const { return m_kind; }

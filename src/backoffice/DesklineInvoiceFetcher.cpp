@@ -22,7 +22,7 @@ QString line(const std::optional<QString> &cell)
     return cell.value_or(QString()).simplified();
 }
 
-/// A cell's text in its lines, blank ones left out.
+/// A cell's non-blank lines.
 QStringList lines(const std::optional<QString> &cell)
 {
     QStringList found;
@@ -38,7 +38,7 @@ QStringList flags(const std::optional<QString> &cell)
     return cell.value_or(QString()).toUpper().split(separators, Qt::SkipEmptyParts);
 }
 
-/// Puts the street into the address; false when its end had to go.
+/// Puts the street into the address; false if its end did not fit.
 bool setStreet(ShippoAddress &address, const QStringList &street)
 {
     const QString first = street.value(0), rest = street.mid(1).join(u", "_s);
@@ -75,14 +75,14 @@ DesklineInvoice invoiceFrom(const QString &id, const DesklinePage &page)
     return invoice;
 }
 
-/// What the script has answered; nothing without a buyer.
+/// Parses the script's result; empty if it names no buyer.
 std::optional<DesklinePage> pageFrom(const QString &answer)
 {
     try {
         auto page = decodeJson<DesklinePage>(answer.toUtf8(), Keys::asIs);
         if (!line(page.labels.name).isEmpty())
             return page;
-    } catch (const DecodeError &) { // not what the script says of an invoice
+    } catch (const DecodeError &) { // not an invoice
     }
     return std::nullopt;
 }
@@ -124,7 +124,7 @@ Task<DesklineInvoice> DesklineInvoiceFetcher::fetch(QString invoiceID)
     const bool reachable = co_await m_auth.isReachable(15s);
     if (!reachable)
         throw DesklineInvoiceError(Kind::unreachable);
-    if (m_auth.visit() != visit) // signed out meanwhile: the page is not ours any more
+    if (m_auth.visit() != visit) // signed out meanwhile: the page belongs to another session
         throw DesklineInvoiceError(Kind::notSignedIn);
     const DesklinePage page = co_await readPage(invoiceID);
     DesklineInvoice invoice = invoiceFrom(invoiceID, page);
@@ -153,14 +153,14 @@ Task<DesklinePage> DesklineInvoiceFetcher::readPage(QString invoiceID)
     }
     const QString answer = co_await m_auth.evalString(scriptText(u"read-invoice.js"_s) + u"()"_s);
     std::optional<DesklinePage> page = pageFrom(answer);
-    if (!page) { // the sign-in form may have come under the invoice's own address
+    if (!page) { // the sign-in form may appear at the invoice's own address
         const bool signInForm = co_await m_auth.evalBool(DesklineAuth::loginFormProbe);
         throw DesklineInvoiceError(signInForm ? Kind::notSignedIn : Kind::noBuyer, invoiceID);
     }
     co_return *std::move(page);
 }
 
-/// The company on the customer's own page; empty when there is none or the page does not come.
+/// The company on the customer's page; empty if there is no company or the page does not load.
 Task<QString> DesklineInvoiceFetcher::profileCompany(QString profileUserID)
 {
     m_auth.load(m_auth.address(u"/staff/users.php?subcmd=_update-customer&id="_s + profileUserID));

@@ -14,15 +14,16 @@ class DesklineInvoiceFetcher {
 public:
     DesklineInvoiceFetcher(DesklineAuth &auth, const CompanySanitizer &sanitizer);
 
-    /// Throws DesklineInvoiceError, and AppError when the page crashed or this machine cannot show web pages. One at a
-    /// time.
+    /// Throws DesklineInvoiceError, and AppError if the page crashed or this machine cannot show web pages. One call at
+    /// a time.
     Task<DesklineInvoice> fetch(QString invoiceID);
 
-    /// The invoice number in what was scanned or typed: a short link, or the number itself with or without its "i".
+    /// The invoice number in a scanned or typed text: a short link, or the number itself with or without its "i".
     static std::optional<QString> invoiceID(const QString &text, const QString &shortLinkHost);
-    /// "Portland, Oregon" is Portland and OR; what is no US state stays as written.
+    /// "Portland, Oregon" becomes Portland and OR. Two letters become capitals; any other unknown state stays as
+    /// written.
     static std::pair<QString, QString> splitCityState(const QString &text);
-    /// US states, their names in lower case, to two-letter codes.
+    /// Maps lower-case US state names to two-letter codes.
     static const std::map<QString, QString> &stateAbbreviations() { return usStates(); }
 
 private:

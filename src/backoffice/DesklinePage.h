@@ -1,6 +1,6 @@
 #pragma once
 
-// What read-invoice.js answers, under its own keys. Only `fields` must be there.
+// What read-invoice.js returns, under its own keys. Only `fields` is required.
 
 #include "core/RecordField.h"
 
@@ -12,7 +12,7 @@
 
 namespace parcelory {
 
-/// The labelled cells of an invoice page.
+/// The labeled cells of an invoice page.
 struct DesklinePageFields {
     std::optional<QString> name, email, address, city, zip, country, phone, companyName, codes;
 

@@ -8,18 +8,13 @@ using namespace Qt::StringLiterals;
 const QString SavedCredentials::userAccount = u"deskline.username"_s;
 const QString SavedCredentials::passwordAccount = u"deskline.password"_s;
 
-SavedCredentials::SavedCredentials(Platform &platform) : m_platform(platform)
-{
-    m_thread.setMaxThreadCount(1);
-}
+SavedCredentials::SavedCredentials(Platform &platform) : m_platform(platform) {}
 
 Task<Credentials> SavedCredentials::stored()
 {
-    auto reading = QtConcurrent::run(&m_thread, [&store = m_platform.secrets] {
+    co_return co_await m_queue.run([&store = m_platform.secrets] {
         return Credentials{store.get(userAccount).value_or(QString()), store.get(passwordAccount).value_or(QString())};
     });
-    const Credentials found = co_await reading;
-    co_return found;
 }
 
 Task<bool> SavedCredentials::areUsable()
@@ -31,7 +26,7 @@ Task<bool> SavedCredentials::areUsable()
 Task<> SavedCredentials::save(Credentials credentials)
 {
     write(m_platform.preferences, settings::desklineRemember, true);
-    co_await QtConcurrent::run(&m_thread, [&store = m_platform.secrets, credentials] {
+    co_await m_queue.run([&store = m_platform.secrets, credentials] {
         store.set(credentials.user, userAccount);
         store.set(credentials.password, passwordAccount);
     });
@@ -40,7 +35,7 @@ Task<> SavedCredentials::save(Credentials credentials)
 Task<> SavedCredentials::forget()
 {
     write(m_platform.preferences, settings::desklineRemember, false);
-    co_await QtConcurrent::run(&m_thread, [&store = m_platform.secrets] {
+    co_await m_queue.run([&store = m_platform.secrets] {
         store.set(QString(), userAccount);
         store.set(QString(), passwordAccount);
     });

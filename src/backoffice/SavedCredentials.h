@@ -1,20 +1,19 @@
 #pragma once
 
 #include "core/Platform.h"
+#include "core/SerialQueue.h"
 #include "core/Task.h"
-
-#include <QThreadPool>
 
 namespace parcelory {
 
-/// What signs a clerk in to the back office.
+/// A clerk's back office sign-in.
 struct Credentials {
     QString user;
     QString password;
 };
 
-/// The clerk's remembered sign-in: name and password in the secret store, whether they are to be used in the
-/// preferences. The store may block, so it is asked on a thread of its own, in the order of the calls.
+/// The clerk's remembered sign-in: name and password in the secret store, the "remember" flag in the preferences. The
+/// store may block, so a separate thread calls it, in call order.
 class SavedCredentials {
 public:
     static const QString userAccount; ///< in the secret store
@@ -22,16 +21,16 @@ public:
 
     explicit SavedCredentials(Platform &platform);
 
-    /// What the store holds, whether it is to be used or not; missing items are empty.
+    /// The stored credentials, even if "remember" is off; missing items are empty.
     Task<Credentials> stored();
-    /// "Remember me" was on, and a password is there.
+    /// True if "remember" is on and a password is stored.
     Task<bool> areUsable();
     Task<> save(Credentials credentials);
     Task<> forget();
 
 private:
     Platform &m_platform;
-    QThreadPool m_thread; ///< one thread, so that operations keep their order
+    SerialQueue m_queue;
 };
 
 } // namespace parcelory

@@ -4,7 +4,7 @@
 
 namespace parcelory {
 
-/// A script of this folder: a function expression in parentheses, to be called by whoever evaluates it.
+/// A script of this folder: a parenthesized function expression, to which the caller appends the arguments.
 QString scriptText(const QString &name);
 
 } // namespace parcelory

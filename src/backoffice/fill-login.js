@@ -1,5 +1,5 @@
-// Fills in the sign-in form and submits it; answers what it found. The input events are for pages that listen to
-// typing.
+// Fills in the sign-in form and submits it; returns "submitted" or what is missing. The input events are for pages that
+// listen to typing.
 (function (user, pass) {
     const passwordField = document.querySelector('input[type=password]');
     if (!passwordField)

@@ -1,4 +1,4 @@
-// Reads an invoice from its page and answers JSON. The labels and headings looked for are those of the back office.
+// Reads an invoice from its page and returns JSON. The labels and headings are those of the back office.
 (function () {
     const result = {fields: {}, items: [], notes: [], shipMethod: '', shipCost: '', tracking: '', paid: '',
                     profileUserID: ''};
@@ -15,7 +15,7 @@
 
     for (const cell of document.querySelectorAll('td, th')) {
         if (cell.querySelector('td, th'))
-            continue; // a cell that only arranges others; those have their turn
+            continue; // a layout cell; the loop also visits its inner cells
         const text = t(cell);
         const field =
             /^(Name|Email|Address|City|Zip|Country|Phone|Company Name|Codes):\s*([\s\S]*)$/.exec(text);

@@ -3,6 +3,7 @@
 #include "carrier/CarrierAnswer.h"
 #include "carrier/ShippoRecords.h"
 #include "core/IsoDate.h"
+#include "core/Progress.h"
 #include "core/Task.h"
 
 #include <functional>
@@ -17,7 +18,7 @@ constexpr int maxPages = 40;
 struct Listing {
     std::function<void()> onPage; ///< called on the main thread for every page that was read
     bool isCut = false;           ///< older records were left out, because a listing never reads more pages
-    bool isGivenUp = false;       ///< nobody waits for it any more
+    CancelToken cancel;           ///< canceled when the result is no longer needed
 };
 
 /// Reads a list page by page until a page reaches back before `cutoff`, is empty, or is the last one. The carrier

@@ -23,8 +23,6 @@ struct PurchaseTag {
     QString text() const;
     /// Nothing for a text that is no tag.
     static std::optional<PurchaseTag> read(const QString &text);
-    /// The office as a number; 0 when it is none.
-    int officeNumber() const { return office.toInt(); }
 
     bool operator==(const PurchaseTag &) const = default;
 };

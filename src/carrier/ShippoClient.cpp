@@ -13,8 +13,8 @@ ShippoClient::ShippoClient(Platform &platform, ShippoKeys &keys)
 
 Task<QByteArray> ShippoClient::request(QString path, QByteArray method, QByteArray body)
 {
-    auto tokenRead = onPool([this] { return m_keys.activeToken(); }); // a locked key ring must not stop the window
-    const std::optional<QString> token = co_await tokenRead;
+    // On the pool, because a locked key ring blocks.
+    const std::optional<QString> token = co_await onPool(m_keys, &ShippoKeys::activeToken);
     if (!token || token->isEmpty())
         throw ShippoError::noToken();
     const QUrl relative(path, QUrl::StrictMode);

@@ -20,9 +20,6 @@ struct Listing;
 /// as the transport's AppError. Nothing is retried here and nothing is written to the error log.
 class ShippoClient {
 public:
-    /// Long operations are asked for this often, at most `maxPolls` times.
-    static constexpr auto pollInterval = std::chrono::milliseconds(1500);
-    static constexpr int maxPolls = 10;
     /// A request whose answer never came may still reach the carrier for so long.
     static constexpr auto arrivalTime = std::chrono::seconds(60);
     static bool mayStillArrive(const QDateTime &askedAt, const QDateTime &now)

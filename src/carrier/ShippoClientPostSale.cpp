@@ -1,6 +1,7 @@
 #include "carrier/ShippoClient.h"
 
 #include "carrier/PagedList.h"
+#include "carrier/Polling.h"
 #include "core/IsoDate.h"
 
 #include <QScopeGuard>
@@ -9,11 +10,6 @@ namespace parcelory {
 using namespace Qt::StringLiterals;
 
 namespace {
-
-bool isPending(const std::optional<QString> &status)
-{
-    return status == u"QUEUED" || status == u"WAITING";
-}
 
 /// A number or an id as one step of a path, whatever stands in it.
 QString step(const QString &text)
@@ -67,11 +63,10 @@ Task<ShippoManifest> ShippoClient::createManifest(QString carrierAccount, Shippo
 /// The manifest once it is made or has failed.
 Task<ShippoManifest> ShippoClient::polled(ShippoManifest manifest)
 {
-    for (int poll = 0; poll < maxPolls && isPending(manifest.status); ++poll) {
-        co_await m_clock.sleep(pollInterval);
-        const QByteArray answer = co_await request(u"manifests/"_s + step(manifest.objectId));
-        manifest = decodeAnswer<ShippoManifest>(answer);
-    }
+    const auto fetch = [this, path = u"manifests/"_s + step(manifest.objectId)]() -> Task<ShippoManifest> {
+        co_return decodeAnswer<ShippoManifest>(co_await request(path));
+    };
+    manifest = co_await pollWhilePending(m_clock, manifest, fetch);
     if (manifest.status != u"SUCCESS" && manifest.status != u"ERROR")
         throw ShippoError::api(u"Shippo is still generating the SCAN form (status: "_s +
                                manifest.status.value_or(u"unknown"_s) + u"). Try again in a minute."_s);
@@ -82,8 +77,7 @@ Task<ShippoManifest> ShippoClient::manifest(QString id)
 {
     const QByteArray answer = co_await request(u"manifests/"_s + step(id));
     auto manifest = decodeAnswer<ShippoManifest>(answer);
-    manifest = co_await polled(manifest);
-    co_return manifest;
+    co_return co_await polled(manifest);
 }
 
 Task<QList<ShippoManifest>> ShippoClient::newestManifests()
@@ -95,10 +89,10 @@ Task<QList<ShippoManifest>> ShippoClient::newestManifests()
 
 Task<QByteArray> ShippoClient::countedPage(QString path, std::shared_ptr<Listing> listing)
 {
-    if (listing->isGivenUp)
+    if (listing->cancel.isCanceled())
         throw ShippoError::api(u"The listing was given up."_s);
     QByteArray page = co_await request(path);
-    if (listing->onPage && !listing->isGivenUp)
+    if (listing->onPage && !listing->cancel.isCanceled())
         listing->onPage();
     co_return page;
 }
@@ -106,7 +100,7 @@ Task<QByteArray> ShippoClient::countedPage(QString path, std::shared_ptr<Listing
 Task<QList<MasterEntry>> ShippoClient::masterLog(QDate from, QDate to, std::shared_ptr<Listing> listing)
 {
     const auto state = listing ? listing : std::make_shared<Listing>();
-    const auto giveUp = qScopeGuard([state] { state->isGivenUp = true; }); // when one fails, the other reads for nobody
+    const auto giveUp = qScopeGuard([state] { state->cancel.cancel(); }); // when one fails, the other reads for nobody
     const QDateTime start = from.startOfDay(), end = to.addDays(1).startOfDay();
     const auto fetch = [this, state](const QString &path) { return countedPage(path, state); };
     const auto created = [](const auto &record) { return record.objectCreated; };

@@ -2,6 +2,7 @@
 
 #include "carrier/CarrierAnswer.h"
 #include "carrier/PagedList.h"
+#include "carrier/Polling.h"
 #include "core/Text.h"
 
 namespace parcelory {
@@ -10,11 +11,6 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr qsizetype metadataLimit = 100;
-
-bool isPending(const QString &status)
-{
-    return status == u"QUEUED" || status == u"WAITING";
-}
 
 /// Labels that another program bought in a single call carry the whole rate in place of its id. One of them must not
 /// keep the desk's own purchase from being found.
@@ -54,14 +50,11 @@ Task<ShippoTransaction> ShippoClient::purchase(QString rateId, QString labelFile
         body["metadata"] = firstCharacters(metadata, metadataLimit).toStdString();
     const QByteArray bought = co_await request(u"transactions/"_s, "POST", dumpJson(body));
     auto transaction = decodeAnswer<ShippoTransaction>(bought);
-    for (int poll = 0; poll < maxPolls && isPending(transaction.status); ++poll) {
-        co_await m_clock.sleep(pollInterval);
-        try {
-            const QByteArray answer = co_await request(u"transactions/"_s + transaction.objectId);
-            transaction = decodeAnswer<ShippoTransaction>(answer);
-        } catch (const AppError &error) {
-            throw UnconfirmedPurchase(error.description(), transaction.objectId);
-        }
+    const QString id = transaction.objectId;
+    try {
+        transaction = co_await pollWhilePending(m_clock, transaction, [this, id] { return this->transaction(id); });
+    } catch (const AppError &error) {
+        throw UnconfirmedPurchase(error.description(), id);
     }
     if (transaction.status == u"ERROR") {
         const QString reasons = joinedTexts(transaction.messages);

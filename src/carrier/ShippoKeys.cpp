@@ -96,11 +96,6 @@ bool ShippoKeys::isTest(const QString &token)
     return token.startsWith(u"shippo_test"_s);
 }
 
-QString ShippoKeys::badge(const QString &token)
-{
-    return isTest(token) ? u"TEST"_s : u"LIVE"_s;
-}
-
 QString ShippoKeys::settingsText()
 {
     const QString active = activeToken().value_or(QString());

@@ -38,8 +38,6 @@ public:
 
     /// Tokens that begin with "shippo_test" buy labels without value; every other token costs real money.
     static bool isTest(const QString &token);
-    /// "TEST" or "LIVE", for a key in the list.
-    static QString badge(const QString &token);
 
     /// The line above the list of keys in Settings.
     QString settingsText();

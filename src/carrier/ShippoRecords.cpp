@@ -5,6 +5,11 @@
 namespace parcelory {
 using namespace Qt::StringLiterals;
 
+QString serviceName(const ShippoServiceLevel &level)
+{
+    return level.name.value_or(level.token.value_or(QString()));
+}
+
 QString joinedTexts(const std::optional<QList<ShippoMessage>> &messages)
 {
     QStringList texts;

@@ -42,6 +42,9 @@ struct ShippoServiceLevel {
     bool operator==(const ShippoServiceLevel &) const = default;
 };
 
+/// The name for people, or the token when the carrier gives no name.
+QString serviceName(const ShippoServiceLevel &level);
+
 /// One price quote of a shipment.
 struct ShippoRate {
     QString objectId;
@@ -251,12 +254,6 @@ struct ShippoCarrierAccount {
     }
 };
 
-struct ShippoCarrierAccountList {
-    QList<ShippoCarrierAccount> results;
-
-    static constexpr auto fields() { return std::tuple{field("results", &ShippoCarrierAccountList::results)}; }
-};
-
 /// One page of a list.
 template <class T>
 struct ShippoList {
@@ -268,6 +265,8 @@ struct ShippoList {
         return std::tuple{field("next", &ShippoList::next), field("results", &ShippoList::results)};
     }
 };
+
+using ShippoCarrierAccountList = ShippoList<ShippoCarrierAccount>;
 
 /// A parcel as handed to rating: six decimal or unit texts; sent without dimensions unless it has all three.
 struct ShippoParcel {

@@ -18,10 +18,10 @@ public:
 
 private:
     QString m_description;
-    QByteArray m_utf8; ///< what() must outlive the call that made it
+    QByteArray m_utf8; ///< holds the text that what() returns
 };
 
-/// A JSON text that is not what a record needs; the description names the key.
+/// JSON that does not decode into the expected record; the description names the key.
 class DecodeError : public AppError {
 public:
     using AppError::AppError;
@@ -30,8 +30,6 @@ public:
 /// A failure of a device or a child process.
 class SystemError : public AppError {
 public:
-    static constexpr auto domain = "Parcelory";
-
     /// `code`: 1 no printer queue, 2 paused queue, 3 not a label; otherwise a child process's exit status.
     SystemError(int code, QString description);
 
@@ -41,7 +39,7 @@ private:
     int m_code;
 };
 
-/// The text to show for any exception: its description, or what() for those of a library.
+/// The text to show for any exception: an AppError's description, otherwise what().
 QString describe(const std::exception &error);
 
 } // namespace parcelory

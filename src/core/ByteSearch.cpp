@@ -24,8 +24,9 @@ ByteSearch::ByteSearch(std::string_view bytes, std::string_view block)
     lookAt(m_at);
 }
 
-// The library's searches look for the first byte, or for a hash of some, and stop at every other name. This one looks
-// at the first, middle and last byte at once, because names and numbers differ at the end more than at their start.
+// Library searches look for the first byte, or for a hash of a few bytes, and stop at too many false candidates. This
+// search compares the first, middle and last byte at once, because names and numbers differ more at their end than at
+// their start.
 ByteSearch::Mask ByteSearch::candidates(const char *at) const
 {
     constexpr int batch = maskSize / sizeof(Vector);
@@ -58,7 +59,7 @@ const char *ByteSearch::next(const char *from)
         lookAt(from);
     else if (from > m_at)
         m_found &= ~Mask(0) << (from - m_at);
-    const bool isCompared = m_bytes.size() <= 3; // first, middle and last are all there is
+    const bool isCompared = m_bytes.size() <= 3; // the first, middle and last byte are all of it
     while (!m_isAtTail) {
         while (m_found) {
             const char *place = m_at + std::countr_zero(m_found);
@@ -71,7 +72,7 @@ const char *ByteSearch::next(const char *from)
     return nextInTail(std::max(from, m_at));
 }
 
-/// What is behind the last bytes of the block must not be read, so its tail is searched byte by byte.
+/// A vector load near the end would read beyond the block, so its tail is searched byte by byte.
 void ByteSearch::lookAt(const char *at)
 {
     m_at = at;

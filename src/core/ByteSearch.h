@@ -5,20 +5,20 @@
 
 namespace parcelory {
 
-/// Finds all places of a few bytes in a large block at the pace of the memory, for lists that are searched anew at
-/// every key.
+/// Finds every occurrence of a short byte string in a large block at memory speed, for lists that are searched again
+/// at every keystroke.
 class ByteSearch {
 public:
-    /// `bytes` are not empty. Both must outlive the search.
+    /// `bytes` must not be empty. Both must outlive the search.
     ByteSearch(std::string_view bytes, std::string_view block);
 
-    /// The first place at or behind `from`, which must not go back; null when there is none.
+    /// The first occurrence at or after `from`, or null. `from` must not decrease from call to call.
     const char *next(const char *from);
 
 private:
-    /// Sixteen bytes that are compared at once. In a result, 0xFF stands for true.
+    /// Sixteen bytes that are compared at once. In a result, 0xFF means true.
     using Vector = unsigned char __attribute__((vector_size(16)));
-    using Mask = std::uint64_t; ///< one bit for each of the bytes that are looked at together
+    using Mask = std::uint64_t; ///< one bit for each byte of a batch
 
     void lookAt(const char *at);
     Mask candidates(const char *at) const;
@@ -27,9 +27,9 @@ private:
 
     std::string_view m_bytes;
     Vector m_first, m_middle, m_last;
-    const char *m_at; ///< where the bytes of m_found begin
+    const char *m_at; ///< the position of m_found's lowest bit
     const char *m_end;
-    Mask m_found = 0; ///< places that were not given out yet
+    Mask m_found = 0; ///< candidates that were not returned yet
     bool m_isAtTail = false;
 };
 

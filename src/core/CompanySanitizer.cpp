@@ -7,7 +7,8 @@
 namespace parcelory {
 namespace {
 
-/// The order matters: the substring pass replaces in this order, so the longer form of a word stands first.
+/// The order matters: the substring pass replaces in this order, so a plural comes before its singular. "numis" and
+/// "penny" come before "numispro" and "pennywise", so inside a longer word only their first part is replaced.
 constexpr QStringView words[] = {
     u"coins",       u"coin",       u"jewels",       u"jewelry",        u"jewel",         u"numismatics",
     u"numismatica", u"numismatic", u"numismatists", u"numismatist",    u"numis",         u"bullion",
@@ -36,7 +37,7 @@ void replaceCaseInsensitive(QString &text, QStringView target, const QString &re
         text.replace(at, target.size(), replacement);
 }
 
-/// A listed word cut to its initial, with whatever follows its letters; any other word as it is.
+/// Cuts a listed word to its initial and keeps what follows its letters and digits; any other word stays unchanged.
 QString shortened(const QString &word)
 {
     const auto coreEnd = std::find_if_not(word.begin(), word.end(), [](QChar c) { return c.isLetterOrNumber(); });

@@ -9,7 +9,7 @@
 
 namespace parcelory {
 
-/// A marketplace store whose parcels the desk ships under its own name.
+/// A marketplace store; in company lines, its name is replaced by a short code.
 struct StoreName {
     QString name; ///< lower case, no spaces
     QString code; ///< the short form printed instead
@@ -20,7 +20,7 @@ struct StoreName {
     }
 };
 
-/// Makes a company line discreet: words that betray valuable contents are cut to their initial.
+/// Makes a company line discreet: cuts words that reveal valuable contents to their initial.
 class CompanySanitizer {
 public:
     explicit CompanySanitizer(QList<StoreName> stores);

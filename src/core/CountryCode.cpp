@@ -43,7 +43,7 @@ constexpr std::pair<QStringView, QStringView> aliases[] = {
     {u"NETHERLANDS", u"NL"},
 };
 
-/// Takes a text in capitals: dots go, commas part words, blanks are single.
+/// `text` is uppercase. Removes dots, turns commas into blanks and collapses runs of blanks.
 QString normalize(QString text)
 {
     return text.remove(u'.').replace(u',', u' ').simplified();

@@ -4,15 +4,15 @@
 
 namespace parcelory {
 
-/// Free-text countries to ISO 3166-1 alpha-2 codes, and to their names.
+/// Converts free-text countries to ISO 3166-1 alpha-2 codes and to English names.
 namespace CountryCode {
 
 /// The code of a country written in any usual English form ("u.s.a.", "England", "Korea, South", "de").
 /// Empty for a blank text; an unknown country comes back trimmed and in capitals, never dropped.
 QString alpha2(const QString &text);
 
-/// The English name of a country written in any of those forms ("us" is "United States"); an unknown one stays as
-/// typed.
+/// The English name of a country written in any of those forms ("us" is "United States"); an unknown country is only
+/// trimmed.
 QString displayName(const QString &text);
 
 } // namespace CountryCode

@@ -30,7 +30,7 @@ void requireHost(const QString &host, const QString &key)
         throw AppError(u"The deployment value \"%1\" must be the name of a host — it is \"%2\"."_s.arg(key, host));
 }
 
-/// A mistyped key would otherwise turn down every update without telling why.
+/// Without this check, a mistyped key would reject every update without an explanation.
 void requireKey(const std::optional<QString> &key)
 {
     constexpr int bytesOfAKey = 32;

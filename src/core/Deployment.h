@@ -18,22 +18,22 @@ struct Deployment {
     QUrl backOffice;       ///< https
     QString shortLinkHost; ///< host of the invoice QR codes
     QString updateFeedHost;
-    std::optional<QString> updatePublicKey; ///< Ed25519, base64; none: updates need no signature
+    std::optional<QString> updatePublicKey; ///< Ed25519, base64; absent: updates need no signature
     QString supportTelephone;
     QString officeLabel; ///< name of the sender profile made on the first run
     ShippoAddress returnAddress;
     QList<QString> letterhead;              ///< head of a commercial invoice; the first line is the company's name
-    std::optional<QString> countryOfOrigin; ///< of the goods; none is the United States
-    std::optional<QString> incoterm;        ///< terms of sale; none is DDU
-    QString fallbackEmail;                  ///< sender's e-mail where a profile has none
+    std::optional<QString> countryOfOrigin; ///< of the goods; absent means the United States
+    std::optional<QString> incoterm;        ///< terms of sale; absent means DDU
+    QString fallbackEmail;                  ///< the sender's e-mail if a profile has no e-mail
     QString fallbackPhone;
     QList<StoreName> storeNames; ///< applied in this order
 
-    QString updateFeed; ///< address of the update feed; no value of the file, it follows from updateFeedHost
+    QString updateFeed; ///< address of the update feed; derived from updateFeedHost, not read from the file
 
     /// The values compiled into this build.
     static Deployment builtIn();
-    /// Reads a deployment file; throws AppError naming what is missing or not allowed.
+    /// Reads a deployment file; throws AppError that names the missing or invalid value.
     static Deployment parse(const QByteArray &json);
 
     static constexpr auto fields()

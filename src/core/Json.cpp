@@ -99,7 +99,7 @@ void decodeValue(const Json &json, QUrl &value, const std::string &path, Keys ke
 
 void decodeValue(const Json &json, QDateTime &value, const std::string &path, Keys)
 {
-    constexpr double farthest = 1e12; // seconds; beyond, a date cannot be reckoned with
+    constexpr double farthest = 1e12; // seconds; date arithmetic is not reliable beyond this
     if (!json.is_number() || std::abs(json.get<double>()) > farthest)
         mismatch(path, "number", json);
     value = referenceDate().addMSecs(qRound64(json.get<double>() * 1000)).toLocalTime();

@@ -1,7 +1,7 @@
 #pragma once
 
-// Reads and writes records by their field tables. Included by the .cpp files that need it, never by a header:
-// nlohmann/json.hpp costs a second of compile time per file.
+// Reads and writes records by their field tables. Include it in .cpp files, not in widely used headers:
+// nlohmann/json.hpp adds a second of compile time per file.
 
 #include "core/AppError.h"
 #include "core/RecordField.h"
@@ -120,7 +120,7 @@ Json encodeValue(const R &record, Keys keys)
 
 } // namespace detail
 
-/// Parses a JSON text; throws DecodeError when it is none.
+/// Parses JSON; throws DecodeError if the text is not JSON.
 Json parseJson(const QByteArray &text);
 
 /// The compact text of a JSON value.

@@ -21,17 +21,14 @@ void replaceFile(const QString &path, const QByteArray &bytes)
 {
     QDir().mkpath(QFileInfo(path).absolutePath());
     QSaveFile file(path);
-    // The flush is asked for its result: commit() alone renames a file that a full disk left empty.
+    // Check flush() explicitly: commit() alone renames a file that a full disk left empty.
     if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.flush() || !file.commit())
         qWarning("Parcelory: cannot write %s: %s", qPrintable(path), qPrintable(file.errorString()));
 }
 
 } // namespace
 
-JsonFile::JsonFile(QString path) : m_path(std::move(path))
-{
-    m_writer.setMaxThreadCount(1);
-}
+JsonFile::JsonFile(QString path) : m_path(std::move(path)) {}
 
 JsonFile::~JsonFile()
 {
@@ -49,7 +46,7 @@ std::optional<QByteArray> JsonFile::read()
 
 void JsonFile::write(QByteArray bytes)
 {
-    m_writer.start([this, bytes = std::move(bytes)] {
+    m_writer.post([this, bytes = std::move(bytes)] {
         if (m_setAside && !moveAside(m_path)) {
             qWarning("Parcelory: cannot set %s aside, so it is not replaced", qPrintable(m_path));
             return;
@@ -61,7 +58,7 @@ void JsonFile::write(QByteArray bytes)
 
 void JsonFile::flush()
 {
-    m_writer.waitForDone();
+    m_writer.wait();
 }
 
 } // namespace parcelory

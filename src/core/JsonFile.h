@@ -1,36 +1,37 @@
 #pragma once
 
+#include "core/SerialQueue.h"
+
 #include <QByteArray>
 #include <QString>
-#include <QThreadPool>
 
 #include <atomic>
 #include <optional>
 
 namespace parcelory {
 
-/// A small file that is rewritten whole on every change. Writing happens on a thread of its own, in order, beside the
-/// file and then renamed over it, so a crash leaves either the old or the new text. The caller never waits; the
-/// destructor does.
+/// A small file that is rewritten completely on every change. A separate thread writes the changes in order, each to a
+/// temporary file that is then renamed over the original, so a crash leaves either the old or the new text. write()
+/// never waits; flush() and the destructor do.
 class JsonFile {
 public:
     /// `path`: created with its folders at the first write.
     explicit JsonFile(QString path);
     ~JsonFile();
 
-    /// The file's bytes, or nothing when it is missing or cannot be read (then it is set aside before a write).
+    /// The file's bytes, or nothing if it is missing or unreadable. The next write first renames an unreadable file.
     std::optional<QByteArray> read();
-    /// The file does not decode: keep it under another name (a time-stamped suffix) when it is replaced.
+    /// Call if the file does not decode: the next write first renames it with a time-stamped suffix.
     void setAsideBeforeWrite() { m_setAside = true; }
-    /// A failed write is only logged: the program goes on with what it has in memory.
+    /// A failed write is only logged; the program continues with the data in memory.
     void write(QByteArray bytes);
-    /// Waits until everything handed to write() is on the disk.
+    /// Waits until all writes have finished.
     void flush();
 
 private:
     QString m_path;
     std::atomic<bool> m_setAside = false; ///< reset by the writer once done
-    QThreadPool m_writer;                 ///< one thread, so that writes keep their order
+    SerialQueue m_writer;
 };
 
 } // namespace parcelory

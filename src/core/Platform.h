@@ -20,8 +20,8 @@
 
 namespace parcelory {
 
-/// Everything outside the program that it needs, handed in once at the start. main builds the real one, the practice
-/// desk and the tests their own; nothing else chooses an implementation.
+/// Everything that the program needs from outside, passed in once at the start. main builds the real platform; the
+/// practice desk and the tests build their own; nothing else chooses an implementation.
 struct Platform {
     HttpTransport &http;
     Clock &clock;
@@ -37,8 +37,8 @@ struct Platform {
 
     QDir dataFolder; ///< the folder "Parcelory" of the user's application support; may not exist yet
     Deployment deployment;
-    std::shared_ptr<ContactsSource> contacts = {}; ///< null where the system has none
-    bool practice = false;                         ///< nothing of this world is real: no postage, no paper
+    std::shared_ptr<ContactsSource> contacts = {}; ///< null if the system has no contacts
+    bool practice = false;                         ///< nothing is real: no postage, no paper
 };
 
 } // namespace parcelory

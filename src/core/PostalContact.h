@@ -10,7 +10,7 @@
 
 namespace parcelory {
 
-/// An entry of the address book: who lives where, as entered or imported.
+/// An address book entry, as entered or imported.
 struct PostalContact {
     QUuid id = QUuid::createUuid();
     QString name;
@@ -20,16 +20,16 @@ struct PostalContact {
     QString city;
     QString state;
     QString zip;
-    QString country; ///< in any form; CountryCode makes a code of it
+    QString country; ///< in any form; CountryCode converts it to a code
     QString label;   ///< a free tag such as "home"
     QString phone;
     QString email;
 
     /// One line for lists: street and place.
     QString addressSummary() const;
-    /// A new entry for a recipient; the other way round of asShippoAddress().
+    /// A new entry for a recipient; the inverse of asShippoAddress().
     static PostalContact of(const ShippoAddress &who);
-    /// The same address as the carrier client takes it; nothing is normalised here.
+    /// The same address in the form that the carrier client takes; nothing is normalized here.
     ShippoAddress asShippoAddress() const;
 
     static constexpr auto fields()

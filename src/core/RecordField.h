@@ -2,8 +2,8 @@
 
 namespace parcelory {
 
-/// One row of a record's field table: the field's name in the code and where it is. `R::fields()` returns a tuple of
-/// these in the record's order; core/Json.h reads and writes records by it.
+/// One row of a record's field table: the field's name in the code and its member pointer. `R::fields()` returns a
+/// tuple of these rows in the record's order; core/Json.h uses it to read and write records.
 template <class R, class M>
 struct RecordField {
     const char *name;

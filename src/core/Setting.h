@@ -4,7 +4,7 @@
 
 namespace parcelory {
 
-/// A preference: its key and the value that a missing one reads as.
+/// A preference: its key and its default value.
 template <class T>
 struct Setting {
     QString key;

@@ -13,9 +13,9 @@ using namespace Qt::StringLiterals;
 inline const Setting<QString> zebraQueue{u"printer.zebraQueue"_s, {}};
 inline const Setting<QString> documentQueue{u"printer.documentQueue"_s, {}}; ///< empty: PDFs open in the viewer
 inline const Setting<bool> rotate180{u"printer.rotate180"_s, true};
-inline const Setting<QStringList> turnedQueues{u"printer.turnedQueues"_s, {}}; ///< were sent a turned label
+inline const Setting<QStringList> turnedQueues{u"printer.turnedQueues"_s, {}}; ///< were sent a rotated label
 
-inline const Setting<bool> desklineRemember{u"deskline.remember"_s, false}; ///< sign in by itself at the next start
+inline const Setting<bool> desklineRemember{u"deskline.remember"_s, false}; ///< sign in automatically at the next start
 inline const Setting<QString> signInName{u"parcelory.email"_s, {}};         ///< as last typed
 
 inline const Setting<bool> showAddressSidebar{u"ui.showAddressSidebar"_s, true};
@@ -26,11 +26,11 @@ inline const Setting<QByteArray> addressBookGeometry{u"ui.addressBookGeometry"_s
 inline const Setting<QStringList> shippoKeyNames{u"shippo.keyNames"_s, {}}; ///< in the order they were added
 inline const Setting<QString> shippoActiveKeyName{u"shippo.activeKeyName"_s, {}};
 
-// The company's values, which the deployment supplies, stand in where these are missing.
+// If these are missing, the deployment's values apply.
 inline const Setting<QString> senderFallbackEmail{u"sender.fallbackEmail"_s, {}};
 inline const Setting<QString> senderFallbackPhone{u"sender.fallbackPhone"_s, {}};
 
-// The single return address of earlier versions, read once when the sender profiles are made.
+// The single return address of earlier versions, read once when the sender profiles are created.
 inline const Setting<QString> legacySenderName{u"sender.name"_s, {}};
 inline const Setting<QString> legacySenderCompany{u"sender.company"_s, {}};
 inline const Setting<QString> legacySenderStreet1{u"sender.street1"_s, {}};
@@ -41,7 +41,7 @@ inline const Setting<QString> legacySenderZip{u"sender.zip"_s, {}};
 inline const Setting<QString> legacySenderPhone{u"sender.phone"_s, {}};
 inline const Setting<QString> legacySenderEmail{u"sender.email"_s, {}};
 
-// How the clerk has laid out the logs, in the toolkit's own form.
+// The clerk's layout of the logs, in Qt's own format.
 inline const Setting<QByteArray> mailingLogColumns{u"ui.mailingLogColumns"_s, {}};
 inline const Setting<QByteArray> mailingLogSplitter{u"ui.mailingLogSplitter"_s, {}};
 inline const Setting<QByteArray> masterLogColumns{u"ui.masterLogColumns"_s, {}};

@@ -9,7 +9,7 @@
 
 namespace parcelory {
 
-/// An address as the program holds, stores and sends it. An empty text stands for "none".
+/// An address as the program holds, stores and sends it. A missing part is an empty text.
 struct ShippoAddress {
     QString name;
     QString company;
@@ -22,11 +22,11 @@ struct ShippoAddress {
     QString phone;
     QString email;
 
-    /// The two street lines in at most 50 characters each, parted at a word where possible.
+    /// The two street lines in at most 50 characters each, split between words if possible.
     static std::pair<QString, QString> splitStreet(const QString &street1, const QString &street2);
     /// Street and place in one line, without name, country and telephone.
     QString oneLine() const;
-    /// True when nothing was filled in; a country alone is not an address.
+    /// True if nothing is filled in; a country alone is not an address.
     bool isEmpty() const;
 
     static constexpr auto fields()

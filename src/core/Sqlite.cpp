@@ -6,7 +6,7 @@ namespace parcelory {
 
 Database::Database(const QString &path)
 {
-    // Threads share the handle, so its mutex is asked for: some systems' libraries leave it out by default.
+    // Threads share the handle, so request its mutex: some systems' SQLite leaves it out by default.
     constexpr int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_FULLMUTEX;
     m_open = sqlite3_open_v2(path.toUtf8().constData(), &m_db, flags, nullptr) == SQLITE_OK;
     if (m_db)
@@ -39,6 +39,12 @@ bool Database::isDamaged() const
     return code == SQLITE_NOTADB || code == SQLITE_CORRUPT;
 }
 
+bool Database::isLocked() const
+{
+    const int code = sqlite3_errcode(m_db);
+    return code == SQLITE_BUSY || code == SQLITE_LOCKED;
+}
+
 qint64 Database::lastInsertedId() const
 {
     return sqlite3_last_insert_rowid(m_db);
@@ -59,12 +65,11 @@ Snapshot::~Snapshot()
     Statement(m_db, "COMMIT").execute();
 }
 
-Interruption::Interruption(const Database &db, const StillWanted &wanted) : m_db(db)
+Interruption::Interruption(const Database &db, const CancelToken &cancel) : m_db(db), m_cancel(cancel)
 {
     constexpr int instructions = 10000; // well below a millisecond
-    const auto isOver = [](void *asked) { return int(!(*static_cast<const StillWanted *>(asked))()); };
-    if (wanted)
-        sqlite3_progress_handler(m_db.handle(), instructions, isOver, const_cast<StillWanted *>(&wanted));
+    const auto isOver = [](void *token) { return int(static_cast<const CancelToken *>(token)->isCanceled()); };
+    sqlite3_progress_handler(m_db.handle(), instructions, isOver, const_cast<CancelToken *>(&m_cancel));
 }
 
 Interruption::~Interruption()

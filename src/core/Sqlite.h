@@ -1,10 +1,11 @@
 #pragma once
 
+#include "core/Progress.h"
+
 #include <QByteArray>
 #include <QString>
 
 #include <chrono>
-#include <functional>
 #include <optional>
 
 struct sqlite3;
@@ -12,10 +13,10 @@ struct sqlite3_stmt;
 
 namespace parcelory {
 
-/// An open SQLite database. Nothing here throws: a statement that cannot run says so in its result.
+/// An open SQLite database. Nothing here throws; results report failures.
 class Database {
 public:
-    /// Another program's lock is waited for this long before a statement fails.
+    /// How long a statement waits for another program's lock before it fails.
     static constexpr auto busyTimeout = std::chrono::seconds(5);
 
     /// Opens or creates the file.
@@ -29,12 +30,14 @@ public:
     bool exec(const char *script);
     /// The library's text about the last failure on this connection.
     QString lastError() const;
-    /// The last failure was that the file holds no database, or a broken one.
+    /// True if the last failure was that the file is not a database or is corrupt.
     bool isDamaged() const;
+    /// True if the last failure was that another connection held the database longer than the busy timeout.
+    bool isLocked() const;
 
     /// The id of the row that was inserted last on this connection.
     qint64 lastInsertedId() const;
-    /// How many rows this connection has changed so far, those that triggers changed included.
+    /// How many rows this connection has changed so far, including changes by triggers.
     int totalChanges() const;
 
     sqlite3 *handle() const { return m_db; }
@@ -44,7 +47,7 @@ private:
     bool m_open = false;
 };
 
-/// What is read on the connection while it lives is of one state of the file.
+/// While it exists, all reads on the connection see the same state of the file.
 class Snapshot {
 public:
     explicit Snapshot(const Database &db);
@@ -56,22 +59,20 @@ private:
     const Database &m_db;
 };
 
-/// Asked again and again during a long operation; false ends it early.
-using StillWanted = std::function<bool()>;
-
-/// While it lives, a statement of the connection fails as soon as it is not wanted any more.
+/// While it exists, a statement on the connection fails as soon as the operation is canceled.
 class Interruption {
 public:
-    Interruption(const Database &db, const StillWanted &wanted);
+    Interruption(const Database &db, const CancelToken &cancel);
     ~Interruption();
     Interruption(const Interruption &) = delete;
     Interruption &operator=(const Interruption &) = delete;
 
 private:
     const Database &m_db;
+    const CancelToken m_cancel;
 };
 
-/// One prepared statement, finalised with its scope. Parameters count from 1, columns from 0.
+/// One prepared statement, finalized at the end of its scope. Parameters count from 1, columns from 0.
 class Statement {
 public:
     Statement(const Database &db, const QByteArray &sql);
@@ -84,7 +85,7 @@ public:
     bool isPrepared() const { return m_statement; }
 
     void bind(int parameter, const QString &text);
-    /// Not copied, for imports: the bytes must stay as they are until the statement was executed.
+    /// Not copied, for fast imports: the bytes must stay unchanged until the statement has run.
     void bindInPlace(int parameter, QByteArrayView utf8);
     void bind(int parameter, double value);
     void bind(int parameter, qint64 value);
@@ -92,18 +93,18 @@ public:
     /// Copied; absent binds NULL.
     void bind(int parameter, const std::optional<QByteArray> &blob);
 
-    /// True while a row is there to be read.
+    /// Moves to the next row; false if there is no further row or reading failed.
     bool step();
-    /// After the last step(): true when there are no more rows, false when reading failed on the way.
+    /// After the last step(): true if all rows were read, false if reading failed.
     bool isComplete() const;
-    /// Back to before the first row, for new values.
+    /// Returns to before the first row, for new values.
     void reset();
-    /// Steps a statement that gives no rows; true when it was carried out. May be called again with new values.
+    /// Runs a statement that returns no rows; true on success. May be called again with new values.
     bool execute();
 
-    Kind kind(int column) const;    ///< of a row's value; ask before reading it
+    Kind kind(int column) const;    ///< of a value as stored; call before reading it
     QString text(int column) const; ///< NULL reads as ""
-    /// The text as it is stored, followed by a zero byte, until the next step; null for NULL.
+    /// The text as stored, followed by a zero byte; valid until the next step. Null for NULL.
     QByteArrayView utf8(int column) const;
     double real(int column) const;
     qint64 integer(int column) const;
@@ -114,7 +115,7 @@ private:
     int m_lastResult = 0;
 };
 
-/// Runs one statement that gives no rows, with these values for its parameters; true when it was carried out.
+/// Runs one statement that returns no rows, with these parameter values; true on success.
 template <class... Values>
 bool execute(const Database &db, const QByteArray &sql, const Values &...values)
 {

@@ -7,6 +7,8 @@
 #include <QtConcurrentRun>
 
 #include <exception>
+#include <functional>
+#include <type_traits>
 
 namespace parcelory {
 
@@ -17,7 +19,7 @@ using Task = QCoro::Task<T>;
 
 namespace detail {
 template <class Body>
-Task<> keepAlive(Body body) // the functor lives in this frame, and with it its captures
+Task<> keepAlive(Body body) // this frame keeps the functor and its captures alive
 {
     try {
         co_await body();
@@ -29,15 +31,15 @@ Task<> keepAlive(Body body) // the functor lives in this frame, and with it its 
 }
 } // namespace detail
 
-/// Starts `body` (a callable that returns a Task) and lets it run to its end on its own.
+/// Starts `body` (a callable that returns a Task) without awaiting it; its exceptions are logged.
 template <class Body>
 void spawn(Body body)
 {
     detail::keepAlive(std::move(body));
 }
 
-/// The threads for blocking work. More than the machine has cores, because they mostly wait: a hanging print tool or a
-/// locked key ring must leave one for the mailing log.
+/// The threads for blocking work. More threads than cores, because they mostly wait: a hanging print tool or a locked
+/// key ring must leave a thread free for the mailing log.
 inline QThreadPool &workPool()
 {
     static QThreadPool pool;
@@ -45,25 +47,36 @@ inline QThreadPool &workPool()
     return pool;
 }
 
+namespace detail {
+template <class Work>
+Task<std::invoke_result_t<Work>> runOn(QThreadPool &threads, Work work)
+{
+    auto future = QtConcurrent::run(&threads, std::move(work));
+    std::exception_ptr error;
+    try {
+        co_return co_await future;
+    } catch (const QUnhandledException &wrapped) {
+        error = wrapped.exception();
+    }
+    std::rethrow_exception(error);
+}
+} // namespace detail
+
 /// Runs blocking `work` on the thread pool; the awaiting coroutine resumes on the thread it came from.
 /// An exception of `work` arrives with its own type.
 template <class Work>
 Task<std::invoke_result_t<Work>> onPool(Work work)
 {
-    auto future = QtConcurrent::run(&workPool(), std::move(work));
-    std::exception_ptr error;
-    try {
-        if constexpr (std::is_void_v<std::invoke_result_t<Work>>) {
-            co_await future;
-            co_return;
-        } else {
-            auto result = co_await future;
-            co_return result;
-        }
-    } catch (const QUnhandledException &wrapped) {
-        error = wrapped.exception();
-    }
-    std::rethrow_exception(error);
+    return detail::runOn(workPool(), std::move(work));
+}
+
+/// The same for one call: `onPool(log, &ShipmentLog::zpl, id)`. `object` outlives the call.
+template <class Object, class Method, class... Arguments>
+    requires std::is_member_function_pointer_v<Method>
+auto onPool(Object &object, Method method, Arguments... arguments)
+{
+    return onPool(
+        [&object, method, ... arguments = std::move(arguments)] { return std::invoke(method, object, arguments...); });
 }
 
 } // namespace parcelory

@@ -71,7 +71,7 @@ double decimalOrZero(const QString &text)
 
 namespace {
 
-/// As C's printf writes numbers, but in no locale; QString::number rounds halves otherwise.
+/// Formats numbers like C's printf, but independent of the locale; QString::number rounds halves differently.
 QString written(double value, std::chars_format format, int precision)
 {
     char text[512]; // the longest double has 309 digits before the point

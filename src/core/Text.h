@@ -8,13 +8,13 @@
 
 namespace parcelory {
 
-/// The user-perceived characters of a text: a surrogate pair or a letter with its accents is one.
+/// The user-perceived characters of a text: a surrogate pair or a letter with its accents is one character.
 QStringList characters(const QString &text);
 
-/// The first `count` user-perceived characters; never cuts through one.
+/// The first `count` user-perceived characters; never splits a character.
 QString firstCharacters(const QString &text, qsizetype count);
 
-/// The text of UTF-8 bytes; empty when they are none.
+/// The text of UTF-8 bytes; empty if they are not valid UTF-8.
 QString utf8OrEmpty(const QByteArray &bytes);
 
 /// Without the spaces and tabs at both ends; line breaks stay.
@@ -23,7 +23,7 @@ QString trimBlanks(const QString &text);
 /// A plain decimal number ("24.5", ".75", "-3"), blanks around it allowed. No exponent, no thousands separator.
 std::optional<double> decimal(const QString &text);
 
-/// The number that a typed text stands for; a text that is no number counts as 0.
+/// The number in a typed text; 0 if the text is not a number.
 double decimalOrZero(const QString &text);
 
 /// A decimal text with exactly `places` digits after the point, as "%.2f" gives it, whatever the locale.
@@ -35,7 +35,7 @@ QString general(double value);
 /// The shortest decimal text of at most `places` digits after the point: 24.5, 8, 0.0625.
 QString shortest(double value, int places);
 
-/// The non-empty ones of `parts`, joined.
+/// The non-empty parts, joined.
 QString joinPresent(const QStringList &parts, const QString &separator);
 
 /// A tracking number as people read it: "9205 5901 7554".

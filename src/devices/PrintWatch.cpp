@@ -92,13 +92,12 @@ Task<> PrintWatch::look()
             queues += queue;
     }
     const QPointer<PrintWatch> alive(this);
-    auto asking = onPool([&printer = m_printer, queues] {
+    const QList<PrinterReport> reports = co_await onPool([&printer = m_printer, queues] {
         QList<PrinterReport> reports;
         for (const QString &queue : queues)
             reports += printer.queueReport(queue);
         return reports;
     });
-    const QList<PrinterReport> reports = co_await asking;
     if (!alive)
         co_return;
     m_looking = false;

@@ -23,7 +23,7 @@ Task<> ConsolePrompts::alert(QString title, QString text)
 
 Task<QString> ConsolePrompts::saveFile(QString, QString)
 {
-    co_return QString(); // nobody is there to choose
+    co_return QString(); // no clerk can choose a file
 }
 
 Task<QString> ConsolePrompts::openFile(QString)

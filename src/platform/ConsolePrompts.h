@@ -4,7 +4,8 @@
 
 namespace parcelory {
 
-/// Prompts for runs without a window: says everything on standard output and gives each question its safe answer.
+/// Prompts for runs without a window: prints everything to standard output and answers each question with its safe
+/// choice.
 class ConsolePrompts : public Prompts {
 public:
     Task<> alert(QString title, QString text) override;

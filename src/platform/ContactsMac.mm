@@ -5,7 +5,7 @@
 #import <AddressBook/AddressBook.h>
 #import <Contacts/Contacts.h>
 
-// The older interface is deprecated, and it still answers on machines where the newer one hangs.
+// The older interface is deprecated, but it works on machines where the newer interface hangs.
 #pragma clang diagnostic ignored "-Wdeprecated-declarations"
 
 namespace parcelory {

@@ -9,9 +9,9 @@
 
 namespace parcelory {
 
-/// What happened to the scales and the main thread has not fetched yet; filled by another thread. However much a scale
-/// chatters, it is little: repetitions are left out, and of too many reports the oldest ones. Not only the last one is
-/// kept, because a plate that was empty for a moment tells one parcel from the next.
+/// Scale events that the main thread has not fetched yet; another thread adds them. The queue stays small: it drops
+/// repeated reports, and beyond mostReports the oldest report. It keeps more than the last report, because a briefly
+/// empty plate separates two parcels.
 class HidEventQueue {
 public:
     struct Event {
@@ -28,7 +28,7 @@ public:
     void removed(int device);
     void report(int device, const QByteArray &bytes);
 
-    /// True when there is something to fetch and nobody is under way for it; whoever is told so must fetch.
+    /// True if there are events and no fetch is pending; the caller must then fetch.
     bool needsFetching();
     std::vector<Event> fetch();
 

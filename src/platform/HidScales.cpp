@@ -17,10 +17,10 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr unsigned short scalePage = 0x8D;
-constexpr std::chrono::milliseconds readEvery{40}; // the system keeps some 30 reports or more for us meanwhile
-constexpr int mostReads = 64;                      // a scale that never falls silent leaves the others their turn
+constexpr std::chrono::milliseconds readEvery{40}; // the system buffers about 30 reports or more meanwhile
+constexpr int mostReads = 64;                      // per scale and pass: a chatty scale must not block the others
 
-/// The scales that are open. All of the library is used on one thread, as its macOS side wants it.
+/// The open scales. All hidapi calls are on one thread, because hidapi on macOS requires it.
 class OpenScales {
 public:
     explicit OpenScales(HidEventQueue &inbox) : m_inbox(inbox)
@@ -37,9 +37,9 @@ public:
     }
 
     bool isEmpty() const { return m_open.empty(); }
-    /// Opens what was plugged in.
+    /// Opens newly plugged-in scales.
     void look();
-    /// Takes every report that has come, and closes what was unplugged.
+    /// Reads the pending reports and closes unplugged scales.
     void read();
 
 private:
@@ -52,7 +52,7 @@ private:
     };
 
     void open(const hid_device_info &info);
-    /// False when the device is gone.
+    /// False if the device is gone.
     bool drain(const Device &device);
 
     HidEventQueue &m_inbox;
@@ -63,7 +63,7 @@ private:
 
 void OpenScales::look()
 {
-    std::set<std::string> seen; // a scale is listed once for every group of values in its report
+    std::set<std::string> seen; // hidapi lists a scale once per usage
     hid_device_info *const all = hid_enumerate(0, 0);
     for (const hid_device_info *info = all; info; info = info->next) {
         if (info->usage_page == scalePage && info->path && !m_open.contains(info->path) &&
@@ -77,7 +77,7 @@ void OpenScales::open(const hid_device_info &info)
 {
     std::unique_ptr<hid_device, Closer> handle(hid_open_path(info.path));
     if (!handle) {
-        if (++m_refusals[info.path] == 2) // the first time it may only not be ready yet
+        if (++m_refusals[info.path] == 2) // at the first attempt the device may not be ready yet
             qWarning("the scale at %s is there, but this user may not read it", info.path);
         return;
     }
@@ -109,7 +109,7 @@ bool OpenScales::drain(const Device &device)
     return true;
 }
 
-/// A signal that lands on this thread would look like an unplugged scale.
+/// A signal on this thread would look like an unplugged scale.
 void blockSignals()
 {
     sigset_t all;
@@ -137,7 +137,7 @@ void HidScales::stop()
     }
     m_woken.notify_all();
     m_thread.join();
-    m_inbox.fetch(); // what nobody heard of any more
+    m_inbox.fetch(); // discard undelivered events
     m_listener = {};
 }
 

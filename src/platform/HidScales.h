@@ -12,8 +12,8 @@
 
 namespace parcelory {
 
-/// Scales through hidapi, on a thread of their own. The library tells of neither arrivals nor reports, so the thread
-/// looks for scales every second, and into their queues of reports while there are any.
+/// Scales through hidapi, on a separate thread. hidapi reports neither new devices nor reports by events, so the thread
+/// looks for scales every second and polls the open scales.
 class HidScales : public HidSource {
 public:
     using Duration = std::chrono::milliseconds;
@@ -36,7 +36,7 @@ private:
     std::mutex m_access;
     std::condition_variable m_woken;
     bool m_stopping = false;
-    QObject m_receiver; ///< of what the thread posts; what is still on its way goes with it
+    QObject m_receiver; ///< receives the thread's posted calls; its end discards pending calls
 };
 
 } // namespace parcelory

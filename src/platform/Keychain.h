@@ -4,7 +4,7 @@
 
 namespace parcelory {
 
-/// The system's secret store: the Secret Service on Linux, the keychain on macOS. Calls are taken one at a time.
+/// The system's secret store: the Secret Service on Linux, the keychain on macOS. Calls run one at a time.
 class Keychain : public SecretStore {
 public:
     std::optional<QString> get(const QString &account) override;

@@ -1,6 +1,6 @@
 #include "platform/Keychain.h"
 
-// GLib has a struct member named as Qt's "signals" macro.
+// GLib has a struct member with the name of Qt's "signals" macro.
 #undef signals
 #include <libsecret/secret.h>
 
@@ -12,7 +12,7 @@ namespace parcelory {
 
 namespace {
 
-std::mutex oneAtATime; // libsecret's file backend is not safe for threads
+std::mutex oneAtATime; // libsecret's file backend is not thread-safe
 
 const SecretSchema &schema()
 {

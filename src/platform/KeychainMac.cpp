@@ -19,7 +19,7 @@ struct Release {
 template <class Ref>
 using Owned = std::unique_ptr<std::remove_pointer_t<Ref>, Release>;
 
-/// The item of an account, as the keychain's calls take it.
+/// An account's item as a keychain query.
 Owned<CFMutableDictionaryRef> itemOf(const QString &account)
 {
     Owned<CFMutableDictionaryRef> item(

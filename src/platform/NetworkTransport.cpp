@@ -15,8 +15,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// A body that can be read once. The network manager sends a request again when its connection is lost before an
-/// answer, which would buy a label twice; a body that does not go back to its beginning makes it fail instead.
+/// A request body that can be read only once. QNetworkAccessManager resends a request if the connection is lost before
+/// the response, which would buy a label twice; a body that cannot be rewound makes the request fail instead.
 class OneTimeBody : public QIODevice {
 public:
     explicit OneTimeBody(QByteArray bytes) : m_bytes(std::move(bytes)) { open(ReadOnly | Unbuffered); }
@@ -59,14 +59,14 @@ QNetworkRequest networkRequest(const HttpRequest &request, NetworkTransport::Rea
     message.setAttribute(QNetworkRequest::RedirectPolicyAttribute, request.redirects == HttpRequest::Redirects::follow
                                                                        ? followed
                                                                        : QNetworkRequest::ManualRedirectPolicy);
-    // No request leaves cookies for another.
+    // Requests share no cookies.
     message.setAttribute(QNetworkRequest::CookieLoadControlAttribute, QNetworkRequest::Manual);
     message.setAttribute(QNetworkRequest::CookieSaveControlAttribute, QNetworkRequest::Manual);
     return message;
 }
 
-/// The failure in the clerk's words: the host, but neither address, headers nor body. Whoever is told to try again buys
-/// a label twice when the first request has arrived.
+/// The failure, worded for the clerk: names the host, but not the full address, headers or body. Suggests a retry only
+/// if the request was not sent, because a retry could otherwise buy a label twice.
 QString failureText(const QNetworkReply &reply, const HttpRequest &request, bool isSent)
 {
     const QString host = request.url.host();
@@ -101,14 +101,14 @@ Task<HttpAnswer> NetworkTransport::send(HttpRequest request)
     OneTimeBody body(request.body);
     const auto start = [&] {
         if (request.method == "HEAD")
-            return m_manager.head(message); // as any other method it would wait for a body that never comes
+            return m_manager.head(message); // sendCustomRequest() would wait for a body that never comes
         return request.body.isEmpty() ? m_manager.sendCustomRequest(message, request.method)
                                       : m_manager.sendCustomRequest(message, request.method, &body);
     };
     const std::unique_ptr<QNetworkReply, QScopedPointerDeleteLater> reply(start());
     co_await reply.get();
     const int status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
-    // A connection that broke in the middle of an answer has a status, too; a refusal by status is an answer.
+    // A connection that breaks during the response has a status, too. A 4xx or 5xx status is a complete response.
     if (status == 0 || (reply->error() != QNetworkReply::NoError && status < 400))
         throwFailure(*reply, request);
     co_return HttpAnswer{status, reply->readAll()};

@@ -9,7 +9,7 @@ SettingsPreferences::SettingsPreferences(const QString &iniFile) : m_settings(in
 
 namespace {
 
-/// On macOS the toolkit writes a slash as the dot of a defaults key, and a dot as another sign.
+/// On macOS, Qt stores a slash as the dot of a defaults key and replaces a dot with another character.
 QString stored(QString key)
 {
 #ifdef Q_OS_MACOS

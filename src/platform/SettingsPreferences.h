@@ -8,7 +8,7 @@
 
 namespace parcelory {
 
-/// Preferences in the platform's per-user store, or in a file of one's own.
+/// Preferences in the platform's per-user store, or in an INI file.
 class SettingsPreferences : public Preferences {
 public:
     SettingsPreferences(); ///< the user's store

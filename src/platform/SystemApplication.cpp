@@ -1,5 +1,6 @@
 #include "platform/SystemApplication.h"
 
+#include "core/AppBundle.h"
 #include "core/AppError.h"
 
 #include <QCoreApplication>
@@ -13,18 +14,11 @@
 namespace parcelory {
 using namespace Qt::StringLiterals;
 
-namespace {
-#ifdef Q_OS_MACOS
-const QString bundleFromPrograms = u"../.."_s; // Parcelory.app/Contents/MacOS
-#else
-const QString bundleFromPrograms = u".."_s; // Parcelory.app/bin
-#endif
-} // namespace
-
 QString SystemApplication::bundleAround(const QString &programFolder)
 {
-    // Only a folder of this kind may be swapped as a whole: the folder around /usr/bin is the system.
-    const QString bundle = QDir::cleanPath(programFolder + u'/' + bundleFromPrograms);
+    // Only an .app folder may be swapped as a whole: the parent folder of /usr/bin is the system.
+    const QString up = u"/.."_s.repeated(programInBundle.count(u'/'));
+    const QString bundle = QDir::cleanPath(programFolder + up);
     return QFileInfo(bundle).suffix() == u"app" ? bundle : QString();
 }
 
@@ -48,8 +42,8 @@ void SystemApplication::startDetached(const QString &program, const QStringList 
     QProcess process;
     process.setProgram(program);
     process.setArguments(arguments);
-    process.setWorkingDirectory(u"/"_s); // it would keep the present one from being removed
-    // Whoever reads this program's output would otherwise wait for the other's end, too.
+    process.setWorkingDirectory(u"/"_s); // otherwise the new process would keep the current folder from being removed
+    // Otherwise a process that reads this program's output would also wait for the new process to end.
     process.setStandardInputFile(QProcess::nullDevice());
     process.setStandardOutputFile(QProcess::nullDevice());
     process.setStandardErrorFile(QProcess::nullDevice());
@@ -59,7 +53,7 @@ void SystemApplication::startDetached(const QString &program, const QStringList 
 
 void SystemApplication::quitWithin(std::chrono::milliseconds patience)
 {
-    // Not by a timer: the program may also be held up when its event loop has ended.
+    // Not a timer: the program may hang after its event loop has ended.
     std::thread([patience] {
         std::this_thread::sleep_for(patience);
         std::_Exit(0);

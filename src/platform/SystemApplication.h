@@ -6,7 +6,7 @@ namespace parcelory {
 
 class SystemApplication : public Application {
 public:
-    /// The bundle whose programs are in `programFolder`; empty when that is no bundle's.
+    /// The bundle that holds `programFolder`; empty if the folder is not in a bundle.
     static QString bundleAround(const QString &programFolder);
 
     QString version() const override;

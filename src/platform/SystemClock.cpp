@@ -10,7 +10,7 @@ quint64 SystemClock::after(Duration delay, std::function<void()> action)
     timer->setSingleShot(true);
     timer->setTimerType(Qt::PreciseTimer);
     timer->callOnTimeout([this, number, action = std::move(action)] {
-        const auto pending = action; // the timer, and this function with it, goes before the action runs
+        const auto pending = action; // copied, because cancel() releases the timer that owns this function
         cancel(number);
         pending();
     });

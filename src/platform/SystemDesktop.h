@@ -8,7 +8,7 @@ namespace parcelory {
 /// Puts a text on the system's clipboard.
 void copyToClipboard(const QString &text);
 
-/// The desktop's own "open this" tool.
+/// Opens files and addresses with the desktop's own opener tool.
 class SystemDesktop : public Desktop {
 public:
     explicit SystemDesktop(ProcessRunner &processes);

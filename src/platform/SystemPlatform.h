@@ -13,7 +13,7 @@
 
 namespace parcelory {
 
-/// The real world: this machine's network, secret store, preferences, printers and data folder.
+/// The real platform: this machine's network, secret store, preferences, printers and data folder.
 class SystemPlatform {
 public:
     SystemPlatform(Prompts &prompts, Keyboard &keyboard);
@@ -33,7 +33,7 @@ private:
     Platform m_platform;
 };
 
-/// The folder "Parcelory" of the user's application support.
+/// The folder "Parcelory" in the user's application data.
 QDir applicationSupportFolder();
 
 } // namespace parcelory

@@ -9,7 +9,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// The tools' answers are read by their English words. CUPS looks at all four; the first decides where it is set.
+/// The tools' output is parsed by its English words. CUPS reads all four variables; LC_ALL takes precedence.
 QProcessEnvironment pinnedEnvironment()
 {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
@@ -19,20 +19,20 @@ QProcessEnvironment pinnedEnvironment()
     return environment;
 }
 
-constexpr int lookInterval = 100; // milliseconds
+constexpr int checkInterval = 100; // milliseconds
 
-void waitForEnd(QProcess &process, const std::atomic<bool> *stop)
+void waitForEnd(QProcess &process, const CancelToken &cancel)
 {
-    while (stop && !*stop && process.state() != QProcess::NotRunning)
-        process.waitForFinished(lookInterval);
-    if (stop && process.state() != QProcess::NotRunning)
+    while (!cancel.isCanceled() && process.state() != QProcess::NotRunning)
+        process.waitForFinished(checkInterval);
+    if (process.state() != QProcess::NotRunning)
         process.kill();
     process.waitForFinished(-1);
 }
 
 } // namespace
 
-ProcessOutcome SystemProcesses::run(const QString &program, const QStringList &arguments, const std::atomic<bool> *stop)
+ProcessOutcome SystemProcesses::run(const QString &program, const QStringList &arguments, const CancelToken &cancel)
 {
     QProcess process;
     process.setProcessEnvironment(pinnedEnvironment());
@@ -40,7 +40,7 @@ ProcessOutcome SystemProcesses::run(const QString &program, const QStringList &a
     process.start(program, arguments);
     if (!process.waitForStarted(-1))
         throw AppError(u"%1 could not be started — %2"_s.arg(program, process.errorString()));
-    waitForEnd(process, stop);
+    waitForEnd(process, cancel);
     const bool ended = process.exitStatus() == QProcess::NormalExit;
     return {ended ? process.exitCode() : 128 + process.exitCode(), process.readAllStandardOutput(),
             process.readAllStandardError()};

@@ -6,8 +6,7 @@ namespace parcelory {
 
 class SystemProcesses : public ProcessRunner {
 public:
-    ProcessOutcome run(const QString &program, const QStringList &arguments,
-                       const std::atomic<bool> *stop = nullptr) override;
+    ProcessOutcome run(const QString &program, const QStringList &arguments, const CancelToken &cancel = {}) override;
 };
 
 } // namespace parcelory

@@ -27,11 +27,10 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Our scripts run beside those of the page, not among them: no page can put something else in the place of the
-/// functions that they call.
+/// Our scripts run in a world of their own, so that a page cannot replace the functions that they call.
 constexpr quint32 ourWorld = QWebEngineScript::ApplicationWorld;
 
-/// Stands in a page that is being left: until the next one has answered, scripts would still run in it.
+/// Set in a page that is being left: until the next page responds, scripts would still run in the old page.
 const QString leavingMark = u"window.__leaving = true"_s;
 
 class LoopbackGuard : public QWebEngineUrlRequestInterceptor {
@@ -45,7 +44,7 @@ public:
     }
 };
 
-/// The answer to one evaluation: the page's, or none when the time is up.
+/// The result of an evaluation: the page's value, or invalid on timeout.
 struct Answer {
     QVariant value;
     bool settled = false;
@@ -76,7 +75,8 @@ bool writeLine(const char *path, const QByteArray &line)
     return file >= 0 && ::write(file, line.constData(), size_t(line.size())) == line.size();
 }
 
-/// Does in this process what the engine's sandbox begins with. Some systems allow the namespace but nothing in it.
+/// Tries the first steps of the engine's sandbox in this process. Some systems allow the namespace but nothing inside
+/// it.
 bool canBuildSandbox()
 {
     const QByteArray user = QByteArray::number(::geteuid()), group = QByteArray::number(::getegid());
@@ -98,7 +98,8 @@ protected:
         return m_delegate.allows && m_delegate.allows(url);
     }
     QWebEnginePage *createWindow(WebWindowType) override { return nullptr; }
-    // Nobody would see what a page says, and what it logs may hold what was typed into it.
+    // The page is invisible, so its dialogs are dismissed. Its console messages are dropped, because they may contain
+    // typed input.
     void javaScriptAlert(const QUrl &, const QString &) override {}
     bool javaScriptConfirm(const QUrl &, const QString &) override { return false; }
     bool javaScriptPrompt(const QUrl &, const QString &, const QString &, QString *) override { return false; }
@@ -119,17 +120,17 @@ WebEngineSession::WebEngineSession(Settings settings) : m_settings(std::move(set
 
 WebEngineSession::~WebEngineSession()
 {
-    m_listening.reset(); // a page that ends answers everything it was asked
+    m_listening.reset(); // a page that is destroyed calls all pending callbacks
     m_former.reset();
 }
 
 void WebEngineSession::prepareProcess()
 {
     QByteArray flags = qgetenv("QTWEBENGINE_CHROMIUM_FLAGS");
-    flags += " --disable-background-timer-throttling"; // a page that nobody sees would be slowed down
+    flags += " --disable-background-timer-throttling"; // otherwise the timers of an invisible page run slowly
 #ifdef Q_OS_LINUX
     if (::geteuid() == 0)
-        flags += " --no-sandbox"; // the engine refuses to run as root with it
+        flags += " --no-sandbox"; // the engine refuses to run as root with the sandbox
 #endif
     qputenv("QTWEBENGINE_CHROMIUM_FLAGS", flags.trimmed());
     QLoggingCategory::setFilterRules(u"qt.webenginecontext*=false"_s);
@@ -168,9 +169,9 @@ QWebEngineProfile &WebEngineSession::profile()
         throw AppError(reason);
     m_profile = std::make_unique<QWebEngineProfile>(u"deskline"_s);
     m_profile->setPersistentStoragePath(m_settings.folder);
-    m_profile->setPersistentCookiesPolicy(QWebEngineProfile::NoPersistentCookies); // a run begins without a session
+    m_profile->setPersistentCookiesPolicy(QWebEngineProfile::NoPersistentCookies); // each run starts signed out
     m_profile->setHttpCacheType(QWebEngineProfile::MemoryHttpCache); // no copy of an invoice stays on the disk
-    m_profile->settings()->setAttribute(QWebEngineSettings::AutoLoadImages, false); // texts are all that is read
+    m_profile->settings()->setAttribute(QWebEngineSettings::AutoLoadImages, false); // only text is read
     if (m_settings.reach == Reach::loopbackOnly)
         m_profile->setUrlRequestInterceptor(new LoopbackGuard(m_profile.get()));
     return *m_profile;
@@ -196,12 +197,12 @@ WebEngineSession::Page &WebEngineSession::page()
 void WebEngineSession::load(const QUrl &url, std::chrono::milliseconds timeout)
 {
     if (std::exchange(m_stuck, false))
-        m_page.reset(); // a page whose script never returns would keep the next one waiting, too
+        m_page.reset(); // a page whose script never returns would block the next page
     Page &target = page();
     m_crashed = false;
     target.runJavaScript(leavingMark, ourWorld);
     QWebEngineHttpRequest request(url);
-    request.setHeader("Cache-Control", "no-cache"); // the page as it is now
+    request.setHeader("Cache-Control", "no-cache"); // load the current page, not a cached copy
     target.load(request);
     m_loadLimit.start(timeout);
 }
@@ -223,8 +224,7 @@ Task<QVariant> WebEngineSession::evaluate(QString expression)
         answer->settle({});
     };
     QTimer::singleShot(m_settings.answerLimit, m_page.get(), giveUp);
-    const QVariant value = co_await Answered{answer};
-    co_return value;
+    co_return co_await Answered{answer};
 }
 
 void WebEngineSession::clear()
@@ -233,12 +233,12 @@ void WebEngineSession::clear()
     m_crashed = false;
     if (!m_page)
         return;
-    // The page goes when it has emptied its stores, and the next one begins as if there had been none.
+    // Delete the page once it has cleared its storage; the next page starts fresh.
     m_page->disconnect();
     m_page->triggerAction(QWebEnginePage::Stop);
     m_former = std::move(m_page);
     m_former->runJavaScript(u"localStorage.clear(); sessionStorage.clear()"_s, ourWorld, [this](const QVariant &) {
-        QTimer::singleShot(0, &m_loadLimit, [this] { m_former.reset(); }); // not inside its own call
+        QTimer::singleShot(0, &m_loadLimit, [this] { m_former.reset(); }); // not inside the page's own callback
     });
     m_profile->cookieStore()->deleteAllCookies();
     m_profile->clearAllVisitedLinks();

@@ -10,24 +10,25 @@ class QWebEngineProfile;
 
 namespace parcelory {
 
-/// A page of the web engine without a view. The engine starts with the first page that is loaded, not before: its
-/// processes take a tenth of a second and a hundred megabytes. Must end before the application object does.
+/// A web engine page without a view. The engine starts at the first page load, because its processes take a tenth of a
+/// second and a hundred megabytes. Must be destroyed before the application object.
 class WebEngineSession : public WebSession {
 public:
     enum class Reach { anywhere, loopbackOnly };
 
     struct Settings {
-        QString folder; ///< where cookies are kept over restarts
+        QString folder; ///< for web storage; cookies are kept in memory only
         Reach reach = Reach::anywhere;
-        std::chrono::milliseconds answerLimit = std::chrono::seconds(5); ///< for one expression
+        std::chrono::milliseconds answerLimit = std::chrono::seconds(5); ///< timeout of an evaluation
     };
 
     explicit WebEngineSession(Settings settings);
     ~WebEngineSession() override;
 
-    /// What the engine has to be told before the application object is made.
+    /// Sets the engine's options; must run before the application object is created.
     static void prepareProcess();
-    /// Empty when this machine can run the engine, otherwise why not. The engine itself would end the program.
+    /// Why this machine cannot run the engine; empty if it can. Without this check, the engine itself would end the
+    /// program.
     static QString obstacle();
 
     void setDelegate(Delegate delegate) override;
@@ -44,13 +45,13 @@ private:
     Settings m_settings;
     Delegate m_delegate;
     bool m_crashed = false;
-    bool m_stuck = false;                   ///< an evaluation has got no answer
-    std::shared_ptr<const int> m_listening; ///< while it lives, somebody waits for answers
+    bool m_stuck = false;                   ///< an evaluation timed out
+    std::shared_ptr<const int> m_listening; ///< replaced to drop the results of pending evaluations
     QTimer m_loadLimit;
     std::unique_ptr<QWebEngineProfile> m_profile;
-    // After the profile, so that they go first.
+    // After the profile, so that the pages are destroyed first.
     std::unique_ptr<Page> m_page;
-    std::unique_ptr<Page> m_former; ///< emptying its stores
+    std::unique_ptr<Page> m_former; ///< the last page while it clears its storage
 };
 
 } // namespace parcelory

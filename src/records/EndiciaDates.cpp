@@ -23,7 +23,7 @@ std::optional<Written> written(int month, int day, int year, int hour, int minut
     return isValid ? std::optional(result) : std::nullopt;
 }
 
-/// Reads what text() writes, "11/20/26 02:41 PM"; other spellings are left to a slower reader.
+/// Reads what text() writes, "11/20/26 02:41 PM"; readAny() reads other spellings, more slowly.
 std::optional<Written> readUsual(QStringView text)
 {
     constexpr QStringView form = u"00/00/00 00:00 _M";
@@ -57,8 +57,8 @@ std::optional<Written> readAny(QStringView text)
 
 } // namespace
 
-/// Milliseconds that the zone is ahead of UTC on that day, in it and in two days before and after; nothing when they
-/// change between these.
+/// The zone's offset from UTC on that day, in milliseconds; nothing if the offset changes within two days before or
+/// after.
 std::optional<qint64> EndiciaDates::usualOffset(qint64 day)
 {
     const auto known = m_offsets.constFind(day);
@@ -113,7 +113,7 @@ std::optional<qint64> EndiciaDates::parse(QStringView text)
     if (const auto offset = usualOffset(day))
         return day * msecsPerDay + time.msecsSinceStartOfDay() - *offset;
     const QDateTime result(date, time);
-    // An hour skipped in spring: a day after that time of the day before, the clock shows the hour after it.
+    // An hour that daylight saving skips: 24 hours after that time on the previous day, the clock shows the hour after.
     return (result.isValid() ? result : QDateTime(date.addDays(-1), time).addSecs(24 * 60 * 60)).toMSecsSinceEpoch();
 }
 

@@ -8,8 +8,8 @@
 
 namespace parcelory {
 
-/// Dates of the mail log format, "11/20/26 02:41 PM" in the machine's time zone. It remembers the zone's days, because
-/// asking the system for every row takes longer than all the rest of an import; so it lives for one operation.
+/// Dates of the mail log format, "11/20/26 02:41 PM" in the machine's time zone. Caches the zone's offset per day,
+/// because asking the system for every row takes longer than the rest of an import. Create one for each operation.
 class EndiciaDates {
 public:
     QString text(qint64 msecsSinceEpoch);

@@ -15,9 +15,6 @@ namespace {
 
 constexpr qsizetype requiredFields = 12;
 
-/// Everything that ends a line somewhere.
-constexpr QStringView newlines = u"\n\r\v\f\u0085\u2028\u2029";
-
 QString weightText(double ounces)
 {
     const double pounds = std::floor(ounces * 0.0625);
@@ -31,10 +28,10 @@ bool isAsciiNewline(char byte)
     return byte >= '\n' && byte <= '\r';
 }
 
-/// How many bytes at `at` end a line: 0 when none does.
+/// The length in bytes of the line end at `at`; 0 if there is no line end.
 qsizetype newlineAt(const char *at, const char *end)
 {
-    if (static_cast<unsigned char>(*at) < 0x80) // most are, and a file has many
+    if (static_cast<unsigned char>(*at) < 0x80) // the fast path: most bytes are ASCII
         return isAsciiNewline(*at) ? 1 : 0;
     for (const QByteArrayView newline : {"\xC2\x85", "\xE2\x80\xA8", "\xE2\x80\xA9"}) { // U+0085, U+2028, U+2029
         if (QByteArrayView(at, end).startsWith(newline))
@@ -52,10 +49,12 @@ void appendField(QByteArray &text, QByteArrayView field)
         text += field;
         return;
     }
-    QString cleaned = QString::fromUtf8(field);
-    const auto breaksTheLine = [](QChar c) { return c == u'\t' || newlines.contains(c); };
-    std::replace_if(cleaned.begin(), cleaned.end(), breaksTheLine, QChar(u' '));
-    text += cleaned.toUtf8();
+    const QByteArray valid = QString::fromUtf8(field).toUtf8();
+    for (const char *at = valid.begin(), *const end = valid.end(); at != end;) {
+        const qsizetype breaking = *at == '\t' ? 1 : newlineAt(at, end);
+        text += breaking ? ' ' : *at;
+        at += std::max<qsizetype>(breaking, 1);
+    }
 }
 
 } // namespace
@@ -127,7 +126,7 @@ std::optional<ShipmentRecord> parse(QByteArrayView line, EndiciaDates &dates)
     const qint64 createdAt = date ? *date : QDateTime::currentMSecsSinceEpoch();
     ShipmentRecord record{.createdAt = QDateTime::fromMSecsSinceEpoch(createdAt, Qt::UTC)};
     record.carrier = u"USPS"_s;
-    record.status = fields[0]; // as read, even when empty
+    record.status = fields[0]; // as read, even if empty
     record.transactionID = fields[3];
     record.recipient = fields[4];
     record.zip11 = fields[5];

@@ -17,7 +17,7 @@ namespace EndiciaFormat {
 /// The header line, without a line feed.
 QString header();
 
-/// What a line tells of a shipment. Texts in UTF-8.
+/// The fields of a shipment's line. Texts are UTF-8.
 struct Line {
     QByteArrayView status;
     qint64 createdAt = 0; ///< milliseconds since 1970
@@ -29,7 +29,8 @@ struct Line {
 /// Appends a shipment's line in UTF-8 with its line feed. Tabs and line breaks in a field become blanks.
 void append(QByteArray &text, const Line &line, EndiciaDates &dates);
 
-/// Takes the next line that is not empty off the front of a text in UTF-8, whatever ends it; empty when none is left.
+/// Removes the next non-empty line from the front of a UTF-8 text and returns it, with any kind of line end; empty if
+/// no line is left.
 QByteArrayView takeLine(QByteArrayView &text);
 
 /// The record of one line; nothing for the header and for lines with fewer than 12 fields.

@@ -9,7 +9,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// What the carrier's word says of a parcel that has left the desk. Words that leave it open say nothing.
+/// A warning if the carrier's tracking status shows that the parcel has left the desk; empty for any other status.
 QString journeyText(const ShipmentRecord &record, const LabelFacts &facts)
 {
     const QString word = record.status == u"DELIVERED" ? record.status : facts.tracked;
@@ -93,7 +93,7 @@ QString labelBlocker(LabelUse use, const ShipmentRecord &record)
 
 QStringList labelWarnings(LabelUse use, const ShipmentRecord &record, const LabelFacts &facts)
 {
-    if (use == LabelUse::checkStatus) // looking does no harm
+    if (use == LabelUse::checkStatus) // a lookup changes nothing
         return {};
     QStringList doubts = {refundText(use, refundState(record.status)),
                           journeyText(record, facts),

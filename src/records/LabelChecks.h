@@ -6,30 +6,30 @@
 
 namespace parcelory {
 
-/// What a label is wanted for once it is bought.
+/// What the clerk wants to do with a bought label.
 enum class LabelUse { reprint, refund, checkStatus, scanForm };
 
-/// What is known of a label beyond its row in the mailing log, at the moment in which it is wanted.
+/// What is known about a label, besides its row in the mailing log, at the time of use.
 struct LabelFacts {
     QDateTime now;
-    std::optional<bool> testKey; ///< whether the active key is a test key; nothing when there is no key
-    QString tracked;             ///< the carrier's last word for the parcel, "TRANSIT"; empty when it was never asked
+    std::optional<bool> testKey; ///< whether the active key is a test key; absent if there is no key
+    QString tracked;             ///< the last tracking status, such as "TRANSIT"; empty if never looked up
     int reprints = 0;
-    QDateTime lastReprint;               ///< valid when there was one
-    std::optional<QDateTime> onScanForm; ///< when the SCAN form was made that names the label
+    QDateTime lastReprint;               ///< valid if there was a reprint
+    std::optional<QDateTime> onScanForm; ///< when the SCAN form that lists the label was made
     QString waiting;                     ///< a sentence about labels that the printer still holds; else empty
 };
 
-/// A label that is older than this may no longer be taken by the carrier; in days.
+/// The carrier may no longer accept a label that is older than this; in days.
 constexpr int freshDays = 25;
 
-/// True for an id that the carrier's API gives out; an imported log holds others in its place.
+/// True for an id that the carrier's API assigned; imported rows hold other ids.
 bool isCarriersId(const QString &transactionId);
 
-/// Why this can't be done with the label at all, in the clerk's words; empty when it can.
+/// Why this use of the label is impossible, in the clerk's words; empty if it is possible.
 QString labelBlocker(LabelUse use, const ShipmentRecord &record);
 
-/// What speaks against it, a sentence each; none when the clerk need not be asked.
+/// Warnings about this use, one sentence each; empty if the clerk need not confirm it.
 QStringList labelWarnings(LabelUse use, const ShipmentRecord &record, const LabelFacts &facts);
 
 } // namespace parcelory

@@ -8,7 +8,7 @@ using ShipmentLogRows::secondsOf;
 
 namespace {
 
-/// Run before every write: a log in which nothing ever happened stays as it is.
+/// Runs before every write, so that a log without reprints and lookups gets no such tables.
 constexpr auto schema = "CREATE TABLE IF NOT EXISTS label_reprints (\n"
                         "  shipment_id INTEGER NOT NULL,\n"
                         "  printed_at REAL NOT NULL\n"

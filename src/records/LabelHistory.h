@@ -4,8 +4,8 @@
 
 namespace parcelory {
 
-/// What became of labels after their purchase and has no column in the mailing log: when they were printed again, and
-/// what the carrier said last of their parcels. In tables of its own in the log's file. From any thread; every call
+/// The history of labels after their purchase that has no column in the mailing log: reprints, and the last tracking
+/// status of their parcels. Stored in separate tables of the log's file. May be called from any thread; every call
 /// waits for the disk.
 class LabelHistory {
 public:
@@ -13,8 +13,8 @@ public:
 
     struct Past {
         int reprints = 0;
-        QDateTime lastReprint; ///< valid when there was one
-        QString tracked;       ///< the carrier's last word: "TRANSIT"; empty when it was never asked
+        QDateTime lastReprint; ///< valid if there was a reprint
+        QString tracked;       ///< the last tracking status, such as "TRANSIT"; empty if never looked up
     };
 
     /// `shipment`: the id of a row of the log.

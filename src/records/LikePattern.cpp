@@ -1,8 +1,8 @@
 #include "records/LikePattern.h"
 
+#include "core/ByteSearch.h"
+
 #include <algorithm>
-#include <array>
-#include <bit>
 #include <cstdint>
 #include <cstring>
 
@@ -12,14 +12,14 @@ namespace {
 
 constexpr std::string_view wildcards = "%_";
 
-/// A byte of a character in UTF-8 that is not its first.
+/// True for every byte of a UTF-8 character but the first.
 bool isContinuation(char byte)
 {
     return (static_cast<unsigned char>(byte) & 0xC0) == 0x80;
 }
 
-/// Reads a character beyond ASCII with SQLite's leniency, so that broken bytes mean the same to both: it takes every
-/// continuation byte that follows, and a lone one for the character of that number.
+/// Reads a non-ASCII character as leniently as SQLite, so that broken bytes mean the same to both: it accepts any
+/// number of continuation bytes, and a lone continuation byte is the character with that number.
 std::uint32_t readCharacter(const char *&at)
 {
     const auto lead = static_cast<unsigned char>(*at++);
@@ -35,7 +35,7 @@ std::uint32_t readCharacter(const char *&at)
 
 void appendCharacter(std::string &text, std::uint32_t character)
 {
-    character = std::min<std::uint32_t>(character, 0x110000); // no pattern holds any of those beyond
+    character = std::min<std::uint32_t>(character, 0x110000); // no pattern contains a character beyond this
     const auto continuation = [character](int shift) { return char(0x80 | ((character >> shift) & 0x3F)); };
     if (character < 0x800)
         text += {char(0xC0 | (character >> 6)), continuation(0)};
@@ -53,7 +53,7 @@ const char *nextCharacter(const char *at, const char *end)
     return at;
 }
 
-/// "%_%" asks for one character or more, and so does "_%", which never has to go back.
+/// "%_%" means one character or more; so does "_%", which needs no backtracking.
 std::string withRunsInOrder(const std::string &pattern)
 {
     std::string ordered;
@@ -80,22 +80,6 @@ std::vector<std::string_view> literalsOf(std::string_view pattern)
         at = end + 1;
     }
     return literals;
-}
-
-/// Sixteen bytes that are compared at once. In a result, 0xFF stands for true.
-using Bytes = unsigned char __attribute__((vector_size(16)));
-
-Bytes sixteen(const char *at)
-{
-    Bytes bytes;
-    std::memcpy(&bytes, at, sizeof bytes);
-    return bytes;
-}
-
-bool isAnyTrue(const Bytes &bytes)
-{
-    const auto halves = std::bit_cast<std::array<std::uint64_t, 2>>(bytes);
-    return (halves[0] | halves[1]) != 0;
 }
 
 } // namespace
@@ -126,11 +110,9 @@ std::string_view LikePattern::rarestLiteral(std::string_view sample) const
 {
     const auto count = [sample](std::string_view literal) {
         int found = 0;
-        const char *at = sample.data(), *const end = at + sample.size();
-        while ((at = find(literal, at, end))) {
+        ByteSearch search(literal, sample);
+        for (const char *at = sample.data(); (at = search.next(at)); ++at)
             ++found;
-            ++at;
-        }
         return found;
     };
     std::string_view rarest;
@@ -143,42 +125,6 @@ std::string_view LikePattern::rarestLiteral(std::string_view sample) const
         }
     }
     return rarest;
-}
-
-/// The library's search takes up to 50 ms for the log of a million rows and
-/// a short literal; this one reads it at the pace of the memory. It looks at the first, middle and last byte, because
-/// rows of a log differ at the end of numbers more than at their start.
-const char *LikePattern::find(std::string_view literal, const char *at, const char *end)
-{
-    if (literal.empty())
-        return at < end ? at : nullptr;
-    constexpr int batch = 4;
-    const std::size_t last = literal.size() - 1, middle = last / 2;
-    const auto same = [&literal](std::size_t place) { return Bytes{} + static_cast<unsigned char>(literal[place]); };
-    const Bytes first = same(0), inTheMiddle = same(middle), atTheEnd = same(last);
-    const auto isHere = [&](const char *place) { return !std::memcmp(place, literal.data(), literal.size()); };
-    while (end - at >= std::ptrdiff_t(last + batch * sizeof(Bytes))) {
-        Bytes hits[batch], any{};
-        for (int i = 0; i < batch; ++i) {
-            const char *from = at + i * sizeof(Bytes);
-            hits[i] = Bytes((sixteen(from) == first) & (sixteen(from + middle) == inTheMiddle) &
-                            (sixteen(from + last) == atTheEnd));
-            any |= hits[i];
-        }
-        for (int i = 0; isAnyTrue(any) && i < batch; ++i) {
-            for (std::size_t place = 0; isAnyTrue(hits[i]) && place < sizeof(Bytes); ++place) {
-                const char *found = at + i * sizeof(Bytes) + place;
-                if (hits[i][place] && isHere(found))
-                    return found;
-            }
-        }
-        at += sizeof hits;
-    }
-    for (; end - at > std::ptrdiff_t(last); ++at) {
-        if (isHere(at))
-            return at;
-    }
-    return nullptr;
 }
 
 bool LikePattern::matchesAny(const char *at, const char *end) const
@@ -194,7 +140,7 @@ bool LikePattern::matchesAny(const char *at, const char *end) const
     return false;
 }
 
-/// What a % takes grows character by character until the rest fits; only the last % ever has to be asked again.
+/// Extends the text of a % character by character until the rest matches; only the last % ever needs backtracking.
 bool LikePattern::matches(const char *at, const char *end) const
 {
     const char *pattern = m_pattern.data(), *const patternEnd = pattern + m_pattern.size();

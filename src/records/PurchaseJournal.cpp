@@ -12,7 +12,8 @@ using ShipmentLogRows::timeOf;
 
 namespace {
 
-/// The lock is taken at once and kept: a second program on these books would finish what the first has under way.
+/// Takes the lock at once and keeps it: a second program on the same data would resolve purchases that the first
+/// program still has under way.
 constexpr auto schema = "PRAGMA busy_timeout = 0;\n"
                         "PRAGMA locking_mode = EXCLUSIVE;\n"
                         "PRAGMA synchronous = FULL;\n"
@@ -63,6 +64,13 @@ OpenPurchase purchaseOf(const Statement &row)
     return purchase;
 }
 
+QString reasonOf(const Database &db)
+{
+    if (db.isLocked())
+        return u"another Parcelory is running, or was when this one was started: quit this one and start it again"_s;
+    return db.lastError();
+}
+
 } // namespace
 
 PurchaseJournal::PurchaseJournal(const QDir &folder) : m_path(pathIn(folder))
@@ -82,11 +90,12 @@ PurchaseJournal::PurchaseJournal(const QDir &folder) : m_path(pathIn(folder))
     if (opened == Opening::done)
         return;
     qWarning("Parcelory: cannot open the purchase journal at %s", qPrintable(m_path));
-    m_obstacle = m_db ? m_db->lastError() : u"the damaged file cannot be set aside"_s;
+    m_obstacle = m_db ? reasonOf(*m_db) : u"the damaged file cannot be set aside"_s;
     m_db.reset();
 }
 
-/// What is broken further on would otherwise be found when a purchase is to be written down, at every start anew.
+/// Checks the whole file: otherwise damage further in would be found only when a purchase is recorded, after every
+/// start again.
 PurchaseJournal::Opening PurchaseJournal::open()
 {
     m_db.emplace(m_path);
@@ -98,12 +107,7 @@ PurchaseJournal::Opening PurchaseJournal::open()
 
 QString PurchaseJournal::failure() const
 {
-    const QString reason = m_db ? m_db->lastError() : m_obstacle;
-    return u"The purchase journal %1 could not be written — %2."_s.arg(
-        m_path,
-        reason == u"database is locked"
-            ? u"another Parcelory is running, or was when this one was started: quit this one and start it again"_s
-            : reason);
+    return u"The purchase journal %1 could not be written — %2."_s.arg(m_path, m_db ? reasonOf(*m_db) : m_obstacle);
 }
 
 QString PurchaseJournal::trouble() const
@@ -170,7 +174,7 @@ QList<OpenPurchase> PurchaseJournal::openPurchases() const
     while (query.step()) {
         try {
             open.append(purchaseOf(query));
-        } catch (const DecodeError &error) { // it stays in the journal for whoever can read it
+        } catch (const DecodeError &error) { // it stays in the journal for a version that can read it
             qWarning("Parcelory: purchase %lld of the journal cannot be read: %s", query.integer(0), error.what());
         }
     }

@@ -9,7 +9,7 @@ using ShipmentLogRows::timeOf;
 
 namespace {
 
-/// Run before a form is written down: a desk that makes none has no such tables.
+/// Runs before a form is stored, so that a desk without SCAN forms gets no such tables.
 constexpr auto schema = "CREATE TABLE IF NOT EXISTS scan_forms (\n"
                         "  id INTEGER PRIMARY KEY AUTOINCREMENT,\n"
                         "  asked_at REAL NOT NULL,\n"
@@ -30,7 +30,7 @@ constexpr auto schema = "CREATE TABLE IF NOT EXISTS scan_forms (\n"
                         "  document BLOB NOT NULL\n"
                         ");";
 
-/// The earliest purchase of a label that a form can name: the carrier takes them a week ahead.
+/// How long before its form a label may have been bought: the carrier accepts labels a week ahead.
 constexpr int longestWait = 9; ///< days
 
 bool putLabels(Database &db, qint64 form, const QStringList &transactions)
@@ -66,7 +66,7 @@ bool ScanForms::setMade(qint64 id, const QString &manifestId, const QStringList 
 {
     return m_log.change([&](Database &db) {
         return execute(db, "UPDATE scan_forms SET manifest_id = ?, state = 'MADE' WHERE id = ?", manifestId, id) &&
-               (transactions.isEmpty() || putLabels(db, id, transactions)); // some accounts' answers name none
+               (transactions.isEmpty() || putLabels(db, id, transactions)); // some accounts' responses list no labels
     });
 }
 

@@ -6,44 +6,44 @@
 
 namespace parcelory {
 
-/// A SCAN form, from the moment in which the carrier is asked for it.
+/// A SCAN form, from the moment of its request.
 struct ScanForm {
     qint64 id = 0; ///< given by the database
     QDateTime askedAt;
     bool testMode = false;
-    int labels = 0;           ///< of the day, in the mailing log, when it was asked for
-    QString manifestId;       ///< empty until it is known that the carrier has made it
-    QStringList transactions; ///< of the labels it was asked for, later of those that the carrier says are on it
+    int labels = 0;           ///< number of the day's labels in the mailing log at the request
+    QString manifestId;       ///< empty until the carrier has confirmed the form
+    QStringList transactions; ///< of the requested labels, later of the labels that the carrier lists on the form
 
     bool operator==(const ScanForm &) const = default;
 };
 
-/// The SCAN forms of this computer with their documents, in tables of their own in the mailing log's file. A form is
-/// under way until its documents are here or it is known that there are none. From any thread; every call waits for
-/// the disk.
+/// This computer's SCAN forms with their documents, in separate tables of the mailing log's file. A form is under way
+/// until its documents are stored or the carrier has no documents for it. May be called from any thread; every call
+/// waits for the disk.
 class ScanForms {
 public:
     explicit ScanForms(ShipmentLog &log) : m_log(log) {}
 
-    /// Writes down that a form is about to be asked for; nothing when that could not be stored.
+    /// Records that a form is about to be requested and returns its id; nothing if that could not be stored.
     std::optional<qint64> begin(const ScanForm &form);
-    /// The carrier has made it, and says what is on it.
+    /// Records that the carrier has made the form. An empty list of transactions keeps the requested labels.
     [[nodiscard]] bool setMade(qint64 id, const QString &manifestId, const QStringList &transactions);
-    /// All of its documents are here. An empty list: the carrier has none for it.
+    /// Stores all documents of the form. An empty list: the carrier has no documents for it.
     [[nodiscard]] bool store(qint64 id, const QList<QByteArray> &documents);
-    /// It was not made.
+    /// Deletes a form that was not made.
     [[nodiscard]] bool remove(qint64 id);
 
-    /// Those under way, oldest first.
+    /// The forms under way, oldest first.
     QList<ScanForm> underWay(bool testMode) const;
-    /// Those with documents, newest first.
+    /// The forms with documents, newest first.
     QList<ScanForm> finished(int limit) const;
     bool knowsManifest(const QString &manifestId) const;
     QList<QByteArray> documents(qint64 id) const;
-    /// The rows of the mailing log for the labels of a form, in the order of their purchase. Those that the other
-    /// desks of the account bought have none.
+    /// The mailing log's rows of a form's labels, in the order of their purchase. Labels that the account's other desks
+    /// bought have no row.
     QList<ShipmentRecord> labelsOn(const ScanForm &form) const;
-    /// When the newest form was asked for that names the label; nothing when none does.
+    /// When the newest form that lists the label was requested; nothing if no form lists it.
     std::optional<QDateTime> formWith(const QString &transactionId) const;
 
 private:

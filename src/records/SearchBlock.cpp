@@ -1,7 +1,10 @@
 #include "records/SearchBlock.h"
 
+#include "core/ByteSearch.h"
+
 #include <algorithm>
 #include <numeric>
+#include <optional>
 
 namespace parcelory {
 
@@ -17,39 +20,47 @@ void SearchBlock::add(Place place, const Texts &texts)
     m_starts.push_back(m_text.size());
 }
 
-void SearchBlock::arrange()
+void SearchBlock::sort()
 {
     std::vector<std::size_t> rows(m_places.size());
     std::iota(rows.begin(), rows.end(), 0);
     std::ranges::sort(rows, [this](std::size_t one, std::size_t other) { return m_places[one] < m_places[other]; });
-    SearchBlock arranged;
-    arranged.m_text.reserve(m_text.size());
-    arranged.m_starts.reserve(m_starts.size());
-    arranged.m_places.reserve(m_places.size());
+    SearchBlock sorted;
+    sorted.m_text.reserve(m_text.size());
+    sorted.m_starts.reserve(m_starts.size());
+    sorted.m_places.reserve(m_places.size());
     for (const std::size_t row : rows) {
-        arranged.m_text.append(m_text, m_starts[row], m_starts[row + 1] - m_starts[row]);
-        arranged.m_starts.push_back(arranged.m_text.size());
-        arranged.m_places.push_back(m_places[row]);
+        sorted.m_text.append(m_text, m_starts[row], m_starts[row + 1] - m_starts[row]);
+        sorted.m_starts.push_back(sorted.m_text.size());
+        sorted.m_places.push_back(m_places[row]);
     }
-    *this = std::move(arranged);
+    *this = std::move(sorted);
 }
 
 std::vector<SearchBlock::Place> SearchBlock::find(const LikePattern &pattern, std::size_t limit,
-                                                  const std::function<bool()> &wanted) const
+                                                  const CancelToken &cancel) const
 {
-    constexpr int candidatesBetweenQuestions = 1024;
+    constexpr int candidatesBetweenChecks = 1024;
     constexpr std::size_t sampleSize = 32 * 1024;
     const std::string_view literal = pattern.rarestLiteral(std::string_view(m_text).substr(0, sampleSize));
     std::vector<Place> found;
     const char *const begin = m_text.data(), *const end = begin + m_text.size(), *at = begin;
     std::size_t row = 0;
-    for (int candidate = 1; found.size() < limit && (at = LikePattern::find(literal, at, end)); ++candidate) {
+    std::optional<ByteSearch> search; // without a literal, every row is a candidate
+    if (!literal.empty())
+        search.emplace(literal, m_text);
+    const auto next = [&search, end](const char *from) -> const char * {
+        if (search)
+            return search->next(from);
+        return from < end ? from : nullptr;
+    };
+    for (int candidate = 1; found.size() < limit && (at = next(at)); ++candidate) {
         while (begin + m_starts[row + 1] <= at)
             ++row;
         if (pattern.matchesAny(begin + m_starts[row], begin + m_starts[row + 1]))
             found.push_back(m_places[row]);
         at = begin + m_starts[row + 1];
-        if (candidate % candidatesBetweenQuestions == 0 && wanted && !wanted())
+        if (candidate % candidatesBetweenChecks == 0 && cancel.isCanceled())
             break;
     }
     return found;

@@ -1,20 +1,20 @@
 #pragma once
 
+#include "core/Progress.h"
 #include "records/LikePattern.h"
 
 #include <QtGlobal>
 
 #include <array>
-#include <functional>
 #include <vector>
 
 namespace parcelory {
 
-/// The texts that a search of the mailing log looks at, in memory and one after the other. A million rows take about
-/// 120 MB, and no search takes longer than reading those.
+/// The searchable texts of the mailing log, contiguous in memory. A million rows take about 120 MB, and a search takes
+/// no longer than reading them once.
 class SearchBlock {
 public:
-    /// Where a row stands in the answer: the newest first, and of the same time the one that was stored first.
+    /// A row's position in the result: newest first, and in the order of storing for rows of the same time.
     struct Place {
         double createdAt; ///< seconds since 1970
         qint64 id;
@@ -29,15 +29,14 @@ public:
 
     std::size_t size() const { return m_places.size(); }
     void add(Place place, const Texts &texts);
-    /// Brings the rows into the order of the answer; to be called after the last add().
-    void arrange();
+    /// Sorts the rows into the order of the result; call after the last add().
+    void sort();
 
-    /// The first `limit` rows of which a text matches. Incomplete once `wanted` says false.
-    std::vector<Place> find(const LikePattern &pattern, std::size_t limit,
-                            const std::function<bool()> &wanted = {}) const;
+    /// The first `limit` rows with a matching text. Incomplete if canceled.
+    std::vector<Place> find(const LikePattern &pattern, std::size_t limit, const CancelToken &cancel = {}) const;
 
 private:
-    std::string m_text; ///< every row's texts, folded, each with a zero byte behind
+    std::string m_text; ///< every row's texts, folded, each followed by a zero byte
     std::vector<std::size_t> m_starts{0};
     std::vector<Place> m_places;
 };

@@ -55,18 +55,18 @@ void ShipmentLog::migrate()
     for (Statement columns(m_db, "PRAGMA table_info(shipments)"); columns.step();)
         existing.insert(columns.text(1));
     if (existing.isEmpty())
-        return; // it could not be read: another program holds the log
+        return; // it could not be read: another program has locked the log
     for (const auto &[name, type] : addedColumns) {
         if (!existing.contains(QLatin1StringView(name)))
             m_db.exec(("ALTER TABLE shipments ADD COLUMN " + QByteArray(name) + ' ' + type + ';').constData());
     }
 }
 
-bool ShipmentLog::reload(const QString &search, int limit, const StillWanted &wanted)
+bool ShipmentLog::reload(const QString &search, int limit, const CancelToken &cancel)
 {
     const std::lock_guard reloading(m_reloading);
-    std::optional<QList<ShipmentRecord>> found = rows(search, limit, wanted);
-    if (wanted && !wanted())
+    std::optional<QList<ShipmentRecord>> found = rows(search, limit, cancel);
+    if (cancel.isCanceled())
         return false;
     if (!found) {
         QMetaObject::invokeMethod(
@@ -84,11 +84,11 @@ bool ShipmentLog::reload(const QString &search, int limit, const StillWanted &wa
     return true;
 }
 
-std::optional<QList<ShipmentRecord>> ShipmentLog::rows(const QString &search, int limit, const StillWanted &wanted)
+std::optional<QList<ShipmentRecord>> ShipmentLog::rows(const QString &search, int limit, const CancelToken &cancel)
 {
     const std::lock_guard turn(m_connection);
     const Snapshot snapshot(m_db);
-    const Interruption interruption(m_db, wanted);
+    const Interruption interruption(m_db, cancel);
     const QString pattern = u'%' + search + u'%';
     const QByteArray utf8 = pattern.toUtf8();
     if (utf8.size() > longestPattern)
@@ -102,7 +102,7 @@ std::optional<QList<ShipmentRecord>> ShipmentLog::rows(const QString &search, in
     if (isIndexed) {
         QList<ShipmentRecord> found;
         Statement row(m_db, select + " WHERE id = ?");
-        for (const qint64 id : m_index.find(utf8, limit, wanted)) {
+        for (const qint64 id : m_index.find(utf8, limit, cancel)) {
             row.bind(1, id);
             const auto one = ShipmentLogRows::allOf(row);
             if (!one)
@@ -189,7 +189,7 @@ bool ShipmentLog::change(const std::function<bool(Database &)> &work)
         qWarning("Parcelory SQL error: %s", qPrintable(m_lastError));
         run("ROLLBACK");
     }
-    m_index.pass();
+    m_index.skipOwnWrite();
     return stored;
 }
 
@@ -228,7 +228,7 @@ std::optional<ShipmentRecord> ShipmentLog::find(const ShipmentRecord &record) co
     if (record.id) {
         query.bind(1, record.id);
     } else {
-        query.bind(1, ShipmentLogRows::secondsOf(record.createdAt.addDays(-1))); // the clock may have been put back
+        query.bind(1, ShipmentLogRows::secondsOf(record.createdAt.addDays(-1))); // the clock may have been set back
         query.bind(2, record.transactionID);
     }
     const QList<ShipmentRecord> found = ShipmentLogRows::recordsOf(query);

@@ -4,7 +4,6 @@
 #include "records/ShipmentLog.h"
 #include "records/ShipmentLogRows.h"
 
-#include <QBuffer>
 #include <QFile>
 #include <QUtf8StringView>
 
@@ -22,7 +21,7 @@ constexpr auto selectLine = "SELECT status, created_at, transaction_id, recipien
                             " service, services, tracking, declared_value, description, reference, group_code, email"
                             " FROM shipments WHERE id = ?";
 
-/// Rows between two questions whether to go on.
+/// Rows between two progress reports.
 constexpr int portion = 2000;
 
 EndiciaFormat::Line lineOf(const Statement &row)
@@ -45,7 +44,7 @@ EndiciaFormat::Line lineOf(const Statement &row)
             .email = row.utf8(15)};
 }
 
-/// Reads lines on a connection and a thread of its own.
+/// Reads lines on its own connection and a pool thread.
 class LineReader {
 public:
     explicit LineReader(const QString &path) : m_db(path), m_row(m_db, selectLine) {}
@@ -57,13 +56,13 @@ public:
     {
         m_reading = QtConcurrent::run(&workPool(), [this, ids] { return read(ids); });
     }
-    /// The lines of the rows that start() named; nothing when they could not be read.
+    /// The lines of the rows that start() named; nothing if they could not be read.
     std::optional<QByteArray> result() { return m_reading.result(); }
 
 private:
     std::optional<QByteArray> read(std::span<const qint64> ids)
     {
-        const Snapshot snapshot(m_db); // one lock for all of them, and none while they are written
+        const Snapshot snapshot(m_db); // one lock for all rows, released before they are written
         QByteArray lines;
         for (const qint64 id : ids) {
             m_row.bind(1, id);
@@ -82,7 +81,7 @@ private:
     QFuture<std::optional<QByteArray>> m_reading;
 };
 
-/// The ids of all rows, the oldest first; nothing when they could not be read.
+/// The ids of all rows, the oldest first; nothing if they could not be read.
 std::optional<std::vector<qint64>> oldestFirst(const QString &path)
 {
     const Database db(path);
@@ -112,17 +111,17 @@ QByteArray readFile(const QString &path)
     if (!QUtf8StringView(bytes).isValidUtf8())
         throw AppError(u"The file is not UTF-8 text — export it again as a tab-separated mail log."_s);
     if (bytes.startsWith("\xEF\xBB\xBF"))
-        bytes.remove(0, 3); // a mark that some editors set; it would hide the header's first name
+        bytes.remove(0, 3); // the byte order mark would hide the header's first name
     return bytes;
 }
 
-/// Appends all lines or none; their number. On a connection of its own, so that no reader sees rows that may yet be
-/// taken back.
-int appendLines(const QString &path, const QByteArray &text, const ShipmentLog::Progress &progress)
+/// Appends all lines or no lines and returns their number. Uses its own connection, so that no reader sees rows that
+/// may still be rolled back.
+int appendLines(const QString &path, const QByteArray &text, const Progress &progress)
 {
     Database db(path);
     const auto require = [&db](bool done) {
-        if (!done) // closing the connection takes the transaction back
+        if (!done) // closing the connection rolls the transaction back
             throw AppError(u"The mailing log could not be written, so nothing was imported — "_s + db.lastError() +
                            u'.');
     };
@@ -135,7 +134,7 @@ int appendLines(const QString &path, const QByteArray &text, const ShipmentLog::
         EndiciaDates dates;
         QByteArrayView rest = text;
         while (!rest.isEmpty()) {
-            if (++lines % portion == 0 && progress && !progress(text.size() - rest.size(), text.size()))
+            if (++lines % portion == 0 && !progress.report(text.size() - rest.size(), text.size()))
                 return 0;
             const std::optional<ShipmentRecord> record = EndiciaFormat::parse(EndiciaFormat::takeLine(rest), dates);
             if (!record)
@@ -146,7 +145,7 @@ int appendLines(const QString &path, const QByteArray &text, const ShipmentLog::
             ++count;
         }
     }
-    if (progress && !progress(text.size(), text.size()))
+    if (!progress.report(text.size(), text.size()))
         return 0;
     require(db.exec("COMMIT"));
     return count;
@@ -154,7 +153,7 @@ int appendLines(const QString &path, const QByteArray &text, const ShipmentLog::
 
 } // namespace
 
-bool ShipmentLog::exportEndicia(QIODevice &out, const Progress &progress) const
+bool ShipmentLog::exportEndiciaCSV(QIODevice &out, const Progress &progress) const
 {
     const auto write = [&out](const QByteArray &text) { return out.write(text) == text.size(); };
     if (!write(EndiciaFormat::header().toUtf8() + '\n'))
@@ -162,7 +161,7 @@ bool ShipmentLog::exportEndicia(QIODevice &out, const Progress &progress) const
     const std::optional<std::vector<qint64>> ids = oldestFirst(m_path);
     if (!ids)
         return false;
-    // One reads while the other's lines are written; reading is most of the work.
+    // One reader reads while the other reader's lines are written; reading is most of the work.
     std::array<LineReader, 2> readers{LineReader(m_path), LineReader(m_path)};
     std::span<const qint64> rest(*ids);
     const auto start = [&rest](LineReader &reader) {
@@ -177,20 +176,10 @@ bool ShipmentLog::exportEndicia(QIODevice &out, const Progress &progress) const
         const std::optional<QByteArray> lines = reader.result();
         start(reader);
         done = std::min(done + portion, ids->size());
-        if (!lines || !write(*lines) || (progress && !progress(qint64(done), qint64(ids->size()))))
+        if (!lines || !write(*lines) || !progress.report(qint64(done), qint64(ids->size())))
             return false;
     }
     return true;
-}
-
-QString ShipmentLog::exportEndiciaCSV(bool *complete) const
-{
-    QBuffer text;
-    text.open(QIODevice::WriteOnly);
-    const bool isComplete = exportEndicia(text);
-    if (complete)
-        *complete = isComplete;
-    return QString::fromUtf8(text.data());
 }
 
 int ShipmentLog::importEndiciaCSV(const QString &path, const Progress &progress)

@@ -9,9 +9,9 @@ namespace parcelory {
 
 namespace {
 
-/// A plain search of fewer rows takes no longer than a few milliseconds.
+/// With fewer rows, a plain search takes only a few milliseconds.
 constexpr qint64 worthwhile = 10000;
-/// Rows added since the last reading are put in order one by one, which must stay cheap.
+/// Every added row sorts m_added again, so m_added must stay small.
 constexpr std::size_t manyAdded = 5000;
 
 constexpr auto searchedTexts = "SELECT id, created_at, recipient, tracking, description, reference FROM shipments ";
@@ -22,7 +22,7 @@ std::optional<qint64> number(const Database &db, const char *sql)
     return query.step() ? std::optional(query.integer(0)) : std::nullopt;
 }
 
-/// Adds the row; false when only the database knows how its values compare.
+/// Adds the row; false if it holds values that only the database can compare.
 bool addRow(SearchBlock &block, const Statement &row)
 {
     using Kind = Statement::Kind;
@@ -55,7 +55,7 @@ bool ShipmentLogIndex::isCurrent()
 {
     const std::optional<qint64> version = number(m_db, "PRAGMA data_version");
     if (!version)
-        return false; // another program holds the log
+        return false; // another program has locked the log
     if (!m_isFollowing || *version != m_version || m_added.size() > manyAdded)
         startReading(*version);
     return m_block.has_value();
@@ -67,7 +67,7 @@ void ShipmentLogIndex::startReading(qint64 version)
     m_block.reset();
     const std::optional<qint64> lastId = number(m_db, "SELECT max(id) FROM shipments");
     if (m_reading.isRunning() || m_unfit == version || lastId.value_or(0) < worthwhile)
-        return; // a reading that is no longer right ends by itself
+        return; // a running read that is now outdated discards its result
     m_isFollowing = true;
     m_version = version;
     m_changes = m_db.totalChanges();
@@ -75,7 +75,7 @@ void ShipmentLogIndex::startReading(qint64 version)
     m_reading = QtConcurrent::run(&workPool(), [this, version, lastId = *lastId] { read(version, lastId); });
 }
 
-/// In portions, because nobody can write while one is read.
+/// Reads in portions, because writers are blocked while a portion is read.
 void ShipmentLogIndex::read(qint64 version, qint64 lastId)
 {
     constexpr int portion = 5000;
@@ -97,7 +97,7 @@ void ShipmentLogIndex::read(qint64 version, qint64 lastId)
         isLast = count < portion;
     }
     if (isComplete && isFit && !m_closing)
-        block.arrange();
+        block.sort();
 
     const std::lock_guard turn(m_connection);
     const bool isStillRight = m_isFollowing && number(m_db, "PRAGMA data_version") == version;
@@ -109,12 +109,12 @@ void ShipmentLogIndex::read(qint64 version, qint64 lastId)
         m_unfit = version;
 }
 
-std::vector<qint64> ShipmentLogIndex::find(const QByteArray &pattern, int limit, const StillWanted &wanted) const
+std::vector<qint64> ShipmentLogIndex::find(const QByteArray &pattern, int limit, const CancelToken &cancel) const
 {
     using Places = std::vector<SearchBlock::Place>;
     const LikePattern like(pattern);
     const std::size_t most = limit < 0 ? std::numeric_limits<std::size_t>::max() : std::size_t(limit);
-    const Places old = m_block->find(like, most, wanted), added = m_added.find(like, most, wanted);
+    const Places old = m_block->find(like, most, cancel), added = m_added.find(like, most, cancel);
     Places both;
     std::ranges::merge(old, added, std::back_inserter(both), std::less());
     std::vector<qint64> ids;
@@ -129,12 +129,12 @@ void ShipmentLogIndex::follow(std::optional<qint64> added)
     if (!m_isFollowing)
         return;
     const int changes = m_db.totalChanges() - std::exchange(m_changes, m_db.totalChanges());
-    bool isFollowed = changes <= 1; // a trigger of somebody else's may have changed more
+    bool isFollowed = changes <= 1; // a trigger that another program added may have changed more
     if (added && isFollowed) {
         Statement row(m_db, searchedTexts + QByteArray("WHERE id = ?"));
         row.bind(1, *added);
         isFollowed = row.step() && addRow(m_added, row);
-        m_added.arrange();
+        m_added.sort();
     }
     m_isFollowing = isFollowed;
     if (!isFollowed)

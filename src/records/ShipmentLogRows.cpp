@@ -16,7 +16,7 @@ const char *const insert = "INSERT INTO shipments (created_at, carrier, service,
 
 namespace {
 
-/// A text for the list. An imported one may have any length, and nobody reads, let alone draws, megabytes of it.
+/// A text for the list, cut to a readable length: an imported text may be megabytes long.
 QString brief(const QString &text)
 {
     constexpr qsizetype longest = 1000;

@@ -11,17 +11,17 @@ namespace parcelory::ShipmentLogRows {
 
 /// The list's columns, without the documents; a WHERE or ORDER BY may follow.
 extern const char *const select;
-/// All that a query of these columns still finds.
+/// All remaining rows of a query of these columns.
 QList<ShipmentRecord> recordsOf(Statement &query);
-/// The same; nothing when they could not be read to the end.
+/// The same; nothing if reading failed before the last row.
 std::optional<QList<ShipmentRecord>> allOf(Statement &query);
-/// Of the value of created_at, in milliseconds.
+/// A value of created_at in milliseconds since 1970.
 inline qint64 msecsOf(double createdAt)
 {
     return qRound64(createdAt * 1000);
 }
 
-/// The value of created_at.
+/// A time as a value of created_at: seconds since 1970.
 inline double secondsOf(const QDateTime &time)
 {
     return double(time.toMSecsSinceEpoch()) / 1000;

@@ -12,7 +12,7 @@
 namespace parcelory {
 
 /// One label in the mailing log. Status words: "PRINTED", "DELIVERED", "REFUND_PENDING", "REFUND_REQUESTED",
-/// "REFUNDED", "REFUND_ERROR"; an imported row may hold any other, or none.
+/// "REFUNDED", "REFUND_ERROR"; an imported row may hold any other word or an empty text.
 struct ShipmentRecord {
     qint64 id = 0; ///< given by the database
     QDateTime createdAt = QDateTime::currentDateTime();
@@ -23,7 +23,7 @@ struct ShipmentRecord {
     QString services;   ///< extra services
     QString tracking;
     QString trackingURL;
-    QString weight; ///< for people: "2 lb 3.0 oz"
+    QString weight; ///< for display: "2 lb 3.0 oz"
     double weightOz = 0;
     QString descriptionText;
     QString reference;
@@ -42,10 +42,10 @@ struct ShipmentRecord {
     std::optional<QByteArray> customsPDF; ///< never loaded with a list
     bool hasCustomsPDF = false;           ///< computed on read
 
-    /// The stored line begins with it; the rest is the address.
+    /// The part of `recipient` before the first comma; the rest is the address.
     QString recipientName() const { return recipient.section(u',', 0, 0).trimmed(); }
 
-    /// What is known of a shipment before it has a row: neither the id nor the documents.
+    /// The fields that are known before the shipment has a row: all but the id and the documents.
     static constexpr auto fields()
     {
         using R = ShipmentRecord;

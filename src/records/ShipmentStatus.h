@@ -7,18 +7,18 @@
 
 namespace parcelory {
 
-/// How far the refund of a label is.
+/// The state of a label's refund.
 enum class RefundState { none, pending, granted, failed };
 
 RefundState refundState(const QString &status);
 
-/// The word for a refund in a list ("REFUND PENDING"); empty when there is none.
+/// The badge of a refund in a list, such as "REFUND PENDING"; empty if there is no refund.
 QString refundBadge(const QString &status);
 
-/// A record's status in the clerk's words. A word that an imported log brought along is shown as it is.
+/// A record's status in the clerk's words. An unknown status from an imported log is shown unchanged.
 QString friendlyStatus(const QString &status);
 
-/// What the error log says of a label whose refund the carrier has refused.
+/// The error log's text for a label whose refund the carrier has refused.
 QString refundRefusal(const ShipmentRecord &record);
 
 /// A point in time as the log shows it: "11/20/26, 2:41 PM".

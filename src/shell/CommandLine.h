@@ -7,21 +7,21 @@
 
 namespace parcelory {
 
-/// Whether there is anything to be drawn, and where.
+/// Where the program draws: nowhere, on the screen, or in memory.
 enum class Display { none, screen, memory };
 
-/// What the program was asked to do on its command line; nothing means its window.
+/// The parsed command line; without options, the program opens its window.
 struct CommandLine {
     bool practice = false;
     QString practiceFolder;             ///< --data; empty for the practice desk's usual folder
-    std::optional<QString> orders;      ///< --ship; ships them without a window
+    std::optional<QString> orders;      ///< --ship; ships these orders without a window
     std::optional<QString> screenshots; ///< --screenshots; where the pictures go
     bool status = false;
     std::optional<QString> keyName; ///< --add-key; the token comes on standard input
 
-    /// What these arguments and this session call for; to be known before the application object is made.
+    /// The display that these arguments and this session need; required before the application object is created.
     static Display display(int count, char **arguments);
-    /// Ends the process on --help, --version and on a mistake, as command-line programs do.
+    /// Ends the process on --help, --version and invalid arguments.
     static CommandLine parse(const QStringList &arguments);
 };
 

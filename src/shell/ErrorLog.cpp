@@ -63,7 +63,7 @@ void ErrorLog::add(APIErrorEntry entry, Popup popup)
     const QString title = u"Bad API response, contact Tobin: "_s + m_supportTelephone;
     const QString text = entry.context + u": "_s + entry.detail + u"\n\nFull history: Window ▸ Error Log"_s;
     m_alerts.append({title, text});
-    if (m_alerts.size() == 1) // otherwise the one that is showing goes on to it
+    if (m_alerts.size() == 1) // otherwise the running showAlerts() shows it next
         spawn([this] { return showAlerts(); });
 }
 

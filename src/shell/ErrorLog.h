@@ -13,7 +13,7 @@
 
 namespace parcelory {
 
-/// One failure, as the clerk may have to report it.
+/// A failure, as the clerk reports it to support.
 struct APIErrorEntry {
     QUuid id;
     QDateTime date;
@@ -28,30 +28,31 @@ struct APIErrorEntry {
     }
 };
 
-/// Whether a recorded failure is shown at once in an alert that tells whom to call.
+/// Whether a recorded failure is shown at once in an alert with support's telephone number.
 enum class Popup { no, yes };
 
-/// The program's one record of failures, kept in a file over restarts.
+/// The program's only error log, kept in a file across restarts.
 class ErrorLog : public QObject {
     Q_OBJECT
 public:
     static constexpr qsizetype capacity = 1000;
 
-    /// The one instance; exists from the moment main (or a test) has made it.
+    /// The only instance; valid while an ErrorLog exists.
     static ErrorLog &shared();
 
     explicit ErrorLog(Platform &platform);
     ~ErrorLog() override;
 
-    /// Records a failure. May be called from any thread; the entry appears with the main thread's next turn.
-    /// A refusal of the clerk's own data never raises the alert: the screen already shows it.
+    /// Records a failure. May be called from any thread; the entry appears in the main thread's next event loop turn.
+    /// An input error never raises the alert, because the screen already shows it.
     void record(QString context, const std::exception &error, Popup popup);
 
     const QList<APIErrorEntry> &entries() const { return m_entries; } ///< newest first
     void clear();
     /// "12 entries"
     QString countText() const;
-    /// What Copy All puts on the clipboard: time, place and text of each entry, parted by tabs, one a line.
+    /// The text that Copy All puts on the clipboard: one line per entry with time, context and detail, separated by
+    /// tabs.
     QString asText() const;
     static QString timeText(const QDateTime &time);
 
@@ -71,7 +72,7 @@ private:
     QString m_supportTelephone;
     JsonFile m_file;
     QList<APIErrorEntry> m_entries;
-    QList<std::pair<QString, QString>> m_alerts; ///< the first one is showing
+    QList<std::pair<QString, QString>> m_alerts; ///< the first alert is on screen
 };
 
 } // namespace parcelory

@@ -12,7 +12,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// The part of a feed that must be right. Everything else may be missing, or be of another kind some day.
+/// The required part of a feed. Any other field may be missing or have another type some day.
 struct Offer {
     QString version;
     QString url;
@@ -26,7 +26,7 @@ struct Offer {
 
 std::optional<qint64> wholeNumber(const Json &feed, const char *key)
 {
-    constexpr double limit = 9e18; // beyond, it fits no 64 bits
+    constexpr double limit = 9e18; // larger values do not fit 64 bits
     const auto found = feed.find(key);
     if (found == feed.end() || !found->is_number() || std::abs(found->get<double>()) > limit)
         return std::nullopt;
@@ -46,7 +46,7 @@ QList<qint64> numbers(const QString &version)
     static const QRegularExpression others(u"[^0-9]+"_s);
     QList<qint64> found;
     for (const QString &piece : version.split(others, Qt::SkipEmptyParts))
-        found += piece.toLongLong(); // 0 when it is too long to be a number
+        found += piece.toLongLong(); // 0 on overflow
     return found;
 }
 

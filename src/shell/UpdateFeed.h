@@ -18,14 +18,14 @@ struct UpdateInfo {
 
     bool operator==(const UpdateInfo &) const = default;
 
-    /// What the feed's publisher signs. It names the version, so that an old archive cannot be offered as a new one.
+    /// The text that the feed's publisher signs. It names the version, so that an old archive cannot be offered as new.
     QByteArray signedText() const;
 };
 
-/// Reads a feed; nothing when it lacks what an offer needs.
+/// Parses a feed; empty if a required field is missing.
 std::optional<UpdateInfo> parseUpdateFeed(const QByteArray &json);
 
-/// Whether version `a` comes after version `than`: their numbers are compared one by one, whatever stands between them.
+/// True if version `a` is newer than version `than`. Compares their numbers one by one; separators do not matter.
 bool isNewer(const QString &a, const QString &than);
 
 } // namespace parcelory

@@ -5,7 +5,7 @@
 
 namespace parcelory {
 
-/// Whether `signature` is that of `text` by the owner of the Ed25519 key `publicKey`; both in base64.
+/// True if `signature` is the signature of `text` for the Ed25519 key `publicKey`; both are base64.
 bool signatureHolds(const QByteArray &text, const QString &signature, const QString &publicKey);
 
 } // namespace parcelory

@@ -1,5 +1,6 @@
 #include "shell/UpdateTools.h"
 
+#include "core/AppBundle.h"
 #include "core/AppError.h"
 #include "core/Text.h"
 
@@ -27,12 +28,6 @@ const QString curlTool = u"/usr/bin/curl"_s;
 const QString chmodTool = u"/bin/chmod"_s;
 const QString noApp = u"The update archive didn't contain an app."_s;
 
-#ifdef Q_OS_MACOS
-const QString programInApp = u"Contents/MacOS/Parcelory"_s;
-#else
-const QString programInApp = u"bin/parcelory"_s;
-#endif
-
 constexpr qint64 longestFeed = 1 << 20; // bytes; a feed takes a few hundred
 
 QString reason(const ProcessOutcome &outcome)
@@ -42,11 +37,11 @@ QString reason(const ProcessOutcome &outcome)
 
 bool holdsProgram(const QString &app)
 {
-    const QFileInfo program(app + u'/' + programInApp);
-    return program.isFile() && program.isExecutable(); // a folder counts as executable, too
+    const QFileInfo program(app + u'/' + programInBundle);
+    return program.isFile() && program.isExecutable(); // a folder can be executable, too
 }
 
-/// The unpacked application. What could not run in the installed one's place is none: a link, an empty folder.
+/// The unpacked application. Skips links and folders without the program, which could not run after the swap.
 QString appIn(const QString &folder)
 {
     for (const QFileInfo &entry : QDir(folder).entryInfoList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name)) {
@@ -61,7 +56,7 @@ bool isInside(const fs::path &path, const fs::path &folder)
     return std::ranges::mismatch(folder, path).in1 == folder.end();
 }
 
-/// A link that leads out of the application would let an archive reach any file of the user's.
+/// A link that points outside the application would let an archive reach any of the user's files.
 void requireLinksInside(const QString &app)
 {
     const fs::path root = fs::canonical(QFile::encodeName(app).toStdString());
@@ -79,7 +74,7 @@ void requireLinksInside(const QString &app)
 
 ProcessOutcome UpdateTools::start(const QString &program, const QStringList &arguments) const
 {
-    return m_processes.run(program, arguments, m_stopped.get());
+    return m_processes.run(program, arguments, m_cancel);
 }
 
 void UpdateTools::run(const QString &program, const QStringList &arguments, const QString &failure) const
@@ -102,7 +97,7 @@ QByteArray UpdateTools::curlData(const QString &url) const
     curlDownload(url, file.fileName());
     if (!file.open(QIODevice::ReadOnly))
         throw AppError(file.errorString());
-    return file.read(longestFeed); // the beginning of anything longer is no feed
+    return file.read(longestFeed); // anything longer is not a feed, and its cut text does not parse
 }
 
 std::optional<qint64> UpdateTools::contentLength(const QString &url) const
@@ -125,7 +120,7 @@ void UpdateTools::unpack(const QString &archive, const QString &folder) const
 #ifdef Q_OS_MACOS
     run(u"/usr/bin/ditto"_s, {u"-x"_s, u"-k"_s, archive, folder}, u"The update archive is broken — ditto "_s);
 #else
-    // With an empty password, because for an encrypted archive it would otherwise ask at the terminal, and wait.
+    // The empty password keeps unzip from prompting at the terminal for an encrypted archive.
     run(u"/usr/bin/unzip"_s, {u"-q"_s, u"-o"_s, u"-P"_s, QString(), archive, u"-d"_s, folder},
         u"The update archive is broken — unzip "_s);
 #endif
@@ -138,7 +133,7 @@ QString UpdateTools::stage(const QString &archive, const QString &folder) const
     const QString app = appIn(folder);
     requireLinksInside(app);
 #ifdef Q_OS_MACOS
-    start(u"/usr/bin/xattr"_s, {u"-dr"_s, u"com.apple.quarantine"_s, app}); // fails where there is none
+    start(u"/usr/bin/xattr"_s, {u"-dr"_s, u"com.apple.quarantine"_s, app}); // fails if the attribute is not set
 #endif
     writeHelper(folder);
     return app;
@@ -159,7 +154,7 @@ void UpdateTools::writeHelper(const QString &folder) const
     loadResources();
     QFile script(u":/update/swap.sh"_s);
     const QByteArray text = script.open(QIODevice::ReadOnly) ? script.readAll() : QByteArray();
-    // Only as a new file: the archive may have brought a link of this name.
+    // NewOnly, because the archive may contain a link with this name.
     QFile helper(helperIn(folder));
     if (!helper.open(QIODevice::WriteOnly | QIODevice::NewOnly) || helper.write(text) != text.size() || !helper.flush())
         throw AppError(u"The update helper could not be written — "_s + helper.errorString());

@@ -5,32 +5,30 @@
 #include <QByteArray>
 #include <QString>
 
-#include <atomic>
-#include <memory>
 #include <optional>
 
 namespace parcelory {
 
-/// The steps of an update that child processes do. Each waits for its process: call them through onPool, with a copy.
-/// They throw AppError, or SystemError with the status that a process ended with.
+/// The update steps that run child processes. Each call waits for its process: call it through onPool, with a copy.
+/// Calls throw AppError, or SystemError with a process's exit status.
 class UpdateTools {
 public:
     explicit UpdateTools(ProcessRunner &processes) : m_processes(processes) {}
 
-    /// Ends the child process that is running, of every copy; no other gets far then.
-    void stop() const { *m_stopped = true; }
+    /// Ends the running child process of every copy, and any later process.
+    void stop() const { m_cancel.cancel(); }
 
     void curlDownload(const QString &url, const QString &file) const;
     QByteArray curlData(const QString &url) const;
-    /// Bytes behind an address, after its redirects; nothing when the server does not tell.
+    /// Size of a download in bytes, after redirects; empty if the server does not tell.
     std::optional<qint64> contentLength(const QString &url) const;
 
-    /// Unpacks an archive into `folder`, the archive's own, and puts the helper script beside it. Returns the
-    /// application that it held. The archive is gone afterwards.
+    /// Unpacks an archive into its own `folder`, adds the helper script and deletes the archive. Returns the unpacked
+    /// application.
     QString stage(const QString &archive, const QString &folder) const;
-    /// Where stage() puts the script that swaps the applications once this one has ended.
+    /// Path where stage() puts the script that swaps the applications after this program ends.
     static QString helperIn(const QString &folder);
-    /// Whether what stage() made is still there: something may have tidied up meanwhile.
+    /// True if stage()'s files are still there: a cleanup of temporary files may have removed them.
     static bool isStaged(const QString &helper, const QString &app);
 
 private:
@@ -40,7 +38,7 @@ private:
     void writeHelper(const QString &folder) const;
 
     ProcessRunner &m_processes;
-    std::shared_ptr<std::atomic<bool>> m_stopped = std::make_shared<std::atomic<bool>>(false);
+    CancelToken m_cancel;
 };
 
 } // namespace parcelory

@@ -1,6 +1,6 @@
 #!/bin/sh
-# swap.sh PID INSTALLED NEWAPP: waits for the program to end, puts the new application in the place of the installed one
-# and starts it. Whatever fails, and whichever of its processes is killed, a whole application stays in its place.
+# swap.sh PID INSTALLED NEWAPP: waits for the program to end, replaces the installed application with the new
+# application and starts it. If a step fails or either process is killed, a complete application stays installed.
 PID=$1
 INSTALLED=$2
 NEWAPP=$3
@@ -25,7 +25,7 @@ start() {
     fi
 }
 
-# The clerk has asked for a restart: without the new application, the old one comes back.
+# The clerk asked for a restart: if the swap fails, start the old application again.
 fail() {
     trap - HUP INT TERM
     start
@@ -36,14 +36,14 @@ while kill -0 "$PID" 2>/dev/null; do
     sleep 0.3
 done
 [ -d "$NEWAPP" ] || fail
-# It may have waited for days, and something may have tidied up meanwhile.
+# The update may have waited for days; a cleanup of temporary files may have removed parts of it.
 [ -x "$NEWAPP/bin/parcelory" ] || [ -x "$NEWAPP/Contents/MacOS/Parcelory" ] || fail
 
-# From another file system this is a copy, which can fail half-way; the two moves below are then mere renames.
+# From another file system this is a copy, which can fail halfway; the two moves below are then plain renames.
 mv "$NEWAPP" "$NEXT" || fail
 
-# In a process of its own, because between the two there is no application in place: whichever of the two processes is
-# killed, the other one completes the swap or takes it back.
+# Between the two moves no application is installed. A second process does them: if either process is killed, the other
+# process completes the swap or reverts it.
 trap '' HUP INT TERM
 (mv "$INSTALLED" "$OLD" && mv "$NEXT" "$INSTALLED") &
 if ! wait "$!"; then
@@ -53,7 +53,7 @@ if ! wait "$!"; then
     fi
     fail
 fi
-trap - HUP INT TERM # the new application would inherit the deafness
+trap - HUP INT TERM # otherwise the new application would ignore these signals, too
 rm -rf "$OLD"
 
 if [ -x /usr/bin/xattr ]; then

@@ -10,7 +10,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Every text field, and every list that can be copied from, knows these keys by itself. An entry presses them there.
+/// Text fields and lists handle these keys themselves; a menu entry sends them to the focused widget.
 class EditMenu : public QObject {
 public:
     explicit EditMenu(QMenu *menu);
@@ -22,7 +22,7 @@ private:
     void refresh();
 
     QMenu *m_menu;
-    QPointer<QWidget> m_target; ///< who had the keyboard before the menu took it
+    QPointer<QWidget> m_target; ///< the focused widget before the menu opened
 };
 
 EditMenu::EditMenu(QMenu *menu) : QObject(menu), m_menu(menu)
@@ -43,7 +43,7 @@ void EditMenu::add(const QString &text, QKeySequence::StandardKey keys)
 {
     QAction *entry = m_menu->addAction(text);
     entry->setShortcut(QKeySequence(keys));
-    entry->setShortcutContext(Qt::WidgetShortcut); // the keys stay with the field: the menu only names them
+    entry->setShortcutContext(Qt::WidgetShortcut); // the field handles the keys; the menu only shows them
     entry->setMenuRole(QAction::NoRole);
     connect(entry, &QAction::triggered, this, [this, entry] {
         press(QEvent::KeyPress, *entry);
@@ -57,7 +57,7 @@ void EditMenu::remember(QWidget *focus)
         m_target = focus;
 }
 
-/// Whether somebody took the keys.
+/// True if the target accepts the keys.
 bool EditMenu::press(QEvent::Type type, const QAction &entry) const
 {
     if (!m_target || entry.shortcut().isEmpty())
@@ -69,7 +69,7 @@ bool EditMenu::press(QEvent::Type type, const QAction &entry) const
     return event.isAccepted();
 }
 
-/// A widget claims the keys that it would act on.
+/// A widget accepts the ShortcutOverride event of keys that it handles.
 void EditMenu::refresh()
 {
     for (QAction *entry : m_menu->actions())

@@ -4,7 +4,7 @@ class QMenuBar;
 
 namespace parcelory {
 
-/// Adds the Edit menu: Undo, Redo, Cut, Copy, Paste and Select All for whatever has the keyboard.
+/// Adds the Edit menu: Undo, Redo, Cut, Copy, Paste and Select All for the focused widget.
 void addEditMenu(QMenuBar *bar);
 
 } // namespace parcelory

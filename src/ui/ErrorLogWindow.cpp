@@ -117,7 +117,7 @@ void ErrorLogWindow::refresh()
     m_pages->setCurrentIndex(m_errors.entries().isEmpty() ? 1 : 0);
 }
 
-/// The chosen entry alone, as Copy All would write it.
+/// Copies the chosen entry in the format of Copy All.
 void ErrorLogWindow::copyChosen()
 {
     const QModelIndex row = m_table->currentIndex();

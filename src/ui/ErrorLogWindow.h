@@ -29,7 +29,7 @@ private:
     QList<APIErrorEntry> m_entries;
 };
 
-/// The secondary window "Error Log": every failure on record, live while it is open.
+/// The secondary window "Error Log": every recorded error, updated while it is open.
 class ErrorLogWindow : public QWidget {
     Q_OBJECT
 public:

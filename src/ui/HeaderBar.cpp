@@ -27,14 +27,14 @@ HeaderBar::HeaderBar(AppState &app, LabelScreen &label, KeysScreen &keys, QWidge
     m_tabs->setExpanding(false);
     m_tabs->setDrawBase(false);
     m_tabs->setAccessibleName(u"Screens"_s);
-    m_tabs->setFont(theme.font(FontRole::strong)); // measured bold, so that the current tab moves nothing
+    m_tabs->setFont(theme.font(FontRole::strong)); // measured in bold, so that changing tabs moves nothing
     for (const MainTabInfo &info : mainTabs())
         m_tabs->addTab(info.title);
     m_mode->setTall(24);
     m_userSeparator->setFixedHeight(theme.scaled(20));
     m_user->setMaximumWidth(theme.scaled(160));
     m_scanStatus->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
-    m_scanStatus->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred); // nothing gives way to it
+    m_scanStatus->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred); // takes only unused width
     m_scanForm->setToolTip(u"Create today's USPS SCAN form (manifest) and print it"_s);
     auto *signOut = new Button(u"Sign Out"_s, Button::Kind::link);
 
@@ -70,7 +70,7 @@ void HeaderBar::createScanForm(AppState &app, LabelScreen &label)
 void HeaderBar::refresh()
 {
     m_tabs->setCurrentIndex(int(m_app.tab.value()));
-    m_signOut->setEnabled(!m_label.busy); // the carrier's answer may be a question
+    m_signOut->setEnabled(!m_label.busy); // the operation may still ask the clerk a question
     m_user->setFullText(m_app.signedInUser);
     m_user->setVisible(!m_user->fullText().isEmpty());
     m_userSeparator->setVisible(!m_user->fullText().isEmpty());

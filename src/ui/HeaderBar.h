@@ -14,13 +14,13 @@ namespace parcelory {
 
 class Button;
 
-/// The window's head: name, tabs, mode, the day's SCAN form, who is signed in and the way out.
+/// The window's header: name, tabs, mode, today's SCAN form, the signed-in user and Sign Out.
 class HeaderBar : public PanelFrame {
     Q_OBJECT
 public:
     HeaderBar(AppState &app, LabelScreen &label, KeysScreen &keys, QWidget *parent = nullptr);
 
-    /// Asks for the form of the labels that the chosen return address has sent today.
+    /// Creates the SCAN form for today's labels of the chosen return address.
     static void createScanForm(AppState &app, LabelScreen &label);
 
 private:

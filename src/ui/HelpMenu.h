@@ -4,8 +4,8 @@ namespace parcelory {
 
 class MainWindow;
 
-/// The Help menu: keyboard shortcuts, updates, about. Call when the other menus are filled. Whenever there is an update
-/// to offer, its prompt comes up over the window.
+/// Adds the Help menu: keyboard shortcuts, updates, About. Call after the other menus are filled. Also opens the update
+/// prompt over the window whenever there is an update to offer.
 void addHelpMenu(MainWindow &window);
 
 } // namespace parcelory

@@ -40,7 +40,7 @@ MainWindow::MainWindow(AppState &app, Screens &screens, const QString &signInNot
     m_refresh.follow(app.flow, app.tab, screens.keys.mode, screens.label.buying);
     m_scanForm.follow(app.scanFormOpenTick);
     spawn([this] { return m_screens.keys.refresh(); });
-    if (m_screens.settings.zebraQueue.value().isEmpty()) // the first start finds its label printer by itself
+    if (m_screens.settings.zebraQueue.value().isEmpty()) // the first start looks for the label printer
         spawn([this] { return m_screens.settings.refreshPrinters(); });
     refresh();
 }
@@ -122,7 +122,7 @@ QWidget *MainWindow::makeWindow(const QString &identifier)
     return nullptr;
 }
 
-/// The label that is filled from there is seen.
+/// Filling the label from the address book brings this window to the front.
 QWidget *MainWindow::makeAddressBook()
 {
     auto *window = new AddressBookWindow(m_app, m_screens.addressBook);
@@ -152,7 +152,7 @@ void MainWindow::openWindow(const QString &identifier)
 void MainWindow::closeEvent(QCloseEvent *event)
 {
     write(m_app.platform.preferences, settings::windowGeometry, saveGeometry());
-    if (m_app.scanFormBusy) { // the form is made only once, and would be lost
+    if (m_app.scanFormBusy) { // the form is created only once and would be lost
         event->ignore();
         return;
     }
@@ -168,8 +168,8 @@ void MainWindow::closeEvent(QCloseEvent *event)
     event->accept();
 }
 
-/// The purchase that held the window open is over: a label that was bought, printed and logged lets it go, anything
-/// else has first to be read.
+/// Closes the window after the purchase that kept it open if the label is bought, printed and logged. Otherwise the
+/// window stays open, because the clerk must read the message.
 void MainWindow::finishClosing()
 {
     if (!m_closeAfterPurchase || m_screens.label.buying)

@@ -17,12 +17,12 @@ class MasterLogView;
 class ModeStripe;
 class SettingsView;
 
-/// The program's window: the sign-in, or the four tabs with head and status strip. It does not close while a label is
-/// being bought; it closes by itself when that is done.
+/// The program's window: the sign-in, or the four tabs with header bar and status strip. It ignores a close while a
+/// SCAN form is being created, and defers a close during a purchase until the purchase is complete.
 class MainWindow : public QMainWindow {
     Q_OBJECT
 public:
-    /// `signInNote` is an extra line of the sign-in; mostly empty.
+    /// `signInNote` is an extra line on the sign-in page; usually empty.
     MainWindow(AppState &app, Screens &screens, const QString &signInNote = {});
 
     LabelView &labelView() { return *m_label; }
@@ -32,7 +32,7 @@ public:
     AppState &app() { return m_app; }
     Screens &screens() { return m_screens; }
 
-    /// Shows a tab at once, for what is to happen in it.
+    /// Shows a tab at once, so that the caller can act in it.
     void showTab(MainTab tab);
     /// Opens a secondary window, or brings it to the front. Known: "addressbook", "errorlog", "scanform".
     void openWindow(const QString &identifier);
@@ -59,7 +59,7 @@ private:
     MailingLogView *m_mailingLog = nullptr;
     MasterLogView *m_masterLog = nullptr;
     SettingsView *m_settings = nullptr;
-    QHash<QString, QPointer<QWidget>> m_windows; ///< the secondary ones, by their identifiers
+    QHash<QString, QPointer<QWidget>> m_windows; ///< the secondary windows, by identifier
     bool m_closeAfterPurchase = false;
     RefreshScheduler m_refresh;
     RefreshScheduler m_scanForm;

@@ -6,7 +6,7 @@
 
 namespace parcelory {
 
-/// A striped band over the window that says: nothing here is real postage.
+/// A striped band at the top of the window: the labels are not real postage.
 class ModeStripe : public QWidget {
 public:
     explicit ModeStripe(QWidget *parent = nullptr);

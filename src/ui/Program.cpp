@@ -29,7 +29,7 @@ Program::~Program()
     m_screens.mailingLog.cancel();
     m_screens.addressBook.cancelImport();
     m_screens.updates.stop();
-    workPool().waitForDone(); // what still runs there speaks to the screens
+    workPool().waitForDone(); // running jobs report to the screens
 }
 
 } // namespace parcelory

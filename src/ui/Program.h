@@ -8,14 +8,14 @@
 
 namespace parcelory {
 
-/// The running program with its window: services, screen models and views over one world.
+/// The running program with its window: services, screen models and views over one Platform.
 class Program {
 public:
-    /// Call after makeLook(). `prompts` is the one in `platform`; `signInNote` is an extra line of the sign-in screen.
+    /// Call after makeLook(). `prompts` is the object in `platform`; `signInNote` is an extra line on the sign-in page.
     Program(Platform &platform, WindowPrompts &prompts, const QString &signInNote = {});
     ~Program();
 
-    /// Gives the application its theme, light or dark as the system is.
+    /// Installs the application's theme, light or dark like the system.
     static void makeLook();
 
     MainWindow &window() { return *m_window; }

@@ -24,7 +24,7 @@ TextLabel *paragraph(const QString &text, FontRole role = FontRole::body)
     return label;
 }
 
-/// A text that may be longer than the window over which its dialog stands is high. Title and button come on top of it.
+/// Makes a text scroll if the dialog, with its title and buttons, would be taller than the parent window.
 QWidget *scrolling(TextLabel *text, const QWidget *parent)
 {
     constexpr int width = 400, mostHeight = 360, aroundIt = 150;
@@ -42,7 +42,7 @@ QWidget *scrolling(TextLabel *text, const QWidget *parent)
     return area;
 }
 
-/// An address, its lost words on a coloured ground and bold.
+/// An address with its lost words in bold on a colored background.
 TextLabel *markedAddress(const QString &text, const QStringList &marked)
 {
     auto *label = paragraph(text);

@@ -5,11 +5,11 @@
 
 namespace parcelory {
 
-/// A warning with one button. Ends with any result.
+/// A message with an OK button. Its result has no meaning.
 Dialog *makeAlert(Clock &clock, const QString &title, const QString &text, QWidget *parent);
 
-/// A question; ends with the number of the choice, counted from 1; 0 when it was closed. Where the question compares
-/// two texts they stand side by side, the words that one lacks marked.
+/// A question. Its result is the number of the choice, counted from 1, or 0 if the dialog was closed. A comparison
+/// shows its two texts side by side, with the words that the right text lacks marked in the left text.
 Dialog *makeQuestion(Clock &clock, const Question &question, QWidget *parent);
 
 } // namespace parcelory

@@ -21,10 +21,10 @@ struct Group {
     QString menu;
     QList<Shortcut> shortcuts;
 
-    int lines() const { return int(shortcuts.size()) + 2; } ///< with its head, and a free one
+    int lines() const { return int(shortcuts.size()) + 2; } ///< including its title and an empty line
 };
 
-/// As a menu's entry reads without the marks of its access keys.
+/// A menu entry's text without its mnemonic markers.
 QString plain(QString text)
 {
     const QString ampersand(QChar::ObjectReplacementCharacter);

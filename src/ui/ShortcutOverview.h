@@ -6,7 +6,7 @@ class QMenuBar;
 
 namespace parcelory {
 
-/// Every shortcut that a menu of the bar names, under the menu's name.
+/// A dialog with every shortcut of the menu bar, grouped by menu.
 Dialog *makeShortcutOverview(Clock &clock, const QMenuBar &bar, QWidget *parent);
 
 } // namespace parcelory

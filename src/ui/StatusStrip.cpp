@@ -1,9 +1,9 @@
 #include "ui/StatusStrip.h"
+#include "ui/parts/Accessibility.h"
 #include "ui/parts/IconView.h"
 #include "ui/parts/TextLabel.h"
 #include "ui/theme/Theme.h"
 
-#include <QAccessible>
 #include <QHBoxLayout>
 #include <QMouseEvent>
 
@@ -59,7 +59,7 @@ void StatusStrip::refresh()
     m_key->setCursor(mode == PostageMode::none ? Qt::PointingHandCursor : Qt::ArrowCursor);
 }
 
-/// A label that does not come out stands in the last label's place, on every tab.
+/// On every tab, a printer problem replaces the last label.
 void StatusStrip::refreshPrinter()
 {
     const QString notice = m_app.printWatch.notice;
@@ -73,8 +73,7 @@ void StatusStrip::refreshPrinter()
     setEdge(notice.isEmpty() ? &Tokens::line : &Tokens::warnEdge);
     if (news && !notice.isEmpty()) {
         m_printer->setAccessibleName(notice);
-        QAccessibleEvent alert(m_printer, QAccessible::Alert);
-        QAccessible::updateAccessibility(&alert);
+        announce(m_printer);
     }
 }
 

@@ -10,15 +10,15 @@
 
 namespace parcelory {
 
-/// The line at the window's foot: the last label or what holds it up in the printer, what the scanner heard, and which
-/// key is active.
+/// The line at the bottom of the window: the last label or the printer's problem, the last scan, and the active API
+/// key.
 class StatusStrip : public PanelFrame {
     Q_OBJECT
 public:
     StatusStrip(AppState &app, KeysScreen &keys, QWidget *parent = nullptr);
 
 signals:
-    /// The line that no key is active was clicked.
+    /// The clerk clicked the message that no key is active.
     void keysRequested();
 
 protected:

@@ -15,7 +15,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int promptWidth = 500, notesHeight = 120;
-constexpr int longestNotes = 20'000; ///< characters; laying out a book would hold up the window for seconds
+constexpr int longestNotes = 20'000; ///< characters; laying out very long notes would block the window for seconds
 
 } // namespace
 
@@ -64,7 +64,7 @@ QWidget *UpdatePrompt::makeNotes(const QString &notes)
     return area;
 }
 
-/// The restart ends the process, and no purchase, refund or SCAN form under way must end with it.
+/// The restart ends the process, so it must wait for a purchase, refund or SCAN form in progress.
 bool UpdatePrompt::mayRestart() const
 {
     return !m_screens.label.busy && !m_screens.mailingLog.busy && !m_app.scanFormBusy;

@@ -10,7 +10,7 @@ namespace parcelory {
 
 class ProgressBar;
 
-/// Offers a newer version: what is new in it, how far the download is, and the restart into it.
+/// Offers a newer version: release notes, download progress, and the restart into it.
 class UpdatePrompt : public Dialog {
     Q_OBJECT
 public:

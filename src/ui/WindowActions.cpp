@@ -25,7 +25,7 @@ const QKeySequence minimizeKeys(Qt::CTRL | Qt::Key_M);
 const QKeySequence minimizeKeys; // the window manager has its own
 #endif
 
-/// An action and when it can be used.
+/// An action and when it is enabled.
 struct Offer {
     QAction *action;
     std::function<bool()> when;
@@ -47,7 +47,7 @@ private:
         return [this] { return app().flow == AppFlow::main; };
     }
     bool isOn(MainTab tab) { return app().flow == AppFlow::main && app().tab == tab; }
-    /// The shipment that an action of the log would be about.
+    /// The shipment that an action of the mailing log applies to.
     std::optional<ShipmentRecord> chosen()
     {
         return isOn(MainTab::mailingLog) ? mailingLog().selectedRecord() : std::nullopt;
@@ -159,7 +159,7 @@ void Menus::addLog()
     addShipment(menu);
     addTracking(menu);
     menu->addSeparator();
-    add( // money comes back, and a label is void: no key does that by accident
+    add( // no shortcut: a refund voids the label and must not happen by accident
         menu, u"Refund"_s, {},
         [this] { return chosen() && !mailingLog().busy && MailingLogScreen::isRefundable(*chosen()); },
         [this] { spawn([this] { return mailingLog().refund(*chosen()); }); });
@@ -234,7 +234,7 @@ void Menus::addExchange(QMenu *menu)
         [this] { m_window.masterLogView().load(); });
 }
 
-/// What a click on a column's head does, for the keyboard.
+/// Lets the keyboard do what a click on a column's header does.
 void Menus::addSorting(QMenu *menu)
 {
     QObject::connect(menu, &QMenu::aboutToShow, this, [this, menu] {
@@ -278,7 +278,7 @@ void Menus::addWindow()
     menu->addSeparator();
     add(menu, u"Address Book"_s, Qt::CTRL | Qt::SHIFT | Qt::Key_B, signedIn(),
         [this] { m_window.openWindow(u"addressbook"_s); });
-    add( // the carrier makes each only once, and its window may have been closed
+    add( // the carrier creates a form only once, and its window may have been closed
         menu, u"SCAN Forms"_s, {}, [this] { return app().flow == AppFlow::main; },
         [this] { m_window.openWindow(u"scanform"_s); });
     add(

@@ -4,7 +4,7 @@ namespace parcelory {
 
 class MainWindow;
 
-/// Fills the menu bar. Every shortcut of the program stands there and nowhere else.
+/// Fills the menu bar, without the Help menu. All shortcuts of the main window are in its menus.
 void addWindowActions(MainWindow &window);
 
 } // namespace parcelory

@@ -48,7 +48,7 @@ KeyPress pressOf(const QKeyEvent &key, std::chrono::milliseconds time)
             .isRepeat = key.isAutoRepeat()};
 }
 
-/// The one-line editor that a widget is or holds.
+/// The single-line editor that a widget is or contains.
 QLineEdit *lineIn(QWidget *widget)
 {
     if (auto *line = qobject_cast<QLineEdit *>(widget))
@@ -60,7 +60,7 @@ QLineEdit *lineIn(QWidget *widget)
     return nullptr;
 }
 
-/// Calls `use` with what a multi-line editor offers; false when the widget is none.
+/// Calls `use` with a multi-line editor; false if the widget is not a multi-line editor.
 template <class Use>
 bool withText(QWidget *widget, Use use)
 {
@@ -93,8 +93,7 @@ QString textOf(QWidget *widget)
     return all;
 }
 
-/// Replaces a piece of the text as the clerk would: whoever follows the field's edits hears of it, and it can be
-/// undone.
+/// Replaces part of the text like an edit by the clerk: the field emits its edit signals, and Undo works.
 void replaceIn(QWidget *widget, int position, int length, const QString &with)
 {
     if (QLineEdit *line = lineIn(widget)) {
@@ -120,7 +119,7 @@ std::chrono::milliseconds WindowKeyboard::stampedTime(const QKeyEvent &key)
 {
     if (key.timestamp() > 0)
         return std::chrono::milliseconds(key.timestamp());
-    QElapsedTimer now; // keys that the program itself makes carry none
+    QElapsedTimer now; // key events that the program creates have no timestamp
     now.start();
     return std::chrono::milliseconds(now.msecsSinceReference());
 }
@@ -141,7 +140,7 @@ void WindowKeyboard::listen(Handler handler)
         qApp->removeEventFilter(this);
 }
 
-/// The widget that a key reaches: an open menu or list keeps the keyboard from the field behind it.
+/// The widget that receives a key: an open menu or list comes before the field behind it.
 QWidget *WindowKeyboard::receiver() const
 {
     if (QWidget *popup = QApplication::activePopupWidget())
@@ -152,7 +151,7 @@ QWidget *WindowKeyboard::receiver() const
 
 bool WindowKeyboard::eventFilter(QObject *watched, QEvent *event)
 {
-    // The system's window hears of a key first and once; widgets hear of it again and again.
+    // The native window receives a key first and only once; widgets may receive it several times.
     if (event->type() != QEvent::KeyPress || !watched->isWindowType() || m_releasing)
         return false;
     const auto &key = static_cast<const QKeyEvent &>(*event);
@@ -237,7 +236,7 @@ void WindowKeyboard::releaseHeld()
             continue;
         QCoreApplication::sendEvent(held.target, held.key.get());
         QKeyEvent up(QEvent::KeyRelease, held.key->key(), held.key->modifiers(), held.key->text());
-        QCoreApplication::sendEvent(held.target, &up); // a button acts when its key comes up
+        QCoreApplication::sendEvent(held.target, &up); // a button acts when its key is released
     }
     m_releasing = false;
 }

@@ -14,13 +14,13 @@
 
 namespace parcelory {
 
-/// The keys of all the program's windows, and the text field in them that has the focus: of one line or several, a
-/// password, the text of a spin box or of an editable list.
+/// The key presses in all of the program's windows, and the focused text field: single-line, multi-line, password, spin
+/// box or editable combo box.
 class WindowKeyboard : public QObject, public Keyboard {
 public:
     using TimeOf = std::function<std::chrono::milliseconds(const QKeyEvent &)>;
 
-    /// When a key was pressed, by the system's own stamp: however long it waited in the queue.
+    /// The system's timestamp of a key press, so that time in the event queue does not count.
     static std::chrono::milliseconds stampedTime(const QKeyEvent &key);
 
     explicit WindowKeyboard(TimeOf timeOf = stampedTime) : m_timeOf(std::move(timeOf)) {}
@@ -55,7 +55,7 @@ private:
     QList<Held> m_held;
     std::optional<Mark> m_mark;
     bool m_releasing = false;
-    QPointer<QWindow> m_window; ///< the one that the key at hand goes to
+    QPointer<QWindow> m_window; ///< receives the current key
 };
 
 } // namespace parcelory

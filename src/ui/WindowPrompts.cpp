@@ -19,10 +19,10 @@ struct Closing {
     {
         const auto finish = [this, waiting](int answer) {
             result = answer;
-            // Posted, so that whoever asked does not go on inside the dialog's own closing.
+            // Posted, so that the caller does not resume while the dialog is closing.
             QMetaObject::invokeMethod(qApp, [waiting] { waiting.resume(); }, Qt::QueuedConnection);
         };
-        // Once, because a dialog that is closed again while it goes away says so again.
+        // Only once, because a dialog that is closed again before its deletion emits finished again.
         QObject::connect(dialog, &QDialog::finished, dialog, finish, Qt::SingleShotConnection);
     }
     int await_resume() const noexcept { return result; }
@@ -42,7 +42,7 @@ Task<int> WindowPrompts::run(QDialog *dialog)
     dialog->open();
     const int result = co_await Closing{dialog};
     if (focus)
-        focus->setFocus(); // the clerk goes on where the dialog came up
+        focus->setFocus(); // the clerk continues where the dialog interrupted
     co_return result;
 }
 
@@ -61,8 +61,7 @@ Task<QString> WindowPrompts::saveFile(QString title, QString proposed)
         new QFileDialog(QApplication::activeWindow() ? QApplication::activeWindow() : m_window.data(), title);
     dialog->setAcceptMode(QFileDialog::AcceptSave); // asks before it replaces a file
     dialog->selectFile(proposed);
-    const QString path = co_await pickFile(dialog);
-    co_return path;
+    co_return co_await pickFile(dialog);
 }
 
 Task<QString> WindowPrompts::openFile(QString title)
@@ -70,8 +69,7 @@ Task<QString> WindowPrompts::openFile(QString title)
     auto *dialog =
         new QFileDialog(QApplication::activeWindow() ? QApplication::activeWindow() : m_window.data(), title);
     dialog->setFileMode(QFileDialog::ExistingFile);
-    const QString path = co_await pickFile(dialog);
-    co_return path;
+    co_return co_await pickFile(dialog);
 }
 
 Task<> WindowPrompts::alert(QString title, QString text)

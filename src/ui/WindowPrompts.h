@@ -10,10 +10,10 @@ namespace parcelory {
 
 class Clock;
 
-/// Prompts as dialogs over the program's window. Nothing waits while one is open: the answer resumes whoever asked.
+/// Prompts as dialogs over the program's window. An open dialog blocks nothing: the answer resumes the caller.
 class WindowPrompts : public Prompts {
 public:
-    /// Until there is a window, dialogs stand by themselves.
+    /// Call before the first prompt: dialogs need the clock.
     void attach(QWidget *window, Clock &clock);
 
     Task<> alert(QString title, QString text) override;

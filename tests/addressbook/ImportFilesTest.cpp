@@ -23,9 +23,9 @@ QString shown(const PostalContact &c)
 }
 
 /// What is read from the bytes, or the error's text.
-QStringList outcome(Read read, const QByteArray &file, ImportProgress::Report report = {})
+QStringList outcome(Read read, const QByteArray &file, const Progress &watched = {})
 {
-    ImportProgress progress(std::move(report));
+    ImportProgress progress(watched);
     QStringList lines;
     try {
         for (const PostalContact &contact : read(file, progress))
@@ -215,10 +215,12 @@ TEST(ImportProgress, TellsHowFarItIsAndEndsWhatNobodyWantsOrIsTooMuch)
     const QByteArray cards = card("ADR:;;1 Elm St;Salem;OR;97301;US").repeated(3000);
     QList<qsizetype> reports;
     const auto until = [&](qsizetype most) {
-        return [&reports, most](qsizetype addresses) {
+        const CancelToken cancel;
+        return Progress(cancel, [&reports, cancel, most](qint64 addresses, qint64) {
             reports.append(addresses);
-            return addresses < most;
-        };
+            if (addresses >= most)
+                cancel.cancel();
+        });
     };
     EXPECT_EQ(outcome(VCard::contacts, cards, until(9999)).size(), 3000);
     EXPECT_GT(reports.size(), 10);

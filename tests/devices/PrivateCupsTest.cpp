@@ -10,6 +10,7 @@
 #include <QDeadlineTimer>
 #include <QFileInfo>
 #include <QProcess>
+#include <QTemporaryDir>
 
 namespace parcelory::test {
 using namespace Qt::StringLiterals;

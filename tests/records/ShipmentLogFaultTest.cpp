@@ -227,7 +227,7 @@ TEST(ShipmentLog, GoesOnWithoutAFileThatItCanUse)
         EXPECT_EQ(log.zpl(1), std::nullopt);
         EXPECT_NE(importFailure(log, file.path(u"log.txt"_s)), u"imported"_s) << row.what;
         EXPECT_TRUE(shown(log).isEmpty());
-        EXPECT_EQ(log.exportEndiciaCSV().count(u'\n'), 1);
+        EXPECT_EQ(exported(log).count(u'\n'), 1);
         EXPECT_THAT(testing::internal::GetCapturedStderr(), HasSubstr(row.logged)) << row.what;
     }
 }

@@ -198,9 +198,9 @@ TEST(ShipmentLog, HandsOverNothingThatIsNotWantedAnyMore)
             workPool().waitForDone();
         log.reload(u"Ana 1200"_s);
         const QStringList before = shown(log);
-        int questions = 0;
-        EXPECT_FALSE(log.reload(u"B%x"_s, ShipmentLog::listLimit, [&questions] { return ++questions < 1; }));
-        EXPECT_LE(questions, 2) << "the first answer counts";
+        const CancelToken canceled;
+        canceled.cancel();
+        EXPECT_FALSE(log.reload(u"B%x"_s, ShipmentLog::listLimit, canceled));
         EXPECT_EQ(shown(log), before);
         EXPECT_EQ(log.shownSearch(), u"Ana 1200"_s);
         EXPECT_TRUE(log.insert(shipmentTo(u"Zoe"_s))) << "only the search was interrupted";

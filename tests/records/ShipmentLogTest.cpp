@@ -147,13 +147,13 @@ TEST(ShipmentLog, ExportsOldestFirstAndImportsItBack)
 {
     const LogFile file;
     ShipmentLog log(QDir(file.folder.path()));
-    EXPECT_EQ(log.exportEndiciaCSV(), EndiciaFormat::header() + u'\n');
+    EXPECT_EQ(exported(log), EndiciaFormat::header() + u'\n');
     ShipmentRecord full = fullRecord();
     full.createdAt = shipmentTo({}, 41).createdAt; // an exchange file knows no seconds
     full.status = u"REFUNDED"_s;
     EXPECT_TRUE(log.insert(full) && log.insert(shipmentTo(u"Second\r\nline\t\U0001FA99 'א';"_s, 42)) &&
                 log.insert(shipmentTo(u"First"_s)));
-    const QString text = log.exportEndiciaCSV();
+    const QString text = exported(log);
     EXPECT_EQ(text,
               EndiciaFormat::header() +
                   u"\n\tStamp\t11/20/26 02:00 PM\t\tFirst\t\t0.00\t\t\t\t\t\t\t\t\t\t\n"
@@ -164,7 +164,7 @@ TEST(ShipmentLog, ExportsOldestFirstAndImportsItBack)
     const LogFile copy;
     ShipmentLog second(QDir(copy.folder.path()));
     EXPECT_EQ(second.importEndiciaCSV(file.path(u"log.txt"_s)), 3);
-    EXPECT_EQ(second.exportEndiciaCSV(), text);
+    EXPECT_EQ(exported(second), text);
     EXPECT_EQ(shown(second), (QStringList{u"Second  line \U0001FA99 'א';"_s, full.recipient, u"First"_s}));
     EXPECT_EQ(second.records()[0].status, QString()); // "PRINTED" leaves and nothing comes back
     EXPECT_EQ(second.records()[1].weight, u"1 lb 8 oz"_s);
@@ -203,11 +203,16 @@ TEST(ShipmentLog, TellsHowFarAnExchangeIsAndEndsItOnDemand)
     ShipmentLog log(QDir(file.folder.path()));
     file.put(u"log.txt"_s, mailLine("Ana").repeated(5000));
     QList<std::pair<qint64, qint64>> told;
-    const auto tell = [&told](qint64 done, qint64 total) { return told.append({done, total}), true; };
-    const auto endAfterHalf = [](qint64 done, qint64 total) { return done < total / 2; };
-    const auto endAtTheLast = [](qint64 done, qint64 total) { return done < total; };
+    const Progress tell({}, [&told](qint64 done, qint64 total) { told.append({done, total}); });
+    const auto canceledAt = [](int share) {
+        const CancelToken cancel;
+        return Progress(cancel, [cancel, share](qint64 done, qint64 total) {
+            if (done >= total / share)
+                cancel.cancel();
+        });
+    };
 
-    for (const ShipmentLog::Progress &end : {ShipmentLog::Progress(endAfterHalf), ShipmentLog::Progress(endAtTheLast)})
+    for (const Progress &end : {canceledAt(2), canceledAt(1)})
         EXPECT_EQ(log.importEndiciaCSV(file.path(u"log.txt"_s), end), 0);
     EXPECT_EQ(file.recipients(), QStringList());
     EXPECT_EQ(log.importEndiciaCSV(file.path(u"log.txt"_s), tell), 5000);
@@ -218,13 +223,13 @@ TEST(ShipmentLog, TellsHowFarAnExchangeIsAndEndsItOnDemand)
     told.clear();
     QBuffer whole, half, refusing;
     ASSERT_TRUE(whole.open(QIODevice::WriteOnly) && half.open(QIODevice::WriteOnly));
-    EXPECT_TRUE(log.exportEndicia(whole, tell));
+    EXPECT_TRUE(log.exportEndiciaCSV(whole, tell));
     EXPECT_EQ(told.last(), std::pair(qint64(5000), qint64(5000)));
     EXPECT_EQ(whole.data().count('\n'), 5001);
-    EXPECT_FALSE(log.exportEndicia(half, endAfterHalf));
+    EXPECT_FALSE(log.exportEndiciaCSV(half, canceledAt(2)));
     EXPECT_LT(half.size(), whole.size());
     EXPECT_TRUE(whole.data().startsWith(half.data()));
-    EXPECT_FALSE(log.exportEndicia(refusing)); // not open, so it takes nothing
+    EXPECT_FALSE(log.exportEndiciaCSV(refusing)); // not open, so it takes nothing
 }
 
 TEST(ShipmentLog, RefusesAFileThatIsNoText)

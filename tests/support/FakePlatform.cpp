@@ -7,7 +7,7 @@
 namespace parcelory::test {
 using namespace Qt::StringLiterals;
 
-ProcessOutcome FakeProcesses::run(const QString &program, const QStringList &arguments, const std::atomic<bool> *stop)
+ProcessOutcome FakeProcesses::run(const QString &program, const QStringList &arguments, const CancelToken &cancel)
 {
     Call call{program, arguments, {}};
     if (QFile file(arguments.value(arguments.size() - 1)); file.open(QIODevice::ReadOnly))
@@ -17,7 +17,7 @@ ProcessOutcome FakeProcesses::run(const QString &program, const QStringList &arg
         m_calls.append(call);
     }
     if (real)
-        return real->run(program, arguments, stop);
+        return real->run(program, arguments, cancel);
     return behave ? behave(program, arguments) : ProcessOutcome{};
 }
 

@@ -94,8 +94,7 @@ public:
         QStringList arguments;
         QByteArray file; ///< what the last argument held, when it names a file
     };
-    ProcessOutcome run(const QString &program, const QStringList &arguments,
-                       const std::atomic<bool> *stop = nullptr) override;
+    ProcessOutcome run(const QString &program, const QStringList &arguments, const CancelToken &cancel = {}) override;
 
     QList<Call> calls() const
     {

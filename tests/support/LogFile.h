@@ -6,6 +6,7 @@
 
 #include <gmock/gmock.h>
 
+#include <QBuffer>
 #include <QFile>
 #include <QTemporaryDir>
 
@@ -55,6 +56,15 @@ inline QStringList shown(const ShipmentLog &log)
     for (const ShipmentRecord &record : log.records())
         names += record.recipient;
     return names;
+}
+
+/// The whole log as an exchange file.
+inline QString exported(const ShipmentLog &log)
+{
+    QBuffer text;
+    text.open(QIODevice::WriteOnly);
+    [[maybe_unused]] const bool complete = log.exportEndiciaCSV(text);
+    return QString::fromUtf8(text.data());
 }
 
 /// A line of an exchange file with the fields that every line needs.

@@ -46,7 +46,7 @@ TEST(AddressBookPane, FillsTheLabelWithoutTheMouse)
     desk.type(u"or 97"_s);           // in the place of the first search
     desk.press(Qt::Key_Return);      // two of them: the clerk has to look
     EXPECT_EQ(desk.app().draftTo.value().name, u"Silas Okonkwo");
-    EXPECT_EQ(desk.focusName(), u"Addresses");
+    EXPECT_EQ(desk.focusName(), u"Parcelory Address Book");
     desk.press(Qt::Key_Down);
     desk.press(Qt::Key_Return);
     EXPECT_TRUE(desk.isShown(u"Filled label for Ruth Abernathy"_s));

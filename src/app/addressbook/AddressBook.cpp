@@ -7,8 +7,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// By which a recipient is known again, even after the carrier has rewritten street and postal code: house number and
-/// the street's first word, or the whole line where there is no such number, as with a post office box.
+/// Identifies a recipient, even after the carrier has rewritten the street and ZIP code: name, ZIP, and house number
+/// with the street's first word, or the whole line if it has no house number, such as a PO box.
 QString personKey(const QString &name, const QString &street1, const QString &zip)
 {
     const QString street = street1.simplified();
@@ -17,7 +17,7 @@ QString personKey(const QString &name, const QString &street1, const QString &zi
     return (name + u'|' + place + u'|' + zip.section(u'-', 0, 0)).toLower();
 }
 
-/// What stands there already where the new value says nothing.
+/// Keeps the known value if the new value is blank.
 QString orKnown(const QString &value, const QString &known)
 {
     return value.trimmed().isEmpty() ? known : value;
@@ -45,7 +45,7 @@ Task<> AddressBook::load()
     });
     const int number = ++m_loads;
     Book book = co_await reading;
-    if (number != m_loads) // a later look at the book is on its way, or has been here
+    if (number != m_loads) // a later load has started
         co_return;
     m_contacts = std::move(book.contacts);
     m_filter = std::move(book.filter);
@@ -58,12 +58,11 @@ Task<> AddressBook::reload()
     status = QString::number(m_contacts.size()) + u" addresses"_s;
 }
 
-/// Writes on the pool and reads the book again. False, with the reason as status, when it was not written.
+/// Writes on the pool and reads the book again. False, with the reason as status, if the write failed.
 Task<bool> AddressBook::write(Write change)
 {
-    auto writing =
-        onPool([&store = m_app.addressBook, change] { return change(store) ? QString() : store.lastError(); });
-    const QString reason = co_await writing;
+    const QString reason =
+        co_await onPool([&store = m_app.addressBook, change] { return change(store) ? QString() : store.lastError(); });
     if (!reason.isEmpty()) {
         status = u"The address book could not be written — "_s + reason + u'.';
         co_return false;
@@ -100,8 +99,6 @@ Task<> AddressBook::undoRemove()
 Task<> AddressBook::keep(ShippoAddress recipient, bool quietly)
 {
     PostalContact contact = PostalContact::of(recipient);
-    if (m_loads == 0)
-        co_await load();
     const QString key = personKey(contact.name, contact.street1, contact.zip);
     const auto known = std::ranges::find_if(m_contacts, [&key](const PostalContact &entry) {
         return personKey(entry.name, entry.street1, entry.zip) == key;
@@ -112,7 +109,7 @@ Task<> AddressBook::keep(ShippoAddress recipient, bool quietly)
         contact.phone = orKnown(contact.phone, known->phone);
         contact.email = orKnown(contact.email, known->email);
         if (m_app.sanitizer.sanitize(known->company) == contact.company || contact.company.isEmpty())
-            contact.company = known->company; // only labels are discreet
+            contact.company = known->company; // only labels use the sanitized company
     }
     const bool written = co_await write([contact](LocalAddressStore &store) { return store.upsert(contact); });
     if (written && !quietly)

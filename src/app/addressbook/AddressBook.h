@@ -7,65 +7,64 @@
 #include <QObject>
 #include <QProperty>
 
-#include <atomic>
 #include <optional>
 
 namespace parcelory {
 
-/// The desk's address book as the screens see it: the whole list in memory, and what changes it. One for all panes;
-/// lives as long as AppState.
+/// The desk's address book for the screens: the whole list in memory, and the operations that change it. All panes
+/// share it; it lives as long as AppState.
 class AddressBook : public QObject {
     Q_OBJECT
 public:
     explicit AddressBook(AppState &app);
 
-    QProperty<QString> status; ///< what the last operation came to, or how far an import is
+    QProperty<QString> status; ///< result of the last operation, or progress of an import
     QProperty<bool> importing{false};
-    QProperty<std::optional<PostalContact>> deleted; ///< the last one deleted, until the next change
+    QProperty<std::optional<PostalContact>> deleted; ///< the last deleted contact, until the next change
 
-    /// By name. Replaced as a whole with every change: hold on to none of it while waiting.
+    /// Sorted by name. Replaced as a whole at every change: keep no reference across a co_await.
     const QList<PostalContact> &contacts() const { return m_contacts; }
     const AddressFilter &filter() const { return m_filter; }
 
     /// Reads the book again; the status becomes the number of addresses.
     Task<> reload();
-    /// False, with the reason as status, when it was not written.
+    /// False, with the reason as status, if the write failed.
     Task<bool> save(PostalContact contact);
     Task<> remove(PostalContact contact);
     Task<> undoRemove();
-    /// Takes a label's recipient into the book, or brings the entry of the same name, street and ZIP to what it is now.
-    /// Nothing is said when `quietly`.
+    /// Saves a label's recipient, or updates the contact with the same name, street and ZIP. If `quietly`, success is
+    /// not shown as status.
     Task<> keep(ShippoAddress recipient, bool quietly);
 
-    /// The Endicia list from where Endicia keeps it, or else from a file of the clerk's choice.
+    /// Imports Endicia's address list from Endicia's folder, or else from a file that the clerk picks.
     Task<> importEndicia();
     Task<> importVCard();
     Task<> importContacts();
     bool hasContacts() const { return m_app.appleContacts.isAvailable(); }
-    void cancelImport() { m_cancelled = true; }
+    void cancelImport() { m_cancel.cancel(); }
 
 signals:
     void contactsChanged();
 
 private:
-    using Reader = std::function<QList<PostalContact>(ImportProgress::Report report)>;
-    /// A change of the store; false when it was not written.
+    using Reader = std::function<QList<PostalContact>(Progress progress)>;
+    /// Changes the store; false if the write failed.
     using Write = std::function<bool(LocalAddressStore &store)>;
 
     Task<> load();
     Task<bool> write(Write change);
     Task<> importFrom(Reader reader, QString reading);
     Task<> mergeAll(QList<PostalContact> contacts);
-    ImportProgress::Report followImport(QString reading);
+    Progress followImport(QString reading);
 
     AppState &m_app;
     QList<PostalContact> m_contacts;
     AddressFilter m_filter;
-    int m_loads = 0; ///< readings of the book that were begun
-    std::atomic<bool> m_cancelled = false;
+    int m_loads = 0; ///< number of loads started
+    CancelToken m_cancel;
 };
 
-/// One place where the address book is searched: the sidebar, or the window of its own.
+/// A view that searches the address book: the sidebar or the Address Book window.
 class AddressBookPane : public QObject {
     Q_OBJECT
 public:
@@ -75,7 +74,9 @@ public:
     QProperty<std::optional<QUuid>> selection;
 
     AddressBook &book() { return m_book; }
-    /// Positions in book().contacts() of those that match the query.
+    /// What the clerk sees as the source of the addresses.
+    static QString sourceName() { return LocalAddressStore::sourceName(); }
+    /// Indexes in book().contacts() of the contacts that match the query.
     const QList<int> &filtered() const { return m_filtered; }
     std::optional<PostalContact> selected() const;
     /// Fills the label's recipient.

@@ -5,29 +5,28 @@
 namespace parcelory {
 using namespace Qt::StringLiterals;
 
-/// Shows how many addresses were read so far; called on the reading thread.
-ImportProgress::Report AddressBook::followImport(QString reading)
+/// Shows how many addresses were read so far; the returned callback runs on the reading thread.
+Progress AddressBook::followImport(QString reading)
 {
-    m_cancelled = false;
+    m_cancel = {};
     status = reading;
-    return [this, reading](qsizetype addresses) {
+    return Progress(m_cancel, [this, reading, cancel = m_cancel](qint64 addresses, qint64) {
         QMetaObject::invokeMethod(
             this,
-            [this, reading, addresses] {
-                if (importing && !m_cancelled)
+            [this, reading, addresses, cancel] {
+                if (importing && !cancel.isCanceled())
                     status = reading + u' ' + QString::number(addresses);
             },
             Qt::QueuedConnection);
-        return !m_cancelled;
-    };
+    });
 }
 
-/// Reads a source on the pool and merges what it holds; a failure leaves the book as it was.
+/// Reads a source on the pool and merges its contacts; on failure the book is unchanged.
 Task<> AddressBook::importFrom(Reader reader, QString reading)
 {
     try {
-        auto work = onPool([reader, report = followImport(reading)] { return reader(report); });
-        const QList<PostalContact> contacts = co_await work;
+        const QList<PostalContact> contacts =
+            co_await onPool([reader, progress = followImport(reading)] { return reader(progress); });
         co_await mergeAll(contacts);
     } catch (const AppError &error) {
         status = error.description();
@@ -36,8 +35,7 @@ Task<> AddressBook::importFrom(Reader reader, QString reading)
 
 Task<> AddressBook::mergeAll(QList<PostalContact> contacts)
 {
-    auto merging = onPool([&store = m_app.addressBook, contacts] { return store.merge(contacts); });
-    const LocalAddressStore::Merged merged = co_await merging;
+    const LocalAddressStore::Merged merged = co_await onPool(m_app.addressBook, &LocalAddressStore::merge, contacts);
     deleted = std::nullopt;
     co_await load();
     status = u"Imported %1 addresses (%2 duplicates skipped) — %3 total."_s.arg(merged.imported)
@@ -56,7 +54,7 @@ Task<> AddressBook::importEndicia()
         path = co_await m_app.platform.prompts.openFile(u"Pick Endicia's importedAddresses.plist"_s);
     if (path.isEmpty())
         co_return;
-    co_await importFrom([path](auto report) { return LocalAddressStore::importEndicia(path, report); },
+    co_await importFrom([path](Progress progress) { return LocalAddressStore::importEndicia(path, progress); },
                         u"Reading the Endicia address list…"_s);
 }
 
@@ -69,7 +67,7 @@ Task<> AddressBook::importVCard()
     const QString path = co_await m_app.platform.prompts.openFile(u"Pick a vCard export (.vcf)"_s);
     if (path.isEmpty())
         co_return;
-    co_await importFrom([path](auto report) { return LocalAddressStore::importVCard(path, report); },
+    co_await importFrom([path](Progress progress) { return LocalAddressStore::importVCard(path, progress); },
                         u"Parsing vCard…"_s);
 }
 
@@ -79,7 +77,7 @@ Task<> AddressBook::importContacts()
         co_return;
     importing = true;
     const auto done = qScopeGuard([this] { importing = false; });
-    m_cancelled = false;
+    m_cancel = {};
     status = u"Asking macOS for Contacts access…"_s;
     const bool allowed = co_await m_app.appleContacts.requestAccess();
     if (!allowed) {

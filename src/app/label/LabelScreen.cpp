@@ -31,7 +31,8 @@ void LabelScreen::watchEdits()
     watch([this] { takeFilledDraft(); }, m_app.draftFillCount);
     watch([this] { watchForSecondLabel(); }, selectedRateID, reference, purchases.unresolved);
     watch([this] { takeResolved(); }, purchases.resolved);
-    watch([this] { spawn([this] { return purchases.checkAgain(); }); }, m_app.keyChanges); // it may be a question's key
+    // An unresolved purchase may need this key.
+    watch([this] { spawn([this] { return purchases.checkAgain(); }); }, m_app.keyChanges);
 }
 
 void LabelScreen::draftEdited()
@@ -51,7 +52,7 @@ void LabelScreen::recipientEdited()
     sameWhereabouts.company = m_lastRecipient.company;
     sameWhereabouts.phone = m_lastRecipient.phone;
     sameWhereabouts.email = m_lastRecipient.email;
-    if (!(sameWhereabouts == m_lastRecipient)) { // a checked street is not the one that stands here now
+    if (!(sameWhereabouts == m_lastRecipient)) { // the validated address is no longer in the form
         forgetValidation();
         showIntlPaperwork = false; // the open sheet is about another parcel
     }
@@ -66,7 +67,7 @@ void LabelScreen::mailpieceChosen()
     draftEdited();
     const MailpieceSelection &chosen = mailpiece.value();
     if (std::exchange(m_sizeFromBox, false))
-        setSize({}, {}, {}); // a box's size is not that of other packaging
+        setSize({}, {}, {}); // a box's size does not apply to other packaging
     if (const auto *preset = std::get_if<PresetMailpiece>(&chosen)) {
         if (const PresetBox *box = presetBox(preset->id)) {
             setSize(box->length, box->width, box->height);
@@ -131,7 +132,7 @@ void LabelScreen::invalidateIntlRates()
 
 void LabelScreen::takeFilledDraft()
 {
-    draftEdited(); // even when the recipient is the same one again
+    draftEdited(); // even if the recipient is unchanged
     reference = m_app.draftReference.value();
     forgetValidation();
     showIntlPaperwork = false;
@@ -139,7 +140,8 @@ void LabelScreen::takeFilledDraft()
     takeCustoms();
 }
 
-/// The declaration follows the invoice; without one, nothing of the last invoice stays. Whoever signs still does.
+/// Fills the customs declaration from the invoice. Without an invoice, clears what the last invoice filled in. The
+/// signer stays.
 void LabelScreen::takeCustoms()
 {
     const std::optional<DesklineInvoice> invoice = draftInvoice();

@@ -21,7 +21,7 @@
 
 namespace parcelory {
 
-/// What the screen's message line says.
+/// The screen's message line.
 struct Banner {
     QString text;
     bool ok = true; ///< false shows it as a warning
@@ -47,14 +47,14 @@ enum class DraftField {
     quantity,
 };
 
-/// What the clerk does next; the screen's one solid button.
+/// The clerk's next step, shown as the screen's only solid button.
 enum class NextStep { none, validate, getRates, buy };
 
-/// The label just bought, until the next recipient.
+/// The last label bought; cleared when the next recipient is filled in.
 struct LastLabel {
     QString recipient; ///< "Eleanor Whitfield · Asheville NC"
     ShipmentRecord record;
-    QString message; ///< what became of a reprint or a copy
+    QString message; ///< result of a reprint or a copy
 
     bool operator==(const LastLabel &other) const
     {
@@ -62,31 +62,31 @@ struct LastLabel {
     }
 };
 
-/// The New Label screen: one shipment is composed, checked, rated, bought, printed and logged. The recipient is
-/// AppState::draftTo, edited in place; everything else of the draft stands here. Lives as long as AppState.
+/// The New Label screen: composes, checks, rates, buys, prints and logs one shipment. The recipient is
+/// AppState::draftTo, edited in place; the rest of the draft is here. Lives as long as AppState.
 ///
-/// Editing anything that a price depends on clears the rates, so that a price on the screen is always true; an answer
-/// that comes back to a draft edited meanwhile is dropped.
+/// An edit that affects the price clears the rates, so that a displayed price is always valid. A response to a draft
+/// that was edited in the meantime is discarded.
 class LabelScreen {
 public:
     explicit LabelScreen(AppState &app);
 
     // The draft. Texts are kept as typed and read as numbers where they are used.
-    QProperty<std::optional<QUuid>> senderID; ///< none: the default profile
+    QProperty<std::optional<QUuid>> senderID; ///< empty: the default profile
     QProperty<Carrier> carrier{Carrier::usps};
     QProperty<MailpieceSelection> mailpiece{BuiltinMailpiece::package};
     QProperty<ServiceClass> svcClass{ServiceClass::priority};
     QProperty<QString> weightLb, weightOz;
     QProperty<QString> dimLength, dimWidth, dimHeight; ///< inches
     QProperty<ServiceOption> service{ServiceOption::tracking};
-    QProperty<QString> insuranceValue; ///< US dollars; empty insures nothing
+    QProperty<QString> insuranceValue; ///< US dollars; empty: not insured
     QProperty<QDate> shipDate;
     QProperty<bool> fedexResidential{false};
     QProperty<CustomsInfo> customs;
     QProperty<bool> printInvoiceWithRates{true}; ///< the commercial invoice prints with the label
     QProperty<QString> descriptionText;          ///< for the local log only
     QProperty<QString> reference;                ///< for the local log only
-    QProperty<bool> keepRecipient{true};         ///< the address book takes whoever a label was bought for
+    QProperty<bool> keepRecipient{true};         ///< save the recipient in the address book after the purchase
 
     // What the screen found out.
     QProperty<QString> validationStatus; ///< the line under the recipient
@@ -95,21 +95,22 @@ public:
     QProperty<QList<ShippoRate>> rates; ///< the current carrier's, cheapest first
     QProperty<std::optional<QString>> selectedRateID;
     QProperty<bool> busy{false};
-    QProperty<bool> validating{false}; ///< busy with the address
-    QProperty<bool> buying{false};     ///< busy with a purchase: the program must not end now
+    QProperty<bool> validating{false}; ///< the address is being validated
+    QProperty<bool> buying{false};     ///< a purchase is in progress: the program must not end now
     QProperty<std::optional<Banner>> banner;
-    QProperty<std::optional<DraftField>> faultyField; ///< the one that the banner is about, until the next edit
+    QProperty<std::optional<DraftField>> faultyField; ///< the field that the banner is about, until the next edit
     QProperty<std::optional<LastLabel>> lastLabel;
-    /// Why the selected rate would buy a second label; empty for a first one.
+    /// Why the selected rate would buy a second label; empty if it would not.
     QProperty<QString> secondLabel;
-    QProperty<bool> secondLabelAgreed{false}; ///< the clerk has read that, and the next press buys
+    QProperty<bool> secondLabelAgreed{false}; ///< the clerk has seen the warning; the next press buys
 
-    Purchases purchases; ///< what is under way, and what became of what was
+    Purchases purchases; ///< unresolved and resolved purchases
 
     std::optional<SenderProfile> sender() const;
-    /// The scanned invoice that the draft is about; nothing once its parcel is sold or another recipient is filled in.
+    /// The scanned invoice that the reference names; empty once its parcel is sold or another recipient is filled in.
     std::optional<DesklineInvoice> draftInvoice() const;
-    /// The declared value that the draft's invoice suggests, in US dollars; empty without one.
+    /// The declared value that the draft's invoice suggests, in US dollars; empty if there is no invoice or no readable
+    /// total.
     QString defaultCustomsValue() const;
     bool isInternational() const;
     bool flatRateLocked() const;
@@ -122,14 +123,14 @@ public:
     bool formComplete() const;
     std::optional<ShippoRate> selectedRate() const;
     NextStep nextStep() const;
-    /// Whether this recipient's last label was bought is still being asked: buying waits for the answer.
+    /// True while it is unknown whether this recipient's last label was bought; buying is disabled until then.
     bool isBuyClosed() const;
     /// The classes and extra services that fit carrier and destination.
     QList<ServiceClass> offeredClasses() const;
     QList<ServiceOption> offeredOptions() const;
     bool sendsOwnDimensions() const;
 
-    // Texts that depend on the draft; empty where nothing is to be said.
+    // Texts that depend on the draft; empty if there is nothing to show.
     QString mailpieceName() const;
     QString mailpieceIcon() const;
     QString sizeHint() const;
@@ -142,55 +143,56 @@ public:
     QString paperworkText() const;
     static QString transitText(const ShippoRate &rate);
     QString nextStepHint() const;
-    /// The recipient as the label will show it, a line each.
+    /// The recipient's lines as the label will show them.
     QStringList printedRecipient() const;
     QString extrasSummary() const;
 
-    /// Takes the weight of a parcel that was not sold yet from the scale.
+    /// Takes the weight from the scale, but not the weight of a parcel that is already sold.
     void weigh();
-    /// Prints the commercial invoice of the draft as it stands.
+    /// Prints the commercial invoice of the current draft.
     Task<> printIntlInvoice();
-    /// Checks the recipient with the carrier, asks the clerk where a number would be lost, and goes on to rating.
+    /// Validates the recipient with the carrier, lets the clerk choose if the carrier drops a number, and continues to
+    /// rating.
     Task<> validate();
-    /// Checks the draft and asks for rates. An international draft opens the paperwork sheet first; the sheet calls
+    /// Checks the draft and requests rates. An international draft opens the paperwork sheet first; the sheet calls
     /// again with `intlConfirmed`.
     Task<> fetchRates(bool intlConfirmed = false);
-    /// Buys the selected rate, prints the label and writes the mailing log. What would be a parcel's second label is
-    /// bought at the second press only; the first one says why in `secondLabel`.
+    /// Buys the selected rate, prints the label and writes the mailing log. A second label for the same parcel takes
+    /// two presses: the first press only shows the warning in `secondLabel`.
     Task<> buyAndPrint();
-    /// Empties the draft for the next parcel; sender, carrier, mailpiece with its box's size, class and option stay.
+    /// Clears the draft for the next parcel; sender, carrier, mailpiece with its box's size, class and option stay.
     void clearDraft();
 
-    /// The last purchase left nothing that has to be read: its label and papers are printed, and it is logged.
+    /// True if the last purchase needs no attention: its label and papers are printed, and it is logged.
     bool purchaseComplete() const { return m_purchaseComplete; }
 
-    /// Prints the last label once more; lastLabel's message says what came of it.
+    /// Reprints the last label; the result is in lastLabel's message.
     Task<> reprintLast();
     void copyLastTracking();
 
 private:
-    /// Why the draft cannot be rated yet, and which field is to blame.
+    /// Why the draft cannot be rated yet, and which field to correct.
     struct Obstacle {
         QString text;
         DraftField field;
     };
 
-    /// What of a draft belongs to one parcel only.
+    /// The draft fields that belong to one parcel only.
     struct SoldDraft {
         QString weightLb, weightOz, insuranceValue, reference, descriptionText;
         CustomsInfo customs;
     };
 
-    /// A purchase with everything it needs, as it stood when the clerk pressed the button.
+    /// Everything that a purchase needs, captured when the clerk pressed the button.
     struct Purchase {
         Carrier carrier;
         ShippoRate rate;
         ShippoAddress from;
         int edits;       ///< m_edits at that moment
-        quint64 weighed; ///< whatever has been on the scale by then counts as sold
+        quint64 weighed; ///< scale readings up to this generation count as sold
         SoldDraft draft;
         CommercialInvoice::Data_ invoice;
-        OpenPurchase entry; ///< as the journal keeps it
+        OpenPurchase entry; ///< the journal's entry
     };
 
     void watchEdits();
@@ -241,15 +243,15 @@ private:
     AppState &m_app;
     CustomsPapers m_papers;
     int m_edits = 0;              ///< counts edits that a price depends on
-    quint64 m_soldWeight = 0;     ///< generation of the scale's reading that the last label was bought with
-    qsizetype m_resolvedSeen = 0; ///< of purchases.resolved
+    quint64 m_soldWeight = 0;     ///< scale generation that the last label was bought with
+    qsizetype m_resolvedSeen = 0; ///< entries of purchases.resolved already handled
     bool m_sizeFromBox = false;
     bool m_purchaseComplete = false;
-    bool m_bannerAboutRates = false; ///< the banner goes with the rates that it is about
+    bool m_bannerAboutRates = false; ///< the banner is cleared together with the rates
     ShippoAddress m_lastRecipient;
-    CustomsInfo m_filledCustoms; ///< as the draft was filled; what differs the clerk has typed
+    CustomsInfo m_filledCustoms; ///< as filled in automatically; the clerk typed the values that differ
     std::vector<QPropertyNotifier> m_notifiers;
-    QObject m_lifetime; ///< what looks something up by itself asks whether the screen is still there
+    QObject m_lifetime; ///< lets a background lookup detect that the screen is gone
 };
 
 } // namespace parcelory

@@ -25,7 +25,7 @@ void LabelScreen::weigh()
         takeWeight();
 }
 
-/// True when the scale had the settled weight of a parcel that was not sold yet.
+/// Takes the scale's settled weight. False if there is no settled weight or its parcel is already sold.
 bool LabelScreen::takeWeight()
 {
     const std::optional<USBScale::Reading> reading = m_app.scale.reading();
@@ -33,7 +33,7 @@ bool LabelScreen::takeWeight()
         return false;
     const auto [pounds, ounces] = inPounds(reading->ounces);
     weightLb = fixed(pounds, 0);
-    weightOz = shortest(ounces, 2); // a scale set to grams crosses a rate's step by a hundredth
+    weightOz = shortest(ounces, 2); // a hundredth from a scale set to grams can cross a rate step
     return true;
 }
 

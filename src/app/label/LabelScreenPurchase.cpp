@@ -30,10 +30,10 @@ QString summaryOf(Carrier carrier, const ShippoAddress &to, const ShipmentRecord
                        u" · "_s);
 }
 
-/// True when the carrier may have sold a label although its answer did not say so.
+/// True if the carrier may have sold the label although no response confirmed it.
 bool outcomeUnknown(const AppError &error)
 {
-    constexpr int timedOut = 408, conflict = 409; // the carrier's own words for "perhaps"
+    constexpr int timedOut = 408, conflict = 409; // statuses that leave the outcome open
     if (const auto *shippo = dynamic_cast<const ShippoError *>(&error))
         return shippo->kind() == ShippoError::Kind::http || shippo->status() == timedOut ||
                shippo->status() == conflict;
@@ -60,7 +60,7 @@ LabelScreen::Purchase LabelScreen::preparePurchase(const ShippoRate &rate) const
     ShippoAddress &to = purchase.entry.recipient;
     to.company = m_app.sanitizer.sanitize(to.company);
 
-    const QString service = rate.servicelevel.name.value_or(rate.servicelevel.token.value_or(QString()));
+    const QString service = serviceName(rate.servicelevel);
     const QString insured = insuranceValue.value().trimmed();
     const bool isInsured = decimalOrZero(insured) > 0;
     const QString declared = isInternational() ? customs.value().value.trimmed() : QString();
@@ -89,8 +89,8 @@ LabelScreen::Purchase LabelScreen::preparePurchase(const ShippoRate &rate) const
     return purchase;
 }
 
-/// What still stands there of a parcel that turned out to be sold must not be sold again; another one for the same
-/// recipient, that the clerk has begun meanwhile, stays.
+/// Clears the draft of a parcel that turned out to be sold, so that it is not sold again. A draft with another
+/// reference for the same recipient, begun in the meantime, stays.
 void LabelScreen::takeResolved()
 {
     const QList<ResolvedPurchase> &all = purchases.resolved.value();
@@ -106,7 +106,7 @@ void LabelScreen::takeResolved()
         clearDraft();
 }
 
-/// The warning has to stand beside the price before the clerk presses the button.
+/// Shows the warning next to the price before the clerk presses the button.
 void LabelScreen::watchForSecondLabel()
 {
     if (!selectedRate())
@@ -125,12 +125,11 @@ void LabelScreen::watchForSecondLabel()
 
 Task<bool> LabelScreen::hasTestKey()
 {
-    auto tokenRead = onPool([&keys = m_app.keys] { return keys.activeToken().value_or(QString()); });
-    const QString token = co_await tokenRead;
+    const QString token = co_await onPool([&keys = m_app.keys] { return keys.activeToken().value_or(QString()); });
     co_return ShippoKeys::isTest(token);
 }
 
-/// What the clerk has agreed to is one warning about one set of rates.
+/// The clerk's agreement applies to one warning for one set of rates only.
 void LabelScreen::warnOfSecondLabel(const QString &warning)
 {
     secondLabelAgreed = secondLabelAgreed && warning == secondLabel.value();
@@ -146,9 +145,8 @@ Task<QString> LabelScreen::secondLabelWarning(bool testMode)
                            .lastOutcomeUnknown = question.has_value(),
                            .now = m_app.platform.clock.now(),
                            .earlier = {}};
-    auto looking = onPool([&log = m_app.log, reference = facts.reference, today = facts.now.date().startOfDay(),
-                           testMode] { return log.labelsLike(reference, today, testMode); });
-    facts.earlier = co_await looking;
+    facts.earlier =
+        co_await onPool(m_app.log, &ShipmentLog::labelsLike, facts.reference, facts.now.date().startOfDay(), testMode);
     co_return secondLabelReasons(facts).join(u'\n');
 }
 
@@ -157,7 +155,7 @@ Task<> LabelScreen::buyAndPrint()
     const std::optional<ShippoRate> rate = selectedRate();
     if (busy || !rate || isBuyClosed())
         co_return;
-    busy = true; // in the same event as the press: a second press finds it set
+    busy = true; // set in the same event as the press, so that a second press is ignored
     buying = true;
     m_purchaseComplete = false;
     const auto done = qScopeGuard([this] {
@@ -184,14 +182,14 @@ Task<> LabelScreen::buy(Purchase purchase)
     try {
         if (entry.record.isIntl && purchase.carrier == Carrier::usps)
             entry.record.customsPDF =
-                co_await m_papers.drawInvoice(purchase.invoice); // only the draft knows what it says
+                co_await m_papers.drawInvoice(purchase.invoice); // cannot be redrawn after a restart
         entry.id = co_await purchases.begin(entry);
     } catch (const AppError &error) {
         fail(u"Buy Label"_s, error);
         co_return;
     }
     std::optional<ShippoTransaction> bought;
-    QString doubt; // why it is not known whether the carrier has sold the label
+    QString doubt; // why the outcome is unknown
     try {
         bought = co_await m_app.shippo.purchase(entry.rateId, u"ZPLII"_s, tag);
     } catch (const AppError &error) {
@@ -212,13 +210,13 @@ Task<> LabelScreen::buy(Purchase purchase)
         co_await finishPurchase(purchase, *bought);
 }
 
-/// The parcel is still on the desk, so the carrier is asked a few times before the clerk is left with an open question.
+/// The parcel is still on the desk, so poll the carrier a few times before leaving the purchase unresolved.
 Task<std::optional<ShippoTransaction>> LabelScreen::lookForLabel(OpenPurchase entry, QString doubt)
 {
     constexpr int looks = 3;
     constexpr auto pause = std::chrono::seconds(2);
-    const QDateTime since = m_app.platform.clock.now(); // the answer may have been waited for longer than that
-    clearRates(); // buying again takes a new look at the prices, and so a moment's thought
+    const QDateTime since = m_app.platform.clock.now(); // not askedAt: the response may have failed only after a minute
+    clearRates(); // buying again requires new rates, which gives the clerk time to think
     warn(doubt + u" Asking the carrier whether the label was bought…"_s);
     co_await purchases.save(entry);
     Purchases::Answer answer;
@@ -275,7 +273,7 @@ Task<> LabelScreen::finishPurchase(Purchase purchase, ShippoTransaction transact
             papers = co_await m_papers.printFedexInvoice(record.customsDocURL);
         else
             papers = co_await m_papers.printInvoice(purchase.invoice, printInvoiceWithRates);
-        if (papers.document) // otherwise what was drawn before the purchase stays
+        if (papers.document) // otherwise keep the document drawn before the purchase
             record.customsPDF = papers.document;
         if (!papers.note.isEmpty())
             outcome += papers.done ? u' ' + papers.note : papers.note;
@@ -308,7 +306,8 @@ void LabelScreen::showSold(const Purchase &purchase, const QString &outcome, boo
     banner = Banner{u"Success! %1 to %2, $%3"_s.arg(record.service, to.name, purchase.rate.amount) + outcome, logged};
 }
 
-/// The clerk has begun the next parcel: what still stands there of the last one must not be sold again.
+/// The clerk has begun the next parcel. Clears the fields that still hold the sold parcel's values, so that they are
+/// not used again.
 void LabelScreen::clearSold(const SoldDraft &sold)
 {
     if (weightLb.value() == sold.weightLb && weightOz.value() == sold.weightOz) {
@@ -325,7 +324,7 @@ void LabelScreen::clearSold(const SoldDraft &sold)
         customs = CustomsInfo{};
 }
 
-/// Fetches and prints the label. It is paid for by now, so nothing that fails here may stop it from being logged.
+/// Fetches and prints the label. The label is already paid for, so a failure here must not prevent logging.
 Task<PrintedDocument> LabelScreen::fetchAndPrint(OpenPurchase entry)
 {
     PrintedDocument result;
@@ -333,7 +332,7 @@ Task<PrintedDocument> LabelScreen::fetchAndPrint(OpenPurchase entry)
         const QByteArray label = co_await m_app.shippo.downloadLabel(entry.record.labelURL);
         if (labelKind(label) != LabelKind::notALabel && !isWhole(label))
             throw AppError(u"the label arrived incomplete"_s);
-        if (isWhole(label)) { // without bytes, a reprint downloads the label again
+        if (isWhole(label)) { // without the data, a reprint downloads the label again
             result.document = label;
             entry.record.zpl = label;
             co_await purchases.save(entry);

@@ -63,7 +63,7 @@ std::optional<LabelScreen::Obstacle> LabelScreen::obstacle() const
 {
     if (!formComplete())
         return Obstacle{ratesHint(), missingField()};
-    // A slip of the finger would otherwise count as 0, and the parcel be rated too light.
+    // A typo would otherwise count as 0, and the parcel would be rated too light.
     for (const auto &[text, field] :
          {std::pair{weightLb.value(), DraftField::weight}, std::pair{weightOz.value(), DraftField::ounces}}) {
         if (!isBlankOrNotNegative(text))
@@ -96,7 +96,7 @@ std::optional<LabelScreen::Obstacle> LabelScreen::obstacle() const
         return Obstacle{
             u"FedEx international shipments require the recipient's phone number — add it to the To section."_s,
             DraftField::phone};
-    // "1,500" would otherwise count as 0 and the parcel go uninsured.
+    // "1,500" would otherwise count as 0, and the parcel would not be insured.
     if (!insuranceValue.value().trimmed().isEmpty() && !decimal(insuranceValue))
         return Obstacle{u"The insured value is not a number — type it as plain dollars, for example 1500.00."_s,
                         DraftField::insurance};
@@ -135,7 +135,7 @@ RatingRequest LabelScreen::ratingRequest() const
                           .customs = std::nullopt};
     request.to.company = m_app.sanitizer.sanitize(request.to.company);
     if (carrier == Carrier::fedex) {
-        request.insuranceProvider = u"FEDEX"_s; // the carrier's own cover; USPS parcels take the service's
+        request.insuranceProvider = u"FEDEX"_s; // FedEx's own insurance; USPS parcels use the service's insurance
         request.isResidential = fedexResidential.value();
     }
     if (isInternational())
@@ -166,7 +166,7 @@ Task<> LabelScreen::fetchRates(bool intlConfirmed)
         const ShippoShipment shipment = co_await m_app.shippo.rates(ratingRequest());
         if (edits == m_edits)
             co_await applyRates(shipment);
-        else if (!m_app.draftTo.value().isEmpty()) // otherwise the form was cleared, and nobody waits for rates
+        else if (!m_app.draftTo.value().isEmpty()) // otherwise the form was cleared, and rates are no longer needed
             warn(u"The draft was changed while its rates were loading — get rates again."_s);
     } catch (const AppError &error) {
         fail(u"Get Rates"_s, error);

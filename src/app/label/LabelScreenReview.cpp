@@ -11,7 +11,7 @@ namespace {
 
 const QString typedTitle = u"What you typed:"_s;
 
-/// An address as the review dialogs show it, one line each for street and place.
+/// An address as the review dialogs show it: the street lines, then the place on one line.
 template <class Street, class Text>
 QString reviewLines(const Street &street1, const Street &street2, const Text &city, const Text &state, const Text &zip)
 {
@@ -73,17 +73,17 @@ Task<> LabelScreen::validate()
         co_await continueTowardsRating();
 }
 
-/// Takes the carrier's verdict over into the draft.
+/// Applies the carrier's validation result to the draft.
 Task<> LabelScreen::applyValidation(ShippoAddress typed, ShippoValidatedAddress answer)
 {
     const QString changed = u"The draft was changed while its address was checked — validate again."_s;
     if (!(m_app.draftTo.value() == typed)) {
-        if (!m_app.draftTo.value().isEmpty()) // otherwise the form was cleared, and nobody waits for a verdict
+        if (!m_app.draftTo.value().isEmpty()) // otherwise the form was cleared, and the result is no longer needed
             warn(changed);
         co_return;
     }
     const ShippoValidationResults results = answer.validationResults.value_or(ShippoValidationResults{});
-    if (!results.isValid.value_or(false)) { // without a verdict nothing was validated
+    if (!results.isValid.value_or(false)) { // a missing result counts as not valid
         const QString reasons = joinedTexts(results.messages);
         validationOK = false;
         validationStatus = reasons.isEmpty() ? u"Address could not be validated."_s : reasons;
@@ -96,10 +96,10 @@ Task<> LabelScreen::applyValidation(ShippoAddress typed, ShippoValidatedAddress 
         const QString uspsVersion = reviewLines(street1, street2, answer.city.value_or(typed.city),
                                                 answer.state.value_or(typed.state), answer.zip.value_or(typed.zip));
         const QString typedLines = reviewLines(typed.street1, typed.street2, typed.city, typed.state, typed.zip);
-        m_app.tab = MainTab::newLabel; // where the address is that the question is about
+        m_app.tab = MainTab::newLabel; // show the address that the question is about
         const int choice = co_await m_app.platform.prompts.choose(standardisedQuestion(lost, typedLines, uspsVersion));
         adopt = choice == 1;
-        if (!(m_app.draftTo.value() == typed)) { // a scan may fill in another recipient behind the dialog
+        if (!(m_app.draftTo.value() == typed)) { // a scan may have filled in another recipient meanwhile
             warn(changed);
             co_return;
         }
@@ -138,7 +138,7 @@ Task<> LabelScreen::continueTowardsRating()
         warn(u"Address valid — complete the package details to get rates."_s);
 }
 
-/// False when the carrier would print an address without one of its numbers and the clerk goes back to mend it.
+/// False if the carrier would print the address without one of its numbers and the clerk goes back to correct it.
 Task<bool> LabelScreen::reviewPrintedAddress(ShippoShipment shipment)
 {
     if (!shipment.addressTo)

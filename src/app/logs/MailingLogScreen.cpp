@@ -14,7 +14,7 @@ using namespace Qt::StringLiterals;
 
 MailingLogScreen::MailingLogScreen(AppState &app)
     : m_app(app), m_searchWatch(search.addNotifier([this] {
-          ++m_searches;
+          m_query.cancel(); // its rows are no longer needed
           spawn([this] { return catchUp(); });
       }))
 {
@@ -24,7 +24,7 @@ MailingLogScreen::MailingLogScreen(AppState &app)
     });
 }
 
-/// A label bought meanwhile brings the newest rows whatever was searched for; then the search is repeated.
+/// A new label reloads the list without the search; the search is then repeated.
 void MailingLogScreen::takeRecords()
 {
     if (!isUpToDate()) {
@@ -36,7 +36,7 @@ void MailingLogScreen::takeRecords()
     emit recordsChanged();
 }
 
-/// One query at a time, always for what is typed by then: those in between nobody waits for any more.
+/// Runs one query at a time, always for the latest search text; skips the texts in between.
 Task<> MailingLogScreen::catchUp()
 {
     if (m_reloading)
@@ -45,17 +45,15 @@ Task<> MailingLogScreen::catchUp()
     QString asked;
     do {
         asked = search.value();
-        auto reloading = onPool([this, asked, number = m_searches.load()] {
-            return m_app.log.reload(asked, ShipmentLog::listLimit, [this, number] { return m_searches == number; });
-        });
-        const bool read = co_await reloading;
-        if (!read && asked == search.value()) { // the next change of search or log tries again
+        m_query = {};
+        const bool read = co_await onPool(m_app.log, &ShipmentLog::reload, asked, ShipmentLog::listLimit, m_query);
+        if (!read && asked == search.value()) { // the next change of the search or the log retries
             m_reloading = false;
             co_return;
         }
     } while (asked != search.value());
     m_reloading = false;
-    // The rows are handed over by an event that may still wait; so may those of a label bought meanwhile.
+    // The rows arrive in a queued event, and so may the rows of a label bought meanwhile; check after both.
     QMetaObject::invokeMethod(
         this,
         [this] {
@@ -86,7 +84,7 @@ Task<> MailingLogScreen::reprint(ShipmentRecord record)
         co_return;
     busy = true;
     const auto done = qScopeGuard([this] { busy = false; });
-    message = QString(); // the same outcome twice is news twice
+    message = QString(); // clear first so that an identical message is announced again
     try {
         const QString printed = co_await reprintChecked(m_app, record);
         message = printed;
@@ -103,8 +101,7 @@ Task<> MailingLogScreen::reprintCustoms(ShipmentRecord record)
     busy = true;
     const auto done = qScopeGuard([this] { busy = false; });
     message = QString();
-    auto reading = onPool([&log = m_app.log, id = record.id] { return log.customsPDF(id); });
-    std::optional<QByteArray> document = co_await reading;
+    std::optional<QByteArray> document = co_await onPool(m_app.log, &ShipmentLog::customsPDF, record.id);
     if (!document) {
         message = u"Fetching customs docs…"_s;
         try {
@@ -149,9 +146,7 @@ Task<> MailingLogScreen::checkStatus(ShipmentRecord record)
         const auto status = track.trackingStatus.value_or(ShippoTrackStatus::TrackingStatus{});
         const QString word = status.status.value_or(u"UNKNOWN"_s);
         message = joinPresent({word, status.statusDetails.value_or(QString())}, u": "_s);
-        auto remembering = onPool([&history = m_app.labelHistory, id = record.id, word,
-                                   when = m_app.platform.clock.now()] { return history.setTracked(id, word, when); });
-        co_await remembering;
+        co_await onPool(m_app.labelHistory, &LabelHistory::setTracked, record.id, word, m_app.platform.clock.now());
         if (word == u"DELIVERED")
             co_await storeStatus(record.id, word);
     } catch (const AppError &error) {
@@ -160,16 +155,15 @@ Task<> MailingLogScreen::checkStatus(ShipmentRecord record)
     }
 }
 
-/// False when the log could not be written; then the message line says so.
+/// False, with the reason as message, if the log could not be written.
 Task<bool> MailingLogScreen::storeStatus(qint64 id, QString status)
 {
-    auto storing = onPool([&log = m_app.log, id, status, asked = search.value()] {
+    const QString reason = co_await onPool([&log = m_app.log, id, status, asked = search.value()] {
         if (!log.setStatus(id, status))
             return log.lastError();
         log.reload(asked);
         return QString();
     });
-    const QString reason = co_await storing;
     if (!reason.isEmpty())
         message = u"The mailing log could not be written — "_s + reason + u'.';
     co_return reason.isEmpty();
@@ -178,7 +172,7 @@ Task<bool> MailingLogScreen::storeStatus(qint64 id, QString status)
 void MailingLogScreen::copyTracking(ShipmentRecord record)
 {
     if (record.tracking.isEmpty())
-        return; // what is on the clipboard is worth more
+        return; // keep the clipboard's content
     m_app.platform.desktop.copyText(record.tracking);
     message = u"Copied tracking "_s + record.tracking;
 }

@@ -6,23 +6,21 @@
 #include <QObject>
 #include <QProperty>
 
-#include <atomic>
 #include <optional>
 
 namespace parcelory {
 
-/// The My Mailing Log screen: what the desk shipped is searched, looked at and printed again. Lives as long as
-/// AppState.
+/// The My Mailing Log screen: searches, shows and reprints the desk's shipments. Lives as long as AppState.
 class MailingLogScreen : public QObject {
     Q_OBJECT
 public:
     explicit MailingLogScreen(AppState &app);
 
     QProperty<QString> search;                 ///< as typed; setting it reloads the list
-    QProperty<std::optional<qint64>> selected; ///< the id of one of records()
-    QProperty<QString> message;                ///< what the last operation came to
+    QProperty<std::optional<qint64>> selected; ///< the id of a record in records()
+    QProperty<QString> message;                ///< result of the last operation
     QProperty<bool> busy{false};
-    /// How far an export or import is, 0 to 1; nothing while none is under way.
+    /// Progress of an export or import, 0 to 1; empty if neither is running.
     QProperty<std::optional<double>> progress;
 
     /// The newest shipments that match the search, newest first.
@@ -32,27 +30,28 @@ public:
     QString countText() const;
 
     Task<> reprint(ShipmentRecord record);
-    /// The customs papers of a parcel that went abroad.
+    /// Prints the customs papers of an international parcel again.
     Task<> reprintCustoms(ShipmentRecord record);
     void copyTracking(ShipmentRecord record);
     Task<> trackOnline(ShipmentRecord record);
-    /// A parcel whose label was bought through the carrier's account.
+    /// True if the label was bought through the carrier's account and has a tracking number.
     static bool isCheckable(const ShipmentRecord &record);
     /// Asks the carrier where the parcel is.
     Task<> checkStatus(ShipmentRecord record);
-    /// A label that was bought through the carrier's account and is not refunded; labelBlocker() says why it is none.
+    /// True if the label was bought through the carrier's account and is not refunded; otherwise labelBlocker() tells
+    /// why not.
     static bool isRefundable(const ShipmentRecord &record);
-    /// Gives the label back for its money, once the clerk has agreed. Of a refund that is pending already, the carrier
-    /// is asked first whether it knows.
+    /// Requests a refund after the clerk confirms. If a refund is already pending, first asks the carrier whether it
+    /// has the request.
     Task<> refund(ShipmentRecord record);
-    /// Writes the whole log to a file of the clerk's choice; cancel() leaves the file as it was.
+    /// Writes the whole log to a file that the clerk picks; cancel() leaves the file unchanged.
     Task<> exportCSV();
-    /// Appends the shipments of a file of the clerk's choice; cancel() leaves the log as it was.
+    /// Appends the shipments of a file that the clerk picks; cancel() leaves the log unchanged.
     Task<> importCSV();
-    void cancel() { m_cancelled = true; }
+    void cancel() { m_cancel.cancel(); }
 
 signals:
-    /// records() holds what the search asks for. Silent while an answer to another search goes by.
+    /// records() matches the current search. Not emitted for the results of an older search.
     void recordsChanged();
 
 private:
@@ -63,13 +62,13 @@ private:
     Task<> closeRefund(QString transactionId);
     Task<> requestRefund(ShipmentRecord record);
     Task<bool> carrierWasAsked(ShipmentRecord record);
-    ShipmentLog::Progress followProgress();
+    Progress followProgress();
     Task<> catchUp();
 
     AppState &m_app;
     bool m_reloading = false;
-    std::atomic<int> m_searches = 0;       ///< counts changes of the search: an older query is given up
-    std::atomic<bool> m_cancelled = false; ///< read by the thread that exports or imports
+    CancelToken m_query;  ///< of the search that is under way
+    CancelToken m_cancel; ///< of the export or import
     QPropertyNotifier m_searchWatch;
 };
 

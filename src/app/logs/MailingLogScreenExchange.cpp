@@ -9,26 +9,25 @@
 namespace parcelory {
 using namespace Qt::StringLiterals;
 
-/// Begins to show how far something is, and gives what is to be told of it, from any thread.
-ShipmentLog::Progress MailingLogScreen::followProgress()
+/// Starts an operation's progress display; the returned callback may run on any thread.
+Progress MailingLogScreen::followProgress()
 {
-    m_cancelled = false;
+    m_cancel = {};
     message = QString();
     QElapsedTimer time;
     time.start();
-    return [this, time, shown = -1](qint64 done, qint64 total) mutable {
+    return Progress(m_cancel, [this, time, shown = -1](qint64 done, qint64 total) mutable {
         const int percent = total > 0 ? int(100 * done / total) : 0;
         constexpr int notWorthABar = 1000; // milliseconds
         if (time.elapsed() > notWorthABar && std::exchange(shown, percent) != percent)
             QMetaObject::invokeMethod(
                 this,
                 [this, percent] {
-                    if (busy) // it may be over by now
+                    if (busy) // the operation may have ended by now
                         progress = percent / 100.0;
                 },
                 Qt::QueuedConnection);
-        return !m_cancelled;
-    };
+    });
 }
 
 Task<> MailingLogScreen::exportCSV()
@@ -44,11 +43,10 @@ Task<> MailingLogScreen::exportCSV()
     if (path.isEmpty())
         co_return;
     try {
-        auto writing = onPool([&log = m_app.log, path, follow = followProgress()] {
-            return saveFile(path, [&](QIODevice &file) { return log.exportEndicia(file, follow); });
+        const bool complete = co_await onPool([&log = m_app.log, path, follow = followProgress()] {
+            return saveFile(path, [&](QIODevice &file) { return log.exportEndiciaCSV(file, follow); });
         });
-        const bool complete = co_await writing;
-        if (!complete && !m_cancelled)
+        if (!complete && !m_cancel.isCanceled())
             throw AppError(u"the mailing log could not be read to its end."_s);
         message = complete ? u"Exported to "_s + QFileInfo(path).fileName() : u"Export cancelled."_s;
     } catch (const AppError &error) {
@@ -70,11 +68,10 @@ Task<> MailingLogScreen::importCSV()
     if (path.isEmpty())
         co_return;
     try {
-        auto reading =
-            onPool([&log = m_app.log, path, follow = followProgress()] { return log.importEndiciaCSV(path, follow); });
-        const int count = co_await reading;
-        message = count == 0 && m_cancelled ? u"Import cancelled. Nothing was imported."_s
-                                            : u"Imported %1 shipments from "_s.arg(count) + QFileInfo(path).fileName();
+        const int count = co_await onPool(m_app.log, &ShipmentLog::importEndiciaCSV, path, followProgress());
+        message = count == 0 && m_cancel.isCanceled()
+                      ? u"Import cancelled. Nothing was imported."_s
+                      : u"Imported %1 shipments from "_s.arg(count) + QFileInfo(path).fileName();
     } catch (const AppError &error) {
         message = u"Import failed: "_s + error.description();
         m_app.errors.record(u"Import CSV"_s, error, Popup::no);

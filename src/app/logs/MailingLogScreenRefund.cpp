@@ -25,7 +25,7 @@ Question confirmation(const ShipmentRecord &record, const QStringList &doubts)
             .safeChoice = 0};
 }
 
-/// What the log keeps of the carrier's answer.
+/// The log's status for the carrier's refund response.
 QString statusAfter(const QString &answer)
 {
     if (answer == u"SUCCESS")
@@ -47,7 +47,7 @@ Task<> MailingLogScreen::refund(ShipmentRecord record)
     busy = true;
     const auto done = qScopeGuard([this] { busy = false; });
     message = QString();
-    // The program may have ended between the mark and the request: only the carrier knows whether it was asked.
+    // The program may have exited after marking the row and before sending the request; only the carrier knows.
     const bool pending = refundState(record.status) == RefundState::pending;
     if (pending) {
         const bool asked = co_await carrierWasAsked(record);
@@ -59,15 +59,13 @@ Task<> MailingLogScreen::refund(ShipmentRecord record)
     const int answer = co_await m_app.platform.prompts.choose(confirmation(record, doubts));
     if (answer != 1)
         co_return;
-    auto looking = onPool([&log = m_app.log, record] { return log.find(record); });
-    const std::optional<ShipmentRecord> now = co_await looking;
-    if (!now || now->status != record.status) { // another program on this log, or the carrier, was quicker
-        auto reloading = onPool([&log = m_app.log, asked = search.value()] { log.reload(asked); });
-        co_await reloading;
+    const std::optional<ShipmentRecord> now = co_await onPool([&log = m_app.log, record] { return log.find(record); });
+    if (!now || now->status != record.status) { // another program, or a refund sync, changed it meanwhile
+        co_await onPool([&log = m_app.log, asked = search.value()] { log.reload(asked); });
         message = u"The shipment's status has changed meanwhile. No refund was requested."_s;
         co_return;
     }
-    // From here on the sync must not take the refund for one that was left behind.
+    // From here on, the refund sync must not treat this refund as lost.
     m_app.refundsUnderWay.insert(record.transactionID);
     const auto over = qScopeGuard([this, record] { m_app.refundsUnderWay.remove(record.transactionID); });
     const bool noted = co_await noteRefund(record);
@@ -75,14 +73,13 @@ Task<> MailingLogScreen::refund(ShipmentRecord record)
         co_await requestRefund(record);
 }
 
-/// Writes down in the journal and in the log that a refund is about to be asked for, so that the log tells the truth
-/// if the program quits before the answer. False when that failed; then the message says why nothing was asked for.
+/// Records in the journal and the log that a refund is about to be requested, so that the log is correct if the program
+/// exits before the response. False on failure; the message then says why no refund was requested.
 Task<bool> MailingLogScreen::noteRefund(ShipmentRecord record)
 {
     const OpenRefund refund{record.transactionID, record.id, m_app.platform.clock.now()};
     try {
-        auto writing = onPool([&journal = m_app.journal, refund] { journal.beginRefund(refund); });
-        co_await writing;
+        co_await onPool(m_app.journal, &PurchaseJournal::beginRefund, refund);
     } catch (const AppError &error) {
         message = error.description();
         m_app.errors.record(u"Refund"_s, error, Popup::no);
@@ -98,12 +95,11 @@ Task<bool> MailingLogScreen::noteRefund(ShipmentRecord record)
 
 Task<> MailingLogScreen::closeRefund(QString transactionId)
 {
-    auto closing = onPool([&journal = m_app.journal, transactionId] { return journal.closeRefund(transactionId); });
-    co_await closing;
+    co_await onPool(m_app.journal, &PurchaseJournal::closeRefund, transactionId);
 }
 
-/// False when the carrier knows of no refund of this label; otherwise, and when it cannot be asked, the message says
-/// how things are.
+/// False if the carrier has no refund of this label. Otherwise, or if the carrier cannot be asked, the message shows
+/// the status.
 Task<bool> MailingLogScreen::carrierWasAsked(ShipmentRecord record)
 {
     QString status;
@@ -137,7 +133,7 @@ Task<> MailingLogScreen::requestRefund(ShipmentRecord record)
         status = statusAfter(word);
         outcome = word == u"SUCCESS" ? u"Refunded."_s
                                      : u"Refund "_s + (word.isEmpty() ? u"requested"_s : word.toLower()) + approval;
-        if (word == u"ERROR") // the status points to the error log
+        if (word == u"ERROR") // the row's status refers the clerk to the error log
             m_app.errors.record(u"Refund"_s, AppError(refundRefusal(record)), Popup::no);
     } catch (const AppError &error) {
         outcome = error.description();
@@ -145,7 +141,7 @@ Task<> MailingLogScreen::requestRefund(ShipmentRecord record)
     }
     const bool stored = co_await storeStatus(record.id, status);
     message = stored ? outcome : outcome + u' ' + message;
-    if (answered && stored) // otherwise the refund may be under way at the carrier: the next sync asks
+    if (answered && stored) // otherwise the carrier may have the refund: the next sync asks
         co_await closeRefund(record.transactionID);
 }
 

@@ -22,7 +22,7 @@ bool counts(const MasterEntry &entry)
     return entry.status.toUpper() == u"SUCCESS";
 }
 
-/// What the totals do not tell; empty when they tell everything.
+/// What the totals leave out; empty if they are complete.
 QString gapsIn(const QList<MasterEntry> &entries, bool isCut)
 {
     const auto unknown =
@@ -50,7 +50,7 @@ MasterLogScreen::MasterLogScreen(AppState &app) : m_app(app)
     const auto otherRange = [this] { loaded = false; };
     m_notifiers.push_back(from.addNotifier(otherRange));
     m_notifiers.push_back(to.addNotifier(otherRange));
-    m_notifiers.push_back(app.keyChanges.addNotifier([this] { // another account's labels
+    m_notifiers.push_back(app.keyChanges.addNotifier([this] { // the new key may belong to another account
         selected = std::nullopt;
         entries = QList<MasterEntry>();
         loaded = false;
@@ -82,7 +82,7 @@ Task<> MasterLogScreen::load()
         listing->onPage = [this] { pages = pages + 1; };
         const QList<MasterEntry> found = co_await m_app.shippo.masterLog(from, to, listing);
         if (asked != std::tuple(from.value(), to.value(), m_app.keyChanges.value()))
-            co_return; // these are not the days, or not the account, that the screen names by now
+            co_return; // the screen shows other days or another account by now
         selected = std::nullopt;
         entries = found;
         loaded = true;
@@ -139,8 +139,7 @@ Task<> MasterLogScreen::exportCSV()
     if (path.isEmpty())
         co_return;
     try {
-        auto writing = onPool([path, rows] { saveBytes(path, masterLogCSV(rows).toUtf8()); });
-        co_await writing;
+        co_await onPool([path, rows] { saveBytes(path, masterLogCSV(rows).toUtf8()); });
         message = u"Exported %1 rows to "_s.arg(rows.size()) + QFileInfo(path).fileName();
     } catch (const AppError &error) {
         message = u"Export failed: "_s + error.description();

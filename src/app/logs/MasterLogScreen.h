@@ -11,8 +11,8 @@
 
 namespace parcelory {
 
-/// The Master Log screen: the carrier account's labels of some days, whichever desk bought them. Nothing is kept on
-/// disk. Lives as long as AppState.
+/// The Master Log screen: the carrier account's labels of a date range, from every desk. Nothing is stored on disk.
+/// Lives as long as AppState.
 class MasterLogScreen {
 public:
     static constexpr int usualDays = 15;
@@ -23,9 +23,9 @@ public:
     QProperty<QList<MasterEntry>> entries;
     QProperty<std::optional<QString>> selected; ///< the id of an entry
     QProperty<bool> busy{false};
-    QProperty<int> pages{0}; ///< read so far by the listing under way
+    QProperty<int> pages{0}; ///< pages read so far by the running listing
     QProperty<QString> message;
-    QProperty<bool> loaded{false}; ///< entries are those of the days that are set
+    QProperty<bool> loaded{false}; ///< entries match the selected days
 
     /// Fetches the range. On failure the entries stay as they are.
     Task<> load();

@@ -25,8 +25,7 @@ Task<bool> RefundSync::run()
     if (m_lastRun.isValid() && std::abs(m_lastRun.secsTo(now)) < refundSyncPause)
         co_return false;
     m_lastRun = now;
-    auto reading = onPool([this] { return m_app.journal.openRefunds(); });
-    const QList<OpenRefund> lost = co_await reading;
+    const QList<OpenRefund> lost = co_await onPool(m_app.journal, &PurchaseJournal::openRefunds);
     QSet<QString> isLost;
     bool changed = false;
     for (const OpenRefund &refund : lost) {
@@ -34,9 +33,9 @@ Task<bool> RefundSync::run()
         const bool settled = co_await settleLost(refund);
         changed = changed || settled;
     }
-    // A carrier decides within weeks; a year spares a large log being read to its end.
-    auto looking = onPool([this, since = now.addYears(-1)] { return m_app.log.openRefunds(since, refundsPerSync); });
-    const QList<ShipmentRecord> open = co_await looking;
+    // A carrier decides within weeks; the limit of a year avoids reading a large log to its end.
+    const QList<ShipmentRecord> open =
+        co_await onPool(m_app.log, &ShipmentLog::openRefunds, now.addYears(-1), refundsPerSync);
     for (const ShipmentRecord &record : open) {
         if (isLost.contains(record.transactionID))
             continue;
@@ -44,8 +43,7 @@ Task<bool> RefundSync::run()
         changed = changed || settled;
     }
     if (changed) {
-        auto reloading = onPool([this] { m_app.log.reload(); });
-        co_await reloading;
+        co_await onPool([this] { m_app.log.reload(); });
     }
     co_return true;
 }
@@ -56,7 +54,7 @@ Task<RefundSync::Refund> RefundSync::askCarrier(QString transactionId)
     try {
         const ShippoTransaction transaction = co_await m_app.shippo.transaction(transactionId);
         status = transaction.status;
-    } catch (const AppError &) { // what cannot be learned now is asked again with the next sync
+    } catch (const AppError &) { // the next sync asks again
     }
     if (status == u"REFUNDED")
         co_return Refund::granted;
@@ -67,18 +65,17 @@ Task<RefundSync::Refund> RefundSync::askCarrier(QString transactionId)
     co_return status == u"SUCCESS" ? Refund::none : Refund::unknown;
 }
 
-/// True when the carrier has decided.
+/// Updates the log if the carrier has decided. True if the log is updated.
 Task<bool> RefundSync::settle(ShipmentRecord record)
 {
     const Refund refund = co_await askCarrier(record.transactionID);
     if (refund != Refund::granted && refund != Refund::rejected)
         co_return false;
-    const bool stored = co_await store(record, refund);
-    co_return stored;
+    co_return co_await store(record, refund);
 }
 
-/// A refund whose answer never came, because the program ended or the connection broke. True when the books are right
-/// now.
+/// Settles a refund whose response was lost because the program ended or the connection broke. True if log and journal
+/// are up to date now.
 Task<bool> RefundSync::settleLost(OpenRefund refund)
 {
     const Refund found = co_await askCarrier(refund.transactionId);
@@ -86,19 +83,18 @@ Task<bool> RefundSync::settleLost(OpenRefund refund)
     if (found == Refund::unknown || (found == Refund::none && mayStillCome) ||
         m_app.refundsUnderWay.contains(refund.transactionId))
         co_return false;
-    auto finding = onPool([this, id = refund.shipmentId] { return m_app.log.find({.id = id}); });
-    const std::optional<ShipmentRecord> row = co_await finding;
+    const std::optional<ShipmentRecord> row =
+        co_await onPool([this, id = refund.shipmentId] { return m_app.log.find({.id = id}); });
     if (row) {
         const bool stored = co_await store(*row, found);
         if (!stored)
             co_return false;
     }
-    auto closing = onPool([this, id = refund.transactionId] { return m_app.journal.closeRefund(id); });
-    const bool closed = co_await closing;
+    const bool closed = co_await onPool(m_app.journal, &PurchaseJournal::closeRefund, refund.transactionId);
     co_return closed;
 }
 
-/// Writes into the log what the carrier says of a label's refund; false when it cannot be written.
+/// Writes a refund's outcome into the log; false if the log cannot be written.
 Task<bool> RefundSync::store(ShipmentRecord record, Refund refund)
 {
     const RefundState shown = refundState(record.status);
@@ -107,17 +103,16 @@ Task<bool> RefundSync::store(ShipmentRecord record, Refund refund)
         status = u"REFUNDED"_s;
     else if (refund == Refund::pending)
         status = u"REFUND_PENDING"_s;
-    else if (refund == Refund::rejected) // it would be asked for at every sync for ever, and the clerk wait for money
+    else if (refund == Refund::rejected) // otherwise every sync asks again, and the clerk waits for money
         status = u"REFUND_ERROR"_s;
     else if (shown == RefundState::pending)
         status = u"PRINTED"_s;
     if (status != record.status) {
-        auto storing = onPool([this, id = record.id, status] { return m_app.log.setStatus(id, status); });
-        const bool stored = co_await storing;
+        const bool stored = co_await onPool(m_app.log, &ShipmentLog::setStatus, record.id, status);
         if (!stored)
             co_return false;
     }
-    if (shown == RefundState::failed) // the error log has an entry of it
+    if (shown == RefundState::failed) // already in the error log
         co_return true;
     if (refund == Refund::rejected)
         m_app.errors.record(u"Refund"_s, AppError(refundRefusal(record)), Popup::no);

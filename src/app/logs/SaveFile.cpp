@@ -9,7 +9,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Knows when the disk did not take all that was written; QSaveFile itself says nothing of a short write.
+/// Detects a short write, which QSaveFile itself does not report.
 class WholeFile : public QSaveFile {
 public:
     using QSaveFile::QSaveFile;

@@ -6,9 +6,8 @@
 
 namespace parcelory {
 
-/// Writes a file beside the one of that name and puts it in its place once it is complete; until then, and when
-/// `write` says false, the former file stays. True when the new one stands; throws AppError when it cannot be written
-/// whole.
+/// Writes a temporary file and renames it to `path` once it is complete. If `write` returns false, the old file stays
+/// and saveFile() returns false. Throws AppError if the file cannot be written completely.
 [[nodiscard]] bool saveFile(const QString &path, const std::function<bool(QIODevice &file)> &write);
 
 void saveBytes(const QString &path, const QByteArray &bytes);

@@ -10,8 +10,7 @@ Task<QString> openTrackingPage(AppState &app, QString address)
     if (!url.isValid() || !isWeb || url.host().isEmpty()) // an address of another kind could start a program
         co_return u"There is no tracking page for this shipment."_s;
     try {
-        auto opening = onPool([&desktop = app.platform.desktop, url] { desktop.openUrl(url); });
-        co_await opening;
+        co_await onPool([&desktop = app.platform.desktop, url] { desktop.openUrl(url); });
     } catch (const AppError &error) {
         co_return u"The tracking page could not be opened: "_s + error.description();
     }

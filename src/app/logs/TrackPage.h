@@ -5,7 +5,7 @@
 
 namespace parcelory {
 
-/// Opens the carrier's tracking page in the browser; answers why it could not, or nothing.
+/// Opens the carrier's tracking page in the browser. Returns an error text, empty on success.
 Task<QString> openTrackingPage(AppState &app, QString address);
 
 } // namespace parcelory

@@ -9,8 +9,8 @@ using namespace Qt::StringLiterals;
 
 Task<QByteArray> CustomsPapers::drawInvoice(CommercialInvoice::Data_ invoice)
 {
-    auto drawing = onPool([this, invoice] { return CommercialInvoice::pdf(invoice, m_app.platform.deployment); });
-    const QByteArray document = co_await drawing;
+    const QByteArray document =
+        co_await onPool([this, invoice] { return CommercialInvoice::pdf(invoice, m_app.platform.deployment); });
     co_return document;
 }
 

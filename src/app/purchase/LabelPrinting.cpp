@@ -10,7 +10,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// A label's beginning alone would come out of the printer as a parcel's label that no carrier can read.
+/// A truncated label would print as a label that no carrier can read.
 void requireWholeLabel(const QByteArray &label)
 {
     if (labelKind(label) == LabelKind::notALabel)
@@ -21,7 +21,7 @@ void requireWholeLabel(const QByteArray &label)
 
 Task<QByteArray> downloadAgain(AppState &app, QString url)
 {
-    if (url.isEmpty()) // an imported shipment; nothing that support could help with
+    if (url.isEmpty()) // an imported shipment: not a failure that support could fix
         throw ShippoError::validation(
             u"The mailing log holds neither this label nor the address to download it from."_s);
     QByteArray label = co_await app.shippo.downloadLabel(url);
@@ -36,25 +36,21 @@ Task<QString> printLabel(AppState &app, QByteArray label)
     const QString zebraQueue = read(app.platform.preferences, settings::zebraQueue);
     const QString documentQueue = read(app.platform.preferences, settings::documentQueue);
     const LabelKind kind = labelKind(label);
-    // A job that was refused is followed as well: the queue's state says why, and when it is worth another try.
+    // Watch a refused job, too: the queue's state tells why it was refused and when a retry makes sense.
     const auto sent = qScopeGuard([&] {
         if (kind == LabelKind::zpl)
             app.printWatch.follow(zebraQueue, Paper::label);
         else if (kind == LabelKind::pdf)
             app.printWatch.follow(documentQueue, Paper::document);
     });
-    auto printing = onPool([&printer = app.printer, label, zebraQueue, documentQueue] {
-        return printer.print(label, zebraQueue, documentQueue);
-    });
-    const QString printed = co_await printing;
+    const QString printed = co_await onPool(app.printer, &LabelPrinter::print, label, zebraQueue, documentQueue);
     co_return joinPresent({printed, app.printWatch.caution(label)}, u" "_s);
 }
 
 Task<QString> stillWaiting(AppState &app)
 {
     const QString queue = read(app.platform.preferences, settings::zebraQueue);
-    auto asking = onPool([&printer = app.printer, queue] { return printer.queueReport(queue); });
-    const PrinterReport report = co_await asking;
+    const PrinterReport report = co_await onPool(app.printer, &LabelPrinter::queueReport, queue);
     co_return report.waiting > 0 ? printerSentence(queue, report, Paper::label) : QString();
 }
 
@@ -62,13 +58,11 @@ Task<QString> reprintLabel(AppState &app, ShipmentRecord record)
 {
     std::optional<QByteArray> label = record.zpl;
     if (!label && record.id > 0) {
-        auto reading = onPool([&app, id = record.id] { return app.log.zpl(id); });
-        label = co_await reading;
+        label = co_await onPool(app.log, &ShipmentLog::zpl, record.id);
     }
     if (!label)
         label = co_await downloadAgain(app, record.labelURL);
-    QString printed = co_await printLabel(app, *label);
-    co_return printed;
+    co_return co_await printLabel(app, *label);
 }
 
 Task<QByteArray> downloadCustoms(AppState &app, ShipmentRecord record)
@@ -79,18 +73,15 @@ Task<QByteArray> downloadCustoms(AppState &app, ShipmentRecord record)
     const QByteArray document = co_await app.shippo.downloadLabel(record.customsDocURL);
     if (labelKind(document) != LabelKind::pdf || !isWhole(document))
         throw AppError(u"what the carrier sent is not a complete PDF document"_s);
-    auto storing = onPool([&log = app.log, id = record.id, document] { return log.storeCustomsPDF(id, document); });
-    co_await storing;
+    co_await onPool(app.log, &ShipmentLog::storeCustomsPDF, record.id, document);
     co_return document;
 }
 
 Task<bool> printDocument(AppState &app, QByteArray pdf)
 {
     const QString queue = read(app.platform.preferences, settings::documentQueue);
-    auto printing = onPool([&printer = app.printer, pdf, queue] { return printer.printPDF(pdf, queue); });
     const auto sent = qScopeGuard([&app, queue] { app.printWatch.follow(queue, Paper::document); });
-    const bool sentToQueue = co_await printing;
-    co_return sentToQueue;
+    co_return co_await onPool(app.printer, &LabelPrinter::printPDF, pdf, queue);
 }
 
 void recordReprintFailure(AppState &app, const AppError &error)

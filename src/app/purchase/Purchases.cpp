@@ -15,7 +15,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// True when the carrier was reached and asking it once more tells no more: buying must not stay closed for ever.
+/// True if the carrier was reached and a retry would get the same response. Buying must not stay disabled forever.
 bool isLastWord(const AppError &error)
 {
     if (dynamic_cast<const DecodeError *>(&error))
@@ -26,7 +26,7 @@ bool isLastWord(const AppError &error)
            (shippo->kind() == ShippoError::Kind::api || shippo->status() == forbidden || shippo->status() == unknown);
 }
 
-constexpr int mostDays = 30; ///< a question that the carrier cannot answer by then will stay one
+constexpr int mostDays = 30; ///< an inconclusive purchase that is older is given up
 
 } // namespace
 
@@ -60,28 +60,23 @@ void Purchases::applyTransaction(ShipmentRecord &record, const ShippoTransaction
 
 Task<qint64> Purchases::begin(OpenPurchase purchase)
 {
-    auto writing = onPool([&journal = m_app.journal, purchase] { return journal.begin(purchase); });
-    const qint64 id = co_await writing;
+    const qint64 id = co_await onPool(m_app.journal, &PurchaseJournal::begin, purchase);
     co_return id;
 }
 
 Task<> Purchases::save(OpenPurchase purchase)
 {
-    auto writing =
-        onPool([&journal = m_app.journal, purchase] { return journal.update(purchase.id, purchase.record); });
-    co_await writing;
+    co_await onPool(m_app.journal, &PurchaseJournal::update, purchase.id, purchase.record);
 }
 
 Task<> Purchases::markPrinted(qint64 id)
 {
-    auto writing = onPool([&journal = m_app.journal, id] { return journal.markPrinted(id); });
-    co_await writing;
+    co_await onPool(m_app.journal, &PurchaseJournal::markPrinted, id);
 }
 
 Task<> Purchases::close(qint64 id)
 {
-    auto writing = onPool([&journal = m_app.journal, id] { return journal.close(id); });
-    co_await writing;
+    co_await onPool(m_app.journal, &PurchaseJournal::close, id);
 }
 
 Task<bool> Purchases::enterIntoLog(OpenPurchase purchase)
@@ -90,14 +85,13 @@ Task<bool> Purchases::enterIntoLog(OpenPurchase purchase)
         bool stored;
         QString reason;
     };
-    auto writing = onPool([&app = m_app, purchase] {
+    const Outcome outcome = co_await onPool([&app = m_app, purchase] {
         const ShipmentRecord &record = purchase.record;
         const bool stored = app.log.find(record) || app.log.insert(record);
         if (stored)
             app.journal.close(purchase.id);
         return Outcome{stored, stored ? QString() : app.log.lastError()};
     });
-    const Outcome outcome = co_await writing;
     if (!outcome.stored && !isKnownUnlogged(purchase.id)) {
         const ShipmentRecord &record = purchase.record;
         const AppError error(u"Bought but not logged: %1, %2, tracking %3, transaction %4, label %5 (%6)"_s.arg(
@@ -122,12 +116,11 @@ Task<Purchases::Answer> Purchases::lookUp(OpenPurchase purchase, QDateTime since
 Task<Purchases::Answer> Purchases::evaluate(OpenPurchase purchase, QDateTime since)
 {
     const ShipmentRecord &known = purchase.record;
-    if (!known.labelURL.isEmpty()) // the carrier had answered; only the books are not complete
+    if (!known.labelURL.isEmpty()) // the carrier's response arrived; only the log entry is missing
         co_return Answer{.verdict = Verdict::bought};
-    auto tokenRead = onPool([&keys = m_app.keys] { return keys.activeToken().value_or(QString()); });
-    const QString token = co_await tokenRead;
+    const QString token = co_await onPool([&keys = m_app.keys] { return keys.activeToken().value_or(QString()); });
     const bool sameKey = m_app.keys.activeName() == purchase.keyName && ShippoKeys::isTest(token) == known.testMode;
-    if (!sameKey) // that key may have been removed for good, so the answer is a last one
+    if (!sameKey) // inconclusive, because that key may be gone for good
         co_return Answer{.text = u"It was asked for with the %1 key “%2” — choose that key in Settings to check."_s.arg(
                              known.testMode ? u"TEST"_s : u"LIVE"_s, purchase.keyName),
                          .isInconclusive = true};
@@ -136,7 +129,7 @@ Task<Purchases::Answer> Purchases::evaluate(OpenPurchase purchase, QDateTime sin
         found = co_await m_app.shippo.transaction(known.transactionID);
     } else {
         const QList<ShippoTransaction> sold = co_await m_app.shippo.purchasesOf(purchase.rateId, purchase.askedAt);
-        // One that failed may be an earlier attempt at the same rate.
+        // A failed transaction may be an earlier attempt at the same rate.
         const auto isSale = [](const ShippoTransaction &one) { return one.status != u"ERROR"; };
         const auto sale = std::ranges::find_if(sold, isSale);
         if (sale != sold.end())
@@ -170,8 +163,7 @@ void Purchases::askLater()
 
 Task<> Purchases::resume()
 {
-    auto reading = onPool([&journal = m_app.journal] { return journal.openPurchases(); });
-    const QList<OpenPurchase> open = co_await reading;
+    const QList<OpenPurchase> open = co_await onPool(m_app.journal, &PurchaseJournal::openPurchases);
     for (const OpenPurchase &purchase : open)
         replaceUnresolved(purchase.id,
                           UnresolvedPurchase{purchase, u"Asking the carrier…"_s, false, m_app.platform.clock.now()});
@@ -266,7 +258,7 @@ Task<> Purchases::finish(UnresolvedPurchase pending, std::optional<ShippoTransac
              titleOf(record), record.createdAt.toLocalTime().toString(u"MMM d, h:mm AP"_s), whereabouts, papers)});
 }
 
-/// A document that does not come now is downloaded when it is printed.
+/// A document that cannot be downloaded now is downloaded when it is printed.
 Task<std::optional<QByteArray>> Purchases::fetch(QString url)
 {
     std::optional<QByteArray> document;
@@ -280,7 +272,7 @@ Task<std::optional<QByteArray>> Purchases::fetch(QString url)
     co_return document;
 }
 
-/// It was said already that the mailing log does not take it; that it still does not is no news.
+/// Already reported as not logged; do not report again.
 bool Purchases::isKnownUnlogged(qint64 id) const
 {
     return std::ranges::any_of(unresolved.value(), [id](const UnresolvedPurchase &pending) {
@@ -329,9 +321,9 @@ Task<> Purchases::print(ResolvedPurchase label)
     ResolvedPurchase after = label;
     const QString title = titleOf(label.record) + u": "_s;
     try {
-        // It may have been refunded since, or be old: a fresh label's first printing asks nothing.
+        // Checked, because the label may be refunded or old by now. The first print of a new label shows no question.
         const QString printed = co_await reprintChecked(m_app, label.record);
-        if (printed.isEmpty()) // the clerk has thought better of it
+        if (printed.isEmpty()) // canceled
             co_return;
         after.text = title + printed;
         after.isPrinted = true;

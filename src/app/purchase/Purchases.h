@@ -9,12 +9,12 @@
 
 namespace parcelory {
 
-/// A purchase of which it is not known whether the carrier sold the label.
+/// A purchase whose outcome is unknown.
 struct UnresolvedPurchase {
     OpenPurchase purchase;
-    QString text;                ///< how things are, in the clerk's words
-    bool isInconclusive = false; ///< whoever was asked could not say: checking once more may tell no more
-    QDateTime since;             ///< from then on nobody asks for it any more; what is on its way may still arrive
+    QString text;                ///< status, worded for the clerk
+    bool isInconclusive = false; ///< no definite answer, and a retry may bring none: buying stays enabled
+    QDateTime since;             ///< no request is sent after this time; a request in transit may still arrive
 
     bool operator==(const UnresolvedPurchase &other) const
     {
@@ -22,11 +22,11 @@ struct UnresolvedPurchase {
     }
 };
 
-/// A purchase whose end was found out only after its moment.
+/// A formerly unresolved purchase whose outcome is now known.
 struct ResolvedPurchase {
     ShippoAddress recipient;
     ShipmentRecord record;
-    bool isBought = false; ///< it is in the mailing log
+    bool isBought = false; ///< bought and in the mailing log
     bool isPrinted = false;
     QString text;
 
@@ -37,11 +37,10 @@ struct ResolvedPurchase {
     }
 };
 
-/// Sees to it that every label that was paid for gets into the books, whatever becomes of an answer or of the program.
-/// A purchase stands in the journal before the carrier is asked. One whose end was not seen is looked for among the
-/// account's newest ones, by its rate: found, it is finished; not found although a minute has passed since, it was
-/// none; otherwise it stays a question, which is asked again by itself. Nothing is ever bought here. Lives as long as
-/// AppState.
+/// Ensures that every paid label is logged, even if a response is lost or the program exits. A purchase is recorded in
+/// the journal before the request is sent. A purchase with unknown outcome is looked up by its rate id among the
+/// account's newest transactions: found -> completed; not found after a minute -> not bought; otherwise retried
+/// automatically. This class never buys a label. Lives as long as AppState.
 class Purchases {
 public:
     explicit Purchases(AppState &app) : m_app(app) {}
@@ -56,39 +55,39 @@ public:
     enum class Verdict { bought, notBought, unknown };
     struct Answer {
         Verdict verdict = Verdict::unknown;
-        std::optional<ShippoTransaction> transaction = {}; ///< of a purchase that the journal does not know better
-        QString text = {};                                 ///< why it is not known
+        std::optional<ShippoTransaction> transaction = {}; ///< the sale; empty if the journal already has the response
+        QString text = {};                                 ///< why the outcome is unknown
         bool isInconclusive = false;
     };
 
-    /// Takes up what the last run of the program left open.
+    /// Resumes the purchases that the last run left unresolved.
     Task<> resume();
-    /// Asks the carrier about every open question.
+    /// Looks up every unresolved purchase at the carrier.
     Task<> checkAgain();
-    /// The open question about a recipient's label.
+    /// The unresolved purchase for this recipient, if any.
     std::optional<UnresolvedPurchase> unresolvedFor(const ShippoAddress &recipient) const;
-    /// Prints a label that was found, or prints it again.
+    /// Prints or reprints the label of a resolved purchase.
     Task<> print(ResolvedPurchase label);
     void dismiss(const ResolvedPurchase &label);
 
-    // For the purchase that is under way.
-    /// Gives the journal's number; throws AppError when the journal cannot be written: then nothing may be bought.
+    // For the purchase in progress.
+    /// Returns the journal's id. Throws AppError if the journal cannot be written; nothing may be bought then.
     Task<qint64> begin(OpenPurchase purchase);
     Task<> save(OpenPurchase purchase);
     Task<> markPrinted(qint64 id);
     Task<> close(qint64 id);
-    /// What the carrier knows of a purchase that may still arrive there for a while after `since`.
+    /// Looks up a purchase at the carrier. A request sent before `since` may still arrive there for a while.
     Task<Answer> lookUp(OpenPurchase purchase, QDateTime since);
     void markUnresolved(const OpenPurchase &purchase, const Answer &answer);
-    /// Writes a finished purchase into the mailing log, unless it stands there; only then the journal forgets it.
-    /// False, with an entry in the error log, when the log could not be written.
+    /// Adds a completed purchase to the mailing log, unless it is already there, and then removes it from the journal.
+    /// Returns false, and reports it once in the error log, if the mailing log cannot be written.
     Task<bool> enterIntoLog(OpenPurchase purchase);
 
     /// "USPS Priority Mail to Eleanor Whitfield, $9.85"
     static QString titleOf(const ShipmentRecord &record);
-    /// How things are with a label that only the journal knows of.
+    /// Text for a bought label that is in the journal but not in the mailing log.
     static QString notLogged(const ShipmentRecord &record);
-    /// What the mailing log takes from the carrier's answer.
+    /// Copies the mailing log's fields from the carrier's response.
     static void applyTransaction(ShipmentRecord &record, const ShippoTransaction &transaction);
 
 private:
@@ -105,7 +104,7 @@ private:
     AppState &m_app;
     quint64 m_timer = 0;
     Clock::Duration m_pause = firstPause;
-    // The fourth look comes soon after the minute in which a lost request may still arrive.
+    // The fourth retry comes soon after the minute in which a lost request may still arrive.
     static constexpr Clock::Duration firstPause = std::chrono::seconds(5), longestPause = std::chrono::minutes(1);
 };
 

@@ -35,8 +35,8 @@ Question reprintQuestion(const ShipmentRecord &record, const QStringList &doubts
 
 Task<LabelFacts> loadLabelFacts(AppState &app, ShipmentRecord record)
 {
-    auto looking = onPool([&app, record, now = app.platform.clock.now()] { return recordedFacts(app, record, now); });
-    LabelFacts facts = co_await looking;
+    LabelFacts facts =
+        co_await onPool([&app, record, now = app.platform.clock.now()] { return recordedFacts(app, record, now); });
     co_return facts;
 }
 
@@ -47,9 +47,8 @@ QString warningLines(const QStringList &doubts)
 
 Task<QString> reprintChecked(AppState &app, ShipmentRecord record)
 {
-    auto finding = onPool([&app, record] { return app.log.find(record); });
-    const std::optional<ShipmentRecord> row = co_await finding;
-    const ShipmentRecord now = row.value_or(record); // a refund may have been asked for since it was listed
+    const std::optional<ShipmentRecord> row = co_await onPool([&app, record] { return app.log.find(record); });
+    const ShipmentRecord now = row.value_or(record); // a refund may have been requested since the row was listed
     LabelFacts facts = co_await loadLabelFacts(app, now);
     facts.waiting = co_await stillWaiting(app);
     const QStringList doubts = labelWarnings(LabelUse::reprint, now, facts);
@@ -60,10 +59,7 @@ Task<QString> reprintChecked(AppState &app, ShipmentRecord record)
     }
     const QString printed = co_await reprintLabel(app, record);
     if (row) {
-        auto storing = onPool([&history = app.labelHistory, id = row->id, when = app.platform.clock.now()] {
-            return history.addReprint(id, when);
-        });
-        co_await storing;
+        co_await onPool(app.labelHistory, &LabelHistory::addReprint, row->id, app.platform.clock.now());
     }
     co_return printed;
 }

@@ -14,7 +14,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// How far the clocks of desk and carrier may be apart, in seconds.
+/// Tolerated difference between the clocks of desk and carrier, in seconds.
 constexpr qint64 clockSkew = 300;
 
 QString readyText(qsizetype labels)
@@ -23,7 +23,8 @@ QString readyText(qsizetype labels)
            u" — hand one printed copy to the carrier."_s;
 }
 
-/// True when the carrier made it after `form` was asked for, and of these labels. One that failed is nobody's form.
+/// True if the carrier made the manifest after `form` was requested, and of its labels. A failed manifest never
+/// matches.
 bool canBe(const ShippoManifest &manifest, const ScanForm &form)
 {
     const std::optional<QDateTime> created = parseIso(manifest.objectCreated.value_or(QString()));
@@ -61,12 +62,11 @@ Task<> ScanFormFlow::create(ShippoAddress from)
     const std::tuple asked(m_app.session, m_app.keyChanges.value());
     const auto isStale = [this, asked] { return asked != std::tuple(m_app.session, m_app.keyChanges.value()); };
     const auto done = qScopeGuard([this] { m_app.scanFormBusy = false; });
-    auto tokenRead = onPool([this] { return m_app.keys.activeToken().value_or(QString()); });
-    const QString token = co_await tokenRead;
+    const QString token = co_await onPool([this] { return m_app.keys.activeToken().value_or(QString()); });
     const bool testKey = ShippoKeys::isTest(token);
-    auto reading = onPool([this, today = m_app.platform.clock.now().date()] { return m_app.log.labelsOf(today); });
-    const QList<ShipmentRecord> today = co_await reading;
-    if (isStale()) // whoever is here now has not asked, or asked with another key
+    const QList<ShipmentRecord> today =
+        co_await onPool(m_app.log, &ShipmentLog::labelsOf, m_app.platform.clock.now().date());
+    if (isStale()) // the clerk or the key has changed since the request
         co_return;
     const qsizetype labels = std::ranges::count(today, testKey, &ShipmentRecord::testMode);
     if (labels == 0) {
@@ -76,8 +76,7 @@ Task<> ScanFormFlow::create(ShippoAddress from)
     }
     const QString before = m_app.scanFormStatus, creating = u"Creating SCAN form for today's labels…"_s;
     try {
-        auto looking = onPool([this, testKey] { return m_app.scanForms.underWay(testKey); });
-        const QList<ScanForm> lost = co_await looking;
+        const QList<ScanForm> lost = co_await onPool(m_app.scanForms, &ScanForms::underWay, testKey);
         if (!lost.isEmpty())
             m_app.scanFormStatus = creating;
         const bool shown = co_await recoverForms(lost);
@@ -91,7 +90,7 @@ Task<> ScanFormFlow::create(ShippoAddress from)
             m_app.scanFormPDF = co_await requestForm(today, testKey, from);
             m_app.scanFormStatus = readyText(labels);
         }
-        if (!isStale()) // made only once, so it is kept for others too: the Window menu opens it
+        if (!isStale()) // the form is kept even if stale; the Window menu opens it
             m_app.scanFormOpenTick = m_app.scanFormOpenTick + 1;
     } catch (const AppError &error) {
         m_app.scanFormStatus = error.description();
@@ -109,10 +108,10 @@ Task<> ScanFormFlow::showNoLabelsToManifest(bool testKey)
                 : u"No labels have been printed today, so there's nothing to put on a SCAN form."_s);
 }
 
-/// True on a plain day, and when the clerk knows better.
+/// True if no label stands out, or if the clerk confirms.
 Task<bool> ScanFormFlow::confirmOddLabels(QList<ShipmentRecord> labels, bool testKey)
 {
-    auto looking = onPool([this, labels, testKey, now = m_app.platform.clock.now()] {
+    const QStringList lines = co_await onPool([this, labels, testKey, now = m_app.platform.clock.now()] {
         QStringList lines;
         for (const ShipmentRecord &label : labels) {
             const QStringList doubts = labelWarnings(LabelUse::scanForm, label,
@@ -127,14 +126,14 @@ Task<bool> ScanFormFlow::confirmOddLabels(QList<ShipmentRecord> labels, bool tes
         }
         return lines;
     });
-    const QStringList lines = co_await looking;
     if (lines.isEmpty())
         co_return true;
     const int answer = co_await m_app.platform.prompts.choose(oddLabelsQuestion(lines));
     co_return answer == 1;
 }
 
-/// Asks the carrier for a form, which is written down before: its answer may never come. Gives the first document.
+/// Requests a form from the carrier. The request is recorded first, because the response may be lost. Returns the first
+/// document.
 Task<QByteArray> ScanFormFlow::requestForm(QList<ShipmentRecord> labels, bool testKey, ShippoAddress from)
 {
     const QList<ShippoCarrierAccount> accounts = co_await m_app.shippo.carrierAccounts();
@@ -147,8 +146,7 @@ Task<QByteArray> ScanFormFlow::requestForm(QList<ShipmentRecord> labels, bool te
             form.transactions += label.transactionID;
     }
     form.labels = int(form.transactions.size());
-    auto noting = onPool([this, form] { return m_app.scanForms.begin(form); });
-    const std::optional<qint64> id = co_await noting;
+    const std::optional<qint64> id = co_await onPool(m_app.scanForms, &ScanForms::begin, form);
     if (!id)
         throw notStored(m_app.log);
     form.id = *id;
@@ -158,25 +156,22 @@ Task<QByteArray> ScanFormFlow::requestForm(QList<ShipmentRecord> labels, bool te
         manifest = co_await m_app.shippo.createManifest(usps->objectId, from, form.askedAt);
     } catch (const ShippoError &error) {
         if (error.kind() != ShippoError::Kind::validation)
-            throw; // it may have been made all the same: whoever asks next, asks for that first
+            throw; // the form may exist; the next request looks for it first
         refused = std::current_exception();
     }
     if (refused) {
-        auto removing = onPool([this, id = form.id] { return m_app.scanForms.remove(id); });
-        co_await removing;
+        co_await onPool(m_app.scanForms, &ScanForms::remove, form.id);
         std::rethrow_exception(refused);
     }
-    QByteArray document = co_await fetchDocuments(form, manifest);
-    co_return document;
+    co_return co_await fetchDocuments(form, manifest);
 }
 
-/// Downloads and keeps what belongs to a form that the carrier has made. Gives the first document.
+/// Downloads and stores the documents of a form that the carrier has made. Returns the first document.
 Task<QByteArray> ScanFormFlow::fetchDocuments(ScanForm form, ShippoManifest manifest)
 {
-    auto noting = onPool([this, form, manifest] {
+    const bool noted = co_await onPool([this, form, manifest] {
         return m_app.scanForms.setMade(form.id, manifest.objectId, manifest.transactions.value_or(QList<QString>()));
     });
-    const bool noted = co_await noting;
     QList<QByteArray> documents;
     for (const QString &link : manifest.documents.value_or(QList<QString>())) {
         const QByteArray document = co_await m_app.shippo.downloadLabel(link);
@@ -187,27 +182,25 @@ Task<QByteArray> ScanFormFlow::fetchDocuments(ScanForm form, ShippoManifest mani
     }
     if (documents.isEmpty())
         throw ShippoError::api(u"SCAN form created but no document came back."_s);
-    auto storing = onPool([this, id = form.id, documents] { return m_app.scanForms.store(id, documents); });
-    const bool stored = co_await storing;
-    if (!noted || !stored) // it can be printed now, and is fetched once more with the next press
+    const bool stored = co_await onPool(m_app.scanForms, &ScanForms::store, form.id, documents);
+    if (!noted || !stored) // it can be printed now, and the next press fetches it again
         m_app.errors.record(u"SCAN Form"_s, notStored(m_app.log), Popup::no);
     QByteArray first = documents.first();
     co_return first;
 }
 
-/// What the carrier knows of a form that was asked for; nothing when it knows of none. Throws while that is not sure.
+/// Looks up a requested form at the carrier; empty if the carrier did not make it. Throws while the outcome is unknown.
 Task<std::optional<ShippoManifest>> ScanFormFlow::findManifest(ScanForm form)
 {
     QString id = form.manifestId;
     if (id.isEmpty()) {
         const QList<ShippoManifest> newest = co_await m_app.shippo.newestManifests();
-        auto choosing = onPool([this, form, newest] {
+        id = co_await onPool([this, form, newest] {
             const auto found = std::ranges::find_if(newest, [&](const ShippoManifest &manifest) {
                 return canBe(manifest, form) && !m_app.scanForms.knowsManifest(manifest.objectId);
             });
             return found == newest.end() ? QString() : found->objectId;
         });
-        id = co_await choosing;
     }
     std::optional<ShippoManifest> made;
     if (!id.isEmpty()) {
@@ -222,29 +215,27 @@ Task<std::optional<ShippoManifest>> ScanFormFlow::findManifest(ScanForm form)
     co_return made;
 }
 
-/// The first document of a form whose answer was lost; nothing when the carrier has not made it, or has no document
-/// for it.
+/// Returns the first document of a form whose response was lost; empty if the carrier did not make the form or has no
+/// document for it.
 Task<std::optional<QByteArray>> ScanFormFlow::recoverForm(ScanForm form)
 {
     const std::optional<ShippoManifest> made = co_await findManifest(form);
     std::optional<QByteArray> document;
     if (made && made->documents && !made->documents->isEmpty()) {
-        document = co_await fetchDocuments(form, *made);
-        co_return document;
+        co_return co_await fetchDocuments(form, *made);
     }
-    auto closing = onPool([this, form, made] {
+    const bool closed = co_await onPool([this, form, made] {
         return made ? m_app.scanForms.setMade(form.id, made->objectId, made->transactions.value_or(QList<QString>())) &&
                           m_app.scanForms.store(form.id, {})
                     : m_app.scanForms.remove(form.id);
     });
-    const bool closed = co_await closing;
     if (!closed)
         throw notStored(m_app.log);
     co_return document;
 }
 
-/// True when one had been made today whose answer was lost; it is the last form now. One of an earlier day only goes
-/// to the others that were made: it is not handed over any more, and must not stand in the way of today's.
+/// Recovers SCAN forms whose response was lost. True if one is from today; it becomes the shown form. An older form is
+/// only added to the history: it is no longer handed over, and a failure to fetch it must not block today's form.
 Task<bool> ScanFormFlow::recoverForms(QList<ScanForm> forms)
 {
     bool shown = false;
@@ -266,21 +257,20 @@ Task<bool> ScanFormFlow::recoverForms(QList<ScanForm> forms)
     co_return shown;
 }
 
-/// At the start and now and then: silent when the carrier cannot be asked.
+/// Runs with the refund sync; silent if the carrier cannot be asked.
 Task<> ScanFormFlow::recoverLostForms()
 {
-    auto looking = onPool([this] {
+    const QList<ScanForm> lost = co_await onPool([this] {
         const QString token = m_app.keys.activeToken().value_or(QString());
         return token.isEmpty() ? QList<ScanForm>() : m_app.scanForms.underWay(ShippoKeys::isTest(token));
     });
-    const QList<ScanForm> lost = co_await looking;
     if (m_app.scanFormBusy || lost.isEmpty())
         co_return;
     m_app.scanFormBusy = true;
     const auto done = qScopeGuard([this] { m_app.scanFormBusy = false; });
     try {
         co_await recoverForms(lost);
-    } catch (const AppError &) { // the next press of SCAN Form says what is wrong
+    } catch (const AppError &) { // the next press of SCAN Form shows the error
     }
 }
 

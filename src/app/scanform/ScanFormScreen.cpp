@@ -39,12 +39,11 @@ QString ScanFormScreen::labelsText() const
 
 Task<> ScanFormScreen::load()
 {
-    auto reading = onPool([&store = m_app.scanForms] { return store.finished(listLimit); });
-    forms = co_await reading;
+    forms = co_await onPool(m_app.scanForms, &ScanForms::finished, listLimit);
     if (!forms.value().isEmpty())
         co_await show(forms.value().first());
     const std::optional<QByteArray> last = m_app.scanFormPDF;
-    if (last && documents.value().value(0) != *last) { // it could not be kept, so it is all the more to be printed
+    if (last && documents.value().value(0) != *last) { // the last form could not be stored, so show it from memory
         shown = std::nullopt;
         labels = QList<ShipmentRecord>();
         documents = QList<QByteArray>{*last};
@@ -59,11 +58,10 @@ Task<> ScanFormScreen::show(ScanForm form)
         QList<ShipmentRecord> labels;
     };
     shown = form;
-    auto reading =
-        onPool([&store = m_app.scanForms, form] { return Contents{store.documents(form.id), store.labelsOn(form)}; });
-    const Contents contents = co_await reading;
+    const Contents contents = co_await onPool(
+        [&store = m_app.scanForms, form] { return Contents{store.documents(form.id), store.labelsOn(form)}; });
     if (shown.value() != form)
-        co_return; // another was chosen meanwhile
+        co_return; // the clerk chose another form meanwhile
     labels = contents.labels;
     documents = contents.documents;
     message = handOver;
@@ -85,7 +83,7 @@ Task<> ScanFormScreen::run(Task<QString> (ScanFormScreen::*operation)())
         co_return;
     busy = true;
     const auto done = qScopeGuard([this] { busy = false; });
-    message = QString(); // the same outcome twice is news twice
+    message = QString(); // clear first so that an identical message is announced again
     try {
         const QString outcome = co_await (this->*operation)();
         message = outcome;
@@ -105,7 +103,7 @@ Task<QString> ScanFormScreen::printAll()
                           : u"SCAN form opened in Preview — set a document printer in Settings."_s;
 }
 
-/// Gives nothing when the clerk thinks better of it.
+/// Returns an empty text if canceled.
 Task<QString> ScanFormScreen::saveAll()
 {
     const QList<QByteArray> all = documents;
@@ -119,8 +117,7 @@ Task<QString> ScanFormScreen::saveAll()
         const QString path = co_await m_app.platform.prompts.saveFile(u"Save SCAN Form"_s, proposed);
         if (path.isEmpty())
             break;
-        auto writing = onPool([path, document] { saveBytes(path, document); });
-        co_await writing;
+        co_await onPool([path, document] { saveBytes(path, document); });
         saved += QFileInfo(path).fileName();
     }
     co_return saved.isEmpty() ? QString() : u"Saved to "_s + saved.join(u", "_s);

@@ -5,8 +5,8 @@
 
 namespace parcelory {
 
-/// The SCAN Form window: the forms that were made at this computer, and one of them with its documents and labels.
-/// Lives as long as AppState.
+/// The SCAN Form window: the forms made on this computer, and the selected form with its documents and labels. Lives as
+/// long as AppState.
 class ScanFormScreen : public QObject {
     Q_OBJECT
 public:
@@ -17,7 +17,7 @@ public:
 
     QProperty<QList<ScanForm>> forms; ///< newest first
     QProperty<std::optional<ScanForm>> shown;
-    QProperty<QList<QByteArray>> documents; ///< of the shown one, PDF
+    QProperty<QList<QByteArray>> documents; ///< PDFs of the shown form
     QProperty<QList<ShipmentRecord>> labels;
     QProperty<QString> message;
     QProperty<bool> busy{false};
@@ -30,7 +30,7 @@ public:
     /// Reads the history and shows the last form.
     Task<> load();
     Task<> show(ScanForm form);
-    /// Every document of the shown form.
+    /// Prints or saves every document of the shown form.
     Task<> print();
     Task<> save();
 

@@ -1,7 +1,5 @@
 #include "app/settings/KeysScreen.h"
 
-#include <QtConcurrentRun>
-
 #include <algorithm>
 
 namespace parcelory {
@@ -9,14 +7,13 @@ using namespace Qt::StringLiterals;
 
 KeysScreen::KeysScreen(AppState &app) : m_app(app)
 {
-    m_thread.setMaxThreadCount(1);
-    show({}); // the practice desk is recognised from the first moment
+    show({}); // so that the practice desk shows its mode at once
 }
 
 KeysScreen::State KeysScreen::read(ShippoKeys &keys)
 {
     State state{.mode = PostageMode::none};
-    const QString token = keys.activeToken().value_or(QString()); // gives an old key its name, so it comes first
+    const QString token = keys.activeToken().value_or(QString()); // first: it migrates an older version's key
     if (!token.isEmpty())
         state.mode = ShippoKeys::isTest(token) ? PostageMode::test : PostageMode::live;
     state.statusText = keys.statusText();
@@ -27,9 +24,9 @@ KeysScreen::State KeysScreen::read(ShippoKeys &keys)
     return state;
 }
 
-QFuture<KeysScreen::State> KeysScreen::queue(Work work)
+Task<KeysScreen::State> KeysScreen::run(Work work)
 {
-    return QtConcurrent::run(&m_thread, [&keys = m_app.keys, work = std::move(work)] {
+    co_return co_await m_queue.run([&keys = m_app.keys, work = std::move(work)] {
         const QString message = work(keys);
         State state = read(keys);
         state.message = message;
@@ -50,17 +47,15 @@ void KeysScreen::show(const State &state)
 
 Task<> KeysScreen::refresh()
 {
-    auto reading = queue([](ShippoKeys &) { return QString(); });
-    const State state = co_await reading;
+    const State state = co_await run([](ShippoKeys &) { return QString(); });
     show(state);
 }
 
 Task<> KeysScreen::change(Work work)
 {
-    message = QString();                     // the same refusal twice is news twice
-    m_app.keyChanges = m_app.keyChanges + 1; // already now: a slow key ring may have changed long before it answers
-    auto changing = queue(std::move(work));
-    const State state = co_await changing;
+    message = QString();                     // clear first so that an identical message is announced again
+    m_app.keyChanges = m_app.keyChanges + 1; // now already: a slow key ring may change long before it responds
+    const State state = co_await run(std::move(work));
     message = state.message;
     show(state);
 }
@@ -77,12 +72,11 @@ Task<> KeysScreen::add(QString name, QString token)
         message = ShippoKeys::tooLong;
         co_return;
     }
-    auto adding =
-        change([name, token](ShippoKeys &keys) { return keys.store(token, name) ? QString() : ShippoKeys::notKept; });
-    co_await adding;
+    co_await change(
+        [name, token](ShippoKeys &keys) { return keys.store(token, name) ? QString() : ShippoKeys::notKept; });
 }
 
-/// Which key will be used instead; a live one in the place of a test key must not come as a surprise.
+/// Names the key that becomes active instead, so that a live key in place of a test key is no surprise.
 QString KeysScreen::consequenceOfRemoving(const QString &name) const
 {
     const QList<KeyRow> &all = keys.value();
@@ -107,21 +101,19 @@ Task<> KeysScreen::remove(QString name)
     const int answer = co_await m_app.platform.prompts.choose(question);
     if (answer != 1)
         co_return;
-    auto removing = change([name](ShippoKeys &keys) {
+    co_await change([name](ShippoKeys &keys) {
         keys.remove(name);
         return QString();
     });
-    co_await removing;
 }
 
 Task<> KeysScreen::makeActive(QString name)
 {
-    auto choosing = change([name](ShippoKeys &keys) {
-        if (keys.names().contains(name)) // it may have been removed meanwhile
+    co_await change([name](ShippoKeys &keys) {
+        if (keys.names().contains(name)) // the key may have been removed meanwhile
             keys.makeActive(name);
         return QString();
     });
-    co_await choosing;
 }
 
 } // namespace parcelory

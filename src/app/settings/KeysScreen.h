@@ -1,17 +1,16 @@
 #pragma once
 
 #include "app/AppState.h"
+#include "core/SerialQueue.h"
 #include "core/Task.h"
 
-#include <QFuture>
 #include <QProperty>
-#include <QThreadPool>
 
 #include <functional>
 
 namespace parcelory {
 
-/// What a label bought now would be.
+/// The kind of label that a purchase would produce now.
 enum class PostageMode { unknown, none, test, live, practice };
 
 struct KeyRow {
@@ -22,25 +21,24 @@ struct KeyRow {
     bool operator==(const KeyRow &) const = default;
 };
 
-/// The API keys as the window and Settings show them. The key ring may block, so it is read and written on a thread of
-/// its own, one operation at a time in the order in which they were asked for: what is shown is what the last one
-/// left. Lives as long as AppState.
+/// The API keys as the window and Settings show them. The key ring may block, so a dedicated thread reads and writes
+/// it, one operation at a time in request order; the display shows the state after the last operation. Lives as long as
+/// AppState.
 class KeysScreen {
 public:
     explicit KeysScreen(AppState &app);
 
-    QProperty<PostageMode> mode{
-        PostageMode::unknown}; ///< until the key ring has been read; practice whatever the key, where nothing is real
-    QProperty<QString> statusText;   ///< the status strip's line
-    QProperty<QString> settingsText; ///< the line above the list of keys
+    QProperty<PostageMode> mode{PostageMode::unknown}; ///< until the key ring is read; practice on the practice desk
+    QProperty<QString> statusText;                     ///< the status strip's line
+    QProperty<QString> settingsText;                   ///< the line above the list of keys
     QProperty<QList<KeyRow>> keys;
-    QProperty<QString> message; ///< why a key was not taken; empty when all is well
+    QProperty<QString> message; ///< why a key was rejected; otherwise empty
 
     /// Reads everything again: another program may have changed the key ring.
     Task<> refresh();
-    /// Stores or replaces a key; blanks around name and token do not belong to them.
+    /// Stores or replaces a key; trims name and token.
     Task<> add(QString name, QString token);
-    /// Asks first.
+    /// Asks the clerk to confirm first.
     Task<> remove(QString name);
     Task<> makeActive(QString name);
 
@@ -51,17 +49,17 @@ private:
         QList<KeyRow> keys;
         QString message;
     };
-    /// Changes the keys; answers why it could not, or nothing. Runs on that thread.
+    /// Changes the keys and returns an error text, empty on success. Runs on the queue's thread.
     using Work = std::function<QString(ShippoKeys &keys)>;
 
     static State read(ShippoKeys &keys);
-    QFuture<State> queue(Work work);
+    Task<State> run(Work work);
     void show(const State &state);
     Task<> change(Work work);
     QString consequenceOfRemoving(const QString &name) const;
 
     AppState &m_app;
-    QThreadPool m_thread; ///< one thread, so that operations keep their order
+    SerialQueue m_queue;
 };
 
 } // namespace parcelory

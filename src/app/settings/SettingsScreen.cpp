@@ -80,15 +80,15 @@ Task<> SettingsScreen::refreshPrinters()
     busy = true;
     const auto done = qScopeGuard([this] { busy = false; });
     printerMessage = PrinterMessage{};
-    auto listing = onPool([&printer = m_app.printer] { return std::pair{printer.queues(), printer.zebraQueues()}; });
-    const std::pair<QStringList, QStringList> found = co_await listing;
+    const std::pair<QStringList, QStringList> found =
+        co_await onPool([&printer = m_app.printer] { return std::pair{printer.queues(), printer.zebraQueues()}; });
     m_discovered = true;
     queues = found.first;
     zebraQueues = found.second;
     chooseZebraQueue();
 }
 
-/// A label must come out of a label printer: any other queue gives way, but not without a word.
+/// Labels must go to a label printer: replaces any other queue with the first Zebra queue, and tells the clerk.
 void SettingsScreen::chooseZebraQueue()
 {
     const QString previous = zebraQueue;
@@ -109,12 +109,10 @@ Task<> SettingsScreen::printTest()
         co_return;
     busy = true;
     const auto done = qScopeGuard([this] { busy = false; });
-    printerMessage = PrinterMessage{}; // the same outcome twice is news twice
+    printerMessage = PrinterMessage{}; // clear first so that an identical message is announced again
     const auto sent = qScopeGuard([this] { m_app.printWatch.follow(zebraQueue, Paper::label); });
     try {
-        auto printing =
-            onPool([&printer = m_app.printer, queue = zebraQueue.value()] { printer.printZPL(Zpl::testLabel, queue); });
-        co_await printing;
+        co_await onPool(m_app.printer, &LabelPrinter::printZPL, Zpl::testLabel, zebraQueue.value());
         printerMessage = PrinterMessage{testSent, true};
     } catch (const AppError &error) {
         printerMessage = PrinterMessage{error.description(), false};

@@ -10,7 +10,7 @@
 
 namespace parcelory {
 
-/// What came of the last thing done to the printers.
+/// Result of the last printer operation.
 struct PrinterMessage {
     QString text;
     bool ok = true; ///< false shows it as a warning
@@ -18,42 +18,42 @@ struct PrinterMessage {
     bool operator==(const PrinterMessage &) const = default;
 };
 
-/// The Settings screen but for the API keys. There is no "save": what is assigned or edited here is stored at once.
-/// Lives as long as AppState.
+/// The Settings screen, except for the API keys. There is no Save: every change is stored at once. Lives as long as
+/// AppState.
 class SettingsScreen {
 public:
     explicit SettingsScreen(AppState &app);
 
-    // Printers. Queue names; the empty text is "none chosen".
+    // Printer queue names; empty means that no queue is chosen.
     QProperty<QStringList> queues, zebraQueues; ///< as last discovered
     QProperty<bool> showAllPrinters{false};     ///< offers every queue for labels
     QProperty<QString> zebraQueue;
-    QProperty<QString> documentQueue; ///< none: documents open in the viewer
+    QProperty<QString> documentQueue; ///< empty: documents open in the viewer
     QProperty<bool> rotate180{true};
     QProperty<PrinterMessage> printerMessage;
     QProperty<bool> busy{false};
 
     QProperty<bool> showAddressSidebar{true}; ///< beside the label form
 
-    // What stands in where a sender profile leaves these blank.
+    // Used if a sender profile leaves these blank.
     QProperty<QString> fallbackEmail, fallbackPhone;
 
     QStringList labelPrinterChoices() const;
-    /// "— no Zebra detected —" once that is known; otherwise empty.
+    /// "— no Zebra detected —" once discovery found none; otherwise empty.
     QString zebraHint() const;
-    /// A chosen queue as a menu shows it: with a note when the system does not know it at present.
+    /// A chosen queue's menu title, with a note if the system does not list the queue now.
     QString queueTitle(const QString &queue) const;
 
-    /// Discovers the queues. A label printer that is not among the Zebra queues gives way to the first of them.
+    /// Discovers the queues. If the chosen label printer is not a Zebra queue, chooses the first Zebra queue instead.
     Task<> refreshPrinters();
     Task<> printTest();
 
-    /// Changes one record as it stands now; nothing happens when it is gone.
+    /// Edits the current version of a record; does nothing if the record is gone.
     void editProfile(const QUuid &id, const std::function<void(SenderProfile &)> &edit);
     void editBox(const QUuid &id, const std::function<void(BoxProfile &)> &edit);
     bool isDefaultProfile(const QUuid &id) const;
     bool canRemoveProfile() const { return m_app.senders.profiles.value().size() > 1; }
-    /// These ask first.
+    /// Both ask the clerk to confirm first.
     Task<> removeProfile(QUuid id);
     Task<> removeBox(QUuid id);
 

@@ -10,7 +10,7 @@ constexpr auto pageWait = 40s;
 
 const QString pageStopped = u"The sign-in page stopped working — try again."_s;
 
-/// Why a sign-in failed; `formResult` is fillLogin's answer.
+/// Why a sign-in failed; `formResult` is fillLogin's result.
 QString signInFailure(const QString &formResult)
 {
     if (formResult == u"submitted")
@@ -33,7 +33,7 @@ Task<> SignInFlow::signIn(QString user, QString pass, bool remember)
         fail(u"Can't reach deskline — connect to the VPN and try again."_s);
         co_return;
     }
-    m_app.auth.clear(); // whoever was signed in here before, the form comes up and the password is asked for
+    m_app.auth.clear(); // end any earlier session, so that the form appears and checks the password
     try {
         m_app.auth.load(m_app.auth.loginURL());
     } catch (const AppError &error) {
@@ -52,7 +52,7 @@ Task<> SignInFlow::signIn(QString user, QString pass, bool remember)
     const QString result = co_await m_app.auth.fillLogin(user, pass);
     const bool ok = co_await m_app.auth.waitFor(DesklineAuth::signedInProbe, pageWait);
     m_app.loginBusy = false;
-    if (!ok && m_app.auth.hasCrashed()) { // says nothing about the password
+    if (!ok && m_app.auth.hasCrashed()) { // a crash says nothing about the password
         m_app.loginError = pageStopped;
         co_return;
     }

@@ -18,12 +18,12 @@ SignInScreen::SignInScreen(AppState &app) : m_app(app)
 Task<> SignInScreen::appear()
 {
     remember = read(m_app.platform.preferences, settings::desklineRemember);
-    password = QString(); // another clerk's must not stand here
+    password = QString(); // never show another clerk's password
     const QString shown = name;
     const Credentials stored = co_await m_app.credentials.stored();
     if (m_app.flow != AppFlow::login)
         co_return;
-    if (name.value() == shown && password.value().isEmpty()) { // nobody was quicker
+    if (name.value() == shown && password.value().isEmpty()) { // the clerk has not typed meanwhile
         name = stored.user.isEmpty() ? shown : stored.user;
         password = stored.password;
     }
@@ -33,7 +33,7 @@ Task<> SignInScreen::appear()
 Task<> SignInScreen::signIn()
 {
     co_await m_app.signIn(name, password, remember);
-    remember = read(m_app.platform.preferences, settings::desklineRemember); // a rejected password ends it
+    remember = read(m_app.platform.preferences, settings::desklineRemember); // a rejected password turns it off
 }
 
 } // namespace parcelory

@@ -4,17 +4,16 @@
 
 namespace parcelory {
 
-/// The sign-in screen: what is typed there. What becomes of it stands in AppState (loginBusy, loginError, flow). Lives
-/// as long as AppState.
+/// The sign-in screen's input. The outcome is in AppState (loginBusy, loginError, flow). Lives as long as AppState.
 class SignInScreen {
 public:
     explicit SignInScreen(AppState &app);
 
-    QProperty<QString> name;     ///< e-mail or user name; kept in the preferences
-    QProperty<QString> password; ///< kept nowhere but in the secret store, and only when that is wanted
+    QProperty<QString> name;     ///< email or user name; stored in the preferences
+    QProperty<QString> password; ///< stored only in the secret store, and only if `remember` is on
     QProperty<bool> remember{false};
 
-    /// The screen has come up: fills in what is remembered and signs in with it, once a run.
+    /// Called when the screen appears: fills in the saved credentials and signs in with them, once per run.
     Task<> appear();
     Task<> signIn();
 

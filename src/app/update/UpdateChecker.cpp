@@ -27,14 +27,14 @@ const QString onPracticeDesk = u"The practice desk reaches nothing outside this 
 constexpr auto pollInterval = 250ms;
 constexpr auto quitPatience = 1500ms;
 
-/// Whoever may write the deployment file may leave the place of a value open.
+/// The deployment file may still hold a placeholder instead of the feed's address.
 bool isConfigured(const Deployment &deployment)
 {
     return !deployment.updateFeed.contains(u"REPLACE-WITH"_s, Qt::CaseInsensitive);
 }
 
-/// Anything else curl would take for an option, or for a file of this machine; and what comes over an open line has to
-/// be known by its checksum.
+/// Requires a web address, because curl would take anything else for an option or a local file. A download without
+/// encryption also needs a checksum.
 void requireWebAddress(const UpdateInfo &info)
 {
     const QUrl url(info.url, QUrl::StrictMode);
@@ -45,7 +45,8 @@ void requireWebAddress(const UpdateInfo &info)
         throw AppError(u"the feed names an address without encryption, and no checksum"_s);
 }
 
-/// The helper script cannot swap what this program may not change, and nobody would see it fail.
+/// The helper script cannot replace an application in a folder without write access, and its failure would go
+/// unnoticed.
 void requireReplaceable(const QString &bundle)
 {
     if (bundle.isEmpty())
@@ -73,7 +74,7 @@ void requireChecksum(const UpdateInfo &info, const QString &archive)
         throw AppError(u"what was downloaded is not the archive that the feed describes"_s);
 }
 
-/// Nobody else on this machine may touch what is about to become the program.
+/// Only this user may access the files that are about to become the program.
 void makePrivateFolder(const QString &path)
 {
     if (!QDir().mkdir(path, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner))
@@ -102,11 +103,11 @@ QString UpdateChecker::withTelephone(const QString &text) const
 
 Task<> UpdateChecker::check(bool announce)
 {
-    if (phase != UpdatePhase::idle) { // what is being downloaded stays the offer
+    if (phase != UpdatePhase::idle) { // the update being downloaded stays the offer
         offers = offers + (announce ? 1 : 0);
         co_return;
     }
-    m_announcing = m_announcing || announce; // the check at launch may still be under way, and answers both
+    m_announcing = m_announcing || announce; // the launch check may still be running; it then serves both
     if (busy)
         co_return;
     busy = true;
@@ -127,9 +128,8 @@ Task<std::optional<UpdateChecker::Notice>> UpdateChecker::look()
         co_return Notice{u"Updates Not Configured"_s, withTelephone(notConfigured)};
     QByteArray data;
     try {
-        auto reading =
-            onPool([tools = m_tools, feed = m_app.platform.deployment.updateFeed] { return tools.curlData(feed); });
-        data = co_await reading;
+        data = co_await onPool(
+            [tools = m_tools, feed = m_app.platform.deployment.updateFeed] { return tools.curlData(feed); });
     } catch (const AppError &error) {
         co_return Notice{failed, u"Couldn't reach the update server: "_s + error.description()};
     }
@@ -165,7 +165,7 @@ Task<> UpdateChecker::install()
         co_await fetch(*info, m_folder);
         phase = UpdatePhase::ready;
         status = u"Parcelory "_s + info->version + u" downloaded and ready to install."_s;
-        offers = offers + 1; // the prompt may have been closed meanwhile
+        offers = offers + 1; // the prompt may be closed by now
         co_return;
     } catch (const std::exception &error) {
         reportFailure(error);
@@ -179,13 +179,12 @@ void UpdateChecker::reportFailure(const std::exception &error)
     m_app.errors.record(u"Self-Update"_s, error, Popup::no);
 }
 
-/// Clears away what there is of a download, so that it can begin anew.
+/// Deletes a partial or staged download, so that the download can start over.
 Task<> UpdateChecker::discard()
 {
     stagedHelper = std::nullopt;
     stagedArgs.clear();
-    auto removing = onPool([folder = m_folder] { QDir(folder).removeRecursively(); });
-    co_await removing;
+    co_await onPool([folder = m_folder] { QDir(folder).removeRecursively(); });
     progress = std::nullopt;
     phase = UpdatePhase::idle;
     offers = offers + 1;
@@ -199,24 +198,22 @@ Task<> UpdateChecker::fetch(UpdateInfo info, QString folder)
     makePrivateFolder(folder);
     const QString archive = folder + u"/update.zip"_s;
     co_await download(info, archive);
-    auto staging = onPool([=, tools = m_tools] {
+    const QString app = co_await onPool([=, tools = m_tools] {
         requireChecksum(info, archive);
         return tools.stage(archive, folder);
     });
-    const QString app = co_await staging;
     stagedHelper = UpdateTools::helperIn(folder);
     stagedArgs = {QString::number(m_application.processId()), m_application.installedPath(), app};
 }
 
 Task<> UpdateChecker::download(UpdateInfo info, QString archive)
 {
-    auto measuring = onPool([=, tools = m_tools] { return info.size ? info.size : tools.contentLength(info.url); });
-    const std::optional<qint64> total = co_await measuring;
+    const std::optional<qint64> total =
+        co_await onPool([=, tools = m_tools] { return info.size ? info.size : tools.contentLength(info.url); });
     if (total && *total > 0)
         pollProgress(archive, *total);
     const auto polled = qScopeGuard([this] { m_app.platform.clock.cancel(m_poll); });
-    auto downloading = onPool([=, tools = m_tools] { tools.curlDownload(info.url, archive); });
-    co_await downloading;
+    co_await onPool([=, tools = m_tools] { tools.curlDownload(info.url, archive); });
     progress = 1.0;
 }
 
@@ -233,9 +230,8 @@ Task<> UpdateChecker::relaunchNow()
     if (!stagedHelper || m_relaunching)
         co_return;
     m_relaunching = true;
-    auto looking =
-        onPool([helper = *stagedHelper, app = stagedArgs.last()] { return UpdateTools::isStaged(helper, app); });
-    const bool staged = co_await looking;
+    const bool staged = co_await onPool(
+        [helper = *stagedHelper, app = stagedArgs.last()] { return UpdateTools::isStaged(helper, app); });
     if (staged) {
         startHelper();
         co_return;

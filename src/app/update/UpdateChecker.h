@@ -13,34 +13,34 @@ namespace parcelory {
 
 enum class UpdatePhase { idle, downloading, ready };
 
-/// Keeps the installed program up to date: looks for a newer version, brings it in and hands over to a script that
-/// swaps the two once the program has ended. Lives as long as AppState.
+/// Keeps the installed program up to date: checks for a newer version, downloads it and starts a script that swaps the
+/// applications after the program ends. Lives as long as AppState.
 class UpdateChecker {
 public:
     explicit UpdateChecker(AppState &app);
-    ~UpdateChecker(); ///< removes a download that was not put to use
+    ~UpdateChecker(); ///< removes an unused download
 
-    /// Ends the child process of a check or a download: the program ends, and nobody will want what it brings.
+    /// Ends the child process of a check or a download, because the program is ending.
     void stop() { m_tools.stop(); }
 
     QProperty<std::optional<UpdateInfo>> available;
-    QProperty<int> offers{0}; ///< counts up whenever the offer is to be shown, the same one again included
+    QProperty<int> offers{0}; ///< incremented whenever the offer is to be shown, even if it is unchanged
     QProperty<bool> busy{false};
     QProperty<QString> status;
     QProperty<UpdatePhase> phase{UpdatePhase::idle};
     QProperty<std::optional<double>> progress; ///< 0…1
-    std::optional<QString> stagedHelper;       ///< the script
+    std::optional<QString> stagedHelper;       ///< path of the swap script
     QStringList stagedArgs;
 
     QString installedVersion() const { return m_application.version(); }
 
-    /// Looks silently: nothing is heard of it unless there is something newer.
+    /// Checks silently: shows nothing unless there is a newer version.
     Task<> checkOnLaunch() { return check(false); }
-    /// Looks because the clerk wants to know, and says what came of it.
+    /// Checks at the clerk's request and shows the result.
     Task<> checkNow() { return check(true); }
-    /// Downloads what is offered and makes it ready.
+    /// Downloads the offered update and stages it.
     Task<> install();
-    /// Starts the script and ends the program. When what was downloaded is gone, it has to be downloaded again.
+    /// Starts the script and ends the program. If the staged files are gone, reports it and allows a new download.
     Task<> relaunchNow();
 
 private:
@@ -62,10 +62,10 @@ private:
     AppState &m_app;
     Application &m_application;
     UpdateTools m_tools;
-    bool m_announcing = false; ///< somebody waits for the outcome of the check under way
+    bool m_announcing = false; ///< the clerk waits for the result of the running check
     bool m_relaunching = false;
     quint64 m_poll = 0;
-    QString m_folder; ///< where the download is
+    QString m_folder; ///< folder of the download
 };
 
 } // namespace parcelory

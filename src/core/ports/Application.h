@@ -7,20 +7,20 @@
 
 namespace parcelory {
 
-/// The program itself, as something that is installed and runs.
+/// The running program and its installation.
 class Application {
 public:
     virtual ~Application() = default;
 
     virtual QString version() const = 0;
-    /// The folder Parcelory.app that the running program stands in; empty when it stands in none, because a package
-    /// manager or a build has put it where it is.
+    /// The Parcelory.app folder that contains the running program; empty if there is no such folder, because a package
+    /// manager or a build put the program in place.
     virtual QString installedPath() const = 0;
     virtual qint64 processId() const = 0;
 
     /// Starts a program that outlives this one; throws AppError when it cannot be started.
     virtual void startDetached(const QString &program, const QStringList &arguments) = 0;
-    /// Asks the program to end, and ends the process outright once `patience` has passed, whatever holds it up.
+    /// Asks the program to quit, and ends the process after `patience` in any case.
     virtual void quitWithin(std::chrono::milliseconds patience) = 0;
 };
 

@@ -8,10 +8,10 @@
 
 namespace parcelory {
 
-/// One of the places where somebody of an address book gets mail.
+/// A postal address of a contact.
 struct PlatformAddress {
     QString label;  ///< as shown: "home", "work" or the user's own word
-    QString street; ///< one line or more, parted by line feeds
+    QString street; ///< one or more lines, separated by line feeds
     QString city;
     QString state;
     QString zip;
@@ -22,15 +22,15 @@ struct PlatformAddress {
 struct PlatformContact {
     QString given;
     QString family;
-    QString fullName; ///< for whoever has neither of the two
+    QString fullName; ///< used if both names above are empty
     QString organisation;
     QList<PlatformAddress> addresses;
     QStringList phones;
     QStringList emails;
 };
 
-/// The contacts of this machine's user, through the system's two interfaces for them. Every call may block for long and
-/// comes from any thread; those that read throw AppError with the system's text.
+/// The user's contacts, through the system's two interfaces for them. Every call may block for a long time and may
+/// come from any thread; calls that read throw AppError with the system's text.
 class ContactsSource {
 public:
     static constexpr int fullAccess = 3;
@@ -39,18 +39,18 @@ public:
     using Take = std::function<bool(const PlatformContact &person)>;
 
     struct Request {
-        qsizetype most = -1;   ///< persons; -1: all
-        bool isUnified = true; ///< several entries of one person, from several accounts, are joined
+        qsizetype most = -1;   ///< the maximum number of persons; -1: all
+        bool isUnified = true; ///< merge a person's entries from several accounts
     };
 
     virtual ~ContactsSource() = default;
 
-    /// The system's number; fullAccess when everything may be read.
+    /// The system's status number; fullAccess if everything may be read.
     virtual int authorizationStatus() = 0;
-    /// Lets the system ask its user, when it has not yet, and waits for the answer.
+    /// Lets the system ask the user for access, unless it already has, and waits for the answer.
     virtual bool requestAccess() = 0;
 
-    /// The older interface: false when it cannot be opened.
+    /// Opens the older interface; false on failure.
     virtual bool openLegacy() = 0;
     virtual void readLegacy(const Take &take) = 0;
 

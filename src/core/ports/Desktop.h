@@ -5,15 +5,15 @@
 
 namespace parcelory {
 
-/// What the desktop does for the program outside its windows.
+/// Services of the desktop outside the program's windows.
 class Desktop {
 public:
     virtual ~Desktop() = default;
 
-    /// Opens a file with the program that the user has chosen for its kind; throws AppError when none takes it. May be
-    /// called from any thread.
+    /// Opens a file with the user's default program for its type; throws AppError if no program opens it. May be called
+    /// from any thread.
     virtual void openFile(const QString &path) = 0;
-    /// Opens a web page in the browser; throws AppError when there is none. May be called from any thread.
+    /// Opens a web page in the browser; throws AppError if no browser opens it. May be called from any thread.
     virtual void openUrl(const QUrl &url) = 0;
     /// Puts a text on the clipboard. Main thread only.
     virtual void copyText(const QString &text) = 0;

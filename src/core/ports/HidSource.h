@@ -7,14 +7,14 @@
 
 namespace parcelory {
 
-/// The USB scales of this machine: whatever shows the HID usage page "Scale" (0x8D), now or later.
+/// The USB scales of this machine: every device with the HID usage page "Scale" (0x8D), also if plugged in later.
 class HidSource {
 public:
-    /// Called on the main thread. `device` tells scales apart; a scale that is plugged in again has another number.
+    /// Called on the main thread. `device` identifies a scale; a scale that is plugged in again gets a new number.
     struct Listener {
         std::function<void(int device, const QString &product)> attached; ///< the product name may be empty
         std::function<void(int device)> removed;
-        std::function<void(int device, const QByteArray &bytes)> report; ///< repetitions may be left out
+        std::function<void(int device, const QByteArray &bytes)> report; ///< repeated reports may be omitted
     };
 
     virtual ~HidSource() = default;

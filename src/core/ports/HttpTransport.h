@@ -18,23 +18,23 @@ struct HttpRequest {
     QList<std::pair<QByteArray, QByteArray>> headers;
     QByteArray body; ///< sent when not empty
     std::chrono::milliseconds timeout = std::chrono::seconds(60);
-    enum class Redirects { follow, answer }; ///< `answer` takes a redirect for the answer
+    enum class Redirects { follow, answer }; ///< `answer`: a redirect is itself the response
     Redirects redirects = Redirects::follow;
 };
 
 struct HttpAnswer {
-    int status = 0; ///< the HTTP status, any value; 0 when the answer was not HTTP
+    int status = 0; ///< the HTTP status, any value; 0 if the response was not HTTP
     QByteArray body;
 };
 
-/// No connection came about, so the other side has seen nothing of the request.
+/// No connection was made, so the server has seen nothing of the request.
 class NotSent : public AppError {
 public:
     using AppError::AppError;
 };
 
-/// Sends one HTTP request. An answer of any status is an answer; throws AppError when none came (no network,
-/// time-out, refused), with a text for the clerk that holds neither headers nor body: NotSent when the request
+/// Sends one HTTP request and returns a response of any status. Throws AppError if no response came (no network,
+/// timeout, refused), with a text for the clerk that contains neither headers nor body; throws NotSent if the request
 /// certainly did not leave this machine.
 class HttpTransport {
 public:

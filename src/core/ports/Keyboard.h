@@ -7,7 +7,7 @@
 
 namespace parcelory {
 
-/// A key going down, before any widget sees it. Keys that only modify others never come here.
+/// A key press, before any widget sees it. Presses of modifier keys are not reported.
 struct KeyPress {
     std::chrono::milliseconds time{0}; ///< when the key was pressed, on the system's clock
     QString text;                      ///< what it types; may be empty
@@ -17,7 +17,7 @@ struct KeyPress {
     bool isRepeat = false;    ///< the key is being held down
 };
 
-/// What becomes of a key: it goes on to its widget, is kept back until the run it belongs to is understood, or is gone.
+/// What happens to a key: its widget receives it, it is held until its run is recognized, or it is dropped.
 enum class KeyVerdict { deliver, hold, swallow };
 
 /// The program's keyboard: every key press in any of its windows, and the text field that has the focus. Main thread
@@ -28,25 +28,25 @@ public:
 
     virtual ~Keyboard() = default;
 
-    /// Asks `handler` about every key press from now on; an empty one ends that.
+    /// Calls `handler` for every key press from now on; an empty handler ends this.
     virtual void listen(Handler handler) = 0;
 
-    /// An editable text field has the focus.
+    /// True if an editable text field has the focus.
     virtual bool inTextField() const = 0;
     virtual QString fieldText() const = 0;
     virtual void replaceInField(qsizetype position, qsizetype length, const QString &text) = 0;
 
-    /// Remembers the field that has the focus as it is now: its text, its cursor, its selection.
+    /// Saves the state of the focused field: its text, cursor and selection.
     virtual void markField() = 0;
-    /// Makes the remembered field what it was, and forgets it.
+    /// Restores the saved field, and discards the saved state.
     virtual void restoreField() = 0;
 
-    /// Types the keys that were kept back where they were meant to go, in their order.
+    /// Delivers the held keys to their original targets, in order.
     virtual void releaseHeld() = 0;
     virtual void dropHeld() = 0;
 };
 
-/// For programs without a window: nobody types.
+/// For programs without a window: it never reports a key.
 class SilentKeyboard : public Keyboard {
 public:
     void listen(Handler) override {}

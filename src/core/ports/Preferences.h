@@ -9,18 +9,18 @@
 
 namespace parcelory {
 
-/// The user's preference store: named values. May be called from any thread. Keys, types and defaults stand in
-/// shell/SettingsKeys.h; read() and write() below are the way to them.
+/// The user's preference store: named values. May be called from any thread. core/SettingsKeys.h lists keys, types and
+/// defaults; use read() and write() below.
 class Preferences {
 public:
     virtual ~Preferences() = default;
 
-    /// Invalid when nothing is stored under the key.
+    /// Invalid if nothing is stored under the key.
     virtual QVariant value(const QString &key) const = 0;
     virtual void setValue(const QString &key, const QVariant &value) = 0;
 };
 
-/// The stored value, or `fallback` when there is none or it is of another type.
+/// The stored value, or `fallback` if the value is missing or of another type.
 template <class T>
 T read(const Preferences &preferences, const Setting<T> &setting, const std::type_identity_t<T> &fallback)
 {

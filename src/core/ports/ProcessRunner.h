@@ -1,29 +1,29 @@
 #pragma once
 
+#include "core/Progress.h"
+
 #include <QByteArray>
 #include <QString>
 #include <QStringList>
 
-#include <atomic>
-
 namespace parcelory {
 
 struct ProcessOutcome {
-    int status = 0; ///< exit status; a process that was killed counts as 128 plus the signal
+    int status = 0; ///< exit status; for a killed process, 128 plus the signal
     QByteArray out;
     QByteArray err;
 };
 
 /// Starts a child process by its absolute path, never through a shell, and waits for it. Blocks: call it from
-/// onPool. The child speaks plain English (a pinned locale), whatever the user's language.
+/// onPool. The child's output is English (a pinned locale), regardless of the user's language.
 class ProcessRunner {
 public:
     virtual ~ProcessRunner() = default;
 
-    /// Throws AppError when the program cannot be started. `stop`: for a child whose work is worth nothing once the
-    /// program ends; it is killed soon after the flag is set. A child without one is never cut off.
+    /// Throws AppError if the program cannot be started. The child is killed soon after `cancel` is canceled; use this
+    /// for work that is useless once the program ends.
     virtual ProcessOutcome run(const QString &program, const QStringList &arguments,
-                               const std::atomic<bool> *stop = nullptr) = 0;
+                               const CancelToken &cancel = {}) = 0;
 };
 
 } // namespace parcelory

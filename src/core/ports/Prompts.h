@@ -9,12 +9,12 @@
 
 namespace parcelory {
 
-/// Two texts to be held against each other.
+/// Two texts to compare side by side.
 struct Comparison {
     QString lead; ///< above both
     QString leftTitle, left;
     QString rightTitle, right;
-    QStringList marked; ///< words of the left text that the right one lacks
+    QStringList marked; ///< words of the left text that are missing from the right text
     QString closing;    ///< below both
 };
 
@@ -23,22 +23,22 @@ struct Question {
     QString title;
     QString text;
     QStringList choices;
-    int safeChoice = 0;                        ///< the default button, and what closing the dialog means
+    int safeChoice = 0;                        ///< the default button, and the answer if the dialog is closed
     std::optional<Comparison> comparison = {}; ///< the same text in parts, for a dialog that shows them side by side
 };
 
-/// Everything the program says or asks in a dialog.
+/// The program's messages and questions in dialogs.
 class Prompts {
 public:
     virtual ~Prompts() = default;
 
-    /// A warning with one button; done when it was dismissed.
+    /// A warning with one button; completes when it is dismissed.
     virtual Task<> alert(QString title, QString text) = 0;
-    /// Index of the answer chosen.
+    /// The index of the chosen answer.
     virtual Task<int> choose(Question question) = 0;
-    /// The file to write, `proposed` being its name at first; empty when the clerk thinks better of it.
+    /// The file to write; `proposed` is the suggested name. Empty if canceled.
     virtual Task<QString> saveFile(QString title, QString proposed) = 0;
-    /// The file to read; empty likewise.
+    /// The file to read; empty if canceled.
     virtual Task<QString> openFile(QString title) = 0;
 };
 

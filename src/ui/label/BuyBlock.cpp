@@ -128,7 +128,7 @@ void BuyBlock::refresh()
     m_none->setVisible(!rate);
     m_summary->setVisible(rate.has_value());
     if (rate) {
-        m_service->setFullText(rate->servicelevel.name.value_or(rate->servicelevel.token.value_or(QString())));
+        m_service->setFullText(serviceName(rate->servicelevel));
         m_transit->setText(rate->provider + u" · "_s + LabelScreen::transitText(*rate));
         m_price->setText(u'$' + rate->amount);
         m_to->setText(breakable(m_screen.printedRecipient().join(u'\n')));

@@ -14,7 +14,7 @@ class QGridLayout;
 
 namespace parcelory {
 
-/// Everything that is about to be bought, together, and the button that buys it.
+/// The summary of what is about to be bought, and the button that buys it.
 class BuyBlock : public PanelFrame {
     Q_OBJECT
 public:
@@ -39,12 +39,12 @@ private:
     ElidedLabel *m_service;
     TextLabel *m_transit, *m_price;
     TextLabel *m_to, *m_package, *m_extras, *m_printer;
-    Notice *m_second; ///< why it would be a parcel's second label
+    Notice *m_second; ///< warns of a second label for the parcel
     Button *m_buy;
     Badge *m_mode;
     TextLabel *m_consequence;
     RefreshScheduler m_refresh;
-    QPropertyNotifier m_busyNow; ///< the button is off in the same event that starts a purchase
+    QPropertyNotifier m_busyNow; ///< disables the button in the same event that starts a purchase
 };
 
 } // namespace parcelory

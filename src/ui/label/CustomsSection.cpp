@@ -55,6 +55,7 @@ void CustomsSection::refresh()
 {
     const QSignalBlocker quiet(m_contents);
     m_contents->setCurrentIndex(m_contents->findData(int(m_screen.customs.value().itemType)));
+    m_contents->setToolTip(customsItem(m_screen.customs.value().itemType).summary());
     m_hint->setText(m_screen.customsHint());
     setVisible(m_screen.isInternational());
 }

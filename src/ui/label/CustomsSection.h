@@ -15,7 +15,7 @@ class CustomsSection : public FormSection {
 public:
     CustomsSection(AppState &app, LabelScreen &screen, QWidget *parent = nullptr);
 
-    LineEdit *field(DraftField which) const; ///< null when it stands elsewhere
+    LineEdit *field(DraftField which) const; ///< null if the field is in another section
 
 private:
     void refresh();

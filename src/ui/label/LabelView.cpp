@@ -27,7 +27,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int ratesWidth = 344, widestRates = 400, sidebarWidth = 280, widestSidebar = 340, widestForm = 792;
-constexpr int wideWindow = 1500, narrowWindow = 1276; ///< below, form, rates and sidebar do not stand side by side
+constexpr int wideWindow = 1500, narrowWindow = 1276; ///< below it, form, rates and sidebar do not fit side by side
 
 constexpr DraftField allFields[] = {
     DraftField::profile,       DraftField::name,      DraftField::street, DraftField::city,    DraftField::zip,
@@ -109,7 +109,7 @@ void LabelView::resizeEvent(QResizeEvent *event)
     arrange();
 }
 
-/// By the window, which this screen fills, because a screen that is not shown keeps the size that it had.
+/// Checks the window, which this screen fills, because a hidden screen keeps its old size.
 bool LabelView::isNarrow() const
 {
     return window()->width() < Theme::current().scaled(narrowWindow);
@@ -159,7 +159,7 @@ void LabelView::focusInvoiceNumber()
     m_sidebar->focusInvoiceNumber();
 }
 
-/// A scanned invoice goes on by itself.
+/// Validates a scanned invoice's recipient right away.
 void LabelView::takeInvoice()
 {
     if (!m_screen.busy && m_screen.recipientFilled())
@@ -179,15 +179,15 @@ LineEdit *LabelView::field(DraftField which) const
 void LabelView::start(std::function<Task<>()> operation)
 {
     m_typedMeanwhile = false;
-    m_peeking = false; // what comes of it is seen in the rates
+    m_peeking = false; // the rates panel shows the result
     arrange();
     m_pressed = QApplication::focusWidget();
-    // A button that goes off while it has the focus hands it on to whatever comes next.
+    // A focused button that becomes disabled would pass the focus to the next widget.
     if (qobject_cast<QAbstractButton *>(m_pressed.data()) && isAncestorOf(m_pressed))
         setFocus();
     spawn([self = QPointer(this), operation = std::move(operation)]() -> Task<> {
         co_await operation();
-        if (self) // after the views have refreshed, so that what is usable again can take the focus
+        if (self) // after the views have refreshed, so that re-enabled controls can take the focus
             QMetaObject::invokeMethod(self, &LabelView::settleFocus, Qt::QueuedConnection);
     });
 }
@@ -204,7 +204,7 @@ void LabelView::getRates()
 
 void LabelView::buy()
 {
-    if (m_rates->isHidden()) { // nobody buys what is not seen
+    if (m_rates->isHidden()) { // show the price before a purchase
         showSidebar(false);
         return;
     }
@@ -266,7 +266,7 @@ void LabelView::focusRegion(int step)
                              {m_rates, [this] { focusRates(); }},
                              {m_sidebar, [this] { m_sidebar->focusContents(); }}};
     regions.removeIf([](const Region &region) { return region.area->isHidden(); });
-    qsizetype at = 0; // outside all of them counts as the form
+    qsizetype at = 0; // focus outside the regions counts as the form
     for (qsizetype each = 0; each < regions.size(); ++each) {
         if (regions[each].area->isAncestorOf(focusWidget()))
             at = each;
@@ -277,14 +277,14 @@ void LabelView::focusRegion(int step)
 void LabelView::keyPressEvent(QKeyEvent *event)
 {
     const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
-    const bool plain = (event->modifiers() & ~Qt::KeypadModifier) == 0; // Buy's own keys are not this
+    const bool plain = (event->modifiers() & ~Qt::KeypadModifier) == 0; // excludes the Buy shortcut
     if (isReturn && plain && !event->isAutoRepeat())
         pressDefault();
     else
         QWidget::keyPressEvent(event);
 }
 
-/// What Return does: the next step, but it never spends money.
+/// Return takes the next step, but never buys.
 void LabelView::pressDefault()
 {
     switch (m_screen.nextStep()) {

@@ -24,7 +24,7 @@ class RatesPanel;
 class RecipientSection;
 class Sidebar;
 
-/// The New Label screen: the form, the rates with the Buy block and the sidebar, and where the focus goes between
+/// The New Label screen: the form, the rates with the Buy block, and the sidebar. Decides where the focus goes between
 /// them.
 class LabelView : public QWidget {
     Q_OBJECT
@@ -38,12 +38,12 @@ public:
     void buy();
     void focusRecipient();
     void clear();
-    /// These show the sidebar, if need be for this time only, and go to its search or its invoice number.
+    /// These show the sidebar, in a narrow window only temporarily, and focus its search or its invoice number.
     void focusAddressSearch();
     void focusInvoiceNumber();
-    /// Where there is room for the sidebar this is kept for the next start.
+    /// In a window with room for the sidebar, the state is kept for the next start.
     void toggleSidebar();
-    /// Form, rates, sidebar and round again; `step` is +1 or -1.
+    /// Cycles the focus through form, rates and sidebar; `step` is +1 or -1.
     void focusRegion(int step);
 
 protected:
@@ -58,7 +58,7 @@ private:
     void arrange();
     void focusRates();
     void takeInvoice();
-    /// Runs an operation of the screen and takes the focus where the clerk goes on.
+    /// Runs an operation of the screen model, then moves the focus to where the clerk continues.
     void start(std::function<Task<>()> operation);
     void settleFocus();
     void pressDefault();
@@ -78,7 +78,7 @@ private:
     Sidebar *m_sidebar;
     MessageLine *m_message;
     QPropertyNotifier m_sidebarWatch;
-    bool m_peeking = false; ///< the sidebar stands where the rates are, in a window too narrow for both
+    bool m_peeking = false; ///< the sidebar replaces the rates in a window too narrow for both
     QPointer<PaperworkDialog> m_paperwork;
     bool m_typedMeanwhile = false;
     QPointer<QWidget> m_pressed; ///< had the focus when the operation began

@@ -101,7 +101,7 @@ void MailpiecePicker::refill()
             m_selections.append(entry.selection);
         }
     }
-    setModel(rows); // which deletes the one before
+    setModel(rows); // deletes the previous model
     showCurrent();
 }
 

@@ -6,7 +6,7 @@
 
 namespace parcelory {
 
-/// The list of packagings: drawing, name and a second line, in groups; typing finds a name.
+/// The grouped list of mailpieces: icon, name and a second line. Typing selects by name.
 class MailpiecePicker : public ComboBox {
     Q_OBJECT
 public:
@@ -18,7 +18,7 @@ private:
 
     AppState &m_app;
     LabelScreen &m_screen;
-    QList<MailpieceSelection> m_selections; ///< by the number in the row's data
+    QList<MailpieceSelection> m_selections; ///< indexed by the number in a row's data
     RefreshScheduler m_lists;
     RefreshScheduler m_current;
 };

@@ -1,8 +1,8 @@
 #include "ui/label/MessageLine.h"
+#include "ui/parts/Accessibility.h"
 #include "ui/parts/IconView.h"
 #include "ui/theme/Theme.h"
 
-#include <QAccessible>
 #include <QHBoxLayout>
 
 namespace parcelory {
@@ -10,7 +10,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int longestText = 600; ///< characters; the whole stands in the tooltip and in the error log
+constexpr int longestText = 600; ///< characters; the tooltip shows the whole text
 
 } // namespace
 
@@ -34,7 +34,7 @@ MessageLine::MessageLine(AppState &app, LabelScreen &screen, QWidget *parent)
     m_sidebar->describe(u"Show or hide the address book sidebar"_s,
                         u"separate window: "_s + windowKeys.toString(QKeySequence::NativeText));
     m_text->setWordWrap(true);
-    m_text->setTextInteractionFlags(Qt::TextSelectableByMouse); // a transaction number may have to be copied
+    m_text->setTextInteractionFlags(Qt::TextSelectableByMouse); // the clerk may need to copy a transaction id
     setMinimumHeight(Theme::current().scaled(42));
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Minimum);
     setLines(Qt::BottomEdge);
@@ -65,8 +65,7 @@ void MessageLine::refresh()
                              : &Tokens::warn);
     if (banner && news) {
         setAccessibleName(text);
-        QAccessibleEvent alert(this, QAccessible::Alert);
-        QAccessible::updateAccessibility(&alert);
+        announce(this);
     }
 }
 

@@ -9,13 +9,13 @@
 
 namespace parcelory {
 
-/// The slot under the tabs: the banner, or what to do next. Always there, so that nothing jumps.
+/// The line under the tabs: the banner or the next step. Always visible, so that the layout does not jump.
 class MessageLine : public PanelFrame {
     Q_OBJECT
 public:
     MessageLine(AppState &app, LabelScreen &screen, QWidget *parent = nullptr);
 
-    /// What the sidebar's button says.
+    /// The state of the sidebar button.
     void setSidebarShown(bool shown) { m_sidebar->setChecked(shown); }
 
 signals:

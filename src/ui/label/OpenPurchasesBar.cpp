@@ -37,7 +37,7 @@ void OpenPurchasesBar::refresh()
         connect(check, &QPushButton::clicked, this, [this] { spawn([this] { return m_purchases.checkAgain(); }); });
         const ShipmentRecord &record = question.purchase.record;
         const QString state = record.transactionID.isEmpty() ? u"Not known yet whether it was bought: "_s
-                                                             : u"Not complete yet: "_s; // the carrier has named it
+                                                             : u"Not complete yet: "_s; // the carrier assigned an id
         addRow(state + Purchases::titleOf(record) + u". "_s + question.text, u"ui_pending"_s, &Tokens::warn, {check});
     }
     for (const ResolvedPurchase &purchase : m_purchases.resolved.value()) {
@@ -46,7 +46,7 @@ void OpenPurchasesBar::refresh()
             auto *print = new Button(purchase.isPrinted ? u"Print Again"_s : u"Print Label"_s, Button::Kind::tint,
                                      u"ui_printer"_s);
             connect(print, &QPushButton::clicked, this, [this, purchase] {
-                if (!std::exchange(m_printing, true)) // a button that went off would give the focus to Dismiss
+                if (!std::exchange(m_printing, true)) // a disabled button would pass the focus to Dismiss
                     spawn([this, purchase] { return printOnce(purchase); });
             });
             buttons.append(print);

@@ -8,8 +8,7 @@ class QVBoxLayout;
 
 namespace parcelory {
 
-/// Purchases whose end was not seen: those that are still a question, and what became of the others. Hidden on an
-/// ordinary day.
+/// Unresolved purchases, and the outcomes of those that were resolved. Usually hidden.
 class OpenPurchasesBar : public PanelFrame {
 public:
     explicit OpenPurchasesBar(LabelScreen &screen, QWidget *parent = nullptr);

@@ -54,7 +54,7 @@ void PackageSection::refreshScale()
     const USBScale &scale = m_app.scale;
     const QString fault = scale.fault;
     m_weigh->setEnabled(scale.connected && !m_screen.busy);
-    const bool faulty = scale.connected && !fault.isEmpty(); // the weight shown before says nothing then
+    const bool faulty = scale.connected && !fault.isEmpty(); // the last weight is then meaningless
     m_reading->setText(!scale.connected ? u"No scale detected"_s : faulty ? fault : u"Scale "_s + scale.display());
     m_reading->setInk(!scale.connected ? &Tokens::muted : faulty ? &Tokens::warn : &Tokens::text);
     m_settling->setVisible(scale.connected && !faulty && scale.ounces.value().has_value());

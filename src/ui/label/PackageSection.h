@@ -17,7 +17,7 @@ class PackageSection : public FormSection {
 public:
     PackageSection(AppState &app, LabelScreen &screen, QWidget *parent = nullptr);
 
-    LineEdit *field(DraftField which) const; ///< null when it stands elsewhere
+    LineEdit *field(DraftField which) const; ///< null if the field is in another section
 
 private:
     void refresh();

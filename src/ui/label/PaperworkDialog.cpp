@@ -43,7 +43,7 @@ PaperworkDialog::PaperworkDialog(AppState &app, LabelScreen &screen, QWidget *pa
     auto *print = new QCheckBox(u"Print the commercial invoice with the label"_s);
     print->setChecked(screen.printInvoiceWithRates);
     body()->addWidget(print);
-    print->setVisible(screen.carrier == Carrier::usps); // FedEx makes its own
+    print->setVisible(screen.carrier == Carrier::usps); // FedEx supplies its own customs documents
     connect(print, &QCheckBox::toggled, this, [this](bool on) { m_screen.printInvoiceWithRates = on; });
 
     addButton(u"Cancel"_s, Rejected, Button::Kind::standard);
@@ -51,7 +51,7 @@ PaperworkDialog::PaperworkDialog(AppState &app, LabelScreen &screen, QWidget *pa
     m_value->setFocus();
 }
 
-/// What the scanned invoice says about the value.
+/// Adds a line with the scanned invoice's number and subtotal.
 void PaperworkDialog::addInvoiceLine()
 {
     const std::optional<DesklineInvoice> invoice = m_screen.draftInvoice();
@@ -97,7 +97,7 @@ QWidget *PaperworkDialog::makeContents()
         rows->addLayout(line);
     }
     connect(m_contents, &QButtonGroup::idClicked, this, &PaperworkDialog::choose);
-    for (const CustomsItem &item : customsItems()) { // a field keeps its digits; there the number goes with Alt
+    for (const CustomsItem &item : customsItems()) { // in a field, digits are text; there the shortcut needs Alt
         const auto number = Qt::Key(Qt::Key_1 + int(item.type));
         connect(new QShortcut(Qt::ALT | number, this), &QShortcut::activated, this,
                 [this, type = int(item.type)] { choose(type); });

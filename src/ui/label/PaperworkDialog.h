@@ -9,8 +9,8 @@ class QButtonGroup;
 
 namespace parcelory {
 
-/// "International Paperwork": what is in the parcel, for customs. Ends accepted when rates are to be loaded. What is
-/// typed goes into the draft at once and stays there when the sheet is cancelled.
+/// "International Paperwork": the parcel's contents, for customs. Accepted means that rates are to be loaded. Edits go
+/// into the draft at once and stay there if the dialog is canceled.
 class PaperworkDialog : public Dialog {
     Q_OBJECT
 public:

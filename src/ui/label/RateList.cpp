@@ -15,10 +15,10 @@ constexpr int rowHeight = 46, gap = 6;
 
 QString serviceName(const ShippoRate &rate)
 {
-    return rate.servicelevel.name.value_or(rate.servicelevel.token.value_or(QString()));
+    return serviceName(rate.servicelevel);
 }
 
-/// "12 dollars 35", as a screen reader should say it.
+/// "12 dollars 35", for screen readers.
 QString spokenPrice(const QString &amount)
 {
     const QStringList parts = amount.split(u'.');
@@ -95,7 +95,7 @@ RateList::RateList(LabelScreen &screen, QWidget *parent)
     refill();
 }
 
-/// The Buy block below grows with its address; the chosen rate stays in sight.
+/// Keeps the chosen rate visible when the Buy block below grows with its address.
 void RateList::resizeEvent(QResizeEvent *event)
 {
     QListView::resizeEvent(event);

@@ -8,7 +8,7 @@
 
 namespace parcelory {
 
-/// The rates as radio rows; arrow keys, a click or Space choose one.
+/// The rates as radio rows; arrow keys, a click or Space choose a rate.
 class RateList : public QListView {
     Q_OBJECT
 public:

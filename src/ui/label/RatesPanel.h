@@ -12,7 +12,7 @@
 
 namespace parcelory {
 
-/// The middle of the screen: the rates, what is missing for them, the last label, and below all that the Buy block.
+/// The middle of the screen: the last label, the rates or what is missing for them, and the Buy block below.
 class RatesPanel : public PanelFrame {
     Q_OBJECT
 public:

@@ -13,7 +13,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int secondLabel = 74; ///< so that the right-hand fields of two rows stand below each other
+constexpr int secondLabel = 74; ///< aligns the right-hand fields of two rows
 
 } // namespace
 
@@ -92,7 +92,7 @@ void RecipientSection::refresh()
 {
     const QString status = m_screen.validationStatus;
     m_status->setText(status.isEmpty() ? u"Not checked yet"_s : status);
-    // Without a carrier's verdict the colour stays neutral.
+    // Without a verdict from the carrier, the color is neutral.
     const bool judged = !status.isEmpty() && !m_screen.isInternational();
     m_status->setInk(!judged ? &Tokens::muted : m_screen.validationOK ? &Tokens::ok : &Tokens::bad);
     m_validate->setText(m_screen.validating ? u"Validate Address"_s : u"Validate"_s);
@@ -109,7 +109,7 @@ void RecipientSection::refreshKeeping()
     m_keep->setChecked(m_screen.keepRecipient);
     enable(m_save, !(recipient.name + recipient.street1).isEmpty(), m_keep);
     if (recipient != m_saved)
-        m_outcome->setText({}); // it was about what has been edited since
+        m_outcome->setText({}); // it applies to the address before the edit
 }
 
 LineEdit *RecipientSection::field(DraftField which) const

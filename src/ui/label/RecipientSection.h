@@ -13,13 +13,13 @@ class QCheckBox;
 
 namespace parcelory {
 
-/// "To": the recipient, what the carrier says of the address, and whether the address book takes it.
+/// "To": the recipient, the carrier's verdict on the address, and saving the recipient to the address book.
 class RecipientSection : public FormSection {
     Q_OBJECT
 public:
     RecipientSection(AppState &app, AddressBook &book, LabelScreen &screen, QWidget *parent = nullptr);
 
-    LineEdit *field(DraftField which) const; ///< null when it stands elsewhere
+    LineEdit *field(DraftField which) const; ///< null if the field is in another section
 
 signals:
     void validateRequested();

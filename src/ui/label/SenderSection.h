@@ -9,7 +9,7 @@
 
 namespace parcelory {
 
-/// "From": which of the desk's addresses the parcel leaves from.
+/// "From": the sender profile whose address the parcel is sent from.
 class SenderSection : public FormSection {
     Q_OBJECT
 public:

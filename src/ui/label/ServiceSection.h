@@ -12,7 +12,7 @@
 
 namespace parcelory {
 
-/// "Service": how fast the parcel travels, and from which day on.
+/// "Service": the class, the ship date and, for FedEx, the residential flag.
 class ServiceSection : public FormSection {
     Q_OBJECT
 public:
@@ -30,7 +30,7 @@ private:
     RefreshScheduler m_refresh;
 };
 
-/// "Extras": signature, insurance, and what the desk notes for itself.
+/// "Extras": service option, insurance, reference and description.
 class ExtrasSection : public FormSection {
     Q_OBJECT
 public:

@@ -18,7 +18,7 @@ DocumentPages::DocumentPages(const QString &name, QWidget *parent) : QScrollArea
     setFocusPolicy(Qt::StrongFocus); // the arrow keys scroll it
     setFrameShape(QFrame::NoFrame);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn); // the pages' width, and so their height, must not depend on it
+    setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn); // always there: the pages' size must not depend on it
     auto *sheet = new PanelFrame(&Tokens::window);
     m_column = new QVBoxLayout(sheet);
     m_column->setContentsMargins(0, 0, 0, 0);
@@ -32,7 +32,7 @@ DocumentPages::~DocumentPages()
     clear();
 }
 
-/// A view draws with its document to its end.
+/// Deletes the view first, because it uses its document until then.
 void DocumentPages::clear()
 {
     for (const Part &part : m_parts) {
@@ -78,7 +78,7 @@ void DocumentPages::resizeEvent(QResizeEvent *event)
     fit();
 }
 
-/// Every view gets the height of all its pages, so that only this area scrolls.
+/// Gives every view the height of all its pages, so that only this area scrolls.
 void DocumentPages::fit()
 {
     int total = 0;

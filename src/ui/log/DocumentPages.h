@@ -10,7 +10,7 @@ class QVBoxLayout;
 
 namespace parcelory {
 
-/// The pages of several PDF documents below one another, as wide as the place they have.
+/// The pages of several PDF documents in one column, scaled to the available width.
 class DocumentPages : public QScrollArea {
     Q_OBJECT
 public:
@@ -18,7 +18,7 @@ public:
     ~DocumentPages() override;
 
     void setDocuments(const QList<QByteArray> &documents);
-    /// False when one of them cannot be shown.
+    /// False if a document cannot be shown.
     bool areReadable() const;
 
 protected:

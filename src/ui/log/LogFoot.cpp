@@ -12,7 +12,7 @@ namespace parcelory {
 LogFoot::LogFoot(QWidget *parent) : PanelFrame(&Tokens::sheet, parent), m_bar(new BusyBar), m_row(new QHBoxLayout)
 {
     constexpr int height = 40;
-    // The room is kept while there is nothing to say, so that nothing jumps.
+    // Keeps its height when it is empty, so that the layout does not jump.
     setMinimumHeight(Theme::current().scaled(height));
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Minimum);
     auto *rows = new QVBoxLayout(this);

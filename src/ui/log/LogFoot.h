@@ -7,7 +7,7 @@ class QHBoxLayout;
 
 namespace parcelory {
 
-/// The line under a log: what it came to, and that something is under way.
+/// The line under a log: the last operation's result and a busy bar.
 class LogFoot : public PanelFrame {
 public:
     explicit LogFoot(QWidget *parent = nullptr);

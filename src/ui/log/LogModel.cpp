@@ -93,7 +93,7 @@ void LogModel::arrange()
             const auto &one = keys[size_t(left)], &other = keys[size_t(right)];
             if (one < other || other < one)
                 return falling ? other < one : one < other;
-            return left < right; // as they came
+            return left < right; // keeps the records' order
         });
     };
     if (sortsByNumber(m_sortColumn)) {
@@ -103,7 +103,7 @@ void LogModel::arrange()
         sortBy(keys);
         return;
     }
-    // A language is named because the computer's own may be none, in which everything counts as equal.
+    // A fixed language, because the computer may have no language, and then all texts compare equal.
     QCollator collator(QLocale(QLocale::English, QLocale::UnitedStates));
     collator.setNumericMode(true); // 9 comes before 10
     std::vector<QCollatorSortKey> keys;

@@ -10,7 +10,7 @@
 
 namespace parcelory {
 
-/// A word that stands out in a row.
+/// A highlighted word in a row.
 struct RowBadge {
     QString word;
     BadgeKind kind;
@@ -18,15 +18,15 @@ struct RowBadge {
 
 enum class ColumnKind { text, number, date, tracking };
 
-/// How a column of a log looks.
+/// The appearance of a log's column.
 struct ColumnLook {
     QString title;
-    int width;     ///< logical pixels; 0 takes what the other columns leave
-    int least = 0; ///< what is left of it in a narrow window; 0: it never gives way
+    int width;     ///< logical pixels; 0 takes the remaining width
+    int least = 0; ///< the minimum width in a narrow window; 0: it never shrinks
     ColumnKind kind = ColumnKind::text;
 };
 
-/// Rows of a log, sorted by one column. Rows that are equal there stay in the order in which they came.
+/// Rows of a log, sorted by one column. Rows that are equal in that column keep the records' order.
 class LogModel : public QAbstractTableModel {
     Q_OBJECT
 public:
@@ -42,7 +42,7 @@ public:
     void sort(int column, Qt::SortOrder order) override;
 
 protected:
-    // A record is named by its place among those that the log was given.
+    // `record` is an index into the records that the log was given.
     virtual qsizetype recordCount() const = 0;
     virtual QVariant recordId(qsizetype record) const = 0;
     virtual QString text(qsizetype record, int column) const = 0;
@@ -66,11 +66,11 @@ template <class Record>
 struct LogColumn {
     ColumnLook look;
     QString (*text)(const Record &record);
-    double (*number)(const Record &record) = nullptr; ///< what the column is sorted by, where it is not the text
+    double (*number)(const Record &record) = nullptr; ///< the sort key; null sorts by the text
     QList<RowBadge> (*badges)(const Record &record) = nullptr;
 };
 
-/// The same for one kind of record, which carries its identity as `id`.
+/// A LogModel of one type of record, whose `id` is its identity.
 template <class Record>
 class RecordModel : public LogModel {
 public:

@@ -61,7 +61,7 @@ LogTable::LogTable(const QString &name, LogModel *model, QWidget *parent) : RowT
         if (model->look(column).kind == ColumnKind::tracking)
             m_tracking = column;
     }
-    horizontalHeader()->setSortIndicator(0, Qt::DescendingOrder); // as the model begins
+    horizontalHeader()->setSortIndicator(0, Qt::DescendingOrder); // the model's initial order
     makeSortable();
     connect(selectionModel(), &QItemSelectionModel::selectionChanged, this, &RowTable::chosenChanged);
     connect(horizontalHeader(), &QHeaderView::sectionResized, this, &LogTable::keepTrackingWhole);
@@ -83,7 +83,7 @@ void LogTable::measureTracking()
         giveWay();
 }
 
-/// A tracking number that is cut looks like a whole one.
+/// An elided tracking number can be mistaken for a whole number.
 void LogTable::keepTrackingWhole()
 {
     constexpr int margins = 17;
@@ -91,7 +91,7 @@ void LogTable::keepTrackingWhole()
         setColumnWidth(m_tracking, m_longestTracking + margins);
 }
 
-/// Where the window is too narrow for all columns, names are the first to give way.
+/// If the window is too narrow for all columns, shrinks them from the left, so the names first.
 void LogTable::giveWay()
 {
     const Theme &theme = Theme::current();
@@ -118,7 +118,7 @@ QByteArray LogTable::columnState() const
 void LogTable::restoreColumns(const QByteArray &state)
 {
     m_hasWidths = horizontalHeader()->restoreState(state);
-    // A layout that an earlier version has left knows of no sorting.
+    // A layout saved by an earlier version contains no sorting.
     horizontalHeader()->setSectionsClickable(true);
     horizontalHeader()->setSortIndicatorShown(true);
 }

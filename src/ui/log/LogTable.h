@@ -5,14 +5,14 @@
 
 namespace parcelory {
 
-/// A log as a table that is sorted by its heads. Its widths begin as the window allows.
+/// A log as a table that is sorted by its headers. The initial column widths fit the window.
 class LogTable : public RowTable {
     Q_OBJECT
 public:
     /// The table owns the model.
     LogTable(const QString &name, LogModel *model, QWidget *parent = nullptr);
 
-    /// Widths and sorting as the clerk has them.
+    /// The clerk's column widths and sorting.
     QByteArray columnState() const;
     void restoreColumns(const QByteArray &state);
 

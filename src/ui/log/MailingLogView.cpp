@@ -106,7 +106,7 @@ void MailingLogView::restoreLayout()
     const Preferences &preferences = m_app.platform.preferences;
     m_table->restoreColumns(read(preferences, settings::mailingLogColumns));
     const int details = Theme::current().scaled(detailsHeight);
-    m_splitter->setSizes({4 * details, details}); // the list takes what the window has more or less than that
+    m_splitter->setSizes({4 * details, details}); // the list takes the rest of the window's height
     m_splitter->restoreState(read(preferences, settings::mailingLogSplitter));
 }
 

@@ -19,7 +19,7 @@ class ProgressBar;
 class ShipmentDetails;
 class ShipmentTable;
 
-/// The My Mailing Log tab: search, list, the chosen shipment, and what the last operation came to.
+/// The My Mailing Log tab: search, list, the chosen shipment, and the last operation's result.
 class MailingLogView : public QWidget {
     Q_OBJECT
 public:
@@ -55,9 +55,9 @@ private:
     QSplitter *m_splitter;
     LogFoot *m_foot;
     Notice *m_message;
-    ProgressBar *m_share; ///< how far an export or import is
+    ProgressBar *m_share; ///< the progress of an export or import
     Button *m_cancel;
-    QString m_listed; ///< the search that the rows in sight belong to
+    QString m_listed; ///< the search whose results the table shows
     RefreshScheduler m_refresh;
 };
 

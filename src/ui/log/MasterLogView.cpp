@@ -127,7 +127,8 @@ void MasterLogView::load()
         spawn([this] { return m_screen.load(); });
 }
 
-/// The first sight of the tab shows the usual range; so does the first one with another key, which is another account.
+/// Loads the usual range when the tab is first shown. Loads again after a key change, because another key can mean
+/// another account.
 void MasterLogView::loadForKey()
 {
     if (!isVisible() || !canLoad() || m_loadedKeys == m_app.keyChanges)
@@ -179,7 +180,7 @@ void MasterLogView::refreshRange()
     m_from->setDate(m_screen.from);
     m_to->setDate(m_screen.to);
     for (DateField *field : {m_from, m_to})
-        field->setReadOnly(m_screen.busy); // the range under way stays in sight
+        field->setReadOnly(m_screen.busy); // the fields show the range that is being loaded
     enable(m_usual, canLoad(), m_from);
     enable(m_refreshButton, canLoad(), m_from);
     m_refreshButton->setKind(m_screen.loaded ? Button::Kind::standard : Button::Kind::solid);

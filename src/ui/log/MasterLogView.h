@@ -24,7 +24,7 @@ public:
     MasterLogView(AppState &app, MasterLogScreen &screen, KeysScreen &keys, QWidget *parent = nullptr);
 
     RowTable *table() const;
-    /// What can be done now, for buttons and menu alike.
+    /// What is enabled now, for buttons and menu alike.
     bool canLoad() const;
     bool canExport() const;
     void load();
@@ -64,7 +64,7 @@ private:
     IconView *m_messageIcon;
     ElidedLabel *m_message;
     QList<MasterEntry> m_listed;     ///< what the table shows
-    std::optional<int> m_loadedKeys; ///< the state of the keys for which the tab has loaded by itself
+    std::optional<int> m_loadedKeys; ///< AppState::keyChanges at the last automatic load
     RefreshScheduler m_refresh;
 };
 

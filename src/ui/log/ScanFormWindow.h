@@ -15,8 +15,8 @@ class ComboBox;
 class DocumentPages;
 class LogTable;
 
-/// The secondary window "SCAN Form": the day's form, to be printed and handed to the carrier, with what is on it, and
-/// the earlier ones.
+/// The secondary window "SCAN Form": the day's form to print and hand to the carrier, the labels on it, and the earlier
+/// forms.
 class ScanFormWindow : public QWidget {
     Q_OBJECT
 public:
@@ -41,7 +41,7 @@ private:
     TextLabel *m_count;
     RecordModel<ShipmentRecord> *m_model;
     LogTable *m_labels;
-    bool m_hasBegun = false; ///< a form was shown
+    bool m_hasBegun = false; ///< a form has been shown
     QList<ScanForm> m_listed;
     QList<QByteArray> m_drawn;
     RefreshScheduler m_reload;

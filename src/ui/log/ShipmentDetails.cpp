@@ -22,7 +22,7 @@ namespace {
 constexpr int labelWidth = 106, columnTotal = 3;
 constexpr int columnStretch[columnTotal] = {3, 4, 4};
 
-/// A number shown in groups, of which a marked piece is copied without the gaps.
+/// A number shown in groups; Copy omits the spaces between them.
 class NumberLabel : public TextLabel {
 public:
     using TextLabel::TextLabel;
@@ -35,7 +35,7 @@ protected:
         else
             TextLabel::keyPressEvent(event);
     }
-    void contextMenuEvent(QContextMenuEvent *) override {} // its Copy would take the gaps along
+    void contextMenuEvent(QContextMenuEvent *) override {} // its Copy would keep the spaces
 };
 
 QString statusText(const ShipmentRecord &record)
@@ -45,7 +45,7 @@ QString statusText(const ShipmentRecord &record)
 
 QString declaredText(const ShipmentRecord &record)
 {
-    // An imported log may hold any words here.
+    // An imported log may contain any text here.
     return decimal(record.declaredValue) ? u'$' + record.declaredValue : record.declaredValue;
 }
 
@@ -148,14 +148,14 @@ QWidget *ShipmentDetails::makeHead()
     row->addStretch(1);
     for (Button *button : {m_reprint, m_customs, m_check, m_copy, m_track})
         row->addWidget(button);
-    row->addSpacing(12); // apart from what is pressed every day
+    row->addSpacing(12); // apart from the everyday buttons
     row->addWidget(m_refund);
     return head;
 }
 
 QWidget *ShipmentDetails::makeLines()
 {
-    auto *area = new QScrollArea; // long services and a narrow window may need more lines than there are
+    auto *area = new QScrollArea; // long services or a narrow window may need more lines than fit
     area->setFrameShape(QFrame::NoFrame);
     area->setWidgetResizable(true);
     area->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
@@ -175,7 +175,7 @@ QWidget *ShipmentDetails::makeLines()
     for (const LineInfo &line : lines) {
         TextLabel *value = line.isNumber ? new NumberLabel({}, FontRole::mono) : new TextLabel;
         value->setTextInteractionFlags(Qt::TextSelectableByMouse);
-        value->setWordWrap(!line.isNumber); // a number is never cut nor broken
+        value->setWordWrap(!line.isNumber); // a number is never elided or wrapped
         auto *label = new TextLabel(line.label, FontRole::body, &Tokens::muted);
         label->setFixedWidth(Theme::current().scaled(labelWidth));
         label->setAlignment(Qt::AlignRight | Qt::AlignTop);
@@ -211,7 +211,7 @@ void ShipmentDetails::refreshButtons(const ShipmentRecord &record)
     explain(m_refund, labelBlocker(LabelUse::refund, record), idle);
 }
 
-/// Says at the button why it cannot be pressed; empty when it can.
+/// Enables the button when idle without an obstacle; shows an obstacle in its tooltip.
 void ShipmentDetails::explain(Button *button, const QString &obstacle, bool idle)
 {
     button->setToolTip(obstacle.isEmpty() ? QString() : plainToolTip(obstacle));
@@ -234,7 +234,7 @@ void ShipmentDetails::show(const ShipmentRecord &record)
         TextLabel *value = m_values[at];
         const QString text = lines[at].text(record);
         if (const QString shown = text.isEmpty() ? u"—"_s : text; shown != value->text())
-            value->setText(shown); // only then: what the clerk has marked in it stays marked
+            value->setText(shown); // only on a change, to keep the clerk's text selection
         if (lines[at].text == statusText) {
             const RefundState refund = refundState(record.status);
             value->setInk(inkOf(refund));

@@ -13,11 +13,11 @@ class QStackedLayout;
 
 namespace parcelory {
 
-/// The pane under the mailing log: one shipment in full, and what can be done with it.
+/// The pane under the mailing log: one shipment in full, and its actions.
 class ShipmentDetails : public PanelFrame {
     Q_OBJECT
 public:
-    /// `list` takes the keyboard from a button that cannot be pressed any more.
+    /// `list` takes the focus from a button that becomes disabled.
     ShipmentDetails(MailingLogScreen &screen, QWidget *list, QWidget *parent = nullptr);
 
     /// Shows the chosen shipment as it is now.
@@ -44,7 +44,7 @@ private:
     Button *m_copy;
     Button *m_track;
     Button *m_refund;
-    std::vector<TextLabel *> m_values; ///< in the order of the lines' table
+    std::vector<TextLabel *> m_values; ///< in the order of `lines`
 };
 
 } // namespace parcelory

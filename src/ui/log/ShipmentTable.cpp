@@ -18,7 +18,7 @@ double timeNumber(const ShipmentRecord &record)
 
 double balanceNumber(const ShipmentRecord &record)
 {
-    // An imported log may hold any words here.
+    // An imported log may contain any text here.
     return decimal(QString(record.balance).remove(u'$').remove(u',')).value_or(std::numeric_limits<double>::lowest());
 }
 

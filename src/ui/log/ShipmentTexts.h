@@ -15,7 +15,7 @@ QString postageText(const ShipmentRecord &record);
 QString recipientName(const ShipmentRecord &record);
 QString recipientAddress(const ShipmentRecord &record);
 
-/// What stands out about a shipment: its refund, and a label that is not real postage.
+/// A shipment's badges: its refund state, and TEST for a label that is not real postage.
 QList<RowBadge> badgesOf(const ShipmentRecord &record);
 
 } // namespace parcelory

@@ -5,15 +5,15 @@
 
 namespace parcelory {
 
-/// Lets a screen reader say at once what `widget`, whose accessible name is the news, shows now.
+/// Makes a screen reader announce the accessible name of `widget` now.
 inline void announce(QWidget *widget)
 {
     QAccessibleEvent alert(widget, QAccessible::Alert);
     QAccessible::updateAccessibility(&alert);
 }
 
-/// Enables a control or not. The keyboard of one that is disabled goes to `refuge`, and not to whatever comes next: the
-/// same key pressed once more would press that.
+/// Enables or disables a control. If a disabled control had the focus, `refuge` takes it; otherwise the next control
+/// would, and the same key pressed again would activate that control.
 inline void enable(QWidget *control, bool enabled, QWidget *refuge)
 {
     if (!enabled && control->window()->focusWidget() == control)

@@ -8,17 +8,17 @@ namespace parcelory {
 
 enum class BadgeKind { live, test, practice, pending, granted, failed, chosen, plain };
 
-/// How wide a badge is in a table's row, and its drawing there.
+/// Measure and paint a badge without a widget, as in a table row.
 int badgeWidth(const QString &word, FontRole role);
 void paintBadge(QPainter &painter, const QRect &place, const QString &word, BadgeKind kind, FontRole role);
 
-/// A word in capitals in a small coloured box; the colour only repeats what the word says.
+/// A word in a small colored box; the color only repeats what the word says.
 class Badge : public QWidget {
 public:
     Badge(const QString &word, BadgeKind kind, QWidget *parent = nullptr);
 
     void set(const QString &word, BadgeKind kind);
-    /// The large form in the window's head.
+    /// For the taller badge in the header bar.
     void setTall(int height);
     QSize sizeHint() const override;
 

@@ -9,8 +9,8 @@
 
 namespace parcelory {
 
-/// Ties a field and a text of a screen model together, both ways, for the field's life. The cursor stays where the
-/// clerk has it: the field is only written when the text differs.
+/// Binds a field and a text of a screen model in both directions for the field's lifetime. Writes the field only when
+/// the text differs, so that the cursor stays where the clerk put it.
 template <class Get, class Set, class Property>
 void bindText(LineEdit *field, Property &watched, Get get, Set set)
 {
@@ -33,7 +33,7 @@ inline void bindText(LineEdit *field, QProperty<QString> &property)
         [&property](const QString &typed) { property = typed; });
 }
 
-/// The same for one text of a record that is a property as a whole.
+/// The same for one member of a record that is held in a property.
 template <class Record>
 void bindText(LineEdit *field, QProperty<Record> &property, QString Record::*member)
 {

@@ -4,7 +4,7 @@
 
 namespace parcelory {
 
-/// Two pixels that move while something is under way for longer than a second.
+/// A bar, two pixels high, that moves while an operation takes longer than a second.
 class BusyBar : public QWidget {
 public:
     explicit BusyBar(QWidget *parent = nullptr);

@@ -42,7 +42,7 @@ QSize Button::sizeHint() const
     if (m_kind == Kind::icon)
         return {height(), height()};
     QFont widest = font();
-    widest.setWeight(QFont::DemiBold); // turning solid moves nothing
+    widest.setWeight(QFont::DemiBold); // the width stays the same when the button turns solid
     const int words = text().isEmpty() ? 0 : QFontMetrics(widest).horizontalAdvance(text());
     return {words + drawn + (drawn && words ? iconGap : 0) + 2 * (m_kind == Kind::link ? 9 : padding), height()};
 }
@@ -104,7 +104,7 @@ void Button::paintEvent(QPaintEvent *)
     painter.setPen(c.text);
     painter.drawText(QRect(x, 0, words + 1, height()), Qt::AlignVCenter | Qt::AlignLeft, text());
     if (hasFocus()) {
-        // Inside a filled button the accent ring would not be seen.
+        // The accent ring would not be visible inside a filled button.
         painter.setPen(QPen(strong ? c.text : Theme::current().tokens().accent, 2));
         painter.setBrush(Qt::NoBrush);
         const qreal in = strong ? 3 : 1;

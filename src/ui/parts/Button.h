@@ -6,18 +6,18 @@
 
 namespace parcelory {
 
-/// The program's push button. A screen has at most one solid one: the next step.
+/// The program's push button. A screen has at most one solid button: the next step.
 class Button : public QPushButton {
 public:
     enum class Kind {
         standard,
-        tint,     ///< most used
+        tint,     ///< the most frequent action
         solid,    ///< the next step
-        test,     ///< solid, in the colour of a test key
-        practice, ///< solid, in the colour of the practice desk
+        test,     ///< solid, in the color of a test key
+        practice, ///< solid, in the color of the practice desk
         danger,   ///< red text
         link,     ///< text without a frame
-        icon,     ///< only a drawing; give it a tooltip
+        icon,     ///< only an icon; needs describe()
     };
 
     explicit Button(const QString &text, Kind kind = Kind::standard, const QString &icon = {},
@@ -25,7 +25,7 @@ public:
 
     void setKind(Kind kind);
     Kind kind() const { return m_kind; }
-    /// Name and tooltip of a button that shows only a drawing; `keys` is its shortcut as the system writes it.
+    /// Sets the name and tooltip of an icon button; `keys` is its shortcut in the system's notation.
     void describe(const QString &name, const QString &keys = {});
 
     QSize sizeHint() const override;

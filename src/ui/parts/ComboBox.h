@@ -5,12 +5,12 @@
 
 namespace parcelory {
 
-/// A pop-up list of the program's height.
+/// A combo box with the height of the program's fields.
 class ComboBox : public QComboBox {
 public:
     explicit ComboBox(const QString &name, QWidget *parent = nullptr);
 
-    /// What the closed list shows in the place of its current row; an empty text shows the row again.
+    /// Sets what the closed list shows instead of its current row; an empty text shows the row again.
     void setFace(const QString &text, const QIcon &icon);
     QSize minimumSizeHint() const override;
 

@@ -88,7 +88,7 @@ bool Dialog::eventFilter(QObject *watched, QEvent *event)
     const bool held = key && key->isAutoRepeat() && key->text().trimmed().isEmpty(); // letters may be held
     if (!m_guard && !held)
         return false;
-    // A shortcut belongs to a widget; the system's window stands for all of them.
+    // A shortcut event goes to a child object of a widget; a key event goes to the native window first.
     const auto *widget = qobject_cast<QWidget *>(watched->isWidgetType() ? watched : watched->parent());
     return watched == windowHandle() || (widget && widget->window() == this);
 }

@@ -13,9 +13,9 @@ class QVBoxLayout;
 
 namespace parcelory {
 
-/// The frame of the program's dialogs: a drawing, a title, what the dialog asks, and buttons in the system's order.
-/// Keys pressed in its first moments are dropped, and keys that repeat because they are held: neither a scanner that is
-/// still typing nor a long Return answers a question.
+/// The frame of the program's dialogs: an icon, a title, the contents, and buttons in the system's order. Drops keys
+/// pressed in the first moments, and repeats of held keys that type no character: neither a scanner that is still
+/// typing nor a held Return answers a question.
 class Dialog : public QDialog {
     Q_OBJECT
 public:
@@ -26,13 +26,13 @@ public:
     ~Dialog() override;
 
     QVBoxLayout *body() const { return m_body; }
-    /// `result` is what the dialog ends with. The solid button is the default one.
+    /// Pressing the button ends the dialog with `result`. The solid button is the default.
     Button *addButton(const QString &text, int result, Button::Kind kind);
 
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 protected:
-    /// After a change of the contents.
+    /// Call after the contents change.
     void fitHeight();
     void showEvent(QShowEvent *event) override;
     void paintEvent(QPaintEvent *event) override;

@@ -7,25 +7,25 @@ class QVBoxLayout;
 
 namespace parcelory {
 
-/// One row of a form: a right-aligned label and what stands behind it. A row is shown and hidden as a whole.
+/// One row of a form: a right-aligned label and its fields. A row is shown or hidden as a whole.
 class FormRow : public QWidget {
 public:
     static constexpr int labelWidth = 62;
 
-    /// `label` names `field` for screen readers too; an empty one only keeps the place.
+    /// `width` 0 means the label's natural width. An empty label with a width keeps the space.
     explicit FormRow(const QString &label = {}, int width = labelWidth, QWidget *parent = nullptr);
 
-    /// Appends a widget; `stretch` shares the width that is left.
+    /// Appends a widget; `stretch` is its share of the remaining width.
     FormRow *add(QWidget *widget, int stretch = 0);
-    /// Appends a label for the widget after it. Of its natural width when `width` is 0.
+    /// Appends a label for the next widget; `width` 0 means its natural width.
     FormRow *say(const QString &text, int width = 0, FontRole role = FontRole::body);
-    FormRow *fill(); ///< the rest stays empty
+    FormRow *fill(); ///< leaves the rest of the row empty
 
 private:
     QHBoxLayout *m_row;
 };
 
-/// A group of rows with its name in the gutter beside the first one, so that headings take no height.
+/// A group of rows. Its title is in the gutter beside the first row, so that titles take no height.
 class FormSection : public QWidget {
 public:
     static constexpr int gutter = 84;
@@ -33,7 +33,7 @@ public:
     explicit FormSection(const QString &title, QWidget *parent = nullptr);
 
     FormRow *addRow(const QString &label = {});
-    /// Anything else that stands where the rows' fields stand.
+    /// Adds a widget that is aligned with the rows' fields.
     void addBelowFields(QWidget *widget);
 
 private:

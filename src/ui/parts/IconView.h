@@ -6,7 +6,7 @@
 
 namespace parcelory {
 
-/// One of the program's drawings, standing by itself.
+/// A widget that shows one of the program's icons.
 class IconView : public QWidget {
 public:
     IconView(QString name, int size, Token ink = &Tokens::muted, QWidget *parent = nullptr);

@@ -6,13 +6,14 @@ class QAction;
 
 namespace parcelory {
 
-/// screen readers; the next edit clears that.
+/// A one-line text field. It marks a fault, with the reason in its tooltip and in its description for screen readers;
+/// the next edit clears the fault.
 class LineEdit : public QLineEdit {
 public:
-    /// `name` is what a screen reader calls it; `width` in logical pixels, 0 takes what there is.
+    /// `name` is the name for screen readers; `width` is in logical pixels, 0 takes the available width.
     explicit LineEdit(const QString &name, int width = 0, QWidget *parent = nullptr);
 
-    /// Why the text cannot stay as it is; empty when it can.
+    /// `reason` is why the text is not valid; empty when it is.
     void setFault(const QString &reason);
     bool hasFault() const { return property("fault").toBool(); }
     QSize minimumSizeHint() const override;

@@ -5,18 +5,18 @@
 
 namespace parcelory {
 
-/// A small drawing and a text beside it, in one colour: a warning under a row, a marker, an outcome.
+/// A small icon with a text beside it, in one color: a warning under a row, a marker, an outcome.
 class Notice : public QWidget {
 public:
     Notice(const QString &icon, Token ink, FontRole role = FontRole::captionStrong, QWidget *parent = nullptr);
 
-    /// An empty text hides the whole.
+    /// An empty text hides the notice.
     void setText(const QString &text);
     QString text() const { return m_text->text(); }
-    /// On one line, however long.
+    /// Keeps the text on one line, however long it is.
     void setUnwrapped() { m_text->setWordWrap(false); }
     void setLook(const QString &icon, Token ink);
-    /// The text's own colour, where it is not that of the drawing.
+    /// Gives the text a different color from the icon.
     void setTextInk(Token ink) { m_text->setInk(ink); }
 
 private:

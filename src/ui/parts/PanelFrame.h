@@ -6,7 +6,7 @@
 
 namespace parcelory {
 
-/// A coloured area, with a line at some of its edges or as a card with round corners.
+/// A colored area, with a line at some of its edges or as a card with round corners.
 class PanelFrame : public QFrame {
 public:
     enum class Shape { flat, card };
@@ -16,7 +16,7 @@ public:
     void setCard() { m_shape = Shape::card; }
 
     void setFill(Token fill);
-    void setEdge(Token edge); ///< of a card, or of the lines
+    void setEdge(Token edge); ///< the color of a card's edge or of the lines
     void setLines(Qt::Edges edges);
 
 protected:

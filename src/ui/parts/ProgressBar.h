@@ -4,10 +4,10 @@
 
 namespace parcelory {
 
-/// How much of something long is done: six pixels high.
+/// A progress bar, six pixels high.
 class ProgressBar : public QProgressBar {
 public:
-    /// `name` is what a screen reader calls it; `width` in logical pixels, 0 takes what there is.
+    /// `name` is the name for screen readers; `width` is in logical pixels, 0 takes the available width.
     ProgressBar(const QString &name, int width, QWidget *parent = nullptr);
 
     void setShare(double share); ///< 0 to 1

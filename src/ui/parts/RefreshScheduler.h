@@ -8,8 +8,8 @@
 
 namespace parcelory {
 
-/// Calls `refresh` once for all the changes that the followed properties go through in one turn of the event loop: by
-/// then a screen model has drawn its own conclusions, so a view never shows half of a change.
+/// Calls `refresh` once per turn of the event loop, however many of the followed properties change in it: by then the
+/// screen model has updated all its properties, so a view never shows half of a change.
 class RefreshScheduler {
 public:
     explicit RefreshScheduler(std::function<void()> refresh) : m_refresh(std::move(refresh)) {}
@@ -20,7 +20,7 @@ public:
         (m_notifiers.push_back(properties.addNotifier([this] { touch(); })), ...);
     }
 
-    /// As if a property had changed; for signals of lists.
+    /// Schedules a refresh as a changed property does; for signals of lists.
     void touch()
     {
         if (m_pending)
@@ -38,7 +38,7 @@ public:
 private:
     std::function<void()> m_refresh;
     bool m_pending = false;
-    QObject m_context; ///< a call that is still queued dies with it
+    QObject m_context; ///< its destruction discards a queued call
     std::vector<QPropertyNotifier> m_notifiers;
 };
 

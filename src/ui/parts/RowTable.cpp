@@ -14,8 +14,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Draws the arrow of the sorted column as a part of its title: the style's own would take the title of a narrow
-/// column away.
+/// Draws the sort arrow as part of the column's title: the style's own arrow would hide the title of a narrow column.
 class RowHead : public QHeaderView {
 public:
     using QHeaderView::QHeaderView;
@@ -114,7 +113,7 @@ void RowTable::choose(const QVariant &id)
     if (chosen() == id)
         return;
     if (const int row = rowOf(id); row >= 0)
-        selectRow(row); // moves the current row along, and so into sight
+        selectRow(row); // also makes it the current row, which scrolls it into view
     else
         clearSelection();
 }
@@ -125,7 +124,7 @@ void RowTable::replaceRows(const std::function<void()> &change)
     const int top = rowAt(0);
     const QVariant topId = model()->index(top, 0).data(idRole);
     const int offset = rowViewportPosition(top);
-    const bool atTop = verticalScrollBar()->value() == 0; // there one waits for what is new
+    const bool atTop = verticalScrollBar()->value() == 0; // at the top, new rows are shown
     change();
     if (wordWrap())
         resizeRowsToContents();
@@ -145,7 +144,7 @@ void RowTable::showStart()
         scrollToTop();
 }
 
-/// Claims the Copy keys, so that a menu's entry for them knows that they do something here.
+/// Accepts the Copy keys, so that the Edit menu enables its entry.
 bool RowTable::event(QEvent *event)
 {
     if (event->type() == QEvent::ShortcutOverride && static_cast<QKeyEvent *>(event)->matches(QKeySequence::Copy) &&
@@ -214,7 +213,7 @@ QSize RowDelegate::sizeHint(const QStyleOptionViewItem &option, const QModelInde
         return {option.fontMetrics.horizontalAdvance(text) + 2 * padding + reserved(index), height};
     const QRect place(0, 0, textPlace(option.rect, index).width(), QWIDGETSIZE_MAX);
     if (!text.contains(u'\n') && option.fontMetrics.horizontalAdvance(text) <= place.width())
-        return {option.rect.width(), height}; // most cells are, and this is ten times as quick
+        return {option.rect.width(), height}; // true for most cells, and ten times as fast
     const int air = height - option.fontMetrics.height();
     return {option.rect.width(),
             std::max(height, option.fontMetrics.boundingRect(place, Qt::TextWordWrap, text).height() + air)};

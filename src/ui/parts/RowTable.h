@@ -7,37 +7,37 @@
 
 namespace parcelory {
 
-/// A table of whole rows in the program's measures, at most one of them chosen. Its model gives every row's identity
-/// under RowTable::idRole in column 0.
+/// A table in the program's row height, in which at most one row is chosen. Its model returns a row's identity under
+/// RowTable::idRole in column 0.
 class RowTable : public QTableView {
     Q_OBJECT
 public:
     static constexpr int idRole = Qt::UserRole;
     static constexpr int headPixels = 28, rowPixels = 28;
 
-    /// `name` is what a screen reader calls the table.
+    /// `name` is the table's name for screen readers.
     explicit RowTable(const QString &name, QWidget *parent = nullptr);
 
-    /// Rows grow until every text has room, instead of cutting it.
+    /// Wraps the texts and grows the rows instead of eliding.
     void wrapTexts();
-    /// A click on a column's head lets the model sort by it, another one the other way round.
+    /// Makes a click on a column's header sort by that column; the next click reverses the order.
     void makeSortable();
-    /// As that click does.
+    /// Does what that click does.
     void sortBy(int column);
 
-    /// The chosen row's identity; invalid when none is.
+    /// The chosen row's identity; invalid if no row is chosen.
     QVariant chosen() const;
     void choose(const QVariant &id);
-    /// Runs `change`, which puts other rows into the model; the chosen row stays chosen and the rows in sight stay
-    /// where they are, as far as they are still there.
+    /// Runs `change`, which replaces the model's rows. The chosen row stays chosen and the visible rows stay in place
+    /// if they still exist.
     void replaceRows(const std::function<void()> &change);
 
-    /// Scrolls to the chosen row or, when none is, to the first: for rows that have little to do with the last ones.
+    /// Scrolls to the chosen row, or to the first row if no row is chosen. For a new set of rows, as after a search.
     void showStart();
 
 signals:
     void chosenChanged();
-    void copyRequested(); ///< the system's Copy keys: cells show numbers in groups, which nobody wants to paste
+    void copyRequested(); ///< replaces the default Copy, which would keep the spaces of grouped numbers
 
 protected:
     bool event(QEvent *event) override;
@@ -49,11 +49,11 @@ private:
     int rowOf(const QVariant &id) const;
     void sortAsMarked();
 
-    RefreshScheduler m_heights; ///< of rows that wrap, set when the columns have found their widths
+    RefreshScheduler m_heights; ///< resizes wrapped rows once the columns have their widths
 };
 
-/// Draws a row's cells: the text at eight pixels from the edges, the chosen row with a bar at its left. The tooltip of
-/// a cell that is cut shows the whole text.
+/// Draws a row's cells: the text eight pixels from the edges, the chosen row with a bar at its left. The tooltip of an
+/// elided cell shows the whole text.
 class RowDelegate : public QStyledItemDelegate {
 public:
     using QStyledItemDelegate::QStyledItemDelegate;
@@ -66,7 +66,7 @@ public:
 protected:
     static constexpr int padding = 8;
 
-    /// How much of a cell's right end its text leaves free.
+    /// The width that the text leaves free at a cell's right end.
     virtual int reserved(const QModelIndex &) const { return 0; }
 
 private:

@@ -11,7 +11,7 @@ using namespace Qt::StringLiterals;
 SearchField::SearchField(const QString &prompt, int width, QWidget *parent) : LineEdit(prompt, width, parent)
 {
     setPlaceholderText(prompt);
-    setTextMargins(2, 0, 2, 0); // the glass stands before the text
+    setTextMargins(2, 0, 2, 0); // the magnifying glass is in front of the text
     QAction *glass = addAction(themeIcon(u"ui_search"_s, &Tokens::muted), LeadingPosition);
     glass->setEnabled(false);
     QAction *clear = addAction(themeIcon(u"ui_close"_s, &Tokens::muted), TrailingPosition);
@@ -31,7 +31,7 @@ void SearchField::focusAll()
 void SearchField::clearByUser()
 {
     clear();
-    emit textEdited(QString()); // as if it had been deleted by hand
+    emit textEdited(QString()); // as if the clerk had deleted the text
 }
 
 void SearchField::keyPressEvent(QKeyEvent *event)

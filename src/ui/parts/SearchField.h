@@ -4,11 +4,11 @@
 
 namespace parcelory {
 
-/// A field that narrows a list while one types. Escape and the mark at its right clear it, Down goes to the list.
+/// A field that filters a list as the clerk types. Escape and the button at its right clear it; Down moves to the list.
 class SearchField : public LineEdit {
     Q_OBJECT
 public:
-    /// `prompt` stands in the empty field and names it.
+    /// `prompt` is the placeholder text and the name for screen readers.
     explicit SearchField(const QString &prompt, int width = 0, QWidget *parent = nullptr);
 
     void focusAll();

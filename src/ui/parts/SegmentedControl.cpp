@@ -101,7 +101,7 @@ void SegmentedControl::choose(int id)
     shareFocus();
 }
 
-/// Tab stops once, at the choice; arrow keys go on from there.
+/// Tab stops only at the chosen segment; arrow keys continue from there.
 void SegmentedControl::shareFocus()
 {
     for (QAbstractButton *button : m_group.buttons())

@@ -6,15 +6,15 @@
 
 namespace parcelory {
 
-/// A few choices side by side, of which one is raised. Arrow keys move the choice.
+/// A few choices side by side; the chosen segment is raised. Arrow keys change the choice.
 class SegmentedControl : public QWidget {
     Q_OBJECT
 public:
-    /// `name` is what a screen reader calls the group.
+    /// `name` is the group's name for screen readers.
     explicit SegmentedControl(const QString &name, QWidget *parent = nullptr);
 
     void add(int id, const QString &text, const QString &icon = {});
-    /// A choice that cannot be made, with the word that says so.
+    /// Adds a disabled segment with a badge that says why.
     void addUnavailable(const QString &text, const QString &icon, const QString &badge);
     void choose(int id);
     int chosen() const { return m_group.checkedId(); }

@@ -34,7 +34,7 @@ void collect(QWidget *widget, QWidgetList &order)
             collect(splitter->widget(at), order);
         return;
     }
-    if (widget->focusPolicy() != Qt::NoFocus) // also those that Tab passes over for now
+    if (widget->focusPolicy() != Qt::NoFocus) // also widgets that Tab skips at the moment
         order.append(widget);
     else if (widget->layout())
         collect(widget->layout(), order);

@@ -4,7 +4,7 @@ class QWidget;
 
 namespace parcelory {
 
-/// Makes Tab walk the widgets of `root` in the order of its layouts, whatever the order in which they were made.
+/// Sets the Tab order of the widgets in `root` to the order of its layouts instead of the order of construction.
 void orderTabsByLayout(QWidget *root);
 
 } // namespace parcelory

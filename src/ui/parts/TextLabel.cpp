@@ -4,7 +4,7 @@ namespace parcelory {
 
 namespace {
 
-/// Breaks the runs without blanks that come out wider than `widest`.
+/// Breaks runs without spaces that are wider than `widest`.
 template <class WidthOf>
 QString breakRuns(const QString &text, int widest, WidthOf widthOf)
 {
@@ -14,7 +14,7 @@ QString breakRuns(const QString &text, int widest, WidthOf widthOf)
         const int width = widthOf(character);
         run = character.isSpace() ? 0 : run + width;
         if (run > widest && !character.isLowSurrogate()) {
-            result += QChar(0x200B); // of no width
+            result += QChar(0x200B); // zero-width space
             run = width;
         }
         result += character;
@@ -44,9 +44,9 @@ QString breakable(const QString &text, FontRole role, int widest)
 
 TextLabel::TextLabel(const QString &text, FontRole role, Token ink, QWidget *parent) : QLabel(text, parent), m_ink(ink)
 {
-    setTextFormat(Qt::PlainText); // names and answers of the carrier are no markup
+    setTextFormat(Qt::PlainText); // names and carrier responses are not markup
     setFont(Theme::current().font(role));
-    setForegroundRole(QPalette::WindowText); // on a sheet it would take the fields' role
+    setForegroundRole(QPalette::WindowText); // on a sheet it would inherit the fields' role
     connect(&Theme::current(), &Theme::changed, this, &TextLabel::recolour);
     recolour();
 }

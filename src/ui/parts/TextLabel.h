@@ -6,7 +6,7 @@
 
 namespace parcelory {
 
-/// A text in one of the program's roles; its colour follows the theme.
+/// A text in one of the theme's font roles; its color follows the theme.
 class TextLabel : public QLabel {
 public:
     explicit TextLabel(const QString &text = {}, FontRole role = FontRole::body, Token ink = &Tokens::text,
@@ -20,15 +20,15 @@ private:
     Token m_ink;
 };
 
-/// A tooltip that shows the text as it is, whatever markup it may hold.
+/// A tooltip that shows the text literally, even if it contains markup.
 QString plainToolTip(const QString &text);
 
-/// The text with places to break in runs that no line holds.
+/// The text with line break opportunities inside long runs without spaces.
 QString breakable(const QString &text);
-/// The same for a narrow place of `widest` logical pixels: what fits there stays whole.
+/// The same for a line of `widest` logical pixels: runs that fit stay whole.
 QString breakable(const QString &text, FontRole role, int widest);
 
-/// A text that is cut with an ellipsis where it does not fit; the whole stands in the tooltip.
+/// A text that is elided if it does not fit; the tooltip then shows the whole text.
 class ElidedLabel : public TextLabel {
 public:
     using TextLabel::TextLabel;

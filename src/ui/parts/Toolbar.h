@@ -12,7 +12,7 @@ public:
     explicit Toolbar(QWidget *parent = nullptr);
 
     Toolbar *add(QWidget *widget);
-    Toolbar *fill(); ///< what comes after stands at the right
+    Toolbar *fill(); ///< widgets added afterwards are at the right
 
 private:
     QHBoxLayout *m_row;

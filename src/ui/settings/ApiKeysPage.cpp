@@ -51,7 +51,7 @@ QString storageNote(bool practice)
 
 } // namespace
 
-/// A key by its name: choosing it makes it the active one.
+/// A key's row: choosing the key makes it active.
 class KeyRowView : public PanelFrame {
 public:
     KeyRowView(KeysScreen &keys, const QString &name, QButtonGroup &choice)
@@ -155,7 +155,7 @@ void ApiKeysPage::refresh()
         names.append(key.name);
     if (m_rows.follow(names, [this](const QString &name) { return new KeyRowView(m_keys, name, m_choice); }))
         orderTabsByLayout(this);
-    m_choice.setExclusive(false); // there may be none that is active
+    m_choice.setExclusive(false); // possibly no key is active
     for (const KeyRow &key : m_keys.keys.value())
         m_rows.find(key.name)->refresh(key);
     m_choice.setExclusive(true);
@@ -196,7 +196,7 @@ void ApiKeysPage::add()
     });
 }
 
-/// A key that was not taken stays in the fields for another try.
+/// A rejected key stays in the fields for another try.
 void ApiKeysPage::finishAdding()
 {
     m_adding = false;

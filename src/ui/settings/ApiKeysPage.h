@@ -18,7 +18,7 @@ namespace parcelory {
 
 class KeyRowView;
 
-/// The carrier's API keys: which one is active, and adding and removing them.
+/// The carrier's API keys: choose the active key, add and remove keys.
 class ApiKeysPage : public SettingsPage {
     Q_OBJECT
 public:

@@ -7,7 +7,7 @@
 
 namespace parcelory {
 
-/// Settings ▸ Contacts Diagnostics: what works of the system's contacts, step by step.
+/// Settings ▸ Contacts Diagnostics: tests the access to the system's contacts step by step.
 class ContactsPage : public SettingsPage {
 public:
     explicit ContactsPage(AppState &app, QWidget *parent = nullptr);

@@ -21,7 +21,7 @@ struct QueueItem {
     QString queue;
 };
 
-/// A menu that is open, or has the focus, is left alone unless it has to offer something else.
+/// Rebuilds the menu only if its items have changed, so that an open menu is not disturbed.
 void offer(ComboBox *menu, const QList<QueueItem> &items, const QString &chosen)
 {
     bool same = menu->count() == items.size();
@@ -35,7 +35,8 @@ void offer(ComboBox *menu, const QList<QueueItem> &items, const QString &chosen)
     menu->setCurrentIndex(menu->findData(chosen));
 }
 
-/// The queues on offer and, if it is none of them, the chosen one: a choice is never shown as another.
+/// The offered queues and, if it is missing among them, the chosen queue: the menu must never show another queue as
+/// chosen.
 QList<QueueItem> itemsFor(const SettingsScreen &settings, const QStringList &offered, const QString &chosen)
 {
     QList<QueueItem> items;
@@ -108,7 +109,7 @@ void PrintersPage::refreshScale()
     m_scaleState->setText(scale.connected ? u"Connected · reading settles before it is used"_s
                                           : u"No HID scale detected. Plug in the USB scale and it will appear here "
                                             "automatically."_s);
-    const bool faulty = scale.connected && !fault.isEmpty(); // the weight shown before says nothing then
+    const bool faulty = scale.connected && !fault.isEmpty(); // the last weight is then meaningless
     const bool weighs = scale.connected && !faulty && scale.ounces.value().has_value();
     m_weight->setText(scale.display());
     m_weight->setVisible(scale.connected && !faulty);
@@ -125,7 +126,7 @@ void PrintersPage::refreshScale()
 void PrintersPage::showEvent(QShowEvent *event)
 {
     SettingsPage::showEvent(event);
-    if (m_settings.queues.value().isEmpty()) // nobody has looked yet
+    if (m_settings.queues.value().isEmpty()) // not listed yet
         spawn([&settings = m_settings] { return settings.refreshPrinters(); });
 }
 

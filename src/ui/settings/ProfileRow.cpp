@@ -28,7 +28,7 @@ TextLabel *fieldLabel(const QString &text, int width = 0)
 
 } // namespace
 
-/// The line that stands for a profile; pressing it shows and hides the fields.
+/// A profile's header line; pressing it shows or hides the fields.
 class FoldHeader : public QAbstractButton {
 public:
     FoldHeader() : m_name(new ElidedLabel({}, FontRole::strong)), m_address(new ElidedLabel({}, FontRole::caption))

@@ -8,15 +8,15 @@
 
 namespace parcelory {
 
-/// One row (a PanelFrame) for each record of a list, in the list's order. A row lives as long as its record, so that
-/// what the clerk is typing into is never made anew.
+/// One row (a PanelFrame) for each record of a list, in the list's order. A row lives as long as its record, so that a
+/// field is never recreated while the clerk types in it.
 template <class Id, class Row>
 class RowList {
 public:
     /// `place` holds nothing but these rows.
     explicit RowList(QVBoxLayout *place) : m_place(place) {}
 
-    /// True when rows came or went.
+    /// True if rows were added or removed.
     template <class Make>
     bool follow(const QList<Id> &ids, Make make)
     {
@@ -24,7 +24,7 @@ public:
             std::erase_if(m_rows, [&](const Entry &entry) { return !ids.contains(entry.id) && drop(entry); });
         int at = 0;
         for (qsizetype i = 0; i < ids.size(); ++i) {
-            if (ids.indexOf(ids[i]) < i) // a file edited by hand may hold one id twice, and a row has one place
+            if (ids.indexOf(ids[i]) < i) // a file edited by hand may contain an id twice; show it once
                 continue;
             Row *row = find(ids[i]);
             if (!row) {

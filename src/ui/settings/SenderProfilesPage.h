@@ -7,7 +7,7 @@
 
 namespace parcelory {
 
-/// The desk's return addresses, and what stands in where they are blank.
+/// The desk's return addresses, and the fallbacks for their blank fields.
 class SenderProfilesPage : public SettingsPage {
     Q_OBJECT
 public:

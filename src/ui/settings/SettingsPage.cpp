@@ -32,7 +32,7 @@ SettingsPage::SettingsPage(const QString &title, QWidget *parent)
     auto *ground = new PanelFrame(&Tokens::panel);
     auto *columns = new QHBoxLayout(ground);
     columns->setContentsMargins(28, 20, 28, 20);
-    columns->addWidget(cards, 1000); // all there is, up to its widest
+    columns->addWidget(cards, 1000); // the available width, up to the maximum
     columns->addStretch(1);
     setWidget(ground);
     setWidgetResizable(true);
@@ -90,7 +90,7 @@ QWidget *SettingsPage::makeSwitch(const QString &text, QProperty<bool> &property
 
 void SettingsPage::reveal(QWidget *widget)
 {
-    // Its place is only known when the layouts have had their turn.
+    // The widget's position is known only after the layouts have run.
     QMetaObject::invokeMethod(
         this,
         [this, target = QPointer(widget)] {

@@ -13,7 +13,7 @@ namespace parcelory {
 
 class PanelFrame;
 
-/// One page of Settings: a title and what belongs to it in cards below, scrolling where it is longer than the window.
+/// One page of Settings: a title with cards below it. Scrolls if it is taller than the window.
 class SettingsPage : public QScrollArea {
 public:
     explicit SettingsPage(const QString &title, QWidget *parent = nullptr);
@@ -24,12 +24,12 @@ protected:
     QHBoxLayout *head() const { return m_head; } ///< the title's line
     void append(QWidget *widget);
     PanelFrame *appendCard();
-    PanelFrame *appendListCard();                ///< for rows that keep their own distance
-    QVBoxLayout *column(PanelFrame *card) const; ///< inside a card
+    PanelFrame *appendListCard();                ///< for rows with their own margins
+    QVBoxLayout *column(PanelFrame *card) const; ///< a card's layout
     void appendCaption(const QString &text);
-    /// A switch for a setting, whoever else changes it.
+    /// A check box for a setting; it follows changes made elsewhere.
     static QWidget *makeSwitch(const QString &text, QProperty<bool> &property);
-    /// Scrolls to a widget that was made or shown just now.
+    /// Scrolls to a widget that was just created or shown.
     void reveal(QWidget *widget);
 
 private:

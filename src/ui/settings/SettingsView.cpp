@@ -108,9 +108,4 @@ void SettingsView::showPage(Page page)
     m_sections->setCurrentRow(int(page));
 }
 
-SettingsView::Page SettingsView::page() const
-{
-    return Page(m_pages->currentIndex());
-}
-
 } // namespace parcelory

@@ -9,7 +9,7 @@ class QStackedWidget;
 
 namespace parcelory {
 
-/// The Settings screen: its sections at the left, the chosen one's page beside them.
+/// The Settings screen: its sections at the left, the chosen section's page beside them.
 class SettingsView : public QWidget {
     Q_OBJECT
 public:
@@ -18,7 +18,6 @@ public:
     SettingsView(AppState &app, Screens &screens, QWidget *parent = nullptr);
 
     void showPage(Page page);
-    Page page() const;
 
 private:
     void add(const QString &title, const QString &icon, QWidget *page);

@@ -8,7 +8,7 @@
 
 namespace parcelory {
 
-/// Settings ▸ Updates: which version this is, and a look for a newer one.
+/// Settings ▸ Updates: the installed version and the check for a newer version.
 class UpdatesPage : public SettingsPage {
 public:
     explicit UpdatesPage(UpdateChecker &updates, QWidget *parent = nullptr);

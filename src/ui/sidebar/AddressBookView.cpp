@@ -25,7 +25,7 @@ const QString hint =
     u"Import your address book once — it then lives in Parcelory, like Endicia's did. macOS will ask for "
     "Contacts permission only if you import from Apple Contacts."_s;
 
-/// A source of addresses: its entry in the menu, and shorter for a button.
+/// A source of addresses: its menu entry, and a shorter text for a button.
 struct Source {
     QString entry, button;
     Task<> (AddressBook::*import)();
@@ -41,7 +41,7 @@ QList<Source> sources(const AddressBook &book)
     return all;
 }
 
-/// Runs an import when the entry or the button is used. The book outlives every view.
+/// Runs an import when the menu entry or the button is triggered. The book outlives every view.
 template <class Trigger, class Signal>
 void offer(Trigger *trigger, Signal signal, AddressBook &book, const Source &source)
 {
@@ -156,21 +156,21 @@ void AddressBookView::connectList()
     connect(m_list, &AddressList::searchRequested, this, &AddressBookView::focusSearch);
     connect(m_list, &QListView::doubleClicked, this, &AddressBookView::fill);
     connect(m_list, &AddressList::removeRequested, this, &AddressBookView::removeSelected);
-    connect(m_list, &AddressList::undoRequested, m_undo, &QPushButton::click); // which is there while it can be undone
+    connect(m_list, &AddressList::undoRequested, m_undo, &QPushButton::click); // undo() checks for a deletion
 }
 
-/// Return fills the label from here; it must not go on to the form, whose next step it would take.
+/// Return fills the label from here; it must not reach the form, which would take its next step.
 void AddressBookView::keyPressEvent(QKeyEvent *event)
 {
     const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
-    const bool plain = (event->modifiers() & ~Qt::KeypadModifier) == 0; // Buy's own keys are not this
+    const bool plain = (event->modifiers() & ~Qt::KeypadModifier) == 0; // excludes the Buy shortcut
     if (!isReturn || !plain)
         QWidget::keyPressEvent(event);
     else if (!event->isAutoRepeat())
         fillByReturn();
 }
 
-/// From the search, only somebody who is beyond doubt: the one who is chosen, or the only one found.
+/// From the search, fills only an unambiguous address: the chosen address, or the only match.
 void AddressBookView::fillByReturn()
 {
     const bool searching = m_search->hasFocus();
@@ -216,12 +216,12 @@ void AddressBookView::openSheet(AddressEditSheet::Purpose purpose, const PostalC
     sheet->open();
 }
 
-/// Chooses an address that the book has.
+/// Chooses an address of the book; clears a search that does not match it.
 void AddressBookView::choose(const QUuid &id)
 {
     m_pane.selection = id;
     if (!m_pane.selected())
-        m_pane.query = QString(); // which it does not match
+        m_pane.query = QString();
     m_pane.selection = id;
 }
 
@@ -274,7 +274,7 @@ void AddressBookView::refresh()
 
 void AddressBookView::showPage()
 {
-    const bool loaded = !m_book.status.value().isEmpty(); // it says something from then on
+    const bool loaded = !m_book.status.value().isEmpty(); // a loaded book always has a status
     const bool empty = loaded && m_book.contacts().isEmpty(), nothing = loaded && m_pane.filtered().isEmpty();
     m_nothing->set(u"ui_search"_s, breakable(u"No address matches “%1”"_s.arg(trimBlanks(m_pane.query)), FontRole::body,
                                              narrowestText));
@@ -284,7 +284,7 @@ void AddressBookView::showPage()
     m_count->setText(loaded ? QString::number(m_book.contacts().size()) + u" addresses"_s : QString());
 }
 
-/// The number of addresses stands beside the tools already.
+/// Omits a status that is only the number of addresses, which is shown beside the tools.
 void AddressBookView::refreshNews()
 {
     const QString status = m_book.status;
@@ -294,7 +294,7 @@ void AddressBookView::refreshNews()
     m_news->setText(breakable(news, FontRole::caption, narrowestText));
     m_news->setAccessibleName(news);
     m_news->setVisible(!news.isEmpty());
-    if (!news.isEmpty() && isVisible() && !m_book.importing) // how far an import is would be said again and again
+    if (!news.isEmpty() && isVisible() && !m_book.importing) // do not announce every step of an import
         announce(m_news);
 }
 

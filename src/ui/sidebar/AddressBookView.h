@@ -14,7 +14,7 @@ class QVBoxLayout;
 
 namespace parcelory {
 
-/// The address book with its search and its tools: beside the label form, and in a window of its own.
+/// The address book with its search and its tools: beside the label form, and in its own window.
 class AddressBookView : public QWidget {
     Q_OBJECT
 public:
@@ -26,7 +26,7 @@ public:
     void editSelected();
 
 signals:
-    void filled(); ///< the label has its recipient from here
+    void filled(); ///< the label's recipient was filled from here
 
 protected:
     void keyPressEvent(QKeyEvent *event) override;
@@ -55,7 +55,7 @@ private:
     AddressList *m_list;
     EmptyState *m_empty, *m_nothing;
     QStackedWidget *m_pages;
-    TextLabel *m_news; ///< what the last operation came to
+    TextLabel *m_news; ///< the last operation's result
     Button *m_cancel, *m_undo;
     BusyBar *m_bar;
     Button *m_fill, *m_add, *m_edit, *m_delete, *m_import;

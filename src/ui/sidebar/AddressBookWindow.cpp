@@ -29,7 +29,7 @@ AddressBookWindow::AddressBookWindow(AppState &app, AddressBook &book, QWidget *
     m_view->focusSearch();
 }
 
-/// Escape is no shortcut of this window: it first clears the search.
+/// Escape is not a QShortcut of this window, because the search must get it first, to clear itself.
 void AddressBookWindow::keyPressEvent(QKeyEvent *event)
 {
     if (event->key() == Qt::Key_Escape)

@@ -14,7 +14,7 @@ public:
     AddressBookView &view() { return *m_view; }
 
 signals:
-    void filled(); ///< the label has its recipient from here
+    void filled(); ///< the label's recipient was filled from here
 
 protected:
     void keyPressEvent(QKeyEvent *event) override;

@@ -8,8 +8,8 @@
 
 namespace parcelory {
 
-/// "Edit Address" or "New Address". Ends accepted when the book has the contact; as long as that cannot be written, it
-/// stays open and says why.
+/// "Edit Address" or "New Address". Accepted once the book has stored the contact; if that fails, the sheet stays open
+/// and shows why.
 class AddressEditSheet : public Dialog {
     Q_OBJECT
 public:
@@ -27,7 +27,7 @@ private:
     void finishSaving(bool saved);
 
     AddressBook &m_book;
-    PostalContact m_contact; ///< as typed so far, without the blanks around it
+    PostalContact m_contact; ///< as typed so far, trimmed
     LineEdit *m_first = nullptr;
     Notice *m_failure;
     Button *m_save = nullptr;

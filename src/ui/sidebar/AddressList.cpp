@@ -17,7 +17,7 @@ namespace {
 
 constexpr int rowPixels = 42, padding = 8;
 
-/// Draws a name and, below it, where that is. The tooltip of a row that is cut shows both in full.
+/// Draws a name and, below it, company and address. The tooltip of an elided row shows both lines in full.
 class AddressRow : public QStyledItemDelegate {
 public:
     using QStyledItemDelegate::QStyledItemDelegate;
@@ -97,10 +97,10 @@ bool isDelete(const QKeyEvent &event)
 AddressList::AddressList(AddressBookPane &pane, QWidget *parent)
     : QListView(parent), m_pane(pane), m_model(new AddressListModel(this))
 {
-    setAccessibleName(u"Addresses"_s);
+    setAccessibleName(AddressBookPane::sourceName());
     setModel(m_model);
     setItemDelegate(new AddressRow(this));
-    setUniformItemSizes(true); // a hundred thousand rows scroll like ten
+    setUniformItemSizes(true); // a hundred thousand rows scroll as fast as ten
     setVerticalScrollMode(ScrollPerPixel);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setEditTriggers(NoEditTriggers);
@@ -117,7 +117,7 @@ void AddressList::refresh()
     executeDelayedItemsLayout();
     verticalScrollBar()->setValue(sameSearch ? place : 0);
     refreshSelection();
-    // The arrow keys go on from where a deleted address was.
+    // The arrow keys continue from the place of a deleted address.
     if (sameSearch && row >= 0 && !currentIndex().isValid())
         selectionModel()->setCurrentIndex(m_model->index(std::min(row, rowCount() - 1)), QItemSelectionModel::NoUpdate);
 }
@@ -141,7 +141,7 @@ void AddressList::enter()
         setCurrentIndex(currentIndex().isValid() ? currentIndex() : m_model->index(0));
 }
 
-/// Claims the Undo keys, so that a menu's entry for them knows that they do something here.
+/// Accepts the Undo keys, so that the Edit menu enables its entry.
 bool AddressList::event(QEvent *event)
 {
     if (event->type() == QEvent::ShortcutOverride && static_cast<QKeyEvent *>(event)->matches(QKeySequence::Undo)) {

@@ -6,24 +6,24 @@
 
 namespace parcelory {
 
-/// The list of a pane's addresses. The chosen one is the pane's selection.
+/// The list of a pane's addresses. The chosen address is the pane's selection.
 class AddressList : public QListView {
     Q_OBJECT
 public:
     explicit AddressList(AddressBookPane &pane, QWidget *parent = nullptr);
 
-    /// Shows what the pane has found: from the start after another search, else where it stood.
+    /// Shows the pane's matches. Scrolls to the top after another search; otherwise keeps the scroll position.
     void refresh();
     /// Shows the pane's selection.
     void refreshSelection();
-    /// Takes the keyboard, and chooses a row if none is.
+    /// Takes the focus; chooses a row if no row is chosen.
     void enter();
     int rowCount() const { return m_model->rowCount(); }
 
 signals:
     void removeRequested();
     void undoRequested();
-    void searchRequested(); ///< the way back up
+    void searchRequested(); ///< Up from the first row
 
 protected:
     bool event(QEvent *event) override;
@@ -34,7 +34,7 @@ protected:
 private:
     AddressBookPane &m_pane;
     AddressListModel *m_model;
-    QString m_query; ///< the one whose rows are shown
+    QString m_query; ///< the query whose matches are shown
 };
 
 } // namespace parcelory

@@ -32,7 +32,7 @@ QVariant AddressListModel::data(const QModelIndex &index, int role) const
         return {};
     const PostalContact &shown = contact(index.row());
     QStringList texts = {shown.name, shown.company, shown.addressSummary().simplified()};
-    texts.removeAll(QString()); // who has no name is called as the company is
+    texts.removeAll(QString()); // without a name, the company is the first line
     switch (role) {
     case Qt::DisplayRole:
         return texts.value(0);

@@ -10,15 +10,15 @@ namespace parcelory {
 class AddressListModel : public QAbstractListModel {
     Q_OBJECT
 public:
-    enum Role { detailRole = Qt::UserRole }; ///< the second line; the first one is the display's text
+    enum Role { detailRole = Qt::UserRole }; ///< the second line; the first line is Qt::DisplayRole
 
     using QAbstractListModel::QAbstractListModel;
 
-    /// Takes what the pane has found.
+    /// Takes over the pane's matches.
     void show(AddressBookPane &pane);
 
     QUuid idAt(int row) const { return contact(row).id; }
-    int rowOf(const QUuid &id) const; ///< -1 when it is not among them
+    int rowOf(const QUuid &id) const; ///< -1 if it is not a match
 
     int rowCount(const QModelIndex &parent = {}) const override;
     QVariant data(const QModelIndex &index, int role = Qt::DisplayRole) const override;
@@ -26,7 +26,7 @@ public:
 private:
     const PostalContact &contact(int row) const { return m_contacts[m_rows[row]]; }
 
-    // They share the book's memory, and stay as they are until the view is told of other ones.
+    // Implicitly shared with the book; they stay unchanged until show() tells the view.
     QList<PostalContact> m_contacts;
     QList<int> m_rows;
 };

@@ -23,7 +23,7 @@ TextLabel *paragraph(const QString &text, FontRole role = FontRole::caption, Tok
     return label;
 }
 
-/// The whole of `text` only where nothing else needs the width.
+/// A text that takes the remaining width of its row, elided if necessary.
 ElidedLabel *remainder(const QString &text, FontRole role, Token ink = &Tokens::text)
 {
     auto *label = new ElidedLabel({}, role, ink);
@@ -38,7 +38,7 @@ ElidedLabel *atRight(const QString &text, Token ink = &Tokens::text)
     label->setFullText(text);
     label->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     if (text.isEmpty())
-        label->hide(); // never shown from here: without a parent it would be a window
+        label->hide(); // not setVisible(): to show a label without a parent would open a window
     return label;
 }
 
@@ -50,7 +50,7 @@ QVBoxLayout *rowsOf(PanelFrame *card)
     return rows;
 }
 
-/// A hairline with a little more room than rows have between them.
+/// A separator with a little more space than between rows.
 void addRule(QVBoxLayout *rows)
 {
     rows->addSpacing(3);
@@ -71,7 +71,7 @@ PanelFrame *warningCard(const QString &icon, const QString &text)
     return card;
 }
 
-/// Street, place and, abroad, the country: a line each.
+/// Company, street, city and, abroad, the country: a line each.
 QStringList addressLines(const ShippoAddress &address)
 {
     const QString state = joinPresent({address.state, address.zip}, u" "_s);
@@ -83,7 +83,7 @@ QStringList addressLines(const ShippoAddress &address)
     return lines;
 }
 
-constexpr qsizetype mostItems = 20; ///< a longer list would take longer than a blink, and nobody reads it here
+constexpr qsizetype mostItems = 20; ///< a longer list would delay the display, and nobody needs it here
 
 QLayout *itemRow(const DesklineInvoiceItem &item)
 {
@@ -95,7 +95,7 @@ QLayout *itemRow(const DesklineInvoiceItem &item)
     return row;
 }
 
-/// "Paid:   $421.95"; nothing when there is no value.
+/// "Paid:   $421.95"; nothing without a value.
 void addSum(QVBoxLayout *rows, const QString &name, const QString &how, const QString &amount)
 {
     if (how.isEmpty() && amount.isEmpty())

@@ -6,7 +6,7 @@ class QWidget;
 
 namespace parcelory {
 
-/// What a text has, in logical pixels, beside an icon in the narrowest sidebar.
+/// The width in logical pixels that a text beside an icon has in the narrowest sidebar.
 inline constexpr int narrowestText = 190;
 
 /// An invoice as cards one below the other: warnings, then buyer and items, then the notes.

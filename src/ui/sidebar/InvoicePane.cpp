@@ -61,7 +61,7 @@ void InvoicePane::focusNumber()
     verticalScrollBar()->setValue(0);
 }
 
-/// Return looks the number up; it must not go on to the form, whose next step it would take.
+/// Return looks up the number; it must not reach the form, which would take its next step.
 void InvoicePane::keyPressEvent(QKeyEvent *event)
 {
     const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
@@ -75,7 +75,7 @@ void InvoicePane::lookUp()
 {
     if (m_app.scanBusy)
         return;
-    focusNumber(); // it waits there for the next one
+    focusNumber(); // ready for the next number
     if (!m_number->text().trimmed().isEmpty())
         m_app.handleInvoiceScan(m_number->text());
 }
@@ -85,7 +85,7 @@ void InvoicePane::refresh()
     const bool busy = m_app.scanBusy;
     const bool focused = hasFocus() || isAncestorOf(window()->focusWidget());
     if (busy && focused)
-        setFocus(); // a field that goes off would hand the focus on
+        setFocus(); // a disabled field would pass the focus on
     m_number->setEnabled(!busy);
     m_lookUp->setEnabled(!busy);
     if (!busy && hasFocus())

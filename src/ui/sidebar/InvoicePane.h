@@ -14,7 +14,7 @@ class QVBoxLayout;
 
 namespace parcelory {
 
-/// Reads an invoice of the back office by its number, and shows the last one that was read: what warns of it first.
+/// Looks up an invoice of the back office by its number, and shows the last invoice, its warnings first.
 class InvoicePane : public QScrollArea {
     Q_OBJECT
 public:

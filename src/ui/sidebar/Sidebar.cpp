@@ -16,7 +16,7 @@ Sidebar::Sidebar(AppState &app, AddressBook &book, QWidget *parent)
       m_modes(new SegmentedControl(u"Sidebar"_s)), m_panes(new QStackedWidget),
       m_addressBook(new AddressBookView(app, book)), m_invoice(new InvoicePane(app)), m_scans([this, &app] {
           if (app.scanBusy)
-              show(deskline); // what warns of the invoice is seen; the clerk's own choice stays for the next start
+              show(deskline); // shows the invoice's warnings; the clerk's choice stays saved for the next start
       })
 {
     setLines(Qt::LeftEdge);

@@ -13,7 +13,7 @@ class AddressBookView;
 class InvoicePane;
 class SegmentedControl;
 
-/// The right edge of the New Label screen, where recipients come from: the desk's own address book or the back office.
+/// The right edge of the New Label screen, the source of recipients: the desk's address book or the back office.
 class Sidebar : public PanelFrame {
     Q_OBJECT
 public:
@@ -22,7 +22,7 @@ public:
     AddressBookView &addressBook() { return *m_addressBook; }
     void focusSearch();        ///< in Endicia Mode
     void focusInvoiceNumber(); ///< in Deskline Mode
-    void focusContents();      ///< in the mode that it is in
+    void focusContents();      ///< in the current mode
 
 private:
     enum Mode { endicia, deskline };

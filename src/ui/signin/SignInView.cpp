@@ -1,5 +1,6 @@
 #include "ui/signin/SignInView.h"
 
+#include "ui/parts/Accessibility.h"
 #include "ui/parts/Binding.h"
 #include "ui/parts/IconView.h"
 #include "ui/parts/PanelFrame.h"
@@ -7,7 +8,6 @@
 #include "ui/parts/TextLabel.h"
 #include "ui/theme/Theme.h"
 
-#include <QAccessible>
 #include <QCheckBox>
 #include <QCoreApplication>
 #include <QHBoxLayout>
@@ -80,7 +80,7 @@ SignInView::SignInView(AppState &app, SignInScreen &screen, const QString &note,
     bindText(m_name, screen.name);
     bindText(m_password, screen.password);
     connect(m_name, &QLineEdit::textChanged, this, [this] {
-        if (window()->focusWidget() == m_name && !m_name->isModified()) // a remembered name has come in
+        if (window()->focusWidget() == m_name && !m_name->isModified()) // a remembered name was filled in
             placeFocus();
     });
     connect(m_remember, &QCheckBox::toggled, this, [this](bool on) { m_screen.remember = on; });
@@ -119,7 +119,7 @@ QWidget *SignInView::makeCard(const QString &note)
 void SignInView::showEvent(QShowEvent *event)
 {
     PanelFrame::showEvent(event);
-    if (event->spontaneous()) // the window was only put away
+    if (event->spontaneous()) // the window was only minimized or hidden
         return;
     placeFocus();
     spawn([this] { return m_screen.appear(); });
@@ -130,7 +130,7 @@ void SignInView::refresh()
     const bool busy = m_app.loginBusy;
     const bool ended = !busy && !m_name->isEnabled();
     if (busy)
-        setFocus(); // a field that goes off would hand the focus on
+        setFocus(); // a disabled field would pass the focus on
     for (QWidget *control : {static_cast<QWidget *>(m_name), static_cast<QWidget *>(m_password),
                              static_cast<QWidget *>(m_remember), static_cast<QWidget *>(m_signIn)})
         control->setEnabled(!busy);
@@ -149,11 +149,10 @@ void SignInView::showError()
     m_error->setText(text);
     if (text.isEmpty())
         return;
-    QAccessibleEvent alert(m_error, QAccessible::Alert);
-    QAccessible::updateAccessibility(&alert);
+    announce(m_error);
 }
 
-/// Where the clerk goes on typing: a password that was turned down is typed over.
+/// Focuses the field where the clerk continues, with its text selected, so that typing replaces a rejected password.
 void SignInView::placeFocus()
 {
     LineEdit *next = m_name->text().isEmpty() ? m_name : m_password;

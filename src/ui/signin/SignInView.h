@@ -11,11 +11,11 @@ class QCheckBox;
 
 namespace parcelory {
 
-/// The sign-in: name and password of the back office. Comes up whenever the flow is there.
+/// The sign-in page: name and password of the back office.
 class SignInView : public PanelFrame {
     Q_OBJECT
 public:
-    /// `note` is what else there is to say before one signs in; mostly empty.
+    /// `note` is an extra line below the form; usually empty.
     SignInView(AppState &app, SignInScreen &screen, const QString &note, QWidget *parent = nullptr);
 
 protected:

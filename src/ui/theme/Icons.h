@@ -11,11 +11,11 @@ class QPainter;
 
 namespace parcelory {
 
-/// One of the program's drawings ("ui_printer") in a colour of the theme. It is drawn anew when the theme or the
-/// screen's pixel ratio changes, so an icon is set once.
+/// One of the program's icons ("ui_printer") in a color of the theme. It redraws itself when the theme or the screen's
+/// pixel ratio changes, so it needs to be set only once.
 QIcon themeIcon(const QString &name, Token ink = &Tokens::text);
 
-/// The drawing as a picture of `size` logical pixels.
+/// The icon as a pixmap of `size` logical pixels.
 QPixmap iconPixmap(const QString &name, const QColor &ink, int size, qreal pixelRatio);
 
 void paintIcon(QPainter &painter, const QString &name, const QRect &place, const QColor &ink);

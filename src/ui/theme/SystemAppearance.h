@@ -8,14 +8,14 @@
 
 namespace parcelory {
 
-/// Whether the system shows itself dark, now and when it changes. On Linux the desktop portal tells; where nothing
-/// does, the system's palette at the start decides.
+/// Signals whether the system is in dark mode whenever that changes. On Linux the desktop portal reports it, at the
+/// start as well; without a portal, the system's palette at the start decides.
 class SystemAppearance : public QObject {
     Q_OBJECT
 public:
     SystemAppearance();
 
-    /// Call before a palette of one's own is set.
+    /// Call before the program sets its own palette.
     static bool paletteIsDark();
 
 signals:
@@ -23,7 +23,7 @@ signals:
 
 #ifndef Q_OS_MACOS
 private slots:
-    void settingChanged(const QDBusMessage &news); // the one form that is called for a value of any type
+    void settingChanged(const QDBusMessage &news); // only this signature accepts values of any type
 
 private:
     void askPortal();

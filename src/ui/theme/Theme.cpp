@@ -45,11 +45,11 @@ FontSpec specOf(FontRole role)
     return {13, QFont::Normal};
 }
 
-/// How much larger than usual the system asks texts to be.
+/// The system's scale factor for texts.
 double systemTextScale()
 {
 #ifdef Q_OS_MACOS
-    return 1; // its text size is part of the display's scale
+    return 1; // macOS includes the text size in the display's scale
 #else
     return std::clamp(QGuiApplication::primaryScreen()->logicalDotsPerInchY() / 96, 1.0, 2.0);
 #endif
@@ -98,7 +98,7 @@ QFont Theme::font(FontRole role) const
 #endif
     font.setPixelSize(scaled(spec.pixels));
     font.setWeight(spec.weight);
-    font.setHintingPreference(QFont::PreferNoHinting); // fractional scales stay even
+    font.setHintingPreference(QFont::PreferNoHinting); // even spacing at fractional scales
     return font;
 }
 

@@ -9,30 +9,30 @@ namespace parcelory {
 
 enum class FontRole { total, h1, h2, body, button, strong, caption, captionStrong, badge, tableBadge, mono };
 
-/// The look of the program: Fusion with colours, fonts and marks of its own, in light or dark. It is the
-/// application's style, so whatever draws finds it there.
+/// The program's look: Fusion with its own colors, fonts and marks, in light or dark. It is the application's style, so
+/// all drawing code can reach it.
 class Theme : public QProxyStyle {
     Q_OBJECT
 public:
-    /// Makes a theme the application's style. Follows the system's text size as it is now.
+    /// Installs a theme as the application's style, in the system's current text size.
     static void install(bool dark);
     static Theme &current();
 
     bool isDark() const { return m_dark; }
-    /// Changes palette and every drawing of the running program.
+    /// Changes the palette and all drawing of the running program.
     void setDark(bool dark);
 
     const Tokens &tokens() const { return m_dark ? darkTokens() : lightTokens(); }
     QColor color(Token token) const { return tokens().*token; }
     QFont font(FontRole role) const;
-    /// A measure in logical pixels that grows with the system's text size.
+    /// Scales a length in logical pixels with the system's text size.
     int scaled(int pixels) const { return qRound(pixels * m_textScale); }
 
     static constexpr int fieldHeight = 28, radius = 5, cardRadius = 6, dialogRadius = 10;
 
-    /// The frame of a field: white with an edge, a ring when it has the focus, red when `fault`.
+    /// The frame of a field: filled, with an edge; a ring if it has the focus, red if `fault`.
     void drawField(QPainter &painter, const QRect &rect, bool enabled, bool focus, bool fault) const;
-    /// The ring around whatever has the focus.
+    /// The ring around the focused item.
     void drawFocusRing(QPainter &painter, const QRectF &rect, qreal radius) const;
 
     QPalette standardPalette() const override;

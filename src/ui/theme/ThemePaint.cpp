@@ -11,7 +11,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int markWidth = 28; ///< of a field's arrow or calendar, and the space around it
+constexpr int markWidth = 28; ///< a field's arrow or calendar icon and the space around it
 
 /// The stroke of an icon-like mark.
 QPen stroke(const QColor &colour, qreal width = 1.5)

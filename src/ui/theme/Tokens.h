@@ -4,7 +4,7 @@
 
 namespace parcelory {
 
-/// Every colour of the program, once for light and once for dark. Nothing else spells a colour.
+/// Every color of the program's windows, for light and for dark. No other code defines a color.
 struct Tokens {
     QColor window, sheet, panel;               ///< frame and sidebars; forms and tables; the rates
     QColor header, line, button;               ///< decorative fills and edges
@@ -22,7 +22,7 @@ struct Tokens {
     QColor shade;        ///< over the window while a dialog is open
 };
 
-/// A colour's name: `&Tokens::muted`.
+/// A color's name: `&Tokens::muted`.
 using Token = QColor Tokens::*;
 
 const Tokens &lightTokens();

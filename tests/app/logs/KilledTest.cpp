@@ -90,7 +90,7 @@ protected:
         for (int row = 0; row < 20; ++row)
             EXPECT_TRUE(log.insert(shipmentTo(u"Ana"_s), false));
         std::ignore = saveFile(folder() + u"/out.csv"_s, [&log](QIODevice &file) {
-            const bool written = log.exportEndicia(file);
+            const bool written = log.exportEndiciaCSV(file);
             die(); // all is written, but not yet in its place
             return written;
         });
