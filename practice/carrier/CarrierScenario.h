@@ -40,6 +40,7 @@ struct CarrierFailure {
 struct CarrierScenario {
     // Any request.
     std::chrono::milliseconds answerDelay{0};
+    bool holdsAnswers = false;   ///< requests are carried out, but their answers wait for a scenario without this
     bool dropConnection = false; ///< requests are carried out, but the connection ends before the answer
     QByteArray droppedPath = {}; ///< the same for paths that begin so: "manifests"
     std::optional<CarrierFailure> failNext = {};

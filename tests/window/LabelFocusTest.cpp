@@ -74,8 +74,10 @@ TEST(LabelFocus, OneButtonIsSolidTheNextStep)
     desk.label().validationOK = true;
     desk.settleAll();
     EXPECT_EQ(desk.solidButtons(), QStringList{u"Get Rates"_s});
+    desk.carrier.setScenario({.holdsAnswers = true});
     desk.press(Qt::Key_R, Qt::ControlModifier);
     EXPECT_EQ(desk.solidButtons(), QStringList()); // busy
+    desk.carrier.setScenario({});
     desk.idle();
     EXPECT_EQ(desk.solidButtons(), QStringList{u"Buy & Print Label"_s});
     desk.named<Field>(u"City"_s)->setFocus();
@@ -104,6 +106,7 @@ TEST(LabelFocus, AFailedCheckTakesTheFocusToItsField)
         desk.settleAll();
         desk.press(Qt::Key_R, Qt::ControlModifier);
         desk.idle();
+        ASSERT_TRUE(desk.label().banner.value());
         EXPECT_EQ(desk.focusName(), one.field);
         auto *field = desk.named<Field>(one.field);
         EXPECT_TRUE(field->hasFault()) << one.field.toStdString();
@@ -116,13 +119,14 @@ TEST(LabelFocus, AFailedCheckTakesTheFocusToItsField)
 TEST(LabelFocus, AButtonThatGoesOffGetsTheFocusBack)
 {
     WindowDesk desk;
-    desk.carrier.setScenario({.noRates = true});
+    desk.carrier.setScenario({.holdsAnswers = true, .noRates = true});
     desk.compose(homeAddress());
     desk.label().validationOK = true;
     desk.settleAll();
     desk.button(u"Get Rates"_s)->setFocus();
     desk.press(Qt::Key_Space);
     EXPECT_EQ(desk.focusName(), u"New Label"); // where arrow keys change nothing
+    desk.carrier.setScenario({.noRates = true});
     desk.idle();
     EXPECT_EQ(desk.focusName(), u"Get Rates");
 }
