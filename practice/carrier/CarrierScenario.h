@@ -40,6 +40,7 @@ struct CarrierFailure {
 struct CarrierScenario {
     // Any request.
     std::chrono::milliseconds answerDelay{0};
+    bool holdsAnswers = false;   ///< requests are processed, but responses wait for a scenario without this
     bool dropConnection = false; ///< requests are processed, but the connection ends before the response
     QByteArray droppedPath = {}; ///< the same for paths with this prefix: "manifests"
     std::optional<CarrierFailure> failNext = {};

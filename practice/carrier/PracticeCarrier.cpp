@@ -5,6 +5,7 @@
 #include "practice/carrier/PracticeLedger.h"
 #include "practice/carrier/PracticeRoutes.h"
 
+#include <condition_variable>
 #include <mutex>
 #include <stdexcept>
 
@@ -38,6 +39,7 @@ void send(const CarrierAnswer &answer, httplib::Response &response)
 class PracticeCarrier::Impl {
 public:
     Impl();
+    ~Impl() { setScenario({}); } // the server waits for the answers that are held
 
     mutable std::mutex mutex; ///< guards everything below
     CarrierScenario scenario;
@@ -46,6 +48,7 @@ public:
     PracticeLedger test, live;
 
     PracticeLedger *ledgerOf(const QByteArray &authorization);
+    void setScenario(CarrierScenario next);
 
 private:
     void serve(const httplib::Request &message, httplib::Response &response);
@@ -53,6 +56,7 @@ private:
     CarrierAnswer download(const CarrierRequest &request, const QByteArray &authorization);
     CarrierAnswer apiAnswer(const CarrierRequest &request, const QByteArray &authorization);
 
+    std::condition_variable m_scenarioChanged;
     LoopbackServer m_server{"practice carrier"}; // declared last: its handlers use the other members until it stops
 };
 
@@ -68,6 +72,16 @@ PracticeLedger *PracticeCarrier::Impl::ledgerOf(const QByteArray &authorization)
     if (authorization == "ShippoToken " + testToken.toUtf8())
         return &test;
     return authorization == "ShippoToken " + liveToken.toUtf8() ? &live : nullptr;
+}
+
+void PracticeCarrier::Impl::setScenario(CarrierScenario next)
+{
+    {
+        const std::lock_guard lock(mutex);
+        scenario = std::move(next);
+        listReads = 0;
+    }
+    m_scenarioChanged.notify_all();
 }
 
 void PracticeCarrier::Impl::serve(const httplib::Request &message, httplib::Response &response)
@@ -92,6 +106,7 @@ void PracticeCarrier::Impl::serve(const httplib::Request &message, httplib::Resp
         answer = apiAnswer(request, authorization);
     received.append({request.method, target, authorization, headerOf(message, "Content-Type"), request.body,
                      isDropped ? 0 : answer.status});
+    m_scenarioChanged.wait(lock, [this] { return !scenario.holdsAnswers; });
     lock.unlock();
     m_server.pause(delay);
     if (isDropped)
@@ -154,9 +169,7 @@ QUrl PracticeCarrier::baseUrl() const
 
 void PracticeCarrier::setScenario(CarrierScenario scenario)
 {
-    const std::lock_guard lock(m_impl->mutex);
-    m_impl->scenario = std::move(scenario);
-    m_impl->listReads = 0;
+    m_impl->setScenario(std::move(scenario));
 }
 
 QList<PracticeCarrier::Request> PracticeCarrier::requests() const

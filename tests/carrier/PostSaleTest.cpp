@@ -86,7 +86,7 @@ TEST_F(PostSaleTest, AsksForTheVeryNumberWhateverStandsInIt)
 
 TEST_F(PostSaleTest, ListsTheLabelsOfTheDaysAskedForNewestFirst)
 {
-    const QDateTime noon(desk.clock.now().date().addDays(-1), QTime(12, 0));
+    const QDateTime noon(QDate(2025, 6, 17), QTime(12, 0)); // a day of 24 hours, whatever the zone
     desk.carrier.seedHistory(250, noon, 20min);
     int pages = 0;
     const auto listing = std::make_shared<Listing>();
@@ -106,7 +106,7 @@ TEST_F(PostSaleTest, ListsTheLabelsOfTheDaysAskedForNewestFirst)
 
 TEST_F(PostSaleTest, TakesFromThePurchaseTagWhatTheHistoryNoLongerHolds)
 {
-    const QString inside = u"2026-11-20T18:00:00.000Z"_s;
+    const QString inside = QDateTime(QDate(2026, 11, 20), QTime(12, 0)).toUTC().toString(Qt::ISODateWithMs);
     ShippoTransaction bought{.objectId = u"t"_s, .status = u"SUCCESS"_s, .rate = u"gone"_s, .objectCreated = inside};
     const QDateTime start = QDate(2026, 11, 20).startOfDay();
     const auto only = [&] { return masterEntries({bought}, {}, start, start.addDays(1)).value(0); };

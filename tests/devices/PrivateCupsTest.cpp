@@ -12,6 +12,8 @@
 #include <QProcess>
 #include <QTemporaryDir>
 
+#include <sys/stat.h>
+
 namespace parcelory::test {
 using namespace Qt::StringLiterals;
 
@@ -23,19 +25,26 @@ protected:
     {
         if (!QFile::exists(u"/usr/sbin/cupsd"_s))
             return;
-        // The server's own user must be able to look into the folder.
+        // The server's user reads what the cases put into the folder.
+        ::umask(022);
         folder = std::make_unique<QTemporaryDir>(u"/tmp/cups-XXXXXX"_s);
         QFile::setPermissions(folder->path(), QFile::Permissions(0x7755));
         qputenv("CUPS_SERVER", folder->filePath(u"run/cups.sock"_s).toUtf8());
         qputenv("HOME", folder->filePath(u"home"_s).toUtf8());
         for (const char *name : {"LC_ALL", "LANG", "LANGUAGE", "SOFTWARE"})
             qputenv(name, "de_DE.UTF-8");
-        started = control(u"start"_s) == 0;
+        server = std::make_unique<QProcess>();
+        server->setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        server->start(u"" PARCELORY_SOURCE_DIR "/tests/support/private-cups.sh"_s, {folder->path()});
+        started = server->waitForReadyRead(-1);
     }
     static void TearDownTestSuite()
     {
-        if (folder)
-            control(u"stop"_s);
+        if (server) {
+            server->closeWriteChannel(); // the server runs until then
+            server->waitForFinished(-1);
+        }
+        server.reset();
         folder.reset();
     }
     void SetUp() override
@@ -47,15 +56,6 @@ protected:
             QFile::remove(outputPath(queue));
     }
 
-    static int control(const QString &what)
-    {
-        QProcess script;
-        script.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        // The server lives on with the script's channels.
-        script.setStandardOutputFile(QProcess::nullDevice());
-        script.start(u"" PARCELORY_SOURCE_DIR "/tests/support/private-cups.sh"_s, {what, folder->path()});
-        return script.waitForFinished(-1) && script.exitStatus() == QProcess::NormalExit ? script.exitCode() : -1;
-    }
     static QString outputPath(const QString &queue) { return folder->filePath(u"out/"_s + queue); }
 
     /// True once the queue holds no job.
@@ -99,10 +99,12 @@ protected:
     LabelPrinter printer{real};
 
     static std::unique_ptr<QTemporaryDir> folder;
+    static std::unique_ptr<QProcess> server;
     static bool started;
 };
 
 std::unique_ptr<QTemporaryDir> PrivateCups::folder;
+std::unique_ptr<QProcess> PrivateCups::server;
 bool PrivateCups::started = false;
 
 QByteArray onePagePdf()

@@ -58,10 +58,16 @@ struct WindowDesk : CarrierDesk {
     }
     ~WindowDesk()
     {
-        // What nobody waited for comes back to the screens.
+        // Work that is still under way comes back to the program in a later turn of the event loop: in the next
+        // desk's, if not now, and by then the program is gone.
         runUntil([this] { return !program->screens().masterLog.busy; }, &clock);
-        workPool().waitForDone();
-        settleAll();
+        runTask(program->screens().keys.refresh()); // their threads work in order, so these are the last jobs there
+        runTask(app().credentials.stored());
+        constexpr int longestChain = 32; // jobs that a coroutine starts one after the other, and more
+        for (int job = 0; job < longestChain; ++job) {
+            workPool().waitForDone();
+            settle();
+        }
     }
 
     MainWindow &window() { return program->window(); }

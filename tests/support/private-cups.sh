@@ -1,13 +1,13 @@
 #!/bin/sh
-# private-cups.sh start|stop DIR: a CUPS server of one's own, whose files are all in DIR and whose printers write what
-# they get to DIR/out. Clients find it by CUPS_SERVER=DIR/run/cups.sock.
+# private-cups.sh DIR: a private CUPS server, which keeps all its files in DIR and whose printers write what they get to
+# DIR/out. Clients find it by CUPS_SERVER=DIR/run/cups.sock.
+# The script says "ready" and runs until its standard input closes, so the server ends even when its user is killed.
 # DIR must be readable for everybody, and short: a socket's path ends at about 100 bytes.
 # A shell script DIR/fault runs at the beginning of every job as the printer's side of it; there it is called $fault.
 # Queues: ZD421 (Zebra), Laser (PDF printer), Frozen (Zebra, paused, and nobody may resume it).
 set -eu
 
 stop() {
-    pid=$(cat "$dir/cupsd.pid")
     kill "$pid" 2>/dev/null || return 0
     tries=0
     while kill -0 "$pid" 2>/dev/null && [ $tries -lt 100 ]; do
@@ -97,16 +97,18 @@ policy() {
 }
 
 start() {
-    umask 022
+    umask 022 # the server's user reads the files
     make_configuration
     make_programs
     /usr/sbin/cupsd -f -c "$dir/etc/cupsd.conf" -s "$dir/etc/cups-files.conf" > "$dir/log/cupsd.out" 2>&1 &
-    echo $! > "$dir/cupsd.pid"
+    pid=$!
+    trap stop EXIT
+    trap 'exit 1' HUP INT PIPE TERM
     export CUPS_SERVER="$dir/run/cups.sock" HOME="$dir/home" LC_ALL=C.UTF-8
     tries=0
     until lpstat -r 2>/dev/null | grep -q 'is running'; do
         tries=$((tries + 1))
-        if [ $tries -gt 100 ]; then
+        if [ $tries -gt 400 ]; then
             cat "$dir/log/cupsd.out" "$dir/log/error_log" >&2
             exit 1
         fi
@@ -119,5 +121,7 @@ start() {
     /usr/sbin/cupsdisable Frozen
 }
 
-dir=$2
-"$1"
+dir=$1
+start
+echo ready
+cat > /dev/null

@@ -75,8 +75,10 @@ TEST(LabelFocus, OneButtonIsSolidTheNextStep)
     desk.label().validationOK = true;
     desk.settleAll();
     EXPECT_EQ(desk.solidButtons(), QStringList{u"Get Rates"_s});
+    desk.carrier.setScenario({.holdsAnswers = true});
     desk.press(Qt::Key_R, Qt::ControlModifier);
     EXPECT_EQ(desk.solidButtons(), QStringList()); // busy
+    desk.carrier.setScenario({});
     desk.idle();
     EXPECT_EQ(desk.solidButtons(), QStringList{u"Buy & Print Label"_s});
     desk.named<LineEdit>(u"City"_s)->setFocus();
@@ -105,6 +107,7 @@ TEST(LabelFocus, AFailedCheckTakesTheFocusToItsField)
         desk.settleAll();
         desk.press(Qt::Key_R, Qt::ControlModifier);
         desk.idle();
+        ASSERT_TRUE(desk.label().banner.value());
         EXPECT_EQ(desk.focusName(), one.field);
         auto *field = desk.named<LineEdit>(one.field);
         EXPECT_TRUE(field->hasFault()) << one.field.toStdString();
@@ -117,13 +120,14 @@ TEST(LabelFocus, AFailedCheckTakesTheFocusToItsField)
 TEST(LabelFocus, AButtonThatGoesOffGetsTheFocusBack)
 {
     WindowDesk desk;
-    desk.carrier.setScenario({.noRates = true});
+    desk.carrier.setScenario({.holdsAnswers = true, .noRates = true});
     desk.compose(homeAddress());
     desk.label().validationOK = true;
     desk.settleAll();
     desk.button(u"Get Rates"_s)->setFocus();
     desk.press(Qt::Key_Space);
     EXPECT_EQ(desk.focusName(), u"New Label"); // where arrow keys change nothing
+    desk.carrier.setScenario({.noRates = true});
     desk.idle();
     EXPECT_EQ(desk.focusName(), u"Get Rates");
 }

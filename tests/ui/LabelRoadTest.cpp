@@ -134,14 +134,15 @@ TEST(LabelRoad, TheWindowAnswersWhileCarrierAndPrintToolTakeTheirTime)
             printed.acquire(); // for as long as the test likes
         return ProcessOutcome{};
     };
-    desk.carrier.setScenario({.answerDelay = std::chrono::milliseconds(150)});
     desk.composeAndRate(homeAddress());
+    desk.carrier.setScenario({.holdsAnswers = true});
     desk.press(Qt::Key_Return, Qt::ControlModifier);
     ASSERT_TRUE(desk.label().buying);
     // Everything below would hang if the main thread waited for one of them.
-    runUntil([&] { return !desk.processes.lastPrinted().isEmpty(); });
     desk.press(Qt::Key_2, Qt::ControlModifier);
     EXPECT_EQ(desk.app().tab.value(), MainTab::mailingLog);
+    desk.carrier.setScenario({});
+    runUntil([&] { return !desk.processes.lastPrinted().isEmpty(); });
     desk.press(Qt::Key_1, Qt::ControlModifier);
     desk.press(Qt::Key_L, Qt::ControlModifier);
     desk.type(u"Next Customer"_s);
@@ -160,10 +161,11 @@ TEST(LabelRoad, AFailedPurchaseKeepsTheWindowThatWasToClose)
 {
     WindowDesk desk;
     desk.composeAndRate(homeAddress());
-    desk.carrier.setScenario({.answerDelay = std::chrono::milliseconds(100), .purchaseFails = true});
+    desk.carrier.setScenario({.holdsAnswers = true, .purchaseFails = true});
     desk.press(Qt::Key_Return, Qt::ControlModifier);
     ASSERT_TRUE(desk.label().buying);
     desk.window().close();
+    desk.carrier.setScenario({.purchaseFails = true});
     desk.idle();
     EXPECT_TRUE(desk.window().isVisible());
     EXPECT_FALSE(desk.label().banner.value()->ok);
@@ -171,13 +173,14 @@ TEST(LabelRoad, AFailedPurchaseKeepsTheWindowThatWasToClose)
     desk.window().activateWindow();
     desk.wait([] { return QApplication::activeWindow() != nullptr; });
 
-    desk.carrier.setScenario({.answerDelay = std::chrono::milliseconds(100)});
+    desk.carrier.setScenario({.holdsAnswers = true});
     desk.processes.behave = [](const QString &program, const QStringList &) {
         return ProcessOutcome{program.endsWith(u"lpr"_s) ? 1 : 0, {}, "no paper"};
     };
     desk.press(Qt::Key_Return, Qt::ControlModifier);
     ASSERT_TRUE(desk.label().buying);
     desk.window().close();
+    desk.carrier.setScenario({});
     desk.idle();
     EXPECT_TRUE(desk.label().banner.value()->text.contains(u"(print failed: "_s))
         << desk.label().banner.value()->text.toStdString();
