@@ -16,7 +16,7 @@ namespace {
 
 constexpr int contactCount = 100000;
 
-/// People with the names and places of a country, not too many of them alike.
+/// Contacts with varied names and places.
 const QList<PostalContact> &people()
 {
     static const QList<PostalContact> all = [] {
@@ -43,7 +43,7 @@ const QList<PostalContact> &people()
     return all;
 }
 
-/// Every contact asked in turn, as the rule is told.
+/// The plain way: checks every contact in turn.
 QList<int> plainlyFiltered(const QList<PostalContact> &contacts, const QString &query)
 {
     QList<int> rows;
@@ -67,7 +67,7 @@ void filter100000Contacts(benchmark::State &state, const char *query)
         [&] { benchmark::DoNotOptimize(plainlyFiltered(people(), text)); });
 }
 
-/// Reading the whole book anew against its preparation for the filter; both happen after every change.
+/// Compares preparing the filter with reading the whole book; both happen after every change.
 void prepareTheFilter(benchmark::State &state)
 {
     const QTemporaryDir folder;
@@ -112,7 +112,7 @@ void merge100000Contacts(benchmark::State &state)
         });
 }
 
-/// One contact after the other in a transaction of its own, two hundred only.
+/// The plain way stores every contact in a separate transaction, so 200 contacts are enough.
 void merge200ContactsAgainstSingleOnes(benchmark::State &state)
 {
     const QTemporaryDir folder;

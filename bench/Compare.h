@@ -15,7 +15,7 @@ double secondsFor(Work &&work)
 }
 
 /// Times our way and the plain way of doing the same in turn, so that a busy machine slows both. The time shown is
-/// ours; "plain_ms" and "ratio" (ours over plain) stand beside it. `tidy` runs after each of them and is not timed.
+/// ours; the counters are "plain_ms" and "ratio" (ours over plain). `tidy` runs after each of them and is not timed.
 /// Register with UseManualTime().
 template <class Ours, class Plain, class Tidy>
 void compare(benchmark::State &state, Ours ours, Plain plain, Tidy tidy)

@@ -1,7 +1,7 @@
 #include <QApplication>
 #include <QWidget>
 
-// The plain way of starting: the same libraries, and a window with nothing in it.
+// The plain way of starting: the same libraries and an empty window.
 int main(int argc, char **argv)
 {
     const QApplication app(argc, argv);

@@ -56,7 +56,7 @@ void readAll(const Database &db, const QByteArray &sql, int columns = 26)
     }
 }
 
-/// From opening the log until a search is answered from memory, and the plain way of reading the same texts.
+/// Our way lasts from opening the log until the search index is loaded; the plain way reads the same texts.
 void readTheTextsIntoMemory(benchmark::State &state)
 {
     const Database plain(largeLog().filePath(u"mailing_log.sqlite"_s));
@@ -86,7 +86,7 @@ void importOf100000Lines(benchmark::State &state)
     for (int line = 0; line < lineCount; ++line)
         file.write(mailLine(line));
     file.close();
-    // An index on the date, as the log has one.
+    // With an index on the date, as in the log.
     const QString plainTable = u"CREATE TABLE mail (\"%1\"); CREATE INDEX dates ON mail(\"Date_Time\" DESC)"_s.arg(
         EndiciaFormat::header().replace(u'\t', u"\", \""_s));
     int round = 0;
@@ -107,7 +107,7 @@ void exportOfTheLog(benchmark::State &state)
 {
     const QDir &folder = largeLog();
     const ShipmentLog log(folder);
-    workPool().waitForDone(); // the copy for searches is in memory; what grows from here on is the export's
+    workPool().waitForDone(); // the search index is loaded; memory that grows from here on is the export's
     const double before = residentMegabytes();
     double most = before;
     const Progress watch({}, [&most](qint64, qint64) { most = std::max(most, residentMegabytes()); });

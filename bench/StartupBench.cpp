@@ -1,5 +1,5 @@
-// How long a start takes: from the process to its window on the display. Needs an X server without a window manager,
-// such as xvfb-run gives.
+// Measures a start, from the process to its window on the display. Needs an X server without a window manager, such as
+// xvfb-run provides.
 
 #include "Compare.h"
 #include "LargeLog.h"
@@ -18,7 +18,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// The display, as one who watches what appears on it.
+/// Watches which windows appear on the display.
 class Display {
 public:
     Display() : m_connection(xcb_connect(nullptr, nullptr), &xcb_disconnect)
@@ -30,7 +30,7 @@ public:
         xcb_change_window_attributes(m_connection.get(), root, XCB_CW_EVENT_MASK, &events);
         xcb_flush(m_connection.get());
     }
-    /// Returns when a window of the size of a main window is on the display; toolkits also map tiny ones.
+    /// Returns when a window of the size of a main window is on the display; toolkits also map tiny windows.
     void waitForWindow()
     {
         while (const Event event = next()) {

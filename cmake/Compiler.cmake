@@ -1,4 +1,4 @@
-# One warning level and one language standard for everything that is ours.
+# One warning level and one language standard for all of our code.
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
     message(FATAL_ERROR "GCC 12 silently miscompiles coroutines; configure with a preset (clang): cmake --preset dev")
 endif()
@@ -7,7 +7,7 @@ set(CMAKE_CXX_STANDARD 20)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_CXX_EXTENSIONS OFF)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
-# Designated initialisers name what differs from a record's defaults; the rest is left out on purpose.
+# Designated initializers name only the fields that differ from a record's defaults.
 add_compile_options(-Wall -Wextra -Wpedantic -Werror
                     -Wno-unknown-warning-option -Wno-missing-designated-field-initializers)
 add_compile_definitions(QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_FOREACH)

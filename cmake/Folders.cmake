@@ -1,6 +1,6 @@
 # parcelory_folder(USES records core): makes a library of every source below the calling folder and links it to the
-# libraries of exactly the folders that its sources include. tools/check-layers reads these calls and holds every
-# include to them. A file named *Mac or *Linux is built on that system only.
+# libraries of exactly the folders that its sources include. tools/check-layers reads these calls and checks every
+# include against them. A file named *Mac or *Linux is built on that system only.
 function(parcelory_folder)
     cmake_parse_arguments(arg "" "" "USES" ${ARGN})
     get_filename_component(folder "${CMAKE_CURRENT_SOURCE_DIR}" NAME)

@@ -10,8 +10,8 @@
 
 namespace parcelory::fuzz {
 
-/// Reads the bytes with one of the address readers. Whatever they are, it ends with addresses or with a text for the
-/// clerk.
+/// Reads the bytes with one of the address readers. For any bytes, the result must be addresses or an error text for
+/// the clerk.
 template <class Read>
 void read(Read read, const std::uint8_t *data, std::size_t size)
 {

@@ -19,7 +19,7 @@ public:
     explicit AddressFilter(const QList<PostalContact> &contacts, const QLocale &locale = QLocale());
 
     /// The positions in the list, ascending, of the contacts whose name, company or summary contains the query. Case
-    /// and the blanks around the query do not count; an empty query gives everyone.
+    /// and the blanks around the query are ignored; an empty query returns all contacts.
     QList<int> filtered(const QString &query) const;
 
     /// The form in which texts are compared, in UTF-8.

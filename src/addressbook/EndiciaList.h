@@ -10,7 +10,7 @@ namespace parcelory {
 /// The address list of the Endicia postage software (importedAddresses.plist).
 namespace EndiciaList {
 
-/// The addresses in file order. Throws AppError when the bytes are no such list, and what `progress` throws.
+/// The addresses in file order. Throws AppError if the bytes are not such a list, and what `progress` throws.
 QList<PostalContact> contacts(const QByteArray &file, ImportProgress &progress);
 
 } // namespace EndiciaList

@@ -59,8 +59,8 @@ PostalContact contactOf(const Statement &row)
     return contact;
 }
 
-/// A contact's columns in UTF-8, concatenated. An import reuses the buffer for every contact, which saves a fifth of its
-/// time.
+/// A contact's columns in UTF-8, concatenated. An import reuses the buffer for every contact, which saves a fifth of
+/// its time.
 class Columns {
 public:
     /// Binds the columns to an upsert. The bindings are valid until the next call.

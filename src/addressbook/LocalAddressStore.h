@@ -39,8 +39,8 @@ public:
         int imported = 0;
         int skipped = 0; ///< the book already has the same name, street and postal code, ignoring case
     };
-    /// Adds many contacts, each normalized, in one transaction. If the book cannot be written, throws AppError and leaves
-    /// the book unchanged; a single contact that the database refuses is left out and not counted.
+    /// Adds many contacts, each normalized, in one transaction. If the book cannot be written, throws AppError and
+    /// leaves the book unchanged; a single contact that the database refuses is left out and not counted.
     Merged merge(const QList<PostalContact> &contacts);
 
     /// Repairs a contact whose whole address was typed into the first street line.

@@ -34,7 +34,8 @@ QString takeZip(QString &piece)
     return zip;
 }
 
-/// Removes a state, written as its code or in full, from the end of the words and returns it; empty if there is no state.
+/// Removes a state, written as its code or in full, from the end of the words and returns its code; empty if there is
+/// no state.
 QString takeState(QStringList &words)
 {
     const QString last = words.isEmpty() ? QString() : words.last();

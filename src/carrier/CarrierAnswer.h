@@ -1,12 +1,12 @@
 #pragma once
 
-// Included by .cpp files and by PagedList.h, because it brings the JSON library along.
+// Include it only in .cpp files and PagedList.h, because it includes the JSON library.
 
 #include "core/Json.h"
 
 namespace parcelory {
 
-/// An answer of the carrier as a record; a failure says that it was the carrier's answer that could not be read.
+/// Decodes a carrier's response into a record; the error names the carrier's response as unreadable.
 template <class T>
 T decodeAnswer(const QByteArray &answer)
 {

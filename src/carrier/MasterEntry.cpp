@@ -15,7 +15,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// A rate that was bought, and where its parcel went.
+/// A bought rate and its shipment.
 struct BoughtRate {
     const ShippoShipmentListed *shipment = nullptr;
     const ShippoRate *rate = nullptr;
@@ -46,8 +46,8 @@ QString serviceOf(const ShippoRate &rate)
 
 MasterEntry entryOf(const ShippoTransaction &transaction, const BoughtRate &bought)
 {
-    // The account lists a shipment under the day of its rating: the label may be of a later one. Then the tag of the
-    // purchase tells.
+    // The account lists a shipment under the day of its rating, which may be before the listed days if the label was
+    // bought later. Then the tag of the purchase supplies the data.
     const auto tag = PurchaseTag::read(transaction.metadata.value_or(QString())).value_or(PurchaseTag{});
     ShippoShipmentListed::Address to;
     if (bought.shipment && bought.shipment->addressTo)
@@ -83,7 +83,7 @@ QList<MasterEntry> masterEntries(const QList<ShippoTransaction> &transactions,
                                  const QDateTime &end)
 {
     const QHash<QString, BoughtRate> rates = ratesById(shipments);
-    std::multimap<QDateTime, MasterEntry, std::greater<>> byDate; // of the same moment, in the carrier's order
+    std::multimap<QDateTime, MasterEntry, std::greater<>> byDate; // equal times keep the carrier's order
     for (const ShippoTransaction &transaction : transactions) {
         const std::optional<QDateTime> date = parseIso(transaction.objectCreated.value_or(QString()));
         if (transaction.status == u"ERROR" || !date || *date < start || *date >= end)

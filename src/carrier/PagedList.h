@@ -11,19 +11,19 @@
 
 namespace parcelory {
 
-/// A listing never reads more pages than this, whatever the carrier's links say.
+/// A listing never reads more pages than this, even if the carrier links to more.
 constexpr int maxPages = 40;
 
-/// How far a listing is; shared by whoever shows it and whatever reads for it.
+/// The state of a listing; shared by the screen that shows it and the code that reads it.
 struct Listing {
     std::function<void()> onPage; ///< called on the main thread for every page that was read
-    bool isCut = false;           ///< older records were left out, because a listing never reads more pages
+    bool isCut = false;           ///< older records were left out, because of maxPages
     CancelToken cancel;           ///< canceled when the result is no longer needed
 };
 
-/// Reads a list page by page until a page reaches back before `cutoff`, is empty, or is the last one. The carrier
-/// answers newest first, so everything beyond such a page is older still; the page itself is kept whole.
-/// `fetch(path)` gives a page's bytes as a Task; `created(record)` gives its time stamp, or nothing.
+/// Reads at most maxPages of a list, until a page reaches back before `cutoff`, is empty or is the last page. The
+/// carrier lists the newest records first, so all later pages are older; the page itself is kept completely.
+/// `fetch(path)` returns a page's bytes as a Task; `created(record)` returns its time stamp, or nothing.
 /// A failed page ends the listing with its error.
 template <class T, class Fetch, class Created>
 Task<QList<T>> pagedList(Fetch fetch, QString path, QDateTime cutoff, Created created,

@@ -9,7 +9,7 @@
 
 namespace parcelory {
 
-/// A record that the carrier is still working on is requested this often, at most `maxPolls` times.
+/// A record that the carrier is still working on is polled at this interval, at most `maxPolls` times.
 constexpr auto pollInterval = std::chrono::milliseconds(1500);
 constexpr int maxPolls = 10;
 

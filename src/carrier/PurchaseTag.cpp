@@ -10,7 +10,7 @@ namespace {
 
 const QString mark = u"KX"_s;
 
-/// Within a field the separator would make two of it.
+/// A separator within a field would split the field.
 QString fieldText(QString text)
 {
     return text.replace(u'|', u'/');

@@ -7,21 +7,21 @@
 
 namespace parcelory {
 
-/// The text sent along with a purchase, by which the account's history tells this program's labels from others:
-/// "KX|GB|Harriet Ashcombe|FedEx International Priority|97301". Where the history no longer holds the shipment of a
-/// label, it tells what its address would have told.
+/// The text sent with a purchase, which identifies this program's labels in the account's history:
+/// "KX|GB|Harriet Ashcombe|FedEx International Priority|97301". If the history no longer lists a label's shipment, the
+/// tag supplies recipient, country and service.
 ///
-/// The order keeps the whole text under the carrier's 100 characters, where a cut would fall into the last field and
-/// change the number.
+/// The limits of the fields keep the text within the carrier's 100 characters: a cut would fall into the last field and
+/// change the office's number.
 struct PurchaseTag {
     QString country;   ///< of the recipient, a two-letter code
     QString recipient; ///< name, at most 22 characters
     QString service;   ///< carrier and service
-    QString office;    ///< the sender's five-digit ZIP, so that an office is recognised by its number
+    QString office;    ///< the sender's five-digit ZIP, which identifies the office
 
     static PurchaseTag of(const ShippoAddress &from, const ShippoAddress &to, Carrier carrier, const QString &service);
     QString text() const;
-    /// Nothing for a text that is no tag.
+    /// Nothing if the text is not a tag.
     static std::optional<PurchaseTag> read(const QString &text);
 
     bool operator==(const PurchaseTag &) const = default;

@@ -19,7 +19,7 @@ std::string utf8(const QString &text)
     return text.toStdString();
 }
 
-/// "# Box 239" becomes "Box 239": the carrier drops what follows a "#".
+/// "# Box 239" becomes "Box 239": the carrier drops everything after a "#".
 QString withoutBoxSign(QString street)
 {
     static const QRegularExpression boxSign(u"(?i)#\\s*(box\\s+)(?=\\d)"_s);

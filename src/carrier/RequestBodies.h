@@ -13,22 +13,22 @@ namespace parcelory {
 
 using Json = nlohmann::ordered_json;
 
-/// Everything that a price depends on.
+/// Everything that a rate depends on.
 struct RatingRequest {
     ShippoAddress from;
     ShippoAddress to;
     ShippoParcel parcel;
     QString parcelTemplate; ///< the carrier's packaging; replaces the dimensions when not empty
     QDateTime shipDate;
-    QString signatureConfirmation; ///< the carrier's word for the kind of signature; empty for none
+    QString signatureConfirmation; ///< the carrier API's value for the kind of signature; empty: no signature
     QString insuranceAmount;       ///< US dollars as typed; anything but a positive number adds no insurance
-    QString insuranceProvider;     ///< empty for the service's third-party cover
+    QString insuranceProvider;     ///< empty: the carrier API's third-party insurance
     std::optional<bool> isResidential;
     std::optional<CustomsInfo> customs;
 };
 
-/// The address object of every request: street lines split and freed of "#" before a box number, name cut to 50
-/// characters, country as its code ("US" when empty).
+/// The address object of every request: street lines split and without "#" before a box number, name cut to 50
+/// characters, country as its code ("US" if empty).
 Json addressObject(const ShippoAddress &address);
 
 /// The body of a rating request.

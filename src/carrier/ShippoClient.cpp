@@ -22,7 +22,7 @@ Task<QByteArray> ShippoClient::request(QString path, QByteArray method, QByteArr
         throw ShippoError::api(u"Bad API path: "_s + path);
 
     const QUrl url = m_base.resolved(relative);
-    if (url.scheme() != m_base.scheme() || url.authority() != m_base.authority()) // the token is the carrier's alone
+    if (url.scheme() != m_base.scheme() || url.authority() != m_base.authority()) // the token is for the carrier only
         throw ShippoError::api(u"Bad API path: "_s + path);
 
     HttpRequest message{
@@ -33,7 +33,7 @@ Task<QByteArray> ShippoClient::request(QString path, QByteArray method, QByteArr
     HttpAnswer answer = co_await m_http.send(std::move(message));
     if (answer.status >= 200 && answer.status < 300)
         co_return answer.body;
-    answer.body.replace(token->toUtf8(), "…"); // some servers echo what they refuse
+    answer.body.replace(token->toUtf8(), "…"); // some servers echo a refused request
     if (answer.status >= 400 && answer.status < 500) {
         const QString rejected = u"Shippo rejected the request (%1)."_s.arg(answer.status);
         throw ShippoError::validation(prettyFieldErrors(answer.body).value_or(rejected), answer.status);

@@ -11,7 +11,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// A number or an id as one step of a path, whatever stands in it.
+/// A number or an id as one step of a path, with special characters encoded.
 QString step(const QString &text)
 {
     return QString::fromLatin1(QUrl::toPercentEncoding(text));
@@ -100,11 +100,11 @@ Task<QByteArray> ShippoClient::countedPage(QString path, std::shared_ptr<Listing
 Task<QList<MasterEntry>> ShippoClient::masterLog(QDate from, QDate to, std::shared_ptr<Listing> listing)
 {
     const auto state = listing ? listing : std::make_shared<Listing>();
-    const auto giveUp = qScopeGuard([state] { state->cancel.cancel(); }); // when one fails, the other reads for nobody
+    const auto giveUp = qScopeGuard([state] { state->cancel.cancel(); }); // when one listing fails, the other stops
     const QDateTime start = from.startOfDay(), end = to.addDays(1).startOfDay();
     const auto fetch = [this, state](const QString &path) { return countedPage(path, state); };
     const auto created = [](const auto &record) { return record.objectCreated; };
-    // Both at once; each alone takes as long as the other.
+    // Both listings at once; each takes about as long as the other.
     auto bought = pagedList<ShippoTransaction>(fetch, u"transactions?results=100"_s, start, created, state);
     auto rated = pagedList<ShippoShipmentListed>(fetch, u"shipments?results=100"_s, start, created, state);
     const QList<ShippoTransaction> transactions = co_await bought;

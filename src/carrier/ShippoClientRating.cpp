@@ -12,8 +12,8 @@ namespace {
 
 constexpr qsizetype metadataLimit = 100;
 
-/// Labels that another program bought in a single call carry the whole rate in place of its id. One of them must not
-/// keep the desk's own purchase from being found.
+/// Labels that another program bought in a single call contain the whole rate instead of its id. Such a label must not
+/// prevent the lookup of the desk's own purchase.
 QByteArray withRateIds(const QByteArray &page)
 {
     Json list = Json::parse(page.begin(), page.end(), nullptr, false);

@@ -13,7 +13,7 @@ namespace {
 
 constexpr qsizetype shownBodyLength = 300;
 constexpr qsizetype shownLines = 4;
-constexpr int deepestNesting = 100; ///< far beyond any real answer; a hostile one must not exhaust the stack
+constexpr int deepestNesting = 100; ///< far beyond any real response; a hostile response must not exhaust the stack
 
 void flatten(const Json &value, const QString &path, QStringList &lines, int depth)
 {

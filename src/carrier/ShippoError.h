@@ -12,8 +12,8 @@ namespace parcelory {
 class ShippoError : public AppError {
 public:
     enum class Kind {
-        http,       ///< an answer that is neither success nor refusal
-        api,        ///< a failure that the carrier or this client puts into words
+        http,       ///< a response that is neither success nor refusal
+        api,        ///< a failure described by the carrier or this client
         validation, ///< the clerk's own data was refused
         noToken,    ///< no API key is active
     };
@@ -34,7 +34,7 @@ private:
     int m_status;
 };
 
-/// The carrier took a purchase on, and then it could not be learned what became of it. The label may exist.
+/// The carrier accepted a purchase, but its outcome could not be looked up. The label may exist.
 class UnconfirmedPurchase : public AppError {
 public:
     UnconfirmedPurchase(QString description, QString transactionId)
@@ -48,8 +48,8 @@ private:
     QString m_transactionId;
 };
 
-/// Up to four readable lines from a refused request's body ("address_to zip: Invalid zip"), or nothing when it holds
-/// no text.
+/// Up to four readable lines from the response body of a refused request ("address_to zip: Invalid zip"), or nothing if
+/// it holds no text.
 std::optional<QString> prettyFieldErrors(const QByteArray &body);
 
 } // namespace parcelory

@@ -42,7 +42,7 @@ bool ShippoKeys::store(const QString &token, const QString &name)
 
 void ShippoKeys::remove(const QString &name)
 {
-    m_secrets.set(QString(), account(name)); // an empty token counts as none everywhere
+    m_secrets.set(QString(), account(name)); // an empty token counts as no token everywhere
     QStringList all = names();
     all.removeOne(name);
     write(m_preferences, settings::shippoKeyNames, all);

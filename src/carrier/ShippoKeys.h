@@ -15,22 +15,22 @@ class ShippoKeys {
 public:
     ShippoKeys(SecretStore &secrets, Preferences &preferences);
 
-    /// Stores or replaces a key. The first one added becomes active by itself.
+    /// Stores or replaces a key. The first key becomes active automatically.
     void set(const QString &token, const QString &name);
-    /// The same, but looks whether the secret store kept the token; a new key that it did not keep is not left behind.
+    /// The same, but checks that the secret store kept the token: if not, returns false and removes a new key again.
     [[nodiscard]] bool store(const QString &token, const QString &name);
     static constexpr qsizetype longestName = 40; ///< characters; the status strip shows it whole
     static inline const QString tooLong = QStringLiteral("The name of a key has at most 40 characters.");
     static inline const QString notKept =
         QStringLiteral("The system's secret store did not keep the key — is it unlocked?");
-    /// Forgets a key; if it was active, the first remaining one becomes active.
+    /// Removes a key; if it was active, the first remaining key becomes active.
     void remove(const QString &name);
     void makeActive(const QString &name);
 
     QStringList names() const;  ///< in the order in which they were added
-    QString activeName() const; ///< empty when no key is active
+    QString activeName() const; ///< empty if no key is active
     std::optional<QString> token(const QString &name) const;
-    /// The active key's token; nothing, or empty, when there is none. May block: see SecretStore.
+    /// The active key's token; nothing or empty if there is no active key. May block: see SecretStore.
     std::optional<QString> activeToken();
 
     /// Gives the single key of earlier versions a name.

@@ -1,7 +1,7 @@
 #pragma once
 
-// The records that the carrier API answers with, under its keys in snake case. Fields without std::optional must be
-// there, or the whole answer fails to decode. Money stays the carrier's decimal text.
+// The records in the carrier API's responses, with keys in snake case. Fields without std::optional are required, or
+// the whole response fails to decode. Amounts of money stay the carrier's decimal text.
 
 #include "core/RecordField.h"
 #include "core/ShippoAddress.h"
@@ -14,7 +14,7 @@
 
 namespace parcelory {
 
-/// A remark on a shipment, a purchase or a validation. Healthy answers carry some, too.
+/// A remark on a shipment, a purchase or a validation. Successful responses may have messages, too.
 struct ShippoMessage {
     std::optional<QString> source;
     std::optional<QString> code;
@@ -27,11 +27,11 @@ struct ShippoMessage {
     }
 };
 
-/// The texts of messages that have one, parted by bullets.
+/// The non-empty texts of the messages, separated by bullets.
 QString joinedTexts(const std::optional<QList<ShippoMessage>> &messages);
 
 struct ShippoServiceLevel {
-    std::optional<QString> name;  ///< for people
+    std::optional<QString> name;  ///< for display
     std::optional<QString> token; ///< as in ServiceClass
 
     static constexpr auto fields()
@@ -42,7 +42,7 @@ struct ShippoServiceLevel {
     bool operator==(const ShippoServiceLevel &) const = default;
 };
 
-/// The name for people, or the token when the carrier gives no name.
+/// The name for display, or the token if the carrier gives no name.
 QString serviceName(const ShippoServiceLevel &level);
 
 /// One price quote of a shipment.
@@ -69,7 +69,7 @@ struct ShippoRate {
 
 /// A shipment as it appears in the account's list.
 struct ShippoShipmentListed {
-    /// The short address inside shipment answers.
+    /// The short address in shipment responses.
     struct Address {
         std::optional<QString> name;
         std::optional<QString> company;
@@ -103,7 +103,7 @@ struct ShippoShipmentListed {
     }
 };
 
-/// The answer to a rating request.
+/// The response to a rating request.
 struct ShippoShipment {
     QString objectId;
     std::optional<QString> status; ///< may still be "QUEUED" while the rates are already there
@@ -151,7 +151,7 @@ struct ShippoTransaction {
 };
 
 struct ShippoValidationResults {
-    std::optional<bool> isValid; ///< absent when nothing was validated
+    std::optional<bool> isValid; ///< absent if nothing was validated
     std::optional<QList<ShippoMessage>> messages;
 
     static constexpr auto fields()
@@ -161,7 +161,7 @@ struct ShippoValidationResults {
     }
 };
 
-/// The carrier's version of an address, and what it thinks of it.
+/// The carrier's version of an address, and the result of its validation.
 struct ShippoValidatedAddress {
     std::optional<QString> objectId;
     std::optional<bool> isComplete;
@@ -198,7 +198,7 @@ struct ShippoRefund {
     }
 };
 
-/// Where a parcel is.
+/// A parcel's tracking status.
 struct ShippoTrackStatus {
     struct TrackingStatus {
         std::optional<QString> status;
@@ -229,7 +229,7 @@ struct ShippoTrackStatus {
 struct ShippoManifest {
     QString objectId;
     std::optional<QString> status;           ///< "QUEUED", "WAITING", "SUCCESS", "ERROR"
-    std::optional<QList<QString>> documents; ///< where the form's PDF pages are
+    std::optional<QList<QString>> documents; ///< addresses of the form's PDF pages
     std::optional<QList<QString>> transactions;
     std::optional<QString> objectCreated;
 
@@ -268,7 +268,7 @@ struct ShippoList {
 
 using ShippoCarrierAccountList = ShippoList<ShippoCarrierAccount>;
 
-/// A parcel as handed to rating: six decimal or unit texts; sent without dimensions unless it has all three.
+/// A parcel as passed to rating: six decimal or unit texts; sent without dimensions unless it has all three.
 struct ShippoParcel {
     QString length;
     QString width;

@@ -6,13 +6,13 @@
 
 namespace parcelory {
 
-/// Guards against a standardised address that lost a number the parcel needs (a box, a unit, a rural route).
+/// Guards against a standardized address that lost a number the parcel needs (a box, a unit, a rural route).
 namespace AddressGuard {
 
-/// The words of two street lines that hold a digit, in capitals.
+/// The words with a digit in two street lines, in capitals.
 QSet<QString> digitTokens(const QString &street1, const QString &street2);
 
-/// The numbers of the original street lines that the final ones no longer hold, in ascending text order.
+/// The words with a digit in the original street lines that the final street lines lack, in ascending text order.
 QStringList lostTokens(const QString &originalStreet1, const QString &originalStreet2, const QString &finalStreet1,
                        const QString &finalStreet2);
 

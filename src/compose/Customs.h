@@ -7,7 +7,7 @@
 
 namespace parcelory {
 
-/// What an international parcel holds, in the words of customs.
+/// The contents of an international parcel, in customs terms.
 enum class CustomsItemType { gold, silver, currency, readingMaterial, investmentGold };
 
 struct CustomsItem {
@@ -16,7 +16,7 @@ struct CustomsItem {
     QString pickerText;
     QString description;
     QString hsCode;
-    QString invoiceExtraLine; ///< an extra line of the commercial invoice; mostly empty
+    QString invoiceExtraLine; ///< an extra line of the commercial invoice; usually empty
 
     /// "Numismatic Study Item - HS Code 71189000"
     QString summary() const;

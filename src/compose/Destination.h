@@ -4,7 +4,7 @@
 
 namespace parcelory {
 
-/// True when a recipient's country, as typed, lies abroad. An empty country counts as domestic.
+/// True if a recipient's country, as typed, is not the United States. An empty country counts as domestic.
 bool isInternationalCountry(const QString &country);
 
 } // namespace parcelory

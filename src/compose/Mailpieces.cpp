@@ -9,8 +9,8 @@ const QList<BuiltinMailpieceInfo> &builtinMailpieces()
 {
     using enum BuiltinMailpiece;
     constexpr auto usps = Carrier::usps, fedex = Carrier::fedex;
-    // The odd ones are meant: the paks' template numbers run against their sizes, the medium box's subtitle has no
-    // "Medium", and the tube borrows the package's icon.
+    // These oddities are intentional: the paks' template numbers are the reverse of their sizes, the medium box's
+    // subtitle lacks "Medium", and the tube uses the package's icon.
     static const QList<BuiltinMailpieceInfo> table = {
         {package, usps, u"package"_s, u"Package"_s, {}, u"popup_package"_s, u"Length + girth cannot exceed 108\""_s},
         {oversizedPackage,

@@ -12,7 +12,7 @@
 
 namespace parcelory {
 
-/// The carriers' own packaging, and packaging of one's own by kind.
+/// The carriers' packaging, and the kinds of packaging that the desk supplies.
 enum class BuiltinMailpiece {
     package,
     oversizedPackage,
@@ -47,7 +47,7 @@ struct BuiltinMailpieceInfo {
 
 const QList<BuiltinMailpieceInfo> &builtinMailpieces();
 const BuiltinMailpieceInfo &builtinMailpieceInfo(BuiltinMailpiece mailpiece);
-/// One of the six USPS packages that ship Priority Mail at one price.
+/// True for the six USPS packages that ship Priority Mail at one price.
 bool isFlatRate(BuiltinMailpiece mailpiece);
 
 /// One of the desk's stock mailers. Outer dimensions in inches, as text.
@@ -61,7 +61,7 @@ struct PresetBox {
 };
 
 const QList<PresetBox> &presetBoxes();
-const PresetBox *presetBox(const QString &id); ///< null when there is none of that id
+const PresetBox *presetBox(const QString &id); ///< null if the id is unknown
 
 /// What the parcel is packed in: a stock mailer by its id, a carrier's packaging, or one of the desk's own boxes.
 struct PresetMailpiece {
@@ -84,7 +84,7 @@ struct MailpieceGroup {
     QList<MailpieceEntry> entries;
 };
 
-/// What a carrier's parcels can be packed in, in the order of the menu.
+/// The packaging for a carrier's parcels, in the order of the menu.
 QList<MailpieceGroup> mailpieceMenu(Carrier carrier, const QList<BoxProfile> &boxes);
 
 } // namespace parcelory

@@ -13,7 +13,7 @@ QString foldedName(const QString &name)
     return name.simplified().toCaseFolded();
 }
 
-/// The last four digits of a US ZIP come and go with the validation of an address.
+/// Address validation adds or removes the last four digits of a US ZIP.
 QString foldedZip(const QString &zip)
 {
     return zip.trimmed().section(u'-', 0, 0).toCaseFolded();
@@ -64,7 +64,7 @@ QStringList secondLabelReasons(const SecondLabelFacts &facts)
             reasons += description(label, facts.now) + u" for the same recipient."_s;
         else
             continue;
-        break; // the newest says enough
+        break; // the newest label is enough
     }
     if (!facts.invoiceTracking.trimmed().isEmpty())
         reasons +=

@@ -7,21 +7,21 @@
 
 namespace parcelory {
 
-/// What could make a purchase the second one of a parcel.
+/// The facts that show whether a purchase would be a parcel's second label.
 struct SecondLabelFacts {
     ShippoAddress recipient;
     QString reference;
-    QString invoiceTracking; ///< what the draft's invoice already has
-    bool lastOutcomeUnknown; ///< a label for this recipient may have been bought
+    QString invoiceTracking; ///< the tracking number already on the draft's invoice
+    bool lastOutcomeUnknown; ///< a purchase for this recipient is unresolved
     QDateTime now;
-    QList<ShipmentRecord> earlier; ///< labels of the same kind of key: of this reference, and of today
+    QList<ShipmentRecord> earlier; ///< labels for this reference and labels of today, all test or all live
 };
 
-/// The person and place of two labels are the same: name, and ZIP without its last four digits.
+/// True if two recipients have the same name and the same ZIP without its last four digits.
 bool isSameRecipient(const ShippoAddress &one, const ShippoAddress &other);
 
-/// Why the label may exist already, in sentences, the weightiest first; empty for a parcel's first label. Labels that
-/// were given back, or are about to be, do not count.
+/// Why the label may exist already, one sentence per reason, the most important first; empty for a parcel's first
+/// label. Labels with a granted or pending refund do not count.
 QStringList secondLabelReasons(const SecondLabelFacts &facts);
 
 } // namespace parcelory

@@ -85,7 +85,7 @@ const QList<ServiceOptionInfo> &serviceOptions()
 {
     using enum ServiceOption;
     constexpr auto usps = Carrier::usps, fedex = Carrier::fedex;
-    // The carrier API has no word for a direct signature: its STANDARD is FedEx's direct one.
+    // The carrier API has no value for a direct signature: STANDARD is FedEx's direct signature.
     static const QList<ServiceOptionInfo> table = {
         {tracking, usps, u"tracking"_s, u"USPS Tracking"_s, u"service_usps_tracking"_s, {}},
         {signature, usps, u"signature"_s, u"Signature Confirmation"_s, u"service_signature"_s, u"STANDARD"_s},

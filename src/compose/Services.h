@@ -1,7 +1,7 @@
 #pragma once
 
-// The shipping vocabulary: carriers, service classes and extra services. Raw values are stored in the mailing log and
-// sent to the carrier; each enumeration has one table that holds everything about its cases, in their order.
+// The shipping vocabulary: carriers, service classes and extra services. Each enumeration has one table that holds
+// everything about its cases, in their order. Raw values name the cases in the carrier API and in practice orders.
 
 #include <QList>
 #include <QString>
@@ -24,7 +24,7 @@ const QList<CarrierInfo> &carriers();
 const CarrierInfo &carrierInfo(Carrier carrier);
 std::optional<Carrier> carrierFrom(const QString &rawValue);
 
-/// "USPS Priority Mail", "FedEx 2Day": FedEx's own service names begin with its name already.
+/// "USPS Priority Mail", "FedEx 2Day": FedEx's service names already begin with its name.
 QString carrierAndService(Carrier carrier, const QString &service);
 
 /// Raw value = the carrier API's service-level token.
@@ -62,7 +62,7 @@ struct ServiceClassInfo {
 const QList<ServiceClassInfo> &serviceClasses();
 const ServiceClassInfo &serviceClassInfo(ServiceClass serviceClass);
 std::optional<ServiceClass> serviceClassFrom(const QString &rawValue);
-/// The class that a draft falls back to when its own does not fit carrier and destination.
+/// The class that a draft falls back to if its own class does not fit carrier and destination.
 ServiceClass defaultServiceClass(Carrier carrier, bool international);
 
 enum class ServiceOption { tracking, signature, certified, adult, fedexNone, fedexIndirect, fedexDirect };
@@ -71,9 +71,9 @@ struct ServiceOptionInfo {
     ServiceOption option;
     Carrier carrier;
     QString rawValue;
-    QString label; ///< also what the mailing log's services column says
+    QString label; ///< also the text in the mailing log's services column
     QString icon;
-    QString signatureConfirmation; ///< the carrier API's word; empty asks for nothing
+    QString signatureConfirmation; ///< the carrier API's value; empty requests no signature
 };
 
 const QList<ServiceOptionInfo> &serviceOptions();

@@ -4,7 +4,7 @@
 
 namespace parcelory {
 
-/// A weight as people say it: whole pounds and the ounces above them.
+/// A weight as people say it: whole pounds and the remaining ounces.
 struct PoundsAndOunces {
     double pounds = 0;
     double ounces = 0;

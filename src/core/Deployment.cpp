@@ -6,7 +6,7 @@
 
 static void loadResources()
 {
-    Q_INIT_RESOURCE(deployment); // a static library's resources are linked only when asked for
+    Q_INIT_RESOURCE(deployment); // a static library's resources are linked only if referenced
 }
 
 namespace parcelory {

@@ -26,7 +26,7 @@ std::optional<double> decimal(const QString &text);
 /// The number in a typed text; 0 if the text is not a number.
 double decimalOrZero(const QString &text);
 
-/// A decimal text with exactly `places` digits after the point, as "%.2f" gives it, whatever the locale.
+/// A decimal text with exactly `places` digits after the point, as "%.2f" formats it, in any locale.
 QString fixed(double value, int places);
 
 /// At most six significant digits, as "%g" gives them: 8.5, 24, 1.23457e+06.

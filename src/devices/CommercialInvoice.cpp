@@ -58,7 +58,7 @@ QStringList addressLines(const PostalContact &who)
 void drawHead(PaperSheet &sheet, const Data_ &data, const Deployment &deployment)
 {
     const QStringList &letterhead = deployment.letterhead;
-    // The name has less room than its place is wide, because the banner begins there.
+    // The banner to the right limits the width of the name.
     sheet.draw(letterhead.value(0), {60, 70, 330, 33}, {.size = 26, .bold = true});
     sheet.draw(letterhead.mid(1), {60, 106, 330, 62}, {.size = 9, .step = 13});
     sheet.fill({400, 50, right - 400, 53}, bannerBlue);
@@ -67,7 +67,7 @@ void drawHead(PaperSheet &sheet, const Data_ &data, const Deployment &deployment
     sheet.draw(u"Invoice No."_s, {60, 175, 85, 15}, heading);
     sheet.draw(data.invoiceNumber, {150, 175, 160, 15}, {.size = 11});
     sheet.draw(u"Customer ID:"_s, {60, 225, 85, 15}, heading);
-    sheet.rule(239, 150, 300); // written in by hand, by those who have one
+    sheet.rule(239, 150, 300); // filled in by hand, if the customer has an id
     sheet.draw(u"Bill To:"_s, {320, 175, 122, 15}, {.size = 11, .color = labelGrey, .bold = true});
     sheet.draw(addressLines(data.recipient), {320, 192, 122, 104}, {.size = 9, .step = 13});
 }
@@ -101,7 +101,7 @@ void drawItem(PaperSheet &sheet, const Data_ &data)
 
 void drawSummary(PaperSheet &sheet, double subtotal)
 {
-    const double shipping = 0; // postage is no part of the value that customs assesses
+    const double shipping = 0; // postage is not part of the value that customs assesses
     const double total = subtotal + shipping;
     const double paid = total; // nothing is shipped before it is paid
     const struct {
@@ -121,7 +121,7 @@ void drawSummary(PaperSheet &sheet, double subtotal)
     }
 }
 
-/// What customs asks beside the prices, and where to sign.
+/// The other data that customs requires, and the place for the signature.
 void drawPanel(PaperSheet &sheet, const Data_ &data, const Deployment &deployment)
 {
     constexpr double top = 572, step = 22;
@@ -141,7 +141,7 @@ void drawPanel(PaperSheet &sheet, const Data_ &data, const Deployment &deploymen
         sheet.draw(text, {160, y + 5, 145, 14}, {.size = 9});
         sheet.draw(secondName, {320, y + 5, 85, 14}, {.size = 9, .color = labelGrey});
         sheet.draw(secondText, {410, y + 5, 135, 14}, {.size = 9});
-        // No line cuts through the room for the signature.
+        // Keep lines out of the space for the signature.
         sheet.rule(y, name.isEmpty() ? 310 : left, right);
         y += step;
     }
@@ -164,7 +164,7 @@ QByteArray pdf(const Data_ &data, const Deployment &deployment)
     paper.setTitle(printable(u"Commercial Invoice "_s + data.invoiceNumber));
     paper.setCreator(u"Parcelory"_s);
     {
-        PaperSheet sheet(paper); // the file is whole when the sheet is gone
+        PaperSheet sheet(paper); // the sheet's destructor completes the file
         drawHead(sheet, data, deployment);
         drawItem(sheet, data);
         drawSummary(sheet, data.value);

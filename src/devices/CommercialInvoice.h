@@ -11,7 +11,7 @@
 
 namespace parcelory {
 
-/// The commercial invoice that customs asks for beside an international parcel: one US Letter page for the office
+/// The commercial invoice that customs requires with an international parcel: one US Letter page for the office
 /// printer.
 namespace CommercialInvoice {
 
@@ -25,7 +25,7 @@ struct Data_ {
     QString quantity;                 ///< as shown
     double value = 0;                 ///< of all pieces together, in US dollars
     std::optional<QString> extraLine; ///< small print under the item
-    QString signer;                   ///< who certifies the invoice; empty leaves name and date to be written by hand
+    QString signer;                   ///< who certifies the invoice; empty: name and date are written by hand
 };
 
 /// The page as a PDF with embedded fonts and real text. Letterhead, origin and terms of sale are deployment values.

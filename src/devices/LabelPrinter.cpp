@@ -23,12 +23,12 @@ const QString cupsenableTool = u"/usr/sbin/cupsenable"_s;
 constexpr QStringView zebraWords[] = {u"zebra", u"ztc", u"zpl", u"gk420", u"gx420",
                                       u"zd4",   u"zd6", u"zp4", u"zt2",   u"zt4"};
 
-/// Writes a file that only its owner can read, because labels hold addresses. Returns its path.
+/// Writes a file that only its owner can read, because labels contain addresses. Returns its path.
 QString temporaryFile(const QByteArray &bytes, const QString &prefix, const QString &suffix)
 {
     const QString name = prefix + QUuid::createUuid().toString(QUuid::WithoutBraces) + suffix;
     const QDir folder = QDir::temp();
-    if (!folder.exists()) // a file would end up wherever the program was started
+    if (!folder.exists()) // the file would end up in the current directory
         throw AppError(u"The folder for temporary files, %1, does not exist."_s.arg(folder.path()));
     QFile file(folder.filePath(name));
     const bool opened = file.open(QIODevice::WriteOnly | QIODevice::NewOnly, QFile::ReadOwner | QFile::WriteOwner);
@@ -57,7 +57,7 @@ QString LabelPrinter::print(const QByteArray &label, const QString &zebraQueue, 
     case LabelKind::png:
         m_desktop.openFile(temporaryFile(label, u"parcelory-label-"_s, u".png"_s));
         return u"Shippo returned a PNG label (not ZPL) — opened in Preview."_s;
-    case LabelKind::notALabel: // refused there
+    case LabelKind::notALabel: // rejected by printZPL()
     case LabelKind::zpl:
         break;
     }
@@ -89,7 +89,7 @@ void LabelPrinter::printZPL(const QByteArray &zpl, const QString &queue)
         rememberTurned(queue);
 }
 
-/// Kept over restarts, and for good: whether the printer was switched off meanwhile, nobody can tell.
+/// Kept permanently, across restarts: the program cannot know whether the printer was switched off in between.
 void LabelPrinter::rememberTurned(const QString &queue)
 {
     QStringList turned = read(m_preferences, settings::turnedQueues);
@@ -186,7 +186,7 @@ void LabelPrinter::tryResume(const QString &queue)
     try {
         m_processes.run(cupsenableTool, {queue});
     } catch (const AppError &) {
-        // The queue is asked again afterwards; what counts is whether it still is paused.
+        // The caller checks afterward whether the queue is still paused.
     }
 }
 

@@ -9,28 +9,29 @@
 
 namespace parcelory {
 
-/// Brings a label to its device through the CUPS tools. Keeps no state; every operation waits for its child process,
-/// so screens call it through onPool. Queue names are CUPS destinations; the empty text is "none chosen".
+/// Sends labels and documents to their printers through the CUPS tools. Keeps no state; every operation waits for its
+/// child process, so screens call it through onPool. Queue names are CUPS destinations; empty: no queue is chosen.
 class LabelPrinter {
 public:
     static constexpr int noQueue = 1, pausedQueue = 2, notALabel = 3; ///< codes of SystemError; others are lpr's status
 
     explicit LabelPrinter(Platform &platform);
 
-    /// Prints a label of any kind and says in a sentence where it went. Throws SystemError, or AppError when a tool
-    /// cannot be started or the temporary file not written. Bytes that are no label go nowhere, on no way to a printer.
+    /// Prints a label of any kind and returns a sentence that says where it went. Throws SystemError, or AppError if a
+    /// tool cannot be started or the temporary file cannot be written. Anything that is not a label is rejected.
     QString print(const QByteArray &label, const QString &zebraQueue, const QString &documentQueue);
-    /// Sends ZPL raw, its length clamped and, if so set, turned. Otherwise it is set upright on a printer that was ever
-    /// sent a turned label: printers keep their orientation until they are told another.
+    /// Sends ZPL raw, with its length clamped, and rotated if the setting says so. Otherwise sets the normal
+    /// orientation on a printer that ever received a rotated label: printers keep their orientation until it is set
+    /// again.
     void printZPL(const QByteArray &zpl, const QString &queue);
-    /// True when sent to the queue; without one the viewer opens the document.
+    /// True if sent to the queue; without a queue, the viewer opens the document.
     bool printPDF(const QByteArray &pdf, const QString &queue);
 
     QStringList queues();
-    QStringList zebraQueues(); ///< those whose name or device looks like a Zebra printer
+    QStringList zebraQueues(); ///< queues whose name or device looks like a Zebra printer
     bool queueIsPaused(const QString &queue);
     void tryResume(const QString &queue);
-    /// What the print system says of a queue and of the jobs that wait in it. Never throws.
+    /// The print system's report on a queue and its waiting jobs. Never throws.
     PrinterReport queueReport(const QString &queue);
     bool rotate180() const;
 

@@ -13,15 +13,15 @@ namespace {
 constexpr double smallestSize = 6;
 const QColor ruleGrey = QColor::fromRgbF(0.75F, 0.75F, 0.75F);
 
-/// Letters that join or carry marks of their own: Arabic and its like.
+/// True for texts with joining letters or combining marks, such as Arabic.
 bool needsShaping(const QString &text)
 {
     return std::ranges::any_of(text, [](QChar c) { return c.joiningType() != QChar::Joining_None; });
 }
 
-/// A face for print in which every letter has a shape of its own, and no shaping where the script allows it. Shapes
-/// that several letters share, ligatures and signs that a font swaps by context would come back as another text, or as
-/// none, when the document is searched: Inter loses the Greek iota and the hyphens and colons beside digits.
+/// A font for print in which every letter has its own glyph, without shaping where the script allows it. A search of
+/// the document would find wrong or missing text for shared glyphs, ligatures and contextual forms: Inter loses the
+/// Greek iota and the hyphens and colons next to digits.
 QFont printFont(double size, bool bold, bool shaped)
 {
 #ifdef Q_OS_MACOS
@@ -45,7 +45,7 @@ qsizetype lineCount(const QList<QStringList> &paragraphs)
     return count;
 }
 
-/// Shortens the longest fields until `room` lines are left, so that every field keeps its beginning.
+/// Shortens the longest fields until `room` lines remain, so that every field keeps its beginning.
 void cut(QList<QStringList> &paragraphs, qsizetype room, const QFontMetricsF &metrics, double width)
 {
     while (lineCount(paragraphs) > std::max<qsizetype>(room, 1)) {
@@ -64,12 +64,12 @@ void cut(QList<QStringList> &paragraphs, qsizetype room, const QFontMetricsF &me
 QString printable(QString text)
 {
     for (QChar &c : text) {
-        // Control characters would be boxes, and marks that turn the writing direction mirror what follows them.
+        // Control characters would print as boxes, and direction marks would mirror the text after them.
         const bool turns = (c >= u'\u202A' && c <= u'\u202E') || (c >= u'\u2066' && c <= u'\u2069');
         if (turns || c.category() == QChar::Other_Control)
             c = u' ';
     }
-    return text.simplified().normalized(QString::NormalizationForm_C); // accents need no shaping then
+    return text.simplified().normalized(QString::NormalizationForm_C); // composed accents need no shaping
 }
 
 void PaperSheet::rule(double y, double from, double to)
@@ -86,7 +86,7 @@ void PaperSheet::draw(const QStringList &fields, const QRectF &box, const TextSt
         const QFont font = printFont(size, style.bold, shaped);
         const QFontMetricsF metrics(font, &m_paper);
         const double step = style.step > 0 ? style.step * size / style.size : metrics.lineSpacing();
-        // A hair of tolerance, so that a box of exactly one line holds it.
+        // A small tolerance, so that a line fits into a box of exactly its height.
         const auto room = qsizetype((box.height() - metrics.height()) / step + 1.01);
         Paragraphs paragraphs = wrapped(fields, font, box.width());
         if (lineCount(paragraphs) > room && size > smallestSize)
@@ -94,14 +94,14 @@ void PaperSheet::draw(const QStringList &fields, const QRectF &box, const TextSt
         cut(paragraphs, room, metrics, box.width());
         m_painter.setFont(font);
         m_painter.setPen(style.color);
-        // A line that had to shrink stays on the baseline of what stands beside it.
+        // A single line that had to shrink keeps the baseline of the texts beside it.
         const bool alone = lineCount(paragraphs) == 1;
         drawLines(paragraphs, box, style.align, metrics, (alone ? unshrunk : metrics).ascent(), step);
         return;
     }
 }
 
-/// Breaks the fields between words, or within one that is longer than a line.
+/// Breaks the fields between words, or within a word that is longer than a line.
 PaperSheet::Paragraphs PaperSheet::wrapped(const QStringList &fields, const QFont &font, double width)
 {
     Paragraphs paragraphs;

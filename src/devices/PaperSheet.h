@@ -15,12 +15,11 @@ struct TextStyle {
     QColor color = Qt::black;
     bool bold = false;
     Qt::AlignmentFlag align = Qt::AlignLeft;
-    double step = 0; ///< from line to line; 0 is the font's own
+    double step = 0; ///< line spacing; 0 uses the font's spacing
 };
 
-/// A sheet of a PDF that takes texts, rules and filled boxes, for documents that are drawn from tables of positions.
-/// Lengths are in points from the top left corner, provided that the writer's resolution is 72. Needs a
-/// QGuiApplication, but not its thread.
+/// A PDF page on which texts, rules and filled boxes are drawn at given positions. Lengths are in points from the top
+/// left corner, provided that the writer's resolution is 72. Needs a QGuiApplication, but works on any thread.
 class PaperSheet {
 public:
     explicit PaperSheet(QPdfWriter &paper) : m_paper(paper), m_painter(&paper) {}
@@ -28,9 +27,8 @@ public:
     void fill(const QRectF &box, const QColor &color) { m_painter.fillRect(box, color); }
     void rule(double y, double from, double to);
 
-    /// Draws `fields`, each on lines of its own, into `box`; empty ones take no line. What is too much for the box is
-    /// drawn smaller, and what is too much even at the smallest size is cut at an ellipsis: a text never leaves its
-    /// box.
+    /// Draws `fields` into `box`, each starting on a new line; empty fields take no line. Text that does not fit is
+    /// drawn smaller; text that does not fit at the smallest size is cut with an ellipsis: a text never leaves its box.
     void draw(const QStringList &fields, const QRectF &box, const TextStyle &style);
     void draw(const QString &text, const QRectF &box, const TextStyle &style) { draw(QStringList{text}, box, style); }
 
@@ -45,7 +43,7 @@ private:
     QPainter m_painter;
 };
 
-/// `text` as one line that can be drawn, also where a document wants it elsewhere than on its sheet.
+/// `text` as one printable line, also for texts outside the page, such as a document's title.
 QString printable(QString text);
 
 } // namespace parcelory

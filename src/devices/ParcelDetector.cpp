@@ -7,7 +7,7 @@ namespace parcelory {
 
 namespace {
 
-/// A parcel's own weight creeps, and a coarse scale flickers between two of its steps.
+/// How far the weight of one parcel may vary: it drifts slowly, and a coarse scale flickers between two of its steps.
 double drift(double ounces)
 {
     return std::max(1.0, ounces / 20);
@@ -21,7 +21,7 @@ bool ParcelDetector::showsLifting(const ScaleReport &report) const
     case ScaleStatus::zero:
     case ScaleStatus::underZero:
         return true;
-    case ScaleStatus::moving: // zero in motion may only mean that the scale sends no weight then
+    case ScaleStatus::moving: // zero may only mean that the scale sends no weight while moving
         return report.ounces.value_or(0) > 0 && *report.ounces <= m_weight / 4;
     case ScaleStatus::stable:
         return report.ounces && *report.ounces <= m_weight / 4;

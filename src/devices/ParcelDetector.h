@@ -4,23 +4,23 @@
 
 namespace parcelory {
 
-/// Tells the next parcel on a scale from the one before, so that none is sold on another's weight. In doubt it is still
-/// the same parcel: lifting it off for a moment settles that, while a wrong weight would be paid for.
+/// Distinguishes the next parcel on a scale from the previous parcel, so that no label is bought with another parcel's
+/// weight. In doubt, assumes the same parcel: the clerk can lift it off for a moment, while a wrong weight costs money.
 class ParcelDetector {
 public:
-    /// True when the report shows a settled weight of something that was not on the plate before.
+    /// True if the report shows the settled weight of a new parcel.
     bool take(const ScaleReport &report);
 
-    /// The settled weight in ounces; none while the plate is empty or moving, or the scale cannot weigh.
+    /// The settled weight in ounces; absent while the plate is empty or moving, or the scale cannot weigh.
     std::optional<double> settled() const { return m_settled; }
-    /// Forgets what the scale said last, but not what lay on it: it may still lie there when the scale comes back.
+    /// Clears the settled weight, but not the last parcel, which may still be on the plate when the scale reconnects.
     void disconnect() { m_settled.reset(); }
 
 private:
     bool showsLifting(const ScaleReport &report) const;
 
     std::optional<double> m_settled;
-    double m_weight = 0;  ///< of what was last taken for something new
+    double m_weight = 0;  ///< of the last new parcel
     bool m_lifted = true; ///< the plate has been empty, or nearly so, since then
 };
 

@@ -12,9 +12,9 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr auto lookEvery = 2s, lookSeldom = 10s;
-constexpr int oftenLooks = 30; ///< a minute of them
-/// How many looks something may last before it is said. A printer is looked for at the start of every job, and a
-/// printer that prints has a job waiting.
+constexpr int oftenLooks = 30; ///< one minute
+/// How many polls a state may last before it is reported. At the start of every job the print system looks for the
+/// printer, and a printer that prints has a job waiting.
 constexpr int passingLooks = 2, slowLooks = 10;
 
 } // namespace
@@ -45,7 +45,7 @@ void PrintWatch::follow(const QString &queue, Paper paper)
 {
     if (queue.isEmpty())
         return;
-    // The clerk has chosen another queue; what waits on the earlier one is still to be told.
+    // The clerk may have chosen another queue: keep an earlier queue only while jobs wait in it.
     std::erase_if(m_followed, [&](const auto &entry) {
         return entry.second.ended ||
                (entry.first != queue && entry.second.paper == paper && !entry.second.report.waiting);
@@ -116,7 +116,7 @@ void PrintWatch::take(const QString &queue, const PrinterReport &report)
     followed.looks = followed.report.oldestJob == report.oldestJob ? followed.looks + 1 : 1;
     followed.report = report;
     if (report.isIdle() && !report.words.isEmpty())
-        followed.ended = true; // stays to be read until the next label is printed
+        followed.ended = true; // the notice stays until the next label is printed
     else if (report.isIdle() || !report.readable)
         m_followed.erase(found);
 }

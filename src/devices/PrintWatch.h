@@ -11,25 +11,25 @@
 
 namespace parcelory {
 
-/// Follows what was handed to a printer until its queue is empty, and says what holds it up: the print tools are done
-/// long before a label comes out. Main thread only.
+/// Polls a printer's queue until it is empty and reports what holds it up: the print tools return long before a label
+/// comes out. Main thread only.
 class PrintWatch : public QObject {
 public:
     PrintWatch(LabelPrinter &printer, Clock &clock) : m_printer(printer), m_clock(clock) {}
     ~PrintWatch() override;
 
-    /// Empty while all is well; comes and goes by itself.
+    /// The text for the clerk; empty if there is no problem. Updated automatically.
     QProperty<QString> notice;
 
-    /// Call once a job was accepted or refused. An empty queue is nothing to follow.
+    /// Call after a job was accepted or refused. Ignores an empty queue name.
     void follow(const QString &queue, Paper paper);
-    /// What the clerk should know of a label that was sent, once a run; mostly empty.
+    /// A warning about a label that was sent, at most once per run of the program; usually empty.
     QString caution(const QByteArray &label);
 
 private:
     struct Followed {
         Paper paper;
-        int looks = 0; ///< since something last came out
+        int looks = 0; ///< polls since the last label came out
         bool ended = false;
         PrinterReport report = {};
 

@@ -11,7 +11,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 /// The first sign that is found counts: a printer that has run out of labels often reports itself offline as well. The
-/// keywords with a hyphen are the same in every language; sentences come in English from tools that were asked in it.
+/// keywords with a hyphen are the same in every language; sentences are English, because the tools run in that locale.
 constexpr std::pair<QStringView, PrinterTrouble> signs[] = {
     {u"media-empty", PrinterTrouble::outOfLabels},
     {u"media-needed", PrinterTrouble::outOfLabels},
@@ -39,7 +39,7 @@ constexpr std::pair<QStringView, PrinterTrouble> signs[] = {
     {u"not connected", PrinterTrouble::offline},
 };
 
-/// What the print system says while all is well, and leaves standing afterwards.
+/// Messages of normal operation, which the print system also keeps afterward.
 constexpr QStringView progress[] = {u"paused",
                                     u"reason unknown",
                                     u"connecting to printer",
@@ -69,7 +69,7 @@ QString withoutProgress(QString words)
     return words;
 }
 
-/// lpstat's answer, taken apart. Lines that begin with a tab belong to the line above them.
+/// lpstat's output, parsed. Lines that begin with a tab belong to the line above them.
 struct Answer {
     QString state, message, alerts; ///< of the printer
     QString jobAlerts;              ///< of the oldest job

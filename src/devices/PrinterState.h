@@ -21,26 +21,26 @@ enum class PrinterTrouble {
     offline,
 };
 
-/// What the print system says of one queue.
+/// The print system's report on one queue.
 struct PrinterReport {
     bool readable = false; ///< false: nothing is known, and nothing may be concluded
     PrinterTrouble trouble = PrinterTrouble::none;
-    QString words;     ///< the print system's own, in whatever language; empty where they tell nothing
-    int waiting = 0;   ///< jobs that have not left the queue, the one that prints included
+    QString words;     ///< the print system's own words, in any language; empty if they say nothing useful
+    int waiting = 0;   ///< jobs that have not left the queue, including the job that prints
     QString oldestJob; ///< changes as long as labels come out
 
     bool isIdle() const { return readable && trouble == PrinterTrouble::none && waiting == 0; }
 };
 
-/// Reads what `lpstat -l -p QUEUE -a QUEUE -o QUEUE` wrote to its two channels. An unknown queue and a print system
-/// that is not running look alike there; both read as unknownQueue.
+/// Parses what `lpstat -l -p QUEUE -a QUEUE -o QUEUE` wrote to stdout and stderr. An unknown queue and a print system
+/// that is not running look alike there; both are reported as unknownQueue.
 PrinterReport readPrinterReport(const QByteArray &out, const QByteArray &err);
 
-/// What a queue prints on, for the words.
+/// What a queue prints; selects the words of a sentence.
 enum class Paper { label, document };
 
 /// The report as a sentence for the clerk, such as "2 labels are still waiting on ZD421 — the printer is out of
-/// labels."; empty while there is nothing to say.
+/// labels."; empty if there is nothing to report.
 QString printerSentence(const QString &queue, const PrinterReport &report, Paper paper);
 
 } // namespace parcelory

@@ -7,7 +7,7 @@
 
 namespace parcelory {
 
-/// What a scale says about its plate, in the numbers of the HID usage tables; devices send others, too.
+/// A scale's status, numbered as in the HID usage tables; devices also send other numbers.
 enum class ScaleStatus : quint8 {
     fault = 1,
     zero,
@@ -22,16 +22,16 @@ enum class ScaleStatus : quint8 {
 /// One input report of a HID postal scale.
 struct ScaleReport {
     ScaleStatus status{};
-    std::optional<double> ounces; ///< avoirdupois; none when the scale's unit is not one that parcels are weighed in
+    std::optional<double> ounces; ///< avoirdupois; absent if the scale's unit is not used for parcels
 };
 
-/// Reads a report with or without its leading number; nothing when it is too short to be one.
+/// Parses a report with or without its leading number; nothing if it is too short.
 std::optional<ScaleReport> parseScaleReport(const QByteArray &bytes);
 
 /// "1 lb 14.0 oz"; without a weight, "—" or "No scale".
 QString scaleDisplay(bool connected, std::optional<double> ounces);
 
-/// What keeps the scale from weighing, in the clerk's words; empty when nothing does.
+/// Why the scale cannot weigh, in the clerk's words; empty if it can.
 QString scaleFault(const ScaleReport &report);
 
 } // namespace parcelory

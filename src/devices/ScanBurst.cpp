@@ -10,7 +10,7 @@ ScanBurst::ScanBurst(const QString &linkHost) : m_link(u"(?i)%1/i\\d+"_s.arg(QRe
 bool ScanBurst::beat(Time now, bool isEnd)
 {
     const Time gap = now - m_lastKey;
-    if (gap > burstGap || gap < Time(0)) { // a clock that was set back begins anew, too
+    if (gap > burstGap || gap < Time(0)) { // a clock that was set back also starts a new run
         clear();
         m_start = m_runBegan = now;
     } else if (gap > scannerGap && !isEnd) {
@@ -44,9 +44,9 @@ void ScanBurst::clear()
 
 bool ScanBurst::wasFast() const
 {
-    if (m_runKeys < fewestFastKeys) // and so m_keys, which are never fewer
+    if (m_runKeys < fewestFastKeys) // m_keys is never smaller
         return false;
-    // Averages without a division: of all keys, or of those since whoever typed before has paused.
+    // Averages without a division: of all keys, or of the keys since the last pause.
     return m_lastKey - m_start < fastKey * m_keys || m_lastKey - m_runBegan < fastKey * m_runKeys;
 }
 

@@ -33,17 +33,17 @@ void ScanWedgeListener::stop()
 
 KeyVerdict ScanWedgeListener::handle(const KeyPress &key)
 {
-    if (!isWanted() || key.isRepeat) // a scanner presses and lets go
+    if (!isWanted() || key.isRepeat) // a scanner never holds a key down
         return pass();
     const bool isEnd = key.isReturn || key.isTab || key.text.contains(u'\r') || key.text.contains(u'\n');
-    // CR-LF, or a suffix of several keys: the code before it has been understood already.
+    // CR-LF, or a suffix of several keys: the code before it was already handled.
     if (isEnd && m_burst.keys() == 0 && key.time - m_machineEnded < ScanBurst::scannerGap &&
         key.time >= m_machineEnded) {
         m_machineEnded = key.time;
         return KeyVerdict::swallow;
     }
     if (!isEnd && m_burst.pausedBy(key.time) && m_burst.scannedLink())
-        finishBurst(); // what comes now is not part of that code
+        finishBurst(); // this key is not part of that code
     const bool machine = isNoise();
     const bool fast = m_burst.beat(key.time, isEnd);
     if (!isEnd && m_burst.beganRun() && m_held)
@@ -65,8 +65,8 @@ KeyVerdict ScanWedgeListener::keep()
     return KeyVerdict::hold;
 }
 
-/// Whoever typed has paused for longer than a scanner would: a person gets the keys that were kept back, a machine's
-/// are forgotten.
+/// The pause is too long for a scanner, so the run is over: a person's held keys are delivered, a machine's held keys
+/// are dropped.
 void ScanWedgeListener::endRun(bool machine)
 {
     if (!machine) {
@@ -78,7 +78,7 @@ void ScanWedgeListener::endRun(bool machine)
     m_keyboard.restoreField();
 }
 
-/// Lets a key go its way, after those that were pressed before it.
+/// Delivers a key, after the held keys that were pressed before it.
 KeyVerdict ScanWedgeListener::pass()
 {
     if (std::exchange(m_held, false))
@@ -89,7 +89,7 @@ KeyVerdict ScanWedgeListener::pass()
 KeyVerdict ScanWedgeListener::handleEnd(const KeyPress &key, bool fast)
 {
     if (key.isTab && !m_burst.holdsLink() && !m_burst.wasFast())
-        return pass(); // a person goes on to the next field
+        return pass(); // a person moves to the next field
     switch (finishBurst()) {
     case Ending::scan:
     case Ending::machine:
@@ -118,11 +118,11 @@ void ScanWedgeListener::armTimer()
     const bool machine = m_burst.wasFast();
     if (m_burst.holdsLink())
         arm(finishDelay, [this] { finishBurst(); });
-    else // a machine is given time for its Return
+    else // a machine gets time for its Return
         arm(machine ? finishDelay : ScanBurst::scannerGap, [this] { endRun(isNoise()); });
 }
 
-/// Waits once more for no time at all: that lets keys in that queued up while the program was busy.
+/// Waits once more with a delay of zero, so that keys that queued up while the program was busy come first.
 void ScanWedgeListener::arm(Clock::Duration delay, std::function<void()> action)
 {
     m_timer = m_clock.after(delay, [this, action = std::move(action)] {
@@ -133,7 +133,7 @@ void ScanWedgeListener::arm(Clock::Duration delay, std::function<void()> action)
     });
 }
 
-/// Enough of it to be no person's, and too much for a slip of the keyboard.
+/// Fast and long enough to be a scanner rather than typing.
 bool ScanWedgeListener::isNoise() const
 {
     return m_burst.wasFast() && m_burst.text().size() >= ScanBurst::fewestNoiseCharacters;
@@ -145,7 +145,7 @@ void ScanWedgeListener::cancelTimer()
         m_clock.cancel(*std::exchange(m_timer, std::nullopt));
 }
 
-/// Decides what the run was.
+/// Decides whether the run was a scan, other machine input or a person's typing, and handles it.
 ScanWedgeListener::Ending ScanWedgeListener::finishBurst()
 {
     cancelTimer();
@@ -170,10 +170,10 @@ ScanWedgeListener::Ending ScanWedgeListener::finishBurst()
     return Ending::person;
 }
 
-/// Takes a link that a person typed out of the field again.
+/// Removes a link that a person typed from the field.
 void ScanWedgeListener::scrubTypedText(const QString &text)
 {
-    pass(); // with the keys that are still kept back, the field holds all of it
+    pass(); // with the held keys delivered, the field holds the whole link
     if (!m_keyboard.inTextField())
         return;
     const QString field = m_keyboard.fieldText();

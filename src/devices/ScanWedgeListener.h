@@ -9,8 +9,8 @@
 
 namespace parcelory {
 
-/// Tells the code of a keyboard-wedge scanner from what people type, by its timing, and keeps it out of text fields.
-/// Keys that may belong to a code are kept back; they are typed after all once their run proves to be a person's.
+/// Recognizes the codes of a keyboard-wedge scanner by their timing, and keeps them out of text fields. Keys that may
+/// belong to a code are held, and delivered if a person typed them.
 class ScanWedgeListener {
 public:
     using Heard = std::function<void(const QString &text)>;
@@ -21,10 +21,10 @@ public:
     ~ScanWedgeListener();
 
     Heard onScan = [](const QString &) {};  ///< an invoice code; the text may hold junk around it
-    Heard onNoise = [](const QString &) {}; ///< a fast run of keys that is none
+    Heard onNoise = [](const QString &) {}; ///< a fast run of keys that is not an invoice code
 
-    /// While this is false, keys go on as they come: nothing is scanned on a sign-in screen, but passwords are typed by
-    /// machines, too.
+    /// While this is false, all keys are delivered at once: nothing is scanned on a sign-in screen, but a machine may
+    /// type a password there.
     std::function<bool()> isWanted = [] { return true; };
 
     void start();
@@ -50,8 +50,8 @@ private:
     Clock &m_clock;
     ScanBurst m_burst;
     bool m_listening = false;
-    bool m_held = false;                             ///< the keyboard keeps keys back
-    std::chrono::milliseconds m_machineEnded{-1000}; ///< when a code ended; what its suffix still sends is swallowed
+    bool m_held = false;                             ///< the keyboard holds keys
+    std::chrono::milliseconds m_machineEnded{-1000}; ///< when a code ended; the rest of its suffix is swallowed
     std::optional<quint64> m_timer;                  ///< for the end of a run without an end key
 };
 

@@ -40,12 +40,12 @@ std::optional<USBScale::Reading> USBScale::reading() const
 void USBScale::attached(int number, const QString &product)
 {
     const QString name = product.isEmpty() ? u"USB Scale"_s : product;
-    // A loose plug must not make the parcel on the plate look like the next one.
+    // A loose plug must not make the parcel on the plate look like a new parcel.
     Device device = m_unplugged.take(name);
     device.number = number;
     device.name = name;
     m_devices.push_back(device);
-    if (ounces.value().value_or(0) <= 0) // a parcel that is being weighed stays in view
+    if (ounces.value().value_or(0) <= 0) // keep showing a parcel that is being weighed
         use(device);
 }
 
@@ -91,7 +91,7 @@ void USBScale::use(const Device &device)
 {
     m_inUse = device.number;
     if (!device.plate.settled())
-        ounces = std::nullopt; // what it shows is the other scale's
+        ounces = std::nullopt; // the old value is the other scale's
     fault = QString();
     deviceName = device.name;
     connected = true;

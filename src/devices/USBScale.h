@@ -10,33 +10,33 @@
 
 namespace parcelory {
 
-/// The USB postal scale. Found when it is plugged in, forgotten when it is unplugged; nothing is configured. Of several
-/// scales the one on which something was put last is the one that counts.
+/// The USB postal scale. It is detected when it is plugged in and needs no configuration. Of several scales, the scale
+/// with the newest parcel counts.
 class USBScale {
 public:
     /// A settled weight on the plate.
     struct Reading {
         double ounces = 0;
-        quint64 generation = 0; ///< higher for everything put on later; the same while it may be the same parcel
+        quint64 generation = 0; ///< higher for every later parcel; the same while it may be the same parcel
     };
 
     explicit USBScale(HidSource &hid); ///< listens at once
     ~USBScale();
     USBScale(const USBScale &) = delete;
 
-    /// Begins to listen; does nothing the second time.
+    /// Starts to listen; does nothing if already started.
     void start();
 
     QProperty<bool> connected{false};
     QProperty<bool> stable{false};           ///< by the last report; stays when the scale is unplugged
-    QProperty<std::optional<double>> ounces; ///< last usable weight, avoirdupois; none: unknown
+    QProperty<std::optional<double>> ounces; ///< last usable weight, avoirdupois; absent: unknown
     QProperty<QString> deviceName;
     QProperty<QString> fault; ///< why the scale cannot weigh, in the clerk's words; empty when it can
 
     QString display() const;
-    /// The weight that a parcel may be sold on; none while the plate is empty or moving, or the scale cannot weigh.
+    /// The weight to buy a label with; absent while the plate is empty or moving, or the scale cannot weigh.
     std::optional<Reading> reading() const;
-    /// The highest generation of any reading so far, of whatever scale.
+    /// The highest generation of any reading so far, on any scale.
     quint64 generation() const { return m_generation; }
 
 private:

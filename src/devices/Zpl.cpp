@@ -9,7 +9,7 @@ namespace parcelory {
 
 namespace {
 
-constexpr int longestPassed = 1230; ///< dots; a little over six inches passes, so that carriers' roundings do not count
+constexpr int longestPassed = 1230; ///< dots; a little over six inches passes, to allow for carriers' rounding
 constexpr qsizetype fewestDigits = 3, mostDigits = 5;
 
 // Dots of four by six inches, with what carriers and printers add at the edges.
@@ -41,7 +41,7 @@ std::optional<LengthCommand> nextLength(const QByteArray &zpl, qsizetype from)
     return std::nullopt;
 }
 
-/// The label's width in dots as the first ^PW tells it.
+/// The label's width in dots that the first ^PW declares.
 std::optional<int> declaredWidth(const QByteArray &zpl)
 {
     const qsizetype command = zpl.indexOf("^PW");
@@ -53,7 +53,7 @@ std::optional<int> declaredWidth(const QByteArray &zpl)
     return zpl.mid(command + 3, end - command - 3).toInt();
 }
 
-/// What a server sends in a label's place begins so, also where it quotes a label further on.
+/// True for the start of a file that a server sends instead of a label, even if the file quotes a label further on.
 bool beginsAsAnotherFile(const QByteArray &bytes)
 {
     constexpr std::string_view beginnings[] = {"<", "{", "[", "\"", "\x1F\x8B", "PK\x03\x04"};
@@ -74,7 +74,7 @@ LabelKind labelKind(const QByteArray &label)
         return LabelKind::png;
     if (beginsAsAnotherFile(label))
         return LabelKind::notALabel;
-    // Printers take commands in either case.
+    // Printers accept commands in either case.
     return label.contains("^XA") || label.contains("^xa") ? LabelKind::zpl : LabelKind::notALabel;
 }
 

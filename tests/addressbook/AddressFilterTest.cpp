@@ -10,7 +10,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// The rule as it is told: one contact after the other.
+/// The reference implementation: checks one contact after the other.
 QList<int> plainly(const QList<PostalContact> &contacts, const QString &query, const QLocale &locale)
 {
     const std::string wanted = AddressFilter::folded(trimBlanks(query), locale);
@@ -37,7 +37,7 @@ QString randomText(QRandomGenerator &random, int most)
 
 } // namespace
 
-TEST(AddressFilter, LooksAtNameCompanyAndSummaryWhateverTheCase)
+TEST(AddressFilter, SearchesNameCompanyAndSummaryIgnoringCase)
 {
     const QList<PostalContact> contacts = {
         {.name = u"Eleanor Whitfield"_s, .street1 = u"418 Montford Ave"_s, .city = u"Asheville"_s},
@@ -60,7 +60,7 @@ TEST(AddressFilter, LooksAtNameCompanyAndSummaryWhateverTheCase)
     EXPECT_TRUE(AddressFilter().filtered(u"a"_s).isEmpty());
 }
 
-TEST(AddressFilter, FindsWhatThePlainRuleFinds)
+TEST(AddressFilter, FindsTheSameContactsAsTheReference)
 {
     QRandomGenerator random(20261121);
     for (const QLocale &locale : {QLocale(u"en_US"_s), QLocale(u"tr_TR"_s)}) {
@@ -92,7 +92,7 @@ TEST(ByteSearch, FindsEveryPlaceInBlocksOfAnySize)
             ASSERT_EQ(place ? std::size_t(place - block.data()) : block.npos, expected) << bytes << " in " << block;
             if (!place)
                 break;
-            from = expected + 1 + std::size_t(random.bounded(90)); // now the next place, now far behind it
+            from = expected + 1 + std::size_t(random.bounded(90)); // sometimes the next place, sometimes far behind it
         }
     }
 }

@@ -38,7 +38,7 @@ struct FakeContacts : ContactsSource {
     bool legacyOpens = true;
     QList<PlatformContact> legacy, people;
     QList<Request> requests;
-    std::function<void()> onLegacy = [] {}, onRead = [] {}; ///< before they answer
+    std::function<void()> onLegacy = [] {}, onRead = [] {}; ///< called before the answer
     QSemaphore &gone;
 };
 
@@ -53,7 +53,7 @@ PlatformContact person(const QString &given, const QStringList &streets)
 struct AppleContacts : testing::Test {
     QTemporaryDir folder;
     FakeClock clock;
-    QSemaphore gone; ///< released when nobody uses the source any more
+    QSemaphore gone; ///< released when the source is destroyed
     std::shared_ptr<FakeContacts> source = std::make_shared<FakeContacts>(gone);
     std::optional<ContactsAddressProvider> provider{std::in_place, source, clock, QDir(folder.path())};
 
@@ -70,7 +70,7 @@ struct AppleContacts : testing::Test {
         QFile file(folder.filePath(u"contacts_cache.json"_s));
         return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
     }
-    /// Lets a read that was given up come back, and waits until it has ended.
+    /// Lets an abandoned read continue and waits until it ends.
     void comeBack(QSemaphore &answers)
     {
         provider.reset();
@@ -82,7 +82,7 @@ struct AppleContacts : testing::Test {
 
 } // namespace
 
-TEST_F(AppleContacts, AreReadThroughTheOlderInterfaceOrElseTheNewerOne)
+TEST_F(AppleContacts, AreReadThroughTheOlderInterfaceOrElseTheNewer)
 {
     source->legacy = {person(u"zoe"_s, {u"9 Oak St"_s}), person(u"Ana"_s, {u"1 Elm St\nRear\nTop"_s, u"2 Elm St"_s}),
                       person(u"Nobody"_s, {})};
@@ -99,7 +99,7 @@ TEST_F(AppleContacts, AreReadThroughTheOlderInterfaceOrElseTheNewerOne)
     EXPECT_THROW(read(), AppError);
 }
 
-TEST_F(AppleContacts, AreLeftAloneWithoutAccessOrWhenCancelled)
+TEST_F(AppleContacts, AreNotReadWithoutAccessOrWhenCanceled)
 {
     EXPECT_TRUE(runTask(provider->requestAccess()));
     source->status = 2;
@@ -112,7 +112,7 @@ TEST_F(AppleContacts, AreLeftAloneWithoutAccessOrWhenCancelled)
     EXPECT_FALSE(none.isAvailable() || runTask(none.requestAccess()));
 }
 
-TEST_F(AppleContacts, ThatHangAreGivenUpAndLeftBehind)
+TEST_F(AppleContacts, ThatHangAreAbandonedAfterTheTimeout)
 {
     QSemaphore answers;
     source->legacy = QList<PlatformContact>(1000, person(u"Ana"_s, {u"1 Elm St"_s}));
@@ -122,7 +122,7 @@ TEST_F(AppleContacts, ThatHangAreGivenUpAndLeftBehind)
                  AddressLoadTimeout);
     EXPECT_EQ(clock.elapsed(), std::chrono::seconds(170));
     comeBack(answers);
-    EXPECT_EQ(reports, 0); // nobody hears of it any more
+    EXPECT_EQ(reports, 0); // an abandoned read reports nothing
 }
 
 TEST_F(AppleContacts, AreDiagnosedStepByStep)
@@ -160,7 +160,7 @@ TEST_F(AppleContacts, AreDiagnosedPastAStepThatFailsOrHangs)
     comeBack(answers);
 }
 
-TEST(BlockingWork, ResumesItsCallerOnceWhoeverComesFirst)
+TEST(BlockingWork, ResumesItsCallerExactlyOnce)
 {
     FakeClock clock;
     const auto answer = [&clock](auto work) { return runTask(blockingWork(clock, std::chrono::seconds(1), {}, work)); };

@@ -22,7 +22,7 @@ QString shown(const PostalContact &c)
         .join(u'|');
 }
 
-/// What is read from the bytes, or the error's text.
+/// The contacts read from the bytes, or the error's text.
 QStringList outcome(Read read, const QByteArray &file, const Progress &watched = {})
 {
     ImportProgress progress(watched);
@@ -57,13 +57,13 @@ QByteArray plist(const QByteArray &inside)
            inside + "</plist>";
 }
 
-/// A list of one address with this for a name.
+/// A list of one address with this value as its name.
 QByteArray named(const QByteArray &value)
 {
     return plist("<array><dict><key>SFAddressNameKey</key>" + value + "</dict></array>");
 }
 
-/// A binary property list of these objects; the first one is the root.
+/// A binary property list of these objects; the first object is the root.
 QByteArray binary(const QList<QByteArray> &objects, quint64 count = 0)
 {
     QByteArray file = "bplist00", table;
@@ -100,7 +100,7 @@ TEST(EndiciaList, ReadsBothFormsAlike)
     EXPECT_THAT(endicia(sample("importedAddresses-binary.plist")), expected);
 }
 
-TEST(EndiciaList, TakesTextsHoweverTheyAreWrittenAndNothingElse)
+TEST(EndiciaList, ReadsTextsInEveryEncodingAndNoOtherValues)
 {
     const auto name = [](const QByteArray &file) { return endicia(file).value(0).section(u'|', 0, 0); };
     const QByteArray file = named("<string>Jörg 😀</string>");
@@ -114,7 +114,7 @@ TEST(EndiciaList, TakesTextsHoweverTheyAreWrittenAndNothingElse)
         EXPECT_THAT(endicia(named(value)), ElementsAre()) << value;
 }
 
-TEST(EndiciaList, RefusesWhatIsNoAddressList)
+TEST(EndiciaList, RejectsFilesThatAreNotAddressLists)
 {
     const QByteArray xml = sample("importedAddresses.plist"), bytes = sample("importedAddresses-binary.plist");
     const QByteArray deep = QByteArray("<array>").repeated(200000);
@@ -124,7 +124,7 @@ TEST(EndiciaList, RefusesWhatIsNoAddressList)
           binary({"\xD0"}), binary({"\xA1\x01", "\x51x"}), binary({QByteArray("\xA1\x00", 2)}) /* holds itself */})
         EXPECT_THAT(endicia(other), ElementsAre(u"That file isn't an Endicia address plist."_s))
             << other.left(200).toStdString();
-    // A hundred references to one dictionary that refers thousands of times to one text.
+    // A hundred references to a dictionary that references the same text thousands of times.
     const QByteArray bomb = binary({"\xAF\x10\x64" + QByteArray(100, '\2'), "\x5F\x10\x64" + QByteArray(100, 'x'),
                                     QByteArray("\xDF\x11\x40\x00", 4) + QByteArray(0x8000, '\1')});
     for (const QByteArray &damaged :
@@ -159,7 +159,7 @@ TEST(VCard, ReadsTheThreeVersions)
                             u"Margaret Lindqvist||905 King St W||Toronto|ON|M5V 1P5|CA|work||"_s));
 }
 
-TEST(VCard, ReadsOneAddressHoweverItIsWritten)
+TEST(VCard, ReadsAnAddressInEveryNotation)
 {
     const QByteArray adr = "ADR;HOME:;;1 Elm St;Salem;OR;97301;US";
     const QString text = QString::fromUtf8(card(adr));
@@ -170,13 +170,13 @@ TEST(VCard, ReadsOneAddressHoweverItIsWritten)
           bigEndian, "\xFF\xFE" + littleEndian, "\xFE\xFF" + bigEndian,
           card("\n\nadr;type=\"home\":;;1 Elm St;Salem;OR;97301;US\n"), // lower case, blank lines
           card("ADR;TYPE=dom,HOME,pref:;;1 Elm St;Salem;OR;97301;US;more"), card("ADR: ;;;\\n;;;\n" + adr),
-          card("ADR\n ;HOME\n\t:;;1 Elm St;Salem;OR;97301;US"), // folds in front of the colon
+          card("ADR\n ;HOME\n\t:;;1 Elm St;Salem;OR;97301;US"), // line folds before the colon
           card("ADR;HOME;QUOTED-PRINTABLE:;;1 Elm=\n St;Sa=6C=\nem;OR;97301;US"),
-          card("NOTE;QUOTED-PRINTABLE:a=\nEND:VCARD=\nb\n" + adr), // belongs to the note
+          card("NOTE;QUOTED-PRINTABLE:a=\nEND:VCARD=\nb\n" + adr), // the END line is part of the note
           card("ADR;X=\"a:b;c\";HOME:;;1 Elm St;Salem;OR;97301;US"),
           card("ADR;HOME;X=\"a:;;1 Elm St;Salem;OR;97301;US"),
           card("AGENT:\nBEGIN:VCARD\nN:S\nAGENT:\nBEGIN:VCARD\nEND:VCARD\nADR:;;9\nEND:VCARD\n" + adr),
-          "BEGIN:VCARD\nN:Lost\nADR:;;9\n" + card(adr)}) // a card that is not ended
+          "BEGIN:VCARD\nN:Lost\nADR:;;9\n" + card(adr)}) // a card without its END
         EXPECT_THAT(vCard(file), ElementsAre(u"Jo Doe||1 Elm St||Salem|OR|97301|US|home||"_s)) << file.toStdString();
 }
 
@@ -184,22 +184,22 @@ TEST(VCard, UnderstandsEscapesCharsetsAndCountries)
 {
     const std::pair<QByteArray, QString> rows[] = {
         {"ADR;CHARSET=ISO-8859-1:;;Calle \xD1;;;;ES", u"Calle Ñ|||||ES|"_s},
-        {"ADR:;;Calle \xD1;;;;ES", u"Calle Ñ|||||ES|"_s}, // Latin-1 that does not say so
+        {"ADR:;;Calle \xD1;;;;ES", u"Calle Ñ|||||ES|"_s}, // Latin-1 without a declaration
         {"ADR;CHARSET=windows-1252:;;\x80 St;;;;ES", u"€ St|||||ES|"_s},
         {"ADR;CHARSET=x-none:;;Calle Ñ;;;;ES", u"Calle Ñ|||||ES|"_s},
-        {"ADR:;;M\xC3\n \xBCnchner St;;;;DE", u"Münchner St|||||DE|"_s}, // a fold within a character
+        {"ADR:;;M\xC3\n \xBCnchner St;;;;DE", u"Münchner St|||||DE|"_s}, // a line fold inside a character
         {"ADR;QUOTED-PRINTABLE:;;=ZZ=4;Salem;;;US", u"=ZZ=4||Salem|||US|"_s},
         {"ADR:;;1\\, Elm\\; St\\nUp\\N2 \\x;Salem;OR;97301;US", u"1, Elm; St|Up 2 \\x|Salem|OR|97301|US|"_s},
         {"ADR:;;1 Elm St", u"1 Elm St||||||"_s},
         {"ADR:Box 7;Suite 2;1 Elm St;;;;us", u"1 Elm St|Suite 2 Box 7||||US|"_s},
-        {"A.X-ABADR:nl\na.ADR:;;Dam 1;;;;Holland", u"Dam 1|||||NL|"_s}, // the group's country in front
+        {"A.X-ABADR:nl\na.ADR:;;Dam 1;;;;Holland", u"Dam 1|||||NL|"_s}, // the group's country comes first
         {"ADR:;;1 St;;;;Atlantis", u"1 St|||||ATLANTIS|"_s},
     };
     for (const auto &[lines, expected] : rows)
         EXPECT_THAT(vCard(card(lines)), ElementsAre(u"Jo Doe||"_s + expected + u"||"_s)) << lines.toStdString();
 }
 
-TEST(VCard, RefusesFilesThatAreNoneOrCutOff)
+TEST(VCard, RejectsOtherFilesAndTruncatedFiles)
 {
     const QByteArray whole = card("ADR:;;1 Elm St;Salem;OR;97301;US");
     for (const QByteArray &other : {QByteArray(), QByteArray("\x00\xFF:;=\r", 6), sample("importedAddresses.plist")})
@@ -207,10 +207,10 @@ TEST(VCard, RefusesFilesThatAreNoneOrCutOff)
     for (const QByteArray &end : {whole.chopped(8), QByteArray("BEGIN:VCARD\nADR;QUOTED-PRINTABLE:;;1=")})
         EXPECT_THAT(vCard(whole + end), ElementsAre(u"The vCard file ends in the middle of a card, so nothing was "
                                                     "imported. Export it again."_s));
-    EXPECT_THAT(vCard(card("TEL:5")), ElementsAre()); // somebody without an address
+    EXPECT_THAT(vCard(card("TEL:5")), ElementsAre()); // a person without an address
 }
 
-TEST(ImportProgress, TellsHowFarItIsAndEndsWhatNobodyWantsOrIsTooMuch)
+TEST(ImportProgress, ReportsProgressAndStopsCanceledOrOversizedImports)
 {
     const QByteArray cards = card("ADR:;;1 Elm St;Salem;OR;97301;US").repeated(3000);
     QList<qsizetype> reports;
@@ -231,7 +231,7 @@ TEST(ImportProgress, TellsHowFarItIsAndEndsWhatNobodyWantsOrIsTooMuch)
     EXPECT_THROW(ImportProgress().reached(ImportProgress::mostAddresses + 1), AppError);
 }
 
-TEST(ImportFiles, AreFoundBesideOurFolder)
+TEST(ImportFiles, AreFoundBesideTheDataFolder)
 {
     const QTemporaryDir support;
     const QDir data(support.filePath(u"Parcelory"_s));

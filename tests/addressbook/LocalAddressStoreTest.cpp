@@ -62,18 +62,18 @@ TEST_F(LocalAddresses, AreKeptReplacedAndDeleted)
     PostalContact ana = at(u"Ana"_s);
     ASSERT_TRUE(store.upsert(ana));
     ASSERT_TRUE(store.upsert(at(u"Baker"_s)));
-    EXPECT_EQ(store.count, 0); // set on the main thread, later
+    EXPECT_EQ(store.count, 0); // set later, on the main thread
     EXPECT_EQ(count(), 2);
     ana.city = u"Boone"_s;
     ASSERT_TRUE(store.upsert(ana));
     EXPECT_THAT(LocalAddressStore(QDir(folder.filePath(u"Parcelory"_s))).rows(u"boone"_s), ElementsAre(ana));
     ASSERT_TRUE(store.remove(ana.id));
-    ASSERT_TRUE(store.remove(ana.id)); // is not there any more
+    ASSERT_TRUE(store.remove(ana.id)); // already removed
     EXPECT_EQ(names(), u"Baker"_s);
     EXPECT_EQ(count(), 1);
 }
 
-TEST_F(LocalAddresses, AreListedByNameWhateverTheCaseAndSearchedLikeTheDatabase)
+TEST_F(LocalAddresses, AreListedByNameIgnoringCaseAndSearchedWithLike)
 {
     store.merge({at(u"Baker"_s, u"5% Rd"_s), at(u"adams"_s), at(u"Clark"_s, u"2 Oak"_s, u"10001"_s)});
     const std::pair<QString, QString> rows[] = {{{}, u"adams Baker Clark"_s},
@@ -93,15 +93,16 @@ TEST_F(LocalAddresses, AreListedByNameWhateverTheCaseAndSearchedLikeTheDatabase)
     EXPECT_EQ(store.rows(u"Clark"_s).value(0).email, QString());
 }
 
-TEST_F(LocalAddresses, AreMergedOnceForEachPerson)
+TEST_F(LocalAddresses, AreMergedWithoutDuplicates)
 {
     const PostalContact split{.name = u"Split"_s, .street1 = u"12 Main St, Springfield, IL 62704"_s};
-    const QList<PostalContact> batch = {at(u"Baker"_s),
-                                        at(u"BAKER"_s, u"1 ELM st"_s),  // the same but for case
-                                        at(u"Baker"_s, u"1 Elm St "_s), // another by a blank
-                                        at(u"Baker"_s, u"1 Elm St"_s, u"97301-0001"_s),
-                                        split,
-                                        at(u"split"_s, u"12 main st"_s, u"62704"_s)}; // as the one before is stored
+    const QList<PostalContact> batch = {
+        at(u"Baker"_s),
+        at(u"BAKER"_s, u"1 ELM st"_s),  // differs only in case
+        at(u"Baker"_s, u"1 Elm St "_s), // a different address because of the space
+        at(u"Baker"_s, u"1 Elm St"_s, u"97301-0001"_s),
+        split,
+        at(u"split"_s, u"12 main st"_s, u"62704"_s)}; // like the previous address as stored
     EXPECT_EQ(merge(batch), u"4/2"_s);
     EXPECT_EQ(store.rows(u"Split"_s).value(0).id, split.id);
     EXPECT_EQ(merge(batch), u"0/6"_s);
@@ -122,7 +123,7 @@ TEST_F(LocalAddresses, AreSplitWhenTypedIntoOneLine)
     };
     for (const auto &[street, expected] : rows)
         EXPECT_EQ(shown(LocalAddressStore::normalized({.street1 = street})), expected);
-    for (const QString &street : {u"350 5th Ave, New York 10001"_s /* all of it is the state, and no city is left */,
+    for (const QString &street : {u"350 5th Ave, New York 10001"_s /* "New York" is the state, so there is no city */,
                                   u"1 Elm St, IL 62704"_s, u"Salem OR 97301,"_s, u"1 Elm St, Salem OR 9730"_s,
                                   u"1 Elm St, Salem OR 97301 USA"_s, u"1 Elm St Salem OR 97301"_s, u", ,"_s})
         EXPECT_EQ(shown(LocalAddressStore::normalized({.street1 = street})), street + u"||||"_s);
@@ -133,19 +134,19 @@ TEST_F(LocalAddresses, AreSplitWhenTypedIntoOneLine)
     EXPECT_EQ(shown(LocalAddressStore::normalized(contact)), u"12 Main St|Springfield|IL|62704|Canada"_s);
 }
 
-TEST_F(LocalAddresses, StayAsTheyWereWhenTheyCannotBeWritten)
+TEST_F(LocalAddresses, StayUnchangedWhenWritingFails)
 {
     ASSERT_TRUE(exec("CREATE TRIGGER t BEFORE INSERT ON addresses WHEN new.name = 'Bad' BEGIN SELECT RAISE(FAIL, 'x');"
                      "END"));
-    EXPECT_EQ(merge({at(u"One"_s), at(u"Bad"_s), at(u"Two"_s)}), u"2/0"_s); // only one of them is refused
+    EXPECT_EQ(merge({at(u"One"_s), at(u"Bad"_s), at(u"Two"_s)}), u"2/0"_s); // only the bad address is rejected
     EXPECT_FALSE(store.upsert(at(u"Bad"_s)));
     EXPECT_EQ(store.lastError(), u"x"_s);
-    // As a full disk does: the database ends the transaction by itself.
+    // Like a full disk: the database rolls the transaction back itself.
     ASSERT_TRUE(exec("DROP TRIGGER t; CREATE TRIGGER t BEFORE INSERT ON addresses WHEN new.name = 'Bad'"
                      "BEGIN SELECT RAISE(ROLLBACK, 'full'); END"));
     EXPECT_THROW(merge({at(u"Three"_s), at(u"Bad"_s), at(u"Four"_s)}), AppError);
     EXPECT_EQ(names(), u"One Two"_s);
-    EXPECT_EQ(merge({at(u"Three"_s)}), u"1/0"_s); // and goes on afterwards
+    EXPECT_EQ(merge({at(u"Three"_s)}), u"1/0"_s); // the store still works
 
     ASSERT_TRUE(QDir(folder.path()).mkpath(u"none/addresses.sqlite"_s));
     testing::internal::CaptureStderr();

@@ -18,7 +18,7 @@ DesklineInvoice invoiceOf(const QStringList &titles, const QStringList &totals =
 
 } // namespace
 
-TEST(DesklineInvoice, FindsTheNumberInWhatWasScannedOrTyped)
+TEST(DesklineInvoice, FindsTheNumberInScannedOrTypedText)
 {
     const std::pair<QString, std::optional<QString>> rows[] = {
         {u"i1234"_s, u"1234"_s},
@@ -26,7 +26,7 @@ TEST(DesklineInvoice, FindsTheNumberInWhatWasScannedOrTyped)
         {u"123"_s, std::nullopt},
         {u"i123"_s, std::nullopt},
         {u"12345x"_s, std::nullopt},
-        {u"٤٨٢١٣"_s, std::nullopt}, // digits that no page's address holds
+        {u"٤٨٢١٣"_s, std::nullopt}, // Arabic digits are not used in page addresses
         {{}, std::nullopt},
         {u"see https://CRVL.example/I5678?x=1"_s, u"5678"_s},
         {u"crvl.example/i5"_s, u"5"_s},
@@ -36,7 +36,7 @@ TEST(DesklineInvoice, FindsTheNumberInWhatWasScannedOrTyped)
         EXPECT_EQ(DesklineInvoiceFetcher::invoiceID(text, u"crvl.example"_s), id) << text.toStdString();
 }
 
-TEST(DesklineInvoice, PartsCityAndState)
+TEST(DesklineInvoice, SplitsCityAndState)
 {
     const std::tuple<QString, QString, QString> rows[] = {
         {u"Asheville, NC"_s, u"Asheville"_s, u"NC"_s},
@@ -52,7 +52,7 @@ TEST(DesklineInvoice, PartsCityAndState)
         EXPECT_EQ(DesklineInvoiceFetcher::splitCityState(text), (std::pair{city, state})) << text.toStdString();
 }
 
-TEST(DesklineInvoice, SuggestsWhatCustomsIsTold)
+TEST(DesklineInvoice, SuggestsTheCustomsContents)
 {
     using enum CustomsItemType;
     const std::pair<QStringList, std::optional<CustomsItemType>> rows[] = {
@@ -68,7 +68,7 @@ TEST(DesklineInvoice, SuggestsWhatCustomsIsTold)
         EXPECT_EQ(invoiceOf(titles).suggestedCustomsType(), type) << titles.join(u'|').toStdString();
 }
 
-TEST(DesklineInvoice, AddsUpOnlyWhatItCanRead)
+TEST(DesklineInvoice, SumsOnlyReadableAmounts)
 {
     const std::pair<QStringList, std::optional<double>> rows[] = {
         {{u"$338.00"_s, u"74"_s}, 412},
@@ -80,7 +80,7 @@ TEST(DesklineInvoice, AddsUpOnlyWhatItCanRead)
         EXPECT_EQ(invoiceOf(totals, totals).subtotal(), sum) << totals.join(u'|').toStdString();
 }
 
-TEST(DesklineInvoice, TellsOfEveryFlagAndNote)
+TEST(DesklineInvoice, ReportsEveryFlagAndNote)
 {
     DesklineInvoice invoice{.invoiceID = u"48213"_s};
     EXPECT_FALSE(invoiceAttention(invoice));

@@ -10,7 +10,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// A list of transactions held in pages; counts how many were read.
+/// A paged list of transactions that counts the pages read.
 struct Pages {
     QList<QByteArray> pages;
     int read = 0;
@@ -46,7 +46,7 @@ const QDateTime cutoff(QDate(2026, 11, 10), QTime(0, 0), Qt::UTC);
 
 } // namespace
 
-TEST(PagedList, StopsAfterTheFirstPageThatReachesBehindTheCutOffAndKeepsItWhole)
+TEST(PagedList, StopsAfterTheFirstPageBeyondTheCutoffAndKeepsAllOfIt)
 {
     Pages pages{
         {page({record("a", R"("2026-11-12T10:00:00.123Z")"), record("b", R"("2026-11-11T10:00:00Z")")}, R"("1")"),
@@ -56,7 +56,7 @@ TEST(PagedList, StopsAfterTheFirstPageThatReachesBehindTheCutOffAndKeepsItWhole)
     EXPECT_EQ(pages.read, 2);
 }
 
-TEST(PagedList, GoesOnOverUndatedRecordsAndEndsWithTheLastLinkOrAnEmptyPage)
+TEST(PagedList, ContinuesPastUndatedRecordsAndEndsAtTheLastLinkOrAnEmptyPage)
 {
     Pages undated{{page({record("a", "null")}, R"("1")"), page({record("b", R"("yesterday")")}, "null")}};
     EXPECT_EQ(undated.ids(cutoff), (QStringList{u"a"_s, u"b"_s}));
@@ -65,7 +65,7 @@ TEST(PagedList, GoesOnOverUndatedRecordsAndEndsWithTheLastLinkOrAnEmptyPage)
     EXPECT_EQ(empty.read, 1);
 }
 
-TEST(PagedList, ReadsNoMoreThanFortyPagesAndEndsWithTheErrorOfABadOne)
+TEST(PagedList, ReadsAtMostFortyPagesAndFailsOnABadPage)
 {
     Pages endless{QByteArrayList{page({record("a", R"("2026-11-12T10:00:00Z")")}, R"("0")")}};
     EXPECT_EQ(endless.ids(cutoff).size(), 40);

@@ -8,7 +8,7 @@
 namespace parcelory::test {
 using namespace Qt::StringLiterals;
 
-TEST(PurchaseTag, HoldsFiveFieldsWhateverTheAddressesSay)
+TEST(PurchaseTag, HoldsFiveFieldsForAnyAddress)
 {
     const ShippoAddress desk{.zip = u"05701-1234"_s};
     const ShippoAddress abroad{.name = u"Harriet | Ashcombe of the very long name"_s, .country = u"england"_s};

@@ -24,7 +24,7 @@ protected:
                 .parcel = {u"9"_s, u"6"_s, u"2"_s, u"in"_s, u"17.3"_s, u"oz"_s},
                 .shipDate = QDateTime::currentDateTimeUtc()};
     }
-    /// What a rating request looked like on the wire.
+    /// The body that a rating request sent.
     Json rated(const RatingRequest &request)
     {
         desk.carrier.clearRequests();
@@ -61,7 +61,7 @@ protected:
 
 } // namespace
 
-TEST_F(ShippoClientTest, ReadsTheKeyAtEveryRequestAndSendsNothingWithoutOne)
+TEST_F(ShippoClientTest, ReadsTheKeyAtEveryRequestAndSendsNothingWithoutAKey)
 {
     runTask(client.validateAddress(homeAddress()), &desk.clock);
     EXPECT_EQ(desk.carrier.requests().last().authorization, "ShippoToken shippo_test_practice");
@@ -80,7 +80,7 @@ TEST_F(ShippoClientTest, ReadsTheKeyAtEveryRequestAndSendsNothingWithoutOne)
     EXPECT_THAT(desk.carrier.requests(), testing::IsEmpty());
 }
 
-TEST_F(ShippoClientTest, PutsEveryKindOfBadAnswerIntoWordsWithoutTheToken)
+TEST_F(ShippoClientTest, DescribesEveryKindOfBadResponseWithoutTheToken)
 {
     const struct {
         int status;
@@ -108,7 +108,7 @@ TEST_F(ShippoClientTest, PutsEveryKindOfBadAnswerIntoWordsWithoutTheToken)
     EXPECT_FALSE(dropped.contains(u"shippo_test"_s));
 }
 
-TEST_F(ShippoClientTest, SendsAddressesAsTheCarrierTakesThem)
+TEST_F(ShippoClientTest, SendsAddressesInTheCarriersForm)
 {
     RatingRequest request = parcel();
     request.to.name = QString(70, u'n');
@@ -128,7 +128,7 @@ TEST_F(ShippoClientTest, SendsAddressesAsTheCarrierTakesThem)
     EXPECT_FALSE(body.contains("customs_declaration"));
 }
 
-TEST_F(ShippoClientTest, SendsTemplateOrSizeAndTheExtrasThatWereAskedFor)
+TEST_F(ShippoClientTest, SendsTemplateOrSizeAndTheRequestedExtras)
 {
     RatingRequest request = parcel();
     EXPECT_EQ(
@@ -184,7 +184,7 @@ TEST_F(ShippoClientTest, DeclaresContentsUnderTheirTariffNumber)
     }
 }
 
-TEST_F(ShippoClientTest, PollsAQueuedPurchaseAndGivesItBackWhenItStaysQueued)
+TEST_F(ShippoClientTest, PollsAQueuedPurchaseAndReturnsItIfItStaysQueued)
 {
     desk.carrier.setScenario({.queuedReads = 3});
     EXPECT_EQ(buy(QString(120, u'm')).status, u"SUCCESS"_s);
@@ -199,7 +199,7 @@ TEST_F(ShippoClientTest, PollsAQueuedPurchaseAndGivesItBackWhenItStaysQueued)
     EXPECT_EQ(desk.clock.elapsed() - before, 15s);
 }
 
-TEST_F(ShippoClientTest, SaysWhyAPurchaseFailed)
+TEST_F(ShippoClientTest, ReportsWhyAPurchaseFailed)
 {
     const std::pair<QStringList, QString> rows[] = {
         {{}, u"Label purchase failed."_s}, {{u"Bad address."_s, {}, u"No funds."_s}, u"Bad address. • No funds."_s}};
@@ -215,7 +215,7 @@ TEST_F(ShippoClientTest, SaysWhyAPurchaseFailed)
     }
 }
 
-TEST_F(ShippoClientTest, FetchesDocumentsWithoutTheTokenAndNamesADeadLink)
+TEST_F(ShippoClientTest, FetchesDocumentsWithoutTheTokenAndReportsABadLink)
 {
     const ShippoTransaction bought = buy();
     EXPECT_TRUE(runTask(client.downloadLabel(*bought.labelUrl), &desk.clock).startsWith("^XA"));

@@ -7,7 +7,7 @@
 namespace parcelory::test {
 using namespace Qt::StringLiterals;
 
-TEST(ShippoError, FlattensRefusalsIntoAtMostFourReadableLines)
+TEST(ShippoError, FlattensFieldErrorsIntoAtMostFourReadableLines)
 {
     const struct {
         QByteArray body;
@@ -26,7 +26,7 @@ TEST(ShippoError, FlattensRefusalsIntoAtMostFourReadableLines)
         EXPECT_EQ(prettyFieldErrors(row.body), row.lines) << row.body.left(60).toStdString();
 }
 
-TEST(ShippoError, ShowsOnlyTheBeginningOfALongServerError)
+TEST(ShippoError, ShowsOnlyTheStartOfALongServerError)
 {
     const ShippoError error = ShippoError::http(500, QString(1000, u'x'));
     EXPECT_EQ(error.description(), u"Shippo HTTP 500: "_s + QString(300, u'x'));

@@ -18,7 +18,7 @@ struct ShippoKeysTest : testing::Test {
 
 } // namespace
 
-TEST_F(ShippoKeysTest, TheFirstKeyBecomesActiveAndLaterOnesLineUpBehindIt)
+TEST_F(ShippoKeysTest, OnlyTheFirstKeyBecomesActiveByItself)
 {
     EXPECT_EQ(keys.activeToken(), std::nullopt);
     keys.set(u"shippo_test_1"_s, u"Test"_s);
@@ -26,14 +26,14 @@ TEST_F(ShippoKeysTest, TheFirstKeyBecomesActiveAndLaterOnesLineUpBehindIt)
     EXPECT_EQ(keys.activeToken(), u"shippo_test_1"_s);
 
     keys.makeActive(u"Live"_s);
-    keys.set(u"shippo_test_2"_s, u"Test"_s); // replaces the token, and nothing else
+    keys.set(u"shippo_test_2"_s, u"Test"_s); // replaces only the token
     EXPECT_EQ(keys.names(), (QStringList{u"Test"_s, u"Live"_s}));
     EXPECT_EQ(keys.activeToken(), u"shippo_live_1"_s);
     EXPECT_EQ(keys.token(u"Test"_s), u"shippo_test_2"_s);
     EXPECT_EQ(secrets.get(u"shippo.token.Test"_s), u"shippo_test_2"_s) << "the account of all versions";
 }
 
-TEST_F(ShippoKeysTest, RemovingTheActiveKeyActivatesTheFirstOneLeft)
+TEST_F(ShippoKeysTest, RemovingTheActiveKeyActivatesTheFirstRemainingKey)
 {
     const struct {
         QString active, removed, activeAfter;
@@ -86,7 +86,7 @@ TEST_F(ShippoKeysTest, NamesTheSingleKeyOfEarlierVersionsOnce)
     EXPECT_TRUE(keys.names().isEmpty());
 }
 
-TEST_F(ShippoKeysTest, TellsWhetherTheActiveKeyCostsMoney)
+TEST_F(ShippoKeysTest, SaysWhetherTheActiveKeyCostsMoney)
 {
     EXPECT_EQ(keys.settingsText(), u"No API key active. Add one below (Shippo dashboard → API → Developer keys)."_s);
     EXPECT_EQ(keys.statusText(), u"No Shippo API key — add one in Settings"_s);

@@ -11,7 +11,7 @@
 namespace parcelory::test {
 using namespace Qt::StringLiterals;
 
-TEST(Vocabulary, EveryTableStandsInTheOrderOfItsEnumeration)
+TEST(Vocabulary, EveryTableIsInTheOrderOfItsEnumeration)
 {
     for (qsizetype i = 0; i < carriers().size(); ++i)
         EXPECT_EQ(qsizetype(carriers()[i].carrier), i);
@@ -27,7 +27,7 @@ TEST(Vocabulary, EveryTableStandsInTheOrderOfItsEnumeration)
     EXPECT_EQ(builtinMailpieces().size(), 19);
 }
 
-TEST(Vocabulary, StoredWordsReadBackAndUnknownOnesGiveNothing)
+TEST(Vocabulary, StoredWordsAreReadBackAndUnknownWordsGiveNothing)
 {
     for (const ServiceClassInfo &info : serviceClasses())
         EXPECT_EQ(serviceClassFrom(info.rawValue), info.serviceClass);
@@ -42,7 +42,7 @@ TEST(Vocabulary, StoredWordsReadBackAndUnknownOnesGiveNothing)
     EXPECT_EQ(carrierFrom(u"dhl"_s), std::nullopt);
 }
 
-TEST(Vocabulary, OnlyPackagingOfOnesOwnHasNoTemplateAndOnlySixShipAtAFlatRate)
+TEST(Vocabulary, OnlyOwnPackagingHasNoTemplateAndOnlySixMailpiecesAreFlatRate)
 {
     int own = 0, flat = 0;
     for (const BuiltinMailpieceInfo &info : builtinMailpieces()) {
@@ -57,7 +57,7 @@ TEST(Vocabulary, OnlyPackagingOfOnesOwnHasNoTemplateAndOnlySixShipAtAFlatRate)
     EXPECT_EQ(builtinMailpieceInfo(BuiltinMailpiece::fedexSmallPak).shippoTemplate, u"FedEx_Pak_2"_s);
 }
 
-TEST(Destination, TakesEveryWritingOfTheHomeCountryAndNoneAsDomestic)
+TEST(Destination, TreatsTheHomeCountryInEverySpellingAndNoCountryAsDomestic)
 {
     for (const QString &home : {u""_s, u"  "_s, u"us"_s, u" USA "_s, u"United States"_s})
         EXPECT_FALSE(isInternationalCountry(home)) << home.toStdString();
@@ -76,7 +76,7 @@ TEST(Weight, ReadsInPoundsAndTenthsOfAnOunce)
         EXPECT_EQ(weightText(ounces), text);
 }
 
-TEST(AddressGuard, NamesExactlyTheNumbersThatGotLost)
+TEST(AddressGuard, ReportsExactlyTheLostNumbers)
 {
     const struct {
         QString typed1, typed2, final1, final2;

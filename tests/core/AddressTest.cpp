@@ -39,7 +39,7 @@ TEST(Address, FitsOneLine)
          u"1 Main St, Reno NV 89501"_s},
         {{.name = u"Al"_s, .city = u"Reno"_s, .country = u"US"_s, .phone = u"1"_s}, u"Reno"_s},
         {{.street1 = u"1 Main St"_s, .street2 = u"Apt 2"_s, .city = u"Reno"_s, .zip = u"89501"_s},
-         u"1 Main St, Apt 2, Reno  89501"_s}, // a missing state leaves its blanks
+         u"1 Main St, Apt 2, Reno  89501"_s}, // a missing state leaves two spaces
         {{.street2 = u"Apt 2"_s, .zip = u"89501"_s}, u"Apt 2, 89501"_s},
     };
     for (const auto &[address, line] : rows)
@@ -63,20 +63,20 @@ TEST(Address, IsEmptyWithACountryButWithNothingElse)
     }
 }
 
-TEST(Address, PartsALongStreetAtAWordWithinFiftyCharacters)
+TEST(Address, SplitsALongStreetAtAWordWithinFiftyCharacters)
 {
     const QString x50 = word(50), a48 = word(48, u'a'), coins = QString(u"\U0001FA99"_s).repeated(50);
     const struct {
         QString street1, street2, first, second;
     } rows[] = {
         {x50, word(51, u'y'), x50, word(50, u'y')},
-        {x50 + u'x', {}, x50, u"x"_s},                             // no blank: cut hard
-        {a48 + u" bc"_s, {}, a48, u"bc"_s},                        // the blank is the 49th
-        {a48 + u"a bc"_s, u"Apt 2"_s, a48 + u'a', u"bc, Apt 2"_s}, // the 50th
-        {a48 + u"aa bc"_s, {}, a48 + u"aa"_s, u"bc"_s},            // the 51st: the hard cut takes it off the rest
+        {x50 + u'x', {}, x50, u"x"_s},                             // no space: cut at 50
+        {a48 + u" bc"_s, {}, a48, u"bc"_s},                        // the space is the 49th character
+        {a48 + u"a bc"_s, u"Apt 2"_s, a48 + u'a', u"bc, Apt 2"_s}, // the space is the 50th
+        {a48 + u"aa bc"_s, {}, a48 + u"aa"_s, u"bc"_s},            // the space is the 51st and is trimmed off the rest
         {u"1 "_s + x50, {}, u"1"_s, x50},
-        {u"1,"_s + x50 + u'z', u"Apt"_s, u"1"_s, x50}, // what passes the second line's end is lost
-        {u" "_s + x50, {}, word(49), u"x"_s},          // a blank at the very start parts nothing
+        {u"1,"_s + x50 + u'z', u"Apt"_s, u"1"_s, x50}, // text beyond the second line is dropped
+        {u" "_s + x50, {}, word(49), u"x"_s},          // a leading space is not a place to split
         {u"12 Long Street, , "_s + x50, {}, u"12 Long Street"_s, x50},
         {coins, {}, coins, {}}, // characters, not code units
         {coins + u" b"_s, {}, coins, u"b"_s},
@@ -85,7 +85,7 @@ TEST(Address, PartsALongStreetAtAWordWithinFiftyCharacters)
         EXPECT_EQ(ShippoAddress::splitStreet(row.street1, row.street2), std::pair(row.first, row.second));
 }
 
-TEST(Address, GoesToTheCarrierAsItIsWithoutIdAndTag)
+TEST(Address, GoesToTheCarrierUnchangedWithoutIdAndLabel)
 {
     const ShippoAddress address = contact().asShippoAddress();
     EXPECT_EQ(encodeJson(address, Keys::snake),
@@ -93,7 +93,7 @@ TEST(Address, GoesToTheCarrierAsItIsWithoutIdAndTag)
               R"("state":"NV","zip":"89501","country":"u.s.a.","phone":"775-555-0100","email":"ana@example.com"})");
 }
 
-TEST(Address, SurvivesAFileAndIsRefusedWithoutAnyOfItsKeys)
+TEST(Address, SurvivesAFileAndIsRejectedIfAKeyIsMissing)
 {
     const PostalContact person = contact();
     const QByteArray text = encodeJson(person, Keys::asIs);

@@ -14,7 +14,7 @@ TEST(CountryCode, UnderstandsTheUsualWaysToWriteACountry)
         {u" US \n"_s, u"US"_s},
         {u"u.s.a."_s, u"US"_s},
         {u"United  States"_s, u"US"_s},
-        {u"uk"_s, u"GB"_s}, // two letters, but no code of its own
+        {u"uk"_s, u"GB"_s}, // two letters, but not a code
         {u"Northern\tIreland"_s, u"GB"_s},
         {u"Korea, South"_s, u"KR"_s},
         {u"Korea,North"_s, u"KP"_s},
@@ -28,7 +28,7 @@ TEST(CountryCode, UnderstandsTheUsualWaysToWriteACountry)
         EXPECT_EQ(CountryCode::alpha2(text), code) << text.toStdString();
 }
 
-TEST(CountryCode, PassesOnWhatItDoesNotKnowInCapitals)
+TEST(CountryCode, PassesOnUnknownTextsInCapitals)
 {
     const std::pair<QString, QString> rows[] = {
         {{}, {}},

@@ -30,7 +30,7 @@ QString complaint(const Json &json)
 
 } // namespace
 
-TEST(Deployment, TakesOnlyHttpsAddressesThatEndInTheHostsSlash)
+TEST(Deployment, AcceptsOnlyHttpsAddressesThatEndInTheHostsSlash)
 {
     const std::pair<const char *, bool> rows[] = {
         {"https://api.example.com/", true},
@@ -55,11 +55,11 @@ TEST(Deployment, TakesOnlyHttpsAddressesThatEndInTheHostsSlash)
     }
 }
 
-TEST(Deployment, TakesAHostAndAKeyForUpdatesThatCanBeOnes)
+TEST(Deployment, AcceptsOnlyAValidUpdateHostAndKey)
 {
     const std::tuple<const char *, const char *, bool> rows[] = {
         {"updateFeedHost", "media.example.com", true},
-        {"updateFeedHost", "REPLACE-WITH-HOST", true}, // the program says that there is no feed
+        {"updateFeedHost", "REPLACE-WITH-HOST", true}, // reported later as a missing feed
         {"updateFeedHost", "media.example.com/app", false},
         {"updateFeedHost", "https://media.example.com", false},
         {"updateFeedHost", "", false},
@@ -74,14 +74,14 @@ TEST(Deployment, TakesAHostAndAKeyForUpdatesThatCanBeOnes)
     }
 }
 
-TEST(Deployment, NamesWhatIsMissing)
+TEST(Deployment, NamesAMissingKey)
 {
     const Json whole = deployed();
     ASSERT_EQ(complaint(whole), u"accepted"_s);
     for (const auto &[key, value] : whole.items()) {
         Json part = whole;
         part.erase(key);
-        if (key == "countryOfOrigin" || key == "incoterm") { // older files have neither
+        if (key == "countryOfOrigin" || key == "incoterm") { // optional, because older files lack these keys
             EXPECT_EQ(complaint(part), u"accepted"_s);
             continue;
         }
@@ -94,13 +94,13 @@ TEST(Deployment, NamesWhatIsMissing)
     EXPECT_TRUE(complaint(Json("text")).contains(u"expected object"_s));
 }
 
-TEST(Deployment, OfThisBuildCanBeUsed)
+TEST(Deployment, OfThisBuildIsValid)
 {
     const Deployment built = Deployment::builtIn();
     EXPECT_EQ(built.carrierApi.scheme(), u"https"_s);
     EXPECT_FALSE(built.officeLabel.isEmpty());
     EXPECT_FALSE(built.returnAddress.isEmpty());
-    for (const StoreName &store : built.storeNames) { // what the sanitizer takes for granted
+    for (const StoreName &store : built.storeNames) { // the sanitizer relies on this
         EXPECT_FALSE(store.code.isEmpty());
         EXPECT_EQ(store.name, store.name.toLower().remove(u' '));
     }

@@ -26,7 +26,7 @@ TEST(IsoDate, ReadsInternetDateTimesInAnyZone)
     }
 }
 
-TEST(IsoDate, RefusesWhatHasNoZoneOrIsNoDate)
+TEST(IsoDate, RejectsTextsWithoutAZoneOrAValidDate)
 {
     for (const QString &text :
          {u""_s, u"2022-01-10"_s, u"2022-01-10T17:24:14"_s, u"2022-01-10 17:24:14Z"_s, u"2022-01-10T17:24Z"_s,

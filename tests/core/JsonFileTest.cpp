@@ -21,7 +21,7 @@ QByteArray contents(const QString &path)
 
 } // namespace
 
-TEST(JsonFile, WritesInOrderIntoAFolderThatItMakes)
+TEST(JsonFile, WritesInOrderIntoAFolderThatItCreates)
 {
     const QTemporaryDir folder;
     const QString path = folder.filePath(u"new/deep/list.json"_s);
@@ -34,11 +34,11 @@ TEST(JsonFile, WritesInOrderIntoAFolderThatItMakes)
         EXPECT_EQ(contents(path), "200");
         file.write("last");
     }
-    EXPECT_EQ(contents(path), "last"); // a file that goes away waits for its writes
+    EXPECT_EQ(contents(path), "last"); // the destructor waits for pending writes
     EXPECT_EQ(QDir(folder.filePath(u"new/deep"_s)).entryList(QDir::Files), QStringList{u"list.json"_s});
 }
 
-TEST(JsonFile, MovesAwayWhatIsNoFileAtAll)
+TEST(JsonFile, MovesAwayAFolderWithTheFilesName)
 {
     const QTemporaryDir folder;
     ASSERT_TRUE(QDir(folder.path()).mkdir(u"list.json"_s));
@@ -52,7 +52,7 @@ TEST(JsonFile, MovesAwayWhatIsNoFileAtAll)
 TEST(JsonFile, OnlyLogsAWriteThatFails)
 {
     const QTemporaryDir folder;
-    ASSERT_TRUE(QFile(folder.filePath(u"plain"_s)).open(QIODevice::WriteOnly)); // where the folder should be
+    ASSERT_TRUE(QFile(folder.filePath(u"plain"_s)).open(QIODevice::WriteOnly)); // a file in the place of the folder
     JsonFile file(folder.filePath(u"plain/list.json"_s));
     testing::internal::CaptureStderr();
     file.write("[]");

@@ -26,7 +26,7 @@ T decoded(const QByteArray &text)
     return decodeJson<T>(text, Keys::snake);
 }
 
-/// What is said about a text that does not decode.
+/// The error for a text that cannot be decoded.
 template <class T>
 QString complaint(const QByteArray &text, Keys keys = Keys::snake)
 {
@@ -73,7 +73,7 @@ TEST(Json, ReadsRatedShipmentsWithAndWithoutTransitDays)
     EXPECT_EQ(page.results[0].rates.value().first().estimatedDays, std::nullopt);
 }
 
-TEST(Json, TellsTheEmptyTextsOfAPurchaseInWorkFromAbsentOnes)
+TEST(Json, DistinguishesEmptyTextsOfAQueuedPurchaseFromAbsentTexts)
 {
     const auto bought = decoded<ShippoTransaction>(answer("transaction-success.json"));
     EXPECT_EQ(bought.status, u"SUCCESS"_s);
@@ -89,7 +89,7 @@ TEST(Json, TellsTheEmptyTextsOfAPurchaseInWorkFromAbsentOnes)
     EXPECT_EQ(decoded<ShippoTransaction>(R"({"object_id": "t", "status": "", "test": null})").test, std::nullopt);
 }
 
-TEST(Json, ReadsTheShorterAnswers)
+TEST(Json, ReadsTheShorterResponses)
 {
     const auto valid = decoded<ShippoValidatedAddress>(answer("address-validated.json"));
     EXPECT_EQ(valid.validationResults.value().isValid, true);
@@ -158,7 +158,7 @@ TEST(Json, KeepsDatesIdsAndEveryCharacterOfATextThroughAFile)
 
     const QList<QString> odd = {u"\U0001FA99 \"\\/\u0001\n\u2028"_s, QString(u'\0'), u""_s};
     EXPECT_EQ(decodeJson<QList<QString>>(encodeJson(odd, Keys::asIs), Keys::asIs), odd);
-    EXPECT_NO_THROW(encodeJson(QList{QString(QChar(0xD83E))}, Keys::asIs)); // half of a pair
+    EXPECT_NO_THROW(encodeJson(QList{QString(QChar(0xD83E))}, Keys::asIs)); // half of a surrogate pair
 }
 
 } // namespace parcelory::test

@@ -55,7 +55,7 @@ TEST(Text, WritesNumbersTheSameWayInEveryLanguage)
     } rows[] = {
         {1234567.5, 2, u"1234567.50"_s, u"1234567.5"_s},
         {2.25, 1, u"2.2"_s, u"2.2"_s},
-        {2.75, 1, u"2.8"_s, u"2.8"_s}, // halves go to the even digit, as everywhere in C
+        {2.75, 1, u"2.8"_s, u"2.8"_s}, // halves round to the even digit, as in C
         {100, 0, u"100"_s, u"100"_s},
         {-0.5, 1, u"-0.5"_s, u"-0.5"_s},
     };

@@ -21,7 +21,7 @@ namespace {
 int argc = 1;
 char programName[] = "invoice_tests", *argv[] = {programName, nullptr};
 
-/// An invoice of `value` dollars whose texts are all the same.
+/// An invoice of `value` dollars in which all texts are the same.
 CommercialInvoice::Data_ invoice(const QString &text, double value)
 {
     CommercialInvoice::Data_ data{text, {}, text, QDate(2026, 3, 7), text, text, text, value, text, text};
@@ -29,11 +29,11 @@ CommercialInvoice::Data_ invoice(const QString &text, double value)
     return data;
 }
 
-/// An invoice drawn on another thread than the main one, and read by other people's tools.
+/// An invoice that is drawn on a worker thread and read by independent tools.
 struct Page {
     explicit Page(const CommercialInvoice::Data_ &data)
     {
-        static const QGuiApplication fonts(argc, argv); // only once the case without one is through
+        static const QGuiApplication fonts(argc, argv); // created only after the case without it
         std::thread([&] {
             QFile file(folder.filePath(u"page"_s));
             if (file.open(QIODevice::WriteOnly))
@@ -67,7 +67,7 @@ struct Page {
 
 } // namespace
 
-TEST(CommercialInvoice, IsRefusedWithASentenceInAProgramWithoutFonts)
+TEST(CommercialInvoice, FailsWithAMessageInAProgramWithoutFonts)
 {
     const QCoreApplication app(argc, argv);
     EXPECT_THROW(CommercialInvoice::pdf({}, Deployment::builtIn()), AppError);
@@ -78,7 +78,7 @@ TEST(CommercialInvoice, HasEveryTextAndRuleInItsPlaceOnOneLetterSheet)
     auto data = invoice(u"Coin"_s, 25);
     data.recipient.country = u"uk"_s;
     const Page page(data);
-    // Text, left edge (of amounts the right one), top, size.
+    // Text, left edge (right edge for amounts), top, size.
     const QString places =
         u"Corvallon.com 60 70 26|Invoice 410 58 30|Invoice 60 175 11|Coin 150 175 11|Customer 60 225 11|"
         "Bill 320 175 11|Coin 320 192 9|Coin 320 205 9|United 320 257 9|Date 70 305 10|Ship 320 305 10|"
@@ -89,7 +89,7 @@ TEST(CommercialInvoice, HasEveryTextAndRuleInItsPlaceOnOneLetterSheet)
     for (const QString &place : places.split(u'|')) {
         const QStringList part = place.split(u' ');
         const double edge = part[1].toDouble(), top = part[2].toDouble(), size = part[3].toDouble();
-        const double line = page.words.value(0).box.height() * size / 30; // the title comes first
+        const double line = page.words.value(0).box.height() * size / 30; // the first word is the title, in size 30
         EXPECT_TRUE(std::ranges::any_of(page.words, [&](const Page::Word &word) {
             const double x = edge == 540 ? word.box.right() : word.box.left();
             return word.text == part[0] && std::abs(x - edge) < 0.1 && std::abs(word.box.top() - top) < 0.1 &&
@@ -109,7 +109,7 @@ TEST(CommercialInvoice, HasEveryTextAndRuleInItsPlaceOnOneLetterSheet)
         EXPECT_LT(qGray(picture.pixel(400, 2 * y - 1)) + qGray(picture.pixel(400, 2 * y)), 2 * 255 - 40) << y;
 }
 
-TEST(CommercialInvoice, SaysWhatCustomsAndAccountantsAskAndNothingWhereThereIsNothing)
+TEST(CommercialInvoice, HasTheFieldsForCustomsAndAccountingAndOmitsEmptyLines)
 {
     auto data = invoice(u"Coin"_s, 25);
     const QString text = Page(data).text;
@@ -122,8 +122,8 @@ TEST(CommercialInvoice, SaysWhatCustomsAndAccountantsAskAndNothingWhereThereIsNo
         EXPECT_TRUE(word.box.top() < 425 || word.box.top() > 461) << word.text.toStdString();
 }
 
-// A letter that no font has comes back from the page as nothing, or as another one.
-TEST(CommercialInvoice, DrawsEveryScriptSoThatASearchFindsIt)
+// A letter that is missing in all fonts is read from the page as nothing or as another letter.
+TEST(CommercialInvoice, DrawsEveryScriptAsSearchableText)
 {
     for (const char *utf8 :
          {"Jürgen Łukasiewicz Ångström", "Jose\u0301 Núñez", "Ελληνική Εταιρεία", "Москва, ул. Большая",
@@ -141,7 +141,7 @@ TEST(CommercialInvoice, KeepsLongAndOddTextsInTheirBoxes)
     auto twoLong = invoice(u"Coin"_s, 25);
     twoLong.recipient.company = u"Internationale Gesellschaft für Numismatik und Geldgeschichte mbH"_s;
     twoLong.recipient.street1 = u"Donaudampfschifffahrtsgesellschaftskapitänsallee 128, Hinterhaus, 4. Stock"_s;
-    EXPECT_TRUE(Page(twoLong).text.contains(u"Stock"_s)); // made smaller rather than cut
+    EXPECT_TRUE(Page(twoLong).text.contains(u"Stock"_s)); // shrunk rather than cut
     for (const auto &data :
          {twoLong, invoice(u"Line\x01\r\nbreak\t\u202E"_s, 1e5), invoice(u"word "_s.repeated(60), 1e7),
           invoice(QString(500, u'W'), 1e9), invoice(u"長"_s.repeated(200), 1e20)}) {
@@ -161,7 +161,7 @@ TEST(CommercialInvoice, KeepsLongAndOddTextsInTheirBoxes)
 
 } // namespace parcelory::test
 
-int main(int argc, char **argv) // the cases start their own kinds of application
+int main(int argc, char **argv) // the cases create different application objects
 {
     qputenv("QT_QPA_PLATFORM", "offscreen");
     testing::InitGoogleMock(&argc, argv);

@@ -15,7 +15,7 @@ namespace {
 
 constexpr auto filePrivacy = QFile::ReadOwner | QFile::WriteOwner | QFile::ReadUser | QFile::WriteUser;
 
-/// A failure as code and text; code 0 where the exception has none, -1 when nothing was thrown.
+/// A failure as code and text; code 0 if the exception has no code, -1 if nothing was thrown.
 using Failure = std::pair<int, QString>;
 
 Failure failureOf(const std::function<void()> &operation)
@@ -30,7 +30,7 @@ Failure failureOf(const std::function<void()> &operation)
     return {-1, {}};
 }
 
-/// A printer whose tools answer what the test says, and whose temporary files land in a folder of its own.
+/// A printer with simulated tools and a private folder for temporary files.
 class LabelPrinterTest : public testing::Test {
 protected:
     LabelPrinterTest()
@@ -49,7 +49,7 @@ protected:
     }
     ~LabelPrinterTest() override { qunsetenv("TMPDIR"); }
 
-    /// The calls so far, one a line, with the temporary file's random name and folder taken out.
+    /// The calls so far, one per line, without the temporary file's random name and folder.
     QStringList calls() const
     {
         static const QRegularExpression name(u"[0-9a-f]{8}(-[0-9a-f]{4}){3}-[0-9a-f]{12}"_s);
@@ -65,7 +65,7 @@ protected:
     FakePlatform world;
     LabelPrinter printer{world.platform};
     ProcessOutcome lpr;
-    QList<ProcessOutcome> lpstat; ///< its answers in order; nothing more afterwards
+    QList<ProcessOutcome> lpstat; ///< its outputs in order, then empty output
     QStringList unstartable;
     QFile::Permissions handedOver;
 };
@@ -75,7 +75,7 @@ const ProcessOutcome enabled{0, "printer Zebra is idle.  enabled since Sat Nov 2
 
 } // namespace
 
-TEST_F(LabelPrinterTest, SendsZplRawThroughAPrivateFileThatIsGoneAfterwards)
+TEST_F(LabelPrinterTest, SendsZplRawThroughAPrivateFileThatIsDeletedAfterwards)
 {
     EXPECT_EQ(printer.print("^XA^LL1400^XZ", u"Zebra"_s, u"Laser"_s), u"Label sent to Zebra."_s);
 
@@ -87,7 +87,7 @@ TEST_F(LabelPrinterTest, SendsZplRawThroughAPrivateFileThatIsGoneAfterwards)
     EXPECT_TRUE(world.desktop.opened.isEmpty());
 }
 
-TEST_F(LabelPrinterTest, TurnsLabelsUnlessTheClerkSaidNo)
+TEST_F(LabelPrinterTest, RotatesLabelsUnlessTheClerkTurnsItOff)
 {
     const std::pair<QVariant, bool> rows[] = {{{}, true},      {true, true},   {u"true"_s, true},  {0, true},
                                               {u"no"_s, true}, {false, false}, {u"false"_s, false}};
@@ -99,25 +99,25 @@ TEST_F(LabelPrinterTest, TurnsLabelsUnlessTheClerkSaidNo)
     }
 }
 
-TEST_F(LabelPrinterTest, UndoesTheRotationThatAnEarlierLabelHasLeftInThePrinter)
+TEST_F(LabelPrinterTest, UndoesTheRotationThatAnEarlierLabelLeftInThePrinter)
 {
     world.preferences.values[u"printer.rotate180"_s] = false;
     const std::pair<QByteArray, QByteArray> rows[] = {
         {"^XA^POI^XZ^XA^PON^XZ", "^XA^POI^XZ^XA^PON^XZ"},
         {"^XA^FD1^XZ", "^XA^FD1^XZ"},
-        {"^XA^POI^XZ", "^XA^POI^XZ"}, // the carrier's own
+        {"^XA^POI^XZ", "^XA^POI^XZ"}, // the carrier's own orientation
         {"^XA^FD2^XZ^XA^XZ", "^XA^PON^FD2^XZ^XA^PON^XZ"},
-        {"^XA^FD3^XZ", "^XA^PON^FD3^XZ"}, // the one before may have been cancelled in the queue
+        {"^XA^FD3^XZ", "^XA^PON^FD3^XZ"}, // the previous label may have been canceled in the queue
     };
     for (const auto &[label, expected] : rows) {
-        LabelPrinter(world.platform).printZPL(label, u"Zebra"_s); // as after a restart
+        LabelPrinter(world.platform).printZPL(label, u"Zebra"_s); // like after a restart
         EXPECT_EQ(world.processes.lastPrinted(), expected);
     }
     printer.printZPL("^XA^FD4^XZ", u"Other"_s);
     EXPECT_EQ(world.processes.lastPrinted(), "^XA^FD4^XZ");
 }
 
-TEST_F(LabelPrinterTest, BringsPdfsToTheDocumentPrinterOrTheViewerAndPicturesToTheViewer)
+TEST_F(LabelPrinterTest, SendsPdfsToTheDocumentPrinterOrTheViewerAndPicturesToTheViewer)
 {
     const QByteArray pdf = "%PDF-1.4 label", png = "\x89PNG label";
 
@@ -141,14 +141,14 @@ TEST_F(LabelPrinterTest, BringsPdfsToTheDocumentPrinterOrTheViewerAndPicturesToT
     }
 }
 
-TEST_F(LabelPrinterTest, HandsNothingToAQueueThatStaysPaused)
+TEST_F(LabelPrinterTest, SendsNothingToAQueueThatStaysPaused)
 {
     const Failure expected{LabelPrinter::pausedQueue,
                            u"The Zebra queue “Zebra” is PAUSED in macOS and is holding jobs. Open System Settings → "
                            "Printers & Scanners → Zebra and press Resume."_s};
     for (const QStringList &broken : {QStringList{}, QStringList{u"cupsenable"_s}}) {
         unstartable = broken;
-        // CUPS says on either channel what a queue's state is.
+        // CUPS reports a queue's state on stdout or on stderr.
         lpstat = {paused, {1, {}, "printer Zebra disabled\n"}, enabled};
         EXPECT_EQ(failureOf([this] { printer.printZPL("^XA^XZ", u"Zebra"_s); }), expected);
     }
@@ -156,7 +156,7 @@ TEST_F(LabelPrinterTest, HandsNothingToAQueueThatStaysPaused)
     EXPECT_EQ(calls().filter(u"cupsenable"_s).size(), 2);
 }
 
-TEST_F(LabelPrinterTest, RefusesWhatItCannotPrintBeforeAnythingIsStarted)
+TEST_F(LabelPrinterTest, RejectsUnprintableBytesBeforeStartingATool)
 {
     EXPECT_EQ(failureOf([this] { printer.print("^XA^XZ", {}, u"Laser"_s); }),
               Failure(LabelPrinter::noQueue, u"No Zebra printer queue selected in Settings."_s));
@@ -168,14 +168,14 @@ TEST_F(LabelPrinterTest, RefusesWhatItCannotPrintBeforeAnythingIsStarted)
     }
     EXPECT_TRUE(calls().isEmpty());
 
-    qputenv("TMPDIR", "/proc"); // where nobody, root included, can make a file
+    qputenv("TMPDIR", "/proc"); // not even root can create a file there
     for (const QByteArray &bytes : {QByteArray("^XA^XZ"), QByteArray("%PDF"), QByteArray("\x89PNG")})
         EXPECT_EQ(failureOf([&] { printer.print(bytes, u"Zebra"_s, {}); }).first, 0);
     EXPECT_TRUE(calls().filter(u"lpr"_s).isEmpty());
     EXPECT_TRUE(world.desktop.opened.isEmpty());
 }
 
-TEST_F(LabelPrinterTest, TellsWhyAJobWasNotTakenAndStillRemovesTheFile)
+TEST_F(LabelPrinterTest, ReportsWhyAJobWasRejectedAndStillDeletesTheFile)
 {
     lpr = {1, "out", "lpr: Error – no such printer.\n"};
     const Failure refused{1, u"lpr failed: lpr: Error – no such printer.\n"_s};
@@ -186,7 +186,7 @@ TEST_F(LabelPrinterTest, TellsWhyAJobWasNotTakenAndStillRemovesTheFile)
     EXPECT_TRUE(leftovers().isEmpty());
 }
 
-TEST_F(LabelPrinterTest, GoesOnWithoutTheToolThatDescribesQueues)
+TEST_F(LabelPrinterTest, WorksWithoutTheToolThatDescribesQueues)
 {
     unstartable = {u"lpstat"_s};
     EXPECT_TRUE(printer.queues().isEmpty());
@@ -196,12 +196,12 @@ TEST_F(LabelPrinterTest, GoesOnWithoutTheToolThatDescribesQueues)
     EXPECT_EQ(world.processes.lastPrinted(), "^XA^POI^XZ");
 }
 
-TEST_F(LabelPrinterTest, TakesAQueueForAZebraByItsNameOrItsDevice)
+TEST_F(LabelPrinterTest, RecognizesAZebraByItsQueueNameOrItsDevice)
 {
     const std::pair<QByteArray, QString> rows[] = {
         {"device for Q1: socket://zebra.example", u"Q1"_s},
         {"device for Q2: usb://ZTC/1", u"Q2"_s},
-        {"device for My_ZPL:socket://10.0.0.7", {}}, // CUPS writes a blank after the colon
+        {"device for My_ZPL:socket://10.0.0.7", {}}, // CUPS writes a space after the colon
         {"device for My_ZPL: socket://10.0.0.7:9100", u"My_ZPL"_s},
         {"device for  gx420 :  lpd://10.0.0.7", u"gx420"_s},
         {"device for Q3: usb://x/zd410", u"Q3"_s},

@@ -1,4 +1,4 @@
-// What becomes of a label after the print tools have taken it.
+// What happens to a label after the print tools have accepted it.
 
 #include "app/purchase/LabelPrinting.h"
 #include "practice/PracticePrinter.h"
@@ -12,7 +12,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// lpstat's whole answer, as print servers gave it, with jobs of the numbers `first` to `last`.
+/// lpstat's whole output, as recorded from print servers, with the jobs `first` to `last`.
 QByteArray answer(const QByteArray &state, const QByteArray &alerts = "none", int first = 1, int last = 0)
 {
     QByteArray text = "printer ZD421 " + state +
@@ -34,7 +34,7 @@ QString sentence(const QByteArray &out, Paper paper = Paper::label)
     return printerSentence(u"ZD421"_s, readPrinterReport(out, {}), paper);
 }
 
-/// A label desk whose label printer has faults.
+/// A label desk with a label printer that can have faults.
 class PrintCertaintyTest : public testing::Test, public LabelDesk {
 protected:
     PrintCertaintyTest()
@@ -50,7 +50,7 @@ protected:
             workPool().waitForDone();
             settle();
         };
-        endLook(); // one may have begun before
+        endLook(); // a look may have started before
         clock.advance(time);
         endLook();
         return app->printWatch.notice;
@@ -68,7 +68,7 @@ protected:
 
 } // namespace
 
-TEST(PrinterState, TellsApartInWordsWhyAQueueDoesNotPrint)
+TEST(PrinterState, DescribesWhyAQueueDoesNotPrint)
 {
     const QString off = u"the printer is off or not connected"_s, out = u"the printer is out of labels"_s;
     const QString paused = u"the queue is paused%1; resume it in the system's printer settings"_s;
@@ -78,7 +78,7 @@ TEST(PrinterState, TellsApartInWordsWhyAQueueDoesNotPrint)
         int waiting;
         QString cause;
     } rows[] = {
-        {idle, stale, 0, {}}, // an earlier job's
+        {idle, stale, 0, {}}, // left over from an earlier job
         {disabled + "Paused", "paused", 0, paused.arg(QString())},
         {disabled + "Paper jam, Bob knows", stale + " paused", 2, paused.arg(u" (“Paper jam, Bob knows”)"_s)},
         {"is holding new jobs.  enabled", "hold-new-jobs", 0, u"the queue is holding jobs back"_s},
@@ -104,7 +104,7 @@ TEST(PrinterState, TellsApartInWordsWhyAQueueDoesNotPrint)
         EXPECT_FALSE(readPrinterReport(unreadable, {}).readable);
 }
 
-TEST_F(PrintCertaintyTest, TheWatchIsSilentWhileLabelsComeOutAndSpeaksWhenTheyDoNot)
+TEST_F(PrintCertaintyTest, TheWatchReportsOnlyLabelsThatDoNotComeOut)
 {
     const QByteArray looking = answer(busy, "connecting-to-device", 1, 2);
     watch.follow({}, Paper::document);
@@ -132,13 +132,13 @@ TEST_F(PrintCertaintyTest, TheWatchIsSilentWhileLabelsComeOutAndSpeaksWhenTheyDo
     EXPECT_EQ(watch.notice.value(), QString()) << "nothing waits on the queue that is out of use";
 }
 
-TEST_F(PrintCertaintyTest, EveryFaultOfThePrinterIsSaidAndNoneCostsALabel)
+TEST_F(PrintCertaintyTest, EveryPrinterFaultIsReportedAndLosesNoLabel)
 {
     const QString two = u"2 labels are still waiting on Practice_Zebra — "_s, queue = u"Practice_Zebra: "_s;
     const struct {
         PrinterFault fault;
         QString notice;
-        int waiting; ///< of the label and its reprint
+        int waiting; ///< how many of label and reprint
         const char *banner;
     } faults[] = {
         {PrinterFault::off, two + u"the printer is off or not connected."_s, 2, "Label sent to Practice_Zebra."},
@@ -149,7 +149,7 @@ TEST_F(PrintCertaintyTest, EveryFaultOfThePrinterIsSaidAndNoneCostsALabel)
          queue + u"no printer of that name is set up on this computer; choose one in Settings."_s, 0,
          "print failed: lpr failed: /usr/bin/lpr: Error - The printer or class does not exist."},
     };
-    constexpr std::chrono::seconds nextLook(10); // however long the watch has been looking
+    constexpr std::chrono::seconds nextLook(10); // the watch's longest interval
     qsizetype rows = 0, papers = 0;
     for (const auto &[fault, notice, waiting, shown] : faults) {
         printer.setFault(fault);
@@ -170,7 +170,7 @@ TEST_F(PrintCertaintyTest, EveryFaultOfThePrinterIsSaidAndNoneCostsALabel)
     }
 }
 
-TEST_F(PrintCertaintyTest, ALabelFor300DpiIsCutWithOneWordOfWarning)
+TEST_F(PrintCertaintyTest, ALabelFor300DpiIsCutWithOneWarning)
 {
     const QByteArray label = "^XA^PW1200^LL1800^FDCoin^FS^XZ";
     EXPECT_THAT(runTask(printLabel(*app, label)).toStdString(),

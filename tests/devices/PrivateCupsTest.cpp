@@ -1,4 +1,4 @@
-// Labels through a real print server. Everything here runs as on a desk whose language is German.
+// Labels through a real print server, on a desk whose language is German.
 
 #include "devices/LabelPrinter.h"
 #include "platform/SystemProcesses.h"
@@ -58,9 +58,9 @@ protected:
 
     static QString outputPath(const QString &queue) { return folder->filePath(u"out/"_s + queue); }
 
-    /// True once the queue holds no job.
+    /// True if the queue is empty.
     bool isIdle(const QString &queue) { return processes.run(u"/usr/bin/lpstat"_s, {u"-o"_s, queue}).out.isEmpty(); }
-    /// What came out of the printer, once the queue holds no job any more.
+    /// The printer's output, once the queue is empty.
     QByteArray printed(const QString &queue)
     {
         const QDeadlineTimer deadline(std::chrono::seconds(20));
@@ -69,7 +69,7 @@ protected:
         QFile output(outputPath(queue));
         return output.open(QIODevice::ReadOnly) ? output.readAll() : QByteArray("nothing");
     }
-    /// What is said of a queue, once it is `expected` or has had its time.
+    /// The sentence about a queue, once it is `expected` or the time limit is over.
     QString sentenceOf(const QString &queue, const QString &expected)
     {
         const QDeadlineTimer deadline(std::chrono::seconds(20));
@@ -119,7 +119,7 @@ QByteArray onePagePdf()
 
 } // namespace
 
-TEST_F(PrivateCups, ListsTheQueuesAndKnowsTheZebrasInAnyLanguage)
+TEST_F(PrivateCups, ListsTheQueuesAndRecognizesTheZebrasInAnyLanguage)
 {
     EXPECT_EQ(printer.queues(), (QStringList{u"Frozen"_s, u"Laser"_s, u"ZD421"_s}));
     EXPECT_THAT(printer.zebraQueues(), testing::UnorderedElementsAre(u"Frozen"_s, u"ZD421"_s));
@@ -128,7 +128,7 @@ TEST_F(PrivateCups, ListsTheQueuesAndKnowsTheZebrasInAnyLanguage)
     EXPECT_FALSE(printer.queueIsPaused(u"Unknown"_s));
 }
 
-TEST_F(PrivateCups, BringsALabelToThePrinterByteForByte)
+TEST_F(PrivateCups, DeliversALabelToThePrinterByteForByte)
 {
     QByteArray picture = "^XA^LL1400^GFA,";
     for (int i = 0; i < 300'000; ++i)
@@ -161,7 +161,7 @@ TEST_F(PrivateCups, LeavesNoJobInAQueueThatStaysPaused)
     EXPECT_FALSE(QFile::exists(outputPath(u"Frozen"_s)));
 }
 
-TEST_F(PrivateCups, SaysInEveryLanguageWhatHoldsTheLabelsUp)
+TEST_F(PrivateCups, ReportsInEveryLanguageWhatBlocksTheLabels)
 {
     const std::pair<QByteArray, QString> faults[] = {
         {"echo 'STATE: +media-empty-error' >&2", u"the printer is out of labels"_s},
@@ -198,7 +198,7 @@ TEST_F(PrivateCups, PrintsPdfsThroughTheDriverOfTheDocumentPrinter)
     EXPECT_THAT(page.toStdString(), testing::HasSubstr("%%Pages: 1"));
 }
 
-TEST_F(PrivateCups, TellsWhatTheServerSaysOfAQueueThatDoesNotExistAndOfItsOwnAbsence)
+TEST_F(PrivateCups, ReportsAMissingQueueAMissingServerAndARejectingQueue)
 {
     const QByteArray server = qgetenv("CUPS_SERVER");
     for (const QByteArray &address : {server, server + "-gone"}) {

@@ -30,7 +30,7 @@ using enum ScaleStatus;
 
 } // namespace
 
-TEST(ScaleReport, IsReadWithAndWithoutItsNumberAndInEveryUnitForParcels)
+TEST(ScaleReport, IsReadWithAndWithoutReportIdAndInEveryParcelUnit)
 {
     const QByteArray pad(58, '\x7F');
     const struct {
@@ -41,7 +41,7 @@ TEST(ScaleReport, IsReadWithAndWithoutItsNumberAndInEveryUnitForParcels)
     } rows[] = {
         {"03040BFF2C01", stable, 30.0, u"1 lb 14.0 oz"_s},
         {"040BFF2C01", stable, 30.0, u"1 lb 14.0 oz"_s},
-        {"040BFF2C0103", stable, 30.0, u"1 lb 14.0 oz"_s}, // six bytes, but no number
+        {"040BFF2C0103", stable, 30.0, u"1 lb 14.0 oz"_s}, // six bytes, but no report id
         {"03040BFF2C01" + pad.toHex(), stable, 30.0, u"1 lb 14.0 oz"_s},
         {"030BFF2C01", moving, 30.0, u"1 lb 14.0 oz"_s}, // five bytes: the 3 is the status
         {"040BFFAD00", stable, 17.3, u"1 lb 1.3 oz"_s},
@@ -67,7 +67,7 @@ TEST(ScaleReport, IsReadWithAndWithoutItsNumberAndInEveryUnitForParcels)
     }
 }
 
-TEST(USBScale, FollowsItsReportsAndKeepsTheLastWeightThroughEverythingElse)
+TEST(USBScale, FollowsItsReportsAndOtherwiseKeepsTheLastWeight)
 {
     PluggedScale desk;
     USBScale &scale = desk.scale;
@@ -87,7 +87,7 @@ TEST(USBScale, FollowsItsReportsAndKeepsTheLastWeightThroughEverythingElse)
         {tenths(stable, 300).left(4), false, u"1 lb 14.0 oz"_s, true, false},
         {tenths(zero, 0), true, u"0.0 oz"_s, false, false},
         {tenths(stable, 45), true, u"4.5 oz"_s, false, true},
-        {troy, true, u"4.5 oz"_s, true, false}, // settled, but on a weight that nobody knows
+        {troy, true, u"4.5 oz"_s, true, false}, // steady, but in a unit that is not read
         {tenths(needsCalibration, 0), false, u"4.5 oz"_s, true, false},
         {tenths(needsZeroing, 0), false, u"4.5 oz"_s, true, false},
         {tenths(fault, 0), false, u"4.5 oz"_s, true, false},
@@ -120,7 +120,7 @@ TEST(USBScale, FollowsItsReportsAndKeepsTheLastWeightThroughEverythingElse)
     EXPECT_FALSE(desk.hid.listener.report) << "it listens already";
 }
 
-TEST(USBScale, TellsTheNextParcelFromTheOneBefore)
+TEST(USBScale, DistinguishesTheNextParcelFromThePrevious)
 {
     const struct {
         const char *what;
@@ -158,7 +158,7 @@ TEST(USBScale, TellsTheNextParcelFromTheOneBefore)
     EXPECT_EQ(desk.generation(), sold) << "a loose plug";
 }
 
-TEST(USBScale, WeighsOnTheScaleOnWhichSomethingWasPutLast)
+TEST(USBScale, UsesTheScaleThatWasLoadedLast)
 {
     PluggedScale desk(u"small"_s);
     USBScale &scale = desk.scale;
@@ -192,7 +192,7 @@ TEST(USBScale, WeighsOnTheScaleOnWhichSomethingWasPutLast)
     EXPECT_EQ(scale.display(), u"—"_s) << "not the other scale's weight";
 }
 
-TEST(HidEventQueue, KeepsAStormSmallAndTheEmptyPlateInIt)
+TEST(HidEventQueue, CompactsAFloodOfReportsButKeepsTheEmptyPlate)
 {
     HidEventQueue inbox;
     for (int i = 0; i < 1000; ++i)
@@ -221,7 +221,7 @@ TEST(HidEventQueue, KeepsAStormSmallAndTheEmptyPlateInIt)
     EXPECT_EQ(events.back().kind, HidEventQueue::Event::Kind::removed);
 }
 
-TEST(PracticeScale, BehavesAsARealOne)
+TEST(PracticeScale, BehavesLikeARealScale)
 {
     FakeClock clock;
     PracticeScale practice(clock);

@@ -11,7 +11,7 @@ using namespace std::chrono_literals;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-/// A keyboard with one text field, whose cursor may stand anywhere.
+/// A keyboard with one text field and its cursor.
 class FakeKeyboard : public Keyboard {
 public:
     void listen(Handler wanted) override { handler = std::move(wanted); }
@@ -45,7 +45,7 @@ public:
 
     Handler handler;
     bool focused = true;
-    QString text, pressed; ///< in the field; on whatever else has the focus
+    QString text, pressed; ///< typed into the field; pressed on another focused widget
     qsizetype cursor = 0;
     QStringList held;
     std::optional<std::pair<QString, qsizetype>> marked;
@@ -88,7 +88,7 @@ struct ScanDesk {
 
 const QString link = u"https://GO.Corvallon.example/i48213"_s;
 
-TEST(ScanWedgeListener, AScanIsHeardWholeAndLeavesTheFieldAsItWas)
+TEST(ScanWedgeListener, AScanIsReadWholeAndLeavesTheFieldUnchanged)
 {
     enum class End { none, enter, tab, crlf };
     for (const auto spacing : {3ms, 10ms, 30ms, 49ms, 55ms, 60ms}) {
@@ -96,7 +96,7 @@ TEST(ScanWedgeListener, AScanIsHeardWholeAndLeavesTheFieldAsItWas)
             for (const bool focused : {true, false}) {
                 ScanDesk desk;
                 desk.keyboard.focused = focused;
-                desk.keyboard.text = u"Eleanor htWhitfield"_s; // what follows the cursor looks like a code's beginning
+                desk.keyboard.text = u"Eleanor htWhitfield"_s; // the text after the cursor looks like a code's start
                 desk.keyboard.cursor = 8;
                 desk.clock.advance(2s);
                 desk.type(link, spacing);
@@ -117,7 +117,7 @@ TEST(ScanWedgeListener, AScanIsHeardWholeAndLeavesTheFieldAsItWas)
     }
 }
 
-TEST(ScanWedgeListener, AnUnevenScanAfterAPersonsKeysLeavesThoseKeys)
+TEST(ScanWedgeListener, AnUnevenScanAfterTypedKeysLeavesThoseKeys)
 {
     ScanDesk desk;
     desk.type(u"Jo"_s, 120ms);
@@ -131,7 +131,7 @@ TEST(ScanWedgeListener, AnUnevenScanAfterAPersonsKeysLeavesThoseKeys)
     EXPECT_EQ(desk.keyboard.text, u"Jo");
 }
 
-TEST(ScanWedgeListener, NoKeyOfAPersonIsLostOrChangesItsPlace)
+TEST(ScanWedgeListener, NoTypedKeyIsLostOrReordered)
 {
     for (const bool focused : {true, false}) {
         ScanDesk desk;
@@ -139,7 +139,7 @@ TEST(ScanWedgeListener, NoKeyOfAPersonIsLostOrChangesItsPlace)
         QString typed;
         int turn = 0;
         for (const QChar letter : u"The quick brown fox, 12 dogs & 3 foxes – Zoë"_s) {
-            // Runs of up to four keys that overlap, then a breath.
+            // Runs of up to four quick keys, then a pause.
             const auto after = turn++ % 5 == 4 ? 140ms : std::chrono::milliseconds(30 + turn % 20);
             desk.press({.text = letter}, after);
             typed += letter;
@@ -149,7 +149,7 @@ TEST(ScanWedgeListener, NoKeyOfAPersonIsLostOrChangesItsPlace)
         EXPECT_EQ(focused ? desk.keyboard.text : desk.keyboard.pressed, typed);
         EXPECT_THAT(desk.scans + desk.noises, IsEmpty());
     }
-    ScanDesk desk; // a quick word and Return: the word first
+    ScanDesk desk; // a quickly typed word and Return: the word comes first
     desk.type(u"ok"_s, 35ms);
     EXPECT_EQ(desk.pressReturn(35ms), KeyVerdict::deliver);
     EXPECT_EQ(desk.keyboard.text, u"ok");
@@ -158,7 +158,7 @@ TEST(ScanWedgeListener, NoKeyOfAPersonIsLostOrChangesItsPlace)
     EXPECT_EQ(desk.keyboard.text, u"ok"_s + QString(30, u'x'));
 }
 
-TEST(ScanWedgeListener, ACodeEndsWhereItsScannerPauses)
+TEST(ScanWedgeListener, ACodeEndsWhenTheScannerPauses)
 {
     for (const auto late : {81ms, 150ms, 240ms}) { // a slow suffix, or the clerk's own Return
         ScanDesk desk;
@@ -173,7 +173,7 @@ TEST(ScanWedgeListener, ACodeEndsWhereItsScannerPauses)
     ScanDesk desk;
     desk.clock.advance(1s);
     desk.type(link, 10ms);
-    desk.type(u"9"_s, 120ms); // another invoice, if it joined the code
+    desk.type(u"9"_s, 120ms); // would be another invoice if it joined the code
     desk.clock.advance(100ms);
     EXPECT_THAT(desk.scans, ElementsAre(link));
     EXPECT_EQ(desk.keyboard.text, u"9");
@@ -184,7 +184,7 @@ TEST(ScanWedgeListener, ACodeEndsWhereItsScannerPauses)
     EXPECT_EQ(desk.scans.size(), 3);
 }
 
-TEST(ScanWedgeListener, ALinkTypedByHandCountsWhenItsWriterPauses)
+TEST(ScanWedgeListener, ALinkTypedByHandCountsAfterAPause)
 {
     ScanDesk desk;
     desk.keyboard.text = u"see "_s;
@@ -197,7 +197,7 @@ TEST(ScanWedgeListener, ALinkTypedByHandCountsWhenItsWriterPauses)
     EXPECT_EQ(desk.keyboard.text, u"see ");
 }
 
-TEST(ScanWedgeListener, TellsNoiseByItsLengthAndSpeed)
+TEST(ScanWedgeListener, RecognizesNoiseByItsLengthAndSpeed)
 {
     const struct {
         int keys;
@@ -214,7 +214,7 @@ TEST(ScanWedgeListener, TellsNoiseByItsLengthAndSpeed)
         EXPECT_EQ(!desk.noises.isEmpty(), one.heard) << one.keys;
         EXPECT_EQ(desk.keyboard.text, one.stays ? QString(one.keys, u'7') : QString()) << one.keys;
     }
-    ScanDesk desk; // far more than any code holds, junk around a code, and a code without an end
+    ScanDesk desk; // more than any code contains, junk before a code, and a code without an end
     desk.type(QString(500, u'8') + link, 5ms);
     desk.pressReturn(5ms);
     ASSERT_EQ(desk.scans.size(), 1);

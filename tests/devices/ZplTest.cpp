@@ -6,7 +6,7 @@
 namespace parcelory::test {
 using namespace Qt::StringLiterals;
 
-TEST(Zpl, KnowsWhatALabelIsByItsBytes)
+TEST(Zpl, RecognizesALabelByItsBytes)
 {
     const struct {
         QByteArray bytes;
@@ -28,7 +28,7 @@ TEST(Zpl, KnowsWhatALabelIsByItsBytes)
         {"\x1F\x8B\x08^XA", LabelKind::notALabel},
         {QByteArray("\0\0<^XA", 6), LabelKind::notALabel},
         {QByteArray("^\0X\0A\0", 6), LabelKind::notALabel}, // UTF-16
-        {"\020CT~~CD,~CC^^XA^XZ", LabelKind::zpl},          // as print drivers begin
+        {"\020CT~~CD,~CC^^XA^XZ", LabelKind::zpl},          // as print drivers start
         {"", LabelKind::notALabel},
     };
     for (const auto &row : rows)
@@ -60,7 +60,7 @@ TEST(Zpl, CutsLabelsThatAreLongerThanThePaper)
         EXPECT_EQ(Zpl::clamped(zpl), expected);
 }
 
-TEST(Zpl, KnowsALabelFor300DpiThatWouldBeCut)
+TEST(Zpl, RecognizesALabelFor300DpiThatWouldBeCut)
 {
     for (const char *zpl : {"^XA^PW1200^LL1800", "^XA^LL1231^PW833", "^XA^LL1800"})
         EXPECT_TRUE(Zpl::isCutFrom300Dpi(zpl)) << zpl;
@@ -69,13 +69,13 @@ TEST(Zpl, KnowsALabelFor300DpiThatWouldBeCut)
         EXPECT_FALSE(Zpl::isCutFrom300Dpi(zpl)) << zpl;
 }
 
-TEST(Zpl, TurnsALabelByItsPrintOrientation)
+TEST(Zpl, RotatesALabelByItsPrintOrientation)
 {
     const std::pair<QByteArray, QByteArray> rows[] = {
         {"^XA^FDMünze^XZ", "^XA^POI^FDMünze^XZ"},
         {"^XA^XZ\n^XA^XZ", "^XA^POI^XZ\n^XA^POI^XZ"},
         {"^XA^POI^XZ^XA^PON^XZ^XA^POI^XZ", "^XA^PON^XZ^XA^POI^XZ^XA^PON^XZ"},
-        {"^XA^POI^XZ^XA^XZ", "^XA^PON^XZ^XA^XZ"},   // one orientation is enough to tell that the label sets its own
+        {"^XA^POI^XZ^XA^XZ", "^XA^PON^XZ^XA^XZ"},   // one orientation command means that the label sets its own
         {"^XA^FDM\xFCnze^XZ", "^XA^FDM\xFCnze^XZ"}, // not UTF-8
         {"^FDno start", "^FDno start"},
     };

@@ -1,4 +1,4 @@
-// Scales through the real library, on devices that umockdev makes up. Needs its wrapper.
+// Scales through the real library, on devices emulated by umockdev. Needs its wrapper.
 
 #include "platform/HidScales.h"
 #include "devices/USBScale.h"
@@ -20,7 +20,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// One data report with the number 3: status, unit, exponent, weight.
+/// Report descriptors. The scale has a data report with id 3: status, unit, exponent, weight.
 const QString scaleKind = u"058D0920A1010932A1028503750895010970A10215012508097109720973097409750976097709788100C0"
                           "0950A1021501250C095109520953095409550956095709580959095A095B095C8100C009411581257F810209"
                           "40150027FFFF000075108102C0C0"_s;
@@ -34,7 +34,7 @@ QByteArray rootOf(UMockdevTestbed *bed)
     return root;
 }
 
-/// A USB device that is plugged in. Needs a new number every time, because the testbed never forgets one.
+/// A plugged-in USB device. Each device needs a new number, because the testbed never frees a number.
 class MockDevice {
 public:
     MockDevice(UMockdevTestbed *bed, int number, const QString &product, const QString &kind)
@@ -45,7 +45,7 @@ public:
     {
         const QString name = product.isEmpty() ? QString() : u"A: product=%1\\n\n"_s.arg(product);
         const QByteArray node = "/dev/hidraw" + m_number.toUtf8(), ioctls = m_root + "/ioctls" + m_number.toUtf8();
-        // Before the device is there, because somebody may open it at once.
+        // Before the device is added, because it may be opened immediately.
         QFile file(QString::fromUtf8(ioctls));
         check(file.open(QIODevice::WriteOnly));
         file.write("@DEV " + node + "\nHIDIOCGRDESCSIZE 0 " + QByteArray(1, char(kind.size() / 2)).toHex() +
@@ -67,7 +67,7 @@ public:
         m_line = umockdev_testbed_get_dev_fd(m_bed, node);
     }
 
-    /// Reports that come too close together arrive as one, which a real device's do not: wait for each.
+    /// Reports sent in quick succession arrive as one report, unlike a real device's, so wait for each of them.
     void report(const char *hex)
     {
         const QByteArray bytes = QByteArray::fromHex(hex);
@@ -77,7 +77,7 @@ public:
     void unplug()
     {
         const QByteArray line = QByteArray(ptsname(m_line)).replace('/', '_');
-        QFile::remove(QString::fromUtf8(m_root + "/dev/.ptymap/" + line)); // the next device may get the same line
+        QFile::remove(QString::fromUtf8(m_root + "/dev/.ptymap/" + line)); // the next device may reuse the line
         const int nowhere = ::open("/dev/null", O_RDWR);
         dup2(nowhere, m_line); // hangs up
         close(nowhere);
@@ -101,7 +101,7 @@ private:
 
 } // namespace
 
-TEST(HidScales, ComeAndGoAndComeAgain)
+TEST(HidScales, ArePluggedInAndUnpluggedRepeatedly)
 {
     UMockdevTestbed *bed = umockdev_testbed_new();
     if (!umockdev_in_mock_environment())

@@ -1,5 +1,5 @@
-// The real secret store. Keychain.* needs a secret service (support/with-secret-service.sh gives it one);
-// KeychainWithoutService.* runs in a process of its own, because a process looks for the service once.
+// The real secret store. Keychain.* needs a secret service, see support/with-secret-service.sh.
+// KeychainWithoutService.* runs in a separate process, because a process looks for the service only once.
 
 #include "platform/Keychain.h"
 #include "carrier/ShippoKeys.h"
@@ -18,7 +18,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Stores bytes as another program, or an older version, could have.
+/// Stores bytes like another program or an older version.
 bool plant(const QByteArray &bytes, const char *service, const char *account)
 {
     SecretSchema *schema =
@@ -34,7 +34,7 @@ bool plant(const QByteArray &bytes, const char *service, const char *account)
 
 } // namespace
 
-TEST(Keychain, GivesBackWhatWasLastSet)
+TEST(Keychain, ReturnsTheLastValueSet)
 {
     const QString long_ = u"ß"_s.repeated(10'000);
     Keychain keychain;
@@ -47,7 +47,7 @@ TEST(Keychain, GivesBackWhatWasLastSet)
     }
 }
 
-TEST(Keychain, SeesNeitherBytesThatAreNoTextNorItemsOfOtherPrograms)
+TEST(Keychain, IgnoresInvalidTextAndItemsOfOtherPrograms)
 {
     ASSERT_TRUE(plant("\xC3\x28", SecretStore::service, "bytes"));
     ASSERT_TRUE(plant("text", SecretStore::service, "text"));
@@ -81,7 +81,7 @@ TEST(Keychain, ServesSeveralThreadsAtOnce)
     EXPECT_EQ(torn, 0);
 }
 
-TEST(KeychainWithoutService, ReadsNothingAndWritesNowhereQuietly)
+TEST(KeychainWithoutService, ReadsAndWritesNothingWithoutAnError)
 {
     qputenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nowhere/bus");
     qunsetenv("DISPLAY");

@@ -42,7 +42,7 @@ TEST(SettingsPreferences, KeepsTypesOverARestart)
             SettingsPreferences preferences(file);
             write(preferences, setting, value);
         }
-        // Under another name, because a process remembers what it has written to a file.
+        // Under another name, because a process caches what it has written to a file.
         const QString copy = folder.filePath(QUuid::createUuid().toString(QUuid::WithoutBraces));
         EXPECT_TRUE(QFile::copy(file, copy));
         return read(SettingsPreferences(copy), setting);
@@ -74,17 +74,17 @@ TEST(SystemProcesses, ReportsStatusAndBothChannelsWhole)
     EXPECT_THROW(SystemProcesses().run(u"/nowhere/lpr"_s, {}), AppError);
 }
 
-TEST(SystemApplication, EndsWhateverHoldsItUp)
+TEST(SystemApplication, QuitsEvenWhenTheMainThreadHangs)
 {
     const auto hang = [] {
         SystemApplication().quitWithin(std::chrono::milliseconds(1));
-        while (true) // no event loop runs, as in a program that is about to end
+        while (true) // no event loop runs, as in a program that is quitting
             std::this_thread::yield();
     };
     EXPECT_EXIT(hang(), testing::ExitedWithCode(0), "");
 }
 
-TEST(SystemDesktop, TellsWhereTheDocumentIsWhenNoProgramOpensIt)
+TEST(SystemDesktop, ReportsTheDocumentsPathWhenNoProgramOpensIt)
 {
     FakeProcesses processes;
     SystemDesktop desktop(processes);
@@ -101,14 +101,14 @@ TEST(SystemDesktop, TellsWhereTheDocumentIsWhenNoProgramOpensIt)
 
 namespace {
 
-/// A web server on the loopback interface; its handlers run on threads of its own.
+/// A web server on the loopback interface; its handlers run on its own threads.
 class LoopbackServer {
 public:
     LoopbackServer() : m_port(m_server.bind_to_any_port("127.0.0.1"))
     {
-        m_server.set_keep_alive_max_count(1); // a connection kept open would hold up the end by seconds
+        m_server.set_keep_alive_max_count(1); // an open connection would delay the shutdown by seconds
         m_thread = std::jthread([this] { m_server.listen_after_bind(); });
-        while (!m_server.is_running()) // before that, stop() would go unheard
+        while (!m_server.is_running()) // stop() has no effect before that
             std::this_thread::yield();
     }
     ~LoopbackServer() { m_server.stop(); }
@@ -140,14 +140,14 @@ struct NetworkTransportTest : testing::Test {
         }
     }
 
-    LoopbackServer server, other; // end after the transport, whose idle connections would hold them up
+    LoopbackServer server, other; // destroyed after the transport, whose idle connections would delay them
     NetworkTransport http{NetworkTransport::Reach::loopbackOnly};
     std::chrono::milliseconds patience = std::chrono::seconds(15);
 };
 
 } // namespace
 
-TEST_F(NetworkTransportTest, SendsARequestAsGivenAndReadsEveryAnswer)
+TEST_F(NetworkTransportTest, SendsARequestAsGivenAndReadsEveryResponse)
 {
     (*server).Post("/shipments/", [](const httplib::Request &request, httplib::Response &response) {
         response.status = std::stoi(request.get_param_value("status"));
@@ -166,9 +166,9 @@ TEST_F(NetworkTransportTest, SendsARequestAsGivenAndReadsEveryAnswer)
     }
 }
 
-TEST_F(NetworkTransportTest, TellsWhatWentWrongWithoutGivingAnythingAway)
+TEST_F(NetworkTransportTest, ReportsErrorsWithoutRevealingSecrets)
 {
-    QTcpServer mute; // takes connections and never answers
+    QTcpServer mute; // accepts connections and never answers
     ASSERT_TRUE(mute.listen(QHostAddress::LocalHost));
     const QString nobody = u"http://127.0.0.1:1/secret"_s;
     const QString silent = u"http://127.0.0.1:%1/secret"_s.arg(mute.serverPort());
@@ -179,7 +179,7 @@ TEST_F(NetworkTransportTest, TellsWhatWentWrongWithoutGivingAnythingAway)
     EXPECT_EQ(failure(silent, true), u"127.0.0.1 did not answer for 0 seconds — check the network."_s);
 }
 
-TEST_F(NetworkTransportTest, ThePracticeDeskGoesNowhereElse)
+TEST_F(NetworkTransportTest, ThePracticeDeskReachesOnlyLoopback)
 {
     for (const QString &host : {u"api.example.com"_s, u"192.0.2.1"_s, u"0.0.0.0"_s, u"127.0.0.1.example.com"_s,
                                 u"[2001:db8::1]"_s, QString()})
@@ -187,10 +187,10 @@ TEST_F(NetworkTransportTest, ThePracticeDeskGoesNowhereElse)
                     testing::StartsWith("The practice desk does not go to"));
 }
 
-TEST_F(NetworkTransportTest, TheTokenStaysWithTheServerThatItIsFor)
+TEST_F(NetworkTransportTest, TheTokenIsNotSentToAnotherServer)
 {
     std::mutex access;
-    QStringList seen; // what reached the other server
+    QStringList seen; // requests that reached the other server
     (*other).Get("/file", [&](const httplib::Request &request, httplib::Response &response) {
         const std::lock_guard lock(access);
         seen += QString::fromStdString(request.get_header_value("Authorization"));

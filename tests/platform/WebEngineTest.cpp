@@ -22,7 +22,7 @@ using testing::IsEmpty;
 
 namespace {
 
-QString webFolder; ///< outlives every engine, which goes on writing for a moment
+QString webFolder; ///< outlives every engine, because engines keep writing for a moment
 
 const QString user = PracticeBackOffice::user, password = PracticeBackOffice::password;
 
@@ -35,8 +35,8 @@ protected:
         app = std::make_unique<AppState>(world);
     }
 
-    /// Fake time at a pace that leaves the engine its own: a timer every 15 ms, which makes 40 seconds two. What can
-    /// only fail need not be waited for: as soon as `hopeless` holds, time runs.
+    /// Advances fake time slowly enough for the real engine: a timer every 15 ms, so that 40 seconds take two. As soon
+    /// as `hopeless` holds, the operation can only fail, and fake time advances as fast as possible.
     template <class Done>
     void pace(Done done, std::function<bool()> hopeless = {})
     {
@@ -60,7 +60,7 @@ protected:
         pace([&] { return done; }, std::move(hopeless));
     }
     QString error() { return app->loginError.value().value_or(QString()); }
-    /// The invoice, or nothing with scanStatus saying why.
+    /// The invoice; if nothing, scanStatus says why.
     std::optional<DesklineInvoice> scan(const QString &number, std::function<bool()> hopeless = {})
     {
         app->scannedInvoice = std::nullopt;
@@ -97,7 +97,7 @@ protected:
     std::unique_ptr<AppState> app;
 };
 
-/// The processes that draw pages for this one: those that its zygotes have forked.
+/// The renderer processes of this process, which its zygotes have forked.
 QList<int> renderers()
 {
     QHash<int, int> parents;
@@ -129,7 +129,7 @@ bool anyFileHolds(const QString &folder, const QByteArray &text)
 
 } // namespace
 
-TEST_F(WebEngine, SignsInWithAnyPasswordAndLeavesItNowhere)
+TEST_F(WebEngine, SignsInWithAnyPasswordAndStoresItNowhere)
 {
     for (const QString &secret :
          {password, u"a\"b'c\\d"_s, u"x</script><script>alert(1)</script>"_s, u"$& %1 %41\u2028`${1}` ñ 🔑"_s}) {
@@ -154,7 +154,7 @@ TEST_F(WebEngine, SignsInWithAnyPasswordAndLeavesItNowhere)
     }
 }
 
-TEST_F(WebEngine, SaysWhyItCannotSignIn)
+TEST_F(WebEngine, ReportsWhyItCannotSignIn)
 {
     signIn(user, u"wrong"_s, answered("POST"));
     EXPECT_EQ(error(), u"Login failed — check the email and password."_s);
@@ -232,7 +232,7 @@ TEST_F(WebEngine, ReadsInvoicesOfEveryKind)
     EXPECT_EQ(scan(u"48213"_s)->address.company, app->sanitizer.sanitize(u"Whitfield Coins"_s));
 }
 
-TEST_F(WebEngine, LivesThroughWhateverAPageDoes)
+TEST_F(WebEngine, SurvivesMisbehavingPages)
 {
     signIn();
     const auto opened = [this] { return office.requests().size() > 2; };
@@ -251,7 +251,7 @@ TEST_F(WebEngine, LivesThroughWhateverAPageDoes)
     office.setScenario({});
     EXPECT_TRUE(scan(u"48213"_s)) << "the next one is read";
 
-    // Signed out in the middle of a page.
+    // A sign-out while a page loads.
     office.setScenario({.neverFinishes = true});
     office.clearRequests();
     app->handleInvoiceScan(u"48214"_s);
@@ -262,7 +262,7 @@ TEST_F(WebEngine, LivesThroughWhateverAPageDoes)
     signIn();
     EXPECT_TRUE(scan(u"48213"_s));
 
-    // A page that is stuck answers nothing; every question to it ends by itself.
+    // A hanging page answers no script; every evaluation times out.
     office.setScenario({.hangsScript = true});
     QTimer hurry;
     QObject::connect(&hurry, &QTimer::timeout, &hurry, [this] { clock.advance(std::chrono::seconds(20)); });

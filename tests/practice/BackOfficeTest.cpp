@@ -34,7 +34,7 @@ protected:
 
 } // namespace
 
-TEST_F(BackOfficeTest, ShowsPagesOnlyBetweenSigningInAndTheEndOfTheSession)
+TEST_F(BackOfficeTest, ShowsPagesOnlyDuringASession)
 {
     const auto expectSignedOut = [this] {
         for (const std::string path : {"/staff/dashboard.php", "/staff/buyers.php?subcmd=_detail_invoice&id=48213",
@@ -64,7 +64,7 @@ TEST_F(BackOfficeTest, ShowsPagesOnlyBetweenSigningInAndTheEndOfTheSession)
     expectSignedOut();
 }
 
-TEST_F(BackOfficeTest, ShowsEveryInvoiceWithTextsAsTexts)
+TEST_F(BackOfficeTest, ShowsEveryInvoiceWithEscapedTexts)
 {
     signIn(PracticeBackOffice::password);
     for (const PracticeInvoice &sample : practiceInvoices())
@@ -94,7 +94,7 @@ TEST_F(BackOfficeTest, PlaysItsScenarios)
     std::string received;
     const auto endTheWaiting = [&](const char *bytes, size_t size) {
         received.append(bytes, size);
-        office.setScenario({}); // what was held back comes now
+        office.setScenario({}); // releases the rest of the page
         return true;
     };
     EXPECT_EQ(client.Head("/staff/login.php")->status, 200);

@@ -32,7 +32,7 @@ TEST_F(PracticeDeskTest, ReachesNothingButLoopbackAndStartsNoRealTool)
     EXPECT_THROW(PracticeDesk(applicationSupportFolder().absolutePath(), prompts, keyboard), AppError);
 }
 
-TEST_F(PracticeDeskTest, BringsAKeyAndPrintersThatKeepWhatTheyGet)
+TEST_F(PracticeDeskTest, HasAKeyAndPrintersThatKeepTheirJobs)
 {
     Platform &platform = desk.platform();
     EXPECT_EQ(ShippoKeys(platform.secrets, platform.preferences).statusText(),

@@ -1,5 +1,5 @@
 #!/bin/sh
-# Runs the program on a new practice desk and looks at what it left behind.
+# Runs the program on a new practice desk and checks the files that it leaves.
 set -eu
 desk=$(mktemp -d)
 trap 'rm -rf "$desk"' EXIT

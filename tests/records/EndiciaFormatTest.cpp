@@ -103,7 +103,7 @@ TEST(EndiciaFormat, ReadsPostageAndWeight)
     }
 }
 
-TEST(EndiciaFormat, WritesWholeOuncesAndOnlyStatesThatMatter)
+TEST(EndiciaFormat, WritesWholeOuncesAndOmitsTheUsualStates)
 {
     const struct {
         QByteArray status;
@@ -124,7 +124,7 @@ TEST(EndiciaFormat, WritesWholeOuncesAndOnlyStatesThatMatter)
     }
 }
 
-TEST(EndiciaFormat, KeepsARecordOnOneLineWhateverItsFieldsHold)
+TEST(EndiciaFormat, KeepsARecordOnOneLineForEveryContent)
 {
     const QString line = written({.recipient = "a\tb\nc\rd\ve\ff\u0085g\u2028h\u2029i"});
     EXPECT_EQ(linesOf(line), QStringList{line});
@@ -154,13 +154,13 @@ TEST(EndiciaFormat, WritesAndReadsDatesOnATwelveHourClockInEveryLanguage)
     QLocale::setDefault(before);
 }
 
-TEST(EndiciaFormat, AgreesWithTheSystemsCalendarAroundEveryChangeOfTheClock)
+TEST(EndiciaFormat, AgreesWithTheSystemsCalendarAroundClockChanges)
 {
     const QByteArray before = qgetenv("TZ");
     for (const char *zone : {"America/Los_Angeles", "America/Havana", "Australia/Lord_Howe", "Pacific/Apia", "UTC"}) {
         setZone(zone);
         EndiciaDates dates;
-        constexpr qint64 step = 40'007'000; // eleven hours and some, so that all times of the day come up
+        constexpr qint64 step = 40'007'000; // a little over eleven hours, to cover all times of day
         for (qint64 msecs = 946'684'800'000; msecs < 1'893'456'000'000; msecs += step) { // 2000 to 2029
             const QString text = QDateTime::fromMSecsSinceEpoch(msecs).toString(u"MM/dd/yy hh:mm AP"_s);
             ASSERT_EQ(dates.text(msecs), text) << zone << ' ' << msecs;
@@ -170,7 +170,7 @@ TEST(EndiciaFormat, AgreesWithTheSystemsCalendarAroundEveryChangeOfTheClock)
     setZone(before);
 }
 
-TEST(EndiciaFormat, ReadsAnHourThatSpringSkipsAsTheOneAfterIt)
+TEST(EndiciaFormat, ReadsATimeSkippedInSpringAsAnHourLater)
 {
     const struct {
         const char *zone;
@@ -180,7 +180,7 @@ TEST(EndiciaFormat, ReadsAnHourThatSpringSkipsAsTheOneAfterIt)
         {"America/Los_Angeles", u"03/08/26 01:59 AM"_s, u"2026-03-08T09:59:00Z"_s},
         {"America/Los_Angeles", u"03/08/26 03:30 AM"_s, u"2026-03-08T10:30:00Z"_s},
         {"America/Phoenix", u"03/08/26 02:30 AM"_s, u"2026-03-08T09:30:00Z"_s},
-        {"America/Havana", u"03/08/26 12:30 AM"_s, u"2026-03-08T05:30:00Z"_s}, // skipped from midnight on
+        {"America/Havana", u"03/08/26 12:30 AM"_s, u"2026-03-08T05:30:00Z"_s}, // the skipped hour starts at midnight
     };
     const QByteArray before = qgetenv("TZ");
     for (const auto &row : rows) {

@@ -6,13 +6,13 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// One thing that may be known of a label, and how many doubts it raises of a reprint, a refund and a SCAN form.
+/// A fact about a label, and the number of warnings it causes for a reprint, a refund and a SCAN form.
 struct Trait {
     const char *name;
     std::function<void(ShipmentRecord &, LabelFacts &)> apply;
     int reprint = 0, refund = 0, scanForm = 0;
 };
-/// Exactly one of each group holds.
+/// Exactly one trait of each group applies.
 using Group = QList<Trait>;
 
 const QDateTime now(QDate(2026, 11, 20), QTime(14, 41));
@@ -82,7 +82,7 @@ void combine(qsizetype from, QList<Trait> &chosen, const std::function<void(cons
 
 } // namespace
 
-TEST(LabelChecks, DoubtsALabelOnceForEveryReasonAndAFreshOneNever)
+TEST(LabelChecks, WarnsOnceForEveryReasonAndNeverOfAFreshLabel)
 {
     int combinations = 0, wrong = 0;
     QList<Trait> chosen;
@@ -111,7 +111,7 @@ TEST(LabelChecks, DoubtsALabelOnceForEveryReasonAndAFreshOneNever)
     });
     EXPECT_EQ(wrong, 0);
     EXPECT_EQ(combinations, 7 * 7 * 5 * 5 * 2 * 2 * 2 * 3);
-    // A word for the log is enough, and what the carrier said before it was delivered is no second reason.
+    // The log's status is enough; an earlier tracking status is not a second reason.
     EXPECT_EQ(labelWarnings(LabelUse::reprint, {.createdAt = now, .status = u"DELIVERED"_s},
                             {.now = now, .tracked = u"TRANSIT"_s}),
               QStringList(u"The carrier has delivered its parcel."_s));

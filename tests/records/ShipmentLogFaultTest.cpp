@@ -19,7 +19,7 @@ using testing::HasSubstr;
 
 namespace {
 
-/// SQLite's own files, but waiting for a lock takes no time: the test hears of it instead.
+/// SQLite's own file access, but waiting for a lock takes no time: it calls the test instead.
 struct WaitingRoom {
     sqlite3_vfs *system = sqlite3_vfs_find(nullptr);
     sqlite3_vfs files = *system;
@@ -46,7 +46,7 @@ struct WaitingRoom {
     }
 };
 
-/// Files of this process end at `bytes`, as on a full disk; a write beyond fails or, if so asked, ends the process.
+/// Limits this process's files to `bytes`, like a full disk: a write beyond it fails or calls `atTheEnd`.
 class FullDisk {
 public:
     explicit FullDisk(rlim_t bytes, void (*atTheEnd)(int) = SIG_IGN)
@@ -85,7 +85,7 @@ QString importFailure(ShipmentLog &log, const QString &path)
     return u"imported"_s;
 }
 
-/// A log with one row, to which faults happen.
+/// A log with one row, for faults to happen to.
 struct UsedLog : LogFile {
     ShipmentLog log{QDir(folder.path())};
 
@@ -97,7 +97,7 @@ struct UsedLog : LogFile {
     }
 };
 
-/// The store holds that row and nothing else, still takes and gives rows, and the file is sound.
+/// The log contains only that row, still reads and writes rows, and its file is intact.
 void expectHealthy(const LogFile &file, ShipmentLog &log)
 {
     EXPECT_EQ(file.recipients(), QStringList{u"Before"_s});
@@ -121,7 +121,7 @@ TEST(ShipmentLog, KeepsARowWhileAnotherProgramHoldsTheLock)
     EXPECT_EQ(shown(log), QStringList{u"Ana"_s});
 }
 
-TEST(ShipmentLog, SaysThatARowIsLostWhenTheLockIsNeverReleased)
+TEST(ShipmentLog, ReportsALostRowWhenTheLockIsNeverReleased)
 {
     const WaitingRoom room;
     UsedLog file;
@@ -131,7 +131,7 @@ TEST(ShipmentLog, SaysThatARowIsLostWhenTheLockIsNeverReleased)
     ASSERT_TRUE(other.exec("BEGIN IMMEDIATE"));
     WaitingRoom::waited = 0;
     EXPECT_FALSE(log.insert(shipmentTo(u"Lost"_s)));
-    EXPECT_GT(WaitingRoom::waited, 4500000); // it did wait its time
+    EXPECT_GT(WaitingRoom::waited, 4500000); // it waited the full time
     EXPECT_TRUE(log.lastError().contains(u"locked"_s)) << log.lastError().toStdString();
     EXPECT_FALSE(log.setStatus(1, u"REFUNDED"_s));
     EXPECT_FALSE(log.storeCustomsPDF(1, "%PDF"));
@@ -140,7 +140,7 @@ TEST(ShipmentLog, SaysThatARowIsLostWhenTheLockIsNeverReleased)
     expectHealthy(file, log);
 }
 
-TEST(ShipmentLog, SaysThatARowIsLostWhenTheDiskIsFull)
+TEST(ShipmentLog, ReportsALostRowWhenTheDiskIsFull)
 {
     UsedLog file;
     file.put(u"log.txt"_s, manyLines(20000));
@@ -155,7 +155,7 @@ TEST(ShipmentLog, SaysThatARowIsLostWhenTheDiskIsFull)
     expectHealthy(file, file.log);
 }
 
-TEST(ShipmentLog, IsAsItWasWhenARowOfAnImportFails)
+TEST(ShipmentLog, IsUnchangedWhenARowOfAnImportFails)
 {
     UsedLog file;
     file.refuseBadRows();
@@ -185,7 +185,7 @@ TEST(ShipmentLog, KeepsRowsOutOfAnImportThatFailsOnAnotherThread)
     EXPECT_EQ(file.recipients(), bought);
 }
 
-TEST(ShipmentLog, IsAsItWasWhenTheProgramIsKilledInAnImport)
+TEST(ShipmentLog, IsUnchangedWhenTheProgramIsKilledDuringAnImport)
 {
     const LogFile file;
     file.put(u"log.txt"_s, manyLines(20000));
@@ -196,12 +196,12 @@ TEST(ShipmentLog, IsAsItWasWhenTheProgramIsKilledInAnImport)
         log.importEndiciaCSV(file.path(u"log.txt"_s));
     };
     EXPECT_EXIT(importUntilKilled(), testing::KilledBySignal(SIGKILL), "");
-    EXPECT_GT(QFile(file.path(u"mailing_log.sqlite-journal"_s)).size(), 0); // it was under way
+    EXPECT_GT(QFile(file.path(u"mailing_log.sqlite-journal"_s)).size(), 0); // the import had started to write
     ShipmentLog log(QDir(file.folder.path()));
     expectHealthy(file, log);
 }
 
-TEST(ShipmentLog, GoesOnWithoutAFileThatItCanUse)
+TEST(ShipmentLog, KeepsRunningWithoutAUsableFile)
 {
     const struct {
         const char *what;
@@ -232,7 +232,7 @@ TEST(ShipmentLog, GoesOnWithoutAFileThatItCanUse)
     }
 }
 
-TEST(ShipmentLog, ShowsAReadOnlyLogAndSaysThatItTakesNoRow)
+TEST(ShipmentLog, ShowsAReadOnlyLogAndReportsThatItCannotAddRows)
 {
     const UsedLog file;
     const auto reading = QFile::ReadOwner | QFile::ReadGroup | QFile::ReadOther;
@@ -240,7 +240,7 @@ TEST(ShipmentLog, ShowsAReadOnlyLogAndSaysThatItTakesNoRow)
     ASSERT_TRUE(QFile::setPermissions(file.path(), reading));
     ASSERT_TRUE(QFile::setPermissions(file.folder.path(), reading | entering));
     const uid_t self = geteuid();
-    if (self == 0) // whom no permission stops
+    if (self == 0) // root ignores permissions
         ASSERT_EQ(seteuid(65534), 0);
     const auto back = qScopeGuard([self, &file] {
         EXPECT_EQ(seteuid(self), 0);

@@ -20,7 +20,7 @@ struct LargeLog : LogFile {
     }
 };
 
-/// An index as ShipmentLog holds it, on a connection of its own.
+/// An index as in ShipmentLog, on its own connection.
 struct Indexed {
     Database db;
     std::mutex lock;
@@ -38,7 +38,7 @@ struct Indexed {
         workPool().waitForDone();
         return isCurrent();
     }
-    /// Adds a row of texts that may be anything but valid.
+    /// Adds a row whose texts may be invalid.
     void insert(double createdAt, const std::array<std::optional<QByteArray>, 4> &texts)
     {
         const std::lock_guard turn(lock);
@@ -52,7 +52,8 @@ struct Indexed {
     }
 };
 
-/// What makes LIKE hard: letters of both cases, characters of one to four bytes, broken ones, zero bytes, wildcards.
+/// Random texts that are hard for LIKE: both cases, characters of one to four bytes, broken characters, zero bytes,
+/// wildcards.
 class Chance {
 public:
     QByteArray text(int most)
@@ -123,11 +124,11 @@ TEST(ShipmentLogIndex, FindsTheRowsThatLikeFindsInTheirOrder)
     addRows(10000);
     ASSERT_TRUE(indexed.db.exec("COMMIT"));
     ASSERT_TRUE(indexed.isCurrentAfterReading());
-    addRows(40); // these are followed
+    addRows(40); // the index follows these
     ASSERT_TRUE(indexed.isCurrent());
     int someFound = 0;
     for (int round = 0; round < 300; ++round) {
-        // As the log asks: through a text, which holds no broken characters.
+        // Like the log, which passes a QString without broken characters.
         const QByteArray pattern = QString::fromUtf8('%' + chance.text(7) + '%').toUtf8();
         const int limit = round % 3 ? 1000 : 20;
         const std::vector<qint64> found = indexed.index.find(pattern, limit, {});
@@ -168,7 +169,7 @@ TEST(ShipmentLogIndex, AnswersOnlyWhileItKnowsEveryRow)
     }
 }
 
-TEST(ShipmentLog, SearchesALargeLogThatChangesMeanwhile)
+TEST(ShipmentLog, SearchesALargeLogThatChanges)
 {
     const LargeLog file;
     ShipmentLog log(QDir(file.folder.path()));
@@ -183,13 +184,13 @@ TEST(ShipmentLog, SearchesALargeLogThatChangesMeanwhile)
     EXPECT_EQ(found(u"ANA 1200"_s), all);
     file.run("UPDATE shipments SET recipient = 'Ana 1200 C' WHERE id = 7; DELETE FROM shipments WHERE id = 1200");
     const QStringList changed = {u"Ana 1200 B"_s, u"Ana 12000"_s, u"Ana 1200 C"_s};
-    EXPECT_EQ(found(u"ANA 1200"_s), changed); // not known yet, so the database is asked
+    EXPECT_EQ(found(u"ANA 1200"_s), changed); // not indexed yet, so the database is queried
     workPool().waitForDone();
     EXPECT_EQ(found(u"ANA 1200"_s), changed);
-    EXPECT_EQ(found(QString(60000, u'%')), QStringList()); // more than LIKE takes
+    EXPECT_EQ(found(QString(60000, u'%')), QStringList()); // longer than LIKE allows
 }
 
-TEST(ShipmentLog, HandsOverNothingThatIsNotWantedAnyMore)
+TEST(ShipmentLog, DiscardsACanceledSearch)
 {
     const LargeLog file;
     for (const bool isIndexed : {false, true}) {

@@ -18,13 +18,13 @@ constexpr auto firstSchema = "CREATE TABLE shipments (id INTEGER PRIMARY KEY AUT
                              " VALUES (1500000000.5, 'Old', 7.42, NULL, x'5E5841');";
 
 using R = ShipmentRecord;
-/// Every text of a row; those that an exchange file holds first, in its order.
+/// Every text of a row; first the texts of an exchange file, in its order.
 constexpr QString R::*texts[] = {
     &R::transactionID, &R::recipient,     &R::zip11,           &R::balance,   &R::service,   &R::services,
     &R::tracking,      &R::declaredValue, &R::descriptionText, &R::reference, &R::groupCode, &R::email,
     &R::carrier,       &R::trackingURL,   &R::weight,          &R::labelURL,  &R::status,    &R::customsDocURL};
 
-/// Its texts are numbered.
+/// A record with numbered texts.
 ShipmentRecord fullRecord()
 {
     ShipmentRecord record{.createdAt = QDateTime(QDate(2026, 11, 20), QTime(14, 41, 5, 250)),
@@ -41,7 +41,7 @@ ShipmentRecord fullRecord()
 
 } // namespace
 
-TEST(ShipmentLog, BringsALogOfTheFirstVersionToTodaysColumnsOnce)
+TEST(ShipmentLog, MigratesALogOfTheFirstVersionOnce)
 {
     const LogFile file;
     file.run(firstSchema);
@@ -63,14 +63,14 @@ TEST(ShipmentLog, BringsALogOfTheFirstVersionToTodaysColumnsOnce)
     }
 }
 
-TEST(ShipmentLog, GivesBackEveryFieldOfARowAndItsDocumentsOnlyOnDemand)
+TEST(ShipmentLog, ReadsBackEveryFieldAndTheDocumentsOnlyOnDemand)
 {
     const LogFile file;
     const ShipmentRecord written = fullRecord();
     {
         ShipmentLog log(QDir(file.path(u"not/yet/there"_s)));
         EXPECT_TRUE(log.insert(written));
-        EXPECT_TRUE(log.records().isEmpty()); // handed over by the event loop, not at once
+        EXPECT_TRUE(log.records().isEmpty()); // delivered later, by the event loop
     }
     ShipmentLog log(QDir(file.path(u"not/yet/there"_s)));
     ASSERT_EQ(shown(log).size(), 1);
@@ -149,7 +149,7 @@ TEST(ShipmentLog, ExportsOldestFirstAndImportsItBack)
     ShipmentLog log(QDir(file.folder.path()));
     EXPECT_EQ(exported(log), EndiciaFormat::header() + u'\n');
     ShipmentRecord full = fullRecord();
-    full.createdAt = shipmentTo({}, 41).createdAt; // an exchange file knows no seconds
+    full.createdAt = shipmentTo({}, 41).createdAt; // an exchange file has no seconds
     full.status = u"REFUNDED"_s;
     EXPECT_TRUE(log.insert(full) && log.insert(shipmentTo(u"Second\r\nline\t\U0001FA99 'א';"_s, 42)) &&
                 log.insert(shipmentTo(u"First"_s)));
@@ -166,9 +166,9 @@ TEST(ShipmentLog, ExportsOldestFirstAndImportsItBack)
     EXPECT_EQ(second.importEndiciaCSV(file.path(u"log.txt"_s)), 3);
     EXPECT_EQ(exported(second), text);
     EXPECT_EQ(shown(second), (QStringList{u"Second  line \U0001FA99 'א';"_s, full.recipient, u"First"_s}));
-    EXPECT_EQ(second.records()[0].status, QString()); // "PRINTED" leaves and nothing comes back
+    EXPECT_EQ(second.records()[0].status, QString()); // "PRINTED" is not exported
     EXPECT_EQ(second.records()[1].weight, u"1 lb 8 oz"_s);
-    EXPECT_EQ(second.importEndiciaCSV(file.path(u"log.txt"_s)), 3); // nobody looks for duplicates
+    EXPECT_EQ(second.importEndiciaCSV(file.path(u"log.txt"_s)), 3); // imports do not check for duplicates
     EXPECT_EQ(copy.recipients().size(), 6);
 }
 
@@ -197,7 +197,7 @@ TEST(ShipmentLog, ImportsFilesAsOtherProgramsWriteThem)
     }
 }
 
-TEST(ShipmentLog, TellsHowFarAnExchangeIsAndEndsItOnDemand)
+TEST(ShipmentLog, ReportsTheProgressOfAnExchangeAndCancelsIt)
 {
     const LogFile file;
     ShipmentLog log(QDir(file.folder.path()));
@@ -229,15 +229,15 @@ TEST(ShipmentLog, TellsHowFarAnExchangeIsAndEndsItOnDemand)
     EXPECT_FALSE(log.exportEndiciaCSV(half, canceledAt(2)));
     EXPECT_LT(half.size(), whole.size());
     EXPECT_TRUE(whole.data().startsWith(half.data()));
-    EXPECT_FALSE(log.exportEndiciaCSV(refusing)); // not open, so it takes nothing
+    EXPECT_FALSE(log.exportEndiciaCSV(refusing)); // not open, so writing fails
 }
 
-TEST(ShipmentLog, RefusesAFileThatIsNoText)
+TEST(ShipmentLog, RejectsAFileThatIsNotText)
 {
     const LogFile file;
     ShipmentLog log(QDir(file.folder.path()));
     file.put(u"latin1.txt"_s, mailLine("Ana") + mailLine("B\xE9"));
-    file.put(u"cut.txt"_s, mailLine("Ana") + mailLine("B").chopped(1) + "\xC3"); // ends within a character
+    file.put(u"cut.txt"_s, mailLine("Ana") + mailLine("B").chopped(1) + "\xC3"); // ends inside a character
     file.put(u"utf16.txt"_s, QByteArray("\xFF\xFE"
                                         "A\0\t\0",
                                         6));

@@ -26,7 +26,7 @@ void put(const FakePlatform &desk, const QString &name, const QByteArray &bytes)
     ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
 }
 
-/// What was set aside under the names of a store's file.
+/// Contents of a store's files that were set aside.
 QList<QByteArray> setAside(const FakePlatform &desk, const QString &name)
 {
     QList<QByteArray> kept;
@@ -52,7 +52,7 @@ QByteArray twoSenders(const QByteArray &rest)
 
 } // namespace
 
-TEST(SenderStore, StartsWithTheCompanysAddressOrThatOfAnEarlierVersion)
+TEST(SenderStore, StartsWithTheCompanysAddressOrAnEarlierVersionsAddress)
 {
     const QStringList all = {u"name"_s,  u"company"_s, u"street1"_s, u"street2"_s, u"city"_s,
                              u"state"_s, u"zip"_s,     u"phone"_s,   u"email"_s};
@@ -72,11 +72,11 @@ TEST(SenderStore, StartsWithTheCompanysAddressOrThatOfAnEarlierVersion)
         EXPECT_EQ(first.address, address);
         EXPECT_EQ(store.defaultID.value(), first.id);
         store.flush();
-        EXPECT_EQ(savedSenders(desk)["profiles"].size(), 1u); // written at once
+        EXPECT_EQ(savedSenders(desk)["profiles"].size(), 1u); // written immediately
 
         desk.preferences.setValue(u"sender.name"_s, u"Somebody else"_s);
         SenderStore again(desk.platform);
-        EXPECT_EQ(again.profiles.value(), QList{first}); // a store with a file asks the preferences no more
+        EXPECT_EQ(again.profiles.value(), QList{first}); // a store with a file ignores the preferences
     }
 }
 
@@ -118,9 +118,9 @@ TEST(SenderStore, WritesEveryChangeAndReadsItBack)
     store.remove(QUuid::createUuid());
     EXPECT_EQ(store.profiles.value().size(), 2);
     store.remove(third.id);
-    EXPECT_EQ(store.defaultID.value(), first.id); // the first of those that remain
+    EXPECT_EQ(store.defaultID.value(), first.id); // the first remaining profile
     store.remove(first.id);
-    EXPECT_EQ(store.profiles.value(), QList{first}); // the last one stays
+    EXPECT_EQ(store.profiles.value(), QList{first}); // the last profile stays
     store.flush();
     SenderStore again(desk.platform);
     EXPECT_EQ(again.profiles.value(), QList{first});
@@ -132,7 +132,7 @@ TEST(SenderStore, WritesEveryChangeAndReadsItBack)
     EXPECT_EQ(store.defaultProfile(), first);
 }
 
-TEST(SenderStore, SetsAFileAsideThatItCannotRead)
+TEST(SenderStore, SetsAnUnreadableFileAside)
 {
     for (const QByteArray &bad :
          {QByteArray("{broken"), QByteArray(), QByteArray("[]"), twoSenders({}).replace(R"("phone":"",)", ""),
@@ -146,7 +146,7 @@ TEST(SenderStore, SetsAFileAsideThatItCannotRead)
         EXPECT_EQ(setAside(desk, sendersName), QList{bad});
     }
     FakePlatform desk;
-    put(desk, sendersName, R"({"profiles":[]})"); // reads well, but a desk needs an address
+    put(desk, sendersName, R"({"profiles":[]})"); // readable, but a desk needs an address
     EXPECT_EQ(SenderStore(desk.platform).profiles.value().size(), 1);
 }
 
@@ -175,7 +175,7 @@ TEST(BoxStore, WritesNothingBeforeTheFirstChange)
     EXPECT_EQ(contents(desk, boxesName), "[]");
 }
 
-TEST(BoxStore, SetsAFileAsideThatItCannotReadWhenItIsReplaced)
+TEST(BoxStore, SetsAnUnreadableFileAsideWhenReplacingIt)
 {
     const QByteArray box =
         R"({"id":"0e1f2a3b-4c5d-6e7f-8091-a2b3c4d5e6f7","name":"S-4344","length":"1","width":"2","height":"3"})";

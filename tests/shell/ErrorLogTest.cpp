@@ -22,7 +22,7 @@ class ErrorLogTest : public testing::Test {
 protected:
     ErrorLogTest() { open(); }
 
-    /// As a restart of the program: the log comes from the file alone.
+    /// Simulates a restart of the program: reads the log from the file.
     void open()
     {
         log.reset();
@@ -83,7 +83,7 @@ TEST_F(ErrorLogTest, KeepsItsEntriesNewestFirstOverARestart)
     EXPECT_EQ(log->entries()[0].date, before[0].date);
     EXPECT_EQ(log->entries()[0].detail, u"not ours"_s);
     EXPECT_EQ(log->entries()[1].detail, lost.description());
-    // Seconds since 2001, as every earlier file has them.
+    // Seconds since 2001, as in every earlier file.
     const QByteArray first = "[{\"id\":\"" + before[0].id.toByteArray(QUuid::WithoutBraces).toUpper() +
                              "\",\"date\":816882065.25,\"context\":\"Refund\",\"detail\":\"not ours\"},{";
     EXPECT_EQ(file.left(first.size()), first);
@@ -107,7 +107,7 @@ TEST_F(ErrorLogTest, KeepsTheNewestThousand)
     EXPECT_EQ(parseJson(saved()).size(), 1000u);
 }
 
-TEST_F(ErrorLogTest, AlertsWhereAskedButNeverAboutTheClerksOwnData)
+TEST_F(ErrorLogTest, AlertsOnRequestButNeverAboutTheClerksOwnData)
 {
     const ShippoError invalid = ShippoError::validation(u"bad ZIP"_s), api = ShippoError::api(u"no rates"_s);
     const std::runtime_error foreign("socket closed");
@@ -127,7 +127,7 @@ TEST_F(ErrorLogTest, AlertsWhereAskedButNeverAboutTheClerksOwnData)
     EXPECT_EQ(log->entries().size(), std::ssize(rows));
 }
 
-TEST_F(ErrorLogTest, SetsAFileItCannotReadAsideWhenItWritesItsOwn)
+TEST_F(ErrorLogTest, SetsAnUnreadableFileAsideWhenReplacingIt)
 {
     const std::pair<QByteArray, bool> rows[] = {{"[]", false},          {"garbage", true},   {"", true},
                                                 {"[{\"id\":1}]", true}, {"{\"a\":1}", true}, {"[{\"id\":\"x\",", true},
@@ -144,7 +144,7 @@ TEST_F(ErrorLogTest, SetsAFileItCannotReadAsideWhenItWritesItsOwn)
     }
 }
 
-TEST_F(ErrorLogTest, CopiesAllAsTextAndForgetsAllForGood)
+TEST_F(ErrorLogTest, CopiesAllAsTextAndClearsPermanently)
 {
     EXPECT_EQ(log->asText(), QString());
     record(u"Rates"_s, lost);
@@ -159,7 +159,7 @@ TEST_F(ErrorLogTest, CopiesAllAsTextAndForgetsAllForGood)
     EXPECT_EQ(log->countText(), u"0 entries"_s);
 }
 
-TEST_F(ErrorLogTest, TakesRecordsFromAnyThreadAndShowsThemOnTheMainOne)
+TEST_F(ErrorLogTest, RecordsFromAnyThreadAndShowsOnTheMainThread)
 {
     constexpr int threads = 4, each = 25;
     int changes = 0;

@@ -17,7 +17,7 @@ struct CarrierDesk : FakePlatform {
         useToken(PracticeCarrier::testToken);
     }
 
-    /// The bodies of the requests to a path so far.
+    /// The bodies of the POST requests to a path so far.
     QList<Json> sent(const QByteArray &target) const
     {
         QList<Json> bodies;

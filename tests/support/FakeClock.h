@@ -6,7 +6,7 @@
 
 namespace parcelory::test {
 
-/// Time that stands still until a test moves it.
+/// Time that advances only when the test says so.
 class FakeClock : public Clock {
 public:
     QDateTime start{QDate(2026, 11, 20), QTime(14, 41)};
@@ -22,7 +22,7 @@ public:
         std::erase_if(m_due, [timer](const auto &entry) { return entry.second.first == timer; });
     }
 
-    /// Moves to the next timer and runs it; false when none is waiting.
+    /// Advances to the next timer and runs it; false if there is no timer.
     bool fireNext()
     {
         if (m_due.empty())

@@ -33,7 +33,7 @@ private:
     mutable std::mutex m_access;
 };
 
-/// Writes down what was said and asked, and answers as told.
+/// Records alerts and questions, and answers as the test says.
 class FakePrompts : public Prompts {
 public:
     Task<> alert(QString title, QString text) override
@@ -58,7 +58,7 @@ public:
         fileQuestions.append({title, {}});
         co_return QString(file);
     }
-    QString file; ///< what the clerk chooses
+    QString file; ///< the clerk's choice; empty if canceled
     QList<std::pair<QString, QString>> fileQuestions;
     QList<std::pair<QString, QString>> alerts;
     QList<Question> questions;
@@ -86,13 +86,13 @@ public:
     bool fails = false;
 };
 
-/// Child processes by a function of the test's; records the calls. Thread safe.
+/// Child processes simulated by a function of the test; records the calls. Thread-safe.
 class FakeProcesses : public ProcessRunner {
 public:
     struct Call {
         QString program;
         QStringList arguments;
-        QByteArray file; ///< what the last argument held, when it names a file
+        QByteArray file; ///< contents of the file that the last argument names
     };
     ProcessOutcome run(const QString &program, const QStringList &arguments, const CancelToken &cancel = {}) override;
 
@@ -101,17 +101,17 @@ public:
         const std::lock_guard lock(m_access);
         return m_calls;
     }
-    /// Bytes of the label that was last handed to lpr.
+    /// The bytes that were last passed to lpr.
     QByteArray lastPrinted() const;
     std::function<ProcessOutcome(const QString &program, const QStringList &arguments)> behave;
-    ProcessRunner *real = nullptr; ///< runs them when it is there
+    ProcessRunner *real = nullptr; ///< if set, runs the processes for real
 
 private:
     mutable std::mutex m_access;
     QList<Call> m_calls;
 };
 
-/// Scales that are plugged in and speak when a test says so.
+/// Scales that are plugged in and send reports when the test says so.
 class FakeHid : public HidSource {
 public:
     void start(Listener taken) override { listener = std::move(taken); }
@@ -119,7 +119,7 @@ public:
     Listener listener;
 };
 
-/// An installed program that notes what it was asked to start, and that it was asked to end.
+/// An installed program that records requests to start a process or to quit.
 class FakeApplication : public Application {
 public:
     QString version() const override { return installedVersion; }
@@ -140,7 +140,7 @@ public:
     QList<std::chrono::milliseconds> ends;
 };
 
-/// A world for a test: real loopback HTTP, everything else in memory, a data folder of its own.
+/// A platform for tests: real loopback HTTP, everything else in memory, a temporary data folder.
 struct FakePlatform {
     FakePlatform();
 
@@ -159,7 +159,7 @@ struct FakePlatform {
     Platform platform;
 
     QString path(const QString &name) const { return folder.filePath(name); }
-    /// Stores a key and makes it the active one.
+    /// Stores a key and makes it active.
     void useToken(const QString &token);
 };
 

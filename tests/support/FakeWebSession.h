@@ -6,7 +6,7 @@
 
 namespace parcelory::test {
 
-/// A page that answers scripts as a test says; remembers what was loaded and asked.
+/// A page that answers scripts as the test says; records loads and scripts.
 class FakeWebSession : public WebSession {
 public:
     void setDelegate(Delegate taken) override { delegate = std::move(taken); }

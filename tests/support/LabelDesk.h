@@ -6,7 +6,7 @@
 
 namespace parcelory::test {
 
-/// The label screen over real services, the practice carrier and print tools that only listen.
+/// The label screen over real services, the practice carrier and fake print tools.
 struct LabelDesk : CarrierDesk {
     std::unique_ptr<ErrorLog> errors;
     std::unique_ptr<AppState> app;
@@ -14,7 +14,7 @@ struct LabelDesk : CarrierDesk {
 
     LabelDesk()
     {
-        clock.start = QDateTime::currentDateTime(); // the practice carrier knows what day it is
+        clock.start = QDateTime::currentDateTime(); // the practice carrier uses the real date
         preferences.setValue(QStringLiteral("printer.zebraQueue"), QStringLiteral("ZD421"));
         errors = std::make_unique<ErrorLog>(platform);
         app = std::make_unique<AppState>(platform);
@@ -31,7 +31,7 @@ struct LabelDesk : CarrierDesk {
     QString banner() { return screen().banner.value() ? screen().banner.value()->text : QString(); }
     bool bannerIsWarning() { return screen().banner.value() && !screen().banner.value()->ok; }
 
-    /// A one-pound parcel of one's own packaging.
+    /// Fills in a one-pound parcel in the desk's own packaging.
     void composeParcel(const ShippoAddress &to)
     {
         app->draftTo = to;
@@ -40,7 +40,7 @@ struct LabelDesk : CarrierDesk {
         screen().dimWidth = QStringLiteral("6");
         screen().dimHeight = QStringLiteral("2");
     }
-    /// Presses the button, and once more where the parcel already has a label.
+    /// Presses Buy, and a second time if the parcel already has a label.
     void buy()
     {
         run(screen().buyAndPrint());

@@ -12,7 +12,7 @@
 
 namespace parcelory::test {
 
-/// A folder of its own with a mailing log in it, and a second way into the log's file.
+/// A temporary folder with a mailing log, and direct access to the log's file.
 struct LogFile {
     QTemporaryDir folder;
 
@@ -23,9 +23,9 @@ struct LogFile {
         ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
     }
 
-    /// Runs a script as another program would.
+    /// Runs a script like another program.
     void run(const char *script) const { ASSERT_TRUE(Database(path()).exec(script)); }
-    /// The first column of a query's rows.
+    /// The first column of the rows that a query returns.
     QStringList ask(const QByteArray &sql) const
     {
         const Database db(path());
@@ -42,13 +42,13 @@ inline ShipmentRecord shipmentTo(const QString &recipient, int minute = 0)
     return {.createdAt = QDateTime(QDate(2026, 11, 20), QTime(14, minute)), .recipient = recipient};
 }
 
-/// As the carrier names a purchase.
+/// A transaction id in the carrier's format.
 inline QString transactionId(int number = 1)
 {
     return QStringLiteral("%1").arg(number, 32, 16, QChar(u'0'));
 }
 
-/// What the list shows once the main thread got to it.
+/// The recipients in the list after the main thread has received it.
 inline QStringList shown(const ShipmentLog &log)
 {
     settle();
@@ -67,7 +67,7 @@ inline QString exported(const ShipmentLog &log)
     return QString::fromUtf8(text.data());
 }
 
-/// A line of an exchange file with the fields that every line needs.
+/// A line of an exchange file with the required fields.
 inline QByteArray mailLine(const QByteArray &recipient)
 {
     return "\tStamp\t11/20/26 02:41 PM\tpiece\t" + recipient + "\t\t1.00\t4\t\tPriority Mail\t\t9400\n";

@@ -1,6 +1,6 @@
 #pragma once
 
-// How gtest shows the toolkit's texts in a failure.
+// How gtest prints Qt's texts in a failure.
 
 #include <QByteArray>
 #include <QString>

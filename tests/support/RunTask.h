@@ -11,7 +11,7 @@
 
 namespace parcelory::test {
 
-/// Runs the event loop until `done` holds; fake time moves only when nothing real is pending.
+/// Runs the event loop until `done` holds. With a `clock`, fires one of its timers after each turn of the loop.
 template <class Done>
 void runUntil(Done done, FakeClock *clock = nullptr)
 {
@@ -28,7 +28,7 @@ void runUntil(Done done, FakeClock *clock = nullptr)
     }
 }
 
-/// Runs a task to its end and gives its result or throws its exception.
+/// Runs a task to its end and returns its result or throws its exception.
 template <class T>
 T runTask(Task<T> task, FakeClock *clock = nullptr)
 {
@@ -54,7 +54,7 @@ T runTask(Task<T> task, FakeClock *clock = nullptr)
         return std::move(*result);
 }
 
-/// Lets everything that was posted to the main thread happen.
+/// Processes everything that was posted to the main thread.
 inline void settle()
 {
     QCoreApplication::sendPostedEvents();

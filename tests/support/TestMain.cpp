@@ -11,6 +11,6 @@ int main(int argc, char **argv)
     testing::InitGoogleMock(&argc, argv);
     if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
-    QGuiApplication app(argc, argv); // documents are drawn with the fonts of one
+    QGuiApplication app(argc, argv); // documents need its fonts
     return RUN_ALL_TESTS();
 }

@@ -18,8 +18,8 @@
 
 namespace parcelory::test {
 
-/// The program with its real window over the practice carrier. Keys and clicks go the way of a person's: to the
-/// window of the system, not to a widget.
+/// The program with its real window over the practice carrier. Keys and clicks go to the native window, like a
+/// person's, and not to a widget.
 struct WindowDesk : CarrierDesk {
     WindowPrompts windowPrompts;
     WindowKeyboard windowKeyboard{[this](const QKeyEvent &) { return clock.elapsed() + std::chrono::seconds(5); }};
@@ -42,7 +42,7 @@ struct WindowDesk : CarrierDesk {
                 .deployment = platform.deployment,
                 .practice = practice}
     {
-        clock.start = QDateTime::currentDateTime(); // the practice carrier knows what day it is
+        clock.start = QDateTime::currentDateTime(); // the practice carrier uses the real date
         preferences.setValue(QStringLiteral("printer.zebraQueue"), QStringLiteral("ZD421"));
         processes.behave = [](const QString &, const QStringList &arguments) {
             const bool list = arguments.first() == QStringLiteral("-v");
@@ -80,7 +80,7 @@ struct WindowDesk : CarrierDesk {
         runUntil(done, &clock);
         settleAll();
     }
-    /// Until nothing is under way any more.
+    /// Processes events until no follow-up events are left.
     void settleAll()
     {
         for (int turn = 0; turn < 4; ++turn)
@@ -92,7 +92,7 @@ struct WindowDesk : CarrierDesk {
         wait([this] { return !label().busy; });
     }
 
-    /// The dialog that comes up, once it has the keyboard. Fake time stands still meanwhile.
+    /// Waits until a dialog has the focus and returns it. Fake time does not advance.
     Dialog *dialog()
     {
         runUntil([] {
@@ -102,7 +102,7 @@ struct WindowDesk : CarrierDesk {
         return qobject_cast<Dialog *>(QApplication::activeModalWidget());
     }
 
-    /// Presses a key where the keyboard is.
+    /// Presses a key in the focused window.
     void press(Qt::Key key, Qt::KeyboardModifiers modifiers = {})
     {
         QWindow *target = QGuiApplication::focusWindow();
@@ -112,7 +112,7 @@ struct WindowDesk : CarrierDesk {
     void type(const QString &text)
     {
         for (const QChar letter : text) {
-            clock.advance(std::chrono::milliseconds(60)); // as fast as a person can, and slower than a scanner
+            clock.advance(std::chrono::milliseconds(60)); // a fast typist, but slower than a scanner
             QWindow *target = QGuiApplication::focusWindow();
             QTest::keyClick(target ? target : window().windowHandle(), letter.toLatin1());
         }
@@ -144,7 +144,7 @@ struct WindowDesk : CarrierDesk {
         }
         qFatal("no button says %s", qUtf8Printable(text));
     }
-    /// The buttons that are filled with a colour now.
+    /// The enabled buttons that are filled with a color.
     QStringList solidButtons()
     {
         QStringList texts;
@@ -165,7 +165,7 @@ struct WindowDesk : CarrierDesk {
         return focus->accessibleName().isEmpty() && pressed ? pressed->text() : focus->accessibleName();
     }
 
-    /// A one-pound parcel that only lacks its rates.
+    /// Fills in a one-pound parcel that needs only rates.
     void compose(const ShippoAddress &to)
     {
         app().draftTo = to;

@@ -8,7 +8,7 @@
 
 int main(int argc, char **argv)
 {
-    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) // set where the windows are to be real ones
+    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) // set for windows on a real display
         qputenv("QT_QPA_PLATFORM", "offscreen");
     QStandardPaths::setTestModeEnabled(true);
     testing::InitGoogleMock(&argc, argv);

@@ -1,6 +1,6 @@
 #!/bin/sh
-# with-display.sh COMMAND…: runs the command on a virtual display of its own with a window manager, which is what gives
-# windows the keyboard. Exit status 77 when either is missing.
+# with-display.sh COMMAND…: runs the command on a private virtual display with a window manager, which gives windows the
+# focus. Exits with 77 if the display server or the window manager is not installed.
 set -eu
 command -v Xvfb >/dev/null && command -v openbox >/dev/null || exit 77
 number=$(mktemp)

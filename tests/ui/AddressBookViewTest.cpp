@@ -8,7 +8,7 @@
 #include "ui/sidebar/AddressBookWindow.h"
 #include "ui/sidebar/AddressEditSheet.h"
 
-// The address book beside the label form and in its own window, driven as a clerk drives it.
+// The address book beside the label form and in its own window, operated like a clerk does.
 
 namespace parcelory::test {
 namespace {
@@ -40,24 +40,24 @@ TEST(AddressBookPane, FillsTheLabelWithoutTheMouse)
     BookDesk desk;
     desk.press(Qt::Key_F, Qt::ControlModifier);
     desk.type(u"okonk"_s);
-    desk.press(Qt::Key_Return); // the only one
+    desk.press(Qt::Key_Return); // the only match
     EXPECT_EQ(desk.app().draftTo.value().street1, u"1550 Poplar Ave");
-    EXPECT_FALSE(desk.label().busy); // this Return was not the form's
-    desk.type(u"or 97"_s);           // in the place of the first search
-    desk.press(Qt::Key_Return);      // two of them: the clerk has to look
+    EXPECT_FALSE(desk.label().busy); // Return did not reach the form
+    desk.type(u"or 97"_s);           // replaces the first search
+    desk.press(Qt::Key_Return);      // two matches: the clerk must choose
     EXPECT_EQ(desk.app().draftTo.value().name, u"Silas Okonkwo");
     EXPECT_EQ(desk.focusName(), u"Parcelory Address Book");
     desk.press(Qt::Key_Down);
     desk.press(Qt::Key_Return);
     EXPECT_TRUE(desk.isShown(u"Filled label for Ruth Abernathy"_s));
     desk.press(Qt::Key_Up);
-    desk.press(Qt::Key_Up); // and from the first one back to the search
+    desk.press(Qt::Key_Up); // from the first row back to the search
     desk.type(u"<b>"_s);
     EXPECT_TRUE(desk.isShown(u"No address matches “<b>”"_s));
     EXPECT_FALSE(desk.button(u"Fill Label"_s)->isEnabled());
 }
 
-TEST(AddressBookPane, EditsDeletesAndTakesADeletionBack)
+TEST(AddressBookPane, EditsDeletesAndUndoesADeletion)
 {
     BookDesk desk;
     desk.press(Qt::Key_F, Qt::ControlModifier);
@@ -66,16 +66,16 @@ TEST(AddressBookPane, EditsDeletesAndTakesADeletionBack)
     desk.click(desk.named(u"Edit the selected address"_s));
     EXPECT_EQ(desk.dialog()->windowTitle(), u"Edit Address");
     desk.clock.advance(Dialog::keyGuard);
-    desk.type(u"Paula Zabel"_s); // which the search does not find
+    desk.type(u"Paula Zabel"_s); // does not match the search
     desk.press(Qt::Key_Return);
     desk.waitFor(u"Saved Paula Zabel"_s);
     desk.window().activateWindow();
     desk.press(Qt::Key_F, Qt::ControlModifier);
-    desk.press(Qt::Key_Down); // she is chosen
+    desk.press(Qt::Key_Down); // moves to her row, which is already chosen
     desk.press(Qt::Key_Delete);
     desk.waitFor(u"Address deleted."_s);
     EXPECT_TRUE(desk.isShown(u"11 addresses"_s));
-    EXPECT_EQ(desk.chosen(), QString()); // a second press hits nobody
+    EXPECT_EQ(desk.chosen(), QString()); // a second press deletes nothing
     desk.press(Qt::Key_Z, Qt::ControlModifier);
     desk.waitFor(u"Saved Paula Zabel"_s);
     EXPECT_EQ(desk.chosen(), u"Paula Zabel");
@@ -86,7 +86,7 @@ TEST(AddressBookPane, EditsDeletesAndTakesADeletionBack)
     EXPECT_TRUE(desk.isShown(u"No addresses yet"_s) && desk.isShown(u"0 addresses"_s));
 }
 
-TEST(AddressEditSheet, StaysOpenWithTheReasonUntilTheBookTakesTheAddress)
+TEST(AddressEditSheet, StaysOpenWithTheReasonUntilTheAddressIsSaved)
 {
     BookDesk desk;
     Database other(desk.path(u"addresses.sqlite"_s));
@@ -108,13 +108,13 @@ TEST(AddressEditSheet, StaysOpenWithTheReasonUntilTheBookTakesTheAddress)
     EXPECT_EQ(desk.chosen(), u"Ida Penny");
 }
 
-TEST(AddressBookPane, KeepsItsModeAndMakesWayForAScan)
+TEST(AddressBookPane, KeepsItsModeAndShowsTheInvoiceDuringAScan)
 {
     BookDesk desk;
     desk.app().scanBusy = true;
     desk.settleAll();
     EXPECT_TRUE(desk.named(u"Invoice #"_s)->isVisible());
-    EXPECT_EQ(read(desk.preferences, settings::addressBookMode), u"endicia"); // the clerk has not chosen that
+    EXPECT_EQ(read(desk.preferences, settings::addressBookMode), u"endicia"); // the clerk's own choice is unchanged
     desk.app().scanBusy = false;
     desk.press(Qt::Key_I, Qt::ControlModifier);
     EXPECT_EQ(desk.focusName(), u"Invoice #");
@@ -135,7 +135,7 @@ TEST(AddressBookWindow, FillsTheLabelWhichCanBeSavedToTheBook)
     EXPECT_EQ(desk.app().tab.value(), MainTab::newLabel);
     desk.click(desk.button(u"Save to Address Book"_s));
     desk.waitFor(u"Recipient saved to the address book."_s);
-    EXPECT_EQ(desk.book.contacts().size(), 12); // who was in it before
+    EXPECT_EQ(desk.book.contacts().size(), 12); // the recipient was already in the book
     const auto *outcome = desk.named<Notice>(u"Recipient saved to the address book."_s);
     desk.app().draftTo = londonAddress();
     desk.settleAll();

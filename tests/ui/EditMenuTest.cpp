@@ -6,15 +6,15 @@
 namespace parcelory::test {
 using namespace Qt::StringLiterals;
 
-TEST(EditMenu, ActsOnWhateverHasTheKeyboard)
+TEST(EditMenu, ActsOnTheFocusedWidget)
 {
     WindowDesk desk;
     const auto choose = [&desk](const QString &text) {
         const auto menus = desk.window().menuBar()->actions();
         QMenu *edit = (*std::ranges::find(menus, u"&Edit"_s, &QAction::text))->menu();
-        edit->popup(QPoint()); // finds out what can be used
+        edit->popup(QPoint()); // enables the usable entries
         edit->hide();
-        desk.window().activateWindow(); // which this display takes from it
+        desk.window().activateWindow(); // the popup takes the activation on this display
         desk.settleAll();
         const auto entries = edit->actions();
         QAction *entry = *std::ranges::find(entries, text, &QAction::text);

@@ -6,7 +6,7 @@
 
 #include <gmock/gmock.h>
 
-// The New Label screen driven as a clerk drives it.
+// The New Label screen, operated like a clerk does.
 
 namespace parcelory::test {
 namespace {
@@ -38,7 +38,7 @@ TEST(LabelRoad, AParcelIsShippedWithoutTheMouse)
             desk.press(Qt::Key_Tab);
         desk.type(QString::fromUtf16(size));
     }
-    desk.press(Qt::Key_Return); // now it is Get Rates
+    desk.press(Qt::Key_Return); // the next step is Get Rates
     desk.idle();
     EXPECT_EQ(desk.focusName(), u"Rates");
     EXPECT_EQ(desk.label().selectedRate()->servicelevel.token, u"usps_priority");
@@ -62,7 +62,7 @@ TEST(LabelRoad, AParcelGoesAbroadByMouseThroughThePaperwork)
     desk.compose(londonAddress());
     desk.click(desk.button(u"Validate"_s));
     EXPECT_EQ(QApplication::activeModalWidget(),
-              nullptr); // the declared value is missing, and the screen says so first
+              nullptr); // the declared value is missing, which is reported first
     EXPECT_EQ(desk.focusName(), u"Declared value, US dollars");
     desk.type(u"1860"_s);
     desk.click(desk.button(u"Get Rates"_s));
@@ -70,7 +70,7 @@ TEST(LabelRoad, AParcelGoesAbroadByMouseThroughThePaperwork)
     EXPECT_EQ(sheet->windowTitle(), u"International Paperwork");
     EXPECT_EQ(desk.focusName(), u"Declared value, US dollars");
     desk.clock.advance(Dialog::keyGuard);
-    desk.type(u"2"_s); // in the field, a digit is a digit: it replaces the selected value
+    desk.type(u"2"_s); // in the field, a digit is text: it replaces the selected value
     EXPECT_EQ(desk.label().customs.value().value, u"2");
     EXPECT_EQ(desk.label().customs.value().itemType, CustomsItemType::gold);
     desk.press(Qt::Key_4, Qt::AltModifier);
@@ -97,7 +97,7 @@ TEST(LabelRoad, ABurstOfClicksAndKeysBuysOneLabel)
     EXPECT_EQ(desk.app().log.records().size(), 1);
 }
 
-TEST(LabelRoad, ReturnNeverBuysAndOtherTabsDoNotEither)
+TEST(LabelRoad, ReturnNeverBuysAndNeitherDoOtherTabs)
 {
     WindowDesk desk;
     desk.composeAndRate(homeAddress());
@@ -110,9 +110,9 @@ TEST(LabelRoad, ReturnNeverBuysAndOtherTabsDoNotEither)
         desk.press(Qt::Key_Tab);
     } while (QApplication::focusWidget() != first && ++stops < 60);
     EXPECT_GT(stops, 15);
-    ASSERT_TRUE(desk.label().selectedRate()); // no Return has changed anything
+    ASSERT_TRUE(desk.label().selectedRate()); // Return changed nothing
     desk.composeAndRate(homeAddress());
-    desk.label().weightLb = u"2"_s; // the rates are gone, and Buy with them
+    desk.label().weightLb = u"2"_s; // clears the rates, which disables Buy
     desk.settleAll();
     desk.press(Qt::Key_Return, Qt::ControlModifier);
     desk.idle();
@@ -125,20 +125,20 @@ TEST(LabelRoad, ReturnNeverBuysAndOtherTabsDoNotEither)
     EXPECT_EQ(desk.purchases(), 0);
 }
 
-TEST(LabelRoad, TheWindowAnswersWhileCarrierAndPrintToolTakeTheirTime)
+TEST(LabelRoad, TheWindowRespondsWhileCarrierAndPrintToolAreSlow)
 {
     WindowDesk desk;
     QSemaphore printed;
     desk.processes.behave = [&](const QString &program, const QStringList &) {
         if (program.endsWith(u"lpr"_s))
-            printed.acquire(); // for as long as the test likes
+            printed.acquire(); // until the test releases it
         return ProcessOutcome{};
     };
     desk.composeAndRate(homeAddress());
     desk.carrier.setScenario({.holdsAnswers = true});
     desk.press(Qt::Key_Return, Qt::ControlModifier);
     ASSERT_TRUE(desk.label().buying);
-    // Everything below would hang if the main thread waited for one of them.
+    // Everything below would hang if the main thread waited for the carrier or the print tool.
     desk.press(Qt::Key_2, Qt::ControlModifier);
     EXPECT_EQ(desk.app().tab.value(), MainTab::mailingLog);
     desk.carrier.setScenario({});
@@ -148,7 +148,7 @@ TEST(LabelRoad, TheWindowAnswersWhileCarrierAndPrintToolTakeTheirTime)
     desk.type(u"Next Customer"_s);
     EXPECT_EQ(desk.app().draftTo.value().name, u"Next Customer");
 
-    desk.window().close(); // the purchase goes on, and the window with it
+    desk.window().close(); // the purchase continues, so the window stays open
     EXPECT_TRUE(desk.window().isVisible());
     printed.release();
     desk.idle();
@@ -157,7 +157,7 @@ TEST(LabelRoad, TheWindowAnswersWhileCarrierAndPrintToolTakeTheirTime)
     EXPECT_FALSE(desk.window().isVisible());
 }
 
-TEST(LabelRoad, AFailedPurchaseKeepsTheWindowThatWasToClose)
+TEST(LabelRoad, AFailedPurchaseCancelsTheDeferredClose)
 {
     WindowDesk desk;
     desk.composeAndRate(homeAddress());
@@ -184,7 +184,7 @@ TEST(LabelRoad, AFailedPurchaseKeepsTheWindowThatWasToClose)
     desk.idle();
     EXPECT_TRUE(desk.label().banner.value()->text.contains(u"(print failed: "_s))
         << desk.label().banner.value()->text.toStdString();
-    EXPECT_TRUE(desk.window().isVisible()); // somebody has to read that
+    EXPECT_TRUE(desk.window().isVisible()); // the clerk must read the message
 }
 
 } // namespace

@@ -36,7 +36,7 @@ struct LogViewsTest : testing::Test, FakePlatform {
         app.log.reload();
         settle();
     }
-    void TearDown() override // a query that nobody waited for comes back to the screen
+    void TearDown() override // a query that the test did not wait for still reports to the screen
     {
         workPool().waitForDone();
         settle();
@@ -80,7 +80,7 @@ TEST_F(LogViewsTest, TheMailingLogIsSearchedAndUsedFromTheKeyboard)
     EXPECT_EQ(screen.selected.value(), chosen);
 }
 
-TEST_F(LogViewsTest, WhatTheClerkHasArrangedStaysThroughReloadsAndRestarts)
+TEST_F(LogViewsTest, TheClerksLayoutSurvivesReloadsAndRestarts)
 {
     screen.selected = app.log.records()[20].id;
     settle();
@@ -102,7 +102,7 @@ TEST_F(LogViewsTest, WhatTheClerkHasArrangedStaysThroughReloadsAndRestarts)
     EXPECT_EQ(next.findChild<ShipmentTable *>()->columnWidth(ShipmentModel::recipient), 301);
 }
 
-TEST_F(LogViewsTest, TheErrorLogIsLiveAndCopiedAndCleared)
+TEST_F(LogViewsTest, TheErrorLogUpdatesCopiesAndClears)
 {
     ErrorLogWindow window(errors, desktop);
     window.show();

@@ -13,7 +13,7 @@ namespace parcelory::test {
 namespace {
 using namespace Qt::StringLiterals;
 
-TEST(Look, EveryTextCanBeReadOnEveryGround)
+TEST(Look, EveryTextHasEnoughContrast)
 {
     using T = Tokens;
     struct Pair {
@@ -78,12 +78,12 @@ TEST(Look, EveryControlHasANameForAScreenReader)
     }
 }
 
-/// Words that do not fit their place, in the screens as they stand.
+/// Texts that do not fit in the screens as they are shown now.
 QStringList clippedTexts(WindowDesk &desk)
 {
     QStringList clipped;
     for (const TextLabel *text : desk.window().findChildren<TextLabel *>()) {
-        const bool shortened = dynamic_cast<const ElidedLabel *>(text); // has its whole text in the tooltip
+        const bool shortened = dynamic_cast<const ElidedLabel *>(text); // its tooltip has the whole text
         if (!text->isVisible() || shortened || text->text().isEmpty())
             continue;
         const bool tooNarrow = !text->wordWrap() && text->width() < text->sizeHint().width();
@@ -116,7 +116,7 @@ TEST(Look, NothingIsClippedInTheSmallestWindow)
     EXPECT_EQ(clippedTexts(desk), QStringList());
 }
 
-TEST(Look, TheModeIsToldThreeTimes)
+TEST(Look, TheModeIsShownThreeTimes)
 {
     struct Mode {
         bool practice;
@@ -145,7 +145,7 @@ TEST(Look, TheModeIsToldThreeTimes)
     }
 }
 
-TEST(Look, LightAndDarkAreFollowedWhileTheProgramRuns)
+TEST(Look, TheRunningProgramSwitchesBetweenLightAndDark)
 {
     WindowDesk desk;
     const auto ground = [&] { return desk.window().grab().toImage().pixelColor(400, 700); };

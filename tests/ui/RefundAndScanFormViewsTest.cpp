@@ -9,7 +9,7 @@
 
 #include <gmock/gmock.h>
 
-// The logs and the SCAN form, driven as a clerk drives them.
+// The logs and the SCAN form, operated like a clerk does.
 
 #if __has_feature(address_sanitizer)
 #include <sanitizer/lsan_interface.h>
@@ -29,7 +29,7 @@ struct AfterSaleDesk : WindowDesk {
     void waitFor(const QProperty<bool> &busy)
     {
         wait([&] { return !busy.value(); });
-        window().activateWindow(); // as a window system does after a dialog
+        window().activateWindow(); // like a window system does after a dialog
         settleAll();
     }
 };
@@ -53,7 +53,7 @@ TEST(AfterSale, ARefundAsksAndEscKeepsTheLabel)
     desk.waitFor(log.busy);
     EXPECT_EQ(log.records().first().status, u"PRINTED");
     EXPECT_EQ(desk.sent("/refunds/").size(), 0);
-    EXPECT_EQ(desk.focusName(), u"Mailing log"); // and on no button that the next key would press
+    EXPECT_EQ(desk.focusName(), u"Mailing log"); // and not on a button that the next key would press
     desk.click(desk.button(u"Request Refund"_s, ask()));
     desk.waitFor(log.busy);
     EXPECT_EQ(desk.sent("/refunds/").size(), 1);
@@ -73,7 +73,7 @@ TEST(AfterSale, TheMasterLogLoadsByItselfAndAgainOnReturn)
     desk.press(Qt::Key_C, Qt::ControlModifier | Qt::ShiftModifier);
     EXPECT_EQ(desk.desktop.clipboard, log.entries.value()[4].tracking);
     desk.named<DateField>(u"From"_s)->setFocus();
-    desk.press(Qt::Key_Down); // another month
+    desk.press(Qt::Key_Down); // changes the month
     EXPECT_EQ(desk.solidButtons(), QStringList(u"Refresh"_s));
     desk.press(Qt::Key_Return);
     desk.waitFor(log.busy);
@@ -85,7 +85,7 @@ TEST(AfterSale, TheMasterLogLoadsByItselfAndAgainOnReturn)
     EXPECT_FALSE(desk.button(u"Refresh"_s)->isEnabled());
 }
 
-TEST(AfterSale, EveryColumnIsSortedAsWhatItHolds)
+TEST(AfterSale, EveryColumnIsSortedByItsType)
 {
     const QDateTime noon(QDate(2026, 11, 20), QTime(12, 0));
     const QList<ShipmentRecord> records = {
@@ -102,7 +102,7 @@ TEST(AfterSale, EveryColumnIsSortedAsWhatItHolds)
         return ids;
     };
     using M = ShipmentModel;
-    const std::pair<int, QList<int>> steps[] = {{M::time, {1, 2, 3}},      {M::time, {3, 1, 2}}, // the rest as it came
+    const std::pair<int, QList<int>> steps[] = {{M::time, {1, 2, 3}},      {M::time, {3, 1, 2}}, // stable if equal
                                                 {M::postage, {3, 1, 2}},   {M::weight, {3, 1, 2}},
                                                 {M::reference, {3, 1, 2}}, {M::balance, {1, 2, 3}},
                                                 {M::balance, {3, 1, 2}}};
@@ -117,7 +117,7 @@ TEST(AfterSale, EveryColumnIsSortedAsWhatItHolds)
     EXPECT_EQ(order(next), order(table));
 }
 
-/// While one lives, leaks are forgiven: the toolkit's document view keeps a gesture to the end of the program.
+/// Ignores leaks during its lifetime: Qt's document view keeps a gesture object until the program exits.
 struct ToolkitLeaks {
 #if __has_feature(address_sanitizer)
     ToolkitLeaks() { __lsan_disable(); }
@@ -127,7 +127,7 @@ struct ToolkitLeaks {
 #endif
 };
 
-TEST(AfterSale, AScanFormWithoutLabelsSaysSoAndOneWithLabelsOpens)
+TEST(AfterSale, AScanFormOpensOnlyIfThereAreLabels)
 {
     AfterSaleDesk desk;
     desk.press(Qt::Key_F, Qt::ControlModifier | Qt::ShiftModifier);
@@ -148,7 +148,7 @@ TEST(AfterSale, AScanFormWithoutLabelsSaysSoAndOneWithLabelsOpens)
     EXPECT_EQ(desk.named<RowTable>(u"Labels on this form"_s, form)->model()->rowCount(), 1);
     EXPECT_TRUE(desk.named<QComboBox>(u"SCAN forms made here"_s, form)->currentText().endsWith(u"1 label (TEST)"));
     const size_t printed = desk.processes.calls().size();
-    desk.press(Qt::Key_P, Qt::ControlModifier); // and again, as often as the clerk likes
+    desk.press(Qt::Key_P, Qt::ControlModifier); // prints the form again
     desk.waitFor(desk.program->screens().scanForm.busy);
     EXPECT_GT(size_t(desk.processes.calls().size()) + desk.desktop.opened.size(), printed);
     form->activateWindow();

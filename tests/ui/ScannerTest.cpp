@@ -6,7 +6,7 @@
 
 #include <gmock/gmock.h>
 
-// The scanner as it reaches a window: key presses at a scanner's speed.
+// The scanner in a window: key presses at a scanner's speed.
 
 namespace parcelory::test {
 namespace {
@@ -33,7 +33,7 @@ struct ScannerDesk : WindowDesk {
         typeAt(8ms, u"https://"_s + world.deployment.shortLinkHost.toUpper() + u"/i48213"_s, top);
         pressReturn(top);
     }
-    /// What was read of a code: the back office cannot be reached from here, and the error log says for which invoice.
+    /// The scanned invoice, as named in the error log because the back office is unreachable in this test.
     QString invoiceAskedFor()
     {
         const auto &entries = app().errors.entries();
@@ -41,7 +41,7 @@ struct ScannerDesk : WindowDesk {
     }
 };
 
-TEST(Scanner, LeavesEveryKindOfFieldAsItWas)
+TEST(Scanner, LeavesEveryKindOfFieldUnchanged)
 {
     ScannerDesk desk;
     QWidget other;
@@ -63,7 +63,7 @@ TEST(Scanner, LeavesEveryKindOfFieldAsItWas)
     other.activateWindow();
     ASSERT_TRUE(QTest::qWaitForWindowActive(&other));
     line->setFocus();
-    line->setSelection(0, 4); // the first key of a code replaces what is selected
+    line->setSelection(0, 4); // the first key of a code replaces the selection
     for (QWidget *field : {static_cast<QWidget *>(line), static_cast<QWidget *>(password), static_cast<QWidget *>(text),
                            static_cast<QWidget *>(spin), static_cast<QWidget *>(button)}) {
         field->setFocus();
@@ -75,7 +75,7 @@ TEST(Scanner, LeavesEveryKindOfFieldAsItWas)
         EXPECT_EQ(line->text() + password->text() + text->toPlainText() + spin->text(), u"Eleanorsecrettwo\nlines12");
     }
     EXPECT_EQ(pressed, 0);
-    EXPECT_GT(edited, 0); // whoever follows the field knows its text
+    EXPECT_GT(edited, 0); // the field reported the restored text as an edit
 
     line->setFocus();
     line->clear();
@@ -87,7 +87,7 @@ TEST(Scanner, LeavesEveryKindOfFieldAsItWas)
     EXPECT_EQ(line->text(), u"Whitfield");
 }
 
-TEST(Scanner, IsHeardInTheProgramsOwnWindowWhateverHasTheFocus)
+TEST(Scanner, WorksInTheMainWindowWithAnyFocus)
 {
     ScannerDesk desk;
     desk.composeAndRate(homeAddress());
@@ -96,7 +96,7 @@ TEST(Scanner, IsHeardInTheProgramsOwnWindowWhateverHasTheFocus)
     desk.scan(&desk.window());
     EXPECT_EQ(desk.invoiceAskedFor(), u"Deskline Invoice 48213");
     desk.clock.advance(1s);
-    desk.typeAt(8ms, u"0123456789 01"_s, &desk.window()); // noise with a blank, which presses buttons
+    desk.typeAt(8ms, u"0123456789 01"_s, &desk.window()); // noise with a space, which would press a focused button
     desk.pressReturn(&desk.window());
     EXPECT_TRUE(desk.app().scanStatus.value().startsWith(u"Scanner heard “0123456789"_s));
     EXPECT_EQ(desk.purchases(), 0);

@@ -31,7 +31,7 @@ struct SettingsViews : testing::Test, WindowDesk {
     KeysScreen &keys() { return program->screens().keys; }
     LineEdit *field(const QString &name) { return named<LineEdit>(name, &view()); }
     QUuid profile(int at) { return app().senders.profiles.value()[at].id; }
-    /// Answers the open question with a click.
+    /// Clicks an answer of the open question.
     void answer(const QString &text)
     {
         clock.advance(Dialog::keyGuard);
@@ -42,7 +42,7 @@ struct SettingsViews : testing::Test, WindowDesk {
 
 } // namespace
 
-TEST_F(SettingsViews, TypingKeepsTheCursorAndWhatWasChangedElsewhere)
+TEST_F(SettingsViews, TypingKeepsTheCursorAndChangesMadeElsewhere)
 {
     open(Page::senders);
     settings().editProfile(profile(0), [](SenderProfile &profile) { profile.address.company = u"Corvallon"_s; });
@@ -89,7 +89,7 @@ TEST_F(SettingsViews, ANewProfileIsNamedAtOnceMadeTheDefaultAndOutlivesTheFirst)
     EXPECT_FALSE(named<Button>(u"Delete Vault"_s, &view())->isEnabled());
 }
 
-TEST_F(SettingsViews, TheAddressBookBesideTheFormComesAndGoesWithItsSwitch)
+TEST_F(SettingsViews, TheSwitchShowsAndHidesTheSidebar)
 {
     open(Page::senders);
     const auto boxes = view().findChildren<QCheckBox *>();
@@ -110,7 +110,7 @@ TEST_F(SettingsViews, ABoxIsTypedInOneGoAndDeletedAfterAQuestion)
 {
     open(Page::boxes);
     const BoxProfile twice{.name = u"Twice"_s};
-    app().boxes.profiles = QList{twice, twice}; // as a file edited by hand may hold it
+    app().boxes.profiles = QList{twice, twice}; // as in a file edited by hand
     click(button(u"Add Box"_s));
     type(u"S-4344"_s);
     for (const QString &size : {u"12"_s, u"10"_s, u"8"_s}) {
@@ -125,7 +125,7 @@ TEST_F(SettingsViews, ABoxIsTypedInOneGoAndDeletedAfterAQuestion)
     EXPECT_EQ(app().boxes.profiles.value(), QList({twice, twice}));
 }
 
-TEST_F(SettingsViews, ATokenIsHiddenWhileTypedAndGoneOnceItWasTaken)
+TEST_F(SettingsViews, ATokenIsHiddenWhileTypedAndClearedOnceStored)
 {
     open(Page::keys);
     LineEdit *name = field(u"Key name"_s), *token = field(u"Token"_s);
@@ -151,7 +151,7 @@ TEST_F(SettingsViews, ATokenIsHiddenWhileTypedAndGoneOnceItWasTaken)
     EXPECT_TRUE(named<QRadioButton>(u"Practice, TEST key"_s, &view())->isChecked());
 }
 
-TEST_F(SettingsViews, APrinterThatIsNotOnOfferIsShownAsWhatItIs)
+TEST_F(SettingsViews, AMissingPrinterIsShownAsMissing)
 {
     open(Page::printers);
     auto *labels = named<ComboBox>(u"Label printer"_s, &view());

@@ -16,13 +16,13 @@ struct SignInDesk : WindowDesk {
         QStringList shown;
         for (const QLabel *label : window().findChildren<QLabel *>()) {
             if (label->isVisible())
-                shown += label->text().remove(QChar(0x200B)); // places to break
+                shown += label->text().remove(QChar(0x200B)); // zero-width spaces
         }
         return shown;
     }
 };
 
-TEST(SignIn, ReturnSignsInAndGoesToWhatIsMissing)
+TEST(SignIn, ReturnSignsInOrFocusesTheEmptyField)
 {
     SignInDesk desk;
     desk.app().signOut();
@@ -32,21 +32,21 @@ TEST(SignIn, ReturnSignsInAndGoesToWhatIsMissing)
     desk.type(u"dana.marsh"_s);
     desk.press(Qt::Key_Return);
     EXPECT_EQ(desk.focusName(), u"Password");
-    EXPECT_FALSE(desk.app().loginBusy || desk.app().loginError.value()); // nothing was tried
+    EXPECT_FALSE(desk.app().loginBusy || desk.app().loginError.value()); // no attempt was made
     desk.type(u"wrong"_s);
     desk.app().loginBusy = true;
     desk.settleAll();
     EXPECT_FALSE(desk.button(u"Signing in…"_s)->isEnabled() || desk.password()->isEnabled());
     desk.app().loginBusy = false;
     desk.settleAll();
-    desk.press(Qt::Key_Return); // the back office is out of reach
+    desk.press(Qt::Key_Return); // the back office is unreachable
     desk.wait([&] { return desk.app().loginError.value().has_value(); });
     EXPECT_THAT(desk.texts(), Contains(u"Can't reach deskline — connect to the VPN and try again."_s));
     EXPECT_EQ(desk.focusName(), u"Password");
-    EXPECT_EQ(desk.password()->selectedText().size(), 5); // the next key types over it
+    EXPECT_EQ(desk.password()->selectedText().size(), 5); // typing replaces it
 }
 
-TEST(SignIn, BeginsAnewAfterASignOut)
+TEST(SignIn, StartsOverAfterASignOut)
 {
     SignInDesk desk;
     desk.app().signedInUser = u"d.marsh"_s;
@@ -55,12 +55,12 @@ TEST(SignIn, BeginsAnewAfterASignOut)
     desk.program->screens().signIn.name = u"dana.marsh"_s;
     desk.program->screens().signIn.password = u"secret"_s;
     desk.click(desk.button(u"Sign Out"_s));
-    desk.press(Qt::Key_I, Qt::ControlModifier); // nothing behind the sign-in is reached
-    EXPECT_EQ(desk.focusName(), u"Password");   // the name is known
+    desk.press(Qt::Key_I, Qt::ControlModifier); // shortcuts behind the sign-in are disabled
+    EXPECT_EQ(desk.focusName(), u"Password");   // the name is filled in
     EXPECT_EQ(desk.password()->text(), QString());
 }
 
-TEST(InvoicePane, LooksANumberUpAndShowsWhatWarnsOfTheInvoice)
+TEST(InvoicePane, LooksUpANumberAndShowsTheInvoicesWarnings)
 {
     SignInDesk desk;
     desk.app().tab = MainTab::settings;
@@ -71,7 +71,7 @@ TEST(InvoicePane, LooksANumberUpAndShowsWhatWarnsOfTheInvoice)
     desk.type(u"12"_s);
     desk.press(Qt::Key_Return);
     EXPECT_THAT(desk.texts(), Contains(u"\"12\" doesn't look like an invoice QR code or number."_s));
-    EXPECT_FALSE(desk.label().busy); // this Return was not the form's
+    EXPECT_FALSE(desk.label().busy); // Return did not reach the form
     desk.app().scannedInvoice = DesklineInvoice{.invoiceID = u"48213"_s,
                                                 .items = {{.title = u"<b>Bar</b>"_s}},
                                                 .tracking = u"9405511899560417228011"_s,
@@ -83,11 +83,11 @@ TEST(InvoicePane, LooksANumberUpAndShowsWhatWarnsOfTheInvoice)
           u"Already has tracking: 9405511899560417228011"_s, u"<b>Bar</b>"_s, QString(400, u'W'), u"r.odell"_s})
         EXPECT_THAT(desk.texts(), Contains(text));
     emit desk.app().invoiceTaken();
-    EXPECT_TRUE(desk.label().busy); // goes on by itself
+    EXPECT_TRUE(desk.label().busy); // validates by itself
     desk.idle();
 }
 
-TEST(InvoicePane, MakesWayInANarrowWindowAndComesWhenAsked)
+TEST(InvoicePane, HidesInANarrowWindowAndOpensOnRequest)
 {
     SignInDesk desk;
     desk.composeAndRate(homeAddress());
@@ -97,7 +97,7 @@ TEST(InvoicePane, MakesWayInANarrowWindowAndComesWhenAsked)
     desk.settleAll();
     EXPECT_EQ(desk.focusName(), u"Recipient name");
     desk.press(Qt::Key_B, Qt::ControlModifier);
-    desk.press(Qt::Key_Return, Qt::ControlModifier); // brings the price back into sight, and no more
+    desk.press(Qt::Key_Return, Qt::ControlModifier); // only shows the price again
     EXPECT_EQ(desk.purchases(), 0);
     EXPECT_TRUE(desk.button(u"Buy & Print Label"_s)->isVisible());
     EXPECT_TRUE(read(desk.preferences, settings::showAddressSidebar));

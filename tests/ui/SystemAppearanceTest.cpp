@@ -9,7 +9,7 @@
 
 namespace parcelory::test {
 
-/// The desktop portal's settings, as far as they tell light from dark.
+/// The desktop portal's setting for light or dark.
 class Portal : public QObject {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.freedesktop.portal.Settings")
@@ -21,7 +21,7 @@ public slots:
     {
         EXPECT_EQ(group, QStringLiteral("org.freedesktop.appearance"));
         EXPECT_EQ(key, QStringLiteral("color-scheme"));
-        return QDBusVariant(QVariant::fromValue(QDBusVariant(scheme))); // the older versions wrap twice
+        return QDBusVariant(QVariant::fromValue(QDBusVariant(scheme))); // older versions wrap twice
     }
 
 signals:
@@ -30,10 +30,10 @@ signals:
 
 namespace {
 
-TEST(SystemAppearance, FollowsThePortalFromTheStartAndWhileTheProgramRuns)
+TEST(SystemAppearance, FollowsThePortalAtTheStartAndOnChanges)
 {
     using namespace Qt::StringLiterals;
-    QDBusConnection bus = QDBusConnection::connectToBus(QDBusConnection::SessionBus, u"portal"_s); // as another program
+    QDBusConnection bus = QDBusConnection::connectToBus(QDBusConnection::SessionBus, u"portal"_s); // another program
     if (!bus.isConnected())
         GTEST_SKIP() << "there is no session bus";
     Portal portal;
@@ -48,7 +48,7 @@ TEST(SystemAppearance, FollowsThePortalFromTheStartAndWhileTheProgramRuns)
         return changes.takeFirst().first().toBool();
     };
     EXPECT_TRUE(next());
-    emit portal.SettingChanged(u"org.gnome.desktop.interface"_s, u"color-scheme"_s, QDBusVariant(0U)); // not ours
+    emit portal.SettingChanged(u"org.gnome.desktop.interface"_s, u"color-scheme"_s, QDBusVariant(0U)); // ignored
     emit portal.SettingChanged(u"org.freedesktop.appearance"_s, u"color-scheme"_s, QDBusVariant(2U));
     EXPECT_FALSE(next());
     emit portal.SettingChanged(u"org.freedesktop.appearance"_s, u"color-scheme"_s, QDBusVariant(1U));

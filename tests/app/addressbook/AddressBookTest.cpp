@@ -22,7 +22,7 @@ protected:
 
     void finish()
     {
-        for (int turn = 0; turn < 6; ++turn) { // each step of a chain may start the next one
+        for (int turn = 0; turn < 6; ++turn) { // each step of a chain may start the next step
             workPool().waitForDone();
             settle();
         }
@@ -43,7 +43,7 @@ protected:
 
 } // namespace
 
-TEST_F(AddressBookTest, FindsFillsChangesAndTakesADeletionBack)
+TEST_F(AddressBookTest, FindsFillsDeletesAndUndoesADeletion)
 {
     EXPECT_EQ(book.status.value(), u"0 addresses"_s);
     add(u"baker"_s, u"Salem"_s);
@@ -69,7 +69,7 @@ TEST_F(AddressBookTest, FindsFillsChangesAndTakesADeletionBack)
     EXPECT_FALSE(book.deleted.value());
 }
 
-TEST_F(AddressBookTest, KeepsWhoeverALabelWasBoughtForOnce)
+TEST_F(AddressBookTest, SavesTheRecipientOfALabelOnce)
 {
     composeAndRate(homeAddress());
     run(screen().buyAndPrint());
@@ -85,7 +85,7 @@ TEST_F(AddressBookTest, KeepsWhoeverALabelWasBoughtForOnce)
     ASSERT_EQ(book.contacts().size(), 1);
     EXPECT_EQ(book.contacts()[0].phone, u"828 555 0142"_s);
 
-    // What a label is told differently stays in the book as it was.
+    // Changes made only for the label do not overwrite the book's company and phone.
     PostalContact dealer = book.contacts()[0];
     dealer.company = u"Rare Coin Exchange"_s;
     EXPECT_TRUE(runTask(book.save(dealer), &clock));
@@ -99,7 +99,7 @@ TEST_F(AddressBookTest, KeepsWhoeverALabelWasBoughtForOnce)
     EXPECT_EQ(book.contacts()[0].company, u"Rare Coin Exchange"_s);
     EXPECT_EQ(book.contacts()[0].phone, u"828 555 0142"_s);
     EXPECT_EQ(book.contacts()[0].zip, u"28801-6168"_s);
-    checked.street1 = u"418 Elm St"_s; // somebody of the same name around the corner
+    checked.street1 = u"418 Elm St"_s; // another person with the same name
     run(book.keep(checked, true));
     EXPECT_EQ(book.contacts().size(), 2);
     run(book.remove(book.contacts()[0].street1 == checked.street1 ? book.contacts()[0] : book.contacts()[1]));
@@ -113,7 +113,7 @@ TEST_F(AddressBookTest, KeepsWhoeverALabelWasBoughtForOnce)
     EXPECT_EQ(book.contacts().size(), 1);
 }
 
-TEST_F(AddressBookTest, ImportsAFileOrSaysWhyNotAndStaysAsItWas)
+TEST_F(AddressBookTest, ImportsAFileOrReportsWhyNotAndStaysUnchanged)
 {
     const auto import = [this](const QString &name, const QByteArray &bytes, auto how) {
         prompts.file = path(name);

@@ -44,7 +44,7 @@ protected:
 
 } // namespace
 
-TEST_F(LabelDevicesTest, WeighsOnlyWhatIsSteadyAndNotSoldYet)
+TEST_F(LabelDevicesTest, WeighsOnlyAParcelThatIsSteadyAndNotSoldYet)
 {
     EXPECT_EQ(weigh(), u"No scale detected"_s);
     plug();
@@ -61,8 +61,8 @@ TEST_F(LabelDevicesTest, WeighsOnlyWhatIsSteadyAndNotSoldYet)
     app->draftTo = homeAddress();
     screen().mailpiece = PresetMailpiece{u"uline-s-5148"_s};
     run(screen().fetchRates());
-    put(173);       // taken off to be taped, and put back
-    report(3, 180); // a hand on the parcel while Buy is pressed
+    put(173);       // taken off for taping and put back
+    report(3, 180); // a hand leans on the parcel during Buy
     buy();
     report(4, 173);
     ASSERT_EQ(app->log.records().size(), 1) << banner().toStdString();
@@ -74,7 +74,7 @@ TEST_F(LabelDevicesTest, WeighsOnlyWhatIsSteadyAndNotSoldYet)
     EXPECT_EQ(weight(), u"0/12.4"_s);
 }
 
-TEST_F(LabelDevicesTest, NothingOfASoldParcelIsLeftForTheNextOneThatIsBegunMeanwhile)
+TEST_F(LabelDevicesTest, ASoldParcelLeavesNothingInADraftStartedDuringThePurchase)
 {
     composeAndRate(homeAddress());
     screen().insuranceValue = u"412"_s;
@@ -105,7 +105,7 @@ TEST_F(LabelDevicesTest, ValidationWeighsAParcelThatHasNoWeightYet)
     EXPECT_FALSE(screen().rates.value().isEmpty());
 }
 
-TEST_F(LabelDevicesTest, AParcelThatUspsTakesAbroadGetsItsInvoiceAndKeepsIt)
+TEST_F(LabelDevicesTest, AnInternationalUspsParcelPrintsAndStoresItsInvoice)
 {
     preferences.setValue(u"printer.documentQueue"_s, u"Laser"_s);
     buyAbroad();
@@ -126,7 +126,7 @@ TEST_F(LabelDevicesTest, AParcelThatUspsTakesAbroadGetsItsInvoiceAndKeepsIt)
     EXPECT_FALSE(screen().purchaseComplete());
     EXPECT_EQ(desktop.opened.size(), 1);
 
-    screen().printInvoiceWithRates = false; // kept for a reprint, not printed
+    screen().printInvoiceWithRates = false; // stored for a reprint, not printed
     buyAbroad();
     EXPECT_EQ(desktop.opened.size(), 1);
     EXPECT_TRUE(app->log.records().first().hasCustomsPDF);
@@ -141,7 +141,7 @@ TEST_F(LabelDevicesTest, AParcelThatUspsTakesAbroadGetsItsInvoiceAndKeepsIt)
     settle();
 }
 
-TEST_F(LabelDevicesTest, CustomsPapersThatTheLogLacksAreFetchedOnceAndKept)
+TEST_F(LabelDevicesTest, CustomsDocumentsMissingInTheLogAreFetchedOnceAndStored)
 {
     composeParcel(londonAddress());
     screen().carrier = Carrier::fedex;
@@ -154,7 +154,7 @@ TEST_F(LabelDevicesTest, CustomsPapersThatTheLogLacksAreFetchedOnceAndKept)
     record.zpl = "^XA^XZ";
     record.createdAt = record.createdAt.addSecs(60);
     record.customsPDF = std::nullopt;
-    ASSERT_TRUE(app->log.insert(record)); // as an earlier version would have logged it
+    ASSERT_TRUE(app->log.insert(record)); // like a row logged by an earlier version
     settle();
     const ShipmentRecord bare = app->log.records().first();
     MailingLogScreen log(*app);

@@ -28,7 +28,7 @@ TEST_F(LabelDraftTest, IsCompleteOnlyWithSenderRecipientAndWeight)
     EXPECT_EQ(screen().ratesHint(), u"Need a sender address, recipient, and weight before rating."_s);
     screen().weightOz = u" .5 "_s;
     EXPECT_TRUE(screen().formComplete());
-    const SenderProfile added = app->senders.add(); // its country alone is no address
+    const SenderProfile added = app->senders.add(); // a country alone is not an address
     screen().senderID = added.id;
     EXPECT_FALSE(screen().formComplete());
     EXPECT_EQ(screen().senderHint(), u"This profile has no address yet — fill it in under Settings."_s);
@@ -68,7 +68,7 @@ TEST_F(LabelDraftTest, TakesSizesFromBoxesAndForgetsThemWithTheBox)
     EXPECT_EQ(screen().mailpieceName(), u"ULINE S-4344"_s);
     box.length = u"30"_s;
     app->boxes.profiles = QList{box};
-    EXPECT_EQ(screen().dimLength.value(), u"30"_s); // edited in Settings while it is in use
+    EXPECT_EQ(screen().dimLength.value(), u"30"_s); // edited in Settings while in use
     app->boxes.remove(box.id);
     EXPECT_EQ(screen().mailpieceName(), u"Package"_s);
     EXPECT_EQ(screen().dimLength.value(), u""_s);
@@ -76,7 +76,7 @@ TEST_F(LabelDraftTest, TakesSizesFromBoxesAndForgetsThemWithTheBox)
     screen().mailpiece = BuiltinMailpiece::mediumFlatRateBox;
     EXPECT_TRUE(screen().flatRateLocked());
     EXPECT_EQ(screen().classHint(), u"Flat Rate ships Priority Mail"_s);
-    screen().carrier = Carrier::fedex; // a flat-rate box is not FedEx's
+    screen().carrier = Carrier::fedex; // FedEx has no flat-rate box
     EXPECT_EQ(screen().mailpieceName(), u"Package"_s);
 }
 
@@ -100,7 +100,7 @@ TEST_F(LabelDraftTest, TakesAFilledRecipientEveryTimeItIsPushed)
     EXPECT_EQ(changes, 1) << "a change of the mailing log is a change of the application";
 }
 
-TEST_F(LabelDraftTest, DeclaresWhatTheInvoiceSaysAndNothingOfTheLastOne)
+TEST_F(LabelDraftTest, DeclaresTheInvoicesValuesAndNoneOfThePreviousInvoice)
 {
     const auto fill = [this](const QString &id, const QString &item, const QString &total) {
         DesklineInvoice invoice{.invoiceID = id, .address = londonAddress()};

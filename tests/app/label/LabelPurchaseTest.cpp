@@ -83,7 +83,7 @@ TEST_F(LabelPurchaseTest, ABurstOfPressesBuysOneLabel)
     EXPECT_EQ(app->log.records().size(), 1);
 }
 
-TEST_F(LabelPurchaseTest, ALabelThatCouldNotBePrintedIsLoggedAllTheSame)
+TEST_F(LabelPurchaseTest, ALabelThatCouldNotBePrintedIsStillLogged)
 {
     const auto failsWith = [&](const QString &reason) {
         EXPECT_TRUE(banner().endsWith(u" (print failed: "_s + reason + u" — use Reprint from the log)"_s))
@@ -143,7 +143,7 @@ TEST_F(LabelPurchaseTest, AFedexParcelAbroadBringsItsCustomsDocument)
     EXPECT_FALSE(app->log.customsPDF(newest().id));
 }
 
-TEST_F(LabelPurchaseTest, APurchaseWithoutALabelIsNotLostFromTheErrorLog)
+TEST_F(LabelPurchaseTest, APurchaseWithoutALabelIsInTheErrorLog)
 {
     rateHome();
     carrier.setScenario({.emptyLabelUrl = true});
@@ -154,7 +154,7 @@ TEST_F(LabelPurchaseTest, APurchaseWithoutALabelIsNotLostFromTheErrorLog)
     EXPECT_FALSE(screen().selectedRate()) << "the next press must not buy it again";
 }
 
-TEST_F(LabelPurchaseTest, ARefusedPurchaseLeavesTheRatesAndAnUnsettledOneDoesNot)
+TEST_F(LabelPurchaseTest, ARejectedPurchaseKeepsTheRatesAndAnUnresolvedPurchaseDoesNot)
 {
     rateHome();
     carrier.setScenario({.purchaseFails = true, .purchaseMessages = {u"Insufficient funds."_s}});
@@ -175,7 +175,7 @@ TEST_F(LabelPurchaseTest, ARefusedPurchaseLeavesTheRatesAndAnUnsettledOneDoesNot
 TEST_F(LabelPurchaseTest, ARowThatCannotBeWrittenIsReportedWithItsNumbers)
 {
     rateHome();
-    QDir(folder.path()).mkdir(u"mailing_log.sqlite-journal"_s); // SQLite cannot make its journal
+    QDir(folder.path()).mkdir(u"mailing_log.sqlite-journal"_s); // SQLite cannot create its journal
     buy();
     EXPECT_TRUE(banner().contains(u"the mailing log could not be written — note the tracking number "_s))
         << banner().toStdString();
@@ -195,10 +195,10 @@ TEST_F(LabelPurchaseTest, WhatTheClerkTypesDuringAPurchaseIsKept)
 }
 
 namespace {
-QByteArray logged; ///< what the program has said to whoever reads its output
+QByteArray logged; ///< the program's diagnostic output
 } // namespace
 
-TEST_F(LabelPurchaseTest, NoSecretLeavesTheKeychainWhateverGoesWrong)
+TEST_F(LabelPurchaseTest, NoFailureLeaksASecret)
 {
     const auto former = qInstallMessageHandler(
         [](QtMsgType, const QMessageLogContext &, const QString &text) { logged += text.toUtf8(); });
@@ -214,7 +214,7 @@ TEST_F(LabelPurchaseTest, NoSecretLeavesTheKeychainWhateverGoesWrong)
         buy();
         carrier.setScenario({});
         run(screen().purchases.checkAgain());
-        runUntil([this] { return !screen().purchases.checking; }); // it may have begun by itself
+        runUntil([this] { return !screen().purchases.checking; }); // a check may have started by itself
     }
     errors->flush();
     qInstallMessageHandler(former);

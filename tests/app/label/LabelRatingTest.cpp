@@ -24,7 +24,7 @@ protected:
         to.street2 = QString();
         return to;
     }
-    /// Answers the next shipment request with these rates.
+    /// Makes the carrier answer the next shipment request with these rates.
     void answerRates(const QByteArray &rates)
     {
         CarrierScenario scenario;
@@ -130,14 +130,14 @@ TEST_F(LabelRatingTest, KeepsTheCarriersOwnRatesCheapestFirstAndEqualOnesInOrder
     EXPECT_EQ(screen().selectedRateID.value(), u"c"_s) << "the cheaper one of the wanted class";
     EXPECT_EQ(LabelScreen::transitText(screen().rates.value().first()), u"Unknown"_s);
 
-    screen().svcClass = ServiceClass::fedexFirstOvernight; // the rates stay true, only the choice changes
+    screen().svcClass = ServiceClass::fedexFirstOvernight; // the rates stay valid, only the choice changes
     EXPECT_FALSE(screen().selectedRate());
     EXPECT_TRUE(banner().endsWith(u" rate came back — pick from the list."_s));
     screen().svcClass = ServiceClass::fedexGround;
     EXPECT_EQ(screen().selectedRateID.value(), u"a"_s);
 }
 
-TEST_F(LabelRatingTest, AFlatRateShipsPriorityMailWhateverTheClassSays)
+TEST_F(LabelRatingTest, AFlatRateShipsPriorityMailInEveryClass)
 {
     screen().mailpiece = BuiltinMailpiece::smallFlatRateBox;
     screen().svcClass = ServiceClass::express;
@@ -146,7 +146,7 @@ TEST_F(LabelRatingTest, AFlatRateShipsPriorityMailWhateverTheClassSays)
     EXPECT_EQ(sent("/shipments/").last()["parcels"][0]["template"], "USPS_SmallFlatRateBox");
 }
 
-TEST_F(LabelRatingTest, SaysWhenNoRatesComeBackAndLeavesTheDraftUsableAfterAFailure)
+TEST_F(LabelRatingTest, ReportsMissingRatesAndKeepsTheDraftUsableAfterAFailure)
 {
     carrier.setScenario({.fedexConnected = false});
     screen().carrier = Carrier::fedex;
@@ -169,7 +169,7 @@ TEST_F(LabelRatingTest, SaysWhenNoRatesComeBackAndLeavesTheDraftUsableAfterAFail
     EXPECT_FALSE(screen().rates.value().isEmpty());
 }
 
-TEST_F(LabelRatingTest, DropsRatesThatComeBackToADraftEditedMeanwhile)
+TEST_F(LabelRatingTest, DiscardsRatesForADraftEditedInTheMeantime)
 {
     composeParcel(homeAddress());
     Task<> rating = screen().fetchRates();
@@ -180,7 +180,7 @@ TEST_F(LabelRatingTest, DropsRatesThatComeBackToADraftEditedMeanwhile)
     EXPECT_TRUE(bannerIsWarning());
 }
 
-TEST_F(LabelRatingTest, ValidationAdoptsTheStandardisedAddressAndGoesOnToRating)
+TEST_F(LabelRatingTest, ValidationAdoptsTheStandardizedAddressAndContinuesWithRating)
 {
     composeParcel(homeAddress());
     run(screen().validate());
@@ -214,7 +214,7 @@ TEST_F(LabelRatingTest, ValidationSaysWhatIsStillMissing)
     EXPECT_EQ(requestsTo("/addresses"), 2);
 }
 
-TEST_F(LabelRatingTest, ARefusedAddressLeavesTheDraftAsItWas)
+TEST_F(LabelRatingTest, ARejectedAddressLeavesTheDraftUnchanged)
 {
     for (const auto &[street, status] : {std::pair{u"9 Nowhere Ln"_s, u"The address as submitted could not be found"_s},
                                          std::pair{u"9 Silent Way"_s, u"Address could not be validated."_s},
@@ -231,7 +231,7 @@ TEST_F(LabelRatingTest, ARefusedAddressLeavesTheDraftAsItWas)
     }
 }
 
-TEST_F(LabelRatingTest, AsksBeforeAStandardisedAddressLosesANumber)
+TEST_F(LabelRatingTest, AsksBeforeAStandardizedAddressLosesANumber)
 {
     composeParcel(boxAddress());
     run(screen().validate());
@@ -251,7 +251,7 @@ TEST_F(LabelRatingTest, AsksBeforeAStandardisedAddressLosesANumber)
     EXPECT_EQ(app->draftTo.value().street1, u"PO BOX 239"_s);
 }
 
-TEST_F(LabelRatingTest, AVerdictIsNotForARecipientFilledInBehindTheDialog)
+TEST_F(LabelRatingTest, AVerdictDoesNotApplyToARecipientFilledInBehindTheDialog)
 {
     prompts.answer = 1;
     prompts.whileAsked = [&] { app->fillRecipient({.name = u"Other Person"_s, .street1 = u"1 Main St"_s}); };
@@ -263,7 +263,7 @@ TEST_F(LabelRatingTest, AVerdictIsNotForARecipientFilledInBehindTheDialog)
     EXPECT_TRUE(screen().rates.value().isEmpty());
 }
 
-TEST_F(LabelRatingTest, AFailedCheckForgetsTheOldVerdictAndKeepsItsMessage)
+TEST_F(LabelRatingTest, AFailedCheckClearsTheOldVerdictAndKeepsItsMessage)
 {
     composeParcel(homeAddress());
     run(screen().validate());

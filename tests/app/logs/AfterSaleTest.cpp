@@ -26,7 +26,7 @@ protected:
         buy();
         return log.records().value(0);
     }
-    /// A shipment in the log that nobody bought here.
+    /// Adds a shipment to the log without a purchase.
     ShipmentRecord logged(ShipmentRecord record)
     {
         EXPECT_TRUE(app->log.insert(record));
@@ -42,7 +42,7 @@ protected:
 
 } // namespace
 
-TEST_F(AfterSaleTest, ARefundEndsAsTheCarrierAnswersAndIsAskedForOnce)
+TEST_F(AfterSaleTest, ARefundEndsAsTheCarrierRespondsAndIsRequestedOnce)
 {
     const QString approval = u" — USPS refunds take up to 14 days to approve."_s;
     struct Row {
@@ -67,7 +67,7 @@ TEST_F(AfterSaleTest, ARefundEndsAsTheCarrierAnswersAndIsAskedForOnce)
         answer("refunds", row.answer, row.http);
         carrier.clearRequests();
         log.message = QString();
-        // As soon as the carrier is asked, the log already says so: the program may end here.
+        // The log marks the refund before the request is sent, because the program may exit at any time.
         bool marked = false;
         QObject here;
         QObject::connect(&log, &MailingLogScreen::recordsChanged, &here,
@@ -78,14 +78,14 @@ TEST_F(AfterSaleTest, ARefundEndsAsTheCarrierAnswersAndIsAskedForOnce)
         EXPECT_EQ(log.message.value(), row.message);
         EXPECT_EQ(carrier.requests().size(), 1);
         run(log.refund(log.records().value(0)));
-        const bool again = row.status != u"REFUNDED"; // refused: tried again; pending: the carrier is asked how it is
+        const bool again = row.status != u"REFUNDED"; // after a failure, requests again; if pending, looks up the state
         EXPECT_EQ(carrier.requests().size(), again ? 2 : 1);
         if (row.status == u"REFUND_PENDING")
             EXPECT_EQ(carrier.requests().last().target, "/transactions/" + transactionId().toUtf8());
     }
     EXPECT_EQ(errors->entries().first().context, u"Refund"_s);
 
-    // Of this one the program had only the mark written when it ended.
+    // The program exited after it had written only this mark.
     ShipmentRecord marked = shipmentTo(u"Eve"_s, ++minute);
     marked.transactionID = transactionId(9);
     marked.status = u"REFUND_PENDING"_s;
@@ -110,7 +110,7 @@ TEST_F(AfterSaleTest, ARefundEndsAsTheCarrierAnswersAndIsAskedForOnce)
     EXPECT_TRUE(prompts.questions.last().text.contains(u"Ben"_s) && prompts.questions.last().text.contains(u"$7.40"_s));
 }
 
-TEST_F(AfterSaleTest, LearnsOfRefundsOnceAMinuteAndFiftyAtATime)
+TEST_F(AfterSaleTest, PollsRefundsOnceAMinuteAndFiftyAtATime)
 {
     for (int number = 0; number < 51; ++number) {
         ShipmentRecord record = shipmentTo(u"Recipient %1"_s.arg(number), number);
@@ -132,7 +132,7 @@ TEST_F(AfterSaleTest, LearnsOfRefundsOnceAMinuteAndFiftyAtATime)
     EXPECT_EQ(log.records().value(1).status, u"REFUND_ERROR"_s);
 }
 
-TEST_F(AfterSaleTest, TheCarriersWordForAParcelChangesTheLogOnlyOnDelivery)
+TEST_F(AfterSaleTest, ATrackingStatusChangesTheLogOnlyOnDelivery)
 {
     ShipmentRecord record = shipmentTo(u"Ana"_s, 1);
     record.tracking = u"794600000003"_s;
@@ -163,7 +163,7 @@ TEST_F(AfterSaleTest, TheCarriersWordForAParcelChangesTheLogOnlyOnDelivery)
     EXPECT_EQ(desktop.opened, QStringList{record.trackingURL});
 }
 
-TEST_F(AfterSaleTest, AScanFormIsMadeOfTodaysLabelsOfTheKeysKind)
+TEST_F(AfterSaleTest, AScanFormIsMadeOfTodaysLabelsOfTheActiveKeysMode)
 {
     const auto make = [this] { run(app->createScanForm(deskAddress())); };
     ShipmentRecord live = shipmentTo(u"Ana"_s, 1);
@@ -209,7 +209,7 @@ TEST_F(AfterSaleTest, AScanFormIsMadeOfTodaysLabelsOfTheKeysKind)
     EXPECT_TRUE(prompts.questions.last().text.contains(u"It is on the SCAN form of "_s));
 }
 
-TEST_F(AfterSaleTest, AScanFormWhoseAnswerIsLostIsFetchedWithTheNextPress)
+TEST_F(AfterSaleTest, AScanFormWhoseResponseIsLostIsFetchedWithTheNextPress)
 {
     const auto make = [this] { run(app->createScanForm(deskAddress())); };
     const ShipmentRecord label = bought();
@@ -227,9 +227,9 @@ TEST_F(AfterSaleTest, AScanFormWhoseAnswerIsLostIsFetchedWithTheNextPress)
     EXPECT_EQ(form.transactions, QStringList(label.transactionID));
     EXPECT_EQ(app->scanForms.documents(form.id).size(), 2);
 
-    // Of this one the carrier has never heard, and says so once it can be sure.
+    // The carrier never received this request, which counts as certain only after a minute.
     bought();
-    prompts.answer = 1; // the other label stands on the first form
+    prompts.answer = 1; // the other label is on the first form
     answer("manifests", {}, 500);
     make();
     make();
@@ -244,10 +244,10 @@ TEST_F(AfterSaleTest, AScanFormWhoseAnswerIsLostIsFetchedWithTheNextPress)
     EXPECT_TRUE(app->scanForms.underWay(true).isEmpty());
 }
 
-TEST_F(AfterSaleTest, ARefundWhoseAnswerIsLostIsSettledByAskingTheCarrier)
+TEST_F(AfterSaleTest, ARefundWhoseResponseIsLostIsResolvedByALookup)
 {
     const std::pair<CarrierScenario, QString> rows[] = {
-        {{.droppedPath = "refunds"}, u"REFUNDED"_s}, // it was carried out, but the connection ended before the answer
+        {{.droppedPath = "refunds"}, u"REFUNDED"_s}, // refunded, but the response was lost
         {{.failNext = CarrierFailure{.pathPrefix = "refunds"}}, u"REFUND_ERROR"_s}};
     prompts.answer = 1;
     for (const auto &[scenario, settled] : rows) {
@@ -266,7 +266,7 @@ TEST_F(AfterSaleTest, ARefundWhoseAnswerIsLostIsSettledByAskingTheCarrier)
     }
 }
 
-TEST_F(AfterSaleTest, WhatTheCarrierSaidOfAParcelSpeaksAgainstItsRefund)
+TEST_F(AfterSaleTest, ATrackingStatusCausesAWarningBeforeARefund)
 {
     const ShipmentRecord label = bought();
     carrier.setScenario({.trackedAs = u"TRANSIT"_s});
@@ -282,7 +282,7 @@ TEST_F(AfterSaleTest, WhatTheCarrierSaidOfAParcelSpeaksAgainstItsRefund)
     EXPECT_EQ(carrier.requests().size(), 0);
 }
 
-TEST_F(AfterSaleTest, TheWholeLogGoesToAFileAndComesBackTwice)
+TEST_F(AfterSaleTest, TheWholeLogIsExportedAndImportedAgain)
 {
     logged(shipmentTo(u"Ana"_s, 1));
     prompts.file = path(u"out.csv"_s);
@@ -293,7 +293,7 @@ TEST_F(AfterSaleTest, TheWholeLogGoesToAFileAndComesBackTwice)
     EXPECT_EQ(log.message.value(), u"Imported 1 shipments from out.csv"_s);
     EXPECT_EQ(log.records().size(), 2);
 
-    // Given up in the middle, both leave what was there.
+    // A canceled export leaves the file unchanged.
     QFile before(prompts.file);
     ASSERT_TRUE(before.open(QIODevice::ReadOnly));
     const QByteArray bytes = before.readAll();
@@ -311,7 +311,7 @@ TEST_F(AfterSaleTest, TheWholeLogGoesToAFileAndComesBackTwice)
     run(log.importCSV());
     EXPECT_TRUE(log.message.value().startsWith(u"Import failed: "_s));
     EXPECT_EQ(errors->entries().first().context, u"Import CSV"_s);
-    prompts.file = QString(); // the clerk thinks better of it
+    prompts.file = QString(); // the clerk cancels
     log.message = QString();
     run(log.exportCSV());
     EXPECT_EQ(log.message.value(), QString());

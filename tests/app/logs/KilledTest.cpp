@@ -1,4 +1,4 @@
-// The program is killed in the middle of something; what the next start finds is true.
+// The program is killed during an operation; the next start must find the true state.
 
 #include "app/logs/MailingLogScreen.h"
 #include "app/logs/SaveFile.h"
@@ -13,8 +13,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// A desk whose folder and carrier a test shares with the process in which its fatal part runs. That process begins
-/// the test anew and skips everything else.
+/// A desk whose folder and carrier the test shares with the process that is killed. That process runs the same test
+/// from the start and skips everything but the fatal part.
 class Killed : public testing::Test, public LabelDesk {
 protected:
     Killed() : isVictim(qEnvironmentVariableIsSet("PARCELORY_KILLED_IN"))
@@ -33,7 +33,7 @@ protected:
     static QString folder() { return qEnvironmentVariable("PARCELORY_KILLED_IN"); }
     static void die() { ::kill(::getpid(), SIGKILL); }
 
-    /// Only one program at a time has the books.
+    /// Required before another program starts, because only one program at a time can hold the records.
     void closeProgram()
     {
         workPool().waitForDone();
@@ -58,7 +58,7 @@ protected:
         return runTask(app->shippo.transaction(record.transactionID), &clock).status;
     }
 
-    /// Dies when the event loop has turned so often since `work` began, or when it is done.
+    /// Dies after `turns` turns of the event loop since the start of `work`, or at its end.
     static void dieAfter(int turns, const std::function<Task<>(AppState &)> &work)
     {
         CarrierDesk desk;
@@ -91,7 +91,7 @@ protected:
             EXPECT_TRUE(log.insert(shipmentTo(u"Ana"_s), false));
         std::ignore = saveFile(folder() + u"/out.csv"_s, [&log](QIODevice &file) {
             const bool written = log.exportEndiciaCSV(file);
-            die(); // all is written, but not yet in its place
+            die(); // everything is written, but the file is not yet renamed
             return written;
         });
     }
@@ -101,7 +101,7 @@ protected:
 
 constexpr int rounds = 24;
 
-/// In the last round it dies when all is done, however often a busy machine turns the loop until then.
+/// In the last round it dies at the end of the work, however many turns that takes on a busy machine.
 constexpr int inRound(int turns)
 {
     return turns + 1 < rounds ? turns : std::numeric_limits<int>::max();
@@ -109,7 +109,7 @@ constexpr int inRound(int turns)
 
 } // namespace
 
-TEST_F(Killed, AtAnyMomentOfARefundTheNextStartLearnsWhatBecameOfIt)
+TEST_F(Killed, AtAnyMomentOfARefundTheNextStartFindsItsOutcome)
 {
     QMap<QString, int> ends;
     for (int turns = 0; turns < rounds; ++turns) {
@@ -135,7 +135,7 @@ TEST_F(Killed, AtAnyMomentOfARefundTheNextStartLearnsWhatBecameOfIt)
     }
     if (isVictim)
         return;
-    // The states that a kill can leave. A busy machine's loop may turn past one of those in between.
+    // The states that a kill can leave. On a busy machine, a turn of the loop may skip one of the intermediate states.
     const QStringList states = {u"PRINTED SUCCESS"_s, u"REFUNDED REFUNDED"_s, u"REFUND_PENDING REFUNDED"_s,
                                 u"REFUND_PENDING SUCCESS"_s};
     EXPECT_GE(ends.size(), 3);
@@ -143,7 +143,7 @@ TEST_F(Killed, AtAnyMomentOfARefundTheNextStartLearnsWhatBecameOfIt)
         EXPECT_TRUE(states.contains(end)) << end.toStdString();
 }
 
-TEST_F(Killed, AtAnyMomentOfAScanFormNoFormIsLost)
+TEST_F(Killed, AtAnyMomentOfAScanFormRequestNoFormIsLost)
 {
     int recovered = 0;
     for (int turns = 0; turns < rounds; ++turns) {
@@ -161,7 +161,7 @@ TEST_F(Killed, AtAnyMomentOfAScanFormNoFormIsLost)
         if (app->scanForms.finished(1).value(0).transactions.contains(label.transactionID)) {
             ++recovered;
         } else {
-            prompts.answer = 1; // the labels of the earlier rounds stand on forms
+            prompts.answer = 1; // the labels of the earlier rounds are on forms
             run(app->createScanForm(deskAddress()));
         }
         const QList<ScanForm> forms = app->scanForms.finished(1);
@@ -173,7 +173,7 @@ TEST_F(Killed, AtAnyMomentOfAScanFormNoFormIsLost)
         EXPECT_TRUE(recovered > 0 && recovered < rounds) << recovered;
 }
 
-TEST_F(Killed, WhileItExportsTheFormerFileStays)
+TEST_F(Killed, DuringAnExportTheOldFileStays)
 {
     const QString path = folder() + u"/out.csv"_s;
     if (!isVictim)

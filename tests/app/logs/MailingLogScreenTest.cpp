@@ -14,7 +14,7 @@ class MailingLogScreenTest : public testing::Test, public LabelDesk {
 protected:
     MailingLogScreen log{*app};
 
-    void TearDown() override // a query that nobody waited for comes back to the screen
+    void TearDown() override // a query that the test did not wait for still reports to the screen
     {
         workPool().waitForDone();
         settle();
@@ -36,10 +36,10 @@ protected:
 
 } // namespace
 
-TEST_F(MailingLogScreenTest, TheListMatchesWhatIsTypedWhateverElseReloadsIt)
+TEST_F(MailingLogScreenTest, TheListMatchesTheSearchThroughEveryReload)
 {
     QList<QStringList> lists;
-    QObject here; // what comes after the test must not reach its variables
+    QObject here; // disconnects late signals from the test's variables
     QObject::connect(&log, &MailingLogScreen::recordsChanged, &here, [&] {
         QStringList &list = lists.emplaceBack();
         for (const ShipmentRecord &record : log.records())
@@ -74,7 +74,7 @@ TEST_F(MailingLogScreenTest, TheListMatchesWhatIsTypedWhateverElseReloadsIt)
     waitFor({u"Anabel"_s, u"Zoe"_s, u"Ben"_s, u"Ana"_s});
 }
 
-TEST_F(MailingLogScreenTest, PrintsAgainFromTheBytesThatAreNearest)
+TEST_F(MailingLogScreenTest, ReprintsFromTheNearestCopyOfTheLabel)
 {
     const ShipmentRecord row = bought();
     const QByteArray label = *app->log.zpl(row.id);
@@ -112,7 +112,7 @@ TEST_F(MailingLogScreenTest, PrintsAgainFromTheBytesThatAreNearest)
     EXPECT_TRUE(app->errors.entries().isEmpty());
 }
 
-TEST_F(MailingLogScreenTest, TheFirstReprintOfALabelIsNoQuestionAndTheSecondIs)
+TEST_F(MailingLogScreenTest, OnlyTheSecondReprintOfALabelAsks)
 {
     const ShipmentRecord row = bought();
     run(screen().reprintLast());
@@ -128,14 +128,14 @@ TEST_F(MailingLogScreenTest, TheFirstReprintOfALabelIsNoQuestionAndTheSecondIs)
     EXPECT_EQ(printed(), 4);
     EXPECT_TRUE(prompts.questions.last().text.contains(u"It was reprinted 2 times, last on "_s));
 
-    EXPECT_TRUE(app->log.setStatus(row.id, u"REFUNDED"_s)); // by another desk: the list still shows it as printed
+    EXPECT_TRUE(app->log.setStatus(row.id, u"REFUNDED"_s)); // by another desk; the list still shows PRINTED
     prompts.answer = 0;
     run(log.reprint(row));
     EXPECT_TRUE(prompts.questions.last().text.contains(u"It was refunded"_s));
     EXPECT_EQ(printed(), 4);
 }
 
-TEST_F(MailingLogScreenTest, AFailedReprintIsToldAndRecordedAndPrintsNothing)
+TEST_F(MailingLogScreenTest, AFailedReprintIsShownAndLoggedAndPrintsNothing)
 {
     const ShipmentRecord row = bought();
     ShipmentRecord bare = row, lost = row;
@@ -145,7 +145,7 @@ TEST_F(MailingLogScreenTest, AFailedReprintIsToldAndRecordedAndPrintsNothing)
     const struct {
         ShipmentRecord record;
         LabelAnswer link;
-        const char *queue; ///< what lpstat says of it
+        const char *queue; ///< lpstat's output
         QString message;
         bool alert;
     } cases[] = {
@@ -180,7 +180,7 @@ TEST_F(MailingLogScreenTest, CopiesTheBareTrackingNumber)
     EXPECT_EQ(log.message.value(), u"Copied tracking 9405511899560417228890"_s);
 }
 
-TEST(ShipmentStatus, HasItsWordsForTheClerk)
+TEST(ShipmentStatus, HasTextsForTheClerk)
 {
     const QString pending = u"Refund pending (USPS: up to 14 days)"_s;
     const struct {

@@ -1,4 +1,4 @@
-// The program is killed at every step of a purchase; the next start has every label in its books, once.
+// The program is killed at every step of a purchase; after the next start, every label is logged exactly once.
 
 #include "support/LabelDesk.h"
 #include "support/Printing.h"
@@ -14,12 +14,12 @@ namespace {
 
 struct End {
     bool wasKilled;
-    int labels; ///< that the carrier has sold
+    int labels; ///< sold by the carrier
     int rows;
-    int shown; ///< rows and questions at once after the start
+    int shown; ///< rows and unresolved purchases right after the start
 };
 
-/// One desk's life: killed at a step of its purchase, then started again.
+/// Kills a desk at a step of its purchase, then starts it again.
 End dieAndStartAgain(int step, const CarrierScenario &scenario)
 {
     LabelDesk desk;
@@ -74,12 +74,12 @@ void killAtEveryStep(const CarrierScenario &scenario)
 
 } // namespace
 
-TEST(KilledDuringAPurchase, EveryLabelIsInTheBooksOnce)
+TEST(KilledDuringAPurchase, EveryLabelIsLoggedOnce)
 {
     killAtEveryStep({});
 }
 
-TEST(KilledDuringAPurchase, AlsoOneWhoseAnswerWasLost)
+TEST(KilledDuringAPurchase, EveryLabelWhoseResponseIsLostIsLoggedOnce)
 {
     killAtEveryStep({.droppedPath = "transactions/"});
 }

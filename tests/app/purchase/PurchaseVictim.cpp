@@ -1,6 +1,6 @@
-// A desk that buys one label and is killed on the way: `purchase_victim FOLDER CARRIER STEP` dies at the STEP-th thing
-// that it does after the button was pressed (a request sent, an answer come, a tool run, a commit about to be made).
-// It ends normally when there is no such step.
+// A desk that buys one label and is killed during the purchase: `purchase_victim FOLDER CARRIER STEP` dies at step STEP
+// after Buy (sending a request, receiving a response, running a tool, committing to a database). It exits normally if
+// the purchase has fewer steps.
 
 #include "app/label/LabelScreen.h"
 #include "practice/carrier/PracticeCarrier.h"
@@ -18,7 +18,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-std::atomic<int> stepsLeft = -1; ///< negative: nothing counts yet
+std::atomic<int> stepsLeft = -1; ///< negative: not counting yet
 
 void step()
 {

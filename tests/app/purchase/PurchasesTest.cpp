@@ -27,7 +27,7 @@ protected:
     void checkAgain()
     {
         run(purchases().checkAgain());
-        runUntil([this] { return !purchases().checking; }); // it may have begun by itself
+        runUntil([this] { return !purchases().checking; }); // a check may have started by itself
     }
     void restart()
     {
@@ -39,7 +39,7 @@ protected:
         settle();
         run(purchases().resume());
     }
-    /// The transactions that the carrier has sold, and those in the mailing log.
+    /// The ids of the transactions sold by the carrier, and of those in the mailing log.
     QList<QString> sold()
     {
         QList<QString> ids;
@@ -59,7 +59,7 @@ protected:
     }
 };
 
-/// The answer does not say whether the label was sold.
+/// A purchase whose response does not say whether the label was sold.
 CarrierScenario failingPurchase(int status = 500)
 {
     CarrierScenario scenario;
@@ -69,7 +69,7 @@ CarrierScenario failingPurchase(int status = 500)
 
 } // namespace
 
-TEST_F(PurchasesTest, ALabelWhoseAnswerWasLostIsFoundPrintedAndLogged)
+TEST_F(PurchasesTest, ALabelWhoseResponseIsLostIsFoundPrintedAndLogged)
 {
     rate();
     carrier.setScenario({.droppedPath = "transactions/"});
@@ -81,10 +81,10 @@ TEST_F(PurchasesTest, ALabelWhoseAnswerWasLostIsFoundPrintedAndLogged)
     EXPECT_TRUE(app->journal.openPurchases().isEmpty());
 }
 
-TEST_F(PurchasesTest, WhileTheCarrierCannotBeAskedBuyingIsClosedForThatRecipient)
+TEST_F(PurchasesTest, BuyingIsDisabledForTheRecipientWhileTheCarrierIsUnreachable)
 {
     rate();
-    carrier.setScenario({.dropConnection = true}); // it sells the label all the same
+    carrier.setScenario({.dropConnection = true}); // it still sells the label
     press();
     EXPECT_TRUE(banner().contains(u"The label may have been bought all the same"_s)) << banner().toStdString();
     EXPECT_TRUE(screen().isBuyClosed());
@@ -105,7 +105,7 @@ TEST_F(PurchasesTest, WhileTheCarrierCannotBeAskedBuyingIsClosedForThatRecipient
     EXPECT_TRUE(purchases().resolved.value().isEmpty());
 }
 
-TEST_F(PurchasesTest, WhatTheCarrierDoesNotKnowAfterAMinuteWasNotBought)
+TEST_F(PurchasesTest, APurchaseNotFoundAfterAMinuteWasNotBought)
 {
     rate();
     carrier.setScenario(failingPurchase(409));
@@ -126,7 +126,7 @@ TEST_F(PurchasesTest, WhatTheCarrierDoesNotKnowAfterAMinuteWasNotBought)
     EXPECT_EQ(logged(), sold());
 }
 
-TEST_F(PurchasesTest, AQuestionIsOfTheKeyThatItWasAskedWith)
+TEST_F(PurchasesTest, AnUnresolvedPurchaseIsLookedUpOnlyWithItsOwnKey)
 {
     rate();
     carrier.setScenario({.dropConnection = true});
@@ -149,23 +149,23 @@ TEST_F(PurchasesTest, AQuestionIsOfTheKeyThatItWasAskedWith)
     EXPECT_EQ(logged(), sold());
 }
 
-TEST_F(PurchasesTest, ALookWithinAMinuteOfTheLastSignOfAPurchaseNeverEndsIt)
+TEST_F(PurchasesTest, ALookupWithinAMinuteOfItsLastActivityNeverResolvesAPurchase)
 {
     rate();
     carrier.setScenario(failingPurchase());
-    clock.after(std::chrono::milliseconds(1), [this] { clock.start = clock.start.addSecs(300); }); // a long silence
+    clock.after(std::chrono::milliseconds(1), [this] { clock.start = clock.start.addSecs(300); }); // a late response
     press();
     EXPECT_EQ(purchases().unresolved.value().size(), 1) << banner().toStdString();
     carrier.setScenario({});
     restart();
     EXPECT_EQ(purchases().unresolved.value().size(), 1) << "whoever asked was there until just now";
 
-    clock.start = clock.start.addDays(-1); // a clock that is put right makes nobody wait for ever
+    clock.start = clock.start.addDays(-1); // setting the clock back does not delay the outcome forever
     checkAgain();
     EXPECT_TRUE(purchases().unresolved.value().isEmpty());
 }
 
-TEST_F(PurchasesTest, AListThatCannotTellOpensBuyingAndAForeignRecordHidesNothing)
+TEST_F(PurchasesTest, AnUnreadableListEnablesBuyingAndAForeignRecordHidesNothing)
 {
     rate();
     carrier.setScenario({.dropConnection = true});
@@ -185,7 +185,7 @@ TEST_F(PurchasesTest, AListThatCannotTellOpensBuyingAndAForeignRecordHidesNothin
     EXPECT_EQ(logged().size(), 1);
 }
 
-TEST_F(PurchasesTest, ASecondParcelForTheSamePersonIsNotTakenForTheOneThatWasFound)
+TEST_F(PurchasesTest, ResolvingAPurchaseKeepsANewDraftForTheSameRecipient)
 {
     rate(u"48213"_s);
     carrier.setScenario({.dropConnection = true});
@@ -204,7 +204,7 @@ TEST_F(PurchasesTest, ASecondParcelForTheSamePersonIsNotTakenForTheOneThatWasFou
     EXPECT_TRUE(prompts.questions.last().text.contains(u"It was refunded"_s));
 }
 
-TEST_F(PurchasesTest, AQuestionThatNobodyCanAnswerEndsInTheErrorLogAfterAMonth)
+TEST_F(PurchasesTest, AnUnresolvedPurchaseEndsInTheErrorLogAfterAMonth)
 {
     rate();
     carrier.setScenario({.dropConnection = true});
@@ -237,9 +237,9 @@ TEST_F(PurchasesTest, NothingIsBoughtWithoutAJournal)
     EXPECT_TRUE(prompts.alerts.last().second.contains(u"no label can be bought here"_s)) << "it is told at the start";
 }
 
-TEST_F(PurchasesTest, ADamagedJournalIsKeptAndANewOneBegun)
+TEST_F(PurchasesTest, ADamagedJournalIsKeptAndANewJournalStarted)
 {
-    for (const qint64 from : {4096, 0}) { // a table only, or all of it
+    for (const qint64 from : {4096, 0}) { // only a table, or the whole file
         screenOwner.reset();
         app.reset();
         QFile file(path(u"purchase_journal.sqlite"_s));
@@ -261,7 +261,7 @@ TEST_F(PurchasesTest, ADamagedJournalIsKeptAndANewOneBegun)
     EXPECT_EQ(logged().size(), 2);
 }
 
-TEST_F(PurchasesTest, ASecondLabelCostsOnePressMoreAndAFirstOneNone)
+TEST_F(PurchasesTest, ASecondLabelNeedsAnExtraPressAndAFirstLabelDoesNot)
 {
     rate(u"48213"_s);
     press();
@@ -281,7 +281,7 @@ TEST_F(PurchasesTest, ASecondLabelCostsOnePressMoreAndAFirstOneNone)
     EXPECT_EQ(logged().size(), 3) << "what was given back is no label";
 }
 
-TEST(SecondLabel, IsWarnedOfByReferenceRecipientInvoiceAndOpenQuestion)
+TEST(SecondLabel, WarnsByReferenceRecipientInvoiceAndUnresolvedPurchase)
 {
     const QDateTime now(QDate(2026, 11, 20), QTime(15, 0));
     ShipmentRecord label{.createdAt = now.addSecs(-3600),
@@ -336,8 +336,8 @@ TEST(SecondLabel, IsWarnedOfByReferenceRecipientInvoiceAndOpenQuestion)
     }
 }
 
-/// A clerk who stops at every warning never gets a parcel's second label, whatever goes wrong.
-TEST_F(PurchasesTest, NoSequenceOfMishapsBuysTwiceOrLosesALabel)
+/// A clerk who stops at every warning never gets a second label for a parcel, whatever fails.
+TEST_F(PurchasesTest, NoSequenceOfFailuresBuysTwiceOrLosesALabel)
 {
     std::mt19937 random(20261120);
     const auto chance = [&random](int of) { return std::uniform_int_distribution(0, of - 1)(random); };
@@ -353,7 +353,7 @@ TEST_F(PurchasesTest, NoSequenceOfMishapsBuysTwiceOrLosesALabel)
     for (int step = 0; step < 60; ++step) {
         carrier.setScenario({});
         ShippoAddress to = homeAddress();
-        to.name = u"Parcel %1"_s.arg(chance(12)); // often one that has its label, or a question, already
+        to.name = u"Parcel %1"_s.arg(chance(12)); // often a recipient with a label or an unresolved purchase
         composeParcel(to);
         run(screen().fetchRates());
         carrier.setScenario(mishaps[chance(7)]());

@@ -14,7 +14,7 @@ using testing::HasSubstr;
 
 namespace {
 
-/// A machine with print queues of the test's choosing.
+/// A machine with print queues defined by the test.
 struct SettingsScreenTest : testing::Test, FakePlatform {
     QByteArray queues, devices, queueState = "idle";
     ErrorLog errors{platform};
@@ -36,7 +36,7 @@ struct SettingsScreenTest : testing::Test, FakePlatform {
     QString saved(const Setting<QString> &setting) { return read(preferences, setting); }
 };
 
-/// A key ring that takes nothing while it is locked.
+/// A key ring that stores nothing while it is locked.
 struct LockableSecrets : MemorySecrets {
     bool locked = false;
     void set(const QString &value, const QString &account) override
@@ -67,14 +67,14 @@ const QList<KeyRow> both{{u"Test"_s, true, true}, {u"Live"_s, false, false}};
 
 } // namespace
 
-TEST_F(SettingsScreenTest, StoresEveryEditAtOnceAndReadsAMissingKeyAsTheCompanysValue)
+TEST_F(SettingsScreenTest, StoresEveryEditAtOnceAndReadsAMissingSettingAsTheDeploymentsValue)
 {
     SettingsScreen screen(app);
     EXPECT_EQ(screen.fallbackEmail, platform.deployment.fallbackEmail);
     EXPECT_EQ(screen.fallbackPhone, platform.deployment.fallbackPhone);
     EXPECT_TRUE(screen.rotate180);
     screen.fallbackEmail = u"desk@example.com"_s;
-    screen.fallbackPhone = QString(); // no phone at all is a choice, too
+    screen.fallbackPhone = QString(); // an empty phone is valid, too
     screen.rotate180 = false;
 
     SettingsScreen next(app);
@@ -83,7 +83,7 @@ TEST_F(SettingsScreenTest, StoresEveryEditAtOnceAndReadsAMissingKeyAsTheCompanys
     EXPECT_FALSE(next.rotate180);
 }
 
-TEST_F(SettingsScreenTest, ChoosesTheFirstZebraQueueOnlyWhereTheSavedOneIsNone)
+TEST_F(SettingsScreenTest, ChoosesTheFirstZebraQueueOnlyIfTheSavedQueueIsNotAZebra)
 {
     const QStringList every = {u"Laser"_s, u"Z1"_s};
     const QString none = u"— no Zebra detected —"_s;
@@ -116,7 +116,7 @@ TEST_F(SettingsScreenTest, ChoosesTheFirstZebraQueueOnlyWhereTheSavedOneIsNone)
     }
 }
 
-TEST_F(SettingsScreenTest, OffersEveryQueueOnRequestAndKeepsAChoiceThatIsNotOnOffer)
+TEST_F(SettingsScreenTest, OffersEveryQueueOnRequestAndKeepsAnUnavailableChoice)
 {
     queues = "Laser\nZ1\n";
     connectZebras({u"Z1"_s});
@@ -131,7 +131,7 @@ TEST_F(SettingsScreenTest, OffersEveryQueueOnRequestAndKeepsAChoiceThatIsNotOnOf
     EXPECT_EQ(saved(settings::documentQueue), u"Gone"_s);
 }
 
-TEST_F(SettingsScreenTest, PrintsATestLabelOrTellsWhyNotWithoutAnAlert)
+TEST_F(SettingsScreenTest, PrintsATestLabelOrShowsWhyNotWithoutAnAlert)
 {
     SettingsScreen screen(app);
     const auto outcome = [&] {
@@ -172,7 +172,7 @@ TEST_F(SettingsScreenTest, AsksBeforeItDeletesAndNeverDeletesTheLastProfile)
     screen.editProfile(first, [](SenderProfile &) { FAIL() << "edited what is gone"; });
 }
 
-TEST_F(KeysScreenTest, ShowsWhatALabelBoughtNowWouldBe)
+TEST_F(KeysScreenTest, ShowsTheModeOfTheNextLabel)
 {
     runTask(screen.refresh());
     EXPECT_EQ(screen.mode, PostageMode::none);
@@ -197,7 +197,7 @@ TEST_F(KeysScreenTest, ShowsWhatALabelBoughtNowWouldBe)
     EXPECT_EQ(practice.statusText, u"Practice — nothing is sent, charged or printed"_s);
 }
 
-TEST_F(KeysScreenTest, SaysWhyAKeyWasNotTakenAndListsNoneWithoutAToken)
+TEST_F(KeysScreenTest, ReportsWhyAKeyIsRejectedAndDoesNotListIt)
 {
     addBoth();
     for (const auto &[name, token] : {std::pair{u" "_s, u"shippo_test_1"_s}, {u"Test"_s, u"\n"_s}}) {
@@ -207,13 +207,13 @@ TEST_F(KeysScreenTest, SaysWhyAKeyWasNotTakenAndListsNoneWithoutAToken)
     ring.locked = true;
     for (const QString &name : {u"New"_s, u"Live"_s}) {
         runTask(screen.add(name, u"shippo_test_2"_s));
-        runTask(screen.refresh()); // does not wipe the message away
+        runTask(screen.refresh()); // does not clear the message
         EXPECT_EQ(screen.message, u"The system's secret store did not keep the key — is it unlocked?"_s);
         EXPECT_EQ(screen.keys.value(), both);
     }
 }
 
-TEST_F(KeysScreenTest, AsksBeforeItRemovesAndWarnsWhereALiveKeyTakesOver)
+TEST_F(KeysScreenTest, AsksBeforeItRemovesAndWarnsIfALiveKeyBecomesActive)
 {
     addBoth();
     runTask(screen.remove(u"Test"_s)); // the safe choice
@@ -227,7 +227,7 @@ TEST_F(KeysScreenTest, AsksBeforeItRemovesAndWarnsWhereALiveKeyTakesOver)
     EXPECT_TRUE(screen.keys.value().isEmpty());
 }
 
-TEST_F(KeysScreenTest, TakesOverlappingOperationsInTheOrderInWhichTheyWereAskedFor)
+TEST_F(KeysScreenTest, RunsOverlappingOperationsInTheirOrder)
 {
     QList<KeyRow> expected;
     std::vector<Task<>> running;

@@ -1,5 +1,4 @@
-// The flows around sign-in and scan, over a page that answers as told; only whether the back office answers at all is
-// asked over HTTP.
+// The sign-in and invoice flows over a fake page; only the check whether the back office is reachable uses HTTP.
 
 #include "app/signin/SignInScreen.h"
 #include "core/SettingsKeys.h"
@@ -26,7 +25,7 @@ protected:
         settle();
     }
 
-    /// What the page is: which probe holds, and what an evaluation of one of our scripts gives.
+    /// Sets up the page: the results of the probes and of the program's scripts.
     void showPage(bool form, bool signedIn, const QString &scriptResult = u"submitted"_s)
     {
         web.answer = [=](const QString &expression) -> QVariant {
@@ -89,7 +88,7 @@ TEST_F(SignIn, KeepsTheCredentialsOnlyWhenAsked)
     EXPECT_GE(web.cleared, 3) << "before each sign-in and at its end";
 }
 
-TEST_F(SignIn, SaysWhyItFailedAndForgetsOnlyWhatWasRejected)
+TEST_F(SignIn, ReportsWhyItFailedAndForgetsOnlyRejectedCredentials)
 {
     struct Row {
         bool form;
@@ -135,7 +134,7 @@ TEST_F(SignIn, SaysWhyItFailedAndForgetsOnlyWhatWasRejected)
         EXPECT_FALSE(errors->asText().contains(secret));
 }
 
-TEST_F(SignIn, SignsInByItselfOnceARun)
+TEST_F(SignIn, SignsInByItselfOncePerRun)
 {
     showPage(true, false);
     SignInScreen screen(*app);
@@ -154,7 +153,7 @@ TEST_F(SignIn, SignsInByItselfOnceARun)
     EXPECT_EQ(read(preferences, settings::signInName), u"someone"_s);
 }
 
-TEST_F(SignIn, FillsTheLabelFromAScanAndNamesEveryFailure)
+TEST_F(SignIn, FillsTheLabelFromAScanAndReportsEveryFailure)
 {
     showPage(false, false, invoicePage);
     scan(u"48213"_s);
@@ -207,12 +206,12 @@ TEST_F(SignIn, FillsTheLabelFromAScanAndNamesEveryFailure)
     }
 }
 
-TEST_F(SignIn, ShowsNoClerkWhatAnotherAskedFor)
+TEST_F(SignIn, DoesNotShowAScanAfterASignOut)
 {
     showPage(false, false, invoicePage);
     app->flow = AppFlow::main;
     app->handleInvoiceScan(u"48213"_s);
-    app->handleInvoiceScan(u"48214"_s); // dropped: one at a time
+    app->handleInvoiceScan(u"48214"_s); // ignored: one scan at a time
     app->signOut();
     runUntil([this] { return !app->scanBusy; }, &clock);
     settle();

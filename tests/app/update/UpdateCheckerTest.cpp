@@ -18,8 +18,7 @@ using testing::HasSubstr;
 
 namespace {
 
-/// An installed version 1.9, a web server for what is in the folder "site", and a folder of its own for temporary
-/// files.
+/// An installed version 1.9, a web server for the files in the folder "site", and a private folder for temporary files.
 class Update : public testing::Test {
 protected:
     Update()
@@ -60,7 +59,7 @@ protected:
     {
         return QDir(desk.path(folder)).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
     }
-    /// A script in the fixture's folder.
+    /// Runs a script in the fixture's folder.
     int sh(const QString &script) const
     {
         return SystemProcesses().run(u"/bin/sh"_s, {u"-ec"_s, u"cd '%1'; "_s.arg(desk.folder.path()) + script}).status;
@@ -75,14 +74,14 @@ protected:
     {
         return "#!/bin/sh\necho v" + QByteArray::number(version) + " >'" + desk.path(u"started'\n"_s).toUtf8();
     }
-    /// An application in a folder; large enough for a part of it to be seen on its way.
+    /// Makes an application, large enough to observe a partial download.
     void make(const QString &app, int version) const
     {
         sh(u"rm -rf %1; mkdir -p %1/bin; head -c 100000 /dev/urandom >%1/picture"_s.arg(app));
         write(app + u"/bin/parcelory"_s, program(version));
     }
     QByteArray installedProgram() const { return read(u"Applications/Parcelory.app/bin/parcelory"_s); }
-    /// Publishes version 2; what its feed says.
+    /// Publishes version 2 and returns its feed.
     UpdateInfo publish(const QString &key = {}) const
     {
         make(u"new.app"_s, 2);
@@ -107,7 +106,7 @@ protected:
     ErrorLog errors{desk.platform};
     AppState app{desk.platform};
     UpdateChecker checker{app};
-    std::atomic<bool> hold = false, cut = false; ///< of every archive's second half
+    std::atomic<bool> hold = false, cut = false; ///< delays or cuts off the second half of every archive
     LoopbackServer server{"media server"};
 };
 
@@ -128,7 +127,7 @@ TEST(UpdateFeed, ComparesVersionsNumberByNumber)
     }
 }
 
-TEST(UpdateFeed, TakesAnySizeThatIsANumberAndOffersWithoutOne)
+TEST(UpdateFeed, AcceptsAnyNumericSizeAndOffersWithoutASize)
 {
     const std::pair<const char *, std::optional<qint64>> rows[] = {
         {"12", 12}, {"12.75", 12}, {"5e9", 5'000'000'000}, {"1e300", {}}, {"\"12\"", {}}, {"null", {}}};
@@ -137,19 +136,19 @@ TEST(UpdateFeed, TakesAnySizeThatIsANumberAndOffersWithoutOne)
                   expected);
 }
 
-TEST_F(Update, SaysWhatCameOfACheckOnlyToWhoeverAskedForIt)
+TEST_F(Update, ReportsTheResultOnlyOfACheckThatTheClerkStarted)
 {
     const QString call = u"contact Tobin"_s + desk.platform.deployment.supportTelephone;
     const QString failed = u"Update Check Failed"_s;
     const QString unreadable = u"The update feed couldn't be read. Try again in a few minutes, or "_s + call;
     struct Row {
         QByteArray feed;
-        QString title, text; ///< of the alert; none when there is an offer
-        bool offered;        ///< afterwards
+        QString title, text; ///< of the alert; empty if there is an offer
+        bool offered;        ///< whether there is an offer afterwards
     };
     const Row rows[] = {
         {R"({"version": "1.10", "url": "u", "notes": "New."})", {}, {}, true},
-        {R"({"version": "1.11", "url": "u"})", failed, unreadable, true}, // the former offer stands
+        {R"({"version": "1.11", "url": "u"})", failed, unreadable, true}, // the previous offer stays
         {R"({"version": "1.9.0", "url": "u", "notes": ""})", u"You're Up to Date"_s,
          u"Parcelory 1.9 is the latest version."_s, false},
         {"[]", failed, unreadable, false},
@@ -181,12 +180,12 @@ TEST_F(Update, SaysWhatCameOfACheckOnlyToWhoeverAskedForIt)
     EXPECT_EQ(entries(u"tmp"_s), QStringList());
 }
 
-TEST_F(Update, ShowsTheDownloadGrowAndReplacesTheInstalledAppOnceTheProgramHasEnded)
+TEST_F(Update, ShowsTheDownloadsProgressAndReplacesTheAppAfterTheProgramExits)
 {
     make(u"Applications/Parcelory.app"_s, 1);
     UpdateInfo info = publish();
     EXPECT_EQ(info.notes, u"Faster \"scale\".\nFewer\tclicks."_s);
-    info.size = std::nullopt; // the server tells it, too
+    info.size = std::nullopt; // the server also sends the size
     checker.available = info;
     hold = true;
     const Task<> installing = checker.install();
@@ -198,7 +197,7 @@ TEST_F(Update, ShowsTheDownloadGrowAndReplacesTheInstalledAppOnceTheProgramHasEn
     EXPECT_EQ(checker.status.value(), u"Parcelory 2 downloaded and ready to install."_s);
     EXPECT_EQ(checker.progress.value(), 1.0);
 
-    QProcess running; // what stands for the program waits for the end of its input
+    QProcess running; // stands in for the program; exits at the end of its input
     running.start(u"/bin/cat"_s);
     ASSERT_TRUE(running.waitForStarted());
     checker.stagedArgs[0] = QString::number(running.processId());
@@ -220,14 +219,14 @@ TEST_F(Update, ShowsTheDownloadGrowAndReplacesTheInstalledAppOnceTheProgramHasEn
     ASSERT_TRUE(running.waitForFinished());
     runUntil([this] { return read(u"started"_s) == "v2\n"; });
     EXPECT_EQ(installedProgram(), program(2));
-    // The script tidies up while the new version is starting.
+    // The script cleans up while the new version starts.
     runUntil([this] { return entries(u"Applications"_s) + entries(u"tmp"_s) == QStringList{u"Parcelory.app"_s}; });
 }
 
-TEST_F(Update, AFailedDownloadSaysWhyAndLeavesNothingBehind)
+TEST_F(Update, AFailedDownloadReportsWhyAndLeavesNoFiles)
 {
     struct Row {
-        QString change; ///< a script that spoils what is packed
+        QString change; ///< a script that damages the archive's contents
         const char *reason;
         QString url = {};
     };
@@ -270,7 +269,7 @@ TEST_F(Update, AFailedDownloadSaysWhyAndLeavesNothingBehind)
     EXPECT_EQ(entries(u"tmp"_s).size(), 1) << "nothing of an archive gets out of its folder";
 }
 
-TEST_F(Update, IsDownloadedAnewWhenItWasTidiedAwayBeforeTheRestart)
+TEST_F(Update, FailsTheRestartIfTheDownloadedFilesWereDeleted)
 {
     for (const QString &gone : {u"swap.sh"_s, u"Parcelory.app"_s, u"Parcelory.app/bin/parcelory"_s}) {
         EXPECT_THAT(install(publish()), HasSubstr("ready to install"));
@@ -285,7 +284,7 @@ TEST_F(Update, IsDownloadedAnewWhenItWasTidiedAwayBeforeTheRestart)
     EXPECT_TRUE(desk.application.ends.isEmpty());
 }
 
-TEST_F(Update, EndsWithTheProgram)
+TEST_F(Update, IsStoppedWhenTheProgramExits)
 {
     checker.available = publish();
     hold = true;
@@ -298,7 +297,7 @@ TEST_F(Update, EndsWithTheProgram)
     EXPECT_EQ(entries(u"tmp"_s), QStringList());
 }
 
-TEST_F(Update, OnceThereIsAKeyUnpacksOnlyWhatItsOwnerHasSigned)
+TEST_F(Update, WithAPublicKeyInstallsOnlySignedArchives)
 {
     sh(u"openssl genpkey -algorithm ed25519 -out key; openssl pkey -in key -pubout -outform DER | tail -c 32 | base64 "
        ">public"_s);
@@ -316,14 +315,14 @@ TEST_F(Update, OnceThereIsAKeyUnpacksOnlyWhatItsOwnerHasSigned)
     EXPECT_THAT(install(whole), HasSubstr("ready to install"));
 }
 
-TEST_F(Update, WhateverBreaksTheSwapAWholeAppStaysInItsPlace)
+TEST_F(Update, AFailedSwapAlwaysLeavesACompleteApp)
 {
     struct Row {
         const char *what;
-        QByteArray move; ///< a script in the place of `mv`, which is called the $n-th time
+        QByteArray move; ///< a script that replaces `mv`; $n is the number of the call
         int status, version;
     };
-    const QByteArray half = "{ mkdir -p \"$2/bin\"; : >\"$2/bin/parcelory\"; exit 1; }"; // as a full disk leaves it
+    const QByteArray half = "{ mkdir -p \"$2/bin\"; : >\"$2/bin/parcelory\"; exit 1; }"; // the state after a full disk
     const Row rows[] = {
         {"nothing", ":", 0, 2},
         {"a full disk", "[ $n = 1 ] && " + half, 1, 1},
@@ -341,7 +340,7 @@ TEST_F(Update, WhateverBreaksTheSwapAWholeAppStaysInItsPlace)
         write(u"mv"_s, "#!/bin/sh\necho >>count; n=$(grep -c '' count)\n" + row.move + "\nexec /bin/mv \"$@\"\n");
         sh(u"rm -f count started"_s);
         EXPECT_EQ(sh(call), row.status);
-        if (row.status != 137) // whoever asked for a restart gets one
+        if (row.status != 137) // a requested restart happens even if the swap fails
             runUntil([&] { return read(u"started"_s) == "v" + QByteArray::number(row.version) + "\n"; });
         runUntil([&] { return installedProgram() == program(row.version); });
         if (row.status == 1)
