@@ -15,7 +15,7 @@ QDir practiceFolder(const QString &folder)
 {
     const QDir chosen(folder.isEmpty() ? applicationSupportFolder().absolutePath() + u" Practice"_s : folder);
     if (chosen == applicationSupportFolder())
-        throw AppError(u"The practice desk keeps out of the folder of the real records — choose another one."_s);
+        throw AppError(u"The practice desk cannot use the folder of the real records — choose another folder."_s);
     if (!chosen.mkpath(u"."_s))
         throw AppError(u"The practice folder %1 cannot be made."_s.arg(chosen.absolutePath()));
     return chosen;

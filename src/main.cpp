@@ -39,7 +39,7 @@ int addKey(Platform &platform, const QString &typedName)
     const QString name = typedName.trimmed();
     const QString token = QTextStream(stdin).readLine().trimmed();
     if (name.isEmpty() || token.isEmpty())
-        throw AppError(u"Give the key a name, and its token on standard input."_s);
+        throw AppError(u"Pass the key's name, and its token on standard input."_s);
     if (name.size() > ShippoKeys::longestName)
         throw AppError(ShippoKeys::tooLong);
     ShippoKeys keys(platform.secrets, platform.preferences);
@@ -72,7 +72,7 @@ int run(const CommandLine &line, bool window)
         return runPractice(line.practiceFolder, line.orders.value_or(QString()));
     if (!line.status && !line.keyName) {
         if (!window)
-            throw AppError(u"There is no display to open the window on; parcelory --help tells what works without."_s);
+            throw AppError(u"No display is available. See parcelory --help for commands that need none."_s);
         return runWindow();
     }
     ConsolePrompts prompts;

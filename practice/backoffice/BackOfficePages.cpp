@@ -80,7 +80,7 @@ QString escaped(const QString &text)
 
 /// A labeled cell. As on the real page, some labels are followed by a non-breaking space.
 enum class Space { plain, unbreakable };
-QString labelled(const QString &label, const QString &html, Space space = Space::plain)
+QString labeled(const QString &label, const QString &html, Space space = Space::plain)
 {
     return cell(u"<b>%1:</b>%2%3"_s.arg(label, space == Space::plain ? u" "_s : u"&nbsp;"_s, html));
 }
@@ -93,14 +93,14 @@ QString streetOf(const PracticeInvoice::Buyer &buyer)
 QString buyerTable(const QString &heading, const PracticeInvoice::Buyer &buyer)
 {
     return u"<h2>%1</h2>\n"_s.arg(heading) +
-           table(row({labelled(u"Name"_s, escaped(buyer.name)),
-                      labelled(u"Email"_s, escaped(buyer.email), Space::unbreakable)}) +
-                 row({labelled(u"Address"_s, streetOf(buyer)), labelled(u"City"_s, escaped(buyer.city))}) +
-                 row({labelled(u"Zip"_s, escaped(buyer.zip), Space::unbreakable),
-                      labelled(u"Country"_s, escaped(buyer.country))}) +
-                 row({labelled(u"Phone"_s, escaped(buyer.phone), Space::unbreakable),
-                      labelled(u"Company Name"_s, escaped(buyer.company))}) +
-                 row({labelled(u"Codes"_s, escaped(buyer.codes), Space::unbreakable), cell(QString())}));
+           table(row({labeled(u"Name"_s, escaped(buyer.name)),
+                      labeled(u"Email"_s, escaped(buyer.email), Space::unbreakable)}) +
+                 row({labeled(u"Address"_s, streetOf(buyer)), labeled(u"City"_s, escaped(buyer.city))}) +
+                 row({labeled(u"Zip"_s, escaped(buyer.zip), Space::unbreakable),
+                      labeled(u"Country"_s, escaped(buyer.country))}) +
+                 row({labeled(u"Phone"_s, escaped(buyer.phone), Space::unbreakable),
+                      labeled(u"Company Name"_s, escaped(buyer.company))}) +
+                 row({labeled(u"Codes"_s, escaped(buyer.codes), Space::unbreakable), cell(QString())}));
 }
 
 QString paymentTable(const PracticeInvoice &invoice)
@@ -173,7 +173,7 @@ QString invoicePage(const PracticeInvoice &invoice, bool hangsScript)
     const PracticeInvoice::Buyer &buyer = invoice.shipTo;
     const QString script = hangsScript ? u"<script>while(true){}</script>\n"_s : QString();
     const QString onlyAddress =
-        table(row({labelled(u"Name"_s, escaped(buyer.name)), labelled(u"Address"_s, streetOf(buyer))}));
+        table(row({labeled(u"Name"_s, escaped(buyer.name)), labeled(u"Address"_s, streetOf(buyer))}));
     const QString tables = invoice.hasOnlyAddress ? onlyAddress : invoiceTables(invoice);
     return pageWithMenu(u"Invoice %1"_s.arg(invoice.number),
                         u"<h1>Invoice %1</h1>\n"_s.arg(invoice.number) + tables + script);

@@ -5,7 +5,7 @@
 namespace parcelory {
 using namespace Qt::StringLiterals;
 
-ImportCancelled::ImportCancelled() : AppError(u"The import was cancelled."_s) {}
+ImportCancelled::ImportCancelled() : AppError(u"The import was canceled."_s) {}
 
 ImportProgress::ImportProgress(Progress progress) : m_progress(std::move(progress)) {}
 

@@ -15,7 +15,7 @@ QByteArray bytesOf(const QString &path)
     constexpr qint64 largest = 512 * 1024 * 1024;
     QFile file(path);
     if (QFileInfo(path).exists() && !QFileInfo(path).isFile())
-        throw AppError(u"That is no file."_s); // a pipe or a device may never end
+        throw AppError(u"This is not a file."_s); // a pipe or a device may never end
     if (!file.open(QIODevice::ReadOnly))
         throw AppError(u"The file could not be opened — "_s + file.errorString() + u'.');
     if (file.size() > largest)

@@ -13,7 +13,7 @@ T decodeAnswer(const QByteArray &answer)
     try {
         return decodeJson<T>(answer, Keys::snake);
     } catch (const DecodeError &error) {
-        throw DecodeError(QStringLiteral("Shippo's answer could not be read — ") + error.description() + u'.');
+        throw DecodeError(QStringLiteral("Shippo's response could not be read — ") + error.description() + u'.');
     }
 }
 

@@ -90,7 +90,7 @@ Task<QList<ShippoManifest>> ShippoClient::newestManifests()
 Task<QByteArray> ShippoClient::countedPage(QString path, std::shared_ptr<Listing> listing)
 {
     if (listing->cancel.isCanceled())
-        throw ShippoError::api(u"The listing was given up."_s);
+        throw ShippoError::api(u"The listing was canceled."_s);
     QByteArray page = co_await request(path);
     if (listing->onPage && !listing->cancel.isCanceled())
         listing->onPage();

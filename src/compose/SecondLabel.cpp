@@ -51,7 +51,7 @@ QStringList secondLabelReasons(const SecondLabelFacts &facts)
 {
     QStringList reasons;
     if (facts.lastOutcomeUnknown)
-        reasons += u"A label for this recipient may have been bought: the carrier could not say yet."_s;
+        reasons += u"A label for this recipient may have been bought: the carrier has not confirmed it yet."_s;
     const QString reference = facts.reference.trimmed();
     for (const ShipmentRecord &label : facts.earlier) {
         if (isGivenBack(label))

@@ -21,12 +21,12 @@ const QString certification =
 const QString purpose =
     u"Commercial invoice for customs. The goods were paid in full before shipment; all amounts are in US dollars."_s;
 
-QColor grey(double share)
+QColor gray(double share)
 {
     return QColor::fromRgbF(float(share), float(share), float(share));
 }
 
-const QColor labelGrey = grey(0.55), panelGrey = grey(0.95);
+const QColor labelGrey = gray(0.55), panelGrey = gray(0.95);
 const QColor bannerBlue = QColor::fromRgbF(0.1F, 0.25F, 0.6F);
 
 const TextStyle label{.color = labelGrey}, value{}, heading{.size = 11, .color = labelGrey},

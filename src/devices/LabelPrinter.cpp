@@ -70,7 +70,7 @@ void LabelPrinter::printZPL(const QByteArray &zpl, const QString &queue)
     if (queue.isEmpty())
         throw SystemError(noQueue, u"No Zebra printer queue selected in Settings."_s);
     if (labelKind(zpl) != LabelKind::zpl)
-        throw SystemError(notALabel, u"what the carrier sent is not a label"_s);
+        throw SystemError(notALabel, u"the carrier's file is not a label"_s);
     if (queueIsPaused(queue)) {
         tryResume(queue);
         if (queueIsPaused(queue))
@@ -100,7 +100,7 @@ void LabelPrinter::rememberTurned(const QString &queue)
 bool LabelPrinter::printPDF(const QByteArray &pdf, const QString &queue)
 {
     if (labelKind(pdf) != LabelKind::pdf)
-        throw SystemError(notALabel, u"what was to be printed is not a PDF document"_s);
+        throw SystemError(notALabel, u"the document is not a PDF"_s);
     const QString path = temporaryFile(pdf, u"parcelory-"_s, u".pdf"_s);
     if (queue.isEmpty()) {
         m_desktop.openFile(path); // the viewer needs the file, so it stays

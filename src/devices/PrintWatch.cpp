@@ -61,8 +61,8 @@ QString PrintWatch::caution(const QByteArray &label)
     if (m_toldOf300Dpi || !Zpl::isCutFrom300Dpi(label))
         return {};
     m_toldOf300Dpi = true;
-    return u"It is made for a 300 dpi printer, and what did not fit six inches at 203 dpi was cut off — look at it "
-           "before it goes on a parcel."_s;
+    return u"It is made for a 300 dpi printer, and the part beyond six inches was cut off — check it "
+           "before you use it."_s;
 }
 
 void PrintWatch::lookLater()

@@ -206,7 +206,7 @@ QString printerSentence(const QString &queue, const PrinterReport &report, Paper
     if (why.isEmpty())
         return {};
     if (report.trouble == PrinterTrouble::none)
-        return u"%1 reports “%2” — look whether the last %3 came out."_s.arg(queue, report.words, noun);
+        return u"%1 reports “%2” — check whether the last %3 came out."_s.arg(queue, report.words, noun);
     return queue + u": "_s + why + u'.';
 }
 

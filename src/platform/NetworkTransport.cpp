@@ -96,7 +96,7 @@ NetworkTransport::NetworkTransport(Reach reach) : m_reach(reach) {}
 Task<HttpAnswer> NetworkTransport::send(HttpRequest request)
 {
     if (m_reach == Reach::loopbackOnly && !QHostAddress(request.url.host()).isLoopback())
-        throw AppError(u"The practice desk does not go to %1."_s.arg(request.url.host()));
+        throw AppError(u"The practice desk does not connect to %1."_s.arg(request.url.host()));
     const QNetworkRequest message = networkRequest(request, m_reach);
     OneTimeBody body(request.body);
     const auto start = [&] {

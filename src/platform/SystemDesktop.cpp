@@ -32,7 +32,7 @@ void SystemDesktop::openUrl(const QUrl &url)
 void SystemDesktop::openFile(const QString &path)
 {
     if (m_processes.run(opener, {path}).status != 0)
-        throw AppError(u"no program on this computer opens the document — it is kept as %1"_s.arg(path));
+        throw AppError(u"no program on this computer can open the document — it is saved as %1"_s.arg(path));
 }
 
 } // namespace parcelory

@@ -149,7 +149,7 @@ QString WebEngineSession::obstacle()
         ::waitpid(child, &status, 0);
     if (status != 0)
         return u"The back office cannot be opened: this system keeps the web engine from building its sandbox (user "
-               "namespaces are switched off or held back by AppArmor) — ask whoever looks after this computer."_s;
+               "namespaces are switched off or held back by AppArmor) — ask your administrator."_s;
 #endif
     return {};
 }

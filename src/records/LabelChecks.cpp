@@ -25,11 +25,11 @@ QString journeyText(const ShipmentRecord &record, const LabelFacts &facts)
 QString refundText(LabelUse use, RefundState state)
 {
     if (state == RefundState::granted)
-        return u"It was refunded: the carrier takes it no more."_s;
+        return u"It was refunded: the carrier no longer accepts it."_s;
     if (state != RefundState::pending)
         return {};
-    return use == LabelUse::refund ? u"Its refund was asked for before, but the carrier knows nothing of that."_s
-                                   : u"Its refund was asked for: it must not be used any more."_s;
+    return use == LabelUse::refund ? u"Its refund was requested before, but the carrier has no record of it."_s
+                                   : u"Its refund was requested: do not use this label."_s;
 }
 
 QString ageText(LabelUse use, qint64 seconds)
@@ -38,7 +38,7 @@ QString ageText(LabelUse use, qint64 seconds)
     if (seconds <= freshDays * day)
         return {};
     return (use == LabelUse::refund ? u"It is %1 days old: the carrier may refuse the refund."_s
-                                    : u"It is %1 days old: the carrier may not take it any more."_s)
+                                    : u"It is %1 days old: the carrier may no longer accept it."_s)
         .arg(seconds / day);
 }
 
@@ -46,7 +46,7 @@ QString modeText(bool testLabel, std::optional<bool> testKey)
 {
     if (!testKey || *testKey == testLabel)
         return {};
-    return testLabel ? u"It is a TEST label, bought with another key than the active one."_s
+    return testLabel ? u"It is a TEST label, bought with a key other than the active one."_s
                      : u"It is real postage, and the active key is a TEST key."_s;
 }
 

@@ -81,8 +81,8 @@ PurchaseJournal::PurchaseJournal(const QDir &folder) : m_path(pathIn(folder))
         m_db.reset();
         if (QFile::rename(m_path, aside)) {
             m_damage =
-                u"The journal of purchases was damaged. It is kept as %1, and a new one was begun. A label whose "
-                "purchase was cut short may be missing in the mailing log: compare it with the Master Log."_s.arg(
+                u"The journal of purchases was damaged. It is kept as %1, and a new journal was started. A label whose "
+                "purchase was interrupted may be missing from the mailing log: compare it with the Master Log."_s.arg(
                     aside);
             opened = open();
         }
@@ -117,7 +117,7 @@ QString PurchaseJournal::trouble() const
 
 void PurchaseJournal::refuse() const
 {
-    throw AppError(failure() + u" Nothing was asked of the carrier."_s);
+    throw AppError(failure() + u" No request was sent to the carrier."_s);
 }
 
 /// The caller holds the lock.

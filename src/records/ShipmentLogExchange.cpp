@@ -100,7 +100,7 @@ QByteArray readFile(const QString &path)
     constexpr qint64 largest = 1024 * 1024 * 1024;
     QFile file(path);
     if (QFileInfo(path).exists() && !QFileInfo(path).isFile())
-        throw AppError(u"That is no file."_s); // a pipe or a device may never end
+        throw AppError(u"This is not a file."_s); // a pipe or a device may never end
     if (file.size() > largest)
         throw AppError(u"The file is larger than 1 GB. Export the log in parts."_s);
     if (!file.open(QIODevice::ReadOnly))

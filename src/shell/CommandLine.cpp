@@ -52,8 +52,7 @@ CommandLine CommandLine::parse(const QStringList &arguments)
     const QCommandLineOption screenshots(
         u"screenshots"_s, u"Draw every screen of the practice desk as a picture in <folder>; needs no display."_s,
         u"folder"_s);
-    const QCommandLineOption status(u"status"_s, u"Tell which API key is active, where the records are and which "
-                                                 "printers there are."_s);
+    const QCommandLineOption status(u"status"_s, u"Show the active API key, the records folder and the printers."_s);
     const QCommandLineOption addKey(u"add-key"_s, u"Store the API key that comes on standard input under <name>."_s,
                                     u"name"_s);
     parser.addOptions({practice, data, ship, screenshots, status, addKey});
@@ -73,7 +72,7 @@ CommandLine CommandLine::parse(const QStringList &arguments)
         line.keyName = parser.value(addKey);
     const int asked = int(line.practice) + int(line.status) + int(line.keyName.has_value());
     if (!parser.positionalArguments().isEmpty())
-        refuse(u"\"%1\" is no option."_s.arg(parser.positionalArguments().first()));
+        refuse(u"\"%1\" is not an option."_s.arg(parser.positionalArguments().first()));
     if ((parser.isSet(data) || line.orders || line.screenshots) && !line.practice)
         refuse(u"--data, --ship and --screenshots belong to --practice."_s);
     if (line.orders && line.screenshots)

@@ -72,8 +72,8 @@ ErrorLogWindow::ErrorLogWindow(ErrorLog &errors, Desktop &desktop, QWidget *pare
     setMinimumSize(480, 200);
     resize(1000, 360);
     auto *sheet = new PanelFrame(&Tokens::sheet);
-    auto *centred = new QVBoxLayout(sheet);
-    centred->addWidget(new EmptyState(u"ui_success"_s, u"No errors on record."_s));
+    auto *centered = new QVBoxLayout(sheet);
+    centered->addWidget(new EmptyState(u"ui_success"_s, u"No errors on record."_s));
     m_pages->addWidget(makeTable());
     m_pages->addWidget(sheet);
     auto *rows = new QVBoxLayout(this);

@@ -28,7 +28,7 @@ using namespace Qt::StringLiterals;
 
 MainWindow::MainWindow(AppState &app, Screens &screens, const QString &signInNote)
     : m_app(app), m_screens(screens), m_flows(new QStackedWidget), m_refresh([this] { refresh(); }),
-      m_scanForm([this] { openWindow(u"scanform"_s); })
+      m_scanFormRefresh([this] { openWindow(u"scanform"_s); })
 {
     m_flows->addWidget(new SignInView(app, screens.signIn, signInNote));
     m_flows->addWidget(makeMain());
@@ -38,7 +38,7 @@ MainWindow::MainWindow(AppState &app, Screens &screens, const QString &signInNot
     setMinimumSize(Theme::current().scaled(1024), 680);
     restoreLayout();
     m_refresh.follow(app.flow, app.tab, screens.keys.mode, screens.label.buying);
-    m_scanForm.follow(app.scanFormOpenTick);
+    m_scanFormRefresh.follow(app.scanFormOpenTick);
     spawn([this] { return m_screens.keys.refresh(); });
     if (m_screens.settings.zebraQueue.value().isEmpty()) // the first start looks for the label printer
         spawn([this] { return m_screens.settings.refreshPrinters(); });

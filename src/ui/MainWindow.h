@@ -62,7 +62,7 @@ private:
     QHash<QString, QPointer<QWidget>> m_windows; ///< the secondary windows, by identifier
     bool m_closeAfterPurchase = false;
     RefreshScheduler m_refresh;
-    RefreshScheduler m_scanForm;
+    RefreshScheduler m_scanFormRefresh;
 };
 
 } // namespace parcelory

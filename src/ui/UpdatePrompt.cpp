@@ -78,7 +78,7 @@ void UpdatePrompt::refresh()
                         ? u"Parcelory "_s + version + u" downloaded — ready to install."_s
                         : u"Parcelory "_s + version + u" is ready — you're on "_s + m_updates.installedVersion());
     m_status->setText(phase == UpdatePhase::ready && !mayRestart()
-                          ? u"What is under way with the carrier is finished first."_s
+                          ? u"Waiting for an operation with the carrier to finish."_s
                           : m_updates.status.value());
     m_status->setVisible(!m_status->text().isEmpty());
     m_bar->setVisible(phase == UpdatePhase::downloading);

@@ -225,7 +225,7 @@ TEST(ImportProgress, ReportsProgressAndStopsCanceledOrOversizedImports)
     EXPECT_EQ(outcome(VCard::contacts, cards, until(9999)).size(), 3000);
     EXPECT_GT(reports.size(), 10);
     EXPECT_TRUE(std::ranges::is_sorted(reports));
-    EXPECT_THAT(outcome(VCard::contacts, cards, until(1000)), ElementsAre(u"The import was cancelled."_s));
+    EXPECT_THAT(outcome(VCard::contacts, cards, until(1000)), ElementsAre(u"The import was canceled."_s));
     EXPECT_LT(reports.last(), 1200);
     EXPECT_NO_THROW(ImportProgress().reached(ImportProgress::mostAddresses));
     EXPECT_THROW(ImportProgress().reached(ImportProgress::mostAddresses + 1), AppError);

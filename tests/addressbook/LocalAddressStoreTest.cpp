@@ -96,13 +96,12 @@ TEST_F(LocalAddresses, AreListedByNameIgnoringCaseAndSearchedWithLike)
 TEST_F(LocalAddresses, AreMergedWithoutDuplicates)
 {
     const PostalContact split{.name = u"Split"_s, .street1 = u"12 Main St, Springfield, IL 62704"_s};
-    const QList<PostalContact> batch = {
-        at(u"Baker"_s),
-        at(u"BAKER"_s, u"1 ELM st"_s),  // differs only in case
-        at(u"Baker"_s, u"1 Elm St "_s), // a different address because of the space
-        at(u"Baker"_s, u"1 Elm St"_s, u"97301-0001"_s),
-        split,
-        at(u"split"_s, u"12 main st"_s, u"62704"_s)}; // like the previous address as stored
+    const QList<PostalContact> batch = {at(u"Baker"_s),
+                                        at(u"BAKER"_s, u"1 ELM st"_s),  // differs only in case
+                                        at(u"Baker"_s, u"1 Elm St "_s), // a different address because of the space
+                                        at(u"Baker"_s, u"1 Elm St"_s, u"97301-0001"_s),
+                                        split,
+                                        at(u"split"_s, u"12 main st"_s, u"62704"_s)}; // as the previous is stored
     EXPECT_EQ(merge(batch), u"4/2"_s);
     EXPECT_EQ(store.rows(u"Split"_s).value(0).id, split.id);
     EXPECT_EQ(merge(batch), u"0/6"_s);

@@ -92,9 +92,9 @@ TEST_F(ShippoClientTest, DescribesEveryKindOfBadResponseWithoutTheToken)
         {429, "slow down", "text/plain", u"Shippo rejected the request (429)."_s},
         {500, "oops", "text/plain", u"Shippo HTTP 500: oops"_s},
         {503, "\xff\xfe", "text/plain", u"Shippo HTTP 503: "_s},
-        {200, "<html>hello</html>", "text/html", u"Shippo's answer could not be read — it is not JSON."_s},
+        {200, "<html>hello</html>", "text/html", u"Shippo's response could not be read — it is not JSON."_s},
         {201, R"({"object_id": "x"})", "application/json",
-         u"Shippo's answer could not be read — missing key \"rates\"."_s},
+         u"Shippo's response could not be read — missing key \"rates\"."_s},
     };
     for (const auto &row : rows) {
         answerWith(row.status, row.body, row.type);

@@ -103,8 +103,8 @@ TEST(CommercialInvoice, HasEveryTextAndRuleInItsPlaceOnOneLetterSheet)
     const QImage picture(page.folder.filePath(u"picture.png"_s)); // a pixel is half a point
     const std::pair<QPoint, QColor> areas[] = {
         {{402, 52}, {26, 64, 153}}, {{70, 576}, {242, 242, 242}}, {{70, 302}, Qt::white}};
-    for (const auto &[at, colour] : areas)
-        EXPECT_EQ(picture.pixelColor(at * 2), colour) << at.y();
+    for (const auto &[at, color] : areas)
+        EXPECT_EQ(picture.pixelColor(at * 2), color) << at.y();
     for (const int y : {300, 324, 380, 402, 460})
         EXPECT_LT(qGray(picture.pixel(400, 2 * y - 1)) + qGray(picture.pixel(400, 2 * y)), 2 * 255 - 40) << y;
 }

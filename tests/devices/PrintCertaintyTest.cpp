@@ -117,7 +117,7 @@ TEST_F(PrintCertaintyTest, TheWatchReportsOnlyLabelsThatDoNotComeOut)
         afterLookAt(answer(busy, "none", 40, 40));
     EXPECT_EQ(watch.notice.value(), u"1 label is still waiting on ZD421."_s);
     EXPECT_EQ(afterLookAt(answer(idle + "\n\tBroken pipe")),
-              u"ZD421 reports “Broken pipe” — look whether the last label came out."_s);
+              u"ZD421 reports “Broken pipe” — check whether the last label came out."_s);
     EXPECT_FALSE(clock.fireNext()) << "an empty queue is not looked at any more";
     watch.follow(u"ZD421"_s, Paper::label);
     EXPECT_EQ(afterLookAt("what is this?"), QString());

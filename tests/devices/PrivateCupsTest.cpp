@@ -25,7 +25,7 @@ protected:
     {
         if (!QFile::exists(u"/usr/sbin/cupsd"_s))
             return;
-        // The server's user reads what the cases put into the folder.
+        // The server's user must be able to read the cases' files.
         ::umask(022);
         folder = std::make_unique<QTemporaryDir>(u"/tmp/cups-XXXXXX"_s);
         QFile::setPermissions(folder->path(), QFile::Permissions(0x7755));
@@ -41,7 +41,7 @@ protected:
     static void TearDownTestSuite()
     {
         if (server) {
-            server->closeWriteChannel(); // the server runs until then
+            server->closeWriteChannel(); // ends the server
             server->waitForFinished(-1);
         }
         server.reset();

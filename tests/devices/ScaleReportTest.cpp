@@ -194,27 +194,27 @@ TEST(USBScale, UsesTheScaleThatWasLoadedLast)
 
 TEST(HidEventQueue, CompactsAFloodOfReportsButKeepsTheEmptyPlate)
 {
-    HidEventQueue inbox;
+    HidEventQueue queue;
     for (int i = 0; i < 1000; ++i)
-        inbox.report(1, tenths(stable, 120));
-    EXPECT_TRUE(inbox.needsFetching());
-    EXPECT_FALSE(inbox.needsFetching()) << "somebody is under way";
-    EXPECT_EQ(inbox.fetch().size(), 1u);
-    inbox.report(1, tenths(stable, 120));
-    EXPECT_FALSE(inbox.needsFetching()) << "known already";
-    inbox.report(1, tenths(zero, 0));
-    inbox.report(1, tenths(stable, 120));
-    EXPECT_TRUE(inbox.needsFetching());
-    EXPECT_EQ(inbox.fetch().size(), 2u);
-    inbox.attached(1, u"after a restart"_s);
-    inbox.report(1, tenths(stable, 120));
-    EXPECT_EQ(inbox.fetch().size(), 2u);
+        queue.report(1, tenths(stable, 120));
+    EXPECT_TRUE(queue.needsFetching());
+    EXPECT_FALSE(queue.needsFetching()) << "somebody is under way";
+    EXPECT_EQ(queue.fetch().size(), 1u);
+    queue.report(1, tenths(stable, 120));
+    EXPECT_FALSE(queue.needsFetching()) << "known already";
+    queue.report(1, tenths(zero, 0));
+    queue.report(1, tenths(stable, 120));
+    EXPECT_TRUE(queue.needsFetching());
+    EXPECT_EQ(queue.fetch().size(), 2u);
+    queue.attached(1, u"after a restart"_s);
+    queue.report(1, tenths(stable, 120));
+    EXPECT_EQ(queue.fetch().size(), 2u);
 
-    inbox.attached(2, u"other"_s);
+    queue.attached(2, u"other"_s);
     for (int i = 0; i < 1000; ++i)
-        inbox.report(1 + i % 2, tenths(moving, i));
-    inbox.removed(2);
-    const auto events = inbox.fetch();
+        queue.report(1 + i % 2, tenths(moving, i));
+    queue.removed(2);
+    const auto events = queue.fetch();
     ASSERT_EQ(events.size(), size_t(HidEventQueue::mostReports + 2));
     EXPECT_EQ(events.front().kind, HidEventQueue::Event::Kind::attached);
     EXPECT_EQ(events[events.size() - 2].bytes, tenths(moving, 999));

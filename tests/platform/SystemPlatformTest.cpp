@@ -184,7 +184,7 @@ TEST_F(NetworkTransportTest, ThePracticeDeskReachesOnlyLoopback)
     for (const QString &host : {u"api.example.com"_s, u"192.0.2.1"_s, u"0.0.0.0"_s, u"127.0.0.1.example.com"_s,
                                 u"[2001:db8::1]"_s, QString()})
         EXPECT_THAT(failure(u"http://"_s + host + u"/"_s).toStdString(),
-                    testing::StartsWith("The practice desk does not go to"));
+                    testing::StartsWith("The practice desk does not connect to"));
 }
 
 TEST_F(NetworkTransportTest, TheTokenIsNotSentToAnotherServer)

@@ -58,12 +58,12 @@ struct WindowDesk : CarrierDesk {
     }
     ~WindowDesk()
     {
-        // Work that is still under way comes back to the program in a later turn of the event loop: in the next
-        // desk's, if not now, and by then the program is gone.
+        // Unfinished work reports to the program in a later turn of the event loop. That must happen now: the next desk
+        // turns the loop when this program no longer exists.
         runUntil([this] { return !program->screens().masterLog.busy; }, &clock);
-        runTask(program->screens().keys.refresh()); // their threads work in order, so these are the last jobs there
+        runTask(program->screens().keys.refresh()); // these threads run jobs in order, so these are their last
         runTask(app().credentials.stored());
-        constexpr int longestChain = 32; // jobs that a coroutine starts one after the other, and more
+        constexpr int longestChain = 32; // more jobs than a coroutine starts in sequence
         for (int job = 0; job < longestChain; ++job) {
             workPool().waitForDone();
             settle();

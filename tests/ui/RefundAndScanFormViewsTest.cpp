@@ -146,7 +146,7 @@ TEST(AfterSale, AScanFormOpensOnlyIfThereAreLabels)
     desk.wait([&desk] { return desk.program->screens().scanForm.labels.value().size() == 1; });
     QWidget *form = QApplication::activeWindow();
     EXPECT_EQ(desk.named<RowTable>(u"Labels on this form"_s, form)->model()->rowCount(), 1);
-    EXPECT_TRUE(desk.named<QComboBox>(u"SCAN forms made here"_s, form)->currentText().endsWith(u"1 label (TEST)"));
+    EXPECT_TRUE(desk.named<QComboBox>(u"SCAN forms created here"_s, form)->currentText().endsWith(u"1 label (TEST)"));
     const size_t printed = desk.processes.calls().size();
     desk.press(Qt::Key_P, Qt::ControlModifier); // prints the form again
     desk.waitFor(desk.program->screens().scanForm.busy);

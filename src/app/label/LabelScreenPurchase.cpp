@@ -236,7 +236,7 @@ Task<std::optional<ShippoTransaction>> LabelScreen::lookForLabel(OpenPurchase en
     const QString transaction = entry.record.transactionID;
     fail(u"Buy Label"_s,
          AppError(doubt +
-                  u" The label may have been bought all the same. Parcelory goes on asking the carrier and finishes it "
+                  u" The label may still have been bought. Parcelory keeps checking and completes the purchase "
                   "if so: "_s +
                   joinPresent({entry.record.recipient, u"rate "_s + entry.rateId,
                                transaction.isEmpty() ? QString() : u"transaction "_s + transaction},

@@ -20,7 +20,7 @@ MailingLogScreen::MailingLogScreen(AppState &app)
 {
     connect(&app.log, &ShipmentLog::recordsChanged, this, &MailingLogScreen::takeRecords);
     connect(&app.log, &ShipmentLog::readingFailed, this, [this](const QString &reason) {
-        message = u"The mailing log could not be read — %1. The list shows what it did before."_s.arg(reason);
+        message = u"The mailing log could not be read — %1. The list is unchanged."_s.arg(reason);
     });
 }
 

@@ -48,7 +48,7 @@ Task<> MailingLogScreen::exportCSV()
         });
         if (!complete && !m_cancel.isCanceled())
             throw AppError(u"the mailing log could not be read to its end."_s);
-        message = complete ? u"Exported to "_s + QFileInfo(path).fileName() : u"Export cancelled."_s;
+        message = complete ? u"Exported to "_s + QFileInfo(path).fileName() : u"Export canceled."_s;
     } catch (const AppError &error) {
         message = u"Export failed: "_s + error.description();
         m_app.errors.record(u"Export CSV"_s, error, Popup::no);
@@ -70,7 +70,7 @@ Task<> MailingLogScreen::importCSV()
     try {
         const int count = co_await onPool(m_app.log, &ShipmentLog::importEndiciaCSV, path, followProgress());
         message = count == 0 && m_cancel.isCanceled()
-                      ? u"Import cancelled. Nothing was imported."_s
+                      ? u"Import canceled. Nothing was imported."_s
                       : u"Imported %1 shipments from "_s.arg(count) + QFileInfo(path).fileName();
     } catch (const AppError &error) {
         message = u"Import failed: "_s + error.description();

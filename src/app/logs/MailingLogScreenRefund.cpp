@@ -16,11 +16,10 @@ const QString approval = u" — USPS refunds take up to 14 days to approve."_s;
 Question confirmation(const ShipmentRecord &record, const QStringList &doubts)
 {
     return {.title = u"Refund This Label?"_s,
-            .text =
-                u"%1 %2 to %3, $%4\nTracking %5%6\n\nThe label is given back and must not be used any more. The refund "
-                "goes to the Shippo account%7"_s.arg(record.carrier, record.service, record.recipientName(),
-                                                     fixed(record.postage, 2), record.tracking, warningLines(doubts),
-                                                     approval),
+            .text = u"%1 %2 to %3, $%4\nTracking %5%6\n\nThe label is voided and must not be used. The refund "
+                    "goes to the Shippo account%7"_s.arg(record.carrier, record.service, record.recipientName(),
+                                                         fixed(record.postage, 2), record.tracking,
+                                                         warningLines(doubts), approval),
             .choices = {u"Keep the Label"_s, u"Request Refund"_s},
             .safeChoice = 0};
 }

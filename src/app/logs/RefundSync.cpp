@@ -13,8 +13,8 @@ constexpr int refundsPerSync = 50;
 AppError neverAsked(const ShipmentRecord &record)
 {
     return AppError(
-        u"Parcelory ended before the carrier was asked for the refund of %1's label (%2). The label is as it "
-        "was — press Refund again if it is to be refunded."_s.arg(record.recipientName(), record.tracking));
+        u"Parcelory closed before it requested the refund of %1's label (%2). The label is unchanged — press "
+        "Refund to request it."_s.arg(record.recipientName(), record.tracking));
 }
 
 } // namespace

@@ -35,7 +35,7 @@ bool saveFile(const QString &path, const std::function<bool(QIODevice &file)> &w
 {
     const QFileInfo former(path);
     if (former.exists() && !former.isFile())
-        throw AppError(u"%1 is no file that could be replaced"_s.arg(former.fileName()));
+        throw AppError(u"%1 is not a file and cannot be replaced"_s.arg(former.fileName()));
     WholeFile file(path);
     if (!file.open(QIODevice::WriteOnly))
         throw AppError(u"the file could not be written — "_s + file.errorString());

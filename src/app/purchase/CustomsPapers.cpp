@@ -42,10 +42,10 @@ Task<PrintedDocument> CustomsPapers::printFedexInvoice(QString documentUrl)
     PrintedDocument result;
     try {
         if (documentUrl.isEmpty())
-            throw AppError(u"the carrier named none"_s);
+            throw AppError(u"the carrier sent no document link"_s);
         const QByteArray document = co_await m_app.shippo.downloadLabel(documentUrl);
         if (labelKind(document) != LabelKind::pdf || !isWhole(document))
-            throw AppError(u"what the carrier sent is not a complete PDF document"_s);
+            throw AppError(u"the carrier's file is not a complete PDF document"_s);
         result.document = document;
         const bool sentToQueue = co_await printDocument(m_app, document);
         result.done = sentToQueue;

@@ -14,7 +14,7 @@ namespace {
 void requireWholeLabel(const QByteArray &label)
 {
     if (labelKind(label) == LabelKind::notALabel)
-        throw AppError(u"What the carrier sent is not a label."_s);
+        throw AppError(u"The carrier's file is not a label."_s);
     if (!isWhole(label))
         throw AppError(u"The label arrived incomplete — press Reprint again."_s);
 }
@@ -22,8 +22,7 @@ void requireWholeLabel(const QByteArray &label)
 Task<QByteArray> downloadAgain(AppState &app, QString url)
 {
     if (url.isEmpty()) // an imported shipment: not a failure that support could fix
-        throw ShippoError::validation(
-            u"The mailing log holds neither this label nor the address to download it from."_s);
+        throw ShippoError::validation(u"The mailing log has neither this label nor its download link."_s);
     QByteArray label = co_await app.shippo.downloadLabel(url);
     requireWholeLabel(label);
     co_return label;
@@ -68,11 +67,10 @@ Task<QString> reprintLabel(AppState &app, ShipmentRecord record)
 Task<QByteArray> downloadCustoms(AppState &app, ShipmentRecord record)
 {
     if (record.customsDocURL.isEmpty())
-        throw ShippoError::validation(
-            u"the mailing log holds neither the papers nor the address to download them from."_s);
+        throw ShippoError::validation(u"the mailing log has neither the papers nor their download link."_s);
     const QByteArray document = co_await app.shippo.downloadLabel(record.customsDocURL);
     if (labelKind(document) != LabelKind::pdf || !isWhole(document))
-        throw AppError(u"what the carrier sent is not a complete PDF document"_s);
+        throw AppError(u"the carrier's file is not a complete PDF document"_s);
     co_await onPool(app.log, &ShipmentLog::storeCustomsPDF, record.id, document);
     co_return document;
 }

@@ -121,7 +121,7 @@ Task<Purchases::Answer> Purchases::evaluate(OpenPurchase purchase, QDateTime sin
     const QString token = co_await onPool([&keys = m_app.keys] { return keys.activeToken().value_or(QString()); });
     const bool sameKey = m_app.keys.activeName() == purchase.keyName && ShippoKeys::isTest(token) == known.testMode;
     if (!sameKey) // inconclusive, because that key may be gone for good
-        co_return Answer{.text = u"It was asked for with the %1 key “%2” — choose that key in Settings to check."_s.arg(
+        co_return Answer{.text = u"It was requested with the %1 key “%2” — choose that key in Settings to check."_s.arg(
                              known.testMode ? u"TEST"_s : u"LIVE"_s, purchase.keyName),
                          .isInconclusive = true};
     std::optional<ShippoTransaction> found;
@@ -140,7 +140,7 @@ Task<Purchases::Answer> Purchases::evaluate(OpenPurchase purchase, QDateTime sin
     if (!found || found->status == u"ERROR")
         co_return Answer{.verdict = Verdict::notBought};
     if (found->labelUrl.value_or(QString()).isEmpty())
-        co_return Answer{.text = u"The carrier has taken the purchase on, but the label is not there yet "
+        co_return Answer{.text = u"The carrier accepted the purchase, but the label is not ready yet "
                                  "(transaction %1)."_s.arg(found->objectId),
                          .isInconclusive = true};
     co_return Answer{.verdict = Verdict::bought, .transaction = found};
@@ -178,7 +178,7 @@ Task<> Purchases::giveUp(OpenPurchase purchase)
 {
     m_app.errors.record(
         u"Buy Label"_s,
-        AppError(u"It was never learned whether this label was bought: %1, %2, rate %3."_s.arg(
+        AppError(u"The outcome of this purchase was never found: %1, %2, rate %3."_s.arg(
             titleOf(purchase.record), purchase.askedAt.toLocalTime().toString(u"MMM d, yyyy"_s), purchase.rateId)),
         Popup::no);
     co_await close(purchase.id);
@@ -247,7 +247,7 @@ Task<> Purchases::finish(UnresolvedPurchase pending, std::optional<ShippoTransac
     const QString whereabouts =
         purchase.printed ? u", and its label went to the printer"_s : u"; its label may not be printed yet"_s;
     const QString papers = record.isIntl
-                               ? u" Look whether its customs papers came out: Customs Docs in the log prints them."_s
+                               ? u" Check that its customs papers printed: Customs Docs in the log prints them again."_s
                                : QString();
     addResolved(
         {.recipient = purchase.recipient,

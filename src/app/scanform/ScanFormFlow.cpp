@@ -42,7 +42,7 @@ Question oddLabelsQuestion(const QStringList &lines)
     if (lines.size() > most)
         text += u"\n• and %1 more"_s.arg(lines.size() - most);
     return {.title = u"SCAN Form"_s,
-            .text = text + u"\n\nThe carrier puts only those on the form that it still takes."_s,
+            .text = text + u"\n\nThe carrier includes only labels that it still accepts."_s,
             .choices = {u"Cancel"_s, u"Make the SCAN Form"_s},
             .safeChoice = 0};
 }
@@ -176,7 +176,7 @@ Task<QByteArray> ScanFormFlow::fetchDocuments(ScanForm form, ShippoManifest mani
     for (const QString &link : manifest.documents.value_or(QList<QString>())) {
         const QByteArray document = co_await m_app.shippo.downloadLabel(link);
         if (labelKind(document) != LabelKind::pdf || !isWhole(document))
-            throw ShippoError::api(u"SCAN form created, but what came back is not a complete PDF document. Press SCAN "
+            throw ShippoError::api(u"SCAN form created, but the document is not a complete PDF. Press SCAN "
                                    "Form again."_s);
         documents += document;
     }

@@ -86,7 +86,7 @@ QString KeysScreen::consequenceOfRemoving(const QString &name) const
         return {};
     const auto next = std::ranges::find_if_not(all, isIt);
     if (next == all.end())
-        return u" No key is left then, and no label can be bought."_s;
+        return u" No key remains, so no label can be bought."_s;
     return (next->test ? u" “%1” becomes active — TEST key, labels are free and not valid postage."_s
                        : u" “%1” becomes active — LIVE key, labels cost real money."_s)
         .arg(next->name);
@@ -95,7 +95,7 @@ QString KeysScreen::consequenceOfRemoving(const QString &name) const
 Task<> KeysScreen::remove(QString name)
 {
     const Question question{.title = u"Remove “%1”?"_s.arg(name),
-                            .text = u"Its token is erased; to use the key again it has to be entered again."_s +
+                            .text = u"Its token is erased. To use the key again, you must enter it again."_s +
                                     consequenceOfRemoving(name),
                             .choices = {u"Keep Key"_s, u"Remove Key"_s}};
     const int answer = co_await m_app.platform.prompts.choose(question);

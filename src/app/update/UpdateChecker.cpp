@@ -42,7 +42,7 @@ void requireWebAddress(const UpdateInfo &info)
         throw AppError(u"the feed names no web address to download from"_s);
     const bool isOpenLine = url.scheme() == u"http" && url.host() != u"127.0.0.1";
     if (isOpenLine && !info.sha256)
-        throw AppError(u"the feed names an address without encryption, and no checksum"_s);
+        throw AppError(u"the feed's address is not encrypted and has no checksum"_s);
 }
 
 /// The helper script cannot replace an application in a folder without write access, and its failure would go

@@ -13,8 +13,7 @@ namespace {
 
 const QString buyText = u"Buy & Print Label"_s;
 const QString stillAsking =
-    u"Whether this recipient's last label was bought is still being asked. Buying opens with the "
-    "carrier's answer."_s;
+    u"Still checking whether this recipient's last label was bought. You can buy again once Shippo answers."_s;
 
 struct ModeLook {
     QString word;

@@ -2,13 +2,13 @@
 
 #include "ui/label/CustomsSection.h"
 #include "ui/label/MessageLine.h"
-#include "ui/label/OpenPurchasesBar.h"
 #include "ui/label/PackageSection.h"
 #include "ui/label/PaperworkDialog.h"
 #include "ui/label/RatesPanel.h"
 #include "ui/label/RecipientSection.h"
 #include "ui/label/SenderSection.h"
 #include "ui/label/ServiceSection.h"
+#include "ui/label/UnresolvedPurchasesBar.h"
 #include "ui/parts/PanelFrame.h"
 #include "ui/parts/Separator.h"
 #include "ui/parts/TabOrder.h"
@@ -54,7 +54,7 @@ LabelView::LabelView(AppState &app, LabelScreen &screen, AddressBook &book, Keys
     rows->setContentsMargins(0, 0, 0, 0);
     rows->setSpacing(0);
     rows->addWidget(m_message);
-    rows->addWidget(new OpenPurchasesBar(screen));
+    rows->addWidget(new UnresolvedPurchasesBar(screen));
     rows->addLayout(columns, 1);
     orderTabsByLayout(this);
 

@@ -66,8 +66,8 @@ public:
 } // namespace
 
 MailpiecePicker::MailpiecePicker(AppState &app, LabelScreen &screen, QWidget *parent)
-    : ComboBox(u"Mailpiece"_s, parent), m_app(app), m_screen(screen), m_lists([this] { refill(); }),
-      m_current([this] { showCurrent(); })
+    : ComboBox(u"Mailpiece"_s, parent), m_app(app), m_screen(screen), m_listRefresh([this] { refill(); }),
+      m_selectionRefresh([this] { showCurrent(); })
 {
     setObjectName(u"mailpieces"_s);
     setItemDelegate(new MailpieceDelegate(this));
@@ -77,8 +77,8 @@ MailpiecePicker::MailpiecePicker(AppState &app, LabelScreen &screen, QWidget *pa
         if (number.isValid())
             m_screen.mailpiece = m_selections[number.toInt()];
     });
-    m_lists.follow(app.boxes.profiles, screen.carrier);
-    m_current.follow(screen.mailpiece);
+    m_listRefresh.follow(app.boxes.profiles, screen.carrier);
+    m_selectionRefresh.follow(screen.mailpiece);
     refill();
 }
 

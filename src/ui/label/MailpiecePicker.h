@@ -19,8 +19,8 @@ private:
     AppState &m_app;
     LabelScreen &m_screen;
     QList<MailpieceSelection> m_selections; ///< indexed by the number in a row's data
-    RefreshScheduler m_lists;
-    RefreshScheduler m_current;
+    RefreshScheduler m_listRefresh;
+    RefreshScheduler m_selectionRefresh;
 };
 
 } // namespace parcelory

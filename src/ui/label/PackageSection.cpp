@@ -15,7 +15,7 @@ PackageSection::PackageSection(AppState &app, LabelScreen &screen, QWidget *pare
       m_sizeHint(new TextLabel({}, FontRole::caption, &Tokens::muted)),
       m_weigh(new Button(u"Weigh"_s, Button::Kind::standard, u"ui_scale"_s)),
       m_reading(new TextLabel({}, FontRole::caption)), m_settling(new TextLabel({}, FontRole::captionStrong)),
-      m_refresh([this] { refresh(); }), m_scale([this] { refreshScale(); })
+      m_refresh([this] { refresh(); }), m_scaleRefresh([this] { refreshScale(); })
 {
     for (const CarrierInfo &info : carriers())
         m_carrier->add(int(info.carrier), info.displayName, info.icon);
@@ -44,7 +44,7 @@ PackageSection::PackageSection(AppState &app, LabelScreen &screen, QWidget *pare
     bindText(m_width, screen.dimWidth);
     bindText(m_height, screen.dimHeight);
     m_refresh.follow(screen.carrier, screen.mailpiece, app.boxes.profiles);
-    m_scale.follow(app.scale.connected, app.scale.stable, app.scale.ounces, app.scale.fault, screen.busy);
+    m_scaleRefresh.follow(app.scale.connected, app.scale.stable, app.scale.ounces, app.scale.fault, screen.busy);
     refresh();
     refreshScale();
 }

@@ -33,7 +33,7 @@ private:
     Button *m_weigh;
     TextLabel *m_reading, *m_settling;
     RefreshScheduler m_refresh;
-    RefreshScheduler m_scale;
+    RefreshScheduler m_scaleRefresh;
 };
 
 } // namespace parcelory

@@ -76,7 +76,8 @@ public:
 } // namespace
 
 RateList::RateList(LabelScreen &screen, QWidget *parent)
-    : QListView(parent), m_screen(screen), m_rates([this] { refill(); }), m_chosen([this] { showChosen(); })
+    : QListView(parent), m_screen(screen), m_ratesRefresh([this] { refill(); }),
+      m_selectionRefresh([this] { showChosen(); })
 {
     setAccessibleName(u"Rates"_s);
     setModel(&m_rows);
@@ -90,8 +91,8 @@ RateList::RateList(LabelScreen &screen, QWidget *parent)
         if (!now.isEmpty())
             m_screen.selectedRateID = now.indexes().first().data(idRole).toString();
     });
-    m_rates.follow(screen.rates);
-    m_chosen.follow(screen.selectedRateID);
+    m_ratesRefresh.follow(screen.rates);
+    m_selectionRefresh.follow(screen.selectedRateID);
     refill();
 }
 

@@ -23,8 +23,8 @@ private:
 
     LabelScreen &m_screen;
     QStandardItemModel m_rows;
-    RefreshScheduler m_rates;
-    RefreshScheduler m_chosen;
+    RefreshScheduler m_ratesRefresh;
+    RefreshScheduler m_selectionRefresh;
 };
 
 } // namespace parcelory

@@ -62,7 +62,7 @@ QVariant LogModel::headerData(int section, Qt::Orientation orientation, int role
     case Qt::AccessibleTextRole:
         if (section != m_sortColumn)
             return column.title;
-        return column.title + (m_sortOrder == Qt::AscendingOrder ? u", sorted rising"_s : u", sorted falling"_s);
+        return column.title + (m_sortOrder == Qt::AscendingOrder ? u", sorted ascending"_s : u", sorted descending"_s);
     case Qt::TextAlignmentRole:
         return int((column.kind == ColumnKind::number ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignVCenter);
     case Qt::InitialSortOrderRole:

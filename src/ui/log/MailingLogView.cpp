@@ -37,13 +37,12 @@ MailingLogView::MailingLogView(AppState &app, MailingLogScreen &screen, QWidget 
       m_export(new Button(u"Export Mail Log"_s, Button::Kind::standard, u"ui_export"_s)), m_table(new ShipmentTable),
       m_empty(new EmptyState(u"ui_invoice"_s, {})), m_list(new QStackedWidget),
       m_details(new ShipmentDetails(screen, m_table)), m_splitter(new QSplitter(Qt::Vertical)), m_foot(new LogFoot),
-      m_message(new Notice(u"ui_info"_s, &Tokens::muted, FontRole::body)),
-      m_share(new ProgressBar(u"Share of the shipments that is done"_s, 160)), m_cancel(new Button(u"Cancel"_s)),
-      m_refresh([this] { refresh(); })
+      m_message(new Notice(u"ui_info"_s, &Tokens::muted, FontRole::body)), m_share(new ProgressBar(u"Progress"_s, 160)),
+      m_cancel(new Button(u"Cancel"_s)), m_refresh([this] { refresh(); })
 {
     auto *sheet = new PanelFrame(&Tokens::sheet);
-    auto *centred = new QVBoxLayout(sheet);
-    centred->addWidget(m_empty);
+    auto *centered = new QVBoxLayout(sheet);
+    centered->addWidget(m_empty);
     m_list->addWidget(m_table);
     m_list->addWidget(sheet);
     m_splitter->addWidget(m_list);

@@ -38,8 +38,8 @@ MasterLogView::MasterLogView(AppState &app, MasterLogScreen &screen, KeysScreen 
       m_messageIcon(new IconView(u"ui_info"_s, 16)), m_message(new ElidedLabel), m_refresh([this] { refresh(); })
 {
     auto *sheet = new PanelFrame(&Tokens::sheet);
-    auto *centred = new QVBoxLayout(sheet);
-    centred->addWidget(m_empty);
+    auto *centered = new QVBoxLayout(sheet);
+    centered->addWidget(m_empty);
     m_pages->addWidget(m_table);
     m_pages->addWidget(sheet);
     auto *rows = new QVBoxLayout(this);

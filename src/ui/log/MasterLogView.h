@@ -63,7 +63,7 @@ private:
     TextLabel *m_note;
     IconView *m_messageIcon;
     ElidedLabel *m_message;
-    QList<MasterEntry> m_listed;     ///< what the table shows
+    QList<MasterEntry> m_listed;     ///< the entries in the table
     std::optional<int> m_loadedKeys; ///< AppState::keyChanges at the last automatic load
     RefreshScheduler m_refresh;
 };

@@ -44,7 +44,7 @@ const RecordModel<ShipmentRecord>::Columns &columns()
 } // namespace
 
 ScanFormWindow::ScanFormWindow(AppState &app, ScanFormScreen &screen, QWidget *parent)
-    : QWidget(parent, Qt::Window), m_screen(screen), m_history(new ComboBox(u"SCAN forms made here"_s)),
+    : QWidget(parent, Qt::Window), m_screen(screen), m_history(new ComboBox(u"SCAN forms created here"_s)),
       m_outcome(new ElidedLabel({}, FontRole::body, &Tokens::muted)),
       m_save(new Button(u"Save…"_s, Button::Kind::standard, u"ui_export"_s)),
       m_print(new Button(u"Print"_s, Button::Kind::solid, u"ui_printer"_s)),
@@ -64,8 +64,7 @@ ScanFormWindow::ScanFormWindow(AppState &app, ScanFormScreen &screen, QWidget *p
     split->setChildrenCollapsible(false);
     split->setSizes({theme.scaled(pagesWidth), theme.scaled(labelsWidth)});
     m_sheets->addWidget(split);
-    m_sheets->addWidget(
-        new EmptyState(u"ui_scanform"_s, u"The SCAN forms that are made at this computer are kept here."_s));
+    m_sheets->addWidget(new EmptyState(u"ui_scanform"_s, u"SCAN forms created on this computer appear here."_s));
     auto *rows = new QVBoxLayout(this);
     rows->setContentsMargins(0, 0, 0, 0);
     rows->setSpacing(0);

@@ -47,13 +47,13 @@ QSize Button::sizeHint() const
     return {words + drawn + (drawn && words ? iconGap : 0) + 2 * (m_kind == Kind::link ? 9 : padding), height()};
 }
 
-Button::Colours Button::colours() const
+Button::Colors Button::colors() const
 {
     const Tokens &t = Theme::current().tokens();
     const bool flat = m_kind == Kind::link || m_kind == Kind::icon;
     if (!isEnabled())
-        return flat ? Colours{Qt::transparent, Qt::transparent, t.disabledText}
-                    : Colours{t.disabledFill, t.line, t.disabledText};
+        return flat ? Colors{Qt::transparent, Qt::transparent, t.disabledText}
+                    : Colors{t.disabledFill, t.line, t.disabledText};
     const bool hover = underMouse() || isDown();
     switch (m_kind) {
     case Kind::solid:
@@ -82,7 +82,7 @@ void Button::paintEvent(QPaintEvent *)
 {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    const Colours c = colours();
+    const Colors c = colors();
     const bool strong = m_kind == Kind::solid || m_kind == Kind::test || m_kind == Kind::practice;
     const qreal corner = height() > 36 ? 7 : Theme::radius;
     painter.setPen(c.edge.alpha() ? QPen(c.edge, 1) : QPen(Qt::NoPen));

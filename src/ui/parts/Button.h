@@ -35,10 +35,10 @@ protected:
     void paintEvent(QPaintEvent *event) override;
 
 private:
-    struct Colours {
+    struct Colors {
         QColor fill, edge, text;
     };
-    Colours colours() const;
+    Colors colors() const;
 
     Kind m_kind;
     QString m_icon;

@@ -47,22 +47,22 @@ TextLabel::TextLabel(const QString &text, FontRole role, Token ink, QWidget *par
     setTextFormat(Qt::PlainText); // names and carrier responses are not markup
     setFont(Theme::current().font(role));
     setForegroundRole(QPalette::WindowText); // on a sheet it would inherit the fields' role
-    connect(&Theme::current(), &Theme::changed, this, &TextLabel::recolour);
-    recolour();
+    connect(&Theme::current(), &Theme::changed, this, &TextLabel::recolor);
+    recolor();
 }
 
 void TextLabel::setInk(Token ink)
 {
     m_ink = ink;
-    recolour();
+    recolor();
 }
 
-void TextLabel::recolour()
+void TextLabel::recolor()
 {
-    QPalette colours = palette();
-    colours.setColor(QPalette::Active, QPalette::WindowText, Theme::current().color(m_ink));
-    colours.setColor(QPalette::Inactive, QPalette::WindowText, Theme::current().color(m_ink));
-    setPalette(colours);
+    QPalette colors = palette();
+    colors.setColor(QPalette::Active, QPalette::WindowText, Theme::current().color(m_ink));
+    colors.setColor(QPalette::Inactive, QPalette::WindowText, Theme::current().color(m_ink));
+    setPalette(colors);
 }
 
 void ElidedLabel::setFullText(const QString &text)

@@ -15,7 +15,7 @@ public:
     void setInk(Token ink);
 
 private:
-    void recolour();
+    void recolor();
 
     Token m_ink;
 };

@@ -41,7 +41,7 @@ StatusLook lookOf(PostageMode mode)
 QString storageNote(bool practice)
 {
     if (practice)
-        return u"Keys of the practice desk are forgotten when it ends."_s;
+        return u"Practice keys are deleted when the practice desk closes."_s;
 #ifdef Q_OS_MACOS
     return u"Keys are stored in the macOS Keychain, never in a file."_s;
 #else

@@ -11,12 +11,11 @@ ContactsPage::ContactsPage(AppState &app, QWidget *parent)
     : SettingsPage(u"Contacts Diagnostics"_s, parent), m_app(app), m_run(new Button(u"Run Diagnostics"_s)),
       m_report(new TextLabel({}, FontRole::mono))
 {
-    appendCaption(
-        app.appleContacts.isAvailable()
-            ? u"Tells what works of this computer's contacts, a line for each step. A step that does not answer "
-              "is given up after a while."_s
-            : u"This computer has no contacts that Parcelory could read. Import the address book from Endicia "
-              "or from a vCard file."_s);
+    appendCaption(app.appleContacts.isAvailable()
+                      ? u"Tests access to this computer's contacts step by step. A step that does not respond "
+                        "times out."_s
+                      : u"Parcelory cannot read contacts on this computer. Import the address book from Endicia "
+                        "or from a vCard file."_s);
     QVBoxLayout *rows = column(appendCard());
     m_report->setWordWrap(true);
     m_report->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);

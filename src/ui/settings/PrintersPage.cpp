@@ -66,7 +66,7 @@ PrintersPage::PrintersPage(AppState &app, SettingsScreen &settings, QWidget *par
       m_scaleName(new TextLabel({}, FontRole::strong)),
       m_scaleState(new TextLabel({}, FontRole::caption, &Tokens::muted)), m_weight(new TextLabel({}, FontRole::h2)),
       m_settling(new Notice(u"ui_check"_s, &Tokens::ok)), m_refresh([this] { refresh(); }),
-      m_scale([this] { refreshScale(); })
+      m_scaleRefresh([this] { refreshScale(); })
 {
     appendLabels();
     appendDocuments();
@@ -78,7 +78,8 @@ PrintersPage::PrintersPage(AppState &app, SettingsScreen &settings, QWidget *par
             [&settings] { spawn([&] { return settings.refreshPrinters(); }); });
     m_refresh.follow(settings.queues, settings.zebraQueues, settings.showAllPrinters, settings.zebraQueue,
                      settings.documentQueue, settings.rotate180, settings.printerMessage, settings.busy);
-    m_scale.follow(app.scale.connected, app.scale.stable, app.scale.ounces, app.scale.deviceName, app.scale.fault);
+    m_scaleRefresh.follow(app.scale.connected, app.scale.stable, app.scale.ounces, app.scale.deviceName,
+                          app.scale.fault);
     refresh();
     refreshScale();
 }

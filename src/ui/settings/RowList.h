@@ -63,7 +63,7 @@ private:
     {
         m_place->removeWidget(entry.row);
         entry.row->hide();
-        entry.row->deleteLater(); // its own button may be what removed it
+        entry.row->deleteLater(); // its own button may have triggered the removal
         return true;
     }
 

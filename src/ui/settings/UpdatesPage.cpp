@@ -10,7 +10,8 @@ UpdatesPage::UpdatesPage(UpdateChecker &updates, QWidget *parent)
     : SettingsPage(u"Updates"_s, parent), m_updates(updates), m_check(new Button(u"Check for Updates…"_s)),
       m_status(new TextLabel({}, FontRole::caption, &Tokens::muted)), m_refresh([this] { refresh(); })
 {
-    appendCaption(u"Parcelory looks for a newer version at every start and offers it; nothing is installed unasked."_s);
+    appendCaption(
+        u"Parcelory looks for a newer version at every start and offers it; it never installs without asking."_s);
     QVBoxLayout *rows = column(appendCard());
     rows->addWidget(new TextLabel(u"Parcelory %1 is installed."_s.arg(updates.installedVersion())));
     m_status->setWordWrap(true);

@@ -32,7 +32,6 @@ protected:
     void keyPressEvent(QKeyEvent *event) override;
 
 private:
-    QWidget *makePages();
     void addFoot(QVBoxLayout *rows);
     QLayout *makeNews();
     QLayout *makeTools();

@@ -26,7 +26,7 @@ public:
 private:
     const PostalContact &contact(int row) const { return m_contacts[m_rows[row]]; }
 
-    // Implicitly shared with the book; they stay unchanged until show() tells the view.
+    // Implicitly shared with the book; they change only in show(), which resets the model.
     QList<PostalContact> m_contacts;
     QList<int> m_rows;
 };

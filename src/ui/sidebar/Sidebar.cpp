@@ -14,7 +14,7 @@ using namespace Qt::StringLiterals;
 Sidebar::Sidebar(AppState &app, AddressBook &book, QWidget *parent)
     : PanelFrame(&Tokens::window, parent), m_preferences(app.platform.preferences),
       m_modes(new SegmentedControl(u"Sidebar"_s)), m_panes(new QStackedWidget),
-      m_addressBook(new AddressBookView(app, book)), m_invoice(new InvoicePane(app)), m_scans([this, &app] {
+      m_addressBook(new AddressBookView(app, book)), m_invoice(new InvoicePane(app)), m_scanRefresh([this, &app] {
           if (app.scanBusy)
               show(deskline); // shows the invoice's warnings; the clerk's choice stays saved for the next start
       })
@@ -34,7 +34,7 @@ Sidebar::Sidebar(AppState &app, AddressBook &book, QWidget *parent)
     column->addLayout(head);
     column->addWidget(m_panes);
     connect(m_modes, &SegmentedControl::chosenByUser, this, [this](int mode) { choose(Mode(mode)); });
-    m_scans.follow(app.scanBusy);
+    m_scanRefresh.follow(app.scanBusy);
     show(read(m_preferences, settings::addressBookMode) == u"deskline" ? deskline : endicia);
 }
 

@@ -35,7 +35,7 @@ private:
     QStackedWidget *m_panes;
     AddressBookView *m_addressBook;
     InvoicePane *m_invoice;
-    RefreshScheduler m_scans;
+    RefreshScheduler m_scanRefresh;
 };
 
 } // namespace parcelory

@@ -35,7 +35,7 @@ QLayout *makeBrand()
     return brand;
 }
 
-QLayout *labelled(LineEdit *field)
+QLayout *labeled(LineEdit *field)
 {
     field->setFixedHeight(Theme::current().scaled(fieldHeight));
     auto *label = new TextLabel(field->accessibleName(), FontRole::caption);
@@ -62,14 +62,14 @@ SignInView::SignInView(AppState &app, SignInScreen &screen, const QString &note,
       m_signIn(new Button(u"Sign in"_s, Button::Kind::solid)),
       m_error(new Notice(u"ui_error"_s, &Tokens::bad, FontRole::button)), m_refresh([this] { refresh(); })
 {
-    auto *centre = new QHBoxLayout;
-    centre->addStretch(1);
-    centre->addWidget(makeCard(note));
-    centre->addStretch(1);
+    auto *center = new QHBoxLayout;
+    center->addStretch(1);
+    center->addWidget(makeCard(note));
+    center->addStretch(1);
     auto *rows = new QVBoxLayout(this);
     rows->setContentsMargins(0, 12, 0, 12);
     rows->addStretch(2);
-    rows->addLayout(centre);
+    rows->addLayout(center);
     rows->addStretch(3);
     rows->addWidget(
         new TextLabel(u"Parcelory "_s + QCoreApplication::applicationVersion(), FontRole::caption, &Tokens::muted), 0,
@@ -101,8 +101,8 @@ QWidget *SignInView::makeCard(const QString &note)
     column->setSpacing(13);
     column->addLayout(makeBrand());
     column->addSpacing(5);
-    column->addLayout(labelled(m_name));
-    column->addLayout(labelled(m_password));
+    column->addLayout(labeled(m_name));
+    column->addLayout(labeled(m_password));
     column->addWidget(m_remember, 0, Qt::AlignLeft);
     column->addSpacing(3);
     column->addWidget(m_signIn);

@@ -82,8 +82,8 @@ void paintIcon(QPainter &painter, const QString &name, const QRect &place, const
 {
     const int size = std::min(place.width(), place.height());
     const qreal ratio = painter.device()->devicePixelRatioF();
-    const QRect centred(place.center().x() - (size - 1) / 2, place.center().y() - (size - 1) / 2, size, size);
-    painter.drawPixmap(centred, iconPixmap(name, ink, size, ratio));
+    const QRect centered(place.center().x() - (size - 1) / 2, place.center().y() - (size - 1) / 2, size, size);
+    painter.drawPixmap(centered, iconPixmap(name, ink, size, ratio));
 }
 
 } // namespace parcelory

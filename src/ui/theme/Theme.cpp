@@ -117,8 +117,8 @@ QPalette Theme::standardPalette() const
         {QPalette::BrightText, t.onAccent}, {QPalette::Light, t.sheet},
         {QPalette::Midlight, t.header},     {QPalette::Mid, t.line},
         {QPalette::Dark, t.button},         {QPalette::Shadow, t.control}};
-    for (const auto &[role, colour] : roles)
-        palette.setColor(role, colour);
+    for (const auto &[role, color] : roles)
+        palette.setColor(role, color);
     for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText, QPalette::HighlightedText})
         palette.setColor(QPalette::Disabled, role, t.disabledText);
     palette.setColor(QPalette::Disabled, QPalette::Base, t.disabledFill);

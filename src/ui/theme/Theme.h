@@ -28,7 +28,7 @@ public:
     /// Scales a length in logical pixels with the system's text size.
     int scaled(int pixels) const { return qRound(pixels * m_textScale); }
 
-    static constexpr int fieldHeight = 28, radius = 5, cardRadius = 6, dialogRadius = 10;
+    static constexpr int fieldHeight = 28, radius = 5, cardRadius = 6;
 
     /// The frame of a field: filled, with an edge; a ring if it has the focus, red if `fault`.
     void drawField(QPainter &painter, const QRect &rect, bool enabled, bool focus, bool fault) const;

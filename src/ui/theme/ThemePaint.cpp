@@ -14,9 +14,9 @@ namespace {
 constexpr int markWidth = 28; ///< a field's arrow or calendar icon and the space around it
 
 /// The stroke of an icon-like mark.
-QPen stroke(const QColor &colour, qreal width = 1.5)
+QPen stroke(const QColor &color, qreal width = 1.5)
 {
-    return {colour, width, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin};
+    return {color, width, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin};
 }
 
 bool has(const QStyleOption &option, QStyle::State state)

@@ -28,7 +28,7 @@ using Token = QColor Tokens::*;
 const Tokens &lightTokens();
 const Tokens &darkTokens();
 
-/// The contrast of two opaque colours as WCAG 2 defines it, from 1 to 21.
+/// The contrast of two opaque colors as WCAG 2 defines it, from 1 to 21.
 double contrast(const QColor &one, const QColor &other);
 
 } // namespace parcelory

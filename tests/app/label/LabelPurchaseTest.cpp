@@ -100,9 +100,9 @@ TEST_F(LabelPurchaseTest, ALabelThatCouldNotBePrintedIsStillLogged)
     processes.behave = nullptr;
 
     const std::pair<LabelAnswer, QString> links[] = {{LabelAnswer::expired, u"Shippo HTTP 403: label download"_s},
-                                                     {LabelAnswer::xmlError, u"what the carrier sent is not a label"_s},
+                                                     {LabelAnswer::xmlError, u"the carrier's file is not a label"_s},
                                                      {LabelAnswer::truncated, u"the label arrived incomplete"_s},
-                                                     {LabelAnswer::html, u"what the carrier sent is not a label"_s}};
+                                                     {LabelAnswer::html, u"the carrier's file is not a label"_s}};
     int rows = 1;
     const QByteArray lastPrinted = processes.lastPrinted();
     for (const auto &[link, reason] : links) {

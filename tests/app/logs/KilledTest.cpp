@@ -135,7 +135,7 @@ TEST_F(Killed, AtAnyMomentOfARefundTheNextStartFindsItsOutcome)
     }
     if (isVictim)
         return;
-    // The states that a kill can leave. On a busy machine, a turn of the loop may skip one of the intermediate states.
+    // The states that a kill can leave. On a busy machine, a turn of the loop may skip an intermediate state.
     const QStringList states = {u"PRINTED SUCCESS"_s, u"REFUNDED REFUNDED"_s, u"REFUND_PENDING REFUNDED"_s,
                                 u"REFUND_PENDING SUCCESS"_s};
     EXPECT_GE(ends.size(), 3);

@@ -151,10 +151,10 @@ TEST_F(MailingLogScreenTest, AFailedReprintIsShownAndLoggedAndPrintsNothing)
     } cases[] = {
         {row, LabelAnswer::normal, "printer ZD421 disabled", u"The Zebra queue “ZD421” is PAUSED"_s, false},
         {bare, LabelAnswer::expired, "", u"Shippo HTTP 403: label download"_s, true},
-        {bare, LabelAnswer::html, "", u"What the carrier sent is not a label."_s, true},
+        {bare, LabelAnswer::html, "", u"The carrier's file is not a label."_s, true},
         {bare, LabelAnswer::truncated, "", u"The label arrived incomplete"_s, true},
         {bare, LabelAnswer::brokenOff, "", QString(), true},
-        {lost, LabelAnswer::normal, "", u"The mailing log holds neither this label"_s, false},
+        {lost, LabelAnswer::normal, "", u"The mailing log has neither this label"_s, false},
     };
     qsizetype records = 0, alerts = 0;
     for (const auto &[record, link, queue, message, alert] : cases) {

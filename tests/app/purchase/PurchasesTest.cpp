@@ -86,7 +86,7 @@ TEST_F(PurchasesTest, BuyingIsDisabledForTheRecipientWhileTheCarrierIsUnreachabl
     rate();
     carrier.setScenario({.dropConnection = true}); // it still sells the label
     press();
-    EXPECT_TRUE(banner().contains(u"The label may have been bought all the same"_s)) << banner().toStdString();
+    EXPECT_TRUE(banner().contains(u"The label may still have been bought"_s)) << banner().toStdString();
     EXPECT_TRUE(screen().isBuyClosed());
     EXPECT_TRUE(logged().isEmpty());
     app->draftTo = londonAddress();
@@ -216,7 +216,7 @@ TEST_F(PurchasesTest, AnUnresolvedPurchaseEndsInTheErrorLogAfterAMonth)
         EXPECT_EQ(purchases().unresolved.value().size(), open);
         EXPECT_EQ(app->journal.openPurchases().size(), open);
     }
-    EXPECT_TRUE(errors->entries().first().detail.startsWith(u"It was never learned whether this label was bought: "_s));
+    EXPECT_TRUE(errors->entries().first().detail.startsWith(u"The outcome of this purchase was never found: "_s));
 }
 
 TEST_F(PurchasesTest, NothingIsBoughtWithoutAJournal)
@@ -325,7 +325,7 @@ TEST(SecondLabel, WarnsByReferenceRecipientInvoiceAndUnresolvedPurchase)
              row.status = u"REFUNDED"_s;
              facts.lastOutcomeUnknown = true;
          },
-         u"A label for this recipient may have been bought: the carrier could not say yet."_s},
+         u"A label for this recipient may have been bought: the carrier has not confirmed it yet."_s},
     };
     for (const Row &row : rows) {
         SecondLabelFacts facts = first;

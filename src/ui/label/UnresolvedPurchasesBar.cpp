@@ -1,4 +1,4 @@
-#include "ui/label/OpenPurchasesBar.h"
+#include "ui/label/UnresolvedPurchasesBar.h"
 
 #include "ui/parts/Button.h"
 #include "ui/parts/Notice.h"
@@ -10,19 +10,19 @@
 namespace parcelory {
 using namespace Qt::StringLiterals;
 
-OpenPurchasesBar::OpenPurchasesBar(LabelScreen &screen, QWidget *parent)
+UnresolvedPurchasesBar::UnresolvedPurchasesBar(LabelScreen &screen, QWidget *parent)
     : PanelFrame(&Tokens::warnTint, parent), m_purchases(screen.purchases), m_rows(new QVBoxLayout(this)),
       m_refresh([this] { refresh(); })
 {
     setEdge(&Tokens::warnEdge);
     setLines(Qt::BottomEdge);
-    setAccessibleName(u"Purchases to look at"_s);
+    setAccessibleName(u"Unresolved purchases"_s);
     m_rows->setContentsMargins(16, 4, 10, 4);
     m_refresh.follow(m_purchases.unresolved, m_purchases.resolved, m_purchases.checking);
     refresh();
 }
 
-void OpenPurchasesBar::refresh()
+void UnresolvedPurchasesBar::refresh()
 {
     if (m_list)
         m_list->deleteLater();
@@ -31,14 +31,14 @@ void OpenPurchasesBar::refresh()
     rows->setContentsMargins(0, 0, 0, 0);
     rows->setSpacing(2);
     m_rows->addWidget(m_list);
-    for (const UnresolvedPurchase &question : m_purchases.unresolved.value()) {
+    for (const UnresolvedPurchase &purchase : m_purchases.unresolved.value()) {
         auto *check = new Button(u"Check again"_s, Button::Kind::standard, u"ui_refresh"_s);
         check->setEnabled(!m_purchases.checking);
         connect(check, &QPushButton::clicked, this, [this] { spawn([this] { return m_purchases.checkAgain(); }); });
-        const ShipmentRecord &record = question.purchase.record;
-        const QString state = record.transactionID.isEmpty() ? u"Not known yet whether it was bought: "_s
+        const ShipmentRecord &record = purchase.purchase.record;
+        const QString state = record.transactionID.isEmpty() ? u"Outcome unknown: "_s
                                                              : u"Not complete yet: "_s; // the carrier assigned an id
-        addRow(state + Purchases::titleOf(record) + u". "_s + question.text, u"ui_pending"_s, &Tokens::warn, {check});
+        addRow(state + Purchases::titleOf(record) + u". "_s + purchase.text, u"ui_pending"_s, &Tokens::warn, {check});
     }
     for (const ResolvedPurchase &purchase : m_purchases.resolved.value()) {
         QList<QWidget *> buttons;
@@ -59,15 +59,16 @@ void OpenPurchasesBar::refresh()
     setVisible(rows->count() > 0);
 }
 
-Task<> OpenPurchasesBar::printOnce(ResolvedPurchase label)
+Task<> UnresolvedPurchasesBar::printOnce(ResolvedPurchase label)
 {
-    const QPointer<OpenPurchasesBar> alive(this);
+    const QPointer<UnresolvedPurchasesBar> alive(this);
     co_await m_purchases.print(label);
     if (alive)
         m_printing = false;
 }
 
-void OpenPurchasesBar::addRow(const QString &text, const QString &icon, Token ink, const QList<QWidget *> &buttons)
+void UnresolvedPurchasesBar::addRow(const QString &text, const QString &icon, Token ink,
+                                    const QList<QWidget *> &buttons)
 {
     auto *row = new QHBoxLayout;
     row->setSpacing(8);

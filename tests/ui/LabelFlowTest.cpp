@@ -12,7 +12,7 @@ namespace parcelory::test {
 namespace {
 using namespace Qt::StringLiterals;
 
-TEST(LabelRoad, AParcelIsShippedWithoutTheMouse)
+TEST(LabelFlow, AParcelIsShippedWithoutTheMouse)
 {
     WindowDesk desk;
     EXPECT_EQ(desk.focusName(), u"Recipient name");
@@ -56,7 +56,7 @@ TEST(LabelRoad, AParcelIsShippedWithoutTheMouse)
     EXPECT_EQ(desk.desktop.clipboard, desk.app().log.records().first().tracking);
 }
 
-TEST(LabelRoad, AParcelGoesAbroadByMouseThroughThePaperwork)
+TEST(LabelFlow, AParcelGoesAbroadByMouseThroughThePaperwork)
 {
     WindowDesk desk;
     desk.compose(londonAddress());
@@ -84,7 +84,7 @@ TEST(LabelRoad, AParcelGoesAbroadByMouseThroughThePaperwork)
     EXPECT_TRUE(desk.app().log.records().first().isIntl);
 }
 
-TEST(LabelRoad, ABurstOfClicksAndKeysBuysOneLabel)
+TEST(LabelFlow, ABurstOfClicksAndKeysBuysOneLabel)
 {
     WindowDesk desk;
     desk.composeAndRate(homeAddress());
@@ -97,7 +97,7 @@ TEST(LabelRoad, ABurstOfClicksAndKeysBuysOneLabel)
     EXPECT_EQ(desk.app().log.records().size(), 1);
 }
 
-TEST(LabelRoad, ReturnNeverBuysAndNeitherDoOtherTabs)
+TEST(LabelFlow, ReturnNeverBuysAndNeitherDoOtherTabs)
 {
     WindowDesk desk;
     desk.composeAndRate(homeAddress());
@@ -125,7 +125,7 @@ TEST(LabelRoad, ReturnNeverBuysAndNeitherDoOtherTabs)
     EXPECT_EQ(desk.purchases(), 0);
 }
 
-TEST(LabelRoad, TheWindowRespondsWhileCarrierAndPrintToolAreSlow)
+TEST(LabelFlow, TheWindowRespondsWhileCarrierAndPrintToolAreSlow)
 {
     WindowDesk desk;
     QSemaphore printed;
@@ -157,7 +157,7 @@ TEST(LabelRoad, TheWindowRespondsWhileCarrierAndPrintToolAreSlow)
     EXPECT_FALSE(desk.window().isVisible());
 }
 
-TEST(LabelRoad, AFailedPurchaseCancelsTheDeferredClose)
+TEST(LabelFlow, AFailedPurchaseCancelsTheDeferredClose)
 {
     WindowDesk desk;
     desk.composeAndRate(homeAddress());

@@ -9,9 +9,9 @@ class QVBoxLayout;
 namespace parcelory {
 
 /// Unresolved purchases, and the outcomes of those that were resolved. Usually hidden.
-class OpenPurchasesBar : public PanelFrame {
+class UnresolvedPurchasesBar : public PanelFrame {
 public:
-    explicit OpenPurchasesBar(LabelScreen &screen, QWidget *parent = nullptr);
+    explicit UnresolvedPurchasesBar(LabelScreen &screen, QWidget *parent = nullptr);
 
 private:
     void refresh();
