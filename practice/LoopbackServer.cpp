@@ -4,8 +4,12 @@
 #include <sys/socket.h>
 
 #include <algorithm>
+#include <chrono>
+#include <mutex>
 #include <optional>
 #include <stdexcept>
+#include <string>
+#include <thread>
 #include <vector>
 
 namespace parcelory {

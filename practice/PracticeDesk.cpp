@@ -3,8 +3,14 @@
 #include "backoffice/SavedCredentials.h"
 #include "carrier/ShippoKeys.h"
 #include "core/AppError.h"
+#include "core/Deployment.h"
 #include "core/SettingsKeys.h"
+#include "core/ports/Keyboard.h"
+#include "core/ports/Preferences.h"
+#include "core/ports/Prompts.h"
 #include "platform/SystemPlatform.h"
+#include "practice/backoffice/PracticeBackOffice.h"
+#include "practice/carrier/PracticeCarrier.h"
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

@@ -1,7 +1,13 @@
 #include "practice/PracticeMenu.h"
 
+#include "core/Task.h"
+#include "core/ports/Clock.h"
 #include "practice/PracticeDesk.h"
+#include "practice/PracticePrinter.h"
+#include "practice/PracticeScale.h"
+#include "practice/backoffice/BackOfficeScenario.h"
 #include "practice/backoffice/PracticeInvoices.h"
+#include "practice/carrier/CarrierScenario.h"
 
 #include <QActionGroup>
 #include <QGuiApplication>
@@ -12,6 +18,7 @@
 
 #include <functional>
 #include <memory>
+#include <utility>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

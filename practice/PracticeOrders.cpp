@@ -2,11 +2,18 @@
 
 #include "app/AppState.h"
 #include "app/label/LabelScreen.h"
+#include "compose/Customs.h"
+#include "compose/Mailpieces.h"
+#include "compose/Services.h"
+#include "core/AppError.h"
 #include "core/Json.h"
+#include "core/Task.h"
 
 #include <QFile>
 
 #include <algorithm>
+#include <chrono>
+#include <optional>
 
 static void loadResources()
 {

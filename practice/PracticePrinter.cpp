@@ -1,11 +1,16 @@
 #include "practice/PracticePrinter.h"
 
 #include "core/AppError.h"
+#include "core/Progress.h"
+#include "core/ports/ProcessRunner.h"
 
 #include <QFile>
 #include <QFileInfo>
 
 #include <algorithm>
+#include <iterator>
+#include <mutex>
+#include <utility>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;
@@ -45,7 +50,7 @@ const FaultWords &wordsOf(PrinterFault fault)
 
 } // namespace
 
-PracticePrinter::PracticePrinter(QDir folder) : m_folder(std::move(folder))
+PracticePrinter::PracticePrinter(const QDir &folder) : m_folder(folder)
 {
     for (const QString &name : m_folder.entryList(QDir::Files)) // continue the numbers of earlier runs
         m_jobs = std::max(m_jobs, name.section(u'-', 0, 0).toInt());

@@ -21,7 +21,7 @@ public:
     static inline const QString documentQueue = QStringLiteral("Practice_Laser");
 
     /// Printed files go to `folder`, numbered in order of arrival.
-    explicit PracticePrinter(QDir folder);
+    explicit PracticePrinter(const QDir &folder);
 
     /// Only the three print tools exist here; anything else throws AppError.
     ProcessOutcome run(const QString &program, const QStringList &arguments, const CancelToken &cancel = {}) override;
@@ -53,7 +53,7 @@ private:
 /// A viewer that keeps a copy of every document it is given.
 class PracticeDesktop : public Desktop {
 public:
-    explicit PracticeDesktop(QDir folder) : m_folder(std::move(folder)) {}
+    explicit PracticeDesktop(const QDir &folder) : m_folder(folder) {}
 
     void openFile(const QString &path) override;
     void openUrl(const QUrl &url) override; ///< only records the address: the practice desk opens no web page

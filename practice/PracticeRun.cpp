@@ -3,15 +3,25 @@
 #include "app/AppState.h"
 #include "app/label/LabelScreen.h"
 #include "app/logs/SaveFile.h"
+#include "carrier/ShippoRecords.h"
+#include "core/AppError.h"
+#include "core/Task.h"
+#include "core/ports/Keyboard.h"
 #include "platform/ConsolePrompts.h"
+#include "platform/WebEngineSession.h"
 #include "practice/PracticeDesk.h"
 #include "practice/PracticeOrders.h"
+#include "practice/PracticeScale.h"
+#include "practice/backoffice/PracticeBackOffice.h"
 #include "shell/ErrorLog.h"
 
 #include <QCoreApplication>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdio>
+#include <exception>
+#include <optional>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

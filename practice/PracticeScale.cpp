@@ -1,8 +1,11 @@
 #include "practice/PracticeScale.h"
 
+#include "devices/ScaleReport.h"
+
 #include <QtGlobal>
 
 #include <algorithm>
+#include <utility>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

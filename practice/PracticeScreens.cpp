@@ -1,13 +1,24 @@
 #include "practice/PracticeScreens.h"
 
+#include "app/AppState.h"
+#include "app/label/LabelScreen.h"
+#include "app/logs/MasterLogScreen.h"
+#include "app/update/UpdateChecker.h"
+#include "compose/Customs.h"
+#include "compose/Mailpieces.h"
+#include "compose/Services.h"
 #include "core/AppError.h"
+#include "core/ShippoAddress.h"
+#include "core/Task.h"
 #include "practice/PracticeDesk.h"
+#include "practice/PracticePrinter.h"
 #include "practice/PracticeSamples.h"
+#include "shell/ErrorLog.h"
+#include "shell/UpdateFeed.h"
 #include "ui/Program.h"
 #include "ui/WindowKeyboard.h"
 #include "ui/WindowPrompts.h"
 #include "ui/label/LabelView.h"
-#include "ui/log/MailingLogView.h"
 #include "ui/settings/SettingsView.h"
 #include "ui/sidebar/AddressBookView.h"
 #include "ui/theme/Theme.h"
@@ -22,6 +33,10 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <exception>
+#include <functional>
+#include <optional>
+#include <utility>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

@@ -1,5 +1,6 @@
 #include "practice/PracticeWindow.h"
 
+#include "core/Task.h"
 #include "practice/PracticeDesk.h"
 #include "practice/PracticeMenu.h"
 #include "practice/PracticeSamples.h"

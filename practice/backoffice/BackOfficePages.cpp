@@ -1,5 +1,8 @@
 #include "practice/backoffice/BackOfficePages.h"
 
+#include "practice/backoffice/BackOfficeScenario.h"
+#include "practice/backoffice/PracticeInvoices.h"
+
 namespace parcelory {
 using namespace Qt::StringLiterals;
 

@@ -2,12 +2,17 @@
 
 #include "practice/LoopbackServer.h"
 #include "practice/backoffice/BackOfficePages.h"
+#include "practice/backoffice/BackOfficeScenario.h"
+#include "practice/backoffice/PracticeInvoices.h"
 
 #include <QHash>
 #include <QUuid>
 
 #include <algorithm>
+#include <cstddef>
+#include <memory>
 #include <mutex>
+#include <string>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

@@ -1,9 +1,12 @@
 #include "practice/carrier/PracticeAccounts.h"
 
+#include "core/Json.h"
 #include "practice/carrier/CarrierScenario.h"
+#include "practice/carrier/PracticeAnswers.h"
 #include "practice/carrier/PracticeLedger.h"
 
 #include <algorithm>
+#include <vector>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

@@ -1,10 +1,13 @@
 #include "practice/carrier/PracticeAddresses.h"
 
+#include "core/Json.h"
+#include "practice/carrier/PracticeAnswers.h"
 #include "practice/carrier/PracticeLedger.h"
 
 #include <QRegularExpression>
 
 #include <numeric>
+#include <utility>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

@@ -3,6 +3,8 @@
 #include "core/IsoDate.h"
 #include "core/Json.h"
 
+#include <string>
+
 namespace parcelory {
 using namespace Qt::StringLiterals;
 

@@ -1,13 +1,19 @@
 #include "practice/carrier/PracticeCarrier.h"
 
 #include "practice/LoopbackServer.h"
+#include "practice/carrier/PracticeAnswers.h"
 #include "practice/carrier/PracticeHistory.h"
 #include "practice/carrier/PracticeLedger.h"
 #include "practice/carrier/PracticeRoutes.h"
 
+#include <chrono>
 #include <condition_variable>
+#include <cstddef>
+#include <memory>
 #include <mutex>
+#include <optional>
 #include <stdexcept>
+#include <utility>
 
 namespace parcelory {
 

@@ -5,6 +5,13 @@
 #include "practice/carrier/PracticeShipments.h"
 #include "practice/carrier/PracticeTransactions.h"
 
+#include "core/Json.h"
+#include "practice/carrier/PracticeAnswers.h"
+#include <chrono>
+#include <iterator>
+#include <string>
+#include <string_view>
+
 namespace parcelory {
 
 namespace {

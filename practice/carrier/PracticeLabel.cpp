@@ -4,7 +4,7 @@
 
 #include <QtEndian>
 
-#include <array>
+#include <cstdlib>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

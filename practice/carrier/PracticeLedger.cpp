@@ -1,8 +1,12 @@
 #include "practice/carrier/PracticeLedger.h"
 
-#include <algorithm>
+#include "core/Json.h"
+#include "practice/carrier/PracticeAnswers.h"
+
 #include <map>
 #include <ranges>
+#include <string>
+#include <utility>
 
 namespace parcelory {
 

@@ -1,14 +1,19 @@
 #include "practice/carrier/PracticeManifests.h"
 
 #include "core/IsoDate.h"
+#include "core/Json.h"
 #include "practice/carrier/CarrierScenario.h"
 #include "practice/carrier/PracticeAccounts.h"
 #include "practice/carrier/PracticeAddresses.h"
+#include "practice/carrier/PracticeAnswers.h"
 #include "practice/carrier/PracticeLabel.h"
 #include "practice/carrier/PracticeLedger.h"
 
 #include <algorithm>
 #include <cstdlib>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

@@ -1,5 +1,7 @@
 #include "practice/carrier/PracticePdf.h"
 
+#include <iterator>
+
 namespace parcelory {
 
 namespace {

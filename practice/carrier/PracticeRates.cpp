@@ -3,6 +3,8 @@
 #include "core/Json.h"
 #include "core/Text.h"
 #include "practice/carrier/CarrierScenario.h"
+#include "practice/carrier/PracticeAccounts.h"
+#include "practice/carrier/PracticeAnswers.h"
 #include "practice/carrier/PracticeTariff.h"
 
 #include <QHash>
@@ -10,6 +12,9 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <optional>
+#include <string>
+#include <utility>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

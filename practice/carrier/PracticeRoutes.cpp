@@ -1,8 +1,10 @@
 #include "practice/carrier/PracticeRoutes.h"
 
+#include "core/Json.h"
 #include "practice/carrier/CarrierScenario.h"
 #include "practice/carrier/PracticeAccounts.h"
 #include "practice/carrier/PracticeAddresses.h"
+#include "practice/carrier/PracticeAnswers.h"
 #include "practice/carrier/PracticeLedger.h"
 #include "practice/carrier/PracticeManifests.h"
 #include "practice/carrier/PracticeShipments.h"
@@ -12,6 +14,12 @@
 #include <QUrlQuery>
 
 #include <algorithm>
+#include <cstddef>
+#include <iterator>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;
@@ -88,6 +96,7 @@ CarrierAnswer listAccounts(const CarrierRequest &request, const PracticeLedger &
 {
     const std::vector<Json> accounts = PracticeAccounts::list(ledger, scenario);
     std::vector<const Json *> records;
+    records.reserve(accounts.size());
     for (const Json &account : accounts)
         records.push_back(&account);
     return listPage(request, records, defaultShortPageSize, ledger.base, scenario);

@@ -1,13 +1,16 @@
 #include "practice/carrier/PracticeShipmentCheck.h"
 
+#include "core/Json.h"
 #include "core/Text.h"
 #include "practice/carrier/CarrierScenario.h"
 #include "practice/carrier/PracticeAddresses.h"
+#include "practice/carrier/PracticeAnswers.h"
 #include "practice/carrier/PracticeLedger.h"
 
 #include <QRegularExpression>
 
 #include <algorithm>
+#include <utility>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

@@ -8,6 +8,10 @@
 #include "practice/carrier/PracticeRates.h"
 #include "practice/carrier/PracticeShipmentCheck.h"
 
+#include "core/Json.h"
+#include "practice/carrier/PracticeAnswers.h"
+#include <utility>
+
 namespace parcelory {
 using namespace Qt::StringLiterals;
 

@@ -1,6 +1,11 @@
 #include "practice/carrier/PracticeTariff.h"
 
+#include "practice/carrier/PracticeAccounts.h"
+
 #include <algorithm>
+#include <iterator>
+#include <optional>
+#include <span>
 
 namespace parcelory {
 

@@ -1,9 +1,15 @@
 #include "practice/carrier/PracticeTracking.h"
 
+#include "core/Json.h"
 #include "practice/carrier/CarrierScenario.h"
+#include "practice/carrier/PracticeAnswers.h"
 #include "practice/carrier/PracticeLedger.h"
 
 #include <algorithm>
+#include <iterator>
+#include <optional>
+#include <string>
+#include <vector>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

@@ -1,12 +1,14 @@
 #include "practice/carrier/PracticeTransactions.h"
 
 #include "core/IsoDate.h"
-#include "core/Text.h"
 #include "practice/carrier/CarrierScenario.h"
 #include "practice/carrier/PracticeLabel.h"
 #include "practice/carrier/PracticeLedger.h"
 
-#include <array>
+#include "core/Json.h"
+#include "practice/carrier/PracticeAnswers.h"
+#include <algorithm>
+#include <utility>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

@@ -1,13 +1,17 @@
 #include "addressbook/AddressFilter.h"
 
 #include "core/ByteSearch.h"
+#include "core/PostalContact.h"
 #include "core/Text.h"
 
 #include <unicode/uchar.h>
 #include <unicode/unistr.h>
 
 #include <algorithm>
+#include <cstddef>
+#include <cstdint>
 #include <numeric>
+#include <string>
 
 namespace parcelory {
 

@@ -1,6 +1,11 @@
 #include "addressbook/BlockingWork.h"
 
+#include "core/AppError.h"
+
+#include <functional>
+#include <mutex>
 #include <thread>
+#include <utility>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

@@ -1,10 +1,21 @@
 #include "addressbook/ContactsAddressProvider.h"
 
 #include "addressbook/BlockingWork.h"
+#include "addressbook/ImportProgress.h"
 #include "addressbook/PostalContacts.h"
+#include "core/AppError.h"
 #include "core/Json.h"
+#include "core/PostalContact.h"
+#include "core/Progress.h"
+#include "core/Task.h"
+#include "core/ports/Clock.h"
+#include "core/ports/ContactsSource.h"
 
 #include <algorithm>
+#include <exception>
+#include <functional>
+#include <memory>
+#include <utility>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

@@ -1,8 +1,12 @@
 #include "addressbook/EndiciaList.h"
 
+#include "addressbook/ImportProgress.h"
 #include "addressbook/PropertyList.h"
+#include "core/AppError.h"
+#include "core/PostalContact.h"
 
 #include <optional>
+#include <utility>
 
 namespace parcelory::EndiciaList {
 using namespace Qt::StringLiterals;

@@ -1,6 +1,11 @@
 #include "addressbook/ImportProgress.h"
 
+#include "core/AppError.h"
+#include "core/Progress.h"
+
 #include <QLocale>
+
+#include <utility>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

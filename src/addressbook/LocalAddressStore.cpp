@@ -1,12 +1,17 @@
 #include "addressbook/LocalAddressStore.h"
 
+#include "core/AppError.h"
+#include "core/PostalContact.h"
+
 #include <QSet>
 #include <QStringEncoder>
 
 #include <sqlite3.h>
 
 #include <array>
+#include <mutex>
 #include <tuple>
+#include <utility>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

@@ -1,9 +1,16 @@
 #include "addressbook/EndiciaList.h"
+#include "addressbook/ImportProgress.h"
 #include "addressbook/LocalAddressStore.h"
 #include "addressbook/VCard.h"
+#include "core/AppError.h"
+#include "core/PostalContact.h"
+#include "core/Progress.h"
 
 #include <QFile>
 #include <QFileInfo>
+
+#include <optional>
+#include <utility>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

@@ -1,6 +1,8 @@
 #include "addressbook/PostalContacts.h"
 
+#include "core/PostalContact.h"
 #include "core/Text.h"
+#include "core/ports/ContactsSource.h"
 
 namespace parcelory {
 using namespace Qt::StringLiterals;
@@ -9,7 +11,7 @@ namespace {
 
 QString nameOf(const PlatformContact &person)
 {
-    const QString name = joinPresent({person.given, person.family}, u" "_s);
+    QString name = joinPresent({person.given, person.family}, u" "_s);
     if (!name.isEmpty())
         return name;
     // The full name of a company repeats the organization. The label shows it in the company line only, where words

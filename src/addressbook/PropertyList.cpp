@@ -5,6 +5,8 @@
 #include <QStringDecoder>
 #include <QXmlStreamReader>
 
+#include <functional>
+
 namespace parcelory::PropertyList {
 using namespace Qt::StringLiterals;
 

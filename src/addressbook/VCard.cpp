@@ -1,13 +1,19 @@
 #include "addressbook/VCard.h"
 
+#include "addressbook/ImportProgress.h"
 #include "addressbook/PostalContacts.h"
 #include "addressbook/VCardLine.h"
+#include "core/AppError.h"
 #include "core/CountryCode.h"
+#include "core/PostalContact.h"
 #include "core/Text.h"
+#include "core/ports/ContactsSource.h"
 
 #include <QHash>
 
 #include <algorithm>
+#include <optional>
+#include <utility>
 
 namespace parcelory::VCard {
 using namespace Qt::StringLiterals;

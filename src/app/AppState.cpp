@@ -6,6 +6,15 @@
 #include "app/signin/SignInFlow.h"
 #include "core/Text.h"
 
+#include "backoffice/DesklineInvoice.h"
+#include "core/Platform.h"
+#include "core/PostalContact.h"
+#include "core/ShippoAddress.h"
+#include "core/Task.h"
+#include "shell/ErrorLog.h"
+#include <memory>
+#include <optional>
+
 namespace parcelory {
 using namespace Qt::StringLiterals;
 

@@ -126,6 +126,7 @@ public:
     Task<> syncRefundStatuses();
     /// Transactions whose refund request is in progress.
     QSet<QString> refundsUnderWay;
+    QDateTime lastRefundSync; ///< invalid: never
 
     /// Shows the clerk scanned text that is not an invoice code.
     void reportScanNoise(const QString &heard);

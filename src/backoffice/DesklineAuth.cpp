@@ -4,6 +4,12 @@
 #include "core/AppError.h"
 #include "core/Json.h"
 
+#include "core/Platform.h"
+#include "core/Task.h"
+#include "core/ports/HttpTransport.h"
+#include <chrono>
+#include <exception>
+
 namespace parcelory {
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;

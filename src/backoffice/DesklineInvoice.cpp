@@ -1,9 +1,12 @@
 #include "backoffice/DesklineInvoice.h"
 
+#include "compose/Customs.h"
+#include "core/AppError.h"
 #include "core/Text.h"
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

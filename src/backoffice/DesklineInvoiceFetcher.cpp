@@ -1,12 +1,22 @@
 #include "backoffice/DesklineInvoiceFetcher.h"
 
+#include "backoffice/DesklineAuth.h"
+#include "backoffice/DesklineInvoice.h"
 #include "backoffice/DesklinePage.h"
 #include "backoffice/Script.h"
+#include "core/AppError.h"
+#include "core/CompanySanitizer.h"
 #include "core/CountryCode.h"
 #include "core/Json.h"
+#include "core/ShippoAddress.h"
+#include "core/Task.h"
 #include "core/Text.h"
 
 #include <QRegularExpression>
+
+#include <optional>
+#include <tuple>
+#include <utility>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

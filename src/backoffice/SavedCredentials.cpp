@@ -1,6 +1,9 @@
 #include "backoffice/SavedCredentials.h"
 
+#include "core/Platform.h"
 #include "core/SettingsKeys.h"
+#include "core/Task.h"
+#include "core/ports/Preferences.h"
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

@@ -1,6 +1,7 @@
 #include "carrier/MasterEntry.h"
 
 #include "carrier/PurchaseTag.h"
+#include "carrier/ShippoRecords.h"
 #include "core/IsoDate.h"
 #include "core/Text.h"
 
@@ -9,6 +10,8 @@
 #include <algorithm>
 #include <functional>
 #include <map>
+#include <optional>
+#include <utility>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

@@ -3,6 +3,10 @@
 #include "core/CountryCode.h"
 #include "core/Text.h"
 
+#include "compose/Services.h"
+#include "core/ShippoAddress.h"
+#include <optional>
+
 namespace parcelory {
 using namespace Qt::StringLiterals;
 

@@ -1,11 +1,17 @@
 #include "carrier/RequestBodies.h"
 
+#include "carrier/ShippoRecords.h"
+#include "compose/Customs.h"
 #include "core/CountryCode.h"
 #include "core/IsoDate.h"
 #include "core/Json.h"
+#include "core/ShippoAddress.h"
 #include "core/Text.h"
 
 #include <QRegularExpression>
+
+#include <string>
+#include <utility>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

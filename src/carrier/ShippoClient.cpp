@@ -2,6 +2,14 @@
 
 #include "core/Text.h"
 
+#include "carrier/ShippoError.h"
+#include "carrier/ShippoKeys.h"
+#include "core/Platform.h"
+#include "core/Task.h"
+#include "core/ports/HttpTransport.h"
+#include <optional>
+#include <utility>
+
 namespace parcelory {
 using namespace Qt::StringLiterals;
 

@@ -1,10 +1,21 @@
+#include "carrier/CarrierAnswer.h"
+#include "carrier/MasterEntry.h"
+#include "carrier/RequestBodies.h"
 #include "carrier/ShippoClient.h"
+#include "carrier/ShippoError.h"
+#include "carrier/ShippoRecords.h"
+#include "core/Json.h"
+#include "core/ShippoAddress.h"
+#include "core/Task.h"
 
 #include "carrier/PagedList.h"
 #include "carrier/Polling.h"
 #include "core/IsoDate.h"
 
 #include <QScopeGuard>
+
+#include <memory>
+#include <utility>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

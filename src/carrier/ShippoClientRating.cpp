@@ -1,9 +1,20 @@
+#include "carrier/RequestBodies.h"
 #include "carrier/ShippoClient.h"
+#include "carrier/ShippoError.h"
+#include "carrier/ShippoRecords.h"
+#include "core/AppError.h"
+#include "core/Json.h"
+#include "core/ShippoAddress.h"
+#include "core/Task.h"
+#include "core/ports/HttpTransport.h"
 
 #include "carrier/CarrierAnswer.h"
 #include "carrier/PagedList.h"
 #include "carrier/Polling.h"
 #include "core/Text.h"
+
+#include <memory>
+#include <utility>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

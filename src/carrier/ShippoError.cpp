@@ -1,10 +1,14 @@
 #include "carrier/ShippoError.h"
 
+#include "core/AppError.h"
 #include "core/Json.h"
 #include "core/Text.h"
 
 #include <algorithm>
 #include <map>
+#include <optional>
+#include <string>
+#include <utility>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

@@ -2,6 +2,10 @@
 
 #include "core/SettingsKeys.h"
 
+#include "core/ports/Preferences.h"
+#include "core/ports/SecretStore.h"
+#include <optional>
+
 namespace parcelory {
 using namespace Qt::StringLiterals;
 

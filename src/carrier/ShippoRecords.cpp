@@ -2,6 +2,8 @@
 
 #include "core/Text.h"
 
+#include <optional>
+
 namespace parcelory {
 using namespace Qt::StringLiterals;
 

@@ -1,6 +1,7 @@
 #include "compose/Customs.h"
 
 #include <algorithm>
+#include <optional>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

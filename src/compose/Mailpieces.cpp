@@ -1,5 +1,8 @@
 #include "compose/Mailpieces.h"
 
+#include "compose/Services.h"
+#include "records/BoxProfile.h"
+
 #include <algorithm>
 
 namespace parcelory {

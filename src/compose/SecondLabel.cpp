@@ -1,6 +1,8 @@
 #include "compose/SecondLabel.h"
 
+#include "core/ShippoAddress.h"
 #include "core/Text.h"
+#include "records/ShipmentRecord.h"
 #include "records/ShipmentStatus.h"
 
 namespace parcelory {

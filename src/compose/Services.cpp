@@ -1,6 +1,7 @@
 #include "compose/Services.h"
 
 #include <algorithm>
+#include <optional>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

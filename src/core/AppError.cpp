@@ -1,5 +1,8 @@
 #include "core/AppError.h"
 
+#include <exception>
+#include <utility>
+
 namespace parcelory {
 
 AppError::AppError(QString description) : m_description(std::move(description)), m_utf8(m_description.toUtf8()) {}

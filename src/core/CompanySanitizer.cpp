@@ -3,6 +3,8 @@
 #include "core/Text.h"
 
 #include <algorithm>
+#include <iterator>
+#include <utility>
 
 namespace parcelory {
 namespace {

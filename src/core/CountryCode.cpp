@@ -80,7 +80,7 @@ const Regions &regions()
 
 QString alpha2(const QString &text)
 {
-    const QString upper = text.trimmed().toUpper();
+    QString upper = text.trimmed().toUpper();
     if (upper.size() == 2 && regions().names.contains(upper))
         return upper;
     return regions().nameMap.value(normalize(upper), upper);

@@ -1,8 +1,11 @@
 #include "core/Deployment.h"
 
+#include "core/AppError.h"
 #include "core/Json.h"
 
 #include <QFile>
+
+#include <optional>
 
 static void loadResources()
 {

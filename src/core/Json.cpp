@@ -1,8 +1,11 @@
 #include "core/Json.h"
 
+#include "core/AppError.h"
+
 #include <cctype>
 #include <cmath>
 #include <limits>
+#include <string>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

@@ -6,6 +6,9 @@
 #include <QFileInfo>
 #include <QSaveFile>
 
+#include <optional>
+#include <utility>
+
 namespace parcelory {
 using namespace Qt::StringLiterals;
 

@@ -1,5 +1,6 @@
 #include "core/PostalContact.h"
 
+#include "core/ShippoAddress.h"
 #include "core/Text.h"
 
 namespace parcelory {

@@ -2,6 +2,8 @@
 
 #include "core/Text.h"
 
+#include <utility>
+
 namespace parcelory {
 using namespace Qt::StringLiterals;
 

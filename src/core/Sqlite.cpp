@@ -1,6 +1,10 @@
 #include "core/Sqlite.h"
 
+#include "core/Progress.h"
+
 #include <sqlite3.h>
+
+#include <optional>
 
 namespace parcelory {
 

@@ -5,6 +5,8 @@
 #include <QUtf8StringView>
 
 #include <charconv>
+#include <iterator>
+#include <optional>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

@@ -1,5 +1,7 @@
 #include "core/UsStates.h"
 
+#include <map>
+
 namespace parcelory {
 using namespace Qt::StringLiterals;
 

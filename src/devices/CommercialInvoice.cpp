@@ -2,12 +2,16 @@
 
 #include "core/AppError.h"
 #include "core/CountryCode.h"
+#include "core/Deployment.h"
+#include "core/PostalContact.h"
 #include "core/Text.h"
 #include "devices/PaperSheet.h"
 
 #include <QBuffer>
 #include <QGuiApplication>
 #include <QPdfWriter>
+
+#include <iterator>
 
 namespace parcelory::CommercialInvoice {
 using namespace Qt::StringLiterals;

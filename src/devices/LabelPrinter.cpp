@@ -1,7 +1,13 @@
 #include "devices/LabelPrinter.h"
 
+#include "core/AppError.h"
+#include "core/Platform.h"
 #include "core/SettingsKeys.h"
 #include "core/Text.h"
+#include "core/ports/Preferences.h"
+#include "core/ports/ProcessRunner.h"
+#include "devices/PrinterState.h"
+#include "devices/Zpl.h"
 
 #include <QDir>
 #include <QFile>

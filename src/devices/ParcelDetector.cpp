@@ -1,5 +1,7 @@
 #include "devices/ParcelDetector.h"
 
+#include "devices/ScaleReport.h"
+
 #include <algorithm>
 #include <cmath>
 

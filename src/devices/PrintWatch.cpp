@@ -1,8 +1,13 @@
 #include "devices/PrintWatch.h"
 
+#include "core/Task.h"
+#include "devices/PrinterState.h"
+#include "devices/Zpl.h"
+
 #include <QPointer>
 
 #include <algorithm>
+#include <vector>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

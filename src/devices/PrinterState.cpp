@@ -5,6 +5,8 @@
 #include <QRegularExpression>
 #include <QStringList>
 
+#include <utility>
+
 namespace parcelory {
 using namespace Qt::StringLiterals;
 

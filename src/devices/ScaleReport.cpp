@@ -3,6 +3,7 @@
 #include "compose/Weight.h"
 
 #include <cmath>
+#include <optional>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

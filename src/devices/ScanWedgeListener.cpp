@@ -1,6 +1,12 @@
 #include "devices/ScanWedgeListener.h"
 
+#include "core/ports/Clock.h"
+#include "core/ports/Keyboard.h"
+
 #include <algorithm>
+#include <functional>
+#include <optional>
+#include <utility>
 
 namespace parcelory {
 

@@ -1,6 +1,10 @@
 #include "devices/USBScale.h"
 
+#include "core/ports/HidSource.h"
+#include "devices/ScaleReport.h"
+
 #include <algorithm>
+#include <optional>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

@@ -3,6 +3,8 @@
 #include <QUtf8StringView>
 
 #include <algorithm>
+#include <cstddef>
+#include <optional>
 #include <string_view>
 
 namespace parcelory {

@@ -1,5 +1,8 @@
 #include "platform/ConsolePrompts.h"
 
+#include "core/Task.h"
+#include "core/ports/Prompts.h"
+
 #include <cstdio>
 
 namespace parcelory {

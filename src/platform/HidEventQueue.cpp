@@ -1,6 +1,9 @@
 #include "platform/HidEventQueue.h"
 
 #include <algorithm>
+#include <mutex>
+#include <utility>
+#include <vector>
 
 namespace parcelory {
 

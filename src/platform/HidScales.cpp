@@ -1,15 +1,22 @@
 #include "platform/HidScales.h"
 
+#include "platform/HidEventQueue.h"
+
 #include <hidapi.h>
 #ifdef Q_OS_MACOS
 #include <hidapi_darwin.h>
 #endif
 
+#include <algorithm>
+#include <chrono>
 #include <csignal>
 #include <map>
 #include <memory>
+#include <mutex>
 #include <set>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

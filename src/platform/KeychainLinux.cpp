@@ -1,3 +1,4 @@
+#include "core/ports/SecretStore.h"
 #include "platform/Keychain.h"
 
 // GLib has a struct member with the name of Qt's "signals" macro.
@@ -7,6 +8,7 @@
 #include <QUtf8StringView>
 
 #include <mutex>
+#include <optional>
 
 namespace parcelory {
 

@@ -1,6 +1,8 @@
 #include "platform/NetworkTransport.h"
 
 #include "core/AppError.h"
+#include "core/Task.h"
+#include "core/ports/HttpTransport.h"
 
 #include <QCoroNetworkReply>
 #include <QHostAddress>
@@ -8,7 +10,9 @@
 #include <QNetworkReply>
 
 #include <algorithm>
+#include <iterator>
 #include <memory>
+#include <utility>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

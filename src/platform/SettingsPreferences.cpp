@@ -1,5 +1,7 @@
 #include "platform/SettingsPreferences.h"
 
+#include <mutex>
+
 namespace parcelory {
 using namespace Qt::StringLiterals;
 

@@ -8,6 +8,7 @@
 #include <QFileInfo>
 #include <QProcess>
 
+#include <chrono>
 #include <cstdlib>
 #include <thread>
 

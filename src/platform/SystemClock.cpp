@@ -1,5 +1,8 @@
 #include "platform/SystemClock.h"
 
+#include <functional>
+#include <utility>
+
 namespace parcelory {
 
 quint64 SystemClock::after(Duration delay, std::function<void()> action)

@@ -1,6 +1,7 @@
 #include "platform/SystemDesktop.h"
 
 #include "core/AppError.h"
+#include "core/ports/ProcessRunner.h"
 
 #include <QClipboard>
 #include <QGuiApplication>

@@ -1,5 +1,9 @@
 #include "platform/SystemPlatform.h"
 
+#include "core/Deployment.h"
+#include "core/ports/Keyboard.h"
+#include "core/ports/Prompts.h"
+
 #include <QStandardPaths>
 
 namespace parcelory {

@@ -1,6 +1,8 @@
 #include "platform/SystemProcesses.h"
 
 #include "core/AppError.h"
+#include "core/Progress.h"
+#include "core/ports/ProcessRunner.h"
 
 #include <QProcess>
 

@@ -1,6 +1,7 @@
 #include "platform/WebEngineSession.h"
 
 #include "core/AppError.h"
+#include "core/Task.h"
 
 #include <QHostAddress>
 #include <QLoggingCategory>
@@ -12,7 +13,10 @@
 #include <QWebEngineSettings>
 #include <QWebEngineUrlRequestInterceptor>
 
+#include <chrono>
 #include <coroutine>
+#include <cstddef>
+#include <memory>
 #include <utility>
 
 #ifdef Q_OS_LINUX

@@ -1,8 +1,12 @@
 #include "records/BoxStore.h"
 
+#include "core/AppError.h"
 #include "core/Json.h"
+#include "core/Platform.h"
+#include "records/BoxProfile.h"
 
 #include <algorithm>
+#include <optional>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

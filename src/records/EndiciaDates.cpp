@@ -2,6 +2,8 @@
 
 #include <QRegularExpression>
 
+#include <optional>
+
 namespace parcelory {
 using namespace Qt::StringLiterals;
 

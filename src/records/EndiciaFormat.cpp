@@ -1,12 +1,14 @@
 #include "records/EndiciaFormat.h"
 
 #include "core/Text.h"
+#include "records/EndiciaDates.h"
+#include "records/ShipmentRecord.h"
 
 #include <QStringList>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
+#include <optional>
 
 namespace parcelory::EndiciaFormat {
 using namespace Qt::StringLiterals;

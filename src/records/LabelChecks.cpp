@@ -1,8 +1,10 @@
 #include "records/LabelChecks.h"
 
+#include "records/ShipmentRecord.h"
 #include "records/ShipmentStatus.h"
 
 #include <algorithm>
+#include <optional>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

@@ -1,9 +1,14 @@
 #include "records/PurchaseJournal.h"
 
+#include "core/AppError.h"
 #include "core/Json.h"
+#include "core/ShippoAddress.h"
 #include "records/ShipmentLogRows.h"
+#include "records/ShipmentRecord.h"
 
 #include <QFile>
+
+#include <mutex>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

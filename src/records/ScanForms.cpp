@@ -2,6 +2,9 @@
 
 #include "records/ShipmentLogRows.h"
 
+#include "records/ShipmentRecord.h"
+#include <optional>
+
 namespace parcelory {
 
 using ShipmentLogRows::secondsOf;

@@ -1,10 +1,16 @@
 #include "records/SearchBlock.h"
 
 #include "core/ByteSearch.h"
+#include "core/Progress.h"
+#include "records/LikePattern.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <numeric>
 #include <optional>
+#include <string_view>
+#include <utility>
+#include <vector>
 
 namespace parcelory {
 

@@ -1,9 +1,17 @@
 #include "records/SenderStore.h"
 
+#include "core/AppError.h"
 #include "core/Json.h"
+#include "core/Platform.h"
+#include "core/RecordField.h"
 #include "core/SettingsKeys.h"
+#include "core/ShippoAddress.h"
+#include "core/ports/Preferences.h"
+#include "records/SenderProfile.h"
 
 #include <algorithm>
+#include <optional>
+#include <tuple>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;
@@ -82,7 +90,7 @@ std::optional<SenderProfile> SenderStore::find(const QUuid &id) const
 
 std::optional<SenderProfile> SenderStore::defaultProfile() const
 {
-    const std::optional<SenderProfile> chosen = find(defaultID.value().value_or(QUuid()));
+    std::optional<SenderProfile> chosen = find(defaultID.value().value_or(QUuid()));
     if (chosen || profiles.value().isEmpty())
         return chosen;
     return profiles.value().first();

@@ -1,8 +1,15 @@
 #include "records/ShipmentLog.h"
 
+#include "core/Progress.h"
 #include "records/ShipmentLogRows.h"
+#include "records/ShipmentRecord.h"
 
 #include <QSet>
+
+#include <functional>
+#include <mutex>
+#include <optional>
+#include <utility>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

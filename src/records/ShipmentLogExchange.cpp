@@ -1,14 +1,20 @@
 #include "core/AppError.h"
+#include "core/Progress.h"
 #include "core/Task.h"
+#include "records/EndiciaDates.h"
 #include "records/EndiciaFormat.h"
 #include "records/ShipmentLog.h"
 #include "records/ShipmentLogRows.h"
+#include "records/ShipmentRecord.h"
 
 #include <QFile>
 #include <QUtf8StringView>
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
+#include <mutex>
+#include <optional>
 #include <span>
 #include <vector>
 

@@ -1,9 +1,19 @@
 #include "records/ShipmentLogIndex.h"
 
+#include "core/Progress.h"
 #include "core/Task.h"
+#include "records/LikePattern.h"
+#include "records/SearchBlock.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <functional>
+#include <iterator>
 #include <limits>
+#include <mutex>
+#include <optional>
+#include <utility>
+#include <vector>
 
 namespace parcelory {
 

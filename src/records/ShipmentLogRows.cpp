@@ -1,5 +1,10 @@
 #include "records/ShipmentLogRows.h"
 
+#include <optional>
+#include <utility>
+
+#include "records/ShipmentRecord.h"
+
 namespace parcelory::ShipmentLogRows {
 
 const char *const select = "SELECT id, created_at, carrier, service, postage, recipient, services, tracking,\n"

@@ -1,5 +1,7 @@
 #include "records/ShipmentStatus.h"
 
+#include "records/ShipmentRecord.h"
+
 #include <QLocale>
 
 #include <algorithm>

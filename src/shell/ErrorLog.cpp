@@ -2,6 +2,13 @@
 
 #include "core/Json.h"
 
+#include "core/AppError.h"
+#include "core/Platform.h"
+#include "core/Task.h"
+#include <exception>
+#include <optional>
+#include <utility>
+
 namespace parcelory {
 using namespace Qt::StringLiterals;
 

@@ -1,11 +1,16 @@
 #include "shell/UpdateFeed.h"
 
+#include "core/AppError.h"
 #include "core/Json.h"
+#include "core/RecordField.h"
 
 #include <QRegularExpression>
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
+#include <string>
+#include <tuple>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

@@ -2,7 +2,7 @@
 
 #include "core/AppBundle.h"
 #include "core/AppError.h"
-#include "core/Text.h"
+#include "core/ports/ProcessRunner.h"
 
 #include <QDir>
 #include <QFile>
@@ -12,6 +12,8 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <optional>
+#include <system_error>
 
 static void loadResources()
 {

@@ -1,11 +1,15 @@
 #include "ui/ErrorLogWindow.h"
 
+#include "core/ports/Desktop.h"
+#include "shell/ErrorLog.h"
 #include "ui/parts/Button.h"
 #include "ui/parts/EmptyState.h"
 #include "ui/parts/PanelFrame.h"
+#include "ui/parts/RowTable.h"
 #include "ui/parts/TextLabel.h"
 #include "ui/parts/Toolbar.h"
 #include "ui/theme/Theme.h"
+#include "ui/theme/Tokens.h"
 
 #include <QHeaderView>
 #include <QShortcut>

@@ -1,14 +1,25 @@
 #include "ui/HeaderBar.h"
 
+#include "app/AppState.h"
+#include "app/label/LabelScreen.h"
+#include "app/settings/KeysScreen.h"
+#include "core/Task.h"
+#include "records/SenderProfile.h"
 #include "ui/parts/Accessibility.h"
+#include "ui/parts/Badge.h"
 #include "ui/parts/Button.h"
 #include "ui/parts/IconView.h"
+#include "ui/parts/PanelFrame.h"
 #include "ui/parts/Separator.h"
+#include "ui/parts/TextLabel.h"
 #include "ui/theme/Theme.h"
+#include "ui/theme/Tokens.h"
 
 #include <QHBoxLayout>
 #include <QPainter>
 #include <QTabBar>
+
+#include <optional>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

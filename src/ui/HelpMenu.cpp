@@ -1,5 +1,6 @@
 #include "ui/HelpMenu.h"
 
+#include "core/Task.h"
 #include "ui/MainWindow.h"
 #include "ui/ShortcutOverview.h"
 #include "ui/UpdatePrompt.h"

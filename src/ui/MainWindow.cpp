@@ -1,6 +1,12 @@
 #include "ui/MainWindow.h"
 
+#include "app/AppState.h"
+#include "app/Screens.h"
+#include "app/settings/KeysScreen.h"
+#include "core/Task.h"
+#include "core/ports/Preferences.h"
 #include "ui/ModeStripe.h"
+#include "ui/theme/Tokens.h"
 
 #include "core/SettingsKeys.h"
 #include "ui/ErrorLogWindow.h"
@@ -22,6 +28,8 @@
 #include <QCloseEvent>
 #include <QStackedWidget>
 #include <QVBoxLayout>
+
+#include <utility>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

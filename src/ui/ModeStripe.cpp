@@ -1,6 +1,8 @@
 #include "ui/ModeStripe.h"
 
+#include "app/settings/KeysScreen.h"
 #include "ui/theme/Theme.h"
+#include "ui/theme/Tokens.h"
 
 #include <QPainter>
 

@@ -1,10 +1,18 @@
 #include "ui/Program.h"
 
+#include "core/Platform.h"
+#include "core/Task.h"
+#include "ui/MainWindow.h"
+#include "ui/WindowPrompts.h"
 #include "ui/theme/Icons.h"
+#include "ui/theme/SystemAppearance.h"
 #include "ui/theme/Theme.h"
+#include "ui/theme/Tokens.h"
 
 #include <QApplication>
 #include <QStyleHints>
+
+#include <memory>
 
 namespace parcelory {
 

@@ -1,15 +1,21 @@
 #include "ui/ReviewDialog.h"
 
+#include "core/ports/Clock.h"
+#include "core/ports/Prompts.h"
 #include "ui/parts/Button.h"
+#include "ui/parts/Dialog.h"
 #include "ui/parts/PanelFrame.h"
 #include "ui/parts/TextLabel.h"
 #include "ui/theme/Theme.h"
+#include "ui/theme/Tokens.h"
 
 #include <QHBoxLayout>
 #include <QPainter>
 #include <QRegularExpression>
 #include <QScrollArea>
 #include <QVBoxLayout>
+
+#include <algorithm>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

@@ -1,7 +1,10 @@
 #include "ui/ShortcutOverview.h"
+#include "core/ports/Clock.h"
 #include "ui/parts/Button.h"
+#include "ui/parts/Dialog.h"
 #include "ui/parts/TextLabel.h"
 #include "ui/theme/Theme.h"
+#include "ui/theme/Tokens.h"
 
 #include <QGridLayout>
 #include <QMenuBar>

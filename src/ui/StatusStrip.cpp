@@ -1,8 +1,13 @@
 #include "ui/StatusStrip.h"
+#include "app/AppState.h"
+#include "app/settings/KeysScreen.h"
 #include "ui/parts/Accessibility.h"
+#include "ui/parts/Badge.h"
 #include "ui/parts/IconView.h"
+#include "ui/parts/PanelFrame.h"
 #include "ui/parts/TextLabel.h"
 #include "ui/theme/Theme.h"
+#include "ui/theme/Tokens.h"
 
 #include <QHBoxLayout>
 #include <QMouseEvent>

@@ -1,10 +1,16 @@
 #include "ui/UpdatePrompt.h"
 
+#include "app/AppState.h"
+#include "app/Screens.h"
+#include "app/update/UpdateChecker.h"
+#include "core/Task.h"
 #include "ui/parts/Button.h"
+#include "ui/parts/Dialog.h"
 #include "ui/parts/PanelFrame.h"
 #include "ui/parts/ProgressBar.h"
 #include "ui/parts/TextLabel.h"
 #include "ui/theme/Theme.h"
+#include "ui/theme/Tokens.h"
 
 #include <QScrollArea>
 #include <QVBoxLayout>

@@ -1,5 +1,12 @@
 #include "ui/WindowActions.h"
 
+#include "app/AppState.h"
+#include "app/label/LabelScreen.h"
+#include "app/logs/MailingLogScreen.h"
+#include "app/logs/MasterLogScreen.h"
+#include "carrier/MasterEntry.h"
+#include "core/Task.h"
+#include "records/ShipmentRecord.h"
 #include "ui/EditMenu.h"
 #include "ui/HeaderBar.h"
 #include "ui/MainWindow.h"
@@ -13,6 +20,10 @@
 #include <QApplication>
 #include <QHeaderView>
 #include <QMenuBar>
+
+#include <functional>
+#include <optional>
+#include <utility>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

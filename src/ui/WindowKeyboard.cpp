@@ -1,5 +1,7 @@
 #include "ui/WindowKeyboard.h"
 
+#include "core/ports/Keyboard.h"
+
 #include <QAbstractSpinBox>
 #include <QApplication>
 #include <QComboBox>
@@ -7,6 +9,11 @@
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QTextEdit>
+
+#include <chrono>
+#include <memory>
+#include <optional>
+#include <utility>
 
 namespace parcelory {
 

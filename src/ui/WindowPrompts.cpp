@@ -1,9 +1,13 @@
 #include "ui/WindowPrompts.h"
 
+#include "core/Task.h"
+#include "core/ports/Prompts.h"
 #include "ui/ReviewDialog.h"
 
 #include <QApplication>
 #include <QStandardPaths>
+
+#include <coroutine>
 
 namespace parcelory {
 

@@ -1,9 +1,14 @@
 #include "addressbook/AddressFilter.h"
 #include "core/ByteSearch.h"
+#include "core/PostalContact.h"
 #include "core/Text.h"
 #include "support/Printing.h"
 
 #include <QRandomGenerator>
+
+#include <algorithm>
+#include <cstddef>
+#include <string>
 
 namespace parcelory::test {
 using namespace Qt::StringLiterals;

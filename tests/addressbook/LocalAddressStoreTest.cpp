@@ -1,8 +1,12 @@
 #include "addressbook/LocalAddressStore.h"
+#include "core/AppError.h"
+#include "core/PostalContact.h"
 #include "support/Printing.h"
 #include "support/RunTask.h"
 
 #include <QTemporaryDir>
+
+#include <utility>
 
 namespace parcelory::test {
 using namespace Qt::StringLiterals;

@@ -1,7 +1,13 @@
+#include "backoffice/DesklineInvoice.h"
 #include "backoffice/DesklineInvoiceFetcher.h"
+#include "compose/Customs.h"
 #include "support/Printing.h"
 
 #include <gmock/gmock.h>
+
+#include <optional>
+#include <tuple>
+#include <utility>
 
 namespace parcelory::test {
 using namespace Qt::StringLiterals;

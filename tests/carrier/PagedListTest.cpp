@@ -1,4 +1,7 @@
 #include "carrier/PagedList.h"
+#include "carrier/ShippoRecords.h"
+#include "core/AppError.h"
+#include "core/Task.h"
 
 #include "support/Printing.h"
 #include "support/RunTask.h"

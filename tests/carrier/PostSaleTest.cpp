@@ -1,10 +1,22 @@
+#include "carrier/MasterEntry.h"
 #include "carrier/PagedList.h"
 #include "carrier/ShippoClient.h"
+#include "carrier/ShippoKeys.h"
+#include "carrier/ShippoRecords.h"
+#include "core/AppError.h"
+#include "core/Json.h"
+#include "core/Task.h"
+#include "practice/carrier/CarrierScenario.h"
 
 #include "support/CarrierDesk.h"
 #include "support/Printing.h"
 
 #include <gmock/gmock.h>
+
+#include <algorithm>
+#include <functional>
+#include <memory>
+#include <utility>
 
 namespace parcelory::test {
 using namespace Qt::StringLiterals;

@@ -1,6 +1,6 @@
 #include "carrier/PurchaseTag.h"
-
-#include "core/Text.h"
+#include "compose/Services.h"
+#include "core/ShippoAddress.h"
 #include "support/Printing.h"
 
 #include <gmock/gmock.h>

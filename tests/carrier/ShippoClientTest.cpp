@@ -1,9 +1,22 @@
 #include "carrier/ShippoClient.h"
+#include "carrier/RequestBodies.h"
+#include "carrier/ShippoError.h"
+#include "carrier/ShippoKeys.h"
+#include "carrier/ShippoRecords.h"
+#include "compose/Customs.h"
+#include "core/AppError.h"
+#include "core/Json.h"
+#include "core/Task.h"
+#include "practice/carrier/CarrierScenario.h"
+#include "support/RunTask.h"
 
 #include "support/CarrierDesk.h"
 #include "support/Printing.h"
 
 #include <gmock/gmock.h>
+
+#include <tuple>
+#include <utility>
 
 namespace parcelory::test {
 using namespace Qt::StringLiterals;

@@ -1,8 +1,9 @@
 #include "carrier/ShippoError.h"
-
 #include "support/Printing.h"
 
 #include <gmock/gmock.h>
+
+#include <optional>
 
 namespace parcelory::test {
 using namespace Qt::StringLiterals;

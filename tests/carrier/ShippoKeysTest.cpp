@@ -1,9 +1,13 @@
 #include "carrier/ShippoKeys.h"
+#include "practice/MemorySecrets.h"
 
 #include "support/FakePlatform.h"
 #include "support/Printing.h"
 
 #include <gmock/gmock.h>
+
+#include <optional>
+#include <utility>
 
 namespace parcelory::test {
 using namespace Qt::StringLiterals;

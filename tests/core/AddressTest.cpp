@@ -1,8 +1,12 @@
+#include "core/AppError.h"
 #include "core/Json.h"
 #include "core/PostalContact.h"
+#include "core/ShippoAddress.h"
 #include "support/Printing.h"
 
 #include <gmock/gmock.h>
+
+#include <utility>
 
 namespace parcelory::test {
 using namespace Qt::StringLiterals;

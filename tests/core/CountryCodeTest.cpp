@@ -1,8 +1,9 @@
 #include "core/CountryCode.h"
-
 #include "support/Printing.h"
 
 #include <gmock/gmock.h>
+
+#include <utility>
 
 namespace parcelory::test {
 using namespace Qt::StringLiterals;

@@ -1,4 +1,6 @@
 #include "core/Deployment.h"
+#include "core/AppError.h"
+#include "core/CompanySanitizer.h"
 
 #include "core/Json.h"
 #include "support/Printing.h"
@@ -6,6 +8,9 @@
 #include <gmock/gmock.h>
 
 #include <QFile>
+
+#include <tuple>
+#include <utility>
 
 namespace parcelory::test {
 using namespace Qt::StringLiterals;

@@ -1,8 +1,9 @@
 #include "core/IsoDate.h"
-
 #include "support/Printing.h"
 
 #include <gmock/gmock.h>
+
+#include <utility>
 
 namespace parcelory::test {
 using namespace Qt::StringLiterals;

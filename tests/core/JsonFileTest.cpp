@@ -1,11 +1,12 @@
 #include "core/JsonFile.h"
-
 #include "support/Printing.h"
 
 #include <gmock/gmock.h>
 
 #include <QDir>
 #include <QTemporaryDir>
+
+#include <optional>
 
 namespace parcelory::test {
 using namespace Qt::StringLiterals;

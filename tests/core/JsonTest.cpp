@@ -1,4 +1,6 @@
 #include "core/Json.h"
+#include "core/AppError.h"
+#include "core/RecordField.h"
 
 #include "carrier/ShippoRecords.h"
 #include "support/Printing.h"
@@ -6,6 +8,10 @@
 #include <gmock/gmock.h>
 
 #include <QFile>
+
+#include <optional>
+#include <tuple>
+#include <utility>
 
 namespace parcelory::test {
 using namespace Qt::StringLiterals;

@@ -1,8 +1,10 @@
 #include "core/Text.h"
-
 #include "support/Printing.h"
 
 #include <gmock/gmock.h>
+
+#include <optional>
+#include <utility>
 
 namespace parcelory::test {
 using namespace Qt::StringLiterals;

@@ -1,4 +1,5 @@
 #include "devices/CommercialInvoice.h"
+#include "core/Deployment.h"
 
 #include "core/AppError.h"
 #include "support/Printing.h"
@@ -11,7 +12,11 @@
 #include <QRegularExpression>
 #include <QTemporaryDir>
 
+#include <algorithm>
+#include <cstdlib>
+#include <optional>
 #include <thread>
+#include <utility>
 
 namespace parcelory::test {
 using namespace Qt::StringLiterals;

@@ -1,4 +1,5 @@
 #include "devices/LabelPrinter.h"
+#include "core/AppError.h"
 
 #include "support/FakePlatform.h"
 #include "support/Printing.h"
@@ -7,6 +8,9 @@
 
 #include <QFileInfo>
 #include <QRegularExpression>
+
+#include <functional>
+#include <utility>
 
 namespace parcelory::test {
 using namespace Qt::StringLiterals;

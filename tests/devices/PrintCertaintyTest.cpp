@@ -1,11 +1,18 @@
 // What happens to a label after the print tools have accepted it.
 
 #include "app/purchase/LabelPrinting.h"
+#include "core/Task.h"
+#include "core/ports/ProcessRunner.h"
+#include "devices/PrinterState.h"
 #include "practice/PracticePrinter.h"
+#include "support/CarrierDesk.h"
 #include "support/LabelDesk.h"
 #include "support/Printing.h"
+#include "support/RunTask.h"
 
 #include <gmock/gmock.h>
+
+#include <chrono>
 
 namespace parcelory::test {
 using namespace Qt::StringLiterals;

@@ -1,6 +1,10 @@
 // Labels through a real print server, on a desk whose language is German.
 
+#include "core/AppError.h"
+#include "core/Platform.h"
 #include "devices/LabelPrinter.h"
+#include "devices/PrinterState.h"
+#include "devices/Zpl.h"
 #include "platform/SystemProcesses.h"
 #include "support/FakePlatform.h"
 #include "support/Printing.h"
@@ -13,6 +17,10 @@
 #include <QTemporaryDir>
 
 #include <sys/stat.h>
+
+#include <chrono>
+#include <memory>
+#include <utility>
 
 namespace parcelory::test {
 using namespace Qt::StringLiterals;

@@ -1,10 +1,18 @@
+#include "devices/ScaleReport.h"
 #include "devices/USBScale.h"
 #include "platform/HidEventQueue.h"
 #include "practice/PracticeScale.h"
+#include "support/FakeClock.h"
 #include "support/FakePlatform.h"
 #include "support/Printing.h"
 
 #include <gmock/gmock.h>
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace parcelory::test {
 using namespace Qt::StringLiterals;

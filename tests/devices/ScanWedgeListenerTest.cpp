@@ -1,8 +1,15 @@
 #include "devices/ScanWedgeListener.h"
+#include "core/ports/Keyboard.h"
+#include "devices/ScanBurst.h"
 #include "support/FakeClock.h"
 #include "support/Printing.h"
 
 #include <gmock/gmock.h>
+
+#include <chrono>
+#include <optional>
+#include <tuple>
+#include <utility>
 
 namespace parcelory::test {
 namespace {

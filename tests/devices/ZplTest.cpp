@@ -3,6 +3,9 @@
 
 #include <gmock/gmock.h>
 
+#include <optional>
+#include <utility>
+
 namespace parcelory::test {
 using namespace Qt::StringLiterals;
 

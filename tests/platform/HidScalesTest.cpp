@@ -15,6 +15,8 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <chrono>
+
 namespace parcelory::test {
 using namespace Qt::StringLiterals;
 

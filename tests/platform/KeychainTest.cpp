@@ -3,6 +3,7 @@
 
 #include "platform/Keychain.h"
 #include "carrier/ShippoKeys.h"
+#include "core/ports/SecretStore.h"
 #include "support/FakePlatform.h"
 #include "support/Printing.h"
 
@@ -11,7 +12,10 @@
 
 #include <gmock/gmock.h>
 
+#include <atomic>
+#include <optional>
 #include <thread>
+#include <vector>
 
 namespace parcelory::test {
 using namespace Qt::StringLiterals;

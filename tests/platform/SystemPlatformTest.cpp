@@ -1,6 +1,11 @@
 // The adapters to the real machine: preference file, child processes, network.
 
+#include "core/AppError.h"
+#include "core/Setting.h"
 #include "core/SettingsKeys.h"
+#include "core/ports/HttpTransport.h"
+#include "core/ports/Preferences.h"
+#include "core/ports/ProcessRunner.h"
 #include "platform/NetworkTransport.h"
 #include "platform/SettingsPreferences.h"
 #include "platform/SystemApplication.h"
@@ -16,6 +21,9 @@
 
 #include <QTcpServer>
 
+#include <chrono>
+#include <mutex>
+#include <string>
 #include <thread>
 
 namespace parcelory::test {

@@ -1,8 +1,13 @@
 // The sign-in and the invoices on the real web engine, against the practice back office.
 
 #include "app/AppState.h"
+#include "backoffice/DesklineInvoice.h"
+#include "compose/Customs.h"
+#include "core/Task.h"
 #include "platform/WebEngineSession.h"
+#include "practice/backoffice/BackOfficeScenario.h"
 #include "practice/backoffice/PracticeBackOffice.h"
+#include "shell/ErrorLog.h"
 #include "support/FakePlatform.h"
 #include "support/Printing.h"
 #include "support/RunTask.h"
@@ -13,7 +18,13 @@
 #include <QDirIterator>
 #include <QStandardPaths>
 
+#include <algorithm>
+#include <chrono>
 #include <csignal>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <utility>
 
 namespace parcelory::test {
 using namespace Qt::StringLiterals;

@@ -6,6 +6,11 @@
 #include <gmock/gmock.h>
 #include <httplib.h>
 
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <thread>
+
 namespace parcelory::test {
 using namespace Qt::StringLiterals;
 using testing::HasSubstr;

@@ -1,4 +1,8 @@
 #include "practice/PracticeDesk.h"
+#include "core/ports/Keyboard.h"
+#include "core/ports/Preferences.h"
+#include "devices/Zpl.h"
+#include "practice/PracticePrinter.h"
 
 #include "carrier/ShippoKeys.h"
 #include "core/AppError.h"

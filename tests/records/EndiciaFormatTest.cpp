@@ -1,5 +1,6 @@
 #include "records/EndiciaFormat.h"
-
+#include "records/EndiciaDates.h"
+#include "records/ShipmentRecord.h"
 #include "support/Printing.h"
 
 #include <gmock/gmock.h>
@@ -7,6 +8,8 @@
 #include <QLocale>
 
 #include <ctime>
+#include <optional>
+#include <utility>
 
 namespace parcelory::test {
 using namespace Qt::StringLiterals;

@@ -1,6 +1,10 @@
 #include "records/LabelChecks.h"
 #include "support/LogFile.h"
 
+#include "records/ShipmentRecord.h"
+#include <functional>
+#include <optional>
+
 namespace parcelory::test {
 using namespace Qt::StringLiterals;
 

@@ -1,3 +1,5 @@
+#include "records/ShipmentLog.h"
+#include "records/ShipmentRecord.h"
 #include "support/LogFile.h"
 
 #include "core/AppError.h"
@@ -7,7 +9,9 @@
 #include <atomic>
 #include <csignal>
 #include <functional>
+#include <optional>
 #include <thread>
+#include <utility>
 
 #include <sqlite3.h>
 #include <sys/resource.h>

@@ -1,9 +1,14 @@
+#include "records/ShipmentLog.h"
 #include "support/LogFile.h"
 
 #include "core/Task.h"
 #include "records/ShipmentLogIndex.h"
 
+#include <array>
+#include <mutex>
+#include <optional>
 #include <random>
+#include <vector>
 
 namespace parcelory::test {
 using namespace Qt::StringLiterals;

@@ -1,9 +1,15 @@
+#include "records/ShipmentLog.h"
+#include "core/Progress.h"
+#include "records/ShipmentRecord.h"
 #include "support/LogFile.h"
 
 #include "core/AppError.h"
 #include "records/EndiciaFormat.h"
 
 #include <QBuffer>
+
+#include <optional>
+#include <utility>
 
 namespace parcelory::test {
 using namespace Qt::StringLiterals;

@@ -1,10 +1,16 @@
 #include "core/Json.h"
+#include "core/ShippoAddress.h"
+#include "records/BoxProfile.h"
 #include "records/BoxStore.h"
+#include "records/SenderProfile.h"
 #include "records/SenderStore.h"
 #include "support/FakePlatform.h"
 #include "support/Printing.h"
 
 #include <gmock/gmock.h>
+
+#include <optional>
+#include <utility>
 
 namespace parcelory::test {
 using namespace Qt::StringLiterals;

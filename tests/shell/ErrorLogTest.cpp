@@ -1,4 +1,5 @@
 #include "shell/ErrorLog.h"
+#include "core/AppError.h"
 
 #include "carrier/ShippoError.h"
 #include "core/Json.h"
@@ -10,8 +11,16 @@
 
 #include <QFile>
 
+#include <chrono>
+#include <cstddef>
+#include <exception>
+#include <iterator>
+#include <optional>
 #include <stdexcept>
 #include <thread>
+#include <tuple>
+#include <utility>
+#include <vector>
 
 namespace parcelory::test {
 using namespace Qt::StringLiterals;
@@ -168,6 +177,7 @@ TEST_F(ErrorLogTest, RecordsFromAnyThreadAndShowsOnTheMainThread)
         EXPECT_EQ(QThread::currentThread(), qApp->thread());
     });
     std::vector<std::jthread> workers;
+    workers.reserve(threads);
     for (int worker = 0; worker < threads; ++worker)
         workers.emplace_back([&, worker] {
             for (int i = 0; i < each; ++i)

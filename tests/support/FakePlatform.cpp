@@ -1,8 +1,13 @@
 #include "support/FakePlatform.h"
 
 #include "carrier/ShippoKeys.h"
+#include "core/Deployment.h"
+#include "core/Progress.h"
+#include "core/ports/ProcessRunner.h"
 
 #include <QFile>
+
+#include <mutex>
 
 namespace parcelory::test {
 using namespace Qt::StringLiterals;

@@ -5,8 +5,13 @@
 #include "ui/parts/Dialog.h"
 #include "ui/parts/LineEdit.h"
 #include "ui/parts/Notice.h"
-#include "ui/sidebar/AddressBookWindow.h"
-#include "ui/sidebar/AddressEditSheet.h"
+
+#include "app/AppState.h"
+#include "app/addressbook/AddressBook.h"
+#include "core/ports/Preferences.h"
+#include "support/CarrierDesk.h"
+#include "support/RunTask.h"
+#include <algorithm>
 
 // The address book beside the label form and in its own window, operated like a clerk does.
 

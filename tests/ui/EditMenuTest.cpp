@@ -1,7 +1,11 @@
+#include "app/addressbook/AddressBook.h"
+#include "support/RunTask.h"
 #include "support/WindowDesk.h"
 #include "ui/parts/LineEdit.h"
 
 #include <QMenuBar>
+
+#include <algorithm>
 
 namespace parcelory::test {
 using namespace Qt::StringLiterals;

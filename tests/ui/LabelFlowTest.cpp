@@ -1,3 +1,8 @@
+#include "app/AppState.h"
+#include "compose/Customs.h"
+#include "core/ports/ProcessRunner.h"
+#include "support/CarrierDesk.h"
+#include "support/RunTask.h"
 #include "support/WindowDesk.h"
 #include "ui/parts/Button.h"
 #include "ui/parts/Dialog.h"
@@ -5,6 +10,8 @@
 #include <QSemaphore>
 
 #include <gmock/gmock.h>
+
+#include <utility>
 
 // The New Label screen, operated like a clerk does.
 

@@ -1,9 +1,18 @@
+#include "app/AppState.h"
+#include "compose/Mailpieces.h"
+#include "compose/Services.h"
+#include "core/ShippoAddress.h"
+#include "support/CarrierDesk.h"
 #include "support/WindowDesk.h"
 #include "ui/parts/ComboBox.h"
 #include "ui/parts/Dialog.h"
 #include "ui/parts/LineEdit.h"
 
 #include <gmock/gmock.h>
+
+#include <algorithm>
+#include <functional>
+#include <utility>
 
 namespace parcelory::test {
 namespace {

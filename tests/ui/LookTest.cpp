@@ -1,13 +1,22 @@
+#include "app/AppState.h"
+#include "compose/Services.h"
+#include "practice/carrier/PracticeCarrier.h"
+#include "records/SenderProfile.h"
+#include "support/CarrierDesk.h"
+#include "support/RunTask.h"
 #include "support/WindowDesk.h"
 #include "ui/parts/Button.h"
 #include "ui/parts/LineEdit.h"
 #include "ui/parts/TextLabel.h"
 #include "ui/theme/Theme.h"
+#include "ui/theme/Tokens.h"
 
 #include <QAbstractButton>
 #include <QComboBox>
 
 #include <gmock/gmock.h>
+
+#include <algorithm>
 
 namespace parcelory::test {
 namespace {

@@ -1,3 +1,7 @@
+#include "app/logs/MailingLogScreen.h"
+#include "app/logs/MasterLogScreen.h"
+#include "support/CarrierDesk.h"
+#include "support/RunTask.h"
 #include "support/WindowDesk.h"
 #include "ui/log/ShipmentTable.h"
 #include "ui/parts/DateField.h"
@@ -13,6 +17,10 @@
 
 #if __has_feature(address_sanitizer)
 #include <sanitizer/lsan_interface.h>
+
+#include <chrono>
+#include <cstddef>
+#include <utility>
 #endif
 
 namespace parcelory::test {

@@ -1,10 +1,14 @@
+#include "support/CarrierDesk.h"
 #include "support/WindowDesk.h"
+#include "ui/parts/Button.h"
 
 #include <QPlainTextEdit>
 #include <QSpinBox>
 #include <QVBoxLayout>
 
 #include <gmock/gmock.h>
+
+#include <chrono>
 
 // The scanner in a window: key presses at a scanner's speed.
 

@@ -1,4 +1,9 @@
+#include "app/AppState.h"
+#include "app/settings/KeysScreen.h"
+#include "app/settings/SettingsScreen.h"
 #include "core/SettingsKeys.h"
+#include "core/ports/Preferences.h"
+#include "records/BoxProfile.h"
 #include "support/WindowDesk.h"
 #include "ui/parts/Button.h"
 #include "ui/parts/ComboBox.h"
@@ -11,6 +16,8 @@
 
 #include <QCheckBox>
 #include <QRadioButton>
+
+#include <algorithm>
 
 namespace parcelory::test {
 using namespace Qt::StringLiterals;

@@ -1,6 +1,9 @@
+#include "app/AppState.h"
+#include "backoffice/DesklineInvoice.h"
 #include "core/SettingsKeys.h"
+#include "core/ports/Preferences.h"
+#include "support/CarrierDesk.h"
 #include "support/WindowDesk.h"
-#include "ui/sidebar/InvoicePane.h"
 
 #include <gmock/gmock.h>
 

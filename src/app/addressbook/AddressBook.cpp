@@ -1,6 +1,14 @@
 #include "app/addressbook/AddressBook.h"
 
+#include "addressbook/AddressFilter.h"
+#include "app/AppState.h"
+#include "core/PostalContact.h"
+#include "core/ShippoAddress.h"
+#include "core/Task.h"
+
 #include <algorithm>
+#include <optional>
+#include <utility>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

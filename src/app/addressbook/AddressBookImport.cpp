@@ -1,6 +1,13 @@
+#include "addressbook/LocalAddressStore.h"
 #include "app/addressbook/AddressBook.h"
+#include "core/AppError.h"
+#include "core/PostalContact.h"
+#include "core/Progress.h"
+#include "core/Task.h"
 
 #include <QScopeGuard>
+
+#include <optional>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

@@ -1,6 +1,15 @@
 #include "app/invoice/InvoiceFlow.h"
 
+#include "app/AppState.h"
+#include "backoffice/DesklineInvoice.h"
+#include "backoffice/DesklineInvoiceFetcher.h"
+#include "core/AppError.h"
+#include "core/Task.h"
+#include "shell/ErrorLog.h"
+
 #include <QScopeGuard>
+
+#include <optional>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

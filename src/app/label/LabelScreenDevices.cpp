@@ -1,10 +1,17 @@
 #include "app/label/LabelScreen.h"
-#include "app/purchase/LabelPrinting.h"
+#include "app/purchase/CustomsPapers.h"
+#include "compose/Customs.h"
+#include "compose/Services.h"
 #include "compose/Weight.h"
-#include "core/SettingsKeys.h"
+#include "core/ShippoAddress.h"
+#include "core/Task.h"
 #include "core/Text.h"
+#include "devices/CommercialInvoice.h"
+#include "devices/USBScale.h"
 
 #include <QScopeGuard>
+
+#include <optional>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

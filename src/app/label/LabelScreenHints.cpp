@@ -2,6 +2,14 @@
 #include "core/CountryCode.h"
 #include "core/Text.h"
 
+#include "carrier/ShippoRecords.h"
+#include "compose/Customs.h"
+#include "compose/Mailpieces.h"
+#include "compose/Services.h"
+#include "records/SenderProfile.h"
+#include <optional>
+#include <variant>
+
 namespace parcelory {
 using namespace Qt::StringLiterals;
 

@@ -1,15 +1,30 @@
 #include "app/label/LabelScreen.h"
+#include "app/purchase/CustomsPapers.h"
 #include "app/purchase/LabelPrinting.h"
+#include "app/purchase/Purchases.h"
 #include "app/purchase/ReprintCheck.h"
 #include "carrier/PurchaseTag.h"
 #include "carrier/ShippoError.h"
+#include "carrier/ShippoRecords.h"
 #include "compose/SecondLabel.h"
+#include "compose/Services.h"
+#include "core/AppError.h"
 #include "core/CountryCode.h"
+#include "core/ShippoAddress.h"
+#include "core/Task.h"
 #include "core/Text.h"
+#include "core/ports/HttpTransport.h"
+#include "devices/Zpl.h"
+#include "records/ShipmentLog.h"
+#include "records/ShipmentRecord.h"
+#include "shell/ErrorLog.h"
 
 #include <QScopeGuard>
 
 #include <algorithm>
+#include <chrono>
+#include <optional>
+#include <utility>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

@@ -1,4 +1,11 @@
 #include "app/label/LabelScreen.h"
+#include "carrier/RequestBodies.h"
+#include "carrier/ShippoRecords.h"
+#include "compose/Services.h"
+#include "core/AppError.h"
+#include "core/Deployment.h"
+#include "core/Task.h"
+#include "core/ports/Preferences.h"
 
 #include "core/SettingsKeys.h"
 #include "core/Text.h"
@@ -7,6 +14,8 @@
 
 #include <algorithm>
 #include <map>
+#include <optional>
+#include <utility>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

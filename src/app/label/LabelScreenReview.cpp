@@ -1,8 +1,16 @@
+#include "app/AppState.h"
 #include "app/label/LabelScreen.h"
+#include "carrier/ShippoRecords.h"
 #include "compose/AddressGuard.h"
+#include "core/AppError.h"
+#include "core/ShippoAddress.h"
+#include "core/Task.h"
 #include "core/Text.h"
+#include "core/ports/Prompts.h"
 
 #include <QScopeGuard>
+
+#include <optional>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

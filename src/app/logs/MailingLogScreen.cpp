@@ -1,13 +1,23 @@
 #include "app/logs/MailingLogScreen.h"
 
+#include "app/AppState.h"
 #include "app/logs/TrackPage.h"
 #include "app/purchase/LabelPrinting.h"
 #include "app/purchase/ReprintCheck.h"
+#include "carrier/ShippoRecords.h"
+#include "core/AppError.h"
+#include "core/Task.h"
 #include "core/Text.h"
+#include "records/LabelChecks.h"
+#include "records/LabelHistory.h"
+#include "records/ShipmentLog.h"
+#include "records/ShipmentRecord.h"
+#include "shell/ErrorLog.h"
 
 #include <QScopeGuard>
 
 #include <algorithm>
+#include <optional>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

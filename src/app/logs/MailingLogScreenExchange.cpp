@@ -1,10 +1,17 @@
 #include "app/logs/MailingLogScreen.h"
+#include "core/AppError.h"
+#include "core/Progress.h"
+#include "core/Task.h"
+#include "shell/ErrorLog.h"
 
 #include "app/logs/SaveFile.h"
 
 #include <QElapsedTimer>
 #include <QFileInfo>
 #include <QScopeGuard>
+
+#include <optional>
+#include <utility>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

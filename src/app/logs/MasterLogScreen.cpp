@@ -1,9 +1,14 @@
 #include "app/logs/MasterLogScreen.h"
 
+#include "app/AppState.h"
 #include "app/logs/SaveFile.h"
 #include "app/logs/TrackPage.h"
+#include "carrier/MasterEntry.h"
 #include "carrier/PagedList.h"
+#include "core/AppError.h"
+#include "core/Task.h"
 #include "core/Text.h"
+#include "shell/ErrorLog.h"
 
 #include <QFileInfo>
 #include <QLocale>
@@ -11,6 +16,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <memory>
+#include <optional>
+#include <tuple>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

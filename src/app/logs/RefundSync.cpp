@@ -2,6 +2,16 @@
 
 #include "records/ShipmentStatus.h"
 
+#include "carrier/ShippoRecords.h"
+#include "core/AppError.h"
+#include "core/Task.h"
+#include "records/PurchaseJournal.h"
+#include "records/ShipmentLog.h"
+#include "records/ShipmentRecord.h"
+#include "shell/ErrorLog.h"
+#include <cstdlib>
+#include <optional>
+
 namespace parcelory {
 using namespace Qt::StringLiterals;
 
@@ -22,9 +32,9 @@ AppError neverAsked(const ShipmentRecord &record)
 Task<bool> RefundSync::run()
 {
     const QDateTime now = m_app.platform.clock.now();
-    if (m_lastRun.isValid() && std::abs(m_lastRun.secsTo(now)) < refundSyncPause)
+    if (m_app.lastRefundSync.isValid() && std::abs(m_app.lastRefundSync.secsTo(now)) < refundSyncPause)
         co_return false;
-    m_lastRun = now;
+    m_app.lastRefundSync = now;
     const QList<OpenRefund> lost = co_await onPool(m_app.journal, &PurchaseJournal::openRefunds);
     QSet<QString> isLost;
     bool changed = false;

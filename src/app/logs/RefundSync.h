@@ -23,7 +23,6 @@ private:
     Task<bool> store(ShipmentRecord record, Refund refund);
 
     AppState &m_app;
-    QDateTime m_lastRun; ///< invalid: never
 };
 
 } // namespace parcelory

@@ -4,6 +4,8 @@
 
 #include <QFileInfo>
 
+#include <functional>
+
 namespace parcelory {
 using namespace Qt::StringLiterals;
 

@@ -1,5 +1,9 @@
 #include "app/logs/TrackPage.h"
 
+#include "app/AppState.h"
+#include "core/AppError.h"
+#include "core/Task.h"
+
 namespace parcelory {
 using namespace Qt::StringLiterals;
 

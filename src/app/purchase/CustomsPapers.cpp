@@ -1,8 +1,13 @@
 #include "app/purchase/CustomsPapers.h"
 
 #include "app/purchase/LabelPrinting.h"
+#include "core/AppError.h"
 #include "core/SettingsKeys.h"
+#include "core/Task.h"
+#include "core/ports/Preferences.h"
+#include "devices/CommercialInvoice.h"
 #include "devices/Zpl.h"
+#include "shell/ErrorLog.h"
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

@@ -1,9 +1,22 @@
 #include "app/purchase/LabelPrinting.h"
 
+#include "app/AppState.h"
+#include "carrier/ShippoError.h"
+#include "core/AppError.h"
 #include "core/SettingsKeys.h"
+#include "core/Task.h"
 #include "core/Text.h"
+#include "core/ports/Preferences.h"
+#include "devices/LabelPrinter.h"
+#include "devices/PrinterState.h"
+#include "devices/Zpl.h"
+#include "records/ShipmentLog.h"
+#include "records/ShipmentRecord.h"
+#include "shell/ErrorLog.h"
 
 #include <QScopeGuard>
+
+#include <optional>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

@@ -3,12 +3,21 @@
 #include "app/purchase/LabelPrinting.h"
 #include "app/purchase/ReprintCheck.h"
 #include "carrier/ShippoError.h"
+#include "carrier/ShippoRecords.h"
 #include "compose/SecondLabel.h"
+#include "core/AppError.h"
+#include "core/ShippoAddress.h"
+#include "core/Task.h"
 #include "core/Text.h"
+#include "devices/Zpl.h"
+#include "records/PurchaseJournal.h"
+#include "records/ShipmentRecord.h"
+#include "shell/ErrorLog.h"
 
 #include <QScopeGuard>
 
 #include <algorithm>
+#include <optional>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

@@ -2,6 +2,14 @@
 
 #include "app/purchase/LabelPrinting.h"
 
+#include "app/AppState.h"
+#include "core/Task.h"
+#include "core/ports/Prompts.h"
+#include "records/LabelChecks.h"
+#include "records/LabelHistory.h"
+#include "records/ShipmentRecord.h"
+#include <optional>
+
 namespace parcelory {
 using namespace Qt::StringLiterals;
 

@@ -1,13 +1,26 @@
 #include "app/scanform/ScanFormFlow.h"
 
+#include "carrier/ShippoError.h"
+#include "carrier/ShippoRecords.h"
+#include "core/AppError.h"
 #include "core/IsoDate.h"
+#include "core/ShippoAddress.h"
+#include "core/Task.h"
+#include "core/ports/Prompts.h"
 #include "devices/Zpl.h"
 #include "records/LabelChecks.h"
+#include "records/ScanForms.h"
+#include "records/ShipmentLog.h"
+#include "records/ShipmentRecord.h"
 #include "records/ShipmentStatus.h"
+#include "shell/ErrorLog.h"
 
 #include <QScopeGuard>
 
 #include <algorithm>
+#include <exception>
+#include <optional>
+#include <tuple>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

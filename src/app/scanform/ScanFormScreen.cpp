@@ -2,10 +2,18 @@
 
 #include "app/logs/SaveFile.h"
 #include "app/purchase/LabelPrinting.h"
+#include "core/AppError.h"
+#include "core/Task.h"
+#include "records/ScanForms.h"
+#include "records/ShipmentRecord.h"
 #include "records/ShipmentStatus.h"
+#include "shell/ErrorLog.h"
 
 #include <QFileInfo>
 #include <QScopeGuard>
+
+#include <algorithm>
+#include <optional>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

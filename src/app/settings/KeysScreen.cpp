@@ -1,6 +1,12 @@
 #include "app/settings/KeysScreen.h"
 
+#include "app/AppState.h"
+#include "carrier/ShippoKeys.h"
+#include "core/Task.h"
+#include "core/ports/Prompts.h"
+
 #include <algorithm>
+#include <utility>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

@@ -1,10 +1,25 @@
 #include "app/settings/SettingsScreen.h"
 
+#include "app/AppState.h"
+#include "core/AppError.h"
+#include "core/Deployment.h"
+#include "core/Setting.h"
 #include "core/SettingsKeys.h"
+#include "core/Task.h"
+#include "core/ports/Preferences.h"
+#include "core/ports/Prompts.h"
+#include "devices/PrinterState.h"
+#include "devices/Zpl.h"
+#include "records/BoxProfile.h"
+#include "records/SenderProfile.h"
+#include "shell/ErrorLog.h"
 
 #include <QScopeGuard>
 
 #include <algorithm>
+#include <functional>
+#include <optional>
+#include <utility>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

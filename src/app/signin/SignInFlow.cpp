@@ -1,5 +1,12 @@
 #include "app/signin/SignInFlow.h"
 
+#include <optional>
+
+#include "app/AppState.h"
+#include "backoffice/SavedCredentials.h"
+#include "core/AppError.h"
+#include "core/Task.h"
+
 namespace parcelory {
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;

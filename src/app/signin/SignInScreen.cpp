@@ -1,6 +1,10 @@
 #include "app/signin/SignInScreen.h"
 
+#include "app/AppState.h"
+#include "backoffice/SavedCredentials.h"
 #include "core/SettingsKeys.h"
+#include "core/Task.h"
+#include "core/ports/Preferences.h"
 
 namespace parcelory {
 

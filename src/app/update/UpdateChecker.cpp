@@ -1,6 +1,11 @@
 #include "app/update/UpdateChecker.h"
 
-#include "core/Json.h"
+#include "app/AppState.h"
+#include "core/AppError.h"
+#include "core/Deployment.h"
+#include "core/Task.h"
+#include "shell/ErrorLog.h"
+#include "shell/UpdateFeed.h"
 #include "shell/UpdateSignature.h"
 
 #include <QCryptographicHash>
@@ -10,6 +15,8 @@
 #include <QUrl>
 
 #include <algorithm>
+#include <exception>
+#include <optional>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

@@ -1,10 +1,23 @@
 #include "ui/label/BuyBlock.h"
+#include "app/AppState.h"
+#include "app/label/LabelScreen.h"
+#include "app/settings/KeysScreen.h"
+#include "app/settings/SettingsScreen.h"
+#include "carrier/ShippoRecords.h"
+#include "ui/parts/Badge.h"
+#include "ui/parts/Button.h"
+#include "ui/parts/Notice.h"
+#include "ui/parts/PanelFrame.h"
 #include "ui/parts/Separator.h"
+#include "ui/parts/TextLabel.h"
 #include "ui/theme/Theme.h"
+#include "ui/theme/Tokens.h"
 
 #include <QGridLayout>
 #include <QHBoxLayout>
 #include <QVBoxLayout>
+
+#include <optional>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

@@ -1,9 +1,17 @@
 #include "ui/label/CustomsSection.h"
 
+#include "app/AppState.h"
+#include "app/label/LabelScreen.h"
+#include "compose/Customs.h"
+#include "core/Task.h"
 #include "ui/parts/Binding.h"
 #include "ui/parts/Button.h"
 #include "ui/parts/ComboBox.h"
+#include "ui/parts/FormSection.h"
+#include "ui/parts/LineEdit.h"
 #include "ui/parts/TextLabel.h"
+#include "ui/theme/Theme.h"
+#include "ui/theme/Tokens.h"
 
 #include <QSignalBlocker>
 

@@ -1,5 +1,10 @@
 #include "ui/label/LabelView.h"
 
+#include "app/AppState.h"
+#include "app/label/LabelScreen.h"
+#include "app/settings/KeysScreen.h"
+#include "app/settings/SettingsScreen.h"
+#include "core/Task.h"
 #include "ui/label/CustomsSection.h"
 #include "ui/label/MessageLine.h"
 #include "ui/label/PackageSection.h"
@@ -9,17 +14,24 @@
 #include "ui/label/SenderSection.h"
 #include "ui/label/ServiceSection.h"
 #include "ui/label/UnresolvedPurchasesBar.h"
+#include "ui/parts/LineEdit.h"
 #include "ui/parts/PanelFrame.h"
 #include "ui/parts/Separator.h"
 #include "ui/parts/TabOrder.h"
 #include "ui/sidebar/AddressBookView.h"
 #include "ui/sidebar/Sidebar.h"
 #include "ui/theme/Theme.h"
+#include "ui/theme/Tokens.h"
 
 #include <QApplication>
 #include <QKeyEvent>
 #include <QScrollArea>
 #include <QVBoxLayout>
+
+#include <algorithm>
+#include <functional>
+#include <optional>
+#include <utility>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

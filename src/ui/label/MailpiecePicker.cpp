@@ -1,8 +1,12 @@
 #include "ui/label/MailpiecePicker.h"
 
+#include "app/AppState.h"
+#include "app/label/LabelScreen.h"
+#include "compose/Mailpieces.h"
 #include "ui/parts/ComboBox.h"
 #include "ui/theme/Icons.h"
 #include "ui/theme/Theme.h"
+#include "ui/theme/Tokens.h"
 
 #include <QAbstractItemView>
 #include <QPainter>

@@ -1,9 +1,17 @@
 #include "ui/label/MessageLine.h"
+#include "app/AppState.h"
+#include "app/label/LabelScreen.h"
 #include "ui/parts/Accessibility.h"
+#include "ui/parts/Button.h"
 #include "ui/parts/IconView.h"
+#include "ui/parts/PanelFrame.h"
+#include "ui/parts/TextLabel.h"
 #include "ui/theme/Theme.h"
+#include "ui/theme/Tokens.h"
 
 #include <QHBoxLayout>
+
+#include <optional>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

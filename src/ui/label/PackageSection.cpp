@@ -1,8 +1,17 @@
 #include "ui/label/PackageSection.h"
 
+#include "app/AppState.h"
+#include "app/label/LabelScreen.h"
+#include "compose/Services.h"
+#include "ui/label/MailpiecePicker.h"
 #include "ui/parts/Binding.h"
+#include "ui/parts/Button.h"
+#include "ui/parts/FormSection.h"
 #include "ui/parts/LineEdit.h"
+#include "ui/parts/SegmentedControl.h"
 #include "ui/parts/TextLabel.h"
+#include "ui/theme/Theme.h"
+#include "ui/theme/Tokens.h"
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

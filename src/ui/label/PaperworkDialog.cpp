@@ -1,15 +1,23 @@
 #include "ui/label/PaperworkDialog.h"
 
+#include "app/AppState.h"
+#include "app/label/LabelScreen.h"
+#include "backoffice/DesklineInvoice.h"
+#include "compose/Customs.h"
+#include "compose/Services.h"
 #include "core/Text.h"
 #include "ui/parts/Badge.h"
 #include "ui/parts/Binding.h"
 #include "ui/parts/Button.h"
+#include "ui/parts/Dialog.h"
 #include "ui/parts/FormSection.h"
+#include "ui/parts/LineEdit.h"
 #include "ui/parts/Notice.h"
 #include "ui/parts/PanelFrame.h"
 #include "ui/parts/Separator.h"
 #include "ui/parts/TextLabel.h"
 #include "ui/theme/Theme.h"
+#include "ui/theme/Tokens.h"
 
 #include <QButtonGroup>
 #include <QCheckBox>
@@ -18,6 +26,8 @@
 #include <QRadioButton>
 #include <QShortcut>
 #include <QVBoxLayout>
+
+#include <optional>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

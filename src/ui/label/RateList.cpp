@@ -1,9 +1,14 @@
 #include "ui/label/RateList.h"
 
+#include "app/label/LabelScreen.h"
+#include "carrier/ShippoRecords.h"
 #include "ui/theme/Theme.h"
+#include "ui/theme/Tokens.h"
 
 #include <QPainter>
 #include <QStyledItemDelegate>
+
+#include <optional>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;
@@ -58,7 +63,7 @@ public:
         const QString price = index.data(priceRole).toString();
         const int priceWidth = painter->fontMetrics().horizontalAdvance(price);
         const QRect inner = card.adjusted(38, 6, -14, -6);
-        painter->drawText(inner, Qt::AlignRight | Qt::AlignVCenter, price);
+        painter->drawText(inner, int(Qt::AlignRight | Qt::AlignVCenter), price);
         const QRect words = inner.adjusted(0, 0, -priceWidth - 8, 0);
         const auto line = [&](FontRole role, const QColor &ink, const QString &text, Qt::Alignment place) {
             painter->setFont(theme.font(role));

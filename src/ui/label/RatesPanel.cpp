@@ -1,15 +1,27 @@
 #include "ui/label/RatesPanel.h"
 
+#include "app/AppState.h"
+#include "app/label/LabelScreen.h"
+#include "app/settings/KeysScreen.h"
+#include "app/settings/SettingsScreen.h"
+#include "compose/Services.h"
+#include "core/Task.h"
 #include "core/Text.h"
+#include "ui/label/BuyBlock.h"
+#include "ui/label/RateList.h"
 #include "ui/parts/BusyBar.h"
 #include "ui/parts/Button.h"
 #include "ui/parts/EmptyState.h"
+#include "ui/parts/Notice.h"
 #include "ui/parts/PanelFrame.h"
 #include "ui/parts/TextLabel.h"
 #include "ui/theme/Theme.h"
+#include "ui/theme/Tokens.h"
 
 #include <QHBoxLayout>
 #include <QVBoxLayout>
+
+#include <optional>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

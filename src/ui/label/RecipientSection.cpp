@@ -1,12 +1,24 @@
 #include "ui/label/RecipientSection.h"
 
+#include "app/AppState.h"
+#include "app/addressbook/AddressBook.h"
+#include "app/label/LabelScreen.h"
+#include "core/ShippoAddress.h"
+#include "core/Task.h"
 #include "ui/parts/Accessibility.h"
 #include "ui/parts/Binding.h"
+#include "ui/parts/Button.h"
+#include "ui/parts/FormSection.h"
+#include "ui/parts/LineEdit.h"
+#include "ui/parts/Notice.h"
 #include "ui/parts/TextLabel.h"
 #include "ui/theme/Theme.h"
+#include "ui/theme/Tokens.h"
 
 #include <QCheckBox>
 #include <QPointer>
+
+#include <utility>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

@@ -1,11 +1,19 @@
 #include "ui/label/SenderSection.h"
 
+#include "app/AppState.h"
+#include "app/label/LabelScreen.h"
+#include "records/SenderProfile.h"
 #include "ui/parts/Button.h"
 #include "ui/parts/ComboBox.h"
+#include "ui/parts/FormSection.h"
+#include "ui/parts/Notice.h"
 #include "ui/parts/TextLabel.h"
 #include "ui/theme/Theme.h"
+#include "ui/theme/Tokens.h"
 
 #include <QSignalBlocker>
+
+#include <optional>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

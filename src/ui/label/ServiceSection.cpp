@@ -1,9 +1,16 @@
 #include "ui/label/ServiceSection.h"
 
+#include "app/AppState.h"
+#include "app/label/LabelScreen.h"
+#include "compose/Services.h"
 #include "ui/parts/Binding.h"
 #include "ui/parts/ComboBox.h"
 #include "ui/parts/DateField.h"
+#include "ui/parts/FormSection.h"
+#include "ui/parts/LineEdit.h"
+#include "ui/parts/Notice.h"
 #include "ui/theme/Icons.h"
+#include "ui/theme/Tokens.h"
 
 #include <QSignalBlocker>
 

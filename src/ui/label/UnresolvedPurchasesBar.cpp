@@ -1,11 +1,20 @@
 #include "ui/label/UnresolvedPurchasesBar.h"
 
+#include "app/label/LabelScreen.h"
+#include "app/purchase/Purchases.h"
+#include "core/Task.h"
+#include "records/ShipmentRecord.h"
 #include "ui/parts/Button.h"
 #include "ui/parts/Notice.h"
+#include "ui/parts/PanelFrame.h"
+#include "ui/theme/Theme.h"
+#include "ui/theme/Tokens.h"
 
 #include <QHBoxLayout>
 #include <QPointer>
 #include <QVBoxLayout>
+
+#include <utility>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

@@ -1,6 +1,7 @@
 #include "ui/log/DocumentPages.h"
 
 #include "ui/parts/PanelFrame.h"
+#include "ui/theme/Tokens.h"
 
 #include <QBuffer>
 #include <QPdfDocument>

@@ -3,6 +3,7 @@
 #include "ui/parts/PanelFrame.h"
 #include "ui/parts/Separator.h"
 #include "ui/theme/Theme.h"
+#include "ui/theme/Tokens.h"
 
 #include <QHBoxLayout>
 #include <QVBoxLayout>

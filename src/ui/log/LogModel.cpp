@@ -1,11 +1,14 @@
 #include "ui/log/LogModel.h"
 
+#include "ui/parts/RowTable.h"
 #include "ui/theme/Theme.h"
 
 #include <QCollator>
 
 #include <algorithm>
+#include <cstddef>
 #include <numeric>
+#include <vector>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;
@@ -98,6 +101,7 @@ void LogModel::arrange()
     };
     if (sortsByNumber(m_sortColumn)) {
         std::vector<double> keys;
+        keys.reserve(size_t(m_order.size()));
         for (const qsizetype record : m_order)
             keys.push_back(number(record, m_sortColumn));
         sortBy(keys);
@@ -107,6 +111,7 @@ void LogModel::arrange()
     QCollator collator(QLocale(QLocale::English, QLocale::UnitedStates));
     collator.setNumericMode(true); // 9 comes before 10
     std::vector<QCollatorSortKey> keys;
+    keys.reserve(size_t(m_order.size()));
     for (const qsizetype record : m_order)
         keys.push_back(collator.sortKey(text(record, m_sortColumn)));
     sortBy(keys);

@@ -1,5 +1,7 @@
 #include "ui/log/LogTable.h"
 
+#include "ui/log/LogModel.h"
+#include "ui/parts/Badge.h"
 #include "ui/parts/RowTable.h"
 #include "ui/theme/Theme.h"
 
@@ -7,6 +9,7 @@
 #include <QPainter>
 
 #include <algorithm>
+#include <utility>
 
 namespace parcelory {
 

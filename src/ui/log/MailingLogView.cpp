@@ -1,25 +1,36 @@
 #include "ui/log/MailingLogView.h"
 
+#include "app/AppState.h"
+#include "app/logs/MailingLogScreen.h"
 #include "core/SettingsKeys.h"
+#include "core/Task.h"
 #include "core/Text.h"
+#include "core/ports/Preferences.h"
 #include "ui/log/LogFoot.h"
 #include "ui/log/ShipmentDetails.h"
 #include "ui/log/ShipmentTable.h"
 #include "ui/parts/Accessibility.h"
 #include "ui/parts/Binding.h"
+#include "ui/parts/Button.h"
 #include "ui/parts/EmptyState.h"
+#include "ui/parts/Notice.h"
 #include "ui/parts/PanelFrame.h"
 #include "ui/parts/ProgressBar.h"
 #include "ui/parts/RowTable.h"
+#include "ui/parts/SearchField.h"
 #include "ui/parts/TabOrder.h"
 #include "ui/parts/TextLabel.h"
 #include "ui/parts/Toolbar.h"
 #include "ui/theme/Theme.h"
+#include "ui/theme/Tokens.h"
 
 #include <QHBoxLayout>
 #include <QSplitter>
 #include <QStackedWidget>
 #include <QVBoxLayout>
+
+#include <optional>
+#include <utility>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

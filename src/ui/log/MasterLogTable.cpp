@@ -1,6 +1,10 @@
 #include "ui/log/MasterLogTable.h"
 
+#include "carrier/MasterEntry.h"
 #include "core/Text.h"
+#include "ui/log/LogModel.h"
+#include "ui/log/LogTable.h"
+#include "ui/parts/Badge.h"
 
 #include <QLocale>
 

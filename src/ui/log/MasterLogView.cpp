@@ -1,9 +1,15 @@
 #include "ui/log/MasterLogView.h"
 
+#include "app/AppState.h"
+#include "app/logs/MasterLogScreen.h"
+#include "app/settings/KeysScreen.h"
 #include "core/SettingsKeys.h"
+#include "core/Task.h"
+#include "core/ports/Preferences.h"
 #include "ui/log/LogFoot.h"
 #include "ui/log/MasterLogTable.h"
 #include "ui/parts/Accessibility.h"
+#include "ui/parts/Button.h"
 #include "ui/parts/DateField.h"
 #include "ui/parts/EmptyState.h"
 #include "ui/parts/IconView.h"
@@ -14,12 +20,15 @@
 #include "ui/parts/TextLabel.h"
 #include "ui/parts/Toolbar.h"
 #include "ui/theme/Theme.h"
+#include "ui/theme/Tokens.h"
 
 #include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QSignalBlocker>
 #include <QStackedWidget>
 #include <QVBoxLayout>
+
+#include <optional>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

@@ -1,7 +1,12 @@
 #include "ui/log/ScanFormWindow.h"
 
+#include "app/AppState.h"
+#include "app/scanform/ScanFormScreen.h"
+#include "core/Task.h"
 #include "core/Text.h"
+#include "records/ShipmentRecord.h"
 #include "ui/log/DocumentPages.h"
+#include "ui/log/LogModel.h"
 #include "ui/log/LogTable.h"
 #include "ui/log/ShipmentTexts.h"
 #include "ui/parts/Accessibility.h"
@@ -10,13 +15,18 @@
 #include "ui/parts/EmptyState.h"
 #include "ui/parts/PanelFrame.h"
 #include "ui/parts/TabOrder.h"
+#include "ui/parts/TextLabel.h"
 #include "ui/parts/Toolbar.h"
 #include "ui/theme/Theme.h"
+#include "ui/theme/Tokens.h"
 
 #include <QShortcut>
 #include <QSplitter>
 #include <QStackedWidget>
 #include <QVBoxLayout>
+
+#include <optional>
+#include <utility>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

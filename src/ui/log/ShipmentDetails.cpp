@@ -1,11 +1,20 @@
 #include "ui/log/ShipmentDetails.h"
 
+#include "app/logs/MailingLogScreen.h"
+#include "core/Task.h"
 #include "core/Text.h"
 #include "records/LabelChecks.h"
+#include "records/ShipmentRecord.h"
 #include "records/ShipmentStatus.h"
+#include "ui/log/LogModel.h"
 #include "ui/log/ShipmentTexts.h"
 #include "ui/parts/Accessibility.h"
+#include "ui/parts/Badge.h"
+#include "ui/parts/Button.h"
+#include "ui/parts/PanelFrame.h"
+#include "ui/parts/TextLabel.h"
 #include "ui/theme/Theme.h"
+#include "ui/theme/Tokens.h"
 
 #include <QClipboard>
 #include <QGuiApplication>
@@ -13,6 +22,9 @@
 #include <QKeyEvent>
 #include <QScrollArea>
 #include <QStackedLayout>
+
+#include <cstddef>
+#include <optional>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

@@ -1,7 +1,9 @@
 #include "ui/log/ShipmentTable.h"
 
 #include "core/Text.h"
+#include "records/ShipmentRecord.h"
 #include "ui/log/LogModel.h"
+#include "ui/log/LogTable.h"
 #include "ui/log/ShipmentTexts.h"
 
 #include <limits>

@@ -1,7 +1,10 @@
 #include "ui/log/ShipmentTexts.h"
 
 #include "core/Text.h"
+#include "records/ShipmentRecord.h"
 #include "records/ShipmentStatus.h"
+#include "ui/log/LogModel.h"
+#include "ui/parts/Badge.h"
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

@@ -1,5 +1,8 @@
 #include "ui/parts/Badge.h"
 
+#include "ui/theme/Theme.h"
+#include "ui/theme/Tokens.h"
+
 #include <QPainter>
 
 namespace parcelory {

@@ -1,10 +1,13 @@
 #include "ui/parts/BusyBar.h"
 
 #include "ui/theme/Theme.h"
+#include "ui/theme/Tokens.h"
 
 #include <QPainter>
 #include <QStyle>
 #include <QTimerEvent>
+
+#include <utility>
 
 namespace parcelory {
 

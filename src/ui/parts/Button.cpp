@@ -1,6 +1,8 @@
 #include "ui/parts/Button.h"
 
 #include "ui/theme/Icons.h"
+#include "ui/theme/Theme.h"
+#include "ui/theme/Tokens.h"
 
 #include <QPainter>
 

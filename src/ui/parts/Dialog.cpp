@@ -1,6 +1,10 @@
 #include "ui/parts/Dialog.h"
+#include "core/ports/Clock.h"
+#include "ui/parts/Button.h"
 #include "ui/parts/IconView.h"
+#include "ui/parts/TextLabel.h"
 #include "ui/theme/Theme.h"
+#include "ui/theme/Tokens.h"
 
 #include <QApplication>
 #include <QDialogButtonBox>

@@ -1,5 +1,7 @@
 #include "ui/parts/FormSection.h"
+#include "ui/parts/TextLabel.h"
 #include "ui/theme/Theme.h"
+#include "ui/theme/Tokens.h"
 
 #include <QHBoxLayout>
 #include <QVBoxLayout>

@@ -1,8 +1,11 @@
 #include "ui/parts/IconView.h"
 
 #include "ui/theme/Icons.h"
+#include "ui/theme/Tokens.h"
 
 #include <QPainter>
+
+#include <utility>
 
 namespace parcelory {
 

@@ -2,6 +2,7 @@
 
 #include "ui/theme/Icons.h"
 #include "ui/theme/Theme.h"
+#include "ui/theme/Tokens.h"
 
 #include <QAction>
 

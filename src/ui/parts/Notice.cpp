@@ -1,5 +1,10 @@
 #include "ui/parts/Notice.h"
 
+#include "ui/parts/IconView.h"
+#include "ui/parts/TextLabel.h"
+#include "ui/theme/Theme.h"
+#include "ui/theme/Tokens.h"
+
 #include <QHBoxLayout>
 
 namespace parcelory {

@@ -1,6 +1,7 @@
 #include "ui/parts/ProgressBar.h"
 
 #include "ui/theme/Theme.h"
+#include "ui/theme/Tokens.h"
 
 #include <QPainter>
 

@@ -2,12 +2,16 @@
 
 #include "ui/parts/TextLabel.h"
 #include "ui/theme/Theme.h"
+#include "ui/theme/Tokens.h"
 
 #include <QHeaderView>
 #include <QHelpEvent>
 #include <QPainter>
 #include <QScrollBar>
 #include <QToolTip>
+
+#include <algorithm>
+#include <functional>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

@@ -1,6 +1,8 @@
 #include "ui/parts/SearchField.h"
 
+#include "ui/parts/LineEdit.h"
 #include "ui/theme/Icons.h"
+#include "ui/theme/Tokens.h"
 
 #include <QAction>
 #include <QKeyEvent>

@@ -3,10 +3,13 @@
 #include "ui/parts/Badge.h"
 #include "ui/theme/Icons.h"
 #include "ui/theme/Theme.h"
+#include "ui/theme/Tokens.h"
 
 #include <QAbstractButton>
 #include <QHBoxLayout>
 #include <QPainter>
+
+#include <utility>
 
 namespace parcelory {
 

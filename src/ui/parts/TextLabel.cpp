@@ -1,5 +1,8 @@
 #include "ui/parts/TextLabel.h"
 
+#include "ui/theme/Theme.h"
+#include "ui/theme/Tokens.h"
+
 namespace parcelory {
 
 namespace {

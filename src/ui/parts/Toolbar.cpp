@@ -1,5 +1,7 @@
 #include "ui/parts/Toolbar.h"
+#include "ui/parts/PanelFrame.h"
 #include "ui/theme/Theme.h"
+#include "ui/theme/Tokens.h"
 
 #include <QHBoxLayout>
 

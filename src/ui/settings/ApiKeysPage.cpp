@@ -1,10 +1,18 @@
 #include "ui/settings/ApiKeysPage.h"
 
+#include "app/settings/KeysScreen.h"
+#include "core/Task.h"
+#include "ui/parts/Badge.h"
+#include "ui/parts/Button.h"
 #include "ui/parts/IconView.h"
+#include "ui/parts/LineEdit.h"
+#include "ui/parts/Notice.h"
 #include "ui/parts/PanelFrame.h"
 #include "ui/parts/TabOrder.h"
 #include "ui/parts/TextLabel.h"
+#include "ui/settings/SettingsPage.h"
 #include "ui/theme/Theme.h"
+#include "ui/theme/Tokens.h"
 
 #include <QHBoxLayout>
 #include <QPointer>

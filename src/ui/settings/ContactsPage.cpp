@@ -1,5 +1,10 @@
 #include "ui/settings/ContactsPage.h"
+#include "app/AppState.h"
+#include "core/Task.h"
+#include "ui/parts/Button.h"
 #include "ui/parts/TextLabel.h"
+#include "ui/settings/SettingsPage.h"
+#include "ui/theme/Theme.h"
 
 #include <QPointer>
 #include <QVBoxLayout>

@@ -1,5 +1,9 @@
 #include "ui/settings/CustomBoxesPage.h"
 
+#include "app/AppState.h"
+#include "app/settings/SettingsScreen.h"
+#include "core/Task.h"
+#include "records/BoxProfile.h"
 #include "ui/parts/Binding.h"
 #include "ui/parts/Button.h"
 #include "ui/parts/IconView.h"
@@ -7,6 +11,9 @@
 #include "ui/parts/PanelFrame.h"
 #include "ui/parts/TabOrder.h"
 #include "ui/parts/TextLabel.h"
+#include "ui/settings/SettingsPage.h"
+#include "ui/theme/Theme.h"
+#include "ui/theme/Tokens.h"
 
 #include <QHBoxLayout>
 

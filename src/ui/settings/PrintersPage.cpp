@@ -1,13 +1,23 @@
 #include "ui/settings/PrintersPage.h"
 
+#include "app/AppState.h"
+#include "app/settings/SettingsScreen.h"
+#include "core/Task.h"
 #include "ui/parts/BusyBar.h"
+#include "ui/parts/Button.h"
 #include "ui/parts/ComboBox.h"
+#include "ui/parts/FormSection.h"
 #include "ui/parts/IconView.h"
+#include "ui/parts/Notice.h"
 #include "ui/parts/TextLabel.h"
+#include "ui/settings/SettingsPage.h"
 #include "ui/theme/Icons.h"
 #include "ui/theme/Theme.h"
+#include "ui/theme/Tokens.h"
 
 #include <QVBoxLayout>
+
+#include <utility>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

@@ -1,14 +1,25 @@
 #include "ui/settings/ProfileRow.h"
 
+#include "app/AppState.h"
+#include "app/settings/SettingsScreen.h"
+#include "core/ShippoAddress.h"
+#include "core/Task.h"
 #include "core/Text.h"
+#include "ui/parts/Badge.h"
 #include "ui/parts/Binding.h"
+#include "ui/parts/Button.h"
+#include "ui/parts/LineEdit.h"
+#include "ui/parts/PanelFrame.h"
 #include "ui/parts/TextLabel.h"
 #include "ui/theme/Icons.h"
 #include "ui/theme/Theme.h"
+#include "ui/theme/Tokens.h"
 
 #include <QAbstractButton>
 #include <QGridLayout>
 #include <QPainter>
+
+#include <optional>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

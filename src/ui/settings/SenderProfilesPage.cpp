@@ -1,14 +1,20 @@
 #include "ui/settings/SenderProfilesPage.h"
 
+#include "app/AppState.h"
+#include "app/settings/SettingsScreen.h"
+#include "records/SenderProfile.h"
 #include "ui/parts/Binding.h"
 #include "ui/parts/Button.h"
 #include "ui/parts/FormSection.h"
 #include "ui/parts/LineEdit.h"
 #include "ui/parts/TabOrder.h"
 #include "ui/parts/TextLabel.h"
+#include "ui/settings/SettingsPage.h"
 #include "ui/theme/Theme.h"
 
 #include <QHBoxLayout>
+
+#include <optional>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

@@ -1,7 +1,9 @@
 #include "ui/settings/SettingsPage.h"
 
 #include "ui/parts/PanelFrame.h"
+#include "ui/parts/TextLabel.h"
 #include "ui/theme/Theme.h"
+#include "ui/theme/Tokens.h"
 
 #include <QCheckBox>
 #include <QHBoxLayout>

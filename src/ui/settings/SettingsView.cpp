@@ -1,5 +1,7 @@
 #include "ui/settings/SettingsView.h"
 
+#include "app/AppState.h"
+#include "app/Screens.h"
 #include "ui/parts/PanelFrame.h"
 #include "ui/parts/TabOrder.h"
 #include "ui/settings/ApiKeysPage.h"
@@ -10,6 +12,7 @@
 #include "ui/settings/UpdatesPage.h"
 #include "ui/theme/Icons.h"
 #include "ui/theme/Theme.h"
+#include "ui/theme/Tokens.h"
 
 #include <QHBoxLayout>
 #include <QListWidget>

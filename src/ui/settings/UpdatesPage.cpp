@@ -1,5 +1,11 @@
 #include "ui/settings/UpdatesPage.h"
+#include "app/update/UpdateChecker.h"
+#include "core/Task.h"
+#include "ui/parts/Button.h"
 #include "ui/parts/TextLabel.h"
+#include "ui/settings/SettingsPage.h"
+#include "ui/theme/Theme.h"
+#include "ui/theme/Tokens.h"
 
 #include <QVBoxLayout>
 

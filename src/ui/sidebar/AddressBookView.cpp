@@ -1,13 +1,22 @@
 #include "ui/sidebar/AddressBookView.h"
 
+#include "app/AppState.h"
+#include "app/addressbook/AddressBook.h"
+#include "core/Task.h"
 #include "core/Text.h"
 #include "ui/parts/Accessibility.h"
 #include "ui/parts/Binding.h"
 #include "ui/parts/BusyBar.h"
+#include "ui/parts/Button.h"
 #include "ui/parts/EmptyState.h"
+#include "ui/parts/SearchField.h"
 #include "ui/parts/TabOrder.h"
 #include "ui/parts/TextLabel.h"
+#include "ui/sidebar/AddressEditSheet.h"
+#include "ui/sidebar/AddressList.h"
 #include "ui/sidebar/InvoiceCards.h"
+#include "ui/theme/Theme.h"
+#include "ui/theme/Tokens.h"
 
 #include <QHBoxLayout>
 #include <QKeyEvent>
@@ -15,6 +24,9 @@
 #include <QPointer>
 #include <QStackedWidget>
 #include <QVBoxLayout>
+
+#include <optional>
+#include <utility>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

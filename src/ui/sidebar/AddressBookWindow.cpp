@@ -1,7 +1,13 @@
 #include "ui/sidebar/AddressBookWindow.h"
 
+#include "app/AppState.h"
+#include "app/addressbook/AddressBook.h"
 #include "core/SettingsKeys.h"
+#include "core/ports/Preferences.h"
+#include "ui/parts/PanelFrame.h"
+#include "ui/sidebar/AddressBookView.h"
 #include "ui/theme/Theme.h"
+#include "ui/theme/Tokens.h"
 
 #include <QKeyEvent>
 #include <QShortcut>

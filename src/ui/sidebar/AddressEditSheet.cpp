@@ -1,9 +1,16 @@
 #include "ui/sidebar/AddressEditSheet.h"
 
+#include "app/addressbook/AddressBook.h"
+#include "core/PostalContact.h"
+#include "core/Task.h"
 #include "core/Text.h"
+#include "core/ports/Clock.h"
 #include "ui/parts/Accessibility.h"
 #include "ui/parts/Button.h"
+#include "ui/parts/Dialog.h"
 #include "ui/parts/FormSection.h"
+#include "ui/parts/Notice.h"
+#include "ui/theme/Tokens.h"
 
 #include <QPointer>
 #include <QVBoxLayout>

@@ -1,6 +1,9 @@
 #include "ui/sidebar/AddressList.h"
 
+#include "app/addressbook/AddressBook.h"
+#include "ui/sidebar/AddressListModel.h"
 #include "ui/theme/Theme.h"
+#include "ui/theme/Tokens.h"
 
 #include <QHelpEvent>
 #include <QPainter>
@@ -8,7 +11,10 @@
 #include <QStyledItemDelegate>
 #include <QToolTip>
 
+#include <algorithm>
 #include <array>
+#include <optional>
+#include <utility>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

@@ -1,6 +1,6 @@
 #include "ui/sidebar/AddressListModel.h"
 
-#include "core/Text.h"
+#include "app/addressbook/AddressBook.h"
 
 #include <algorithm>
 

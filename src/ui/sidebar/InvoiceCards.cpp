@@ -1,14 +1,20 @@
 #include "ui/sidebar/InvoiceCards.h"
 
+#include "backoffice/DesklineInvoice.h"
 #include "core/CountryCode.h"
+#include "core/ShippoAddress.h"
 #include "core/Text.h"
 #include "ui/parts/IconView.h"
 #include "ui/parts/PanelFrame.h"
 #include "ui/parts/Separator.h"
 #include "ui/parts/TextLabel.h"
+#include "ui/theme/Theme.h"
+#include "ui/theme/Tokens.h"
 
 #include <QHBoxLayout>
 #include <QVBoxLayout>
+
+#include <algorithm>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

@@ -1,14 +1,24 @@
 #include "ui/sidebar/InvoicePane.h"
 
+#include "app/AppState.h"
+#include "backoffice/DesklineInvoice.h"
 #include "ui/parts/BusyBar.h"
+#include "ui/parts/Button.h"
 #include "ui/parts/EmptyState.h"
 #include "ui/parts/FormSection.h"
+#include "ui/parts/LineEdit.h"
+#include "ui/parts/Notice.h"
 #include "ui/parts/TextLabel.h"
 #include "ui/sidebar/InvoiceCards.h"
+#include "ui/theme/Theme.h"
+#include "ui/theme/Tokens.h"
 
 #include <QKeyEvent>
 #include <QScrollBar>
 #include <QVBoxLayout>
+
+#include <optional>
+#include <utility>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

@@ -1,9 +1,13 @@
 #include "ui/sidebar/Sidebar.h"
 
+#include "app/AppState.h"
 #include "core/SettingsKeys.h"
+#include "core/ports/Preferences.h"
+#include "ui/parts/PanelFrame.h"
 #include "ui/parts/SegmentedControl.h"
 #include "ui/sidebar/AddressBookView.h"
 #include "ui/sidebar/InvoicePane.h"
+#include "ui/theme/Tokens.h"
 
 #include <QStackedWidget>
 #include <QVBoxLayout>

@@ -1,12 +1,19 @@
 #include "ui/signin/SignInView.h"
 
+#include "app/AppState.h"
+#include "app/signin/SignInScreen.h"
+#include "core/Task.h"
 #include "ui/parts/Accessibility.h"
 #include "ui/parts/Binding.h"
+#include "ui/parts/Button.h"
 #include "ui/parts/IconView.h"
+#include "ui/parts/LineEdit.h"
+#include "ui/parts/Notice.h"
 #include "ui/parts/PanelFrame.h"
 #include "ui/parts/Separator.h"
 #include "ui/parts/TextLabel.h"
 #include "ui/theme/Theme.h"
+#include "ui/theme/Tokens.h"
 
 #include <QCheckBox>
 #include <QCoreApplication>

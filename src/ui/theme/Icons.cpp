@@ -1,12 +1,16 @@
 #include "ui/theme/Icons.h"
 
 #include "ui/theme/Theme.h"
+#include "ui/theme/Tokens.h"
 
 #include <QFile>
 #include <QIconEngine>
 #include <QPainter>
 #include <QPixmapCache>
 #include <QSvgRenderer>
+
+#include <algorithm>
+#include <utility>
 
 static void loadIcons()
 {

@@ -1,11 +1,16 @@
 #include "ui/theme/Theme.h"
 
+#include "ui/theme/Tokens.h"
+
 #include <QApplication>
 #include <QFontDatabase>
 #include <QScreen>
 #include <QStyleOption>
 #include <QToolTip>
 #include <QWidget>
+
+#include <algorithm>
+#include <utility>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

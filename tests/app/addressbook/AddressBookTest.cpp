@@ -1,10 +1,15 @@
 // The address book as the screens use it: over a real store, beside the label screen.
 
 #include "app/addressbook/AddressBook.h"
+#include "core/Task.h"
+#include "support/CarrierDesk.h"
 #include "support/LabelDesk.h"
 #include "support/Printing.h"
+#include "support/RunTask.h"
 
 #include <gmock/gmock.h>
+
+#include <vector>
 
 namespace parcelory::test {
 using namespace Qt::StringLiterals;

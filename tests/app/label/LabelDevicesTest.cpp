@@ -1,8 +1,18 @@
 #include "app/logs/MailingLogScreen.h"
+#include "compose/Customs.h"
+#include "compose/Mailpieces.h"
+#include "compose/Services.h"
+#include "core/ShippoAddress.h"
+#include "core/Task.h"
+#include "support/CarrierDesk.h"
 #include "support/LabelDesk.h"
 #include "support/Printing.h"
+#include "support/RunTask.h"
 
 #include <gmock/gmock.h>
+
+#include <optional>
+#include <utility>
 
 namespace parcelory::test {
 using namespace Qt::StringLiterals;

@@ -1,7 +1,23 @@
+#include "app/AppState.h"
+#include "backoffice/DesklineInvoice.h"
+#include "compose/Customs.h"
+#include "compose/Mailpieces.h"
+#include "compose/Services.h"
+#include "core/PostalContact.h"
+#include "core/ShippoAddress.h"
+#include "records/BoxProfile.h"
+#include "records/SenderProfile.h"
+#include "records/ShipmentRecord.h"
+#include "support/CarrierDesk.h"
 #include "support/LabelDesk.h"
 #include "support/Printing.h"
+#include "support/RunTask.h"
 
 #include <gmock/gmock.h>
+
+#include <functional>
+#include <optional>
+#include <utility>
 
 namespace parcelory::test {
 using namespace Qt::StringLiterals;

@@ -1,10 +1,23 @@
+#include "compose/Customs.h"
+#include "compose/Services.h"
+#include "core/ShippoAddress.h"
+#include "core/Task.h"
+#include "core/ports/ProcessRunner.h"
+#include "devices/Zpl.h"
+#include "practice/carrier/CarrierScenario.h"
+#include "records/ShipmentRecord.h"
+#include "support/CarrierDesk.h"
 #include "support/LabelDesk.h"
 #include "support/Printing.h"
+#include "support/RunTask.h"
 
 #include <gmock/gmock.h>
 
 #include <QDir>
 #include <QDirIterator>
+
+#include <chrono>
+#include <utility>
 
 namespace parcelory::test {
 using namespace Qt::StringLiterals;

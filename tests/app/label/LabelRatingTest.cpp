@@ -1,7 +1,17 @@
+#include "carrier/ShippoRecords.h"
+#include "compose/Customs.h"
+#include "compose/Mailpieces.h"
+#include "compose/Services.h"
+#include "core/ShippoAddress.h"
+#include "core/Task.h"
+#include "practice/carrier/CarrierScenario.h"
+#include "support/CarrierDesk.h"
 #include "support/LabelDesk.h"
 #include "support/Printing.h"
 
 #include <gmock/gmock.h>
+
+#include <utility>
 
 namespace parcelory::test {
 using namespace Qt::StringLiterals;

@@ -5,6 +5,15 @@
 #include "support/LabelDesk.h"
 #include "support/LogFile.h"
 
+#include "core/Task.h"
+#include "practice/carrier/CarrierScenario.h"
+#include "records/ScanForms.h"
+#include "records/ShipmentRecord.h"
+#include "support/CarrierDesk.h"
+#include "support/RunTask.h"
+#include <chrono>
+#include <utility>
+
 namespace parcelory::test {
 using namespace Qt::StringLiterals;
 

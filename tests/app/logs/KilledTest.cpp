@@ -1,12 +1,25 @@
 // The program is killed during an operation; the next start must find the true state.
 
+#include "app/AppState.h"
+#include "app/label/LabelScreen.h"
 #include "app/logs/MailingLogScreen.h"
 #include "app/logs/SaveFile.h"
+#include "core/Task.h"
+#include "records/ShipmentRecord.h"
+#include "shell/ErrorLog.h"
+#include "support/CarrierDesk.h"
 #include "support/LabelDesk.h"
 #include "support/LogFile.h"
+#include "support/RunTask.h"
 
 #include <csignal>
 #include <unistd.h>
+
+#include <chrono>
+#include <functional>
+#include <limits>
+#include <memory>
+#include <tuple>
 
 namespace parcelory::test {
 using namespace Qt::StringLiterals;

@@ -1,9 +1,21 @@
 #include "app/logs/MailingLogScreen.h"
+#include "core/Task.h"
+#include "core/ports/ProcessRunner.h"
+#include "devices/Zpl.h"
+#include "practice/carrier/CarrierScenario.h"
+#include "records/ShipmentLog.h"
+#include "records/ShipmentRecord.h"
 #include "records/ShipmentStatus.h"
+#include "support/CarrierDesk.h"
 #include "support/LabelDesk.h"
 #include "support/LogFile.h"
+#include "support/RunTask.h"
 
 #include <QSemaphore>
+
+#include <algorithm>
+#include <cstddef>
+#include <utility>
 
 namespace parcelory::test {
 using namespace Qt::StringLiterals;

@@ -1,11 +1,20 @@
 // The program is killed at every step of a purchase; after the next start, every label is logged exactly once.
 
+#include "app/AppState.h"
+#include "app/label/LabelScreen.h"
+#include "app/purchase/Purchases.h"
+#include "carrier/MasterEntry.h"
+#include "practice/carrier/CarrierScenario.h"
+#include "records/ShipmentRecord.h"
 #include "support/LabelDesk.h"
 #include "support/Printing.h"
+#include "support/RunTask.h"
 
 #include <QProcess>
 
+#include <chrono>
 #include <csignal>
+#include <memory>
 
 namespace parcelory::test {
 using namespace Qt::StringLiterals;

@@ -2,9 +2,17 @@
 // after Buy (sending a request, receiving a response, running a tool, committing to a database). It exits normally if
 // the purchase has fewer steps.
 
+#include "app/AppState.h"
 #include "app/label/LabelScreen.h"
+#include "core/Platform.h"
+#include "core/Task.h"
+#include "core/ports/HttpTransport.h"
+#include "core/ports/ProcessRunner.h"
 #include "practice/carrier/PracticeCarrier.h"
+#include "shell/ErrorLog.h"
 #include "support/CarrierDesk.h"
+#include "support/FakePlatform.h"
+#include "support/RunTask.h"
 
 #include <QCoreApplication>
 
@@ -12,6 +20,8 @@
 #include <csignal>
 #include <sqlite3.h>
 #include <unistd.h>
+
+#include <utility>
 
 namespace parcelory::test {
 using namespace Qt::StringLiterals;
@@ -22,7 +32,9 @@ std::atomic<int> stepsLeft = -1; ///< negative: not counting yet
 
 void step()
 {
-    if (stepsLeft > 0 && --stepsLeft == 0)
+    if (stepsLeft <= 0)
+        return;
+    if (--stepsLeft == 0)
         ::kill(::getpid(), SIGKILL);
 }
 

@@ -1,12 +1,27 @@
+#include "app/purchase/Purchases.h"
+#include "app/AppState.h"
+#include "carrier/MasterEntry.h"
+#include "compose/Customs.h"
 #include "compose/SecondLabel.h"
+#include "core/ShippoAddress.h"
+#include "practice/carrier/CarrierScenario.h"
+#include "records/ShipmentRecord.h"
+#include "support/CarrierDesk.h"
 #include "support/LabelDesk.h"
 #include "support/Printing.h"
+#include "support/RunTask.h"
 
 #include <gmock/gmock.h>
 
 #include <QDir>
 
+#include <algorithm>
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <optional>
 #include <random>
+#include <utility>
 
 namespace parcelory::test {
 using namespace Qt::StringLiterals;

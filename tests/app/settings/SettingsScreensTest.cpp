@@ -1,12 +1,24 @@
+#include "app/AppState.h"
 #include "app/settings/KeysScreen.h"
 #include "app/settings/SettingsScreen.h"
+#include "core/Platform.h"
+#include "core/Setting.h"
 #include "core/SettingsKeys.h"
+#include "core/Task.h"
+#include "core/ports/Preferences.h"
+#include "core/ports/ProcessRunner.h"
+#include "practice/MemorySecrets.h"
 #include "shell/ErrorLog.h"
 #include "support/FakePlatform.h"
 #include "support/Printing.h"
 #include "support/RunTask.h"
 
 #include <gmock/gmock.h>
+
+#include <algorithm>
+#include <optional>
+#include <utility>
+#include <vector>
 
 namespace parcelory::test {
 using namespace Qt::StringLiterals;

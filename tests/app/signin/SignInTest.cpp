@@ -1,13 +1,20 @@
 // The sign-in and invoice flows over a fake page; only the check whether the back office is reachable uses HTTP.
 
+#include "app/AppState.h"
 #include "app/signin/SignInScreen.h"
+#include "backoffice/DesklineAuth.h"
 #include "core/SettingsKeys.h"
+#include "core/ports/Preferences.h"
 #include "practice/backoffice/PracticeBackOffice.h"
+#include "shell/ErrorLog.h"
 #include "support/FakePlatform.h"
 #include "support/Printing.h"
 #include "support/RunTask.h"
 
 #include <gmock/gmock.h>
+
+#include <chrono>
+#include <memory>
 
 namespace parcelory::test {
 using namespace Qt::StringLiterals;

@@ -1,16 +1,30 @@
 #include "app/update/UpdateChecker.h"
+#include "app/AppState.h"
+#include "core/Task.h"
+#include "shell/ErrorLog.h"
+#include "shell/UpdateFeed.h"
 
 #include "platform/SystemApplication.h"
 #include "platform/SystemProcesses.h"
 #include "support/FakePlatform.h"
-#include "support/Printing.h"
 #include "support/RunTask.h"
 
 #include <gmock/gmock.h>
 #undef signals
 #include "practice/LoopbackServer.h"
+#include "support/Printing.h"
 
 #include <QProcess>
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <cstddef>
+#include <iterator>
+#include <optional>
+#include <string>
+#include <tuple>
+#include <utility>
 
 namespace parcelory::test {
 using namespace Qt::StringLiterals;
