@@ -74,10 +74,12 @@ Task<Shipped> ship(AppState &app, LabelScreen &screen, PracticeScale &scale, Pra
                                       rate.servicelevel.name.value_or(QString()).leftJustified(42),
                                       rate.amount.rightJustified(7), LabelScreen::transitText(rate)));
     }
-    if (screen.selectedRate())
-        co_await screen.buyAndPrint();
-    if (screen.selectedRate() && screen.secondLabelAgreed) { // an earlier run has shipped the same parcel
-        say(u"  "_s + screen.secondLabel);
+    // An invoice with a tracking number, or an earlier run with the same parcel, makes it a second label: the button
+    // changes, takes no press for a moment, and asks for one more.
+    for (int press = 0; press < 3 && screen.selectedRate() && (press == 0 || !screen.banner.value()); ++press) {
+        if (screen.secondLabelAgreed)
+            say(u"  "_s + screen.secondLabel);
+        co_await app.platform.clock.sleep(LabelScreen::buyPause);
         co_await screen.buyAndPrint();
     }
     say(u"  "_s + bannerText(screen));

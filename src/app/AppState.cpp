@@ -53,14 +53,20 @@ AppState::~AppState()
     workPool().waitForDone();
 }
 
+void AppState::fillDraft(const ShippoAddress &to, const QString &referenceText)
+{
+    replacedRecipient = draftTo;
+    draftTo = to;
+    draftReference = referenceText;
+    draftFillCount = draftFillCount + 1;
+    tab = MainTab::newLabel;
+}
+
 void AppState::fillRecipient(const PostalContact &contact)
 {
     ShippoAddress recipient = contact.asShippoAddress();
     recipient.company = sanitizer.sanitize(recipient.company);
-    draftTo = recipient;
-    draftReference = QString(); // an address book recipient has no invoice number
-    draftFillCount = draftFillCount + 1;
-    tab = MainTab::newLabel;
+    fillDraft(recipient, QString()); // an address book recipient has no invoice number
 }
 
 Task<> AppState::signIn(QString user, QString pass, bool remember)
@@ -97,10 +103,7 @@ void AppState::handleInvoiceScan(const QString &text)
 
 void AppState::fillFromInvoice(const DesklineInvoice &invoice)
 {
-    draftTo = invoice.address;
-    draftReference = invoice.invoiceID;
-    draftFillCount = draftFillCount + 1;
-    tab = MainTab::newLabel;
+    fillDraft(invoice.address, invoice.invoiceID);
 }
 
 Task<> AppState::createScanForm(ShippoAddress from)

@@ -79,6 +79,7 @@ public:
     QProperty<ShippoAddress> draftTo;
     QProperty<QString> draftReference;
     QProperty<int> draftFillCount{0};
+    ShippoAddress replacedRecipient; ///< the recipient that the last fill replaced
 
     QProperty<bool> scanBusy{false};                          ///< an invoice is being read
     QProperty<QString> scanStatus;                            ///< scanner and invoice status line
@@ -103,6 +104,8 @@ public:
     PrintWatch printWatch;
     ScanWedgeListener scanListener;
 
+    /// Fills the draft with a recipient and a reference, and shows the New Label tab.
+    void fillDraft(const ShippoAddress &to, const QString &referenceText);
     /// Puts an address book recipient into the label draft and shows the New Label tab.
     void fillRecipient(const PostalContact &contact);
 

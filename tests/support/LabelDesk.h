@@ -43,9 +43,15 @@ struct LabelDesk : CarrierDesk {
     /// Presses Buy, and a second time if the parcel already has a label.
     void buy()
     {
-        run(screen().buyAndPrint());
+        pressBuy();
         if (screen().selectedRate() && screen().secondLabelAgreed)
-            run(screen().buyAndPrint());
+            pressBuy();
+    }
+    /// One press, once the button has stopped changing.
+    void pressBuy()
+    {
+        clock.advance(LabelScreen::buyPause);
+        run(screen().buyAndPrint());
     }
     void composeAndRate(const ShippoAddress &to)
     {

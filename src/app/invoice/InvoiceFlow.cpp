@@ -4,6 +4,7 @@
 #include "backoffice/DesklineInvoice.h"
 #include "backoffice/DesklineInvoiceFetcher.h"
 #include "core/AppError.h"
+#include "core/StaleCheck.h"
 #include "core/Task.h"
 #include "shell/ErrorLog.h"
 
@@ -28,20 +29,20 @@ void InvoiceFlow::handleScan(const QString &text)
 
 Task<> InvoiceFlow::read(QString id)
 {
-    const int session = m_app.session;
+    const auto isSignedOut = staleCheck(m_app.session);
     m_app.scanBusy = true;
     m_app.scanStatus = u"Loading invoice "_s + id + u" from deskline…"_s;
     const auto done = qScopeGuard([this] { m_app.scanBusy = false; });
     try {
         const DesklineInvoice invoice = co_await m_app.invoices.fetch(id);
-        if (session != m_app.session)
+        if (isSignedOut())
             co_return; // signed out meanwhile
         m_app.scannedInvoice = invoice;
         m_app.fillFromInvoice(invoice);
         m_app.scanStatus = u"Invoice "_s + id + u": "_s + invoice.buyerName + u" — label filled."_s;
         co_await showAttention(invoice);
     } catch (const AppError &error) {
-        if (session != m_app.session)
+        if (isSignedOut())
             co_return;
         m_app.scanStatus = error.description();
         m_app.errors.record(u"Deskline Invoice "_s + id, error, Popup::no);

@@ -24,35 +24,30 @@
 namespace parcelory {
 using namespace Qt::StringLiterals;
 
-LabelScreen::LabelScreen(AppState &app) : purchases(app), m_app(app), m_papers(app), m_lastRecipient(app.draftTo)
-{
-    shipDate = app.platform.clock.now().date();
-    watchEdits();
-}
-
-void LabelScreen::watchEdits()
+LabelScreen::LabelScreen(AppState &app) : LabelDraft(app), purchases(app), m_papers(app), m_lastRecipient(app.draftTo)
 {
     const auto watch = [this](auto action, auto &...property) {
         (m_notifiers.push_back(property.addNotifier(action)), ...);
     };
-    watch([this] { draftEdited(); }, m_app.keyChanges, m_app.senders.profiles, m_app.senders.defaultID, senderID,
-          weightLb, weightOz, dimLength, dimWidth, dimHeight, service, insuranceValue, shipDate, fedexResidential);
+    watch([this] { draftEdited(); }, edits);
     watch([this] { recipientEdited(); }, m_app.draftTo);
-    watch([this] { mailpieceChosen(); }, mailpiece);
-    watch([this] { carrierChosen(); }, carrier);
     watch([this] { invalidateIntlRates(); }, customs);
     watch([this] { selectRateOfClass(); }, svcClass);
-    watch([this] { boxesChanged(); }, m_app.boxes.profiles);
     watch([this] { takeFilledDraft(); }, m_app.draftFillCount);
     watch([this] { watchForSecondLabel(); }, selectedRateID, reference, purchases.unresolved);
-    watch([this] { takeResolved(); }, purchases.resolved);
     // An unresolved purchase may need this key.
     watch([this] { spawn([this] { return purchases.checkAgain(); }); }, m_app.keyChanges);
+    QObject::connect(&purchases, &Purchases::purchaseResolved, &m_lifetime,
+                     [this](const ResolvedPurchase &purchase) { takeResolved(purchase); });
+}
+
+LabelScreen::~LabelScreen()
+{
+    m_app.platform.clock.cancel(m_buyTimer);
 }
 
 void LabelScreen::draftEdited()
 {
-    ++m_edits;
     faultyField = std::nullopt;
     if (std::exchange(m_bannerAboutRates, false))
         banner = std::nullopt;
@@ -73,64 +68,6 @@ void LabelScreen::recipientEdited()
     }
     if (!m_lastRecipient.isEmpty())
         lastLabel = std::nullopt;
-    draftEdited();
-    syncClassToDestination();
-}
-
-void LabelScreen::mailpieceChosen()
-{
-    draftEdited();
-    const MailpieceSelection &chosen = mailpiece.value();
-    if (std::exchange(m_sizeFromBox, false))
-        setSize({}, {}, {}); // a box's size does not apply to other packaging
-    if (const auto *preset = std::get_if<PresetMailpiece>(&chosen)) {
-        if (const PresetBox *box = presetBox(preset->id)) {
-            setSize(box->length, box->width, box->height);
-            m_sizeFromBox = true;
-        }
-    } else if (const auto *id = std::get_if<QUuid>(&chosen)) {
-        if (const std::optional<BoxProfile> box = m_app.boxes.find(*id)) {
-            setSize(box->length, box->width, box->height);
-            m_sizeFromBox = true;
-        }
-    }
-}
-
-/// The box in use may have been edited or removed in Settings.
-void LabelScreen::boxesChanged()
-{
-    const auto *id = std::get_if<QUuid>(&mailpiece.value());
-    if (!id)
-        return;
-    if (const std::optional<BoxProfile> box = m_app.boxes.find(*id))
-        setSize(box->length, box->width, box->height);
-    else
-        mailpiece = BuiltinMailpiece::package;
-}
-
-void LabelScreen::setSize(const QString &length, const QString &width, const QString &height)
-{
-    dimLength = length;
-    dimWidth = width;
-    dimHeight = height;
-}
-
-void LabelScreen::carrierChosen()
-{
-    draftEdited();
-    const auto *builtin = std::get_if<BuiltinMailpiece>(&mailpiece.value());
-    if (builtin && !templateName().isEmpty() && builtinMailpieceInfo(*builtin).carrier != carrier)
-        mailpiece = BuiltinMailpiece::package;
-    if (serviceOptionInfo(service).carrier != carrier)
-        service = std::ranges::find(serviceOptions(), carrier.value(), &ServiceOptionInfo::carrier)->option;
-    syncClassToDestination();
-}
-
-void LabelScreen::syncClassToDestination()
-{
-    const ServiceClassInfo &info = serviceClassInfo(svcClass);
-    if (info.carrier != carrier || info.international != isInternational())
-        svcClass = defaultServiceClass(carrier, isInternational());
 }
 
 void LabelScreen::invalidateIntlRates()
@@ -138,55 +75,17 @@ void LabelScreen::invalidateIntlRates()
     faultyField = std::nullopt;
     if (!isInternational())
         return;
-    ++m_edits;
-    if (rates.value().isEmpty())
-        return;
-    clearRates();
-    warn(u"Customs details changed — get rates again so the label matches."_s);
+    const bool hadRates = !rates.value().isEmpty();
+    countEdit();
+    if (hadRates)
+        warn(u"Customs details changed — get rates again so the label matches."_s);
 }
 
 void LabelScreen::takeFilledDraft()
 {
-    draftEdited(); // even if the recipient is unchanged
-    reference = m_app.draftReference.value();
     forgetValidation();
     showIntlPaperwork = false;
     banner = std::nullopt;
-    takeCustoms();
-}
-
-/// Fills the customs declaration from the invoice. Without an invoice, clears what the last invoice filled in. The
-/// signer stays.
-void LabelScreen::takeCustoms()
-{
-    const std::optional<DesklineInvoice> invoice = draftInvoice();
-    CustomsInfo filled;
-    if (invoice) {
-        filled.itemType = invoice->suggestedCustomsType().value_or(filled.itemType);
-        filled.value = defaultCustomsValue();
-    }
-    CustomsInfo declared = customs;
-    if (invoice || declared.itemType == m_filledCustoms.itemType)
-        declared.itemType = filled.itemType;
-    if (invoice || declared.value == m_filledCustoms.value)
-        declared.value = filled.value;
-    if (invoice)
-        declared.quantity = filled.quantity;
-    customs = declared;
-    m_filledCustoms = filled;
-}
-
-std::optional<DesklineInvoice> LabelScreen::draftInvoice() const
-{
-    const std::optional<DesklineInvoice> &invoice = m_app.scannedInvoice.value();
-    return invoice && invoice->invoiceID == reference.value().trimmed() ? invoice : std::nullopt;
-}
-
-QString LabelScreen::defaultCustomsValue() const
-{
-    const std::optional<DesklineInvoice> invoice = draftInvoice();
-    const std::optional<double> subtotal = invoice ? invoice->subtotal() : std::nullopt;
-    return subtotal ? fixed(*subtotal, 2) : QString();
 }
 
 void LabelScreen::forgetValidation()
@@ -199,19 +98,10 @@ void LabelScreen::clearDraft()
 {
     banner = std::nullopt;
     forgetValidation();
-    fedexResidential = false;
-    if (!m_sizeFromBox)
-        setSize({}, {}, {});
     m_app.draftTo = ShippoAddress{};
-    weightLb = QString();
-    weightOz = QString();
-    insuranceValue = QString();
-    reference = QString();
-    descriptionText = QString();
-    customs = CustomsInfo{};
-    shipDate = m_app.platform.clock.now().date();
+    clearParcel();
+    countEdit();
     showIntlPaperwork = false;
-    clearRates();
 }
 
 void LabelScreen::clearRates()
@@ -235,74 +125,6 @@ void LabelScreen::fail(const QString &context, const AppError &error)
     m_app.errors.record(context, error, Popup::yes);
 }
 
-std::optional<SenderProfile> LabelScreen::sender() const
-{
-    if (senderID.value()) {
-        if (const auto chosen = m_app.senders.find(*senderID.value()))
-            return chosen;
-    }
-    return m_app.senders.defaultProfile();
-}
-
-bool LabelScreen::isInternational() const
-{
-    return isInternationalCountry(m_app.draftTo.value().country);
-}
-
-bool LabelScreen::flatRateLocked() const
-{
-    const auto *builtin = std::get_if<BuiltinMailpiece>(&mailpiece.value());
-    return carrier == Carrier::usps && builtin && isFlatRate(*builtin);
-}
-
-ServiceClass LabelScreen::effectiveClass() const
-{
-    return flatRateLocked() ? ServiceClass::priority : svcClass.value();
-}
-
-double LabelScreen::totalPounds() const
-{
-    return decimalOrZero(weightLb) + decimalOrZero(weightOz) / 16;
-}
-
-QString LabelScreen::weightDisplay() const
-{
-    return weightText(totalPounds() * 16);
-}
-
-bool LabelScreen::senderFilled() const
-{
-    const std::optional<SenderProfile> from = sender();
-    return from && !from->address.isEmpty();
-}
-
-bool LabelScreen::recipientFilled() const
-{
-    const ShippoAddress &to = m_app.draftTo.value();
-    const auto given = [](const QString &text) { return !text.trimmed().isEmpty(); };
-    return given(to.name) && given(to.street1) && given(to.city) && given(to.zip);
-}
-
-bool LabelScreen::formComplete() const
-{
-    return senderFilled() && recipientFilled() && totalPounds() > 0;
-}
-
-/// The first field that keeps the form from being complete.
-DraftField LabelScreen::missingField() const
-{
-    const ShippoAddress &to = m_app.draftTo.value();
-    if (!senderFilled())
-        return DraftField::profile;
-    if (to.name.trimmed().isEmpty())
-        return DraftField::name;
-    if (to.street1.trimmed().isEmpty())
-        return DraftField::street;
-    if (to.city.trimmed().isEmpty())
-        return DraftField::city;
-    return to.zip.trimmed().isEmpty() ? DraftField::zip : DraftField::weight;
-}
-
 NextStep LabelScreen::nextStep() const
 {
     if (busy)
@@ -316,28 +138,8 @@ NextStep LabelScreen::nextStep() const
 
 bool LabelScreen::isBuyClosed() const
 {
-    const std::optional<UnresolvedPurchase> question = purchases.unresolvedFor(m_app.draftTo);
-    return question && !question->isInconclusive;
-}
-
-QList<ServiceClass> LabelScreen::offeredClasses() const
-{
-    QList<ServiceClass> offered;
-    for (const ServiceClassInfo &info : serviceClasses()) {
-        if (info.carrier == carrier && info.international == isInternational())
-            offered.append(info.serviceClass);
-    }
-    return offered;
-}
-
-QList<ServiceOption> LabelScreen::offeredOptions() const
-{
-    QList<ServiceOption> offered;
-    for (const ServiceOptionInfo &info : serviceOptions()) {
-        if (info.carrier == carrier)
-            offered.append(info.option);
-    }
-    return offered;
+    const std::optional<UnresolvedPurchase> pending = purchases.unresolvedFor(m_app.draftTo);
+    return pending && !pending->isInconclusive;
 }
 
 std::optional<ShippoRate> LabelScreen::selectedRate() const
@@ -347,28 +149,41 @@ std::optional<ShippoRate> LabelScreen::selectedRate() const
     return found == offered.end() ? std::nullopt : std::optional(*found);
 }
 
-bool LabelScreen::sendsOwnDimensions() const
+QString LabelScreen::ratesHint() const
 {
-    return templateName().isEmpty();
+    return rates.value().isEmpty() ? formHint() : QString();
 }
 
-QString LabelScreen::templateName() const
+QString LabelScreen::transitText(const ShippoRate &rate)
 {
-    const auto *builtin = std::get_if<BuiltinMailpiece>(&mailpiece.value());
-    return builtin ? builtinMailpieceInfo(*builtin).shippoTemplate : QString();
+    if (!rate.estimatedDays)
+        return u"Unknown"_s;
+    return *rate.estimatedDays == 1 ? u"1 day"_s : QString::number(*rate.estimatedDays) + u" days"_s;
 }
 
-QString LabelScreen::boxName() const
+QString LabelScreen::nextStepHint() const
 {
-    if (const auto *preset = std::get_if<PresetMailpiece>(&mailpiece.value())) {
-        const PresetBox *box = presetBox(preset->id);
-        return box ? box->name : QString();
-    }
-    if (const auto *id = std::get_if<QUuid>(&mailpiece.value())) {
-        const std::optional<BoxProfile> box = m_app.boxes.find(*id);
-        return box ? box->name : QString();
-    }
-    return {};
+    const auto step = [this]() -> QString {
+        if (buying)
+            return u"buying and printing the label…"_s;
+        if (validating || rating)
+            return u"asking the carrier…"_s;
+        if (busy)
+            return u"printing…"_s;
+        if (!rates.value().isEmpty() && isBuyClosed())
+            return u"rates loaded — Buy opens once Shippo answers about the last label."_s;
+        if (!rates.value().isEmpty())
+            return u"rates loaded — check the rate, then buy."_s;
+        if (!recipientFilled())
+            return u"fill in the recipient."_s;
+        if (!validationOK)
+            return u"validate the address."_s;
+        if (formComplete())
+            return u"get rates."_s;
+        return senderFilled() ? u"add the weight."_s : u"fill in the sender's address in Settings."_s;
+    }();
+    const QString invoice = reference.value().trimmed();
+    return invoice.isEmpty() ? step.left(1).toUpper() + step.mid(1) : u"Invoice "_s + invoice + u" · "_s + step;
 }
 
 } // namespace parcelory

@@ -1,18 +1,14 @@
 #pragma once
 
-#include "app/AppState.h"
+#include "app/label/LabelDraft.h"
 #include "app/purchase/CustomsPapers.h"
+#include "app/purchase/PurchaseFlow.h"
 #include "app/purchase/Purchases.h"
-#include "carrier/RequestBodies.h"
-#include "compose/Customs.h"
-#include "compose/Mailpieces.h"
-#include "compose/Services.h"
+#include "compose/SecondLabel.h"
 #include "core/Task.h"
-#include "devices/CommercialInvoice.h"
-#include "records/SenderProfile.h"
 #include "records/ShipmentRecord.h"
 
-#include <QDate>
+#include <QHash>
 #include <QPointer>
 #include <QProperty>
 
@@ -27,24 +23,6 @@ struct Banner {
     bool ok = true; ///< false shows it as a warning
 
     bool operator==(const Banner &) const = default;
-};
-
-/// A field of the draft that a message is about.
-enum class DraftField {
-    profile,
-    name,
-    street,
-    city,
-    zip,
-    phone,
-    weight,
-    length,
-    width,
-    height,
-    declaredValue,
-    insurance,
-    ounces,
-    quantity,
 };
 
 /// The clerk's next step, shown as the screen's only solid button.
@@ -62,31 +40,14 @@ struct LastLabel {
     }
 };
 
-/// The New Label screen: composes, checks, rates, buys, prints and logs one shipment. The recipient is
-/// AppState::draftTo, edited in place; the rest of the draft is here. Lives as long as AppState.
+/// The New Label screen: checks, rates, buys, prints and logs its draft. Lives as long as AppState.
 ///
 /// An edit that affects the price clears the rates, so that a displayed price is always valid. A response to a draft
 /// that was edited in the meantime is discarded.
-class LabelScreen {
+class LabelScreen : public LabelDraft {
 public:
     explicit LabelScreen(AppState &app);
-
-    // The draft. Texts are kept as typed and read as numbers where they are used.
-    QProperty<std::optional<QUuid>> senderID; ///< empty: the default profile
-    QProperty<Carrier> carrier{Carrier::usps};
-    QProperty<MailpieceSelection> mailpiece{BuiltinMailpiece::package};
-    QProperty<ServiceClass> svcClass{ServiceClass::priority};
-    QProperty<QString> weightLb, weightOz;
-    QProperty<QString> dimLength, dimWidth, dimHeight; ///< inches
-    QProperty<ServiceOption> service{ServiceOption::tracking};
-    QProperty<QString> insuranceValue; ///< US dollars; empty: not insured
-    QProperty<QDate> shipDate;
-    QProperty<bool> fedexResidential{false};
-    QProperty<CustomsInfo> customs;
-    QProperty<bool> printInvoiceWithRates{true}; ///< the commercial invoice prints with the label
-    QProperty<QString> descriptionText;          ///< for the local log only
-    QProperty<QString> reference;                ///< for the local log only
-    QProperty<bool> keepRecipient{true};         ///< save the recipient in the address book after the purchase
+    ~LabelScreen();
 
     // What the screen found out.
     QProperty<QString> validationStatus; ///< the line under the recipient
@@ -96,6 +57,7 @@ public:
     QProperty<std::optional<QString>> selectedRateID;
     QProperty<bool> busy{false};
     QProperty<bool> validating{false}; ///< the address is being validated
+    QProperty<bool> rating{false};     ///< rates are being requested
     QProperty<bool> buying{false};     ///< a purchase is in progress: the program must not end now
     QProperty<std::optional<Banner>> banner;
     QProperty<std::optional<DraftField>> faultyField; ///< the field that the banner is about, until the next edit
@@ -104,48 +66,19 @@ public:
     QProperty<QString> secondLabel;
     QProperty<bool> secondLabelAgreed{false}; ///< the clerk has seen the warning; the next press buys
 
+    /// The Buy button takes no press for so long after it has changed.
+    static constexpr auto buyPause = std::chrono::milliseconds(600);
+
     Purchases purchases; ///< unresolved and resolved purchases
 
-    std::optional<SenderProfile> sender() const;
-    /// The scanned invoice that the reference names; empty once its parcel is sold or another recipient is filled in.
-    std::optional<DesklineInvoice> draftInvoice() const;
-    /// The declared value that the draft's invoice suggests, in US dollars; empty if there is no invoice or no readable
-    /// total.
-    QString defaultCustomsValue() const;
-    bool isInternational() const;
-    bool flatRateLocked() const;
-    /// The class that will be used: Priority Mail while a flat rate is chosen.
-    ServiceClass effectiveClass() const;
-    double totalPounds() const;
-    QString weightDisplay() const;
-    bool senderFilled() const;
-    bool recipientFilled() const;
-    bool formComplete() const;
     std::optional<ShippoRate> selectedRate() const;
     NextStep nextStep() const;
     /// True while it is unknown whether this recipient's last label was bought; buying is disabled until then.
     bool isBuyClosed() const;
-    /// The classes and extra services that fit carrier and destination.
-    QList<ServiceClass> offeredClasses() const;
-    QList<ServiceOption> offeredOptions() const;
-    bool sendsOwnDimensions() const;
 
-    // Texts that depend on the draft; empty if there is nothing to show.
-    QString mailpieceName() const;
-    QString mailpieceIcon() const;
-    QString sizeHint() const;
-    QString classHint() const;
-    QString signatureWarning() const;
-    QString senderHint() const;
     QString ratesHint() const;
-    QString internationalHint() const;
-    QString customsHint() const;
-    QString paperworkText() const;
     static QString transitText(const ShippoRate &rate);
     QString nextStepHint() const;
-    /// The recipient's lines as the label will show them.
-    QStringList printedRecipient() const;
-    QString extrasSummary() const;
 
     /// Takes the weight from the scale, but not the weight of a parcel that is already sold.
     void weigh();
@@ -171,54 +104,33 @@ public:
     void copyLastTracking();
 
 private:
-    /// Why the draft cannot be rated yet, and which field to correct.
-    struct Obstacle {
-        QString text;
-        DraftField field;
-    };
-
-    /// The draft fields that belong to one parcel only.
-    struct SoldDraft {
-        QString weightLb, weightOz, insuranceValue, reference, descriptionText;
-        CustomsInfo customs;
-    };
-
     /// Everything that a purchase needs, captured when the clerk pressed the button.
     struct Purchase {
         Carrier carrier;
         ShippoRate rate;
         ShippoAddress from;
-        int edits;       ///< m_edits at that moment
+        ShippoAddress to; ///< as typed
+        Parcel parcel;
+        int edits;       ///< as LabelDraft counts them
         quint64 weighed; ///< scale readings up to this generation count as sold
-        SoldDraft draft;
+        bool printsInvoice;
         CommercialInvoice::Data_ invoice;
+        SecondLabelFacts facts;
         OpenPurchase entry; ///< the journal's entry
     };
 
-    void watchEdits();
     void draftEdited();
     void recipientEdited();
-    void mailpieceChosen();
-    void carrierChosen();
-    void boxesChanged();
-    void syncClassToDestination();
     void invalidateIntlRates();
     void takeFilledDraft();
-    void takeCustoms();
     void forgetValidation();
-    void setSize(const QString &length, const QString &width, const QString &height);
     void clearRates();
     void selectRateOfClass();
     void warn(const QString &text, std::optional<DraftField> field = std::nullopt);
     void noteOnLastLabel(const QString &text);
     void fail(const QString &context, const AppError &error);
+    bool takeWeight();
 
-    QString templateName() const;
-    QString boxName() const;
-    DraftField missingField() const;
-    std::optional<Obstacle> obstacle() const;
-    ShippoAddress senderForCarrier() const;
-    RatingRequest ratingRequest() const;
     Task<> applyRates(ShippoShipment shipment);
     void adoptStandardised(const ShippoValidatedAddress &standardised);
     Task<> applyValidation(ShippoAddress typed, ShippoValidatedAddress answer);
@@ -226,30 +138,30 @@ private:
     Task<bool> reviewPrintedAddress(ShippoShipment shipment);
 
     Purchase preparePurchase(const ShippoRate &rate) const;
-    void takeResolved();
+    SecondLabelFacts secondLabelFacts() const;
     void watchForSecondLabel();
-    void warnOfSecondLabel(const QString &warning);
+    void showSecondLabel(const QString &warning, bool agreed);
     Task<bool> hasTestKey();
-    Task<QString> secondLabelWarning(bool testMode);
+    Task<QString> secondLabelWarning(SecondLabelFacts facts, bool testMode);
+    Task<bool> mayBuy(Purchase purchase, bool testMode, QString agreedWarning);
     Task<> buy(Purchase purchase);
-    Task<std::optional<ShippoTransaction>> lookForLabel(OpenPurchase entry, QString doubt);
-    Task<> finishPurchase(Purchase purchase, ShippoTransaction transaction);
-    void showSold(const Purchase &purchase, const QString &outcome, bool logged);
-    Task<PrintedDocument> fetchAndPrint(OpenPurchase entry);
-    CommercialInvoice::Data_ invoiceData(const QString &service) const;
-    bool takeWeight();
-    void clearSold(const SoldDraft &sold);
+    Task<std::optional<ShippoTransaction>> lookForLabel(Purchase purchase, QString doubt);
+    void markUnresolved(const Purchase &purchase, const Purchases::Answer &answer);
+    Task<> finishPurchase(Purchase purchase, ShippoTransaction transaction, PapersResult drawn);
+    void showSold(const Purchase &purchase, const PurchaseResult &result);
+    void clearSold(const Purchase &purchase);
+    void takeResolved(const ResolvedPurchase &resolved);
 
-    AppState &m_app;
+    static const inline QString draftChanged =
+        QStringLiteral("The draft was changed while its address was checked — validate again.");
+
     CustomsPapers m_papers;
-    int m_edits = 0;              ///< counts edits that a price depends on
-    quint64 m_soldWeight = 0;     ///< scale generation that the last label was bought with
-    qsizetype m_resolvedSeen = 0; ///< entries of purchases.resolved already handled
-    bool m_sizeFromBox = false;
+    QHash<qint64, Purchase> m_unresolved; ///< by the journal's id; what was sold if the carrier confirms it
+    quint64 m_soldWeight = 0;             ///< scale generation that the last label was bought with
+    quint64 m_buyTimer = 0;               ///< runs while the Buy button has just changed and takes no press
     bool m_purchaseComplete = false;
     bool m_bannerAboutRates = false; ///< the banner is cleared together with the rates
     ShippoAddress m_lastRecipient;
-    CustomsInfo m_filledCustoms; ///< as filled in automatically; the clerk typed the values that differ
     std::vector<QPropertyNotifier> m_notifiers;
     QObject m_lifetime; ///< lets a background lookup detect that the screen is gone
 };

@@ -1,5 +1,7 @@
 #include "app/label/LabelScreen.h"
+
 #include "app/purchase/CustomsPapers.h"
+#include "app/purchase/PurchaseTexts.h"
 #include "compose/Customs.h"
 #include "compose/Services.h"
 #include "compose/Weight.h"
@@ -44,35 +46,6 @@ bool LabelScreen::takeWeight()
     return true;
 }
 
-CommercialInvoice::Data_ LabelScreen::invoiceData(const QString &service) const
-{
-    const ShippoAddress &to = m_app.draftTo.value();
-    const CustomsItem &item = customsItem(customs.value().itemType);
-    const QString quantity = customs.value().quantity.trimmed();
-    CommercialInvoice::Data_ invoice;
-    invoice.invoiceNumber = reference.value().trimmed();
-    invoice.recipient = {.name = to.name,
-                         .company = m_app.sanitizer.sanitize(to.company),
-                         .street1 = to.street1,
-                         .street2 = to.street2,
-                         .city = to.city,
-                         .state = to.state,
-                         .zip = to.zip,
-                         .country = to.country,
-                         .phone = to.phone,
-                         .email = to.email};
-    invoice.shipVia = service;
-    invoice.date = m_app.platform.clock.now().date();
-    invoice.itemDescription = item.description;
-    invoice.hsCode = item.hsCode;
-    invoice.quantity = quantity.isEmpty() ? u"1"_s : quantity;
-    invoice.value = decimalOrZero(customs.value().value);
-    if (!item.invoiceExtraLine.isEmpty())
-        invoice.extraLine = item.invoiceExtraLine;
-    invoice.signer = customs.value().signer.trimmed();
-    return invoice;
-}
-
 Task<> LabelScreen::printIntlInvoice()
 {
     if (busy)
@@ -80,9 +53,10 @@ Task<> LabelScreen::printIntlInvoice()
     busy = true;
     const auto done = qScopeGuard([this] { busy = false; });
     const QString service = carrierAndService(carrier, serviceClassInfo(effectiveClass()).displayName);
-    const PrintedDocument printed = co_await m_papers.printInvoice(invoiceData(service), true);
-    const QString said = printed.done ? printed.note : printed.note.mid(2).chopped(1); // without its parentheses
-    banner = Banner{said.left(1).toUpper() + said.mid(1), printed.done};
+    const PapersResult drawn = co_await m_papers.drawInvoice(invoiceData(service));
+    const PapersResult printed = co_await m_papers.printInvoice(drawn);
+    const QString line = PurchaseTexts::papersLine(printed);
+    banner = Banner{line.left(1).toUpper() + line.mid(1), printed.isDone()};
 }
 
 } // namespace parcelory

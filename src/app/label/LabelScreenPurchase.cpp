@@ -1,6 +1,7 @@
 #include "app/label/LabelScreen.h"
 #include "app/purchase/CustomsPapers.h"
 #include "app/purchase/LabelPrinting.h"
+#include "app/purchase/PurchaseTexts.h"
 #include "app/purchase/Purchases.h"
 #include "app/purchase/ReprintCheck.h"
 #include "carrier/PurchaseTag.h"
@@ -11,6 +12,7 @@
 #include "core/AppError.h"
 #include "core/CountryCode.h"
 #include "core/ShippoAddress.h"
+#include "core/StaleCheck.h"
 #include "core/Task.h"
 #include "core/Text.h"
 #include "core/ports/HttpTransport.h"
@@ -37,14 +39,6 @@ QString recipientLine(const ShippoAddress &to, bool international)
     return joinPresent({to.name, to.company, to.oneLine(), country}, u", "_s).simplified();
 }
 
-QString summaryOf(Carrier carrier, const ShippoAddress &to, const ShipmentRecord &record, const QString &amount)
-{
-    const QString place = trimBlanks(to.city + u' ' + to.state);
-    return joinPresent({carrierAndService(carrier, record.service), joinPresent({to.name, place}, u", "_s),
-                        u'$' + amount, record.tracking},
-                       u" · "_s);
-}
-
 /// True if the carrier may have sold the label although no response confirmed it.
 bool outcomeUnknown(const AppError &error)
 {
@@ -62,17 +56,20 @@ LabelScreen::Purchase LabelScreen::preparePurchase(const ShippoRate &rate) const
     Purchase purchase{.carrier = carrier,
                       .rate = rate,
                       .from = senderForCarrier(),
-                      .edits = m_edits,
+                      .to = m_app.draftTo,
+                      .parcel = parcel(),
+                      .edits = edits,
                       .weighed = m_app.scale.generation(),
-                      .draft = {weightLb, weightOz, insuranceValue, reference, descriptionText, customs},
+                      .printsInvoice = printInvoiceWithRates,
                       .invoice = {},
+                      .facts = secondLabelFacts(),
                       .entry = {.askedAt = m_app.platform.clock.now(),
                                 .rateId = rate.objectId,
                                 .keyName = m_app.keys.activeName(),
                                 .recipient = m_app.draftTo,
                                 .keepRecipient = keepRecipient,
                                 .record = {}}};
-    ShippoAddress &to = purchase.entry.recipient;
+    ShippoAddress to = purchase.to; // only what others read is discreet: the address book keeps the full company
     to.company = m_app.sanitizer.sanitize(to.company);
 
     const QString service = serviceName(rate.servicelevel);
@@ -104,37 +101,45 @@ LabelScreen::Purchase LabelScreen::preparePurchase(const ShippoRate &rate) const
     return purchase;
 }
 
-/// Clears the draft of a parcel that turned out to be sold, so that it is not sold again. A draft with another
-/// reference for the same recipient, begun in the meantime, stays.
-void LabelScreen::takeResolved()
+/// Clears what is still on the screen of a parcel that turned out to be sold, so that it is not sold again.
+void LabelScreen::takeResolved(const ResolvedPurchase &resolved)
 {
-    const QList<ResolvedPurchase> &all = purchases.resolved.value();
-    const bool isNews = all.size() > std::exchange(m_resolvedSeen, all.size());
-    if (busy || !isNews)
-        return;
-    const ResolvedPurchase latest = all.last();
-    if (!isSameRecipient(latest.recipient, m_app.draftTo))
-        return;
-    if (!latest.isBought)
-        banner = std::nullopt;
-    else if (latest.record.reference == reference.value().simplified())
-        clearDraft();
+    const auto pending = m_unresolved.constFind(resolved.id);
+    if (pending == m_unresolved.cend())
+        return; // a purchase of an earlier run: nothing of it is on the screen
+    const Purchase purchase = *pending;
+    m_unresolved.erase(pending);
+    if (buying || purchase.edits != edits || purchase.parcel.reference != reference.value())
+        return; // the clerk has begun another parcel
+    banner = std::nullopt;
+    if (resolved.isBought)
+        clearSold(purchase);
 }
 
-/// Shows the warning next to the price before the clerk presses the button.
+SecondLabelFacts LabelScreen::secondLabelFacts() const
+{
+    return {.recipient = m_app.draftTo,
+            .reference = reference.value().simplified(),
+            .invoiceTracking = draftInvoice().value_or(DesklineInvoice{}).tracking,
+            .lastOutcomeUnknown = purchases.unresolvedFor(m_app.draftTo).has_value(),
+            .now = m_app.platform.clock.now(),
+            .earlier = {}};
+}
+
+/// The warning has to be beside the price before the clerk presses the button.
 void LabelScreen::watchForSecondLabel()
 {
     if (!selectedRate())
         return;
     spawn([this, alive = QPointer(&m_lifetime)]() -> Task<> {
-        const int edits = m_edits;
-        const QString asked = reference;
+        const auto isOver = staleCheck(edits);
+        const SecondLabelFacts facts = secondLabelFacts();
         const bool testMode = co_await hasTestKey();
         if (!alive)
             co_return;
-        const QString warning = co_await secondLabelWarning(testMode);
-        if (alive && edits == m_edits && asked == reference.value() && selectedRate())
-            warnOfSecondLabel(warning);
+        const QString warning = co_await secondLabelWarning(facts, testMode);
+        if (alive && !isOver() && facts.reference == reference.value().simplified() && selectedRate())
+            showSecondLabel(warning, secondLabelAgreed && warning == secondLabel.value());
     });
 }
 
@@ -144,22 +149,21 @@ Task<bool> LabelScreen::hasTestKey()
     co_return ShippoKeys::isTest(token);
 }
 
-/// The clerk's agreement applies to one warning for one set of rates only.
-void LabelScreen::warnOfSecondLabel(const QString &warning)
+/// Shows what would make the purchase a second label. The button says something else then, so for a moment it takes no
+/// press: the second click of a double click was meant for the button as it was.
+void LabelScreen::showSecondLabel(const QString &warning, bool agreed)
 {
-    secondLabelAgreed = secondLabelAgreed && warning == secondLabel.value();
+    const bool changes = warning != secondLabel.value() || agreed != secondLabelAgreed.value();
     secondLabel = warning;
+    secondLabelAgreed = agreed;
+    if (!changes || warning.isEmpty())
+        return;
+    m_app.platform.clock.cancel(m_buyTimer);
+    m_buyTimer = m_app.platform.clock.after(buyPause, [this] { m_buyTimer = 0; });
 }
 
-Task<QString> LabelScreen::secondLabelWarning(bool testMode)
+Task<QString> LabelScreen::secondLabelWarning(SecondLabelFacts facts, bool testMode)
 {
-    const std::optional<UnresolvedPurchase> question = purchases.unresolvedFor(m_app.draftTo);
-    SecondLabelFacts facts{.recipient = m_app.draftTo,
-                           .reference = reference.value().simplified(),
-                           .invoiceTracking = draftInvoice().value_or(DesklineInvoice{}).tracking,
-                           .lastOutcomeUnknown = question.has_value(),
-                           .now = m_app.platform.clock.now(),
-                           .earlier = {}};
     facts.earlier =
         co_await onPool(m_app.log, &ShipmentLog::labelsLike, facts.reference, facts.now.date().startOfDay(), testMode);
     co_return secondLabelReasons(facts).join(u'\n');
@@ -168,9 +172,9 @@ Task<QString> LabelScreen::secondLabelWarning(bool testMode)
 Task<> LabelScreen::buyAndPrint()
 {
     const std::optional<ShippoRate> rate = selectedRate();
-    if (busy || !rate || isBuyClosed())
+    if (busy || !rate || isBuyClosed() || m_buyTimer != 0)
         co_return;
-    busy = true; // set in the same event as the press, so that a second press is ignored
+    busy = true; // in the same event as the press: a second press finds it set
     buying = true;
     m_purchaseComplete = false;
     const auto done = qScopeGuard([this] {
@@ -179,32 +183,57 @@ Task<> LabelScreen::buyAndPrint()
     });
     banner = std::nullopt;
     Purchase purchase = preparePurchase(*rate);
+    const QString agreedWarning = secondLabelAgreed ? secondLabel.value() : QString();
     const bool testMode = co_await hasTestKey();
     purchase.entry.record.testMode = testMode;
-    const QString warning = co_await secondLabelWarning(testMode);
-    warnOfSecondLabel(warning);
-    if (!warning.isEmpty() && !secondLabelAgreed) {
-        secondLabelAgreed = true;
-        co_return;
+    const bool agreed = co_await mayBuy(purchase, testMode, agreedWarning);
+    if (agreed)
+        co_await buy(purchase);
+}
+
+/// True for a parcel's first label, and for a second label that the clerk has agreed to. Judges the purchase as it was
+/// prepared, whatever is on the screen by now.
+Task<bool> LabelScreen::mayBuy(Purchase purchase, bool testMode, QString agreedWarning)
+{
+    const auto isEdited = staleCheck(edits);
+    const QString warning = co_await secondLabelWarning(purchase.facts, testMode);
+    if (warning.isEmpty())
+        co_return true;
+    if (warning == agreedWarning) {
+        if (purchase.facts.lastOutcomeUnknown)
+            m_app.errors.record(u"Buy Label"_s,
+                                AppError(u"Bought although an earlier purchase is unresolved: %1."_s.arg(
+                                    PurchaseTexts::title(purchase.entry.record))),
+                                Popup::no);
+        co_return true;
     }
-    co_await buy(purchase);
+    if (isEdited())
+        warn(u"The label for %1 was not bought, because the form was changed meanwhile: %2"_s.arg(purchase.to.name,
+                                                                                                  warning));
+    else
+        showSecondLabel(warning, true);
+    co_return false;
 }
 
 Task<> LabelScreen::buy(Purchase purchase)
 {
     OpenPurchase &entry = purchase.entry;
-    const QString tag = PurchaseTag::of(purchase.from, entry.recipient, purchase.carrier, entry.record.service).text();
+    ShippoAddress to = purchase.to;
+    to.company = m_app.sanitizer.sanitize(to.company);
+    const QString tag = PurchaseTag::of(purchase.from, to, purchase.carrier, entry.record.service).text();
+    PapersResult drawn;
+    if (entry.record.isIntl && purchase.carrier == Carrier::usps) { // only the draft has what the invoice needs
+        drawn = co_await m_papers.drawInvoice(purchase.invoice);
+        entry.record.customsPDF = drawn.document;
+    }
     try {
-        if (entry.record.isIntl && purchase.carrier == Carrier::usps)
-            entry.record.customsPDF =
-                co_await m_papers.drawInvoice(purchase.invoice); // cannot be redrawn after a restart
-        entry.id = co_await purchases.begin(entry);
+        entry.id = co_await purchases.flow().begin(entry);
     } catch (const AppError &error) {
         fail(u"Buy Label"_s, error);
         co_return;
     }
     std::optional<ShippoTransaction> bought;
-    QString doubt; // why the outcome is unknown
+    QString doubt; // why it is unknown whether the carrier sold the label
     try {
         bought = co_await m_app.shippo.purchase(entry.rateId, u"ZPLII"_s, tag);
     } catch (const AppError &error) {
@@ -212,28 +241,29 @@ Task<> LabelScreen::buy(Purchase purchase)
             doubt = error.description();
         else
             fail(u"Buy Label"_s, error);
-        if (const auto *unsettled = dynamic_cast<const UnconfirmedPurchase *>(&error))
-            entry.record.transactionID = unsettled->transactionId();
+        if (const auto *unconfirmed = dynamic_cast<const UnconfirmedPurchase *>(&error))
+            entry.record.transactionID = unconfirmed->transactionId();
     }
     if (!bought && doubt.isEmpty()) {
-        co_await purchases.close(entry.id);
+        co_await purchases.flow().close(entry.id);
         co_return;
     }
     if (!bought)
-        bought = co_await lookForLabel(entry, doubt);
+        bought = co_await lookForLabel(purchase, doubt);
     if (bought)
-        co_await finishPurchase(purchase, *bought);
+        co_await finishPurchase(purchase, *bought, drawn);
 }
 
-/// The parcel is still on the desk, so poll the carrier a few times before leaving the purchase unresolved.
-Task<std::optional<ShippoTransaction>> LabelScreen::lookForLabel(OpenPurchase entry, QString doubt)
+/// The parcel is still on the desk, so the carrier is asked several times before the purchase counts as unresolved.
+Task<std::optional<ShippoTransaction>> LabelScreen::lookForLabel(Purchase purchase, QString doubt)
 {
     constexpr int looks = 3;
     constexpr auto pause = std::chrono::seconds(2);
-    const QDateTime since = m_app.platform.clock.now(); // not askedAt: the response may have failed only after a minute
-    clearRates(); // buying again requires new rates, which gives the clerk time to think
+    const OpenPurchase &entry = purchase.entry;
+    const QDateTime since = m_app.platform.clock.now(); // the request may have taken longer than that
+    clearRates(); // buying again requires new rates, and thereby a moment's thought
     warn(doubt + u" Asking the carrier whether the label was bought…"_s);
-    co_await purchases.save(entry);
+    co_await purchases.flow().save(entry);
     Purchases::Answer answer;
     for (int look = 0; look < looks; ++look) {
         if (look > 0)
@@ -242,12 +272,12 @@ Task<std::optional<ShippoTransaction>> LabelScreen::lookForLabel(OpenPurchase en
         if (answer.verdict == Purchases::Verdict::bought)
             co_return answer.transaction;
         if (answer.verdict == Purchases::Verdict::notBought) {
-            co_await purchases.close(entry.id);
+            co_await purchases.flow().close(entry.id);
             fail(u"Buy Label"_s, AppError(doubt + u" The label was not bought."_s));
             co_return std::nullopt;
         }
     }
-    purchases.markUnresolved(entry, answer);
+    markUnresolved(purchase, answer);
     const QString transaction = entry.record.transactionID;
     fail(u"Buy Label"_s,
          AppError(doubt +
@@ -260,107 +290,57 @@ Task<std::optional<ShippoTransaction>> LabelScreen::lookForLabel(OpenPurchase en
     co_return std::nullopt;
 }
 
-Task<> LabelScreen::finishPurchase(Purchase purchase, ShippoTransaction transaction)
+void LabelScreen::markUnresolved(const Purchase &purchase, const Purchases::Answer &answer)
+{
+    m_unresolved.insert(purchase.entry.id, purchase);
+    purchases.markUnresolved(purchase.entry, answer);
+}
+
+Task<> LabelScreen::finishPurchase(Purchase purchase, ShippoTransaction transaction, PapersResult drawn)
 {
     m_soldWeight = std::max(m_soldWeight, purchase.weighed);
-    OpenPurchase &entry = purchase.entry;
-    ShipmentRecord &record = entry.record;
-    record.createdAt = m_app.platform.clock.now();
-    Purchases::applyTransaction(record, transaction);
-    co_await purchases.save(entry);
-    if (record.labelURL.isEmpty()) {
+    purchase.entry.record.createdAt = m_app.platform.clock.now();
+    const PurchaseResult result = co_await purchases.flow().complete(
+        purchase.entry, transaction,
+        {.printsLabel = true,
+         .printsPapers = purchase.carrier == Carrier::fedex || purchase.printsInvoice,
+         .drawn = drawn});
+    m_purchaseComplete = result.isComplete();
+    purchase.entry = result.entry;
+    if (!result.hasLabel) {
         const QString text = u"Purchase succeeded but no label URL was returned."_s;
         clearRates();
         warn(text);
-        purchases.markUnresolved(entry, {.text = text, .isInconclusive = true});
+        markUnresolved(purchase, {.text = text, .isInconclusive = true});
         m_app.errors.record(u"Buy Label"_s, AppError(text + u" Transaction "_s + transaction.objectId), Popup::yes);
         co_return;
     }
-
-    const PrintedDocument label = co_await fetchAndPrint(entry);
-    record.zpl = label.document;
-    entry.printed = label.done;
-    QString outcome = label.note;
-    bool papersDone = true;
-    if (record.isIntl) {
-        PrintedDocument papers;
-        if (purchase.carrier == Carrier::fedex)
-            papers = co_await m_papers.printFedexInvoice(record.customsDocURL);
-        else
-            papers = co_await m_papers.printInvoice(purchase.invoice, printInvoiceWithRates);
-        if (papers.document) // otherwise keep the document drawn before the purchase
-            record.customsPDF = papers.document;
-        if (!papers.note.isEmpty())
-            outcome += papers.done ? u' ' + papers.note : papers.note;
-        papersDone = papers.done;
-    }
-    if (std::exchange(entry.keepRecipient, false))
-        emit m_app.recipientToKeep(entry.recipient);
-    const bool logged = co_await purchases.enterIntoLog(entry);
-    m_purchaseComplete = label.done && papersDone && logged;
-    if (!logged) {
-        co_await purchases.save(entry);
-        outcome += u" (the mailing log could not be written — note the tracking number "_s + record.tracking + u')';
-        purchases.markUnresolved(entry, {.text = Purchases::notLogged(record), .isInconclusive = true});
-    }
-    showSold(purchase, outcome, logged);
+    showSold(purchase, result);
+    if (!result.isLogged)
+        purchases.markUnresolved(
+            result.entry,
+            {.text = PurchaseTexts::notLogged(result.entry.record), .isInconclusive = true, .isUnlogged = true});
 }
 
-void LabelScreen::showSold(const Purchase &purchase, const QString &outcome, bool logged)
+void LabelScreen::showSold(const Purchase &purchase, const PurchaseResult &result)
 {
-    const ShippoAddress &to = purchase.entry.recipient;
-    const ShipmentRecord &record = purchase.entry.record;
-    m_app.lastShipmentSummary = summaryOf(purchase.carrier, to, record, purchase.rate.amount);
-    if (purchase.edits != m_edits) {
-        clearSold(purchase.draft);
-    } else { // the clerk has not begun the next parcel yet
-        clearDraft();
-        lastLabel =
-            LastLabel{joinPresent({to.name, trimBlanks(to.city + u' ' + to.state)}, u" · "_s), record, QString()};
-    }
-    banner = Banner{u"Success! %1 to %2, $%3"_s.arg(record.service, to.name, purchase.rate.amount) + outcome, logged};
+    const ShippoAddress &to = purchase.to;
+    clearSold(purchase);
+    if (m_app.draftTo.value().isEmpty()) // the clerk has not begun the next parcel yet
+        lastLabel = LastLabel{joinPresent({to.name, trimBlanks(to.city + u' ' + to.state)}, u" · "_s),
+                              result.entry.record, QString()};
+    banner = Banner{PurchaseTexts::successLine(result), result.isLogged};
 }
 
-/// The clerk has begun the next parcel. Clears the fields that still hold the sold parcel's values, so that they are
-/// not used again.
-void LabelScreen::clearSold(const SoldDraft &sold)
+/// What is still as it was sold must not be sold again. What was typed since belongs to the next parcel.
+void LabelScreen::clearSold(const Purchase &purchase)
 {
-    if (weightLb.value() == sold.weightLb && weightOz.value() == sold.weightOz) {
-        weightLb = QString();
-        weightOz = QString();
+    if (purchase.edits == edits) {
+        forgetValidation();
+        showIntlPaperwork = false;
+        m_app.draftTo = ShippoAddress{};
     }
-    const std::pair<QProperty<QString> *, QString> texts[] = {
-        {&insuranceValue, sold.insuranceValue}, {&reference, sold.reference}, {&descriptionText, sold.descriptionText}};
-    for (const auto &[field, text] : texts) {
-        if (field->value() == text)
-            *field = QString();
-    }
-    if (customs.value() == sold.customs)
-        customs = CustomsInfo{};
-}
-
-/// Fetches and prints the label. The label is already paid for, so a failure here must not prevent logging.
-Task<PrintedDocument> LabelScreen::fetchAndPrint(OpenPurchase entry)
-{
-    PrintedDocument result;
-    try {
-        const QByteArray label = co_await m_app.shippo.downloadLabel(entry.record.labelURL);
-        if (labelKind(label) != LabelKind::notALabel && !isWhole(label))
-            throw AppError(u"the label arrived incomplete"_s);
-        if (isWhole(label)) { // without the data, a reprint downloads the label again
-            result.document = label;
-            entry.record.zpl = label;
-            co_await purchases.save(entry);
-        }
-        const QString printed = co_await printLabel(m_app, label);
-        co_await purchases.markPrinted(entry.id);
-        result.note = u". "_s + printed;
-        result.done = true;
-    } catch (const AppError &error) {
-        result.note = u" (print failed: "_s + error.description() + u" — use Reprint from the log)"_s;
-        m_app.errors.record(u"Print Label"_s, error, Popup::no);
-    }
-    co_return result;
+    clearParcel(purchase.parcel);
 }
 
 void LabelScreen::noteOnLastLabel(const QString &text)

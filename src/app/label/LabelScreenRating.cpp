@@ -8,6 +8,7 @@
 #include "core/ports/Preferences.h"
 
 #include "core/SettingsKeys.h"
+#include "core/StaleCheck.h"
 #include "core/Text.h"
 
 #include <QScopeGuard>
@@ -21,21 +22,6 @@ namespace parcelory {
 using namespace Qt::StringLiterals;
 
 namespace {
-
-bool isPositive(const QString &text)
-{
-    return decimalOrZero(text) > 0;
-}
-
-bool isBlankOrNotNegative(const QString &text)
-{
-    return text.trimmed().isEmpty() || decimal(text).value_or(-1) >= 0;
-}
-
-bool isBlankOrCount(const QString &text)
-{
-    return text.trimmed().isEmpty() || text.trimmed().toInt() > 0;
-}
 
 bool belongsTo(Carrier carrier, const ShippoRate &rate)
 {
@@ -58,6 +44,20 @@ QList<ShippoRate> offeredRates(Carrier carrier, const QList<ShippoRate> &all)
     return offered;
 }
 
+/// The carrier's own words; other carriers of the account send some, too.
+QString reasonsOf(Carrier carrier, const ShippoShipment &shipment)
+{
+    QStringList reasons;
+    for (const ShippoMessage &message : shipment.messages.value_or(QList<ShippoMessage>())) {
+        const bool isOfCarrier =
+            message.source.value_or(QString()).compare(carrierInfo(carrier).displayName, Qt::CaseInsensitive) == 0;
+        const QString text = message.text.value_or(QString());
+        if (isOfCarrier && !text.isEmpty() && !reasons.contains(text))
+            reasons += text;
+    }
+    return reasons.join(u" • "_s);
+}
+
 QString noRatesText(Carrier carrier)
 {
     if (carrier == Carrier::fedex)
@@ -66,91 +66,6 @@ QString noRatesText(Carrier carrier)
 }
 
 } // namespace
-
-/// The first reason why the draft cannot be rated yet.
-std::optional<LabelScreen::Obstacle> LabelScreen::obstacle() const
-{
-    if (!formComplete())
-        return Obstacle{ratesHint(), missingField()};
-    // A typo would otherwise count as 0, and the parcel would be rated too light.
-    for (const auto &[text, field] :
-         {std::pair{weightLb.value(), DraftField::weight}, std::pair{weightOz.value(), DraftField::ounces}}) {
-        if (!isBlankOrNotNegative(text))
-            return Obstacle{u"The weight is not a number — type pounds and ounces as plain numbers, for example 1 and "
-                            "3.5."_s,
-                            field};
-    }
-    if (sendsOwnDimensions()) {
-        const QString box = boxName();
-        const QString text = u"Enter the package size — length, width, and height are required for "_s +
-                             (box.isEmpty() ? u"your own packaging"_s : box);
-        if (!isPositive(dimLength))
-            return Obstacle{text, DraftField::length};
-        if (!isPositive(dimWidth))
-            return Obstacle{text, DraftField::width};
-        if (!isPositive(dimHeight))
-            return Obstacle{text, DraftField::height};
-    }
-    if (isInternational() && !isPositive(customs.value().value))
-        return Obstacle{u"Enter the declared value in the Customs Declaration to rate an international shipment."_s,
-                        DraftField::declaredValue};
-    if (isInternational() && !isBlankOrCount(customs.value().quantity))
-        return Obstacle{u"The quantity in the Customs Declaration is not a whole number."_s, DraftField::quantity};
-    const CarrierInfo &info = carrierInfo(carrier);
-    if (totalPounds() > info.weightLimit)
-        return Obstacle{weightDisplay() + u" is over "_s + info.displayName + u"'s "_s + fixed(info.weightLimit, 0) +
-                            u" lb limit."_s,
-                        DraftField::weight};
-    if (carrier == Carrier::fedex && isInternational() && m_app.draftTo.value().phone.trimmed().isEmpty())
-        return Obstacle{
-            u"FedEx international shipments require the recipient's phone number — add it to the To section."_s,
-            DraftField::phone};
-    // "1,500" would otherwise count as 0, and the parcel would not be insured.
-    if (!insuranceValue.value().trimmed().isEmpty() && !decimal(insuranceValue))
-        return Obstacle{u"The insured value is not a number — type it as plain dollars, for example 1500.00."_s,
-                        DraftField::insurance};
-    return std::nullopt;
-}
-
-ShippoAddress LabelScreen::senderForCarrier() const
-{
-    ShippoAddress from = sender().value_or(SenderProfile{}).address;
-    const Deployment &company = m_app.platform.deployment;
-    if (from.email.isEmpty())
-        from.email = read(m_app.platform.preferences, settings::senderFallbackEmail, company.fallbackEmail);
-    if (from.phone.isEmpty())
-        from.phone = read(m_app.platform.preferences, settings::senderFallbackPhone, company.fallbackPhone);
-    return from;
-}
-
-RatingRequest LabelScreen::ratingRequest() const
-{
-    const QDateTime now = m_app.platform.clock.now();
-    RatingRequest request{.from = senderForCarrier(),
-                          .to = m_app.draftTo,
-                          .parcel = {.length = dimLength.value().trimmed(),
-                                     .width = dimWidth.value().trimmed(),
-                                     .height = dimHeight.value().trimmed(),
-                                     .distanceUnit = u"in"_s,
-                                     .weight = shortest(totalPounds() * 16, 4),
-                                     .massUnit = u"oz"_s},
-                          .parcelTemplate = templateName(),
-                          // A window left open overnight still holds yesterday's date.
-                          .shipDate = shipDate.value() > now.date() ? QDateTime(shipDate, QTime(12, 0)) : now,
-                          .signatureConfirmation = serviceOptionInfo(service).signatureConfirmation,
-                          .insuranceAmount = insuranceValue.value().trimmed(),
-                          .insuranceProvider = {},
-                          .isResidential = std::nullopt,
-                          .customs = std::nullopt};
-    request.to.company = m_app.sanitizer.sanitize(request.to.company);
-    if (carrier == Carrier::fedex) {
-        request.insuranceProvider = u"FEDEX"_s; // FedEx's own insurance; USPS parcels use the service's insurance
-        request.isResidential = fedexResidential.value();
-    }
-    if (isInternational())
-        request.customs = customs;
-    return request;
-}
 
 Task<> LabelScreen::fetchRates(bool intlConfirmed)
 {
@@ -169,11 +84,15 @@ Task<> LabelScreen::fetchRates(bool intlConfirmed)
     clearRates();
     banner = std::nullopt;
     busy = true;
-    const auto done = qScopeGuard([this] { busy = false; });
-    const int edits = m_edits;
+    rating = true;
+    const auto done = qScopeGuard([this] {
+        rating = false;
+        busy = false;
+    });
+    const auto isEdited = staleCheck(edits);
     try {
         const ShippoShipment shipment = co_await m_app.shippo.rates(ratingRequest());
-        if (edits == m_edits)
+        if (!isEdited())
             co_await applyRates(shipment);
         else if (!m_app.draftTo.value().isEmpty()) // otherwise the form was cleared, and rates are no longer needed
             warn(u"The draft was changed while its rates were loading — get rates again."_s);
@@ -186,14 +105,21 @@ Task<> LabelScreen::applyRates(ShippoShipment shipment)
 {
     const QList<ShippoRate> offered = offeredRates(carrier, shipment.rates);
     if (offered.isEmpty()) {
-        warn(noRatesText(carrier));
+        const QString text = joinPresent({noRatesText(carrier), reasonsOf(carrier, shipment)}, u"\n"_s);
+        warn(text);
+        m_app.errors.record(u"Get Rates"_s, AppError(text), Popup::no);
         co_return;
     }
     rates = offered;
     selectRateOfClass();
+    const auto isReplaced = staleCheck(edits);
     const bool keep = co_await reviewPrintedAddress(shipment);
     if (keep)
         co_return;
+    if (isReplaced()) { // a scan may fill in another recipient while the dialog is open
+        warn(draftChanged);
+        co_return;
+    }
     clearRates();
     forgetValidation();
     warn(u"Rates cleared — adjust the address and validate again."_s);

@@ -84,10 +84,9 @@ Task<> LabelScreen::validate()
 /// Applies the carrier's validation result to the draft.
 Task<> LabelScreen::applyValidation(ShippoAddress typed, ShippoValidatedAddress answer)
 {
-    const QString changed = u"The draft was changed while its address was checked — validate again."_s;
     if (!(m_app.draftTo.value() == typed)) {
         if (!m_app.draftTo.value().isEmpty()) // otherwise the form was cleared, and the result is no longer needed
-            warn(changed);
+            warn(draftChanged);
         co_return;
     }
     const ShippoValidationResults results = answer.validationResults.value_or(ShippoValidationResults{});
@@ -108,7 +107,7 @@ Task<> LabelScreen::applyValidation(ShippoAddress typed, ShippoValidatedAddress 
         const int choice = co_await m_app.platform.prompts.choose(standardisedQuestion(lost, typedLines, uspsVersion));
         adopt = choice == 1;
         if (!(m_app.draftTo.value() == typed)) { // a scan may have filled in another recipient meanwhile
-            warn(changed);
+            warn(draftChanged);
             co_return;
         }
     }

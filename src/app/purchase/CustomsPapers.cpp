@@ -12,55 +12,60 @@
 namespace parcelory {
 using namespace Qt::StringLiterals;
 
-Task<QByteArray> CustomsPapers::drawInvoice(CommercialInvoice::Data_ invoice)
+bool PapersResult::isDone() const
 {
-    const QByteArray document =
-        co_await onPool([this, invoice] { return CommercialInvoice::pdf(invoice, m_app.platform.deployment); });
-    co_return document;
+    return outcome == PapersOutcome::none || outcome == PapersOutcome::kept || outcome == PapersOutcome::printed;
 }
 
-Task<PrintedDocument> CustomsPapers::printInvoice(CommercialInvoice::Data_ invoice, bool onPaper)
+Task<PapersResult> CustomsPapers::drawInvoice(CommercialInvoice::Data_ invoice)
 {
-    const QString queue = read(m_app.platform.preferences, settings::documentQueue);
-    PrintedDocument result;
     try {
-        const QByteArray document = co_await drawInvoice(invoice);
-        result.document = document;
-        result.done = true;
-        if (onPaper) {
-            const bool sentToQueue = co_await printDocument(m_app, document);
-            result.done = sentToQueue;
-            result.note = sentToQueue
-                              ? u"Commercial invoice sent to "_s + queue + u'.'
-                              : u" (commercial invoice opened in Preview — set a document printer in Settings)"_s;
-        }
+        const QByteArray document =
+            co_await onPool([this, invoice] { return CommercialInvoice::pdf(invoice, m_app.platform.deployment); });
+        co_return PapersResult{.outcome = PapersOutcome::kept, .document = document};
     } catch (const AppError &error) {
-        result.done = false;
-        result.note = u" (Invoice print failed: "_s + error.description() + u')';
         m_app.errors.record(u"Commercial Invoice"_s, error, Popup::no);
+        co_return PapersResult{.outcome = PapersOutcome::notDrawn, .text = error.description()};
     }
-    co_return result;
 }
 
-Task<PrintedDocument> CustomsPapers::printFedexInvoice(QString documentUrl)
+Task<PapersResult> CustomsPapers::printInvoice(PapersResult drawn)
 {
-    PrintedDocument result;
+    if (!drawn.document)
+        co_return drawn;
+    co_return co_await print(*drawn.document, u"Commercial Invoice"_s);
+}
+
+Task<PapersResult> CustomsPapers::fetchFedexInvoice(QString documentUrl, bool onPaper)
+{
+    const QString context = u"FedEx Commercial Invoice"_s;
+    PapersResult result;
     try {
         if (documentUrl.isEmpty())
             throw AppError(u"the carrier sent no document link"_s);
         const QByteArray document = co_await m_app.shippo.downloadLabel(documentUrl);
         if (labelKind(document) != LabelKind::pdf || !isWhole(document))
             throw AppError(u"the carrier's file is not a complete PDF document"_s);
-        result.document = document;
-        const bool sentToQueue = co_await printDocument(m_app, document);
-        result.done = sentToQueue;
-        if (!sentToQueue)
-            result.note = u" (FedEx commercial invoice opened in Preview — set a document printer in Settings)"_s;
+        result = {.outcome = PapersOutcome::kept, .document = document};
     } catch (const AppError &error) {
-        const QString failed = result.document ? u" (FedEx commercial invoice print failed: "_s
-                                               : u" (FedEx commercial invoice download failed: "_s;
-        result.note = failed + error.description() + u')';
-        m_app.errors.record(u"FedEx Commercial Invoice"_s, error, Popup::no);
+        m_app.errors.record(context, error, Popup::no);
+        result = {.outcome = PapersOutcome::downloadFailed, .text = error.description()};
+    }
+    if (result.document && onPaper)
+        result = co_await print(*result.document, context);
+    co_return result;
+}
+
+Task<PapersResult> CustomsPapers::print(QByteArray document, QString context)
+{
+    PapersResult result{.document = document, .text = read(m_app.platform.preferences, settings::documentQueue)};
+    try {
+        const bool sentToQueue = co_await printDocument(m_app, document);
+        result.outcome = sentToQueue ? PapersOutcome::printed : PapersOutcome::opened;
+    } catch (const AppError &error) {
+        m_app.errors.record(context, error, Popup::no);
+        result.outcome = PapersOutcome::printFailed;
+        result.text = error.description();
     }
     co_return result;
 }

@@ -1,6 +1,7 @@
 #include "app/purchase/Purchases.h"
 
 #include "app/purchase/LabelPrinting.h"
+#include "app/purchase/PurchaseTexts.h"
 #include "app/purchase/ReprintCheck.h"
 #include "carrier/ShippoError.h"
 #include "carrier/ShippoRecords.h"
@@ -35,79 +36,14 @@ bool isLastWord(const AppError &error)
            (shippo->kind() == ShippoError::Kind::api || shippo->status() == forbidden || shippo->status() == unknown);
 }
 
-constexpr int mostDays = 30; ///< an inconclusive purchase that is older is given up
+constexpr int mostDays = 30;   ///< an unresolved purchase that is older is given up
+constexpr int enoughLooks = 3; ///< lookups in vain after which buying is enabled again
 
 } // namespace
 
 Purchases::~Purchases()
 {
     m_app.platform.clock.cancel(m_timer);
-}
-
-QString Purchases::titleOf(const ShipmentRecord &record)
-{
-    return u"%1 %2 to %3, $%4"_s.arg(record.carrier, record.service, record.recipientName(), fixed(record.postage, 2));
-}
-
-QString Purchases::notLogged(const ShipmentRecord &record)
-{
-    return u"It was bought, but the mailing log could not be written. Tracking %1."_s.arg(record.tracking);
-}
-
-void Purchases::applyTransaction(ShipmentRecord &record, const ShippoTransaction &transaction)
-{
-    record.transactionID = transaction.objectId;
-    record.tracking = transaction.trackingNumber.value_or(QString());
-    record.trackingURL = transaction.trackingUrlProvider.value_or(QString());
-    record.labelURL = transaction.labelUrl.value_or(QString());
-    record.customsDocURL = transaction.commercialInvoiceUrl.value_or(QString());
-    if (transaction.status == u"REFUNDED")
-        record.status = u"REFUNDED"_s;
-    else if (transaction.status == u"REFUNDPENDING")
-        record.status = u"REFUND_PENDING"_s;
-}
-
-Task<qint64> Purchases::begin(OpenPurchase purchase)
-{
-    const qint64 id = co_await onPool(m_app.journal, &PurchaseJournal::begin, purchase);
-    co_return id;
-}
-
-Task<> Purchases::save(OpenPurchase purchase)
-{
-    co_await onPool(m_app.journal, &PurchaseJournal::update, purchase.id, purchase.record);
-}
-
-Task<> Purchases::markPrinted(qint64 id)
-{
-    co_await onPool(m_app.journal, &PurchaseJournal::markPrinted, id);
-}
-
-Task<> Purchases::close(qint64 id)
-{
-    co_await onPool(m_app.journal, &PurchaseJournal::close, id);
-}
-
-Task<bool> Purchases::enterIntoLog(OpenPurchase purchase)
-{
-    struct Outcome {
-        bool stored;
-        QString reason;
-    };
-    const Outcome outcome = co_await onPool([&app = m_app, purchase] {
-        const ShipmentRecord &record = purchase.record;
-        const bool stored = app.log.find(record) || app.log.insert(record);
-        if (stored)
-            app.journal.close(purchase.id);
-        return Outcome{stored, stored ? QString() : app.log.lastError()};
-    });
-    if (!outcome.stored && !isKnownUnlogged(purchase.id)) {
-        const ShipmentRecord &record = purchase.record;
-        const AppError error(u"Bought but not logged: %1, %2, tracking %3, transaction %4, label %5 (%6)"_s.arg(
-            record.recipient, record.service, record.tracking, record.transactionID, record.labelURL, outcome.reason));
-        m_app.errors.record(u"Mailing Log"_s, error, Popup::yes);
-    }
-    co_return outcome.stored;
 }
 
 Task<Purchases::Answer> Purchases::lookUp(OpenPurchase purchase, QDateTime since)
@@ -157,8 +93,11 @@ Task<Purchases::Answer> Purchases::evaluate(OpenPurchase purchase, QDateTime sin
 
 void Purchases::markUnresolved(const OpenPurchase &purchase, const Answer &answer)
 {
-    replaceUnresolved(purchase.id,
-                      UnresolvedPurchase{purchase, answer.text, answer.isInconclusive, m_app.platform.clock.now()});
+    replaceUnresolved(purchase.id, UnresolvedPurchase{.purchase = purchase,
+                                                      .text = answer.text,
+                                                      .isInconclusive = answer.isInconclusive,
+                                                      .isUnlogged = answer.isUnlogged,
+                                                      .since = m_app.platform.clock.now()});
     m_pause = firstPause;
     askLater();
 }
@@ -174,8 +113,9 @@ Task<> Purchases::resume()
 {
     const QList<OpenPurchase> open = co_await onPool(m_app.journal, &PurchaseJournal::openPurchases);
     for (const OpenPurchase &purchase : open)
-        replaceUnresolved(purchase.id,
-                          UnresolvedPurchase{purchase, u"Asking the carrier…"_s, false, m_app.platform.clock.now()});
+        replaceUnresolved(purchase.id, UnresolvedPurchase{.purchase = purchase,
+                                                          .text = u"Asking the carrier…"_s,
+                                                          .since = m_app.platform.clock.now()});
     co_await checkAgain();
     if (const QString trouble = m_app.journal.trouble(); !trouble.isEmpty()) {
         m_app.errors.record(u"Purchase Journal"_s, AppError(trouble), Popup::no);
@@ -185,13 +125,43 @@ Task<> Purchases::resume()
 
 Task<> Purchases::giveUp(OpenPurchase purchase)
 {
-    m_app.errors.record(
-        u"Buy Label"_s,
-        AppError(u"The outcome of this purchase was never found: %1, %2, rate %3."_s.arg(
-            titleOf(purchase.record), purchase.askedAt.toLocalTime().toString(u"MMM d, yyyy"_s), purchase.rateId)),
-        Popup::no);
-    co_await close(purchase.id);
+    m_app.errors.record(u"Buy Label"_s,
+                        AppError(u"The outcome of this purchase was never found: %1, %2, rate %3."_s.arg(
+                            PurchaseTexts::title(purchase.record),
+                            purchase.askedAt.toLocalTime().toString(u"MMM d, yyyy"_s), purchase.rateId)),
+                        Popup::no);
+    co_await m_flow.close(purchase.id);
     replaceUnresolved(purchase.id, std::nullopt);
+}
+
+Task<> Purchases::resolveByHand(qint64 id, ByHand outcome)
+{
+    const QList<UnresolvedPurchase> open = unresolved;
+    const auto pending =
+        std::ranges::find_if(open, [id](const UnresolvedPurchase &purchase) { return purchase.purchase.id == id; });
+    if (pending == open.end())
+        co_return;
+    const OpenPurchase purchase = pending->purchase;
+    const bool haveLabel = outcome == ByHand::haveLabel;
+    const int answer = co_await m_app.platform.prompts.choose(
+        {.title = haveLabel ? u"You Have This Label?"_s : u"This Label Was Not Bought?"_s,
+         .text =
+             PurchaseTexts::title(purchase.record) +
+             (haveLabel ? u"\n\nParcelory stops asking Shippo. The label is not in the mailing log: find it in the "
+                          "Master Log."_s
+                        : u"\n\nParcelory stops asking Shippo. If the label was bought after all, it is paid for and "
+                          "not in the mailing log."_s),
+         .choices = {u"Keep Checking"_s, haveLabel ? u"I Have the Label"_s : u"It Was Not Bought"_s},
+         .safeChoice = 0});
+    if (answer != 1)
+        co_return;
+    m_app.errors.record(u"Buy Label"_s,
+                        AppError((haveLabel ? u"Resolved by hand, the clerk has the label: %1, rate %2."_s
+                                            : u"Resolved by hand, not bought: %1, rate %2."_s)
+                                     .arg(PurchaseTexts::title(purchase.record), purchase.rateId)),
+                        Popup::no);
+    co_await m_flow.close(id);
+    replaceUnresolved(id, std::nullopt);
 }
 
 Task<> Purchases::checkAgain()
@@ -210,84 +180,60 @@ Task<> Purchases::checkAgain()
 Task<> Purchases::recheck(UnresolvedPurchase pending)
 {
     const OpenPurchase &purchase = pending.purchase;
+    const QDateTime now = m_app.platform.clock.now();
     const Answer answer = co_await lookUp(purchase, pending.since);
     switch (answer.verdict) {
     case Verdict::unknown:
-        if (answer.isInconclusive && purchase.askedAt.daysTo(m_app.platform.clock.now()) > mostDays)
+        if (purchase.askedAt.daysTo(now) > mostDays) {
             co_await giveUp(purchase);
-        else
-            replaceUnresolved(purchase.id,
-                              UnresolvedPurchase{purchase, answer.text, answer.isInconclusive, pending.since});
+            break;
+        }
+        pending.text = answer.text;
+        ++pending.looks;
+        // A lost request has arrived by now, or never will. If the carrier still cannot tell, waiting does not help.
+        pending.isInconclusive = answer.isInconclusive ||
+                                 (pending.looks >= enoughLooks && !ShippoClient::mayStillArrive(pending.since, now));
+        replaceUnresolved(purchase.id, pending);
         break;
     case Verdict::bought:
         co_await finish(pending, answer.transaction);
         break;
     case Verdict::notBought:
-        co_await close(purchase.id);
+        co_await m_flow.close(purchase.id);
         replaceUnresolved(purchase.id, std::nullopt);
-        addResolved({.recipient = purchase.recipient,
-                     .record = purchase.record,
-                     .text = u"%1 was not bought, and nothing was charged."_s.arg(titleOf(purchase.record))});
+        addResolved(
+            {.id = purchase.id,
+             .recipient = purchase.recipient,
+             .record = purchase.record,
+             .text = u"%1 was not bought, and nothing was charged."_s.arg(PurchaseTexts::title(purchase.record))});
         break;
     }
 }
 
 Task<> Purchases::finish(UnresolvedPurchase pending, std::optional<ShippoTransaction> transaction)
 {
-    OpenPurchase &purchase = pending.purchase;
-    ShipmentRecord &record = purchase.record;
-    if (transaction) {
-        record.createdAt = purchase.askedAt;
-        applyTransaction(record, *transaction);
-    }
-    if (!record.zpl)
-        record.zpl = co_await fetch(record.labelURL);
-    if (!record.customsPDF && !record.customsDocURL.isEmpty())
-        record.customsPDF = co_await fetch(record.customsDocURL);
-    co_await save(purchase);
-    const bool logged = co_await enterIntoLog(purchase);
-    if (!logged) {
-        replaceUnresolved(purchase.id, UnresolvedPurchase{purchase, notLogged(record), true, pending.since});
+    OpenPurchase purchase = pending.purchase;
+    if (transaction)
+        purchase.record.createdAt = purchase.askedAt;
+    const PapersResult drawn{.outcome = purchase.record.customsPDF ? PapersOutcome::kept : PapersOutcome::none,
+                             .document = purchase.record.customsPDF};
+    const PurchaseResult result = co_await m_flow.complete(purchase, transaction, {.drawn = drawn});
+    const ShipmentRecord &record = result.entry.record;
+    if (!result.isLogged) {
+        pending.purchase = result.entry;
+        pending.text = PurchaseTexts::notLogged(record);
+        pending.isInconclusive = true;
+        pending.isUnlogged = true;
+        replaceUnresolved(purchase.id, pending);
         co_return;
     }
-    if (purchase.keepRecipient)
-        emit m_app.recipientToKeep(purchase.recipient);
     replaceUnresolved(purchase.id, std::nullopt);
-    const QString whereabouts =
-        purchase.printed ? u", and its label went to the printer"_s : u"; its label may not be printed yet"_s;
-    const QString papers = record.isIntl
-                               ? u" Check that its customs papers printed: Customs Docs in the log prints them again."_s
-                               : QString();
-    addResolved(
-        {.recipient = purchase.recipient,
-         .record = record,
-         .isBought = true,
-         .isPrinted = purchase.printed,
-         .text = u"%1 was bought %2. It is in the mailing log%3.%4"_s.arg(
-             titleOf(record), record.createdAt.toLocalTime().toString(u"MMM d, h:mm AP"_s), whereabouts, papers)});
-}
-
-/// A document that cannot be downloaded now is downloaded when it is printed.
-Task<std::optional<QByteArray>> Purchases::fetch(QString url)
-{
-    std::optional<QByteArray> document;
-    try {
-        const QByteArray bytes = co_await m_app.shippo.downloadLabel(url);
-        if (isWhole(bytes))
-            document = bytes;
-    } catch (const AppError &error) {
-        m_app.errors.record(u"Fetch Label"_s, error, Popup::no);
-    }
-    co_return document;
-}
-
-/// Already reported as not logged; do not report again.
-bool Purchases::isKnownUnlogged(qint64 id) const
-{
-    return std::ranges::any_of(unresolved.value(), [id](const UnresolvedPurchase &pending) {
-        const OpenPurchase &purchase = pending.purchase;
-        return purchase.id == id && pending.text == notLogged(purchase.record);
-    });
+    addResolved({.id = purchase.id,
+                 .recipient = purchase.recipient,
+                 .record = record,
+                 .isBought = true,
+                 .isPrinted = result.entry.printed,
+                 .text = PurchaseTexts::foundLater(result)});
 }
 
 void Purchases::replaceUnresolved(qint64 id, std::optional<UnresolvedPurchase> with)
@@ -316,6 +262,7 @@ std::optional<UnresolvedPurchase> Purchases::unresolvedFor(const ShippoAddress &
 void Purchases::addResolved(const ResolvedPurchase &purchase)
 {
     resolved = resolved.value() + QList{purchase};
+    emit purchaseResolved(purchase);
 }
 
 void Purchases::dismiss(const ResolvedPurchase &label)
@@ -328,7 +275,7 @@ void Purchases::dismiss(const ResolvedPurchase &label)
 Task<> Purchases::print(ResolvedPurchase label)
 {
     ResolvedPurchase after = label;
-    const QString title = titleOf(label.record) + u": "_s;
+    const QString title = PurchaseTexts::title(label.record) + u": "_s;
     try {
         // Checked, because the label may be refunded or old by now. The first print of a new label shows no question.
         const QString printed = co_await reprintChecked(m_app, label.record);

@@ -1,8 +1,10 @@
 #pragma once
 
 #include "app/AppState.h"
+#include "app/purchase/PurchaseFlow.h"
 #include "core/Task.h"
 
+#include <QObject>
 #include <QProperty>
 
 #include <optional>
@@ -14,7 +16,9 @@ struct UnresolvedPurchase {
     OpenPurchase purchase;
     QString text;                ///< status, worded for the clerk
     bool isInconclusive = false; ///< no definite answer, and a retry may bring none: buying stays enabled
+    bool isUnlogged = false;     ///< it was bought, and only the mailing log lacks it
     QDateTime since;             ///< no request is sent after this time; a request in transit may still arrive
+    int looks = 0;               ///< how often the carrier was asked in vain
 
     bool operator==(const UnresolvedPurchase &other) const
     {
@@ -24,29 +28,25 @@ struct UnresolvedPurchase {
 
 /// A formerly unresolved purchase whose outcome is now known.
 struct ResolvedPurchase {
+    qint64 id = 0; ///< the journal's
     ShippoAddress recipient;
     ShipmentRecord record;
     bool isBought = false; ///< bought and in the mailing log
     bool isPrinted = false;
     QString text;
 
-    bool operator==(const ResolvedPurchase &other) const
-    {
-        return record.createdAt == other.record.createdAt && record.recipient == other.record.recipient &&
-               text == other.text;
-    }
+    bool operator==(const ResolvedPurchase &other) const { return id == other.id && text == other.text; }
 };
 
-/// Ensures that every paid label is logged, even if a response is lost or the program exits. A purchase is recorded in
-/// the journal before the request is sent. A purchase with unknown outcome is looked up by its rate id among the
-/// account's newest transactions: found -> completed; not found after a minute -> not bought; otherwise retried
-/// automatically. This class never buys a label. Lives as long as AppState.
-class Purchases {
+/// The purchases whose outcome is unknown. A purchase is recorded in the journal before the request is sent; if the
+/// response is lost or the program exits, it is looked up by its rate id among the account's newest transactions: found
+/// -> completed by PurchaseFlow; not found after a minute -> not bought; otherwise retried automatically. This class
+/// never buys a label. Lives as long as AppState.
+class Purchases : public QObject {
+    Q_OBJECT
 public:
-    explicit Purchases(AppState &app) : m_app(app) {}
-    ~Purchases();
-    Purchases(const Purchases &) = delete;
-    Purchases &operator=(const Purchases &) = delete;
+    explicit Purchases(AppState &app) : m_app(app), m_flow(app) {}
+    ~Purchases() override;
 
     QProperty<QList<UnresolvedPurchase>> unresolved;
     QProperty<QList<ResolvedPurchase>> resolved; ///< until the clerk has seen them
@@ -58,6 +58,7 @@ public:
         std::optional<ShippoTransaction> transaction = {}; ///< the sale; empty if the journal already has the response
         QString text = {};                                 ///< why the outcome is unknown
         bool isInconclusive = false;
+        bool isUnlogged = false;
     };
 
     /// Resumes the purchases that the last run left unresolved.
@@ -66,42 +67,32 @@ public:
     Task<> checkAgain();
     /// The unresolved purchase for this recipient, if any.
     std::optional<UnresolvedPurchase> unresolvedFor(const ShippoAddress &recipient) const;
+    /// The clerk knows the outcome better than the carrier can tell. Asks first; an entry in the error log remains.
+    enum class ByHand { notBought, haveLabel };
+    Task<> resolveByHand(qint64 id, ByHand outcome);
     /// Prints or reprints the label of a resolved purchase.
     Task<> print(ResolvedPurchase label);
     void dismiss(const ResolvedPurchase &label);
 
-    // For the purchase in progress.
-    /// Returns the journal's id. Throws AppError if the journal cannot be written; nothing may be bought then.
-    Task<qint64> begin(OpenPurchase purchase);
-    Task<> save(OpenPurchase purchase);
-    Task<> markPrinted(qint64 id);
-    Task<> close(qint64 id);
     /// Looks up a purchase at the carrier. A request sent before `since` may still arrive there for a while.
     Task<Answer> lookUp(OpenPurchase purchase, QDateTime since);
     void markUnresolved(const OpenPurchase &purchase, const Answer &answer);
-    /// Adds a completed purchase to the mailing log, unless it is already there, and then removes it from the journal.
-    /// Returns false, and reports it once in the error log, if the mailing log cannot be written.
-    Task<bool> enterIntoLog(OpenPurchase purchase);
+    PurchaseFlow &flow() { return m_flow; }
 
-    /// "USPS Priority Mail to Eleanor Whitfield, $9.85"
-    static QString titleOf(const ShipmentRecord &record);
-    /// Text for a bought label that is in the journal but not in the mailing log.
-    static QString notLogged(const ShipmentRecord &record);
-    /// Copies the mailing log's fields from the carrier's response.
-    static void applyTransaction(ShipmentRecord &record, const ShippoTransaction &transaction);
+signals:
+    void purchaseResolved(const ResolvedPurchase &purchase);
 
 private:
     Task<Answer> evaluate(OpenPurchase purchase, QDateTime since);
     Task<> recheck(UnresolvedPurchase pending);
     Task<> finish(UnresolvedPurchase pending, std::optional<ShippoTransaction> transaction);
     Task<> giveUp(OpenPurchase purchase);
-    bool isKnownUnlogged(qint64 id) const;
-    Task<std::optional<QByteArray>> fetch(QString url);
     void replaceUnresolved(qint64 id, std::optional<UnresolvedPurchase> with);
     void addResolved(const ResolvedPurchase &purchase);
     void askLater();
 
     AppState &m_app;
+    PurchaseFlow m_flow;
     quint64 m_timer = 0;
     Clock::Duration m_pause = firstPause;
     // The fourth retry comes soon after the minute in which a lost request may still arrive.

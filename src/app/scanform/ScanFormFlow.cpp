@@ -5,6 +5,7 @@
 #include "core/AppError.h"
 #include "core/IsoDate.h"
 #include "core/ShippoAddress.h"
+#include "core/StaleCheck.h"
 #include "core/Task.h"
 #include "core/ports/Prompts.h"
 #include "devices/Zpl.h"
@@ -20,7 +21,6 @@
 #include <algorithm>
 #include <exception>
 #include <optional>
-#include <tuple>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;
@@ -72,8 +72,7 @@ Task<> ScanFormFlow::create(ShippoAddress from)
     if (m_app.scanFormBusy)
         co_return;
     m_app.scanFormBusy = true;
-    const std::tuple asked(m_app.session, m_app.keyChanges.value());
-    const auto isStale = [this, asked] { return asked != std::tuple(m_app.session, m_app.keyChanges.value()); };
+    const auto isStale = staleCheck(m_app.session, m_app.keyChanges);
     const auto done = qScopeGuard([this] { m_app.scanFormBusy = false; });
     const QString token = co_await onPool([this] { return m_app.keys.activeToken().value_or(QString()); });
     const bool testKey = ShippoKeys::isTest(token);

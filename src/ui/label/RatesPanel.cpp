@@ -129,7 +129,7 @@ void RatesPanel::addCheck(const QString &text, Notice *&row)
 void RatesPanel::refresh()
 {
     const qsizetype count = m_screen.rates.value().size();
-    const bool loading = m_screen.busy && !m_screen.buying && !m_screen.validating;
+    const bool loading = m_screen.rating;
     m_count->setVisible(count > 0);
     m_count->setText(u"%1 %2 %3, lowest first"_s.arg(QString::number(count), carrierInfo(m_screen.carrier).displayName,
                                                      count == 1 ? u"rate"_s : u"rates"_s));

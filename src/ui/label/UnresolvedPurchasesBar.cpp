@@ -1,6 +1,7 @@
 #include "ui/label/UnresolvedPurchasesBar.h"
 
 #include "app/label/LabelScreen.h"
+#include "app/purchase/PurchaseTexts.h"
 #include "app/purchase/Purchases.h"
 #include "core/Task.h"
 #include "records/ShipmentRecord.h"
@@ -47,7 +48,7 @@ void UnresolvedPurchasesBar::refresh()
         const ShipmentRecord &record = purchase.purchase.record;
         const QString state = record.transactionID.isEmpty() ? u"Outcome unknown: "_s
                                                              : u"Not complete yet: "_s; // the carrier assigned an id
-        addRow(state + Purchases::titleOf(record) + u". "_s + purchase.text, u"ui_pending"_s, &Tokens::warn, {check});
+        addRow(state + PurchaseTexts::title(record) + u". "_s + purchase.text, u"ui_pending"_s, &Tokens::warn, {check});
     }
     for (const ResolvedPurchase &purchase : m_purchases.resolved.value()) {
         QList<QWidget *> buttons;

@@ -77,7 +77,7 @@ TEST_F(AddressBookTest, FindsFillsDeletesAndUndoesADeletion)
 TEST_F(AddressBookTest, SavesTheRecipientOfALabelOnce)
 {
     composeAndRate(homeAddress());
-    run(screen().buyAndPrint());
+    pressBuy();
     finish();
     ASSERT_EQ(book.contacts().size(), 1) << banner().toStdString();
     const PostalContact kept = book.contacts()[0];
@@ -113,7 +113,7 @@ TEST_F(AddressBookTest, SavesTheRecipientOfALabelOnce)
     ShippoAddress other = homeAddress();
     other.name = u"Somebody Else"_s;
     composeAndRate(other);
-    run(screen().buyAndPrint());
+    pressBuy();
     finish();
     EXPECT_EQ(book.contacts().size(), 1);
 }

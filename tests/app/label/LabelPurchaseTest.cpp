@@ -89,9 +89,9 @@ TEST_F(LabelPurchaseTest, ABurstOfPressesBuysOneLabel)
     rateHome();
     Task<> first = screen().buyAndPrint();
     for (int press = 0; press < 20; ++press)
-        run(screen().buyAndPrint());
+        pressBuy();
     run(std::move(first));
-    run(screen().buyAndPrint());
+    pressBuy();
     EXPECT_EQ(sent("/transactions/").size(), 1);
     EXPECT_EQ(app->log.records().size(), 1);
 }
@@ -171,7 +171,7 @@ TEST_F(LabelPurchaseTest, ARejectedPurchaseKeepsTheRatesAndAnUnresolvedPurchaseD
 {
     rateHome();
     carrier.setScenario({.purchaseFails = true, .purchaseMessages = {u"Insufficient funds."_s}});
-    run(screen().buyAndPrint());
+    pressBuy();
     EXPECT_EQ(banner(), u"Insufficient funds."_s);
     EXPECT_TRUE(screen().selectedRate());
     EXPECT_TRUE(app->journal.openPurchases().isEmpty()) << "a refusal is an end";
@@ -179,7 +179,7 @@ TEST_F(LabelPurchaseTest, ARejectedPurchaseKeepsTheRatesAndAnUnresolvedPurchaseD
     CarrierScenario refusedPoll{.queuedReads = 5};
     refusedPoll.failNext = CarrierFailure{"transactions/", 429, "text/plain", "slow down", 1, "GET"};
     carrier.setScenario(refusedPoll);
-    run(screen().buyAndPrint());
+    pressBuy();
     EXPECT_TRUE(banner().contains(u", transaction "_s)) << banner().toStdString();
     EXPECT_FALSE(screen().selectedRate()) << "the purchase was taken on before the look at it was refused";
     EXPECT_FALSE(screen().busy.value());

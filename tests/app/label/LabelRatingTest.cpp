@@ -161,11 +161,13 @@ TEST_F(LabelRatingTest, ReportsMissingRatesAndKeepsTheDraftUsableAfterAFailure)
     carrier.setScenario({.fedexConnected = false});
     screen().carrier = Carrier::fedex;
     composeAndRate(homeAddress());
-    EXPECT_EQ(banner(), u"No FedEx rates returned — is your FedEx account connected in the Shippo dashboard?"_s);
+    const QString noFedex = u"No FedEx rates returned — is your FedEx account connected in the Shippo dashboard?"_s;
+    EXPECT_EQ(banner(), noFedex + u"\nAuthentication Failed: the FedEx account is not connected."_s);
+    EXPECT_EQ(errors->entries().first().detail, banner());
     screen().carrier = Carrier::usps;
     carrier.setScenario({.noRates = true});
     composeAndRate(homeAddress());
-    EXPECT_EQ(banner(), u"No USPS rates returned for this shipment."_s);
+    EXPECT_EQ(banner(), u"No USPS rates returned for this shipment.\nNo rates are available for this shipment."_s);
 
     CarrierScenario failing;
     failing.failNext = CarrierFailure{"shipments", 500, "text/plain", "down", 1, ""};

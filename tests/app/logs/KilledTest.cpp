@@ -63,7 +63,7 @@ protected:
     ShipmentRecord bought()
     {
         composeAndRate(homeAddress());
-        run(screen().buyAndPrint());
+        pressBuy();
         return app->log.records().value(0);
     }
     QString statusAtCarrier(const ShipmentRecord &record)

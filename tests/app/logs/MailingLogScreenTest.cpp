@@ -35,7 +35,7 @@ protected:
     ShipmentRecord bought()
     {
         composeAndRate(homeAddress());
-        run(screen().buyAndPrint());
+        pressBuy();
         EXPECT_EQ(log.records().size(), 1) << banner().toStdString();
         return log.records().first();
     }

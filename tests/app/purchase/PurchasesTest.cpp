@@ -38,7 +38,7 @@ protected:
         run(screen().fetchRates());
         ASSERT_TRUE(screen().selectedRate()) << banner().toStdString();
     }
-    void press() { run(screen().buyAndPrint()); }
+    void press() { pressBuy(); }
     void checkAgain()
     {
         run(purchases().checkAgain());

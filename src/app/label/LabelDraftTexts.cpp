@@ -1,4 +1,4 @@
-#include "app/label/LabelScreen.h"
+#include "app/label/LabelDraft.h"
 #include "core/CountryCode.h"
 #include "core/Text.h"
 
@@ -13,7 +13,7 @@
 namespace parcelory {
 using namespace Qt::StringLiterals;
 
-QString LabelScreen::mailpieceName() const
+QString LabelDraft::mailpieceName() const
 {
     if (const auto *builtin = std::get_if<BuiltinMailpiece>(&mailpiece.value()))
         return builtinMailpieceInfo(*builtin).displayName;
@@ -21,7 +21,7 @@ QString LabelScreen::mailpieceName() const
     return box.isEmpty() ? builtinMailpieceInfo(BuiltinMailpiece::package).displayName : box;
 }
 
-QString LabelScreen::mailpieceIcon() const
+QString LabelDraft::mailpieceIcon() const
 {
     const BuiltinMailpieceInfo &fallback = builtinMailpieceInfo(BuiltinMailpiece::package);
     if (const auto *builtin = std::get_if<BuiltinMailpiece>(&mailpiece.value()))
@@ -31,18 +31,18 @@ QString LabelScreen::mailpieceIcon() const
     return box ? box->icon : fallback.iconResource;
 }
 
-QString LabelScreen::sizeHint() const
+QString LabelDraft::sizeHint() const
 {
     const QString box = boxName();
     return box.isEmpty() ? u"in (required)"_s : u"in (from "_s + box + u')';
 }
 
-QString LabelScreen::classHint() const
+QString LabelDraft::classHint() const
 {
     return flatRateLocked() ? u"Flat Rate ships Priority Mail"_s : QString();
 }
 
-QString LabelScreen::signatureWarning() const
+QString LabelDraft::signatureWarning() const
 {
     if (service != ServiceOption::fedexIndirect || svcClass == ServiceClass::fedexHomeDelivery)
         return {};
@@ -50,27 +50,19 @@ QString LabelScreen::signatureWarning() const
            "Signature."_s;
 }
 
-QString LabelScreen::senderHint() const
+QString LabelDraft::senderHint() const
 {
     const std::optional<SenderProfile> from = sender();
     return from && from->address.isEmpty() ? u"This profile has no address yet — fill it in under Settings."_s
                                            : QString();
 }
 
-QString LabelScreen::ratesHint() const
-{
-    if (!rates.value().isEmpty())
-        return {};
-    return formComplete() ? u"Enter the package details, then get rates."_s
-                          : u"Need a sender address, recipient, and weight before rating."_s;
-}
-
-QString LabelScreen::internationalHint() const
+QString LabelDraft::internationalHint() const
 {
     return isInternational() ? u"International — customs declaration required below"_s : QString();
 }
 
-QString LabelScreen::customsHint() const
+QString LabelDraft::customsHint() const
 {
     if (!isInternational())
         return {};
@@ -78,39 +70,13 @@ QString LabelScreen::customsHint() const
            "printer with the label."_s.arg(customsItem(customs.value().itemType).description);
 }
 
-QString LabelScreen::paperworkText() const
+QString LabelDraft::paperworkText() const
 {
     return u"Pick what's in this shipment for %1 — this goes on the label's customs form and the commercial invoice, "
            "then rates load."_s.arg(m_app.draftTo.value().name);
 }
 
-QString LabelScreen::transitText(const ShippoRate &rate)
-{
-    if (!rate.estimatedDays)
-        return u"Unknown"_s;
-    return *rate.estimatedDays == 1 ? u"1 day"_s : QString::number(*rate.estimatedDays) + u" days"_s;
-}
-
-QString LabelScreen::nextStepHint() const
-{
-    const auto step = [this]() -> QString {
-        if (buying)
-            return u"buying and printing the label…"_s;
-        if (busy)
-            return u"asking the carrier…"_s;
-        if (!rates.value().isEmpty())
-            return u"rates loaded — check the rate, then buy."_s;
-        if (!recipientFilled())
-            return u"fill in the recipient."_s;
-        if (!validationOK)
-            return u"validate the address."_s;
-        return formComplete() ? u"get rates."_s : u"add the weight."_s;
-    }();
-    const QString invoice = reference.value().trimmed();
-    return invoice.isEmpty() ? step.left(1).toUpper() + step.mid(1) : u"Invoice "_s + invoice + u" · "_s + step;
-}
-
-QStringList LabelScreen::printedRecipient() const
+QStringList LabelDraft::printedRecipient() const
 {
     const ShippoAddress &to = m_app.draftTo.value();
     QStringList lines = {to.name, m_app.sanitizer.sanitize(to.company), joinPresent({to.street1, to.street2}, u", "_s),
@@ -121,7 +87,7 @@ QStringList LabelScreen::printedRecipient() const
     return lines;
 }
 
-QString LabelScreen::extrasSummary() const
+QString LabelDraft::extrasSummary() const
 {
     QStringList parts = {serviceOptionInfo(service).label};
     if (decimalOrZero(insuranceValue) > 0)
@@ -129,6 +95,12 @@ QString LabelScreen::extrasSummary() const
     if (isInternational())
         parts += u"Declared $"_s + shortest(decimalOrZero(customs.value().value), 2);
     return parts.join(u" · "_s);
+}
+
+QString LabelDraft::formHint() const
+{
+    return formComplete() ? u"Enter the package details, then get rates."_s
+                          : u"Need a sender address, recipient, and weight before rating."_s;
 }
 
 } // namespace parcelory

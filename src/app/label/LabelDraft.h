@@ -1,0 +1,149 @@
+#pragma once
+
+#include "app/AppState.h"
+#include "carrier/RequestBodies.h"
+#include "compose/Customs.h"
+#include "compose/Mailpieces.h"
+#include "compose/Services.h"
+#include "devices/CommercialInvoice.h"
+#include "records/SenderProfile.h"
+
+#include <QDate>
+#include <QProperty>
+
+#include <optional>
+#include <vector>
+
+namespace parcelory {
+
+/// A field of the draft that a message is about.
+enum class DraftField {
+    profile,
+    name,
+    street,
+    city,
+    zip,
+    phone,
+    weight,
+    length,
+    width,
+    height,
+    declaredValue,
+    insurance,
+    ounces,
+    quantity,
+};
+
+/// One shipment as the clerk composes it, and everything that follows from it alone. The recipient is
+/// AppState::draftTo, edited in place. The draft keeps itself consistent: the class fits carrier and destination, a box
+/// brings its size.
+class LabelDraft {
+public:
+    explicit LabelDraft(AppState &app);
+    LabelDraft(const LabelDraft &) = delete;
+    LabelDraft &operator=(const LabelDraft &) = delete;
+
+    // Texts are kept as typed and read as numbers where they are used.
+    QProperty<std::optional<QUuid>> senderID; ///< empty: the default profile
+    QProperty<Carrier> carrier{Carrier::usps};
+    QProperty<MailpieceSelection> mailpiece{BuiltinMailpiece::package};
+    QProperty<ServiceClass> svcClass{ServiceClass::priority};
+    QProperty<QString> weightLb, weightOz;
+    QProperty<QString> dimLength, dimWidth, dimHeight; ///< inches
+    QProperty<ServiceOption> service{ServiceOption::tracking};
+    QProperty<QString> insuranceValue; ///< US dollars; empty: not insured
+    QProperty<QDate> shipDate;
+    QProperty<bool> fedexResidential{false};
+    QProperty<CustomsInfo> customs;
+    QProperty<bool> printInvoiceWithRates{true}; ///< the commercial invoice prints with the label
+    QProperty<QString> descriptionText;          ///< for the local log only
+    QProperty<QString> reference;                ///< for the local log only
+    QProperty<bool> keepRecipient{true};         ///< save the recipient in the address book after the purchase
+
+    QProperty<int> edits{0}; ///< counts changes that a price depends on, and every new parcel
+
+    std::optional<SenderProfile> sender() const;
+    /// The scanned invoice that the reference names; empty once its parcel is sold or another recipient is filled in.
+    std::optional<DesklineInvoice> draftInvoice() const;
+    /// The declared value that the draft's invoice suggests, in US dollars; empty if there is no invoice or no readable
+    /// total.
+    QString defaultCustomsValue() const;
+    bool isInternational() const;
+    bool flatRateLocked() const;
+    /// The class that will be used: Priority Mail while a flat rate is chosen.
+    ServiceClass effectiveClass() const;
+    double totalPounds() const;
+    QString weightDisplay() const;
+    bool senderFilled() const;
+    bool recipientFilled() const;
+    bool formComplete() const;
+    /// The classes and extra services that fit carrier and destination.
+    QList<ServiceClass> offeredClasses() const;
+    QList<ServiceOption> offeredOptions() const;
+    bool sendsOwnDimensions() const;
+
+    /// Why the draft cannot be rated yet, and which field to correct.
+    struct Obstacle {
+        QString text;
+        DraftField field;
+    };
+    /// The first reason against rating; empty for a draft that can be rated.
+    std::optional<Obstacle> obstacle() const;
+    RatingRequest ratingRequest() const;
+    /// The sender with the fallback e-mail and telephone of the settings.
+    ShippoAddress senderForCarrier() const;
+    CommercialInvoice::Data_ invoiceData(const QString &service) const;
+
+    // Texts that depend on the draft; empty if there is nothing to show.
+    QString mailpieceName() const;
+    QString mailpieceIcon() const;
+    QString sizeHint() const;
+    QString classHint() const;
+    QString signatureWarning() const;
+    QString senderHint() const;
+    QString internationalHint() const;
+    QString customsHint() const;
+    QString paperworkText() const;
+    /// What keeps the form from being complete, or the next thing to do.
+    QString formHint() const;
+    /// The recipient's lines as the label will show them.
+    QStringList printedRecipient() const;
+    QString extrasSummary() const;
+
+    /// What belongs to one parcel only.
+    struct Parcel {
+        QString weightLb, weightOz, dimLength, dimWidth, dimHeight, insuranceValue, reference, descriptionText;
+        CustomsInfo customs;
+        bool fedexResidential = false;
+        QDate shipDate;
+    };
+    Parcel parcel() const;
+    /// Clears what belongs to one parcel; a box's size stays. With `sold`, clears only what is still as it was sold:
+    /// the rest belongs to the next parcel.
+    void clearParcel(const std::optional<Parcel> &sold = std::nullopt);
+
+protected:
+    void countEdit() { edits = edits + 1; }
+    /// The name of the stock mailer or of the desk's own box; empty for other packaging and for a box without a name.
+    QString boxName() const;
+
+    AppState &m_app;
+
+private:
+    void watch();
+    void mailpieceChosen();
+    void carrierChosen();
+    void boxesChanged();
+    void syncClassToDestination();
+    void takeFill();
+    void takeCustoms();
+    void setSize(const QString &length, const QString &width, const QString &height);
+    QString templateName() const;
+    DraftField missingField() const;
+
+    bool m_sizeFromBox = false;
+    CustomsInfo m_filledCustoms; ///< as filled in automatically; the clerk typed the values that differ
+    std::vector<QPropertyNotifier> m_notifiers;
+};
+
+} // namespace parcelory

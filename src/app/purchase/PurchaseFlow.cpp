@@ -1,0 +1,151 @@
+#include "app/purchase/PurchaseFlow.h"
+
+#include "app/purchase/LabelPrinting.h"
+#include "app/purchase/PurchaseTexts.h"
+#include "carrier/ShippoRecords.h"
+#include "compose/Services.h"
+#include "core/AppError.h"
+#include "core/Task.h"
+#include "devices/Zpl.h"
+#include "shell/ErrorLog.h"
+
+#include <utility>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// Copies the mailing log's fields from the carrier's response.
+void applyTransaction(ShipmentRecord &record, const ShippoTransaction &transaction)
+{
+    record.transactionID = transaction.objectId;
+    record.tracking = transaction.trackingNumber.value_or(QString());
+    record.trackingURL = transaction.trackingUrlProvider.value_or(QString());
+    record.labelURL = transaction.labelUrl.value_or(QString());
+    record.customsDocURL = transaction.commercialInvoiceUrl.value_or(QString());
+    if (transaction.status == u"REFUNDED")
+        record.status = u"REFUNDED"_s;
+    else if (transaction.status == u"REFUNDPENDING")
+        record.status = u"REFUND_PENDING"_s;
+}
+
+} // namespace
+
+Task<qint64> PurchaseFlow::begin(OpenPurchase purchase)
+{
+    co_return co_await onPool(m_app.journal, &PurchaseJournal::begin, purchase);
+}
+
+Task<> PurchaseFlow::save(OpenPurchase purchase)
+{
+    co_await onPool(m_app.journal, &PurchaseJournal::update, purchase.id, purchase.record);
+}
+
+Task<> PurchaseFlow::close(qint64 id)
+{
+    co_await onPool(m_app.journal, &PurchaseJournal::close, id);
+}
+
+Task<PurchaseResult> PurchaseFlow::complete(OpenPurchase purchase, std::optional<ShippoTransaction> transaction,
+                                            Delivery delivery)
+{
+    PurchaseResult result{.entry = purchase};
+    OpenPurchase &entry = result.entry;
+    ShipmentRecord &record = entry.record;
+    if (transaction)
+        applyTransaction(record, *transaction);
+    co_await save(entry);
+    result.hasLabel = !record.labelURL.isEmpty();
+    if (!result.hasLabel)
+        co_return result;
+
+    QString fetchFailure;
+    try {
+        if (!record.zpl)
+            record.zpl = co_await fetchLabel(entry);
+    } catch (const AppError &error) {
+        fetchFailure = error.description();
+        m_app.errors.record(delivery.printsLabel ? u"Print Label"_s : u"Fetch Label"_s, error, Popup::no);
+    }
+    if (record.zpl)
+        co_await save(entry); // the label is not downloaded again if the program ends now
+    if (!fetchFailure.isEmpty())
+        result.label.text = fetchFailure;
+    else if (delivery.printsLabel)
+        result.label = co_await printLabelOf(entry);
+    entry.printed = entry.printed || result.label.isPrinted;
+
+    result.papers = co_await papersOf(entry, delivery);
+    if (result.papers.document)
+        record.customsPDF = result.papers.document;
+    co_await save(entry);
+    result.isLogged = co_await log(entry);
+    if (result.isLogged && std::exchange(entry.keepRecipient, false))
+        emit m_app.recipientToKeep(entry.recipient);
+    m_app.lastShipmentSummary = PurchaseTexts::summary(entry);
+    co_return result;
+}
+
+/// Throws AppError for anything that is not a whole label.
+Task<QByteArray> PurchaseFlow::fetchLabel(OpenPurchase purchase)
+{
+    const QByteArray label = co_await m_app.shippo.downloadLabel(purchase.record.labelURL);
+    if (labelKind(label) == LabelKind::notALabel)
+        throw AppError(u"the carrier's file is not a label"_s);
+    if (!isWhole(label))
+        throw AppError(u"the label arrived incomplete"_s);
+    co_return label;
+}
+
+Task<LabelResult> PurchaseFlow::printLabelOf(OpenPurchase purchase)
+{
+    try {
+        const QString printed = co_await printLabel(m_app, purchase.record.zpl.value_or(QByteArray()));
+        co_await onPool(m_app.journal, &PurchaseJournal::markPrinted, purchase.id);
+        co_return LabelResult{.isPrinted = true, .text = printed};
+    } catch (const AppError &error) {
+        m_app.errors.record(u"Print Label"_s, error, Popup::no);
+        co_return LabelResult{.text = error.description()};
+    }
+}
+
+Task<PapersResult> PurchaseFlow::papersOf(OpenPurchase purchase, Delivery delivery)
+{
+    const ShipmentRecord &record = purchase.record;
+    if (!record.isIntl)
+        co_return PapersResult{};
+    if (record.carrier == carrierInfo(Carrier::fedex).displayName) {
+        if (record.customsPDF)
+            co_return PapersResult{.outcome = PapersOutcome::kept, .document = record.customsPDF};
+        co_return co_await m_papers.fetchFedexInvoice(record.customsDocURL, delivery.printsPapers);
+    }
+    if (delivery.printsPapers)
+        co_return co_await m_papers.printInvoice(delivery.drawn);
+    co_return delivery.drawn;
+}
+
+/// Adds the label to the mailing log, unless it is already there, and then removes it from the journal. Returns false,
+/// and reports it, if the mailing log cannot be written.
+Task<bool> PurchaseFlow::log(OpenPurchase purchase)
+{
+    struct Outcome {
+        bool stored;
+        QString reason;
+    };
+    const Outcome outcome = co_await onPool([&app = m_app, purchase] {
+        const ShipmentRecord &record = purchase.record;
+        const bool stored = app.log.find(record) || app.log.insert(record);
+        if (stored)
+            app.journal.close(purchase.id);
+        return Outcome{stored, stored ? QString() : app.log.lastError()};
+    });
+    if (!outcome.stored && !m_unlogged.contains(purchase.id)) {
+        m_unlogged.insert(purchase.id);
+        m_app.errors.record(u"Mailing Log"_s, PurchaseTexts::notLoggedError(purchase.record, outcome.reason),
+                            Popup::yes);
+    }
+    co_return outcome.stored;
+}
+
+} // namespace parcelory

@@ -1,0 +1,67 @@
+#pragma once
+
+#include "app/AppState.h"
+#include "app/purchase/CustomsPapers.h"
+#include "records/PurchaseJournal.h"
+#include "records/ShipmentRecord.h"
+
+#include <QSet>
+
+#include <optional>
+
+namespace parcelory {
+
+/// How a label came out, or why it did not.
+struct LabelResult {
+    bool isPrinted = false;
+    QString text; ///< the printer's sentence, or the reason of the failure
+};
+
+/// A bought label after everything that follows a purchase.
+struct PurchaseResult {
+    OpenPurchase entry;   ///< as the journal and the log have it
+    bool hasLabel = true; ///< false: the carrier gave no link to the label, so nothing followed
+    LabelResult label;
+    PapersResult papers;
+    bool isLogged = false;
+
+    /// False if the clerk has to read about it.
+    bool isComplete() const { return hasLabel && label.isPrinted && papers.isDone() && isLogged; }
+};
+
+/// What happens to the label and the papers of a purchase.
+struct Delivery {
+    bool printsLabel = false;
+    bool printsPapers = false;
+    PapersResult drawn = {}; ///< the commercial invoice of a USPS parcel that goes abroad
+};
+
+/// The one way from the carrier's response to the row in the mailing log, for the press of Buy and for a purchase that
+/// was found later: apply the response, fetch, print, papers, log, close. After the purchase nothing throws: a failure
+/// is part of the result, and an entry in the error log.
+class PurchaseFlow {
+public:
+    explicit PurchaseFlow(AppState &app) : m_app(app), m_papers(app) {}
+
+    /// Records in the journal that `purchase` is about to be requested; returns the journal's id. Throws AppError if
+    /// the journal cannot be written; nothing may be bought then.
+    Task<qint64> begin(OpenPurchase purchase);
+    Task<> save(OpenPurchase purchase);
+    Task<> close(qint64 id);
+
+    /// `transaction`: empty if the journal already has the carrier's response.
+    Task<PurchaseResult> complete(OpenPurchase purchase, std::optional<ShippoTransaction> transaction,
+                                  Delivery delivery);
+
+private:
+    Task<QByteArray> fetchLabel(OpenPurchase purchase);
+    Task<LabelResult> printLabelOf(OpenPurchase purchase);
+    Task<PapersResult> papersOf(OpenPurchase purchase, Delivery delivery);
+    Task<bool> log(OpenPurchase purchase);
+
+    AppState &m_app;
+    CustomsPapers m_papers;
+    QSet<qint64> m_unlogged; ///< already reported as not logged; they are not reported again
+};
+
+} // namespace parcelory

@@ -1,0 +1,110 @@
+#include "app/purchase/PurchaseTexts.h"
+
+#include "compose/Services.h"
+#include "core/Text.h"
+
+namespace parcelory::PurchaseTexts {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QString postage(const ShipmentRecord &record)
+{
+    return u'$' + fixed(record.postage, 2);
+}
+
+/// "Commercial invoice" or "FedEx commercial invoice", by its place in the sentence.
+QString invoiceName(const ShipmentRecord &record)
+{
+    return record.carrier == carrierInfo(Carrier::fedex).displayName ? u"FedEx commercial invoice"_s
+                                                                     : u"commercial invoice"_s;
+}
+
+/// What stands in parentheses behind the success line; empty if there is nothing to know.
+QString papersNote(const PapersResult &papers, const QString &name, bool isFedex)
+{
+    switch (papers.outcome) {
+    case PapersOutcome::opened:
+        return name + u" opened in Preview — set a document printer in Settings"_s;
+    case PapersOutcome::downloadFailed:
+        return name + u" download failed: "_s + papers.text;
+    case PapersOutcome::notDrawn:
+    case PapersOutcome::printFailed:
+        return (isFedex ? name + u" print failed: "_s : u"Invoice print failed: "_s) + papers.text;
+    case PapersOutcome::none:
+    case PapersOutcome::kept:
+    case PapersOutcome::printed:
+        break;
+    }
+    return {};
+}
+
+QString sentTo(const PapersResult &papers)
+{
+    return u"Commercial invoice sent to "_s + papers.text + u'.';
+}
+
+} // namespace
+
+QString title(const ShipmentRecord &record)
+{
+    return u"%1 %2 to %3, %4"_s.arg(record.carrier, record.service, record.recipientName(), postage(record));
+}
+
+QString summary(const OpenPurchase &purchase)
+{
+    const ShippoAddress &to = purchase.recipient;
+    const ShipmentRecord &record = purchase.record;
+    const Carrier carrier = record.carrier == carrierInfo(Carrier::fedex).displayName ? Carrier::fedex : Carrier::usps;
+    const QString place = trimBlanks(to.city + u' ' + to.state);
+    return joinPresent({carrierAndService(carrier, record.service), joinPresent({to.name, place}, u", "_s),
+                        postage(record), record.tracking},
+                       u" · "_s);
+}
+
+QString successLine(const PurchaseResult &result)
+{
+    const ShipmentRecord &record = result.entry.record;
+    const bool isFedex = record.carrier == carrierInfo(Carrier::fedex).displayName;
+    QString line = u"Success! %1 to %2, %3"_s.arg(record.service, result.entry.recipient.name, postage(record));
+    line += result.label.isPrinted ? u". "_s + result.label.text
+                                   : u" (print failed: "_s + result.label.text + u" — use Reprint from the log)"_s;
+    if (result.papers.outcome == PapersOutcome::printed && !isFedex)
+        line += u' ' + sentTo(result.papers);
+    if (const QString note = papersNote(result.papers, invoiceName(record), isFedex); !note.isEmpty())
+        line += u" ("_s + note + u')';
+    if (!result.isLogged)
+        line += u" (the mailing log could not be written — note the tracking number "_s + record.tracking + u')';
+    return line;
+}
+
+QString papersLine(const PapersResult &papers)
+{
+    return papers.outcome == PapersOutcome::printed ? sentTo(papers)
+                                                    : papersNote(papers, u"Commercial invoice"_s, false);
+}
+
+QString foundLater(const PurchaseResult &result)
+{
+    const ShipmentRecord &record = result.entry.record;
+    const QString label =
+        result.entry.printed ? u", and its label went to the printer"_s : u"; its label may not be printed yet"_s;
+    const QString papers = record.isIntl
+                               ? u" Check that its customs papers printed: Customs Docs in the log prints them again."_s
+                               : QString();
+    return u"%1 was bought %2. It is in the mailing log%3.%4"_s.arg(
+        title(record), record.createdAt.toLocalTime().toString(u"MMM d, h:mm AP"_s), label, papers);
+}
+
+QString notLogged(const ShipmentRecord &record)
+{
+    return u"It was bought, but the mailing log could not be written. Tracking %1."_s.arg(record.tracking);
+}
+
+AppError notLoggedError(const ShipmentRecord &record, const QString &reason)
+{
+    return AppError(u"Bought but not logged: %1, %2, tracking %3, transaction %4, label %5 (%6)"_s.arg(
+        record.recipient, record.service, record.tracking, record.transactionID, record.labelURL, reason));
+}
+
+} // namespace parcelory::PurchaseTexts
