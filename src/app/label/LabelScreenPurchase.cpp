@@ -195,7 +195,6 @@ Task<> LabelScreen::buyAndPrint()
 /// prepared, whatever is on the screen by now.
 Task<bool> LabelScreen::mayBuy(Purchase purchase, bool testMode, QString agreedWarning)
 {
-    const auto isEdited = staleCheck(edits);
     const QString warning = co_await secondLabelWarning(purchase.facts, testMode);
     if (warning.isEmpty())
         co_return true;
@@ -207,7 +206,7 @@ Task<bool> LabelScreen::mayBuy(Purchase purchase, bool testMode, QString agreedW
                                 Popup::no);
         co_return true;
     }
-    if (isEdited())
+    if (purchase.edits != edits)
         warn(u"The label for %1 was not bought, because the form was changed meanwhile: %2"_s.arg(purchase.to.name,
                                                                                                   warning));
     else

@@ -182,6 +182,10 @@ Task<> Purchases::recheck(UnresolvedPurchase pending)
     const OpenPurchase &purchase = pending.purchase;
     const QDateTime now = m_app.platform.clock.now();
     const Answer answer = co_await lookUp(purchase, pending.since);
+    const bool isResolvedByHand = std::ranges::none_of(
+        unresolved.value(), [&purchase](const UnresolvedPurchase &open) { return open.purchase.id == purchase.id; });
+    if (isResolvedByHand && answer.verdict != Verdict::bought)
+        co_return;
     switch (answer.verdict) {
     case Verdict::unknown:
         if (purchase.askedAt.daysTo(now) > mostDays) {

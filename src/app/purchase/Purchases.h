@@ -22,7 +22,8 @@ struct UnresolvedPurchase {
 
     bool operator==(const UnresolvedPurchase &other) const
     {
-        return purchase.id == other.purchase.id && text == other.text && isInconclusive == other.isInconclusive;
+        return purchase.id == other.purchase.id && text == other.text && isInconclusive == other.isInconclusive &&
+               looks == other.looks;
     }
 };
 
