@@ -109,7 +109,7 @@ QList<MailpieceGroup> mailpieceMenu(Carrier carrier, const QList<BoxProfile> &bo
     }
     MailpieceGroup custom{u"Custom boxes"_s, {}};
     for (const BoxProfile &box : boxes) {
-        custom.entries.append({u"c:"_s + box.id.toString(QUuid::WithoutBraces), box.id, u"popup_package"_s, box.name,
+        custom.entries.append({u"c:"_s + box.id.toString(QUuid::WithoutBraces), box.id, u"popup_package"_s, box.title(),
                                u"Custom box — inside dims "_s + box.dimsDisplay()});
     }
     QList<MailpieceGroup> groups = {own, stock};

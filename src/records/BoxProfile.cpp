@@ -10,4 +10,10 @@ QString BoxProfile::dimsDisplay() const
     return length + u"×"_s + width + u"×"_s + height + u'"';
 }
 
+QString BoxProfile::title() const
+{
+    const QString given = name.trimmed();
+    return given.isEmpty() ? QStringLiteral("Box ") + dimsDisplay() : given;
+}
+
 } // namespace parcelory

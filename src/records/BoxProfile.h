@@ -19,6 +19,8 @@ struct BoxProfile {
 
     /// 12×10×8", or "no dims".
     QString dimsDisplay() const;
+    /// The name; a box without a name goes by its dimensions.
+    QString title() const;
 
     static constexpr auto fields()
     {

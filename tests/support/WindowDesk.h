@@ -50,8 +50,12 @@ struct WindowDesk : CarrierDesk {
         };
         program = std::make_unique<Program>(world, windowPrompts);
         window().show();
-        if (!QTest::qWaitForWindowActive(&window()))
-            qFatal("the window did not become active");
+        // On a busy machine the window manager may overlook a window that follows another one closely.
+        for (int tries = 0; !QTest::qWaitForWindowActive(&window(), 2000); ++tries) {
+            if (tries == 10)
+                qFatal("the window did not become active");
+            window().activateWindow();
+        }
         app().flow = AppFlow::main;
         wait([this] { return program->screens().keys.mode != PostageMode::unknown; });
         settleAll();

@@ -261,7 +261,7 @@ QString LabelDraft::boxName() const
     }
     if (const auto *id = std::get_if<QUuid>(&mailpiece.value())) {
         const std::optional<BoxProfile> box = m_app.boxes.find(*id);
-        return box ? box->name : QString();
+        return box ? box->title() : QString();
     }
     return {};
 }

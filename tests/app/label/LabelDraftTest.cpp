@@ -193,4 +193,29 @@ TEST_F(LabelDraftTest, ChangedCustomsDetailsAskForNewInternationalRates)
     EXPECT_EQ(banner(), u"Customs details changed — get rates again so the label matches."_s);
 }
 
+TEST_F(LabelDraftTest, HintsSayWhatIsMissing)
+{
+    composeParcel(homeAddress());
+    screen().validationOK = true;
+    EXPECT_EQ(screen().nextStepHint(), u"Get rates."_s);
+    screen().weightLb = QString();
+    EXPECT_EQ(screen().nextStepHint(), u"Add the weight."_s);
+    SenderProfile empty = app->senders.profiles.value().first();
+    empty.address = {};
+    app->senders.profiles = QList{empty};
+    screen().weightLb = u"1"_s;
+    EXPECT_EQ(screen().nextStepHint(), u"Fill in the sender's address in Settings."_s);
+    screen().busy = true; // a document prints: no rates are on their way
+    EXPECT_EQ(screen().nextStepHint(), u"Printing…"_s);
+    screen().busy = false;
+
+    BoxProfile box;
+    box.length = u"12"_s;
+    box.width = u"10"_s;
+    box.height = u"8"_s;
+    app->boxes.profiles = QList{box};
+    screen().mailpiece = box.id;
+    EXPECT_EQ(screen().mailpieceName(), u"Box 12×10×8\""_s);
+}
+
 } // namespace parcelory::test
