@@ -1,6 +1,9 @@
 #pragma once
 
 #include "app/AppState.h"
+#include "records/ShipmentStatus.h"
+
+#include <optional>
 
 namespace parcelory {
 
@@ -15,12 +18,10 @@ public:
     Task<bool> run();
 
 private:
-    enum class Refund { unknown, none, pending, granted, rejected };
-
-    Task<Refund> askCarrier(QString transactionId);
+    Task<std::optional<RefundState>> askCarrier(QString transactionId);
     Task<bool> settle(ShipmentRecord record);
     Task<bool> settleLost(OpenRefund refund);
-    Task<bool> store(ShipmentRecord record, Refund refund);
+    Task<bool> store(ShipmentRecord record, RefundState refund);
 
     AppState &m_app;
 };

@@ -1,7 +1,9 @@
 #include "app/purchase/Purchases.h"
 
+#include "app/purchase/CarrierRefund.h"
 #include "app/purchase/LabelPrinting.h"
 #include "app/purchase/ReprintCheck.h"
+#include "carrier/CarrierWords.h"
 #include "carrier/ShippoError.h"
 #include "carrier/ShippoRecords.h"
 #include "compose/SecondLabel.h"
@@ -12,6 +14,7 @@
 #include "devices/Zpl.h"
 #include "records/PurchaseJournal.h"
 #include "records/ShipmentRecord.h"
+#include "records/ShipmentStatus.h"
 #include "shell/ErrorLog.h"
 
 #include <QScopeGuard>
@@ -61,10 +64,8 @@ void Purchases::applyTransaction(ShipmentRecord &record, const ShippoTransaction
     record.trackingURL = transaction.trackingUrlProvider.value_or(QString());
     record.labelURL = transaction.labelUrl.value_or(QString());
     record.customsDocURL = transaction.commercialInvoiceUrl.value_or(QString());
-    if (transaction.status == u"REFUNDED")
-        record.status = u"REFUNDED"_s;
-    else if (transaction.status == u"REFUNDPENDING")
-        record.status = u"REFUND_PENDING"_s;
+    if (const std::optional<RefundState> refund = refundStateOf(transactionStatus(transaction)))
+        record.status = statusAfter(*refund, record.status);
 }
 
 Task<qint64> Purchases::begin(OpenPurchase purchase)
@@ -107,6 +108,8 @@ Task<bool> Purchases::enterIntoLog(OpenPurchase purchase)
             record.recipient, record.service, record.tracking, record.transactionID, record.labelURL, outcome.reason));
         m_app.errors.record(u"Mailing Log"_s, error, Popup::yes);
     }
+    if (outcome.stored && refundState(purchase.record.status) == RefundState::failed) // the row refers to the error log
+        m_app.errors.record(u"Refund"_s, AppError(refundRefusal(purchase.record)), Popup::no);
     co_return outcome.stored;
 }
 
@@ -139,14 +142,16 @@ Task<Purchases::Answer> Purchases::evaluate(OpenPurchase purchase, QDateTime sin
     } else {
         const QList<ShippoTransaction> sold = co_await m_app.shippo.purchasesOf(purchase.rateId, purchase.askedAt);
         // A failed transaction may be an earlier attempt at the same rate.
-        const auto isSale = [](const ShippoTransaction &one) { return one.status != u"ERROR"; };
+        const auto isSale = [](const ShippoTransaction &one) {
+            return transactionStatus(one) != TransactionStatus::error;
+        };
         const auto sale = std::ranges::find_if(sold, isSale);
         if (sale != sold.end())
             found = *sale;
     }
     if (!found && ShippoClient::mayStillArrive(since, m_app.platform.clock.now()))
         co_return Answer{.text = u"The carrier knows of no such label yet."_s, .isInconclusive = true};
-    if (!found || found->status == u"ERROR")
+    if (!found || transactionStatus(*found) == TransactionStatus::error)
         co_return Answer{.verdict = Verdict::notBought};
     if (found->labelUrl.value_or(QString()).isEmpty())
         co_return Answer{.text = u"The carrier accepted the purchase, but the label is not ready yet "

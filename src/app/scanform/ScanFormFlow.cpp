@@ -1,5 +1,6 @@
 #include "app/scanform/ScanFormFlow.h"
 
+#include "carrier/CarrierWords.h"
 #include "carrier/ShippoError.h"
 #include "carrier/ShippoRecords.h"
 #include "core/AppError.h"
@@ -43,8 +44,8 @@ bool canBe(const ShippoManifest &manifest, const ScanForm &form)
     const std::optional<QDateTime> created = parseIso(manifest.objectCreated.value_or(QString()));
     const QList<QString> named = manifest.transactions.value_or(QList<QString>());
     const auto isOurs = [&form](const QString &transaction) { return form.transactions.contains(transaction); };
-    return manifest.status != u"ERROR" && created && *created >= form.askedAt.addSecs(-clockSkew) &&
-           (named.isEmpty() || std::ranges::any_of(named, isOurs));
+    return manifestStatus(manifest) != ManifestStatus::error && created &&
+           *created >= form.askedAt.addSecs(-clockSkew) && (named.isEmpty() || std::ranges::any_of(named, isOurs));
 }
 
 Question oddLabelsQuestion(const QStringList &lines)
@@ -218,7 +219,7 @@ Task<std::optional<ShippoManifest>> ScanFormFlow::findManifest(ScanForm form)
     std::optional<ShippoManifest> made;
     if (!id.isEmpty()) {
         const ShippoManifest manifest = co_await m_app.shippo.manifest(id);
-        if (manifest.status == u"SUCCESS")
+        if (manifestStatus(manifest) == ManifestStatus::success)
             made = manifest;
     } else if (ShippoClient::mayStillArrive(form.askedAt, m_app.platform.clock.now())) {
         throw ShippoError::api(

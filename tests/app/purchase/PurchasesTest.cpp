@@ -200,6 +200,30 @@ TEST_F(PurchasesTest, AnUnreadableListEnablesBuyingAndAForeignRecordHidesNothing
     EXPECT_EQ(logged().size(), 1);
 }
 
+TEST_F(PurchasesTest, ALabelThatIsFoundLaterIsLoggedWithTheStateOfItsRefund)
+{
+    const std::pair<QByteArray, QString> rows[] = {{"SUCCESS", u"PRINTED"_s},
+                                                   {"REFUNDPENDING", u"REFUND_PENDING"_s},
+                                                   {"REFUNDED", u"REFUNDED"_s},
+                                                   {"REFUNDREJECTED", u"REFUND_ERROR"_s}};
+    for (const auto &[word, stored] : rows) {
+        rate();
+        const QByteArray rateId = screen().selectedRateID.value()->toUtf8();
+        carrier.setScenario({.dropConnection = true});
+        buy();
+        CarrierScenario scenario;
+        scenario.failNext = CarrierFailure{.pathPrefix = "transactions", .status = 200};
+        scenario.failNext->body = R"({"results": [{"object_id": ")" + word + R"(", "status": ")" + word +
+                                  R"(", "rate": ")" + rateId + R"(", "label_url": "https://labels.example/1"}]})";
+        carrier.setScenario(scenario);
+        checkAgain();
+        ASSERT_EQ(app->log.records().value(0).transactionID, QString::fromLatin1(word));
+        EXPECT_EQ(app->log.records().value(0).status, stored);
+    }
+    const auto isRefusal = [](const APIErrorEntry &entry) { return entry.context == u"Refund"_s; };
+    EXPECT_EQ(std::ranges::count_if(errors->entries(), isRefusal), 1) << "the row's status refers to the error log";
+}
+
 TEST_F(PurchasesTest, ResolvingAPurchaseKeepsANewDraftForTheSameRecipient)
 {
     rate(u"48213"_s);
