@@ -50,7 +50,8 @@ public:
     Task<ShippoTrackStatus> track(QString carrier, QString trackingNumber);
     /// The carrier accounts that labels are bought on; one page of a hundred.
     Task<QList<ShippoCarrierAccount>> carrierAccounts();
-    /// Creates the SCAN form of the day's labels. Throws ShippoError if it fails or is unfinished after the last poll.
+    /// Creates the SCAN form of the day's labels. Throws ShippoError if it fails, and Unconfirmed if a poll fails or
+    /// the form is unfinished after the last poll.
     Task<ShippoManifest> createManifest(QString carrierAccount, ShippoAddress from, QDateTime date);
     /// The current state of a SCAN form. Throws ShippoError if it is not finished after the last poll.
     Task<ShippoManifest> manifest(QString id);

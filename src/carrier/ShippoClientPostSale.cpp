@@ -5,6 +5,7 @@
 #include "carrier/ShippoClient.h"
 #include "carrier/ShippoError.h"
 #include "carrier/ShippoRecords.h"
+#include "core/AppError.h"
 #include "core/Json.h"
 #include "core/ShippoAddress.h"
 #include "core/Task.h"
@@ -65,7 +66,11 @@ Task<ShippoManifest> ShippoClient::createManifest(QString carrierAccount, Shippo
                        {"async", false}};
     const QByteArray created = co_await request(u"manifests/"_s, "POST", dumpJson(body));
     auto manifest = decodeAnswer<ShippoManifest>(created);
-    manifest = co_await polled(manifest);
+    try {
+        manifest = co_await polled(manifest);
+    } catch (const AppError &error) {
+        throw Unconfirmed(error.description());
+    }
     if (manifestStatus(manifest) == ManifestStatus::error)
         throw ShippoError::api(u"Shippo couldn't create the SCAN form — usually this means today's labels were already "
                                "manifested, or the carrier doesn't allow it for these labels."_s);

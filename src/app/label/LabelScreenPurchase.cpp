@@ -13,7 +13,6 @@
 #include "core/ShippoAddress.h"
 #include "core/Task.h"
 #include "core/Text.h"
-#include "core/ports/HttpTransport.h"
 #include "devices/Zpl.h"
 #include "records/ShipmentLog.h"
 #include "records/ShipmentRecord.h"
@@ -43,16 +42,6 @@ QString summaryOf(Carrier carrier, const ShippoAddress &to, const ShipmentRecord
     return joinPresent({carrierAndService(carrier, record.service), joinPresent({to.name, place}, u", "_s),
                         u'$' + amount, record.tracking},
                        u" · "_s);
-}
-
-/// True if the carrier may have sold the label although no response confirmed it.
-bool outcomeUnknown(const AppError &error)
-{
-    constexpr int timedOut = 408, conflict = 409; // statuses that leave the outcome open
-    if (const auto *shippo = dynamic_cast<const ShippoError *>(&error))
-        return shippo->kind() == ShippoError::Kind::http || shippo->status() == timedOut ||
-               shippo->status() == conflict;
-    return !dynamic_cast<const NotSent *>(&error);
 }
 
 } // namespace
@@ -208,7 +197,7 @@ Task<> LabelScreen::buy(Purchase purchase)
     try {
         bought = co_await m_app.shippo.purchase(entry.rateId, u"ZPLII"_s, tag);
     } catch (const AppError &error) {
-        if (outcomeUnknown(error))
+        if (fateOf(error) == RequestFate::unknown)
             doubt = error.description();
         else
             fail(u"Buy Label"_s, error);

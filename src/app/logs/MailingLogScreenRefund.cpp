@@ -1,6 +1,7 @@
 #include "app/logs/MailingLogScreen.h"
 #include "app/purchase/CarrierRefund.h"
 #include "carrier/CarrierWords.h"
+#include "carrier/ShippoError.h"
 #include "carrier/ShippoRecords.h"
 #include "core/AppError.h"
 #include "core/Task.h"
@@ -129,23 +130,25 @@ Task<> MailingLogScreen::requestRefund(ShipmentRecord record)
     message = u"Requesting refund…"_s;
     RefundState refund = RefundState::failed;
     QString outcome;
-    bool answered = false;
+    bool isSettled = false; // otherwise the next sync asks the carrier
     try {
         const ShippoRefund answer = co_await m_app.shippo.refund(record.transactionID);
         const QString word = answer.status.value_or(QString()).toLower();
-        answered = true;
+        isSettled = true;
         refund = refundStateOf(refundAnswer(answer));
         outcome = refund == RefundState::granted ? u"Refunded."_s
                                                  : u"Refund "_s + (word.isEmpty() ? u"requested"_s : word) + approval;
         if (refund == RefundState::failed) // the row's status refers the clerk to the error log
             m_app.errors.record(u"Refund"_s, AppError(refundRefusal(record)), Popup::no);
     } catch (const AppError &error) {
+        // After a refusal, the sync asks, too: the refund may have been requested elsewhere.
+        isSettled = fateOf(error) == RequestFate::notSent;
         outcome = error.description();
         m_app.errors.record(u"Refund"_s, error, Popup::yes);
     }
     const bool stored = co_await storeStatus(record.id, statusAfter(refund, record.status));
     message = stored ? outcome : outcome + u' ' + message;
-    if (answered && stored) // otherwise the carrier may have the refund: the next sync asks
+    if (isSettled && stored)
         co_await closeRefund(record.transactionID);
 }
 

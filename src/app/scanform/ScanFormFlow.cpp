@@ -168,8 +168,8 @@ Task<QByteArray> ScanFormFlow::requestForm(QList<ShipmentRecord> labels, bool te
     std::exception_ptr refused;
     try {
         manifest = co_await m_app.shippo.createManifest(usps->objectId, from, form.askedAt);
-    } catch (const ShippoError &error) {
-        if (error.kind() != ShippoError::Kind::validation)
+    } catch (const AppError &error) {
+        if (fateOf(error) == RequestFate::unknown)
             throw; // the form may exist; the next request looks for it first
         refused = std::current_exception();
     }
