@@ -22,9 +22,11 @@ class ShippoClient {
 public:
     /// How long a request without a response may still reach the carrier.
     static constexpr auto arrivalTime = std::chrono::seconds(60);
-    static bool mayStillArrive(const QDateTime &askedAt, const QDateTime &now)
+    /// True if a request that was given up at `since` may still reach the carrier. Both times are steady times: setting
+    /// the clock must neither end nor prolong the wait.
+    static bool mayStillArrive(const QDateTime &since, const QDateTime &now)
     {
-        return std::abs(askedAt.secsTo(now)) <= arrivalTime.count(); // a clock that was set back must not prolong it
+        return since.secsTo(now) <= arrivalTime.count();
     }
 
     ShippoClient(Platform &platform, ShippoKeys &keys);

@@ -219,8 +219,9 @@ Task<std::optional<ShippoTransaction>> LabelScreen::lookForLabel(OpenPurchase en
 {
     constexpr int looks = 3;
     constexpr auto pause = std::chrono::seconds(2);
-    const QDateTime since = m_app.platform.clock.now(); // not askedAt: the response may have failed only after a minute
-    clearRates(); // buying again requires new rates, which gives the clerk time to think
+    const QDateTime since =
+        m_app.platform.clock.steadyNow(); // not askedAt: the response may have failed only after a minute
+    clearRates();                         // buying again requires new rates, which gives the clerk time to think
     warn(doubt + u" Asking the carrier whether the label was bought…"_s);
     co_await purchases.save(entry);
     Purchases::Answer answer;

@@ -86,7 +86,7 @@ Task<bool> RefundSync::settle(ShipmentRecord record)
 Task<bool> RefundSync::settleLost(OpenRefund refund)
 {
     const std::optional<RefundState> found = co_await askCarrier(refund.transactionId);
-    const bool mayStillCome = ShippoClient::mayStillArrive(refund.askedAt, m_app.platform.clock.now());
+    const bool mayStillCome = m_arrivals.mayStillArrive(refund.transactionId, refund.askedAt);
     if (!found || (found == RefundState::none && mayStillCome) || m_app.refundsUnderWay.contains(refund.transactionId))
         co_return false;
     const std::optional<ShipmentRecord> row =

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/AppState.h"
+#include "carrier/ArrivalWatch.h"
 #include "records/ShipmentStatus.h"
 
 #include <optional>
@@ -11,7 +12,7 @@ namespace parcelory {
 /// all. Writes the outcome into the mailing log.
 class RefundSync {
 public:
-    explicit RefundSync(AppState &app) : m_app(app) {}
+    explicit RefundSync(AppState &app) : m_app(app), m_arrivals(app.platform.clock) {}
 
     /// Asks the carrier, at most once a minute. False when it did not ask because the last run was less than a minute
     /// ago.
@@ -24,6 +25,7 @@ private:
     Task<bool> store(ShipmentRecord record, RefundState refund);
 
     AppState &m_app;
+    ArrivalWatch m_arrivals;
 };
 
 } // namespace parcelory

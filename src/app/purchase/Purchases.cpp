@@ -149,7 +149,7 @@ Task<Purchases::Answer> Purchases::evaluate(OpenPurchase purchase, QDateTime sin
         if (sale != sold.end())
             found = *sale;
     }
-    if (!found && ShippoClient::mayStillArrive(since, m_app.platform.clock.now()))
+    if (!found && ShippoClient::mayStillArrive(since, m_app.platform.clock.steadyNow()))
         co_return Answer{.text = u"The carrier knows of no such label yet."_s, .isInconclusive = true};
     if (!found || transactionStatus(*found) == TransactionStatus::error)
         co_return Answer{.verdict = Verdict::notBought};
@@ -162,8 +162,8 @@ Task<Purchases::Answer> Purchases::evaluate(OpenPurchase purchase, QDateTime sin
 
 void Purchases::markUnresolved(const OpenPurchase &purchase, const Answer &answer)
 {
-    replaceUnresolved(purchase.id,
-                      UnresolvedPurchase{purchase, answer.text, answer.isInconclusive, m_app.platform.clock.now()});
+    replaceUnresolved(purchase.id, UnresolvedPurchase{purchase, answer.text, answer.isInconclusive,
+                                                      m_app.platform.clock.steadyNow()});
     m_pause = firstPause;
     askLater();
 }
@@ -179,8 +179,8 @@ Task<> Purchases::resume()
 {
     const QList<OpenPurchase> open = co_await onPool(m_app.journal, &PurchaseJournal::openPurchases);
     for (const OpenPurchase &purchase : open)
-        replaceUnresolved(purchase.id,
-                          UnresolvedPurchase{purchase, u"Asking the carrier…"_s, false, m_app.platform.clock.now()});
+        replaceUnresolved(purchase.id, UnresolvedPurchase{purchase, u"Asking the carrier…"_s, false,
+                                                          m_app.platform.clock.steadyNow()});
     co_await checkAgain();
     if (const QString trouble = m_app.journal.trouble(); !trouble.isEmpty()) {
         m_app.errors.record(u"Purchase Journal"_s, AppError(trouble), Popup::no);

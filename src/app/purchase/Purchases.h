@@ -14,7 +14,7 @@ struct UnresolvedPurchase {
     OpenPurchase purchase;
     QString text;                ///< status, worded for the clerk
     bool isInconclusive = false; ///< no definite answer, and a retry may bring none: buying stays enabled
-    QDateTime since;             ///< no request is sent after this time; a request in transit may still arrive
+    QDateTime since;             ///< no request is sent after this steady time; a request in transit may still arrive
 
     bool operator==(const UnresolvedPurchase &other) const
     {
@@ -76,7 +76,8 @@ public:
     Task<> save(OpenPurchase purchase);
     Task<> markPrinted(qint64 id);
     Task<> close(qint64 id);
-    /// Looks up a purchase at the carrier. A request sent before `since` may still arrive there for a while.
+    /// Looks up a purchase at the carrier. A request sent before `since` (a steady time) may still arrive there for a
+    /// while.
     Task<Answer> lookUp(OpenPurchase purchase, QDateTime since);
     void markUnresolved(const OpenPurchase &purchase, const Answer &answer);
     /// Adds a completed purchase to the mailing log, unless it is already there, and then removes it from the journal.

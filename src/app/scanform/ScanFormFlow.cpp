@@ -221,7 +221,7 @@ Task<std::optional<ShippoManifest>> ScanFormFlow::findManifest(ScanForm form)
         const ShippoManifest manifest = co_await m_app.shippo.manifest(id);
         if (manifestStatus(manifest) == ManifestStatus::success)
             made = manifest;
-    } else if (ShippoClient::mayStillArrive(form.askedAt, m_app.platform.clock.now())) {
+    } else if (m_arrivals.mayStillArrive(QString::number(form.id), form.askedAt)) {
         throw ShippoError::api(
             u"It is not known yet whether the SCAN form of %1 was made. Try again in a minute."_s.arg(
                 dateTimeText(form.askedAt)));
