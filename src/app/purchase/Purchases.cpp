@@ -21,6 +21,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <utility>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;
@@ -70,8 +71,29 @@ void Purchases::applyTransaction(ShipmentRecord &record, const ShippoTransaction
 
 Task<qint64> Purchases::begin(OpenPurchase purchase)
 {
+    if (!m_isLoaded) { // the journal could not be opened at the start
+        co_await load();
+        askLater();
+        if (unresolvedFor(purchase.recipient))
+            throw AppError(u"An earlier purchase for this recipient is still unresolved. Parcelory asks the carrier "
+                           "about it now; nothing was bought."_s);
+    }
     const qint64 id = co_await onPool(m_app.journal, &PurchaseJournal::begin, purchase);
     co_return id;
+}
+
+/// Lists the purchases that earlier runs left unresolved. Throws AppError while the journal cannot be opened.
+Task<> Purchases::load()
+{
+    const QList<OpenPurchase> open = co_await onPool([&journal = m_app.journal] {
+        journal.open();
+        return journal.openPurchases();
+    });
+    if (std::exchange(m_isLoaded, true)) // another call was faster, and a new purchase may be in the list by now
+        co_return;
+    const QDateTime now = m_app.platform.clock.steadyNow();
+    for (const OpenPurchase &purchase : open)
+        replaceUnresolved(purchase.id, UnresolvedPurchase{purchase, u"Asking the carrier…"_s, false, now});
 }
 
 Task<> Purchases::save(OpenPurchase purchase)
@@ -175,14 +197,23 @@ void Purchases::askLater()
     m_pause = std::min(m_pause * 2, longestPause);
 }
 
+/// The next check tries again if the journal cannot be opened.
+Task<> Purchases::loadIfPossible()
+{
+    if (m_isLoaded)
+        co_return;
+    try {
+        co_await load();
+    } catch (const AppError &) {
+    }
+}
+
 Task<> Purchases::resume()
 {
-    const QList<OpenPurchase> open = co_await onPool(m_app.journal, &PurchaseJournal::openPurchases);
-    for (const OpenPurchase &purchase : open)
-        replaceUnresolved(purchase.id, UnresolvedPurchase{purchase, u"Asking the carrier…"_s, false,
-                                                          m_app.platform.clock.steadyNow()});
-    co_await checkAgain();
-    if (const QString trouble = m_app.journal.trouble(); !trouble.isEmpty()) {
+    co_await loadIfPossible();
+    const QString trouble = co_await onPool(m_app.journal, &PurchaseJournal::trouble);
+    co_await recheckAll();
+    if (!trouble.isEmpty()) {
         m_app.errors.record(u"Purchase Journal"_s, AppError(trouble), Popup::no);
         co_await m_app.platform.prompts.alert(u"Purchase Journal"_s, trouble);
     }
@@ -201,6 +232,12 @@ Task<> Purchases::giveUp(OpenPurchase purchase)
 
 Task<> Purchases::checkAgain()
 {
+    co_await loadIfPossible();
+    co_await recheckAll();
+}
+
+Task<> Purchases::recheckAll()
+{
     if (checking)
         co_return;
     checking = true;
@@ -208,7 +245,7 @@ Task<> Purchases::checkAgain()
     const QList<UnresolvedPurchase> open = unresolved;
     for (const UnresolvedPurchase &pending : open)
         co_await recheck(pending);
-    if (!unresolved.value().isEmpty())
+    if (!m_isLoaded || !unresolved.value().isEmpty())
         askLater();
 }
 

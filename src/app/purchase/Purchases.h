@@ -71,7 +71,8 @@ public:
     void dismiss(const ResolvedPurchase &label);
 
     // For the purchase in progress.
-    /// Returns the journal's id. Throws AppError if the journal cannot be written; nothing may be bought then.
+    /// Returns the journal's id. Throws AppError if the journal cannot be written, or if it turns out that an earlier
+    /// run left a purchase for this recipient unresolved; nothing may be bought then.
     Task<qint64> begin(OpenPurchase purchase);
     Task<> save(OpenPurchase purchase);
     Task<> markPrinted(qint64 id);
@@ -92,6 +93,9 @@ public:
     static void applyTransaction(ShipmentRecord &record, const ShippoTransaction &transaction);
 
 private:
+    Task<> load();
+    Task<> loadIfPossible();
+    Task<> recheckAll();
     Task<Answer> evaluate(OpenPurchase purchase, QDateTime since);
     Task<> recheck(UnresolvedPurchase pending);
     Task<> finish(UnresolvedPurchase pending, std::optional<ShippoTransaction> transaction);
@@ -103,6 +107,7 @@ private:
     void askLater();
 
     AppState &m_app;
+    bool m_isLoaded = false; ///< what earlier runs left unresolved is in the list
     quint64 m_timer = 0;
     Clock::Duration m_pause = firstPause;
     // The fourth retry comes soon after the minute in which a lost request may still arrive.

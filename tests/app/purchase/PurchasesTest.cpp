@@ -267,7 +267,8 @@ TEST_F(PurchasesTest, AnUnresolvedPurchaseEndsInTheErrorLogAfterAMonth)
 TEST_F(PurchasesTest, NothingIsBoughtWithoutAJournal)
 {
     rate();
-    AppState second(platform); // the first one holds the journal
+    app->journal.open();
+    AppState second(platform);
     LabelScreen other(second);
     const std::optional<QString> chosen = screen().selectedRateID;
     second.draftTo = homeAddress();
@@ -280,6 +281,32 @@ TEST_F(PurchasesTest, NothingIsBoughtWithoutAJournal)
     EXPECT_TRUE(sent("/transactions/").isEmpty());
     run(other.purchases.resume());
     EXPECT_TRUE(prompts.alerts.last().second.contains(u"no label can be bought here"_s)) << "it is told at the start";
+}
+
+TEST_F(PurchasesTest, APurchaseThatTheJournalShowsOnlyLaterIsNotMadeTwice)
+{
+    rate();
+    carrier.setScenario({.dropConnection = true});
+    press();
+    carrier.setScenario({});
+    screenOwner.reset();
+    app.reset();
+    auto busy = std::make_unique<PurchaseJournal>(QDir(folder.path()));
+    busy->open();
+    app = std::make_unique<AppState>(platform);
+    screenOwner = std::make_unique<LabelScreen>(*app);
+    run(purchases().resume());
+    EXPECT_TRUE(prompts.alerts.last().second.contains(u"another Parcelory is running"_s));
+    EXPECT_TRUE(purchases().unresolved.value().isEmpty());
+    rate();
+    busy.reset();
+    press();
+    EXPECT_TRUE(banner().startsWith(u"An earlier purchase for this recipient is still unresolved."_s))
+        << banner().toStdString();
+    EXPECT_EQ(sent("/transactions/").size(), 1);
+    checkAgain();
+    EXPECT_EQ(logged(), sold());
+    EXPECT_EQ(logged().size(), 1);
 }
 
 TEST_F(PurchasesTest, ADamagedJournalIsKeptAndANewJournalStarted)
