@@ -56,7 +56,8 @@ PracticePrinter::PracticePrinter(const QDir &folder) : m_folder(folder)
         m_jobs = std::max(m_jobs, name.section(u'-', 0, 0).toInt());
 }
 
-ProcessOutcome PracticePrinter::run(const QString &program, const QStringList &arguments, const CancelToken &)
+ProcessOutcome PracticePrinter::run(const QString &program, const QStringList &arguments, const CancelToken &,
+                                    std::chrono::milliseconds)
 {
     const std::lock_guard lock(m_access);
     if (program == u"/usr/bin/lpstat")

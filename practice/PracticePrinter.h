@@ -24,7 +24,8 @@ public:
     explicit PracticePrinter(const QDir &folder);
 
     /// Only the three print tools exist here; anything else throws AppError.
-    ProcessOutcome run(const QString &program, const QStringList &arguments, const CancelToken &cancel = {}) override;
+    ProcessOutcome run(const QString &program, const QStringList &arguments, const CancelToken &cancel = {},
+                       std::chrono::milliseconds limit = noLimit) override;
 
     /// Waiting jobs print when the fault becomes `none`. A paused queue that is not `stubborn` resumes on request.
     void setFault(PrinterFault fault, bool stubborn = true);

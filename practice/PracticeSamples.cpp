@@ -8,7 +8,9 @@
 #include "records/BoxProfile.h"
 #include "records/SenderProfile.h"
 #include "records/ShipmentRecord.h"
+#include "records/StatusWords.h"
 #include <iterator>
+#include <optional>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;
@@ -24,16 +26,25 @@ struct Sample {
     double ounces;
     const char16_t *description;
     const char16_t *reference;
-    const char16_t *status = u"PRINTED";
+    std::optional<LogStatus> status = LogStatus::printed;
     bool testMode = false;
     bool imported = false;
 };
 
 constexpr Sample samples[] = {
-    {u"Hollis Bergstrom, 12 Cedar St, Salem OR 97301", u"Ground Advantage", u"USPS Tracking", u"9400111899560416770198",
-     7.12, 7.7, u"", u"48102", u"", false, true},
+    {u"Hollis Bergstrom, 12 Cedar St, Salem OR 97301",
+     u"Ground Advantage",
+     u"USPS Tracking",
+     u"9400111899560416770198",
+     7.12,
+     7.7,
+     u"",
+     u"48102",
+     {},
+     false,
+     true},
     {u"Test Recipient, 1 Main St, Salem OR 97301", u"Priority Mail", u"USPS Tracking", u"9205590175547700000001", 9.85,
-     16, u"", u"test", u"PRINTED", true},
+     16, u"", u"test", LogStatus::printed, true},
     {u"Beatrix Lindqvist, 80 Harbor Rd, Portland ME 04101", u"FedEx 2Day", u"Indirect Signature Required",
      u"794643981207", 44.10, 80, u"Albums", u"48117"},
     {u"Silas Okonkwo, 1550 Poplar Ave, Memphis TN 38104", u"Priority Mail", u"USPS Tracking", u"9405511899560416775512",
@@ -41,19 +52,19 @@ constexpr Sample samples[] = {
     {u"Odette Marchand, 4 Rue Royale, New Orleans LA 70130", u"Priority Mail", u"Certified Mail",
      u"9407111899560416991763", 12.35, 25, u"", u"48139"},
     {u"Grant Holloway, 77 Peach St, Macon GA 31201", u"Ground Advantage", u"USPS Tracking", u"9400111899560416993208",
-     7.12, 6.1, u"Catalog", u"48147", u"REFUND_ERROR"},
+     7.12, 6.1, u"Catalog", u"48147", LogStatus::refundError},
     {u"Marisol Vega, 2904 Convent Ave, Laredo TX 78040", u"Priority Mail", u"Signature Confirmation",
      u"9405511899560416995071", 9.85, 16.4, u"Morgan dollars", u"48152"},
     {u"Kenji Yamada, 1-9-1 Marunouchi, Tokyo 100-0005, JP", u"First-Class Package International",
      u"USPS Tracking, Declared $310.00", u"LZ540118995US", 26.75, 9.6, u"Yen notes", u"48160"},
     {u"Joseph P. Caldwell, PO Box 239, Elko NV 89803", u"Priority Mail", u"USPS Tracking", u"9405511899560416998140",
-     9.85, 15.1, u"", u"48166", u"REFUNDED"},
+     9.85, 15.1, u"", u"48166", LogStatus::refunded},
     {u"Paul Zielinski, 7 Harbor Ct, Duluth MN 55802", u"Priority Mail Express",
      u"Adult Signature Required, Insurance $2400.00", u"9470111899560417226602", 31.40, 50, u"Silver bars", u"48187"},
     {u"Lucille Fairbanks, 61 Orchard Rd, Keene NH 03431", u"Ground Advantage", u"USPS Tracking",
      u"9400111899560417227034", 7.12, 8.8, u"", u"48190"},
     {u"Ruth Abernathy, 88 Quarry Ln, Bend OR 97702-1188", u"Priority Mail", u"USPS Tracking", u"9405511899560417228890",
-     9.85, 12, u"Banknotes", u"48198", u"REFUND_PENDING"},
+     9.85, 12, u"Banknotes", u"48198", LogStatus::refundPending},
     {u"Harriet Ashcombe, 14 Chandos Place, London WC2N 4HS, GB", u"FedEx International Priority",
      u"Direct Signature Required, Declared $1860.00", u"794644128830", 148.22, 38.4, u"Sovereigns", u"48377"},
     {u"Theodore Eng, 2217 W Alder St, Apt 9, Tacoma WA 98405", u"Priority Mail", u"USPS Tracking",
@@ -136,7 +147,7 @@ void addPracticeShipments(ShipmentLog &log)
                               .descriptionText = QString::fromUtf16(sample.description),
                               .reference = QString::fromUtf16(sample.reference),
                               .transactionID = sample.imported ? u"Piece 1 of 1"_s : sampleId(++number),
-                              .status = QString::fromUtf16(sample.status),
+                              .status = sample.status ? wordOf(*sample.status) : QString(),
                               .testMode = sample.testMode};
         const bool isLast = &sample == std::end(samples) - 1;
         if (!log.insert(record, isLast))

@@ -13,6 +13,7 @@
 #include "practice/PracticeDesk.h"
 #include "practice/PracticePrinter.h"
 #include "practice/PracticeSamples.h"
+#include "records/StatusWords.h"
 #include "shell/ErrorLog.h"
 #include "shell/UpdateFeed.h"
 #include "ui/Program.h"
@@ -430,7 +431,7 @@ Task<> Gallery::drawScanForm()
     saveWindow(u"SCAN Form"_s, u"window-scan-form-empty"_s);
     const QList<ShipmentRecord> labels = app().log.records();
     const auto bought = std::ranges::find_if(labels, [](const ShipmentRecord &row) { return !row.labelURL.isEmpty(); });
-    co_await onPool([this, id = bought->id] { return app().log.setStatus(id, u"REFUND_PENDING"_s); });
+    co_await onPool([this, id = bought->id] { return app().log.setStatus(id, wordOf(LogStatus::refundPending)); });
     m_desk.carrier().setScenario({.manifestDocuments = 2});
     spawn([this] { return app().createScanForm(label().sender().value_or(SenderProfile()).address); });
     co_await until([] { return QApplication::activeModalWidget(); });

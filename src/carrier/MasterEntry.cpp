@@ -1,5 +1,6 @@
 #include "carrier/MasterEntry.h"
 
+#include "carrier/CarrierWords.h"
 #include "carrier/PurchaseTag.h"
 #include "carrier/ShippoRecords.h"
 #include "core/IsoDate.h"
@@ -7,7 +8,6 @@
 
 #include <QHash>
 
-#include <algorithm>
 #include <functional>
 #include <map>
 #include <optional>
@@ -72,13 +72,22 @@ MasterEntry entryOf(const ShippoTransaction &transaction, const BoughtRate &boug
 
 QString statusDisplay(const QString &status)
 {
-    static const std::pair<QString, QString> table[] = {{u"SUCCESS"_s, u"Printed"_s},
-                                                        {u"REFUNDED"_s, u"Refunded"_s},
-                                                        {u"REFUNDPENDING"_s, u"Refund Pending"_s},
-                                                        {u"QUEUED"_s, u"Processing"_s},
-                                                        {u"WAITING"_s, u"Processing"_s}};
-    const auto *known = std::ranges::find(table, status.toUpper(), &std::pair<QString, QString>::first);
-    return known == std::end(table) ? status : known->second;
+    switch (transactionStatusFrom(status)) {
+    case TransactionStatus::success:
+        return u"Printed"_s;
+    case TransactionStatus::refunded:
+        return u"Refunded"_s;
+    case TransactionStatus::refundPending:
+        return u"Refund Pending"_s;
+    case TransactionStatus::queued:
+    case TransactionStatus::waiting:
+        return u"Processing"_s;
+    case TransactionStatus::unknown:
+    case TransactionStatus::error:
+    case TransactionStatus::refundRejected:
+        break;
+    }
+    return status;
 }
 
 QList<MasterEntry> masterEntries(const QList<ShippoTransaction> &transactions,
@@ -89,7 +98,7 @@ QList<MasterEntry> masterEntries(const QList<ShippoTransaction> &transactions,
     std::multimap<QDateTime, MasterEntry, std::greater<>> byDate; // equal times keep the carrier's order
     for (const ShippoTransaction &transaction : transactions) {
         const std::optional<QDateTime> date = parseIso(transaction.objectCreated.value_or(QString()));
-        if (transaction.status == u"ERROR" || !date || *date < start || *date >= end)
+        if (transactionStatus(transaction) == TransactionStatus::error || !date || *date < start || *date >= end)
             continue;
         MasterEntry entry = entryOf(transaction, rates.value(transaction.rate.value_or(QString())));
         entry.date = date->toLocalTime();

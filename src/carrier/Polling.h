@@ -1,11 +1,8 @@
 #pragma once
 
+#include "carrier/CarrierWords.h"
 #include "core/Task.h"
 #include "core/ports/Clock.h"
-
-#include <QString>
-
-#include <optional>
 
 namespace parcelory {
 
@@ -13,16 +10,11 @@ namespace parcelory {
 constexpr auto pollInterval = std::chrono::milliseconds(1500);
 constexpr int maxPolls = 10;
 
-inline bool isPending(const std::optional<QString> &status)
-{
-    return status == QStringLiteral("QUEUED") || status == QStringLiteral("WAITING");
-}
-
 /// Requests a record with `fetch` until the carrier has finished it; after `maxPolls` the record may still be pending.
 template <class Record, class Fetch>
 Task<Record> pollWhilePending(Clock &clock, Record record, Fetch fetch)
 {
-    for (int poll = 0; poll < maxPolls && isPending(record.status); ++poll) {
+    for (int poll = 0; poll < maxPolls && isPending(record); ++poll) {
         co_await clock.sleep(pollInterval);
         record = co_await fetch();
     }

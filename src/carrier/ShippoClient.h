@@ -22,9 +22,11 @@ class ShippoClient {
 public:
     /// How long a request without a response may still reach the carrier.
     static constexpr auto arrivalTime = std::chrono::seconds(60);
-    static bool mayStillArrive(const QDateTime &askedAt, const QDateTime &now)
+    /// True if a request that was given up at `since` may still reach the carrier. Both times are steady times: setting
+    /// the clock must neither end nor prolong the wait.
+    static bool mayStillArrive(const QDateTime &since, const QDateTime &now)
     {
-        return std::abs(askedAt.secsTo(now)) <= arrivalTime.count(); // a clock that was set back must not prolong it
+        return since.secsTo(now) <= arrivalTime.count();
     }
 
     ShippoClient(Platform &platform, ShippoKeys &keys);
@@ -50,7 +52,8 @@ public:
     Task<ShippoTrackStatus> track(QString carrier, QString trackingNumber);
     /// The carrier accounts that labels are bought on; one page of a hundred.
     Task<QList<ShippoCarrierAccount>> carrierAccounts();
-    /// Creates the SCAN form of the day's labels. Throws ShippoError if it fails or is unfinished after the last poll.
+    /// Creates the SCAN form of the day's labels. Throws ShippoError if it fails, and Unconfirmed if a poll fails or
+    /// the form is unfinished after the last poll.
     Task<ShippoManifest> createManifest(QString carrierAccount, ShippoAddress from, QDateTime date);
     /// The current state of a SCAN form. Throws ShippoError if it is not finished after the last poll.
     Task<ShippoManifest> manifest(QString id);

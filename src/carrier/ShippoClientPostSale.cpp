@@ -1,9 +1,11 @@
 #include "carrier/CarrierAnswer.h"
+#include "carrier/CarrierWords.h"
 #include "carrier/MasterEntry.h"
 #include "carrier/RequestBodies.h"
 #include "carrier/ShippoClient.h"
 #include "carrier/ShippoError.h"
 #include "carrier/ShippoRecords.h"
+#include "core/AppError.h"
 #include "core/Json.h"
 #include "core/ShippoAddress.h"
 #include "core/Task.h"
@@ -64,8 +66,12 @@ Task<ShippoManifest> ShippoClient::createManifest(QString carrierAccount, Shippo
                        {"async", false}};
     const QByteArray created = co_await request(u"manifests/"_s, "POST", dumpJson(body));
     auto manifest = decodeAnswer<ShippoManifest>(created);
-    manifest = co_await polled(manifest);
-    if (manifest.status == u"ERROR")
+    try {
+        manifest = co_await polled(manifest);
+    } catch (const AppError &error) {
+        throw Unconfirmed(error.description());
+    }
+    if (manifestStatus(manifest) == ManifestStatus::error)
         throw ShippoError::api(u"Shippo couldn't create the SCAN form — usually this means today's labels were already "
                                "manifested, or the carrier doesn't allow it for these labels."_s);
     co_return manifest;
@@ -78,7 +84,8 @@ Task<ShippoManifest> ShippoClient::polled(ShippoManifest manifest)
         co_return decodeAnswer<ShippoManifest>(co_await request(path));
     };
     manifest = co_await pollWhilePending(m_clock, manifest, fetch);
-    if (manifest.status != u"SUCCESS" && manifest.status != u"ERROR")
+    const ManifestStatus status = manifestStatus(manifest);
+    if (status != ManifestStatus::success && status != ManifestStatus::error)
         throw ShippoError::api(u"Shippo is still generating the SCAN form (status: "_s +
                                manifest.status.value_or(u"unknown"_s) + u"). Try again in a minute."_s);
     co_return manifest;

@@ -1,3 +1,4 @@
+#include "carrier/CarrierWords.h"
 #include "carrier/RequestBodies.h"
 #include "carrier/ShippoClient.h"
 #include "carrier/ShippoError.h"
@@ -67,7 +68,7 @@ Task<ShippoTransaction> ShippoClient::purchase(QString rateId, QString labelFile
     } catch (const AppError &error) {
         throw UnconfirmedPurchase(error.description(), id);
     }
-    if (transaction.status == u"ERROR") {
+    if (transactionStatus(transaction) == TransactionStatus::error) {
         const QString reasons = joinedTexts(transaction.messages);
         throw ShippoError::api(reasons.isEmpty() ? u"Label purchase failed."_s : reasons);
     }

@@ -3,6 +3,7 @@
 #include "core/AppError.h"
 #include "core/Json.h"
 #include "core/Text.h"
+#include "core/ports/HttpTransport.h"
 
 #include <algorithm>
 #include <map>
@@ -66,6 +67,28 @@ ShippoError ShippoError::validation(const QString &message, int status)
 ShippoError ShippoError::noToken()
 {
     return {Kind::noToken, 0, u"No Shippo API token set. Add one in Settings."_s};
+}
+
+RequestFate fateOf(const AppError &error)
+{
+    constexpr int timedOut = 408, conflict = 409; // refusals that leave the outcome open
+    if (dynamic_cast<const NotSent *>(&error))
+        return RequestFate::notSent;
+    const auto *shippo = dynamic_cast<const ShippoError *>(&error);
+    if (!shippo) // no response, or one that cannot be read
+        return RequestFate::unknown;
+    switch (shippo->kind()) {
+    case ShippoError::Kind::noToken:
+        return RequestFate::notSent;
+    case ShippoError::Kind::api:
+        return RequestFate::refused;
+    case ShippoError::Kind::validation:
+        return shippo->status() == timedOut || shippo->status() == conflict ? RequestFate::unknown
+                                                                            : RequestFate::refused;
+    case ShippoError::Kind::http:
+        break;
+    }
+    return RequestFate::unknown;
 }
 
 std::optional<QString> prettyFieldErrors(const QByteArray &body)

@@ -34,11 +34,17 @@ private:
     int m_status;
 };
 
+/// The carrier accepted a request, but its outcome could not be looked up.
+class Unconfirmed : public AppError {
+public:
+    using AppError::AppError;
+};
+
 /// The carrier accepted a purchase, but its outcome could not be looked up. The label may exist.
-class UnconfirmedPurchase : public AppError {
+class UnconfirmedPurchase : public Unconfirmed {
 public:
     UnconfirmedPurchase(QString description, QString transactionId)
-        : AppError(std::move(description)), m_transactionId(std::move(transactionId))
+        : Unconfirmed(std::move(description)), m_transactionId(std::move(transactionId))
     {
     }
 
@@ -47,6 +53,15 @@ public:
 private:
     QString m_transactionId;
 };
+
+/// What is known about a failed request that the carrier carries out once: a purchase, a refund, a SCAN form.
+enum class RequestFate {
+    notSent, ///< the request has not left this computer
+    refused, ///< the carrier has answered that it did nothing
+    unknown, ///< the carrier may have carried it out, or may still do so
+};
+
+RequestFate fateOf(const AppError &error);
 
 /// Up to four readable lines from the response body of a refused request ("address_to zip: Invalid zip"), or nothing if
 /// it holds no text.

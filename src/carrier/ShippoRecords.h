@@ -122,7 +122,7 @@ struct ShippoShipment {
 /// A label purchase. Number and links are empty texts, not absent, until the label exists.
 struct ShippoTransaction {
     QString objectId;
-    QString status; ///< "QUEUED", "WAITING", "SUCCESS", "ERROR" and others
+    QString status; ///< see transactionStatus()
     std::optional<QString> trackingNumber;
     std::optional<QString> trackingUrlProvider; ///< the carrier's tracking page
     std::optional<QString> labelUrl;
@@ -190,7 +190,7 @@ struct ShippoValidatedAddress {
 
 struct ShippoRefund {
     std::optional<QString> objectId;
-    std::optional<QString> status;
+    std::optional<QString> status; ///< see refundAnswer()
 
     static constexpr auto fields()
     {
@@ -228,7 +228,7 @@ struct ShippoTrackStatus {
 /// A SCAN form: one sheet that the carrier scans for all of the day's labels.
 struct ShippoManifest {
     QString objectId;
-    std::optional<QString> status;           ///< "QUEUED", "WAITING", "SUCCESS", "ERROR"
+    std::optional<QString> status;           ///< see manifestStatus()
     std::optional<QList<QString>> documents; ///< addresses of the form's PDF pages
     std::optional<QList<QString>> transactions;
     std::optional<QString> objectCreated;

@@ -10,8 +10,10 @@ QSet<QString> digitTokens(const QString &street1, const QString &street2)
     QString token;
     bool hasDigit = false;
     // A trailing blank ends the last token like any other.
-    for (const QChar c : QString(street1 + u' ' + street2 + u' ').toUpper()) {
-        if (c.isLetter() || c.isDigit()) {
+    const QString text = QString(street1 + u' ' + street2 + u' ').toUpper();
+    for (const QChar c : text.normalized(QString::NormalizationForm_C)) {
+        const bool isAccent = c.isMark() && !token.isEmpty(); // that has no composed letter
+        if (c.isLetter() || c.isDigit() || isAccent) {
             token += c;
             hasDigit = hasDigit || c.isDigit();
             continue;

@@ -117,12 +117,24 @@ bool LabelPrinter::printPDF(const QByteArray &pdf, const QString &queue)
     return true;
 }
 
+ProcessOutcome LabelPrinter::runTool(const QString &tool, const QStringList &arguments)
+{
+    return m_processes.run(tool, arguments, {}, toolLimit);
+}
+
 void LabelPrinter::lpr(const QString &path, const QString &queue, bool raw)
 {
     QStringList arguments = {u"-P"_s, queue};
     if (raw)
         arguments += {u"-o"_s, u"raw"_s};
-    const ProcessOutcome outcome = m_processes.run(lprTool, arguments << path);
+    ProcessOutcome outcome;
+    try {
+        outcome = runTool(lprTool, arguments << path);
+    } catch (const ProcessTimedOut &) {
+        throw SystemError(noAnswer, u"the print system did not answer within %1 seconds; the %2 may still come out"_s
+                                        .arg(toolLimit.count())
+                                        .arg(raw ? u"label"_s : u"document"_s));
+    }
     if (outcome.status != 0)
         throw SystemError(outcome.status, u"lpr failed: "_s + utf8OrEmpty(outcome.err));
 }
@@ -130,7 +142,7 @@ void LabelPrinter::lpr(const QString &path, const QString &queue, bool raw)
 QStringList LabelPrinter::lpstatLines(const QString &option)
 {
     try {
-        const ProcessOutcome outcome = m_processes.run(lpstatTool, {option});
+        const ProcessOutcome outcome = runTool(lpstatTool, {option});
         return utf8OrEmpty(outcome.out).split(u'\n', Qt::SkipEmptyParts);
     } catch (const AppError &) {
         return {};
@@ -161,7 +173,7 @@ QStringList LabelPrinter::zebraQueues()
 bool LabelPrinter::queueIsPaused(const QString &queue)
 {
     try {
-        const ProcessOutcome outcome = m_processes.run(lpstatTool, {u"-p"_s, queue});
+        const ProcessOutcome outcome = runTool(lpstatTool, {u"-p"_s, queue});
         return utf8OrEmpty(outcome.out + outcome.err).toLower().contains(u"disabled"_s);
     } catch (const AppError &) {
         return false;
@@ -173,12 +185,11 @@ PrinterReport LabelPrinter::queueReport(const QString &queue)
     if (queue.isEmpty())
         return {};
     try {
-        const ProcessOutcome outcome =
-            m_processes.run(lpstatTool, {u"-l"_s, u"-p"_s, queue, u"-a"_s, queue, u"-o"_s, queue});
+        const ProcessOutcome outcome = runTool(lpstatTool, {u"-l"_s, u"-p"_s, queue, u"-a"_s, queue, u"-o"_s, queue});
         PrinterReport report = readPrinterReport(outcome.out, outcome.err);
         if (report.trouble != PrinterTrouble::unknownQueue)
             return report;
-        const ProcessOutcome scheduler = m_processes.run(lpstatTool, {u"-r"_s});
+        const ProcessOutcome scheduler = runTool(lpstatTool, {u"-r"_s});
         if (utf8OrEmpty(scheduler.out + scheduler.err).contains(u"not running"_s))
             report.trouble = PrinterTrouble::noPrintSystem;
         return report;
@@ -190,7 +201,7 @@ PrinterReport LabelPrinter::queueReport(const QString &queue)
 void LabelPrinter::tryResume(const QString &queue)
 {
     try {
-        m_processes.run(cupsenableTool, {queue});
+        runTool(cupsenableTool, {queue});
     } catch (const AppError &) {
         // The caller checks afterward whether the queue is still paused.
     }

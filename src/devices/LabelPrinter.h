@@ -2,10 +2,13 @@
 
 #include "core/AppError.h"
 #include "core/Platform.h"
+#include "core/ports/ProcessRunner.h"
 #include "devices/PrinterState.h"
 #include "devices/Zpl.h"
 
 #include <QStringList>
+
+#include <chrono>
 
 namespace parcelory {
 
@@ -13,7 +16,8 @@ namespace parcelory {
 /// child process, so screens call it through onPool. Queue names are CUPS destinations; empty: no queue is chosen.
 class LabelPrinter {
 public:
-    static constexpr int noQueue = 1, pausedQueue = 2, notALabel = 3; ///< codes of SystemError; others are lpr's status
+    static constexpr int noQueue = 1, pausedQueue = 2, notALabel = 3,
+                         noAnswer = 4; ///< codes of SystemError; others are lpr's status
 
     explicit LabelPrinter(Platform &platform);
 
@@ -36,6 +40,10 @@ public:
     bool rotate180() const;
 
 private:
+    /// A print tool that takes longer hangs.
+    static constexpr std::chrono::seconds toolLimit{30};
+
+    ProcessOutcome runTool(const QString &tool, const QStringList &arguments);
     void lpr(const QString &path, const QString &queue, bool raw);
     QStringList lpstatLines(const QString &option);
     void rememberTurned(const QString &queue);

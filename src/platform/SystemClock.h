@@ -2,6 +2,7 @@
 
 #include "core/ports/Clock.h"
 
+#include <QElapsedTimer>
 #include <QTimer>
 
 #include <map>
@@ -11,11 +12,16 @@ namespace parcelory {
 
 class SystemClock : public Clock {
 public:
+    SystemClock() { m_running.start(); }
+
     QDateTime now() const override { return QDateTime::currentDateTime(); }
+    QDateTime steadyNow() const override { return m_started.addMSecs(m_running.elapsed()); }
     quint64 after(Duration delay, std::function<void()> action) override;
     void cancel(quint64 timer) override { m_timers.erase(timer); }
 
 private:
+    const QDateTime m_started = QDateTime::currentDateTime();
+    QElapsedTimer m_running;
     quint64 m_lastTimer = 0;
     std::map<quint64, std::unique_ptr<QTimer, QScopedPointerDeleteLater>> m_timers;
 };

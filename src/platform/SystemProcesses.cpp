@@ -4,7 +4,10 @@
 #include "core/Progress.h"
 #include "core/ports/ProcessRunner.h"
 
+#include <QDeadlineTimer>
 #include <QProcess>
+
+#include <chrono>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;
@@ -22,19 +25,24 @@ QProcessEnvironment pinnedEnvironment()
 }
 
 constexpr int checkInterval = 100; // milliseconds
+constexpr int longestDying = 5000; // milliseconds; a killed process that waits for a dead disk stays for ever
 
-void waitForEnd(QProcess &process, const CancelToken &cancel)
+/// False if the process had to be killed because its time was over.
+bool waitForEnd(QProcess &process, const CancelToken &cancel, const QDeadlineTimer &deadline)
 {
-    while (!cancel.isCanceled() && process.state() != QProcess::NotRunning)
+    while (!cancel.isCanceled() && !deadline.hasExpired() && process.state() != QProcess::NotRunning)
         process.waitForFinished(checkInterval);
-    if (process.state() != QProcess::NotRunning)
-        process.kill();
-    process.waitForFinished(-1);
+    if (process.state() == QProcess::NotRunning)
+        return true;
+    process.kill();
+    process.waitForFinished(longestDying);
+    return cancel.isCanceled();
 }
 
 } // namespace
 
-ProcessOutcome SystemProcesses::run(const QString &program, const QStringList &arguments, const CancelToken &cancel)
+ProcessOutcome SystemProcesses::run(const QString &program, const QStringList &arguments, const CancelToken &cancel,
+                                    std::chrono::milliseconds limit)
 {
     QProcess process;
     process.setProcessEnvironment(pinnedEnvironment());
@@ -42,7 +50,9 @@ ProcessOutcome SystemProcesses::run(const QString &program, const QStringList &a
     process.start(program, arguments);
     if (!process.waitForStarted(-1))
         throw AppError(u"%1 could not be started — %2"_s.arg(program, process.errorString()));
-    waitForEnd(process, cancel);
+    if (!waitForEnd(process, cancel, QDeadlineTimer(limit.count())))
+        throw ProcessTimedOut(u"%1 did not end within %2 seconds."_s.arg(program).arg(
+            std::chrono::duration_cast<std::chrono::seconds>(limit).count()));
     const bool ended = process.exitStatus() == QProcess::NormalExit;
     return {ended ? process.exitCode() : 128 + process.exitCode(), process.readAllStandardOutput(),
             process.readAllStandardError()};

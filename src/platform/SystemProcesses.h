@@ -6,7 +6,8 @@ namespace parcelory {
 
 class SystemProcesses : public ProcessRunner {
 public:
-    ProcessOutcome run(const QString &program, const QStringList &arguments, const CancelToken &cancel = {}) override;
+    ProcessOutcome run(const QString &program, const QStringList &arguments, const CancelToken &cancel = {},
+                       std::chrono::milliseconds limit = noLimit) override;
 };
 
 } // namespace parcelory

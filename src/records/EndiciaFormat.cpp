@@ -3,6 +3,7 @@
 #include "core/Text.h"
 #include "records/EndiciaDates.h"
 #include "records/ShipmentRecord.h"
+#include "records/StatusWords.h"
 
 #include <QStringList>
 
@@ -73,7 +74,8 @@ QString header()
 
 void append(QByteArray &text, const Line &line, EndiciaDates &dates)
 {
-    const bool plainStatus = line.status == "PRINTED" || line.status == "DELIVERED";
+    const std::optional<LogStatus> status = logStatusFrom(line.status);
+    const bool plainStatus = status == LogStatus::printed || status == LogStatus::delivered;
     const QByteArray date = dates.text(line.createdAt).toLatin1(), postage = fixed(line.postage, 2).toLatin1();
     const QByteArray ounces = line.weightOz > 0 ? general(std::round(line.weightOz)).toLatin1() : QByteArray();
     const QByteArrayView fields[] = {plainStatus ? QByteArrayView() : line.status,

@@ -2,6 +2,7 @@
 
 #include "records/ShipmentRecord.h"
 #include "records/ShipmentStatus.h"
+#include "records/StatusWords.h"
 
 #include <algorithm>
 #include <optional>
@@ -14,14 +15,21 @@ namespace {
 /// A warning if the carrier's tracking status shows that the parcel has left the desk; empty for any other status.
 QString journeyText(const ShipmentRecord &record, const LabelFacts &facts)
 {
-    const QString word = record.status == u"DELIVERED" ? record.status : facts.tracked;
-    if (word == u"DELIVERED")
+    const bool isDelivered = logStatusFrom(record.status) == LogStatus::delivered;
+    switch (isDelivered ? TrackingStatus::delivered : facts.tracked) {
+    case TrackingStatus::delivered:
         return u"The carrier has delivered its parcel."_s;
-    if (word == u"TRANSIT")
+    case TrackingStatus::transit:
         return u"Its parcel is on its way already."_s;
-    if (word == u"RETURNED")
+    case TrackingStatus::returned:
         return u"The carrier has returned its parcel to the sender."_s;
-    return word == u"FAILURE" ? u"The carrier reports a problem with its parcel."_s : QString();
+    case TrackingStatus::failure:
+        return u"The carrier reports a problem with its parcel."_s;
+    case TrackingStatus::unknown:
+    case TrackingStatus::preTransit:
+        break;
+    }
+    return {};
 }
 
 QString refundText(LabelUse use, RefundState state)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "records/ShipmentRecord.h"
+#include "records/StatusWords.h"
 
 #include <QStringList>
 
@@ -13,7 +14,7 @@ enum class LabelUse { reprint, refund, checkStatus, scanForm };
 struct LabelFacts {
     QDateTime now;
     std::optional<bool> testKey; ///< whether the active key is a test key; absent if there is no key
-    QString tracked;             ///< the last tracking status, such as "TRANSIT"; empty if never looked up
+    TrackingStatus tracked = TrackingStatus::unknown; ///< when its status was last checked
     int reprints = 0;
     QDateTime lastReprint;               ///< valid if there was a reprint
     std::optional<QDateTime> onScanForm; ///< when the SCAN form that lists the label was made

@@ -1,6 +1,7 @@
 #include "records/LabelHistory.h"
 
 #include "records/ShipmentLogRows.h"
+#include "records/StatusWords.h"
 
 namespace parcelory {
 
@@ -52,7 +53,7 @@ LabelHistory::Past LabelHistory::of(qint64 shipment) const
         Statement tracking(db, "SELECT word FROM label_tracking WHERE shipment_id = ?");
         tracking.bind(1, shipment);
         if (tracking.step())
-            past.tracked = tracking.text(0);
+            past.tracked = trackingStatusFrom(tracking.text(0));
     });
     return past;
 }

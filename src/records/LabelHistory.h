@@ -1,6 +1,7 @@
 #pragma once
 
 #include "records/ShipmentLog.h"
+#include "records/StatusWords.h"
 
 namespace parcelory {
 
@@ -13,8 +14,8 @@ public:
 
     struct Past {
         int reprints = 0;
-        QDateTime lastReprint; ///< valid if there was a reprint
-        QString tracked;       ///< the last tracking status, such as "TRANSIT"; empty if never looked up
+        QDateTime lastReprint;                            ///< valid if there was a reprint
+        TrackingStatus tracked = TrackingStatus::unknown; ///< when its status was last checked
     };
 
     /// `shipment`: the id of a row of the log.

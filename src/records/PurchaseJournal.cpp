@@ -8,7 +8,9 @@
 
 #include <QFile>
 
+#include <chrono>
 #include <mutex>
+#include <utility>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;
@@ -19,8 +21,7 @@ namespace {
 
 /// Takes the lock at once and keeps it: a second program on the same data would resolve purchases that the first
 /// program still has under way.
-constexpr auto schema = "PRAGMA busy_timeout = 0;\n"
-                        "PRAGMA locking_mode = EXCLUSIVE;\n"
+constexpr auto schema = "PRAGMA locking_mode = EXCLUSIVE;\n"
                         "PRAGMA synchronous = FULL;\n"
                         "PRAGMA fullfsync = ON;\n"
                         "BEGIN EXCLUSIVE;\n"
@@ -41,12 +42,6 @@ constexpr auto schema = "PRAGMA busy_timeout = 0;\n"
                         "  asked_at REAL NOT NULL\n"
                         ");\n"
                         "COMMIT;";
-
-QString pathIn(const QDir &folder)
-{
-    folder.mkpath(u"."_s);
-    return folder.filePath(u"purchase_journal.sqlite"_s);
-}
 
 template <class Record>
 QString jsonText(const Record &record)
@@ -69,18 +64,32 @@ OpenPurchase purchaseOf(const Statement &row)
     return purchase;
 }
 
-QString reasonOf(const Database &db)
+QString reasonOf(const Database &db, bool otherOwner)
 {
-    if (db.isLocked())
-        return u"another Parcelory is running, or was when this one was started: quit this one and start it again"_s;
-    return db.lastError();
+    if (!db.isLocked())
+        return db.lastError();
+    return otherOwner ? u"another Parcelory is running"_s : u"another program has the file open"_s;
 }
 
 } // namespace
 
-PurchaseJournal::PurchaseJournal(const QDir &folder) : m_path(pathIn(folder))
+PurchaseJournal::PurchaseJournal(const QDir &folder, std::chrono::milliseconds patience)
+    : m_folder(folder), m_path(folder.filePath(u"purchase_journal.sqlite"_s)), m_patience(patience),
+      m_owner(folder.filePath(u"purchase_journal.lock"_s))
 {
-    Opening opened = open();
+    m_owner.setStaleLockTime(0); // valid as long as its program runs, however long that is
+}
+
+/// The caller holds the lock.
+bool PurchaseJournal::isReady()
+{
+    if (m_db)
+        return true;
+    m_folder.mkpath(u"."_s);
+    // The lock of the database is what keeps a second program out. This file only tells whose lock it is.
+    const bool otherOwner = !m_owner.tryLock(0) && m_owner.error() == QLockFile::LockFailedError;
+    const auto patience = otherOwner ? std::chrono::milliseconds(0) : m_patience; // another Parcelory keeps its lock
+    Opening opened = openFile(patience);
     if (opened == Opening::damaged) {
         const QString aside = m_path + u".damaged-"_s + QDateTime::currentDateTime().toString(u"yyyyMMdd-HHmmss"_s);
         m_db.reset();
@@ -89,35 +98,49 @@ PurchaseJournal::PurchaseJournal(const QDir &folder) : m_path(pathIn(folder))
                 u"The journal of purchases was damaged. It is kept as %1, and a new journal was started. A label whose "
                 "purchase was interrupted may be missing from the mailing log: compare it with the Master Log."_s.arg(
                     aside);
-            opened = open();
+            opened = openFile(patience);
         }
     }
     if (opened == Opening::done)
-        return;
-    qWarning("Parcelory: cannot open the purchase journal at %s", qPrintable(m_path));
-    m_obstacle = m_db ? reasonOf(*m_db) : u"the damaged file cannot be set aside"_s;
+        return true;
+    const QString obstacle = m_db ? reasonOf(*m_db, otherOwner) : u"the damaged file cannot be set aside"_s;
+    if (std::exchange(m_obstacle, obstacle) != obstacle)
+        qWarning("Parcelory: cannot open the purchase journal at %s", qPrintable(m_path));
     m_db.reset();
+    m_owner.unlock();
+    return false;
 }
 
 /// Checks the whole file: otherwise damage further in would be found only when a purchase is recorded, after every
 /// start again.
-PurchaseJournal::Opening PurchaseJournal::open()
+PurchaseJournal::Opening PurchaseJournal::openFile(std::chrono::milliseconds patience)
 {
     m_db.emplace(m_path);
-    if (!m_db->isOpen() || !m_db->exec(schema))
+    const QByteArray script = "PRAGMA busy_timeout = " + QByteArray::number(patience.count()) + ";\n" + schema;
+    if (!m_db->isOpen() || !m_db->exec(script.constData()))
         return m_db->isDamaged() ? Opening::damaged : Opening::refused;
     Statement check(*m_db, "PRAGMA quick_check(1)");
     return check.step() && check.text(0) == u"ok" ? Opening::done : Opening::damaged;
 }
 
+void PurchaseJournal::open()
+{
+    const std::lock_guard turn(m_access);
+    if (!isReady())
+        refuse();
+}
+
 QString PurchaseJournal::failure() const
 {
-    return u"The purchase journal %1 could not be written — %2."_s.arg(m_path, m_db ? reasonOf(*m_db) : m_obstacle);
+    return u"The purchase journal %1 could not be written — %2."_s.arg(m_path, m_db ? m_db->lastError() : m_obstacle);
 }
 
 QString PurchaseJournal::trouble() const
 {
-    return m_db ? m_damage : failure() + u" Until then no label can be bought here."_s;
+    const std::lock_guard turn(m_access);
+    if (m_db || m_obstacle.isEmpty())
+        return m_damage;
+    return failure() + u" Until it can be written, no label can be bought here. Parcelory tries again by itself."_s;
 }
 
 void PurchaseJournal::refuse() const
@@ -129,7 +152,7 @@ void PurchaseJournal::refuse() const
 template <class... Values>
 bool PurchaseJournal::run(const QByteArray &sql, const Values &...values)
 {
-    if (!m_db)
+    if (!isReady())
         return false;
     const bool done = execute(*m_db, sql, values...);
     if (!done)
@@ -168,11 +191,11 @@ bool PurchaseJournal::close(qint64 id)
     return run("DELETE FROM purchases WHERE id = ?", id);
 }
 
-QList<OpenPurchase> PurchaseJournal::openPurchases() const
+QList<OpenPurchase> PurchaseJournal::openPurchases()
 {
     const std::lock_guard turn(m_access);
     QList<OpenPurchase> open;
-    if (!m_db)
+    if (!isReady())
         return open;
     Statement query(*m_db, "SELECT id, asked_at, rate_id, key_name, recipient, keep_recipient, shipment, label, "
                            "customs_pdf, printed FROM purchases ORDER BY id");
@@ -200,11 +223,11 @@ bool PurchaseJournal::closeRefund(const QString &transactionId)
     return run("DELETE FROM refunds WHERE transaction_id = ?", transactionId);
 }
 
-QList<OpenRefund> PurchaseJournal::openRefunds() const
+QList<OpenRefund> PurchaseJournal::openRefunds()
 {
     const std::lock_guard turn(m_access);
     QList<OpenRefund> open;
-    if (!m_db)
+    if (!isReady())
         return open;
     Statement query(*m_db, "SELECT transaction_id, shipment_id, asked_at FROM refunds ORDER BY asked_at");
     while (query.step())

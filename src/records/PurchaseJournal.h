@@ -6,7 +6,9 @@
 
 #include <QDir>
 #include <QList>
+#include <QLockFile>
 
+#include <chrono>
 #include <mutex>
 #include <optional>
 
@@ -35,14 +37,18 @@ struct OpenRefund {
 /// identify a repeated purchase, so without this record a crash could lead to a second purchase of the same label.
 /// Every entry is on the disk when its call returns; an entry is open until the mailing log is complete.
 ///
-/// Stored in purchase_journal.sqlite, which one program at a time locks. May be called from any thread; every call
-/// waits for the disk.
+/// Stored in purchase_journal.sqlite, which one program at a time locks. The first call opens or creates the file; if
+/// that fails, the next call tries again. May be called from any thread; every call waits for the disk, and for up to
+/// `patience` while another program has the file open.
 class PurchaseJournal {
 public:
-    /// Opens or creates the journal in `folder`. Renames a damaged file and starts a new journal.
-    explicit PurchaseJournal(const QDir &folder);
-    /// What the clerk must know at the start: that a damaged file was set aside, or why nothing can be bought; empty if
-    /// there is no problem.
+    explicit PurchaseJournal(const QDir &folder, std::chrono::milliseconds patience = Database::busyTimeout);
+
+    /// Opens or creates the journal. Renames a damaged file and starts a new journal. Throws AppError if that fails:
+    /// then nothing may be bought.
+    void open();
+    /// What the clerk must know after the first call: that a damaged file was set aside, or why nothing can be bought;
+    /// empty if there is no problem.
     QString trouble() const;
 
     /// Records that `purchase` is about to be requested and returns its id. Throws AppError if that could not be
@@ -54,25 +60,29 @@ public:
     /// Deletes a finished entry: the label is in the mailing log, or it was not bought.
     bool close(qint64 id);
     /// All open purchases, oldest first, with their documents.
-    QList<OpenPurchase> openPurchases() const;
+    QList<OpenPurchase> openPurchases();
 
     /// Records that a refund is about to be requested; throws AppError if that could not be stored.
     void beginRefund(const OpenRefund &refund);
     bool closeRefund(const QString &transactionId);
-    QList<OpenRefund> openRefunds() const;
+    QList<OpenRefund> openRefunds();
 
 private:
     enum class Opening { done, damaged, refused };
-    Opening open();
+    bool isReady();
+    Opening openFile(std::chrono::milliseconds patience);
     template <class... Values>
     bool run(const QByteArray &sql, const Values &...values);
     QString failure() const;
     [[noreturn]] void refuse() const;
 
-    QString m_path;
+    const QDir m_folder;
+    const QString m_path;
+    const std::chrono::milliseconds m_patience;
     mutable std::mutex m_access;
+    QLockFile m_owner;            ///< tells other copies of this program who has the journal open
     std::optional<Database> m_db; ///< present only if it can be written
-    QString m_obstacle;           ///< why it cannot be written
+    QString m_obstacle;           ///< why it could not be opened
     QString m_damage;
 };
 

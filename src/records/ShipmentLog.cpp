@@ -3,6 +3,7 @@
 #include "core/Progress.h"
 #include "records/ShipmentLogRows.h"
 #include "records/ShipmentRecord.h"
+#include "records/StatusWords.h"
 
 #include <QSet>
 
@@ -258,11 +259,14 @@ QList<ShipmentRecord> ShipmentLog::openRefunds(const QDateTime &since, int limit
 {
     const std::lock_guard turn(m_connection);
     Statement query(m_db, ShipmentLogRows::select +
-                              QByteArray(" WHERE created_at >= ? AND status IN ('REFUND_REQUESTED', 'REFUND_PENDING')"
+                              QByteArray(" WHERE created_at >= ? AND status IN (?, ?)"
                                          " AND transaction_id <> '' ORDER BY created_at DESC LIMIT ") +
                               QByteArray::number(limit));
-    if (query.isPrepared())
+    if (query.isPrepared()) {
         query.bind(1, ShipmentLogRows::secondsOf(since));
+        query.bind(2, wordOf(LogStatus::refundRequested));
+        query.bind(3, wordOf(LogStatus::refundPending));
+    }
     return ShipmentLogRows::recordsOf(query);
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/RecordField.h"
+#include "records/StatusWords.h"
 
 #include <QByteArray>
 #include <QDateTime>
@@ -11,8 +12,7 @@
 
 namespace parcelory {
 
-/// One label in the mailing log. Status words: "PRINTED", "DELIVERED", "REFUND_PENDING", "REFUND_REQUESTED",
-/// "REFUNDED", "REFUND_ERROR"; an imported row may hold any other word or an empty text.
+/// One label in the mailing log.
 struct ShipmentRecord {
     qint64 id = 0; ///< given by the database
     QDateTime createdAt = QDateTime::currentDateTime();
@@ -29,7 +29,7 @@ struct ShipmentRecord {
     QString reference;
     QString transactionID;
     QString labelURL;
-    QString status = QStringLiteral("PRINTED");
+    QString status = wordOf(LogStatus::printed); ///< an imported row may hold any text; see logStatusFrom()
     bool testMode = false;
     QString zip11;
     QString declaredValue;

@@ -1,43 +1,45 @@
 #include "records/ShipmentStatus.h"
 
 #include "records/ShipmentRecord.h"
+#include "records/StatusWords.h"
 
 #include <QLocale>
 
-#include <algorithm>
-#include <iterator>
+#include <optional>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;
 
-namespace {
-
-struct StatusInfo {
-    QString stored;
-    QString display;
-    RefundState refund = RefundState::none;
-};
-
-const StatusInfo *infoOf(const QString &status)
-{
-    static const QString pending = u"Refund pending (USPS: up to 14 days)"_s;
-    static const StatusInfo table[] = {{u"PRINTED"_s, u"Printed"_s},
-                                       {u"DELIVERED"_s, u"Delivered"_s},
-                                       {u"REFUND_PENDING"_s, pending, RefundState::pending},
-                                       {u"REFUND_REQUESTED"_s, pending, RefundState::pending},
-                                       {u"REFUNDED"_s, u"Refunded"_s, RefundState::granted},
-                                       {u"REFUND_ERROR"_s, u"Refund failed — see Error Log"_s, RefundState::failed},
-                                       {QString(), u"—"_s}};
-    const auto *found = std::ranges::find(table, status, &StatusInfo::stored);
-    return found == std::end(table) ? nullptr : found;
-}
-
-} // namespace
-
 RefundState refundState(const QString &status)
 {
-    const StatusInfo *info = infoOf(status);
-    return info ? info->refund : RefundState::none;
+    switch (logStatusFrom(status).value_or(LogStatus::printed)) {
+    case LogStatus::refundPending:
+    case LogStatus::refundRequested:
+        return RefundState::pending;
+    case LogStatus::refunded:
+        return RefundState::granted;
+    case LogStatus::refundError:
+        return RefundState::failed;
+    case LogStatus::printed:
+    case LogStatus::delivered:
+        break;
+    }
+    return RefundState::none;
+}
+
+QString statusAfter(RefundState refund, const QString &status)
+{
+    switch (refund) {
+    case RefundState::pending:
+        return wordOf(LogStatus::refundPending);
+    case RefundState::granted:
+        return wordOf(LogStatus::refunded);
+    case RefundState::failed: // otherwise every sync asks again, and the clerk waits for money
+        return wordOf(LogStatus::refundError);
+    case RefundState::none:
+        break;
+    }
+    return refundState(status) == RefundState::pending ? wordOf(LogStatus::printed) : status;
 }
 
 QString refundBadge(const QString &status)
@@ -57,8 +59,25 @@ QString refundBadge(const QString &status)
 
 QString friendlyStatus(const QString &status)
 {
-    const StatusInfo *info = infoOf(status);
-    return info ? info->display : status;
+    if (status.isEmpty())
+        return u"—"_s;
+    const std::optional<LogStatus> known = logStatusFrom(status);
+    if (!known)
+        return status;
+    switch (*known) {
+    case LogStatus::printed:
+        return u"Printed"_s;
+    case LogStatus::delivered:
+        return u"Delivered"_s;
+    case LogStatus::refundPending:
+    case LogStatus::refundRequested:
+        return u"Refund pending (USPS: up to 14 days)"_s;
+    case LogStatus::refunded:
+        return u"Refunded"_s;
+    case LogStatus::refundError:
+        return u"Refund failed — see Error Log"_s;
+    }
+    return status;
 }
 
 QString refundRefusal(const ShipmentRecord &record)

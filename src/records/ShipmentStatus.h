@@ -12,6 +12,9 @@ enum class RefundState { none, pending, granted, failed };
 
 RefundState refundState(const QString &status);
 
+/// The status to store in a row with `status` once the carrier has told the state of its refund.
+QString statusAfter(RefundState refund, const QString &status);
+
 /// The badge of a refund in a list, such as "REFUND PENDING"; empty if there is no refund.
 QString refundBadge(const QString &status);
 

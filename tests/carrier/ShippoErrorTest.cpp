@@ -1,9 +1,12 @@
 #include "carrier/ShippoError.h"
+#include "core/AppError.h"
+#include "core/ports/HttpTransport.h"
 #include "support/Printing.h"
 
 #include <gmock/gmock.h>
 
 #include <optional>
+#include <utility>
 
 namespace parcelory::test {
 using namespace Qt::StringLiterals;
@@ -31,6 +34,24 @@ TEST(ShippoError, ShowsOnlyTheStartOfALongServerError)
 {
     const ShippoError error = ShippoError::http(500, QString(1000, u'x'));
     EXPECT_EQ(error.description(), u"Shippo HTTP 500: "_s + QString(300, u'x'));
+}
+
+TEST(ShippoError, TellsWhetherTheRequestMayHaveReachedTheCarrier)
+{
+    const auto fate = [](const AppError &error) { return fateOf(error); };
+    EXPECT_EQ(fate(NotSent(u"no network"_s)), RequestFate::notSent);
+    EXPECT_EQ(fate(ShippoError::noToken()), RequestFate::notSent);
+    EXPECT_EQ(fate(ShippoError::api(u"Label purchase failed."_s)), RequestFate::refused);
+    for (const auto &[status, expected] : {std::pair{400, RequestFate::refused}, std::pair{401, RequestFate::refused},
+                                           std::pair{408, RequestFate::unknown}, std::pair{409, RequestFate::unknown},
+                                           std::pair{422, RequestFate::refused}, std::pair{429, RequestFate::refused}})
+        EXPECT_EQ(fate(ShippoError::validation({}, status)), expected) << status;
+    for (const int status : {0, 302, 500, 503})
+        EXPECT_EQ(fate(ShippoError::http(status, {})), RequestFate::unknown) << status;
+    EXPECT_EQ(fate(AppError(u"timeout"_s)), RequestFate::unknown);
+    EXPECT_EQ(fate(DecodeError(u"status"_s)), RequestFate::unknown);
+    EXPECT_EQ(fate(Unconfirmed(u"detail: Not found."_s)), RequestFate::unknown);
+    EXPECT_EQ(fate(UnconfirmedPurchase(u"detail: Not found."_s, u"1"_s)), RequestFate::unknown);
 }
 
 } // namespace parcelory::test

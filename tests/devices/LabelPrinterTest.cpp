@@ -9,6 +9,7 @@
 #include <QFileInfo>
 #include <QRegularExpression>
 
+#include <chrono>
 #include <functional>
 #include <utility>
 
@@ -44,6 +45,8 @@ protected:
             const QString tool = QFileInfo(program).fileName();
             if (unstartable.contains(tool))
                 throw AppError(tool + u" could not be started"_s);
+            if (hangs)
+                throw ProcessTimedOut(tool);
             if (tool == u"lpr")
                 handedOver = QFileInfo(arguments.last()).permissions();
             return tool == u"lpr"                           ? lpr
@@ -71,6 +74,7 @@ protected:
     ProcessOutcome lpr;
     QList<ProcessOutcome> lpstat; ///< its outputs in order, then empty output
     QStringList unstartable;
+    bool hangs = false; ///< no tool ends
     QFile::Permissions handedOver;
 };
 
@@ -188,6 +192,23 @@ TEST_F(LabelPrinterTest, ReportsWhyAJobWasRejectedAndStillDeletesTheFile)
     unstartable = {u"lpr"_s};
     EXPECT_EQ(failureOf([this] { printer.printZPL("^XA^XZ", u"Zebra"_s); }), Failure(0, u"lpr could not be started"_s));
     EXPECT_TRUE(leftovers().isEmpty());
+}
+
+TEST_F(LabelPrinterTest, WaitsThirtySecondsForAPrintSystemThatDoesNotAnswer)
+{
+    hangs = true;
+    EXPECT_EQ(failureOf([this] { printer.printZPL("^XA^XZ", u"Zebra"_s); }),
+              Failure(LabelPrinter::noAnswer,
+                      u"the print system did not answer within 30 seconds; the label may still come out"_s));
+    EXPECT_EQ(failureOf([this] { printer.printPDF("%PDF", u"Laser"_s); }),
+              Failure(LabelPrinter::noAnswer,
+                      u"the print system did not answer within 30 seconds; the document may still come out"_s));
+    EXPECT_TRUE(leftovers().isEmpty());
+    EXPECT_TRUE(printer.queues().isEmpty());
+    EXPECT_FALSE(printer.queueReport(u"Zebra"_s).readable);
+    printer.tryResume(u"Zebra"_s);
+    for (const auto &call : world.processes.calls())
+        EXPECT_EQ(call.limit, std::chrono::seconds(30)) << call.program.toStdString();
 }
 
 TEST_F(LabelPrinterTest, WorksWithoutTheToolThatDescribesQueues)

@@ -80,6 +80,9 @@ TEST(SystemProcesses, ReportsStatusAndBothChannelsWhole)
     EXPECT_EQ(much.err.size(), 500'000);
     EXPECT_EQ(SystemProcesses().run(u"/bin/echo"_s, {u"a  b; $HOME *"_s}).out, "a  b; $HOME *\n");
     EXPECT_THROW(SystemProcesses().run(u"/nowhere/lpr"_s, {}), AppError);
+    EXPECT_THROW(SystemProcesses().run(u"/bin/sleep"_s, {u"3600"_s}, {}, std::chrono::milliseconds(50)),
+                 ProcessTimedOut);
+    EXPECT_EQ(SystemProcesses().run(u"/bin/echo"_s, {u"a"_s}, {}, std::chrono::hours(1)).out, "a\n");
 }
 
 TEST(SystemApplication, QuitsEvenWhenTheMainThreadHangs)

@@ -29,7 +29,7 @@ Trait status(const char *word, int reprint, int refund, int scanForm)
 
 Trait tracked(const char *word, int doubts)
 {
-    const auto apply = [word](ShipmentRecord &, LabelFacts &f) { f.tracked = QString::fromLatin1(word); };
+    const auto apply = [word](ShipmentRecord &, LabelFacts &f) { f.tracked = trackingStatusFrom(word); };
     return {word, apply, doubts, doubts, doubts};
 }
 
@@ -117,7 +117,7 @@ TEST(LabelChecks, WarnsOnceForEveryReasonAndNeverOfAFreshLabel)
     EXPECT_EQ(combinations, 7 * 7 * 5 * 5 * 2 * 2 * 2 * 3);
     // The log's status is enough; an earlier tracking status is not a second reason.
     EXPECT_EQ(labelWarnings(LabelUse::reprint, {.createdAt = now, .status = u"DELIVERED"_s},
-                            {.now = now, .tracked = u"TRANSIT"_s}),
+                            {.now = now, .tracked = TrackingStatus::transit}),
               QStringList(u"The carrier has delivered its parcel."_s));
 }
 

@@ -9,9 +9,10 @@ namespace parcelory::test {
 /// Time that advances only when the test says so.
 class FakeClock : public Clock {
 public:
-    QDateTime start{QDate(2026, 11, 20), QTime(14, 41)};
+    QDateTime start{QDate(2026, 11, 20), QTime(14, 41)}; ///< changed by a test that sets the clock
 
     QDateTime now() const override { return start.addMSecs(m_elapsed.count()); }
+    QDateTime steadyNow() const override { return m_steadyStart.addMSecs(m_elapsed.count()); }
     quint64 after(Duration delay, std::function<void()> action) override
     {
         m_due.emplace(m_elapsed + delay, std::pair{++m_timers, std::move(action)});
@@ -42,6 +43,7 @@ public:
     Duration elapsed() const { return m_elapsed; }
 
 private:
+    const QDateTime m_steadyStart = start;
     Duration m_elapsed{0};
     quint64 m_timers = 0;
     std::multimap<Duration, std::pair<quint64, std::function<void()>>> m_due;

@@ -12,9 +12,10 @@
 namespace parcelory::test {
 using namespace Qt::StringLiterals;
 
-ProcessOutcome FakeProcesses::run(const QString &program, const QStringList &arguments, const CancelToken &cancel)
+ProcessOutcome FakeProcesses::run(const QString &program, const QStringList &arguments, const CancelToken &cancel,
+                                  std::chrono::milliseconds limit)
 {
-    Call call{program, arguments, {}};
+    Call call{program, arguments, {}, limit};
     if (QFile file(arguments.value(arguments.size() - 1)); file.open(QIODevice::ReadOnly))
         call.file = file.readAll();
     {
@@ -22,7 +23,7 @@ ProcessOutcome FakeProcesses::run(const QString &program, const QStringList &arg
         m_calls.append(call);
     }
     if (real)
-        return real->run(program, arguments, cancel);
+        return real->run(program, arguments, cancel, limit);
     return behave ? behave(program, arguments) : ProcessOutcome{};
 }
 

@@ -93,8 +93,10 @@ public:
         QString program;
         QStringList arguments;
         QByteArray file; ///< contents of the file that the last argument names
+        std::chrono::milliseconds limit;
     };
-    ProcessOutcome run(const QString &program, const QStringList &arguments, const CancelToken &cancel = {}) override;
+    ProcessOutcome run(const QString &program, const QStringList &arguments, const CancelToken &cancel = {},
+                       std::chrono::milliseconds limit = noLimit) override;
 
     QList<Call> calls() const
     {

@@ -63,7 +63,12 @@ std::optional<LabelDraft::Obstacle> LabelDraft::obstacle() const
         if (!isPositive(dimHeight))
             return Obstacle{text, DraftField::height};
     }
-    if (isInternational() && !isPositive(customs.value().value))
+    const QString declared = customs.value().value.trimmed();
+    if (isInternational() && !declared.isEmpty() && !decimal(declared))
+        return Obstacle{u"The declared value is not a plain number — type it in dollars without commas, for example "
+                        "1860.00."_s,
+                        DraftField::declaredValue};
+    if (isInternational() && !isPositive(declared))
         return Obstacle{u"Enter the declared value in the Customs Declaration to rate an international shipment."_s,
                         DraftField::declaredValue};
     if (isInternational() && !isBlankOrCount(customs.value().quantity))
@@ -88,9 +93,9 @@ ShippoAddress LabelDraft::senderForCarrier() const
 {
     ShippoAddress from = sender().value_or(SenderProfile{}).address;
     const Deployment &company = m_app.platform.deployment;
-    if (from.email.isEmpty())
+    if (from.email.trimmed().isEmpty())
         from.email = read(m_app.platform.preferences, settings::senderFallbackEmail, company.fallbackEmail);
-    if (from.phone.isEmpty())
+    if (from.phone.trimmed().isEmpty())
         from.phone = read(m_app.platform.preferences, settings::senderFallbackPhone, company.fallbackPhone);
     return from;
 }

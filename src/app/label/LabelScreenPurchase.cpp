@@ -15,7 +15,6 @@
 #include "core/StaleCheck.h"
 #include "core/Task.h"
 #include "core/Text.h"
-#include "core/ports/HttpTransport.h"
 #include "devices/Zpl.h"
 #include "records/ShipmentLog.h"
 #include "records/ShipmentRecord.h"
@@ -37,16 +36,6 @@ QString recipientLine(const ShippoAddress &to, bool international)
 {
     const QString country = international ? CountryCode::alpha2(to.country) : QString();
     return joinPresent({to.name, to.company, to.oneLine(), country}, u", "_s).simplified();
-}
-
-/// True if the carrier may have sold the label although no response confirmed it.
-bool outcomeUnknown(const AppError &error)
-{
-    constexpr int timedOut = 408, conflict = 409; // statuses that leave the outcome open
-    if (const auto *shippo = dynamic_cast<const ShippoError *>(&error))
-        return shippo->kind() == ShippoError::Kind::http || shippo->status() == timedOut ||
-               shippo->status() == conflict;
-    return !dynamic_cast<const NotSent *>(&error);
 }
 
 } // namespace
@@ -226,7 +215,7 @@ Task<> LabelScreen::buy(Purchase purchase)
         entry.record.customsPDF = drawn.document;
     }
     try {
-        entry.id = co_await purchases.flow().begin(entry);
+        entry.id = co_await purchases.begin(entry);
     } catch (const AppError &error) {
         fail(u"Buy Label"_s, error);
         co_return;
@@ -236,7 +225,7 @@ Task<> LabelScreen::buy(Purchase purchase)
     try {
         bought = co_await m_app.shippo.purchase(entry.rateId, u"ZPLII"_s, tag);
     } catch (const AppError &error) {
-        if (outcomeUnknown(error))
+        if (fateOf(error) == RequestFate::unknown)
             doubt = error.description();
         else
             fail(u"Buy Label"_s, error);
@@ -259,7 +248,8 @@ Task<std::optional<ShippoTransaction>> LabelScreen::lookForLabel(Purchase purcha
     constexpr int looks = 3;
     constexpr auto pause = std::chrono::seconds(2);
     const OpenPurchase &entry = purchase.entry;
-    const QDateTime since = m_app.platform.clock.now(); // the request may have taken longer than that
+    // Not askedAt: the response may have failed only after a minute.
+    const QDateTime since = m_app.platform.clock.steadyNow();
     clearRates(); // buying again requires new rates, and thereby a moment's thought
     warn(doubt + u" Asking the carrier whether the label was bought…"_s);
     co_await purchases.flow().save(entry);

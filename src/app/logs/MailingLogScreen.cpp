@@ -12,6 +12,7 @@
 #include "records/LabelHistory.h"
 #include "records/ShipmentLog.h"
 #include "records/ShipmentRecord.h"
+#include "records/StatusWords.h"
 #include "shell/ErrorLog.h"
 
 #include <QScopeGuard>
@@ -154,11 +155,11 @@ Task<> MailingLogScreen::checkStatus(ShipmentRecord record)
     try {
         const ShippoTrackStatus track = co_await m_app.shippo.track(carrier, record.tracking);
         const auto status = track.trackingStatus.value_or(ShippoTrackStatus::TrackingStatus{});
-        const QString word = status.status.value_or(u"UNKNOWN"_s);
+        const QString word = status.status.value_or(wordOf(TrackingStatus::unknown));
         message = joinPresent({word, status.statusDetails.value_or(QString())}, u": "_s);
         co_await onPool(m_app.labelHistory, &LabelHistory::setTracked, record.id, word, m_app.platform.clock.now());
-        if (word == u"DELIVERED")
-            co_await storeStatus(record.id, word);
+        if (trackingStatusFrom(word) == TrackingStatus::delivered)
+            co_await storeStatus(record.id, wordOf(LogStatus::delivered));
     } catch (const AppError &error) {
         message = error.description();
         m_app.errors.record(u"Check Status"_s, error, Popup::yes);

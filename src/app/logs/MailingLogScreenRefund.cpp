@@ -1,4 +1,7 @@
 #include "app/logs/MailingLogScreen.h"
+#include "app/purchase/CarrierRefund.h"
+#include "carrier/CarrierWords.h"
+#include "carrier/ShippoError.h"
 #include "carrier/ShippoRecords.h"
 #include "core/AppError.h"
 #include "core/Task.h"
@@ -11,6 +14,7 @@
 #include "app/purchase/ReprintCheck.h"
 #include "core/Text.h"
 #include "records/ShipmentStatus.h"
+#include "records/StatusWords.h"
 
 #include <QScopeGuard>
 
@@ -32,14 +36,6 @@ Question confirmation(const ShipmentRecord &record, const QStringList &doubts)
                                                          warningLines(doubts), approval),
             .choices = {u"Keep the Label"_s, u"Request Refund"_s},
             .safeChoice = 0};
-}
-
-/// The log's status for the carrier's refund response.
-QString statusAfter(const QString &answer)
-{
-    if (answer == u"SUCCESS")
-        return u"REFUNDED"_s;
-    return answer == u"ERROR" ? u"REFUND_ERROR"_s : u"REFUND_PENDING"_s;
 }
 
 } // namespace
@@ -94,7 +90,7 @@ Task<bool> MailingLogScreen::noteRefund(ShipmentRecord record)
         m_app.errors.record(u"Refund"_s, error, Popup::no);
         co_return false;
     }
-    const bool marked = co_await storeStatus(record.id, u"REFUND_PENDING"_s);
+    const bool marked = co_await storeStatus(record.id, wordOf(LogStatus::refundPending));
     if (!marked) {
         message = message + u" No refund was requested."_s;
         co_await closeRefund(record.transactionID);
@@ -111,46 +107,48 @@ Task<> MailingLogScreen::closeRefund(QString transactionId)
 /// the status.
 Task<bool> MailingLogScreen::carrierWasAsked(ShipmentRecord record)
 {
-    QString status;
+    std::optional<RefundState> refund;
     try {
         const ShippoTransaction transaction = co_await m_app.shippo.transaction(record.transactionID);
-        status = transaction.status;
+        refund = refundStateOf(transactionStatus(transaction));
     } catch (const AppError &error) {
         message = error.description();
         co_return true;
     }
-    if (status == u"SUCCESS")
+    if (refund == RefundState::none)
         co_return false;
-    const bool decided = status == u"REFUNDED" || status == u"REFUNDREJECTED";
-    if (decided)
-        co_await storeStatus(record.id, status == u"REFUNDED" ? u"REFUNDED"_s : u"REFUND_ERROR"_s);
-    message = status == u"REFUNDED"         ? u"Refunded."_s
-              : status == u"REFUNDREJECTED" ? u"The carrier has refused the refund of this label."_s
-                                            : u"The carrier already has this refund"_s + approval;
+    if (refund == RefundState::granted || refund == RefundState::failed)
+        co_await storeStatus(record.id, statusAfter(*refund, record.status));
+    message = refund == RefundState::granted  ? u"Refunded."_s
+              : refund == RefundState::failed ? u"The carrier has refused the refund of this label."_s
+                                              : u"The carrier already has this refund"_s + approval;
     co_return true;
 }
 
 Task<> MailingLogScreen::requestRefund(ShipmentRecord record)
 {
     message = u"Requesting refund…"_s;
-    QString status = u"REFUND_ERROR"_s, outcome;
-    bool answered = false;
+    RefundState refund = RefundState::failed;
+    QString outcome;
+    bool isSettled = false; // otherwise the next sync asks the carrier
     try {
         const ShippoRefund answer = co_await m_app.shippo.refund(record.transactionID);
-        const QString word = answer.status.value_or(QString()).toUpper();
-        answered = true;
-        status = statusAfter(word);
-        outcome = word == u"SUCCESS" ? u"Refunded."_s
-                                     : u"Refund "_s + (word.isEmpty() ? u"requested"_s : word.toLower()) + approval;
-        if (word == u"ERROR") // the row's status refers the clerk to the error log
+        const QString word = answer.status.value_or(QString()).toLower();
+        isSettled = true;
+        refund = refundStateOf(refundAnswer(answer));
+        outcome = refund == RefundState::granted ? u"Refunded."_s
+                                                 : u"Refund "_s + (word.isEmpty() ? u"requested"_s : word) + approval;
+        if (refund == RefundState::failed) // the row's status refers the clerk to the error log
             m_app.errors.record(u"Refund"_s, AppError(refundRefusal(record)), Popup::no);
     } catch (const AppError &error) {
+        // After a refusal, the sync asks, too: the refund may have been requested elsewhere.
+        isSettled = fateOf(error) == RequestFate::notSent;
         outcome = error.description();
         m_app.errors.record(u"Refund"_s, error, Popup::yes);
     }
-    const bool stored = co_await storeStatus(record.id, status);
+    const bool stored = co_await storeStatus(record.id, statusAfter(refund, record.status));
     message = stored ? outcome : outcome + u' ' + message;
-    if (answered && stored) // otherwise the carrier may have the refund: the next sync asks
+    if (isSettled && stored)
         co_await closeRefund(record.transactionID);
 }
 

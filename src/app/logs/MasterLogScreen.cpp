@@ -3,6 +3,7 @@
 #include "app/AppState.h"
 #include "app/logs/SaveFile.h"
 #include "app/logs/TrackPage.h"
+#include "carrier/CarrierWords.h"
 #include "carrier/MasterEntry.h"
 #include "carrier/PagedList.h"
 #include "core/AppError.h"
@@ -27,7 +28,7 @@ namespace {
 
 bool counts(const MasterEntry &entry)
 {
-    return entry.status.toUpper() == u"SUCCESS";
+    return transactionStatusFrom(entry.status) == TransactionStatus::success;
 }
 
 /// What the totals leave out; empty if they are complete.

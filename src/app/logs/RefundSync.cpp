@@ -2,6 +2,8 @@
 
 #include "records/ShipmentStatus.h"
 
+#include "app/purchase/CarrierRefund.h"
+#include "carrier/CarrierWords.h"
 #include "carrier/ShippoRecords.h"
 #include "core/AppError.h"
 #include "core/Task.h"
@@ -58,45 +60,39 @@ Task<bool> RefundSync::run()
     co_return true;
 }
 
-Task<RefundSync::Refund> RefundSync::askCarrier(QString transactionId)
+/// Absent if the carrier cannot be asked, or if its answer does not tell; the next sync asks again.
+Task<std::optional<RefundState>> RefundSync::askCarrier(QString transactionId)
 {
-    QString status;
+    std::optional<RefundState> refund;
     try {
         const ShippoTransaction transaction = co_await m_app.shippo.transaction(transactionId);
-        status = transaction.status;
-    } catch (const AppError &) { // the next sync asks again
+        refund = refundStateOf(transactionStatus(transaction));
+    } catch (const AppError &) {
     }
-    if (status == u"REFUNDED")
-        co_return Refund::granted;
-    if (status == u"REFUNDREJECTED")
-        co_return Refund::rejected;
-    if (status == u"REFUNDPENDING")
-        co_return Refund::pending;
-    co_return status == u"SUCCESS" ? Refund::none : Refund::unknown;
+    co_return refund;
 }
 
 /// Updates the log if the carrier has decided. True if the log is updated.
 Task<bool> RefundSync::settle(ShipmentRecord record)
 {
-    const Refund refund = co_await askCarrier(record.transactionID);
-    if (refund != Refund::granted && refund != Refund::rejected)
+    const std::optional<RefundState> refund = co_await askCarrier(record.transactionID);
+    if (refund != RefundState::granted && refund != RefundState::failed)
         co_return false;
-    co_return co_await store(record, refund);
+    co_return co_await store(record, *refund);
 }
 
 /// Settles a refund whose response was lost because the program ended or the connection broke. True if log and journal
 /// are up to date now.
 Task<bool> RefundSync::settleLost(OpenRefund refund)
 {
-    const Refund found = co_await askCarrier(refund.transactionId);
-    const bool mayStillCome = ShippoClient::mayStillArrive(refund.askedAt, m_app.platform.clock.now());
-    if (found == Refund::unknown || (found == Refund::none && mayStillCome) ||
-        m_app.refundsUnderWay.contains(refund.transactionId))
+    const std::optional<RefundState> found = co_await askCarrier(refund.transactionId);
+    const bool mayStillCome = m_arrivals.mayStillArrive(refund.transactionId, refund.askedAt);
+    if (!found || (found == RefundState::none && mayStillCome) || m_app.refundsUnderWay.contains(refund.transactionId))
         co_return false;
     const std::optional<ShipmentRecord> row =
         co_await onPool([this, id = refund.shipmentId] { return m_app.log.find({.id = id}); });
     if (row) {
-        const bool stored = co_await store(*row, found);
+        const bool stored = co_await store(*row, *found);
         if (!stored)
             co_return false;
     }
@@ -105,18 +101,10 @@ Task<bool> RefundSync::settleLost(OpenRefund refund)
 }
 
 /// Writes a refund's outcome into the log; false if the log cannot be written.
-Task<bool> RefundSync::store(ShipmentRecord record, Refund refund)
+Task<bool> RefundSync::store(ShipmentRecord record, RefundState refund)
 {
     const RefundState shown = refundState(record.status);
-    QString status = record.status;
-    if (refund == Refund::granted)
-        status = u"REFUNDED"_s;
-    else if (refund == Refund::pending)
-        status = u"REFUND_PENDING"_s;
-    else if (refund == Refund::rejected) // otherwise every sync asks again, and the clerk waits for money
-        status = u"REFUND_ERROR"_s;
-    else if (shown == RefundState::pending)
-        status = u"PRINTED"_s;
+    const QString status = statusAfter(refund, record.status);
     if (status != record.status) {
         const bool stored = co_await onPool(m_app.log, &ShipmentLog::setStatus, record.id, status);
         if (!stored)
@@ -124,9 +112,9 @@ Task<bool> RefundSync::store(ShipmentRecord record, Refund refund)
     }
     if (shown == RefundState::failed) // already in the error log
         co_return true;
-    if (refund == Refund::rejected)
+    if (refund == RefundState::failed)
         m_app.errors.record(u"Refund"_s, AppError(refundRefusal(record)), Popup::no);
-    else if (refund == Refund::none)
+    else if (refund == RefundState::none)
         m_app.errors.record(u"Refund"_s, neverAsked(record), Popup::no);
     co_return true;
 }

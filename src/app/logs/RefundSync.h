@@ -1,6 +1,10 @@
 #pragma once
 
 #include "app/AppState.h"
+#include "carrier/ArrivalWatch.h"
+#include "records/ShipmentStatus.h"
+
+#include <optional>
 
 namespace parcelory {
 
@@ -8,21 +12,20 @@ namespace parcelory {
 /// all. Writes the outcome into the mailing log.
 class RefundSync {
 public:
-    explicit RefundSync(AppState &app) : m_app(app) {}
+    explicit RefundSync(AppState &app) : m_app(app), m_arrivals(app.platform.clock) {}
 
     /// Asks the carrier, at most once a minute. False when it did not ask because the last run was less than a minute
     /// ago.
     Task<bool> run();
 
 private:
-    enum class Refund { unknown, none, pending, granted, rejected };
-
-    Task<Refund> askCarrier(QString transactionId);
+    Task<std::optional<RefundState>> askCarrier(QString transactionId);
     Task<bool> settle(ShipmentRecord record);
     Task<bool> settleLost(OpenRefund refund);
-    Task<bool> store(ShipmentRecord record, Refund refund);
+    Task<bool> store(ShipmentRecord record, RefundState refund);
 
     AppState &m_app;
+    ArrivalWatch m_arrivals;
 };
 
 } // namespace parcelory

@@ -1,12 +1,15 @@
 #include "app/purchase/PurchaseFlow.h"
 
+#include "app/purchase/CarrierRefund.h"
 #include "app/purchase/LabelPrinting.h"
 #include "app/purchase/PurchaseTexts.h"
+#include "carrier/CarrierWords.h"
 #include "carrier/ShippoRecords.h"
 #include "compose/Services.h"
 #include "core/AppError.h"
 #include "core/Task.h"
 #include "devices/Zpl.h"
+#include "records/ShipmentStatus.h"
 #include "shell/ErrorLog.h"
 
 #include <utility>
@@ -24,10 +27,8 @@ void applyTransaction(ShipmentRecord &record, const ShippoTransaction &transacti
     record.trackingURL = transaction.trackingUrlProvider.value_or(QString());
     record.labelURL = transaction.labelUrl.value_or(QString());
     record.customsDocURL = transaction.commercialInvoiceUrl.value_or(QString());
-    if (transaction.status == u"REFUNDED")
-        record.status = u"REFUNDED"_s;
-    else if (transaction.status == u"REFUNDPENDING")
-        record.status = u"REFUND_PENDING"_s;
+    if (const std::optional<RefundState> refund = refundStateOf(transactionStatus(transaction)))
+        record.status = statusAfter(*refund, record.status);
 }
 
 } // namespace
@@ -145,6 +146,8 @@ Task<bool> PurchaseFlow::log(OpenPurchase purchase)
         m_app.errors.record(u"Mailing Log"_s, PurchaseTexts::notLoggedError(purchase.record, outcome.reason),
                             Popup::yes);
     }
+    if (outcome.stored && refundState(purchase.record.status) == RefundState::failed) // the row refers to the error log
+        m_app.errors.record(u"Refund"_s, AppError(refundRefusal(purchase.record)), Popup::no);
     co_return outcome.stored;
 }
 

@@ -43,8 +43,7 @@ class PurchaseFlow {
 public:
     explicit PurchaseFlow(AppState &app) : m_app(app), m_papers(app) {}
 
-    /// Records in the journal that `purchase` is about to be requested; returns the journal's id. Throws AppError if
-    /// the journal cannot be written; nothing may be bought then.
+    /// Throws AppError if the journal cannot be written.
     Task<qint64> begin(OpenPurchase purchase);
     Task<> save(OpenPurchase purchase);
     Task<> close(qint64 id);

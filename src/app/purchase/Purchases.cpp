@@ -1,8 +1,10 @@
 #include "app/purchase/Purchases.h"
 
+#include "app/purchase/CarrierRefund.h"
 #include "app/purchase/LabelPrinting.h"
 #include "app/purchase/PurchaseTexts.h"
 #include "app/purchase/ReprintCheck.h"
+#include "carrier/CarrierWords.h"
 #include "carrier/ShippoError.h"
 #include "carrier/ShippoRecords.h"
 #include "compose/SecondLabel.h"
@@ -13,12 +15,14 @@
 #include "devices/Zpl.h"
 #include "records/PurchaseJournal.h"
 #include "records/ShipmentRecord.h"
+#include "records/ShipmentStatus.h"
 #include "shell/ErrorLog.h"
 
 #include <QScopeGuard>
 
 #include <algorithm>
 #include <optional>
+#include <utility>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;
@@ -44,6 +48,33 @@ constexpr int enoughLooks = 3; ///< lookups in vain after which buying is enable
 Purchases::~Purchases()
 {
     m_app.platform.clock.cancel(m_timer);
+}
+
+/// Lists the purchases that earlier runs left unresolved. Throws AppError while the journal cannot be opened.
+Task<> Purchases::load()
+{
+    const QList<OpenPurchase> open = co_await onPool([&journal = m_app.journal] {
+        journal.open();
+        return journal.openPurchases();
+    });
+    if (std::exchange(m_isLoaded, true)) // another call was faster, and a new purchase may be in the list by now
+        co_return;
+    const QDateTime now = m_app.platform.clock.steadyNow();
+    for (const OpenPurchase &purchase : open)
+        replaceUnresolved(purchase.id,
+                          UnresolvedPurchase{.purchase = purchase, .text = u"Asking the carrier…"_s, .since = now});
+}
+
+Task<qint64> Purchases::begin(OpenPurchase purchase)
+{
+    if (!m_isLoaded) { // the journal could not be opened at the start
+        co_await load();
+        askLater();
+        if (unresolvedFor(purchase.recipient))
+            throw AppError(u"An earlier purchase for this recipient is still unresolved. Parcelory asks the carrier "
+                           "about it now; nothing was bought."_s);
+    }
+    co_return co_await m_flow.begin(purchase);
 }
 
 Task<Purchases::Answer> Purchases::lookUp(OpenPurchase purchase, QDateTime since)
@@ -75,14 +106,16 @@ Task<Purchases::Answer> Purchases::evaluate(OpenPurchase purchase, QDateTime sin
     } else {
         const QList<ShippoTransaction> sold = co_await m_app.shippo.purchasesOf(purchase.rateId, purchase.askedAt);
         // A failed transaction may be an earlier attempt at the same rate.
-        const auto isSale = [](const ShippoTransaction &one) { return one.status != u"ERROR"; };
+        const auto isSale = [](const ShippoTransaction &one) {
+            return transactionStatus(one) != TransactionStatus::error;
+        };
         const auto sale = std::ranges::find_if(sold, isSale);
         if (sale != sold.end())
             found = *sale;
     }
-    if (!found && ShippoClient::mayStillArrive(since, m_app.platform.clock.now()))
+    if (!found && ShippoClient::mayStillArrive(since, m_app.platform.clock.steadyNow()))
         co_return Answer{.text = u"The carrier knows of no such label yet."_s, .isInconclusive = true};
-    if (!found || found->status == u"ERROR")
+    if (!found || transactionStatus(*found) == TransactionStatus::error)
         co_return Answer{.verdict = Verdict::notBought};
     if (found->labelUrl.value_or(QString()).isEmpty())
         co_return Answer{.text = u"The carrier accepted the purchase, but the label is not ready yet "
@@ -97,7 +130,7 @@ void Purchases::markUnresolved(const OpenPurchase &purchase, const Answer &answe
                                                       .text = answer.text,
                                                       .isInconclusive = answer.isInconclusive,
                                                       .isUnlogged = answer.isUnlogged,
-                                                      .since = m_app.platform.clock.now()});
+                                                      .since = m_app.platform.clock.steadyNow()});
     m_pause = firstPause;
     askLater();
 }
@@ -109,15 +142,23 @@ void Purchases::askLater()
     m_pause = std::min(m_pause * 2, longestPause);
 }
 
+/// The next check tries again if the journal cannot be opened.
+Task<> Purchases::loadIfPossible()
+{
+    if (m_isLoaded)
+        co_return;
+    try {
+        co_await load();
+    } catch (const AppError &) {
+    }
+}
+
 Task<> Purchases::resume()
 {
-    const QList<OpenPurchase> open = co_await onPool(m_app.journal, &PurchaseJournal::openPurchases);
-    for (const OpenPurchase &purchase : open)
-        replaceUnresolved(purchase.id, UnresolvedPurchase{.purchase = purchase,
-                                                          .text = u"Asking the carrier…"_s,
-                                                          .since = m_app.platform.clock.now()});
-    co_await checkAgain();
-    if (const QString trouble = m_app.journal.trouble(); !trouble.isEmpty()) {
+    co_await loadIfPossible();
+    const QString trouble = co_await onPool(m_app.journal, &PurchaseJournal::trouble);
+    co_await recheckAll();
+    if (!trouble.isEmpty()) {
         m_app.errors.record(u"Purchase Journal"_s, AppError(trouble), Popup::no);
         co_await m_app.platform.prompts.alert(u"Purchase Journal"_s, trouble);
     }
@@ -166,6 +207,12 @@ Task<> Purchases::resolveByHand(qint64 id, ByHand outcome)
 
 Task<> Purchases::checkAgain()
 {
+    co_await loadIfPossible();
+    co_await recheckAll();
+}
+
+Task<> Purchases::recheckAll()
+{
     if (checking)
         co_return;
     checking = true;
@@ -173,14 +220,14 @@ Task<> Purchases::checkAgain()
     const QList<UnresolvedPurchase> open = unresolved;
     for (const UnresolvedPurchase &pending : open)
         co_await recheck(pending);
-    if (!unresolved.value().isEmpty())
+    if (!m_isLoaded || !unresolved.value().isEmpty())
         askLater();
 }
 
 Task<> Purchases::recheck(UnresolvedPurchase pending)
 {
     const OpenPurchase &purchase = pending.purchase;
-    const QDateTime now = m_app.platform.clock.now();
+    const QDateTime now = m_app.platform.clock.now(), steadyNow = m_app.platform.clock.steadyNow();
     const Answer answer = co_await lookUp(purchase, pending.since);
     const bool isResolvedByHand = std::ranges::none_of(
         unresolved.value(), [&purchase](const UnresolvedPurchase &open) { return open.purchase.id == purchase.id; });
@@ -195,8 +242,8 @@ Task<> Purchases::recheck(UnresolvedPurchase pending)
         pending.text = answer.text;
         ++pending.looks;
         // A lost request has arrived by now, or never will. If the carrier still cannot tell, waiting does not help.
-        pending.isInconclusive = answer.isInconclusive ||
-                                 (pending.looks >= enoughLooks && !ShippoClient::mayStillArrive(pending.since, now));
+        pending.isInconclusive = answer.isInconclusive || (pending.looks >= enoughLooks &&
+                                                           !ShippoClient::mayStillArrive(pending.since, steadyNow));
         replaceUnresolved(purchase.id, pending);
         break;
     case Verdict::bought:

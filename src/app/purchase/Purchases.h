@@ -17,7 +17,7 @@ struct UnresolvedPurchase {
     QString text;                ///< status, worded for the clerk
     bool isInconclusive = false; ///< no definite answer, and a retry may bring none: buying stays enabled
     bool isUnlogged = false;     ///< it was bought, and only the mailing log lacks it
-    QDateTime since;             ///< no request is sent after this time; a request in transit may still arrive
+    QDateTime since;             ///< no request is sent after this steady time; a request in transit may still arrive
     int looks = 0;               ///< how often the carrier was asked in vain
 
     bool operator==(const UnresolvedPurchase &other) const
@@ -75,7 +75,12 @@ public:
     Task<> print(ResolvedPurchase label);
     void dismiss(const ResolvedPurchase &label);
 
-    /// Looks up a purchase at the carrier. A request sent before `since` may still arrive there for a while.
+    /// Records in the journal that `purchase` is about to be requested; returns the journal's id. Throws AppError if
+    /// the journal cannot be written, or if it turns out that an earlier run left a purchase for this recipient
+    /// unresolved; nothing may be bought then.
+    Task<qint64> begin(OpenPurchase purchase);
+    /// Looks up a purchase at the carrier. A request sent before `since` (a steady time) may still arrive there for a
+    /// while.
     Task<Answer> lookUp(OpenPurchase purchase, QDateTime since);
     void markUnresolved(const OpenPurchase &purchase, const Answer &answer);
     PurchaseFlow &flow() { return m_flow; }
@@ -84,6 +89,9 @@ signals:
     void purchaseResolved(const ResolvedPurchase &purchase);
 
 private:
+    Task<> load();
+    Task<> loadIfPossible();
+    Task<> recheckAll();
     Task<Answer> evaluate(OpenPurchase purchase, QDateTime since);
     Task<> recheck(UnresolvedPurchase pending);
     Task<> finish(UnresolvedPurchase pending, std::optional<ShippoTransaction> transaction);
@@ -94,6 +102,7 @@ private:
 
     AppState &m_app;
     PurchaseFlow m_flow;
+    bool m_isLoaded = false; ///< what earlier runs left unresolved is in the list
     quint64 m_timer = 0;
     Clock::Duration m_pause = firstPause;
     // The fourth retry comes soon after the minute in which a lost request may still arrive.

@@ -1,5 +1,6 @@
 #include "app/scanform/ScanFormFlow.h"
 
+#include "carrier/CarrierWords.h"
 #include "carrier/ShippoError.h"
 #include "carrier/ShippoRecords.h"
 #include "core/AppError.h"
@@ -43,8 +44,8 @@ bool canBe(const ShippoManifest &manifest, const ScanForm &form)
     const std::optional<QDateTime> created = parseIso(manifest.objectCreated.value_or(QString()));
     const QList<QString> named = manifest.transactions.value_or(QList<QString>());
     const auto isOurs = [&form](const QString &transaction) { return form.transactions.contains(transaction); };
-    return manifest.status != u"ERROR" && created && *created >= form.askedAt.addSecs(-clockSkew) &&
-           (named.isEmpty() || std::ranges::any_of(named, isOurs));
+    return manifestStatus(manifest) != ManifestStatus::error && created &&
+           *created >= form.askedAt.addSecs(-clockSkew) && (named.isEmpty() || std::ranges::any_of(named, isOurs));
 }
 
 Question oddLabelsQuestion(const QStringList &lines)
@@ -166,8 +167,8 @@ Task<QByteArray> ScanFormFlow::requestForm(QList<ShipmentRecord> labels, bool te
     std::exception_ptr refused;
     try {
         manifest = co_await m_app.shippo.createManifest(usps->objectId, from, form.askedAt);
-    } catch (const ShippoError &error) {
-        if (error.kind() != ShippoError::Kind::validation)
+    } catch (const AppError &error) {
+        if (fateOf(error) == RequestFate::unknown)
             throw; // the form may exist; the next request looks for it first
         refused = std::current_exception();
     }
@@ -217,9 +218,9 @@ Task<std::optional<ShippoManifest>> ScanFormFlow::findManifest(ScanForm form)
     std::optional<ShippoManifest> made;
     if (!id.isEmpty()) {
         const ShippoManifest manifest = co_await m_app.shippo.manifest(id);
-        if (manifest.status == u"SUCCESS")
+        if (manifestStatus(manifest) == ManifestStatus::success)
             made = manifest;
-    } else if (ShippoClient::mayStillArrive(form.askedAt, m_app.platform.clock.now())) {
+    } else if (m_arrivals.mayStillArrive(QString::number(form.id), form.askedAt)) {
         throw ShippoError::api(
             u"It is not known yet whether the SCAN form of %1 was made. Try again in a minute."_s.arg(
                 dateTimeText(form.askedAt)));

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/AppState.h"
+#include "carrier/ArrivalWatch.h"
 
 namespace parcelory {
 
@@ -8,7 +9,7 @@ namespace parcelory {
 /// scanFormStatus and scanFormPDF.
 class ScanFormFlow {
 public:
-    explicit ScanFormFlow(AppState &app) : m_app(app) {}
+    explicit ScanFormFlow(AppState &app) : m_app(app), m_arrivals(app.platform.clock) {}
 
     /// AppState::createScanForm().
     Task<> create(ShippoAddress from);
@@ -25,6 +26,7 @@ private:
     Task<bool> recoverForms(QList<ScanForm> forms);
 
     AppState &m_app;
+    ArrivalWatch m_arrivals;
 };
 
 } // namespace parcelory

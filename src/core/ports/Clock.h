@@ -8,7 +8,7 @@
 
 namespace parcelory {
 
-/// The time of day, and one-shot timers on the main thread.
+/// The time of day, a steady time, and one-shot timers on the main thread.
 class Clock {
 public:
     using Duration = std::chrono::milliseconds;
@@ -16,6 +16,9 @@ public:
     virtual ~Clock() = default;
 
     virtual QDateTime now() const = 0;
+    /// Advances evenly even if someone sets the time of day; equals now() otherwise. For times to compare within one
+    /// run of the program.
+    virtual QDateTime steadyNow() const = 0;
     /// Calls `action` on the main thread once `delay` has passed; returns a number for cancel().
     virtual quint64 after(Duration delay, std::function<void()> action) = 0;
     virtual void cancel(quint64 timer) = 0;

@@ -110,13 +110,25 @@ TEST_F(LabelPurchaseTest, ALabelThatCouldNotBePrintedIsStillLogged)
     buy();
     failsWith(u"lpr failed: no such printer"_s);
     EXPECT_TRUE(app->log.zpl(newest().id));
+
+    clock.advance(std::chrono::minutes(1));
+    rateHome();
+    processes.behave = [](const QString &program, const QStringList &) -> ProcessOutcome {
+        throw ProcessTimedOut(program);
+    };
+    buy();
+    failsWith(u"the print system did not answer within 30 seconds; the label may still come out"_s);
+    EXPECT_EQ(app->log.records().size(), 2);
+    EXPECT_FALSE(screen().busy);
     processes.behave = nullptr;
+    run(screen().reprintLast());
+    EXPECT_EQ(processes.lastPrinted(), Zpl::rotated(*app->log.zpl(newest().id)));
 
     const std::pair<LabelAnswer, QString> links[] = {{LabelAnswer::expired, u"Shippo HTTP 403: label download"_s},
                                                      {LabelAnswer::xmlError, u"the carrier's file is not a label"_s},
                                                      {LabelAnswer::truncated, u"the label arrived incomplete"_s},
                                                      {LabelAnswer::html, u"the carrier's file is not a label"_s}};
-    int rows = 1;
+    int rows = 2;
     const QByteArray lastPrinted = processes.lastPrinted();
     for (const auto &[link, reason] : links) {
         clock.advance(std::chrono::minutes(1));

@@ -73,6 +73,14 @@ TEST_F(LabelRatingTest, NamesTheFirstReasonWhyADraftCannotBeRated)
     });
     check("no value", u"Enter the declared value in the Customs Declaration to rate an international shipment."_s,
           [&] { screen().customs = CustomsInfo{.value = u"0"_s}; });
+    for (const QString &typed : {QString(), u"  "_s, u"-5"_s})
+        check("blank or negative value",
+              u"Enter the declared value in the Customs Declaration to rate an international shipment."_s,
+              [&] { screen().customs = CustomsInfo{.value = typed}; });
+    for (const QString &typed : {u"1,860.00"_s, u"$1860"_s})
+        check("value with a comma",
+              u"The declared value is not a plain number — type it in dollars without commas, for example 1860.00."_s,
+              [&] { screen().customs = CustomsInfo{.value = typed}; });
     check("FedEx limit", u"150 lb 1.6 oz is over FedEx's 150 lb limit."_s, [&] { screen().weightLb = u"150.1"_s; });
     check("no phone",
           u"FedEx international shipments require the recipient's phone number — add it to the To section."_s, [&] {
@@ -123,6 +131,21 @@ TEST_F(LabelRatingTest, OpensThePaperworkSheetBeforeAnInternationalRating)
     EXPECT_FALSE(screen().showIntlPaperwork.value());
     EXPECT_EQ(screen().selectedRate()->servicelevel.token, u"usps_priority_mail_international"_s);
     EXPECT_EQ(sent("/shipments/").last()["customs_declaration"]["certify_signer"], "Dana Marsh");
+}
+
+TEST_F(LabelRatingTest, SendsTheDesksOwnContactForASenderWithoutOne)
+{
+    preferences.setValue(u"sender.fallbackEmail"_s, u"shipping@example.com"_s);
+    preferences.setValue(u"sender.fallbackPhone"_s, u"503-555-0100"_s);
+    for (const QString &blank : {QString(), u" "_s}) {
+        SenderProfile profile{.address = deskAddress()};
+        profile.address.email = profile.address.phone = blank;
+        app->senders.profiles = QList<SenderProfile>{profile};
+        composeAndRate(homeAddress());
+        const Json from = sent("/shipments/").last()["address_from"];
+        EXPECT_EQ(from["email"], "shipping@example.com");
+        EXPECT_EQ(from["phone"], "503-555-0100");
+    }
 }
 
 TEST_F(LabelRatingTest, KeepsTheCarriersOwnRatesCheapestFirstAndEqualOnesInOrder)

@@ -253,6 +253,33 @@ TEST_F(AfterSaleTest, AScanFormWhoseResponseIsLostIsFetchedWithTheNextPress)
     EXPECT_TRUE(app->scanForms.underWay(true).isEmpty());
 }
 
+TEST_F(AfterSaleTest, AScanFormIsForgottenOnlyIfTheCarrierCannotHaveMadeIt)
+{
+    prompts.answer = 1;
+    const auto failure = [](const QByteArray &path, int status, const QByteArray &method) {
+        return CarrierFailure{path, status, "application/json", "{}", 1, method};
+    };
+    const std::pair<CarrierScenario, qsizetype> rows[] = {
+        {{.failNext = failure("manifests/", 422, "POST")}, 0},
+        {{.manifestFails = true}, 0},
+        {{.failNext = failure("manifests/", 409, "POST")}, 1},
+        {{.failNext = failure("manifests/", 408, "POST")}, 1},
+        // The form was accepted; only its state could not be read.
+        {{.failNext = failure("manifests/", 404, "GET"), .manifestQueuedReads = 2}, 1},
+        {{.manifestQueuedReads = 99}, 1},
+    };
+    for (const auto &[scenario, open] : rows) {
+        carrier.setScenario({});
+        bought();
+        carrier.setScenario(scenario);
+        run(app->createScanForm(deskAddress()));
+        const QList<ScanForm> underWay = app->scanForms.underWay(true);
+        EXPECT_EQ(underWay.size(), open) << app->scanFormStatus.value().toStdString();
+        for (const ScanForm &form : underWay)
+            EXPECT_TRUE(app->scanForms.remove(form.id));
+    }
+}
+
 TEST_F(AfterSaleTest, ARefundWhoseResponseIsLostIsResolvedByALookup)
 {
     const std::pair<CarrierScenario, QString> rows[] = {

@@ -153,7 +153,7 @@ TEST_F(PurchasesTest, AnUnresolvedPurchaseIsLookedUpOnlyWithItsOwnKey)
     EXPECT_TRUE(purchases().unresolved.value().first().text.contains(u"the TEST key “Practice”"_s));
     app->keys.set(u"shippo_test_another_account"_s, u"Other"_s);
     app->keys.makeActive(u"Other"_s);
-    clock.start = clock.start.addSecs(61);
+    clock.advance(std::chrono::seconds(61));
     checkAgain();
     EXPECT_EQ(purchases().unresolved.value().size(), 1) << "another account of the same kind knows nothing of it";
     useToken(PracticeCarrier::testToken);
@@ -175,7 +175,13 @@ TEST_F(PurchasesTest, ALookupWithinAMinuteOfItsLastActivityNeverResolvesAPurchas
     restart();
     EXPECT_EQ(purchases().unresolved.value().size(), 1) << "whoever asked was there until just now";
 
-    clock.start = clock.start.addDays(-1); // setting the clock back does not delay the outcome forever
+    for (const int days : {-1, 2, -1}) { // setting the clock neither ends nor prolongs the wait
+        clock.start = clock.start.addDays(days);
+        checkAgain();
+        EXPECT_EQ(purchases().unresolved.value().size(), 1) << days;
+    }
+    clock.start = clock.start.addDays(-1);
+    clock.advance(std::chrono::seconds(61));
     checkAgain();
     EXPECT_TRUE(purchases().unresolved.value().isEmpty());
 }
@@ -198,6 +204,30 @@ TEST_F(PurchasesTest, AnUnreadableListEnablesBuyingAndAForeignRecordHidesNothing
          carrier.baseUrl().toEncoded() + R"(transactions?results=100"})");
     EXPECT_EQ(logged(), sold());
     EXPECT_EQ(logged().size(), 1);
+}
+
+TEST_F(PurchasesTest, ALabelThatIsFoundLaterIsLoggedWithTheStateOfItsRefund)
+{
+    const std::pair<QByteArray, QString> rows[] = {{"SUCCESS", u"PRINTED"_s},
+                                                   {"REFUNDPENDING", u"REFUND_PENDING"_s},
+                                                   {"REFUNDED", u"REFUNDED"_s},
+                                                   {"REFUNDREJECTED", u"REFUND_ERROR"_s}};
+    for (const auto &[word, stored] : rows) {
+        rate();
+        const QByteArray rateId = screen().selectedRateID.value()->toUtf8();
+        carrier.setScenario({.dropConnection = true});
+        buy();
+        CarrierScenario scenario;
+        scenario.failNext = CarrierFailure{.pathPrefix = "transactions", .status = 200};
+        scenario.failNext->body = R"({"results": [{"object_id": ")" + word + R"(", "status": ")" + word +
+                                  R"(", "rate": ")" + rateId + R"(", "label_url": "https://labels.example/1"}]})";
+        carrier.setScenario(scenario);
+        checkAgain();
+        ASSERT_EQ(app->log.records().value(0).transactionID, QString::fromLatin1(word));
+        EXPECT_EQ(app->log.records().value(0).status, stored);
+    }
+    const auto isRefusal = [](const APIErrorEntry &entry) { return entry.context == u"Refund"_s; };
+    EXPECT_EQ(std::ranges::count_if(errors->entries(), isRefusal), 1) << "the row's status refers to the error log";
 }
 
 TEST_F(PurchasesTest, ResolvingAPurchaseKeepsANewDraftForTheSameRecipient)
@@ -237,7 +267,8 @@ TEST_F(PurchasesTest, AnUnresolvedPurchaseEndsInTheErrorLogAfterAMonth)
 TEST_F(PurchasesTest, NothingIsBoughtWithoutAJournal)
 {
     rate();
-    AppState second(platform); // the first one holds the journal
+    app->journal.open();
+    AppState second(platform);
     LabelScreen other(second);
     const std::optional<QString> chosen = screen().selectedRateID;
     second.draftTo = homeAddress();
@@ -250,6 +281,32 @@ TEST_F(PurchasesTest, NothingIsBoughtWithoutAJournal)
     EXPECT_TRUE(sent("/transactions/").isEmpty());
     run(other.purchases.resume());
     EXPECT_TRUE(prompts.alerts.last().second.contains(u"no label can be bought here"_s)) << "it is told at the start";
+}
+
+TEST_F(PurchasesTest, APurchaseThatTheJournalShowsOnlyLaterIsNotMadeTwice)
+{
+    rate();
+    carrier.setScenario({.dropConnection = true});
+    press();
+    carrier.setScenario({});
+    screenOwner.reset();
+    app.reset();
+    auto busy = std::make_unique<PurchaseJournal>(QDir(folder.path()));
+    busy->open();
+    app = std::make_unique<AppState>(platform);
+    screenOwner = std::make_unique<LabelScreen>(*app);
+    run(purchases().resume());
+    EXPECT_TRUE(prompts.alerts.last().second.contains(u"another Parcelory is running"_s));
+    EXPECT_TRUE(purchases().unresolved.value().isEmpty());
+    rate();
+    busy.reset();
+    press();
+    EXPECT_TRUE(banner().startsWith(u"An earlier purchase for this recipient is still unresolved."_s))
+        << banner().toStdString();
+    EXPECT_EQ(sent("/transactions/").size(), 1);
+    checkAgain();
+    EXPECT_EQ(logged(), sold());
+    EXPECT_EQ(logged().size(), 1);
 }
 
 TEST_F(PurchasesTest, ADamagedJournalIsKeptAndANewJournalStarted)
