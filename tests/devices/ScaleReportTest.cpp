@@ -1,6 +1,5 @@
 #include "devices/ScaleReport.h"
 #include "devices/USBScale.h"
-#include "platform/HidEventQueue.h"
 #include "practice/PracticeScale.h"
 #include "support/FakeClock.h"
 #include "support/FakePlatform.h"
@@ -8,7 +7,6 @@
 
 #include <gmock/gmock.h>
 
-#include <cstddef>
 #include <optional>
 #include <string>
 #include <utility>
@@ -198,35 +196,6 @@ TEST(USBScale, UsesTheScaleThatWasLoadedLast)
     desk.say(stable, 300, 4);
     desk.hid.listener.removed(4);
     EXPECT_EQ(scale.display(), u"—"_s) << "not the other scale's weight";
-}
-
-TEST(HidEventQueue, CompactsAFloodOfReportsButKeepsTheEmptyPlate)
-{
-    HidEventQueue queue;
-    for (int i = 0; i < 1000; ++i)
-        queue.report(1, tenths(stable, 120));
-    EXPECT_TRUE(queue.needsFetching());
-    EXPECT_FALSE(queue.needsFetching()) << "somebody is under way";
-    EXPECT_EQ(queue.fetch().size(), 1u);
-    queue.report(1, tenths(stable, 120));
-    EXPECT_FALSE(queue.needsFetching()) << "known already";
-    queue.report(1, tenths(zero, 0));
-    queue.report(1, tenths(stable, 120));
-    EXPECT_TRUE(queue.needsFetching());
-    EXPECT_EQ(queue.fetch().size(), 2u);
-    queue.attached(1, u"after a restart"_s);
-    queue.report(1, tenths(stable, 120));
-    EXPECT_EQ(queue.fetch().size(), 2u);
-
-    queue.attached(2, u"other"_s);
-    for (int i = 0; i < 1000; ++i)
-        queue.report(1 + i % 2, tenths(moving, i));
-    queue.removed(2);
-    const auto events = queue.fetch();
-    ASSERT_EQ(events.size(), size_t(HidEventQueue::mostReports + 2));
-    EXPECT_EQ(events.front().kind, HidEventQueue::Event::Kind::attached);
-    EXPECT_EQ(events[events.size() - 2].bytes, tenths(moving, 999));
-    EXPECT_EQ(events.back().kind, HidEventQueue::Event::Kind::removed);
 }
 
 TEST(PracticeScale, BehavesLikeARealScale)

@@ -5,10 +5,9 @@
 #include "practice/carrier/CarrierScenario.h"
 #include "records/ShipmentLog.h"
 #include "records/ShipmentRecord.h"
-#include "records/ShipmentStatus.h"
 #include "support/CarrierDesk.h"
-#include "support/LabelDesk.h"
 #include "support/LogFile.h"
+#include "support/MailingLogDesk.h"
 #include "support/RunTask.h"
 
 #include <QSemaphore>
@@ -22,23 +21,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-class MailingLogScreenTest : public testing::Test, public LabelDesk {
+class MailingLogScreenTest : public MailingLogDesk {
 protected:
-    MailingLogScreen log{*app};
-
-    void TearDown() override // a query that the test did not wait for still reports to the screen
-    {
-        workPool().waitForDone();
-        settle();
-    }
-    /// A label bought at this desk, as the log lists it.
-    ShipmentRecord bought()
-    {
-        composeAndRate(homeAddress());
-        pressBuy();
-        EXPECT_EQ(log.records().size(), 1) << banner().toStdString();
-        return log.records().first();
-    }
     qsizetype printed() const
     {
         return std::ranges::count_if(processes.calls(),
@@ -190,25 +174,6 @@ TEST_F(MailingLogScreenTest, CopiesTheBareTrackingNumber)
     log.copyTracking({.tracking = u"9405511899560417228890"_s});
     EXPECT_EQ(desktop.clipboard, u"9405511899560417228890"_s);
     EXPECT_EQ(log.message.value(), u"Copied tracking 9405511899560417228890"_s);
-}
-
-TEST(ShipmentStatus, HasTextsForTheClerk)
-{
-    const QString pending = u"Refund pending (USPS: up to 14 days)"_s;
-    const struct {
-        QString stored, display, badge;
-    } rows[] = {{u"PRINTED"_s, u"Printed"_s, {}},
-                {u"DELIVERED"_s, u"Delivered"_s, {}},
-                {u"REFUND_PENDING"_s, pending, u"REFUND PENDING"_s},
-                {u"REFUND_REQUESTED"_s, pending, u"REFUND PENDING"_s},
-                {u"REFUNDED"_s, u"Refunded"_s, u"REFUNDED"_s},
-                {u"REFUND_ERROR"_s, u"Refund failed — see Error Log"_s, u"REFUND FAILED"_s},
-                {{}, u"—"_s, {}},
-                {u"Voided"_s, u"Voided"_s, {}}};
-    for (const auto &row : rows) {
-        EXPECT_EQ(friendlyStatus(row.stored), row.display);
-        EXPECT_EQ(refundBadge(row.stored), row.badge);
-    }
 }
 
 } // namespace parcelory::test
