@@ -113,17 +113,17 @@ TEST(USBScale, FollowsItsReportsAndOtherwiseKeepsTheLastWeight)
     }
     desk.hid.listener.removed(1);
     EXPECT_FALSE(scale.connected);
-    EXPECT_TRUE(scale.stable) << "stays as it was";
+    EXPECT_TRUE(scale.stable) << "a removed scale keeps the last state";
     EXPECT_EQ(scale.deviceName, QString());
     EXPECT_EQ(scale.fault, QString());
     EXPECT_EQ(scale.display(), u"No scale"_s);
     desk.say(stable, 10);
-    EXPECT_EQ(scale.ounces.value(), std::nullopt) << "a late report of the scale that is gone";
+    EXPECT_EQ(scale.ounces.value(), std::nullopt) << "a late report of a removed scale is ignored";
     desk.hid.listener.attached(2, QString());
     EXPECT_EQ(scale.deviceName, u"USB Scale"_s);
     desk.hid.listener = {};
     scale.start();
-    EXPECT_FALSE(desk.hid.listener.report) << "it listens already";
+    EXPECT_FALSE(desk.hid.listener.report) << "start() registers one listener only";
 }
 
 TEST(USBScale, DistinguishesTheNextParcelFromThePrevious)
@@ -161,7 +161,7 @@ TEST(USBScale, DistinguishesTheNextParcelFromThePrevious)
     EXPECT_EQ(desk.scale.display(), u"—"_s);
     EXPECT_FALSE(desk.scale.reading());
     desk.say(stable, 120, 2);
-    EXPECT_EQ(desk.generation(), sold) << "a loose plug";
+    EXPECT_EQ(desk.generation(), sold) << "a loose plug makes no new parcel";
 }
 
 TEST(USBScale, UsesTheScaleThatWasLoadedLast)
@@ -186,7 +186,7 @@ TEST(USBScale, UsesTheScaleThatWasLoadedLast)
     EXPECT_TRUE(scale.connected);
     EXPECT_EQ(scale.deviceName, u"small"_s);
     EXPECT_EQ(scale.display(), u"12.0 oz"_s);
-    EXPECT_EQ(desk.generation(), sold) << "the parcel that was sold still lies there";
+    EXPECT_EQ(desk.generation(), sold) << "the sold parcel is still on the scale";
 
     desk.say(moving, 121);
     desk.hid.listener.attached(3, u"large"_s);

@@ -27,10 +27,10 @@ TEST(HidEventQueue, CompactsAFloodOfReportsButKeepsTheEmptyPlate)
     for (int i = 0; i < 1000; ++i)
         queue.report(1, tenths(stable, 120));
     EXPECT_TRUE(queue.needsFetching());
-    EXPECT_FALSE(queue.needsFetching()) << "somebody is under way";
+    EXPECT_FALSE(queue.needsFetching()) << "a fetch is already under way";
     EXPECT_EQ(queue.fetch().size(), 1u);
     queue.report(1, tenths(stable, 120));
-    EXPECT_FALSE(queue.needsFetching()) << "known already";
+    EXPECT_FALSE(queue.needsFetching()) << "the same report is not repeated";
     queue.report(1, tenths(zero, 0));
     queue.report(1, tenths(stable, 120));
     EXPECT_TRUE(queue.needsFetching());

@@ -35,7 +35,7 @@ TEST_F(InvoiceFlowTest, FillsTheLabelFromAScanAndReportsEveryFailure)
 {
     showPage(false, false, invoicePage);
     scan(u"48213"_s);
-    EXPECT_THAT(web.loaded, IsEmpty()) << "nobody is signed in";
+    EXPECT_THAT(web.loaded, IsEmpty()) << "a scan before the sign-in loads nothing";
     app->flow = AppFlow::main;
     scan(u"012"_s);
     EXPECT_EQ(app->scanStatus.value(), u"\"012\" doesn't look like an invoice QR code or number."_s);
@@ -80,7 +80,7 @@ TEST_F(InvoiceFlowTest, FillsTheLabelFromAScanAndReportsEveryFailure)
         EXPECT_EQ(app->scanStatus.value(), row.error);
         EXPECT_EQ(errors->entries().first().context, u"Deskline Invoice 4900"_s);
         EXPECT_EQ(errors->entries().first().detail, row.error);
-        EXPECT_EQ(app->draftReference.value(), u"48213"_s) << "the draft stays";
+        EXPECT_EQ(app->draftReference.value(), u"48213"_s) << "a failed scan leaves the draft";
     }
 }
 

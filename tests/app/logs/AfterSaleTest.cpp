@@ -81,7 +81,7 @@ TEST_F(AfterSaleTest, ARefundEndsAsTheCarrierRespondsAndIsRequestedOnce)
     answer("transactions", R"({"object_id": "t9", "status": "SUCCESS"})");
     carrier.clearRequests();
     run(log.refund(marked));
-    EXPECT_EQ(carrier.requests().last().target, "/refunds/") << "nobody had asked the carrier";
+    EXPECT_EQ(carrier.requests().last().target, "/refunds/") << "the carrier had not been asked";
 
     prompts.answer = 0;
     ShipmentRecord kept = shipmentTo(u"Ben"_s, ++minute);
@@ -109,7 +109,7 @@ TEST_F(AfterSaleTest, PollsRefundsOnceAMinuteAndFiftyAtATime)
     run(app->syncRefundStatuses());
     EXPECT_EQ(carrier.requests().size(), 50);
     EXPECT_EQ(log.records().value(0).status, u"REFUNDED"_s);
-    EXPECT_EQ(log.records().value(1).status, u"REFUND_REQUESTED"_s) << "what cannot be learned stays";
+    EXPECT_EQ(log.records().value(1).status, u"REFUND_REQUESTED"_s) << "a status that the carrier does not confirm stays";
     clock.advance(std::chrono::seconds(60));
     answer("transactions", R"({"object_id": "t49", "status": "REFUNDREJECTED"})");
     run(app->syncRefundStatuses());
@@ -166,7 +166,7 @@ TEST_F(AfterSaleTest, ARefundWhoseResponseIsLostIsResolvedByALookup)
         run(app->syncRefundStatuses());
         EXPECT_EQ(status(), settled);
         EXPECT_TRUE(app->journal.openRefunds().isEmpty());
-        EXPECT_EQ(errors->entries().size(), entries) << "the clerk has heard of it already";
+        EXPECT_EQ(errors->entries().size(), entries) << "already reported";
     }
 }
 
@@ -248,7 +248,7 @@ TEST_F(AfterSaleTest, TheMasterLogCountsWhatWasPaidAndExportsWhatItShows)
 
     answer("shipments", {}, 500);
     run(master.load());
-    EXPECT_EQ(master.entries.value(), entries) << "a failed load leaves what was there";
+    EXPECT_EQ(master.entries.value(), entries) << "a failed load keeps the list";
     EXPECT_FALSE(master.message.value().isEmpty());
     prompts.file = u"/nowhere/master.csv"_s;
     run(master.exportCSV());

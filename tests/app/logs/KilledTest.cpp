@@ -144,7 +144,7 @@ TEST_F(Killed, AtAnyMomentOfARefundTheNextStartFindsItsOutcome)
         EXPECT_TRUE(app->journal.openRefunds().isEmpty()) << turns;
         ++ends[found + u' ' + real];
         if (isMarked && real == u"SUCCESS")
-            EXPECT_TRUE(errors->entries().value(0).detail.contains(label.tracking)) << "the clerk had asked for it";
+            EXPECT_TRUE(errors->entries().value(0).detail.contains(label.tracking)) << "the clerk had asked for the refund";
     }
     if (isVictim)
         return;

@@ -45,7 +45,7 @@ TEST_F(MailingLogScreenTest, TheListMatchesTheSearchThroughEveryReload)
     QObject::connect(&app->log, &ShipmentLog::recordsChanged, &here, [&] { ++queries; });
     const auto waitFor = [&](const QStringList &names) {
         runUntil([&] { return !lists.isEmpty(); });
-        EXPECT_EQ(lists, QList<QStringList>{names}) << "no other list may be seen on the way";
+        EXPECT_EQ(lists, QList<QStringList>{names}) << "no other list may appear in between";
         lists.clear();
     };
     EXPECT_TRUE(app->log.insert(shipmentTo(u"Ana"_s, 1), false) && app->log.insert(shipmentTo(u"Ben"_s, 2)));
@@ -58,9 +58,9 @@ TEST_F(MailingLogScreenTest, TheListMatchesTheSearchThroughEveryReload)
     for (const QString &typed : {u"B"_s, u""_s, u"a"_s, u"an"_s, u"ana"_s})
         log.search = typed;
     waitFor({u"Ana"_s});
-    EXPECT_LE(queries, 2) << "at most the first letter's, and the one that still counts";
+    EXPECT_LE(queries, 2) << "one query for the first letter, one for the last text";
     EXPECT_EQ(log.countText(), u"1 shipment found"_s);
-    EXPECT_FALSE(log.selected.value()) << "a row out of sight is no row to act on";
+    EXPECT_FALSE(log.selected.value()) << "a hidden row must not stay selected";
 
     log.selected = ana;
     EXPECT_TRUE(app->log.insert(shipmentTo(u"Zoe"_s, 3), false) && app->log.insert(shipmentTo(u"Anabel"_s, 4)));
@@ -104,7 +104,7 @@ TEST_F(MailingLogScreenTest, ReprintsFromTheNearestCopyOfTheLabel)
     run(log.reprint(row));
     paper.release();
     run(std::move(first));
-    EXPECT_EQ(printed(), 5) << "a second press while it prints makes no second label";
+    EXPECT_EQ(printed(), 5) << "a second press during printing prints no second label";
     EXPECT_TRUE(app->errors.entries().isEmpty());
 }
 
@@ -166,7 +166,7 @@ TEST_F(MailingLogScreenTest, AFailedReprintIsShownAndLoggedAndPrintsNothing)
         EXPECT_EQ(app->errors.entries().first().detail, log.message.value());
         EXPECT_EQ(prompts.alerts.size(), alerts += alert) << message.toStdString();
     }
-    EXPECT_EQ(printed(), 1) << "the one of the purchase";
+    EXPECT_EQ(printed(), 1) << "only the purchase printed";
 }
 
 TEST_F(MailingLogScreenTest, CopiesTheBareTrackingNumber)

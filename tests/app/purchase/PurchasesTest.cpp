@@ -112,7 +112,7 @@ TEST_F(PurchasesTest, BuyingIsDisabledForTheRecipientWhileTheCarrierIsUnreachabl
     ASSERT_EQ(purchases().resolved.value().size(), 1);
     EXPECT_EQ(logged(), sold());
     EXPECT_EQ(logged().size(), 1);
-    EXPECT_TRUE(processes.lastPrinted().isEmpty()) << "printing is the clerk's decision by now";
+    EXPECT_TRUE(processes.lastPrinted().isEmpty()) << "a label that is found later prints only when the clerk says so";
     run(purchases().print(purchases().resolved.value().first()));
     EXPECT_TRUE(processes.lastPrinted().contains("^XA"));
     purchases().dismiss(purchases().resolved.value().first());
@@ -127,7 +127,7 @@ TEST_F(PurchasesTest, APurchaseNotFoundAfterAMinuteWasNotBought)
     EXPECT_TRUE(banner().startsWith(u"Shippo rejected the request (409)."_s)) << banner().toStdString();
     ASSERT_EQ(purchases().unresolved.value().size(), 1);
     EXPECT_TRUE(purchases().unresolved.value().first().isInconclusive);
-    EXPECT_FALSE(screen().isBuyClosed()) << "it was answered, so a second look is enough";
+    EXPECT_FALSE(screen().isBuyClosed()) << "an inconclusive response leaves buying enabled";
 
     clock.advance(std::chrono::seconds(61));
     checkAgain();
@@ -154,7 +154,7 @@ TEST_F(PurchasesTest, AnUnresolvedPurchaseIsLookedUpOnlyWithItsOwnKey)
     app->keys.makeActive(u"Other"_s);
     clock.start = clock.start.addSecs(61);
     checkAgain();
-    EXPECT_EQ(purchases().unresolved.value().size(), 1) << "another account of the same kind knows nothing of it";
+    EXPECT_EQ(purchases().unresolved.value().size(), 1) << "another account cannot tell";
     useToken(PracticeCarrier::testToken);
     app->keyChanges = app->keyChanges + 1;
     runUntil([this] { return purchases().unresolved.value().isEmpty(); });
@@ -172,7 +172,7 @@ TEST_F(PurchasesTest, ALookupWithinAMinuteOfItsLastActivityNeverResolvesAPurchas
     EXPECT_EQ(purchases().unresolved.value().size(), 1) << banner().toStdString();
     carrier.setScenario({});
     restart();
-    EXPECT_EQ(purchases().unresolved.value().size(), 1) << "whoever asked was there until just now";
+    EXPECT_EQ(purchases().unresolved.value().size(), 1) << "the wait starts at the restart";
 
     clock.start = clock.start.addDays(-1); // setting the clock back does not delay the outcome forever
     checkAgain();
@@ -192,7 +192,7 @@ TEST_F(PurchasesTest, AnUnreadableListEnablesBuyingAndAForeignRecordHidesNothing
         checkAgain();
     };
     list(R"({"results": 1})");
-    EXPECT_FALSE(screen().isBuyClosed()) << "the next answer may be the same for ever";
+    EXPECT_FALSE(screen().isBuyClosed()) << "a retry may get the same answer";
     list(R"({"results": [{"object_id": "1", "status": "SUCCESS", "rate": {"object_id": "2"}}], "next": ")" +
          carrier.baseUrl().toEncoded() + R"(transactions?results=100"})");
     EXPECT_EQ(logged(), sold());
@@ -211,7 +211,7 @@ TEST_F(PurchasesTest, ResolvingAPurchaseKeepsANewDraftForTheSameRecipient)
     EXPECT_EQ(screen().reference.value(), u"48999"_s);
     screen().reference = u"48213"_s;
     run(purchases().print(purchases().resolved.value().first()));
-    EXPECT_EQ(app->draftTo.value(), homeAddress()) << "the label's printing is no news of the parcel";
+    EXPECT_EQ(app->draftTo.value(), homeAddress()) << "printing must not clear the draft";
 
     EXPECT_TRUE(app->log.setStatus(app->log.records().first().id, u"REFUNDED"_s));
     run(purchases().print(purchases().resolved.value().first()));
@@ -248,7 +248,7 @@ TEST_F(PurchasesTest, NothingIsBoughtWithoutAJournal)
         << other.banner.value()->text.toStdString();
     EXPECT_TRUE(sent("/transactions/").isEmpty());
     run(other.purchases.resume());
-    EXPECT_TRUE(prompts.alerts.last().second.contains(u"no label can be bought here"_s)) << "it is told at the start";
+    EXPECT_TRUE(prompts.alerts.last().second.contains(u"no label can be bought here"_s)) << "an alert at the start says so";
 }
 
 TEST_F(PurchasesTest, ADamagedJournalIsKeptAndANewJournalStarted)
@@ -292,7 +292,7 @@ TEST_F(PurchasesTest, ASecondLabelNeedsAnExtraPressAndAFirstLabelDoesNot)
         EXPECT_TRUE(app->log.setStatus(record.id, u"REFUNDED"_s));
     rate(u"48213"_s);
     press();
-    EXPECT_EQ(logged().size(), 3) << "what was given back is no label";
+    EXPECT_EQ(logged().size(), 3) << "a refunded label does not count";
 }
 
 /// A clerk who stops at every warning never gets a second label for a parcel, whatever fails.

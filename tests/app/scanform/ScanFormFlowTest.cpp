@@ -35,7 +35,7 @@ TEST_F(ScanFormFlowTest, AScanFormIsMadeOfTodaysLabelsOfTheActiveKeysMode)
 
     const ShipmentRecord first = bought();
     make();
-    EXPECT_TRUE(prompts.questions.value(0).text.contains(u"Ana"_s)) << "hers will not be on the form";
+    EXPECT_TRUE(prompts.questions.value(0).text.contains(u"Ana"_s)) << "Ana's label will not be on the form";
     EXPECT_EQ(app->scanFormStatus.value(), u"No labels printed today — nothing to manifest."_s) << "the clerk cancels";
     EXPECT_EQ(requestsTo("/manifests"), 0);
     prompts.answer = 1;
@@ -76,7 +76,7 @@ TEST_F(ScanFormFlowTest, AScanFormWhoseResponseIsLostIsFetchedWithTheNextPress)
     make();
     EXPECT_EQ(app->scanFormStatus.value(), u"SCAN form ready: 1 label — hand one printed copy to the carrier."_s);
     EXPECT_EQ(app->scanFormOpenTick.value(), 1);
-    EXPECT_EQ(sent("/manifests/").size(), 0) << "it was not made twice";
+    EXPECT_EQ(sent("/manifests/").size(), 0) << "the form was not made twice";
     const ScanForm form = app->scanForms.finished(9).value(0);
     EXPECT_EQ(form.transactions, QStringList(label.transactionID));
     EXPECT_EQ(app->scanForms.documents(form.id).size(), 2);

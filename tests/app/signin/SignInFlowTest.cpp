@@ -56,7 +56,7 @@ TEST_F(SignInFlowTest, KeepsTheCredentialsOnlyWhenAsked)
     runUntil([this] { return saved().isEmpty(); });
     EXPECT_EQ(app->flow.value(), AppFlow::login);
     EXPECT_FALSE(runTask(app->hasSavedCredentials()));
-    EXPECT_GE(web.cleared, 3) << "before each sign-in and at its end";
+    EXPECT_GE(web.cleared, 3) << "the session is cleared before each sign-in and at sign-out";
 }
 
 TEST_F(SignInFlowTest, ReportsWhyItFailedAndForgetsOnlyRejectedCredentials)
@@ -95,7 +95,7 @@ TEST_F(SignInFlowTest, ReportsWhyItFailedAndForgetsOnlyRejectedCredentials)
     };
     signIn(true);
     EXPECT_EQ(app->loginError.value(), u"The sign-in page stopped working — try again."_s);
-    EXPECT_EQ(saved(), u"old"_s) << "nobody has rejected it";
+    EXPECT_EQ(saved(), u"old"_s) << "the password was not rejected";
     office.setScenario({.unreachable = true});
     web.loaded.clear();
     signIn();
@@ -110,7 +110,7 @@ TEST_F(SignInFlowTest, SignsInByItselfOncePerRun)
     showPage(true, false);
     SignInScreen screen(*app);
     run([&] { return screen.appear(); });
-    EXPECT_FALSE(app->autoLoginTried) << "nothing is remembered";
+    EXPECT_FALSE(app->autoLoginTried) << "without a remembered password nothing is tried";
     remember();
     run([&] { return screen.appear(); });
     EXPECT_TRUE(app->autoLoginTried);
