@@ -2,12 +2,12 @@
 
 #include "app/AppState.h"
 #include "compose/Weight.h"
-
 #include "core/PostalContact.h"
 #include "core/ShippoAddress.h"
 #include "records/BoxProfile.h"
 #include "records/SenderProfile.h"
 #include "records/ShipmentRecord.h"
+
 #include <iterator>
 
 namespace parcelory {

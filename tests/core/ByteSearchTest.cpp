@@ -1,7 +1,6 @@
 #include "core/ByteSearch.h"
 
 #include <QRandomGenerator>
-
 #include <gmock/gmock.h>
 
 #include <algorithm>

@@ -119,7 +119,8 @@ TEST_F(PrintCertaintyTest, TheWatchReportsOnlyLabelsThatDoNotComeOut)
     EXPECT_EQ(afterLookAt(looking), QString()) << "every job starts in this state";
     EXPECT_EQ(afterLookAt(looking), sentence(looking));
     for (int job = 2; job < 40; ++job)
-        EXPECT_EQ(afterLookAt(answer(busy, "none", job, job)), QString()) << "a queue that makes progress is no problem";
+        EXPECT_EQ(afterLookAt(answer(busy, "none", job, job)), QString())
+            << "a queue that makes progress is no problem";
     for (int look = 0; look < 20 && watch.notice.value().isEmpty(); ++look)
         afterLookAt(answer(busy, "none", 40, 40));
     EXPECT_EQ(watch.notice.value(), u"1 label is still waiting on ZD421."_s);

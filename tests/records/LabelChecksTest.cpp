@@ -1,7 +1,7 @@
 #include "records/LabelChecks.h"
+#include "records/ShipmentRecord.h"
 #include "support/LogFile.h"
 
-#include "records/ShipmentRecord.h"
 #include <functional>
 #include <optional>
 

@@ -1,8 +1,7 @@
-#include "records/ShipmentLog.h"
-#include "support/LogFile.h"
-
 #include "core/Task.h"
+#include "records/ShipmentLog.h"
 #include "records/ShipmentLogIndex.h"
+#include "support/LogFile.h"
 
 #include <array>
 #include <mutex>

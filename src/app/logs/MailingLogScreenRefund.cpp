@@ -1,16 +1,16 @@
 #include "app/logs/MailingLogScreen.h"
+
+#include "app/purchase/ReprintCheck.h"
 #include "carrier/ShippoRecords.h"
 #include "core/AppError.h"
 #include "core/Task.h"
+#include "core/Text.h"
 #include "core/ports/Prompts.h"
 #include "records/LabelChecks.h"
 #include "records/PurchaseJournal.h"
 #include "records/ShipmentRecord.h"
-#include "shell/ErrorLog.h"
-
-#include "app/purchase/ReprintCheck.h"
-#include "core/Text.h"
 #include "records/ShipmentStatus.h"
+#include "shell/ErrorLog.h"
 
 #include <QScopeGuard>
 

@@ -1,14 +1,14 @@
 #include "app/logs/RefundSync.h"
 
-#include "records/ShipmentStatus.h"
-
 #include "carrier/ShippoRecords.h"
 #include "core/AppError.h"
 #include "core/Task.h"
 #include "records/PurchaseJournal.h"
 #include "records/ShipmentLog.h"
 #include "records/ShipmentRecord.h"
+#include "records/ShipmentStatus.h"
 #include "shell/ErrorLog.h"
+
 #include <cstdlib>
 #include <optional>
 

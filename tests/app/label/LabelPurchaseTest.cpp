@@ -244,7 +244,8 @@ TEST_F(LabelPurchaseTest, NoFailureLeaksASecret)
         seen += (title + text).toUtf8();
     for (const APIErrorEntry &entry : errors->entries())
         seen += (entry.context + entry.detail).toUtf8();
-    EXPECT_TRUE(seen.contains("Eleanor Whitfield") && seen.contains("Buy Label")) << "the texts that are searched include alerts and error log";
+    EXPECT_TRUE(seen.contains("Eleanor Whitfield") && seen.contains("Buy Label"))
+        << "the texts that are searched include alerts and error log";
     EXPECT_FALSE(seen.contains(PracticeCarrier::testToken.toUtf8()));
     EXPECT_FALSE(seen.contains("canary-password"));
 }

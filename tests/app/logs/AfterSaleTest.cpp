@@ -109,7 +109,8 @@ TEST_F(AfterSaleTest, PollsRefundsOnceAMinuteAndFiftyAtATime)
     run(app->syncRefundStatuses());
     EXPECT_EQ(carrier.requests().size(), 50);
     EXPECT_EQ(log.records().value(0).status, u"REFUNDED"_s);
-    EXPECT_EQ(log.records().value(1).status, u"REFUND_REQUESTED"_s) << "a status that the carrier does not confirm stays";
+    EXPECT_EQ(log.records().value(1).status, u"REFUND_REQUESTED"_s)
+        << "a status that the carrier does not confirm stays";
     clock.advance(std::chrono::seconds(60));
     answer("transactions", R"({"object_id": "t49", "status": "REFUNDREJECTED"})");
     run(app->syncRefundStatuses());

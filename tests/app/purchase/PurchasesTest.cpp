@@ -248,7 +248,8 @@ TEST_F(PurchasesTest, NothingIsBoughtWithoutAJournal)
         << other.banner.value()->text.toStdString();
     EXPECT_TRUE(sent("/transactions/").isEmpty());
     run(other.purchases.resume());
-    EXPECT_TRUE(prompts.alerts.last().second.contains(u"no label can be bought here"_s)) << "an alert at the start says so";
+    EXPECT_TRUE(prompts.alerts.last().second.contains(u"no label can be bought here"_s))
+        << "an alert at the start says so";
 }
 
 TEST_F(PurchasesTest, ADamagedJournalIsKeptAndANewJournalStarted)
