@@ -4,6 +4,7 @@
 #include "core/PostalContact.h"
 
 #include <QByteArray>
+#include <QList>
 
 #include <cstdint>
 #include <cstdlib>
