@@ -1,5 +1,4 @@
 #include "Compare.h"
-
 #include "addressbook/AddressFilter.h"
 #include "addressbook/LocalAddressStore.h"
 #include "addressbook/VCard.h"

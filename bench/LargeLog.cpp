@@ -1,5 +1,4 @@
 #include "LargeLog.h"
-
 #include "records/ShipmentLog.h"
 
 #include <QTemporaryDir>

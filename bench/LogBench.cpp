@@ -1,6 +1,5 @@
 #include "Compare.h"
 #include "LargeLog.h"
-
 #include "core/Task.h"
 #include "records/EndiciaFormat.h"
 #include "records/ShipmentLog.h"
@@ -9,7 +8,6 @@
 #include <QFile>
 #include <QProcess>
 #include <QTemporaryDir>
-
 #include <unistd.h>
 
 namespace parcelory::bench {

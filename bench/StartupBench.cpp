@@ -6,7 +6,6 @@
 
 #include <QProcess>
 #include <QTemporaryDir>
-
 #include <xcb/xcb.h>
 
 #include <cstdlib>

@@ -1,5 +1,4 @@
 #include "Compare.h"
-
 #include "carrier/ShippoRecords.h"
 #include "core/CompanySanitizer.h"
 #include "core/Json.h"

@@ -12,7 +12,7 @@ add_compile_options(-Wall -Wextra -Wpedantic -Werror
                     -Wno-unknown-warning-option -Wno-missing-designated-field-initializers)
 add_compile_definitions(QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_FOREACH)
 
-option(PARCELORY_SANITIZE "Build with the address and undefined-behaviour sanitizers" OFF)
+option(PARCELORY_SANITIZE "Build with the address and undefined-behavior sanitizers" OFF)
 if(PARCELORY_SANITIZE)
     add_compile_options(-fsanitize=address,undefined -fno-sanitize=function -fno-omit-frame-pointer
                         -fno-sanitize-recover=undefined)

@@ -1,6 +1,5 @@
-#include "addressbook/EndiciaList.h"
-
 #include "ReadFuzz.h"
+#include "addressbook/EndiciaList.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {

@@ -1,6 +1,5 @@
-#include "addressbook/VCard.h"
-
 #include "ReadFuzz.h"
+#include "addressbook/VCard.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {

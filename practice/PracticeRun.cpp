@@ -137,7 +137,7 @@ QString exportLog(const AppState &app)
     return path;
 }
 
-void sayWhere(const AppState &app, const PracticeDesk &desk, const QString &exported)
+void printPlaces(const AppState &app, const PracticeDesk &desk, const QString &exported)
 {
     const QDir folder = app.platform.dataFolder;
     say(u"\nLabels, papers:   "_s + desk.printer().folder().absolutePath());
@@ -165,7 +165,7 @@ int runPractice(const QString &folder, const QString &ordersFile)
         try {
             const QList<PracticeOrder> shippable = co_await signIn(app, orders);
             status = co_await shipAll(app, screen, desk.scale(), shippable);
-            sayWhere(app, desk, exportLog(app));
+            printPlaces(app, desk, exportLog(app));
         } catch (const std::exception &error) {
             say(u"parcelory: "_s + describe(error));
             status = 1;

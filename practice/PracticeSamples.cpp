@@ -2,13 +2,13 @@
 
 #include "app/AppState.h"
 #include "compose/Weight.h"
-
 #include "core/PostalContact.h"
 #include "core/ShippoAddress.h"
 #include "records/BoxProfile.h"
 #include "records/SenderProfile.h"
 #include "records/ShipmentRecord.h"
 #include "records/StatusWords.h"
+
 #include <iterator>
 #include <optional>
 

@@ -48,7 +48,7 @@ QString plainPhone(QString phone)
 }
 
 /// Rewrites the street lines in the postal service's style.
-void standardiseStreet(QString &street1, QString &street2)
+void standardizeStreet(QString &street1, QString &street2)
 {
     static const QRegularExpression box(u"\\bBOX \\w+"_s);
     static const QRegularExpression unit(u"\\s*#(?!\\s*BOX\\b)\\s*"_s);
@@ -78,11 +78,11 @@ QString fullZip(const QString &zip, const QString &street)
     return u"%1-%2"_s.arg(five).arg(1000 + sum);
 }
 
-void standardise(Json &address)
+void standardize(Json &address)
 {
     QString street1 = textOf(address, "street1");
     QString street2 = textOf(address, "street2");
-    standardiseStreet(street1, street2);
+    standardizeStreet(street1, street2);
     address["street1"] = street1.toStdString();
     address["street2"] = street2.toStdString();
     address["city"] = textOf(address, "city").toUpper().toStdString();
@@ -147,7 +147,7 @@ CarrierAnswer createAddress(PracticeLedger &ledger, const Json &body)
         address["validation_results"] = verdict(body, ledger.test);
         const Json results = address["validation_results"];
         if (!results.empty())
-            standardise(address);
+            standardize(address);
         if (results.value("is_valid", false)) {
             if (isUs(body))
                 address["zip"] = fullZip(textOf(body, "zip"), textOf(address, "street1")).toStdString();
@@ -187,7 +187,7 @@ Json rewrittenAddress(const Json &address)
 {
     static const QRegularExpression unit(u"\\s*(#.*|\\b(APT|UNIT|STE|SUITE|RM|FL)\\b.*|(?<=\\bBOX)\\s.*)$"_s);
     Json rewritten = address;
-    standardise(rewritten);
+    standardize(rewritten);
     for (const char *key : {"street1", "street2"})
         rewritten[key] = textOf(rewritten, key).remove(unit).toStdString();
     if (isUs(address) && namesAPlace(address))

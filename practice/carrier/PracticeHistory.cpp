@@ -1,12 +1,12 @@
 #include "practice/carrier/PracticeHistory.h"
 
+#include "core/Json.h"
 #include "practice/carrier/CarrierScenario.h"
+#include "practice/carrier/PracticeAnswers.h"
 #include "practice/carrier/PracticeLedger.h"
 #include "practice/carrier/PracticeShipments.h"
 #include "practice/carrier/PracticeTransactions.h"
 
-#include "core/Json.h"
-#include "practice/carrier/PracticeAnswers.h"
 #include <chrono>
 #include <iterator>
 #include <string>

@@ -129,8 +129,8 @@ QByteArray pdfLabel(const LabelContent &content)
 QByteArray pngLabel()
 {
     static const QByteArray png = [] {
-        constexpr auto oneBitGrey = "\x01\x00\x00\x00\x00";
-        const QByteArray header = bigEndian(dotsWide) + bigEndian(dotsHigh) + QByteArray(oneBitGrey, 5);
+        constexpr auto oneBitGray = "\x01\x00\x00\x00\x00";
+        const QByteArray header = bigEndian(dotsWide) + bigEndian(dotsHigh) + QByteArray(oneBitGray, 5);
         constexpr double inchesPerMetre = 1 / 0.0254;
         const QByteArray dotsPerMetre = bigEndian(quint32(203 * inchesPerMetre));
         // qCompress puts a length before the zlib stream.

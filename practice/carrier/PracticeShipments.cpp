@@ -1,15 +1,15 @@
 #include "practice/carrier/PracticeShipments.h"
 
 #include "core/IsoDate.h"
+#include "core/Json.h"
 #include "core/Text.h"
 #include "practice/carrier/CarrierScenario.h"
 #include "practice/carrier/PracticeAddresses.h"
+#include "practice/carrier/PracticeAnswers.h"
 #include "practice/carrier/PracticeLedger.h"
 #include "practice/carrier/PracticeRates.h"
 #include "practice/carrier/PracticeShipmentCheck.h"
 
-#include "core/Json.h"
-#include "practice/carrier/PracticeAnswers.h"
 #include <utility>
 
 namespace parcelory {

@@ -1,12 +1,12 @@
 #include "practice/carrier/PracticeTransactions.h"
 
 #include "core/IsoDate.h"
+#include "core/Json.h"
 #include "practice/carrier/CarrierScenario.h"
+#include "practice/carrier/PracticeAnswers.h"
 #include "practice/carrier/PracticeLabel.h"
 #include "practice/carrier/PracticeLedger.h"
 
-#include "core/Json.h"
-#include "practice/carrier/PracticeAnswers.h"
 #include <algorithm>
 #include <utility>
 

@@ -49,7 +49,7 @@ QList<PostalContact> readLegacy(ContactsSource &source, ImportProgress &progress
 {
     try {
         return collect([&source](const auto &take) { source.readLegacy(take); }, progress);
-    } catch (const ImportCancelled &) {
+    } catch (const ImportCanceled &) {
         throw;
     } catch (const AppError &) {
         return {}; // the newer interface reports the reason

@@ -27,7 +27,7 @@ public:
 
     /// Whether the contacts may be read; the system asks the user the first time. False without a source.
     Task<bool> requestAccess();
-    /// Every address of every contact, sorted by name. Throws AddressLoadTimeout, ImportCancelled, and AppError with
+    /// Every address of every contact, sorted by name. Throws AddressLoadTimeout, ImportCanceled, and AppError with
     /// the system's text. `progress` is reported on another thread.
     Task<QList<PostalContact>> all(Progress progress = {});
     /// Tests each step of the access and returns a line for each.

@@ -10,7 +10,7 @@
 namespace parcelory {
 using namespace Qt::StringLiterals;
 
-ImportCancelled::ImportCancelled() : AppError(u"The import was canceled."_s) {}
+ImportCanceled::ImportCanceled() : AppError(u"The import was canceled."_s) {}
 
 ImportProgress::ImportProgress(Progress progress) : m_progress(std::move(progress)) {}
 
@@ -22,7 +22,7 @@ void ImportProgress::reached(qsizetype addresses)
             QLocale().toString(mostAddresses)));
     }
     if (++m_calls % callsBetweenReports == 0 && !m_progress.report(addresses))
-        throw ImportCancelled();
+        throw ImportCanceled();
 }
 
 } // namespace parcelory

@@ -6,9 +6,9 @@
 namespace parcelory {
 
 /// The import was canceled.
-class ImportCancelled : public AppError {
+class ImportCanceled : public AppError {
 public:
-    ImportCancelled();
+    ImportCanceled();
 };
 
 /// Counts addresses while they are read, and stops the reading if there are too many or the import is canceled.
@@ -19,7 +19,7 @@ public:
 
     explicit ImportProgress(Progress progress = {});
 
-    /// Call for every record that was read. Throws ImportCancelled, and AppError beyond mostAddresses.
+    /// Call for every record that was read. Throws ImportCanceled, and AppError beyond mostAddresses.
     void reached(qsizetype addresses);
 
 private:

@@ -5,7 +5,6 @@
 
 #include <QSet>
 #include <QStringEncoder>
-
 #include <sqlite3.h>
 
 #include <array>

@@ -47,7 +47,7 @@ public:
     static PostalContact normalized(PostalContact contact);
 
     /// The addresses of a file, for merge(). Both throw AppError if the file cannot be read or has no addresses of that
-    /// kind, and ImportCancelled.
+    /// kind, and ImportCanceled.
     static QList<PostalContact> importEndicia(const QString &path, Progress progress = {});
     static QList<PostalContact> importVCard(const QString &path, Progress progress = {});
     /// The path of Endicia's address list, if it exists. `dataFolder`: our own folder, which is next to Endicia's.

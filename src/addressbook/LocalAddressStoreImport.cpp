@@ -1,6 +1,7 @@
+#include "addressbook/LocalAddressStore.h"
+
 #include "addressbook/EndiciaList.h"
 #include "addressbook/ImportProgress.h"
-#include "addressbook/LocalAddressStore.h"
 #include "addressbook/VCard.h"
 #include "core/AppError.h"
 #include "core/PostalContact.h"

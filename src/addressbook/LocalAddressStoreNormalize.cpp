@@ -1,4 +1,5 @@
 #include "addressbook/LocalAddressStore.h"
+
 #include "core/PostalContact.h"
 #include "core/Text.h"
 #include "core/UsStates.h"

@@ -16,7 +16,7 @@ QString nameOf(const PlatformContact &person)
         return name;
     // The full name of a company repeats the organization. The label shows it in the company line only, where words
     // that reveal valuables are shortened.
-    return person.fullName == person.organisation ? QString() : person.fullName;
+    return person.fullName == person.organization ? QString() : person.fullName;
 }
 
 } // namespace
@@ -27,7 +27,7 @@ QList<PostalContact> postalContacts(const PlatformContact &person)
     for (const PlatformAddress &address : person.addresses) {
         const QStringList lines = address.street.split(u'\n');
         contacts.append({.name = nameOf(person),
-                         .company = person.organisation,
+                         .company = person.organization,
                          .street1 = lines.first(),
                          .street2 = lines.sliced(1).join(u' '),
                          .city = address.city,

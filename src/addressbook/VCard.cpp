@@ -65,7 +65,7 @@ void Card::take(const VCardProperty &property)
     } else if (property.name == "FN") {
         m_person.fullName = property.text().trimmed();
     } else if (property.name == "ORG") {
-        m_person.organisation = property.parts(1).value(0).trimmed();
+        m_person.organization = property.parts(1).value(0).trimmed();
     } else if (property.name == "TEL") {
         const QString number = property.text().trimmed();
         addFirst(m_person.phones, number.startsWith(u"tel:", Qt::CaseInsensitive) ? number.sliced(4) : number);

@@ -4,14 +4,14 @@
 #include "app/logs/RefundSync.h"
 #include "app/scanform/ScanFormFlow.h"
 #include "app/signin/SignInFlow.h"
-#include "core/Text.h"
-
 #include "backoffice/DesklineInvoice.h"
 #include "core/Platform.h"
 #include "core/PostalContact.h"
 #include "core/ShippoAddress.h"
 #include "core/Task.h"
+#include "core/Text.h"
 #include "shell/ErrorLog.h"
+
 #include <memory>
 #include <optional>
 

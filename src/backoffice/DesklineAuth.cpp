@@ -3,10 +3,10 @@
 #include "backoffice/Script.h"
 #include "core/AppError.h"
 #include "core/Json.h"
-
 #include "core/Platform.h"
 #include "core/Task.h"
 #include "core/ports/HttpTransport.h"
+
 #include <chrono>
 #include <exception>
 

@@ -100,17 +100,17 @@ QList<MailpieceGroup> mailpieceMenu(Carrier carrier, const QList<BoxProfile> &bo
     MailpieceGroup own{carrierInfo(carrier).displayName, {}};
     for (const BuiltinMailpieceInfo &info : builtinMailpieces()) {
         if (info.carrier == carrier)
-            own.entries.append({info.id, info.mailpiece, info.iconResource, info.displayName, info.subtitle});
+            own.entries.append({info.mailpiece, info.iconResource, info.displayName, info.subtitle});
     }
     MailpieceGroup stock{u"Stock mailers"_s, {}};
     for (const PresetBox &box : presetBoxes()) {
         const QString size = u"%1 × %2 × %3 in"_s.arg(box.length, box.width, box.height);
-        stock.entries.append({u"p:"_s + box.id, PresetMailpiece{box.id}, box.icon, box.name, size});
+        stock.entries.append({PresetMailpiece{box.id}, box.icon, box.name, size});
     }
     MailpieceGroup custom{u"Custom boxes"_s, {}};
     for (const BoxProfile &box : boxes) {
-        custom.entries.append({u"c:"_s + box.id.toString(QUuid::WithoutBraces), box.id, u"popup_package"_s, box.title(),
-                               u"Custom box — inside dims "_s + box.dimsDisplay()});
+        custom.entries.append(
+            {box.id, u"popup_package"_s, box.title(), u"Custom box — inside dims "_s + box.dimsDisplay()});
     }
     QList<MailpieceGroup> groups = {own, stock};
     if (!custom.entries.isEmpty())

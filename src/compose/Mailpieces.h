@@ -72,7 +72,6 @@ using MailpieceSelection = std::variant<PresetMailpiece, BuiltinMailpiece, QUuid
 
 /// A row of the mailpiece menu.
 struct MailpieceEntry {
-    QString id; ///< "c:" and the box's id, "p:" and the stock mailer's, or the builtin's own
     MailpieceSelection selection;
     QString icon;
     QString title;

@@ -30,8 +30,7 @@ public:
 /// A failure of a device or a child process.
 class SystemError : public AppError {
 public:
-    /// `code`: 1 no printer queue, 2 paused queue, 3 not a label, 4 no answer in time; otherwise a child process's exit
-    /// status.
+    /// `code`: a child process's exit status, or a number that the thrower's header names; 0 if there is neither.
     SystemError(int code, QString description);
 
     int code() const { return m_code; }

@@ -1,7 +1,6 @@
 #include "core/CountryCode.h"
 
 #include <QHash>
-
 #include <unicode/locid.h>
 #include <unicode/unistr.h>
 

@@ -30,10 +30,10 @@ QColor gray(double share)
     return QColor::fromRgbF(float(share), float(share), float(share));
 }
 
-const QColor labelGrey = gray(0.55), panelGrey = gray(0.95);
+const QColor labelGray = gray(0.55), panelGray = gray(0.95);
 const QColor bannerBlue = QColor::fromRgbF(0.1F, 0.25F, 0.6F);
 
-const TextStyle label{.color = labelGrey}, value{}, heading{.size = 11, .color = labelGrey},
+const TextStyle label{.color = labelGray}, value{}, heading{.size = 11, .color = labelGray},
     number{.align = Qt::AlignRight};
 
 QString dollars(double amount)
@@ -72,7 +72,7 @@ void drawHead(PaperSheet &sheet, const Data_ &data, const Deployment &deployment
     sheet.draw(data.invoiceNumber, {150, 175, 160, 15}, {.size = 11});
     sheet.draw(u"Customer ID:"_s, {60, 225, 85, 15}, heading);
     sheet.rule(239, 150, 300); // filled in by hand, if the customer has an id
-    sheet.draw(u"Bill To:"_s, {320, 175, 122, 15}, {.size = 11, .color = labelGrey, .bold = true});
+    sheet.draw(u"Bill To:"_s, {320, 175, 122, 15}, {.size = 11, .color = labelGray, .bold = true});
     sheet.draw(addressLines(data.recipient), {320, 192, 122, 104}, {.size = 9, .step = 13});
 }
 
@@ -92,7 +92,7 @@ void drawItem(PaperSheet &sheet, const Data_ &data)
         {{320, 330, 150, 40}, data.shipVia, value},
         {{70, 385, 60, 14}, u"Quantity"_s, label},
         {{200, 385, 120, 14}, u"Description"_s, label},
-        {{480, 385, 60, 14}, u"Total"_s, {.color = labelGrey, .align = Qt::AlignRight}},
+        {{480, 385, 60, 14}, u"Total"_s, {.color = labelGray, .align = Qt::AlignRight}},
         {{70, 410, 60, 14}, data.quantity, value},
         {{200, 410, 270, 14}, data.itemDescription, value},
         {{480, 410, 60, 14}, dollars(data.value), number},
@@ -119,7 +119,7 @@ void drawSummary(PaperSheet &sheet, double subtotal)
                 {u"Balance:"_s, total - paid, true}};
     double y = 470;
     for (const auto &row : rows) {
-        sheet.draw(row.name, {380, y, 95, 14}, {.color = labelGrey, .bold = row.bold});
+        sheet.draw(row.name, {380, y, 95, 14}, {.color = labelGray, .bold = row.bold});
         sheet.draw(dollars(row.amount), {480, y, 60, 14}, {.bold = row.bold, .align = Qt::AlignRight});
         y += 18;
     }
@@ -138,12 +138,12 @@ void drawPanel(PaperSheet &sheet, const Data_ &data, const Deployment &deploymen
         {u"Signature"_s, {}, u"Name"_s, data.signer},
         {{}, {}, u"Date"_s, signedOn},
     };
-    sheet.fill({left, top, right - left, step * std::size(rows)}, panelGrey);
+    sheet.fill({left, top, right - left, step * std::size(rows)}, panelGray);
     double y = top;
     for (const auto &[name, text, secondName, secondText] : rows) {
-        sheet.draw(name, {70, y + 5, 85, 14}, {.size = 9, .color = labelGrey});
+        sheet.draw(name, {70, y + 5, 85, 14}, {.size = 9, .color = labelGray});
         sheet.draw(text, {160, y + 5, 145, 14}, {.size = 9});
-        sheet.draw(secondName, {320, y + 5, 85, 14}, {.size = 9, .color = labelGrey});
+        sheet.draw(secondName, {320, y + 5, 85, 14}, {.size = 9, .color = labelGray});
         sheet.draw(secondText, {410, y + 5, 135, 14}, {.size = 9});
         // Keep lines out of the space for the signature.
         sheet.rule(y, name.isEmpty() ? 310 : left, right);

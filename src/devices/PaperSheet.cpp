@@ -11,7 +11,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr double smallestSize = 6;
-const QColor ruleGrey = QColor::fromRgbF(0.75F, 0.75F, 0.75F);
+const QColor ruleGray = QColor::fromRgbF(0.75F, 0.75F, 0.75F);
 
 /// True for texts with joining letters or combining marks, such as Arabic.
 bool needsShaping(const QString &text)
@@ -74,7 +74,7 @@ QString printable(QString text)
 
 void PaperSheet::rule(double y, double from, double to)
 {
-    m_painter.setPen(QPen(ruleGrey, 0.5));
+    m_painter.setPen(QPen(ruleGray, 0.5));
     m_painter.drawLine(QPointF(from, y), QPointF(to, y));
 }
 

@@ -37,7 +37,7 @@ PlatformContact contactOf(ABPerson *record)
 {
     PlatformContact person{.given = textOf([record valueForProperty:kABFirstNameProperty]),
                            .family = textOf([record valueForProperty:kABLastNameProperty]),
-                           .organisation = textOf([record valueForProperty:kABOrganizationProperty])};
+                           .organization = textOf([record valueForProperty:kABOrganizationProperty])};
     ABMultiValue *addresses = [record valueForProperty:kABAddressProperty];
     for (NSUInteger i = 0; i < addresses.count; ++i)
         person.addresses.append(addressOf([addresses valueAtIndex:i], [addresses labelAtIndex:i]));
@@ -54,7 +54,7 @@ PlatformContact contactOf(CNContact *contact)
 {
     PlatformContact person{.given = textOf(contact.givenName),
                            .family = textOf(contact.familyName),
-                           .organisation = textOf(contact.organizationName)};
+                           .organization = textOf(contact.organizationName)};
     for (CNLabeledValue<CNPostalAddress *> *entry in contact.postalAddresses) {
         CNPostalAddress *address = entry.value;
         NSString *label = entry.label ? [CNLabeledValue localizedStringForLabel:entry.label] : nil;

@@ -1,5 +1,6 @@
-#include "core/ports/SecretStore.h"
 #include "platform/Keychain.h"
+
+#include "core/ports/SecretStore.h"
 
 // GLib has a struct member with the name of Qt's "signals" macro.
 #undef signals

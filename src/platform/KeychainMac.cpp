@@ -1,8 +1,7 @@
 #include "platform/Keychain.h"
 
-#include <Security/Security.h>
-
 #include <QUtf8StringView>
+#include <Security/Security.h>
 
 #include <memory>
 #include <mutex>

@@ -18,7 +18,7 @@ namespace {
 
 constexpr qsizetype requiredFields = 12;
 
-QString weightText(double ounces)
+QString importedWeight(double ounces)
 {
     const double pounds = std::floor(ounces * 0.0625);
     if (pounds > 0)
@@ -138,7 +138,7 @@ std::optional<ShipmentRecord> parse(QByteArrayView line, EndiciaDates &dates)
     if (const auto ounces = decimal(fields[7])) {
         record.weightOz = *ounces;
         if (*ounces > 0)
-            record.weight = weightText(*ounces);
+            record.weight = importedWeight(*ounces);
     }
     record.balance = fields[8];
     record.service = fields[9];

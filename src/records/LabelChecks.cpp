@@ -105,15 +105,15 @@ QStringList labelWarnings(LabelUse use, const ShipmentRecord &record, const Labe
 {
     if (use == LabelUse::checkStatus) // a lookup changes nothing
         return {};
-    QStringList doubts = {refundText(use, refundState(record.status)),
-                          journeyText(record, facts),
-                          ageText(use, record.createdAt.secsTo(facts.now)),
-                          modeText(record.testMode, facts.testKey),
-                          reprintText(use, facts),
-                          formText(use, facts.onScanForm),
-                          use == LabelUse::reprint ? facts.waiting : QString()};
-    doubts.removeAll(QString());
-    return doubts;
+    QStringList warnings = {refundText(use, refundState(record.status)),
+                            journeyText(record, facts),
+                            ageText(use, record.createdAt.secsTo(facts.now)),
+                            modeText(record.testMode, facts.testKey),
+                            reprintText(use, facts),
+                            formText(use, facts.onScanForm),
+                            use == LabelUse::reprint ? facts.waiting : QString()};
+    warnings.removeAll(QString());
+    return warnings;
 }
 
 } // namespace parcelory

@@ -1,8 +1,8 @@
 #include "records/ScanForms.h"
 
 #include "records/ShipmentLogRows.h"
-
 #include "records/ShipmentRecord.h"
+
 #include <optional>
 
 namespace parcelory {

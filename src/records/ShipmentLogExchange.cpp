@@ -1,9 +1,10 @@
+#include "records/ShipmentLog.h"
+
 #include "core/AppError.h"
 #include "core/Progress.h"
 #include "core/Task.h"
 #include "records/EndiciaDates.h"
 #include "records/EndiciaFormat.h"
-#include "records/ShipmentLog.h"
 #include "records/ShipmentLogRows.h"
 #include "records/ShipmentRecord.h"
 

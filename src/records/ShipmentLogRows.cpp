@@ -1,9 +1,9 @@
 #include "records/ShipmentLogRows.h"
 
+#include "records/ShipmentRecord.h"
+
 #include <optional>
 #include <utility>
-
-#include "records/ShipmentRecord.h"
 
 namespace parcelory::ShipmentLogRows {
 

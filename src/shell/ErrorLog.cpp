@@ -1,10 +1,10 @@
 #include "shell/ErrorLog.h"
 
-#include "core/Json.h"
-
 #include "core/AppError.h"
+#include "core/Json.h"
 #include "core/Platform.h"
 #include "core/Task.h"
+
 #include <exception>
 #include <optional>
 #include <utility>

@@ -88,7 +88,7 @@ void UpdatePrompt::refresh()
                           : m_updates.status.value());
     m_status->setVisible(!m_status->text().isEmpty());
     m_bar->setVisible(phase == UpdatePhase::downloading);
-    m_bar->setShare(m_updates.progress.value().value_or(0));
+    m_bar->setProgress(m_updates.progress.value().value_or(0));
     m_dismiss->setText(phase == UpdatePhase::ready ? u"Later"_s : u"Not Now"_s);
     m_next->setText(phase == UpdatePhase::ready ? u"Update && Restart"_s : u"Download"_s);
     m_next->setEnabled(phase == UpdatePhase::idle || (phase == UpdatePhase::ready && mayRestart()));

@@ -119,7 +119,7 @@ TEST_F(AppleContacts, AreNotReadWithoutAccessOrWhenCanceled)
     EXPECT_FALSE(runTask(provider->requestAccess()));
     source->legacy = QList<PlatformContact>(2000, person(u"Ana"_s, {u"1 Elm St"_s}));
     const CancelToken cancel;
-    EXPECT_THROW(read(Progress(cancel, [&cancel](qint64, qint64) { cancel.cancel(); })), ImportCancelled);
+    EXPECT_THROW(read(Progress(cancel, [&cancel](qint64, qint64) { cancel.cancel(); })), ImportCanceled);
     EXPECT_TRUE(cache().isEmpty());
     ContactsAddressProvider none(nullptr, clock, QDir(folder.path()));
     EXPECT_FALSE(none.isAvailable() || runTask(none.requestAccess()));
@@ -178,7 +178,7 @@ TEST(BlockingWork, ResumesItsCallerExactlyOnce)
     FakeClock clock;
     const auto answer = [&clock](auto work) { return runTask(blockingWork(clock, std::chrono::seconds(1), {}, work)); };
     EXPECT_EQ(answer([] { return 5; }), 5);
-    EXPECT_THROW(answer([]() -> int { throw ImportCancelled(); }), ImportCancelled);
+    EXPECT_THROW(answer([]() -> int { throw ImportCanceled(); }), ImportCanceled);
     EXPECT_FALSE(clock.fireNext()); // no timer is left behind
     ResumeOnce once;
     EXPECT_TRUE(once.take());

@@ -34,7 +34,7 @@ TEST_F(ShippoKeysTest, OnlyTheFirstKeyBecomesActiveByItself)
     EXPECT_EQ(keys.names(), (QStringList{u"Test"_s, u"Live"_s}));
     EXPECT_EQ(keys.activeToken(), u"shippo_live_1"_s);
     EXPECT_EQ(keys.token(u"Test"_s), u"shippo_test_2"_s);
-    EXPECT_EQ(secrets.get(u"shippo.token.Test"_s), u"shippo_test_2"_s) << "the account of all versions";
+    EXPECT_EQ(secrets.get(u"shippo.token.Test"_s), u"shippo_test_2"_s) << "older versions use the same account name";
 }
 
 TEST_F(ShippoKeysTest, RemovingTheActiveKeyActivatesTheFirstRemainingKey)
@@ -82,7 +82,7 @@ TEST_F(ShippoKeysTest, NamesTheSingleKeyOfEarlierVersionsOnce)
     preferences.values.clear();
     keys.set(u"shippo_test_new"_s, u"New"_s);
     EXPECT_EQ(keys.activeToken(), u"shippo_test_new"_s);
-    EXPECT_EQ(keys.names(), QStringList{u"New"_s}) << "who has a named key needs no migration";
+    EXPECT_EQ(keys.names(), QStringList{u"New"_s}) << "a desk with a named key is not migrated";
 
     preferences.values.clear();
     secrets.set(QString(), u"shippo.token"_s);

@@ -1,13 +1,11 @@
 #include "core/Deployment.h"
 #include "core/AppError.h"
 #include "core/CompanySanitizer.h"
-
 #include "core/Json.h"
 #include "support/Printing.h"
 
-#include <gmock/gmock.h>
-
 #include <QFile>
+#include <gmock/gmock.h>
 
 #include <tuple>
 #include <utility>

@@ -1,10 +1,9 @@
 #include "core/JsonFile.h"
 #include "support/Printing.h"
 
-#include <gmock/gmock.h>
-
 #include <QDir>
 #include <QTemporaryDir>
+#include <gmock/gmock.h>
 
 #include <optional>
 

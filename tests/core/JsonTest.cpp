@@ -1,13 +1,11 @@
 #include "core/Json.h"
+#include "carrier/ShippoRecords.h"
 #include "core/AppError.h"
 #include "core/RecordField.h"
-
-#include "carrier/ShippoRecords.h"
 #include "support/Printing.h"
 
-#include <gmock/gmock.h>
-
 #include <QFile>
+#include <gmock/gmock.h>
 
 #include <optional>
 #include <tuple>

@@ -116,27 +116,28 @@ TEST_F(PrintCertaintyTest, TheWatchReportsOnlyLabelsThatDoNotComeOut)
     const QByteArray looking = answer(busy, "connecting-to-device", 1, 2);
     watch.follow({}, Paper::document);
     watch.follow(u"ZD421"_s, Paper::label);
-    EXPECT_EQ(afterLookAt(looking), QString()) << "every job begins so";
+    EXPECT_EQ(afterLookAt(looking), QString()) << "every job starts in this state";
     EXPECT_EQ(afterLookAt(looking), sentence(looking));
     for (int job = 2; job < 40; ++job)
-        EXPECT_EQ(afterLookAt(answer(busy, "none", job, job)), QString()) << "a long run of labels";
+        EXPECT_EQ(afterLookAt(answer(busy, "none", job, job)), QString())
+            << "a queue that makes progress is no problem";
     for (int look = 0; look < 20 && watch.notice.value().isEmpty(); ++look)
         afterLookAt(answer(busy, "none", 40, 40));
     EXPECT_EQ(watch.notice.value(), u"1 label is still waiting on ZD421."_s);
     EXPECT_EQ(afterLookAt(answer(idle + "\n\tBroken pipe")),
               u"ZD421 reports “Broken pipe” — check whether the last label came out."_s);
-    EXPECT_FALSE(clock.fireNext()) << "an empty queue is not looked at any more";
+    EXPECT_FALSE(clock.fireNext()) << "an empty queue ends polling";
     watch.follow(u"ZD421"_s, Paper::label);
     EXPECT_EQ(afterLookAt("what is this?"), QString());
-    EXPECT_FALSE(clock.fireNext()) << "an answer that cannot be read is no reason to go on asking";
+    EXPECT_FALSE(clock.fireNext()) << "an unreadable report ends polling";
 
     const qsizetype looks = processes.calls().size();
     watch.follow(u"Old"_s, Paper::label);
     for (int turn = 0; turn < 60; ++turn) // two minutes
         EXPECT_FALSE(afterLookAt(answer(disabled + "Paused")).isEmpty());
-    EXPECT_EQ(processes.calls().size() - looks, 30 + 6) << "less often after a minute";
+    EXPECT_EQ(processes.calls().size() - looks, 30 + 6) << "polling slows down after a minute";
     watch.follow(u"New"_s, Paper::label);
-    EXPECT_EQ(watch.notice.value(), QString()) << "nothing waits on the queue that is out of use";
+    EXPECT_EQ(watch.notice.value(), QString()) << "the notice is about the queue in use only";
 }
 
 TEST_F(PrintCertaintyTest, EveryPrinterFaultIsReportedAndLosesNoLabel)
@@ -163,7 +164,7 @@ TEST_F(PrintCertaintyTest, EveryPrinterFaultIsReportedAndLosesNoLabel)
         composeAndRate(homeAddress());
         buy();
         EXPECT_THAT(banner().toStdString(), testing::HasSubstr(shown));
-        EXPECT_EQ(app->log.records().size(), ++rows) << "bought is bought";
+        EXPECT_EQ(app->log.records().size(), ++rows) << "a print problem leaves the purchase complete";
         prompts.answer = 1;
         run(screen().reprintLast());
         if (waiting > 0)
@@ -182,7 +183,7 @@ TEST_F(PrintCertaintyTest, ALabelFor300DpiIsCutWithOneWarning)
     const QByteArray label = "^XA^PW1200^LL1800^FDCoin^FS^XZ";
     EXPECT_THAT(runTask(printLabel(*app, label)).toStdString(),
                 testing::StartsWith("Label sent to Practice_Zebra. It is made for a 300 dpi printer"));
-    EXPECT_EQ(runTask(printLabel(*app, label)), u"Label sent to Practice_Zebra."_s) << "once is enough";
+    EXPECT_EQ(runTask(printLabel(*app, label)), u"Label sent to Practice_Zebra."_s) << "the warning appears once";
 }
 
 } // namespace parcelory::test

@@ -143,7 +143,7 @@ TEST_F(PrivateCups, DeliversALabelToThePrinterByteForByte)
         picture += char(i * 7);
     picture += "\r\n^XZ";
     EXPECT_EQ(printer.print(picture, u"ZD421"_s, {}), u"Label sent to ZD421."_s);
-    EXPECT_TRUE(printed(u"ZD421"_s) == picture) << "bytes that are no text must arrive as they are";
+    EXPECT_TRUE(printed(u"ZD421"_s) == picture) << "binary bytes must arrive unchanged";
 
     printer.printZPL(QByteArray("^XA^LL1400^FDMünze\0^XZ\r\n", 25), u"ZD421"_s);
     EXPECT_EQ(printed(u"ZD421"_s), QByteArray("^XA^POI^LL1218^FDMünze\0^XZ\r\n", 29));
@@ -161,7 +161,7 @@ TEST_F(PrivateCups, LeavesNoJobInAQueueThatStaysPaused)
 {
     try {
         printer.printZPL(Zpl::testLabel, u"Frozen"_s);
-        ADD_FAILURE() << "a held job is not a printed one";
+        ADD_FAILURE() << "a held job does not count as printed";
     } catch (const SystemError &error) {
         EXPECT_EQ(error.code(), LabelPrinter::pausedQueue);
     }
@@ -213,7 +213,7 @@ TEST_F(PrivateCups, ReportsAMissingQueueAMissingServerAndARejectingQueue)
         qputenv("CUPS_SERVER", address);
         try {
             printer.printZPL(Zpl::testLabel, address == server ? u"Unknown"_s : u"ZD421"_s);
-            ADD_FAILURE() << "nobody took the job";
+            ADD_FAILURE() << "a refused job must throw";
         } catch (const SystemError &error) {
             EXPECT_EQ(error.code(), 1);
             EXPECT_EQ(error.description(),

@@ -1,6 +1,5 @@
 #include "devices/ScaleReport.h"
 #include "devices/USBScale.h"
-#include "platform/HidEventQueue.h"
 #include "practice/PracticeScale.h"
 #include "support/FakeClock.h"
 #include "support/FakePlatform.h"
@@ -8,7 +7,6 @@
 
 #include <gmock/gmock.h>
 
-#include <cstddef>
 #include <optional>
 #include <string>
 #include <utility>
@@ -115,17 +113,17 @@ TEST(USBScale, FollowsItsReportsAndOtherwiseKeepsTheLastWeight)
     }
     desk.hid.listener.removed(1);
     EXPECT_FALSE(scale.connected);
-    EXPECT_TRUE(scale.stable) << "stays as it was";
+    EXPECT_TRUE(scale.stable) << "a removed scale keeps the last state";
     EXPECT_EQ(scale.deviceName, QString());
     EXPECT_EQ(scale.fault, QString());
     EXPECT_EQ(scale.display(), u"No scale"_s);
     desk.say(stable, 10);
-    EXPECT_EQ(scale.ounces.value(), std::nullopt) << "a late report of the scale that is gone";
+    EXPECT_EQ(scale.ounces.value(), std::nullopt) << "a late report of a removed scale is ignored";
     desk.hid.listener.attached(2, QString());
     EXPECT_EQ(scale.deviceName, u"USB Scale"_s);
     desk.hid.listener = {};
     scale.start();
-    EXPECT_FALSE(desk.hid.listener.report) << "it listens already";
+    EXPECT_FALSE(desk.hid.listener.report) << "start() registers one listener only";
 }
 
 TEST(USBScale, DistinguishesTheNextParcelFromThePrevious)
@@ -163,7 +161,7 @@ TEST(USBScale, DistinguishesTheNextParcelFromThePrevious)
     EXPECT_EQ(desk.scale.display(), u"—"_s);
     EXPECT_FALSE(desk.scale.reading());
     desk.say(stable, 120, 2);
-    EXPECT_EQ(desk.generation(), sold) << "a loose plug";
+    EXPECT_EQ(desk.generation(), sold) << "a loose plug makes no new parcel";
 }
 
 TEST(USBScale, UsesTheScaleThatWasLoadedLast)
@@ -188,7 +186,7 @@ TEST(USBScale, UsesTheScaleThatWasLoadedLast)
     EXPECT_TRUE(scale.connected);
     EXPECT_EQ(scale.deviceName, u"small"_s);
     EXPECT_EQ(scale.display(), u"12.0 oz"_s);
-    EXPECT_EQ(desk.generation(), sold) << "the parcel that was sold still lies there";
+    EXPECT_EQ(desk.generation(), sold) << "the sold parcel is still on the scale";
 
     desk.say(moving, 121);
     desk.hid.listener.attached(3, u"large"_s);
@@ -198,35 +196,6 @@ TEST(USBScale, UsesTheScaleThatWasLoadedLast)
     desk.say(stable, 300, 4);
     desk.hid.listener.removed(4);
     EXPECT_EQ(scale.display(), u"—"_s) << "not the other scale's weight";
-}
-
-TEST(HidEventQueue, CompactsAFloodOfReportsButKeepsTheEmptyPlate)
-{
-    HidEventQueue queue;
-    for (int i = 0; i < 1000; ++i)
-        queue.report(1, tenths(stable, 120));
-    EXPECT_TRUE(queue.needsFetching());
-    EXPECT_FALSE(queue.needsFetching()) << "somebody is under way";
-    EXPECT_EQ(queue.fetch().size(), 1u);
-    queue.report(1, tenths(stable, 120));
-    EXPECT_FALSE(queue.needsFetching()) << "known already";
-    queue.report(1, tenths(zero, 0));
-    queue.report(1, tenths(stable, 120));
-    EXPECT_TRUE(queue.needsFetching());
-    EXPECT_EQ(queue.fetch().size(), 2u);
-    queue.attached(1, u"after a restart"_s);
-    queue.report(1, tenths(stable, 120));
-    EXPECT_EQ(queue.fetch().size(), 2u);
-
-    queue.attached(2, u"other"_s);
-    for (int i = 0; i < 1000; ++i)
-        queue.report(1 + i % 2, tenths(moving, i));
-    queue.removed(2);
-    const auto events = queue.fetch();
-    ASSERT_EQ(events.size(), size_t(HidEventQueue::mostReports + 2));
-    EXPECT_EQ(events.front().kind, HidEventQueue::Event::Kind::attached);
-    EXPECT_EQ(events[events.size() - 2].bytes, tenths(moving, 999));
-    EXPECT_EQ(events.back().kind, HidEventQueue::Event::Kind::removed);
 }
 
 TEST(PracticeScale, BehavesLikeARealScale)

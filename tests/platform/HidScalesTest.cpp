@@ -136,7 +136,7 @@ TEST(HidScales, ArePluggedInAndUnpluggedRepeatedly)
     again.report("03020BFF0000");
     source.stop();
     settle();
-    EXPECT_EQ(scale.display(), u"1 lb 14.0 oz"_s) << "nobody listens any more";
+    EXPECT_EQ(scale.display(), u"1 lb 14.0 oz"_s) << "a stopped source reports nothing";
     g_object_unref(bed);
 }
 

@@ -56,7 +56,7 @@ TEST(SettingsPreferences, KeepsTypesOverARestart)
         return read(SettingsPreferences(copy), setting);
     };
     SettingsPreferences(file).setValue(text.key, QStringList{u"x"_s, u"y"_s});
-    EXPECT_EQ(read(SettingsPreferences(file), text), u"fallback"_s) << "two texts are none";
+    EXPECT_EQ(read(SettingsPreferences(file), text), u"fallback"_s) << "a list does not read as a text";
     for (const QString &value : texts)
         EXPECT_EQ(afterRestart(text, value), value);
     for (const QStringList &value : lists)
@@ -73,7 +73,7 @@ TEST(SystemProcesses, ReportsStatusAndBothChannelsWhole)
     EXPECT_EQ(failed.out, "out");
     EXPECT_EQ(failed.err, "err");
     EXPECT_EQ(shell(u"kill -9 $$"_s).status, 128 + 9);
-    EXPECT_EQ(shell(u"cat"_s).out, "") << "nobody types into a child process";
+    EXPECT_EQ(shell(u"cat"_s).out, "") << "the input of a child process is empty";
 
     const ProcessOutcome much = shell(u"head -c 500000 /dev/zero; head -c 500000 /dev/zero >&2"_s);
     EXPECT_EQ(much.out.size(), 500'000);
@@ -104,7 +104,7 @@ TEST(SystemDesktop, ReportsTheDocumentsPathWhenNoProgramOpensIt)
     processes.behave = [](const QString &, const QStringList &) { return ProcessOutcome{3, {}, {}}; };
     try {
         desktop.openFile(u"/tmp/label.pdf"_s);
-        ADD_FAILURE() << "the clerk must learn that nothing was opened";
+        ADD_FAILURE() << "a failed open must throw";
     } catch (const AppError &error) {
         EXPECT_TRUE(error.description().contains(u"/tmp/label.pdf"_s));
     }
@@ -218,7 +218,7 @@ TEST_F(NetworkTransportTest, TheTokenIsNotSentToAnotherServer)
     EXPECT_THAT(failure(server.url(u"/away"_s), true).toStdString(), testing::HasSubstr("gave no answer"));
     EXPECT_EQ(seen, QStringList());
     EXPECT_THAT(failure(server.url(u"/away"_s)).toStdString(), testing::HasSubstr("gave no answer"));
-    EXPECT_EQ(seen, QStringList()) << "the practice desk stays with its own server";
+    EXPECT_EQ(seen, QStringList()) << "the practice desk does not follow a redirect to another server";
 }
 
 } // namespace parcelory::test

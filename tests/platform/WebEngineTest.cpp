@@ -12,11 +12,10 @@
 #include "support/Printing.h"
 #include "support/RunTask.h"
 
-#include <gmock/gmock.h>
-
 #include <QApplication>
 #include <QDirIterator>
 #include <QStandardPaths>
+#include <gmock/gmock.h>
 
 #include <algorithm>
 #include <chrono>

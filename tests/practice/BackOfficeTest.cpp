@@ -1,5 +1,4 @@
 #include "practice/backoffice/PracticeBackOffice.h"
-
 #include "practice/backoffice/PracticeInvoices.h"
 #include "support/Printing.h"
 

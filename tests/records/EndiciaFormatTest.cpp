@@ -3,9 +3,8 @@
 #include "records/ShipmentRecord.h"
 #include "support/Printing.h"
 
-#include <gmock/gmock.h>
-
 #include <QLocale>
+#include <gmock/gmock.h>
 
 #include <ctime>
 #include <optional>

@@ -1,7 +1,7 @@
 #include "records/LabelChecks.h"
+#include "records/ShipmentRecord.h"
 #include "support/LogFile.h"
 
-#include "records/ShipmentRecord.h"
 #include <functional>
 #include <optional>
 
@@ -27,25 +27,25 @@ Trait status(const char *word, int reprint, int refund, int scanForm)
     return {word, apply, reprint, refund, scanForm};
 }
 
-Trait tracked(const char *word, int doubts)
+Trait tracked(const char *word, int warnings)
 {
     const auto apply = [word](ShipmentRecord &, LabelFacts &f) { f.tracked = trackingStatusFrom(word); };
-    return {word, apply, doubts, doubts, doubts};
+    return {word, apply, warnings, warnings, warnings};
 }
 
-Trait age(qint64 seconds, int doubts)
+Trait age(qint64 seconds, int warnings)
 {
     const auto apply = [seconds](ShipmentRecord &r, LabelFacts &) { r.createdAt = now.addSecs(-seconds); };
-    return {"age", apply, doubts, doubts, doubts};
+    return {"age", apply, warnings, warnings, warnings};
 }
 
-Trait mode(bool testLabel, std::optional<bool> testKey, int doubts)
+Trait mode(bool testLabel, std::optional<bool> testKey, int warnings)
 {
     const auto apply = [=](ShipmentRecord &r, LabelFacts &f) {
         r.testMode = testLabel;
         f.testKey = testKey;
     };
-    return {"mode", apply, doubts, doubts, doubts};
+    return {"mode", apply, warnings, warnings, warnings};
 }
 
 const QList<Group> &groups()
@@ -105,11 +105,11 @@ TEST(LabelChecks, WarnsOnceForEveryReasonAndNeverOfAFreshLabel)
         const LabelUse uses[] = {LabelUse::reprint, LabelUse::refund, LabelUse::scanForm};
         for (int use = 0; use < 3; ++use) {
             ++combinations;
-            const QStringList doubts = labelWarnings(uses[use], record, facts);
-            const bool isRight = doubts.size() == expected[use] && doubts.filter(u"%"_s).isEmpty();
+            const QStringList warnings = labelWarnings(uses[use], record, facts);
+            const bool isRight = warnings.size() == expected[use] && warnings.filter(u"%"_s).isEmpty();
             if (!isRight && ++wrong < 5)
                 ADD_FAILURE() << use << ": " << names.join(u", "_s).toStdString() << " — "
-                              << doubts.join(u' ').toStdString();
+                              << warnings.join(u' ').toStdString();
         }
         EXPECT_TRUE(labelWarnings(LabelUse::checkStatus, record, facts).isEmpty());
     });

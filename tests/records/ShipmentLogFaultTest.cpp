@@ -1,10 +1,12 @@
+#include "core/AppError.h"
 #include "records/ShipmentLog.h"
 #include "records/ShipmentRecord.h"
 #include "support/LogFile.h"
 
-#include "core/AppError.h"
-
 #include <QScopeGuard>
+#include <sqlite3.h>
+#include <sys/resource.h>
+#include <unistd.h>
 
 #include <atomic>
 #include <csignal>
@@ -12,10 +14,6 @@
 #include <optional>
 #include <thread>
 #include <utility>
-
-#include <sqlite3.h>
-#include <sys/resource.h>
-#include <unistd.h>
 
 namespace parcelory::test {
 using namespace Qt::StringLiterals;

@@ -1,8 +1,7 @@
-#include "records/ShipmentLog.h"
-#include "support/LogFile.h"
-
 #include "core/Task.h"
+#include "records/ShipmentLog.h"
 #include "records/ShipmentLogIndex.h"
+#include "support/LogFile.h"
 
 #include <array>
 #include <mutex>
@@ -141,7 +140,7 @@ TEST(ShipmentLogIndex, FindsTheRowsThatLikeFindsInTheirOrder)
         ASSERT_EQ(QList<qint64>(found.begin(), found.end()), expected) << pattern.toPercentEncoding().toStdString();
         someFound += !expected.isEmpty() && expected.size() < limit;
     }
-    EXPECT_GT(someFound, 50) << "most patterns find nothing or everything";
+    EXPECT_GT(someFound, 50) << "too few patterns find some rows but not all";
 }
 
 TEST(ShipmentLogIndex, AnswersOnlyWhileItKnowsEveryRow)

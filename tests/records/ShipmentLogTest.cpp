@@ -1,10 +1,9 @@
 #include "records/ShipmentLog.h"
+#include "core/AppError.h"
 #include "core/Progress.h"
+#include "records/EndiciaFormat.h"
 #include "records/ShipmentRecord.h"
 #include "support/LogFile.h"
-
-#include "core/AppError.h"
-#include "records/EndiciaFormat.h"
 
 #include <QBuffer>
 

@@ -1,15 +1,13 @@
 #include "shell/ErrorLog.h"
-#include "core/AppError.h"
-
 #include "carrier/ShippoError.h"
+#include "core/AppError.h"
 #include "core/Json.h"
 #include "support/FakePlatform.h"
 #include "support/Printing.h"
 #include "support/RunTask.h"
 
-#include <gmock/gmock.h>
-
 #include <QFile>
+#include <gmock/gmock.h>
 
 #include <chrono>
 #include <cstddef>

@@ -1,5 +1,4 @@
 #include "support/FakePlatform.h"
-
 #include "carrier/ShippoKeys.h"
 #include "core/Deployment.h"
 #include "core/Progress.h"

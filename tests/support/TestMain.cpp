@@ -1,9 +1,8 @@
 #include "support/Printing.h"
 
-#include <gmock/gmock.h>
-
 #include <QGuiApplication>
 #include <QStandardPaths>
+#include <gmock/gmock.h>
 
 int main(int argc, char **argv)
 {

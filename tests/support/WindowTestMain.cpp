@@ -1,10 +1,9 @@
 #include "support/Printing.h"
 #include "ui/theme/Theme.h"
 
-#include <gmock/gmock.h>
-
 #include <QApplication>
 #include <QStandardPaths>
+#include <gmock/gmock.h>
 
 int main(int argc, char **argv)
 {

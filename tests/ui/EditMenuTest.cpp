@@ -48,7 +48,7 @@ TEST(EditMenu, ActsOnTheFocusedWidget)
     desk.press(Qt::Key_Down);
     desk.press(Qt::Key_Delete);
     desk.wait([&] { return book.deleted.value().has_value(); });
-    EXPECT_TRUE(choose(u"Undo"_s)) << "of the list that has the keyboard";
+    EXPECT_TRUE(choose(u"Undo"_s)) << "Undo belongs to the list with the focus";
     desk.wait([&] { return book.contacts().size() == 2; });
 }
 

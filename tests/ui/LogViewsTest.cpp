@@ -93,7 +93,7 @@ TEST_F(LogViewsTest, TheClerksLayoutSurvivesReloadsAndRestarts)
     add(u"new"_s, 59);
     app.log.reload();
     settle();
-    EXPECT_EQ(cell(table->rowAt(0), ShipmentModel::recipient), u"Ana 29"_s) << "and not the row above it";
+    EXPECT_EQ(cell(table->rowAt(0), ShipmentModel::recipient), u"Ana 29"_s) << "the row on top stays";
     EXPECT_EQ(table->rowViewportPosition(table->rowAt(0)), 0);
     EXPECT_EQ(cell(table->currentIndex().row(), ShipmentModel::recipient), u"Ana 39"_s);
 

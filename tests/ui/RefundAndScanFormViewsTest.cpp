@@ -42,7 +42,7 @@ struct AfterSaleDesk : WindowDesk {
     }
 };
 
-TEST(AfterSale, ARefundAsksAndEscKeepsTheLabel)
+TEST(RefundAndScanFormViews, ARefundAsksAndEscKeepsTheLabel)
 {
     AfterSaleDesk desk;
     const MailingLogScreen &log = desk.program->screens().mailingLog;
@@ -69,7 +69,7 @@ TEST(AfterSale, ARefundAsksAndEscKeepsTheLabel)
     EXPECT_FALSE(desk.button(u"Refund"_s)->isEnabled());
 }
 
-TEST(AfterSale, TheMasterLogLoadsByItselfAndAgainOnReturn)
+TEST(RefundAndScanFormViews, TheMasterLogLoadsByItselfAndAgainOnReturn)
 {
     AfterSaleDesk desk;
     MasterLogScreen &log = desk.program->screens().masterLog;
@@ -93,7 +93,7 @@ TEST(AfterSale, TheMasterLogLoadsByItselfAndAgainOnReturn)
     EXPECT_FALSE(desk.button(u"Refresh"_s)->isEnabled());
 }
 
-TEST(AfterSale, EveryColumnIsSortedByItsType)
+TEST(RefundAndScanFormViews, EveryColumnIsSortedByItsType)
 {
     const QDateTime noon(QDate(2026, 11, 20), QTime(12, 0));
     const QList<ShipmentRecord> records = {
@@ -135,7 +135,7 @@ struct ToolkitLeaks {
 #endif
 };
 
-TEST(AfterSale, AScanFormOpensOnlyIfThereAreLabels)
+TEST(RefundAndScanFormViews, AScanFormOpensOnlyIfThereAreLabels)
 {
     AfterSaleDesk desk;
     desk.press(Qt::Key_F, Qt::ControlModifier | Qt::ShiftModifier);

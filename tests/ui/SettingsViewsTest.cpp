@@ -168,7 +168,7 @@ TEST_F(SettingsViews, AMissingPrinterIsShownAsMissing)
     settleAll();
     auto *documents = named<ComboBox>(u"Document printer"_s, &view());
     EXPECT_EQ(documents->currentText(), u"Gone (not found)"_s);
-    EXPECT_EQ(labels->currentText(), u"— none chosen —"_s) << "and not the first one on offer";
+    EXPECT_EQ(labels->currentText(), u"— none chosen —"_s) << "no queue is chosen by itself";
     documents->setFocus();
     press(Qt::Key_Home);
     EXPECT_EQ(documents->currentText(), u"— open PDFs in Preview —"_s);

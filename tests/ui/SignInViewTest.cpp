@@ -25,7 +25,7 @@ struct SignInDesk : WindowDesk {
     }
 };
 
-TEST(SignIn, ReturnSignsInOrFocusesTheEmptyField)
+TEST(SignInView, ReturnSignsInOrFocusesTheEmptyField)
 {
     SignInDesk desk;
     desk.app().signOut();
@@ -49,7 +49,7 @@ TEST(SignIn, ReturnSignsInOrFocusesTheEmptyField)
     EXPECT_EQ(desk.password()->selectedText().size(), 5); // typing replaces it
 }
 
-TEST(SignIn, StartsOverAfterASignOut)
+TEST(SignInView, StartsOverAfterASignOut)
 {
     SignInDesk desk;
     desk.app().signedInUser = u"d.marsh"_s;

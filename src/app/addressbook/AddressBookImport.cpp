@@ -1,5 +1,6 @@
-#include "addressbook/LocalAddressStore.h"
 #include "app/addressbook/AddressBook.h"
+
+#include "addressbook/LocalAddressStore.h"
 #include "core/AppError.h"
 #include "core/PostalContact.h"
 #include "core/Progress.h"

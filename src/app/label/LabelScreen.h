@@ -132,9 +132,9 @@ private:
     bool takeWeight();
 
     Task<> applyRates(ShippoShipment shipment);
-    void adoptStandardised(const ShippoValidatedAddress &standardised);
+    void adoptStandardized(const ShippoValidatedAddress &standardized);
     Task<> applyValidation(ShippoAddress typed, ShippoValidatedAddress answer);
-    Task<> continueTowardsRating();
+    Task<> continueTowardRating();
     Task<bool> reviewPrintedAddress(ShippoShipment shipment);
 
     Purchase preparePurchase(const ShippoRate &rate) const;

@@ -27,7 +27,7 @@ QString reviewLines(const Street &street1, const Street &street2, const Text &ci
     return joinPresent({street1, street2, place}, u"\n"_s);
 }
 
-Question standardisedQuestion(const QStringList &lost, const QString &typed, const QString &uspsVersion)
+Question standardizedQuestion(const QStringList &lost, const QString &typed, const QString &uspsVersion)
 {
     const QString dropped = u"USPS standardization DROPPED: "_s + lost.join(u", "_s), which = u"Which should ship?"_s;
     return {.title = u"USPS Rewrote This Address"_s,
@@ -59,7 +59,7 @@ Task<> LabelScreen::validate()
     if (isInternational()) {
         validationStatus = u"International — address not validated"_s;
         validationOK = true;
-        co_await continueTowardsRating();
+        co_await continueTowardRating();
         co_return;
     }
     {
@@ -78,7 +78,7 @@ Task<> LabelScreen::validate()
         }
     }
     if (validationOK)
-        co_await continueTowardsRating();
+        co_await continueTowardRating();
 }
 
 /// Applies the carrier's validation result to the draft.
@@ -104,7 +104,7 @@ Task<> LabelScreen::applyValidation(ShippoAddress typed, ShippoValidatedAddress 
                                                 answer.state.value_or(typed.state), answer.zip.value_or(typed.zip));
         const QString typedLines = reviewLines(typed.street1, typed.street2, typed.city, typed.state, typed.zip);
         m_app.tab = MainTab::newLabel; // show the address that the question is about
-        const int choice = co_await m_app.platform.prompts.choose(standardisedQuestion(lost, typedLines, uspsVersion));
+        const int choice = co_await m_app.platform.prompts.choose(standardizedQuestion(lost, typedLines, uspsVersion));
         adopt = choice == 1;
         if (!(m_app.draftTo.value() == typed)) { // a scan may have filled in another recipient meanwhile
             warn(draftChanged);
@@ -112,23 +112,23 @@ Task<> LabelScreen::applyValidation(ShippoAddress typed, ShippoValidatedAddress 
         }
     }
     if (adopt)
-        adoptStandardised(answer);
+        adoptStandardized(answer);
     validationStatus = adopt ? u"Valid ✓ (USPS version)"_s : u"Valid ✓ (kept as typed)"_s;
     validationOK = true;
 }
 
-void LabelScreen::adoptStandardised(const ShippoValidatedAddress &standardised)
+void LabelScreen::adoptStandardized(const ShippoValidatedAddress &standardized)
 {
     ShippoAddress to = m_app.draftTo;
-    to.street1 = standardised.street1.value_or(to.street1);
-    to.street2 = standardised.street2.value_or(QString());
-    to.city = standardised.city.value_or(to.city);
-    to.state = standardised.state.value_or(to.state);
-    to.zip = standardised.zip.value_or(to.zip);
+    to.street1 = standardized.street1.value_or(to.street1);
+    to.street2 = standardized.street2.value_or(QString());
+    to.city = standardized.city.value_or(to.city);
+    to.state = standardized.state.value_or(to.state);
+    to.zip = standardized.zip.value_or(to.zip);
     m_app.draftTo = to;
 }
 
-Task<> LabelScreen::continueTowardsRating()
+Task<> LabelScreen::continueTowardRating()
 {
     if (totalPounds() <= 0)
         takeWeight();

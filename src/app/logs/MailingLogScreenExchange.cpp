@@ -1,10 +1,10 @@
 #include "app/logs/MailingLogScreen.h"
+
+#include "app/logs/SaveFile.h"
 #include "core/AppError.h"
 #include "core/Progress.h"
 #include "core/Task.h"
 #include "shell/ErrorLog.h"
-
-#include "app/logs/SaveFile.h"
 
 #include <QElapsedTimer>
 #include <QFileInfo>

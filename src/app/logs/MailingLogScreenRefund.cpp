@@ -1,20 +1,20 @@
 #include "app/logs/MailingLogScreen.h"
+
 #include "app/purchase/CarrierRefund.h"
+#include "app/purchase/ReprintCheck.h"
 #include "carrier/CarrierWords.h"
 #include "carrier/ShippoError.h"
 #include "carrier/ShippoRecords.h"
 #include "core/AppError.h"
 #include "core/Task.h"
+#include "core/Text.h"
 #include "core/ports/Prompts.h"
 #include "records/LabelChecks.h"
 #include "records/PurchaseJournal.h"
 #include "records/ShipmentRecord.h"
-#include "shell/ErrorLog.h"
-
-#include "app/purchase/ReprintCheck.h"
-#include "core/Text.h"
 #include "records/ShipmentStatus.h"
 #include "records/StatusWords.h"
+#include "shell/ErrorLog.h"
 
 #include <QScopeGuard>
 
@@ -27,13 +27,13 @@ namespace {
 
 const QString approval = u" — USPS refunds take up to 14 days to approve."_s;
 
-Question confirmation(const ShipmentRecord &record, const QStringList &doubts)
+Question confirmation(const ShipmentRecord &record, const QStringList &warnings)
 {
     return {.title = u"Refund This Label?"_s,
             .text = u"%1 %2 to %3, $%4\nTracking %5%6\n\nThe label is voided and must not be used. The refund "
                     "goes to the Shippo account%7"_s.arg(record.carrier, record.service, record.recipientName(),
                                                          fixed(record.postage, 2), record.tracking,
-                                                         warningLines(doubts), approval),
+                                                         warningLines(warnings), approval),
             .choices = {u"Keep the Label"_s, u"Request Refund"_s},
             .safeChoice = 0};
 }
@@ -60,8 +60,8 @@ Task<> MailingLogScreen::refund(ShipmentRecord record)
             co_return;
     }
     const LabelFacts facts = co_await loadLabelFacts(m_app, record);
-    const QStringList doubts = labelWarnings(LabelUse::refund, record, facts);
-    const int answer = co_await m_app.platform.prompts.choose(confirmation(record, doubts));
+    const QStringList warnings = labelWarnings(LabelUse::refund, record, facts);
+    const int answer = co_await m_app.platform.prompts.choose(confirmation(record, warnings));
     if (answer != 1)
         co_return;
     const std::optional<ShipmentRecord> now = co_await onPool([&log = m_app.log, record] { return log.find(record); });

@@ -1,7 +1,5 @@
 #include "app/logs/RefundSync.h"
 
-#include "records/ShipmentStatus.h"
-
 #include "app/purchase/CarrierRefund.h"
 #include "carrier/CarrierWords.h"
 #include "carrier/ShippoRecords.h"
@@ -10,7 +8,9 @@
 #include "records/PurchaseJournal.h"
 #include "records/ShipmentLog.h"
 #include "records/ShipmentRecord.h"
+#include "records/ShipmentStatus.h"
 #include "shell/ErrorLog.h"
+
 #include <cstdlib>
 #include <optional>
 

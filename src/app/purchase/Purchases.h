@@ -15,7 +15,7 @@ namespace parcelory {
 struct UnresolvedPurchase {
     OpenPurchase purchase;
     QString text;                ///< status, worded for the clerk
-    bool isInconclusive = false; ///< no definite answer, and a retry may bring none: buying stays enabled
+    bool isInconclusive = false; ///< no definite answer, and a retry may not help: buying stays enabled
     bool isUnlogged = false;     ///< it was bought, and only the mailing log lacks it
     QDateTime since;             ///< no request is sent after this steady time; a request in transit may still arrive
     int looks = 0;               ///< how often the carrier was asked in vain

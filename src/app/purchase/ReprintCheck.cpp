@@ -29,12 +29,12 @@ LabelFacts recordedFacts(AppState &app, const ShipmentRecord &record, const QDat
             .waiting = {}};
 }
 
-Question reprintQuestion(const ShipmentRecord &record, const QStringList &doubts)
+Question reprintQuestion(const ShipmentRecord &record, const QStringList &warnings)
 {
     return {.title = u"Reprint This Label?"_s,
             .text = u"%1 %2 to %3\nTracking %4"_s.arg(record.carrier, record.service, record.recipientName(),
                                                       record.tracking) +
-                    warningLines(doubts),
+                    warningLines(warnings),
             .choices = {u"Cancel"_s, u"Reprint"_s},
             .safeChoice = 0};
 }
@@ -48,9 +48,9 @@ Task<LabelFacts> loadLabelFacts(AppState &app, ShipmentRecord record)
     co_return facts;
 }
 
-QString warningLines(const QStringList &doubts)
+QString warningLines(const QStringList &warnings)
 {
-    return doubts.isEmpty() ? QString() : u"\n\n• "_s + doubts.join(u"\n• "_s);
+    return warnings.isEmpty() ? QString() : u"\n\n• "_s + warnings.join(u"\n• "_s);
 }
 
 Task<QString> reprintChecked(AppState &app, ShipmentRecord record)
@@ -59,9 +59,9 @@ Task<QString> reprintChecked(AppState &app, ShipmentRecord record)
     const ShipmentRecord now = row.value_or(record); // a refund may have been requested since the row was listed
     LabelFacts facts = co_await loadLabelFacts(app, now);
     facts.waiting = co_await stillWaiting(app);
-    const QStringList doubts = labelWarnings(LabelUse::reprint, now, facts);
-    if (!doubts.isEmpty()) {
-        const int answer = co_await app.platform.prompts.choose(reprintQuestion(now, doubts));
+    const QStringList warnings = labelWarnings(LabelUse::reprint, now, facts);
+    if (!warnings.isEmpty()) {
+        const int answer = co_await app.platform.prompts.choose(reprintQuestion(now, warnings));
         if (answer != 1)
             co_return QString();
     }

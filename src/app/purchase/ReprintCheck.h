@@ -10,7 +10,7 @@ namespace parcelory {
 Task<LabelFacts> loadLabelFacts(AppState &app, ShipmentRecord record);
 
 /// The warnings as lines for a question, with an empty line before them; empty if there are no warnings.
-QString warningLines(const QStringList &doubts);
+QString warningLines(const QStringList &warnings);
 
 /// Reprints a label; asks the clerk first if there is a warning. Returns the printer's message, empty if canceled.
 /// Throws AppError.

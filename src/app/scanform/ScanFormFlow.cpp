@@ -52,7 +52,7 @@ Question oddLabelsQuestion(const QStringList &lines)
 {
     constexpr qsizetype most = 8;
     QString text =
-        u"Some of today's labels stand out:\n\n• "_s + lines.first(std::min(most, lines.size())).join(u"\n• "_s);
+        u"Some of today's labels have a warning:\n\n• "_s + lines.first(std::min(most, lines.size())).join(u"\n• "_s);
     if (lines.size() > most)
         text += u"\n• and %1 more"_s.arg(lines.size() - most);
     return {.title = u"SCAN Form"_s,
@@ -121,21 +121,21 @@ Task<> ScanFormFlow::showNoLabelsToManifest(bool testKey)
                 : u"No labels have been printed today, so there's nothing to put on a SCAN form."_s);
 }
 
-/// True if no label stands out, or if the clerk confirms.
+/// True if no label has a warning, or if the clerk confirms.
 Task<bool> ScanFormFlow::confirmOddLabels(QList<ShipmentRecord> labels, bool testKey)
 {
     const QStringList lines = co_await onPool([this, labels, testKey, now = m_app.platform.clock.now()] {
         QStringList lines;
         for (const ShipmentRecord &label : labels) {
-            const QStringList doubts = labelWarnings(LabelUse::scanForm, label,
-                                                     {.now = now,
-                                                      .testKey = testKey,
-                                                      .tracked = m_app.labelHistory.of(label.id).tracked,
-                                                      .lastReprint = {},
-                                                      .onScanForm = m_app.scanForms.formWith(label.transactionID),
-                                                      .waiting = {}});
-            if (!doubts.isEmpty())
-                lines += u"%1 (%2): %3"_s.arg(label.recipientName(), label.tracking, doubts.join(u' '));
+            const QStringList warnings = labelWarnings(LabelUse::scanForm, label,
+                                                       {.now = now,
+                                                        .testKey = testKey,
+                                                        .tracked = m_app.labelHistory.of(label.id).tracked,
+                                                        .lastReprint = {},
+                                                        .onScanForm = m_app.scanForms.formWith(label.transactionID),
+                                                        .waiting = {}});
+            if (!warnings.isEmpty())
+                lines += u"%1 (%2): %3"_s.arg(label.recipientName(), label.tracking, warnings.join(u' '));
         }
         return lines;
     });

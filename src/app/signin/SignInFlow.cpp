@@ -1,11 +1,11 @@
 #include "app/signin/SignInFlow.h"
 
-#include <optional>
-
 #include "app/AppState.h"
 #include "backoffice/SavedCredentials.h"
 #include "core/AppError.h"
 #include "core/Task.h"
+
+#include <optional>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

@@ -23,7 +23,7 @@ struct PlatformContact {
     QString given;
     QString family;
     QString fullName; ///< used if both names above are empty
-    QString organisation;
+    QString organization;
     QList<PlatformAddress> addresses;
     QStringList phones;
     QStringList emails;

@@ -20,7 +20,7 @@ public:
     virtual ~HidSource() = default;
 
     virtual void start(Listener listener) = 0;
-    /// The listener is not called any more.
+    /// Stops calling the listener.
     virtual void stop() = 0;
 };
 

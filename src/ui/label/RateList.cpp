@@ -18,11 +18,6 @@ namespace {
 constexpr int idRole = Qt::UserRole, secondLineRole = Qt::UserRole + 1, priceRole = Qt::UserRole + 2;
 constexpr int rowHeight = 46, gap = 6;
 
-QString serviceName(const ShippoRate &rate)
-{
-    return serviceName(rate.servicelevel);
-}
-
 /// "12 dollars 35", for screen readers.
 QString spokenPrice(const QString &amount)
 {
@@ -113,13 +108,14 @@ void RateList::refill()
 {
     m_rows.clear();
     for (const ShippoRate &rate : m_screen.rates.value()) {
-        auto *row = new QStandardItem(serviceName(rate));
+        auto *row = new QStandardItem(serviceName(rate.servicelevel));
         const QString transit = LabelScreen::transitText(rate);
         row->setData(rate.objectId, idRole);
         row->setData(rate.provider + u" · "_s + transit, secondLineRole);
         row->setData(u'$' + rate.amount, priceRole);
-        row->setData(QStringList{serviceName(rate), rate.provider, transit, spokenPrice(rate.amount)}.join(u", "_s),
-                     Qt::AccessibleTextRole);
+        row->setData(
+            QStringList{serviceName(rate.servicelevel), rate.provider, transit, spokenPrice(rate.amount)}.join(u", "_s),
+            Qt::AccessibleTextRole);
         m_rows.appendRow(row);
     }
     showChosen();

@@ -82,11 +82,11 @@ void LogModel::sort(int column, Qt::SortOrder order)
     beginResetModel();
     m_sortColumn = column;
     m_sortOrder = order;
-    arrange();
+    sortRows();
     endResetModel();
 }
 
-void LogModel::arrange()
+void LogModel::sortRows()
 {
     m_order.resize(size_t(recordCount()));
     std::iota(m_order.begin(), m_order.end(), qsizetype(0));

@@ -50,7 +50,7 @@ protected:
     virtual bool sortsByNumber(int column) const = 0;
     virtual double number(qsizetype record, int column) const = 0;
 
-    void arrange();
+    void sortRows();
     qsizetype recordAt(int row) const { return m_order[size_t(row)]; }
 
 private:
@@ -82,7 +82,7 @@ public:
     {
         beginResetModel();
         m_records = records;
-        arrange();
+        sortRows();
         endResetModel();
     }
 

@@ -48,8 +48,9 @@ MailingLogView::MailingLogView(AppState &app, MailingLogScreen &screen, QWidget 
       m_export(new Button(u"Export Mail Log"_s, Button::Kind::standard, u"ui_export"_s)), m_table(new ShipmentTable),
       m_empty(new EmptyState(u"ui_invoice"_s, {})), m_list(new QStackedWidget),
       m_details(new ShipmentDetails(screen, m_table)), m_splitter(new QSplitter(Qt::Vertical)), m_foot(new LogFoot),
-      m_message(new Notice(u"ui_info"_s, &Tokens::muted, FontRole::body)), m_share(new ProgressBar(u"Progress"_s, 160)),
-      m_cancel(new Button(u"Cancel"_s)), m_refresh([this] { refresh(); })
+      m_message(new Notice(u"ui_info"_s, &Tokens::muted, FontRole::body)),
+      m_progress(new ProgressBar(u"Progress"_s, 160)), m_cancel(new Button(u"Cancel"_s)),
+      m_refresh([this] { refresh(); })
 {
     auto *sheet = new PanelFrame(&Tokens::sheet);
     auto *centered = new QVBoxLayout(sheet);
@@ -91,7 +92,7 @@ QWidget *MailingLogView::makeFoot()
     m_message->setTextInk(&Tokens::text);
     m_foot->row()->addWidget(m_message, 1, Qt::AlignVCenter);
     m_foot->row()->addStretch();
-    m_foot->row()->addWidget(m_share);
+    m_foot->row()->addWidget(m_progress);
     m_foot->row()->addWidget(m_cancel);
     connect(m_cancel, &QPushButton::clicked, this, [this] { m_screen.cancel(); });
     return m_foot;
@@ -163,8 +164,8 @@ void MailingLogView::refreshFoot()
 {
     const std::optional<double> progress = m_screen.progress;
     m_foot->setBusy(m_screen.busy && !progress);
-    m_share->setVisible(progress.has_value());
-    m_share->setShare(progress.value_or(0));
+    m_progress->setVisible(progress.has_value());
+    m_progress->setProgress(progress.value_or(0));
     if (!progress && m_cancel->hasFocus())
         m_table->setFocus();
     m_cancel->setVisible(progress.has_value());

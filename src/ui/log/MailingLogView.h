@@ -55,7 +55,7 @@ private:
     QSplitter *m_splitter;
     LogFoot *m_foot;
     Notice *m_message;
-    ProgressBar *m_share; ///< the progress of an export or import
+    ProgressBar *m_progress; ///< the progress of an export or import
     Button *m_cancel;
     QString m_listed; ///< the search whose results the table shows
     RefreshScheduler m_refresh;

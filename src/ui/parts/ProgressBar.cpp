@@ -17,9 +17,9 @@ ProgressBar::ProgressBar(const QString &name, int width, QWidget *parent) : QPro
         setFixedWidth(Theme::current().scaled(width));
 }
 
-void ProgressBar::setShare(double share)
+void ProgressBar::setProgress(double progress)
 {
-    setValue(qRound(share * maximum()));
+    setValue(qRound(progress * maximum()));
 }
 
 void ProgressBar::paintEvent(QPaintEvent *)

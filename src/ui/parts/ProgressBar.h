@@ -10,7 +10,7 @@ public:
     /// `name` is the name for screen readers; `width` is in logical pixels, 0 takes the available width.
     ProgressBar(const QString &name, int width, QWidget *parent = nullptr);
 
-    void setShare(double share); ///< 0 to 1
+    void setProgress(double progress); ///< 0 to 1
 
 protected:
     void paintEvent(QPaintEvent *event) override;

@@ -91,7 +91,7 @@ AddressBookView::AddressBookView(AppState &app, AddressBook &book, QWidget *pare
     : QWidget(parent), m_app(app), m_book(book), m_pane(app, book),
       m_search(new SearchField(u"Search name, company, place"_s)), m_list(new AddressList(m_pane)),
       m_empty(makeEmpty(book)), m_nothing(new EmptyState(u"ui_search"_s, {})), m_pages(new QStackedWidget),
-      m_news(new TextLabel({}, FontRole::caption)), m_cancel(new Button(u"Cancel"_s, Button::Kind::link)),
+      m_message(new TextLabel({}, FontRole::caption)), m_cancel(new Button(u"Cancel"_s, Button::Kind::link)),
       m_undo(new Button(u"Undo"_s, Button::Kind::link)), m_bar(new BusyBar), m_fill(new Button(u"Fill Label"_s)),
       m_add(makeTool(u"ui_plus"_s, u"New address"_s)), m_edit(makeTool(u"ui_edit"_s, u"Edit the selected address"_s)),
       m_delete(makeTool(u"ui_trash"_s, u"Delete the selected address"_s)),
@@ -129,11 +129,11 @@ void AddressBookView::addFoot(QVBoxLayout *rows)
 
 QLayout *AddressBookView::makeNews()
 {
-    m_news->setWordWrap(true);
-    m_news->hide();
+    m_message->setWordWrap(true);
+    m_message->hide();
     auto *row = new QHBoxLayout;
     row->setSpacing(4);
-    row->addWidget(m_news, 1);
+    row->addWidget(m_message, 1);
     row->addWidget(m_cancel);
     row->addWidget(m_undo);
     m_undo->setToolTip(QKeySequence(Qt::CTRL | Qt::Key_Z).toString(QKeySequence::NativeText));
@@ -281,7 +281,7 @@ void AddressBookView::refresh()
             m_search->setFocus();
         link->setVisible(shown);
     }
-    refreshNews();
+    refreshMessage();
 }
 
 void AddressBookView::showPage()
@@ -297,17 +297,17 @@ void AddressBookView::showPage()
 }
 
 /// Omits a status that is only the number of addresses, which is shown beside the tools.
-void AddressBookView::refreshNews()
+void AddressBookView::refreshMessage()
 {
     const QString status = m_book.status;
-    const QString news = status.endsWith(u" addresses"_s) ? QString() : status;
-    if (news == m_news->accessibleName())
+    const QString message = status.endsWith(u" addresses"_s) ? QString() : status;
+    if (message == m_message->accessibleName())
         return;
-    m_news->setText(breakable(news, FontRole::caption, narrowestText));
-    m_news->setAccessibleName(news);
-    m_news->setVisible(!news.isEmpty());
-    if (!news.isEmpty() && isVisible() && !m_book.importing) // do not announce every step of an import
-        announce(m_news);
+    m_message->setText(breakable(message, FontRole::caption, narrowestText));
+    m_message->setAccessibleName(message);
+    m_message->setVisible(!message.isEmpty());
+    if (!message.isEmpty() && isVisible() && !m_book.importing) // do not announce every step of an import
+        announce(m_message);
 }
 
 } // namespace parcelory

@@ -45,7 +45,7 @@ private:
     void refreshList();
     void refresh();
     void showPage();
-    void refreshNews();
+    void refreshMessage();
 
     AppState &m_app;
     AddressBook &m_book;
@@ -54,7 +54,7 @@ private:
     AddressList *m_list;
     EmptyState *m_empty, *m_nothing;
     QStackedWidget *m_pages;
-    TextLabel *m_news; ///< the last operation's result
+    TextLabel *m_message; ///< the last operation's result
     Button *m_cancel, *m_undo;
     BusyBar *m_bar;
     Button *m_fill, *m_add, *m_edit, *m_delete, *m_import;

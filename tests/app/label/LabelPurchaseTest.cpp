@@ -73,7 +73,7 @@ TEST_F(LabelPurchaseTest, BuysPrintsLogsAndMakesRoomForTheNextParcel)
     EXPECT_FALSE(row.tracking.isEmpty() || row.transactionID.isEmpty() || row.labelURL.isEmpty());
     const QByteArray label = *app->log.zpl(row.id);
     EXPECT_TRUE(label.startsWith("^XA"));
-    EXPECT_EQ(processes.lastPrinted(), Zpl::rotated(label)) << "the log keeps the label as it came";
+    EXPECT_EQ(processes.lastPrinted(), Zpl::rotated(label)) << "the log keeps the label as the carrier sent it";
 
     EXPECT_TRUE(
         app->lastShipmentSummary.value().startsWith(u"USPS Priority Mail · Eleanor Whitfield, Asheville NC · $"_s));
@@ -137,10 +137,10 @@ TEST_F(LabelPurchaseTest, ALabelThatCouldNotBePrintedIsStillLogged)
         buy();
         failsWith(reason);
         EXPECT_EQ(app->log.records().size(), ++rows);
-        EXPECT_FALSE(app->log.zpl(newest().id)) << "an error page is no label to reprint";
+        EXPECT_FALSE(app->log.zpl(newest().id)) << "an error page must not be kept as a label";
         EXPECT_FALSE(newest().labelURL.isEmpty());
     }
-    EXPECT_EQ(processes.lastPrinted(), lastPrinted) << "nothing that is no label goes to a print tool";
+    EXPECT_EQ(processes.lastPrinted(), lastPrinted) << "print tools get labels only";
 }
 
 TEST_F(LabelPurchaseTest, AFedexParcelAbroadBringsItsCustomsDocument)
@@ -186,14 +186,14 @@ TEST_F(LabelPurchaseTest, ARejectedPurchaseKeepsTheRatesAndAnUnresolvedPurchaseD
     pressBuy();
     EXPECT_EQ(banner(), u"Insufficient funds."_s);
     EXPECT_TRUE(screen().selectedRate());
-    EXPECT_TRUE(app->journal.openPurchases().isEmpty()) << "a refusal is an end";
+    EXPECT_TRUE(app->journal.openPurchases().isEmpty()) << "a refused purchase is closed";
 
     CarrierScenario refusedPoll{.queuedReads = 5};
     refusedPoll.failNext = CarrierFailure{"transactions/", 429, "text/plain", "slow down", 1, "GET"};
     carrier.setScenario(refusedPoll);
     pressBuy();
     EXPECT_TRUE(banner().contains(u", transaction "_s)) << banner().toStdString();
-    EXPECT_FALSE(screen().selectedRate()) << "the purchase was taken on before the look at it was refused";
+    EXPECT_FALSE(screen().selectedRate()) << "the carrier had accepted the purchase before it refused the lookup";
     EXPECT_FALSE(screen().busy.value());
 }
 
@@ -256,7 +256,8 @@ TEST_F(LabelPurchaseTest, NoFailureLeaksASecret)
         seen += (title + text).toUtf8();
     for (const APIErrorEntry &entry : errors->entries())
         seen += (entry.context + entry.detail).toUtf8();
-    EXPECT_TRUE(seen.contains("Eleanor Whitfield") && seen.contains("Buy Label")) << "this is where it would stand";
+    EXPECT_TRUE(seen.contains("Eleanor Whitfield") && seen.contains("Buy Label"))
+        << "the texts that are searched include alerts and error log";
     EXPECT_FALSE(seen.contains(PracticeCarrier::testToken.toUtf8()));
     EXPECT_FALSE(seen.contains("canary-password"));
 }

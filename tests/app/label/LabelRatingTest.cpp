@@ -225,7 +225,7 @@ TEST_F(LabelRatingTest, ValidationAdoptsTheStandardizedAddressAndContinuesWithRa
     EXPECT_TRUE(prompts.questions.isEmpty());
     EXPECT_FALSE(screen().rates.value().isEmpty());
     app->draftTo = homeAddress();
-    EXPECT_FALSE(screen().validationOK.value()) << "the street that was checked is no longer there";
+    EXPECT_FALSE(screen().validationOK.value()) << "the checked street was replaced";
 }
 
 TEST_F(LabelRatingTest, ValidationSaysWhatIsStillMissing)

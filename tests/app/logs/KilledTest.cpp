@@ -12,10 +12,10 @@
 #include "support/LogFile.h"
 #include "support/RunTask.h"
 
-#include <csignal>
 #include <unistd.h>
 
 #include <chrono>
+#include <csignal>
 #include <functional>
 #include <limits>
 #include <memory>
@@ -144,7 +144,8 @@ TEST_F(Killed, AtAnyMomentOfARefundTheNextStartFindsItsOutcome)
         EXPECT_TRUE(app->journal.openRefunds().isEmpty()) << turns;
         ++ends[found + u' ' + real];
         if (isMarked && real == u"SUCCESS")
-            EXPECT_TRUE(errors->entries().value(0).detail.contains(label.tracking)) << "the clerk had asked for it";
+            EXPECT_TRUE(errors->entries().value(0).detail.contains(label.tracking))
+                << "the clerk had asked for the refund";
     }
     if (isVictim)
         return;

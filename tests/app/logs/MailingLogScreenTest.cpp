@@ -5,10 +5,9 @@
 #include "practice/carrier/CarrierScenario.h"
 #include "records/ShipmentLog.h"
 #include "records/ShipmentRecord.h"
-#include "records/ShipmentStatus.h"
 #include "support/CarrierDesk.h"
-#include "support/LabelDesk.h"
 #include "support/LogFile.h"
+#include "support/MailingLogDesk.h"
 #include "support/RunTask.h"
 
 #include <QSemaphore>
@@ -22,23 +21,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-class MailingLogScreenTest : public testing::Test, public LabelDesk {
+class MailingLogScreenTest : public MailingLogDesk {
 protected:
-    MailingLogScreen log{*app};
-
-    void TearDown() override // a query that the test did not wait for still reports to the screen
-    {
-        workPool().waitForDone();
-        settle();
-    }
-    /// A label bought at this desk, as the log lists it.
-    ShipmentRecord bought()
-    {
-        composeAndRate(homeAddress());
-        pressBuy();
-        EXPECT_EQ(log.records().size(), 1) << banner().toStdString();
-        return log.records().first();
-    }
     qsizetype printed() const
     {
         return std::ranges::count_if(processes.calls(),
@@ -61,7 +45,7 @@ TEST_F(MailingLogScreenTest, TheListMatchesTheSearchThroughEveryReload)
     QObject::connect(&app->log, &ShipmentLog::recordsChanged, &here, [&] { ++queries; });
     const auto waitFor = [&](const QStringList &names) {
         runUntil([&] { return !lists.isEmpty(); });
-        EXPECT_EQ(lists, QList<QStringList>{names}) << "no other list may be seen on the way";
+        EXPECT_EQ(lists, QList<QStringList>{names}) << "no other list may appear in between";
         lists.clear();
     };
     EXPECT_TRUE(app->log.insert(shipmentTo(u"Ana"_s, 1), false) && app->log.insert(shipmentTo(u"Ben"_s, 2)));
@@ -74,9 +58,9 @@ TEST_F(MailingLogScreenTest, TheListMatchesTheSearchThroughEveryReload)
     for (const QString &typed : {u"B"_s, u""_s, u"a"_s, u"an"_s, u"ana"_s})
         log.search = typed;
     waitFor({u"Ana"_s});
-    EXPECT_LE(queries, 2) << "at most the first letter's, and the one that still counts";
+    EXPECT_LE(queries, 2) << "one query for the first letter, one for the last text";
     EXPECT_EQ(log.countText(), u"1 shipment found"_s);
-    EXPECT_FALSE(log.selected.value()) << "a row out of sight is no row to act on";
+    EXPECT_FALSE(log.selected.value()) << "a hidden row must not stay selected";
 
     log.selected = ana;
     EXPECT_TRUE(app->log.insert(shipmentTo(u"Zoe"_s, 3), false) && app->log.insert(shipmentTo(u"Anabel"_s, 4)));
@@ -120,7 +104,7 @@ TEST_F(MailingLogScreenTest, ReprintsFromTheNearestCopyOfTheLabel)
     run(log.reprint(row));
     paper.release();
     run(std::move(first));
-    EXPECT_EQ(printed(), 5) << "a second press while it prints makes no second label";
+    EXPECT_EQ(printed(), 5) << "a second press during printing prints no second label";
     EXPECT_TRUE(app->errors.entries().isEmpty());
 }
 
@@ -182,7 +166,7 @@ TEST_F(MailingLogScreenTest, AFailedReprintIsShownAndLoggedAndPrintsNothing)
         EXPECT_EQ(app->errors.entries().first().detail, log.message.value());
         EXPECT_EQ(prompts.alerts.size(), alerts += alert) << message.toStdString();
     }
-    EXPECT_EQ(printed(), 1) << "the one of the purchase";
+    EXPECT_EQ(printed(), 1) << "only the purchase printed";
 }
 
 TEST_F(MailingLogScreenTest, CopiesTheBareTrackingNumber)
@@ -190,25 +174,6 @@ TEST_F(MailingLogScreenTest, CopiesTheBareTrackingNumber)
     log.copyTracking({.tracking = u"9405511899560417228890"_s});
     EXPECT_EQ(desktop.clipboard, u"9405511899560417228890"_s);
     EXPECT_EQ(log.message.value(), u"Copied tracking 9405511899560417228890"_s);
-}
-
-TEST(ShipmentStatus, HasTextsForTheClerk)
-{
-    const QString pending = u"Refund pending (USPS: up to 14 days)"_s;
-    const struct {
-        QString stored, display, badge;
-    } rows[] = {{u"PRINTED"_s, u"Printed"_s, {}},
-                {u"DELIVERED"_s, u"Delivered"_s, {}},
-                {u"REFUND_PENDING"_s, pending, u"REFUND PENDING"_s},
-                {u"REFUND_REQUESTED"_s, pending, u"REFUND PENDING"_s},
-                {u"REFUNDED"_s, u"Refunded"_s, u"REFUNDED"_s},
-                {u"REFUND_ERROR"_s, u"Refund failed — see Error Log"_s, u"REFUND FAILED"_s},
-                {{}, u"—"_s, {}},
-                {u"Voided"_s, u"Voided"_s, {}}};
-    for (const auto &row : rows) {
-        EXPECT_EQ(friendlyStatus(row.stored), row.display);
-        EXPECT_EQ(refundBadge(row.stored), row.badge);
-    }
 }
 
 } // namespace parcelory::test

@@ -2,7 +2,6 @@
 #include "app/AppState.h"
 #include "carrier/MasterEntry.h"
 #include "compose/Customs.h"
-#include "compose/SecondLabel.h"
 #include "core/ShippoAddress.h"
 #include "practice/carrier/CarrierScenario.h"
 #include "records/ShipmentRecord.h"
@@ -113,7 +112,7 @@ TEST_F(PurchasesTest, BuyingIsDisabledForTheRecipientWhileTheCarrierIsUnreachabl
     ASSERT_EQ(purchases().resolved.value().size(), 1);
     EXPECT_EQ(logged(), sold());
     EXPECT_EQ(logged().size(), 1);
-    EXPECT_TRUE(processes.lastPrinted().isEmpty()) << "printing is the clerk's decision by now";
+    EXPECT_TRUE(processes.lastPrinted().isEmpty()) << "a label that is found later prints only when the clerk says so";
     run(purchases().print(purchases().resolved.value().first()));
     EXPECT_TRUE(processes.lastPrinted().contains("^XA"));
     purchases().dismiss(purchases().resolved.value().first());
@@ -128,7 +127,7 @@ TEST_F(PurchasesTest, APurchaseNotFoundAfterAMinuteWasNotBought)
     EXPECT_TRUE(banner().startsWith(u"Shippo rejected the request (409)."_s)) << banner().toStdString();
     ASSERT_EQ(purchases().unresolved.value().size(), 1);
     EXPECT_TRUE(purchases().unresolved.value().first().isInconclusive);
-    EXPECT_FALSE(screen().isBuyClosed()) << "it was answered, so a second look is enough";
+    EXPECT_FALSE(screen().isBuyClosed()) << "an inconclusive response leaves buying enabled";
 
     clock.advance(std::chrono::seconds(61));
     checkAgain();
@@ -155,7 +154,7 @@ TEST_F(PurchasesTest, AnUnresolvedPurchaseIsLookedUpOnlyWithItsOwnKey)
     app->keys.makeActive(u"Other"_s);
     clock.advance(std::chrono::seconds(61));
     checkAgain();
-    EXPECT_EQ(purchases().unresolved.value().size(), 1) << "another account of the same kind knows nothing of it";
+    EXPECT_EQ(purchases().unresolved.value().size(), 1) << "another account cannot tell";
     useToken(PracticeCarrier::testToken);
     app->keyChanges = app->keyChanges + 1;
     runUntil([this] { return purchases().unresolved.value().isEmpty(); });
@@ -173,7 +172,7 @@ TEST_F(PurchasesTest, ALookupWithinAMinuteOfItsLastActivityNeverResolvesAPurchas
     EXPECT_EQ(purchases().unresolved.value().size(), 1) << banner().toStdString();
     carrier.setScenario({});
     restart();
-    EXPECT_EQ(purchases().unresolved.value().size(), 1) << "whoever asked was there until just now";
+    EXPECT_EQ(purchases().unresolved.value().size(), 1) << "the wait starts at the restart";
 
     for (const int days : {-1, 2, -1}) { // setting the clock neither ends nor prolongs the wait
         clock.start = clock.start.addDays(days);
@@ -199,7 +198,7 @@ TEST_F(PurchasesTest, AnUnreadableListEnablesBuyingAndAForeignRecordHidesNothing
         checkAgain();
     };
     list(R"({"results": 1})");
-    EXPECT_FALSE(screen().isBuyClosed()) << "the next answer may be the same for ever";
+    EXPECT_FALSE(screen().isBuyClosed()) << "a retry may get the same answer";
     list(R"({"results": [{"object_id": "1", "status": "SUCCESS", "rate": {"object_id": "2"}}], "next": ")" +
          carrier.baseUrl().toEncoded() + R"(transactions?results=100"})");
     EXPECT_EQ(logged(), sold());
@@ -242,7 +241,7 @@ TEST_F(PurchasesTest, ResolvingAPurchaseKeepsANewDraftForTheSameRecipient)
     EXPECT_EQ(screen().reference.value(), u"48999"_s);
     screen().reference = u"48213"_s;
     run(purchases().print(purchases().resolved.value().first()));
-    EXPECT_EQ(app->draftTo.value(), homeAddress()) << "the label's printing is no news of the parcel";
+    EXPECT_EQ(app->draftTo.value(), homeAddress()) << "printing must not clear the draft";
 
     EXPECT_TRUE(app->log.setStatus(app->log.records().first().id, u"REFUNDED"_s));
     run(purchases().print(purchases().resolved.value().first()));
@@ -280,7 +279,8 @@ TEST_F(PurchasesTest, NothingIsBoughtWithoutAJournal)
         << other.banner.value()->text.toStdString();
     EXPECT_TRUE(sent("/transactions/").isEmpty());
     run(other.purchases.resume());
-    EXPECT_TRUE(prompts.alerts.last().second.contains(u"no label can be bought here"_s)) << "it is told at the start";
+    EXPECT_TRUE(prompts.alerts.last().second.contains(u"no label can be bought here"_s))
+        << "an alert at the start says so";
 }
 
 TEST_F(PurchasesTest, APurchaseThatTheJournalShowsOnlyLaterIsNotMadeTwice)
@@ -350,62 +350,7 @@ TEST_F(PurchasesTest, ASecondLabelNeedsAnExtraPressAndAFirstLabelDoesNot)
         EXPECT_TRUE(app->log.setStatus(record.id, u"REFUNDED"_s));
     rate(u"48213"_s);
     press();
-    EXPECT_EQ(logged().size(), 3) << "what was given back is no label";
-}
-
-TEST(SecondLabel, WarnsByReferenceRecipientInvoiceAndUnresolvedPurchase)
-{
-    const QDateTime now(QDate(2026, 11, 20), QTime(15, 0));
-    ShipmentRecord label{.createdAt = now.addSecs(-3600),
-                         .service = u"Priority Mail"_s,
-                         .recipient = u"Eleanor Whitfield, 418 Montford Ave, Asheville NC 28801"_s,
-                         .tracking = u"92055901"_s,
-                         .reference = u"48213"_s,
-                         .zip11 = u"28801-1224"_s};
-    const SecondLabelFacts first{.recipient = homeAddress(),
-                                 .reference = {},
-                                 .invoiceTracking = {},
-                                 .lastOutcomeUnknown = false,
-                                 .now = now,
-                                 .earlier = {}};
-    struct Row {
-        std::function<void(SecondLabelFacts &, ShipmentRecord &)> change;
-        QString reason;
-    };
-    const QString same = u"USPS Priority Mail label 9205 5901 was bought today at 2:00 PM for the same "_s;
-    const Row rows[] = {
-        {[](auto &, auto &) {}, same + u"recipient."_s},
-        {[](auto &facts, auto &) { facts.recipient.name = u" eleanor  whitfield"_s; }, same + u"recipient."_s},
-        {[](auto &facts, auto &) { facts.recipient.name = u"Eleanor"_s; }, {}},
-        {[](auto &facts, auto &) { facts.recipient.zip = u"28802"_s; }, {}},
-        {[](auto &, auto &row) { row.createdAt = row.createdAt.addDays(-1); }, {}},
-        {[](auto &, auto &row) { row.status = u"REFUND_PENDING"_s; }, {}},
-        {[](auto &, auto &row) { row.status = u"REFUND_ERROR"_s; }, same + u"recipient."_s},
-        {[](auto &facts, auto &) { facts.reference = u" 48213 "_s; }, same + u"reference."_s},
-        {[](auto &facts, auto &row) {
-             facts.reference = u"48213"_s;
-             facts.recipient.name = u"Somebody"_s;
-             row.createdAt = row.createdAt.addYears(-1);
-         },
-         u"USPS Priority Mail label 9205 5901 was bought on Nov 20, 2025 at 2:00 PM for the same reference."_s},
-        {[](auto &facts, auto &row) {
-             row.status = u"REFUNDED"_s;
-             facts.invoiceTracking = u"9400111"_s;
-         },
-         u"The invoice already has a tracking number: 9400 111."_s},
-        {[](auto &facts, auto &row) {
-             row.status = u"REFUNDED"_s;
-             facts.lastOutcomeUnknown = true;
-         },
-         u"A label for this recipient may have been bought: the carrier has not confirmed it yet."_s},
-    };
-    for (const Row &row : rows) {
-        SecondLabelFacts facts = first;
-        ShipmentRecord earlier = label;
-        row.change(facts, earlier);
-        facts.earlier = {earlier};
-        EXPECT_EQ(secondLabelReasons(facts).join(u'|'), row.reason);
-    }
+    EXPECT_EQ(logged().size(), 3) << "a refunded label does not count";
 }
 
 /// A clerk who stops at every warning never gets a second label for a parcel, whatever fails.

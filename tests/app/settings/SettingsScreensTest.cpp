@@ -117,7 +117,7 @@ TEST_F(SettingsScreenTest, ChoosesTheFirstZebraQueueOnlyIfTheSavedQueueIsNotAZeb
         connectZebras(row.zebras);
         write(preferences, settings::zebraQueue, row.saved);
         SettingsScreen screen(app);
-        EXPECT_EQ(screen.zebraHint(), QString()) << "nobody has looked yet";
+        EXPECT_EQ(screen.zebraHint(), QString()) << "no hint before the first look";
         runTask(screen.refreshPrinters());
         EXPECT_EQ(screen.zebraQueue, row.chosen);
         EXPECT_EQ(saved(settings::zebraQueue), row.chosen);
@@ -181,7 +181,7 @@ TEST_F(SettingsScreenTest, AsksBeforeItDeletesAndNeverDeletesTheLastProfile)
     }
     EXPECT_FALSE(app.senders.find(first) || app.boxes.find(box));
     EXPECT_TRUE(screen.isDefaultProfile(second));
-    screen.editProfile(first, [](SenderProfile &) { FAIL() << "edited what is gone"; });
+    screen.editProfile(first, [](SenderProfile &) { FAIL() << "a removed profile must not be edited"; });
 }
 
 TEST_F(KeysScreenTest, ShowsTheModeOfTheNextLabel)

@@ -1,11 +1,10 @@
 #include "app/update/UpdateChecker.h"
 #include "app/AppState.h"
 #include "core/Task.h"
-#include "shell/ErrorLog.h"
-#include "shell/UpdateFeed.h"
-
 #include "platform/SystemApplication.h"
 #include "platform/SystemProcesses.h"
+#include "shell/ErrorLog.h"
+#include "shell/UpdateFeed.h"
 #include "support/FakePlatform.h"
 #include "support/RunTask.h"
 

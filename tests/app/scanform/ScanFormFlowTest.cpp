@@ -1,0 +1,128 @@
+#include "practice/carrier/CarrierScenario.h"
+#include "records/ScanForms.h"
+#include "records/ShipmentRecord.h"
+#include "support/CarrierDesk.h"
+#include "support/LogFile.h"
+#include "support/MailingLogDesk.h"
+
+#include <chrono>
+#include <utility>
+
+namespace parcelory::test {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+class ScanFormFlowTest : public MailingLogDesk {};
+
+} // namespace
+
+TEST_F(ScanFormFlowTest, AScanFormIsMadeOfTodaysLabelsOfTheActiveKeysMode)
+{
+    const auto make = [this] { run(app->createScanForm(deskAddress())); };
+    ShipmentRecord live = shipmentTo(u"Ana"_s, 1);
+    live.createdAt = clock.now();
+    logged(live);
+    ShipmentRecord yesterday = live;
+    yesterday.testMode = true;
+    yesterday.createdAt = clock.now().date().startOfDay().addMSecs(-1);
+    logged(yesterday);
+    carrier.clearRequests();
+    make();
+    EXPECT_EQ(carrier.requests().size(), 0);
+    EXPECT_EQ(app->scanFormStatus.value(), u"No labels printed today — nothing to manifest."_s);
+    EXPECT_TRUE(prompts.alerts.last().second.startsWith(u"No TEST labels have been printed today"_s));
+
+    const ShipmentRecord first = bought();
+    make();
+    EXPECT_TRUE(prompts.questions.value(0).text.contains(u"Ana"_s)) << "Ana's label will not be on the form";
+    EXPECT_EQ(app->scanFormStatus.value(), u"No labels printed today — nothing to manifest."_s) << "the clerk cancels";
+    EXPECT_EQ(requestsTo("/manifests"), 0);
+    prompts.answer = 1;
+    make();
+    EXPECT_EQ(app->scanFormStatus.value(), u"SCAN form ready: 1 label — hand one printed copy to the carrier."_s);
+    EXPECT_TRUE(app->scanFormPDF.value()->startsWith("%PDF"));
+    EXPECT_EQ(app->scanFormOpenTick.value(), 1);
+    bought();
+    const std::pair<CarrierScenario, QString> rows[] = {
+        {{.manifestDocuments = 0}, u"SCAN form created but no document came back."_s},
+        {{.failNext = CarrierFailure{"carrier_accounts", 200, "application/json", R"({"results": []})", 1, ""}},
+         u"No USPS carrier account found on this Shippo account."_s},
+    };
+    for (const auto &[scenario, text] : rows) {
+        carrier.setScenario(scenario);
+        make();
+        EXPECT_EQ(app->scanFormStatus.value(), text);
+        EXPECT_EQ(errors->entries().first().context, u"SCAN Form"_s);
+        EXPECT_FALSE(app->scanFormBusy);
+    }
+    EXPECT_EQ(app->scanFormOpenTick.value(), 1);
+
+    const ShipmentRecord row = *app->log.find(first);
+    run(log.refund(row));
+    EXPECT_TRUE(prompts.questions.last().text.contains(u"It is on the SCAN form of "_s));
+}
+
+TEST_F(ScanFormFlowTest, AScanFormWhoseResponseIsLostIsFetchedWithTheNextPress)
+{
+    const auto make = [this] { run(app->createScanForm(deskAddress())); };
+    const ShipmentRecord label = bought();
+    carrier.setScenario({.droppedPath = "manifests", .manifestDocuments = 2});
+    make();
+    EXPECT_EQ(app->scanForms.underWay(true).size(), 1);
+    EXPECT_FALSE(app->scanFormPDF.value());
+    carrier.setScenario({.labelAnswer = LabelAnswer::normal});
+    carrier.clearRequests();
+    make();
+    EXPECT_EQ(app->scanFormStatus.value(), u"SCAN form ready: 1 label — hand one printed copy to the carrier."_s);
+    EXPECT_EQ(app->scanFormOpenTick.value(), 1);
+    EXPECT_EQ(sent("/manifests/").size(), 0) << "the form was not made twice";
+    const ScanForm form = app->scanForms.finished(9).value(0);
+    EXPECT_EQ(form.transactions, QStringList(label.transactionID));
+    EXPECT_EQ(app->scanForms.documents(form.id).size(), 2);
+
+    // The carrier never received this request, which counts as certain only after a minute.
+    bought();
+    prompts.answer = 1; // the other label is on the first form
+    answer("manifests", {}, 500);
+    make();
+    make();
+    EXPECT_TRUE(app->scanFormStatus.value().startsWith(u"It is not known yet whether the SCAN form of "_s));
+    clock.advance(std::chrono::seconds(61));
+    make();
+    EXPECT_EQ(app->scanForms.finished(9).size(), 2);
+    bought();
+    answer("manifests", R"({"detail": "No transactions exist"})", 404);
+    make();
+    EXPECT_EQ(app->scanFormStatus.value(), u"detail: No transactions exist"_s);
+    EXPECT_TRUE(app->scanForms.underWay(true).isEmpty());
+}
+
+TEST_F(ScanFormFlowTest, AScanFormIsForgottenOnlyIfTheCarrierCannotHaveMadeIt)
+{
+    prompts.answer = 1;
+    const auto failure = [](const QByteArray &path, int status, const QByteArray &method) {
+        return CarrierFailure{path, status, "application/json", "{}", 1, method};
+    };
+    const std::pair<CarrierScenario, qsizetype> rows[] = {
+        {{.failNext = failure("manifests/", 422, "POST")}, 0},
+        {{.manifestFails = true}, 0},
+        {{.failNext = failure("manifests/", 409, "POST")}, 1},
+        {{.failNext = failure("manifests/", 408, "POST")}, 1},
+        // The form was accepted; only its state could not be read.
+        {{.failNext = failure("manifests/", 404, "GET"), .manifestQueuedReads = 2}, 1},
+        {{.manifestQueuedReads = 99}, 1},
+    };
+    for (const auto &[scenario, open] : rows) {
+        carrier.setScenario({});
+        bought();
+        carrier.setScenario(scenario);
+        run(app->createScanForm(deskAddress()));
+        const QList<ScanForm> underWay = app->scanForms.underWay(true);
+        EXPECT_EQ(underWay.size(), open) << app->scanFormStatus.value().toStdString();
+        for (const ScanForm &form : underWay)
+            EXPECT_TRUE(app->scanForms.remove(form.id));
+    }
+}
+
+} // namespace parcelory::test

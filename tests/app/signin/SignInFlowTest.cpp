@@ -1,0 +1,127 @@
+#include "app/AppState.h"
+#include "app/signin/SignInScreen.h"
+#include "backoffice/DesklineAuth.h"
+#include "core/SettingsKeys.h"
+#include "core/ports/Preferences.h"
+#include "shell/ErrorLog.h"
+#include "support/BackOfficeDesk.h"
+#include "support/FakePlatform.h"
+#include "support/Printing.h"
+#include "support/RunTask.h"
+
+#include <gmock/gmock.h>
+
+#include <chrono>
+
+namespace parcelory::test {
+using namespace Qt::StringLiterals;
+using testing::IsEmpty;
+
+namespace {
+
+class SignInFlowTest : public BackOfficeDesk {
+protected:
+    void remember()
+    {
+        run([this] { return app->credentials.save({u"dana"_s, u"old"_s}); });
+    }
+    template <class Start>
+    void run(Start start)
+    {
+        runTask(start(), &clock);
+        settle();
+    }
+    void signIn(bool remember = false)
+    {
+        run([=, this] { return app->signIn(u"dana"_s, u"secret"_s, remember); });
+    }
+    QString saved() { return secrets.get(SavedCredentials::passwordAccount).value_or(u"none"_s); }
+};
+
+} // namespace
+
+TEST_F(SignInFlowTest, KeepsTheCredentialsOnlyWhenAsked)
+{
+    showPage(true, true);
+    signIn();
+    EXPECT_EQ(app->flow.value(), AppFlow::main);
+    EXPECT_EQ(app->signedInUser.value(), u"dana"_s);
+    EXPECT_EQ(saved(), u"none"_s);
+    app->flow = AppFlow::login;
+    signIn(true);
+    EXPECT_EQ(saved(), u"secret"_s);
+    EXPECT_TRUE(runTask(app->hasSavedCredentials()));
+
+    app->signOut();
+    runUntil([this] { return saved().isEmpty(); });
+    EXPECT_EQ(app->flow.value(), AppFlow::login);
+    EXPECT_FALSE(runTask(app->hasSavedCredentials()));
+    EXPECT_GE(web.cleared, 3) << "the session is cleared before each sign-in and at sign-out";
+}
+
+TEST_F(SignInFlowTest, ReportsWhyItFailedAndForgetsOnlyRejectedCredentials)
+{
+    struct Row {
+        bool form;
+        QString scriptResult, error;
+        bool kept;
+    };
+    const Row rows[] = {
+        {false,
+         {},
+         u"Deskline is responding slowly — the login page didn't load after 40 seconds. Try again in a moment."_s,
+         true},
+        {true, u"no-form"_s, u"Could not find the login form (no-form)."_s, true},
+        {true, {}, u"Could not find the login form ()."_s, true},
+        {true, u"submitted"_s, u"Login failed — check the email and password."_s, false},
+    };
+    for (const Row &row : rows) {
+        remember();
+        showPage(row.form, false, row.scriptResult);
+        const auto before = clock.elapsed();
+        signIn(true);
+        EXPECT_EQ(app->loginError.value(), row.error);
+        EXPECT_EQ(saved(), row.kept ? u"old"_s : QString());
+        EXPECT_EQ(runTask(app->hasSavedCredentials()), row.kept);
+        EXPECT_EQ(app->flow.value(), AppFlow::login);
+        EXPECT_GE(clock.elapsed() - before, std::chrono::seconds(40));
+        EXPECT_FALSE(app->loginBusy);
+    }
+    remember();
+    showPage(true, false);
+    web.answer = [this, page = web.answer](const QString &expression) {
+        web.crashed = expression == DesklineAuth::signedInProbe;
+        return page(expression);
+    };
+    signIn(true);
+    EXPECT_EQ(app->loginError.value(), u"The sign-in page stopped working — try again."_s);
+    EXPECT_EQ(saved(), u"old"_s) << "the password was not rejected";
+    office.setScenario({.unreachable = true});
+    web.loaded.clear();
+    signIn();
+    EXPECT_EQ(app->loginError.value(), u"Can't reach deskline — connect to the VPN and try again."_s);
+    EXPECT_THAT(web.loaded, IsEmpty());
+    for (const QString &secret : {u"secret"_s, u"old"_s})
+        EXPECT_FALSE(errors->asText().contains(secret));
+}
+
+TEST_F(SignInFlowTest, SignsInByItselfOncePerRun)
+{
+    showPage(true, false);
+    SignInScreen screen(*app);
+    run([&] { return screen.appear(); });
+    EXPECT_FALSE(app->autoLoginTried) << "without a remembered password nothing is tried";
+    remember();
+    run([&] { return screen.appear(); });
+    EXPECT_TRUE(app->autoLoginTried);
+    EXPECT_EQ(screen.name.value(), u"dana"_s);
+    EXPECT_EQ(web.loaded.size(), 1);
+    EXPECT_EQ(app->loginError.value(), u"Login failed — check the email and password."_s);
+    remember();
+    run([&] { return screen.appear(); });
+    EXPECT_EQ(web.loaded.size(), 1);
+    screen.name = u"someone"_s;
+    EXPECT_EQ(read(preferences, settings::signInName), u"someone"_s);
+}
+
+} // namespace parcelory::test

@@ -1,0 +1,28 @@
+#include "records/ShipmentStatus.h"
+#include "support/Printing.h"
+
+#include <gmock/gmock.h>
+
+namespace parcelory::test {
+using namespace Qt::StringLiterals;
+
+TEST(ShipmentStatus, HasTextsForTheClerk)
+{
+    const QString pending = u"Refund pending (USPS: up to 14 days)"_s;
+    const struct {
+        QString stored, display, badge;
+    } rows[] = {{u"PRINTED"_s, u"Printed"_s, {}},
+                {u"DELIVERED"_s, u"Delivered"_s, {}},
+                {u"REFUND_PENDING"_s, pending, u"REFUND PENDING"_s},
+                {u"REFUND_REQUESTED"_s, pending, u"REFUND PENDING"_s},
+                {u"REFUNDED"_s, u"Refunded"_s, u"REFUNDED"_s},
+                {u"REFUND_ERROR"_s, u"Refund failed — see Error Log"_s, u"REFUND FAILED"_s},
+                {{}, u"—"_s, {}},
+                {u"Voided"_s, u"Voided"_s, {}}};
+    for (const auto &row : rows) {
+        EXPECT_EQ(friendlyStatus(row.stored), row.display);
+        EXPECT_EQ(refundBadge(row.stored), row.badge);
+    }
+}
+
+} // namespace parcelory::test

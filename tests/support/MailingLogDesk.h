@@ -1,0 +1,45 @@
+#pragma once
+
+#include "app/logs/MailingLogScreen.h"
+#include "core/Task.h"
+#include "practice/carrier/CarrierScenario.h"
+#include "records/ShipmentRecord.h"
+#include "support/LabelDesk.h"
+
+#include <gmock/gmock.h>
+
+namespace parcelory::test {
+
+/// The mailing log's screen beside the label screen.
+class MailingLogDesk : public testing::Test, public LabelDesk {
+protected:
+    MailingLogScreen log{*app};
+
+    void TearDown() override // a query that the test did not wait for still reports to the screen
+    {
+        workPool().waitForDone();
+        settle();
+    }
+    /// A label bought at this desk, as the log lists it.
+    ShipmentRecord bought()
+    {
+        composeAndRate(homeAddress());
+        buy();
+        EXPECT_FALSE(log.records().isEmpty()) << banner().toStdString();
+        return log.records().value(0);
+    }
+    /// Adds a shipment to the log without a purchase.
+    ShipmentRecord logged(ShipmentRecord record)
+    {
+        EXPECT_TRUE(app->log.insert(record));
+        settle();
+        return log.records().value(0);
+    }
+    /// The carrier's next answer below `path`.
+    void answer(const QByteArray &path, const QByteArray &body, int status = 200)
+    {
+        carrier.setScenario({.failNext = CarrierFailure{path, status, "application/json", body, 1, ""}});
+    }
+};
+
+} // namespace parcelory::test
