@@ -49,7 +49,7 @@ Task<PrintedDocument> CustomsPapers::printFedexInvoice(QString documentUrl)
         if (documentUrl.isEmpty())
             throw AppError(u"the carrier sent no document link"_s);
         const QByteArray document = co_await m_app.shippo.downloadLabel(documentUrl);
-        if (labelKind(document) != LabelKind::pdf || !isWhole(document))
+        if (!parseLabel(document).isWholePdf())
             throw AppError(u"the carrier's file is not a complete PDF document"_s);
         result.document = document;
         const bool sentToQueue = co_await printDocument(m_app, document);
