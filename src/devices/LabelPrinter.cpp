@@ -53,29 +53,34 @@ LabelPrinter::LabelPrinter(Platform &platform)
 {
 }
 
-QString LabelPrinter::print(const QByteArray &label, const QString &zebraQueue, const QString &documentQueue)
+QString LabelPrinter::print(const LabelFile &label, const QString &zebraQueue, const QString &documentQueue)
 {
-    switch (labelKind(label)) {
+    switch (label.kind) {
     case LabelKind::pdf:
-        if (printPDF(label, documentQueue))
+        if (sendPdf(label, documentQueue))
             return u"Shippo returned a PDF label (not ZPL) — sent to "_s + documentQueue + u'.';
         return u"Shippo returned a PDF label (not ZPL) — opened in Preview."_s;
     case LabelKind::png:
-        m_desktop.openFile(temporaryFile(label, u"parcelory-label-"_s, u".png"_s));
+        m_desktop.openFile(temporaryFile(label.bytes, u"parcelory-label-"_s, u".png"_s));
         return u"Shippo returned a PNG label (not ZPL) — opened in Preview."_s;
-    case LabelKind::notALabel: // rejected by printZPL()
+    case LabelKind::notALabel: // rejected by sendZpl()
     case LabelKind::zpl:
         break;
     }
-    printZPL(label, zebraQueue);
+    sendZpl(label, zebraQueue);
     return u"Label sent to "_s + zebraQueue + u'.';
 }
 
 void LabelPrinter::printZPL(const QByteArray &zpl, const QString &queue)
 {
+    sendZpl(parseLabel(zpl), queue);
+}
+
+void LabelPrinter::sendZpl(const LabelFile &label, const QString &queue)
+{
     if (queue.isEmpty())
         throw SystemError(noQueue, u"No Zebra printer queue selected in Settings."_s);
-    if (labelKind(zpl) != LabelKind::zpl)
+    if (label.kind != LabelKind::zpl)
         throw SystemError(notALabel, u"the carrier's file is not a label"_s);
     if (queueIsPaused(queue)) {
         tryResume(queue);
@@ -83,7 +88,7 @@ void LabelPrinter::printZPL(const QByteArray &zpl, const QString &queue)
             throw SystemError(pausedQueue, u"The Zebra queue “%1” is PAUSED in macOS and is holding jobs. Open System "
                                            "Settings → Printers & Scanners → %1 and press Resume."_s.arg(queue));
     }
-    QByteArray program = Zpl::clamped(zpl);
+    QByteArray program = Zpl::clamped(label.bytes);
     if (rotate180())
         program = Zpl::rotated(program);
     else if (read(m_preferences, settings::turnedQueues).contains(queue))
@@ -105,9 +110,14 @@ void LabelPrinter::rememberTurned(const QString &queue)
 
 bool LabelPrinter::printPDF(const QByteArray &pdf, const QString &queue)
 {
-    if (labelKind(pdf) != LabelKind::pdf)
+    return sendPdf(parseLabel(pdf), queue);
+}
+
+bool LabelPrinter::sendPdf(const LabelFile &document, const QString &queue)
+{
+    if (document.kind != LabelKind::pdf)
         throw SystemError(notALabel, u"the document is not a PDF"_s);
-    const QString path = temporaryFile(pdf, u"parcelory-"_s, u".pdf"_s);
+    const QString path = temporaryFile(document.bytes, u"parcelory-"_s, u".pdf"_s);
     if (queue.isEmpty()) {
         m_desktop.openFile(path); // the viewer needs the file, so it stays
         return false;

@@ -23,7 +23,7 @@ public:
 
     /// Prints a label of any kind and returns a sentence that says where it went. Throws SystemError, or AppError if a
     /// tool cannot be started or the temporary file cannot be written. Anything that is not a label is rejected.
-    QString print(const QByteArray &label, const QString &zebraQueue, const QString &documentQueue);
+    QString print(const LabelFile &label, const QString &zebraQueue, const QString &documentQueue);
     /// Sends ZPL raw, with its length clamped, and rotated if the setting says so. Otherwise sets the normal
     /// orientation on a printer that ever received a rotated label: printers keep their orientation until it is set
     /// again.
@@ -44,6 +44,8 @@ private:
     static constexpr std::chrono::seconds toolLimit{30};
 
     ProcessOutcome runTool(const QString &tool, const QStringList &arguments);
+    void sendZpl(const LabelFile &label, const QString &queue);
+    bool sendPdf(const LabelFile &document, const QString &queue);
     void lpr(const QString &path, const QString &queue, bool raw);
     QStringList lpstatLines(const QString &option);
     void rememberTurned(const QString &queue);

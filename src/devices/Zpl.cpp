@@ -66,6 +66,25 @@ bool beginsAsAnotherFile(const QByteArray &bytes)
     return std::ranges::any_of(beginnings, [text](std::string_view beginning) { return text.starts_with(beginning); });
 }
 
+/// True if a label of this kind has its end.
+bool hasEnd(const QByteArray &label, LabelKind kind)
+{
+    constexpr qsizetype tail = 1024; // a PDF's end mark may have some bytes after it
+    switch (kind) {
+    case LabelKind::pdf:
+        return label.right(tail).contains("%%EOF");
+    case LabelKind::png:
+        return label.right(tail).contains("IEND");
+    case LabelKind::zpl: {
+        const QByteArray upper = label.toUpper();
+        return upper.lastIndexOf("^XZ") > upper.lastIndexOf("^XA");
+    }
+    case LabelKind::notALabel:
+        break;
+    }
+    return false;
+}
+
 } // namespace
 
 LabelKind labelKind(const QByteArray &label)
@@ -82,20 +101,13 @@ LabelKind labelKind(const QByteArray &label)
 
 bool isWhole(const QByteArray &label)
 {
-    constexpr qsizetype tail = 1024; // a PDF's end mark may have some bytes after it
-    switch (labelKind(label)) {
-    case LabelKind::pdf:
-        return label.right(tail).contains("%%EOF");
-    case LabelKind::png:
-        return label.right(tail).contains("IEND");
-    case LabelKind::zpl: {
-        const QByteArray upper = label.toUpper();
-        return upper.lastIndexOf("^XZ") > upper.lastIndexOf("^XA");
-    }
-    case LabelKind::notALabel:
-        break;
-    }
-    return false;
+    return hasEnd(label, labelKind(label));
+}
+
+LabelFile parseLabel(const QByteArray &bytes)
+{
+    const LabelKind kind = labelKind(bytes);
+    return {bytes, kind, hasEnd(bytes, kind)};
 }
 
 namespace Zpl {

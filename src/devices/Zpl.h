@@ -15,6 +15,17 @@ LabelKind labelKind(const QByteArray &label);
 /// True if a label has its end: a broken connection may deliver only the beginning of a label.
 bool isWhole(const QByteArray &label);
 
+/// A file of the carrier, parsed once: printer, journal and log take the value.
+struct LabelFile {
+    QByteArray bytes;
+    LabelKind kind = LabelKind::notALabel;
+    bool isWhole = false; ///< it has its end
+
+    bool isWholePdf() const { return isWhole && kind == LabelKind::pdf; }
+};
+
+LabelFile parseLabel(const QByteArray &bytes);
+
 /// Labels in Zebra's printer language, as bytes. Dots are 1/203 inch.
 namespace Zpl {
 

@@ -85,7 +85,7 @@ const ProcessOutcome enabled{0, "printer Zebra is idle.  enabled since Sat Nov 2
 
 TEST_F(LabelPrinterTest, SendsZplRawThroughAPrivateFileThatIsDeletedAfterwards)
 {
-    EXPECT_EQ(printer.print("^XA^LL1400^XZ", u"Zebra"_s, u"Laser"_s), u"Label sent to Zebra."_s);
+    EXPECT_EQ(printer.print(parseLabel("^XA^LL1400^XZ"), u"Zebra"_s, u"Laser"_s), u"Label sent to Zebra."_s);
 
     EXPECT_EQ(calls(),
               (QStringList{u"/usr/bin/lpstat -p Zebra"_s, u"/usr/bin/lpr -P Zebra -o raw /parcelory-*.zpl"_s}));
@@ -129,14 +129,16 @@ TEST_F(LabelPrinterTest, SendsPdfsToTheDocumentPrinterOrTheViewerAndPicturesToTh
 {
     const QByteArray pdf = "%PDF-1.4 label", png = "\x89PNG label";
 
-    EXPECT_EQ(printer.print(pdf, u"Zebra"_s, u"Laser"_s), u"Shippo returned a PDF label (not ZPL) — sent to Laser."_s);
+    EXPECT_EQ(printer.print(parseLabel(pdf), u"Zebra"_s, u"Laser"_s),
+              u"Shippo returned a PDF label (not ZPL) — sent to Laser."_s);
     EXPECT_EQ(calls(), QStringList{u"/usr/bin/lpr -P Laser /parcelory-*.pdf"_s});
     EXPECT_EQ(world.processes.lastPrinted(), pdf);
     EXPECT_EQ(handedOver, filePrivacy);
     EXPECT_TRUE(leftovers().isEmpty());
 
-    EXPECT_EQ(printer.print(pdf, u"Zebra"_s, {}), u"Shippo returned a PDF label (not ZPL) — opened in Preview."_s);
-    EXPECT_EQ(printer.print(png, u"Zebra"_s, u"Laser"_s),
+    EXPECT_EQ(printer.print(parseLabel(pdf), u"Zebra"_s, {}),
+              u"Shippo returned a PDF label (not ZPL) — opened in Preview."_s);
+    EXPECT_EQ(printer.print(parseLabel(png), u"Zebra"_s, u"Laser"_s),
               u"Shippo returned a PNG label (not ZPL) — opened in Preview."_s);
     EXPECT_EQ(calls().size(), 1);
     const QStringList names = {u"/parcelory-[^/]{36}\\.pdf"_s, u"/parcelory-label-[^/]{36}\\.png"_s};
@@ -166,10 +168,11 @@ TEST_F(LabelPrinterTest, SendsNothingToAQueueThatStaysPaused)
 
 TEST_F(LabelPrinterTest, RejectsUnprintableBytesBeforeStartingATool)
 {
-    EXPECT_EQ(failureOf([this] { printer.print("^XA^XZ", {}, u"Laser"_s); }),
+    EXPECT_EQ(failureOf([this] { printer.print(parseLabel("^XA^XZ"), {}, u"Laser"_s); }),
               Failure(LabelPrinter::noQueue, u"No Zebra printer queue selected in Settings."_s));
     for (const QByteArray &bytes : {QByteArray(), QByteArray("<?xml version=\"1.0\"?><Error>^XA</Error>")}) {
-        EXPECT_EQ(failureOf([&] { printer.print(bytes, u"Zebra"_s, u"Laser"_s); }).first, LabelPrinter::notALabel);
+        EXPECT_EQ(failureOf([&] { printer.print(parseLabel(bytes), u"Zebra"_s, u"Laser"_s); }).first,
+                  LabelPrinter::notALabel);
         EXPECT_EQ(failureOf([&] { printer.printZPL(bytes, u"Zebra"_s); }).first, LabelPrinter::notALabel);
         for (const QString &queue : {u"Laser"_s, QString()})
             EXPECT_EQ(failureOf([&] { printer.printPDF(bytes, queue); }).first, LabelPrinter::notALabel);
@@ -178,7 +181,7 @@ TEST_F(LabelPrinterTest, RejectsUnprintableBytesBeforeStartingATool)
 
     qputenv("TMPDIR", "/proc"); // not even root can create a file there
     for (const QByteArray &bytes : {QByteArray("^XA^XZ"), QByteArray("%PDF"), QByteArray("\x89PNG")})
-        EXPECT_EQ(failureOf([&] { printer.print(bytes, u"Zebra"_s, {}); }).first, 0);
+        EXPECT_EQ(failureOf([&] { printer.print(parseLabel(bytes), u"Zebra"_s, {}); }).first, 0);
     EXPECT_TRUE(calls().filter(u"lpr"_s).isEmpty());
     EXPECT_TRUE(world.desktop.opened.isEmpty());
 }

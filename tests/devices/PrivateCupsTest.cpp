@@ -142,7 +142,7 @@ TEST_F(PrivateCups, DeliversALabelToThePrinterByteForByte)
     for (int i = 0; i < 300'000; ++i)
         picture += char(i * 7);
     picture += "\r\n^XZ";
-    EXPECT_EQ(printer.print(picture, u"ZD421"_s, {}), u"Label sent to ZD421."_s);
+    EXPECT_EQ(printer.print(parseLabel(picture), u"ZD421"_s, {}), u"Label sent to ZD421."_s);
     EXPECT_TRUE(printed(u"ZD421"_s) == picture) << "binary bytes must arrive unchanged";
 
     printer.printZPL(QByteArray("^XA^LL1400^FDMünze\0^XZ\r\n", 25), u"ZD421"_s);

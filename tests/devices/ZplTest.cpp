@@ -38,6 +38,30 @@ TEST(Zpl, RecognizesALabelByItsBytes)
         EXPECT_EQ(labelKind(row.bytes), row.kind) << row.bytes.toStdString();
 }
 
+TEST(Zpl, ParsesAFileOnceIntoKindAndCompleteness)
+{
+    const struct {
+        QByteArray bytes;
+        LabelKind kind;
+        bool isWhole;
+    } rows[] = {
+        {"^XA^FDCoin^FS^XZ\n", LabelKind::zpl, true},
+        {"^XA^XZ^XA^FD", LabelKind::zpl, false},
+        {"^xa^xz", LabelKind::zpl, true},
+        {"%PDF-1.4\n%%EOF\n", LabelKind::pdf, true},
+        {"%PDF-1.4\n", LabelKind::pdf, false},
+        {"\x89PNG IEND", LabelKind::png, true},
+        {"<html>^XA^XZ</html>", LabelKind::notALabel, false},
+    };
+    for (const auto &row : rows) {
+        const LabelFile file = parseLabel(row.bytes);
+        EXPECT_EQ(file.bytes, row.bytes);
+        EXPECT_EQ(file.kind, row.kind) << row.bytes.toStdString();
+        EXPECT_EQ(file.isWhole, row.isWhole) << row.bytes.toStdString();
+        EXPECT_EQ(file.isWholePdf(), row.isWhole && row.kind == LabelKind::pdf);
+    }
+}
+
 TEST(Zpl, ReadsTheDeclaredLengthFromTheFirstCommandOfThreeToFiveDigits)
 {
     const std::pair<QByteArray, std::optional<int>> rows[] = {

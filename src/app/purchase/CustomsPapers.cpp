@@ -44,7 +44,7 @@ Task<PapersResult> CustomsPapers::fetchFedexInvoice(QString documentUrl, bool on
         if (documentUrl.isEmpty())
             throw AppError(u"the carrier sent no document link"_s);
         const QByteArray document = co_await m_app.shippo.downloadLabel(documentUrl);
-        if (labelKind(document) != LabelKind::pdf || !isWhole(document))
+        if (!parseLabel(document).isWholePdf())
             throw AppError(u"the carrier's file is not a complete PDF document"_s);
         result = {.outcome = PapersOutcome::kept, .document = document};
     } catch (const AppError &error) {

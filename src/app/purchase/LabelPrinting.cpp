@@ -24,11 +24,11 @@ using namespace Qt::StringLiterals;
 namespace {
 
 /// A truncated label would print as a label that no carrier can read.
-void requireWholeLabel(const QByteArray &label)
+void requireWholeLabel(const LabelFile &label)
 {
-    if (labelKind(label) == LabelKind::notALabel)
+    if (label.kind == LabelKind::notALabel)
         throw AppError(u"The carrier's file is not a label."_s);
-    if (!isWhole(label))
+    if (!label.isWhole)
         throw AppError(u"The label arrived incomplete — press Reprint again."_s);
 }
 
@@ -37,7 +37,7 @@ Task<QByteArray> downloadAgain(AppState &app, QString url)
     if (url.isEmpty()) // an imported shipment: not a failure that support could fix
         throw ShippoError::validation(u"The mailing log has neither this label nor its download link."_s);
     QByteArray label = co_await app.shippo.downloadLabel(url);
-    requireWholeLabel(label);
+    requireWholeLabel(parseLabel(label));
     co_return label;
 }
 
@@ -47,15 +47,15 @@ Task<QString> printLabel(AppState &app, QByteArray label)
 {
     const QString zebraQueue = read(app.platform.preferences, settings::zebraQueue);
     const QString documentQueue = read(app.platform.preferences, settings::documentQueue);
-    const LabelKind kind = labelKind(label);
+    const LabelFile file = parseLabel(label);
     // Watch a refused job, too: the queue's state tells why it was refused and when a retry makes sense.
     const auto sent = qScopeGuard([&] {
-        if (kind == LabelKind::zpl)
+        if (file.kind == LabelKind::zpl)
             app.printWatch.follow(zebraQueue, Paper::label);
-        else if (kind == LabelKind::pdf)
+        else if (file.kind == LabelKind::pdf)
             app.printWatch.follow(documentQueue, Paper::document);
     });
-    const QString printed = co_await onPool(app.printer, &LabelPrinter::print, label, zebraQueue, documentQueue);
+    const QString printed = co_await onPool(app.printer, &LabelPrinter::print, file, zebraQueue, documentQueue);
     co_return joinPresent({printed, app.printWatch.caution(label)}, u" "_s);
 }
 
@@ -82,7 +82,7 @@ Task<QByteArray> downloadCustoms(AppState &app, ShipmentRecord record)
     if (record.customsDocURL.isEmpty())
         throw ShippoError::validation(u"the mailing log has neither the papers nor their download link."_s);
     const QByteArray document = co_await app.shippo.downloadLabel(record.customsDocURL);
-    if (labelKind(document) != LabelKind::pdf || !isWhole(document))
+    if (!parseLabel(document).isWholePdf())
         throw AppError(u"the carrier's file is not a complete PDF document"_s);
     co_await onPool(app.log, &ShipmentLog::storeCustomsPDF, record.id, document);
     co_return document;

@@ -188,7 +188,7 @@ Task<QByteArray> ScanFormFlow::fetchDocuments(ScanForm form, ShippoManifest mani
     QList<QByteArray> documents;
     for (const QString &link : manifest.documents.value_or(QList<QString>())) {
         const QByteArray document = co_await m_app.shippo.downloadLabel(link);
-        if (labelKind(document) != LabelKind::pdf || !isWhole(document))
+        if (!parseLabel(document).isWholePdf())
             throw ShippoError::api(u"SCAN form created, but the document is not a complete PDF. Press SCAN "
                                    "Form again."_s);
         documents += document;
