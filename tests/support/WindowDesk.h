@@ -52,6 +52,7 @@ struct WindowDesk : CarrierDesk {
         window().show();
         if (!QTest::qWaitForWindowActive(&window()))
             qFatal("the window did not become active");
+        program->start();
         app().flow = AppFlow::main;
         wait([this] { return program->screens().keys.mode != PostageMode::unknown; });
         settleAll();

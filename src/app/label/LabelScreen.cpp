@@ -27,6 +27,7 @@ using namespace Qt::StringLiterals;
 LabelScreen::LabelScreen(AppState &app) : purchases(app), m_app(app), m_papers(app), m_lastRecipient(app.draftTo)
 {
     shipDate = app.platform.clock.now().date();
+    buildOn(app, purchases);
     watchEdits();
 }
 

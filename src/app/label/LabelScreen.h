@@ -7,6 +7,7 @@
 #include "compose/Customs.h"
 #include "compose/Mailpieces.h"
 #include "compose/Services.h"
+#include "core/Observable.h"
 #include "core/Task.h"
 #include "devices/CommercialInvoice.h"
 #include "records/SenderProfile.h"
@@ -67,42 +68,42 @@ struct LastLabel {
 ///
 /// An edit that affects the price clears the rates, so that a displayed price is always valid. A response to a draft
 /// that was edited in the meantime is discarded.
-class LabelScreen {
+class LabelScreen : public Observable {
 public:
     explicit LabelScreen(AppState &app);
 
     // The draft. Texts are kept as typed and read as numbers where they are used.
-    QProperty<std::optional<QUuid>> senderID; ///< empty: the default profile
-    QProperty<Carrier> carrier{Carrier::usps};
-    QProperty<MailpieceSelection> mailpiece{BuiltinMailpiece::package};
-    QProperty<ServiceClass> svcClass{ServiceClass::priority};
-    QProperty<QString> weightLb, weightOz;
-    QProperty<QString> dimLength, dimWidth, dimHeight; ///< inches
-    QProperty<ServiceOption> service{ServiceOption::tracking};
-    QProperty<QString> insuranceValue; ///< US dollars; empty: not insured
-    QProperty<QDate> shipDate;
-    QProperty<bool> fedexResidential{false};
-    QProperty<CustomsInfo> customs;
-    QProperty<bool> printInvoiceWithRates{true}; ///< the commercial invoice prints with the label
-    QProperty<QString> descriptionText;          ///< for the local log only
-    QProperty<QString> reference;                ///< for the local log only
-    QProperty<bool> keepRecipient{true};         ///< save the recipient in the address book after the purchase
+    Observed<std::optional<QUuid>> senderID{this}; ///< empty: the default profile
+    Observed<Carrier> carrier{this, Carrier::usps};
+    Observed<MailpieceSelection> mailpiece{this, BuiltinMailpiece::package};
+    Observed<ServiceClass> svcClass{this, ServiceClass::priority};
+    Observed<QString> weightLb{this}, weightOz{this};
+    Observed<QString> dimLength{this}, dimWidth{this}, dimHeight{this}; ///< inches
+    Observed<ServiceOption> service{this, ServiceOption::tracking};
+    Observed<QString> insuranceValue{this}; ///< US dollars; empty: not insured
+    Observed<QDate> shipDate{this};
+    Observed<bool> fedexResidential{this, false};
+    Observed<CustomsInfo> customs{this};
+    Observed<bool> printInvoiceWithRates{this, true}; ///< the commercial invoice prints with the label
+    Observed<QString> descriptionText{this};          ///< for the local log only
+    Observed<QString> reference{this};                ///< for the local log only
+    Observed<bool> keepRecipient{this, true};         ///< save the recipient in the address book after the purchase
 
     // What the screen found out.
-    QProperty<QString> validationStatus; ///< the line under the recipient
-    QProperty<bool> validationOK{false};
-    QProperty<bool> showIntlPaperwork{false};
-    QProperty<QList<ShippoRate>> rates; ///< the current carrier's, cheapest first
-    QProperty<std::optional<QString>> selectedRateID;
-    QProperty<bool> busy{false};
-    QProperty<bool> validating{false}; ///< the address is being validated
-    QProperty<bool> buying{false};     ///< a purchase is in progress: the program must not end now
-    QProperty<std::optional<Banner>> banner;
-    QProperty<std::optional<DraftField>> faultyField; ///< the field that the banner is about, until the next edit
-    QProperty<std::optional<LastLabel>> lastLabel;
+    Observed<QString> validationStatus{this}; ///< the line under the recipient
+    Observed<bool> validationOK{this, false};
+    Observed<bool> showIntlPaperwork{this, false};
+    Observed<QList<ShippoRate>> rates{this}; ///< the current carrier's, cheapest first
+    Observed<std::optional<QString>> selectedRateID{this};
+    Observed<bool> busy{this, false};
+    Observed<bool> validating{this, false}; ///< the address is being validated
+    Observed<bool> buying{this, false};     ///< a purchase is in progress: the program must not end now
+    Observed<std::optional<Banner>> banner{this};
+    Observed<std::optional<DraftField>> faultyField{this}; ///< the field that the banner is about, until the next edit
+    Observed<std::optional<LastLabel>> lastLabel{this};
     /// Why the selected rate would buy a second label; empty if it would not.
-    QProperty<QString> secondLabel;
-    QProperty<bool> secondLabelAgreed{false}; ///< the clerk has seen the warning; the next press buys
+    Observed<QString> secondLabel{this};
+    Observed<bool> secondLabelAgreed{this, false}; ///< the clerk has seen the warning; the next press buys
 
     Purchases purchases; ///< unresolved and resolved purchases
 
@@ -123,6 +124,8 @@ public:
     bool formComplete() const;
     std::optional<ShippoRate> selectedRate() const;
     NextStep nextStep() const;
+    /// True if a scanned invoice's recipient is to be validated right away.
+    bool validatesScans() const { return !busy && recipientFilled(); }
     /// True while it is unknown whether this recipient's last label was bought; buying is disabled until then.
     bool isBuyClosed() const;
     /// The classes and extra services that fit carrier and destination.

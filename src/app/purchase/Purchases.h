@@ -1,9 +1,8 @@
 #pragma once
 
 #include "app/AppState.h"
+#include "core/Observable.h"
 #include "core/Task.h"
-
-#include <QProperty>
 
 #include <optional>
 
@@ -41,16 +40,16 @@ struct ResolvedPurchase {
 /// the journal before the request is sent. A purchase with unknown outcome is looked up by its rate id among the
 /// account's newest transactions: found -> completed; not found after a minute -> not bought; otherwise retried
 /// automatically. This class never buys a label. Lives as long as AppState.
-class Purchases {
+class Purchases : public Observable {
 public:
     explicit Purchases(AppState &app) : m_app(app) {}
     ~Purchases();
     Purchases(const Purchases &) = delete;
     Purchases &operator=(const Purchases &) = delete;
 
-    QProperty<QList<UnresolvedPurchase>> unresolved;
-    QProperty<QList<ResolvedPurchase>> resolved; ///< until the clerk has seen them
-    QProperty<bool> checking{false};
+    Observed<QList<UnresolvedPurchase>> unresolved{this};
+    Observed<QList<ResolvedPurchase>> resolved{this}; ///< until the clerk has seen them
+    Observed<bool> checking{this, false};
 
     enum class Verdict { bought, notBought, unknown };
     struct Answer {

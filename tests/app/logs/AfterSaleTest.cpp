@@ -22,7 +22,8 @@ namespace {
 class AfterSaleTest : public testing::Test, public LabelDesk {
 protected:
     MailingLogScreen log{*app};
-    MasterLogScreen master{*app};
+    KeysScreen keys{*app};
+    MasterLogScreen master{*app, keys};
 
     void TearDown() override
     {
