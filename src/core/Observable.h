@@ -22,6 +22,8 @@ public:
     };
     /// Every field of this model, in the order of declaration; without those of the models that it is built on.
     const std::vector<Field> &fields() const { return m_fields; }
+    /// The models that this model is built on.
+    const std::vector<const Observable *> &parts() const { return m_parts; }
 
 signals:
     /// A field of this model, or of a model that it is built on, has changed. Emitted for every single change, possibly
@@ -34,6 +36,7 @@ protected:
     void buildOn(const Models &...models)
     {
         (connect(&models, &Observable::changed, this, &Observable::changed), ...);
+        (m_parts.push_back(&models), ...);
     }
 
 private:
@@ -41,6 +44,7 @@ private:
     friend class Observed;
 
     std::vector<Field> m_fields;
+    std::vector<const Observable *> m_parts;
 };
 
 /// A field of an Observable.

@@ -70,10 +70,9 @@ void MessageLine::refresh()
                 !banner      ? &Tokens::muted
                 : banner->ok ? &Tokens::ok
                              : &Tokens::warn);
-    if (banner && news) {
-        setAccessibleName(text);
+    setAccessibleName(banner ? text : QString());
+    if (banner && news)
         announce(this);
-    }
 }
 
 } // namespace parcelory
