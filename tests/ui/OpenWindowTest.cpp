@@ -377,5 +377,34 @@ TEST(OpenWindow, LooksLikeANewOneAfterEveryChange)
     EXPECT_EQ(desk.difference(*second, *desk.newWindow()), QString());
 }
 
+TEST(OpenWindow, AButtonThatWouldDoNothingIsOffAndSaysWhy)
+{
+    OpenWindowDesk desk;
+    desk.compose();
+    desk.app().draftTo = londonAddress();
+    desk.label().lastLabel = other(LastLabel());
+    desk.label().purchases.unresolved = QList{other(UnresolvedPurchase())};
+    const auto expect = [&desk](const QString &text, bool on) {
+        desk.rest();
+        const Button *button = desk.button(text);
+        EXPECT_EQ(button->isEnabled(), on) << text.toStdString();
+        EXPECT_EQ(button->toolTip().isEmpty(), on) << text.toStdString();
+    };
+    const QStringList onTheForm = {u"Check again"_s, u"Reprint"_s, u"Print Invoice"_s};
+    for (const bool busy : {true, false}) {
+        desk.label().busy = busy;
+        for (const QString &text : onTheForm)
+            expect(text, !busy);
+    }
+    desk.label().purchases.checking = true;
+    expect(onTheForm.first(), false);
+    desk.app().tab = MainTab::mailingLog;
+    expect(u"Reprint"_s, true);
+    desk.screens().mailingLog.busy = true;
+    expect(u"Reprint"_s, false);
+    desk.screens().mailingLog.busy = false;
+    desk.label().purchases.checking = false;
+}
+
 } // namespace
 } // namespace parcelory::test
