@@ -49,6 +49,12 @@ MainWindow::MainWindow(AppState &app, Screens &screens, const QString &signInNot
     refresh();
 }
 
+MainWindow::~MainWindow()
+{
+    for (const QPointer<QWidget> &window : std::as_const(m_windows))
+        delete window;
+}
+
 QWidget *MainWindow::makeMain()
 {
     m_stripe = new ModeStripe;

@@ -26,6 +26,7 @@ class MainWindow : public QMainWindow {
 public:
     /// `signInNote` is an extra line on the sign-in page; usually empty.
     MainWindow(AppState &app, Screens &screens, const QString &signInNote = {});
+    ~MainWindow() override; ///< deletes the secondary windows, which show the same models
 
     LabelView &labelView() { return *m_label; }
     MailingLogView &mailingLogView() { return *m_mailingLog; }
