@@ -524,6 +524,7 @@ bool draw(const QDir &folder, const QString &mode)
     if (!mode.isEmpty())
         desk.pose(mode == u"live" ? PracticeCarrier::liveToken : PracticeCarrier::testToken);
     Program program(desk.platform(), prompts, PracticeDesk::signInNote());
+    program.start();
     Gallery gallery(desk, program, folder);
     bool done = false;
     spawn([&]() -> Task<> {

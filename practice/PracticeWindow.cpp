@@ -1,6 +1,5 @@
 #include "practice/PracticeWindow.h"
 
-#include "core/Task.h"
 #include "practice/PracticeDesk.h"
 #include "practice/PracticeMenu.h"
 #include "practice/PracticeSamples.h"
@@ -26,7 +25,7 @@ int runPracticeWindow(const QString &folder)
     Program program(desk.platform(), prompts, PracticeDesk::signInNote());
     addPracticeMenu(program.window().menuBar(), desk);
     program.window().show();
-    spawn([&program] { return program.screens().label.purchases.resume(); });
+    program.start();
     return QApplication::exec();
 }
 

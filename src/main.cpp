@@ -57,8 +57,7 @@ int runWindow()
     SystemPlatform system(prompts, keyboard);
     Program program(system.platform(), prompts);
     program.window().show();
-    spawn([&program] { return program.screens().label.purchases.resume(); });
-    spawn([&program] { return program.screens().updates.checkOnLaunch(); });
+    program.start();
     return QApplication::exec();
 }
 

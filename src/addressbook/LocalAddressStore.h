@@ -1,13 +1,13 @@
 #pragma once
 
 #include "addressbook/ImportProgress.h"
+#include "core/Observable.h"
 #include "core/PostalContact.h"
 #include "core/Sqlite.h"
 
 #include <QDir>
 #include <QList>
 #include <QObject>
-#include <QProperty>
 
 #include <mutex>
 #include <optional>
@@ -16,7 +16,7 @@ namespace parcelory {
 
 /// The desk's own address book, in addresses.sqlite. Everything but `count` may be used from any thread; reading and
 /// writing wait for the disk, so screens call them through onPool.
-class LocalAddressStore : public QObject {
+class LocalAddressStore : public Observable {
 public:
     static QString sourceName();
 
@@ -24,7 +24,7 @@ public:
     explicit LocalAddressStore(const QDir &folder);
 
     /// The number of contacts, set on the main thread soon after every write. Main thread only.
-    QProperty<int> count{0};
+    Observed<int> count{this, 0};
 
     /// All contacts, or the contacts with the text in name, company, street, city or postal code; sorted by name,
     /// ignoring case. `matching` goes into LIKE as it is: % and _ are wildcards.

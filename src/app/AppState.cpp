@@ -36,16 +36,12 @@ AppState::AppState(Platform &host)
       m_signIn(std::make_unique<SignInFlow>(*this)), m_invoice(std::make_unique<InvoiceFlow>(*this)),
       m_scanForm(std::make_unique<ScanFormFlow>(*this)), m_refundSync(std::make_unique<RefundSync>(*this))
 {
-    const auto announce = [this] { emit changed(); };
-    const auto observe = [&](auto &...property) { (m_notifiers.push_back(property.addNotifier(announce)), ...); };
-    observe(flow, tab, loginBusy, loginError, signedInUser, lastShipmentSummary, keyChanges, draftTo, draftReference,
-            draftFillCount, scanFormBusy, scanFormStatus, scanFormPDF, scanFormOpenTick, scanBusy, scanStatus,
-            scannedInvoice);
+    buildOn(scale, printWatch, senders, boxes);
+    connect(&log, &ShipmentLog::recordsChanged, this, &AppState::changed);
     scanListener.isWanted = [this] { return flow == AppFlow::main; };
     scanListener.onScan = [this](const QString &code) { handleInvoiceScan(code); };
     scanListener.onNoise = [this](const QString &heard) { reportScanNoise(heard); };
     scanListener.start();
-    connect(&log, &ShipmentLog::recordsChanged, this, &AppState::changed);
 }
 
 AppState::~AppState()

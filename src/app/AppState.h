@@ -7,6 +7,7 @@
 #include "carrier/ShippoClient.h"
 #include "carrier/ShippoKeys.h"
 #include "core/CompanySanitizer.h"
+#include "core/Observable.h"
 #include "core/Platform.h"
 #include "core/PostalContact.h"
 #include "devices/LabelPrinter.h"
@@ -21,13 +22,11 @@
 #include "records/ShipmentLog.h"
 #include "shell/ErrorLog.h"
 
-#include <QObject>
 #include <QProperty>
 #include <QSet>
 
 #include <memory>
 #include <optional>
-#include <vector>
 
 namespace parcelory {
 
@@ -49,8 +48,9 @@ class ScanFormFlow;
 class SignInFlow;
 
 /// State that several screens share, and the owner of every long-lived service. Created once; lives until the program
-/// ends. Main thread only. Services are members in order of creation.
-class AppState : public QObject {
+/// ends. Main thread only. Services are members in order of creation. A change of the scale, the printer's notice, the
+/// profiles, the boxes or the mailing log counts as a change of this state.
+class AppState : public Observable {
     Q_OBJECT
 public:
     explicit AppState(Platform &platform);
@@ -59,31 +59,32 @@ public:
     Platform &platform;
     ErrorLog &errors; ///< ErrorLog::shared()
 
-    QProperty<AppFlow> flow{AppFlow::login};
-    QProperty<MainTab> tab{MainTab::newLabel};
-    QProperty<bool> loginBusy{false};
-    QProperty<std::optional<QString>> loginError;
-    QProperty<QString> signedInUser;
+    Observed<AppFlow> flow{this, AppFlow::login};
+    Observed<MainTab> tab{this, MainTab::newLabel};
+    Observed<bool> loginBusy{this, false};
+    Observed<std::optional<QString>> loginError{this};
+    Observed<QString> signedInUser{this};
     bool autoLoginTried = false;
     /// Incremented at each sign-in and sign-out, so that one clerk's results are not shown to the next clerk.
     int session = 0;
-    QProperty<QString> lastShipmentSummary; ///< one line about the last label bought
-    QProperty<int> keyChanges{0};           ///< counts key changes; rates from one key are not valid with another
+    Observed<QString> lastShipmentSummary{this}; ///< one line about the last label bought
+    Observed<int> keyChanges{this, 0};           ///< counts key changes; rates from one key are not valid with another
 
-    QProperty<bool> scanFormBusy{false};
-    QProperty<QString> scanFormStatus;
-    QProperty<std::optional<QByteArray>> scanFormPDF; ///< the last SCAN form
-    QProperty<int> scanFormOpenTick{0};               ///< incremented to open the SCAN Form window
+    Observed<bool> scanFormBusy{this, false};
+    Observed<QString> scanFormStatus{this};
+    bool scanFormComplete = true; ///< the last SCAN form operation left nothing for the clerk to read but the form
+    Observed<std::optional<QByteArray>> scanFormPDF{this}; ///< the last SCAN form
+    Observed<int> scanFormOpenTick{this, 0};               ///< incremented to open the SCAN Form window
 
     // Hand-off to the New Label screen: set draftTo and draftReference, then increment draftFillCount.
-    QProperty<ShippoAddress> draftTo;
-    QProperty<QString> draftReference;
-    QProperty<int> draftFillCount{0};
+    Observed<ShippoAddress> draftTo{this};
+    Observed<QString> draftReference{this};
+    Observed<int> draftFillCount{this, 0};
     ShippoAddress replacedRecipient; ///< the recipient that the last fill replaced
 
-    QProperty<bool> scanBusy{false};                          ///< an invoice is being read
-    QProperty<QString> scanStatus;                            ///< scanner and invoice status line
-    QProperty<std::optional<DesklineInvoice>> scannedInvoice; ///< the last invoice read
+    Observed<bool> scanBusy{this, false};                          ///< an invoice is being read
+    Observed<QString> scanStatus{this};                            ///< scanner and invoice status line
+    Observed<std::optional<DesklineInvoice>> scannedInvoice{this}; ///< the last invoice read
 
     CompanySanitizer sanitizer;
     SavedCredentials credentials;
@@ -135,8 +136,6 @@ public:
     void reportScanNoise(const QString &heard);
 
 signals:
-    /// Any observable field, or the mailing log, has changed.
-    void changed();
     /// A label was bought, and its recipient is to be saved in the address book.
     void recipientToKeep(const ShippoAddress &recipient);
     /// An invoice has filled the label, and the clerk has closed its alert, if any.
@@ -147,7 +146,6 @@ private:
     const std::unique_ptr<InvoiceFlow> m_invoice;
     const std::unique_ptr<ScanFormFlow> m_scanForm;
     const std::unique_ptr<RefundSync> m_refundSync;
-    std::vector<QPropertyNotifier> m_notifiers;
 };
 
 } // namespace parcelory

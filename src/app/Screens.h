@@ -10,27 +10,35 @@
 #include "app/settings/SettingsScreen.h"
 #include "app/signin/SignInScreen.h"
 #include "app/update/UpdateChecker.h"
+#include "core/Observable.h"
 
 namespace parcelory {
 
-/// The screen models of the program's main window. They live as long as AppState, so that a draft survives every change
-/// of tab and every sign-in.
-struct Screens {
-    explicit Screens(AppState &app)
-        : signIn(app), addressBook(app), label(app), mailingLog(app), masterLog(app), scanForm(app), settings(app),
-          keys(app), updates(app)
-    {
-    }
+/// The screen models of the program's main window, and the rules that concern several of them. They live as long as
+/// AppState, so that a draft survives every change of tab and every sign-in.
+class Screens : public Observable {
+public:
+    explicit Screens(AppState &app);
 
     SignInScreen signIn;
     AddressBook addressBook;
     LabelScreen label;
     MailingLogScreen mailingLog;
+    KeysScreen keys;
     MasterLogScreen masterLog;
     ScanFormScreen scanForm;
     SettingsScreen settings;
-    KeysScreen keys;
     UpdateChecker updates;
+
+    /// Creates the SCAN form for today's labels of the chosen return address.
+    Task<> createScanForm();
+    /// True while a purchase or a SCAN form is being made, which is not repeated: the program must not end now.
+    bool mustStayOpen() const { return label.buying || m_app.scanFormBusy; }
+    /// The restart into an update ends the process, so it must wait for a purchase, refund or SCAN form in progress.
+    bool mayRestart() const { return !label.busy && !mailingLog.busy && !m_app.scanFormBusy; }
+
+private:
+    AppState &m_app;
 };
 
 } // namespace parcelory

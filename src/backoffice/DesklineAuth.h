@@ -1,16 +1,16 @@
 #pragma once
 
+#include "core/Observable.h"
 #include "core/Platform.h"
 #include "core/Task.h"
 
-#include <QProperty>
 #include <QUrl>
 
 namespace parcelory {
 
 /// The clerk's back office session: an invisible web page, signed in by filling the sign-in form because there is no
 /// other way in. The page may navigate within the back office only.
-class DesklineAuth {
+class DesklineAuth : public Observable {
 public:
     explicit DesklineAuth(Platform &platform);
     ~DesklineAuth();
@@ -19,7 +19,7 @@ public:
     static const QString loginFormProbe;
     static const QString signedInProbe;
 
-    QProperty<QString> currentURL; ///< of the last page that finished loading
+    Observed<QString> currentURL{this}; ///< of the last page that finished loading
 
     QUrl loginURL() const;
     /// An address of the back office; `path` begins with a slash and may hold a query.

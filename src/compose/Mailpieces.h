@@ -76,11 +76,13 @@ struct MailpieceEntry {
     QString icon;
     QString title;
     QString subtitle;
+    bool operator==(const MailpieceEntry &) const = default;
 };
 
 struct MailpieceGroup {
     QString title;
     QList<MailpieceEntry> entries;
+    bool operator==(const MailpieceGroup &) const = default;
 };
 
 /// The packaging for a carrier's parcels, in the order of the menu.

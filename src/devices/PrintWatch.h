@@ -1,10 +1,10 @@
 #pragma once
 
+#include "core/Observable.h"
 #include "core/Task.h"
 #include "devices/LabelPrinter.h"
 
 #include <QObject>
-#include <QProperty>
 
 #include <map>
 #include <optional>
@@ -13,13 +13,13 @@ namespace parcelory {
 
 /// Polls a printer's queue until it is empty and reports what holds it up: the print tools return long before a label
 /// comes out. Main thread only.
-class PrintWatch : public QObject {
+class PrintWatch : public Observable {
 public:
     PrintWatch(LabelPrinter &printer, Clock &clock) : m_printer(printer), m_clock(clock) {}
     ~PrintWatch() override;
 
     /// The text for the clerk; empty if there is no problem. Updated automatically.
-    QProperty<QString> notice;
+    Observed<QString> notice{this};
 
     /// Call after a job was accepted or refused. Ignores an empty queue name.
     void follow(const QString &queue, Paper paper);

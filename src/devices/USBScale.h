@@ -1,10 +1,10 @@
 #pragma once
 
+#include "core/Observable.h"
 #include "core/ports/HidSource.h"
 #include "devices/ParcelDetector.h"
 
 #include <QHash>
-#include <QProperty>
 
 #include <vector>
 
@@ -12,7 +12,7 @@ namespace parcelory {
 
 /// The USB postal scale. It is detected when it is plugged in and needs no configuration. Of several scales, the scale
 /// with the newest parcel counts.
-class USBScale {
+class USBScale : public Observable {
 public:
     /// A settled weight on the plate.
     struct Reading {
@@ -27,11 +27,11 @@ public:
     /// Starts to listen; does nothing if already started.
     void start();
 
-    QProperty<bool> connected{false};
-    QProperty<bool> stable{false};           ///< by the last report; stays when the scale is unplugged
-    QProperty<std::optional<double>> ounces; ///< last usable weight, avoirdupois; absent: unknown
-    QProperty<QString> deviceName;
-    QProperty<QString> fault; ///< why the scale cannot weigh, in the clerk's words; empty when it can
+    Observed<bool> connected{this, false};
+    Observed<bool> stable{this, false};           ///< by the last report; stays when the scale is unplugged
+    Observed<std::optional<double>> ounces{this}; ///< last usable weight, avoirdupois; absent: unknown
+    Observed<QString> deviceName{this};
+    Observed<QString> fault{this}; ///< why the scale cannot weigh, in the clerk's words; empty when it can
 
     QString display() const;
     /// The weight to buy a label with; absent while the plate is empty or moving, or the scale cannot weigh.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/JsonFile.h"
+#include "core/Observable.h"
 #include "core/Platform.h"
 #include "records/BoxProfile.h"
 
@@ -11,12 +12,12 @@
 namespace parcelory {
 
 /// The desk's own boxes, in box_profiles.json. Assigning to `profiles` writes the file.
-class BoxStore {
+class BoxStore : public Observable {
 public:
     /// Loads the file; without one the list is empty and no file is written before the first change.
     explicit BoxStore(Platform &platform);
 
-    QProperty<QList<BoxProfile>> profiles;
+    Observed<QList<BoxProfile>> profiles{this};
 
     std::optional<BoxProfile> find(const QUuid &id) const;
     /// Appends a box without dimensions, "New Box".

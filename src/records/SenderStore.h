@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/JsonFile.h"
+#include "core/Observable.h"
 #include "core/Platform.h"
 #include "records/SenderProfile.h"
 
@@ -11,14 +12,14 @@
 namespace parcelory {
 
 /// The desk's return addresses, in sender_profiles.json. Assigning to either field writes the file.
-class SenderStore {
+class SenderStore : public Observable {
 public:
     /// Loads the file; without one, makes a first profile from the preferences of earlier versions or, failing that,
     /// from the deployment's return address.
     explicit SenderStore(Platform &platform);
 
-    QProperty<QList<SenderProfile>> profiles; ///< never empty
-    QProperty<std::optional<QUuid>> defaultID;
+    Observed<QList<SenderProfile>> profiles{this}; ///< never empty
+    Observed<std::optional<QUuid>> defaultID{this};
 
     /// The profile of defaultID, or the first one.
     std::optional<SenderProfile> defaultProfile() const;

@@ -42,6 +42,8 @@ struct ShipmentRecord {
     std::optional<QByteArray> customsPDF; ///< never loaded with a list
     bool hasCustomsPDF = false;           ///< computed on read
 
+    bool operator==(const ShipmentRecord &) const = default;
+
     /// The part of `recipient` before the first comma; the rest is the address.
     QString recipientName() const { return recipient.section(u',', 0, 0).trimmed(); }
 

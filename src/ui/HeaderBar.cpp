@@ -1,10 +1,9 @@
 #include "ui/HeaderBar.h"
 
 #include "app/AppState.h"
-#include "app/label/LabelScreen.h"
+#include "app/Screens.h"
 #include "app/settings/KeysScreen.h"
 #include "core/Task.h"
-#include "records/SenderProfile.h"
 #include "ui/parts/Accessibility.h"
 #include "ui/parts/Badge.h"
 #include "ui/parts/Button.h"
@@ -19,13 +18,11 @@
 #include <QPainter>
 #include <QTabBar>
 
-#include <optional>
-
 namespace parcelory {
 using namespace Qt::StringLiterals;
 
-HeaderBar::HeaderBar(AppState &app, LabelScreen &label, KeysScreen &keys, QWidget *parent)
-    : PanelFrame(&Tokens::sheet, parent), m_app(app), m_label(label), m_keys(keys), m_tabs(new QTabBar),
+HeaderBar::HeaderBar(AppState &app, Screens &screens, QWidget *parent)
+    : PanelFrame(&Tokens::sheet, parent), m_app(app), m_screens(screens), m_tabs(new QTabBar),
       m_mode(new Badge({}, BadgeKind::plain)), m_scanStatus(new ElidedLabel({}, FontRole::caption, &Tokens::muted)),
       m_scanForm(new Button(u"SCAN Form"_s, Button::Kind::standard, u"ui_scanform"_s)),
       m_userSeparator(new Separator(Qt::Vertical)), m_user(new ElidedLabel({}, FontRole::caption, &Tokens::muted)),
@@ -66,22 +63,17 @@ HeaderBar::HeaderBar(AppState &app, LabelScreen &label, KeysScreen &keys, QWidge
     m_signOut = signOut;
 
     connect(m_tabs, &QTabBar::currentChanged, this, [this](int at) { m_app.tab = mainTabs()[at].tab; });
-    connect(m_scanForm, &QPushButton::clicked, this, [this] { createScanForm(m_app, m_label); });
+    connect(m_scanForm, &QPushButton::clicked, this,
+            [this] { spawn([&screens = m_screens] { return screens.createScanForm(); }); });
     connect(signOut, &QPushButton::clicked, this, [this] { m_app.signOut(); });
-    m_refresh.follow(app.tab, app.signedInUser, keys.mode, label.busy, app.scanFormBusy, app.scanFormStatus);
+    m_refresh.follow(screens);
     refresh();
-}
-
-void HeaderBar::createScanForm(AppState &app, LabelScreen &label)
-{
-    const std::optional<SenderProfile> sender = label.sender();
-    spawn([&app, from = sender ? sender->address : ShippoAddress()] { return app.createScanForm(from); });
 }
 
 void HeaderBar::refresh()
 {
     m_tabs->setCurrentIndex(int(m_app.tab.value()));
-    m_signOut->setEnabled(!m_label.busy); // the operation may still ask the clerk a question
+    m_signOut->setEnabled(!m_screens.label.busy); // the operation may still ask the clerk a question
     m_user->setFullText(m_app.signedInUser);
     m_user->setVisible(!m_user->fullText().isEmpty());
     m_userSeparator->setVisible(!m_user->fullText().isEmpty());
@@ -90,7 +82,7 @@ void HeaderBar::refresh()
         m_scanStatus->setFullText(status);
         announce(m_scanStatus);
     }
-    const PostageMode mode = m_keys.mode;
+    const PostageMode mode = m_screens.keys.mode;
     m_mode->setVisible(mode == PostageMode::test || mode == PostageMode::practice);
     if (mode == PostageMode::practice)
         m_mode->set(u"PRACTICE MODE"_s, BadgeKind::practice);

@@ -1,7 +1,6 @@
 #pragma once
 
-#include "app/label/LabelScreen.h"
-#include "app/settings/KeysScreen.h"
+#include "app/Screens.h"
 #include "ui/parts/Badge.h"
 #include "ui/parts/PanelFrame.h"
 #include "ui/parts/RefreshScheduler.h"
@@ -18,17 +17,13 @@ class Button;
 class HeaderBar : public PanelFrame {
     Q_OBJECT
 public:
-    HeaderBar(AppState &app, LabelScreen &label, KeysScreen &keys, QWidget *parent = nullptr);
-
-    /// Creates the SCAN form for today's labels of the chosen return address.
-    static void createScanForm(AppState &app, LabelScreen &label);
+    HeaderBar(AppState &app, Screens &screens, QWidget *parent = nullptr);
 
 private:
     void refresh();
 
     AppState &m_app;
-    LabelScreen &m_label;
-    KeysScreen &m_keys;
+    Screens &m_screens;
     QTabBar *m_tabs;
     Badge *m_mode;
     ElidedLabel *m_scanStatus;

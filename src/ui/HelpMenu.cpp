@@ -10,6 +10,8 @@
 #include <QMenuBar>
 #include <QPointer>
 
+#include <utility>
+
 namespace parcelory {
 using namespace Qt::StringLiterals;
 
@@ -18,16 +20,18 @@ namespace {
 /// Opens the update prompt, one at a time.
 class Updates : public QObject {
 public:
-    explicit Updates(MainWindow &window) : QObject(&window), m_window(window), m_refresh([this] { show(); })
+    explicit Updates(MainWindow &window)
+        : QObject(&window), m_window(window), m_shown(window.screens().updates.offers), m_refresh([this] { refresh(); })
     {
-        m_refresh.follow(window.screens().updates.offers);
+        m_refresh.follow(window.screens().updates);
     }
 
 private:
-    void show()
+    void refresh()
     {
         Screens &screens = m_window.screens();
-        if (m_prompt || !screens.updates.available.value())
+        const int offers = screens.updates.offers;
+        if (std::exchange(m_shown, offers) == offers || m_prompt || !screens.updates.available.value())
             return;
         m_prompt = new UpdatePrompt(m_window.app(), screens, &m_window);
         m_prompt->setAttribute(Qt::WA_DeleteOnClose);
@@ -36,6 +40,7 @@ private:
 
     MainWindow &m_window;
     QPointer<UpdatePrompt> m_prompt;
+    int m_shown; ///< UpdateChecker::offers at the last prompt
     RefreshScheduler m_refresh;
 };
 

@@ -35,8 +35,8 @@ namespace parcelory {
 using namespace Qt::StringLiterals;
 
 MainWindow::MainWindow(AppState &app, Screens &screens, const QString &signInNote)
-    : m_app(app), m_screens(screens), m_flows(new QStackedWidget), m_refresh([this] { refresh(); }),
-      m_scanFormRefresh([this] { openWindow(u"scanform"_s); })
+    : m_app(app), m_screens(screens), m_flows(new QStackedWidget), m_formsOpened(app.scanFormOpenTick),
+      m_refresh([this] { refresh(); })
 {
     m_flows->addWidget(new SignInView(app, screens.signIn, signInNote));
     m_flows->addWidget(makeMain());
@@ -45,12 +45,14 @@ MainWindow::MainWindow(AppState &app, Screens &screens, const QString &signInNot
     addHelpMenu(*this);
     setMinimumSize(Theme::current().scaled(1024), 680);
     restoreLayout();
-    m_refresh.follow(app.flow, app.tab, screens.keys.mode, screens.label.buying);
-    m_scanFormRefresh.follow(app.scanFormOpenTick);
-    spawn([this] { return m_screens.keys.refresh(); });
-    if (m_screens.settings.zebraQueue.value().isEmpty()) // the first start looks for the label printer
-        spawn([this] { return m_screens.settings.refreshPrinters(); });
+    m_refresh.follow(screens);
     refresh();
+}
+
+MainWindow::~MainWindow()
+{
+    for (const QPointer<QWidget> &window : std::as_const(m_windows))
+        delete window;
 }
 
 QWidget *MainWindow::makeMain()
@@ -59,7 +61,7 @@ QWidget *MainWindow::makeMain()
     m_tabs = new QStackedWidget;
     m_label = new LabelView(m_app, m_screens.label, m_screens.addressBook, m_screens.keys, m_screens.settings);
     m_mailingLog = new MailingLogView(m_app, m_screens.mailingLog);
-    m_masterLog = new MasterLogView(m_app, m_screens.masterLog, m_screens.keys);
+    m_masterLog = new MasterLogView(m_app, m_screens.masterLog);
     m_settings = new SettingsView(m_app, m_screens);
     for (QWidget *view : {static_cast<QWidget *>(m_label), static_cast<QWidget *>(m_mailingLog),
                           static_cast<QWidget *>(m_masterLog), static_cast<QWidget *>(m_settings)})
@@ -69,7 +71,7 @@ QWidget *MainWindow::makeMain()
     rows->setContentsMargins(0, 0, 0, 0);
     rows->setSpacing(0);
     rows->addWidget(m_stripe);
-    rows->addWidget(new HeaderBar(m_app, m_screens.label, m_screens.keys));
+    rows->addWidget(new HeaderBar(m_app, m_screens));
     rows->addWidget(m_tabs, 1);
     auto *strip = new StatusStrip(m_app, m_screens.keys);
     rows->addWidget(strip);
@@ -110,6 +112,8 @@ void MainWindow::refresh()
     }
     if ((entering || changed) && signedIn && m_app.tab == MainTab::newLabel && m_app.draftTo.value().isEmpty())
         m_label->focusRecipient();
+    if (const int opened = m_app.scanFormOpenTick; std::exchange(m_formsOpened, opened) != opened)
+        openWindow(u"scanform"_s);
     finishClosing();
 }
 
@@ -160,31 +164,41 @@ void MainWindow::openWindow(const QString &identifier)
 void MainWindow::closeEvent(QCloseEvent *event)
 {
     write(m_app.platform.preferences, settings::windowGeometry, saveGeometry());
-    if (m_app.scanFormBusy) { // the form is created only once and would be lost
+    if (m_screens.mustStayOpen()) {
+        if (!m_closing)
+            m_closing = Closing{};
+        noteReasons();
         event->ignore();
         return;
     }
-    if (m_screens.label.buying) {
-        m_closeAfterPurchase = true;
-        event->ignore();
-        return;
-    }
-    for (const QPointer<QWidget> &window : std::as_const(m_windows)) {
-        if (window)
-            window->close();
+    const bool keepsForm = m_closing && m_closing->afterForm;
+    for (auto window = m_windows.cbegin(); window != m_windows.cend(); ++window) {
+        if (*window && !(keepsForm && window.key() == u"scanform")) // a new form is yet to be printed
+            (*window)->close();
     }
     event->accept();
 }
 
-/// Closes the window after the purchase that kept it open if the label is bought, printed and logged. Otherwise the
-/// window stays open, because the clerk must read the message.
+void MainWindow::noteReasons()
+{
+    m_closing->afterPurchase |= m_screens.label.buying;
+    m_closing->afterForm |= m_app.scanFormBusy;
+}
+
+/// Closes the window after the purchase or the SCAN form that kept it open. If the label is not bought, printed and
+/// logged, or the form failed, the window stays open, because the clerk must read the message.
 void MainWindow::finishClosing()
 {
-    if (!m_closeAfterPurchase || m_screens.label.buying)
+    if (!m_closing)
         return;
-    m_closeAfterPurchase = false;
-    if (m_screens.label.purchaseComplete())
+    noteReasons();
+    if (m_screens.mustStayOpen())
+        return;
+    const bool isRead = (!m_closing->afterPurchase || m_screens.label.purchaseComplete()) &&
+                        (!m_closing->afterForm || m_app.scanFormComplete);
+    if (isRead)
         close();
+    m_closing = std::nullopt;
 }
 
 void MainWindow::changeEvent(QEvent *event)

@@ -7,6 +7,8 @@
 #include <QMainWindow>
 #include <QPointer>
 
+#include <optional>
+
 class QStackedWidget;
 
 namespace parcelory {
@@ -17,13 +19,14 @@ class MasterLogView;
 class ModeStripe;
 class SettingsView;
 
-/// The program's window: the sign-in, or the four tabs with header bar and status strip. It ignores a close while a
-/// SCAN form is being created, and defers a close during a purchase until the purchase is complete.
+/// The program's window: the sign-in, or the four tabs with header bar and status strip. It defers a close during a
+/// purchase or while a SCAN form is being created until that is complete.
 class MainWindow : public QMainWindow {
     Q_OBJECT
 public:
     /// `signInNote` is an extra line on the sign-in page; usually empty.
     MainWindow(AppState &app, Screens &screens, const QString &signInNote = {});
+    ~MainWindow() override; ///< deletes the secondary windows, which show the same models
 
     LabelView &labelView() { return *m_label; }
     MailingLogView &mailingLogView() { return *m_mailingLog; }
@@ -47,6 +50,7 @@ private:
     QWidget *makeAddressBook();
     void bringToFront(QWidget *window);
     void refresh();
+    void noteReasons();
     void finishClosing();
     void restoreLayout();
 
@@ -60,9 +64,13 @@ private:
     MasterLogView *m_masterLog = nullptr;
     SettingsView *m_settings = nullptr;
     QHash<QString, QPointer<QWidget>> m_windows; ///< the secondary windows, by identifier
-    bool m_closeAfterPurchase = false;
+    /// What a deferred close waits for.
+    struct Closing {
+        bool afterPurchase = false, afterForm = false;
+    };
+    std::optional<Closing> m_closing;
+    int m_formsOpened; ///< AppState::scanFormOpenTick at the last opening
     RefreshScheduler m_refresh;
-    RefreshScheduler m_scanFormRefresh;
 };
 
 } // namespace parcelory

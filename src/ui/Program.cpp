@@ -31,6 +31,16 @@ Program::Program(Platform &platform, WindowPrompts &prompts, const QString &sign
     prompts.attach(m_window.get(), platform.clock);
 }
 
+void Program::start()
+{
+    spawn([&keys = m_screens.keys] { return keys.refresh(); });
+    spawn([&book = m_screens.addressBook] { return book.reload(); });
+    if (m_screens.settings.zebraQueue.value().isEmpty())
+        spawn([&settings = m_screens.settings] { return settings.refreshPrinters(); });
+    spawn([&purchases = m_screens.label.purchases] { return purchases.resume(); });
+    spawn([&updates = m_screens.updates] { return updates.checkOnLaunch(); });
+}
+
 Program::~Program()
 {
     m_window.reset();

@@ -39,7 +39,7 @@ StatusStrip::StatusStrip(AppState &app, KeysScreen &keys, QWidget *parent)
     row->addWidget(m_warning);
     row->addWidget(m_mode);
     row->addWidget(m_key);
-    m_refresh.follow(app.lastShipmentSummary, app.scanStatus, app.printWatch.notice, keys.mode, keys.statusText);
+    m_refresh.follow(app, keys);
     refresh();
 }
 

@@ -27,7 +27,7 @@ constexpr int longestNotes = 20'000; ///< characters; laying out very long notes
 
 UpdatePrompt::UpdatePrompt(AppState &app, Screens &screens, QWidget *parent)
     : Dialog(app.platform.clock, u"Update Available"_s, u"parcelory_mark"_s, &Tokens::accent, promptWidth, parent),
-      m_app(app), m_screens(screens), m_updates(screens.updates), m_text(new TextLabel),
+      m_screens(screens), m_updates(screens.updates), m_text(new TextLabel),
       m_status(new TextLabel({}, FontRole::caption, &Tokens::muted)), m_bar(new ProgressBar(u"Download"_s, 0)),
       m_refresh([this] { refresh(); })
 {
@@ -43,8 +43,7 @@ UpdatePrompt::UpdatePrompt(AppState &app, Screens &screens, QWidget *parent)
     body()->addWidget(m_bar);
     m_dismiss = addButton(u"Not Now"_s, Rejected, Button::Kind::standard);
     m_next = addButton(u"Download"_s, Accepted, Button::Kind::solid);
-    m_refresh.follow(m_updates.phase, m_updates.progress, m_updates.status, screens.label.busy, screens.mailingLog.busy,
-                     app.scanFormBusy);
+    m_refresh.follow(screens);
     refresh();
 }
 
@@ -70,12 +69,6 @@ QWidget *UpdatePrompt::makeNotes(const QString &notes)
     return area;
 }
 
-/// The restart ends the process, so it must wait for a purchase, refund or SCAN form in progress.
-bool UpdatePrompt::mayRestart() const
-{
-    return !m_screens.label.busy && !m_screens.mailingLog.busy && !m_app.scanFormBusy;
-}
-
 void UpdatePrompt::refresh()
 {
     const QString version = m_updates.available.value() ? m_updates.available.value()->version : QString();
@@ -83,7 +76,7 @@ void UpdatePrompt::refresh()
     m_text->setText(phase == UpdatePhase::ready
                         ? u"Parcelory "_s + version + u" downloaded — ready to install."_s
                         : u"Parcelory "_s + version + u" is ready — you're on "_s + m_updates.installedVersion());
-    m_status->setText(phase == UpdatePhase::ready && !mayRestart()
+    m_status->setText(phase == UpdatePhase::ready && !m_screens.mayRestart()
                           ? u"Waiting for an operation with the carrier to finish."_s
                           : m_updates.status.value());
     m_status->setVisible(!m_status->text().isEmpty());
@@ -91,7 +84,7 @@ void UpdatePrompt::refresh()
     m_bar->setProgress(m_updates.progress.value().value_or(0));
     m_dismiss->setText(phase == UpdatePhase::ready ? u"Later"_s : u"Not Now"_s);
     m_next->setText(phase == UpdatePhase::ready ? u"Update && Restart"_s : u"Download"_s);
-    m_next->setEnabled(phase == UpdatePhase::idle || (phase == UpdatePhase::ready && mayRestart()));
+    m_next->setEnabled(phase == UpdatePhase::idle || (phase == UpdatePhase::ready && m_screens.mayRestart()));
     if (isVisible())
         fitHeight();
 }
@@ -100,7 +93,7 @@ void UpdatePrompt::done(int result)
 {
     if (result != Accepted)
         Dialog::done(result);
-    else if (m_updates.phase == UpdatePhase::ready && mayRestart())
+    else if (m_updates.phase == UpdatePhase::ready && m_screens.mayRestart())
         spawn([&updates = m_updates] { return updates.relaunchNow(); });
     else if (m_updates.phase == UpdatePhase::idle)
         spawn([&updates = m_updates] { return updates.install(); });

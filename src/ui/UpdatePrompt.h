@@ -23,9 +23,6 @@ private:
     QWidget *makeNotes(const QString &notes);
     void refresh();
 
-    bool mayRestart() const;
-
-    AppState &m_app;
     Screens &m_screens;
     UpdateChecker &m_updates;
     TextLabel *m_text;

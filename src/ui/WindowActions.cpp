@@ -8,7 +8,6 @@
 #include "core/Task.h"
 #include "records/ShipmentRecord.h"
 #include "ui/EditMenu.h"
-#include "ui/HeaderBar.h"
 #include "ui/MainWindow.h"
 #include "ui/label/LabelView.h"
 #include "ui/log/MailingLogView.h"
@@ -67,6 +66,8 @@ private:
     {
         return isOn(MainTab::masterLog) ? masterLog().selectedEntry() : std::nullopt;
     }
+    /// The same, while no operation of the mailing log is in progress.
+    std::optional<ShipmentRecord> idleChosen() { return mailingLog().busy ? std::nullopt : chosen(); }
     bool hasLastLabel() { return isOn(MainTab::newLabel) && label().lastLabel.value().has_value(); }
 
     void add(QMenu *menu, const QString &text, const QKeySequence &keys, std::function<bool()> when,
@@ -109,10 +110,7 @@ void Menus::fill()
     addLog();
     addView();
     addWindow();
-    m_refresh.follow(app().flow, app().scanFormPDF, app().tab, app().draftTo, label().busy, label().rates,
-                     label().selectedRateID, label().weightLb, label().weightOz, label().lastLabel,
-                     app().scale.connected, mailingLog().selected, mailingLog().busy, masterLog().selected,
-                     masterLog().entries, masterLog().busy, m_window.screens().keys.mode, app().scanFormBusy);
+    m_refresh.follow(m_window.screens());
     refresh();
 }
 
@@ -171,8 +169,7 @@ void Menus::addLog()
     addTracking(menu);
     menu->addSeparator();
     add( // no shortcut: a refund voids the label and must not happen by accident
-        menu, u"Refund"_s, {},
-        [this] { return chosen() && !mailingLog().busy && MailingLogScreen::isRefundable(*chosen()); },
+        menu, u"Refund"_s, {}, [this] { return idleChosen() && MailingLogScreen::isRefundable(*chosen()); },
         [this] { spawn([this] { return mailingLog().refund(*chosen()); }); });
     menu->addSeparator();
     addExchange(menu);
@@ -180,13 +177,13 @@ void Menus::addLog()
     add(
         menu, u"SCAN Form"_s, Qt::CTRL | Qt::SHIFT | Qt::Key_F,
         [this] { return app().flow == AppFlow::main && !app().scanFormBusy; },
-        [this] { HeaderBar::createScanForm(app(), label()); });
+        [this] { spawn([this] { return m_window.screens().createScanForm(); }); });
 }
 
 void Menus::addShipment(QMenu *menu)
 {
     add(
-        menu, u"Reprint"_s, Qt::CTRL | Qt::Key_P, [this] { return chosen() || hasLastLabel(); },
+        menu, u"Reprint"_s, Qt::CTRL | Qt::Key_P, [this] { return idleChosen() || (hasLastLabel() && !label().busy); },
         [this] {
             if (hasLastLabel())
                 spawn([this] { return label().reprintLast(); });
@@ -194,10 +191,10 @@ void Menus::addShipment(QMenu *menu)
                 spawn([this] { return mailingLog().reprint(*chosen()); });
         });
     add(
-        menu, u"Customs Docs"_s, Qt::CTRL | Qt::SHIFT | Qt::Key_D, [this] { return chosen() && chosen()->isIntl; },
+        menu, u"Customs Docs"_s, Qt::CTRL | Qt::SHIFT | Qt::Key_D, [this] { return idleChosen() && chosen()->isIntl; },
         [this] { spawn([this] { return mailingLog().reprintCustoms(*chosen()); }); });
     add(
-        menu, u"Check Status"_s, {}, [this] { return chosen() && MailingLogScreen::isCheckable(*chosen()); },
+        menu, u"Check Status"_s, {}, [this] { return idleChosen() && MailingLogScreen::isCheckable(*chosen()); },
         [this] { spawn([this] { return mailingLog().checkStatus(*chosen()); }); });
 }
 
@@ -232,7 +229,7 @@ void Menus::addExchange(QMenu *menu)
         [this] { spawn([this] { return mailingLog().importCSV(); }); });
     add(
         menu, u"Export"_s, Qt::CTRL | Qt::SHIFT | Qt::Key_S,
-        [=, this] { return onLog() || (onMaster() && m_window.masterLogView().canExport()); },
+        [=, this] { return onLog() || (onMaster() && masterLog().canExport()); },
         [=, this] {
             if (onMaster())
                 spawn([this] { return masterLog().exportCSV(); });
@@ -240,8 +237,7 @@ void Menus::addExchange(QMenu *menu)
                 spawn([this] { return mailingLog().exportCSV(); });
         });
     add(
-        menu, u"Refresh"_s, Qt::CTRL | Qt::Key_R,
-        [=, this] { return onMaster() && m_window.masterLogView().canLoad(); },
+        menu, u"Refresh"_s, Qt::CTRL | Qt::Key_R, [=, this] { return onMaster() && masterLog().canLoad(); },
         [this] { m_window.masterLogView().load(); });
 }
 

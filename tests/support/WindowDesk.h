@@ -56,6 +56,7 @@ struct WindowDesk : CarrierDesk {
                 qFatal("the window did not become active");
             window().activateWindow();
         }
+        program->start();
         app().flow = AppFlow::main;
         wait([this] { return program->screens().keys.mode != PostageMode::unknown; });
         settleAll();

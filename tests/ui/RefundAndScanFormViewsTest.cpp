@@ -11,6 +11,8 @@
 #include <QComboBox>
 #include <QHeaderView>
 
+#include <algorithm>
+
 #include <gmock/gmock.h>
 
 // The logs and the SCAN form, operated like a clerk does.
@@ -163,6 +165,32 @@ TEST(RefundAndScanFormViews, AScanFormOpensOnlyIfThereAreLabels)
     desk.settleAll();
     desk.press(Qt::Key_W, Qt::ControlModifier);
     EXPECT_FALSE(opened());
+}
+
+TEST(AfterSale, ACloseWaitsForTheScanFormAndThenForWhatMustBeRead)
+{
+    AfterSaleDesk desk;
+    desk.buyLabel();
+    const ToolkitLeaks forgiven;
+    const auto closeWhileMade = [&desk](const CarrierScenario &scenario) {
+        desk.carrier.setScenario({.holdsAnswers = true});
+        desk.press(Qt::Key_F, Qt::ControlModifier | Qt::ShiftModifier);
+        ASSERT_TRUE(desk.app().scanFormBusy);
+        desk.window().close();
+        EXPECT_TRUE(desk.window().isVisible());
+        desk.carrier.setScenario(scenario);
+        desk.wait([&desk] { return !desk.app().scanFormBusy; });
+    };
+    closeWhileMade({.droppedPath = "manifests"});
+    EXPECT_TRUE(desk.window().isVisible()) << "the clerk must read the failure";
+    closeWhileMade({});
+    EXPECT_FALSE(desk.window().isVisible());
+    const QWidgetList windows = QApplication::topLevelWidgets();
+    const auto form = std::ranges::find(windows, u"SCAN Form"_s, &QWidget::windowTitle);
+    ASSERT_NE(form, windows.end()) << "the form is yet to be printed";
+    desk.wait([&desk] { return desk.program->screens().scanForm.labels.value().size() == 1; });
+    (*form)->close();
+    desk.settleAll();
 }
 
 } // namespace

@@ -37,7 +37,7 @@ AddressBook::AddressBook(AppState &app) : m_app(app)
 {
     connect(&app, &AppState::recipientToKeep, this,
             [this](const ShippoAddress &recipient) { spawn([=, this] { return keep(recipient, true); }); });
-    spawn([this] { return reload(); });
+    connect(this, &AddressBook::contactsChanged, this, &AddressBook::changed);
 }
 
 Task<> AddressBook::load()
@@ -127,7 +127,9 @@ Task<> AddressBook::keep(ShippoAddress recipient, bool quietly)
 AddressBookPane::AddressBookPane(AppState &app, AddressBook &book)
     : m_app(app), m_book(book), m_queryWatch(query.addNotifier([this] { refilter(); }))
 {
+    buildOn(book);
     connect(&book, &AddressBook::contactsChanged, this, &AddressBookPane::refilter);
+    connect(this, &AddressBookPane::filteredChanged, this, &AddressBookPane::changed);
     refilter();
 }
 

@@ -2,6 +2,7 @@
 
 #include "addressbook/AddressFilter.h"
 #include "app/AppState.h"
+#include "core/Observable.h"
 #include "core/Task.h"
 
 #include <QObject>
@@ -13,14 +14,14 @@ namespace parcelory {
 
 /// The desk's address book for the screens: the whole list in memory, and the operations that change it. All panes
 /// share it; it lives as long as AppState.
-class AddressBook : public QObject {
+class AddressBook : public Observable {
     Q_OBJECT
 public:
     explicit AddressBook(AppState &app);
 
-    QProperty<QString> status; ///< result of the last operation, or progress of an import
-    QProperty<bool> importing{false};
-    QProperty<std::optional<PostalContact>> deleted; ///< the last deleted contact, until the next change
+    Observed<QString> status{this}; ///< result of the last operation, or progress of an import
+    Observed<bool> importing{this, false};
+    Observed<std::optional<PostalContact>> deleted{this}; ///< the last deleted contact, until the next change
 
     /// Sorted by name. Replaced as a whole at every change: keep no reference across a co_await.
     const QList<PostalContact> &contacts() const { return m_contacts; }
@@ -65,13 +66,13 @@ private:
 };
 
 /// A view that searches the address book: the sidebar or the Address Book window.
-class AddressBookPane : public QObject {
+class AddressBookPane : public Observable {
     Q_OBJECT
 public:
     AddressBookPane(AppState &app, AddressBook &book);
 
-    QProperty<QString> query;
-    QProperty<std::optional<QUuid>> selection;
+    Observed<QString> query{this};
+    Observed<std::optional<QUuid>> selection{this};
 
     AddressBook &book() { return m_book; }
     /// What the clerk sees as the source of the addresses.

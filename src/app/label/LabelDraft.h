@@ -5,6 +5,7 @@
 #include "compose/Customs.h"
 #include "compose/Mailpieces.h"
 #include "compose/Services.h"
+#include "core/Observable.h"
 #include "devices/CommercialInvoice.h"
 #include "records/SenderProfile.h"
 
@@ -37,30 +38,28 @@ enum class DraftField {
 /// One shipment as the clerk composes it, and everything that follows from it alone. The recipient is
 /// AppState::draftTo, edited in place. The draft keeps itself consistent: the class fits carrier and destination, a box
 /// brings its size.
-class LabelDraft {
+class LabelDraft : public Observable {
 public:
     explicit LabelDraft(AppState &app);
-    LabelDraft(const LabelDraft &) = delete;
-    LabelDraft &operator=(const LabelDraft &) = delete;
 
     // Texts are kept as typed and read as numbers where they are used.
-    QProperty<std::optional<QUuid>> senderID; ///< empty: the default profile
-    QProperty<Carrier> carrier{Carrier::usps};
-    QProperty<MailpieceSelection> mailpiece{BuiltinMailpiece::package};
-    QProperty<ServiceClass> svcClass{ServiceClass::priority};
-    QProperty<QString> weightLb, weightOz;
-    QProperty<QString> dimLength, dimWidth, dimHeight; ///< inches
-    QProperty<ServiceOption> service{ServiceOption::tracking};
-    QProperty<QString> insuranceValue; ///< US dollars; empty: not insured
-    QProperty<QDate> shipDate;
-    QProperty<bool> fedexResidential{false};
-    QProperty<CustomsInfo> customs;
-    QProperty<bool> printInvoiceWithRates{true}; ///< the commercial invoice prints with the label
-    QProperty<QString> descriptionText;          ///< for the local log only
-    QProperty<QString> reference;                ///< for the local log only
-    QProperty<bool> keepRecipient{true};         ///< save the recipient in the address book after the purchase
+    Observed<std::optional<QUuid>> senderID{this}; ///< empty: the default profile
+    Observed<Carrier> carrier{this, Carrier::usps};
+    Observed<MailpieceSelection> mailpiece{this, BuiltinMailpiece::package};
+    Observed<ServiceClass> svcClass{this, ServiceClass::priority};
+    Observed<QString> weightLb{this}, weightOz{this};
+    Observed<QString> dimLength{this}, dimWidth{this}, dimHeight{this}; ///< inches
+    Observed<ServiceOption> service{this, ServiceOption::tracking};
+    Observed<QString> insuranceValue{this}; ///< US dollars; empty: not insured
+    Observed<QDate> shipDate{this};
+    Observed<bool> fedexResidential{this, false};
+    Observed<CustomsInfo> customs{this};
+    Observed<bool> printInvoiceWithRates{this, true}; ///< the commercial invoice prints with the label
+    Observed<QString> descriptionText{this};          ///< for the local log only
+    Observed<QString> reference{this};                ///< for the local log only
+    Observed<bool> keepRecipient{this, true};         ///< save the recipient in the address book after the purchase
 
-    QProperty<int> edits{0}; ///< counts changes that a price depends on, and every new parcel
+    Observed<int> edits{this, 0}; ///< counts changes that a price depends on, and every new parcel
 
     std::optional<SenderProfile> sender() const;
     /// The scanned invoice that the reference names; empty once its parcel is sold or another recipient is filled in.

@@ -29,6 +29,7 @@ LabelScreen::LabelScreen(AppState &app) : LabelDraft(app), purchases(app), m_pap
     const auto watch = [this](auto action, auto &...property) {
         (m_notifiers.push_back(property.addNotifier(action)), ...);
     };
+    buildOn(app, purchases);
     watch([this] { draftEdited(); }, edits);
     watch([this] { recipientEdited(); }, m_app.draftTo);
     watch([this] { invalidateIntlRates(); }, customs);

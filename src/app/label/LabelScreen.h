@@ -47,24 +47,24 @@ struct LastLabel {
 class LabelScreen : public LabelDraft {
 public:
     explicit LabelScreen(AppState &app);
-    ~LabelScreen();
+    ~LabelScreen() override;
 
     // What the screen found out.
-    QProperty<QString> validationStatus; ///< the line under the recipient
-    QProperty<bool> validationOK{false};
-    QProperty<bool> showIntlPaperwork{false};
-    QProperty<QList<ShippoRate>> rates; ///< the current carrier's, cheapest first
-    QProperty<std::optional<QString>> selectedRateID;
-    QProperty<bool> busy{false};
-    QProperty<bool> validating{false}; ///< the address is being validated
-    QProperty<bool> rating{false};     ///< rates are being requested
-    QProperty<bool> buying{false};     ///< a purchase is in progress: the program must not end now
-    QProperty<std::optional<Banner>> banner;
-    QProperty<std::optional<DraftField>> faultyField; ///< the field that the banner is about, until the next edit
-    QProperty<std::optional<LastLabel>> lastLabel;
+    Observed<QString> validationStatus{this}; ///< the line under the recipient
+    Observed<bool> validationOK{this, false};
+    Observed<bool> showIntlPaperwork{this, false};
+    Observed<QList<ShippoRate>> rates{this}; ///< the current carrier's, cheapest first
+    Observed<std::optional<QString>> selectedRateID{this};
+    Observed<bool> busy{this, false};
+    Observed<bool> validating{this, false}; ///< the address is being validated
+    Observed<bool> rating{this, false};     ///< rates are being requested
+    Observed<bool> buying{this, false};     ///< a purchase is in progress: the program must not end now
+    Observed<std::optional<Banner>> banner{this};
+    Observed<std::optional<DraftField>> faultyField{this}; ///< the field that the banner is about, until the next edit
+    Observed<std::optional<LastLabel>> lastLabel{this};
     /// Why the selected rate would buy a second label; empty if it would not.
-    QProperty<QString> secondLabel;
-    QProperty<bool> secondLabelAgreed{false}; ///< the clerk has seen the warning; the next press buys
+    Observed<QString> secondLabel{this};
+    Observed<bool> secondLabelAgreed{this, false}; ///< the clerk has seen the warning; the next press buys
 
     /// The Buy button takes no press for so long after it has changed.
     static constexpr auto buyPause = std::chrono::milliseconds(600);
@@ -73,6 +73,8 @@ public:
 
     std::optional<ShippoRate> selectedRate() const;
     NextStep nextStep() const;
+    /// True if a scanned invoice's recipient is to be validated right away.
+    bool validatesScans() const { return !busy && recipientFilled(); }
     /// True while it is unknown whether this recipient's last label was bought; buying is disabled until then.
     bool isBuyClosed() const;
 

@@ -30,6 +30,7 @@ MailingLogScreen::MailingLogScreen(AppState &app)
       }))
 {
     connect(&app.log, &ShipmentLog::recordsChanged, this, &MailingLogScreen::takeRecords);
+    connect(this, &MailingLogScreen::recordsChanged, this, &MailingLogScreen::changed);
     connect(&app.log, &ShipmentLog::readingFailed, this, [this](const QString &reason) {
         message = u"The mailing log could not be read — %1. The list is unchanged."_s.arg(reason);
     });

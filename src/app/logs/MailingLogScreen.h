@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/AppState.h"
+#include "core/Observable.h"
 #include "core/Task.h"
 
 #include <QObject>
@@ -11,17 +12,17 @@
 namespace parcelory {
 
 /// The My Mailing Log screen: searches, shows and reprints the desk's shipments. Lives as long as AppState.
-class MailingLogScreen : public QObject {
+class MailingLogScreen : public Observable {
     Q_OBJECT
 public:
     explicit MailingLogScreen(AppState &app);
 
-    QProperty<QString> search;                 ///< as typed; setting it reloads the list
-    QProperty<std::optional<qint64>> selected; ///< the id of a record in records()
-    QProperty<QString> message;                ///< result of the last operation
-    QProperty<bool> busy{false};
+    Observed<QString> search{this};                 ///< as typed; setting it reloads the list
+    Observed<std::optional<qint64>> selected{this}; ///< the id of a record in records()
+    Observed<QString> message{this};                ///< result of the last operation
+    Observed<bool> busy{this, false};
     /// Progress of an export or import, 0 to 1; empty if neither is running.
-    QProperty<std::optional<double>> progress;
+    Observed<std::optional<double>> progress{this};
 
     /// The newest shipments that match the search, newest first.
     const QList<ShipmentRecord> &records() const { return m_app.log.records(); }

@@ -53,8 +53,9 @@ QString quotedRow(QStringList fields)
 
 } // namespace
 
-MasterLogScreen::MasterLogScreen(AppState &app) : m_app(app)
+MasterLogScreen::MasterLogScreen(AppState &app, const KeysScreen &keys) : m_app(app), m_keys(keys)
 {
+    buildOn(app, keys);
     lastFifteenDays();
     const auto otherRange = [this] { loaded = false; };
     m_notifiers.push_back(from.addNotifier(otherRange));
@@ -64,6 +65,21 @@ MasterLogScreen::MasterLogScreen(AppState &app) : m_app(app)
         entries = QList<MasterEntry>();
         loaded = false;
     }));
+}
+
+bool MasterLogScreen::canLoad() const
+{
+    return !hasNoKey() && m_keys.mode != PostageMode::unknown && !busy;
+}
+
+void MasterLogScreen::loadForKey()
+{
+    if (!canLoad() || m_loadedKeys == m_app.keyChanges)
+        return;
+    if (!m_loadedKeys)
+        lastFifteenDays(); // the program may have been open for days
+    m_loadedKeys = m_app.keyChanges;
+    spawn([this] { return load(); });
 }
 
 void MasterLogScreen::lastFifteenDays()

@@ -1,6 +1,8 @@
 #pragma once
 
 #include "app/AppState.h"
+#include "app/settings/KeysScreen.h"
+#include "core/Observable.h"
 #include "core/Task.h"
 
 #include <QDate>
@@ -13,20 +15,26 @@ namespace parcelory {
 
 /// The Master Log screen: the carrier account's labels of a date range, from every desk. Nothing is stored on disk.
 /// Lives as long as AppState.
-class MasterLogScreen {
+class MasterLogScreen : public Observable {
 public:
     static constexpr int usualDays = 15;
 
-    explicit MasterLogScreen(AppState &app);
+    MasterLogScreen(AppState &app, const KeysScreen &keys);
 
-    QProperty<QDate> from, to; ///< both included
-    QProperty<QList<MasterEntry>> entries;
-    QProperty<std::optional<QString>> selected; ///< the id of an entry
-    QProperty<bool> busy{false};
-    QProperty<int> pages{0}; ///< pages read so far by the running listing
-    QProperty<QString> message;
-    QProperty<bool> loaded{false}; ///< entries match the selected days
+    Observed<QDate> from{this}, to{this}; ///< both included
+    Observed<QList<MasterEntry>> entries{this};
+    Observed<std::optional<QString>> selected{this}; ///< the id of an entry
+    Observed<bool> busy{this, false};
+    Observed<int> pages{this, 0}; ///< pages read so far by the running listing
+    Observed<QString> message{this};
+    Observed<bool> loaded{this, false}; ///< entries match the selected days
 
+    bool hasNoKey() const { return m_keys.mode == PostageMode::none; }
+    bool canLoad() const;
+    bool canExport() const { return !busy && !entries.value().isEmpty(); }
+    /// Call while the screen is shown: loads the usual range at the first call, and again after a key change, because
+    /// another key can mean another account.
+    void loadForKey();
     /// Fetches the range. On failure the entries stay as they are.
     Task<> load();
     void lastFifteenDays();
@@ -39,6 +47,8 @@ public:
 
 private:
     AppState &m_app;
+    const KeysScreen &m_keys;
+    std::optional<int> m_loadedKeys; ///< AppState::keyChanges at the last load by loadForKey()
     std::vector<QPropertyNotifier> m_notifiers;
 };
 

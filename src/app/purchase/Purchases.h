@@ -2,10 +2,8 @@
 
 #include "app/AppState.h"
 #include "app/purchase/PurchaseFlow.h"
+#include "core/Observable.h"
 #include "core/Task.h"
-
-#include <QObject>
-#include <QProperty>
 
 #include <optional>
 
@@ -43,15 +41,15 @@ struct ResolvedPurchase {
 /// response is lost or the program exits, it is looked up by its rate id among the account's newest transactions: found
 /// -> completed by PurchaseFlow; not found after a minute -> not bought; otherwise retried automatically. This class
 /// never buys a label. Lives as long as AppState.
-class Purchases : public QObject {
+class Purchases : public Observable {
     Q_OBJECT
 public:
     explicit Purchases(AppState &app) : m_app(app), m_flow(app) {}
     ~Purchases() override;
 
-    QProperty<QList<UnresolvedPurchase>> unresolved;
-    QProperty<QList<ResolvedPurchase>> resolved; ///< until the clerk has seen them
-    QProperty<bool> checking{false};
+    Observed<QList<UnresolvedPurchase>> unresolved{this};
+    Observed<QList<ResolvedPurchase>> resolved{this}; ///< until the clerk has seen them
+    Observed<bool> checking{this, false};
 
     enum class Verdict { bought, notBought, unknown };
     struct Answer {

@@ -73,6 +73,7 @@ Task<> ScanFormFlow::create(ShippoAddress from)
     if (m_app.scanFormBusy)
         co_return;
     m_app.scanFormBusy = true;
+    m_app.scanFormComplete = true;
     const auto isStale = staleCheck(m_app.session, m_app.keyChanges);
     const auto done = qScopeGuard([this] { m_app.scanFormBusy = false; });
     const QString token = co_await onPool([this] { return m_app.keys.activeToken().value_or(QString()); });
@@ -83,6 +84,7 @@ Task<> ScanFormFlow::create(ShippoAddress from)
         co_return;
     const qsizetype labels = std::ranges::count(today, testKey, &ShipmentRecord::testMode);
     if (labels == 0) {
+        m_app.scanFormComplete = false;
         m_app.scanFormBusy = false;
         co_await showNoLabelsToManifest(testKey);
         co_return;
@@ -106,6 +108,7 @@ Task<> ScanFormFlow::create(ShippoAddress from)
         if (!isStale()) // the form is kept even if stale; the Window menu opens it
             m_app.scanFormOpenTick = m_app.scanFormOpenTick + 1;
     } catch (const AppError &error) {
+        m_app.scanFormComplete = false;
         m_app.scanFormStatus = error.description();
         m_app.errors.record(u"SCAN Form"_s, error, Popup::no);
     }
@@ -280,6 +283,7 @@ Task<> ScanFormFlow::recoverLostForms()
     if (m_app.scanFormBusy || lost.isEmpty())
         co_return;
     m_app.scanFormBusy = true;
+    m_app.scanFormComplete = true;
     const auto done = qScopeGuard([this] { m_app.scanFormBusy = false; });
     try {
         co_await recoverForms(lost);

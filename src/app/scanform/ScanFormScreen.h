@@ -1,13 +1,14 @@
 #pragma once
 
 #include "app/AppState.h"
+#include "core/Observable.h"
 #include "core/Task.h"
 
 namespace parcelory {
 
 /// The SCAN Form window: the forms made on this computer, and the selected form with its documents and labels. Lives as
 /// long as AppState.
-class ScanFormScreen : public QObject {
+class ScanFormScreen : public Observable {
     Q_OBJECT
 public:
     /// How many forms the history shows.
@@ -15,12 +16,12 @@ public:
 
     explicit ScanFormScreen(AppState &app) : m_app(app) {}
 
-    QProperty<QList<ScanForm>> forms; ///< newest first
-    QProperty<std::optional<ScanForm>> shown;
-    QProperty<QList<QByteArray>> documents; ///< PDFs of the shown form
-    QProperty<QList<ShipmentRecord>> labels;
-    QProperty<QString> message;
-    QProperty<bool> busy{false};
+    Observed<QList<ScanForm>> forms{this}; ///< newest first
+    Observed<std::optional<ScanForm>> shown{this};
+    Observed<QList<QByteArray>> documents{this}; ///< PDFs of the shown form
+    Observed<QList<ShipmentRecord>> labels{this};
+    Observed<QString> message{this};
+    Observed<bool> busy{this, false};
 
     /// "11/20/26, 2:41 PM — 12 labels"
     static QString title(const ScanForm &form);

@@ -1,10 +1,9 @@
 #pragma once
 
 #include "app/AppState.h"
+#include "core/Observable.h"
 #include "core/SerialQueue.h"
 #include "core/Task.h"
-
-#include <QProperty>
 
 #include <functional>
 
@@ -24,15 +23,16 @@ struct KeyRow {
 /// The API keys as the window and Settings show them. The key ring may block, so a dedicated thread reads and writes
 /// it, one operation at a time in request order; the display shows the state after the last operation. Lives as long as
 /// AppState.
-class KeysScreen {
+class KeysScreen : public Observable {
 public:
     explicit KeysScreen(AppState &app);
 
-    QProperty<PostageMode> mode{PostageMode::unknown}; ///< until the key ring is read; practice on the practice desk
-    QProperty<QString> statusText;                     ///< the status strip's line
-    QProperty<QString> settingsText;                   ///< the line above the list of keys
-    QProperty<QList<KeyRow>> keys;
-    QProperty<QString> message; ///< why a key was rejected; otherwise empty
+    Observed<PostageMode> mode{this,
+                               PostageMode::unknown}; ///< until the key ring is read; practice on the practice desk
+    Observed<QString> statusText{this};               ///< the status strip's line
+    Observed<QString> settingsText{this};             ///< the line above the list of keys
+    Observed<QList<KeyRow>> keys{this};
+    Observed<QString> message{this}; ///< why a key was rejected; otherwise empty
 
     /// Reads everything again: another program may have changed the key ring.
     Task<> refresh();

@@ -50,6 +50,7 @@ QString quoted(const QString &name, const QString &otherwise)
 
 SettingsScreen::SettingsScreen(AppState &app) : m_app(app)
 {
+    buildOn(app.senders, app.boxes);
     const Preferences &stored = app.platform.preferences;
     const Deployment &company = app.platform.deployment;
     zebraQueue = read(stored, settings::zebraQueue);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/AppState.h"
+#include "core/Observable.h"
 #include "core/Task.h"
 
 #include <QProperty>
@@ -20,23 +21,23 @@ struct PrinterMessage {
 
 /// The Settings screen, except for the API keys. There is no Save: every change is stored at once. Lives as long as
 /// AppState.
-class SettingsScreen {
+class SettingsScreen : public Observable {
 public:
     explicit SettingsScreen(AppState &app);
 
     // Printer queue names; empty means that no queue is chosen.
-    QProperty<QStringList> queues, zebraQueues; ///< as last discovered
-    QProperty<bool> showAllPrinters{false};     ///< offers every queue for labels
-    QProperty<QString> zebraQueue;
-    QProperty<QString> documentQueue; ///< empty: documents open in the viewer
-    QProperty<bool> rotate180{true};
-    QProperty<PrinterMessage> printerMessage;
-    QProperty<bool> busy{false};
+    Observed<QStringList> queues{this}, zebraQueues{this}; ///< as last discovered
+    Observed<bool> showAllPrinters{this, false};           ///< offers every queue for labels
+    Observed<QString> zebraQueue{this};
+    Observed<QString> documentQueue{this}; ///< empty: documents open in the viewer
+    Observed<bool> rotate180{this, true};
+    Observed<PrinterMessage> printerMessage{this};
+    Observed<bool> busy{this, false};
 
-    QProperty<bool> showAddressSidebar{true}; ///< beside the label form
+    Observed<bool> showAddressSidebar{this, true}; ///< beside the label form
 
     // Used if a sender profile leaves these blank.
-    QProperty<QString> fallbackEmail, fallbackPhone;
+    Observed<QString> fallbackEmail{this}, fallbackPhone{this};
 
     QStringList labelPrinterChoices() const;
     /// "— no Zebra detected —" once discovery found none; otherwise empty.

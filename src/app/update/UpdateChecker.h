@@ -1,11 +1,10 @@
 #pragma once
 
 #include "app/AppState.h"
+#include "core/Observable.h"
 #include "core/Task.h"
 #include "shell/UpdateFeed.h"
 #include "shell/UpdateTools.h"
-
-#include <QProperty>
 
 #include <optional>
 
@@ -15,7 +14,7 @@ enum class UpdatePhase { idle, downloading, ready };
 
 /// Keeps the installed program up to date: checks for a newer version, downloads it and starts a script that swaps the
 /// applications after the program ends. Lives as long as AppState.
-class UpdateChecker {
+class UpdateChecker : public Observable {
 public:
     explicit UpdateChecker(AppState &app);
     ~UpdateChecker(); ///< removes an unused download
@@ -23,13 +22,13 @@ public:
     /// Ends the child process of a check or a download, because the program is ending.
     void stop() { m_tools.stop(); }
 
-    QProperty<std::optional<UpdateInfo>> available;
-    QProperty<int> offers{0}; ///< incremented whenever the offer is to be shown, even if it is unchanged
-    QProperty<bool> busy{false};
-    QProperty<QString> status;
-    QProperty<UpdatePhase> phase{UpdatePhase::idle};
-    QProperty<std::optional<double>> progress; ///< 0…1
-    std::optional<QString> stagedHelper;       ///< path of the swap script
+    Observed<std::optional<UpdateInfo>> available{this};
+    Observed<int> offers{this, 0}; ///< incremented whenever the offer is to be shown, even if it is unchanged
+    Observed<bool> busy{this, false};
+    Observed<QString> status{this};
+    Observed<UpdatePhase> phase{this, UpdatePhase::idle};
+    Observed<std::optional<double>> progress{this}; ///< 0…1
+    std::optional<QString> stagedHelper;            ///< path of the swap script
     QStringList stagedArgs;
 
     QString installedVersion() const { return m_application.version(); }

@@ -54,7 +54,7 @@ ModeLook lookOf(PostageMode mode)
 
 } // namespace
 
-BuyBlock::BuyBlock(AppState &app, LabelScreen &screen, KeysScreen &keys, SettingsScreen &settings, QWidget *parent)
+BuyBlock::BuyBlock(LabelScreen &screen, KeysScreen &keys, SettingsScreen &settings, QWidget *parent)
     : PanelFrame(&Tokens::sheet, parent), m_screen(screen), m_keys(keys), m_settings(settings),
       m_none(new TextLabel(u"No rate chosen."_s, FontRole::body, &Tokens::muted)), m_summary(new QWidget),
       m_lines(new QGridLayout), m_service(new ElidedLabel({}, FontRole::strong)),
@@ -108,10 +108,7 @@ BuyBlock::BuyBlock(AppState &app, LabelScreen &screen, KeysScreen &keys, Setting
 
     connect(m_buy, &QPushButton::clicked, this, &BuyBlock::buyRequested);
     m_busyNow = screen.busy.addNotifier([this] { m_buy->setEnabled(m_screen.nextStep() == NextStep::buy); });
-    m_refresh.follow(app.draftTo, screen.rates, screen.selectedRateID, screen.busy, screen.mailpiece, screen.weightLb,
-                     screen.weightOz, screen.service, screen.insuranceValue, screen.customs, keys.mode,
-                     screen.secondLabel, screen.secondLabelAgreed, screen.purchases.unresolved, settings.zebraQueue,
-                     settings.rotate180);
+    m_refresh.follow(screen, keys, settings);
     refresh();
 }
 

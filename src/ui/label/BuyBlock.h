@@ -18,7 +18,7 @@ namespace parcelory {
 class BuyBlock : public PanelFrame {
     Q_OBJECT
 public:
-    BuyBlock(AppState &app, LabelScreen &screen, KeysScreen &keys, SettingsScreen &settings, QWidget *parent = nullptr);
+    BuyBlock(LabelScreen &screen, KeysScreen &keys, SettingsScreen &settings, QWidget *parent = nullptr);
 
 signals:
     void buyRequested();

@@ -4,6 +4,7 @@
 #include "app/label/LabelScreen.h"
 #include "compose/Customs.h"
 #include "core/Task.h"
+#include "ui/parts/Accessibility.h"
 #include "ui/parts/Binding.h"
 #include "ui/parts/Button.h"
 #include "ui/parts/ComboBox.h"
@@ -18,15 +19,15 @@
 namespace parcelory {
 using namespace Qt::StringLiterals;
 
-CustomsSection::CustomsSection(AppState &app, LabelScreen &screen, QWidget *parent)
+CustomsSection::CustomsSection(LabelScreen &screen, QWidget *parent)
     : FormSection(u"Customs Declaration (International)"_s.replace(u' ', u'\n'), parent), m_screen(screen),
       m_contents(new ComboBox(u"Contents"_s)), m_quantity(new LineEdit(u"Quantity"_s, 44)),
       m_value(new LineEdit(u"Declared value, US dollars"_s, 84)),
-      m_hint(new TextLabel({}, FontRole::caption, &Tokens::muted)), m_refresh([this] { refresh(); })
+      m_hint(new TextLabel({}, FontRole::caption, &Tokens::muted)), m_print(new Button(u"Print Invoice"_s)),
+      m_refresh([this] { refresh(); })
 {
     auto *signer = new LineEdit(u"Signer"_s);
-    auto *print = new Button(u"Print Invoice"_s);
-    connect(print, &QPushButton::clicked, this, [this] { spawn([this] { return m_screen.printIntlInvoice(); }); });
+    connect(m_print, &QPushButton::clicked, this, [this] { spawn([this] { return m_screen.printIntlInvoice(); }); });
     m_quantity->setPlaceholderText(u"1"_s);
     for (const CustomsItem &item : customsItems())
         m_contents->addItem(item.pickerText, int(item.type));
@@ -37,7 +38,7 @@ CustomsSection::CustomsSection(AppState &app, LabelScreen &screen, QWidget *pare
         ->add(m_value)
         ->say(u"Signer"_s)
         ->add(signer, 1)
-        ->add(print);
+        ->add(m_print);
     m_hint->setWordWrap(true);
     addBelowFields(m_hint);
     bindText(m_quantity, screen.customs, &CustomsInfo::quantity);
@@ -48,7 +49,7 @@ CustomsSection::CustomsSection(AppState &app, LabelScreen &screen, QWidget *pare
         info.itemType = CustomsItemType(m_contents->itemData(at).toInt());
         m_screen.customs = info;
     });
-    m_refresh.follow(app.draftTo, screen.customs);
+    m_refresh.follow(screen);
     refresh();
 }
 
@@ -65,6 +66,7 @@ void CustomsSection::refresh()
     m_contents->setCurrentIndex(m_contents->findData(int(m_screen.customs.value().itemType)));
     m_contents->setToolTip(customsItem(m_screen.customs.value().itemType).summary());
     m_hint->setText(m_screen.customsHint());
+    enableUnless(m_screen.busy ? notWhileBusy : QString(), m_print, m_value);
     setVisible(m_screen.isInternational());
 }
 

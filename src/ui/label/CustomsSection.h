@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/label/LabelScreen.h"
+#include "ui/parts/Button.h"
 #include "ui/parts/ComboBox.h"
 #include "ui/parts/FormSection.h"
 #include "ui/parts/LineEdit.h"
@@ -13,7 +14,7 @@ namespace parcelory {
 class CustomsSection : public FormSection {
     Q_OBJECT
 public:
-    CustomsSection(AppState &app, LabelScreen &screen, QWidget *parent = nullptr);
+    explicit CustomsSection(LabelScreen &screen, QWidget *parent = nullptr);
 
     LineEdit *field(DraftField which) const; ///< null if the field is in another section
 
@@ -24,6 +25,7 @@ private:
     ComboBox *m_contents;
     LineEdit *m_quantity, *m_value;
     TextLabel *m_hint;
+    Button *m_print;
     RefreshScheduler m_refresh;
 };
 

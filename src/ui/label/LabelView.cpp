@@ -52,10 +52,9 @@ LabelView::LabelView(AppState &app, LabelScreen &screen, AddressBook &book, Keys
                      QWidget *parent)
     : QWidget(parent), m_app(app), m_screen(screen), m_settings(settings), m_scroll(new QScrollArea),
       m_recipient(new RecipientSection(app, book, screen)), m_package(new PackageSection(app, screen)),
-      m_extras(new ExtrasSection(screen)), m_customs(new CustomsSection(app, screen)), m_customsRule(new Separator),
-      m_rates(new RatesPanel(app, screen, keys, settings)), m_sidebar(new Sidebar(app, book)),
-      m_message(new MessageLine(app, screen)),
-      m_sidebarWatch(settings.showAddressSidebar.addNotifier([this] { arrange(); })), m_refresh([this] { refresh(); })
+      m_extras(new ExtrasSection(screen)), m_customs(new CustomsSection(screen)), m_customsRule(new Separator),
+      m_rates(new RatesPanel(screen, keys, settings)), m_sidebar(new Sidebar(app, book)),
+      m_message(new MessageLine(screen)), m_refresh([this] { refresh(); })
 {
     auto *columns = new QHBoxLayout;
     columns->setSpacing(0);
@@ -79,7 +78,7 @@ LabelView::LabelView(AppState &app, LabelScreen &screen, AddressBook &book, Keys
     connect(m_rates, &RatesPanel::buyRequested, this, &LabelView::buy);
     for (LineEdit *field : findChildren<LineEdit *>())
         connect(field, &QLineEdit::textEdited, this, [this] { m_typedMeanwhile = true; });
-    m_refresh.follow(app.draftTo, screen.faultyField, screen.showIntlPaperwork, screen.banner);
+    m_refresh.follow(screen, settings);
     refresh();
 }
 
@@ -133,7 +132,7 @@ void LabelView::arrange()
     const QWidget *hidden = shown ? nullptr : m_sidebar;
     if (m_peeking)
         hidden = m_rates;
-    const bool focusGoes = hidden && hidden->isAncestorOf(focusWidget());
+    const bool focusGoes = hidden && !hidden->isHidden() && hidden->isAncestorOf(focusWidget());
     m_rates->setVisible(!m_peeking);
     m_sidebar->setVisible(shown);
     m_message->setSidebarShown(shown);
@@ -174,7 +173,7 @@ void LabelView::focusInvoiceNumber()
 /// Validates a scanned invoice's recipient right away.
 void LabelView::takeInvoice()
 {
-    if (!m_screen.busy && m_screen.recipientFilled())
+    if (m_screen.validatesScans())
         validate();
 }
 
@@ -323,6 +322,7 @@ void LabelView::refresh()
         if (LineEdit *input = field(which))
             input->setFault(faulty == which && banner ? banner->text : QString());
     }
+    arrange();
     m_customsRule->setVisible(m_screen.isInternational());
     if (m_screen.showIntlPaperwork)
         showPaperwork();

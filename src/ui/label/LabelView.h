@@ -7,7 +7,6 @@
 #include "ui/parts/RefreshScheduler.h"
 
 #include <QPointer>
-#include <QPropertyNotifier>
 
 class QScrollArea;
 
@@ -77,7 +76,6 @@ private:
     RatesPanel *m_rates;
     Sidebar *m_sidebar;
     MessageLine *m_message;
-    QPropertyNotifier m_sidebarWatch;
     bool m_peeking = false; ///< the sidebar replaces the rates in a window too narrow for both
     QPointer<PaperworkDialog> m_paperwork;
     bool m_typedMeanwhile = false;

@@ -70,8 +70,7 @@ public:
 } // namespace
 
 MailpiecePicker::MailpiecePicker(AppState &app, LabelScreen &screen, QWidget *parent)
-    : ComboBox(u"Mailpiece"_s, parent), m_app(app), m_screen(screen), m_listRefresh([this] { refill(); }),
-      m_selectionRefresh([this] { showCurrent(); })
+    : ComboBox(u"Mailpiece"_s, parent), m_app(app), m_screen(screen), m_refresh([this] { refresh(); })
 {
     setObjectName(u"mailpieces"_s);
     setItemDelegate(new MailpieceDelegate(this));
@@ -81,17 +80,25 @@ MailpiecePicker::MailpiecePicker(AppState &app, LabelScreen &screen, QWidget *pa
         if (number.isValid())
             m_screen.mailpiece = m_selections[number.toInt()];
     });
-    m_listRefresh.follow(app.boxes.profiles, screen.carrier);
-    m_selectionRefresh.follow(screen.mailpiece);
-    refill();
+    m_refresh.follow(screen);
+    refresh();
 }
 
-void MailpiecePicker::refill()
+void MailpiecePicker::refresh()
+{
+    const QList<MailpieceGroup> menu = mailpieceMenu(m_screen.carrier, m_app.boxes.profiles);
+    if (menu != m_listed)
+        refill(menu);
+    showCurrent();
+}
+
+void MailpiecePicker::refill(const QList<MailpieceGroup> &menu)
 {
     const QSignalBlocker quiet(this);
     auto *rows = new QStandardItemModel(this);
+    m_listed = menu;
     m_selections.clear();
-    for (const MailpieceGroup &group : mailpieceMenu(m_screen.carrier, m_app.boxes.profiles)) {
+    for (const MailpieceGroup &group : menu) {
         auto *head = new QStandardItem(group.title);
         head->setFlags(Qt::NoItemFlags);
         rows->appendRow(head);
@@ -106,7 +113,6 @@ void MailpiecePicker::refill()
         }
     }
     setModel(rows); // deletes the previous model
-    showCurrent();
 }
 
 void MailpiecePicker::showCurrent()

@@ -13,14 +13,15 @@ public:
     MailpiecePicker(AppState &app, LabelScreen &screen, QWidget *parent = nullptr);
 
 private:
-    void refill();
+    void refresh();
+    void refill(const QList<MailpieceGroup> &menu);
     void showCurrent();
 
     AppState &m_app;
     LabelScreen &m_screen;
     QList<MailpieceSelection> m_selections; ///< indexed by the number in a row's data
-    RefreshScheduler m_listRefresh;
-    RefreshScheduler m_selectionRefresh;
+    QList<MailpieceGroup> m_listed;
+    RefreshScheduler m_refresh;
 };
 
 } // namespace parcelory

@@ -22,7 +22,7 @@ constexpr int longestText = 600; ///< characters; the tooltip shows the whole te
 
 } // namespace
 
-MessageLine::MessageLine(AppState &app, LabelScreen &screen, QWidget *parent)
+MessageLine::MessageLine(LabelScreen &screen, QWidget *parent)
     : PanelFrame(&Tokens::window, parent), m_screen(screen), m_icon(new IconView(u"ui_info"_s, 18)),
       m_text(new TextLabel), m_sidebar(new Button({}, Button::Kind::icon, u"ui_sidebar"_s)),
       m_refresh([this] { refresh(); })
@@ -48,8 +48,7 @@ MessageLine::MessageLine(AppState &app, LabelScreen &screen, QWidget *parent)
     setLines(Qt::BottomEdge);
     connect(clear, &QPushButton::clicked, this, &MessageLine::clearRequested);
     connect(m_sidebar, &QPushButton::clicked, this, &MessageLine::sidebarToggled);
-    m_refresh.follow(screen.banner, screen.busy, screen.buying, screen.rates, screen.validationOK, screen.reference,
-                     screen.weightLb, screen.weightOz, app.draftTo);
+    m_refresh.follow(screen);
     refresh();
 }
 
@@ -71,10 +70,9 @@ void MessageLine::refresh()
                 !banner      ? &Tokens::muted
                 : banner->ok ? &Tokens::ok
                              : &Tokens::warn);
-    if (banner && news) {
-        setAccessibleName(text);
+    setAccessibleName(banner ? text : QString());
+    if (banner && news)
         announce(this);
-    }
 }
 
 } // namespace parcelory

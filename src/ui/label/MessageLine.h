@@ -13,7 +13,7 @@ namespace parcelory {
 class MessageLine : public PanelFrame {
     Q_OBJECT
 public:
-    MessageLine(AppState &app, LabelScreen &screen, QWidget *parent = nullptr);
+    explicit MessageLine(LabelScreen &screen, QWidget *parent = nullptr);
 
     /// The state of the sidebar button.
     void setSidebarShown(bool shown) { m_sidebar->setChecked(shown); }

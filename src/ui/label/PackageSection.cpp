@@ -24,7 +24,7 @@ PackageSection::PackageSection(AppState &app, LabelScreen &screen, QWidget *pare
       m_sizeHint(new TextLabel({}, FontRole::caption, &Tokens::muted)),
       m_weigh(new Button(u"Weigh"_s, Button::Kind::standard, u"ui_scale"_s)),
       m_reading(new TextLabel({}, FontRole::caption)), m_settling(new TextLabel({}, FontRole::captionStrong)),
-      m_refresh([this] { refresh(); }), m_scaleRefresh([this] { refreshScale(); })
+      m_refresh([this] { refresh(); })
 {
     for (const CarrierInfo &info : carriers())
         m_carrier->add(int(info.carrier), info.displayName, info.icon);
@@ -52,10 +52,8 @@ PackageSection::PackageSection(AppState &app, LabelScreen &screen, QWidget *pare
     bindText(m_length, screen.dimLength);
     bindText(m_width, screen.dimWidth);
     bindText(m_height, screen.dimHeight);
-    m_refresh.follow(screen.carrier, screen.mailpiece, app.boxes.profiles);
-    m_scaleRefresh.follow(app.scale.connected, app.scale.stable, app.scale.ounces, app.scale.fault, screen.busy);
+    m_refresh.follow(screen);
     refresh();
-    refreshScale();
 }
 
 void PackageSection::refreshScale()
@@ -76,6 +74,7 @@ void PackageSection::refresh()
     m_carrier->choose(int(m_screen.carrier.value()));
     m_size->setVisible(m_screen.sendsOwnDimensions());
     m_sizeHint->setText(m_screen.sizeHint());
+    refreshScale();
 }
 
 LineEdit *PackageSection::field(DraftField which) const

@@ -33,7 +33,6 @@ private:
     Button *m_weigh;
     TextLabel *m_reading, *m_settling;
     RefreshScheduler m_refresh;
-    RefreshScheduler m_scaleRefresh;
 };
 
 } // namespace parcelory

@@ -34,7 +34,8 @@ using namespace Qt::StringLiterals;
 
 PaperworkDialog::PaperworkDialog(AppState &app, LabelScreen &screen, QWidget *parent)
     : Dialog(app.platform.clock, u"International Paperwork"_s, u"ui_document"_s, &Tokens::accentText, 640, parent),
-      m_screen(screen), m_contents(new QButtonGroup(this)), m_value(new LineEdit(u"Declared value, US dollars"_s, 104))
+      m_screen(screen), m_contents(new QButtonGroup(this)), m_value(new LineEdit(u"Declared value, US dollars"_s, 104)),
+      m_print(new QCheckBox(u"Print the commercial invoice with the label"_s)), m_refresh([this] { refresh(); })
 {
     auto *text = new TextLabel(screen.paperworkText(), FontRole::body, &Tokens::muted);
     text->setWordWrap(true);
@@ -50,15 +51,21 @@ PaperworkDialog::PaperworkDialog(AppState &app, LabelScreen &screen, QWidget *pa
     row->add(quantity)->say(u"Value  $"_s)->add(m_value)->say(u"Signer"_s)->add(signer, 1);
     body()->addWidget(row);
     addInvoiceLine();
-    auto *print = new QCheckBox(u"Print the commercial invoice with the label"_s);
-    print->setChecked(screen.printInvoiceWithRates);
-    body()->addWidget(print);
-    print->setVisible(screen.carrier == Carrier::usps); // FedEx supplies its own customs documents
-    connect(print, &QCheckBox::toggled, this, [this](bool on) { m_screen.printInvoiceWithRates = on; });
+    body()->addWidget(m_print);
+    connect(m_print, &QCheckBox::toggled, this, [this](bool on) { m_screen.printInvoiceWithRates = on; });
 
     addButton(u"Cancel"_s, Rejected, Button::Kind::standard);
     addButton(u"Get Rates"_s, Accepted, Button::Kind::solid);
     m_value->setFocus();
+    m_refresh.follow(screen);
+    refresh();
+}
+
+void PaperworkDialog::refresh()
+{
+    m_contents->button(int(m_screen.customs.value().itemType))->setChecked(true);
+    m_print->setChecked(m_screen.printInvoiceWithRates);
+    m_print->setVisible(m_screen.carrier == Carrier::usps); // FedEx supplies its own customs documents
 }
 
 /// Adds a line with the scanned invoice's number and subtotal.
@@ -88,7 +95,6 @@ QWidget *PaperworkDialog::makeContents()
         const int number = int(item.type) + 1;
         auto *choice = new QRadioButton(item.pickerText);
         choice->setMinimumHeight(Theme::current().scaled(31));
-        choice->setChecked(item.type == m_screen.customs.value().itemType);
         m_contents->addButton(choice, int(item.type));
         auto *line = new QHBoxLayout;
         line->addWidget(choice, 1);
@@ -120,7 +126,6 @@ void PaperworkDialog::choose(int type)
     CustomsInfo info = m_screen.customs;
     info.itemType = CustomsItemType(type);
     m_screen.customs = info;
-    m_contents->button(type)->setChecked(true);
 }
 
 void PaperworkDialog::keyPressEvent(QKeyEvent *event)

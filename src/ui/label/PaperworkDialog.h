@@ -6,6 +6,7 @@
 #include "ui/parts/RefreshScheduler.h"
 
 class QButtonGroup;
+class QCheckBox;
 
 namespace parcelory {
 
@@ -23,10 +24,13 @@ private:
     QWidget *makeContents();
     void addInvoiceLine();
     void choose(int type);
+    void refresh();
 
     LabelScreen &m_screen;
     QButtonGroup *m_contents;
     LineEdit *m_value;
+    QCheckBox *m_print;
+    RefreshScheduler m_refresh;
 };
 
 } // namespace parcelory

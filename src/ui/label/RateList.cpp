@@ -8,7 +8,7 @@
 #include <QPainter>
 #include <QStyledItemDelegate>
 
-#include <optional>
+#include <algorithm>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;
@@ -76,8 +76,7 @@ public:
 } // namespace
 
 RateList::RateList(LabelScreen &screen, QWidget *parent)
-    : QListView(parent), m_screen(screen), m_ratesRefresh([this] { refill(); }),
-      m_selectionRefresh([this] { showChosen(); })
+    : QListView(parent), m_screen(screen), m_refresh([this] { refresh(); })
 {
     setAccessibleName(u"Rates"_s);
     setModel(&m_rows);
@@ -91,9 +90,8 @@ RateList::RateList(LabelScreen &screen, QWidget *parent)
         if (!now.isEmpty())
             m_screen.selectedRateID = now.indexes().first().data(idRole).toString();
     });
-    m_ratesRefresh.follow(screen.rates);
-    m_selectionRefresh.follow(screen.selectedRateID);
-    refill();
+    m_refresh.follow(screen);
+    refresh();
 }
 
 /// Keeps the chosen rate visible when the Buy block below grows with its address.
@@ -104,10 +102,18 @@ void RateList::resizeEvent(QResizeEvent *event)
         scrollTo(currentIndex());
 }
 
+void RateList::refresh()
+{
+    if (m_listed != m_screen.rates.value())
+        refill();
+    showChosen();
+}
+
 void RateList::refill()
 {
+    m_listed = m_screen.rates;
     m_rows.clear();
-    for (const ShippoRate &rate : m_screen.rates.value()) {
+    for (const ShippoRate &rate : m_listed) {
         auto *row = new QStandardItem(serviceName(rate.servicelevel));
         const QString transit = LabelScreen::transitText(rate);
         row->setData(rate.objectId, idRole);
@@ -118,23 +124,20 @@ void RateList::refill()
             Qt::AccessibleTextRole);
         m_rows.appendRow(row);
     }
-    showChosen();
 }
 
 void RateList::showChosen()
 {
-    const std::optional<QString> chosen = m_screen.selectedRateID;
-    if (!chosen) {
+    const auto found = std::ranges::find(m_listed, m_screen.selectedRateID.value(), &ShippoRate::objectId);
+    if (found == m_listed.end()) {
         clearSelection();
         return;
     }
-    for (int row = 0; row < m_rows.rowCount(); ++row) {
-        const QModelIndex index = m_rows.index(row, 0);
-        if (index.data(idRole).toString() == *chosen && !selectionModel()->isSelected(index)) {
-            setCurrentIndex(index);
-            scrollTo(index);
-        }
-    }
+    const QModelIndex index = m_rows.index(int(found - m_listed.begin()), 0);
+    if (selectionModel()->isSelected(index))
+        return;
+    setCurrentIndex(index);
+    scrollTo(index);
 }
 
 } // namespace parcelory

@@ -18,13 +18,14 @@ protected:
     void resizeEvent(QResizeEvent *event) override;
 
 private:
+    void refresh();
     void refill();
     void showChosen();
 
     LabelScreen &m_screen;
     QStandardItemModel m_rows;
-    RefreshScheduler m_ratesRefresh;
-    RefreshScheduler m_selectionRefresh;
+    QList<ShippoRate> m_listed;
+    RefreshScheduler m_refresh;
 };
 
 } // namespace parcelory

@@ -9,6 +9,7 @@
 #include "core/Text.h"
 #include "ui/label/BuyBlock.h"
 #include "ui/label/RateList.h"
+#include "ui/parts/Accessibility.h"
 #include "ui/parts/BusyBar.h"
 #include "ui/parts/Button.h"
 #include "ui/parts/EmptyState.h"
@@ -26,15 +27,15 @@
 namespace parcelory {
 using namespace Qt::StringLiterals;
 
-RatesPanel::RatesPanel(AppState &app, LabelScreen &screen, KeysScreen &keys, SettingsScreen &settings, QWidget *parent)
+RatesPanel::RatesPanel(LabelScreen &screen, KeysScreen &keys, SettingsScreen &settings, QWidget *parent)
     : PanelFrame(&Tokens::panel, parent), m_screen(screen),
       m_count(new TextLabel({}, FontRole::caption, &Tokens::muted)),
       m_getRates(new Button(u"Get Rates"_s, Button::Kind::standard, u"ui_refresh"_s)), m_bar(new BusyBar),
       m_lastLabel(nullptr), m_lastTitle(nullptr), m_lastPrice(nullptr), m_lastRecipient(nullptr),
-      m_lastTracking(nullptr), m_lastMessage(nullptr), m_list(new RateList(screen)),
-      m_empty(new EmptyState(u"popup_package"_s, {})), m_checks(new QWidget), m_senderCheck(nullptr),
-      m_recipientCheck(nullptr), m_weightCheck(nullptr), m_block(new BuyBlock(app, screen, keys, settings)),
-      m_refresh([this] { refresh(); })
+      m_lastTracking(nullptr), m_lastMessage(nullptr), m_reprint(nullptr), m_copy(nullptr),
+      m_list(new RateList(screen)), m_empty(new EmptyState(u"popup_package"_s, {})), m_checks(new QWidget),
+      m_senderCheck(nullptr), m_recipientCheck(nullptr), m_weightCheck(nullptr),
+      m_block(new BuyBlock(screen, keys, settings)), m_refresh([this] { refresh(); })
 {
     setLines(Qt::LeftEdge);
     auto *checks = new QVBoxLayout(m_checks);
@@ -58,9 +59,7 @@ RatesPanel::RatesPanel(AppState &app, LabelScreen &screen, KeysScreen &keys, Set
     m_getRates->setToolTip(QKeySequence(Qt::CTRL | Qt::Key_R).toString(QKeySequence::NativeText));
     connect(m_getRates, &QPushButton::clicked, this, &RatesPanel::getRatesRequested);
     connect(m_block, &BuyBlock::buyRequested, this, &RatesPanel::buyRequested);
-    m_refresh.follow(app.draftTo, app.senders.profiles, app.senders.defaultID, screen.senderID, screen.weightLb,
-                     screen.weightOz, screen.rates, screen.selectedRateID, screen.busy, screen.buying,
-                     screen.validating, screen.validationOK, screen.carrier, screen.lastLabel);
+    m_refresh.follow(screen);
     refresh();
 }
 
@@ -94,10 +93,10 @@ QWidget *RatesPanel::makeLastLabel()
     m_lastMessage = new TextLabel({}, FontRole::caption);
     for (TextLabel *label : {m_lastRecipient, m_lastTracking, m_lastMessage})
         label->setWordWrap(true);
-    auto *reprint = new Button(u"Reprint"_s, Button::Kind::standard, u"ui_printer"_s);
-    auto *copy = new Button(u"Copy Tracking"_s, Button::Kind::standard, u"ui_copy"_s);
-    connect(reprint, &QPushButton::clicked, this, [this] { spawn([this] { return m_screen.reprintLast(); }); });
-    connect(copy, &QPushButton::clicked, this, [this] { m_screen.copyLastTracking(); });
+    m_reprint = new Button(u"Reprint"_s, Button::Kind::standard, u"ui_printer"_s);
+    m_copy = new Button(u"Copy Tracking"_s, Button::Kind::standard, u"ui_copy"_s);
+    connect(m_reprint, &QPushButton::clicked, this, [this] { spawn([this] { return m_screen.reprintLast(); }); });
+    connect(m_copy, &QPushButton::clicked, this, [this] { m_screen.copyLastTracking(); });
 
     auto *column = new QVBoxLayout(m_lastLabel);
     column->setContentsMargins(13, 10, 13, 10);
@@ -108,8 +107,8 @@ QWidget *RatesPanel::makeLastLabel()
     auto *actions = new QHBoxLayout;
     actions->setContentsMargins(0, 5, 0, 0);
     actions->setSpacing(8);
-    actions->addWidget(reprint);
-    actions->addWidget(copy);
+    actions->addWidget(m_reprint);
+    actions->addWidget(m_copy);
     actions->addStretch(1);
     column->addLayout(title);
     for (TextLabel *label : {m_lastRecipient, m_lastTracking, m_lastMessage})
@@ -157,6 +156,7 @@ void RatesPanel::refreshLastLabel()
 {
     const std::optional<LastLabel> last = m_screen.lastLabel;
     m_lastLabel->setVisible(last.has_value());
+    enableUnless(m_screen.busy ? notWhileBusy : QString(), m_reprint, m_copy);
     if (!last)
         return;
     m_lastPrice->setText(u'$' + fixed(last->record.postage, 2));

@@ -16,8 +16,7 @@ namespace parcelory {
 class RatesPanel : public PanelFrame {
     Q_OBJECT
 public:
-    RatesPanel(AppState &app, LabelScreen &screen, KeysScreen &keys, SettingsScreen &settings,
-               QWidget *parent = nullptr);
+    RatesPanel(LabelScreen &screen, KeysScreen &keys, SettingsScreen &settings, QWidget *parent = nullptr);
 
     RateList *list() const { return m_list; }
     Button *getRatesButton() const { return m_getRates; }
@@ -40,6 +39,7 @@ private:
     PanelFrame *m_lastLabel;
     Notice *m_lastTitle;
     TextLabel *m_lastPrice, *m_lastRecipient, *m_lastTracking, *m_lastMessage;
+    Button *m_reprint, *m_copy;
     RateList *m_list;
     EmptyState *m_empty;
     QWidget *m_checks;

@@ -70,8 +70,7 @@ RecipientSection::RecipientSection(AppState &app, AddressBook &book, LabelScreen
         bindText(field, app.draftTo, member);
     m_validate->setToolTip(u"Validate Address"_s);
     connect(m_validate, &QPushButton::clicked, this, &RecipientSection::validateRequested);
-    m_refresh.follow(app.draftTo, screen.validationStatus, screen.validationOK, screen.busy, screen.rates,
-                     screen.weightLb, screen.weightOz, screen.keepRecipient);
+    m_refresh.follow(screen);
     refresh();
 }
 

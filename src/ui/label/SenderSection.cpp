@@ -31,7 +31,7 @@ SenderSection::SenderSection(AppState &app, LabelScreen &screen, QWidget *parent
     connect(settings, &QPushButton::clicked, this, [this] { m_app.tab = MainTab::settings; });
     connect(m_profile, &QComboBox::activated, this,
             [this](int at) { m_screen.senderID = m_profile->itemData(at).toUuid(); });
-    m_refresh.follow(app.senders.profiles, app.senders.defaultID, screen.senderID);
+    m_refresh.follow(screen);
     refresh();
 }
 
@@ -39,12 +39,12 @@ void SenderSection::refresh()
 {
     const QSignalBlocker quiet(m_profile);
     const std::optional<SenderProfile> current = m_screen.sender();
-    m_profile->clear();
+    QList<ComboBox::Item> profiles;
     for (const SenderProfile &profile : m_app.senders.profiles.value()) {
         const QString name = profile.name.trimmed();
-        m_profile->addItem(name.isEmpty() ? u"Unnamed — "_s + profile.address.oneLine() : name, profile.id);
+        profiles.append({name.isEmpty() ? u"Unnamed — "_s + profile.address.oneLine() : name, profile.id});
     }
-    m_profile->setCurrentIndex(current ? m_profile->findData(current->id) : -1);
+    m_profile->offer(profiles, current ? QVariant(current->id) : QVariant());
     m_address->setFullText(current ? current->address.oneLine() : QString());
     const QString hint = m_screen.senderHint();
     m_hint->setText(hint);

@@ -31,23 +31,23 @@ ServiceSection::ServiceSection(AppState &app, LabelScreen &screen, QWidget *pare
             [this](int at) { m_screen.svcClass = ServiceClass(m_class->itemData(at).toInt()); });
     connect(m_date, &QDateEdit::userDateChanged, this, [this](QDate date) { m_screen.shipDate = date; });
     connect(m_residential, &QCheckBox::toggled, this, [this](bool on) { m_screen.fedexResidential = on; });
-    m_refresh.follow(app.draftTo, screen.carrier, screen.mailpiece, screen.svcClass, screen.shipDate,
-                     screen.fedexResidential);
+    m_refresh.follow(screen);
     refresh();
 }
 
 void ServiceSection::refresh()
 {
     const QSignalBlocker quietClass(m_class), quietDate(m_date), quietFlag(m_residential);
-    m_class->clear();
+    QList<ComboBox::Item> classes;
     for (const ServiceClass offered : m_screen.offeredClasses())
-        m_class->addItem(serviceClassInfo(offered).displayName, int(offered));
-    m_class->setCurrentIndex(m_class->findData(int(m_screen.effectiveClass())));
+        classes.append({serviceClassInfo(offered).displayName, int(offered)});
+    m_class->offer(classes, int(m_screen.effectiveClass()));
     const bool locked = m_screen.flatRateLocked();
     m_class->setEnabled(!locked);
     m_class->setFace(m_screen.classHint(), themeIcon(u"ui_lock"_s));
-    m_date->setMinimumDate(m_app.platform.clock.now().date());
-    m_date->setDate(m_screen.shipDate);
+    if (const QDate today = m_app.platform.clock.now().date(); m_date->minimumDate() != today)
+        m_date->setMinimumDate(today);
+    m_date->showDate(m_screen.shipDate);
     m_residential->setChecked(m_screen.fedexResidential);
     m_residentialRow->setVisible(m_screen.carrier == Carrier::fedex);
 }
@@ -67,19 +67,19 @@ ExtrasSection::ExtrasSection(LabelScreen &screen, QWidget *parent)
     bindText(description, screen.descriptionText);
     connect(m_option, &QComboBox::activated, this,
             [this](int at) { m_screen.service = ServiceOption(m_option->itemData(at).toInt()); });
-    m_refresh.follow(screen.carrier, screen.service, screen.svcClass);
+    m_refresh.follow(screen);
     refresh();
 }
 
 void ExtrasSection::refresh()
 {
     const QSignalBlocker quiet(m_option);
-    m_option->clear();
+    QList<ComboBox::Item> options;
     for (const ServiceOption offered : m_screen.offeredOptions()) {
         const ServiceOptionInfo &info = serviceOptionInfo(offered);
-        m_option->addItem(themeIcon(info.icon), info.label, int(offered));
+        options.append({info.label, int(offered), info.icon});
     }
-    m_option->setCurrentIndex(m_option->findData(int(m_screen.service.value())));
+    m_option->offer(options, int(m_screen.service.value()));
     m_warning->setText(m_screen.signatureWarning());
 }
 

@@ -71,7 +71,7 @@ MailingLogView::MailingLogView(AppState &app, MailingLogScreen &screen, QWidget 
     bindText(m_search, screen.search);
     connectList();
     restoreLayout();
-    m_refresh.follow(screen.selected, screen.message, screen.busy, screen.progress);
+    m_refresh.follow(screen);
     refreshList();
 }
 

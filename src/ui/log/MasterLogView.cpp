@@ -2,7 +2,6 @@
 
 #include "app/AppState.h"
 #include "app/logs/MasterLogScreen.h"
-#include "app/settings/KeysScreen.h"
 #include "core/SettingsKeys.h"
 #include "core/Task.h"
 #include "core/ports/Preferences.h"
@@ -33,9 +32,9 @@
 namespace parcelory {
 using namespace Qt::StringLiterals;
 
-MasterLogView::MasterLogView(AppState &app, MasterLogScreen &screen, KeysScreen &keys, QWidget *parent)
-    : QWidget(parent), m_app(app), m_screen(screen), m_keys(keys), m_from(new DateField(u"From"_s)),
-      m_to(new DateField(u"To"_s)), m_usual(new Button(u"Last 15 Days"_s)),
+MasterLogView::MasterLogView(AppState &app, MasterLogScreen &screen, QWidget *parent)
+    : QWidget(parent), m_app(app), m_screen(screen), m_from(new DateField(u"From"_s)), m_to(new DateField(u"To"_s)),
+      m_usual(new Button(u"Last 15 Days"_s)),
       m_refreshButton(new Button(u"Refresh"_s, Button::Kind::standard, u"ui_refresh"_s)),
       m_copy(new Button(u"Copy Tracking"_s, Button::Kind::standard, u"ui_copy"_s)),
       m_track(new Button(u"Track Online"_s, Button::Kind::standard, u"ui_external"_s)),
@@ -60,8 +59,7 @@ MasterLogView::MasterLogView(AppState &app, MasterLogScreen &screen, KeysScreen 
     orderTabsByLayout(this);
     connectList();
     m_table->restoreColumns(read(app.platform.preferences, settings::masterLogColumns));
-    m_refresh.follow(screen.from, screen.to, screen.entries, screen.selected, screen.busy, screen.pages, screen.message,
-                     screen.loaded, keys.mode, app.keyChanges);
+    m_refresh.follow(screen);
     refresh();
 }
 
@@ -120,32 +118,10 @@ RowTable *MasterLogView::table() const
     return m_table;
 }
 
-bool MasterLogView::canLoad() const
-{
-    return m_keys.mode != PostageMode::none && m_keys.mode != PostageMode::unknown && !m_screen.busy;
-}
-
-bool MasterLogView::canExport() const
-{
-    return !m_screen.busy && !m_screen.entries.value().isEmpty();
-}
-
 void MasterLogView::load()
 {
-    if (canLoad())
+    if (m_screen.canLoad())
         spawn([this] { return m_screen.load(); });
-}
-
-/// Loads the usual range when the tab is first shown. Loads again after a key change, because another key can mean
-/// another account.
-void MasterLogView::loadForKey()
-{
-    if (!isVisible() || !canLoad() || m_loadedKeys == m_app.keyChanges)
-        return;
-    if (!m_loadedKeys)
-        m_screen.lastFifteenDays(); // the program may have been open for days
-    m_loadedKeys = m_app.keyChanges;
-    load();
 }
 
 void MasterLogView::takeRange()
@@ -177,7 +153,8 @@ void MasterLogView::keyPressEvent(QKeyEvent *event)
 
 void MasterLogView::refresh()
 {
-    loadForKey();
+    if (isVisible())
+        m_screen.loadForKey();
     refreshRange();
     refreshList();
     refreshFoot();
@@ -186,12 +163,12 @@ void MasterLogView::refresh()
 void MasterLogView::refreshRange()
 {
     const QSignalBlocker quietFrom(m_from), quietTo(m_to);
-    m_from->setDate(m_screen.from);
-    m_to->setDate(m_screen.to);
+    m_from->showDate(m_screen.from);
+    m_to->showDate(m_screen.to);
     for (DateField *field : {m_from, m_to})
         field->setReadOnly(m_screen.busy); // the fields show the range that is being loaded
-    enable(m_usual, canLoad(), m_from);
-    enable(m_refreshButton, canLoad(), m_from);
+    enable(m_usual, m_screen.canLoad(), m_from);
+    enable(m_refreshButton, m_screen.canLoad(), m_from);
     m_refreshButton->setKind(m_screen.loaded ? Button::Kind::standard : Button::Kind::solid);
 }
 
@@ -207,8 +184,8 @@ void MasterLogView::refreshList()
     const std::optional<MasterEntry> entry = m_screen.selectedEntry();
     enable(m_copy, entry && !entry->tracking.isEmpty(), m_table);
     enable(m_track, entry && !entry->trackingURL.isEmpty(), m_table);
-    enable(m_export, canExport(), m_table);
-    const bool noKey = m_keys.mode == PostageMode::none;
+    enable(m_export, m_screen.canExport(), m_table);
+    const bool noKey = m_screen.hasNoKey();
     const bool nothing = m_screen.loaded && m_listed.isEmpty();
     m_pages->setCurrentIndex(noKey || nothing ? 1 : 0);
     m_empty->set(noKey ? u"ui_key"_s : u"ui_document"_s,

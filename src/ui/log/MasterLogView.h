@@ -1,7 +1,6 @@
 #pragma once
 
 #include "app/logs/MasterLogScreen.h"
-#include "app/settings/KeysScreen.h"
 #include "ui/parts/Button.h"
 #include "ui/parts/DateField.h"
 #include "ui/parts/EmptyState.h"
@@ -21,12 +20,9 @@ class RowTable;
 class MasterLogView : public QWidget {
     Q_OBJECT
 public:
-    MasterLogView(AppState &app, MasterLogScreen &screen, KeysScreen &keys, QWidget *parent = nullptr);
+    MasterLogView(AppState &app, MasterLogScreen &screen, QWidget *parent = nullptr);
 
     RowTable *table() const;
-    /// What is enabled now, for buttons and menu alike.
-    bool canLoad() const;
-    bool canExport() const;
     void load();
 
 protected:
@@ -39,7 +35,6 @@ private:
     QWidget *makeFoot();
     void connectList();
     void takeRange();
-    void loadForKey();
     void refresh();
     void refreshRange();
     void refreshList();
@@ -47,7 +42,6 @@ private:
 
     AppState &m_app;
     MasterLogScreen &m_screen;
-    KeysScreen &m_keys;
     DateField *m_from;
     DateField *m_to;
     Button *m_usual;
@@ -63,8 +57,7 @@ private:
     TextLabel *m_note;
     IconView *m_messageIcon;
     ElidedLabel *m_message;
-    QList<MasterEntry> m_listed;     ///< the entries in the table
-    std::optional<int> m_loadedKeys; ///< AppState::keyChanges at the last automatic load
+    QList<MasterEntry> m_listed; ///< the entries in the table
     RefreshScheduler m_refresh;
 };
 

@@ -54,14 +54,13 @@ const RecordModel<ShipmentRecord>::Columns &columns()
 } // namespace
 
 ScanFormWindow::ScanFormWindow(AppState &app, ScanFormScreen &screen, QWidget *parent)
-    : QWidget(parent, Qt::Window), m_screen(screen), m_history(new ComboBox(u"SCAN forms created here"_s)),
+    : QWidget(parent, Qt::Window), m_app(app), m_screen(screen), m_history(new ComboBox(u"SCAN forms created here"_s)),
       m_outcome(new ElidedLabel({}, FontRole::body, &Tokens::muted)),
       m_save(new Button(u"Save…"_s, Button::Kind::standard, u"ui_export"_s)),
       m_print(new Button(u"Print"_s, Button::Kind::solid, u"ui_printer"_s)),
       m_pages(new DocumentPages(u"The SCAN form"_s)), m_sheets(new QStackedWidget),
       m_count(new TextLabel({}, FontRole::strong)), m_model(new RecordModel<ShipmentRecord>(columns(), this)),
-      m_labels(new LogTable(u"Labels on this form"_s, m_model)), m_reload([this] { load(); }),
-      m_refresh([this] { refresh(); })
+      m_labels(new LogTable(u"Labels on this form"_s, m_model)), m_refresh([this] { refresh(); })
 {
     const Theme &theme = Theme::current();
     setWindowTitle(u"SCAN Form"_s);
@@ -82,14 +81,14 @@ ScanFormWindow::ScanFormWindow(AppState &app, ScanFormScreen &screen, QWidget *p
     rows->addWidget(m_sheets, 1);
     addShortcuts();
     orderTabsByLayout(this);
-    m_reload.follow(app.scanFormPDF);
-    m_refresh.follow(screen.forms, screen.shown, screen.documents, screen.labels, screen.message, screen.busy);
+    m_refresh.follow(app, screen);
     load();
     refresh();
 }
 
 void ScanFormWindow::load()
 {
+    m_last = m_app.scanFormPDF;
     spawn([&screen = m_screen] { return screen.load(); });
 }
 
@@ -129,6 +128,8 @@ void ScanFormWindow::addShortcuts()
 
 void ScanFormWindow::refresh()
 {
+    if (m_last != m_app.scanFormPDF.value())
+        load();
     refreshHistory();
     refreshContents();
     const bool hasForm = !m_screen.documents.value().isEmpty();
@@ -163,7 +164,10 @@ void ScanFormWindow::refreshHistory()
 void ScanFormWindow::refreshContents()
 {
     m_count->setText(m_screen.labelsText());
-    m_labels->replaceRows([this] { m_model->setRecords(m_screen.labels); });
+    if (const QList<ShipmentRecord> labels = m_screen.labels; labels != m_shownLabels) {
+        m_shownLabels = labels;
+        m_labels->replaceRows([&] { m_model->setRecords(labels); });
+    }
     if (m_drawn == m_screen.documents.value())
         return;
     m_drawn = m_screen.documents;

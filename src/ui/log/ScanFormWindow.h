@@ -31,6 +31,7 @@ private:
     void refreshHistory();
     void refreshContents();
 
+    AppState &m_app;
     ScanFormScreen &m_screen;
     ComboBox *m_history;
     ElidedLabel *m_outcome;
@@ -43,8 +44,9 @@ private:
     LogTable *m_labels;
     bool m_hasBegun = false; ///< a form has been shown
     QList<ScanForm> m_listed;
+    QList<ShipmentRecord> m_shownLabels;
     QList<QByteArray> m_drawn;
-    RefreshScheduler m_reload;
+    std::optional<QByteArray> m_last; ///< AppState::scanFormPDF when the history was read
     RefreshScheduler m_refresh;
 };
 

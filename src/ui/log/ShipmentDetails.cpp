@@ -33,6 +33,8 @@ namespace {
 
 constexpr int labelWidth = 106, columnTotal = 3;
 constexpr int columnStretch[columnTotal] = {3, 4, 4};
+const QString customsToolTip =
+    u"Reprint the customs paperwork — the commercial invoice (USPS) or FedEx's trade documents"_s;
 
 /// A number shown in groups; Copy omits the spaces between them.
 class NumberLabel : public TextLabel {
@@ -139,8 +141,6 @@ void ShipmentDetails::connectButton(Button *button, Operation operation)
 
 QWidget *ShipmentDetails::makeHead()
 {
-    m_customs->setToolTip(
-        u"Reprint the customs paperwork — the commercial invoice (USPS) or FedEx's trade documents"_s);
     connectButton(m_reprint, &MailingLogScreen::reprint);
     connectButton(m_customs, &MailingLogScreen::reprintCustoms);
     connectButton(m_check, &MailingLogScreen::checkStatus);
@@ -214,21 +214,21 @@ void ShipmentDetails::refresh()
 
 void ShipmentDetails::refreshButtons(const ShipmentRecord &record)
 {
-    const bool idle = !m_screen.busy;
-    enable(m_reprint, idle, m_list);
-    enable(m_customs, idle && record.isIntl, m_list);
-    explain(m_check, labelBlocker(LabelUse::checkStatus, record), idle);
+    const QString busy = m_screen.busy ? notWhileBusy : QString();
+    const auto blocker = [&](LabelUse use) {
+        const QString obstacle = labelBlocker(use, record);
+        return obstacle.isEmpty() ? busy : obstacle;
+    };
+    enableUnless(busy, m_reprint, m_list);
+    m_customs->setToolTip(customsToolTip);
+    if (record.isIntl)
+        enableUnless(busy, m_customs, m_list, customsToolTip);
+    else
+        enable(m_customs, false, m_list);
+    enableUnless(blocker(LabelUse::checkStatus), m_check, m_list);
     enable(m_copy, !record.tracking.isEmpty(), m_list);
     enable(m_track, !record.trackingURL.isEmpty(), m_list);
-    explain(m_refund, labelBlocker(LabelUse::refund, record), idle);
-}
-
-/// Enables the button when idle without an obstacle; shows an obstacle in its tooltip.
-void ShipmentDetails::explain(Button *button, const QString &obstacle, bool idle)
-{
-    button->setToolTip(obstacle.isEmpty() ? QString() : plainToolTip(obstacle));
-    button->setAccessibleDescription(obstacle);
-    enable(button, idle && obstacle.isEmpty(), m_list);
+    enableUnless(blocker(LabelUse::refund), m_refund, m_list);
 }
 
 void ShipmentDetails::show(const ShipmentRecord &record)

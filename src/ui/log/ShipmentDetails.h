@@ -30,7 +30,6 @@ private:
     void connectButton(Button *button, Operation operation);
     QWidget *makeLines();
     void refreshButtons(const ShipmentRecord &record);
-    void explain(Button *button, const QString &obstacle, bool idle);
     void show(const ShipmentRecord &record);
 
     MailingLogScreen &m_screen;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ui/parts/TextLabel.h"
+
 #include <QAccessible>
 #include <QWidget>
 
@@ -12,6 +14,9 @@ inline void announce(QWidget *widget)
     QAccessible::updateAccessibility(&alert);
 }
 
+/// Why an operation cannot start: its screen runs another operation.
+inline const QString notWhileBusy = QStringLiteral("Wait until the current operation has finished.");
+
 /// Enables or disables a control. If a disabled control had the focus, `refuge` takes it; otherwise the next control
 /// would, and the same key pressed again would activate that control.
 inline void enable(QWidget *control, bool enabled, QWidget *refuge)
@@ -19,6 +24,14 @@ inline void enable(QWidget *control, bool enabled, QWidget *refuge)
     if (!enabled && control->window()->focusWidget() == control)
         refuge->setFocus();
     control->setEnabled(enabled);
+}
+
+/// Enables a control if there is no obstacle; otherwise its tooltip tells the obstacle.
+inline void enableUnless(const QString &obstacle, QWidget *control, QWidget *refuge, const QString &toolTip = {})
+{
+    control->setToolTip(obstacle.isEmpty() ? toolTip : plainToolTip(obstacle));
+    control->setAccessibleDescription(obstacle);
+    enable(control, obstacle.isEmpty(), refuge);
 }
 
 } // namespace parcelory

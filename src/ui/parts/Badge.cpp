@@ -65,6 +65,8 @@ Badge::Badge(const QString &word, BadgeKind kind, QWidget *parent) : QWidget(par
 
 void Badge::set(const QString &word, BadgeKind kind)
 {
+    if (word == m_word && kind == m_kind)
+        return;
     m_word = word;
     m_kind = kind;
     setAccessibleName(word);

@@ -27,7 +27,7 @@ protected:
 
 private:
     QString m_word;
-    BadgeKind m_kind;
+    BadgeKind m_kind = BadgeKind::plain;
     int m_height = 18;
 };
 

@@ -6,6 +6,8 @@
 
 #include <QPainter>
 
+#include <utility>
+
 namespace parcelory {
 
 namespace {
@@ -28,8 +30,8 @@ Button::Button(const QString &text, Kind kind, const QString &icon, QWidget *par
 
 void Button::setKind(Kind kind)
 {
-    m_kind = kind;
-    update();
+    if (std::exchange(m_kind, kind) != kind)
+        update();
 }
 
 void Button::describe(const QString &name, const QString &keys)

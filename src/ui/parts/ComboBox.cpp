@@ -1,5 +1,6 @@
 #include "ui/parts/ComboBox.h"
 
+#include "ui/theme/Icons.h"
 #include "ui/theme/Theme.h"
 
 #include <QStylePainter>
@@ -22,8 +23,23 @@ QSize ComboBox::minimumSizeHint() const
     return {80, height()};
 }
 
+void ComboBox::offer(const QList<Item> &items, const QVariant &chosen)
+{
+    bool same = count() == items.size();
+    for (int at = 0; same && at < count(); ++at)
+        same = itemText(at) == items[at].title && itemData(at) == items[at].id;
+    if (!same) {
+        clear();
+        for (const Item &item : items)
+            addItem(item.icon.isEmpty() ? QIcon() : themeIcon(item.icon), item.title, item.id);
+    }
+    setCurrentIndex(chosen.isValid() ? findData(chosen) : -1);
+}
+
 void ComboBox::setFace(const QString &text, const QIcon &icon)
 {
+    if (text == m_face && text.isEmpty())
+        return;
     m_face = text;
     m_faceIcon = icon;
     update();

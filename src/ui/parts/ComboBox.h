@@ -2,6 +2,8 @@
 
 #include <QComboBox>
 #include <QIcon>
+#include <QList>
+#include <QVariant>
 
 namespace parcelory {
 
@@ -10,6 +12,14 @@ class ComboBox : public QComboBox {
 public:
     explicit ComboBox(const QString &name, QWidget *parent = nullptr);
 
+    struct Item {
+        QString title;
+        QVariant id;
+        QString icon = {};
+    };
+    /// Shows these items with the one of this id chosen; none if no item has it. Leaves equal items alone, so that an
+    /// open list is not disturbed.
+    void offer(const QList<Item> &items, const QVariant &chosen);
     /// Sets what the closed list shows instead of its current row; an empty text shows the row again.
     void setFace(const QString &text, const QIcon &icon);
     QSize minimumSizeHint() const override;

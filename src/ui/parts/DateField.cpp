@@ -17,6 +17,12 @@ DateField::DateField(const QString &name, QWidget *parent) : QDateEdit(parent)
     setFixedWidth(Theme::current().scaled(112));
 }
 
+void DateField::showDate(QDate date)
+{
+    if (date != this->date()) // otherwise a half-typed date would be lost
+        setDate(date);
+}
+
 /// Tab leaves the field; month, day and year are reached by the arrow keys.
 bool DateField::focusNextPrevChild(bool next)
 {

@@ -9,6 +9,9 @@ class DateField : public QDateEdit {
 public:
     explicit DateField(const QString &name, QWidget *parent = nullptr);
 
+    /// Leaves the field alone if it has this date, because the clerk may be typing in it.
+    void showDate(QDate date);
+
 protected:
     bool focusNextPrevChild(bool next) override;
     void wheelEvent(QWheelEvent *event) override;

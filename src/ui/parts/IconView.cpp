@@ -17,6 +17,8 @@ IconView::IconView(QString name, int size, Token ink, QWidget *parent)
 
 void IconView::set(const QString &name, Token ink)
 {
+    if (name == m_name && ink == m_ink)
+        return;
     m_name = name;
     m_ink = ink;
     update();

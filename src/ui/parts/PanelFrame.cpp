@@ -5,6 +5,8 @@
 
 #include <QPainter>
 
+#include <utility>
+
 namespace parcelory {
 
 PanelFrame::PanelFrame(Token fill, QWidget *parent) : QFrame(parent), m_fill(fill) {}
@@ -18,20 +20,20 @@ PanelFrame *PanelFrame::card(QWidget *parent)
 
 void PanelFrame::setFill(Token fill)
 {
-    m_fill = fill;
-    update();
+    if (std::exchange(m_fill, fill) != fill)
+        update();
 }
 
 void PanelFrame::setEdge(Token edge)
 {
-    m_edge = edge;
-    update();
+    if (std::exchange(m_edge, edge) != edge)
+        update();
 }
 
 void PanelFrame::setLines(Qt::Edges edges)
 {
-    m_lines = edges;
-    update();
+    if (std::exchange(m_lines, edges) != edges)
+        update();
 }
 
 void PanelFrame::paintEvent(QPaintEvent *)

@@ -1,26 +1,30 @@
 #pragma once
 
+#include "core/Observable.h"
+
 #include <QObject>
-#include <QProperty>
 
 #include <functional>
-#include <vector>
 
 namespace parcelory {
 
-/// Calls `refresh` once per turn of the event loop, however many of the followed properties change in it: by then the
-/// screen model has updated all its properties, so a view never shows half of a change.
+/// Calls `refresh` once per turn of the event loop, however often the followed models change in it: by then a screen
+/// model has updated all its fields, so a view never shows half of a change.
+///
+/// A refresh runs after every change of a model, also of a field that the view does not show. It must therefore leave
+/// alone what it shows already: a row that is built again, a list that is filled again or a focus that moves disturbs
+/// the clerk.
 class RefreshScheduler {
 public:
     explicit RefreshScheduler(std::function<void()> refresh) : m_refresh(std::move(refresh)) {}
 
-    template <class... Properties>
-    void follow(Properties &...properties)
+    template <class... Models>
+    void follow(const Models &...models)
     {
-        (m_notifiers.push_back(properties.addNotifier([this] { touch(); })), ...);
+        (QObject::connect(&models, &Observable::changed, &m_context, [this] { touch(); }), ...);
     }
 
-    /// Schedules a refresh as a changed property does; for signals of lists.
+    /// Schedules a refresh as a changed model does.
     void touch()
     {
         if (m_pending)
@@ -39,7 +43,6 @@ private:
     std::function<void()> m_refresh;
     bool m_pending = false;
     QObject m_context; ///< its destruction discards a queued call
-    std::vector<QPropertyNotifier> m_notifiers;
 };
 
 } // namespace parcelory

@@ -3,6 +3,8 @@
 #include "ui/theme/Theme.h"
 #include "ui/theme/Tokens.h"
 
+#include <utility>
+
 namespace parcelory {
 
 namespace {
@@ -56,8 +58,8 @@ TextLabel::TextLabel(const QString &text, FontRole role, Token ink, QWidget *par
 
 void TextLabel::setInk(Token ink)
 {
-    m_ink = ink;
-    recolor();
+    if (std::exchange(m_ink, ink) != ink)
+        recolor();
 }
 
 void TextLabel::recolor()
@@ -70,6 +72,8 @@ void TextLabel::recolor()
 
 void ElidedLabel::setFullText(const QString &text)
 {
+    if (text == m_full)
+        return;
     m_full = text;
     setAccessibleName(text);
     updateGeometry();

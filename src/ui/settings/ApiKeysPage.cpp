@@ -113,7 +113,7 @@ ApiKeysPage::ApiKeysPage(KeysScreen &keys, QWidget *parent)
 {
     fillStatus();
     appendEntry();
-    m_refresh.follow(keys.mode, keys.settingsText, keys.keys, keys.message);
+    m_refresh.follow(keys);
     refresh();
 }
 

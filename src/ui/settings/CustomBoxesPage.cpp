@@ -77,7 +77,7 @@ CustomBoxesPage::CustomBoxesPage(AppState &app, SettingsScreen &settings, QWidge
     auto *add = new Button(u"Add Box"_s, Button::Kind::standard, u"ui_plus"_s);
     head()->addWidget(add);
     connect(add, &QPushButton::clicked, this, &CustomBoxesPage::addBox);
-    m_refresh.follow(app.boxes.profiles);
+    m_refresh.follow(settings);
     refresh();
 }
 

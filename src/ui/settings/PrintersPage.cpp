@@ -11,7 +11,6 @@
 #include "ui/parts/Notice.h"
 #include "ui/parts/TextLabel.h"
 #include "ui/settings/SettingsPage.h"
-#include "ui/theme/Icons.h"
 #include "ui/theme/Theme.h"
 #include "ui/theme/Tokens.h"
 
@@ -25,35 +24,17 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int labelColumn = 120, menuWidth = 280, rowGap = 5;
-
-struct QueueItem {
-    QString title;
-    QString queue;
-};
-
-/// Rebuilds the menu only if its items have changed, so that an open menu is not disturbed.
-void offer(ComboBox *menu, const QList<QueueItem> &items, const QString &chosen)
-{
-    bool same = menu->count() == items.size();
-    for (int at = 0; same && at < menu->count(); ++at)
-        same = menu->itemText(at) == items[at].title && menu->itemData(at) == items[at].queue;
-    if (!same) {
-        menu->clear();
-        for (const QueueItem &item : items)
-            menu->addItem(item.queue.isEmpty() ? QIcon() : themeIcon(u"ui_printer"_s), item.title, item.queue);
-    }
-    menu->setCurrentIndex(menu->findData(chosen));
-}
+const QString printerIcon = u"ui_printer"_s;
 
 /// The offered queues and, if it is missing among them, the chosen queue: the menu must never show another queue as
 /// chosen.
-QList<QueueItem> itemsFor(const SettingsScreen &settings, const QStringList &offered, const QString &chosen)
+QList<ComboBox::Item> itemsFor(const SettingsScreen &settings, const QStringList &offered, const QString &chosen)
 {
-    QList<QueueItem> items;
+    QList<ComboBox::Item> items;
     for (const QString &queue : offered)
-        items.append({queue, queue});
+        items.append({queue, queue, printerIcon});
     if (!chosen.isEmpty() && !offered.contains(chosen))
-        items.append({settings.queueTitle(chosen), chosen});
+        items.append({settings.queueTitle(chosen), chosen, printerIcon});
     return items;
 }
 
@@ -75,8 +56,7 @@ PrintersPage::PrintersPage(AppState &app, SettingsScreen &settings, QWidget *par
       m_noZebraRow(rowFor(m_noZebra)), m_outcomeRow(rowFor(m_outcome)),
       m_scaleName(new TextLabel({}, FontRole::strong)),
       m_scaleState(new TextLabel({}, FontRole::caption, &Tokens::muted)), m_weight(new TextLabel({}, FontRole::h2)),
-      m_settling(new Notice(u"ui_check"_s, &Tokens::ok)), m_refresh([this] { refresh(); }),
-      m_scaleRefresh([this] { refreshScale(); })
+      m_settling(new Notice(u"ui_check"_s, &Tokens::ok)), m_refresh([this] { refresh(); })
 {
     appendLabels();
     appendDocuments();
@@ -86,12 +66,8 @@ PrintersPage::PrintersPage(AppState &app, SettingsScreen &settings, QWidget *par
     connect(m_test, &QPushButton::clicked, this, [&settings] { spawn([&] { return settings.printTest(); }); });
     connect(m_refreshButton, &QPushButton::clicked, this,
             [&settings] { spawn([&] { return settings.refreshPrinters(); }); });
-    m_refresh.follow(settings.queues, settings.zebraQueues, settings.showAllPrinters, settings.zebraQueue,
-                     settings.documentQueue, settings.rotate180, settings.printerMessage, settings.busy);
-    m_scaleRefresh.follow(app.scale.connected, app.scale.stable, app.scale.ounces, app.scale.deviceName,
-                          app.scale.fault);
+    m_refresh.follow(app, settings);
     refresh();
-    refreshScale();
 }
 
 void PrintersPage::appendScale()
@@ -174,13 +150,13 @@ void PrintersPage::appendDocuments()
 void PrintersPage::refresh()
 {
     const QString zebra = m_settings.zebraQueue;
-    QList<QueueItem> labels = itemsFor(m_settings, m_settings.labelPrinterChoices(), zebra);
+    QList<ComboBox::Item> labels = itemsFor(m_settings, m_settings.labelPrinterChoices(), zebra);
     if (zebra.isEmpty())
-        labels.prepend({u"— none chosen —"_s, {}});
-    offer(m_label, labels, zebra);
-    QList<QueueItem> documents = itemsFor(m_settings, m_settings.queues, m_settings.documentQueue);
-    documents.prepend({u"— open PDFs in Preview —"_s, {}});
-    offer(m_document, documents, m_settings.documentQueue);
+        labels.prepend({u"— none chosen —"_s, QString()});
+    m_label->offer(labels, zebra);
+    QList<ComboBox::Item> documents = itemsFor(m_settings, m_settings.queues, m_settings.documentQueue);
+    documents.prepend({u"— open PDFs in Preview —"_s, QString()});
+    m_document->offer(documents, m_settings.documentQueue.value());
 
     const PrinterMessage outcome = m_settings.printerMessage;
     m_outcome->setLook(outcome.ok ? u"ui_success"_s : u"ui_warning"_s, outcome.ok ? &Tokens::ok : &Tokens::warn);
@@ -194,6 +170,7 @@ void PrintersPage::refresh()
     m_busy->setBusy(m_settings.busy);
     m_test->setEnabled(!m_settings.busy);
     m_refreshButton->setEnabled(!m_settings.busy);
+    refreshScale();
 }
 
 } // namespace parcelory

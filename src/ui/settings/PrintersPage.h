@@ -38,7 +38,6 @@ private:
     TextLabel *m_scaleName, *m_scaleState, *m_weight;
     Notice *m_settling;
     RefreshScheduler m_refresh;
-    RefreshScheduler m_scaleRefresh;
 };
 
 } // namespace parcelory

@@ -30,7 +30,7 @@ SenderProfilesPage::SenderProfilesPage(AppState &app, SettingsScreen &settings, 
         ->addWidget(makeSwitch(u"Show the address book beside the label form"_s, settings.showAddressSidebar));
     appendCaption(u"Every change is saved at once."_s);
     connect(add, &QPushButton::clicked, this, &SenderProfilesPage::addProfile);
-    m_refresh.follow(app.senders.profiles, app.senders.defaultID);
+    m_refresh.follow(settings);
     refresh();
     if (const std::optional<SenderProfile> first = app.senders.defaultProfile())
         m_rows.find(first->id)->unfold();

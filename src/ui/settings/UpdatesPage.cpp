@@ -25,7 +25,7 @@ UpdatesPage::UpdatesPage(UpdateChecker &updates, QWidget *parent)
     rows->addWidget(m_check, 0, Qt::AlignLeft);
     connect(m_check, &QPushButton::clicked, this,
             [this] { spawn([&checker = m_updates] { return checker.checkNow(); }); });
-    m_refresh.follow(updates.busy, updates.status);
+    m_refresh.follow(updates);
     refresh();
 }
 

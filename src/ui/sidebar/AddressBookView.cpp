@@ -110,7 +110,7 @@ AddressBookView::AddressBookView(AppState &app, AddressBook &book, QWidget *pare
     orderTabsByLayout(this);
     bindText(m_search, m_pane.query);
     connectList();
-    m_refresh.follow(book.status, book.importing, book.deleted, m_pane.selection);
+    m_refresh.follow(m_pane);
     refreshList();
 }
 

@@ -56,7 +56,7 @@ InvoicePane::InvoicePane(AppState &app, QWidget *parent)
     setAccessibleName(u"Invoice"_s);
 
     connect(m_lookUp, &QPushButton::clicked, this, &InvoicePane::lookUp);
-    m_refresh.follow(app.scanBusy, app.scanStatus, app.scannedInvoice);
+    m_refresh.follow(app);
     refresh();
 }
 
@@ -94,7 +94,7 @@ void InvoicePane::refresh()
 {
     const bool busy = m_app.scanBusy;
     const bool focused = hasFocus() || isAncestorOf(window()->focusWidget());
-    if (busy && focused)
+    if (busy && m_number->isEnabled() && focused)
         setFocus(); // a disabled field would pass the focus on
     m_number->setEnabled(!busy);
     m_lookUp->setEnabled(!busy);

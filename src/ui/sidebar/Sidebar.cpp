@@ -12,16 +12,16 @@
 #include <QStackedWidget>
 #include <QVBoxLayout>
 
+#include <utility>
+
 namespace parcelory {
 using namespace Qt::StringLiterals;
 
 Sidebar::Sidebar(AppState &app, AddressBook &book, QWidget *parent)
     : PanelFrame(&Tokens::window, parent), m_preferences(app.platform.preferences),
       m_modes(new SegmentedControl(u"Sidebar"_s)), m_panes(new QStackedWidget),
-      m_addressBook(new AddressBookView(app, book)), m_invoice(new InvoicePane(app)), m_scanRefresh([this, &app] {
-          if (app.scanBusy)
-              show(deskline); // shows the invoice's warnings; the clerk's choice stays saved for the next start
-      })
+      m_addressBook(new AddressBookView(app, book)), m_invoice(new InvoicePane(app)),
+      m_refresh([this, &app] { showScan(app.scanBusy); })
 {
     setLines(Qt::LeftEdge);
     m_modes->add(endicia, u"Endicia Mode"_s);
@@ -38,8 +38,16 @@ Sidebar::Sidebar(AppState &app, AddressBook &book, QWidget *parent)
     column->addLayout(head);
     column->addWidget(m_panes);
     connect(m_modes, &SegmentedControl::chosenByUser, this, [this](int mode) { choose(Mode(mode)); });
-    m_scanRefresh.follow(app.scanBusy);
+    m_refresh.follow(app);
     show(read(m_preferences, settings::addressBookMode) == u"deskline" ? deskline : endicia);
+    showScan(app.scanBusy);
+}
+
+/// Shows the warnings of an invoice that is being read; the clerk's choice stays saved for the next start.
+void Sidebar::showScan(bool busy)
+{
+    if (!std::exchange(m_wasReading, busy) && busy)
+        show(deskline);
 }
 
 void Sidebar::show(Mode mode)

@@ -29,13 +29,15 @@ private:
 
     void show(Mode mode);
     void choose(Mode mode);
+    void showScan(bool busy);
 
     Preferences &m_preferences;
     SegmentedControl *m_modes;
     QStackedWidget *m_panes;
     AddressBookView *m_addressBook;
     InvoicePane *m_invoice;
-    RefreshScheduler m_scanRefresh;
+    bool m_wasReading = false;
+    RefreshScheduler m_refresh;
 };
 
 } // namespace parcelory

@@ -92,7 +92,7 @@ SignInView::SignInView(AppState &app, SignInScreen &screen, const QString &note,
     });
     connect(m_remember, &QCheckBox::toggled, this, [this](bool on) { m_screen.remember = on; });
     connect(m_signIn, &QPushButton::clicked, this, &SignInView::signIn);
-    m_refresh.follow(app.loginBusy, app.loginError, screen.remember);
+    m_refresh.follow(app, screen);
     refresh();
 }
 
@@ -136,7 +136,7 @@ void SignInView::refresh()
 {
     const bool busy = m_app.loginBusy;
     const bool ended = !busy && !m_name->isEnabled();
-    if (busy)
+    if (busy && m_name->isEnabled())
         setFocus(); // a disabled field would pass the focus on
     for (QWidget *control : {static_cast<QWidget *>(m_name), static_cast<QWidget *>(m_password),
                              static_cast<QWidget *>(m_remember), static_cast<QWidget *>(m_signIn)})

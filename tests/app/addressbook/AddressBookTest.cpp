@@ -22,7 +22,11 @@ protected:
     AddressBook book{*app};
     AddressBookPane pane{*app, book};
 
-    AddressBookTest() { finish(); }
+    AddressBookTest()
+    {
+        run(book.reload());
+        finish();
+    }
     void TearDown() override { finish(); }
 
     void finish()

@@ -20,7 +20,8 @@ namespace {
 
 class AfterSaleTest : public MailingLogDesk {
 protected:
-    MasterLogScreen master{*app};
+    KeysScreen keys{*app};
+    MasterLogScreen master{*app, keys};
 
     QString status() { return log.records().value(0).status; }
 };
