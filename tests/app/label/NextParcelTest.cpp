@@ -24,6 +24,12 @@ namespace {
 
 class NextParcelTest : public testing::Test, public LabelDesk {
 protected:
+    void TearDown() override // a lookup in progress would otherwise leak
+    {
+        runUntil([this] { return !screen().purchases.checking; });
+        workPool().waitForDone();
+        settle();
+    }
     /// Presses Buy and lets the clerk do something before the carrier answers.
     template <class Work>
     void buyAndMeanwhile(Work work)

@@ -23,6 +23,12 @@ namespace {
 
 class DoubtfulPurchaseTest : public testing::Test, public LabelDesk {
 protected:
+    void TearDown() override // a lookup in progress would otherwise leak
+    {
+        runUntil([this] { return !screen().purchases.checking; });
+        workPool().waitForDone();
+        settle();
+    }
     Purchases &purchases() { return screen().purchases; }
     qsizetype bought() { return sent("/transactions/").size(); }
     void check()
