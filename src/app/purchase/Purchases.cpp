@@ -70,10 +70,12 @@ Task<qint64> Purchases::begin(OpenPurchase purchase)
     if (!m_isLoaded) { // the journal could not be opened at the start
         co_await load();
         askLater();
-        if (unresolvedFor(purchase.recipient))
-            throw AppError(u"An earlier purchase for this recipient is still unresolved. Parcelory asks the carrier "
-                           "about it now; nothing was bought."_s);
     }
+    // The list may have been loaded since the button was pressed.
+    if (const std::optional<UnresolvedPurchase> pending = unresolvedFor(purchase.recipient);
+        pending && !pending->isInconclusive)
+        throw AppError(u"An earlier purchase for this recipient is still unresolved. Parcelory asks the carrier "
+                       "about it now; nothing was bought."_s);
     co_return co_await m_flow.begin(purchase);
 }
 
