@@ -45,7 +45,7 @@ QString parameterOf(const httplib::Request &message, const char *name)
     return QString::fromStdString(message.get_param_value(name));
 }
 
-/// The session id in the client's cookies; empty if there is none.
+/// The session id in the client's cookies; empty without such a cookie.
 QByteArray sessionOf(const httplib::Request &message)
 {
     for (const QByteArray &cookie : cookiesOf(message).split(';')) {

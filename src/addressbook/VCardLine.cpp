@@ -13,7 +13,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// The first position of `wanted` outside quotation marks; -1 if there is none.
+/// The first position of `wanted` outside quotation marks; -1 if all are quoted or missing.
 qsizetype findUnquoted(QByteArrayView text, char wanted, qsizetype from = 0)
 {
     bool isQuoted = false;

@@ -10,7 +10,7 @@ namespace parcelory {
 Task<QString> printLabel(AppState &app, QByteArray label);
 
 /// A sentence about jobs that wait in the label printer's queue, for the clerk to read before more are sent; empty if
-/// there are none.
+/// no job is waiting.
 Task<QString> stillWaiting(AppState &app);
 
 /// Reprints a label and returns the printer's message. Uses the label data in `record` or in the mailing log; downloads

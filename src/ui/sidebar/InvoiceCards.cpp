@@ -89,7 +89,7 @@ QStringList addressLines(const ShippoAddress &address)
     return lines;
 }
 
-constexpr qsizetype mostItems = 20; ///< a longer list would delay the display, and nobody needs it here
+constexpr qsizetype mostItems = 20; ///< a longer list would delay the display without helping the clerk
 
 QLayout *itemRow(const DesklineInvoiceItem &item)
 {
