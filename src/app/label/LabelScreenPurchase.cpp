@@ -4,18 +4,13 @@
 #include "app/purchase/PurchaseTexts.h"
 #include "app/purchase/Purchases.h"
 #include "app/purchase/ReprintCheck.h"
-#include "carrier/PurchaseTag.h"
-#include "carrier/ShippoError.h"
 #include "carrier/ShippoRecords.h"
 #include "compose/SecondLabel.h"
-#include "compose/Services.h"
 #include "core/AppError.h"
-#include "core/CountryCode.h"
 #include "core/ShippoAddress.h"
 #include "core/StaleCheck.h"
 #include "core/Task.h"
 #include "core/Text.h"
-#include "devices/Zpl.h"
 #include "records/ShipmentLog.h"
 #include "records/ShipmentRecord.h"
 #include "shell/ErrorLog.h"
@@ -23,72 +18,11 @@
 #include <QScopeGuard>
 
 #include <algorithm>
-#include <chrono>
 #include <optional>
 #include <utility>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;
-
-namespace {
-
-QString recipientLine(const ShippoAddress &to, bool international)
-{
-    const QString country = international ? CountryCode::alpha2(to.country) : QString();
-    return joinPresent({to.name, to.company, to.oneLine(), country}, u", "_s).simplified();
-}
-
-} // namespace
-
-LabelScreen::Purchase LabelScreen::preparePurchase(const ShippoRate &rate) const
-{
-    Purchase purchase{.carrier = carrier,
-                      .rate = rate,
-                      .from = senderForCarrier(),
-                      .to = m_app.draftTo,
-                      .parcel = parcel(),
-                      .edits = edits,
-                      .weighed = m_app.scale.generation(),
-                      .printsInvoice = printInvoiceWithRates,
-                      .invoice = {},
-                      .facts = secondLabelFacts(),
-                      .entry = {.askedAt = m_app.platform.clock.now(),
-                                .rateId = rate.objectId,
-                                .keyName = m_app.keys.activeName(),
-                                .recipient = m_app.draftTo,
-                                .keepRecipient = keepRecipient,
-                                .record = {}}};
-    ShippoAddress to = purchase.to; // only what others read is discreet: the address book keeps the full company
-    to.company = m_app.sanitizer.sanitize(to.company);
-
-    const QString service = serviceName(rate.servicelevel);
-    const QString insured = insuranceValue.value().trimmed();
-    const bool isInsured = decimalOrZero(insured) > 0;
-    const QString declared = isInternational() ? customs.value().value.trimmed() : QString();
-    QStringList services = {serviceOptionInfo(this->service).label};
-    if (isInternational())
-        services += u"Declared $"_s + declared;
-    if (isInsured)
-        services += u"Insurance $"_s + insured;
-
-    ShipmentRecord &record = purchase.entry.record;
-    record.createdAt = purchase.entry.askedAt;
-    record.carrier = carrierInfo(carrier).displayName;
-    record.service = service;
-    record.postage = decimalOrZero(rate.amount);
-    record.recipient = recipientLine(to, isInternational());
-    record.services = services.join(u", "_s);
-    record.weight = weightDisplay();
-    record.weightOz = totalPounds() * 16;
-    record.descriptionText = descriptionText.value().simplified();
-    record.reference = reference.value().simplified();
-    record.zip11 = to.zip;
-    record.declaredValue = isInternational() ? declared : isInsured ? insured : QString();
-    record.email = to.email;
-    record.isIntl = isInternational();
-    purchase.invoice = invoiceData(carrierAndService(carrier, service));
-    return purchase;
-}
 
 /// Clears what is still on the screen of a parcel that turned out to be sold, so that it is not sold again.
 void LabelScreen::takeResolved(const ResolvedPurchase &resolved)
@@ -96,7 +30,7 @@ void LabelScreen::takeResolved(const ResolvedPurchase &resolved)
     const auto pending = m_unresolved.constFind(resolved.id);
     if (pending == m_unresolved.cend())
         return; // a purchase of an earlier run: nothing of it is on the screen
-    const Purchase purchase = *pending;
+    const PreparedPurchase purchase = *pending;
     m_unresolved.erase(pending);
     if (buying || purchase.edits != edits || purchase.parcel.reference != reference.value())
         return; // the clerk has begun another parcel
@@ -171,7 +105,7 @@ Task<> LabelScreen::buyAndPrint()
         busy = false;
     });
     banner = std::nullopt;
-    Purchase purchase = preparePurchase(*rate);
+    PreparedPurchase purchase = preparePurchase(*this, m_app, *rate, secondLabelFacts());
     const QString agreedWarning = secondLabelAgreed ? secondLabel.value() : QString();
     const bool testMode = co_await hasTestKey();
     purchase.entry.record.testMode = testMode;
@@ -182,7 +116,7 @@ Task<> LabelScreen::buyAndPrint()
 
 /// True for a parcel's first label, and for a second label that the clerk has agreed to. Judges the purchase as it was
 /// prepared, whatever is on the screen by now.
-Task<bool> LabelScreen::mayBuy(Purchase purchase, bool testMode, QString agreedWarning)
+Task<bool> LabelScreen::mayBuy(PreparedPurchase purchase, bool testMode, QString agreedWarning)
 {
     const QString warning = co_await secondLabelWarning(purchase.facts, testMode);
     if (warning.isEmpty())
@@ -203,12 +137,9 @@ Task<bool> LabelScreen::mayBuy(Purchase purchase, bool testMode, QString agreedW
     co_return false;
 }
 
-Task<> LabelScreen::buy(Purchase purchase)
+Task<> LabelScreen::buy(PreparedPurchase purchase)
 {
     OpenPurchase &entry = purchase.entry;
-    ShippoAddress to = purchase.to;
-    to.company = m_app.sanitizer.sanitize(to.company);
-    const QString tag = PurchaseTag::of(purchase.from, to, purchase.carrier, entry.record.service).text();
     PapersResult drawn;
     if (entry.record.isIntl && purchase.carrier == Carrier::usps) { // only the draft has what the invoice needs
         drawn = co_await m_papers.drawInvoice(purchase.invoice);
@@ -220,72 +151,30 @@ Task<> LabelScreen::buy(Purchase purchase)
         fail(u"Buy Label"_s, error);
         co_return;
     }
-    std::optional<ShippoTransaction> bought;
-    QString doubt; // why it is unknown whether the carrier sold the label
-    try {
-        bought = co_await m_app.shippo.purchase(entry.rateId, u"ZPLII"_s, tag);
-    } catch (const AppError &error) {
-        if (fateOf(error) == RequestFate::unknown)
-            doubt = error.description();
-        else
-            fail(u"Buy Label"_s, error);
-        if (const auto *unconfirmed = dynamic_cast<const UnconfirmedPurchase *>(&error))
-            entry.record.transactionID = unconfirmed->transactionId();
+    SaleResult sale = co_await purchases.flow().request(entry, purchase.tag());
+    if (sale.kind == SaleResult::Kind::unknown) {
+        clearRates(); // buying again requires new rates, and thereby a moment's thought
+        warn(sale.text + u" Asking the carrier whether the label was bought…"_s);
+        sale = co_await purchases.flow().lookFor(sale);
     }
-    if (!bought && doubt.isEmpty()) {
-        co_await purchases.flow().close(entry.id);
+    entry = sale.entry;
+    if (sale.kind == SaleResult::Kind::sold) {
+        co_await finishPurchase(purchase, sale.transaction, drawn);
         co_return;
     }
-    if (!bought)
-        bought = co_await lookForLabel(purchase, doubt);
-    if (bought)
-        co_await finishPurchase(purchase, *bought, drawn);
+    warn(sale.text);
+    if (sale.kind == SaleResult::Kind::unknown)
+        markUnresolved(purchase, sale.answer);
 }
 
-/// The parcel is still on the desk, so the carrier is asked several times before the purchase counts as unresolved.
-Task<std::optional<ShippoTransaction>> LabelScreen::lookForLabel(Purchase purchase, QString doubt)
-{
-    constexpr int looks = 3;
-    constexpr auto pause = std::chrono::seconds(2);
-    const OpenPurchase &entry = purchase.entry;
-    // Not askedAt: the response may have failed only after a minute.
-    const QDateTime since = m_app.platform.clock.steadyNow();
-    clearRates(); // buying again requires new rates, and thereby a moment's thought
-    warn(doubt + u" Asking the carrier whether the label was bought…"_s);
-    co_await purchases.flow().save(entry);
-    Purchases::Answer answer;
-    for (int look = 0; look < looks; ++look) {
-        if (look > 0)
-            co_await m_app.platform.clock.sleep(pause);
-        answer = co_await purchases.lookUp(entry, since);
-        if (answer.verdict == Purchases::Verdict::bought)
-            co_return answer.transaction;
-        if (answer.verdict == Purchases::Verdict::notBought) {
-            co_await purchases.flow().close(entry.id);
-            fail(u"Buy Label"_s, AppError(doubt + u" The label was not bought."_s));
-            co_return std::nullopt;
-        }
-    }
-    markUnresolved(purchase, answer);
-    const QString transaction = entry.record.transactionID;
-    fail(u"Buy Label"_s,
-         AppError(doubt +
-                  u" The label may still have been bought. Parcelory keeps checking and completes the purchase "
-                  "if so: "_s +
-                  joinPresent({entry.record.recipient, u"rate "_s + entry.rateId,
-                               transaction.isEmpty() ? QString() : u"transaction "_s + transaction},
-                              u", "_s) +
-                  u'.'));
-    co_return std::nullopt;
-}
-
-void LabelScreen::markUnresolved(const Purchase &purchase, const Purchases::Answer &answer)
+void LabelScreen::markUnresolved(const PreparedPurchase &purchase, const LookupAnswer &answer)
 {
     m_unresolved.insert(purchase.entry.id, purchase);
     purchases.markUnresolved(purchase.entry, answer);
 }
 
-Task<> LabelScreen::finishPurchase(Purchase purchase, ShippoTransaction transaction, PapersResult drawn)
+Task<> LabelScreen::finishPurchase(PreparedPurchase purchase, std::optional<ShippoTransaction> transaction,
+                                   PapersResult drawn)
 {
     m_soldWeight = std::max(m_soldWeight, purchase.weighed);
     purchase.entry.record.createdAt = m_app.platform.clock.now();
@@ -301,7 +190,8 @@ Task<> LabelScreen::finishPurchase(Purchase purchase, ShippoTransaction transact
         clearRates();
         warn(text);
         markUnresolved(purchase, {.text = text, .isInconclusive = true});
-        m_app.errors.record(u"Buy Label"_s, AppError(text + u" Transaction "_s + transaction.objectId), Popup::yes);
+        m_app.errors.record(u"Buy Label"_s, AppError(text + u" Transaction "_s + purchase.entry.record.transactionID),
+                            Popup::yes);
         co_return;
     }
     showSold(purchase, result);
@@ -311,9 +201,9 @@ Task<> LabelScreen::finishPurchase(Purchase purchase, ShippoTransaction transact
             {.text = PurchaseTexts::notLogged(result.entry.record), .isInconclusive = true, .isUnlogged = true});
 }
 
-void LabelScreen::showSold(const Purchase &purchase, const PurchaseResult &result)
+void LabelScreen::showSold(const PreparedPurchase &purchase, const PurchaseResult &result)
 {
-    const ShippoAddress &to = purchase.to;
+    const ShippoAddress &to = purchase.entry.recipient;
     clearSold(purchase);
     if (m_app.draftTo.value().isEmpty()) // the clerk has not begun the next parcel yet
         lastLabel = LastLabel{joinPresent({to.name, trimBlanks(to.city + u' ' + to.state)}, u" · "_s),
@@ -322,7 +212,7 @@ void LabelScreen::showSold(const Purchase &purchase, const PurchaseResult &resul
 }
 
 /// What is still as it was sold must not be sold again. What was typed since belongs to the next parcel.
-void LabelScreen::clearSold(const Purchase &purchase)
+void LabelScreen::clearSold(const PreparedPurchase &purchase)
 {
     if (purchase.edits == edits) {
         forgetValidation();

@@ -4,6 +4,7 @@
 #include "app/purchase/LabelPrinting.h"
 #include "app/purchase/PurchaseTexts.h"
 #include "carrier/CarrierWords.h"
+#include "carrier/ShippoError.h"
 #include "carrier/ShippoRecords.h"
 #include "compose/Services.h"
 #include "core/AppError.h"
@@ -12,12 +13,15 @@
 #include "records/ShipmentStatus.h"
 #include "shell/ErrorLog.h"
 
+#include <chrono>
 #include <utility>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;
 
 namespace {
+
+const QString buyContext = u"Buy Label"_s;
 
 /// Copies the mailing log's fields from the carrier's response.
 void applyTransaction(ShipmentRecord &record, const ShippoTransaction &transaction)
@@ -46,6 +50,58 @@ Task<> PurchaseFlow::save(OpenPurchase purchase)
 Task<> PurchaseFlow::close(qint64 id)
 {
     co_await onPool(m_app.journal, &PurchaseJournal::close, id);
+}
+
+Task<SaleResult> PurchaseFlow::request(OpenPurchase purchase, QString tag)
+{
+    SaleResult result{.entry = purchase};
+    try {
+        result.transaction = co_await m_app.shippo.purchase(purchase.rateId, u"ZPLII"_s, tag);
+        result.kind = SaleResult::Kind::sold;
+        co_return result;
+    } catch (const AppError &error) {
+        result.text = error.description();
+        if (fateOf(error) != RequestFate::unknown) {
+            result.kind = SaleResult::Kind::notBought;
+            m_app.errors.record(buyContext, error, Popup::yes);
+        }
+        if (const auto *unconfirmed = dynamic_cast<const UnconfirmedPurchase *>(&error))
+            result.entry.record.transactionID = unconfirmed->transactionId();
+    }
+    if (result.kind == SaleResult::Kind::notBought)
+        co_await close(purchase.id);
+    co_return result;
+}
+
+Task<SaleResult> PurchaseFlow::lookFor(SaleResult unknown)
+{
+    constexpr int looks = 3;
+    constexpr auto pause = std::chrono::seconds(2);
+    SaleResult result = unknown;
+    const OpenPurchase &entry = result.entry;
+    // Not askedAt: the response may have failed only after a minute.
+    const QDateTime since = m_app.platform.clock.steadyNow();
+    co_await save(entry);
+    for (int look = 0; look < looks; ++look) {
+        if (look > 0)
+            co_await m_app.platform.clock.sleep(pause);
+        result.answer = co_await lookUpPurchase(m_app, entry, since);
+        if (result.answer.verdict == LookupAnswer::Verdict::bought) {
+            result.kind = SaleResult::Kind::sold;
+            result.transaction = result.answer.transaction;
+            co_return result;
+        }
+        if (result.answer.verdict == LookupAnswer::Verdict::notBought) {
+            co_await close(entry.id);
+            result.kind = SaleResult::Kind::notBought;
+            result.text += u" The label was not bought."_s;
+            m_app.errors.record(buyContext, AppError(result.text), Popup::yes);
+            co_return result;
+        }
+    }
+    result.text = PurchaseTexts::stillUnknown(entry, result.text);
+    m_app.errors.record(buyContext, AppError(result.text), Popup::yes);
+    co_return result;
 }
 
 Task<PurchaseResult> PurchaseFlow::complete(OpenPurchase purchase, std::optional<ShippoTransaction> transaction,

@@ -2,6 +2,7 @@
 
 #include "app/AppState.h"
 #include "app/purchase/CustomsPapers.h"
+#include "app/purchase/PurchaseLookup.h"
 #include "records/PurchaseJournal.h"
 #include "records/ShipmentRecord.h"
 
@@ -15,6 +16,16 @@ namespace parcelory {
 struct LabelResult {
     bool isPrinted = false;
     QString text; ///< the printer's sentence, or the reason of the failure
+};
+
+/// How a request to buy ended.
+struct SaleResult {
+    enum class Kind { sold, notBought, unknown };
+    Kind kind = Kind::unknown;
+    OpenPurchase entry; ///< with the transaction's id as soon as the carrier names it
+    std::optional<ShippoTransaction> transaction = {};
+    QString text = {};        ///< why it was not sold, or why that is unknown
+    LookupAnswer answer = {}; ///< the last answer of the carrier about an unknown outcome
 };
 
 /// A bought label after everything that follows a purchase.
@@ -36,9 +47,10 @@ struct Delivery {
     PapersResult drawn = {}; ///< the commercial invoice of a USPS parcel that goes abroad
 };
 
-/// The one way from the carrier's response to the row in the mailing log, for the press of Buy and for a purchase that
-/// was found later: apply the response, fetch, print, papers, log, close. After the purchase nothing throws: a failure
-/// is part of the result, and an entry in the error log.
+/// The one way from the request to the row in the mailing log. For the press of Buy: request, and look for the label if
+/// the response is lost. For the press of Buy and for a purchase that was found later: apply the response, fetch,
+/// print, papers, log, close. After the purchase nothing throws: a failure is part of the result, and an entry in the
+/// error log.
 class PurchaseFlow {
 public:
     explicit PurchaseFlow(AppState &app) : m_app(app), m_papers(app) {}
@@ -47,6 +59,10 @@ public:
     Task<qint64> begin(OpenPurchase purchase);
     Task<> save(OpenPurchase purchase);
     Task<> close(qint64 id);
+    /// Asks the carrier to sell the label. A refused purchase is closed in the journal.
+    Task<SaleResult> request(OpenPurchase purchase, QString tag);
+    /// Looks for a purchase of unknown outcome a few times, because its parcel is still on the desk.
+    Task<SaleResult> lookFor(SaleResult unknown);
 
     /// `transaction`: empty if the journal already has the carrier's response.
     Task<PurchaseResult> complete(OpenPurchase purchase, std::optional<ShippoTransaction> transaction,

@@ -96,6 +96,16 @@ QString foundLater(const PurchaseResult &result)
         title(record), record.createdAt.toLocalTime().toString(u"MMM d, h:mm AP"_s), label, papers);
 }
 
+QString stillUnknown(const OpenPurchase &purchase, const QString &reason)
+{
+    const QString transaction = purchase.record.transactionID;
+    const QStringList known = {purchase.record.recipient, u"rate "_s + purchase.rateId,
+                               transaction.isEmpty() ? QString() : u"transaction "_s + transaction};
+    return reason +
+           u" The label may still have been bought. Parcelory keeps checking and completes the purchase if so: "_s +
+           joinPresent(known, u", "_s) + u'.';
+}
+
 QString notLogged(const ShipmentRecord &record)
 {
     return u"It was bought, but the mailing log could not be written. Tracking %1."_s.arg(record.tracking);

@@ -18,6 +18,8 @@ QString successLine(const PurchaseResult &result);
 QString papersLine(const PapersResult &papers);
 /// A purchase that was found later, for the bar above the form.
 QString foundLater(const PurchaseResult &result);
+/// The banner while the outcome of a purchase is unknown; begins with the reason.
+QString stillUnknown(const OpenPurchase &purchase, const QString &reason);
 /// Text for a bought label that is in the journal but not in the mailing log.
 QString notLogged(const ShipmentRecord &record);
 AppError notLoggedError(const ShipmentRecord &record, const QString &reason);

@@ -2,10 +2,10 @@
 
 #include "app/purchase/CarrierRefund.h"
 #include "app/purchase/LabelPrinting.h"
+#include "app/purchase/PurchaseLookup.h"
 #include "app/purchase/PurchaseTexts.h"
 #include "app/purchase/ReprintCheck.h"
-#include "carrier/CarrierWords.h"
-#include "carrier/ShippoError.h"
+#include "carrier/ShippoClient.h"
 #include "carrier/ShippoRecords.h"
 #include "compose/SecondLabel.h"
 #include "core/AppError.h"
@@ -28,17 +28,6 @@ namespace parcelory {
 using namespace Qt::StringLiterals;
 
 namespace {
-
-/// True if the carrier was reached and a retry would get the same response. Buying must not stay disabled forever.
-bool isLastWord(const AppError &error)
-{
-    if (dynamic_cast<const DecodeError *>(&error))
-        return true;
-    constexpr int forbidden = 403, unknown = 404;
-    const auto *shippo = dynamic_cast<const ShippoError *>(&error);
-    return shippo &&
-           (shippo->kind() == ShippoError::Kind::api || shippo->status() == forbidden || shippo->status() == unknown);
-}
 
 constexpr int mostDays = 30;   ///< an unresolved purchase that is older is given up
 constexpr int enoughLooks = 3; ///< lookups in vain after which buying is enabled again
@@ -79,54 +68,7 @@ Task<qint64> Purchases::begin(OpenPurchase purchase)
     co_return co_await m_flow.begin(purchase);
 }
 
-Task<Purchases::Answer> Purchases::lookUp(OpenPurchase purchase, QDateTime since)
-{
-    Answer answer;
-    try {
-        answer = co_await evaluate(purchase, since);
-    } catch (const AppError &error) {
-        answer.text = error.description();
-        answer.isInconclusive = isLastWord(error);
-    }
-    co_return answer;
-}
-
-Task<Purchases::Answer> Purchases::evaluate(OpenPurchase purchase, QDateTime since)
-{
-    const ShipmentRecord &known = purchase.record;
-    if (!known.labelURL.isEmpty()) // the carrier's response arrived; only the log entry is missing
-        co_return Answer{.verdict = Verdict::bought};
-    const QString token = co_await onPool([&keys = m_app.keys] { return keys.activeToken().value_or(QString()); });
-    const bool sameKey = m_app.keys.activeName() == purchase.keyName && ShippoKeys::isTest(token) == known.testMode;
-    if (!sameKey) // inconclusive, because that key may be gone for good
-        co_return Answer{.text = u"It was requested with the %1 key “%2” — choose that key in Settings to check."_s.arg(
-                             known.testMode ? u"TEST"_s : u"LIVE"_s, purchase.keyName),
-                         .isInconclusive = true};
-    std::optional<ShippoTransaction> found;
-    if (!known.transactionID.isEmpty()) {
-        found = co_await m_app.shippo.transaction(known.transactionID);
-    } else {
-        const QList<ShippoTransaction> sold = co_await m_app.shippo.purchasesOf(purchase.rateId, purchase.askedAt);
-        // A failed transaction may be an earlier attempt at the same rate.
-        const auto isSale = [](const ShippoTransaction &one) {
-            return transactionStatus(one) != TransactionStatus::error;
-        };
-        const auto sale = std::ranges::find_if(sold, isSale);
-        if (sale != sold.end())
-            found = *sale;
-    }
-    if (!found && ShippoClient::mayStillArrive(since, m_app.platform.clock.steadyNow()))
-        co_return Answer{.text = u"The carrier knows of no such label yet."_s, .isInconclusive = true};
-    if (!found || transactionStatus(*found) == TransactionStatus::error)
-        co_return Answer{.verdict = Verdict::notBought};
-    if (found->labelUrl.value_or(QString()).isEmpty())
-        co_return Answer{.text = u"The carrier accepted the purchase, but the label is not ready yet "
-                                 "(transaction %1)."_s.arg(found->objectId),
-                         .isInconclusive = true};
-    co_return Answer{.verdict = Verdict::bought, .transaction = found};
-}
-
-void Purchases::markUnresolved(const OpenPurchase &purchase, const Answer &answer)
+void Purchases::markUnresolved(const OpenPurchase &purchase, const LookupAnswer &answer)
 {
     replaceUnresolved(purchase.id, UnresolvedPurchase{.purchase = purchase,
                                                       .text = answer.text,
@@ -230,13 +172,13 @@ Task<> Purchases::recheck(UnresolvedPurchase pending)
 {
     const OpenPurchase &purchase = pending.purchase;
     const QDateTime now = m_app.platform.clock.now(), steadyNow = m_app.platform.clock.steadyNow();
-    const Answer answer = co_await lookUp(purchase, pending.since);
+    const LookupAnswer answer = co_await lookUpPurchase(m_app, purchase, pending.since);
     const bool isResolvedByHand = std::ranges::none_of(
         unresolved.value(), [&purchase](const UnresolvedPurchase &open) { return open.purchase.id == purchase.id; });
-    if (isResolvedByHand && answer.verdict != Verdict::bought)
+    if (isResolvedByHand && answer.verdict != LookupAnswer::Verdict::bought)
         co_return;
     switch (answer.verdict) {
-    case Verdict::unknown:
+    case LookupAnswer::Verdict::unknown:
         if (purchase.askedAt.daysTo(now) > mostDays) {
             co_await giveUp(purchase);
             break;
@@ -248,10 +190,10 @@ Task<> Purchases::recheck(UnresolvedPurchase pending)
                                                            !ShippoClient::mayStillArrive(pending.since, steadyNow));
         replaceUnresolved(purchase.id, pending);
         break;
-    case Verdict::bought:
+    case LookupAnswer::Verdict::bought:
         co_await finish(pending, answer.transaction);
         break;
-    case Verdict::notBought:
+    case LookupAnswer::Verdict::notBought:
         co_await m_flow.close(purchase.id);
         replaceUnresolved(purchase.id, std::nullopt);
         addResolved(

@@ -2,6 +2,7 @@
 
 #include "app/AppState.h"
 #include "app/purchase/PurchaseFlow.h"
+#include "app/purchase/PurchaseLookup.h"
 #include "core/Observable.h"
 #include "core/Task.h"
 
@@ -51,15 +52,6 @@ public:
     Observed<QList<ResolvedPurchase>> resolved{this}; ///< until the clerk has seen them
     Observed<bool> checking{this, false};
 
-    enum class Verdict { bought, notBought, unknown };
-    struct Answer {
-        Verdict verdict = Verdict::unknown;
-        std::optional<ShippoTransaction> transaction = {}; ///< the sale; empty if the journal already has the response
-        QString text = {};                                 ///< why the outcome is unknown
-        bool isInconclusive = false;
-        bool isUnlogged = false;
-    };
-
     /// Resumes the purchases that the last run left unresolved.
     Task<> resume();
     /// Looks up every unresolved purchase at the carrier.
@@ -77,10 +69,7 @@ public:
     /// the journal cannot be written, or if it turns out that an earlier run left a purchase for this recipient
     /// unresolved; nothing may be bought then.
     Task<qint64> begin(OpenPurchase purchase);
-    /// Looks up a purchase at the carrier. A request sent before `since` (a steady time) may still arrive there for a
-    /// while.
-    Task<Answer> lookUp(OpenPurchase purchase, QDateTime since);
-    void markUnresolved(const OpenPurchase &purchase, const Answer &answer);
+    void markUnresolved(const OpenPurchase &purchase, const LookupAnswer &answer);
     PurchaseFlow &flow() { return m_flow; }
 
 signals:
@@ -90,7 +79,6 @@ private:
     Task<> load();
     Task<> loadIfPossible();
     Task<> recheckAll();
-    Task<Answer> evaluate(OpenPurchase purchase, QDateTime since);
     Task<> recheck(UnresolvedPurchase pending);
     Task<> finish(UnresolvedPurchase pending, std::optional<ShippoTransaction> transaction);
     Task<> giveUp(OpenPurchase purchase);
