@@ -2,6 +2,7 @@
 
 #include "app/AppState.h"
 #include "app/label/LabelScreen.h"
+#include "app/label/LabelTexts.h"
 #include "app/logs/SaveFile.h"
 #include "carrier/ShippoRecords.h"
 #include "core/AppError.h"
@@ -63,7 +64,7 @@ Task<Shipped> ship(AppState &app, LabelScreen &screen, PracticeScale &scale, Pra
     co_await compose(order, app, screen);
     Shipped result{.recipient = app.draftTo.value().name};
     co_await weigh(app, screen, scale);
-    say(u"\n%1 — %2, %3"_s.arg(result.recipient, screen.mailpieceName(), screen.weightDisplay()));
+    say(u"\n%1 — %2, %3"_s.arg(result.recipient, LabelTexts::mailpieceName(screen), screen.weightDisplay()));
     co_await screen.validate();
     say(u"  "_s + screen.validationStatus);
     if (screen.showIntlPaperwork)
@@ -72,7 +73,7 @@ Task<Shipped> ship(AppState &app, LabelScreen &screen, PracticeScale &scale, Pra
         const bool chosen = screen.selectedRateID.value() == rate.objectId;
         say(u"  %1 %2  $%3  %4"_s.arg(chosen ? u"●"_s : u"○"_s,
                                       rate.servicelevel.name.value_or(QString()).leftJustified(42),
-                                      rate.amount.rightJustified(7), LabelScreen::transitText(rate)));
+                                      rate.amount.rightJustified(7), LabelTexts::transitText(rate)));
     }
     // An invoice with a tracking number, or an earlier run with the same parcel, makes it a second label: the button
     // changes, takes no press for a moment, and asks for one more.

@@ -253,6 +253,11 @@ QString LabelDraft::templateName() const
     return builtin ? builtinMailpieceInfo(*builtin).shippoTemplate : QString();
 }
 
+QString LabelDraft::printedCompany() const
+{
+    return m_app.sanitizer.sanitize(recipient().company);
+}
+
 QString LabelDraft::boxName() const
 {
     if (const auto *preset = std::get_if<PresetMailpiece>(&mailpiece.value())) {

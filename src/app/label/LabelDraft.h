@@ -93,21 +93,11 @@ public:
     ShippoAddress senderForCarrier() const;
     CommercialInvoice::Data_ invoiceData(const QString &service) const;
 
-    // Texts that depend on the draft; empty if there is nothing to show.
-    QString mailpieceName() const;
-    QString mailpieceIcon() const;
-    QString sizeHint() const;
-    QString classHint() const;
-    QString signatureWarning() const;
-    QString senderHint() const;
-    QString internationalHint() const;
-    QString customsHint() const;
-    QString paperworkText() const;
-    /// What keeps the form from being complete, or the next thing to do.
-    QString formHint() const;
-    /// The recipient's lines as the label will show them.
-    QStringList printedRecipient() const;
-    QString extrasSummary() const;
+    const ShippoAddress &recipient() const { return m_app.draftTo.value(); }
+    /// The recipient's company as the label shows it.
+    QString printedCompany() const;
+    /// The name of the stock mailer or of the desk's own box; empty for other packaging and for a box without a name.
+    QString boxName() const;
 
     /// What belongs to one parcel only.
     struct Parcel {
@@ -123,8 +113,6 @@ public:
 
 protected:
     void countEdit() { edits = edits + 1; }
-    /// The name of the stock mailer or of the desk's own box; empty for other packaging and for a box without a name.
-    QString boxName() const;
 
     AppState &m_app;
 

@@ -1,4 +1,5 @@
 #include "app/label/LabelDraft.h"
+#include "app/label/LabelTexts.h"
 #include "core/SettingsKeys.h"
 #include "core/Text.h"
 
@@ -43,7 +44,7 @@ DraftField LabelDraft::missingField() const
 std::optional<LabelDraft::Obstacle> LabelDraft::obstacle() const
 {
     if (!formComplete())
-        return Obstacle{formHint(), missingField()};
+        return Obstacle{LabelTexts::formHint(*this), missingField()};
     // A typo would otherwise count as 0, and the parcel would be rated too light.
     for (const auto &[text, field] :
          {std::pair{weightLb.value(), DraftField::weight}, std::pair{weightOz.value(), DraftField::ounces}}) {
@@ -119,7 +120,7 @@ RatingRequest LabelDraft::ratingRequest() const
                           .insuranceProvider = {},
                           .isResidential = std::nullopt,
                           .customs = std::nullopt};
-    request.to.company = m_app.sanitizer.sanitize(request.to.company);
+    request.to.company = printedCompany();
     if (carrier == Carrier::fedex) {
         request.insuranceProvider = u"FEDEX"_s; // FedEx's own insurance; USPS parcels use the service's insurance
         request.isResidential = fedexResidential.value();
@@ -137,7 +138,7 @@ CommercialInvoice::Data_ LabelDraft::invoiceData(const QString &service) const
     CommercialInvoice::Data_ invoice;
     invoice.invoiceNumber = reference.value().trimmed();
     invoice.recipient = {.name = to.name,
-                         .company = m_app.sanitizer.sanitize(to.company),
+                         .company = printedCompany(),
                          .street1 = to.street1,
                          .street2 = to.street2,
                          .city = to.city,

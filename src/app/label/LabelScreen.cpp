@@ -150,41 +150,4 @@ std::optional<ShippoRate> LabelScreen::selectedRate() const
     return found == offered.end() ? std::nullopt : std::optional(*found);
 }
 
-QString LabelScreen::ratesHint() const
-{
-    return rates.value().isEmpty() ? formHint() : QString();
-}
-
-QString LabelScreen::transitText(const ShippoRate &rate)
-{
-    if (!rate.estimatedDays)
-        return u"Unknown"_s;
-    return *rate.estimatedDays == 1 ? u"1 day"_s : QString::number(*rate.estimatedDays) + u" days"_s;
-}
-
-QString LabelScreen::nextStepHint() const
-{
-    const auto step = [this]() -> QString {
-        if (buying)
-            return u"buying and printing the label…"_s;
-        if (validating || rating)
-            return u"asking the carrier…"_s;
-        if (busy)
-            return u"printing…"_s;
-        if (!rates.value().isEmpty() && isBuyClosed())
-            return u"rates loaded — Buy opens once Shippo answers about the last label."_s;
-        if (!rates.value().isEmpty())
-            return u"rates loaded — check the rate, then buy."_s;
-        if (!recipientFilled())
-            return u"fill in the recipient."_s;
-        if (!validationOK)
-            return u"validate the address."_s;
-        if (formComplete())
-            return u"get rates."_s;
-        return senderFilled() ? u"add the weight."_s : u"fill in the sender's address in Settings."_s;
-    }();
-    const QString invoice = reference.value().trimmed();
-    return invoice.isEmpty() ? step.left(1).toUpper() + step.mid(1) : u"Invoice "_s + invoice + u" · "_s + step;
-}
-
 } // namespace parcelory

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/label/LabelDraft.h"
+#include "app/label/PreparedPurchase.h"
 #include "app/purchase/CustomsPapers.h"
 #include "app/purchase/PurchaseFlow.h"
 #include "app/purchase/Purchases.h"
@@ -78,10 +79,6 @@ public:
     /// True while it is unknown whether this recipient's last label was bought; buying is disabled until then.
     bool isBuyClosed() const;
 
-    QString ratesHint() const;
-    static QString transitText(const ShippoRate &rate);
-    QString nextStepHint() const;
-
     /// Takes the weight from the scale, but not the weight of a parcel that is already sold.
     void weigh();
     /// Prints the commercial invoice of the current draft.
@@ -106,21 +103,6 @@ public:
     void copyLastTracking();
 
 private:
-    /// Everything that a purchase needs, captured when the clerk pressed the button.
-    struct Purchase {
-        Carrier carrier;
-        ShippoRate rate;
-        ShippoAddress from;
-        ShippoAddress to; ///< as typed
-        Parcel parcel;
-        int edits;       ///< as LabelDraft counts them
-        quint64 weighed; ///< scale readings up to this generation count as sold
-        bool printsInvoice;
-        CommercialInvoice::Data_ invoice;
-        SecondLabelFacts facts;
-        OpenPurchase entry; ///< the journal's entry
-    };
-
     void draftEdited();
     void recipientEdited();
     void invalidateIntlRates();
@@ -134,33 +116,30 @@ private:
     bool takeWeight();
 
     Task<> applyRates(ShippoShipment shipment);
-    void adoptStandardized(const ShippoValidatedAddress &standardized);
     Task<> applyValidation(ShippoAddress typed, ShippoValidatedAddress answer);
     Task<> continueTowardRating();
     Task<bool> reviewPrintedAddress(ShippoShipment shipment);
 
-    Purchase preparePurchase(const ShippoRate &rate) const;
     SecondLabelFacts secondLabelFacts() const;
     void watchForSecondLabel();
     void showSecondLabel(const QString &warning, bool agreed);
     Task<bool> hasTestKey();
     Task<QString> secondLabelWarning(SecondLabelFacts facts, bool testMode);
-    Task<bool> mayBuy(Purchase purchase, bool testMode, QString agreedWarning);
-    Task<> buy(Purchase purchase);
-    Task<std::optional<ShippoTransaction>> lookForLabel(Purchase purchase, QString doubt);
-    void markUnresolved(const Purchase &purchase, const Purchases::Answer &answer);
-    Task<> finishPurchase(Purchase purchase, ShippoTransaction transaction, PapersResult drawn);
-    void showSold(const Purchase &purchase, const PurchaseResult &result);
-    void clearSold(const Purchase &purchase);
+    Task<bool> mayBuy(PreparedPurchase purchase, bool testMode, QString agreedWarning);
+    Task<> buy(PreparedPurchase purchase);
+    void markUnresolved(const PreparedPurchase &purchase, const LookupAnswer &answer);
+    Task<> finishPurchase(PreparedPurchase purchase, std::optional<ShippoTransaction> transaction, PapersResult drawn);
+    void showSold(const PreparedPurchase &purchase, const PurchaseResult &result);
+    void clearSold(const PreparedPurchase &purchase);
     void takeResolved(const ResolvedPurchase &resolved);
 
     static const inline QString draftChanged =
         QStringLiteral("The draft was changed while its address was checked — validate again.");
 
     CustomsPapers m_papers;
-    QHash<qint64, Purchase> m_unresolved; ///< by the journal's id; what was sold if the carrier confirms it
-    quint64 m_soldWeight = 0;             ///< scale generation that the last label was bought with
-    quint64 m_buyTimer = 0;               ///< runs while the Buy button has just changed and takes no press
+    QHash<qint64, PreparedPurchase> m_unresolved; ///< by the journal's id; what was sold if the carrier confirms it
+    quint64 m_soldWeight = 0;                     ///< scale generation that the last label was bought with
+    quint64 m_buyTimer = 0;                       ///< runs while the Buy button has just changed and takes no press
     bool m_purchaseComplete = false;
     bool m_bannerAboutRates = false; ///< the banner is cleared together with the rates
     ShippoAddress m_lastRecipient;

@@ -1,4 +1,5 @@
 #include "app/label/LabelScreen.h"
+#include "app/label/OfferedRates.h"
 #include "carrier/RequestBodies.h"
 #include "carrier/ShippoRecords.h"
 #include "compose/Services.h"
@@ -14,58 +15,11 @@
 #include <QScopeGuard>
 
 #include <algorithm>
-#include <map>
 #include <optional>
 #include <utility>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;
-
-namespace {
-
-bool belongsTo(Carrier carrier, const ShippoRate &rate)
-{
-    if (carrier == Carrier::fedex)
-        return rate.provider.toUpper().contains(u"FEDEX"_s);
-    return rate.provider.compare(u"usps"_s, Qt::CaseInsensitive) == 0;
-}
-
-/// The carrier's own rates, cheapest first; equal prices keep the order in which they came.
-QList<ShippoRate> offeredRates(Carrier carrier, const QList<ShippoRate> &all)
-{
-    std::multimap<double, ShippoRate> byPrice;
-    for (const ShippoRate &rate : all) {
-        if (belongsTo(carrier, rate))
-            byPrice.emplace(decimalOrZero(rate.amount), rate);
-    }
-    QList<ShippoRate> offered;
-    for (const auto &[price, rate] : byPrice)
-        offered.append(rate);
-    return offered;
-}
-
-/// The carrier's own words; other carriers of the account send some, too.
-QString reasonsOf(Carrier carrier, const ShippoShipment &shipment)
-{
-    QStringList reasons;
-    for (const ShippoMessage &message : shipment.messages.value_or(QList<ShippoMessage>())) {
-        const bool isOfCarrier =
-            message.source.value_or(QString()).compare(carrierInfo(carrier).displayName, Qt::CaseInsensitive) == 0;
-        const QString text = message.text.value_or(QString());
-        if (isOfCarrier && !text.isEmpty() && !reasons.contains(text))
-            reasons += text;
-    }
-    return reasons.join(u" • "_s);
-}
-
-QString noRatesText(Carrier carrier)
-{
-    if (carrier == Carrier::fedex)
-        return u"No FedEx rates returned — is your FedEx account connected in the Shippo dashboard?"_s;
-    return u"No USPS rates returned for this shipment."_s;
-}
-
-} // namespace
 
 Task<> LabelScreen::fetchRates(bool intlConfirmed)
 {
@@ -105,7 +59,7 @@ Task<> LabelScreen::applyRates(ShippoShipment shipment)
 {
     const QList<ShippoRate> offered = offeredRates(carrier, shipment.rates);
     if (offered.isEmpty()) {
-        const QString text = joinPresent({noRatesText(carrier), reasonsOf(carrier, shipment)}, u"\n"_s);
+        const QString text = noRatesText(carrier, shipment);
         warn(text);
         m_app.errors.record(u"Get Rates"_s, AppError(text), Popup::no);
         co_return;

@@ -1,6 +1,7 @@
 #include "ui/label/BuyBlock.h"
 #include "app/AppState.h"
 #include "app/label/LabelScreen.h"
+#include "app/label/LabelTexts.h"
 #include "app/settings/KeysScreen.h"
 #include "app/settings/SettingsScreen.h"
 #include "carrier/ShippoRecords.h"
@@ -138,11 +139,11 @@ void BuyBlock::refresh()
     m_summary->setVisible(rate.has_value());
     if (rate) {
         m_service->setFullText(serviceName(rate->servicelevel));
-        m_transit->setText(rate->provider + u" · "_s + LabelScreen::transitText(*rate));
+        m_transit->setText(rate->provider + u" · "_s + LabelTexts::transitText(*rate));
         m_price->setText(u'$' + rate->amount);
-        m_to->setText(breakable(m_screen.printedRecipient().join(u'\n')));
-        m_package->setText(m_screen.weightDisplay() + u" · "_s + m_screen.mailpieceName());
-        m_extras->setText(m_screen.extrasSummary());
+        m_to->setText(breakable(LabelTexts::printedRecipient(m_screen).join(u'\n')));
+        m_package->setText(m_screen.weightDisplay() + u" · "_s + LabelTexts::mailpieceName(m_screen));
+        m_extras->setText(LabelTexts::extrasSummary(m_screen));
         m_printer->setText(printerText());
         m_printer->setInk(m_settings.zebraQueue.value().isEmpty() ? &Tokens::warn : &Tokens::text);
     }

@@ -2,6 +2,7 @@
 
 #include "app/AppState.h"
 #include "app/label/LabelScreen.h"
+#include "app/label/LabelTexts.h"
 #include "compose/Customs.h"
 #include "core/Task.h"
 #include "ui/parts/Accessibility.h"
@@ -65,7 +66,7 @@ void CustomsSection::refresh()
     const QSignalBlocker quiet(m_contents);
     m_contents->setCurrentIndex(m_contents->findData(int(m_screen.customs.value().itemType)));
     m_contents->setToolTip(customsItem(m_screen.customs.value().itemType).summary());
-    m_hint->setText(m_screen.customsHint());
+    m_hint->setText(LabelTexts::customsHint(m_screen));
     enableUnless(m_screen.busy ? notWhileBusy : QString(), m_print, m_value);
     setVisible(m_screen.isInternational());
 }

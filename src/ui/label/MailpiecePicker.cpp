@@ -2,6 +2,7 @@
 
 #include "app/AppState.h"
 #include "app/label/LabelScreen.h"
+#include "app/label/LabelTexts.h"
 #include "compose/Mailpieces.h"
 #include "ui/parts/ComboBox.h"
 #include "ui/theme/Icons.h"
@@ -119,8 +120,8 @@ void MailpiecePicker::showCurrent()
 {
     const QSignalBlocker quiet(this);
     setCurrentIndex(findData(int(m_selections.indexOf(m_screen.mailpiece.value())), numberRole));
-    setFace(m_screen.mailpieceName(), themeIcon(m_screen.mailpieceIcon()));
-    setAccessibleDescription(m_screen.mailpieceName());
+    setFace(LabelTexts::mailpieceName(m_screen), themeIcon(LabelTexts::mailpieceIcon(m_screen)));
+    setAccessibleDescription(LabelTexts::mailpieceName(m_screen));
 }
 
 } // namespace parcelory

@@ -1,6 +1,7 @@
 #include "ui/label/MessageLine.h"
 #include "app/AppState.h"
 #include "app/label/LabelScreen.h"
+#include "app/label/LabelTexts.h"
 #include "ui/parts/Accessibility.h"
 #include "ui/parts/Button.h"
 #include "ui/parts/IconView.h"
@@ -55,7 +56,7 @@ MessageLine::MessageLine(LabelScreen &screen, QWidget *parent)
 void MessageLine::refresh()
 {
     const std::optional<Banner> banner = m_screen.banner;
-    const QString text = banner ? banner->text : m_screen.nextStepHint();
+    const QString text = banner ? banner->text : LabelTexts::nextStepHint(m_screen);
     const bool news = text != m_said;
     m_said = text;
     m_text->setText(breakable(text.size() > longestText ? text.left(longestText) + u'…' : text));

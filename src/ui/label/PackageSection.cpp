@@ -2,6 +2,7 @@
 
 #include "app/AppState.h"
 #include "app/label/LabelScreen.h"
+#include "app/label/LabelTexts.h"
 #include "compose/Services.h"
 #include "ui/label/MailpiecePicker.h"
 #include "ui/parts/Binding.h"
@@ -73,7 +74,7 @@ void PackageSection::refresh()
 {
     m_carrier->choose(int(m_screen.carrier.value()));
     m_size->setVisible(m_screen.sendsOwnDimensions());
-    m_sizeHint->setText(m_screen.sizeHint());
+    m_sizeHint->setText(LabelTexts::sizeHint(m_screen));
     refreshScale();
 }
 

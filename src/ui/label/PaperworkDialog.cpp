@@ -2,6 +2,7 @@
 
 #include "app/AppState.h"
 #include "app/label/LabelScreen.h"
+#include "app/label/LabelTexts.h"
 #include "backoffice/DesklineInvoice.h"
 #include "compose/Customs.h"
 #include "compose/Services.h"
@@ -37,7 +38,7 @@ PaperworkDialog::PaperworkDialog(AppState &app, LabelScreen &screen, QWidget *pa
       m_screen(screen), m_contents(new QButtonGroup(this)), m_value(new LineEdit(u"Declared value, US dollars"_s, 104)),
       m_print(new QCheckBox(u"Print the commercial invoice with the label"_s)), m_refresh([this] { refresh(); })
 {
-    auto *text = new TextLabel(screen.paperworkText(), FontRole::body, &Tokens::muted);
+    auto *text = new TextLabel(LabelTexts::paperworkText(screen), FontRole::body, &Tokens::muted);
     text->setWordWrap(true);
     body()->addWidget(text);
     body()->addWidget(makeContents());

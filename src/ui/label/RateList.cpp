@@ -1,6 +1,7 @@
 #include "ui/label/RateList.h"
 
 #include "app/label/LabelScreen.h"
+#include "app/label/LabelTexts.h"
 #include "carrier/ShippoRecords.h"
 #include "ui/theme/Theme.h"
 #include "ui/theme/Tokens.h"
@@ -115,7 +116,7 @@ void RateList::refill()
     m_rows.clear();
     for (const ShippoRate &rate : m_listed) {
         auto *row = new QStandardItem(serviceName(rate.servicelevel));
-        const QString transit = LabelScreen::transitText(rate);
+        const QString transit = LabelTexts::transitText(rate);
         row->setData(rate.objectId, idRole);
         row->setData(rate.provider + u" · "_s + transit, secondLineRole);
         row->setData(u'$' + rate.amount, priceRole);

@@ -2,6 +2,7 @@
 
 #include "app/AppState.h"
 #include "app/label/LabelScreen.h"
+#include "app/label/LabelTexts.h"
 #include "app/settings/KeysScreen.h"
 #include "app/settings/SettingsScreen.h"
 #include "compose/Services.h"
@@ -139,7 +140,8 @@ void RatesPanel::refresh()
     m_empty->setVisible(count == 0);
 
     const bool complete = m_screen.formComplete();
-    m_empty->set(complete ? u"ui_refresh"_s : u"popup_package"_s, loading ? u"Loading rates…"_s : m_screen.ratesHint());
+    m_empty->set(complete ? u"ui_refresh"_s : u"popup_package"_s,
+                 loading ? u"Loading rates…"_s : LabelTexts::ratesHint(m_screen));
     m_checks->setVisible(!complete);
     const auto tick = [](Notice *row, bool done) {
         row->setLook(done ? u"ui_success"_s : u"ui_pending"_s, done ? &Tokens::ok : &Tokens::muted);

@@ -3,6 +3,7 @@
 #include "app/AppState.h"
 #include "app/addressbook/AddressBook.h"
 #include "app/label/LabelScreen.h"
+#include "app/label/LabelTexts.h"
 #include "core/ShippoAddress.h"
 #include "core/Task.h"
 #include "ui/parts/Accessibility.h"
@@ -109,7 +110,7 @@ void RecipientSection::refresh()
     m_validate->setText(m_screen.validating ? u"Validate Address"_s : u"Validate"_s);
     m_validate->setEnabled(!m_screen.busy);
     m_validate->setKind(m_screen.nextStep() == NextStep::validate ? Button::Kind::solid : Button::Kind::standard);
-    m_marker->setText(m_screen.internationalHint());
+    m_marker->setText(LabelTexts::internationalHint(m_screen));
     m_abroad->setVisible(m_screen.isInternational());
     refreshKeeping();
 }

@@ -2,6 +2,7 @@
 
 #include "app/AppState.h"
 #include "app/label/LabelScreen.h"
+#include "app/label/LabelTexts.h"
 #include "records/SenderProfile.h"
 #include "ui/parts/Button.h"
 #include "ui/parts/ComboBox.h"
@@ -46,7 +47,7 @@ void SenderSection::refresh()
     }
     m_profile->offer(profiles, current ? QVariant(current->id) : QVariant());
     m_address->setFullText(current ? current->address.oneLine() : QString());
-    const QString hint = m_screen.senderHint();
+    const QString hint = LabelTexts::senderHint(m_screen);
     m_hint->setText(hint);
     m_missing->setVisible(!hint.isEmpty());
 }

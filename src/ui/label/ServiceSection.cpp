@@ -2,6 +2,7 @@
 
 #include "app/AppState.h"
 #include "app/label/LabelScreen.h"
+#include "app/label/LabelTexts.h"
 #include "compose/Services.h"
 #include "ui/parts/Binding.h"
 #include "ui/parts/ComboBox.h"
@@ -44,7 +45,7 @@ void ServiceSection::refresh()
     m_class->offer(classes, int(m_screen.effectiveClass()));
     const bool locked = m_screen.flatRateLocked();
     m_class->setEnabled(!locked);
-    m_class->setFace(m_screen.classHint(), themeIcon(u"ui_lock"_s));
+    m_class->setFace(LabelTexts::classHint(m_screen), themeIcon(u"ui_lock"_s));
     if (const QDate today = m_app.platform.clock.now().date(); m_date->minimumDate() != today)
         m_date->setMinimumDate(today);
     m_date->showDate(m_screen.shipDate);
@@ -80,7 +81,7 @@ void ExtrasSection::refresh()
         options.append({info.label, int(offered), info.icon});
     }
     m_option->offer(options, int(m_screen.service.value()));
-    m_warning->setText(m_screen.signatureWarning());
+    m_warning->setText(LabelTexts::signatureWarning(m_screen));
 }
 
 } // namespace parcelory

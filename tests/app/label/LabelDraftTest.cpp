@@ -13,6 +13,7 @@
 #include "support/Printing.h"
 #include "support/RunTask.h"
 
+#include "app/label/LabelTexts.h"
 #include <gmock/gmock.h>
 
 #include <functional>
@@ -30,7 +31,7 @@ TEST_F(LabelDraftTest, IsCompleteOnlyWithSenderRecipientAndWeight)
 {
     composeParcel(homeAddress());
     EXPECT_TRUE(screen().formComplete());
-    EXPECT_EQ(screen().ratesHint(), u"Enter the package details, then get rates."_s);
+    EXPECT_EQ(LabelTexts::ratesHint(screen()), u"Enter the package details, then get rates."_s);
     for (QString ShippoAddress::*field :
          {&ShippoAddress::name, &ShippoAddress::street1, &ShippoAddress::city, &ShippoAddress::zip}) {
         ShippoAddress to = homeAddress();
@@ -41,13 +42,13 @@ TEST_F(LabelDraftTest, IsCompleteOnlyWithSenderRecipientAndWeight)
     composeParcel(homeAddress());
     screen().weightLb = u"a pound"_s;
     EXPECT_FALSE(screen().formComplete());
-    EXPECT_EQ(screen().ratesHint(), u"Need a sender address, recipient, and weight before rating."_s);
+    EXPECT_EQ(LabelTexts::ratesHint(screen()), u"Need a sender address, recipient, and weight before rating."_s);
     screen().weightOz = u" .5 "_s;
     EXPECT_TRUE(screen().formComplete());
     const SenderProfile added = app->senders.add(); // a country alone is not an address
     screen().senderID = added.id;
     EXPECT_FALSE(screen().formComplete());
-    EXPECT_EQ(screen().senderHint(), u"This profile has no address yet — fill it in under Settings."_s);
+    EXPECT_EQ(LabelTexts::senderHint(screen()), u"This profile has no address yet — fill it in under Settings."_s);
 }
 
 TEST_F(LabelDraftTest, KeepsTheClassFittingToCarrierAndDestination)
@@ -63,9 +64,9 @@ TEST_F(LabelDraftTest, KeepsTheClassFittingToCarrierAndDestination)
     app->draftTo = homeAddress();
     EXPECT_EQ(screen().svcClass.value(), ServiceClass::fedex2Day);
     screen().service = ServiceOption::fedexIndirect;
-    EXPECT_FALSE(screen().signatureWarning().isEmpty());
+    EXPECT_FALSE(LabelTexts::signatureWarning(screen()).isEmpty());
     screen().svcClass = ServiceClass::fedexHomeDelivery;
-    EXPECT_TRUE(screen().signatureWarning().isEmpty());
+    EXPECT_TRUE(LabelTexts::signatureWarning(screen()).isEmpty());
     screen().carrier = Carrier::usps;
     EXPECT_EQ(screen().svcClass.value(), ServiceClass::priority);
 }
@@ -74,26 +75,26 @@ TEST_F(LabelDraftTest, TakesSizesFromBoxesAndForgetsThemWithTheBox)
 {
     screen().mailpiece = PresetMailpiece{u"uline-s-5632"_s};
     EXPECT_EQ(screen().dimWidth.value(), u"7.25"_s);
-    EXPECT_EQ(screen().sizeHint(), u"in (from Bubble Mailer #1 - S-5632)"_s);
+    EXPECT_EQ(LabelTexts::sizeHint(screen()), u"in (from Bubble Mailer #1 - S-5632)"_s);
     BoxProfile box = app->boxes.add();
     box.name = u"ULINE S-4344"_s;
     box.length = u"12"_s;
     app->boxes.profiles = QList{box};
     screen().mailpiece = box.id;
     EXPECT_EQ(screen().dimLength.value(), u"12"_s);
-    EXPECT_EQ(screen().mailpieceName(), u"ULINE S-4344"_s);
+    EXPECT_EQ(LabelTexts::mailpieceName(screen()), u"ULINE S-4344"_s);
     box.length = u"30"_s;
     app->boxes.profiles = QList{box};
     EXPECT_EQ(screen().dimLength.value(), u"30"_s); // edited in Settings while in use
     app->boxes.remove(box.id);
-    EXPECT_EQ(screen().mailpieceName(), u"Package"_s);
+    EXPECT_EQ(LabelTexts::mailpieceName(screen()), u"Package"_s);
     EXPECT_EQ(screen().dimLength.value(), u""_s);
-    EXPECT_EQ(screen().sizeHint(), u"in (required)"_s);
+    EXPECT_EQ(LabelTexts::sizeHint(screen()), u"in (required)"_s);
     screen().mailpiece = BuiltinMailpiece::mediumFlatRateBox;
     EXPECT_TRUE(screen().flatRateLocked());
-    EXPECT_EQ(screen().classHint(), u"Flat Rate ships Priority Mail"_s);
+    EXPECT_EQ(LabelTexts::classHint(screen()), u"Flat Rate ships Priority Mail"_s);
     screen().carrier = Carrier::fedex; // FedEx has no flat-rate box
-    EXPECT_EQ(screen().mailpieceName(), u"Package"_s);
+    EXPECT_EQ(LabelTexts::mailpieceName(screen()), u"Package"_s);
 }
 
 TEST_F(LabelDraftTest, TakesAFilledRecipientEveryTimeItIsPushed)
@@ -197,16 +198,16 @@ TEST_F(LabelDraftTest, HintsSayWhatIsMissing)
 {
     composeParcel(homeAddress());
     screen().validationOK = true;
-    EXPECT_EQ(screen().nextStepHint(), u"Get rates."_s);
+    EXPECT_EQ(LabelTexts::nextStepHint(screen()), u"Get rates."_s);
     screen().weightLb = QString();
-    EXPECT_EQ(screen().nextStepHint(), u"Add the weight."_s);
+    EXPECT_EQ(LabelTexts::nextStepHint(screen()), u"Add the weight."_s);
     SenderProfile empty = app->senders.profiles.value().first();
     empty.address = {};
     app->senders.profiles = QList{empty};
     screen().weightLb = u"1"_s;
-    EXPECT_EQ(screen().nextStepHint(), u"Fill in the sender's address in Settings."_s);
+    EXPECT_EQ(LabelTexts::nextStepHint(screen()), u"Fill in the sender's address in Settings."_s);
     screen().busy = true; // a document prints: no rates are on their way
-    EXPECT_EQ(screen().nextStepHint(), u"Printing…"_s);
+    EXPECT_EQ(LabelTexts::nextStepHint(screen()), u"Printing…"_s);
     screen().busy = false;
 
     BoxProfile box;
@@ -215,7 +216,7 @@ TEST_F(LabelDraftTest, HintsSayWhatIsMissing)
     box.height = u"8"_s;
     app->boxes.profiles = QList{box};
     screen().mailpiece = box.id;
-    EXPECT_EQ(screen().mailpieceName(), u"Box 12×10×8\""_s);
+    EXPECT_EQ(LabelTexts::mailpieceName(screen()), u"Box 12×10×8\""_s);
 }
 
 } // namespace parcelory::test

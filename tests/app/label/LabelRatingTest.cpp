@@ -9,6 +9,7 @@
 #include "support/LabelDesk.h"
 #include "support/Printing.h"
 
+#include "app/label/LabelTexts.h"
 #include <gmock/gmock.h>
 
 #include <utility>
@@ -126,7 +127,7 @@ TEST_F(LabelRatingTest, OpensThePaperworkSheetBeforeAnInternationalRating)
     run(screen().fetchRates());
     EXPECT_TRUE(screen().showIntlPaperwork.value());
     EXPECT_EQ(requestsTo("/shipments"), 0);
-    EXPECT_TRUE(screen().paperworkText().contains(u"Harriet Ashcombe"_s));
+    EXPECT_TRUE(LabelTexts::paperworkText(screen()).contains(u"Harriet Ashcombe"_s));
     run(screen().fetchRates(true));
     EXPECT_FALSE(screen().showIntlPaperwork.value());
     EXPECT_EQ(screen().selectedRate()->servicelevel.token, u"usps_priority_mail_international"_s);
@@ -161,7 +162,7 @@ TEST_F(LabelRatingTest, KeepsTheCarriersOwnRatesCheapestFirstAndEqualOnesInOrder
         ids += rate.objectId;
     EXPECT_EQ(ids, (QStringList{u"c"_s, u"a"_s, u"d"_s}));
     EXPECT_EQ(screen().selectedRateID.value(), u"c"_s) << "the cheaper one of the wanted class";
-    EXPECT_EQ(LabelScreen::transitText(screen().rates.value().first()), u"Unknown"_s);
+    EXPECT_EQ(LabelTexts::transitText(screen().rates.value().first()), u"Unknown"_s);
 
     screen().svcClass = ServiceClass::fedexFirstOvernight; // the rates stay valid, only the choice changes
     EXPECT_FALSE(screen().selectedRate());

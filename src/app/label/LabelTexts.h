@@ -1,0 +1,37 @@
+#pragma once
+
+#include <QStringList>
+
+namespace parcelory {
+
+class LabelDraft;
+class LabelScreen;
+struct ShippoRate;
+
+/// What the New Label screen says about its draft; empty if there is nothing to show.
+namespace LabelTexts {
+
+QString mailpieceName(const LabelDraft &draft);
+/// The icon's name.
+QString mailpieceIcon(const LabelDraft &draft);
+QString sizeHint(const LabelDraft &draft);
+QString classHint(const LabelDraft &draft);
+QString signatureWarning(const LabelDraft &draft);
+QString senderHint(const LabelDraft &draft);
+QString internationalHint(const LabelDraft &draft);
+QString customsHint(const LabelDraft &draft);
+QString paperworkText(const LabelDraft &draft);
+/// What keeps the form from being complete, or the next thing to do.
+QString formHint(const LabelDraft &draft);
+/// The recipient's lines as the label will show them.
+QStringList printedRecipient(const LabelDraft &draft);
+QString extrasSummary(const LabelDraft &draft);
+/// In place of the rates.
+QString ratesHint(const LabelScreen &screen);
+QString nextStepHint(const LabelScreen &screen);
+/// "2 days"
+QString transitText(const ShippoRate &rate);
+
+} // namespace LabelTexts
+
+} // namespace parcelory
