@@ -84,10 +84,8 @@ Task<Shipped> ship(AppState &app, LabelScreen &screen, PracticeScale &scale, Pra
         co_await screen.buyAndPrint();
     }
     say(u"  "_s + bannerText(screen));
-    const std::optional<Banner> banner = screen.banner;
-    result.done =
-        banner && banner->ok && banner->text.startsWith(u"Success!"_s) && !banner->text.contains(u" failed: "_s);
-    const QString reason = banner ? banner->text : screen.validationStatus.value();
+    result.done = screen.lastLabel.value() && screen.purchaseComplete(); // composing the order has cleared lastLabel
+    const QString reason = screen.banner.value() ? bannerText(screen) : screen.validationStatus.value();
     result.label = result.done ? app.lastShipmentSummary.value() : reason;
     co_return result;
 }

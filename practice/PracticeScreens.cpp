@@ -193,7 +193,7 @@ Task<> Gallery::drawAddressBook()
     co_await save(u"address-book-nothing-found"_s);
     view.pane().query = QString();
     book.importing = true; // as an import of many addresses shows it
-    book.status = u"Parsing vCard… 41000"_s;
+    book.setStatus(StatusKind::progress, u"Parsing vCard… 41000"_s);
     co_await clock().sleep(1400ms);
     co_await save(u"address-book-import"_s);
     book.importing = false;

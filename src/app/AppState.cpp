@@ -86,7 +86,7 @@ void AppState::signOut()
     flow = AppFlow::login;
     signedInUser = QString();
     loginError = std::nullopt;
-    scanStatus = QString();
+    setScanStatus(StatusKind::none, QString());
     scannedInvoice = std::nullopt; // the next clerk did not request it
     auth.clear();
     spawn([this] { return credentials.forget(); });
@@ -116,7 +116,13 @@ Task<> AppState::syncRefundStatuses()
 
 void AppState::reportScanNoise(const QString &heard)
 {
-    scanStatus = u"Scanner heard “"_s + firstCharacters(heard, 40) + u"” — not an invoice QR."_s;
+    setScanStatus(StatusKind::failure, u"Scanner heard “"_s + firstCharacters(heard, 40) + u"” — not an invoice QR."_s);
+}
+
+void AppState::setScanStatus(StatusKind kind, const QString &text)
+{
+    scanStatus = text;
+    scanStatusKind = kind;
 }
 
 } // namespace parcelory

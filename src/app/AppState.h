@@ -10,6 +10,7 @@
 #include "core/Observable.h"
 #include "core/Platform.h"
 #include "core/PostalContact.h"
+#include "core/StatusKind.h"
 #include "devices/LabelPrinter.h"
 #include "devices/PrintWatch.h"
 #include "devices/ScanWedgeListener.h"
@@ -82,8 +83,9 @@ public:
     Observed<int> draftFillCount{this, 0};
     ShippoAddress replacedRecipient; ///< the recipient that the last fill replaced
 
-    Observed<bool> scanBusy{this, false};                          ///< an invoice is being read
-    Observed<QString> scanStatus{this};                            ///< scanner and invoice status line
+    Observed<bool> scanBusy{this, false}; ///< an invoice is being read
+    Observed<QString> scanStatus{this};   ///< scanner and invoice status line
+    Observed<StatusKind> scanStatusKind{this, StatusKind::none};
     Observed<std::optional<DesklineInvoice>> scannedInvoice{this}; ///< the last invoice read
 
     CompanySanitizer sanitizer;
@@ -132,6 +134,7 @@ public:
     QSet<QString> refundsUnderWay;
     QDateTime lastRefundSync; ///< invalid: never
 
+    void setScanStatus(StatusKind kind, const QString &text);
     /// Shows the clerk scanned text that is not an invoice code.
     void reportScanNoise(const QString &heard);
 

@@ -58,6 +58,19 @@ struct LabelDesk : CarrierDesk {
         composeParcel(to);
         run(screen().fetchRates(true));
     }
+    Purchases &purchases() { return screen().purchases; }
+    void checkAgain()
+    {
+        run(purchases().checkAgain());
+        runUntil([this] { return !purchases().checking; }); // a check may have started by itself
+    }
+    /// For TearDown: a lookup in progress would otherwise leak.
+    void endLookups()
+    {
+        runUntil([this] { return !screenOwner || !purchases().checking; });
+        workPool().waitForDone();
+        settle();
+    }
     int requestsTo(const QByteArray &prefix)
     {
         int count = 0;

@@ -97,6 +97,14 @@ inline UpdatePhase other(UpdatePhase)
 {
     return UpdatePhase::downloading;
 }
+inline StatusKind other(StatusKind)
+{
+    return StatusKind::failure;
+}
+inline KeptRecipient other(const KeptRecipient &)
+{
+    return {homeAddress(), true, u"Recipient saved to the address book."_s};
+}
 inline DraftField other(DraftField)
 {
     return DraftField::weight;

@@ -47,10 +47,10 @@ const std::unordered_map<std::type_index, Change> &changes()
 {
     static const auto table =
         changesOf<bool, int, double, qint64, QString, QByteArray, QDate, QUuid, AppFlow, MainTab, Carrier, ServiceClass,
-                  ServiceOption, PostageMode, UpdatePhase, DraftField, MailpieceSelection, Banner, PrinterMessage,
-                  UpdateInfo, KeyRow, ShippoRate, ShipmentRecord, LastLabel, DesklineInvoice, ScanForm, MasterEntry,
-                  PostalContact, ShippoAddress, CustomsInfo, SenderProfile, BoxProfile, UnresolvedPurchase,
-                  ResolvedPurchase>();
+                  ServiceOption, PostageMode, UpdatePhase, StatusKind, KeptRecipient, DraftField, MailpieceSelection,
+                  Banner, PrinterMessage, UpdateInfo, KeyRow, ShippoRate, ShipmentRecord, LastLabel, DesklineInvoice,
+                  ScanForm, MasterEntry, PostalContact, ShippoAddress, CustomsInfo, SenderProfile, BoxProfile,
+                  UnresolvedPurchase, ResolvedPurchase>();
     return table;
 }
 

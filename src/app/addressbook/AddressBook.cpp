@@ -36,8 +36,13 @@ QString orKnown(const QString &value, const QString &known)
 AddressBook::AddressBook(AppState &app) : m_app(app)
 {
     connect(&app, &AppState::recipientToKeep, this,
-            [this](const ShippoAddress &recipient) { spawn([=, this] { return keep(recipient, true); }); });
+            [this](const ShippoAddress &recipient) { spawn([=, this] { return keep(recipient); }); });
     connect(this, &AddressBook::contactsChanged, this, &AddressBook::changed);
+    m_draftWatch = app.draftTo.addNotifier([this] {
+        const ShippoAddress draft = m_app.draftTo;
+        if (kept.value() && !draft.isEmpty() && draft != kept.value()->recipient)
+            kept = std::nullopt;
+    });
 }
 
 Task<> AddressBook::load()
@@ -57,13 +62,20 @@ Task<> AddressBook::load()
         co_return;
     m_contacts = std::move(book.contacts);
     m_filter = std::move(book.filter);
+    loaded = true;
     emit contactsChanged();
 }
 
 Task<> AddressBook::reload()
 {
     co_await load();
-    status = QString::number(m_contacts.size()) + u" addresses"_s;
+    setStatus(StatusKind::none, QString::number(m_contacts.size()) + u" addresses"_s);
+}
+
+void AddressBook::setStatus(StatusKind kind, const QString &text)
+{
+    status = text;
+    statusKind = kind;
 }
 
 /// Writes on the pool and reads the book again. False, with the reason as status, if the write failed.
@@ -72,7 +84,7 @@ Task<bool> AddressBook::write(Write change)
     const QString reason =
         co_await onPool([&store = m_app.addressBook, change] { return change(store) ? QString() : store.lastError(); });
     if (!reason.isEmpty()) {
-        status = u"The address book could not be written — "_s + reason + u'.';
+        setStatus(StatusKind::failure, u"The address book could not be written — "_s + reason + u'.');
         co_return false;
     }
     deleted = std::nullopt;
@@ -84,7 +96,7 @@ Task<bool> AddressBook::save(PostalContact contact)
 {
     const bool written = co_await write([contact](LocalAddressStore &store) { return store.upsert(contact); });
     if (written)
-        status = u"Saved "_s + contact.name;
+        setStatus(StatusKind::success, u"Saved "_s + contact.name);
     co_return written;
 }
 
@@ -94,7 +106,7 @@ Task<> AddressBook::remove(PostalContact contact)
     if (!written)
         co_return;
     deleted = contact;
-    status = u"Address deleted."_s;
+    setStatus(StatusKind::success, u"Address deleted."_s);
 }
 
 Task<> AddressBook::undoRemove()
@@ -104,8 +116,9 @@ Task<> AddressBook::undoRemove()
         co_await save(*contact);
 }
 
-Task<> AddressBook::keep(ShippoAddress recipient, bool quietly)
+Task<> AddressBook::keep(ShippoAddress recipient)
 {
+    kept = std::nullopt;
     PostalContact contact = PostalContact::of(recipient);
     const QString key = personKey(contact.name, contact.street1, contact.zip);
     const auto known = std::ranges::find_if(m_contacts, [&key](const PostalContact &entry) {
@@ -120,8 +133,11 @@ Task<> AddressBook::keep(ShippoAddress recipient, bool quietly)
             contact.company = known->company; // only labels use the sanitized company
     }
     const bool written = co_await write([contact](LocalAddressStore &store) { return store.upsert(contact); });
-    if (written && !quietly)
-        status = u"Recipient saved to the address book."_s;
+    if (written)
+        setStatus(StatusKind::success, u"Recipient saved to the address book."_s);
+    const ShippoAddress draft = m_app.draftTo;
+    if (draft.isEmpty() || draft == recipient) // otherwise the clerk has begun the next parcel
+        kept = KeptRecipient{recipient, written, status};
 }
 
 AddressBookPane::AddressBookPane(AppState &app, AddressBook &book)
@@ -153,7 +169,7 @@ std::optional<PostalContact> AddressBookPane::selected() const
 void AddressBookPane::choose(const PostalContact &contact)
 {
     m_app.fillRecipient(contact);
-    m_book.status = u"Filled label for "_s + contact.name;
+    m_book.setStatus(StatusKind::success, u"Filled label for "_s + contact.name);
 }
 
 } // namespace parcelory

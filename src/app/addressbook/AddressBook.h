@@ -3,6 +3,7 @@
 #include "addressbook/AddressFilter.h"
 #include "app/AppState.h"
 #include "core/Observable.h"
+#include "core/StatusKind.h"
 #include "core/Task.h"
 
 #include <QObject>
@@ -12,6 +13,15 @@
 
 namespace parcelory {
 
+/// The outcome of saving a label's recipient.
+struct KeptRecipient {
+    ShippoAddress recipient;
+    bool isWritten = false;
+    QString text;
+
+    bool operator==(const KeptRecipient &) const = default;
+};
+
 /// The desk's address book for the screens: the whole list in memory, and the operations that change it. All panes
 /// share it; it lives as long as AppState.
 class AddressBook : public Observable {
@@ -19,7 +29,10 @@ class AddressBook : public Observable {
 public:
     explicit AddressBook(AppState &app);
 
-    Observed<QString> status{this}; ///< result of the last operation, or progress of an import
+    Observed<QString> status{this};                          ///< result of the last operation, or progress of an import
+    Observed<StatusKind> statusKind{this, StatusKind::none}; ///< none: only the number of addresses
+    Observed<bool> loaded{this, false};
+    Observed<std::optional<KeptRecipient>> kept{this}; ///< until the draft is for somebody else
     Observed<bool> importing{this, false};
     Observed<std::optional<PostalContact>> deleted{this}; ///< the last deleted contact, until the next change
 
@@ -33,9 +46,9 @@ public:
     Task<bool> save(PostalContact contact);
     Task<> remove(PostalContact contact);
     Task<> undoRemove();
-    /// Saves a label's recipient, or updates the contact with the same name, street and ZIP. If `quietly`, success is
-    /// not shown as status.
-    Task<> keep(ShippoAddress recipient, bool quietly);
+    /// Saves a label's recipient, or updates the contact with the same name, street and ZIP; the outcome is in `kept`.
+    Task<> keep(ShippoAddress recipient);
+    void setStatus(StatusKind kind, const QString &text);
 
     /// Imports Endicia's address list from Endicia's folder, or else from a file that the clerk picks.
     Task<> importEndicia();
@@ -62,6 +75,7 @@ private:
     QList<PostalContact> m_contacts;
     AddressFilter m_filter;
     int m_loads = 0; ///< number of loads started
+    QPropertyNotifier m_draftWatch;
     CancelToken m_cancel;
 };
 

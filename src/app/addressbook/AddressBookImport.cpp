@@ -17,13 +17,13 @@ using namespace Qt::StringLiterals;
 Progress AddressBook::followImport(QString reading)
 {
     m_cancel = {};
-    status = reading;
+    setStatus(StatusKind::progress, reading);
     return Progress(m_cancel, [this, reading, cancel = m_cancel](qint64 addresses, qint64) {
         QMetaObject::invokeMethod(
             this,
             [this, reading, addresses, cancel] {
                 if (importing && !cancel.isCanceled())
-                    status = reading + u' ' + QString::number(addresses);
+                    setStatus(StatusKind::progress, reading + u' ' + QString::number(addresses));
             },
             Qt::QueuedConnection);
     });
@@ -37,7 +37,7 @@ Task<> AddressBook::importFrom(Reader reader, QString reading)
             co_await onPool([reader, progress = followImport(reading)] { return reader(progress); });
         co_await mergeAll(contacts);
     } catch (const AppError &error) {
-        status = error.description();
+        setStatus(StatusKind::failure, error.description());
     }
 }
 
@@ -46,9 +46,9 @@ Task<> AddressBook::mergeAll(QList<PostalContact> contacts)
     const LocalAddressStore::Merged merged = co_await onPool(m_app.addressBook, &LocalAddressStore::merge, contacts);
     deleted = std::nullopt;
     co_await load();
-    status = u"Imported %1 addresses (%2 duplicates skipped) — %3 total."_s.arg(merged.imported)
-                 .arg(merged.skipped)
-                 .arg(m_contacts.size());
+    setStatus(StatusKind::success, u"Imported %1 addresses (%2 duplicates skipped) — %3 total."_s.arg(merged.imported)
+                                       .arg(merged.skipped)
+                                       .arg(m_contacts.size()));
 }
 
 Task<> AddressBook::importEndicia()
@@ -86,10 +86,10 @@ Task<> AddressBook::importContacts()
     importing = true;
     const auto done = qScopeGuard([this] { importing = false; });
     m_cancel = {};
-    status = u"Asking macOS for Contacts access…"_s;
+    setStatus(StatusKind::progress, u"Asking macOS for Contacts access…"_s);
     const bool allowed = co_await m_app.appleContacts.requestAccess();
     if (!allowed) {
-        status = u"Contacts access denied — grant it in System Settings → Privacy → Contacts."_s;
+        setStatus(StatusKind::failure, u"Contacts access denied — grant it in System Settings → Privacy → Contacts."_s);
         co_return;
     }
     try {
@@ -97,7 +97,7 @@ Task<> AddressBook::importContacts()
             co_await m_app.appleContacts.all(followImport(u"Reading Apple Contacts…"_s));
         co_await mergeAll(contacts);
     } catch (const AppError &error) {
-        status = error.description();
+        setStatus(StatusKind::failure, error.description());
     }
 }
 

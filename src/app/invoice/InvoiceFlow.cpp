@@ -21,7 +21,8 @@ void InvoiceFlow::handleScan(const QString &text)
         return;
     const auto id = DesklineInvoiceFetcher::invoiceID(text, m_app.platform.deployment.shortLinkHost);
     if (!id) {
-        m_app.scanStatus = DesklineInvoiceError(DesklineInvoiceError::Kind::badCode, text).description();
+        m_app.setScanStatus(StatusKind::failure,
+                            DesklineInvoiceError(DesklineInvoiceError::Kind::badCode, text).description());
         return;
     }
     spawn([this, id = *id] { return read(id); });
@@ -31,7 +32,7 @@ Task<> InvoiceFlow::read(QString id)
 {
     const auto isSignedOut = staleCheck(m_app.session);
     m_app.scanBusy = true;
-    m_app.scanStatus = u"Loading invoice "_s + id + u" from deskline…"_s;
+    m_app.setScanStatus(StatusKind::progress, u"Loading invoice "_s + id + u" from deskline…"_s);
     const auto done = qScopeGuard([this] { m_app.scanBusy = false; });
     try {
         const DesklineInvoice invoice = co_await m_app.invoices.fetch(id);
@@ -39,12 +40,13 @@ Task<> InvoiceFlow::read(QString id)
             co_return; // signed out meanwhile
         m_app.scannedInvoice = invoice;
         m_app.fillFromInvoice(invoice);
-        m_app.scanStatus = u"Invoice "_s + id + u": "_s + invoice.buyerName + u" — label filled."_s;
+        m_app.setScanStatus(StatusKind::success,
+                            u"Invoice "_s + id + u": "_s + invoice.buyerName + u" — label filled."_s);
         co_await showAttention(invoice);
     } catch (const AppError &error) {
         if (isSignedOut())
             co_return;
-        m_app.scanStatus = error.description();
+        m_app.setScanStatus(StatusKind::failure, error.description());
         m_app.errors.record(u"Deskline Invoice "_s + id, error, Popup::no);
         co_return;
     }

@@ -17,8 +17,8 @@
 #include "ui/theme/Tokens.h"
 
 #include <QCheckBox>
-#include <QPointer>
 
+#include <optional>
 #include <utility>
 
 namespace parcelory {
@@ -72,6 +72,7 @@ RecipientSection::RecipientSection(AppState &app, AddressBook &book, LabelScreen
     m_validate->setToolTip(u"Validate Address"_s);
     connect(m_validate, &QPushButton::clicked, this, &RecipientSection::validateRequested);
     m_refresh.follow(screen);
+    m_refresh.follow(book);
     refresh();
 }
 
@@ -81,23 +82,8 @@ void RecipientSection::addKeeping()
     addRow()->add(m_keep)->add(m_save)->fill();
     addBelowFields(m_outcome);
     connect(m_keep, &QCheckBox::toggled, this, [this](bool on) { m_screen.keepRecipient = on; });
-    connect(m_save, &QPushButton::clicked, this, [this] { spawn([this] { return save(); }); });
-}
-
-Task<> RecipientSection::save()
-{
-    const QPointer<RecipientSection> self = this;
-    const ShippoAddress recipient = m_app.draftTo;
-    co_await m_book.keep(recipient, false);
-    if (!self)
-        co_return;
-    self->m_saved = recipient;
-    const QString outcome = self->m_book.status;
-    const bool written = outcome == u"Recipient saved to the address book.";
-    self->m_outcome->setLook(written ? u"ui_success"_s : u"ui_error"_s, written ? &Tokens::ok : &Tokens::bad);
-    self->m_outcome->setText(outcome);
-    self->refresh();
-    announce(self->m_outcome);
+    connect(m_save, &QPushButton::clicked, this,
+            [this] { spawn([&book = m_book, recipient = m_app.draftTo.value()] { return book.keep(recipient); }); });
 }
 
 void RecipientSection::refresh()
@@ -120,8 +106,15 @@ void RecipientSection::refreshKeeping()
     const ShippoAddress recipient = m_app.draftTo;
     m_keep->setChecked(m_screen.keepRecipient);
     enable(m_save, !(recipient.name + recipient.street1).isEmpty(), m_keep);
-    if (recipient != m_saved)
-        m_outcome->setText({}); // it applies to the address before the edit
+    const std::optional<KeptRecipient> kept = m_book.kept;
+    if (kept == m_shownKept)
+        return;
+    m_shownKept = kept;
+    const bool isWritten = kept && kept->isWritten;
+    m_outcome->setLook(isWritten ? u"ui_success"_s : u"ui_error"_s, isWritten ? &Tokens::ok : &Tokens::bad);
+    m_outcome->setText(kept ? kept->text : QString());
+    if (kept)
+        announce(m_outcome);
 }
 
 LineEdit *RecipientSection::field(DraftField which) const

@@ -9,6 +9,8 @@
 #include "ui/parts/RefreshScheduler.h"
 #include "ui/parts/TextLabel.h"
 
+#include <optional>
+
 class QCheckBox;
 
 namespace parcelory {
@@ -26,7 +28,6 @@ signals:
 
 private:
     void addKeeping();
-    Task<> save();
     void refresh();
     void refreshKeeping();
 
@@ -40,8 +41,8 @@ private:
     Notice *m_marker;
     QCheckBox *m_keep;
     Button *m_save;
-    Notice *m_outcome; ///< of saving m_saved
-    ShippoAddress m_saved;
+    Notice *m_outcome;
+    std::optional<KeptRecipient> m_shownKept;
     RefreshScheduler m_refresh;
 };
 

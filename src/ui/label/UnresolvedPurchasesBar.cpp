@@ -16,6 +16,7 @@
 #include <QPointer>
 #include <QVBoxLayout>
 
+#include <algorithm>
 #include <utility>
 
 namespace parcelory {
@@ -39,11 +40,16 @@ UnresolvedPurchasesBar::UnresolvedPurchasesBar(LabelScreen &screen, QWidget *par
     refresh();
 }
 
+/// A lookup in vain changes no row, so that a button keeps the focus.
 void UnresolvedPurchasesBar::refresh()
 {
-    const auto state = std::pair(m_purchases.unresolved.value(), m_purchases.resolved.value());
-    if (state != m_shown) {
-        m_shown = state;
+    QList<Row> rows;
+    for (const UnresolvedPurchase &purchase : m_purchases.unresolved.value())
+        rows.append(rowOf(purchase));
+    for (const ResolvedPurchase &purchase : m_purchases.resolved.value())
+        rows.append(rowOf(purchase));
+    if (rows != m_shown) {
+        m_shown = rows;
         rebuild();
     }
     const QString obstacle = m_purchases.checking ? beingAsked : m_screen.busy ? notWhileBusy : QString();
@@ -52,56 +58,88 @@ void UnresolvedPurchasesBar::refresh()
     setVisible(m_list);
 }
 
+UnresolvedPurchasesBar::Row UnresolvedPurchasesBar::rowOf(const UnresolvedPurchase &purchase) const
+{
+    const ShipmentRecord &record = purchase.purchase.record;
+    const QString state =
+        record.transactionID.isEmpty() ? u"Outcome unknown: "_s : u"Not complete yet: "_s; // the carrier assigned an id
+    Row row{.id = purchase.purchase.id,
+            .text = state + PurchaseTexts::title(record) + u". "_s + purchase.text,
+            .look = Look::pending,
+            .actions = {Action::checkAgain}};
+    if (purchase.isInconclusive && !purchase.isUnlogged) // asking further may not help
+        row.actions += {Action::notBought, Action::haveLabel};
+    return row;
+}
+
+UnresolvedPurchasesBar::Row UnresolvedPurchasesBar::rowOf(const ResolvedPurchase &purchase) const
+{
+    Row row{.id = purchase.id, .text = purchase.text, .look = purchase.isBought ? Look::bought : Look::notBought};
+    if (purchase.isBought)
+        row.actions += purchase.isPrinted ? Action::printAgain : Action::printLabel;
+    row.actions += Action::dismiss;
+    return row;
+}
+
 void UnresolvedPurchasesBar::rebuild()
 {
     m_checks.clear();
     if (m_list)
         m_list->deleteLater();
     m_list = nullptr;
-    if (m_shown.first.isEmpty() && m_shown.second.isEmpty())
+    if (m_shown.isEmpty())
         return;
     m_list = new QWidget;
     auto *rows = new QVBoxLayout(m_list);
     rows->setContentsMargins(0, 0, 0, 0);
     rows->setSpacing(2);
     m_rows->addWidget(m_list);
-    for (const UnresolvedPurchase &purchase : std::as_const(m_shown.first)) {
-        auto *check = new Button(u"Check again"_s, Button::Kind::standard, u"ui_refresh"_s);
-        m_checks.append(check);
-        connect(check, &QPushButton::clicked, this, [this] { spawn([this] { return m_purchases.checkAgain(); }); });
-        const ShipmentRecord &record = purchase.purchase.record;
-        const QString state = record.transactionID.isEmpty() ? u"Outcome unknown: "_s
-                                                             : u"Not complete yet: "_s; // the carrier assigned an id
-        QList<QWidget *> buttons{check};
-        if (purchase.isInconclusive && !purchase.isUnlogged) { // asking further may not help
-            const std::pair<QString, Purchases::ByHand> outcomes[] = {
-                {u"It was not bought"_s, Purchases::ByHand::notBought},
-                {u"I have the label"_s, Purchases::ByHand::haveLabel}};
-            for (const auto &[text, outcome] : outcomes) {
-                auto *resolve = new Button(text, Button::Kind::link);
-                connect(resolve, &QPushButton::clicked, this, [this, id = purchase.purchase.id, outcome = outcome] {
-                    spawn([this, id, outcome] { return m_purchases.resolveByHand(id, outcome); });
-                });
-                buttons.append(resolve);
-            }
-        }
-        addRow(state + PurchaseTexts::title(record) + u". "_s + purchase.text, u"ui_pending"_s, &Tokens::warn, buttons);
+    for (const Row &row : std::as_const(m_shown))
+        addRow(row);
+}
+
+Button *UnresolvedPurchasesBar::makeButton(Action action)
+{
+    switch (action) {
+    case Action::checkAgain:
+        return new Button(u"Check again"_s, Button::Kind::standard, u"ui_refresh"_s);
+    case Action::notBought:
+        return new Button(u"It was not bought"_s, Button::Kind::link);
+    case Action::haveLabel:
+        return new Button(u"I have the label"_s, Button::Kind::link);
+    case Action::printLabel:
+        return new Button(u"Print Label"_s, Button::Kind::tint, u"ui_printer"_s);
+    case Action::printAgain:
+        return new Button(u"Print Again"_s, Button::Kind::tint, u"ui_printer"_s);
+    case Action::dismiss:
+        break;
     }
-    for (const ResolvedPurchase &purchase : std::as_const(m_shown.second)) {
-        QList<QWidget *> buttons;
-        if (purchase.isBought) {
-            auto *print = new Button(purchase.isPrinted ? u"Print Again"_s : u"Print Label"_s, Button::Kind::tint,
-                                     u"ui_printer"_s);
-            connect(print, &QPushButton::clicked, this, [this, purchase] {
-                if (!std::exchange(m_printing, true)) // a disabled button would pass the focus to Dismiss
-                    spawn([this, purchase] { return printOnce(purchase); });
-            });
-            buttons.append(print);
-        }
-        auto *dismiss = new Button(u"Dismiss"_s, Button::Kind::link);
-        connect(dismiss, &QPushButton::clicked, this, [this, purchase] { m_purchases.dismiss(purchase); });
-        addRow(purchase.text, purchase.isBought ? u"ui_success"_s : u"ui_info"_s,
-               purchase.isBought ? &Tokens::ok : &Tokens::muted, buttons + QList<QWidget *>{dismiss});
+    return new Button(u"Dismiss"_s, Button::Kind::link);
+}
+
+void UnresolvedPurchasesBar::act(Action action, qint64 id)
+{
+    const QList<ResolvedPurchase> resolved = m_purchases.resolved;
+    const auto label = std::ranges::find(resolved, id, &ResolvedPurchase::id);
+    switch (action) {
+    case Action::checkAgain:
+        spawn([this] { return m_purchases.checkAgain(); });
+        break;
+    case Action::notBought:
+        spawn([this, id] { return m_purchases.resolveByHand(id, Purchases::ByHand::notBought); });
+        break;
+    case Action::haveLabel:
+        spawn([this, id] { return m_purchases.resolveByHand(id, Purchases::ByHand::haveLabel); });
+        break;
+    case Action::printLabel:
+    case Action::printAgain:
+        if (label != resolved.end() && !std::exchange(m_printing, true)) // a disabled button would pass the focus on
+            spawn([this, purchase = *label] { return printOnce(purchase); });
+        break;
+    case Action::dismiss:
+        if (label != resolved.end())
+            m_purchases.dismiss(*label);
+        break;
     }
 }
 
@@ -113,18 +151,29 @@ Task<> UnresolvedPurchasesBar::printOnce(ResolvedPurchase label)
         m_printing = false;
 }
 
-void UnresolvedPurchasesBar::addRow(const QString &text, const QString &icon, Token ink,
-                                    const QList<QWidget *> &buttons)
+void UnresolvedPurchasesBar::addRow(const Row &row)
 {
-    auto *row = new QHBoxLayout;
-    row->setSpacing(8);
-    auto *notice = new Notice(icon, ink, FontRole::strong);
+    const bool pending = row.look == Look::pending, bought = row.look == Look::bought;
+    auto *line = new QHBoxLayout;
+    line->setSpacing(8);
+    auto *notice = new Notice(pending  ? u"ui_pending"_s
+                              : bought ? u"ui_success"_s
+                                       : u"ui_info"_s,
+                              pending  ? &Tokens::warn
+                              : bought ? &Tokens::ok
+                                       : &Tokens::muted,
+                              FontRole::strong);
     notice->setTextInk(&Tokens::text);
-    notice->setText(text);
-    row->addWidget(notice, 1, Qt::AlignVCenter);
-    for (QWidget *button : buttons)
-        row->addWidget(button);
-    static_cast<QVBoxLayout *>(m_list->layout())->addLayout(row);
+    notice->setText(row.text);
+    line->addWidget(notice, 1, Qt::AlignVCenter);
+    for (const Action action : row.actions) {
+        Button *button = makeButton(action);
+        connect(button, &QPushButton::clicked, this, [this, action, id = row.id] { act(action, id); });
+        if (action == Action::checkAgain)
+            m_checks.append(button);
+        line->addWidget(button);
+    }
+    static_cast<QVBoxLayout *>(m_list->layout())->addLayout(line);
 }
 
 } // namespace parcelory

@@ -5,8 +5,6 @@
 #include "ui/parts/PanelFrame.h"
 #include "ui/parts/RefreshScheduler.h"
 
-#include <utility>
-
 class QVBoxLayout;
 
 namespace parcelory {
@@ -17,17 +15,32 @@ public:
     explicit UnresolvedPurchasesBar(LabelScreen &screen, QWidget *parent = nullptr);
 
 private:
+    enum class Look { pending, bought, notBought };
+    enum class Action { checkAgain, notBought, haveLabel, printLabel, printAgain, dismiss };
+    struct Row {
+        qint64 id = 0; ///< the journal's
+        QString text;
+        Look look = Look::pending;
+        QList<Action> actions = {};
+
+        bool operator==(const Row &) const = default;
+    };
+
     void refresh();
+    Row rowOf(const UnresolvedPurchase &purchase) const;
+    Row rowOf(const ResolvedPurchase &purchase) const;
     void rebuild();
+    void addRow(const Row &row);
+    static Button *makeButton(Action action);
+    void act(Action action, qint64 id);
     Task<> printOnce(ResolvedPurchase label);
-    void addRow(const QString &text, const QString &icon, Token ink, const QList<QWidget *> &buttons);
 
     LabelScreen &m_screen;
     Purchases &m_purchases;
     QVBoxLayout *m_rows;
     QWidget *m_list = nullptr;
     QList<Button *> m_checks;
-    std::pair<QList<UnresolvedPurchase>, QList<ResolvedPurchase>> m_shown;
+    QList<Row> m_shown;
     bool m_printing = false;
     RefreshScheduler m_refresh;
 };

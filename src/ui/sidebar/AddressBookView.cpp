@@ -286,7 +286,7 @@ void AddressBookView::refresh()
 
 void AddressBookView::showPage()
 {
-    const bool loaded = !m_book.status.value().isEmpty(); // a loaded book always has a status
+    const bool loaded = m_book.loaded;
     const bool empty = loaded && m_book.contacts().isEmpty(), nothing = loaded && m_pane.filtered().isEmpty();
     m_nothing->set(u"ui_search"_s, breakable(u"No address matches “%1”"_s.arg(trimBlanks(m_pane.query)), FontRole::body,
                                              narrowestText));
@@ -299,8 +299,7 @@ void AddressBookView::showPage()
 /// Omits a status that is only the number of addresses, which is shown beside the tools.
 void AddressBookView::refreshMessage()
 {
-    const QString status = m_book.status;
-    const QString message = status.endsWith(u" addresses"_s) ? QString() : status;
+    const QString message = m_book.statusKind == StatusKind::none ? QString() : m_book.status.value();
     if (message == m_message->accessibleName())
         return;
     m_message->setText(breakable(message, FontRole::caption, narrowestText));

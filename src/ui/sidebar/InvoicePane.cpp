@@ -107,16 +107,20 @@ void InvoicePane::refresh()
 
 void InvoicePane::showStatus()
 {
-    const QString status = m_app.scanStatus;
-    if (status.endsWith(u'…')) {
+    switch (m_app.scanStatusKind) {
+    case StatusKind::progress:
         m_status->setLook(u"ui_pending"_s, &Tokens::muted);
-    } else if (status.endsWith(u"— label filled."_s)) {
+        break;
+    case StatusKind::success:
         m_status->setLook(u"ui_success"_s, &Tokens::ok);
         m_status->setTextInk(&Tokens::text);
-    } else {
+        break;
+    case StatusKind::none:
+    case StatusKind::failure:
         m_status->setLook(u"ui_error"_s, &Tokens::warn);
+        break;
     }
-    m_status->setText(breakable(status, FontRole::caption, narrowestText));
+    m_status->setText(breakable(m_app.scanStatus, FontRole::caption, narrowestText));
 }
 
 void InvoicePane::showInvoice()

@@ -84,12 +84,15 @@ TEST_F(AddressBookTest, SavesTheRecipientOfALabelOnce)
     pressBuy();
     finish();
     ASSERT_EQ(book.contacts().size(), 1) << banner().toStdString();
+    EXPECT_EQ(book.status.value(), u"Recipient saved to the address book."_s);
+    ASSERT_TRUE(book.kept.value());
+    EXPECT_TRUE(book.kept.value()->isWritten);
     const PostalContact kept = book.contacts()[0];
     EXPECT_EQ(kept.name, u"Eleanor Whitfield"_s);
     ShippoAddress moved = kept.asShippoAddress();
     moved.name = moved.name.toUpper();
     moved.phone = u"828 555 0142"_s;
-    run(book.keep(moved, false));
+    run(book.keep(moved));
     EXPECT_EQ(book.status.value(), u"Recipient saved to the address book."_s);
     ASSERT_EQ(book.contacts().size(), 1);
     EXPECT_EQ(book.contacts()[0].phone, u"828 555 0142"_s);
@@ -103,13 +106,13 @@ TEST_F(AddressBookTest, SavesTheRecipientOfALabelOnce)
     checked.street1 = checked.street1.toUpper();
     checked.zip = u"28801-6168"_s;
     checked.phone = QString();
-    run(book.keep(checked, true));
+    run(book.keep(checked));
     ASSERT_EQ(book.contacts().size(), 1);
     EXPECT_EQ(book.contacts()[0].company, u"Rare Coin Exchange"_s);
     EXPECT_EQ(book.contacts()[0].phone, u"828 555 0142"_s);
     EXPECT_EQ(book.contacts()[0].zip, u"28801-6168"_s);
     checked.street1 = u"418 Elm St"_s; // another person with the same name
-    run(book.keep(checked, true));
+    run(book.keep(checked));
     EXPECT_EQ(book.contacts().size(), 2);
     run(book.remove(book.contacts()[0].street1 == checked.street1 ? book.contacts()[0] : book.contacts()[1]));
 

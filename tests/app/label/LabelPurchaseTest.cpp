@@ -1,3 +1,5 @@
+#include "app/label/PreparedPurchase.h"
+#include "app/purchase/PurchaseTexts.h"
 #include "compose/Customs.h"
 #include "compose/Services.h"
 #include "core/ShippoAddress.h"
@@ -141,6 +143,25 @@ TEST_F(LabelPurchaseTest, ALabelThatCouldNotBePrintedIsStillLogged)
         EXPECT_FALSE(newest().labelURL.isEmpty());
     }
     EXPECT_EQ(processes.lastPrinted(), lastPrinted) << "print tools get labels only";
+}
+
+TEST_F(LabelPurchaseTest, AnInvoiceThatCannotBeDrawnStopsNothing)
+{
+    rateHome();
+    PreparedPurchase purchase = preparePurchase(screen(), *app, *screen().selectedRate(), {});
+    purchase.entry.record.isIntl = true;
+    PurchaseFlow &flow = purchases().flow();
+    purchase.entry.id = runTask(flow.begin(purchase.entry), &clock);
+    const SaleResult sale = runTask(flow.request(purchase.entry, purchase.tag()), &clock);
+    const PapersResult drawn{.outcome = PapersOutcome::notDrawn, .text = u"no fonts"_s};
+    const PurchaseResult result = runTask(
+        flow.complete(sale.entry, sale.transaction, {.printsLabel = true, .printsPapers = true, .drawn = drawn}),
+        &clock);
+    EXPECT_TRUE(result.label.isPrinted && result.isLogged);
+    EXPECT_FALSE(result.isComplete());
+    EXPECT_TRUE(PurchaseTexts::successLine(result).endsWith(u" (Invoice print failed: no fonts)"_s))
+        << PurchaseTexts::successLine(result).toStdString();
+    EXPECT_FALSE(app->log.customsPDF(newest().id));
 }
 
 TEST_F(LabelPurchaseTest, AFedexParcelAbroadBringsItsCustomsDocument)

@@ -23,19 +23,8 @@ namespace {
 
 class DoubtfulPurchaseTest : public testing::Test, public LabelDesk {
 protected:
-    void TearDown() override // a lookup in progress would otherwise leak
-    {
-        runUntil([this] { return !screen().purchases.checking; });
-        workPool().waitForDone();
-        settle();
-    }
-    Purchases &purchases() { return screen().purchases; }
+    void TearDown() override { endLookups(); }
     qsizetype bought() { return sent("/transactions/").size(); }
-    void check()
-    {
-        run(purchases().checkAgain());
-        runUntil([this] { return !purchases().checking; });
-    }
     /// A purchase whose response is lost; then the list of transactions fails.
     void losePurchase(const CarrierFailure &listFailure)
     {
@@ -110,11 +99,11 @@ TEST_F(DoubtfulPurchaseTest, BuyOpensAgainWhateverTheListOfTransactionsAnswers)
                       .count = 1000,
                       .method = "GET"});
         ASSERT_EQ(purchases().unresolved.value().size(), 1) << status;
-        check();
+        checkAgain();
         EXPECT_TRUE(screen().isBuyClosed()) << status << ": the request may still arrive";
         clock.advance(61s);
         for (int look = 0; look < 3; ++look)
-            check();
+            checkAgain();
         EXPECT_FALSE(screen().isBuyClosed()) << status;
 
         const qsizetype before = bought();
@@ -128,7 +117,7 @@ TEST_F(DoubtfulPurchaseTest, BuyOpensAgainWhateverTheListOfTransactionsAnswers)
         EXPECT_TRUE(std::ranges::any_of(errors->entries(), [](const APIErrorEntry &entry) {
             return entry.detail.startsWith(u"Bought although an earlier purchase is unresolved: "_s);
         }));
-        check();
+        checkAgain();
         EXPECT_TRUE(purchases().unresolved.value().isEmpty());
         for (const ShipmentRecord &record : app->log.records())
             EXPECT_TRUE(app->log.setStatus(record.id, u"REFUNDED"_s)); // the next round's label is a first label
@@ -157,7 +146,7 @@ TEST_F(DoubtfulPurchaseTest, TheMonthsEndComesEvenIfTheCarrierNeverAnswers)
 {
     losePurchase({.pathPrefix = "transactions", .status = 500, .body = "{}", .count = 1000, .method = "GET"});
     clock.start = clock.start.addDays(31);
-    check();
+    checkAgain();
     EXPECT_TRUE(purchases().unresolved.value().isEmpty());
     EXPECT_TRUE(errors->entries().first().detail.startsWith(u"The outcome of this purchase was never found: "_s));
 }

@@ -29,13 +29,7 @@ namespace {
 
 class PurchasesTest : public testing::Test, public LabelDesk {
 protected:
-    void TearDown() override // a lookup in progress would otherwise leak
-    {
-        runUntil([this] { return !screenOwner || !screen().purchases.checking; });
-        workPool().waitForDone();
-        settle();
-    }
-    Purchases &purchases() { return screen().purchases; }
+    void TearDown() override { endLookups(); }
     void rate(const QString &reference = {})
     {
         composeParcel(homeAddress());
@@ -44,11 +38,6 @@ protected:
         ASSERT_TRUE(screen().selectedRate()) << banner().toStdString();
     }
     void press() { pressBuy(); }
-    void checkAgain()
-    {
-        run(purchases().checkAgain());
-        runUntil([this] { return !purchases().checking; }); // a check may have started by itself
-    }
     void restart()
     {
         runUntil([this] { return !purchases().checking; });
