@@ -1,0 +1,59 @@
+#pragma once
+
+#include "core/Task.h"
+#include "practice/PracticeDesk.h"
+#include "ui/Program.h"
+
+#include <QDir>
+#include <QSize>
+
+#include <functional>
+
+class QImage;
+
+namespace parcelory {
+
+/// Draws the screens of one running program.
+class Gallery {
+public:
+    static constexpr QSize usualSize{1280, 800};
+
+    Gallery(PracticeDesk &desk, Program &program, QDir folder);
+
+    Task<> drawPractice();
+    Task<> drawMode(QString name);
+
+private:
+    AppState &app() { return m_program.app(); }
+    LabelScreen &label() { return m_program.screens().label; }
+    Clock &clock() { return m_desk.platform().clock; }
+
+    Task<> until(std::function<bool()> reached);
+    Task<> save(QString name);
+    Task<> saveDark(QString name);
+    void saveWindow(const QString &title, const QString &name);
+    Task<> drawSignIn();
+    Task<> drawAddressBook();
+    Task<> drawAddressSheet();
+    Task<> drawInvoice();
+    Task<> drawComposing();
+    Task<> drawDialogs();
+    Task<> drawHelp();
+    Task<> drawAbroad();
+    Task<> drawBuying();
+    Task<> drawDoubt();
+    Task<> drawRecords();
+    Task<> drawMasterLog();
+    Task<> drawReprint();
+    Task<> drawScanForm();
+    Task<> drawSettings();
+    Task<> drawLogs(QString name);
+    void compose(const ShippoAddress &to);
+    QImage picture();
+
+    PracticeDesk &m_desk;
+    Program &m_program;
+    QDir m_folder;
+};
+
+} // namespace parcelory

@@ -1,0 +1,125 @@
+#include "practice/Gallery.h"
+
+#include "app/AppState.h"
+#include "app/label/LabelScreen.h"
+#include "compose/Customs.h"
+#include "compose/Mailpieces.h"
+#include "compose/Services.h"
+#include "core/ShippoAddress.h"
+#include "core/Task.h"
+#include "practice/PracticeDesk.h"
+#include "practice/PracticePrinter.h"
+#include "practice/PracticeSamples.h"
+#include "ui/Program.h"
+#include "ui/WindowPrompts.h"
+#include "ui/label/LabelView.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QComboBox>
+#include <QDialog>
+#include <QDir>
+#include <QPainter>
+#include <QTemporaryDir>
+
+#include <cstdio>
+#include <functional>
+#include <utility>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+Task<> Gallery::drawComposing()
+{
+    co_await save(u"new-label-empty"_s);
+    compose(practiceRecipient());
+    co_await label().validate();
+    co_await save(u"new-label-domestic"_s);
+    co_await saveDark(u"new-label-domestic"_s);
+    m_program.window().resize(m_program.window().minimumSize());
+    co_await save(u"new-label-smallest"_s);
+    m_program.window().resize(usualSize);
+
+    m_desk.carrier().setScenario({.answerDelay = 2500ms});
+    label().weightLb = u"2"_s;
+    spawn([this] { return label().fetchRates(); });
+    co_await clock().sleep(1400ms);
+    co_await save(u"new-label-busy"_s);
+    co_await until([this] { return !label().busy; });
+    m_desk.carrier().setScenario({});
+
+    if (auto *mailpieces = m_program.window().labelView().findChild<QComboBox *>(u"mailpieces"_s)) {
+        mailpieces->showPopup();
+        co_await save(u"menu-mailpiece"_s);
+        mailpieces->hidePopup();
+    }
+}
+
+Task<> Gallery::drawAbroad()
+{
+    compose(practiceRecipientAbroad());
+    label().carrier = Carrier::fedex;
+    label().mailpiece = BuiltinMailpiece::fedexSmallBox;
+    label().service = ServiceOption::fedexDirect;
+    label().insuranceValue = QString();
+    label().customs = CustomsInfo{CustomsItemType::gold, u"1"_s, u"1860.00"_s, u"Dana Marsh"_s};
+    ShippoAddress to = app().draftTo;
+    const QString phone = std::exchange(to.phone, QString());
+    app().draftTo = to;
+    co_await label().validate();
+    co_await save(u"new-label-error"_s);
+    to.phone = phone;
+    app().draftTo = to;
+    co_await label().validate();
+    co_await until([] { return QApplication::activeModalWidget(); });
+    co_await save(u"dialog-international-paperwork"_s);
+    static_cast<QDialog *>(QApplication::activeModalWidget())->accept();
+    co_await until([this] { return !label().rates.value().isEmpty(); });
+    co_await save(u"new-label-international"_s);
+    label().clearDraft();
+    label().carrier = Carrier::usps;
+}
+
+Task<> Gallery::drawBuying()
+{
+    compose(practiceRecipient());
+    co_await label().validate();
+    co_await label().buyAndPrint();
+    co_await save(u"new-label-bought"_s);
+    m_desk.printer().setFault(PrinterFault::outOfLabels);
+    co_await label().reprintLast();
+    co_await until([this] { return !app().printWatch.notice.value().isEmpty(); });
+    co_await save(u"new-label-out-of-labels"_s);
+    co_await saveDark(u"new-label-out-of-labels"_s);
+    m_desk.printer().setFault(PrinterFault::none);
+    co_await until([this] { return app().printWatch.notice.value().isEmpty(); });
+}
+
+/// A second-label warning and an unresolved purchase.
+Task<> Gallery::drawDoubt()
+{
+    app().tab = MainTab::newLabel;
+    compose(practiceRecipient());
+    co_await label().validate();
+    co_await until([this] { return !label().secondLabel.value().isEmpty(); });
+    co_await save(u"new-label-second"_s);
+    ShippoAddress neighbour = practiceRecipient();
+    neighbour.name = u"Theodore Ames"_s;
+    compose(neighbour);
+    label().reference = QString();
+    co_await label().fetchRates();
+    m_desk.carrier().setScenario({.dropConnection = true});
+    spawn([this] { return label().buyAndPrint(); });
+    co_await until([this] { return !label().purchases.unresolved.value().isEmpty() && !label().busy; });
+    co_await until([] { return QApplication::activeModalWidget(); });
+    static_cast<QDialog *>(QApplication::activeModalWidget())->accept();
+    co_await save(u"new-label-purchase-unknown"_s);
+    m_desk.carrier().setScenario({});
+    co_await label().purchases.checkAgain();
+    co_await until([this] { return !label().purchases.resolved.value().isEmpty(); });
+    co_await save(u"new-label-purchase-found"_s);
+    label().purchases.dismiss(label().purchases.resolved.value().first());
+}
+
+} // namespace parcelory

@@ -1,0 +1,128 @@
+#include "practice/Gallery.h"
+
+#include "app/AppState.h"
+#include "app/label/LabelScreen.h"
+#include "app/logs/MasterLogScreen.h"
+#include "core/ShippoAddress.h"
+#include "core/Task.h"
+#include "practice/PracticeDesk.h"
+#include "practice/PracticeSamples.h"
+#include "records/StatusWords.h"
+#include "ui/Program.h"
+#include "ui/WindowPrompts.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QComboBox>
+#include <QDialog>
+#include <QDir>
+#include <QPainter>
+#include <QTemporaryDir>
+
+#include <algorithm>
+#include <cstdio>
+#include <functional>
+#include <optional>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+Task<> Gallery::drawRecords()
+{
+    app().tab = MainTab::mailingLog;
+    co_await save(u"mailing-log-one"_s);
+    co_await onPool([this] { addPracticeShipments(app().log); });
+    co_await until([this] { return app().log.records().size() > 10; });
+    m_program.screens().mailingLog.selected = app().log.records()[3].id;
+    co_await save(u"mailing-log"_s);
+    co_await saveDark(u"mailing-log"_s);
+    m_program.screens().mailingLog.selected = app().log.records().last().id;
+    co_await save(u"mailing-log-imported"_s);
+    MailingLogScreen &log = m_program.screens().mailingLog;
+    log.progress = 0.4; // as an import of many shipments shows it
+    log.message = u"Importing…"_s;
+    co_await save(u"mailing-log-import"_s);
+    log.progress = std::nullopt;
+    log.message = QString();
+    log.selected = app().log.records()[1].id;
+    spawn([&log] { return log.refund(*log.selectedRecord()); });
+    co_await until([] { return QApplication::activeModalWidget(); });
+    co_await save(u"dialog-refund"_s);
+    static_cast<QDialog *>(QApplication::activeModalWidget())->reject();
+    log.search = u"nobody of this name"_s;
+    co_await until([this] { return app().log.records().isEmpty(); });
+    co_await save(u"mailing-log-nothing-found"_s);
+    log.search = QString();
+    m_program.window().openWindow(u"errorlog"_s);
+    saveWindow(u"Error Log"_s, u"window-error-log"_s);
+}
+
+Task<> Gallery::drawMasterLog()
+{
+    MasterLogScreen &log = m_program.screens().masterLog;
+    m_desk.carrier().seedHistory(18, clock().now().addSecs(-3600), 7h);
+    app().tab = MainTab::masterLog;
+    co_await until([&log] { return log.loaded && !log.busy; });
+    log.selected = log.entries.value()[2].id;
+    log.copyTracking(*log.selectedEntry());
+    co_await save(u"master-log"_s);
+    co_await saveDark(u"master-log"_s);
+    log.to = QDate(2026, 1, 2);
+    log.from = QDate(2026, 1, 1);
+    co_await log.load();
+    co_await save(u"master-log-nothing-found"_s);
+}
+
+/// The question before a second reprint.
+Task<> Gallery::drawReprint()
+{
+    MailingLogScreen &log = m_program.screens().mailingLog;
+    const ShipmentRecord bought = label().lastLabel.value()->record;
+    spawn([&log, bought] { return log.reprint(bought); });
+    co_await until([] { return QApplication::activeModalWidget(); });
+    co_await save(u"dialog-reprint"_s);
+    static_cast<QDialog *>(QApplication::activeModalWidget())->reject();
+    co_await until([&log] { return !log.busy; });
+}
+
+Task<> Gallery::drawScanForm()
+{
+    m_program.window().openWindow(u"scanform"_s);
+    co_await clock().sleep(60ms);
+    saveWindow(u"SCAN Form"_s, u"window-scan-form-empty"_s);
+    const QList<ShipmentRecord> labels = app().log.records();
+    const auto bought = std::ranges::find_if(labels, [](const ShipmentRecord &row) { return !row.labelURL.isEmpty(); });
+    co_await onPool([this, id = bought->id] { return app().log.setStatus(id, wordOf(LogStatus::refundPending)); });
+    m_desk.carrier().setScenario({.manifestDocuments = 2});
+    spawn([this] { return app().createScanForm(label().sender().value_or(SenderProfile()).address); });
+    co_await until([] { return QApplication::activeModalWidget(); });
+    co_await save(u"dialog-scan-form"_s);
+    static_cast<QDialog *>(QApplication::activeModalWidget())->done(2);
+    co_await until([this] { return !app().scanFormBusy; });
+    m_desk.carrier().setScenario({});
+    co_await clock().sleep(800ms); // the pages are drawn on another thread
+    saveWindow(u"SCAN Form"_s, u"window-scan-form"_s);
+    app().tab = MainTab::newLabel;
+    co_await save(u"new-label-scan-form"_s);
+}
+
+/// The logs in the smallest window, the master log after a change of the selected days.
+Task<> Gallery::drawLogs(QString name)
+{
+    co_await onPool([this] { addPracticeShipments(app().log); });
+    co_await until([this] { return app().log.records().size() > 10; });
+    m_program.screens().mailingLog.selected = app().log.records()[1].id;
+    app().tab = MainTab::mailingLog;
+    co_await save(u"mailing-log-"_s + name);
+    MasterLogScreen &log = m_program.screens().masterLog;
+    for (const QString &token : {PracticeCarrier::testToken, PracticeCarrier::liveToken})
+        m_desk.carrier().seedHistory(12, clock().now().addSecs(-3600), 9h, token);
+    app().tab = MainTab::masterLog;
+    co_await until([&log] { return log.loaded && !log.busy; });
+    log.from = log.to.value().addDays(-40);
+    log.loaded = false; // as after a change of the field
+    co_await save(u"master-log-"_s + name);
+}
+
+} // namespace parcelory
