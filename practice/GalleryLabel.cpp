@@ -110,11 +110,18 @@ Task<> Gallery::drawDoubt()
     label().reference = QString();
     co_await label().fetchRates();
     m_desk.carrier().setScenario({.dropConnection = true});
+    co_await clock().sleep(LabelScreen::buyPause);
     spawn([this] { return label().buyAndPrint(); });
     co_await until([this] { return !label().purchases.unresolved.value().isEmpty() && !label().busy; });
     co_await until([] { return QApplication::activeModalWidget(); });
     static_cast<QDialog *>(QApplication::activeModalWidget())->accept();
     co_await save(u"new-label-purchase-unknown"_s);
+    CarrierScenario refusedList;
+    refusedList.failNext = CarrierFailure{"transactions", 403, "text/plain", "", 1, "GET"};
+    m_desk.carrier().setScenario(refusedList);
+    co_await label().purchases.checkAgain();
+    co_await until([this] { return label().purchases.unresolved.value().first().isInconclusive; });
+    co_await save(u"new-label-purchase-by-hand"_s);
     m_desk.carrier().setScenario({});
     co_await label().purchases.checkAgain();
     co_await until([this] { return !label().purchases.resolved.value().isEmpty(); });

@@ -8,6 +8,7 @@
 #include "core/Platform.h"
 #include "core/PostalContact.h"
 #include "core/ShippoAddress.h"
+#include "core/StatusKind.h"
 #include "core/Task.h"
 #include "core/Text.h"
 #include "shell/ErrorLog.h"

@@ -4,6 +4,7 @@
 #include "app/AppState.h"
 #include "core/PostalContact.h"
 #include "core/ShippoAddress.h"
+#include "core/StatusKind.h"
 #include "core/Task.h"
 
 #include <algorithm>

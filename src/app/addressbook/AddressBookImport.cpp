@@ -4,6 +4,7 @@
 #include "core/AppError.h"
 #include "core/PostalContact.h"
 #include "core/Progress.h"
+#include "core/StatusKind.h"
 #include "core/Task.h"
 
 #include <QScopeGuard>

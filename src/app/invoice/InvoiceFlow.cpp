@@ -5,6 +5,7 @@
 #include "backoffice/DesklineInvoiceFetcher.h"
 #include "core/AppError.h"
 #include "core/StaleCheck.h"
+#include "core/StatusKind.h"
 #include "core/Task.h"
 #include "shell/ErrorLog.h"
 

@@ -1,7 +1,11 @@
 #include "app/label/AddressReview.h"
 
+#include "carrier/ShippoRecords.h"
 #include "compose/AddressGuard.h"
+#include "core/ShippoAddress.h"
 #include "core/Text.h"
+#include "core/ports/Prompts.h"
+#include <optional>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

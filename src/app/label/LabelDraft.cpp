@@ -1,13 +1,19 @@
 #include "app/label/LabelDraft.h"
 
+#include "app/AppState.h"
 #include "backoffice/DesklineInvoice.h"
 #include "compose/Destination.h"
+#include "compose/Mailpieces.h"
 #include "compose/SecondLabel.h"
+#include "compose/Services.h"
 #include "compose/Weight.h"
+#include "core/ShippoAddress.h"
 #include "core/Text.h"
 #include "records/BoxProfile.h"
+#include "records/SenderProfile.h"
 
 #include <algorithm>
+#include <optional>
 #include <utility>
 #include <variant>
 

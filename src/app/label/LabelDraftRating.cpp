@@ -1,7 +1,16 @@
 #include "app/label/LabelDraft.h"
 #include "app/label/LabelTexts.h"
+#include "carrier/RequestBodies.h"
+#include "compose/Customs.h"
+#include "compose/Services.h"
+#include "core/Deployment.h"
 #include "core/SettingsKeys.h"
+#include "core/ShippoAddress.h"
 #include "core/Text.h"
+#include "core/ports/Preferences.h"
+#include "devices/CommercialInvoice.h"
+#include <optional>
+#include <utility>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

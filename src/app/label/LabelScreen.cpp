@@ -1,25 +1,16 @@
 #include "app/label/LabelScreen.h"
 
 #include "app/AppState.h"
+#include "app/label/LabelDraft.h"
 #include "app/purchase/Purchases.h"
-#include "backoffice/DesklineInvoice.h"
 #include "carrier/ShippoRecords.h"
-#include "compose/Customs.h"
-#include "compose/Destination.h"
-#include "compose/Mailpieces.h"
-#include "compose/Services.h"
-#include "compose/Weight.h"
 #include "core/AppError.h"
 #include "core/Task.h"
-#include "core/Text.h"
-#include "records/BoxProfile.h"
-#include "records/SenderProfile.h"
 #include "shell/ErrorLog.h"
 
 #include <algorithm>
 #include <optional>
 #include <utility>
-#include <variant>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

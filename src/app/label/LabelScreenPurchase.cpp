@@ -1,11 +1,15 @@
 #include "app/label/LabelScreen.h"
+#include "app/label/PreparedPurchase.h"
 #include "app/purchase/CustomsPapers.h"
 #include "app/purchase/LabelPrinting.h"
+#include "app/purchase/PurchaseFlow.h"
+#include "app/purchase/PurchaseLookup.h"
 #include "app/purchase/PurchaseTexts.h"
 #include "app/purchase/Purchases.h"
 #include "app/purchase/ReprintCheck.h"
 #include "carrier/ShippoRecords.h"
 #include "compose/SecondLabel.h"
+#include "compose/Services.h"
 #include "core/AppError.h"
 #include "core/ShippoAddress.h"
 #include "core/StaleCheck.h"
@@ -19,7 +23,6 @@
 
 #include <algorithm>
 #include <optional>
-#include <utility>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;
@@ -27,11 +30,9 @@ using namespace Qt::StringLiterals;
 /// Clears what is still on the screen of a parcel that turned out to be sold, so that it is not sold again.
 void LabelScreen::takeResolved(const ResolvedPurchase &resolved)
 {
-    const auto pending = m_unresolved.constFind(resolved.id);
-    if (pending == m_unresolved.cend())
+    if (!m_unresolved.contains(resolved.id))
         return; // a purchase of an earlier run: nothing of it is on the screen
-    const PreparedPurchase purchase = *pending;
-    m_unresolved.erase(pending);
+    const PreparedPurchase purchase = m_unresolved.take(resolved.id);
     if (buying || purchase.edits != edits || purchase.parcel.reference != reference.value())
         return; // the clerk has begun another parcel
     banner = std::nullopt;

@@ -1,22 +1,17 @@
 #include "app/label/LabelScreen.h"
 #include "app/label/OfferedRates.h"
-#include "carrier/RequestBodies.h"
 #include "carrier/ShippoRecords.h"
 #include "compose/Services.h"
 #include "core/AppError.h"
-#include "core/Deployment.h"
 #include "core/Task.h"
-#include "core/ports/Preferences.h"
 
-#include "core/SettingsKeys.h"
 #include "core/StaleCheck.h"
-#include "core/Text.h"
+#include "shell/ErrorLog.h"
 
 #include <QScopeGuard>
 
 #include <algorithm>
 #include <optional>
-#include <utility>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

@@ -5,7 +5,6 @@
 #include "core/AppError.h"
 #include "core/ShippoAddress.h"
 #include "core/Task.h"
-#include "core/Text.h"
 #include "core/ports/Prompts.h"
 
 #include <QScopeGuard>

@@ -1,5 +1,7 @@
 #include "app/label/OfferedRates.h"
 
+#include "carrier/ShippoRecords.h"
+#include "compose/Services.h"
 #include "core/Text.h"
 
 #include <map>

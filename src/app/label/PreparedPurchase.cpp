@@ -1,7 +1,10 @@
 #include "app/label/PreparedPurchase.h"
 
+#include "app/AppState.h"
+#include "app/label/LabelDraft.h"
 #include "carrier/PurchaseTag.h"
 #include "carrier/ShippoRecords.h"
+#include "compose/SecondLabel.h"
 #include "compose/Services.h"
 #include "core/CountryCode.h"
 #include "core/ShippoAddress.h"

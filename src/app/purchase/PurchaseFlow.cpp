@@ -1,7 +1,9 @@
 #include "app/purchase/PurchaseFlow.h"
 
 #include "app/purchase/CarrierRefund.h"
+#include "app/purchase/CustomsPapers.h"
 #include "app/purchase/LabelPrinting.h"
+#include "app/purchase/PurchaseLookup.h"
 #include "app/purchase/PurchaseTexts.h"
 #include "carrier/CarrierWords.h"
 #include "carrier/ShippoError.h"
@@ -10,10 +12,13 @@
 #include "core/AppError.h"
 #include "core/Task.h"
 #include "devices/Zpl.h"
+#include "records/PurchaseJournal.h"
+#include "records/ShipmentRecord.h"
 #include "records/ShipmentStatus.h"
 #include "shell/ErrorLog.h"
 
 #include <chrono>
+#include <optional>
 #include <utility>
 
 namespace parcelory {

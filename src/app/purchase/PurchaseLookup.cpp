@@ -1,10 +1,15 @@
 #include "app/purchase/PurchaseLookup.h"
 
+#include "app/AppState.h"
 #include "carrier/CarrierWords.h"
 #include "carrier/ShippoError.h"
+#include "carrier/ShippoRecords.h"
 #include "core/AppError.h"
+#include "core/Task.h"
+#include "records/PurchaseJournal.h"
 
 #include <algorithm>
+#include <optional>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;

@@ -1,7 +1,13 @@
 #include "app/purchase/PurchaseTexts.h"
 
+#include "app/purchase/CustomsPapers.h"
+#include "app/purchase/PurchaseFlow.h"
 #include "compose/Services.h"
+#include "core/AppError.h"
+#include "core/ShippoAddress.h"
 #include "core/Text.h"
+#include "records/PurchaseJournal.h"
+#include "records/ShipmentRecord.h"
 
 namespace parcelory::PurchaseTexts {
 using namespace Qt::StringLiterals;

@@ -1,7 +1,8 @@
 #include "app/purchase/Purchases.h"
 
-#include "app/purchase/CarrierRefund.h"
+#include "app/purchase/CustomsPapers.h"
 #include "app/purchase/LabelPrinting.h"
+#include "app/purchase/PurchaseFlow.h"
 #include "app/purchase/PurchaseLookup.h"
 #include "app/purchase/PurchaseTexts.h"
 #include "app/purchase/ReprintCheck.h"
@@ -11,11 +12,8 @@
 #include "core/AppError.h"
 #include "core/ShippoAddress.h"
 #include "core/Task.h"
-#include "core/Text.h"
-#include "devices/Zpl.h"
 #include "records/PurchaseJournal.h"
 #include "records/ShipmentRecord.h"
-#include "records/ShipmentStatus.h"
 #include "shell/ErrorLog.h"
 
 #include <QScopeGuard>

@@ -1,5 +1,4 @@
 #include "ui/label/BuyBlock.h"
-#include "app/AppState.h"
 #include "app/label/LabelScreen.h"
 #include "app/label/LabelTexts.h"
 #include "app/settings/KeysScreen.h"

@@ -1,6 +1,6 @@
 #include "ui/label/CustomsSection.h"
 
-#include "app/AppState.h"
+#include "app/label/LabelDraft.h"
 #include "app/label/LabelScreen.h"
 #include "app/label/LabelTexts.h"
 #include "compose/Customs.h"

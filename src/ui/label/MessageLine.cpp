@@ -1,5 +1,4 @@
 #include "ui/label/MessageLine.h"
-#include "app/AppState.h"
 #include "app/label/LabelScreen.h"
 #include "app/label/LabelTexts.h"
 #include "ui/parts/Accessibility.h"

@@ -1,6 +1,5 @@
 #include "ui/label/RatesPanel.h"
 
-#include "app/AppState.h"
 #include "app/label/LabelScreen.h"
 #include "app/label/LabelTexts.h"
 #include "app/settings/KeysScreen.h"

@@ -2,6 +2,7 @@
 
 #include "app/AppState.h"
 #include "app/addressbook/AddressBook.h"
+#include "app/label/LabelDraft.h"
 #include "app/label/LabelScreen.h"
 #include "app/label/LabelTexts.h"
 #include "core/ShippoAddress.h"

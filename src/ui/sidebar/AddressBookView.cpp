@@ -2,6 +2,7 @@
 
 #include "app/AppState.h"
 #include "app/addressbook/AddressBook.h"
+#include "core/StatusKind.h"
 #include "core/Task.h"
 #include "core/Text.h"
 #include "ui/parts/Accessibility.h"

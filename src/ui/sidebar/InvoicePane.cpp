@@ -2,6 +2,7 @@
 
 #include "app/AppState.h"
 #include "backoffice/DesklineInvoice.h"
+#include "core/StatusKind.h"
 #include "ui/parts/BusyBar.h"
 #include "ui/parts/Button.h"
 #include "ui/parts/EmptyState.h"
@@ -107,7 +108,7 @@ void InvoicePane::refresh()
 
 void InvoicePane::showStatus()
 {
-    switch (m_app.scanStatusKind) {
+    switch (m_app.scanStatusKind.value()) {
     case StatusKind::progress:
         m_status->setLook(u"ui_pending"_s, &Tokens::muted);
         break;

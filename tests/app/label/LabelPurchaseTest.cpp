@@ -1,4 +1,6 @@
 #include "app/label/PreparedPurchase.h"
+#include "app/purchase/CustomsPapers.h"
+#include "app/purchase/PurchaseFlow.h"
 #include "app/purchase/PurchaseTexts.h"
 #include "compose/Customs.h"
 #include "compose/Services.h"

@@ -1,14 +1,19 @@
 // When pressing Buy does not simply buy: second labels, and purchases whose outcome stays unknown.
 
+#include "compose/Customs.h"
+#include "core/PostalContact.h"
 #include "core/ShippoAddress.h"
 #include "core/Task.h"
 #include "practice/carrier/CarrierScenario.h"
+#include "records/ShipmentRecord.h"
+#include "shell/ErrorLog.h"
 #include "support/CarrierDesk.h"
 #include "support/HeldPool.h"
 #include "support/LabelDesk.h"
 #include "support/Printing.h"
 #include "support/RunTask.h"
 
+#include <algorithm>
 #include <gmock/gmock.h>
 
 #include <chrono>

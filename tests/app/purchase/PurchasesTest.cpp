@@ -5,6 +5,7 @@
 #include "core/ShippoAddress.h"
 #include "practice/carrier/CarrierScenario.h"
 #include "records/ShipmentRecord.h"
+#include "shell/ErrorLog.h"
 #include "support/CarrierDesk.h"
 #include "support/LabelDesk.h"
 #include "support/Printing.h"
