@@ -60,8 +60,11 @@ MasterEntry entryOf(const ShippoTransaction &transaction, const BoughtRate &boug
     entry.company = orElse(to.company.value_or(QString()), u"—"_s);
     entry.place = joinPresent({to.city.value_or(QString()), to.state.value_or(QString())}, u", "_s);
     entry.country = orElse(to.country.value_or(QString()), tag.country);
-    entry.service = bought.rate ? serviceOf(*bought.rate) : orElse(tag.service, u"Unknown"_s);
-    entry.amount = bought.rate ? decimalOrZero(bought.rate->amount) : 0;
+    const ShippoKnownRate known = transaction.rateObject.value_or(ShippoKnownRate{});
+    const QString knownService =
+        joinPresent({known.provider.value_or(QString()), known.service.value_or(QString())}, u" "_s);
+    entry.service = bought.rate ? serviceOf(*bought.rate) : orElse(tag.service, orElse(knownService, u"Unknown"_s));
+    entry.amount = decimalOrZero(bought.rate ? bought.rate->amount : known.amount.value_or(QString()));
     entry.tracking = transaction.trackingNumber.value_or(QString());
     entry.trackingURL = transaction.trackingUrlProvider.value_or(QString());
     entry.test = transaction.test.value_or(false);

@@ -6,6 +6,8 @@
 #include "core/Progress.h"
 #include "core/Task.h"
 
+#include <chrono>
+#include <exception>
 #include <functional>
 #include <memory>
 
@@ -16,9 +18,11 @@ constexpr int maxPages = 40;
 
 /// The state of a listing; shared by the screen that shows it and the code that reads it.
 struct Listing {
-    std::function<void()> onPage; ///< called on the main thread for every page that was read
-    bool isCut = false;           ///< older records were left out, because of maxPages
-    CancelToken cancel;           ///< canceled when the result is no longer needed
+    std::function<void()> onPage;                     ///< called on the main thread for every page that was read
+    std::function<void(std::chrono::seconds)> onWait; ///< called when the carrier wants a pause
+    bool isCut = false;                               ///< older records were left out, because of maxPages
+    CancelToken cancel;                               ///< canceled when the result is no longer needed
+    std::exception_ptr failure;                       ///< the first failure; the other lists of the listing stop
 };
 
 /// Reads at most maxPages of a list, until a page reaches back before `cutoff`, is empty or is the last page. The

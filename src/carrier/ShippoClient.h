@@ -36,7 +36,7 @@ public:
     /// The rates of a parcel, in the carrier's order. Sanitizes the sender's company line.
     Task<ShippoShipment> rates(RatingRequest request);
     /// Buys a label. `labelFileType`: "ZPLII", "PDF" …; `metadata`: at most its first 100 characters are sent.
-    /// Throws UnconfirmedPurchase if the carrier accepted the purchase but a later poll failed.
+    /// Throws Unconfirmed if the carrier accepted the purchase but a later poll failed.
     /// A purchase still queued after the last poll is returned as it is; its label URL is empty.
     Task<ShippoTransaction> purchase(QString rateId, QString labelFileType, QString metadata);
     /// The account's purchases of a rate since then, newest first; used to look up a purchase whose response was lost.
@@ -68,6 +68,7 @@ private:
     Task<ShippoManifest> polled(ShippoManifest manifest);
     Task<QByteArray> listedPurchases(QString path);
     Task<QByteArray> countedPage(QString path, std::shared_ptr<Listing> listing);
+    Task<QByteArray> countedPurchases(QString path, std::shared_ptr<Listing> listing);
 
     HttpTransport &m_http;
     Clock &m_clock;

@@ -1,5 +1,6 @@
 #include "carrier/CarrierAnswer.h"
 #include "carrier/CarrierWords.h"
+#include "carrier/ExpandedRates.h"
 #include "carrier/MasterEntry.h"
 #include "carrier/RequestBodies.h"
 #include "carrier/ShippoClient.h"
@@ -14,8 +15,8 @@
 #include "carrier/Polling.h"
 #include "core/IsoDate.h"
 
-#include <QScopeGuard>
-
+#include <chrono>
+#include <exception>
 #include <memory>
 #include <utility>
 
@@ -28,6 +29,23 @@ namespace {
 QString step(const QString &text)
 {
     return QString::fromLatin1(QUrl::toPercentEncoding(text));
+}
+
+constexpr auto usualWait = std::chrono::seconds(30); ///< after a refusal for too many requests that names no time
+
+/// One of several lists of a listing: a failure is noted there and stops the others, the first failure counts.
+template <class T>
+Task<QList<T>> partOf(std::shared_ptr<Listing> listing, Task<QList<T>> list)
+{
+    QList<T> records;
+    try {
+        records = co_await list;
+    } catch (const AppError &) {
+        if (!listing->failure)
+            listing->failure = std::current_exception();
+        listing->cancel.cancel();
+    }
+    co_return records;
 }
 
 } // namespace
@@ -69,7 +87,7 @@ Task<ShippoManifest> ShippoClient::createManifest(QString carrierAccount, Shippo
     try {
         manifest = co_await polled(manifest);
     } catch (const AppError &error) {
-        throw Unconfirmed(error.description());
+        throw Unconfirmed(error.description(), manifest.objectId);
     }
     if (manifestStatus(manifest) == ManifestStatus::error)
         throw ShippoError::api(u"Shippo couldn't create the SCAN form — usually this means today's labels were already "
@@ -109,24 +127,51 @@ Task<QByteArray> ShippoClient::countedPage(QString path, std::shared_ptr<Listing
 {
     if (listing->cancel.isCanceled())
         throw ShippoError::api(u"The listing was canceled."_s);
-    QByteArray page = co_await request(path);
+    constexpr int mostWaits = 3;
+    QByteArray page;
+    for (int waits = 0;; ++waits) {
+        std::chrono::seconds pause{0};
+        try {
+            page = co_await request(path);
+            break;
+        } catch (const ShippoError &error) {
+            if (!error.isRateLimit() || waits == mostWaits)
+                throw;
+            pause = error.wait().value_or(usualWait);
+        }
+        if (listing->onWait)
+            listing->onWait(pause);
+        co_await m_clock.sleep(pause);
+        if (listing->cancel.isCanceled())
+            throw ShippoError::api(u"The listing was canceled."_s);
+    }
     if (listing->onPage && !listing->cancel.isCanceled())
         listing->onPage();
     co_return page;
 }
 
+Task<QByteArray> ShippoClient::countedPurchases(QString path, std::shared_ptr<Listing> listing)
+{
+    const QByteArray page = co_await countedPage(path, listing);
+    co_return withRateIds(page);
+}
+
 Task<QList<MasterEntry>> ShippoClient::masterLog(QDate from, QDate to, std::shared_ptr<Listing> listing)
 {
     const auto state = listing ? listing : std::make_shared<Listing>();
-    const auto giveUp = qScopeGuard([state] { state->cancel.cancel(); }); // when one listing fails, the other stops
     const QDateTime start = from.startOfDay(), end = to.addDays(1).startOfDay();
     const auto fetch = [this, state](const QString &path) { return countedPage(path, state); };
+    const auto fetchPurchases = [this, state](const QString &path) { return countedPurchases(path, state); };
     const auto created = [](const auto &record) { return record.objectCreated; };
     // Both listings at once; each takes about as long as the other.
-    auto bought = pagedList<ShippoTransaction>(fetch, u"transactions?results=100"_s, start, created, state);
-    auto rated = pagedList<ShippoShipmentListed>(fetch, u"shipments?results=100"_s, start, created, state);
+    auto bought = partOf(
+        state, pagedList<ShippoTransaction>(fetchPurchases, u"transactions?results=100"_s, start, created, state));
+    auto rated =
+        partOf(state, pagedList<ShippoShipmentListed>(fetch, u"shipments?results=100"_s, start, created, state));
     const QList<ShippoTransaction> transactions = co_await bought;
     const QList<ShippoShipmentListed> shipments = co_await rated;
+    if (state->failure)
+        std::rethrow_exception(state->failure);
     co_return masterEntries(transactions, shipments, start, end);
 }
 

@@ -10,6 +10,7 @@
 #include "core/ports/HttpTransport.h"
 
 #include "carrier/CarrierAnswer.h"
+#include "carrier/ExpandedRates.h"
 #include "carrier/PagedList.h"
 #include "carrier/Polling.h"
 #include "core/Text.h"
@@ -23,20 +24,6 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr qsizetype metadataLimit = 100;
-
-/// Labels that another program bought in a single call contain the whole rate instead of its id. Such a label must not
-/// prevent the lookup of the desk's own purchase.
-QByteArray withRateIds(const QByteArray &page)
-{
-    Json list = Json::parse(page.begin(), page.end(), nullptr, false);
-    if (list.is_discarded())
-        return page;
-    for (Json &record : list.is_object() ? list["results"] : list) {
-        if (record.is_object() && record.contains("rate") && record["rate"].is_object())
-            record["rate"] = record["rate"].value("object_id", Json());
-    }
-    return dumpJson(list);
-}
 
 } // namespace
 
@@ -66,7 +53,7 @@ Task<ShippoTransaction> ShippoClient::purchase(QString rateId, QString labelFile
     try {
         transaction = co_await pollWhilePending(m_clock, transaction, [this, id] { return this->transaction(id); });
     } catch (const AppError &error) {
-        throw UnconfirmedPurchase(error.description(), id);
+        throw Unconfirmed(error.description(), id);
     }
     if (transactionStatus(transaction) == TransactionStatus::error) {
         const QString reasons = joinedTexts(transaction.messages);

@@ -59,14 +59,28 @@ ShippoError ShippoError::api(const QString &message)
     return {Kind::api, 0, message};
 }
 
-ShippoError ShippoError::validation(const QString &message, int status)
+ShippoError ShippoError::validation(const QString &message, int status, std::optional<std::chrono::seconds> wait)
 {
-    return {Kind::validation, status, message};
+    ShippoError error(Kind::validation, status, message);
+    error.m_wait = wait;
+    return error;
 }
 
 ShippoError ShippoError::noToken()
 {
     return {Kind::noToken, 0, u"No Shippo API token set. Add one in Settings."_s};
+}
+
+QString withAdvice(const AppError &error, const QString &activeKeyName)
+{
+    const auto *shippo = dynamic_cast<const ShippoError *>(&error);
+    if (shippo && shippo->isKeyRefusal())
+        return error.description() +
+               u"\nShippo refuses the active key “%1” — check it in Settings."_s.arg(activeKeyName);
+    if (shippo && shippo->isRateLimit())
+        return error.description() + u"\nShippo takes no more requests for now — try again in %1."_s.arg(
+                                         shippo->wait() ? u"%1 s"_s.arg(shippo->wait()->count()) : u"a minute"_s);
+    return error.description();
 }
 
 RequestFate fateOf(const AppError &error)

@@ -4,7 +4,9 @@
 
 #include <QByteArray>
 
+#include <chrono>
 #include <optional>
+#include <utility>
 
 namespace parcelory {
 
@@ -20,38 +22,42 @@ public:
 
     static ShippoError http(int status, const QString &body);
     static ShippoError api(const QString &message);
-    static ShippoError validation(const QString &message, int status = 0);
+    /// `wait`: how long the carrier wants no further request, if it says so.
+    static ShippoError validation(const QString &message, int status = 0,
+                                  std::optional<std::chrono::seconds> wait = {});
     static ShippoError noToken();
 
     Kind kind() const { return m_kind; }
     bool isInputError() const override { return m_kind == Kind::validation; }
     int status() const { return m_status; } ///< HTTP status of an http error or a refusal, else 0
+    std::optional<std::chrono::seconds> wait() const { return m_wait; }
+    bool isRateLimit() const { return m_status == 429; }
+    bool isKeyRefusal() const { return m_status == 401; }
 
 private:
     ShippoError(Kind kind, int status, QString description);
 
     Kind m_kind;
     int m_status;
+    std::optional<std::chrono::seconds> m_wait;
 };
+
+/// The failure with what the clerk can do about it: which key was refused, or how long to wait.
+QString withAdvice(const AppError &error, const QString &activeKeyName);
 
 /// The carrier accepted a request, but its outcome could not be looked up.
 class Unconfirmed : public AppError {
 public:
-    using AppError::AppError;
-};
-
-/// The carrier accepted a purchase, but its outcome could not be looked up. The label may exist.
-class UnconfirmedPurchase : public Unconfirmed {
-public:
-    UnconfirmedPurchase(QString description, QString transactionId)
-        : Unconfirmed(std::move(description)), m_transactionId(std::move(transactionId))
+    Unconfirmed(QString description, QString recordId)
+        : AppError(std::move(description)), m_recordId(std::move(recordId))
     {
     }
 
-    const QString &transactionId() const { return m_transactionId; }
+    /// The carrier's id of what was accepted.
+    const QString &recordId() const { return m_recordId; }
 
 private:
-    QString m_transactionId;
+    QString m_recordId;
 };
 
 /// What is known about a failed request that the carrier carries out once: a purchase, a refund, a SCAN form.

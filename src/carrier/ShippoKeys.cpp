@@ -46,7 +46,10 @@ bool ShippoKeys::store(const QString &token, const QString &name)
 
 void ShippoKeys::remove(const QString &name)
 {
-    m_secrets.set(QString(), account(name)); // an empty token counts as no token everywhere
+    const std::optional<QString> legacy = m_secrets.get(legacyAccount);
+    if (legacy && legacy == token(name))
+        m_secrets.set(QString(), legacyAccount); // otherwise the key comes back once no name is left
+    m_secrets.set(QString(), account(name));     // an empty token counts as no token everywhere
     QStringList all = names();
     all.removeOne(name);
     write(m_preferences, settings::shippoKeyNames, all);

@@ -119,6 +119,19 @@ struct ShippoShipment {
     }
 };
 
+/// What a list tells of the rate of a label that another program bought in a single call.
+struct ShippoKnownRate {
+    std::optional<QString> amount;
+    std::optional<QString> provider;
+    std::optional<QString> service; ///< for display
+
+    static constexpr auto fields()
+    {
+        using K = ShippoKnownRate;
+        return std::tuple{field("amount", &K::amount), field("provider", &K::provider), field("service", &K::service)};
+    }
+};
+
 /// A label purchase. Number and links are empty texts, not absent, until the label exists.
 struct ShippoTransaction {
     QString objectId;
@@ -128,7 +141,8 @@ struct ShippoTransaction {
     std::optional<QString> labelUrl;
     std::optional<QString> commercialInvoiceUrl;
     std::optional<QList<ShippoMessage>> messages;
-    std::optional<QString> rate; ///< id of the rate bought
+    std::optional<QString> rate;               ///< id of the rate bought
+    std::optional<ShippoKnownRate> rateObject; ///< see withRateIds()
     std::optional<QString> objectCreated;
     std::optional<bool> test;
     std::optional<QString> metadata;
@@ -144,6 +158,7 @@ struct ShippoTransaction {
                           field("commercialInvoiceUrl", &T::commercialInvoiceUrl),
                           field("messages", &T::messages),
                           field("rate", &T::rate),
+                          field("rateObject", &T::rateObject),
                           field("objectCreated", &T::objectCreated),
                           field("test", &T::test),
                           field("metadata", &T::metadata)};

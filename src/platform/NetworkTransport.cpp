@@ -115,7 +115,7 @@ Task<HttpAnswer> NetworkTransport::send(HttpRequest request)
     // A connection that breaks during the response has a status, too. A 4xx or 5xx status is a complete response.
     if (status == 0 || (reply->error() != QNetworkReply::NoError && status < 400))
         throwFailure(*reply, request);
-    co_return HttpAnswer{status, reply->readAll()};
+    co_return HttpAnswer{status, reply->readAll(), reply->rawHeaderPairs()};
 }
 
 } // namespace parcelory

@@ -50,8 +50,7 @@ TEST(ShippoError, TellsWhetherTheRequestMayHaveReachedTheCarrier)
         EXPECT_EQ(fate(ShippoError::http(status, {})), RequestFate::unknown) << status;
     EXPECT_EQ(fate(AppError(u"timeout"_s)), RequestFate::unknown);
     EXPECT_EQ(fate(DecodeError(u"status"_s)), RequestFate::unknown);
-    EXPECT_EQ(fate(Unconfirmed(u"detail: Not found."_s)), RequestFate::unknown);
-    EXPECT_EQ(fate(UnconfirmedPurchase(u"detail: Not found."_s, u"1"_s)), RequestFate::unknown);
+    EXPECT_EQ(fate(Unconfirmed(u"detail: Not found."_s, u"1"_s)), RequestFate::unknown);
 }
 
 } // namespace parcelory::test

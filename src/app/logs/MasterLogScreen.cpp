@@ -16,7 +16,6 @@
 #include <QScopeGuard>
 
 #include <algorithm>
-#include <cmath>
 #include <memory>
 #include <optional>
 #include <tuple>
@@ -104,7 +103,13 @@ Task<> MasterLogScreen::load()
     const std::tuple asked(from.value(), to.value(), m_app.keyChanges.value());
     try {
         const auto listing = std::make_shared<Listing>();
-        listing->onPage = [this] { pages = pages + 1; };
+        listing->onPage = [this] {
+            pages = pages + 1;
+            message = QString();
+        };
+        listing->onWait = [this](std::chrono::seconds pause) {
+            message = u"Shippo takes no more requests for now — the list goes on in %1 s."_s.arg(pause.count());
+        };
         const QList<MasterEntry> found = co_await m_app.shippo.masterLog(from, to, listing);
         if (asked != std::tuple(from.value(), to.value(), m_app.keyChanges.value()))
             co_return; // the screen shows other days or another account by now
@@ -120,15 +125,15 @@ Task<> MasterLogScreen::load()
 
 QString MasterLogScreen::summaryLine() const
 {
-    double cents = 0;
+    double dollars = 0;
     qsizetype count = 0;
     for (const MasterEntry &entry : entries.value()) {
         if (!counts(entry))
             continue;
         ++count;
-        cents += std::round(entry.amount * 100);
+        dollars += entry.amount;
     }
-    return QString::number(count) + u" shipments • $"_s + fixed(cents / 100, 2) + u" postage"_s;
+    return QString::number(count) + u" shipments • $"_s + fixed(dollars, 2) + u" postage"_s;
 }
 
 std::optional<MasterEntry> MasterLogScreen::selectedEntry() const

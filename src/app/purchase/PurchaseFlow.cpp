@@ -70,8 +70,8 @@ Task<SaleResult> PurchaseFlow::request(OpenPurchase purchase, QString tag)
             result.kind = SaleResult::Kind::notBought;
             m_app.errors.record(buyContext, error, Popup::yes);
         }
-        if (const auto *unconfirmed = dynamic_cast<const UnconfirmedPurchase *>(&error))
-            result.entry.record.transactionID = unconfirmed->transactionId();
+        if (const auto *unconfirmed = dynamic_cast<const Unconfirmed *>(&error))
+            result.entry.record.transactionID = unconfirmed->recordId();
     }
     if (result.kind == SaleResult::Kind::notBought)
         co_await close(purchase.id);

@@ -25,6 +25,7 @@ struct HttpRequest {
 struct HttpAnswer {
     int status = 0; ///< the HTTP status, any value; 0 if the response was not HTTP
     QByteArray body;
+    QList<std::pair<QByteArray, QByteArray>> headers = {};
 };
 
 /// No connection was made, so the server has seen nothing of the request.
