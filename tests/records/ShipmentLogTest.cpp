@@ -64,7 +64,7 @@ TEST(ShipmentLog, MigratesALogOfTheFirstVersionOnce)
         EXPECT_EQ(old.zip11, QString());
         EXPECT_EQ(old.weightOz, 0);
         EXPECT_FALSE(old.hasCustomsPDF);
-        EXPECT_EQ(log.zpl(old.id), "^XA");
+        EXPECT_EQ(*log.zpl(old.id), "^XA");
     }
 }
 
@@ -88,8 +88,8 @@ TEST(ShipmentLog, ReadsBackEveryFieldAndTheDocumentsOnlyOnDemand)
     EXPECT_FALSE(read.zpl || read.customsPDF);
     for (QString R::*text : texts)
         EXPECT_EQ(read.*text, written.*text);
-    EXPECT_EQ(log.zpl(1), written.zpl);
-    EXPECT_EQ(log.customsPDF(1), written.customsPDF);
+    EXPECT_EQ(*log.zpl(1), written.zpl);
+    EXPECT_EQ(*log.customsPDF(1), written.customsPDF);
 }
 
 TEST(ShipmentLog, HasNoDocumentForARowWithoutOneNorForAnUnknownRow)
@@ -100,14 +100,14 @@ TEST(ShipmentLog, HasNoDocumentForARowWithoutOneNorForAnUnknownRow)
     empty.zpl = QByteArray();
     EXPECT_TRUE(log.insert(shipmentTo(u"None"_s)) && log.insert(empty));
     for (const qint64 id : {1, 2, 3}) {
-        EXPECT_EQ(log.zpl(id), std::nullopt);
-        EXPECT_EQ(log.customsPDF(id), std::nullopt);
+        EXPECT_EQ(*log.zpl(id), std::nullopt);
+        EXPECT_EQ(*log.customsPDF(id), std::nullopt);
     }
     EXPECT_TRUE(log.storeCustomsPDF(1, "%PDF"));
     EXPECT_TRUE(log.setStatus(2, u"REFUND_PENDING"_s));
     log.reload();
     EXPECT_EQ(shown(log).size(), 2);
-    EXPECT_EQ(log.customsPDF(1), "%PDF");
+    EXPECT_EQ(*log.customsPDF(1), "%PDF");
     EXPECT_EQ(file.ask("SELECT status || (customs_pdf IS NULL) FROM shipments ORDER BY id"),
               (QStringList{u"PRINTED0"_s, u"REFUND_PENDING1"_s}));
 }
@@ -168,12 +168,12 @@ TEST(ShipmentLog, ExportsOldestFirstAndImportsItBack)
     file.put(u"log.txt"_s, text.toUtf8());
     const LogFile copy;
     ShipmentLog second(QDir(copy.folder.path()));
-    EXPECT_EQ(second.importEndiciaCSV(file.path(u"log.txt"_s)), 3);
+    EXPECT_EQ(second.importEndiciaCSV(file.path(u"log.txt"_s)).imported, 3);
     EXPECT_EQ(exported(second), text);
     EXPECT_EQ(shown(second), (QStringList{u"Second  line \U0001FA99 'א';"_s, full.recipient, u"First"_s}));
     EXPECT_EQ(second.records()[0].status, QString()); // "PRINTED" is not exported
     EXPECT_EQ(second.records()[1].weight, u"1 lb 8 oz"_s);
-    EXPECT_EQ(second.importEndiciaCSV(file.path(u"log.txt"_s)), 3); // imports do not check for duplicates
+    EXPECT_EQ(second.importEndiciaCSV(file.path(u"log.txt"_s)).imported, 3); // imports do not check for duplicates
     EXPECT_EQ(copy.recipients().size(), 6);
 }
 
@@ -196,7 +196,7 @@ TEST(ShipmentLog, ImportsFilesAsOtherProgramsWriteThem)
         const LogFile file;
         ShipmentLog log(QDir(file.folder.path()));
         file.put(u"log.txt"_s, row.bytes);
-        EXPECT_EQ(log.importEndiciaCSV(file.path(u"log.txt"_s)), row.recipients.size()) << row.what;
+        EXPECT_EQ(log.importEndiciaCSV(file.path(u"log.txt"_s)).imported, row.recipients.size()) << row.what;
         EXPECT_EQ(file.recipients(), row.recipients) << row.what;
         EXPECT_EQ(file.ask("SELECT 1 FROM shipments WHERE status NOT IN ('', 'VOID')"), QStringList()) << row.what;
     }
@@ -218,9 +218,9 @@ TEST(ShipmentLog, ReportsTheProgressOfAnExchangeAndCancelsIt)
     };
 
     for (const Progress &end : {canceledAt(2), canceledAt(1)})
-        EXPECT_EQ(log.importEndiciaCSV(file.path(u"log.txt"_s), end), 0);
+        EXPECT_TRUE(log.importEndiciaCSV(file.path(u"log.txt"_s), KnownRows::import, end).isCanceled);
     EXPECT_EQ(file.recipients(), QStringList());
-    EXPECT_EQ(log.importEndiciaCSV(file.path(u"log.txt"_s), tell), 5000);
+    EXPECT_EQ(log.importEndiciaCSV(file.path(u"log.txt"_s), KnownRows::import, tell).imported, 5000);
     const qint64 bytes = 5000 * mailLine("Ana").size();
     EXPECT_EQ(told.last(), std::pair(bytes, bytes));
     EXPECT_GT(told.size(), 1);
@@ -228,13 +228,13 @@ TEST(ShipmentLog, ReportsTheProgressOfAnExchangeAndCancelsIt)
     told.clear();
     QBuffer whole, half, refusing;
     ASSERT_TRUE(whole.open(QIODevice::WriteOnly) && half.open(QIODevice::WriteOnly));
-    EXPECT_TRUE(log.exportEndiciaCSV(whole, tell));
+    EXPECT_TRUE(*log.exportEndiciaCSV(whole, tell));
     EXPECT_EQ(told.last(), std::pair(qint64(5000), qint64(5000)));
     EXPECT_EQ(whole.data().count('\n'), 5001);
-    EXPECT_FALSE(log.exportEndiciaCSV(half, canceledAt(2)));
+    EXPECT_FALSE(*log.exportEndiciaCSV(half, canceledAt(2)));
     EXPECT_LT(half.size(), whole.size());
     EXPECT_TRUE(whole.data().startsWith(half.data()));
-    EXPECT_FALSE(log.exportEndiciaCSV(refusing)); // not open, so writing fails
+    EXPECT_FALSE(*log.exportEndiciaCSV(refusing)); // not open, so writing fails
 }
 
 TEST(ShipmentLog, RejectsAFileThatIsNotText)
