@@ -131,7 +131,7 @@ Task<QList<PracticeOrder>> signIn(AppState &app, QList<PracticeOrder> orders)
 QString exportLog(const AppState &app)
 {
     const QString path = app.platform.dataFolder.absoluteFilePath(u"Mail Log Export.csv"_s);
-    if (!saveFile(path, [&app](QIODevice &file) { return app.log.exportEndiciaCSV(file); }))
+    if (!saveFile(path, [&app](QIODevice &file) { return app.log.exportEndiciaCSV(file).orThrow(); }))
         throw AppError(u"The mailing log could not be read to its end, so nothing was exported."_s);
     return path;
 }

@@ -30,16 +30,19 @@ bool isFor(const ShipmentRecord &label, const ShippoAddress &recipient)
 
 bool isGivenBack(const ShipmentRecord &label)
 {
-    const RefundState state = refundState(label.status);
+    const RefundState state = refundState(label);
     return state == RefundState::granted || state == RefundState::pending;
 }
 
 QString description(const ShipmentRecord &label, const QDateTime &now)
 {
+    const QString what =
+        joinPresent({label.carrier, label.service}, u" "_s) + u" label "_s + groupsOfFour(label.tracking);
+    if (!label.createdAt.isValid())
+        return what + u" was bought earlier"_s;
     const QDateTime time = label.createdAt.toLocalTime();
     const QString day = time.date() == now.date() ? u"today"_s : u"on "_s + time.toString(u"MMM d, yyyy"_s);
-    return u"%1 label %2 was bought %3 at %4"_s.arg(joinPresent({label.carrier, label.service}, u" "_s),
-                                                    groupsOfFour(label.tracking), day, time.toString(u"h:mm AP"_s));
+    return u"%1 was bought %2 at %3"_s.arg(what, day, time.toString(u"h:mm AP"_s));
 }
 
 } // namespace
@@ -54,6 +57,8 @@ QStringList secondLabelReasons(const SecondLabelFacts &facts)
     QStringList reasons;
     if (facts.lastOutcomeUnknown)
         reasons += u"A label for this recipient may have been bought: the carrier has not confirmed it yet."_s;
+    if (facts.isLogUnreadable)
+        reasons += u"The mailing log can't be read, so Parcelory can't check for an earlier label."_s;
     const QString reference = facts.reference.trimmed();
     for (const ShipmentRecord &label : facts.earlier) {
         if (isGivenBack(label))

@@ -15,6 +15,7 @@ struct SecondLabelFacts {
     bool lastOutcomeUnknown; ///< a purchase for this recipient is unresolved
     QDateTime now;
     QList<ShipmentRecord> earlier; ///< labels for this reference and labels of today, all test or all live
+    bool isLogUnreadable = false;  ///< the mailing log could not be read, so `earlier` is empty
 };
 
 /// True if two recipients have the same name and the same ZIP without its last four digits.

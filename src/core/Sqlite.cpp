@@ -4,17 +4,32 @@
 
 #include <sqlite3.h>
 
+#include <chrono>
 #include <optional>
 
 namespace parcelory {
 
-Database::Database(const QString &path)
+Database::Database(const QString &path, std::chrono::milliseconds patience)
+    : m_path(path.toUtf8()), m_patience(patience)
 {
+    reopen();
+}
+
+bool Database::reopen()
+{
+    sqlite3_close(m_db);
     // Threads share the handle, so request its mutex: some systems' SQLite leaves it out by default.
     constexpr int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_FULLMUTEX;
-    m_open = sqlite3_open_v2(path.toUtf8().constData(), &m_db, flags, nullptr) == SQLITE_OK;
+    m_open = sqlite3_open_v2(m_path.constData(), &m_db, flags, nullptr) == SQLITE_OK;
+    setPatience(m_patience);
+    return m_open;
+}
+
+void Database::setPatience(std::chrono::milliseconds patience)
+{
+    m_patience = patience;
     if (m_db)
-        sqlite3_busy_timeout(m_db, int(std::chrono::milliseconds(busyTimeout).count()));
+        sqlite3_busy_timeout(m_db, int(patience.count()));
 }
 
 Database::~Database()

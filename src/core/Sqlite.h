@@ -19,13 +19,16 @@ public:
     /// How long a statement waits for another program's lock before it fails.
     static constexpr auto busyTimeout = std::chrono::seconds(5);
 
-    /// Opens or creates the file.
-    explicit Database(const QString &path);
+    /// Opens or creates the file. A statement waits for another program's lock for up to `patience`.
+    explicit Database(const QString &path, std::chrono::milliseconds patience = busyTimeout);
     ~Database();
     Database(const Database &) = delete;
     Database &operator=(const Database &) = delete;
 
     bool isOpen() const { return m_open; }
+    /// Tries again to open a file that could not be opened.
+    bool reopen();
+    void setPatience(std::chrono::milliseconds patience);
     /// Runs a script; on failure logs "Parcelory SQL error: " with the library's text.
     bool exec(const char *script);
     /// The library's text about the last failure on this connection.
@@ -43,6 +46,8 @@ public:
     sqlite3 *handle() const { return m_db; }
 
 private:
+    const QByteArray m_path;
+    std::chrono::milliseconds m_patience;
     sqlite3 *m_db = nullptr;
     bool m_open = false;
 };

@@ -1,5 +1,6 @@
 #include "records/EndiciaDates.h"
 
+#include <QLocale>
 #include <QRegularExpression>
 
 #include <optional>
@@ -16,13 +17,24 @@ const QDate epoch(1970, 1, 1);
 struct Written {
     QDate date;
     QTime time;
+    std::optional<int> offset = {}; ///< from UTC in seconds, if it is written; otherwise the machine's time zone
 };
 
-std::optional<Written> written(int month, int day, int year, int hour, int minute, bool afternoon)
+/// Two-digit years from 70 on are of the last century: no label is older, and none is bought that far ahead.
+int fullYear(int year)
 {
-    const Written result{QDate(2000 + year, month, day), QTime(hour % 12 + (afternoon ? 12 : 0), minute)};
-    const bool isValid = result.date.isValid() && result.time.isValid() && hour >= 1 && hour <= 12;
-    return isValid ? std::optional(result) : std::nullopt;
+    return year >= 100 ? year : year + (year >= 70 ? 1900 : 2000);
+}
+
+enum class Clock { am, pm, fullDay };
+
+std::optional<Written> written(QDate date, int hour, int minute, int second, Clock clock)
+{
+    const bool isFullDay = clock == Clock::fullDay;
+    if (!isFullDay && (hour < 1 || hour > 12))
+        return std::nullopt;
+    const Written result{date, QTime(isFullDay ? hour : hour % 12 + (clock == Clock::pm ? 12 : 0), minute, second)};
+    return result.date.isValid() && result.time.isValid() ? std::optional(result) : std::nullopt;
 }
 
 /// Reads what text() writes, "11/20/26 02:41 PM"; readAny() reads other spellings, more slowly.
@@ -42,19 +54,60 @@ std::optional<Written> readUsual(QStringView text)
     const auto number = [text](qsizetype at) {
         return (text[at].unicode() - u'0') * 10 + (text[at + 1].unicode() - u'0');
     };
-    return written(number(0), number(3), number(6), number(9), number(12), half == u'P');
+    return written(QDate(fullYear(number(6)), number(0), number(3)), number(9), number(12), 0,
+                   half == u'P' ? Clock::pm : Clock::am);
 }
 
+/// 1 to 12 for an English name of a month or its first three letters; otherwise 0.
+int monthNamed(QStringView name)
+{
+    const QLocale english = QLocale::c();
+    for (int month = 1; month <= 12; ++month) {
+        for (const auto length : {QLocale::LongFormat, QLocale::ShortFormat}) {
+            if (name.compare(english.monthName(month, length), Qt::CaseInsensitive) == 0)
+                return month;
+        }
+    }
+    return 0;
+}
+
+/// Reads the forms in which spreadsheets and other programs save dates.
 std::optional<Written> readAny(QStringView text)
 {
-    static const QRegularExpression form(u"^(\\d{1,2})/(\\d{1,2})/(\\d{2}) (\\d{1,2}):(\\d{2}) ([AP])M$"_s,
-                                         QRegularExpression::CaseInsensitiveOption);
-    const auto match = form.match(text.toString().simplified());
+    const auto formOf = [](const QString &date) {
+        const QString time = u"(?:(?:,? |T)(?<hour>\\d{1,2}):(?<minute>\\d{2})(?::(?<second>\\d{2})(?:\\.\\d+)?)?"
+                             "(?: ?(?<half>[AP])\\.?M\\.?)?(?<zone> ?Z| ?[+-]\\d{2}:?\\d{2})?)?"_s;
+        return QRegularExpression(u'^' + date + time + u'$', QRegularExpression::CaseInsensitiveOption);
+    };
+    static const QRegularExpression forms[] = {
+        formOf(u"(?<m>\\d{1,2})([/-])(?<d>\\d{1,2})\\g2(?<y>\\d{4}|\\d{2})"_s),       // 11/20/26
+        formOf(u"(?<y>\\d{4})([/-])(?<m>\\d{1,2})\\g2(?<d>\\d{1,2})"_s),              // 2026-11-20
+        formOf(u"(?<d>\\d{1,2})\\.(?<m>\\d{1,2})\\.(?<y>\\d{4}|\\d{2})"_s),           // 20.11.2026
+        formOf(u"(?<d>\\d{1,2})[- ](?<m>[A-Z]{3,9})\\.?[- ,]+(?<y>\\d{4}|\\d{2})"_s), // 20-Nov-26
+        formOf(u"(?<m>[A-Z]{3,9})\\.? (?<d>\\d{1,2}),? (?<y>\\d{4})"_s)};             // Nov 20, 2026
+    const QString plain = text.toString().simplified();
+    QRegularExpressionMatch match;
+    for (const QRegularExpression &form : forms) {
+        if (match = form.match(plain); match.hasMatch())
+            break;
+    }
     if (!match.hasMatch())
         return std::nullopt;
-    const auto number = [&match](int group) { return match.capturedView(group).toInt(); };
-    const bool afternoon = match.capturedView(6).compare(u"P", Qt::CaseInsensitive) == 0;
-    return written(number(1), number(2), number(3), number(4), number(5), afternoon);
+    const auto number = [&match](const char *group) { return match.captured(QLatin1StringView(group)).toInt(); };
+    const QString month = match.captured(u"m"_s), half = match.captured(u"half"_s).toUpper();
+    const QDate day(fullYear(number("y")), month[0].isDigit() ? month.toInt() : monthNamed(month), number("d"));
+    std::optional<Written> result = written(day, number("hour"), number("minute"), number("second"),
+                                            half.isEmpty() ? Clock::fullDay
+                                            : half == u'P' ? Clock::pm
+                                                           : Clock::am);
+    QString zone = match.captured(u"zone"_s).remove(u':').trimmed();
+    if (!result || zone.isEmpty())
+        return result;
+    const bool isUtc = zone.compare(u'Z', Qt::CaseInsensitive) == 0;
+    const int seconds =
+        isUtc ? 0 : QStringView(zone).sliced(1, 2).toInt() * 3600 + QStringView(zone).sliced(3).toInt() * 60;
+    result->offset = zone.startsWith(u'-') ? -seconds : seconds;
+    return result;
 }
 
 } // namespace
@@ -110,8 +163,10 @@ std::optional<qint64> EndiciaDates::parse(QStringView text)
         read = readAny(text);
     if (!read)
         return std::nullopt;
-    const auto [date, time] = *read;
+    const auto [date, time, written] = *read;
     const qint64 day = epoch.daysTo(date);
+    if (written)
+        return day * msecsPerDay + time.msecsSinceStartOfDay() - *written * qint64(1000);
     if (const auto offset = usualOffset(day))
         return day * msecsPerDay + time.msecsSinceStartOfDay() - *offset;
     const QDateTime result(date, time);

@@ -13,8 +13,10 @@ namespace parcelory {
 class EndiciaDates {
 public:
     QString text(qint64 msecsSinceEpoch);
-    /// A date as text() writes it, in milliseconds since 1970. Two-digit years are of this century; an hour that a
-    /// daylight-saving change skips is read as the hour after it.
+    /// A date in milliseconds since 1970: as text() writes it, or as a spreadsheet saves it, with a year of four
+    /// digits, 24 hours, seconds, no time, the month's name, or in the ISO form. Slashes and dashes put the month
+    /// first, dots the day. Two-digit years from 70 on are of the last century; an hour that a daylight-saving change
+    /// skips is read as the hour after it. Absent for any other text.
     std::optional<qint64> parse(QStringView text);
 
 private:

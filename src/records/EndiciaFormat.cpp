@@ -76,7 +76,8 @@ void append(QByteArray &text, const Line &line, EndiciaDates &dates)
 {
     const std::optional<LogStatus> status = logStatusFrom(line.status);
     const bool plainStatus = status == LogStatus::printed || status == LogStatus::delivered;
-    const QByteArray date = dates.text(line.createdAt).toLatin1(), postage = fixed(line.postage, 2).toLatin1();
+    const QByteArray date = line.createdAt == 0 ? QByteArray() : dates.text(line.createdAt).toLatin1();
+    const QByteArray postage = fixed(line.postage, 2).toLatin1();
     const QByteArray ounces = line.weightOz > 0 ? general(std::round(line.weightOz)).toLatin1() : QByteArray();
     const QByteArrayView fields[] = {plainStatus ? QByteArrayView() : line.status,
                                      "Stamp",
@@ -117,6 +118,36 @@ QByteArrayView takeLine(QByteArrayView &text)
     return {start, at};
 }
 
+int lineEnds(QByteArrayView text)
+{
+    int ends = 0;
+    for (const char *at = text.begin(), *const end = text.end(); at != end;) {
+        const qsizetype newline = newlineAt(at, end);
+        const bool continues = *at == '\r' && at + 1 != end && at[1] == '\n';
+        ends += newline && !continues;
+        at += std::max<qsizetype>(newline, 1);
+    }
+    return ends;
+}
+
+bool isHeaderOrBlank(QByteArrayView line)
+{
+    const qsizetype tab = line.indexOf('\t');
+    return line.trimmed().isEmpty() || (tab < 0 ? line : line.first(tab)) == "Status";
+}
+
+QByteArray trackingOf(QByteArrayView line)
+{
+    constexpr int place = 11;
+    if (line.count('\t') < requiredFields - 1 || isHeaderOrBlank(line))
+        return {};
+    qsizetype start = 0;
+    for (int field = 0; field < place; ++field)
+        start = line.indexOf('\t', start) + 1;
+    const qsizetype end = line.indexOf('\t', start);
+    return trimBlanks(QString::fromUtf8(line.sliced(start, (end < 0 ? line.size() : end) - start))).toUtf8();
+}
+
 std::optional<ShipmentRecord> parse(QByteArrayView line, EndiciaDates &dates)
 {
     const QString text = QString::fromUtf8(line);
@@ -127,8 +158,7 @@ std::optional<ShipmentRecord> parse(QByteArrayView line, EndiciaDates &dates)
         field = trimBlanks(field);
 
     const std::optional<qint64> date = dates.parse(fields[2]);
-    const qint64 createdAt = date ? *date : QDateTime::currentMSecsSinceEpoch();
-    ShipmentRecord record{.createdAt = QDateTime::fromMSecsSinceEpoch(createdAt, Qt::UTC)};
+    ShipmentRecord record{.createdAt = date ? QDateTime::fromMSecsSinceEpoch(*date, Qt::UTC) : QDateTime()};
     record.carrier = u"USPS"_s;
     record.status = fields[0]; // as read, even if empty
     record.transactionID = fields[3];

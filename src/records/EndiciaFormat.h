@@ -20,7 +20,7 @@ QString header();
 /// The fields of a shipment's line. Texts are UTF-8.
 struct Line {
     QByteArrayView status;
-    qint64 createdAt = 0; ///< milliseconds since 1970
+    qint64 createdAt = 0; ///< milliseconds since 1970; 0 for a shipment without a date
     QByteArrayView transactionID, recipient, zip11;
     double postage = 0, weightOz = 0;
     QByteArrayView balance, service, services, tracking, declaredValue, descriptionText, reference, groupCode, email;
@@ -33,7 +33,17 @@ void append(QByteArray &text, const Line &line, EndiciaDates &dates);
 /// no line is left.
 QByteArrayView takeLine(QByteArrayView &text);
 
-/// The record of one line; nothing for the header and for lines with fewer than 12 fields.
+/// How many lines end in a UTF-8 text; a carriage return with its line feed is one end.
+int lineEnds(QByteArrayView text);
+
+/// True for a line that holds no shipment and should not.
+bool isHeaderOrBlank(QByteArrayView line);
+
+/// The tracking number of a shipment's line; empty for any other line.
+QByteArray trackingOf(QByteArrayView line);
+
+/// The record of one line, without a date if the line's date is in no known form; nothing for the header and for lines
+/// with fewer than 12 fields.
 std::optional<ShipmentRecord> parse(QByteArrayView line, EndiciaDates &dates);
 
 } // namespace EndiciaFormat

@@ -96,7 +96,7 @@ QString labelBlocker(LabelUse use, const ShipmentRecord &record)
     if (!isCarriersId(record.transactionID))
         return u"This shipment was imported and not bought through this Shippo account: "_s +
                (isRefund ? u"its refund can't be requested here."_s : u"its status can't be checked here."_s);
-    if (isRefund && refundState(record.status) == RefundState::granted)
+    if (isRefund && refundState(record) == RefundState::granted)
         return u"This label is refunded already."_s;
     return !isRefund && record.tracking.isEmpty() ? u"This shipment has no tracking number."_s : QString();
 }
@@ -105,7 +105,7 @@ QStringList labelWarnings(LabelUse use, const ShipmentRecord &record, const Labe
 {
     if (use == LabelUse::checkStatus) // a lookup changes nothing
         return {};
-    QStringList warnings = {refundText(use, refundState(record.status)),
+    QStringList warnings = {refundText(use, refundState(record)),
                             journeyText(record, facts),
                             ageText(use, record.createdAt.secsTo(facts.now)),
                             modeText(record.testMode, facts.testKey),

@@ -1,7 +1,10 @@
 #include "records/LabelHistory.h"
 
+#include "records/RefundNotes.h"
 #include "records/ShipmentLogRows.h"
 #include "records/StatusWords.h"
+
+#include <optional>
 
 namespace parcelory {
 
@@ -36,17 +39,23 @@ bool LabelHistory::setTracked(qint64 shipment, const QString &word, const QDateT
     return m_log.change([&](Database &db) {
         return db.exec(schema) &&
                execute(db, "INSERT OR REPLACE INTO label_tracking (shipment_id, word, heard_at) VALUES (?, ?, ?)",
-                       shipment, word, secondsOf(when));
+                       shipment, word, secondsOf(when)) &&
+               (trackingStatusFrom(word) != TrackingStatus::delivered ||
+                RefundNotes::putStatus(db, shipment, wordOf(LogStatus::delivered)));
     });
 }
 
-LabelHistory::Past LabelHistory::of(qint64 shipment) const
+LogRead<LabelHistory::Past> LabelHistory::of(qint64 shipment) const
 {
-    Past past;
-    m_log.look([&](const Database &db) {
+    return m_log.read<Past>([shipment](const Database &db) -> std::optional<Past> {
+        Past past;
+        if (!ShipmentLogRows::hasTable(db, "label_reprints"))
+            return past;
         Statement reprints(db, "SELECT count(*), max(printed_at) FROM label_reprints WHERE shipment_id = ?");
         reprints.bind(1, shipment);
-        if (reprints.step() && reprints.integer(0) > 0) {
+        if (!reprints.step())
+            return std::nullopt;
+        if (reprints.integer(0) > 0) {
             past.reprints = int(reprints.integer(0));
             past.lastReprint = ShipmentLogRows::timeOf(reprints.real(1));
         }
@@ -54,8 +63,10 @@ LabelHistory::Past LabelHistory::of(qint64 shipment) const
         tracking.bind(1, shipment);
         if (tracking.step())
             past.tracked = trackingStatusFrom(tracking.text(0));
+        else if (!tracking.isComplete())
+            return std::nullopt;
+        return past;
     });
-    return past;
 }
 
 } // namespace parcelory

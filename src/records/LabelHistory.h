@@ -20,8 +20,9 @@ public:
 
     /// `shipment`: the id of a row of the log.
     bool addReprint(qint64 shipment, const QDateTime &when);
+    /// Stores the parcel's tracking status, and "delivered" also as the row's status.
     bool setTracked(qint64 shipment, const QString &word, const QDateTime &when);
-    Past of(qint64 shipment) const;
+    LogRead<Past> of(qint64 shipment) const;
 
 private:
     ShipmentLog &m_log;

@@ -93,10 +93,15 @@ bool ScanForms::remove(qint64 id)
         [&](Database &db) { return putLabels(db, id, {}) && execute(db, "DELETE FROM scan_forms WHERE id = ?", id); });
 }
 
-QList<ScanForm> ScanForms::list(const QByteArray &condition) const
+bool ScanForms::hasForms(const Database &db)
 {
-    QList<ScanForm> forms;
-    m_log.look([&](const Database &db) {
+    return ShipmentLogRows::hasTable(db, "scan_forms");
+}
+
+LogRead<QList<ScanForm>> ScanForms::list(const QByteArray &condition) const
+{
+    return look<QList<ScanForm>>([&](const Database &db) -> std::optional<QList<ScanForm>> {
+        QList<ScanForm> forms;
         Statement rows(db, "SELECT id, asked_at, test_mode, labels, manifest_id FROM scan_forms WHERE " + condition);
         Statement labels(db, "SELECT transaction_id FROM scan_form_labels WHERE form_id = ? ORDER BY rowid");
         while (rows.step()) {
@@ -108,48 +113,48 @@ QList<ScanForm> ScanForms::list(const QByteArray &condition) const
                                                         .transactions = {}});
             for (labels.bind(1, form.id); labels.step();)
                 form.transactions += labels.text(0);
+            if (!labels.isComplete())
+                return std::nullopt;
             labels.reset();
         }
+        return rows.isComplete() ? std::optional(forms) : std::nullopt;
     });
-    return forms;
 }
 
-QList<ScanForm> ScanForms::underWay(bool testMode) const
+LogRead<QList<ScanForm>> ScanForms::underWay(bool testMode) const
 {
     return list("state IN ('ASKED', 'MADE') AND test_mode = " + QByteArray::number(int(testMode)) + " ORDER BY id");
 }
 
-QList<ScanForm> ScanForms::finished(int limit) const
+LogRead<QList<ScanForm>> ScanForms::finished(int limit) const
 {
     return list("state = 'READY' ORDER BY id DESC LIMIT " + QByteArray::number(limit));
 }
 
-bool ScanForms::knowsManifest(const QString &manifestId) const
+LogRead<bool> ScanForms::knowsManifest(const QString &manifestId) const
 {
-    bool known = false;
-    m_log.look([&](const Database &db) {
+    return look<bool>([&](const Database &db) -> std::optional<bool> {
         Statement query(db, "SELECT 1 FROM scan_forms WHERE manifest_id = ?");
         query.bind(1, manifestId);
-        known = query.step();
+        const bool known = query.step();
+        return known || query.isComplete() ? std::optional(known) : std::nullopt;
     });
-    return known;
 }
 
-QList<QByteArray> ScanForms::documents(qint64 id) const
+LogRead<QList<QByteArray>> ScanForms::documents(qint64 id) const
 {
-    QList<QByteArray> documents;
-    m_log.look([&](const Database &db) {
+    return look<QList<QByteArray>>([id](const Database &db) {
+        QList<QByteArray> documents;
         Statement rows(db, "SELECT document FROM scan_form_documents WHERE form_id = ? ORDER BY number");
         for (rows.bind(1, id); rows.step();)
             documents += rows.blob(0).value_or(QByteArray());
+        return rows.isComplete() ? std::optional(documents) : std::nullopt;
     });
-    return documents;
 }
 
-QList<ShipmentRecord> ScanForms::labelsOn(const ScanForm &form) const
+LogRead<QList<ShipmentRecord>> ScanForms::labelsOn(const ScanForm &form) const
 {
-    QList<ShipmentRecord> labels;
-    m_log.look([&](const Database &db) {
+    return look<QList<ShipmentRecord>>([&](const Database &db) {
         Statement query(db, ShipmentLogRows::select +
                                 QByteArray(" WHERE created_at >= ? AND created_at <= ? AND transaction_id IN (SELECT "
                                            "transaction_id FROM scan_form_labels WHERE form_id = ?) ORDER BY "
@@ -157,22 +162,21 @@ QList<ShipmentRecord> ScanForms::labelsOn(const ScanForm &form) const
         query.bind(1, secondsOf(form.askedAt.addDays(-longestWait)));
         query.bind(2, secondsOf(form.askedAt.addDays(1)));
         query.bind(3, form.id);
-        labels = ShipmentLogRows::recordsOf(query);
+        return ShipmentLogRows::allOf(db, query);
     });
-    return labels;
 }
 
-std::optional<QDateTime> ScanForms::formWith(const QString &transactionId) const
+LogRead<std::optional<QDateTime>> ScanForms::formWith(const QString &transactionId) const
 {
-    std::optional<QDateTime> madeAt;
-    m_log.look([&](const Database &db) {
+    using When = std::optional<QDateTime>;
+    return look<When>([&](const Database &db) -> std::optional<When> {
         Statement query(db, "SELECT max(asked_at) FROM scan_forms JOIN scan_form_labels ON form_id = id WHERE "
                             "transaction_id = ? AND state <> 'ASKED'");
         query.bind(1, transactionId);
-        if (query.step() && query.kind(0) != Statement::Kind::null)
-            madeAt = timeOf(query.real(0));
+        if (!query.step())
+            return std::nullopt;
+        return query.kind(0) == Statement::Kind::null ? When() : When(timeOf(query.real(0)));
     });
-    return madeAt;
 }
 
 } // namespace parcelory

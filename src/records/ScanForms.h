@@ -4,6 +4,9 @@
 
 #include <QStringList>
 
+#include <functional>
+#include <optional>
+
 namespace parcelory {
 
 /// A SCAN form, from the moment of its request.
@@ -35,19 +38,26 @@ public:
     [[nodiscard]] bool remove(qint64 id);
 
     /// The forms under way, oldest first.
-    QList<ScanForm> underWay(bool testMode) const;
+    LogRead<QList<ScanForm>> underWay(bool testMode) const;
     /// The forms with documents, newest first.
-    QList<ScanForm> finished(int limit) const;
-    bool knowsManifest(const QString &manifestId) const;
-    QList<QByteArray> documents(qint64 id) const;
+    LogRead<QList<ScanForm>> finished(int limit) const;
+    LogRead<bool> knowsManifest(const QString &manifestId) const;
+    LogRead<QList<QByteArray>> documents(qint64 id) const;
     /// The mailing log's rows of a form's labels, in the order of their purchase. Labels that the account's other desks
     /// bought have no row.
-    QList<ShipmentRecord> labelsOn(const ScanForm &form) const;
+    LogRead<QList<ShipmentRecord>> labelsOn(const ScanForm &form) const;
     /// When the newest form that lists the label was requested; nothing if no form lists it.
-    std::optional<QDateTime> formWith(const QString &transactionId) const;
+    LogRead<std::optional<QDateTime>> formWith(const QString &transactionId) const;
 
 private:
-    QList<ScanForm> list(const QByteArray &condition) const;
+    /// Runs `work`; the empty value for a desk that has made no SCAN form yet.
+    template <class T>
+    LogRead<T> look(const std::function<std::optional<T>(const Database &)> &work) const
+    {
+        return m_log.read<T>([&work](const Database &db) { return hasForms(db) ? work(db) : std::optional<T>(T{}); });
+    }
+    static bool hasForms(const Database &db);
+    LogRead<QList<ScanForm>> list(const QByteArray &condition) const;
 
     ShipmentLog &m_log;
 };

@@ -14,14 +14,14 @@ namespace parcelory {
 /// no longer than reading them once.
 class SearchBlock {
 public:
-    /// A row's position in the result: newest first, and in the order of storing for rows of the same time.
+    /// A row's position in the result: newest first; of rows of the same time, the row stored last.
     struct Place {
         double createdAt; ///< seconds since 1970
         qint64 id;
 
         bool operator<(const Place &other) const
         {
-            return createdAt != other.createdAt ? createdAt > other.createdAt : id < other.id;
+            return createdAt != other.createdAt ? createdAt > other.createdAt : id > other.id;
         }
     };
     /// As stored; null for NULL, which matches nothing.

@@ -1,12 +1,18 @@
 #include "records/ShipmentLog.h"
 
+#include "core/AppError.h"
 #include "core/Progress.h"
+#include "records/LogRead.h"
+#include "records/RefundNotes.h"
 #include "records/ShipmentLogRows.h"
 #include "records/ShipmentRecord.h"
-#include "records/StatusWords.h"
+#include "records/ShipmentStatus.h"
 
+#include <QElapsedTimer>
 #include <QSet>
 
+#include <algorithm>
+#include <chrono>
 #include <functional>
 #include <mutex>
 #include <optional>
@@ -35,7 +41,7 @@ constexpr std::pair<const char *, const char *> addedColumns[] = {
     {"group_code", "TEXT DEFAULT ''"}, {"email", "TEXT DEFAULT ''"},           {"balance", "TEXT DEFAULT ''"},
     {"is_intl", "INTEGER DEFAULT 0"},  {"customs_doc_url", "TEXT DEFAULT ''"}, {"customs_pdf", "BLOB"}};
 
-constexpr auto newestFirst = " ORDER BY created_at DESC LIMIT ";
+constexpr auto newestFirst = " ORDER BY created_at DESC, id DESC LIMIT ";
 
 /// The longest pattern in bytes that LIKE takes by default.
 constexpr qsizetype longestPattern = 50000;
@@ -46,39 +52,127 @@ QString pathIn(const QDir &folder)
     return folder.filePath(u"mailing_log.sqlite"_s);
 }
 
+/// The row of a record that ShipmentLog::find() describes: a list of at most one; nothing if it could not be read.
+std::optional<QList<ShipmentRecord>> rowOf(const Database &db, const ShipmentRecord &record)
+{
+    const QByteArray select = ShipmentLogRows::select;
+    Statement query(db, record.id ? select + " WHERE id = ?"
+                                  : select + " WHERE created_at >= ? AND transaction_id = ? AND transaction_id <> ''" +
+                                        newestFirst + '1');
+    if (!query.isPrepared())
+        return std::nullopt;
+    if (record.id) {
+        query.bind(1, record.id);
+    } else {
+        query.bind(1, ShipmentLogRows::secondsOf(record.createdAt.addDays(-1))); // the clock may have been set back
+        query.bind(2, record.transactionID);
+    }
+    return ShipmentLogRows::allOf(db, query);
+}
+
 } // namespace
+
+/// The connection for one call.
+class ShipmentLog::Turn {
+public:
+    /// A write waits for another program as long as a statement can: what it stores exists nowhere else.
+    explicit Turn(const ShipmentLog &log) : m_lock(log.m_connection) { log.m_db.setPatience(Database::busyTimeout); }
+    /// For a read, the time since its call counts, too, so that a clerk waits for a locked log only once.
+    Turn(const ShipmentLog &log, std::chrono::milliseconds patience, const QElapsedTimer &since)
+        : m_lock(log.m_connection)
+    {
+        const std::chrono::milliseconds left = patience - std::chrono::milliseconds(since.elapsed());
+        log.m_db.setPatience(std::max(left, std::chrono::milliseconds(0)));
+    }
+
+private:
+    const std::lock_guard<std::mutex> m_lock;
+};
 
 ShipmentLog::ShipmentLog(const QDir &folder) : m_path(pathIn(folder)), m_db(m_path), m_index(m_db, m_path, m_connection)
 {
     if (!m_db.isOpen())
         qWarning("Parcelory: cannot open mailing log at %s", qPrintable(m_path));
-    if (m_db.exec(schema))
-        migrate();
-    reload();
+    load({}, listLimit, {}, std::chrono::milliseconds(0));
 }
 
-void ShipmentLog::migrate()
+/// Creates the table and adds missing columns at the first call that can. The caller holds the connection. A log that
+/// could not be prepared may still be readable.
+bool ShipmentLog::isReady() const
+{
+    if (!m_isReady)
+        m_isReady = (m_db.isOpen() || m_db.reopen()) && m_db.exec(schema) && migrate();
+    return m_isReady;
+}
+
+bool ShipmentLog::migrate() const
 {
     QSet<QString> existing;
     for (Statement columns(m_db, "PRAGMA table_info(shipments)"); columns.step();)
         existing.insert(columns.text(1));
-    if (existing.isEmpty())
-        return; // it could not be read: another program has locked the log
-    for (const auto &[name, type] : addedColumns) {
-        if (!existing.contains(QLatin1StringView(name)))
-            m_db.exec(("ALTER TABLE shipments ADD COLUMN " + QByteArray(name) + ' ' + type + ';').constData());
+    const auto isMissing = [&existing](const auto &column) {
+        return !existing.contains(QLatin1StringView(column.first));
+    };
+    if (std::ranges::none_of(addedColumns, isMissing))
+        return true;
+    // One transaction, so that a locked log is waited for once.
+    if (existing.isEmpty() || !m_db.exec("BEGIN IMMEDIATE"))
+        return false;
+    for (const auto &column : addedColumns) {
+        if (isMissing(column))
+            m_db.exec(("ALTER TABLE shipments ADD COLUMN " + QByteArray(column.first) + ' ' + column.second + ';')
+                          .constData());
     }
+    if (m_db.exec("COMMIT"))
+        return true;
+    m_db.exec("ROLLBACK");
+    return false;
+}
+
+QString ShipmentLog::reasonOf(const Database &db)
+{
+    const QString text = db.lastError();
+    return db.isLocked() ? u"another program has it open (%1)"_s.arg(text) : text;
+}
+
+QString ShipmentLog::notRead(const Database &db) const
+{
+    return u"The mailing log could not be read — %1. %2"_s.arg(
+        reasonOf(db), db.isLocked() ? u"Close that program, or wait until it is done, and try again."_s
+                                    : u"Check the disk with %1, and try again."_s.arg(m_path));
+}
+
+/// Throws AppError if another program keeps the log from being prepared.
+void ShipmentLog::prepare() const
+{
+    const Turn turn(*this);
+    if (!isReady() && m_db.isLocked())
+        throw AppError(notRead(m_db));
 }
 
 bool ShipmentLog::reload(const QString &search, int limit, const CancelToken &cancel)
 {
+    return load(search, limit, cancel, Database::busyTimeout);
+}
+
+bool ShipmentLog::load(const QString &search, int limit, const CancelToken &cancel, std::chrono::milliseconds patience)
+{
+    QElapsedTimer since;
+    since.start();
     const std::lock_guard reloading(m_reloading);
-    std::optional<QList<ShipmentRecord>> found = rows(search, limit, cancel);
+    std::optional<QList<ShipmentRecord>> found;
+    QString failure;
+    {
+        const Turn turn(*this, patience, since);
+        failure = look([&](const Database &db) {
+            found = rows(db, search, limit, cancel);
+            return found.has_value();
+        });
+    }
     if (cancel.isCanceled())
         return false;
-    if (!found) {
-        QMetaObject::invokeMethod(
-            this, [this, reason = m_db.lastError()] { emit readingFailed(reason); }, Qt::QueuedConnection);
+    if (!failure.isEmpty()) {
+        QMetaObject::invokeMethod(this, [this, failure] { emit readingFailed(failure); }, Qt::QueuedConnection);
         return false;
     }
     QMetaObject::invokeMethod(
@@ -92,11 +186,32 @@ bool ShipmentLog::reload(const QString &search, int limit, const CancelToken &ca
     return true;
 }
 
-std::optional<QList<ShipmentRecord>> ShipmentLog::rows(const QString &search, int limit, const CancelToken &cancel)
+/// Returns a sentence if a statement failed. The caller holds the connection.
+QString ShipmentLog::look(const std::function<bool(const Database &)> &work) const
 {
-    const std::lock_guard turn(m_connection);
+    if (!isReady() && m_db.isLocked())
+        return notRead(m_db); // do not wait again
     const Snapshot snapshot(m_db);
-    const Interruption interruption(m_db, cancel);
+    Statement first(m_db, "SELECT 1 FROM sqlite_master");
+    first.step();
+    first.reset(); // the snapshot has the lock now, if it can be had
+    const bool isRead = !m_db.isLocked() && work(m_db);
+    return isRead ? QString() : notRead(m_db);
+}
+
+QString ShipmentLog::readInTurn(const std::function<bool(const Database &)> &work) const
+{
+    QElapsedTimer since;
+    since.start();
+    const Turn turn(*this, Database::busyTimeout, since);
+    return look(work);
+}
+
+/// Nothing if reading failed or was canceled.
+std::optional<QList<ShipmentRecord>> ShipmentLog::rows(const Database &db, const QString &search, int limit,
+                                                       const CancelToken &cancel) const
+{
+    const Interruption interruption(db, cancel);
     const QString pattern = u'%' + search + u'%';
     const QByteArray utf8 = pattern.toUtf8();
     if (utf8.size() > longestPattern)
@@ -104,38 +219,28 @@ std::optional<QList<ShipmentRecord>> ShipmentLog::rows(const QString &search, in
     const bool isIndexed = m_index.isCurrent();
     const QByteArray select = ShipmentLogRows::select;
     if (search.isEmpty()) {
-        Statement newest(m_db, select + newestFirst + QByteArray::number(limit));
-        return ShipmentLogRows::allOf(newest);
+        Statement newest(db, select + newestFirst + QByteArray::number(limit));
+        return ShipmentLogRows::allOf(db, newest);
     }
     if (isIndexed) {
         QList<ShipmentRecord> found;
-        Statement row(m_db, select + " WHERE id = ?");
+        Statement row(db, select + " WHERE id = ?");
         for (const qint64 id : m_index.find(utf8, limit, cancel)) {
             row.bind(1, id);
-            const auto one = ShipmentLogRows::allOf(row);
+            const auto one = ShipmentLogRows::plainRowsOf(row);
             if (!one)
                 return std::nullopt;
             found += *one;
             row.reset();
         }
-        return found;
+        return RefundNotes::addTo(db, found) ? std::optional(found) : std::nullopt;
     }
-    Statement query(
-        m_db, select + " WHERE recipient LIKE ?1 OR tracking LIKE ?1 OR description LIKE ?1 OR reference LIKE ?1" +
-                  newestFirst + QByteArray::number(limit));
+    Statement query(db, select +
+                            " WHERE recipient LIKE ?1 OR tracking LIKE ?1 OR description LIKE ?1 OR reference LIKE ?1" +
+                            newestFirst + QByteArray::number(limit));
     if (query.isPrepared())
         query.bind(1, pattern);
-    return ShipmentLogRows::allOf(query);
-}
-
-/// The caller holds both locks.
-bool ShipmentLog::write(Statement &statement)
-{
-    if (statement.execute())
-        return true;
-    m_lastError = m_db.lastError();
-    qWarning("Parcelory SQL error: %s", qPrintable(m_lastError));
-    return false;
+    return ShipmentLogRows::allOf(db, query);
 }
 
 QString ShipmentLog::lastError() const
@@ -144,150 +249,194 @@ QString ShipmentLog::lastError() const
     return m_lastError;
 }
 
+/// Runs `work` as one transaction; on failure keeps the reason. The caller holds both locks.
+bool ShipmentLog::transact(const std::function<bool(Database &)> &work)
+{
+    const auto run = [this](const char *sql) { return Statement(m_db, sql).execute(); };
+    const bool isLocked = !isReady() && m_db.isLocked(); // do not wait again
+    const bool stored = !isLocked && run("BEGIN IMMEDIATE") && work(m_db) && run("COMMIT");
+    if (!stored) {
+        m_lastError = reasonOf(m_db);
+        qWarning("Parcelory SQL error: %s", qPrintable(m_lastError));
+        run("ROLLBACK");
+    }
+    return stored;
+}
+
 bool ShipmentLog::insert(const ShipmentRecord &record, bool reloadAfter)
 {
+    return append(record, false, reloadAfter);
+}
+
+bool ShipmentLog::insertOnce(const ShipmentRecord &record)
+{
+    return append(record, true, true);
+}
+
+bool ShipmentLog::append(const ShipmentRecord &record, bool unlessThere, bool reloadAfter)
+{
+    std::optional<qint64> added;
     bool stored = false;
     {
-        const std::scoped_lock locks(m_writing, m_connection);
-        Statement statement(m_db, ShipmentLogRows::insert);
-        if (statement.isPrepared())
-            ShipmentLogRows::bind(statement, record);
-        stored = write(statement);
-        if (stored)
-            m_index.follow(m_db.lastInsertedId());
+        const std::lock_guard writing(m_writing);
+        const Turn turn(*this);
+        stored = transact([&](Database &db) {
+            const auto there = unlessThere ? rowOf(db, record) : QList<ShipmentRecord>();
+            if (!there || !there->isEmpty())
+                return there.has_value();
+            Statement statement(db, ShipmentLogRows::insert);
+            if (statement.isPrepared())
+                ShipmentLogRows::bind(statement, record);
+            if (!statement.execute())
+                return false;
+            added = db.lastInsertedId();
+            return true;
+        });
+        if (stored && added)
+            m_index.follow(added);
     }
-    if (stored && reloadAfter)
+    if (stored && added && reloadAfter)
         reload();
     return stored;
 }
 
 bool ShipmentLog::setStatus(qint64 id, const QString &status)
 {
-    return update("UPDATE shipments SET status = ? WHERE id = ?", status, id);
+    return update([id, &status](Database &db) { return RefundNotes::putStatus(db, id, status); });
+}
+
+bool ShipmentLog::setRefund(qint64 id, RefundState refund)
+{
+    return update([id, refund](Database &db) { return RefundNotes::putRefund(db, id, refund); });
 }
 
 bool ShipmentLog::storeCustomsPDF(qint64 id, const QByteArray &document)
 {
-    const bool stored = update("UPDATE shipments SET customs_pdf = ? WHERE id = ?", std::optional(document), id);
-    reload();
+    const bool stored = update([id, &document](Database &db) {
+        return execute(db, "UPDATE shipments SET customs_pdf = ? WHERE id = ?", std::optional(document), id);
+    });
+    if (stored) // otherwise a locked log would be waited for again
+        reload();
     return stored;
 }
 
-template <class Value>
-bool ShipmentLog::update(const QByteArray &sql, const Value &value, qint64 id)
+/// Changes a row.
+bool ShipmentLog::update(const std::function<bool(Database &)> &work)
 {
-    const std::scoped_lock locks(m_writing, m_connection);
-    Statement statement(m_db, sql);
-    if (statement.isPrepared()) {
-        statement.bind(1, value);
-        statement.bind(2, id);
-    }
-    const bool stored = write(statement);
+    const std::lock_guard writing(m_writing);
+    const Turn turn(*this);
+    const bool stored = transact(work);
     m_index.follow();
     return stored;
 }
 
 bool ShipmentLog::change(const std::function<bool(Database &)> &work)
 {
-    const std::scoped_lock locks(m_writing, m_connection);
-    const auto run = [this](const char *sql) { return Statement(m_db, sql).execute(); };
-    const bool stored = run("BEGIN IMMEDIATE") && work(m_db) && run("COMMIT");
-    if (!stored) {
-        m_lastError = m_db.lastError();
-        qWarning("Parcelory SQL error: %s", qPrintable(m_lastError));
-        run("ROLLBACK");
-    }
+    const std::lock_guard writing(m_writing);
+    const Turn turn(*this);
+    const bool stored = transact(work);
     m_index.skipOwnWrite();
     return stored;
 }
 
-QList<ShipmentRecord> ShipmentLog::labelsLike(const QString &reference, const QDateTime &since, bool testMode)
+LogRead<QList<ShipmentRecord>> ShipmentLog::labelsLike(const QString &reference, const QDateTime &since,
+                                                       bool testMode) const
 {
-    QList<ShipmentRecord> found;
-    if (!reference.isEmpty())
-        found = rows(reference, listLimit, {}).value_or(QList<ShipmentRecord>());
-    found.removeIf([&](const ShipmentRecord &label) {
-        return label.createdAt >= since || label.reference.compare(reference, Qt::CaseInsensitive) != 0;
+    using Rows = QList<ShipmentRecord>;
+    return read<Rows>([&](const Database &db) {
+        std::optional<Rows> earlier = reference.isEmpty() ? Rows() : rows(db, reference, listLimit, {});
+        Statement query(db, ShipmentLogRows::select +
+                                QByteArray(" WHERE created_at >= ? ORDER BY created_at DESC, id DESC"));
+        if (query.isPrepared())
+            query.bind(1, ShipmentLogRows::secondsOf(since));
+        std::optional<Rows> found = earlier ? ShipmentLogRows::allOf(db, query) : std::nullopt;
+        if (!found)
+            return found;
+        earlier->removeIf([&](const ShipmentRecord &label) {
+            return label.createdAt >= since || label.reference.compare(reference, Qt::CaseInsensitive) != 0;
+        });
+        *found += *earlier;
+        found->removeIf([testMode](const ShipmentRecord &label) { return label.testMode != testMode; });
+        return found;
     });
-    const std::lock_guard turn(m_connection);
-    Statement query(m_db, ShipmentLogRows::select + QByteArray(" WHERE created_at >= ? ORDER BY created_at DESC"));
-    if (query.isPrepared())
-        query.bind(1, ShipmentLogRows::secondsOf(since));
-    found = ShipmentLogRows::recordsOf(query) + found;
-    found.removeIf([testMode](const ShipmentRecord &label) { return label.testMode != testMode; });
-    return found;
 }
 
-void ShipmentLog::look(const std::function<void(const Database &)> &work) const
+LogRead<std::optional<ShipmentRecord>> ShipmentLog::find(const ShipmentRecord &record) const
 {
-    const std::lock_guard turn(m_connection);
-    work(m_db);
+    using Row = std::optional<ShipmentRecord>;
+    return read<Row>([&](const Database &db) -> std::optional<Row> {
+        const std::optional<QList<ShipmentRecord>> found = rowOf(db, record);
+        if (!found)
+            return std::nullopt;
+        return found->isEmpty() ? Row() : Row(found->first());
+    });
 }
 
-std::optional<ShipmentRecord> ShipmentLog::find(const ShipmentRecord &record) const
+LogRead<QList<ShipmentRecord>> ShipmentLog::labelsOf(QDate day) const
 {
-    const std::lock_guard turn(m_connection);
-    const QByteArray select = ShipmentLogRows::select;
-    Statement query(m_db, record.id ? select + " WHERE id = ?"
-                                    : select + " WHERE created_at >= ? AND transaction_id = ? AND transaction_id <> ''"
-                                               " ORDER BY created_at DESC LIMIT 1");
-    if (!query.isPrepared())
-        return std::nullopt;
-    if (record.id) {
-        query.bind(1, record.id);
-    } else {
-        query.bind(1, ShipmentLogRows::secondsOf(record.createdAt.addDays(-1))); // the clock may have been set back
-        query.bind(2, record.transactionID);
+    return read<QList<ShipmentRecord>>([day](const Database &db) {
+        Statement query(db, ShipmentLogRows::select +
+                                QByteArray(" WHERE created_at >= ? AND created_at < ? ORDER BY created_at, id"));
+        if (query.isPrepared()) {
+            query.bind(1, ShipmentLogRows::secondsOf(day.startOfDay()));
+            query.bind(2, ShipmentLogRows::secondsOf(day.addDays(1).startOfDay()));
+        }
+        return ShipmentLogRows::allOf(db, query);
+    });
+}
+
+/// Reads in portions, because other callers wait while a portion is read.
+LogRead<QList<ShipmentRecord>> ShipmentLog::openRefunds(qint64 before, int limit) const
+{
+    using Rows = QList<ShipmentRecord>;
+    constexpr qint64 portion = 20000;
+    const LogRead<qint64> last = read<qint64>([](const Database &db) -> std::optional<qint64> {
+        Statement query(db, "SELECT max(id) FROM shipments");
+        return query.step() ? std::optional(query.integer(0)) : std::nullopt;
+    });
+    if (!last.isRead())
+        return LogRead<Rows>::failed(last.failure());
+    Rows all;
+    for (qint64 end = std::min(before, *last + 1); end > 0 && all.size() < limit; end -= portion) {
+        const LogRead<Rows> some = read<Rows>([&](const Database &db) {
+            Statement query(db, ShipmentLogRows::select + QByteArray(" WHERE id >= ? AND id < ? AND ") +
+                                    RefundNotes::pendingCondition(db) +
+                                    " AND transaction_id <> '' ORDER BY id DESC LIMIT " +
+                                    QByteArray::number(limit - all.size()));
+            if (query.isPrepared()) {
+                query.bind(1, end - portion);
+                query.bind(2, end);
+            }
+            return ShipmentLogRows::allOf(db, query);
+        });
+        if (!some.isRead())
+            return some;
+        all += *some;
     }
-    const QList<ShipmentRecord> found = ShipmentLogRows::recordsOf(query);
-    return found.isEmpty() ? std::nullopt : std::optional(found.first());
+    return all;
 }
 
-QList<ShipmentRecord> ShipmentLog::labelsOf(QDate day) const
-{
-    const std::lock_guard turn(m_connection);
-    Statement query(m_db, ShipmentLogRows::select +
-                              QByteArray(" WHERE created_at >= ? AND created_at < ? ORDER BY created_at, id"));
-    if (!query.isPrepared())
-        return {};
-    query.bind(1, ShipmentLogRows::secondsOf(day.startOfDay()));
-    query.bind(2, ShipmentLogRows::secondsOf(day.addDays(1).startOfDay()));
-    return ShipmentLogRows::recordsOf(query);
-}
-
-QList<ShipmentRecord> ShipmentLog::openRefunds(const QDateTime &since, int limit) const
-{
-    const std::lock_guard turn(m_connection);
-    Statement query(m_db, ShipmentLogRows::select +
-                              QByteArray(" WHERE created_at >= ? AND status IN (?, ?)"
-                                         " AND transaction_id <> '' ORDER BY created_at DESC LIMIT ") +
-                              QByteArray::number(limit));
-    if (query.isPrepared()) {
-        query.bind(1, ShipmentLogRows::secondsOf(since));
-        query.bind(2, wordOf(LogStatus::refundRequested));
-        query.bind(3, wordOf(LogStatus::refundPending));
-    }
-    return ShipmentLogRows::recordsOf(query);
-}
-
-std::optional<QByteArray> ShipmentLog::zpl(qint64 id) const
+LogRead<std::optional<QByteArray>> ShipmentLog::zpl(qint64 id) const
 {
     return blob("SELECT zpl FROM shipments WHERE id = ?", id);
 }
 
-std::optional<QByteArray> ShipmentLog::customsPDF(qint64 id) const
+LogRead<std::optional<QByteArray>> ShipmentLog::customsPDF(qint64 id) const
 {
     return blob("SELECT customs_pdf FROM shipments WHERE id = ?", id);
 }
 
-std::optional<QByteArray> ShipmentLog::blob(const QByteArray &sql, qint64 id) const
+LogRead<std::optional<QByteArray>> ShipmentLog::blob(const QByteArray &sql, qint64 id) const
 {
-    const std::lock_guard turn(m_connection);
-    Statement query(m_db, sql);
-    if (!query.isPrepared())
-        return std::nullopt;
-    query.bind(1, id);
-    return query.step() ? query.blob(0) : std::nullopt;
+    using Bytes = std::optional<QByteArray>;
+    return read<Bytes>([&](const Database &db) -> std::optional<Bytes> {
+        Statement query(db, sql);
+        if (query.isPrepared())
+            query.bind(1, id);
+        if (query.step())
+            return query.blob(0);
+        return query.isComplete() ? std::optional<Bytes>(Bytes()) : std::nullopt;
+    });
 }
 
 } // namespace parcelory

@@ -1,19 +1,34 @@
 #pragma once
 
 #include "core/Sqlite.h"
+#include "records/LogRead.h"
 #include "records/ShipmentLogIndex.h"
 #include "records/ShipmentRecord.h"
+#include "records/ShipmentStatus.h"
 
 #include <QDir>
 #include <QIODevice>
 #include <QList>
 #include <QObject>
 
+#include <chrono>
 #include <functional>
 #include <mutex>
 #include <optional>
 
 namespace parcelory {
+
+/// Whether an import adds shipments whose tracking number is in the log already.
+enum class KnownRows { import, skip };
+
+/// What an import did. Lines are numbered from 1, as an editor shows them.
+struct ImportReport {
+    bool isCanceled = false; ///< nothing was imported
+    int imported = 0;
+    int known = 0;           ///< lines with a tracking number that was in the log already
+    QList<int> skippedLines; ///< not the header, and too short for a shipment
+    QList<int> undatedLines; ///< imported without a date, because theirs is missing or in no known form
+};
 
 /// The permanent record of every bought label, in mailing_log.sqlite. Everything but records() and shownSearch() may be
 /// called from any thread; reading and writing wait for the disk, so screens call them through onPool.
@@ -23,8 +38,8 @@ public:
     /// How many rows the list shows.
     static constexpr int listLimit = 1000;
 
-    /// Opens or creates the log in `folder`, adds missing columns to an older log and loads the newest rows. A failure
-    /// is logged; later calls then return empty results.
+    /// Opens or creates the log in `folder`, adds missing columns to an older log and loads the newest rows. Waits for
+    /// no other program: if that fails, it is logged, and every later call tries again.
     explicit ShipmentLog(const QDir &folder);
 
     /// The rows last loaded, newest first, without their blobs. Main thread only.
@@ -38,28 +53,36 @@ public:
 
     /// Appends a row; false if it could not be stored (the reason is logged and in lastError()).
     [[nodiscard]] bool insert(const ShipmentRecord &record, bool reloadAfter = true);
+    /// Appends a label's row unless the log has it; false if neither is certain.
+    [[nodiscard]] bool insertOnce(const ShipmentRecord &record);
     [[nodiscard]] bool setStatus(qint64 id, const QString &status);
+    /// Stores the outcome of a refund: in the status, or beside it if the parcel was delivered.
+    [[nodiscard]] bool setRefund(qint64 id, RefundState refund);
     [[nodiscard]] bool storeCustomsPDF(qint64 id, const QByteArray &document);
-    /// A record's current row, found by its id, or by its transaction for a label that was just bought; nothing if the
-    /// row is missing or unreadable.
-    std::optional<ShipmentRecord> find(const ShipmentRecord &record) const;
+    /// A record's current row, found by its id, or by its transaction for a label that was just bought; nothing if
+    /// there is no such row.
+    LogRead<std::optional<ShipmentRecord>> find(const ShipmentRecord &record) const;
     /// The labels of a day, in the machine's time zone, in the order in which they were bought.
-    QList<ShipmentRecord> labelsOf(QDate day) const;
+    LogRead<QList<ShipmentRecord>> labelsOf(QDate day) const;
     /// Labels of one kind of key that were bought for this reference or since `since`, newest first.
-    QList<ShipmentRecord> labelsLike(const QString &reference, const QDateTime &since, bool testMode);
-    /// Shipments since `since` whose refund the carrier has not decided, newest first.
-    QList<ShipmentRecord> openRefunds(const QDateTime &since, int limit) const;
-    std::optional<QByteArray> zpl(qint64 id) const;
-    std::optional<QByteArray> customsPDF(qint64 id) const;
+    LogRead<QList<ShipmentRecord>> labelsLike(const QString &reference, const QDateTime &since, bool testMode) const;
+    /// Shipments with a smaller id than `before` whose refund the carrier has not decided, the last row first.
+    LogRead<QList<ShipmentRecord>> openRefunds(qint64 before, int limit) const;
+    LogRead<std::optional<QByteArray>> zpl(qint64 id) const;
+    LogRead<std::optional<QByteArray>> customsPDF(qint64 id) const;
 
     /// Writes the whole log as an Endicia mail log, oldest first, in portions: `progress` counts rows. False if it was
-    /// canceled, the log could not be read completely or `out` did not accept everything; then the output must not
-    /// replace an earlier export.
-    [[nodiscard]] bool exportEndiciaCSV(QIODevice &out, const Progress &progress = {}) const;
-    /// Appends the rows of an Endicia mail log and returns their number; `progress` counts bytes of the file. Appends
-    /// all rows or no rows: throws AppError if the file cannot be read or a row cannot be stored, and returns 0 if
-    /// canceled; in both cases the log is unchanged.
-    int importEndiciaCSV(const QString &path, const Progress &progress = {});
+    /// canceled or `out` did not accept everything; then, and if the log could not be read to its end, the output must
+    /// not replace an earlier export.
+    LogRead<bool> exportEndiciaCSV(QIODevice &out, const Progress &progress = {}) const;
+    /// How many lines of an Endicia mail log have a tracking number that is in the log already. Throws AppError if the
+    /// file or the log cannot be read.
+    int knownLines(const QString &path) const;
+    /// Appends the rows of an Endicia mail log; `progress` counts bytes of the file. Appends all rows or no rows:
+    /// throws AppError if the file cannot be read or a row cannot be stored; in that case, and if canceled, the log is
+    /// unchanged.
+    ImportReport importEndiciaCSV(const QString &path, KnownRows known = KnownRows::import,
+                                  const Progress &progress = {});
 
     /// Why the last write failed.
     QString lastError() const;
@@ -69,27 +92,44 @@ public:
 
     /// Runs `work`, which writes on the connection, as one transaction; false if it failed and nothing was stored.
     [[nodiscard]] bool change(const std::function<bool(Database &)> &work);
-    /// Runs `work`, which reads on the connection.
-    void look(const std::function<void(const Database &)> &work) const;
+    /// Runs `work`, which reads on the connection and returns nothing if a statement failed. All its statements see the
+    /// same state of the file, and only the first one waits for another program.
+    template <class T>
+    LogRead<T> read(const std::function<std::optional<T>(const Database &)> &work) const
+    {
+        std::optional<T> value;
+        const QString failure = readInTurn([&](const Database &db) { return (value = work(db)).has_value(); });
+        return failure.isEmpty() ? LogRead<T>(*std::move(value)) : LogRead<T>::failed(failure);
+    }
 
 signals:
     void recordsChanged();
     /// The rows could not be read, because another program has locked the log or its file is damaged: records() is
-    /// unchanged.
-    void readingFailed(const QString &reason);
+    /// unchanged. `failure` is a sentence.
+    void readingFailed(const QString &failure);
 
 private:
-    void migrate();
-    std::optional<QList<ShipmentRecord>> rows(const QString &search, int limit, const CancelToken &cancel);
-    bool write(Statement &statement);
-    template <class Value>
-    bool update(const QByteArray &sql, const Value &value, qint64 id);
-    std::optional<QByteArray> blob(const QByteArray &sql, qint64 id) const;
+    class Turn;
+    bool isReady() const;
+    bool migrate() const;
+    void prepare() const;
+    static QString reasonOf(const Database &db); ///< why its last statement failed, for the end of a sentence
+    QString notRead(const Database &db) const;   ///< the same as a sentence that says what to do
+    bool load(const QString &search, int limit, const CancelToken &cancel, std::chrono::milliseconds patience);
+    QString look(const std::function<bool(const Database &)> &work) const;
+    QString readInTurn(const std::function<bool(const Database &)> &work) const;
+    std::optional<QList<ShipmentRecord>> rows(const Database &db, const QString &search, int limit,
+                                              const CancelToken &cancel) const;
+    bool transact(const std::function<bool(Database &)> &work);
+    bool update(const std::function<bool(Database &)> &work);
+    bool append(const ShipmentRecord &record, bool unlessThere, bool reloadAfter);
+    LogRead<std::optional<QByteArray>> blob(const QByteArray &sql, qint64 id) const;
 
     QString m_path;
     mutable std::mutex m_connection; ///< m_db serves one thread at a time: the search index depends on its state
-    Database m_db;
-    ShipmentLogIndex m_index;
+    mutable Database m_db;
+    mutable bool m_isReady = false; ///< the file has the table with all columns
+    mutable ShipmentLogIndex m_index;
     mutable std::mutex m_writing; ///< one writer of this program at a time; guards m_lastError
     QString m_lastError;
     std::mutex m_reloading; ///< the list that is read last is also handed over last

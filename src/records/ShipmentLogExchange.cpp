@@ -5,10 +5,12 @@
 #include "core/Task.h"
 #include "records/EndiciaDates.h"
 #include "records/EndiciaFormat.h"
+#include "records/LogRead.h"
 #include "records/ShipmentLogRows.h"
 #include "records/ShipmentRecord.h"
 
 #include <QFile>
+#include <QSet>
 #include <QUtf8StringView>
 
 #include <algorithm>
@@ -65,6 +67,8 @@ public:
     }
     /// The lines of the rows that start() named; nothing if they could not be read.
     std::optional<QByteArray> result() { return m_reading.result(); }
+    /// After result().
+    const Database &database() const { return m_db; }
 
 private:
     std::optional<QByteArray> read(std::span<const qint64> ids)
@@ -89,10 +93,9 @@ private:
 };
 
 /// The ids of all rows, the oldest first; nothing if they could not be read.
-std::optional<std::vector<qint64>> oldestFirst(const QString &path)
+std::optional<std::vector<qint64>> oldestFirst(const Database &db)
 {
-    const Database db(path);
-    Statement query(db, "SELECT id FROM shipments ORDER BY created_at DESC");
+    Statement query(db, "SELECT id FROM shipments ORDER BY created_at DESC, id DESC");
     std::vector<qint64> ids;
     while (query.step())
         ids.push_back(query.integer(0));
@@ -122,52 +125,106 @@ QByteArray readFile(const QString &path)
     return bytes;
 }
 
-/// Appends all lines or no lines and returns their number. Uses its own connection, so that no reader sees rows that
-/// may still be rolled back.
-int appendLines(const QString &path, const QByteArray &text, const Progress &progress)
+/// Reads a file line by line.
+class MailLines {
+public:
+    explicit MailLines(const QByteArray &text) : m_rest(text) {}
+
+    /// False if no line is left.
+    bool next()
+    {
+        const QByteArrayView before = m_rest;
+        line = EndiciaFormat::takeLine(m_rest);
+        number += EndiciaFormat::lineEnds(before.first(line.data() - before.data()));
+        return !line.isEmpty();
+    }
+    qsizetype left() const { return m_rest.size(); }
+
+    QByteArrayView line;
+    int number = 1; ///< of `line`
+
+private:
+    QByteArrayView m_rest;
+};
+
+/// The tracking numbers of a file that are in the log; nothing if the log could not be read.
+std::optional<QSet<QByteArray>> knownTracking(const Database &db, const QByteArray &text)
+{
+    QSet<QByteArray> named, known;
+    for (MailLines lines(text); lines.next();) {
+        if (const QByteArray tracking = EndiciaFormat::trackingOf(lines.line); !tracking.isEmpty())
+            named.insert(tracking);
+    }
+    if (named.isEmpty())
+        return known;
+    Statement rows(db, "SELECT tracking FROM shipments WHERE tracking <> ''");
+    while (rows.step()) {
+        const QByteArrayView tracking = rows.utf8(0);
+        if (const auto place = named.constFind(QByteArray::fromRawData(tracking.data(), tracking.size()));
+            place != named.cend())
+            known.insert(*place);
+    }
+    return rows.isComplete() ? std::optional(known) : std::nullopt;
+}
+
+/// Appends all lines or no lines. Uses its own connection, so that no reader sees rows that may still be rolled back.
+/// `reasonOf` tells why the connection's last statement failed.
+ImportReport appendLines(const QString &path, const QByteArray &text, KnownRows mode, const Progress &progress,
+                         QString (*reasonOf)(const Database &))
 {
     Database db(path);
-    const auto require = [&db](bool done) {
+    const auto require = [&](bool done) {
         if (!done) // closing the connection rolls the transaction back
-            throw AppError(u"The mailing log could not be written, so nothing was imported — "_s + db.lastError() +
-                           u'.');
+            throw AppError(u"The mailing log could not be written, so nothing was imported — "_s + reasonOf(db) + u'.');
     };
     db.exec("PRAGMA cache_spill = OFF"); // a spilled page would lock readers out until the end
     require(db.exec("BEGIN IMMEDIATE"));
-    int count = 0;
-    qint64 lines = 0;
+    const std::optional<QSet<QByteArray>> known = knownTracking(db, text);
+    require(known.has_value());
+    ImportReport report;
+    const ImportReport canceled{.isCanceled = true, .skippedLines = {}, .undatedLines = {}};
+    qint64 count = 0;
     {
         Statement insert(db, ShipmentLogRows::insert);
         EndiciaDates dates;
-        QByteArrayView rest = text;
-        while (!rest.isEmpty()) {
-            if (++lines % portion == 0 && !progress.report(text.size() - rest.size(), text.size()))
-                return 0;
-            const std::optional<ShipmentRecord> record = EndiciaFormat::parse(EndiciaFormat::takeLine(rest), dates);
-            if (!record)
+        for (MailLines lines(text); lines.next();) {
+            if (++count % portion == 0 && !progress.report(text.size() - lines.left(), text.size()))
+                return canceled;
+            const std::optional<ShipmentRecord> record = EndiciaFormat::parse(lines.line, dates);
+            if (!record) {
+                if (!EndiciaFormat::isHeaderOrBlank(lines.line))
+                    report.skippedLines += lines.number;
+                continue;
+            }
+            const bool isKnown = known->contains(record->tracking.toUtf8());
+            report.known += isKnown;
+            if (isKnown && mode == KnownRows::skip)
                 continue;
             require(insert.isPrepared());
             ShipmentLogRows::bind(insert, *record);
             require(insert.execute());
-            ++count;
+            ++report.imported;
+            if (!record->createdAt.isValid())
+                report.undatedLines += lines.number;
         }
     }
     if (!progress.report(text.size(), text.size()))
-        return 0;
+        return canceled;
     require(db.exec("COMMIT"));
-    return count;
+    return report;
 }
 
 } // namespace
 
-bool ShipmentLog::exportEndiciaCSV(QIODevice &out, const Progress &progress) const
+LogRead<bool> ShipmentLog::exportEndiciaCSV(QIODevice &out, const Progress &progress) const
 {
     const auto write = [&out](const QByteArray &text) { return out.write(text) == text.size(); };
     if (!write(EndiciaFormat::header().toUtf8() + '\n'))
         return false;
-    const std::optional<std::vector<qint64>> ids = oldestFirst(m_path);
+    const Database db(m_path);
+    const std::optional<std::vector<qint64>> ids = oldestFirst(db);
     if (!ids)
-        return false;
+        return LogRead<bool>::failed(notRead(db));
     // One reader reads while the other reader's lines are written; reading is most of the work.
     std::array<LineReader, 2> readers{LineReader(m_path), LineReader(m_path)};
     std::span<const qint64> rest(*ids);
@@ -181,24 +238,40 @@ bool ShipmentLog::exportEndiciaCSV(QIODevice &out, const Progress &progress) con
     for (std::size_t done = 0, turn = 0; done < ids->size(); ++turn) {
         LineReader &reader = readers[turn % readers.size()];
         const std::optional<QByteArray> lines = reader.result();
+        if (!lines)
+            return LogRead<bool>::failed(notRead(reader.database()));
         start(reader);
         done = std::min(done + portion, ids->size());
-        if (!lines || !write(*lines) || !progress.report(qint64(done), qint64(ids->size())))
+        if (!write(*lines) || !progress.report(qint64(done), qint64(ids->size())))
             return false;
     }
     return true;
 }
 
-int ShipmentLog::importEndiciaCSV(const QString &path, const Progress &progress)
+int ShipmentLog::knownLines(const QString &path) const
 {
     const QByteArray text = readFile(path);
+    const Database db(m_path);
+    const std::optional<QSet<QByteArray>> known = knownTracking(db, text);
+    if (!known)
+        throw AppError(notRead(db));
     int count = 0;
+    for (MailLines lines(text); !known->isEmpty() && lines.next();)
+        count += known->contains(EndiciaFormat::trackingOf(lines.line));
+    return count;
+}
+
+ImportReport ShipmentLog::importEndiciaCSV(const QString &path, KnownRows known, const Progress &progress)
+{
+    const QByteArray text = readFile(path);
+    ImportReport report;
+    prepare();
     {
         const std::lock_guard writing(m_writing);
-        count = appendLines(m_path, text, progress);
+        report = appendLines(m_path, text, known, progress, &ShipmentLog::reasonOf);
     }
     reload();
-    return count;
+    return report;
 }
 
 } // namespace parcelory

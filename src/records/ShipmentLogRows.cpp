@@ -1,5 +1,6 @@
 #include "records/ShipmentLogRows.h"
 
+#include "records/RefundNotes.h"
 #include "records/ShipmentRecord.h"
 
 #include <optional>
@@ -59,18 +60,26 @@ ShipmentRecord recordOf(const Statement &row)
 
 } // namespace
 
-QList<ShipmentRecord> recordsOf(Statement &query)
+std::optional<QList<ShipmentRecord>> plainRowsOf(Statement &query)
 {
     QList<ShipmentRecord> records;
     while (query.step())
         records.append(recordOf(query));
-    return records;
+    return query.isComplete() ? std::optional(std::move(records)) : std::nullopt;
 }
 
-std::optional<QList<ShipmentRecord>> allOf(Statement &query)
+std::optional<QList<ShipmentRecord>> allOf(const Database &db, Statement &query)
 {
-    QList<ShipmentRecord> records = recordsOf(query);
-    return query.isComplete() ? std::optional(std::move(records)) : std::nullopt;
+    std::optional<QList<ShipmentRecord>> records = plainRowsOf(query);
+    return records && RefundNotes::addTo(db, *records) ? std::move(records) : std::nullopt;
+}
+
+bool hasTable(const Database &db, const char *name)
+{
+    Statement query(db, "SELECT 1 FROM sqlite_master WHERE type = 'table' AND name = ?");
+    if (query.isPrepared())
+        query.bind(1, QString::fromLatin1(name));
+    return query.step();
 }
 
 void bind(Statement &insert, const ShipmentRecord &record)

@@ -11,25 +11,29 @@ namespace parcelory::ShipmentLogRows {
 
 /// The list's columns, without the documents; a WHERE or ORDER BY may follow.
 extern const char *const select;
-/// All remaining rows of a query of these columns.
-QList<ShipmentRecord> recordsOf(Statement &query);
-/// The same; nothing if reading failed before the last row.
-std::optional<QList<ShipmentRecord>> allOf(Statement &query);
+/// All remaining rows of a query of these columns, without noted refunds; nothing if reading failed before the last
+/// row.
+std::optional<QList<ShipmentRecord>> plainRowsOf(Statement &query);
+/// The same with the noted refunds.
+std::optional<QList<ShipmentRecord>> allOf(const Database &db, Statement &query);
+/// For the tables that later versions added with their first row.
+bool hasTable(const Database &db, const char *name);
+
 /// A value of created_at in milliseconds since 1970.
 inline qint64 msecsOf(double createdAt)
 {
     return qRound64(createdAt * 1000);
 }
 
-/// A time as a value of created_at: seconds since 1970.
+/// A time as a value of created_at: seconds since 1970; 0 for a row without a date, which is listed below all others.
 inline double secondsOf(const QDateTime &time)
 {
-    return double(time.toMSecsSinceEpoch()) / 1000;
+    return time.isValid() ? double(time.toMSecsSinceEpoch()) / 1000 : 0;
 }
 
 inline QDateTime timeOf(double createdAt)
 {
-    return QDateTime::fromMSecsSinceEpoch(msecsOf(createdAt));
+    return createdAt == 0 ? QDateTime() : QDateTime::fromMSecsSinceEpoch(msecsOf(createdAt));
 }
 
 extern const char *const insert;

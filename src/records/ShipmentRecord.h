@@ -14,8 +14,8 @@ namespace parcelory {
 
 /// One label in the mailing log.
 struct ShipmentRecord {
-    qint64 id = 0; ///< given by the database
-    QDateTime createdAt = QDateTime::currentDateTime();
+    qint64 id = 0;                                      ///< given by the database
+    QDateTime createdAt = QDateTime::currentDateTime(); ///< invalid if an imported row has no readable date
     QString carrier = QStringLiteral("USPS");
     QString service;
     double postage = 0; ///< US dollars
@@ -41,13 +41,15 @@ struct ShipmentRecord {
     QString customsDocURL;
     std::optional<QByteArray> customsPDF; ///< never loaded with a list
     bool hasCustomsPDF = false;           ///< computed on read
+    QString refund; ///< a refund that `status` no longer tells, in the words of a status; computed on read
 
     bool operator==(const ShipmentRecord &) const = default;
 
     /// The part of `recipient` before the first comma; the rest is the address.
     QString recipientName() const { return recipient.section(u',', 0, 0).trimmed(); }
 
-    /// The fields that are known before the shipment has a row: all but the id and the documents.
+    /// The fields that are known before the shipment has a row: all but the id, the documents and
+    /// what is computed.
     static constexpr auto fields()
     {
         using R = ShipmentRecord;

@@ -27,6 +27,12 @@ RefundState refundState(const QString &status)
     return RefundState::none;
 }
 
+RefundState refundState(const ShipmentRecord &record)
+{
+    const RefundState told = refundState(record.status);
+    return told == RefundState::none ? refundState(record.refund) : told;
+}
+
 QString statusAfter(RefundState refund, const QString &status)
 {
     switch (refund) {
@@ -42,9 +48,9 @@ QString statusAfter(RefundState refund, const QString &status)
     return refundState(status) == RefundState::pending ? wordOf(LogStatus::printed) : status;
 }
 
-QString refundBadge(const QString &status)
+QString refundBadge(RefundState refund)
 {
-    switch (refundState(status)) {
+    switch (refund) {
     case RefundState::pending:
         return u"REFUND PENDING"_s;
     case RefundState::granted:
@@ -80,6 +86,13 @@ QString friendlyStatus(const QString &status)
     return status;
 }
 
+QString friendlyStatus(const ShipmentRecord &record)
+{
+    const QString status = friendlyStatus(record.status);
+    const bool isNoted = refundState(record.status) == RefundState::none && refundState(record) != RefundState::none;
+    return isNoted ? status + u" — "_s + friendlyStatus(record.refund) : status;
+}
+
 QString refundRefusal(const ShipmentRecord &record)
 {
     return u"The carrier has refused the refund of %1's label (%2)."_s.arg(record.recipientName(), record.tracking);
@@ -87,6 +100,8 @@ QString refundRefusal(const ShipmentRecord &record)
 
 QString dateTimeText(const QDateTime &time)
 {
+    if (!time.isValid())
+        return u"—"_s;
     return QLocale::c().toString(time.toLocalTime(), u"MM/dd/yy, h:mm AP"_s);
 }
 

@@ -5,6 +5,9 @@
 #include "core/Platform.h"
 #include "core/Task.h"
 
+#include <QCoreApplication>
+#include <QRegularExpression>
+
 #include <exception>
 #include <optional>
 #include <utility>
@@ -47,6 +50,8 @@ ErrorLog::ErrorLog(Platform &platform)
 
 ErrorLog::~ErrorLog()
 {
+    m_isClosing = true;
+    QCoreApplication::sendPostedEvents(this, QEvent::MetaCall); // entries of the event loop's last turn
     sharedInstance = nullptr;
 }
 
@@ -65,13 +70,27 @@ void ErrorLog::add(APIErrorEntry entry, Popup popup)
         m_entries.resize(capacity);
     save();
     emit entriesChanged();
-    if (popup == Popup::no)
+    if (popup == Popup::no || m_isClosing)
         return;
     const QString title = u"Bad API response, contact Tobin: "_s + m_supportTelephone;
     const QString text = entry.context + u": "_s + entry.detail + u"\n\nFull history: Window ▸ Error Log"_s;
+    if (isRepeated(text))
+        return;
     m_alerts.append({title, text});
     if (m_alerts.size() == 1) // otherwise the running showAlerts() shows it next
         spawn([this] { return showAlerts(); });
+}
+
+/// True if an alert with this text was raised within the last minute; otherwise notes that it is raised now.
+bool ErrorLog::isRepeated(const QString &text)
+{
+    constexpr qint64 pause = 60; // seconds
+    const QDateTime now = m_clock.steadyNow();
+    m_alertTimes.removeIf([&now](const auto &shown) { return shown.value().secsTo(now) >= pause; });
+    if (m_alertTimes.contains(text))
+        return true;
+    m_alertTimes.insert(text, now);
+    return false;
 }
 
 Task<> ErrorLog::showAlerts()
@@ -90,6 +109,20 @@ void ErrorLog::clear()
     emit entriesChanged();
 }
 
+Task<> ErrorLog::clearAsked()
+{
+    if (m_entries.isEmpty())
+        co_return;
+    const int answer =
+        co_await m_prompts.choose({.title = u"Clear the Error Log?"_s,
+                                   .text = u"This deletes %1 for good. Support may still need them: Copy "
+                                           "All keeps them as text."_s.arg(countText()),
+                                   .choices = {u"Cancel"_s, u"Clear"_s},
+                                   .safeChoice = 0});
+    if (answer == 1)
+        clear();
+}
+
 void ErrorLog::save()
 {
     m_file.write(encodeJson(m_entries, Keys::asIs));
@@ -104,8 +137,17 @@ QString ErrorLog::asText() const
 {
     QStringList lines;
     for (const APIErrorEntry &entry : m_entries)
-        lines += timeText(entry.date) + u'\t' + entry.context + u'\t' + entry.detail;
+        lines += lineOf(entry);
     return lines.join(u'\n');
+}
+
+QString ErrorLog::lineOf(const APIErrorEntry &entry)
+{
+    static const QRegularExpression breaks(u"[\\t\\n\\v\\f\\r\\x{85}\\x{2028}\\x{2029}]+"_s);
+    QStringList cells = {timeText(entry.date), entry.context, entry.detail};
+    for (QString &cell : cells)
+        cell.replace(breaks, u" "_s); // a carrier's message may have several lines
+    return cells.join(u'\t');
 }
 
 QString ErrorLog::timeText(const QDateTime &time)

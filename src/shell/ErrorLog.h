@@ -3,8 +3,10 @@
 #include "core/AppError.h"
 #include "core/JsonFile.h"
 #include "core/Platform.h"
+#include "core/Task.h"
 
 #include <QDateTime>
+#include <QHash>
 #include <QList>
 #include <QObject>
 #include <QUuid>
@@ -44,16 +46,20 @@ public:
     ~ErrorLog() override;
 
     /// Records a failure. May be called from any thread; the entry appears in the main thread's next event loop turn.
-    /// An input error never raises the alert, because the screen already shows it.
+    /// An input error never raises the alert, because the screen already shows it; nor does an error that raised it
+    /// less than a minute ago.
     void record(QString context, const std::exception &error, Popup popup);
 
     const QList<APIErrorEntry> &entries() const { return m_entries; } ///< newest first
     void clear();
+    /// Clears the log if the clerk confirms.
+    Task<> clearAsked();
     /// "12 entries"
     QString countText() const;
-    /// The text that Copy All puts on the clipboard: one line per entry with time, context and detail, separated by
-    /// tabs.
+    /// The text that Copy All puts on the clipboard: one line per entry.
     QString asText() const;
+    /// An entry's time, context and detail on one line, separated by tabs.
+    static QString lineOf(const APIErrorEntry &entry);
     static QString timeText(const QDateTime &time);
 
     /// Waits until the file holds what entries() holds.
@@ -64,6 +70,7 @@ signals:
 
 private:
     void add(APIErrorEntry entry, Popup popup);
+    bool isRepeated(const QString &text);
     Task<> showAlerts();
     void save();
 
@@ -72,6 +79,8 @@ private:
     QString m_supportTelephone;
     JsonFile m_file;
     QList<APIErrorEntry> m_entries;
+    QHash<QString, QDateTime> m_alertTimes; ///< when an alert's text was last shown, by the steady clock
+    bool m_isClosing = false;
     QList<std::pair<QString, QString>> m_alerts; ///< the first alert is on screen
 };
 

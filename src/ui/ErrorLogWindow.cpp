@@ -1,5 +1,6 @@
 #include "ui/ErrorLogWindow.h"
 
+#include "core/Task.h"
 #include "core/ports/Desktop.h"
 #include "shell/ErrorLog.h"
 #include "ui/parts/Button.h"
@@ -97,7 +98,8 @@ QWidget *ErrorLogWindow::makeToolbar()
     auto *copy = new Button(u"Copy All"_s, Button::Kind::standard, u"ui_copy"_s);
     auto *clear = new Button(u"Clear"_s, Button::Kind::danger, u"ui_trash"_s);
     connect(copy, &QPushButton::clicked, this, [this] { m_desktop.copyText(m_errors.asText()); });
-    connect(clear, &QPushButton::clicked, this, [this] { m_errors.clear(); });
+    connect(clear, &QPushButton::clicked, this,
+            [this] { spawn([&errors = m_errors] { return errors.clearAsked(); }); });
     return (new Toolbar)->add(m_count)->fill()->add(copy)->add(clear);
 }
 
@@ -121,14 +123,12 @@ void ErrorLogWindow::refresh()
     m_pages->setCurrentIndex(m_errors.entries().isEmpty() ? 1 : 0);
 }
 
-/// Copies the chosen entry in the format of Copy All.
+/// Copies the chosen entry in the format of Copy All; without one, keeps the clipboard's content.
 void ErrorLogWindow::copyChosen()
 {
     const QModelIndex row = m_table->currentIndex();
-    QStringList cells;
-    for (int column = 0; column < columnTotal; ++column)
-        cells += row.siblingAtColumn(column).data().toString();
-    m_desktop.copyText(cells.join(u'\t'));
+    if (row.isValid())
+        m_desktop.copyText(ErrorLog::lineOf(m_model->entryAt(row.row())));
 }
 
 } // namespace parcelory

@@ -19,6 +19,7 @@ public:
     using QAbstractTableModel::QAbstractTableModel;
 
     void setEntries(const QList<APIErrorEntry> &entries);
+    const APIErrorEntry &entryAt(int row) const { return m_entries[row]; }
 
     int rowCount(const QModelIndex &parent = {}) const override;
     int columnCount(const QModelIndex &parent = {}) const override;

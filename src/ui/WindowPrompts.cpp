@@ -40,6 +40,13 @@ void WindowPrompts::attach(QWidget *window, Clock &clock)
     m_clock = &clock;
 }
 
+/// A question belongs in front of the window whose button was pressed.
+QWidget *WindowPrompts::activeOrMain() const
+{
+    QWidget *active = QApplication::activeWindow();
+    return active && active->windowType() == Qt::Window ? active : m_window.data();
+}
+
 Task<int> WindowPrompts::run(QDialog *dialog)
 {
     const QPointer<QWidget> focus = dialog->parentWidget() ? dialog->parentWidget()->focusWidget() : nullptr;
@@ -84,7 +91,7 @@ Task<> WindowPrompts::alert(QString title, QString text)
 Task<int> WindowPrompts::choose(Question question)
 {
     const int safeChoice = question.safeChoice;
-    const int result = co_await run(makeQuestion(*m_clock, question, m_window));
+    const int result = co_await run(makeQuestion(*m_clock, question, activeOrMain()));
     co_return result == QDialog::Rejected ? safeChoice : result - 1;
 }
 

@@ -22,6 +22,7 @@ public:
     Task<QString> openFile(QString title) override;
 
 private:
+    QWidget *activeOrMain() const;
     Task<int> run(QDialog *dialog);
     Task<QString> pickFile(QFileDialog *dialog);
 

@@ -149,11 +149,37 @@ TEST(EndiciaFormat, WritesAndReadsDatesOnATwelveHourClockInEveryLanguage)
         EXPECT_EQ(parseDate(text), time) << text.toStdString();
     }
     EXPECT_EQ(parseDate(u" 1/2/26  9:05 pm "_s), QDateTime(QDate(2026, 1, 2), QTime(21, 5)));
-    for (const QString &text :
-         {u""_s, u"01/02/2026 12:05 AM"_s, u"13/02/26 12:05 AM"_s, u"02/29/26 01:00 PM"_s, u"01/02/26 00:05 AM"_s,
-          u"01/02/26 13:05 PM"_s, u"01/02/26 11:60 AM"_s, u"01/02/26 14:05"_s, u"2026-01-02 14:05"_s})
+    for (const QString &text : {u""_s, u"13/02/26 12:05 AM"_s, u"02/29/26 01:00 PM"_s, u"01/02/26 00:05 AM"_s,
+                                u"01/02/26 13:05 PM"_s, u"01/02/26 11:60 AM"_s, u"01/02/26 24:05"_s, u"01/02-26"_s,
+                                u"20-Nev-26"_s, u"46346.6"_s, u"01/02/202 14:05"_s})
         EXPECT_FALSE(parseDate(text)) << text.toStdString();
     QLocale::setDefault(before);
+}
+
+TEST(EndiciaFormat, ReadsDatesAsSpreadsheetsSaveThem)
+{
+    const QDateTime minute(QDate(2026, 11, 20), QTime(14, 41)), second = minute.addSecs(9);
+    const std::pair<QString, QDateTime> rows[] = {
+        {u"11/20/2026 2:41 PM"_s, minute},
+        {u"11/20/2026 14:41"_s, minute},
+        {u"11/20/26 14:41:09"_s, second},
+        {u"11/20/2026 02:41:09 p.m."_s, second},
+        {u"11/20/26, 2:41\u202FPM"_s, minute},
+        {u"11-20-2026 14:41"_s, minute},
+        {u"11/20/2026"_s, QDateTime(minute.date(), QTime(0, 0))},
+        {u"2026-11-20 14:41"_s, minute},
+        {u"2026-11-20T14:41:09.250"_s, second},
+        {u"2026-11-20T14:41:09Z"_s, QDateTime(minute.date(), QTime(14, 41, 9), Qt::UTC)},
+        {u"2026-11-20 14:41:09 -05:30"_s, QDateTime(minute.date(), QTime(20, 11, 9), Qt::UTC)},
+        {u"20.11.2026 14:41"_s, minute},
+        {u"20-Nov-26 14:41"_s, minute},
+        {u"Nov 20, 2026 2:41 PM"_s, minute},
+        {u"november 20, 2026 2:41 pm"_s, minute},
+        {u"12/31/99 11:59 PM"_s, QDateTime(QDate(1999, 12, 31), QTime(23, 59))},
+        {u"1/1/70 0:00"_s, QDateTime(QDate(1970, 1, 1), QTime(0, 0))},
+    };
+    for (const auto &[text, time] : rows)
+        EXPECT_EQ(parseDate(text), time) << text.toStdString();
 }
 
 TEST(EndiciaFormat, AgreesWithTheSystemsCalendarAroundClockChanges)

@@ -1,10 +1,13 @@
 #include "core/AppError.h"
+#include "records/LabelHistory.h"
+#include "records/ScanForms.h"
 #include "records/ShipmentLog.h"
 #include "records/ShipmentRecord.h"
 #include "support/LogFile.h"
+#include "support/WaitingRoom.h"
 
+#include <QBuffer>
 #include <QScopeGuard>
-#include <sqlite3.h>
 #include <sys/resource.h>
 #include <unistd.h>
 
@@ -20,33 +23,6 @@ using namespace Qt::StringLiterals;
 using testing::HasSubstr;
 
 namespace {
-
-/// SQLite's own file access, but waiting for a lock takes no time: it calls the test instead.
-struct WaitingRoom {
-    sqlite3_vfs *system = sqlite3_vfs_find(nullptr);
-    sqlite3_vfs files = *system;
-    static inline std::function<void()> whenWaiting;
-    static inline int waited = 0; ///< microseconds that a caller would have slept
-
-    explicit WaitingRoom(std::function<void()> action = {})
-    {
-        whenWaiting = std::move(action);
-        waited = 0;
-        files.zName = "waiting-room";
-        files.xSleep = [](sqlite3_vfs *, int microseconds) {
-            waited += microseconds;
-            if (whenWaiting)
-                std::exchange(whenWaiting, {})();
-            return microseconds;
-        };
-        sqlite3_vfs_register(&files, 1);
-    }
-    ~WaitingRoom()
-    {
-        sqlite3_vfs_unregister(&files);
-        sqlite3_vfs_register(system, 1);
-    }
-};
 
 /// Limits this process's files to `bytes`, like a full disk: a write beyond it fails or calls `atTheEnd`.
 class FullDisk {
@@ -142,6 +118,97 @@ TEST(ShipmentLog, ReportsALostRowWhenTheLockIsNeverReleased)
     expectHealthy(file, log);
 }
 
+TEST(ShipmentLog, TellsAnUnreadableLogFromAMissingLabelAfterOneWait)
+{
+    const WaitingRoom room;
+    UsedLog file;
+    ShipmentLog &log = file.log;
+    LabelHistory history(log);
+    const ScanForms forms(log);
+    const QDateTime now = shipmentTo({}, 9).createdAt;
+    EXPECT_TRUE(history.addReprint(1, now));
+    EXPECT_TRUE(ScanForms(log).begin({.askedAt = now, .manifestId = {}, .transactions = {}}));
+    const auto failureOf = [](const auto &read) { return read.isRead() ? u"read"_s : read.failure(); };
+    const std::function<QString()> reads[] = {[&] { return failureOf(log.find({.id = 99})); },
+                                              [&] { return failureOf(log.labelsOf(now.date())); },
+                                              [&] { return failureOf(log.labelsLike(u"R"_s, now, false)); },
+                                              [&] { return failureOf(log.openRefunds(99, 50)); },
+                                              [&] { return failureOf(log.zpl(99)); },
+                                              [&] { return failureOf(log.customsPDF(99)); },
+                                              [&] { return failureOf(history.of(99)); },
+                                              [&] { return failureOf(forms.underWay(false)); },
+                                              [&] { return failureOf(forms.formWith(u"t"_s)); },
+                                              [&] {
+                                                  QBuffer out;
+                                                  out.open(QIODevice::WriteOnly);
+                                                  return failureOf(log.exportEndiciaCSV(out));
+                                              },
+                                              [&] {
+                                                  QString failure = u"read"_s;
+                                                  QObject here;
+                                                  QObject::connect(&log, &ShipmentLog::readingFailed, &here,
+                                                                   [&](const QString &text) { failure = text; });
+                                                  log.reload(u"Before"_s);
+                                                  settle();
+                                                  return failure;
+                                              }};
+    for (const auto &read : reads)
+        EXPECT_EQ(read(), u"read"_s);
+    Database other(file.path());
+    ASSERT_TRUE(other.exec("BEGIN EXCLUSIVE"));
+    for (const auto &read : reads) {
+        WaitingRoom::expect(0, {});
+        EXPECT_EQ(read(), u"The mailing log could not be read — another program has it open (database is locked). "
+                          "Close that program, or wait until it is done, and try again."_s);
+        EXPECT_GT(WaitingRoom::waited, 4500000);
+        EXPECT_LT(WaitingRoom::waited, 5500000) << &read - reads;
+    }
+    ASSERT_TRUE(other.exec("ROLLBACK"));
+    expectHealthy(file, log);
+}
+
+TEST(ShipmentLog, OpensAnOlderLogWithoutWaitingAndPreparesItLater)
+{
+    const WaitingRoom room;
+    const LogFile file;
+    file.run(
+        "CREATE TABLE shipments (id INTEGER PRIMARY KEY AUTOINCREMENT, created_at REAL NOT NULL, carrier TEXT,"
+        " service TEXT, postage REAL, recipient TEXT, services TEXT, tracking TEXT, tracking_url TEXT, weight TEXT,"
+        " description TEXT, reference TEXT, transaction_id TEXT, label_url TEXT, status TEXT, test_mode INTEGER,"
+        " zpl BLOB)");
+    for (const char *lock : {"BEGIN IMMEDIATE", "BEGIN EXCLUSIVE"}) {
+        Database other(file.path());
+        ASSERT_TRUE(other.exec(lock));
+        WaitingRoom::expect(0, {});
+        ShipmentLog log(QDir(file.folder.path()));
+        EXPECT_EQ(WaitingRoom::waited, 0) << "the window is not up yet";
+        EXPECT_FALSE(log.insert(shipmentTo(u"Ana"_s)));
+        EXPECT_LT(WaitingRoom::waited, 5500000);
+        WaitingRoom::expect(1000000, [&other] { EXPECT_TRUE(other.exec("ROLLBACK")); });
+        EXPECT_TRUE(log.insert(shipmentTo(u"Ana"_s))) << lock;
+        EXPECT_EQ(shown(log).first(), u"Ana"_s);
+        file.run("ALTER TABLE shipments DROP COLUMN zip11");
+    }
+}
+
+TEST(ShipmentLog, AddsALabelOnlyOnce)
+{
+    const WaitingRoom room;
+    UsedLog file;
+    ShipmentRecord label = shipmentTo(u"Ana"_s);
+    label.transactionID = transactionId();
+    Database other(file.path());
+    for (const char *lock : {"BEGIN EXCLUSIVE", "BEGIN EXCLUSIVE", "BEGIN IMMEDIATE"}) {
+        ASSERT_TRUE(other.exec(lock));
+        WaitingRoom::expect(4000000, [&other] { EXPECT_TRUE(other.exec("ROLLBACK")); });
+        EXPECT_TRUE(file.log.insertOnce(label));
+    }
+    ASSERT_TRUE(other.exec("BEGIN EXCLUSIVE"));
+    WaitingRoom::expect(6000000, [&other] { EXPECT_TRUE(other.exec("ROLLBACK")); });
+    EXPECT_FALSE(file.log.insertOnce(label)) << "neither found nor added";
+    EXPECT_EQ(file.recipients(), (QStringList{u"Before"_s, u"Ana"_s}));
+}
+
 TEST(ShipmentLog, ReportsALostRowWhenTheDiskIsFull)
 {
     UsedLog file;
@@ -226,7 +293,7 @@ TEST(ShipmentLog, KeepsRunningWithoutAUsableFile)
         EXPECT_FALSE(log.insert(shipmentTo(u"Lost"_s))) << row.what;
         EXPECT_FALSE(log.setStatus(1, u"REFUNDED"_s));
         EXPECT_FALSE(log.storeCustomsPDF(1, "%PDF"));
-        EXPECT_EQ(log.zpl(1), std::nullopt);
+        EXPECT_FALSE(log.zpl(1).isRead() || log.find({.id = 1}).isRead());
         EXPECT_NE(importFailure(log, file.path(u"log.txt"_s)), u"imported"_s) << row.what;
         EXPECT_TRUE(shown(log).isEmpty());
         EXPECT_EQ(exported(log).count(u'\n'), 1);

@@ -102,7 +102,7 @@ private:
 QList<qint64> plainlyFound(const Database &db, const QByteArray &pattern, int limit)
 {
     Statement query(db, "SELECT id FROM shipments WHERE recipient LIKE ?1 OR tracking LIKE ?1 OR description LIKE ?1"
-                        " OR reference LIKE ?1 ORDER BY created_at DESC LIMIT " +
+                        " OR reference LIKE ?1 ORDER BY created_at DESC, id DESC LIMIT " +
                             QByteArray::number(limit));
     query.bind(1, QString::fromUtf8(pattern));
     QList<qint64> ids;

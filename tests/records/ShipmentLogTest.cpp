@@ -7,7 +7,9 @@
 
 #include <QBuffer>
 
+#include <functional>
 #include <optional>
+#include <tuple>
 #include <utility>
 
 namespace parcelory::test {
@@ -64,7 +66,7 @@ TEST(ShipmentLog, MigratesALogOfTheFirstVersionOnce)
         EXPECT_EQ(old.zip11, QString());
         EXPECT_EQ(old.weightOz, 0);
         EXPECT_FALSE(old.hasCustomsPDF);
-        EXPECT_EQ(log.zpl(old.id), "^XA");
+        EXPECT_EQ(*log.zpl(old.id), "^XA");
     }
 }
 
@@ -88,8 +90,8 @@ TEST(ShipmentLog, ReadsBackEveryFieldAndTheDocumentsOnlyOnDemand)
     EXPECT_FALSE(read.zpl || read.customsPDF);
     for (QString R::*text : texts)
         EXPECT_EQ(read.*text, written.*text);
-    EXPECT_EQ(log.zpl(1), written.zpl);
-    EXPECT_EQ(log.customsPDF(1), written.customsPDF);
+    EXPECT_EQ(*log.zpl(1), written.zpl);
+    EXPECT_EQ(*log.customsPDF(1), written.customsPDF);
 }
 
 TEST(ShipmentLog, HasNoDocumentForARowWithoutOneNorForAnUnknownRow)
@@ -100,14 +102,14 @@ TEST(ShipmentLog, HasNoDocumentForARowWithoutOneNorForAnUnknownRow)
     empty.zpl = QByteArray();
     EXPECT_TRUE(log.insert(shipmentTo(u"None"_s)) && log.insert(empty));
     for (const qint64 id : {1, 2, 3}) {
-        EXPECT_EQ(log.zpl(id), std::nullopt);
-        EXPECT_EQ(log.customsPDF(id), std::nullopt);
+        EXPECT_EQ(*log.zpl(id), std::nullopt);
+        EXPECT_EQ(*log.customsPDF(id), std::nullopt);
     }
     EXPECT_TRUE(log.storeCustomsPDF(1, "%PDF"));
     EXPECT_TRUE(log.setStatus(2, u"REFUND_PENDING"_s));
     log.reload();
     EXPECT_EQ(shown(log).size(), 2);
-    EXPECT_EQ(log.customsPDF(1), "%PDF");
+    EXPECT_EQ(*log.customsPDF(1), "%PDF");
     EXPECT_EQ(file.ask("SELECT status || (customs_pdf IS NULL) FROM shipments ORDER BY id"),
               (QStringList{u"PRINTED0"_s, u"REFUND_PENDING1"_s}));
 }
@@ -168,13 +170,92 @@ TEST(ShipmentLog, ExportsOldestFirstAndImportsItBack)
     file.put(u"log.txt"_s, text.toUtf8());
     const LogFile copy;
     ShipmentLog second(QDir(copy.folder.path()));
-    EXPECT_EQ(second.importEndiciaCSV(file.path(u"log.txt"_s)), 3);
+    EXPECT_EQ(second.importEndiciaCSV(file.path(u"log.txt"_s)).imported, 3);
     EXPECT_EQ(exported(second), text);
     EXPECT_EQ(shown(second), (QStringList{u"Second  line \U0001FA99 'א';"_s, full.recipient, u"First"_s}));
     EXPECT_EQ(second.records()[0].status, QString()); // "PRINTED" is not exported
     EXPECT_EQ(second.records()[1].weight, u"1 lb 8 oz"_s);
-    EXPECT_EQ(second.importEndiciaCSV(file.path(u"log.txt"_s)), 3); // imports do not check for duplicates
+    EXPECT_EQ(second.importEndiciaCSV(file.path(u"log.txt"_s)).imported, 3); // imports do not check for duplicates
     EXPECT_EQ(copy.recipients().size(), 6);
+}
+
+TEST(ShipmentLog, KeepsTheOrderOfRowsOfOneMinuteThroughAnExchange)
+{
+    const LogFile file, copy;
+    ShipmentLog log(QDir(file.folder.path())), second(QDir(copy.folder.path()));
+    for (const QString &name : {u"Ana"_s, u"Ben"_s, u"Cy"_s})
+        EXPECT_TRUE(log.insert(shipmentTo(name)));
+    EXPECT_EQ(shown(log), (QStringList{u"Cy"_s, u"Ben"_s, u"Ana"_s}));
+    file.put(u"log.txt"_s, exported(log).toUtf8());
+    second.importEndiciaCSV(file.path(u"log.txt"_s));
+    EXPECT_EQ(shown(second), shown(log));
+    EXPECT_EQ(exported(second), exported(log));
+}
+
+TEST(ShipmentLog, TellsWhichLinesOfAnImportWereKnownShortOrUndated)
+{
+    const LogFile file;
+    ShipmentLog log(QDir(file.folder.path()));
+    const auto line = [](const QByteArray &recipient, const QByteArray &date, const QByteArray &tracking) {
+        return mailLine(recipient).replace("11/20/26 02:41 PM", date).replace("9400", tracking);
+    };
+    file.put(u"log.txt"_s, EndiciaFormat::header().toUtf8() + "\r\n" +                      // line 1
+                               line("Ana", "11/20/2026 14:41", "1").replace("\n", "\r\n") + // 2
+                               "\r\na\tb\tc\r\n" +                                          // 3 is empty, 4 too short
+                               line("Ben", "yesterday", "2") + line("Cy", "", "") + "total\n");
+    const auto imported = [&](KnownRows known) {
+        const ImportReport report = log.importEndiciaCSV(file.path(u"log.txt"_s), known);
+        EXPECT_EQ(report.skippedLines, (QList<int>{4, 7}));
+        return report;
+    };
+    EXPECT_EQ(log.knownLines(file.path(u"log.txt"_s)), 0);
+    const ImportReport first = imported(KnownRows::skip);
+    EXPECT_EQ(std::tuple(first.imported, first.known), std::tuple(3, 0));
+    EXPECT_EQ(first.undatedLines, (QList<int>{5, 6}));
+    EXPECT_EQ(log.knownLines(file.path(u"log.txt"_s)), 2);
+    const ImportReport second = imported(KnownRows::skip);
+    EXPECT_EQ(std::tuple(second.imported, second.known), std::tuple(1, 2)) << "the row without a number";
+    const ImportReport third = imported(KnownRows::import);
+    EXPECT_EQ(std::tuple(third.imported, third.known), std::tuple(3, 2));
+
+    EXPECT_EQ(shown(log).first(), u"Ana"_s) << "rows without a date are last";
+    EXPECT_FALSE(log.records().last().createdAt.isValid());
+    EXPECT_EQ(log.labelsOf(QDate::currentDate())->size(), 0);
+    EXPECT_EQ(log.labelsOf(QDate(2026, 11, 20))->size(), 2);
+    EXPECT_TRUE(exported(log).contains(u"\tStamp\t\tpiece\tBen\t"_s));
+}
+
+TEST(ShipmentLog, KeepsTheRefundOfADeliveredParcel)
+{
+    const LogFile file;
+    ShipmentLog log(QDir(file.folder.path()));
+    ShipmentRecord label = shipmentTo(u"Ana"_s);
+    label.transactionID = transactionId();
+    EXPECT_TRUE(log.insert(label));
+    const auto row = [&] { return (*log.find({.id = 1})).value(); };
+    const struct {
+        const char *what;
+        std::function<bool()> change;
+        QString status, refund;
+        bool isPending;
+    } steps[] = {
+        {"delivered", [&] { return log.setStatus(1, u"DELIVERED"_s); }, u"DELIVERED"_s, {}, false},
+        {"requested", [&] { return log.setStatus(1, u"REFUND_PENDING"_s); }, u"REFUND_PENDING"_s, {}, true},
+        {"delivered", [&] { return log.setStatus(1, u"DELIVERED"_s); }, u"DELIVERED"_s, u"REFUND_PENDING"_s, true},
+        {"delivered again", [&] { return log.setStatus(1, u"DELIVERED"_s); }, u"DELIVERED"_s, u"REFUND_PENDING"_s,
+         true},
+        {"refused", [&] { return log.setRefund(1, RefundState::failed); }, u"DELIVERED"_s, u"REFUND_ERROR"_s, false},
+        {"requested", [&] { return log.setStatus(1, u"REFUND_PENDING"_s); }, u"REFUND_PENDING"_s, {}, true},
+        {"granted", [&] { return log.setRefund(1, RefundState::granted); }, u"REFUNDED"_s, {}, false},
+        {"delivered", [&] { return log.setStatus(1, u"DELIVERED"_s); }, u"DELIVERED"_s, u"REFUNDED"_s, false},
+        {"never requested", [&] { return log.setRefund(1, RefundState::none); }, u"DELIVERED"_s, {}, false},
+    };
+    for (const auto &[what, change, status, refund, isPending] : steps) {
+        EXPECT_TRUE(change()) << what;
+        EXPECT_EQ(row().status, status) << what;
+        EXPECT_EQ(row().refund, refund) << what;
+        EXPECT_EQ(log.openRefunds(99, 50)->size(), isPending) << what;
+    }
 }
 
 TEST(ShipmentLog, ImportsFilesAsOtherProgramsWriteThem)
@@ -196,7 +277,7 @@ TEST(ShipmentLog, ImportsFilesAsOtherProgramsWriteThem)
         const LogFile file;
         ShipmentLog log(QDir(file.folder.path()));
         file.put(u"log.txt"_s, row.bytes);
-        EXPECT_EQ(log.importEndiciaCSV(file.path(u"log.txt"_s)), row.recipients.size()) << row.what;
+        EXPECT_EQ(log.importEndiciaCSV(file.path(u"log.txt"_s)).imported, row.recipients.size()) << row.what;
         EXPECT_EQ(file.recipients(), row.recipients) << row.what;
         EXPECT_EQ(file.ask("SELECT 1 FROM shipments WHERE status NOT IN ('', 'VOID')"), QStringList()) << row.what;
     }
@@ -218,9 +299,9 @@ TEST(ShipmentLog, ReportsTheProgressOfAnExchangeAndCancelsIt)
     };
 
     for (const Progress &end : {canceledAt(2), canceledAt(1)})
-        EXPECT_EQ(log.importEndiciaCSV(file.path(u"log.txt"_s), end), 0);
+        EXPECT_TRUE(log.importEndiciaCSV(file.path(u"log.txt"_s), KnownRows::import, end).isCanceled);
     EXPECT_EQ(file.recipients(), QStringList());
-    EXPECT_EQ(log.importEndiciaCSV(file.path(u"log.txt"_s), tell), 5000);
+    EXPECT_EQ(log.importEndiciaCSV(file.path(u"log.txt"_s), KnownRows::import, tell).imported, 5000);
     const qint64 bytes = 5000 * mailLine("Ana").size();
     EXPECT_EQ(told.last(), std::pair(bytes, bytes));
     EXPECT_GT(told.size(), 1);
@@ -228,13 +309,13 @@ TEST(ShipmentLog, ReportsTheProgressOfAnExchangeAndCancelsIt)
     told.clear();
     QBuffer whole, half, refusing;
     ASSERT_TRUE(whole.open(QIODevice::WriteOnly) && half.open(QIODevice::WriteOnly));
-    EXPECT_TRUE(log.exportEndiciaCSV(whole, tell));
+    EXPECT_TRUE(*log.exportEndiciaCSV(whole, tell));
     EXPECT_EQ(told.last(), std::pair(qint64(5000), qint64(5000)));
     EXPECT_EQ(whole.data().count('\n'), 5001);
-    EXPECT_FALSE(log.exportEndiciaCSV(half, canceledAt(2)));
+    EXPECT_FALSE(*log.exportEndiciaCSV(half, canceledAt(2)));
     EXPECT_LT(half.size(), whole.size());
     EXPECT_TRUE(whole.data().startsWith(half.data()));
-    EXPECT_FALSE(log.exportEndiciaCSV(refusing)); // not open, so writing fails
+    EXPECT_FALSE(*log.exportEndiciaCSV(refusing)); // not open, so writing fails
 }
 
 TEST(ShipmentLog, RejectsAFileThatIsNotText)

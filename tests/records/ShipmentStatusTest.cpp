@@ -21,7 +21,7 @@ TEST(ShipmentStatus, HasTextsForTheClerk)
                 {u"Voided"_s, u"Voided"_s, {}}};
     for (const auto &row : rows) {
         EXPECT_EQ(friendlyStatus(row.stored), row.display);
-        EXPECT_EQ(refundBadge(row.stored), row.badge);
+        EXPECT_EQ(refundBadge(refundState(row.stored)), row.badge);
     }
 }
 

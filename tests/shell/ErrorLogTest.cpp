@@ -134,6 +134,28 @@ TEST_F(ErrorLogTest, AlertsOnRequestButNeverAboutTheClerksOwnData)
     EXPECT_EQ(log->entries().size(), std::ssize(rows));
 }
 
+TEST_F(ErrorLogTest, RaisesOneAlertAMinuteForTheSameErrorAndKeepsEveryEntry)
+{
+    const int alerts[] = {1, 1, 2, 2};
+    for (const int expected : alerts) {
+        record(u"Rates"_s, lost, Popup::yes);
+        EXPECT_EQ(world.prompts.alerts.size(), expected);
+        world.clock.advance(std::chrono::seconds(31));
+    }
+    record(u"Refund"_s, lost, Popup::yes);
+    EXPECT_EQ(world.prompts.alerts.size(), 3) << "another operation failed";
+    EXPECT_EQ(log->entries().size(), 5);
+}
+
+TEST_F(ErrorLogTest, WritesAnErrorOfTheEventLoopsLastTurn)
+{
+    log->record(u"Refund"_s, lost, Popup::yes);
+    log.reset();
+    open();
+    EXPECT_EQ(log->entries().size(), 1);
+    EXPECT_TRUE(world.prompts.alerts.isEmpty()) << "no window is left to show it";
+}
+
 TEST_F(ErrorLogTest, SetsAnUnreadableFileAsideWhenReplacingIt)
 {
     const std::pair<QByteArray, bool> rows[] = {{"[]", false},          {"garbage", true},   {"", true},
@@ -157,8 +179,9 @@ TEST_F(ErrorLogTest, CopiesAllAsTextAndClearsPermanently)
     record(u"Rates"_s, lost);
     EXPECT_EQ(log->countText(), u"1 entries"_s);
     world.clock.start = QDateTime(QDate(2026, 1, 2), QTime(0, 5, 9));
-    record(u"Refund"_s, std::runtime_error("no"));
-    EXPECT_EQ(log->asText(), u"01/02/26 12:05:09 AM\tRefund\tno\n11/20/26 2:41:00 PM\tRates\t"_s + lost.description());
+    record(u"Refund"_s, std::runtime_error("no\r\n\tway"));
+    EXPECT_EQ(log->asText(),
+              u"01/02/26 12:05:09 AM\tRefund\tno way\n11/20/26 2:41:00 PM\tRates\t"_s + lost.description());
 
     log->clear();
     EXPECT_EQ(saved(), "[]");

@@ -63,7 +63,7 @@ inline QString exported(const ShipmentLog &log)
 {
     QBuffer text;
     text.open(QIODevice::WriteOnly);
-    [[maybe_unused]] const bool complete = log.exportEndiciaCSV(text);
+    [[maybe_unused]] const auto complete = log.exportEndiciaCSV(text);
     return QString::fromUtf8(text.data());
 }
 

@@ -123,11 +123,17 @@ TEST_F(LogViewsTest, TheErrorLogUpdatesCopiesAndClears)
     errors.record(u"Update"_s, AppError(u"A long story. "_s.repeated(40)), Popup::no);
     runUntil([&] { return rows->model()->rowCount() == 2; });
     EXPECT_GT(rows->rowHeight(0), 2 * rows->rowHeight(1)) << "the Error column wraps";
+    desktop.clipboard = u"mine"_s;
+    QTest::keyClick(rows, Qt::Key_C, Qt::ControlModifier);
+    EXPECT_EQ(desktop.clipboard, u"mine"_s) << "no row is chosen";
     press(u"Copy All"_s);
     EXPECT_EQ(desktop.clipboard, errors.asText());
     rows->selectRow(1);
     QTest::keyClick(rows, Qt::Key_C, Qt::ControlModifier);
     EXPECT_EQ(desktop.clipboard, errors.asText().section(u'\n', 1));
+    press(u"Clear"_s); // the clerk cancels
+    EXPECT_EQ(errors.entries().size(), 2);
+    prompts.answer = 1;
     press(u"Clear"_s);
     press(u"Copy All"_s);
     EXPECT_EQ(desktop.clipboard, QString());

@@ -88,8 +88,10 @@ void LabelScreen::showSecondLabel(const QString &warning, bool agreed)
 
 Task<QString> LabelScreen::secondLabelWarning(SecondLabelFacts facts, bool testMode)
 {
-    facts.earlier =
+    const auto earlier =
         co_await onPool(m_app.log, &ShipmentLog::labelsLike, facts.reference, facts.now.date().startOfDay(), testMode);
+    facts.earlier = earlier.valueOr({});
+    facts.isLogUnreadable = !earlier.isRead();
     co_return secondLabelReasons(facts).join(u'\n');
 }
 

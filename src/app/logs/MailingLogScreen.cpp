@@ -31,14 +31,30 @@ MailingLogScreen::MailingLogScreen(AppState &app)
 {
     connect(&app.log, &ShipmentLog::recordsChanged, this, &MailingLogScreen::takeRecords);
     connect(this, &MailingLogScreen::recordsChanged, this, &MailingLogScreen::changed);
-    connect(&app.log, &ShipmentLog::readingFailed, this, [this](const QString &reason) {
-        message = u"The mailing log could not be read — %1. The list is unchanged."_s.arg(reason);
-    });
+    connect(&app.log, &ShipmentLog::readingFailed, this, &MailingLogScreen::takeReadFailure);
+}
+
+MailingLogScreen::~MailingLogScreen()
+{
+    m_app.platform.clock.cancel(m_retry);
+}
+
+void MailingLogScreen::takeReadFailure(const QString &failure)
+{
+    readFailure = failure;
+    m_failureMessage = failure + u" The list is unchanged; Parcelory tries again by itself."_s;
+    message = m_failureMessage;
+    m_app.platform.clock.cancel(m_retry);
+    m_retry = m_app.platform.clock.after(retryPause, [this] { spawn([this] { return catchUp(); }); });
 }
 
 /// A new label reloads the list without the search; the search is then repeated.
 void MailingLogScreen::takeRecords()
 {
+    m_app.platform.clock.cancel(m_retry);
+    readFailure = QString();
+    if (!m_failureMessage.isEmpty() && message.value() == m_failureMessage)
+        message = QString();
     if (!isUpToDate()) {
         spawn([this] { return catchUp(); });
         return;
@@ -85,6 +101,8 @@ std::optional<ShipmentRecord> MailingLogScreen::selectedRecord() const
 QString MailingLogScreen::countText() const
 {
     const qsizetype count = records().size();
+    if (count == 0 && !readFailure.value().isEmpty())
+        return {};
     const bool searching = !m_app.log.shownSearch().isEmpty();
     const QString number = count < ShipmentLog::listLimit ? QString::number(count) : u"%1 newest"_s.arg(count);
     return number + (count == 1 ? u" shipment"_s : u" shipments"_s) + (searching ? u" found"_s : QString());
@@ -113,7 +131,12 @@ Task<> MailingLogScreen::reprintCustoms(ShipmentRecord record)
     busy = true;
     const auto done = qScopeGuard([this] { busy = false; });
     message = QString();
-    std::optional<QByteArray> document = co_await onPool(m_app.log, &ShipmentLog::customsPDF, record.id);
+    const auto stored = co_await onPool(m_app.log, &ShipmentLog::customsPDF, record.id);
+    if (!stored.isRead()) {
+        fail(u"Customs Docs Reprint"_s, AppError(stored.failure()), Popup::no);
+        co_return;
+    }
+    std::optional<QByteArray> document = *stored;
     if (!document) {
         message = u"Fetching customs docs…"_s;
         try {
@@ -157,28 +180,36 @@ Task<> MailingLogScreen::checkStatus(ShipmentRecord record)
         const ShippoTrackStatus track = co_await m_app.shippo.track(carrier, record.tracking);
         const auto status = track.trackingStatus.value_or(ShippoTrackStatus::TrackingStatus{});
         const QString word = status.status.value_or(wordOf(TrackingStatus::unknown));
-        message = joinPresent({word, status.statusDetails.value_or(QString())}, u": "_s);
-        co_await onPool(m_app.labelHistory, &LabelHistory::setTracked, record.id, word, m_app.platform.clock.now());
-        if (trackingStatusFrom(word) == TrackingStatus::delivered)
-            co_await storeStatus(record.id, wordOf(LogStatus::delivered));
+        const QString text = joinPresent({word, status.statusDetails.value_or(QString())}, u": "_s);
+        message = text;
+        const QString unwritten =
+            co_await write([id = record.id, word, now = m_app.platform.clock.now()](AppState &app) {
+                return app.labelHistory.setTracked(id, word, now);
+            });
+        if (!unwritten.isEmpty()) {
+            m_app.errors.record(u"Check Status"_s, AppError(text + u". "_s + unwritten), Popup::no);
+            message = text + u". "_s + unwritten;
+        }
     } catch (const AppError &error) {
-        message = error.description();
-        m_app.errors.record(u"Check Status"_s, error, Popup::yes);
+        fail(u"Check Status"_s, error, Popup::yes);
     }
 }
 
-/// False, with the reason as message, if the log could not be written.
-Task<bool> MailingLogScreen::storeStatus(qint64 id, QString status)
+void MailingLogScreen::fail(const QString &context, const AppError &error, Popup popup)
 {
-    const QString reason = co_await onPool([&log = m_app.log, id, status, asked = search.value()] {
-        if (!log.setStatus(id, status))
-            return log.lastError();
-        log.reload(asked);
+    message = error.description();
+    m_app.errors.record(context, error, popup);
+}
+
+/// Changes the log and lists it again. Returns a sentence if the log could not be written.
+Task<QString> MailingLogScreen::write(std::function<bool(AppState &app)> change)
+{
+    co_return co_await onPool([&app = m_app, change, asked = search.value()] {
+        if (!change(app))
+            return u"The mailing log could not be written — %1."_s.arg(app.log.lastError());
+        app.log.reload(asked);
         return QString();
     });
-    if (!reason.isEmpty())
-        message = u"The mailing log could not be written — "_s + reason + u'.';
-    co_return reason.isEmpty();
 }
 
 void MailingLogScreen::copyTracking(ShipmentRecord record)

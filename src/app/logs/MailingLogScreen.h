@@ -3,10 +3,12 @@
 #include "app/AppState.h"
 #include "core/Observable.h"
 #include "core/Task.h"
+#include "shell/ErrorLog.h"
 
 #include <QObject>
 #include <QProperty>
 
+#include <functional>
 #include <optional>
 
 namespace parcelory {
@@ -16,10 +18,13 @@ class MailingLogScreen : public Observable {
     Q_OBJECT
 public:
     explicit MailingLogScreen(AppState &app);
+    ~MailingLogScreen() override;
 
     Observed<QString> search{this};                 ///< as typed; setting it reloads the list
     Observed<std::optional<qint64>> selected{this}; ///< the id of a record in records()
     Observed<QString> message{this};                ///< result of the last operation
+    /// Why the list could not be read; empty once it is read again. Until then the screen retries by itself.
+    Observed<QString> readFailure{this};
     Observed<bool> busy{this, false};
     /// Progress of an export or import, 0 to 1; empty if neither is running.
     Observed<std::optional<double>> progress{this};
@@ -58,7 +63,10 @@ signals:
 private:
     bool isUpToDate() const { return m_app.log.shownSearch() == search.value(); }
     void takeRecords();
-    Task<bool> storeStatus(qint64 id, QString status);
+    void takeReadFailure(const QString &failure);
+    void fail(const QString &context, const AppError &error, Popup popup);
+    Task<QString> write(std::function<bool(AppState &app)> change);
+    Task<bool> confirmRefund(ShipmentRecord record);
     Task<bool> noteRefund(ShipmentRecord record);
     Task<> closeRefund(QString transactionId);
     Task<> requestRefund(ShipmentRecord record);
@@ -68,6 +76,9 @@ private:
 
     AppState &m_app;
     bool m_reloading = false;
+    QString m_failureMessage; ///< `message` if the list could not be read
+    quint64 m_retry = 0;      ///< a timer
+    static constexpr Clock::Duration retryPause = std::chrono::seconds(10);
     CancelToken m_query;  ///< of the search that is under way
     CancelToken m_cancel; ///< of the export or import
     QPropertyNotifier m_searchWatch;

@@ -4,17 +4,67 @@
 #include "core/AppError.h"
 #include "core/Progress.h"
 #include "core/Task.h"
+#include "core/ports/Prompts.h"
+#include "records/ShipmentLog.h"
 #include "shell/ErrorLog.h"
 
 #include <QElapsedTimer>
 #include <QFileInfo>
 #include <QScopeGuard>
 
+#include <algorithm>
 #include <optional>
 #include <utility>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;
+
+namespace {
+
+enum ImportChoice { importNothing, importNew, importAll };
+
+Question knownQuestion(int known, const QString &file)
+{
+    const QString text = known == 1
+                             ? u"1 shipment in %1 has a tracking number that is in the mailing log already."_s.arg(file)
+                             : u"%1 shipments in %2 have tracking numbers that are in the mailing log already."_s.arg(
+                                   QString::number(known), file);
+    return {.title = u"Import Endicia Mail Log"_s,
+            .text = text + u"\n\nImporting them again lists them twice."_s,
+            .choices = {u"Cancel"_s, u"Import Only New Shipments"_s, u"Import All"_s},
+            .safeChoice = importNothing};
+}
+
+/// "line 7", "lines 7, 19 and 12 more"
+QString lineText(const QList<int> &lines)
+{
+    constexpr qsizetype most = 20;
+    QStringList numbers;
+    for (const int line : lines.first(std::min(most, lines.size())))
+        numbers += QString::number(line);
+    return (lines.size() == 1 ? u"line "_s : u"lines "_s) + numbers.join(u", "_s) +
+           (lines.size() > most ? u" and %1 more"_s.arg(lines.size() - most) : QString());
+}
+
+/// Paragraphs about a finished import: what was imported, and then everything else that the clerk should know.
+QStringList reportLines(const ImportReport &report, KnownRows mode)
+{
+    const auto counted = [](qsizetype count, const QString &one, const QString &many) {
+        return count == 1 ? u"1 "_s + one : QString::number(count) + u' ' + many;
+    };
+    QStringList lines = {u"Imported: "_s + counted(report.imported, u"shipment."_s, u"shipments."_s)};
+    if (report.known > 0)
+        lines += u"Already in the mailing log: "_s + counted(report.known, u"shipment"_s, u"shipments"_s) +
+                 (mode == KnownRows::skip ? u", not imported again."_s : u", imported again."_s);
+    if (!report.skippedLines.isEmpty())
+        lines += u"Not understood and not imported: "_s + lineText(report.skippedLines) + u'.';
+    if (!report.undatedLines.isEmpty())
+        lines += u"Date not understood: %1. These shipments are at the end of the list, without a date."_s.arg(
+            lineText(report.undatedLines));
+    return lines;
+}
+
+} // namespace
 
 /// Starts an operation's progress display; the returned callback may run on any thread.
 Progress MailingLogScreen::followProgress()
@@ -51,10 +101,8 @@ Task<> MailingLogScreen::exportCSV()
         co_return;
     try {
         const bool complete = co_await onPool([&log = m_app.log, path, follow = followProgress()] {
-            return saveFile(path, [&](QIODevice &file) { return log.exportEndiciaCSV(file, follow); });
+            return saveFile(path, [&](QIODevice &file) { return log.exportEndiciaCSV(file, follow).orThrow(); });
         });
-        if (!complete && !m_cancel.isCanceled())
-            throw AppError(u"the mailing log could not be read to its end."_s);
         message = complete ? u"Exported to "_s + QFileInfo(path).fileName() : u"Export canceled."_s;
     } catch (const AppError &error) {
         message = u"Export failed: "_s + error.description();
@@ -75,10 +123,19 @@ Task<> MailingLogScreen::importCSV()
     if (path.isEmpty())
         co_return;
     try {
-        const int count = co_await onPool(m_app.log, &ShipmentLog::importEndiciaCSV, path, followProgress());
-        message = count == 0 && m_cancel.isCanceled()
-                      ? u"Import canceled. Nothing was imported."_s
-                      : u"Imported %1 shipments from "_s.arg(count) + QFileInfo(path).fileName();
+        const QString name = QFileInfo(path).fileName();
+        message = QString();
+        const int known = co_await onPool(m_app.log, &ShipmentLog::knownLines, path);
+        const int answer = known == 0 ? importAll : co_await m_app.platform.prompts.choose(knownQuestion(known, name));
+        ImportReport report{.isCanceled = true, .skippedLines = {}, .undatedLines = {}};
+        const KnownRows mode = answer == importNew ? KnownRows::skip : KnownRows::import;
+        if (answer != importNothing)
+            report = co_await onPool(m_app.log, &ShipmentLog::importEndiciaCSV, path, mode, followProgress());
+        message = report.isCanceled ? u"Import canceled. Nothing was imported."_s
+                                    : u"Imported %1 shipments from "_s.arg(report.imported) + name;
+        const QStringList sheet = reportLines(report, mode);
+        if (sheet.size() > 1) // the message line has said the first one
+            co_await m_app.platform.prompts.alert(u"Import Endicia Mail Log"_s, sheet.join(u"\n\n"_s));
     } catch (const AppError &error) {
         message = u"Import failed: "_s + error.description();
         m_app.errors.record(u"Import CSV"_s, error, Popup::no);

@@ -53,21 +53,17 @@ Task<> MailingLogScreen::refund(ShipmentRecord record)
     const auto done = qScopeGuard([this] { busy = false; });
     message = QString();
     // The program may have exited after marking the row and before sending the request; only the carrier knows.
-    const bool pending = refundState(record.status) == RefundState::pending;
-    if (pending) {
+    if (refundState(record) == RefundState::pending) {
         const bool asked = co_await carrierWasAsked(record);
         if (asked)
             co_return;
     }
-    const LabelFacts facts = co_await loadLabelFacts(m_app, record);
-    const QStringList warnings = labelWarnings(LabelUse::refund, record, facts);
-    const int answer = co_await m_app.platform.prompts.choose(confirmation(record, warnings));
-    if (answer != 1)
-        co_return;
-    const std::optional<ShipmentRecord> now = co_await onPool([&log = m_app.log, record] { return log.find(record); });
-    if (!now || now->status != record.status) { // another program, or a refund sync, changed it meanwhile
-        co_await onPool([&log = m_app.log, asked = search.value()] { log.reload(asked); });
-        message = u"The shipment's status has changed meanwhile. No refund was requested."_s;
+    try {
+        const bool wanted = co_await confirmRefund(record);
+        if (!wanted)
+            co_return;
+    } catch (const AppError &error) {
+        fail(u"Refund"_s, AppError(error.description() + u" No refund was requested."_s), Popup::no);
         co_return;
     }
     // From here on, the refund sync must not treat this refund as lost.
@@ -78,6 +74,25 @@ Task<> MailingLogScreen::refund(ShipmentRecord record)
         co_await requestRefund(record);
 }
 
+/// False if the clerk keeps the label, or if its status has changed meanwhile. Throws AppError if the log cannot be
+/// read.
+Task<bool> MailingLogScreen::confirmRefund(ShipmentRecord record)
+{
+    const LabelFacts facts = co_await loadLabelFacts(m_app, record);
+    const QStringList warnings = labelWarnings(LabelUse::refund, record, facts);
+    const int answer = co_await m_app.platform.prompts.choose(confirmation(record, warnings));
+    if (answer != 1)
+        co_return false;
+    const auto found = co_await onPool([&log = m_app.log, record] { return log.find(record); });
+    const std::optional<ShipmentRecord> now = found.orThrow();
+    const bool isSame = now && now->status == record.status && now->refund == record.refund;
+    if (!isSame) { // another program, or a refund sync, changed it meanwhile
+        co_await onPool([&log = m_app.log, asked = search.value()] { log.reload(asked); });
+        message = u"The shipment's status has changed meanwhile. No refund was requested."_s;
+    }
+    co_return isSame;
+}
+
 /// Records in the journal and the log that a refund is about to be requested, so that the log is correct if the program
 /// exits before the response. False on failure; the message then says why no refund was requested.
 Task<bool> MailingLogScreen::noteRefund(ShipmentRecord record)
@@ -86,16 +101,16 @@ Task<bool> MailingLogScreen::noteRefund(ShipmentRecord record)
     try {
         co_await onPool(m_app.journal, &PurchaseJournal::beginRefund, refund);
     } catch (const AppError &error) {
-        message = error.description();
-        m_app.errors.record(u"Refund"_s, error, Popup::no);
+        fail(u"Refund"_s, error, Popup::no);
         co_return false;
     }
-    const bool marked = co_await storeStatus(record.id, wordOf(LogStatus::refundPending));
-    if (!marked) {
-        message = message + u" No refund was requested."_s;
+    const QString unwritten = co_await write(
+        [id = record.id](AppState &app) { return app.log.setStatus(id, wordOf(LogStatus::refundPending)); });
+    if (!unwritten.isEmpty()) {
+        fail(u"Refund"_s, AppError(unwritten + u" No refund was requested."_s), Popup::no);
         co_await closeRefund(record.transactionID);
     }
-    co_return marked;
+    co_return unwritten.isEmpty();
 }
 
 Task<> MailingLogScreen::closeRefund(QString transactionId)
@@ -112,16 +127,22 @@ Task<bool> MailingLogScreen::carrierWasAsked(ShipmentRecord record)
         const ShippoTransaction transaction = co_await m_app.shippo.transaction(record.transactionID);
         refund = refundStateOf(transactionStatus(transaction));
     } catch (const AppError &error) {
-        message = error.description();
+        fail(u"Refund"_s, error, Popup::yes);
         co_return true;
     }
     if (refund == RefundState::none)
         co_return false;
+    QString unwritten;
     if (refund == RefundState::granted || refund == RefundState::failed)
-        co_await storeStatus(record.id, statusAfter(*refund, record.status));
-    message = refund == RefundState::granted  ? u"Refunded."_s
-              : refund == RefundState::failed ? u"The carrier has refused the refund of this label."_s
-                                              : u"The carrier already has this refund"_s + approval;
+        unwritten = co_await write([id = record.id, refund](AppState &app) { return app.log.setRefund(id, *refund); });
+    if (refund == RefundState::failed) // the row's status refers the clerk to the error log
+        m_app.errors.record(u"Refund"_s, AppError(refundRefusal(record)), Popup::no);
+    if (!unwritten.isEmpty())
+        m_app.errors.record(u"Refund"_s, AppError(unwritten), Popup::no);
+    const QString outcome = refund == RefundState::granted  ? u"Refunded."_s
+                            : refund == RefundState::failed ? u"The carrier has refused the refund of this label."_s
+                                                            : u"The carrier already has this refund"_s + approval;
+    message = joinPresent({outcome, unwritten}, u" "_s);
     co_return true;
 }
 
@@ -146,9 +167,12 @@ Task<> MailingLogScreen::requestRefund(ShipmentRecord record)
         outcome = error.description();
         m_app.errors.record(u"Refund"_s, error, Popup::yes);
     }
-    const bool stored = co_await storeStatus(record.id, statusAfter(refund, record.status));
-    message = stored ? outcome : outcome + u' ' + message;
-    if (isSettled && stored)
+    const QString unwritten = co_await write([id = record.id, status = statusAfter(refund, record.status)](
+                                                 AppState &app) { return app.log.setStatus(id, status); });
+    if (!unwritten.isEmpty()) // the next sync asks the carrier
+        m_app.errors.record(u"Refund"_s, AppError(outcome + u' ' + unwritten), Popup::no);
+    message = joinPresent({outcome, unwritten}, u" "_s);
+    if (isSettled && unwritten.isEmpty())
         co_await closeRefund(record.transactionID);
 }
 

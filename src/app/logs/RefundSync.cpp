@@ -4,7 +4,9 @@
 #include "carrier/CarrierWords.h"
 #include "carrier/ShippoRecords.h"
 #include "core/AppError.h"
+#include "core/SettingsKeys.h"
 #include "core/Task.h"
+#include "core/ports/Preferences.h"
 #include "records/PurchaseJournal.h"
 #include "records/ShipmentLog.h"
 #include "records/ShipmentRecord.h"
@@ -12,6 +14,7 @@
 #include "shell/ErrorLog.h"
 
 #include <cstdlib>
+#include <limits>
 #include <optional>
 
 namespace parcelory {
@@ -27,6 +30,15 @@ AppError neverAsked(const ShipmentRecord &record)
     return AppError(
         u"Parcelory closed before it requested the refund of %1's label (%2). The label is unchanged — press "
         "Refund to request it."_s.arg(record.recipientName(), record.tracking));
+}
+
+QString missingRow(const QString &transactionId, RefundState refund)
+{
+    const QString state = refund == RefundState::granted  ? u"was granted"_s
+                          : refund == RefundState::failed ? u"was refused"_s
+                          : refund == RefundState::none   ? u"was not requested"_s
+                                                          : u"is pending"_s;
+    return u"The refund of transaction %1 %2. The label is no longer in the mailing log."_s.arg(transactionId, state);
 }
 
 } // namespace
@@ -45,9 +57,7 @@ Task<bool> RefundSync::run()
         const bool settled = co_await settleLost(refund);
         changed = changed || settled;
     }
-    // A carrier decides within weeks; the limit of a year avoids reading a large log to its end.
-    const QList<ShipmentRecord> open =
-        co_await onPool(m_app.log, &ShipmentLog::openRefunds, now.addYears(-1), refundsPerSync);
+    const QList<ShipmentRecord> open = co_await nextRefunds();
     for (const ShipmentRecord &record : open) {
         if (isLost.contains(record.transactionID))
             continue;
@@ -58,6 +68,28 @@ Task<bool> RefundSync::run()
         co_await onPool([this] { m_app.log.reload(); });
     }
     co_return true;
+}
+
+/// The pending refunds whose turn it is: the next older ones after the last sync, then the newest ones again.
+Task<QList<ShipmentRecord>> RefundSync::nextRefunds()
+{
+    Preferences &preferences = m_app.platform.preferences;
+    const qint64 after = read(preferences, settings::lastSyncedRefund);
+    const QList<ShipmentRecord> turn = co_await onPool([&log = m_app.log, after] {
+        const auto newest = log.openRefunds(std::numeric_limits<qint64>::max(), refundsPerSync);
+        if (newest.valueOr({}).size() < refundsPerSync || after == 0)
+            return newest.valueOr({}); // a log that cannot be read is read again by the next sync
+        QList<ShipmentRecord> older = log.openRefunds(after, refundsPerSync).valueOr({});
+        for (const ShipmentRecord &record : *newest) {
+            if (older.size() < refundsPerSync && record.id >= after)
+                older += record;
+        }
+        return older;
+    });
+    const qint64 last = turn.size() < refundsPerSync ? 0 : turn.last().id;
+    if (last != after)
+        write(preferences, settings::lastSyncedRefund, last);
+    co_return turn;
 }
 
 /// Absent if the carrier cannot be asked, or if its answer does not tell; the next sync asks again.
@@ -89,12 +121,20 @@ Task<bool> RefundSync::settleLost(OpenRefund refund)
     const bool mayStillCome = m_arrivals.mayStillArrive(refund.transactionId, refund.askedAt);
     if (!found || (found == RefundState::none && mayStillCome) || m_app.refundsUnderWay.contains(refund.transactionId))
         co_return false;
-    const std::optional<ShipmentRecord> row =
-        co_await onPool([this, id = refund.shipmentId] { return m_app.log.find({.id = id}); });
-    if (row) {
-        const bool stored = co_await store(*row, *found);
+    const auto row = co_await onPool([&log = m_app.log, refund] {
+        auto row = log.find({.id = refund.shipmentId});
+        if (row.isRead() && (!*row || (*row)->transactionID != refund.transactionId))
+            row = log.find({.createdAt = {}, .transactionID = refund.transactionId}); // the log was replaced
+        return row;
+    });
+    if (!row.isRead())
+        co_return false;
+    if (*row) {
+        const bool stored = co_await store(**row, *found);
         if (!stored)
             co_return false;
+    } else {
+        m_app.errors.record(u"Refund"_s, AppError(missingRow(refund.transactionId, *found)), Popup::no);
     }
     const bool closed = co_await onPool(m_app.journal, &PurchaseJournal::closeRefund, refund.transactionId);
     co_return closed;
@@ -103,10 +143,9 @@ Task<bool> RefundSync::settleLost(OpenRefund refund)
 /// Writes a refund's outcome into the log; false if the log cannot be written.
 Task<bool> RefundSync::store(ShipmentRecord record, RefundState refund)
 {
-    const RefundState shown = refundState(record.status);
-    const QString status = statusAfter(refund, record.status);
-    if (status != record.status) {
-        const bool stored = co_await onPool(m_app.log, &ShipmentLog::setStatus, record.id, status);
+    const RefundState shown = refundState(record);
+    if (refund != shown) {
+        const bool stored = co_await onPool(m_app.log, &ShipmentLog::setRefund, record.id, refund);
         if (!stored)
             co_return false;
     }

@@ -19,6 +19,7 @@ public:
     Task<bool> run();
 
 private:
+    Task<QList<ShipmentRecord>> nextRefunds();
     Task<std::optional<RefundState>> askCarrier(QString transactionId);
     Task<bool> settle(ShipmentRecord record);
     Task<bool> settleLost(OpenRefund refund);

@@ -70,7 +70,8 @@ Task<QString> reprintLabel(AppState &app, ShipmentRecord record)
 {
     std::optional<QByteArray> label = record.zpl;
     if (!label && record.id > 0) {
-        label = co_await onPool(app.log, &ShipmentLog::zpl, record.id);
+        const auto stored = co_await onPool(app.log, &ShipmentLog::zpl, record.id);
+        label = stored.orThrow();
     }
     if (!label)
         label = co_await downloadAgain(app, record.labelURL);
@@ -84,7 +85,11 @@ Task<QByteArray> downloadCustoms(AppState &app, ShipmentRecord record)
     const QByteArray document = co_await app.shippo.downloadLabel(record.customsDocURL);
     if (!parseLabel(document).isWholePdf())
         throw AppError(u"the carrier's file is not a complete PDF document"_s);
-    co_await onPool(app.log, &ShipmentLog::storeCustomsPDF, record.id, document);
+    const bool stored = co_await onPool(app.log, &ShipmentLog::storeCustomsPDF, record.id, document);
+    if (!stored) // the next reprint downloads it again
+        app.errors.record(u"Customs Docs Reprint"_s,
+                          AppError(u"The mailing log could not be written — %1."_s.arg(app.log.lastError())),
+                          Popup::no);
     co_return document;
 }
 

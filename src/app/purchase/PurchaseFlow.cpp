@@ -197,7 +197,7 @@ Task<bool> PurchaseFlow::log(OpenPurchase purchase)
     };
     const Outcome outcome = co_await onPool([&app = m_app, purchase] {
         const ShipmentRecord &record = purchase.record;
-        const bool stored = app.log.find(record) || app.log.insert(record);
+        const bool stored = app.log.insertOnce(record);
         if (stored)
             app.journal.close(purchase.id);
         return Outcome{stored, stored ? QString() : app.log.lastError()};

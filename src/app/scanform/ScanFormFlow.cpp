@@ -78,10 +78,14 @@ Task<> ScanFormFlow::create(ShippoAddress from)
     const auto done = qScopeGuard([this] { m_app.scanFormBusy = false; });
     const QString token = co_await onPool([this] { return m_app.keys.activeToken().value_or(QString()); });
     const bool testKey = ShippoKeys::isTest(token);
-    const QList<ShipmentRecord> today =
-        co_await onPool(m_app.log, &ShipmentLog::labelsOf, m_app.platform.clock.now().date());
+    const auto found = co_await onPool(m_app.log, &ShipmentLog::labelsOf, m_app.platform.clock.now().date());
     if (isStale()) // the clerk or the key has changed since the request
         co_return;
+    if (!found.isRead()) {
+        fail(AppError(found.failure()));
+        co_return;
+    }
+    const QList<ShipmentRecord> today = *found;
     const qsizetype labels = std::ranges::count(today, testKey, &ShipmentRecord::testMode);
     if (labels == 0) {
         m_app.scanFormComplete = false;
@@ -91,7 +95,8 @@ Task<> ScanFormFlow::create(ShippoAddress from)
     }
     const QString before = m_app.scanFormStatus, creating = u"Creating SCAN form for today's labels…"_s;
     try {
-        const QList<ScanForm> lost = co_await onPool(m_app.scanForms, &ScanForms::underWay, testKey);
+        const auto underWay = co_await onPool(m_app.scanForms, &ScanForms::underWay, testKey);
+        const QList<ScanForm> lost = underWay.orThrow();
         if (!lost.isEmpty())
             m_app.scanFormStatus = creating;
         const bool shown = co_await recoverForms(lost);
@@ -108,10 +113,15 @@ Task<> ScanFormFlow::create(ShippoAddress from)
         if (!isStale()) // the form is kept even if stale; the Window menu opens it
             m_app.scanFormOpenTick = m_app.scanFormOpenTick + 1;
     } catch (const AppError &error) {
-        m_app.scanFormComplete = false;
-        m_app.scanFormStatus = error.description();
-        m_app.errors.record(u"SCAN Form"_s, error, Popup::no);
+        fail(error);
     }
+}
+
+void ScanFormFlow::fail(const AppError &error)
+{
+    m_app.scanFormComplete = false;
+    m_app.scanFormStatus = error.description();
+    m_app.errors.record(u"SCAN Form"_s, error, Popup::no);
 }
 
 Task<> ScanFormFlow::showNoLabelsToManifest(bool testKey)
@@ -124,19 +134,20 @@ Task<> ScanFormFlow::showNoLabelsToManifest(bool testKey)
                 : u"No labels have been printed today, so there's nothing to put on a SCAN form."_s);
 }
 
-/// True if no label has a warning, or if the clerk confirms.
+/// True if no label has a warning, or if the clerk confirms. Throws AppError if the mailing log cannot be read.
 Task<bool> ScanFormFlow::confirmOddLabels(QList<ShipmentRecord> labels, bool testKey)
 {
     const QStringList lines = co_await onPool([this, labels, testKey, now = m_app.platform.clock.now()] {
         QStringList lines;
         for (const ShipmentRecord &label : labels) {
-            const QStringList warnings = labelWarnings(LabelUse::scanForm, label,
-                                                       {.now = now,
-                                                        .testKey = testKey,
-                                                        .tracked = m_app.labelHistory.of(label.id).tracked,
-                                                        .lastReprint = {},
-                                                        .onScanForm = m_app.scanForms.formWith(label.transactionID),
-                                                        .waiting = {}});
+            const QStringList warnings =
+                labelWarnings(LabelUse::scanForm, label,
+                              {.now = now,
+                               .testKey = testKey,
+                               .tracked = m_app.labelHistory.of(label.id).orThrow().tracked,
+                               .lastReprint = {},
+                               .onScanForm = m_app.scanForms.formWith(label.transactionID).orThrow(),
+                               .waiting = {}});
             if (!warnings.isEmpty())
                 lines += u"%1 (%2): %3"_s.arg(label.recipientName(), label.tracking, warnings.join(u' '));
         }
@@ -213,7 +224,7 @@ Task<std::optional<ShippoManifest>> ScanFormFlow::findManifest(ScanForm form)
         const QList<ShippoManifest> newest = co_await m_app.shippo.newestManifests();
         id = co_await onPool([this, form, newest] {
             const auto found = std::ranges::find_if(newest, [&](const ShippoManifest &manifest) {
-                return canBe(manifest, form) && !m_app.scanForms.knowsManifest(manifest.objectId);
+                return canBe(manifest, form) && !m_app.scanForms.knowsManifest(manifest.objectId).orThrow();
             });
             return found == newest.end() ? QString() : found->objectId;
         });
@@ -278,7 +289,9 @@ Task<> ScanFormFlow::recoverLostForms()
 {
     const QList<ScanForm> lost = co_await onPool([this] {
         const QString token = m_app.keys.activeToken().value_or(QString());
-        return token.isEmpty() ? QList<ScanForm>() : m_app.scanForms.underWay(ShippoKeys::isTest(token));
+        return token.isEmpty()
+                   ? QList<ScanForm>()
+                   : m_app.scanForms.underWay(ShippoKeys::isTest(token)).valueOr({}); // the next sync retries
     });
     if (m_app.scanFormBusy || lost.isEmpty())
         co_return;

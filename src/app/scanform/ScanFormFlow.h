@@ -2,6 +2,7 @@
 
 #include "app/AppState.h"
 #include "carrier/ArrivalWatch.h"
+#include "core/AppError.h"
 
 namespace parcelory {
 
@@ -17,6 +18,7 @@ public:
     Task<> recoverLostForms();
 
 private:
+    void fail(const AppError &error);
     Task<> showNoLabelsToManifest(bool testKey);
     Task<bool> confirmOddLabels(QList<ShipmentRecord> labels, bool testKey);
     Task<QByteArray> requestForm(QList<ShipmentRecord> labels, bool testKey, ShippoAddress from);

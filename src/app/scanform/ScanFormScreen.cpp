@@ -4,6 +4,7 @@
 #include "app/purchase/LabelPrinting.h"
 #include "core/AppError.h"
 #include "core/Task.h"
+#include "records/LogRead.h"
 #include "records/ScanForms.h"
 #include "records/ShipmentRecord.h"
 #include "records/ShipmentStatus.h"
@@ -47,7 +48,9 @@ QString ScanFormScreen::labelsText() const
 
 Task<> ScanFormScreen::load()
 {
-    forms = co_await onPool(m_app.scanForms, &ScanForms::finished, listLimit);
+    const auto finished = co_await onPool(m_app.scanForms, &ScanForms::finished, listLimit);
+    if (finished.isRead())
+        forms = *finished;
     if (!forms.value().isEmpty())
         co_await show(forms.value().first());
     const std::optional<QByteArray> last = m_app.scanFormPDF;
@@ -56,23 +59,30 @@ Task<> ScanFormScreen::load()
         labels = QList<ShipmentRecord>();
         documents = QList<QByteArray>{*last};
     }
-    message = documents.value().isEmpty() ? QString() : handOver;
+    if (!finished.isRead())
+        message = finished.failure();
+    else if (documents.value().isEmpty() == forms.value().isEmpty()) // otherwise show() has reported why
+        message = documents.value().isEmpty() ? QString() : handOver;
 }
 
 Task<> ScanFormScreen::show(ScanForm form)
 {
     struct Contents {
-        QList<QByteArray> documents;
-        QList<ShipmentRecord> labels;
+        LogRead<QList<QByteArray>> documents;
+        LogRead<QList<ShipmentRecord>> labels;
     };
     shown = form;
-    const Contents contents = co_await onPool(
-        [&store = m_app.scanForms, form] { return Contents{store.documents(form.id), store.labelsOn(form)}; });
+    const Contents contents = co_await onPool([&store = m_app.scanForms, form] {
+        const auto labels = store.labelsOn(form);
+        if (!labels.isRead()) // do not wait again
+            return Contents{LogRead<QList<QByteArray>>::failed(labels.failure()), labels};
+        return Contents{store.documents(form.id), labels};
+    });
     if (shown.value() != form)
         co_return; // the clerk chose another form meanwhile
-    labels = contents.labels;
-    documents = contents.documents;
-    message = handOver;
+    labels = contents.labels.valueOr({});
+    documents = contents.documents.valueOr({});
+    message = contents.documents.isRead() ? handOver : contents.documents.failure();
 }
 
 Task<> ScanFormScreen::print()

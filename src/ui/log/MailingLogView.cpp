@@ -142,12 +142,19 @@ void MailingLogView::refreshList()
         m_table->showStart();
     const bool empty = m_screen.records().isEmpty();
     m_list->setCurrentIndex(empty ? 1 : 0);
+    refresh();
+}
+
+void MailingLogView::refreshTexts()
+{
+    const QString search = m_screen.search;
+    const bool isUnread = !m_screen.readFailure.value().isEmpty();
     m_empty->set(search.isEmpty() ? u"ui_invoice"_s : u"ui_search"_s,
-                 search.isEmpty()
+                 isUnread ? u"The mailing log can't be read now."_s
+                 : search.isEmpty()
                      ? u"Every label that is bought at this desk will be listed here."_s
                      : u"No shipment matches “%1”."_s.arg(breakable(firstCharacters(search.left(400), 60))));
     m_count->setText(m_screen.countText());
-    refresh();
 }
 
 void MailingLogView::refresh()
@@ -155,6 +162,7 @@ void MailingLogView::refresh()
     const std::optional<qint64> selected = m_screen.selected;
     m_table->choose(selected ? QVariant(*selected) : QVariant());
     m_details->refresh();
+    refreshTexts();
     enable(m_import, !m_screen.busy, m_search);
     enable(m_export, !m_screen.busy, m_search);
     refreshFoot();

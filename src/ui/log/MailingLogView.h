@@ -39,6 +39,7 @@ private:
     void connectList();
     void restoreLayout();
     void refreshList();
+    void refreshTexts();
     void refresh();
     void refreshFoot();
 

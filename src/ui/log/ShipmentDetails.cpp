@@ -54,7 +54,7 @@ protected:
 
 QString statusText(const ShipmentRecord &record)
 {
-    return friendlyStatus(record.status) + (record.testMode ? u" (TEST)"_s : QString());
+    return friendlyStatus(record) + (record.testMode ? u" (TEST)"_s : QString());
 }
 
 QString declaredText(const ShipmentRecord &record)
@@ -248,7 +248,7 @@ void ShipmentDetails::show(const ShipmentRecord &record)
         if (const QString shown = text.isEmpty() ? u"—"_s : text; shown != value->text())
             value->setText(shown); // only on a change, to keep the clerk's text selection
         if (lines[at].text == statusText) {
-            const RefundState refund = refundState(record.status);
+            const RefundState refund = refundState(record);
             value->setInk(inkOf(refund));
             value->setFont(Theme::current().font(refund == RefundState::none ? FontRole::body : FontRole::strong));
         }

@@ -32,16 +32,16 @@ QString recipientAddress(const ShipmentRecord &record)
 QList<RowBadge> badgesOf(const ShipmentRecord &record)
 {
     QList<RowBadge> badges;
-    const QString refund = refundBadge(record.status);
-    switch (refundState(record.status)) {
+    const RefundState refund = refundState(record);
+    switch (refund) {
     case RefundState::pending:
-        badges.append({refund, BadgeKind::pending});
+        badges.append({refundBadge(refund), BadgeKind::pending});
         break;
     case RefundState::granted:
-        badges.append({refund, BadgeKind::granted});
+        badges.append({refundBadge(refund), BadgeKind::granted});
         break;
     case RefundState::failed:
-        badges.append({refund, BadgeKind::failed});
+        badges.append({refundBadge(refund), BadgeKind::failed});
         break;
     case RefundState::none:
         break;

@@ -121,7 +121,7 @@ TEST_F(LabelDevicesTest, AnInternationalUspsParcelPrintsAndStoresItsInvoice)
     buyAbroad();
     EXPECT_THAT(banner().toStdString(), HasSubstr("Commercial invoice sent to Laser."));
     EXPECT_TRUE(processes.lastPrinted().startsWith("%PDF"));
-    const QByteArray kept = app->log.customsPDF(app->log.records().first().id).value_or(QByteArray());
+    const QByteArray kept = app->log.customsPDF(app->log.records().first().id)->value_or(QByteArray());
     EXPECT_EQ(kept, processes.lastPrinted());
 
     MailingLogScreen log(*app);

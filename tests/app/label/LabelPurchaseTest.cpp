@@ -75,7 +75,7 @@ TEST_F(LabelPurchaseTest, BuysPrintsLogsAndMakesRoomForTheNextParcel)
     EXPECT_EQ(row.status, u"PRINTED"_s);
     EXPECT_TRUE(row.testMode);
     EXPECT_FALSE(row.tracking.isEmpty() || row.transactionID.isEmpty() || row.labelURL.isEmpty());
-    const QByteArray label = *app->log.zpl(row.id);
+    const QByteArray label = **app->log.zpl(row.id);
     EXPECT_TRUE(label.startsWith("^XA"));
     EXPECT_EQ(processes.lastPrinted(), Zpl::rotated(label)) << "the log keeps the label as the carrier sent it";
 
@@ -113,7 +113,7 @@ TEST_F(LabelPurchaseTest, ALabelThatCouldNotBePrintedIsStillLogged)
     };
     buy();
     failsWith(u"lpr failed: no such printer"_s);
-    EXPECT_TRUE(app->log.zpl(newest().id));
+    EXPECT_TRUE(*app->log.zpl(newest().id));
 
     clock.advance(std::chrono::minutes(1));
     rateHome();
@@ -126,7 +126,7 @@ TEST_F(LabelPurchaseTest, ALabelThatCouldNotBePrintedIsStillLogged)
     EXPECT_FALSE(screen().busy);
     processes.behave = nullptr;
     run(screen().reprintLast());
-    EXPECT_EQ(processes.lastPrinted(), Zpl::rotated(*app->log.zpl(newest().id)));
+    EXPECT_EQ(processes.lastPrinted(), Zpl::rotated(**app->log.zpl(newest().id)));
 
     const std::pair<LabelAnswer, QString> links[] = {{LabelAnswer::expired, u"Shippo HTTP 403: label download"_s},
                                                      {LabelAnswer::xmlError, u"the carrier's file is not a label"_s},
@@ -141,7 +141,7 @@ TEST_F(LabelPurchaseTest, ALabelThatCouldNotBePrintedIsStillLogged)
         buy();
         failsWith(reason);
         EXPECT_EQ(app->log.records().size(), ++rows);
-        EXPECT_FALSE(app->log.zpl(newest().id)) << "an error page must not be kept as a label";
+        EXPECT_FALSE(*app->log.zpl(newest().id)) << "an error page must not be kept as a label";
         EXPECT_FALSE(newest().labelURL.isEmpty());
     }
     EXPECT_EQ(processes.lastPrinted(), lastPrinted) << "print tools get labels only";
@@ -172,7 +172,7 @@ TEST_F(LabelPurchaseTest, AFedexParcelAbroadBringsItsCustomsDocument)
     rateAbroad();
     buy();
     EXPECT_TRUE(banner().endsWith(u"Label sent to ZD421."_s)) << banner().toStdString();
-    EXPECT_TRUE(app->log.customsPDF(newest().id)->startsWith("%PDF"));
+    EXPECT_TRUE(app->log.customsPDF(newest().id)->value().startsWith("%PDF"));
     EXPECT_TRUE(newest().isIntl);
     EXPECT_EQ(newest().services, u"No Signature Required, Declared $1860.00"_s);
     EXPECT_EQ(newest().recipient, u"Harriet Ashcombe, 14 Chandos Place, London WC2N 4HS, GB"_s);
@@ -188,7 +188,7 @@ TEST_F(LabelPurchaseTest, AFedexParcelAbroadBringsItsCustomsDocument)
     EXPECT_TRUE(banner().endsWith(u" (FedEx commercial invoice download failed: Shippo HTTP 404: label download)"_s))
         << banner().toStdString();
     EXPECT_EQ(app->log.records().size(), 2);
-    EXPECT_FALSE(app->log.customsPDF(newest().id));
+    EXPECT_FALSE(*app->log.customsPDF(newest().id));
 }
 
 TEST_F(LabelPurchaseTest, APurchaseWithoutALabelIsInTheErrorLog)

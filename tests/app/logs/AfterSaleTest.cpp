@@ -5,6 +5,7 @@
 #include "core/Task.h"
 #include "practice/carrier/CarrierScenario.h"
 #include "records/ShipmentRecord.h"
+#include "records/ShipmentStatus.h"
 #include "support/CarrierDesk.h"
 #include "support/LogFile.h"
 #include "support/MailingLogDesk.h"
@@ -96,11 +97,12 @@ TEST_F(AfterSaleTest, ARefundEndsAsTheCarrierRespondsAndIsRequestedOnce)
     EXPECT_TRUE(prompts.questions.last().text.contains(u"Ben"_s) && prompts.questions.last().text.contains(u"$7.40"_s));
 }
 
-TEST_F(AfterSaleTest, PollsRefundsOnceAMinuteAndFiftyAtATime)
+TEST_F(AfterSaleTest, PollsAllRefundsInTurnOnceAMinuteAndFiftyAtATime)
 {
     for (int number = 0; number < 51; ++number) {
         ShipmentRecord record = shipmentTo(u"Recipient %1"_s.arg(number), number);
         record.transactionID = u"t%1"_s.arg(number);
+        record.createdAt = record.createdAt.addYears(number < 5 ? -2 : 0);
         record.status = number % 2 ? u"REFUND_REQUESTED"_s : u"REFUND_PENDING"_s;
         EXPECT_TRUE(app->log.insert(record, false));
     }
@@ -113,10 +115,12 @@ TEST_F(AfterSaleTest, PollsRefundsOnceAMinuteAndFiftyAtATime)
     EXPECT_EQ(log.records().value(1).status, u"REFUND_REQUESTED"_s)
         << "a status that the carrier does not confirm stays";
     clock.advance(std::chrono::seconds(60));
-    answer("transactions", R"({"object_id": "t49", "status": "REFUNDREJECTED"})");
+    answer("transactions", R"({"object_id": "t0", "status": "REFUNDREJECTED"})");
     run(app->syncRefundStatuses());
     EXPECT_EQ(carrier.requests().size(), 100);
-    EXPECT_EQ(log.records().value(1).status, u"REFUND_ERROR"_s);
+    EXPECT_EQ(carrier.requests()[50].target, "/transactions/t0") << "the oldest row, which the first round left out";
+    EXPECT_EQ(carrier.requests()[51].target, "/transactions/t49");
+    EXPECT_EQ(log.records().last().status, u"REFUND_ERROR"_s);
 }
 
 TEST_F(AfterSaleTest, ATrackingStatusChangesTheLogOnlyOnDelivery)
@@ -170,6 +174,85 @@ TEST_F(AfterSaleTest, ARefundWhoseResponseIsLostIsResolvedByALookup)
         EXPECT_TRUE(app->journal.openRefunds().isEmpty());
         EXPECT_EQ(errors->entries().size(), entries) << "already reported";
     }
+}
+
+TEST_F(AfterSaleTest, TheRefundOfADeliveredParcelIsKeptAndAskedFor)
+{
+    ShipmentRecord record = shipmentTo(u"Ana"_s, 1);
+    record.transactionID = transactionId();
+    record.tracking = u"9400"_s;
+    record.status = u"REFUND_PENDING"_s;
+    record = logged(record);
+    answer("tracks/", R"({"tracking_status": {"status": "DELIVERED"}})");
+    run(log.checkStatus(record));
+    const auto row = [this] { return log.records().value(0); };
+    EXPECT_EQ(friendlyStatus(row()), u"Delivered — Refund pending (USPS: up to 14 days)"_s);
+    EXPECT_EQ(refundBadge(refundState(row())), u"REFUND PENDING"_s);
+    answer("transactions", R"({"object_id": "t", "status": "REFUNDPENDING"})");
+    run(log.refund(row()));
+    EXPECT_EQ(requestsTo("/refunds"), 0) << "it was requested before";
+    EXPECT_TRUE(prompts.questions.isEmpty());
+    answer("transactions", R"({"object_id": "t", "status": "REFUNDED"})");
+    run(app->syncRefundStatuses());
+    EXPECT_EQ(friendlyStatus(row()), u"Delivered — Refunded"_s);
+    EXPECT_FALSE(MailingLogScreen::isRefundable(row()));
+}
+
+TEST_F(AfterSaleTest, TheOutcomeOfAPendingRefundIsRecorded)
+{
+    const struct {
+        QByteArray body;
+        int http;
+        QString status, detail;
+    } rows[] = {
+        {R"({"object_id": "t", "status": "REFUNDREJECTED"})", 200, u"REFUND_ERROR"_s,
+         u"The carrier has refused the refund of Ana's label (9400)."_s},
+        {"", 500, u"REFUND_PENDING"_s, {}},
+    };
+    for (const auto &[body, http, status, detail] : rows) {
+        ShipmentRecord record = shipmentTo(u"Ana"_s, 1);
+        record.transactionID = transactionId();
+        record.tracking = u"9400"_s;
+        record.status = u"REFUND_PENDING"_s;
+        record = logged(record);
+        errors->clear();
+        answer("transactions", body, http);
+        run(log.refund(record));
+        EXPECT_EQ(log.records().value(0).status, status);
+        ASSERT_EQ(errors->entries().size(), 1) << http;
+        EXPECT_EQ(errors->entries()[0].context, u"Refund"_s);
+        EXPECT_EQ(errors->entries()[0].detail, detail.isEmpty() ? log.message.value() : detail);
+    }
+}
+
+TEST_F(AfterSaleTest, AnImportEndsWithASheetAboutWhatIsNotAsUsual)
+{
+    const auto import = [this](const QByteArray &lines, int answer) {
+        QFile file(path(u"log.txt"_s));
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly) && file.write(lines) == lines.size());
+        file.close();
+        prompts.file = file.fileName();
+        prompts.answer = answer;
+        prompts.alerts.clear();
+        run(log.importCSV());
+        return log.message.value();
+    };
+    const QByteArray ana = mailLine("Ana"),
+                     odd = "a\tb\n" + mailLine("Ben").replace("11/20/26", "soon").replace("9400", "7");
+    EXPECT_EQ(import(ana, 0), u"Imported 1 shipments from log.txt"_s);
+    EXPECT_TRUE(prompts.alerts.isEmpty() && prompts.questions.isEmpty()) << "all as usual";
+    EXPECT_EQ(import(ana, 0), u"Import canceled. Nothing was imported."_s);
+    EXPECT_TRUE(prompts.questions.last().text.startsWith(u"1 shipment in log.txt has a tracking number"_s));
+    EXPECT_EQ(import(ana + odd, 1), u"Imported 1 shipments from log.txt"_s);
+    EXPECT_EQ(prompts.alerts.value(0).second,
+              u"Imported: 1 shipment.\n\nAlready in the mailing log: 1 shipment, not imported again.\n\nNot understood "
+              "and not imported: line 2.\n\nDate not understood: line 3. These shipments are at the end of the list, "
+              "without a date."_s);
+    EXPECT_EQ(import(ana, 2), u"Imported 1 shipments from log.txt"_s);
+    EXPECT_EQ(prompts.alerts.value(0).second,
+              u"Imported: 1 shipment.\n\nAlready in the mailing log: 1 shipment, imported again."_s);
+    EXPECT_EQ(log.records().size(), 3);
+    EXPECT_EQ(dateTimeText(log.records().last().createdAt), u"—"_s);
 }
 
 TEST_F(AfterSaleTest, ATrackingStatusCausesAWarningBeforeARefund)

@@ -103,7 +103,7 @@ protected:
         for (int row = 0; row < 20; ++row)
             EXPECT_TRUE(log.insert(shipmentTo(u"Ana"_s), false));
         std::ignore = saveFile(folder() + u"/out.csv"_s, [&log](QIODevice &file) {
-            const bool written = log.exportEndiciaCSV(file);
+            const bool written = *log.exportEndiciaCSV(file);
             die(); // everything is written, but the file is not yet renamed
             return written;
         });
@@ -135,11 +135,11 @@ TEST_F(Killed, AtAnyMomentOfARefundTheNextStartFindsItsOutcome)
         if (isVictim)
             continue;
         startProgram();
-        const QString found = app->log.find(label)->status;
+        const QString found = app->log.find(label)->value().status;
         const bool isMarked = found == u"REFUND_PENDING";
         clock.advance(std::chrono::seconds(90));
         run(app->syncRefundStatuses());
-        const QString settled = app->log.find(label)->status, real = statusAtCarrier(label);
+        const QString settled = app->log.find(label)->value().status, real = statusAtCarrier(label);
         EXPECT_EQ(settled, real == u"REFUNDED" ? u"REFUNDED"_s : u"PRINTED"_s) << turns;
         EXPECT_TRUE(app->journal.openRefunds().isEmpty()) << turns;
         ++ends[found + u' ' + real];
@@ -172,16 +172,16 @@ TEST_F(Killed, AtAnyMomentOfAScanFormRequestNoFormIsLost)
         startProgram();
         clock.advance(std::chrono::seconds(90));
         run(app->syncRefundStatuses());
-        if (app->scanForms.finished(1).value(0).transactions.contains(label.transactionID)) {
+        if (app->scanForms.finished(1)->value(0).transactions.contains(label.transactionID)) {
             ++recovered;
         } else {
             prompts.answer = 1; // the labels of the earlier rounds are on forms
             run(app->createScanForm(deskAddress()));
         }
-        const QList<ScanForm> forms = app->scanForms.finished(1);
+        const QList<ScanForm> forms = *app->scanForms.finished(1);
         EXPECT_EQ(forms.value(0).transactions, QStringList(label.transactionID)) << turns;
-        EXPECT_TRUE(app->scanForms.underWay(true).isEmpty()) << turns;
-        EXPECT_EQ(app->scanForms.documents(forms.value(0).id).size(), 1) << turns;
+        EXPECT_TRUE(app->scanForms.underWay(true)->isEmpty()) << turns;
+        EXPECT_EQ(app->scanForms.documents(forms.value(0).id)->size(), 1) << turns;
     }
     if (!isVictim)
         EXPECT_TRUE(recovered > 0 && recovered < rounds) << recovered;

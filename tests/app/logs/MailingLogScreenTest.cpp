@@ -73,7 +73,7 @@ TEST_F(MailingLogScreenTest, TheListMatchesTheSearchThroughEveryReload)
 TEST_F(MailingLogScreenTest, ReprintsFromTheNearestCopyOfTheLabel)
 {
     const ShipmentRecord row = bought();
-    const QByteArray label = *app->log.zpl(row.id);
+    const QByteArray label = **app->log.zpl(row.id);
     prompts.answer = 1;
     const size_t requests = carrier.requests().size();
     ShipmentRecord carried = row, bare = row;

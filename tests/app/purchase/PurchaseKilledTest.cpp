@@ -62,7 +62,7 @@ End dieAndStartAgain(int step, const CarrierScenario &scenario)
     const QList<ShipmentRecord> rows = desk.app->log.records();
     for (const ShipmentRecord &row : rows) {
         EXPECT_TRUE(sold.isEmpty() || row.transactionID == sold.first().id);
-        EXPECT_TRUE(desk.app->log.zpl(row.id)) << "its label can be printed";
+        EXPECT_TRUE(*desk.app->log.zpl(row.id)) << "its label can be printed";
     }
     return {wasKilled, int(sold.size()), int(rows.size()), shown};
 }

@@ -58,7 +58,7 @@ TEST_F(ScanFormFlowTest, AScanFormIsMadeOfTodaysLabelsOfTheActiveKeysMode)
     }
     EXPECT_EQ(app->scanFormOpenTick.value(), 1);
 
-    const ShipmentRecord row = *app->log.find(first);
+    const ShipmentRecord row = **app->log.find(first);
     run(log.refund(row));
     EXPECT_TRUE(prompts.questions.last().text.contains(u"It is on the SCAN form of "_s));
 }
@@ -69,7 +69,7 @@ TEST_F(ScanFormFlowTest, AScanFormWhoseResponseIsLostIsFetchedWithTheNextPress)
     const ShipmentRecord label = bought();
     carrier.setScenario({.droppedPath = "manifests", .manifestDocuments = 2});
     make();
-    EXPECT_EQ(app->scanForms.underWay(true).size(), 1);
+    EXPECT_EQ(app->scanForms.underWay(true)->size(), 1);
     EXPECT_FALSE(app->scanFormPDF.value());
     carrier.setScenario({.labelAnswer = LabelAnswer::normal});
     carrier.clearRequests();
@@ -77,9 +77,9 @@ TEST_F(ScanFormFlowTest, AScanFormWhoseResponseIsLostIsFetchedWithTheNextPress)
     EXPECT_EQ(app->scanFormStatus.value(), u"SCAN form ready: 1 label — hand one printed copy to the carrier."_s);
     EXPECT_EQ(app->scanFormOpenTick.value(), 1);
     EXPECT_EQ(sent("/manifests/").size(), 0) << "the form was not made twice";
-    const ScanForm form = app->scanForms.finished(9).value(0);
+    const ScanForm form = app->scanForms.finished(9)->value(0);
     EXPECT_EQ(form.transactions, QStringList(label.transactionID));
-    EXPECT_EQ(app->scanForms.documents(form.id).size(), 2);
+    EXPECT_EQ(app->scanForms.documents(form.id)->size(), 2);
 
     // The carrier never received this request, which counts as certain only after a minute.
     bought();
@@ -90,12 +90,12 @@ TEST_F(ScanFormFlowTest, AScanFormWhoseResponseIsLostIsFetchedWithTheNextPress)
     EXPECT_TRUE(app->scanFormStatus.value().startsWith(u"It is not known yet whether the SCAN form of "_s));
     clock.advance(std::chrono::seconds(61));
     make();
-    EXPECT_EQ(app->scanForms.finished(9).size(), 2);
+    EXPECT_EQ(app->scanForms.finished(9)->size(), 2);
     bought();
     answer("manifests", R"({"detail": "No transactions exist"})", 404);
     make();
     EXPECT_EQ(app->scanFormStatus.value(), u"detail: No transactions exist"_s);
-    EXPECT_TRUE(app->scanForms.underWay(true).isEmpty());
+    EXPECT_TRUE(app->scanForms.underWay(true)->isEmpty());
 }
 
 TEST_F(ScanFormFlowTest, AScanFormIsForgottenOnlyIfTheCarrierCannotHaveMadeIt)
@@ -118,7 +118,7 @@ TEST_F(ScanFormFlowTest, AScanFormIsForgottenOnlyIfTheCarrierCannotHaveMadeIt)
         bought();
         carrier.setScenario(scenario);
         run(app->createScanForm(deskAddress()));
-        const QList<ScanForm> underWay = app->scanForms.underWay(true);
+        const QList<ScanForm> underWay = *app->scanForms.underWay(true);
         EXPECT_EQ(underWay.size(), open) << app->scanFormStatus.value().toStdString();
         for (const ScanForm &form : underWay)
             EXPECT_TRUE(app->scanForms.remove(form.id));
