@@ -34,6 +34,7 @@ struct CarrierFailure {
     QByteArray body = {};
     int count = 1;
     QByteArray method = {}; ///< empty matches every method
+    int after = 0;          ///< this many matching requests succeed first
 };
 
 /// Faults of the practice carrier. The default is a carrier without faults.

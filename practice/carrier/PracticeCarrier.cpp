@@ -127,6 +127,8 @@ std::optional<CarrierAnswer> PracticeCarrier::Impl::misfortune(const CarrierRequ
     auto &failure = scenario.failNext;
     if (failure && failure->count > 0 && request.target.path().mid(1).toUtf8().startsWith(failure->pathPrefix) &&
         (failure->method.isEmpty() || failure->method == request.method)) {
+        if (failure->after-- > 0)
+            return std::nullopt;
         --failure->count;
         return CarrierAnswer{.status = failure->status, .body = failure->body, .contentType = failure->contentType};
     }

@@ -120,6 +120,12 @@ void AppState::reportScanNoise(const QString &heard)
     setScanStatus(StatusKind::failure, u"Scanner heard “"_s + firstCharacters(heard, 40) + u"” — not an invoice QR."_s);
 }
 
+QString AppState::recorded(const QString &context, const AppError &error, Popup popup)
+{
+    errors.record(context, error, popup);
+    return withAdvice(error, keys.activeName());
+}
+
 void AppState::setScanStatus(StatusKind kind, const QString &text)
 {
     scanStatus = text;

@@ -134,6 +134,9 @@ public:
     QSet<QString> refundsUnderWay;
     QDateTime lastRefundSync; ///< invalid: never
 
+    /// Records a failure in the error log, and returns what to show: the description, and what the clerk can do about a
+    /// refused key or too many requests.
+    QString recorded(const QString &context, const AppError &error, Popup popup);
     void setScanStatus(StatusKind kind, const QString &text);
     /// Shows the clerk scanned text that is not an invoice code.
     void reportScanNoise(const QString &heard);

@@ -17,4 +17,22 @@ T decodeAnswer(const QByteArray &answer)
     }
 }
 
+/// The records of a list's page that can be read; a damaged record is left out. Throws DecodeError if the page is no
+/// list.
+template <class T>
+QList<T> readableRecords(const QByteArray &page)
+{
+    const Json list = Json::parse(page.begin(), page.end(), nullptr, false);
+    if (!list.is_object() || !list.contains("results") || !list["results"].is_array())
+        throw DecodeError(QStringLiteral("Shippo's response could not be read — it is no list."));
+    QList<T> records;
+    for (const Json &record : list["results"]) {
+        try {
+            records += decodeAnswer<T>(dumpJson(record));
+        } catch (const DecodeError &) { // another desk's record, in a form that this version does not know
+        }
+    }
+    return records;
+}
+
 } // namespace parcelory

@@ -119,8 +119,7 @@ Task<ShippoManifest> ShippoClient::manifest(QString id)
 Task<QList<ShippoManifest>> ShippoClient::newestManifests()
 {
     const QByteArray answer = co_await request(u"manifests?results=25"_s);
-    auto list = decodeAnswer<ShippoList<ShippoManifest>>(answer);
-    co_return std::move(list.results);
+    co_return readableRecords<ShippoManifest>(answer);
 }
 
 Task<QByteArray> ShippoClient::countedPage(QString path, std::shared_ptr<Listing> listing)

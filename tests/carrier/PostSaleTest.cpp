@@ -1,6 +1,7 @@
 #include "carrier/MasterEntry.h"
 #include "carrier/PagedList.h"
 #include "carrier/ShippoClient.h"
+#include "carrier/ShippoError.h"
 #include "carrier/ShippoKeys.h"
 #include "carrier/ShippoRecords.h"
 #include "core/AppError.h"
@@ -14,6 +15,7 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <utility>
@@ -128,6 +130,50 @@ TEST_F(PostSaleTest, TakesFromThePurchaseTagWhatTheHistoryNoLongerHolds)
     EXPECT_EQ(entry(u"failed"_s, inside, u"ERROR"_s).id, QString());
     EXPECT_EQ(entry(u"too early"_s, u"2026-11-18T18:00:00Z"_s).id, QString());
     EXPECT_EQ(entry(u"undated"_s, u"soon"_s).id, QString());
+}
+
+/// The pages of the account's lists, as foreign records and a busy carrier make them.
+TEST_F(PostSaleTest, TheMasterLogSurvivesForeignRecordsAndABusyCarrier)
+{
+    const QDate today = desk.clock.now().date();
+    const auto listing = std::make_shared<Listing>();
+    QList<std::chrono::seconds> waits;
+    listing->onWait = [&](std::chrono::seconds pause) { waits += pause; };
+    const auto read = [&] { return run(client.masterLog(today, today, listing)); };
+    const auto answer = [&](const QByteArray &path, int status, const QByteArray &body) {
+        desk.carrier.setScenario({.failNext = CarrierFailure{path, status, "application/json", body, 1, "GET"}});
+    };
+    // Bought by another program in a single call: the rate is an object. The link to the next page names another port.
+    answer(
+        "transactions", 200,
+        R"({"next": "http://127.0.0.1:1/transactions?results=100", "results": [{"object_id": "t", "status": "SUCCESS",)"
+        R"("object_created": ")" +
+            today.startOfDay().addSecs(60).toUTC().toString(Qt::ISODate).toUtf8() +
+            R"(", "rate": {"object_id": "r", "amount": "7.25", "provider": "UPS",)"
+            R"("servicelevel": {"name": "Ground"}}}]})");
+    const QList<MasterEntry> entries = read();
+    ASSERT_EQ(entries.size(), 1);
+    EXPECT_EQ(entries.first().service, u"UPS Ground"_s);
+    EXPECT_EQ(entries.first().amount, 7.25);
+
+    answer("shipments", 429, "slow down");
+    desk.carrier.clearRequests();
+    EXPECT_NO_THROW(read());
+    EXPECT_EQ(waits, QList{30s});
+    EXPECT_EQ(desk.carrier.requests().size(), 3) << "only the refused page is asked for again";
+
+    answer("shipments", 500, "down");
+    EXPECT_THAT([&] { read(); }, testing::Throws<ShippoError>(testing::Property(&ShippoError::status, 500)));
+}
+
+TEST_F(PostSaleTest, ADamagedFormOfAnotherDeskHidesNoOther)
+{
+    desk.carrier.setScenario(
+        {.failNext = CarrierFailure{"manifests", 200, "application/json",
+                                    R"({"results": [{"status": 7}, {"object_id": "m"}]})", 1, ""}});
+    const QList<ShippoManifest> forms = run(client.newestManifests());
+    ASSERT_EQ(forms.size(), 1);
+    EXPECT_EQ(forms.first().objectId, u"m"_s);
 }
 
 } // namespace parcelory::test

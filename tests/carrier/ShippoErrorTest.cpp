@@ -53,4 +53,22 @@ TEST(ShippoError, TellsWhetherTheRequestMayHaveReachedTheCarrier)
     EXPECT_EQ(fate(Unconfirmed(u"detail: Not found."_s, u"1"_s)), RequestFate::unknown);
 }
 
+TEST(ShippoError, ARefusedKeyAndABusyCarrierSayWhatToDo)
+{
+    const struct {
+        ShippoError error;
+        QString advice;
+    } rows[] = {
+        {ShippoError::validation(u"detail: Invalid token"_s, 401),
+         u"detail: Invalid token\nShippo refuses the active key “Main” — check it in Settings."_s},
+        {ShippoError::validation(u"no"_s, 429, std::chrono::seconds(40)),
+         u"no\nShippo takes no more requests for now — try again in 40 s."_s},
+        {ShippoError::validation(u"no"_s, 429),
+         u"no\nShippo takes no more requests for now — try again in a minute."_s},
+        {ShippoError::validation(u"zip: wrong"_s, 422), u"zip: wrong"_s},
+    };
+    for (const auto &[error, advice] : rows)
+        EXPECT_EQ(withAdvice(error, u"Main"_s), advice);
+}
+
 } // namespace parcelory::test

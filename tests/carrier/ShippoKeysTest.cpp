@@ -106,4 +106,14 @@ TEST_F(ShippoKeysTest, SaysWhetherTheActiveKeyCostsMoney)
     }
 }
 
+TEST_F(ShippoKeysTest, ARemovedKeyOfAnEarlierVersionStaysRemoved)
+{
+    secrets.set(u"shippo_live_1"_s, u"shippo.token"_s);
+    EXPECT_EQ(keys.activeToken(), u"shippo_live_1"_s);
+    EXPECT_EQ(secrets.get(u"shippo.token"_s), u"shippo_live_1"_s) << "an earlier version still finds it";
+    keys.remove(keys.activeName());
+    EXPECT_EQ(keys.activeToken().value_or(QString()), QString());
+    EXPECT_TRUE(keys.names().isEmpty());
+}
+
 } // namespace parcelory::test

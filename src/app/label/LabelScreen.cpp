@@ -113,8 +113,7 @@ void LabelScreen::warn(const QString &text, std::optional<DraftField> field)
 
 void LabelScreen::fail(const QString &context, const AppError &error)
 {
-    warn(error.description());
-    m_app.errors.record(context, error, Popup::yes);
+    warn(m_app.recorded(context, error, Popup::yes));
 }
 
 NextStep LabelScreen::nextStep() const

@@ -118,8 +118,7 @@ Task<> MasterLogScreen::load()
         loaded = true;
         message = gapsIn(found, listing->isCut);
     } catch (const AppError &error) {
-        message = error.description();
-        m_app.errors.record(u"Master Log"_s, error, Popup::no);
+        message = m_app.recorded(u"Master Log"_s, error, Popup::no);
     }
 }
 

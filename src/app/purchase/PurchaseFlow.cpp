@@ -68,7 +68,7 @@ Task<SaleResult> PurchaseFlow::request(OpenPurchase purchase, QString tag)
         result.text = error.description();
         if (fateOf(error) != RequestFate::unknown) {
             result.kind = SaleResult::Kind::notBought;
-            m_app.errors.record(buyContext, error, Popup::yes);
+            result.text = m_app.recorded(buyContext, error, Popup::yes);
         }
         if (const auto *unconfirmed = dynamic_cast<const Unconfirmed *>(&error))
             result.entry.record.transactionID = unconfirmed->recordId();

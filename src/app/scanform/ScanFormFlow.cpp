@@ -37,15 +37,33 @@ QString readyText(qsizetype labels)
            u" — hand one printed copy to the carrier."_s;
 }
 
-/// True if the carrier made the manifest after `form` was requested, and of its labels. A failed manifest never
-/// matches.
-bool canBe(const ShippoManifest &manifest, const ScanForm &form)
+/// True if the carrier made the manifest after `form` was requested.
+bool isLater(const ShippoManifest &manifest, const ScanForm &form)
 {
     const std::optional<QDateTime> created = parseIso(manifest.objectCreated.value_or(QString()));
-    const QList<QString> named = manifest.transactions.value_or(QList<QString>());
-    const auto isOurs = [&form](const QString &transaction) { return form.transactions.contains(transaction); };
-    return manifestStatus(manifest) != ManifestStatus::error && created &&
-           *created >= form.askedAt.addSecs(-clockSkew) && (named.isEmpty() || std::ranges::any_of(named, isOurs));
+    return created && *created >= form.askedAt.addSecs(-clockSkew);
+}
+
+/// True if the manifest names a label that was requested for `form`. Other desks of the account make forms, too.
+bool holdsLabelsOf(const ShippoManifest &manifest, const ScanForm &form)
+{
+    return std::ranges::any_of(manifest.transactions.value_or(QList<QString>()),
+                               [&form](const QString &transaction) { return form.transactions.contains(transaction); });
+}
+
+/// The first active account, otherwise the first.
+std::optional<ShippoCarrierAccount> uspsAccount(const QList<ShippoCarrierAccount> &accounts)
+{
+    std::optional<ShippoCarrierAccount> first;
+    for (const ShippoCarrierAccount &account : accounts) {
+        if (account.carrier != u"usps")
+            continue;
+        if (account.active.value_or(true))
+            return account;
+        if (!first)
+            first = account;
+    }
+    return first;
 }
 
 Question oddLabelsQuestion(const QStringList &lines)
@@ -107,8 +125,8 @@ Task<> ScanFormFlow::create(ShippoAddress from)
                 co_return;
             }
             m_app.scanFormStatus = creating;
-            m_app.scanFormPDF = co_await requestForm(today, testKey, from);
-            m_app.scanFormStatus = readyText(labels);
+            const Documents documents = co_await requestForm(today, testKey, from);
+            showForm(documents, labels);
         }
         if (!isStale()) // the form is kept even if stale; the Window menu opens it
             m_app.scanFormOpenTick = m_app.scanFormOpenTick + 1;
@@ -120,8 +138,7 @@ Task<> ScanFormFlow::create(ShippoAddress from)
 void ScanFormFlow::fail(const AppError &error)
 {
     m_app.scanFormComplete = false;
-    m_app.scanFormStatus = error.description();
-    m_app.errors.record(u"SCAN Form"_s, error, Popup::no);
+    m_app.scanFormStatus = m_app.recorded(u"SCAN Form"_s, error, Popup::no);
 }
 
 Task<> ScanFormFlow::showNoLabelsToManifest(bool testKey)
@@ -161,11 +178,11 @@ Task<bool> ScanFormFlow::confirmOddLabels(QList<ShipmentRecord> labels, bool tes
 
 /// Requests a form from the carrier. The request is recorded first, because the response may be lost. Returns the first
 /// document.
-Task<QByteArray> ScanFormFlow::requestForm(QList<ShipmentRecord> labels, bool testKey, ShippoAddress from)
+Task<ScanFormFlow::Documents> ScanFormFlow::requestForm(QList<ShipmentRecord> labels, bool testKey, ShippoAddress from)
 {
     const QList<ShippoCarrierAccount> accounts = co_await m_app.shippo.carrierAccounts();
-    const auto usps = std::ranges::find(accounts, u"usps"_s, &ShippoCarrierAccount::carrier);
-    if (usps == accounts.end())
+    const std::optional<ShippoCarrierAccount> usps = uspsAccount(accounts);
+    if (!usps)
         throw ShippoError::api(u"No USPS carrier account found on this Shippo account."_s);
     ScanForm form{.askedAt = m_app.platform.clock.now(), .testMode = testKey, .manifestId = {}, .transactions = {}};
     for (const ShipmentRecord &label : labels) {
@@ -178,79 +195,130 @@ Task<QByteArray> ScanFormFlow::requestForm(QList<ShipmentRecord> labels, bool te
         throw notStored(m_app.log);
     form.id = *id;
     ShippoManifest manifest;
-    std::exception_ptr refused;
+    std::exception_ptr failure;
+    bool isOpen = false; // the form may exist; the next request looks for it first
     try {
         manifest = co_await m_app.shippo.createManifest(usps->objectId, from, form.askedAt);
     } catch (const AppError &error) {
-        if (fateOf(error) == RequestFate::unknown)
-            throw; // the form may exist; the next request looks for it first
-        refused = std::current_exception();
+        failure = std::current_exception();
+        isOpen = fateOf(error) == RequestFate::unknown;
+        if (const auto *unconfirmed = dynamic_cast<const Unconfirmed *>(&error))
+            form.manifestId = unconfirmed->recordId();
     }
-    if (refused) {
+    if (failure && isOpen && !form.manifestId.isEmpty())
+        co_await onPool([this, form] { return m_app.scanForms.setMade(form.id, form.manifestId, {}); });
+    else if (failure && !isOpen)
         co_await onPool(m_app.scanForms, &ScanForms::remove, form.id);
-        std::rethrow_exception(refused);
-    }
+    if (failure)
+        std::rethrow_exception(failure);
     co_return co_await fetchDocuments(form, manifest);
 }
 
-/// Downloads and stores the documents of a form that the carrier has made. Returns the first document.
-Task<QByteArray> ScanFormFlow::fetchDocuments(ScanForm form, ShippoManifest manifest)
+/// Downloads and stores the documents of a form that the carrier has made. Returns the first document, even if another
+/// fails: the form then stays under way, and the next press fetches all of them again.
+Task<ScanFormFlow::Documents> ScanFormFlow::fetchDocuments(ScanForm form, ShippoManifest manifest)
 {
     const bool noted = co_await onPool([this, form, manifest] {
         return m_app.scanForms.setMade(form.id, manifest.objectId, manifest.transactions.value_or(QList<QString>()));
     });
-    QList<QByteArray> documents;
-    for (const QString &link : manifest.documents.value_or(QList<QString>())) {
-        const QByteArray document = co_await m_app.shippo.downloadLabel(link);
-        if (!parseLabel(document).isWholePdf())
-            throw ShippoError::api(u"SCAN form created, but the document is not a complete PDF. Press SCAN "
-                                   "Form again."_s);
-        documents += document;
-    }
-    if (documents.isEmpty())
+    const QList<QString> links = manifest.documents.value_or(QList<QString>());
+    if (links.isEmpty())
         throw ShippoError::api(u"SCAN form created but no document came back."_s);
-    const bool stored = co_await onPool(m_app.scanForms, &ScanForms::store, form.id, documents);
+    QList<QByteArray> documents;
+    QStringList missing;
+    for (qsizetype i = 0; i < links.size(); ++i) {
+        try {
+            documents += co_await fetchDocument(links[i]);
+        } catch (const AppError &error) {
+            if (i == 0)
+                throw;
+            m_app.errors.record(u"SCAN Form"_s, error, Popup::no);
+            missing += QString::number(i + 1);
+        }
+    }
+    Documents result{.first = documents.first(), .note = {}};
+    if (!missing.isEmpty()) {
+        result.note = u" Page set %1 of %2 could not be downloaded: press SCAN Form again."_s.arg(missing.join(u", "_s))
+                          .arg(links.size());
+        co_return result;
+    }
+    const bool stored = co_await onPool([this, form, documents] { return m_app.scanForms.store(form.id, documents); });
     if (!noted || !stored) // it can be printed now, and the next press fetches it again
         m_app.errors.record(u"SCAN Form"_s, notStored(m_app.log), Popup::no);
-    QByteArray first = documents.first();
-    co_return first;
+    co_return result;
 }
 
-/// Looks up a requested form at the carrier; empty if the carrier did not make it. Throws while the outcome is unknown.
-Task<std::optional<ShippoManifest>> ScanFormFlow::findManifest(ScanForm form)
+Task<QByteArray> ScanFormFlow::fetchDocument(QString link)
 {
+    const QByteArray document = co_await m_app.shippo.downloadLabel(link);
+    if (!parseLabel(document).isWholePdf())
+        throw ShippoError::api(u"SCAN form created, but the document is not a complete PDF. Press SCAN "
+                               "Form again."_s);
+    co_return document;
+}
+
+/// The form among the account's latest manifests; empty if it is not there.
+Task<QString> ScanFormFlow::findManifestId(ScanForm form)
+{
+    const QList<ShippoManifest> newest = co_await m_app.shippo.newestManifests();
+    for (const ShippoManifest &manifest : newest) {
+        const bool isKnown =
+            co_await onPool([this, id = manifest.objectId] { return m_app.scanForms.knowsManifest(id).orThrow(); });
+        if (isKnown || !isLater(manifest, form))
+            continue;
+        ShippoManifest whole = manifest;
+        if (manifest.transactions.value_or(QList<QString>()).isEmpty() && isPending(manifest))
+            whole = co_await m_app.shippo.manifest(manifest.objectId); // its labels are named once it is made
+        if (holdsLabelsOf(whole, form))
+            co_return whole.objectId;
+    }
+    co_return QString();
+}
+
+/// Looks up a requested form at the carrier. Throws while the carrier cannot be asked, and for the minute in which the
+/// request may still arrive there.
+Task<ScanFormFlow::Recovery> ScanFormFlow::findManifest(ScanForm form)
+{
+    const bool mayArrive = m_arrivals.mayStillArrive(QString::number(form.id), form.askedAt);
     QString id = form.manifestId;
     if (id.isEmpty()) {
-        const QList<ShippoManifest> newest = co_await m_app.shippo.newestManifests();
-        id = co_await onPool([this, form, newest] {
-            const auto found = std::ranges::find_if(newest, [&](const ShippoManifest &manifest) {
-                return canBe(manifest, form) && !m_app.scanForms.knowsManifest(manifest.objectId).orThrow();
-            });
-            return found == newest.end() ? QString() : found->objectId;
-        });
+        try {
+            id = co_await findManifestId(form);
+        } catch (const ShippoError &error) {
+            if (mayArrive)
+                throw;
+            m_app.errors.record(u"SCAN Form"_s, error, Popup::no);
+            co_return Recovery{.isUnknown = true}; // the carrier answers, but cannot tell: waiting does not help
+        } catch (const DecodeError &error) {
+            if (mayArrive)
+                throw;
+            m_app.errors.record(u"SCAN Form"_s, error, Popup::no);
+            co_return Recovery{.isUnknown = true};
+        }
     }
-    std::optional<ShippoManifest> made;
-    if (!id.isEmpty()) {
-        const ShippoManifest manifest = co_await m_app.shippo.manifest(id);
-        if (manifestStatus(manifest) == ManifestStatus::success)
-            made = manifest;
-    } else if (m_arrivals.mayStillArrive(QString::number(form.id), form.askedAt)) {
+    if (id.isEmpty() && mayArrive)
         throw ShippoError::api(
             u"It is not known yet whether the SCAN form of %1 was made. Try again in a minute."_s.arg(
                 dateTimeText(form.askedAt)));
+    Recovery recovery;
+    if (!id.isEmpty()) {
+        const ShippoManifest manifest = co_await m_app.shippo.manifest(id);
+        if (manifestStatus(manifest) == ManifestStatus::success)
+            recovery.manifest = manifest;
     }
-    co_return made;
+    co_return recovery;
 }
 
-/// Returns the first document of a form whose response was lost; empty if the carrier did not make the form or has no
-/// document for it.
-Task<std::optional<QByteArray>> ScanFormFlow::recoverForm(ScanForm form)
+/// Returns the first document of a form whose response was lost; empty if the carrier did not make the form, has no
+/// document for it, or cannot tell.
+Task<std::optional<ScanFormFlow::Documents>> ScanFormFlow::recoverForm(ScanForm form)
 {
-    const std::optional<ShippoManifest> made = co_await findManifest(form);
-    std::optional<QByteArray> document;
-    if (made && made->documents && !made->documents->isEmpty()) {
+    const Recovery recovery = co_await findManifest(form);
+    if (recovery.isUnknown)
+        co_return std::nullopt; // it stays under way: the carrier may tell later
+    const std::optional<ShippoManifest> &made = recovery.manifest;
+    if (made && made->documents && !made->documents->isEmpty())
         co_return co_await fetchDocuments(form, *made);
-    }
     const bool closed = co_await onPool([this, form, made] {
         return made ? m_app.scanForms.setMade(form.id, made->objectId, made->transactions.value_or(QList<QString>())) &&
                           m_app.scanForms.store(form.id, {})
@@ -258,7 +326,7 @@ Task<std::optional<QByteArray>> ScanFormFlow::recoverForm(ScanForm form)
     });
     if (!closed)
         throw notStored(m_app.log);
-    co_return document;
+    co_return std::nullopt;
 }
 
 /// Recovers SCAN forms whose response was lost. True if one is from today; it becomes the shown form. An older form is
@@ -268,20 +336,26 @@ Task<bool> ScanFormFlow::recoverForms(QList<ScanForm> forms)
     bool shown = false;
     for (const ScanForm &form : forms) {
         const bool isOfToday = form.askedAt.toLocalTime().date() == m_app.platform.clock.now().date();
-        std::optional<QByteArray> document;
+        std::optional<Documents> documents;
         try {
-            document = co_await recoverForm(form);
+            documents = co_await recoverForm(form);
         } catch (const AppError &) {
             if (isOfToday)
                 throw;
         }
-        if (!document || !isOfToday)
+        if (!documents || !isOfToday)
             continue;
-        m_app.scanFormPDF = document;
-        m_app.scanFormStatus = readyText(form.labels);
+        showForm(*documents, form.labels);
         shown = true;
     }
     co_return shown;
+}
+
+void ScanFormFlow::showForm(const Documents &documents, qsizetype labels)
+{
+    m_app.scanFormPDF = documents.first;
+    m_app.scanFormStatus = readyText(labels) + documents.note;
+    m_app.scanFormComplete = documents.note.isEmpty();
 }
 
 /// Runs with the refund sync; silent if the carrier cannot be asked.

@@ -18,14 +18,27 @@ public:
     Task<> recoverLostForms();
 
 private:
+    struct Documents {
+        QByteArray first;
+        QString note; ///< names the documents that could not be downloaded
+    };
+    /// What the carrier tells about a form whose response was lost.
+    struct Recovery {
+        std::optional<ShippoManifest> manifest = {}; ///< empty: the form was not made
+        bool isUnknown = false;                      ///< the carrier cannot tell
+    };
+
     void fail(const AppError &error);
     Task<> showNoLabelsToManifest(bool testKey);
     Task<bool> confirmOddLabels(QList<ShipmentRecord> labels, bool testKey);
-    Task<QByteArray> requestForm(QList<ShipmentRecord> labels, bool testKey, ShippoAddress from);
-    Task<QByteArray> fetchDocuments(ScanForm form, ShippoManifest manifest);
-    Task<std::optional<ShippoManifest>> findManifest(ScanForm form);
-    Task<std::optional<QByteArray>> recoverForm(ScanForm form);
+    Task<Documents> requestForm(QList<ShipmentRecord> labels, bool testKey, ShippoAddress from);
+    Task<Documents> fetchDocuments(ScanForm form, ShippoManifest manifest);
+    Task<QByteArray> fetchDocument(QString link);
+    Task<QString> findManifestId(ScanForm form);
+    Task<Recovery> findManifest(ScanForm form);
+    Task<std::optional<Documents>> recoverForm(ScanForm form);
     Task<bool> recoverForms(QList<ScanForm> forms);
+    void showForm(const Documents &documents, qsizetype labels);
 
     AppState &m_app;
     ArrivalWatch m_arrivals;

@@ -163,7 +163,7 @@ TEST_F(LabelPurchaseTest, AnInvoiceThatCannotBeDrawnStopsNothing)
     EXPECT_FALSE(result.isComplete());
     EXPECT_TRUE(PurchaseTexts::successLine(result).endsWith(u" (Invoice print failed: no fonts)"_s))
         << PurchaseTexts::successLine(result).toStdString();
-    EXPECT_FALSE(app->log.customsPDF(newest().id));
+    EXPECT_FALSE(*app->log.customsPDF(newest().id));
 }
 
 TEST_F(LabelPurchaseTest, AFedexParcelAbroadBringsItsCustomsDocument)

@@ -125,4 +125,94 @@ TEST_F(ScanFormFlowTest, AScanFormIsForgottenOnlyIfTheCarrierCannotHaveMadeIt)
     }
 }
 
+TEST_F(ScanFormFlowTest, OnlyAFormThatHoldsTheDesksLabelsIsTheDesks)
+{
+    const auto make = [this] { run(app->createScanForm(deskAddress())); };
+    bought();
+    carrier.setScenario({.failNext = CarrierFailure{"manifests/", 500, "text/plain", "", 1, "POST"}});
+    make(); // the carrier never makes this form
+    ASSERT_EQ(app->scanForms.underWay(true)->size(), 1);
+    clock.advance(std::chrono::seconds(61));
+    const QByteArray now = clock.now().toUTC().toString(Qt::ISODate).toUtf8();
+    carrier.setScenario(
+        {.failNext = CarrierFailure{"manifests", 200, "application/json",
+                                    R"({"results": [{"object_id": "other", "status": "SUCCESS", "object_created": ")" +
+                                        now + R"(", "documents": ["http://127.0.0.1:1/x.pdf"], "transactions": []}]})",
+                                    1, "GET"}});
+    make();
+    EXPECT_EQ(app->scanFormStatus.value(), u"SCAN form ready: 1 label — hand one printed copy to the carrier."_s);
+    EXPECT_EQ(sent("/manifests/").size(), 2) << "another desk's form is not taken for ours";
+}
+
+TEST_F(ScanFormFlowTest, AnInactiveAccountIsUsedOnlyIfThereIsNoOther)
+{
+    const QByteArray inactive = R"({"object_id": "old", "carrier": "usps", "active": false})",
+                     active = R"({"object_id": "new", "carrier": "usps", "active": true})";
+    bought();
+    for (const auto &[accounts, used] : {std::pair(inactive + ',' + active, "new"), std::pair(inactive, "old")}) {
+        answer("carrier_accounts", R"({"results": [)" + accounts + "]}");
+        run(app->createScanForm(deskAddress()));
+        EXPECT_EQ(sent("/manifests/").last()["carrier_account"], used);
+    }
+}
+
+TEST_F(ScanFormFlowTest, AListThatCannotBeReadBlocksNoFormForLongerThanAMinute)
+{
+    const auto make = [this] { run(app->createScanForm(deskAddress())); };
+    bought();
+    carrier.setScenario({.failNext = CarrierFailure{"manifests/", 500, "text/plain", "", 1, "POST"}});
+    make();
+    const auto refuseList = [this] {
+        carrier.setScenario({.failNext = CarrierFailure{"manifests", 404, "text/plain", "", 1, "GET"}});
+    };
+    refuseList();
+    make();
+    EXPECT_EQ(app->scanFormPDF.value(), std::nullopt);
+    clock.advance(std::chrono::seconds(61));
+    refuseList();
+    make();
+    EXPECT_TRUE(app->scanFormPDF.value()) << app->scanFormStatus.value().toStdString();
+}
+
+TEST_F(ScanFormFlowTest, ASecondDocumentThatFailsHidesNotTheFirst)
+{
+    const auto make = [this] { run(app->createScanForm(deskAddress())); };
+    bought();
+    carrier.setScenario({.manifestDocuments = 2});
+    const auto secondFails = [this] {
+        CarrierScenario scenario{.manifestDocuments = 2};
+        scenario.failNext = CarrierFailure{"documents/", 404, "text/html", "gone", 1, "", 1};
+        carrier.setScenario(scenario);
+    };
+    secondFails();
+    make();
+    EXPECT_TRUE(app->scanFormPDF.value());
+    EXPECT_EQ(app->scanFormOpenTick.value(), 1);
+    EXPECT_TRUE(
+        app->scanFormStatus.value().endsWith(u"Page set 2 of 2 could not be downloaded: press SCAN Form again."_s))
+        << app->scanFormStatus.value().toStdString();
+    EXPECT_FALSE(app->scanFormComplete);
+    carrier.setScenario({.manifestDocuments = 2});
+    make();
+    EXPECT_TRUE(app->scanForms.underWay(true)->isEmpty());
+    EXPECT_TRUE(app->scanFormComplete);
+}
+
+TEST_F(ScanFormFlowTest, AFormThatEndsAsAnErrorEndsTheAttempt)
+{
+    const auto make = [this] { run(app->createScanForm(deskAddress())); };
+    bought();
+    carrier.setScenario({.manifestQueuedReads = 99});
+    make();
+    ASSERT_EQ(app->scanForms.underWay(true)->size(), 1);
+    const QString id = app->scanForms.underWay(true)->first().manifestId;
+    ASSERT_FALSE(id.isEmpty());
+    carrier.setScenario(
+        {.failNext = CarrierFailure{"manifests/" + id.toUtf8(), 200, "application/json",
+                                    R"({"object_id": ")" + id.toUtf8() + R"(", "status": "ERROR"})", 1, "GET"}});
+    prompts.answer = 1;
+    make();
+    EXPECT_TRUE(app->scanForms.underWay(true)->isEmpty()) << app->scanFormStatus.value().toStdString();
+}
+
 } // namespace parcelory::test
