@@ -5,6 +5,7 @@
 
 #include <QList>
 
+#include <algorithm>
 #include <optional>
 
 namespace parcelory::ShipmentLogRows {
@@ -15,10 +16,11 @@ extern const char *const select;
 QList<ShipmentRecord> recordsOf(Statement &query);
 /// The same; nothing if reading failed before the last row.
 std::optional<QList<ShipmentRecord>> allOf(Statement &query);
-/// A value of created_at in milliseconds since 1970.
+/// A value of created_at in milliseconds since 1970. A damaged row may hold any number.
 inline qint64 msecsOf(double createdAt)
 {
-    return qRound64(createdAt * 1000);
+    constexpr double farthest = 1e12; // seconds; date arithmetic is not reliable beyond this
+    return qRound64(std::clamp(createdAt, -farthest, farthest) * 1000);
 }
 
 /// A time as a value of created_at: seconds since 1970.
