@@ -3,7 +3,6 @@
 #include "backoffice/DesklineAuth.h"
 #include "backoffice/DesklineInvoice.h"
 #include "core/CompanySanitizer.h"
-#include "core/UsStates.h"
 
 namespace parcelory {
 
@@ -20,11 +19,6 @@ public:
 
     /// The invoice number in a scanned or typed text: a short link, or the number itself with or without its "i".
     static std::optional<QString> invoiceID(const QString &text, const QString &shortLinkHost);
-    /// "Portland, Oregon" becomes Portland and OR. Two letters become capitals; any other unknown state stays as
-    /// written.
-    static std::pair<QString, QString> splitCityState(const QString &text);
-    /// Maps lower-case US state names to two-letter codes.
-    static const std::map<QString, QString> &stateAbbreviations() { return usStates(); }
 
 private:
     Task<DesklinePage> readPage(QString invoiceID);

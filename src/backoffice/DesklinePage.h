@@ -2,6 +2,7 @@
 
 // What read-invoice.js returns, under its own keys. Only `fields` is required.
 
+#include "backoffice/DesklineInvoice.h"
 #include "core/RecordField.h"
 
 #include <QList>
@@ -9,6 +10,7 @@
 
 #include <optional>
 #include <tuple>
+#include <utility>
 
 namespace parcelory {
 
@@ -62,5 +64,14 @@ struct DesklinePage {
                           field("paid", &P::paid),         field("profileUserID", &P::profileUserID)};
     }
 };
+
+/// Parses what the script returned; empty if it names no buyer.
+std::optional<DesklinePage> parsePage(const QString &answer);
+
+/// The invoice that the page shows; the company is not sanitized yet.
+DesklineInvoice invoiceFrom(const QString &id, const DesklinePage &page);
+
+/// "Portland, Oregon" becomes Portland and OR. Two letters become capitals; any other unknown state stays as written.
+std::pair<QString, QString> splitCityState(const QString &text);
 
 } // namespace parcelory

@@ -5,7 +5,9 @@
     if (!passwordField)
         return 'no-password-field';
     const form = passwordField.form || document.forms[0];
-    const userField = (form || document).querySelector('input[type=email], input[type=text]');
+    // The property, not the attribute: an input without a type is a text field, too.
+    const userField = [...(form || document).querySelectorAll('input')].find(
+        input => input.type === 'email' || input.type === 'text');
     if (!userField)
         return 'no-user-field';
     userField.value = user;

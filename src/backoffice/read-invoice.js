@@ -2,34 +2,39 @@
 (function () {
     const result = {fields: {}, items: [], notes: [], shipMethod: '', shipCost: '', tracking: '', paid: '',
                     profileUserID: ''};
-    const t = element => (element.innerText || '').replace(/\u00a0/g, ' ').trim();
-    const isCell = element => element && /^T[DH]$/.test(element.tagName);
+    const cellsIn = element => [...element.querySelectorAll('td, th')];
+    // A hidden element is checked first, because its innerText is the text that it would show.
+    const isShown = element => element.getClientRects().length > 0;
+    const t = element => isShown(element) ? (element.innerText || '').replace(/\u00a0/g, ' ').trim() : '';
     const cellAfter = cell => {
-        const next = cell && cell.nextElementSibling;
-        return isCell(next) ? next : null;
+        let next = cell && cell.nextElementSibling;
+        while (next && !/^T[DH]$/.test(next.tagName))
+            next = next.nextElementSibling;
+        return next;
     };
+    // Only the innermost cell with a text has it: a layout cell shows the texts of all cells inside it.
+    const hasItself = (cell, pattern) => pattern.test(t(cell)) && !cellsIn(cell).some(inner => pattern.test(t(inner)));
+    const label = /^(Name|Email|Address|City|Zip|Country|Phone|Company Name|Codes):\s*([\s\S]*)$/;
 
     const profile = document.querySelector('a[href*="_update-customer"]');
     if (profile)
         result.profileUserID = (/id=(\d+)/.exec(profile.getAttribute('href')) || [])[1] || '';
 
-    for (const cell of document.querySelectorAll('td, th')) {
-        if (cell.querySelector('td, th'))
-            continue; // a layout cell; the loop also visits its inner cells
-        const text = t(cell);
-        const field =
-            /^(Name|Email|Address|City|Zip|Country|Phone|Company Name|Codes):\s*([\s\S]*)$/.exec(text);
-        if (field && !(field[1] in result.fields))
-            result.fields[field[1]] = field[2].trim();
+    for (const cell of cellsIn(document)) {
+        if (hasItself(cell, label)) {
+            const [, name, value] = label.exec(t(cell));
+            if (!(name in result.fields))
+                result.fields[name] = value.trim();
+        }
         const next = cellAfter(cell);
-        if (text.includes('Shipment Tracking No') && next && !result.tracking)
+        if (next && !result.tracking && hasItself(cell, /Shipment Tracking No/))
             result.tracking = t(next);
-        if (text.includes('Paid amount') && next && !result.paid)
+        if (next && !result.paid && hasItself(cell, /Paid amount/))
             result.paid = t(next);
     }
 
     for (const table of document.querySelectorAll('table')) {
-        const [head, ...rows] = table.rows;
+        const [head, ...rows] = [...table.rows].filter(isShown);
         if (!head)
             continue;
         const heading = t(head);

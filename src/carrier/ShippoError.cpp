@@ -26,6 +26,8 @@ void flatten(const Json &value, const QString &path, QStringList &lines, int dep
         return;
     if (value.is_string()) {
         const QString text = QString::fromStdString(value.get<std::string>());
+        if (text.trimmed().isEmpty())
+            return; // a refusal without a reason
         lines += path.isEmpty() ? text : path + u": "_s + text;
     } else if (value.is_array()) {
         for (const Json &element : value)

@@ -5,6 +5,7 @@
 
 #include <QList>
 
+#include <algorithm>
 #include <optional>
 
 namespace parcelory::ShipmentLogRows {
@@ -19,10 +20,11 @@ std::optional<QList<ShipmentRecord>> allOf(const Database &db, Statement &query)
 /// For the tables that later versions added with their first row.
 bool hasTable(const Database &db, const char *name);
 
-/// A value of created_at in milliseconds since 1970.
+/// A value of created_at in milliseconds since 1970. A damaged row may hold any number.
 inline qint64 msecsOf(double createdAt)
 {
-    return qRound64(createdAt * 1000);
+    constexpr double farthest = 1e12; // seconds; date arithmetic is not reliable beyond this
+    return qRound64(std::clamp(createdAt, -farthest, farthest) * 1000);
 }
 
 /// A time as a value of created_at: seconds since 1970; 0 for a row without a date, which is listed below all others.

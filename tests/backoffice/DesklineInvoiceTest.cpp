@@ -1,5 +1,6 @@
 #include "backoffice/DesklineInvoice.h"
 #include "backoffice/DesklineInvoiceFetcher.h"
+#include "backoffice/DesklinePage.h"
 #include "compose/Customs.h"
 #include "support/Printing.h"
 
@@ -29,6 +30,10 @@ TEST(DesklineInvoice, FindsTheNumberInScannedOrTypedText)
     const std::pair<QString, std::optional<QString>> rows[] = {
         {u"i1234"_s, u"1234"_s},
         {u" \t1234 "_s, u"1234"_s},
+        {u"\u00a01234"_s, u"1234"_s},
+        {u"1234\r\n"_s, u"1234"_s},
+        {u"1234 5"_s, std::nullopt},
+        {u"1234\n5678"_s, std::nullopt},
         {u"123"_s, std::nullopt},
         {u"i123"_s, std::nullopt},
         {u"12345x"_s, std::nullopt},
@@ -55,7 +60,7 @@ TEST(DesklineInvoice, SplitsCityAndState)
         {{}, {}, {}},
     };
     for (const auto &[text, city, state] : rows)
-        EXPECT_EQ(DesklineInvoiceFetcher::splitCityState(text), (std::pair{city, state})) << text.toStdString();
+        EXPECT_EQ(splitCityState(text), (std::pair{city, state})) << text.toStdString();
 }
 
 TEST(DesklineInvoice, SuggestsTheCustomsContents)

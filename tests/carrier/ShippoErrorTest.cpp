@@ -23,6 +23,8 @@ TEST(ShippoError, FlattensFieldErrorsIntoAtMostFourReadableLines)
         {R"({"f":"6","e":"5","d":"4","c":"3","b":"2","a":"1"})", u"a: 1\nb: 2\nc: 3\nd: 4"_s},
         {R"("plain text")", u"plain text"_s},
         {R"({"detail": 5, "other": null, "third": true})", std::nullopt},
+        {R"("")", std::nullopt},
+        {R"({"zip": [" ", "Invalid zip"]})", u"zip: Invalid zip"_s},
         {"<html>not JSON</html>", std::nullopt},
         {QByteArray(200000, '[') + "\"deep\"" + QByteArray(200000, ']'), std::nullopt},
     };

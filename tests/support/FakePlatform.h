@@ -10,8 +10,10 @@
 #include <QHash>
 #include <QTemporaryDir>
 
+#include <chrono>
 #include <functional>
 #include <mutex>
+#include <utility>
 
 namespace parcelory::test {
 
@@ -142,12 +144,24 @@ public:
     QList<std::chrono::milliseconds> ends;
 };
 
+/// Real HTTP on loopback that remembers how long the last request was allowed to take.
+class FakeTransport : public NetworkTransport {
+public:
+    FakeTransport() : NetworkTransport(Reach::loopbackOnly) {}
+    Task<HttpAnswer> send(HttpRequest request) override
+    {
+        lastLimit = request.timeout;
+        return NetworkTransport::send(std::move(request));
+    }
+    std::chrono::milliseconds lastLimit{};
+};
+
 /// A platform for tests: real loopback HTTP, everything else in memory, a temporary data folder.
 struct FakePlatform {
     FakePlatform();
 
     QTemporaryDir folder;
-    NetworkTransport http{NetworkTransport::Reach::loopbackOnly};
+    FakeTransport http;
     FakeClock clock;
     MemorySecrets secrets;
     MemoryPreferences preferences;

@@ -10,9 +10,10 @@ namespace parcelory::test {
 class FakeWebSession : public WebSession {
 public:
     void setDelegate(Delegate taken) override { delegate = std::move(taken); }
-    void load(const QUrl &url, std::chrono::milliseconds) override
+    void load(const QUrl &url, std::chrono::milliseconds limit) override
     {
         crashed = false;
+        loadLimit = limit;
         loaded += url.toString();
     }
     Task<QVariant> evaluate(QString expression) override
@@ -26,6 +27,7 @@ public:
     Delegate delegate;
     std::function<QVariant(const QString &expression)> answer;
     QStringList loaded, evaluated;
+    std::chrono::milliseconds loadLimit{}; ///< of the last load
     bool crashed = false;
     int cleared = 0;
 };

@@ -15,7 +15,7 @@ namespace parcelory::test {
 template <class Done>
 void runUntil(Done done, FakeClock *clock = nullptr)
 {
-    QDeadlineTimer deadline(std::chrono::seconds(20));
+    QDeadlineTimer deadline(std::chrono::seconds(60)); // a busy machine is slow
     QTimer wake;
     wake.start(20);
     while (!done()) {

@@ -1,7 +1,8 @@
 #!/bin/sh
 # private-cups.sh DIR: a private CUPS server, which keeps all its files in DIR and whose printers write what they get to
 # DIR/out. Clients find it by CUPS_SERVER=DIR/run/cups.sock.
-# The script says "ready" and runs until its standard input closes, so the server ends even when its user is killed.
+# The script says "ready" and runs until its standard input closes, so the server ends even when its user is killed; a
+# guard ends the server when this script is killed, too.
 # DIR must be readable for everybody, and short: a socket's path ends at about 100 bytes.
 # A shell script DIR/fault runs at the beginning of every job as the printer's side of it; there it is called $fault.
 # Queues: ZD421 (Zebra), Laser (PDF printer), Frozen (Zebra, paused, and nobody may resume it).
@@ -102,6 +103,10 @@ start() {
     make_programs
     /usr/sbin/cupsd -f -c "$dir/etc/cupsd.conf" -s "$dir/etc/cups-files.conf" > "$dir/log/cupsd.out" 2>&1 &
     pid=$!
+    # The guard has no parent: a test that takes too long is killed with all its descendants.
+    exec 3<&0
+    (trap '' HUP INT TERM; (cat; stop) <&3 >/dev/null 2>&1 &)
+    exec 3<&-
     trap stop EXIT
     trap 'exit 1' HUP INT PIPE TERM
     export CUPS_SERVER="$dir/run/cups.sock" HOME="$dir/home" LC_ALL=C.UTF-8

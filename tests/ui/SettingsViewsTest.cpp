@@ -161,6 +161,7 @@ TEST_F(SettingsViews, ATokenIsHiddenWhileTypedAndClearedOnceStored)
 TEST_F(SettingsViews, AMissingPrinterIsShownAsMissing)
 {
     open(Page::printers);
+    wait([&] { return !settings().zebraQueues.value().isEmpty(); }); // until then no queue is missing
     auto *labels = named<ComboBox>(u"Label printer"_s, &view());
     EXPECT_EQ(labels->currentText(), u"ZD421"_s);
     settings().zebraQueue = QString();

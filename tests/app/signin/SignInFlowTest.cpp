@@ -12,9 +12,12 @@
 #include <gmock/gmock.h>
 
 #include <chrono>
+#include <functional>
+#include <utility>
 
 namespace parcelory::test {
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 using testing::IsEmpty;
 
 namespace {
@@ -84,7 +87,10 @@ TEST_F(SignInFlowTest, ReportsWhyItFailedAndForgetsOnlyRejectedCredentials)
         EXPECT_EQ(saved(), row.kept ? u"old"_s : QString());
         EXPECT_EQ(runTask(app->hasSavedCredentials()), row.kept);
         EXPECT_EQ(app->flow.value(), AppFlow::login);
-        EXPECT_GE(clock.elapsed() - before, std::chrono::seconds(40));
+        EXPECT_GE(clock.elapsed() - before, 40s);
+        EXPECT_LT(clock.elapsed() - before, 42s);
+        EXPECT_EQ(http.lastLimit, 5s);
+        EXPECT_EQ(web.loadLimit, 60s);
         EXPECT_FALSE(app->loginBusy);
     }
     remember();
@@ -120,8 +126,45 @@ TEST_F(SignInFlowTest, SignsInByItselfOncePerRun)
     remember();
     run([&] { return screen.appear(); });
     EXPECT_EQ(web.loaded.size(), 1);
+    run([&] { return screen.signIn(); });
+    EXPECT_FALSE(screen.remember) << "the back office rejected the saved password";
+    run([&] { return screen.appear(); });
+    EXPECT_EQ(screen.password.value(), QString()) << "the password was the former clerk's";
     screen.name = u"someone"_s;
     EXPECT_EQ(read(preferences, settings::signInName), u"someone"_s);
+}
+
+TEST_F(SignInFlowTest, StaysInTheBackOffice)
+{
+    const std::pair<QString, bool> rows[] = {
+        {app->auth.loginURL().toString(), true},
+        {u"about:blank"_s, true},
+        {u"http://127.0.0.1.example.com/staff/login.php"_s, false},
+        {u"http://example.com/?127.0.0.1"_s, false},
+        {u"http://localhost/staff/login.php"_s, false},
+    };
+    for (const auto &[address, allowed] : rows)
+        EXPECT_EQ(web.delegate.allows(QUrl(address)), allowed) << address.toStdString();
+    web.delegate.onFinished(app->auth.loginURL());
+    EXPECT_EQ(app->auth.currentURL.value(), app->auth.loginURL().toString());
+}
+
+TEST_F(SignInFlowTest, WaitsForNoPageThatWasReplaced)
+{
+    showPage(true, true);
+    const auto replace = [](DesklineAuth &auth) { auth.load(auth.loginURL()); };
+    const auto forget = [](DesklineAuth &auth) { auth.clear(); };
+    for (const std::function<void(DesklineAuth &)> &act : {std::function(replace), std::function(forget)}) {
+        web.answer = [&, shown = false](const QString &) mutable { return std::exchange(shown, true); };
+        EXPECT_TRUE(runTask(app->auth.waitFor(u"shown"_s, 40s), &clock));
+        bool asked = false;
+        web.answer = [&](const QString &) {
+            if (!std::exchange(asked, true))
+                act(app->auth);
+            return true;
+        };
+        EXPECT_FALSE(runTask(app->auth.waitFor(u"shown"_s, 40s), &clock));
+    }
 }
 
 } // namespace parcelory::test

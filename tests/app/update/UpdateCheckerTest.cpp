@@ -6,6 +6,7 @@
 #include "shell/ErrorLog.h"
 #include "shell/UpdateFeed.h"
 #include "support/FakePlatform.h"
+#include "support/HeldPool.h"
 #include "support/RunTask.h"
 
 #include <gmock/gmock.h>
@@ -14,6 +15,7 @@
 #include "support/Printing.h"
 
 #include <QProcess>
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <atomic>
@@ -50,6 +52,10 @@ protected:
     }
     void serve(const httplib::Request &request, httplib::Response &answer)
     {
+        if (request.path.starts_with("/moved")) {
+            answer.set_redirect(request.path.substr(6));
+            return;
+        }
         const std::string name = request.path.substr(request.path.rfind('/') + 1);
         const QByteArray bytes = read(u"site/"_s + QString::fromStdString(name));
         const size_t size = size_t(bytes.size());
@@ -181,6 +187,16 @@ TEST_F(Update, ReportsTheResultOnlyOfACheckThatTheClerkStarted)
         EXPECT_EQ(alerts.value(0).first, row.title);
         EXPECT_TRUE(alerts.value(0).second.startsWith(row.text)) << row.text.toStdString();
     }
+    {
+        write(u"site/parcelory-latest.json"_s, "[]");
+        const qsizetype before = desk.processes.calls().size();
+        auto held = std::make_optional<HeldPool>();
+        const Task<> launch = checker.checkOnLaunch(), first = checker.checkNow(), second = checker.checkNow();
+        held.reset();
+        runUntil([this] { return !checker.busy && !desk.prompts.alerts.isEmpty(); });
+        EXPECT_EQ(desk.processes.calls().size() - before, 1) << "one request serves all three";
+        EXPECT_EQ(std::exchange(desk.prompts.alerts, {}).size(), 1);
+    }
     desk.platform.deployment.updateFeed = u"https://REPLACE-WITH-YOUR-HOST/app/parcelory-latest.json"_s;
     run(checker.checkOnLaunch());
     run(checker.checkNow());
@@ -199,16 +215,33 @@ TEST_F(Update, ShowsTheDownloadsProgressAndReplacesTheAppAfterTheProgramExits)
     UpdateInfo info = publish();
     EXPECT_EQ(info.notes, u"Faster \"scale\".\nFewer\tclicks."_s);
     info.size = std::nullopt; // the server also sends the size
+    info.url.replace(u"127.0.0.1"_s, u"localhost"_s).replace(u"/Parcelory"_s, u"/moved/Parcelory"_s);
     checker.available = info;
     hold = true;
-    const Task<> installing = checker.install();
+    const mode_t usualMask = ::umask(0);
+    const Task<> installing = checker.install(), again = checker.install();
     runUntil([this] { return checker.progress.value().value_or(0) >= 0.4; }, &desk.clock);
+    ::umask(usualMask);
+    const QString staging = desk.path(u"tmp/"_s + entries(u"tmp"_s).value(0));
+    EXPECT_EQ(QFileInfo(staging).permissions() & ~(QFile::ReadUser | QFile::WriteUser | QFile::ExeUser),
+              QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    run(checker.checkNow());
+    EXPECT_EQ(checker.offers.value(), 1) << "a check during the download shows its progress";
     EXPECT_LT(*checker.progress.value(), 1);
     EXPECT_EQ(checker.status.value(), u"Downloading v2…"_s);
     hold = false;
     runUntil([this] { return checker.phase != UpdatePhase::downloading; }, &desk.clock);
     EXPECT_EQ(checker.status.value(), u"Parcelory 2 downloaded and ready to install."_s);
     EXPECT_EQ(checker.progress.value(), 1.0);
+    EXPECT_EQ(checker.offers.value(), 2) << "the prompt is shown when the update is ready";
+    QList<QStringList> asked;
+    for (const FakeProcesses::Call &call : desk.processes.calls()) {
+        if (call.program == u"/usr/bin/curl")
+            asked += call.arguments;
+    }
+    const QStringList size = {u"-sIL"_s, u"--max-time"_s, u"20"_s, info.url};
+    const QStringList bytes = {u"-fsSL"_s, u"--max-time"_s, u"120"_s, u"-o"_s, staging + u"/update.zip"_s, info.url};
+    EXPECT_EQ(asked, (QList{size, bytes}));
 
     QProcess running; // stands in for the program; exits at the end of its input
     running.start(u"/bin/cat"_s);
@@ -256,6 +289,8 @@ TEST_F(Update, AFailedDownloadReportsWhyAndLeavesNoFiles)
         {u":"_s, "curl 18: curl: (18)", url("a.zip?cut")},
         {u":"_s, "no web address", u"file://"_s + desk.path(u"site/a.zip"_s)},
         {u":"_s, "no web address", u"--config"_s},
+        {u":"_s, "no web address", url("a.zip").replace(u"http"_s, u"ftp"_s)},
+        {u":"_s, "is not encrypted and has no checksum", url("a.zip").replace(u"127.0.0.1"_s, u"localhost"_s)},
     };
     write(u"victim"_s, "precious");
     for (const Row &row : rows) {
