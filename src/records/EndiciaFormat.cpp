@@ -76,7 +76,7 @@ void append(QByteArray &text, const Line &line, EndiciaDates &dates)
 {
     const std::optional<LogStatus> status = logStatusFrom(line.status);
     const bool plainStatus = status == LogStatus::printed || status == LogStatus::delivered;
-    const QByteArray date = line.createdAt == 0 ? QByteArray() : dates.text(line.createdAt).toLatin1();
+    const QByteArray date = dates.text(line.createdAt).toLatin1();
     const QByteArray postage = fixed(line.postage, 2).toLatin1();
     const QByteArray ounces = line.weightOz > 0 ? general(std::round(line.weightOz)).toLatin1() : QByteArray();
     const QByteArrayView fields[] = {plainStatus ? QByteArrayView() : line.status,

@@ -20,7 +20,7 @@ QString header();
 /// The fields of a shipment's line. Texts are UTF-8.
 struct Line {
     QByteArrayView status;
-    qint64 createdAt = 0; ///< milliseconds since 1970; 0 for a shipment without a date
+    qint64 createdAt = 0; ///< milliseconds since 1970
     QByteArrayView transactionID, recipient, zip11;
     double postage = 0, weightOz = 0;
     QByteArrayView balance, service, services, tracking, declaredValue, descriptionText, reference, groupCode, email;

@@ -375,8 +375,8 @@ LogRead<std::optional<ShipmentRecord>> ShipmentLog::find(const ShipmentRecord &r
 LogRead<QList<ShipmentRecord>> ShipmentLog::labelsOf(QDate day) const
 {
     return read<QList<ShipmentRecord>>([day](const Database &db) {
-        Statement query(db, ShipmentLogRows::select +
-                                QByteArray(" WHERE created_at >= ? AND created_at < ? ORDER BY created_at, id"));
+        Statement query(db, ShipmentLogRows::select + QByteArray(" WHERE created_at >= ? AND created_at < ?") +
+                                ShipmentLogRows::datedCondition(db) + " ORDER BY created_at, id");
         if (query.isPrepared()) {
             query.bind(1, ShipmentLogRows::secondsOf(day.startOfDay()));
             query.bind(2, ShipmentLogRows::secondsOf(day.addDays(1).startOfDay()));

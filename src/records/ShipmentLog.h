@@ -27,7 +27,7 @@ struct ImportReport {
     int imported = 0;
     int known = 0;           ///< lines with a tracking number that was in the log already
     QList<int> skippedLines; ///< not the header, and too short for a shipment
-    QList<int> undatedLines; ///< imported without a date, because theirs is missing or in no known form
+    QList<int> undatedLines; ///< dated with the import, because theirs is missing or in no known form
 };
 
 /// The permanent record of every bought label, in mailing_log.sqlite. Everything but records() and shownSearch() may be

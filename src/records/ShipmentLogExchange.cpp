@@ -190,12 +190,15 @@ ImportReport appendLines(const QString &path, const QByteArray &text, KnownRows 
         for (MailLines lines(text); lines.next();) {
             if (++count % portion == 0 && !progress.report(text.size() - lines.left(), text.size()))
                 return canceled;
-            const std::optional<ShipmentRecord> record = EndiciaFormat::parse(lines.line, dates);
+            std::optional<ShipmentRecord> record = EndiciaFormat::parse(lines.line, dates);
             if (!record) {
                 if (!EndiciaFormat::isHeaderOrBlank(lines.line))
                     report.skippedLines += lines.number;
                 continue;
             }
+            const bool isDated = record->createdAt.isValid();
+            if (!isDated)
+                record->createdAt = QDateTime::currentDateTime();
             const bool isKnown = known->contains(record->tracking.toUtf8());
             report.known += isKnown;
             if (isKnown && mode == KnownRows::skip)
@@ -204,8 +207,10 @@ ImportReport appendLines(const QString &path, const QByteArray &text, KnownRows 
             ShipmentLogRows::bind(insert, *record);
             require(insert.execute());
             ++report.imported;
-            if (!record->createdAt.isValid())
+            if (!isDated) {
                 report.undatedLines += lines.number;
+                require(ShipmentLogRows::markUndated(db, db.lastInsertedId()));
+            }
         }
     }
     if (!progress.report(text.size(), text.size()))

@@ -113,4 +113,15 @@ void bind(Statement &insert, const ShipmentRecord &record)
     bind(record.customsPDF);
 }
 
+bool markUndated(Database &db, qint64 id)
+{
+    return db.exec("CREATE TABLE IF NOT EXISTS undated_imports (shipment_id INTEGER PRIMARY KEY)") &&
+           execute(db, "INSERT INTO undated_imports (shipment_id) VALUES (?)", id);
+}
+
+QByteArray datedCondition(const Database &db)
+{
+    return hasTable(db, "undated_imports") ? " AND id NOT IN (SELECT shipment_id FROM undated_imports)" : "";
+}
+
 } // namespace parcelory::ShipmentLogRows

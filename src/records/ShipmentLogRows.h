@@ -19,6 +19,10 @@ std::optional<QList<ShipmentRecord>> plainRowsOf(Statement &query);
 std::optional<QList<ShipmentRecord>> allOf(const Database &db, Statement &query);
 /// For the tables that later versions added with their first row.
 bool hasTable(const Database &db, const char *name);
+/// Marks an imported row as dated with the day of its import, because its own date is unknown. It counts for no day.
+bool markUndated(Database &db, qint64 id);
+/// The rows that count for the days of their dates, as a condition that begins with AND; empty if all do.
+QByteArray datedCondition(const Database &db);
 
 /// A value of created_at in milliseconds since 1970. A damaged row may hold any number.
 inline qint64 msecsOf(double createdAt)
@@ -27,10 +31,10 @@ inline qint64 msecsOf(double createdAt)
     return qRound64(std::clamp(createdAt, -farthest, farthest) * 1000);
 }
 
-/// A time as a value of created_at: seconds since 1970; 0 for a row without a date, which is listed below all others.
+/// A time as a value of created_at: seconds since 1970.
 inline double secondsOf(const QDateTime &time)
 {
-    return time.isValid() ? double(time.toMSecsSinceEpoch()) / 1000 : 0;
+    return double(time.toMSecsSinceEpoch()) / 1000;
 }
 
 inline QDateTime timeOf(double createdAt)

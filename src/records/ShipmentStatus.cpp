@@ -100,8 +100,6 @@ QString refundRefusal(const ShipmentRecord &record)
 
 QString dateTimeText(const QDateTime &time)
 {
-    if (!time.isValid())
-        return u"—"_s;
     return QLocale::c().toString(time.toLocalTime(), u"MM/dd/yy, h:mm AP"_s);
 }
 

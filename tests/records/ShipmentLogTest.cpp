@@ -218,11 +218,10 @@ TEST(ShipmentLog, TellsWhichLinesOfAnImportWereKnownShortOrUndated)
     const ImportReport third = imported(KnownRows::import);
     EXPECT_EQ(std::tuple(third.imported, third.known), std::tuple(3, 2));
 
-    EXPECT_EQ(shown(log).first(), u"Ana"_s) << "rows without a date are last";
-    EXPECT_FALSE(log.records().last().createdAt.isValid());
-    EXPECT_EQ(log.labelsOf(QDate::currentDate())->size(), 0);
+    EXPECT_LT(std::abs(log.records().first().createdAt.secsTo(QDateTime::currentDateTime())), 60);
+    for (const int days : {-1, 0}) // midnight may pass meanwhile
+        EXPECT_EQ(log.labelsOf(QDate::currentDate().addDays(days))->size(), 0) << "a row without a date is of no day";
     EXPECT_EQ(log.labelsOf(QDate(2026, 11, 20))->size(), 2);
-    EXPECT_TRUE(exported(log).contains(u"\tStamp\t\tpiece\tBen\t"_s));
 }
 
 TEST(ShipmentLog, KeepsTheRefundOfADeliveredParcel)

@@ -20,6 +20,8 @@ QString signatureWarning(const LabelDraft &draft);
 QString senderHint(const LabelDraft &draft);
 QString internationalHint(const LabelDraft &draft);
 QString customsHint(const LabelDraft &draft);
+/// The customs form states that no export filing is needed, which holds up to a limit.
+QString exportFilingWarning(const LabelDraft &draft);
 QString paperworkText(const LabelDraft &draft);
 /// What keeps the form from being complete, or the next thing to do.
 QString formHint(const LabelDraft &draft);

@@ -59,7 +59,7 @@ QStringList reportLines(const ImportReport &report, KnownRows mode)
     if (!report.skippedLines.isEmpty())
         lines += u"Not understood and not imported: "_s + lineText(report.skippedLines) + u'.';
     if (!report.undatedLines.isEmpty())
-        lines += u"Date not understood: %1. These shipments are at the end of the list, without a date."_s.arg(
+        lines += u"Date not understood: %1. These shipments are dated now, and no SCAN form counts them."_s.arg(
             lineText(report.undatedLines));
     return lines;
 }
