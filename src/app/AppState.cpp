@@ -5,6 +5,8 @@
 #include "app/scanform/ScanFormFlow.h"
 #include "app/signin/SignInFlow.h"
 #include "backoffice/DesklineInvoice.h"
+#include "core/AppError.h"
+#include "core/CountryCode.h"
 #include "core/Platform.h"
 #include "core/PostalContact.h"
 #include "core/ShippoAddress.h"
@@ -113,6 +115,12 @@ Task<> AppState::syncRefundStatuses()
     const bool didAsk = co_await m_refundSync->run();
     if (didAsk)
         co_await m_scanForm->recoverLostForms();
+}
+
+QString AppState::recorded(const QString &context, const AppError &error, Popup popup)
+{
+    errors.record(context, error, popup);
+    return error.description();
 }
 
 void AppState::reportScanNoise(const QString &heard)

@@ -134,6 +134,8 @@ public:
     QSet<QString> refundsUnderWay;
     QDateTime lastRefundSync; ///< invalid: never
 
+    /// Records a failure in the error log and returns its description, for the screen that shows it.
+    QString recorded(const QString &context, const AppError &error, Popup popup);
     void setScanStatus(StatusKind kind, const QString &text);
     /// Shows the clerk scanned text that is not an invoice code.
     void reportScanNoise(const QString &heard);
