@@ -55,7 +55,9 @@ AppState::~AppState()
 void AppState::fillDraft(const ShippoAddress &to, const QString &referenceText)
 {
     replacedRecipient = draftTo;
-    draftTo = to;
+    ShippoAddress recipient = to;
+    recipient.country = CountryCode::find(to.country).value_or(to.country);
+    draftTo = recipient;
     draftReference = referenceText;
     draftFillCount = draftFillCount + 1;
     tab = MainTab::newLabel;
