@@ -5,6 +5,8 @@
 #include "app/scanform/ScanFormFlow.h"
 #include "app/signin/SignInFlow.h"
 #include "backoffice/DesklineInvoice.h"
+#include "core/AppError.h"
+#include "core/CountryCode.h"
 #include "core/Platform.h"
 #include "core/PostalContact.h"
 #include "core/ShippoAddress.h"
@@ -53,7 +55,9 @@ AppState::~AppState()
 void AppState::fillDraft(const ShippoAddress &to, const QString &referenceText)
 {
     replacedRecipient = draftTo;
-    draftTo = to;
+    ShippoAddress recipient = to;
+    recipient.country = CountryCode::find(to.country).value_or(to.country);
+    draftTo = recipient;
     draftReference = referenceText;
     draftFillCount = draftFillCount + 1;
     tab = MainTab::newLabel;

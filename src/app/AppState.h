@@ -107,7 +107,8 @@ public:
     PrintWatch printWatch;
     ScanWedgeListener scanListener;
 
-    /// Fills the draft with a recipient and a reference, and shows the New Label tab.
+    /// Fills the draft with a recipient and a reference, and shows the New Label tab. A known country becomes its
+    /// two-letter code.
     void fillDraft(const ShippoAddress &to, const QString &referenceText);
     /// Puts an address book recipient into the label draft and shows the New Label tab.
     void fillRecipient(const PostalContact &contact);

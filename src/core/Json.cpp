@@ -86,8 +86,8 @@ void decodeValue(const Json &json, QUuid &value, const std::string &path, Keys k
 {
     QString text;
     decodeValue(json, text, path, keys);
-    value = QUuid::fromString(text);
-    if (value.isNull())
+    value = QUuid::fromString(text); // also reads braces, and ignores what follows the id
+    if (value.toString(QUuid::WithoutBraces).compare(text, Qt::CaseInsensitive) != 0)
         mismatch(path, "UUID", json);
 }
 

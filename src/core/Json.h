@@ -23,6 +23,13 @@ using Json = nlohmann::ordered_json; ///< keeps the order in which keys were wri
 /// How field names become keys: object_id for the carrier, objectId in our own files.
 enum class Keys { snake, asIs };
 
+/// A list that decodes without its unreadable elements, so that a damaged element does not cost the others.
+template <class T>
+struct ReadableList {
+    QList<T> elements;
+    qsizetype unreadable = 0; ///< how many elements were left out
+};
+
 namespace detail {
 
 std::string keyFor(const char *fieldName, Keys keys);
@@ -50,6 +57,23 @@ void decodeValue(const Json &json, QList<T> &list, const std::string &path, Keys
         T value;
         decodeValue(element, value, path + '[' + std::to_string(list.size()) + ']', keys);
         list.append(std::move(value));
+    }
+}
+
+template <class T>
+void decodeValue(const Json &json, ReadableList<T> &list, const std::string &path, Keys keys)
+{
+    if (!json.is_array())
+        mismatch(path, "array", json);
+    list = {};
+    for (const Json &element : json) {
+        try {
+            T value;
+            decodeValue(element, value, path, keys);
+            list.elements.append(std::move(value));
+        } catch (const DecodeError &) {
+            ++list.unreadable;
+        }
     }
 }
 

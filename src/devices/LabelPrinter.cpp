@@ -46,6 +46,23 @@ QString temporaryFile(const QByteArray &bytes, const QString &prefix, const QStr
     return file.fileName();
 }
 
+/// The Zebra queues in the output of lpstat -v.
+QStringList zebrasIn(const QStringList &lines)
+{
+    static const QRegularExpression device(u"^device for ([^:]+): (.*)$"_s);
+    QStringList found;
+    for (const QString &line : lines) {
+        const auto match = device.match(line);
+        if (!match.hasMatch())
+            continue;
+        const QString queue = trimBlanks(match.captured(1));
+        const QString described = QString(queue + u' ' + trimBlanks(match.captured(2))).toLower();
+        if (std::ranges::any_of(zebraWords, [&](QStringView word) { return described.contains(word); }))
+            found += queue;
+    }
+    return found;
+}
+
 } // namespace
 
 LabelPrinter::LabelPrinter(Platform &platform)
@@ -149,35 +166,39 @@ void LabelPrinter::lpr(const QString &path, const QString &queue, bool raw)
         throw SystemError(outcome.status, u"lpr failed: "_s + utf8OrEmpty(outcome.err));
 }
 
+/// Throws if the tool fails. A print system without any queue is no failure, although lpstat ends with status 1.
 QStringList LabelPrinter::lpstatLines(const QString &option)
 {
+    const ProcessOutcome outcome = runTool(lpstatTool, {option});
+    const QString reason = utf8OrEmpty(outcome.err).trimmed();
+    if (outcome.status != 0 && !reason.contains(u"No destinations added"_s))
+        throw SystemError(outcome.status,
+                          reason.isEmpty() ? u"lpstat ended with status %1"_s.arg(outcome.status) : reason);
+    return utf8OrEmpty(outcome.out).split(u'\n', Qt::SkipEmptyParts);
+}
+
+LabelPrinter::Queues LabelPrinter::listQueues()
+{
+    const QStringList zebras = zebrasIn(lpstatLines(u"-v"_s)); // first: -e succeeds even without a print system
+    return {lpstatLines(u"-e"_s), zebras};
+}
+
+QStringList LabelPrinter::queues()
+{
     try {
-        const ProcessOutcome outcome = runTool(lpstatTool, {option});
-        return utf8OrEmpty(outcome.out).split(u'\n', Qt::SkipEmptyParts);
+        return lpstatLines(u"-e"_s);
     } catch (const AppError &) {
         return {};
     }
 }
 
-QStringList LabelPrinter::queues()
-{
-    return lpstatLines(u"-e"_s);
-}
-
 QStringList LabelPrinter::zebraQueues()
 {
-    static const QRegularExpression device(u"^device for ([^:]+): (.*)$"_s);
-    QStringList found;
-    for (const QString &line : lpstatLines(u"-v"_s)) {
-        const auto match = device.match(line);
-        if (!match.hasMatch())
-            continue;
-        const QString queue = trimBlanks(match.captured(1));
-        const QString described = QString(queue + u' ' + trimBlanks(match.captured(2))).toLower();
-        if (std::ranges::any_of(zebraWords, [&](QStringView word) { return described.contains(word); }))
-            found += queue;
+    try {
+        return zebrasIn(lpstatLines(u"-v"_s));
+    } catch (const AppError &) {
+        return {};
     }
-    return found;
 }
 
 bool LabelPrinter::queueIsPaused(const QString &queue)

@@ -31,6 +31,12 @@ public:
     /// True if sent to the queue; without a queue, the viewer opens the document.
     bool printPDF(const QByteArray &pdf, const QString &queue);
 
+    struct Queues {
+        QStringList all, zebras;
+    };
+    /// All queues at once. Throws SystemError, or AppError if the tool cannot be started, when the print system does
+    /// not answer; queues() and zebraQueues() are then empty.
+    Queues listQueues();
     QStringList queues();
     QStringList zebraQueues(); ///< queues whose name or device looks like a Zebra printer
     bool queueIsPaused(const QString &queue);

@@ -18,8 +18,9 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+template <class List>
 struct Saved {
-    QList<SenderProfile> profiles;
+    List profiles;
     std::optional<QUuid> defaultID;
 
     static constexpr auto fields()
@@ -62,8 +63,10 @@ bool SenderStore::load()
     if (!bytes)
         return false;
     try {
-        const auto saved = decodeJson<Saved>(*bytes, Keys::asIs);
-        profiles = saved.profiles;
+        const auto saved = decodeJson<Saved<ReadableList<SenderProfile>>>(*bytes, Keys::asIs);
+        if (saved.profiles.unreadable > 0)
+            m_file.setAsideBeforeWrite();
+        profiles = saved.profiles.elements;
         defaultID = saved.defaultID;
     } catch (const DecodeError &) {
         m_file.setAsideBeforeWrite();
@@ -90,7 +93,8 @@ std::optional<SenderProfile> SenderStore::find(const QUuid &id) const
 
 std::optional<SenderProfile> SenderStore::defaultProfile() const
 {
-    std::optional<SenderProfile> chosen = find(defaultID.value().value_or(QUuid()));
+    const std::optional<QUuid> id = defaultID;
+    std::optional<SenderProfile> chosen = id ? find(*id) : std::nullopt;
     if (chosen || profiles.value().isEmpty())
         return chosen;
     return profiles.value().first();
@@ -118,7 +122,7 @@ void SenderStore::remove(const QUuid &id)
 
 void SenderStore::persist()
 {
-    m_file.write(encodeJson(Saved{profiles, defaultID}, Keys::asIs));
+    m_file.write(encodeJson(Saved<QList<SenderProfile>>{profiles, defaultID}, Keys::asIs));
 }
 
 } // namespace parcelory

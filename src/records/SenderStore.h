@@ -14,8 +14,9 @@ namespace parcelory {
 /// The desk's return addresses, in sender_profiles.json. Assigning to either field writes the file.
 class SenderStore : public Observable {
 public:
-    /// Loads the file; without one, makes a first profile from the preferences of earlier versions or, failing that,
-    /// from the deployment's return address.
+    /// Loads the file. A profile in it that does not decode is left out, and the next write sets the whole file aside
+    /// first. Without a readable profile, makes a first profile from the preferences of earlier versions or, failing
+    /// that, from the deployment's return address.
     explicit SenderStore(Platform &platform);
 
     Observed<QList<SenderProfile>> profiles{this}; ///< never empty

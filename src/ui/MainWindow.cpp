@@ -26,6 +26,7 @@
 
 #include <QApplication>
 #include <QCloseEvent>
+#include <QDialog>
 #include <QStackedWidget>
 #include <QVBoxLayout>
 
@@ -93,6 +94,8 @@ void MainWindow::refresh()
 {
     const bool signedIn = m_app.flow == AppFlow::main;
     const bool entering = signedIn && m_flows->currentIndex() == 0;
+    if (!signedIn && m_flows->currentIndex() == 1)
+        closeWindowsOfSession();
     m_flows->setCurrentIndex(signedIn ? 1 : 0);
     if (entering)
         spawn([this] { return m_app.syncRefundStatuses(); });
@@ -159,6 +162,18 @@ void MainWindow::openWindow(const QString &identifier)
         return;
     window->setAttribute(Qt::WA_DeleteOnClose);
     bringToFront(window);
+}
+
+/// Nobody who is signed out may change the address book or print a form. The error log belongs to the program.
+void MainWindow::closeWindowsOfSession()
+{
+    for (auto window = m_windows.cbegin(); window != m_windows.cend(); ++window) {
+        if (!*window || window.key() == u"errorlog")
+            continue;
+        for (QDialog *dialog : (*window)->findChildren<QDialog *>())
+            dialog->reject(); // answers the operation that waits for it
+        (*window)->close();
+    }
 }
 
 void MainWindow::closeEvent(QCloseEvent *event)

@@ -49,6 +49,7 @@ private:
     QWidget *makeWindow(const QString &identifier);
     QWidget *makeAddressBook();
     void bringToFront(QWidget *window);
+    void closeWindowsOfSession();
     void refresh();
     void noteReasons();
     void finishClosing();

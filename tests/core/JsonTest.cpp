@@ -145,6 +145,9 @@ TEST(Json, ChecksEveryKindOfValue)
         {R"({"count": 3000000000})", u"\"count\": expected whole number, got number"_s},
         {R"({"when": "2026-01-01"})", u"\"when\": expected number, got string"_s},
         {R"({"id": "not one"})", u"\"id\": expected UUID, got string"_s},
+        {R"({"id": "{0e1f2a3b-4c5d-6e7f-8091-a2b3c4d5e6f7}"})", u"\"id\": expected UUID, got string"_s},
+        {R"({"id": "0e1f2a3b-4c5d-6e7f-8091-a2b3c4d5e6f7 "})", u"\"id\": expected UUID, got string"_s},
+        {R"({"id": "00000000-0000-0000-0000-000000000000"})", u"decoded"_s},
         {R"({"link": "https://a b/"})", u"\"link\": expected address, got string"_s},
         {R"({"flag": null, "unknown": {"count": "x"}})", u"decoded"_s},
     };

@@ -222,6 +222,7 @@ TEST_F(PrivateCups, ReportsAMissingQueueAMissingServerAndARejectingQueue)
     }
     EXPECT_TRUE(printer.queues().isEmpty());
     EXPECT_TRUE(printer.zebraQueues().isEmpty());
+    EXPECT_THROW(printer.listQueues(), SystemError);
     EXPECT_EQ(printer.queueReport(u"ZD421"_s).trouble, PrinterTrouble::noPrintSystem);
     qputenv("CUPS_SERVER", server);
     EXPECT_EQ(printer.queueReport(u"Unknown"_s).trouble, PrinterTrouble::unknownQueue);

@@ -140,9 +140,8 @@ TEST(SenderStore, WritesEveryChangeAndReadsItBack)
 
 TEST(SenderStore, SetsAnUnreadableFileAside)
 {
-    for (const QByteArray &bad :
-         {QByteArray("{broken"), QByteArray(), QByteArray("[]"), twoSenders({}).replace(R"("phone":"",)", ""),
-          twoSenders({}).replace("0e1f2a3b", "0e1f"), twoSenders(R"(,"defaultID":"none")")}) {
+    for (const QByteArray &bad : {QByteArray("{broken"), QByteArray(), QByteArray("[]"),
+                                  twoSenders({}).replace(R"("phone":"",)", ""), twoSenders(R"(,"defaultID":"none")")}) {
         FakePlatform desk;
         put(desk, sendersName, bad);
         SenderStore store(desk.platform);
@@ -154,6 +153,31 @@ TEST(SenderStore, SetsAnUnreadableFileAside)
     FakePlatform desk;
     put(desk, sendersName, R"({"profiles":[]})"); // readable, but a desk needs an address
     EXPECT_EQ(SenderStore(desk.platform).profiles.value().size(), 1);
+}
+
+TEST(SenderStore, KeepsTheReadableProfilesOfADamagedFile)
+{
+    const QByteArray west = "0e1f2a3b-4c5d-6e7f-8091-a2b3c4d5e6f7";
+    const std::pair<QByteArray, QStringList> rows[] = {
+        {twoSenders({}).replace(R"("name":"West")", R"("name":7)"), {u"East"_s}},
+        {twoSenders({}).replace(west, west + " or so"), {u"East"_s}},
+        {twoSenders({}).replace(west, "{" + west + "}"), {u"East"_s}},
+        {twoSenders({}).replace(west, "00000000-0000-0000-0000-000000000000"),
+         {u"West"_s, u"East"_s}}, // an id like any other
+    };
+    for (const auto &[saved, kept] : rows) {
+        FakePlatform desk;
+        put(desk, sendersName, saved);
+        SenderStore store(desk.platform);
+        QStringList names;
+        for (const SenderProfile &profile : store.profiles.value())
+            names += profile.name;
+        EXPECT_EQ(names, kept) << saved.toStdString();
+        store.add();
+        store.flush();
+        EXPECT_EQ(setAside(desk, sendersName), kept.size() == 1 ? QList{saved} : QList<QByteArray>());
+        EXPECT_EQ(savedSenders(desk)["profiles"].size(), std::size_t(kept.size() + 1));
+    }
 }
 
 TEST(BoxStore, WritesNothingBeforeTheFirstChange)

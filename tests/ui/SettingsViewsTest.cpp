@@ -158,6 +158,17 @@ TEST_F(SettingsViews, ATokenIsHiddenWhileTypedAndClearedOnceStored)
     EXPECT_TRUE(named<QRadioButton>(u"Practice, TEST key"_s, &view())->isChecked());
 }
 
+TEST_F(SettingsViews, AReplacedPrinterComesBackWithUndo)
+{
+    open(Page::printers);
+    settings().chooseLabelQueue(u"Gone"_s);
+    click(button(u"Refresh"_s, &view()));
+    wait([this] { return !settings().busy; });
+    EXPECT_EQ(read(preferences, settings::zebraQueue), u"ZD421"_s);
+    click(button(u"Undo"_s, &view()));
+    EXPECT_EQ(read(preferences, settings::zebraQueue), u"Gone"_s);
+}
+
 TEST_F(SettingsViews, AMissingPrinterIsShownAsMissing)
 {
     open(Page::printers);

@@ -63,6 +63,32 @@ TEST(SignInView, StartsOverAfterASignOut)
     EXPECT_EQ(desk.password()->text(), QString());
 }
 
+TEST(SignInView, ASignOutClosesAllWindowsButTheErrorLog)
+{
+    SignInDesk desk;
+    const auto windows = [] {
+        QStringList titles;
+        for (const QWidget *shown : QApplication::topLevelWidgets()) {
+            if (shown->isVisible() && shown->isWindow() && !qobject_cast<const MainWindow *>(shown))
+                titles += shown->windowTitle();
+        }
+        return titles;
+    };
+    for (const QString &window : {u"errorlog"_s, u"scanform"_s, u"addressbook"_s})
+        desk.window().openWindow(window);
+    EXPECT_EQ(windows().size(), 3);
+    desk.wait(
+        [] { return QApplication::activeWindow() && QApplication::activeWindow()->windowTitle() == u"Address Book"; });
+    spawn([&desk] { return desk.program->screens().addressBook.importVCard(); });
+    desk.wait([] { return QApplication::activeModalWidget(); }); // the file dialog of the address book
+    desk.click(desk.button(u"Sign Out"_s));
+    EXPECT_EQ(windows(), QStringList{u"Error Log"_s});
+    desk.wait([&desk] { return !desk.program->screens().addressBook.importing; });
+    desk.app().flow = AppFlow::main;
+    desk.settleAll();
+    EXPECT_EQ(windows(), QStringList{u"Error Log"_s});
+}
+
 TEST(InvoicePane, LooksUpANumberAndShowsTheInvoicesWarnings)
 {
     SignInDesk desk;

@@ -7,6 +7,7 @@
 #include "compose/SecondLabel.h"
 #include "compose/Services.h"
 #include "compose/Weight.h"
+#include "core/CountryCode.h"
 #include "core/ShippoAddress.h"
 #include "core/Text.h"
 #include "records/BoxProfile.h"
@@ -182,6 +183,13 @@ std::optional<SenderProfile> LabelDraft::sender() const
             return chosen;
     }
     return m_app.senders.defaultProfile();
+}
+
+void LabelDraft::settleCountry()
+{
+    ShippoAddress to = m_app.draftTo;
+    to.country = CountryCode::find(to.country).value_or(to.country);
+    m_app.draftTo = to;
 }
 
 bool LabelDraft::isInternational() const

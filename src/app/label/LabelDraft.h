@@ -67,6 +67,9 @@ public:
     /// The declared value that the draft's invoice suggests, in US dollars; empty if there is no invoice or no readable
     /// total.
     QString defaultCustomsValue() const;
+    /// Replaces the recipient's country with its two-letter code, so that every rule reads the country as the carrier
+    /// will. Call when the clerk has finished typing it. An unknown country stays as typed.
+    void settleCountry();
     bool isInternational() const;
     bool flatRateLocked() const;
     /// The class that will be used: Priority Mail while a flat rate is chosen.

@@ -20,6 +20,7 @@ Task<> LabelScreen::fetchRates(bool intlConfirmed)
 {
     if (busy)
         co_return;
+    settleCountry(); // a shortcut leaves the focus in the field
     if (const std::optional<Obstacle> found = obstacle()) {
         warn(found->text, found->field);
         co_return;

@@ -18,6 +18,7 @@ Task<> LabelScreen::validate()
 {
     if (busy)
         co_return;
+    settleCountry(); // a shortcut leaves the focus in the field
     banner = std::nullopt;
     forgetValidation();
     if (isInternational()) {

@@ -96,12 +96,29 @@ Task<> SettingsScreen::refreshPrinters()
     busy = true;
     const auto done = qScopeGuard([this] { busy = false; });
     printerMessage = PrinterMessage{};
-    const std::pair<QStringList, QStringList> found =
-        co_await onPool([&printer = m_app.printer] { return std::pair{printer.queues(), printer.zebraQueues()}; });
-    m_discovered = true;
-    queues = found.first;
-    zebraQueues = found.second;
-    chooseZebraQueue();
+    try {
+        const LabelPrinter::Queues found = co_await onPool(m_app.printer, &LabelPrinter::listQueues);
+        m_discovered = true;
+        queues = found.all;
+        zebraQueues = found.zebras;
+        chooseZebraQueue();
+    } catch (const AppError &error) {
+        const QString reason = m_app.recorded(u"Printers"_s, error, Popup::no);
+        printerMessage =
+            PrinterMessage{u"The print system did not list its printers, so nothing was changed — "_s + reason, false};
+    }
+}
+
+void SettingsScreen::chooseLabelQueue(const QString &queue)
+{
+    zebraQueue = queue;
+    printerMessage = PrinterMessage{}; // it may be about the queue before
+}
+
+void SettingsScreen::undoReplacement()
+{
+    if (const QString replaced = printerMessage.value().replacedQueue; !replaced.isEmpty())
+        chooseLabelQueue(replaced);
 }
 
 /// Labels must go to a label printer: replaces any other queue with the first Zebra queue, and tells the clerk.
@@ -116,7 +133,8 @@ void SettingsScreen::chooseZebraQueue()
         return;
     const QString now =
         zebras.isEmpty() ? u"no label printer is chosen now."_s : u"labels now print on “%1”."_s.arg(zebras.first());
-    printerMessage = PrinterMessage{u"“%1” was not found among the Zebra printers — "_s.arg(previous) + now, false};
+    printerMessage =
+        PrinterMessage{u"“%1” was not found among the Zebra printers — "_s.arg(previous) + now, false, previous};
 }
 
 Task<> SettingsScreen::printTest()
@@ -126,13 +144,13 @@ Task<> SettingsScreen::printTest()
     busy = true;
     const auto done = qScopeGuard([this] { busy = false; });
     printerMessage = PrinterMessage{}; // clear first so that an identical message is announced again
-    const auto sent = qScopeGuard([this] { m_app.printWatch.follow(zebraQueue, Paper::label); });
+    const QString queue = zebraQueue;
+    const auto sent = qScopeGuard([this, queue] { m_app.printWatch.follow(queue, Paper::label); });
     try {
-        co_await onPool(m_app.printer, &LabelPrinter::printZPL, Zpl::testLabel, zebraQueue.value());
+        co_await onPool(m_app.printer, &LabelPrinter::printZPL, Zpl::testLabel, queue);
         printerMessage = PrinterMessage{testSent, true};
     } catch (const AppError &error) {
-        printerMessage = PrinterMessage{error.description(), false};
-        m_app.errors.record(u"Print Test"_s, error, Popup::no);
+        printerMessage = PrinterMessage{m_app.recorded(u"Print Test"_s, error, Popup::no), false};
     }
 }
 

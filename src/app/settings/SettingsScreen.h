@@ -14,7 +14,8 @@ namespace parcelory {
 /// Result of the last printer operation.
 struct PrinterMessage {
     QString text;
-    bool ok = true; ///< false shows it as a warning
+    bool ok = true;             ///< false shows it as a warning
+    QString replacedQueue = {}; ///< the label printer that undoReplacement() chooses again; empty: nothing to undo
 
     bool operator==(const PrinterMessage &) const = default;
 };
@@ -46,7 +47,12 @@ public:
     QString queueTitle(const QString &queue) const;
 
     /// Discovers the queues. If the chosen label printer is not a Zebra queue, chooses the first Zebra queue instead.
+    /// If the print system does not answer, nothing changes.
     Task<> refreshPrinters();
+    void chooseLabelQueue(const QString &queue);
+    /// Takes back the label printer that discovery replaced.
+    void undoReplacement();
+    /// Prints on the label printer as it is chosen now, and watches that one.
     Task<> printTest();
 
     /// Edits the current version of a record; does nothing if the record is gone.

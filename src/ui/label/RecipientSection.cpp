@@ -70,6 +70,7 @@ RecipientSection::RecipientSection(AppState &app, AddressBook &book, LabelScreen
         {m_email, &ShippoAddress::email}};
     for (const auto &[field, member] : fields)
         bindText(field, app.draftTo, member);
+    connect(m_country, &QLineEdit::editingFinished, this, [this] { m_screen.settleCountry(); });
     m_validate->setToolTip(u"Validate Address"_s);
     connect(m_validate, &QPushButton::clicked, this, &RecipientSection::validateRequested);
     m_refresh.follow(screen);

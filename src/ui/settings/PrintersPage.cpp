@@ -53,16 +53,20 @@ PrintersPage::PrintersPage(AppState &app, SettingsScreen &settings, QWidget *par
       m_test(new Button(u"Print Test"_s)),
       m_refreshButton(new Button(u"Refresh"_s, Button::Kind::standard, u"ui_refresh"_s)),
       m_noZebra(new Notice(u"ui_warning"_s, &Tokens::warn)), m_outcome(new Notice({}, &Tokens::ok, FontRole::caption)),
-      m_noZebraRow(rowFor(m_noZebra)), m_outcomeRow(rowFor(m_outcome)),
-      m_scaleName(new TextLabel({}, FontRole::strong)),
+      m_undo(new Button(u"Undo"_s, Button::Kind::link)), m_noZebraRow(rowFor(m_noZebra)),
+      m_outcomeRow(rowFor(m_outcome)), m_scaleName(new TextLabel({}, FontRole::strong)),
       m_scaleState(new TextLabel({}, FontRole::caption, &Tokens::muted)), m_weight(new TextLabel({}, FontRole::h2)),
       m_settling(new Notice(u"ui_check"_s, &Tokens::ok)), m_refresh([this] { refresh(); })
 {
     appendLabels();
     appendDocuments();
     appendScale();
-    for (const auto &[menu, queue] : {std::pair{m_label, &settings.zebraQueue}, {m_document, &settings.documentQueue}})
-        connect(menu, &QComboBox::activated, this, [menu, queue](int at) { *queue = menu->itemData(at).toString(); });
+    m_outcomeRow->add(m_undo);
+    connect(m_label, &QComboBox::activated, this,
+            [this](int at) { m_settings.chooseLabelQueue(m_label->itemData(at).toString()); });
+    connect(m_document, &QComboBox::activated, this,
+            [this](int at) { m_settings.documentQueue = m_document->itemData(at).toString(); });
+    connect(m_undo, &QPushButton::clicked, this, [this] { m_settings.undoReplacement(); });
     connect(m_test, &QPushButton::clicked, this, [&settings] { spawn([&] { return settings.printTest(); }); });
     connect(m_refreshButton, &QPushButton::clicked, this,
             [&settings] { spawn([&] { return settings.refreshPrinters(); }); });
@@ -164,6 +168,7 @@ void PrintersPage::refresh()
         m_outcome->setTextInk(&Tokens::text);
     m_outcome->setText(outcome.text);
     m_outcomeRow->setVisible(!outcome.text.isEmpty());
+    m_undo->setVisible(!outcome.replacedQueue.isEmpty());
     m_noZebra->setText(m_settings.zebraHint());
     m_noZebraRow->setVisible(!m_settings.zebraHint().isEmpty());
 

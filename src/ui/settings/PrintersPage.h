@@ -34,6 +34,7 @@ private:
     ComboBox *m_label, *m_document;
     Button *m_test, *m_refreshButton;
     Notice *m_noZebra, *m_outcome;
+    Button *m_undo;
     FormRow *m_noZebraRow, *m_outcomeRow;
     TextLabel *m_scaleName, *m_scaleState, *m_weight;
     Notice *m_settling;

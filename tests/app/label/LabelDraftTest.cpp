@@ -51,6 +51,30 @@ TEST_F(LabelDraftTest, IsCompleteOnlyWithSenderRecipientAndWeight)
     EXPECT_EQ(LabelTexts::senderHint(screen()), u"This profile has no address yet — fill it in under Settings."_s);
 }
 
+TEST_F(LabelDraftTest, WritesTheCountryAsItsCodeOnceItIsFilledInLeftOrUsed)
+{
+    const std::tuple<QString, QString, bool> rows[] = {
+        {u"U.S.A."_s, u"US"_s, false},          {u" America "_s, u"US"_s, false}, {u"The Netherlands"_s, u"NL"_s, true},
+        {u"Atlantis "_s, u"Atlantis "_s, true}, {QString(), QString(), false},
+    };
+    const std::function<void()> occasions[] = {
+        [&] { app->fillDraft(app->draftTo, {}); },
+        [&] { screen().settleCountry(); },
+        [&] { runTask(screen().validate()); },
+        [&] { runTask(screen().fetchRates()); },
+    };
+    for (const auto &[typed, code, abroad] : rows) {
+        for (const auto &occasion : occasions) {
+            ShippoAddress to = homeAddress();
+            to.country = typed;
+            app->draftTo = to;
+            occasion();
+            EXPECT_EQ(app->draftTo.value().country, code) << typed.toStdString();
+            EXPECT_EQ(screen().isInternational(), abroad) << typed.toStdString();
+        }
+    }
+}
+
 TEST_F(LabelDraftTest, KeepsTheClassFittingToCarrierAndDestination)
 {
     screen().svcClass = ServiceClass::groundAdvantage;

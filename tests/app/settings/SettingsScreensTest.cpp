@@ -16,6 +16,7 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <functional>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -126,6 +127,74 @@ TEST_F(SettingsScreenTest, ChoosesTheFirstZebraQueueOnlyIfTheSavedQueueIsNotAZeb
         EXPECT_EQ(screen.labelPrinterChoices(), row.offered);
         EXPECT_EQ(screen.zebraHint(), row.hint);
     }
+}
+
+TEST_F(SettingsScreenTest, ChangesNothingIfThePrintSystemDoesNotAnswer)
+{
+    using Answer = std::function<ProcessOutcome()>;
+    const struct {
+        const char *name;
+        Answer lpstat;
+        bool changes;
+    } rows[] = {
+        {"not running", [] { return ProcessOutcome{1, {}, "lpstat: Scheduler is not running.\n"}; }, false},
+        {"killed", [] { return ProcessOutcome{137, {}, {}}; }, false},
+        {"cannot be started", []() -> ProcessOutcome { throw AppError(u"no such program"_s); }, false},
+        {"hangs", []() -> ProcessOutcome { throw ProcessTimedOut(u"no answer"_s); }, false},
+        {"no queue", [] { return ProcessOutcome{1, {}, "lpstat: No destinations added.\n"}; }, true},
+    };
+    const auto usual = processes.behave;
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.name);
+        queues = "Laser\nZ1\n";
+        connectZebras({u"Z1"_s});
+        write(preferences, settings::zebraQueue, u"Z1"_s);
+        processes.behave = usual;
+        SettingsScreen opened(app), screen(app);
+        runTask(screen.refreshPrinters());
+        // Without a print system, -e lists nothing and still succeeds.
+        processes.behave = [&row](const QString &, const QStringList &arguments) {
+            return arguments.value(0) == u"-e" ? ProcessOutcome{} : row.lpstat();
+        };
+        const qsizetype reported = errors.entries().size();
+        runTask(opened.refreshPrinters());
+        runTask(screen.refreshPrinters());
+        settle();
+        EXPECT_EQ(saved(settings::zebraQueue), row.changes ? QString() : u"Z1"_s);
+        EXPECT_EQ(screen.labelPrinterChoices(), row.changes ? QStringList() : QStringList{u"Z1"_s});
+        EXPECT_EQ(opened.zebraHint().isEmpty(), !row.changes);
+        EXPECT_FALSE(screen.printerMessage.value().text.isEmpty());
+        EXPECT_EQ(errors.entries().size() - reported, row.changes ? 0 : 2);
+    }
+}
+
+TEST_F(SettingsScreenTest, TakesBackAReplacementUntilAnotherQueueIsChosen)
+{
+    queues = "Laser\nZ1\n";
+    connectZebras({u"Z1"_s});
+    SettingsScreen screen(app);
+    screen.chooseLabelQueue(u"Laser"_s);
+    runTask(screen.refreshPrinters());
+    EXPECT_EQ(saved(settings::zebraQueue), u"Z1"_s);
+    screen.undoReplacement();
+    EXPECT_EQ(saved(settings::zebraQueue), u"Laser"_s);
+    EXPECT_EQ(screen.printerMessage, PrinterMessage());
+
+    runTask(screen.refreshPrinters());
+    screen.chooseLabelQueue(u"Z1"_s);
+    screen.undoReplacement(); // no longer offered
+    EXPECT_EQ(saved(settings::zebraQueue), u"Z1"_s);
+}
+
+TEST_F(SettingsScreenTest, WatchesTheQueueThatTheTestLabelWentTo)
+{
+    SettingsScreen screen(app);
+    screen.zebraQueue = u"Z1"_s;
+    const Task<> test = screen.printTest();
+    screen.chooseLabelQueue(u"Z2"_s); // while the print tools run
+    runUntil([&] { return test.isReady(); });
+    runUntil([&] { return processes.calls().last().arguments.contains(u"-l"_s); }, &clock);
+    EXPECT_TRUE(processes.calls().last().arguments.contains(u"Z1"_s));
 }
 
 TEST_F(SettingsScreenTest, OffersEveryQueueOnRequestAndKeepsAnUnavailableChoice)
