@@ -4,6 +4,7 @@
 #include "compose/Mailpieces.h"
 #include "compose/Services.h"
 #include "compose/Weight.h"
+#include "core/UsStates.h"
 #include "records/BoxProfile.h"
 #include "support/Printing.h"
 
@@ -49,6 +50,8 @@ QStringList vocabulary()
         lines += QStringList{u"customs"_s, item.rawValue,  item.pickerText,      item.description,
                              item.hsCode,  item.summary(), item.invoiceExtraLine}
                      .join(u'|');
+    for (const auto &[name, code] : usStates())
+        lines += QStringList{u"state"_s, name, code}.join(u'|');
     return lines;
 }
 
