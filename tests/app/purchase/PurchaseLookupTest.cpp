@@ -29,6 +29,7 @@ protected:
     {
         run(purchases().checkAgain());
         runUntil([this] { return !purchases().checking; });
+        settle();
     }
     /// A label is sold, but no answer arrives, so its purchase stays unresolved.
     OpenPurchase lose()
@@ -119,10 +120,16 @@ TEST_F(PurchaseLookupTest, ALabelThatIsFoundLaterIsKeptUntilItIsLogged)
     ASSERT_EQ(purchases().unresolved.value().size(), 1);
     EXPECT_TRUE(purchases().unresolved.value().first().isUnlogged);
     EXPECT_TRUE(purchases().resolved.value().isEmpty());
+    EXPECT_EQ(app->journal.openPurchases().size(), 1) << "still recorded, if the program ends now";
+    const qsizetype reports = errors->entries().size();
+    check();
+    EXPECT_EQ(errors->entries().size(), reports) << "already reported";
     changeLog("DROP TRIGGER refuse");
     check();
     EXPECT_TRUE(purchases().unresolved.value().isEmpty());
     ASSERT_EQ(app->log.records().size(), 1);
+    EXPECT_TRUE(app->log.records().first().trackingURL.startsWith(u"http"_s));
+    EXPECT_TRUE(app->journal.openPurchases().isEmpty());
     EXPECT_EQ(app->log.records().first().createdAt.toMSecsSinceEpoch(), lost.askedAt.toMSecsSinceEpoch())
         << "the time of the purchase, not of the lookup";
 
@@ -130,6 +137,32 @@ TEST_F(PurchaseLookupTest, ALabelThatIsFoundLaterIsKeptUntilItIsLogged)
     run(purchases().print(purchases().resolved.value().value(0)));
     EXPECT_EQ(prompts.questions.size(), 1);
     EXPECT_FALSE(purchases().resolved.value().value(0).isPrinted) << "the clerk canceled";
+}
+
+TEST_F(PurchaseLookupTest, ALabelThatIsLoggedAlreadyIsNotLoggedTwice)
+{
+    const OpenPurchase lost = lose();
+    carrier.setScenario({});
+    check();
+    ASSERT_EQ(app->log.records().size(), 1);
+    OpenPurchase again = lost; // the program ended between the log and the journal
+    again.record = app->log.records().first();
+    again.record.id = 0;
+    again.id = app->journal.begin(again);
+    purchases().markUnresolved(again, {});
+    check();
+    EXPECT_EQ(app->log.records().size(), 1);
+    EXPECT_TRUE(app->journal.openPurchases().isEmpty());
+}
+
+TEST_F(PurchaseLookupTest, ADomesticParcelNeedsNoPapers)
+{
+    screen().carrier = Carrier::fedex;
+    composeAndRate(homeAddress());
+    screen().selectedRateID = screen().rates.value().value(0).objectId;
+    pressBuy();
+    EXPECT_TRUE(banner().startsWith(u"Success! "_s) && !banner().contains(u'(')) << banner().toStdString();
+    EXPECT_TRUE(errors->entries().isEmpty());
 }
 
 } // namespace parcelory::test
