@@ -168,11 +168,16 @@ TEST_F(ShippoClientTest, SendsTemplateOrSizeAndTheRequestedExtras)
     EXPECT_EQ(
         rated(request)["parcels"][0],
         parseJson(R"({"weight":"17.3","mass_unit":"oz","length":"9","width":"6","height":"2","distance_unit":"in"})"));
+    desk.carrier.setScenario({.acceptsWeightOnly = true});
+    request.parcel.height = QString();
+    EXPECT_EQ(rated(request)["parcels"][0].size(), 2U) << "half a size is no size";
+    request.parcel.height = u"2"_s;
+    desk.carrier.setScenario({});
     request.parcelTemplate = u"USPS_SmallFlatRateBox"_s;
     EXPECT_EQ(rated(request)["parcels"][0],
               parseJson(R"({"weight":"17.3","mass_unit":"oz","template":"USPS_SmallFlatRateBox"})"));
 
-    for (const QString &none : {u"0"_s, u""_s, u"much"_s}) {
+    for (const QString &none : {u"0"_s, u""_s, u"much"_s, u"-5"_s}) {
         request.insuranceAmount = none;
         EXPECT_FALSE(rated(request).contains("extra")) << none.toStdString();
     }
@@ -203,6 +208,10 @@ TEST_F(ShippoClientTest, DeclaresContentsUnderTheirTariffNumber)
         EXPECT_EQ(customs["contents_explanation"], description);
         EXPECT_EQ(customs["certify_signer"], "Corvallon");
         EXPECT_EQ(customs["eel_pfc"], "NOEEI_30_37_a");
+        EXPECT_EQ(customs["contents_type"], "MERCHANDISE");
+        EXPECT_EQ(customs["non_delivery_option"], "RETURN");
+        EXPECT_EQ(customs["incoterm"], "DDU");
+        EXPECT_EQ(customs["certify"], true);
         EXPECT_EQ(customs["items"][0], Json({{"description", description},
                                              {"quantity", 3},
                                              {"net_weight", "17.3"},

@@ -255,6 +255,7 @@ TEST(ShipmentLog, RejectsAFileThatIsNotText)
                                         6));
     for (const QString &name : {u"latin1.txt"_s, u"cut.txt"_s, u"utf16.txt"_s, u"missing.txt"_s, u"."_s})
         EXPECT_THROW(log.importEndiciaCSV(file.path(name)), AppError) << name.toStdString();
+    EXPECT_THROW(log.importEndiciaCSV(u"/proc/self/mem"_s), AppError) << "opens, but cannot be read";
     EXPECT_EQ(file.recipients(), QStringList());
 }
 

@@ -2,6 +2,7 @@
 #include "core/Text.h"
 #include "core/ports/ProcessRunner.h"
 #include "support/CarrierDesk.h"
+#include "support/HeldPool.h"
 #include "support/OtherValues.h"
 #include "support/WindowDesk.h"
 #include "ui/parts/Dialog.h"
@@ -79,9 +80,21 @@ TEST(LabelState, TheListShowsEachRatesPriceAndTheCardTheLastLabel)
     EXPECT_TRUE(desk.desktop.opened.isEmpty());
 }
 
+TEST(LabelState, AClosedQuestionTakesItsSafeChoice)
+{
+    WindowDesk desk;
+    for (const int safe : {0, 1}) {
+        Task<int> asking =
+            desk.windowPrompts.choose({.title = u"Sure?"_s, .choices = {u"A"_s, u"B"_s}, .safeChoice = safe});
+        desk.dialog()->reject();
+        EXPECT_EQ(runTask(std::move(asking)), safe);
+    }
+}
+
 TEST(LabelState, AnUnresolvedPurchaseIsResolvedByHandOnlyIfAskingMayNotHelp)
 {
     WindowDesk desk;
+    desk.label().purchases.checking = true; // no lookup of its own
     UnresolvedPurchase pending = other(UnresolvedPurchase());
     const auto offered = [&](bool inconclusive, bool unlogged) {
         pending.isInconclusive = inconclusive;
@@ -104,13 +117,17 @@ TEST(LabelState, AnUnresolvedPurchaseIsResolvedByHandOnlyIfAskingMayNotHelp)
         desk.settleAll();
     }
     desk.label().purchases.unresolved = QList<UnresolvedPurchase>();
+    desk.label().purchases.checking = false;
 
     ResolvedPurchase found = other(ResolvedPurchase());
     found.record.createdAt = desk.clock.now();
     found.record.zpl = "^XA^FDfound^FS^XZ";
     desk.label().purchases.resolved = QList{found};
     desk.settleAll();
-    desk.click(desk.button(u"Print Label"_s), 2);
+    {
+        const HeldPool held; // the first print is under way
+        desk.click(desk.button(u"Print Label"_s), 2);
+    }
     desk.wait([&desk] { return desk.label().purchases.resolved.value().first().isPrinted; });
     const auto calls = desk.processes.calls();
     EXPECT_EQ(std::ranges::count_if(calls, [](const auto &call) { return call.program.endsWith(u"/lpr"_s); }), 1);

@@ -70,6 +70,7 @@ TEST(Scanner, LeavesEveryKindOfFieldUnchanged)
     ASSERT_TRUE(QTest::qWaitForWindowActive(&other));
     line->setFocus();
     line->setSelection(0, 4); // the first key of a code replaces the selection
+    password->setCursorPosition(2);
     for (QWidget *field : {static_cast<QWidget *>(line), static_cast<QWidget *>(password), static_cast<QWidget *>(text),
                            static_cast<QWidget *>(spin), static_cast<QWidget *>(button)}) {
         field->setFocus();
@@ -78,6 +79,8 @@ TEST(Scanner, LeavesEveryKindOfFieldUnchanged)
         EXPECT_EQ(desk.invoiceAskedFor(), u"Deskline Invoice 48213") << field->metaObject()->className();
         if (field == line)
             EXPECT_EQ(line->selectedText(), u"Elea");
+        if (field == password)
+            EXPECT_EQ(password->cursorPosition(), 2);
         EXPECT_EQ(line->text() + password->text() + text->toPlainText() + spin->text(), u"Eleanorsecrettwo\nlines12");
     }
     EXPECT_EQ(pressed, 0);

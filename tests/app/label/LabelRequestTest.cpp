@@ -3,6 +3,7 @@
 #include "backoffice/DesklineInvoice.h"
 #include "carrier/RequestBodies.h"
 #include "core/Task.h"
+#include "practice/carrier/CarrierScenario.h"
 #include "support/LabelDesk.h"
 #include "support/Printing.h"
 
@@ -80,6 +81,41 @@ TEST_F(LabelRequestTest, ClearingTheFormOrAnEditTakesBackWhatWasAgreed)
     screen().clearDraft();
     EXPECT_TRUE(app->draftTo.value().isEmpty());
     EXPECT_EQ(screen().weightLb.value() + screen().dimLength.value() + screen().insuranceValue.value(), QString());
+}
+
+TEST_F(LabelRequestTest, AStandardizedAddressReplacesBothLinesOfTheStreet)
+{
+    ShippoAddress typed = homeAddress();
+    typed.street2 = u"Rear"_s;
+    app->draftTo = typed;
+    carrier.setScenario({.failNext = CarrierFailure{
+                             "addresses", 200, "application/json",
+                             R"({"street1": "418 MONTFORD AVE REAR", "validation_results": {"is_valid": true}})"}});
+    run(screen().validate());
+    EXPECT_EQ(app->draftTo.value().street1, u"418 MONTFORD AVE REAR"_s);
+    EXPECT_EQ(app->draftTo.value().street2, QString());
+    EXPECT_EQ(app->draftTo.value().city, typed.city);
+}
+
+TEST_F(LabelRequestTest, AWeightIsSoldOnceAndLoggedInOunces)
+{
+    const auto weigh = [this](char ounces) {
+        hid.listener.report(1, QByteArray("\x03\x04\x0B\x00", 4) + ounces + '\0');
+    };
+    hid.listener.attached(1, u"DYMO M25"_s);
+    weigh(17);
+    composeParcel(homeAddress());
+    screen().weigh();
+    run(screen().fetchRates());
+    pressBuy();
+    ASSERT_EQ(app->log.records().size(), 1) << banner().toStdString();
+    EXPECT_EQ(app->log.records().first().weightOz, 17);
+    app->draftTo = londonAddress();
+    run(screen().validate()); // takes a new parcel's weight by itself
+    EXPECT_EQ(screen().totalPounds(), 0);
+    weigh(40);
+    run(screen().validate());
+    EXPECT_EQ(screen().totalPounds(), 2.5);
 }
 
 } // namespace parcelory::test
