@@ -1,5 +1,6 @@
 // What a lookup at the carrier tells about a purchase, and what follows from it.
 
+#include "compose/Customs.h"
 #include "core/Sqlite.h"
 #include "core/Task.h"
 #include "practice/carrier/CarrierScenario.h"
@@ -153,6 +154,35 @@ TEST_F(PurchaseLookupTest, ALabelThatIsLoggedAlreadyIsNotLoggedTwice)
     check();
     EXPECT_EQ(app->log.records().size(), 1);
     EXPECT_TRUE(app->journal.openPurchases().isEmpty());
+}
+
+TEST_F(PurchaseLookupTest, ALabelThatWasNotReadyHasTheTimeOfItsPurchase)
+{
+    composeAndRate(homeAddress());
+    carrier.setScenario({.queuedReads = 3, .emptyLabelUrl = true});
+    pressBuy();
+    ASSERT_EQ(purchases().unresolved.value().size(), 1) << banner().toStdString();
+    const QDateTime asked = purchases().unresolved.value().first().purchase.askedAt;
+    EXPECT_LT(asked, clock.now());
+    listAnswers(200, R"({"object_id": "t", "status": "SUCCESS", "label_url": "http://127.0.0.1:1/label"})");
+    check();
+    ASSERT_EQ(app->log.records().size(), 1);
+    EXPECT_EQ(app->log.records().first().createdAt.toSecsSinceEpoch(), asked.toSecsSinceEpoch());
+}
+
+TEST_F(PurchaseLookupTest, HalfACustomsPaperIsNotPrinted)
+{
+    preferences.setValue(u"printer.documentQueue"_s, u"Laser"_s);
+    screen().carrier = Carrier::fedex;
+    screen().customs = CustomsInfo{.value = u"310"_s};
+    composeAndRate(londonAddress());
+    screen().selectedRateID = screen().rates.value().value(0).objectId;
+    carrier.setScenario({.failNext = CarrierFailure{"documents", 200, "application/pdf", "%PDF-1.4 half", 1, "GET"}});
+    pressBuy();
+    EXPECT_TRUE(
+        banner().contains(u"FedEx commercial invoice download failed: the carrier's file is not a complete PDF"_s))
+        << banner().toStdString();
+    EXPECT_TRUE(processes.lastPrinted().startsWith("^XA")) << "the label printed, the papers did not";
 }
 
 TEST_F(PurchaseLookupTest, ADomesticParcelNeedsNoPapers)
