@@ -110,10 +110,8 @@ SenderProfile SenderStore::add()
 void SenderStore::remove(const QUuid &id)
 {
     QList<SenderProfile> remaining = profiles;
-    if (remaining.size() < 2)
-        return;
     remaining.removeIf([&id](const SenderProfile &profile) { return profile.id == id; });
-    if (remaining.isEmpty()) // a file edited by hand may hold one id twice
+    if (remaining.isEmpty()) // a desk needs an address
         return;
     profiles = remaining;
     if (defaultID.value() == id)

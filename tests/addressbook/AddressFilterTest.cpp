@@ -6,23 +6,32 @@
 #include <QRandomGenerator>
 
 #include <algorithm>
-#include <string>
 
 namespace parcelory::test {
 using namespace Qt::StringLiterals;
 
 namespace {
 
+/// Folds with Qt, where the filter uses another library and its own code for ASCII.
+QByteArray plainlyFolded(const QString &text, const QLocale &locale)
+{
+    QString folded = text.normalized(QString::NormalizationForm_C);
+    if (locale.language() == QLocale::Turkish)
+        folded.replace(u'I', u'ı').replace(u'İ', u'i');
+    folded.replace(u"İ"_s, u"i\u0307"_s).replace(u"ß"_s, u"ss"_s); // Qt folds each character to one
+    return folded.toCaseFolded().normalized(QString::NormalizationForm_C).toUtf8();
+}
+
 /// The reference implementation: checks one contact after the other.
 QList<int> plainly(const QList<PostalContact> &contacts, const QString &query, const QLocale &locale)
 {
-    const std::string wanted = AddressFilter::folded(trimBlanks(query), locale);
+    const QByteArray wanted = plainlyFolded(trimBlanks(query), locale);
     QList<int> rows;
     for (int row = 0; row < contacts.size(); ++row) {
         const PostalContact &contact = contacts[row];
         const QStringList texts = {contact.name, contact.company, contact.addressSummary()};
-        if (wanted.empty() || std::ranges::any_of(texts, [&](const QString &text) {
-                return AddressFilter::folded(text, locale).find(wanted) != std::string::npos;
+        if (wanted.isEmpty() || std::ranges::any_of(texts, [&](const QString &text) {
+                return plainlyFolded(text, locale).contains(wanted);
             }))
             rows.append(row);
     }
@@ -31,7 +40,7 @@ QList<int> plainly(const QList<PostalContact> &contacts, const QString &query, c
 
 QString randomText(QRandomGenerator &random, int most)
 {
-    const QString alphabet = u"aAbBiIıİsSß éÉ,1😀"_s;
+    static const QStringList alphabet = characters(u"aAbBiIıİsSß éÉ,1😀"_s);
     QString text;
     for (int left = random.bounded(most + 1); left > 0; --left)
         text += alphabet[random.bounded(alphabet.size())];
@@ -54,7 +63,8 @@ TEST(AddressFilter, SearchesNameCompanyAndSummaryIgnoringCase)
                 {u"MÜNZEN"_s, {1}, {1}},       {u"mu\u0308nz"_s, {1}, {1}},       {u"munz"_s, {}, {}},
                 {u"ave"_s, {0, 1}, {0, 1}},    {u"ave, ash"_s, {0}, {0}},         {u"gmbh ave"_s, {}, {}},
                 {u"suite"_s, {}, {}},          {u"whitfield 418"_s, {}, {}},      {u"home"_s, {}, {}},
-                {u"irmak"_s, {2}, {}},         {u"ırmak i"_s, {}, {2}},           {u"nobody at all"_s, {}, {}}};
+                {u"irmak"_s, {2}, {}},         {u"ırmak i"_s, {}, {2}},           {u"I\u0307nci"_s, {2}, {2}},
+                {u"nobody at all"_s, {}, {}}};
     const AddressFilter english(contacts, QLocale(u"en_US"_s)), turkish(contacts, QLocale(u"tr_TR"_s));
     for (const auto &row : rows) {
         EXPECT_EQ(english.filtered(row.query), row.rows) << row.query.toStdString();

@@ -115,6 +115,9 @@ TEST(EndiciaList, ReadsTextsInEveryEncodingAndNoOtherValues)
     EXPECT_EQ(name("\xEF\xBB\xBF" + file), u"Jörg 😀"_s);
     EXPECT_EQ(name(utf16(QString::fromUtf8(file).replace(u"UTF-8"_s, u"UTF-16"_s))), u"Jörg 😀"_s);
     EXPECT_EQ(name(named("<string>J\xF6rg</string>").replace("UTF-8", "ISO-8859-1")), u"Jörg"_s);
+    EXPECT_EQ(name(binary({"\xA1\x01", "\xD1\x02\x03", "\x5F\x10\x10SFAddressNameKey",
+                           QByteArray("\x5F\x13\0\0\0\0\0\0\0\2Jo", 12)})), // a length of eight bytes
+              u"Jo"_s);
     EXPECT_EQ(name(named("<string>A &amp; B<![CDATA[ <C>]]>\n\t</string>")), u"A & B <C>\n\t"_s);
     for (const char *value : {"<integer>5</integer>", "<true/>", "<data>QUJD</data>", "<array><dict/></array>",
                               "<dict><key>SFAddressNameKey</key><string>x</string></dict>"})
@@ -215,6 +218,8 @@ TEST(VCard, RejectsOtherFilesAndTruncatedFiles)
         EXPECT_THAT(vCard(whole + end), ElementsAre(u"The vCard file ends in the middle of a card, so nothing was "
                                                     "imported. Export it again."_s));
     EXPECT_THAT(vCard(card("TEL:5")), ElementsAre()); // a person without an address
+    EXPECT_THAT(vCard(card("TEL:5\nTEL:6\nEMAIL:a@b\nEMAIL:c@d\nADR:;;1 Elm St")),
+                ElementsAre(u"Jo Doe||1 Elm St|||||||5|a@b"_s)); // the first of each
 }
 
 TEST(ImportProgress, ReportsProgressAndStopsCanceledOrOversizedImports)
@@ -245,6 +250,12 @@ TEST(ImportFiles, AreFoundBesideTheDataFolder)
     const QString path = support.filePath(u"Endicia/importedAddresses.plist"_s);
     EXPECT_FALSE(LocalAddressStore::endiciaPlistURL(data));
     EXPECT_THROW(LocalAddressStore::importEndicia(path), AppError);
+    try {
+        LocalAddressStore::importVCard(u"/dev/null"_s);
+        ADD_FAILURE() << "a device may never end";
+    } catch (const AppError &error) {
+        EXPECT_EQ(error.description(), u"This is not a file."_s);
+    }
     ASSERT_TRUE(QDir().mkpath(path)); // a folder of that name
     EXPECT_FALSE(LocalAddressStore::endiciaPlistURL(data));
     ASSERT_TRUE(QDir().rmdir(path));

@@ -68,7 +68,11 @@ TEST_F(LocalAddresses, AreKeptReplacedAndDeleted)
     ASSERT_TRUE(store.upsert(at(u"Baker"_s)));
     EXPECT_EQ(store.count, 0); // set later, on the main thread
     EXPECT_EQ(count(), 2);
-    ana.city = u"Boone"_s;
+    for (QString PostalContact::*field :
+         {&PostalContact::name, &PostalContact::company, &PostalContact::street1, &PostalContact::street2,
+          &PostalContact::city, &PostalContact::state, &PostalContact::zip, &PostalContact::country,
+          &PostalContact::label, &PostalContact::phone, &PostalContact::email})
+        (ana.*field).prepend(u"Boone "_s);
     ASSERT_TRUE(store.upsert(ana));
     EXPECT_THAT(LocalAddressStore(QDir(folder.filePath(u"Parcelory"_s))).rows(u"boone"_s), ElementsAre(ana));
     ASSERT_TRUE(store.remove(ana.id));

@@ -83,6 +83,7 @@ TEST(DesklineInvoice, SumsOnlyReadableAmounts)
 {
     const std::pair<QStringList, std::optional<double>> rows[] = {
         {{u"$338.00"_s, u"74"_s}, 412},
+        {{u"0.29"_s}, 0.29},
         {{u"$1,860.10"_s, u"$0.20"_s}, 1860.3},
         {{u"$338.00"_s, u"see note"_s}, std::nullopt},
         {{}, std::nullopt},
@@ -107,6 +108,11 @@ TEST(DesklineInvoice, ReportsEveryFlagAndNote)
               "span.\n\n⚠️ QQ1 — unrecognized address flag.\n\nOpen this invoice in deskline and review the Address "
               "Change History (the flag appears next to the logged IP / username) before printing a label.\n\n"
               "📝 Invoice notes:\n— Ring twice. (r.odell, 11/19/26)\n— Second."_s);
+
+    const auto cut = invoiceAttention({.invoiceID = u"7"_s, .codes = {u"ARC14"_s}, .streetCut = true});
+    EXPECT_TRUE(cut->text.startsWith(u"⚠️ Address Revision Check (14 Days) — "_s));
+    EXPECT_TRUE(cut->text.endsWith(u"was cut. Compare it with the invoice."_s));
+    EXPECT_EQ(invoiceAttention({.invoiceID = u"7"_s, .streetCut = true})->title, u"Check Invoice 7"_s);
 }
 
 } // namespace parcelory::test

@@ -78,6 +78,9 @@ TEST_F(PostSaleTest, WaitsForAScanFormAndSaysWhatBecameOfIt)
         answerManifest(body);
         EXPECT_EQ(manifestOutcome(u"account"_s), outcome);
     }
+    answerManifest(R"({"object_id": "m", "status": "WAITING"})");
+    EXPECT_THROW(run(client.createManifest(u"account"_s, deskAddress(), desk.clock.now())), Unconfirmed)
+        << "the form may be made, only its state is unknown";
     const auto before = desk.clock.elapsed();
     desk.carrier.clearRequests();
     answerManifest(R"({"object_id": "m", "status": "QUEUED"})", 11);

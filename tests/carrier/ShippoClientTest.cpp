@@ -64,10 +64,11 @@ protected:
         }
         return u"(no failure)"_s;
     }
-    void answerWith(int status, const QByteArray &body, const QByteArray &contentType = "application/json")
+    void answerWith(int status, const QByteArray &body, const QByteArray &contentType = "application/json",
+                    int times = 1)
     {
         CarrierScenario scenario;
-        scenario.failNext = CarrierFailure{"", status, contentType, body, 1, ""};
+        scenario.failNext = CarrierFailure{"", status, contentType, body, times, ""};
         desk.carrier.setScenario(scenario);
     }
 };
@@ -79,6 +80,7 @@ TEST_F(ShippoClientTest, ReadsTheKeyAtEveryRequestAndSendsNothingWithoutAKey)
     runTask(client.validateAddress(homeAddress()), &desk.clock);
     EXPECT_EQ(desk.carrier.requests().last().authorization, "ShippoToken shippo_test_practice");
     EXPECT_EQ(desk.carrier.requests().last().contentType, "application/json");
+    EXPECT_EQ(desk.sent("/addresses/").first()["validate"], true);
     keys.set(PracticeCarrier::liveToken, u"Live"_s);
     keys.makeActive(u"Live"_s);
     runTask(client.validateAddress(homeAddress()), &desk.clock);
@@ -102,6 +104,9 @@ TEST_F(ShippoClientTest, DescribesEveryKindOfBadResponseWithoutTheToken)
     } rows[] = {
         {400, R"({"address_to": {"zip": ["Invalid zip"]}})", "application/json", u"address_to zip: Invalid zip"_s},
         {404, "<html>gone</html>", "text/html", u"Shippo rejected the request (404)."_s},
+        {400, R"({"detail": "bad ShippoToken shippo_test_practice"})", "application/json",
+         u"detail: bad ShippoToken …"_s},
+        {399, "moved", "text/plain", u"Shippo HTTP 399: moved"_s},
         {429, "slow down", "text/plain", u"Shippo rejected the request (429)."_s},
         {500, "oops", "text/plain", u"Shippo HTTP 500: oops"_s},
         {503, "\xff\xfe", "text/plain", u"Shippo HTTP 503: "_s},
@@ -119,6 +124,22 @@ TEST_F(ShippoClientTest, DescribesEveryKindOfBadResponseWithoutTheToken)
     const QString dropped = failureOf(client.rates(parcel()));
     EXPECT_TRUE(dropped.contains(u"gave no answer"_s)) << dropped.toStdString();
     EXPECT_FALSE(dropped.contains(u"shippo_test"_s));
+}
+
+TEST_F(ShippoClientTest, KeepsTheTokenAndTheStatusWhereTheyBelong)
+{
+    answerWith(
+        200,
+        R"({"next": "https://elsewhere.example.com/transactions", "results": [{"object_id": "t", "status": ""}]})");
+    EXPECT_EQ(failureOf(client.purchasesOf(u"r"_s, desk.clock.now())),
+              u"Bad API path: https://elsewhere.example.com/transactions"_s);
+    answerWith(409, "{}");
+    try {
+        runTask(client.rates(parcel()), &desk.clock);
+        ADD_FAILURE();
+    } catch (const ShippoError &error) {
+        EXPECT_EQ(error.status(), 409);
+    }
 }
 
 TEST_F(ShippoClientTest, SendsAddressesInTheCarriersForm)
@@ -147,11 +168,16 @@ TEST_F(ShippoClientTest, SendsTemplateOrSizeAndTheRequestedExtras)
     EXPECT_EQ(
         rated(request)["parcels"][0],
         parseJson(R"({"weight":"17.3","mass_unit":"oz","length":"9","width":"6","height":"2","distance_unit":"in"})"));
+    desk.carrier.setScenario({.acceptsWeightOnly = true});
+    request.parcel.height = QString();
+    EXPECT_EQ(rated(request)["parcels"][0].size(), 2U) << "half a size is no size";
+    request.parcel.height = u"2"_s;
+    desk.carrier.setScenario({});
     request.parcelTemplate = u"USPS_SmallFlatRateBox"_s;
     EXPECT_EQ(rated(request)["parcels"][0],
               parseJson(R"({"weight":"17.3","mass_unit":"oz","template":"USPS_SmallFlatRateBox"})"));
 
-    for (const QString &none : {u"0"_s, u""_s, u"much"_s}) {
+    for (const QString &none : {u"0"_s, u""_s, u"much"_s, u"-5"_s}) {
         request.insuranceAmount = none;
         EXPECT_FALSE(rated(request).contains("extra")) << none.toStdString();
     }
@@ -182,6 +208,10 @@ TEST_F(ShippoClientTest, DeclaresContentsUnderTheirTariffNumber)
         EXPECT_EQ(customs["contents_explanation"], description);
         EXPECT_EQ(customs["certify_signer"], "Corvallon");
         EXPECT_EQ(customs["eel_pfc"], "NOEEI_30_37_a");
+        EXPECT_EQ(customs["contents_type"], "MERCHANDISE");
+        EXPECT_EQ(customs["non_delivery_option"], "RETURN");
+        EXPECT_EQ(customs["incoterm"], "DDU");
+        EXPECT_EQ(customs["certify"], true);
         EXPECT_EQ(customs["items"][0], Json({{"description", description},
                                              {"quantity", 3},
                                              {"net_weight", "17.3"},
@@ -210,6 +240,26 @@ TEST_F(ShippoClientTest, PollsAQueuedPurchaseAndReturnsItIfItStaysQueued)
     EXPECT_EQ(waiting.status, u"QUEUED"_s);
     EXPECT_EQ(waiting.labelUrl, u""_s);
     EXPECT_EQ(desk.clock.elapsed() - before, 15s);
+}
+
+TEST_F(ShippoClientTest, FindsItsOwnPurchaseInAnyList)
+{
+    const auto found = [this](const QByteArray &rate, const char *next = "null") {
+        answerWith(200,
+                   R"({"next": )" + QByteArray(next) +
+                       R"(, "results": [{"object_id": "t", "status": "SUCCESS", "rate": )" + rate + "}]}",
+                   "application/json", 40);
+        return runTask(client.purchasesOf(u"r"_s, desk.clock.now()), &desk.clock).size();
+    };
+    EXPECT_EQ(found(R"("r")"), 1);
+    EXPECT_EQ(found(R"({"object_id": "r"})"), 1) << "another program bought the label in one call";
+    EXPECT_EQ(found(R"("other")"), 0);
+    EXPECT_EQ(found(R"("r")", R"("transactions")"), 40);
+    EXPECT_THROW(found(R"("other")", R"("transactions")"), ShippoError) << "the list goes on";
+
+    desk.carrier.setScenario(
+        {.failNext = CarrierFailure{"transactions/", 404, "application/json", "{}", 1, "GET"}, .queuedReads = 2});
+    EXPECT_THROW(buy(), UnconfirmedPurchase) << "the label is sold, only its state is unknown";
 }
 
 TEST_F(ShippoClientTest, ReportsWhyAPurchaseFailed)

@@ -1,4 +1,6 @@
 #include "carrier/ShippoError.h"
+#include "carrier/CarrierWords.h"
+#include "carrier/ShippoRecords.h"
 #include "core/AppError.h"
 #include "core/ports/HttpTransport.h"
 #include "support/Printing.h"
@@ -6,6 +8,7 @@
 #include <gmock/gmock.h>
 
 #include <optional>
+#include <tuple>
 #include <utility>
 
 namespace parcelory::test {
@@ -30,6 +33,25 @@ TEST(ShippoError, FlattensFieldErrorsIntoAtMostFourReadableLines)
     };
     for (const auto &row : rows)
         EXPECT_EQ(prettyFieldErrors(row.body), row.lines) << row.body.left(60).toStdString();
+}
+
+TEST(CarrierWords, AreReadInAnyCase)
+{
+    using enum TransactionStatus;
+    const std::tuple<QString, TransactionStatus, bool> rows[] = {{u"Queued"_s, queued, true},
+                                                                 {u"WAITING"_s, waiting, true},
+                                                                 {u"success"_s, success, false},
+                                                                 {u"ERROR"_s, error, false},
+                                                                 {u"REFUNDED"_s, refunded, false},
+                                                                 {u"REFUNDPENDING"_s, refundPending, false},
+                                                                 {u"refundrejected"_s, refundRejected, false},
+                                                                 {u"?"_s, TransactionStatus::unknown, false}};
+    for (const auto &[word, status, pending] : rows) {
+        EXPECT_EQ(transactionStatusFrom(word), status) << word.toStdString();
+        EXPECT_EQ(isPending(ShippoTransaction{.status = word}), pending) << word.toStdString();
+        EXPECT_EQ(isPending(ShippoManifest{.status = word}), pending) << word.toStdString();
+    }
+    EXPECT_EQ(serviceName({.token = u"usps_priority"_s}), u"usps_priority"_s);
 }
 
 TEST(ShippoError, ShowsOnlyTheStartOfALongServerError)

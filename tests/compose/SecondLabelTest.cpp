@@ -40,6 +40,11 @@ TEST(SecondLabel, WarnsByReferenceRecipientInvoiceAndUnresolvedPurchase)
         {[](auto &, auto &row) { row.status = u"REFUND_ERROR"_s; }, same + u"recipient."_s},
         {[](auto &facts, auto &) { facts.reference = u" 48213 "_s; }, same + u"reference."_s},
         {[](auto &facts, auto &row) {
+             facts.reference = u"cc-7"_s;
+             row.reference = u"CC-7 "_s;
+         },
+         same + u"reference."_s},
+        {[](auto &facts, auto &row) {
              facts.reference = u"48213"_s;
              facts.recipient.name = u"Somebody"_s;
              row.createdAt = row.createdAt.addYears(-1);
@@ -60,7 +65,7 @@ TEST(SecondLabel, WarnsByReferenceRecipientInvoiceAndUnresolvedPurchase)
         SecondLabelFacts facts = first;
         ShipmentRecord earlier = label;
         row.change(facts, earlier);
-        facts.earlier = {earlier};
+        facts.earlier = {earlier, earlier}; // the newest is enough
         EXPECT_EQ(secondLabelReasons(facts).join(u'|'), row.reason);
     }
 }

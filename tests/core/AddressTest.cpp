@@ -79,6 +79,7 @@ TEST(Address, SplitsALongStreetAtAWordWithinFiftyCharacters)
         {a48 + u"a bc"_s, u"Apt 2"_s, a48 + u'a', u"bc, Apt 2"_s}, // the space is the 50th
         {a48 + u"aa bc"_s, {}, a48 + u"aa"_s, u"bc"_s},            // the space is the 51st and is trimmed off the rest
         {u"1 "_s + x50, {}, u"1"_s, x50},
+        {u"1\t"_s + x50, {}, u"1"_s, x50},
         {u"1,"_s + x50 + u'z', u"Apt"_s, u"1"_s, x50}, // text beyond the second line is dropped
         {u" "_s + x50, {}, word(49), u"x"_s},          // a leading space is not a place to split
         {u"12 Long Street, , "_s + x50, {}, u"12 Long Street"_s, x50},
@@ -91,10 +92,14 @@ TEST(Address, SplitsALongStreetAtAWordWithinFiftyCharacters)
 
 TEST(Address, GoesToTheCarrierUnchangedWithoutIdAndLabel)
 {
-    const ShippoAddress address = contact().asShippoAddress();
-    EXPECT_EQ(encodeJson(address, Keys::snake),
-              R"({"name":"Ana \"Nita\" Ruiz","company":"Münzhaus","street1":"1 Main St","street2":"","city":"Reno",)"
-              R"("state":"NV","zip":"89501","country":"u.s.a.","phone":"775-555-0100","email":"ana@example.com"})");
+    PostalContact person = contact();
+    person.street2 = u"Apt 2"_s;
+    const ShippoAddress address = person.asShippoAddress();
+    EXPECT_EQ(PostalContact::of(address).asShippoAddress(), address);
+    EXPECT_EQ(
+        encodeJson(address, Keys::snake),
+        R"({"name":"Ana \"Nita\" Ruiz","company":"Münzhaus","street1":"1 Main St","street2":"Apt 2","city":"Reno",)"
+        R"("state":"NV","zip":"89501","country":"u.s.a.","phone":"775-555-0100","email":"ana@example.com"})");
 }
 
 TEST(Address, SurvivesAFileAndIsRejectedIfAKeyIsMissing)

@@ -29,6 +29,7 @@ TEST(CompanySanitizer, CutsRevealingWordsToTheirInitial)
         {u"Goldstein & TheCoinBox"_s, u"Gstein & TheCBox"_s},
         {u"TheCoinShop"_s, u"TheChop"_s}, // "coins" comes before "coin"
         {u"Coins+Stamps_Metals"_s, u"C+S_M"_s},
+        {u"Numispro-Pennywise Numiplus/Numispro:Pennywise;Numispro.Numiplus"_s, u"N-P N/N:P;N.N"_s},
         {u"Numisprox"_s, u"Nprox"_s}, // inside a longer word, the shorter form matches first
         {u"Estates"_s, u"ES"_s},      // contains "states"
         {u"Münzen – Gold"_s, u"Münzen – G"_s},

@@ -20,7 +20,6 @@ TEST(CountryCode, UnderstandsTheUsualWaysToWriteACountry)
         {u"Northern\tIreland"_s, u"GB"_s},
         {u"Korea, South"_s, u"KR"_s},
         {u"Korea,North"_s, u"KP"_s},
-        {u"Hong Kong"_s, u"HK"_s}, // its English name has more words
         {u"St. Lucia"_s, u"LC"_s},
         {u"St Lucia"_s, u"LC"_s},
         {u"Côte d’Ivoire"_s, u"CI"_s},
@@ -65,6 +64,29 @@ TEST(CountryCode, KnowsVariantsAndNativeNames)
     }
     for (const QString &ambiguous : {u"Congo"_s, u"Korea"_s, u"Virgin Islands"_s, u"the"_s, u"'"_s})
         EXPECT_EQ(CountryCode::find(ambiguous), std::nullopt) << ambiguous.toStdString();
+}
+
+TEST(CountryCode, KnowsTheNamesThatPeopleType)
+{
+    const std::pair<QString, QStringList> rows[] = {
+        {u"US"_s, {u"USA"_s, u"United States"_s, u"United States of America"_s, u"America"_s}},
+        {u"GB"_s, {u"UK"_s, u"Great Britain"_s, u"England"_s, u"Scotland"_s, u"Wales"_s, u"Northern Ireland"_s}},
+        {u"KR"_s, {u"South Korea"_s, u"Korea South"_s, u"Republic of Korea"_s}},
+        {u"KP"_s, {u"North Korea"_s, u"Korea North"_s}},
+        {u"AE"_s, {u"UAE"_s, u"United Arab Emirates"_s}},
+        {u"NL"_s, {u"Holland"_s, u"Netherlands"_s}},
+        {u"CZ"_s, {u"Czech Republic"_s, u"Czechia"_s}},
+        {u"CI"_s, {u"Ivory Coast"_s}},
+        {u"HK"_s, {u"Hong Kong"_s}},
+        {u"MO"_s, {u"Macau"_s}},
+        {u"RU"_s, {u"Russia"_s}},
+        {u"TW"_s, {u"Taiwan"_s}},
+        {u"VN"_s, {u"Vietnam"_s}},
+    };
+    for (const auto &[code, names] : rows) {
+        for (const QString &name : names)
+            EXPECT_EQ(CountryCode::alpha2(name), code) << name.toStdString();
+    }
 }
 
 TEST(CountryCode, PassesOnUnknownTextsInCapitals)

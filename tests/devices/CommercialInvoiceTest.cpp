@@ -36,13 +36,13 @@ CommercialInvoice::Data_ invoice(const QString &text, double value)
 
 /// An invoice that is drawn on a worker thread and read by independent tools.
 struct Page {
-    explicit Page(const CommercialInvoice::Data_ &data)
+    explicit Page(const CommercialInvoice::Data_ &data, const Deployment &deployment = Deployment::builtIn())
     {
         static const QGuiApplication fonts(argc, argv); // created only after the case without it
         std::thread([&] {
             QFile file(folder.filePath(u"page"_s));
             if (file.open(QIODevice::WriteOnly))
-                file.write(CommercialInvoice::pdf(data, Deployment::builtIn()));
+                file.write(CommercialInvoice::pdf(data, deployment));
         }).join();
         static const QRegularExpression word(u"xMin=\"(.+)\" yMin=\"(.+)\" xMax=\"(.+)\" yMax=\"(.+)\">(.*)</word>"_s);
         for (const auto &match : word.globalMatch(ask(u"pdftotext -bbox page -"_s))) {
@@ -89,7 +89,8 @@ TEST(CommercialInvoice, HasEveryTextAndRuleInItsPlaceOnOneLetterSheet)
         "Bill 320 175 11|Coin 320 192 9|Coin 320 205 9|United 320 257 9|Date 70 305 10|Ship 320 305 10|"
         "3/7/26 70 330 10|Coin 320 330 10|Quantity 70 385 10|Description 200 385 10|Total 540 385 10|"
         "Coin 70 410 10|Coin 200 410 10|$25.00 540 410 10|HS 200 424 10|Coin 200 438 8|$25.00 540 470 10|"
-        "$0.00 540 488 10|$25.00 540 506 10|$25.00 540 524 10|$0.00 540 542 10|I 60 700 9|"
+        "$0.00 540 488 10|$25.00 540 506 10|$25.00 540 524 10|$0.00 540 542 10|Currency 70 577 9|"
+        "Country 70 599 9|Packages 70 621 9|Signature 70 643 9|Date 320 665 9|I 60 700 9|"
         "Commercial 60 713 9"_s;
     for (const QString &place : places.split(u'|')) {
         const QStringList part = place.split(u' ');
@@ -111,7 +112,23 @@ TEST(CommercialInvoice, HasEveryTextAndRuleInItsPlaceOnOneLetterSheet)
     for (const auto &[at, color] : areas)
         EXPECT_EQ(picture.pixelColor(at * 2), color) << at.y();
     for (const int y : {300, 324, 380, 402, 460})
-        EXPECT_LT(qGray(picture.pixel(400, 2 * y - 1)) + qGray(picture.pixel(400, 2 * y)), 2 * 255 - 40) << y;
+        EXPECT_NEAR(qGray(picture.pixel(400, 2 * y - 1)) + qGray(picture.pixel(400, 2 * y)), 255 + 191, 8) << y;
+    const auto ink = [&picture](int top) { // of the amount below
+        int sum = 0;
+        for (int x = 2 * 500; x < 2 * 541; ++x) {
+            for (int y = 2 * top; y < 2 * (top + 14); ++y)
+                sum += 255 - qGray(picture.pixel(x, y));
+        }
+        return sum;
+    };
+    EXPECT_GT(ink(506), ink(470) * 1.15) << "the total due is bold";
+    EXPECT_GT(ink(542) + ink(506), (ink(488) + ink(470)) * 1.15) << "and so is the balance";
+    int darkest = 255;
+    for (int x = 2 * 70; x < 2 * 90; ++x) { // the label "Date"
+        for (int y = 2 * 306; y < 2 * 316; ++y)
+            darkest = std::min(darkest, qGray(picture.pixel(x, y)));
+    }
+    EXPECT_NEAR(darkest, 140, 8);
 }
 
 TEST(CommercialInvoice, HasTheFieldsForCustomsAndAccountingAndOmitsEmptyLines)
@@ -122,6 +139,12 @@ TEST(CommercialInvoice, HasTheFieldsForCustomsAndAccountingAndOmitsEmptyLines)
          {"HS Code Coin", "Subtotal: $25.00 Shipping: $0.00 Total Due: $25.00 Paid: $25.00 Balance: $0.00",
           "Currency US dollars (USD)", "origin United States Terms of sale DDU", "Name Coin"})
         EXPECT_TRUE(text.contains(QLatin1StringView(said))) << said << " is not in " << text.toStdString();
+    EXPECT_EQ(text.count(u"3/7/26"_s), 2);
+    data.signer = QString();
+    EXPECT_EQ(Page(data).text.count(u"3/7/26"_s), 1) << "nobody has signed";
+    Deployment deployment = Deployment::builtIn();
+    deployment.countryOfOrigin = u"CA"_s;
+    EXPECT_TRUE(Page(data, deployment).text.contains(u"origin Canada"_s));
     data.extraLine = std::nullopt;
     for (const Page::Word &word : Page(data).words)
         EXPECT_TRUE(word.box.top() < 425 || word.box.top() > 461) << word.text.toStdString();
@@ -146,7 +169,20 @@ TEST(CommercialInvoice, KeepsLongAndOddTextsInTheirBoxes)
     auto twoLong = invoice(u"Coin"_s, 25);
     twoLong.recipient.company = u"Internationale Gesellschaft für Numismatik und Geldgeschichte mbH"_s;
     twoLong.recipient.street1 = u"Donaudampfschifffahrtsgesellschaftskapitänsallee 128, Hinterhaus, 4. Stock"_s;
-    EXPECT_TRUE(Page(twoLong).text.contains(u"Stock"_s)); // shrunk rather than cut
+    const Page shrunk(twoLong);
+    EXPECT_TRUE(shrunk.text.contains(u"Stock"_s) && !shrunk.text.contains(u'…')) << shrunk.text.toStdString();
+    auto oneLong = invoice(u"Coin"_s, 25);
+    oneLong.itemDescription = u"Numismatic Study Item "_s.repeated(3);
+    const Page line(oneLong);
+    const auto baseline = [&line](double left) {
+        for (const Page::Word &word : line.words) {
+            if (std::abs(word.box.left() - left) < 0.1 && word.box.top() > 405 && word.box.top() < 420)
+                return word.box.top() + word.box.height() * 0.81;
+        }
+        return 0.0;
+    };
+    EXPECT_NEAR(baseline(70), baseline(200), 0.3) << "the smaller text stays on the line";
+    EXPECT_TRUE(Page(invoice(u"A\u202Eb"_s, 1)).text.contains(u"A b"_s));
     for (const auto &data :
          {twoLong, invoice(u"Line\x01\r\nbreak\t\u202E"_s, 1e5), invoice(u"word "_s.repeated(60), 1e7),
           invoice(QString(500, u'W'), 1e9), invoice(u"長"_s.repeated(200), 1e20)}) {

@@ -107,6 +107,10 @@ TEST(PrinterState, DescribesWhyAQueueDoesNotPrint)
     }
     EXPECT_EQ(sentence(answer(busy, "media-empty", 7, 7), Paper::document),
               u"1 document is still waiting on ZD421 — the printer is out of paper."_s);
+    EXPECT_EQ(readPrinterReport(answer(busy, "none", 7, 9), {}).oldestJob, u"ZD421-7"_s);
+    EXPECT_EQ(sentence(answer(idle).replace("accepting requests since Sat Nov 21 17:13:41 2026",
+                                            "not accepting requests since Sat Nov 21 17:13:41 2026 -\n\tMoved")),
+              u"ZD421: the queue takes no new jobs (“Moved”)."_s);
     for (const QByteArray &unreadable : {"", "Drucker ZD421 ist im Leerlauf.\n\tAlarme: paused\n", "printer \n\xFF"})
         EXPECT_FALSE(readPrinterReport(unreadable, {}).readable);
 }

@@ -153,6 +153,14 @@ TEST(USBScale, DistinguishesTheNextParcelFromThePrevious)
             desk.say(status, weight);
         EXPECT_EQ(desk.generation() > sold, row.next) << row.what;
     }
+    PluggedScale heavy;
+    heavy.say(stable, 1000);
+    const quint64 first = heavy.generation();
+    heavy.say(stable, 1049); // a heavy parcel drifts by a twentieth
+    EXPECT_EQ(heavy.generation(), first);
+    heavy.say(stable, 1051);
+    EXPECT_EQ(heavy.generation(), first + 1);
+
     PluggedScale desk;
     desk.say(stable, 120);
     const quint64 sold = desk.generation();

@@ -163,6 +163,9 @@ TEST(ScanWedgeListener, NoTypedKeyIsLostOrReordered)
     for (int repeat = 0; repeat < 30; ++repeat) // a key held down
         desk.press({.text = u"x"_s, .isRepeat = true}, 30ms);
     EXPECT_EQ(desk.keyboard.text, u"ok"_s + QString(30, u'x'));
+    EXPECT_EQ(desk.press({.text = u"a"_s}, 1s), KeyVerdict::deliver);
+    EXPECT_EQ(desk.press({.text = u"b"_s}, 51ms), KeyVerdict::deliver);
+    EXPECT_EQ(desk.press({.text = u"c"_s}, 49ms), KeyVerdict::hold) << "fast enough for a scanner";
 }
 
 TEST(ScanWedgeListener, ACodeEndsWhenTheScannerPauses)
@@ -189,6 +192,11 @@ TEST(ScanWedgeListener, ACodeEndsWhenTheScannerPauses)
     desk.type(link, 10ms);
     desk.clock.advance(1s);
     EXPECT_EQ(desk.scans.size(), 3);
+    desk.type(link + u"?a=1"_s, 10ms);
+    EXPECT_TRUE(desk.clock.fireNext());
+    EXPECT_EQ(desk.scans.size(), 3) << "keys that queued up while the program was busy come first";
+    EXPECT_TRUE(desk.clock.fireNext());
+    EXPECT_EQ(desk.scans.last(), link + u"?a=1"_s);
 }
 
 TEST(ScanWedgeListener, ALinkTypedByHandCountsAfterAPause)
@@ -202,6 +210,9 @@ TEST(ScanWedgeListener, ALinkTypedByHandCountsAfterAPause)
     desk.clock.advance(251ms);
     EXPECT_THAT(desk.scans, ElementsAre(u"go.corvallon.example/i12"));
     EXPECT_EQ(desk.keyboard.text, u"see ");
+    desk.type(u"goXcorvallon.example/i12 "_s, 150ms);
+    desk.clock.advance(251ms);
+    EXPECT_EQ(desk.scans.size(), 1) << "another host";
 }
 
 TEST(ScanWedgeListener, RecognizesNoiseByItsLengthAndSpeed)

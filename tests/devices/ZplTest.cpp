@@ -50,6 +50,7 @@ TEST(Zpl, ParsesAFileOnceIntoKindAndCompleteness)
         {"^xa^xz", LabelKind::zpl, true},
         {"%PDF-1.4\n%%EOF\n", LabelKind::pdf, true},
         {"%PDF-1.4\n", LabelKind::pdf, false},
+        {"%PDF-1.4\n%%EOF\n" + QByteArray(2000, 'x'), LabelKind::pdf, false},
         {"\x89PNG IEND", LabelKind::png, true},
         {"<html>^XA^XZ</html>", LabelKind::notALabel, false},
     };

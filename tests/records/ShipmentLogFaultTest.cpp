@@ -234,6 +234,13 @@ TEST(ShipmentLog, IsUnchangedWhenARowOfAnImportFails)
     expectHealthy(file, file.log);
 }
 
+TEST(ShipmentLog, UndoesAChangeThatFailsHalfway)
+{
+    UsedLog file;
+    EXPECT_FALSE(file.log.change([](Database &db) { return db.exec("DELETE FROM shipments") && false; }));
+    expectHealthy(file, file.log);
+}
+
 TEST(ShipmentLog, KeepsRowsOutOfAnImportThatFailsOnAnotherThread)
 {
     UsedLog file;

@@ -7,6 +7,7 @@
 
 #include <QBuffer>
 
+#include <algorithm>
 #include <functional>
 #include <optional>
 #include <tuple>
@@ -106,6 +107,8 @@ TEST(ShipmentLog, HasNoDocumentForARowWithoutOneNorForAnUnknownRow)
         EXPECT_EQ(*log.customsPDF(id), std::nullopt);
     }
     EXPECT_TRUE(log.storeCustomsPDF(1, "%PDF"));
+    EXPECT_EQ(shown(log).size(), 2);
+    EXPECT_EQ(std::ranges::count(log.records(), true, &ShipmentRecord::hasCustomsPDF), 1) << "the list is read again";
     EXPECT_TRUE(log.setStatus(2, u"REFUND_PENDING"_s));
     log.reload();
     EXPECT_EQ(shown(log).size(), 2);
@@ -123,6 +126,7 @@ TEST(ShipmentLog, ListsTheNewestRowsFirstAndSearchesFourColumnsWithWildcards)
     ben.descriptionText = u"CAMEO"_s;
     cy.reference = u"INV-7"_s;
     cy.service = u"Ground"_s;
+    cy.services = QString(1001, u'x');
     for (const ShipmentRecord &record : {ana, ben, cy})
         EXPECT_TRUE(log.insert(record, false));
     EXPECT_TRUE(shown(log).isEmpty());
@@ -148,6 +152,9 @@ TEST(ShipmentLog, ListsTheNewestRowsFirstAndSearchesFourColumnsWithWildcards)
         log.reload(row.search, row.limit);
         EXPECT_EQ(shown(log), row.found) << row.search.toStdString();
     }
+    log.reload(u"inv-"_s);
+    shown(log);
+    EXPECT_EQ(log.records().first().services, QString(1000, u'x') + u'…'); // an imported text may be megabytes long
 }
 
 TEST(ShipmentLog, ExportsOldestFirstAndImportsItBack)
@@ -328,6 +335,7 @@ TEST(ShipmentLog, RejectsAFileThatIsNotText)
                                         6));
     for (const QString &name : {u"latin1.txt"_s, u"cut.txt"_s, u"utf16.txt"_s, u"missing.txt"_s, u"."_s})
         EXPECT_THROW(log.importEndiciaCSV(file.path(name)), AppError) << name.toStdString();
+    EXPECT_THROW(log.importEndiciaCSV(u"/proc/self/mem"_s), AppError) << "opens, but cannot be read";
     EXPECT_EQ(file.recipients(), QStringList());
 }
 

@@ -3,6 +3,8 @@
 
 #include <gmock/gmock.h>
 
+#include <tuple>
+
 namespace parcelory::test {
 using namespace Qt::StringLiterals;
 
@@ -23,6 +25,18 @@ TEST(ShipmentStatus, HasTextsForTheClerk)
         EXPECT_EQ(friendlyStatus(row.stored), row.display);
         EXPECT_EQ(refundBadge(refundState(row.stored)), row.badge);
     }
+}
+
+TEST(ShipmentStatus, FollowsWhatTheCarrierSaysAboutTheRefund)
+{
+    using enum RefundState;
+    const std::tuple<RefundState, QString, QString> rows[] = {{pending, u"PRINTED"_s, u"REFUND_PENDING"_s},
+                                                              {granted, u"REFUND_PENDING"_s, u"REFUNDED"_s},
+                                                              {failed, u"REFUND_PENDING"_s, u"REFUND_ERROR"_s},
+                                                              {none, u"REFUND_REQUESTED"_s, u"PRINTED"_s},
+                                                              {none, u"DELIVERED"_s, u"DELIVERED"_s}};
+    for (const auto &[refund, before, after] : rows)
+        EXPECT_EQ(statusAfter(refund, before), after);
 }
 
 } // namespace parcelory::test

@@ -156,6 +156,41 @@ TEST_F(ErrorLogTest, WritesAnErrorOfTheEventLoopsLastTurn)
     EXPECT_TRUE(world.prompts.alerts.isEmpty()) << "no window is left to show it";
 }
 
+TEST_F(ErrorLogTest, ShowsOneAlertAtATime)
+{
+    struct HeldPrompts : FakePrompts {
+        QPromise<void> closed;
+        Task<> alert(QString title, QString text) override
+        {
+            alerts.append({title, text});
+            co_await closed.future();
+        }
+    } prompts;
+    prompts.closed.start();
+    Platform desk{world.http,
+                  world.clock,
+                  world.secrets,
+                  world.preferences,
+                  prompts,
+                  world.desktop,
+                  world.processes,
+                  world.hid,
+                  world.keyboard,
+                  world.web,
+                  world.application,
+                  world.platform.dataFolder,
+                  {}};
+    log.reset();
+    log.emplace(desk);
+    record(u"first"_s, std::runtime_error("a"), Popup::yes);
+    record(u"second"_s, std::runtime_error("b"), Popup::yes);
+    EXPECT_EQ(prompts.alerts.size(), 1);
+    prompts.closed.finish();
+    runUntil([&prompts] { return prompts.alerts.size() == 2; });
+    EXPECT_TRUE(prompts.alerts[1].second.startsWith(u"second"_s));
+    log.reset();
+}
+
 TEST_F(ErrorLogTest, SetsAnUnreadableFileAsideWhenReplacingIt)
 {
     const std::pair<QByteArray, bool> rows[] = {{"[]", false},          {"garbage", true},   {"", true},

@@ -21,6 +21,13 @@ struct LabelDesk : CarrierDesk {
         screenOwner = std::make_unique<LabelScreen>(*app);
         settle();
     }
+    ~LabelDesk() // what the screen started ends first: in the program, a screen lives as long as the process
+    {
+        for (int step = 0; step < 5; ++step) {
+            workPool().waitForDone();
+            settle();
+        }
+    }
 
     LabelScreen &screen() { return *screenOwner; }
     void run(Task<> task)

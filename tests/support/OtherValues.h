@@ -33,162 +33,82 @@ inline ShipmentRecord shipment(const QString &name)
             .testMode = true};
 }
 
-// Another value than the given one, and one that makes a difference on the screen.
+/// Another value than the given one, and one that makes a difference on the screen.
+struct OtherValue {
+    static bool of(bool value) { return !value; }
+    static int of(int value) { return value + 1; }
+    static double of(double value) { return value + 0.25; }
+    static qint64 of(qint64 value) { return value + 1; }
+    static QString of(const QString &value)
+    {
+        bool isNumber = false;
+        const double number = value.toDouble(&isNumber);
+        return isNumber ? QString::number(number + 1) : value + u" else"_s;
+    }
+    static QByteArray of(const QByteArray &value) { return value + "%PDF"; }
+    static QDate of(QDate value) { return value.addDays(1); }
+    static QUuid of(const QUuid &) { return QUuid::createUuid(); }
+    static AppFlow of(AppFlow) { return AppFlow::login; }
+    static MainTab of(MainTab) { return MainTab::mailingLog; }
+    static Carrier of(Carrier) { return Carrier::fedex; }
+    static ServiceClass of(ServiceClass) { return ServiceClass::express; }
+    static ServiceOption of(ServiceOption) { return ServiceOption::signature; }
+    static PostageMode of(PostageMode) { return PostageMode::none; }
+    static UpdatePhase of(UpdatePhase) { return UpdatePhase::downloading; }
+    static StatusKind of(StatusKind) { return StatusKind::failure; }
+    static KeptRecipient of(const KeptRecipient &)
+    {
+        return {homeAddress(), true, u"Recipient saved to the address book."_s};
+    }
+    static DraftField of(DraftField) { return DraftField::weight; }
+    static MailpieceSelection of(const MailpieceSelection &) { return BuiltinMailpiece::mediumFlatRateBox; }
+    static Banner of(const Banner &) { return {u"Something went wrong."_s, false}; }
+    static PrinterMessage of(const PrinterMessage &) { return {u"The printer is off."_s, false}; }
+    static UpdateInfo of(const UpdateInfo &) { return {.version = u"9.9"_s, .url = {}, .notes = {}}; }
+    static KeyRow of(const KeyRow &) { return {u"Another key"_s, false, false}; }
+    static ShippoRate of(const ShippoRate &) { return rate(u"r3"_s, u"30.00"_s); }
+    static ShipmentRecord of(const ShipmentRecord &) { return shipment(u"Else"_s); }
+    static LastLabel of(const LastLabel &) { return {u"Ana Ortiz · Bend OR"_s, shipment(u"Ana Ortiz"_s), {}}; }
+    static DesklineInvoice of(const DesklineInvoice &)
+    {
+        return {.invoiceID = u"48213"_s, .buyerName = u"Ana Ortiz"_s};
+    }
+    static ScanForm of(const ScanForm &) { return {.id = 7, .askedAt = QDateTime(QDate(2026, 11, 20), QTime(12, 0))}; }
+    static MasterEntry of(const MasterEntry &) { return {.id = u"m9"_s, .recipient = u"Ana Ortiz"_s}; }
+    static PostalContact of(const PostalContact &) { return {.name = u"Ana Ortiz"_s}; }
+    static ShippoAddress of(const ShippoAddress &) { return londonAddress(); }
+    static CustomsInfo of(const CustomsInfo &) { return {CustomsItemType::silver, u"2"_s, u"80"_s, u"Ana Ortiz"_s}; }
+    static SenderProfile of(SenderProfile value)
+    {
+        value.name += u" else"_s;
+        value.address = {};
+        return value;
+    }
+    static BoxProfile of(BoxProfile value)
+    {
+        value.name += u" else"_s;
+        return value;
+    }
+    /// Bought for the recipient of the draft, with a key that is gone: nothing is sent to the carrier.
+    static UnresolvedPurchase of(const UnresolvedPurchase &)
+    {
+        return {.purchase = {.id = 7,
+                             .rateId = u"r0"_s,
+                             .keyName = u"gone"_s,
+                             .recipient = homeAddress(),
+                             .record = shipment(u"Eleanor"_s)},
+                .text = u"No answer yet."_s};
+    }
+    static ResolvedPurchase of(const ResolvedPurchase &)
+    {
+        return {.recipient = {}, .record = shipment(u"Ana Ortiz"_s), .isBought = true, .text = u"It was bought."_s};
+    }
+};
 
-inline bool other(bool value)
+template <class T>
+inline T other(const T &value)
 {
-    return !value;
-}
-inline int other(int value)
-{
-    return value + 1;
-}
-inline double other(double value)
-{
-    return value + 0.25;
-}
-inline qint64 other(qint64 value)
-{
-    return value + 1;
-}
-inline QString other(const QString &value)
-{
-    bool isNumber = false;
-    const double number = value.toDouble(&isNumber);
-    return isNumber ? QString::number(number + 1) : value + u" else"_s;
-}
-inline QByteArray other(const QByteArray &value)
-{
-    return value + "%PDF";
-}
-inline QDate other(QDate value)
-{
-    return value.addDays(1);
-}
-inline QUuid other(const QUuid &)
-{
-    return QUuid::createUuid();
-}
-inline AppFlow other(AppFlow)
-{
-    return AppFlow::login;
-}
-inline MainTab other(MainTab)
-{
-    return MainTab::mailingLog;
-}
-inline Carrier other(Carrier)
-{
-    return Carrier::fedex;
-}
-inline ServiceClass other(ServiceClass)
-{
-    return ServiceClass::express;
-}
-inline ServiceOption other(ServiceOption)
-{
-    return ServiceOption::signature;
-}
-inline PostageMode other(PostageMode)
-{
-    return PostageMode::none;
-}
-inline UpdatePhase other(UpdatePhase)
-{
-    return UpdatePhase::downloading;
-}
-inline StatusKind other(StatusKind)
-{
-    return StatusKind::failure;
-}
-inline KeptRecipient other(const KeptRecipient &)
-{
-    return {homeAddress(), true, u"Recipient saved to the address book."_s};
-}
-inline DraftField other(DraftField)
-{
-    return DraftField::weight;
-}
-inline MailpieceSelection other(const MailpieceSelection &)
-{
-    return BuiltinMailpiece::mediumFlatRateBox;
-}
-inline Banner other(const Banner &)
-{
-    return {u"Something went wrong."_s, false};
-}
-inline PrinterMessage other(const PrinterMessage &)
-{
-    return {u"The printer is off."_s, false};
-}
-inline UpdateInfo other(const UpdateInfo &)
-{
-    return {.version = u"9.9"_s, .url = {}, .notes = {}};
-}
-inline KeyRow other(const KeyRow &)
-{
-    return {u"Another key"_s, false, false};
-}
-inline ShippoRate other(const ShippoRate &)
-{
-    return rate(u"r3"_s, u"30.00"_s);
-}
-inline ShipmentRecord other(const ShipmentRecord &)
-{
-    return shipment(u"Else"_s);
-}
-inline LastLabel other(const LastLabel &)
-{
-    return {u"Ana Ortiz · Bend OR"_s, shipment(u"Ana Ortiz"_s), {}};
-}
-inline DesklineInvoice other(const DesklineInvoice &)
-{
-    return {.invoiceID = u"48213"_s, .buyerName = u"Ana Ortiz"_s};
-}
-inline ScanForm other(const ScanForm &)
-{
-    return {.id = 7, .askedAt = QDateTime(QDate(2026, 11, 20), QTime(12, 0))};
-}
-inline MasterEntry other(const MasterEntry &)
-{
-    return {.id = u"m9"_s, .recipient = u"Ana Ortiz"_s};
-}
-inline PostalContact other(const PostalContact &)
-{
-    return {.name = u"Ana Ortiz"_s};
-}
-inline ShippoAddress other(const ShippoAddress &)
-{
-    return londonAddress();
-}
-inline CustomsInfo other(const CustomsInfo &)
-{
-    return {CustomsItemType::silver, u"2"_s, u"80"_s, u"Ana Ortiz"_s};
-}
-inline SenderProfile other(SenderProfile value)
-{
-    value.name += u" else"_s;
-    value.address = {};
-    return value;
-}
-inline BoxProfile other(BoxProfile value)
-{
-    value.name += u" else"_s;
-    return value;
-}
-/// Bought for the recipient of the draft, with a key that is gone: nothing is sent to the carrier.
-inline UnresolvedPurchase other(const UnresolvedPurchase &)
-{
-    return {.purchase = {.id = 7,
-                         .rateId = u"r0"_s,
-                         .keyName = u"gone"_s,
-                         .recipient = homeAddress(),
-                         .record = shipment(u"Eleanor"_s)},
-            .text = u"No answer yet."_s};
-}
-inline ResolvedPurchase other(const ResolvedPurchase &)
-{
-    return {.recipient = {}, .record = shipment(u"Ana Ortiz"_s), .isBought = true, .text = u"It was bought."_s};
+    return OtherValue::of(value);
 }
 template <class T>
 inline std::optional<T> other(const std::optional<T> &value)

@@ -22,7 +22,7 @@ struct UnresolvedPurchase {
     bool operator==(const UnresolvedPurchase &other) const
     {
         return purchase.id == other.purchase.id && text == other.text && isInconclusive == other.isInconclusive &&
-               looks == other.looks;
+               isUnlogged == other.isUnlogged && looks == other.looks;
     }
 };
 

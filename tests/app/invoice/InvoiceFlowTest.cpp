@@ -85,6 +85,8 @@ TEST_F(InvoiceFlowTest, FillsTheLabelFromAScanAndReportsEveryFailure)
         EXPECT_EQ(errors->entries().first().detail, row.error);
         EXPECT_EQ(app->draftReference.value(), u"48213"_s) << "a failed scan leaves the draft";
     }
+    app->signOut();
+    EXPECT_FALSE(app->scannedInvoice.value()) << "the next clerk did not ask for it";
 }
 
 TEST_F(InvoiceFlowTest, WaitsTwentySecondsForTheCustomersPage)

@@ -131,6 +131,23 @@ TEST_F(MailingLogScreenTest, OnlyTheSecondReprintOfALabelAsks)
     EXPECT_EQ(printed(), 4);
 }
 
+TEST_F(MailingLogScreenTest, AReprintAsksWhileTheLabelMayStillComeOut)
+{
+    const ShipmentRecord row = bought();
+    processes.behave = [](const QString &program, const QStringList &) {
+        return ProcessOutcome{0,
+                              program.endsWith(u"lpstat"_s)
+                                  ? "printer ZD421 now printing ZD421-1.  enabled since today\n"
+                                    "ZD421-1   DESK   1024   Sat Nov 21 17:13:41 2026\n"
+                                  : "",
+                              {}};
+    };
+    run(log.reprint(row));
+    ASSERT_EQ(prompts.questions.size(), 1);
+    EXPECT_TRUE(prompts.questions[0].text.contains(u"1 label is still waiting on ZD421"_s));
+    EXPECT_EQ(printed(), 1) << "the clerk canceled";
+}
+
 TEST_F(MailingLogScreenTest, AFailedReprintIsShownAndLoggedAndPrintsNothing)
 {
     const ShipmentRecord row = bought();

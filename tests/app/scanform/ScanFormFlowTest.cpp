@@ -1,3 +1,7 @@
+#include "app/scanform/ScanFormScreen.h"
+#include "carrier/ShippoRecords.h"
+#include "core/IsoDate.h"
+#include "core/Sqlite.h"
 #include "practice/carrier/CarrierScenario.h"
 #include "records/ScanForms.h"
 #include "records/ShipmentRecord.h"
@@ -5,6 +9,7 @@
 #include "support/LogFile.h"
 #include "support/MailingLogDesk.h"
 
+#include <algorithm>
 #include <chrono>
 #include <utility>
 
@@ -42,6 +47,7 @@ TEST_F(ScanFormFlowTest, AScanFormIsMadeOfTodaysLabelsOfTheActiveKeysMode)
     make();
     EXPECT_EQ(app->scanFormStatus.value(), u"SCAN form ready: 1 label — hand one printed copy to the carrier."_s);
     EXPECT_TRUE(app->scanFormPDF.value()->startsWith("%PDF"));
+    EXPECT_EQ(app->scanForms.finished(9).value(0).labels, 1);
     EXPECT_EQ(app->scanFormOpenTick.value(), 1);
     bought();
     const std::pair<CarrierScenario, QString> rows[] = {
@@ -96,6 +102,102 @@ TEST_F(ScanFormFlowTest, AScanFormWhoseResponseIsLostIsFetchedWithTheNextPress)
     make();
     EXPECT_EQ(app->scanFormStatus.value(), u"detail: No transactions exist"_s);
     EXPECT_TRUE(app->scanForms.underWay(true)->isEmpty());
+}
+
+TEST_F(ScanFormFlowTest, OnlyItsOwnFormAnswersALostRequest)
+{
+    prompts.answer = 1;
+    const QString own = bought().transactionID;
+    run(app->createScanForm(deskAddress()));
+    const QString known = app->scanForms.finished(9).value(0).manifestId;
+    const auto listed = [](const QString &id, const QString &status, const QDateTime &created, const QString &label) {
+        return u"{\"object_id\": \"%1\", \"status\": \"%2\", \"object_created\": \"%3\", \"transactions\": [%4]}"_s.arg(
+            id, status, isoUtc(created), label.isEmpty() ? QString() : u'"' + label + u'"');
+    };
+    const QDateTime now = clock.now();
+    const std::pair<QString, bool> rows[] = {{listed(u"m9"_s, u"SUCCESS"_s, now, own), true},
+                                             {listed(u"m9"_s, u"QUEUED"_s, now.addSecs(-299), {}), true},
+                                             {listed(u"m9"_s, u"SUCCESS"_s, now, u"other"_s), false},
+                                             {listed(u"m9"_s, u"ERROR"_s, now, own), false},
+                                             {listed(u"m9"_s, u"SUCCESS"_s, now.addSecs(-301), own), false},
+                                             {listed(known, u"SUCCESS"_s, now, own), false},
+                                             {u"no manifest"_s, false}};
+    for (const auto &[body, isAskedFor] : rows) {
+        answer("manifests", {}, 500);
+        run(app->createScanForm(deskAddress()));
+        ASSERT_EQ(app->scanForms.underWay(true).size(), 1);
+        carrier.clearRequests();
+        answer("manifests", QString(u"{\"results\": ["_s + body + u"]}"_s).toUtf8());
+        run(app->createScanForm(deskAddress()));
+        EXPECT_EQ(requestsTo("/manifests/m9") > 0, isAskedFor) << body.toStdString();
+        EXPECT_EQ(requestsTo("/manifests/" + known.toUtf8()), 0);
+        EXPECT_EQ(sent("/manifests/").size(), 0) << "no second form while the first may exist";
+        for (const ScanForm &form : app->scanForms.underWay(true))
+            EXPECT_TRUE(app->scanForms.remove(form.id));
+    }
+}
+
+TEST_F(ScanFormFlowTest, ALostFormIsFetchedWithTheRefundsAndYesterdaysDoesNotReplaceTodays)
+{
+    prompts.answer = 1;
+    bought();
+    carrier.setScenario({.droppedPath = "manifests"});
+    run(app->createScanForm(deskAddress()));
+    carrier.setScenario({});
+    run(app->syncRefundStatuses());
+    EXPECT_EQ(app->scanForms.finished(9).size(), 1);
+    EXPECT_EQ(app->scanFormOpenTick.value(), 0) << "the clerk did not ask for it now";
+
+    for (const bool isFetched : {true, false}) { // of yesterday
+        bought();
+        carrier.setScenario({.droppedPath = "manifests"});
+        run(app->createScanForm(deskAddress()));
+        clock.start = clock.start.addDays(1);
+        bought();
+        carrier.setScenario({});
+        if (!isFetched)
+            answer("manifests", {}, 500);
+        carrier.clearRequests();
+        run(app->createScanForm(deskAddress()));
+        EXPECT_EQ(sent("/manifests/").size(), 1) << app->scanFormStatus.value().toStdString();
+        EXPECT_TRUE(app->scanFormStatus.value().startsWith(u"SCAN form ready: 1 label"_s))
+            << app->scanFormStatus.value().toStdString();
+    }
+}
+
+TEST_F(ScanFormFlowTest, EveryPageIsCheckedStoredAndPrinted)
+{
+    prompts.answer = 1;
+    preferences.setValue(u"printer.documentQueue"_s, u"Laser"_s);
+    const ShipmentRecord label = bought();
+    carrier.setScenario({.manifestDocuments = 2});
+    run(app->createScanForm(deskAddress()));
+    ScanFormScreen form(*app);
+    run(form.load());
+    const qsizetype before = processes.calls().size();
+    run(form.print());
+    EXPECT_EQ(std::ranges::count_if(processes.calls().sliced(before),
+                                    [](const auto &call) { return call.program.endsWith(u"/lpr"_s); }),
+              2);
+
+    const auto made = runTask(app->shippo.newestManifests(), &clock).value(0);
+    const QString links = u"\"%1\", \"%2\""_s.arg(made.documents->first(), label.labelURL); // the second is no PDF
+    answer("manifests/",
+           (u"{\"object_id\": \"m2\", \"status\": \"SUCCESS\", \"documents\": ["_s + links + u"]}"_s).toUtf8(), 201);
+    run(app->createScanForm(deskAddress()));
+    EXPECT_EQ(app->scanFormStatus.value(),
+              u"SCAN form created, but the document is not a complete PDF. Press SCAN Form again."_s);
+    EXPECT_EQ(app->scanForms.finished(9).size(), 1);
+    EXPECT_TRUE(app->scanForms.remove(app->scanForms.underWay(true).value(0).id));
+
+    EXPECT_TRUE(
+        Database(path(u"mailing_log.sqlite"_s))
+            .exec("CREATE TRIGGER refuse BEFORE INSERT ON scan_form_documents BEGIN SELECT RAISE(ABORT, 'full'); END"));
+    bought();
+    carrier.setScenario({});
+    run(app->createScanForm(deskAddress()));
+    EXPECT_TRUE(app->scanFormStatus.value().startsWith(u"SCAN form ready"_s)) << "it can be printed now";
+    EXPECT_EQ(errors->entries().first().detail, u"The mailing log could not be written — full."_s);
 }
 
 TEST_F(ScanFormFlowTest, AScanFormIsForgottenOnlyIfTheCarrierCannotHaveMadeIt)

@@ -123,7 +123,10 @@ TEST_F(SettingsScreenTest, ChoosesTheFirstZebraQueueOnlyIfTheSavedQueueIsNotAZeb
         EXPECT_EQ(screen.zebraQueue, row.chosen);
         EXPECT_EQ(saved(settings::zebraQueue), row.chosen);
         const PrinterMessage said = screen.printerMessage;
-        EXPECT_TRUE(said.text.endsWith(row.warning) && said.ok == row.warning.isEmpty()) << said.text.toStdString();
+        EXPECT_EQ(said.text, row.warning.isEmpty()
+                                 ? QString()
+                                 : u"“%1” was not found among the Zebra printers — "_s.arg(row.saved) + row.warning);
+        EXPECT_EQ(said.ok, row.warning.isEmpty());
         EXPECT_EQ(screen.labelPrinterChoices(), row.offered);
         EXPECT_EQ(screen.zebraHint(), row.hint);
     }

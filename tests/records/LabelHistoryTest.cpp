@@ -1,0 +1,115 @@
+#include "records/LabelHistory.h"
+#include "records/ScanForms.h"
+#include "records/ShipmentRecord.h"
+#include "support/LogFile.h"
+
+#include <optional>
+
+namespace parcelory::test {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QDateTime midnight = QDate(2026, 11, 20).startOfDay();
+
+QString namesOf(const QList<ShipmentRecord> &labels)
+{
+    QStringList names;
+    for (const ShipmentRecord &label : labels)
+        names += label.recipient;
+    return names.join(u' ');
+}
+
+/// A log with labels around a midnight; each has its recipient as its transaction.
+struct LabelHistoryTest : testing::Test {
+    LogFile file;
+    ShipmentLog log{QDir(file.folder.path())};
+    LabelHistory history{log};
+    ScanForms forms{log};
+
+    LabelHistoryTest()
+    {
+        const struct {
+            QString name, reference, status;
+            qint64 seconds;
+        } rows[] = {{u"Past"_s, u"inv-7"_s, u"REFUND_REQUESTED"_s, -400 * 86400},
+                    {u"Late"_s, u"INV-7"_s, u"REFUND_PENDING"_s, -1},
+                    {u"Test"_s, {}, u"PRINTED"_s, 0},
+                    {u"Noon"_s, u"INV-77"_s, u"REFUNDED"_s, 43200},
+                    {u"Next"_s, u"inv-7"_s, u"REFUND_PENDING"_s, 86400},
+                    {u"Imported"_s, {}, u"REFUND_PENDING"_s, 2 * 86400}};
+        for (const auto &row : rows)
+            EXPECT_TRUE(log.insert({.createdAt = midnight.addSecs(row.seconds),
+                                    .recipient = row.name,
+                                    .reference = row.reference,
+                                    .transactionID = row.name == u"Imported"_s ? QString() : row.name,
+                                    .status = row.status,
+                                    .testMode = row.name == u"Test"_s}));
+    }
+    QString found(const ShipmentRecord &wanted) const
+    {
+        const std::optional<ShipmentRecord> row = log.find(wanted);
+        return row ? row->recipient : QString();
+    }
+};
+
+} // namespace
+
+TEST_F(LabelHistoryTest, FindsTheLabelsOfADayAReferenceAndATransaction)
+{
+    EXPECT_EQ(namesOf(log.labelsOf(midnight.date())), u"Test Noon"_s);
+    EXPECT_EQ(namesOf(log.labelsLike(u"INV-7"_s, midnight, false)), u"Imported Next Noon Late Past"_s);
+    EXPECT_EQ(namesOf(log.labelsLike({}, midnight, true)), u"Test"_s);
+    EXPECT_EQ(namesOf(log.openRefunds(midnight.addYears(-1), 50)), u"Next Late"_s);
+    EXPECT_EQ(namesOf(log.openRefunds(midnight.addYears(-2), 50)), u"Next Late Past"_s);
+    EXPECT_EQ(namesOf(log.openRefunds(midnight.addYears(-2), 2)), u"Next Late"_s);
+    EXPECT_EQ(found({.id = 3}), u"Test"_s);
+    // The clock may have been set back by up to a day since the label was bought.
+    EXPECT_EQ(found({.createdAt = midnight.addSecs(80000), .transactionID = u"Late"_s}), u"Late"_s);
+    EXPECT_EQ(found({.createdAt = midnight.addDays(2), .transactionID = u"Late"_s}), QString());
+    EXPECT_EQ(found({.createdAt = midnight}), QString());
+}
+
+TEST_F(LabelHistoryTest, KeepsReprintsAndTheLastTrackingStatus)
+{
+    EXPECT_EQ(history.of(1).reprints, 0);
+    EXPECT_TRUE(history.addReprint(1, midnight) && history.addReprint(1, midnight.addSecs(60)));
+    EXPECT_TRUE(history.addReprint(2, midnight.addSecs(90)));
+    EXPECT_TRUE(history.setTracked(1, u"TRANSIT"_s, midnight) && history.setTracked(1, u"DELIVERED"_s, midnight));
+    const LabelHistory::Past past = history.of(1);
+    EXPECT_EQ(past.reprints, 2);
+    EXPECT_EQ(past.lastReprint, midnight.addSecs(60));
+    EXPECT_EQ(past.tracked, TrackingStatus::delivered);
+    EXPECT_EQ(history.of(2).tracked, TrackingStatus::unknown);
+}
+
+TEST_F(LabelHistoryTest, KeepsScanFormsFromTheRequestToTheirPages)
+{
+    ScanForm form{.askedAt = midnight, .labels = 3, .transactions = {u"Late"_s, u"Test"_s, u"Other"_s}};
+    ScanForm test = form;
+    test.testMode = true;
+    form.id = forms.begin(form).value_or(0);
+    test.id = forms.begin(test).value_or(0);
+    EXPECT_EQ(forms.underWay(false), QList{form});
+    EXPECT_EQ(forms.underWay(true), QList{test});
+    EXPECT_EQ(forms.formWith(u"Late"_s), std::nullopt) << "a form that was only requested may not exist";
+    EXPECT_EQ(namesOf(forms.labelsOn(form)), u"Late Test"_s);
+
+    EXPECT_TRUE(forms.setMade(form.id, u"m1"_s, {}));
+    form.manifestId = u"m1"_s;
+    EXPECT_EQ(forms.underWay(false), QList{form}) << "some accounts' responses list no labels";
+    EXPECT_TRUE(forms.setMade(form.id, u"m1"_s, {u"Late"_s}));
+    form.transactions = {u"Late"_s};
+    EXPECT_TRUE(forms.knowsManifest(u"m1"_s) && !forms.knowsManifest(u"m2"_s));
+    EXPECT_EQ(forms.formWith(u"Late"_s), midnight);
+    EXPECT_TRUE(forms.finished(9).isEmpty());
+
+    EXPECT_TRUE(forms.store(form.id, {"page 1", "page 2"}));
+    EXPECT_EQ(forms.finished(9), QList{form});
+    EXPECT_EQ(forms.documents(form.id), (QList<QByteArray>{"page 1", "page 2"}));
+    EXPECT_TRUE(forms.underWay(false).isEmpty());
+    EXPECT_TRUE(forms.remove(test.id));
+    EXPECT_TRUE(forms.underWay(true).isEmpty());
+}
+
+} // namespace parcelory::test

@@ -1,0 +1,137 @@
+#include "app/AppState.h"
+#include "core/Text.h"
+#include "core/ports/ProcessRunner.h"
+#include "support/CarrierDesk.h"
+#include "support/HeldPool.h"
+#include "support/OtherValues.h"
+#include "support/WindowDesk.h"
+#include "ui/parts/Dialog.h"
+
+#include <QAction>
+#include <QListView>
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+
+// What the New Label screen shows and offers in each state.
+
+namespace parcelory::test {
+namespace {
+using namespace Qt::StringLiterals;
+
+QAction *actionOf(const QWidget &window, const QString &text)
+{
+    for (QAction *action : window.findChildren<QAction *>()) {
+        if (action->text() == text)
+            return action;
+    }
+    qFatal("no action says %s", qUtf8Printable(text));
+}
+
+TEST(LabelState, EveryButtonIsOffUntilItCanAct)
+{
+    WindowDesk desk;
+    const Button *rates = desk.button(u"Get Rates"_s), *buy = desk.button(u"Buy & Print Label"_s);
+    QAction *action = actionOf(desk.window(), u"Buy && Print Label"_s);
+    EXPECT_FALSE(rates->isEnabled() || buy->isEnabled() || action->isEnabled());
+    desk.compose(homeAddress());
+    EXPECT_TRUE(rates->isEnabled());
+    EXPECT_FALSE(buy->isEnabled() || action->isEnabled());
+    desk.composeAndRate(homeAddress());
+    EXPECT_TRUE(buy->isEnabled() && action->isEnabled());
+    EXPECT_EQ(buy->accessibleDescription(), u"TEST: Not real postage");
+    desk.label().busy = true;
+    EXPECT_FALSE(buy->isEnabled()) << "in the same event";
+    desk.label().busy = false;
+    EXPECT_TRUE(buy->isEnabled());
+    for (const char *text :
+         {"Buy && Print Label", "Clear Form", "Get Rates", "Reprint", "SCAN Form", "Validate Address"})
+        EXPECT_FALSE(actionOf(desk.window(), QString::fromLatin1(text))->autoRepeat()) << text;
+}
+
+TEST(LabelState, TheListShowsEachRatesPriceAndTheCardTheLastLabel)
+{
+    WindowDesk desk;
+    desk.composeAndRate(homeAddress());
+    const auto *list = desk.named<QListView>(u"Rates"_s);
+    const QList<ShippoRate> rates = desk.label().rates;
+    ASSERT_EQ(list->model()->rowCount(), rates.size());
+    constexpr int priceRole = Qt::UserRole + 2;
+    for (int row = 0; row < rates.size(); ++row)
+        EXPECT_EQ(list->model()->index(row, 0).data(priceRole).toString(), u'$' + rates[row].amount);
+    desk.press(Qt::Key_Return, Qt::ControlModifier);
+    desk.idle();
+    const QString tracking = groupsOfFour(desk.app().log.records().first().tracking);
+    EXPECT_TRUE(std::ranges::any_of(desk.window().labelView().findChildren<QLabel *>(), [&](const QLabel *label) {
+        return label->isVisible() && label->text() == tracking;
+    }));
+
+    // An action that can no longer act does nothing, even before the menu is drawn again.
+    desk.press(Qt::Key_2, Qt::ControlModifier);
+    MailingLogScreen &log = desk.program->screens().mailingLog;
+    log.selected = log.records().first().id;
+    desk.settleAll();
+    QAction *track = actionOf(desk.window(), u"Track Online"_s);
+    ASSERT_TRUE(track->isEnabled());
+    log.selected = std::nullopt;
+    track->trigger();
+    desk.settleAll();
+    EXPECT_TRUE(desk.desktop.opened.isEmpty());
+}
+
+TEST(LabelState, AClosedQuestionTakesItsSafeChoice)
+{
+    WindowDesk desk;
+    for (const int safe : {0, 1}) {
+        Task<int> asking =
+            desk.windowPrompts.choose({.title = u"Sure?"_s, .choices = {u"A"_s, u"B"_s}, .safeChoice = safe});
+        desk.dialog()->reject();
+        EXPECT_EQ(runTask(std::move(asking)), safe);
+    }
+}
+
+TEST(LabelState, AnUnresolvedPurchaseIsResolvedByHandOnlyIfAskingMayNotHelp)
+{
+    WindowDesk desk;
+    desk.label().purchases.checking = true; // no lookup of its own
+    UnresolvedPurchase pending = other(UnresolvedPurchase());
+    const auto offered = [&](bool inconclusive, bool unlogged) {
+        pending.isInconclusive = inconclusive;
+        pending.isUnlogged = unlogged;
+        desk.label().purchases.unresolved = QList{pending};
+        desk.settleAll();
+        const auto buttons = desk.window().findChildren<Button *>();
+        return std::ranges::any_of(
+            buttons, [](const Button *one) { return one->isVisible() && one->text() == u"It was not bought"; });
+    };
+    EXPECT_FALSE(offered(false, false));
+    EXPECT_FALSE(offered(true, true));
+    EXPECT_TRUE(offered(true, false));
+    for (const auto &[text, title] : {std::pair{u"It was not bought"_s, u"This Label Was Not Bought?"_s},
+                                      std::pair{u"I have the label"_s, u"You Have This Label?"_s}}) {
+        desk.click(desk.button(text));
+        Dialog *question = desk.dialog();
+        EXPECT_EQ(question->windowTitle(), title);
+        question->reject();
+        desk.settleAll();
+    }
+    desk.label().purchases.unresolved = QList<UnresolvedPurchase>();
+    desk.label().purchases.checking = false;
+
+    ResolvedPurchase found = other(ResolvedPurchase());
+    found.record.createdAt = desk.clock.now();
+    found.record.zpl = "^XA^FDfound^FS^XZ";
+    desk.label().purchases.resolved = QList{found};
+    desk.settleAll();
+    {
+        const HeldPool held; // the first print is under way
+        desk.click(desk.button(u"Print Label"_s), 2);
+    }
+    desk.wait([&desk] { return desk.label().purchases.resolved.value().first().isPrinted; });
+    const auto calls = desk.processes.calls();
+    EXPECT_EQ(std::ranges::count_if(calls, [](const auto &call) { return call.program.endsWith(u"/lpr"_s); }), 1);
+}
+
+} // namespace
+} // namespace parcelory::test
