@@ -2,6 +2,7 @@
 
 #include "addressbook/AddressFilter.h"
 #include "app/AppState.h"
+#include "core/AppError.h"
 #include "core/PostalContact.h"
 #include "core/ShippoAddress.h"
 #include "core/StatusKind.h"
@@ -85,7 +86,8 @@ Task<bool> AddressBook::write(Write change)
     const QString reason =
         co_await onPool([&store = m_app.addressBook, change] { return change(store) ? QString() : store.lastError(); });
     if (!reason.isEmpty()) {
-        setStatus(StatusKind::failure, u"The address book could not be written — "_s + reason + u'.');
+        const AppError error(u"The address book could not be written — "_s + reason + u'.');
+        setStatus(StatusKind::failure, m_app.recorded(u"Address Book"_s, error, Popup::no));
         co_return false;
     }
     deleted = std::nullopt;

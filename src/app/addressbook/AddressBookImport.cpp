@@ -1,5 +1,6 @@
 #include "app/addressbook/AddressBook.h"
 
+#include "addressbook/ImportProgress.h"
 #include "addressbook/LocalAddressStore.h"
 #include "core/AppError.h"
 #include "core/PostalContact.h"
@@ -13,6 +14,12 @@
 
 namespace parcelory {
 using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString importContext = u"Address Book Import"_s;
+
+} // namespace
 
 /// Shows how many addresses were read so far; the returned callback runs on the reading thread.
 Progress AddressBook::followImport(QString reading)
@@ -37,8 +44,10 @@ Task<> AddressBook::importFrom(Reader reader, QString reading)
         const QList<PostalContact> contacts =
             co_await onPool([reader, progress = followImport(reading)] { return reader(progress); });
         co_await mergeAll(contacts);
+    } catch (const ImportCanceled &canceled) { // as the clerk wanted
+        setStatus(StatusKind::failure, canceled.description());
     } catch (const AppError &error) {
-        setStatus(StatusKind::failure, error.description());
+        setStatus(StatusKind::failure, m_app.recorded(importContext, error, Popup::no));
     }
 }
 
@@ -90,15 +99,18 @@ Task<> AddressBook::importContacts()
     setStatus(StatusKind::progress, u"Asking macOS for Contacts access…"_s);
     const bool allowed = co_await m_app.appleContacts.requestAccess();
     if (!allowed) {
-        setStatus(StatusKind::failure, u"Contacts access denied — grant it in System Settings → Privacy → Contacts."_s);
+        const AppError denied(u"Contacts access denied — grant it in System Settings → Privacy → Contacts."_s);
+        setStatus(StatusKind::failure, m_app.recorded(importContext, denied, Popup::no));
         co_return;
     }
     try {
         const QList<PostalContact> contacts =
             co_await m_app.appleContacts.all(followImport(u"Reading Apple Contacts…"_s));
         co_await mergeAll(contacts);
+    } catch (const ImportCanceled &canceled) { // as the clerk wanted
+        setStatus(StatusKind::failure, canceled.description());
     } catch (const AppError &error) {
-        setStatus(StatusKind::failure, error.description());
+        setStatus(StatusKind::failure, m_app.recorded(importContext, error, Popup::no));
     }
 }
 

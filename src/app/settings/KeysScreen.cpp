@@ -2,6 +2,7 @@
 
 #include "app/AppState.h"
 #include "carrier/ShippoKeys.h"
+#include "core/AppError.h"
 #include "core/Task.h"
 #include "core/ports/Prompts.h"
 
@@ -62,7 +63,7 @@ Task<> KeysScreen::change(Work work)
     message = QString();                     // clear first so that an identical message is announced again
     m_app.keyChanges = m_app.keyChanges + 1; // now already: a slow key ring may change long before it responds
     const State state = co_await run(std::move(work));
-    message = state.message;
+    message = state.message.isEmpty() ? QString() : m_app.recorded(u"API Keys"_s, AppError(state.message), Popup::no);
     show(state);
 }
 

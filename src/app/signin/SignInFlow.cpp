@@ -33,7 +33,7 @@ Task<> SignInFlow::signIn(QString user, QString pass, bool remember)
     m_app.loginError = std::nullopt;
     const auto fail = [this](const QString &reason) {
         m_app.loginBusy = false;
-        m_app.loginError = reason;
+        m_app.loginError = m_app.recorded(u"Sign-In"_s, AppError(reason), Popup::no);
     };
     const bool reachable = co_await m_app.auth.isReachable(5s);
     if (!reachable) {
@@ -60,11 +60,11 @@ Task<> SignInFlow::signIn(QString user, QString pass, bool remember)
     const bool ok = co_await m_app.auth.waitFor(DesklineAuth::signedInProbe, pageWait);
     m_app.loginBusy = false;
     if (!ok && m_app.auth.hasCrashed()) { // a crash says nothing about the password
-        m_app.loginError = pageStopped;
+        fail(pageStopped);
         co_return;
     }
     if (!ok) {
-        m_app.loginError = signInFailure(result);
+        fail(signInFailure(result));
         const bool saved = co_await m_app.hasSavedCredentials();
         if (result == u"submitted" && saved)
             co_await m_app.credentials.forget();

@@ -123,8 +123,11 @@ Task<> UpdateChecker::check(bool announce)
         busy = false;
     });
     const std::optional<Notice> notice = co_await look();
-    if (notice && m_announcing)
-        co_await m_app.platform.prompts.alert(notice->title, notice->text);
+    if (!notice || !m_announcing)
+        co_return;
+    if (notice->isFailure)
+        m_app.errors.record(u"Update Check"_s, AppError(notice->text), Popup::no);
+    co_await m_app.platform.prompts.alert(notice->title, notice->text);
 }
 
 Task<std::optional<UpdateChecker::Notice>> UpdateChecker::look()
@@ -138,11 +141,11 @@ Task<std::optional<UpdateChecker::Notice>> UpdateChecker::look()
         data = co_await onPool(
             [tools = m_tools, feed = m_app.platform.deployment.updateFeed] { return tools.curlData(feed); });
     } catch (const AppError &error) {
-        co_return Notice{failed, u"Couldn't reach the update server: "_s + error.description()};
+        co_return Notice{failed, u"Couldn't reach the update server: "_s + error.description(), true};
     }
     const std::optional<UpdateInfo> info = parseUpdateFeed(data);
     if (!info)
-        co_return Notice{failed, withTelephone(unreadable)};
+        co_return Notice{failed, withTelephone(unreadable), true};
     if (isNewer(info->version, installedVersion())) {
         offer(*info);
         co_return std::nullopt;

@@ -45,6 +45,7 @@ public:
 private:
     struct Notice {
         QString title, text;
+        bool isFailure = false;
     };
 
     Task<> check(bool announce);

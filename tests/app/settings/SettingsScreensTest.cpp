@@ -295,6 +295,9 @@ TEST_F(KeysScreenTest, ReportsWhyAKeyIsRejectedAndDoesNotListIt)
         EXPECT_EQ(screen.message, u"The system's secret store did not keep the key — is it unlocked?"_s);
         EXPECT_EQ(screen.keys.value(), both);
     }
+    settle();
+    EXPECT_EQ(errors.entries().size(), 2); // entries without a name or token are no failure
+    EXPECT_EQ(errors.entries().first().context, u"API Keys"_s);
 }
 
 TEST_F(KeysScreenTest, AsksBeforeItRemovesAndWarnsIfALiveKeyBecomesActive)

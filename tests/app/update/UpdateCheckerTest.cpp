@@ -175,6 +175,7 @@ TEST_F(Update, ReportsTheResultOnlyOfACheckThatTheClerkStarted)
         {"<html>", failed, unreadable, false},
         {"", failed, u"Couldn't reach the update server: curl 22: curl: (22) "_s, false}, // not served
     };
+    qsizetype recorded = 0;
     for (const Row &row : rows) {
         write(u"site/parcelory-latest.json"_s, row.feed);
         const int before = checker.offers;
@@ -186,6 +187,9 @@ TEST_F(Update, ReportsTheResultOnlyOfACheckThatTheClerkStarted)
         const auto alerts = std::exchange(desk.prompts.alerts, {});
         EXPECT_EQ(alerts.value(0).first, row.title);
         EXPECT_TRUE(alerts.value(0).second.startsWith(row.text)) << row.text.toStdString();
+        settle();
+        recorded += row.title == failed;
+        EXPECT_EQ(errors.entries().size(), recorded);
     }
     {
         write(u"site/parcelory-latest.json"_s, "[]");
