@@ -259,7 +259,7 @@ TEST_F(ShippoClientTest, FindsItsOwnPurchaseInAnyList)
 
     desk.carrier.setScenario(
         {.failNext = CarrierFailure{"transactions/", 404, "application/json", "{}", 1, "GET"}, .queuedReads = 2});
-    EXPECT_THROW(buy(), UnconfirmedPurchase) << "the label is sold, only its state is unknown";
+    EXPECT_THROW(buy(), Unconfirmed) << "the label is sold, only its state is unknown";
 }
 
 TEST_F(ShippoClientTest, ReportsWhyAPurchaseFailed)

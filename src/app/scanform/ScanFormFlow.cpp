@@ -257,8 +257,8 @@ Task<QByteArray> ScanFormFlow::fetchDocument(QString link)
     co_return document;
 }
 
-/// The form among the account's latest manifests; empty if it is not there.
-Task<QString> ScanFormFlow::findManifestId(ScanForm form)
+/// The form among the account's latest manifests; nothing if it is not there.
+Task<std::optional<ShippoManifest>> ScanFormFlow::findListed(ScanForm form)
 {
     const QList<ShippoManifest> newest = co_await m_app.shippo.newestManifests();
     for (const ShippoManifest &manifest : newest) {
@@ -270,9 +270,9 @@ Task<QString> ScanFormFlow::findManifestId(ScanForm form)
         if (manifest.transactions.value_or(QList<QString>()).isEmpty() && isPending(manifest))
             whole = co_await m_app.shippo.manifest(manifest.objectId); // its labels are named once it is made
         if (holdsLabelsOf(whole, form))
-            co_return whole.objectId;
+            co_return whole;
     }
-    co_return QString();
+    co_return std::nullopt;
 }
 
 /// Looks up a requested form at the carrier. Throws while the carrier cannot be asked, and for the minute in which the
@@ -283,7 +283,10 @@ Task<ScanFormFlow::Recovery> ScanFormFlow::findManifest(ScanForm form)
     QString id = form.manifestId;
     if (id.isEmpty()) {
         try {
-            id = co_await findManifestId(form);
+            const std::optional<ShippoManifest> listed = co_await findListed(form);
+            if (listed && manifestStatus(*listed) == ManifestStatus::error)
+                co_return Recovery{};
+            id = listed ? listed->objectId : QString();
         } catch (const ShippoError &error) {
             if (mayArrive)
                 throw;

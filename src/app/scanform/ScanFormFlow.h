@@ -34,7 +34,7 @@ private:
     Task<Documents> requestForm(QList<ShipmentRecord> labels, bool testKey, ShippoAddress from);
     Task<Documents> fetchDocuments(ScanForm form, ShippoManifest manifest);
     Task<QByteArray> fetchDocument(QString link);
-    Task<QString> findManifestId(ScanForm form);
+    Task<std::optional<ShippoManifest>> findListed(ScanForm form);
     Task<Recovery> findManifest(ScanForm form);
     Task<std::optional<Documents>> recoverForm(ScanForm form);
     Task<bool> recoverForms(QList<ScanForm> forms);

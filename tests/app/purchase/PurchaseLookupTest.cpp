@@ -1,3 +1,4 @@
+#include "app/purchase/PurchaseLookup.h"
 // What a lookup at the carrier tells about a purchase, and what follows from it.
 
 #include "compose/Customs.h"
@@ -49,7 +50,7 @@ protected:
 
 TEST_F(PurchaseLookupTest, OnlyAListThatAnswersTellsAndOnlyLaterThatNothingWasBought)
 {
-    using enum Purchases::Verdict;
+    using enum LookupAnswer::Verdict;
     const QByteArray failed = R"({"object_id": "f", "status": "ERROR", "rate": "r"})";
     const QByteArray label =
         R"({"object_id": "s", "status": "SUCCESS", "rate": "r", "label_url": "https://l.example/1"})";
@@ -59,7 +60,7 @@ TEST_F(PurchaseLookupTest, OnlyAListThatAnswersTellsAndOnlyLaterThatNothingWasBo
         int status;
         QByteArray body;
         bool isLate;
-        Purchases::Verdict verdict;
+        LookupAnswer::Verdict verdict;
         bool isInconclusive;
     } rows[] = {
         {200, list(failed + ',' + label), false, bought, false},
@@ -78,11 +79,11 @@ TEST_F(PurchaseLookupTest, OnlyAListThatAnswersTellsAndOnlyLaterThatNothingWasBo
     OpenPurchase purchase{.askedAt = clock.now(), .rateId = u"r"_s, .keyName = app->keys.activeName()};
     purchase.record.testMode = true;
     const auto lookUp = [&](bool isLate) {
-        return runTask(purchases().lookUp(purchase, clock.steadyNow().addSecs(isLate ? -61 : 0)), &clock);
+        return runTask(lookUpPurchase(*app, purchase, clock.steadyNow().addSecs(isLate ? -61 : 0)), &clock);
     };
     for (const auto &row : rows) {
         listAnswers(row.status, row.body);
-        const Purchases::Answer answer = lookUp(row.isLate);
+        const LookupAnswer answer = lookUp(row.isLate);
         EXPECT_EQ(answer.verdict, row.verdict) << row.status << ' ' << row.body.toStdString();
         EXPECT_EQ(answer.isInconclusive, row.isInconclusive) << row.status << ' ' << row.body.toStdString();
         if (row.verdict == bought)
