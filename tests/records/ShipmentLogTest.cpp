@@ -225,6 +225,7 @@ TEST(ShipmentLog, TellsWhichLinesOfAnImportWereKnownShortOrUndated)
     const ImportReport third = imported(KnownRows::import);
     EXPECT_EQ(std::tuple(third.imported, third.known), std::tuple(3, 2));
 
+    ASSERT_EQ(shown(log).size(), 7);
     EXPECT_LT(std::abs(log.records().first().createdAt.secsTo(QDateTime::currentDateTime())), 60);
     for (const int days : {-1, 0}) // midnight may pass meanwhile
         EXPECT_EQ(log.labelsOf(QDate::currentDate().addDays(days))->size(), 0) << "a row without a date is of no day";
