@@ -82,6 +82,10 @@ TEST_F(InvoiceFlowTest, FillsTheLabelFromAScanAndReportsEveryFailure)
         EXPECT_EQ(errors->entries().first().detail, row.error);
         EXPECT_EQ(app->draftReference.value(), u"48213"_s) << "a failed scan leaves the draft";
     }
+    showPage(false, false, invoicePage);
+    app->handleInvoiceScan(u"48300"_s);
+    scan(u"48301"_s); // ignored: one scan at a time
+    EXPECT_EQ(app->draftReference.value(), u"48300"_s);
     app->signOut();
     EXPECT_FALSE(app->scannedInvoice.value()) << "the next clerk did not ask for it";
 }
