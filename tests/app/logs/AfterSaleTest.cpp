@@ -274,18 +274,20 @@ TEST_F(AfterSaleTest, WhatCannotBeReadOrWrittenIsSaid)
     EXPECT_EQ(log.message.value(), u"The mailing log could not be read — busy. The list is unchanged."_s);
     desktop.clipboard = u"kept"_s;
     log.copyTracking({});
+    const QString before = log.message;
     run(log.reprintCustoms(shipmentTo(u"Ana"_s)));
+    EXPECT_EQ(log.message.value(), before) << "a domestic parcel has no papers";
     run(log.trackOnline({.trackingURL = u"ftp://tools.example.com/1"_s}));
     EXPECT_EQ(desktop.clipboard, u"kept"_s);
     EXPECT_TRUE(desktop.opened.isEmpty() && processes.calls().isEmpty());
 
-    rlimit before{};
+    rlimit usual{};
     const auto handler = std::signal(SIGXFSZ, SIG_IGN);
-    getrlimit(RLIMIT_FSIZE, &before);
-    const rlimit full{1024, before.rlim_max};
+    getrlimit(RLIMIT_FSIZE, &usual);
+    const rlimit full{1024, usual.rlim_max};
     setrlimit(RLIMIT_FSIZE, &full);
     EXPECT_THROW(saveBytes(path(u"full.csv"_s), QByteArray(5000, 'x')), AppError);
-    setrlimit(RLIMIT_FSIZE, &before);
+    setrlimit(RLIMIT_FSIZE, &usual);
     std::signal(SIGXFSZ, handler);
     EXPECT_FALSE(QFile::exists(path(u"full.csv"_s)));
 
