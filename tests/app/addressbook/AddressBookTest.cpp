@@ -1,8 +1,10 @@
 // The address book as the screens use it: over a real store, beside the label screen.
 
 #include "app/addressbook/AddressBook.h"
+#include "core/Sqlite.h"
 #include "core/Task.h"
 #include "support/CarrierDesk.h"
+#include "support/HeldPool.h"
 #include "support/LabelDesk.h"
 #include "support/Printing.h"
 #include "support/RunTask.h"
@@ -152,6 +154,18 @@ TEST_F(AddressBookTest, ImportsAFileOrReportsWhyNotAndStaysUnchanged)
     EXPECT_EQ(prompts.fileQuestions.last().first, u"Pick Endicia's importedAddresses.plist"_s);
     EXPECT_EQ(book.contacts().size(), 1);
     EXPECT_FALSE(book.importing);
+    {
+        const HeldPool held;
+        Task<> first = book.importVCard();
+        const qsizetype asked = prompts.fileQuestions.size();
+        Task<> second = book.importVCard();
+        EXPECT_EQ(prompts.fileQuestions.size(), asked) << "one import at a time";
+    }
+    finish();
+    EXPECT_TRUE(Database(path(u"addresses.sqlite"_s))
+                    .exec("CREATE TRIGGER refuse BEFORE INSERT ON addresses BEGIN SELECT RAISE(ABORT, 'full'); END"));
+    EXPECT_FALSE(runTask(book.save({.name = u"Zoe"_s}), &clock));
+    EXPECT_EQ(book.status.value(), u"The address book could not be written — full."_s);
     prompts.file = QString();
     book.status = u"untouched"_s;
     run(book.importVCard());

@@ -85,6 +85,13 @@ TEST_F(InvoiceFlowTest, FillsTheLabelFromAScanAndReportsEveryFailure)
         EXPECT_EQ(errors->entries().first().detail, row.error);
         EXPECT_EQ(app->draftReference.value(), u"48213"_s) << "a failed scan leaves the draft";
     }
+    showPage(false, false, invoicePage);
+    app->handleInvoiceScan(u"48300"_s);
+    app->handleInvoiceScan(u"48301"_s);
+    EXPECT_TRUE(app->scanStatus.value().contains(u"48300"_s)) << "one scan at a time";
+    runUntil([this] { return !app->scanBusy; }, &clock);
+    settle();
+    EXPECT_EQ(app->draftReference.value(), u"48300"_s);
     app->signOut();
     EXPECT_FALSE(app->scannedInvoice.value()) << "the next clerk did not ask for it";
 }

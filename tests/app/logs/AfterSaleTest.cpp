@@ -2,6 +2,9 @@
 
 #include "app/logs/MailingLogScreen.h"
 #include "app/logs/MasterLogScreen.h"
+#include "app/logs/SaveFile.h"
+#include "core/AppError.h"
+#include "core/Sqlite.h"
 #include "core/Task.h"
 #include "practice/carrier/CarrierScenario.h"
 #include "records/ShipmentRecord.h"
@@ -12,7 +15,10 @@
 #include "support/MailingLogDesk.h"
 #include "support/RunTask.h"
 
+#include <sys/resource.h>
+
 #include <chrono>
+#include <csignal>
 #include <utility>
 
 namespace parcelory::test {
@@ -309,6 +315,88 @@ TEST_F(AfterSaleTest, TheWholeLogIsExportedAndImportedAgain)
     log.message = QString();
     run(log.exportCSV());
     EXPECT_EQ(log.message.value(), QString());
+}
+
+TEST_F(AfterSaleTest, NothingIsRequestedUnlessItIsNotedAndStillTrue)
+{
+    prompts.answer = 1;
+    const ShipmentRecord label = bought();
+    prompts.whileAsked = [&] { EXPECT_TRUE(app->log.setStatus(label.id, u"REFUND_ERROR"_s)); }; // another program
+    run(log.refund(label));
+    prompts.whileAsked = {};
+    EXPECT_EQ(log.message.value(), u"The shipment's status has changed meanwhile. No refund was requested."_s);
+    Database file(path(u"mailing_log.sqlite"_s));
+    EXPECT_TRUE(file.exec("CREATE TRIGGER refuse BEFORE UPDATE ON shipments BEGIN SELECT RAISE(ABORT, 'full'); END"));
+    run(log.refund(log.records().value(0)));
+    EXPECT_EQ(log.message.value(), u"The mailing log could not be written — full. No refund was requested."_s);
+    EXPECT_TRUE(sent("/refunds/").isEmpty());
+    EXPECT_TRUE(app->journal.openRefunds().isEmpty());
+}
+
+TEST_F(AfterSaleTest, ARefundMayStillArriveAndIsNotSettledTwice)
+{
+    const ShipmentRecord label = bought();
+    const auto openAfterSync = [&] {
+        clock.advance(std::chrono::seconds(61));
+        answer("transactions", R"({"object_id": "t", "status": "SUCCESS"})");
+        run(app->syncRefundStatuses());
+        return app->journal.openRefunds().size();
+    };
+    app->journal.beginRefund({label.transactionID, label.id, clock.now().addSecs(60)});
+    EXPECT_EQ(openAfterSync(), 1) << "the request may still arrive";
+    app->refundsUnderWay.insert(label.transactionID);
+    EXPECT_EQ(openAfterSync(), 1) << "the screen waits for its answer";
+    app->refundsUnderWay.remove(label.transactionID);
+    EXPECT_EQ(openAfterSync(), 0);
+}
+
+TEST_F(AfterSaleTest, WhatCannotBeReadOrWrittenIsSaid)
+{
+    emit app->log.readingFailed(u"busy"_s);
+    EXPECT_EQ(log.message.value(), u"The mailing log could not be read — busy. The list is unchanged."_s);
+    desktop.clipboard = u"kept"_s;
+    log.copyTracking({});
+    const QString before = log.message;
+    run(log.reprintCustoms(shipmentTo(u"Ana"_s)));
+    EXPECT_EQ(log.message.value(), before) << "a domestic parcel has no papers";
+    run(log.trackOnline({.trackingURL = u"ftp://tools.example.com/1"_s}));
+    EXPECT_EQ(desktop.clipboard, u"kept"_s);
+    EXPECT_TRUE(desktop.opened.isEmpty() && processes.calls().isEmpty());
+
+    rlimit usual{};
+    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+    getrlimit(RLIMIT_FSIZE, &usual);
+    const rlimit full{1024, usual.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &full);
+    EXPECT_THROW(saveBytes(path(u"full.csv"_s), QByteArray(5000, 'x')), AppError);
+    setrlimit(RLIMIT_FSIZE, &usual);
+    std::signal(SIGXFSZ, handler);
+    EXPECT_FALSE(QFile::exists(path(u"full.csv"_s)));
+
+    EXPECT_TRUE(Database(path(u"mailing_log.sqlite"_s)).exec("DROP TABLE shipments"));
+    prompts.file = path(u"out.csv"_s);
+    run(log.exportCSV());
+    EXPECT_EQ(log.message.value(), u"Export failed: the mailing log could not be read to its end."_s);
+}
+
+TEST_F(AfterSaleTest, TheMasterLogShowsOnlyTheDaysAndTheAccountThatWereAskedFor)
+{
+    carrier.seedHistory(3, clock.now(), std::chrono::hours(1));
+    EXPECT_EQ(master.from.value(), clock.now().date().addDays(-14));
+    run(master.load());
+    const auto entries = master.entries.value();
+    EXPECT_EQ(entries.size(), 3);
+    carrier.setScenario({.holdsAnswers = true});
+    Task<> loading = master.load();
+    master.from = master.to.value().addDays(1);
+    carrier.setScenario({});
+    run(std::move(loading));
+    EXPECT_FALSE(master.loaded.value());
+    run(master.load());
+    EXPECT_EQ(master.message.value(), u"The first day comes after the last one — nothing was loaded."_s);
+    EXPECT_EQ(master.entries.value(), entries);
+    app->keyChanges = app->keyChanges + 1;
+    EXPECT_TRUE(master.entries.value().isEmpty()) << "the new key may belong to another account";
 }
 
 TEST_F(AfterSaleTest, TheMasterLogCountsWhatWasPaidAndExportsWhatItShows)

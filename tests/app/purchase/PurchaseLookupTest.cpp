@@ -4,6 +4,7 @@
 #include "compose/Customs.h"
 #include "core/Sqlite.h"
 #include "core/Task.h"
+#include "core/ports/ProcessRunner.h"
 #include "practice/carrier/CarrierScenario.h"
 #include "support/LabelDesk.h"
 #include "support/Printing.h"
@@ -184,6 +185,34 @@ TEST_F(PurchaseLookupTest, HalfACustomsPaperIsNotPrinted)
         banner().contains(u"FedEx commercial invoice download failed: the carrier's file is not a complete PDF"_s))
         << banner().toStdString();
     EXPECT_TRUE(processes.lastPrinted().startsWith("^XA")) << "the label printed, the papers did not";
+}
+
+TEST_F(PurchaseLookupTest, TheJournalHasTheLabelBeforeItPrintsAndKnowsThatItPrinted)
+{
+    screen().customs = CustomsInfo{.value = u"310"_s};
+    composeAndRate(londonAddress());
+    changeLog("CREATE TRIGGER refuse BEFORE INSERT ON shipments BEGIN SELECT RAISE(ABORT, 'full'); END");
+    bool isKept = false, isPrinted = true;
+    processes.behave = [&](const QString &program, const QStringList &) {
+        if (program.endsWith(u"/lpr"_s)) {
+            const OpenPurchase open = app->journal.openPurchases().value(0);
+            isKept = open.record.zpl && open.record.customsPDF;
+            isPrinted = open.printed;
+        }
+        return ProcessOutcome{};
+    };
+    pressBuy();
+    EXPECT_TRUE(isKept && !isPrinted) << banner().toStdString();
+    EXPECT_TRUE(app->journal.openPurchases().value(0).printed);
+}
+
+TEST_F(PurchaseLookupTest, TheDraftOfAParcelThatWasSoldAfterAllIsCleared)
+{
+    const OpenPurchase lost = lose();
+    EXPECT_EQ(app->draftTo.value(), lost.recipient);
+    carrier.setScenario({});
+    check();
+    EXPECT_TRUE(app->draftTo.value().isEmpty());
 }
 
 TEST_F(PurchaseLookupTest, ADomesticParcelNeedsNoPapers)

@@ -213,6 +213,8 @@ TEST_F(SettingsScreenTest, OffersEveryQueueOnRequestAndKeepsAnUnavailableChoice)
     screen.showAllPrinters = false;
     EXPECT_EQ(saved(settings::zebraQueue), u"Laser"_s);
     EXPECT_EQ(saved(settings::documentQueue), u"Gone"_s);
+    screen.documentQueue = u"Laser"_s;
+    EXPECT_EQ(saved(settings::documentQueue), u"Laser"_s);
 }
 
 TEST_F(SettingsScreenTest, PrintsATestLabelOrShowsWhyNotWithoutAnAlert)
