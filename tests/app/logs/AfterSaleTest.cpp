@@ -353,7 +353,7 @@ TEST_F(AfterSaleTest, ARefundMayStillArriveAndIsNotSettledTwice)
 TEST_F(AfterSaleTest, WhatCannotBeReadOrWrittenIsSaid)
 {
     emit app->log.readingFailed(u"busy"_s);
-    EXPECT_EQ(log.message.value(), u"The mailing log could not be read — busy. The list is unchanged."_s);
+    EXPECT_EQ(log.message.value(), u"busy The list is unchanged; Parcelory tries again by itself."_s);
     desktop.clipboard = u"kept"_s;
     log.copyTracking({});
     const QString before = log.message;
@@ -376,7 +376,10 @@ TEST_F(AfterSaleTest, WhatCannotBeReadOrWrittenIsSaid)
     EXPECT_TRUE(Database(path(u"mailing_log.sqlite"_s)).exec("DROP TABLE shipments"));
     prompts.file = path(u"out.csv"_s);
     run(log.exportCSV());
-    EXPECT_EQ(log.message.value(), u"Export failed: the mailing log could not be read to its end."_s);
+    EXPECT_EQ(errors->entries().first().context, u"Export CSV"_s);
+    EXPECT_TRUE(errors->entries().first().detail.startsWith(u"The mailing log could not be read"_s))
+        << errors->entries().first().detail.toStdString();
+    EXPECT_FALSE(QFile::exists(prompts.file));
 }
 
 TEST_F(AfterSaleTest, TheMasterLogShowsOnlyTheDaysAndTheAccountThatWereAskedFor)
