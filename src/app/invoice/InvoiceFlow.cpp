@@ -22,8 +22,8 @@ void InvoiceFlow::handleScan(const QString &text)
         return;
     const auto id = DesklineInvoiceFetcher::invoiceID(text, m_app.platform.deployment.shortLinkHost);
     if (!id) {
-        m_app.setScanStatus(StatusKind::failure,
-                            DesklineInvoiceError(DesklineInvoiceError::Kind::badCode, text).description());
+        const DesklineInvoiceError badCode(DesklineInvoiceError::Kind::badCode, text);
+        m_app.setScanStatus(StatusKind::failure, m_app.recorded(u"Deskline Invoice"_s, badCode, Popup::no));
         return;
     }
     spawn([this, id = *id] { return read(id); });
@@ -47,8 +47,7 @@ Task<> InvoiceFlow::read(QString id)
     } catch (const AppError &error) {
         if (isSignedOut())
             co_return;
-        m_app.setScanStatus(StatusKind::failure, error.description());
-        m_app.errors.record(u"Deskline Invoice "_s + id, error, Popup::no);
+        m_app.setScanStatus(StatusKind::failure, m_app.recorded(u"Deskline Invoice "_s + id, error, Popup::no));
         co_return;
     }
     m_app.scanBusy = false;

@@ -142,8 +142,8 @@ Task<> MailingLogScreen::reprintCustoms(ShipmentRecord record)
         try {
             document = co_await downloadCustoms(m_app, record);
         } catch (const AppError &error) {
-            message = u"Customs docs download failed: "_s + error.description();
-            m_app.errors.record(u"Customs Docs Reprint"_s, error, Popup::yes);
+            message =
+                u"Customs docs download failed: "_s + m_app.recorded(u"Customs Docs Reprint"_s, error, Popup::yes);
             co_return;
         }
     }
@@ -152,8 +152,7 @@ Task<> MailingLogScreen::reprintCustoms(ShipmentRecord record)
         message = sentToQueue ? u"Customs docs sent to the printer."_s
                               : u"Customs docs opened in Preview — set a document printer in Settings."_s;
     } catch (const AppError &error) {
-        message = error.description();
-        m_app.errors.record(u"Customs Docs Reprint"_s, error, Popup::no);
+        message = m_app.recorded(u"Customs Docs Reprint"_s, error, Popup::no);
     }
 }
 
@@ -197,8 +196,7 @@ Task<> MailingLogScreen::checkStatus(ShipmentRecord record)
 
 void MailingLogScreen::fail(const QString &context, const AppError &error, Popup popup)
 {
-    message = error.description();
-    m_app.errors.record(context, error, popup);
+    message = m_app.recorded(context, error, popup);
 }
 
 /// Changes the log and lists it again. Returns a sentence if the log could not be written.

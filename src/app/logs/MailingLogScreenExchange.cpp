@@ -105,8 +105,7 @@ Task<> MailingLogScreen::exportCSV()
         });
         message = complete ? u"Exported to "_s + QFileInfo(path).fileName() : u"Export canceled."_s;
     } catch (const AppError &error) {
-        message = u"Export failed: "_s + error.description();
-        m_app.errors.record(u"Export CSV"_s, error, Popup::no);
+        message = u"Export failed: "_s + m_app.recorded(u"Export CSV"_s, error, Popup::no);
     }
 }
 
@@ -137,8 +136,7 @@ Task<> MailingLogScreen::importCSV()
         if (sheet.size() > 1) // the message line has said the first one
             co_await m_app.platform.prompts.alert(u"Import Endicia Mail Log"_s, sheet.join(u"\n\n"_s));
     } catch (const AppError &error) {
-        message = u"Import failed: "_s + error.description();
-        m_app.errors.record(u"Import CSV"_s, error, Popup::no);
+        message = u"Import failed: "_s + m_app.recorded(u"Import CSV"_s, error, Popup::no);
     }
 }
 

@@ -164,8 +164,7 @@ Task<> MailingLogScreen::requestRefund(ShipmentRecord record)
     } catch (const AppError &error) {
         // After a refusal, the sync asks, too: the refund may have been requested elsewhere.
         isSettled = fateOf(error) == RequestFate::notSent;
-        outcome = error.description();
-        m_app.errors.record(u"Refund"_s, error, Popup::yes);
+        outcome = m_app.recorded(u"Refund"_s, error, Popup::yes);
     }
     const QString unwritten = co_await write([id = record.id, status = statusAfter(refund, record.status)](
                                                  AppState &app) { return app.log.setStatus(id, status); });

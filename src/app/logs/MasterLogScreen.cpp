@@ -171,8 +171,7 @@ Task<> MasterLogScreen::exportCSV()
         co_await onPool([path, rows] { saveBytes(path, masterLogCSV(rows).toUtf8()); });
         message = u"Exported %1 rows to "_s.arg(rows.size()) + QFileInfo(path).fileName();
     } catch (const AppError &error) {
-        message = u"Export failed: "_s + error.description();
-        m_app.errors.record(u"Master Log Export"_s, error, Popup::no);
+        message = u"Export failed: "_s + m_app.recorded(u"Master Log Export"_s, error, Popup::no);
     }
 }
 

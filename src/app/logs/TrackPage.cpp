@@ -16,7 +16,7 @@ Task<QString> openTrackingPage(AppState &app, QString address)
     try {
         co_await onPool([&desktop = app.platform.desktop, url] { desktop.openUrl(url); });
     } catch (const AppError &error) {
-        co_return u"The tracking page could not be opened: "_s + error.description();
+        co_return u"The tracking page could not be opened: "_s + app.recorded(u"Track Online"_s, error, Popup::no);
     }
     co_return QString();
 }

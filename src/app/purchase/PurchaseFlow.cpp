@@ -127,8 +127,7 @@ Task<PurchaseResult> PurchaseFlow::complete(OpenPurchase purchase, std::optional
         if (!record.zpl)
             record.zpl = co_await fetchLabel(entry);
     } catch (const AppError &error) {
-        fetchFailure = error.description();
-        m_app.errors.record(delivery.printsLabel ? u"Print Label"_s : u"Fetch Label"_s, error, Popup::no);
+        fetchFailure = m_app.recorded(delivery.printsLabel ? u"Print Label"_s : u"Fetch Label"_s, error, Popup::no);
     }
     if (record.zpl)
         co_await save(entry); // the label is not downloaded again if the program ends now

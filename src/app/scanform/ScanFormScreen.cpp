@@ -106,8 +106,7 @@ Task<> ScanFormScreen::run(Task<QString> (ScanFormScreen::*operation)())
         const QString outcome = co_await (this->*operation)();
         message = outcome;
     } catch (const AppError &error) {
-        message = error.description();
-        m_app.errors.record(u"SCAN Form"_s, error, Popup::no);
+        message = m_app.recorded(u"SCAN Form"_s, error, Popup::no);
     }
 }
 

@@ -256,8 +256,7 @@ void UpdateChecker::startHelper()
     try {
         m_application.startDetached(u"/bin/sh"_s, QStringList(*stagedHelper) + stagedArgs);
     } catch (const AppError &error) {
-        status = u"Couldn't start the update helper: "_s + error.description();
-        m_app.errors.record(u"Self-Update Relaunch"_s, error, Popup::no);
+        status = u"Couldn't start the update helper: "_s + m_app.recorded(u"Self-Update Relaunch"_s, error, Popup::no);
         m_relaunching = false;
         return;
     }

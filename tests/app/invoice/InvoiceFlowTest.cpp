@@ -42,6 +42,9 @@ TEST_F(InvoiceFlowTest, FillsTheLabelFromAScanAndReportsEveryFailure)
     app->flow = AppFlow::main;
     scan(u"012"_s);
     EXPECT_EQ(app->scanStatus.value(), u"\"012\" doesn't look like an invoice QR code or number."_s);
+    EXPECT_EQ(app->scanStatusKind.value(), StatusKind::failure);
+    runUntil([this] { return !errors->entries().isEmpty(); });
+    EXPECT_EQ(errors->entries().first().context, u"Deskline Invoice"_s);
 
     app->tab = MainTab::settings;
     scan(u"https://crvl.example/i48213"_s);
