@@ -63,6 +63,8 @@ void mailLog(const QByteArray &bytes)
     QByteArrayView rest = bytes;
     for (QByteArrayView line = EndiciaFormat::takeLine(rest); !line.isEmpty(); line = EndiciaFormat::takeLine(rest)) {
         auto record = EndiciaFormat::parse(line, dates);
+        if (record && !record->createdAt.isValid()) // an import dates it with its own time
+            record->createdAt = QDateTime::fromSecsSinceEpoch(1795608000);
         QByteArray former;
         for (int exports = 0; record && exports < 3; ++exports) {
             const QByteArray exported = lineOf(*record, dates);

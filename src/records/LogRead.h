@@ -26,16 +26,18 @@ public:
     bool isRead() const { return m_value.has_value(); }
     /// Why the log could not be read; empty if it was read.
     const QString &failure() const { return m_failure; }
-    const T &operator*() const { return *m_value; }
+    const T &operator*() const & { return *m_value; }
+    T operator*() && { return std::move(*m_value); } // so that a loop over a temporary keeps its list
     const T *operator->() const { return &*m_value; }
     T valueOr(T other) const { return m_value.value_or(std::move(other)); }
     /// Throws AppError if the log could not be read.
-    const T &orThrow() const
+    const T &orThrow() const &
     {
         if (!m_value)
             throw AppError(m_failure);
         return *m_value;
     }
+    T orThrow() && { return std::as_const(*this).orThrow(); }
 
 private:
     std::optional<T> m_value;

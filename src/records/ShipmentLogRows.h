@@ -39,7 +39,7 @@ inline double secondsOf(const QDateTime &time)
 
 inline QDateTime timeOf(double createdAt)
 {
-    return createdAt == 0 ? QDateTime() : QDateTime::fromMSecsSinceEpoch(msecsOf(createdAt));
+    return QDateTime::fromMSecsSinceEpoch(msecsOf(createdAt));
 }
 
 extern const char *const insert;
