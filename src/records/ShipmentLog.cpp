@@ -339,28 +339,6 @@ bool ShipmentLog::change(const std::function<bool(Database &)> &work)
     return stored;
 }
 
-LogRead<QList<ShipmentRecord>> ShipmentLog::labelsLike(const QString &reference, const QDateTime &since,
-                                                       bool testMode) const
-{
-    using Rows = QList<ShipmentRecord>;
-    return read<Rows>([&](const Database &db) {
-        std::optional<Rows> earlier = reference.isEmpty() ? Rows() : rows(db, reference, listLimit, {});
-        Statement query(db, ShipmentLogRows::select +
-                                QByteArray(" WHERE created_at >= ? ORDER BY created_at DESC, id DESC"));
-        if (query.isPrepared())
-            query.bind(1, ShipmentLogRows::secondsOf(since));
-        std::optional<Rows> found = earlier ? ShipmentLogRows::allOf(db, query) : std::nullopt;
-        if (!found)
-            return found;
-        earlier->removeIf([&](const ShipmentRecord &label) {
-            return label.createdAt >= since || label.reference.compare(reference, Qt::CaseInsensitive) != 0;
-        });
-        *found += *earlier;
-        found->removeIf([testMode](const ShipmentRecord &label) { return label.testMode != testMode; });
-        return found;
-    });
-}
-
 LogRead<std::optional<ShipmentRecord>> ShipmentLog::find(const ShipmentRecord &record) const
 {
     using Row = std::optional<ShipmentRecord>;
@@ -369,73 +347,6 @@ LogRead<std::optional<ShipmentRecord>> ShipmentLog::find(const ShipmentRecord &r
         if (!found)
             return std::nullopt;
         return found->isEmpty() ? Row() : Row(found->first());
-    });
-}
-
-LogRead<QList<ShipmentRecord>> ShipmentLog::labelsOf(QDate day) const
-{
-    return read<QList<ShipmentRecord>>([day](const Database &db) {
-        Statement query(db, ShipmentLogRows::select + QByteArray(" WHERE created_at >= ? AND created_at < ?") +
-                                ShipmentLogRows::datedCondition(db) + " ORDER BY created_at, id");
-        if (query.isPrepared()) {
-            query.bind(1, ShipmentLogRows::secondsOf(day.startOfDay()));
-            query.bind(2, ShipmentLogRows::secondsOf(day.addDays(1).startOfDay()));
-        }
-        return ShipmentLogRows::allOf(db, query);
-    });
-}
-
-/// Reads in portions, because other callers wait while a portion is read.
-LogRead<QList<ShipmentRecord>> ShipmentLog::openRefunds(qint64 before, int limit) const
-{
-    using Rows = QList<ShipmentRecord>;
-    constexpr qint64 portion = 20000;
-    const LogRead<qint64> last = read<qint64>([](const Database &db) -> std::optional<qint64> {
-        Statement query(db, "SELECT max(id) FROM shipments");
-        return query.step() ? std::optional(query.integer(0)) : std::nullopt;
-    });
-    if (!last.isRead())
-        return LogRead<Rows>::failed(last.failure());
-    Rows all;
-    for (qint64 end = std::min(before, *last + 1); end > 0 && all.size() < limit; end -= portion) {
-        const LogRead<Rows> some = read<Rows>([&](const Database &db) {
-            Statement query(db, ShipmentLogRows::select + QByteArray(" WHERE id >= ? AND id < ? AND ") +
-                                    RefundNotes::pendingCondition(db) +
-                                    " AND transaction_id <> '' ORDER BY id DESC LIMIT " +
-                                    QByteArray::number(limit - all.size()));
-            if (query.isPrepared()) {
-                query.bind(1, end - portion);
-                query.bind(2, end);
-            }
-            return ShipmentLogRows::allOf(db, query);
-        });
-        if (!some.isRead())
-            return some;
-        all += *some;
-    }
-    return all;
-}
-
-LogRead<std::optional<QByteArray>> ShipmentLog::zpl(qint64 id) const
-{
-    return blob("SELECT zpl FROM shipments WHERE id = ?", id);
-}
-
-LogRead<std::optional<QByteArray>> ShipmentLog::customsPDF(qint64 id) const
-{
-    return blob("SELECT customs_pdf FROM shipments WHERE id = ?", id);
-}
-
-LogRead<std::optional<QByteArray>> ShipmentLog::blob(const QByteArray &sql, qint64 id) const
-{
-    using Bytes = std::optional<QByteArray>;
-    return read<Bytes>([&](const Database &db) -> std::optional<Bytes> {
-        Statement query(db, sql);
-        if (query.isPrepared())
-            query.bind(1, id);
-        if (query.step())
-            return query.blob(0);
-        return query.isComplete() ? std::optional<Bytes>(Bytes()) : std::nullopt;
     });
 }
 

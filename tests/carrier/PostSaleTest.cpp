@@ -139,10 +139,12 @@ TEST_F(PostSaleTest, TakesFromThePurchaseTagWhatTheHistoryNoLongerHolds)
 TEST_F(PostSaleTest, TheMasterLogSurvivesForeignRecordsAndABusyCarrier)
 {
     const QDate today = desk.clock.now().date();
-    const auto listing = std::make_shared<Listing>();
     QList<std::chrono::seconds> waits;
-    listing->onWait = [&](std::chrono::seconds pause) { waits += pause; };
-    const auto read = [&] { return run(client.masterLog(today, today, listing)); };
+    const auto read = [&] {
+        const auto listing = std::make_shared<Listing>();
+        listing->onWait = [&waits](std::chrono::seconds pause) { waits += pause; };
+        return run(client.masterLog(today, today, listing));
+    };
     const auto answer = [&](const QByteArray &path, int status, const QByteArray &body) {
         desk.carrier.setScenario({.failNext = CarrierFailure{path, status, "application/json", body, 1, "GET"}});
     };
@@ -164,6 +166,14 @@ TEST_F(PostSaleTest, TheMasterLogSurvivesForeignRecordsAndABusyCarrier)
     EXPECT_NO_THROW(read());
     EXPECT_EQ(waits, QList{30s});
     EXPECT_EQ(desk.carrier.requests().size(), 3) << "only the refused page is asked for again";
+
+    waits.clear();
+    desk.clock.start = desk.clock.start.addSecs(-60);         // after the wait above; the carrier uses the real time
+    desk.carrier.setScenario({.rateLimitAfterListReads = 0}); // names the time when it takes requests again: in 60 s
+    EXPECT_THAT([&] { read(); }, testing::Throws<ShippoError>(testing::Property(&ShippoError::isRateLimit, true)));
+    ASSERT_FALSE(waits.isEmpty());
+    EXPECT_GT(waits.first(), 60s);
+    EXPECT_LE(waits.first(), 91s);
 
     answer("shipments", 500, "down");
     EXPECT_THAT([&] { read(); }, testing::Throws<ShippoError>(testing::Property(&ShippoError::status, 500)));

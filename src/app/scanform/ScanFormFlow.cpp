@@ -103,7 +103,7 @@ Task<> ScanFormFlow::create(ShippoAddress from)
         fail(AppError(found.failure()));
         co_return;
     }
-    const QList<ShipmentRecord> today = *found;
+    const QList<ShipmentRecord> &today = *found;
     const qsizetype labels = std::ranges::count(today, testKey, &ShipmentRecord::testMode);
     if (labels == 0) {
         m_app.scanFormComplete = false;
@@ -114,7 +114,7 @@ Task<> ScanFormFlow::create(ShippoAddress from)
     const QString before = m_app.scanFormStatus, creating = u"Creating SCAN form for today's labels…"_s;
     try {
         const auto underWay = co_await onPool(m_app.scanForms, &ScanForms::underWay, testKey);
-        const QList<ScanForm> lost = underWay.orThrow();
+        const QList<ScanForm> &lost = underWay.orThrow();
         if (!lost.isEmpty())
             m_app.scanFormStatus = creating;
         const bool shown = co_await recoverForms(lost);

@@ -294,6 +294,7 @@ TEST_F(ScanFormFlowTest, ASecondDocumentThatFailsHidesNotTheFirst)
         app->scanFormStatus.value().endsWith(u"Page set 2 of 2 could not be downloaded: press SCAN Form again."_s))
         << app->scanFormStatus.value().toStdString();
     EXPECT_FALSE(app->scanFormComplete);
+    EXPECT_EQ(app->scanForms.underWay(true)->size(), 1) << "the next press fetches the rest";
     carrier.setScenario({.manifestDocuments = 2});
     make();
     EXPECT_TRUE(app->scanForms.underWay(true)->isEmpty());
@@ -315,6 +316,7 @@ TEST_F(ScanFormFlowTest, AFormThatEndsAsAnErrorEndsTheAttempt)
     prompts.answer = 1;
     make();
     EXPECT_TRUE(app->scanForms.underWay(true)->isEmpty()) << app->scanFormStatus.value().toStdString();
+    EXPECT_TRUE(app->scanForms.finished(9)->isEmpty());
 }
 
 } // namespace parcelory::test
