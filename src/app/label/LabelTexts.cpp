@@ -61,7 +61,7 @@ QString LabelTexts::senderHint(const LabelDraft &draft)
 
 QString LabelTexts::internationalHint(const LabelDraft &draft)
 {
-    return draft.isInternational() ? u"International — draft.customs declaration required below"_s : QString();
+    return draft.isInternational() ? u"International — customs declaration required below"_s : QString();
 }
 
 QString LabelTexts::customsHint(const LabelDraft &draft)
@@ -82,9 +82,8 @@ QString LabelTexts::exportFilingWarning(const LabelDraft &draft)
 
 QString LabelTexts::paperworkText(const LabelDraft &draft)
 {
-    return u"Pick what's in this shipment for %1 — this goes on the label's draft.customs form and the commercial "
-           u"invoice, "
-           "then rates load."_s.arg(draft.recipient().name);
+    return u"Pick what's in this shipment for %1 — this goes on the label's customs form and the commercial "
+           "invoice, then rates load."_s.arg(draft.recipient().name);
 }
 
 QStringList LabelTexts::printedRecipient(const LabelDraft &draft)

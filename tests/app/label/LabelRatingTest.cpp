@@ -129,7 +129,10 @@ TEST_F(LabelRatingTest, OpensThePaperworkSheetBeforeAnInternationalRating)
     run(screen().fetchRates());
     EXPECT_TRUE(screen().showIntlPaperwork.value());
     EXPECT_EQ(requestsTo("/shipments"), 0);
-    EXPECT_TRUE(LabelTexts::paperworkText(screen()).contains(u"Harriet Ashcombe"_s));
+    EXPECT_EQ(LabelTexts::paperworkText(screen()),
+              u"Pick what's in this shipment for Harriet Ashcombe — this goes on the label's customs form and the "
+              "commercial invoice, then rates load."_s);
+    EXPECT_EQ(LabelTexts::internationalHint(screen()), u"International — customs declaration required below"_s);
     run(screen().fetchRates(true));
     EXPECT_FALSE(screen().showIntlPaperwork.value());
     EXPECT_EQ(screen().selectedRate()->servicelevel.token, u"usps_priority_mail_international"_s);
