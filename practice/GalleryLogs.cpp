@@ -50,7 +50,7 @@ Task<> Gallery::drawRecords()
     co_await until([] { return QApplication::activeModalWidget(); });
     co_await save(u"dialog-refund"_s);
     static_cast<QDialog *>(QApplication::activeModalWidget())->reject();
-    log.search = u"nobody of this name"_s;
+    log.search = u"no such name"_s;
     co_await until([this] { return app().log.records().isEmpty(); });
     co_await save(u"mailing-log-nothing-found"_s);
     log.search = QString();

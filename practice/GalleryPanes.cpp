@@ -62,7 +62,7 @@ Task<> Gallery::drawAddressBook()
     co_await book.remove(last);
     co_await save(u"address-book-deleted"_s);
     co_await book.undoRemove();
-    view.pane().query = u"nobody of this name"_s;
+    view.pane().query = u"no such name"_s;
     co_await save(u"address-book-nothing-found"_s);
     view.pane().query = QString();
     book.importing = true; // as an import of many addresses shows it

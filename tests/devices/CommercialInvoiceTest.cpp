@@ -141,7 +141,7 @@ TEST(CommercialInvoice, HasTheFieldsForCustomsAndAccountingAndOmitsEmptyLines)
         EXPECT_TRUE(text.contains(QLatin1StringView(said))) << said << " is not in " << text.toStdString();
     EXPECT_EQ(text.count(u"3/7/26"_s), 2);
     data.signer = QString();
-    EXPECT_EQ(Page(data).text.count(u"3/7/26"_s), 1) << "nobody has signed";
+    EXPECT_EQ(Page(data).text.count(u"3/7/26"_s), 1) << "the line for the signature is empty";
     Deployment deployment = Deployment::builtIn();
     deployment.countryOfOrigin = u"CA"_s;
     EXPECT_TRUE(Page(data, deployment).text.contains(u"origin Canada"_s));
