@@ -24,6 +24,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr qsizetype metadataLimit = 100;
+constexpr qint64 documentLimit = 16 * 1024 * 1024;
 
 } // namespace
 
@@ -87,7 +88,7 @@ Task<QByteArray> ShippoClient::downloadLabel(QString url)
     const bool isWeb = address.scheme() == u"https" || address.scheme() == u"http";
     if (!address.isValid() || !isWeb || address.host().isEmpty())
         throw ShippoError::api(u"Bad label URL"_s);
-    HttpRequest message{.url = address};
+    HttpRequest message{.url = address, .mostBytes = documentLimit};
     const HttpAnswer answer = co_await m_http.send(std::move(message));
     if (answer.status < 200 || answer.status >= 300)
         throw ShippoError::http(answer.status, u"label download"_s);
