@@ -85,8 +85,8 @@ CarrierAnswer listNewestFirst(const CarrierRequest &request, PracticeRecords &re
                               const CarrierScenario &scenario)
 {
     std::vector<const Json *> newestFirst;
-    for (const PracticeRecord &record : records.all())
-        newestFirst.push_back(&record.shown);
+    for (PracticeRecord &record : records.all())
+        newestFirst.push_back(&record.read()); // a purchase that nobody reads by its id is finished, too
     std::ranges::reverse(newestFirst);
     const bool isShort = &records == &ledger.addresses || &records == &ledger.manifests;
     return listPage(request, newestFirst, isShort ? defaultShortPageSize : defaultPageSize, ledger.base, scenario);

@@ -53,6 +53,10 @@ Task<> LabelScreen::fetchRates(bool intlConfirmed)
 
 Task<> LabelScreen::applyRates(ShippoShipment shipment)
 {
+    for (ShippoRate &rate : shipment.rates) {
+        if (!rate.objectCreated)
+            rate.objectCreated = shipment.objectCreated;
+    }
     const OfferedRates offered = offeredRates(carrier, shipment.rates);
     if (!offered.leftOut.isEmpty())
         m_app.errors.record(u"Get Rates"_s, AppError(offered.leftOut), Popup::no);
