@@ -27,7 +27,7 @@ int printStatus(Platform &platform)
     LabelPrinter printer(platform);
     QTextStream out(stdout);
     out << "Carrier:        " << platform.deployment.carrierApi.toString() << '\n'
-        << "API key:        " << keys.statusText() << '\n'
+        << "API key:        " << keys.statusText(keys.activeToken().value_or(QString())) << '\n'
         << "Records:        " << platform.dataFolder.absolutePath() << '\n'
         << "Print queues:   " << printer.queues().join(u", "_s) << '\n'
         << "Label printers: " << printer.zebraQueues().join(u", "_s) << '\n';
@@ -45,7 +45,7 @@ int addKey(Platform &platform, const QString &typedName)
     ShippoKeys keys(platform.secrets, platform.preferences);
     if (!keys.store(token, name))
         throw AppError(ShippoKeys::notKept);
-    QTextStream(stdout) << keys.statusText() << '\n';
+    QTextStream(stdout) << keys.statusText(keys.activeToken().value_or(QString())) << '\n';
     return 0;
 }
 

@@ -6,8 +6,25 @@
 
 #include <QStandardPaths>
 
+#ifdef Q_OS_MACOS
+#include "platform/ContactsMac.h"
+#endif
+
 namespace parcelory {
 using namespace Qt::StringLiterals;
+
+namespace {
+
+std::shared_ptr<ContactsSource> systemContacts()
+{
+#ifdef Q_OS_MACOS
+    return std::make_shared<ContactsMac>();
+#else
+    return nullptr;
+#endif
+}
+
+} // namespace
 
 QDir applicationSupportFolder()
 {
@@ -28,7 +45,8 @@ SystemPlatform::SystemPlatform(Prompts &prompts, Keyboard &keyboard)
                  .web = m_web,
                  .application = m_application,
                  .dataFolder = applicationSupportFolder(),
-                 .deployment = Deployment::builtIn()}
+                 .deployment = Deployment::builtIn(),
+                 .contacts = systemContacts()}
 {
 }
 

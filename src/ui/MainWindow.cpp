@@ -219,9 +219,8 @@ void MainWindow::finishClosing()
 void MainWindow::changeEvent(QEvent *event)
 {
     QMainWindow::changeEvent(event);
-    // Another program may have changed the key ring meanwhile.
     if (event->type() == QEvent::ActivationChange && isActiveWindow())
-        spawn([this] { return m_screens.keys.refresh(); });
+        spawn([this] { return m_screens.keys.refreshAtActivation(); });
 }
 
 } // namespace parcelory

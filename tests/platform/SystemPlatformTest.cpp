@@ -118,11 +118,15 @@ public:
     LoopbackServer() : m_port(m_server.bind_to_any_port("127.0.0.1"))
     {
         m_server.set_keep_alive_max_count(1); // an open connection would delay the shutdown by seconds
-        m_thread = std::jthread([this] { m_server.listen_after_bind(); });
+        m_thread = std::thread([this] { m_server.listen_after_bind(); });
         while (!m_server.is_running()) // stop() has no effect before that
             std::this_thread::yield();
     }
-    ~LoopbackServer() { m_server.stop(); }
+    ~LoopbackServer()
+    {
+        m_server.stop();
+        m_thread.join();
+    }
 
     httplib::Server &operator*() { return m_server; }
     QString url(const QString &path) const { return u"http://127.0.0.1:%1%2"_s.arg(m_port).arg(path); }
@@ -130,7 +134,7 @@ public:
 private:
     httplib::Server m_server;
     int m_port;
-    std::jthread m_thread;
+    std::thread m_thread;
 };
 
 struct NetworkTransportTest : testing::Test {

@@ -51,7 +51,13 @@ struct SettingsScreenTest : testing::Test, FakePlatform {
 
 /// A key ring that stores nothing while it is locked.
 struct LockableSecrets : MemorySecrets {
-    bool locked = false;
+    bool locked = false, denied = false;
+    int reads = 0;
+    std::optional<QString> get(const QString &account) override
+    {
+        ++reads;
+        return denied ? std::nullopt : MemorySecrets::get(account);
+    }
     void set(const QString &value, const QString &account) override
     {
         if (!locked)
@@ -281,6 +287,24 @@ TEST_F(KeysScreenTest, ShowsTheModeOfTheNextLabel)
     runTask(practice.refresh());
     EXPECT_EQ(practice.mode, PostageMode::practice);
     EXPECT_EQ(practice.statusText, u"Practice — nothing is sent, charged or printed"_s);
+}
+
+TEST_F(KeysScreenTest, AsksTheSecretStoreOnceAtEachActivationAndNotAgainAfterARefusal)
+{
+    addBoth();
+    const int before = ring.reads;
+    runTask(screen.refreshAtActivation());
+    EXPECT_EQ(ring.reads, before + 1);
+    ring.denied = true;
+    runTask(screen.refreshAtActivation());
+    EXPECT_EQ(screen.mode, PostageMode::none);
+    const int refused = ring.reads;
+    runTask(screen.refreshAtActivation());
+    EXPECT_EQ(ring.reads, refused);
+    ring.denied = false;
+    runTask(screen.makeActive(u"Test"_s)); // any operation of Settings reads again
+    EXPECT_EQ(screen.mode, PostageMode::test);
+    EXPECT_EQ(screen.keys.value(), both);
 }
 
 TEST_F(KeysScreenTest, ReportsWhyAKeyIsRejectedAndDoesNotListIt)
