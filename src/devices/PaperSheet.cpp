@@ -24,8 +24,9 @@ bool needsShaping(const QString &text)
 /// Greek iota and the hyphens and colons next to digits.
 QFont printFont(double size, bool bold, bool shaped)
 {
+    // Every Mac has Arial, and its license allows it in documents; Liberation Sans has the same widths.
 #ifdef Q_OS_MACOS
-    QFont font = QFontDatabase::systemFont(QFontDatabase::GeneralFont);
+    QFont font({u"Arial"_s, u"Helvetica"_s});
 #else
     QFont font({u"Liberation Sans"_s, u"Sans Serif"_s});
 #endif
