@@ -68,7 +68,8 @@ QString reasonOf(const Database &db, bool otherOwner)
 {
     if (!db.isLocked())
         return db.lastError();
-    return otherOwner ? u"another Parcelory is running"_s : u"another program has the file open"_s;
+    return otherOwner ? u"Parcelory is already open. Use that window; labels can't be bought here"_s
+                      : u"another program has the file open"_s;
 }
 
 } // namespace

@@ -222,7 +222,7 @@ TEST(PracticeScale, BehavesLikeARealScale)
     }
     practice.put(PracticeScale::capacity + 0.1);
     clock.advance(PracticeScale::settling);
-    EXPECT_EQ(scale.fault, u"Too heavy for the scale"_s);
+    EXPECT_EQ(scale.fault, u"Too heavy for this scale — type the weight."_s);
     practice.unplug();
     EXPECT_FALSE(scale.connected);
     practice.put(PracticeScale::capacity);

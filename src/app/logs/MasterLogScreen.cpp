@@ -93,7 +93,7 @@ Task<> MasterLogScreen::load()
     if (busy)
         co_return;
     if (from.value() > to.value()) {
-        message = u"The first day comes after the last one — nothing was loaded."_s;
+        message = u"The From date is after the To date."_s;
         co_return;
     }
     busy = true;

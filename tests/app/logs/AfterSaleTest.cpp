@@ -269,7 +269,7 @@ TEST_F(AfterSaleTest, ATrackingStatusCausesAWarningBeforeARefund)
     EXPECT_EQ(status(), u"PRINTED"_s);
     carrier.clearRequests();
     run(log.refund(label));
-    EXPECT_TRUE(prompts.questions.last().text.contains(u"• Its parcel is on its way already."_s));
+    EXPECT_TRUE(prompts.questions.last().text.contains(u"• This package is already on its way."_s));
     ShipmentRecord imported = label;
     imported.transactionID = u"1"_s;
     run(log.refund(imported));
@@ -396,7 +396,7 @@ TEST_F(AfterSaleTest, TheMasterLogShowsOnlyTheDaysAndTheAccountThatWereAskedFor)
     run(std::move(loading));
     EXPECT_FALSE(master.loaded.value());
     run(master.load());
-    EXPECT_EQ(master.message.value(), u"The first day comes after the last one — nothing was loaded."_s);
+    EXPECT_EQ(master.message.value(), u"The From date is after the To date."_s);
     EXPECT_EQ(master.entries.value(), entries);
     app->keyChanges = app->keyChanges + 1;
     EXPECT_TRUE(master.entries.value().isEmpty()) << "the new key may belong to another account";
