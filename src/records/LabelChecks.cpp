@@ -75,7 +75,7 @@ QString formText(LabelUse use, const std::optional<QDateTime> &madeAt)
 {
     if (!madeAt || use == LabelUse::reprint)
         return {};
-    const QString where = u"It is on the SCAN form of "_s + dateTimeText(*madeAt);
+    const QString where = u"This label is on the SCAN form of "_s + dateTimeText(*madeAt);
     return where + (use == LabelUse::refund ? u": the carrier expects its parcel."_s : u" already."_s);
 }
 

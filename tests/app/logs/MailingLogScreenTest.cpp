@@ -127,7 +127,7 @@ TEST_F(MailingLogScreenTest, OnlyTheSecondReprintOfALabelAsks)
     EXPECT_TRUE(app->log.setStatus(row.id, u"REFUNDED"_s)); // by another desk; the list still shows PRINTED
     prompts.answer = 0;
     run(log.reprint(row));
-    EXPECT_TRUE(prompts.questions.last().text.contains(u"It was refunded"_s));
+    EXPECT_TRUE(prompts.questions.last().text.contains(u"This label was refunded"_s));
     EXPECT_EQ(printed(), 4);
 }
 

@@ -241,7 +241,7 @@ TEST_F(PurchasesTest, ResolvingAPurchaseKeepsANewDraftForTheSameRecipient)
 
     EXPECT_TRUE(app->log.setStatus(app->log.records().first().id, u"REFUNDED"_s));
     run(purchases().print(purchases().resolved.value().first()));
-    EXPECT_TRUE(prompts.questions.last().text.contains(u"It was refunded"_s));
+    EXPECT_TRUE(prompts.questions.last().text.contains(u"This label was refunded"_s));
 }
 
 TEST_F(PurchasesTest, AnUnresolvedPurchaseEndsInTheErrorLogAfterAMonth)

@@ -66,7 +66,7 @@ TEST_F(ScanFormFlowTest, AScanFormIsMadeOfTodaysLabelsOfTheActiveKeysMode)
 
     const ShipmentRecord row = **app->log.find(first);
     run(log.refund(row));
-    EXPECT_TRUE(prompts.questions.last().text.contains(u"It is on the SCAN form of "_s));
+    EXPECT_TRUE(prompts.questions.last().text.contains(u"This label is on the SCAN form of "_s));
 }
 
 TEST_F(ScanFormFlowTest, AScanFormWhoseResponseIsLostIsFetchedWithTheNextPress)
