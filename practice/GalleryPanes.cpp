@@ -61,7 +61,7 @@ Task<> Gallery::drawAddressBook()
     const PostalContact last = book.contacts().last();
     co_await book.remove(last);
     co_await save(u"address-book-deleted"_s);
-    co_await book.undoRemove();
+    co_await book.undo();
     view.pane().query = u"no such name"_s;
     co_await save(u"address-book-nothing-found"_s);
     view.pane().query = QString();
