@@ -261,23 +261,23 @@ TEST(VCard, NamesTheCardsWithoutAnEndAndReadsJoinedFiles)
     const QByteArray whole = card("ADR:;;1 Elm St");
     const struct {
         QByteArray file;
-        QStringList streets, skipped;
+        QStringList people, skipped;
     } rows[] = {
         {"BEGIN:VCARD\nN:Lost;Ana\nADR:;;9\nBEGIN:VCARD\nADR:;;8\n" + whole,
-         {u"1 Elm St"_s},
+         {u"Jo Doe, 1 Elm St"_s},
          {u"Ana Lost"_s, u"a card without a name"_s}},
-        {whole.trimmed() + card("N:Poe;Bo\nADR:;;2 Oak St"), {u"1 Elm St"_s, u"2 Oak St"_s}, {}},
-        {whole.trimmed() + "\xEF\xBB\xBF" + whole, {u"1 Elm St"_s, u"1 Elm St"_s}, {}},
-        {whole + "\xEF\xBB\xBF" + whole, {u"1 Elm St"_s, u"1 Elm St"_s}, {}},
-        {"BEGIN:VCARD\nFN:\nORG:Harbor Books\nADR:;;3 Pier\n" + whole, {u"1 Elm St"_s}, {u"Harbor Books"_s}},
+        {whole.trimmed() + card("N:Poe;Bo\nADR:;;2 Oak St"), {u"Jo Doe, 1 Elm St"_s, u"Bo Poe, 2 Oak St"_s}, {}},
+        {whole.trimmed() + "\xEF\xBB\xBF" + whole, {u"Jo Doe, 1 Elm St"_s, u"Jo Doe, 1 Elm St"_s}, {}},
+        {whole + "\xEF\xBB\xBF" + whole, {u"Jo Doe, 1 Elm St"_s, u"Jo Doe, 1 Elm St"_s}, {}},
+        {"BEGIN:VCARD\nFN:\nORG:Harbor Books\nADR:;;3 Pier\n" + whole, {u"Jo Doe, 1 Elm St"_s}, {u"Harbor Books"_s}},
     };
     for (const auto &row : rows) {
         ImportProgress progress;
         const ReadAddresses read = VCard::read(row.file, progress);
-        QStringList streets;
+        QStringList people;
         for (const PostalContact &contact : read.contacts)
-            streets += contact.street1;
-        EXPECT_EQ(streets, row.streets) << row.file.toStdString();
+            people += contact.name + u", "_s + contact.street1;
+        EXPECT_EQ(people, row.people) << row.file.toStdString();
         EXPECT_EQ(read.skipped, row.skipped) << row.file.toStdString();
     }
 }
