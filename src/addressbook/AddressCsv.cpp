@@ -6,6 +6,7 @@
 
 #include <QStringList>
 
+#include <algorithm>
 #include <tuple>
 #include <utility>
 
@@ -74,7 +75,9 @@ QByteArray row(const PostalContact &contact)
 
 bool isExport(const QByteArray &file)
 {
-    return file.startsWith(header());
+    QByteArray names = file.first(std::min(file.size(), header().size()));
+    names.replace(utf8Mark, "").replace("\"", "").replace(';', ',').replace('\t', ','); // as spreadsheets write them
+    return names.startsWith("Name,Company,Street,Apt / Suite,");
 }
 
 QList<PostalContact> read(const QByteArray &file, ImportProgress &progress)

@@ -16,7 +16,7 @@ QByteArray header();
 /// A contact's row. Every field is quoted, so that read() can tell whether another program has saved the file.
 QByteArray row(const PostalContact &contact);
 
-/// Whether the file begins as this program writes it.
+/// Whether this program wrote the file, or another program saved it since.
 bool isExport(const QByteArray &file);
 /// The contacts, exactly as they were written. Throws AppError if the file is damaged or another program has saved it:
 /// a spreadsheet drops the zeros before a ZIP code. Throws what `progress` throws.

@@ -162,6 +162,7 @@ TEST(AddressExport, GivesWayToWhatAnotherProgramHasChanged)
           csv({jo}).replace("\r\n", "\n")}) {
         ImportProgress progress;
         EXPECT_THROW(AddressCsv::read(changed, progress), AppError) << changed.toStdString();
+        EXPECT_TRUE(AddressCsv::isExport(QByteArray(changed).replace('"', "").replace(',', ';')));
     }
 }
 
