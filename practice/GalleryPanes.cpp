@@ -63,7 +63,7 @@ Task<> Gallery::drawAddressBook()
     co_await save(u"address-book-deleted"_s);
     co_await book.undo();
     ShippoAddress changed = book.contacts()[1].asShippoAddress();
-    changed.phone = u"828 555 0142"_s;
+    changed.phone = u"828 555 0199"_s;
     co_await book.keep(changed);
     co_await save(u"address-book-changed"_s);
     co_await book.undo();
