@@ -46,7 +46,7 @@ StatusStrip::StatusStrip(AppState &app, KeysScreen &keys, QWidget *parent)
 void StatusStrip::refresh()
 {
     m_last->setFullText(m_app.lastShipmentSummary);
-    m_scan->setFullText(m_app.scanStatus);
+    m_scan->setFullText(m_app.scanLine());
     m_scanIcon->setVisible(!m_scan->fullText().isEmpty());
     refreshPrinter();
     const PostageMode mode = m_keys.mode;
