@@ -41,6 +41,7 @@ protected:
         settle();
         screens.reset();
         app.reset();
+        errors.reset();
         errors = std::make_unique<ErrorLog>(platform);
         app = std::make_unique<AppState>(platform);
         screens = std::make_unique<Screens>(*app);
