@@ -34,8 +34,9 @@ AppState::AppState(Platform &host)
     : platform(host), errors(ErrorLog::shared()), sanitizer(host.deployment.storeNames), credentials(host), auth(host),
       invoices(auth, sanitizer), keys(host.secrets, host.preferences), shippo(host, keys), scale(host.hid),
       log(host.dataFolder), labelHistory(log), scanForms(log), journal(host.dataFolder), senders(host), boxes(host),
-      addressBook(host.dataFolder), appleContacts(host.contacts, host.clock, host.dataFolder), printer(host),
-      printWatch(printer, host.clock), scanListener(host.keyboard, host.clock, host.deployment.shortLinkHost),
+      drafts(host.dataFolder), addressBook(host.dataFolder), appleContacts(host.contacts, host.clock, host.dataFolder),
+      printer(host), printWatch(printer, host.clock),
+      scanListener(host.keyboard, host.clock, host.deployment.shortLinkHost),
       m_signIn(std::make_unique<SignInFlow>(*this)), m_invoice(std::make_unique<InvoiceFlow>(*this)),
       m_scanForm(std::make_unique<ScanFormFlow>(*this)), m_refundSync(std::make_unique<RefundSync>(*this))
 {
@@ -85,9 +86,15 @@ Task<bool> AppState::hasSavedCredentials()
     co_return co_await credentials.areUsable();
 }
 
+Task<bool> AppState::renewSession()
+{
+    co_return co_await m_signIn->renewSession();
+}
+
 void AppState::signOut()
 {
     ++session;
+    m_invoice->cancel();
     flow = AppFlow::login;
     signedInUser = QString();
     loginError = std::nullopt;
@@ -100,6 +107,11 @@ void AppState::signOut()
 void AppState::handleInvoiceScan(const QString &text)
 {
     m_invoice->handleScan(text);
+}
+
+void AppState::cancelInvoiceScan()
+{
+    m_invoice->cancel();
 }
 
 void AppState::fillFromInvoice(const DesklineInvoice &invoice)
@@ -130,10 +142,16 @@ QString AppState::recorded(const QString &context, const AppError &error, Popup 
     return withAdvice(error, keys.activeName());
 }
 
-void AppState::setScanStatus(StatusKind kind, const QString &text)
+void AppState::setScanStatus(StatusKind kind, const QString &text, const QString &note)
 {
     scanStatus = text;
     scanStatusKind = kind;
+    scanNote = note;
+}
+
+QString AppState::scanLine() const
+{
+    return joinPresent({scanStatus, scanNote}, u" "_s);
 }
 
 } // namespace parcelory

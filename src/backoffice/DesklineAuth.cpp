@@ -108,6 +108,15 @@ Task<bool> DesklineAuth::evalBool(QString expression)
     co_return value.typeId() == QMetaType::Bool &&value.toBool();
 }
 
+Task<bool> DesklineAuth::asksForSignIn()
+{
+    const bool signInForm = co_await evalBool(loginFormProbe);
+    if (!signInForm)
+        co_return false;
+    const bool signedIn = co_await evalBool(signedInProbe);
+    co_return !signedIn;
+}
+
 void DesklineAuth::clear()
 {
     ++m_visit;

@@ -9,6 +9,7 @@
 #include <QFileInfo>
 #include <QScopeGuard>
 #include <QUuid>
+#include <QXmlStreamReader>
 
 #include <algorithm>
 #include <filesystem>
@@ -30,6 +31,7 @@ const QString curlTool = u"/usr/bin/curl"_s;
 const QString chmodTool = u"/bin/chmod"_s;
 const QString noApp = u"The update archive didn't contain an app."_s;
 
+constexpr qint64 longestVersion = 100;  // bytes
 constexpr qint64 longestFeed = 1 << 20; // bytes; a feed takes a few hundred
 
 QString reason(const ProcessOutcome &outcome)
@@ -65,11 +67,29 @@ void requireLinksInside(const QString &app)
     for (const fs::directory_entry &entry : fs::recursive_directory_iterator(root)) {
         if (!entry.is_symlink())
             continue;
-        std::error_code dangling;
-        const fs::path target = fs::canonical(entry.path(), dangling);
-        if (dangling || fs::read_symlink(entry.path()).is_absolute() || !isInside(target, root))
+        std::error_code unknown, dangling;
+        const fs::path link = fs::read_symlink(entry.path());
+        const fs::path target = fs::weakly_canonical(entry.path().parent_path() / link, unknown);
+        if (link.is_absolute() || (!unknown && !isInside(target, root)))
             throw AppError(u"The update archive holds a link that leads out of the app."_s);
+        if (unknown || !fs::exists(target, dangling))
+            throw AppError(u"The update archive holds a link to a file that is missing."_s);
     }
+}
+
+/// The text that follows a key in a property list.
+std::optional<QString> textOfKey(QIODevice &propertyList, const QString &key)
+{
+    QXmlStreamReader xml(&propertyList);
+    bool isNext = false;
+    while (xml.readNext() != QXmlStreamReader::Invalid && !xml.atEnd()) {
+        if (!xml.isStartElement())
+            continue;
+        if (isNext)
+            return xml.readElementText(QXmlStreamReader::SkipChildElements).trimmed();
+        isNext = xml.name() == u"key" && xml.readElementText(QXmlStreamReader::SkipChildElements) == key;
+    }
+    return std::nullopt;
 }
 
 } // namespace
@@ -139,6 +159,16 @@ QString UpdateTools::stage(const QString &archive, const QString &folder) const
 #endif
     writeHelper(folder);
     return app;
+}
+
+std::optional<QString> UpdateTools::versionIn(const QString &app)
+{
+    QFile plain(app + u"/version"_s), propertyList(app + u"/Contents/Info.plist"_s);
+    if (plain.open(QIODevice::ReadOnly))
+        return QString::fromUtf8(plain.read(longestVersion)).trimmed();
+    if (propertyList.open(QIODevice::ReadOnly))
+        return textOfKey(propertyList, u"CFBundleShortVersionString"_s);
+    return std::nullopt;
 }
 
 QString UpdateTools::helperIn(const QString &folder)

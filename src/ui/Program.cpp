@@ -33,6 +33,7 @@ Program::Program(Platform &platform, WindowPrompts &prompts, const QString &sign
 
 void Program::start()
 {
+    m_screens.takeSavedDraft();
     spawn([&keys = m_screens.keys] { return keys.refresh(); });
     spawn([&book = m_screens.addressBook] { return book.reload(); });
     if (m_screens.settings.zebraQueue.value().isEmpty())

@@ -54,7 +54,7 @@ StatusStrip::StatusStrip(AppState &app, KeysScreen &keys, AddressBook &book, QWi
 void StatusStrip::refresh()
 {
     m_last->setFullText(m_app.lastShipmentSummary);
-    m_scan->setFullText(m_app.scanStatus);
+    m_scan->setFullText(m_app.scanLine());
     m_scanIcon->setVisible(!m_scan->fullText().isEmpty());
     refreshPrinter();
     refreshChange();

@@ -123,10 +123,19 @@ TEST_F(BackOfficeScripts, ReadInvoicesFromTablesOfEveryKind)
         {"a label's own cell with a table for the value",
          table("<tr><td>Address:" + table("<tr><td>1 Main St<br>Apt&nbsp;2") + "<td>Phone:<td>Phone: 5"),
          R"({"fields":{"Address":"1 Main St\nApt 2","Phone":""}})"},
+        {"a label's own cell with another label inside it",
+         table("<tr><td>Address: 1 Main St<br>Apt 2" + table("<tr><td>Phone: 5<td>Zip: 97702") +
+               "<tr><td>City:" + table("<tr><td>City: Bend, OR") + "<tr><td>Shipment Tracking No" +
+               table("<tr><td>Shipment Tracking No of the carrier") + "<td>94"),
+         R"({"fields":{"Address":"1 Main St\nApt 2","Phone":"5","Zip":"97702","City":"Bend, OR"},"tracking":"94"})"},
         {"heads as cells", table("<tr><th>Name: Ann<th>Company Name: Ann's<tr><th>Paid&nbsp;amount:<th>$1&nbsp;USD"),
          R"({"fields":{"Name":"Ann","Company Name":"Ann's"},"paid":"$1 USD"})"},
         {"hidden rows", table(hidden + "<td>Name: template<tr><td>Name: Ann<td style='display:none'>Zip: 1"),
          R"({"fields":{"Name":"Ann"}})"},
+        {"an old name that is not visible",
+         table("<tr style='visibility:hidden'><td>Name: old<tr style='visibility:collapse'><td>Name: older"
+               "<tr><td>Name: <s hidden>Bob</s>Ann<tr hidden><td>Paid amount<td>$1<tr><td>Paid amount<td>$2"),
+         R"({"fields":{"Name":"Ann"},"paid":"$2"})"},
         {"the first value of each label, and of the payment the first that is not empty",
          table("<tr><td>Name: Ann<td>Name: Bob<td>A Zip: 1<tr><td>Shipment Tracking No<td><td>x"
                "<tr><td>Shipment Tracking No<td>94<tr><td>Shipment Tracking No<td>95"

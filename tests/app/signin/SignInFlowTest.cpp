@@ -123,8 +123,10 @@ TEST_F(SignInFlowTest, SignsInByItselfOncePerRun)
     run([&] { return screen.appear(); });
     EXPECT_FALSE(app->autoLoginTried) << "without a remembered password nothing is tried";
     remember();
+    screen.remember = true;
     run([&] { return screen.appear(); });
     EXPECT_TRUE(app->autoLoginTried);
+    EXPECT_FALSE(screen.remember) << "the next sign-in must not store a password unasked";
     EXPECT_EQ(screen.name.value(), u"dana"_s);
     EXPECT_EQ(web.loaded.size(), 1);
     EXPECT_EQ(app->loginError.value(), u"Login failed — check the email and password."_s);
