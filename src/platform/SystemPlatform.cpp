@@ -1,6 +1,7 @@
 #include "platform/SystemPlatform.h"
 
 #include "core/Deployment.h"
+#include "core/PrivateFiles.h"
 #include "core/ports/Keyboard.h"
 #include "core/ports/Prompts.h"
 
@@ -30,6 +31,7 @@ SystemPlatform::SystemPlatform(Prompts &prompts, Keyboard &keyboard)
                  .dataFolder = applicationSupportFolder(),
                  .deployment = Deployment::builtIn()}
 {
+    makePrivate(m_platform.dataFolder); // an earlier version left the modes to the umask
 }
 
 } // namespace parcelory
