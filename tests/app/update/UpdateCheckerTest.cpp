@@ -5,6 +5,7 @@
 #include "platform/SystemProcesses.h"
 #include "shell/ErrorLog.h"
 #include "shell/UpdateFeed.h"
+#include "shell/UpdateTools.h"
 #include "support/FakePlatform.h"
 #include "support/HeldPool.h"
 #include "support/RunTask.h"
@@ -243,9 +244,17 @@ TEST_F(Update, ShowsTheDownloadsProgressAndReplacesTheAppAfterTheProgramExits)
         if (call.program == u"/usr/bin/curl")
             asked += call.arguments;
     }
+    const auto guarded = [](const QString &schemes, const QStringList &arguments) {
+        return QStringList{u"--globoff"_s, u"--proto"_s, schemes, u"--proto-redir"_s, schemes} + arguments;
+    };
     const QStringList size = {u"-sIL"_s, u"--max-time"_s, u"20"_s, info.url};
-    const QStringList bytes = {u"-fsSL"_s, u"--max-time"_s, u"120"_s, u"-o"_s, staging + u"/update.zip"_s, info.url};
-    EXPECT_EQ(asked, (QList{size, bytes}));
+    const QStringList bytes = {
+        u"--max-filesize"_s,        u"1073741824"_s, u"-fsSL"_s, u"--max-time"_s, u"120"_s, u"-o"_s,
+        staging + u"/update.zip"_s, info.url};
+    EXPECT_EQ(asked, (QList{guarded(u"=http,https"_s, size), guarded(u"=http,https"_s, bytes)}));
+    FakeProcesses notRun;
+    [[maybe_unused]] const auto none = UpdateTools(notRun).contentLength(u"https://updates.example/a.zip"_s);
+    EXPECT_EQ(notRun.calls().value(0).arguments.first(5), guarded(u"=https"_s, {})) << "a redirect stays encrypted";
 
     QProcess running; // stands in for the program; exits at the end of its input
     running.start(u"/bin/cat"_s);
@@ -291,6 +300,8 @@ TEST_F(Update, AFailedDownloadReportsWhyAndLeavesNoFiles)
         {u":"_s, "The update archive is broken — unzip 9: ", url("half.zip")},
         {u":"_s, "curl 22: curl: (22)", url("nothing.zip")},
         {u":"_s, "curl 18: curl: (18)", url("a.zip?cut")},
+        {u"cp site/a.zip site/b1.zip || true"_s, "curl 22: curl: (22)", url("b[1-1].zip")}, // one file, not several
+        {u":"_s, "curl 1: curl: (1) Protocol", url("moved") + u"ftp://127.0.0.1/a.zip"_s},
         {u":"_s, "no web address", u"file://"_s + desk.path(u"site/a.zip"_s)},
         {u":"_s, "no web address", u"--config"_s},
         {u":"_s, "no web address", url("a.zip").replace(u"http"_s, u"ftp"_s)},
@@ -319,6 +330,20 @@ TEST_F(Update, AFailedDownloadReportsWhyAndLeavesNoFiles)
     desk.application.installed = usual;
     EXPECT_THAT(install(offerOf(url("a.zip"))), HasSubstr("ready to install"));
     EXPECT_EQ(entries(u"tmp"_s).size(), 1) << "nothing of an archive gets out of its folder";
+}
+
+TEST_F(Update, CleansTheModesOfAnArchive)
+{
+    make(u"new/Parcelory.app"_s, 2);
+    ASSERT_EQ(sh(u"cd new; echo >Parcelory.app/note; chmod 777 Parcelory.app Parcelory.app/bin; chmod 6777 "
+                 "Parcelory.app/bin/parcelory; chmod 466 Parcelory.app/note; ln -s bin/parcelory Parcelory.app/link; "
+                 "zip -qry ../site/a.zip ."_s),
+              0);
+    const mode_t usualMask = ::umask(0);
+    EXPECT_THAT(install(offerOf(url("a.zip"))), HasSubstr("ready to install"));
+    ::umask(usualMask);
+    sh(u"cd tmp/kxupdate-*/Parcelory.app; stat -c '%a %n' . bin bin/parcelory note >'%1'"_s.arg(desk.path(u"modes"_s)));
+    EXPECT_EQ(read(u"modes"_s), "755 .\n755 bin\n755 bin/parcelory\n644 note\n");
 }
 
 TEST_F(Update, FailsTheRestartIfTheDownloadedFilesWereDeleted)
