@@ -2,12 +2,14 @@
 
 #include "core/AppError.h"
 #include "core/PostalContact.h"
+#include "core/PrivateFiles.h"
 
 #include <QSet>
 #include <QStringEncoder>
 #include <sqlite3.h>
 
 #include <array>
+#include <chrono>
 #include <mutex>
 #include <tuple>
 #include <utility>
@@ -119,7 +121,7 @@ QSet<QString> keysOf(const Database &db)
 
 QString pathIn(const QDir &folder)
 {
-    folder.mkpath(u"."_s);
+    createPrivateFolder(folder);
     return folder.filePath(u"addresses.sqlite"_s);
 }
 
@@ -130,18 +132,40 @@ QString LocalAddressStore::sourceName()
     return u"Parcelory Address Book"_s;
 }
 
-LocalAddressStore::LocalAddressStore(const QDir &folder) : m_db(pathIn(folder))
+LocalAddressStore::LocalAddressStore(const QDir &folder) : m_db(pathIn(folder), std::chrono::milliseconds(0))
 {
     if (!m_db.isOpen())
         qWarning("Parcelory: cannot open address store at %s", qUtf8Printable(pathIn(folder)));
     // Large enough for a whole address book, so that an import does not write the same pages repeatedly.
     exec("PRAGMA cache_size = -65536");
-    if (exec(table))
-        exec(nameIndex);
-    refreshCount();
+    if (isReady())
+        refreshCount();
+    m_db.setPatience(Database::busyTimeout);
 }
 
-bool LocalAddressStore::exec(const char *sql)
+/// Creates the table at the first call that can.
+bool LocalAddressStore::isReady() const
+{
+    if (!m_isReady && exec(table)) {
+        exec(nameIndex);
+        m_isReady = true;
+    }
+    return m_isReady;
+}
+
+QString LocalAddressStore::trouble() const
+{
+    if (isReady()) {
+        Statement query(m_db, "SELECT 1 FROM addresses LIMIT 1");
+        if (query.step() || query.isComplete())
+            return {};
+    }
+    const QString reason = m_db.lastError();
+    return m_db.isLocked() ? u"The address book could not be read — another program has it open (%1)."_s.arg(reason)
+                           : u"The address book could not be read — %1."_s.arg(reason);
+}
+
+bool LocalAddressStore::exec(const char *sql) const
 {
     const bool done = Statement(m_db, sql).execute();
     if (!done)

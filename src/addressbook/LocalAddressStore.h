@@ -9,6 +9,7 @@
 #include <QList>
 #include <QObject>
 
+#include <atomic>
 #include <mutex>
 #include <optional>
 
@@ -20,7 +21,8 @@ class LocalAddressStore : public Observable {
 public:
     static QString sourceName();
 
-    /// Opens or creates the book in `folder`. A failure is logged; later calls then return empty results.
+    /// Opens or creates the book in `folder`. Waits for no other program: a failure is logged, and later calls try
+    /// again.
     explicit LocalAddressStore(const QDir &folder);
 
     /// The number of contacts, set on the main thread soon after every write. Main thread only.
@@ -29,6 +31,9 @@ public:
     /// All contacts, or the contacts with the text in name, company, street, city or postal code; sorted by name,
     /// ignoring case. `matching` goes into LIKE as it is: % and _ are wildcards.
     QList<PostalContact> rows(const QString &matching = {}) const;
+
+    /// Why the book cannot be read now, as a sentence; empty if it can.
+    QString trouble() const;
 
     /// Adds the contact or replaces the contact with the same id; false if it could not be stored (see lastError()).
     [[nodiscard]] bool upsert(const PostalContact &contact);
@@ -57,13 +62,15 @@ public:
     QString lastError() const;
 
 private:
-    bool exec(const char *sql);
+    bool exec(const char *sql) const;
+    bool isReady() const;
     void refreshCount();
     bool write(Statement &statement);
     Merged mergeAll(const QList<PostalContact> &contacts);
 
     Database m_db;
-    mutable std::mutex m_writing; ///< one writer of this program at a time; guards m_lastError
+    mutable std::atomic<bool> m_isReady = false; ///< the file has the table
+    mutable std::mutex m_writing;                ///< one writer of this program at a time; guards m_lastError
     QString m_lastError;
 };
 

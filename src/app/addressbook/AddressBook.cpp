@@ -47,31 +47,60 @@ AddressBook::AddressBook(AppState &app) : m_app(app)
     });
 }
 
-Task<> AddressBook::load()
+AddressBook::~AddressBook()
+{
+    m_app.platform.clock.cancel(m_retry);
+}
+
+/// False if the book could not be read.
+Task<bool> AddressBook::load()
 {
     struct Book {
-        QList<PostalContact> contacts;
-        AddressFilter filter;
+        QString trouble;
+        QList<PostalContact> contacts = {};
+        AddressFilter filter = {};
     };
     auto reading = onPool([&store = m_app.addressBook] {
-        Book book{store.rows(QString()), {}};
+        Book book{store.trouble()};
+        if (!book.trouble.isEmpty())
+            return book;
+        book.contacts = store.rows(QString());
         book.filter = AddressFilter(book.contacts);
         return book;
     });
     const int number = ++m_loads;
     Book book = co_await reading;
     if (number != m_loads) // a later load has started
-        co_return;
+        co_return true;
+    if (!book.trouble.isEmpty()) {
+        takeReadFailure(book.trouble);
+        co_return false;
+    }
     m_contacts = std::move(book.contacts);
     m_filter = std::move(book.filter);
     loaded = true;
     emit contactsChanged();
+    co_return true;
 }
 
 Task<> AddressBook::reload()
 {
-    co_await load();
-    setStatus(StatusKind::none, QString::number(m_contacts.size()) + u" addresses"_s);
+    const bool wasRead = co_await load();
+    if (wasRead)
+        setStatus(StatusKind::none, QString::number(m_contacts.size()) + u" addresses"_s);
+}
+
+/// Keeps the list and tries again by itself.
+void AddressBook::takeReadFailure(const QString &sentence)
+{
+    const AppError error(sentence);
+    const QString text = sentence + u" Parcelory tries again by itself."_s;
+    if (status.value() != text) {
+        m_app.recorded(u"Address Book"_s, error, Popup::no);
+        setStatus(StatusKind::failure, text);
+    }
+    m_app.platform.clock.cancel(m_retry);
+    m_retry = m_app.platform.clock.after(retryPause, [this] { spawn([this] { return reload(); }); });
 }
 
 void AddressBook::setStatus(StatusKind kind, const QString &text)

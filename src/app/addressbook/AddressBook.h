@@ -28,6 +28,7 @@ class AddressBook : public Observable {
     Q_OBJECT
 public:
     explicit AddressBook(AppState &app);
+    ~AddressBook() override;
 
     Observed<QString> status{this};                          ///< result of the last operation, or progress of an import
     Observed<StatusKind> statusKind{this, StatusKind::none}; ///< none: only the number of addresses
@@ -65,7 +66,8 @@ private:
     /// Changes the store; false if the write failed.
     using Write = std::function<bool(LocalAddressStore &store)>;
 
-    Task<> load();
+    Task<bool> load();
+    void takeReadFailure(const QString &sentence);
     Task<bool> write(Write change);
     Task<> importFrom(Reader reader, QString reading);
     Task<> mergeAll(QList<PostalContact> contacts);
@@ -74,7 +76,9 @@ private:
     AppState &m_app;
     QList<PostalContact> m_contacts;
     AddressFilter m_filter;
-    int m_loads = 0; ///< number of loads started
+    int m_loads = 0;     ///< number of loads started
+    quint64 m_retry = 0; ///< a timer
+    static constexpr Clock::Duration retryPause = std::chrono::seconds(10);
     QPropertyNotifier m_draftWatch;
     CancelToken m_cancel;
 };
