@@ -2,12 +2,14 @@
 
 #include "core/AppError.h"
 #include "core/PostalContact.h"
+#include "core/PrivateFiles.h"
 
 #include <QSet>
 #include <QStringEncoder>
 #include <sqlite3.h>
 
 #include <array>
+#include <chrono>
 #include <mutex>
 #include <tuple>
 #include <utility>
@@ -125,7 +127,7 @@ QString wholeKey(const PostalContact &contact)
 
 QString pathIn(const QDir &folder)
 {
-    folder.mkpath(u"."_s);
+    createPrivateFolder(folder);
     return folder.filePath(u"addresses.sqlite"_s);
 }
 
@@ -136,18 +138,35 @@ QString LocalAddressStore::sourceName()
     return u"Parcelory Address Book"_s;
 }
 
-LocalAddressStore::LocalAddressStore(const QDir &folder) : m_db(pathIn(folder))
+LocalAddressStore::LocalAddressStore(const QDir &folder) : m_db(pathIn(folder), std::chrono::milliseconds(0))
 {
     if (!m_db.isOpen())
         qWarning("Parcelory: cannot open address store at %s", qUtf8Printable(pathIn(folder)));
     // Large enough for a whole address book, so that an import does not write the same pages repeatedly.
     exec("PRAGMA cache_size = -65536");
-    if (exec(table))
-        exec(nameIndex);
-    refreshCount();
+    if (isReady())
+        refreshCount();
+    m_db.setPatience(Database::busyTimeout);
 }
 
-bool LocalAddressStore::exec(const char *sql)
+/// Creates the table at the first call that can.
+bool LocalAddressStore::isReady() const
+{
+    if (!m_isReady && exec(table)) {
+        exec(nameIndex);
+        m_isReady = true;
+    }
+    return m_isReady;
+}
+
+/// Why the last statement failed.
+QString LocalAddressStore::reason() const
+{
+    const QString reason = m_db.lastError();
+    return m_db.isLocked() ? u"another program has it open (%1)"_s.arg(reason) : reason;
+}
+
+bool LocalAddressStore::exec(const char *sql) const
 {
     const bool done = Statement(m_db, sql).execute();
     if (!done)
@@ -164,17 +183,21 @@ void LocalAddressStore::refreshCount()
 
 LocalAddressStore::Book LocalAddressStore::read(const QString &matching) const
 {
+    Book book;
+    if (!isReady()) {
+        book.failure = reason();
+        return book;
+    }
     QByteArray sql = selectRows;
     if (!matching.isEmpty())
         sql += matchingRows;
     Statement row(m_db, sql + " ORDER BY name COLLATE NOCASE");
     if (!matching.isEmpty())
         row.bind(1, u'%' + matching + u'%');
-    Book book;
     while (row.step())
         book.contacts.append(contactOf(row));
     if (!row.isComplete())
-        book.failure = m_db.lastError();
+        book.failure = reason();
     return book;
 }
 

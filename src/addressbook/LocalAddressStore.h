@@ -10,6 +10,7 @@
 #include <QList>
 #include <QObject>
 
+#include <atomic>
 #include <mutex>
 #include <optional>
 
@@ -21,7 +22,8 @@ class LocalAddressStore : public Observable {
 public:
     static QString sourceName();
 
-    /// Opens or creates the book in `folder`. A failure is logged; later calls then return empty results.
+    /// Opens or creates the book in `folder`. Waits for no other program: a failure is logged, and later calls try
+    /// again.
     explicit LocalAddressStore(const QDir &folder);
 
     /// The number of contacts, set on the main thread soon after every write. Main thread only.
@@ -69,7 +71,9 @@ public:
     QString lastError() const;
 
 private:
-    bool exec(const char *sql);
+    bool exec(const char *sql) const;
+    bool isReady() const;
+    QString reason() const;
     void refreshCount();
     bool write(Statement &statement);
     QByteArray storedId(const QUuid &id) const;
@@ -79,7 +83,8 @@ private:
     Merged addAll(const QList<PostalContact> &contacts, Prepare prepare, Key key);
 
     Database m_db;
-    mutable std::mutex m_writing; ///< one writer of this program at a time; guards m_lastError
+    mutable std::atomic<bool> m_isReady = false; ///< the file has the table
+    mutable std::mutex m_writing;                ///< one writer of this program at a time; guards m_lastError
     QString m_lastError;
 };
 

@@ -91,8 +91,9 @@ Task<bool> DesklineAuth::waitFor(QString expression, std::chrono::milliseconds t
 
 Task<QString> DesklineAuth::fillLogin(QString user, QString pass)
 {
-    const QString script =
-        scriptText(u"fill-login.js"_s) + u'(' + scriptArray(user) + u"[0], "_s + scriptArray(pass) + u"[0])"_s;
+    const QString base = m_base.toString(QUrl::FullyEncoded | QUrl::RemoveUserInfo);
+    const QString script = scriptText(u"fill-login.js"_s) + u'(' + scriptArray(user) + u"[0], "_s + scriptArray(pass) +
+                           u"[0], "_s + scriptArray(base) + u"[0])"_s;
     co_return co_await evalString(script);
 }
 

@@ -38,7 +38,7 @@ public:
     Task<bool> waitFor(QString expression, std::chrono::milliseconds timeout,
                        std::chrono::milliseconds interval = std::chrono::milliseconds(300));
     /// Fills in and submits the sign-in form. Returns "submitted", or what is missing: "no-password-field",
-    /// "no-user-field", "no-form".
+    /// "no-user-field", "no-form", "wrong-address" (the page is not the back office's).
     Task<QString> fillLogin(QString user, QString pass);
     /// Empty if the value is not a text or the evaluation fails; never throws.
     Task<QString> evalString(QString expression);

@@ -6,14 +6,11 @@
 #include "core/Text.h"
 #include "core/ports/Preferences.h"
 #include "core/ports/ProcessRunner.h"
+#include "devices/HandoverFile.h"
 #include "devices/PrinterState.h"
 #include "devices/Zpl.h"
 
-#include <QDir>
-#include <QFile>
 #include <QRegularExpression>
-#include <QScopeGuard>
-#include <QUuid>
 
 #include <algorithm>
 
@@ -28,23 +25,6 @@ const QString cupsenableTool = u"/usr/sbin/cupsenable"_s;
 
 constexpr QStringView zebraWords[] = {u"zebra", u"ztc", u"zpl", u"gk420", u"gx420",
                                       u"zd4",   u"zd6", u"zp4", u"zt2",   u"zt4"};
-
-/// Writes a file that only its owner can read, because labels contain addresses. Returns its path.
-QString temporaryFile(const QByteArray &bytes, const QString &prefix, const QString &suffix)
-{
-    const QString name = prefix + QUuid::createUuid().toString(QUuid::WithoutBraces) + suffix;
-    const QDir folder = QDir::temp();
-    if (!folder.exists()) // the file would end up in the current directory
-        throw AppError(u"The folder for temporary files, %1, does not exist."_s.arg(folder.path()));
-    QFile file(folder.filePath(name));
-    const bool opened = file.open(QIODevice::WriteOnly | QIODevice::NewOnly, QFile::ReadOwner | QFile::WriteOwner);
-    if (!opened || file.write(bytes) != bytes.size() || !file.flush()) {
-        const QString reason = file.errorString();
-        file.remove();
-        throw AppError(u"The label could not be handed to the printer — "_s + reason + u'.');
-    }
-    return file.fileName();
-}
 
 /// The Zebra queues in the output of lpstat -v.
 QStringList zebrasIn(const QStringList &lines)
@@ -78,7 +58,7 @@ QString LabelPrinter::print(const LabelFile &label, const QString &zebraQueue, c
             return u"Shippo returned a PDF label (not ZPL) — sent to "_s + documentQueue + u'.';
         return u"Shippo returned a PDF label (not ZPL) — opened in Preview."_s;
     case LabelKind::png:
-        m_desktop.openFile(temporaryFile(label.bytes, u"parcelory-label-"_s, u".png"_s));
+        view(label.bytes, u"parcelory-label-"_s, u".png"_s);
         return u"Shippo returned a PNG label (not ZPL) — opened in Preview."_s;
     case LabelKind::notALabel: // rejected by sendZpl()
     case LabelKind::zpl:
@@ -110,9 +90,8 @@ void LabelPrinter::sendZpl(const LabelFile &label, const QString &queue)
         program = Zpl::rotated(program);
     else if (read(m_preferences, settings::turnedQueues).contains(queue))
         program = Zpl::upright(program);
-    const QString path = temporaryFile(program, u"parcelory-"_s, u".zpl"_s);
-    const auto removed = qScopeGuard([&path] { QFile::remove(path); });
-    lpr(path, queue, true);
+    const HandoverFile file(program, u"parcelory-"_s, u".zpl"_s);
+    lpr(file.path(), queue, true);
     if (Zpl::leavesTurned(program))
         rememberTurned(queue);
 }
@@ -134,14 +113,20 @@ bool LabelPrinter::sendPdf(const LabelFile &document, const QString &queue)
 {
     if (document.kind != LabelKind::pdf)
         throw SystemError(notALabel, u"the document is not a PDF"_s);
-    const QString path = temporaryFile(document.bytes, u"parcelory-"_s, u".pdf"_s);
     if (queue.isEmpty()) {
-        m_desktop.openFile(path); // the viewer needs the file, so it stays
+        view(document.bytes, u"parcelory-"_s, u".pdf"_s);
         return false;
     }
-    const auto removed = qScopeGuard([&path] { QFile::remove(path); });
-    lpr(path, queue, false);
+    const HandoverFile file(document.bytes, u"parcelory-"_s, u".pdf"_s);
+    lpr(file.path(), queue, false);
     return true;
+}
+
+void LabelPrinter::view(const QByteArray &bytes, const QString &prefix, const QString &suffix)
+{
+    HandoverFile file(bytes, prefix, suffix);
+    file.keepForViewer(); // it is the clerk's only copy if no viewer opens
+    m_desktop.openFile(file.path());
 }
 
 ProcessOutcome LabelPrinter::runTool(const QString &tool, const QStringList &arguments)

@@ -1,6 +1,7 @@
 #include "platform/SystemPlatform.h"
 
 #include "core/Deployment.h"
+#include "core/PrivateFiles.h"
 #include "core/ports/Keyboard.h"
 #include "core/ports/Prompts.h"
 
@@ -48,6 +49,7 @@ SystemPlatform::SystemPlatform(Prompts &prompts, Keyboard &keyboard)
                  .deployment = Deployment::builtIn(),
                  .contacts = systemContacts()}
 {
+    makePrivate(m_platform.dataFolder); // an earlier version left the modes to the umask
 }
 
 } // namespace parcelory

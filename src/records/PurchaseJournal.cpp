@@ -2,6 +2,7 @@
 
 #include "core/AppError.h"
 #include "core/Json.h"
+#include "core/PrivateFiles.h"
 #include "core/ShippoAddress.h"
 #include "records/ShipmentLogRows.h"
 #include "records/ShipmentRecord.h"
@@ -86,9 +87,10 @@ bool PurchaseJournal::isReady()
 {
     if (m_db)
         return true;
-    m_folder.mkpath(u"."_s);
+    createPrivateFolder(m_folder);
     // The lock of the database is what keeps a second program out. This file only tells whose lock it is.
     const bool otherOwner = !m_owner.tryLock(0) && m_owner.error() == QLockFile::LockFailedError;
+    makePrivate(m_owner.fileName());
     const auto patience = otherOwner ? std::chrono::milliseconds(0) : m_patience; // another Parcelory keeps its lock
     Opening opened = openFile(patience);
     if (opened == Opening::damaged) {

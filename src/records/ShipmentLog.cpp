@@ -1,6 +1,7 @@
 #include "records/ShipmentLog.h"
 
 #include "core/AppError.h"
+#include "core/PrivateFiles.h"
 #include "core/Progress.h"
 #include "records/LogRead.h"
 #include "records/RefundNotes.h"
@@ -48,7 +49,7 @@ constexpr qsizetype longestPattern = 50000;
 
 QString pathIn(const QDir &folder)
 {
-    folder.mkpath(u"."_s);
+    createPrivateFolder(folder);
     return folder.filePath(u"mailing_log.sqlite"_s);
 }
 

@@ -84,6 +84,9 @@ public:
     ImportReport importEndiciaCSV(const QString &path, KnownRows known = KnownRows::import,
                                   const Progress &progress = {});
 
+    /// What the clerk must know at the start: that the log cannot be used, and what to do. Empty if it can be read, and
+    /// while another program has it open.
+    QString trouble() const;
     /// Why the last write failed.
     QString lastError() const;
 

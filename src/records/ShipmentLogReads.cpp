@@ -11,6 +11,26 @@
 namespace parcelory {
 using namespace Qt::StringLiterals;
 
+QString ShipmentLog::trouble() const
+{
+    QString reason;
+    readInTurn([&](const Database &db) {
+        const bool isRead = rows(db, {}, listLimit, {}).has_value();
+        if (!isRead && !db.isLocked())
+            reason = reasonOf(db);
+        return isRead;
+    });
+    if (reason.isEmpty())
+        return {};
+    return u"The mailing log cannot be used — %1. Labels can still be bought: the purchase journal keeps them until "
+           u"the "
+           "log can be written. Until then nothing warns of a second label, and earlier labels cannot be listed, "
+           "reprinted or refunded here.\n\nWhat to do: quit Parcelory, rename %2, put a backup of it in its place, and "
+           "start Parcelory again. If there is no backup, rename the file all the same: Parcelory starts a new log, "
+           "and "
+           "the Master Log still lists every label."_s.arg(reason, m_path);
+}
+
 LogRead<QList<ShipmentRecord>> ShipmentLog::labelsLike(const QString &reference, const QDateTime &since,
                                                        bool testMode) const
 {

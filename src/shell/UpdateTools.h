@@ -36,6 +36,7 @@ public:
 private:
     ProcessOutcome start(const QString &program, const QStringList &arguments) const;
     void run(const QString &program, const QStringList &arguments, const QString &failure) const;
+    void download(const QString &url, const QString &file, qint64 largest) const;
     void unpack(const QString &archive, const QString &folder) const;
     void writeHelper(const QString &folder) const;
 

@@ -68,7 +68,7 @@ void StatusStrip::refresh()
     else
         m_mode->set(u"LIVE"_s, BadgeKind::live);
     m_key->setText(m_keys.statusText);
-    m_key->setToolTip(m_keys.statusText);
+    m_key->setToolTip(plainToolTip(m_keys.statusText));
     m_key->setInk(mode == PostageMode::none || mode == PostageMode::test ? &Tokens::warn : &Tokens::text);
     m_key->setCursor(mode == PostageMode::none ? Qt::PointingHandCursor : Qt::ArrowCursor);
 }

@@ -10,8 +10,11 @@
 
 #include <QDeadlineTimer>
 #include <gmock/gmock.h>
+#undef signals
+#include "practice/LoopbackServer.h"
 
 #include <string>
+#include <utility>
 
 namespace parcelory::test {
 using namespace Qt::StringLiterals;
@@ -96,9 +99,37 @@ TEST_F(BackOfficeScripts, FindTheSignInFormOfAnyPage)
     };
     for (const Row &row : rows) {
         show(listener + row.page);
-        const QString call = scriptText(u"fill-login.js"_s) + u"('d@e.org', 'secret')"_s;
+        const QString call = scriptText(u"fill-login.js"_s) + u"('d@e.org', 'secret', location.href)"_s;
         EXPECT_EQ(evaluate(call).toString().toStdString(), row.result) << row.what;
         EXPECT_EQ(evaluate(u"document.title"_s).toString().toStdString(), row.noticed) << row.what;
+    }
+}
+
+TEST_F(BackOfficeScripts, FillInThePasswordOnlyAtTheBackOfficesOwnAddress)
+{
+    LoopbackServer server("back office");
+    server.start([](const httplib::Request &, httplib::Response &answer) {
+        answer.set_content("<form onsubmit='return false'><input id=name><input type=password id=pass></form>",
+                           "text/html");
+    });
+    const QUrl page(QString::fromStdString(server.base()) + u"staff/login.php"_s);
+    engine.load(page, 60s);
+    const QDeadlineTimer patience(60s);
+    while (!evaluate(u"document.readyState === 'complete' && !!document.getElementById('pass')"_s).toBool())
+        ASSERT_FALSE(patience.hasExpired());
+    QUrl otherPort = page, encrypted = page, otherHost = page;
+    otherPort.setPort(page.port() == 1024 ? 1025 : 1024);
+    encrypted.setScheme(u"https"_s);
+    otherHost.setHost(u"localhost"_s);
+    const std::pair<QUrl, QString> rows[] = {{otherPort, u"wrong-address"_s},
+                                             {encrypted, u"wrong-address"_s},
+                                             {otherHost, u"wrong-address"_s},
+                                             {page.resolved(QUrl(u"/"_s)), u"submitted"_s}};
+    for (const auto &[base, result] : rows) {
+        const QString call = scriptText(u"fill-login.js"_s) + u"('dana', 'secret', '%1')"_s.arg(base.toString());
+        EXPECT_EQ(evaluate(call).toString(), result) << base.toString().toStdString();
+        EXPECT_EQ(evaluate(u"document.getElementById('pass').value"_s).toString(),
+                  result == u"submitted" ? u"secret"_s : QString());
     }
 }
 

@@ -7,6 +7,7 @@
 #include "support/FakePlatform.h"
 #include "support/Printing.h"
 #include "support/RunTask.h"
+#include "support/WindowDesk.h"
 #include "ui/ErrorLogWindow.h"
 #include "ui/log/MailingLogView.h"
 #include "ui/log/ShipmentTable.h"
@@ -140,6 +141,14 @@ TEST_F(LogViewsTest, TheErrorLogUpdatesCopiesAndClears)
     runUntil([&] { return rows->model()->rowCount() == 0; });
     QTest::keyClick(&window, Qt::Key_Escape);
     EXPECT_FALSE(window.isVisible());
+}
+
+TEST(DamagedLog, IsToldAtTheStartOnWhateverTabTheClerkIs)
+{
+    WindowDesk desk(false, QByteArray(5000, 'j'));
+    EXPECT_EQ(desk.dialog()->windowTitle(), u"Mailing Log"_s);
+    QApplication::activeModalWidget()->close();
+    desk.settleAll();
 }
 
 } // namespace parcelory::test

@@ -42,6 +42,11 @@ AddressBook::AddressBook(AppState &app) : m_app(app)
     });
 }
 
+AddressBook::~AddressBook()
+{
+    m_app.platform.clock.cancel(m_retry);
+}
+
 /// Reads the book. If that fails, the list stays as it was and the reason is the status.
 Task<> AddressBook::load()
 {
@@ -60,11 +65,10 @@ Task<> AddressBook::load()
     if (number != m_loads) // a later load has started
         co_return;
     if (!read.book.failure.isEmpty()) {
-        const AppError error(u"The address book could not be read — "_s + read.book.failure + u'.');
-        unreadable = m_app.recorded(u"Address Book"_s, error, Popup::no);
-        setStatus(StatusKind::failure, unreadable);
+        takeReadFailure(read.book.failure);
         co_return;
     }
+    m_app.platform.clock.cancel(m_retry);
     unreadable = QString();
     m_contacts = std::move(read.book.contacts);
     m_filter = std::move(read.filter);
@@ -80,6 +84,17 @@ Task<> AddressBook::reload()
     co_await load();
     if (unreadable.value().isEmpty())
         setStatus(StatusKind::none, QString::number(m_contacts.size()) + u" addresses"_s);
+}
+
+/// Keeps the list and tries again by itself.
+void AddressBook::takeReadFailure(const QString &reason)
+{
+    const AppError error(u"The address book could not be read — "_s + reason + u'.');
+    if (unreadable.value() != error.description())
+        unreadable = m_app.recorded(u"Address Book"_s, error, Popup::no);
+    setStatus(StatusKind::failure, unreadable);
+    m_app.platform.clock.cancel(m_retry);
+    m_retry = m_app.platform.clock.after(retryPause, [this] { spawn([this] { return reload(); }); });
 }
 
 void AddressBook::setStatus(StatusKind kind, const QString &text)

@@ -29,6 +29,7 @@ class AddressBook : public Observable {
     Q_OBJECT
 public:
     explicit AddressBook(AppState &app);
+    ~AddressBook() override;
 
     Observed<QString> status{this};                          ///< result of the last operation, or progress of an import
     Observed<StatusKind> statusKind{this, StatusKind::none}; ///< none: only the number of addresses
@@ -79,6 +80,7 @@ private:
     using Write = std::function<bool(LocalAddressStore &store)>;
 
     Task<> load();
+    void takeReadFailure(const QString &reason);
     Task<bool> write(Write change);
     void forgetUndo();
     Task<> importFrom(Reader reader, QString reading);
@@ -92,6 +94,8 @@ private:
     int m_loads = 0;                 ///< number of loads started
     QList<PostalContact> m_unlisted; ///< kept, but not yet in m_contacts
     QSet<QUuid> m_removing;
+    quint64 m_retry = 0; ///< a timer
+    static constexpr Clock::Duration retryPause = std::chrono::seconds(10);
     QPropertyNotifier m_draftWatch;
     CancelToken m_cancel;
 };

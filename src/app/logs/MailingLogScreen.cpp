@@ -8,6 +8,7 @@
 #include "core/AppError.h"
 #include "core/Task.h"
 #include "core/Text.h"
+#include "core/ports/Prompts.h"
 #include "records/LabelChecks.h"
 #include "records/LabelHistory.h"
 #include "records/ShipmentLog.h"
@@ -106,6 +107,15 @@ QString MailingLogScreen::countText() const
     const bool searching = !m_app.log.shownSearch().isEmpty();
     const QString number = count < ShipmentLog::listLimit ? QString::number(count) : u"%1 newest"_s.arg(count);
     return number + (count == 1 ? u" shipment"_s : u" shipments"_s) + (searching ? u" found"_s : QString());
+}
+
+Task<> MailingLogScreen::tellTrouble()
+{
+    const QString trouble = co_await onPool(m_app.log, &ShipmentLog::trouble);
+    if (trouble.isEmpty())
+        co_return;
+    m_app.errors.record(u"Mailing Log"_s, AppError(trouble), Popup::no);
+    co_await m_app.platform.prompts.alert(u"Mailing Log"_s, trouble);
 }
 
 Task<> MailingLogScreen::reprint(ShipmentRecord record)

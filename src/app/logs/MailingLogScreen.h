@@ -35,6 +35,8 @@ public:
     /// "1000 newest shipments", "3 shipments found"
     QString countText() const;
 
+    /// At the start: tells the clerk on every tab if the log is damaged.
+    Task<> tellTrouble();
     Task<> reprint(ShipmentRecord record);
     /// Prints the customs papers of an international parcel again.
     Task<> reprintCustoms(ShipmentRecord record);

@@ -59,7 +59,7 @@ void MessageLine::refresh()
     const bool news = text != m_said;
     m_said = text;
     m_text->setText(breakable(text.size() > longestText ? text.left(longestText) + u'…' : text));
-    m_text->setToolTip(text.size() > longestText ? text : QString());
+    m_text->setToolTip(text.size() > longestText ? plainToolTip(text) : QString());
     m_text->setFont(Theme::current().font(banner ? FontRole::strong : FontRole::body));
     m_text->setInk(banner ? &Tokens::text : &Tokens::muted);
     setFill(!banner ? &Tokens::window : banner->ok ? &Tokens::okTint : &Tokens::warnTint);

@@ -1,5 +1,6 @@
 #include "ui/parts/Button.h"
 
+#include "ui/parts/TextLabel.h"
 #include "ui/theme/Icons.h"
 #include "ui/theme/Theme.h"
 #include "ui/theme/Tokens.h"
@@ -37,7 +38,7 @@ void Button::setKind(Kind kind)
 void Button::describe(const QString &name, const QString &keys)
 {
     setAccessibleName(name);
-    setToolTip(keys.isEmpty() ? name : QStringLiteral("%1 (%2)").arg(name, keys));
+    setToolTip(plainToolTip(keys.isEmpty() ? name : QStringLiteral("%1 (%2)").arg(name, keys)));
 }
 
 QSize Button::sizeHint() const

@@ -1,5 +1,6 @@
 #include "ui/parts/LineEdit.h"
 
+#include "ui/parts/TextLabel.h"
 #include "ui/theme/Icons.h"
 #include "ui/theme/Theme.h"
 #include "ui/theme/Tokens.h"
@@ -31,7 +32,7 @@ void LineEdit::setFault(const QString &reason)
         m_mark = nullptr;
     }
     setProperty("fault", faulty);
-    setToolTip(reason);
+    setToolTip(plainToolTip(reason));
     setAccessibleDescription(reason);
     update();
 }

@@ -8,6 +8,7 @@
 #include "support/LabelDesk.h"
 #include "support/Printing.h"
 #include "support/RunTask.h"
+#include "support/WaitingRoom.h"
 
 #include <gmock/gmock.h>
 
@@ -54,6 +55,30 @@ protected:
 };
 
 } // namespace
+
+TEST_F(AddressBookTest, ALockedBookHoldsUpNoStartAndComesBackByItself)
+{
+    add(u"Baker"_s, u"Salem"_s);
+    WaitingRoom waiting;
+    Database other(path(u"addresses.sqlite"_s));
+    ASSERT_TRUE(other.exec("BEGIN EXCLUSIVE"));
+    const LocalAddressStore later{QDir(folder.path())};
+    EXPECT_EQ(WaitingRoom::waited, 0) << "the window comes first";
+    EXPECT_TRUE(later.read().failure.contains(u"another program has it open"_s));
+
+    AppState next(platform);
+    AddressBook nextBook(next);
+    run(nextBook.reload());
+    EXPECT_TRUE(nextBook.status.value().startsWith(u"The address book could not be read — another program has"_s));
+    EXPECT_EQ(nextBook.statusKind, StatusKind::failure);
+    EXPECT_FALSE(nextBook.loaded);
+    ASSERT_TRUE(other.exec("ROLLBACK"));
+    clock.advance(std::chrono::seconds(10));
+    runUntil([&] { return nextBook.loaded.value(); });
+    finish();
+    EXPECT_EQ(nextBook.status.value(), u"1 addresses"_s);
+    EXPECT_EQ(errors->entries().size(), 1);
+}
 
 TEST_F(AddressBookTest, FindsFillsDeletesAndUndoesADeletion)
 {

@@ -7,6 +7,7 @@
 #include "support/UpdateDesk.h"
 
 #include <gmock/gmock.h>
+#include <sys/stat.h>
 
 #include <iterator>
 #include <optional>
@@ -40,6 +41,8 @@ TEST_F(UpdateDesk, AFailedDownloadReportsWhyAndLeavesNoFiles)
         {u":"_s, "The update archive is broken — unzip 9: ", url("half.zip")},
         {u":"_s, "curl 22: curl: (22)", url("nothing.zip")},
         {u":"_s, "curl 18: curl: (18)", url("a.zip?cut")},
+        {u"cp site/a.zip site/b1.zip || true"_s, "curl 22: curl: (22)", url("b[1-1].zip")}, // one file, not several
+        {u":"_s, "curl 1: curl: (1) Protocol", url("moved") + u"ftp://127.0.0.1/a.zip"_s},
         {u":"_s, "no web address", u"file://"_s + desk.path(u"site/a.zip"_s)},
         {u":"_s, "no web address", u"--config"_s},
         {u":"_s, "no web address", url("a.zip").replace(u"http"_s, u"ftp"_s)},
@@ -162,6 +165,22 @@ TEST_F(UpdateDesk, StartsTheNewAppIfTheInstalledAppWasMovedMeanwhile)
         runUntil([&] { return read(u"started"_s) == "v2\n"; });
         EXPECT_EQ(read(row.at + u"/bin/parcelory"_s), program(2));
     }
+}
+
+TEST_F(UpdateDesk, CleansTheModesOfAnArchive)
+{
+    make(u"new/Parcelory.app"_s, 2);
+    ASSERT_EQ(sh(u"cd new; echo >Parcelory.app/note; chmod 777 Parcelory.app Parcelory.app/bin; chmod 6777 "
+                 "Parcelory.app/bin/parcelory; chmod 466 Parcelory.app/note; ln -s bin/parcelory Parcelory.app/link; "
+                 "zip -qry ../site/a.zip ."_s),
+              0);
+    const mode_t usualMask = ::umask(0);
+    EXPECT_THAT(install(offerOf(url("a.zip"))), HasSubstr("ready to install"));
+    ::umask(usualMask);
+    EXPECT_EQ(
+        sh(u"cd tmp/kxupdate-*/Parcelory.app; test -w note; test -x bin/parcelory; test -z \"$(find . ! -type l \\( "
+           "-perm -020 -o -perm -002 -o -perm -4000 -o -perm -2000 \\))\""_s),
+        0);
 }
 
 } // namespace parcelory::test

@@ -2,6 +2,7 @@
 #include "core/Task.h"
 #include "platform/SystemApplication.h"
 #include "shell/UpdateFeed.h"
+#include "shell/UpdateTools.h"
 #include "support/HeldPool.h"
 #include "support/RunTask.h"
 #include "support/UpdateDesk.h"
@@ -133,9 +134,17 @@ TEST_F(UpdateDesk, ShowsTheDownloadsProgressAndReplacesTheAppAfterTheProgramExit
         if (call.program == u"/usr/bin/curl")
             asked += call.arguments;
     }
+    const auto guarded = [](const QString &schemes, const QStringList &arguments) {
+        return QStringList{u"--globoff"_s, u"--proto"_s, schemes, u"--proto-redir"_s, schemes} + arguments;
+    };
     const QStringList size = {u"-sIL"_s, u"--max-time"_s, u"20"_s, info.url};
-    const QStringList bytes = {u"-fsSL"_s, u"--max-time"_s, u"120"_s, u"-o"_s, staging + u"/update.zip"_s, info.url};
-    EXPECT_EQ(asked, (QList{size, bytes}));
+    const QStringList bytes = {
+        u"--max-filesize"_s,        u"1073741824"_s, u"-fsSL"_s, u"--max-time"_s, u"120"_s, u"-o"_s,
+        staging + u"/update.zip"_s, info.url};
+    EXPECT_EQ(asked, (QList{guarded(u"=http,https"_s, size), guarded(u"=http,https"_s, bytes)}));
+    FakeProcesses notRun;
+    [[maybe_unused]] const auto none = UpdateTools(notRun).contentLength(u"https://updates.example/a.zip"_s);
+    EXPECT_EQ(notRun.calls().value(0).arguments.first(5), guarded(u"=https"_s, {})) << "a redirect stays encrypted";
 
     QProcess running; // stands in for the program; exits at the end of its input
     running.start(u"/bin/cat"_s);
