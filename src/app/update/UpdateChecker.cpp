@@ -100,6 +100,13 @@ void makePrivateFolder(const QString &path)
         throw AppError(u"The folder %1 could not be made."_s.arg(path));
 }
 
+/// Deletes a staging folder. An empty name, before the first download, would mean the current folder.
+void removeStaging(const QString &folder)
+{
+    if (!folder.isEmpty())
+        QDir(folder).removeRecursively();
+}
+
 } // namespace
 
 UpdateChecker::UpdateChecker(AppState &app)
@@ -112,7 +119,7 @@ UpdateChecker::~UpdateChecker()
     stop();
     m_app.platform.clock.cancel(m_poll);
     if (phase != UpdatePhase::idle && !m_relaunching)
-        QDir(m_folder).removeRecursively();
+        removeStaging(m_folder);
 }
 
 QString UpdateChecker::withTelephone(const QString &text) const
@@ -213,7 +220,7 @@ Task<> UpdateChecker::discard()
 {
     stagedHelper = std::nullopt;
     stagedArgs.clear();
-    co_await onPool([folder = m_folder] { QDir(folder).removeRecursively(); });
+    co_await onPool([folder = m_folder] { removeStaging(folder); });
     progress = std::nullopt;
     phase = UpdatePhase::idle;
     offers = offers + 1;

@@ -187,6 +187,19 @@ TEST_F(UpdateDesk, FailsTheRestartIfTheDownloadedFilesWereDeleted)
     EXPECT_TRUE(desk.application.ends.isEmpty());
 }
 
+TEST_F(UpdateDesk, DeletesNoFolderButItsOwn)
+{
+    write(u"site/precious"_s, "kept");
+    const QString usual = QDir::currentPath();
+    ASSERT_TRUE(QDir::setCurrent(desk.path(u"site"_s)));
+    {
+        UpdateChecker other(app);
+        other.phase = UpdatePhase::ready; // without a download of its own
+    }
+    QDir::setCurrent(usual);
+    EXPECT_EQ(read(u"site/precious"_s), "kept");
+}
+
 TEST_F(UpdateDesk, IsStoppedWhenTheProgramExits)
 {
     checker.available = publish();
