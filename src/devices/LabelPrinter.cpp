@@ -63,6 +63,20 @@ QStringList zebrasIn(const QStringList &lines)
     return found;
 }
 
+/// ProcessRunner reports a tool that crashed or was killed as 128 plus the signal.
+bool hasCrashed(const ProcessOutcome &outcome)
+{
+    return outcome.status > 128;
+}
+
+QString failureText(const ProcessOutcome &outcome)
+{
+    if (hasCrashed(outcome))
+        return u"lpstat crashed (signal %1)"_s.arg(outcome.status - 128);
+    const QString reason = utf8OrEmpty(outcome.err).trimmed();
+    return reason.isEmpty() ? u"lpstat ended with status %1"_s.arg(outcome.status) : reason;
+}
+
 } // namespace
 
 LabelPrinter::LabelPrinter(Platform &platform)
@@ -146,7 +160,11 @@ bool LabelPrinter::sendPdf(const LabelFile &document, const QString &queue)
 
 ProcessOutcome LabelPrinter::runTool(const QString &tool, const QStringList &arguments)
 {
-    return m_processes.run(tool, arguments, {}, toolLimit);
+    try {
+        return m_processes.run(tool, arguments, {}, toolLimit);
+    } catch (const ProcessTimedOut &) {
+        throw ProcessTimedOut(u"the print system did not answer within %1 seconds"_s.arg(toolLimit.count()));
+    }
 }
 
 void LabelPrinter::lpr(const QString &path, const QString &queue, bool raw)
@@ -157,10 +175,9 @@ void LabelPrinter::lpr(const QString &path, const QString &queue, bool raw)
     ProcessOutcome outcome;
     try {
         outcome = runTool(lprTool, arguments << path);
-    } catch (const ProcessTimedOut &) {
-        throw SystemError(noAnswer, u"the print system did not answer within %1 seconds; the %2 may still come out"_s
-                                        .arg(toolLimit.count())
-                                        .arg(raw ? u"label"_s : u"document"_s));
+    } catch (const ProcessTimedOut &error) {
+        throw SystemError(
+            noAnswer, u"%1; the %2 may still come out"_s.arg(error.description(), raw ? u"label"_s : u"document"_s));
     }
     if (outcome.status != 0)
         throw SystemError(outcome.status, u"lpr failed: "_s + utf8OrEmpty(outcome.err));
@@ -170,10 +187,9 @@ void LabelPrinter::lpr(const QString &path, const QString &queue, bool raw)
 QStringList LabelPrinter::lpstatLines(const QString &option)
 {
     const ProcessOutcome outcome = runTool(lpstatTool, {option});
-    const QString reason = utf8OrEmpty(outcome.err).trimmed();
-    if (outcome.status != 0 && !reason.contains(u"No destinations added"_s))
-        throw SystemError(outcome.status,
-                          reason.isEmpty() ? u"lpstat ended with status %1"_s.arg(outcome.status) : reason);
+    const bool hasNoQueues = utf8OrEmpty(outcome.err).contains(u"No destinations added"_s);
+    if (hasCrashed(outcome) || (outcome.status != 0 && !hasNoQueues))
+        throw SystemError(outcome.status, failureText(outcome));
     return utf8OrEmpty(outcome.out).split(u'\n', Qt::SkipEmptyParts);
 }
 
@@ -217,6 +233,8 @@ PrinterReport LabelPrinter::queueReport(const QString &queue)
         return {};
     try {
         const ProcessOutcome outcome = runTool(lpstatTool, {u"-l"_s, u"-p"_s, queue, u"-a"_s, queue, u"-o"_s, queue});
+        if (hasCrashed(outcome)) // a list of jobs that breaks off would look like an empty queue
+            return {.words = failureText(outcome)};
         PrinterReport report = readPrinterReport(outcome.out, outcome.err);
         if (report.trouble != PrinterTrouble::unknownQueue)
             return report;
@@ -224,8 +242,8 @@ PrinterReport LabelPrinter::queueReport(const QString &queue)
         if (utf8OrEmpty(scheduler.out + scheduler.err).contains(u"not running"_s))
             report.trouble = PrinterTrouble::noPrintSystem;
         return report;
-    } catch (const AppError &) {
-        return {};
+    } catch (const AppError &error) {
+        return {.words = error.description()};
     }
 }
 
