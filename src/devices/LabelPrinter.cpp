@@ -176,8 +176,8 @@ void LabelPrinter::lpr(const QString &path, const QString &queue, bool raw)
     try {
         outcome = runTool(lprTool, arguments << path);
     } catch (const ProcessTimedOut &error) {
-        throw SystemError(
-            noAnswer, u"%1; the %2 may still come out"_s.arg(error.description(), raw ? u"label"_s : u"document"_s));
+        const QString paper = raw ? u"label"_s : u"document"_s;
+        throw SystemError(noAnswer, u"%1; the %2 may still come out"_s.arg(error.description(), paper));
     }
     if (outcome.status != 0)
         throw SystemError(outcome.status, u"lpr failed: "_s + utf8OrEmpty(outcome.err));
