@@ -339,8 +339,9 @@ TEST(RecordedFailures, OfTheLogsAndScanForms)
         {nothing, damaged(gone), makeScanForm, made, scanForm},
         {hasScanForm, toolFails(u"Laser"_s, 1), does(&Screens::scanForm, &ScanFormScreen::print), form, scanForm},
         {hasScanForm, nothing, does(&Screens::scanForm, &ScanFormScreen::save), form, scanForm},
-        {hasLabel, damaged("DROP TABLE scan_forms"), does(&Screens::scanForm, &ScanFormScreen::load), form, scanForm},
-        {hasLabel, damaged("DROP TABLE scan_form_documents"), show, form, scanForm},
+        {hasLabel, damaged("CREATE TABLE scan_forms (x)"), does(&Screens::scanForm, &ScanFormScreen::load), form,
+         scanForm},
+        {hasLabel, damaged("CREATE TABLE scan_forms (x)"), show, form, scanForm},
     });
 }
 
