@@ -29,8 +29,13 @@ int printStatus(Platform &platform)
     out << "Carrier:        " << platform.deployment.carrierApi.toString() << '\n'
         << "API key:        " << keys.statusText(keys.activeToken().value_or(QString())) << '\n'
         << "Records:        " << platform.dataFolder.absolutePath() << '\n'
-        << "Print queues:   " << printer.queues().join(u", "_s) << '\n'
-        << "Label printers: " << printer.zebraQueues().join(u", "_s) << '\n';
+        << "Print queues:   " << Qt::flush;
+    try {
+        const LabelPrinter::Queues found = printer.listQueues();
+        out << found.all.join(u", "_s) << "\nLabel printers: " << found.zebras.join(u", "_s) << '\n';
+    } catch (const AppError &error) {
+        out << "not listed — "_L1 << error.description() << '\n';
+    }
     return 0;
 }
 

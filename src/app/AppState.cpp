@@ -133,7 +133,8 @@ Task<> AppState::syncRefundStatuses()
 
 void AppState::reportScanNoise(const QString &heard)
 {
-    setScanStatus(StatusKind::failure, u"Scanner heard “"_s + firstCharacters(heard, 40) + u"” — not an invoice QR."_s);
+    const AppError noise(u"Scanner heard “"_s + firstCharacters(heard, 40) + u"” — not an invoice QR."_s);
+    setScanStatus(StatusKind::failure, recorded(u"Scanner"_s, noise, Popup::no));
 }
 
 QString AppState::recorded(const QString &context, const AppError &error, Popup popup)

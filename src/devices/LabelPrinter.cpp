@@ -43,6 +43,20 @@ QStringList zebrasIn(const QStringList &lines)
     return found;
 }
 
+/// ProcessRunner reports a tool that crashed or was killed as 128 plus the signal.
+bool hasCrashed(const ProcessOutcome &outcome)
+{
+    return outcome.status > 128;
+}
+
+QString failureText(const ProcessOutcome &outcome)
+{
+    if (hasCrashed(outcome))
+        return u"lpstat crashed (signal %1)"_s.arg(outcome.status - 128);
+    const QString reason = utf8OrEmpty(outcome.err).trimmed();
+    return reason.isEmpty() ? u"lpstat ended with status %1"_s.arg(outcome.status) : reason;
+}
+
 } // namespace
 
 LabelPrinter::LabelPrinter(Platform &platform)
@@ -131,7 +145,11 @@ void LabelPrinter::view(const QByteArray &bytes, const QString &prefix, const QS
 
 ProcessOutcome LabelPrinter::runTool(const QString &tool, const QStringList &arguments)
 {
-    return m_processes.run(tool, arguments, {}, toolLimit);
+    try {
+        return m_processes.run(tool, arguments, {}, toolLimit);
+    } catch (const ProcessTimedOut &) {
+        throw ProcessTimedOut(u"the print system did not answer within %1 seconds"_s.arg(toolLimit.count()));
+    }
 }
 
 void LabelPrinter::lpr(const QString &path, const QString &queue, bool raw)
@@ -142,10 +160,9 @@ void LabelPrinter::lpr(const QString &path, const QString &queue, bool raw)
     ProcessOutcome outcome;
     try {
         outcome = runTool(lprTool, arguments << path);
-    } catch (const ProcessTimedOut &) {
-        throw SystemError(noAnswer, u"the print system did not answer within %1 seconds; the %2 may still come out"_s
-                                        .arg(toolLimit.count())
-                                        .arg(raw ? u"label"_s : u"document"_s));
+    } catch (const ProcessTimedOut &error) {
+        const QString paper = raw ? u"label"_s : u"document"_s;
+        throw SystemError(noAnswer, u"%1; the %2 may still come out"_s.arg(error.description(), paper));
     }
     if (outcome.status != 0)
         throw SystemError(outcome.status, u"lpr failed: "_s + utf8OrEmpty(outcome.err));
@@ -155,10 +172,9 @@ void LabelPrinter::lpr(const QString &path, const QString &queue, bool raw)
 QStringList LabelPrinter::lpstatLines(const QString &option)
 {
     const ProcessOutcome outcome = runTool(lpstatTool, {option});
-    const QString reason = utf8OrEmpty(outcome.err).trimmed();
-    if (outcome.status != 0 && !reason.contains(u"No destinations added"_s))
-        throw SystemError(outcome.status,
-                          reason.isEmpty() ? u"lpstat ended with status %1"_s.arg(outcome.status) : reason);
+    const bool hasNoQueues = utf8OrEmpty(outcome.err).contains(u"No destinations added"_s);
+    if (hasCrashed(outcome) || (outcome.status != 0 && !hasNoQueues))
+        throw SystemError(outcome.status, failureText(outcome));
     return utf8OrEmpty(outcome.out).split(u'\n', Qt::SkipEmptyParts);
 }
 
@@ -202,6 +218,8 @@ PrinterReport LabelPrinter::queueReport(const QString &queue)
         return {};
     try {
         const ProcessOutcome outcome = runTool(lpstatTool, {u"-l"_s, u"-p"_s, queue, u"-a"_s, queue, u"-o"_s, queue});
+        if (hasCrashed(outcome)) // a list of jobs that breaks off would look like an empty queue
+            return {.words = failureText(outcome)};
         PrinterReport report = readPrinterReport(outcome.out, outcome.err);
         if (report.trouble != PrinterTrouble::unknownQueue)
             return report;
@@ -209,8 +227,8 @@ PrinterReport LabelPrinter::queueReport(const QString &queue)
         if (utf8OrEmpty(scheduler.out + scheduler.err).contains(u"not running"_s))
             report.trouble = PrinterTrouble::noPrintSystem;
         return report;
-    } catch (const AppError &) {
-        return {};
+    } catch (const AppError &error) {
+        return {.words = error.description()};
     }
 }
 

@@ -249,6 +249,22 @@ TEST_F(LabelPrinterTest, WaitsThirtySecondsForAPrintSystemThatDoesNotAnswer)
         EXPECT_EQ(call.limit, std::chrono::seconds(30)) << call.program.toStdString();
 }
 
+TEST_F(LabelPrinterTest, SaysWhyThePrintersCannotBeListed)
+{
+    const std::pair<ProcessOutcome, QString> rows[] = {
+        {{1, {}, "lpstat: Connection refused\n"}, u"lpstat: Connection refused"_s},
+        {{3, {}, {}}, u"lpstat ended with status 3"_s},
+        {{139, "device for Zebra: usb://1\n", {}}, u"lpstat crashed (signal 11)"_s},
+        {{134, {}, "lpstat: No destinations added.\n"}, u"lpstat crashed (signal 6)"_s},
+    };
+    for (const auto &[outcome, reason] : rows) {
+        lpstat = {outcome};
+        EXPECT_EQ(failureOf([this] { printer.listQueues(); }), Failure(outcome.status, reason));
+    }
+    lpstat = {{1, {}, "lpstat: No destinations added.\n"}};
+    EXPECT_TRUE(printer.listQueues().all.isEmpty());
+}
+
 TEST_F(LabelPrinterTest, WorksWithoutTheToolThatDescribesQueues)
 {
     unstartable = {u"lpstat"_s};

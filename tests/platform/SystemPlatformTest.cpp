@@ -25,6 +25,7 @@
 #include <mutex>
 #include <string>
 #include <thread>
+#include <tuple>
 
 namespace parcelory::test {
 using namespace Qt::StringLiterals;
@@ -95,18 +96,36 @@ TEST(SystemApplication, QuitsEvenWhenTheMainThreadHangs)
     EXPECT_EXIT(hang(), testing::ExitedWithCode(0), "");
 }
 
-TEST(SystemDesktop, ReportsTheDocumentsPathWhenNoProgramOpensIt)
+TEST(SystemDesktop, ReportsWhatDoesNotOpenAndWaitsThirtySeconds)
 {
     FakeProcesses processes;
     SystemDesktop desktop(processes);
     desktop.openFile(u"/tmp/label.pdf"_s);
     EXPECT_EQ(processes.calls().value(0).arguments, QStringList{u"/tmp/label.pdf"_s});
-    processes.behave = [](const QString &, const QStringList &) { return ProcessOutcome{3, {}, {}}; };
-    try {
-        desktop.openFile(u"/tmp/label.pdf"_s);
-        ADD_FAILURE() << "a failed open must throw";
-    } catch (const AppError &error) {
-        EXPECT_TRUE(error.description().contains(u"/tmp/label.pdf"_s));
+    desktop.openUrl(QUrl(u"https://usps.example/9405"_s));
+    for (const auto &call : processes.calls())
+        EXPECT_EQ(call.limit, std::chrono::seconds(30)) << "an opener that hangs is ended";
+    const auto failure = [](const auto &open) {
+        try {
+            open();
+        } catch (const AppError &error) {
+            return error.description();
+        }
+        return u"opened"_s;
+    };
+    const QString late = u"the desktop did not answer within 30 seconds and may still open "_s;
+    const std::tuple<bool, QString, QString> rows[] = {
+        {false, u"no program on this computer can open the document — it is saved as /tmp/label.pdf"_s,
+         u"no browser on this computer opens usps.example"_s},
+        {true, late + u"the document — it is saved as /tmp/label.pdf"_s, late + u"usps.example"_s}};
+    for (const auto &[hangs, file, page] : rows) {
+        processes.behave = [hangs](const QString &program, const QStringList &) {
+            if (hangs)
+                throw ProcessTimedOut(program);
+            return ProcessOutcome{3, {}, {}};
+        };
+        EXPECT_EQ(failure([&] { desktop.openFile(u"/tmp/label.pdf"_s); }), file);
+        EXPECT_EQ(failure([&] { desktop.openUrl(QUrl(u"https://usps.example/9405"_s)); }), page);
     }
 }
 

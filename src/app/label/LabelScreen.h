@@ -138,6 +138,7 @@ private:
 
     CustomsPapers m_papers;
     QHash<qint64, PreparedPurchase> m_unresolved; ///< by the journal's id; what was sold if the carrier confirms it
+    QString m_logFailure;                         ///< why the log could not be searched for an earlier label
     quint64 m_soldWeight = 0;                     ///< scale generation that the last label was bought with
     quint64 m_buyTimer = 0;                       ///< runs while the Buy button has just changed and takes no press
     bool m_purchaseComplete = false;

@@ -23,6 +23,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <utility>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;
@@ -92,6 +93,10 @@ Task<QString> LabelScreen::secondLabelWarning(SecondLabelFacts facts, bool testM
         co_await onPool(m_app.log, &ShipmentLog::labelsLike, facts.reference, facts.now.date().startOfDay(), testMode);
     facts.earlier = earlier.valueOr({});
     facts.isLogUnreadable = !earlier.isRead();
+    // The warning is renewed at every edit; only another failure is recorded again.
+    const QString failure = earlier.isRead() ? QString() : earlier.failure();
+    if (failure != std::exchange(m_logFailure, failure) && !failure.isEmpty())
+        m_app.errors.record(u"Buy Label"_s, AppError(failure), Popup::no);
     co_return secondLabelReasons(facts).join(u'\n');
 }
 

@@ -1,11 +1,13 @@
 #include "app/AppState.h"
 #include "app/label/AddressReview.h"
 #include "app/label/LabelScreen.h"
+#include "carrier/ShippoError.h"
 #include "carrier/ShippoRecords.h"
 #include "core/AppError.h"
 #include "core/ShippoAddress.h"
 #include "core/Task.h"
 #include "core/ports/Prompts.h"
+#include "shell/ErrorLog.h"
 
 #include <QScopeGuard>
 
@@ -58,7 +60,9 @@ Task<> LabelScreen::applyValidation(ShippoAddress typed, ShippoValidatedAddress 
     if (!results.isValid.value_or(false)) { // a missing result counts as not valid
         const QString reasons = joinedTexts(results.messages);
         validationOK = false;
-        validationStatus = reasons.isEmpty() ? u"Address could not be validated."_s : reasons;
+        const auto refusal =
+            ShippoError::validation(reasons.isEmpty() ? u"Address could not be validated."_s : reasons);
+        validationStatus = m_app.recorded(u"Validate Address"_s, refusal, Popup::no);
         co_return;
     }
     bool adopt = true;

@@ -42,6 +42,8 @@ MailingLogScreen::~MailingLogScreen()
 
 void MailingLogScreen::takeReadFailure(const QString &failure)
 {
+    if (failure != readFailure.value()) // a retry that fails is not another failure
+        m_app.errors.record(u"Mailing Log"_s, AppError(failure), Popup::no);
     readFailure = failure;
     m_failureMessage = failure + u" The list is unchanged; Parcelory tries again by itself."_s;
     message = m_failureMessage;

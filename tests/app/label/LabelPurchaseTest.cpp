@@ -222,6 +222,17 @@ TEST_F(LabelPurchaseTest, AFedexParcelAbroadBringsItsCustomsDocument)
         << banner().toStdString();
     EXPECT_EQ(app->log.records().size(), 2);
     EXPECT_FALSE(*app->log.customsPDF(newest().id));
+
+    clock.advance(std::chrono::minutes(1));
+    preferences.setValue(u"printer.documentQueue"_s, u"Laser"_s);
+    processes.behave = [](const QString &, const QStringList &arguments) {
+        return arguments.contains(u"Laser"_s) ? ProcessOutcome{1, {}, "no such printer\n"} : ProcessOutcome{};
+    };
+    rateAbroad();
+    buy();
+    EXPECT_TRUE(banner().endsWith(u" (FedEx commercial invoice print failed: lpr failed: no such printer — it's needed "
+                                  "in the doc pouch)"_s))
+        << banner().toStdString();
 }
 
 TEST_F(LabelPurchaseTest, APurchaseWithoutALabelIsInTheErrorLog)

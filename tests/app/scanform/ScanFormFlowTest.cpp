@@ -59,7 +59,6 @@ TEST_F(ScanFormFlowTest, AScanFormIsMadeOfTodaysLabelsOfTheActiveKeysMode)
         carrier.setScenario(scenario);
         make();
         EXPECT_EQ(app->scanFormStatus.value(), text);
-        EXPECT_EQ(errors->entries().first().context, u"SCAN Form"_s);
         EXPECT_FALSE(app->scanFormBusy);
     }
     EXPECT_EQ(app->scanFormOpenTick.value(), 1);
