@@ -87,6 +87,12 @@ Task<bool> AppState::hasSavedCredentials()
 
 void AppState::signOut()
 {
+    signInAgain();
+    spawn([this] { return credentials.forget(); });
+}
+
+void AppState::signInAgain()
+{
     ++session;
     flow = AppFlow::login;
     signedInUser = QString();
@@ -94,7 +100,6 @@ void AppState::signOut()
     setScanStatus(StatusKind::none, QString());
     scannedInvoice = std::nullopt; // the next clerk did not request it
     auth.clear();
-    spawn([this] { return credentials.forget(); });
 }
 
 void AppState::handleInvoiceScan(const QString &text)
@@ -121,13 +126,19 @@ Task<> AppState::syncRefundStatuses()
 
 void AppState::reportScanNoise(const QString &heard)
 {
-    setScanStatus(StatusKind::failure, u"Scanner heard “"_s + firstCharacters(heard, 40) + u"” — not an invoice QR."_s);
+    failScan(u"Scanner heard “"_s + firstCharacters(heard, 40) + u"” — not an invoice QR."_s);
 }
 
 QString AppState::recorded(const QString &context, const AppError &error, Popup popup)
 {
     errors.record(context, error, popup);
     return withAdvice(error, keys.activeName());
+}
+
+void AppState::failScan(const QString &text, bool isSessionOver)
+{
+    setScanStatus(StatusKind::failure, text);
+    emit scanFailed(text, isSessionOver);
 }
 
 void AppState::setScanStatus(StatusKind kind, const QString &text)

@@ -13,10 +13,12 @@ public:
     void handleScan(const QString &text);
 
 private:
+    void refuse(const QString &id);
     Task<> read(QString id);
     Task<> showAttention(DesklineInvoice invoice);
 
     AppState &m_app;
+    QString m_reading; ///< the invoice of the scan before, until its alert is closed
 };
 
 } // namespace parcelory
