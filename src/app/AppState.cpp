@@ -93,6 +93,12 @@ Task<bool> AppState::renewSession()
 
 void AppState::signOut()
 {
+    signInAgain();
+    spawn([this] { return credentials.forget(); });
+}
+
+void AppState::signInAgain()
+{
     ++session;
     m_invoice->cancel();
     flow = AppFlow::login;
@@ -101,7 +107,6 @@ void AppState::signOut()
     setScanStatus(StatusKind::none, QString());
     scannedInvoice = std::nullopt; // the next clerk did not request it
     auth.clear();
-    spawn([this] { return credentials.forget(); });
 }
 
 void AppState::handleInvoiceScan(const QString &text)
@@ -134,13 +139,19 @@ Task<> AppState::syncRefundStatuses()
 void AppState::reportScanNoise(const QString &heard)
 {
     const AppError noise(u"Scanner heard “"_s + firstCharacters(heard, 40) + u"” — not an invoice QR."_s);
-    setScanStatus(StatusKind::failure, recorded(u"Scanner"_s, noise, Popup::no));
+    failScan(recorded(u"Scanner"_s, noise, Popup::no));
 }
 
 QString AppState::recorded(const QString &context, const AppError &error, Popup popup)
 {
     errors.record(context, error, popup);
     return withAdvice(error, keys.activeName());
+}
+
+void AppState::failScan(const QString &text, bool isSessionOver)
+{
+    setScanStatus(StatusKind::failure, text);
+    emit scanFailed(text, isSessionOver);
 }
 
 void AppState::setScanStatus(StatusKind kind, const QString &text, const QString &note)

@@ -126,6 +126,8 @@ public:
     Task<bool> renewSession();
     /// Discards the saved credentials and the session; stores and draft stay.
     void signOut();
+    /// Shows the sign-in page after the back office has ended the session. Saved credentials stay, too.
+    void signInAgain();
 
     /// Reads the invoice that this code or number names and fills the label from it. Ignored while signed out or while
     /// another invoice is being read; scanNote then names the ignored invoice.
@@ -151,12 +153,16 @@ public:
     QString scanLine() const;
     /// Shows the clerk scanned text that is not an invoice code.
     void reportScanNoise(const QString &heard);
+    /// A scan brought no invoice: the text goes to the status line and to the screens.
+    void failScan(const QString &text, bool isSessionOver = false);
 
 signals:
     /// A label was bought, and its recipient is to be saved in the address book.
     void recipientToKeep(const ShippoAddress &recipient);
     /// An invoice has filled the label, and the clerk has closed its alert, if any.
     void invoiceTaken();
+    /// A scan brought no invoice. `isSessionOver`: because the back office asks for a new sign-in.
+    void scanFailed(const QString &text, bool isSessionOver);
 
 private:
     const std::unique_ptr<SignInFlow> m_signIn;

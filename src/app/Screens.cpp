@@ -14,6 +14,7 @@ Screens::Screens(AppState &app)
     : signIn(app), addressBook(app), label(app), mailingLog(app), keys(app), masterLog(app, keys), scanForm(app),
       settings(app), updates(app), m_app(app)
 {
+    connect(&mailingLog, &MailingLogScreen::reprinted, &label, &LabelScreen::takeReprint);
     buildOn(app, signIn, addressBook, label, mailingLog, keys, masterLog, scanForm, settings, updates);
 }
 

@@ -170,6 +170,12 @@ bool ShipmentLog::load(const QString &search, int limit, const CancelToken &canc
             return found.has_value();
         });
     }
+    const bool isAlike = failure.isEmpty() && found && found->isEmpty() && !search.trimmed().isEmpty();
+    if (isAlike && !cancel.isCanceled()) {
+        const LogRead<QList<ShipmentRecord>> again = alike(search, limit, cancel);
+        failure = again.failure();
+        found = again.valueOr({});
+    }
     if (cancel.isCanceled())
         return false;
     if (!failure.isEmpty()) {
@@ -178,9 +184,10 @@ bool ShipmentLog::load(const QString &search, int limit, const CancelToken &canc
     }
     QMetaObject::invokeMethod(
         this,
-        [this, search, loaded = *std::move(found)] {
+        [this, search, isAlike, loaded = *std::move(found)] {
             m_records = loaded;
             m_shownSearch = search;
+            m_isShownAlike = isAlike && !loaded.isEmpty();
             emit recordsChanged();
         },
         Qt::QueuedConnection);

@@ -167,6 +167,9 @@ void Menus::addLog()
     add(
         menu, u"Search the Mailing Log"_s, Qt::CTRL | Qt::Key_F, [this] { return isOn(MainTab::mailingLog); },
         [this] { m_window.mailingLogView().focusSearch(); });
+    add(
+        menu, u"Search the Master Log"_s, Qt::CTRL | Qt::Key_F, [this] { return isOn(MainTab::masterLog); },
+        [this] { m_window.masterLogView().focusSearch(); });
     addSorting(menu->addMenu(u"Sort By"_s));
     menu->addSeparator();
     addShipment(menu);
@@ -190,7 +193,7 @@ void Menus::addShipment(QMenu *menu)
         menu, u"Reprint"_s, Qt::CTRL | Qt::Key_P, [this] { return idleChosen() || (hasLastLabel() && !label().busy); },
         [this] {
             if (hasLastLabel())
-                spawn([this] { return label().reprintLast(); });
+                m_window.labelView().reprint();
             else
                 spawn([this] { return mailingLog().reprint(*chosen()); });
         });

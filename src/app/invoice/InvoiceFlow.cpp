@@ -53,13 +53,16 @@ void InvoiceFlow::handleScan(const QString &text)
     if (m_app.flow != AppFlow::main)
         return;
     const auto id = DesklineInvoiceFetcher::invoiceID(text, m_app.platform.deployment.shortLinkHost);
-    if (m_app.scanBusy) {
+    const bool isLoading = m_app.scanBusy && m_app.scanStatusKind == StatusKind::progress;
+    if (isLoading && id && *id != m_id && id->startsWith(m_id)) {
+        cancel(); // the scanner paused inside the code: what is being read is only the beginning of this number
+    } else if (m_app.scanBusy) {
         ignoreScan(id.value_or(m_id));
         return;
     }
     if (!id) {
         const DesklineInvoiceError badCode(DesklineInvoiceError::Kind::badCode, text);
-        m_app.setScanStatus(StatusKind::failure, m_app.recorded(u"Deskline Invoice"_s, badCode, Popup::no));
+        m_app.failScan(m_app.recorded(u"Deskline Invoice"_s, badCode, Popup::no));
         return;
     }
     spawn([this, id = *id] { return read(id); });
@@ -68,7 +71,14 @@ void InvoiceFlow::handleScan(const QString &text)
 /// The clerk may think that the second invoice's label is about to be filled.
 void InvoiceFlow::ignoreScan(const QString &id)
 {
-    if (id == m_id || m_ignored.contains(id))
+    if (id == m_id)
+        return;
+    const bool isRead = m_app.scanStatusKind == StatusKind::success; // only its alert is still open
+    emit m_app.scanFailed((isRead ? u"Invoice %1 ignored — close the message about %2 first."_s
+                                  : u"Invoice %1 ignored — still loading %2."_s)
+                              .arg(id, m_id),
+                          false);
+    if (m_ignored.contains(id))
         return;
     m_ignored += id;
     m_app.scanNote = ignoredNote();
@@ -140,11 +150,13 @@ Task<> InvoiceFlow::report(QString id, std::exception_ptr failure)
     if (isGivenUp())
         co_return;
     const QString note = renewed ? u"Parcelory has signed in again by itself: scan the invoice again."_s : QString();
+    const bool isSessionOver = isExpiredSession(failure) && !renewed;
     try {
         std::rethrow_exception(failure);
     } catch (const AppError &error) {
-        m_app.setScanStatus(StatusKind::failure, m_app.recorded(u"Deskline Invoice "_s + id, error, Popup::no),
-                            joinPresent({note, ignoredNote()}, u" "_s));
+        const QString text = m_app.recorded(u"Deskline Invoice "_s + id, error, Popup::no);
+        m_app.setScanStatus(StatusKind::failure, text, joinPresent({note, ignoredNote()}, u" "_s));
+        emit m_app.scanFailed(joinPresent({text, note}, u" "_s), isSessionOver);
     }
 }
 

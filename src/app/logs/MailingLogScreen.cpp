@@ -108,7 +108,8 @@ QString MailingLogScreen::countText() const
         return {};
     const bool searching = !m_app.log.shownSearch().isEmpty();
     const QString number = count < ShipmentLog::listLimit ? QString::number(count) : u"%1 newest"_s.arg(count);
-    return number + (count == 1 ? u" shipment"_s : u" shipments"_s) + (searching ? u" found"_s : QString());
+    return number + (count == 1 ? u" shipment"_s : u" shipments"_s) + (searching ? u" found"_s : QString()) +
+           (m_app.log.isShownAlike() ? u", ignoring accents and blanks"_s : QString());
 }
 
 Task<> MailingLogScreen::tellTrouble()
@@ -130,6 +131,8 @@ Task<> MailingLogScreen::reprint(ShipmentRecord record)
     try {
         const QString printed = co_await reprintChecked(m_app, record);
         message = printed;
+        if (!printed.isEmpty()) // otherwise the clerk canceled
+            emit reprinted(record.transactionID, printed);
     } catch (const AppError &error) {
         message = error.description();
         recordReprintFailure(m_app, error);

@@ -61,6 +61,8 @@ public:
 signals:
     /// records() matches the current search. Not emitted for the results of an older search.
     void recordsChanged();
+    /// A label went to the printer again. `printed` is the printer's message.
+    void reprinted(const QString &transactionId, const QString &printed);
 
 private:
     bool isUpToDate() const { return m_app.log.shownSearch() == search.value(); }

@@ -48,6 +48,16 @@ TEST_F(InvoiceFlowTest, FillsTheLabelFromAScanAndReportsEveryFailure)
     EXPECT_EQ(app->scanStatus.value(), u"\"012\" doesn't look like an invoice QR code or number."_s);
     EXPECT_EQ(app->scanStatusKind.value(), StatusKind::failure);
 
+    QStringList heard;
+    QObject here;
+    QObject::connect(app.get(), &AppState::scanFailed, &here, [&](const QString &text) { heard += text; });
+    for (const QString &text : {u"48213"_s, u"i48213"_s, u"48220"_s}) // the second is a double scan
+        app->handleInvoiceScan(text);
+    EXPECT_EQ(heard, QStringList{u"Invoice 48220 ignored — still loading 48213."_s});
+    runUntil([this] { return !app->scanBusy; }, &clock);
+    settle();
+    prompts.alerts.clear();
+
     app->tab = MainTab::settings;
     scan(u"https://crvl.example/i48213"_s);
     EXPECT_EQ(app->scanStatus.value(), u"Invoice 48213: Eleanor Whitfield — label filled."_s);
