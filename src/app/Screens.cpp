@@ -1,14 +1,19 @@
 #include "app/Screens.h"
 
 #include "app/AppState.h"
+#include "app/purchase/Purchases.h"
 #include "core/ShippoAddress.h"
 #include "core/Task.h"
 #include "records/DraftStore.h"
 #include "records/SenderProfile.h"
+#include "records/ShipmentRecord.h"
+
+#include <optional>
 
 #include <optional>
 
 namespace parcelory {
+using namespace Qt::StringLiterals;
 
 Screens::Screens(AppState &app)
     : signIn(app), addressBook(app), label(app), mailingLog(app), keys(app), masterLog(app, keys), scanForm(app),
@@ -16,6 +21,20 @@ Screens::Screens(AppState &app)
 {
     connect(&mailingLog, &MailingLogScreen::reprinted, &label, &LabelScreen::takeReprint);
     buildOn(app, signIn, addressBook, label, mailingLog, keys, masterLog, scanForm, settings, updates);
+    connect(&label.purchases, &Purchases::refundWanted, this,
+            [this](const ShipmentRecord &record) { spawn([this, record] { return refundSecond(record); }); });
+}
+
+/// The mailing log asks the clerk and shows the outcome.
+Task<> Screens::refundSecond(ShipmentRecord label)
+{
+    m_app.tab = MainTab::mailingLog;
+    const auto found = co_await onPool([&log = m_app.log, label] { return log.find(label); });
+    const std::optional<ShipmentRecord> row = found.valueOr(std::nullopt);
+    if (row)
+        co_await mailingLog.refund(*row);
+    else
+        mailingLog.message = u"The label with tracking number %1 is not in the mailing log."_s.arg(label.tracking);
 }
 
 Task<> Screens::restartIntoUpdate()

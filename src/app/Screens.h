@@ -43,6 +43,8 @@ public:
     bool mayRestart() const { return !label.busy && !mailingLog.busy && !m_app.scanFormBusy; }
 
 private:
+    Task<> refundSecond(ShipmentRecord label);
+
     AppState &m_app;
 };
 

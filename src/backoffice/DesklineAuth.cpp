@@ -77,8 +77,8 @@ Task<bool> DesklineAuth::waitFor(QString expression, std::chrono::milliseconds t
                                  std::chrono::milliseconds interval)
 {
     const int visit = m_visit;
-    const QDateTime deadline = m_clock.now().addMSecs(timeout.count());
-    while (m_clock.now() < deadline) {
+    const QDateTime deadline = m_clock.steadyNow().addMSecs(timeout.count());
+    while (m_clock.steadyNow() < deadline) {
         const bool holds = co_await evalBool(expression);
         if (m_visit != visit || m_web.hasCrashed())
             co_return false;

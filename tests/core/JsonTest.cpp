@@ -43,6 +43,12 @@ QString complaint(const QByteArray &text, Keys keys = Keys::snake)
     return u"decoded"_s;
 }
 
+/// A shipment with arrays inside one another in a key that nothing reads.
+QByteArray nested(int depth)
+{
+    return R"({"object_id": "s", "rates": [], "x": )" + QByteArray(depth, '[') + QByteArray(depth, ']') + '}';
+}
+
 struct Kinds {
     std::optional<bool> flag;
     std::optional<int> count;
@@ -132,7 +138,12 @@ TEST(Json, NamesTheKeyThatIsMissingOrWrong)
         {R"({"object_id": "s", "rates": [)", u"it is not JSON"_s},
         {"{\"object_id\": \"\xFF\", \"rates\": []}", u"it is not JSON"_s},
         {QByteArray(), u"it is not JSON"_s},
-        {QByteArray(100000, '['), u"it is not JSON"_s},
+        {QByteArray(100, '['), u"it is not JSON"_s},
+        {nested(99), u"decoded"_s},
+        {nested(100), u"it is nested too deeply"_s},
+        {nested(60000), u"it is nested too deeply"_s},
+        {R"({"object_id": "s", "rates": [], "x": ")" + QByteArray(200, '[') + "\\\"" + QByteArray(200, '{') + "\"}",
+         u"decoded"_s},
     };
     for (const auto &[text, expected] : rows)
         EXPECT_EQ(complaint<ShippoShipment>(text), expected) << text.left(60).toStdString();

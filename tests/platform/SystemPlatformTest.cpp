@@ -20,6 +20,8 @@
 #include <httplib.h>
 
 #include <QTcpServer>
+#include <QTcpSocket>
+#include <QTimer>
 
 #include <chrono>
 #include <mutex>
@@ -160,7 +162,6 @@ struct NetworkTransportTest : testing::Test {
     HttpAnswer get(const QString &url, bool withToken = false)
     {
         HttpRequest request{.url = QUrl(url)};
-        request.timeout = patience;
         if (withToken)
             request.headers = {{"Authorization", "ShippoToken secret"}};
         return runTask(http.send(request));
@@ -175,8 +176,8 @@ struct NetworkTransportTest : testing::Test {
     }
 
     LoopbackServer server, other; // destroyed after the transport, whose idle connections would delay them
-    NetworkTransport http{NetworkTransport::Reach::loopbackOnly};
-    std::chrono::milliseconds patience = std::chrono::seconds(15);
+    FakeClock clock;
+    NetworkTransport http{NetworkTransport::Reach::loopbackOnly, clock};
 };
 
 } // namespace
@@ -209,8 +210,49 @@ TEST_F(NetworkTransportTest, ReportsErrorsWithoutRevealingSecrets)
 
     EXPECT_THAT(failure(nobody, true).toStdString(), testing::StartsWith("127.0.0.1 could not be reached ("));
     EXPECT_FALSE(failure(nobody, true).contains(u"secret"_s));
-    patience = std::chrono::milliseconds(50);
-    EXPECT_EQ(failure(silent, true), u"127.0.0.1 did not answer for 0 seconds — check the network."_s);
+    QObject::connect(&mute, &QTcpServer::newConnection, &mute, [this] { clock.advance(std::chrono::seconds(60)); });
+    EXPECT_EQ(failure(silent, true), u"127.0.0.1 did not answer within 60 seconds — check the network."_s);
+}
+
+TEST_F(NetworkTransportTest, ATrickleAndAnEndlessAnswerAreGivenUp)
+{
+    QTcpServer trickle; // sends a byte whenever a second of its minute has passed
+    ASSERT_TRUE(trickle.listen(QHostAddress::LocalHost));
+    int sent = 0;
+    QTimer pace;
+    QObject::connect(&trickle, &QTcpServer::newConnection, &pace, [&] {
+        QTcpSocket *client = trickle.nextPendingConnection();
+        client->write("HTTP/1.1 200 OK\r\nContent-Length: 1000\r\n\r\n");
+        QObject::connect(&pace, &QTimer::timeout, client, [&, client] {
+            client->write("1");
+            ++sent;
+            clock.advance(std::chrono::seconds(1));
+        });
+        pace.start(0);
+    });
+    EXPECT_EQ(failure(u"http://127.0.0.1:%1/"_s.arg(trickle.serverPort())),
+              u"127.0.0.1 did not answer within 60 seconds — check the network."_s);
+    EXPECT_EQ(sent, 60);
+    pace.stop();
+
+    const auto ofSize = [this](size_t size) {
+        (*server).Get("/" + std::to_string(size), [=](const httplib::Request &, httplib::Response &response) {
+            response.set_chunked_content_provider("application/octet-stream",
+                                                  [=, left = size](size_t, httplib::DataSink &sink) mutable {
+                                                      const std::string block(std::min<size_t>(left, 1 << 20), ' ');
+                                                      left -= block.size();
+                                                      const bool isTaken = sink.write(block.data(), block.size());
+                                                      if (left == 0)
+                                                          sink.done();
+                                                      return isTaken;
+                                                  });
+        });
+        return failure(server.url(u"/%1"_s.arg(size)));
+    };
+    constexpr size_t limit = 32 << 20;
+    EXPECT_EQ(ofSize(limit), u"answered with 200"_s);
+    EXPECT_EQ(ofSize(limit + 1), u"127.0.0.1 sent more than 32 MB, so its answer was not read."_s);
+    EXPECT_FALSE(clock.fireNext()) << "no deadline outlives its request";
 }
 
 TEST_F(NetworkTransportTest, ThePracticeDeskReachesOnlyLoopback)

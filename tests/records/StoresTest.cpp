@@ -141,7 +141,7 @@ TEST(SenderStore, WritesEveryChangeAndReadsItBack)
 
 TEST(SenderStore, SetsAnUnreadableFileAside)
 {
-    for (const QByteArray &bad : {QByteArray("{broken"), QByteArray(), QByteArray("[]"),
+    for (const QByteArray &bad : {QByteArray("{broken"), QByteArray(), QByteArray("[]"), QByteArray(60000, '['),
                                   twoSenders({}).replace(R"("phone":"",)", ""), twoSenders(R"(,"defaultID":"none")")}) {
         FakePlatform desk;
         put(desk, sendersName, bad);

@@ -211,6 +211,24 @@ TEST(LabelState, AnUnresolvedPurchaseIsResolvedByHandOnlyIfAskingMayNotHelp)
     desk.wait([&desk] { return desk.label().purchases.resolved.value().first().isPrinted; });
     const auto calls = desk.processes.calls();
     EXPECT_EQ(std::ranges::count_if(calls, [](const auto &call) { return call.program.endsWith(u"/lpr"_s); }), 1);
+
+    // A label that was sold twice is not printed; beside it is its refund, which the mailing log requests.
+    found.id = -1;
+    found.isSecond = true;
+    found.record.transactionID = u"twice"_s;
+    found.record.tracking = u"9400"_s;
+    found.record.status = u"PRINTED"_s;
+    ASSERT_TRUE(desk.app().log.insertOnce(found.record));
+    desk.label().purchases.resolved = QList{found};
+    desk.settleAll();
+    const auto buttons = desk.window().findChildren<Button *>();
+    EXPECT_TRUE(std::ranges::none_of(
+        buttons, [](const Button *one) { return one->isVisible() && one->text().startsWith(u"Print "_s); }));
+    desk.click(desk.button(u"Refund"_s));
+    EXPECT_EQ(desk.dialog()->windowTitle(), u"Refund This Label?"_s);
+    EXPECT_EQ(desk.app().tab.value(), MainTab::mailingLog);
+    desk.dialog()->reject();
+    desk.settleAll();
 }
 
 } // namespace

@@ -147,7 +147,7 @@ private:
     Task<bool> mayBuy(PreparedPurchase purchase, bool testMode, QString agreedWarning);
     Task<> buy(PreparedPurchase purchase);
     void markUnresolved(const PreparedPurchase &purchase, const LookupAnswer &answer);
-    Task<> finishPurchase(PreparedPurchase purchase, std::optional<ShippoTransaction> transaction, PapersResult drawn);
+    Task<> finishPurchase(PreparedPurchase purchase, SaleResult sale, PapersResult drawn);
     void showSold(const PreparedPurchase &purchase, const PurchaseResult &result);
     void clearSold(const PreparedPurchase &purchase);
     void takeResolved(const ResolvedPurchase &resolved);

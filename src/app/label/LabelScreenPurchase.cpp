@@ -178,7 +178,7 @@ Task<> LabelScreen::buy(PreparedPurchase purchase)
     }
     entry = sale.entry;
     if (sale.kind == SaleResult::Kind::sold) {
-        co_await finishPurchase(purchase, sale.transaction, drawn);
+        co_await finishPurchase(purchase, sale, drawn);
         co_return;
     }
     warn(sale.text);
@@ -192,16 +192,17 @@ void LabelScreen::markUnresolved(const PreparedPurchase &purchase, const LookupA
     purchases.markUnresolved(purchase.entry, answer);
 }
 
-Task<> LabelScreen::finishPurchase(PreparedPurchase purchase, std::optional<ShippoTransaction> transaction,
-                                   PapersResult drawn)
+Task<> LabelScreen::finishPurchase(PreparedPurchase purchase, SaleResult sale, PapersResult drawn)
 {
     m_soldWeight = std::max(m_soldWeight, purchase.weighed);
     purchase.entry.record.createdAt = m_app.platform.clock.now();
     const PurchaseResult result = co_await purchases.flow().complete(
-        purchase.entry, transaction,
+        purchase.entry, sale.transaction,
         {.printsLabel = true,
          .printsPapers = purchase.carrier == Carrier::fedex || purchase.printsInvoice,
-         .drawn = drawn});
+         .drawn = drawn},
+        sale.answer.seconds);
+    purchases.showSeconds(result);
     m_purchaseComplete = result.isComplete();
     purchase.entry = result.entry;
     if (!result.hasLabel) {

@@ -53,14 +53,20 @@ Task<> LabelScreen::fetchRates(bool intlConfirmed)
 
 Task<> LabelScreen::applyRates(ShippoShipment shipment)
 {
-    const QList<ShippoRate> offered = offeredRates(carrier, shipment.rates);
-    if (offered.isEmpty()) {
+    for (ShippoRate &rate : shipment.rates) {
+        if (!rate.objectCreated)
+            rate.objectCreated = shipment.objectCreated;
+    }
+    const OfferedRates offered = offeredRates(carrier, shipment.rates);
+    if (!offered.leftOut.isEmpty())
+        m_app.errors.record(u"Get Rates"_s, AppError(offered.leftOut), Popup::no);
+    if (offered.rates.isEmpty()) {
         const QString text = noRatesText(carrier, shipment);
         warn(text);
         m_app.errors.record(u"Get Rates"_s, AppError(text), Popup::no);
         co_return;
     }
-    rates = offered;
+    rates = offered.rates;
     selectRateOfClass();
     const auto isReplaced = staleCheck(edits);
     const bool keep = co_await reviewPrintedAddress(shipment);

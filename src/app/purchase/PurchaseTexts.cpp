@@ -55,6 +55,8 @@ QString sentTo(const PapersResult &papers)
 
 QString title(const ShipmentRecord &record)
 {
+    if (record.recipient.isEmpty() && record.service.isEmpty())
+        return u"A label whose details the journal cannot tell"_s;
     return u"%1 %2 to %3, %4"_s.arg(record.carrier, record.service, record.recipientName(), postage(record));
 }
 
@@ -128,6 +130,17 @@ QString stillUnknown(const OpenPurchase &purchase, const QString &reason)
 QString notLogged(const ShipmentRecord &record)
 {
     return u"It was bought, but the mailing log could not be written. Tracking %1."_s.arg(record.tracking);
+}
+
+QString boughtTwice(const ShipmentRecord &record)
+{
+    return u"A second label was sold for the same parcel: %1, tracking %2. Do not use it; request its refund."_s.arg(
+        title(record), record.tracking);
+}
+
+AppError secondError(const ShipmentRecord &record)
+{
+    return AppError(boughtTwice(record) + u" It is in the mailing log (transaction %1)."_s.arg(record.transactionID));
 }
 
 AppError notLoggedError(const ShipmentRecord &record, const QString &reason)

@@ -24,6 +24,9 @@ QString foundLater(const PurchaseResult &result);
 QString stillUnknown(const OpenPurchase &purchase, const QString &reason);
 /// Text for a bought label that is in the journal but not in the mailing log.
 QString notLogged(const ShipmentRecord &record);
+/// Text for a further label that the carrier sold for the same request.
+QString boughtTwice(const ShipmentRecord &record);
+AppError secondError(const ShipmentRecord &record);
 AppError notLoggedError(const ShipmentRecord &record, const QString &reason);
 
 } // namespace parcelory::PurchaseTexts

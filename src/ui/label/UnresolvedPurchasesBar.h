@@ -19,7 +19,7 @@ public:
 
 private:
     enum class Look { pending, bought, notBought };
-    enum class Action { checkAgain, notBought, haveLabel, printLabel, printAgain, dismiss };
+    enum class Action { checkAgain, notBought, haveLabel, printLabel, printAgain, refund, dismiss };
     struct Row {
         qint64 id = 0; ///< the journal's
         QString text;

@@ -54,6 +54,29 @@ protected:
 
 } // namespace
 
+TEST_F(LabelRatingTest, LeavesOutRatesThatHaveNoPriceAndAllButTheCheapestOfAnEndlessList)
+{
+    QByteArrayList rates = {rate("good", "9.40", "USPS", "usps_ground_advantage")};
+    for (const char *amount : {"NaN", "inf", "1e999", "1e2", "5,00", "-7.00", "", "$5", "99999999", "0x1"})
+        rates += rate("bad", amount, "USPS", "usps_priority");
+    composeParcel(homeAddress());
+    answerRates(rates.join(','));
+    run(screen().fetchRates());
+    ASSERT_EQ(screen().rates.value().size(), 1);
+    EXPECT_EQ(screen().rates.value().first().objectId, u"good"_s);
+    EXPECT_EQ(errors->entries().value(0).context, u"Get Rates"_s);
+    EXPECT_THAT(errors->entries().value(0).detail.toStdString(), testing::HasSubstr("usps_priority (“5,00”)"));
+
+    rates.clear();
+    for (int price = 2000; price > 0; --price)
+        rates += rate("r", QByteArray::number(price).constData(), "USPS", "usps_priority");
+    answerRates(rates.join(','));
+    run(screen().fetchRates());
+    ASSERT_EQ(screen().rates.value().size(), 500);
+    EXPECT_EQ(screen().rates.value().last().amount, u"500"_s);
+    EXPECT_EQ(errors->entries().value(0).detail, u"Only the 500 cheapest of 2000 rates are shown."_s);
+}
+
 TEST_F(LabelRatingTest, NamesTheFirstReasonWhyADraftCannotBeRated)
 {
     const QString sizeText = u"Enter the package size — length, width, and height are required for "_s;
