@@ -2,6 +2,7 @@
 
 #include "core/AppError.h"
 #include "core/Json.h"
+#include "core/PrivateFiles.h"
 #include "core/ShippoAddress.h"
 #include "core/Text.h"
 #include "records/JournalRescue.h"
@@ -104,7 +105,8 @@ QString reasonOf(const Database &db, bool otherOwner)
 {
     if (!db.isLocked())
         return db.lastError();
-    return otherOwner ? u"another Parcelory is running"_s : u"another program has the file open"_s;
+    return otherOwner ? u"Parcelory is already open. Use that window; labels can't be bought here"_s
+                      : u"another program has the file open"_s;
 }
 
 } // namespace
@@ -121,9 +123,10 @@ bool PurchaseJournal::isReady()
 {
     if (m_db)
         return true;
-    m_folder.mkpath(u"."_s);
+    createPrivateFolder(m_folder);
     // The lock of the database is what keeps a second program out. This file only tells whose lock it is.
     const bool otherOwner = !m_owner.tryLock(0) && m_owner.error() == QLockFile::LockFailedError;
+    makePrivate(m_owner.fileName());
     const auto patience = otherOwner ? std::chrono::milliseconds(0) : m_patience; // another Parcelory keeps its lock
     Opening opened = openFile(patience, otherOwner);
     if (opened == Opening::damaged) {

@@ -326,6 +326,10 @@ TEST_F(ShippoClientTest, FetchesDocumentsWithoutTheTokenAndReportsABadLink)
     EXPECT_TRUE(failureOf(client.downloadLabel(*bought.labelUrl)).contains(u"gave no answer"_s));
     for (const QString &bad : {u""_s, u"not a link"_s, u"/relative"_s})
         EXPECT_EQ(failureOf(client.downloadLabel(bad)), u"Bad label URL"_s);
+    const QString notEncrypted = u"the carrier's link is not encrypted, so it was not followed"_s;
+    EXPECT_EQ(failureOf(client.downloadLabel(u"http://labels.example/1.zpl"_s)), notEncrypted);
+    desk.platform.deployment.carrierApi = u"https://127.0.0.1:1/"_s; // the practice carrier alone has no certificate
+    EXPECT_EQ(failureOf(ShippoClient(desk.platform, keys).downloadLabel(*bought.labelUrl)), notEncrypted);
 }
 
 } // namespace parcelory::test

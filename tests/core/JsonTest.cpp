@@ -5,6 +5,7 @@
 #include "support/Printing.h"
 
 #include <QFile>
+#include <QTimeZone>
 #include <gmock/gmock.h>
 
 #include <optional>
@@ -170,7 +171,7 @@ TEST(Json, KeepsDatesIdsAndEveryCharacterOfATextThroughAFile)
 {
     const QByteArray text = R"({"count":-3,"when":816878465.25,"id":"0E1F2A3B-4C5D-6E7F-8091-A2B3C4D5E6F7"})";
     const auto read = decodeJson<Kinds>(text, Keys::asIs);
-    EXPECT_EQ(read.when, QDateTime(QDate(2026, 11, 20), QTime(14, 41, 5, 250), Qt::UTC));
+    EXPECT_EQ(read.when, QDateTime(QDate(2026, 11, 20), QTime(14, 41, 5, 250), QTimeZone::utc()));
     EXPECT_EQ(read.id, QUuid(u"{0e1f2a3b-4c5d-6e7f-8091-a2b3c4d5e6f7}"_s));
     EXPECT_EQ(read.count, -3);
 

@@ -27,6 +27,7 @@
 #include <mutex>
 #include <string>
 #include <thread>
+#include <tuple>
 
 namespace parcelory::test {
 using namespace Qt::StringLiterals;
@@ -97,18 +98,36 @@ TEST(SystemApplication, QuitsEvenWhenTheMainThreadHangs)
     EXPECT_EXIT(hang(), testing::ExitedWithCode(0), "");
 }
 
-TEST(SystemDesktop, ReportsTheDocumentsPathWhenNoProgramOpensIt)
+TEST(SystemDesktop, ReportsWhatDoesNotOpenAndWaitsThirtySeconds)
 {
     FakeProcesses processes;
     SystemDesktop desktop(processes);
     desktop.openFile(u"/tmp/label.pdf"_s);
     EXPECT_EQ(processes.calls().value(0).arguments, QStringList{u"/tmp/label.pdf"_s});
-    processes.behave = [](const QString &, const QStringList &) { return ProcessOutcome{3, {}, {}}; };
-    try {
-        desktop.openFile(u"/tmp/label.pdf"_s);
-        ADD_FAILURE() << "a failed open must throw";
-    } catch (const AppError &error) {
-        EXPECT_TRUE(error.description().contains(u"/tmp/label.pdf"_s));
+    desktop.openUrl(QUrl(u"https://usps.example/9405"_s));
+    for (const auto &call : processes.calls())
+        EXPECT_EQ(call.limit, std::chrono::seconds(30)) << "an opener that hangs is ended";
+    const auto failure = [](const auto &open) {
+        try {
+            open();
+        } catch (const AppError &error) {
+            return error.description();
+        }
+        return u"opened"_s;
+    };
+    const QString late = u"the desktop did not answer within 30 seconds and may still open "_s;
+    const std::tuple<bool, QString, QString> rows[] = {
+        {false, u"no program on this computer can open the document — it is saved as /tmp/label.pdf"_s,
+         u"no browser on this computer opens usps.example"_s},
+        {true, late + u"the document — it is saved as /tmp/label.pdf"_s, late + u"usps.example"_s}};
+    for (const auto &[hangs, file, page] : rows) {
+        processes.behave = [hangs](const QString &program, const QStringList &) {
+            if (hangs)
+                throw ProcessTimedOut(program);
+            return ProcessOutcome{3, {}, {}};
+        };
+        EXPECT_EQ(failure([&] { desktop.openFile(u"/tmp/label.pdf"_s); }), file);
+        EXPECT_EQ(failure([&] { desktop.openUrl(QUrl(u"https://usps.example/9405"_s)); }), page);
     }
 }
 
@@ -120,11 +139,15 @@ public:
     LoopbackServer() : m_port(m_server.bind_to_any_port("127.0.0.1"))
     {
         m_server.set_keep_alive_max_count(1); // an open connection would delay the shutdown by seconds
-        m_thread = std::jthread([this] { m_server.listen_after_bind(); });
+        m_thread = std::thread([this] { m_server.listen_after_bind(); });
         while (!m_server.is_running()) // stop() has no effect before that
             std::this_thread::yield();
     }
-    ~LoopbackServer() { m_server.stop(); }
+    ~LoopbackServer()
+    {
+        m_server.stop();
+        m_thread.join();
+    }
 
     httplib::Server &operator*() { return m_server; }
     QString url(const QString &path) const { return u"http://127.0.0.1:%1%2"_s.arg(m_port).arg(path); }
@@ -132,7 +155,7 @@ public:
 private:
     httplib::Server m_server;
     int m_port;
-    std::jthread m_thread;
+    std::thread m_thread;
 };
 
 struct NetworkTransportTest : testing::Test {

@@ -235,7 +235,8 @@ TEST_F(PurchaseJournalTest, OnlyASecondParceloryIsCalledOne)
     auto first = std::make_unique<PurchaseJournal>(place);
     first->open();
     PurchaseJournal second(place, 1h); // does not wait for a program that keeps its lock
-    EXPECT_TRUE(refusal(second).contains(u" — another Parcelory is running."_s));
+    EXPECT_TRUE(
+        refusal(second).contains(u" — Parcelory is already open. Use that window; labels can't be bought here."_s));
     EXPECT_EQ(refusal(*first), QString());
     first.reset();
     EXPECT_EQ(refusal(second), QString());

@@ -22,7 +22,7 @@ Task<> LabelScreen::fetchRates(bool intlConfirmed)
         co_return;
     settleCountry(); // a shortcut leaves the focus in the field
     if (const std::optional<Obstacle> found = obstacle()) {
-        warn(found->text, found->field);
+        warnUntilEdit(found->text, found->field);
         co_return;
     }
     if (isInternational() && !intlConfirmed) {
@@ -78,7 +78,7 @@ Task<> LabelScreen::applyRates(ShippoShipment shipment)
     }
     clearRates();
     forgetValidation();
-    warn(u"Rates cleared — adjust the address and validate again."_s);
+    warn(u"Rates cleared — adjust the address and validate again."_s, DraftField::street);
 }
 
 void LabelScreen::selectRateOfClass()
@@ -95,8 +95,7 @@ void LabelScreen::selectRateOfClass()
         return;
     }
     selectedRateID = std::nullopt;
-    warn(u"No "_s + wanted.displayName + u" rate came back — pick from the list."_s);
-    m_bannerAboutRates = true;
+    warnUntilEdit(u"No "_s + wanted.displayName + u" rate came back — pick from the list."_s);
 }
 
 } // namespace parcelory

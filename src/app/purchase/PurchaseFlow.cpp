@@ -161,7 +161,8 @@ Task<PurchaseResult> PurchaseFlow::complete(OpenPurchase purchase, std::optional
         co_await save(entry); // the label is not downloaded again if the program ends now
     if (!fetchFailure.isEmpty())
         result.label.text = fetchFailure;
-    else if (delivery.printsLabel)
+    const bool isHeld = delivery.printsLabel && record.zpl && !lastingChanges(*record.zpl).isEmpty();
+    if (delivery.printsLabel && fetchFailure.isEmpty() && !isHeld)
         result.label = co_await printLabelOf(entry);
     entry.printed = entry.printed || result.label.isPrinted;
 
@@ -170,6 +171,10 @@ Task<PurchaseResult> PurchaseFlow::complete(OpenPurchase purchase, std::optional
         record.customsPDF = result.papers.document;
     co_await save(entry);
     result.isLogged = co_await log(entry);
+    if (isHeld) { // asked last: the label is in the log, however long the clerk takes
+        result.label = co_await printHeldLabelOf(entry);
+        entry.printed = entry.printed || result.label.isPrinted;
+    }
     if (result.isLogged && std::exchange(entry.keepRecipient, false))
         emit m_app.recipientToKeep(entry.recipient);
     m_app.lastShipmentSummary = PurchaseTexts::summary(entry);
@@ -217,6 +222,18 @@ Task<LabelResult> PurchaseFlow::printLabelOf(OpenPurchase purchase)
         m_app.errors.record(u"Print Label"_s, error, Popup::no);
         co_return LabelResult{.text = error.description()};
     }
+}
+
+Task<LabelResult> PurchaseFlow::printHeldLabelOf(OpenPurchase purchase)
+{
+    const QByteArray label = purchase.record.zpl.value_or(QByteArray());
+    const bool isAgreed = co_await mayPrint(m_app, label);
+    if (isAgreed)
+        co_return co_await printLabelOf(purchase);
+    const QString reason =
+        u"held, because it contains %1, which can change the printer for good"_s.arg(lastingChanges(label));
+    m_app.errors.record(u"Print Label"_s, AppError(reason), Popup::no);
+    co_return LabelResult{.text = reason};
 }
 
 Task<PapersResult> PurchaseFlow::papersOf(OpenPurchase purchase, Delivery delivery)

@@ -75,6 +75,7 @@ public:
 private:
     Task<QByteArray> fetchLabel(OpenPurchase purchase);
     Task<LabelResult> printLabelOf(OpenPurchase purchase);
+    Task<LabelResult> printHeldLabelOf(OpenPurchase purchase);
     Task<PapersResult> papersOf(OpenPurchase purchase, Delivery delivery);
     Task<bool> log(OpenPurchase purchase);
     Task<> logSecond(ShipmentRecord record);

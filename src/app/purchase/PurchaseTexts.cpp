@@ -36,7 +36,8 @@ QString papersNote(const PapersResult &papers, const QString &name, bool isFedex
         return name + u" download failed: "_s + papers.text;
     case PapersOutcome::notDrawn:
     case PapersOutcome::printFailed:
-        return (isFedex ? name + u" print failed: "_s : u"Invoice print failed: "_s) + papers.text;
+        return isFedex ? name + u" print failed: "_s + papers.text.trimmed() + u" — it's needed in the doc pouch"_s
+                       : u"Invoice print failed: "_s + papers.text;
     case PapersOutcome::none:
     case PapersOutcome::kept:
     case PapersOutcome::printed:
@@ -81,6 +82,8 @@ QString successLine(const PurchaseResult &result)
         line += u' ' + sentTo(result.papers);
     if (const QString note = papersNote(result.papers, invoiceName(record), isFedex); !note.isEmpty())
         line += u" ("_s + note + u')';
+    if (const QString letters = writeByHand(result.papers); !letters.isEmpty())
+        line += u" ("_s + letters + u')';
     if (!result.isLogged)
         line += u" (the mailing log could not be written — note the tracking number "_s + record.tracking + u')';
     return line;
@@ -88,8 +91,18 @@ QString successLine(const PurchaseResult &result)
 
 QString papersLine(const PapersResult &papers)
 {
-    return papers.outcome == PapersOutcome::printed ? sentTo(papers)
-                                                    : papersNote(papers, u"Commercial invoice"_s, false);
+    const QString line =
+        papers.outcome == PapersOutcome::printed ? sentTo(papers) : papersNote(papers, u"Commercial invoice"_s, false);
+    const QString letters = writeByHand(papers);
+    return letters.isEmpty() ? line : line + u" ("_s + letters + u')';
+}
+
+QString writeByHand(const PapersResult &papers)
+{
+    if (papers.missingLetters.isEmpty())
+        return {};
+    return u"no font on this computer has “%1”, so the commercial invoice shows boxes — write it by hand"_s.arg(
+        papers.missingLetters);
 }
 
 QString foundLater(const PurchaseResult &result)

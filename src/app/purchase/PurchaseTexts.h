@@ -16,6 +16,8 @@ QString summary(const OpenPurchase &purchase);
 QString successLine(const PurchaseResult &result);
 /// The banner after Print Invoice.
 QString papersLine(const PapersResult &papers);
+/// What the clerk has to write on the printed papers; empty if they are complete.
+QString writeByHand(const PapersResult &papers);
 /// A purchase that was found later, for the bar above the form.
 QString foundLater(const PurchaseResult &result);
 /// The banner while the outcome of a purchase is unknown; begins with the reason.

@@ -58,6 +58,15 @@ void UnresolvedPurchasesBar::refresh()
     setVisible(m_list);
 }
 
+void UnresolvedPurchasesBar::focusCheck()
+{
+    const auto check = std::ranges::find_if(m_checks, [](const Button *button) { return button->isEnabled(); });
+    if (check != m_checks.end())
+        (*check)->setFocus();
+    else
+        setFocus();
+}
+
 UnresolvedPurchasesBar::Row UnresolvedPurchasesBar::rowOf(const UnresolvedPurchase &purchase) const
 {
     const ShipmentRecord &record = purchase.purchase.record;

@@ -227,7 +227,6 @@ TEST_F(LabelRatingTest, ReportsMissingRatesAndKeepsTheDraftUsableAfterAFailure)
     composeAndRate(homeAddress());
     const QString noFedex = u"No FedEx rates returned — is your FedEx account connected in the Shippo dashboard?"_s;
     EXPECT_EQ(banner(), noFedex + u"\nAuthentication Failed: the FedEx account is not connected."_s);
-    EXPECT_EQ(errors->entries().first().detail, banner());
     screen().carrier = Carrier::usps;
     carrier.setScenario({.noRates = true});
     composeAndRate(homeAddress());
@@ -239,8 +238,6 @@ TEST_F(LabelRatingTest, ReportsMissingRatesAndKeepsTheDraftUsableAfterAFailure)
     composeAndRate(homeAddress());
     EXPECT_EQ(banner(), u"Shippo HTTP 500: down"_s);
     EXPECT_FALSE(screen().busy.value());
-    EXPECT_EQ(errors->entries().first().detail, u"Shippo HTTP 500: down"_s);
-    EXPECT_EQ(prompts.alerts.size(), 1);
     run(screen().fetchRates());
     EXPECT_FALSE(screen().rates.value().isEmpty());
 }
