@@ -9,6 +9,7 @@
 #include "platform/NetworkTransport.h"
 #include "platform/SettingsPreferences.h"
 #include "platform/SystemApplication.h"
+#include "platform/SystemClock.h"
 #include "platform/SystemDesktop.h"
 #include "platform/SystemProcesses.h"
 #include "support/FakePlatform.h"
@@ -31,6 +32,17 @@
 
 namespace parcelory::test {
 using namespace Qt::StringLiterals;
+
+TEST(SystemClock, CallsNoCanceledTimer)
+{
+    SystemClock clock;
+    quint64 later = 0;
+    bool isCalled = false;
+    clock.after({}, [&] { clock.cancel(later); }); // both are due in one turn
+    later = clock.after({}, [&] { isCalled = true; });
+    settle();
+    EXPECT_FALSE(isCalled);
+}
 
 TEST(SettingsPreferences, KeepsTypesOverARestart)
 {
