@@ -1,4 +1,5 @@
 #include "Compare.h"
+#include "addressbook/AddressCsv.h"
 #include "addressbook/AddressFilter.h"
 #include "addressbook/LocalAddressStore.h"
 #include "addressbook/VCard.h"
@@ -139,9 +140,41 @@ void read5000Cards(benchmark::State &state)
         state,
         [&] {
             ImportProgress progress;
-            benchmark::DoNotOptimize(VCard::contacts(cards, progress));
+            benchmark::DoNotOptimize(VCard::read(cards, progress));
         },
         [&] { benchmark::DoNotOptimize(cards.split('\n')); });
+}
+
+/// Lines that end with a carriage return only, against the same lines with line feeds: six megabytes.
+void readCardsWithCarriageReturns(benchmark::State &state)
+{
+    const QByteArray cards = QByteArray("BEGIN:VCARD\nVERSION:3.0\nN:Whitfield;Eleanor;;;\nFN:Eleanor Whitfield\n"
+                                        "ADR;type=HOME:;;418 Montford Ave\\nApt 3B;Asheville;NC;28801;United States\n"
+                                        "END:VCARD\n")
+                                 .repeated(40000);
+    const QByteArray returns = QByteArray(cards).replace('\n', '\r');
+    const auto read = [](const QByteArray &file) {
+        ImportProgress progress;
+        benchmark::DoNotOptimize(VCard::read(file, progress));
+    };
+    compare(state, [&] { read(returns); }, [&] { read(cards); });
+}
+
+/// Both exports of the whole book, against reading it.
+void export100000Contacts(benchmark::State &state)
+{
+    const QTemporaryDir folder;
+    LocalAddressStore store{QDir(folder.path())};
+    store.merge(people());
+    compare(
+        state,
+        [] {
+            for (const PostalContact &contact : people()) {
+                benchmark::DoNotOptimize(VCard::card(contact));
+                benchmark::DoNotOptimize(AddressCsv::row(contact));
+            }
+        },
+        [&] { benchmark::DoNotOptimize(store.rows()); });
 }
 
 BENCHMARK_CAPTURE(filter100000Contacts, oneLetter, "e")
@@ -166,6 +199,8 @@ BENCHMARK(prepareTheFilter)->UseManualTime()->Unit(benchmark::kMillisecond)->Ite
 BENCHMARK(merge100000Contacts)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(5);
 BENCHMARK(merge200ContactsAgainstSingleOnes)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(1);
 BENCHMARK(read5000Cards)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(3);
+BENCHMARK(readCardsWithCarriageReturns)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(3);
+BENCHMARK(export100000Contacts)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(3);
 
 } // namespace
 } // namespace parcelory::bench

@@ -61,7 +61,12 @@ Task<> Gallery::drawAddressBook()
     const PostalContact last = book.contacts().last();
     co_await book.remove(last);
     co_await save(u"address-book-deleted"_s);
-    co_await book.undoRemove();
+    co_await book.undo();
+    ShippoAddress changed = book.contacts()[1].asShippoAddress();
+    changed.phone = u"828 555 0199"_s;
+    co_await book.keep(changed);
+    co_await save(u"address-book-changed"_s);
+    co_await book.undo();
     view.pane().query = u"no such name"_s;
     co_await save(u"address-book-nothing-found"_s);
     view.pane().query = QString();

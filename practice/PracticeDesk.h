@@ -37,8 +37,8 @@ private:
     QDir m_folder;
     PracticeCarrier m_carrier;
     PracticeBackOffice m_backOffice;
-    NetworkTransport m_http{NetworkTransport::Reach::loopbackOnly};
     SystemClock m_clock;
+    NetworkTransport m_http{NetworkTransport::Reach::loopbackOnly, m_clock};
     MemorySecrets m_secrets;
     SettingsPreferences m_preferences;
     PracticePrinter m_printer;

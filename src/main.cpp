@@ -27,10 +27,15 @@ int printStatus(Platform &platform)
     LabelPrinter printer(platform);
     QTextStream out(stdout);
     out << "Carrier:        " << platform.deployment.carrierApi.toString() << '\n'
-        << "API key:        " << keys.statusText() << '\n'
+        << "API key:        " << keys.statusText(keys.activeToken().value_or(QString())) << '\n'
         << "Records:        " << platform.dataFolder.absolutePath() << '\n'
-        << "Print queues:   " << printer.queues().join(u", "_s) << '\n'
-        << "Label printers: " << printer.zebraQueues().join(u", "_s) << '\n';
+        << "Print queues:   " << Qt::flush;
+    try {
+        const LabelPrinter::Queues found = printer.listQueues();
+        out << found.all.join(u", "_s) << "\nLabel printers: " << found.zebras.join(u", "_s) << '\n';
+    } catch (const AppError &error) {
+        out << "not listed — "_L1 << error.description() << '\n';
+    }
     return 0;
 }
 
@@ -45,7 +50,7 @@ int addKey(Platform &platform, const QString &typedName)
     ShippoKeys keys(platform.secrets, platform.preferences);
     if (!keys.store(token, name))
         throw AppError(ShippoKeys::notKept);
-    QTextStream(stdout) << keys.statusText() << '\n';
+    QTextStream(stdout) << keys.statusText(keys.activeToken().value_or(QString())) << '\n';
     return 0;
 }
 

@@ -26,6 +26,13 @@ enum class RefundOutcome {
     error,    ///< refused at once: the refund response is ERROR, the label is REFUNDREJECTED
 };
 
+/// How the bytes of a response arrive.
+enum class AnswerFlow {
+    whole,
+    trickle, ///< one byte at a time, without an end
+    endless, ///< as fast as they are read, without an end
+};
+
 /// A response that replaces the regular response for the next `count` matching requests.
 struct CarrierFailure {
     QByteArray pathPrefix = {}; ///< without the leading slash: "transactions", "labels/"; empty matches everything
@@ -35,6 +42,7 @@ struct CarrierFailure {
     int count = 1;
     QByteArray method = {}; ///< empty matches every method
     int after = 0;          ///< this many matching requests succeed first
+    AnswerFlow flow = AnswerFlow::whole;
 };
 
 /// Faults of the practice carrier. The default is a carrier without faults.
@@ -60,7 +68,8 @@ struct CarrierScenario {
     bool acceptsWeightOnly = false; ///< rates parcels without template and size, which the service's schema forbids
 
     // Purchase.
-    int queuedReads = 0; ///< a purchase is QUEUED when created and for this many reads
+    int queuedReads = 0; ///< a purchase is QUEUED when created and for this many reads, by its id or in a list
+    bool repeatsPurchases = false; ///< a machine on the way sends every purchase twice
     bool purchaseFails = false;
     QStringList purchaseMessages = {}; ///< messages of a failing purchase; an empty entry is a message without a text
     bool emptyLabelUrl = false;        ///< SUCCESS, but the link is an empty text

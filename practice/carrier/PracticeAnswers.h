@@ -1,5 +1,7 @@
 #pragma once
 
+#include "practice/carrier/CarrierScenario.h"
+
 #include <nlohmann/json_fwd.hpp>
 
 #include <QByteArray>
@@ -19,6 +21,7 @@ struct CarrierAnswer {
     QByteArray contentType = "application/json";
     QByteArray rateLimitReset = {}; ///< Unix time at which the limit resets; empty omits the header
     bool brokenOff = false;         ///< the connection ends after half of the body
+    AnswerFlow flow = AnswerFlow::whole;
 };
 
 CarrierAnswer jsonAnswer(int status, const Json &body);

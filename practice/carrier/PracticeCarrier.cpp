@@ -24,11 +24,21 @@ QByteArray headerOf(const httplib::Request &request, const char *name)
     return QByteArray::fromStdString(request.get_header_value(name));
 }
 
-void send(const CarrierAnswer &answer, httplib::Response &response)
+void send(const CarrierAnswer &answer, httplib::Response &response, LoopbackServer &server)
 {
     response.status = answer.status;
     if (!answer.rateLimitReset.isEmpty())
         response.set_header("X-RateLimit-Reset", answer.rateLimitReset.toStdString());
+    if (answer.flow != AnswerFlow::whole) {
+        static constexpr auto pace = std::chrono::milliseconds(20);
+        const bool isSlow = answer.flow == AnswerFlow::trickle;
+        response.set_chunked_content_provider(
+            answer.contentType.toStdString(),
+            [isSlow, &server, block = std::string(isSlow ? 1 : 1 << 20, ' ')](size_t, httplib::DataSink &sink) {
+                return sink.write(block.data(), block.size()) && (!isSlow || server.pause(pace));
+            });
+        return;
+    }
     if (!answer.brokenOff) {
         response.set_content(answer.body.toStdString(), answer.contentType.toStdString());
         return;
@@ -118,7 +128,7 @@ void PracticeCarrier::Impl::serve(const httplib::Request &message, httplib::Resp
     if (isDropped)
         m_server.hangUp(message);
     else
-        send(answer, response);
+        send(answer, response, m_server);
 }
 
 /// The scenario's error response that replaces the regular response, if any.
@@ -130,7 +140,10 @@ std::optional<CarrierAnswer> PracticeCarrier::Impl::misfortune(const CarrierRequ
         if (failure->after-- > 0)
             return std::nullopt;
         --failure->count;
-        return CarrierAnswer{.status = failure->status, .body = failure->body, .contentType = failure->contentType};
+        return CarrierAnswer{.status = failure->status,
+                             .body = failure->body,
+                             .contentType = failure->contentType,
+                             .flow = failure->flow};
     }
     if (scenario.rateLimitAfterListReads && request.readsList() && ++listReads > *scenario.rateLimitAfterListReads) {
         constexpr int secondsToWait = 60;
@@ -163,7 +176,11 @@ CarrierAnswer PracticeCarrier::Impl::apiAnswer(const CarrierRequest &request, co
     if (!scenario.badToken.isEmpty())
         return detailAnswer(401, scenario.badToken.toStdString());
     PracticeLedger *ledger = ledgerOf(authorization);
-    return ledger ? answerTo(request, *ledger, scenario) : detailAnswer(401, "Token does not exist");
+    if (!ledger)
+        return detailAnswer(401, "Token does not exist");
+    if (scenario.repeatsPurchases && request.method == "POST" && request.path().value(0) == u"transactions")
+        answerTo(request, *ledger, scenario);
+    return answerTo(request, *ledger, scenario);
 }
 
 PracticeCarrier::PracticeCarrier() : m_impl(std::make_unique<Impl>()) {}

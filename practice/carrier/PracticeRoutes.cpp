@@ -85,8 +85,8 @@ CarrierAnswer listNewestFirst(const CarrierRequest &request, PracticeRecords &re
                               const CarrierScenario &scenario)
 {
     std::vector<const Json *> newestFirst;
-    for (const PracticeRecord &record : records.all())
-        newestFirst.push_back(&record.shown);
+    for (PracticeRecord &record : records.all())
+        newestFirst.push_back(&record.read()); // a purchase that nobody reads by its id is finished, too
     std::ranges::reverse(newestFirst);
     const bool isShort = &records == &ledger.addresses || &records == &ledger.manifests;
     return listPage(request, newestFirst, isShort ? defaultShortPageSize : defaultPageSize, ledger.base, scenario);
@@ -115,9 +115,10 @@ PracticeRecords *recordsOf(const QString &kind, PracticeLedger &ledger)
 
 CarrierAnswer create(const CarrierRequest &request, PracticeLedger &ledger, const CarrierScenario &scenario)
 {
-    const Json body = Json::parse(request.body.cbegin(), request.body.cend(), nullptr, false);
-    if (body.is_discarded())
+    const std::optional<Json> sent = parseJsonIfPossible(request.body);
+    if (!sent)
         return detailAnswer(400, "JSON parse error - the body is no JSON text.");
+    const Json &body = *sent;
     if (!body.is_object())
         return jsonAnswer(400, {{"__all__", Json::array({"Invalid data. Expected a dictionary."})}});
     const QString kind = request.path().constFirst();

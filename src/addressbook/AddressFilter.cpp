@@ -1,5 +1,6 @@
 #include "addressbook/AddressFilter.h"
 
+#include "core/Accents.h"
 #include "core/ByteSearch.h"
 #include "core/PostalContact.h"
 #include "core/Text.h"
@@ -37,7 +38,7 @@ std::string foldedUnicode(const QString &text, bool dotlessI)
     icu::UnicodeString folded(reinterpret_cast<const char16_t *>(joined.utf16()), int32_t(joined.size()));
     folded.foldCase(dotlessI ? U_FOLD_CASE_EXCLUDE_SPECIAL_I : U_FOLD_CASE_DEFAULT);
     const QStringView result(folded.getBuffer(), folded.length());
-    return result.toString().normalized(QString::NormalizationForm_C).toStdString();
+    return withoutAccents(result.toString()).toStdString();
 }
 
 } // namespace

@@ -18,8 +18,8 @@ public:
     /// `locale`: its rules define which letters differ only in case.
     explicit AddressFilter(const QList<PostalContact> &contacts, const QLocale &locale = QLocale());
 
-    /// The positions in the list, ascending, of the contacts whose name, company or summary contains the query. Case
-    /// and the blanks around the query are ignored; an empty query returns all contacts.
+    /// The positions in the list, ascending, of the contacts whose name, company or summary contains the query. Case,
+    /// accents and the blanks around the query are ignored; an empty query returns all contacts.
     QList<int> filtered(const QString &query) const;
 
     /// The form in which texts are compared, in UTF-8.

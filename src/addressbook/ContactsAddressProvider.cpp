@@ -149,11 +149,12 @@ ContactsAddressProvider::ContactsAddressProvider(std::shared_ptr<ContactsSource>
 {
 }
 
-Task<bool> ContactsAddressProvider::requestAccess()
+Task<bool> ContactsAddressProvider::requestAccess(CancelToken cancel)
 {
     if (!m_source)
         co_return false;
-    const bool granted = co_await onPool([source = m_source] { return source->requestAccess(); });
+    const bool granted =
+        co_await blockingWork(m_clock, timeout, cancel, [source = m_source] { return source->requestAccess(); });
     co_return granted;
 }
 

@@ -25,8 +25,9 @@ public:
 
     bool isAvailable() const { return m_source != nullptr; }
 
-    /// Whether the contacts may be read; the system asks the user the first time. False without a source.
-    Task<bool> requestAccess();
+    /// Whether the contacts may be read; the system asks the user the first time. False without a source. Throws
+    /// AddressLoadTimeout and ImportCanceled.
+    Task<bool> requestAccess(CancelToken cancel = {});
     /// Every address of every contact, sorted by name. Throws AddressLoadTimeout, ImportCanceled, and AppError with
     /// the system's text. `progress` is reported on another thread.
     Task<QList<PostalContact>> all(Progress progress = {});

@@ -2,12 +2,14 @@
 
 #include "core/AppError.h"
 #include "core/PostalContact.h"
+#include "core/PrivateFiles.h"
 
 #include <QSet>
 #include <QStringEncoder>
 #include <sqlite3.h>
 
 #include <array>
+#include <chrono>
 #include <mutex>
 #include <tuple>
 #include <utility>
@@ -67,10 +69,12 @@ PostalContact contactOf(const Statement &row)
 /// its time.
 class Columns {
 public:
-    /// Binds the columns to an upsert. The bindings are valid until the next call.
-    void bind(Statement &statement, const PostalContact &contact)
+    /// Binds the columns to an upsert. The bindings are valid until the next call. `id`: the contact's id as stored.
+    void bind(Statement &statement, const PostalContact &contact, const QByteArray &id)
     {
-        const auto fill = [&](const auto &...fields) { m_ends = {append(contact.*fields.member)...}; };
+        const auto fill = [&](const auto &, const auto &...fields) {
+            m_ends = {append(id), append(contact.*fields.member)...};
+        };
         m_utf8.resize(0);
         std::apply(fill, PostalContact::fields()); // in the order of the columns
         qsizetype start = 0;
@@ -82,9 +86,9 @@ public:
     }
 
 private:
-    qsizetype append(const QUuid &id)
+    qsizetype append(const QByteArray &id)
     {
-        m_utf8 += uuidText(id);
+        m_utf8 += id;
         return m_utf8.size();
     }
     qsizetype append(const QString &text)
@@ -101,25 +105,29 @@ private:
 };
 
 /// Contacts with the same key count as duplicates.
-QString duplicateKey(const QString &name, const QString &street1, const QString &zip)
+QString mergeKey(const PostalContact &contact)
 {
     QString key;
-    key.reserve(name.size() + street1.size() + zip.size() + 2);
-    key.append(name).append(u'|').append(street1).append(u'|').append(zip);
+    key.reserve(contact.name.size() + contact.street1.size() + contact.zip.size() + 2);
+    key.append(contact.name).append(u'|').append(contact.street1).append(u'|').append(contact.zip);
     return std::move(key).toLower();
 }
 
-QSet<QString> keysOf(const Database &db)
+/// Two contacts with the same text in every field have the same key.
+QString wholeKey(const PostalContact &contact)
 {
-    QSet<QString> keys;
-    for (Statement row(db, "SELECT name, street1, zip FROM addresses"); row.step();)
-        keys.insert(duplicateKey(row.text(0), row.text(1), row.text(2)));
-    return keys;
+    QString key;
+    const auto append = [&key](const QString &text) {
+        key.append(QString::number(text.size())).append(u':').append(text);
+    };
+    const auto appendAll = [&](const auto &, const auto &...fields) { (append(contact.*fields.member), ...); };
+    std::apply(appendAll, PostalContact::fields());
+    return key;
 }
 
 QString pathIn(const QDir &folder)
 {
-    folder.mkpath(u"."_s);
+    createPrivateFolder(folder);
     return folder.filePath(u"addresses.sqlite"_s);
 }
 
@@ -130,18 +138,35 @@ QString LocalAddressStore::sourceName()
     return u"Parcelory Address Book"_s;
 }
 
-LocalAddressStore::LocalAddressStore(const QDir &folder) : m_db(pathIn(folder))
+LocalAddressStore::LocalAddressStore(const QDir &folder) : m_db(pathIn(folder), std::chrono::milliseconds(0))
 {
     if (!m_db.isOpen())
         qWarning("Parcelory: cannot open address store at %s", qUtf8Printable(pathIn(folder)));
     // Large enough for a whole address book, so that an import does not write the same pages repeatedly.
     exec("PRAGMA cache_size = -65536");
-    if (exec(table))
-        exec(nameIndex);
-    refreshCount();
+    if (isReady())
+        refreshCount();
+    m_db.setPatience(Database::busyTimeout);
 }
 
-bool LocalAddressStore::exec(const char *sql)
+/// Creates the table at the first call that can.
+bool LocalAddressStore::isReady() const
+{
+    if (!m_isReady && exec(table)) {
+        exec(nameIndex);
+        m_isReady = true;
+    }
+    return m_isReady;
+}
+
+/// Why the last statement failed.
+QString LocalAddressStore::reason() const
+{
+    const QString reason = m_db.lastError();
+    return m_db.isLocked() ? u"another program has it open (%1)"_s.arg(reason) : reason;
+}
+
+bool LocalAddressStore::exec(const char *sql) const
 {
     const bool done = Statement(m_db, sql).execute();
     if (!done)
@@ -156,18 +181,40 @@ void LocalAddressStore::refreshCount()
     QMetaObject::invokeMethod(this, [this, total] { count = total; }, Qt::QueuedConnection);
 }
 
-QList<PostalContact> LocalAddressStore::rows(const QString &matching) const
+LocalAddressStore::Book LocalAddressStore::read(const QString &matching) const
 {
+    Book book;
+    if (!isReady()) {
+        book.failure = reason();
+        return book;
+    }
     QByteArray sql = selectRows;
     if (!matching.isEmpty())
         sql += matchingRows;
     Statement row(m_db, sql + " ORDER BY name COLLATE NOCASE");
     if (!matching.isEmpty())
         row.bind(1, u'%' + matching + u'%');
-    QList<PostalContact> found;
     while (row.step())
-        found.append(contactOf(row));
-    return found;
+        book.contacts.append(contactOf(row));
+    if (!row.isComplete())
+        book.failure = reason();
+    return book;
+}
+
+/// The id as its row has it: other programs may write it in small letters or in braces. The usual text for a new
+/// contact.
+QByteArray LocalAddressStore::storedId(const QUuid &id) const
+{
+    const QByteArray usual = uuidText(id);
+    constexpr auto asWritten = "SELECT uuid FROM addresses WHERE uuid = ?";
+    constexpr auto inAnyForm = "SELECT uuid FROM addresses WHERE trim(uuid, '{}') = ? COLLATE NOCASE"; // reads all rows
+    for (const char *query : {asWritten, inAnyForm}) {
+        Statement row(m_db, query);
+        row.bindInPlace(1, usual);
+        if (row.step())
+            return row.text(0).toUtf8();
+    }
+    return usual;
 }
 
 bool LocalAddressStore::write(Statement &statement)
@@ -180,33 +227,57 @@ bool LocalAddressStore::write(Statement &statement)
 bool LocalAddressStore::upsert(const PostalContact &contact)
 {
     const std::lock_guard writing(m_writing);
+    const QByteArray id = storedId(contact.id);
     Columns columns;
     Statement statement(m_db, upsertRow);
-    columns.bind(statement, contact);
+    columns.bind(statement, contact, id);
     const bool done = write(statement);
     refreshCount();
     return done;
 }
 
-bool LocalAddressStore::remove(const QUuid &id)
+LocalAddressStore::Removal LocalAddressStore::remove(const QUuid &id)
 {
     const std::lock_guard writing(m_writing);
+    const QByteArray text = storedId(id);
     Statement statement(m_db, "DELETE FROM addresses WHERE uuid = ?");
-    const QByteArray text = uuidText(id);
     statement.bindInPlace(1, text);
+    const int changes = m_db.totalChanges();
     const bool done = write(statement);
     refreshCount();
-    return done;
+    return !done ? Removal::failed : m_db.totalChanges() == changes ? Removal::missing : Removal::done;
 }
 
 LocalAddressStore::Merged LocalAddressStore::merge(const QList<PostalContact> &contacts)
+{
+    return inOneTransaction([&] { return addAll(contacts, normalized, mergeKey); });
+}
+
+LocalAddressStore::Merged LocalAddressStore::restore(const QList<PostalContact> &contacts)
+{
+    return inOneTransaction([&] {
+        QSet<QUuid> used;
+        for (const PostalContact &known : rows())
+            used.insert(known.id);
+        const auto withOwnId = [&used](PostalContact contact) {
+            if (used.contains(contact.id))
+                contact.id = QUuid::createUuid();
+            used.insert(contact.id);
+            return contact;
+        };
+        return addAll(contacts, withOwnId, wholeKey);
+    });
+}
+
+template <class AddAll>
+LocalAddressStore::Merged LocalAddressStore::inOneTransaction(AddAll addAll)
 {
     const std::lock_guard writing(m_writing);
     // IMMEDIATE, because otherwise every single contact would wait for another program's lock.
     bool done = exec("BEGIN IMMEDIATE TRANSACTION");
     Merged merged;
     if (done) {
-        merged = mergeAll(contacts);
+        merged = addAll();
         const bool isOpen = !sqlite3_get_autocommit(m_db.handle()); // false if a full disk has already ended it
         done = isOpen && exec("COMMIT");
     }
@@ -219,22 +290,26 @@ LocalAddressStore::Merged LocalAddressStore::merge(const QList<PostalContact> &c
     return merged;
 }
 
-LocalAddressStore::Merged LocalAddressStore::mergeAll(const QList<PostalContact> &contacts)
+/// Adds the contacts, each as `prepare` returns it, whose `key` the book does not have.
+template <class Prepare, class Key>
+LocalAddressStore::Merged LocalAddressStore::addAll(const QList<PostalContact> &contacts, Prepare prepare, Key key)
 {
-    QSet<QString> keys = keysOf(m_db);
+    QSet<QString> keys;
+    for (Statement row(m_db, selectRows); row.step();)
+        keys.insert(key(contactOf(row)));
     keys.reserve(keys.size() + contacts.size());
     Columns columns;
     Statement statement(m_db, upsertRow);
     Merged merged;
     for (const PostalContact &incoming : contacts) {
-        const PostalContact contact = normalized(incoming);
+        const PostalContact contact = prepare(incoming);
         const qsizetype known = keys.size();
-        keys.insert(duplicateKey(contact.name, contact.street1, contact.zip));
+        keys.insert(key(contact));
         if (keys.size() == known) {
             ++merged.skipped;
             continue;
         }
-        columns.bind(statement, contact);
+        columns.bind(statement, contact, uuidText(contact.id));
         if (statement.execute())
             ++merged.imported;
         else if (sqlite3_get_autocommit(m_db.handle()))

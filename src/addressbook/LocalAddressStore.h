@@ -1,6 +1,7 @@
 #pragma once
 
 #include "addressbook/ImportProgress.h"
+#include "addressbook/VCard.h"
 #include "core/Observable.h"
 #include "core/PostalContact.h"
 #include "core/Sqlite.h"
@@ -9,6 +10,7 @@
 #include <QList>
 #include <QObject>
 
+#include <atomic>
 #include <mutex>
 #include <optional>
 
@@ -20,7 +22,8 @@ class LocalAddressStore : public Observable {
 public:
     static QString sourceName();
 
-    /// Opens or creates the book in `folder`. A failure is logged; later calls then return empty results.
+    /// Opens or creates the book in `folder`. Waits for no other program: a failure is logged, and later calls try
+    /// again.
     explicit LocalAddressStore(const QDir &folder);
 
     /// The number of contacts, set on the main thread soon after every write. Main thread only.
@@ -28,12 +31,20 @@ public:
 
     /// All contacts, or the contacts with the text in name, company, street, city or postal code; sorted by name,
     /// ignoring case. `matching` goes into LIKE as it is: % and _ are wildcards.
-    QList<PostalContact> rows(const QString &matching = {}) const;
+    QList<PostalContact> rows(const QString &matching = {}) const { return read(matching).contacts; }
+
+    struct Book {
+        QList<PostalContact> contacts;
+        QString failure; ///< why the book, or the rest of it, could not be read; empty if all was read
+    };
+    /// The same as rows(), with the reason if they could not be read.
+    Book read(const QString &matching = {}) const;
 
     /// Adds the contact or replaces the contact with the same id; false if it could not be stored (see lastError()).
     [[nodiscard]] bool upsert(const PostalContact &contact);
-    /// False if the deletion could not be stored; true for a contact that does not exist.
-    [[nodiscard]] bool remove(const QUuid &id);
+    enum class Removal { done, missing, failed };
+    /// Missing: no contact has this id, so nothing was deleted.
+    Removal remove(const QUuid &id);
 
     struct Merged {
         int imported = 0;
@@ -42,14 +53,17 @@ public:
     /// Adds many contacts, each normalized, in one transaction. If the book cannot be written, throws AppError and
     /// leaves the book unchanged; a single contact that the database refuses is left out and not counted.
     Merged merge(const QList<PostalContact> &contacts);
+    /// The same for the contacts of a book that was exported: adds them as they are, and skips only a contact that the
+    /// book has with the same text in every field. A contact whose id the book uses gets a new id.
+    Merged restore(const QList<PostalContact> &contacts);
 
     /// Repairs a contact whose whole address was typed into the first street line.
     static PostalContact normalized(PostalContact contact);
 
-    /// The addresses of a file, for merge(). Both throw AppError if the file cannot be read or has no addresses of that
-    /// kind, and ImportCanceled.
+    /// The addresses of a file, for merge(); of an exported book, for restore(). Both throw AppError if the file cannot
+    /// be read or has no addresses of that kind, and ImportCanceled.
     static QList<PostalContact> importEndicia(const QString &path, Progress progress = {});
-    static QList<PostalContact> importVCard(const QString &path, Progress progress = {});
+    static ReadAddresses importVCard(const QString &path, Progress progress = {});
     /// The path of Endicia's address list, if it exists. `dataFolder`: our own folder, which is next to Endicia's.
     static std::optional<QString> endiciaPlistURL(const QDir &dataFolder);
 
@@ -57,13 +71,20 @@ public:
     QString lastError() const;
 
 private:
-    bool exec(const char *sql);
+    bool exec(const char *sql) const;
+    bool isReady() const;
+    QString reason() const;
     void refreshCount();
     bool write(Statement &statement);
-    Merged mergeAll(const QList<PostalContact> &contacts);
+    QByteArray storedId(const QUuid &id) const;
+    template <class AddAll>
+    Merged inOneTransaction(AddAll addAll);
+    template <class Prepare, class Key>
+    Merged addAll(const QList<PostalContact> &contacts, Prepare prepare, Key key);
 
     Database m_db;
-    mutable std::mutex m_writing; ///< one writer of this program at a time; guards m_lastError
+    mutable std::atomic<bool> m_isReady = false; ///< the file has the table
+    mutable std::mutex m_writing;                ///< one writer of this program at a time; guards m_lastError
     QString m_lastError;
 };
 

@@ -1,5 +1,6 @@
 #include "addressbook/LocalAddressStore.h"
 
+#include "addressbook/AddressCsv.h"
 #include "addressbook/EndiciaList.h"
 #include "addressbook/ImportProgress.h"
 #include "addressbook/VCard.h"
@@ -18,16 +19,21 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+/// Large enough for the most addresses that are read, in the longest of the forms; reading takes up to four times as
+/// much memory.
+constexpr qint64 largestMegabytes = 256;
+
 QByteArray bytesOf(const QString &path)
 {
-    constexpr qint64 largest = 512 * 1024 * 1024;
+    constexpr qint64 largest = largestMegabytes * 1024 * 1024;
     QFile file(path);
     if (QFileInfo(path).exists() && !QFileInfo(path).isFile())
         throw AppError(u"This is not a file."_s); // a pipe or a device may never end
     if (!file.open(QIODevice::ReadOnly))
         throw AppError(u"The file could not be opened — "_s + file.errorString() + u'.');
     if (file.size() > largest)
-        throw AppError(u"The file is larger than 512 MB. Export the addresses without their pictures."_s);
+        throw AppError(
+            u"The file is larger than %1 MB. Export the addresses without their pictures."_s.arg(largestMegabytes));
     const QByteArray bytes = file.read(largest); // limited, because a file may grow or not report its size
     if (file.error() != QFile::NoError)
         throw AppError(u"The file could not be read — "_s + file.errorString() + u'.');
@@ -42,10 +48,14 @@ QList<PostalContact> LocalAddressStore::importEndicia(const QString &path, Progr
     return EndiciaList::contacts(bytesOf(path), reading);
 }
 
-QList<PostalContact> LocalAddressStore::importVCard(const QString &path, Progress progress)
+/// Also reads the CSV file that this program exports.
+ReadAddresses LocalAddressStore::importVCard(const QString &path, Progress progress)
 {
     ImportProgress reading(std::move(progress));
-    return VCard::contacts(bytesOf(path), reading);
+    const QByteArray bytes = bytesOf(path);
+    if (AddressCsv::isExport(bytes))
+        return {.contacts = AddressCsv::read(bytes, reading), .skipped = {}, .isExport = true};
+    return VCard::read(bytes, reading);
 }
 
 std::optional<QString> LocalAddressStore::endiciaPlistURL(const QDir &dataFolder)

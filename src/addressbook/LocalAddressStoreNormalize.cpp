@@ -1,7 +1,6 @@
 #include "addressbook/LocalAddressStore.h"
 
 #include "core/PostalContact.h"
-#include "core/Text.h"
 #include "core/UsStates.h"
 
 #include <QRegularExpression>
@@ -13,26 +12,51 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+/// The end of a line, also in other programs' texts: line feed, carriage return, vertical tab …
+bool isLineEnd(QChar c)
+{
+    return (c >= u'\n' && c <= u'\r') || c == u'\x85' || c == QChar::LineSeparator || c == QChar::ParagraphSeparator;
+}
+
+bool isBlank(QChar c)
+{
+    return c == u'\t' || c.category() == QChar::Separator_Space;
+}
+
 /// Splits "12 Main St, Springfield, IL 62704" at its commas, without surrounding blanks and empty parts.
 QStringList piecesOf(const QString &street)
 {
     QStringList pieces;
-    for (const QString &piece : street.split(u',')) {
-        if (const QString trimmed = trimBlanks(piece); !trimmed.isEmpty())
-            pieces.append(trimmed);
+    for (QStringView piece : QStringView(street).split(u',')) {
+        while (!piece.isEmpty() && isBlank(piece.front()))
+            piece = piece.sliced(1);
+        while (!piece.isEmpty() && isBlank(piece.back()))
+            piece.chop(1);
+        if (!piece.isEmpty())
+            pieces.append(piece.toString());
     }
     return pieces;
 }
 
-/// Removes the postal code from the end of a piece and returns it; empty if the piece has no postal code.
+/// Matches a piece with ^(.*?)\s*(\d{5}(?:-\d{4})?)$, returns the postal code and leaves the text before it in the
+/// piece; empty if it does not match. Reads from the end, because the pattern takes forever on a long run of blanks.
 QString takeZip(QString &piece)
 {
-    static const QRegularExpression zipAtEnd(u"\\d{5}(?:-\\d{4})?$"_s);
+    static const QRegularExpression zipAtEnd(u"\\d{5}(?:-\\d{4})?\\z"_s);
     constexpr qsizetype longest = 10; // only the end is searched, however long the piece is
-    const auto found = zipAtEnd.match(piece, std::max<qsizetype>(0, piece.size() - longest));
+    QStringView text = piece;
+    if (!text.isEmpty() && isLineEnd(text.back())) // the pattern's end may be before a last line end
+        text.chop(text.endsWith(u"\r\n") ? 2 : 1);
+    const auto found = zipAtEnd.match(text.last(std::min(longest, text.size())).toString());
+    if (!found.hasMatch())
+        return {};
     const QString zip = found.captured();
-    if (!zip.isEmpty())
-        piece.truncate(found.capturedStart());
+    text.chop(zip.size());
+    while (!text.isEmpty() && text.back().isSpace())
+        text.chop(1);
+    if (std::ranges::any_of(text, isLineEnd)) // a dot of the pattern is no line end
+        return {};
+    piece = text.toString();
     return zip;
 }
 

@@ -11,22 +11,21 @@ namespace {
 
 QString nameOf(const PlatformContact &person)
 {
-    QString name = joinPresent({person.given, person.family}, u" "_s);
+    const QString name = joinPresent({person.given, person.family}, u" "_s);
     if (!name.isEmpty())
         return name;
-    // The full name of a company repeats the organization. The label shows it in the company line only, where words
-    // that reveal valuables are shortened.
-    return person.fullName == person.organization ? QString() : person.fullName;
+    return person.fullName.isEmpty() ? person.organization : person.fullName;
 }
 
 } // namespace
 
 QList<PostalContact> postalContacts(const PlatformContact &person)
 {
+    const QString name = nameOf(person); // one text for all addresses: a hostile card may have a long name
     QList<PostalContact> contacts;
     for (const PlatformAddress &address : person.addresses) {
         const QStringList lines = address.street.split(u'\n');
-        contacts.append({.name = nameOf(person),
+        contacts.append({.name = name,
                          .company = person.organization,
                          .street1 = lines.first(),
                          .street2 = lines.sliced(1).join(u' '),

@@ -5,6 +5,7 @@
 #include <QStringDecoder>
 #include <QXmlStreamReader>
 
+#include <algorithm>
 #include <functional>
 
 namespace parcelory::PropertyList {
@@ -55,10 +56,20 @@ Texts readDictionary(QXmlStreamReader &xml, Allowance &allowance)
     return texts;
 }
 
+/// Without any byte that a wrong encoding may have damaged: the reader stops at such a byte before the first element.
+bool beginsAsList(const QByteArray &file)
+{
+    constexpr qsizetype farEnough = 1000;
+    return file.first(std::min(farEnough, file.size())).replace('\0', "").contains("<plist");
+}
+
 bool readXml(const QByteArray &file, const Take &take)
 {
     QXmlStreamReader xml(file);
-    if (!xml.readNextStartElement() || xml.name() != u"plist")
+    const bool hasStart = xml.readNextStartElement();
+    if (!hasStart && xml.hasError() && beginsAsList(file))
+        failDamaged();
+    if (!hasStart || xml.name() != u"plist")
         return false;
     const bool hasRoot = xml.readNextStartElement();
     if (hasRoot && xml.name() != u"array")

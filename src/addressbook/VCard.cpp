@@ -5,6 +5,7 @@
 #include "addressbook/VCardLine.h"
 #include "core/AppError.h"
 #include "core/CountryCode.h"
+#include "core/Json.h"
 #include "core/PostalContact.h"
 #include "core/Text.h"
 #include "core/ports/ContactsSource.h"
@@ -41,17 +42,31 @@ void addFirst(QStringList &texts, const QString &text)
         texts.append(text);
 }
 
+/// The properties that are read; all others are skipped without being decoded.
+const QList<QByteArray> &names()
+{
+    static const QList<QByteArray> names = {"BEGIN", "END", "AGENT", "N",       "FN",        "ORG",
+                                            "TEL",   "ADR", "EMAIL", "X-ABADR", "X-ABLABEL", "X-PARCELORY-ENTRY"};
+    return names;
+}
+
 /// A card that is being read. Later properties of an address's group may set its country and label.
 class Card {
 public:
     void take(const VCardProperty &property);
     qsizetype addressCount() const { return m_person.addresses.size(); }
-    QList<PostalContact> contacts() const;
+    QString name() const;
+    QList<PostalContact> contacts() const { return postalContacts(person()); }
+    /// The entry of which our own export wrote this card; nothing if the card was changed since.
+    std::optional<PostalContact> exportedEntry() const;
 
 private:
     void takeAddress(const VCardProperty &property);
+    PlatformContact person() const;
+    QList<PostalContact> comparable() const;
 
     PlatformContact m_person;
+    std::optional<PostalContact> m_entry;
     QList<QByteArray> m_addressGroups; ///< one group for every address
     QHash<QByteArray, QString> m_countries, m_labels;
 };
@@ -77,6 +92,12 @@ void Card::take(const VCardProperty &property)
         m_countries[property.group] = property.text().trimmed();
     } else if (property.name == "X-ABLABEL") {
         m_labels[property.group] = plainLabel(property.text().trimmed());
+    } else if (property.name == "X-PARCELORY-ENTRY") {
+        try {
+            m_entry = decodeJson<PostalContact>(property.text().toUtf8(), Keys::asIs);
+        } catch (const AppError &) {
+            m_entry.reset(); // the other properties hold the address, too
+        }
     }
 }
 
@@ -106,7 +127,15 @@ void Card::takeAddress(const VCardProperty &property)
     m_addressGroups.append(property.group);
 }
 
-QList<PostalContact> Card::contacts() const
+QString Card::name() const
+{
+    PlatformContact person = m_person;
+    person.addresses = {PlatformAddress()};
+    const QString name = postalContacts(person).first().name;
+    return name.isEmpty() ? u"a card without a name"_s : name;
+}
+
+PlatformContact Card::person() const
 {
     PlatformContact person = m_person;
     for (qsizetype index = 0; index < person.addresses.size(); ++index) {
@@ -117,7 +146,31 @@ QList<PostalContact> Card::contacts() const
         address.isoCountry = m_countries.value(group, address.isoCountry);
         address.label = m_labels.value(group, address.label);
     }
-    return postalContacts(person);
+    return person;
+}
+
+/// Everything that the card's usual properties say, also without an address.
+QList<PostalContact> Card::comparable() const
+{
+    PlatformContact whole = person();
+    if (whole.addresses.isEmpty())
+        whole.addresses.append(PlatformAddress());
+    QList<PostalContact> contacts = postalContacts(whole);
+    for (PostalContact &contact : contacts)
+        contact.id = QUuid();
+    return contacts;
+}
+
+std::optional<PostalContact> Card::exportedEntry() const
+{
+    if (!m_entry)
+        return std::nullopt;
+    const QByteArray text = card(*m_entry);
+    VCardLines lines(text);
+    Card written;
+    while (const std::optional<VCardProperty> property = lines.next(names()))
+        written.take(*property);
+    return written.comparable() == comparable() ? m_entry : std::nullopt;
 }
 
 /// Reads the properties of a file and collects the complete cards.
@@ -126,14 +179,15 @@ public:
     explicit Reader(ImportProgress &progress) : m_progress(progress) {}
 
     void take(const VCardProperty &property);
-    QList<PostalContact> finish();
+    ReadAddresses finish();
 
 private:
     void begin();
     void end();
 
     ImportProgress &m_progress;
-    QList<PostalContact> m_contacts;
+    ReadAddresses m_read;
+    qsizetype m_exported = 0; ///< how many contacts our own export wrote
     std::optional<Card> m_card;
     qsizetype m_cardsWithin = 0; ///< a card of version 2.1 may hold the card of an agent, which may hold another
     bool m_agentFollows = false;
@@ -143,8 +197,13 @@ private:
 void Reader::take(const VCardProperty &property)
 {
     const bool isOfAgent = std::exchange(m_agentFollows, false);
-    const bool isMark = property.value.trimmed().compare("VCARD", Qt::CaseInsensitive) == 0;
-    if (property.name == "BEGIN" && isMark) {
+    const bool isEdge = property.name == "BEGIN" || property.name == "END";
+    const QByteArray mark = isEdge ? property.value.trimmed().toUpper() : QByteArray();
+    const bool isMark = mark == "VCARD";
+    if (property.name == "END" && mark.startsWith("VCARD") && mark.endsWith("BEGIN:VCARD")) {
+        take({.group = {}, .name = "END", .parameters = {}, .value = "VCARD"}); // files joined without a line end
+        take({.group = {}, .name = "BEGIN", .parameters = {}, .value = "VCARD"});
+    } else if (property.name == "BEGIN" && isMark) {
         if (m_card && isOfAgent)
             ++m_cardsWithin;
         else
@@ -155,13 +214,17 @@ void Reader::take(const VCardProperty &property)
         m_agentFollows = property.value.trimmed().isEmpty();
     } else if (m_card && !m_cardsWithin) {
         m_card->take(property);
-        m_progress.reached(m_contacts.size() + m_card->addressCount());
+        m_progress.reached(m_read.contacts.size() + m_card->addressCount());
     }
 }
 
-/// Discards a card without an end: half an address is worse than no address.
+/// Skips a card without an end: half an address is worse than no address.
 void Reader::begin()
 {
+    if (m_card) {
+        m_read.skipped.append(m_card->name());
+        m_progress.reached(m_read.skipped.size());
+    }
     m_hasCards = true;
     m_card.emplace();
     m_cardsWithin = 0;
@@ -172,30 +235,31 @@ void Reader::end()
     if (m_cardsWithin) {
         --m_cardsWithin;
     } else if (m_card) {
-        m_contacts += m_card->contacts();
+        const std::optional<PostalContact> entry = m_card->exportedEntry();
+        m_exported += entry ? 1 : 0;
+        m_read.contacts += entry ? QList{*entry} : m_card->contacts();
         m_card.reset();
     }
 }
 
-QList<PostalContact> Reader::finish()
+ReadAddresses Reader::finish()
 {
     if (!m_hasCards)
         throw AppError(u"That file isn't a vCard file."_s);
     if (m_card)
         throw AppError(u"The vCard file ends in the middle of a card, so nothing was imported. Export it again."_s);
-    return m_contacts;
+    m_read.isExport = m_exported > 0 && m_exported == m_read.contacts.size();
+    return m_read;
 }
 
 } // namespace
 
-QList<PostalContact> contacts(const QByteArray &file, ImportProgress &progress)
+ReadAddresses read(const QByteArray &file, ImportProgress &progress)
 {
-    const QList<QByteArray> names = {"BEGIN", "END", "AGENT", "N",       "FN",       "ORG",
-                                     "TEL",   "ADR", "EMAIL", "X-ABADR", "X-ABLABEL"};
     const QByteArray bytes = vCardBytes(file);
     VCardLines lines(bytes);
     Reader reader(progress);
-    while (const std::optional<VCardProperty> property = lines.next(names))
+    while (const std::optional<VCardProperty> property = lines.next(names()))
         reader.take(*property);
     return reader.finish();
 }

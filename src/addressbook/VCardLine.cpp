@@ -13,18 +13,28 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// The first position of `wanted` outside quotation marks; -1 if all are quoted or missing.
-qsizetype findUnquoted(QByteArrayView text, char wanted, qsizetype from = 0)
-{
-    bool isQuoted = false;
-    for (qsizetype at = from; at < text.size(); ++at) {
-        if (text[at] == '"')
-            isQuoted = !isQuoted;
-        else if (text[at] == wanted && !isQuoted)
-            return at;
+/// Searches for a character outside quotation marks, in a text that may grow between two calls.
+class UnquotedSearch {
+public:
+    explicit UnquotedSearch(char wanted, qsizetype from = 0) : m_wanted(wanted), m_at(from) {}
+
+    /// The first position of the character; -1 if all are quoted or missing.
+    qsizetype find(QByteArrayView text)
+    {
+        for (; m_at < text.size(); ++m_at) {
+            if (text[m_at] == '"')
+                m_isQuoted = !m_isQuoted;
+            else if (text[m_at] == m_wanted && !m_isQuoted)
+                return m_at;
+        }
+        return -1;
     }
-    return -1;
-}
+
+private:
+    char m_wanted;
+    qsizetype m_at;
+    bool m_isQuoted = false;
+};
 
 std::pair<QByteArray, QByteArray> parameterOf(QByteArrayView text)
 {
@@ -33,16 +43,14 @@ std::pair<QByteArray, QByteArray> parameterOf(QByteArrayView text)
     return {equals < 0 ? QByteArray() : text.first(equals).trimmed().toByteArray().toUpper(), value.replace('"', "")};
 }
 
-/// Parses a property's first line; nothing if it has no colon.
-std::optional<VCardProperty> propertyOf(QByteArrayView line)
+/// Parses a property whose head ends at `colon`; nothing without a colon.
+std::optional<VCardProperty> propertyOf(QByteArrayView line, qsizetype colon)
 {
-    // A quotation mark that is never closed hides the colon, so fall back to the first colon.
-    const qsizetype unquoted = findUnquoted(line, ':'), colon = unquoted < 0 ? line.indexOf(':') : unquoted;
     if (colon < 0)
         return std::nullopt;
     const QByteArrayView head = line.first(colon);
     const auto endOfPart = [head](qsizetype from) {
-        const qsizetype semicolon = findUnquoted(head, ';', from);
+        const qsizetype semicolon = UnquotedSearch(';', from).find(head);
         return semicolon < 0 ? head.size() : semicolon;
     };
     qsizetype end = endOfPart(0);
@@ -60,18 +68,41 @@ std::optional<VCardProperty> propertyOf(QByteArrayView line)
     return property;
 }
 
+/// The value of a hexadecimal digit; -1 for any other character.
+int digit(char c)
+{
+    if (c >= '0' && c <= '9')
+        return c - '0';
+    const char small = char(c | 0x20);
+    return small >= 'a' && small <= 'f' ? small - 'a' + 10 : -1;
+}
+
 /// Decodes quoted-printable: "=C3=A9". Anything but a pair of hexadecimal digits stays unchanged.
 QByteArray unquoted(const QByteArray &text)
 {
     QByteArray bytes;
     bytes.reserve(text.size());
     for (qsizetype at = 0; at < text.size(); ++at) {
-        bool isByte = false;
-        const int byte = text[at] == '=' && at + 2 < text.size() ? text.sliced(at + 1, 2).toInt(&isByte, 16) : 0;
-        bytes += isByte ? char(byte) : text[at];
+        const bool mayBeByte = text[at] == '=' && at + 2 < text.size();
+        const int high = mayBeByte ? digit(text[at + 1]) : -1, low = mayBeByte ? digit(text[at + 2]) : -1;
+        const bool isByte = high >= 0 && low >= 0;
+        bytes += isByte ? char(high << 4 | low) : text[at];
         at += isByte ? 2 : 0;
     }
     return bytes;
+}
+
+/// Removes the "=" of a quoted-printable value that continues on the next line; false if the value ends here. Mail
+/// programs add blanks after it. `lineStart`: where the value's last line begins.
+bool takeSoftBreak(QByteArray &value, qsizetype lineStart)
+{
+    qsizetype end = value.size();
+    while (end > lineStart && (value[end - 1] == ' ' || value[end - 1] == '\t'))
+        --end;
+    if (end == lineStart || value[end - 1] != '=')
+        return false;
+    value.truncate(end - 1);
+    return true;
 }
 
 QString decoded(const QByteArray &bytes, const QByteArray &charset)
@@ -151,48 +182,55 @@ QStringList VCardProperty::parts(qsizetype most) const
     return parts;
 }
 
+/// A line ends with LF, CR LF, CR, or CR CR LF, which comes from a program that adds a CR to each LF once too often.
 QByteArrayView VCardLines::takeLine()
 {
-    const auto *start = m_rest.data();
-    const auto find = [start](char end, qsizetype size) -> qsizetype {
-        const auto *found = static_cast<const char *>(size ? std::memchr(start, end, std::size_t(size)) : nullptr);
-        return found ? found - start : size;
+    const auto find = [this](char end, qsizetype from, qsizetype to) -> qsizetype {
+        const auto *start = m_file.data() + from;
+        const auto *found =
+            static_cast<const char *>(to > from ? std::memchr(start, end, std::size_t(to - from)) : nullptr);
+        return found ? found - m_file.data() : to;
     };
-    const qsizetype lineFeed = find('\n', m_rest.size()), end = find('\r', lineFeed);
-    const QByteArrayView line = m_rest.first(end);
-    const bool hasBoth = end + 1 == lineFeed && lineFeed < m_rest.size();
-    m_rest = m_rest.sliced(std::min(end + (hasBoth ? 2 : 1), m_rest.size()));
-    return line;
+    if (m_lineFeed < m_at) // remembered, so that a file without a line feed is not searched again for each line
+        m_lineFeed = find('\n', m_at, m_file.size());
+    const qsizetype end = find('\r', m_at, m_lineFeed);
+    QByteArrayView line = m_file.sliced(m_at, end - m_at);
+    const bool hasBoth = end < m_lineFeed && m_lineFeed < m_file.size() && m_lineFeed - end <= 2 &&
+                         (m_lineFeed - end == 1 || m_file[end + 1] == '\r');
+    m_at = std::min((hasBoth ? m_lineFeed : end) + 1, m_file.size());
+    return line.startsWith("\xEF\xBB\xBF") ? line.sliced(3) : line; // files may have been joined
 }
 
 bool VCardLines::isContinued() const
 {
-    return !m_rest.isEmpty() && (m_rest.front() == ' ' || m_rest.front() == '\t');
+    return !isAtEnd() && (m_file[m_at] == ' ' || m_file[m_at] == '\t');
 }
 
-/// A fold may split the bytes of a character, so lines are joined before they are decoded. The value of an unwanted
-/// property, such as a picture, is discarded.
+/// A fold may be anywhere, in quotation marks or within the bytes of a character, so lines are joined before they are
+/// read. The value of an unwanted property, such as a picture, is discarded.
 std::optional<VCardProperty> VCardLines::takeProperty(const QList<QByteArray> &names)
 {
-    QByteArray first = takeLine().toByteArray();
-    std::optional<VCardProperty> property = propertyOf(first);
-    if (!property) {
-        while (isContinued()) // the fold is before the colon
-            first += takeLine().sliced(1);
-        property = propertyOf(first);
-        if (!property)
-            return std::nullopt;
+    QByteArray head = takeLine().toByteArray();
+    UnquotedSearch colon(':');
+    std::optional<VCardProperty> property = propertyOf(head, colon.find(head));
+    while (!property && isContinued()) {
+        head += takeLine().sliced(1);
+        property = propertyOf(head, colon.find(head));
     }
+    if (!property) // a quotation mark that is never closed hides the colon
+        property = propertyOf(head, head.indexOf(':'));
+    if (!property)
+        return std::nullopt;
     const bool isWanted = names.contains(property->name), breaksSoftly = property->isQuotedPrintable();
     QByteArray &value = property->value;
-    while (!m_rest.isEmpty()) {
-        const bool isSoftBreak = breaksSoftly && value.endsWith('=');
+    qsizetype lineStart = 0;
+    while (!isAtEnd()) {
+        const bool isSoftBreak = breaksSoftly && takeSoftBreak(value, lineStart);
         if (!isSoftBreak && !isContinued())
             break;
         if (!isWanted)
             value.clear();
-        else if (isSoftBreak)
-            value.chop(1);
+        lineStart = value.size();
         value += isSoftBreak ? takeLine() : takeLine().sliced(1);
     }
     return isWanted ? property : std::nullopt;
@@ -200,7 +238,7 @@ std::optional<VCardProperty> VCardLines::takeProperty(const QList<QByteArray> &n
 
 std::optional<VCardProperty> VCardLines::next(const QList<QByteArray> &names)
 {
-    while (!m_rest.isEmpty()) {
+    while (!isAtEnd()) {
         if (std::optional<VCardProperty> property = takeProperty(names))
             return property;
     }
@@ -209,14 +247,19 @@ std::optional<VCardProperty> VCardLines::next(const QList<QByteArray> &names)
 
 QByteArray vCardBytes(const QByteArray &file)
 {
-    constexpr QByteArrayView littleEndian[] = {"\xFF\xFE", {"B\0E\0", 4}}, bigEndian[] = {"\xFE\xFF", {"\0B\0E", 4}};
-    const auto isStart = [&file](QByteArrayView bytes) { return file.startsWith(bytes); };
-    for (const auto &[marks, encoding] :
-         {std::pair(littleEndian, QStringConverter::Utf16LE), std::pair(bigEndian, QStringConverter::Utf16BE)}) {
-        if (std::any_of(marks, marks + 2, isStart))
-            return QString(QStringDecoder(encoding)(file)).toUtf8();
-    }
-    return file.startsWith("\xEF\xBB\xBF") ? file.sliced(3) : file;
+    // A card begins with an ASCII character, so the zero bytes around it tell the encoding without a byte order mark.
+    const auto isZero = [&file](qsizetype at) { return at < file.size() && file[at] == '\0'; };
+    const bool first = isZero(0), second = isZero(1), third = isZero(2), fourth = isZero(3);
+    std::optional<QStringConverter::Encoding> encoding;
+    if (file.startsWith(QByteArrayView("\xFF\xFE\0\0", 4)) || (!first && second && third && fourth))
+        encoding = QStringConverter::Utf32LE;
+    else if (file.startsWith(QByteArrayView("\0\0\xFE\xFF", 4)) || (first && second && third && !fourth))
+        encoding = QStringConverter::Utf32BE;
+    else if (file.startsWith("\xFF\xFE") || (!first && second))
+        encoding = QStringConverter::Utf16LE;
+    else if (file.startsWith("\xFE\xFF") || (first && !second))
+        encoding = QStringConverter::Utf16BE;
+    return encoding ? QString(QStringDecoder(*encoding)(file)).toUtf8() : file;
 }
 
 } // namespace parcelory

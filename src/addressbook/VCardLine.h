@@ -33,21 +33,24 @@ struct VCardProperty {
 class VCardLines {
 public:
     /// `file`: from vCardBytes(); text that is not UTF-8 is decoded property by property. The bytes must outlive this.
-    explicit VCardLines(QByteArrayView file) : m_rest(file) {}
+    explicit VCardLines(QByteArrayView file) : m_file(file) {}
 
     /// The next property with one of these names; nothing at the end of the file. Lines that are not a property are
     /// skipped.
     std::optional<VCardProperty> next(const QList<QByteArray> &names);
 
 private:
+    bool isAtEnd() const { return m_at == m_file.size(); }
     QByteArrayView takeLine();
     bool isContinued() const;
     std::optional<VCardProperty> takeProperty(const QList<QByteArray> &names);
 
-    QByteArrayView m_rest;
+    QByteArrayView m_file;
+    qsizetype m_at = 0;        ///< where the next line begins
+    qsizetype m_lineFeed = -1; ///< the next line feed, or the end of the file, if it is not before m_at
 };
 
-/// Converts a UTF-16 file to UTF-8 and removes the byte order mark.
+/// Converts a UTF-16 or UTF-32 file to UTF-8.
 QByteArray vCardBytes(const QByteArray &file);
 
 } // namespace parcelory

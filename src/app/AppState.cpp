@@ -34,8 +34,9 @@ AppState::AppState(Platform &host)
     : platform(host), errors(ErrorLog::shared()), sanitizer(host.deployment.storeNames), credentials(host), auth(host),
       invoices(auth, sanitizer), keys(host.secrets, host.preferences), shippo(host, keys), scale(host.hid),
       log(host.dataFolder), labelHistory(log), scanForms(log), journal(host.dataFolder), senders(host), boxes(host),
-      addressBook(host.dataFolder), appleContacts(host.contacts, host.clock, host.dataFolder), printer(host),
-      printWatch(printer, host.clock), scanListener(host.keyboard, host.clock, host.deployment.shortLinkHost),
+      drafts(host.dataFolder), addressBook(host.dataFolder), appleContacts(host.contacts, host.clock, host.dataFolder),
+      printer(host), printWatch(printer, host.clock),
+      scanListener(host.keyboard, host.clock, host.deployment.shortLinkHost),
       m_signIn(std::make_unique<SignInFlow>(*this)), m_invoice(std::make_unique<InvoiceFlow>(*this)),
       m_scanForm(std::make_unique<ScanFormFlow>(*this)), m_refundSync(std::make_unique<RefundSync>(*this))
 {
@@ -85,21 +86,37 @@ Task<bool> AppState::hasSavedCredentials()
     co_return co_await credentials.areUsable();
 }
 
+Task<bool> AppState::renewSession()
+{
+    co_return co_await m_signIn->renewSession();
+}
+
 void AppState::signOut()
 {
+    signInAgain();
+    spawn([this] { return credentials.forget(); });
+}
+
+void AppState::signInAgain()
+{
     ++session;
+    m_invoice->cancel();
     flow = AppFlow::login;
     signedInUser = QString();
     loginError = std::nullopt;
     setScanStatus(StatusKind::none, QString());
     scannedInvoice = std::nullopt; // the next clerk did not request it
     auth.clear();
-    spawn([this] { return credentials.forget(); });
 }
 
 void AppState::handleInvoiceScan(const QString &text)
 {
     m_invoice->handleScan(text);
+}
+
+void AppState::cancelInvoiceScan()
+{
+    m_invoice->cancel();
 }
 
 void AppState::fillFromInvoice(const DesklineInvoice &invoice)
@@ -121,7 +138,8 @@ Task<> AppState::syncRefundStatuses()
 
 void AppState::reportScanNoise(const QString &heard)
 {
-    setScanStatus(StatusKind::failure, u"Scanner heard “"_s + firstCharacters(heard, 40) + u"” — not an invoice QR."_s);
+    const AppError noise(u"Scanner heard “"_s + firstCharacters(heard, 40) + u"” — not an invoice QR."_s);
+    failScan(recorded(u"Scanner"_s, noise, Popup::no));
 }
 
 QString AppState::recorded(const QString &context, const AppError &error, Popup popup)
@@ -130,10 +148,22 @@ QString AppState::recorded(const QString &context, const AppError &error, Popup 
     return withAdvice(error, keys.activeName());
 }
 
-void AppState::setScanStatus(StatusKind kind, const QString &text)
+void AppState::failScan(const QString &text, bool isSessionOver)
+{
+    setScanStatus(StatusKind::failure, text);
+    emit scanFailed(text, isSessionOver);
+}
+
+void AppState::setScanStatus(StatusKind kind, const QString &text, const QString &note)
 {
     scanStatus = text;
     scanStatusKind = kind;
+    scanNote = note;
+}
+
+QString AppState::scanLine() const
+{
+    return joinPresent({scanStatus, scanNote}, u" "_s);
 }
 
 } // namespace parcelory

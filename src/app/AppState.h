@@ -16,6 +16,7 @@
 #include "devices/ScanWedgeListener.h"
 #include "devices/USBScale.h"
 #include "records/BoxStore.h"
+#include "records/DraftStore.h"
 #include "records/LabelHistory.h"
 #include "records/PurchaseJournal.h"
 #include "records/ScanForms.h"
@@ -86,6 +87,7 @@ public:
     Observed<bool> scanBusy{this, false}; ///< an invoice is being read
     Observed<QString> scanStatus{this};   ///< scanner and invoice status line
     Observed<StatusKind> scanStatusKind{this, StatusKind::none};
+    Observed<QString> scanNote{this}; ///< what the clerk must know besides scanStatus; usually empty
     Observed<std::optional<DesklineInvoice>> scannedInvoice{this}; ///< the last invoice read
 
     CompanySanitizer sanitizer;
@@ -101,6 +103,7 @@ public:
     PurchaseJournal journal;
     SenderStore senders;
     BoxStore boxes;
+    DraftStore drafts;
     LocalAddressStore addressBook;
     ContactsAddressProvider appleContacts;
     LabelPrinter printer;
@@ -118,12 +121,19 @@ public:
     /// Signs in with the saved credentials, at most once per run.
     Task<> attemptAutoLogin();
     Task<bool> hasSavedCredentials();
+    /// Signs in once more with the saved credentials of the clerk who is signed in, because the back office has ended
+    /// the session. False if there are none, or the back office does not admit them.
+    Task<bool> renewSession();
     /// Discards the saved credentials and the session; stores and draft stay.
     void signOut();
+    /// Shows the sign-in page after the back office has ended the session. Saved credentials stay, too.
+    void signInAgain();
 
     /// Reads the invoice that this code or number names and fills the label from it. Ignored while signed out or while
-    /// another invoice is being read.
+    /// another invoice is being read; scanNote then names the ignored invoice.
     void handleInvoiceScan(const QString &text);
+    /// Stops reading an invoice; the label stays as it is.
+    void cancelInvoiceScan();
     void fillFromInvoice(const DesklineInvoice &invoice);
     /// Requests one SCAN form for all of today's labels bought with a key of the active key's kind (test or live). The
     /// outcome is in scanFormStatus.
@@ -138,15 +148,21 @@ public:
     /// Records a failure in the error log, and returns what to show: the description, and what the clerk can do about a
     /// refused key or too many requests.
     QString recorded(const QString &context, const AppError &error, Popup popup);
-    void setScanStatus(StatusKind kind, const QString &text);
+    void setScanStatus(StatusKind kind, const QString &text, const QString &note = {});
+    /// The status and its note in one line.
+    QString scanLine() const;
     /// Shows the clerk scanned text that is not an invoice code.
     void reportScanNoise(const QString &heard);
+    /// A scan brought no invoice: the text goes to the status line and to the screens.
+    void failScan(const QString &text, bool isSessionOver = false);
 
 signals:
     /// A label was bought, and its recipient is to be saved in the address book.
     void recipientToKeep(const ShippoAddress &recipient);
     /// An invoice has filled the label, and the clerk has closed its alert, if any.
     void invoiceTaken();
+    /// A scan brought no invoice. `isSessionOver`: because the back office asks for a new sign-in.
+    void scanFailed(const QString &text, bool isSessionOver);
 
 private:
     const std::unique_ptr<SignInFlow> m_signIn;

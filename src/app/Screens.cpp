@@ -1,17 +1,60 @@
 #include "app/Screens.h"
 
 #include "app/AppState.h"
+#include "app/purchase/Purchases.h"
 #include "core/ShippoAddress.h"
 #include "core/Task.h"
+#include "records/DraftStore.h"
 #include "records/SenderProfile.h"
+#include "records/ShipmentRecord.h"
+
+#include <optional>
+
+#include <optional>
 
 namespace parcelory {
+using namespace Qt::StringLiterals;
 
 Screens::Screens(AppState &app)
     : signIn(app), addressBook(app), label(app), mailingLog(app), keys(app), masterLog(app, keys), scanForm(app),
       settings(app), updates(app), m_app(app)
 {
+    connect(&mailingLog, &MailingLogScreen::reprinted, &label, &LabelScreen::takeReprint);
     buildOn(app, signIn, addressBook, label, mailingLog, keys, masterLog, scanForm, settings, updates);
+    connect(&label.purchases, &Purchases::refundWanted, this,
+            [this](const ShipmentRecord &record) { spawn([this, record] { return refundSecond(record); }); });
+}
+
+/// The mailing log asks the clerk and shows the outcome.
+Task<> Screens::refundSecond(ShipmentRecord label)
+{
+    m_app.tab = MainTab::mailingLog;
+    const auto found = co_await onPool([&log = m_app.log, label] { return log.find(label); });
+    const std::optional<ShipmentRecord> row = found.valueOr(std::nullopt);
+    if (row)
+        co_await mailingLog.refund(*row);
+    else
+        mailingLog.message = u"The label with tracking number %1 is not in the mailing log."_s.arg(label.tracking);
+}
+
+Task<> Screens::restartIntoUpdate()
+{
+    m_app.drafts.save(label.saved());
+    co_await onPool([&drafts = m_app.drafts] { drafts.flush(); });
+    co_await updates.relaunchNow();
+    if (!updates.isRelaunching())
+        m_app.drafts.clear(); // the clerk goes on with the draft on the screen
+}
+
+void Screens::takeSavedDraft()
+{
+    const std::optional<SavedDraft> draft = m_app.drafts.saved();
+    if (!draft)
+        return;
+    m_app.drafts.clear(); // a later start must not bring back a parcel that has its label by then
+    label.restore(*draft);
+    if (!draft->recipient.isEmpty())
+        label.banner = Banner{QStringLiteral("The draft is back after the update — validate the address again.")};
 }
 
 Task<> Screens::createScanForm()

@@ -30,6 +30,11 @@ public:
     SettingsScreen settings;
     UpdateChecker updates;
 
+    /// Restarts into the downloaded update and stores the draft for the next start. Call only if mayRestart().
+    Task<> restartIntoUpdate();
+    /// Puts the draft that a restart stored back into the New Label screen. Call once, at the start.
+    void takeSavedDraft();
+
     /// Creates the SCAN form for today's labels of the chosen return address.
     Task<> createScanForm();
     /// True while a purchase or a SCAN form is being made, which is not repeated: the program must not end now.
@@ -38,6 +43,8 @@ public:
     bool mayRestart() const { return !label.busy && !mailingLog.busy && !m_app.scanFormBusy; }
 
 private:
+    Task<> refundSecond(ShipmentRecord label);
+
     AppState &m_app;
 };
 

@@ -77,8 +77,8 @@ Task<bool> DesklineAuth::waitFor(QString expression, std::chrono::milliseconds t
                                  std::chrono::milliseconds interval)
 {
     const int visit = m_visit;
-    const QDateTime deadline = m_clock.now().addMSecs(timeout.count());
-    while (m_clock.now() < deadline) {
+    const QDateTime deadline = m_clock.steadyNow().addMSecs(timeout.count());
+    while (m_clock.steadyNow() < deadline) {
         const bool holds = co_await evalBool(expression);
         if (m_visit != visit || m_web.hasCrashed())
             co_return false;
@@ -91,8 +91,9 @@ Task<bool> DesklineAuth::waitFor(QString expression, std::chrono::milliseconds t
 
 Task<QString> DesklineAuth::fillLogin(QString user, QString pass)
 {
-    const QString script =
-        scriptText(u"fill-login.js"_s) + u'(' + scriptArray(user) + u"[0], "_s + scriptArray(pass) + u"[0])"_s;
+    const QString base = m_base.toString(QUrl::FullyEncoded | QUrl::RemoveUserInfo);
+    const QString script = scriptText(u"fill-login.js"_s) + u'(' + scriptArray(user) + u"[0], "_s + scriptArray(pass) +
+                           u"[0], "_s + scriptArray(base) + u"[0])"_s;
     co_return co_await evalString(script);
 }
 
@@ -106,6 +107,15 @@ Task<bool> DesklineAuth::evalBool(QString expression)
 {
     const QVariant value = co_await m_web.evaluate(expression);
     co_return value.typeId() == QMetaType::Bool &&value.toBool();
+}
+
+Task<bool> DesklineAuth::asksForSignIn()
+{
+    const bool signInForm = co_await evalBool(loginFormProbe);
+    if (!signInForm)
+        co_return false;
+    const bool signedIn = co_await evalBool(signedInProbe);
+    co_return !signedIn;
 }
 
 void DesklineAuth::clear()

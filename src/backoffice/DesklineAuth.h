@@ -31,17 +31,22 @@ public:
     void load(const QUrl &url);
     /// Counts page loads, so that a caller that waits for a page can tell that another page has replaced it.
     int visit() const { return m_visit; }
+    /// Ends every wait for the current page, as if another page had replaced it. The session stays.
+    void leavePage() { ++m_visit; }
     /// Evaluates `expression` in the page every `interval` until it is true. False on timeout, if the page crashed, or
     /// if another page was loaded.
     Task<bool> waitFor(QString expression, std::chrono::milliseconds timeout,
                        std::chrono::milliseconds interval = std::chrono::milliseconds(300));
     /// Fills in and submits the sign-in form. Returns "submitted", or what is missing: "no-password-field",
-    /// "no-user-field", "no-form".
+    /// "no-user-field", "no-form", "wrong-address" (the page is not the back office's).
     Task<QString> fillLogin(QString user, QString pass);
     /// Empty if the value is not a text or the evaluation fails; never throws.
     Task<QString> evalString(QString expression);
     /// False if the value is not a boolean or the evaluation fails; never throws.
     Task<bool> evalBool(QString expression);
+
+    /// True if the page asks for a sign-in. A page with a password field that also offers to sign out does not.
+    Task<bool> asksForSignIn();
 
     bool hasCrashed() const { return m_web.hasCrashed(); }
     /// Discards the session and its cookies: the next clerk starts at the sign-in form.

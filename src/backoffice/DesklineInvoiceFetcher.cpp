@@ -46,8 +46,7 @@ Task<DesklineInvoice> DesklineInvoiceFetcher::fetch(QString invoiceID)
     const bool reachable = co_await m_auth.isReachable(15s);
     if (!reachable)
         throw DesklineInvoiceError(Kind::unreachable);
-    if (m_auth.visit() != visit) // signed out meanwhile: the page belongs to another session
-        throw DesklineInvoiceError(Kind::notSignedIn);
+    requireSamePage(visit);
     const DesklinePage page = co_await readPage(invoiceID);
     DesklineInvoice invoice = invoiceFrom(invoiceID, page);
     const QString profile = page.profileUserID.value_or(QString());
@@ -60,9 +59,18 @@ Task<DesklineInvoice> DesklineInvoiceFetcher::fetch(QString invoiceID)
     co_return invoice;
 }
 
+/// After a sign-out or a cancel, the page belongs to another session or another invoice. The caller no longer wants
+/// this invoice, so nobody sees the error.
+void DesklineInvoiceFetcher::requireSamePage(int visit) const
+{
+    if (m_auth.visit() != visit)
+        throw DesklineInvoiceError(Kind::notSignedIn);
+}
+
 Task<DesklinePage> DesklineInvoiceFetcher::readPage(QString invoiceID)
 {
     m_auth.load(m_auth.address(u"/staff/buyers.php?subcmd=_detail_invoice&id="_s + invoiceID));
+    const int visit = m_auth.visit();
     const QString loaded =
         u"document.readyState === 'complete' && location.href.indexOf('id=%1') !== -1"_s.arg(invoiceID);
     const bool ready = co_await m_auth.waitFor(loaded, 45s);
@@ -74,10 +82,11 @@ Task<DesklinePage> DesklineInvoiceFetcher::readPage(QString invoiceID)
         throw DesklineInvoiceError(signInForm ? Kind::notSignedIn : Kind::timeout, invoiceID);
     }
     const QString answer = co_await m_auth.evalString(scriptText(u"read-invoice.js"_s) + u"()"_s);
+    requireSamePage(visit);
     std::optional<DesklinePage> page = parsePage(answer);
     if (!page) { // the sign-in form may appear at the invoice's own address
-        const bool signInForm = co_await m_auth.evalBool(DesklineAuth::loginFormProbe);
-        throw DesklineInvoiceError(signInForm ? Kind::notSignedIn : Kind::noBuyer, invoiceID);
+        const bool expired = co_await m_auth.asksForSignIn();
+        throw DesklineInvoiceError(expired ? Kind::notSignedIn : Kind::noBuyer, invoiceID);
     }
     co_return *std::move(page);
 }

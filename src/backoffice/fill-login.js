@@ -1,6 +1,8 @@
 // Fills in the sign-in form and submits it; returns "submitted" or what is missing. The input events are for pages that
-// listen to typing.
-(function (user, pass) {
+// listen to typing. A redirect may have led to another page: only pages of the back office get the password.
+(function (user, pass, base) {
+    if (location.origin !== new URL(base).origin)
+        return 'wrong-address';
     const passwordField = document.querySelector('input[type=password]');
     if (!passwordField)
         return 'no-password-field';

@@ -12,26 +12,33 @@
             next = next.nextElementSibling;
         return next;
     };
-    // Only the innermost cell with a text has it: a layout cell shows the texts of all cells inside it.
-    const hasItself = (cell, pattern) => pattern.test(t(cell)) && !cellsIn(cell).some(inner => pattern.test(t(inner)));
     const label = /^(Name|Email|Address|City|Zip|Country|Phone|Company Name|Codes):\s*([\s\S]*)$/;
+    const labelOf = cell => (label.exec(t(cell)) || [])[1];
+    // A layout cell shows the texts of all cells inside it. Its own text is the rest, without the cells that speak for
+    // themselves; a table that is only the value of a label stays.
+    const ownText = (cell, speaks) =>
+        cellsIn(cell).filter(speaks).reduce((text, inner) => text.replace(t(inner), ''), t(cell)).trim();
+    // The cell after the first cell that holds the words itself and whose next cell shows a text.
+    const textAfter = words => {
+        const speaks = cell => cellAfter(cell) && words.test(t(cell));
+        return cellsIn(document).filter(cell => speaks(cell) && words.test(ownText(cell, speaks)))
+            .map(cell => t(cellAfter(cell))).find(text => text) || '';
+    };
 
     const profile = document.querySelector('a[href*="_update-customer"]');
     if (profile)
         result.profileUserID = (/id=(\d+)/.exec(profile.getAttribute('href')) || [])[1] || '';
 
     for (const cell of cellsIn(document)) {
-        if (hasItself(cell, label)) {
-            const [, name, value] = label.exec(t(cell));
-            if (!(name in result.fields))
-                result.fields[name] = value.trim();
-        }
-        const next = cellAfter(cell);
-        if (next && !result.tracking && hasItself(cell, /Shipment Tracking No/))
-            result.tracking = t(next);
-        if (next && !result.paid && hasItself(cell, /Paid amount/))
-            result.paid = t(next);
+        const found = label.exec(ownText(cell, labelOf));
+        if (!found || found[1] in result.fields)
+            continue;
+        const value = found[2].trim();
+        if (value || !cellsIn(cell).some(inner => labelOf(inner) === found[1])) // an inner cell has the value
+            result.fields[found[1]] = value;
     }
+    result.tracking = textAfter(/Shipment Tracking No/);
+    result.paid = textAfter(/Paid amount/);
 
     for (const table of document.querySelectorAll('table')) {
         const [head, ...rows] = [...table.rows].filter(isShown);

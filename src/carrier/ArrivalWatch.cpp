@@ -8,7 +8,10 @@ bool ArrivalWatch::mayStillArrive(const QString &request, const QDateTime &asked
 {
     const QDateTime steady = m_clock.steadyNow();
     const QDateTime seen = m_firstSeen.try_emplace({request, askedAt}, steady).first->second;
-    return ShippoClient::mayStillArrive(askedAt, m_clock.now()) && ShippoClient::mayStillArrive(seen, steady);
+    const QDateTime countedOn = m_start.addMSecs(m_steadyStart.msecsTo(steady));
+    const bool isRecent =
+        ShippoClient::mayStillArrive(askedAt, m_clock.now()) || ShippoClient::mayStillArrive(askedAt, countedOn);
+    return isRecent && ShippoClient::mayStillArrive(seen, steady);
 }
 
 } // namespace parcelory

@@ -22,7 +22,7 @@ T decodeAnswer(const QByteArray &answer)
 template <class T>
 QList<T> readableRecords(const QByteArray &page)
 {
-    const Json list = Json::parse(page.begin(), page.end(), nullptr, false);
+    const Json list = parseJsonIfPossible(page).value_or(Json());
     if (!list.is_object() || !list.contains("results") || !list["results"].is_array())
         throw DecodeError(QStringLiteral("Shippo's response could not be read — it is no list."));
     QList<T> records;

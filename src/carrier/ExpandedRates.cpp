@@ -18,7 +18,7 @@ void copyText(const Json &from, const char *key, Json &to, const char *as)
 
 QByteArray withRateIds(const QByteArray &page)
 {
-    Json list = Json::parse(page.begin(), page.end(), nullptr, false);
+    Json list = parseJsonIfPossible(page).value_or(Json());
     if (!list.is_object() || !list.contains("results"))
         return page;
     bool isChanged = false;

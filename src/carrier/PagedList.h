@@ -21,6 +21,7 @@ struct Listing {
     std::function<void()> onPage;                     ///< called on the main thread for every page that was read
     std::function<void(std::chrono::seconds)> onWait; ///< called when the carrier wants a pause
     bool isCut = false;                               ///< older records were left out, because of maxPages
+    bool isOver = false;                              ///< the last page of the list was read
     CancelToken cancel;                               ///< canceled when the result is no longer needed
     std::exception_ptr failure;                       ///< the first failure; the other lists of the listing stop
 };
@@ -38,7 +39,10 @@ Task<QList<T>> pagedList(Fetch fetch, QString path, QDateTime cutoff, Created cr
         const QByteArray answer = co_await fetch(path);
         const auto page = decodeAnswer<ShippoList<T>>(answer);
         all += page.results;
-        if (page.results.isEmpty() || page.next.value_or(QString()).isEmpty())
+        const bool isLast = page.next.value_or(QString()).isEmpty();
+        if (state && isLast)
+            state->isOver = true;
+        if (page.results.isEmpty() || isLast)
             co_return all;
         for (const T &record : page.results) {
             const std::optional<QString> text = created(record);

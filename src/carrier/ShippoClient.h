@@ -39,8 +39,11 @@ public:
     /// Throws Unconfirmed if the carrier accepted the purchase but a later poll failed.
     /// A purchase still queued after the last poll is returned as it is; its label URL is empty.
     Task<ShippoTransaction> purchase(QString rateId, QString labelFileType, QString metadata);
-    /// The account's purchases of a rate since then, newest first; used to look up a purchase whose response was lost.
-    Task<QList<ShippoTransaction>> purchasesOf(QString rateId, QDateTime since);
+    /// The account's purchases of a rate, newest first; used to look up a purchase whose response was lost. The list is
+    /// read back to `rated`, the time of the rate by the carrier's clock; if that is unknown, to a day before `asked`,
+    /// the time of the request by the desk's clock. Throws ShippoError if nothing was found and that proves nothing:
+    /// the list goes on, and only the desk's clock says that the rest is too old.
+    Task<QList<ShippoTransaction>> purchasesOf(QString rateId, QDateTime asked, QDateTime rated);
     /// Downloads a document of the carrier without sending the token.
     Task<QByteArray> downloadLabel(QString url);
 

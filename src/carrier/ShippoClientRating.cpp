@@ -15,6 +15,7 @@
 #include "carrier/Polling.h"
 #include "core/Text.h"
 
+#include <algorithm>
 #include <memory>
 #include <utility>
 
@@ -24,6 +25,8 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr qsizetype metadataLimit = 100;
+constexpr qint64 carrierDrift = 3600; ///< seconds by which the clocks of the carrier's machines may differ
+constexpr qint64 documentLimit = 16 * 1024 * 1024;
 
 } // namespace
 
@@ -62,15 +65,17 @@ Task<ShippoTransaction> ShippoClient::purchase(QString rateId, QString labelFile
     co_return transaction;
 }
 
-Task<QList<ShippoTransaction>> ShippoClient::purchasesOf(QString rateId, QDateTime since)
+Task<QList<ShippoTransaction>> ShippoClient::purchasesOf(QString rateId, QDateTime asked, QDateTime rated)
 {
     const auto fetch = [this](const QString &path) { return listedPurchases(path); };
     const auto created = [](const ShippoTransaction &transaction) { return transaction.objectCreated; };
     const auto listing = std::make_shared<Listing>();
-    QList<ShippoTransaction> sold = co_await pagedList<ShippoTransaction>(
-        fetch, u"transactions?results=100"_s, since.addDays(-1), created, listing); // the desk's clock may be wrong
+    const bool isProof = rated.isValid();
+    const QDateTime cutoff = isProof ? rated.addSecs(-carrierDrift) : std::min(asked, m_clock.now()).addDays(-1);
+    QList<ShippoTransaction> sold =
+        co_await pagedList<ShippoTransaction>(fetch, u"transactions?results=100"_s, cutoff, created, listing);
     sold.removeIf([&rateId](const ShippoTransaction &transaction) { return transaction.rate != rateId; });
-    if (sold.isEmpty() && listing->isCut)
+    if (sold.isEmpty() && (listing->isCut || (!isProof && !listing->isOver)))
         throw ShippoError::api(u"The account has sold too many labels since then to find this one."_s);
     co_return sold;
 }
@@ -87,7 +92,11 @@ Task<QByteArray> ShippoClient::downloadLabel(QString url)
     const bool isWeb = address.scheme() == u"https" || address.scheme() == u"http";
     if (!address.isValid() || !isWeb || address.host().isEmpty())
         throw ShippoError::api(u"Bad label URL"_s);
-    HttpRequest message{.url = address};
+    // The practice carrier has no certificate.
+    const bool isPractice = m_base.scheme() == u"http" && address.host() == m_base.host();
+    if (address.scheme() != u"https" && !isPractice) // anybody on the way could print another label
+        throw ShippoError::api(u"the carrier's link is not encrypted, so it was not followed"_s);
+    HttpRequest message{.url = address, .mostBytes = documentLimit};
     const HttpAnswer answer = co_await m_http.send(std::move(message));
     if (answer.status < 200 || answer.status >= 300)
         throw ShippoError::http(answer.status, u"label download"_s);

@@ -18,12 +18,9 @@ namespace {
 
 constexpr qsizetype shownBodyLength = 300;
 constexpr qsizetype shownLines = 4;
-constexpr int deepestNesting = 100; ///< far beyond any real response; a hostile response must not exhaust the stack
 
-void flatten(const Json &value, const QString &path, QStringList &lines, int depth)
+void flatten(const Json &value, const QString &path, QStringList &lines)
 {
-    if (depth > deepestNesting)
-        return;
     if (value.is_string()) {
         const QString text = QString::fromStdString(value.get<std::string>());
         if (text.trimmed().isEmpty())
@@ -31,14 +28,14 @@ void flatten(const Json &value, const QString &path, QStringList &lines, int dep
         lines += path.isEmpty() ? text : path + u": "_s + text;
     } else if (value.is_array()) {
         for (const Json &element : value)
-            flatten(element, path, lines, depth + 1);
+            flatten(element, path, lines);
     } else if (value.is_object()) {
         std::map<std::string, const Json *> entries;
         for (const auto &[key, element] : value.items())
             entries.emplace(key, &element);
         for (const auto &[key, element] : entries) {
             const QString name = QString::fromStdString(key);
-            flatten(*element, path.isEmpty() ? name : path + u' ' + name, lines, depth + 1);
+            flatten(*element, path.isEmpty() ? name : path + u' ' + name, lines);
         }
     }
 }
@@ -109,11 +106,11 @@ RequestFate fateOf(const AppError &error)
 
 std::optional<QString> prettyFieldErrors(const QByteArray &body)
 {
-    const Json json = Json::parse(body.begin(), body.end(), nullptr, false);
-    if (json.is_discarded())
+    const std::optional<Json> json = parseJsonIfPossible(body);
+    if (!json)
         return std::nullopt;
     QStringList lines;
-    flatten(json, QString(), lines, 0);
+    flatten(*json, QString(), lines);
     if (lines.isEmpty())
         return std::nullopt;
     return lines.first(std::min(lines.size(), shownLines)).join(u'\n');

@@ -103,9 +103,8 @@ bool ShippoKeys::isTest(const QString &token)
     return token.startsWith(u"shippo_test"_s);
 }
 
-QString ShippoKeys::settingsText()
+QString ShippoKeys::settingsText(const QString &active) const
 {
-    const QString active = activeToken().value_or(QString());
     if (active.isEmpty())
         return u"No API key active. Add one below (Shippo dashboard → API → Developer keys)."_s;
     const QString name = u'“' + activeName();
@@ -113,9 +112,8 @@ QString ShippoKeys::settingsText()
                           : name + u"” active — LIVE key, labels cost real money."_s;
 }
 
-QString ShippoKeys::statusText()
+QString ShippoKeys::statusText(const QString &active) const
 {
-    const QString active = activeToken().value_or(QString());
     if (active.isEmpty())
         return u"No Shippo API key — add one in Settings"_s;
     return isTest(active) ? u"Shippo TEST mode ("_s + activeName() + u") — labels are not real postage"_s

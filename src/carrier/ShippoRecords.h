@@ -55,6 +55,7 @@ struct ShippoRate {
     std::optional<int> estimatedDays;
     std::optional<QString> durationTerms;
     std::optional<QList<QString>> attributes; ///< "CHEAPEST", "FASTEST" …
+    std::optional<QString> objectCreated;     ///< ISO 8601, by the carrier's clock
 
     static constexpr auto fields()
     {
@@ -62,7 +63,8 @@ struct ShippoRate {
         return std::tuple{field("objectId", &R::objectId),           field("amount", &R::amount),
                           field("currency", &R::currency),           field("provider", &R::provider),
                           field("servicelevel", &R::servicelevel),   field("estimatedDays", &R::estimatedDays),
-                          field("durationTerms", &R::durationTerms), field("attributes", &R::attributes)};
+                          field("durationTerms", &R::durationTerms), field("attributes", &R::attributes),
+                          field("objectCreated", &R::objectCreated)};
     }
     bool operator==(const ShippoRate &) const = default;
 };
@@ -110,12 +112,14 @@ struct ShippoShipment {
     QList<ShippoRate> rates;
     std::optional<QList<ShippoMessage>> messages;
     std::optional<ShippoShipmentListed::Address> addressTo; ///< the recipient as the carrier will print it
+    std::optional<QString> objectCreated;
 
     static constexpr auto fields()
     {
         using S = ShippoShipment;
-        return std::tuple{field("objectId", &S::objectId), field("status", &S::status), field("rates", &S::rates),
-                          field("messages", &S::messages), field("addressTo", &S::addressTo)};
+        return std::tuple{field("objectId", &S::objectId),   field("status", &S::status),
+                          field("rates", &S::rates),         field("messages", &S::messages),
+                          field("addressTo", &S::addressTo), field("objectCreated", &S::objectCreated)};
     }
 };
 

@@ -1,11 +1,16 @@
 #include "core/AppError.h"
 
+#include "core/Text.h"
+
 #include <exception>
 #include <utility>
 
 namespace parcelory {
 
-AppError::AppError(QString description) : m_description(std::move(description)), m_utf8(m_description.toUtf8()) {}
+AppError::AppError(const QString &description)
+    : m_description(firstCharacters(description, longest)), m_utf8(m_description.toUtf8())
+{
+}
 
 SystemError::SystemError(int code, QString description) : AppError(std::move(description)), m_code(code) {}
 

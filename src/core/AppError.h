@@ -6,10 +6,13 @@
 
 namespace parcelory {
 
-/// A failure whose description is a text for the clerk.
+/// A failure whose description is a text for the clerk. Servers and tools write part of many descriptions, so a
+/// description ends after `longest` characters.
 class AppError : public std::exception {
 public:
-    explicit AppError(QString description);
+    static constexpr qsizetype longest = 2000;
+
+    explicit AppError(const QString &description);
 
     const QString &description() const { return m_description; }
     /// True when the clerk's own input was rejected: the screen that took it shows why.

@@ -5,6 +5,7 @@
 #include <cctype>
 #include <cmath>
 #include <limits>
+#include <optional>
 #include <string>
 
 namespace parcelory {
@@ -22,6 +23,24 @@ const QDateTime &referenceDate()
 QString printable(const std::string &path)
 {
     return path.empty() ? u"the text"_s : u'"' + QString::fromStdString(path) + u'"';
+}
+
+/// Counts brackets outside strings. As far as the text is valid, the parser sees the same brackets, and no more.
+bool isTooDeep(const QByteArray &text)
+{
+    int depth = 0;
+    bool isInString = false;
+    for (auto c = text.begin(); c != text.end(); ++c) {
+        if (isInString && *c == '\\' && c + 1 != text.end())
+            ++c;
+        else if (*c == '"')
+            isInString = !isInString;
+        else if (!isInString && (*c == '[' || *c == '{') && ++depth > deepestJson)
+            return true;
+        else if (!isInString && (*c == ']' || *c == '}'))
+            --depth;
+    }
+    return false;
 }
 
 } // namespace
@@ -142,10 +161,21 @@ Json encodeValue(const QDateTime &value, Keys)
 
 Json parseJson(const QByteArray &text)
 {
+    if (isTooDeep(text))
+        throw DecodeError(u"it is nested too deeply"_s);
     Json json = Json::parse(text.begin(), text.end(), nullptr, false);
     if (json.is_discarded())
         throw DecodeError(u"it is not JSON"_s);
     return json;
+}
+
+std::optional<Json> parseJsonIfPossible(const QByteArray &text)
+{
+    try {
+        return parseJson(text);
+    } catch (const DecodeError &) {
+        return std::nullopt;
+    }
 }
 
 QByteArray dumpJson(const Json &json)

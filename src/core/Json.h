@@ -144,8 +144,14 @@ Json encodeValue(const R &record, Keys keys)
 
 } // namespace detail
 
-/// Parses JSON; throws DecodeError if the text is not JSON.
+/// Arrays and objects that nest deeper are refused: copying, writing and reading a value take stack for each level.
+constexpr int deepestJson = 100;
+
+/// Parses JSON; throws DecodeError if the text is not JSON or nests too deeply. Nothing else in the program parses
+/// JSON.
 Json parseJson(const QByteArray &text);
+/// The same, but nothing instead of an error.
+std::optional<Json> parseJsonIfPossible(const QByteArray &text);
 
 /// The compact text of a JSON value.
 QByteArray dumpJson(const Json &json);

@@ -1,6 +1,7 @@
 #include "core/JsonFile.h"
 
-#include <QDateTime>
+#include "core/PrivateFiles.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -16,16 +17,18 @@ namespace {
 
 bool moveAside(const QString &path)
 {
-    const QString suffix = QDateTime::currentDateTime().toString(u"yyyyMMdd-hhmmss-zzz"_s);
-    return !QFile::exists(path) || QFile::rename(path, path + u".unreadable-"_s + suffix);
+    return !QFile::exists(path) || QFile::rename(path, asidePath(path));
 }
 
 void replaceFile(const QString &path, const QByteArray &bytes)
 {
-    QDir().mkpath(QFileInfo(path).absolutePath());
+    createPrivateFolder(QFileInfo(path).absoluteDir());
     QSaveFile file(path);
     // Check flush() explicitly: commit() alone renames a file that a full disk left empty.
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.flush() || !file.commit())
+    const bool isOpen = file.open(QIODevice::WriteOnly);
+    if (isOpen)
+        file.setPermissions(QFile::ReadOwner | QFile::WriteOwner);
+    if (!isOpen || file.write(bytes) != bytes.size() || !file.flush() || !file.commit())
         qWarning("Parcelory: cannot write %s: %s", qPrintable(path), qPrintable(file.errorString()));
 }
 
@@ -40,10 +43,11 @@ JsonFile::~JsonFile()
 
 std::optional<QByteArray> JsonFile::read()
 {
+    const QFileInfo info(m_path);
     QFile file(m_path);
-    if (file.open(QIODevice::ReadOnly))
+    if (info.isFile() && info.size() <= largest && file.open(QIODevice::ReadOnly)) // a pipe would block
         return file.readAll();
-    m_setAside = file.exists();
+    m_setAside = info.exists();
     return std::nullopt;
 }
 

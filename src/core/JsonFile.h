@@ -15,11 +15,15 @@ namespace parcelory {
 /// never waits; flush() and the destructor do.
 class JsonFile {
 public:
+    /// Bytes; the stores take less than a tenth, and decoding more would hold up the start.
+    static constexpr qint64 largest = 32 << 20;
+
     /// `path`: created with its folders at the first write.
     explicit JsonFile(QString path);
     ~JsonFile();
 
-    /// The file's bytes, or nothing if it is missing or unreadable. The next write first renames an unreadable file.
+    /// The file's bytes, or nothing if it is missing, unreadable, too large or no regular file. The next write first
+    /// renames such a file.
     std::optional<QByteArray> read();
     /// Call if the file does not decode: the next write first renames it with a time-stamped suffix.
     void setAsideBeforeWrite() { m_setAside = true; }

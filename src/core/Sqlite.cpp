@@ -1,5 +1,6 @@
 #include "core/Sqlite.h"
 
+#include "core/PrivateFiles.h"
 #include "core/Progress.h"
 
 #include <sqlite3.h>
@@ -18,6 +19,7 @@ Database::Database(const QString &path, std::chrono::milliseconds patience)
 bool Database::reopen()
 {
     sqlite3_close(m_db);
+    createPrivateFile(QString::fromUtf8(m_path)); // its side files take its mode
     // Threads share the handle, so request its mutex: some systems' SQLite leaves it out by default.
     constexpr int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_FULLMUTEX;
     m_open = sqlite3_open_v2(m_path.constData(), &m_db, flags, nullptr) == SQLITE_OK;

@@ -11,6 +11,7 @@
 #include <QGuiApplication>
 #include <QPdfWriter>
 
+#include <algorithm>
 #include <iterator>
 
 namespace parcelory::CommercialInvoice {
@@ -62,9 +63,8 @@ QStringList addressLines(const PostalContact &who)
 void drawHead(PaperSheet &sheet, const Data_ &data, const Deployment &deployment)
 {
     const QStringList &letterhead = deployment.letterhead;
-    // The banner to the right limits the width of the name.
-    sheet.draw(letterhead.value(0), {60, 70, 330, 33}, {.size = 26, .bold = true});
-    sheet.draw(letterhead.mid(1), {60, 106, 330, 62}, {.size = 9, .step = 13});
+    sheet.draw(letterhead.value(0), {60, 70, 400, 33}, {.size = 26, .bold = true});
+    sheet.draw(letterhead.mid(1), {60, 106, 250, 62}, {.size = 9, .step = 13});
     sheet.fill({400, 50, right - 400, 53}, bannerBlue);
     sheet.draw(u"Invoice"_s, {410, 58, 132, 40}, {.size = 30, .color = Qt::white, .bold = true});
 
@@ -72,8 +72,13 @@ void drawHead(PaperSheet &sheet, const Data_ &data, const Deployment &deployment
     sheet.draw(data.invoiceNumber, {150, 175, 160, 15}, {.size = 11});
     sheet.draw(u"Customer ID:"_s, {60, 225, 85, 15}, heading);
     sheet.rule(239, 150, 300); // filled in by hand, if the customer has an id
-    sheet.draw(u"Bill To:"_s, {320, 175, 122, 15}, {.size = 11, .color = labelGray, .bold = true});
-    sheet.draw(addressLines(data.recipient), {320, 192, 122, 104}, {.size = 9, .step = 13});
+    // An address of more than eight lines begins higher, so that up to twelve keep their size and spacing.
+    const TextStyle small{.size = 9, .step = 13};
+    const QStringList lines = addressLines(data.recipient);
+    const qsizetype more = std::clamp<qsizetype>(sheet.countLines(lines, 122, small) - 8, 0, 4);
+    const double top = 192 - small.step * double(more);
+    sheet.draw(u"Bill To:"_s, {320, top - 17, 122, 15}, {.size = 11, .color = labelGray, .bold = true});
+    sheet.draw(lines, {320, top, 122, 296 - top}, small);
 }
 
 void drawItem(PaperSheet &sheet, const Data_ &data)
@@ -134,7 +139,7 @@ void drawPanel(PaperSheet &sheet, const Data_ &data, const Deployment &deploymen
         {u"Currency"_s, u"US dollars (USD)"_s, u"Reason for export"_s, u"Sale of goods"_s},
         {u"Country of origin"_s, countryName(deployment.countryOfOrigin.value_or(u"US"_s)), u"Terms of sale"_s,
          deployment.incoterm.value_or(u"DDU"_s)},
-        {u"Packages"_s, u"1"_s, u"If undeliverable"_s, u"Return to sender"_s},
+        {u"Packages"_s, joinPresent({u"1"_s, data.weight}, u", "_s), u"If undeliverable"_s, u"Return to sender"_s},
         {u"Signature"_s, {}, u"Name"_s, data.signer},
         {{}, {}, u"Date"_s, signedOn},
     };
@@ -176,6 +181,15 @@ QByteArray pdf(const Data_ &data, const Deployment &deployment)
         sheet.draw({certification, purpose}, {left, 700, right - left, 66}, {.size = 9, .step = 13});
     }
     return bytes;
+}
+
+QString lettersWithoutGlyph(const Data_ &data)
+{
+    const QStringList texts = addressLines(data.recipient) +
+                              QStringList{data.invoiceNumber, data.shipVia,  data.itemDescription,
+                                          data.hsCode,        data.quantity, data.extraLine.value_or(QString()),
+                                          data.signer};
+    return parcelory::lettersWithoutGlyph(texts.join(u' '));
 }
 
 } // namespace parcelory::CommercialInvoice

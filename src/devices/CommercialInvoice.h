@@ -26,11 +26,15 @@ struct Data_ {
     double value = 0;                 ///< of all pieces together, in US dollars
     std::optional<QString> extraLine; ///< small print under the item
     QString signer;                   ///< who certifies the invoice; empty: name and date are written by hand
+    QString weight;                   ///< of the parcel, as shown; empty: unknown
 };
 
 /// The page as a PDF with embedded fonts and real text. Letterhead, origin and terms of sale are deployment values.
 /// May be called on any thread. Throws AppError in a program without a QGuiApplication, which the fonts need.
 QByteArray pdf(const Data_ &data, const Deployment &deployment);
+
+/// The letters of the invoice that no installed font has: the page shows a box in their place.
+QString lettersWithoutGlyph(const Data_ &data);
 
 } // namespace CommercialInvoice
 } // namespace parcelory

@@ -6,14 +6,11 @@
 #include "core/Text.h"
 #include "core/ports/Preferences.h"
 #include "core/ports/ProcessRunner.h"
+#include "devices/HandoverFile.h"
 #include "devices/PrinterState.h"
 #include "devices/Zpl.h"
 
-#include <QDir>
-#include <QFile>
 #include <QRegularExpression>
-#include <QScopeGuard>
-#include <QUuid>
 
 #include <algorithm>
 
@@ -28,23 +25,6 @@ const QString cupsenableTool = u"/usr/sbin/cupsenable"_s;
 
 constexpr QStringView zebraWords[] = {u"zebra", u"ztc", u"zpl", u"gk420", u"gx420",
                                       u"zd4",   u"zd6", u"zp4", u"zt2",   u"zt4"};
-
-/// Writes a file that only its owner can read, because labels contain addresses. Returns its path.
-QString temporaryFile(const QByteArray &bytes, const QString &prefix, const QString &suffix)
-{
-    const QString name = prefix + QUuid::createUuid().toString(QUuid::WithoutBraces) + suffix;
-    const QDir folder = QDir::temp();
-    if (!folder.exists()) // the file would end up in the current directory
-        throw AppError(u"The folder for temporary files, %1, does not exist."_s.arg(folder.path()));
-    QFile file(folder.filePath(name));
-    const bool opened = file.open(QIODevice::WriteOnly | QIODevice::NewOnly, QFile::ReadOwner | QFile::WriteOwner);
-    if (!opened || file.write(bytes) != bytes.size() || !file.flush()) {
-        const QString reason = file.errorString();
-        file.remove();
-        throw AppError(u"The label could not be handed to the printer — "_s + reason + u'.');
-    }
-    return file.fileName();
-}
 
 /// The Zebra queues in the output of lpstat -v.
 QStringList zebrasIn(const QStringList &lines)
@@ -63,6 +43,20 @@ QStringList zebrasIn(const QStringList &lines)
     return found;
 }
 
+/// ProcessRunner reports a tool that crashed or was killed as 128 plus the signal.
+bool hasCrashed(const ProcessOutcome &outcome)
+{
+    return outcome.status > 128;
+}
+
+QString failureText(const ProcessOutcome &outcome)
+{
+    if (hasCrashed(outcome))
+        return u"lpstat crashed (signal %1)"_s.arg(outcome.status - 128);
+    const QString reason = utf8OrEmpty(outcome.err).trimmed();
+    return reason.isEmpty() ? u"lpstat ended with status %1"_s.arg(outcome.status) : reason;
+}
+
 } // namespace
 
 LabelPrinter::LabelPrinter(Platform &platform)
@@ -78,7 +72,7 @@ QString LabelPrinter::print(const LabelFile &label, const QString &zebraQueue, c
             return u"Shippo returned a PDF label (not ZPL) — sent to "_s + documentQueue + u'.';
         return u"Shippo returned a PDF label (not ZPL) — opened in Preview."_s;
     case LabelKind::png:
-        m_desktop.openFile(temporaryFile(label.bytes, u"parcelory-label-"_s, u".png"_s));
+        view(label.bytes, u"parcelory-label-"_s, u".png"_s);
         return u"Shippo returned a PNG label (not ZPL) — opened in Preview."_s;
     case LabelKind::notALabel: // rejected by sendZpl()
     case LabelKind::zpl:
@@ -110,9 +104,8 @@ void LabelPrinter::sendZpl(const LabelFile &label, const QString &queue)
         program = Zpl::rotated(program);
     else if (read(m_preferences, settings::turnedQueues).contains(queue))
         program = Zpl::upright(program);
-    const QString path = temporaryFile(program, u"parcelory-"_s, u".zpl"_s);
-    const auto removed = qScopeGuard([&path] { QFile::remove(path); });
-    lpr(path, queue, true);
+    const HandoverFile file(program, u"parcelory-"_s, u".zpl"_s);
+    lpr(file.path(), queue, true);
     if (Zpl::leavesTurned(program))
         rememberTurned(queue);
 }
@@ -134,19 +127,29 @@ bool LabelPrinter::sendPdf(const LabelFile &document, const QString &queue)
 {
     if (document.kind != LabelKind::pdf)
         throw SystemError(notALabel, u"the document is not a PDF"_s);
-    const QString path = temporaryFile(document.bytes, u"parcelory-"_s, u".pdf"_s);
     if (queue.isEmpty()) {
-        m_desktop.openFile(path); // the viewer needs the file, so it stays
+        view(document.bytes, u"parcelory-"_s, u".pdf"_s);
         return false;
     }
-    const auto removed = qScopeGuard([&path] { QFile::remove(path); });
-    lpr(path, queue, false);
+    const HandoverFile file(document.bytes, u"parcelory-"_s, u".pdf"_s);
+    lpr(file.path(), queue, false);
     return true;
+}
+
+void LabelPrinter::view(const QByteArray &bytes, const QString &prefix, const QString &suffix)
+{
+    HandoverFile file(bytes, prefix, suffix);
+    file.keepForViewer(); // it is the clerk's only copy if no viewer opens
+    m_desktop.openFile(file.path());
 }
 
 ProcessOutcome LabelPrinter::runTool(const QString &tool, const QStringList &arguments)
 {
-    return m_processes.run(tool, arguments, {}, toolLimit);
+    try {
+        return m_processes.run(tool, arguments, {}, toolLimit);
+    } catch (const ProcessTimedOut &) {
+        throw ProcessTimedOut(u"the print system did not answer within %1 seconds"_s.arg(toolLimit.count()));
+    }
 }
 
 void LabelPrinter::lpr(const QString &path, const QString &queue, bool raw)
@@ -157,10 +160,9 @@ void LabelPrinter::lpr(const QString &path, const QString &queue, bool raw)
     ProcessOutcome outcome;
     try {
         outcome = runTool(lprTool, arguments << path);
-    } catch (const ProcessTimedOut &) {
-        throw SystemError(noAnswer, u"the print system did not answer within %1 seconds; the %2 may still come out"_s
-                                        .arg(toolLimit.count())
-                                        .arg(raw ? u"label"_s : u"document"_s));
+    } catch (const ProcessTimedOut &error) {
+        const QString paper = raw ? u"label"_s : u"document"_s;
+        throw SystemError(noAnswer, u"%1; the %2 may still come out"_s.arg(error.description(), paper));
     }
     if (outcome.status != 0)
         throw SystemError(outcome.status, u"lpr failed: "_s + utf8OrEmpty(outcome.err));
@@ -170,10 +172,9 @@ void LabelPrinter::lpr(const QString &path, const QString &queue, bool raw)
 QStringList LabelPrinter::lpstatLines(const QString &option)
 {
     const ProcessOutcome outcome = runTool(lpstatTool, {option});
-    const QString reason = utf8OrEmpty(outcome.err).trimmed();
-    if (outcome.status != 0 && !reason.contains(u"No destinations added"_s))
-        throw SystemError(outcome.status,
-                          reason.isEmpty() ? u"lpstat ended with status %1"_s.arg(outcome.status) : reason);
+    const bool hasNoQueues = utf8OrEmpty(outcome.err).contains(u"No destinations added"_s);
+    if (hasCrashed(outcome) || (outcome.status != 0 && !hasNoQueues))
+        throw SystemError(outcome.status, failureText(outcome));
     return utf8OrEmpty(outcome.out).split(u'\n', Qt::SkipEmptyParts);
 }
 
@@ -217,6 +218,8 @@ PrinterReport LabelPrinter::queueReport(const QString &queue)
         return {};
     try {
         const ProcessOutcome outcome = runTool(lpstatTool, {u"-l"_s, u"-p"_s, queue, u"-a"_s, queue, u"-o"_s, queue});
+        if (hasCrashed(outcome)) // a list of jobs that breaks off would look like an empty queue
+            return {.words = failureText(outcome)};
         PrinterReport report = readPrinterReport(outcome.out, outcome.err);
         if (report.trouble != PrinterTrouble::unknownQueue)
             return report;
@@ -224,8 +227,8 @@ PrinterReport LabelPrinter::queueReport(const QString &queue)
         if (utf8OrEmpty(scheduler.out + scheduler.err).contains(u"not running"_s))
             report.trouble = PrinterTrouble::noPrintSystem;
         return report;
-    } catch (const AppError &) {
-        return {};
+    } catch (const AppError &error) {
+        return {.words = error.description()};
     }
 }
 

@@ -52,6 +52,7 @@ private:
     ProcessOutcome runTool(const QString &tool, const QStringList &arguments);
     void sendZpl(const LabelFile &label, const QString &queue);
     bool sendPdf(const LabelFile &document, const QString &queue);
+    void view(const QByteArray &bytes, const QString &prefix, const QString &suffix);
     void lpr(const QString &path, const QString &queue, bool raw);
     QStringList lpstatLines(const QString &option);
     void rememberTurned(const QString &queue);

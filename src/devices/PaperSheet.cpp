@@ -1,6 +1,7 @@
 #include "devices/PaperSheet.h"
 
 #include <QFontDatabase>
+#include <QGlyphRun>
 #include <QTextLayout>
 
 #include <algorithm>
@@ -13,10 +14,28 @@ namespace {
 constexpr double smallestSize = 6;
 const QColor ruleGray = QColor::fromRgbF(0.75F, 0.75F, 0.75F);
 
-/// True for texts with joining letters or combining marks, such as Arabic.
+/// True for texts that a font must put together from joining letters, from combining marks or from right to left, such
+/// as Arabic, Thai and Hebrew.
 bool needsShaping(const QString &text)
 {
-    return std::ranges::any_of(text, [](QChar c) { return c.joiningType() != QChar::Joining_None; });
+    return std::ranges::any_of(text.toUcs4(), [](char32_t c) {
+        switch (QChar::script(c)) {
+        case QChar::Script_Common:
+        case QChar::Script_Latin:
+        case QChar::Script_Greek:
+        case QChar::Script_Cyrillic:
+        case QChar::Script_Armenian:
+        case QChar::Script_Georgian:
+        case QChar::Script_Han:
+        case QChar::Script_Hiragana:
+        case QChar::Script_Katakana:
+        case QChar::Script_Bopomofo:
+        case QChar::Script_Hangul:
+            return QChar::joiningType(c) != QChar::Joining_None;
+        default:
+            return true;
+        }
+    });
 }
 
 /// A font for print in which every letter has its own glyph, without shaping where the script allows it. A search of
@@ -24,10 +43,13 @@ bool needsShaping(const QString &text)
 /// Greek iota and the hyphens and colons next to digits.
 QFont printFont(double size, bool bold, bool shaped)
 {
+    // Every Mac has Arial, and its license allows it in documents; Liberation Sans has the same widths.
 #ifdef Q_OS_MACOS
-    QFont font = QFontDatabase::systemFont(QFontDatabase::GeneralFont);
+    QFont font({u"Arial"_s, u"Helvetica"_s});
 #else
-    QFont font({u"Liberation Sans"_s, u"Sans Serif"_s});
+    // Without its own family here, a script may come out in any font that has its letters, such as a serif font.
+    QFont font({u"Liberation Sans"_s, u"Noto Sans Thai"_s, u"Noto Sans Devanagari"_s, u"Noto Sans Arabic"_s,
+                u"Noto Sans Hebrew"_s, u"WenQuanYi Micro Hei"_s, u"Sans Serif"_s});
 #endif
     font.setPointSizeF(size);
     font.setBold(bold);
@@ -70,6 +92,32 @@ QString printable(QString text)
             c = u' ';
     }
     return text.simplified().normalized(QString::NormalizationForm_C); // composed accents need no shaping
+}
+
+QString lettersWithoutGlyph(const QString &text)
+{
+    const QString all = printable(text);
+    QString missing;
+    for (const char32_t c : all.toUcs4()) {
+        const QString letter = QString::fromUcs4(&c, 1);
+        if (QChar::isSpace(c) || QChar::category(c) == QChar::Other_Format || missing.contains(letter))
+            continue;
+        QTextLayout layout(letter, printFont(10, false, needsShaping(letter)));
+        layout.beginLayout();
+        layout.createLine();
+        layout.endLayout();
+        const QList<QGlyphRun> runs = layout.glyphRuns();
+        // Every font draws its missing letters with glyph 0, a box.
+        if (std::ranges::any_of(runs, [](const QGlyphRun &run) { return run.glyphIndexes().contains(0U); }))
+            missing += letter;
+    }
+    return missing;
+}
+
+qsizetype PaperSheet::countLines(const QStringList &fields, double width, const TextStyle &style)
+{
+    const bool shaped = std::ranges::any_of(fields, needsShaping);
+    return lineCount(wrapped(fields, printFont(style.size, style.bold, shaped), width));
 }
 
 void PaperSheet::rule(double y, double from, double to)
@@ -133,6 +181,7 @@ void PaperSheet::drawLines(const Paragraphs &paragraphs, const QRectF &box, Qt::
         for (const QString &line : lines) {
             const QString text = line.trimmed();
             const double spare = align == Qt::AlignRight ? box.width() - metrics.horizontalAdvance(text) : 0;
+            m_painter.setLayoutDirection(text.isRightToLeft() ? Qt::RightToLeft : Qt::LeftToRight);
             m_painter.drawText(QPointF(box.left() + spare, baseline), text);
             baseline += step;
         }

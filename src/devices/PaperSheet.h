@@ -32,6 +32,9 @@ public:
     void draw(const QStringList &fields, const QRectF &box, const TextStyle &style);
     void draw(const QString &text, const QRectF &box, const TextStyle &style) { draw(QStringList{text}, box, style); }
 
+    /// The lines that `fields` take in a column of `width`, unless their box makes them shrink.
+    qsizetype countLines(const QStringList &fields, double width, const TextStyle &style);
+
 private:
     using Paragraphs = QList<QStringList>; ///< the lines of each field
 
@@ -45,5 +48,9 @@ private:
 
 /// `text` as one printable line, also for texts outside the page, such as a document's title.
 QString printable(QString text);
+
+/// The letters of `text` that no installed font has, once each; a page shows a box in their place. Needs a
+/// QGuiApplication.
+QString lettersWithoutGlyph(const QString &text);
 
 } // namespace parcelory

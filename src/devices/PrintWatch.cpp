@@ -120,9 +120,10 @@ void PrintWatch::take(const QString &queue, const PrinterReport &report)
     Followed &followed = found->second;
     followed.looks = followed.report.oldestJob == report.oldestJob ? followed.looks + 1 : 1;
     followed.report = report;
-    if (report.isIdle() && !report.words.isEmpty())
+    const bool isOver = report.isIdle() || !report.readable;
+    if (isOver && !report.words.isEmpty())
         followed.ended = true; // the notice stays until the next label is printed
-    else if (report.isIdle() || !report.readable)
+    else if (isOver)
         m_followed.erase(found);
 }
 

@@ -25,7 +25,7 @@ enum class PrinterTrouble {
 struct PrinterReport {
     bool readable = false; ///< false: nothing is known, and nothing may be concluded
     PrinterTrouble trouble = PrinterTrouble::none;
-    QString words;     ///< the print system's own words, in any language; empty if they say nothing useful
+    QString words;     ///< the print system's own words, in any language; for an unreadable report, why it is
     int waiting = 0;   ///< jobs that have not left the queue, including the job that prints
     QString oldestJob; ///< changes as long as labels come out
 

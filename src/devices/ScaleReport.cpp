@@ -56,7 +56,7 @@ QString scaleFault(const ScaleReport &report)
     case ScaleStatus::fault:
         return u"The scale reports a fault — unplug it and plug it in again"_s;
     case ScaleStatus::overLimit:
-        return u"Too heavy for the scale"_s;
+        return u"Too heavy for this scale — type the weight."_s;
     case ScaleStatus::needsCalibration:
         return u"The scale needs calibration"_s;
     case ScaleStatus::needsZeroing:

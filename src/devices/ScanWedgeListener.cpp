@@ -11,7 +11,7 @@
 namespace parcelory {
 
 ScanWedgeListener::ScanWedgeListener(Keyboard &keyboard, Clock &clock, const QString &linkHost)
-    : m_keyboard(keyboard), m_clock(clock), m_burst(linkHost)
+    : m_keyboard(keyboard), m_clock(clock), m_burst(linkHost), m_typed(keyboard)
 {
 }
 
@@ -24,113 +24,155 @@ void ScanWedgeListener::start()
 {
     if (std::exchange(m_listening, true))
         return;
-    m_keyboard.listen([this](const KeyPress &key) { return handle(key); });
+    m_keyboard.listen([this](const KeyPress &key) { return handle(key); }, [this] { letPass(); });
 }
 
 void ScanWedgeListener::stop()
 {
     if (!std::exchange(m_listening, false))
         return;
-    cancelTimer();
-    pass();
-    m_burst.clear();
-    m_keyboard.listen({});
+    clear();
+    m_keyboard.listen({}, {});
 }
 
 KeyVerdict ScanWedgeListener::handle(const KeyPress &key)
 {
-    if (!isWanted() || key.isRepeat) // a scanner never holds a key down
+    if (!isWanted()) {
+        clear();
+        return KeyVerdict::deliver;
+    }
+    if (isHeldDown(key))
         return pass();
     const bool isEnd = key.isReturn || key.isTab || key.text.contains(u'\r') || key.text.contains(u'\n');
-    // CR-LF, or a suffix of several keys: the code before it was already handled.
-    if (isEnd && m_burst.keys() == 0 && key.time - m_machineEnded < ScanBurst::scannerGap &&
-        key.time >= m_machineEnded) {
-        m_machineEnded = key.time;
+    const Time pause = m_burst.pauseAt(key.time);
+    if (pause > ScanBurst::burstGap || pause < Time(0) || (pause > ScanBurst::finishDelay && m_burst.holdsLink()))
+        finishBurst(); // the timer is late
+    if (isEnd && m_burst.keys() == 0 && key.time >= m_codeEnd && key.time <= m_suffixEnd) {
+        m_suffixEnd = std::max(m_suffixEnd, key.time + suffixGap);
+        m_cutLink.clear();
         return KeyVerdict::swallow;
     }
-    if (!isEnd && m_burst.pausedBy(key.time) && m_burst.scannedLink())
-        finishBurst(); // this key is not part of that code
-    const bool machine = isNoise();
-    const bool fast = m_burst.beat(key.time, isEnd);
-    if (!isEnd && m_burst.beganRun() && m_held)
-        endRun(machine);
+    m_inRest = isRest(key);
+    if (!m_inRest)
+        m_cutLink.clear();
+    const bool fast = m_burst.beat(key.time);
     if (isEnd)
         return handleEnd(key, fast);
     if (!key.withCommand && ScanBurst::isBufferable(key.text))
         return handleText(key, fast);
-    // A blank in a code must not press the button that has the focus.
-    const bool inRun = m_burst.keys() > 0 && !m_burst.beganRun();
-    const bool hold = inRun && !m_keyboard.inTextField() && !key.withCommand && !key.text.isEmpty();
-    return hold ? keep() : pass();
+    // A blank in a code must not press the button that has the focus, nor stay in a field.
+    const bool isBlank = !key.withCommand && !key.text.isEmpty() && key.text.front().isSpace();
+    if (isBlank && m_typed.isHolding() && (fast || m_outsideFields || holdsCode()))
+        return hold({m_burst.keys() - 1, m_burst.keys(), key.text});
+    return pass();
 }
 
-KeyVerdict ScanWedgeListener::keep()
+/// A person holds a key down. The system also says so when a scanner sends the same character twice.
+bool ScanWedgeListener::isHeldDown(const KeyPress &key)
 {
-    m_held = true;
+    m_heldDown = key.isRepeat && (m_heldDown || m_burst.pauseAt(key.time) >= ScanBurst::fastKey);
+    return m_heldDown;
+}
+
+/// True if the held keys are surely a machine's, also without the keys that may still come.
+bool ScanWedgeListener::holdsCode() const
+{
+    return m_typed.isHolding() && m_burst.code().isLong;
+}
+
+/// True if the key may continue a link that a long pause has ended.
+bool ScanWedgeListener::isRest(const KeyPress &key) const
+{
+    if (m_burst.keys() > 0)
+        return m_inRest && m_burst.pauseAt(key.time) < ScanBurst::fastKey;
+    return !m_cutLink.isEmpty() && key.time <= m_suffixEnd && key.text.size() == 1 && key.text.front().isDigit();
+}
+
+/// Something other than a run's key reaches a widget: the held keys that a person typed come first.
+void ScanWedgeListener::letPass()
+{
+    const ScanBurst::Code code = m_burst.code();
+    m_typed.showHeld(code.isLong ? m_burst.linkStart().value_or(code.from) : m_burst.keys());
+    m_typed.interrupt();
+}
+
+KeyVerdict ScanWedgeListener::pass()
+{
+    letPass();
+    return KeyVerdict::deliver;
+}
+
+KeyVerdict ScanWedgeListener::hold(const TypedKeys::Key &key)
+{
+    m_outsideFields = (m_outsideFields && m_typed.isHolding()) || !m_keyboard.inTextField();
+    m_typed.hold(key);
     armTimer();
     return KeyVerdict::hold;
 }
 
-/// The pause is too long for a scanner, so the run is over: a person's held keys are delivered, a machine's held keys
-/// are dropped.
-void ScanWedgeListener::endRun(bool machine)
-{
-    if (!machine) {
-        pass();
-        return;
-    }
-    m_held = false;
-    m_keyboard.dropHeld();
-    m_keyboard.restoreField();
-}
-
-/// Delivers a key, after the held keys that were pressed before it.
-KeyVerdict ScanWedgeListener::pass()
-{
-    if (std::exchange(m_held, false))
-        m_keyboard.releaseHeld();
-    return KeyVerdict::deliver;
-}
-
 KeyVerdict ScanWedgeListener::handleEnd(const KeyPress &key, bool fast)
 {
-    if (key.isTab && !m_burst.holdsLink() && !m_burst.wasFast())
+    const ScanBurst::Code code = m_burst.code(m_burst.lastPause());
+    const bool isRestOfLink = m_inRest && m_burst.keys() > 0;
+    const QString whole = isRestOfLink ? m_cutLink + m_burst.text() : QString();
+    const bool isNoise = code.isLong || m_burst.wasFast();
+    const bool isReported = isNoise && m_burst.text().size() >= ScanBurst::fewestNoiseCharacters;
+    const bool isCode = code.isLink || isRestOfLink || (isReported && !code.isEmpty());
+    if (key.isTab && !isCode)
         return pass(); // a person moves to the next field
-    switch (finishBurst()) {
-    case Ending::scan:
-    case Ending::machine:
-        m_machineEnded = key.time;
+    if (isRestOfLink) {
+        m_typed.takeOut(0, m_burst.keys());
+        onScan(whole);
+    } else if (code.isLink) {
+        finishLink(code);
+    } else if (isReported) {
+        finishNoise(code);
+    }
+    clear();
+    if (isCode) {
+        m_codeEnd = key.time;
+        m_suffixEnd = key.time + suffixGap;
+        m_cutLink.clear();
         return KeyVerdict::swallow;
-    case Ending::person:
-        break;
     }
     return fast && !m_keyboard.inTextField() ? KeyVerdict::swallow : KeyVerdict::deliver;
 }
 
 KeyVerdict ScanWedgeListener::handleText(const KeyPress &key, bool fast)
 {
-    if (m_burst.beganRun())
-        m_keyboard.markField();
+    const bool wasCode = holdsCode();
     m_burst.add(key.text);
-    if (fast || !m_keyboard.inTextField())
-        return keep();
+    // The keys after the code are a person's if they are not a machine's. The first alone does not tell.
+    const ScanBurst::Code code = m_burst.code();
+    if (wasCode && code.isLong && m_burst.keys() - code.to >= 2 && (code.isLink || !m_burst.linkStart()))
+        finishCode(code);
+    const qsizetype number = m_burst.keys() - 1;
+    const TypedKeys::Key typed{number, number, key.text};
+    if (fast || m_inRest || (wasCode && m_typed.isHolding()) || !m_keyboard.inTextField())
+        return hold(typed);
+    m_typed.showHeld(m_burst.keys());
+    m_typed.show(typed);
     armTimer();
-    return pass();
+    return KeyVerdict::deliver;
 }
 
 void ScanWedgeListener::armTimer()
 {
-    cancelTimer();
-    const bool machine = m_burst.wasFast();
     if (m_burst.holdsLink())
-        arm(finishDelay, [this] { finishBurst(); });
-    else // a machine gets time for its Return
-        arm(machine ? finishDelay : ScanBurst::scannerGap, [this] { endRun(isNoise()); });
+        arm(ScanBurst::finishDelay, [this] { finishBurst(); });
+    else if (!m_typed.isHolding() || m_burst.mayBeMachine() || (m_outsideFields && m_burst.linkStart()) || holdsCode())
+        arm(ScanBurst::burstGap, [this] { finishBurst(); });
+    else
+        arm(holdDelay, [this] {
+            m_typed.showHeld(m_burst.keys());
+            arm(ScanBurst::burstGap - holdDelay, [this] { finishBurst(); });
+        });
 }
 
 /// Waits once more with a delay of zero, so that keys that queued up while the program was busy come first.
-void ScanWedgeListener::arm(Clock::Duration delay, std::function<void()> action)
+void ScanWedgeListener::arm(Time delay, std::function<void()> action)
 {
+    cancelTimer();
     m_timer = m_clock.after(delay, [this, action = std::move(action)] {
         m_timer = m_clock.after(Clock::Duration(0), [this, action] {
             m_timer.reset();
@@ -139,60 +181,59 @@ void ScanWedgeListener::arm(Clock::Duration delay, std::function<void()> action)
     });
 }
 
-/// Fast and long enough to be a scanner rather than typing.
-bool ScanWedgeListener::isNoise() const
-{
-    return m_burst.wasFast() && m_burst.text().size() >= ScanBurst::fewestNoiseCharacters;
-}
-
 void ScanWedgeListener::cancelTimer()
 {
     if (m_timer)
         m_clock.cancel(*std::exchange(m_timer, std::nullopt));
 }
 
-/// Decides whether the run was a scan, other machine input or a person's typing, and handles it.
-ScanWedgeListener::Ending ScanWedgeListener::finishBurst()
+/// The burst ends by a pause.
+void ScanWedgeListener::finishBurst()
 {
-    cancelTimer();
-    const QString text = m_burst.text();
-    const bool fast = m_burst.wasFast(), link = m_burst.holdsLink(), scanned = m_burst.scannedLink();
-    m_burst.clear();
-    if (link) {
-        if (scanned)
-            endRun(true);
-        else
-            scrubTypedText(text);
-        onScan(text);
-        return Ending::scan;
-    }
-    if (fast) {
-        endRun(true);
-        if (text.size() >= ScanBurst::fewestNoiseCharacters)
-            onNoise(text);
-        return Ending::machine;
-    }
-    pass();
-    return Ending::person;
+    if (const ScanBurst::Code code = m_burst.code(); code.isLong)
+        finishCode(code);
+    clear();
 }
 
-/// Removes a link that a person typed from the field.
-void ScanWedgeListener::scrubTypedText(const QString &text)
+/// Ends a code without an end key. Keys after the code stay in the burst.
+void ScanWedgeListener::finishCode(const ScanBurst::Code &code)
 {
-    pass(); // with the held keys delivered, the field holds the whole link
-    if (!m_keyboard.inTextField())
-        return;
-    const QString field = m_keyboard.fieldText();
-    if (const qsizetype at = field.lastIndexOf(text); at >= 0) {
-        m_keyboard.replaceInField(at, text.size(), {});
+    if (!code.isLink) {
+        finishNoise(code);
         return;
     }
-    for (qsizetype count = std::min(field.size(), text.size()); count > 0; --count) {
-        if (text.startsWith(QStringView(field).last(count))) {
-            m_keyboard.replaceInField(field.size() - count, count, {});
-            return;
-        }
+    if (code.to == m_burst.keys()) {
+        m_codeEnd = m_burst.lastKey();
+        m_suffixEnd = m_codeEnd + ScanBurst::burstGap; // a late end key
+        m_cutLink = m_burst.text().back().isDigit() ? m_burst.text() : QString();
     }
+    finishLink(code);
+}
+
+void ScanWedgeListener::finishLink(const ScanBurst::Code &code)
+{
+    const QString text = m_burst.textBefore(code.to);
+    m_typed.takeOut(code.from, code.to);
+    m_typed.removeFirst(code.to);
+    m_burst.removeFirst(code.to);
+    onScan(text);
+}
+
+void ScanWedgeListener::finishNoise(const ScanBurst::Code &code)
+{
+    const QString text = code.isEmpty() ? m_burst.text() : m_burst.textBefore(code.to);
+    m_typed.takeOut(code.from, code.to);
+    m_typed.removeFirst(code.to);
+    m_burst.removeFirst(code.to);
+    onNoise(text);
+}
+
+void ScanWedgeListener::clear()
+{
+    cancelTimer();
+    m_typed.clear();
+    m_burst.clear();
+    m_inRest = m_outsideFields = false;
 }
 
 } // namespace parcelory

@@ -3,6 +3,7 @@
 #include "core/ports/Clock.h"
 #include "core/ports/Keyboard.h"
 #include "devices/ScanBurst.h"
+#include "devices/TypedKeys.h"
 
 #include <functional>
 #include <optional>
@@ -14,8 +15,13 @@ namespace parcelory {
 class ScanWedgeListener {
 public:
     using Heard = std::function<void(const QString &text)>;
+    using Time = ScanBurst::Time;
 
-    static constexpr std::chrono::milliseconds finishDelay{250};
+    /// Held keys that may be a person's are delivered after this pause. A scanner rarely makes it, and nobody notices
+    /// it.
+    static constexpr Time holdDelay{90};
+    /// An end key that follows an end key sooner belongs to the same code. A finger needs longer to press Return twice.
+    static constexpr Time suffixGap{120};
 
     ScanWedgeListener(Keyboard &keyboard, Clock &clock, const QString &linkHost);
     ~ScanWedgeListener();
@@ -31,28 +37,35 @@ public:
     void stop();
 
 private:
-    enum class Ending { scan, machine, person };
-
     KeyVerdict handle(const KeyPress &key);
     KeyVerdict handleEnd(const KeyPress &key, bool fast);
     KeyVerdict handleText(const KeyPress &key, bool fast);
     KeyVerdict pass();
-    KeyVerdict keep();
-    void endRun(bool machine);
-    Ending finishBurst();
-    void scrubTypedText(const QString &text);
+    KeyVerdict hold(const TypedKeys::Key &key);
+    bool isHeldDown(const KeyPress &key);
+    bool holdsCode() const;
+    bool isRest(const KeyPress &key) const;
+    void letPass();
+    void finishBurst();
+    void finishLink(const ScanBurst::Code &code);
+    void finishNoise(const ScanBurst::Code &code);
+    void finishCode(const ScanBurst::Code &code);
+    void clear();
     void armTimer();
-    void arm(Clock::Duration delay, std::function<void()> action);
+    void arm(Time delay, std::function<void()> action);
     void cancelTimer();
-    bool isNoise() const;
 
     Keyboard &m_keyboard;
     Clock &m_clock;
     ScanBurst m_burst;
+    TypedKeys m_typed;
     bool m_listening = false;
-    bool m_held = false;                             ///< the keyboard holds keys
-    std::chrono::milliseconds m_machineEnded{-1000}; ///< when a code ended; the rest of its suffix is swallowed
-    std::optional<quint64> m_timer;                  ///< for the end of a run without an end key
+    bool m_heldDown = false;            ///< a person holds a key down
+    bool m_outsideFields = false;       ///< a held key is not for a text field
+    Time m_codeEnd{0}, m_suffixEnd{-1}; ///< end keys between these times belong to the last code
+    QString m_cutLink;                  ///< a link that a long pause has ended: its rest may follow until m_suffixEnd
+    bool m_inRest = false;              ///< the burst may be the rest of m_cutLink
+    std::optional<quint64> m_timer;
 };
 
 } // namespace parcelory

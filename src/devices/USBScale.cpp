@@ -3,11 +3,23 @@
 #include "core/ports/HidSource.h"
 #include "devices/ScaleReport.h"
 
+#include <QProperty>
+
 #include <algorithm>
 #include <optional>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;
+
+namespace {
+
+/// Observers see no field before all fields have changed.
+struct OneChange {
+    OneChange() { Qt::beginPropertyUpdateGroup(); }
+    ~OneChange() { Qt::endPropertyUpdateGroup(); }
+};
+
+} // namespace
 
 USBScale::USBScale(HidSource &hid) : m_hid(hid)
 {
@@ -43,6 +55,7 @@ std::optional<USBScale::Reading> USBScale::reading() const
 
 void USBScale::attached(int number, const QString &product)
 {
+    const OneChange change;
     const QString name = product.isEmpty() ? u"USB Scale"_s : product;
     // A loose plug must not make the parcel on the plate look like a new parcel.
     Device device = m_unplugged.take(name);
@@ -55,6 +68,7 @@ void USBScale::attached(int number, const QString &product)
 
 void USBScale::removed(int number)
 {
+    const OneChange change;
     const auto gone = std::ranges::find(m_devices, number, &Device::number);
     if (gone == m_devices.end())
         return;
@@ -77,6 +91,7 @@ void USBScale::removed(int number)
 
 void USBScale::reported(int number, const QByteArray &bytes)
 {
+    const OneChange change;
     const auto device = std::ranges::find(m_devices, number, &Device::number);
     const std::optional<ScaleReport> report = parseScaleReport(bytes);
     if (device == m_devices.end() || !report)

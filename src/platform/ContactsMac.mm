@@ -25,7 +25,7 @@ void require(bool done, NSError *error)
 
 PlatformAddress addressOf(NSDictionary *address, NSString *label)
 {
-    return {.label = textOf(ABLocalizedPropertyOrLabel(label)),
+    return {.label = label ? textOf(ABLocalizedPropertyOrLabel(label)) : QString(),
             .street = textOf(address[kABAddressStreetKey]),
             .city = textOf(address[kABAddressCityKey]),
             .state = textOf(address[kABAddressStateKey]),

@@ -1,6 +1,7 @@
 #include "platform/Keychain.h"
 
 #include <QUtf8StringView>
+#include <QtGlobal>
 #include <Security/Security.h>
 
 #include <memory>
@@ -51,10 +52,18 @@ void Keychain::set(const QString &value, const QString &account)
 {
     const std::lock_guard lock(oneAtATime);
     const auto item = itemOf(account);
-    SecItemDelete(item.get());
     const Owned<CFDataRef> data(value.toUtf8().toCFData());
-    CFDictionarySetValue(item.get(), kSecValueData, data.get());
-    SecItemAdd(item.get(), nullptr);
+    const Owned<CFMutableDictionaryRef> change(
+        CFDictionaryCreateMutable(nullptr, 0, &kCFTypeDictionaryKeyCallBacks, &kCFTypeDictionaryValueCallBacks));
+    CFDictionarySetValue(change.get(), kSecValueData, data.get());
+    // An update keeps who may read the item, so the user is not asked again.
+    OSStatus status = SecItemUpdate(item.get(), change.get());
+    if (status == errSecItemNotFound) {
+        CFDictionarySetValue(item.get(), kSecValueData, data.get());
+        status = SecItemAdd(item.get(), nullptr);
+    }
+    if (status != errSecSuccess)
+        qWarning("Parcelory: the keychain did not keep an item (%d)", int(status));
 }
 
 } // namespace parcelory

@@ -2,12 +2,14 @@
 
 #include "core/AppError.h"
 #include "core/Task.h"
+#include "core/ports/Clock.h"
 #include "core/ports/HttpTransport.h"
 
 #include <QCoroNetworkReply>
 #include <QHostAddress>
 #include <QIODevice>
 #include <QNetworkReply>
+#include <QScopeGuard>
 
 #include <algorithm>
 #include <iterator>
@@ -51,7 +53,6 @@ QNetworkRequest networkRequest(const HttpRequest &request, NetworkTransport::Rea
     QNetworkRequest message(request.url);
     if (!request.body.isEmpty())
         message.setHeader(QNetworkRequest::ContentLengthHeader, request.body.size());
-    message.setTransferTimeout(int(request.timeout.count()));
     for (const auto &[name, value] : request.headers)
         message.setRawHeader(name, value);
     // A redirect to another host would carry the token along, or lead the practice desk outside.
@@ -76,9 +77,19 @@ QString failureText(const QNetworkReply &reply, const HttpRequest &request, bool
     const QString host = request.url.host();
     if (!isSent)
         return u"%1 could not be reached (%2) — check the network and try again."_s.arg(host, reply.errorString());
-    if (reply.error() == QNetworkReply::OperationCanceledError || reply.error() == QNetworkReply::TimeoutError)
-        return u"%1 did not answer for %2 seconds — check the network."_s.arg(host).arg(request.timeout.count() / 1000);
     return u"%1 gave no answer (%2) — check the network."_s.arg(host, reply.errorString());
+}
+
+QString lateText(const HttpRequest &request)
+{
+    return u"%1 did not answer within %2 seconds — check the network."_s.arg(request.url.host())
+        .arg(request.timeout.count() / 1000);
+}
+
+QString tooLongText(const HttpRequest &request)
+{
+    return u"%1 sent more than %2 MB, so its answer was not read."_s.arg(request.url.host())
+        .arg(request.mostBytes / (1024 * 1024));
 }
 
 [[noreturn]] void throwFailure(const QNetworkReply &reply, const HttpRequest &request)
@@ -95,7 +106,7 @@ QString failureText(const QNetworkReply &reply, const HttpRequest &request, bool
 
 } // namespace
 
-NetworkTransport::NetworkTransport(Reach reach) : m_reach(reach) {}
+NetworkTransport::NetworkTransport(Reach reach, Clock &clock) : m_reach(reach), m_clock(clock) {}
 
 Task<HttpAnswer> NetworkTransport::send(HttpRequest request)
 {
@@ -110,12 +121,31 @@ Task<HttpAnswer> NetworkTransport::send(HttpRequest request)
                                       : m_manager.sendCustomRequest(message, request.method, &body);
     };
     const std::unique_ptr<QNetworkReply, QScopedPointerDeleteLater> reply(start());
+    bool isLate = false;
+    const quint64 deadline = m_clock.after(request.timeout, [&isLate, pending = reply.get()] {
+        isLate = true;
+        pending->abort();
+    });
+    const auto isOver = qScopeGuard([this, deadline] { m_clock.cancel(deadline); });
+    QByteArray received;
+    QObject::connect(reply.get(), &QIODevice::readyRead, reply.get(),
+                     [&received, pending = reply.get(), most = request.mostBytes] {
+                         received += pending->readAll();
+                         if (received.size() > most)
+                             pending->abort();
+                     });
     co_await reply.get();
+    if (reply->isOpen()) // abort() closes it
+        received += reply->readAll();
+    if (isLate)
+        throw AppError(lateText(request));
+    if (received.size() > request.mostBytes)
+        throw AppError(tooLongText(request));
     const int status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
     // A connection that breaks during the response has a status, too. A 4xx or 5xx status is a complete response.
     if (status == 0 || (reply->error() != QNetworkReply::NoError && status < 400))
         throwFailure(*reply, request);
-    co_return HttpAnswer{status, reply->readAll(), reply->rawHeaderPairs()};
+    co_return HttpAnswer{status, received, reply->rawHeaderPairs()};
 }
 
 } // namespace parcelory

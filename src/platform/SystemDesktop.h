@@ -18,6 +18,8 @@ public:
     void copyText(const QString &text) override { copyToClipboard(text); }
 
 private:
+    bool opened(const QString &target, const QString &name);
+
     ProcessRunner &m_processes;
 };
 

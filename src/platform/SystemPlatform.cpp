@@ -1,13 +1,31 @@
 #include "platform/SystemPlatform.h"
 
 #include "core/Deployment.h"
+#include "core/PrivateFiles.h"
 #include "core/ports/Keyboard.h"
 #include "core/ports/Prompts.h"
 
 #include <QStandardPaths>
 
+#ifdef Q_OS_MACOS
+#include "platform/ContactsMac.h"
+#endif
+
 namespace parcelory {
 using namespace Qt::StringLiterals;
+
+namespace {
+
+std::shared_ptr<ContactsSource> systemContacts()
+{
+#ifdef Q_OS_MACOS
+    return std::make_shared<ContactsMac>();
+#else
+    return nullptr;
+#endif
+}
+
+} // namespace
 
 QDir applicationSupportFolder()
 {
@@ -28,8 +46,10 @@ SystemPlatform::SystemPlatform(Prompts &prompts, Keyboard &keyboard)
                  .web = m_web,
                  .application = m_application,
                  .dataFolder = applicationSupportFolder(),
-                 .deployment = Deployment::builtIn()}
+                 .deployment = Deployment::builtIn(),
+                 .contacts = systemContacts()}
 {
+    makePrivate(m_platform.dataFolder); // an earlier version left the modes to the umask
 }
 
 } // namespace parcelory

@@ -21,8 +21,8 @@ public:
     Platform &platform() { return m_platform; }
 
 private:
-    NetworkTransport m_http{NetworkTransport::Reach::anywhere};
     SystemClock m_clock;
+    NetworkTransport m_http{NetworkTransport::Reach::anywhere, m_clock};
     Keychain m_secrets;
     SettingsPreferences m_preferences;
     SystemProcesses m_processes;

@@ -6,6 +6,7 @@
 #include "records/StatusWords.h"
 
 #include <QStringList>
+#include <QTimeZone>
 
 #include <algorithm>
 #include <cmath>
@@ -158,7 +159,7 @@ std::optional<ShipmentRecord> parse(QByteArrayView line, EndiciaDates &dates)
         field = trimBlanks(field);
 
     const std::optional<qint64> date = dates.parse(fields[2]);
-    ShipmentRecord record{.createdAt = date ? QDateTime::fromMSecsSinceEpoch(*date, Qt::UTC) : QDateTime()};
+    ShipmentRecord record{.createdAt = date ? QDateTime::fromMSecsSinceEpoch(*date, QTimeZone::utc()) : QDateTime()};
     record.carrier = u"USPS"_s;
     record.status = fields[0]; // as read, even if empty
     record.transactionID = fields[3];

@@ -18,13 +18,13 @@ QString journeyText(const ShipmentRecord &record, const LabelFacts &facts)
     const bool isDelivered = logStatusFrom(record.status) == LogStatus::delivered;
     switch (isDelivered ? TrackingStatus::delivered : facts.tracked) {
     case TrackingStatus::delivered:
-        return u"The carrier has delivered its parcel."_s;
+        return u"The carrier has delivered this package."_s;
     case TrackingStatus::transit:
-        return u"Its parcel is on its way already."_s;
+        return u"This package is already on its way."_s;
     case TrackingStatus::returned:
-        return u"The carrier has returned its parcel to the sender."_s;
+        return u"The carrier has returned this package to the sender."_s;
     case TrackingStatus::failure:
-        return u"The carrier reports a problem with its parcel."_s;
+        return u"The carrier reports a problem with this package."_s;
     case TrackingStatus::unknown:
     case TrackingStatus::preTransit:
         break;
@@ -35,11 +35,11 @@ QString journeyText(const ShipmentRecord &record, const LabelFacts &facts)
 QString refundText(LabelUse use, RefundState state)
 {
     if (state == RefundState::granted)
-        return u"It was refunded: the carrier no longer accepts it."_s;
+        return u"This label was refunded. The carrier won't accept it."_s;
     if (state != RefundState::pending)
         return {};
-    return use == LabelUse::refund ? u"Its refund was requested before, but the carrier has no record of it."_s
-                                   : u"Its refund was requested: do not use this label."_s;
+    return use == LabelUse::refund ? u"A refund was requested before, but the carrier has no record of it."_s
+                                   : u"A refund was requested for this label. Don't use it."_s;
 }
 
 QString ageText(LabelUse use, qint64 seconds)
@@ -47,8 +47,8 @@ QString ageText(LabelUse use, qint64 seconds)
     constexpr qint64 day = 24 * 3600;
     if (seconds <= freshDays * day)
         return {};
-    return (use == LabelUse::refund ? u"It is %1 days old: the carrier may refuse the refund."_s
-                                    : u"It is %1 days old: the carrier may no longer accept it."_s)
+    return (use == LabelUse::refund ? u"This label is %1 days old. The carrier may refuse the refund."_s
+                                    : u"This label is %1 days old. The carrier may not accept it."_s)
         .arg(seconds / day);
 }
 
@@ -56,8 +56,8 @@ QString modeText(bool testLabel, std::optional<bool> testKey)
 {
     if (!testKey || *testKey == testLabel)
         return {};
-    return testLabel ? u"It is a TEST label, bought with a key other than the active one."_s
-                     : u"It is real postage, and the active key is a TEST key."_s;
+    return testLabel ? u"This is a TEST label, bought with a key that is not active."_s
+                     : u"This is real postage, but the active key is a TEST key."_s;
 }
 
 QString reprintText(LabelUse use, const LabelFacts &facts)
@@ -66,16 +66,16 @@ QString reprintText(LabelUse use, const LabelFacts &facts)
         return {};
     const QString last = dateTimeText(facts.lastReprint);
     return (facts.reprints == 1
-                ? u"It was reprinted on %1"_s.arg(last)
-                : u"It was reprinted %1 times, last on %2"_s.arg(QString::number(facts.reprints), last)) +
-           u": make sure that no copy is on a parcel."_s;
+                ? u"This label was reprinted on %1"_s.arg(last)
+                : u"This label was reprinted %1 times, last on %2"_s.arg(QString::number(facts.reprints), last)) +
+           u". Make sure no copy is already on a package."_s;
 }
 
 QString formText(LabelUse use, const std::optional<QDateTime> &madeAt)
 {
     if (!madeAt || use == LabelUse::reprint)
         return {};
-    const QString where = u"It is on the SCAN form of "_s + dateTimeText(*madeAt);
+    const QString where = u"This label is on the SCAN form of "_s + dateTimeText(*madeAt);
     return where + (use == LabelUse::refund ? u": the carrier expects its parcel."_s : u" already."_s);
 }
 

@@ -18,12 +18,14 @@ namespace parcelory {
 struct OpenPurchase {
     qint64 id = 0; ///< in the journal
     QDateTime askedAt;
+    QDateTime ratedAt; ///< when the rate was made, by the carrier's clock; invalid if the carrier did not tell
     QString rateId;
     QString keyName; ///< of the API key of the request: another account does not know the purchase
     ShippoAddress recipient;
     bool keepRecipient = false; ///< add the recipient to the address book once the label is bought
     ShipmentRecord record;      ///< the mailing log's future row; transactionID is empty until the carrier returns it
     bool printed = false;       ///< the printer took the label
+    bool isUnreadable = false;  ///< recipient or record could not be read; the rest suffices to ask the carrier
 };
 
 /// A refund that was requested from the carrier and whose response is not in the mailing log yet.
@@ -44,11 +46,11 @@ class PurchaseJournal {
 public:
     explicit PurchaseJournal(const QDir &folder, std::chrono::milliseconds patience = Database::busyTimeout);
 
-    /// Opens or creates the journal. Renames a damaged file and starts a new journal. Throws AppError if that fails:
-    /// then nothing may be bought.
+    /// Opens or creates the journal. Renames a damaged file and starts a new journal with all entries that can be read.
+    /// Throws AppError if that fails: then nothing may be bought.
     void open();
-    /// What the clerk must know after the first call: that a damaged file was set aside, or why nothing can be bought;
-    /// empty if there is no problem.
+    /// What the clerk must know after the first call: that a damaged file was set aside, that entries cannot be read,
+    /// or why nothing can be bought; empty if there is no problem.
     QString trouble() const;
 
     /// Records that `purchase` is about to be requested and returns its id. Throws AppError if that could not be
@@ -59,7 +61,8 @@ public:
     bool markPrinted(qint64 id);
     /// Deletes a finished entry: the label is in the mailing log, or it was not bought.
     bool close(qint64 id);
-    /// All open purchases, oldest first, with their documents.
+    /// All open purchases, oldest first, with their documents. Throws AppError if the file cannot be read: a failed
+    /// read must not look like a journal without purchases.
     QList<OpenPurchase> openPurchases();
 
     /// Records that a refund is about to be requested; throws AppError if that could not be stored.
@@ -70,7 +73,10 @@ public:
 private:
     enum class Opening { done, damaged, refused };
     bool isReady();
-    Opening openFile(std::chrono::milliseconds patience);
+    Opening openFile(std::chrono::milliseconds patience, bool otherOwner);
+    Opening checked();
+    bool migrate();
+    void giveUp(const QString &obstacle);
     template <class... Values>
     bool run(const QByteArray &sql, const Values &...values);
     QString failure() const;
@@ -80,10 +86,11 @@ private:
     const QString m_path;
     const std::chrono::milliseconds m_patience;
     mutable std::mutex m_access;
-    QLockFile m_owner;            ///< tells other copies of this program who has the journal open
-    std::optional<Database> m_db; ///< present only if it can be written
-    QString m_obstacle;           ///< why it could not be opened
-    QString m_damage;
+    QLockFile m_owner;              ///< tells other copies of this program who has the journal open
+    std::optional<Database> m_db;   ///< present only if it can be written
+    QString m_obstacle;             ///< why it could not be opened
+    QString m_refusal;              ///< the same, while it is being opened
+    QString m_damage, m_unreadable; ///< sentences for the clerk
 };
 
 } // namespace parcelory

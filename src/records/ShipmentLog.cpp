@@ -1,6 +1,7 @@
 #include "records/ShipmentLog.h"
 
 #include "core/AppError.h"
+#include "core/PrivateFiles.h"
 #include "core/Progress.h"
 #include "records/LogRead.h"
 #include "records/RefundNotes.h"
@@ -48,7 +49,7 @@ constexpr qsizetype longestPattern = 50000;
 
 QString pathIn(const QDir &folder)
 {
-    folder.mkpath(u"."_s);
+    createPrivateFolder(folder);
     return folder.filePath(u"mailing_log.sqlite"_s);
 }
 
@@ -169,6 +170,12 @@ bool ShipmentLog::load(const QString &search, int limit, const CancelToken &canc
             return found.has_value();
         });
     }
+    const bool isAlike = failure.isEmpty() && found && found->isEmpty() && !search.trimmed().isEmpty();
+    if (isAlike && !cancel.isCanceled()) {
+        const LogRead<QList<ShipmentRecord>> again = alike(search, limit, cancel);
+        failure = again.failure();
+        found = again.valueOr({});
+    }
     if (cancel.isCanceled())
         return false;
     if (!failure.isEmpty()) {
@@ -177,9 +184,10 @@ bool ShipmentLog::load(const QString &search, int limit, const CancelToken &canc
     }
     QMetaObject::invokeMethod(
         this,
-        [this, search, loaded = *std::move(found)] {
+        [this, search, isAlike, loaded = *std::move(found)] {
             m_records = loaded;
             m_shownSearch = search;
+            m_isShownAlike = isAlike && !loaded.isEmpty();
             emit recordsChanged();
         },
         Qt::QueuedConnection);

@@ -47,8 +47,12 @@ public:
     /// The search text of records(). Empty again after a change of the log, which reloads the newest rows. Main thread
     /// only.
     const QString &shownSearch() const { return m_shownSearch; }
+    /// True if no row matches shownSearch() as it is: records() match it without its accents and blanks. Main thread
+    /// only.
+    bool isShownAlike() const { return m_isShownAlike; }
     /// Runs the query now and hands the rows to the main thread. `search` goes into LIKE as it is: % and _ are
-    /// wildcards. A canceled query ends early, hands over nothing and returns false.
+    /// wildcards. If no row matches, looks again for a tracking number without its blanks, and for the text without
+    /// regard to accents. A canceled query ends early, hands over nothing and returns false.
     bool reload(const QString &search = {}, int limit = listLimit, const CancelToken &cancel = {});
 
     /// Appends a row; false if it could not be stored (the reason is logged and in lastError()).
@@ -84,6 +88,9 @@ public:
     ImportReport importEndiciaCSV(const QString &path, KnownRows known = KnownRows::import,
                                   const Progress &progress = {});
 
+    /// What the clerk must know at the start: that the log cannot be used, and what to do. Empty if it can be read, and
+    /// while another program has it open.
+    QString trouble() const;
     /// Why the last write failed.
     QString lastError() const;
 
@@ -120,6 +127,7 @@ private:
     QString readInTurn(const std::function<bool(const Database &)> &work) const;
     std::optional<QList<ShipmentRecord>> rows(const Database &db, const QString &search, int limit,
                                               const CancelToken &cancel) const;
+    LogRead<QList<ShipmentRecord>> alike(const QString &search, int limit, const CancelToken &cancel) const;
     bool transact(const std::function<bool(Database &)> &work);
     bool update(const std::function<bool(Database &)> &work);
     bool append(const ShipmentRecord &record, bool unlessThere, bool reloadAfter);
@@ -135,6 +143,7 @@ private:
     std::mutex m_reloading; ///< the list that is read last is also handed over last
     QList<ShipmentRecord> m_records;
     QString m_shownSearch;
+    bool m_isShownAlike = false;
 };
 
 } // namespace parcelory

@@ -1,15 +1,139 @@
 #include "records/ShipmentLog.h"
 
+#include "core/Accents.h"
+#include "core/Progress.h"
 #include "records/LogRead.h"
 #include "records/RefundNotes.h"
+#include "records/SearchBlock.h"
 #include "records/ShipmentLogRows.h"
 #include "records/ShipmentRecord.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <functional>
 #include <optional>
+#include <vector>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;
+
+namespace {
+
+bool isAscii(QByteArrayView text)
+{
+    return std::ranges::none_of(text, [](char c) { return static_cast<unsigned char>(c) >= 0x80; });
+}
+
+QString withoutBlanks(const QString &text)
+{
+    QString joined = text;
+    return joined.removeIf([](QChar c) { return c.isSpace(); });
+}
+
+/// True for a number that people and web pages write in groups.
+bool isNumber(const QString &text)
+{
+    constexpr qsizetype shortest = 6;
+    const auto digits = std::ranges::count_if(text, [](QChar c) { return c.isDigit(); });
+    return text.size() >= shortest && 2 * digits > text.size();
+}
+
+/// Compares the searched texts of rows with a text, without regard to case and accents.
+class PlainSearch {
+public:
+    explicit PlainSearch(const QString &search)
+        : m_wanted(plainForm(search.simplified())), m_isAscii(isAscii(search.toUtf8()))
+    {
+    }
+
+    bool matches(const Statement &row, int column) const
+    {
+        const QByteArrayView text = row.utf8(column);
+        // LIKE has compared plain texts with a plain text already.
+        return !(m_isAscii && isAscii(text)) && plainForm(QString::fromUtf8(text)).contains(m_wanted);
+    }
+
+private:
+    QString m_wanted;
+    bool m_isAscii;
+};
+
+} // namespace
+
+QString ShipmentLog::trouble() const
+{
+    QString reason;
+    readInTurn([&](const Database &db) {
+        const bool isRead = rows(db, {}, listLimit, {}).has_value();
+        if (!isRead && !db.isLocked())
+            reason = reasonOf(db);
+        return isRead;
+    });
+    if (reason.isEmpty())
+        return {};
+    return u"The mailing log cannot be used — %1. Labels can still be bought: the purchase journal keeps them until "
+           u"the "
+           "log can be written. Until then nothing warns of a second label, and earlier labels cannot be listed, "
+           "reprinted or refunded here.\n\nWhat to do: quit Parcelory, rename %2, put a backup of it in its place, and "
+           "start Parcelory again. If there is no backup, rename the file all the same: Parcelory starts a new log, "
+           "and "
+           "the Master Log still lists every label."_s.arg(reason, m_path);
+}
+
+/// The second look of a search that no row matches. Reads in portions, because other callers wait while a portion is
+/// read.
+LogRead<QList<ShipmentRecord>> ShipmentLog::alike(const QString &search, int limit, const CancelToken &cancel) const
+{
+    using Rows = QList<ShipmentRecord>;
+    constexpr qint64 portion = 20000;
+    if (const QString number = withoutBlanks(search); number != search && isNumber(number)) {
+        LogRead<Rows> found = read<Rows>([&](const Database &db) { return rows(db, number, limit, cancel); });
+        if (!found.isRead() || !found->isEmpty())
+            return found;
+    }
+    const PlainSearch plain(search);
+    std::vector<SearchBlock::Place> places;
+    qint64 last = 0;
+    for (bool isOver = false; !isOver && !cancel.isCanceled();) {
+        const LogRead<qint64> count = read<qint64>([&](const Database &db) -> std::optional<qint64> {
+            Statement texts(db, "SELECT id, created_at, recipient, tracking, description, reference FROM shipments"
+                                " WHERE id > ? ORDER BY id LIMIT ?");
+            if (texts.isPrepared()) {
+                texts.bind(1, last);
+                texts.bind(2, portion);
+            }
+            qint64 seen = 0;
+            for (; !cancel.isCanceled() && texts.step(); ++seen) {
+                last = texts.integer(0);
+                for (int column = 2; column <= 5; ++column) {
+                    if (!plain.matches(texts, column))
+                        continue;
+                    places.push_back({texts.real(1), last});
+                    break;
+                }
+            }
+            return cancel.isCanceled() || texts.isComplete() ? std::optional(seen) : std::nullopt;
+        });
+        if (!count.isRead())
+            return LogRead<Rows>::failed(count.failure());
+        isOver = *count < portion;
+    }
+    std::ranges::sort(places, std::less());
+    places.resize(std::min(places.size(), std::size_t(limit)));
+    return read<Rows>([&](const Database &db) -> std::optional<Rows> {
+        Rows found;
+        Statement row(db, ShipmentLogRows::select + QByteArray(" WHERE id = ?"));
+        for (const SearchBlock::Place &place : places) {
+            row.bind(1, place.id);
+            const auto one = ShipmentLogRows::plainRowsOf(row);
+            if (!one)
+                return std::nullopt;
+            found += *one;
+            row.reset();
+        }
+        return RefundNotes::addTo(db, found) ? std::optional(found) : std::nullopt;
+    });
+}
 
 LogRead<QList<ShipmentRecord>> ShipmentLog::labelsLike(const QString &reference, const QDateTime &since,
                                                        bool testMode) const

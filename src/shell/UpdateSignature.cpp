@@ -16,6 +16,13 @@ const unsigned char *bytes(const QByteArray &array)
 
 } // namespace
 
+bool isSignature(const QString &text)
+{
+    constexpr qsizetype length = 64;
+    const auto decoded = QByteArray::fromBase64Encoding(text.toLatin1(), QByteArray::AbortOnBase64DecodingErrors);
+    return decoded && decoded.decoded.size() == length;
+}
+
 bool signatureHolds(const QByteArray &text, const QString &signature, const QString &publicKey)
 {
     const QByteArray keyBytes = QByteArray::fromBase64(publicKey.toLatin1());

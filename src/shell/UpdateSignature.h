@@ -5,6 +5,9 @@
 
 namespace parcelory {
 
+/// True if `text` is an Ed25519 signature in base64, whoever made it.
+bool isSignature(const QString &text);
+
 /// True if `signature` is the signature of `text` for the Ed25519 key `publicKey`; both are base64.
 bool signatureHolds(const QByteArray &text, const QString &signature, const QString &publicKey);
 

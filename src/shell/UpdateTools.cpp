@@ -9,6 +9,7 @@
 #include <QFileInfo>
 #include <QScopeGuard>
 #include <QUuid>
+#include <QXmlStreamReader>
 
 #include <algorithm>
 #include <filesystem>
@@ -30,11 +31,21 @@ const QString curlTool = u"/usr/bin/curl"_s;
 const QString chmodTool = u"/bin/chmod"_s;
 const QString noApp = u"The update archive didn't contain an app."_s;
 
+constexpr qint64 longestVersion = 100;  // bytes
 constexpr qint64 longestFeed = 1 << 20; // bytes; a feed takes a few hundred
+constexpr qint64 largestFeedDownload = 8 * longestFeed, largestArchive = 1 << 30;
 
 QString reason(const ProcessOutcome &outcome)
 {
     return u"%1: %2"_s.arg(QString::number(outcome.status), QString::fromUtf8(outcome.err).trimmed());
+}
+
+/// curl's options against surprises: the address means one file, and a redirect never leaves https.
+QStringList webOptions(const QString &url)
+{
+    const bool isOpen = url.startsWith(u"http:", Qt::CaseInsensitive);
+    const QString schemes = isOpen ? u"=http,https"_s : u"=https"_s;
+    return {u"--globoff"_s, u"--proto"_s, schemes, u"--proto-redir"_s, schemes};
 }
 
 bool holdsProgram(const QString &app)
@@ -65,10 +76,49 @@ void requireLinksInside(const QString &app)
     for (const fs::directory_entry &entry : fs::recursive_directory_iterator(root)) {
         if (!entry.is_symlink())
             continue;
-        std::error_code dangling;
-        const fs::path target = fs::canonical(entry.path(), dangling);
-        if (dangling || fs::read_symlink(entry.path()).is_absolute() || !isInside(target, root))
+        std::error_code unknown, dangling;
+        const fs::path link = fs::read_symlink(entry.path());
+        const fs::path target = fs::weakly_canonical(entry.path().parent_path() / link, unknown);
+        if (link.is_absolute() || (!unknown && !isInside(target, root)))
             throw AppError(u"The update archive holds a link that leads out of the app."_s);
+        if (unknown || !fs::exists(target, dangling))
+            throw AppError(u"The update archive holds a link to a file that is missing."_s);
+    }
+}
+
+/// The text that follows a key in a property list.
+std::optional<QString> textOfKey(QIODevice &propertyList, const QString &key)
+{
+    QXmlStreamReader xml(&propertyList);
+    bool isNext = false;
+    while (xml.readNext() != QXmlStreamReader::Invalid && !xml.atEnd()) {
+        if (!xml.isStartElement())
+            continue;
+        if (isNext)
+            return xml.readElementText(QXmlStreamReader::SkipChildElements).trimmed();
+        isNext = xml.name() == u"key" && xml.readElementText(QXmlStreamReader::SkipChildElements) == key;
+    }
+    return std::nullopt;
+}
+
+/// An archive may hold files that everybody can write, or that run with their owner's rights.
+void cleanMode(const fs::path &path, bool isFolder)
+{
+    using fs::perms;
+    constexpr perms unwanted =
+        perms::group_write | perms::others_write | perms::set_uid | perms::set_gid | perms::sticky_bit;
+    fs::permissions(path, unwanted, fs::perm_options::remove);
+    fs::permissions(path, perms::owner_read | perms::owner_write | (isFolder ? perms::owner_exec : perms::none),
+                    fs::perm_options::add);
+}
+
+void cleanModes(const QString &app)
+{
+    const fs::path root = QFile::encodeName(app).toStdString();
+    cleanMode(root, true);
+    for (const fs::directory_entry &entry : fs::recursive_directory_iterator(root)) {
+        if (!entry.is_symlink())
+            cleanMode(entry.path(), entry.is_directory());
     }
 }
 
@@ -88,7 +138,15 @@ void UpdateTools::run(const QString &program, const QStringList &arguments, cons
 
 void UpdateTools::curlDownload(const QString &url, const QString &file) const
 {
-    run(curlTool, {u"-fsSL"_s, u"--max-time"_s, u"120"_s, u"-o"_s, file, url}, u"curl "_s);
+    download(url, file, largestArchive);
+}
+
+void UpdateTools::download(const QString &url, const QString &file, qint64 largest) const
+{
+    run(curlTool,
+        webOptions(url) + QStringList{u"--max-filesize"_s, QString::number(largest), u"-fsSL"_s, u"--max-time"_s,
+                                      u"120"_s, u"-o"_s, file, url},
+        u"curl "_s);
 }
 
 QByteArray UpdateTools::curlData(const QString &url) const
@@ -96,7 +154,7 @@ QByteArray UpdateTools::curlData(const QString &url) const
     const QString name = u"kxfeed-"_s + QUuid::createUuid().toString(QUuid::WithoutBraces) + u".json"_s;
     QFile file(QDir::temp().filePath(name));
     const auto removed = qScopeGuard([&file] { file.remove(); });
-    curlDownload(url, file.fileName());
+    download(url, file.fileName(), largestFeedDownload);
     if (!file.open(QIODevice::ReadOnly))
         throw AppError(file.errorString());
     return file.read(longestFeed); // anything longer is not a feed, and its cut text does not parse
@@ -104,7 +162,8 @@ QByteArray UpdateTools::curlData(const QString &url) const
 
 std::optional<qint64> UpdateTools::contentLength(const QString &url) const
 {
-    const ProcessOutcome outcome = start(curlTool, {u"-sIL"_s, u"--max-time"_s, u"20"_s, url});
+    const ProcessOutcome outcome =
+        start(curlTool, webOptions(url) + QStringList{u"-sIL"_s, u"--max-time"_s, u"20"_s, url});
     const QString name = u"content-length:"_s;
     std::optional<qint64> length;
     for (const QString &line : QString::fromLatin1(outcome.out).split(u'\n')) {
@@ -134,11 +193,22 @@ QString UpdateTools::stage(const QString &archive, const QString &folder) const
     unpack(archive, folder);
     const QString app = appIn(folder);
     requireLinksInside(app);
+    cleanModes(app);
 #ifdef Q_OS_MACOS
     start(u"/usr/bin/xattr"_s, {u"-dr"_s, u"com.apple.quarantine"_s, app}); // fails if the attribute is not set
 #endif
     writeHelper(folder);
     return app;
+}
+
+std::optional<QString> UpdateTools::versionIn(const QString &app)
+{
+    QFile plain(app + u"/version"_s), propertyList(app + u"/Contents/Info.plist"_s);
+    if (plain.open(QIODevice::ReadOnly))
+        return QString::fromUtf8(plain.read(longestVersion)).trimmed();
+    if (propertyList.open(QIODevice::ReadOnly))
+        return textOfKey(propertyList, u"CFBundleShortVersionString"_s);
+    return std::nullopt;
 }
 
 QString UpdateTools::helperIn(const QString &folder)

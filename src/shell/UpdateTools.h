@@ -28,12 +28,15 @@ public:
     QString stage(const QString &archive, const QString &folder) const;
     /// Path where stage() puts the script that swaps the applications after this program ends.
     static QString helperIn(const QString &folder);
+    /// The version that an application says it has, on any system; empty if it says none.
+    static std::optional<QString> versionIn(const QString &app);
     /// True if stage()'s files are still there: a cleanup of temporary files may have removed them.
     static bool isStaged(const QString &helper, const QString &app);
 
 private:
     ProcessOutcome start(const QString &program, const QStringList &arguments) const;
     void run(const QString &program, const QStringList &arguments, const QString &failure) const;
+    void download(const QString &url, const QString &file, qint64 largest) const;
     void unpack(const QString &archive, const QString &folder) const;
     void writeHelper(const QString &folder) const;
 

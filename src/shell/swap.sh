@@ -7,11 +7,13 @@ NEWAPP=$3
 OLD="$INSTALLED.old-$$"
 NEXT="$INSTALLED.new-$$"
 
+APP=$INSTALLED # the application to start
+
 tidy() {
-    rm -rf "$NEXT"
+    [ "$APP" = "$NEXT" ] || rm -rf "$NEXT"
     folder=$(dirname "$NEWAPP")
     case $folder in
-    */kxupdate-*) rm -rf "$folder" ;;
+    */kxupdate-*) [ "$APP" = "$NEWAPP" ] || rm -rf "$folder" ;;
     esac
 }
 trap tidy EXIT
@@ -19,15 +21,23 @@ trap tidy EXIT
 start() {
     sleep 0.3
     if [ "$(uname)" = Darwin ]; then
-        /usr/bin/open "$INSTALLED"
+        /usr/bin/open "$APP"
     else
-        "$INSTALLED/bin/parcelory" >/dev/null 2>&1 </dev/null &
+        "$APP/bin/parcelory" >/dev/null 2>&1 </dev/null &
     fi
 }
 
-# The clerk asked for a restart: if the swap fails, start the old application again.
+holds_program() {
+    [ -x "$1/bin/parcelory" ] || [ -x "$1/Contents/MacOS/Parcelory" ]
+}
+
+# The clerk asked for a restart: if the swap fails, start the old application again. If someone has moved it meanwhile,
+# keep the new application where it is and start it there.
 fail() {
     trap - HUP INT TERM
+    if ! holds_program "$INSTALLED"; then
+        if holds_program "$NEWAPP"; then APP=$NEWAPP; else APP=$NEXT; fi
+    fi
     start
     exit 1
 }
@@ -37,15 +47,16 @@ while kill -0 "$PID" 2>/dev/null; do
 done
 [ -d "$NEWAPP" ] || fail
 # The update may have waited for days; a cleanup of temporary files may have removed parts of it.
-[ -x "$NEWAPP/bin/parcelory" ] || [ -x "$NEWAPP/Contents/MacOS/Parcelory" ] || fail
+holds_program "$NEWAPP" || fail
 
 # From another file system this is a copy, which can fail halfway; the two moves below are then plain renames.
 mv "$NEWAPP" "$NEXT" || fail
 
+# If someone has moved the installed application meanwhile, the new application takes its former place.
 # Between the two moves no application is installed. A second process does them: if either process is killed, the other
 # process completes the swap or reverts it.
 trap '' HUP INT TERM
-(mv "$INSTALLED" "$OLD" && mv "$NEXT" "$INSTALLED") &
+({ [ ! -e "$INSTALLED" ] || mv "$INSTALLED" "$OLD"; } && mv "$NEXT" "$INSTALLED") &
 if ! wait "$!"; then
     if [ -d "$OLD" ]; then
         rm -rf "$INSTALLED"

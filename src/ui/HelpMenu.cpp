@@ -3,46 +3,15 @@
 #include "core/Task.h"
 #include "ui/MainWindow.h"
 #include "ui/ShortcutOverview.h"
-#include "ui/UpdatePrompt.h"
-#include "ui/parts/RefreshScheduler.h"
+#include "ui/UpdateOffers.h"
 
 #include <QAction>
 #include <QMenuBar>
-#include <QPointer>
-
-#include <utility>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;
 
 namespace {
-
-/// Opens the update prompt, one at a time.
-class Updates : public QObject {
-public:
-    explicit Updates(MainWindow &window)
-        : QObject(&window), m_window(window), m_shown(window.screens().updates.offers), m_refresh([this] { refresh(); })
-    {
-        m_refresh.follow(window.screens().updates);
-    }
-
-private:
-    void refresh()
-    {
-        Screens &screens = m_window.screens();
-        const int offers = screens.updates.offers;
-        if (std::exchange(m_shown, offers) == offers || m_prompt || !screens.updates.available.value())
-            return;
-        m_prompt = new UpdatePrompt(m_window.app(), screens, &m_window);
-        m_prompt->setAttribute(Qt::WA_DeleteOnClose);
-        m_prompt->open();
-    }
-
-    MainWindow &m_window;
-    QPointer<UpdatePrompt> m_prompt;
-    int m_shown; ///< UpdateChecker::offers at the last prompt
-    RefreshScheduler m_refresh;
-};
 
 void say(MainWindow &window, const QString &title, const QString &text)
 {
@@ -53,7 +22,7 @@ void say(MainWindow &window, const QString &title, const QString &text)
 
 void addHelpMenu(MainWindow &window)
 {
-    new Updates(window); // the window owns it
+    new UpdateOffers(window); // the window owns it
     QMenu *menu = window.menuBar()->addMenu(u"&Help"_s);
     const auto add = [&](const QString &text, QAction::MenuRole role, auto run) {
         QAction *action = menu->addAction(text);

@@ -5,7 +5,7 @@ namespace parcelory {
 class MainWindow;
 
 /// Adds the Help menu: keyboard shortcuts, updates, About. Call after the other menus are filled. Also opens the update
-/// prompt over the window whenever there is an update to offer.
+/// prompt whenever there is an update to offer.
 void addHelpMenu(MainWindow &window);
 
 } // namespace parcelory

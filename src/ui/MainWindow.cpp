@@ -27,13 +27,21 @@
 #include <QApplication>
 #include <QCloseEvent>
 #include <QDialog>
+#include <QScreen>
 #include <QStackedWidget>
 #include <QVBoxLayout>
 
+#include <algorithm>
 #include <utility>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr QSize leastSize(1024, 680);
+
+} // namespace
 
 MainWindow::MainWindow(AppState &app, Screens &screens, const QString &signInNote)
     : m_app(app), m_screens(screens), m_flows(new QStackedWidget), m_formsOpened(app.scanFormOpenTick),
@@ -44,7 +52,8 @@ MainWindow::MainWindow(AppState &app, Screens &screens, const QString &signInNot
     setCentralWidget(m_flows);
     addWindowActions(*this);
     addHelpMenu(*this);
-    setMinimumSize(Theme::current().scaled(1024), 680);
+    const int room = std::max(leastSize.width(), screen()->availableSize().width());
+    setMinimumSize(std::min(Theme::current().scaled(leastSize.width()), room), leastSize.height());
     restoreLayout();
     m_refresh.follow(screens);
     refresh();
@@ -74,7 +83,7 @@ QWidget *MainWindow::makeMain()
     rows->addWidget(m_stripe);
     rows->addWidget(new HeaderBar(m_app, m_screens));
     rows->addWidget(m_tabs, 1);
-    auto *strip = new StatusStrip(m_app, m_screens.keys);
+    auto *strip = new StatusStrip(m_app, m_screens.keys, m_screens.addressBook);
     rows->addWidget(strip);
     connect(strip, &StatusStrip::keysRequested, this, [this] {
         m_app.tab = MainTab::settings;
@@ -83,11 +92,17 @@ QWidget *MainWindow::makeMain()
     return main;
 }
 
+QSize MainWindow::firstSize(QSize room)
+{
+    constexpr int titleBar = 36;
+    return QSize(1280, 800).boundedTo({room.width(), room.height() - titleBar}).expandedTo(leastSize);
+}
+
 void MainWindow::restoreLayout()
 {
     const QByteArray geometry = read(m_app.platform.preferences, settings::windowGeometry);
     if (geometry.isEmpty() || !restoreGeometry(geometry))
-        resize(1280, 800);
+        resize(firstSize(screen()->availableSize()));
 }
 
 void MainWindow::refresh()
@@ -114,7 +129,7 @@ void MainWindow::refresh()
         setWindowTitle(u"Parcelory"_s);
     }
     if ((entering || changed) && signedIn && m_app.tab == MainTab::newLabel && m_app.draftTo.value().isEmpty())
-        m_label->focusRecipient();
+        m_label->focusStart();
     if (const int opened = m_app.scanFormOpenTick; std::exchange(m_formsOpened, opened) != opened)
         openWindow(u"scanform"_s);
     finishClosing();
@@ -219,9 +234,8 @@ void MainWindow::finishClosing()
 void MainWindow::changeEvent(QEvent *event)
 {
     QMainWindow::changeEvent(event);
-    // Another program may have changed the key ring meanwhile.
     if (event->type() == QEvent::ActivationChange && isActiveWindow())
-        spawn([this] { return m_screens.keys.refresh(); });
+        spawn([this] { return m_screens.keys.refreshAtActivation(); });
 }
 
 } // namespace parcelory

@@ -35,6 +35,8 @@ public:
     AppState &app() { return m_app; }
     Screens &screens() { return m_screens; }
 
+    /// The size of the first window on a screen with this much room: the frame of the window has to fit, too.
+    static QSize firstSize(QSize room);
     /// Shows a tab at once, so that the caller can act in it.
     void showTab(MainTab tab);
     /// Opens a secondary window, or brings it to the front. Known: "addressbook", "errorlog", "scanform".

@@ -1,5 +1,6 @@
 #include "ui/Program.h"
 
+#include "app/purchase/LabelPrinting.h"
 #include "core/Platform.h"
 #include "core/Task.h"
 #include "ui/MainWindow.h"
@@ -33,8 +34,11 @@ Program::Program(Platform &platform, WindowPrompts &prompts, const QString &sign
 
 void Program::start()
 {
+    m_screens.takeSavedDraft();
     spawn([&keys = m_screens.keys] { return keys.refresh(); });
     spawn([&book = m_screens.addressBook] { return book.reload(); });
+    spawn([&log = m_screens.mailingLog] { return log.tellTrouble(); });
+    spawn([] { return sweepPrintFiles(); });
     if (m_screens.settings.zebraQueue.value().isEmpty())
         spawn([&settings = m_screens.settings] { return settings.refreshPrinters(); });
     spawn([&purchases = m_screens.label.purchases] { return purchases.resume(); });

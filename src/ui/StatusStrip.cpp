@@ -1,8 +1,11 @@
 #include "ui/StatusStrip.h"
 #include "app/AppState.h"
+#include "app/addressbook/AddressBook.h"
 #include "app/settings/KeysScreen.h"
+#include "core/Task.h"
 #include "ui/parts/Accessibility.h"
 #include "ui/parts/Badge.h"
+#include "ui/parts/Button.h"
 #include "ui/parts/IconView.h"
 #include "ui/parts/PanelFrame.h"
 #include "ui/parts/TextLabel.h"
@@ -15,10 +18,11 @@
 namespace parcelory {
 using namespace Qt::StringLiterals;
 
-StatusStrip::StatusStrip(AppState &app, KeysScreen &keys, QWidget *parent)
-    : PanelFrame(&Tokens::window, parent), m_app(app), m_keys(keys),
+StatusStrip::StatusStrip(AppState &app, KeysScreen &keys, AddressBook &book, QWidget *parent)
+    : PanelFrame(&Tokens::window, parent), m_app(app), m_keys(keys), m_book(book),
       m_lastTitle(new TextLabel(u"Last Shipment:"_s, FontRole::caption, &Tokens::muted)),
       m_last(new ElidedLabel({}, FontRole::caption)), m_scan(new ElidedLabel({}, FontRole::caption, &Tokens::muted)),
+      m_change(new ElidedLabel({}, FontRole::caption)), m_undo(new Button(u"Undo"_s, Button::Kind::link)),
       m_printerIcon(new IconView(u"ui_printer"_s, 16, &Tokens::warn)),
       m_printer(new ElidedLabel({}, FontRole::captionStrong)), m_scanIcon(new IconView(u"ui_qr"_s, 14)),
       m_warning(new IconView(u"ui_warning"_s, 16, &Tokens::warn)), m_mode(new Badge({}, BadgeKind::plain)),
@@ -35,20 +39,25 @@ StatusStrip::StatusStrip(AppState &app, KeysScreen &keys, QWidget *parent)
     row->addWidget(m_last);
     row->addWidget(m_scanIcon);
     row->addWidget(m_scan);
+    row->addWidget(m_change);
+    row->addWidget(m_undo);
     row->addStretch(1);
     row->addWidget(m_warning);
     row->addWidget(m_mode);
     row->addWidget(m_key);
-    m_refresh.follow(app, keys);
+    m_undo->setAccessibleName(u"Undo the change in the address book"_s);
+    connect(m_undo, &QPushButton::clicked, this, [&book] { spawn([&book] { return book.undo(); }); });
+    m_refresh.follow(app, keys, book);
     refresh();
 }
 
 void StatusStrip::refresh()
 {
     m_last->setFullText(m_app.lastShipmentSummary);
-    m_scan->setFullText(m_app.scanStatus);
+    m_scan->setFullText(m_app.scanLine());
     m_scanIcon->setVisible(!m_scan->fullText().isEmpty());
     refreshPrinter();
+    refreshChange();
     const PostageMode mode = m_keys.mode;
     m_warning->setVisible(mode == PostageMode::none);
     m_mode->setVisible(mode != PostageMode::none && mode != PostageMode::unknown);
@@ -59,7 +68,7 @@ void StatusStrip::refresh()
     else
         m_mode->set(u"LIVE"_s, BadgeKind::live);
     m_key->setText(m_keys.statusText);
-    m_key->setToolTip(m_keys.statusText);
+    m_key->setToolTip(plainToolTip(m_keys.statusText));
     m_key->setInk(mode == PostageMode::none || mode == PostageMode::test ? &Tokens::warn : &Tokens::text);
     m_key->setCursor(mode == PostageMode::none ? Qt::PointingHandCursor : Qt::ArrowCursor);
 }
@@ -79,6 +88,20 @@ void StatusStrip::refreshPrinter()
     if (news && !notice.isEmpty()) {
         m_printer->setAccessibleName(notice);
         announce(m_printer);
+    }
+}
+
+/// A label's recipient has changed an entry of the address book: the sidebar, which says so, too, may be hidden.
+void StatusStrip::refreshChange()
+{
+    const QString change = m_book.changeText();
+    const bool news = change != m_change->fullText();
+    m_change->setFullText(change);
+    m_change->setVisible(!change.isEmpty());
+    m_undo->setVisible(!change.isEmpty());
+    if (news && !change.isEmpty()) {
+        m_change->setAccessibleName(change);
+        announce(m_change);
     }
 }
 

@@ -1,8 +1,10 @@
 #pragma once
 
 #include "app/AppState.h"
+#include "app/addressbook/AddressBook.h"
 #include "app/settings/KeysScreen.h"
 #include "ui/parts/Badge.h"
+#include "ui/parts/Button.h"
 #include "ui/parts/IconView.h"
 #include "ui/parts/PanelFrame.h"
 #include "ui/parts/RefreshScheduler.h"
@@ -10,12 +12,12 @@
 
 namespace parcelory {
 
-/// The line at the bottom of the window: the last label or the printer's problem, the last scan, and the active API
-/// key.
+/// The line at the bottom of the window: the last label or the printer's problem, the last scan, an address book entry
+/// that a label has changed, and the active API key.
 class StatusStrip : public PanelFrame {
     Q_OBJECT
 public:
-    StatusStrip(AppState &app, KeysScreen &keys, QWidget *parent = nullptr);
+    StatusStrip(AppState &app, KeysScreen &keys, AddressBook &book, QWidget *parent = nullptr);
 
 signals:
     /// The clerk clicked the message that no key is active.
@@ -27,11 +29,14 @@ protected:
 private:
     void refresh();
     void refreshPrinter();
+    void refreshChange();
 
     AppState &m_app;
     KeysScreen &m_keys;
+    AddressBook &m_book;
     TextLabel *m_lastTitle;
-    ElidedLabel *m_last, *m_scan;
+    ElidedLabel *m_last, *m_scan, *m_change;
+    Button *m_undo;
     IconView *m_printerIcon;
     ElidedLabel *m_printer;
     IconView *m_scanIcon, *m_warning;

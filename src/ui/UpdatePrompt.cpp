@@ -15,6 +15,8 @@
 #include <QScrollArea>
 #include <QVBoxLayout>
 
+#include <utility>
+
 namespace parcelory {
 using namespace Qt::StringLiterals;
 
@@ -39,6 +41,11 @@ UpdatePrompt::UpdatePrompt(AppState &app, Screens &screens, QWidget *parent)
     body()->addWidget(m_text);
     body()->addWidget(makeNotes(m_updates.available.value()->notes));
     body()->addWidget(advice);
+    if (const QString note = m_updates.signatureNote(); !note.isEmpty()) {
+        auto *unverified = new TextLabel(note, FontRole::caption, &Tokens::muted);
+        unverified->setWordWrap(true);
+        body()->addWidget(unverified);
+    }
     body()->addWidget(m_status);
     body()->addWidget(m_bar);
     m_dismiss = addButton(u"Not Now"_s, Rejected, Button::Kind::standard);
@@ -85,8 +92,18 @@ void UpdatePrompt::refresh()
     m_dismiss->setText(phase == UpdatePhase::ready ? u"Later"_s : u"Not Now"_s);
     m_next->setText(phase == UpdatePhase::ready ? u"Update && Restart"_s : u"Download"_s);
     m_next->setEnabled(phase == UpdatePhase::idle || (phase == UpdatePhase::ready && m_screens.mayRestart()));
+    if (std::exchange(m_shownPhase, phase) != phase)
+        chooseDefault();
     if (isVisible())
         fitHeight();
+}
+
+/// Return must not restart the program: whoever presses it may be typing into the form behind the prompt.
+void UpdatePrompt::chooseDefault()
+{
+    Button *safe = m_shownPhase == UpdatePhase::ready ? m_dismiss : m_next;
+    safe->setDefault(true);
+    safe->setFocus();
 }
 
 void UpdatePrompt::done(int result)
@@ -94,7 +111,7 @@ void UpdatePrompt::done(int result)
     if (result != Accepted)
         Dialog::done(result);
     else if (m_updates.phase == UpdatePhase::ready && m_screens.mayRestart())
-        spawn([&updates = m_updates] { return updates.relaunchNow(); });
+        spawn([&screens = m_screens] { return screens.restartIntoUpdate(); });
     else if (m_updates.phase == UpdatePhase::idle)
         spawn([&updates = m_updates] { return updates.install(); });
 }

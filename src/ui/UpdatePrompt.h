@@ -10,7 +10,8 @@ namespace parcelory {
 
 class ProgressBar;
 
-/// Offers a newer version: release notes, download progress, and the restart into it.
+/// Offers a newer version: release notes, download progress, and the restart into it. Return downloads, but it does not
+/// restart.
 class UpdatePrompt : public Dialog {
     Q_OBJECT
 public:
@@ -22,9 +23,11 @@ public:
 private:
     QWidget *makeNotes(const QString &notes);
     void refresh();
+    void chooseDefault();
 
     Screens &m_screens;
     UpdateChecker &m_updates;
+    UpdatePhase m_shownPhase = UpdatePhase::idle;
     TextLabel *m_text;
     TextLabel *m_status;
     ProgressBar *m_bar;

@@ -31,8 +31,10 @@ namespace {
 
 #ifdef Q_OS_MACOS
 const QKeySequence minimizeKeys(Qt::CTRL | Qt::Key_M);
+constexpr bool isMac = true;
 #else
 const QKeySequence minimizeKeys; // the window manager has its own
+constexpr bool isMac = false;
 #endif
 
 /// An action and when it is enabled.
@@ -72,7 +74,7 @@ private:
 
     void add(QMenu *menu, const QString &text, const QKeySequence &keys, std::function<bool()> when,
              std::function<void()> run);
-    void addFile();
+    void addProgram(QMenu *menu);
     void addLabel();
     void addLog();
     void addShipment(QMenu *menu);
@@ -104,7 +106,8 @@ void Menus::add(QMenu *menu, const QString &text, const QKeySequence &keys, std:
 
 void Menus::fill()
 {
-    addFile();
+    if (!isMac) // its two entries are in the application's menu there, which would leave an empty menu
+        addProgram(m_window.menuBar()->addMenu(u"&File"_s));
     addEditMenu(m_window.menuBar());
     addLabel();
     addLog();
@@ -120,9 +123,8 @@ void Menus::refresh()
         offer.action->setEnabled(offer.when());
 }
 
-void Menus::addFile()
+void Menus::addProgram(QMenu *menu)
 {
-    QMenu *menu = m_window.menuBar()->addMenu(u"&File"_s);
     add(menu, u"Settings…"_s, Qt::CTRL | Qt::Key_Comma, signedIn(), [this] { m_window.showTab(MainTab::settings); });
     menu->actions().last()->setMenuRole(QAction::PreferencesRole);
     menu->addSeparator();
@@ -155,6 +157,8 @@ void Menus::addLabel()
     add(
         menu, u"Buy && Print Label"_s, Qt::CTRL | Qt::Key_Return,
         [this, here] { return here() && label().nextStep() == NextStep::buy; }, [&view] { view.buy(); });
+    if (isMac)
+        addProgram(menu);
 }
 
 void Menus::addLog()
@@ -163,6 +167,9 @@ void Menus::addLog()
     add(
         menu, u"Search the Mailing Log"_s, Qt::CTRL | Qt::Key_F, [this] { return isOn(MainTab::mailingLog); },
         [this] { m_window.mailingLogView().focusSearch(); });
+    add(
+        menu, u"Search the Master Log"_s, Qt::CTRL | Qt::Key_F, [this] { return isOn(MainTab::masterLog); },
+        [this] { m_window.masterLogView().focusSearch(); });
     addSorting(menu->addMenu(u"Sort By"_s));
     menu->addSeparator();
     addShipment(menu);
@@ -186,7 +193,7 @@ void Menus::addShipment(QMenu *menu)
         menu, u"Reprint"_s, Qt::CTRL | Qt::Key_P, [this] { return idleChosen() || (hasLastLabel() && !label().busy); },
         [this] {
             if (hasLastLabel())
-                spawn([this] { return label().reprintLast(); });
+                m_window.labelView().reprint();
             else
                 spawn([this] { return mailingLog().reprint(*chosen()); });
         });
@@ -272,6 +279,8 @@ void Menus::addView()
     add(menu, u"Sidebar"_s, Qt::CTRL | Qt::Key_B, here, [this] { m_window.labelView().toggleSidebar(); });
     add(menu, u"Next Region"_s, Qt::Key_F6, here, [this] { m_window.labelView().focusRegion(+1); });
     add(menu, u"Previous Region"_s, Qt::SHIFT | Qt::Key_F6, here, [this] { m_window.labelView().focusRegion(-1); });
+    if (isMac) // the system adds its own entry for the full screen
+        return;
     menu->addSeparator();
     add(
         menu, u"Full Screen"_s, QKeySequence::keyBindings(QKeySequence::FullScreen).value(0, Qt::Key_F11),

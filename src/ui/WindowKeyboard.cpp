@@ -11,8 +11,8 @@
 #include <QTextEdit>
 
 #include <chrono>
+#include <functional>
 #include <memory>
-#include <optional>
 #include <utility>
 
 namespace parcelory {
@@ -100,11 +100,29 @@ QString textOf(QWidget *widget)
     return all;
 }
 
-/// Replaces part of the text like an edit by the clerk: the field emits its edit signals, and Undo works.
-void replaceIn(QWidget *widget, int position, int length, const QString &with)
+FieldState stateOf(QWidget *widget)
+{
+    if (!isEditable(widget))
+        return {};
+    FieldState state{.field = widget, .text = textOf(widget)};
+    if (const QLineEdit *line = lineIn(widget)) {
+        state.cursor = state.anchor = line->cursorPosition();
+        if (line->hasSelectedText()) // the end of the selection that the cursor is not at
+            state.anchor = line->selectionStart() == state.cursor ? line->selectionEnd() : line->selectionStart();
+    } else {
+        withText(widget, [&](auto &text) {
+            state.cursor = text.textCursor().position();
+            state.anchor = text.textCursor().anchor();
+        });
+    }
+    return state;
+}
+
+/// Replaces the text like an edit by the clerk: the field emits its edit signals, and Undo works.
+void replaceText(QWidget *widget, const QString &with)
 {
     if (QLineEdit *line = lineIn(widget)) {
-        line->setSelection(position, length);
+        line->selectAll();
         if (with.isEmpty())
             line->del();
         else
@@ -113,11 +131,40 @@ void replaceIn(QWidget *widget, int position, int length, const QString &with)
     }
     withText(widget, [&](auto &text) {
         QTextCursor cursor = text.textCursor();
-        cursor.setPosition(position);
-        cursor.setPosition(position + length, QTextCursor::KeepAnchor);
+        cursor.select(QTextCursor::Document);
         cursor.insertText(with);
-        text.setTextCursor(cursor);
     });
+}
+
+/// A key that is neither text nor the end of a line may be a shortcut. A scanner may send a line feed as Ctrl+J.
+bool mayBeShortcut(const QKeyEvent &key)
+{
+    const KeyPress press = pressOf(key, {});
+    if (press.withCommand || press.text.isEmpty())
+        return press.isReturn || press.isTab || (press.text != u"\n" && press.text != u"\r");
+    return !press.isReturn && !press.isTab && press.text.front().category() == QChar::Other_Control;
+}
+
+/// True if the event is something of the clerk's that is not a key.
+bool isOtherInput(const QObject &watched, const QEvent &event)
+{
+    switch (event.type()) {
+    case QEvent::MouseButtonPress:
+    case QEvent::MouseButtonDblClick:
+    case QEvent::Wheel:
+    case QEvent::TouchBegin:
+    case QEvent::TabletPress:
+    case QEvent::Drop:
+        return watched.isWindowType();
+    case QEvent::InputMethod:
+        return true;
+    case QEvent::ShortcutOverride: {
+        const auto &key = static_cast<const QKeyEvent &>(event);
+        return !onlyModifies(key) && mayBeShortcut(key);
+    }
+    default:
+        return false;
+    }
 }
 
 } // namespace
@@ -133,12 +180,13 @@ std::chrono::milliseconds WindowKeyboard::stampedTime(const QKeyEvent &key)
 
 WindowKeyboard::~WindowKeyboard()
 {
-    listen({});
+    listen({}, {});
 }
 
-void WindowKeyboard::listen(Handler handler)
+void WindowKeyboard::listen(Handler handler, std::function<void()> before)
 {
     m_handler = std::move(handler);
+    m_before = std::move(before);
     if (!qApp)
         return;
     if (m_handler)
@@ -158,8 +206,12 @@ QWidget *WindowKeyboard::receiver() const
 
 bool WindowKeyboard::eventFilter(QObject *watched, QEvent *event)
 {
+    if (m_releasing)
+        return false;
+    if (isOtherInput(*watched, *event))
+        m_before();
     // The native window receives a key first and only once; widgets may receive it several times.
-    if (event->type() != QEvent::KeyPress || !watched->isWindowType() || m_releasing)
+    if (event->type() != QEvent::KeyPress || !watched->isWindowType())
         return false;
     const auto &key = static_cast<const QKeyEvent &>(*event);
     if (onlyModifies(key))
@@ -182,70 +234,51 @@ bool WindowKeyboard::inTextField() const
     return isEditable(receiver());
 }
 
-QString WindowKeyboard::fieldText() const
+FieldState WindowKeyboard::fieldState() const
 {
-    return textOf(receiver());
+    return stateOf(receiver());
 }
 
-void WindowKeyboard::replaceInField(qsizetype position, qsizetype length, const QString &text)
+FieldState WindowKeyboard::stateNow(const FieldState &earlier) const
 {
-    replaceIn(receiver(), int(position), int(length), text);
+    return stateOf(qobject_cast<QWidget *>(earlier.field));
 }
 
-void WindowKeyboard::markField()
+void WindowKeyboard::restore(const FieldState &state)
 {
-    QWidget *field = receiver();
-    m_mark.reset();
+    auto *field = qobject_cast<QWidget *>(state.field);
     if (!isEditable(field))
         return;
-    Mark mark{.field = field, .text = textOf(field)};
-    if (const QLineEdit *line = lineIn(field)) {
-        mark.cursor = line->cursorPosition();
-        mark.anchor = mark.cursor;
-        if (line->hasSelectedText()) // the end of the selection that the cursor is not at
-            mark.anchor = line->selectionStart() == mark.cursor ? line->selectionEnd() : line->selectionStart();
-    } else {
-        withText(field, [&](auto &text) {
-            mark.cursor = text.textCursor().position();
-            mark.anchor = text.textCursor().anchor();
-        });
-    }
-    m_mark = mark;
-}
-
-void WindowKeyboard::restoreField()
-{
-    const std::optional<Mark> mark = std::exchange(m_mark, std::nullopt);
-    if (!mark || !mark->field)
-        return;
-    const QString now = textOf(mark->field);
-    if (now != mark->text)
-        replaceIn(mark->field, 0, int(now.size()), mark->text);
-    if (QLineEdit *line = lineIn(mark->field)) {
-        line->setCursorPosition(mark->cursor);
-        if (mark->anchor != mark->cursor)
-            line->setSelection(mark->anchor, mark->cursor - mark->anchor);
+    if (textOf(field) != state.text)
+        replaceText(field, state.text);
+    if (QLineEdit *line = lineIn(field)) {
+        line->setCursorPosition(int(state.cursor));
+        if (state.anchor != state.cursor)
+            line->setSelection(int(state.anchor), int(state.cursor - state.anchor));
         return;
     }
-    withText(mark->field, [&](auto &text) {
+    withText(field, [&](auto &text) {
         QTextCursor cursor = text.textCursor();
-        cursor.setPosition(mark->anchor);
-        cursor.setPosition(mark->cursor, QTextCursor::KeepAnchor);
+        cursor.setPosition(int(state.anchor));
+        cursor.setPosition(int(state.cursor), QTextCursor::KeepAnchor);
         text.setTextCursor(cursor);
     });
 }
 
-void WindowKeyboard::releaseHeld()
+FieldState WindowKeyboard::releaseHeld()
 {
+    const Held held = m_held.takeFirst();
+    if (!held.target)
+        return {};
+    FieldState before = stateOf(held.target);
     m_releasing = true;
-    for (const Held &held : std::exchange(m_held, {})) {
-        if (!held.target)
-            continue;
-        QCoreApplication::sendEvent(held.target, held.key.get());
+    QCoreApplication::sendEvent(held.target, held.key.get());
+    if (held.target) {
         QKeyEvent up(QEvent::KeyRelease, held.key->key(), held.key->modifiers(), held.key->text());
         QCoreApplication::sendEvent(held.target, &up); // a button acts when its key is released
     }
     m_releasing = false;
+    return before;
 }
 
 } // namespace parcelory

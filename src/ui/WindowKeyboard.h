@@ -9,8 +9,8 @@
 #include <QWidget>
 #include <QWindow>
 
+#include <functional>
 #include <memory>
-#include <optional>
 
 namespace parcelory {
 
@@ -26,14 +26,13 @@ public:
     explicit WindowKeyboard(TimeOf timeOf = stampedTime) : m_timeOf(std::move(timeOf)) {}
     ~WindowKeyboard() override;
 
-    void listen(Handler handler) override;
+    void listen(Handler handler, std::function<void()> before) override;
     bool inTextField() const override;
-    QString fieldText() const override;
-    void replaceInField(qsizetype position, qsizetype length, const QString &text) override;
-    void markField() override;
-    void restoreField() override;
-    void releaseHeld() override;
-    void dropHeld() override { m_held.clear(); }
+    FieldState fieldState() const override;
+    FieldState stateNow(const FieldState &earlier) const override;
+    void restore(const FieldState &state) override;
+    FieldState releaseHeld() override;
+    void dropHeld() override { m_held.removeFirst(); }
 
     bool eventFilter(QObject *watched, QEvent *event) override;
 
@@ -44,16 +43,10 @@ private:
         QPointer<QWidget> target;
         std::shared_ptr<QKeyEvent> key;
     };
-    struct Mark {
-        QPointer<QWidget> field;
-        QString text;
-        int cursor = 0, anchor = 0;
-    };
-
     TimeOf m_timeOf;
     Handler m_handler;
+    std::function<void()> m_before;
     QList<Held> m_held;
-    std::optional<Mark> m_mark;
     bool m_releasing = false;
     QPointer<QWindow> m_window; ///< receives the current key
 };

@@ -31,7 +31,11 @@ struct FakeContacts : ContactsSource {
     explicit FakeContacts(QSemaphore &released) : gone(released) {}
     ~FakeContacts() override { gone.release(); }
     int authorizationStatus() override { return status; }
-    bool requestAccess() override { return status == fullAccess; }
+    bool requestAccess() override
+    {
+        onAsk();
+        return status == fullAccess;
+    }
     bool openLegacy() override { return legacyOpens; }
     void readLegacy(const Take &take) override { give(legacy, take, onLegacy); }
     qsizetype containerCount() override { return 2; }
@@ -51,7 +55,7 @@ struct FakeContacts : ContactsSource {
     bool legacyOpens = true;
     QList<PlatformContact> legacy, people;
     QList<Request> requests;
-    std::function<void()> onLegacy = [] {}, onRead = [] {}; ///< called before the answer
+    std::function<void()> onAsk = [] {}, onLegacy = [] {}, onRead = [] {}; ///< called before the answer
     QSemaphore &gone;
 };
 
@@ -136,6 +140,32 @@ TEST_F(AppleContacts, ThatHangAreAbandonedAfterTheTimeout)
     EXPECT_EQ(clock.elapsed(), std::chrono::seconds(170));
     comeBack(answers);
     EXPECT_EQ(reports, 0); // an abandoned read reports nothing
+}
+
+TEST_F(AppleContacts, AreNotWaitedForWhileTheQuestionForAccessIsOpen)
+{
+    QSemaphore answers;
+    source->onAsk = [&answers] { answers.acquire(); };
+    workPool().waitForDone();
+    EXPECT_THROW(runTask(provider->requestAccess(), &clock), AddressLoadTimeout);
+    EXPECT_EQ(clock.elapsed(), ContactsAddressProvider::timeout);
+    const CancelToken cancel;
+    bool isCanceled = false;
+    spawn([&]() -> Task<> {
+        try {
+            co_await provider->requestAccess(cancel);
+        } catch (const ImportCanceled &) {
+            isCanceled = true;
+        }
+    });
+    EXPECT_EQ(workPool().activeThreadCount(), 0) << "the end of the program waits for the pool";
+    clock.advance(std::chrono::seconds(1));
+    EXPECT_FALSE(isCanceled);
+    cancel.cancel();
+    clock.advance(std::chrono::seconds(1));
+    runUntil([&isCanceled] { return isCanceled; });
+    answers.release();
+    comeBack(answers);
 }
 
 TEST_F(AppleContacts, AreDiagnosedStepByStep)

@@ -11,6 +11,7 @@
 namespace parcelory::test {
 using namespace Qt::StringLiterals;
 using testing::ElementsAre;
+using Removal = LocalAddressStore::Removal;
 
 namespace {
 
@@ -75,8 +76,8 @@ TEST_F(LocalAddresses, AreKeptReplacedAndDeleted)
         (ana.*field).prepend(u"Boone "_s);
     ASSERT_TRUE(store.upsert(ana));
     EXPECT_THAT(LocalAddressStore(QDir(folder.filePath(u"Parcelory"_s))).rows(u"boone"_s), ElementsAre(ana));
-    ASSERT_TRUE(store.remove(ana.id));
-    ASSERT_TRUE(store.remove(ana.id)); // already removed
+    EXPECT_EQ(store.remove(ana.id), Removal::done);
+    EXPECT_EQ(store.remove(ana.id), Removal::missing);
     EXPECT_EQ(names(), u"Baker"_s);
     EXPECT_EQ(count(), 1);
 }
@@ -117,6 +118,40 @@ TEST_F(LocalAddresses, AreMergedWithoutDuplicates)
     EXPECT_EQ(count(), 4);
 }
 
+TEST_F(LocalAddresses, AreFoundInWhateverFormTheirIdIsStored)
+{
+    PostalContact ana = at(u"Ana"_s), bo = at(u"Bo"_s);
+    ASSERT_TRUE(store.upsert(ana) && store.upsert(bo));
+    ASSERT_TRUE(exec("UPDATE addresses SET uuid = lower(uuid) WHERE name = 'Ana'"));
+    ASSERT_TRUE(exec("UPDATE addresses SET uuid = '{' || lower(uuid) || '}' WHERE name = 'Bo'"));
+    ana.city = bo.city = u"Keene"_s;
+    ASSERT_TRUE(store.upsert(ana) && store.upsert(bo));
+    EXPECT_THAT(store.rows(), ElementsAre(ana, bo));
+    EXPECT_EQ(store.remove(ana.id), Removal::done);
+    EXPECT_EQ(store.remove(bo.id), Removal::done);
+    EXPECT_EQ(count(), 0);
+}
+
+TEST_F(LocalAddresses, AreRestoredAsTheyWere)
+{
+    const PostalContact one{.name = u"Jo"_s, .street1 = u"1 Elm St, Salem, OR 97301"_s, .country = u"usa"_s};
+    PostalContact suite = one, other = one;
+    suite.id = QUuid::createUuid();
+    suite.street2 = u"Suite 2"_s; // a duplicate for a merge
+    ASSERT_TRUE(store.upsert(other = at(u"Ana"_s)));
+    PostalContact sameId = one;
+    sameId.id = other.id;
+    sameId.name = u"Zoe"_s;
+    const auto restored = store.restore({one, suite, one, sameId});
+    EXPECT_EQ(restored.imported, 3);
+    EXPECT_EQ(restored.skipped, 1);
+    const QList<PostalContact> rows = store.rows();
+    ASSERT_EQ(rows.size(), 4);
+    EXPECT_EQ(rows[0], other);
+    EXPECT_TRUE(rows.contains(one) && rows.contains(suite));
+    EXPECT_NE(rows[3].id, other.id);
+}
+
 TEST_F(LocalAddresses, AreSplitWhenTypedIntoOneLine)
 {
     const std::pair<QString, QString> rows[] = {
@@ -127,12 +162,17 @@ TEST_F(LocalAddresses, AreSplitWhenTypedIntoOneLine)
         {u"1 Base Rd, APO ae 09123"_s, u"1 Base Rd|APO|AE|09123|US"_s},
         {u"1 Elm St, Salem 97301"_s, u"1 Elm St|Salem||97301|US"_s},
         {u"1 Elm St, Salem OR97301"_s, u"1 Elm St|Salem|OR|97301|US"_s},
+        {u"PO Box 5, Bend OR\t97701"_s, u"PO Box 5|Bend|OR|97701|US"_s},
+        {u"PO Box 5, Bend OR\u00A0 \n97701\u00A0"_s, u"PO Box 5|Bend|OR|97701|US"_s},
+        {u"PO Box 5,\u00A0Bend OR 97701-1234\r\n"_s, u"PO Box 5|Bend|OR|97701-1234|US"_s},
+        {u"1 Elm\nRear, Salem OR 9997301"_s, u"1 Elm\nRear|Salem OR 99||97301|US"_s},
     };
     for (const auto &[street, expected] : rows)
         EXPECT_EQ(shown(LocalAddressStore::normalized({.street1 = street})), expected);
-    for (const QString &street : {u"350 5th Ave, New York 10001"_s /* "New York" is the state, so there is no city */,
-                                  u"1 Elm St, IL 62704"_s, u"Salem OR 97301,"_s, u"1 Elm St, Salem OR 9730"_s,
-                                  u"1 Elm St, Salem OR 97301 USA"_s, u"1 Elm St Salem OR 97301"_s, u", ,"_s})
+    for (const QString &street :
+         {u"350 5th Ave, New York 10001"_s /* "New York" is the state, so there is no city */, u"1 Elm St, IL 62704"_s,
+          u"Salem OR 97301,"_s, u"1 Elm St, Salem OR 9730"_s, u"1 Elm St, Salem OR 97301 USA"_s,
+          u"1 Elm St, Salem\nOR 97301"_s, u"1 Elm St, Salem OR 97301\n\n"_s, u"1 Elm St Salem OR 97301"_s, u", ,"_s})
         EXPECT_EQ(shown(LocalAddressStore::normalized({.street1 = street})), street + u"||||"_s);
     PostalContact contact{.street1 = rows[0].first, .city = u"Salem"_s, .country = u"u.s.A."_s};
     EXPECT_EQ(shown(LocalAddressStore::normalized(contact)), rows[0].first + u"|Salem|||US"_s);
@@ -160,7 +200,10 @@ TEST_F(LocalAddresses, StayUnchangedWhenWritingFails)
     LocalAddressStore none{QDir(folder.filePath(u"none"_s))};
     EXPECT_THAT(testing::internal::GetCapturedStderr(), testing::HasSubstr("cannot open address store at "));
     EXPECT_TRUE(none.rows().isEmpty());
-    EXPECT_FALSE(none.upsert(at(u"One"_s)) || none.remove(at(u"One"_s).id));
+    EXPECT_FALSE(none.upsert(at(u"One"_s)));
+    EXPECT_EQ(none.remove(at(u"One"_s).id), Removal::failed);
+    EXPECT_FALSE(none.read().failure.isEmpty());
+    EXPECT_TRUE(store.read().failure.isEmpty());
     EXPECT_THROW(none.merge({at(u"One"_s)}), AppError);
 }
 

@@ -11,7 +11,7 @@ using namespace std::chrono_literals;
 
 TEST(ArrivalWatch, WaitsAMinuteHoweverTheClockIsSet)
 {
-    for (const int setBack : {0, 30, 3600, 365 * 24 * 3600}) {
+    for (const int setBack : {0, 30, 3600, 365 * 24 * 3600, -61, -24 * 3600}) {
         FakeClock clock;
         ArrivalWatch watch(clock);
         const QDateTime asked = clock.now();

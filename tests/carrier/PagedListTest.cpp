@@ -6,7 +6,8 @@
 #include "support/Printing.h"
 #include "support/RunTask.h"
 
-#include <gmock/gmock.h>
+#include <QTimeZone>
+#include <gtest/gtest.h>
 
 namespace parcelory::test {
 using namespace Qt::StringLiterals;
@@ -45,7 +46,7 @@ QByteArray page(const QByteArrayList &records, const char *next)
     return R"({"next":)" + QByteArray(next) + R"(,"results":[)" + records.join(',') + "]}";
 }
 
-const QDateTime cutoff(QDate(2026, 11, 10), QTime(0, 0), Qt::UTC);
+const QDateTime cutoff(QDate(2026, 11, 10), QTime(0, 0), QTimeZone::utc());
 
 } // namespace
 

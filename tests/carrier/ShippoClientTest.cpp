@@ -131,7 +131,7 @@ TEST_F(ShippoClientTest, KeepsTheTokenAndTheStatusWhereTheyBelong)
     answerWith(
         200,
         R"({"next": "https://elsewhere.example.com/transactions", "results": [{"object_id": "t", "status": ""}]})");
-    EXPECT_EQ(failureOf(client.purchasesOf(u"r"_s, desk.clock.now())),
+    EXPECT_EQ(failureOf(client.purchasesOf(u"r"_s, desk.clock.now(), desk.clock.now())),
               u"Bad API path: https://elsewhere.example.com/transactions"_s);
     answerWith(409, "{}");
     try {
@@ -242,6 +242,43 @@ TEST_F(ShippoClientTest, PollsAQueuedPurchaseAndReturnsItIfItStaysQueued)
     EXPECT_EQ(desk.clock.elapsed() - before, 15s);
 }
 
+TEST_F(ShippoClientTest, OnlyTheCarriersOwnTimeProvesThatNothingWasBought)
+{
+    const QDateTime rated(QDate(2026, 11, 20), QTime(12, 0), Qt::UTC);
+    const auto page = [](const QDateTime &newest, const char *rate, const char *next) {
+        return R"({"next": )" + QByteArray(next) +
+               R"(, "results": [{"object_id": "t", "status": "SUCCESS", "rate": ")" + rate +
+               R"(", "object_created": ")" + newest.toString(Qt::ISODate).toLatin1() + R"("}]})";
+    };
+    const char *const more = R"("transactions?results=100")", *const last = "null";
+    const struct {
+        QDateTime listed; ///< the only label on each page
+        const char *next;
+        QDateTime asked, rated;
+        bool isProof;
+    } rows[] = {
+        {rated.addDays(-1), more, rated, rated, true},
+        {rated.addDays(-1), more, rated.addDays(9), rated, true}, // the desk's clock is days ahead, or behind
+        {rated.addDays(-1), more, rated.addDays(-9), rated, true},
+        {rated.addSecs(60), more, rated.addDays(9), rated, false}, // newer labels only
+        {rated.addSecs(60), more, rated.addDays(9), {}, false},
+        {rated.addDays(-3), more, rated, {}, false}, // only the desk's clock says that the rest is too old
+        {rated.addDays(-3), last, rated, {}, true},
+        {rated.addSecs(60), last, rated.addDays(9), {}, true},
+    };
+    for (const auto &row : rows) {
+        desk.clock.start = row.asked;
+        answerWith(200, page(row.listed, "other", row.next), "application/json", 100);
+        bool isProof = true;
+        try {
+            runTask(client.purchasesOf(u"r"_s, row.asked, row.rated), &desk.clock);
+        } catch (const ShippoError &) {
+            isProof = false;
+        }
+        EXPECT_EQ(isProof, row.isProof) << &row - rows;
+    }
+}
+
 TEST_F(ShippoClientTest, FindsItsOwnPurchaseInAnyList)
 {
     const auto found = [this](const QByteArray &rate, const char *next = "null") {
@@ -249,7 +286,7 @@ TEST_F(ShippoClientTest, FindsItsOwnPurchaseInAnyList)
                    R"({"next": )" + QByteArray(next) +
                        R"(, "results": [{"object_id": "t", "status": "SUCCESS", "rate": )" + rate + "}]}",
                    "application/json", 40);
-        return runTask(client.purchasesOf(u"r"_s, desk.clock.now()), &desk.clock).size();
+        return runTask(client.purchasesOf(u"r"_s, desk.clock.now(), desk.clock.now()), &desk.clock).size();
     };
     EXPECT_EQ(found(R"("r")"), 1);
     EXPECT_EQ(found(R"({"object_id": "r"})"), 1) << "another program bought the label in one call";
@@ -289,6 +326,10 @@ TEST_F(ShippoClientTest, FetchesDocumentsWithoutTheTokenAndReportsABadLink)
     EXPECT_TRUE(failureOf(client.downloadLabel(*bought.labelUrl)).contains(u"gave no answer"_s));
     for (const QString &bad : {u""_s, u"not a link"_s, u"/relative"_s})
         EXPECT_EQ(failureOf(client.downloadLabel(bad)), u"Bad label URL"_s);
+    const QString notEncrypted = u"the carrier's link is not encrypted, so it was not followed"_s;
+    EXPECT_EQ(failureOf(client.downloadLabel(u"http://labels.example/1.zpl"_s)), notEncrypted);
+    desk.platform.deployment.carrierApi = u"https://127.0.0.1:1/"_s; // the practice carrier alone has no certificate
+    EXPECT_EQ(failureOf(ShippoClient(desk.platform, keys).downloadLabel(*bought.labelUrl)), notEncrypted);
 }
 
 } // namespace parcelory::test

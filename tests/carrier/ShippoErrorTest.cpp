@@ -56,8 +56,9 @@ TEST(CarrierWords, AreReadInAnyCase)
 
 TEST(ShippoError, ShowsOnlyTheStartOfALongServerError)
 {
-    const ShippoError error = ShippoError::http(500, QString(1000, u'x'));
-    EXPECT_EQ(error.description(), u"Shippo HTTP 500: "_s + QString(300, u'x'));
+    const QString text(20 << 20, u'x');
+    EXPECT_EQ(ShippoError::http(500, text).description(), u"Shippo HTTP 500: "_s + text.left(300));
+    EXPECT_EQ(ShippoError::validation(text).description(), text.left(2000));
 }
 
 TEST(ShippoError, TellsWhetherTheRequestMayHaveReachedTheCarrier)

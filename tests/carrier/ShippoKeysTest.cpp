@@ -92,17 +92,20 @@ TEST_F(ShippoKeysTest, NamesTheSingleKeyOfEarlierVersionsOnce)
 
 TEST_F(ShippoKeysTest, SaysWhetherTheActiveKeyCostsMoney)
 {
-    EXPECT_EQ(keys.settingsText(), u"No API key active. Add one below (Shippo dashboard → API → Developer keys)."_s);
-    EXPECT_EQ(keys.statusText(), u"No Shippo API key — add one in Settings"_s);
+    EXPECT_EQ(keys.settingsText(keys.activeToken().value_or(QString())),
+              u"No API key active. Add one below (Shippo dashboard → API → Developer keys)."_s);
+    EXPECT_EQ(keys.statusText(keys.activeToken().value_or(QString())), u"No Shippo API key — add one in Settings"_s);
     const std::pair<QString, bool> rows[] = {{u"shippo_test_abc"_s, true},  {u"shippo_testXYZ"_s, true},
                                              {u"SHIPPO_TEST_abc"_s, false}, {u" shippo_test_abc"_s, false},
                                              {u"shippo_live_abc"_s, false}, {u"x"_s, false}};
     for (const auto &[token, test] : rows) {
         keys.set(token, u"Desk 1"_s);
-        EXPECT_EQ(keys.settingsText(), test ? u"“Desk 1” active — TEST key, labels are free and not valid postage."_s
-                                            : u"“Desk 1” active — LIVE key, labels cost real money."_s);
-        EXPECT_EQ(keys.statusText(), test ? u"Shippo TEST mode (Desk 1) — labels are not real postage"_s
-                                          : u"Shippo LIVE (Desk 1) — labels cost real money"_s);
+        EXPECT_EQ(keys.settingsText(keys.activeToken().value_or(QString())),
+                  test ? u"“Desk 1” active — TEST key, labels are free and not valid postage."_s
+                       : u"“Desk 1” active — LIVE key, labels cost real money."_s);
+        EXPECT_EQ(keys.statusText(keys.activeToken().value_or(QString())),
+                  test ? u"Shippo TEST mode (Desk 1) — labels are not real postage"_s
+                       : u"Shippo LIVE (Desk 1) — labels cost real money"_s);
     }
 }
 

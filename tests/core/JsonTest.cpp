@@ -5,6 +5,7 @@
 #include "support/Printing.h"
 
 #include <QFile>
+#include <QTimeZone>
 #include <gmock/gmock.h>
 
 #include <optional>
@@ -40,6 +41,12 @@ QString complaint(const QByteArray &text, Keys keys = Keys::snake)
         return error.description();
     }
     return u"decoded"_s;
+}
+
+/// A shipment with arrays inside one another in a key that nothing reads.
+QByteArray nested(int depth)
+{
+    return R"({"object_id": "s", "rates": [], "x": )" + QByteArray(depth, '[') + QByteArray(depth, ']') + '}';
 }
 
 struct Kinds {
@@ -131,7 +138,12 @@ TEST(Json, NamesTheKeyThatIsMissingOrWrong)
         {R"({"object_id": "s", "rates": [)", u"it is not JSON"_s},
         {"{\"object_id\": \"\xFF\", \"rates\": []}", u"it is not JSON"_s},
         {QByteArray(), u"it is not JSON"_s},
-        {QByteArray(100000, '['), u"it is not JSON"_s},
+        {QByteArray(100, '['), u"it is not JSON"_s},
+        {nested(99), u"decoded"_s},
+        {nested(100), u"it is nested too deeply"_s},
+        {nested(60000), u"it is nested too deeply"_s},
+        {R"({"object_id": "s", "rates": [], "x": ")" + QByteArray(200, '[') + "\\\"" + QByteArray(200, '{') + "\"}",
+         u"decoded"_s},
     };
     for (const auto &[text, expected] : rows)
         EXPECT_EQ(complaint<ShippoShipment>(text), expected) << text.left(60).toStdString();
@@ -159,7 +171,7 @@ TEST(Json, KeepsDatesIdsAndEveryCharacterOfATextThroughAFile)
 {
     const QByteArray text = R"({"count":-3,"when":816878465.25,"id":"0E1F2A3B-4C5D-6E7F-8091-A2B3C4D5E6F7"})";
     const auto read = decodeJson<Kinds>(text, Keys::asIs);
-    EXPECT_EQ(read.when, QDateTime(QDate(2026, 11, 20), QTime(14, 41, 5, 250), Qt::UTC));
+    EXPECT_EQ(read.when, QDateTime(QDate(2026, 11, 20), QTime(14, 41, 5, 250), QTimeZone::utc()));
     EXPECT_EQ(read.id, QUuid(u"{0e1f2a3b-4c5d-6e7f-8091-a2b3c4d5e6f7}"_s));
     EXPECT_EQ(read.count, -3);
 

@@ -29,7 +29,7 @@ char programName[] = "invoice_tests", *argv[] = {programName, nullptr};
 /// An invoice of `value` dollars in which all texts are the same.
 CommercialInvoice::Data_ invoice(const QString &text, double value)
 {
-    CommercialInvoice::Data_ data{text, {}, text, QDate(2026, 3, 7), text, text, text, value, text, text};
+    CommercialInvoice::Data_ data{text, {}, text, QDate(2026, 3, 7), text, text, text, value, text, text, text};
     data.recipient = {.name = text, .company = text, .street1 = text, .street2 = text, .city = text};
     return data;
 }
@@ -43,6 +43,7 @@ struct Page {
             QFile file(folder.filePath(u"page"_s));
             if (file.open(QIODevice::WriteOnly))
                 file.write(CommercialInvoice::pdf(data, deployment));
+            missing = CommercialInvoice::lettersWithoutGlyph(data);
         }).join();
         static const QRegularExpression word(u"xMin=\"(.+)\" yMin=\"(.+)\" xMax=\"(.+)\" yMax=\"(.+)\">(.*)</word>"_s);
         for (const auto &match : word.globalMatch(ask(u"pdftotext -bbox page -"_s))) {
@@ -67,7 +68,7 @@ struct Page {
     };
     QTemporaryDir folder;
     QList<Word> words;
-    QString text;
+    QString text, missing;
 };
 
 } // namespace
@@ -137,14 +138,19 @@ TEST(CommercialInvoice, HasTheFieldsForCustomsAndAccountingAndOmitsEmptyLines)
     const QString text = Page(data).text;
     for (const char *said :
          {"HS Code Coin", "Subtotal: $25.00 Shipping: $0.00 Total Due: $25.00 Paid: $25.00 Balance: $0.00",
-          "Currency US dollars (USD)", "origin United States Terms of sale DDU", "Name Coin"})
+          "Packages 1, Coin", "Currency US dollars (USD)", "origin United States Terms of sale DDU", "Name Coin"})
         EXPECT_TRUE(text.contains(QLatin1StringView(said))) << said << " is not in " << text.toStdString();
     EXPECT_EQ(text.count(u"3/7/26"_s), 2);
-    data.signer = QString();
+    data.signer = data.weight = QString();
     EXPECT_EQ(Page(data).text.count(u"3/7/26"_s), 1) << "the line for the signature is empty";
     Deployment deployment = Deployment::builtIn();
     deployment.countryOfOrigin = u"CA"_s;
-    EXPECT_TRUE(Page(data, deployment).text.contains(u"origin Canada"_s));
+    deployment.letterhead = {u"Corvallon-Coins-and-Bullion"_s};
+    const Page other(data, deployment);
+    EXPECT_TRUE(other.text.contains(u"origin Canada"_s));
+    const QRectF company = std::ranges::find(other.words, deployment.letterhead.first(), &Page::Word::text)->box;
+    EXPECT_TRUE(company.width() > 340 && company.width() < 400) << company.width();
+    EXPECT_NEAR(company.height(), Page(data).words.first().box.height() * 26 / 30, 0.1) << "a long name keeps its size";
     data.extraLine = std::nullopt;
     for (const Page::Word &word : Page(data).words)
         EXPECT_TRUE(word.box.top() < 425 || word.box.top() > 461) << word.text.toStdString();
@@ -161,6 +167,41 @@ TEST(CommercialInvoice, DrawsEveryScriptAsSearchableText)
         EXPECT_TRUE(page.text.contains(name.normalized(QString::NormalizationForm_C))) << page.text.toStdString();
         for (const QString &font : page.ask(u"pdffonts page"_s).trimmed().split(u'\n').mid(2))
             EXPECT_TRUE(font.contains(QRegularExpression(u" yes +(yes|no) +yes "_s))) << font.toStdString(); // embedded
+    }
+    // Their shapes are read as other letters; the font tells that they are no boxes.
+    const std::pair<QString, QString> shaped[] = {{u"สมชาย ใจดี"_s, u"NotoSansThai"_s},
+                                                  {u"राजेश शर्मा"_s, u"NotoSansDevanagari"_s},
+                                                  {u"شارع الملك فهد"_s, u"NotoSansArabic"_s},
+                                                  {u"רחוב הרצל"_s, u"NotoSansHebrew"_s}};
+    for (const auto &[name, font] : shaped) {
+        const Page page(invoice(name + u" 12"_s, 1));
+        EXPECT_TRUE(page.ask(u"pdffonts page"_s).contains(font)) << font.toStdString();
+        EXPECT_EQ(page.missing, QString()) << font.toStdString();
+        const bool fromTheRight = std::ranges::any_of(page.words, [](const Page::Word &word) {
+            return word.text == u"12" && std::abs(word.box.left() - 320) < 0.1;
+        });
+        EXPECT_EQ(fromTheRight, name.isRightToLeft()) << font.toStdString();
+    }
+    EXPECT_EQ(Page(invoice(u"Zoë \u0378 \u200D\U00040000"_s, 1)).missing, u"\u0378\U00040000"_s);
+}
+
+TEST(CommercialInvoice, KeepsTheSpacingOfAnAddressOfUpToTwelveLines)
+{
+    const std::pair<int, double> rows[] = {{6, 192}, {8, 192}, {9, 179}, {12, 140}, {13, 140}};
+    for (const auto &[count, top] : rows) {
+        auto data = invoice(u"Coin"_s, 25);
+        data.recipient.name = QString(QString(15, u'm') + u' ').repeated(count - 5);
+        data.recipient.country = u"uk"_s;
+        QList<double> tops;
+        for (const Page::Word &word : Page(data).words) {
+            if (std::abs(word.box.left() - 320) < 0.1 && word.box.top() > 110 && word.box.top() < 299)
+                tops += word.box.top();
+        }
+        ASSERT_EQ(tops.size(), count + 1);
+        EXPECT_NEAR(tops[0], top - 17, 0.1) << "Bill To:";
+        for (int line = 0; line < count && count <= 12; ++line)
+            EXPECT_NEAR(tops[line + 1], top + 13 * line, 0.1) << count << " lines";
+        EXPECT_LT(tops.last(), 287);
     }
 }
 

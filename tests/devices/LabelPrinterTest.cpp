@@ -1,5 +1,6 @@
 #include "devices/LabelPrinter.h"
 #include "core/AppError.h"
+#include "devices/HandoverFile.h"
 
 #include "support/FakePlatform.h"
 #include "support/Printing.h"
@@ -8,6 +9,7 @@
 
 #include <QFileInfo>
 #include <QRegularExpression>
+#include <sys/stat.h>
 
 #include <chrono>
 #include <functional>
@@ -147,8 +149,41 @@ TEST_F(LabelPrinterTest, SendsPdfsToTheDocumentPrinterOrTheViewerAndPicturesToTh
         EXPECT_TRUE(file.fileName().contains(QRegularExpression(temporary.path() + names[i] + u'$'))) << i;
         ASSERT_TRUE(file.open(QIODevice::ReadOnly)) << "the viewer needs the file";
         EXPECT_EQ(file.readAll(), i == 0 ? pdf : png);
-        EXPECT_EQ(file.permissions(), filePrivacy);
+        EXPECT_EQ(file.permissions() & ~QFile::WriteUser, QFile::ReadOwner | QFile::ReadUser); // root can write
     }
+}
+
+TEST_F(LabelPrinterTest, DeletesWhatAKilledProgramLeftAndNothingElse)
+{
+    const QString id = u"0f8fad5b-d9cb-469f-a165-70867728950e"_s;
+    const struct {
+        QString name;
+        bool isForViewer;
+        int hours;
+        bool isLeft;
+    } rows[] = {
+        {u"parcelory-%1.zpl"_s, false, 0, false},       {u"parcelory-%1.pdf"_s, false, 0, false},
+        {u"parcelory-label-%1.png"_s, true, 25, false}, {u"parcelory-label-%1.pdf"_s, true, 23, true},
+        {u"parcelory-%1.txt"_s, false, 99, true},       {u"other-%1.zpl"_s, false, 99, true},
+        {u"parcelory-x-%1.zpl"_s, false, 99, true},
+    };
+    for (const auto &row : rows) {
+        QFile file(temporary.filePath(row.name.arg(id)));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        ASSERT_TRUE(
+            file.setFileTime(QDateTime::currentDateTime().addSecs(-3600 * row.hours), QFile::FileModificationTime));
+        file.setPermissions(row.isForViewer ? QFile::ReadOwner : QFile::ReadOwner | QFile::WriteOwner);
+    }
+    ASSERT_TRUE(QFile::link(u"/etc/passwd"_s, temporary.filePath(u"parcelory-label-%1.zpl"_s.arg(id))));
+    ASSERT_EQ(::mkfifo(QFile::encodeName(temporary.filePath(u"parcelory-label-%1.png"_s.arg(id.toUpper()))).constData(),
+                       0600),
+              0);
+    const HandoverFile printing("^XA^XZ", u"parcelory-"_s, u".zpl"_s);
+    HandoverFile::sweep();
+    for (const auto &row : rows)
+        EXPECT_EQ(QFile::exists(temporary.filePath(row.name.arg(id))), row.isLeft) << row.name.toStdString();
+    EXPECT_TRUE(QFile::exists(printing.path())) << "another program is printing";
+    EXPECT_TRUE(QFile::exists(u"/etc/passwd"_s));
 }
 
 TEST_F(LabelPrinterTest, SendsNothingToAQueueThatStaysPaused)
@@ -212,6 +247,22 @@ TEST_F(LabelPrinterTest, WaitsThirtySecondsForAPrintSystemThatDoesNotAnswer)
     printer.tryResume(u"Zebra"_s);
     for (const auto &call : world.processes.calls())
         EXPECT_EQ(call.limit, std::chrono::seconds(30)) << call.program.toStdString();
+}
+
+TEST_F(LabelPrinterTest, SaysWhyThePrintersCannotBeListed)
+{
+    const std::pair<ProcessOutcome, QString> rows[] = {
+        {{1, {}, "lpstat: Connection refused\n"}, u"lpstat: Connection refused"_s},
+        {{3, {}, {}}, u"lpstat ended with status 3"_s},
+        {{139, "device for Zebra: usb://1\n", {}}, u"lpstat crashed (signal 11)"_s},
+        {{134, {}, "lpstat: No destinations added.\n"}, u"lpstat crashed (signal 6)"_s},
+    };
+    for (const auto &[outcome, reason] : rows) {
+        lpstat = {outcome};
+        EXPECT_EQ(failureOf([this] { printer.listQueues(); }), Failure(outcome.status, reason));
+    }
+    lpstat = {{1, {}, "lpstat: No destinations added.\n"}};
+    EXPECT_TRUE(printer.listQueues().all.isEmpty());
 }
 
 TEST_F(LabelPrinterTest, WorksWithoutTheToolThatDescribesQueues)

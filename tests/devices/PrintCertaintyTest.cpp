@@ -134,6 +134,18 @@ TEST_F(PrintCertaintyTest, TheWatchReportsOnlyLabelsThatDoNotComeOut)
     watch.follow(u"ZD421"_s, Paper::label);
     EXPECT_EQ(afterLookAt("what is this?"), QString());
     EXPECT_FALSE(clock.fireNext()) << "an unreadable report ends polling";
+    for (const bool hangs : {false, true}) { // the queue would look empty, and the labels printed
+        watch.follow(u"ZD421"_s, Paper::label);
+        processes.behave = [hangs](const QString &program, const QStringList &) {
+            if (hangs)
+                throw ProcessTimedOut(program);
+            return ProcessOutcome{128 + 11, answer(idle), {}};
+        };
+        EXPECT_EQ(
+            noticeAfter(std::chrono::seconds(2)),
+            u"ZD421 reports “%1” — check whether the last label came out."_s.arg(
+                hangs ? u"the print system did not answer within 30 seconds"_s : u"lpstat crashed (signal 11)"_s));
+    }
 
     const qsizetype looks = processes.calls().size();
     watch.follow(u"Old"_s, Paper::label);

@@ -7,8 +7,11 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
+#include <iterator>
 #include <optional>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -103,15 +106,24 @@ TEST(USBScale, FollowsItsReportsAndOtherwiseKeepsTheLastWeight)
         {tenths(stable, 120), true, u"12.0 oz"_s, false, true},
         {troy, true, u"12.0 oz"_s, true, false},
     };
+    const auto shown = [&] {
+        return std::tuple(scale.connected.value(), scale.stable.value(), scale.display(), scale.fault.value());
+    };
+    std::vector<decltype(shown())> seen; // by an observer, since the last step
+    QObject::connect(&scale, &Observable::changed, [&] { seen.push_back(shown()); });
     for (const auto &step : steps) {
+        seen.clear();
         desk.hid.listener.report(1, step.report);
         const std::string what = step.report.toHex().toStdString();
+        EXPECT_EQ(std::ranges::count(seen, shown()), std::ssize(seen)) << "half a change: " << what;
         EXPECT_EQ(scale.stable, step.stable) << what;
         EXPECT_EQ(scale.display(), step.display) << what;
         EXPECT_EQ(!scale.fault.value().isEmpty(), step.fault) << what;
         EXPECT_EQ(scale.reading().has_value(), step.reading) << what;
     }
+    seen.clear();
     desk.hid.listener.removed(1);
+    EXPECT_EQ(std::ranges::count(seen, shown()), std::ssize(seen)) << "half a change";
     EXPECT_FALSE(scale.connected);
     EXPECT_TRUE(scale.stable) << "a removed scale keeps the last state";
     EXPECT_EQ(scale.deviceName, QString());
@@ -222,7 +234,7 @@ TEST(PracticeScale, BehavesLikeARealScale)
     }
     practice.put(PracticeScale::capacity + 0.1);
     clock.advance(PracticeScale::settling);
-    EXPECT_EQ(scale.fault, u"Too heavy for the scale"_s);
+    EXPECT_EQ(scale.fault, u"Too heavy for this scale — type the weight."_s);
     practice.unplug();
     EXPECT_FALSE(scale.connected);
     practice.put(PracticeScale::capacity);

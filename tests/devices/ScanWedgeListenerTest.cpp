@@ -7,8 +7,7 @@
 #include <gmock/gmock.h>
 
 #include <chrono>
-#include <optional>
-#include <tuple>
+#include <functional>
 #include <utility>
 
 namespace parcelory::test {
@@ -21,27 +20,29 @@ using testing::IsEmpty;
 /// A keyboard with one text field and its cursor.
 class FakeKeyboard : public Keyboard {
 public:
-    void listen(Handler wanted) override { handler = std::move(wanted); }
+    void listen(Handler wanted, std::function<void()> other) override
+    {
+        handler = std::move(wanted);
+        before = std::move(other);
+    }
     bool inTextField() const override { return focused; }
-    QString fieldText() const override { return text; }
-    void replaceInField(qsizetype position, qsizetype length, const QString &with) override
+    FieldState fieldState() const override
     {
-        text.replace(position, length, with);
-        cursor = position + with.size();
+        return focused ? FieldState{const_cast<QObject *>(&field), text, cursor, cursor} : FieldState{};
     }
-    void markField() override { marked = {text, cursor}; }
-    void restoreField() override
+    FieldState stateNow(const FieldState &) const override { return fieldState(); }
+    void restore(const FieldState &state) override
     {
-        if (marked)
-            std::tie(text, cursor) = *marked;
-        marked.reset();
+        text = state.text;
+        cursor = state.cursor;
     }
-    void releaseHeld() override
+    FieldState releaseHeld() override
     {
-        for (const QString &key : std::exchange(held, {}))
-            type(key);
+        FieldState state = fieldState();
+        type(held.takeFirst());
+        return state;
     }
-    void dropHeld() override { held.clear(); }
+    void dropHeld() override { held.removeFirst(); }
     void type(const QString &key)
     {
         if (focused)
@@ -51,11 +52,12 @@ public:
     }
 
     Handler handler;
+    std::function<void()> before;
     bool focused = true;
+    QObject field;
     QString text, pressed; ///< typed into the field; pressed on another focused widget
     qsizetype cursor = 0;
     QStringList held;
-    std::optional<std::pair<QString, qsizetype>> marked;
 };
 
 struct ScanDesk {
@@ -85,6 +87,13 @@ struct ScanDesk {
     {
         for (const QChar letter : text)
             press({.text = letter}, spacing);
+    }
+    /// Types at a scanner's speed, with a pause before one character.
+    void scan(const QString &text, qsizetype place, std::chrono::milliseconds pause)
+    {
+        type(text.left(place), 8ms);
+        press({.text = text.mid(place, 1)}, pause);
+        type(text.mid(place + 1), 8ms);
     }
     KeyVerdict pressReturn(std::chrono::milliseconds after)
     {
@@ -161,16 +170,43 @@ TEST(ScanWedgeListener, NoTypedKeyIsLostOrReordered)
     EXPECT_EQ(desk.pressReturn(35ms), KeyVerdict::deliver);
     EXPECT_EQ(desk.keyboard.text, u"ok");
     for (int repeat = 0; repeat < 30; ++repeat) // a key held down
-        desk.press({.text = u"x"_s, .isRepeat = true}, 30ms);
+        desk.press({.text = u"x"_s, .isRepeat = repeat > 0}, repeat == 1 ? 200ms : 30ms);
     EXPECT_EQ(desk.keyboard.text, u"ok"_s + QString(30, u'x'));
     EXPECT_EQ(desk.press({.text = u"a"_s}, 1s), KeyVerdict::deliver);
     EXPECT_EQ(desk.press({.text = u"b"_s}, 51ms), KeyVerdict::deliver);
     EXPECT_EQ(desk.press({.text = u"c"_s}, 49ms), KeyVerdict::hold) << "fast enough for a scanner";
 }
 
-TEST(ScanWedgeListener, ACodeEndsWhenTheScannerPauses)
+TEST(ScanWedgeListener, NoPauseInsideACodeCutsIt)
 {
-    for (const auto late : {81ms, 150ms, 240ms}) { // a slow suffix, or the clerk's own Return
+    const qsizetype firstDigit = link.size() - 5;
+    for (const auto pause : {51ms, 81ms, 100ms, 249ms, 400ms}) {
+        for (qsizetype place = 1; place < link.size(); ++place) {
+            for (const int typed : {0, 5, 9}) {
+                ScanDesk desk;
+                desk.clock.advance(2s);
+                const QString name = u"Whitfield"_s.left(typed);
+                desk.type(name, 110ms);
+                desk.clock.advance(30ms);
+                desk.scan(link, place, pause);
+                EXPECT_EQ(desk.pressReturn(8ms), KeyVerdict::swallow);
+                EXPECT_EQ(desk.keyboard.text, name) << place << ", " << pause.count();
+                EXPECT_THAT(desk.keyboard.held, IsEmpty());
+                // A longer pause between digits ends the code; its rest then completes the number.
+                const bool cut = pause > 250ms && place > firstDigit;
+                ASSERT_EQ(desk.scans.size(), cut ? 2 : 1) << place << ", " << pause.count();
+                EXPECT_TRUE(desk.scans.last().endsWith(link)) << place << ", " << pause.count();
+                desk.clock.advance(1s);
+                EXPECT_EQ(desk.keyboard.text, name);
+                EXPECT_THAT(desk.noises, IsEmpty());
+            }
+        }
+    }
+}
+
+TEST(ScanWedgeListener, ACodeWithoutAnEndKeyEndsByAPause)
+{
+    for (const auto late : {81ms, 150ms, 240ms, 260ms, 400ms}) { // a slow suffix, or the clerk's own Return
         ScanDesk desk;
         desk.keyboard.text = u"Smith"_s;
         desk.keyboard.cursor = 5;
@@ -179,19 +215,24 @@ TEST(ScanWedgeListener, ACodeEndsWhenTheScannerPauses)
         EXPECT_EQ(desk.pressReturn(late), KeyVerdict::swallow);
         EXPECT_EQ(desk.keyboard.text, u"Smith") << late.count();
         EXPECT_THAT(desk.scans, ElementsAre(link));
+        EXPECT_EQ(desk.pressReturn(130ms), late == 260ms ? KeyVerdict::swallow : KeyVerdict::deliver);
+        EXPECT_EQ(desk.pressReturn(600ms), KeyVerdict::deliver);
     }
     ScanDesk desk;
     desk.clock.advance(1s);
     desk.type(link, 10ms);
-    desk.type(u"9"_s, 120ms); // would be another invoice if it joined the code
-    desk.clock.advance(100ms);
+    desk.clock.advance(250ms);
     EXPECT_THAT(desk.scans, ElementsAre(link));
+    desk.type(u"9"_s, 20ms); // a person's: no end key follows at a scanner's speed
+    desk.clock.advance(100ms);
     EXPECT_EQ(desk.keyboard.text, u"9");
     desk.type(link, 10ms);
-    desk.clock.advance(200ms);
+    desk.clock.advance(260ms);
     desk.type(link, 10ms);
-    desk.clock.advance(1s);
+    desk.type(u"ok"_s, 130ms); // a person's: the code is over
     EXPECT_EQ(desk.scans.size(), 3);
+    EXPECT_EQ(desk.keyboard.text, u"9ok");
+    desk.clock.advance(1s);
     desk.type(link + u"?a=1"_s, 10ms);
     EXPECT_TRUE(desk.clock.fireNext());
     EXPECT_EQ(desk.scans.size(), 3) << "keys that queued up while the program was busy come first";
@@ -215,22 +256,38 @@ TEST(ScanWedgeListener, ALinkTypedByHandCountsAfterAPause)
     EXPECT_EQ(desk.scans.size(), 1) << "another host";
 }
 
-TEST(ScanWedgeListener, RecognizesNoiseByItsLengthAndSpeed)
+TEST(ScanWedgeListener, DropsOnlyWhatAMachineTypesAndSaysSo)
 {
     const struct {
         int keys;
         std::chrono::milliseconds spacing;
-        bool heard, stays;
-    } cases[] = {{12, 10ms, true, false}, {10, 49ms, true, false}, {9, 10ms, false, false},
-                 {8, 10ms, false, false}, {7, 10ms, false, true},  {12, 60ms, false, true}};
+        int pauseAt; ///< before this key, 120 ms
+        bool ends, heard, stays;
+    } cases[] = {{12, 10ms, 0, true, true, false},  {10, 49ms, 0, true, true, false}, {9, 10ms, 0, true, false, true},
+                 {8, 10ms, 0, true, false, true},   {7, 10ms, 0, true, false, true},  {12, 60ms, 0, true, false, true},
+                 {15, 8ms, 9, true, true, false},   {15, 8ms, 3, true, true, false},  {15, 8ms, 14, true, true, false},
+                 {10, 53ms, 0, false, false, true}, {9, 8ms, 0, false, false, true},  {12, 8ms, 0, false, true, false},
+                 {15, 8ms, 9, false, true, false},  {10, 53ms, 0, true, false, true}};
     for (const auto &one : cases) {
-        ScanDesk desk;
-        desk.clock.advance(1s);
-        desk.type(QString(one.keys, u'7'), one.spacing);
-        desk.pressReturn(10ms);
-        desk.clock.advance(1s);
-        EXPECT_EQ(!desk.noises.isEmpty(), one.heard) << one.keys;
-        EXPECT_EQ(desk.keyboard.text, one.stays ? QString(one.keys, u'7') : QString()) << one.keys;
+        for (const QString &typed : {QString(), u"Ann"_s}) {
+            if (!typed.isEmpty() && (one.stays || one.pauseAt == 3 || one.spacing > 10ms))
+                continue; // with typed keys, the average is another
+            ScanDesk desk;
+            desk.clock.advance(1s);
+            desk.type(typed, 35ms);
+            desk.clock.advance(typed.isEmpty() ? 1s : 30ms);
+            const QString code(one.keys, u'7');
+            desk.type(code.left(one.pauseAt), one.spacing);
+            desk.clock.advance(one.pauseAt ? 120ms : 0ms);
+            desk.type(code.mid(one.pauseAt), one.spacing);
+            const std::string what =
+                QStringLiteral("%1 keys, %2 ms").arg(one.keys).arg(one.spacing.count()).toStdString();
+            if (one.ends)
+                EXPECT_EQ(desk.pressReturn(one.spacing), one.stays ? KeyVerdict::deliver : KeyVerdict::swallow) << what;
+            desk.clock.advance(1s);
+            EXPECT_EQ(!desk.noises.isEmpty(), one.heard) << what;
+            EXPECT_EQ(desk.keyboard.text, typed + (one.stays ? code : QString())) << what;
+        }
     }
     ScanDesk desk; // more than any code contains, junk before a code, and a code without an end
     desk.type(QString(500, u'8') + link, 5ms);
@@ -241,10 +298,53 @@ TEST(ScanWedgeListener, RecognizesNoiseByItsLengthAndSpeed)
     desk.clock.advance(1s);
     desk.type(QString(12, u'9'), 5ms);
     desk.clock.advance(1s);
-    EXPECT_THAT(desk.noises, IsEmpty()); // abandoned
+    EXPECT_THAT(desk.noises, ElementsAre(QString(12, u'9')));
     EXPECT_EQ(desk.keyboard.text, QString());
     desk.type(u"1"_s, 100ms);
     EXPECT_EQ(desk.keyboard.text, u"1");
+}
+
+TEST(ScanWedgeListener, ReadsCharactersThatTheSystemTakesForRepeated)
+{
+    for (const bool focused : {true, false}) {
+        ScanDesk desk;
+        desk.keyboard.focused = focused;
+        desk.clock.advance(1s);
+        QChar last;
+        for (const QChar letter : link) {
+            desk.press({.text = letter, .isRepeat = letter == last}, 1ms);
+            last = letter;
+        }
+        desk.pressReturn(1ms);
+        EXPECT_THAT(desk.scans, ElementsAre(link));
+        EXPECT_EQ(desk.keyboard.text + desk.keyboard.pressed, QString());
+    }
+}
+
+TEST(ScanWedgeListener, OtherInputComesAfterTheHeldKeys)
+{
+    ScanDesk desk;
+    desk.type(u"Re"_s, 30ms);
+    EXPECT_EQ(desk.keyboard.text, u"R");
+    desk.keyboard.before();
+    EXPECT_EQ(desk.keyboard.text, u"Re");
+    desk.keyboard.type(u"é"_s); // an input method's
+    desk.clock.advance(1s);
+    desk.type(link.left(9), 8ms);
+    desk.keyboard.before();
+    desk.keyboard.type(u"n"_s);
+    desk.type(link.mid(9), 8ms);
+    desk.pressReturn(8ms);
+    EXPECT_THAT(desk.scans, ElementsAre(link));
+    EXPECT_EQ(desk.keyboard.text, u"Reén") << "only the code is removed";
+    EXPECT_EQ(desk.keyboard.cursor, 4);
+    desk.type(u"123456789012"_s, 8ms);
+    desk.keyboard.before();
+    EXPECT_EQ(desk.keyboard.text, u"Reén1") << "a machine's keys are not released for a click";
+    desk.keyboard.text = u"other"_s; // filled in by the program
+    desk.keyboard.cursor = 5;
+    desk.pressReturn(8ms);
+    EXPECT_EQ(desk.keyboard.text, u"other");
 }
 
 TEST(ScanWedgeListener, OnlyCharactersOfACodeAreKept)

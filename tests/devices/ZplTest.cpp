@@ -1,4 +1,5 @@
 #include "devices/Zpl.h"
+#include "devices/ZplCommands.h"
 #include "support/Printing.h"
 
 #include <gmock/gmock.h>
@@ -109,6 +110,36 @@ TEST(Zpl, RotatesALabelByItsPrintOrientation)
     };
     for (const auto &[zpl, expected] : rows)
         EXPECT_EQ(Zpl::rotated(zpl), expected);
+}
+
+TEST(Zpl, NamesTheCommandsThatOutliveALabel)
+{
+    const QByteArray binary = "^GFB,12,12,2,^JUS~JR^KNab"; // twelve bytes of a picture
+    const std::pair<QByteArray, QStringList> rows[] = {
+        // usual labels
+        {"^XA^MMT^PW812^LL1218^LS0^FO20,20^A0N,30,30^FDJUS ~ 5^FS^PQ1,0,1,Y^XZ\n", {}},
+        {"\020CT~~CD,~CC^~CT~\n^XA~TA000~JSN^LT0^MNW^MTT^PON^PMN^LH0,0^JMA^PR6,6~SD15^LRN^CI0^XZ^XA^XZ", {}},
+        {"\xEF\xBB\xBF~DGR:LOGO.GRF,8,1,FFFF\n^XA^XGR:LOGO.GRF,1,1^FS^XZ\n^XA^IDR:LOGO.GRF^FS^XZ\r\n", {}},
+        {"~DYR:A,P,G,3,1,FFFFFF^XA^IDA.GRF^FS^DFR:F.ZPL^CWX,E:TT.TTF^FS^XZ", {}},
+        {"^XA" + binary + "^FS^XZ", {}},
+        {"^XA^GFA,4,4,1,:Z64:eJw:ABCD^FS^XZ", {}},
+        // held labels
+        {"^XA^FDx^FS^JUS^XZ", {u"^JUS"_s}},
+        {"~JR\n^XA^XZ^xa^jus^JUF^JUS^XZ", {u"~JR"_s, u"^jus"_s, u"^JUF"_s, u"^JUS"_s}},
+        {"^XA^KNmine^KP1234^NS,10.0.0.7^XZ", {u"^KN"_s, u"^KP"_s, u"^NS"_s}},
+        {"^XA^IDE:*.*^IDR:A.GRF^FS^XZ~DYE:A,A,T,2,,00", {u"^IDE:"_s, u"~DYE:"_s}},
+        {"~DGB:L.GRF,1,1,FF^XA^XZ", {u"~DGB:"_s}},
+        {"~CC!!XA!JUS!XZ^XA^XZ", {u"~CC!"_s}},
+        {"! U1 setvar \"device.languages\" \"epl\"\n^XA^XZ", {u"! U1 setvar \"device.lang"_s}},
+        {"^XA^XZ {}{\"a\":null}", {u"{}{\"a\":null}"_s}},
+        {"~DGR:L.GRF,1,1,FF\n! U1 do\n^XA^XZ", {u"! U1 do"_s}},
+        {"^XA^GFB,2,2,1,ab^JUS^XZ", {u"^JUS"_s}},                 // after the picture
+        {"^XA^GFB,x,12,2,^JUS^XZ^F^JUR", {u"^JUS"_s, u"^JUR"_s}}, // a broken size, a broken command
+        {"^XA^J", {}},
+        {"", {}},
+    };
+    for (const auto &[zpl, commands] : rows)
+        EXPECT_EQ(Zpl::lastingCommands(zpl), commands) << zpl.toStdString();
 }
 
 } // namespace parcelory::test

@@ -10,8 +10,11 @@
 
 #include <QDeadlineTimer>
 #include <gmock/gmock.h>
+#undef signals
+#include "practice/LoopbackServer.h"
 
 #include <string>
+#include <utility>
 
 namespace parcelory::test {
 using namespace Qt::StringLiterals;
@@ -96,9 +99,37 @@ TEST_F(BackOfficeScripts, FindTheSignInFormOfAnyPage)
     };
     for (const Row &row : rows) {
         show(listener + row.page);
-        const QString call = scriptText(u"fill-login.js"_s) + u"('d@e.org', 'secret')"_s;
+        const QString call = scriptText(u"fill-login.js"_s) + u"('d@e.org', 'secret', location.href)"_s;
         EXPECT_EQ(evaluate(call).toString().toStdString(), row.result) << row.what;
         EXPECT_EQ(evaluate(u"document.title"_s).toString().toStdString(), row.noticed) << row.what;
+    }
+}
+
+TEST_F(BackOfficeScripts, FillInThePasswordOnlyAtTheBackOfficesOwnAddress)
+{
+    LoopbackServer server("back office");
+    server.start([](const httplib::Request &, httplib::Response &answer) {
+        answer.set_content("<form onsubmit='return false'><input id=name><input type=password id=pass></form>",
+                           "text/html");
+    });
+    const QUrl page(QString::fromStdString(server.base()) + u"staff/login.php"_s);
+    engine.load(page, 60s);
+    const QDeadlineTimer patience(60s);
+    while (!evaluate(u"document.readyState === 'complete' && !!document.getElementById('pass')"_s).toBool())
+        ASSERT_FALSE(patience.hasExpired());
+    QUrl otherPort = page, encrypted = page, otherHost = page;
+    otherPort.setPort(page.port() == 1024 ? 1025 : 1024);
+    encrypted.setScheme(u"https"_s);
+    otherHost.setHost(u"localhost"_s);
+    const std::pair<QUrl, QString> rows[] = {{otherPort, u"wrong-address"_s},
+                                             {encrypted, u"wrong-address"_s},
+                                             {otherHost, u"wrong-address"_s},
+                                             {page.resolved(QUrl(u"/"_s)), u"submitted"_s}};
+    for (const auto &[base, result] : rows) {
+        const QString call = scriptText(u"fill-login.js"_s) + u"('dana', 'secret', '%1')"_s.arg(base.toString());
+        EXPECT_EQ(evaluate(call).toString(), result) << base.toString().toStdString();
+        EXPECT_EQ(evaluate(u"document.getElementById('pass').value"_s).toString(),
+                  result == u"submitted" ? u"secret"_s : QString());
     }
 }
 
@@ -123,10 +154,19 @@ TEST_F(BackOfficeScripts, ReadInvoicesFromTablesOfEveryKind)
         {"a label's own cell with a table for the value",
          table("<tr><td>Address:" + table("<tr><td>1 Main St<br>Apt&nbsp;2") + "<td>Phone:<td>Phone: 5"),
          R"({"fields":{"Address":"1 Main St\nApt 2","Phone":""}})"},
+        {"a label's own cell with another label inside it",
+         table("<tr><td>Address: 1 Main St<br>Apt 2" + table("<tr><td>Phone: 5<td>Zip: 97702") +
+               "<tr><td>City:" + table("<tr><td>City: Bend, OR") + "<tr><td>Shipment Tracking No" +
+               table("<tr><td>Shipment Tracking No of the carrier") + "<td>94"),
+         R"({"fields":{"Address":"1 Main St\nApt 2","Phone":"5","Zip":"97702","City":"Bend, OR"},"tracking":"94"})"},
         {"heads as cells", table("<tr><th>Name: Ann<th>Company Name: Ann's<tr><th>Paid&nbsp;amount:<th>$1&nbsp;USD"),
          R"({"fields":{"Name":"Ann","Company Name":"Ann's"},"paid":"$1 USD"})"},
         {"hidden rows", table(hidden + "<td>Name: template<tr><td>Name: Ann<td style='display:none'>Zip: 1"),
          R"({"fields":{"Name":"Ann"}})"},
+        {"an old name that is not visible",
+         table("<tr style='visibility:hidden'><td>Name: old<tr style='visibility:collapse'><td>Name: older"
+               "<tr><td>Name: <s hidden>Bob</s>Ann<tr hidden><td>Paid amount<td>$1<tr><td>Paid amount<td>$2"),
+         R"({"fields":{"Name":"Ann"},"paid":"$2"})"},
         {"the first value of each label, and of the payment the first that is not empty",
          table("<tr><td>Name: Ann<td>Name: Bob<td>A Zip: 1<tr><td>Shipment Tracking No<td><td>x"
                "<tr><td>Shipment Tracking No<td>94<tr><td>Shipment Tracking No<td>95"

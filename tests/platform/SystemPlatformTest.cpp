@@ -20,11 +20,14 @@
 #include <httplib.h>
 
 #include <QTcpServer>
+#include <QTcpSocket>
+#include <QTimer>
 
 #include <chrono>
 #include <mutex>
 #include <string>
 #include <thread>
+#include <tuple>
 
 namespace parcelory::test {
 using namespace Qt::StringLiterals;
@@ -95,18 +98,36 @@ TEST(SystemApplication, QuitsEvenWhenTheMainThreadHangs)
     EXPECT_EXIT(hang(), testing::ExitedWithCode(0), "");
 }
 
-TEST(SystemDesktop, ReportsTheDocumentsPathWhenNoProgramOpensIt)
+TEST(SystemDesktop, ReportsWhatDoesNotOpenAndWaitsThirtySeconds)
 {
     FakeProcesses processes;
     SystemDesktop desktop(processes);
     desktop.openFile(u"/tmp/label.pdf"_s);
     EXPECT_EQ(processes.calls().value(0).arguments, QStringList{u"/tmp/label.pdf"_s});
-    processes.behave = [](const QString &, const QStringList &) { return ProcessOutcome{3, {}, {}}; };
-    try {
-        desktop.openFile(u"/tmp/label.pdf"_s);
-        ADD_FAILURE() << "a failed open must throw";
-    } catch (const AppError &error) {
-        EXPECT_TRUE(error.description().contains(u"/tmp/label.pdf"_s));
+    desktop.openUrl(QUrl(u"https://usps.example/9405"_s));
+    for (const auto &call : processes.calls())
+        EXPECT_EQ(call.limit, std::chrono::seconds(30)) << "an opener that hangs is ended";
+    const auto failure = [](const auto &open) {
+        try {
+            open();
+        } catch (const AppError &error) {
+            return error.description();
+        }
+        return u"opened"_s;
+    };
+    const QString late = u"the desktop did not answer within 30 seconds and may still open "_s;
+    const std::tuple<bool, QString, QString> rows[] = {
+        {false, u"no program on this computer can open the document — it is saved as /tmp/label.pdf"_s,
+         u"no browser on this computer opens usps.example"_s},
+        {true, late + u"the document — it is saved as /tmp/label.pdf"_s, late + u"usps.example"_s}};
+    for (const auto &[hangs, file, page] : rows) {
+        processes.behave = [hangs](const QString &program, const QStringList &) {
+            if (hangs)
+                throw ProcessTimedOut(program);
+            return ProcessOutcome{3, {}, {}};
+        };
+        EXPECT_EQ(failure([&] { desktop.openFile(u"/tmp/label.pdf"_s); }), file);
+        EXPECT_EQ(failure([&] { desktop.openUrl(QUrl(u"https://usps.example/9405"_s)); }), page);
     }
 }
 
@@ -118,11 +139,15 @@ public:
     LoopbackServer() : m_port(m_server.bind_to_any_port("127.0.0.1"))
     {
         m_server.set_keep_alive_max_count(1); // an open connection would delay the shutdown by seconds
-        m_thread = std::jthread([this] { m_server.listen_after_bind(); });
+        m_thread = std::thread([this] { m_server.listen_after_bind(); });
         while (!m_server.is_running()) // stop() has no effect before that
             std::this_thread::yield();
     }
-    ~LoopbackServer() { m_server.stop(); }
+    ~LoopbackServer()
+    {
+        m_server.stop();
+        m_thread.join();
+    }
 
     httplib::Server &operator*() { return m_server; }
     QString url(const QString &path) const { return u"http://127.0.0.1:%1%2"_s.arg(m_port).arg(path); }
@@ -130,14 +155,13 @@ public:
 private:
     httplib::Server m_server;
     int m_port;
-    std::jthread m_thread;
+    std::thread m_thread;
 };
 
 struct NetworkTransportTest : testing::Test {
     HttpAnswer get(const QString &url, bool withToken = false)
     {
         HttpRequest request{.url = QUrl(url)};
-        request.timeout = patience;
         if (withToken)
             request.headers = {{"Authorization", "ShippoToken secret"}};
         return runTask(http.send(request));
@@ -152,8 +176,8 @@ struct NetworkTransportTest : testing::Test {
     }
 
     LoopbackServer server, other; // destroyed after the transport, whose idle connections would delay them
-    NetworkTransport http{NetworkTransport::Reach::loopbackOnly};
-    std::chrono::milliseconds patience = std::chrono::seconds(15);
+    FakeClock clock;
+    NetworkTransport http{NetworkTransport::Reach::loopbackOnly, clock};
 };
 
 } // namespace
@@ -186,8 +210,49 @@ TEST_F(NetworkTransportTest, ReportsErrorsWithoutRevealingSecrets)
 
     EXPECT_THAT(failure(nobody, true).toStdString(), testing::StartsWith("127.0.0.1 could not be reached ("));
     EXPECT_FALSE(failure(nobody, true).contains(u"secret"_s));
-    patience = std::chrono::milliseconds(50);
-    EXPECT_EQ(failure(silent, true), u"127.0.0.1 did not answer for 0 seconds — check the network."_s);
+    QObject::connect(&mute, &QTcpServer::newConnection, &mute, [this] { clock.advance(std::chrono::seconds(60)); });
+    EXPECT_EQ(failure(silent, true), u"127.0.0.1 did not answer within 60 seconds — check the network."_s);
+}
+
+TEST_F(NetworkTransportTest, ATrickleAndAnEndlessAnswerAreGivenUp)
+{
+    QTcpServer trickle; // sends a byte whenever a second of its minute has passed
+    ASSERT_TRUE(trickle.listen(QHostAddress::LocalHost));
+    int sent = 0;
+    QTimer pace;
+    QObject::connect(&trickle, &QTcpServer::newConnection, &pace, [&] {
+        QTcpSocket *client = trickle.nextPendingConnection();
+        client->write("HTTP/1.1 200 OK\r\nContent-Length: 1000\r\n\r\n");
+        QObject::connect(&pace, &QTimer::timeout, client, [&, client] {
+            client->write("1");
+            ++sent;
+            clock.advance(std::chrono::seconds(1));
+        });
+        pace.start(0);
+    });
+    EXPECT_EQ(failure(u"http://127.0.0.1:%1/"_s.arg(trickle.serverPort())),
+              u"127.0.0.1 did not answer within 60 seconds — check the network."_s);
+    EXPECT_EQ(sent, 60);
+    pace.stop();
+
+    const auto ofSize = [this](size_t size) {
+        (*server).Get("/" + std::to_string(size), [=](const httplib::Request &, httplib::Response &response) {
+            response.set_chunked_content_provider("application/octet-stream",
+                                                  [=, left = size](size_t, httplib::DataSink &sink) mutable {
+                                                      const std::string block(std::min<size_t>(left, 1 << 20), ' ');
+                                                      left -= block.size();
+                                                      const bool isTaken = sink.write(block.data(), block.size());
+                                                      if (left == 0)
+                                                          sink.done();
+                                                      return isTaken;
+                                                  });
+        });
+        return failure(server.url(u"/%1"_s.arg(size)));
+    };
+    constexpr size_t limit = 32 << 20;
+    EXPECT_EQ(ofSize(limit), u"answered with 200"_s);
+    EXPECT_EQ(ofSize(limit + 1), u"127.0.0.1 sent more than 32 MB, so its answer was not read."_s);
+    EXPECT_FALSE(clock.fireNext()) << "no deadline outlives its request";
 }
 
 TEST_F(NetworkTransportTest, ThePracticeDeskReachesOnlyLoopback)

@@ -38,7 +38,8 @@ TEST_F(PracticeDeskTest, ReachesNothingButLoopbackAndStartsNoRealTool)
 TEST_F(PracticeDeskTest, HasAKeyAndPrintersThatKeepTheirJobs)
 {
     Platform &platform = desk.platform();
-    EXPECT_EQ(ShippoKeys(platform.secrets, platform.preferences).statusText(),
+    ShippoKeys keys(platform.secrets, platform.preferences);
+    EXPECT_EQ(keys.statusText(keys.activeToken().value_or(QString())),
               u"Shippo TEST mode (Practice) — labels are not real postage"_s);
     LabelPrinter printer(platform);
     EXPECT_EQ(printer.queues(), (QStringList{PracticePrinter::documentQueue, PracticePrinter::labelQueue}));

@@ -4,6 +4,7 @@
 #include "support/Printing.h"
 
 #include <QLocale>
+#include <QTimeZone>
 #include <gmock/gmock.h>
 
 #include <ctime>
@@ -169,8 +170,8 @@ TEST(EndiciaFormat, ReadsDatesAsSpreadsheetsSaveThem)
         {u"11/20/2026"_s, QDateTime(minute.date(), QTime(0, 0))},
         {u"2026-11-20 14:41"_s, minute},
         {u"2026-11-20T14:41:09.250"_s, second},
-        {u"2026-11-20T14:41:09Z"_s, QDateTime(minute.date(), QTime(14, 41, 9), Qt::UTC)},
-        {u"2026-11-20 14:41:09 -05:30"_s, QDateTime(minute.date(), QTime(20, 11, 9), Qt::UTC)},
+        {u"2026-11-20T14:41:09Z"_s, QDateTime(minute.date(), QTime(14, 41, 9), QTimeZone::utc())},
+        {u"2026-11-20 14:41:09 -05:30"_s, QDateTime(minute.date(), QTime(20, 11, 9), QTimeZone::utc())},
         {u"20.11.2026 14:41"_s, minute},
         {u"20-Nov-26 14:41"_s, minute},
         {u"Nov 20, 2026 2:41 PM"_s, minute},

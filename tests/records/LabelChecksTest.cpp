@@ -118,7 +118,7 @@ TEST(LabelChecks, WarnsOnceForEveryReasonAndNeverOfAFreshLabel)
     // The log's status is enough; an earlier tracking status is not a second reason.
     EXPECT_EQ(labelWarnings(LabelUse::reprint, {.createdAt = now, .status = u"DELIVERED"_s},
                             {.now = now, .tracked = TrackingStatus::transit}),
-              QStringList(u"The carrier has delivered its parcel."_s));
+              QStringList(u"The carrier has delivered this package."_s));
 }
 
 TEST(LabelChecks, AsksTheCarrierOnlyOfItsOwnLabels)

@@ -2,6 +2,7 @@
 
 #include "core/AppError.h"
 #include "core/Sqlite.h"
+#include "support/FaultyDisk.h"
 #include "support/Printing.h"
 
 #include <gtest/gtest.h>
@@ -10,6 +11,7 @@
 #include <QTemporaryDir>
 
 #include <chrono>
+#include <iterator>
 #include <memory>
 #include <thread>
 
@@ -51,6 +53,7 @@ TEST_F(PurchaseJournalTest, KeepsAPurchaseUntilItIsClosed)
 {
     const QDateTime asked = QDateTime(QDate(2026, 11, 20), QTime(14, 41));
     OpenPurchase purchase{.askedAt = asked,
+                          .ratedAt = asked.addSecs(-40),
                           .rateId = u"r"_s,
                           .keyName = u"Live"_s,
                           .recipient = {.name = u"Ana"_s, .zip = u"89501"_s},
@@ -67,13 +70,13 @@ TEST_F(PurchaseJournalTest, KeepsAPurchaseUntilItIsClosed)
         journal.beginRefund({u"t"_s, 2, asked});
         journal.beginRefund({u"u"_s, 3, asked.addSecs(-9)});
     }
-    const auto spoil = "INSERT INTO purchases (id, asked_at, rate_id, key_name, recipient, keep_recipient, shipment)"
-                       " VALUES (0, 1, 'r', 'k', '{', 0, '{')";
-    ASSERT_TRUE(Database(place.filePath(u"purchase_journal.sqlite"_s)).exec(spoil));
     PurchaseJournal journal(place);
     const QList<OpenPurchase> open = journal.openPurchases();
-    ASSERT_EQ(open.size(), 2) << "an unreadable entry hides no other";
+    ASSERT_EQ(open.size(), 2);
     const OpenPurchase &kept = open.first();
+    EXPECT_EQ(kept.ratedAt, purchase.ratedAt);
+    EXPECT_FALSE(open[1].ratedAt.isValid());
+    EXPECT_EQ(journal.trouble(), QString());
     EXPECT_EQ(kept.askedAt, asked);
     EXPECT_EQ((QStringList{kept.rateId, kept.keyName, kept.record.service, kept.record.transactionID}),
               (QStringList{u"r"_s, u"Live"_s, u"Ground"_s, u"t"_s}));
@@ -91,20 +94,112 @@ TEST_F(PurchaseJournalTest, KeepsAPurchaseUntilItIsClosed)
     EXPECT_EQ(journal.openRefunds().size(), 1);
 }
 
+TEST_F(PurchaseJournalTest, AnEntryOfAnotherVersionIsNeverForgotten)
+{
+    constexpr auto formerTable =
+        "CREATE TABLE purchases (id INTEGER PRIMARY KEY AUTOINCREMENT, asked_at REAL NOT NULL, rate_id TEXT NOT NULL, "
+        "key_name TEXT NOT NULL, recipient TEXT NOT NULL, keep_recipient INTEGER NOT NULL, shipment TEXT NOT NULL, "
+        "label BLOB, customs_pdf BLOB, printed INTEGER NOT NULL DEFAULT 0)";
+    const QByteArray deep = QByteArray(60000, '[') + QByteArray(60000, ']');
+    const struct {
+        QByteArray recipient, shipment;
+        bool isReadable;
+        QString name;
+    } rows[] = {
+        {"{", "{", false, {}},
+        {"", "", false, {}},
+        {deep, deep, false, {}},
+        {R"({"name":"Ana"})", R"({"service":7})", false, u"Ana"_s},
+        {R"({"name":"Ana"})", R"({"service":"Ground"})", true, u"Ana"_s}, // of a version with fewer fields
+        {R"({"name":"Ana","fax":""})", R"({"service":"Ground","hold":[1]})", true, u"Ana"_s}, // of one with more
+    };
+    {
+        Database former(place.filePath(u"purchase_journal.sqlite"_s));
+        ASSERT_TRUE(former.exec(formerTable));
+        for (const auto &row : rows)
+            EXPECT_TRUE(execute(former,
+                                "INSERT INTO purchases (asked_at, rate_id, key_name, recipient, keep_recipient, "
+                                "shipment) VALUES (1000, 'r', 'k', ?, 1, ?)",
+                                QString::fromUtf8(row.recipient), QString::fromUtf8(row.shipment)));
+    }
+    PurchaseJournal journal(place);
+    const QList<OpenPurchase> open = journal.openPurchases();
+    ASSERT_EQ(open.size(), std::size(rows));
+    for (int i = 0; i < open.size(); ++i) {
+        EXPECT_EQ(open[i].isUnreadable, !rows[i].isReadable) << i;
+        EXPECT_EQ(open[i].rateId + open[i].keyName, u"rk"_s) << i;
+        EXPECT_EQ(open[i].askedAt.toSecsSinceEpoch(), 1000) << i;
+        EXPECT_EQ(open[i].record.createdAt.toSecsSinceEpoch(), 1000) << i;
+        EXPECT_EQ(open[i].recipient.name, rows[i].name) << i;
+        EXPECT_EQ(open[i].record.service, rows[i].isReadable ? u"Ground"_s : QString()) << i;
+    }
+    EXPECT_TRUE(journal.trouble().startsWith(u"Open purchases in the journal that cannot be read completely: 4."_s))
+        << journal.trouble().toStdString();
+}
+
+TEST_F(PurchaseJournalTest, ModeAndTransactionAreKnownWithoutTheRecord)
+{
+    {
+        PurchaseJournal journal(place);
+        OpenPurchase purchase{.rateId = u"r"_s, .record = {.testMode = true}};
+        purchase.id = journal.begin(purchase);
+        purchase.record.transactionID = u"t"_s;
+        EXPECT_TRUE(journal.update(purchase.id, purchase.record));
+    }
+    ASSERT_TRUE(Database(place.filePath(u"purchase_journal.sqlite"_s)).exec("UPDATE purchases SET shipment = '{'"));
+    const OpenPurchase open = PurchaseJournal(place).openPurchases().value(0);
+    EXPECT_TRUE(open.isUnreadable && open.record.testMode);
+    EXPECT_EQ(open.record.transactionID, u"t"_s);
+}
+
+TEST_F(PurchaseJournalTest, AFailedReadForgetsNothing)
+{
+    {
+        PurchaseJournal journal(place);
+        for (int entry = 0; entry < 60; ++entry)
+            journal.begin({.rateId = QString(200, u'r'), .record = {.customsPDF = QByteArray(3000, 'p')}});
+    }
+    int failures = 0;
+    for (int read = 0;; ++read) {
+        const FaultyDisk disk(u"purchase_journal.sqlite"_s, read);
+        PurchaseJournal journal(place, 0ms);
+        qsizetype found = 0;
+        try {
+            journal.open();
+            found = journal.openPurchases().size();
+        } catch (const AppError &error) {
+            ++failures;
+            EXPECT_TRUE(error.description().contains(u"No request was sent"_s)) << error.description().toStdString();
+            EXPECT_TRUE(journal.trouble().contains(u"no label can be bought here"_s)) << read;
+            found = journal.openPurchases().size(); // opens the file again
+        }
+        EXPECT_EQ(found, 60) << read;
+        EXPECT_TRUE(place.entryList({u"*.damaged-*"_s}).isEmpty()) << read;
+        if (!disk.hasFailed())
+            break;
+    }
+    EXPECT_GT(failures, 20);
+}
+
 TEST_F(PurchaseJournalTest, SetsADamagedFileAsideAndSaysSo)
 {
     const QString path = place.filePath(u"purchase_journal.sqlite"_s);
     {
         PurchaseJournal journal(place);
         for (int entry = 0; entry < 200; ++entry)
-            journal.begin({.rateId = QString(100, u'r')});
+            journal.begin({.rateId = QString(100, u'r'), .recipient = {.name = QString::number(entry)}});
+        journal.beginRefund({u"t"_s, 7, QDateTime::fromSecsSinceEpoch(1000)});
     }
     QFile file(path);
     ASSERT_TRUE(file.open(QIODevice::ReadWrite) && file.seek(file.size() / 2) && file.write(QByteArray(4096, 'j')));
     file.close();
     PurchaseJournal journal(place);
-    EXPECT_TRUE(journal.openPurchases().isEmpty());
+    const QList<OpenPurchase> kept = journal.openPurchases();
+    EXPECT_TRUE(kept.size() > 150 && kept.size() < 200) << kept.size();
+    EXPECT_EQ(kept.value(0).recipient.name + kept.last().recipient.name, u"0199"_s);
+    EXPECT_EQ(journal.openRefunds().value(0).shipmentId, 7);
     EXPECT_TRUE(journal.trouble().contains(u"The journal of purchases was damaged. It is kept as "_s + path));
+    EXPECT_TRUE(journal.trouble().contains(u"with the %1 entries"_s.arg(kept.size() + 1)));
     EXPECT_EQ(place.entryList({u"*.damaged-*"_s}).size(), 1);
     EXPECT_EQ(refusal(journal), QString());
 }
@@ -140,7 +235,8 @@ TEST_F(PurchaseJournalTest, OnlyASecondParceloryIsCalledOne)
     auto first = std::make_unique<PurchaseJournal>(place);
     first->open();
     PurchaseJournal second(place, 1h); // does not wait for a program that keeps its lock
-    EXPECT_TRUE(refusal(second).contains(u" — another Parcelory is running."_s));
+    EXPECT_TRUE(
+        refusal(second).contains(u" — Parcelory is already open. Use that window; labels can't be bought here."_s));
     EXPECT_EQ(refusal(*first), QString());
     first.reset();
     EXPECT_EQ(refusal(second), QString());

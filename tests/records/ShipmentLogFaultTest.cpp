@@ -303,6 +303,7 @@ TEST(ShipmentLog, KeepsRunningWithoutAUsableFile)
         EXPECT_FALSE(log.zpl(1).isRead() || log.find({.id = 1}).isRead());
         EXPECT_NE(importFailure(log, file.path(u"log.txt"_s)), u"imported"_s) << row.what;
         EXPECT_TRUE(shown(log).isEmpty());
+        EXPECT_TRUE(log.trouble().contains(u"rename "_s + file.path())) << row.what;
         EXPECT_EQ(exported(log).count(u'\n'), 1);
         EXPECT_THAT(testing::internal::GetCapturedStderr(), HasSubstr(row.logged)) << row.what;
     }
@@ -324,6 +325,7 @@ TEST(ShipmentLog, ShowsAReadOnlyLogAndReportsThatItCannotAddRows)
     });
     ShipmentLog log(QDir(file.folder.path()));
     EXPECT_EQ(shown(log), QStringList{u"Before"_s});
+    EXPECT_EQ(log.trouble(), QString());
     EXPECT_FALSE(log.insert(shipmentTo(u"Lost"_s)));
     EXPECT_TRUE(log.lastError().contains(u"readonly"_s)) << log.lastError().toStdString();
 }

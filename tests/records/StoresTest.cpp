@@ -2,6 +2,7 @@
 #include "core/ShippoAddress.h"
 #include "records/BoxProfile.h"
 #include "records/BoxStore.h"
+#include "records/DraftStore.h"
 #include "records/SenderProfile.h"
 #include "records/SenderStore.h"
 #include "support/FakePlatform.h"
@@ -140,7 +141,7 @@ TEST(SenderStore, WritesEveryChangeAndReadsItBack)
 
 TEST(SenderStore, SetsAnUnreadableFileAside)
 {
-    for (const QByteArray &bad : {QByteArray("{broken"), QByteArray(), QByteArray("[]"),
+    for (const QByteArray &bad : {QByteArray("{broken"), QByteArray(), QByteArray("[]"), QByteArray(60000, '['),
                                   twoSenders({}).replace(R"("phone":"",)", ""), twoSenders(R"(,"defaultID":"none")")}) {
         FakePlatform desk;
         put(desk, sendersName, bad);
@@ -229,6 +230,30 @@ TEST(BoxProfile, ShowsItsDimensions)
     EXPECT_EQ((BoxProfile{.length = u"12"_s, .width = u"10"_s, .height = u"8"_s}).dimsDisplay(), u"12×10×8\""_s);
     EXPECT_EQ((BoxProfile{.height = u"8"_s}).dimsDisplay(), u"××8\""_s);
     EXPECT_EQ((BoxProfile{.name = u"S-4344"_s}).dimsDisplay(), u"no dims"_s);
+}
+
+TEST(DraftStore, KeepsTheDraftForTheNextStart)
+{
+    const QString name = u"label_draft.json"_s;
+    FakePlatform desk;
+    const SavedDraft draft{
+        .recipient = {.name = u"Ann"_s}, .senderID = QUuid::createUuid(), .box = {}, .weightLb = u"1 ½"_s};
+    DraftStore first(desk.platform.dataFolder);
+    EXPECT_FALSE(first.saved());
+    first.save({});
+    first.save(draft);
+    first.flush();
+    DraftStore second(desk.platform.dataFolder);
+    EXPECT_EQ(second.saved(), draft);
+    second.clear();
+    second.flush();
+    EXPECT_FALSE(first.saved());
+    put(desk, name, "torn");
+    EXPECT_FALSE(first.saved());
+    first.save(draft);
+    first.flush();
+    EXPECT_EQ(setAside(desk, name), QList<QByteArray>{"torn"});
+    EXPECT_EQ(second.saved(), draft);
 }
 
 } // namespace parcelory::test

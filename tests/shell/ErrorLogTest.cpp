@@ -7,8 +7,10 @@
 #include "support/RunTask.h"
 
 #include <QFile>
+#include <QTimeZone>
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstddef>
 #include <exception>
@@ -77,7 +79,7 @@ const AppError lost(u"the line is dead – “try again”"_s);
 
 TEST_F(ErrorLogTest, KeepsItsEntriesNewestFirstOverARestart)
 {
-    world.clock.start = QDateTime(QDate(2026, 11, 20), QTime(14, 41, 5, 250), Qt::UTC);
+    world.clock.start = QDateTime(QDate(2026, 11, 20), QTime(14, 41, 5, 250), QTimeZone::utc());
     record(u"Rates"_s, lost);
     world.clock.advance(std::chrono::hours(1));
     record(u"Refund"_s, std::runtime_error("not ours"));
@@ -232,14 +234,14 @@ TEST_F(ErrorLogTest, RecordsFromAnyThreadAndShowsOnTheMainThread)
         ++changes;
         EXPECT_EQ(QThread::currentThread(), qApp->thread());
     });
-    std::vector<std::jthread> workers;
+    std::vector<std::thread> workers;
     workers.reserve(threads);
     for (int worker = 0; worker < threads; ++worker)
         workers.emplace_back([&, worker] {
             for (int i = 0; i < each; ++i)
                 log->record(QString::number(worker), AppError(QString::number(i)), Popup::yes);
         });
-    workers.clear();
+    std::ranges::for_each(workers, &std::thread::join);
     EXPECT_TRUE(log->entries().isEmpty());
     settle();
 

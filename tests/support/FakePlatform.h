@@ -147,7 +147,7 @@ public:
 /// Real HTTP on loopback that remembers how long the last request was allowed to take.
 class FakeTransport : public NetworkTransport {
 public:
-    FakeTransport() : NetworkTransport(Reach::loopbackOnly) {}
+    explicit FakeTransport(Clock &clock) : NetworkTransport(Reach::loopbackOnly, clock) {}
     Task<HttpAnswer> send(HttpRequest request) override
     {
         lastLimit = request.timeout;
@@ -161,7 +161,8 @@ struct FakePlatform {
     FakePlatform();
 
     QTemporaryDir folder;
-    FakeTransport http;
+    FakeClock networkClock; ///< apart, so that a test that runs the timers of `clock` ends no request
+    FakeTransport http{networkClock};
     FakeClock clock;
     MemorySecrets secrets;
     MemoryPreferences preferences;

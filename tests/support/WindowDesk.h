@@ -26,7 +26,8 @@ struct WindowDesk : CarrierDesk {
     Platform world;
     std::unique_ptr<Program> program;
 
-    explicit WindowDesk(bool practice = false)
+    /// `log`: what the mailing log's file holds at the start.
+    explicit WindowDesk(bool practice = false, const QByteArray &log = {})
         : world{.http = http,
                 .clock = clock,
                 .secrets = secrets,
@@ -48,6 +49,8 @@ struct WindowDesk : CarrierDesk {
             const bool list = arguments.first() == QStringLiteral("-v");
             return ProcessOutcome{0, list ? "device for ZD421: usb://Zebra/ZD421\n" : "", {}};
         };
+        if (QFile file(path(QStringLiteral("mailing_log.sqlite"))); !log.isEmpty() && file.open(QIODevice::WriteOnly))
+            file.write(log);
         program = std::make_unique<Program>(world, windowPrompts);
         window().show();
         // On a busy machine the window manager may overlook a window that follows another one closely.

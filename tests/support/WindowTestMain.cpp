@@ -8,7 +8,7 @@
 int main(int argc, char **argv)
 {
     if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) // set for windows on a real display
-        qputenv("QT_QPA_PLATFORM", "offscreen");
+        qputenv("QT_QPA_PLATFORM", "offscreen:configfile=" PARCELORY_TEST_DATA "/screen.json");
     QStandardPaths::setTestModeEnabled(true);
     testing::InitGoogleMock(&argc, argv);
     QApplication app(argc, argv);

@@ -5,7 +5,6 @@
 
 #include <QAbstractItemView>
 #include <QComboBox>
-#include <QDateEdit>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMainWindow>
@@ -87,16 +86,15 @@ private:
                 on, button->isChecked());
             return button->children().isEmpty();
         } else if (const auto *field = qobject_cast<const QLineEdit *>(&widget)) {
-            add(text + field->text() + QStringLiteral(" [") + field->toolTip() + QLatin1Char(']'), on, false);
+            add(text + field->text() + QStringLiteral(" [") + field->toolTip() + QLatin1Char(']') +
+                    (field->isReadOnly() ? QStringLiteral(" fixed") : QString()),
+                on, false);
         } else if (const auto *list = qobject_cast<const QComboBox *>(&widget)) {
             QStringList items;
             for (int at = 0; at < list->count(); ++at)
                 items += list->itemText(at);
             add(text + list->currentText() + QStringLiteral(" of ") + items.join(QLatin1Char('|')) +
                     list->accessibleDescription(),
-                on, false);
-        } else if (const auto *date = qobject_cast<const QDateEdit *>(&widget)) {
-            add(text + date->date().toString(Qt::ISODate) + (date->isReadOnly() ? QStringLiteral(" fixed") : QString()),
                 on, false);
         } else if (const auto *bar = qobject_cast<const QProgressBar *>(&widget)) {
             add(text + QString::number(bar->value()), on, false);

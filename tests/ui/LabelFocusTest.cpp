@@ -1,8 +1,11 @@
 #include "app/AppState.h"
+#include "backoffice/DesklineInvoice.h"
 #include "compose/Mailpieces.h"
 #include "compose/Services.h"
 #include "core/ShippoAddress.h"
+#include "practice/carrier/CarrierScenario.h"
 #include "support/CarrierDesk.h"
+#include "support/RunTask.h"
 #include "support/WindowDesk.h"
 #include "ui/parts/ComboBox.h"
 #include "ui/parts/Dialog.h"
@@ -113,6 +116,97 @@ TEST(LabelFocus, AButtonThatGoesOffGetsTheFocusBack)
     EXPECT_EQ(desk.focusName(), u"Get Rates");
 }
 
+TEST(LabelFocus, TheFocusGoesToWhatIsToBeMended)
+{
+    ShippoAddress nowhere = homeAddress(), noCity = homeAddress();
+    nowhere.street1 = u"1 Nowhere Ln"_s;
+    noCity.city.clear();
+    const auto scan = [&noCity](WindowDesk &d) {
+        const DesklineInvoice invoice{.invoiceID = u"48213"_s, .address = noCity};
+        d.app().scannedInvoice = invoice;
+        d.app().fillFromInvoice(invoice);
+        emit d.app().invoiceTaken();
+    };
+    const auto validate = [](const ShippoAddress &to) {
+        return [to](WindowDesk &d) {
+            d.compose(to);
+            d.named<LineEdit>(u"Email"_s)->setFocus();
+            d.press(Qt::Key_K, Qt::ControlModifier);
+        };
+    };
+    struct Case {
+        CarrierScenario scenario;
+        std::function<void(WindowDesk &)> act;
+        QString field, reason;
+    };
+    const Case cases[] = {
+        {{.rewrittenAddressTo = true},
+         [&](WindowDesk &d) {
+             validate(homeAddress())(d);
+             d.dialog();
+             d.clock.advance(Dialog::keyGuard);
+             d.press(Qt::Key_Return); // Go Back & Fix Address
+         },
+         u"Street"_s,
+         u"Rates cleared — adjust the address and validate again."_s},
+        {{}, validate(nowhere), u"Street"_s, u"The address as submitted could not be found."_s},
+        {{}, scan, u"City"_s, u"The invoice has no city — type it, then validate."_s},
+    };
+    for (const Case &one : cases) {
+        WindowDesk desk;
+        desk.carrier.setScenario(one.scenario);
+        one.act(desk);
+        desk.idle();
+        desk.window().activateWindow(); // as a window system does after a dialog
+        desk.settleAll();
+        EXPECT_EQ(desk.focusName(), one.field);
+        EXPECT_TRUE(desk.named<LineEdit>(one.field)->accessibleDescription().contains(one.reason))
+            << desk.named<LineEdit>(one.field)->accessibleDescription().toStdString();
+    }
+}
+
+TEST(LabelFocus, AfterALostAnswerTheFocusIsOnTheQuestionToTheCarrier)
+{
+    WindowDesk desk;
+    desk.composeAndRate(homeAddress());
+    desk.carrier.setScenario({.dropConnection = true});
+    desk.press(Qt::Key_Return, Qt::ControlModifier);
+    desk.idle();
+    desk.wait([&] {
+        if (auto *alert = qobject_cast<Dialog *>(QApplication::activeModalWidget()))
+            alert->accept();
+        else if (!QApplication::activeWindow())
+            desk.window().activateWindow();
+        return desk.focusName() == u"Check again" || desk.focusName() == u"Unresolved purchases";
+    });
+    desk.carrier.setScenario({});
+    desk.wait([&] { return desk.label().purchases.unresolved.value().isEmpty(); });
+}
+
+TEST(LabelFocus, ReturnPressesTheFocusedButtonAndTheSafeChoiceIsRightmost)
+{
+    WindowDesk desk;
+    desk.compose(homeAddress());
+    desk.button(u"Save to Address Book"_s)->setFocus();
+    desk.press(Qt::Key_Return);
+    desk.wait([&] { return desk.program->screens().addressBook.kept.value().has_value(); });
+    EXPECT_TRUE(desk.label().validationStatus.value().isEmpty()) << "Validate is the default button";
+
+    for (const int safe : {0, 1}) {
+        Task<int> asking =
+            desk.windowPrompts.choose({.title = u"Sure?"_s, .choices = {u"A"_s, u"B"_s}, .safeChoice = safe});
+        QWidget *question = desk.dialog();
+        desk.clock.advance(Dialog::keyGuard);
+        Button *kept = desk.button(safe ? u"B"_s : u"A"_s, question),
+               *other = desk.button(safe ? u"A"_s : u"B"_s, question);
+        EXPECT_TRUE(kept->isDefault() && kept->hasFocus());
+        EXPECT_GT(kept->x(), other->x());
+        other->setFocus();
+        desk.press(Qt::Key_Return);
+        EXPECT_EQ(runTask(std::move(asking)), 1 - safe);
+    }
+}
+
 TEST(LabelFocus, AReviewIsNotAnsweredByTheTailOfAScan)
 {
     WindowDesk desk;
@@ -152,6 +246,10 @@ TEST(LabelFocus, ShortcutsReachTheirScreens)
         desk.press(key, Qt::ControlModifier);
         EXPECT_EQ(desk.app().tab.value(), tab);
     }
+    desk.press(Qt::Key_F6);
+    EXPECT_EQ(desk.focusName(), u"Search name, company, place") << "the rates have nothing to focus";
+    desk.press(Qt::Key_F6, Qt::ShiftModifier);
+    EXPECT_EQ(desk.focusName(), u"Recipient name");
     desk.compose(homeAddress());
     desk.press(Qt::Key_F6);
     EXPECT_EQ(desk.focusName(), u"Get Rates");

@@ -1,6 +1,7 @@
 #include "app/AppState.h"
 #include "core/Text.h"
 #include "core/ports/ProcessRunner.h"
+#include "practice/carrier/CarrierScenario.h"
 #include "support/CarrierDesk.h"
 #include "support/HeldPool.h"
 #include "support/OtherValues.h"
@@ -13,6 +14,7 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <optional>
 
 // What the New Label screen shows and offers in each state.
 
@@ -80,6 +82,84 @@ TEST(LabelState, TheListShowsEachRatesPriceAndTheCardTheLastLabel)
     EXPECT_TRUE(desk.desktop.opened.isEmpty());
 }
 
+TEST(LabelState, ALabelThatDidNotComeOutIsAmberUntilItIsReprinted)
+{
+    const auto printing = [](WindowDesk &desk, int status) {
+        desk.processes.behave = [status](const QString &program, const QStringList &) {
+            return ProcessOutcome{program.endsWith(u"lpr"_s) ? status : 0, {}, status ? "no paper" : ""};
+        };
+    };
+    for (const bool isExpired : {false, true}) {
+        SCOPED_TRACE(isExpired);
+        WindowDesk desk;
+        desk.composeAndRate(homeAddress());
+        desk.carrier.setScenario({.labelAnswer = isExpired ? LabelAnswer::expired : LabelAnswer::normal});
+        printing(desk, isExpired ? 0 : 1);
+        const auto failed = [&] {
+            const std::optional<Banner> banner = desk.label().banner;
+            EXPECT_TRUE(banner && !banner->ok && banner->text.contains(u"(print failed: "_s));
+            EXPECT_EQ(desk.focusName(), u"Reprint");
+            EXPECT_EQ(desk.solidButtons(), QStringList{u"Reprint"_s});
+            EXPECT_TRUE(std::ranges::any_of(desk.window().findChildren<QLabel *>(), [](const QLabel *label) {
+                return label->isVisible() && label->text() == u"Bought, not printed";
+            }));
+        };
+        desk.press(Qt::Key_Return, Qt::ControlModifier);
+        desk.idle();
+        failed();
+        desk.press(Qt::Key_2, Qt::ControlModifier);
+        desk.press(Qt::Key_1, Qt::ControlModifier);
+        failed();
+        desk.press(Qt::Key_Return);
+        desk.idle();
+        if (auto *alert = qobject_cast<Dialog *>(QApplication::activeModalWidget())) {
+            alert->accept();
+            desk.window().activateWindow();
+            desk.wait([] { return QApplication::activeWindow() != nullptr; });
+        }
+        desk.wait([&] { return desk.focusName() == u"Reprint"; });
+        failed();
+        desk.carrier.setScenario({});
+        printing(desk, 0);
+        if (isExpired) { // as the message says
+            MailingLogScreen &log = desk.program->screens().mailingLog;
+            desk.press(Qt::Key_2, Qt::ControlModifier);
+            log.selected = log.records().first().id;
+            desk.settleAll();
+            desk.press(Qt::Key_P, Qt::ControlModifier);
+            desk.wait([&] { return !log.busy; });
+            desk.press(Qt::Key_1, Qt::ControlModifier);
+        } else {
+            desk.press(Qt::Key_Return);
+            desk.idle();
+        }
+        EXPECT_EQ(desk.label().banner.value(), (Banner{u"Label sent to ZD421."_s, true}));
+        EXPECT_TRUE(desk.label().lastLabel.value()->isPrinted);
+        EXPECT_EQ(desk.focusName(), u"Recipient name");
+        EXPECT_EQ(desk.solidButtons(), QStringList());
+        EXPECT_EQ(desk.purchases(), 1);
+    }
+}
+
+TEST(LabelState, AFailedScanIsInTheMessageLine)
+{
+    WindowDesk desk;
+    desk.label().banner = Banner{u"Success!"_s, true};
+    const auto warning = [&] {
+        const std::optional<Banner> banner = desk.label().banner;
+        return banner && !banner->ok ? banner->text : QString();
+    };
+    desk.app().handleInvoiceScan(u"48214"_s); // the back office is out of reach
+    desk.wait([&] { return !desk.app().scanBusy; });
+    EXPECT_TRUE(warning().startsWith(u"Can't reach deskline"_s)) << warning().toStdString();
+    desk.app().failScan(u"The deskline session has expired."_s, true);
+    desk.settleAll();
+    desk.button(u"Sign In Again"_s)->setFocus();
+    desk.press(Qt::Key_Return);
+    EXPECT_EQ(desk.app().flow.value(), AppFlow::login);
+    EXPECT_EQ(warning(), QString());
+}
+
 TEST(LabelState, AClosedQuestionTakesItsSafeChoice)
 {
     WindowDesk desk;
@@ -131,6 +211,24 @@ TEST(LabelState, AnUnresolvedPurchaseIsResolvedByHandOnlyIfAskingMayNotHelp)
     desk.wait([&desk] { return desk.label().purchases.resolved.value().first().isPrinted; });
     const auto calls = desk.processes.calls();
     EXPECT_EQ(std::ranges::count_if(calls, [](const auto &call) { return call.program.endsWith(u"/lpr"_s); }), 1);
+
+    // A label that was sold twice is not printed; beside it is its refund, which the mailing log requests.
+    found.id = -1;
+    found.isSecond = true;
+    found.record.transactionID = u"twice"_s;
+    found.record.tracking = u"9400"_s;
+    found.record.status = u"PRINTED"_s;
+    ASSERT_TRUE(desk.app().log.insertOnce(found.record));
+    desk.label().purchases.resolved = QList{found};
+    desk.settleAll();
+    const auto buttons = desk.window().findChildren<Button *>();
+    EXPECT_TRUE(std::ranges::none_of(
+        buttons, [](const Button *one) { return one->isVisible() && one->text().startsWith(u"Print "_s); }));
+    desk.click(desk.button(u"Refund"_s));
+    EXPECT_EQ(desk.dialog()->windowTitle(), u"Refund This Label?"_s);
+    EXPECT_EQ(desk.app().tab.value(), MainTab::mailingLog);
+    desk.dialog()->reject();
+    desk.settleAll();
 }
 
 } // namespace

@@ -1,12 +1,15 @@
 #include "app/AppState.h"
 #include "app/logs/MailingLogScreen.h"
 #include "core/AppError.h"
+#include "core/SettingsKeys.h"
 #include "core/Task.h"
+#include "core/ports/Preferences.h"
 #include "records/ShipmentRecord.h"
 #include "shell/ErrorLog.h"
 #include "support/FakePlatform.h"
 #include "support/Printing.h"
 #include "support/RunTask.h"
+#include "support/WindowDesk.h"
 #include "ui/ErrorLogWindow.h"
 #include "ui/log/MailingLogView.h"
 #include "ui/log/ShipmentTable.h"
@@ -17,6 +20,7 @@
 #include <gmock/gmock.h>
 
 #include <QPushButton>
+#include <QStackedWidget>
 #include <QTest>
 
 namespace parcelory::test {
@@ -83,6 +87,14 @@ TEST_F(LogViewsTest, TheMailingLogIsSearchedAndUsedFromTheKeyboard)
     runUntil([&] { return table->model()->rowCount() == 60; });
     EXPECT_EQ(search->text(), QString());
     EXPECT_EQ(screen.selected.value(), chosen);
+    QTest::keyClicks(search, u"5590 1755"_s); // a part of the number as the table shows it
+    runUntil([&] { return screen.countText() == u"60 shipments found, ignoring accents and blanks"_s; });
+    search->selectAll();
+    add(u"Amélie"_s, 59);
+    QTest::keyClicks(search, u"amelie"_s);
+    runUntil([&] { return screen.countText() == u"1 shipment found, ignoring accents and blanks"_s; });
+    QTest::keyClick(search, Qt::Key_Escape);
+    runUntil([&] { return table->model()->rowCount() == 61; });
 }
 
 TEST_F(LogViewsTest, TheClerksLayoutSurvivesReloadsAndRestarts)
@@ -101,6 +113,19 @@ TEST_F(LogViewsTest, TheClerksLayoutSurvivesReloadsAndRestarts)
     table->setColumnWidth(ShipmentModel::tracking, 20);
     const QFontMetrics numbers(Theme::current().font(FontRole::mono));
     EXPECT_GT(table->columnWidth(ShipmentModel::tracking), numbers.horizontalAdvance(u"9205 5901 7554 77"_s) + 15);
+    const int widest = QFontMetrics(Theme::current().font(FontRole::body)).horizontalAdvance(cell(0, 0));
+    EXPECT_GT(table->columnWidth(0), widest + 15);
+    {
+        QStackedWidget pages; // the log is behind another page, and is never shown
+        pages.addWidget(new QWidget);
+        auto *unseen = new MailingLogView(app, screen);
+        pages.addWidget(unseen);
+        pages.show();
+        app.log.reload();
+        settle();
+        pages.hide();
+        EXPECT_EQ(read(preferences, settings::mailingLogColumns), QByteArray());
+    }
     view.hide();
     MailingLogView next(app, screen);
     next.show();
@@ -140,6 +165,14 @@ TEST_F(LogViewsTest, TheErrorLogUpdatesCopiesAndClears)
     runUntil([&] { return rows->model()->rowCount() == 0; });
     QTest::keyClick(&window, Qt::Key_Escape);
     EXPECT_FALSE(window.isVisible());
+}
+
+TEST(DamagedLog, IsToldAtTheStartOnWhateverTabTheClerkIs)
+{
+    WindowDesk desk(false, QByteArray(5000, 'j'));
+    EXPECT_EQ(desk.dialog()->windowTitle(), u"Mailing Log"_s);
+    QApplication::activeModalWidget()->close();
+    desk.settleAll();
 }
 
 } // namespace parcelory::test

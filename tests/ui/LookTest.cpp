@@ -17,6 +17,7 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <utility>
 
 namespace parcelory::test {
 namespace {
@@ -123,6 +124,23 @@ TEST(Look, NothingIsClippedInTheSmallestWindow)
     desk.app().senders.profiles = QList<SenderProfile>{{.name = u"Bullion Vault"_s}};
     desk.settleAll();
     EXPECT_EQ(clippedTexts(desk), QStringList());
+}
+
+TEST(Look, TheFirstWindowFitsTheScreen)
+{
+    const std::pair<QSize, QSize> rooms[] = {{{1920, 1080}, {1280, 800}},
+                                             {{1280, 800}, {1280, 764}},
+                                             {{1280, 768}, {1280, 732}},
+                                             {{1024, 768}, {1024, 732}},
+                                             {{800, 600}, {1024, 680}}};
+    for (const auto &[room, size] : rooms)
+        EXPECT_EQ(MainWindow::firstSize(room), size) << room.width();
+    WindowDesk desk;
+    desk.window().resize(desk.window().minimumSize());
+    desk.composeAndRate(homeAddress());
+    const Button *buy = desk.button(u"Buy & Print Label"_s);
+    EXPECT_LT(buy->mapTo(&desk.window(), buy->rect().bottomLeft()).y(), desk.window().height());
+    EXPECT_LE(desk.window().height(), 732);
 }
 
 TEST(Look, TheModeIsShownThreeTimes)

@@ -111,9 +111,31 @@ TEST(InvoicePane, LooksUpANumberAndShowsTheInvoicesWarnings)
          {u"Address flags: 2AC14, ARC14 — check the invoice's Address Change History"_s,
           u"Already has tracking: 9405511899560417228011"_s, u"<b>Bar</b>"_s, QString(400, u'W'), u"r.odell"_s})
         EXPECT_THAT(desk.texts(), Contains(text));
+    ShippoAddress incomplete = homeAddress();
+    incomplete.zip = QString();
+    desk.app().draftTo = incomplete;
+    emit desk.app().invoiceTaken();
+    EXPECT_FALSE(desk.label().busy);
+    desk.app().draftTo = homeAddress();
     emit desk.app().invoiceTaken();
     EXPECT_TRUE(desk.label().busy); // validates by itself
     desk.idle();
+}
+
+TEST(InvoicePane, CancelsReadingByButtonAndByEscape)
+{
+    SignInDesk desk;
+    for (const bool byKey : {false, true}) {
+        desk.press(Qt::Key_I, Qt::ControlModifier);
+        desk.app().scanBusy = true;
+        desk.settleAll();
+        if (byKey)
+            desk.press(Qt::Key_Escape);
+        else
+            desk.click(desk.button(u"Cancel"_s));
+        EXPECT_FALSE(desk.app().scanBusy);
+        EXPECT_EQ(desk.focusName(), u"Invoice #");
+    }
 }
 
 TEST(InvoicePane, HidesInANarrowWindowAndOpensOnRequest)

@@ -1,14 +1,19 @@
 #include "app/addressbook/AddressBook.h"
 
 #include "addressbook/AddressFilter.h"
+#include "addressbook/RecipientMatch.h"
 #include "app/AppState.h"
 #include "core/AppError.h"
 #include "core/PostalContact.h"
 #include "core/ShippoAddress.h"
 #include "core/StatusKind.h"
 #include "core/Task.h"
+#include "core/Text.h"
+
+#include <QScopeGuard>
 
 #include <algorithm>
+#include <memory>
 #include <optional>
 #include <utility>
 
@@ -16,16 +21,6 @@ namespace parcelory {
 using namespace Qt::StringLiterals;
 
 namespace {
-
-/// Identifies a recipient, even after the carrier has rewritten the street and ZIP code: name, ZIP, and house number
-/// with the street's first word, or the whole line if it has no house number, such as a PO box.
-QString personKey(const QString &name, const QString &street1, const QString &zip)
-{
-    const QString street = street1.simplified();
-    const bool hasNumber = !street.isEmpty() && street.front().isDigit();
-    const QString place = hasNumber ? street.section(u' ', 0, 1) : street;
-    return (name + u'|' + place + u'|' + zip.section(u'-', 0, 0)).toLower();
-}
 
 /// Keeps the known value if the new value is blank.
 QString orKnown(const QString &value, const QString &known)
@@ -47,23 +42,39 @@ AddressBook::AddressBook(AppState &app) : m_app(app)
     });
 }
 
+AddressBook::~AddressBook()
+{
+    m_app.platform.clock.cancel(m_retry);
+}
+
+/// Reads the book. If that fails, the list stays as it was and the reason is the status.
 Task<> AddressBook::load()
 {
-    struct Book {
-        QList<PostalContact> contacts;
+    struct Loaded {
+        LocalAddressStore::Book book;
         AddressFilter filter;
     };
     auto reading = onPool([&store = m_app.addressBook] {
-        Book book{store.rows(QString()), {}};
-        book.filter = AddressFilter(book.contacts);
-        return book;
+        Loaded read{store.read(), {}};
+        if (read.book.failure.isEmpty())
+            read.filter = AddressFilter(read.book.contacts);
+        return read;
     });
     const int number = ++m_loads;
-    Book book = co_await reading;
+    Loaded read = co_await reading;
     if (number != m_loads) // a later load has started
         co_return;
-    m_contacts = std::move(book.contacts);
-    m_filter = std::move(book.filter);
+    if (!read.book.failure.isEmpty()) {
+        takeReadFailure(read.book.failure);
+        co_return;
+    }
+    m_app.platform.clock.cancel(m_retry);
+    unreadable = QString();
+    m_contacts = std::move(read.book.contacts);
+    m_filter = std::move(read.filter);
+    m_unlisted.removeIf([this](const PostalContact &unlisted) {
+        return std::ranges::find(m_contacts, unlisted.id, &PostalContact::id) != m_contacts.end();
+    });
     loaded = true;
     emit contactsChanged();
 }
@@ -71,7 +82,19 @@ Task<> AddressBook::load()
 Task<> AddressBook::reload()
 {
     co_await load();
-    setStatus(StatusKind::none, QString::number(m_contacts.size()) + u" addresses"_s);
+    if (unreadable.value().isEmpty())
+        setStatus(StatusKind::none, QString::number(m_contacts.size()) + u" addresses"_s);
+}
+
+/// Keeps the list and tries again by itself.
+void AddressBook::takeReadFailure(const QString &reason)
+{
+    const AppError error(u"The address book could not be read — "_s + reason + u'.');
+    if (unreadable.value() != error.description())
+        unreadable = m_app.recorded(u"Address Book"_s, error, Popup::no);
+    setStatus(StatusKind::failure, unreadable);
+    m_app.platform.clock.cancel(m_retry);
+    m_retry = m_app.platform.clock.after(retryPause, [this] { spawn([this] { return reload(); }); });
 }
 
 void AddressBook::setStatus(StatusKind kind, const QString &text)
@@ -83,64 +106,124 @@ void AddressBook::setStatus(StatusKind kind, const QString &text)
 /// Writes on the pool and reads the book again. False, with the reason as status, if the write failed.
 Task<bool> AddressBook::write(Write change)
 {
-    const QString reason =
-        co_await onPool([&store = m_app.addressBook, change] { return change(store) ? QString() : store.lastError(); });
-    if (!reason.isEmpty()) {
-        const AppError error(u"The address book could not be written — "_s + reason + u'.');
+    struct Written {
+        bool done = false;
+        QString reason;
+    };
+    const Written written = co_await onPool([&store = m_app.addressBook, change] {
+        const bool done = change(store);
+        return Written{done, done ? QString() : store.lastError()};
+    });
+    if (!written.done) {
+        const AppError error(u"The address book could not be written — "_s + written.reason + u'.');
         setStatus(StatusKind::failure, m_app.recorded(u"Address Book"_s, error, Popup::no));
         co_return false;
     }
-    deleted = std::nullopt;
     co_await load();
     co_return true;
+}
+
+/// After a change that cannot be undone.
+void AddressBook::forgetUndo()
+{
+    deleted = std::nullopt;
+    replaced = std::nullopt;
 }
 
 Task<bool> AddressBook::save(PostalContact contact)
 {
     const bool written = co_await write([contact](LocalAddressStore &store) { return store.upsert(contact); });
     if (written)
+        forgetUndo();
+    if (written && unreadable.value().isEmpty())
         setStatus(StatusKind::success, u"Saved "_s + contact.name);
     co_return written;
 }
 
 Task<> AddressBook::remove(PostalContact contact)
 {
-    const bool written = co_await write([id = contact.id](LocalAddressStore &store) { return store.remove(id); });
+    if (m_removing.contains(contact.id)) // the key was pressed twice
+        co_return;
+    m_removing.insert(contact.id);
+    const auto done = qScopeGuard([this, contact] { m_removing.remove(contact.id); });
+    const auto outcome = std::make_shared<LocalAddressStore::Removal>(LocalAddressStore::Removal::failed);
+    const bool written = co_await write([outcome, id = contact.id](LocalAddressStore &store) {
+        *outcome = store.remove(id);
+        return *outcome != LocalAddressStore::Removal::failed;
+    });
     if (!written)
         co_return;
+    if (*outcome == LocalAddressStore::Removal::missing) {
+        const AppError error(u"The address book has no entry with this identifier, so nothing was deleted."_s);
+        setStatus(StatusKind::failure, m_app.recorded(u"Address Book"_s, error, Popup::no));
+        co_return;
+    }
+    forgetUndo();
     deleted = contact;
     setStatus(StatusKind::success, u"Address deleted."_s);
 }
 
-Task<> AddressBook::undoRemove()
+Task<> AddressBook::undo()
 {
-    const std::optional<PostalContact> contact = deleted;
-    if (contact)
-        co_await save(*contact);
+    const std::optional<PostalContact> former = deleted.value() ? deleted.value() : replaced.value();
+    if (!former)
+        co_return;
+    const bool isRestored = co_await save(*former);
+    if (isRestored)
+        kept = std::nullopt;
+}
+
+/// The recipient's entry in the book; also if it was kept a moment ago and the list was not read since.
+std::optional<PostalContact> AddressBook::entryOf(const PostalContact &recipient) const
+{
+    const RecipientMatch match(recipient, m_app.sanitizer);
+    for (const QList<PostalContact> *list : {&m_unlisted, &m_contacts}) {
+        const auto found =
+            std::ranges::find_if(*list, [&](const PostalContact &entry) { return match.matches(entry); });
+        if (found != list->end())
+            return *found;
+    }
+    return std::nullopt;
 }
 
 Task<> AddressBook::keep(ShippoAddress recipient)
 {
     kept = std::nullopt;
+    if (!loaded) // otherwise everybody is new
+        co_await load();
     PostalContact contact = PostalContact::of(recipient);
-    const QString key = personKey(contact.name, contact.street1, contact.zip);
-    const auto known = std::ranges::find_if(m_contacts, [&key](const PostalContact &entry) {
-        return personKey(entry.name, entry.street1, entry.zip) == key;
-    });
-    if (known != m_contacts.end()) {
+    const std::optional<PostalContact> known = entryOf(contact);
+    if (known) {
         contact.id = known->id;
         contact.label = known->label;
+        contact.company = known->company; // only labels use the sanitized company
+        if (contact.name.trimmed().isEmpty() || known->name == known->company)
+            contact.name = known->name;
         contact.phone = orKnown(contact.phone, known->phone);
         contact.email = orKnown(contact.email, known->email);
-        if (m_app.sanitizer.sanitize(known->company) == contact.company || contact.company.isEmpty())
-            contact.company = known->company; // only labels use the sanitized company
     }
-    const bool written = co_await write([contact](LocalAddressStore &store) { return store.upsert(contact); });
-    if (written)
+    m_unlisted.removeIf([&contact](const PostalContact &entry) { return entry.id == contact.id; });
+    m_unlisted.append(contact);
+    const bool written =
+        loaded && co_await write([contact](LocalAddressStore &store) { return store.upsert(contact); });
+    if (!written)
+        m_unlisted.removeOne(contact);
+    if (written && known != contact) { // otherwise the button was pressed twice
+        forgetUndo();
+        replaced = known;
+    }
+    if (written && unreadable.value().isEmpty())
         setStatus(StatusKind::success, u"Recipient saved to the address book."_s);
     const ShippoAddress draft = m_app.draftTo;
     if (draft.isEmpty() || draft == recipient) // otherwise the clerk has begun the next parcel
         kept = KeptRecipient{recipient, written, status};
+}
+
+QString AddressBook::changeText() const
+{
+    const std::optional<PostalContact> former = replaced;
+    return former ? u"Address book entry changed: "_s + joinPresent({former->name, former->addressSummary()}, u", "_s)
+                  : QString();
 }
 
 AddressBookPane::AddressBookPane(AppState &app, AddressBook &book)
@@ -171,7 +254,10 @@ std::optional<PostalContact> AddressBookPane::selected() const
 
 void AddressBookPane::choose(const PostalContact &contact)
 {
-    m_app.fillRecipient(contact);
+    PostalContact recipient = contact;
+    if (contact.name == contact.company) // the label must be as discreet in the name as in the company line
+        recipient.name = m_app.sanitizer.sanitize(contact.name);
+    m_app.fillRecipient(recipient);
     m_book.setStatus(StatusKind::success, u"Filled label for "_s + contact.name);
 }
 

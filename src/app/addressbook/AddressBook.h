@@ -8,6 +8,7 @@
 
 #include <QObject>
 #include <QProperty>
+#include <QSet>
 
 #include <optional>
 
@@ -28,13 +29,19 @@ class AddressBook : public Observable {
     Q_OBJECT
 public:
     explicit AddressBook(AppState &app);
+    ~AddressBook() override;
 
     Observed<QString> status{this};                          ///< result of the last operation, or progress of an import
     Observed<StatusKind> statusKind{this, StatusKind::none}; ///< none: only the number of addresses
     Observed<bool> loaded{this, false};
+    Observed<QString> unreadable{this};                ///< why the book could not be read at the last attempt
     Observed<std::optional<KeptRecipient>> kept{this}; ///< until the draft is for somebody else
     Observed<bool> importing{this, false};
-    Observed<std::optional<PostalContact>> deleted{this}; ///< the last deleted contact, until the next change
+    Observed<bool> exporting{this, false};
+    // What undo() takes back, until the next change of the book.
+    Observed<std::optional<PostalContact>> deleted{this}; ///< the deleted contact
+    Observed<std::optional<PostalContact>> replaced{
+        this}; ///< the contact as it was before a label's recipient changed it
 
     /// Sorted by name. Replaced as a whole at every change: keep no reference across a co_await.
     const QList<PostalContact> &contacts() const { return m_contacts; }
@@ -45,9 +52,12 @@ public:
     /// False, with the reason as status, if the write failed.
     Task<bool> save(PostalContact contact);
     Task<> remove(PostalContact contact);
-    Task<> undoRemove();
-    /// Saves a label's recipient, or updates the contact with the same name, street and ZIP; the outcome is in `kept`.
+    bool canUndo() const { return deleted.value() || replaced.value(); }
+    Task<> undo();
+    /// Saves a label's recipient, or updates its entry in the book (RecipientMatch); the outcome is in `kept`.
     Task<> keep(ShippoAddress recipient);
+    /// What keeping a recipient has changed, for the status strip; empty if undo() would not take it back.
+    QString changeText() const;
     void setStatus(StatusKind kind, const QString &text);
 
     /// Imports Endicia's address list from Endicia's folder, or else from a file that the clerk picks.
@@ -57,24 +67,35 @@ public:
     bool hasContacts() const { return m_app.appleContacts.isAvailable(); }
     void cancelImport() { m_cancel.cancel(); }
 
+    enum class Format { vCard, csv };
+    /// Writes the whole book to a file that the clerk chooses.
+    Task<> exportTo(Format format);
+
 signals:
     void contactsChanged();
 
 private:
-    using Reader = std::function<QList<PostalContact>(Progress progress)>;
+    using Reader = std::function<ReadAddresses(Progress progress)>;
     /// Changes the store; false if the write failed.
     using Write = std::function<bool(LocalAddressStore &store)>;
 
     Task<> load();
+    void takeReadFailure(const QString &reason);
     Task<bool> write(Write change);
+    void forgetUndo();
     Task<> importFrom(Reader reader, QString reading);
-    Task<> mergeAll(QList<PostalContact> contacts);
+    Task<> mergeAll(ReadAddresses read);
     Progress followImport(QString reading);
+    std::optional<PostalContact> entryOf(const PostalContact &recipient) const;
 
     AppState &m_app;
     QList<PostalContact> m_contacts;
     AddressFilter m_filter;
-    int m_loads = 0; ///< number of loads started
+    int m_loads = 0;                 ///< number of loads started
+    QList<PostalContact> m_unlisted; ///< kept, but not yet in m_contacts
+    QSet<QUuid> m_removing;
+    quint64 m_retry = 0; ///< a timer
+    static constexpr Clock::Duration retryPause = std::chrono::seconds(10);
     QPropertyNotifier m_draftWatch;
     CancelToken m_cancel;
 };

@@ -10,6 +10,7 @@
 
 #include <QScopeGuard>
 
+#include <algorithm>
 #include <optional>
 
 namespace parcelory {
@@ -18,6 +19,14 @@ using namespace Qt::StringLiterals;
 namespace {
 
 const QString importContext = u"Address Book Import"_s;
+
+/// "Jo Doe, Harbor Books, … and 3 more".
+QString listed(const QStringList &names, qsizetype most)
+{
+    const qsizetype more = names.size() - most;
+    return names.first(std::min(most, names.size())).join(u", "_s) +
+           (more > 0 ? u" and %1 more"_s.arg(more) : QString());
+}
 
 } // namespace
 
@@ -41,9 +50,9 @@ Progress AddressBook::followImport(QString reading)
 Task<> AddressBook::importFrom(Reader reader, QString reading)
 {
     try {
-        const QList<PostalContact> contacts =
+        const ReadAddresses read =
             co_await onPool([reader, progress = followImport(reading)] { return reader(progress); });
-        co_await mergeAll(contacts);
+        co_await mergeAll(read);
     } catch (const ImportCanceled &canceled) { // as the clerk wanted
         setStatus(StatusKind::failure, canceled.description());
     } catch (const AppError &error) {
@@ -51,14 +60,33 @@ Task<> AddressBook::importFrom(Reader reader, QString reading)
     }
 }
 
-Task<> AddressBook::mergeAll(QList<PostalContact> contacts)
+/// A company without a person gets the company as its name: a label needs a name, and the merge would take all
+/// companies of a building for one. A contact of our own export stays as it is.
+Task<> AddressBook::mergeAll(ReadAddresses read)
 {
-    const LocalAddressStore::Merged merged = co_await onPool(m_app.addressBook, &LocalAddressStore::merge, contacts);
-    deleted = std::nullopt;
+    const LocalAddressStore::Merged merged = co_await onPool([&store = m_app.addressBook, read]() mutable {
+        if (read.isExport)
+            return store.restore(read.contacts);
+        for (PostalContact &contact : read.contacts) {
+            if (contact.name.isEmpty())
+                contact.name = contact.company;
+        }
+        return store.merge(read.contacts);
+    });
+    forgetUndo();
     co_await load();
-    setStatus(StatusKind::success, u"Imported %1 addresses (%2 duplicates skipped) — %3 total."_s.arg(merged.imported)
-                                       .arg(merged.skipped)
-                                       .arg(m_contacts.size()));
+    QString summary = u"Imported %1 addresses (%2 duplicates skipped) — %3 total."_s.arg(merged.imported)
+                          .arg(merged.skipped)
+                          .arg(m_contacts.size());
+    if (!read.skipped.isEmpty()) {
+        const qsizetype count = read.skipped.size();
+        const QString skipped =
+            count == 1 ? u"1 incomplete card skipped: "_s : u"%1 incomplete cards skipped: "_s.arg(count);
+        m_app.recorded(importContext, AppError(skipped + listed(read.skipped, 100)), Popup::no);
+        summary += u" ("_s + skipped + listed(read.skipped, 5) + u')';
+    }
+    if (unreadable.value().isEmpty())
+        setStatus(StatusKind::success, summary);
 }
 
 Task<> AddressBook::importEndicia()
@@ -72,8 +100,10 @@ Task<> AddressBook::importEndicia()
         path = co_await m_app.platform.prompts.openFile(u"Pick Endicia's importedAddresses.plist"_s);
     if (path.isEmpty())
         co_return;
-    co_await importFrom([path](Progress progress) { return LocalAddressStore::importEndicia(path, progress); },
-                        u"Reading the Endicia address list…"_s);
+    const auto read = [path](Progress progress) {
+        return ReadAddresses{.contacts = LocalAddressStore::importEndicia(path, progress), .skipped = {}};
+    };
+    co_await importFrom(read, u"Reading the Endicia address list…"_s);
 }
 
 Task<> AddressBook::importVCard()
@@ -97,16 +127,13 @@ Task<> AddressBook::importContacts()
     const auto done = qScopeGuard([this] { importing = false; });
     m_cancel = {};
     setStatus(StatusKind::progress, u"Asking macOS for Contacts access…"_s);
-    const bool allowed = co_await m_app.appleContacts.requestAccess();
-    if (!allowed) {
-        const AppError denied(u"Contacts access denied — grant it in System Settings → Privacy → Contacts."_s);
-        setStatus(StatusKind::failure, m_app.recorded(importContext, denied, Popup::no));
-        co_return;
-    }
     try {
+        const bool allowed = co_await m_app.appleContacts.requestAccess(m_cancel);
+        if (!allowed)
+            throw AppError(u"Contacts access denied — grant it in System Settings → Privacy → Contacts."_s);
         const QList<PostalContact> contacts =
             co_await m_app.appleContacts.all(followImport(u"Reading Apple Contacts…"_s));
-        co_await mergeAll(contacts);
+        co_await mergeAll({.contacts = contacts, .skipped = {}});
     } catch (const ImportCanceled &canceled) { // as the clerk wanted
         setStatus(StatusKind::failure, canceled.description());
     } catch (const AppError &error) {

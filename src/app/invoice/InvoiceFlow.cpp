@@ -4,55 +4,160 @@
 #include "backoffice/DesklineInvoice.h"
 #include "backoffice/DesklineInvoiceFetcher.h"
 #include "core/AppError.h"
+#include "core/ShippoAddress.h"
 #include "core/StaleCheck.h"
 #include "core/StatusKind.h"
 #include "core/Task.h"
+#include "core/Text.h"
 #include "shell/ErrorLog.h"
 
-#include <QScopeGuard>
-
+#include <exception>
 #include <optional>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;
 
+namespace {
+
+/// A label without these parts cannot be rated.
+QString missingParts(const ShippoAddress &address)
+{
+    QStringList missing;
+    const auto require = [&](const QString &part, const QString &name) {
+        if (part.isEmpty())
+            missing += name;
+    };
+    require(address.street1, u"street"_s);
+    require(address.city, u"city"_s);
+    require(address.zip, u"ZIP"_s);
+    if (missing.isEmpty())
+        return {};
+    return u"The invoice has no "_s + missing.join(u" and no "_s) + u" — complete the address."_s;
+}
+
+bool isExpiredSession(const std::exception_ptr &failure)
+{
+    try {
+        std::rethrow_exception(failure);
+    } catch (const DesklineInvoiceError &error) {
+        return error.kind() == DesklineInvoiceError::Kind::notSignedIn;
+    } catch (...) {
+        return false;
+    }
+}
+
+} // namespace
+
 void InvoiceFlow::handleScan(const QString &text)
 {
-    if (m_app.flow != AppFlow::main || m_app.scanBusy)
+    if (m_app.flow != AppFlow::main)
         return;
     const auto id = DesklineInvoiceFetcher::invoiceID(text, m_app.platform.deployment.shortLinkHost);
+    const bool isLoading = m_app.scanBusy && m_app.scanStatusKind == StatusKind::progress;
+    if (isLoading && id && *id != m_id && id->startsWith(m_id)) {
+        cancel(); // the scanner paused inside the code: what is being read is only the beginning of this number
+    } else if (m_app.scanBusy) {
+        ignoreScan(id.value_or(m_id));
+        return;
+    }
     if (!id) {
         const DesklineInvoiceError badCode(DesklineInvoiceError::Kind::badCode, text);
-        m_app.setScanStatus(StatusKind::failure, m_app.recorded(u"Deskline Invoice"_s, badCode, Popup::no));
+        m_app.failScan(m_app.recorded(u"Deskline Invoice"_s, badCode, Popup::no));
         return;
     }
     spawn([this, id = *id] { return read(id); });
 }
 
+/// The clerk may think that the second invoice's label is about to be filled.
+void InvoiceFlow::ignoreScan(const QString &id)
+{
+    if (id == m_id)
+        return;
+    const bool isRead = m_app.scanStatusKind == StatusKind::success; // only its alert is still open
+    emit m_app.scanFailed((isRead ? u"Invoice %1 ignored — close the message about %2 first."_s
+                                  : u"Invoice %1 ignored — still loading %2."_s)
+                              .arg(id, m_id),
+                          false);
+    if (m_ignored.contains(id))
+        return;
+    m_ignored += id;
+    m_app.scanNote = ignoredNote();
+}
+
+QString InvoiceFlow::ignoredNote() const
+{
+    if (m_ignored.isEmpty())
+        return {};
+    return u"Scanned meanwhile and not read: invoice "_s + m_ignored.join(u", "_s) + u" — scan it again."_s;
+}
+
+void InvoiceFlow::cancel()
+{
+    if (!m_app.scanBusy)
+        return;
+    ++m_reading;
+    m_app.invoices.cancel();
+    m_app.scanBusy = false;
+    m_app.setScanStatus(StatusKind::none, u"Invoice "_s + m_id + u" was not read."_s, ignoredNote());
+}
+
 Task<> InvoiceFlow::read(QString id)
 {
-    const auto isSignedOut = staleCheck(m_app.session);
+    ++m_reading;
+    m_id = id;
+    m_ignored.clear();
+    const auto isGivenUp = staleCheck(m_app.session, m_reading);
     m_app.scanBusy = true;
     m_app.setScanStatus(StatusKind::progress, u"Loading invoice "_s + id + u" from deskline…"_s);
-    const auto done = qScopeGuard([this] { m_app.scanBusy = false; });
+    std::exception_ptr failure;
     try {
         const DesklineInvoice invoice = co_await m_app.invoices.fetch(id);
-        if (isSignedOut())
-            co_return; // signed out meanwhile
-        m_app.scannedInvoice = invoice;
-        m_app.fillFromInvoice(invoice);
-        m_app.setScanStatus(StatusKind::success,
-                            u"Invoice "_s + id + u": "_s + invoice.buyerName + u" — label filled."_s);
-        co_await showAttention(invoice);
-    } catch (const AppError &error) {
-        if (isSignedOut())
+        if (isGivenUp())
             co_return;
-        m_app.setScanStatus(StatusKind::failure, m_app.recorded(u"Deskline Invoice "_s + id, error, Popup::no));
-        co_return;
+        take(invoice);
+        co_await showAttention(invoice);
+    } catch (const AppError &) {
+        failure = std::current_exception();
     }
+    if (isGivenUp())
+        co_return;
+    if (failure)
+        co_await report(id, failure);
+    if (isGivenUp())
+        co_return;
     m_app.scanBusy = false;
-    if (m_app.flow == AppFlow::main && m_app.draftReference.value() == id)
+    if (!failure && m_app.flow == AppFlow::main && m_app.draftReference.value() == id)
         emit m_app.invoiceTaken();
+}
+
+void InvoiceFlow::take(const DesklineInvoice &invoice)
+{
+    m_app.scannedInvoice = invoice;
+    m_app.fillFromInvoice(invoice);
+    const QString note = joinPresent({missingParts(invoice.address), ignoredNote()}, u" "_s);
+    m_app.setScanStatus(note.isEmpty() ? StatusKind::success : StatusKind::failure,
+                        u"Invoice "_s + invoice.invoiceID + u": "_s + invoice.buyerName + u" — label filled."_s, note);
+}
+
+/// If the session has expired, signs in again first, so that the next scan succeeds. The invoice itself is not read
+/// again: the clerk scans it again.
+Task<> InvoiceFlow::report(QString id, std::exception_ptr failure)
+{
+    const auto isGivenUp = staleCheck(m_app.session, m_reading);
+    bool renewed = false;
+    if (isExpiredSession(failure))
+        renewed = co_await m_app.renewSession();
+    if (isGivenUp())
+        co_return;
+    const QString note = renewed ? u"Parcelory has signed in again by itself: scan the invoice again."_s : QString();
+    const bool isSessionOver = isExpiredSession(failure) && !renewed;
+    try {
+        std::rethrow_exception(failure);
+    } catch (const AppError &error) {
+        const QString text = m_app.recorded(u"Deskline Invoice "_s + id, error, Popup::no);
+        m_app.setScanStatus(StatusKind::failure, text, joinPresent({note, ignoredNote()}, u" "_s));
+        emit m_app.scanFailed(joinPresent({text, note}, u" "_s), isSessionOver);
+    }
 }
 
 Task<> InvoiceFlow::showAttention(DesklineInvoice invoice)

@@ -2,6 +2,8 @@
 
 #include "app/AppState.h"
 
+#include <exception>
+
 namespace parcelory {
 
 /// Reads the invoice of a scan and fills the label with it. The outcome is AppState's scanStatus and scannedInvoice.
@@ -11,12 +13,21 @@ public:
 
     /// AppState::handleInvoiceScan().
     void handleScan(const QString &text);
+    /// AppState::cancelInvoiceScan().
+    void cancel();
 
 private:
     Task<> read(QString id);
+    void take(const DesklineInvoice &invoice);
+    Task<> report(QString id, std::exception_ptr failure);
     Task<> showAttention(DesklineInvoice invoice);
+    void ignoreScan(const QString &id);
+    QString ignoredNote() const;
 
     AppState &m_app;
+    int m_reading = 0;     ///< incremented when an invoice is read and when that is canceled
+    QString m_id;          ///< of the invoice that is being read
+    QStringList m_ignored; ///< invoices that were scanned while m_id was read
 };
 
 } // namespace parcelory

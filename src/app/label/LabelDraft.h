@@ -7,6 +7,7 @@
 #include "compose/Services.h"
 #include "core/Observable.h"
 #include "devices/CommercialInvoice.h"
+#include "records/DraftStore.h"
 #include "records/SenderProfile.h"
 
 #include <QDate>
@@ -101,6 +102,11 @@ public:
     QString printedCompany() const;
     /// The name of the stock mailer or of the desk's own box; empty for other packaging and for a box without a name.
     QString boxName() const;
+
+    /// The draft for the DraftStore.
+    SavedDraft saved() const;
+    /// Takes over a stored draft. A choice that no longer exists stays as it is, and a day in the past becomes today.
+    void restore(const SavedDraft &from);
 
     /// What belongs to one parcel only.
     struct Parcel {

@@ -165,6 +165,8 @@ CommercialInvoice::Data_ LabelDraft::invoiceData(const QString &service) const
     if (!item.invoiceExtraLine.isEmpty())
         invoice.extraLine = item.invoiceExtraLine;
     invoice.signer = customs.value().signer.trimmed();
+    if (totalPounds() > 0)
+        invoice.weight = weightDisplay();
     return invoice;
 }
 

@@ -31,6 +31,10 @@ LabelScreen::LabelScreen(AppState &app) : LabelDraft(app), purchases(app), m_pap
     watch([this] { spawn([this] { return purchases.checkAgain(); }); }, m_app.keyChanges);
     QObject::connect(&purchases, &Purchases::purchaseResolved, &m_lifetime,
                      [this](const ResolvedPurchase &purchase) { takeResolved(purchase); });
+    QObject::connect(&app, &AppState::scanFailed, &m_lifetime, [this](const QString &text, bool isSessionOver) {
+        banner = Banner{text, false, isSessionOver ? Banner::Offer::signInAgain : Banner::Offer::none};
+        m_bannerAboutDraft = false;
+    });
 }
 
 LabelScreen::~LabelScreen()
@@ -41,7 +45,7 @@ LabelScreen::~LabelScreen()
 void LabelScreen::draftEdited()
 {
     faultyField = std::nullopt;
-    if (std::exchange(m_bannerAboutRates, false))
+    if (std::exchange(m_bannerAboutDraft, false))
         banner = std::nullopt;
     clearRates();
 }
@@ -107,8 +111,14 @@ void LabelScreen::clearRates()
 void LabelScreen::warn(const QString &text, std::optional<DraftField> field)
 {
     banner = Banner{text, false};
-    m_bannerAboutRates = false;
+    m_bannerAboutDraft = false;
     faultyField = field;
+}
+
+void LabelScreen::warnUntilEdit(const QString &text, std::optional<DraftField> field)
+{
+    warn(text, field);
+    m_bannerAboutDraft = true;
 }
 
 void LabelScreen::fail(const QString &context, const AppError &error)

@@ -20,8 +20,11 @@ namespace parcelory {
 
 /// The screen's message line.
 struct Banner {
+    enum class Offer { none, signInAgain, undoPaste };
+
     QString text;
-    bool ok = true; ///< false shows it as a warning
+    bool ok = true;            ///< false shows it as a warning
+    Offer offer = Offer::none; ///< what a button beside the text does
 
     bool operator==(const Banner &) const = default;
 };
@@ -33,11 +36,13 @@ enum class NextStep { none, validate, getRates, buy };
 struct LastLabel {
     QString recipient; ///< "Eleanor Whitfield · Asheville NC"
     ShipmentRecord record;
-    QString message; ///< result of a reprint or a copy
+    QString message;       ///< why it was not printed, or the result of a reprint or a copy
+    bool isPrinted = true; ///< false until the label has come out: it is paid for and must be printed
 
     bool operator==(const LastLabel &other) const
     {
-        return record.transactionID == other.record.transactionID && message == other.message;
+        return record.transactionID == other.record.transactionID && message == other.message &&
+               isPrinted == other.isPrinted;
     }
 };
 
@@ -94,13 +99,25 @@ public:
     Task<> buyAndPrint();
     /// Clears the draft for the next parcel; sender, carrier, mailpiece with its box's size, class and option stay.
     void clearDraft();
+    /// Asks for what a scanned invoice's recipient lacks.
+    void askForMissing();
+    /// Fills in the recipient from an address that the clerk has pasted as one text.
+    void takePastedAddress(const ShippoAddress &pasted);
+    /// Takes the pasted address back; false if it is no longer what the form shows.
+    bool undoPaste();
+    /// Does what the message line offers.
+    void takeOffer();
 
     /// True if the last purchase needs no attention: its label and papers are printed, and it is logged.
     bool purchaseComplete() const { return m_purchaseComplete; }
 
     /// Reprints the last label; the result is in lastLabel's message.
     Task<> reprintLast();
+    /// True if the last label has not come out, which is to be mended before anything else.
+    bool awaitsReprint() const { return lastLabel.value() && !lastLabel.value()->isPrinted; }
     void copyLastTracking();
+    /// The label was reprinted elsewhere, so that it does not wait here any more.
+    void takeReprint(const QString &transactionId, const QString &printed);
 
 private:
     void draftEdited();
@@ -111,7 +128,9 @@ private:
     void clearRates();
     void selectRateOfClass();
     void warn(const QString &text, std::optional<DraftField> field = std::nullopt);
+    void warnUntilEdit(const QString &text, std::optional<DraftField> field = std::nullopt);
     void noteOnLastLabel(const QString &text);
+    void noteReprint(const QString &text, bool isPrinted, bool wasPrinted);
     void fail(const QString &context, const AppError &error);
     bool takeWeight();
 
@@ -128,7 +147,7 @@ private:
     Task<bool> mayBuy(PreparedPurchase purchase, bool testMode, QString agreedWarning);
     Task<> buy(PreparedPurchase purchase);
     void markUnresolved(const PreparedPurchase &purchase, const LookupAnswer &answer);
-    Task<> finishPurchase(PreparedPurchase purchase, std::optional<ShippoTransaction> transaction, PapersResult drawn);
+    Task<> finishPurchase(PreparedPurchase purchase, SaleResult sale, PapersResult drawn);
     void showSold(const PreparedPurchase &purchase, const PurchaseResult &result);
     void clearSold(const PreparedPurchase &purchase);
     void takeResolved(const ResolvedPurchase &resolved);
@@ -138,10 +157,12 @@ private:
 
     CustomsPapers m_papers;
     QHash<qint64, PreparedPurchase> m_unresolved; ///< by the journal's id; what was sold if the carrier confirms it
+    QString m_logFailure;                         ///< why the log could not be searched for an earlier label
     quint64 m_soldWeight = 0;                     ///< scale generation that the last label was bought with
     quint64 m_buyTimer = 0;                       ///< runs while the Buy button has just changed and takes no press
     bool m_purchaseComplete = false;
-    bool m_bannerAboutRates = false; ///< the banner is cleared together with the rates
+    bool m_bannerAboutDraft = false; ///< the next edit clears the banner
+    ShippoAddress m_beforePaste, m_pasted;
     ShippoAddress m_lastRecipient;
     std::vector<QPropertyNotifier> m_notifiers;
     QObject m_lifetime; ///< lets a background lookup detect that the screen is gone

@@ -23,9 +23,21 @@
 
 #include <algorithm>
 #include <optional>
+#include <utility>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;
+
+namespace {
+
+/// "the queue ZD421 is paused" as "The queue ZD421 is paused."
+QString asSentence(const QString &reason)
+{
+    const QString text = reason.left(1).toUpper() + reason.mid(1);
+    return text.isEmpty() || text.endsWith(u'.') ? text : text + u'.';
+}
+
+} // namespace
 
 /// Clears what is still on the screen of a parcel that turned out to be sold, so that it is not sold again.
 void LabelScreen::takeResolved(const ResolvedPurchase &resolved)
@@ -92,6 +104,10 @@ Task<QString> LabelScreen::secondLabelWarning(SecondLabelFacts facts, bool testM
         co_await onPool(m_app.log, &ShipmentLog::labelsLike, facts.reference, facts.now.date().startOfDay(), testMode);
     facts.earlier = earlier.valueOr({});
     facts.isLogUnreadable = !earlier.isRead();
+    // The warning is renewed at every edit; only another failure is recorded again.
+    const QString failure = earlier.isRead() ? QString() : earlier.failure();
+    if (failure != std::exchange(m_logFailure, failure) && !failure.isEmpty())
+        m_app.errors.record(u"Buy Label"_s, AppError(failure), Popup::no);
     co_return secondLabelReasons(facts).join(u'\n');
 }
 
@@ -162,7 +178,7 @@ Task<> LabelScreen::buy(PreparedPurchase purchase)
     }
     entry = sale.entry;
     if (sale.kind == SaleResult::Kind::sold) {
-        co_await finishPurchase(purchase, sale.transaction, drawn);
+        co_await finishPurchase(purchase, sale, drawn);
         co_return;
     }
     warn(sale.text);
@@ -176,16 +192,17 @@ void LabelScreen::markUnresolved(const PreparedPurchase &purchase, const LookupA
     purchases.markUnresolved(purchase.entry, answer);
 }
 
-Task<> LabelScreen::finishPurchase(PreparedPurchase purchase, std::optional<ShippoTransaction> transaction,
-                                   PapersResult drawn)
+Task<> LabelScreen::finishPurchase(PreparedPurchase purchase, SaleResult sale, PapersResult drawn)
 {
     m_soldWeight = std::max(m_soldWeight, purchase.weighed);
     purchase.entry.record.createdAt = m_app.platform.clock.now();
     const PurchaseResult result = co_await purchases.flow().complete(
-        purchase.entry, transaction,
+        purchase.entry, sale.transaction,
         {.printsLabel = true,
          .printsPapers = purchase.carrier == Carrier::fedex || purchase.printsInvoice,
-         .drawn = drawn});
+         .drawn = drawn},
+        sale.answer.seconds);
+    purchases.showSeconds(result);
     m_purchaseComplete = result.isComplete();
     purchase.entry = result.entry;
     if (!result.hasLabel) {
@@ -209,9 +226,10 @@ void LabelScreen::showSold(const PreparedPurchase &purchase, const PurchaseResul
     const ShippoAddress &to = purchase.entry.recipient;
     clearSold(purchase);
     if (m_app.draftTo.value().isEmpty()) // the clerk has not begun the next parcel yet
-        lastLabel = LastLabel{joinPresent({to.name, trimBlanks(to.city + u' ' + to.state)}, u" · "_s),
-                              result.entry.record, QString()};
-    banner = Banner{PurchaseTexts::successLine(result), result.isLogged};
+        lastLabel =
+            LastLabel{joinPresent({to.name, trimBlanks(to.city + u' ' + to.state)}, u" · "_s), result.entry.record,
+                      result.label.isPrinted ? QString() : asSentence(result.label.text), result.label.isPrinted};
+    banner = Banner{PurchaseTexts::successLine(result), result.isComplete()};
 }
 
 /// What is still as it was sold must not be sold again. What was typed since belongs to the next parcel.
@@ -233,17 +251,36 @@ void LabelScreen::noteOnLastLabel(const QString &text)
     }
 }
 
+void LabelScreen::takeReprint(const QString &transactionId, const QString &printed)
+{
+    if (awaitsReprint() && lastLabel.value()->record.transactionID == transactionId)
+        noteReprint(printed, true, false);
+}
+
+void LabelScreen::noteReprint(const QString &text, bool isPrinted, bool wasPrinted)
+{
+    std::optional<LastLabel> label = lastLabel;
+    if (label && (!text.isEmpty() || wasPrinted)) { // the clerk may have canceled, which prints nothing
+        label->message = text;
+        label->isPrinted = wasPrinted || isPrinted;
+        lastLabel = label;
+    }
+    if (!wasPrinted && isPrinted && !text.isEmpty())
+        banner = Banner{text, true};
+}
+
 Task<> LabelScreen::reprintLast()
 {
     if (busy || !lastLabel.value())
         co_return;
     busy = true;
+    const bool wasPrinted = !awaitsReprint();
     const auto done = qScopeGuard([this] { busy = false; });
     try {
         const QString printed = co_await reprintChecked(m_app, lastLabel.value()->record);
-        noteOnLastLabel(printed);
+        noteReprint(printed, true, wasPrinted);
     } catch (const AppError &error) {
-        noteOnLastLabel(error.description());
+        noteReprint(error.description(), false, wasPrinted);
         recordReprintFailure(m_app, error);
     }
 }

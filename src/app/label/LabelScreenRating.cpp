@@ -22,7 +22,7 @@ Task<> LabelScreen::fetchRates(bool intlConfirmed)
         co_return;
     settleCountry(); // a shortcut leaves the focus in the field
     if (const std::optional<Obstacle> found = obstacle()) {
-        warn(found->text, found->field);
+        warnUntilEdit(found->text, found->field);
         co_return;
     }
     if (isInternational() && !intlConfirmed) {
@@ -53,14 +53,20 @@ Task<> LabelScreen::fetchRates(bool intlConfirmed)
 
 Task<> LabelScreen::applyRates(ShippoShipment shipment)
 {
-    const QList<ShippoRate> offered = offeredRates(carrier, shipment.rates);
-    if (offered.isEmpty()) {
+    for (ShippoRate &rate : shipment.rates) {
+        if (!rate.objectCreated)
+            rate.objectCreated = shipment.objectCreated;
+    }
+    const OfferedRates offered = offeredRates(carrier, shipment.rates);
+    if (!offered.leftOut.isEmpty())
+        m_app.errors.record(u"Get Rates"_s, AppError(offered.leftOut), Popup::no);
+    if (offered.rates.isEmpty()) {
         const QString text = noRatesText(carrier, shipment);
         warn(text);
         m_app.errors.record(u"Get Rates"_s, AppError(text), Popup::no);
         co_return;
     }
-    rates = offered;
+    rates = offered.rates;
     selectRateOfClass();
     const auto isReplaced = staleCheck(edits);
     const bool keep = co_await reviewPrintedAddress(shipment);
@@ -72,7 +78,7 @@ Task<> LabelScreen::applyRates(ShippoShipment shipment)
     }
     clearRates();
     forgetValidation();
-    warn(u"Rates cleared — adjust the address and validate again."_s);
+    warn(u"Rates cleared — adjust the address and validate again."_s, DraftField::street);
 }
 
 void LabelScreen::selectRateOfClass()
@@ -89,8 +95,7 @@ void LabelScreen::selectRateOfClass()
         return;
     }
     selectedRateID = std::nullopt;
-    warn(u"No "_s + wanted.displayName + u" rate came back — pick from the list."_s);
-    m_bannerAboutRates = true;
+    warnUntilEdit(u"No "_s + wanted.displayName + u" rate came back — pick from the list."_s);
 }
 
 } // namespace parcelory

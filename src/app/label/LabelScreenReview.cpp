@@ -1,11 +1,13 @@
 #include "app/AppState.h"
 #include "app/label/AddressReview.h"
 #include "app/label/LabelScreen.h"
+#include "carrier/ShippoError.h"
 #include "carrier/ShippoRecords.h"
 #include "core/AppError.h"
 #include "core/ShippoAddress.h"
 #include "core/Task.h"
 #include "core/ports/Prompts.h"
+#include "shell/ErrorLog.h"
 
 #include <QScopeGuard>
 
@@ -14,12 +16,43 @@
 namespace parcelory {
 using namespace Qt::StringLiterals;
 
+namespace {
+
+/// The field that the carrier's reasons against an address are about, as far as their words tell.
+DraftField fieldOf(const QString &reasons)
+{
+    const auto names = [&reasons](QStringView word) { return reasons.contains(word, Qt::CaseInsensitive); };
+    if (names(u"street") || names(u"address line"))
+        return DraftField::street;
+    if (names(u"zip") || names(u"postal code"))
+        return DraftField::zip;
+    return names(u"city") ? DraftField::city : DraftField::street;
+}
+
+/// What a field of the recipient is called in a sentence.
+QString nameOf(DraftField field)
+{
+    switch (field) {
+    case DraftField::name:
+        return u"name"_s;
+    case DraftField::city:
+        return u"city"_s;
+    case DraftField::zip:
+        return u"ZIP"_s;
+    default:
+        return u"street"_s;
+    }
+}
+
+} // namespace
+
 Task<> LabelScreen::validate()
 {
     if (busy)
         co_return;
     settleCountry(); // a shortcut leaves the focus in the field
     banner = std::nullopt;
+    faultyField = std::nullopt;
     forgetValidation();
     if (isInternational()) {
         validationStatus = u"International — address not validated"_s;
@@ -58,7 +91,10 @@ Task<> LabelScreen::applyValidation(ShippoAddress typed, ShippoValidatedAddress 
     if (!results.isValid.value_or(false)) { // a missing result counts as not valid
         const QString reasons = joinedTexts(results.messages);
         validationOK = false;
-        validationStatus = reasons.isEmpty() ? u"Address could not be validated."_s : reasons;
+        const auto refusal =
+            ShippoError::validation(reasons.isEmpty() ? u"Address could not be validated."_s : reasons);
+        validationStatus = m_app.recorded(u"Validate Address"_s, refusal, Popup::no);
+        faultyField = fieldOf(reasons);
         co_return;
     }
     bool adopt = true;
@@ -77,6 +113,51 @@ Task<> LabelScreen::applyValidation(ShippoAddress typed, ShippoValidatedAddress 
     validationOK = true;
 }
 
+void LabelScreen::askForMissing()
+{
+    const std::optional<Obstacle> found = obstacle();
+    if (found && !recipientFilled() && found->field != DraftField::profile)
+        warnUntilEdit(u"The invoice has no %1 — type it, then validate."_s.arg(nameOf(found->field)), found->field);
+}
+
+void LabelScreen::takePastedAddress(const ShippoAddress &pasted)
+{
+    const ShippoAddress before = m_app.draftTo;
+    ShippoAddress to = pasted;
+    if (to.name.isEmpty()) { // only the place of the same person
+        to.name = before.name;
+        to.company = before.company;
+        to.phone = to.phone.isEmpty() ? before.phone : to.phone;
+        to.email = to.email.isEmpty() ? before.email : to.email;
+    }
+    m_app.draftTo = to;
+    m_beforePaste = before;
+    m_pasted = to;
+    banner = Banner{u"The pasted address was split into the fields."_s, true, Banner::Offer::undoPaste};
+    m_bannerAboutDraft = true;
+}
+
+bool LabelScreen::undoPaste()
+{
+    if (m_pasted.isEmpty() || !(m_app.draftTo.value() == m_pasted))
+        return false;
+    m_pasted = {};
+    m_app.draftTo = m_beforePaste;
+    return true;
+}
+
+void LabelScreen::takeOffer()
+{
+    const Banner::Offer offer = banner.value().value_or(Banner{}).offer;
+    if (offer == Banner::Offer::signInAgain && busy)
+        return; // the operation may still ask the clerk a question
+    banner = std::nullopt;
+    if (offer == Banner::Offer::undoPaste)
+        undoPaste();
+    else if (offer == Banner::Offer::signInAgain)
+        m_app.signInAgain();
+}
+
 Task<> LabelScreen::continueTowardRating()
 {
     if (totalPounds() <= 0)
@@ -87,11 +168,13 @@ Task<> LabelScreen::continueTowardRating()
     }
     const bool weightMissing = totalPounds() <= 0;
     if (isInternational() && weightMissing)
-        warn(u"Add a weight (put the package on the scale and press Weigh) and international rates will load."_s);
+        warnUntilEdit(
+            u"Add a weight (put the package on the scale and press Weigh) and international rates will load."_s);
     else if (!isInternational() && weightMissing)
-        warn(u"Address valid — add a weight (put the package on the scale and press Weigh) and rates will load."_s);
+        warnUntilEdit(
+            u"Address valid — add a weight (put the package on the scale and press Weigh) and rates will load."_s);
     else if (!isInternational())
-        warn(u"Address valid — complete the package details to get rates."_s);
+        warnUntilEdit(u"Address valid — complete the package details to get rates."_s);
 }
 
 /// False if the carrier would print the address without one of its numbers and the clerk goes back to correct it.

@@ -80,6 +80,13 @@ QString LabelTexts::exportFilingWarning(const LabelDraft &draft)
     return u"Above $2,500 for a tariff number, an export filing may be required before this parcel leaves — check."_s;
 }
 
+QString LabelTexts::declaredValueWarning(const LabelDraft &draft)
+{
+    const QString subtotal = draft.defaultCustomsValue();
+    const bool isSame = subtotal.isEmpty() || decimal(draft.customs.value().value) == decimal(subtotal);
+    return isSame ? QString() : u"The value differs from the invoice's subtotal, $%1."_s.arg(subtotal);
+}
+
 QString LabelTexts::paperworkText(const LabelDraft &draft)
 {
     return u"Pick what's in this shipment for %1 — this goes on the label's customs form and the commercial "

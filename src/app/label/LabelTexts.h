@@ -22,6 +22,8 @@ QString internationalHint(const LabelDraft &draft);
 QString customsHint(const LabelDraft &draft);
 /// The customs form states that no export filing is needed, which holds up to a limit.
 QString exportFilingWarning(const LabelDraft &draft);
+/// A declared value other than the invoice's subtotal is more often a slip than meant.
+QString declaredValueWarning(const LabelDraft &draft);
 QString paperworkText(const LabelDraft &draft);
 /// What keeps the form from being complete, or the next thing to do.
 QString formHint(const LabelDraft &draft);

@@ -7,6 +7,7 @@
 #include "compose/SecondLabel.h"
 #include "compose/Services.h"
 #include "core/CountryCode.h"
+#include "core/IsoDate.h"
 #include "core/ShippoAddress.h"
 #include "core/Text.h"
 #include "records/ShipmentRecord.h"
@@ -72,6 +73,7 @@ PreparedPurchase preparePurchase(const LabelDraft &draft, const AppState &app, c
             .invoice = draft.invoiceData(carrierAndService(draft.carrier, record.service)),
             .facts = facts,
             .entry = {.askedAt = record.createdAt,
+                      .ratedAt = parseIso(rate.objectCreated.value_or(QString())).value_or(QDateTime()),
                       .rateId = rate.objectId,
                       .keyName = app.keys.activeName(),
                       .recipient = recipient,

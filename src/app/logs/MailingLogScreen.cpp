@@ -8,6 +8,7 @@
 #include "core/AppError.h"
 #include "core/Task.h"
 #include "core/Text.h"
+#include "core/ports/Prompts.h"
 #include "records/LabelChecks.h"
 #include "records/LabelHistory.h"
 #include "records/ShipmentLog.h"
@@ -41,6 +42,8 @@ MailingLogScreen::~MailingLogScreen()
 
 void MailingLogScreen::takeReadFailure(const QString &failure)
 {
+    if (failure != readFailure.value()) // a retry that fails is not another failure
+        m_app.errors.record(u"Mailing Log"_s, AppError(failure), Popup::no);
     readFailure = failure;
     m_failureMessage = failure + u" The list is unchanged; Parcelory tries again by itself."_s;
     message = m_failureMessage;
@@ -105,7 +108,17 @@ QString MailingLogScreen::countText() const
         return {};
     const bool searching = !m_app.log.shownSearch().isEmpty();
     const QString number = count < ShipmentLog::listLimit ? QString::number(count) : u"%1 newest"_s.arg(count);
-    return number + (count == 1 ? u" shipment"_s : u" shipments"_s) + (searching ? u" found"_s : QString());
+    return number + (count == 1 ? u" shipment"_s : u" shipments"_s) + (searching ? u" found"_s : QString()) +
+           (m_app.log.isShownAlike() ? u", ignoring accents and blanks"_s : QString());
+}
+
+Task<> MailingLogScreen::tellTrouble()
+{
+    const QString trouble = co_await onPool(m_app.log, &ShipmentLog::trouble);
+    if (trouble.isEmpty())
+        co_return;
+    m_app.errors.record(u"Mailing Log"_s, AppError(trouble), Popup::no);
+    co_await m_app.platform.prompts.alert(u"Mailing Log"_s, trouble);
 }
 
 Task<> MailingLogScreen::reprint(ShipmentRecord record)
@@ -118,6 +131,8 @@ Task<> MailingLogScreen::reprint(ShipmentRecord record)
     try {
         const QString printed = co_await reprintChecked(m_app, record);
         message = printed;
+        if (!printed.isEmpty()) // otherwise the clerk canceled
+            emit reprinted(record.transactionID, printed);
     } catch (const AppError &error) {
         message = error.description();
         recordReprintFailure(m_app, error);

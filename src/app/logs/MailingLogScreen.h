@@ -35,6 +35,8 @@ public:
     /// "1000 newest shipments", "3 shipments found"
     QString countText() const;
 
+    /// At the start: tells the clerk on every tab if the log is damaged.
+    Task<> tellTrouble();
     Task<> reprint(ShipmentRecord record);
     /// Prints the customs papers of an international parcel again.
     Task<> reprintCustoms(ShipmentRecord record);
@@ -59,6 +61,8 @@ public:
 signals:
     /// records() matches the current search. Not emitted for the results of an older search.
     void recordsChanged();
+    /// A label went to the printer again. `printed` is the printer's message.
+    void reprinted(const QString &transactionId, const QString &printed);
 
 private:
     bool isUpToDate() const { return m_app.log.shownSearch() == search.value(); }

@@ -6,6 +6,7 @@
 #include "carrier/CarrierWords.h"
 #include "carrier/MasterEntry.h"
 #include "carrier/PagedList.h"
+#include "core/Accents.h"
 #include "core/AppError.h"
 #include "core/Task.h"
 #include "core/Text.h"
@@ -93,7 +94,7 @@ Task<> MasterLogScreen::load()
     if (busy)
         co_return;
     if (from.value() > to.value()) {
-        message = u"The first day comes after the last one — nothing was loaded."_s;
+        message = u"The From date is after the To date."_s;
         co_return;
     }
     busy = true;
@@ -133,6 +134,30 @@ QString MasterLogScreen::summaryLine() const
         dollars += entry.amount;
     }
     return QString::number(count) + u" shipments • $"_s + fixed(dollars, 2) + u" postage"_s;
+}
+
+QList<MasterEntry> MasterLogScreen::found() const
+{
+    const QString wanted = plainForm(search.value().simplified()), number = QString(wanted).remove(u' ');
+    if (wanted.isEmpty())
+        return entries;
+    QList<MasterEntry> rows;
+    for (const MasterEntry &entry : entries.value()) {
+        const QStringList texts = {entry.recipient, entry.company, entry.place,
+                                   entry.country,   entry.service, statusDisplay(entry.status)};
+        if (plainForm(entry.tracking).contains(number) || plainForm(texts.join(u'\n')).contains(wanted))
+            rows += entry;
+    }
+    return rows;
+}
+
+QString MasterLogScreen::foundText() const
+{
+    const qsizetype count = entries.value().size();
+    if (search.value().trimmed().isEmpty() || count == 0)
+        return {};
+    return u"%1 of %2 %3"_s.arg(QString::number(found().size()), QString::number(count),
+                                count == 1 ? u"shipment"_s : u"shipments"_s);
 }
 
 std::optional<MasterEntry> MasterLogScreen::selectedEntry() const

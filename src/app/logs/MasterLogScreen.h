@@ -23,12 +23,17 @@ public:
 
     Observed<QDate> from{this}, to{this}; ///< both included
     Observed<QList<MasterEntry>> entries{this};
+    Observed<QString> search{this};                  ///< as typed; narrows found(), and neither the sum nor the export
     Observed<std::optional<QString>> selected{this}; ///< the id of an entry
     Observed<bool> busy{this, false};
     Observed<int> pages{this, 0}; ///< pages read so far by the running listing
     Observed<QString> message{this};
     Observed<bool> loaded{this, false}; ///< entries match the selected days
 
+    /// The entries with a text that contains the search, without regard to case, accents and the blanks of a number.
+    QList<MasterEntry> found() const;
+    /// "3 of 120 shipments"; empty without a search.
+    QString foundText() const;
     bool hasNoKey() const { return m_keys.mode == PostageMode::none; }
     bool canLoad() const;
     bool canExport() const { return !busy && !entries.value().isEmpty(); }

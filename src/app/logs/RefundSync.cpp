@@ -45,8 +45,8 @@ QString missingRow(const QString &transactionId, RefundState refund)
 
 Task<bool> RefundSync::run()
 {
-    const QDateTime now = m_app.platform.clock.now();
-    if (m_app.lastRefundSync.isValid() && std::abs(m_app.lastRefundSync.secsTo(now)) < refundSyncPause)
+    const QDateTime now = m_app.platform.clock.steadyNow();
+    if (m_app.lastRefundSync.isValid() && m_app.lastRefundSync.secsTo(now) < refundSyncPause)
         co_return false;
     m_app.lastRefundSync = now;
     const QList<OpenRefund> lost = co_await onPool(m_app.journal, &PurchaseJournal::openRefunds);

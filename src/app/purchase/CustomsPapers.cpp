@@ -1,6 +1,7 @@
 #include "app/purchase/CustomsPapers.h"
 
 #include "app/purchase/LabelPrinting.h"
+#include "app/purchase/PurchaseTexts.h"
 #include "core/AppError.h"
 #include "core/SettingsKeys.h"
 #include "core/Task.h"
@@ -14,15 +15,21 @@ using namespace Qt::StringLiterals;
 
 bool PapersResult::isDone() const
 {
-    return outcome == PapersOutcome::none || outcome == PapersOutcome::kept || outcome == PapersOutcome::printed;
+    return missingLetters.isEmpty() &&
+           (outcome == PapersOutcome::none || outcome == PapersOutcome::kept || outcome == PapersOutcome::printed);
 }
 
 Task<PapersResult> CustomsPapers::drawInvoice(CommercialInvoice::Data_ invoice)
 {
     try {
-        const QByteArray document =
-            co_await onPool([this, invoice] { return CommercialInvoice::pdf(invoice, m_app.platform.deployment); });
-        co_return PapersResult{.outcome = PapersOutcome::kept, .document = document};
+        PapersResult drawn = co_await onPool([this, invoice] {
+            return PapersResult{.outcome = PapersOutcome::kept,
+                                .document = CommercialInvoice::pdf(invoice, m_app.platform.deployment),
+                                .missingLetters = CommercialInvoice::lettersWithoutGlyph(invoice)};
+        });
+        if (!drawn.missingLetters.isEmpty())
+            m_app.errors.record(u"Commercial Invoice"_s, AppError(PurchaseTexts::writeByHand(drawn)), Popup::no);
+        co_return drawn;
     } catch (const AppError &error) {
         m_app.errors.record(u"Commercial Invoice"_s, error, Popup::no);
         co_return PapersResult{.outcome = PapersOutcome::notDrawn, .text = error.description()};
@@ -33,7 +40,9 @@ Task<PapersResult> CustomsPapers::printInvoice(PapersResult drawn)
 {
     if (!drawn.document)
         co_return drawn;
-    co_return co_await print(*drawn.document, u"Commercial Invoice"_s);
+    PapersResult printed = co_await print(*drawn.document, u"Commercial Invoice"_s);
+    printed.missingLetters = drawn.missingLetters;
+    co_return printed;
 }
 
 Task<PapersResult> CustomsPapers::fetchFedexInvoice(QString documentUrl, bool onPaper)

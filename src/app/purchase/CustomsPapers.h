@@ -22,6 +22,7 @@ struct PapersResult {
     PapersOutcome outcome = PapersOutcome::none;
     std::optional<QByteArray> document = {}; ///< for the mailing log
     QString text = {};                       ///< the printer's queue, or why it failed
+    QString missingLetters = {};             ///< letters that no font has; the document shows boxes in their place
 
     /// False if the clerk has to do something about the papers.
     bool isDone() const;

@@ -9,12 +9,19 @@ namespace parcelory {
 /// message. Throws AppError.
 Task<QString> printLabel(AppState &app, QByteArray label);
 
+/// What the label would change in the printer for good, such as "^JUS"; empty for a usual label.
+QString lastingChanges(const QByteArray &label);
+
+/// Asks the clerk whether a label that changes the printer for good is printed all the same. True at once for a usual
+/// label.
+Task<bool> mayPrint(AppState &app, QByteArray label);
+
 /// A sentence about jobs that wait in the label printer's queue, for the clerk to read before more are sent; empty if
 /// no job is waiting.
 Task<QString> stillWaiting(AppState &app);
 
-/// Reprints a label and returns the printer's message. Uses the label data in `record` or in the mailing log; downloads
-/// the label again if the log has no data. Throws AppError.
+/// Reprints a label and returns the printer's message; empty if mayPrint() says no. Uses the label data in `record` or
+/// in the mailing log; downloads the label again if the log has no data. Throws AppError.
 Task<QString> reprintLabel(AppState &app, ShipmentRecord record);
 
 /// Downloads the customs papers of a shipment that was logged without them, and stores them in the log.
@@ -22,6 +29,9 @@ Task<QByteArray> downloadCustoms(AppState &app, ShipmentRecord record);
 
 /// True if the document went to the document printer; without a document printer, the viewer opens it.
 Task<bool> printDocument(AppState &app, QByteArray pdf);
+
+/// Deletes the labels and documents that a killed program left in the folder for temporary files.
+Task<> sweepPrintFiles();
 
 /// Logs a failed reprint. A SystemError, such as a printer without paper or a paused queue, does not raise the support
 /// alert, because the clerk fixes it at the desk.

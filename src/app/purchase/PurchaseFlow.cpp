@@ -6,11 +6,13 @@
 #include "app/purchase/PurchaseLookup.h"
 #include "app/purchase/PurchaseTexts.h"
 #include "carrier/CarrierWords.h"
+#include "carrier/PurchaseTag.h"
 #include "carrier/ShippoError.h"
 #include "carrier/ShippoRecords.h"
 #include "compose/Services.h"
 #include "core/AppError.h"
 #include "core/Task.h"
+#include "core/Text.h"
 #include "devices/Zpl.h"
 #include "records/PurchaseJournal.h"
 #include "records/ShipmentRecord.h"
@@ -38,6 +40,23 @@ void applyTransaction(ShipmentRecord &record, const ShippoTransaction &transacti
     record.customsDocURL = transaction.commercialInvoiceUrl.value_or(QString());
     if (const std::optional<RefundState> refund = refundStateOf(transactionStatus(transaction)))
         record.status = statusAfter(*refund, record.status);
+}
+
+/// What the tag of the purchase tells, for a purchase whose entry in the journal could not be read.
+void applyTag(ShipmentRecord &record, const ShippoTransaction &transaction)
+{
+    const auto tag = PurchaseTag::read(transaction.metadata.value_or(QString()));
+    if (!tag)
+        return;
+    record.recipient = joinPresent({tag->recipient, tag->country}, u", "_s);
+    record.service = tag->service;
+    for (const Carrier carrier : {Carrier::usps, Carrier::fedex}) {
+        const QString name = carrierInfo(carrier).displayName;
+        if (tag->service.startsWith(name + u' ')) {
+            record.carrier = name;
+            record.service = tag->service.mid(name.size() + 1);
+        }
+    }
 }
 
 } // namespace
@@ -83,7 +102,7 @@ Task<SaleResult> PurchaseFlow::lookFor(SaleResult unknown)
     constexpr int looks = 3;
     constexpr auto pause = std::chrono::seconds(2);
     SaleResult result = unknown;
-    const OpenPurchase &entry = result.entry;
+    OpenPurchase &entry = result.entry;
     // Not askedAt: the response may have failed only after a minute.
     const QDateTime since = m_app.platform.clock.steadyNow();
     co_await save(entry);
@@ -91,6 +110,7 @@ Task<SaleResult> PurchaseFlow::lookFor(SaleResult unknown)
         if (look > 0)
             co_await m_app.platform.clock.sleep(pause);
         result.answer = co_await lookUpPurchase(m_app, entry, since);
+        result.entry = co_await noted(result.entry, result.answer);
         if (result.answer.verdict == LookupAnswer::Verdict::bought) {
             result.kind = SaleResult::Kind::sold;
             result.transaction = result.answer.transaction;
@@ -110,11 +130,19 @@ Task<SaleResult> PurchaseFlow::lookFor(SaleResult unknown)
 }
 
 Task<PurchaseResult> PurchaseFlow::complete(OpenPurchase purchase, std::optional<ShippoTransaction> transaction,
-                                            Delivery delivery)
+                                            Delivery delivery, QList<ShippoTransaction> seconds)
 {
     PurchaseResult result{.entry = purchase};
     OpenPurchase &entry = result.entry;
     ShipmentRecord &record = entry.record;
+    if (transaction && entry.isUnreadable)
+        applyTag(record, *transaction);
+    for (const ShippoTransaction &sale : seconds) { // first, because a later start would not ask the carrier again
+        ShipmentRecord second = record;
+        applyTransaction(second, sale);
+        co_await logSecond(second);
+        result.seconds.append(second);
+    }
     if (transaction)
         applyTransaction(record, *transaction);
     co_await save(entry);
@@ -133,7 +161,8 @@ Task<PurchaseResult> PurchaseFlow::complete(OpenPurchase purchase, std::optional
         co_await save(entry); // the label is not downloaded again if the program ends now
     if (!fetchFailure.isEmpty())
         result.label.text = fetchFailure;
-    else if (delivery.printsLabel)
+    const bool isHeld = delivery.printsLabel && record.zpl && !lastingChanges(*record.zpl).isEmpty();
+    if (delivery.printsLabel && fetchFailure.isEmpty() && !isHeld)
         result.label = co_await printLabelOf(entry);
     entry.printed = entry.printed || result.label.isPrinted;
 
@@ -142,10 +171,34 @@ Task<PurchaseResult> PurchaseFlow::complete(OpenPurchase purchase, std::optional
         record.customsPDF = result.papers.document;
     co_await save(entry);
     result.isLogged = co_await log(entry);
+    if (isHeld) { // asked last: the label is in the log, however long the clerk takes
+        result.label = co_await printHeldLabelOf(entry);
+        entry.printed = entry.printed || result.label.isPrinted;
+    }
     if (result.isLogged && std::exchange(entry.keepRecipient, false))
         emit m_app.recipientToKeep(entry.recipient);
     m_app.lastShipmentSummary = PurchaseTexts::summary(entry);
     co_return result;
+}
+
+Task<OpenPurchase> PurchaseFlow::noted(OpenPurchase purchase, LookupAnswer answer)
+{
+    if (answer.verdict == LookupAnswer::Verdict::unknown && answer.transaction &&
+        purchase.record.transactionID.isEmpty()) {
+        purchase.record.transactionID = answer.transaction->objectId;
+        co_await save(purchase);
+    }
+    co_return purchase;
+}
+
+Task<> PurchaseFlow::logSecond(ShipmentRecord record)
+{
+    record.customsPDF = std::nullopt; // the papers name the other label
+    const QString reason =
+        co_await onPool([&log = m_app.log, record] { return log.insertOnce(record) ? QString() : log.lastError(); });
+    m_app.errors.record(buyContext, PurchaseTexts::secondError(record), Popup::yes);
+    if (!reason.isEmpty())
+        m_app.errors.record(u"Mailing Log"_s, PurchaseTexts::notLoggedError(record, reason), Popup::yes);
 }
 
 /// Throws AppError for anything that is not a whole label.
@@ -169,6 +222,18 @@ Task<LabelResult> PurchaseFlow::printLabelOf(OpenPurchase purchase)
         m_app.errors.record(u"Print Label"_s, error, Popup::no);
         co_return LabelResult{.text = error.description()};
     }
+}
+
+Task<LabelResult> PurchaseFlow::printHeldLabelOf(OpenPurchase purchase)
+{
+    const QByteArray label = purchase.record.zpl.value_or(QByteArray());
+    const bool isAgreed = co_await mayPrint(m_app, label);
+    if (isAgreed)
+        co_return co_await printLabelOf(purchase);
+    const QString reason =
+        u"held, because it contains %1, which can change the printer for good"_s.arg(lastingChanges(label));
+    m_app.errors.record(u"Print Label"_s, AppError(reason), Popup::no);
+    co_return LabelResult{.text = reason};
 }
 
 Task<PapersResult> PurchaseFlow::papersOf(OpenPurchase purchase, Delivery delivery)

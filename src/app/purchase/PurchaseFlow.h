@@ -35,6 +35,7 @@ struct PurchaseResult {
     LabelResult label;
     PapersResult papers;
     bool isLogged = false;
+    QList<ShipmentRecord> seconds = {}; ///< further labels that the carrier sold for the same request
 
     /// False if the clerk has to read about it.
     bool isComplete() const { return hasLabel && label.isPrinted && papers.isDone() && isLogged; }
@@ -64,15 +65,20 @@ public:
     /// Looks for a purchase of unknown outcome a few times, because its parcel is still on the desk.
     Task<SaleResult> lookFor(SaleResult unknown);
 
-    /// `transaction`: empty if the journal already has the carrier's response.
+    /// `transaction`: empty if the journal already has the carrier's response. `seconds`: further sales of the same
+    /// rate; they get a row in the mailing log and an entry in the error log, but are not printed.
     Task<PurchaseResult> complete(OpenPurchase purchase, std::optional<ShippoTransaction> transaction,
-                                  Delivery delivery);
+                                  Delivery delivery, QList<ShippoTransaction> seconds = {});
+    /// Notes the carrier's id of a purchase that is not finished yet, so that it is looked up by its id.
+    Task<OpenPurchase> noted(OpenPurchase purchase, LookupAnswer answer);
 
 private:
     Task<QByteArray> fetchLabel(OpenPurchase purchase);
     Task<LabelResult> printLabelOf(OpenPurchase purchase);
+    Task<LabelResult> printHeldLabelOf(OpenPurchase purchase);
     Task<PapersResult> papersOf(OpenPurchase purchase, Delivery delivery);
     Task<bool> log(OpenPurchase purchase);
+    Task<> logSecond(ShipmentRecord record);
 
     AppState &m_app;
     CustomsPapers m_papers;

@@ -27,17 +27,27 @@ bool isLastWord(const AppError &error)
            (shippo->kind() == ShippoError::Kind::api || shippo->status() == forbidden || shippo->status() == unknown);
 }
 
-Task<std::optional<ShippoTransaction>> findSale(AppState &app, OpenPurchase purchase)
+bool hasLabel(const ShippoTransaction &sale)
+{
+    return !sale.labelUrl.value_or(QString()).isEmpty();
+}
+
+/// The sales of a purchase, first the sale with a label. More than one if the request reached the carrier twice,
+/// because a machine on the way repeated it.
+Task<QList<ShippoTransaction>> findSales(AppState &app, OpenPurchase purchase)
 {
     const QString known = purchase.record.transactionID;
     if (!known.isEmpty())
-        co_return co_await app.shippo.transaction(known);
-    const QList<ShippoTransaction> sold = co_await app.shippo.purchasesOf(purchase.rateId, purchase.askedAt);
+        co_return {co_await app.shippo.transaction(known)};
+    QList<ShippoTransaction> sold =
+        co_await app.shippo.purchasesOf(purchase.rateId, purchase.askedAt, purchase.ratedAt);
     // A failed transaction may be an earlier attempt at the same rate.
-    const auto sale = std::ranges::find_if(sold, [](const ShippoTransaction &transaction) {
-        return transactionStatus(transaction) != TransactionStatus::error;
+    sold.removeIf([](const ShippoTransaction &transaction) {
+        return transactionStatus(transaction) == TransactionStatus::error;
     });
-    co_return sale == sold.end() ? std::nullopt : std::optional(*sale);
+    if (const auto labeled = std::ranges::find_if(sold, hasLabel); labeled != sold.end())
+        std::rotate(sold.begin(), labeled, labeled + 1);
+    co_return sold;
 }
 
 Task<LookupAnswer> evaluate(AppState &app, OpenPurchase purchase, QDateTime since)
@@ -53,16 +63,20 @@ Task<LookupAnswer> evaluate(AppState &app, OpenPurchase purchase, QDateTime sinc
             .text = u"It was requested with the %1 key “%2” — choose that key in Settings to check."_s.arg(
                 known.testMode ? u"TEST"_s : u"LIVE"_s, purchase.keyName),
             .isInconclusive = true};
-    const std::optional<ShippoTransaction> found = co_await findSale(app, purchase);
+    if (purchase.rateId.isEmpty() && known.transactionID.isEmpty())
+        co_return LookupAnswer{.text = u"The journal does not tell its rate."_s, .isInconclusive = true};
+    const QList<ShippoTransaction> sales = co_await findSales(app, purchase);
+    const auto found = sales.isEmpty() ? std::nullopt : std::optional(sales.first());
     if (!found && ShippoClient::mayStillArrive(since, app.platform.clock.steadyNow()))
         co_return LookupAnswer{.text = u"The carrier knows of no such label yet."_s, .isInconclusive = true};
     if (!found || transactionStatus(*found) == TransactionStatus::error)
         co_return LookupAnswer{.verdict = notBought};
-    if (found->labelUrl.value_or(QString()).isEmpty())
-        co_return LookupAnswer{.text = u"The carrier accepted the purchase, but the label is not ready yet "
+    if (!hasLabel(*found))
+        co_return LookupAnswer{.transaction = found,
+                               .text = u"The carrier accepted the purchase, but the label is not ready yet "
                                        "(transaction %1)."_s.arg(found->objectId),
                                .isInconclusive = true};
-    co_return LookupAnswer{.verdict = bought, .transaction = found};
+    co_return LookupAnswer{.verdict = bought, .transaction = found, .seconds = sales.sliced(1)};
 }
 
 } // namespace

@@ -13,7 +13,8 @@ namespace parcelory {
 struct LookupAnswer {
     enum class Verdict { bought, notBought, unknown };
     Verdict verdict = Verdict::unknown;
-    std::optional<ShippoTransaction> transaction = {}; ///< the sale; empty if the journal already has the response
+    std::optional<ShippoTransaction> transaction = {}; ///< the sale, if the carrier names one
+    QList<ShippoTransaction> seconds = {};             ///< further sales of the same rate
     QString text = {};                                 ///< why the outcome is unknown
     bool isInconclusive = false;                       ///< a retry may get the same answer
     bool isUnlogged = false;                           ///< it was bought, and only the mailing log lacks it

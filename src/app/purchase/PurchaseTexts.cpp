@@ -36,7 +36,8 @@ QString papersNote(const PapersResult &papers, const QString &name, bool isFedex
         return name + u" download failed: "_s + papers.text;
     case PapersOutcome::notDrawn:
     case PapersOutcome::printFailed:
-        return (isFedex ? name + u" print failed: "_s : u"Invoice print failed: "_s) + papers.text;
+        return isFedex ? name + u" print failed: "_s + papers.text.trimmed() + u" — it's needed in the doc pouch"_s
+                       : u"Invoice print failed: "_s + papers.text;
     case PapersOutcome::none:
     case PapersOutcome::kept:
     case PapersOutcome::printed:
@@ -54,6 +55,8 @@ QString sentTo(const PapersResult &papers)
 
 QString title(const ShipmentRecord &record)
 {
+    if (record.recipient.isEmpty() && record.service.isEmpty())
+        return u"A label whose details the journal cannot tell"_s;
     return u"%1 %2 to %3, %4"_s.arg(record.carrier, record.service, record.recipientName(), postage(record));
 }
 
@@ -79,6 +82,8 @@ QString successLine(const PurchaseResult &result)
         line += u' ' + sentTo(result.papers);
     if (const QString note = papersNote(result.papers, invoiceName(record), isFedex); !note.isEmpty())
         line += u" ("_s + note + u')';
+    if (const QString letters = writeByHand(result.papers); !letters.isEmpty())
+        line += u" ("_s + letters + u')';
     if (!result.isLogged)
         line += u" (the mailing log could not be written — note the tracking number "_s + record.tracking + u')';
     return line;
@@ -86,8 +91,18 @@ QString successLine(const PurchaseResult &result)
 
 QString papersLine(const PapersResult &papers)
 {
-    return papers.outcome == PapersOutcome::printed ? sentTo(papers)
-                                                    : papersNote(papers, u"Commercial invoice"_s, false);
+    const QString line =
+        papers.outcome == PapersOutcome::printed ? sentTo(papers) : papersNote(papers, u"Commercial invoice"_s, false);
+    const QString letters = writeByHand(papers);
+    return letters.isEmpty() ? line : line + u" ("_s + letters + u')';
+}
+
+QString writeByHand(const PapersResult &papers)
+{
+    if (papers.missingLetters.isEmpty())
+        return {};
+    return u"no font on this computer has “%1”, so the commercial invoice shows boxes — write it by hand"_s.arg(
+        papers.missingLetters);
 }
 
 QString foundLater(const PurchaseResult &result)
@@ -115,6 +130,17 @@ QString stillUnknown(const OpenPurchase &purchase, const QString &reason)
 QString notLogged(const ShipmentRecord &record)
 {
     return u"It was bought, but the mailing log could not be written. Tracking %1."_s.arg(record.tracking);
+}
+
+QString boughtTwice(const ShipmentRecord &record)
+{
+    return u"A second label was sold for the same parcel: %1, tracking %2. Do not use it; request its refund."_s.arg(
+        title(record), record.tracking);
+}
+
+AppError secondError(const ShipmentRecord &record)
+{
+    return AppError(boughtTwice(record) + u" It is in the mailing log (transaction %1)."_s.arg(record.transactionID));
 }
 
 AppError notLoggedError(const ShipmentRecord &record, const QString &reason)

@@ -16,12 +16,17 @@ QString summary(const OpenPurchase &purchase);
 QString successLine(const PurchaseResult &result);
 /// The banner after Print Invoice.
 QString papersLine(const PapersResult &papers);
+/// What the clerk has to write on the printed papers; empty if they are complete.
+QString writeByHand(const PapersResult &papers);
 /// A purchase that was found later, for the bar above the form.
 QString foundLater(const PurchaseResult &result);
 /// The banner while the outcome of a purchase is unknown; begins with the reason.
 QString stillUnknown(const OpenPurchase &purchase, const QString &reason);
 /// Text for a bought label that is in the journal but not in the mailing log.
 QString notLogged(const ShipmentRecord &record);
+/// Text for a further label that the carrier sold for the same request.
+QString boughtTwice(const ShipmentRecord &record);
+AppError secondError(const ShipmentRecord &record);
 AppError notLoggedError(const ShipmentRecord &record, const QString &reason);
 
 } // namespace parcelory::PurchaseTexts

@@ -181,6 +181,7 @@ Task<> Purchases::recheck(UnresolvedPurchase pending)
             co_await giveUp(purchase);
             break;
         }
+        pending.purchase = co_await m_flow.noted(purchase, answer);
         pending.text = answer.text;
         ++pending.looks;
         // A lost request has arrived by now, or never will. If the carrier still cannot tell, waiting does not help.
@@ -189,7 +190,7 @@ Task<> Purchases::recheck(UnresolvedPurchase pending)
         replaceUnresolved(purchase.id, pending);
         break;
     case LookupAnswer::Verdict::bought:
-        co_await finish(pending, answer.transaction);
+        co_await finish(pending, answer);
         break;
     case LookupAnswer::Verdict::notBought:
         co_await m_flow.close(purchase.id);
@@ -203,14 +204,16 @@ Task<> Purchases::recheck(UnresolvedPurchase pending)
     }
 }
 
-Task<> Purchases::finish(UnresolvedPurchase pending, std::optional<ShippoTransaction> transaction)
+Task<> Purchases::finish(UnresolvedPurchase pending, LookupAnswer answer)
 {
+    const std::optional<ShippoTransaction> &transaction = answer.transaction;
     OpenPurchase purchase = pending.purchase;
     if (transaction)
         purchase.record.createdAt = purchase.askedAt;
     const PapersResult drawn{.outcome = purchase.record.customsPDF ? PapersOutcome::kept : PapersOutcome::none,
                              .document = purchase.record.customsPDF};
-    const PurchaseResult result = co_await m_flow.complete(purchase, transaction, {.drawn = drawn});
+    const PurchaseResult result = co_await m_flow.complete(purchase, transaction, {.drawn = drawn}, answer.seconds);
+    showSeconds(result);
     const ShipmentRecord &record = result.entry.record;
     if (!result.isLogged) {
         pending.purchase = result.entry;
@@ -246,7 +249,7 @@ void Purchases::replaceUnresolved(qint64 id, std::optional<UnresolvedPurchase> w
 std::optional<UnresolvedPurchase> Purchases::unresolvedFor(const ShippoAddress &recipient) const
 {
     for (const UnresolvedPurchase &pending : unresolved.value()) {
-        if (isSameRecipient(pending.purchase.recipient, recipient))
+        if (!pending.purchase.recipient.isEmpty() && isSameRecipient(pending.purchase.recipient, recipient))
             return pending;
     }
     return std::nullopt;
@@ -256,6 +259,17 @@ void Purchases::addResolved(const ResolvedPurchase &purchase)
 {
     resolved = resolved.value() + QList{purchase};
     emit purchaseResolved(purchase);
+}
+
+void Purchases::showSeconds(const PurchaseResult &result)
+{
+    for (const ShipmentRecord &record : result.seconds)
+        addResolved({.id = -(++m_seconds),
+                     .recipient = result.entry.recipient,
+                     .record = record,
+                     .isBought = true,
+                     .isSecond = true,
+                     .text = PurchaseTexts::boughtTwice(record)});
 }
 
 void Purchases::dismiss(const ResolvedPurchase &label)

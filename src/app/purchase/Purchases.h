@@ -33,6 +33,7 @@ struct ResolvedPurchase {
     ShipmentRecord record;
     bool isBought = false; ///< bought and in the mailing log
     bool isPrinted = false;
+    bool isSecond = false; ///< a further label of the same request: to be refunded, not used
     QString text;
 
     bool operator==(const ResolvedPurchase &other) const { return id == other.id && text == other.text; }
@@ -64,6 +65,10 @@ public:
     /// Prints or reprints the label of a resolved purchase.
     Task<> print(ResolvedPurchase label);
     void dismiss(const ResolvedPurchase &label);
+    /// Shows the further labels that the carrier sold for the same request, until the clerk has seen them.
+    void showSeconds(const PurchaseResult &result);
+    /// Asks for the refund of such a label: the mailing log does it.
+    void refund(const ResolvedPurchase &label) { emit refundWanted(label.record); }
 
     /// Records in the journal that `purchase` is about to be requested; returns the journal's id. Throws AppError if
     /// the journal cannot be written, or if it turns out that an earlier run left a purchase for this recipient
@@ -74,13 +79,14 @@ public:
 
 signals:
     void purchaseResolved(const ResolvedPurchase &purchase);
+    void refundWanted(const ShipmentRecord &record);
 
 private:
     Task<> load();
     Task<> loadIfPossible();
     Task<> recheckAll();
     Task<> recheck(UnresolvedPurchase pending);
-    Task<> finish(UnresolvedPurchase pending, std::optional<ShippoTransaction> transaction);
+    Task<> finish(UnresolvedPurchase pending, LookupAnswer answer);
     Task<> giveUp(OpenPurchase purchase);
     void replaceUnresolved(qint64 id, std::optional<UnresolvedPurchase> with);
     void addResolved(const ResolvedPurchase &purchase);
@@ -90,6 +96,7 @@ private:
     PurchaseFlow m_flow;
     bool m_isLoaded = false; ///< what earlier runs left unresolved is in the list
     quint64 m_timer = 0;
+    qint64 m_seconds = 0; ///< how many second labels are or were listed; they have no id of the journal
     Clock::Duration m_pause = firstPause;
     // The fourth retry comes soon after the minute in which a lost request may still arrive.
     static constexpr Clock::Duration firstPause = std::chrono::seconds(5), longestPause = std::chrono::minutes(1);

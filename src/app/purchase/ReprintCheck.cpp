@@ -77,6 +77,8 @@ Task<QString> reprintChecked(AppState &app, ShipmentRecord record)
             co_return QString();
     }
     const QString printed = co_await reprintLabel(app, record);
+    if (printed.isEmpty())
+        co_return QString();
     const bool isNoted =
         !row || co_await onPool(app.labelHistory, &LabelHistory::addReprint, row->id, app.platform.clock.now());
     if (isNoted)

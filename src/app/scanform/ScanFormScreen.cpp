@@ -21,6 +21,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+const QString context = u"SCAN Form"_s; ///< of failures
 const QString handOver = u"Hand one printed copy to the carrier."_s;
 
 QString counted(qsizetype labels)
@@ -60,7 +61,7 @@ Task<> ScanFormScreen::load()
         documents = QList<QByteArray>{*last};
     }
     if (!finished.isRead())
-        message = finished.failure();
+        message = m_app.recorded(context, AppError(finished.failure()), Popup::no);
     else if (documents.value().isEmpty() == forms.value().isEmpty()) // otherwise show() has reported why
         message = documents.value().isEmpty() ? QString() : handOver;
 }
@@ -82,7 +83,8 @@ Task<> ScanFormScreen::show(ScanForm form)
         co_return; // the clerk chose another form meanwhile
     labels = contents.labels.valueOr({});
     documents = contents.documents.valueOr({});
-    message = contents.documents.isRead() ? handOver : contents.documents.failure();
+    message = contents.documents.isRead() ? handOver
+                                          : m_app.recorded(context, AppError(contents.documents.failure()), Popup::no);
 }
 
 Task<> ScanFormScreen::print()
@@ -106,7 +108,7 @@ Task<> ScanFormScreen::run(Task<QString> (ScanFormScreen::*operation)())
         const QString outcome = co_await (this->*operation)();
         message = outcome;
     } catch (const AppError &error) {
-        message = m_app.recorded(u"SCAN Form"_s, error, Popup::no);
+        message = m_app.recorded(context, error, Popup::no);
     }
 }
 

@@ -19,23 +19,30 @@ KeysScreen::KeysScreen(AppState &app) : m_app(app)
 
 KeysScreen::State KeysScreen::read(ShippoKeys &keys)
 {
-    State state{.mode = PostageMode::none};
     const QString token = keys.activeToken().value_or(QString()); // first: it migrates an older version's key
+    const QString active = keys.activeName();
+    State state{.mode = PostageMode::none,
+                .statusText = keys.statusText(token),
+                .settingsText = keys.settingsText(token),
+                .isRefused = token.isEmpty() && !active.isEmpty()};
     if (!token.isEmpty())
         state.mode = ShippoKeys::isTest(token) ? PostageMode::test : PostageMode::live;
-    state.statusText = keys.statusText();
-    state.settingsText = keys.settingsText();
-    const QString active = keys.activeName();
-    for (const QString &name : keys.names())
-        state.keys.append({name, ShippoKeys::isTest(keys.token(name).value_or(QString())), name == active});
+    for (const QString &name : keys.names()) {
+        const bool isActive = name == active;
+        const bool isKnown = !isActive && m_isTest.contains(name);
+        const QString its = isActive ? token : isKnown ? QString() : keys.token(name).value_or(QString());
+        if (!its.isEmpty())
+            m_isTest[name] = ShippoKeys::isTest(its);
+        state.keys.append({name, m_isTest.value(name), isActive});
+    }
     return state;
 }
 
 Task<KeysScreen::State> KeysScreen::run(Work work)
 {
-    co_return co_await m_queue.run([&keys = m_app.keys, work = std::move(work)] {
-        const QString message = work(keys);
-        State state = read(keys);
+    co_return co_await m_queue.run([this, work = std::move(work)] {
+        const QString message = work(m_app.keys);
+        State state = read(m_app.keys);
         state.message = message;
         return state;
     });
@@ -50,6 +57,13 @@ void KeysScreen::show(const State &state)
     settingsText = state.settingsText;
     statusText = practice ? u"Practice — nothing is sent, charged or printed"_s : state.statusText;
     mode = practice ? PostageMode::practice : state.mode;
+    m_isRefused = state.isRefused;
+}
+
+Task<> KeysScreen::refreshAtActivation()
+{
+    if (!m_isRefused)
+        co_await refresh();
 }
 
 Task<> KeysScreen::refresh()
@@ -62,7 +76,10 @@ Task<> KeysScreen::change(Work work)
 {
     message = QString();                     // clear first so that an identical message is announced again
     m_app.keyChanges = m_app.keyChanges + 1; // now already: a slow key ring may change long before it responds
-    const State state = co_await run(std::move(work));
+    const State state = co_await run([this, work = std::move(work)](ShippoKeys &keys) {
+        m_isTest.clear(); // a key may be replaced
+        return work(keys);
+    });
     message = state.message.isEmpty() ? QString() : m_app.recorded(u"API Keys"_s, AppError(state.message), Popup::no);
     show(state);
 }

@@ -5,6 +5,8 @@
 #include "core/SerialQueue.h"
 #include "core/Task.h"
 
+#include <QHash>
+
 #include <functional>
 
 namespace parcelory {
@@ -34,8 +36,11 @@ public:
     Observed<QList<KeyRow>> keys{this};
     Observed<QString> message{this}; ///< why a key was rejected; otherwise empty
 
-    /// Reads everything again: another program may have changed the key ring.
+    /// Reads the active key and the list again.
     Task<> refresh();
+    /// The same when the window comes to the front, because another program may have changed the key
+    /// ring. Not after a read that the user refused: the system's question would come again at each activation.
+    Task<> refreshAtActivation();
     /// Stores or replaces a key; trims name and token.
     Task<> add(QString name, QString token);
     /// Asks the clerk to confirm first.
@@ -48,17 +53,20 @@ private:
         QString statusText, settingsText;
         QList<KeyRow> keys;
         QString message;
+        bool isRefused = false; ///< there is an active key, but its token cannot be read
     };
     /// Changes the keys and returns an error text, empty on success. Runs on the queue's thread.
     using Work = std::function<QString(ShippoKeys &keys)>;
 
-    static State read(ShippoKeys &keys);
+    State read(ShippoKeys &keys);
     Task<State> run(Work work);
     void show(const State &state);
     Task<> change(Work work);
     QString consequenceOfRemoving(const QString &name) const;
 
     AppState &m_app;
+    QHash<QString, bool> m_isTest; ///< by name, of the keys that have been read; used on the queue's thread only
+    bool m_isRefused = false;
     SerialQueue m_queue;
 };
 

@@ -3,7 +3,9 @@
 #include "app/AppState.h"
 #include "backoffice/SavedCredentials.h"
 #include "core/AppError.h"
+#include "core/StaleCheck.h"
 #include "core/Task.h"
+#include "shell/ErrorLog.h"
 
 #include <optional>
 
@@ -31,43 +33,17 @@ Task<> SignInFlow::signIn(QString user, QString pass, bool remember)
 {
     m_app.loginBusy = true;
     m_app.loginError = std::nullopt;
-    const auto fail = [this](const QString &reason) {
-        m_app.loginBusy = false;
-        m_app.loginError = m_app.recorded(u"Sign-In"_s, AppError(reason), Popup::no);
-    };
+    std::optional<Failure> failure;
     const bool reachable = co_await m_app.auth.isReachable(5s);
-    if (!reachable) {
-        fail(u"Can't reach deskline — connect to the VPN and try again."_s);
-        co_return;
-    }
-    m_app.auth.clear(); // end any earlier session, so that the form appears and checks the password
-    try {
-        m_app.auth.load(m_app.auth.loginURL());
-    } catch (const AppError &error) {
-        fail(error.description());
-        co_return;
-    }
-    const bool formShown = co_await m_app.auth.waitFor(DesklineAuth::loginFormProbe, pageWait);
-    if (m_app.auth.hasCrashed()) {
-        fail(pageStopped);
-        co_return;
-    }
-    if (!formShown) {
-        fail(u"Deskline is responding slowly — the login page didn't load after 40 seconds. Try again in a moment."_s);
-        co_return;
-    }
-    const QString result = co_await m_app.auth.fillLogin(user, pass);
-    const bool ok = co_await m_app.auth.waitFor(DesklineAuth::signedInProbe, pageWait);
+    if (reachable)
+        failure = co_await enter({user, pass});
+    else
+        failure = Failure{u"Can't reach deskline — connect to the VPN and try again."_s};
     m_app.loginBusy = false;
-    if (!ok && m_app.auth.hasCrashed()) { // a crash says nothing about the password
-        fail(pageStopped);
-        co_return;
-    }
-    if (!ok) {
-        fail(signInFailure(result));
-        const bool saved = co_await m_app.hasSavedCredentials();
-        if (result == u"submitted" && saved)
-            co_await m_app.credentials.forget();
+    if (failure) {
+        m_app.loginError = m_app.recorded(u"Sign-In"_s, AppError(failure->reason), Popup::no);
+        if (failure->isRejection)
+            co_await forgetRejected();
         co_return;
     }
     ++m_app.session;
@@ -75,6 +51,56 @@ Task<> SignInFlow::signIn(QString user, QString pass, bool remember)
     m_app.flow = AppFlow::main;
     if (remember)
         co_await m_app.credentials.save({user, pass});
+}
+
+/// Loads the sign-in page and fills in its form. Returns why that failed.
+Task<std::optional<SignInFlow::Failure>> SignInFlow::enter(Credentials credentials)
+{
+    m_app.auth.clear(); // end any earlier session, so that the form appears and checks the password
+    try {
+        m_app.auth.load(m_app.auth.loginURL());
+    } catch (const AppError &error) {
+        co_return Failure{error.description()};
+    }
+    const auto isStopped = [&auth = m_app.auth, visit = m_app.auth.visit()] {
+        return auth.hasCrashed() || auth.visit() != visit; // says nothing about the password
+    };
+    const bool formShown = co_await m_app.auth.waitFor(DesklineAuth::loginFormProbe, pageWait);
+    if (isStopped())
+        co_return Failure{pageStopped};
+    if (!formShown)
+        co_return Failure{
+            u"Deskline is responding slowly — the login page didn't load after 40 seconds. Try again in a moment."_s};
+    const QString result = co_await m_app.auth.fillLogin(credentials.user, credentials.password);
+    const bool ok = co_await m_app.auth.waitFor(DesklineAuth::signedInProbe, pageWait);
+    if (isStopped())
+        co_return Failure{pageStopped};
+    if (ok)
+        co_return std::nullopt;
+    co_return Failure{signInFailure(result), result == u"submitted"};
+}
+
+Task<> SignInFlow::forgetRejected()
+{
+    const bool saved = co_await m_app.hasSavedCredentials();
+    if (saved)
+        co_await m_app.credentials.forget();
+}
+
+Task<bool> SignInFlow::renewSession()
+{
+    const auto isSignedOut = staleCheck(m_app.session);
+    const bool saved = co_await m_app.hasSavedCredentials();
+    const Credentials stored = co_await m_app.credentials.stored();
+    if (!saved || isSignedOut() || stored.user != m_app.signedInUser.value())
+        co_return false;
+    const std::optional<Failure> failure = co_await enter(stored);
+    if (!failure)
+        co_return true;
+    m_app.errors.record(u"Sign-In"_s, AppError(failure->reason), Popup::no);
+    if (failure->isRejection)
+        co_await forgetRejected();
+    co_return false;
 }
 
 Task<> SignInFlow::signInAutomatically()

@@ -1,6 +1,9 @@
 #pragma once
 
 #include "app/AppState.h"
+#include "backoffice/SavedCredentials.h"
+
+#include <optional>
 
 namespace parcelory {
 
@@ -13,8 +16,18 @@ public:
     Task<> signIn(QString user, QString pass, bool remember);
     /// AppState::attemptAutoLogin().
     Task<> signInAutomatically();
+    /// AppState::renewSession().
+    Task<bool> renewSession();
 
 private:
+    /// Why a sign-in failed.
+    struct Failure {
+        QString reason;
+        bool isRejection = false; ///< the back office did not accept the password
+    };
+    Task<std::optional<Failure>> enter(Credentials credentials);
+    Task<> forgetRejected();
+
     AppState &m_app;
 };
 

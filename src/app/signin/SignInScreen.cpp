@@ -21,7 +21,7 @@ SignInScreen::SignInScreen(AppState &app) : m_app(app)
 
 Task<> SignInScreen::appear()
 {
-    remember = read(m_app.platform.preferences, settings::desklineRemember);
+    takeRemember();
     password = QString(); // never show another clerk's password
     const QString shown = name;
     const Credentials stored = co_await m_app.credentials.stored();
@@ -32,12 +32,19 @@ Task<> SignInScreen::appear()
         password = stored.password;
     }
     co_await m_app.attemptAutoLogin();
+    takeRemember();
 }
 
 Task<> SignInScreen::signIn()
 {
     co_await m_app.signIn(name, password, remember);
-    remember = read(m_app.platform.preferences, settings::desklineRemember); // a rejected password turns it off
+    takeRemember();
+}
+
+/// A rejected password turns the switch off.
+void SignInScreen::takeRemember()
+{
+    remember = read(m_app.platform.preferences, settings::desklineRemember);
 }
 
 } // namespace parcelory

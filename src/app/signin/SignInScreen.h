@@ -19,6 +19,8 @@ public:
     Task<> signIn();
 
 private:
+    void takeRemember();
+
     AppState &m_app;
     std::vector<QPropertyNotifier> m_notifiers;
 };

@@ -63,8 +63,12 @@ void requireReplaceable(const QString &bundle)
         throw AppError(u"Parcelory may not write in the folder %1, where it is installed"_s.arg(folder));
 }
 
+/// Without a key no signature can be verified; what is not even a signature is still refused.
 void requireSignature(const UpdateInfo &info, const std::optional<QString> &key)
 {
+    const QString given = info.signature.value_or(QString());
+    if (!key && !given.isEmpty() && !isSignature(given))
+        throw AppError(u"the update's signature is damaged, so it was not installed"_s);
     if (key && (!info.sha256 || !info.signature || !signatureHolds(info.signedText(), *info.signature, *key)))
         throw AppError(u"the update is not signed by its publisher, so it was not installed"_s);
 }
@@ -81,11 +85,26 @@ void requireChecksum(const UpdateInfo &info, const QString &archive)
         throw AppError(u"what was downloaded is not the archive that the feed describes"_s);
 }
 
+/// An old archive under a new version's name would be offered again after every restart.
+void requireVersion(const UpdateInfo &info, const QString &app)
+{
+    const std::optional<QString> inside = UpdateTools::versionIn(app);
+    if (inside && (isNewer(*inside, info.version) || isNewer(info.version, *inside)))
+        throw AppError(u"the archive holds version %1 instead of %2"_s.arg(*inside, info.version));
+}
+
 /// Only this user may access the files that are about to become the program.
 void makePrivateFolder(const QString &path)
 {
     if (!QDir().mkdir(path, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner))
         throw AppError(u"The folder %1 could not be made."_s.arg(path));
+}
+
+/// Deletes a staging folder. An empty name, before the first download, would mean the current folder.
+void removeStaging(const QString &folder)
+{
+    if (!folder.isEmpty())
+        QDir(folder).removeRecursively();
 }
 
 } // namespace
@@ -100,12 +119,19 @@ UpdateChecker::~UpdateChecker()
     stop();
     m_app.platform.clock.cancel(m_poll);
     if (phase != UpdatePhase::idle && !m_relaunching)
-        QDir(m_folder).removeRecursively();
+        removeStaging(m_folder);
 }
 
 QString UpdateChecker::withTelephone(const QString &text) const
 {
     return text + m_app.platform.deployment.supportTelephone;
+}
+
+QString UpdateChecker::signatureNote() const
+{
+    return m_app.platform.deployment.updatePublicKey
+               ? QString()
+               : u"Signatures of updates are not verified: this build has no update key."_s;
 }
 
 Task<> UpdateChecker::check(bool announce)
@@ -194,7 +220,7 @@ Task<> UpdateChecker::discard()
 {
     stagedHelper = std::nullopt;
     stagedArgs.clear();
-    co_await onPool([folder = m_folder] { QDir(folder).removeRecursively(); });
+    co_await onPool([folder = m_folder] { removeStaging(folder); });
     progress = std::nullopt;
     phase = UpdatePhase::idle;
     offers = offers + 1;
@@ -210,7 +236,9 @@ Task<> UpdateChecker::fetch(UpdateInfo info, QString folder)
     co_await download(info, archive);
     const QString app = co_await onPool([=, tools = m_tools] {
         requireChecksum(info, archive);
-        return tools.stage(archive, folder);
+        const QString staged = tools.stage(archive, folder);
+        requireVersion(info, staged);
+        return staged;
     });
     stagedHelper = UpdateTools::helperIn(folder);
     stagedArgs = {QString::number(m_application.processId()), m_application.installedPath(), app};

@@ -31,6 +31,10 @@ public:
     std::optional<QString> stagedHelper;            ///< path of the swap script
     QStringList stagedArgs;
 
+    /// What the clerk must know about the signatures of updates; empty if this build verifies them.
+    QString signatureNote() const;
+    /// True once the script has been started: the program is ending.
+    bool isRelaunching() const { return m_relaunching; }
     QString installedVersion() const { return m_application.version(); }
 
     /// Checks silently: shows nothing unless there is a newer version.

@@ -16,10 +16,11 @@ struct HttpRequest {
     QUrl url;
     QByteArray method = "GET";
     QList<std::pair<QByteArray, QByteArray>> headers;
-    QByteArray body; ///< sent when not empty
-    std::chrono::milliseconds timeout = std::chrono::seconds(60);
-    enum class Redirects { follow, answer }; ///< `answer`: a redirect is itself the response
+    QByteArray body;                                              ///< sent when not empty
+    std::chrono::milliseconds timeout = std::chrono::seconds(60); ///< for the whole exchange, not only for silence
+    enum class Redirects { follow, answer };                      ///< `answer`: a redirect is itself the response
     Redirects redirects = Redirects::follow;
+    qint64 mostBytes = 32 * 1024 * 1024; ///< a longer response is a failure
 };
 
 struct HttpAnswer {
@@ -35,8 +36,8 @@ public:
 };
 
 /// Sends one HTTP request and returns a response of any status. Throws AppError if no response came (no network,
-/// timeout, refused), with a text for the clerk that contains neither headers nor body; throws NotSent if the request
-/// certainly did not leave this machine.
+/// timeout, refused) or if it is too long, with a text for the clerk that contains neither headers nor body; throws
+/// NotSent if the request certainly did not leave this machine.
 class HttpTransport {
 public:
     virtual ~HttpTransport() = default;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QObject>
+#include <QPointer>
 #include <QString>
 
 #include <chrono>
@@ -20,6 +22,13 @@ struct KeyPress {
 /// What happens to a key: its widget receives it, it is held until its run is recognized, or it is dropped.
 enum class KeyVerdict { deliver, hold, swallow };
 
+/// An editable text field at one moment.
+struct FieldState {
+    QPointer<QObject> field; ///< null: no such field
+    QString text;
+    qsizetype cursor = 0, anchor = 0; ///< the selection is between them
+};
+
 /// The program's keyboard: every key press in any of its windows, and the text field that has the focus. Main thread
 /// only.
 class Keyboard {
@@ -28,34 +37,34 @@ public:
 
     virtual ~Keyboard() = default;
 
-    /// Calls `handler` for every key press from now on; an empty handler ends this.
-    virtual void listen(Handler handler) = 0;
+    /// Calls `handler` for every key press from now on, and `before` before a widget receives anything else of the
+    /// clerk's: a click, a shortcut, a drop, the text of an input method. Empty functions end this.
+    virtual void listen(Handler handler, std::function<void()> before) = 0;
 
     /// True if an editable text field has the focus.
     virtual bool inTextField() const = 0;
-    virtual QString fieldText() const = 0;
-    virtual void replaceInField(qsizetype position, qsizetype length, const QString &text) = 0;
+    /// The text field that receives the current key.
+    virtual FieldState fieldState() const = 0;
+    /// The same text field as it is now.
+    virtual FieldState stateNow(const FieldState &earlier) const = 0;
+    /// Puts the text field into this state, like an edit by the clerk.
+    virtual void restore(const FieldState &state) = 0;
 
-    /// Saves the state of the focused field: its text, cursor and selection.
-    virtual void markField() = 0;
-    /// Restores the saved field, and discards the saved state.
-    virtual void restoreField() = 0;
-
-    /// Delivers the held keys to their original targets, in order.
-    virtual void releaseHeld() = 0;
+    /// Delivers the first held key to its original target. Returns the target before that, if it is a text field.
+    virtual FieldState releaseHeld() = 0;
+    /// Drops the first held key.
     virtual void dropHeld() = 0;
 };
 
 /// For programs without a window: it never reports a key.
 class SilentKeyboard : public Keyboard {
 public:
-    void listen(Handler) override {}
+    void listen(Handler, std::function<void()>) override {}
     bool inTextField() const override { return false; }
-    QString fieldText() const override { return {}; }
-    void replaceInField(qsizetype, qsizetype, const QString &) override {}
-    void markField() override {}
-    void restoreField() override {}
-    void releaseHeld() override {}
+    FieldState fieldState() const override { return {}; }
+    FieldState stateNow(const FieldState &) const override { return {}; }
+    void restore(const FieldState &) override {}
+    FieldState releaseHeld() override { return {}; }
     void dropHeld() override {}
 };
 

@@ -86,6 +86,7 @@ BuyBlock::BuyBlock(LabelScreen &screen, KeysScreen &keys, SettingsScreen &settin
     m_extras = addLine(u"Extras"_s);
     m_printer = addLine(u"Printer"_s);
 
+    m_buy->ignoreReturn();
     m_buy->setFont(Theme::current().font(FontRole::h2));
     m_buy->setFixedHeight(Theme::current().scaled(42));
     m_buy->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);

@@ -54,7 +54,8 @@ LabelView::LabelView(AppState &app, LabelScreen &screen, AddressBook &book, Keys
       m_recipient(new RecipientSection(app, book, screen)), m_package(new PackageSection(app, screen)),
       m_extras(new ExtrasSection(screen)), m_customs(new CustomsSection(screen)), m_customsRule(new Separator),
       m_rates(new RatesPanel(screen, keys, settings)), m_sidebar(new Sidebar(app, book)),
-      m_message(new MessageLine(screen)), m_refresh([this] { refresh(); })
+      m_message(new MessageLine(screen)), m_unresolved(new UnresolvedPurchasesBar(screen)),
+      m_refresh([this] { refresh(); })
 {
     auto *columns = new QHBoxLayout;
     columns->setSpacing(0);
@@ -65,17 +66,22 @@ LabelView::LabelView(AppState &app, LabelScreen &screen, AddressBook &book, Keys
     rows->setContentsMargins(0, 0, 0, 0);
     rows->setSpacing(0);
     rows->addWidget(m_message);
-    rows->addWidget(new UnresolvedPurchasesBar(screen));
+    rows->addWidget(m_unresolved);
     rows->addLayout(columns, 1);
     orderTabsByLayout(this);
 
     setAccessibleName(u"New Label"_s);
     connect(m_message, &MessageLine::clearRequested, this, &LabelView::clear);
     connect(m_message, &MessageLine::sidebarToggled, this, &LabelView::toggleSidebar);
+    connect(m_message, &MessageLine::offerTaken, this, [this] {
+        m_screen.takeOffer();
+        focusRecipient();
+    });
     connect(&app, &AppState::invoiceTaken, this, &LabelView::takeInvoice);
     connect(m_recipient, &RecipientSection::validateRequested, this, &LabelView::validate);
     connect(m_rates, &RatesPanel::getRatesRequested, this, &LabelView::getRates);
     connect(m_rates, &RatesPanel::buyRequested, this, &LabelView::buy);
+    connect(m_rates, &RatesPanel::reprintRequested, this, &LabelView::reprint);
     for (LineEdit *field : findChildren<LineEdit *>())
         connect(field, &QLineEdit::textEdited, this, [this] { m_typedMeanwhile = true; });
     m_refresh.follow(screen, settings);
@@ -170,11 +176,16 @@ void LabelView::focusInvoiceNumber()
     m_sidebar->focusInvoiceNumber();
 }
 
-/// Validates a scanned invoice's recipient right away.
+/// Validates a scanned invoice's recipient right away, or takes the clerk to what the invoice lacks.
 void LabelView::takeInvoice()
 {
-    if (m_screen.validatesScans())
+    if (m_screen.validatesScans()) {
         validate();
+    } else if (!m_screen.busy) {
+        m_screen.askForMissing();
+        m_typedMeanwhile = false;
+        QMetaObject::invokeMethod(this, &LabelView::settleFocus, Qt::QueuedConnection);
+    }
 }
 
 LineEdit *LabelView::field(DraftField which) const
@@ -222,15 +233,27 @@ void LabelView::buy()
     start([this] { return m_screen.buyAndPrint(); });
 }
 
+void LabelView::reprint()
+{
+    start([this] { return m_screen.reprintLast(); });
+}
+
 void LabelView::settleFocus()
 {
-    const bool elsewhere = !isVisible() || QApplication::activeModalWidget() || m_screen.showIntlPaperwork;
-    if (elsewhere || m_typedMeanwhile)
+    if (!isVisible() || m_typedMeanwhile || m_screen.showIntlPaperwork)
         return;
+    if (const QWidget *dialog = QApplication::activeModalWidget()) { // the clerk reads it first
+        connect(dialog, &QObject::destroyed, this, &LabelView::settleFocus,
+                Qt::ConnectionType(Qt::QueuedConnection | Qt::UniqueConnection));
+        return;
+    }
     LineEdit *next = nullptr;
     if (m_screen.faultyField.value())
         next = field(*m_screen.faultyField.value());
-    else if (!m_screen.rates.value().isEmpty()) {
+    else if (m_screen.awaitsReprint()) {
+        m_rates->reprintButton()->setFocus();
+        return;
+    } else if (!m_screen.rates.value().isEmpty()) {
         m_rates->list()->setFocus();
         return;
     } else if (m_screen.validationOK && m_screen.totalPounds() <= 0)
@@ -241,6 +264,8 @@ void LabelView::settleFocus()
         next->setFocus();
         next->selectAll();
         m_scroll->ensureWidgetVisible(next);
+    } else if (m_screen.purchases.unresolvedFor(m_app.draftTo)) {
+        m_unresolved->focusCheck();
     } else if (hasFocus() && m_pressed) {
         m_pressed->setFocus();
     }
@@ -252,19 +277,19 @@ void LabelView::clear()
     focusRecipient();
 }
 
+void LabelView::focusStart()
+{
+    if (m_screen.awaitsReprint())
+        m_rates->reprintButton()->setFocus();
+    else
+        focusRecipient();
+}
+
 void LabelView::focusRecipient()
 {
     field(DraftField::name)->setFocus();
     field(DraftField::name)->selectAll();
     m_scroll->ensureWidgetVisible(field(DraftField::name));
-}
-
-void LabelView::focusRates()
-{
-    if (m_rates->list()->isVisible())
-        m_rates->list()->setFocus();
-    else
-        m_rates->getRatesButton()->setFocus();
 }
 
 void LabelView::focusRegion(int step)
@@ -274,9 +299,11 @@ void LabelView::focusRegion(int step)
         std::function<void()> enter;
     };
     QList<Region> regions = {{m_scroll, [this] { focusRecipient(); }},
-                             {m_rates, [this] { focusRates(); }},
+                             {m_rates, [this] { m_rates->entrance()->setFocus(); }},
                              {m_sidebar, [this] { m_sidebar->focusContents(); }}};
-    regions.removeIf([](const Region &region) { return region.area->isHidden(); });
+    regions.removeIf([this](const Region &region) {
+        return region.area->isHidden() || (region.area == m_rates && !m_rates->entrance());
+    });
     qsizetype at = 0; // focus outside the regions counts as the form
     for (qsizetype each = 0; each < regions.size(); ++each) {
         if (regions[each].area->isAncestorOf(focusWidget()))
@@ -318,9 +345,10 @@ void LabelView::refresh()
 {
     const std::optional<DraftField> faulty = m_screen.faultyField;
     const std::optional<Banner> banner = m_screen.banner;
+    const QString reason = banner ? banner->text : m_screen.validationStatus.value();
     for (const DraftField which : allFields) {
         if (LineEdit *input = field(which))
-            input->setFault(faulty == which && banner ? banner->text : QString());
+            input->setFault(faulty == which ? reason : QString());
     }
     arrange();
     m_customsRule->setVisible(m_screen.isInternational());

@@ -22,6 +22,7 @@ class PaperworkDialog;
 class RatesPanel;
 class RecipientSection;
 class Sidebar;
+class UnresolvedPurchasesBar;
 
 /// The New Label screen: the form, the rates with the Buy block, and the sidebar. Decides where the focus goes between
 /// them.
@@ -36,7 +37,10 @@ public:
     void getRates();
     void buy();
     void focusRecipient();
+    void reprint();
     void clear();
+    /// Focuses what the clerk does first: the recipient, or the reprint of a label that did not come out.
+    void focusStart();
     /// These show the sidebar, in a narrow window only temporarily, and focus its search or its invoice number.
     void focusAddressSearch();
     void focusInvoiceNumber();
@@ -55,7 +59,6 @@ private:
     bool isNarrow() const;
     void showSidebar(bool shown);
     void arrange();
-    void focusRates();
     void takeInvoice();
     /// Runs an operation of the screen model, then moves the focus to where the clerk continues.
     void start(std::function<Task<>()> operation);
@@ -76,6 +79,7 @@ private:
     RatesPanel *m_rates;
     Sidebar *m_sidebar;
     MessageLine *m_message;
+    UnresolvedPurchasesBar *m_unresolved;
     bool m_peeking = false; ///< the sidebar replaces the rates in a window too narrow for both
     QPointer<PaperworkDialog> m_paperwork;
     bool m_typedMeanwhile = false;

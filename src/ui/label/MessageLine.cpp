@@ -20,11 +20,24 @@ namespace {
 
 constexpr int longestText = 600; ///< characters; the tooltip shows the whole text
 
+QString textOf(Banner::Offer offer)
+{
+    switch (offer) {
+    case Banner::Offer::signInAgain:
+        return u"Sign In Again"_s;
+    case Banner::Offer::undoPaste:
+        return u"Undo"_s;
+    case Banner::Offer::none:
+        break;
+    }
+    return {};
+}
+
 } // namespace
 
 MessageLine::MessageLine(LabelScreen &screen, QWidget *parent)
     : PanelFrame(&Tokens::window, parent), m_screen(screen), m_icon(new IconView(u"ui_info"_s, 18)),
-      m_text(new TextLabel), m_sidebar(new Button({}, Button::Kind::icon, u"ui_sidebar"_s)),
+      m_text(new TextLabel), m_offer(new Button({})), m_sidebar(new Button({}, Button::Kind::icon, u"ui_sidebar"_s)),
       m_refresh([this] { refresh(); })
 {
     auto *clear = new Button(u"Clear Form"_s, Button::Kind::link, u"ui_clear"_s);
@@ -34,6 +47,7 @@ MessageLine::MessageLine(LabelScreen &screen, QWidget *parent)
     row->setSpacing(10);
     row->addWidget(m_icon);
     row->addWidget(m_text, 1);
+    row->addWidget(m_offer);
     row->addWidget(clear);
     row->addSpacing(2);
     row->addWidget(m_sidebar);
@@ -46,6 +60,7 @@ MessageLine::MessageLine(LabelScreen &screen, QWidget *parent)
     setMinimumHeight(Theme::current().scaled(42));
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Minimum);
     setLines(Qt::BottomEdge);
+    connect(m_offer, &QPushButton::clicked, this, &MessageLine::offerTaken);
     connect(clear, &QPushButton::clicked, this, &MessageLine::clearRequested);
     connect(m_sidebar, &QPushButton::clicked, this, &MessageLine::sidebarToggled);
     m_refresh.follow(screen);
@@ -59,7 +74,7 @@ void MessageLine::refresh()
     const bool news = text != m_said;
     m_said = text;
     m_text->setText(breakable(text.size() > longestText ? text.left(longestText) + u'…' : text));
-    m_text->setToolTip(text.size() > longestText ? text : QString());
+    m_text->setToolTip(text.size() > longestText ? plainToolTip(text) : QString());
     m_text->setFont(Theme::current().font(banner ? FontRole::strong : FontRole::body));
     m_text->setInk(banner ? &Tokens::text : &Tokens::muted);
     setFill(!banner ? &Tokens::window : banner->ok ? &Tokens::okTint : &Tokens::warnTint);
@@ -70,6 +85,13 @@ void MessageLine::refresh()
                 !banner      ? &Tokens::muted
                 : banner->ok ? &Tokens::ok
                              : &Tokens::warn);
+    const Banner::Offer offer = banner ? banner->offer : Banner::Offer::none;
+    if (const QString label = textOf(offer); label != m_offer->text()) {
+        m_offer->setText(label);
+        m_offer->updateGeometry();
+    }
+    m_offer->setEnabled(!m_screen.busy);
+    m_offer->setVisible(offer != Banner::Offer::none);
     setAccessibleName(banner ? text : QString());
     if (banner && news)
         announce(this);

@@ -21,6 +21,7 @@ public:
 signals:
     void clearRequested();
     void sidebarToggled();
+    void offerTaken();
 
 private:
     void refresh();
@@ -28,6 +29,7 @@ private:
     LabelScreen &m_screen;
     IconView *m_icon;
     TextLabel *m_text;
+    Button *m_offer;
     Button *m_sidebar;
     QString m_said;
     RefreshScheduler m_refresh;

@@ -36,6 +36,7 @@ using namespace Qt::StringLiterals;
 PaperworkDialog::PaperworkDialog(AppState &app, LabelScreen &screen, QWidget *parent)
     : Dialog(app.platform.clock, u"International Paperwork"_s, u"ui_document"_s, &Tokens::accentText, 640, parent),
       m_screen(screen), m_contents(new QButtonGroup(this)), m_value(new LineEdit(u"Declared value, US dollars"_s, 104)),
+      m_difference(new Notice(u"ui_warning"_s, &Tokens::warn)),
       m_print(new QCheckBox(u"Print the commercial invoice with the label"_s)), m_refresh([this] { refresh(); })
 {
     auto *text = new TextLabel(LabelTexts::paperworkText(screen), FontRole::body, &Tokens::muted);
@@ -51,13 +52,14 @@ PaperworkDialog::PaperworkDialog(AppState &app, LabelScreen &screen, QWidget *pa
     auto *row = new FormRow(u"Quantity"_s);
     row->add(quantity)->say(u"Value  $"_s)->add(m_value)->say(u"Signer"_s)->add(signer, 1);
     body()->addWidget(row);
+    body()->addWidget(m_difference);
     addInvoiceLine();
     body()->addWidget(m_print);
     connect(m_print, &QCheckBox::toggled, this, [this](bool on) { m_screen.printInvoiceWithRates = on; });
 
     addButton(u"Cancel"_s, Rejected, Button::Kind::standard);
     addButton(u"Get Rates"_s, Accepted, Button::Kind::solid);
-    m_value->setFocus();
+    m_contents->button(int(screen.customs.value().itemType))->setFocus();
     m_refresh.follow(screen);
     refresh();
 }
@@ -67,6 +69,10 @@ void PaperworkDialog::refresh()
     m_contents->button(int(m_screen.customs.value().itemType))->setChecked(true);
     m_print->setChecked(m_screen.printInvoiceWithRates);
     m_print->setVisible(m_screen.carrier == Carrier::usps); // FedEx supplies its own customs documents
+    if (const QString warning = LabelTexts::declaredValueWarning(m_screen); warning != m_difference->text()) {
+        m_difference->setText(warning);
+        fitHeight();
+    }
 }
 
 /// Adds a line with the scanned invoice's number and subtotal.
@@ -127,6 +133,8 @@ void PaperworkDialog::choose(int type)
     CustomsInfo info = m_screen.customs;
     info.itemType = CustomsItemType(type);
     m_screen.customs = info;
+    if (m_contents->buttons().contains(focusWidget()))
+        m_contents->button(type)->setFocus();
 }
 
 void PaperworkDialog::keyPressEvent(QKeyEvent *event)

@@ -3,6 +3,7 @@
 #include "app/label/LabelScreen.h"
 #include "ui/parts/Dialog.h"
 #include "ui/parts/LineEdit.h"
+#include "ui/parts/Notice.h"
 #include "ui/parts/RefreshScheduler.h"
 
 class QButtonGroup;
@@ -29,6 +30,7 @@ private:
     LabelScreen &m_screen;
     QButtonGroup *m_contents;
     LineEdit *m_value;
+    Notice *m_difference;
     QCheckBox *m_print;
     RefreshScheduler m_refresh;
 };

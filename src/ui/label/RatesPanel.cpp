@@ -5,7 +5,6 @@
 #include "app/settings/KeysScreen.h"
 #include "app/settings/SettingsScreen.h"
 #include "compose/Services.h"
-#include "core/Task.h"
 #include "core/Text.h"
 #include "ui/label/BuyBlock.h"
 #include "ui/label/RateList.h"
@@ -95,7 +94,7 @@ QWidget *RatesPanel::makeLastLabel()
         label->setWordWrap(true);
     m_reprint = new Button(u"Reprint"_s, Button::Kind::standard, u"ui_printer"_s);
     m_copy = new Button(u"Copy Tracking"_s, Button::Kind::standard, u"ui_copy"_s);
-    connect(m_reprint, &QPushButton::clicked, this, [this] { spawn([this] { return m_screen.reprintLast(); }); });
+    connect(m_reprint, &QPushButton::clicked, this, &RatesPanel::reprintRequested);
     connect(m_copy, &QPushButton::clicked, this, [this] { m_screen.copyLastTracking(); });
 
     auto *column = new QVBoxLayout(m_lastLabel);
@@ -115,6 +114,15 @@ QWidget *RatesPanel::makeLastLabel()
         column->addWidget(label);
     column->addLayout(actions);
     return m_lastLabel;
+}
+
+QWidget *RatesPanel::entrance() const
+{
+    if (!m_list->isHidden())
+        return m_list;
+    if (m_getRates->isEnabled())
+        return m_getRates;
+    return m_lastLabel->isHidden() || !m_reprint->isEnabled() ? nullptr : m_reprint;
 }
 
 void RatesPanel::addCheck(const QString &text, Notice *&row)
@@ -163,8 +171,18 @@ void RatesPanel::refreshLastLabel()
     m_lastPrice->setText(u'$' + fixed(last->record.postage, 2));
     m_lastRecipient->setText(last->recipient);
     m_lastTracking->setText(groupsOfFour(last->record.tracking));
+    const bool isPrinted = last->isPrinted;
+    m_lastTitle->setLook(isPrinted ? u"ui_success"_s : u"ui_warning"_s, isPrinted ? &Tokens::ok : &Tokens::warn);
+    m_lastTitle->setTextInk(&Tokens::text);
+    m_lastTitle->setText(isPrinted ? u"Last label"_s : u"Bought, not printed"_s);
+    m_lastLabel->setFill(isPrinted ? &Tokens::okTint : &Tokens::warnTint);
+    m_lastLabel->setEdge(isPrinted ? &Tokens::ok : &Tokens::warnEdge);
+    m_lastMessage->setFont(Theme::current().font(isPrinted ? FontRole::caption : FontRole::captionStrong));
+    m_lastMessage->setInk(isPrinted ? &Tokens::text : &Tokens::warn);
     m_lastMessage->setText(last->message);
     m_lastMessage->setVisible(!last->message.isEmpty());
+    m_reprint->setKind(isPrinted ? Button::Kind::standard : Button::Kind::solid);
+    m_reprint->setText(m_screen.busy && !isPrinted ? u"Printing…"_s : u"Reprint"_s);
 }
 
 } // namespace parcelory

@@ -19,11 +19,14 @@ public:
     RatesPanel(LabelScreen &screen, KeysScreen &keys, SettingsScreen &settings, QWidget *parent = nullptr);
 
     RateList *list() const { return m_list; }
-    Button *getRatesButton() const { return m_getRates; }
+    Button *reprintButton() const { return m_reprint; }
+    /// Where a key that leads to the rates goes: the rates, or the button that can act; null if nothing here can.
+    QWidget *entrance() const;
 
 signals:
     void getRatesRequested();
     void buyRequested();
+    void reprintRequested();
 
 private:
     QWidget *makeHead();

@@ -5,6 +5,7 @@
 #include "app/label/LabelDraft.h"
 #include "app/label/LabelScreen.h"
 #include "app/label/LabelTexts.h"
+#include "core/AddressBlock.h"
 #include "core/ShippoAddress.h"
 #include "core/Task.h"
 #include "ui/parts/Accessibility.h"
@@ -68,14 +69,26 @@ RecipientSection::RecipientSection(AppState &app, AddressBook &book, LabelScreen
         {m_suite, &ShippoAddress::street2}, {m_city, &ShippoAddress::city},       {m_state, &ShippoAddress::state},
         {m_zip, &ShippoAddress::zip},       {m_country, &ShippoAddress::country}, {m_phone, &ShippoAddress::phone},
         {m_email, &ShippoAddress::email}};
-    for (const auto &[field, member] : fields)
+    for (const auto &[field, member] : fields) {
         bindText(field, app.draftTo, member);
+        field->takePaste = [this](const QString &text) { return takePaste(text); };
+        field->takeUndo = [this] { return m_screen.undoPaste(); };
+    }
     connect(m_country, &QLineEdit::editingFinished, this, [this] { m_screen.settleCountry(); });
     m_validate->setToolTip(u"Validate Address"_s);
     connect(m_validate, &QPushButton::clicked, this, &RecipientSection::validateRequested);
     m_refresh.follow(screen);
     m_refresh.follow(book);
     refresh();
+}
+
+/// True if the text is a whole address, which goes into all fields.
+bool RecipientSection::takePaste(const QString &text)
+{
+    const std::optional<ShippoAddress> pasted = addressFromBlock(text);
+    if (pasted)
+        m_screen.takePastedAddress(*pasted);
+    return pasted.has_value();
 }
 
 void RecipientSection::addKeeping()

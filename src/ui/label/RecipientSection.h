@@ -28,6 +28,7 @@ signals:
 
 private:
     void addKeeping();
+    bool takePaste(const QString &text);
     void refresh();
     void refreshKeeping();
 

@@ -30,7 +30,7 @@ ServiceSection::ServiceSection(AppState &app, LabelScreen &screen, QWidget *pare
                               "decides which services rate."_s);
     connect(m_class, &QComboBox::activated, this,
             [this](int at) { m_screen.svcClass = ServiceClass(m_class->itemData(at).toInt()); });
-    connect(m_date, &QDateEdit::userDateChanged, this, [this](QDate date) { m_screen.shipDate = date; });
+    connect(m_date, &DateField::dateChosen, this, [this](QDate date) { m_screen.shipDate = date; });
     connect(m_residential, &QCheckBox::toggled, this, [this](bool on) { m_screen.fedexResidential = on; });
     m_refresh.follow(screen);
     refresh();
@@ -38,7 +38,7 @@ ServiceSection::ServiceSection(AppState &app, LabelScreen &screen, QWidget *pare
 
 void ServiceSection::refresh()
 {
-    const QSignalBlocker quietClass(m_class), quietDate(m_date), quietFlag(m_residential);
+    const QSignalBlocker quietClass(m_class), quietFlag(m_residential);
     QList<ComboBox::Item> classes;
     for (const ServiceClass offered : m_screen.offeredClasses())
         classes.append({serviceClassInfo(offered).displayName, int(offered)});
@@ -46,8 +46,7 @@ void ServiceSection::refresh()
     const bool locked = m_screen.flatRateLocked();
     m_class->setEnabled(!locked);
     m_class->setFace(LabelTexts::classHint(m_screen), themeIcon(u"ui_lock"_s));
-    if (const QDate today = m_app.platform.clock.now().date(); m_date->minimumDate() != today)
-        m_date->setMinimumDate(today);
+    m_date->setMinimumDate(m_app.platform.clock.now().date());
     m_date->showDate(m_screen.shipDate);
     m_residential->setChecked(m_screen.fedexResidential);
     m_residentialRow->setVisible(m_screen.carrier == Carrier::fedex);

@@ -58,6 +58,15 @@ void UnresolvedPurchasesBar::refresh()
     setVisible(m_list);
 }
 
+void UnresolvedPurchasesBar::focusCheck()
+{
+    const auto check = std::ranges::find_if(m_checks, [](const Button *button) { return button->isEnabled(); });
+    if (check != m_checks.end())
+        (*check)->setFocus();
+    else
+        setFocus();
+}
+
 UnresolvedPurchasesBar::Row UnresolvedPurchasesBar::rowOf(const UnresolvedPurchase &purchase) const
 {
     const ShipmentRecord &record = purchase.purchase.record;
@@ -75,8 +84,12 @@ UnresolvedPurchasesBar::Row UnresolvedPurchasesBar::rowOf(const UnresolvedPurcha
 UnresolvedPurchasesBar::Row UnresolvedPurchasesBar::rowOf(const ResolvedPurchase &purchase) const
 {
     Row row{.id = purchase.id, .text = purchase.text, .look = purchase.isBought ? Look::bought : Look::notBought};
-    if (purchase.isBought)
+    if (purchase.isSecond) {
+        row.look = Look::pending;
+        row.actions += Action::refund;
+    } else if (purchase.isBought) {
         row.actions += purchase.isPrinted ? Action::printAgain : Action::printLabel;
+    }
     row.actions += Action::dismiss;
     return row;
 }
@@ -111,6 +124,8 @@ Button *UnresolvedPurchasesBar::makeButton(Action action)
         return new Button(u"Print Label"_s, Button::Kind::tint, u"ui_printer"_s);
     case Action::printAgain:
         return new Button(u"Print Again"_s, Button::Kind::tint, u"ui_printer"_s);
+    case Action::refund:
+        return new Button(u"Refund"_s, Button::Kind::tint);
     case Action::dismiss:
         break;
     }
@@ -135,6 +150,10 @@ void UnresolvedPurchasesBar::act(Action action, qint64 id)
     case Action::printAgain:
         if (label != resolved.end() && !std::exchange(m_printing, true)) // a disabled button would pass the focus on
             spawn([this, purchase = *label] { return printOnce(purchase); });
+        break;
+    case Action::refund:
+        if (label != resolved.end())
+            m_purchases.refund(*label);
         break;
     case Action::dismiss:
         if (label != resolved.end())

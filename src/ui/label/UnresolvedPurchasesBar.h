@@ -14,9 +14,12 @@ class UnresolvedPurchasesBar : public PanelFrame {
 public:
     explicit UnresolvedPurchasesBar(LabelScreen &screen, QWidget *parent = nullptr);
 
+    /// Focuses the first button that asks the carrier; without one that can act, the bar itself.
+    void focusCheck();
+
 private:
     enum class Look { pending, bought, notBought };
-    enum class Action { checkAgain, notBought, haveLabel, printLabel, printAgain, dismiss };
+    enum class Action { checkAgain, notBought, haveLabel, printLabel, printAgain, refund, dismiss };
     struct Row {
         qint64 id = 0; ///< the journal's
         QString text;

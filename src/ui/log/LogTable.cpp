@@ -9,6 +9,7 @@
 #include <QPainter>
 
 #include <algorithm>
+#include <cstddef>
 #include <utility>
 
 namespace parcelory {
@@ -61,37 +62,46 @@ LogTable::LogTable(const QString &name, LogModel *model, QWidget *parent) : RowT
     for (int column = 0; column < model->columnCount(); ++column) {
         if (model->look(column).width == 0)
             horizontalHeader()->setSectionResizeMode(column, QHeaderView::Stretch);
-        if (model->look(column).kind == ColumnKind::tracking)
-            m_tracking = column;
     }
+    m_needed.resize(std::size_t(model->columnCount()));
     horizontalHeader()->setSortIndicator(0, Qt::DescendingOrder); // the model's initial order
     makeSortable();
     connect(selectionModel(), &QItemSelectionModel::selectionChanged, this, &RowTable::chosenChanged);
-    connect(horizontalHeader(), &QHeaderView::sectionResized, this, &LogTable::keepTrackingWhole);
-    connect(model, &QAbstractItemModel::modelReset, this, &LogTable::measureTracking);
+    connect(horizontalHeader(), &QHeaderView::sectionResized, this, &LogTable::widen);
+    connect(model, &QAbstractItemModel::modelReset, this, &LogTable::measure);
 }
 
-void LogTable::measureTracking()
+/// An elided tracking number or time can be mistaken for a whole one.
+void LogTable::measure()
 {
-    QString longest;
-    for (int row = 0; row < m_model->rowCount(); ++row) {
-        const QString number = m_model->index(row, m_tracking).data().toString();
-        if (number.size() > longest.size())
-            longest = number;
+    constexpr int margins = 17;
+    for (int column = 0; column < m_model->columnCount(); ++column) {
+        const ColumnKind kind = m_model->look(column).kind;
+        if (kind != ColumnKind::tracking && kind != ColumnKind::date)
+            continue;
+        const FontRole role = kind == ColumnKind::tracking ? FontRole::mono : FontRole::body;
+        const QFontMetrics metrics(Theme::current().font(role));
+        int longest = 0;
+        for (int row = 0; row < m_model->rowCount(); ++row)
+            longest = std::max(longest, metrics.horizontalAdvance(m_model->index(row, column).data().toString()));
+        m_needed[std::size_t(column)] = longest > 0 ? longest + margins : 0;
     }
-    m_longestTracking = QFontMetrics(Theme::current().font(FontRole::mono)).horizontalAdvance(longest);
-    const int before = columnWidth(m_tracking);
-    keepTrackingWhole();
-    if (m_hasWidths && columnWidth(m_tracking) > before)
+    if (m_isLaidOut && widen())
         giveWay();
 }
 
-/// An elided tracking number can be mistaken for a whole number.
-void LogTable::keepTrackingWhole()
+/// True if a column was too narrow.
+bool LogTable::widen()
 {
-    constexpr int margins = 17;
-    if (columnWidth(m_tracking) < m_longestTracking + margins)
-        setColumnWidth(m_tracking, m_longestTracking + margins);
+    bool isWidened = false;
+    for (int column = 0; column < m_model->columnCount(); ++column) {
+        const int needed = m_needed[std::size_t(column)];
+        if (columnWidth(column) >= needed)
+            continue;
+        setColumnWidth(column, needed);
+        isWidened = true;
+    }
+    return isWidened;
 }
 
 /// If the window is too narrow for all columns, shrinks them from the left, so the names first.
@@ -115,12 +125,12 @@ void LogTable::giveWay()
 
 QByteArray LogTable::columnState() const
 {
-    return horizontalHeader()->saveState();
+    return m_isLaidOut ? horizontalHeader()->saveState() : QByteArray();
 }
 
 void LogTable::restoreColumns(const QByteArray &state)
 {
-    m_hasWidths = horizontalHeader()->restoreState(state);
+    m_isRestored = horizontalHeader()->restoreState(state);
     // A layout saved by an earlier version contains no sorting.
     horizontalHeader()->setSectionsClickable(true);
     horizontalHeader()->setSortIndicatorShown(true);
@@ -129,13 +139,14 @@ void LogTable::restoreColumns(const QByteArray &state)
 void LogTable::showEvent(QShowEvent *event)
 {
     RowTable::showEvent(event);
-    if (std::exchange(m_hasWidths, true))
+    if (std::exchange(m_isLaidOut, true))
         return;
-    for (int column = 0; column < m_model->columnCount(); ++column) {
+    for (int column = 0; column < m_model->columnCount() && !m_isRestored; ++column) {
         if (const int width = m_model->look(column).width)
             setColumnWidth(column, Theme::current().scaled(width));
     }
-    giveWay();
+    if (widen() || !m_isRestored)
+        giveWay();
 }
 
 } // namespace parcelory

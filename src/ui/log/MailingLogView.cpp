@@ -130,7 +130,10 @@ void MailingLogView::showEvent(QShowEvent *event)
 void MailingLogView::hideEvent(QHideEvent *event)
 {
     QWidget::hideEvent(event);
-    write(m_app.platform.preferences, settings::mailingLogColumns, m_table->columnState());
+    const QByteArray columns = m_table->columnState();
+    if (columns.isEmpty())
+        return; // the log was never shown
+    write(m_app.platform.preferences, settings::mailingLogColumns, columns);
     write(m_app.platform.preferences, settings::mailingLogSplitter, m_splitter->saveState());
 }
 

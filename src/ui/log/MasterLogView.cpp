@@ -4,16 +4,19 @@
 #include "app/logs/MasterLogScreen.h"
 #include "core/SettingsKeys.h"
 #include "core/Task.h"
+#include "core/Text.h"
 #include "core/ports/Preferences.h"
 #include "ui/log/LogFoot.h"
 #include "ui/log/MasterLogTable.h"
 #include "ui/parts/Accessibility.h"
+#include "ui/parts/Binding.h"
 #include "ui/parts/Button.h"
 #include "ui/parts/DateField.h"
 #include "ui/parts/EmptyState.h"
 #include "ui/parts/IconView.h"
 #include "ui/parts/PanelFrame.h"
 #include "ui/parts/RowTable.h"
+#include "ui/parts/SearchField.h"
 #include "ui/parts/Separator.h"
 #include "ui/parts/TabOrder.h"
 #include "ui/parts/TextLabel.h"
@@ -23,7 +26,6 @@
 
 #include <QHBoxLayout>
 #include <QKeyEvent>
-#include <QSignalBlocker>
 #include <QStackedWidget>
 #include <QVBoxLayout>
 
@@ -33,8 +35,9 @@ namespace parcelory {
 using namespace Qt::StringLiterals;
 
 MasterLogView::MasterLogView(AppState &app, MasterLogScreen &screen, QWidget *parent)
-    : QWidget(parent), m_app(app), m_screen(screen), m_from(new DateField(u"From"_s)), m_to(new DateField(u"To"_s)),
-      m_usual(new Button(u"Last 15 Days"_s)),
+    : QWidget(parent), m_app(app), m_screen(screen), m_search(new SearchField(u"Search the master log"_s, 320)),
+      m_count(new TextLabel({}, FontRole::caption, &Tokens::muted)), m_from(new DateField(u"From"_s)),
+      m_to(new DateField(u"To"_s)), m_usual(new Button(u"Last 15 Days"_s)),
       m_refreshButton(new Button(u"Refresh"_s, Button::Kind::standard, u"ui_refresh"_s)),
       m_copy(new Button(u"Copy Tracking"_s, Button::Kind::standard, u"ui_copy"_s)),
       m_track(new Button(u"Track Online"_s, Button::Kind::standard, u"ui_external"_s)),
@@ -54,6 +57,7 @@ MasterLogView::MasterLogView(AppState &app, MasterLogScreen &screen, QWidget *pa
     rows->setContentsMargins(0, 0, 0, 0);
     rows->setSpacing(0);
     rows->addWidget(makeToolbar());
+    rows->addWidget((new Toolbar)->add(m_search)->add(m_count)->fill());
     rows->addWidget(m_pages, 1);
     rows->addWidget(makeFoot());
     orderTabsByLayout(this);
@@ -65,8 +69,10 @@ MasterLogView::MasterLogView(AppState &app, MasterLogScreen &screen, QWidget *pa
 
 QWidget *MasterLogView::makeToolbar()
 {
-    for (DateField *field : {m_from, m_to})
-        connect(field, &QDateEdit::userDateChanged, this, &MasterLogView::takeRange);
+    connect(m_from, &DateField::dateChosen, this, [this](QDate date) { m_screen.from = date; });
+    connect(m_to, &DateField::dateChosen, this, [this](QDate date) { m_screen.to = date; });
+    connect(m_search, &SearchField::listRequested, m_table, [this] { m_table->setFocus(Qt::TabFocusReason); });
+    bindText(m_search, m_screen.search);
     connect(m_usual, &QPushButton::clicked, this, [this] {
         m_screen.lastFifteenDays();
         load();
@@ -124,12 +130,6 @@ void MasterLogView::load()
         spawn([this] { return m_screen.load(); });
 }
 
-void MasterLogView::takeRange()
-{
-    m_screen.from = m_from->date();
-    m_screen.to = m_to->date();
-}
-
 void MasterLogView::showEvent(QShowEvent *event)
 {
     QWidget::showEvent(event);
@@ -139,7 +139,8 @@ void MasterLogView::showEvent(QShowEvent *event)
 void MasterLogView::hideEvent(QHideEvent *event)
 {
     QWidget::hideEvent(event);
-    write(m_app.platform.preferences, settings::masterLogColumns, m_table->columnState());
+    if (const QByteArray state = m_table->columnState(); !state.isEmpty())
+        write(m_app.platform.preferences, settings::masterLogColumns, state);
 }
 
 void MasterLogView::keyPressEvent(QKeyEvent *event)
@@ -162,7 +163,6 @@ void MasterLogView::refresh()
 
 void MasterLogView::refreshRange()
 {
-    const QSignalBlocker quietFrom(m_from), quietTo(m_to);
     m_from->showDate(m_screen.from);
     m_to->showDate(m_screen.to);
     for (DateField *field : {m_from, m_to})
@@ -174,7 +174,7 @@ void MasterLogView::refreshRange()
 
 void MasterLogView::refreshList()
 {
-    if (const QList<MasterEntry> entries = m_screen.entries; entries != m_listed) {
+    if (const QList<MasterEntry> entries = m_screen.found(); entries != m_listed) {
         m_listed = entries;
         m_table->setEntries(entries);
         m_table->showStart();
@@ -186,17 +186,23 @@ void MasterLogView::refreshList()
     enable(m_track, entry && !entry->trackingURL.isEmpty(), m_table);
     enable(m_export, m_screen.canExport(), m_table);
     const bool noKey = m_screen.hasNoKey();
+    const bool isHidden = m_listed.isEmpty() && !m_screen.entries.value().isEmpty();
     const bool nothing = m_screen.loaded && m_listed.isEmpty();
-    m_pages->setCurrentIndex(noKey || nothing ? 1 : 0);
-    m_empty->set(noKey ? u"ui_key"_s : u"ui_document"_s,
-                 noKey ? u"Add a Shippo API key in Settings to load the account history."_s
-                       : u"No shipments found for this date range."_s);
+    m_pages->setCurrentIndex(noKey || nothing || isHidden ? 1 : 0);
+    m_count->setText(m_screen.foundText());
+    const QString search = breakable(firstCharacters(m_screen.search.value().left(400), 60));
+    m_empty->set(noKey      ? u"ui_key"_s
+                 : isHidden ? u"ui_search"_s
+                            : u"ui_document"_s,
+                 noKey      ? u"Add a Shippo API key in Settings to load the account history."_s
+                 : isHidden ? u"No shipment matches “%1”."_s.arg(search)
+                            : u"No shipments found for this date range."_s);
 }
 
 void MasterLogView::refreshFoot()
 {
     m_foot->setBusy(m_screen.busy);
-    const bool summed = m_pages->currentIndex() == 0 && !m_listed.isEmpty();
+    const bool summed = !m_screen.hasNoKey() && !m_screen.entries.value().isEmpty();
     m_summary->setText(summed ? m_screen.summaryLine() : QString());
     m_note->setVisible(summed);
     QString message = m_screen.message;

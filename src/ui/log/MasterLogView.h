@@ -6,6 +6,7 @@
 #include "ui/parts/EmptyState.h"
 #include "ui/parts/IconView.h"
 #include "ui/parts/RefreshScheduler.h"
+#include "ui/parts/SearchField.h"
 #include "ui/parts/TextLabel.h"
 
 class QStackedWidget;
@@ -23,6 +24,7 @@ public:
     MasterLogView(AppState &app, MasterLogScreen &screen, QWidget *parent = nullptr);
 
     RowTable *table() const;
+    void focusSearch() { m_search->focusAll(); }
     void load();
 
 protected:
@@ -34,7 +36,6 @@ private:
     QWidget *makeToolbar();
     QWidget *makeFoot();
     void connectList();
-    void takeRange();
     void refresh();
     void refreshRange();
     void refreshList();
@@ -42,6 +43,8 @@ private:
 
     AppState &m_app;
     MasterLogScreen &m_screen;
+    SearchField *m_search;
+    TextLabel *m_count;
     DateField *m_from;
     DateField *m_to;
     Button *m_usual;

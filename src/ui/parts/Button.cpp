@@ -1,9 +1,11 @@
 #include "ui/parts/Button.h"
 
+#include "ui/parts/TextLabel.h"
 #include "ui/theme/Icons.h"
 #include "ui/theme/Theme.h"
 #include "ui/theme/Tokens.h"
 
+#include <QKeyEvent>
 #include <QPainter>
 
 #include <utility>
@@ -21,7 +23,7 @@ Button::Button(const QString &text, Kind kind, const QString &icon, QWidget *par
 {
     setFont(Theme::current().font(FontRole::button));
     setFixedHeight(Theme::current().scaled(Theme::fieldHeight));
-    setAutoDefault(false); // Return never presses a button that does not have the focus
+    setAutoDefault(false); // otherwise Return in a dialog's field would press the first button
     setAttribute(Qt::WA_Hover);
     if (kind == Kind::icon)
         setFixedWidth(height());
@@ -37,7 +39,17 @@ void Button::setKind(Kind kind)
 void Button::describe(const QString &name, const QString &keys)
 {
     setAccessibleName(name);
-    setToolTip(keys.isEmpty() ? name : QStringLiteral("%1 (%2)").arg(name, keys));
+    setToolTip(plainToolTip(keys.isEmpty() ? name : QStringLiteral("%1 (%2)").arg(name, keys)));
+}
+
+void Button::keyPressEvent(QKeyEvent *event)
+{
+    const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    const bool plain = (event->modifiers() & ~Qt::KeypadModifier) == 0; // with Control it is another shortcut
+    if (!isReturn || !plain)
+        QPushButton::keyPressEvent(event);
+    else if (!m_ignoresReturn && !event->isAutoRepeat())
+        click();
 }
 
 QSize Button::sizeHint() const

@@ -6,7 +6,8 @@
 
 namespace parcelory {
 
-/// The program's push button. A screen has at most one solid button: the next step.
+/// The program's push button. A screen has at most one solid button: the next step. Return presses the button that has
+/// the focus, and not the default.
 class Button : public QPushButton {
 public:
     enum class Kind {
@@ -25,6 +26,8 @@ public:
 
     void setKind(Kind kind);
     Kind kind() const { return m_kind; }
+    /// Only Space, a click or a shortcut presses this button: Return ends a scanner's code.
+    void ignoreReturn() { m_ignoresReturn = true; }
     /// Sets the name and tooltip of an icon button; `keys` is its shortcut in the system's notation.
     void describe(const QString &name, const QString &keys = {});
 
@@ -32,6 +35,7 @@ public:
     QSize minimumSizeHint() const override { return sizeHint(); }
 
 protected:
+    void keyPressEvent(QKeyEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
 
 private:
@@ -42,6 +46,7 @@ private:
 
     Kind m_kind;
     QString m_icon;
+    bool m_ignoresReturn = false;
 };
 
 } // namespace parcelory

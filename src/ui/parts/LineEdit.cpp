@@ -1,12 +1,20 @@
 #include "ui/parts/LineEdit.h"
 
+#include "ui/parts/TextLabel.h"
 #include "ui/theme/Icons.h"
 #include "ui/theme/Theme.h"
 #include "ui/theme/Tokens.h"
 
 #include <QAction>
+#include <QApplication>
+#include <QClipboard>
+#include <QContextMenuEvent>
+#include <QKeyEvent>
+#include <QMenu>
+#include <QRegularExpression>
 
 namespace parcelory {
+using namespace Qt::StringLiterals;
 
 LineEdit::LineEdit(const QString &name, int width, QWidget *parent) : QLineEdit(parent)
 {
@@ -31,7 +39,7 @@ void LineEdit::setFault(const QString &reason)
         m_mark = nullptr;
     }
     setProperty("fault", faulty);
-    setToolTip(reason);
+    setToolTip(plainToolTip(reason));
     setAccessibleDescription(reason);
     update();
 }
@@ -39,6 +47,49 @@ void LineEdit::setFault(const QString &reason)
 QSize LineEdit::minimumSizeHint() const
 {
     return {40, height()};
+}
+
+void LineEdit::keyPressEvent(QKeyEvent *event)
+{
+    if (event->matches(QKeySequence::Paste) && !isReadOnly())
+        pasteText();
+    else if (!event->matches(QKeySequence::Undo) || !takeUndo || !takeUndo())
+        QLineEdit::keyPressEvent(event);
+}
+
+void LineEdit::pasteText()
+{
+    QString text = QApplication::clipboard()->text();
+    if (takePaste && takePaste(text))
+        return;
+    if (echoMode() == Normal) { // a blank may be part of a password
+        static const QRegularExpression breaks(u"\\s*[\\r\\n\\x{2028}\\x{2029}]+\\s*"_s);
+        text = text.trimmed().replace(breaks, u" "_s);
+    }
+    insert(text);
+}
+
+void LineEdit::focusOutEvent(QFocusEvent *event)
+{
+    QLineEdit::focusOutEvent(event);
+    const Qt::FocusReason reason = event->reason();
+    const bool returns =
+        reason == Qt::PopupFocusReason || reason == Qt::MenuBarFocusReason || reason == Qt::ActiveWindowFocusReason;
+    if (!returns)
+        setCursorPosition(0); // the beginning of a long text tells more than its end
+}
+
+void LineEdit::contextMenuEvent(QContextMenuEvent *event)
+{
+    QMenu *menu = createStandardContextMenu();
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    for (QAction *action : menu->actions()) {
+        if (!action->text().startsWith(QLineEdit::tr("&Paste")))
+            continue;
+        disconnect(action, nullptr, this, nullptr);
+        connect(action, &QAction::triggered, this, [this] { pasteText(); });
+    }
+    menu->popup(event->globalPos());
 }
 
 } // namespace parcelory

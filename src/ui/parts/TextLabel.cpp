@@ -31,7 +31,8 @@ QString breakRuns(const QString &text, int widest, WidthOf widthOf)
 
 QString plainToolTip(const QString &text)
 {
-    return QStringLiteral("<p>") + text.toHtmlEscaped() + QStringLiteral("</p>");
+    const QString escaped = text.toHtmlEscaped().replace(QLatin1Char('\n'), QStringLiteral("<br>"));
+    return text.isEmpty() ? QString() : QStringLiteral("<p>") + escaped + QStringLiteral("</p>");
 }
 
 QString breakable(const QString &text)

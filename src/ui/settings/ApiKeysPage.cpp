@@ -68,7 +68,7 @@ public:
     {
         QString shown = m_choose->fontMetrics().elidedText(name, Qt::ElideMiddle, Theme::current().scaled(300));
         m_choose->setText(shown.replace(u'&', u"&&"_s)); // a name has no mnemonic
-        m_choose->setToolTip(name);
+        m_choose->setToolTip(plainToolTip(name));
         choice.addButton(m_choose);
         auto *remove = new Button(u"Remove this key"_s, Button::Kind::danger, u"ui_trash"_s);
         remove->setAccessibleName(u"Remove this key: "_s + name);

@@ -97,7 +97,7 @@ void PrintersPage::refreshScale()
     const USBScale &scale = m_app.scale;
     const QString fault = scale.fault;
     m_scaleName->setText(scale.connected ? scale.deviceName.value() : u"No scale"_s);
-    m_scaleState->setText(scale.connected ? u"Connected · reading settles before it is used"_s
+    m_scaleState->setText(scale.connected ? u"Connected · waits for a steady reading"_s
                                           : u"No HID scale detected. Plug in the USB scale and it will appear here "
                                             "automatically."_s);
     const bool faulty = scale.connected && !fault.isEmpty(); // the last weight is then meaningless

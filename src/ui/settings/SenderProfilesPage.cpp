@@ -28,7 +28,7 @@ SenderProfilesPage::SenderProfilesPage(AppState &app, SettingsScreen &settings, 
     appendFallbacks();
     column(appendCard())
         ->addWidget(makeSwitch(u"Show the address book beside the label form"_s, settings.showAddressSidebar));
-    appendCaption(u"Every change is saved at once."_s);
+    appendCaption(u"Changes are saved automatically."_s);
     connect(add, &QPushButton::clicked, this, &SenderProfilesPage::addProfile);
     m_refresh.follow(settings);
     refresh();

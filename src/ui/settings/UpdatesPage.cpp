@@ -20,6 +20,11 @@ UpdatesPage::UpdatesPage(UpdateChecker &updates, QWidget *parent)
         u"Parcelory looks for a newer version at every start and offers it; it never installs without asking."_s);
     QVBoxLayout *rows = column(appendCard());
     rows->addWidget(new TextLabel(u"Parcelory %1 is installed."_s.arg(updates.installedVersion())));
+    if (const QString note = updates.signatureNote(); !note.isEmpty()) {
+        auto *unverified = new TextLabel(note, FontRole::caption, &Tokens::muted);
+        unverified->setWordWrap(true);
+        rows->addWidget(unverified);
+    }
     m_status->setWordWrap(true);
     rows->addWidget(m_status);
     rows->addWidget(m_check, 0, Qt::AlignLeft);

@@ -79,6 +79,16 @@ EmptyState *makeEmpty(AddressBook &book)
     return empty;
 }
 
+/// In place of the list while the book could never be read, so that it does not look empty.
+EmptyState *makeUnreadable(AddressBook &book)
+{
+    auto *state = new EmptyState(u"ui_error"_s, {});
+    auto *again = new Button(u"Read Again"_s, Button::Kind::standard, u"ui_refresh"_s);
+    QObject::connect(again, &QPushButton::clicked, &book, [&book] { spawn([&book] { return book.reload(); }); });
+    state->append(again);
+    return state;
+}
+
 Button *makeTool(const QString &icon, const QString &name)
 {
     auto *tool = new Button({}, Button::Kind::icon, icon);
@@ -91,16 +101,18 @@ Button *makeTool(const QString &icon, const QString &name)
 AddressBookView::AddressBookView(AppState &app, AddressBook &book, QWidget *parent)
     : QWidget(parent), m_app(app), m_book(book), m_pane(app, book),
       m_search(new SearchField(u"Search name, company, place"_s)), m_list(new AddressList(m_pane)),
-      m_empty(makeEmpty(book)), m_nothing(new EmptyState(u"ui_search"_s, {})), m_pages(new QStackedWidget),
-      m_message(new TextLabel({}, FontRole::caption)), m_cancel(new Button(u"Cancel"_s, Button::Kind::link)),
-      m_undo(new Button(u"Undo"_s, Button::Kind::link)), m_bar(new BusyBar), m_fill(new Button(u"Fill Label"_s)),
-      m_add(makeTool(u"ui_plus"_s, u"New address"_s)), m_edit(makeTool(u"ui_edit"_s, u"Edit the selected address"_s)),
+      m_empty(makeEmpty(book)), m_nothing(new EmptyState(u"ui_search"_s, {})), m_unreadable(makeUnreadable(book)),
+      m_pages(new QStackedWidget), m_message(new TextLabel({}, FontRole::caption)),
+      m_cancel(new Button(u"Cancel"_s, Button::Kind::link)), m_undo(new Button(u"Undo"_s, Button::Kind::link)),
+      m_bar(new BusyBar), m_fill(new Button(u"Fill Label"_s)), m_add(makeTool(u"ui_plus"_s, u"New address"_s)),
+      m_edit(makeTool(u"ui_edit"_s, u"Edit the selected address"_s)),
       m_delete(makeTool(u"ui_trash"_s, u"Delete the selected address"_s)),
       m_import(makeTool(u"ui_import"_s, u"Import Address Book"_s)),
+      m_export(makeTool(u"ui_export"_s, u"Export Address Book"_s)),
       m_count(new TextLabel({}, FontRole::caption, &Tokens::muted)), m_refresh([this] { refresh(); })
 {
-    for (QWidget *page :
-         {static_cast<QWidget *>(m_list), static_cast<QWidget *>(m_empty), static_cast<QWidget *>(m_nothing)})
+    for (QWidget *page : {static_cast<QWidget *>(m_list), static_cast<QWidget *>(m_empty),
+                          static_cast<QWidget *>(m_nothing), static_cast<QWidget *>(m_unreadable)})
         m_pages->addWidget(page);
     auto *rows = new QVBoxLayout(this);
     rows->setContentsMargins(11, 8, 12, 10);
@@ -149,13 +161,20 @@ QLayout *AddressBookView::makeTools()
     for (const Source &source : sources(m_book))
         offer(menu->addAction(source.entry), &QAction::triggered, m_book, source);
     m_import->setMenu(menu);
+    menu = new QMenu(m_export);
+    for (const auto &[entry, format] : {std::pair(u"To vCard File (.vcf)…"_s, AddressBook::Format::vCard),
+                                        std::pair(u"To CSV File (.csv)…"_s, AddressBook::Format::csv)}) {
+        connect(menu->addAction(entry), &QAction::triggered, &m_book,
+                [&book = m_book, format = format] { spawn([&book, format] { return book.exportTo(format); }); });
+    }
+    m_export->setMenu(menu);
     connect(m_fill, &QPushButton::clicked, this, &AddressBookView::fill);
     connect(m_add, &QPushButton::clicked, this, &AddressBookView::addNew);
     connect(m_edit, &QPushButton::clicked, this, &AddressBookView::editSelected);
     connect(m_delete, &QPushButton::clicked, this, &AddressBookView::removeSelected);
     auto *row = new QHBoxLayout;
     row->setSpacing(2);
-    for (QWidget *tool : {m_add, m_edit, m_delete, m_import})
+    for (QWidget *tool : {m_add, m_edit, m_delete, m_import, m_export})
         row->addWidget(tool);
     row->addStretch(1);
     row->addWidget(m_count);
@@ -247,12 +266,13 @@ void AddressBookView::removeSelected()
 
 void AddressBookView::undo()
 {
-    const std::optional<PostalContact> deleted = m_book.deleted;
-    if (!deleted)
+    const std::optional<PostalContact> former =
+        m_book.deleted.value() ? m_book.deleted.value() : m_book.replaced.value();
+    if (!former)
         return;
-    spawn([self = QPointer(this), &book = m_book, id = deleted->id]() -> Task<> { // its window may be closed meanwhile
-        co_await book.undoRemove();
-        if (self && !book.deleted.value())
+    spawn([self = QPointer(this), &book = m_book, id = former->id]() -> Task<> { // its window may be closed meanwhile
+        co_await book.undo();
+        if (self && !book.canUndo())
             self->choose(id);
     });
 }
@@ -267,22 +287,27 @@ void AddressBookView::refresh()
 {
     m_list->refreshSelection();
     showPage();
+    refreshButtons();
+    refreshMessage();
+}
+
+void AddressBookView::refreshButtons()
+{
     const bool idle = !m_book.importing, chosen = m_pane.selected().has_value();
     enable(m_fill, chosen, m_search);
     enable(m_add, idle, m_search);
     enable(m_edit, idle && chosen, m_search);
     enable(m_delete, idle && chosen, m_search);
     enable(m_import, idle, m_search);
+    enable(m_export, !m_book.exporting && !m_book.contacts().isEmpty(), m_search);
     for (Button *button : m_empty->findChildren<Button *>())
         enable(button, idle, m_search);
-    m_bar->setBusy(!idle);
-    for (const auto &[link, shown] :
-         {std::pair(m_cancel, !idle), std::pair(m_undo, m_book.deleted.value().has_value())}) {
+    m_bar->setBusy(!idle || m_book.exporting);
+    for (const auto &[link, shown] : {std::pair(m_cancel, !idle), std::pair(m_undo, m_book.canUndo())}) {
         if (!shown && link->hasFocus())
             m_search->setFocus();
         link->setVisible(shown);
     }
-    refreshMessage();
 }
 
 void AddressBookView::showPage()
@@ -291,9 +316,14 @@ void AddressBookView::showPage()
     const bool empty = loaded && m_book.contacts().isEmpty(), nothing = loaded && m_pane.filtered().isEmpty();
     m_nothing->set(u"ui_search"_s, breakable(u"No address matches “%1”"_s.arg(trimBlanks(m_pane.query)), FontRole::body,
                                              narrowestText));
-    if (nothing && m_list->hasFocus())
+    m_unreadable->set(u"ui_error"_s, breakable(m_book.unreadable, FontRole::body, narrowestText));
+    const bool failed = !loaded && !m_book.unreadable.value().isEmpty();
+    if ((nothing || failed) && m_list->hasFocus())
         m_search->setFocus();
-    m_pages->setCurrentWidget(empty ? m_empty : nothing ? static_cast<QWidget *>(m_nothing) : m_list);
+    m_pages->setCurrentWidget(failed    ? m_unreadable
+                              : empty   ? m_empty
+                              : nothing ? static_cast<QWidget *>(m_nothing)
+                                        : m_list);
     m_count->setText(loaded ? QString::number(m_book.contacts().size()) + u" addresses"_s : QString());
 }
 

@@ -45,6 +45,7 @@ private:
     void refreshList();
     void refresh();
     void showPage();
+    void refreshButtons();
     void refreshMessage();
 
     AppState &m_app;
@@ -52,12 +53,12 @@ private:
     AddressBookPane m_pane;
     SearchField *m_search;
     AddressList *m_list;
-    EmptyState *m_empty, *m_nothing;
+    EmptyState *m_empty, *m_nothing, *m_unreadable;
     QStackedWidget *m_pages;
     TextLabel *m_message; ///< the last operation's result
     Button *m_cancel, *m_undo;
     BusyBar *m_bar;
-    Button *m_fill, *m_add, *m_edit, *m_delete, *m_import;
+    Button *m_fill, *m_add, *m_edit, *m_delete, *m_import, *m_export;
     TextLabel *m_count;
     RefreshScheduler m_refresh;
 };

@@ -84,9 +84,11 @@ void AddressEditSheet::refresh()
 
 void AddressEditSheet::done(int result)
 {
+    if (m_saving) // the save may fail, and the sheet holds the only copy of what was typed
+        return;
     if (result != Accepted)
         Dialog::done(result);
-    else if (!m_saving)
+    else
         save();
 }
 

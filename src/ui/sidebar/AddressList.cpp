@@ -1,6 +1,7 @@
 #include "ui/sidebar/AddressList.h"
 
 #include "app/addressbook/AddressBook.h"
+#include "ui/parts/TextLabel.h"
 #include "ui/sidebar/AddressListModel.h"
 #include "ui/theme/Theme.h"
 #include "ui/theme/Tokens.h"
@@ -67,7 +68,7 @@ public:
             cut |= QFontMetrics(line.font).horizontalAdvance(line.text) > option.rect.width() - 2 * padding;
             texts += line.text;
         }
-        QToolTip::showText(event->globalPos(), cut ? texts.join(u'\n') : QString(), view);
+        QToolTip::showText(event->globalPos(), cut ? plainToolTip(texts.join(u'\n')) : QString(), view);
         return true;
     }
 

@@ -26,7 +26,8 @@ using namespace Qt::StringLiterals;
 
 InvoicePane::InvoicePane(AppState &app, QWidget *parent)
     : QScrollArea(parent), m_app(app), m_number(new LineEdit(u"Invoice #"_s)), m_lookUp(new Button(u"Look Up"_s)),
-      m_bar(new BusyBar), m_status(new Notice(u"ui_info"_s, &Tokens::muted, FontRole::caption)),
+      m_cancel(new Button(u"Cancel"_s)), m_bar(new BusyBar),
+      m_status(new Notice(u"ui_info"_s, &Tokens::muted, FontRole::caption)),
       m_empty(new EmptyState(u"ui_qr"_s, u"Waiting for QR scan"_s)), m_column(new QVBoxLayout),
       m_refresh([this] { refresh(); })
 {
@@ -47,6 +48,7 @@ InvoicePane::InvoicePane(AppState &app, QWidget *parent)
     m_column->setSpacing(8);
     m_column->addWidget(help);
     m_column->addLayout(entryWithBar);
+    m_column->addWidget(m_cancel, 0, Qt::AlignRight);
     m_column->addWidget(m_status);
     m_column->addWidget(m_empty, 1);
     setWidget(contents);
@@ -57,6 +59,7 @@ InvoicePane::InvoicePane(AppState &app, QWidget *parent)
     setAccessibleName(u"Invoice"_s);
 
     connect(m_lookUp, &QPushButton::clicked, this, &InvoicePane::lookUp);
+    connect(m_cancel, &QPushButton::clicked, &app, &AppState::cancelInvoiceScan);
     m_refresh.follow(app);
     refresh();
 }
@@ -72,11 +75,13 @@ void InvoicePane::focusNumber()
     verticalScrollBar()->setValue(0);
 }
 
-/// Return looks up the number; it must not reach the form, which would take its next step.
+/// Return looks up the number; it must not reach the form, which would take its next step. Escape stops reading.
 void InvoicePane::keyPressEvent(QKeyEvent *event)
 {
     const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
-    if (!isReturn)
+    if (event->key() == Qt::Key_Escape && m_app.scanBusy)
+        m_app.cancelInvoiceScan();
+    else if (!isReturn)
         QScrollArea::keyPressEvent(event);
     else if (!event->isAutoRepeat())
         lookUp();
@@ -99,8 +104,9 @@ void InvoicePane::refresh()
         setFocus(); // a disabled field would pass the focus on
     m_number->setEnabled(!busy);
     m_lookUp->setEnabled(!busy);
-    if (!busy && hasFocus())
+    if (!busy && (hasFocus() || m_cancel->hasFocus()))
         focusNumber();
+    m_cancel->setVisible(busy);
     m_bar->setBusy(busy);
     showStatus();
     showInvoice();
@@ -121,7 +127,7 @@ void InvoicePane::showStatus()
         m_status->setLook(u"ui_error"_s, &Tokens::warn);
         break;
     }
-    m_status->setText(breakable(m_app.scanStatus, FontRole::caption, narrowestText));
+    m_status->setText(breakable(m_app.scanLine(), FontRole::caption, narrowestText));
 }
 
 void InvoicePane::showInvoice()

@@ -34,6 +34,7 @@ private:
     AppState &m_app;
     LineEdit *m_number;
     Button *m_lookUp;
+    Button *m_cancel; ///< not in the place of m_lookUp, where a double click would press it
     BusyBar *m_bar;
     Notice *m_status;
     EmptyState *m_empty;

@@ -3,6 +3,7 @@
 #include "ui/theme/Tokens.h"
 
 #include <QApplication>
+#include <QDialogButtonBox>
 #include <QFontDatabase>
 #include <QScreen>
 #include <QStyleOption>
@@ -133,7 +134,7 @@ QPalette Theme::standardPalette() const
 void Theme::polish(QWidget *widget)
 {
     QProxyStyle::polish(widget);
-    if (widget->inherits("QComboBox") || widget->inherits("QAbstractButton") || widget->inherits("QDateEdit"))
+    if (widget->inherits("QComboBox") || widget->inherits("QAbstractButton"))
         widget->setAttribute(Qt::WA_Hover);
 }
 
@@ -179,6 +180,10 @@ int Theme::styleHint(StyleHint hint, const QStyleOption *option, const QWidget *
         return 0;
     case SH_FocusFrame_AboveWidget:
         return 1;
+#ifndef Q_OS_MACOS
+    case SH_DialogButtonLayout:
+        return QDialogButtonBox::GnomeLayout; // the default button is rightmost, in every desktop environment
+#endif
     default:
         return QProxyStyle::styleHint(hint, option, widget, answer);
     }

@@ -12,7 +12,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int markWidth = 28; ///< a field's arrow or calendar icon and the space around it
+constexpr int markWidth = 28; ///< a field's arrow and the space around it
 
 /// The stroke of an icon-like mark.
 QPen stroke(const QColor &color, qreal width = 1.5)
@@ -23,11 +23,6 @@ QPen stroke(const QColor &color, qreal width = 1.5)
 bool has(const QStyleOption &option, QStyle::State state)
 {
     return option.state & state;
-}
-
-bool isDateField(const QWidget *widget)
-{
-    return widget && widget->inherits("QDateTimeEdit");
 }
 
 } // namespace
@@ -237,7 +232,7 @@ void Theme::drawComplexControl(ComplexControl control, const QStyleOptionComplex
     const QRect r = option->rect;
     const QRect mark(r.right() - markWidth + 8, r.center().y() - 7, 16, 16);
     const Token ink = enabled ? &Tokens::muted : &Tokens::disabledText;
-    paintIcon(*painter, isDateField(widget) ? u"ui_calendar"_s : u"ui_chevron_down"_s, mark, color(ink));
+    paintIcon(*painter, u"ui_chevron_down"_s, mark, color(ink));
 }
 
 QRect Theme::subControlRect(ComplexControl control, const QStyleOptionComplex *option, SubControl part,

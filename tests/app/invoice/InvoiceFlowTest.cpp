@@ -10,6 +10,8 @@
 #include <gmock/gmock.h>
 
 #include <chrono>
+#include <functional>
+#include <utility>
 
 namespace parcelory::test {
 using namespace Qt::StringLiterals;
@@ -31,6 +33,8 @@ protected:
 const QString invoicePage =
     uR"({"fields":{"Name":"Eleanor Whitfield","Codes":"QQ1"},"items":[],"notes":[],"shipMethod":"","shipCost":"",)"
     R"("tracking":"--","paid":"","profileUserID":""})"_s;
+const QString wholePage =
+    uR"({"fields":{"Name":"Ann","Address":"1 Main St","City":"Bend, OR","Zip":"97702"},"profileUserID":"771"})"_s;
 
 } // namespace
 
@@ -43,12 +47,22 @@ TEST_F(InvoiceFlowTest, FillsTheLabelFromAScanAndReportsEveryFailure)
     scan(u"012"_s);
     EXPECT_EQ(app->scanStatus.value(), u"\"012\" doesn't look like an invoice QR code or number."_s);
     EXPECT_EQ(app->scanStatusKind.value(), StatusKind::failure);
-    runUntil([this] { return !errors->entries().isEmpty(); });
-    EXPECT_EQ(errors->entries().first().context, u"Deskline Invoice"_s);
+
+    QStringList heard;
+    QObject here;
+    QObject::connect(app.get(), &AppState::scanFailed, &here, [&](const QString &text) { heard += text; });
+    for (const QString &text : {u"48213"_s, u"i48213"_s, u"48220"_s}) // the second is a double scan
+        app->handleInvoiceScan(text);
+    EXPECT_EQ(heard, QStringList{u"Invoice 48220 ignored — still loading 48213."_s});
+    runUntil([this] { return !app->scanBusy; }, &clock);
+    settle();
+    prompts.alerts.clear();
 
     app->tab = MainTab::settings;
     scan(u"https://crvl.example/i48213"_s);
     EXPECT_EQ(app->scanStatus.value(), u"Invoice 48213: Eleanor Whitfield — label filled."_s);
+    EXPECT_EQ(app->scanNote.value(), u"The invoice has no street and no city and no ZIP — complete the address."_s);
+    EXPECT_EQ(app->scanStatusKind.value(), StatusKind::failure) << "a note is a warning";
     EXPECT_EQ(app->tab.value(), MainTab::newLabel);
     EXPECT_EQ(app->draftReference.value(), u"48213"_s);
     EXPECT_EQ(app->draftTo.value().country, u"US"_s);
@@ -60,10 +74,12 @@ TEST_F(InvoiceFlowTest, FillsTheLabelFromAScanAndReportsEveryFailure)
         QString page;
         bool form, crashed;
         QString error;
+        bool signOutShown = false;
     };
     const QString noBuyer = u"Invoice 4900 loaded but no buyer details were found on the page."_s;
     const Row rows[] = {
         {u"{}"_s, true, false, u"The deskline session has expired — sign out of Parcelory and sign back in."_s},
+        {u"{}"_s, true, false, noBuyer, true}, // a password field of another kind
         {u"{}"_s, false, false, noBuyer},
         {u"[1]"_s, false, false, noBuyer},
         {u"{\"fields\":{\"Name\":7}}"_s, false, false, noBuyer},
@@ -80,21 +96,15 @@ TEST_F(InvoiceFlowTest, FillsTheLabelFromAScanAndReportsEveryFailure)
             web.crashed = row.crashed;
             if (expression == DesklineAuth::loginFormProbe)
                 return row.form;
+            if (expression == DesklineAuth::signedInProbe)
+                return row.signOutShown;
             return isReadyProbe(expression) ? QVariant(!row.page.isEmpty()) : QVariant(row.page);
         };
         scan(u"i4900"_s);
-        EXPECT_EQ(app->scanStatus.value(), row.error);
-        EXPECT_EQ(errors->entries().first().context, u"Deskline Invoice 4900"_s);
-        EXPECT_EQ(errors->entries().first().detail, row.error);
+        EXPECT_EQ(app->scanLine(), row.error);
         EXPECT_EQ(app->draftReference.value(), u"48213"_s) << "a failed scan leaves the draft";
     }
     showPage(false, false, invoicePage);
-    app->handleInvoiceScan(u"48300"_s);
-    app->handleInvoiceScan(u"48301"_s);
-    EXPECT_TRUE(app->scanStatus.value().contains(u"48300"_s)) << "one scan at a time";
-    runUntil([this] { return !app->scanBusy; }, &clock);
-    settle();
-    EXPECT_EQ(app->draftReference.value(), u"48300"_s);
     app->signOut();
     EXPECT_FALSE(app->scannedInvoice.value()) << "the next clerk did not ask for it";
 }
@@ -129,15 +139,124 @@ TEST_F(InvoiceFlowTest, WaitsTwentySecondsForTheCustomersPage)
     }
 }
 
+TEST_F(InvoiceFlowTest, ReadsOneInvoiceAtATimeAndNamesTheScansItIgnored)
+{
+    const QString note = u"Scanned meanwhile and not read: invoice 48301, 48302 — scan it again."_s;
+    showPage(false, false, wholePage);
+    app->flow = AppFlow::main;
+    for (const QString &text : {u"48300"_s, u"48301"_s, u"i48302"_s, u"48301"_s, u"48300"_s, u"noise"_s})
+        app->handleInvoiceScan(text);
+    EXPECT_EQ(app->scanStatus.value(), u"Loading invoice 48300 from deskline…"_s);
+    EXPECT_EQ(app->scanNote.value(), note);
+    runUntil([this] { return !app->scanBusy; }, &clock);
+    EXPECT_EQ(app->scanLine(), u"Invoice 48300: Ann — label filled. "_s + note);
+    EXPECT_EQ(app->draftReference.value(), u"48300"_s);
+    scan(u"48301"_s);
+    EXPECT_EQ(app->scanLine(), u"Invoice 48301: Ann — label filled."_s);
+    EXPECT_EQ(app->scanStatusKind.value(), StatusKind::success);
+}
+
+TEST_F(InvoiceFlowTest, IsCanceledAtAnyMoment)
+{
+    const auto customer = [](const QString &expression) { return expression.contains(u"companyname"_s); };
+    const auto script = [](const QString &expression) { return expression.contains(u"profileUserID"_s); };
+    struct Row {
+        const char *when;
+        std::function<bool(const QString &)> isMoment;
+        int customersPages; ///< that are loaded for both invoices
+    };
+    const Row rows[] = {{"while the page loads", isReadyProbe, 1},
+                        {"while it is read", script, 1},
+                        {"at the customer's page", customer, 2}};
+    app->flow = AppFlow::main;
+    for (const Row &row : rows) {
+        SCOPED_TRACE(row.when);
+        bool canceled = false;
+        const int fills = app->draftFillCount;
+        web.loaded.clear();
+        web.answer = [&](const QString &expression) -> QVariant {
+            if (!canceled && row.isMoment(expression)) {
+                canceled = true;
+                app->cancelInvoiceScan();
+                app->handleInvoiceScan(u"48302"_s); // the clerk scans on
+            }
+            return isReadyProbe(expression) ? QVariant(true) : customer(expression) ? u"Shop"_s : QVariant(wholePage);
+        };
+        scan(u"48301"_s);
+        EXPECT_TRUE(canceled);
+        EXPECT_EQ(app->scanLine(), u"Invoice 48302: Ann — label filled."_s);
+        EXPECT_EQ(app->draftFillCount - fills, 1);
+        EXPECT_EQ(web.loaded.filter(u"id=48302"_s).size(), 1);
+        EXPECT_EQ(web.loaded.filter(u"id=771"_s).size(), row.customersPages);
+        EXPECT_TRUE(errors->entries().isEmpty());
+    }
+    const QString filled = app->draftReference;
+    app->handleInvoiceScan(u"48303"_s);
+    app->cancelInvoiceScan();
+    EXPECT_FALSE(app->scanBusy);
+    EXPECT_EQ(app->scanLine(), u"Invoice 48303 was not read."_s);
+    for (int turn = 0; turn < 20; ++turn) {
+        settle();
+        clock.advance(1s);
+    }
+    EXPECT_EQ(app->draftReference.value(), filled);
+}
+
+TEST_F(InvoiceFlowTest, SignsInAgainOnceBeforeItReportsAnExpiredSession)
+{
+    struct Row {
+        const char *what;
+        QString signedIn; ///< the clerk
+        bool saved, admitted, renewed, kept;
+    };
+    const Row rows[] = {
+        {"saved", u"dana"_s, true, true, true, true},
+        {"nothing saved", u"dana"_s, false, true, false, false},
+        {"another clerk's", u"robin"_s, true, true, false, true},
+        {"a rejected password", u"dana"_s, true, false, false, false},
+    };
+    app->flow = AppFlow::main;
+    for (const Row &row : rows) {
+        SCOPED_TRACE(row.what);
+        runTask(row.saved ? app->credentials.save({u"dana"_s, u"secret"_s}) : app->credentials.forget());
+        app->signedInUser = row.signedIn;
+        web.loaded.clear();
+        bool expired = true;
+        web.answer = [&](const QString &expression) -> QVariant {
+            if (expression == DesklineAuth::loginFormProbe)
+                return expired;
+            if (expression == DesklineAuth::signedInProbe)
+                return !expired;
+            if (isReadyProbe(expression))
+                return true;
+            if (!expression.contains(u"secret"_s))
+                return u"{}"_s;
+            expired = !row.admitted;
+            return u"submitted"_s;
+        };
+        scan(u"48213"_s);
+        EXPECT_EQ(app->scanStatus.value(),
+                  u"The deskline session has expired — sign out of Parcelory and sign back in."_s);
+        EXPECT_EQ(app->scanNote.value(),
+                  row.renewed ? u"Parcelory has signed in again by itself: scan the invoice again."_s : QString());
+        EXPECT_EQ(web.loaded.filter(u"login.php"_s).size(), row.renewed || !row.admitted ? 1 : 0);
+        EXPECT_EQ(web.loaded.filter(u"id=48213"_s).size(), 1) << "nothing is read again by itself";
+        EXPECT_EQ(runTask(app->hasSavedCredentials()), row.kept);
+        EXPECT_EQ(app->flow.value(), AppFlow::main);
+    }
+}
+
 TEST_F(InvoiceFlowTest, DoesNotShowAScanAfterASignOut)
 {
     showPage(false, false, invoicePage);
     app->flow = AppFlow::main;
     app->handleInvoiceScan(u"48213"_s);
-    app->handleInvoiceScan(u"48214"_s); // ignored: one scan at a time
     app->signOut();
-    runUntil([this] { return !app->scanBusy; }, &clock);
-    settle();
+    EXPECT_FALSE(app->scanBusy);
+    for (int turn = 0; turn < 20; ++turn) {
+        settle();
+        clock.advance(1s);
+    }
     EXPECT_FALSE(app->scannedInvoice.value());
     EXPECT_TRUE(app->draftTo.value().isEmpty());
     EXPECT_EQ(app->scanStatus.value(), QString());

@@ -136,6 +136,15 @@ TEST_F(LabelDevicesTest, AnInternationalUspsParcelPrintsAndStoresItsInvoice)
     EXPECT_FALSE(screen().purchaseComplete());
     EXPECT_EQ(desktop.opened.size(), 1);
 
+    composeParcel(londonAddress());
+    EXPECT_EQ(screen().invoiceData({}).weight, u"1 lb 0.0 oz"_s);
+    screen().customs = CustomsInfo{.value = u"310"_s, .signer = u"Zo\u0378"_s};
+    run(screen().printIntlInvoice());
+    EXPECT_THAT(banner().toStdString(), HasSubstr("(no font on this computer has “\u0378”, so the commercial invoice "
+                                                  "shows boxes — write it by hand)"));
+    EXPECT_TRUE(bannerIsWarning());
+    desktop.opened.removeLast();
+
     screen().printInvoiceWithRates = false; // stored for a reprint, not printed
     buyAbroad();
     EXPECT_EQ(desktop.opened.size(), 1);

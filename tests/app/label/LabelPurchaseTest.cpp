@@ -105,7 +105,7 @@ TEST_F(LabelPurchaseTest, ALabelThatCouldNotBePrintedIsStillLogged)
     const auto failsWith = [&](const QString &reason) {
         EXPECT_TRUE(banner().endsWith(u" (print failed: "_s + reason + u" — use Reprint from the log)"_s))
             << banner().toStdString();
-        EXPECT_FALSE(bannerIsWarning());
+        EXPECT_TRUE(bannerIsWarning());
     };
     rateHome();
     processes.behave = [](const QString &program, const QStringList &) {
@@ -145,6 +145,39 @@ TEST_F(LabelPurchaseTest, ALabelThatCouldNotBePrintedIsStillLogged)
         EXPECT_FALSE(newest().labelURL.isEmpty());
     }
     EXPECT_EQ(processes.lastPrinted(), lastPrinted) << "print tools get labels only";
+}
+
+TEST_F(LabelPurchaseTest, ALabelThatChangesThePrinterIsLoggedAndPrintedOnlyOnRequest)
+{
+    const QByteArray label = "^XA^FDx^FS^JUS^XZ";
+    const CarrierScenario changing{.failNext = CarrierFailure{"labels/", 200, "application/zpl", label, 1, ""}};
+    bool isLogged = false;
+    prompts.whileAsked = [&] { isLogged = (*app->log.zpl(1)).has_value(); };
+    rateHome();
+    carrier.setScenario(changing);
+    buy();
+    ASSERT_EQ(prompts.questions.size(), 1);
+    EXPECT_TRUE(prompts.questions[0].text.contains(u"it contains ^JUS, which"_s));
+    EXPECT_EQ(prompts.questions[0].choices.value(prompts.questions[0].safeChoice), u"Don't Print"_s);
+    EXPECT_TRUE(isLogged) << "the question may stay for an hour";
+    EXPECT_TRUE(banner().endsWith(u" (print failed: held, because it contains ^JUS, which can change the printer for "
+                                  "good — use Reprint from the log)"_s))
+        << banner().toStdString();
+    EXPECT_EQ(processes.lastPrinted(), "");
+    EXPECT_EQ(**app->log.zpl(newest().id), label);
+
+    run(screen().reprintLast());
+    EXPECT_EQ(prompts.questions.size(), 2);
+    EXPECT_EQ(processes.lastPrinted(), "");
+    prompts.answer = 1;
+    run(screen().reprintLast());
+    EXPECT_EQ(processes.lastPrinted(), Zpl::rotated(label));
+    clock.advance(std::chrono::minutes(1));
+    rateHome();
+    carrier.setScenario(changing);
+    buy();
+    EXPECT_TRUE(banner().endsWith(u"Label sent to ZD421."_s)) << banner().toStdString();
+    EXPECT_EQ(prompts.questions.size(), 4);
 }
 
 TEST_F(LabelPurchaseTest, AnInvoiceThatCannotBeDrawnStopsNothing)
@@ -189,6 +222,17 @@ TEST_F(LabelPurchaseTest, AFedexParcelAbroadBringsItsCustomsDocument)
         << banner().toStdString();
     EXPECT_EQ(app->log.records().size(), 2);
     EXPECT_FALSE(*app->log.customsPDF(newest().id));
+
+    clock.advance(std::chrono::minutes(1));
+    preferences.setValue(u"printer.documentQueue"_s, u"Laser"_s);
+    processes.behave = [](const QString &, const QStringList &arguments) {
+        return arguments.contains(u"Laser"_s) ? ProcessOutcome{1, {}, "no such printer\n"} : ProcessOutcome{};
+    };
+    rateAbroad();
+    buy();
+    EXPECT_TRUE(banner().endsWith(u" (FedEx commercial invoice print failed: lpr failed: no such printer — it's needed "
+                                  "in the doc pouch)"_s))
+        << banner().toStdString();
 }
 
 TEST_F(LabelPurchaseTest, APurchaseWithoutALabelIsInTheErrorLog)

@@ -150,6 +150,22 @@ TEST_F(LockedLogTest, EveryMessageIsTrueAndNothingIsLost)
     }
 }
 
+TEST_F(LockedLogTest, ADamagedLogIsToldAtTheStartAndALockedOneIsNot)
+{
+    hold(locks[2], 30);
+    run(log.tellTrouble());
+    letGo();
+    run(log.tellTrouble());
+    EXPECT_TRUE(prompts.alerts.isEmpty());
+    QFile file(path(u"mailing_log.sqlite"_s));
+    ASSERT_TRUE(file.open(QIODevice::ReadWrite) && file.write(QByteArray(200, 'j')) == 200 && file.flush());
+    run(log.tellTrouble());
+    ASSERT_EQ(prompts.alerts.size(), 1);
+    EXPECT_THAT(prompts.alerts[0].second.toStdString(), testing::AllOf(StartsWith("The mailing log cannot be used — "),
+                                                                       HasSubstr("What to do: quit Parcelory")));
+    EXPECT_EQ(errors->entries().value(0).context, u"Mailing Log"_s);
+}
+
 TEST_F(LockedLogTest, TheListTellsWhyItIsOldAndRecoversByItself)
 {
     const ShipmentRecord record = label();

@@ -116,18 +116,18 @@ TEST_F(MailingLogScreenTest, OnlyTheSecondReprintOfALabelAsks)
     EXPECT_TRUE(prompts.questions.isEmpty());
     run(log.reprint(row)); // the clerk cancels
     EXPECT_EQ(printed(), 2);
-    EXPECT_TRUE(prompts.questions.value(0).text.contains(u"It was reprinted on "_s));
+    EXPECT_TRUE(prompts.questions.value(0).text.contains(u"This label was reprinted on "_s));
     EXPECT_EQ(log.message.value(), QString());
     prompts.answer = 1;
     run(log.reprint(row));
     run(screen().reprintLast());
     EXPECT_EQ(printed(), 4);
-    EXPECT_TRUE(prompts.questions.last().text.contains(u"It was reprinted 2 times, last on "_s));
+    EXPECT_TRUE(prompts.questions.last().text.contains(u"This label was reprinted 2 times, last on "_s));
 
     EXPECT_TRUE(app->log.setStatus(row.id, u"REFUNDED"_s)); // by another desk; the list still shows PRINTED
     prompts.answer = 0;
     run(log.reprint(row));
-    EXPECT_TRUE(prompts.questions.last().text.contains(u"It was refunded"_s));
+    EXPECT_TRUE(prompts.questions.last().text.contains(u"This label was refunded"_s));
     EXPECT_EQ(printed(), 4);
 }
 

@@ -98,6 +98,101 @@ TEST_F(PurchaseLookupTest, OnlyAListThatAnswersTellsAndOnlyLaterThatNothingWasBo
     EXPECT_TRUE(lookUp(true).text.contains(u"with the TEST key “Old”"_s));
 }
 
+TEST_F(PurchaseLookupTest, ALabelIsFoundAmongNewerLabelsWhateverTheDesksClock)
+{
+    for (const int days : {3, -3}) {
+        clock.start = QDateTime::currentDateTime().addDays(days);
+        carrier.setScenario({});
+        ShippoAddress to = homeAddress();
+        to.name = u"Parcel %1"_s.arg(days);
+        composeAndRate(to);
+        carrier.setScenario({.dropConnection = true});
+        pressBuy();
+        ASSERT_EQ(purchases().unresolved.value().size(), 1) << banner().toStdString();
+        EXPECT_TRUE(purchases().unresolved.value().first().purchase.ratedAt.isValid());
+        carrier.seedHistory(150, QDateTime::currentDateTimeUtc().addSecs(60), 0s);
+        carrier.setScenario({});
+        clock.advance(61s);
+        check();
+        ASSERT_EQ(purchases().resolved.value().size(), 1) << days;
+        EXPECT_TRUE(purchases().resolved.value().first().isBought) << days;
+        purchases().dismiss(purchases().resolved.value().first());
+        workPool().waitForDone();
+    }
+}
+
+TEST_F(PurchaseLookupTest, BothLabelsOfARepeatedRequestAreLoggedAndTheSecondIsToBeRefunded)
+{
+    for (const bool isLate : {false, true}) { // found while the clerk waits, or by a later check
+        ShippoAddress to = homeAddress();
+        to.name = isLate ? u"Late"_s : u"Soon"_s;
+        carrier.setScenario({});
+        composeAndRate(to);
+        carrier.setScenario({.dropConnection = isLate, .droppedPath = "transactions/", .repeatsPurchases = true});
+        pressBuy();
+        carrier.setScenario({});
+        check();
+        const QList<ResolvedPurchase> told = purchases().resolved;
+        const auto second = std::ranges::find_if(told, &ResolvedPurchase::isSecond);
+        ASSERT_NE(second, told.end()) << banner().toStdString();
+        EXPECT_TRUE(second->text.startsWith(u"A second label was sold for the same parcel: "_s));
+        const auto isHis = [&to](const ShipmentRecord &row) { return row.recipientName() == to.name; };
+        QSet<QString> numbers;
+        for (const ShipmentRecord &row : app->log.records()) {
+            if (isHis(row))
+                numbers += row.tracking;
+        }
+        EXPECT_EQ(numbers.size(), 2);
+        EXPECT_TRUE(numbers.contains(second->record.tracking));
+        EXPECT_TRUE(std::ranges::any_of(errors->entries(), [&](const APIErrorEntry &entry) {
+            return entry.detail.contains(second->record.tracking) && entry.detail.contains(u"request its refund"_s);
+        }));
+        for (const ResolvedPurchase &purchase : told)
+            purchases().dismiss(purchase);
+        EXPECT_TRUE(purchases().resolved.value().isEmpty());
+        EXPECT_TRUE(app->journal.openPurchases().isEmpty());
+    }
+}
+
+TEST_F(PurchaseLookupTest, AQueuedPurchaseIsLookedUpByItsId)
+{
+    composeAndRate(homeAddress());
+    carrier.setScenario({.dropConnection = true, .queuedReads = 6});
+    pressBuy();
+    carrier.setScenario({});
+    check();
+    ASSERT_EQ(purchases().unresolved.value().size(), 1);
+    const QString id = purchases().unresolved.value().first().purchase.record.transactionID;
+    EXPECT_FALSE(id.isEmpty());
+    EXPECT_EQ(app->journal.openPurchases().value(0).record.transactionID, id) << "kept if the program ends now";
+    for (int look = 0; look < 10 && !purchases().unresolved.value().isEmpty(); ++look)
+        check();
+    EXPECT_EQ(app->log.records().value(0).transactionID, id);
+    EXPECT_GT(requestsTo("/transactions/" + id.toLatin1()), 0);
+}
+
+TEST_F(PurchaseLookupTest, APurchaseWhoseEntryCannotBeReadIsFoundByItsRate)
+{
+    lose();
+    screenOwner.reset();
+    app.reset();
+    ASSERT_TRUE(Database(path(u"purchase_journal.sqlite"_s))
+                    .exec("UPDATE purchases SET shipment = '{\"hold\"', recipient = 'x'"));
+    carrier.setScenario({});
+    app = std::make_unique<AppState>(platform);
+    screenOwner = std::make_unique<LabelScreen>(*app);
+    settle();
+    run(purchases().resume());
+    check();
+    EXPECT_TRUE(std::ranges::any_of(prompts.alerts, [](const auto &alert) {
+        return alert.second.startsWith(u"Open purchases in the journal that cannot be read"_s);
+    }));
+    ASSERT_EQ(app->log.records().size(), 1);
+    const ShipmentRecord row = app->log.records().first();
+    EXPECT_EQ(row.recipientName(), homeAddress().name);
+    EXPECT_TRUE(row.testMode && !row.tracking.isEmpty() && !row.service.isEmpty());
+}
+
 TEST_F(PurchaseLookupTest, APurchaseThatWasResolvedByHandDoesNotComeBack)
 {
     const OpenPurchase lost = lose();

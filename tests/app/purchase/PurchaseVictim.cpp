@@ -1,6 +1,6 @@
-// A desk that buys one label and is killed during the purchase: `purchase_victim FOLDER CARRIER STEP` dies at step STEP
+// A desk that is killed during a purchase: `purchase_victim FOLDER CARRIER STEP` buys one label and dies at step STEP
 // after Buy (sending a request, receiving a response, running a tool, committing to a database). It exits normally if
-// the purchase has fewer steps.
+// the purchase has fewer steps. At step 0, it resolves what the last run left and buys labels until somebody kills it.
 
 #include "app/AppState.h"
 #include "app/label/LabelScreen.h"
@@ -17,6 +17,7 @@
 #include <QCoreApplication>
 
 #include <atomic>
+#include <chrono>
 #include <csignal>
 #include <sqlite3.h>
 #include <unistd.h>
@@ -65,7 +66,22 @@ int countCommits(sqlite3 *db, const char **, const sqlite3_api_routines *)
     return SQLITE_OK;
 }
 
-int buyOnce(const QString &folder, const QString &carrier, int killedAt)
+void buy(LabelScreen &screen, FakePlatform &desk, AppState &app, const QString &name, int killedAt)
+{
+    ShippoAddress to = homeAddress();
+    to.name = name;
+    app.draftTo = to;
+    screen.weightLb = u"1"_s;
+    screen.dimLength = u"9"_s;
+    screen.dimWidth = u"6"_s;
+    screen.dimHeight = u"2"_s;
+    runTask(screen.fetchRates(true), &desk.clock);
+    stepsLeft = killedAt;
+    runTask(screen.buyAndPrint(), &desk.clock);
+    settle();
+}
+
+int work(const QString &folder, const QString &carrier, int killedAt)
 {
     sqlite3_auto_extension(reinterpret_cast<void (*)()>(&countCommits));
     FakePlatform desk;
@@ -94,14 +110,15 @@ int buyOnce(const QString &folder, const QString &carrier, int killedAt)
     ErrorLog errors(platform);
     AppState app(platform);
     LabelScreen screen(app);
-    app.draftTo = homeAddress();
-    screen.weightLb = u"1"_s;
-    screen.dimLength = u"9"_s;
-    screen.dimWidth = u"6"_s;
-    screen.dimHeight = u"2"_s;
-    runTask(screen.fetchRates(true), &desk.clock);
-    stepsLeft = killedAt;
-    runTask(screen.buyAndPrint(), &desk.clock);
+    if (killedAt == 0) {
+        runTask(screen.purchases.resume(), &desk.clock);
+        desk.clock.advance(std::chrono::seconds(61));
+        runTask(screen.purchases.checkAgain(), &desk.clock);
+        constexpr int tooMany = 10000;
+        for (int parcel = 0; parcel < tooMany; ++parcel)
+            buy(screen, desk, app, u"Parcel %1 of %2"_s.arg(parcel).arg(::getpid()), -1);
+    }
+    buy(screen, desk, app, homeAddress().name, killedAt);
     return app.log.records().isEmpty() ? 1 : 0;
 }
 
@@ -112,5 +129,5 @@ int main(int argc, char **argv)
 {
     QCoreApplication program(argc, argv);
     const QStringList arguments = QCoreApplication::arguments();
-    return parcelory::test::buyOnce(arguments.at(1), arguments.at(2), arguments.at(3).toInt());
+    return parcelory::test::work(arguments.at(1), arguments.at(2), arguments.at(3).toInt());
 }

@@ -241,7 +241,7 @@ TEST_F(PurchasesTest, ResolvingAPurchaseKeepsANewDraftForTheSameRecipient)
 
     EXPECT_TRUE(app->log.setStatus(app->log.records().first().id, u"REFUNDED"_s));
     run(purchases().print(purchases().resolved.value().first()));
-    EXPECT_TRUE(prompts.questions.last().text.contains(u"It was refunded"_s));
+    EXPECT_TRUE(prompts.questions.last().text.contains(u"This label was refunded"_s));
 }
 
 TEST_F(PurchasesTest, AnUnresolvedPurchaseEndsInTheErrorLogAfterAMonth)
@@ -271,7 +271,8 @@ TEST_F(PurchasesTest, NothingIsBoughtWithoutAJournal)
     other.selectedRateID = chosen;
     run(other.buyAndPrint());
     ASSERT_TRUE(other.banner.value());
-    EXPECT_TRUE(other.banner.value()->text.contains(u"another Parcelory is running"_s))
+    EXPECT_TRUE(other.banner.value()->text.contains(
+        u"Parcelory is already open. Use that window; labels can't be bought here"_s))
         << other.banner.value()->text.toStdString();
     EXPECT_TRUE(sent("/transactions/").isEmpty());
     run(other.purchases.resume());
@@ -292,7 +293,8 @@ TEST_F(PurchasesTest, APurchaseThatTheJournalShowsOnlyLaterIsNotMadeTwice)
     app = std::make_unique<AppState>(platform);
     screenOwner = std::make_unique<LabelScreen>(*app);
     run(purchases().resume());
-    EXPECT_TRUE(prompts.alerts.last().second.contains(u"another Parcelory is running"_s));
+    EXPECT_TRUE(prompts.alerts.last().second.contains(
+        u"Parcelory is already open. Use that window; labels can't be bought here"_s));
     EXPECT_TRUE(purchases().unresolved.value().isEmpty());
     rate();
     busy.reset();

@@ -59,14 +59,13 @@ TEST_F(ScanFormFlowTest, AScanFormIsMadeOfTodaysLabelsOfTheActiveKeysMode)
         carrier.setScenario(scenario);
         make();
         EXPECT_EQ(app->scanFormStatus.value(), text);
-        EXPECT_EQ(errors->entries().first().context, u"SCAN Form"_s);
         EXPECT_FALSE(app->scanFormBusy);
     }
     EXPECT_EQ(app->scanFormOpenTick.value(), 1);
 
     const ShipmentRecord row = **app->log.find(first);
     run(log.refund(row));
-    EXPECT_TRUE(prompts.questions.last().text.contains(u"It is on the SCAN form of "_s));
+    EXPECT_TRUE(prompts.questions.last().text.contains(u"This label is on the SCAN form of "_s));
 }
 
 TEST_F(ScanFormFlowTest, AScanFormWhoseResponseIsLostIsFetchedWithTheNextPress)

@@ -109,9 +109,6 @@ TEST_F(SignInFlowTest, ReportsWhyItFailedAndForgetsOnlyRejectedCredentials)
     EXPECT_THAT(web.loaded, IsEmpty());
     settle();
     EXPECT_EQ(errors->entries().size(), qsizetype(std::size(rows)) + 2);
-    EXPECT_EQ(errors->entries().first().context, u"Sign-In"_s);
-    EXPECT_EQ(errors->entries().first().detail, app->loginError.value());
-    EXPECT_TRUE(prompts.alerts.isEmpty());
     for (const QString &secret : {u"secret"_s, u"old"_s})
         EXPECT_FALSE(errors->asText().contains(secret));
 }
@@ -123,8 +120,10 @@ TEST_F(SignInFlowTest, SignsInByItselfOncePerRun)
     run([&] { return screen.appear(); });
     EXPECT_FALSE(app->autoLoginTried) << "without a remembered password nothing is tried";
     remember();
+    screen.remember = true;
     run([&] { return screen.appear(); });
     EXPECT_TRUE(app->autoLoginTried);
+    EXPECT_FALSE(screen.remember) << "the next sign-in must not store a password unasked";
     EXPECT_EQ(screen.name.value(), u"dana"_s);
     EXPECT_EQ(web.loaded.size(), 1);
     EXPECT_EQ(app->loginError.value(), u"Login failed — check the email and password."_s);

@@ -1,0 +1,52 @@
+#include "core/PrivateFiles.h"
+
+#include <QDateTime>
+#include <QFile>
+#include <QFileInfo>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr auto fileMode = QFile::ReadOwner | QFile::WriteOwner;
+constexpr auto folderMode = fileMode | QFile::ExeOwner;
+constexpr QLatin1StringView asideMark(".unreadable-");
+
+} // namespace
+
+QString asidePath(const QString &path)
+{
+    return path + asideMark + QDateTime::currentDateTime().toString(u"yyyyMMdd-hhmmss-zzz"_s);
+}
+
+void createPrivateFolder(const QDir &folder)
+{
+    if (!folder.exists() && folder.mkpath(u"."_s))
+        QFile::setPermissions(folder.path(), folderMode);
+}
+
+void createPrivateFile(const QString &path)
+{
+    QFile(path).open(QIODevice::WriteOnly | QIODevice::NewOnly, fileMode);
+}
+
+void makePrivate(const QString &path)
+{
+    QFile::setPermissions(path, fileMode);
+}
+
+void makePrivate(const QDir &folder)
+{
+    createPrivateFolder(folder);
+    QFile::setPermissions(folder.path(), folderMode);
+    constexpr auto all = QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot;
+    for (const QFileInfo &entry : folder.entryInfoList(all)) {
+        if (entry.isFile())
+            makePrivate(entry.filePath());
+        else if (!entry.isDir() && entry.exists() && !entry.fileName().contains(asideMark)) // links may lead nowhere
+            QFile::rename(entry.filePath(), asidePath(entry.filePath()));
+    }
+}
+
+} // namespace parcelory

@@ -1,0 +1,383 @@
+// Makes each operation of each screen fail once: what the clerk reads is in the error log, under the operation's name,
+// with an alert only where support can help.
+
+#include "app/Screens.h"
+#include "core/Sqlite.h"
+#include "core/Task.h"
+#include "core/ports/ProcessRunner.h"
+#include "practice/carrier/CarrierScenario.h"
+#include "records/PurchaseJournal.h"
+#include "records/ShipmentRecord.h"
+#include "shell/ErrorLog.h"
+#include "support/CarrierDesk.h"
+#include "support/LogFile.h"
+#include "support/RunTask.h"
+
+#include <functional>
+
+namespace parcelory::test {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// All screens of a signed-in clerk. Nothing is reachable but the practice carrier.
+struct Desk : CarrierDesk {
+    ErrorLog errors{platform};
+    AppState app{platform};
+    Screens screens{app};
+    LabelScreen &label = screens.label;
+    MailingLogScreen &log = screens.mailingLog;
+    AddressBook &book = screens.addressBook;
+    std::unique_ptr<PurchaseJournal> other; ///< another program's
+
+    Desk()
+    {
+        clock.start = QDateTime::currentDateTime(); // the practice carrier uses the real date
+        app.flow = AppFlow::main;
+        preferences.setValue(u"printer.zebraQueue"_s, u"ZD421"_s);
+        preferences.setValue(u"printer.documentQueue"_s, u"Laser"_s);
+        prompts.answer = 1;
+        prompts.file = u"/nowhere/file"_s;
+        settle();
+    }
+    ~Desk() { finish(); }
+    void finish()
+    {
+        for (int step = 0; step < 5; ++step) {
+            workPool().waitForDone();
+            settle();
+        }
+    }
+    void run(Task<> task)
+    {
+        runTask(std::move(task), &clock);
+        settle();
+    }
+    /// A shipment in the log, bought just now with this desk's test key; the carrier has neither label nor papers.
+    ShipmentRecord logged(const QString &status = u"PRINTED"_s)
+    {
+        ShipmentRecord record = shipmentTo(u"Ana"_s);
+        record.createdAt = clock.now();
+        record.transactionID = transactionId();
+        record.tracking = u"9400"_s;
+        record.trackingURL = u"https://usps.example/9400"_s;
+        record.labelURL = record.customsDocURL = carrier.baseUrl().toString() + u"none"_s;
+        record.isIntl = record.testMode = true;
+        record.status = status;
+        EXPECT_TRUE(app.log.insert(record));
+        settle();
+        return log.records().value(0);
+    }
+    ShipmentRecord printable()
+    {
+        ShipmentRecord record = logged();
+        record.zpl = "^XA^FDx^FS^XZ";
+        return record;
+    }
+};
+
+using Step = std::function<void(Desk &desk)>;
+using Shown = std::function<QString(Desk &desk)>;
+
+struct Row {
+    Step before, fault, operation;
+    Shown shown;
+    QString context;
+    Popup popup = Popup::no;
+    QString common = {}; ///< what both texts contain, if the error log tells something else than the screen
+};
+
+// Faults.
+
+Step scenario(const CarrierScenario &faulty)
+{
+    return [faulty](Desk &desk) { desk.carrier.setScenario(faulty); };
+}
+Step answers(const QByteArray &path, int status, const QByteArray &body)
+{
+    return scenario({.failNext = CarrierFailure{path, status, "application/json", body, 1, ""}});
+}
+Step down(const QByteArray &path)
+{
+    return answers(path, 500, "down");
+}
+Step toolFails(const QString &word, int status)
+{
+    return [=](Desk &desk) {
+        desk.processes.behave = [=](const QString &program, const QStringList &arguments) {
+            const bool fails = program.endsWith(word) || arguments.contains(word);
+            return fails ? ProcessOutcome{status, {}, "on fire"} : ProcessOutcome{};
+        };
+    };
+}
+Step damaged(const QByteArray &sql, const QString &file = u"mailing_log.sqlite"_s)
+{
+    return [=](Desk &desk) { EXPECT_TRUE(Database(desk.path(file)).exec(sql.constData())); };
+}
+Step full(const QByteArray &table, const QString &file = u"mailing_log.sqlite"_s)
+{
+    QByteArray sql;
+    for (const QByteArray &write : {"INSERT", "UPDATE"})
+        sql += "CREATE TRIGGER no" + write + " BEFORE " + write + " ON " + table +
+               " BEGIN SELECT RAISE(ABORT, 'full'); END;";
+    return damaged(sql, file);
+}
+void nothing(Desk &) {}
+void noBrowser(Desk &desk)
+{
+    desk.desktop.fails = true;
+}
+void otherProgram(Desk &desk)
+{
+    desk.other = std::make_unique<PurchaseJournal>(QDir(desk.folder.path()));
+    desk.other->open();
+}
+
+// Operations.
+
+Step composed(const ShippoAddress &to, Carrier carrier = Carrier::usps, const QString &signer = u"Dana Marsh"_s)
+{
+    return [=](Desk &desk) {
+        desk.app.draftTo = to;
+        desk.label.carrier = carrier;
+        for (auto *field : {&desk.label.weightLb, &desk.label.dimLength, &desk.label.dimWidth, &desk.label.dimHeight})
+            *field = u"2"_s;
+        desk.label.customs = CustomsInfo{CustomsItemType::gold, u"1"_s, u"50"_s, signer};
+    };
+}
+void getRates(Desk &desk)
+{
+    desk.run(desk.label.fetchRates(true));
+}
+Step rated(const ShippoAddress &to, Carrier carrier = Carrier::usps)
+{
+    return [=](Desk &desk) {
+        composed(to, carrier)(desk);
+        getRates(desk);
+        desk.clock.advance(LabelScreen::buyPause);
+        EXPECT_TRUE(desk.label.selectedRate());
+    };
+}
+void buy(Desk &desk)
+{
+    desk.run(desk.label.buyAndPrint());
+}
+Step bought(const ShippoAddress &to)
+{
+    return [=](Desk &desk) {
+        rated(to)(desk);
+        buy(desk);
+    };
+}
+/// An operation of a screen without arguments.
+template <class Screen>
+Step does(Screen Screens::*screen, Task<> (Screen::*operation)())
+{
+    return [=](Desk &desk) { desk.run((desk.screens.*screen.*operation)()); };
+}
+/// An operation on a shipment of the mailing log, which is written just before.
+Step onLabel(Task<> (MailingLogScreen::*operation)(ShipmentRecord), const QString &status = u"PRINTED"_s)
+{
+    return [=](Desk &desk) { desk.run((desk.log.*operation)(desk.logged(status))); };
+}
+void reprintStored(Desk &desk)
+{
+    desk.run(desk.log.reprint(desk.printable()));
+}
+void reprintStoredPapers(Desk &desk)
+{
+    const ShipmentRecord record = desk.logged();
+    EXPECT_TRUE(desk.app.log.storeCustomsPDF(record.id, "%PDF-1.4\n%%EOF\n"));
+    desk.run(desk.log.reprintCustoms(record));
+}
+void printFound(Desk &desk)
+{
+    const ResolvedPurchase found{.recipient = {}, .record = desk.printable(), .text = u"found"_s};
+    desk.label.purchases.resolved = QList{found};
+    desk.run(desk.label.purchases.print(found));
+}
+Step scan(const QString &code)
+{
+    return [=](Desk &desk) {
+        desk.app.handleInvoiceScan(code);
+        runUntil([&] { return !desk.app.scanBusy; }, &desk.clock);
+    };
+}
+void searchTwice(Desk &desk)
+{
+    for (const QString &text : {u"a"_s, u"b"_s}) {
+        desk.log.search = text;
+        desk.finish();
+    }
+}
+void makeScanForm(Desk &desk)
+{
+    desk.run(desk.app.createScanForm(deskAddress()));
+}
+void hasScanForm(Desk &desk)
+{
+    desk.screens.scanForm.documents = QList<QByteArray>{"%PDF-1.4\n%%EOF\n"};
+}
+void hasLabel(Desk &desk)
+{
+    desk.logged();
+}
+
+// Where the clerk reads it.
+
+QString banner(Desk &desk)
+{
+    return desk.label.banner.value() ? desk.label.banner.value()->text : QString();
+}
+QString alertText(Desk &desk)
+{
+    return desk.prompts.alerts.isEmpty() ? QString() : desk.prompts.alerts.last().second;
+}
+
+/// Every row gets a desk of its own, so that nothing is left of the failure before.
+void expectRecorded(const std::vector<Row> &rows)
+{
+    for (const Row &row : rows) {
+        SCOPED_TRACE(row.context.toStdString() + ", row " + std::to_string(&row - rows.data()));
+        Desk desk;
+        for (const Step &step : {row.before, row.fault, row.operation})
+            step(desk);
+        desk.finish();
+        const QString shown = row.shown(desk);
+        ASSERT_EQ(desk.errors.entries().size(), 1) << shown.toStdString() << '\n' << desk.errors.asText().toStdString();
+        const QString detail = desk.errors.entries().first().detail.trimmed();
+        EXPECT_EQ(desk.errors.entries().first().context, row.context);
+        const QString part = row.common.isEmpty() ? detail : row.common;
+        EXPECT_TRUE(!part.isEmpty() && shown.contains(part) && detail.contains(part))
+            << "shown: " << shown.toStdString() << "\nrecorded: " << detail.toStdString();
+        const auto isSupport = [&](const auto &alert) {
+            return alert.first.startsWith(u"Bad API response"_s) && alert.second.contains(detail);
+        };
+        EXPECT_EQ(std::ranges::count_if(desk.prompts.alerts, isSupport), row.popup == Popup::yes ? 1 : 0);
+    }
+}
+
+const ShippoAddress home = homeAddress(), london = londonAddress();
+const QByteArray gone = "ALTER TABLE shipments RENAME TO gone";
+
+} // namespace
+
+TEST(RecordedFailures, OfTheLabelScreen)
+{
+    const Step validate = does(&Screens::label, &LabelScreen::validate);
+    const Step printInvoice = does(&Screens::label, &LabelScreen::printIntlInvoice);
+    const Step reprint = does(&Screens::label, &LabelScreen::reprintLast);
+    const Step noise = [](Desk &desk) { desk.app.scanListener.onNoise(u"0123456789"_s); };
+    const Step resume = [](Desk &desk) { desk.run(desk.label.purchases.resume()); };
+    const Step zebraFails = toolFails(u"ZD421"_s, 1), laserFails = toolFails(u"Laser"_s, 1);
+    const Shown verdict = [](Desk &desk) { return desk.label.validationStatus.value(); };
+    const Shown warning = [](Desk &desk) { return desk.label.secondLabel.value(); };
+    const Shown lastLabel = [](Desk &desk) { return desk.label.lastLabel.value()->message; };
+    const Shown found = [](Desk &desk) { return desk.label.purchases.resolved.value().first().text; };
+    const Shown scanned = [](Desk &desk) { return desk.app.scanStatus.value(); };
+    const QByteArray unknown = R"({"validation_results": {"is_valid": false, "messages": [{"text": "Unknown."}]}})";
+    const CarrierScenario refused{.purchaseFails = true, .purchaseMessages = {u"Insufficient funds."_s}};
+    const QString rates = u"Get Rates"_s, buying = u"Buy Label"_s, printing = u"Print Label"_s;
+    const QString invoice = u"Commercial Invoice"_s, fedex = u"FedEx Commercial Invoice"_s;
+    expectRecorded({
+        {composed(home), down("addresses"), validate, banner, u"Validate Address"_s, Popup::yes},
+        {composed(home), answers("addresses", 200, unknown), validate, verdict, u"Validate Address"_s},
+        {composed(home), down("shipments"), getRates, banner, rates, Popup::yes},
+        {composed(home), scenario({.badToken = u"Token does not exist"_s}), getRates, banner, rates},
+        {composed(home), scenario({.noRates = true}), getRates, banner, rates},
+        {rated(home), damaged(gone), buy, warning, buying, Popup::no, u"mailing log "_s},
+        {otherProgram, rated(home), buy, banner, buying, Popup::yes},
+        {rated(home), scenario(refused), buy, banner, buying, Popup::yes},
+        {rated(home), zebraFails, buy, banner, printing},
+        {rated(home), scenario({.labelAnswer = LabelAnswer::expired}), buy, banner, printing},
+        {rated(home), full("shipments"), buy, banner, u"Mailing Log"_s, Popup::yes, u"tracking "_s},
+        {rated(london), laserFails, buy, banner, invoice},
+        {rated(london, Carrier::fedex), laserFails, buy, banner, fedex},
+        {rated(london, Carrier::fedex), down("documents"), buy, banner, fedex},
+        {composed(london), laserFails, printInvoice, banner, invoice},
+        {composed(london, Carrier::usps, u"Zo\u0378"_s), nothing, printInvoice, banner, invoice},
+        {bought(home), zebraFails, reprint, lastLabel, u"Reprint"_s},
+        {nothing, zebraFails, printFound, found, u"Reprint"_s},
+        {nothing, otherProgram, resume, alertText, u"Purchase Journal"_s},
+        {nothing, nothing, noise, scanned, u"Scanner"_s},
+        {nothing, nothing, scan(u"012"_s), scanned, u"Deskline Invoice"_s},
+        {nothing, nothing, scan(u"48213"_s), scanned, u"Deskline Invoice 48213"_s},
+    });
+}
+
+TEST(RecordedFailures, OfTheLogsAndScanForms)
+{
+    using Log = MailingLogScreen;
+    const Shown message = [](Desk &desk) { return desk.log.message.value(); };
+    const Shown account = [](Desk &desk) { return desk.screens.masterLog.message.value(); };
+    const Shown form = [](Desk &desk) { return desk.screens.scanForm.message.value(); };
+    const Shown made = [](Desk &desk) { return desk.app.scanFormStatus.value(); };
+    const Step track = [](Desk &desk) {
+        desk.run(desk.screens.masterLog.trackOnline({.trackingURL = u"https://usps.example/9400"_s}));
+    };
+    const Step show = [](Desk &desk) { desk.run(desk.screens.scanForm.show({.id = 1})); };
+    const QString papers = u"Customs Docs Reprint"_s, scanForm = u"SCAN Form"_s;
+    expectRecorded({
+        {nothing, toolFails(u"ZD421"_s, 1), reprintStored, message, u"Reprint"_s},
+        {nothing, nothing, onLabel(&Log::reprint), message, u"Reprint"_s, Popup::yes},
+        {nothing, nothing, onLabel(&Log::reprintCustoms), message, papers, Popup::yes},
+        {nothing, toolFails(u"Laser"_s, 1), reprintStoredPapers, message, papers},
+        {nothing, noBrowser, onLabel(&Log::trackOnline), message, u"Track Online"_s},
+        {nothing, down("tracks"), onLabel(&Log::checkStatus), message, u"Check Status"_s, Popup::yes},
+        {nothing, down("refunds"), onLabel(&Log::refund), message, u"Refund"_s, Popup::yes},
+        {nothing, down("transactions"), onLabel(&Log::refund, u"REFUND_PENDING"_s), message, u"Refund"_s, Popup::yes},
+        {nothing, damaged("CREATE TRIGGER a BEFORE UPDATE ON shipments BEGIN SELECT RAISE(ABORT, 'full'); END"),
+         onLabel(&Log::refund), message, u"Refund"_s},
+        {nothing, nothing, does(&Screens::mailingLog, &Log::exportCSV), message, u"Export CSV"_s},
+        {nothing, nothing, does(&Screens::mailingLog, &Log::importCSV), message, u"Import CSV"_s},
+        {hasLabel, damaged(gone), searchTwice, message, u"Mailing Log"_s},
+        {nothing, down("shipments"), does(&Screens::masterLog, &MasterLogScreen::load), account, u"Master Log"_s},
+        {nothing, nothing, does(&Screens::masterLog, &MasterLogScreen::exportCSV), account, u"Master Log Export"_s},
+        {nothing, noBrowser, track, account, u"Track Online"_s},
+        {hasLabel, down("carrier_accounts"), makeScanForm, made, scanForm},
+        {hasLabel, answers("manifests", 400, "{}"), makeScanForm, made, scanForm},
+        {nothing, damaged(gone), makeScanForm, made, scanForm},
+        {hasScanForm, toolFails(u"Laser"_s, 1), does(&Screens::scanForm, &ScanFormScreen::print), form, scanForm},
+        {hasScanForm, nothing, does(&Screens::scanForm, &ScanFormScreen::save), form, scanForm},
+        {hasLabel, damaged("CREATE TABLE scan_forms (x)"), does(&Screens::scanForm, &ScanFormScreen::load), form,
+         scanForm},
+        {hasLabel, damaged("CREATE TABLE scan_forms (x)"), show, form, scanForm},
+    });
+}
+
+TEST(RecordedFailures, OfTheOtherScreens)
+{
+    const Shown printers = [](Desk &desk) { return desk.screens.settings.printerMessage.value().text; };
+    const Shown status = [](Desk &desk) { return desk.book.status.value(); };
+    const Shown login = [](Desk &desk) { return desk.app.loginError.value().value_or(QString()); };
+    const Shown update = [](Desk &desk) { return desk.screens.updates.status.value(); };
+    const Step save = [](Desk &desk) { EXPECT_FALSE(runTask(desk.book.save({.name = u"Zoe"_s}), &desk.clock)); };
+    const Step keep = [](Desk &desk) { emit desk.app.recipientToKeep(home); };
+    const Step signIn = [](Desk &desk) {
+        desk.app.signOut();
+        desk.run(desk.app.signIn(u"dana"_s, u"secret"_s, false));
+    };
+    const Step feed = [](Desk &desk) { desk.platform.deployment.updateFeed = u"https://updates.example/feed"_s; };
+    const Step offer = [](Desk &desk) {
+        desk.screens.updates.available = UpdateInfo{u"2"_s, u"https://updates.example/2.zip"_s, {}, {}, {}, {}};
+    };
+    const Step fullBook = full("addresses", u"addresses.sqlite"_s);
+    const QString import = u"Address Book Import"_s;
+    expectRecorded({
+        {nothing, toolFails(u"lpstat"_s, 139), does(&Screens::settings, &SettingsScreen::refreshPrinters), printers,
+         u"Printers"_s},
+        {nothing, toolFails(u"lpr"_s, 1), does(&Screens::settings, &SettingsScreen::printTest), printers,
+         u"Print Test"_s},
+        {nothing, fullBook, save, status, u"Address Book"_s},
+        {nothing, fullBook, keep, status, u"Address Book"_s},
+        {nothing, nothing, does(&Screens::addressBook, &AddressBook::importVCard), status, import},
+        {nothing, nothing, does(&Screens::addressBook, &AddressBook::importEndicia), status, import},
+        {nothing, nothing, does(&Screens::addressBook, &AddressBook::importContacts), status, import},
+        {nothing, nothing, signIn, login, u"Sign-In"_s},
+        {feed, toolFails(u"curl"_s, 6), does(&Screens::updates, &UpdateChecker::checkNow), alertText,
+         u"Update Check"_s},
+        {nothing, offer, does(&Screens::updates, &UpdateChecker::install), update, u"Self-Update"_s},
+    });
+}
+
+} // namespace parcelory::test

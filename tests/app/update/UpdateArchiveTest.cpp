@@ -1,0 +1,186 @@
+// What an update's archive must hold, and how its application replaces the installed one.
+
+#include "app/update/UpdateChecker.h"
+#include "platform/SystemApplication.h"
+#include "shell/UpdateFeed.h"
+#include "support/RunTask.h"
+#include "support/UpdateDesk.h"
+
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+
+#include <iterator>
+#include <optional>
+#include <utility>
+
+namespace parcelory::test {
+using namespace Qt::StringLiterals;
+using testing::HasSubstr;
+
+TEST_F(UpdateDesk, AFailedDownloadReportsWhyAndLeavesNoFiles)
+{
+    struct Row {
+        QString change; ///< a script that damages the archive's contents
+        const char *reason;
+        QString url = {};
+    };
+    const QString pack = u"; rm -f site/a.zip; (cd new && zip -qry ../site/a.zip .)"_s;
+    const Row rows[] = {
+        {u"mv new/Parcelory.app new/Parcelory"_s, "The update archive didn't contain an app."},
+        {u"mv new/Parcelory.app new/x; ln -s x new/Parcelory.app"_s, "didn't contain an app."},
+        {u"cd new/Parcelory.app/bin; rm parcelory; mkdir parcelory; cd ../../.."_s, "didn't contain an app."},
+        {u"ln -s ../../.. new/Parcelory.app/up"_s, "holds a link that leads out of the app."},
+        {u"ln -s /etc new/Parcelory.app/etc"_s, "holds a link that leads out of the app."},
+        {u"ln -s ../gone new/Parcelory.app/bin/broken"_s, "holds a link to a file that is missing."},
+        {u"ln -s loop new/Parcelory.app/loop"_s, "holds a link to a file that is missing."},
+        {u"echo 1.8 >new/Parcelory.app/version"_s, "the archive holds version 1.8 instead of 2"},
+        {u"mkdir new/Parcelory.app/Contents; echo '<plist><dict><key>CFBundleName</key><string>2</string>"
+         "<key>CFBundleShortVersionString</key><string>3</string>' >new/Parcelory.app/Contents/Info.plist"_s,
+         "the archive holds version 3 instead of 2"},
+        {u"ln -s ../../victim new/swap.sh"_s, "The update helper could not be written"},
+        {u":"_s, "The update archive is broken — unzip 9: ", url("half.zip")},
+        {u":"_s, "curl 22: curl: (22)", url("nothing.zip")},
+        {u":"_s, "curl 18: curl: (18)", url("a.zip?cut")},
+        {u"cp site/a.zip site/b1.zip || true"_s, "curl 22: curl: (22)", url("b[1-1].zip")}, // one file, not several
+        {u":"_s, "curl 1: curl: (1) Protocol", url("moved") + u"ftp://127.0.0.1/a.zip"_s},
+        {u":"_s, "no web address", u"file://"_s + desk.path(u"site/a.zip"_s)},
+        {u":"_s, "no web address", u"--config"_s},
+        {u":"_s, "no web address", url("a.zip").replace(u"http"_s, u"ftp"_s)},
+        {u":"_s, "is not encrypted and has no checksum", url("a.zip").replace(u"127.0.0.1"_s, u"localhost"_s)},
+    };
+    write(u"victim"_s, "precious");
+    for (const Row &row : rows) {
+        sh(u"rm -rf new"_s);
+        make(u"new/Parcelory.app"_s, 2);
+        ASSERT_EQ(sh(row.change + pack + u"; head -c 20000 site/a.zip >site/half.zip"_s), 0) << row.reason;
+        cut = row.url.endsWith(u"?cut");
+        EXPECT_THAT(install(offerOf(row.url.isEmpty() ? url("a.zip") : row.url)),
+                    testing::AllOf(testing::StartsWith("Update failed: "), HasSubstr(row.reason)));
+        EXPECT_EQ(checker.phase, UpdatePhase::idle) << row.reason;
+        EXPECT_EQ(entries(u"tmp"_s), QStringList()) << row.reason;
+    }
+    EXPECT_EQ(read(u"victim"_s), "precious");
+    settle();
+    EXPECT_EQ(errors.entries().size(), qsizetype(std::size(rows)));
+    EXPECT_EQ(errors.entries().first().context, u"Self-Update"_s);
+
+    cut = false;
+    sh(u"cd new; touch ../evil; zip -qr ../site/a.zip . ../evil"_s);
+    const QString usual = std::exchange(desk.application.installed, SystemApplication::bundleAround(u"/usr/bin"_s));
+    EXPECT_THAT(install(offerOf(url("a.zip"))), HasSubstr("update it the way it was installed"));
+    desk.application.installed = usual;
+    EXPECT_THAT(install(offerOf(url("a.zip"))), HasSubstr("ready to install"));
+    EXPECT_EQ(entries(u"tmp"_s).size(), 1) << "nothing of an archive gets out of its folder";
+}
+
+TEST_F(UpdateDesk, WithAPublicKeyInstallsOnlySignedArchives)
+{
+    sh(u"openssl genpkey -algorithm ed25519 -out key; openssl pkey -in key -pubout -outform DER | tail -c 32 | base64 "
+       ">public"_s);
+    desk.platform.deployment.updatePublicKey = QString::fromLatin1(read(u"public"_s).trimmed());
+    const UpdateInfo whole = publish(u"key"_s);
+    UpdateInfo anonymous = whole, renamed = whole;
+    anonymous.signature = std::nullopt;
+    renamed.version = u"3"_s;
+    EXPECT_THAT(install(anonymous), HasSubstr("not signed by its publisher"));
+    EXPECT_THAT(install(renamed), HasSubstr("not signed by its publisher"));
+    sh(u"cp site/Parcelory-2.zip keep; printf x >>site/Parcelory-2.zip"_s);
+    EXPECT_THAT(install(whole), HasSubstr("not the archive that the feed describes"));
+    EXPECT_EQ(entries(u"tmp"_s), QStringList());
+    sh(u"mv keep site/Parcelory-2.zip"_s);
+    EXPECT_THAT(install(whole), HasSubstr("ready to install"));
+}
+
+TEST_F(UpdateDesk, WithoutAPublicKeyTellsThatSignaturesAreNotVerified)
+{
+    UpdateInfo info = publish();
+    EXPECT_THAT(checker.signatureNote().toStdString(), HasSubstr("not verified"));
+    for (const QString &garbage : {u"?"_s, u"AAAA"_s, QString(88, u'A')}) {
+        info.signature = garbage;
+        EXPECT_THAT(install(info), HasSubstr("signature is damaged")) << garbage.toStdString();
+    }
+    sh(u"echo 2.0 >new.app/version; "_s +
+       QStringLiteral(PARCELORY_SOURCE_DIR "/tools/make-update new.app 2.0 '%1' site </dev/null").arg(url("")));
+    info = parseUpdateFeed(read(u"site/parcelory-latest.json"_s)).value();
+    info.signature = QString(86, u'A') + u"=="_s; // a signature, but nobody can tell whose
+    EXPECT_THAT(install(info), HasSubstr("ready to install"));
+    desk.platform.deployment.updatePublicKey = u"key"_s;
+    EXPECT_EQ(checker.signatureNote(), QString());
+}
+
+TEST_F(UpdateDesk, AFailedSwapAlwaysLeavesACompleteApp)
+{
+    struct Row {
+        const char *what;
+        QByteArray move; ///< a script that replaces `mv`; $n is the number of the call
+        int status, version;
+    };
+    const QByteArray half = "{ mkdir -p \"$2/bin\"; : >\"$2/bin/parcelory\"; exit 1; }"; // the state after a full disk
+    const Row rows[] = {
+        {"nothing", ":", 0, 2},
+        {"a full disk", "[ $n = 1 ] && " + half, 1, 1},
+        {"a read-only folder", "[ $n = 2 ] && exit 1", 1, 1},
+        {"the last move", "[ $n = 3 ] && " + half, 1, 1},
+        {"a kill of the swap in its middle", "[ $n = 3 ] && kill -9 $$", 1, 1},
+        {"a kill of the script in its middle", "[ $n = 3 ] && { old=$(echo */*.old-*); kill -9 ${old##*-}; }", 137, 2},
+    };
+    const QString call = QStringLiteral("PATH=$PWD:$PATH exec /bin/sh " PARCELORY_SOURCE_DIR "/src/shell/swap.sh "
+                                        "4194305 \"$PWD/Applications/Parcelory.app\" new/Parcelory.app");
+    for (const Row &row : rows) {
+        SCOPED_TRACE(row.what);
+        make(u"Applications/Parcelory.app"_s, 1);
+        make(u"new/Parcelory.app"_s, 2);
+        write(u"mv"_s, "#!/bin/sh\necho >>count; n=$(grep -c '' count)\n" + row.move + "\nexec /bin/mv \"$@\"\n");
+        sh(u"rm -f count started"_s);
+        EXPECT_EQ(sh(call), row.status);
+        if (row.status != 137) // a requested restart happens even if the swap fails
+            runUntil([&] { return read(u"started"_s) == "v" + QByteArray::number(row.version) + "\n"; });
+        runUntil([&] { return installedProgram() == program(row.version); });
+        if (row.status == 1)
+            EXPECT_EQ(entries(u"Applications"_s), QStringList{u"Parcelory.app"_s});
+    }
+}
+
+TEST_F(UpdateDesk, StartsTheNewAppIfTheInstalledAppWasMovedMeanwhile)
+{
+    struct Row {
+        const char *moved;
+        int status;
+        QString at; ///< where the new application is afterwards
+    };
+    const QString installed = u"Applications/Parcelory.app"_s, staged = u"kxupdate-1/Parcelory.app"_s;
+    const Row rows[] = {
+        {"mv Applications/Parcelory.app elsewhere", 0, installed},
+        {"mv Applications elsewhere", 1, staged},
+    };
+    for (const Row &row : rows) {
+        SCOPED_TRACE(row.moved);
+        sh(u"rm -rf Applications elsewhere kxupdate-1 started"_s);
+        make(installed, 1);
+        make(staged, 2);
+        ASSERT_EQ(sh(QString::fromLatin1(row.moved)), 0);
+        EXPECT_EQ(sh(QStringLiteral("exec /bin/sh " PARCELORY_SOURCE_DIR "/src/shell/swap.sh 4194305 "
+                                    "\"$PWD/Applications/Parcelory.app\" \"$PWD/kxupdate-1/Parcelory.app\"")),
+                  row.status);
+        runUntil([&] { return read(u"started"_s) == "v2\n"; });
+        EXPECT_EQ(read(row.at + u"/bin/parcelory"_s), program(2));
+    }
+}
+
+TEST_F(UpdateDesk, CleansTheModesOfAnArchive)
+{
+    make(u"new/Parcelory.app"_s, 2);
+    ASSERT_EQ(sh(u"cd new; echo >Parcelory.app/note; chmod 777 Parcelory.app Parcelory.app/bin; chmod 6777 "
+                 "Parcelory.app/bin/parcelory; chmod 466 Parcelory.app/note; ln -s bin/parcelory Parcelory.app/link; "
+                 "zip -qry ../site/a.zip ."_s),
+              0);
+    const mode_t usualMask = ::umask(0);
+    EXPECT_THAT(install(offerOf(url("a.zip"))), HasSubstr("ready to install"));
+    ::umask(usualMask);
+    EXPECT_EQ(
+        sh(u"cd tmp/kxupdate-*/Parcelory.app; test -w note; test -x bin/parcelory; test -z \"$(find . ! -type l \\( "
+           "-perm -020 -o -perm -002 -o -perm -4000 -o -perm -2000 \\))\""_s),
+        0);
+}
+
+} // namespace parcelory::test

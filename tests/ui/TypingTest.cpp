@@ -1,0 +1,171 @@
+#include "app/AppState.h"
+#include "backoffice/DesklineInvoice.h"
+#include "compose/Customs.h"
+#include "compose/Mailpieces.h"
+#include "core/ShippoAddress.h"
+#include "support/CarrierDesk.h"
+#include "support/WindowDesk.h"
+#include "ui/parts/ComboBox.h"
+#include "ui/parts/DateField.h"
+#include "ui/parts/Dialog.h"
+#include "ui/parts/LineEdit.h"
+
+#include <QClipboard>
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <chrono>
+#include <functional>
+
+// Fields as a clerk types and pastes into them.
+
+namespace parcelory::test {
+namespace {
+using namespace Qt::StringLiterals;
+
+TEST(Typing, ADateStaysInItsField)
+{
+    WindowDesk desk;
+    const QDate today = desk.clock.now().date(), day = today.addDays(3);
+    struct Row {
+        QString typed;
+        QDate date;
+    };
+    const Row rows[] = {{day.toString(u"MM/dd/yy"_s), day},
+                        {day.toString(u"M-d-yyyy"_s), day},
+                        {day.toString(u"MMddyy"_s), day},
+                        {day.toString(u"yyyy-MM-dd"_s), day},
+                        {day.toString(u"M/d"_s), day},
+                        {u"13/45/26"_s, today},
+                        {u"1"_s, today},
+                        {today.addDays(-1).toString(u"MM/dd/yy"_s), today},
+                        {today.toString(u"MM/dd/yy"_s), today}};
+    for (const Row &row : rows) {
+        SCOPED_TRACE(row.typed.toStdString());
+        desk.label().shipDate = today;
+        desk.settleAll();
+        desk.named<ComboBox>(u"Class"_s)->setFocus();
+        desk.press(Qt::Key_Tab);
+        desk.type(row.typed);
+        EXPECT_EQ(desk.focusName(), u"Ship date");
+        desk.press(Qt::Key_Tab);
+        EXPECT_NE(desk.focusName(), u"Ship date");
+        EXPECT_EQ(desk.label().shipDate.value(), row.date);
+        EXPECT_EQ(desk.named<DateField>(u"Ship date"_s)->text(), row.date.toString(u"MM/dd/yy"_s));
+    }
+    desk.composeAndRate(homeAddress());
+    ASSERT_FALSE(desk.label().rates.value().isEmpty());
+    desk.named<DateField>(u"Ship date"_s)->setFocus();
+    desk.press(Qt::Key_Up);
+    EXPECT_EQ(desk.label().shipDate.value(), today.addDays(1));
+    EXPECT_TRUE(desk.label().rates.value().isEmpty()) << "a price belongs to its day";
+
+    const MasterLogScreen &log = desk.program->screens().masterLog;
+    desk.press(Qt::Key_3, Qt::ControlModifier);
+    desk.wait([&] { return !log.busy; });
+    const QDate to = log.to;
+    desk.named<DateField>(u"From"_s)->setFocus();
+    desk.named<DateField>(u"From"_s)->selectAll();
+    desk.type(u"10/01/26"_s);
+    EXPECT_EQ(desk.focusName(), u"From");
+    EXPECT_EQ(log.from.value(), QDate(2026, 10, 1));
+    EXPECT_EQ(log.to.value(), to);
+}
+
+TEST(Typing, DigitsChooseTheGoodsAndTheValueIsCompared)
+{
+    WindowDesk desk;
+    desk.compose(londonAddress());
+    DesklineInvoice invoice{.invoiceID = u"48377"_s, .address = londonAddress()};
+    invoice.items = {{.title = u"Sovereigns"_s, .qty = u"4"_s, .total = u"$1,860.00"_s}};
+    desk.app().scannedInvoice = invoice;
+    desk.app().fillFromInvoice(invoice);
+    desk.label().weightLb = u"1"_s;
+    desk.settleAll();
+    desk.press(Qt::Key_K, Qt::ControlModifier);
+    QWidget *sheet = desk.dialog();
+    desk.clock.advance(Dialog::keyGuard);
+    const auto warns = [sheet] {
+        const auto parts = sheet->findChildren<QWidget *>();
+        return std::ranges::any_of(parts, [](const QWidget *part) {
+            return part->isVisible() &&
+                   part->accessibleName() == u"The value differs from the invoice's subtotal, $1860.00.";
+        });
+    };
+    desk.type(u"2"_s);
+    desk.clock.advance(std::chrono::seconds(1)); // a digit might be a scanner's
+    desk.settleAll();
+    EXPECT_EQ(desk.label().customs.value().itemType, CustomsItemType::silver);
+    EXPECT_EQ(desk.label().customs.value().value, u"1860.00");
+    EXPECT_TRUE(desk.focusName().contains(u"(Silver)"_s)) << desk.focusName().toStdString();
+    EXPECT_FALSE(warns());
+    desk.named<LineEdit>(u"Declared value, US dollars"_s, sheet)->setFocus();
+    desk.named<LineEdit>(u"Declared value, US dollars"_s, sheet)->end(false);
+    desk.press(Qt::Key_Backspace);
+    EXPECT_EQ(desk.label().customs.value().value, u"1860.0");
+    EXPECT_FALSE(warns()) << "the same amount";
+    desk.press(Qt::Key_4);
+    EXPECT_TRUE(warns());
+    desk.press(Qt::Key_4, Qt::AltModifier);
+    EXPECT_EQ(desk.label().customs.value().itemType, CustomsItemType::readingMaterial);
+    desk.press(Qt::Key_Return);
+    desk.idle();
+    EXPECT_FALSE(desk.label().rates.value().isEmpty());
+}
+
+TEST(Typing, APastedAddressIsSplitAndAPastedTextTrimmed)
+{
+    WindowDesk desk;
+    QClipboard *clipboard = QApplication::clipboard();
+    desk.type(u"Ana"_s);
+    const ShippoAddress before = desk.app().draftTo;
+    const auto paste = [&](const QString &field, const QString &text) {
+        desk.named<LineEdit>(field)->setFocus();
+        clipboard->setText(text);
+        desk.press(Qt::Key_V, Qt::ControlModifier);
+    };
+    const QString block = u"Eleanor Whitfield\n418 Montford Ave\nApt 3B\nAsheville, NC 28801\n"_s;
+    for (const QString &field : {u"Recipient name"_s, u"City"_s, u"Email"_s}) {
+        SCOPED_TRACE(field.toStdString());
+        paste(field, block);
+        EXPECT_EQ(desk.app().draftTo.value(), homeAddress());
+        desk.press(Qt::Key_Z, Qt::ControlModifier);
+        EXPECT_EQ(desk.app().draftTo.value(), before);
+        paste(field, block);
+        desk.click(desk.button(u"Undo"_s));
+        EXPECT_EQ(desk.app().draftTo.value(), before);
+        EXPECT_FALSE(desk.label().banner.value());
+    }
+    paste(u"Recipient name"_s, block);
+    paste(u"Phone"_s, u" \t828 555 0142 \n"_s);
+    EXPECT_EQ(desk.app().draftTo.value().phone, u"828 555 0142");
+    EXPECT_EQ(desk.app().draftTo.value().name, u"Eleanor Whitfield");
+    EXPECT_FALSE(desk.label().banner.value()) << "after an edit there is nothing to undo";
+    clipboard->clear();
+}
+
+TEST(Typing, ALongTextShowsItsBeginningAndAWarningGoesWithTheNextEdit)
+{
+    WindowDesk desk;
+    desk.type(u"Eleanor Whitfield Montgomery of the Blue Ridge Society"_s);
+    desk.press(Qt::Key_Tab);
+    EXPECT_EQ(desk.named<LineEdit>(u"Recipient name"_s)->cursorPosition(), 0);
+
+    const std::function<void()> edits[] = {[&] { desk.type(u"9"_s); },
+                                           [&] { desk.label().mailpiece = BuiltinMailpiece::flatRateEnvelope; }};
+    for (const auto &edit : edits) {
+        desk.compose(homeAddress());
+        desk.label().mailpiece = BuiltinMailpiece::package;
+        desk.settleAll();
+        desk.press(Qt::Key_R, Qt::ControlModifier);
+        desk.idle();
+        EXPECT_TRUE(desk.label().banner.value()->text.startsWith(u"Enter the package size"_s));
+        EXPECT_EQ(desk.focusName(), u"Length, inches");
+        edit();
+        EXPECT_FALSE(desk.label().banner.value());
+    }
+}
+
+} // namespace
+} // namespace parcelory::test
