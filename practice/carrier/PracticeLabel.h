@@ -18,6 +18,7 @@ struct LabelContent {
     QString shipDate;  ///< year, month and day
     double ounces = 0;
     bool needsSignature = false;
+    bool isTest = true;     ///< bought with a test key: the label carries the carrier's sample mark
     ShippoAddress from, to; ///< without a country on a domestic label
 
     QString title() const { return provider + u' ' + service; }

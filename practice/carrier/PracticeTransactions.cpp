@@ -118,7 +118,7 @@ ShippoAddress printedAddress(const Json &address, bool abroad)
             .country = abroad ? CountryCode::displayName(textOf(address, "country")) : QString()};
 }
 
-LabelContent labelContent(const QuotedRate &quoted, const QString &tracking, const QString &metadata)
+LabelContent labelContent(const QuotedRate &quoted, const QString &tracking, const QString &metadata, bool isTest)
 {
     const Json &shipment = *quoted.shipment;
     const bool abroad = goesAbroad(shipment);
@@ -135,6 +135,7 @@ LabelContent labelContent(const QuotedRate &quoted, const QString &tracking, con
             .shipDate = textOf(shipment, "shipment_date").left(10),
             .ounces = ounces,
             .needsSignature = extra.is_object() && extra.contains("signature_confirmation"),
+            .isTest = isTest,
             .from = printedAddress(shipment.at("address_from"), abroad),
             .to = printedAddress(shipment.at("address_to"), abroad)};
 }
@@ -194,7 +195,7 @@ void finish(Json &transaction, PracticeLedger &ledger, const CarrierScenario &sc
 {
     const QString provider = textOf(*quoted.rate, "provider");
     const QString tracking = trackingNumber(ledger, provider);
-    const LabelContent content = labelContent(quoted, tracking, textOf(transaction, "metadata"));
+    const LabelContent content = labelContent(quoted, tracking, textOf(transaction, "metadata"), ledger.test);
     const auto id = transaction.at("object_id").get<std::string>();
     const QString type = scenario.labelFileType.isEmpty() ? askedType : scenario.labelFileType;
     transaction["status"] = "SUCCESS";

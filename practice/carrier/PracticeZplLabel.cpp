@@ -12,7 +12,13 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QString mark = u"SAMPLE — PRACTICE"_s, smallPrint = u"NOT FOR MAILING. NOTHING WAS CHARGED."_s;
+const QString smallPrint = u"PRACTICE DESK. NOTHING WAS CHARGED."_s;
+
+/// A label of a live key has no sample mark; its small print still tells that it is of the practice desk.
+QString markOf(const LabelContent &content)
+{
+    return content.isTest ? u"SAMPLE — DO NOT MAIL"_s : u"PRACTICE DESK LABEL"_s;
+}
 
 /// A text as field data: characters that would start a command become hexadecimal escapes.
 QByteArray fieldData(const QString &text)
@@ -140,7 +146,7 @@ QByteArray uspsLabel(const LabelContent &content)
     sheet.box(10, 10, 170, 204, 4);
     sheet.text(52, 34, 190, serviceLetter(content.service));
     sheet.block(200, 28, 400, 28, 'L',
-                {u"PRACTICE POSTAGE"_s, u"NO POSTAGE PAID"_s, date + u" FROM "_s + five(content.from.zip),
+                {u"PRACTICE DESK POSTAGE"_s, u"NOTHING WAS CHARGED"_s, date + u" FROM "_s + five(content.from.zip),
                  weightText(content.ounces), u"COMMERCIAL BASE PRICING"_s});
     sheet.code(630, 34, "^BXN,6,200,24,24",
                "_1" + QByteArray("00") + tracking.right(18).rightJustified(18, '0') + "_1" + "91" +
@@ -154,7 +160,7 @@ QByteArray uspsLabel(const LabelContent &content)
     sheet.box(670, 350, 110, 44, 3);
     sheet.text(690, 358, 32, u"C012"_s);
     if (content.needsSignature)
-        sheet.banner(500, 450, 282, u"SIGNATURE REQUIRED"_s);
+        sheet.banner(476, 450, 306, u"SIGNATURE REQUIRED"_s);
     sheet.text(36, 520, 30, u"SHIP"_s);
     sheet.text(36, 556, 30, u"TO:"_s);
     upperLines(sheet, 126, 518, 38, 44, uspsLines(content.to));
@@ -171,7 +177,7 @@ QByteArray uspsLabel(const LabelContent &content)
     sheet.box(10, 1104, 792, 8, 8);
     if (!content.reference.isEmpty())
         sheet.text(40, 1118, 22, u"REF "_s + content.reference);
-    sheet.block(10, 1140, 792, 40, 'C', {mark});
+    sheet.block(10, 1140, 792, 40, 'C', {markOf(content)});
     sheet.block(10, 1182, 792, 20, 'C', {smallPrint});
     return sheet.finished();
 }
@@ -219,11 +225,11 @@ QByteArray fedexLabel(const LabelContent &content)
     sheet.command("^CF0,22");
     sheet.text(20, 492, 22, content.reference.isEmpty() ? QString() : u"REF: "_s + content.reference);
     if (content.needsSignature)
-        sheet.banner(500, 474, 282, u"DIRECT SIGNATURE"_s);
+        sheet.banner(476, 474, 306, u"DIRECT SIGNATURE"_s);
     sheet.command("^BY2,3");
     sheet.code(20, 526, "^B7N,8,5,14^FH", fedexData(content));
-    sheet.text(660, 540, 60, content.provider);
-    sheet.text(664, 606, 30, u"PRACTICE"_s);
+    sheet.rightText(790, 536, 48, content.provider);
+    sheet.rightText(790, 596, 22, u"Practice desk"_s);
     sheet.box(706, 652, 64, 70, 4);
     sheet.text(722, 662, 64, u"E"_s);
     sheet.box(10, 772, 792, 4, 4);
@@ -238,7 +244,7 @@ QByteArray fedexLabel(const LabelContent &content)
     sheet.rightText(790, 954, 30, joinPresent({to.state, CountryCode::alpha2(to.country)}, u"-"_s));
     sheet.command("^BY3,3,160");
     sheet.code(60, 1000, "^BCN,160,N,N", ">;9632001900000000000000" + digits(content.tracking));
-    sheet.block(10, 1172, 792, 34, 'C', {mark});
+    sheet.block(10, 1172, 792, 34, 'C', {markOf(content)});
     return sheet.finished();
 }
 

@@ -37,6 +37,13 @@ bool belongTogether(const LabelText &a, const LabelText &b)
     return isFlush && gap <= highestGap * lower;
 }
 
+/// True for "SHIP", "TO:" and the like.
+bool isCaption(const QString &text)
+{
+    static const QStringList captions = {u"SHIP"_s, u"TO"_s, u"SHIP TO"_s, u"DELIVER TO"_s, u"RECIPIENT"_s};
+    return captions.contains(LabelWords::folded(text).join(u' '));
+}
+
 LabelBlock rowsOf(QList<LabelText> texts)
 {
     std::ranges::sort(texts, {}, [](const LabelText &text) { return text.y + text.height; });
@@ -48,7 +55,12 @@ LabelBlock rowsOf(QList<LabelText> texts)
         std::sort(texts.begin() + from, texts.begin() + to,
                   [](const LabelText &a, const LabelText &b) { return a.x < b.x; });
         LabelRow row;
+        const bool isAddress = to - from > 1; // a caption has a text beside it
         for (; from < to; ++from) {
+            if (isAddress && isCaption(texts[from].text)) {
+                row.isRecipient = true;
+                continue;
+            }
             row.text += (row.text.isEmpty() ? QString() : u" "_s) + texts[from].text.simplified();
             row.elements += texts[from].element;
         }
@@ -75,7 +87,7 @@ double score(const LabelBlock &block, const PrintedParcel &parcel)
     bool hasPlace = false, isSenders = false;
     for (const LabelRow &row : block) {
         const QStringList start = LabelWords::folded(row.text);
-        if (start.value(0) == u"TO" || (start.value(0) == u"SHIP" && start.value(1) == u"TO"))
+        if (row.isRecipient || start.value(0) == u"TO" || (start.value(0) == u"SHIP" && start.value(1) == u"TO"))
             sum += 2;
         if (const auto place = placeOf(row.text)) {
             hasPlace = true;

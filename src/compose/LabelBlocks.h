@@ -8,8 +8,9 @@ namespace parcelory {
 
 /// A line of an address on a label; a label may print it in several texts.
 struct LabelRow {
-    QString text;
+    QString text; ///< without a caption that is a text of its own, such as "SHIP"
     QList<qsizetype> elements;
+    bool isRecipient = false; ///< the caption says so
 };
 
 /// Lines below one another that belong together.

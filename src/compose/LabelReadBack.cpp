@@ -76,11 +76,11 @@ LabelFinding senderZip(const LabelContents &label, const LabelBlock &recipient, 
 {
     const QString five = zip.left(5);
     LabelFinding finding{LabelItem::senderZip, LabelMatch::notFound, zip, {}, {}};
+    const QRegularExpression word(u"(?<![\\d-])%1(?!\\d)"_s.arg(QRegularExpression::escape(five)));
     QList<qsizetype> recipients;
     for (const LabelRow &row : recipient)
         recipients += row.elements;
     for (const LabelText &text : label.texts) {
-        const QRegularExpression word(u"(?<![\\d-])%1(?!\\d)"_s.arg(QRegularExpression::escape(five)));
         if (recipients.contains(text.element))
             continue;
         if (word.match(text.text).hasMatch())
@@ -114,6 +114,7 @@ bool isMark(const QString &text)
 LabelFinding mark(const LabelContents &label, const LabelBlock &recipient, const PrintedParcel &parcel)
 {
     const QString expected = parcel.isLive ? u"live"_s : u"test"_s;
+    const QRegularExpression word(u"(?<![\\d-])%1(?!\\d)"_s.arg(QRegularExpression::escape(five)));
     QList<qsizetype> recipients;
     for (const LabelRow &row : recipient)
         recipients += row.elements;
@@ -173,13 +174,15 @@ const LabelFinding *LabelVerdict::find(LabelItem item) const
     return found == findings.end() ? nullptr : &*found;
 }
 
-bool LabelVerdict::holdsPrinting() const
+QList<LabelFinding> LabelVerdict::faults() const
 {
-    return std::ranges::any_of(findings, [](const LabelFinding &finding) {
+    QList<LabelFinding> faults = findings;
+    faults.removeIf([](const LabelFinding &finding) {
         const bool mayDiffer = finding.item == LabelItem::city || finding.item == LabelItem::state ||
                                finding.item == LabelItem::country || finding.item == LabelItem::senderZip;
-        return finding.match == LabelMatch::different && !mayDiffer;
+        return finding.match != LabelMatch::different || mayDiffer;
     });
+    return faults;
 }
 
 LabelVerdict readBack(const LabelContents &label, const PrintedParcel &parcel)
@@ -202,6 +205,40 @@ LabelVerdict readBack(const LabelContents &label, const PrintedParcel &parcel)
         verdict.findings += senderZip(label, block, parcel.senderZip);
     verdict.findings += mark(label, block, parcel);
     return verdict;
+}
+
+QList<ShippoAddress> addressesOf(const QString &oneLine, const QString &zip, bool isAbroad)
+{
+    QStringList parts;
+    for (const QString &part : oneLine.split(u',')) {
+        if (!part.trimmed().isEmpty())
+            parts += part.trimmed();
+    }
+    ShippoAddress address{.zip = zip.trimmed()};
+    if (!parts.isEmpty())
+        address.name = parts.takeFirst();
+    if (isAbroad && !parts.isEmpty())
+        address.country = parts.takeLast();
+    if (!parts.isEmpty()) {
+        address.city = parts.takeLast();
+        const auto place = placeOf(address.city);
+        if (place && !isAbroad) {
+            address.city = place->city;
+            address.state = place->state;
+            if (address.zip.isEmpty())
+                address.zip = place->zip;
+        } else if (!address.zip.isEmpty()) {
+            address.city = address.city.remove(address.zip).trimmed();
+        }
+    }
+    QList<ShippoAddress> addresses;
+    for (qsizetype companies = 0; companies <= parts.size(); ++companies) { // a name may have a comma, too
+        address.company = parts.first(companies).join(u", "_s);
+        address.street1 = parts.sliced(companies).join(u' ');
+        if (companies == 0 || !LabelWords::streetOf(address.street1).numbers.isEmpty())
+            addresses += address;
+    }
+    return addresses;
 }
 
 } // namespace parcelory

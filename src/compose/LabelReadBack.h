@@ -77,13 +77,17 @@ struct LabelVerdict {
     QStringList addressOnLabel; ///< the recipient's lines as printed; empty if they were not found
 
     const LabelFinding *find(LabelItem item) const;
-    /// True if an item differs that makes the label wrong: name, house number, unit, ZIP, tracking number, or a sample
-    /// mark on a label that costs money.
-    bool holdsPrinting() const;
+    /// The differences that make the label wrong: name, house number, unit, ZIP, tracking number, or a sample mark on a
+    /// label that costs money.
+    QList<LabelFinding> faults() const;
 };
 
 /// Compares a label with its parcel. Carriers fold capitals and accents, shorten words and names, and write unit
 /// designators in their own way: that is the same. Never throws.
 LabelVerdict readBack(const LabelContents &label, const PrintedParcel &parcel);
+
+/// The addresses that a row of the mailing log may mean: it has the recipient in one line, in which a company cannot be
+/// told from a street.
+QList<ShippoAddress> addressesOf(const QString &oneLine, const QString &zip, bool isAbroad);
 
 } // namespace parcelory

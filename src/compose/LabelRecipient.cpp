@@ -254,6 +254,8 @@ std::optional<LabelFinding> Address::houseNumber() const
 std::optional<LabelFinding> Address::unit() const
 {
     const LabelWords::Street parcel = LabelWords::streetOf(m_to.street1 + u' ' + m_to.street2);
+    if (folded(m_to.street1 + m_to.street2).isEmpty())
+        return std::nullopt; // the street is not known
     const LabelWords::Street label = m_hasStreet ? LabelWords::streetOf(streetText()) : LabelWords::Street();
     LabelFinding finding{LabelItem::unit, LabelMatch::notFound, parcel.unitText, label.unitText,
                          elements(m_street, m_place)};

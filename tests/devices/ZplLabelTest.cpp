@@ -166,7 +166,7 @@ TEST(ZplPainter, DrawsBarCodesThatAnIndependentReaderReads)
         {"^BY2^BCN,120,N", ">;>842028801>892108901755477000000000018", "42028801<GS>92108901755477000000000018"},
         {"^BY2^BCN,120,N,N,N,A", "AB1234567cd12", "AB1234567cd12"},
         {"^BY2^BCN,120,N,N,N,D", "(420)98028(92)0559012345", "42098028920559012345"},
-        {"^BY2^BCN,120,N,N,N,U", "1234567890123456789", "12345678901234567895"},
+        {"^BY2^BCN,120,N,N,N,U", "1234567890123456789", "12345678901234567890"},
         {"^BY2^BCN,120,N", ">9333435>6xY>5>81234", "ABCxY<GS>1234"},
         {"^BY3^BCR,120,N", ">;123456", "123456"},
         {"^BY3^BCI,120,N", ">;123456", "123456"},
@@ -182,7 +182,11 @@ TEST(ZplPainter, DrawsBarCodesThatAnIndependentReaderReads)
         {"^BON,6,N,23", "Aztec 123", "Aztec 123"}};
     for (const Row &row : table) {
         const QByteArray zpl = QByteArray("^XA^FO60,60") + row.commands + "^FD" + row.data + "^FS^XZ";
-        EXPECT_EQ(scanned(painted(zpl)), QString::fromLatin1(row.read)) << zpl.toStdString();
+        // The reader looks for some codes in the middle of the picture only.
+        const QImage picture = painted(zpl);
+        constexpr int margin = 40;
+        const QRect around = ink(picture).adjusted(-margin, -margin, margin, margin) & picture.rect();
+        EXPECT_EQ(scanned(picture.copy(around)), QString::fromLatin1(row.read)) << zpl.toStdString();
     }
     for (const char *zpl :
          {"^XA^FO60,60^BDN^FD002840100450000^FS^XZ", "^XA^FO60,60^BKN^FD123^FS^XZ", "^XA^FO60,60^B2N^FDletters^FS^XZ"})
@@ -240,7 +244,7 @@ TEST(ZplPainter, DrawsReverseTurnedAndOnBothDensities)
         white += qGray(reverse.pixel(x, 140)) > 128 ? 1 : 0;
     EXPECT_GT(white, 20) << "the text is white on the box";
 
-    const ZplLabel label = readZpl("^XA^POI^FO10,20^GB30,40,40^FS^XZ").labels.value(0);
+    const ZplLabel label = readZpl("^XA^POI^FO10,20^GB30,40,30^FS^XZ").labels.value(0);
     EXPECT_EQ(paintZpl(label).places.value(0), QRect(10, 20, 30, 40));
     const ZplPicture turned = paintZpl(label, ZplDensity::dots12, ZplView::asPrinted);
     EXPECT_EQ(turned.image.size(), QSize(1200, 1800));

@@ -95,6 +95,7 @@ private:
     qsizetype m_elements = 0;
     int m_copies = 1;
     bool m_keeps = false;
+    bool m_isNew = false; ///< something was added since the last label: a picture that is kept is no label by itself
 };
 
 bool Reader::take(const ZplCommand &command)
@@ -162,6 +163,7 @@ bool Reader::takeStored(const ZplCommand &command, const ZplParameters &given)
             if (!isFull())
                 m_current += placed;
         }
+        m_isNew = true;
     } else if (command.name == "XG" || command.name == "IM" || command.name == "IL") {
         drawStored(given, command.name == "XG");
     } else if (command.name == "GF") {
@@ -200,6 +202,7 @@ void Reader::add(decltype(ZplElement::shape) shape)
     if (isFull())
         return;
     m_current.append({m_format.placed(m_field, std::move(shape)), -1});
+    m_isNew = true;
 }
 
 void Reader::endField()
@@ -210,6 +213,7 @@ void Reader::endField()
         m_field.data = withoutHexEscapes(m_field.data, *m_field.hexSign);
     if (m_field.number >= 0 && m_field.hasData)
         m_values[m_field.number] = m_field.data;
+    m_isNew = true;
     const bool isOnlyValue = m_field.number >= 0 && !m_field.hasPlace;
     if (!isOnlyValue && !isFull() && (m_field.number >= 0 || !m_field.data.isEmpty()))
         m_current.append({m_format.placed(m_field, m_format.contentOf(m_field)), m_field.number});
@@ -225,6 +229,7 @@ void Reader::end()
     const QByteArray name = std::exchange(m_storesAs, {});
     QList<Placed> placed = m_keeps ? m_current : std::exchange(m_current, {});
     const int copies = std::exchange(m_copies, 1);
+    const bool isNew = std::exchange(m_isNew, false);
     if (!name.isEmpty()) {
         if (m_formats.size() < mostLabels)
             m_formats[name] = placed;
@@ -238,7 +243,7 @@ void Reader::end()
             label.elements += one.number < 0 ? one.element : m_format.filled(one.element, values.value(one.number));
     }
     m_elements += label.elements.size();
-    if (!label.elements.isEmpty() && m_document.labels.size() < mostLabels)
+    if (isNew && !label.elements.isEmpty() && m_document.labels.size() < mostLabels)
         m_document.labels += label;
 }
 
