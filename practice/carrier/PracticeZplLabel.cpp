@@ -163,7 +163,12 @@ QByteArray uspsLabel(const LabelContent &content)
         sheet.banner(476, 450, 306, u"SIGNATURE REQUIRED"_s);
     sheet.text(36, 520, 30, u"SHIP"_s);
     sheet.text(36, 556, 30, u"TO:"_s);
-    upperLines(sheet, 126, 518, 38, 44, uspsLines(content.to));
+    constexpr qsizetype longest = 33; // longer lines are printed smaller
+    int y = 518;
+    for (const QString &line : uspsLines(content.to)) {
+        sheet.text(126, y, line.size() > longest ? 26 : 38, line.toUpper());
+        y += 44;
+    }
     if (!isAbroad)
         sheet.code(706, 740, "^BXN,5,200", digits(content.to.zip).leftJustified(9, '0', true));
 

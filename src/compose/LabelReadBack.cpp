@@ -114,7 +114,6 @@ bool isMark(const QString &text)
 LabelFinding mark(const LabelContents &label, const LabelBlock &recipient, const PrintedParcel &parcel)
 {
     const QString expected = parcel.isLive ? u"live"_s : u"test"_s;
-    const QRegularExpression word(u"(?<![\\d-])%1(?!\\d)"_s.arg(QRegularExpression::escape(five)));
     QList<qsizetype> recipients;
     for (const LabelRow &row : recipient)
         recipients += row.elements;

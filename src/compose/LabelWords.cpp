@@ -38,6 +38,10 @@ QString latin(const QString &text)
     // Marks go first, except those that make another letter: a short I.
     QString result;
     for (const QChar c : text.toUpper().normalized(QString::NormalizationForm_C)) {
+        if (c.unicode() <= 0x7f) {
+            result += c;
+            continue;
+        }
         const auto *known = std::ranges::find(letters, c.unicode(), &Letter::letter);
         if (known != std::end(letters)) {
             result += QStringView(known->latin);

@@ -114,6 +114,16 @@ Question questionAbout(const LabelDoubts &doubts)
             .comparison = texts};
 }
 
+/// The sender is left out: a wrong one holds no label.
+PrintedParcel parcelTo(const ShippoAddress &to, const ShipmentRecord &record)
+{
+    return {.to = to,
+            .senderZip = {},
+            .tracking = record.tracking,
+            .isLive = !record.testMode,
+            .ownTexts = {record.reference, record.descriptionText}};
+}
+
 LabelDoubts compared(const QByteArray &label, const QList<PrintedParcel> &parcels)
 {
     LabelDoubts best;
@@ -161,23 +171,14 @@ PrintedParcel parcelOf(const AppState &app, const OpenPurchase &purchase)
     ShippoAddress to = purchase.recipient; // as it was sent
     to.company = app.sanitizer.sanitize(to.company);
     std::tie(to.street1, to.street2) = ShippoAddress::splitStreet(to.street1, to.street2);
-    const ShipmentRecord &record = purchase.record;
-    return {.to = to,
-            .senderZip = {},
-            .tracking = record.tracking,
-            .isLive = !record.testMode,
-            .ownTexts = {record.reference, record.descriptionText}};
+    return parcelTo(to, purchase.record);
 }
 
 QList<PrintedParcel> recordedParcels(const ShipmentRecord &record)
 {
     QList<PrintedParcel> parcels;
     for (const ShippoAddress &to : addressesOf(record.recipient, record.zip11, record.isIntl))
-        parcels += {.to = to,
-                    .senderZip = {},
-                    .tracking = record.tracking,
-                    .isLive = !record.testMode,
-                    .ownTexts = {record.reference, record.descriptionText}};
+        parcels += parcelTo(to, record);
     return parcels;
 }
 
