@@ -33,6 +33,13 @@ QString withoutCaption(const QString &text)
     return lettersAndDigits(QString(text).remove(caption));
 }
 
+/// False for a text that only stands in a number's place, such as in an imported row; it would look like any word.
+bool isTrackingNumber(const QString &text)
+{
+    constexpr int fewestDigits = 8;
+    return std::ranges::count_if(text, [](QChar c) { return c.isDigit(); }) >= fewestDigits;
+}
+
 LabelFinding trackingText(const LabelContents &label, const QString &tracking)
 {
     LabelFinding finding{LabelItem::trackingText, LabelMatch::notFound, tracking, {}, {}};
@@ -198,7 +205,7 @@ LabelVerdict readBack(const LabelContents &label, const PrintedParcel &parcel)
                 checkRoutingCode(finding, label, parcel);
         }
     }
-    if (!parcel.tracking.isEmpty())
+    if (isTrackingNumber(parcel.tracking))
         verdict.findings += {trackingText(label, parcel.tracking), trackingCode(label, parcel.tracking)};
     if (!parcel.senderZip.isEmpty())
         verdict.findings += senderZip(label, block, parcel.senderZip);
