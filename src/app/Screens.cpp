@@ -5,10 +5,9 @@
 #include "core/ShippoAddress.h"
 #include "core/Task.h"
 #include "records/DraftStore.h"
+#include "records/LabelChecks.h"
 #include "records/SenderProfile.h"
 #include "records/ShipmentRecord.h"
-
-#include <optional>
 
 #include <optional>
 
@@ -31,10 +30,14 @@ Task<> Screens::refundSecond(ShipmentRecord label)
     m_app.tab = MainTab::mailingLog;
     const auto found = co_await onPool([&log = m_app.log, label] { return log.find(label); });
     const std::optional<ShipmentRecord> row = found.valueOr(std::nullopt);
-    if (row)
+    const QString obstacle = !found.isRead() ? found.failure()
+                             : !row
+                                 ? u"The label with tracking number %1 is not in the mailing log."_s.arg(label.tracking)
+                                 : labelBlocker(LabelUse::refund, *row);
+    if (obstacle.isEmpty())
         co_await mailingLog.refund(*row);
     else
-        mailingLog.message = u"The label with tracking number %1 is not in the mailing log."_s.arg(label.tracking);
+        mailingLog.message = obstacle;
 }
 
 Task<> Screens::restartIntoUpdate()

@@ -8,6 +8,7 @@
 #include "support/FakeWebSession.h"
 
 #include <QHash>
+#include <QScopeGuard>
 #include <QTemporaryDir>
 
 #include <chrono>
@@ -144,15 +145,18 @@ public:
     QList<std::chrono::milliseconds> ends;
 };
 
-/// Real HTTP on loopback that remembers how long the last request was allowed to take.
+/// Real HTTP on loopback that counts the open requests, and remembers how long the last one was allowed to take.
 class FakeTransport : public NetworkTransport {
 public:
     explicit FakeTransport(Clock &clock) : NetworkTransport(Reach::loopbackOnly, clock) {}
     Task<HttpAnswer> send(HttpRequest request) override
     {
         lastLimit = request.timeout;
-        return NetworkTransport::send(std::move(request));
+        ++underWay;
+        const auto ended = qScopeGuard([this] { --underWay; });
+        co_return co_await NetworkTransport::send(std::move(request));
     }
+    int underWay = 0; ///< requests without an answer
     std::chrono::milliseconds lastLimit{};
 };
 

@@ -215,7 +215,7 @@ TEST(LabelState, AnUnresolvedPurchaseIsResolvedByHandOnlyIfAskingMayNotHelp)
     // A label that was sold twice is not printed; beside it is its refund, which the mailing log requests.
     found.id = -1;
     found.isSecond = true;
-    found.record.transactionID = u"twice"_s;
+    found.record.transactionID = QString(32, u'b');
     found.record.tracking = u"9400"_s;
     found.record.status = u"PRINTED"_s;
     ASSERT_TRUE(desk.app().log.insertOnce(found.record));
@@ -229,6 +229,12 @@ TEST(LabelState, AnUnresolvedPurchaseIsResolvedByHandOnlyIfAskingMayNotHelp)
     EXPECT_EQ(desk.app().tab.value(), MainTab::mailingLog);
     desk.dialog()->reject();
     desk.settleAll();
+    EXPECT_TRUE(desk.app().log.setStatus(desk.app().log.records().value(0).id, u"REFUNDED"_s));
+    desk.app().tab = MainTab::newLabel;
+    desk.settleAll();
+    desk.click(desk.button(u"Refund"_s));
+    desk.wait(
+        [&desk] { return desk.program->screens().mailingLog.message.value() == u"This label is refunded already."_s; });
 }
 
 } // namespace

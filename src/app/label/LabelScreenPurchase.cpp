@@ -100,13 +100,14 @@ void LabelScreen::showSecondLabel(const QString &warning, bool agreed)
 
 Task<QString> LabelScreen::secondLabelWarning(SecondLabelFacts facts, bool testMode)
 {
+    const QPointer alive(&m_lifetime);
     const auto earlier =
         co_await onPool(m_app.log, &ShipmentLog::labelsLike, facts.reference, facts.now.date().startOfDay(), testMode);
     facts.earlier = earlier.valueOr({});
     facts.isLogUnreadable = !earlier.isRead();
     // The warning is renewed at every edit; only another failure is recorded again.
     const QString failure = earlier.isRead() ? QString() : earlier.failure();
-    if (failure != std::exchange(m_logFailure, failure) && !failure.isEmpty())
+    if (alive && failure != std::exchange(m_logFailure, failure) && !failure.isEmpty())
         m_app.errors.record(u"Buy Label"_s, AppError(failure), Popup::no);
     co_return secondLabelReasons(facts).join(u'\n');
 }

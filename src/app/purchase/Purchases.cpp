@@ -272,7 +272,7 @@ void Purchases::showSeconds(const PurchaseResult &result)
                      .text = PurchaseTexts::boughtTwice(record)});
 }
 
-void Purchases::dismiss(const ResolvedPurchase &label)
+void Purchases::dismiss(ResolvedPurchase label)
 {
     QList<ResolvedPurchase> left = resolved;
     left.removeOne(label);

@@ -64,7 +64,7 @@ public:
     Task<> resolveByHand(qint64 id, ByHand outcome);
     /// Prints or reprints the label of a resolved purchase.
     Task<> print(ResolvedPurchase label);
-    void dismiss(const ResolvedPurchase &label);
+    void dismiss(ResolvedPurchase label); // by value: the caller may pass an element of `resolved`
     /// Shows the further labels that the carrier sold for the same request, until the clerk has seen them.
     void showSeconds(const PurchaseResult &result);
     /// Asks for the refund of such a label: the mailing log does it.

@@ -28,6 +28,15 @@ protected:
         runUntil([this] { return !app->scanBusy; }, &clock);
         settle();
     }
+    /// A canceled reading ends with the answer that it waits for.
+    void endOfReading()
+    {
+        runUntil([this] { return http.underWay == 0; }, &clock);
+        for (int turn = 0; turn < 20; ++turn) {
+            settle();
+            clock.advance(1s);
+        }
+    }
 };
 
 const QString invoicePage =
@@ -195,10 +204,7 @@ TEST_F(InvoiceFlowTest, IsCanceledAtAnyMoment)
     app->cancelInvoiceScan();
     EXPECT_FALSE(app->scanBusy);
     EXPECT_EQ(app->scanLine(), u"Invoice 48303 was not read."_s);
-    for (int turn = 0; turn < 20; ++turn) {
-        settle();
-        clock.advance(1s);
-    }
+    endOfReading();
     EXPECT_EQ(app->draftReference.value(), filled);
 }
 
@@ -253,10 +259,7 @@ TEST_F(InvoiceFlowTest, DoesNotShowAScanAfterASignOut)
     app->handleInvoiceScan(u"48213"_s);
     app->signOut();
     EXPECT_FALSE(app->scanBusy);
-    for (int turn = 0; turn < 20; ++turn) {
-        settle();
-        clock.advance(1s);
-    }
+    endOfReading();
     EXPECT_FALSE(app->scannedInvoice.value());
     EXPECT_TRUE(app->draftTo.value().isEmpty());
     EXPECT_EQ(app->scanStatus.value(), QString());

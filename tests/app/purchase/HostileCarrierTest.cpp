@@ -103,8 +103,9 @@ TEST_F(HostileCarrierTest, NoAnswerEndsTheProgramOrLosesOrDoublesALabel)
         EXPECT_TRUE(purchases().unresolved.value().isEmpty());
         EXPECT_EQ(app->log.records().size(), ++labels) << banner().toStdString();
         EXPECT_TRUE(app->journal.openPurchases().isEmpty());
-        for (const ResolvedPurchase &told : purchases().resolved.value())
-            purchases().dismiss(told);
+        const QList<ResolvedPurchase> told = purchases().resolved;
+        for (const ResolvedPurchase &label : told)
+            purchases().dismiss(label);
     }
 }
 
