@@ -3,9 +3,12 @@
 #include "core/AppError.h"
 #include "core/Progress.h"
 #include "core/ports/ProcessRunner.h"
+#include "devices/zpl/ZplPainter.h"
+#include "devices/zpl/ZplReader.h"
 
 #include <QFile>
 #include <QFileInfo>
+#include <QGuiApplication>
 
 #include <algorithm>
 #include <iterator>
@@ -23,6 +26,21 @@ void keepCopy(const QString &path, const QDir &folder, const QString &name)
     folder.mkpath(u"."_s);
     if (!QFile::copy(path, folder.filePath(name)))
         throw AppError(u"%1 could not be kept in %2"_s.arg(name, folder.absolutePath()));
+}
+
+/// Draws the label as a picture beside its file, for a desk without a label printer. A program without fonts draws
+/// none.
+void drawBeside(const QString &path, const QByteArray &zpl)
+{
+    if (!qobject_cast<QGuiApplication *>(QCoreApplication::instance()))
+        return;
+    const QList<ZplLabel> labels = readZpl(zpl).labels;
+    for (qsizetype at = 0; at < labels.size(); ++at) {
+        const QString number = at == 0 ? QString() : u"-%1"_s.arg(at + 1);
+        const QString picture = path.chopped(4) + number + u".png"_s;
+        if (!paintZpl(labels[at]).image.save(picture))
+            throw AppError(u"%1 could not be written."_s.arg(picture));
+    }
 }
 
 ProcessOutcome answer(const QByteArray &out)
@@ -142,6 +160,9 @@ void PracticePrinter::print(const Job &job) const
     QFile paper(m_folder.filePath(job.file));
     if (!paper.open(QIODevice::WriteOnly | QIODevice::NewOnly) || paper.write(job.bytes) != job.bytes.size())
         throw AppError(u"%1 could not be kept in %2"_s.arg(job.file, m_folder.absolutePath()));
+    paper.close();
+    if (job.file.endsWith(u".zpl"))
+        drawBeside(m_folder.filePath(job.file), job.bytes);
 }
 
 void PracticeDesktop::openFile(const QString &path)

@@ -13,7 +13,8 @@ namespace parcelory {
 /// The practice label printer's fault. While it is paused, off or out of labels, jobs wait in its queue.
 enum class PrinterFault { none, paused, off, outOfLabels, unknown };
 
-/// Two printers without paper: imitates the print tools and saves printed documents as files. May be called from any
+/// Two printers without paper: imitates the print tools and saves printed documents as files, labels with a picture
+/// beside them. May be called from any
 /// thread.
 class PracticePrinter : public ProcessRunner {
 public:

@@ -1,5 +1,6 @@
 #include "practice/carrier/PracticeLabel.h"
 
+#include "core/Text.h"
 #include "practice/carrier/PracticePdf.h"
 
 #include <QtEndian>
@@ -13,41 +14,6 @@ namespace {
 
 const QString marking = u"PRACTICE — NO POSTAGE"_s;
 constexpr int dotsWide = 812, dotsHigh = 1218; // 4 by 6 inches at 203 dots per inch
-
-/// A text as field data: characters that would start a command become hexadecimal escapes.
-QByteArray fieldData(const QString &text)
-{
-    QByteArray escaped;
-    for (const char c : text.toUtf8()) {
-        if (c == '^' || c == '~' || c == '_' || (c >= 0 && c < ' '))
-            escaped += '_' + QByteArray(1, c).toHex().toUpper();
-        else
-            escaped += c;
-    }
-    return escaped;
-}
-
-QByteArray zplText(int x, int y, int size, const QString &text)
-{
-    const QByteArray height = QByteArray::number(size);
-    return "^FO" + QByteArray::number(x) + ',' + QByteArray::number(y) + "^A0N," + height + ',' + height + "^FH^FD" +
-           fieldData(text) + "^FS\n";
-}
-
-QByteArray zplLines(int x, int y, int size, const QStringList &lines)
-{
-    QByteArray zpl;
-    for (const QString &line : lines) {
-        zpl += zplText(x, y, size, line);
-        y += size + 6;
-    }
-    return zpl;
-}
-
-QByteArray zplRule(int y)
-{
-    return "^FO20," + QByteArray::number(y) + "^GB772,3,3^FS\n";
-}
 
 quint32 crc32(const QByteArray &bytes)
 {
@@ -96,30 +62,23 @@ QByteArray crossedOutDots()
 
 } // namespace
 
-QByteArray zplLabel(const LabelContent &content)
+QStringList addressLines(const ShippoAddress &address)
 {
-    QByteArray zpl =
-        "^XA\n^CI28\n^PW" + QByteArray::number(dotsWide) + "\n^LL" + QByteArray::number(dotsHigh) + "\n^LH0,0\n";
-    zpl += "^FO20,20^GB772,90,90^FS\n^FO40,40^FR^A0N,56,56^FH^FD" + fieldData(marking) + "^FS\n";
-    zpl += zplText(40, 130, 52, content.service) + zplRule(200);
-    zpl += zplLines(40, 220, 26, content.from) + zplText(560, 220, 26, content.shipDate) + zplRule(430);
-    zpl += zplText(40, 450, 26, u"SHIP TO:"_s) + zplLines(80, 490, 34, content.to) + zplRule(800);
-    zpl += "^FO60,840^BY3,3,200^BCN,200,N,N,N,A^FH^FD" + fieldData(content.tracking) + "^FS\n";
-    zpl += zplText(60, 1060, 36, content.tracking) + zplRule(1120);
-    if (!content.reference.isEmpty())
-        zpl += zplText(40, 1140, 24, u"Ref: "_s + content.reference);
-    return zpl + "^XZ\n";
+    const QString place = joinPresent({address.city, address.state, address.zip}, u" "_s);
+    QStringList lines = {address.name, address.company, address.street1, address.street2, place, address.country};
+    lines.removeAll(QString());
+    return lines;
 }
 
 QByteArray pdfLabel(const LabelContent &content)
 {
     PdfPage page(288, 432);
     page.write(20, 400, 18, marking);
-    page.write(20, 372, 16, content.service);
+    page.write(20, 372, 16, content.title());
     page.write(200, 350, 8, content.shipDate);
-    page.writeLines(20, 350, 9, content.from);
+    page.writeLines(20, 350, 9, addressLines(content.from));
     page.write(20, 270, 9, u"SHIP TO:"_s);
-    page.writeLines(34, 252, 12, content.to);
+    page.writeLines(34, 252, 12, addressLines(content.to));
     page.write(20, 70, 12, content.tracking);
     if (!content.reference.isEmpty())
         page.write(20, 30, 8, u"Ref: "_s + content.reference);

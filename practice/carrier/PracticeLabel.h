@@ -1,6 +1,9 @@
 #pragma once
 
+#include "core/ShippoAddress.h"
+
 #include <QByteArray>
+#include <QDate>
 #include <QString>
 #include <QStringList>
 
@@ -8,14 +11,23 @@ namespace parcelory {
 
 /// The content of a practice label.
 struct LabelContent {
-    QString service; ///< "USPS Priority Mail"
+    QString provider; ///< "USPS"
+    QString service;  ///< "Priority Mail"
     QString tracking;
     QString reference; ///< may be empty
-    QString shipDate;
-    QStringList from, to; ///< lines of the two addresses
+    QString shipDate;  ///< year, month and day
+    double ounces = 0;
+    bool needsSignature = false;
+    bool isTest = true;     ///< bought with a test key: the label carries the carrier's sample mark
+    ShippoAddress from, to; ///< without a country on a domestic label
+
+    QString title() const { return provider + u' ' + service; }
 };
 
-/// A 4 by 6 inch label for 203 dpi printers, in UTF-8.
+/// An address as a label prints it, without empty lines.
+QStringList addressLines(const ShippoAddress &address);
+
+/// A 4 by 6 inch label for 203 dpi printers, in UTF-8, laid out as the carriers lay out theirs.
 QByteArray zplLabel(const LabelContent &content);
 
 /// The same label as a 4 by 6 inch PDF page.

@@ -1,7 +1,9 @@
 #include "practice/carrier/PracticeTransactions.h"
 
+#include "core/CountryCode.h"
 #include "core/IsoDate.h"
 #include "core/Json.h"
+#include "core/Text.h"
 #include "practice/carrier/CarrierScenario.h"
 #include "practice/carrier/PracticeAnswers.h"
 #include "practice/carrier/PracticeLabel.h"
@@ -103,27 +105,39 @@ QString trackingPage(const QString &provider)
     return u"https://www.ups.com/track?tracknum="_s;
 }
 
-QStringList addressLines(const Json &address, bool abroad)
+/// A recipient or sender; the country is only printed abroad.
+ShippoAddress printedAddress(const Json &address, bool abroad)
 {
-    const QString place = u"%1 %2 %3"_s.arg(textOf(address, "city"), textOf(address, "state"), textOf(address, "zip"));
-    QStringList lines = {textOf(address, "name"), textOf(address, "company"), textOf(address, "street1"),
-                         textOf(address, "street2"), place.simplified()};
-    if (abroad)
-        lines += textOf(address, "country");
-    lines.removeAll(QString());
-    return lines;
+    return {.name = textOf(address, "name"),
+            .company = textOf(address, "company"),
+            .street1 = textOf(address, "street1"),
+            .street2 = textOf(address, "street2"),
+            .city = textOf(address, "city"),
+            .state = textOf(address, "state"),
+            .zip = textOf(address, "zip"),
+            .country = abroad ? CountryCode::displayName(textOf(address, "country")) : QString()};
 }
 
-LabelContent labelContent(const QuotedRate &quoted, const QString &tracking, const QString &metadata)
+LabelContent labelContent(const QuotedRate &quoted, const QString &tracking, const QString &metadata, bool isTest)
 {
     const Json &shipment = *quoted.shipment;
     const bool abroad = goesAbroad(shipment);
-    return {.service = textOf(*quoted.rate, "provider") + u' ' + textOf(quoted.rate->at("servicelevel"), "name"),
+    const Json parcels = shipment.value("parcels", Json::array()), extra = shipment.value("extra", Json::object());
+    double ounces = 0;
+    for (const Json &parcel : parcels) {
+        const bool isPounds = textOf(parcel, "mass_unit") == u"lb";
+        ounces += decimalOrZero(textOf(parcel, "weight")) * (isPounds ? 16 : 1);
+    }
+    return {.provider = textOf(*quoted.rate, "provider"),
+            .service = textOf(quoted.rate->at("servicelevel"), "name"),
             .tracking = tracking,
             .reference = metadata,
             .shipDate = textOf(shipment, "shipment_date").left(10),
-            .from = addressLines(shipment.at("address_from"), abroad),
-            .to = addressLines(shipment.at("address_to"), abroad)};
+            .ounces = ounces,
+            .needsSignature = extra.is_object() && extra.contains("signature_confirmation"),
+            .isTest = isTest,
+            .from = printedAddress(shipment.at("address_from"), abroad),
+            .to = printedAddress(shipment.at("address_to"), abroad)};
 }
 
 std::string publishLabel(PracticeLedger &ledger, const QString &type, const std::string &id,
@@ -142,9 +156,9 @@ std::string publishInvoice(PracticeLedger &ledger, const std::string &id, const 
 {
     const Json &customs = ledger.customs.find(textOf(shipment, "customs_declaration"))->shown;
     QStringList lines = {u"Air waybill "_s + content.tracking, u"Date "_s + content.shipDate, QString(), u"Shipper"_s};
-    lines += content.from;
+    lines += addressLines(content.from);
     lines += {QString(), u"Consignee"_s};
-    lines += content.to;
+    lines += addressLines(content.to);
     lines += QString();
     for (const Json &item : customs.at("items"))
         lines += u"%1 x %2, HS %3, value %4 %5"_s.arg(QString::number(item.at("quantity").get<int>()),
@@ -181,7 +195,7 @@ void finish(Json &transaction, PracticeLedger &ledger, const CarrierScenario &sc
 {
     const QString provider = textOf(*quoted.rate, "provider");
     const QString tracking = trackingNumber(ledger, provider);
-    const LabelContent content = labelContent(quoted, tracking, textOf(transaction, "metadata"));
+    const LabelContent content = labelContent(quoted, tracking, textOf(transaction, "metadata"), ledger.test);
     const auto id = transaction.at("object_id").get<std::string>();
     const QString type = scenario.labelFileType.isEmpty() ? askedType : scenario.labelFileType;
     transaction["status"] = "SUCCESS";

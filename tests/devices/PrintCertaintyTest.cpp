@@ -67,7 +67,7 @@ protected:
         processes.behave = [out](const QString &, const QStringList &) { return ProcessOutcome{0, out, {}}; };
         return noticeAfter(std::chrono::seconds(2));
     }
-    qsizetype printed() const { return QDir(path(u"paper"_s)).entryList(QDir::Files).size(); }
+    qsizetype printed() const { return QDir(path(u"paper"_s)).entryList({u"*.zpl"_s}, QDir::Files).size(); }
 
     PracticePrinter printer{QDir(path(u"paper"_s))};
     PrintWatch &watch = app->printWatch;

@@ -1,18 +1,17 @@
 #include "app/purchase/LabelPrinting.h"
 
 #include "app/AppState.h"
+#include "app/purchase/LabelDoubts.h"
 #include "carrier/ShippoError.h"
 #include "core/AppError.h"
 #include "core/SettingsKeys.h"
 #include "core/Task.h"
 #include "core/Text.h"
 #include "core/ports/Preferences.h"
-#include "core/ports/Prompts.h"
 #include "devices/HandoverFile.h"
 #include "devices/LabelPrinter.h"
 #include "devices/PrinterState.h"
 #include "devices/Zpl.h"
-#include "devices/ZplCommands.h"
 #include "records/ShipmentLog.h"
 #include "records/ShipmentRecord.h"
 #include "shell/ErrorLog.h"
@@ -62,27 +61,6 @@ Task<QString> printLabel(AppState &app, QByteArray label)
     co_return joinPresent({printed, app.printWatch.caution(label)}, u" "_s);
 }
 
-QString lastingChanges(const QByteArray &label)
-{
-    return labelKind(label) == LabelKind::zpl ? Zpl::lastingCommands(label).join(u", "_s) : QString();
-}
-
-Task<bool> mayPrint(AppState &app, QByteArray label)
-{
-    const QString changes = lastingChanges(label);
-    if (changes.isEmpty())
-        co_return true;
-    const int answer = co_await app.platform.prompts.choose(
-        {.title = u"Print This Label?"_s,
-         .text =
-             u"This label does more than print: it contains %1, which can change the label printer for good. "
-             "Carriers' labels need no such command.\n\nThe label is in the mailing log, and Reprint asks again."_s.arg(
-                 changes),
-         .choices = {u"Don't Print"_s, u"Print"_s},
-         .safeChoice = 0});
-    co_return answer == 1;
-}
-
 Task<> sweepPrintFiles()
 {
     co_await onPool([] { HandoverFile::sweep(); });
@@ -104,7 +82,8 @@ Task<QString> reprintLabel(AppState &app, ShipmentRecord record)
     }
     if (!label)
         label = co_await downloadAgain(app, record.labelURL);
-    const bool isAgreed = co_await mayPrint(app, *label);
+    const LabelDoubts doubts = co_await doubtsAbout(*label, recordedParcels(record));
+    const bool isAgreed = co_await mayPrint(app, doubts);
     if (!isAgreed)
         co_return QString();
     co_return co_await printLabel(app, *label);

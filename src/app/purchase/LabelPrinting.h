@@ -9,19 +9,12 @@ namespace parcelory {
 /// message. Throws AppError.
 Task<QString> printLabel(AppState &app, QByteArray label);
 
-/// What the label would change in the printer for good, such as "^JUS"; empty for a usual label.
-QString lastingChanges(const QByteArray &label);
-
-/// Asks the clerk whether a label that changes the printer for good is printed all the same. True at once for a usual
-/// label.
-Task<bool> mayPrint(AppState &app, QByteArray label);
-
 /// A sentence about jobs that wait in the label printer's queue, for the clerk to read before more are sent; empty if
 /// no job is waiting.
 Task<QString> stillWaiting(AppState &app);
 
-/// Reprints a label and returns the printer's message; empty if mayPrint() says no. Uses the label data in `record` or
-/// in the mailing log; downloads the label again if the log has no data. Throws AppError.
+/// Reprints a label and returns the printer's message; empty if the clerk does not want a doubtful label. Uses the
+/// label data in `record` or in the mailing log; downloads the label again if the log has no data. Throws AppError.
 Task<QString> reprintLabel(AppState &app, ShipmentRecord record);
 
 /// Downloads the customs papers of a shipment that was logged without them, and stores them in the log.

@@ -161,7 +161,10 @@ Task<PurchaseResult> PurchaseFlow::complete(OpenPurchase purchase, std::optional
         co_await save(entry); // the label is not downloaded again if the program ends now
     if (!fetchFailure.isEmpty())
         result.label.text = fetchFailure;
-    const bool isHeld = delivery.printsLabel && record.zpl && !lastingChanges(*record.zpl).isEmpty();
+    LabelDoubts doubts;
+    if (delivery.printsLabel && record.zpl)
+        doubts = co_await doubtsAbout(*record.zpl, {parcelOf(m_app, entry)});
+    const bool isHeld = !doubts.isEmpty();
     if (delivery.printsLabel && fetchFailure.isEmpty() && !isHeld)
         result.label = co_await printLabelOf(entry);
     entry.printed = entry.printed || result.label.isPrinted;
@@ -172,7 +175,7 @@ Task<PurchaseResult> PurchaseFlow::complete(OpenPurchase purchase, std::optional
     co_await save(entry);
     result.isLogged = co_await log(entry);
     if (isHeld) { // asked last: the label is in the log, however long the clerk takes
-        result.label = co_await printHeldLabelOf(entry);
+        result.label = co_await printHeldLabelOf(entry, doubts);
         entry.printed = entry.printed || result.label.isPrinted;
     }
     if (result.isLogged && std::exchange(entry.keepRecipient, false))
@@ -224,14 +227,12 @@ Task<LabelResult> PurchaseFlow::printLabelOf(OpenPurchase purchase)
     }
 }
 
-Task<LabelResult> PurchaseFlow::printHeldLabelOf(OpenPurchase purchase)
+Task<LabelResult> PurchaseFlow::printHeldLabelOf(OpenPurchase purchase, LabelDoubts doubts)
 {
-    const QByteArray label = purchase.record.zpl.value_or(QByteArray());
-    const bool isAgreed = co_await mayPrint(m_app, label);
+    const bool isAgreed = co_await mayPrint(m_app, doubts);
     if (isAgreed)
         co_return co_await printLabelOf(purchase);
-    const QString reason =
-        u"held, because it contains %1, which can change the printer for good"_s.arg(lastingChanges(label));
+    const QString reason = doubts.reason();
     m_app.errors.record(u"Print Label"_s, AppError(reason), Popup::no);
     co_return LabelResult{.text = reason};
 }

@@ -2,6 +2,7 @@
 
 #include "app/AppState.h"
 #include "app/purchase/CustomsPapers.h"
+#include "app/purchase/LabelDoubts.h"
 #include "app/purchase/PurchaseLookup.h"
 #include "records/PurchaseJournal.h"
 #include "records/ShipmentRecord.h"
@@ -75,7 +76,7 @@ public:
 private:
     Task<QByteArray> fetchLabel(OpenPurchase purchase);
     Task<LabelResult> printLabelOf(OpenPurchase purchase);
-    Task<LabelResult> printHeldLabelOf(OpenPurchase purchase);
+    Task<LabelResult> printHeldLabelOf(OpenPurchase purchase, LabelDoubts doubts);
     Task<PapersResult> papersOf(OpenPurchase purchase, Delivery delivery);
     Task<bool> log(OpenPurchase purchase);
     Task<> logSecond(ShipmentRecord record);

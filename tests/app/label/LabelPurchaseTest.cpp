@@ -185,6 +185,7 @@ TEST_F(LabelPurchaseTest, AnInvoiceThatCannotBeDrawnStopsNothing)
     rateHome();
     PreparedPurchase purchase = preparePurchase(screen(), *app, *screen().selectedRate(), {});
     purchase.entry.record.isIntl = true;
+    purchase.entry.record.testMode = true;
     PurchaseFlow &flow = purchases().flow();
     purchase.entry.id = runTask(flow.begin(purchase.entry), &clock);
     const SaleResult sale = runTask(flow.request(purchase.entry, purchase.tag()), &clock);

@@ -1,0 +1,198 @@
+#include "app/purchase/LabelDoubts.h"
+
+#include "app/AppState.h"
+#include "core/ShippoAddress.h"
+#include "core/Text.h"
+#include "core/ports/Prompts.h"
+#include "devices/Zpl.h"
+#include "devices/ZplCommands.h"
+#include "devices/zpl/ZplContents.h"
+#include "devices/zpl/ZplReader.h"
+
+#include <algorithm>
+#include <tuple>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QString nameOf(LabelItem item)
+{
+    switch (item) {
+    case LabelItem::name:
+        return u"name"_s;
+    case LabelItem::houseNumber:
+        return u"house number"_s;
+    case LabelItem::unit:
+        return u"unit"_s;
+    case LabelItem::zip:
+        return u"ZIP"_s;
+    case LabelItem::trackingText:
+        return u"tracking number"_s;
+    case LabelItem::trackingCode:
+        return u"tracking number in the bar code"_s;
+    default: // may differ
+        return QString();
+    }
+}
+
+QString sentenceOf(const LabelFinding &fault)
+{
+    if (fault.item == LabelItem::mark)
+        return u"This label says “%1”, but the key is live."_s.arg(fault.onLabel);
+    if (fault.onLabel.isEmpty())
+        return u"The %1 is missing on the label: %2."_s.arg(nameOf(fault.item), fault.onParcel);
+    if (fault.onParcel.isEmpty())
+        return u"The %1 is only on the label: %2."_s.arg(nameOf(fault.item), fault.onLabel);
+    return u"The %1 differs: %2 on the parcel, %3 on the label."_s.arg(nameOf(fault.item), fault.onParcel,
+                                                                       fault.onLabel);
+}
+
+QString titleOf(const QList<LabelFinding> &faults)
+{
+    const auto isTracking = [](const LabelFinding &fault) {
+        return fault.item == LabelItem::trackingText || fault.item == LabelItem::trackingCode;
+    };
+    if (faults.isEmpty())
+        return u"Print This Label?"_s;
+    if (std::ranges::all_of(faults, [](const LabelFinding &fault) { return fault.item == LabelItem::mark; }))
+        return u"This Is a Sample Label"_s;
+    return std::ranges::all_of(faults, isTracking) ? u"Wrong Tracking Number on This Label"_s
+                                                   : u"This Label Doesn't Match the Parcel"_s;
+}
+
+/// The parcel's text as the label should have it.
+QString parcelText(const PrintedParcel &parcel)
+{
+    const ShippoAddress &to = parcel.to;
+    QStringList lines = {
+        to.name,    to.company,     to.street1, to.street2, joinPresent({to.city, to.state, to.zip}, u" "_s),
+        to.country, parcel.tracking};
+    lines.removeAll(QString());
+    return lines.join(u'\n');
+}
+
+QString labelText(const LabelVerdict &verdict)
+{
+    QStringList lines = verdict.addressOnLabel;
+    const LabelFinding *tracking = verdict.find(LabelItem::trackingText);
+    if (tracking && !tracking->onLabel.isEmpty())
+        lines += tracking->onLabel;
+    return lines.isEmpty() ? u"(no address)"_s : lines.join(u'\n');
+}
+
+Question questionAbout(const LabelDoubts &doubts)
+{
+    const QList<LabelFinding> faults = doubts.verdict.faults();
+    QStringList reasons;
+    if (!doubts.changes.isEmpty())
+        reasons +=
+            u"This label does more than print: it contains %1, which can change the label printer for good. Carriers' "
+            "labels need no such command."_s.arg(doubts.changes);
+    for (const LabelFinding &fault : faults)
+        reasons += sentenceOf(fault);
+    if (faults.isEmpty())
+        return {.title = titleOf(faults),
+                .text = reasons.join(u'\n') + u"\n\nThe label is in the mailing log, and Reprint asks again."_s,
+                .choices = {u"Don't Print"_s, u"Print"_s},
+                .safeChoice = 0};
+
+    Comparison texts{.lead = reasons.join(u'\n'),
+                     .leftTitle = u"Your parcel:"_s,
+                     .left = parcelText(doubts.parcel),
+                     .rightTitle = u"On the label:"_s,
+                     .right = labelText(doubts.verdict),
+                     .marked = {},
+                     .closing = u"The label is bought. You can reprint or refund it from My Mailing Log."_s};
+    return {.title = titleOf(faults),
+            .text = joinPresent({texts.lead, texts.leftTitle + u'\n' + texts.left,
+                                 texts.rightTitle + u'\n' + texts.right, texts.closing},
+                                u"\n\n"_s),
+            .choices = {u"Don't Print"_s, u"Print Anyway"_s},
+            .safeChoice = 0,
+            .comparison = texts};
+}
+
+/// The sender is left out: a wrong one holds no label.
+PrintedParcel parcelTo(const ShippoAddress &to, const ShipmentRecord &record)
+{
+    return {.to = to,
+            .senderZip = {},
+            .tracking = record.tracking,
+            .isLive = !record.testMode,
+            .ownTexts = {record.reference, record.descriptionText}};
+}
+
+LabelDoubts compared(const QByteArray &label, const QList<PrintedParcel> &parcels)
+{
+    LabelDoubts best;
+    if (labelKind(label) != LabelKind::zpl)
+        return best; // only the texts of ZPL can be read
+    best.changes = Zpl::lastingCommands(label).join(u", "_s);
+    const LabelContents contents = contentsOf(readZpl(label));
+    for (qsizetype at = 0; at < parcels.size(); ++at) {
+        const LabelVerdict verdict = readBack(contents, parcels[at]);
+        if (at > 0 && verdict.faults().size() >= best.verdict.faults().size())
+            continue;
+        best.verdict = verdict;
+        best.parcel = parcels[at];
+    }
+    return best;
+}
+
+} // namespace
+
+bool LabelDoubts::isEmpty() const
+{
+    return changes.isEmpty() && verdict.faults().isEmpty();
+}
+
+QString LabelDoubts::reason() const
+{
+    QStringList reasons, items;
+    if (!changes.isEmpty())
+        reasons += u"it contains %1, which can change the printer for good"_s.arg(changes);
+    for (const LabelFinding &fault : verdict.faults()) {
+        if (fault.item == LabelItem::mark)
+            reasons += u"it says “%1”, but the key is live"_s.arg(fault.onLabel);
+        else
+            items += nameOf(fault.item);
+    }
+    if (items.size() == 1)
+        reasons += u"the %1 on the label differs"_s.arg(items.first());
+    else if (!items.isEmpty())
+        reasons += u"%1 things on the label differ: %2"_s.arg(items.size()).arg(items.join(u", "_s));
+    return u"held, because "_s + reasons.join(u"; "_s);
+}
+
+PrintedParcel parcelOf(const AppState &app, const OpenPurchase &purchase)
+{
+    ShippoAddress to = purchase.recipient; // as it was sent
+    to.company = app.sanitizer.sanitize(to.company);
+    std::tie(to.street1, to.street2) = ShippoAddress::splitStreet(to.street1, to.street2);
+    return parcelTo(to, purchase.record);
+}
+
+QList<PrintedParcel> recordedParcels(const ShipmentRecord &record)
+{
+    QList<PrintedParcel> parcels;
+    for (const ShippoAddress &to : addressesOf(record.recipient, record.zip11, record.isIntl))
+        parcels += parcelTo(to, record);
+    return parcels;
+}
+
+Task<LabelDoubts> doubtsAbout(QByteArray label, QList<PrintedParcel> parcels)
+{
+    co_return co_await onPool([label, parcels] { return compared(label, parcels); });
+}
+
+Task<bool> mayPrint(AppState &app, LabelDoubts doubts)
+{
+    if (doubts.isEmpty())
+        co_return true;
+    const int answer = co_await app.platform.prompts.choose(questionAbout(doubts));
+    co_return answer == 1;
+}
+
+} // namespace parcelory
