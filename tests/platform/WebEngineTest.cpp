@@ -303,21 +303,25 @@ TEST_F(WebEngine, AsksBeforeAPageNavigates)
 {
     signIn();
     PracticeBackOffice elsewhere; // on another port, so that the request would arrive
-    QList<QUrl> asked;
+    bool isAsked = false;
     engine.setDelegate({.allows =
                             [&](const QUrl &url) {
-                                asked += url;
-                                return url.port() == office.baseUrl().port();
+                                const bool isHome = url.port() == office.baseUrl().port();
+                                isAsked = isAsked || !isHome;
+                                return isHome;
                             },
                         .onFinished = {}});
     for (const QString &leave :
          {u"location.href = '%1'"_s, u"document.body.innerHTML = '<form id=f action=\"%1\">', f.submit()"_s}) {
-        asked.clear();
-        runUntil([&] { // the page may still be loading, which would undo it
-            runTask(app->auth.evalBool(leave.arg(elsewhere.baseUrl().toString())));
-            return !asked.isEmpty();
+        isAsked = false;
+        int turn = 0;
+        runUntil([&] { // a page that is still loading is gone once it is left: then it is loaded again
+            if (turn++ % 100 == 0 && runTask(app->auth.evalBool(u"document.readyState === 'complete'"_s)))
+                runTask(app->auth.evalBool(leave.arg(elsewhere.baseUrl().toString())));
+            else if (turn % 100 == 50 && !runTask(app->auth.evalBool(u"true"_s)))
+                app->auth.load(app->auth.loginURL());
+            return isAsked;
         });
-        EXPECT_EQ(asked.first().port(), elsewhere.baseUrl().port());
     }
     const auto isAtHome = [this] {
         return runTask(app->auth.evalBool(u"location.port === '%1'"_s.arg(office.baseUrl().port())));
