@@ -60,6 +60,7 @@ Task<> AddressBook::load()
             read.filter = AddressFilter(read.book.contacts);
         return read;
     });
+    m_app.platform.clock.cancel(m_retry);
     const int number = ++m_loads;
     Loaded read = co_await reading;
     if (number != m_loads) // a later load has started
@@ -68,7 +69,6 @@ Task<> AddressBook::load()
         takeReadFailure(read.book.failure);
         co_return;
     }
-    m_app.platform.clock.cancel(m_retry);
     unreadable = QString();
     m_contacts = std::move(read.book.contacts);
     m_filter = std::move(read.filter);
@@ -93,7 +93,6 @@ void AddressBook::takeReadFailure(const QString &reason)
     if (unreadable.value() != error.description())
         unreadable = m_app.recorded(u"Address Book"_s, error, Popup::no);
     setStatus(StatusKind::failure, unreadable);
-    m_app.platform.clock.cancel(m_retry);
     m_retry = m_app.platform.clock.after(retryPause, [this] { spawn([this] { return reload(); }); });
 }
 
