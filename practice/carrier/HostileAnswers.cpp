@@ -62,7 +62,7 @@ std::vector<HostileAnswer> hostileAnswers()
         {"deep lists", answer(200, nested("[", "]", deep))},
         {"deep lists without an end", answer(200, QByteArray(deep, '['))},
         {"deep objects", answer(200, nested(R"({"a":)", "}", deep).replace(":}", ":1}"))},
-        {"depth in a key that nobody reads", answer(200, recordWith(R"("x": )" + nested("[", "]", deep)))},
+        {"depth in a key that is not read", answer(200, recordWith(R"("x": )" + nested("[", "]", deep)))},
         {"depth in a refusal", answer(400, recordWith(R"("x": )" + nested("[", "]", deep)))},
         {"5,000 rates", answer(201, manyRates(5000))},
         {"rates without a price", answer(201, ratesFor({"NaN", "inf", "1e999", "5,00", "-7.00", ""}))},

@@ -86,7 +86,7 @@ CarrierAnswer listNewestFirst(const CarrierRequest &request, PracticeRecords &re
 {
     std::vector<const Json *> newestFirst;
     for (PracticeRecord &record : records.all())
-        newestFirst.push_back(&record.read()); // a purchase that nobody reads by its id is finished, too
+        newestFirst.push_back(&record.read()); // a purchase is finished also if only the list is read
     std::ranges::reverse(newestFirst);
     const bool isShort = &records == &ledger.addresses || &records == &ledger.manifests;
     return listPage(request, newestFirst, isShort ? defaultShortPageSize : defaultPageSize, ledger.base, scenario);

@@ -60,7 +60,7 @@ Task<DesklineInvoice> DesklineInvoiceFetcher::fetch(QString invoiceID)
 }
 
 /// After a sign-out or a cancel, the page belongs to another session or another invoice. The caller no longer wants
-/// this invoice, so nobody sees the error.
+/// this invoice, so the clerk does not see the error.
 void DesklineInvoiceFetcher::requireSamePage(int visit) const
 {
     if (m_auth.visit() != visit)

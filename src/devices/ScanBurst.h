@@ -18,7 +18,7 @@ public:
     static constexpr Time finishDelay{250}; ///< a longer pause ends an invoice code without an end key
     static constexpr Time fastKey{50};      ///< a key that follows sooner is fast
     static constexpr Time runPause{80};     ///< a longer pause divides a burst into runs
-    static constexpr Time machineKey{20};   ///< nobody types several keys in sequence faster
+    static constexpr Time machineKey{20};   ///< a person does not type several keys faster
     /// A person sometimes presses two keys nearly together, but not three.
     static constexpr int fewestKeysBeforePause = 3;
     static constexpr int fewestFastKeys = 8, fewestNoiseCharacters = 10, mostCharacters = 300;
