@@ -28,6 +28,7 @@ TEST(CommandLine, NeedsAScreenOnlyForWindows)
         Display withScreen, without;
     } rows[] = {{{}, Display::screen, Display::none},
                 {{"--status"}, Display::none, Display::none},
+                {{"--verify"}, Display::none, Display::none},
                 {{"--add-key", "Live"}, Display::none, Display::none},
                 {{"--practice"}, Display::screen, Display::memory},
                 {{"--practice", "--ship=orders.json"}, Display::memory, Display::memory},
