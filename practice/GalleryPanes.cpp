@@ -159,7 +159,8 @@ Task<> Gallery::drawSettings()
     const std::pair<Page, QString> pages[] = {
         {Page::senders, u"settings-senders"_s},   {Page::boxes, u"settings-custom-boxes"_s},
         {Page::printers, u"settings-printers"_s}, {Page::keys, u"settings-api-keys"_s},
-        {Page::contacts, u"settings-contacts"_s}, {Page::updates, u"settings-updates"_s}};
+        {Page::records, u"settings-records"_s},   {Page::contacts, u"settings-contacts"_s},
+        {Page::updates, u"settings-updates"_s}};
     addPracticeProfiles(app());
     for (const auto &[page, name] : pages) {
         m_program.window().settingsView().showPage(page);

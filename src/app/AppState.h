@@ -19,6 +19,7 @@
 #include "records/DraftStore.h"
 #include "records/LabelHistory.h"
 #include "records/PurchaseJournal.h"
+#include "records/RecordCopies.h"
 #include "records/ScanForms.h"
 #include "records/SenderStore.h"
 #include "records/ShipmentLog.h"
@@ -72,6 +73,8 @@ public:
     Observed<QString> lastShipmentSummary{this}; ///< one line about the last label bought
     Observed<int> keyChanges{this, 0};           ///< counts key changes; rates from one key are not valid with another
 
+    Observed<int> copyCount{this, 0}; ///< counts copies of the records
+
     Observed<bool> scanFormBusy{this, false};
     Observed<QString> scanFormStatus{this};
     bool scanFormComplete = true; ///< the last SCAN form operation left nothing for the clerk to read but the form
@@ -105,6 +108,7 @@ public:
     BoxStore boxes;
     DraftStore drafts;
     LocalAddressStore addressBook;
+    RecordCopies copies;
     ContactsAddressProvider appleContacts;
     LabelPrinter printer;
     PrintWatch printWatch;

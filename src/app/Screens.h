@@ -5,6 +5,7 @@
 #include "app/label/LabelScreen.h"
 #include "app/logs/MailingLogScreen.h"
 #include "app/logs/MasterLogScreen.h"
+#include "app/records/RecordsScreen.h"
 #include "app/scanform/ScanFormScreen.h"
 #include "app/settings/KeysScreen.h"
 #include "app/settings/SettingsScreen.h"
@@ -29,6 +30,7 @@ public:
     ScanFormScreen scanForm;
     SettingsScreen settings;
     UpdateChecker updates;
+    RecordsScreen records;
 
     /// Restarts into the downloaded update and stores the draft for the next start. Call only if mayRestart().
     Task<> restartIntoUpdate();

@@ -44,6 +44,8 @@ struct Finding {
     QDateTime createdAt; ///< as the row says now; invalid if it is gone
     QString recipient;
     QString tracking;
+
+    bool operator==(const Finding &) const = default;
 };
 
 /// What a walk along the whole chain found.
@@ -51,6 +53,8 @@ struct Report {
     bool isCanceled = false;
     qint64 labels = 0;
     QList<Finding> findings;
+
+    bool operator==(const Report &) const = default;
 };
 
 /// Writes entries. Lives within one transaction, and is made before its first row is stored.

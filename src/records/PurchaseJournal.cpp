@@ -4,6 +4,7 @@
 #include "core/Json.h"
 #include "core/PrivateFiles.h"
 #include "core/ShippoAddress.h"
+#include "core/SqliteCopy.h"
 #include "core/Text.h"
 #include "records/JournalRescue.h"
 #include "records/ShipmentLogRows.h"
@@ -249,6 +250,12 @@ qint64 PurchaseJournal::begin(const OpenPurchase &purchase)
     if (!begun)
         refuse();
     return m_db->lastInsertedId();
+}
+
+QString PurchaseJournal::copyTo(const QString &path)
+{
+    const std::lock_guard turn(m_access);
+    return isReady() ? copyDatabase(*m_db, path) : m_obstacle;
 }
 
 bool PurchaseJournal::update(qint64 id, const ShipmentRecord &record)

@@ -61,6 +61,7 @@ public:
         fileQuestions.append({title, {}});
         co_return QString(file);
     }
+    Task<QString> openFolder(QString title) override { return openFile(title); }
     QString file; ///< the clerk's choice; empty if canceled
     QList<std::pair<QString, QString>> fileQuestions;
     QList<std::pair<QString, QString>> alerts;

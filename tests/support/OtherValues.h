@@ -47,6 +47,21 @@ struct OtherValue {
     }
     static QByteArray of(const QByteArray &value) { return value + "%PDF"; }
     static QDate of(QDate value) { return value.addDays(1); }
+    static QDateTime of(const QDateTime &value)
+    {
+        return value.isValid() ? value.addDays(1) : QDateTime(QDate(2026, 11, 20), QTime(12, 0));
+    }
+    static RecordCopy of(RecordCopy copy)
+    {
+        copy.folder += u" else"_s;
+        copy.madeAt = of(copy.madeAt);
+        return copy;
+    }
+    static LogChain::Report of(LogChain::Report report)
+    {
+        ++report.labels;
+        return report;
+    }
     static QUuid of(const QUuid &) { return QUuid::createUuid(); }
     static AppFlow of(AppFlow) { return AppFlow::login; }
     static MainTab of(MainTab) { return MainTab::mailingLog; }

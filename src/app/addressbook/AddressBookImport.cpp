@@ -2,6 +2,7 @@
 
 #include "addressbook/ImportProgress.h"
 #include "addressbook/LocalAddressStore.h"
+#include "app/records/CopyRecords.h"
 #include "core/AppError.h"
 #include "core/PostalContact.h"
 #include "core/Progress.h"
@@ -52,6 +53,8 @@ Task<> AddressBook::importFrom(Reader reader, QString reading)
     try {
         const ReadAddresses read =
             co_await onPool([reader, progress = followImport(reading)] { return reader(progress); });
+        if (!co_await copyRecordsBefore(m_app, CopyReason::beforeImport))
+            throw ImportCanceled();
         co_await mergeAll(read);
     } catch (const ImportCanceled &canceled) { // as the clerk wanted
         setStatus(StatusKind::failure, canceled.description());

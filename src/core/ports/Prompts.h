@@ -40,6 +40,8 @@ public:
     virtual Task<QString> saveFile(QString title, QString proposed) = 0;
     /// The file to read; empty if canceled.
     virtual Task<QString> openFile(QString title) = 0;
+    /// An existing folder; empty if canceled.
+    virtual Task<QString> openFolder(QString title) = 0;
 };
 
 } // namespace parcelory
