@@ -179,8 +179,10 @@ TEST_F(AppleContacts, AreDiagnosedStepByStep)
                                                 "PASS CN unified fetch, first 1000: 2 contacts"_s);
     EXPECT_EQ(source->requests.value(0).most, 1000);
     EXPECT_TRUE(!source->requests.value(0).isUnified && source->requests.value(1).isUnified);
-    source->status = 1;
-    EXPECT_EQ(runTask(provider->diagnostics()).count(u": no access"_s), 5);
+    for (const auto &[status, refused] : {std::pair(1, 5), std::pair(2, 5), std::pair(4, 0)}) {
+        source->status = status;
+        EXPECT_EQ(runTask(provider->diagnostics()).count(u": no access"_s), refused) << status;
+    }
 }
 
 TEST_F(AppleContacts, AreDiagnosedPastAStepThatFailsOrHangs)

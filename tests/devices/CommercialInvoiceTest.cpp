@@ -175,7 +175,9 @@ TEST(CommercialInvoice, DrawsEveryScriptAsSearchableText)
                                                   {u"רחוב הרצל"_s, u"NotoSansHebrew"_s}};
     for (const auto &[name, font] : shaped) {
         const Page page(invoice(name + u" 12"_s, 1));
+#ifndef Q_OS_MACOS // which has fonts of its own for these scripts
         EXPECT_TRUE(page.ask(u"pdffonts page"_s).contains(font)) << font.toStdString();
+#endif
         EXPECT_EQ(page.missing, QString()) << font.toStdString();
         const bool fromTheRight = std::ranges::any_of(page.words, [](const Page::Word &word) {
             return word.text == u"12" && std::abs(word.box.left() - 320) < 0.1;

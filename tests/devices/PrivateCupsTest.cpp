@@ -29,9 +29,17 @@ namespace {
 
 class PrivateCups : public testing::Test {
 protected:
+#ifdef Q_OS_MACOS
+    static constexpr auto unavailable = "the print server of macOS runs only as a part of the system";
+    static bool isAvailable() { return false; }
+#else
+    static constexpr auto unavailable = "there is no print server (/usr/sbin/cupsd) on this machine";
+    static bool isAvailable() { return QFile::exists(u"/usr/sbin/cupsd"_s); }
+#endif
+
     static void SetUpTestSuite()
     {
-        if (!QFile::exists(u"/usr/sbin/cupsd"_s))
+        if (!isAvailable())
             return;
         // The server's user must be able to read the cases' files.
         ::umask(022);
@@ -58,7 +66,7 @@ protected:
     void SetUp() override
     {
         if (!folder)
-            GTEST_SKIP() << "there is no print server (/usr/sbin/cupsd) on this machine";
+            GTEST_SKIP() << unavailable;
         ASSERT_TRUE(started) << "the private print server did not start";
         for (const QString &queue : printer.queues())
             QFile::remove(outputPath(queue));

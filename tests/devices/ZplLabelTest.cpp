@@ -6,7 +6,6 @@
 #include "support/Printing.h"
 
 #include <ZXing/ReadBarcode.h>
-#include <ZXing/TextUtfEncoding.h>
 #include <gmock/gmock.h>
 
 #include <thread>
@@ -80,8 +79,11 @@ QString scanned(const QImage &picture)
 {
     const ZXing::ImageView view(picture.constBits(), picture.width(), picture.height(), ZXing::ImageFormat::Lum,
                                 int(picture.bytesPerLine()));
-    const auto result = ZXing::ReadBarcode(view, ZXing::DecodeHints().setTryHarder(true));
-    QString text = result.isValid() ? QString::fromStdWString(result.text()) : u"(unread)"_s;
+    const auto result = ZXing::ReadBarcode(view);
+    const auto &bytes = result.bytes(); // the library's versions differ in how they write these as a text
+    QString text = QString::fromUtf8(reinterpret_cast<const char *>(bytes.data()), qsizetype(bytes.size()));
+    if (!result.isValid())
+        text = u"(unread)"_s;
     return text.replace(QChar(0x1d), u"<GS>"_s);
 }
 

@@ -89,6 +89,7 @@ TEST(SystemProcesses, ReportsStatusAndBothChannelsWhole)
     EXPECT_EQ(failed.err, "err");
     EXPECT_EQ(shell(u"kill -9 $$"_s).status, 128 + 9);
     EXPECT_EQ(shell(u"cat"_s).out, "") << "the input of a child process is empty";
+    EXPECT_EQ(shell(u"kill -s 0 -- -$$"_s).status, 0) << "only a session of its own has no terminal to ask at";
 
     const ProcessOutcome much = shell(u"head -c 500000 /dev/zero; head -c 500000 /dev/zero >&2"_s);
     EXPECT_EQ(much.out.size(), 500'000);

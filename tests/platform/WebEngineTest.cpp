@@ -12,6 +12,10 @@
 #include "support/Printing.h"
 #include "support/RunTask.h"
 
+#ifdef Q_OS_MACOS
+#include "platform/SystemProcesses.h"
+#endif
+
 #include <QApplication>
 #include <QDirIterator>
 #include <QStandardPaths>
@@ -110,6 +114,20 @@ protected:
     std::unique_ptr<AppState> app;
 };
 
+#ifdef Q_OS_MACOS
+/// The renderer processes of this process.
+QList<int> renderers()
+{
+    const QString own = QString::number(QCoreApplication::applicationPid());
+    const ProcessOutcome children =
+        SystemProcesses().run(u"/usr/bin/pgrep"_s, {u"-P"_s, own, u"-f"_s, u"type=renderer"_s});
+    QList<int> found;
+    for (const QByteArray &line : children.out.trimmed().split('\n'))
+        found += line.toInt();
+    found.removeAll(0);
+    return found;
+}
+#else
 /// The renderer processes of this process, which its zygotes have forked.
 QList<int> renderers()
 {
@@ -128,6 +146,7 @@ QList<int> renderers()
     }
     return found;
 }
+#endif
 
 bool anyFileHolds(const QString &folder, const QByteArray &text)
 {

@@ -7,6 +7,7 @@ namespace parcelory {
 
 /// A small icon with a text beside it, in one color: a warning under a row, a marker, an outcome.
 class Notice : public QWidget {
+    Q_OBJECT
 public:
     Notice(const QString &icon, Token ink, FontRole role = FontRole::captionStrong, QWidget *parent = nullptr);
 
