@@ -204,6 +204,8 @@ TEST_F(LocalAddresses, StayUnchangedWhenWritingFails)
     EXPECT_EQ(none.remove(at(u"One"_s).id), Removal::failed);
     EXPECT_FALSE(none.read().failure.isEmpty());
     EXPECT_TRUE(store.read().failure.isEmpty());
+    ASSERT_TRUE(exec("DROP TABLE addresses"));
+    EXPECT_FALSE(store.read().failure.isEmpty()) << "a book that cannot be read is not empty";
     EXPECT_THROW(none.merge({at(u"One"_s)}), AppError);
 }
 
