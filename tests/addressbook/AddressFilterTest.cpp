@@ -1,15 +1,12 @@
 #include "addressbook/AddressFilter.h"
 #include "core/PostalContact.h"
 #include "core/Text.h"
-#include "support/Printing.h"
+#include "support/Test.h"
 
 #include <QRandomGenerator>
 #include <QRegularExpression>
 
-#include <algorithm>
-
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
 
 namespace {
 

@@ -2,21 +2,13 @@
 #include "addressbook/ImportProgress.h"
 #include "addressbook/LocalAddressStore.h"
 #include "addressbook/VCard.h"
-#include "core/AppError.h"
 #include "core/PostalContact.h"
 #include "core/Progress.h"
-#include "support/Printing.h"
+#include "support/Test.h"
 
-#include <QFile>
 #include <QStringEncoder>
-#include <QTemporaryDir>
-
-#include <algorithm>
-#include <utility>
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
-using testing::ElementsAre;
 
 namespace {
 

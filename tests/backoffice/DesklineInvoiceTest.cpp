@@ -2,16 +2,9 @@
 #include "backoffice/DesklineInvoiceFetcher.h"
 #include "backoffice/DesklinePage.h"
 #include "compose/Customs.h"
-#include "support/Printing.h"
-
-#include <gmock/gmock.h>
-
-#include <optional>
-#include <tuple>
-#include <utility>
+#include "support/Test.h"
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
 
 namespace {
 

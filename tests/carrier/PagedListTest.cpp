@@ -1,16 +1,13 @@
 #include "carrier/PagedList.h"
 #include "carrier/ShippoRecords.h"
-#include "core/AppError.h"
 #include "core/Task.h"
+#include "support/Test.h"
 
-#include "support/Printing.h"
 #include "support/RunTask.h"
 
 #include <QTimeZone>
-#include <gtest/gtest.h>
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
 
 namespace {
 

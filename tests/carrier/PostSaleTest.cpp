@@ -4,25 +4,14 @@
 #include "carrier/ShippoError.h"
 #include "carrier/ShippoKeys.h"
 #include "carrier/ShippoRecords.h"
-#include "core/AppError.h"
 #include "core/Json.h"
 #include "core/Task.h"
 #include "practice/carrier/CarrierScenario.h"
+#include "support/Test.h"
 
 #include "support/CarrierDesk.h"
-#include "support/Printing.h"
-
-#include <gmock/gmock.h>
-
-#include <algorithm>
-#include <chrono>
-#include <functional>
-#include <memory>
-#include <utility>
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
-using namespace std::chrono_literals;
 
 namespace {
 

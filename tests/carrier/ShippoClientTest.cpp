@@ -4,23 +4,15 @@
 #include "carrier/ShippoKeys.h"
 #include "carrier/ShippoRecords.h"
 #include "compose/Customs.h"
-#include "core/AppError.h"
 #include "core/Json.h"
 #include "core/Task.h"
 #include "practice/carrier/CarrierScenario.h"
 #include "support/RunTask.h"
+#include "support/Test.h"
 
 #include "support/CarrierDesk.h"
-#include "support/Printing.h"
-
-#include <gmock/gmock.h>
-
-#include <tuple>
-#include <utility>
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
-using namespace std::chrono_literals;
 
 namespace {
 
@@ -92,7 +84,7 @@ TEST_F(ShippoClientTest, ReadsTheKeyAtEveryRequestAndSendsNothingWithoutAKey)
     EXPECT_EQ(failureOf(client.validateAddress(homeAddress())), u"No Shippo API token set. Add one in Settings."_s);
     keys.set(u""_s, u"Empty"_s);
     EXPECT_EQ(failureOf(client.validateAddress(homeAddress())), u"No Shippo API token set. Add one in Settings."_s);
-    EXPECT_THAT(desk.carrier.requests(), testing::IsEmpty());
+    EXPECT_THAT(desk.carrier.requests(), IsEmpty());
 }
 
 TEST_F(ShippoClientTest, DescribesEveryKindOfBadResponseWithoutTheToken)

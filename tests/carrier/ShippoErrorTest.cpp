@@ -1,18 +1,10 @@
 #include "carrier/ShippoError.h"
 #include "carrier/CarrierWords.h"
 #include "carrier/ShippoRecords.h"
-#include "core/AppError.h"
 #include "core/ports/HttpTransport.h"
-#include "support/Printing.h"
-
-#include <gmock/gmock.h>
-
-#include <optional>
-#include <tuple>
-#include <utility>
+#include "support/Test.h"
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
 
 TEST(ShippoError, FlattensFieldErrorsIntoAtMostFourReadableLines)
 {

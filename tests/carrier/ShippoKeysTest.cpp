@@ -1,16 +1,10 @@
 #include "carrier/ShippoKeys.h"
 #include "practice/MemorySecrets.h"
+#include "support/Test.h"
 
 #include "support/FakePlatform.h"
-#include "support/Printing.h"
-
-#include <gmock/gmock.h>
-
-#include <optional>
-#include <utility>
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
 
 namespace {
 

@@ -1,14 +1,9 @@
 #include "compose/SecondLabel.h"
 #include "records/ShipmentRecord.h"
 #include "support/CarrierDesk.h"
-#include "support/Printing.h"
-
-#include <gmock/gmock.h>
-
-#include <functional>
+#include "support/Test.h"
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
 
 TEST(SecondLabel, WarnsByReferenceRecipientInvoiceAndUnresolvedPurchase)
 {

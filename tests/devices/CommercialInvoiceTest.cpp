@@ -1,25 +1,16 @@
 #include "devices/CommercialInvoice.h"
 #include "core/Deployment.h"
-
-#include "core/AppError.h"
-#include "support/Printing.h"
-
-#include <gmock/gmock.h>
+#include "support/Test.h"
 
 #include <QGuiApplication>
 #include <QImage>
 #include <QProcess>
 #include <QRegularExpression>
-#include <QTemporaryDir>
 
-#include <algorithm>
 #include <cstdlib>
-#include <optional>
 #include <thread>
-#include <utility>
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
 
 namespace {
 

@@ -1,22 +1,14 @@
 #include "devices/LabelPrinter.h"
-#include "core/AppError.h"
 #include "devices/HandoverFile.h"
+#include "support/Test.h"
 
 #include "support/FakePlatform.h"
-#include "support/Printing.h"
-
-#include <gmock/gmock.h>
 
 #include <QFileInfo>
 #include <QRegularExpression>
 #include <sys/stat.h>
 
-#include <chrono>
-#include <functional>
-#include <utility>
-
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
 
 namespace {
 

@@ -7,15 +7,10 @@
 #include "practice/PracticePrinter.h"
 #include "support/CarrierDesk.h"
 #include "support/LabelDesk.h"
-#include "support/Printing.h"
 #include "support/RunTask.h"
-
-#include <gmock/gmock.h>
-
-#include <chrono>
+#include "support/Test.h"
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -179,7 +174,7 @@ TEST_F(PrintCertaintyTest, EveryPrinterFaultIsReportedAndLosesNoLabel)
         printer.setFault(fault);
         composeAndRate(homeAddress());
         buy();
-        EXPECT_THAT(banner().toStdString(), testing::HasSubstr(shown));
+        EXPECT_THAT(banner().toStdString(), HasSubstr(shown));
         EXPECT_EQ(app->log.records().size(), ++rows) << "a print problem leaves the purchase complete";
         prompts.answer = 1;
         run(screen().reprintLast());
@@ -198,7 +193,7 @@ TEST_F(PrintCertaintyTest, ALabelFor300DpiIsCutWithOneWarning)
 {
     const QByteArray label = "^XA^PW1200^LL1800^FDCoin^FS^XZ";
     EXPECT_THAT(runTask(printLabel(*app, label)).toStdString(),
-                testing::StartsWith("Label sent to Practice_Zebra. It is made for a 300 dpi printer"));
+                StartsWith("Label sent to Practice_Zebra. It is made for a 300 dpi printer"));
     EXPECT_EQ(runTask(printLabel(*app, label)), u"Label sent to Practice_Zebra."_s) << "the warning appears once";
 }
 

@@ -1,29 +1,20 @@
 // Labels through a real print server, on a desk whose language is German.
 
-#include "core/AppError.h"
 #include "core/Platform.h"
 #include "devices/LabelPrinter.h"
 #include "devices/PrinterState.h"
 #include "devices/Zpl.h"
 #include "platform/SystemProcesses.h"
 #include "support/FakePlatform.h"
-#include "support/Printing.h"
-
-#include <gmock/gmock.h>
+#include "support/Test.h"
 
 #include <QDeadlineTimer>
 #include <QFileInfo>
 #include <QProcess>
-#include <QTemporaryDir>
 
 #include <sys/stat.h>
 
-#include <chrono>
-#include <memory>
-#include <utility>
-
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -203,7 +194,7 @@ TEST_F(PrivateCups, PrintsPdfsThroughTheDriverOfTheDocumentPrinter)
     EXPECT_TRUE(printer.printPDF(onePagePdf(), u"Laser"_s));
     const QByteArray page = printed(u"Laser"_s);
     EXPECT_TRUE(page.startsWith("%!PS")) << page.left(80).toStdString();
-    EXPECT_THAT(page.toStdString(), testing::HasSubstr("%%Pages: 1"));
+    EXPECT_THAT(page.toStdString(), HasSubstr("%%Pages: 1"));
 }
 
 TEST_F(PrivateCups, ReportsAMissingQueueAMissingServerAndARejectingQueue)

@@ -3,20 +3,12 @@
 #include "practice/PracticeScale.h"
 #include "support/FakeClock.h"
 #include "support/FakePlatform.h"
-#include "support/Printing.h"
+#include "support/Test.h"
 
-#include <gmock/gmock.h>
-
-#include <algorithm>
-#include <iterator>
-#include <optional>
 #include <string>
-#include <tuple>
-#include <utility>
 #include <vector>
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
 
 namespace {
 

@@ -2,20 +2,10 @@
 #include "core/ports/Keyboard.h"
 #include "devices/ScanBurst.h"
 #include "support/FakeClock.h"
-#include "support/Printing.h"
-
-#include <gmock/gmock.h>
-
-#include <chrono>
-#include <functional>
-#include <utility>
+#include "support/Test.h"
 
 namespace parcelory::test {
 namespace {
-using namespace Qt::StringLiterals;
-using namespace std::chrono_literals;
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 /// A keyboard with one text field and its cursor.
 class FakeKeyboard : public Keyboard {

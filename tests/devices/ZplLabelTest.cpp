@@ -3,16 +3,14 @@
 #include "devices/zpl/ZplPainter.h"
 #include "devices/zpl/ZplReader.h"
 #include "devices/zpl/ZplTypesetter.h"
-#include "support/Printing.h"
+#include "support/Test.h"
 
 #include <ZXing/ReadBarcode.h>
 #include <ZXing/TextUtfEncoding.h>
-#include <gmock/gmock.h>
 
 #include <thread>
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
 
 namespace {
 

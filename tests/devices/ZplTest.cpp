@@ -1,14 +1,8 @@
 #include "devices/Zpl.h"
 #include "devices/ZplCommands.h"
-#include "support/Printing.h"
-
-#include <gmock/gmock.h>
-
-#include <optional>
-#include <utility>
+#include "support/Test.h"
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
 
 TEST(Zpl, RecognizesALabelByItsBytes)
 {

@@ -5,20 +5,16 @@
 #include "core/Json.h"
 #include "core/Task.h"
 #include "platform/WebEngineSession.h"
-#include "support/Printing.h"
 #include "support/RunTask.h"
+#include "support/Test.h"
 
 #include <QDeadlineTimer>
-#include <gmock/gmock.h>
 #undef signals
 #include "practice/LoopbackServer.h"
 
 #include <string>
-#include <utility>
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
-using namespace std::chrono_literals;
 
 extern QString webFolder;
 

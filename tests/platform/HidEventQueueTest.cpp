@@ -1,13 +1,10 @@
 #include "platform/HidEventQueue.h"
 #include "devices/ScaleReport.h"
-#include "support/Printing.h"
-
-#include <gmock/gmock.h>
+#include "support/Test.h"
 
 #include <cstddef>
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
 
 namespace {
 

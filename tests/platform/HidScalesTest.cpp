@@ -2,23 +2,16 @@
 
 #include "platform/HidScales.h"
 #include "devices/USBScale.h"
-#include "support/Printing.h"
 #include "support/RunTask.h"
+#include "support/Test.h"
 
 #undef signals
 #include <umockdev.h>
 
-#include <gmock/gmock.h>
-
-#include <QFile>
-
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <chrono>
-
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
 
 namespace {
 

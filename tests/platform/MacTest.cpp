@@ -5,15 +5,11 @@
 #include "platform/SettingsPreferences.h"
 #include "platform/SystemPlatform.h"
 #include "support/FakePlatform.h"
-#include "support/Printing.h"
+#include "support/Test.h"
 
 #include <QProcess>
-#include <gtest/gtest.h>
-
-#include <optional>
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
 
 TEST(MacTest, KeychainReturnsTheLastValueSet)
 {

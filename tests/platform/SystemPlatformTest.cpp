@@ -1,6 +1,5 @@
 // The adapters to the real machine: preference file, child processes, network.
 
-#include "core/AppError.h"
 #include "core/Setting.h"
 #include "core/SettingsKeys.h"
 #include "core/ports/HttpTransport.h"
@@ -13,10 +12,9 @@
 #include "platform/SystemDesktop.h"
 #include "platform/SystemProcesses.h"
 #include "support/FakePlatform.h"
-#include "support/Printing.h"
 #include "support/RunTask.h"
+#include "support/Test.h"
 
-#include <gmock/gmock.h>
 #undef signals
 #include <httplib.h>
 
@@ -24,14 +22,11 @@
 #include <QTcpSocket>
 #include <QTimer>
 
-#include <chrono>
 #include <mutex>
 #include <string>
 #include <thread>
-#include <tuple>
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
 
 TEST(SystemClock, CallsNoCanceledTimer)
 {
@@ -220,7 +215,7 @@ TEST_F(NetworkTransportTest, ReportsErrorsWithoutRevealingSecrets)
     const QString nobody = u"http://127.0.0.1:1/secret"_s;
     const QString silent = u"http://127.0.0.1:%1/secret"_s.arg(mute.serverPort());
 
-    EXPECT_THAT(failure(nobody, true).toStdString(), testing::StartsWith("127.0.0.1 could not be reached ("));
+    EXPECT_THAT(failure(nobody, true).toStdString(), StartsWith("127.0.0.1 could not be reached ("));
     EXPECT_FALSE(failure(nobody, true).contains(u"secret"_s));
     QObject::connect(&mute, &QTcpServer::newConnection, &mute, [this] { clock.advance(std::chrono::seconds(60)); });
     EXPECT_EQ(failure(silent, true), u"127.0.0.1 did not answer within 60 seconds — check the network."_s);
@@ -272,7 +267,7 @@ TEST_F(NetworkTransportTest, ThePracticeDeskReachesOnlyLoopback)
     for (const QString &host : {u"api.example.com"_s, u"192.0.2.1"_s, u"0.0.0.0"_s, u"127.0.0.1.example.com"_s,
                                 u"[2001:db8::1]"_s, QString()})
         EXPECT_THAT(failure(u"http://"_s + host + u"/"_s).toStdString(),
-                    testing::StartsWith("The practice desk does not connect to"));
+                    StartsWith("The practice desk does not connect to"));
 }
 
 TEST_F(NetworkTransportTest, TheTokenIsNotSentToAnotherServer)
@@ -292,9 +287,9 @@ TEST_F(NetworkTransportTest, TheTokenIsNotSentToAnotherServer)
     (*server).Get("/moved", [](const httplib::Request &, httplib::Response &r) { r.set_redirect("/file"); });
 
     EXPECT_EQ(get(server.url(u"/moved"_s), true).body, "ShippoToken secret");
-    EXPECT_THAT(failure(server.url(u"/away"_s), true).toStdString(), testing::HasSubstr("gave no answer"));
+    EXPECT_THAT(failure(server.url(u"/away"_s), true).toStdString(), HasSubstr("gave no answer"));
     EXPECT_EQ(seen, QStringList());
-    EXPECT_THAT(failure(server.url(u"/away"_s)).toStdString(), testing::HasSubstr("gave no answer"));
+    EXPECT_THAT(failure(server.url(u"/away"_s)).toStdString(), HasSubstr("gave no answer"));
     EXPECT_EQ(seen, QStringList()) << "the practice desk does not follow a redirect to another server";
 }
 

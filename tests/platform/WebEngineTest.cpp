@@ -9,26 +9,16 @@
 #include "practice/backoffice/PracticeBackOffice.h"
 #include "shell/ErrorLog.h"
 #include "support/FakePlatform.h"
-#include "support/Printing.h"
 #include "support/RunTask.h"
+#include "support/Test.h"
 
 #include <QApplication>
 #include <QDirIterator>
 #include <QStandardPaths>
-#include <gmock/gmock.h>
 
-#include <algorithm>
-#include <chrono>
 #include <csignal>
-#include <functional>
-#include <memory>
-#include <optional>
-#include <utility>
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
-using testing::HasSubstr;
-using testing::IsEmpty;
 
 QString webFolder; ///< outlives every engine, because engines keep writing for a moment
 
@@ -289,7 +279,7 @@ TEST_F(WebEngine, SurvivesMisbehavingPages)
     office.clearRequests();
     app->handleInvoiceScan(u"48213"_s);
     pace([&] { return answered("GET")(); });
-    ASSERT_THAT(renderers(), testing::Not(IsEmpty()));
+    ASSERT_THAT(renderers(), Not(IsEmpty()));
     for (const int process : renderers())
         ::kill(process, SIGKILL);
     pace([this] { return !app->scanBusy; });

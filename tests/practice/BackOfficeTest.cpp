@@ -1,19 +1,14 @@
 #include "practice/backoffice/PracticeBackOffice.h"
 #include "practice/backoffice/PracticeInvoices.h"
-#include "support/Printing.h"
+#include "support/Test.h"
 
-#include <gmock/gmock.h>
 #include <httplib.h>
 
 #include <cstddef>
-#include <memory>
 #include <string>
 #include <thread>
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
-using testing::HasSubstr;
-using testing::Not;
 
 namespace {
 

@@ -3,18 +3,12 @@
 #include "devices/zpl/ZplContents.h"
 #include "devices/zpl/ZplReader.h"
 #include "practice/carrier/PracticeLabel.h"
-#include "support/Printing.h"
+#include "support/Test.h"
 
-#include <gmock/gmock.h>
-
-#include <QFile>
-
-#include <functional>
 #include <map>
 #include <set>
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
 
 namespace {
 

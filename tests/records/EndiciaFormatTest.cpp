@@ -1,18 +1,14 @@
 #include "records/EndiciaFormat.h"
 #include "records/EndiciaDates.h"
 #include "records/ShipmentRecord.h"
-#include "support/Printing.h"
+#include "support/Test.h"
 
 #include <QLocale>
 #include <QTimeZone>
-#include <gmock/gmock.h>
 
 #include <ctime>
-#include <optional>
-#include <utility>
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
 
 namespace {
 

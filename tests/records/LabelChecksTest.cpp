@@ -1,12 +1,9 @@
 #include "records/LabelChecks.h"
 #include "records/ShipmentRecord.h"
 #include "support/LogFile.h"
-
-#include <functional>
-#include <optional>
+#include "support/Test.h"
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
 
 namespace {
 

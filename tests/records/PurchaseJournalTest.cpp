@@ -1,23 +1,12 @@
 #include "records/PurchaseJournal.h"
+#include "support/Test.h"
 
-#include "core/AppError.h"
 #include "core/Sqlite.h"
 #include "support/FaultyDisk.h"
-#include "support/Printing.h"
 
-#include <gtest/gtest.h>
-
-#include <QDir>
-#include <QTemporaryDir>
-
-#include <chrono>
-#include <iterator>
-#include <memory>
 #include <thread>
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
-using namespace std::chrono_literals;
 
 namespace {
 

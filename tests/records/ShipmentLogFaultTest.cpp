@@ -1,10 +1,10 @@
-#include "core/AppError.h"
 #include "records/LabelHistory.h"
 #include "records/ScanForms.h"
 #include "records/ShipmentLog.h"
 #include "records/ShipmentRecord.h"
 #include "support/LogFile.h"
 #include "support/WaitingRoom.h"
+#include "support/Test.h"
 
 #include <QBuffer>
 #include <QScopeGuard>
@@ -13,14 +13,9 @@
 
 #include <atomic>
 #include <csignal>
-#include <functional>
-#include <optional>
 #include <thread>
-#include <utility>
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
-using testing::HasSubstr;
 
 namespace {
 

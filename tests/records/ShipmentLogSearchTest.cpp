@@ -2,15 +2,14 @@
 #include "records/ShipmentLog.h"
 #include "records/ShipmentLogIndex.h"
 #include "support/LogFile.h"
+#include "support/Test.h"
 
 #include <array>
 #include <mutex>
-#include <optional>
 #include <random>
 #include <vector>
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
 
 namespace {
 

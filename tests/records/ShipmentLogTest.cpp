@@ -1,20 +1,13 @@
 #include "records/ShipmentLog.h"
-#include "core/AppError.h"
 #include "core/Progress.h"
 #include "records/EndiciaFormat.h"
 #include "records/ShipmentRecord.h"
 #include "support/LogFile.h"
+#include "support/Test.h"
 
 #include <QBuffer>
 
-#include <algorithm>
-#include <functional>
-#include <optional>
-#include <tuple>
-#include <utility>
-
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
 
 namespace {
 

@@ -6,15 +6,9 @@
 #include "records/SenderProfile.h"
 #include "records/SenderStore.h"
 #include "support/FakePlatform.h"
-#include "support/Printing.h"
-
-#include <gmock/gmock.h>
-
-#include <optional>
-#include <utility>
+#include "support/Test.h"
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
 
 namespace {
 

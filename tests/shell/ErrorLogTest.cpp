@@ -1,29 +1,19 @@
 #include "shell/ErrorLog.h"
 #include "carrier/ShippoError.h"
-#include "core/AppError.h"
 #include "core/Json.h"
 #include "support/FakePlatform.h"
-#include "support/Printing.h"
 #include "support/RunTask.h"
+#include "support/Test.h"
 
-#include <QFile>
 #include <QTimeZone>
-#include <gmock/gmock.h>
 
-#include <algorithm>
-#include <chrono>
 #include <cstddef>
 #include <exception>
-#include <iterator>
-#include <optional>
 #include <stdexcept>
 #include <thread>
-#include <tuple>
-#include <utility>
 #include <vector>
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
 
 namespace {
 
