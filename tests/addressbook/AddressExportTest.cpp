@@ -11,7 +11,6 @@
 // What the address book exports, and that it comes back from there unchanged.
 
 namespace parcelory::test {
-
 namespace {
 
 QString randomText(QRandomGenerator &random)

@@ -7,7 +7,6 @@
 #include <QRegularExpression>
 
 namespace parcelory::test {
-
 namespace {
 
 /// Folds with Qt, where the filter uses another library and its own code for ASCII.

@@ -13,7 +13,6 @@
 #include <QSemaphore>
 
 namespace parcelory::test {
-
 namespace {
 
 struct FakeContacts : ContactsSource {

@@ -1,11 +1,9 @@
 #include "carrier/ShippoKeys.h"
 #include "practice/MemorySecrets.h"
+#include "support/FakePlatform.h"
 #include "support/Test.h"
 
-#include "support/FakePlatform.h"
-
 namespace parcelory::test {
-
 namespace {
 
 struct ShippoKeysTest : testing::Test {

@@ -12,7 +12,6 @@
 #include <QStringList>
 
 namespace parcelory::test {
-
 namespace {
 
 constexpr const char *carrierIds[] = {"usps", "fedex"};
@@ -126,7 +125,8 @@ TEST(Weight, ReadsInPoundsAndTenthsOfAnOunce)
 TEST(AddressGuard, ReportsExactlyTheLostNumbers)
 {
     for (const Json &row : table(u"compose"_s, "lost numbers"))
-        EXPECT_EQ(AddressGuard::lostTokens(text(row[0]), text(row[1]), text(row[2]), text(row[3])), texts(row[4])) << row;
+        EXPECT_EQ(AddressGuard::lostTokens(text(row[0]), text(row[1]), text(row[2]), text(row[3])), texts(row[4]))
+            << row;
 }
 
 } // namespace parcelory::test

@@ -4,7 +4,6 @@
 #include "support/Test.h"
 
 namespace parcelory::test {
-
 namespace {
 
 PostalContact contact()

@@ -10,7 +10,6 @@
 #include <cstdio>
 
 namespace parcelory::test {
-
 namespace {
 
 /// A folder for records under the most generous umask.

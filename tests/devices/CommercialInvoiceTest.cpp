@@ -11,7 +11,6 @@
 #include <thread>
 
 namespace parcelory::test {
-
 namespace {
 
 int argc = 1;
