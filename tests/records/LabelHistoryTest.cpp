@@ -5,7 +5,6 @@
 #include "support/Test.h"
 
 namespace parcelory::test {
-
 namespace {
 
 const QDateTime midnight = QDate(2026, 11, 20).startOfDay();
