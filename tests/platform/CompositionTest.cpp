@@ -2,7 +2,6 @@
 #include <QRegularExpression>
 
 namespace parcelory::test {
-
 namespace {
 
 QString textOf(const QString &path)

@@ -5,7 +5,6 @@
 #include <cstddef>
 
 namespace parcelory::test {
-
 namespace {
 
 /// A report in tenths of an ounce.

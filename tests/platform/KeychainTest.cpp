@@ -15,7 +15,6 @@
 #include <vector>
 
 namespace parcelory::test {
-
 namespace {
 
 /// Stores bytes like another program or an older version.

@@ -4,7 +4,6 @@
 #include <vector>
 
 namespace parcelory::test {
-
 namespace {
 
 Display displayOf(const QByteArrayList &given)
