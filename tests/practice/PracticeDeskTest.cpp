@@ -12,7 +12,6 @@
 #include "support/Test.h"
 
 namespace parcelory::test {
-
 namespace {
 class PracticeDeskTest : public testing::Test {
 protected:

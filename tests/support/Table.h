@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/Json.h"
+#include "core/Json.h" // IWYU pragma: export
 #include "core/ShippoAddress.h"
 #include "support/Test.h"
 
