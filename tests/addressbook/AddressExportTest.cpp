@@ -2,24 +2,15 @@
 #include "addressbook/ImportProgress.h"
 #include "addressbook/LocalAddressStore.h"
 #include "addressbook/VCard.h"
-#include "core/AppError.h"
 #include "core/PostalContact.h"
 #include "core/Text.h"
-#include "support/Printing.h"
+#include "support/Test.h"
 
-#include <QFile>
 #include <QRandomGenerator>
-#include <QTemporaryDir>
-
-#include <algorithm>
 
 // What the address book exports, and that it comes back from there unchanged.
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
-using testing::ElementsAre;
-using testing::HasSubstr;
-
 namespace {
 
 QString randomText(QRandomGenerator &random)

@@ -1,30 +1,18 @@
 #include "addressbook/BlockingWork.h"
 #include "addressbook/ContactsAddressProvider.h"
 #include "addressbook/ImportProgress.h"
-#include "core/AppError.h"
 #include "core/Json.h"
 #include "core/PostalContact.h"
 #include "core/Progress.h"
 #include "core/Task.h"
 #include "core/ports/ContactsSource.h"
 #include "support/FakeClock.h"
-#include "support/Printing.h"
 #include "support/RunTask.h"
+#include "support/Test.h"
 
-#include <QFile>
 #include <QSemaphore>
-#include <QTemporaryDir>
-
-#include <chrono>
-#include <functional>
-#include <memory>
-#include <optional>
-#include <utility>
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
-using testing::ElementsAre;
-
 namespace {
 
 struct FakeContacts : ContactsSource {

@@ -6,15 +6,11 @@
 #include "platform/SystemPlatform.h"
 #include "platform/SystemProcesses.h"
 #include "support/FakePlatform.h"
-#include "support/Printing.h"
+#include "support/Test.h"
 
 #include <QProcess>
-#include <gtest/gtest.h>
-
-#include <optional>
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
 
 namespace {
 

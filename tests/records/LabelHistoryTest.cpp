@@ -2,12 +2,9 @@
 #include "records/ScanForms.h"
 #include "records/ShipmentRecord.h"
 #include "support/LogFile.h"
-
-#include <optional>
+#include "support/Test.h"
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
-
 namespace {
 
 const QDateTime midnight = QDate(2026, 11, 20).startOfDay();

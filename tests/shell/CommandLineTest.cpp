@@ -1,13 +1,9 @@
 #include "shell/CommandLine.h"
-#include "support/Printing.h"
-
-#include <gmock/gmock.h>
+#include "support/Test.h"
 
 #include <vector>
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
-
 namespace {
 
 Display displayOf(const QByteArrayList &given)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/AppError.h"
+#include "core/Deployment.h"
 #include "core/Platform.h"
 #include "platform/NetworkTransport.h"
 #include "practice/MemorySecrets.h"
@@ -181,6 +182,14 @@ struct FakePlatform {
     Platform platform;
 
     QString path(const QString &name) const { return folder.filePath(name); }
+    /// The same platform with some of the test's own ports.
+    struct Own {
+        Prompts *prompts = nullptr;
+        Keyboard *keyboard = nullptr;
+        WebSession *web = nullptr;
+    };
+    Platform with(const Own &own) { return with(own, platform.deployment); }
+    Platform with(const Own &own, const Deployment &deployment);
     /// Stores a key and makes it active.
     void useToken(const QString &token);
 };

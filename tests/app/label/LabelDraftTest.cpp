@@ -125,8 +125,7 @@ TEST_F(LabelDraftTest, TakesAFilledRecipientEveryTimeItIsPushed)
 {
     const PostalContact contact{.name = u"Al Stack"_s, .company = u"Rare Gold"_s, .street1 = u"1 Main"_s};
     app->draftReference = u"48213"_s;
-    int changes = 0;
-    QObject::connect(app.get(), &AppState::changed, app.get(), [&changes] { ++changes; });
+    screen().reference = u"48213"_s;
     app->tab = MainTab::settings;
     app->fillRecipient(contact);
     app->fillRecipient(contact);
@@ -134,8 +133,8 @@ TEST_F(LabelDraftTest, TakesAFilledRecipientEveryTimeItIsPushed)
     EXPECT_EQ(app->draftTo.value().company, u"R G"_s);
     EXPECT_EQ(screen().reference.value(), u""_s);
     EXPECT_EQ(app->tab.value(), MainTab::newLabel);
-    EXPECT_GT(changes, 0);
-    changes = 0;
+    int changes = 0;
+    QObject::connect(app.get(), &AppState::changed, app.get(), [&changes] { ++changes; });
     ASSERT_TRUE(app->log.insert(ShipmentRecord{}));
     settle();
     EXPECT_EQ(changes, 1) << "a change of the mailing log is a change of the application";
