@@ -43,7 +43,7 @@ enum Fit { fitted, fullSize };
 enum Turn { asPrinted, upright };
 
 constexpr int panelWidth = 246;
-const QKeySequence copyKeys(QKeySequence::Copy), saveKeys(Qt::CTRL | Qt::Key_S);
+const QKeySequence copyKeys(Qt::CTRL | Qt::Key_C), saveKeys(Qt::CTRL | Qt::Key_S);
 
 QString emptyText(LabelSight::State state)
 {
