@@ -118,7 +118,9 @@ TEST_F(LabelPreviewTest, ABoughtLabelIsSeenOnTheCardAndInItsWindow)
     const ShippoAddress to = homeAddress();
     app().draftTo = to;
     label().weightLb = u"1"_s;
-    label().dimLength = label().dimWidth = label().dimHeight = u"4"_s;
+    label().dimLength = u"9"_s;
+    label().dimWidth = u"6"_s;
+    label().dimHeight = u"2"_s;
     spawn([this] { return label().fetchRates(true); });
     wait([this] { return label().selectedRate() && !label().busy; });
     clock.advance(LabelScreen::buyPause);
