@@ -167,6 +167,11 @@ Task<> Gallery::drawSettings()
         co_await save(name);
     }
     co_await saveDark(u"settings-api-keys"_s);
+    SettingsScreen &settings = m_program.screens().settings;
+    co_await settings.printTest();
+    co_await until([&settings] { return settings.testLabel.sight.value().picture != nullptr; });
+    m_program.window().settingsView().showPage(Page::printers);
+    co_await save(u"settings-printers-test"_s);
 }
 
 } // namespace parcelory

@@ -21,6 +21,8 @@ inline const Setting<QString> signInName{u"parcelory.email"_s, {}};         ///<
 inline const Setting<bool> showAddressSidebar{u"ui.showAddressSidebar"_s, true};
 inline const Setting<QString> addressBookMode{u"addressbook.mode"_s, u"endicia"_s}; ///< or "deskline"
 inline const Setting<QByteArray> windowGeometry{u"ui.windowGeometry"_s, {}};
+inline const Setting<QByteArray> labelWindowGeometry{u"ui.labelWindowGeometry"_s, {}};
+inline const Setting<bool> labelWindowUpright{u"ui.labelWindowUpright"_s, false}; ///< not turned as it prints
 inline const Setting<QByteArray> addressBookGeometry{u"ui.addressBookGeometry"_s, {}};
 
 inline const Setting<QStringList> shippoKeyNames{u"shippo.keyNames"_s, {}}; ///< in the order they were added

@@ -84,6 +84,12 @@ struct OtherValue {
     static ShippoRate of(const ShippoRate &) { return rate(u"r3"_s, u"30.00"_s); }
     static ShipmentRecord of(const ShipmentRecord &) { return shipment(u"Else"_s); }
     static LastLabel of(const LastLabel &) { return {u"Ana Ortiz · Bend OR"_s, shipment(u"Ana Ortiz"_s), {}}; }
+    static LabelSight of(const LabelSight &)
+    {
+        const LabelFinding zip{LabelItem::zip, LabelMatch::different, u"28801"_s, u"28804"_s, {}};
+        return {.state = LabelSight::State::undrawable,
+                .verdict = LabelVerdict{.findings = {zip}, .addressOnLabel = {}}};
+    }
     static DesklineInvoice of(const DesklineInvoice &)
     {
         return {.invoiceID = u"48213"_s, .buyerName = u"Ana Ortiz"_s};

@@ -81,7 +81,7 @@ const std::unordered_map<std::type_index, Change> &changes()
                   ServiceClass, ServiceOption, PostageMode, UpdatePhase, StatusKind, KeptRecipient, DraftField,
                   MailpieceSelection, Banner, PrinterMessage, UpdateInfo, KeyRow, ShippoRate, ShipmentRecord, LastLabel,
                   DesklineInvoice, ScanForm, MasterEntry, PostalContact, ShippoAddress, CustomsInfo, SenderProfile,
-                  BoxProfile, UnresolvedPurchase, ResolvedPurchase, RecordCopy, LogChain::Report>();
+                  BoxProfile, UnresolvedPurchase, ResolvedPurchase, RecordCopy, LogChain::Report, LabelSight>();
     return table;
 }
 

@@ -1,9 +1,9 @@
 #include "app/logs/MailingLogScreen.h"
 
-#include "app/logs/SaveFile.h"
 #include "app/records/CopyRecords.h"
 #include "core/AppError.h"
 #include "core/Progress.h"
+#include "core/SaveFile.h"
 #include "core/Task.h"
 #include "core/ports/Prompts.h"
 #include "records/ShipmentLog.h"

@@ -16,6 +16,7 @@ public:
     QString text() const { return m_text->text(); }
     /// Keeps the text on one line, however long it is.
     void setUnwrapped() { m_text->setWordWrap(false); }
+    /// Without an icon, the text takes its place.
     void setLook(const QString &icon, Token ink);
     /// Gives the text a different color from the icon.
     void setTextInk(Token ink) { m_text->setInk(ink); }

@@ -2,8 +2,8 @@
 
 #include "app/logs/MailingLogScreen.h"
 #include "app/logs/MasterLogScreen.h"
-#include "app/logs/SaveFile.h"
 #include "core/AppError.h"
+#include "core/SaveFile.h"
 #include "core/Sqlite.h"
 #include "core/Task.h"
 #include "practice/carrier/CarrierScenario.h"

@@ -3,7 +3,7 @@
 #include "app/AppState.h"
 #include "app/label/LabelScreen.h"
 #include "app/logs/MailingLogScreen.h"
-#include "app/logs/SaveFile.h"
+#include "core/SaveFile.h"
 #include "core/Task.h"
 #include "records/ShipmentRecord.h"
 #include "shell/ErrorLog.h"
