@@ -91,7 +91,7 @@ TEST_F(AddressBookTest, FindsFillsDeletesAndUndoesADeletion)
     EXPECT_THAT(shown(), ElementsAre(u"Adams"_s));
     pane.selection = book.contacts()[0].id;
 
-    pane.choose({.name = u"Gold Coins"_s, .company = u"Gold Coins"_s});
+    pane.choose({.name = u"GOLD COINS"_s, .company = u"Gold Coins"_s});
     EXPECT_EQ(app->draftTo.value().name, u"G C"_s) << "a company's name is discreet on the label";
     EXPECT_EQ(app->draftTo.value().company, u"G C"_s);
     const int fills = app->draftFillCount;
@@ -174,10 +174,16 @@ TEST_F(AddressBookTest, ChangesOnlyTheEntryOfTheSameRecipient)
         return changed;
     };
     using A = ShippoAddress;
+    const auto abroad = [&with](const QString &street, const QString &city) {
+        return with([&](A &a) { a.street1 = street, a.city = city, a.state = a.zip = QString(), a.country = u"HK"_s; });
+    };
     const struct {
         ShippoAddress first, second;
         bool isSame;
     } rows[] = {
+        {abroad(u"12 Pier Rd"_s, u"Kowloon"_s), abroad(u"12 Pier Rd"_s, u"Tai Po"_s), false}, // no ZIP
+        {abroad(u"12 Pier Rd"_s, u"Kowloon"_s), abroad(u"12 Pier St"_s, u"Kowloon"_s), false},
+        {abroad(u"12 Pier Rd"_s, u"Kowloon"_s), abroad(u"12 PIER RD"_s, u"Kowloon"_s), true},
         {supply, with([](A &a) { a.company = u"Harbor Books"_s, a.street2 = u"Suite 20"_s; }), false},
         {supply, with([](A &a) { a.company = u"Harbor Books"_s; }), false},
         {supply, with([](A &a) { a.street2 = u"Suite 20"_s; }), false},
@@ -238,6 +244,15 @@ TEST_F(AddressBookTest, SavesAndDeletesOnceHoweverOftenItIsAsked)
     EXPECT_EQ(book.status.value(), u"Address deleted."_s);
     run(book.remove(contact));
     EXPECT_EQ(book.statusKind.value(), StatusKind::failure) << "nothing was deleted";
+
+    AddressBook unread(*app);
+    {
+        const HeldPool held;
+        spawn([&unread] { return unread.keep(homeAddress()); }); // reads the book first
+        spawn([&unread] { return unread.reload(); });
+    }
+    finish();
+    EXPECT_TRUE(unread.kept.value() && unread.kept.value()->isWritten);
 }
 
 TEST_F(AddressBookTest, SaysThatItCannotBeRead)
