@@ -297,6 +297,18 @@ TEST_F(AddressBookTest, ExportsAndImportsItself)
         EXPECT_EQ(book.status.value(), u"Imported 2 addresses (0 duplicates skipped) — 2 total."_s);
         EXPECT_EQ(book.contacts(), before);
     }
+    prompts.file = path(u"Address Book.vcf"_s); // in which another program has moved Zoë
+    QFile file(prompts.file);
+    ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+    const QByteArray changed = file.readAll().replace(";;1 Main St;Köln", ";;2 Oak St;Köln");
+    ASSERT_TRUE(file.seek(0) && file.write(changed) == changed.size());
+    file.close();
+    PostalContact moved = before[0];
+    moved.street1 = u"9 Elm St"_s;
+    EXPECT_TRUE(runTask(book.save(moved), &clock));
+    run(book.importVCard());
+    EXPECT_EQ(book.status.value(), u"Imported 2 addresses (0 duplicates skipped) — 4 total."_s);
+    EXPECT_TRUE(book.contacts().contains(moved)) << "the export does not replace a later change";
     prompts.file = path(u"no folder/a.vcf"_s);
     run(book.exportTo(AddressBook::Format::vCard));
     EXPECT_TRUE(book.status.value().startsWith(u"Export failed: "_s)) << book.status.value().toStdString();
@@ -320,6 +332,13 @@ TEST_F(AddressBookTest, ImportsAFileOrReportsWhyNotAndStaysUnchanged)
     };
     const QByteArray card = "BEGIN:VCARD\r\nVERSION:3.0\r\nN:Eng;Theodore;;;\r\nFN:Theodore Eng\r\n"
                             "ADR;TYPE=home:;;2217 W Alder St;Tacoma;WA;98406;USA\r\nEND:VCARD\r\n";
+    import(u"one.vcf"_s, card, [this] {
+        const HeldPool held;
+        Task<> task = book.importVCard();
+        book.cancelImport();
+        return task;
+    });
+    EXPECT_EQ(book.status.value(), u"The import was canceled."_s);
     import(u"one.vcf"_s, card, vCard);
     EXPECT_EQ(book.status.value(), u"Imported 1 addresses (0 duplicates skipped) — 1 total."_s);
     import(u"again.vcf"_s, card, vCard);
