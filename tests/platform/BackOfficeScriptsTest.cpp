@@ -1,6 +1,7 @@
 // The scripts that fill in and read the back office's pages, on the real web engine and on pages as they are written
 // by hand: layout tables, hidden rows, non-breaking spaces, several forms.
 
+#include "backoffice/DesklineAuth.h"
 #include "backoffice/Script.h"
 #include "core/Json.h"
 #include "core/Task.h"
@@ -102,6 +103,22 @@ TEST_F(BackOfficeScripts, FindTheSignInFormOfAnyPage)
         const QString call = scriptText(u"fill-login.js"_s) + u"('d@e.org', 'secret', location.href)"_s;
         EXPECT_EQ(evaluate(call).toString().toStdString(), row.result) << row.what;
         EXPECT_EQ(evaluate(u"document.title"_s).toString().toStdString(), row.noticed) << row.what;
+    }
+}
+
+TEST_F(BackOfficeScripts, KnowAPageThatOffersToSignOut)
+{
+    const std::pair<std::string, bool> rows[] = {
+        {"<a href=/>Sign Out</a>", true},
+        {"<a href=/>Log&nbsp;out</a>", true},
+        {"<button>sign-out</button>", true},
+        {"<a href='/staff/logout.php'><img alt='' width=9 height=9></a>", true},
+        {"<a href='/staff/logout.php' style='display:none'>Logout</a>", false},
+        {"<form action=/staff/login.php>Sign In</form>", false},
+    };
+    for (const auto &[page, offers] : rows) {
+        show(page);
+        EXPECT_EQ(evaluate(DesklineAuth::signOutProbe), QVariant(offers)) << page;
     }
 }
 
