@@ -130,7 +130,8 @@ public:
     void signInAgain();
 
     /// Reads the invoice that this code or number names and fills the label from it. Ignored while signed out or while
-    /// another invoice is being read; scanNote then names the ignored invoice.
+    /// another invoice is being read; scanNote then names the ignored invoice. A number that begins with the number
+    /// being read replaces it: the scanner paused inside the code.
     void handleInvoiceScan(const QString &text);
     /// Stops reading an invoice; the label stays as it is.
     void cancelInvoiceScan();

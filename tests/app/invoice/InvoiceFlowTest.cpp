@@ -165,6 +165,22 @@ TEST_F(InvoiceFlowTest, ReadsOneInvoiceAtATimeAndNamesTheScansItIgnored)
     scan(u"48301"_s);
     EXPECT_EQ(app->scanLine(), u"Invoice 48301: Ann — label filled."_s);
     EXPECT_EQ(app->scanStatusKind.value(), StatusKind::success);
+
+    for (const QString &text : {u"4830"_s, u"48301"_s, u"48301"_s, u"77123"_s, u"483012"_s}) // a pause in the code
+        app->handleInvoiceScan(text);
+    runUntil([this] { return !app->scanBusy; }, &clock);
+    EXPECT_EQ(app->scanLine(), u"Invoice 483012: Ann — label filled. Scanned meanwhile and not read: invoice 77123 — "
+                               "scan it again."_s);
+
+    showPage(false, false, invoicePage); // lacks parts, and has a flag
+    QStringList heard;
+    QObject here;
+    QObject::connect(app.get(), &AppState::scanFailed, &here, [&heard](const QString &text) { heard += text; });
+    prompts.whileAlerted = [this] { app->handleInvoiceScan(u"48302"_s); };
+    scan(u"48300"_s);
+    EXPECT_EQ(heard, QStringList{u"Invoice 48302 ignored — close the message about 48300 first."_s});
+    EXPECT_EQ(app->scanNote.value(), u"The invoice has no street and no city and no ZIP — complete the address. "
+                                     "Scanned meanwhile and not read: invoice 48302 — scan it again."_s);
 }
 
 TEST_F(InvoiceFlowTest, IsCanceledAtAnyMoment)
