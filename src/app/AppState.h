@@ -27,6 +27,7 @@
 #include <QProperty>
 #include <QSet>
 
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -118,12 +119,15 @@ public:
 
     /// Signs in to the back office. On success the main flow starts; otherwise loginError holds the reason.
     Task<> signIn(QString user, QString pass, bool remember);
+    /// Stops signing in, without an error; nothing that is saved is forgotten.
+    void cancelSignIn();
     /// Signs in with the saved credentials, at most once per run.
     Task<> attemptAutoLogin();
     Task<bool> hasSavedCredentials();
     /// Signs in once more with the saved credentials of the clerk who is signed in, because the back office has ended
-    /// the session. False if there are none, or the back office does not admit them.
-    Task<bool> renewSession();
+    /// the session. False if there are none, or the back office does not admit them, or `isGivenUp` says that nobody
+    /// waits for it any more.
+    Task<bool> renewSession(std::function<bool()> isGivenUp);
     /// Discards the saved credentials and the session; stores and draft stay.
     void signOut();
     /// Shows the sign-in page after the back office has ended the session. Saved credentials stay, too.

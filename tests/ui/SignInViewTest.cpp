@@ -40,8 +40,12 @@ TEST(SignInView, ReturnSignsInOrFocusesTheEmptyField)
     desk.app().loginBusy = true;
     desk.settleAll();
     EXPECT_FALSE(desk.button(u"Signing in…"_s)->isEnabled() || desk.password()->isEnabled());
-    desk.app().loginBusy = false;
+    desk.click(desk.button(u"Cancel"_s));
+    EXPECT_FALSE(desk.app().loginBusy);
+    desk.app().loginBusy = true;
     desk.settleAll();
+    desk.press(Qt::Key_Escape);
+    EXPECT_FALSE(desk.app().loginBusy);
     desk.press(Qt::Key_Return); // the back office is unreachable
     desk.wait([&] { return desk.app().loginError.value().has_value(); });
     EXPECT_THAT(desk.texts(), Contains(u"Can't reach deskline — connect to the VPN and try again."_s));

@@ -159,7 +159,7 @@ Task<> InvoiceFlow::report(QString id, std::exception_ptr failure)
     const auto isGivenUp = staleCheck(m_app.session, m_reading);
     bool renewed = false;
     if (isExpiredSession(failure))
-        renewed = co_await m_app.renewSession();
+        renewed = co_await m_app.renewSession(isGivenUp);
     if (isGivenUp())
         co_return;
     const QString renewal = renewed ? u"Parcelory has signed in again by itself: scan the invoice again."_s : QString();

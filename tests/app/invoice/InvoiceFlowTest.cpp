@@ -270,6 +270,37 @@ TEST_F(InvoiceFlowTest, SignsInAgainOnceBeforeItReportsAnExpiredSession)
     }
 }
 
+TEST_F(InvoiceFlowTest, ACanceledReadingRenewsNoSession)
+{
+    app->flow = AppFlow::main;
+    app->signedInUser = u"dana"_s;
+    runTask(app->credentials.save({u"dana"_s, u"secret"_s}));
+    const QString page = uR"({"fields":{"Name":"Ann","Address":"1 Main St","City":"Bend, OR","Zip":"97702"}})"_s;
+    for (const bool atTheForm : {false, true}) { // or while the saved name is read
+        bool canceled = false;
+        const auto scanOn = [&] {
+            canceled = true;
+            app->cancelInvoiceScan();
+            app->handleInvoiceScan(u"48302"_s);
+        };
+        web.loaded.clear();
+        web.answer = [&](const QString &expression) -> QVariant {
+            const bool isForm = expression == DesklineAuth::loginFormProbe;
+            if (isForm && atTheForm && web.loaded.last().contains(u"login.php"_s))
+                scanOn();
+            if (expression == DesklineAuth::signOutProbe && !atTheForm)
+                QMetaObject::invokeMethod(app.get(), scanOn, Qt::QueuedConnection);
+            if (isForm || isReadyProbe(expression))
+                return true;
+            return canceled ? QVariant(page) : QVariant();
+        };
+        scan(u"48301"_s);
+        EXPECT_EQ(app->scanLine(), u"Invoice 48302: Ann — label filled."_s);
+        EXPECT_EQ(web.loaded.filter(u"login.php"_s).size(), atTheForm ? 1 : 0);
+        EXPECT_TRUE(errors->entries().isEmpty());
+    }
+}
+
 TEST_F(InvoiceFlowTest, DoesNotShowAScanAfterASignOut)
 {
     showPage(false, false, invoicePage);
