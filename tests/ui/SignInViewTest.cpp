@@ -140,6 +140,12 @@ TEST(InvoicePane, CancelsReadingByButtonAndByEscape)
         EXPECT_FALSE(desk.app().scanBusy);
         EXPECT_EQ(desk.focusName(), u"Invoice #");
     }
+    desk.app().tab = MainTab::settings; // the pane is not shown
+    desk.app().scanBusy = true;
+    desk.app().setScanStatus(StatusKind::progress, u"Loading invoice 48213 from deskline…"_s);
+    desk.settleAll();
+    desk.click(desk.named<Button>(u"Stop reading the invoice"_s));
+    EXPECT_FALSE(desk.app().scanBusy);
 }
 
 TEST(InvoicePane, HidesInANarrowWindowAndOpensOnRequest)
