@@ -17,6 +17,7 @@
 #include "core/ports/Preferences.h"
 #include "shell/ErrorLog.h"
 
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -90,6 +91,11 @@ Task<> AppState::signIn(QString user, QString pass, bool remember)
     co_await m_signIn->signIn(user, pass, remember);
 }
 
+void AppState::cancelSignIn()
+{
+    m_signIn->cancel();
+}
+
 Task<> AppState::attemptAutoLogin()
 {
     co_await m_signIn->signInAutomatically();
@@ -100,9 +106,9 @@ Task<bool> AppState::hasSavedCredentials()
     co_return co_await credentials.areUsable();
 }
 
-Task<bool> AppState::renewSession()
+Task<bool> AppState::renewSession(std::function<bool()> isGivenUp)
 {
-    co_return co_await m_signIn->renewSession();
+    co_return co_await m_signIn->renewSession(isGivenUp);
 }
 
 void AppState::signOut()

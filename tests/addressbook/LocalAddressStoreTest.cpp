@@ -1,5 +1,6 @@
 #include "addressbook/LocalAddressStore.h"
 #include "core/PostalContact.h"
+#include "support/FaultyDisk.h"
 #include "support/RunTask.h"
 #include "support/Table.h"
 #include "support/Test.h"
@@ -133,17 +134,21 @@ TEST_F(LocalAddresses, AreRestoredAsTheyWere)
     suite.id = QUuid::createUuid();
     suite.street2 = u"Suite 2"_s; // a duplicate for a merge
     ASSERT_TRUE(store.upsert(other = at(u"Ana"_s)));
-    PostalContact sameId = one;
+    PostalContact sameId = one, foreign = other;
     sameId.id = other.id;
     sameId.name = u"Zoe"_s;
-    const auto restored = store.restore({one, suite, one, sameId});
-    EXPECT_EQ(restored.imported, 3);
+    foreign.street1 = u"9 Oak St"_s;
+    const CancelToken canceled;
+    canceled.cancel();
+    EXPECT_THROW(store.add({.contacts = {}, .exported = {one}, .skipped = {}}, canceled), ImportCanceled);
+    const auto restored = store.add({.contacts = {foreign}, .exported = {one, suite, one, sameId}, .skipped = {}});
+    EXPECT_EQ(restored.imported, 4);
     EXPECT_EQ(restored.skipped, 1);
     const QList<PostalContact> rows = store.rows();
-    ASSERT_EQ(rows.size(), 4);
-    EXPECT_EQ(rows[0], other);
+    ASSERT_EQ(rows.size(), 5);
+    EXPECT_TRUE(rows.contains(other)) << "no entry is replaced";
     EXPECT_TRUE(rows.contains(one) && rows.contains(suite));
-    EXPECT_NE(rows[3].id, other.id);
+    EXPECT_NE(rows[4].id, other.id);
 }
 
 TEST_F(LocalAddresses, AreSplitWhenTypedIntoOneLine)
@@ -186,6 +191,33 @@ TEST_F(LocalAddresses, StayUnchangedWhenWritingFails)
     ASSERT_TRUE(exec("DROP TABLE addresses"));
     EXPECT_FALSE(store.read().failure.isEmpty()) << "a book that cannot be read is not empty";
     EXPECT_THROW(none.merge({at(u"One"_s)}), AppError);
+    ASSERT_TRUE(QDir(folder.path()).rmdir(u"none/addresses.sqlite"_s));
+    EXPECT_TRUE(none.upsert(at(u"One"_s))) << "the file can be opened now";
+    EXPECT_EQ(none.read().contacts.size(), 1);
+}
+
+TEST_F(LocalAddresses, AreNotImportedIfTheBookCannotBeReadToItsEnd)
+{
+    QList<PostalContact> many;
+    for (int number = 0; number < 400; ++number)
+        many.append(at(QString::number(number)));
+    store.merge(many);
+    for (PostalContact &contact : many)
+        contact.id = QUuid::createUuid();
+    int failures = 0;
+    for (int read = 0;; ++read) {
+        const FaultyDisk disk(u"addresses.sqlite"_s, read);
+        LocalAddressStore late{QDir(folder.filePath(u"Parcelory"_s))};
+        try {
+            EXPECT_EQ(late.merge(many).imported, 0) << read;
+        } catch (const AppError &) {
+            ++failures;
+        }
+        if (!disk.hasFailed())
+            break;
+    }
+    EXPECT_GT(failures, 5);
+    EXPECT_EQ(store.rows().size(), 400);
 }
 
 TEST_F(LocalAddresses, AreChangedBySeveralThreads)

@@ -1,6 +1,7 @@
 // The scripts that fill in and read the back office's pages, on the real web engine and on pages as they are written
 // by hand: layout tables, hidden rows, non-breaking spaces, several forms.
 
+#include "backoffice/DesklineAuth.h"
 #include "backoffice/Script.h"
 #include "core/Task.h"
 #include "platform/WebEngineSession.h"
@@ -74,6 +75,22 @@ TEST_F(BackOfficeScripts, FindTheSignInFormOfAnyPage)
         show(listener + row[1].get<std::string>());
         EXPECT_EQ(evaluate(call).toString(), text(row[2])) << row[0];
         EXPECT_EQ(evaluate(u"document.title"_s).toString(), text(row[3])) << row[0];
+    }
+}
+
+TEST_F(BackOfficeScripts, KnowAPageThatOffersToSignOut)
+{
+    const std::pair<std::string, bool> rows[] = {
+        {"<a href=/>Sign Out</a>", true},
+        {"<a href=/>Log&nbsp;out</a>", true},
+        {"<button>sign-out</button>", true},
+        {"<a href='/staff/logout.php'><img alt='' width=9 height=9></a>", true},
+        {"<a href='/staff/logout.php' style='display:none'>Logout</a>", false},
+        {"<form action=/staff/login.php>Sign In</form>", false},
+    };
+    for (const auto &[page, offers] : rows) {
+        show(page);
+        EXPECT_EQ(evaluate(DesklineAuth::signOutProbe), QVariant(offers)) << page;
     }
 }
 

@@ -43,6 +43,8 @@ public:
     Task<> alert(QString title, QString text) override
     {
         alerts.append({title, text});
+        if (whileAlerted)
+            whileAlerted();
         co_return;
     }
     Task<int> choose(Question question) override
@@ -68,7 +70,7 @@ public:
     QList<std::pair<QString, QString>> alerts;
     QList<Question> questions;
     std::optional<int> answer;
-    std::function<void()> whileAsked;
+    std::function<void()> whileAsked, whileAlerted;
 };
 
 class FakeDesktop : public Desktop {

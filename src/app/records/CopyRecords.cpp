@@ -19,9 +19,9 @@ Task<QString> copyRecords(AppState &app, CopyReason reason, CancelToken cancel)
                            Popup::no);
 }
 
-Task<bool> copyRecordsBefore(AppState &app, CopyReason reason)
+Task<bool> copyRecordsBefore(AppState &app, CopyReason reason, CancelToken cancel)
 {
-    const QString failure = co_await copyRecords(app, reason);
+    const QString failure = co_await copyRecords(app, reason, cancel);
     if (failure.isEmpty())
         co_return true;
     const int answer = co_await app.platform.prompts.choose(

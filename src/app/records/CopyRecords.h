@@ -11,6 +11,6 @@ namespace parcelory {
 Task<QString> copyRecords(AppState &app, CopyReason reason, CancelToken cancel = {});
 
 /// Copies the records before they are changed; if that fails, asks whether to go on. False if not.
-Task<bool> copyRecordsBefore(AppState &app, CopyReason reason);
+Task<bool> copyRecordsBefore(AppState &app, CopyReason reason, CancelToken cancel = {});
 
 } // namespace parcelory

@@ -118,6 +118,30 @@ TEST_F(SignInFlowTest, ReportsWhyItFailedAndForgetsOnlyRejectedCredentials)
         EXPECT_FALSE(errors->asText().contains(secret));
 }
 
+TEST_F(SignInFlowTest, IsCanceledAtAnyMoment)
+{
+    for (const QString &moment : {QString(), DesklineAuth::loginFormProbe, DesklineAuth::signedInProbe}) {
+        remember();
+        web.answer = [&, canceled = false](const QString &expression) mutable -> QVariant {
+            if (expression == moment && !std::exchange(canceled, true))
+                app->cancelSignIn();
+            return expression.contains(u"secret"_s) ? QVariant(u"submitted"_s) : QVariant(true);
+        };
+        run([&]() -> Task<> {
+            Task<> task = app->signIn(u"dana"_s, u"secret"_s, true);
+            if (moment.isEmpty()) // while nobody knows whether the back office is reachable
+                app->cancelSignIn();
+            return task;
+        });
+        EXPECT_FALSE(app->loginBusy || app->loginError.value() || app->flow == AppFlow::main);
+        EXPECT_EQ(saved(), u"old"_s);
+    }
+    EXPECT_TRUE(errors->entries().isEmpty());
+    showPage(true, true);
+    signIn();
+    EXPECT_EQ(app->flow.value(), AppFlow::main);
+}
+
 TEST_F(SignInFlowTest, SignsInByItselfOncePerRun)
 {
     showPage(true, false);
