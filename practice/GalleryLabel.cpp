@@ -93,6 +93,9 @@ Task<> Gallery::drawBuying()
     co_await save(u"new-label-bought"_s);
     co_await saveDark(u"new-label-bought"_s);
     co_await drawLabelWindow();
+    m_program.window().resize(m_program.window().minimumSize());
+    co_await save(u"new-label-bought-smallest"_s);
+    m_program.window().resize(usualSize);
     m_desk.printer().setFault(PrinterFault::outOfLabels);
     co_await label().reprintLast();
     co_await until([this] { return !app().printWatch.notice.value().isEmpty(); });
@@ -124,6 +127,7 @@ Task<> Gallery::drawLabelWindow()
     co_await clock().sleep(60ms);
     saveWindow(title, u"window-label-upright"_s);
     Theme::current().setDark(true);
+    co_await clock().sleep(60ms);
     saveWindow(title, u"window-label-dark"_s);
     Theme::current().setDark(false);
     shown->close();

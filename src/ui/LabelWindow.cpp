@@ -255,7 +255,7 @@ void LabelWindow::refreshPanel(const ShipmentRecord &record, const LabelSight &s
     const bool isShipment = !record.service.isEmpty();
     m_service->setText(record.carrier + u' ' + record.service + u" · "_s + postageText(record));
     m_bought->setText(u"Bought "_s + timeText(record));
-    m_tracking->setText(groupsOfFour(record.tracking));
+    m_tracking->setText(trackingLines(record.tracking));
     for (TextLabel *label : {m_service, m_bought, m_tracking})
         label->setVisible(isShipment);
     m_verdict->setVerdict(sight.verdict);

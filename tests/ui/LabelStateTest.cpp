@@ -1,11 +1,11 @@
 #include "app/AppState.h"
-#include "core/Text.h"
 #include "core/ports/ProcessRunner.h"
 #include "practice/carrier/CarrierScenario.h"
 #include "support/CarrierDesk.h"
 #include "support/HeldPool.h"
 #include "support/OtherValues.h"
 #include "support/WindowDesk.h"
+#include "ui/log/ShipmentTexts.h"
 #include "ui/parts/Dialog.h"
 
 #include <QAction>
@@ -64,7 +64,7 @@ TEST(LabelState, TheListShowsEachRatesPriceAndTheCardTheLastLabel)
         EXPECT_EQ(list->model()->index(row, 0).data(priceRole).toString(), u'$' + rates[row].amount);
     desk.press(Qt::Key_Return, Qt::ControlModifier);
     desk.idle();
-    const QString tracking = groupsOfFour(desk.app().log.records().first().tracking);
+    const QString tracking = trackingLines(desk.app().log.records().first().tracking);
     EXPECT_TRUE(std::ranges::any_of(desk.window().labelView().findChildren<QLabel *>(), [&](const QLabel *label) {
         return label->isVisible() && label->text() == tracking;
     }));

@@ -28,6 +28,8 @@
 #include "support/WindowDesk.h"
 #include "support/WindowText.h"
 #include "ui/MainWindow.h"
+#include "ui/label/RatesPanel.h"
+#include "ui/log/ShipmentDetails.h"
 
 #include "app/AppState.h"
 #include "app/Screens.h"
@@ -134,7 +136,7 @@ struct OpenWindowDesk : WindowDesk {
         app().scale.connected = true;
         window().labelView().focusAddressSearch(); // a scan turns the sidebar's page
         for (QWidget *other : QApplication::topLevelWidgets()) {
-            if (other->windowTitle() == u"SCAN Form")
+            if (other->windowTitle() == u"SCAN Form" || other->windowTitle().startsWith(u"Label"))
                 other->close();
         }
         rest();
@@ -146,8 +148,11 @@ struct OpenWindowDesk : WindowDesk {
         second->setAttribute(Qt::WA_DontShowOnScreen);
         second->resize(window().size());
         second->show();
-        QResizeEvent firstLook(window().labelView().size(), {}); // the form may be behind another tab
-        QCoreApplication::sendEvent(&second->labelView(), &firstLook);
+        QResizeEvent firstLook(window().labelView().size(), {}); // these may be behind another tab
+        for (QWidget *part :
+             {static_cast<QWidget *>(&second->labelView()), static_cast<QWidget *>(second->findChild<RatesPanel *>()),
+              static_cast<QWidget *>(second->findChild<ShipmentDetails *>())})
+            QCoreApplication::sendEvent(part, &firstLook);
         rest();
         return second;
     }

@@ -63,8 +63,8 @@ LogRead<KeptLabel> keptLabel(const ShipmentLog &log, const ShipmentRecord &recor
     const LogRead<qint64> id = idOf(log, record);
     if (!id.isRead())
         return kept.bytes ? LogRead(kept) : LogRead<KeptLabel>::failed(id.failure());
-    if (!kept.bytes && *id > 0) {
-        const auto stored = log.zpl(*id);
+    if (!kept.bytes && record.id > 0) {
+        const auto stored = log.zpl(record.id);
         if (!stored.isRead())
             return LogRead<KeptLabel>::failed(stored.failure());
         kept.bytes = *stored;

@@ -44,17 +44,6 @@ Task<QByteArray> downloadAgain(AppState &app, QString url)
     co_return label;
 }
 
-/// The first comparison of an old row's label.
-Task<> keepLater(AppState &app, ShipmentRecord record, LabelVerdict verdict)
-{
-    if (record.id == 0 || verdict.findings.isEmpty())
-        co_return;
-    const bool isKept =
-        co_await onPool([&log = app.log, record, verdict] { return keepVerdict(log, record, verdict); });
-    if (!isKept)
-        qWarning("The verdict on a label could not be stored: %s", qPrintable(app.log.lastError()));
-}
-
 } // namespace
 
 Task<QString> printLabel(AppState &app, QByteArray label)
@@ -85,7 +74,7 @@ Task<QString> stillWaiting(AppState &app)
     co_return report.waiting > 0 ? printerSentence(queue, report, Paper::label) : QString();
 }
 
-Task<QString> reprintLabel(AppState &app, ShipmentRecord record)
+Task<ReprintResult> reprintLabel(AppState &app, ShipmentRecord record)
 {
     const auto found = co_await onPool([&log = app.log, record] { return keptLabel(log, record); });
     const KeptLabel kept = found.orThrow();
@@ -93,14 +82,15 @@ Task<QString> reprintLabel(AppState &app, ShipmentRecord record)
     if (!kept.bytes)
         label = co_await downloadAgain(app, record.labelURL);
     LabelDoubts doubts = co_await doubtsAbout(label, recordedParcels(record));
+    ReprintResult result;
     if (!kept.verdict)
-        co_await keepLater(app, record, doubts.verdict);
+        result.firstVerdict = doubts.verdict;
     else if (kept.bytes)
         doubts.remember(kept.verdict);
     const bool isAgreed = co_await mayPrint(app, doubts);
-    if (!isAgreed)
-        co_return QString();
-    co_return co_await printLabel(app, label);
+    if (isAgreed)
+        result.printed = co_await printLabel(app, label);
+    co_return result;
 }
 
 Task<QByteArray> downloadCustoms(AppState &app, ShipmentRecord record)

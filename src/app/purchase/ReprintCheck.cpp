@@ -87,18 +87,18 @@ Task<QString> reprintChecked(AppState &app, ShipmentRecord record)
         if (answer != 1)
             co_return QString();
     }
-    ShipmentRecord printing = record;
-    printing.id = row ? row->id : record.id;
-    const QString printed = co_await reprintLabel(app, printing);
-    if (printed.isEmpty())
-        co_return QString();
-    const bool isNoted =
-        !row || co_await onPool(app.labelHistory, &LabelHistory::addReprint, row->id, app.platform.clock.now());
+    const ReprintResult result = co_await reprintLabel(app, record);
+    const bool isPrinted = !result.printed.isEmpty();
+    const bool isNoted = !row || co_await onPool([&app, now, isPrinted, result, when = app.platform.clock.now()] {
+        return (!isPrinted || app.labelHistory.addReprint(now.id, when)) &&
+               (result.firstVerdict.findings.isEmpty() || keepVerdict(app.log, now, result.firstVerdict));
+    });
     if (isNoted)
-        co_return printed;
-    const QString note = u"The reprint could not be noted in the mailing log — %1."_s.arg(app.log.lastError());
+        co_return result.printed;
+    const QString note = (isPrinted ? u"The reprint"_s : u"How the label compares with its parcel"_s) +
+                         u" could not be noted in the mailing log — %1."_s.arg(app.log.lastError());
     app.errors.record(u"Reprint"_s, AppError(note), Popup::no);
-    co_return printed + u' ' + note;
+    co_return isPrinted ? result.printed + u' ' + note : QString();
 }
 
 } // namespace parcelory

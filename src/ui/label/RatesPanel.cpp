@@ -9,6 +9,7 @@
 #include "core/Text.h"
 #include "ui/label/BuyBlock.h"
 #include "ui/label/RateList.h"
+#include "ui/log/ShipmentTexts.h"
 #include "ui/parts/Accessibility.h"
 #include "ui/parts/BusyBar.h"
 #include "ui/parts/Button.h"
@@ -31,15 +32,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int lowPanel = 620; ///< has no room for the checklist below the last label
-
-/// A tracking number in groups of four, broken after the fourth group: it is never elided.
-QString twoLines(const QString &tracking)
-{
-    constexpr int firstLine = 20;
-    QString text = groupsOfFour(tracking);
-    return text.size() > firstLine ? text.replace(firstLine - 1, 1, u'\n') : text;
-}
+constexpr int lowWindow = 720; ///< has no room for the checklist below the last label
 
 } // namespace
 
@@ -139,7 +132,8 @@ QWidget *RatesPanel::makeLastLabel()
     auto *label = new QHBoxLayout;
     label->setContentsMargins(0, 3, 0, 3);
     label->setSpacing(12);
-    label->addWidget(new LabelThumbnail(m_screen.preview), 0, Qt::AlignTop);
+    m_thumbnail = new LabelThumbnail(m_screen.preview);
+    label->addWidget(m_thumbnail, 0, Qt::AlignTop);
     label->addLayout(words, 1);
     m_verdictRow = new QWidget; // keeps its height until the verdict is there
     auto *verdict = new QVBoxLayout(m_verdictRow);
@@ -157,6 +151,18 @@ void RatesPanel::resizeEvent(QResizeEvent *event)
 {
     PanelFrame::resizeEvent(event);
     m_refresh.touch();
+}
+
+/// A label that differs from its parcel is looked at before it is printed again.
+bool RatesPanel::isHeld() const
+{
+    const std::optional<LastLabel> last = m_screen.lastLabel;
+    return last && !last->isPrinted && !last->verdict.faults().isEmpty();
+}
+
+QWidget *RatesPanel::lastLabelEntrance() const
+{
+    return isHeld() ? static_cast<QWidget *>(m_thumbnail) : m_reprint;
 }
 
 QWidget *RatesPanel::entrance() const
@@ -192,7 +198,7 @@ void RatesPanel::refresh()
     const bool complete = m_screen.formComplete();
     m_empty->set(complete ? u"ui_refresh"_s : u"popup_package"_s,
                  loading ? u"Loading rates…"_s : LabelTexts::ratesHint(m_screen));
-    const bool isLow = height() < Theme::current().scaled(lowPanel) && m_screen.lastLabel.value();
+    const bool isLow = window()->height() < Theme::current().scaled(lowWindow) && m_screen.lastLabel.value();
     m_checks->setVisible(!complete && !isLow);
     const auto tick = [](Notice *row, bool done) {
         row->setLook(done ? u"ui_success"_s : u"ui_pending"_s, done ? &Tokens::ok : &Tokens::muted);
@@ -215,7 +221,7 @@ void RatesPanel::refreshLastLabel()
     m_lastPrice->setText(u'$' + fixed(last->record.postage, 2));
     m_lastName->setFullText(last->recipient.section(u" · "_s, 0, 0));
     m_lastPlace->setText(last->recipient.section(u" · "_s, 1));
-    m_lastTracking->setText(twoLines(last->record.tracking));
+    m_lastTracking->setText(trackingLines(last->record.tracking));
     m_lastService->setText(last->record.service);
     const LabelSight sight = m_screen.preview.sight;
     const bool isPrinted = last->isPrinted;
@@ -235,7 +241,7 @@ void RatesPanel::refreshLastLabel()
     m_lastMessage->setInk(isPrinted ? &Tokens::text : &Tokens::warn);
     m_lastMessage->setText(last->message);
     m_lastMessage->setVisible(!last->message.isEmpty());
-    m_reprint->setKind(isPrinted ? Button::Kind::standard : Button::Kind::solid);
+    m_reprint->setKind(isPrinted || isHeld() ? Button::Kind::standard : Button::Kind::solid);
     m_reprint->setText(m_screen.busy && !isPrinted ? u"Printing…"_s : u"Reprint"_s);
 }
 

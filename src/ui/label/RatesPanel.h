@@ -13,6 +13,8 @@
 
 namespace parcelory {
 
+class LabelThumbnail;
+
 /// The middle of the screen: the last label, the rates or what is missing for them, and the Buy block below.
 class RatesPanel : public PanelFrame {
     Q_OBJECT
@@ -20,7 +22,8 @@ public:
     RatesPanel(LabelScreen &screen, KeysScreen &keys, SettingsScreen &settings, QWidget *parent = nullptr);
 
     RateList *list() const { return m_list; }
-    Button *reprintButton() const { return m_reprint; }
+    /// What has the focus while the last label waits for its reprint.
+    QWidget *lastLabelEntrance() const;
     /// Where a key that leads to the rates goes: the rates, or the button that can act; null if nothing here can.
     QWidget *entrance() const;
 
@@ -38,6 +41,7 @@ private:
     void addCheck(const QString &text, Notice *&row);
     void refresh();
     void refreshLastLabel();
+    bool isHeld() const;
 
     LabelScreen &m_screen;
     TextLabel *m_count;
@@ -50,6 +54,7 @@ private:
     TextLabel *m_lastPlace, *m_lastTracking, *m_lastService, *m_lastMessage;
     VerdictNotice *m_lastVerdict;
     QWidget *m_verdictRow = nullptr;
+    LabelThumbnail *m_thumbnail = nullptr;
     Button *m_reprint, *m_copy;
     RateList *m_list;
     EmptyState *m_empty;

@@ -246,13 +246,16 @@ void ShipmentDetails::resizeEvent(QResizeEvent *event)
     fitLabel();
 }
 
-/// A narrow pane keeps the three columns of texts and shows less of the label.
+/// A narrow window keeps the three columns of texts and shows less of the label. Checks the window, which this pane
+/// spans, because a hidden pane keeps its old size.
 void ShipmentDetails::fitLabel()
 {
     const Theme &theme = Theme::current();
     const bool hasCopy = m_screen.preview.sight.value().state != LabelSight::State::noCopy;
-    m_thumbnail->setVisible(hasCopy && width() >= theme.scaled(leastForPicture));
-    const bool isBelow = width() < theme.scaled(leastForSide);
+    m_thumbnail->setVisible(hasCopy && window()->width() >= theme.scaled(leastForPicture));
+    const bool isBelow = window()->width() < theme.scaled(leastForSide);
+    for (TextLabel *label : {m_compared, m_unchecked})
+        label->setVisible(!isBelow && !label->text().isEmpty());
     if (std::exchange(m_isSideBelow, isBelow) == isBelow)
         return;
     if (isBelow) // under the description
@@ -268,17 +271,14 @@ void ShipmentDetails::refreshLabel()
     const LabelSight sight = m_screen.preview.sight;
     const LabelVerdict verdict = sight.verdict.value_or(LabelVerdict());
     const bool hasCopy = sight.state != LabelSight::State::noCopy;
-    if (hasCopy)
-        m_verdict->setVerdict(sight.verdict);
-    else
+    m_verdict->setVerdict(sight.verdict);
+    if (!hasCopy)
         m_verdict->setText(u"No copy of this label is stored."_s);
     m_verdict->setVisible(sight.state != LabelSight::State::drawing);
     const QString same = LabelVerdictTexts::itemsWith(verdict, LabelMatch::same),
                   unchecked = LabelVerdictTexts::itemsWith(verdict, LabelMatch::unchecked);
     m_compared->setText(same);
-    m_compared->setVisible(!same.isEmpty());
-    m_unchecked->setText(u"Cannot be checked: "_s + unchecked);
-    m_unchecked->setVisible(!same.isEmpty() && !unchecked.isEmpty());
+    m_unchecked->setText(same.isEmpty() || unchecked.isEmpty() ? QString() : u"Cannot be checked: "_s + unchecked);
     enable(m_showLabel, hasCopy, m_list);
     fitLabel();
 }
