@@ -3,47 +3,65 @@
 #include "support/AppTest.h"
 
 #include <QProcess>
+#include <QSet>
 
 #include <csignal>
+#include <random>
 
 namespace parcelory::test {
 namespace {
 
-/// Kills a program at a step of its purchase and starts the program again over its folder; false if the purchase has
-/// fewer steps.
+/// A desk that shares its folder and its carrier with a program that is killed while it buys labels.
+struct Survivor : LabelDesk {
+    QProcess victim;
+    QStringList sold;
+
+    void startVictim(int step)
+    {
+        victim.start(QStringLiteral(PARCELORY_VICTIM),
+                     {path(u"books"_s), carrier.baseUrl().toString(), QString::number(step)});
+    }
+    /// Starts the program in the victim's folder; returns how many rows and unresolved purchases it shows then.
+    qsizetype takeOver()
+    {
+        carrier.setScenario({});
+        platform.dataFolder = QDir(path(u"books"_s));
+        screenOwner.reset();
+        app = std::make_unique<AppState>(platform);
+        screenOwner = std::make_unique<LabelScreen>(*app);
+        run(purchases().resume());
+        const qsizetype shown = purchases().unresolved.value().size() + app->log.records().size();
+        clock.advance(61s);
+        checkAgain();
+        settle();
+        EXPECT_TRUE(purchases().unresolved.value().isEmpty());
+        EXPECT_TRUE(app->journal.openPurchases().isEmpty());
+        const QDate today = QDate::currentDate();
+        for (const MasterEntry &entry : runTask(app->shippo.masterLog(today.addDays(-1), today.addDays(1))))
+            sold += entry.id;
+        sold.sort();
+        return shown;
+    }
+};
+
+/// False if the purchase has fewer steps.
 bool dieAndStartAgain(int step, const CarrierScenario &scenario)
 {
-    LabelDesk desk;
+    SCOPED_TRACE(step);
+    Survivor desk;
     desk.carrier.setScenario(scenario);
-    const QString folder = desk.path(u"books"_s);
-    QProcess victim;
-    victim.start(QStringLiteral(PARCELORY_VICTIM), {folder, desk.carrier.baseUrl().toString(), QString::number(step)});
-    EXPECT_TRUE(victim.waitForFinished());
-    const bool wasKilled = victim.exitStatus() == QProcess::CrashExit;
-    EXPECT_EQ(victim.exitCode(), wasKilled ? SIGKILL : 0) << victim.readAllStandardError().toStdString();
-    desk.carrier.setScenario({});
-
-    desk.platform.dataFolder = QDir(folder);
-    desk.screenOwner.reset();
-    desk.app = std::make_unique<AppState>(desk.platform);
-    desk.screenOwner = std::make_unique<LabelScreen>(*desk.app);
-    desk.run(desk.purchases().resume());
-    const qsizetype shown = desk.purchases().unresolved.value().size() + desk.app->log.records().size();
-    desk.clock.advance(61s);
-    desk.checkAgain();
-    settle();
-    EXPECT_TRUE(desk.purchases().unresolved.value().isEmpty());
-    EXPECT_TRUE(desk.app->journal.openPurchases().isEmpty());
-
-    const QDate today = QDate::currentDate();
-    const QList<MasterEntry> sold = runTask(desk.app->shippo.masterLog(today.addDays(-1), today.addDays(1)));
+    desk.startVictim(step);
+    EXPECT_TRUE(desk.victim.waitForFinished());
+    const bool wasKilled = desk.victim.exitStatus() == QProcess::CrashExit;
+    EXPECT_EQ(desk.victim.exitCode(), wasKilled ? SIGKILL : 0) << desk.victim.readAllStandardError().toStdString();
+    const qsizetype shown = desk.takeOver();
     const QList<ShipmentRecord> rows = desk.app->log.records();
-    EXPECT_EQ(sold.size(), rows.size());
+    EXPECT_EQ(desk.sold.size(), rows.size());
     EXPECT_LE(rows.size(), 1);
-    EXPECT_GE(shown, rows.size()) << "what the program shows right after the start";
+    EXPECT_GE(shown, rows.size());
     EXPECT_TRUE(wasKilled || rows.size() == 1);
     for (const ShipmentRecord &row : rows) {
-        EXPECT_EQ(row.transactionID, sold.value(0).id);
+        EXPECT_TRUE(desk.sold.contains(row.transactionID));
         EXPECT_TRUE(*desk.app->log.zpl(row.id)) << "its label can be printed";
     }
     return wasKilled;
@@ -67,6 +85,37 @@ TEST(KilledDuringAPurchase, EveryLabelIsLoggedOnce)
 TEST(KilledDuringAPurchase, EveryLabelWhoseResponseIsLostIsLoggedOnce)
 {
     killAtEveryStep({.droppedPath = "transactions/"});
+}
+
+TEST(KilledDuringAPurchase, AtRandomMomentsNoLabelIsLostOrDoubled)
+{
+    constexpr int kills = 25, mostRequests = 20;
+    Survivor desk;
+    std::mt19937 random(20261122);
+    std::uniform_int_distribution lifetime(1, mostRequests); // in requests, so that it lasts on a slow machine, too
+    for (int kill = 0; kill < kills; ++kill) {
+        const qsizetype last = desk.carrier.requests().size() + lifetime(random);
+        desk.startVictim(0);
+        runUntil([&] { return desk.carrier.requests().size() >= last; });
+        desk.victim.kill();
+        EXPECT_TRUE(desk.victim.waitForFinished());
+        runTask(desk.app->shippo.carrierAccounts()); // the carrier has answered what the victim sent before
+    }
+    desk.takeOver();
+
+    QStringList logged;
+    QSet<QString> recipients;
+    const Database log(desk.path(u"books/mailing_log.sqlite"_s));
+    for (Statement rows(log, "SELECT transaction_id, recipient FROM shipments"); rows.step();) {
+        logged += rows.text(0);
+        EXPECT_FALSE(recipients.contains(rows.text(1))) << rows.text(1).toStdString();
+        recipients.insert(rows.text(1));
+    }
+    logged.sort();
+    EXPECT_EQ(logged, desk.sold);
+    EXPECT_GT(desk.sold.size(), kills / 2);
+    Statement check(log, "PRAGMA quick_check");
+    EXPECT_TRUE(check.step() && check.text(0) == u"ok");
 }
 
 } // namespace parcelory::test
