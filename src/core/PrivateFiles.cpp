@@ -28,7 +28,7 @@ void createPrivateFolder(const QDir &folder)
 
 void createPrivateFile(const QString &path)
 {
-    QFile(path).open(QIODevice::WriteOnly | QIODevice::NewOnly, fileMode);
+    [[maybe_unused]] const bool isNew = QFile(path).open(QIODevice::WriteOnly | QIODevice::NewOnly, fileMode);
 }
 
 void makePrivate(const QString &path)

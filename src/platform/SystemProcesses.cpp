@@ -8,6 +8,7 @@
 #include <QProcess>
 
 #include <chrono>
+#include <unistd.h>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;
@@ -47,6 +48,8 @@ ProcessOutcome SystemProcesses::run(const QString &program, const QStringList &a
     QProcess process;
     process.setProcessEnvironment(pinnedEnvironment());
     process.setStandardInputFile(QProcess::nullDevice());
+    // A session of its own has no terminal: cupsenable would ask there for the password of an administrator, and wait.
+    process.setChildProcessModifier([] { ::setsid(); });
     process.start(program, arguments);
     if (!process.waitForStarted(-1))
         throw AppError(u"%1 could not be started — %2"_s.arg(program, process.errorString()));

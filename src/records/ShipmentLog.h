@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/Sqlite.h"
+#include "records/LogChain.h"
 #include "records/LogRead.h"
 #include "records/ShipmentLogIndex.h"
 #include "records/ShipmentRecord.h"
@@ -87,6 +88,13 @@ public:
     /// unchanged.
     ImportReport importEndiciaCSV(const QString &path, KnownRows known = KnownRows::import,
                                   const Progress &progress = {});
+
+    /// Gives the rows of an older version their entries in the chain of hashes. Waits for the disk for a long time if
+    /// there are many; others can write meanwhile. False if it was canceled or failed.
+    bool sealOlder(const CancelToken &cancel = {});
+    /// Compares every row with the chain of hashes; `known` are heads of the chain that were kept elsewhere. `progress`
+    /// counts entries. Others can write meanwhile.
+    LogRead<LogChain::Report> verify(const QList<LogChain::Head> &known = {}, const Progress &progress = {}) const;
 
     /// What the clerk must know at the start: that the log cannot be used, and what to do. Empty if it can be read, and
     /// while another program has it open.

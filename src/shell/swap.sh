@@ -21,7 +21,7 @@ trap tidy EXIT
 start() {
     sleep 0.3
     if [ "$(uname)" = Darwin ]; then
-        /usr/bin/open "$APP"
+        open "$APP"
     else
         "$APP/bin/parcelory" >/dev/null 2>&1 </dev/null &
     fi

@@ -38,6 +38,7 @@ void Program::start()
     spawn([&keys = m_screens.keys] { return keys.refresh(); });
     spawn([&book = m_screens.addressBook] { return book.reload(); });
     spawn([&log = m_screens.mailingLog] { return log.tellTrouble(); });
+    spawn([&records = m_screens.records] { return records.start(); });
     spawn([] { return sweepPrintFiles(); });
     if (m_screens.settings.zebraQueue.value().isEmpty())
         spawn([&settings = m_screens.settings] { return settings.refreshPrinters(); });
@@ -50,6 +51,7 @@ Program::~Program()
     m_window.reset();
     m_screens.mailingLog.cancel();
     m_screens.addressBook.cancelImport();
+    m_screens.records.cancel();
     m_screens.updates.stop();
     workPool().waitForDone(); // running jobs report to the screens
 }

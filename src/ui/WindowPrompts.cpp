@@ -83,6 +83,14 @@ Task<QString> WindowPrompts::openFile(QString title)
     co_return co_await pickFile(dialog);
 }
 
+Task<QString> WindowPrompts::openFolder(QString title)
+{
+    auto *dialog =
+        new QFileDialog(QApplication::activeWindow() ? QApplication::activeWindow() : m_window.data(), title);
+    dialog->setFileMode(QFileDialog::Directory);
+    co_return co_await pickFile(dialog);
+}
+
 Task<> WindowPrompts::alert(QString title, QString text)
 {
     co_await run(makeAlert(*m_clock, title, text, m_window));

@@ -20,6 +20,7 @@ public:
     Task<int> choose(Question question) override;
     Task<QString> saveFile(QString title, QString proposed) override;
     Task<QString> openFile(QString title) override;
+    Task<QString> openFolder(QString title) override;
 
 private:
     QWidget *activeOrMain() const;

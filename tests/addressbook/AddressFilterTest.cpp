@@ -1,16 +1,12 @@
 #include "addressbook/AddressFilter.h"
 #include "core/PostalContact.h"
 #include "core/Text.h"
-#include "support/Printing.h"
+#include "support/Test.h"
 
 #include <QRandomGenerator>
 #include <QRegularExpression>
 
-#include <algorithm>
-
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
-
 namespace {
 
 /// Folds with Qt, where the filter uses another library and its own code for ASCII.

@@ -2,22 +2,14 @@
 #include "addressbook/ImportProgress.h"
 #include "addressbook/LocalAddressStore.h"
 #include "addressbook/VCard.h"
-#include "core/AppError.h"
 #include "core/PostalContact.h"
 #include "core/Progress.h"
-#include "support/Printing.h"
+#include "support/Table.h"
+#include "support/Test.h"
 
-#include <QFile>
 #include <QStringEncoder>
-#include <QTemporaryDir>
-
-#include <algorithm>
-#include <utility>
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
-using testing::ElementsAre;
-
 namespace {
 
 using Read = QList<PostalContact> (*)(const QByteArray &, ImportProgress &);
@@ -56,9 +48,7 @@ QString samplePath(const char *name)
 
 QByteArray sample(const char *name)
 {
-    QFile file(samplePath(name));
-    EXPECT_TRUE(file.open(QIODevice::ReadOnly));
-    return file.readAll();
+    return contentsOf(samplePath(name));
 }
 
 QByteArray plist(const QByteArray &inside)
@@ -193,54 +183,32 @@ TEST(VCard, ReadsAnAddressInEveryNotation)
     const QString text = QString::fromUtf8(card(adr));
     const QByteArray littleEndian = QStringEncoder(QStringConverter::Utf16LE)(text);
     const QByteArray bigEndian = QStringEncoder(QStringConverter::Utf16BE)(text);
-    for (const QByteArray &file :
-         {card(adr).replace("\n", "\r\n"),
-          card(adr).replace("\n", "\r"),
-          "\xEF\xBB\xBF" + card(adr),
-          littleEndian,
-          bigEndian,
-          "\xFF\xFE" + littleEndian,
-          "\xFE\xFF" + bigEndian,
-          inUtf32(text, true, false),
-          inUtf32(text, false, false),
-          inUtf32(text, true, true),
-          inUtf32(text, false, true),
-          QByteArray(littleEndian).replace('B', 'b'),
-          "\r\n\xEF\xBB\xBF" + card(adr),
-          card("\n\nadr;type=\"home\":;;1 Elm St;Salem;OR;97301;US\n"), // lower case, blank lines
-          card("ADR;TYPE=dom,HOME,pref:;;1 Elm St;Salem;OR;97301;US;more"),
-          card("ADR: ;;;\\n;;;\n" + adr),
-          card("ADR\n ;HOME\n\t:;;1 Elm St;Salem;OR;97301;US"), // line folds before the colon
-          card("ADR;HOME;QUOTED-PRINTABLE:;;1 Elm=\n St;Sa=6C=\nem;OR;97301;US"),
-          card("NOTE;QUOTED-PRINTABLE:a=\nEND:VCARD=\nb\n" + adr), // the END line is part of the note
-          card("ADR;X=\"a:b;c\";HOME:;;1 Elm St;Salem;OR;97301;US"),
-          card("ADR;HOME;X=\"a:;;1 Elm St;Salem;OR;97301;US"),
-          card("ADR;HOME;QUOTED-PRINTABLE:;;1 Elm= \n St;Salem= \t\n;OR;97301;US"), // blanks after a soft break
-          card("ADR;HOME;QUOTED-PRINTABLE:;;1 Elm=\n St;Salem=\n;OR;97301;US").replace("\n", "\r\r\n"),
-          card("ADR;HOME;LABEL=\"Jo: 1\n  Elm; St\";X=\"a\n b\":;;1 Elm\n  St;Salem;OR;97301;US"), // a quoted fold
-          card("AGENT:\nBEGIN:VCARD\nN:S\nAGENT:\nBEGIN:VCARD\nEND:VCARD\nADR:;;9\nEND:VCARD\n" + adr),
-          "BEGIN:VCARD\nN:Lost\nADR:;;9\n" + card(adr)}) // a card without its END
+    QList<QByteArray> files = {
+        card(adr).replace("\n", "\r\n"),
+        card(adr).replace("\n", "\r"),
+        "\xEF\xBB\xBF" + card(adr),
+        littleEndian,
+        bigEndian,
+        "\xFF\xFE" + littleEndian,
+        "\xFE\xFF" + bigEndian,
+        inUtf32(text, true, false),
+        inUtf32(text, false, false),
+        inUtf32(text, true, true),
+        inUtf32(text, false, true),
+        QByteArray(littleEndian).replace('B', 'b'),
+        "\r\n\xEF\xBB\xBF" + card(adr),
+        card("ADR;HOME;QUOTED-PRINTABLE:;;1 Elm=\n St;Salem=\n;OR;97301;US").replace("\n", "\r\r\n"),
+        "BEGIN:VCARD\nN:Lost\nADR:;;9\n" + card(adr)}; // a card without its END
+    for (const Json &properties : table(u"vcards"_s, "notations"))
+        files += card(bytes(properties));
+    for (const QByteArray &file : files)
         EXPECT_THAT(vCard(file), ElementsAre(u"Jo Doe||1 Elm St||Salem|OR|97301|US|home||"_s)) << file.toStdString();
 }
 
 TEST(VCard, UnderstandsEscapesCharsetsAndCountries)
 {
-    const std::pair<QByteArray, QString> rows[] = {
-        {"ADR;CHARSET=ISO-8859-1:;;Calle \xD1;;;;ES", u"Calle Ñ|||||ES|"_s},
-        {"ADR:;;Calle \xD1;;;;ES", u"Calle Ñ|||||ES|"_s}, // Latin-1 without a declaration
-        {"ADR;CHARSET=windows-1252:;;\x80 St;;;;ES", u"€ St|||||ES|"_s},
-        {"ADR;CHARSET=x-none:;;Calle Ñ;;;;ES", u"Calle Ñ|||||ES|"_s},
-        {"ADR:;;M\xC3\n \xBCnchner St;;;;DE", u"Münchner St|||||DE|"_s}, // a line fold inside a character
-        {"ADR;QUOTED-PRINTABLE:;;=ZZ=4;Salem;;;US", u"=ZZ=4||Salem|||US|"_s},
-        {"ADR;QUOTED-PRINTABLE:;;# = 5 =+F =3d=3D;Salem;;;US", u"# = 5 =+F ==||Salem|||US|"_s},
-        {"ADR:;;1\\, Elm\\; St\\nUp\\N2 \\x;Salem;OR;97301;US", u"1, Elm; St|Up 2 \\x|Salem|OR|97301|US|"_s},
-        {"ADR:;;1 Elm St", u"1 Elm St||||||"_s},
-        {"ADR:Box 7;Suite 2;1 Elm St;;;;us", u"1 Elm St|Suite 2 Box 7||||US|"_s},
-        {"A.X-ABADR:nl\na.ADR:;;Dam 1;;;;Holland", u"Dam 1|||||NL|"_s}, // the group's country comes first
-        {"ADR:;;1 St;;;;Atlantis", u"1 St|||||ATLANTIS|"_s},
-    };
-    for (const auto &[lines, expected] : rows)
-        EXPECT_THAT(vCard(card(lines)), ElementsAre(u"Jo Doe||"_s + expected + u"||"_s)) << lines.toStdString();
+    for (const Json &row : table(u"vcards"_s, "properties"))
+        EXPECT_THAT(vCard(card(bytes(row[0]))), ElementsAre(u"Jo Doe||"_s + text(row[1]) + u"||"_s)) << row;
 }
 
 TEST(VCard, RejectsOtherFilesAndTruncatedFiles)
@@ -318,12 +286,8 @@ TEST(ImportFiles, AreFoundBesideTheDataFolder)
     const QString path = support.filePath(u"Endicia/importedAddresses.plist"_s);
     EXPECT_FALSE(LocalAddressStore::endiciaPlistURL(data));
     EXPECT_THROW(LocalAddressStore::importEndicia(path), AppError);
-    try {
-        LocalAddressStore::importVCard(u"/dev/null"_s);
-        ADD_FAILURE() << "a device may never end";
-    } catch (const AppError &error) {
-        EXPECT_EQ(error.description(), u"This is not a file."_s);
-    }
+    EXPECT_EQ(failureOf([] { LocalAddressStore::importVCard(u"/dev/null"_s); }), u"This is not a file."_s)
+        << "a device may never end";
     ASSERT_TRUE(QDir().mkpath(path)); // a folder of that name
     EXPECT_FALSE(LocalAddressStore::endiciaPlistURL(data));
     ASSERT_TRUE(QDir().rmdir(path));

@@ -1,16 +1,9 @@
-#include "core/AppError.h"
-#include "core/Json.h"
 #include "core/PostalContact.h"
 #include "core/ShippoAddress.h"
-#include "support/Printing.h"
-
-#include <gmock/gmock.h>
-
-#include <utility>
+#include "support/Table.h"
+#include "support/Test.h"
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
-
 namespace {
 
 PostalContact contact()
@@ -38,16 +31,8 @@ QString word(qsizetype length, char16_t letter = u'x')
 
 TEST(Address, FitsOneLine)
 {
-    const std::pair<ShippoAddress, QString> rows[] = {
-        {{.street1 = u"1 Main St"_s, .city = u"Reno"_s, .state = u"NV"_s, .zip = u"89501"_s},
-         u"1 Main St, Reno NV 89501"_s},
-        {{.name = u"Al"_s, .city = u"Reno"_s, .country = u"US"_s, .phone = u"1"_s}, u"Reno"_s},
-        {{.street1 = u"1 Main St"_s, .street2 = u"Apt 2"_s, .city = u"Reno"_s, .zip = u"89501"_s},
-         u"1 Main St, Apt 2, Reno  89501"_s}, // a missing state leaves two spaces
-        {{.street2 = u"Apt 2"_s, .zip = u"89501"_s}, u"Apt 2, 89501"_s},
-    };
-    for (const auto &[address, line] : rows)
-        EXPECT_EQ(address.oneLine(), line);
+    for (const Json &row : table(u"addresses"_s, "one line"))
+        EXPECT_EQ(addressOf(row[0]).oneLine(), text(row[1]));
 
     PostalContact person = contact();
     person.street2 = u"Apt 2"_s;

@@ -1,6 +1,5 @@
 // The adapters to the real machine: preference file, child processes, network.
 
-#include "core/AppError.h"
 #include "core/Setting.h"
 #include "core/SettingsKeys.h"
 #include "core/ports/HttpTransport.h"
@@ -13,25 +12,21 @@
 #include "platform/SystemDesktop.h"
 #include "platform/SystemProcesses.h"
 #include "support/FakePlatform.h"
-#include "support/Printing.h"
 #include "support/RunTask.h"
+#include "support/Test.h"
 
-#include <gmock/gmock.h>
 #undef signals
-#include <httplib.h>
+#include "practice/LoopbackServer.h"
 
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QTimer>
 
-#include <chrono>
-#include <mutex>
+#include <atomic>
 #include <string>
 #include <thread>
-#include <tuple>
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
 
 TEST(SystemClock, CallsNoCanceledTimer)
 {
@@ -89,6 +84,7 @@ TEST(SystemProcesses, ReportsStatusAndBothChannelsWhole)
     EXPECT_EQ(failed.err, "err");
     EXPECT_EQ(shell(u"kill -9 $$"_s).status, 128 + 9);
     EXPECT_EQ(shell(u"cat"_s).out, "") << "the input of a child process is empty";
+    EXPECT_EQ(shell(u"kill -s 0 -- -$$"_s).status, 0) << "only a session of its own has no terminal to ask at";
 
     const ProcessOutcome much = shell(u"head -c 500000 /dev/zero; head -c 500000 /dev/zero >&2"_s);
     EXPECT_EQ(much.out.size(), 500'000);
@@ -119,14 +115,6 @@ TEST(SystemDesktop, ReportsWhatDoesNotOpenAndWaitsThirtySeconds)
     desktop.openUrl(QUrl(u"https://usps.example/9405"_s));
     for (const auto &call : processes.calls())
         EXPECT_EQ(call.limit, std::chrono::seconds(30)) << "an opener that hangs is ended";
-    const auto failure = [](const auto &open) {
-        try {
-            open();
-        } catch (const AppError &error) {
-            return error.description();
-        }
-        return u"opened"_s;
-    };
     const QString late = u"the desktop did not answer within 30 seconds and may still open "_s;
     const std::tuple<bool, QString, QString> rows[] = {
         {false, u"no program on this computer can open the document — it is saved as /tmp/label.pdf"_s,
@@ -138,37 +126,12 @@ TEST(SystemDesktop, ReportsWhatDoesNotOpenAndWaitsThirtySeconds)
                 throw ProcessTimedOut(program);
             return ProcessOutcome{3, {}, {}};
         };
-        EXPECT_EQ(failure([&] { desktop.openFile(u"/tmp/label.pdf"_s); }), file);
-        EXPECT_EQ(failure([&] { desktop.openUrl(QUrl(u"https://usps.example/9405"_s)); }), page);
+        EXPECT_EQ(failureOf([&] { desktop.openFile(u"/tmp/label.pdf"_s); }), file);
+        EXPECT_EQ(failureOf([&] { desktop.openUrl(QUrl(u"https://usps.example/9405"_s)); }), page);
     }
 }
 
 namespace {
-
-/// A web server on the loopback interface; its handlers run on its own threads.
-class LoopbackServer {
-public:
-    LoopbackServer() : m_port(m_server.bind_to_any_port("127.0.0.1"))
-    {
-        m_server.set_keep_alive_max_count(1); // an open connection would delay the shutdown by seconds
-        m_thread = std::thread([this] { m_server.listen_after_bind(); });
-        while (!m_server.is_running()) // stop() has no effect before that
-            std::this_thread::yield();
-    }
-    ~LoopbackServer()
-    {
-        m_server.stop();
-        m_thread.join();
-    }
-
-    httplib::Server &operator*() { return m_server; }
-    QString url(const QString &path) const { return u"http://127.0.0.1:%1%2"_s.arg(m_port).arg(path); }
-
-private:
-    httplib::Server m_server;
-    int m_port;
-    std::thread m_thread;
-};
 
 struct NetworkTransportTest : testing::Test {
     HttpAnswer get(const QString &url, bool withToken = false)
@@ -180,14 +143,15 @@ struct NetworkTransportTest : testing::Test {
     }
     QString failure(const QString &url, bool withToken = false)
     {
-        try {
-            return u"answered with %1"_s.arg(get(url, withToken).status);
-        } catch (const AppError &error) {
-            return error.description();
-        }
+        return failureOf([&] { get(url, withToken); });
+    }
+    static QString url(const LoopbackServer &server, const char *path)
+    {
+        return QString::fromStdString(server.base() + path);
     }
 
-    LoopbackServer server, other; // destroyed after the transport, whose idle connections would delay them
+    // Destroyed after the transport, whose idle connections would delay them.
+    LoopbackServer server{"carrier"}, other{"another server"};
     FakeClock clock;
     NetworkTransport http{NetworkTransport::Reach::loopbackOnly, clock};
 };
@@ -196,14 +160,14 @@ struct NetworkTransportTest : testing::Test {
 
 TEST_F(NetworkTransportTest, SendsARequestAsGivenAndReadsEveryResponse)
 {
-    (*server).Post("/shipments/", [](const httplib::Request &request, httplib::Response &response) {
+    server.start([](const httplib::Request &request, httplib::Response &response) {
         response.status = std::stoi(request.get_param_value("status"));
         response.set_content(request.get_header_value("Authorization") + "|" +
                                  request.get_header_value("Content-Type") + "|" + request.body,
                              "text/plain");
     });
     for (const int status : {200, 201, 400, 401, 404, 422, 429, 500, 503}) {
-        HttpRequest request{.url = QUrl(server.url(u"/shipments/?status=%1"_s.arg(status))),
+        HttpRequest request{.url = QUrl(url(server, "shipments/?status=%1").arg(status)),
                             .method = "POST",
                             .headers = {{"Authorization", "ShippoToken t"}, {"Content-Type", "application/json"}},
                             .body = "{\"a\":\"ü\"}"};
@@ -220,7 +184,7 @@ TEST_F(NetworkTransportTest, ReportsErrorsWithoutRevealingSecrets)
     const QString nobody = u"http://127.0.0.1:1/secret"_s;
     const QString silent = u"http://127.0.0.1:%1/secret"_s.arg(mute.serverPort());
 
-    EXPECT_THAT(failure(nobody, true).toStdString(), testing::StartsWith("127.0.0.1 could not be reached ("));
+    EXPECT_THAT(failure(nobody, true).toStdString(), StartsWith("127.0.0.1 could not be reached ("));
     EXPECT_FALSE(failure(nobody, true).contains(u"secret"_s));
     QObject::connect(&mute, &QTcpServer::newConnection, &mute, [this] { clock.advance(std::chrono::seconds(60)); });
     EXPECT_EQ(failure(silent, true), u"127.0.0.1 did not answer within 60 seconds — check the network."_s);
@@ -247,23 +211,22 @@ TEST_F(NetworkTransportTest, ATrickleAndAnEndlessAnswerAreGivenUp)
     EXPECT_EQ(sent, 60);
     pace.stop();
 
-    const auto ofSize = [this](size_t size) {
-        (*server).Get("/" + std::to_string(size), [=](const httplib::Request &, httplib::Response &response) {
-            response.set_chunked_content_provider("application/octet-stream",
-                                                  [=, left = size](size_t, httplib::DataSink &sink) mutable {
-                                                      const std::string block(std::min<size_t>(left, 1 << 20), ' ');
-                                                      left -= block.size();
-                                                      const bool isTaken = sink.write(block.data(), block.size());
-                                                      if (left == 0)
-                                                          sink.done();
-                                                      return isTaken;
-                                                  });
-        });
-        return failure(server.url(u"/%1"_s.arg(size)));
-    };
+    server.start([](const httplib::Request &request, httplib::Response &response) {
+        const size_t size = std::stoul(request.path.substr(1));
+        response.set_chunked_content_provider("application/octet-stream",
+                                              [=, left = size](size_t, httplib::DataSink &sink) mutable {
+                                                  const std::string block(std::min<size_t>(left, 1 << 20), ' ');
+                                                  left -= block.size();
+                                                  const bool isTaken = sink.write(block.data(), block.size());
+                                                  if (left == 0)
+                                                      sink.done();
+                                                  return isTaken;
+                                              });
+    });
     constexpr size_t limit = 32 << 20;
-    EXPECT_EQ(ofSize(limit), u"answered with 200"_s);
-    EXPECT_EQ(ofSize(limit + 1), u"127.0.0.1 sent more than 32 MB, so its answer was not read."_s);
+    EXPECT_EQ(failure(url(server, "%1").arg(limit)), u"no failure"_s);
+    EXPECT_EQ(failure(url(server, "%1").arg(limit + 1)),
+              u"127.0.0.1 sent more than 32 MB, so its answer was not read."_s);
     EXPECT_FALSE(clock.fireNext()) << "no deadline outlives its request";
 }
 
@@ -272,30 +235,24 @@ TEST_F(NetworkTransportTest, ThePracticeDeskReachesOnlyLoopback)
     for (const QString &host : {u"api.example.com"_s, u"192.0.2.1"_s, u"0.0.0.0"_s, u"127.0.0.1.example.com"_s,
                                 u"[2001:db8::1]"_s, QString()})
         EXPECT_THAT(failure(u"http://"_s + host + u"/"_s).toStdString(),
-                    testing::StartsWith("The practice desk does not connect to"));
+                    StartsWith("The practice desk does not connect to"));
 }
 
 TEST_F(NetworkTransportTest, TheTokenIsNotSentToAnotherServer)
 {
-    std::mutex access;
-    QStringList seen; // requests that reached the other server
-    (*other).Get("/file", [&](const httplib::Request &request, httplib::Response &response) {
-        const std::lock_guard lock(access);
-        seen += QString::fromStdString(request.get_header_value("Authorization"));
-        response.set_content("file", "text/plain");
+    std::atomic<int> seen = 0; // requests that reached the other server
+    other.start([&seen](const httplib::Request &, httplib::Response &) { ++seen; });
+    server.start([elsewhere = other.base()](const httplib::Request &request, httplib::Response &response) {
+        if (request.path == "/file")
+            response.set_content(request.get_header_value("Authorization"), "text/plain");
+        else
+            response.set_redirect(request.path == "/away" ? elsewhere : "/file");
     });
-    (*server).Get("/file", [](const httplib::Request &request, httplib::Response &response) {
-        response.set_content(request.get_header_value("Authorization"), "text/plain");
-    });
-    const std::string elsewhere = other.url(u"/file"_s).toStdString();
-    (*server).Get("/away", [&](const httplib::Request &, httplib::Response &r) { r.set_redirect(elsewhere); });
-    (*server).Get("/moved", [](const httplib::Request &, httplib::Response &r) { r.set_redirect("/file"); });
-
-    EXPECT_EQ(get(server.url(u"/moved"_s), true).body, "ShippoToken secret");
-    EXPECT_THAT(failure(server.url(u"/away"_s), true).toStdString(), testing::HasSubstr("gave no answer"));
-    EXPECT_EQ(seen, QStringList());
-    EXPECT_THAT(failure(server.url(u"/away"_s)).toStdString(), testing::HasSubstr("gave no answer"));
-    EXPECT_EQ(seen, QStringList()) << "the practice desk does not follow a redirect to another server";
+    EXPECT_EQ(get(url(server, "moved"), true).body, "ShippoToken secret");
+    EXPECT_THAT(failure(url(server, "away"), true).toStdString(), HasSubstr("gave no answer"));
+    EXPECT_EQ(seen, 0);
+    EXPECT_THAT(failure(url(server, "away")).toStdString(), HasSubstr("gave no answer"));
+    EXPECT_EQ(seen, 0) << "the practice desk does not follow a redirect to another server";
 }
 
 } // namespace parcelory::test

@@ -1,13 +1,11 @@
 #include "records/LabelHistory.h"
+#include "records/LabelVerdicts.h"
 #include "records/ScanForms.h"
 #include "records/ShipmentRecord.h"
 #include "support/LogFile.h"
-
-#include <optional>
+#include "support/Test.h"
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
-
 namespace {
 
 const QDateTime midnight = QDate(2026, 11, 20).startOfDay();
@@ -80,6 +78,23 @@ TEST_F(LabelHistoryTest, KeepsReprintsAndTheLastTrackingStatus)
     EXPECT_EQ(past.lastReprint, midnight.addSecs(60));
     EXPECT_EQ(past.tracked, TrackingStatus::delivered);
     EXPECT_EQ(history.of(2)->tracked, TrackingStatus::unknown);
+}
+
+TEST_F(LabelHistoryTest, KeepsTheVerdictOnALabel)
+{
+    const QList<StoredFinding> first = {{u"NAME"_s, u"SAME"_s, u"Ruth"_s, u"RUTH"_s, {3, 4}},
+                                        {u"COLOR"_s, u"FADED"_s, {}, {}, {}}}; // a later version knows more words
+    EXPECT_TRUE(LabelVerdicts::of(log, 1)->isEmpty()) << "a log without the table";
+    EXPECT_TRUE(LabelVerdicts::put(log, 1, first) && LabelVerdicts::put(log, 2, first));
+    EXPECT_EQ(*LabelVerdicts::of(log, 1), first);
+    EXPECT_TRUE(LabelVerdicts::put(log, 1, first.first(1)));
+    EXPECT_EQ(*LabelVerdicts::of(log, 1), first.first(1)) << "replaced";
+    EXPECT_EQ(*LabelVerdicts::of(log, 2), first);
+
+    Database other(file.folder.filePath(u"mailing_log.sqlite"_s)); // another version's table
+    EXPECT_TRUE(other.exec("DROP TABLE label_verdicts; CREATE TABLE label_verdicts (label INTEGER);"));
+    EXPECT_FALSE(LabelVerdicts::of(log, 1).isRead() || LabelVerdicts::put(log, 1, first));
+    EXPECT_TRUE(log.zpl(1).isRead() && log.insert({.recipient = u"Later"_s})) << "the log stays usable";
 }
 
 TEST_F(LabelHistoryTest, KeepsScanFormsFromTheRequestToTheirPages)

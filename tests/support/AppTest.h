@@ -20,7 +20,6 @@
 #include "compose/Customs.h"
 #include "compose/Mailpieces.h"
 #include "compose/Services.h"
-#include "core/AppError.h"
 #include "core/Json.h"
 #include "core/Platform.h"
 #include "core/PostalContact.h"
@@ -49,6 +48,7 @@
 #include "support/LabelDesk.h"
 #include "support/LogFile.h"
 #include "support/RunTask.h"
+#include "support/Test.h"
 
 #include <algorithm>
 #include <chrono>
@@ -63,8 +63,6 @@
 // IWYU pragma: end_exports
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
-using namespace std::chrono_literals;
 
 /// The carrier's answer to the next `count` requests below `path`.
 inline CarrierScenario answering(const QByteArray &path, int status, const QByteArray &body = {},

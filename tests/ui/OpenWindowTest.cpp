@@ -38,11 +38,11 @@ std::unordered_map<std::type_index, Change> changesOf()
 const std::unordered_map<std::type_index, Change> &changes()
 {
     static const auto table =
-        changesOf<bool, int, double, qint64, QString, QByteArray, QDate, QUuid, AppFlow, MainTab, Carrier, ServiceClass,
-                  ServiceOption, PostageMode, UpdatePhase, StatusKind, KeptRecipient, DraftField, MailpieceSelection,
-                  Banner, PrinterMessage, UpdateInfo, KeyRow, ShippoRate, ShipmentRecord, LastLabel, DesklineInvoice,
-                  ScanForm, MasterEntry, PostalContact, ShippoAddress, CustomsInfo, SenderProfile, BoxProfile,
-                  UnresolvedPurchase, ResolvedPurchase>();
+        changesOf<bool, int, double, qint64, QString, QByteArray, QDate, QDateTime, QUuid, AppFlow, MainTab, Carrier,
+                  ServiceClass, ServiceOption, PostageMode, UpdatePhase, StatusKind, KeptRecipient, DraftField,
+                  MailpieceSelection, Banner, PrinterMessage, UpdateInfo, KeyRow, ShippoRate, ShipmentRecord, LastLabel,
+                  DesklineInvoice, ScanForm, MasterEntry, PostalContact, ShippoAddress, CustomsInfo, SenderProfile,
+                  BoxProfile, UnresolvedPurchase, ResolvedPurchase, RecordCopy, LogChain::Report, LabelSight>();
     return table;
 }
 

@@ -24,8 +24,12 @@ TEST(SignInView, ReturnSignsInOrFocusesTheEmptyField)
     desk.app().loginBusy = true;
     desk.settleAll();
     EXPECT_FALSE(desk.button(u"Signing in…"_s)->isEnabled() || desk.password()->isEnabled());
-    desk.app().loginBusy = false;
+    desk.click(desk.button(u"Cancel"_s));
+    EXPECT_FALSE(desk.app().loginBusy);
+    desk.app().loginBusy = true;
     desk.settleAll();
+    desk.press(Qt::Key_Escape);
+    EXPECT_FALSE(desk.app().loginBusy);
     desk.press(Qt::Key_Return); // the back office is unreachable
     desk.wait([&] { return desk.app().loginError.value().has_value(); });
     EXPECT_THAT(desk.texts(), Contains(u"Can't reach deskline — connect to the VPN and try again."_s));
@@ -120,6 +124,12 @@ TEST(InvoicePane, CancelsReadingByButtonAndByEscape)
         EXPECT_FALSE(desk.app().scanBusy);
         EXPECT_EQ(desk.focusName(), u"Invoice #");
     }
+    desk.app().tab = MainTab::settings; // the pane is not shown
+    desk.app().scanBusy = true;
+    desk.app().setScanStatus(StatusKind::progress, u"Loading invoice 48213 from deskline…"_s);
+    desk.settleAll();
+    desk.click(desk.named<Button>(u"Stop reading the invoice"_s));
+    EXPECT_FALSE(desk.app().scanBusy);
 }
 
 TEST(InvoicePane, HidesInANarrowWindowAndOpensOnRequest)

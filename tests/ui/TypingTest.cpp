@@ -121,7 +121,7 @@ TEST(Typing, APastedAddressIsSplitAPastedTextTrimmedAndALongTextShowsItsBeginnin
         EXPECT_FALSE(desk.label().banner.value());
     }
     paste(u"Recipient name"_s, block);
-    paste(u"Phone"_s, u" \t828 555 0142 \n"_s);
+    paste(u"Phone"_s, u" \t828 555\u200B 0142 \n"_s);
     EXPECT_EQ(desk.app().draftTo.value().phone, u"828 555 0142");
     EXPECT_EQ(desk.app().draftTo.value().name, u"Eleanor Whitfield");
     EXPECT_FALSE(desk.label().banner.value()) << "after an edit there is nothing to undo";

@@ -3,8 +3,6 @@
 #include "ui/settings/SettingsView.h"
 
 namespace parcelory::test {
-using testing::HasSubstr;
-
 namespace {
 
 struct UpdateWindow : testing::Test, WindowDesk {

@@ -227,9 +227,9 @@ void LabelScreen::showSold(const PreparedPurchase &purchase, const PurchaseResul
     const ShippoAddress &to = purchase.entry.recipient;
     clearSold(purchase);
     if (m_app.draftTo.value().isEmpty()) // the clerk has not begun the next parcel yet
-        lastLabel =
-            LastLabel{joinPresent({to.name, trimBlanks(to.city + u' ' + to.state)}, u" · "_s), result.entry.record,
-                      result.label.isPrinted ? QString() : asSentence(result.label.text), result.label.isPrinted};
+        lastLabel = LastLabel{joinPresent({to.name, trimBlanks(to.city + u' ' + to.state)}, u" · "_s),
+                              result.entry.record, result.label.isPrinted ? QString() : asSentence(result.label.text),
+                              result.label.isPrinted, result.verdict};
     banner = Banner{PurchaseTexts::successLine(result), result.isComplete()};
 }
 

@@ -1,6 +1,7 @@
 #include "app/purchase/LabelPrinting.h"
 
 #include "app/AppState.h"
+#include "app/purchase/KeptLabel.h"
 #include "app/purchase/LabelDoubts.h"
 #include "carrier/ShippoError.h"
 #include "core/AppError.h"
@@ -43,6 +44,17 @@ Task<QByteArray> downloadAgain(AppState &app, QString url)
     co_return label;
 }
 
+/// The first comparison of an old row's label.
+Task<> keepLater(AppState &app, ShipmentRecord record, LabelVerdict verdict)
+{
+    if (record.id == 0 || verdict.findings.isEmpty())
+        co_return;
+    const bool isKept =
+        co_await onPool([&log = app.log, record, verdict] { return keepVerdict(log, record, verdict); });
+    if (!isKept)
+        qWarning("The verdict on a label could not be stored: %s", qPrintable(app.log.lastError()));
+}
+
 } // namespace
 
 Task<QString> printLabel(AppState &app, QByteArray label)
@@ -75,18 +87,20 @@ Task<QString> stillWaiting(AppState &app)
 
 Task<QString> reprintLabel(AppState &app, ShipmentRecord record)
 {
-    std::optional<QByteArray> label = record.zpl;
-    if (!label && record.id > 0) {
-        const auto stored = co_await onPool(app.log, &ShipmentLog::zpl, record.id);
-        label = stored.orThrow();
-    }
-    if (!label)
+    const auto found = co_await onPool([&log = app.log, record] { return keptLabel(log, record); });
+    const KeptLabel kept = found.orThrow();
+    QByteArray label = kept.bytes.value_or(QByteArray());
+    if (!kept.bytes)
         label = co_await downloadAgain(app, record.labelURL);
-    const LabelDoubts doubts = co_await doubtsAbout(*label, recordedParcels(record));
+    LabelDoubts doubts = co_await doubtsAbout(label, recordedParcels(record));
+    if (!kept.verdict)
+        co_await keepLater(app, record, doubts.verdict);
+    else if (kept.bytes)
+        doubts.remember(kept.verdict);
     const bool isAgreed = co_await mayPrint(app, doubts);
     if (!isAgreed)
         co_return QString();
-    co_return co_await printLabel(app, *label);
+    co_return co_await printLabel(app, label);
 }
 
 Task<QByteArray> downloadCustoms(AppState &app, ShipmentRecord record)

@@ -2,6 +2,7 @@
 
 #include "app/purchase/CarrierRefund.h"
 #include "app/purchase/CustomsPapers.h"
+#include "app/purchase/KeptLabel.h"
 #include "app/purchase/LabelPrinting.h"
 #include "app/purchase/PurchaseLookup.h"
 #include "app/purchase/PurchaseTexts.h"
@@ -162,9 +163,10 @@ Task<PurchaseResult> PurchaseFlow::complete(OpenPurchase purchase, std::optional
     if (!fetchFailure.isEmpty())
         result.label.text = fetchFailure;
     LabelDoubts doubts;
-    if (delivery.printsLabel && record.zpl)
+    if (record.zpl && (delivery.printsLabel || !entry.isUnreadable)) // otherwise nobody knows the parcel
         doubts = co_await doubtsAbout(*record.zpl, {parcelOf(m_app, entry)});
-    const bool isHeld = !doubts.isEmpty();
+    result.verdict = doubts.verdict;
+    const bool isHeld = delivery.printsLabel && !doubts.isEmpty();
     if (delivery.printsLabel && fetchFailure.isEmpty() && !isHeld)
         result.label = co_await printLabelOf(entry);
     entry.printed = entry.printed || result.label.isPrinted;
@@ -173,7 +175,7 @@ Task<PurchaseResult> PurchaseFlow::complete(OpenPurchase purchase, std::optional
     if (result.papers.document)
         record.customsPDF = result.papers.document;
     co_await save(entry);
-    result.isLogged = co_await log(entry);
+    result.isLogged = co_await log(entry, doubts.verdict);
     if (isHeld) { // asked last: the label is in the log, however long the clerk takes
         result.label = co_await printHeldLabelOf(entry, doubts);
         entry.printed = entry.printed || result.label.isPrinted;
@@ -254,19 +256,27 @@ Task<PapersResult> PurchaseFlow::papersOf(OpenPurchase purchase, Delivery delive
 
 /// Adds the label to the mailing log, unless it is already there, and then removes it from the journal. Returns false,
 /// and reports it, if the mailing log cannot be written.
-Task<bool> PurchaseFlow::log(OpenPurchase purchase)
+Task<bool> PurchaseFlow::log(OpenPurchase purchase, LabelVerdict verdict)
 {
     struct Outcome {
         bool stored;
         QString reason;
+        QString verdictReason; ///< why the verdict is not beside the row
     };
-    const Outcome outcome = co_await onPool([&app = m_app, purchase] {
+    const Outcome outcome = co_await onPool([&app = m_app, purchase, verdict] {
         const ShipmentRecord &record = purchase.record;
         const bool stored = app.log.insertOnce(record);
         if (stored)
             app.journal.close(purchase.id);
-        return Outcome{stored, stored ? QString() : app.log.lastError()};
+        const QString reason = stored ? QString() : app.log.lastError();
+        const bool isKept = !stored || verdict.findings.isEmpty() || keepVerdict(app.log, record, verdict);
+        return Outcome{stored, reason, isKept ? QString() : app.log.lastError()};
     });
+    if (!outcome.verdictReason.isEmpty())
+        m_app.errors.record(
+            u"Mailing Log"_s,
+            AppError(u"How the label compares with its parcel could not be stored — %1."_s.arg(outcome.verdictReason)),
+            Popup::no);
     if (!outcome.stored && !m_unlogged.contains(purchase.id)) {
         m_unlogged.insert(purchase.id);
         m_app.errors.record(u"Mailing Log"_s, PurchaseTexts::notLoggedError(purchase.record, outcome.reason),

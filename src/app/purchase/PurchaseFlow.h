@@ -37,6 +37,7 @@ struct PurchaseResult {
     PapersResult papers;
     bool isLogged = false;
     QList<ShipmentRecord> seconds = {}; ///< further labels that the carrier sold for the same request
+    LabelVerdict verdict = {};          ///< of the comparison with the parcel; empty if there was no label
 
     /// False if the clerk has to read about it.
     bool isComplete() const { return hasLabel && label.isPrinted && papers.isDone() && isLogged; }
@@ -78,7 +79,7 @@ private:
     Task<LabelResult> printLabelOf(OpenPurchase purchase);
     Task<LabelResult> printHeldLabelOf(OpenPurchase purchase, LabelDoubts doubts);
     Task<PapersResult> papersOf(OpenPurchase purchase, Delivery delivery);
-    Task<bool> log(OpenPurchase purchase);
+    Task<bool> log(OpenPurchase purchase, LabelVerdict verdict);
     Task<> logSecond(ShipmentRecord record);
 
     AppState &m_app;

@@ -7,6 +7,7 @@
 #include "core/Task.h"
 #include "shell/ErrorLog.h"
 
+#include <functional>
 #include <optional>
 
 namespace parcelory {
@@ -31,14 +32,20 @@ QString signInFailure(const QString &formResult)
 
 Task<> SignInFlow::signIn(QString user, QString pass, bool remember)
 {
+    ++m_attempt;
+    const auto isCanceled = staleCheck(m_attempt);
     m_app.loginBusy = true;
     m_app.loginError = std::nullopt;
     std::optional<Failure> failure;
     const bool reachable = co_await m_app.auth.isReachable(5s);
+    if (isCanceled())
+        co_return;
     if (reachable)
         failure = co_await enter({user, pass});
     else
         failure = Failure{u"Can't reach deskline — connect to the VPN and try again."_s};
+    if (isCanceled())
+        co_return;
     m_app.loginBusy = false;
     if (failure) {
         m_app.loginError = m_app.recorded(u"Sign-In"_s, AppError(failure->reason), Popup::no);
@@ -51,6 +58,15 @@ Task<> SignInFlow::signIn(QString user, QString pass, bool remember)
     m_app.flow = AppFlow::main;
     if (remember)
         co_await m_app.credentials.save({user, pass});
+}
+
+void SignInFlow::cancel()
+{
+    if (!m_app.loginBusy)
+        return;
+    ++m_attempt;
+    m_app.auth.clear(); // the back office may have admitted the clerk already
+    m_app.loginBusy = false;
 }
 
 /// Loads the sign-in page and fills in its form. Returns why that failed.
@@ -87,14 +103,15 @@ Task<> SignInFlow::forgetRejected()
         co_await m_app.credentials.forget();
 }
 
-Task<bool> SignInFlow::renewSession()
+Task<bool> SignInFlow::renewSession(std::function<bool()> isGivenUp)
 {
-    const auto isSignedOut = staleCheck(m_app.session);
     const bool saved = co_await m_app.hasSavedCredentials();
     const Credentials stored = co_await m_app.credentials.stored();
-    if (!saved || isSignedOut() || stored.user != m_app.signedInUser.value())
+    if (!saved || isGivenUp() || stored.user != m_app.signedInUser.value())
         co_return false;
     const std::optional<Failure> failure = co_await enter(stored);
+    if (isGivenUp())
+        co_return false;
     if (!failure)
         co_return true;
     m_app.errors.record(u"Sign-In"_s, AppError(failure->reason), Popup::no);

@@ -3,6 +3,7 @@
 #include "app/AppState.h"
 #include "backoffice/SavedCredentials.h"
 
+#include <functional>
 #include <optional>
 
 namespace parcelory {
@@ -14,10 +15,12 @@ public:
 
     /// AppState::signIn().
     Task<> signIn(QString user, QString pass, bool remember);
+    /// AppState::cancelSignIn().
+    void cancel();
     /// AppState::attemptAutoLogin().
     Task<> signInAutomatically();
     /// AppState::renewSession().
-    Task<bool> renewSession();
+    Task<bool> renewSession(std::function<bool()> isGivenUp);
 
 private:
     /// Why a sign-in failed.
@@ -29,6 +32,7 @@ private:
     Task<> forgetRejected();
 
     AppState &m_app;
+    int m_attempt = 0; ///< incremented when a sign-in starts and when it is canceled
 };
 
 } // namespace parcelory

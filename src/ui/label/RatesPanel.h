@@ -9,6 +9,7 @@
 #include "ui/parts/PanelFrame.h"
 #include "ui/parts/RefreshScheduler.h"
 #include "ui/parts/TextLabel.h"
+#include "ui/preview/VerdictNotice.h"
 
 namespace parcelory {
 
@@ -28,6 +29,9 @@ signals:
     void buyRequested();
     void reprintRequested();
 
+protected:
+    void resizeEvent(QResizeEvent *event) override;
+
 private:
     QWidget *makeHead();
     QWidget *makeLastLabel();
@@ -41,7 +45,11 @@ private:
     BusyBar *m_bar;
     PanelFrame *m_lastLabel;
     Notice *m_lastTitle;
-    TextLabel *m_lastPrice, *m_lastRecipient, *m_lastTracking, *m_lastMessage;
+    TextLabel *m_lastPrice;
+    ElidedLabel *m_lastName;
+    TextLabel *m_lastPlace, *m_lastTracking, *m_lastService, *m_lastMessage;
+    VerdictNotice *m_lastVerdict;
+    QWidget *m_verdictRow = nullptr;
     Button *m_reprint, *m_copy;
     RateList *m_list;
     EmptyState *m_empty;

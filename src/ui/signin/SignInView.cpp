@@ -66,7 +66,7 @@ TextLabel *smallPrint(const QString &text)
 SignInView::SignInView(AppState &app, SignInScreen &screen, const QString &note, QWidget *parent)
     : PanelFrame(&Tokens::window, parent), m_app(app), m_screen(screen), m_name(new LineEdit(u"Email or user name"_s)),
       m_password(new LineEdit(u"Password"_s)), m_remember(new QCheckBox(u"Remember me on this Mac"_s)),
-      m_signIn(new Button(u"Sign in"_s, Button::Kind::solid)),
+      m_signIn(new Button(u"Sign in"_s, Button::Kind::solid)), m_cancel(new Button(u"Cancel"_s)),
       m_error(new Notice(u"ui_error"_s, &Tokens::bad, FontRole::button)), m_refresh([this] { refresh(); })
 {
     auto *center = new QHBoxLayout;
@@ -92,6 +92,7 @@ SignInView::SignInView(AppState &app, SignInScreen &screen, const QString &note,
     });
     connect(m_remember, &QCheckBox::toggled, this, [this](bool on) { m_screen.remember = on; });
     connect(m_signIn, &QPushButton::clicked, this, &SignInView::signIn);
+    connect(m_cancel, &QPushButton::clicked, &app, &AppState::cancelSignIn);
     m_refresh.follow(app, screen);
     refresh();
 }
@@ -99,7 +100,12 @@ SignInView::SignInView(AppState &app, SignInScreen &screen, const QString &note,
 QWidget *SignInView::makeCard(const QString &note)
 {
     const Theme &theme = Theme::current();
-    m_signIn->setFixedHeight(theme.scaled(buttonHeight));
+    auto *buttons = new QHBoxLayout;
+    buttons->setSpacing(8);
+    buttons->addWidget(m_signIn, 1);
+    buttons->addWidget(m_cancel);
+    for (Button *button : {m_signIn, m_cancel})
+        button->setFixedHeight(theme.scaled(buttonHeight));
     m_signIn->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     auto *card = PanelFrame::card();
     card->setFixedWidth(theme.scaled(cardWidth));
@@ -112,7 +118,7 @@ QWidget *SignInView::makeCard(const QString &note)
     column->addLayout(labeled(m_password));
     column->addWidget(m_remember, 0, Qt::AlignLeft);
     column->addSpacing(3);
-    column->addWidget(m_signIn);
+    column->addLayout(buttons);
     column->addWidget(m_error);
     column->addSpacing(4);
     column->addWidget(new Separator);
@@ -141,6 +147,7 @@ void SignInView::refresh()
     for (QWidget *control : {static_cast<QWidget *>(m_name), static_cast<QWidget *>(m_password),
                              static_cast<QWidget *>(m_remember), static_cast<QWidget *>(m_signIn)})
         control->setEnabled(!busy);
+    m_cancel->setVisible(busy);
     m_signIn->setText(busy ? u"Signing in…"_s : u"Sign in"_s);
     m_remember->setChecked(m_screen.remember);
     showError();
@@ -170,7 +177,9 @@ void SignInView::placeFocus()
 void SignInView::keyPressEvent(QKeyEvent *event)
 {
     const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
-    if (!isReturn)
+    if (event->key() == Qt::Key_Escape)
+        m_app.cancelSignIn();
+    else if (!isReturn)
         PanelFrame::keyPressEvent(event);
     else if (!event->isAutoRepeat()) // a held key must not use up the account's attempts
         signIn();

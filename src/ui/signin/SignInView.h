@@ -33,7 +33,7 @@ private:
     SignInScreen &m_screen;
     LineEdit *m_name, *m_password;
     QCheckBox *m_remember;
-    Button *m_signIn;
+    Button *m_signIn, *m_cancel;
     Notice *m_error;
     RefreshScheduler m_refresh;
 };

@@ -1,12 +1,10 @@
 // The address book as the screens use it: over a real store, beside the label screen.
 
-#include "app/logs/SaveFile.h"
+#include "core/SaveFile.h"
 #include "support/AppTest.h"
 #include "support/WaitingRoom.h"
 
 namespace parcelory::test {
-using testing::ElementsAre;
-
 namespace {
 
 class AddressBookTest : public LabelTest {
@@ -79,7 +77,7 @@ TEST_F(AddressBookTest, FindsFillsDeletesAndUndoesADeletion)
     EXPECT_THAT(shown(), ElementsAre(u"Adams"_s));
     pane.selection = book.contacts()[0].id;
 
-    pane.choose({.name = u"Gold Coins"_s, .company = u"Gold Coins"_s});
+    pane.choose({.name = u"GOLD COINS"_s, .company = u"Gold Coins"_s});
     EXPECT_EQ(app->draftTo.value().name, u"G C"_s) << "a company's name is discreet on the label";
     EXPECT_EQ(app->draftTo.value().company, u"G C"_s);
     const int fills = app->draftFillCount;
@@ -155,10 +153,16 @@ TEST_F(AddressBookTest, ChangesOnlyTheEntryOfTheSameRecipient)
         return changed;
     };
     using A = ShippoAddress;
+    const auto abroad = [&with](const QString &street, const QString &city) {
+        return with([&](A &a) { a.street1 = street, a.city = city, a.state = a.zip = QString(), a.country = u"HK"_s; });
+    };
     const struct {
         ShippoAddress first, second;
         bool isSame;
     } rows[] = {
+        {abroad(u"12 Pier Rd"_s, u"Kowloon"_s), abroad(u"12 Pier Rd"_s, u"Tai Po"_s), false}, // no ZIP
+        {abroad(u"12 Pier Rd"_s, u"Kowloon"_s), abroad(u"12 Pier St"_s, u"Kowloon"_s), false},
+        {abroad(u"12 Pier Rd"_s, u"Kowloon"_s), abroad(u"12 PIER RD"_s, u"Kowloon"_s), true},
         {supply, with([](A &a) { a.company = u"Harbor Books"_s, a.street2 = u"Suite 20"_s; }), false},
         {supply, with([](A &a) { a.company = u"Harbor Books"_s; }), false},
         {supply, with([](A &a) { a.street2 = u"Suite 20"_s; }), false},
@@ -220,6 +224,15 @@ TEST_F(AddressBookTest, SavesAndDeletesOnceHoweverOftenItIsAsked)
     EXPECT_EQ(book.status.value(), u"Address deleted."_s);
     run(book.remove(contact));
     EXPECT_EQ(book.statusKind.value(), StatusKind::failure) << "nothing was deleted";
+
+    AddressBook unread(*app);
+    {
+        const HeldPool held;
+        spawn([&unread] { return unread.keep(homeAddress()); }); // reads the book first
+        spawn([&unread] { return unread.reload(); });
+    }
+    finish();
+    EXPECT_TRUE(unread.kept.value() && unread.kept.value()->isWritten);
 }
 
 TEST_F(AddressBookTest, SaysThatItCannotBeRead)
@@ -264,6 +277,18 @@ TEST_F(AddressBookTest, ExportsAndImportsItself)
         EXPECT_EQ(book.status.value(), u"Imported 2 addresses (0 duplicates skipped) — 2 total."_s);
         EXPECT_EQ(book.contacts(), before);
     }
+    prompts.file = path(u"Address Book.vcf"_s); // in which another program has moved Zoë
+    QFile file(prompts.file);
+    ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+    const QByteArray changed = file.readAll().replace(";;1 Main St;Köln", ";;2 Oak St;Köln");
+    ASSERT_TRUE(file.seek(0) && file.write(changed) == changed.size());
+    file.close();
+    PostalContact moved = before[0];
+    moved.street1 = u"9 Elm St"_s;
+    EXPECT_TRUE(runTask(book.save(moved), &clock));
+    run(book.importVCard());
+    EXPECT_EQ(book.status.value(), u"Imported 2 addresses (0 duplicates skipped) — 4 total."_s);
+    EXPECT_TRUE(book.contacts().contains(moved)) << "the export does not replace a later change";
     prompts.file = path(u"no folder/a.vcf"_s);
     run(book.exportTo(AddressBook::Format::vCard));
     EXPECT_TRUE(book.status.value().startsWith(u"Export failed: "_s)) << book.status.value().toStdString();
@@ -280,6 +305,16 @@ TEST_F(AddressBookTest, ImportsAFileOrReportsWhyNotAndStaysUnchanged)
     const QByteArray list = "<plist version=\"1.0\">";
     const QByteArray card = "BEGIN:VCARD\r\nVERSION:3.0\r\nN:Eng;Theodore;;;\r\nFN:Theodore Eng\r\n"
                             "ADR;TYPE=home:;;2217 W Alder St;Tacoma;WA;98406;USA\r\nEND:VCARD\r\n";
+    prompts.file = path(u"one.vcf"_s);
+    saveBytes(prompts.file, card);
+    Task<> canceled;
+    {
+        const HeldPool held;
+        canceled = book.importVCard();
+        book.cancelImport();
+    }
+    run(std::move(canceled));
+    EXPECT_EQ(book.status.value(), u"The import was canceled."_s);
     const QString again = u"Imported 0 addresses (1 duplicates skipped) — 1 total."_s;
     const std::tuple<QString, QByteArray, QString> rows[] = {
         {u"one.vcf"_s, card, u"Imported 1 addresses (0 duplicates skipped) — 1 total."_s},

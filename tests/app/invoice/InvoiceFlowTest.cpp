@@ -3,8 +3,6 @@
 #include "support/BackOfficeDesk.h"
 
 namespace parcelory::test {
-using testing::IsEmpty;
-
 namespace {
 
 class InvoiceFlowTest : public BackOfficeDesk {
@@ -63,6 +61,7 @@ TEST_F(InvoiceFlowTest, FillsTheLabelFromAScanAndReportsEveryFailure)
         bool signOutShown = false;
     };
     const QString noBuyer = u"Invoice 4900 loaded but no buyer details were found on the page."_s;
+    const QString stopped = u"The page of invoice 4900 stopped working while it was read — scan the invoice again."_s;
     const Row rows[] = {
         {u"{}"_s, true, false, u"The deskline session has expired — sign out of Parcelory and sign back in."_s},
         {u"{}"_s, true, false, noBuyer, true}, // a password field of another kind
@@ -75,14 +74,15 @@ TEST_F(InvoiceFlowTest, FillsTheLabelFromAScanAndReportsEveryFailure)
          false,
          false,
          u"Deskline is responding slowly — invoice 4900 didn't load after 45 seconds. Try again in a moment."_s},
-        {{}, false, true, u"The page of invoice 4900 stopped working while it was read — scan the invoice again."_s},
+        {{}, false, true, stopped},
+        {u"x"_s, true, true, stopped}, // while the script runs
     };
     for (const Row &row : rows) {
         web.answer = [&](const QString &expression) -> QVariant {
-            web.crashed = row.crashed;
+            web.crashed = row.crashed && (row.page.isEmpty() || !isReadyProbe(expression));
             if (expression == DesklineAuth::loginFormProbe)
                 return row.form;
-            if (expression == DesklineAuth::signedInProbe)
+            if (expression == DesklineAuth::signOutProbe)
                 return row.signOutShown;
             return isReadyProbe(expression) ? QVariant(!row.page.isEmpty()) : QVariant(row.page);
         };
@@ -143,6 +143,22 @@ TEST_F(InvoiceFlowTest, ReadsOneInvoiceAtATimeAndNamesTheScansItIgnored)
     scan(u"48301"_s);
     EXPECT_EQ(app->scanLine(), u"Invoice 48301: Ann — label filled."_s);
     EXPECT_EQ(app->scanStatusKind.value(), StatusKind::success);
+
+    for (const QString &text : {u"4830"_s, u"48301"_s, u"48301"_s, u"77123"_s, u"483012"_s}) // a pause in the code
+        app->handleInvoiceScan(text);
+    runUntil([this] { return !app->scanBusy; }, &clock);
+    EXPECT_EQ(app->scanLine(), u"Invoice 483012: Ann — label filled. Scanned meanwhile and not read: invoice 77123 — "
+                               "scan it again."_s);
+
+    showPage(false, false, invoicePage); // lacks parts, and has a flag
+    QStringList heard;
+    QObject here;
+    QObject::connect(app.get(), &AppState::scanFailed, &here, [&heard](const QString &text) { heard += text; });
+    prompts.whileAlerted = [this] { app->handleInvoiceScan(u"48302"_s); };
+    scan(u"48300"_s);
+    EXPECT_EQ(heard, QStringList{u"Invoice 48302 ignored — close the message about 48300 first."_s});
+    EXPECT_EQ(app->scanNote.value(), u"The invoice has no street and no city and no ZIP — complete the address. "
+                                     "Scanned meanwhile and not read: invoice 48302 — scan it again."_s);
 }
 
 TEST_F(InvoiceFlowTest, IsCanceledAtAnyMoment)
@@ -220,7 +236,7 @@ TEST_F(InvoiceFlowTest, SignsInAgainOnceBeforeItReportsAnExpiredSession)
         web.answer = [&](const QString &expression) -> QVariant {
             if (expression == DesklineAuth::loginFormProbe)
                 return expired;
-            if (expression == DesklineAuth::signedInProbe)
+            if (expression == DesklineAuth::signOutProbe || expression == DesklineAuth::signedInProbe)
                 return !expired;
             if (isReadyProbe(expression))
                 return true;
@@ -238,6 +254,37 @@ TEST_F(InvoiceFlowTest, SignsInAgainOnceBeforeItReportsAnExpiredSession)
         EXPECT_EQ(web.loaded.filter(u"id=48213"_s).size(), 1) << "nothing is read again by itself";
         EXPECT_EQ(runTask(app->hasSavedCredentials()), row.kept);
         EXPECT_EQ(app->flow.value(), AppFlow::main);
+    }
+}
+
+TEST_F(InvoiceFlowTest, ACanceledReadingRenewsNoSession)
+{
+    app->flow = AppFlow::main;
+    app->signedInUser = u"dana"_s;
+    runTask(app->credentials.save({u"dana"_s, u"secret"_s}));
+    const QString page = uR"({"fields":{"Name":"Ann","Address":"1 Main St","City":"Bend, OR","Zip":"97702"}})"_s;
+    for (const bool atTheForm : {false, true}) { // or while the saved name is read
+        bool canceled = false;
+        const auto scanOn = [&] {
+            canceled = true;
+            app->cancelInvoiceScan();
+            app->handleInvoiceScan(u"48302"_s);
+        };
+        web.loaded.clear();
+        web.answer = [&](const QString &expression) -> QVariant {
+            const bool isForm = expression == DesklineAuth::loginFormProbe;
+            if (isForm && atTheForm && web.loaded.last().contains(u"login.php"_s))
+                scanOn();
+            if (expression == DesklineAuth::signOutProbe && !atTheForm)
+                QMetaObject::invokeMethod(app.get(), scanOn, Qt::QueuedConnection);
+            if (isForm || isReadyProbe(expression))
+                return true;
+            return canceled ? QVariant(page) : QVariant();
+        };
+        scan(u"48301"_s);
+        EXPECT_EQ(app->scanLine(), u"Invoice 48302: Ann — label filled."_s);
+        EXPECT_EQ(web.loaded.filter(u"login.php"_s).size(), atTheForm ? 1 : 0);
+        EXPECT_TRUE(errors->entries().isEmpty());
     }
 }
 

@@ -1,6 +1,11 @@
+#include "app/purchase/KeptLabel.h"
+#include "app/purchase/LabelDoubts.h"
+#include "app/purchase/LabelVerdictTexts.h"
 #include "app/purchase/ReprintCheck.h"
 #include "devices/Zpl.h"
 #include "practice/carrier/PracticeLabel.h"
+#include "practice/carrier/PracticePdf.h"
+#include "records/LabelVerdicts.h"
 #include "support/AppTest.h"
 
 namespace parcelory::test {
@@ -111,6 +116,51 @@ TEST_F(HeldLabelTest, ALabelThatChangesThePrinterIsLoggedAndPrintedOnlyOnRequest
     EXPECT_EQ(prompts.questions.size(), 4);
 }
 
+TEST_F(HeldLabelTest, TheVerdictStaysBesideTheRowAndReprintRepeatsIt)
+{
+    composeAndRate(homeAddress());
+    buy();
+    ShipmentRecord row = newest();
+    const auto kept = keptLabel(app->log, row);
+    ASSERT_TRUE(kept->verdict && kept->bytes);
+    EXPECT_EQ(*kept->verdict, (LabelVerdict{screen().lastLabel.value()->verdict.findings, {}}));
+    EXPECT_EQ(LabelVerdictTexts::outcomeOf(kept->verdict), LabelOutcome::same);
+    EXPECT_TRUE(app->labelHistory.addReprint(row.id, clock.now())); // a reason to ask
+
+    prompts.answer = 1;
+    EXPECT_EQ(reprinted(row), u"Label sent to ZD421."_s);
+    ASSERT_EQ(prompts.questions.size(), 1);
+    EXPECT_TRUE(prompts.questions[0].text.contains(u"\nAddress and tracking match the label ✓"_s));
+    EXPECT_TRUE(prompts.questions[0].picture) << "the label is seen before it is printed again";
+
+    LabelVerdict different = *kept->verdict; // found with the whole address, of which the row has one line
+    different.findings.first().match = LabelMatch::different;
+    EXPECT_TRUE(keepVerdict(app->log, row, different));
+    prompts.answer = 0;
+    EXPECT_EQ(reprinted(row), QString());
+    row.id = 0; // as the last label knows it
+    EXPECT_EQ(keptLabel(app->log, row)->verdict, different);
+    EXPECT_TRUE(
+        LabelVerdicts::put(app->log, 1, {{u"NAME"_s, u"SAME"_s, {}, {}, {}}, {u"COLOR"_s, u"FADED"_s, {}, {}, {}}}));
+    EXPECT_FALSE(keptLabel(app->log, row)->verdict) << "words of a later version do not count as a match";
+}
+
+TEST_F(HeldLabelTest, OldRowsAndGraphicLabelsAreComparedAtTheirReprint)
+{
+    composeAndRate(homeAddress());
+    buy();
+    ShipmentRecord row = newestWithLabel();
+    EXPECT_TRUE(LabelVerdicts::put(app->log, row.id, {}));
+    EXPECT_FALSE(keptLabel(app->log, row)->verdict);
+    prompts.answer = 1;
+    EXPECT_FALSE(reprinted(row).isEmpty());
+    EXPECT_EQ(LabelVerdictTexts::outcomeOf(keptLabel(app->log, row)->verdict), LabelOutcome::same);
+    PdfPage pdf(288, 432);
+    const LabelDoubts doubts = runTask(doubtsAbout(pdf.document(), recordedParcels(row)), &clock);
+    EXPECT_TRUE(doubts.isEmpty());
+    EXPECT_EQ(LabelVerdictTexts::lineOf(doubts.verdict), u"Cannot be checked: graphic"_s);
+}
+
 TEST_F(HeldLabelTest, AReprintNamesEveryDifference)
 {
     composeAndRate(homeAddress());
@@ -141,6 +191,8 @@ TEST_F(HeldLabelTest, AReprintNamesEveryDifference)
         ASSERT_EQ(prompts.questions.size(), 1);
         EXPECT_EQ(prompts.questions[0].title, title);
         EXPECT_TRUE(prompts.questions[0].text.startsWith(sentence)) << prompts.questions[0].text.toStdString();
+        const auto &picture = prompts.questions[0].picture;
+        EXPECT_TRUE(picture && !picture->mark.isEmpty());
     }
     EXPECT_EQ(processes.lastPrinted(), Zpl::rotated(*bought.zpl)) << "only the label that was bought came out";
 }

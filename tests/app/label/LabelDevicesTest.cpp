@@ -1,8 +1,6 @@
 #include "support/AppTest.h"
 
 namespace parcelory::test {
-using testing::HasSubstr;
-
 namespace {
 
 class LabelDevicesTest : public LabelTest {

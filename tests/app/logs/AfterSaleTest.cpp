@@ -1,6 +1,6 @@
 // Refunds, delivery status, export and master log: the real screens over the practice carrier.
 
-#include "app/logs/SaveFile.h"
+#include "core/SaveFile.h"
 #include "records/ShipmentStatus.h"
 #include "support/AppTest.h"
 #include "support/MailingLogDesk.h"
@@ -34,12 +34,6 @@ protected:
     {
         clock.advance(61s);
         run(app->syncRefundStatuses());
-    }
-    QByteArray contents(const QString &path)
-    {
-        QFile file(path);
-        EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << path.toStdString();
-        return file.readAll();
     }
 };
 
@@ -261,7 +255,7 @@ TEST_F(AfterSaleTest, TheWholeLogIsExportedAndImportedAgain)
     EXPECT_EQ(log.message.value(), u"Imported 1 shipments from out.csv"_s);
     EXPECT_EQ(log.records().size(), 2);
 
-    const QByteArray before = contents(prompts.file);
+    const QByteArray before = contentsOf(prompts.file);
     Task<> exporting;
     {
         const HeldPool held;
@@ -270,7 +264,7 @@ TEST_F(AfterSaleTest, TheWholeLogIsExportedAndImportedAgain)
     }
     run(std::move(exporting));
     EXPECT_EQ(log.message.value(), u"Export canceled."_s);
-    EXPECT_EQ(contents(prompts.file), before);
+    EXPECT_EQ(contentsOf(prompts.file), before);
 
     prompts.file = QString(); // the clerk cancels
     log.message = QString();
@@ -377,7 +371,7 @@ TEST_F(AfterSaleTest, TheMasterLogCountsWhatWasPaidAndExportsWhatItShows)
     EXPECT_EQ(master.message.value(), u"Exported 3 rows to master.csv"_s);
     EXPECT_EQ(prompts.fileQuestions.last().second,
               u"Parcelory Master Log %1.csv"_s.arg(clock.now().date().toString(Qt::ISODate)));
-    const QList<QByteArray> lines = contents(prompts.file).split('\n');
+    const QList<QByteArray> lines = contentsOf(prompts.file).split('\n');
     EXPECT_EQ(lines.size(), 5);
     EXPECT_EQ(lines[0], "Date,Time,Recipient,Company,City/State,Country,Service,Postage,Tracking,Status,Test");
     EXPECT_TRUE(lines[1].contains(R"(,"Al ""Ace"" Ng, Jr.",)")) << lines[1].toStdString();

@@ -1,6 +1,6 @@
 // The program is killed during an operation; the next start must find the true state.
 
-#include "app/logs/SaveFile.h"
+#include "core/SaveFile.h"
 #include "support/AppTest.h"
 
 #include <unistd.h>

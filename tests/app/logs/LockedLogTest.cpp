@@ -1,15 +1,12 @@
 // Another program holds a lock of the mailing log for a while during each operation: every message is true, the clerk
 // waits for it once, and nothing is lost.
 
-#include "app/logs/SaveFile.h"
+#include "core/SaveFile.h"
 #include "support/AppTest.h"
 #include "support/MailingLogDesk.h"
 #include "support/WaitingRoom.h"
 
 namespace parcelory::test {
-using testing::HasSubstr;
-using testing::StartsWith;
-
 namespace {
 
 struct Lock {

@@ -3,8 +3,6 @@
 #include "support/AppTest.h"
 
 namespace parcelory::test {
-using testing::HasSubstr;
-
 namespace {
 
 /// A machine with print queues defined by the test.

@@ -7,7 +7,6 @@
 #include <sys/stat.h>
 
 namespace parcelory::test {
-using testing::HasSubstr;
 
 TEST(UpdateFeed, ComparesVersionsNumberByNumber)
 {
@@ -161,7 +160,7 @@ TEST_F(UpdateDesk, ShowsTheDownloadsProgressAndReplacesTheAppAfterTheProgramExit
 
 TEST_F(UpdateDesk, FailsTheRestartIfTheDownloadedFilesWereDeleted)
 {
-    for (const QString &gone : {u"swap.sh"_s, u"Parcelory.app"_s, u"Parcelory.app/bin/parcelory"_s}) {
+    for (const QString &gone : {u"swap.sh"_s, u"Parcelory.app"_s, programIn(u"Parcelory.app"_s)}) {
         EXPECT_THAT(install(publish()), HasSubstr("ready to install"));
         sh(u"rm -r tmp/kxupdate-*/"_s + gone);
         run(checker.relaunchNow());
