@@ -1,60 +1,21 @@
-#include "app/addressbook/AddressBook.h"
-#include "app/label/LabelDraft.h"
-#include "app/label/LabelScreen.h"
-#include "app/logs/MasterLogScreen.h"
-#include "app/purchase/Purchases.h"
-#include "app/settings/KeysScreen.h"
-#include "app/settings/SettingsScreen.h"
-#include "app/update/UpdateChecker.h"
-#include "backoffice/DesklineInvoice.h"
-#include "carrier/MasterEntry.h"
-#include "carrier/ShippoRecords.h"
-#include "compose/Customs.h"
-#include "compose/Mailpieces.h"
-#include "compose/Services.h"
 #include "core/Observable.h"
-#include "core/PostalContact.h"
-#include "core/ShippoAddress.h"
-#include "core/StatusKind.h"
-#include "core/Task.h"
-#include "records/BoxProfile.h"
-#include "records/ScanForms.h"
-#include "records/SenderProfile.h"
-#include "records/ShipmentRecord.h"
-#include "shell/UpdateFeed.h"
-#include "support/CarrierDesk.h"
 #include "support/OtherValues.h"
-#include "support/RunTask.h"
-#include "support/WindowDesk.h"
+#include "support/UiTest.h"
 #include "support/WindowText.h"
 #include "ui/MainWindow.h"
 #include "ui/label/RatesPanel.h"
 #include "ui/log/ShipmentDetails.h"
 
-#include "app/AppState.h"
-#include "app/Screens.h"
-#include "ui/parts/Button.h"
-
-#include <gmock/gmock.h>
-
 #include <QResizeEvent>
 
-#include <algorithm>
-#include <functional>
-#include <memory>
-#include <optional>
-#include <string>
 #include <typeindex>
 #include <unordered_map>
-#include <utility>
-#include <vector>
 
 // Whatever changes, an open window shows what a new window over the same models shows. The fields are taken from the
 // models themselves, so that a new field is covered as soon as it exists.
 
 namespace parcelory::test {
 namespace {
-using namespace Qt::StringLiterals;
 
 /// Changes a field, and returns what changes it back.
 using Change = std::function<std::function<void()>(QUntypedPropertyData *field)>;

@@ -1,21 +1,13 @@
-#include "support/CarrierDesk.h"
-#include "support/WindowDesk.h"
-#include "ui/parts/Button.h"
+#include "support/UiTest.h"
 
 #include <QPlainTextEdit>
 #include <QSpinBox>
 #include <QVBoxLayout>
 
-#include <gmock/gmock.h>
-
-#include <chrono>
-
 // The scanner in a window: key presses at a scanner's speed.
 
 namespace parcelory::test {
 namespace {
-using namespace Qt::StringLiterals;
-using namespace std::chrono_literals;
 
 struct ScannerDesk : WindowDesk {
     void typeAt(std::chrono::milliseconds spacing, const QString &text, QWidget *top)

@@ -1,28 +1,12 @@
-#include "app/AppState.h"
-#include "backoffice/DesklineInvoice.h"
-#include "core/SettingsKeys.h"
-#include "core/ports/Preferences.h"
-#include "support/CarrierDesk.h"
-#include "support/WindowDesk.h"
-
-#include <gmock/gmock.h>
+#include "support/UiTest.h"
 
 namespace parcelory::test {
 namespace {
-using namespace Qt::StringLiterals;
 using testing::Contains;
 
 struct SignInDesk : WindowDesk {
     QLineEdit *password() { return named<QLineEdit>(u"Password"_s); }
-    QStringList texts()
-    {
-        QStringList shown;
-        for (const QLabel *label : window().findChildren<QLabel *>()) {
-            if (label->isVisible())
-                shown += label->text().remove(QChar(0x200B)); // zero-width spaces
-        }
-        return shown;
-    }
+    QStringList texts() { return shownTexts(window()); }
 };
 
 TEST(SignInView, ReturnSignsInOrFocusesTheEmptyField)

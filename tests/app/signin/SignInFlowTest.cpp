@@ -1,25 +1,9 @@
-#include "app/AppState.h"
 #include "app/signin/SignInScreen.h"
 #include "backoffice/DesklineAuth.h"
-#include "core/SettingsKeys.h"
-#include "core/ports/Preferences.h"
-#include "shell/ErrorLog.h"
+#include "support/AppTest.h"
 #include "support/BackOfficeDesk.h"
-#include "support/FakePlatform.h"
-#include "support/Printing.h"
-#include "support/RunTask.h"
-
-#include <gmock/gmock.h>
-
-#include <chrono>
-#include <functional>
-#include <utility>
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
-using namespace std::chrono_literals;
-using testing::IsEmpty;
-
 namespace {
 
 class SignInFlowTest : public BackOfficeDesk {

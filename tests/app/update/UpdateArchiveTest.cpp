@@ -1,21 +1,12 @@
 // What an update's archive must hold, and how its application replaces the installed one.
 
-#include "app/update/UpdateChecker.h"
 #include "platform/SystemApplication.h"
-#include "shell/UpdateFeed.h"
-#include "support/RunTask.h"
+#include "support/AppTest.h"
 #include "support/UpdateDesk.h"
 
-#include <gmock/gmock.h>
 #include <sys/stat.h>
 
-#include <iterator>
-#include <optional>
-#include <utility>
-
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
-using testing::HasSubstr;
 
 TEST_F(UpdateDesk, AFailedDownloadReportsWhyAndLeavesNoFiles)
 {

@@ -1,26 +1,12 @@
-#include "app/update/UpdateChecker.h"
-#include "core/Task.h"
 #include "platform/SystemApplication.h"
-#include "shell/UpdateFeed.h"
 #include "shell/UpdateTools.h"
-#include "support/HeldPool.h"
-#include "support/RunTask.h"
+#include "support/AppTest.h"
 #include "support/UpdateDesk.h"
-
-#include <gmock/gmock.h>
 
 #include <QProcess>
 #include <sys/stat.h>
 
-#include <chrono>
-#include <iterator>
-#include <optional>
-#include <tuple>
-#include <utility>
-
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
-using testing::HasSubstr;
 
 TEST(UpdateFeed, ComparesVersionsNumberByNumber)
 {

@@ -1,30 +1,10 @@
 // The draft of the New Label screen over a restart into an update.
 
-#include "app/AppState.h"
-#include "app/Screens.h"
-#include "app/label/LabelScreen.h"
-#include "app/update/UpdateChecker.h"
-#include "compose/Customs.h"
-#include "compose/Mailpieces.h"
-#include "compose/Services.h"
 #include "core/AppBundle.h"
-#include "records/BoxProfile.h"
 #include "records/DraftStore.h"
-#include "shell/ErrorLog.h"
-#include "support/CarrierDesk.h"
-#include "support/Printing.h"
-#include "support/RunTask.h"
-
-#include <gmock/gmock.h>
-
-#include <QDir>
-#include <QFile>
-
-#include <memory>
+#include "support/AppTest.h"
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
-
 namespace {
 
 class UpdateRestart : public testing::Test, public CarrierDesk {
