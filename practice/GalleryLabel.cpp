@@ -86,7 +86,10 @@ Task<> Gallery::drawBuying()
     compose(practiceRecipient());
     co_await label().validate();
     co_await label().buyAndPrint();
+    co_await until([this] { return m_program.screens().addressBook.kept.value().has_value(); });
     co_await save(u"new-label-bought"_s);
+    const QDir printed = m_desk.printer().folder();
+    QFile::copy(printed.filePath(printed.entryList({u"*.png"_s}).value(0)), m_folder.filePath(u"practice-label.png"_s));
     m_desk.printer().setFault(PrinterFault::outOfLabels);
     co_await label().reprintLast();
     co_await until([this] { return !app().printWatch.notice.value().isEmpty(); });

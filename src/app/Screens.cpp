@@ -16,10 +16,10 @@ using namespace Qt::StringLiterals;
 
 Screens::Screens(AppState &app)
     : signIn(app), addressBook(app), label(app), mailingLog(app), keys(app), masterLog(app, keys), scanForm(app),
-      settings(app), updates(app), m_app(app)
+      settings(app), updates(app), handbook(app), m_app(app)
 {
     connect(&mailingLog, &MailingLogScreen::reprinted, &label, &LabelScreen::takeReprint);
-    buildOn(app, signIn, addressBook, label, mailingLog, keys, masterLog, scanForm, settings, updates);
+    buildOn(app, signIn, addressBook, label, mailingLog, keys, masterLog, scanForm, settings, updates, handbook);
     connect(&label.purchases, &Purchases::refundWanted, this,
             [this](const ShipmentRecord &record) { spawn([this, record] { return refundSecond(record); }); });
 }

@@ -2,6 +2,7 @@
 
 #include "app/AppState.h"
 #include "app/addressbook/AddressBook.h"
+#include "app/handbook/Handbook.h"
 #include "app/label/LabelScreen.h"
 #include "app/logs/MailingLogScreen.h"
 #include "app/logs/MasterLogScreen.h"
@@ -29,6 +30,7 @@ public:
     ScanFormScreen scanForm;
     SettingsScreen settings;
     UpdateChecker updates;
+    Handbook handbook;
 
     /// Restarts into the downloaded update and stores the draft for the next start. Call only if mayRestart().
     Task<> restartIntoUpdate();
