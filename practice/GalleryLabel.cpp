@@ -89,6 +89,7 @@ Task<> Gallery::drawBuying()
     compose(practiceRecipient());
     co_await label().validate();
     co_await label().buyAndPrint();
+    co_await until([this] { return m_program.screens().addressBook.kept.value().has_value(); });
     co_await until([this] { return label().preview.sight.value().picture != nullptr; });
     co_await save(u"new-label-bought"_s);
     co_await saveDark(u"new-label-bought"_s);

@@ -2,6 +2,7 @@
 
 #include "app/AppState.h"
 #include "app/addressbook/AddressBook.h"
+#include "app/handbook/Handbook.h"
 #include "app/label/LabelScreen.h"
 #include "app/logs/MailingLogScreen.h"
 #include "app/logs/MasterLogScreen.h"
@@ -34,6 +35,7 @@ public:
     RecordsScreen records;
     LabelPreview openLabel;              ///< in the label's own window
     Observed<int> labelsOpened{this, 0}; ///< incremented to open that window
+    Handbook handbook;
 
     /// Restarts into the downloaded update and stores the draft for the next start. Call only if mayRestart().
     Task<> restartIntoUpdate();

@@ -31,8 +31,9 @@ SystemDesktop::SystemDesktop(ProcessRunner &processes) : m_processes(processes) 
 
 void SystemDesktop::openUrl(const QUrl &url)
 {
-    if (!opened(url.toString(QUrl::FullyEncoded), url.host()))
-        throw AppError(u"no browser on this computer opens %1"_s.arg(url.host()));
+    const QString name = url.isLocalFile() ? url.toLocalFile() : url.host();
+    if (!opened(url.toString(QUrl::FullyEncoded), name))
+        throw AppError(u"no browser on this computer opens %1"_s.arg(name));
 }
 
 void SystemDesktop::openFile(const QString &path)

@@ -29,7 +29,7 @@ Program::Program(Platform &platform, WindowPrompts &prompts, const QString &sign
 {
     QObject::connect(&m_appearance, &SystemAppearance::darkChanged, [](bool dark) { Theme::current().setDark(dark); });
     m_window = std::make_unique<MainWindow>(m_app, m_screens, signInNote);
-    prompts.attach(m_window.get(), platform.clock);
+    prompts.attach(m_window.get(), platform.clock, m_screens.handbook);
 }
 
 void Program::start()
@@ -40,6 +40,9 @@ void Program::start()
     spawn([&log = m_screens.mailingLog] { return log.tellTrouble(); });
     spawn([&records = m_screens.records] { return records.start(); });
     spawn([] { return sweepPrintFiles(); });
+    spawn([&handbook = m_screens.handbook] {
+        return handbook.load(Handbook::places(QCoreApplication::applicationDirPath()));
+    });
     if (m_screens.settings.zebraQueue.value().isEmpty())
         spawn([&settings = m_screens.settings] { return settings.refreshPrinters(); });
     spawn([&purchases = m_screens.label.purchases] { return purchases.resume(); });

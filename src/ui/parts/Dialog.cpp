@@ -61,6 +61,13 @@ Button *Dialog::addButton(const QString &text, int result, Button::Kind kind)
     return button;
 }
 
+void Dialog::addHelp(const std::function<void()> &help)
+{
+    auto *button = new Button(QStringLiteral("Help"));
+    m_buttons->addButton(button, QDialogButtonBox::HelpRole);
+    connect(button, &QPushButton::clicked, this, help);
+}
+
 void Dialog::fitHeight()
 {
     setFixedHeight(layout()->totalHeightForWidth(width()));

@@ -6,6 +6,7 @@
 
 #include <QDialog>
 
+#include <functional>
 #include <optional>
 
 class QDialogButtonBox;
@@ -28,6 +29,8 @@ public:
     QVBoxLayout *body() const { return m_body; }
     /// Pressing the button ends the dialog with `result`. The solid button is the default.
     Button *addButton(const QString &text, int result, Button::Kind kind);
+    /// Adds a Help button, which leaves the dialog open.
+    void addHelp(const std::function<void()> &help);
 
     bool eventFilter(QObject *watched, QEvent *event) override;
 
