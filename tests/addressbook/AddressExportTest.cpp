@@ -4,6 +4,7 @@
 #include "addressbook/VCard.h"
 #include "core/PostalContact.h"
 #include "core/Text.h"
+#include "support/Table.h"
 #include "support/Test.h"
 
 #include <QRandomGenerator>
@@ -111,17 +112,7 @@ TEST(AddressExport, ComesBackIntoAnEmptyBookUnchanged)
 
 TEST(AddressExport, IsAVCardThatOtherProgramsRead)
 {
-    const PostalContact person{.name = u"José María Ibáñez"_s,
-                               .company = u"Ibáñez, Hijos; y Cía"_s,
-                               .street1 = u"Calle de Alcalá 44"_s,
-                               .street2 = u"Oficina 4"_s,
-                               .city = u"Madrid"_s,
-                               .state = u"MD"_s,
-                               .zip = u"28014"_s,
-                               .country = u"ES"_s,
-                               .label = u"endicia"_s,
-                               .phone = u"+34 91 555 0142"_s,
-                               .email = u"jose@example.com"_s};
+    const auto person = decodeJson<PostalContact>(dumpJson(table(u"addresses"_s, "contacts")[1]), Keys::asIs);
     PostalContact home = person, company = person;
     home.label = u"home"_s;
     company.name = company.company;

@@ -8,18 +8,7 @@ namespace {
 
 PostalContact contact()
 {
-    return {QUuid(u"{0e1f2a3b-4c5d-6e7f-8091-a2b3c4d5e6f7}"_s),
-            u"Ana \"Nita\" Ruiz"_s,
-            u"Münzhaus"_s,
-            u"1 Main St"_s,
-            {},
-            u"Reno"_s,
-            u"NV"_s,
-            u"89501"_s,
-            u"u.s.a."_s,
-            u"home"_s,
-            u"775-555-0100"_s,
-            u"ana@example.com"_s};
+    return decodeJson<PostalContact>(dumpJson(table(u"addresses"_s, "contacts")[0]), Keys::asIs);
 }
 
 QString word(qsizetype length, char16_t letter = u'x')

@@ -56,8 +56,11 @@ struct ScanDesk {
     ScanWedgeListener listener{keyboard, clock, u"go.corvallon.example"_s};
     QStringList scans, noises;
 
-    ScanDesk()
+    explicit ScanDesk(bool focused = true, const QString &text = {})
     {
+        keyboard.focused = focused;
+        keyboard.text = text;
+        keyboard.cursor = text.size();
         listener.onScan = [this](const QString &text) { scans += text; };
         listener.onNoise = [this](const QString &text) { noises += text; };
         listener.start();
@@ -100,11 +103,8 @@ TEST(ScanWedgeListener, AScanIsReadWholeAndLeavesTheFieldUnchanged)
     for (const auto spacing : {3ms, 10ms, 30ms, 49ms, 55ms, 60ms}) {
         for (const End end : {End::none, End::enter, End::tab, End::crlf}) {
             for (const bool focused : {true, false}) {
-                ScanDesk desk;
-                desk.keyboard.focused = focused;
-                desk.keyboard.text = u"Eleanor htWhitfield"_s; // the text after the cursor looks like a code's start
-                desk.keyboard.cursor = 8;
-                desk.clock.advance(2s);
+                ScanDesk desk(focused, u"Eleanor htWhitfield"_s);
+                desk.keyboard.cursor = 8; // the text after it looks like a code's start
                 desk.type(link, spacing);
                 if (end == End::tab)
                     EXPECT_EQ(desk.pressTab(spacing), KeyVerdict::swallow);
@@ -140,8 +140,7 @@ TEST(ScanWedgeListener, AnUnevenScanAfterTypedKeysLeavesThoseKeys)
 TEST(ScanWedgeListener, NoTypedKeyIsLostOrReordered)
 {
     for (const bool focused : {true, false}) {
-        ScanDesk desk;
-        desk.keyboard.focused = focused;
+        ScanDesk desk(focused);
         QString typed;
         int turn = 0;
         for (const QChar letter : u"The quick brown fox, 12 dogs & 3 foxes – Zoë"_s) {
@@ -174,7 +173,6 @@ TEST(ScanWedgeListener, NoPauseInsideACodeCutsIt)
         for (qsizetype place = 1; place < link.size(); ++place) {
             for (const int typed : {0, 5, 9}) {
                 ScanDesk desk;
-                desk.clock.advance(2s);
                 const QString name = u"Whitfield"_s.left(typed);
                 desk.type(name, 110ms);
                 desk.clock.advance(30ms);
@@ -197,10 +195,7 @@ TEST(ScanWedgeListener, NoPauseInsideACodeCutsIt)
 TEST(ScanWedgeListener, ACodeWithoutAnEndKeyEndsByAPause)
 {
     for (const auto late : {81ms, 150ms, 240ms, 260ms, 400ms}) { // a slow suffix, or the clerk's own Return
-        ScanDesk desk;
-        desk.keyboard.text = u"Smith"_s;
-        desk.keyboard.cursor = 5;
-        desk.clock.advance(1s);
+        ScanDesk desk(true, u"Smith"_s);
         desk.type(link, 10ms);
         EXPECT_EQ(desk.pressReturn(late), KeyVerdict::swallow);
         EXPECT_EQ(desk.keyboard.text, u"Smith") << late.count();
@@ -209,7 +204,6 @@ TEST(ScanWedgeListener, ACodeWithoutAnEndKeyEndsByAPause)
         EXPECT_EQ(desk.pressReturn(600ms), KeyVerdict::deliver);
     }
     ScanDesk desk;
-    desk.clock.advance(1s);
     desk.type(link, 10ms);
     desk.clock.advance(250ms);
     EXPECT_THAT(desk.scans, ElementsAre(link));
@@ -232,9 +226,7 @@ TEST(ScanWedgeListener, ACodeWithoutAnEndKeyEndsByAPause)
 
 TEST(ScanWedgeListener, ALinkTypedByHandCountsAfterAPause)
 {
-    ScanDesk desk;
-    desk.keyboard.text = u"see "_s;
-    desk.keyboard.cursor = 4;
+    ScanDesk desk(true, u"see "_s);
     desk.type(u"go.corvallon.example/i12"_s, 150ms);
     EXPECT_EQ(desk.keyboard.text, u"see go.corvallon.example/i12");
     EXPECT_THAT(desk.scans, IsEmpty());
@@ -264,7 +256,6 @@ TEST(ScanWedgeListener, DropsOnlyWhatAMachineTypesAndSaysSo)
             if (!typed.isEmpty() && (one.stays || one.pauseAt == 3 || one.spacing > 10ms))
                 continue; // with typed keys, the average is another
             ScanDesk desk;
-            desk.clock.advance(1s);
             desk.type(typed, 35ms);
             desk.clock.advance(typed.isEmpty() ? 1s : 30ms);
             const QString code(one.keys, u'7');
@@ -298,9 +289,7 @@ TEST(ScanWedgeListener, DropsOnlyWhatAMachineTypesAndSaysSo)
 TEST(ScanWedgeListener, ReadsCharactersThatTheSystemTakesForRepeated)
 {
     for (const bool focused : {true, false}) {
-        ScanDesk desk;
-        desk.keyboard.focused = focused;
-        desk.clock.advance(1s);
+        ScanDesk desk(focused);
         QChar last;
         for (const QChar letter : link) {
             desk.press({.text = letter, .isRepeat = letter == last}, 1ms);
@@ -340,8 +329,7 @@ TEST(ScanWedgeListener, OtherInputComesAfterTheHeldKeys)
 
 TEST(ScanWedgeListener, OnlyCharactersOfACodeAreKept)
 {
-    ScanDesk desk;
-    desk.keyboard.focused = false;
+    ScanDesk desk(false);
     EXPECT_EQ(desk.press({.text = u" "_s}, 1s), KeyVerdict::deliver);
     EXPECT_EQ(desk.press({.text = u"\x01"_s, .withCommand = true}, 5ms), KeyVerdict::deliver);
     EXPECT_EQ(desk.press({.text = u"\x1b"_s}, 5ms), KeyVerdict::deliver);
