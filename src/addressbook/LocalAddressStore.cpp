@@ -142,21 +142,27 @@ LocalAddressStore::LocalAddressStore(const QDir &folder) : m_db(pathIn(folder), 
 {
     if (!m_db.isOpen())
         qWarning("Parcelory: cannot open address store at %s", qUtf8Printable(pathIn(folder)));
-    // Large enough for a whole address book, so that an import does not write the same pages repeatedly.
-    exec("PRAGMA cache_size = -65536");
-    if (isReady())
+    if (obstacle().isEmpty())
         refreshCount();
     m_db.setPatience(Database::busyTimeout);
 }
 
-/// Creates the table at the first call that can.
-bool LocalAddressStore::isReady() const
+/// Why the book cannot be used; empty once it can. The first call that can opens the file and creates the table.
+/// Nothing else uses the connection before.
+QString LocalAddressStore::obstacle() const
 {
-    if (!m_isReady && exec(table)) {
-        exec(nameIndex);
-        m_isReady = true;
-    }
-    return m_isReady;
+    if (m_isReady)
+        return {};
+    const std::lock_guard opening(m_opening);
+    if (m_isReady)
+        return {};
+    if ((!m_db.isOpen() && !m_db.reopen()) || !exec(table))
+        return reason();
+    exec(nameIndex);
+    // Large enough for a whole address book, so that an import does not write the same pages repeatedly.
+    exec("PRAGMA cache_size = -65536");
+    m_isReady = true;
+    return {};
 }
 
 /// Why the last statement failed.
@@ -183,11 +189,9 @@ void LocalAddressStore::refreshCount()
 
 LocalAddressStore::Book LocalAddressStore::read(const QString &matching) const
 {
-    Book book;
-    if (!isReady()) {
-        book.failure = reason();
+    Book book{.contacts = {}, .failure = obstacle()};
+    if (!book.failure.isEmpty())
         return book;
-    }
     QByteArray sql = selectRows;
     if (!matching.isEmpty())
         sql += matchingRows;
@@ -227,6 +231,9 @@ bool LocalAddressStore::write(Statement &statement)
 bool LocalAddressStore::upsert(const PostalContact &contact)
 {
     const std::lock_guard writing(m_writing);
+    m_lastError = obstacle();
+    if (!m_lastError.isEmpty())
+        return false;
     const QByteArray id = storedId(contact.id);
     Columns columns;
     Statement statement(m_db, upsertRow);
@@ -239,6 +246,9 @@ bool LocalAddressStore::upsert(const PostalContact &contact)
 LocalAddressStore::Removal LocalAddressStore::remove(const QUuid &id)
 {
     const std::lock_guard writing(m_writing);
+    m_lastError = obstacle();
+    if (!m_lastError.isEmpty())
+        return Removal::failed;
     const QByteArray text = storedId(id);
     Statement statement(m_db, "DELETE FROM addresses WHERE uuid = ?");
     statement.bindInPlace(1, text);
@@ -248,16 +258,19 @@ LocalAddressStore::Removal LocalAddressStore::remove(const QUuid &id)
     return !done ? Removal::failed : m_db.totalChanges() == changes ? Removal::missing : Removal::done;
 }
 
-LocalAddressStore::Merged LocalAddressStore::merge(const QList<PostalContact> &contacts)
+LocalAddressStore::Merged LocalAddressStore::merge(const QList<PostalContact> &contacts, const CancelToken &cancel)
 {
-    return inOneTransaction([&] { return addAll(contacts, normalized, mergeKey); });
+    return inOneTransaction(cancel, [&] { return addAll(contacts, cancel, normalized, mergeKey); });
 }
 
-LocalAddressStore::Merged LocalAddressStore::restore(const QList<PostalContact> &contacts)
+LocalAddressStore::Merged LocalAddressStore::restore(const QList<PostalContact> &contacts, const CancelToken &cancel)
 {
-    return inOneTransaction([&] {
+    return inOneTransaction(cancel, [&]() -> std::optional<Merged> {
+        const Book book = read();
+        if (!book.failure.isEmpty())
+            return std::nullopt;
         QSet<QUuid> used;
-        for (const PostalContact &known : rows())
+        for (const PostalContact &known : book.contacts)
             used.insert(known.id);
         const auto withOwnId = [&used](PostalContact contact) {
             if (used.contains(contact.id))
@@ -265,43 +278,53 @@ LocalAddressStore::Merged LocalAddressStore::restore(const QList<PostalContact> 
             used.insert(contact.id);
             return contact;
         };
-        return addAll(contacts, withOwnId, wholeKey);
+        return addAll(contacts, cancel, withOwnId, wholeKey);
     });
 }
 
+/// `addAll` returns nothing if the book could not be read, and at once if it is canceled.
 template <class AddAll>
-LocalAddressStore::Merged LocalAddressStore::inOneTransaction(AddAll addAll)
+LocalAddressStore::Merged LocalAddressStore::inOneTransaction(const CancelToken &cancel, AddAll addAll)
 {
     const std::lock_guard writing(m_writing);
+    m_lastError = obstacle();
     // IMMEDIATE, because otherwise every single contact would wait for another program's lock.
-    bool done = exec("BEGIN IMMEDIATE TRANSACTION");
-    Merged merged;
-    if (done) {
-        merged = addAll();
-        const bool isOpen = !sqlite3_get_autocommit(m_db.handle()); // false if a full disk has already ended it
-        done = isOpen && exec("COMMIT");
-    }
-    m_lastError = done ? QString() : m_db.lastError();
+    const bool isBegun = m_lastError.isEmpty() && exec("BEGIN IMMEDIATE TRANSACTION");
+    const std::optional<Merged> merged = isBegun ? addAll() : std::nullopt;
+    const bool isOpen = isBegun && !sqlite3_get_autocommit(m_db.handle()); // false if a full disk has already ended it
+    const bool done = merged && isOpen && !cancel.isCanceled() && exec("COMMIT");
     if (!done) {
-        Statement(m_db, "ROLLBACK").execute();
+        if (m_lastError.isEmpty())
+            m_lastError = m_db.lastError();
+        if (isBegun)
+            Statement(m_db, "ROLLBACK").execute();
+        if (cancel.isCanceled())
+            throw ImportCanceled();
         throw AppError(u"The address book could not be written, so nothing was imported — "_s + m_lastError + u'.');
     }
     refreshCount();
-    return merged;
+    return *merged;
 }
 
-/// Adds the contacts, each as `prepare` returns it, whose `key` the book does not have.
+/// Adds the contacts, each as `prepare` returns it, whose `key` the book does not have. Nothing if the book could not
+/// be read.
 template <class Prepare, class Key>
-LocalAddressStore::Merged LocalAddressStore::addAll(const QList<PostalContact> &contacts, Prepare prepare, Key key)
+std::optional<LocalAddressStore::Merged> LocalAddressStore::addAll(const QList<PostalContact> &contacts,
+                                                                   const CancelToken &cancel, Prepare prepare, Key key)
 {
     QSet<QString> keys;
-    for (Statement row(m_db, selectRows); row.step();)
+    Statement row(m_db, selectRows);
+    while (row.step())
         keys.insert(key(contactOf(row)));
+    if (!row.isComplete())
+        return std::nullopt;
     keys.reserve(keys.size() + contacts.size());
     Columns columns;
     Statement statement(m_db, upsertRow);
     Merged merged;
     for (const PostalContact &incoming : contacts) {
+        if (cancel.isCanceled())
+            break;
         const PostalContact contact = prepare(incoming);
         const qsizetype known = keys.size();
         keys.insert(key(contact));

@@ -4,6 +4,7 @@
 #include "addressbook/VCard.h"
 #include "core/Observable.h"
 #include "core/PostalContact.h"
+#include "core/Progress.h"
 #include "core/Sqlite.h"
 
 #include <QDir>
@@ -51,11 +52,12 @@ public:
         int skipped = 0; ///< the book already has the same name, street and postal code, ignoring case
     };
     /// Adds many contacts, each normalized, in one transaction. If the book cannot be written, throws AppError and
-    /// leaves the book unchanged; a single contact that the database refuses is left out and not counted.
-    Merged merge(const QList<PostalContact> &contacts);
+    /// leaves the book unchanged; a single contact that the database refuses is left out and not counted. Throws
+    /// ImportCanceled if it is canceled before the end, which leaves the book unchanged, too.
+    Merged merge(const QList<PostalContact> &contacts, const CancelToken &cancel = {});
     /// The same for the contacts of a book that was exported: adds them as they are, and skips only a contact that the
     /// book has with the same text in every field. A contact whose id the book uses gets a new id.
-    Merged restore(const QList<PostalContact> &contacts);
+    Merged restore(const QList<PostalContact> &contacts, const CancelToken &cancel = {});
 
     /// Repairs a contact whose whole address was typed into the first street line.
     static PostalContact normalized(PostalContact contact);
@@ -72,18 +74,20 @@ public:
 
 private:
     bool exec(const char *sql) const;
-    bool isReady() const;
+    QString obstacle() const;
     QString reason() const;
     void refreshCount();
     bool write(Statement &statement);
     QByteArray storedId(const QUuid &id) const;
     template <class AddAll>
-    Merged inOneTransaction(AddAll addAll);
+    Merged inOneTransaction(const CancelToken &cancel, AddAll addAll);
     template <class Prepare, class Key>
-    Merged addAll(const QList<PostalContact> &contacts, Prepare prepare, Key key);
+    std::optional<Merged> addAll(const QList<PostalContact> &contacts, const CancelToken &cancel, Prepare prepare,
+                                 Key key);
 
-    Database m_db;
+    mutable Database m_db;
     mutable std::atomic<bool> m_isReady = false; ///< the file has the table
+    mutable std::mutex m_opening;                ///< until m_isReady
     mutable std::mutex m_writing;                ///< one writer of this program at a time; guards m_lastError
     QString m_lastError;
 };

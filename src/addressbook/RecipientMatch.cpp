@@ -69,7 +69,8 @@ bool RecipientMatch::matches(const PostalContact &entry) const
 {
     if (zipOf(entry) != m_zip || placeOf(entry) != m_place)
         return false;
-    if (m_name.isEmpty() || entry.asShippoAddress() == m_address)
+    // Without a name or a ZIP code, the rest is too little: the same street may be in another town.
+    if (m_name.isEmpty() || m_zip.isEmpty() || entry.asShippoAddress() == m_address)
         return entry.asShippoAddress() == m_address;
     const QString &name = nameOf(entry);
     const bool isNamedAfterCompany = name == entry.company;

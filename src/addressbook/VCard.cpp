@@ -246,9 +246,15 @@ ReadAddresses Reader::finish()
 {
     if (!m_hasCards)
         throw AppError(u"That file isn't a vCard file."_s);
-    if (m_card)
+    if (m_card && m_read.contacts.isEmpty())
         throw AppError(u"The vCard file ends in the middle of a card, so nothing was imported. Export it again."_s);
+    if (m_card)
+        m_read.skipped.append(m_card->name());
     m_read.isExport = m_exported > 0 && m_exported == m_read.contacts.size();
+    if (!m_read.isExport) { // an id of the book must not let an old card replace a newer entry
+        for (PostalContact &contact : m_read.contacts)
+            contact.id = QUuid::createUuid();
+    }
     return m_read;
 }
 

@@ -21,6 +21,9 @@ const QString DesklineAuth::signedInProbe = u"location.pathname.indexOf('dashboa
 namespace {
 
 constexpr auto pageLimit = 60s;
+/// "Sign Out" with a blank, or only a link's address.
+const QString signOutProbe = u"/sign ?out/i.test(document.body ? document.body.innerText : '') || "
+                             "Array.from(document.links).some(link => /(sign|log)-?out/i.test(link.href))"_s;
 
 /// A JavaScript array with one string, so that any quotes in the text are escaped.
 QString scriptArray(const QString &text)
@@ -114,8 +117,12 @@ Task<bool> DesklineAuth::asksForSignIn()
     const bool signInForm = co_await evalBool(loginFormProbe);
     if (!signInForm)
         co_return false;
-    const bool signedIn = co_await evalBool(signedInProbe);
-    co_return !signedIn;
+    for (const QString &probe : {signedInProbe, signOutProbe}) {
+        const bool signedIn = co_await evalBool(probe);
+        if (signedIn)
+            co_return false;
+    }
+    co_return true;
 }
 
 void DesklineAuth::clear()

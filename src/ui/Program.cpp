@@ -39,6 +39,7 @@ void Program::start()
     spawn([&book = m_screens.addressBook] { return book.reload(); });
     spawn([&log = m_screens.mailingLog] { return log.tellTrouble(); });
     spawn([] { return sweepPrintFiles(); });
+    spawn([] { return UpdateChecker::sweep(); });
     if (m_screens.settings.zebraQueue.value().isEmpty())
         spawn([&settings = m_screens.settings] { return settings.refreshPrinters(); });
     spawn([&purchases = m_screens.label.purchases] { return purchases.resume(); });

@@ -23,6 +23,7 @@ StatusStrip::StatusStrip(AppState &app, KeysScreen &keys, AddressBook &book, QWi
       m_lastTitle(new TextLabel(u"Last Shipment:"_s, FontRole::caption, &Tokens::muted)),
       m_last(new ElidedLabel({}, FontRole::caption)), m_scan(new ElidedLabel({}, FontRole::caption, &Tokens::muted)),
       m_change(new ElidedLabel({}, FontRole::caption)), m_undo(new Button(u"Undo"_s, Button::Kind::link)),
+      m_cancelScan(new Button(u"Cancel"_s, Button::Kind::link)),
       m_printerIcon(new IconView(u"ui_printer"_s, 16, &Tokens::warn)),
       m_printer(new ElidedLabel({}, FontRole::captionStrong)), m_scanIcon(new IconView(u"ui_qr"_s, 14)),
       m_warning(new IconView(u"ui_warning"_s, 16, &Tokens::warn)), m_mode(new Badge({}, BadgeKind::plain)),
@@ -39,6 +40,7 @@ StatusStrip::StatusStrip(AppState &app, KeysScreen &keys, AddressBook &book, QWi
     row->addWidget(m_last);
     row->addWidget(m_scanIcon);
     row->addWidget(m_scan);
+    row->addWidget(m_cancelScan);
     row->addWidget(m_change);
     row->addWidget(m_undo);
     row->addStretch(1);
@@ -46,6 +48,8 @@ StatusStrip::StatusStrip(AppState &app, KeysScreen &keys, AddressBook &book, QWi
     row->addWidget(m_mode);
     row->addWidget(m_key);
     m_undo->setAccessibleName(u"Undo the change in the address book"_s);
+    m_cancelScan->setAccessibleName(u"Cancel reading the invoice"_s);
+    connect(m_cancelScan, &QPushButton::clicked, this, [&app] { app.cancelInvoiceScan(); });
     connect(m_undo, &QPushButton::clicked, this, [&book] { spawn([&book] { return book.undo(); }); });
     m_refresh.follow(app, keys, book);
     refresh();
@@ -56,6 +60,7 @@ void StatusStrip::refresh()
     m_last->setFullText(m_app.lastShipmentSummary);
     m_scan->setFullText(m_app.scanLine());
     m_scanIcon->setVisible(!m_scan->fullText().isEmpty());
+    m_cancelScan->setVisible(m_app.scanBusy && m_app.scanStatusKind == StatusKind::progress); // the pane may be hidden
     refreshPrinter();
     refreshChange();
     const PostageMode mode = m_keys.mode;

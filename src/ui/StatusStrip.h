@@ -36,7 +36,7 @@ private:
     AddressBook &m_book;
     TextLabel *m_lastTitle;
     ElidedLabel *m_last, *m_scan, *m_change;
-    Button *m_undo;
+    Button *m_undo, *m_cancelScan;
     IconView *m_printerIcon;
     ElidedLabel *m_printer;
     IconView *m_scanIcon, *m_warning;

@@ -153,6 +153,7 @@ TEST(AddressExport, GivesWayToWhatAnotherProgramHasChanged)
     const ReadAddresses mixed = readCards(VCard::card(jo) + "BEGIN:VCARD\nN:Poe;Bo\nADR:;;3\nEND:VCARD\n");
     EXPECT_FALSE(mixed.isExport);
     EXPECT_EQ(mixed.contacts.size(), 2);
+    EXPECT_NE(mixed.contacts[0].id, jo.id) << "it would replace the newer entry of the book";
     const ReadAddresses broken = readCards(VCard::card(jo).replace("ENTRY:{", "ENTRY:["));
     EXPECT_EQ(broken.contacts.value(0).name, u"Jo Doe"_s);
 

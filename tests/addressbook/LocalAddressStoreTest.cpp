@@ -152,6 +152,31 @@ TEST_F(LocalAddresses, AreRestoredAsTheyWere)
     EXPECT_NE(rows[3].id, other.id);
 }
 
+TEST_F(LocalAddresses, StayAsTheyWereIfAnImportIsCanceled)
+{
+    ASSERT_TRUE(store.upsert(at(u"Ana"_s)));
+    CancelToken canceled;
+    canceled.cancel();
+    EXPECT_THROW(store.merge({at(u"Bo"_s)}, canceled), ImportCanceled);
+    EXPECT_THROW(store.restore({at(u"Bo"_s)}, canceled), ImportCanceled);
+    EXPECT_EQ(count(), 1);
+}
+
+TEST(LocalAddressStore, OpensALaterTimeIfTheFolderWasMissing)
+{
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(u"book"_s);
+    QFile obstacle(path);
+    ASSERT_TRUE(obstacle.open(QIODevice::WriteOnly));
+    LocalAddressStore store{QDir(path)};
+    EXPECT_FALSE(store.read().failure.isEmpty());
+    EXPECT_FALSE(store.upsert({.name = u"Ana"_s}));
+    EXPECT_THROW(store.merge({{.name = u"Ana"_s}}), AppError);
+    ASSERT_TRUE(obstacle.remove() && QDir().mkdir(path));
+    EXPECT_TRUE(store.upsert({.name = u"Ana"_s})) << store.lastError().toStdString();
+    EXPECT_EQ(store.rows().size(), 1);
+}
+
 TEST_F(LocalAddresses, AreSplitWhenTypedIntoOneLine)
 {
     const std::pair<QString, QString> rows[] = {

@@ -188,7 +188,7 @@ std::optional<PostalContact> AddressBook::entryOf(const PostalContact &recipient
 Task<> AddressBook::keep(ShippoAddress recipient)
 {
     kept = std::nullopt;
-    if (!loaded) // otherwise everybody is new
+    while (!loaded && unreadable.value().isEmpty()) // otherwise everybody is new; a later load may overtake this one
         co_await load();
     PostalContact contact = PostalContact::of(recipient);
     const std::optional<PostalContact> known = entryOf(contact);

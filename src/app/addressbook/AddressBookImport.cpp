@@ -33,7 +33,6 @@ QString listed(const QStringList &names, qsizetype most)
 /// Shows how many addresses were read so far; the returned callback runs on the reading thread.
 Progress AddressBook::followImport(QString reading)
 {
-    m_cancel = {};
     setStatus(StatusKind::progress, reading);
     return Progress(m_cancel, [this, reading, cancel = m_cancel](qint64 addresses, qint64) {
         QMetaObject::invokeMethod(
@@ -49,6 +48,7 @@ Progress AddressBook::followImport(QString reading)
 /// Reads a source on the pool and merges its contacts; on failure the book is unchanged.
 Task<> AddressBook::importFrom(Reader reader, QString reading)
 {
+    m_cancel = {};
     try {
         const ReadAddresses read =
             co_await onPool([reader, progress = followImport(reading)] { return reader(progress); });
@@ -64,15 +64,16 @@ Task<> AddressBook::importFrom(Reader reader, QString reading)
 /// companies of a building for one. A contact of our own export stays as it is.
 Task<> AddressBook::mergeAll(ReadAddresses read)
 {
-    const LocalAddressStore::Merged merged = co_await onPool([&store = m_app.addressBook, read]() mutable {
-        if (read.isExport)
-            return store.restore(read.contacts);
-        for (PostalContact &contact : read.contacts) {
-            if (contact.name.isEmpty())
-                contact.name = contact.company;
-        }
-        return store.merge(read.contacts);
-    });
+    const LocalAddressStore::Merged merged =
+        co_await onPool([&store = m_app.addressBook, read, cancel = m_cancel]() mutable {
+            if (read.isExport)
+                return store.restore(read.contacts, cancel);
+            for (PostalContact &contact : read.contacts) {
+                if (contact.name.isEmpty())
+                    contact.name = contact.company;
+            }
+            return store.merge(read.contacts, cancel);
+        });
     forgetUndo();
     co_await load();
     QString summary = u"Imported %1 addresses (%2 duplicates skipped) — %3 total."_s.arg(merged.imported)

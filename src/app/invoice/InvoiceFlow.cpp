@@ -73,15 +73,14 @@ void InvoiceFlow::ignoreScan(const QString &id)
 {
     if (id == m_id)
         return;
-    const bool isRead = m_app.scanStatusKind == StatusKind::success; // only its alert is still open
-    emit m_app.scanFailed((isRead ? u"Invoice %1 ignored — close the message about %2 first."_s
-                                  : u"Invoice %1 ignored — still loading %2."_s)
+    emit m_app.scanFailed((m_isRead ? u"Invoice %1 ignored — close the message about %2 first."_s
+                                    : u"Invoice %1 ignored — still loading %2."_s)
                               .arg(id, m_id),
                           false);
     if (m_ignored.contains(id))
         return;
     m_ignored += id;
-    m_app.scanNote = ignoredNote();
+    m_app.scanNote = joinPresent({m_missing, ignoredNote()}, u" "_s);
 }
 
 QString InvoiceFlow::ignoredNote() const
@@ -105,6 +104,8 @@ Task<> InvoiceFlow::read(QString id)
 {
     ++m_reading;
     m_id = id;
+    m_isRead = false;
+    m_missing.clear();
     m_ignored.clear();
     const auto isGivenUp = staleCheck(m_app.session, m_reading);
     m_app.scanBusy = true;
@@ -134,7 +135,9 @@ void InvoiceFlow::take(const DesklineInvoice &invoice)
 {
     m_app.scannedInvoice = invoice;
     m_app.fillFromInvoice(invoice);
-    const QString note = joinPresent({missingParts(invoice.address), ignoredNote()}, u" "_s);
+    m_isRead = true;
+    m_missing = missingParts(invoice.address);
+    const QString note = joinPresent({m_missing, ignoredNote()}, u" "_s);
     m_app.setScanStatus(note.isEmpty() ? StatusKind::success : StatusKind::failure,
                         u"Invoice "_s + invoice.invoiceID + u": "_s + invoice.buyerName + u" — label filled."_s, note);
 }

@@ -27,6 +27,8 @@ private:
     AppState &m_app;
     int m_reading = 0;     ///< incremented when an invoice is read and when that is canceled
     QString m_id;          ///< of the invoice that is being read
+    bool m_isRead = false; ///< it was read, and its alert is open
+    QString m_missing;     ///< what the invoice that was read lacks
     QStringList m_ignored; ///< invoices that were scanned while m_id was read
 };
 

@@ -56,7 +56,7 @@ SecondLabelFacts LabelScreen::secondLabelFacts() const
 {
     return {.recipient = m_app.draftTo,
             .reference = reference.value().simplified(),
-            .invoiceTracking = draftInvoice().value_or(DesklineInvoice{}).tracking,
+            .invoiceTracking = invoiceTracking(),
             .lastOutcomeUnknown = purchases.unresolvedFor(m_app.draftTo).has_value(),
             .now = m_app.platform.clock.now(),
             .earlier = {}};
@@ -203,7 +203,7 @@ Task<> LabelScreen::finishPurchase(PreparedPurchase purchase, SaleResult sale, P
          .printsPapers = purchase.carrier == Carrier::fedex || purchase.printsInvoice,
          .drawn = drawn},
         sale.answer.seconds);
-    purchases.showSeconds(result);
+    purchases.watchForSeconds(result);
     m_purchaseComplete = result.isComplete();
     purchase.entry = result.entry;
     if (!result.hasLabel) {

@@ -60,6 +60,7 @@ void LineEdit::keyPressEvent(QKeyEvent *event)
 void LineEdit::pasteText()
 {
     QString text = QApplication::clipboard()->text();
+    text.remove(QChar(0x200B)); // web pages and this program's own long texts have such invisible blanks
     if (takePaste && takePaste(text))
         return;
     if (echoMode() == Normal) { // a blank may be part of a password

@@ -147,10 +147,16 @@ TEST_F(DoubtfulPurchaseTest, TheClerkResolvesAPurchaseByHand)
     }
 }
 
-TEST_F(DoubtfulPurchaseTest, TheMonthsEndComesEvenIfTheCarrierNeverAnswers)
+TEST_F(DoubtfulPurchaseTest, TheMonthsEndNeedsTheCarriersAnswer)
 {
-    losePurchase({.pathPrefix = "transactions", .status = 500, .body = "{}", .count = 1000, .method = "GET"});
+    CarrierFailure failure{.pathPrefix = "transactions", .status = 500, .body = "{}", .count = 1000, .method = "GET"};
+    losePurchase(failure);
     clock.start = clock.start.addDays(31);
+    for (int look = 0; look < 4; ++look)
+        checkAgain();
+    EXPECT_EQ(purchases().unresolved.value().size(), 1) << "the desk's clock alone ends nothing";
+    failure.status = 403;
+    carrier.setScenario({.failNext = failure});
     checkAgain();
     EXPECT_TRUE(purchases().unresolved.value().isEmpty());
     EXPECT_TRUE(errors->entries().first().detail.startsWith(u"The outcome of this purchase was never found: "_s));
