@@ -107,7 +107,7 @@ TEST(Scanner, ADialogThatOpensDuringAScanAsksForNoOtherInvoice)
     ASSERT_TRUE(QTest::qWaitForWindowExposed(dialog));
     desk.typeAt(8ms, u"13"_s, dialog);
     desk.clock.advance(1s);
-    settleAll();
+    desk.settleAll();
     EXPECT_EQ(desk.invoiceAskedFor(), u"Scanner");
     EXPECT_TRUE(dialog->isVisible());
     dialog->close();

@@ -101,8 +101,10 @@ void LabelScreen::showSecondLabel(const QString &warning, bool agreed)
 Task<QString> LabelScreen::secondLabelWarning(SecondLabelFacts facts, bool testMode)
 {
     const QPointer alive(&m_lifetime);
-    const auto earlier =
-        co_await onPool(m_app.log, &ShipmentLog::labelsLike, facts.reference, facts.now.date().startOfDay(), testMode);
+    const auto isForHim = [to = facts.recipient](const ShipmentRecord &label) { return isLabelFor(to, label); };
+    const auto earlier = co_await onPool([&log = m_app.log, facts, testMode, isForHim] {
+        return log.labelsLike(facts.reference, facts.now.date().startOfDay(), testMode, isForHim);
+    });
     facts.earlier = earlier.valueOr({});
     facts.isLogUnreadable = !earlier.isRead();
     // The warning is renewed at every edit; only another failure is recorded again.
