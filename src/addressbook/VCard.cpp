@@ -246,8 +246,10 @@ ReadAddresses Reader::finish()
 {
     if (!m_hasCards)
         throw AppError(u"That file isn't a vCard file."_s);
-    if (m_card)
+    if (m_card && m_read.contacts.isEmpty() && m_read.exported.isEmpty())
         throw AppError(u"The vCard file ends in the middle of a card, so nothing was imported. Export it again."_s);
+    if (m_card)
+        m_read.skipped.append(m_card->name());
     return m_read;
 }
 

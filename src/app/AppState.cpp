@@ -158,7 +158,9 @@ Task<> AppState::syncRefundStatuses()
 
 void AppState::reportScanNoise(const QString &heard)
 {
-    const AppError noise(u"Scanner heard “"_s + firstCharacters(heard, 40) + u"” — not an invoice QR."_s);
+    const bool isSecret = platform.keyboard.fieldState().isMasked; // a password manager types as fast as a scanner
+    const AppError noise(isSecret ? u"Scanner heard something that is not an invoice QR."_s
+                                  : u"Scanner heard “"_s + firstCharacters(heard, 40) + u"” — not an invoice QR."_s);
     failScan(recorded(u"Scanner"_s, noise, Popup::no));
 }
 

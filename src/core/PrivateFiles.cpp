@@ -36,6 +36,13 @@ void makePrivate(const QString &path)
     QFile::setPermissions(path, fileMode);
 }
 
+void setAsideUnlessFile(const QString &path, qint64 largest)
+{
+    const QFileInfo entry(path);
+    if (entry.exists() && (!entry.isFile() || entry.size() > largest))
+        QFile::rename(path, asidePath(path));
+}
+
 void makePrivate(const QDir &folder)
 {
     createPrivateFolder(folder);

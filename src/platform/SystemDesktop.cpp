@@ -47,7 +47,7 @@ void SystemDesktop::openFile(const QString &path)
 bool SystemDesktop::opened(const QString &target, const QString &name)
 {
     try {
-        return m_processes.run(opener, {target}, {}, openerLimit).status == 0;
+        return m_processes.runOpener(opener, {target}, openerLimit).status == 0;
     } catch (const ProcessTimedOut &) {
         throw AppError(
             u"the desktop did not answer within %1 seconds and may still open %2"_s.arg(openerLimit.count()).arg(name));

@@ -69,8 +69,10 @@ public:
     LogRead<std::optional<ShipmentRecord>> find(const ShipmentRecord &record) const;
     /// The labels of a day, in the machine's time zone, in the order in which they were bought.
     LogRead<QList<ShipmentRecord>> labelsOf(QDate day) const;
-    /// Labels of one kind of key that were bought for this reference or since `since`, newest first.
-    LogRead<QList<ShipmentRecord>> labelsLike(const QString &reference, const QDateTime &since, bool testMode) const;
+    /// Labels of one kind of key that were bought for this reference, or since `since` if `isWanted` holds for them,
+    /// newest first. A busy day has thousands of labels, so the others are not kept in memory.
+    LogRead<QList<ShipmentRecord>> labelsLike(const QString &reference, const QDateTime &since, bool testMode,
+                                              const std::function<bool(const ShipmentRecord &)> &isWanted) const;
     /// Shipments with a smaller id than `before` whose refund the carrier has not decided, the last row first.
     LogRead<QList<ShipmentRecord>> openRefunds(qint64 before, int limit) const;
     LogRead<std::optional<QByteArray>> zpl(qint64 id) const;

@@ -40,6 +40,7 @@ void Program::start()
     spawn([&log = m_screens.mailingLog] { return log.tellTrouble(); });
     spawn([&records = m_screens.records] { return records.start(); });
     spawn([] { return sweepPrintFiles(); });
+    spawn([] { return UpdateChecker::sweep(); });
     spawn([&handbook = m_screens.handbook] {
         return handbook.load(Handbook::places(QCoreApplication::applicationDirPath()));
     });

@@ -194,9 +194,9 @@ TEST(VCard, RejectsOtherFilesAndTruncatedFiles)
     const QByteArray whole = card("ADR:;;1 Elm St;Salem;OR;97301;US");
     for (const QByteArray &other : {QByteArray(), QByteArray("\x00\xFF:;=\r", 6), sample("importedAddresses.plist")})
         EXPECT_THAT(vCard(other), ElementsAre(u"That file isn't a vCard file."_s));
-    for (const QByteArray &end : {whole.chopped(8), QByteArray("BEGIN:VCARD\nADR;QUOTED-PRINTABLE:;;1=")})
-        EXPECT_THAT(vCard(whole + end), ElementsAre(u"The vCard file ends in the middle of a card, so nothing was "
-                                                    "imported. Export it again."_s));
+    for (const QByteArray &cut : {whole.chopped(8), QByteArray("BEGIN:VCARD\nADR;QUOTED-PRINTABLE:;;1=")})
+        EXPECT_THAT(vCard(cut), ElementsAre(u"The vCard file ends in the middle of a card, so nothing was "
+                                            "imported. Export it again."_s));
     EXPECT_THAT(vCard(card("TEL:5")), ElementsAre()); // a person without an address
     EXPECT_THAT(vCard(card("TEL:5\nTEL:6\nEMAIL:a@b\nEMAIL:c@d\nADR:;;1 Elm St")),
                 ElementsAre(u"Jo Doe||1 Elm St|||||||5|a@b"_s)); // the first of each
@@ -212,6 +212,7 @@ TEST(VCard, NamesTheCardsWithoutAnEndAndReadsJoinedFiles)
         {"BEGIN:VCARD\nN:Lost;Ana\nADR:;;9\nBEGIN:VCARD\nADR:;;8\n" + whole,
          {u"Jo Doe, 1 Elm St"_s},
          {u"Ana Lost"_s, u"a card without a name"_s}},
+        {whole + "BEGIN:VCARD\nN:Lost;Ana\nADR:;;9;Sal", {u"Jo Doe, 1 Elm St"_s}, {u"Ana Lost"_s}}, // cut off
         {whole.trimmed() + card("N:Poe;Bo\nADR:;;2 Oak St"), {u"Jo Doe, 1 Elm St"_s, u"Bo Poe, 2 Oak St"_s}, {}},
         {whole.trimmed() + "\xEF\xBB\xBF" + whole, {u"Jo Doe, 1 Elm St"_s, u"Jo Doe, 1 Elm St"_s}, {}},
         {whole + "\xEF\xBB\xBF" + whole, {u"Jo Doe, 1 Elm St"_s, u"Jo Doe, 1 Elm St"_s}, {}},

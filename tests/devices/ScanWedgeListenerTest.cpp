@@ -10,10 +10,11 @@ namespace {
 /// A keyboard with one text field and its cursor.
 class FakeKeyboard : public Keyboard {
 public:
-    void listen(Handler wanted, std::function<void()> other) override
+    void listen(Handler wanted, std::function<void()> other, std::function<void()> left) override
     {
         handler = std::move(wanted);
         before = std::move(other);
+        cut = std::move(left);
     }
     bool inTextField() const override { return focused; }
     FieldState fieldState() const override
@@ -42,7 +43,7 @@ public:
     }
 
     Handler handler;
-    std::function<void()> before;
+    std::function<void()> before, cut;
     bool focused = true;
     QObject field;
     QString text, pressed; ///< typed into the field; pressed on another focused widget
@@ -96,6 +97,26 @@ struct ScanDesk {
 };
 
 const QString link = u"https://GO.Corvallon.example/i48213"_s;
+
+TEST(ScanWedgeListener, AScanThatADialogMayHaveCutAsksForNoInvoice)
+{
+    for (const bool ends : {false, true}) {
+        ScanDesk desk;
+        desk.keyboard.text = u"Smith"_s;
+        desk.type(link.chopped(2), 8ms);
+        desk.keyboard.cut();
+        if (ends)
+            desk.pressReturn(8ms);
+        desk.clock.advance(1s);
+        EXPECT_THAT(desk.scans, IsEmpty()) << ends;
+        EXPECT_THAT(desk.noises, ElementsAre(link.chopped(2)));
+        EXPECT_EQ(desk.keyboard.text, u"Smith");
+        desk.keyboard.cut(); // between two scans
+        desk.type(link, 8ms);
+        desk.pressReturn(8ms);
+        EXPECT_THAT(desk.scans, ElementsAre(link));
+    }
+}
 
 TEST(ScanWedgeListener, AScanIsReadWholeAndLeavesTheFieldUnchanged)
 {

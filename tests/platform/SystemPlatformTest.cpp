@@ -18,11 +18,15 @@
 #undef signals
 #include "practice/LoopbackServer.h"
 
+#include <QStandardPaths>
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QTimer>
 
+#include <sys/stat.h>
+
 #include <atomic>
+#include <mutex>
 #include <string>
 #include <thread>
 
@@ -75,6 +79,29 @@ TEST(SettingsPreferences, KeepsTypesOverARestart)
         EXPECT_EQ(afterRestart(settings::rotate180, value), value);
 }
 
+TEST(SettingsPreferences, OpenWhateverIsInPlaceOfTheFile)
+{
+    const QTemporaryDir home;
+    const auto restored = qScopeGuard([usual = qgetenv("HOME")] { qputenv("HOME", usual); });
+    qputenv("HOME", home.path().toUtf8());
+    const QDir folder(QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation));
+    ASSERT_TRUE(folder.path().startsWith(home.path()) && folder.mkpath(u"Corvallon/parcelory.conf.lock"_s));
+    for (const QString &name : {u"Corvallon.conf"_s, u"Corvallon/parcelory.conf"_s, u"practice.ini"_s})
+        ASSERT_EQ(::mkfifo(QFile::encodeName(folder.filePath(name)).constData(), 0600), 0) << name.toStdString();
+    ASSERT_TRUE(QFile::link(u"/dev/zero"_s, folder.filePath(u"endless.ini"_s)));
+    SettingsPreferences opened[] = {SettingsPreferences(), SettingsPreferences(folder.filePath(u"practice.ini"_s)),
+                                    SettingsPreferences(folder.filePath(u"endless.ini"_s))};
+    for (SettingsPreferences &preferences : opened) {
+        write(preferences, settings::rotate180, false);
+        EXPECT_FALSE(read(preferences, settings::rotate180));
+    }
+    for (const auto &[name, count] : {std::pair(u"."_s, 3), std::pair(u"Corvallon"_s, 2)}) {
+        const QDir inside(folder.filePath(name));
+        EXPECT_EQ(inside.entryList({u"*.unreadable-*"_s}, QDir::AllEntries | QDir::System).size(), count);
+    }
+    EXPECT_EQ(QFileInfo(folder.filePath(u"practice.ini"_s)).permissions() & 0x77, 0) << "only for its owner";
+}
+
 TEST(SystemProcesses, ReportsStatusAndBothChannelsWhole)
 {
     const auto shell = [](const QString &script) { return SystemProcesses().run(u"/bin/sh"_s, {u"-c"_s, script}); };
@@ -90,6 +117,11 @@ TEST(SystemProcesses, ReportsStatusAndBothChannelsWhole)
     EXPECT_EQ(much.out.size(), 500'000);
     EXPECT_EQ(much.err.size(), 500'000);
     EXPECT_EQ(SystemProcesses().run(u"/bin/echo"_s, {u"a  b; $HOME *"_s}).out, "a  b; $HOME *\n");
+    EXPECT_EQ(SystemProcesses()
+                  .runOpener(u"/bin/sh"_s, {u"-c"_s, u"test /dev/stdout -ef /dev/null -a /dev/stderr -ef /dev/null"_s},
+                             std::chrono::hours(1))
+                  .status,
+              0);
     EXPECT_THROW(SystemProcesses().run(u"/nowhere/lpr"_s, {}), AppError);
     EXPECT_THROW(SystemProcesses().run(u"/bin/sleep"_s, {u"3600"_s}, {}, std::chrono::milliseconds(50)),
                  ProcessTimedOut);

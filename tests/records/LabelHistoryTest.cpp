@@ -56,8 +56,9 @@ struct LabelHistoryTest : testing::Test {
 TEST_F(LabelHistoryTest, FindsTheLabelsOfADayAReferenceAndATransaction)
 {
     EXPECT_EQ(namesOf(*log.labelsOf(midnight.date())), u"Test Noon"_s);
-    EXPECT_EQ(namesOf(*log.labelsLike(u"INV-7"_s, midnight, false)), u"Imported Next Noon Late Past"_s);
-    EXPECT_EQ(namesOf(*log.labelsLike({}, midnight, true)), u"Test"_s);
+    const auto isAny = [](const ShipmentRecord &) { return true; };
+    EXPECT_EQ(namesOf(*log.labelsLike(u"INV-7"_s, midnight, false, isAny)), u"Imported Next Noon Late Past"_s);
+    EXPECT_EQ(namesOf(*log.labelsLike({}, midnight, true, isAny)), u"Test"_s);
     EXPECT_EQ(namesOf(*log.openRefunds(1000, 50)), u"Next Late Past"_s);
     EXPECT_EQ(namesOf(*log.openRefunds(1000, 2)), u"Next Late"_s);
     EXPECT_EQ(found({.id = 3}), u"Test"_s);

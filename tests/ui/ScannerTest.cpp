@@ -88,6 +88,23 @@ TEST(Scanner, LeavesEveryKindOfFieldUnchanged)
     EXPECT_EQ(line->text(), u"Whitfield");
 }
 
+TEST(Scanner, ADialogThatOpensDuringAScanAsksForNoOtherInvoice)
+{
+    ScannerDesk desk;
+    desk.clock.advance(1s);
+    desk.typeAt(8ms, u"https://"_s + desk.world.deployment.shortLinkHost + u"/i482"_s, &desk.window());
+    spawn([&desk] { return desk.app().platform.prompts.alert(u"Attention"_s, u"Look."_s); });
+    QWidget *dialog = QApplication::activeModalWidget();
+    ASSERT_TRUE(dialog);
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(dialog));
+    desk.typeAt(8ms, u"13"_s, dialog);
+    desk.clock.advance(1s);
+    desk.settleAll();
+    EXPECT_EQ(desk.invoiceAskedFor(), u"Scanner");
+    EXPECT_TRUE(dialog->isVisible());
+    dialog->close();
+}
+
 TEST(Scanner, WorksInTheMainWindowWithAnyFocus)
 {
     ScannerDesk desk;

@@ -20,6 +20,8 @@
 #include "records/ShipmentStatus.h"
 #include "shell/ErrorLog.h"
 
+#include <QMap>
+
 #include <chrono>
 #include <optional>
 #include <utility>
@@ -41,6 +43,14 @@ void applyTransaction(ShipmentRecord &record, const ShippoTransaction &transacti
     record.customsDocURL = transaction.commercialInvoiceUrl.value_or(QString());
     if (const std::optional<RefundState> refund = refundStateOf(transactionStatus(transaction)))
         record.status = statusAfter(*refund, record.status);
+}
+
+/// False while the label is not made, and once its refund is asked for.
+bool isUsable(const ShippoTransaction &sale)
+{
+    const std::optional<RefundState> refund = refundStateOf(transactionStatus(sale));
+    return !sale.labelUrl.value_or(QString()).isEmpty() && refund != RefundState::pending &&
+           refund != RefundState::granted;
 }
 
 /// What the tag of the purchase tells, for a purchase whose entry in the journal could not be read.
@@ -139,9 +149,7 @@ Task<PurchaseResult> PurchaseFlow::complete(OpenPurchase purchase, std::optional
     if (transaction && entry.isUnreadable)
         applyTag(record, *transaction);
     for (const ShippoTransaction &sale : seconds) { // first, because a later start would not ask the carrier again
-        ShipmentRecord second = record;
-        applyTransaction(second, sale);
-        co_await logSecond(second);
+        const ShipmentRecord second = co_await logSecond(record, sale);
         result.seconds.append(second);
     }
     if (transaction)
@@ -186,6 +194,53 @@ Task<PurchaseResult> PurchaseFlow::complete(OpenPurchase purchase, std::optional
     co_return result;
 }
 
+Task<QList<ShipmentRecord>> PurchaseFlow::logRepeatedSales()
+{
+    const QList<ShippoTransaction> newest = co_await m_app.shippo.newestPurchases();
+    // Read after the list and before the log: a purchase that is finished by now is in the log, and an open purchase
+    // finds its own sales.
+    const QList<OpenPurchase> open = co_await onPool(m_app.journal, &PurchaseJournal::openPurchases);
+    QSet<QString> openRates;
+    for (const OpenPurchase &purchase : open)
+        openRates.insert(purchase.rateId);
+    QMap<QString, QList<ShippoTransaction>> salesByRate;
+    for (const ShippoTransaction &sale : newest) {
+        const QString rate = sale.rate.value_or(QString());
+        if (!rate.isEmpty() && !openRates.contains(rate) && transactionStatus(sale) != TransactionStatus::error)
+            salesByRate[rate].append(sale);
+    }
+    QList<ShipmentRecord> seconds;
+    for (const QList<ShippoTransaction> &sales : std::as_const(salesByRate)) {
+        if (sales.size() > 1)
+            seconds += co_await secondsAmong(sales);
+    }
+    co_return seconds;
+}
+
+/// Logs the sales of one rate that the mailing log lacks, if it has one of them. Otherwise another desk bought them.
+Task<QList<ShipmentRecord>> PurchaseFlow::secondsAmong(QList<ShippoTransaction> sales)
+{
+    std::optional<ShipmentRecord> first;
+    QList<ShippoTransaction> unlogged;
+    for (const ShippoTransaction &sale : sales) {
+        const ShipmentRecord asked{.createdAt = {}, .transactionID = sale.objectId};
+        const auto found = co_await onPool([&log = m_app.log, asked] { return log.find(asked); });
+        const std::optional<ShipmentRecord> row = found.orThrow();
+        if (row)
+            first = row;
+        else if (isUsable(sale))
+            unlogged.append(sale);
+    }
+    QList<ShipmentRecord> seconds;
+    for (const ShippoTransaction &sale : unlogged) {
+        if (!first)
+            break;
+        const ShipmentRecord second = co_await logSecond(*first, sale);
+        seconds.append(second);
+    }
+    co_return seconds;
+}
+
 Task<OpenPurchase> PurchaseFlow::noted(OpenPurchase purchase, LookupAnswer answer)
 {
     if (answer.verdict == LookupAnswer::Verdict::unknown && answer.transaction &&
@@ -196,14 +251,22 @@ Task<OpenPurchase> PurchaseFlow::noted(OpenPurchase purchase, LookupAnswer answe
     co_return purchase;
 }
 
-Task<> PurchaseFlow::logSecond(ShipmentRecord record)
+/// Logs a further sale of the rate of `first`, which was not asked for.
+Task<ShipmentRecord> PurchaseFlow::logSecond(ShipmentRecord first, ShippoTransaction sale)
 {
-    record.customsPDF = std::nullopt; // the papers name the other label
+    ShipmentRecord second = first;
+    second.id = 0; // a row of its own
+    second.status = wordOf(LogStatus::printed);
+    second.refund.clear();
+    second.zpl = std::nullopt;
+    second.customsPDF = std::nullopt; // the papers name the other label
+    applyTransaction(second, sale);
     const QString reason =
-        co_await onPool([&log = m_app.log, record] { return log.insertOnce(record) ? QString() : log.lastError(); });
-    m_app.errors.record(buyContext, PurchaseTexts::secondError(record), Popup::yes);
+        co_await onPool([&log = m_app.log, second] { return log.insertOnce(second) ? QString() : log.lastError(); });
+    m_app.errors.record(buyContext, PurchaseTexts::secondError(second), Popup::yes);
     if (!reason.isEmpty())
-        m_app.errors.record(u"Mailing Log"_s, PurchaseTexts::notLoggedError(record, reason), Popup::yes);
+        m_app.errors.record(u"Mailing Log"_s, PurchaseTexts::notLoggedError(second, reason), Popup::yes);
+    co_return second;
 }
 
 /// Throws AppError for anything that is not a whole label.

@@ -6,6 +6,7 @@
 #include "support/MailingLogDesk.h"
 
 #include <sys/resource.h>
+#include <sys/stat.h>
 
 #include <csignal>
 
@@ -291,6 +292,8 @@ TEST_F(AfterSaleTest, NothingIsRequestedUnlessItIsNotedAndStillTrue)
 TEST_F(AfterSaleTest, ARefundMayStillArriveAndIsNotSettledTwice)
 {
     const ShipmentRecord label = bought();
+    clock.advance(std::chrono::seconds(62));
+    checkAgain(); // for second labels: it must not take the answers below
     const auto openAfterSync = [&] {
         answer("transactions", R"({"object_id": "t", "status": "SUCCESS"})");
         sync();
@@ -325,6 +328,15 @@ TEST_F(AfterSaleTest, WhatCannotBeReadOrWrittenIsSaid)
     setrlimit(RLIMIT_FSIZE, &usual);
     std::signal(SIGXFSZ, handler);
     EXPECT_FALSE(QFile::exists(path(u"full.csv"_s)));
+    for (const mode_t mask : {0022, 0077}) { // an export is for other people, too, if the clerk's umask says so
+        const QString exported = path(u"for-%1.csv"_s.arg(mask));
+        const mode_t usualMask = ::umask(mask);
+        saveBytes(exported, "rows");
+        ::umask(usualMask);
+        struct stat facts{};
+        ASSERT_EQ(::stat(QFile::encodeName(exported).constData(), &facts), 0);
+        EXPECT_EQ(facts.st_mode & 0777, 0666 & ~mask);
+    }
 
     EXPECT_TRUE(Database(path(u"mailing_log.sqlite"_s)).exec("DROP TABLE shipments"));
     prompts.file = path(u"out.csv"_s);

@@ -17,11 +17,11 @@ protected:
         runUntil([this] { return !screen().secondLabel.value().isEmpty(); });
     }
     /// A purchase whose response is lost; then the list of transactions fails.
-    void losePurchase(int listStatus)
+    void losePurchase(int listStatus, const QByteArray &body = "no")
     {
         composeAndRate(homeAddress());
         pressUnheard();
-        carrier.setScenario(answering("transactions", listStatus, "no", "GET", 1000));
+        carrier.setScenario(answering("transactions", listStatus, body, "GET", 1000));
     }
 };
 
@@ -113,6 +113,19 @@ TEST_F(DoubtfulPurchaseTest, TheClerkResolvesAPurchaseByHand)
         EXPECT_TRUE(errors->entries().first().detail.startsWith(u"Resolved by hand, "_s));
         screen().clearDraft();
     }
+}
+
+TEST_F(DoubtfulPurchaseTest, TheMonthsEndNeedsTheCarriersAnswer)
+{
+    losePurchase(500, "{}");
+    clock.start = clock.start.addDays(31);
+    for (int look = 0; look < 4; ++look)
+        checkAgain();
+    EXPECT_EQ(purchases().unresolved.value().size(), 1) << "the desk's clock alone ends nothing";
+    carrier.setScenario(answering("transactions", 403, "{}", "GET", 1000));
+    checkAgain();
+    EXPECT_TRUE(purchases().unresolved.value().isEmpty());
+    EXPECT_TRUE(errors->entries().first().detail.startsWith(u"The outcome of this purchase was never found: "_s));
 }
 
 } // namespace parcelory::test

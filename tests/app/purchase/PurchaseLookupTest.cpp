@@ -50,7 +50,8 @@ TEST_F(PurchaseLookupTest, OnlyAListThatAnswersTellsAndOnlyLaterThatNothingWasBo
         {200, list(other), true, notBought, false},
         {200, list(failed), true, notBought, false},
         {200, R"({"next": "transactions?results=100", "results": [{"object_id": "o", "status": "SUCCESS"}]})", true,
-         unknown, true}, // a list without an end
+         unknown, true},                                                                 // a list without an end
+        {200, R"({"next": "transactions?page=2", "results": []})", true, unknown, true}, // its rest is not known
         {200, "no list", true, unknown, true},
         {403, "{}", true, unknown, true},
         {404, "{}", true, unknown, true},
@@ -59,6 +60,7 @@ TEST_F(PurchaseLookupTest, OnlyAListThatAnswersTellsAndOnlyLaterThatNothingWasBo
     };
     OpenPurchase purchase{.askedAt = clock.now(), .rateId = u"r"_s, .keyName = app->keys.activeName()};
     purchase.record.testMode = true;
+    purchase.ratedAt = clock.now();
     const auto lookUp = [&](bool isLate) {
         return runTask(lookUpPurchase(*app, purchase, clock.steadyNow().addSecs(isLate ? -61 : 0)), &clock);
     };
@@ -96,12 +98,18 @@ TEST_F(PurchaseLookupTest, ALabelIsFoundAmongNewerLabelsWhateverTheDesksClock)
 
 TEST_F(PurchaseLookupTest, BothLabelsOfARepeatedRequestAreLoggedAndTheSecondIsToBeRefunded)
 {
-    for (const bool isLate : {false, true}) { // found while the clerk waits, or by a later check
-        const ShippoAddress to = homeOf(isLate ? u"Late"_s : u"Soon"_s);
-        composeAndRate(to);
-        carrier.setScenario({.dropConnection = isLate, .droppedPath = "transactions/", .repeatsPurchases = true});
-        pressBuy();
+    // The response is lost, and the sales are found while the clerk waits or by a later check. Or it arrives as usual.
+    for (const QString &kind : {u"Soon"_s, u"Late"_s, u"Usual"_s}) {
+        const ShippoAddress to = homeOf(kind);
         carrier.setScenario({});
+        composeAndRate(to);
+        carrier.setScenario({.dropConnection = kind == u"Late",
+                             .droppedPath = kind == u"Usual" ? "" : "transactions/",
+                             .repeatsPurchases = true});
+        pressBuy();
+        EXPECT_EQ(purchases().resolved.value().isEmpty(), kind != u"Soon") << kind.toStdString();
+        carrier.setScenario({});
+        clock.advance(62s);
         checkAgain();
         const QList<ResolvedPurchase> told = purchases().resolved;
         const auto second = std::ranges::find_if(told, &ResolvedPurchase::isSecond);
@@ -118,6 +126,8 @@ TEST_F(PurchaseLookupTest, BothLabelsOfARepeatedRequestAreLoggedAndTheSecondIsTo
         }));
         for (const ResolvedPurchase &purchase : told)
             purchases().dismiss(purchase);
+        clock.advance(62s);
+        checkAgain(); // a second label is told once
         EXPECT_TRUE(purchases().resolved.value().isEmpty());
         EXPECT_TRUE(app->journal.openPurchases().isEmpty());
     }

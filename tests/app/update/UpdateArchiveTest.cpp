@@ -153,12 +153,14 @@ TEST_F(UpdateDesk, StartsTheNewAppIfTheInstalledAppWasMovedMeanwhile)
         sh(u"rm -rf Applications elsewhere kxupdate-1 started"_s);
         make(installed, 1);
         make(staged, 2);
+        write(u"kxupdate-1/lock"_s, "");
         ASSERT_EQ(sh(QString::fromLatin1(row.moved)), 0);
         EXPECT_EQ(sh(QStringLiteral("PATH=$PWD:$PATH exec /bin/sh " PARCELORY_SOURCE_DIR "/src/shell/swap.sh 4194305 "
                                     "\"$PWD/Applications/Parcelory.app\" \"$PWD/kxupdate-1/Parcelory.app\"")),
                   row.status);
         runUntil([&] { return read(u"started"_s) == "v2\n"; });
         EXPECT_EQ(read(programIn(row.at)), program(2));
+        EXPECT_EQ(sh(u"test -e kxupdate-1/lock"_s), 1) << "a folder with a lock may be swept";
     }
 }
 

@@ -186,6 +186,23 @@ TEST_F(UpdateDesk, DeletesNoFolderButItsOwn)
     EXPECT_EQ(read(u"site/precious"_s), "kept");
 }
 
+TEST_F(UpdateDesk, SweepsOnlyOldFoldersThatNoProgramUses)
+{
+    const QString old = u"kxupdate-0a1b2c3d-0000-4000-8000-000000000001"_s, link = old.chopped(1) + u'2',
+                  kept = old.chopped(1) + u'3', fresh = old.chopped(1) + u'4', foreign = u"kxupdate-mine"_s;
+    for (const QString &name : {old, kept, fresh, foreign})
+        sh(u"mkdir -p tmp/%1/Parcelory.app; touch tmp/%1/lock"_s.arg(name));
+    EXPECT_THAT(install(publish()), HasSubstr("ready to install"));
+    const QString current = QFileInfo(*checker.stagedHelper).dir().dirName();
+    ASSERT_EQ(sh(u"ln -s ../site tmp/%1; touch site/lock; touch -d '2 days ago' tmp/*/lock; rm tmp/%2/lock; "
+                 "touch tmp/%3/lock"_s.arg(link, kept, fresh)),
+              0);
+    run(UpdateChecker::sweep());
+    EXPECT_THAT(entries(u"tmp"_s), UnorderedElementsAre(current, link, kept, fresh, foreign));
+    EXPECT_TRUE(QFileInfo::exists(*checker.stagedHelper));
+    EXPECT_NE(read(u"site/parcelory-latest.json"_s), "");
+}
+
 TEST_F(UpdateDesk, IsStoppedWhenTheProgramExits)
 {
     checker.available = publish();

@@ -82,12 +82,14 @@ TEST_F(UpdateRestart, BringsTheDraftBackOnce)
         label().reference = u"48213"_s;
         label().keepRecipient = false;
         label().validationOK = true;
+        app->scannedInvoice = DesklineInvoice{.invoiceID = u"48213"_s, .tracking = u"9405"_s};
         const SavedDraft draft = label().saved();
         restart();
         EXPECT_EQ(application.started.size(), 1);
         application.started.clear();
         start();
         EXPECT_EQ(label().saved(), draft);
+        EXPECT_EQ(label().invoiceTracking(), u"9405"_s) << "the invoice has a label";
         EXPECT_EQ(label().mailpiece.value(), mailpiece);
         EXPECT_EQ(label().customs.value().signer, u"Ana Ortiz"_s);
         EXPECT_FALSE(label().validationOK) << "the carrier checks the address again";
