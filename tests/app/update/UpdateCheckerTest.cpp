@@ -7,6 +7,7 @@
 #include <sys/stat.h>
 
 namespace parcelory::test {
+using testing::UnorderedElementsAre;
 
 TEST(UpdateFeed, ComparesVersionsNumberByNumber)
 {
