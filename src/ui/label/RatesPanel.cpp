@@ -216,8 +216,10 @@ void RatesPanel::refreshLastLabel()
     const std::optional<LastLabel> last = m_screen.lastLabel;
     m_lastLabel->setVisible(last.has_value());
     enableUnless(m_screen.busy ? notWhileBusy : QString(), m_reprint, m_copy);
-    if (!last)
+    if (!last) {
+        m_lastLabel->setAccessibleName({});
         return;
+    }
     m_lastPrice->setText(u'$' + fixed(last->record.postage, 2));
     m_lastName->setFullText(last->recipient.section(u" · "_s, 0, 0));
     m_lastPlace->setText(last->recipient.section(u" · "_s, 1));
