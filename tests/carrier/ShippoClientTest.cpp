@@ -122,8 +122,7 @@ TEST_F(ShippoClientTest, DescribesEveryKindOfBadResponseWithoutTheToken)
     }
     desk.carrier.setScenario({.dropConnection = true});
     const QString dropped = failureOf(client.rates(parcel()));
-    EXPECT_TRUE(dropped.contains(u"gave no answer"_s)) << dropped.toStdString();
-    EXPECT_FALSE(dropped.contains(u"shippo_test"_s));
+    EXPECT_EQ(dropped, u"No answer from the carrier — check the network."_s);
 }
 
 TEST_F(ShippoClientTest, KeepsTheTokenAndTheStatusWhereTheyBelong)
@@ -323,7 +322,7 @@ TEST_F(ShippoClientTest, FetchesDocumentsWithoutTheTokenAndReportsABadLink)
     desk.carrier.setScenario({.labelAnswer = LabelAnswer::expired});
     EXPECT_EQ(failureOf(client.downloadLabel(*bought.labelUrl)), u"Shippo HTTP 403: label download"_s);
     desk.carrier.setScenario({.labelAnswer = LabelAnswer::brokenOff});
-    EXPECT_TRUE(failureOf(client.downloadLabel(*bought.labelUrl)).contains(u"gave no answer"_s));
+    EXPECT_TRUE(failureOf(client.downloadLabel(*bought.labelUrl)).startsWith(u"No answer"_s));
     for (const QString &bad : {u""_s, u"not a link"_s, u"/relative"_s})
         EXPECT_EQ(failureOf(client.downloadLabel(bad)), u"Bad label URL"_s);
     const QString notEncrypted = u"the carrier's link is not encrypted, so it was not followed"_s;

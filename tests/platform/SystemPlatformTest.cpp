@@ -1,6 +1,7 @@
 // The adapters to the real machine: preference file, child processes, network.
 
 #include "core/AppError.h"
+#include "core/ErrorDetail.h"
 #include "core/Setting.h"
 #include "core/SettingsKeys.h"
 #include "core/ports/HttpTransport.h"
@@ -183,7 +184,8 @@ struct NetworkTransportTest : testing::Test {
         try {
             return u"answered with %1"_s.arg(get(url, withToken).status);
         } catch (const AppError &error) {
-            return error.description();
+            const QString detail = detailOf(error);
+            return detail.isEmpty() ? error.description() : u"%1 [%2]"_s.arg(error.description(), detail);
         }
     }
 
@@ -220,10 +222,12 @@ TEST_F(NetworkTransportTest, ReportsErrorsWithoutRevealingSecrets)
     const QString nobody = u"http://127.0.0.1:1/secret"_s;
     const QString silent = u"http://127.0.0.1:%1/secret"_s.arg(mute.serverPort());
 
-    EXPECT_THAT(failure(nobody, true).toStdString(), testing::StartsWith("127.0.0.1 could not be reached ("));
+    EXPECT_THAT(failure(nobody, true).toStdString(),
+                testing::StartsWith("The carrier can't be reached — check the network and try again. [127.0.0.1: "));
     EXPECT_FALSE(failure(nobody, true).contains(u"secret"_s));
     QObject::connect(&mute, &QTcpServer::newConnection, &mute, [this] { clock.advance(std::chrono::seconds(60)); });
-    EXPECT_EQ(failure(silent, true), u"127.0.0.1 did not answer within 60 seconds — check the network."_s);
+    EXPECT_EQ(failure(silent, true),
+              u"No answer from the carrier within 60 seconds — check the network. [127.0.0.1]"_s);
 }
 
 TEST_F(NetworkTransportTest, ATrickleAndAnEndlessAnswerAreGivenUp)
@@ -243,7 +247,7 @@ TEST_F(NetworkTransportTest, ATrickleAndAnEndlessAnswerAreGivenUp)
         pace.start(0);
     });
     EXPECT_EQ(failure(u"http://127.0.0.1:%1/"_s.arg(trickle.serverPort())),
-              u"127.0.0.1 did not answer within 60 seconds — check the network."_s);
+              u"No answer from the carrier within 60 seconds — check the network. [127.0.0.1]"_s);
     EXPECT_EQ(sent, 60);
     pace.stop();
 
@@ -292,9 +296,11 @@ TEST_F(NetworkTransportTest, TheTokenIsNotSentToAnotherServer)
     (*server).Get("/moved", [](const httplib::Request &, httplib::Response &r) { r.set_redirect("/file"); });
 
     EXPECT_EQ(get(server.url(u"/moved"_s), true).body, "ShippoToken secret");
-    EXPECT_THAT(failure(server.url(u"/away"_s), true).toStdString(), testing::HasSubstr("gave no answer"));
+    EXPECT_THAT(failure(server.url(u"/away"_s), true).toStdString(),
+                testing::StartsWith("No answer from the carrier — check the network. [127.0.0.1: "));
     EXPECT_EQ(seen, QStringList());
-    EXPECT_THAT(failure(server.url(u"/away"_s)).toStdString(), testing::HasSubstr("gave no answer"));
+    EXPECT_THAT(failure(server.url(u"/away"_s)).toStdString(),
+                testing::StartsWith("No answer from the carrier — check the network. [127.0.0.1: "));
     EXPECT_EQ(seen, QStringList()) << "the practice desk does not follow a redirect to another server";
 }
 

@@ -149,7 +149,7 @@ Task<> InvoiceFlow::report(QString id, std::exception_ptr failure)
         renewed = co_await m_app.renewSession();
     if (isGivenUp())
         co_return;
-    const QString note = renewed ? u"Parcelory has signed in again by itself: scan the invoice again."_s : QString();
+    const QString note = renewed ? u"Parcelory signed in again. Scan the invoice again."_s : QString();
     const bool isSessionOver = isExpiredSession(failure) && !renewed;
     try {
         std::rethrow_exception(failure);

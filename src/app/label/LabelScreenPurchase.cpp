@@ -150,8 +150,7 @@ Task<bool> LabelScreen::mayBuy(PreparedPurchase purchase, bool testMode, QString
         co_return true;
     }
     if (purchase.edits != edits)
-        warn(u"The label for %1 was not bought, because the form was changed meanwhile: %2"_s.arg(purchase.to.name,
-                                                                                                  warning));
+        warn(u"The label for %1 was not bought — the form was changed meanwhile: %2"_s.arg(purchase.to.name, warning));
     else
         showSecondLabel(warning, true);
     co_return false;
@@ -174,7 +173,7 @@ Task<> LabelScreen::buy(PreparedPurchase purchase)
     SaleResult sale = co_await purchases.flow().request(entry, purchase.tag());
     if (sale.kind == SaleResult::Kind::unknown) {
         clearRates(); // buying again requires new rates, and thereby a moment's thought
-        warn(sale.text + u" Asking the carrier whether the label was bought…"_s);
+        warn(sale.text + u" Checking whether the label was bought…"_s);
         sale = co_await purchases.flow().lookFor(sale);
     }
     entry = sale.entry;

@@ -64,7 +64,7 @@ OfferedRates offeredRates(Carrier carrier, const QList<ShippoRate> &all)
             offered.rates.append(rate);
     }
     if (!unpriced.isEmpty())
-        offered.leftOut = u"Rates without a price that can be read were left out: "_s + unpriced.join(u", "_s) + u'.';
+        offered.leftOut = u"Rates without a readable price were left out: "_s + unpriced.join(u", "_s) + u'.';
     else if (qsizetype(byPrice.size()) > most)
         offered.leftOut = u"Only the %1 cheapest of %2 rates are shown."_s.arg(most).arg(byPrice.size());
     return offered;

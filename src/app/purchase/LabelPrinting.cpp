@@ -37,7 +37,7 @@ void requireWholeLabel(const LabelFile &label)
 Task<QByteArray> downloadAgain(AppState &app, QString url)
 {
     if (url.isEmpty()) // an imported shipment: not a failure that support could fix
-        throw ShippoError::validation(u"The mailing log has neither this label nor its download link."_s);
+        throw ShippoError::validation(u"No copy of this label is stored, so it can't be reprinted."_s);
     QByteArray label = co_await app.shippo.downloadLabel(url);
     requireWholeLabel(parseLabel(label));
     co_return label;
@@ -92,7 +92,7 @@ Task<QString> reprintLabel(AppState &app, ShipmentRecord record)
 Task<QByteArray> downloadCustoms(AppState &app, ShipmentRecord record)
 {
     if (record.customsDocURL.isEmpty())
-        throw ShippoError::validation(u"the mailing log has neither the papers nor their download link."_s);
+        throw ShippoError::validation(u"no copy of the papers is stored, so they can't be reprinted."_s);
     const QByteArray document = co_await app.shippo.downloadLabel(record.customsDocURL);
     if (!parseLabel(document).isWholePdf())
         throw AppError(u"the carrier's file is not a complete PDF document"_s);

@@ -61,8 +61,8 @@ Task<qint64> Purchases::begin(OpenPurchase purchase)
     // The list may have been loaded since the button was pressed.
     if (const std::optional<UnresolvedPurchase> pending = unresolvedFor(purchase.recipient);
         pending && !pending->isInconclusive)
-        throw AppError(u"An earlier purchase for this recipient is still unresolved. Parcelory asks the carrier "
-                       "about it now; nothing was bought."_s);
+        throw AppError(u"We don't know yet if this recipient's last label was bought. Parcelory is asking the "
+                       "carrier; nothing was bought."_s);
     co_return co_await m_flow.begin(purchase);
 }
 
@@ -128,12 +128,11 @@ Task<> Purchases::resolveByHand(qint64 id, ByHand outcome)
     const bool haveLabel = outcome == ByHand::haveLabel;
     const int answer = co_await m_app.platform.prompts.choose(
         {.title = haveLabel ? u"You Have This Label?"_s : u"This Label Was Not Bought?"_s,
-         .text =
-             PurchaseTexts::title(purchase.record) +
-             (haveLabel ? u"\n\nParcelory stops asking Shippo. The label is not in the mailing log: find it in the "
-                          "Master Log."_s
-                        : u"\n\nParcelory stops asking Shippo. If the label was bought after all, it is paid for and "
-                          "not in the mailing log."_s),
+         .text = PurchaseTexts::title(purchase.record) +
+                 (haveLabel ? u"\n\nParcelory stops checking. The label is not in the mailing log: find it in the "
+                              "Master Log."_s
+                            : u"\n\nParcelory stops checking. If the label was bought after all, it is paid for and "
+                              "not in the mailing log."_s),
          .choices = {u"Keep Checking"_s, haveLabel ? u"I Have the Label"_s : u"It Was Not Bought"_s},
          .safeChoice = 0});
     if (answer != 1)

@@ -155,7 +155,7 @@ void MailingLogView::refreshTexts()
     m_empty->set(search.isEmpty() ? u"ui_invoice"_s : u"ui_search"_s,
                  isUnread ? u"The mailing log can't be read now."_s
                  : search.isEmpty()
-                     ? u"Every label that is bought at this desk will be listed here."_s
+                     ? u"Labels bought at this desk are listed here."_s
                      : u"No shipment matches “%1”."_s.arg(breakable(firstCharacters(search.left(400), 60))));
     m_count->setText(m_screen.countText());
 }

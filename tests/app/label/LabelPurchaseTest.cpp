@@ -260,7 +260,7 @@ TEST_F(LabelPurchaseTest, ARejectedPurchaseKeepsTheRatesAndAnUnresolvedPurchaseD
     refusedPoll.failNext = CarrierFailure{"transactions/", 429, "text/plain", "slow down", 1, "GET"};
     carrier.setScenario(refusedPoll);
     pressBuy();
-    EXPECT_TRUE(banner().contains(u", transaction "_s)) << banner().toStdString();
+    EXPECT_TRUE(errors->entries().first().detail.contains(u", transaction "_s)) << banner().toStdString();
     EXPECT_FALSE(screen().selectedRate()) << "the carrier had accepted the purchase before it refused the lookup";
     EXPECT_FALSE(screen().busy.value());
 }

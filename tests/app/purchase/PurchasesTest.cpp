@@ -96,7 +96,11 @@ TEST_F(PurchasesTest, BuyingIsDisabledForTheRecipientWhileTheCarrierIsUnreachabl
     rate();
     carrier.setScenario({.dropConnection = true}); // it still sells the label
     press();
-    EXPECT_TRUE(banner().contains(u"The label may still have been bought"_s)) << banner().toStdString();
+    EXPECT_TRUE(banner().endsWith(
+        u"We don't know yet if this label was bought. Don't buy it again — Parcelory keeps checking."_s))
+        << banner().toStdString();
+    const OpenPurchase open = app->journal.openPurchases().first();
+    EXPECT_TRUE(errors->entries().first().detail.contains(u"rate "_s + open.rateId)) << "support can find it";
     EXPECT_TRUE(screen().isBuyClosed());
     EXPECT_TRUE(logged().isEmpty());
     app->draftTo = londonAddress();

@@ -92,7 +92,7 @@ TEST_F(ScanFormFlowTest, AScanFormWhoseResponseIsLostIsFetchedWithTheNextPress)
     answer("manifests", {}, 500);
     make();
     make();
-    EXPECT_TRUE(app->scanFormStatus.value().startsWith(u"It is not known yet whether the SCAN form of "_s));
+    EXPECT_TRUE(app->scanFormStatus.value().startsWith(u"We don't know yet if the SCAN form of "_s));
     clock.advance(std::chrono::seconds(61));
     make();
     EXPECT_EQ(app->scanForms.finished(9)->size(), 2);
