@@ -46,6 +46,7 @@ AppState::AppState(Platform &host)
     scanListener.onScan = [this](const QString &code) { handleInvoiceScan(code); };
     scanListener.onNoise = [this](const QString &heard) { reportScanNoise(heard); };
     scanListener.start();
+    m_scanFormWatch = scanFormStatus.addNotifier([this] { m_scanFormDay = platform.clock.now().date(); });
 }
 
 AppState::~AppState()
@@ -69,11 +70,17 @@ void AppState::fillRecipient(const PostalContact &contact)
     ShippoAddress recipient = contact.asShippoAddress();
     recipient.company = sanitizer.sanitize(recipient.company);
     fillDraft(recipient, QString()); // an address book recipient has no invoice number
+    emit recipientTaken();
 }
 
 Task<> AppState::signIn(QString user, QString pass, bool remember)
 {
     co_await m_signIn->signIn(user, pass, remember);
+}
+
+void AppState::cancelSignIn()
+{
+    m_signIn->cancel();
 }
 
 Task<> AppState::attemptAutoLogin()
@@ -106,6 +113,8 @@ void AppState::signInAgain()
     loginError = std::nullopt;
     setScanStatus(StatusKind::none, QString());
     scannedInvoice = std::nullopt; // the next clerk did not request it
+    if (!scanFormBusy)
+        scanFormStatus = QString();
     auth.clear();
 }
 
@@ -127,6 +136,11 @@ void AppState::fillFromInvoice(const DesklineInvoice &invoice)
 Task<> AppState::createScanForm(ShippoAddress from)
 {
     co_await m_scanForm->create(from);
+}
+
+QString AppState::scanFormNews() const
+{
+    return m_scanFormDay == platform.clock.now().date() ? scanFormStatus.value() : QString();
 }
 
 Task<> AppState::syncRefundStatuses()

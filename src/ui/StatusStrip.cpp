@@ -45,6 +45,8 @@ StatusStrip::StatusStrip(AppState &app, KeysScreen &keys, AddressBook &book, QWi
     row->addWidget(m_warning);
     row->addWidget(m_mode);
     row->addWidget(m_key);
+    for (QWidget *live : {m_printer, m_change})
+        setAccessibleRole(live, QAccessible::Notification);
     m_undo->setAccessibleName(u"Undo the change in the address book"_s);
     connect(m_undo, &QPushButton::clicked, this, [&book] { spawn([&book] { return book.undo(); }); });
     m_refresh.follow(app, keys, book);

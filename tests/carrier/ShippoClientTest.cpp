@@ -125,6 +125,32 @@ TEST_F(ShippoClientTest, DescribesEveryKindOfBadResponseWithoutTheToken)
     EXPECT_EQ(dropped, u"No answer from the carrier — check the network."_s);
 }
 
+TEST_F(ShippoClientTest, ThePracticeCarrierKeepsItsLabelsOverARestart)
+{
+    const QString kept = desk.path(u"practice_carrier.json"_s);
+    const auto next = std::make_unique<PracticeCarrier>();
+    ShippoTransaction sold;
+    {
+        PracticeCarrier first;
+        first.keepIn(kept);
+        desk.platform.deployment.carrierApi = first.baseUrl();
+        ShippoClient before(desk.platform, keys);
+        const ShippoShipment shipment = runTask(before.rates(parcel()), &desk.clock);
+        sold = runTask(before.purchase(shipment.rates.first().objectId, u"ZPLII"_s, {}), &desk.clock);
+    }
+    next->keepIn(kept);
+    desk.platform.deployment.carrierApi = next->baseUrl();
+    ShippoClient after(desk.platform, keys);
+    EXPECT_EQ(runTask(after.transaction(sold.objectId), &desk.clock).trackingNumber, sold.trackingNumber);
+    const QUrl label(*runTask(after.transaction(sold.objectId), &desk.clock).labelUrl);
+    EXPECT_EQ(label.port(), next->baseUrl().port()) << "its link leads to the new address";
+    EXPECT_TRUE(runTask(after.downloadLabel(label.toString()), &desk.clock).startsWith("^XA"));
+    EXPECT_TRUE(runTask(after.refund(sold.objectId), &desk.clock).status.has_value());
+    const ShippoShipment again = runTask(after.rates(parcel()), &desk.clock);
+    const auto second = runTask(after.purchase(again.rates.first().objectId, u"ZPLII"_s, {}), &desk.clock);
+    EXPECT_NE(second.trackingNumber, sold.trackingNumber);
+}
+
 TEST_F(ShippoClientTest, KeepsTheTokenAndTheStatusWhereTheyBelong)
 {
     answerWith(

@@ -8,6 +8,7 @@
 #include "core/ports/Preferences.h"
 #include "core/ports/ProcessRunner.h"
 #include "platform/NetworkTransport.h"
+#include "platform/RunningProgram.h"
 #include "platform/SettingsPreferences.h"
 #include "platform/SystemApplication.h"
 #include "platform/SystemClock.h"
@@ -23,9 +24,11 @@
 
 #include <QTcpServer>
 #include <QTcpSocket>
+#include <QTemporaryDir>
 #include <QTimer>
 
 #include <chrono>
+#include <future>
 #include <mutex>
 #include <string>
 #include <thread>
@@ -228,6 +231,29 @@ TEST_F(NetworkTransportTest, ReportsErrorsWithoutRevealingSecrets)
     QObject::connect(&mute, &QTcpServer::newConnection, &mute, [this] { clock.advance(std::chrono::seconds(60)); });
     EXPECT_EQ(failure(silent, true),
               u"No answer from the carrier within 60 seconds — check the network. [127.0.0.1]"_s);
+}
+
+TEST(RunningProgram, ASecondStartShowsTheFirstWindowAndWaitsForNobody)
+{
+    const QTemporaryDir folder;
+    const QDir data(folder.path());
+    RunningProgram first(data);
+    EXPECT_FALSE(first.handOver()) << "nobody runs";
+    int shown = 0;
+    first.accept([&shown] { ++shown; });
+    const auto start = [&data](std::chrono::milliseconds limit) {
+        auto result = std::async(std::launch::async, [&] { return RunningProgram(data).handOver(limit); });
+        runUntil([&result] { return result.wait_for(std::chrono::seconds(0)) == std::future_status::ready; });
+        return result.get();
+    };
+    EXPECT_TRUE(start(std::chrono::seconds(30)));
+    EXPECT_TRUE(start(std::chrono::seconds(30)));
+    EXPECT_EQ(shown, 2);
+
+    RunningProgram second(data); // this thread answers nobody while it waits
+    EXPECT_FALSE(second.handOver(std::chrono::milliseconds(20)));
+    second.accept([] { FAIL() << "the socket belongs to the first"; });
+    EXPECT_TRUE(start(std::chrono::seconds(30)));
 }
 
 TEST_F(NetworkTransportTest, ATrickleAndAnEndlessAnswerAreGivenUp)

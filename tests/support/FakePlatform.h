@@ -56,7 +56,7 @@ public:
         fileQuestions.append({title, proposed});
         co_return QString(file);
     }
-    Task<QString> openFile(QString title) override
+    Task<QString> openFile(QString title, QString) override
     {
         fileQuestions.append({title, {}});
         co_return QString(file);

@@ -80,8 +80,8 @@ const std::unordered_map<std::type_index, Change> &changes()
         changesOf<bool, int, double, qint64, QString, QByteArray, QDate, QUuid, AppFlow, MainTab, Carrier, ServiceClass,
                   ServiceOption, PostageMode, UpdatePhase, StatusKind, KeptRecipient, DraftField, MailpieceSelection,
                   Banner, PrinterMessage, UpdateInfo, KeyRow, ShippoRate, ShipmentRecord, LastLabel, DesklineInvoice,
-                  ScanForm, MasterEntry, PostalContact, ShippoAddress, CustomsInfo, SenderProfile, BoxProfile,
-                  UnresolvedPurchase, ResolvedPurchase>();
+                  ScanForm, MasterEntry, PostalContact, BookChange, QDateTime, ShippoAddress, CustomsInfo,
+                  SenderProfile, BoxProfile, UnresolvedPurchase, ResolvedPurchase>();
     return table;
 }
 

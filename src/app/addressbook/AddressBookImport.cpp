@@ -73,7 +73,7 @@ Task<> AddressBook::mergeAll(ReadAddresses read)
         }
         return store.merge(read.contacts);
     });
-    forgetUndo();
+    changes = QList<BookChange>(); // to restore an entry could undo a part of the import
     co_await load();
     QString summary = u"Imported %1 addresses (%2 duplicates skipped) — %3 total."_s.arg(merged.imported)
                           .arg(merged.skipped)
@@ -97,7 +97,8 @@ Task<> AddressBook::importEndicia()
     const auto done = qScopeGuard([this] { importing = false; });
     QString path = LocalAddressStore::endiciaPlistURL(m_app.platform.dataFolder).value_or(QString());
     if (path.isEmpty())
-        path = co_await m_app.platform.prompts.openFile(u"Pick Endicia's importedAddresses.plist"_s);
+        path = co_await m_app.platform.prompts.openFile(u"Pick Endicia's importedAddresses.plist"_s,
+                                                        u"Property lists (*.plist)"_s);
     if (path.isEmpty())
         co_return;
     const auto read = [path](Progress progress) {
@@ -112,7 +113,8 @@ Task<> AddressBook::importVCard()
         co_return;
     importing = true;
     const auto done = qScopeGuard([this] { importing = false; });
-    const QString path = co_await m_app.platform.prompts.openFile(u"Pick a vCard export (.vcf)"_s);
+    const QString path =
+        co_await m_app.platform.prompts.openFile(u"Pick a vCard export (.vcf)"_s, u"vCard files (*.vcf *.vcard)"_s);
     if (path.isEmpty())
         co_return;
     co_await importFrom([path](Progress progress) { return LocalAddressStore::importVCard(path, progress); },

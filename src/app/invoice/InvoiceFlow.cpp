@@ -127,12 +127,13 @@ Task<> InvoiceFlow::read(QString id)
         co_return;
     m_app.scanBusy = false;
     if (!failure && m_app.flow == AppFlow::main && m_app.draftReference.value() == id)
-        emit m_app.invoiceTaken();
+        emit m_app.recipientTaken();
 }
 
 void InvoiceFlow::take(const DesklineInvoice &invoice)
 {
     m_app.scannedInvoice = invoice;
+    m_app.invoiceSoldAt = QDateTime();
     m_app.fillFromInvoice(invoice);
     const QString note = joinPresent({missingParts(invoice.address), ignoredNote()}, u" "_s);
     m_app.setScanStatus(note.isEmpty() ? StatusKind::success : StatusKind::failure,

@@ -160,6 +160,7 @@ Task<> LabelScreen::buy(PreparedPurchase purchase)
 {
     OpenPurchase &entry = purchase.entry;
     PapersResult drawn;
+    noteHabits();
     if (entry.record.isIntl && purchase.carrier == Carrier::usps) { // only the draft has what the invoice needs
         drawn = co_await m_papers.drawInvoice(purchase.invoice);
         entry.record.customsPDF = drawn.document;
@@ -224,6 +225,11 @@ Task<> LabelScreen::finishPurchase(PreparedPurchase purchase, SaleResult sale, P
 void LabelScreen::showSold(const PreparedPurchase &purchase, const PurchaseResult &result)
 {
     const ShippoAddress &to = purchase.entry.recipient;
+    const std::optional<DesklineInvoice> &invoice = m_app.scannedInvoice.value();
+    if (invoice && invoice->invoiceID == purchase.parcel.reference.trimmed())
+        m_app.invoiceSoldAt = result.entry.record.createdAt;
+    if (result.isLogged)
+        emit m_app.labelLogged(result.entry.record.transactionID);
     clearSold(purchase);
     if (m_app.draftTo.value().isEmpty()) // the clerk has not begun the next parcel yet
         lastLabel =
@@ -282,6 +288,20 @@ Task<> LabelScreen::reprintLast()
     } catch (const AppError &error) {
         noteReprint(error.description(), false, wasPrinted);
         recordReprintFailure(m_app, error);
+    }
+}
+
+Task<> LabelScreen::reprintLastCustoms()
+{
+    if (busy || !hasLastCustoms())
+        co_return;
+    busy = true;
+    const auto done = qScopeGuard([this] { busy = false; });
+    try {
+        const QString printed = co_await reprintCustoms(m_app, lastLabel.value()->record);
+        noteOnLastLabel(printed);
+    } catch (const AppError &error) {
+        noteOnLastLabel(m_app.recorded(u"Customs Docs Reprint"_s, error, Popup::no));
     }
 }
 

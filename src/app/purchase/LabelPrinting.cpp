@@ -104,6 +104,24 @@ Task<QByteArray> downloadCustoms(AppState &app, ShipmentRecord record)
     co_return document;
 }
 
+Task<QString> printCustoms(AppState &app, QByteArray document)
+{
+    const bool sentToQueue = co_await printDocument(app, document);
+    co_return sentToQueue ? u"Customs docs sent to the printer."_s
+                          : u"Customs docs opened in Preview — set a document printer in Settings."_s;
+}
+
+Task<QString> reprintCustoms(AppState &app, ShipmentRecord record)
+{
+    const auto found = co_await onPool([&log = app.log, record] { return log.find(record); });
+    const ShipmentRecord row = found.orThrow().value_or(record);
+    const auto stored = co_await onPool(app.log, &ShipmentLog::customsPDF, row.id);
+    std::optional<QByteArray> document = stored.orThrow();
+    if (!document)
+        document = co_await downloadCustoms(app, row);
+    co_return co_await printCustoms(app, *document);
+}
+
 Task<bool> printDocument(AppState &app, QByteArray pdf)
 {
     const QString queue = read(app.platform.preferences, settings::documentQueue);

@@ -280,22 +280,23 @@ void Purchases::dismiss(ResolvedPurchase label)
 
 Task<> Purchases::print(ResolvedPurchase label)
 {
-    ResolvedPurchase after = label;
     const QString title = PurchaseTexts::title(label.record) + u": "_s;
     try {
         // Checked, because the label may be refunded or old by now. The first print of a new label shows no question.
         const QString printed = co_await reprintChecked(m_app, label.record);
         if (printed.isEmpty()) // canceled
             co_return;
-        after.text = title + printed;
-        after.isPrinted = true;
+        dismiss(label);
+        emit resolvedPrinted(title + printed);
+        co_return;
     } catch (const AppError &error) {
-        after.text = title + error.description();
         recordReprintFailure(m_app, error);
+        ResolvedPurchase after = label;
+        after.text = title + error.description();
+        QList<ResolvedPurchase> all = resolved;
+        std::ranges::replace(all, label, after);
+        resolved = all;
     }
-    QList<ResolvedPurchase> all = resolved;
-    std::ranges::replace(all, label, after);
-    resolved = all;
 }
 
 } // namespace parcelory

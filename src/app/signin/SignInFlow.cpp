@@ -7,6 +7,7 @@
 #include "core/Task.h"
 #include "shell/ErrorLog.h"
 
+#include <chrono>
 #include <optional>
 
 namespace parcelory {
@@ -29,17 +30,52 @@ QString signInFailure(const QString &formResult)
 
 } // namespace
 
+SignInFlow::~SignInFlow()
+{
+    m_app.platform.clock.cancel(m_tick);
+}
+
+void SignInFlow::cancel()
+{
+    if (!m_app.loginBusy)
+        return;
+    m_isCanceled = true;
+    m_app.auth.clear(); // ends the wait
+}
+
+void SignInFlow::countDown(int seconds)
+{
+    m_app.platform.clock.cancel(m_tick);
+    m_app.loginSecondsLeft = seconds;
+    if (seconds > 0)
+        m_tick = m_app.platform.clock.after(1s, [this, seconds] { countDown(seconds - 1); });
+}
+
+/// Waits for the page, and shows for how long at most.
+Task<bool> SignInFlow::waitFor(QString probe)
+{
+    countDown(int(std::chrono::seconds(pageWait).count()));
+    const bool holds = co_await m_app.auth.waitFor(probe, pageWait);
+    countDown(0);
+    co_return holds;
+}
+
 Task<> SignInFlow::signIn(QString user, QString pass, bool remember)
 {
     m_app.loginBusy = true;
     m_app.loginError = std::nullopt;
+    m_isCanceled = false;
     std::optional<Failure> failure;
     const bool reachable = co_await m_app.auth.isReachable(5s);
-    if (reachable)
+    if (m_isCanceled)
+        failure = Failure{};
+    else if (reachable)
         failure = co_await enter({user, pass});
     else
         failure = Failure{u"Can't reach deskline — connect to the VPN and try again."_s};
     m_app.loginBusy = false;
+    if (failure && m_isCanceled)
+        co_return;
     if (failure) {
         m_app.loginError = m_app.recorded(u"Sign-In"_s, AppError(failure->reason), Popup::no);
         if (failure->isRejection)
@@ -65,14 +101,14 @@ Task<std::optional<SignInFlow::Failure>> SignInFlow::enter(Credentials credentia
     const auto isStopped = [&auth = m_app.auth, visit = m_app.auth.visit()] {
         return auth.hasCrashed() || auth.visit() != visit; // says nothing about the password
     };
-    const bool formShown = co_await m_app.auth.waitFor(DesklineAuth::loginFormProbe, pageWait);
+    const bool formShown = co_await waitFor(DesklineAuth::loginFormProbe);
     if (isStopped())
         co_return Failure{pageStopped};
     if (!formShown)
         co_return Failure{
             u"Deskline is responding slowly — the login page didn't load after 40 seconds. Try again in a moment."_s};
     const QString result = co_await m_app.auth.fillLogin(credentials.user, credentials.password);
-    const bool ok = co_await m_app.auth.waitFor(DesklineAuth::signedInProbe, pageWait);
+    const bool ok = co_await waitFor(DesklineAuth::signedInProbe);
     if (isStopped())
         co_return Failure{pageStopped};
     if (ok)

@@ -11,9 +11,12 @@ namespace parcelory {
 class SignInFlow {
 public:
     explicit SignInFlow(AppState &app) : m_app(app) {}
+    ~SignInFlow();
 
     /// AppState::signIn().
     Task<> signIn(QString user, QString pass, bool remember);
+    /// AppState::cancelSignIn().
+    void cancel();
     /// AppState::attemptAutoLogin().
     Task<> signInAutomatically();
     /// AppState::renewSession().
@@ -27,8 +30,12 @@ private:
     };
     Task<std::optional<Failure>> enter(Credentials credentials);
     Task<> forgetRejected();
+    Task<bool> waitFor(QString probe);
+    void countDown(int seconds);
 
     AppState &m_app;
+    bool m_isCanceled = false;
+    quint64 m_tick = 0; ///< a timer
 };
 
 } // namespace parcelory

@@ -42,7 +42,7 @@ private:
     PanelFrame *m_lastLabel;
     Notice *m_lastTitle;
     TextLabel *m_lastPrice, *m_lastRecipient, *m_lastTracking, *m_lastMessage;
-    Button *m_reprint, *m_copy;
+    Button *m_reprint, *m_copy, *m_customs;
     RateList *m_list;
     EmptyState *m_empty;
     QWidget *m_checks;

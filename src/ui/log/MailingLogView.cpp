@@ -181,8 +181,12 @@ void MailingLogView::refreshFoot()
         m_table->setFocus();
     m_cancel->setVisible(progress.has_value());
     const QString message = m_screen.message;
-    if (message == m_message->text())
+    if (message == m_message->text() && m_screen.isFailure == m_showsFailure)
         return;
+    m_showsFailure = m_screen.isFailure;
+    const bool isFailure = m_screen.isFailure;
+    m_message->setLook(isFailure ? u"ui_warning"_s : u"ui_info"_s, isFailure ? &Tokens::warn : &Tokens::muted);
+    m_message->setTextInk(&Tokens::text);
     m_message->setText(message);
     if (!message.isEmpty())
         announce(m_message);

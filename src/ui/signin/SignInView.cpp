@@ -67,7 +67,9 @@ SignInView::SignInView(AppState &app, SignInScreen &screen, const QString &note,
     : PanelFrame(&Tokens::window, parent), m_app(app), m_screen(screen), m_name(new LineEdit(u"Email or user name"_s)),
       m_password(new LineEdit(u"Password"_s)), m_remember(new QCheckBox(u"Remember me on this Mac"_s)),
       m_signIn(new Button(u"Sign in"_s, Button::Kind::solid)),
-      m_error(new Notice(u"ui_error"_s, &Tokens::bad, FontRole::button)), m_refresh([this] { refresh(); })
+      m_error(new Notice(u"ui_error"_s, &Tokens::bad, FontRole::button)),
+      m_wait(new TextLabel({}, FontRole::caption, &Tokens::muted)),
+      m_cancel(new Button(u"Cancel"_s, Button::Kind::link)), m_refresh([this] { refresh(); })
 {
     auto *center = new QHBoxLayout;
     center->addStretch(1);
@@ -114,6 +116,11 @@ QWidget *SignInView::makeCard(const QString &note)
     column->addSpacing(3);
     column->addWidget(m_signIn);
     column->addWidget(m_error);
+    auto *waiting = new QHBoxLayout;
+    waiting->addWidget(m_wait, 1);
+    waiting->addWidget(m_cancel);
+    column->addLayout(waiting);
+    connect(m_cancel, &QPushButton::clicked, &m_app, &AppState::cancelSignIn);
     column->addSpacing(4);
     column->addWidget(new Separator);
     column->addWidget(smallPrint(u"Sign in with your deskline account (requires the office VPN). Your login is sent "
@@ -142,6 +149,10 @@ void SignInView::refresh()
                              static_cast<QWidget *>(m_remember), static_cast<QWidget *>(m_signIn)})
         control->setEnabled(!busy);
     m_signIn->setText(busy ? u"Signing in…"_s : u"Sign in"_s);
+    const int left = m_app.loginSecondsLeft;
+    m_wait->setText(left > 0 ? u"Waiting for Deskline — %1 s at most"_s.arg(left) : u"Asking Deskline…"_s);
+    m_wait->setVisible(busy);
+    m_cancel->setVisible(busy);
     m_remember->setChecked(m_screen.remember);
     showError();
     if (ended && m_app.flow == AppFlow::login)
@@ -170,7 +181,9 @@ void SignInView::placeFocus()
 void SignInView::keyPressEvent(QKeyEvent *event)
 {
     const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
-    if (!isReturn)
+    if (event->key() == Qt::Key_Escape && m_app.loginBusy)
+        m_app.cancelSignIn();
+    else if (!isReturn)
         PanelFrame::keyPressEvent(event);
     else if (!event->isAutoRepeat()) // a held key must not use up the account's attempts
         signIn();

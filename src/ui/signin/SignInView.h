@@ -35,6 +35,8 @@ private:
     QCheckBox *m_remember;
     Button *m_signIn;
     Notice *m_error;
+    TextLabel *m_wait; ///< how long a sign-in may take
+    Button *m_cancel;
     RefreshScheduler m_refresh;
 };
 

@@ -1,4 +1,5 @@
 #include "app/logs/MailingLogScreen.h"
+#include "app/logs/TrackPage.h"
 #include "core/Task.h"
 #include "core/ports/ProcessRunner.h"
 #include "devices/Zpl.h"
@@ -177,7 +178,7 @@ TEST_F(MailingLogScreenTest, AFailedReprintIsShownAndLoggedAndPrintsNothing)
         };
         run(log.reprint(record));
         EXPECT_TRUE(log.message.value().startsWith(message)) << log.message.value().toStdString();
-        EXPECT_FALSE(log.message.value().isEmpty() || log.busy);
+        EXPECT_FALSE(log.message.value().isEmpty() || log.busy || !log.isFailure);
         ASSERT_EQ(app->errors.entries().size(), ++records);
         EXPECT_EQ(app->errors.entries().first().context, u"Reprint"_s);
         EXPECT_TRUE(app->errors.entries().first().detail.startsWith(log.message.value())) << "or with the host, too";
@@ -186,9 +187,24 @@ TEST_F(MailingLogScreenTest, AFailedReprintIsShownAndLoggedAndPrintsNothing)
     EXPECT_EQ(printed(), 1) << "only the purchase printed";
 }
 
+TEST_F(MailingLogScreenTest, TracksImportedRowsOfAKnownCarrier)
+{
+    const std::tuple<QString, QString, QString> rows[] = {
+        {u"USPS"_s, u"9405 5118"_s, u"https://tools.usps.com/go/TrackConfirmAction_input?origTrackNum=94055118"_s},
+        {u"fedex"_s, u"7946"_s, u"https://www.fedex.com/fedextrack/?trknbr=7946"_s},
+        {u"DHL"_s, u"7946"_s, QString()},
+        {u"USPS"_s, QString(), QString()},
+    };
+    for (const auto &[carrier, tracking, page] : rows)
+        EXPECT_EQ(trackingPageOf({.carrier = carrier, .tracking = tracking}), page);
+    EXPECT_EQ(trackingPageOf({.tracking = u"1"_s, .trackingURL = u"https://example.com/1"_s}),
+              u"https://example.com/1"_s);
+}
+
 TEST_F(MailingLogScreenTest, CopiesTheBareTrackingNumber)
 {
     log.copyTracking({.tracking = u"9405511899560417228890"_s});
+    EXPECT_FALSE(log.isFailure);
     EXPECT_EQ(desktop.clipboard, u"9405511899560417228890"_s);
     EXPECT_EQ(log.message.value(), u"Copied tracking 9405511899560417228890"_s);
 }

@@ -11,6 +11,7 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <chrono>
 #include <functional>
 #include <utility>
@@ -111,6 +112,23 @@ TEST_F(SignInFlowTest, ReportsWhyItFailedAndForgetsOnlyRejectedCredentials)
     EXPECT_EQ(errors->entries().size(), qsizetype(std::size(rows)) + 2);
     for (const QString &secret : {u"secret"_s, u"old"_s})
         EXPECT_FALSE(errors->asText().contains(secret));
+}
+
+TEST_F(SignInFlowTest, CountsDownAndCanBeCanceled)
+{
+    showPage(true, false);
+    int first = 0;
+    const auto watch = app->loginSecondsLeft.addNotifier([&] {
+        first = std::max(first, app->loginSecondsLeft.value());
+        if (app->loginSecondsLeft.value() == 35)
+            app->cancelSignIn();
+    });
+    const auto before = clock.elapsed();
+    signIn();
+    EXPECT_EQ(first, 40);
+    EXPECT_LT(clock.elapsed() - before, 10s);
+    EXPECT_FALSE(app->loginBusy || app->loginError.value() || app->loginSecondsLeft > 0);
+    EXPECT_EQ(app->flow.value(), AppFlow::login);
 }
 
 TEST_F(SignInFlowTest, SignsInByItselfOncePerRun)
