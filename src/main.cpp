@@ -116,7 +116,7 @@ int main(int argc, char **argv)
         qputenv("QT_QPA_PLATFORM", "offscreen");
     parcelory::WebEngineSession::prepareProcess();
     const bool window = display == parcelory::Display::screen;
-    if (display == parcelory::Display::none)
+    if (!window)
         parcelory::quietLibraries();
     std::unique_ptr<QCoreApplication> app;
     if (display != parcelory::Display::none)
