@@ -3,6 +3,7 @@
 #include "devices/zpl/ZplContents.h"
 #include "devices/zpl/ZplPainter.h"
 #include "devices/zpl/ZplReader.h"
+#include "support/SampleParcel.h"
 
 #include <QFile>
 
@@ -32,14 +33,7 @@ void drawA200KbLabel(benchmark::State &state)
 void compareALabelWithItsParcel(benchmark::State &state)
 {
     const QByteArray bytes = label();
-    const PrintedParcel parcel{.to = {.name = QStringLiteral("Ruth Abernathy"),
-                                      .street1 = QStringLiteral("88 Quarry Ln"),
-                                      .street2 = QStringLiteral("Apt 4"),
-                                      .city = QStringLiteral("Bend"),
-                                      .state = QStringLiteral("OR"),
-                                      .zip = QStringLiteral("97702")},
-                               .senderZip = QStringLiteral("97301"),
-                               .tracking = QStringLiteral("794600000001")};
+    const PrintedParcel parcel = fedexParcel();
     compare(
         state, [&] { benchmark::DoNotOptimize(readBack(contentsOf(readZpl(bytes)), parcel)); },
         [&] { benchmark::DoNotOptimize(readZpl(bytes)); });

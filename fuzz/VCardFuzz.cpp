@@ -15,7 +15,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
                 ImportProgress again;
                 const QList<PostalContact> same = {contact};
                 const ReadAddresses back = VCard::read(VCard::card(contact), again);
-                if (back.contacts != same || !back.isExport ||
+                if (back.exported != same || !back.contacts.isEmpty() ||
                     AddressCsv::read(AddressCsv::header() + AddressCsv::row(contact), again) != same)
                     std::abort();
             }

@@ -6,6 +6,7 @@
 #include "devices/zpl/ZplContents.h"
 #include "devices/zpl/ZplPainter.h"
 #include "devices/zpl/ZplReader.h"
+#include "support/SampleParcel.h"
 
 #include <QGuiApplication>
 
@@ -14,16 +15,6 @@
 
 namespace parcelory {
 namespace {
-
-const PrintedParcel parcel{.to = {.name = QStringLiteral("Ruth Abernathy"),
-                                  .street1 = QStringLiteral("88 Quarry Ln"),
-                                  .street2 = QStringLiteral("Apt 4"),
-                                  .city = QStringLiteral("Bend"),
-                                  .state = QStringLiteral("OR"),
-                                  .zip = QStringLiteral("97702")},
-                           .senderZip = QStringLiteral("97301"),
-                           .tracking = QStringLiteral("794600000001"),
-                           .isLive = true};
 
 void checkBarcodes(const ZplLabel &label)
 {
@@ -40,6 +31,8 @@ void checkBarcodes(const ZplLabel &label)
 void label(const QByteArray &bytes)
 {
     constexpr int mostLabels = 50, oneIn = 16;
+    PrintedParcel parcel = fedexParcel();
+    parcel.isLive = true;
     const ZplDocument document = readZpl(bytes);
     fuzz::require(document.labels.size() <= mostLabels);
     const LabelVerdict verdict = readBack(contentsOf(document), parcel);

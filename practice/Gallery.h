@@ -41,6 +41,7 @@ private:
     Task<> drawHelp();
     Task<> drawAbroad();
     Task<> drawBuying();
+    Task<> drawLabelWindow();
     Task<> drawDoubt();
     Task<> drawRecords();
     Task<> drawMasterLog();

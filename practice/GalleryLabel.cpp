@@ -5,6 +5,7 @@
 #include "compose/Customs.h"
 #include "compose/Mailpieces.h"
 #include "compose/Services.h"
+#include "core/AppError.h"
 #include "core/ShippoAddress.h"
 #include "core/Task.h"
 #include "practice/PracticeDesk.h"
@@ -13,12 +14,14 @@
 #include "ui/Program.h"
 #include "ui/WindowPrompts.h"
 #include "ui/label/LabelView.h"
+#include "ui/theme/Theme.h"
 
 #include <QAbstractButton>
 #include <QApplication>
 #include <QComboBox>
 #include <QDialog>
 #include <QDir>
+#include <QListWidget>
 #include <QPainter>
 #include <QTemporaryDir>
 
@@ -86,7 +89,14 @@ Task<> Gallery::drawBuying()
     compose(practiceRecipient());
     co_await label().validate();
     co_await label().buyAndPrint();
+    co_await until([this] { return m_program.screens().addressBook.kept.value().has_value(); });
+    co_await until([this] { return label().preview.sight.value().picture != nullptr; });
     co_await save(u"new-label-bought"_s);
+    co_await saveDark(u"new-label-bought"_s);
+    co_await drawLabelWindow();
+    m_program.window().resize(m_program.window().minimumSize());
+    co_await save(u"new-label-bought-smallest"_s);
+    m_program.window().resize(usualSize);
     m_desk.printer().setFault(PrinterFault::outOfLabels);
     co_await label().reprintLast();
     co_await until([this] { return !app().printWatch.notice.value().isEmpty(); });
@@ -94,6 +104,34 @@ Task<> Gallery::drawBuying()
     co_await saveDark(u"new-label-out-of-labels"_s);
     m_desk.printer().setFault(PrinterFault::none);
     co_await until([this] { return app().printWatch.notice.value().isEmpty(); });
+}
+
+/// The label that was just bought in its own window.
+Task<> Gallery::drawLabelWindow()
+{
+    const QString title = u"Label — "_s + label().lastLabel.value()->record.recipientName();
+    label().preview.open();
+    co_await clock().sleep(60ms);
+    QWidget *shown = nullptr;
+    for (QWidget *window : QApplication::topLevelWidgets()) {
+        if (window->windowTitle() == title)
+            shown = window;
+    }
+    if (!shown)
+        throw AppError(u"The label's window did not open."_s);
+    saveWindow(title, u"window-label"_s);
+    shown->findChild<QListWidget *>()->setCurrentRow(0);
+    for (QAbstractButton *button : shown->findChildren<QAbstractButton *>()) {
+        if (button->accessibleName() == u"Turn: Upright")
+            button->click();
+    }
+    co_await clock().sleep(60ms);
+    saveWindow(title, u"window-label-upright"_s);
+    Theme::current().setDark(true);
+    co_await clock().sleep(60ms);
+    saveWindow(title, u"window-label-dark"_s);
+    Theme::current().setDark(false);
+    shown->close();
 }
 
 /// A second-label warning and an unresolved purchase.

@@ -32,6 +32,14 @@ Task<> Gallery::drawRecords()
 {
     app().tab = MainTab::mailingLog;
     co_await save(u"mailing-log-one"_s);
+    MailingLogScreen &log = m_program.screens().mailingLog;
+    log.selected = app().log.records().first().id;
+    co_await until([&log] { return log.preview.sight.value().picture != nullptr; });
+    co_await save(u"mailing-log-label"_s);
+    co_await saveDark(u"mailing-log-label"_s);
+    m_program.window().resize(m_program.window().minimumSize());
+    co_await save(u"mailing-log-label-smallest"_s);
+    m_program.window().resize(usualSize);
     co_await onPool([this] { addPracticeShipments(app().log); });
     co_await until([this] { return app().log.records().size() > 10; });
     m_program.screens().mailingLog.selected = app().log.records()[3].id;
@@ -39,7 +47,6 @@ Task<> Gallery::drawRecords()
     co_await saveDark(u"mailing-log"_s);
     m_program.screens().mailingLog.selected = app().log.records().last().id;
     co_await save(u"mailing-log-imported"_s);
-    MailingLogScreen &log = m_program.screens().mailingLog;
     log.progress = 0.4; // as an import of many shipments shows it
     log.message = u"Importing…"_s;
     co_await save(u"mailing-log-import"_s);
@@ -74,7 +81,7 @@ Task<> Gallery::drawMasterLog()
     co_await save(u"master-log-nothing-found"_s);
 }
 
-/// The question before a second reprint.
+/// The question before a second reprint, and about a label that does not match its parcel.
 Task<> Gallery::drawReprint()
 {
     MailingLogScreen &log = m_program.screens().mailingLog;
@@ -82,6 +89,17 @@ Task<> Gallery::drawReprint()
     spawn([&log, bought] { return log.reprint(bought); });
     co_await until([] { return QApplication::activeModalWidget(); });
     co_await save(u"dialog-reprint"_s);
+    static_cast<QDialog *>(QApplication::activeModalWidget())->reject();
+    co_await until([&log] { return !log.busy; });
+    ShipmentRecord wrong = bought;
+    wrong.zpl = QByteArray(*bought.zpl).replace("APT 3B", "APT 8B");
+    spawn([&log, wrong] { return log.reprint(wrong); });
+    co_await until([] { return QApplication::activeModalWidget(); });
+    QWidget *first = QApplication::activeModalWidget();
+    static_cast<QDialog *>(first)->done(2);
+    co_await until([first] { return QApplication::activeModalWidget() && QApplication::activeModalWidget() != first; });
+    co_await save(u"dialog-label-differs"_s);
+    co_await saveDark(u"dialog-label-differs"_s);
     static_cast<QDialog *>(QApplication::activeModalWidget())->reject();
     co_await until([&log] { return !log.busy; });
 }

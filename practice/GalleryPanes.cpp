@@ -159,13 +159,19 @@ Task<> Gallery::drawSettings()
     const std::pair<Page, QString> pages[] = {
         {Page::senders, u"settings-senders"_s},   {Page::boxes, u"settings-custom-boxes"_s},
         {Page::printers, u"settings-printers"_s}, {Page::keys, u"settings-api-keys"_s},
-        {Page::contacts, u"settings-contacts"_s}, {Page::updates, u"settings-updates"_s}};
+        {Page::records, u"settings-records"_s},   {Page::contacts, u"settings-contacts"_s},
+        {Page::updates, u"settings-updates"_s}};
     addPracticeProfiles(app());
     for (const auto &[page, name] : pages) {
         m_program.window().settingsView().showPage(page);
         co_await save(name);
     }
     co_await saveDark(u"settings-api-keys"_s);
+    SettingsScreen &settings = m_program.screens().settings;
+    co_await settings.printTest();
+    co_await until([&settings] { return settings.testLabel.sight.value().picture != nullptr; });
+    m_program.window().settingsView().showPage(Page::printers);
+    co_await save(u"settings-printers-test"_s);
 }
 
 } // namespace parcelory

@@ -3,12 +3,12 @@
 #include "core/Platform.h"
 #include "platform/NetworkTransport.h"
 #include "platform/SettingsPreferences.h"
-#include "platform/SystemClock.h"
 #include "platform/WebEngineSession.h"
 #include "practice/MemorySecrets.h"
 #include "practice/PracticeApplication.h"
 #include "practice/PracticePrinter.h"
 #include "practice/PracticeScale.h"
+#include "practice/PracticeTime.h"
 #include "practice/backoffice/PracticeBackOffice.h"
 #include "practice/carrier/PracticeCarrier.h"
 
@@ -37,7 +37,7 @@ private:
     QDir m_folder;
     PracticeCarrier m_carrier;
     PracticeBackOffice m_backOffice;
-    SystemClock m_clock;
+    PracticeClock m_clock;
     NetworkTransport m_http{NetworkTransport::Reach::loopbackOnly, m_clock};
     MemorySecrets m_secrets;
     SettingsPreferences m_preferences;

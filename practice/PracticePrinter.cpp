@@ -5,6 +5,7 @@
 #include "core/ports/ProcessRunner.h"
 #include "devices/zpl/ZplPainter.h"
 #include "devices/zpl/ZplReader.h"
+#include "platform/SystemProcesses.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -173,6 +174,11 @@ void PracticeDesktop::openFile(const QString &path)
 
 void PracticeDesktop::openUrl(const QUrl &url)
 {
+    if (url.isLocalFile()) { // the handbook is real
+        SystemProcesses processes;
+        SystemDesktop(processes).openUrl(url);
+        return;
+    }
     m_folder.mkpath(u"."_s);
     QFile list(m_folder.filePath(u"web-pages.txt"_s));
     if (!list.open(QIODevice::Append))

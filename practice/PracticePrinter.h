@@ -58,7 +58,7 @@ public:
     explicit PracticeDesktop(const QDir &folder) : m_folder(folder) {}
 
     void openFile(const QString &path) override;
-    void openUrl(const QUrl &url) override; ///< only records the address: the practice desk opens no web page
+    void openUrl(const QUrl &url) override; ///< opens the handbook; only records the address of a web page
     void copyText(const QString &text) override { copyToClipboard(text); }
 
 private:

@@ -4,6 +4,7 @@
 #include "core/Task.h"
 #include "practice/Gallery.h"
 #include "practice/PracticeDesk.h"
+#include "practice/PracticeTime.h"
 #include "practice/carrier/PracticeCarrier.h"
 #include "ui/Program.h"
 #include "ui/WindowKeyboard.h"
@@ -29,6 +30,7 @@ namespace {
 /// Runs a gallery on its own practice desk; true if every screen was drawn.
 bool draw(const QDir &folder, const QString &mode)
 {
+    posePracticeTime(QDateTime(QDate(2026, 11, 22), QTime(9, 41)));
     const QTemporaryDir records;
     WindowPrompts prompts;
     WindowKeyboard keyboard;
@@ -65,6 +67,7 @@ int drawScreens(const QString &path)
     Program::makeLook();
     Theme::current().setDark(false);
     QApplication::setQuitOnLastWindowClosed(false);
+    QApplication::setCursorFlashTime(0); // a blinking cursor would be in some pictures only
     const bool done = draw(folder, {}) && draw(folder, u"test"_s) && draw(folder, u"live"_s);
     return done ? 0 : 1;
 }

@@ -1,3 +1,4 @@
+#include "app/logs/VerifyTexts.h"
 #include "carrier/ShippoKeys.h"
 #include "core/AppError.h"
 #include "devices/LabelPrinter.h"
@@ -7,6 +8,7 @@
 #include "practice/PracticeRun.h"
 #include "practice/PracticeScreens.h"
 #include "practice/PracticeWindow.h"
+#include "records/ShipmentLog.h"
 #include "shell/CommandLine.h"
 #include "ui/Program.h"
 #include "ui/WindowKeyboard.h"
@@ -38,6 +40,21 @@ int printStatus(Platform &platform)
         out << "not listed — "_L1 << error.description() << '\n';
     }
     return 0;
+}
+
+int verifyLog(Platform &platform)
+{
+    if (!platform.dataFolder.exists(u"mailing_log.sqlite"_s))
+        throw AppError(u"There is no mailing log in %1."_s.arg(platform.dataFolder.absolutePath()));
+    ShipmentLog log(platform.dataFolder);
+    if (!log.sealOlder())
+        throw AppError(u"The mailing log could not be written — "_s + log.lastError() + u'.');
+    const LogChain::Report report = log.verify().orThrow();
+    QTextStream out(stdout);
+    out << VerifyTexts::summaryOf(report) << '\n';
+    for (const LogChain::Finding &finding : report.findings)
+        out << VerifyTexts::sentenceOf(finding) << '\n';
+    return report.findings.isEmpty() ? 0 : 1;
 }
 
 int addKey(Platform &platform, const QString &typedName)
@@ -90,7 +107,7 @@ int run(const CommandLine &line, bool window)
         return runPracticeWindow(line.practiceFolder);
     if (line.practice)
         return runPractice(line.practiceFolder, line.orders.value_or(QString()));
-    if (!line.status && !line.keyName) {
+    if (!line.status && !line.verify && !line.keyName) {
         if (!window)
             throw AppError(u"No display is available. See parcelory --help for commands that need none."_s);
         return runWindow();
@@ -98,6 +115,8 @@ int run(const CommandLine &line, bool window)
     ConsolePrompts prompts;
     SilentKeyboard keyboard;
     SystemPlatform system(prompts, keyboard);
+    if (line.verify)
+        return verifyLog(system.platform());
     return line.keyName ? addKey(system.platform(), *line.keyName) : printStatus(system.platform());
 }
 

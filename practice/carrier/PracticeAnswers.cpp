@@ -2,7 +2,9 @@
 
 #include "core/IsoDate.h"
 #include "core/Json.h"
+#include "practice/PracticeTime.h"
 
+#include <atomic>
 #include <string>
 
 namespace parcelory {
@@ -33,6 +35,9 @@ CarrierAnswer notFound()
 
 std::string newObjectId()
 {
+    static std::atomic<int> posed{0};
+    if (isPracticePosed())
+        return u"5ea087207ae247988cfe%1"_s.arg(++posed, 12, 16, QChar(u'0')).toStdString();
     return QUuid::createUuid().toString(QUuid::Id128).toStdString();
 }
 
@@ -53,7 +58,7 @@ std::string timestamp(const QDateTime &time)
 
 std::string timestampNow()
 {
-    return timestamp(QDateTime::currentDateTimeUtc());
+    return timestamp(practiceNow().toUTC());
 }
 
 QString textOf(const Json &object, const char *key)

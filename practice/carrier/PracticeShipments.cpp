@@ -3,6 +3,7 @@
 #include "core/IsoDate.h"
 #include "core/Json.h"
 #include "core/Text.h"
+#include "practice/PracticeTime.h"
 #include "practice/carrier/CarrierScenario.h"
 #include "practice/carrier/PracticeAddresses.h"
 #include "practice/carrier/PracticeAnswers.h"
@@ -72,7 +73,7 @@ Json shipmentObject(PracticeLedger &ledger, const CarrierScenario &scenario, con
                      {"address_from", from},
                      {"address_to", scenario.rewrittenAddressTo ? rewrittenAddress(to) : to},
                      {"parcels", Json::array({parcelObject(body.at("parcels").at(0), ledger.test)})},
-                     {"shipment_date", timestamp(shipDate.value_or(QDateTime::currentDateTimeUtc()))},
+                     {"shipment_date", timestamp(shipDate.value_or(practiceNow().toUTC()))},
                      {"address_return", from},
                      {"alternate_address_to", nullptr},
                      {"customs_declaration", customsId(ledger, body)},

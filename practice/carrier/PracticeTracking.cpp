@@ -1,6 +1,7 @@
 #include "practice/carrier/PracticeTracking.h"
 
 #include "core/Json.h"
+#include "practice/PracticeTime.h"
 #include "practice/carrier/CarrierScenario.h"
 #include "practice/carrier/PracticeAnswers.h"
 #include "practice/carrier/PracticeLedger.h"
@@ -56,7 +57,7 @@ std::optional<std::vector<Stage>> stagesOf(const QString &number)
 
 Json statusObject(const Stage &stage)
 {
-    const std::string time = timestamp(QDateTime::currentDateTimeUtc().addDays(-stage.daysAgo));
+    const std::string time = timestamp(practiceNow().toUTC().addDays(-stage.daysAgo));
     const Json location = {{"city", "San Francisco"}, {"state", "CA"}, {"zip", "94103"}, {"country", "US"}};
     return {{"object_created", time},
             {"object_updated", time},
@@ -75,7 +76,7 @@ CarrierAnswer track(const PracticeLedger &ledger, const QString &carrier, const 
     for (const Stage &stage : stages)
         history.push_back(statusObject(stage));
     const Json now = history.empty() ? Json(nullptr) : history.back();
-    const Json eta = stages.empty() ? Json(nullptr) : Json(timestamp(QDateTime::currentDateTimeUtc().addDays(2)));
+    const Json eta = stages.empty() ? Json(nullptr) : Json(timestamp(practiceNow().toUTC().addDays(2)));
     return jsonAnswer(200, {{"carrier", carrier.toStdString()},
                             {"tracking_number", number.toStdString()},
                             {"address_from", nullptr},

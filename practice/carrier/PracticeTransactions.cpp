@@ -4,6 +4,7 @@
 #include "core/IsoDate.h"
 #include "core/Json.h"
 #include "core/Text.h"
+#include "practice/PracticeTime.h"
 #include "practice/carrier/CarrierScenario.h"
 #include "practice/carrier/PracticeAnswers.h"
 #include "practice/carrier/PracticeLabel.h"
@@ -63,7 +64,7 @@ Json refusals(PracticeLedger &ledger, const QuotedRate &quoted)
     refuseIf(textOf(to, "name").isEmpty(), "Recipient name is required.");
     refuseIf(isUsps && textOf(from, "email").isEmpty() && textOf(from, "phone").isEmpty(),
              "Seller info missing email or phone.");
-    refuseIf(isUsps && shipDate > QDateTime::currentDateTimeUtc().addDays(mostDaysAhead),
+    refuseIf(isUsps && shipDate > practiceNow().toUTC().addDays(mostDaysAhead),
              "The shipment date must be within 7 days of today.");
     if (goesAbroad(shipment)) {
         PracticeRecord *customs = ledger.customs.find(textOf(shipment, "customs_declaration"));

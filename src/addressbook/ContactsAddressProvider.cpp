@@ -73,7 +73,8 @@ using Probe = std::function<QString(ContactsSource &)>;
 
 void requireAccess(ContactsSource &source)
 {
-    if (source.authorizationStatus() != ContactsSource::fullAccess)
+    const int status = source.authorizationStatus();
+    if (status != ContactsSource::fullAccess && status != ContactsSource::limitedAccess)
         throw AppError(u"no access"_s);
 }
 

@@ -12,6 +12,12 @@ using namespace Qt::StringLiterals;
 
 ImportCanceled::ImportCanceled() : AppError(u"The import was canceled."_s) {}
 
+void requireNotCanceled(const CancelToken &cancel)
+{
+    if (cancel.isCanceled())
+        throw ImportCanceled();
+}
+
 ImportProgress::ImportProgress(Progress progress) : m_progress(std::move(progress)) {}
 
 void ImportProgress::reached(qsizetype addresses)

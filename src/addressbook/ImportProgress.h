@@ -11,6 +11,9 @@ public:
     ImportCanceled();
 };
 
+/// Throws ImportCanceled if the import was canceled.
+void requireNotCanceled(const CancelToken &cancel);
+
 /// Counts addresses while they are read, and stops the reading if there are too many or the import is canceled.
 class ImportProgress {
 public:

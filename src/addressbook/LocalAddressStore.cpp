@@ -1,15 +1,20 @@
 #include "addressbook/LocalAddressStore.h"
 
+#include "addressbook/ImportProgress.h"
+#include "addressbook/VCard.h"
 #include "core/AppError.h"
 #include "core/PostalContact.h"
 #include "core/PrivateFiles.h"
+#include "core/Progress.h"
 
+#include <QScopeGuard>
 #include <QSet>
 #include <QStringEncoder>
 #include <sqlite3.h>
 
 #include <array>
 #include <chrono>
+#include <functional>
 #include <mutex>
 #include <tuple>
 #include <utility>
@@ -142,21 +147,34 @@ LocalAddressStore::LocalAddressStore(const QDir &folder) : m_db(pathIn(folder), 
 {
     if (!m_db.isOpen())
         qWarning("Parcelory: cannot open address store at %s", qUtf8Printable(pathIn(folder)));
-    // Large enough for a whole address book, so that an import does not write the same pages repeatedly.
-    exec("PRAGMA cache_size = -65536");
-    if (isReady())
+    if (whyNotReady().isEmpty())
         refreshCount();
     m_db.setPatience(Database::busyTimeout);
 }
 
-/// Creates the table at the first call that can.
-bool LocalAddressStore::isReady() const
+/// Opens the file and creates the table at the first call that can; otherwise the reason why not. Nothing else may use
+/// the connection before: opening the file again replaces it.
+QString LocalAddressStore::whyNotReady() const
 {
-    if (!m_isReady && exec(table)) {
-        exec(nameIndex);
-        m_isReady = true;
-    }
-    return m_isReady;
+    const std::lock_guard opening(m_opening);
+    if (m_isReady)
+        return {};
+    if (!m_db.isOpen() && !m_db.reopen())
+        return reason();
+    // Large enough for a whole address book, so that an import does not write the same pages repeatedly.
+    exec("PRAGMA cache_size = -65536");
+    if (!exec(table))
+        return reason();
+    exec(nameIndex);
+    m_isReady = true;
+    return {};
+}
+
+/// The caller holds m_writing.
+bool LocalAddressStore::isWritable()
+{
+    m_lastError = whyNotReady();
+    return m_lastError.isEmpty();
 }
 
 /// Why the last statement failed.
@@ -184,10 +202,9 @@ void LocalAddressStore::refreshCount()
 LocalAddressStore::Book LocalAddressStore::read(const QString &matching) const
 {
     Book book;
-    if (!isReady()) {
-        book.failure = reason();
+    book.failure = whyNotReady();
+    if (!book.failure.isEmpty())
         return book;
-    }
     QByteArray sql = selectRows;
     if (!matching.isEmpty())
         sql += matchingRows;
@@ -227,6 +244,8 @@ bool LocalAddressStore::write(Statement &statement)
 bool LocalAddressStore::upsert(const PostalContact &contact)
 {
     const std::lock_guard writing(m_writing);
+    if (!isWritable())
+        return false;
     const QByteArray id = storedId(contact.id);
     Columns columns;
     Statement statement(m_db, upsertRow);
@@ -239,6 +258,8 @@ bool LocalAddressStore::upsert(const PostalContact &contact)
 LocalAddressStore::Removal LocalAddressStore::remove(const QUuid &id)
 {
     const std::lock_guard writing(m_writing);
+    if (!isWritable())
+        return Removal::failed;
     const QByteArray text = storedId(id);
     Statement statement(m_db, "DELETE FROM addresses WHERE uuid = ?");
     statement.bindInPlace(1, text);
@@ -248,74 +269,70 @@ LocalAddressStore::Removal LocalAddressStore::remove(const QUuid &id)
     return !done ? Removal::failed : m_db.totalChanges() == changes ? Removal::missing : Removal::done;
 }
 
-LocalAddressStore::Merged LocalAddressStore::merge(const QList<PostalContact> &contacts)
-{
-    return inOneTransaction([&] { return addAll(contacts, normalized, mergeKey); });
-}
-
-LocalAddressStore::Merged LocalAddressStore::restore(const QList<PostalContact> &contacts)
-{
-    return inOneTransaction([&] {
-        QSet<QUuid> used;
-        for (const PostalContact &known : rows())
-            used.insert(known.id);
-        const auto withOwnId = [&used](PostalContact contact) {
-            if (used.contains(contact.id))
-                contact.id = QUuid::createUuid();
-            used.insert(contact.id);
-            return contact;
-        };
-        return addAll(contacts, withOwnId, wholeKey);
-    });
-}
-
-template <class AddAll>
-LocalAddressStore::Merged LocalAddressStore::inOneTransaction(AddAll addAll)
+LocalAddressStore::Merged LocalAddressStore::add(const ReadAddresses &read, const CancelToken &cancel)
 {
     const std::lock_guard writing(m_writing);
-    // IMMEDIATE, because otherwise every single contact would wait for another program's lock.
-    bool done = exec("BEGIN IMMEDIATE TRANSACTION");
-    Merged merged;
-    if (done) {
-        merged = addAll();
-        const bool isOpen = !sqlite3_get_autocommit(m_db.handle()); // false if a full disk has already ended it
-        done = isOpen && exec("COMMIT");
-    }
-    m_lastError = done ? QString() : m_db.lastError();
-    if (!done) {
-        Statement(m_db, "ROLLBACK").execute();
+    const auto fail = [this](const QString &reason) {
+        m_lastError = reason;
         throw AppError(u"The address book could not be written, so nothing was imported — "_s + m_lastError + u'.');
-    }
+    };
+    // IMMEDIATE, because otherwise every single contact would wait for another program's lock.
+    if (!isWritable() || !exec("BEGIN IMMEDIATE TRANSACTION"))
+        fail(m_lastError.isEmpty() ? reason() : m_lastError);
+    const auto isOpen = [this] { return !sqlite3_get_autocommit(m_db.handle()); };
+    const auto undo = qScopeGuard([&] {
+        if (isOpen())
+            exec("ROLLBACK");
+    });
+    Merged merged;
+    addAll(read.exported, std::identity(), wholeKey, cancel, merged);
+    addAll(read.contacts, normalized, mergeKey, cancel, merged);
+    if (!isOpen() || !exec("COMMIT")) // a full disk has already ended it
+        fail(reason());
     refreshCount();
     return merged;
 }
 
 /// Adds the contacts, each as `prepare` returns it, whose `key` the book does not have.
 template <class Prepare, class Key>
-LocalAddressStore::Merged LocalAddressStore::addAll(const QList<PostalContact> &contacts, Prepare prepare, Key key)
+void LocalAddressStore::addAll(const QList<PostalContact> &contacts, Prepare prepare, Key key,
+                               const CancelToken &cancel, Merged &merged)
 {
+    if (contacts.isEmpty())
+        return;
     QSet<QString> keys;
-    for (Statement row(m_db, selectRows); row.step();)
-        keys.insert(key(contactOf(row)));
+    QSet<QUuid> ids;
+    Statement row(m_db, selectRows);
+    while (row.step()) {
+        requireNotCanceled(cancel);
+        const PostalContact known = contactOf(row);
+        keys.insert(key(known));
+        ids.insert(known.id);
+    }
+    if (!row.isComplete()) // what is not known would be added again
+        throw AppError(u"The address book could not be read, so nothing was imported — "_s + reason() + u'.');
     keys.reserve(keys.size() + contacts.size());
     Columns columns;
     Statement statement(m_db, upsertRow);
-    Merged merged;
     for (const PostalContact &incoming : contacts) {
-        const PostalContact contact = prepare(incoming);
+        requireNotCanceled(cancel);
+        PostalContact contact = prepare(incoming);
         const qsizetype known = keys.size();
         keys.insert(key(contact));
         if (keys.size() == known) {
             ++merged.skipped;
             continue;
         }
+        if (ids.contains(contact.id)) // an upsert would replace that entry
+            contact.id = QUuid::createUuid();
+        ids.insert(contact.id);
         columns.bind(statement, contact, uuidText(contact.id));
         if (statement.execute())
             ++merged.imported;
         else if (sqlite3_get_autocommit(m_db.handle()))
             break;
     }
-    return merged;
+    requireNotCanceled(cancel);
 }
 
 QString LocalAddressStore::lastError() const

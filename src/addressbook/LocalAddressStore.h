@@ -4,13 +4,13 @@
 #include "addressbook/VCard.h"
 #include "core/Observable.h"
 #include "core/PostalContact.h"
+#include "core/Progress.h"
 #include "core/Sqlite.h"
 
 #include <QDir>
 #include <QList>
 #include <QObject>
 
-#include <atomic>
 #include <mutex>
 #include <optional>
 
@@ -23,7 +23,7 @@ public:
     static QString sourceName();
 
     /// Opens or creates the book in `folder`. Waits for no other program: a failure is logged, and later calls try
-    /// again.
+    /// again, also to open the file.
     explicit LocalAddressStore(const QDir &folder);
 
     /// The number of contacts, set on the main thread soon after every write. Main thread only.
@@ -50,18 +50,22 @@ public:
         int imported = 0;
         int skipped = 0; ///< the book already has the same name, street and postal code, ignoring case
     };
-    /// Adds many contacts, each normalized, in one transaction. If the book cannot be written, throws AppError and
-    /// leaves the book unchanged; a single contact that the database refuses is left out and not counted.
-    Merged merge(const QList<PostalContact> &contacts);
-    /// The same for the contacts of a book that was exported: adds them as they are, and skips only a contact that the
-    /// book has with the same text in every field. A contact whose id the book uses gets a new id.
-    Merged restore(const QList<PostalContact> &contacts);
+    /// Adds many contacts, each normalized, in one transaction, and replaces none: a contact whose id the book uses
+    /// gets a new id. If the book cannot be read or written, throws AppError; a single contact that the database
+    /// refuses is left out and not counted. Throws ImportCanceled. After an exception the book is unchanged.
+    Merged merge(const QList<PostalContact> &contacts)
+    {
+        return add({.contacts = contacts, .exported = {}, .skipped = {}});
+    }
+    /// The same for what a file holds. Exported entries are added as they are; only an entry that the book has with the
+    /// same text in every field is skipped.
+    Merged add(const ReadAddresses &read, const CancelToken &cancel = {});
 
     /// Repairs a contact whose whole address was typed into the first street line.
     static PostalContact normalized(PostalContact contact);
 
-    /// The addresses of a file, for merge(); of an exported book, for restore(). Both throw AppError if the file cannot
-    /// be read or has no addresses of that kind, and ImportCanceled.
+    /// The addresses of a file, for add(). Both throw AppError if the file cannot be read or has no addresses of that
+    /// kind, and ImportCanceled.
     static QList<PostalContact> importEndicia(const QString &path, Progress progress = {});
     static ReadAddresses importVCard(const QString &path, Progress progress = {});
     /// The path of Endicia's address list, if it exists. `dataFolder`: our own folder, which is next to Endicia's.
@@ -72,19 +76,20 @@ public:
 
 private:
     bool exec(const char *sql) const;
-    bool isReady() const;
+    QString whyNotReady() const;
+    bool isWritable();
     QString reason() const;
     void refreshCount();
     bool write(Statement &statement);
     QByteArray storedId(const QUuid &id) const;
-    template <class AddAll>
-    Merged inOneTransaction(AddAll addAll);
     template <class Prepare, class Key>
-    Merged addAll(const QList<PostalContact> &contacts, Prepare prepare, Key key);
+    void addAll(const QList<PostalContact> &contacts, Prepare prepare, Key key, const CancelToken &cancel,
+                Merged &merged);
 
-    Database m_db;
-    mutable std::atomic<bool> m_isReady = false; ///< the file has the table
-    mutable std::mutex m_writing;                ///< one writer of this program at a time; guards m_lastError
+    mutable Database m_db;
+    mutable std::mutex m_opening;   ///< guards m_isReady
+    mutable bool m_isReady = false; ///< the file is open and has the table
+    mutable std::mutex m_writing;   ///< one writer of this program at a time; guards m_lastError
     QString m_lastError;
 };
 

@@ -54,7 +54,7 @@ ReadAddresses LocalAddressStore::importVCard(const QString &path, Progress progr
     ImportProgress reading(std::move(progress));
     const QByteArray bytes = bytesOf(path);
     if (AddressCsv::isExport(bytes))
-        return {.contacts = AddressCsv::read(bytes, reading), .skipped = {}, .isExport = true};
+        return {.contacts = {}, .exported = AddressCsv::read(bytes, reading), .skipped = {}};
     return VCard::read(bytes, reading);
 }
 

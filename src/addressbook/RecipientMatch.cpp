@@ -21,11 +21,19 @@ QString zipOf(const PostalContact &contact)
     return folded(contact.zip.section(u'-', 0, 0));
 }
 
+/// The five-digit ZIP; without it, the city and the country.
+QString areaOf(const PostalContact &contact)
+{
+    const QString zip = zipOf(contact);
+    return zip.isEmpty() ? folded(contact.city) + u'\n' + folded(contact.country) : zip;
+}
+
+/// The carrier rewrites the rest of the street line when it adds the ZIP+4.
 QString placeOf(const PostalContact &contact)
 {
     const QString street = folded(contact.street1);
     const bool hasNumber = !street.isEmpty() && street.front().isDigit();
-    return hasNumber ? street.section(u' ', 0, 1) : street;
+    return hasNumber && !zipOf(contact).isEmpty() ? street.section(u' ', 0, 1) : street;
 }
 
 /// The number of the apartment or suite. The carrier writes it at the end of the street line.
@@ -57,23 +65,28 @@ const QString &nameOf(const PostalContact &contact)
 
 } // namespace
 
+bool isNamedAfterCompany(const PostalContact &contact)
+{
+    return folded(contact.name) == folded(contact.company);
+}
+
 RecipientMatch::RecipientMatch(const PostalContact &recipient, const CompanySanitizer &sanitizer)
     : m_sanitizer(sanitizer), m_address(recipient.asShippoAddress()), m_name(folded(nameOf(recipient))),
       m_company(folded(sanitizer.sanitize(recipient.company))), m_place(placeOf(recipient)), m_unit(unitOf(recipient)),
-      m_zip(zipOf(recipient))
+      m_area(areaOf(recipient))
 {
 }
 
 /// The cheap comparisons come first: a book has many entries. Labels have the sanitized company, also as a name.
 bool RecipientMatch::matches(const PostalContact &entry) const
 {
-    if (zipOf(entry) != m_zip || placeOf(entry) != m_place)
+    if (areaOf(entry) != m_area || placeOf(entry) != m_place)
         return false;
     if (m_name.isEmpty() || entry.asShippoAddress() == m_address)
         return entry.asShippoAddress() == m_address;
     const QString &name = nameOf(entry);
-    const bool isNamedAfterCompany = name == entry.company;
-    if (folded(name) != m_name && !(isNamedAfterCompany && folded(m_sanitizer.sanitize(name)) == m_name))
+    const bool isCompany = folded(name) == folded(entry.company);
+    if (folded(name) != m_name && !(isCompany && folded(m_sanitizer.sanitize(name)) == m_name))
         return false;
     return unitOf(entry) == m_unit && folded(m_sanitizer.sanitize(entry.company)) == m_company;
 }

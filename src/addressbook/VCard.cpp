@@ -187,7 +187,6 @@ private:
 
     ImportProgress &m_progress;
     ReadAddresses m_read;
-    qsizetype m_exported = 0; ///< how many contacts our own export wrote
     std::optional<Card> m_card;
     qsizetype m_cardsWithin = 0; ///< a card of version 2.1 may hold the card of an agent, which may hold another
     bool m_agentFollows = false;
@@ -214,7 +213,7 @@ void Reader::take(const VCardProperty &property)
         m_agentFollows = property.value.trimmed().isEmpty();
     } else if (m_card && !m_cardsWithin) {
         m_card->take(property);
-        m_progress.reached(m_read.contacts.size() + m_card->addressCount());
+        m_progress.reached(m_read.count() + m_card->addressCount());
     }
 }
 
@@ -235,9 +234,10 @@ void Reader::end()
     if (m_cardsWithin) {
         --m_cardsWithin;
     } else if (m_card) {
-        const std::optional<PostalContact> entry = m_card->exportedEntry();
-        m_exported += entry ? 1 : 0;
-        m_read.contacts += entry ? QList{*entry} : m_card->contacts();
+        if (const std::optional<PostalContact> entry = m_card->exportedEntry())
+            m_read.exported.append(*entry);
+        else
+            m_read.contacts += m_card->contacts();
         m_card.reset();
     }
 }
@@ -246,9 +246,10 @@ ReadAddresses Reader::finish()
 {
     if (!m_hasCards)
         throw AppError(u"That file isn't a vCard file."_s);
-    if (m_card)
+    if (m_card && m_read.contacts.isEmpty() && m_read.exported.isEmpty())
         throw AppError(u"The vCard file ends in the middle of a card, so nothing was imported. Export it again."_s);
-    m_read.isExport = m_exported > 0 && m_exported == m_read.contacts.size();
+    if (m_card)
+        m_read.skipped.append(m_card->name());
     return m_read;
 }
 

@@ -10,9 +10,11 @@ namespace parcelory {
 
 /// What a file of addresses holds.
 struct ReadAddresses {
-    QList<PostalContact> contacts;
-    QStringList skipped;   ///< the names of what could not be read
-    bool isExport = false; ///< our own export: the contacts are as the address book had them
+    QList<PostalContact> contacts; ///< from other programs; each has a new id
+    QList<PostalContact> exported; ///< from our own export: entries as the address book had them, with their ids
+    QStringList skipped;           ///< the names of what could not be read
+
+    qsizetype count() const { return contacts.size() + exported.size(); }
 };
 
 /// vCard files of versions 2.1, 3.0 and 4.0, as address books export them.

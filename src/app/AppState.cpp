@@ -9,12 +9,15 @@
 #include "core/CountryCode.h"
 #include "core/Platform.h"
 #include "core/PostalContact.h"
+#include "core/SettingsKeys.h"
 #include "core/ShippoAddress.h"
 #include "core/StatusKind.h"
 #include "core/Task.h"
 #include "core/Text.h"
+#include "core/ports/Preferences.h"
 #include "shell/ErrorLog.h"
 
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -30,12 +33,24 @@ const QList<MainTabInfo> &mainTabs()
     return table;
 }
 
+namespace {
+
+QDir copiesFolder(const Platform &host)
+{
+    const QString chosen = read(host.preferences, settings::copiesFolder);
+    return chosen.isEmpty() ? QDir(host.dataFolder.filePath(u"Copies"_s)) : QDir(chosen);
+}
+
+} // namespace
+
 AppState::AppState(Platform &host)
     : platform(host), errors(ErrorLog::shared()), sanitizer(host.deployment.storeNames), credentials(host), auth(host),
       invoices(auth, sanitizer), keys(host.secrets, host.preferences), shippo(host, keys), scale(host.hid),
       log(host.dataFolder), labelHistory(log), scanForms(log), journal(host.dataFolder), senders(host), boxes(host),
-      drafts(host.dataFolder), addressBook(host.dataFolder), appleContacts(host.contacts, host.clock, host.dataFolder),
-      printer(host), printWatch(printer, host.clock),
+      drafts(host.dataFolder), addressBook(host.dataFolder),
+      copies(host.dataFolder, copiesFolder(host),
+             {{u"purchase_journal.sqlite"_s, [this](const QString &path) { return journal.copyTo(path); }}}),
+      appleContacts(host.contacts, host.clock, host.dataFolder), printer(host), printWatch(printer, host.clock),
       scanListener(host.keyboard, host.clock, host.deployment.shortLinkHost),
       m_signIn(std::make_unique<SignInFlow>(*this)), m_invoice(std::make_unique<InvoiceFlow>(*this)),
       m_scanForm(std::make_unique<ScanFormFlow>(*this)), m_refundSync(std::make_unique<RefundSync>(*this))
@@ -93,9 +108,9 @@ Task<bool> AppState::hasSavedCredentials()
     co_return co_await credentials.areUsable();
 }
 
-Task<bool> AppState::renewSession()
+Task<bool> AppState::renewSession(std::function<bool()> isGivenUp)
 {
-    co_return co_await m_signIn->renewSession();
+    co_return co_await m_signIn->renewSession(isGivenUp);
 }
 
 void AppState::signOut()
@@ -152,7 +167,9 @@ Task<> AppState::syncRefundStatuses()
 
 void AppState::reportScanNoise(const QString &heard)
 {
-    const AppError noise(u"Scanner heard “"_s + firstCharacters(heard, 40) + u"” — not an invoice QR."_s);
+    const bool isSecret = platform.keyboard.fieldState().isMasked; // a password manager types as fast as a scanner
+    const AppError noise(isSecret ? u"Scanner heard something that is not an invoice QR."_s
+                                  : u"Scanner heard “"_s + firstCharacters(heard, 40) + u"” — not an invoice QR."_s);
     failScan(recorded(u"Scanner"_s, noise, Popup::no));
 }
 

@@ -19,6 +19,7 @@
 #include "records/DraftStore.h"
 #include "records/LabelHistory.h"
 #include "records/PurchaseJournal.h"
+#include "records/RecordCopies.h"
 #include "records/ScanForms.h"
 #include "records/SenderStore.h"
 #include "records/ShipmentLog.h"
@@ -28,6 +29,7 @@
 #include <QProperty>
 #include <QSet>
 
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -76,6 +78,8 @@ public:
     Observed<QString> lastShipmentSummary{this}; ///< one line about the last label bought
     Observed<int> keyChanges{this, 0};           ///< counts key changes; rates from one key are not valid with another
 
+    Observed<int> copyCount{this, 0}; ///< counts copies of the records
+
     Observed<bool> scanFormBusy{this, false};
     Observed<QString> scanFormStatus{this};
     bool scanFormComplete = true; ///< the last SCAN form operation left nothing for the clerk to read but the form
@@ -110,6 +114,7 @@ public:
     BoxStore boxes;
     DraftStore drafts;
     LocalAddressStore addressBook;
+    RecordCopies copies;
     ContactsAddressProvider appleContacts;
     LabelPrinter printer;
     PrintWatch printWatch;
@@ -123,21 +128,23 @@ public:
 
     /// Signs in to the back office. On success the main flow starts; otherwise loginError holds the reason.
     Task<> signIn(QString user, QString pass, bool remember);
-    /// Stops a sign-in that waits for the back office.
+    /// Stops signing in, without an error; nothing that is saved is forgotten.
     void cancelSignIn();
     /// Signs in with the saved credentials, at most once per run.
     Task<> attemptAutoLogin();
     Task<bool> hasSavedCredentials();
     /// Signs in once more with the saved credentials of the clerk who is signed in, because the back office has ended
-    /// the session. False if there are none, or the back office does not admit them.
-    Task<bool> renewSession();
+    /// the session. False if there are none, or the back office does not admit them, or `isGivenUp` says that nobody
+    /// waits for it any more.
+    Task<bool> renewSession(std::function<bool()> isGivenUp);
     /// Discards the saved credentials and the session; stores and draft stay.
     void signOut();
     /// Shows the sign-in page after the back office has ended the session. Saved credentials stay, too.
     void signInAgain();
 
     /// Reads the invoice that this code or number names and fills the label from it. Ignored while signed out or while
-    /// another invoice is being read; scanNote then names the ignored invoice.
+    /// another invoice is being read; scanNote then names the ignored invoice. A number that begins with the number
+    /// being read replaces it: the scanner paused inside the code.
     void handleInvoiceScan(const QString &text);
     /// Stops reading an invoice; the label stays as it is.
     void cancelInvoiceScan();

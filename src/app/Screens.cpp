@@ -2,6 +2,7 @@
 
 #include "app/AppState.h"
 #include "app/purchase/Purchases.h"
+#include "app/records/CopyRecords.h"
 #include "core/ShippoAddress.h"
 #include "core/Task.h"
 #include "records/DraftStore.h"
@@ -16,10 +17,16 @@ using namespace Qt::StringLiterals;
 
 Screens::Screens(AppState &app)
     : signIn(app), addressBook(app), label(app), mailingLog(app), keys(app), masterLog(app, keys), scanForm(app),
-      settings(app), updates(app), m_app(app)
+      settings(app), updates(app), records(app), openLabel(app), handbook(app), m_app(app)
 {
     connect(&mailingLog, &MailingLogScreen::reprinted, &label, &LabelScreen::takeReprint);
-    buildOn(app, signIn, addressBook, label, mailingLog, keys, masterLog, scanForm, settings, updates);
+    buildOn(app, signIn, addressBook, label, mailingLog, keys, masterLog, scanForm, settings, updates, records,
+            openLabel, handbook);
+    for (LabelPreview *place : {&label.preview, &mailingLog.preview, &settings.testLabel})
+        connect(place, &LabelPreview::opened, this, [this, place] {
+            openLabel.follow(*place);
+            labelsOpened = labelsOpened + 1;
+        });
     connect(&label.purchases, &Purchases::refundWanted, this,
             [this](const ShipmentRecord &record) { spawn([this, record] { return refundSecond(record); }); });
 }
@@ -42,6 +49,8 @@ Task<> Screens::refundSecond(ShipmentRecord label)
 
 Task<> Screens::restartIntoUpdate()
 {
+    if (!co_await copyRecordsBefore(m_app, CopyReason::beforeUpdate))
+        co_return;
     m_app.drafts.save(label.saved());
     co_await onPool([&drafts = m_app.drafts] { drafts.flush(); });
     co_await updates.relaunchNow();

@@ -2,9 +2,12 @@
 
 #include "app/AppState.h"
 #include "app/addressbook/AddressBook.h"
+#include "app/handbook/Handbook.h"
 #include "app/label/LabelScreen.h"
 #include "app/logs/MailingLogScreen.h"
 #include "app/logs/MasterLogScreen.h"
+#include "app/preview/LabelPreview.h"
+#include "app/records/RecordsScreen.h"
 #include "app/scanform/ScanFormScreen.h"
 #include "app/settings/KeysScreen.h"
 #include "app/settings/SettingsScreen.h"
@@ -29,6 +32,10 @@ public:
     ScanFormScreen scanForm;
     SettingsScreen settings;
     UpdateChecker updates;
+    RecordsScreen records;
+    LabelPreview openLabel;              ///< in the label's own window
+    Observed<int> labelsOpened{this, 0}; ///< incremented to open that window
+    Handbook handbook;
 
     /// Restarts into the downloaded update and stores the draft for the next start. Call only if mayRestart().
     Task<> restartIntoUpdate();

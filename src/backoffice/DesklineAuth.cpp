@@ -17,6 +17,10 @@ using namespace std::chrono_literals;
 const QString DesklineAuth::loginFormProbe = u"!!document.querySelector('input[type=password]')"_s;
 const QString DesklineAuth::signedInProbe = u"location.pathname.indexOf('dashboard.php') !== -1 || "
                                             "/sign-out|log ?out/i.test(document.body ? document.body.innerText : '')"_s;
+const QString DesklineAuth::signOutProbe =
+    u"[document.body ? document.body.innerText : '', ...[...document.links]"
+    ".filter(link => link.getClientRects().length).map(link => link.getAttribute('href'))]"
+    ".some(text => /\\b(sign|log)[-_\\s]?out/i.test(text))"_s;
 
 namespace {
 
@@ -114,8 +118,8 @@ Task<bool> DesklineAuth::asksForSignIn()
     const bool signInForm = co_await evalBool(loginFormProbe);
     if (!signInForm)
         co_return false;
-    const bool signedIn = co_await evalBool(signedInProbe);
-    co_return !signedIn;
+    const bool signOut = co_await evalBool(signOutProbe);
+    co_return !signOut;
 }
 
 void DesklineAuth::clear()

@@ -18,6 +18,8 @@ public:
     /// True while the page shows the sign-in form.
     static const QString loginFormProbe;
     static const QString signedInProbe;
+    /// True if the page shows a way to sign out, in any of its spellings, or by a link with another text or a picture.
+    static const QString signOutProbe;
 
     Observed<QString> currentURL{this}; ///< of the last page that finished loading
 

@@ -67,6 +67,13 @@ void DesklineInvoiceFetcher::requireSamePage(int visit) const
         throw DesklineInvoiceError(Kind::notSignedIn);
 }
 
+void DesklineInvoiceFetcher::requireNoCrash(const QString &invoiceID) const
+{
+    if (m_auth.hasCrashed())
+        throw AppError(
+            u"The page of invoice %1 stopped working while it was read — scan the invoice again."_s.arg(invoiceID));
+}
+
 Task<DesklinePage> DesklineInvoiceFetcher::readPage(QString invoiceID)
 {
     m_auth.load(m_auth.address(u"/staff/buyers.php?subcmd=_detail_invoice&id="_s + invoiceID));
@@ -74,15 +81,14 @@ Task<DesklinePage> DesklineInvoiceFetcher::readPage(QString invoiceID)
     const QString loaded =
         u"document.readyState === 'complete' && location.href.indexOf('id=%1') !== -1"_s.arg(invoiceID);
     const bool ready = co_await m_auth.waitFor(loaded, 45s);
-    if (m_auth.hasCrashed())
-        throw AppError(
-            u"The page of invoice %1 stopped working while it was read — scan the invoice again."_s.arg(invoiceID));
+    requireNoCrash(invoiceID);
     if (!ready) {
         const bool signInForm = co_await m_auth.evalBool(DesklineAuth::loginFormProbe);
         throw DesklineInvoiceError(signInForm ? Kind::notSignedIn : Kind::timeout, invoiceID);
     }
     const QString answer = co_await m_auth.evalString(scriptText(u"read-invoice.js"_s) + u"()"_s);
     requireSamePage(visit);
+    requireNoCrash(invoiceID);
     std::optional<DesklinePage> page = parsePage(answer);
     if (!page) { // the sign-in form may appear at the invoice's own address
         const bool expired = co_await m_auth.asksForSignIn();

@@ -24,6 +24,7 @@ public:
 
 private:
     void requireSamePage(int visit) const;
+    void requireNoCrash(const QString &invoiceID) const;
     Task<DesklinePage> readPage(QString invoiceID);
     Task<QString> profileCompany(QString profileUserID);
 

@@ -20,7 +20,7 @@ constexpr int maxPages = 40;
 struct Listing {
     std::function<void()> onPage;                     ///< called on the main thread for every page that was read
     std::function<void(std::chrono::seconds)> onWait; ///< called when the carrier wants a pause
-    bool isCut = false;                               ///< older records were left out, because of maxPages
+    bool isCut = false;                               ///< older records were left out: maxPages, or an empty page
     bool isOver = false;                              ///< the last page of the list was read
     CancelToken cancel;                               ///< canceled when the result is no longer needed
     std::exception_ptr failure;                       ///< the first failure; the other lists of the listing stop
@@ -42,8 +42,11 @@ Task<QList<T>> pagedList(Fetch fetch, QString path, QDateTime cutoff, Created cr
         const bool isLast = page.next.value_or(QString()).isEmpty();
         if (state && isLast)
             state->isOver = true;
-        if (page.results.isEmpty() || isLast)
+        if (page.results.isEmpty() || isLast) {
+            if (state && !isLast) // an empty page is no end
+                state->isCut = true;
             co_return all;
+        }
         for (const T &record : page.results) {
             const std::optional<QString> text = created(record);
             const std::optional<QDateTime> time = text ? parseIso(*text) : std::nullopt;

@@ -44,6 +44,8 @@ public:
     /// the time of the request by the desk's clock. Throws ShippoError if nothing was found and that proves nothing:
     /// the list goes on, and only the desk's clock says that the rest is too old.
     Task<QList<ShippoTransaction>> purchasesOf(QString rateId, QDateTime asked, QDateTime rated);
+    /// The account's latest purchases, newest first; one page.
+    Task<QList<ShippoTransaction>> newestPurchases();
     /// Downloads a document of the carrier without sending the token.
     Task<QByteArray> downloadLabel(QString url);
 

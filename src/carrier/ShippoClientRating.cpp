@@ -24,6 +24,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+const QString newestHundred = u"transactions?results=100"_s;
 constexpr qsizetype metadataLimit = 100;
 constexpr qint64 carrierDrift = 3600; ///< seconds by which the clocks of the carrier's machines may differ
 constexpr qint64 documentLimit = 16 * 1024 * 1024;
@@ -73,11 +74,17 @@ Task<QList<ShippoTransaction>> ShippoClient::purchasesOf(QString rateId, QDateTi
     const bool isProof = rated.isValid();
     const QDateTime cutoff = isProof ? rated.addSecs(-carrierDrift) : std::min(asked, m_clock.now()).addDays(-1);
     QList<ShippoTransaction> sold =
-        co_await pagedList<ShippoTransaction>(fetch, u"transactions?results=100"_s, cutoff, created, listing);
+        co_await pagedList<ShippoTransaction>(fetch, newestHundred, cutoff, created, listing);
     sold.removeIf([&rateId](const ShippoTransaction &transaction) { return transaction.rate != rateId; });
     if (sold.isEmpty() && (listing->isCut || (!isProof && !listing->isOver)))
         throw ShippoError::api(u"The account has sold too many labels since then to find this one."_s);
     co_return sold;
+}
+
+Task<QList<ShippoTransaction>> ShippoClient::newestPurchases()
+{
+    const QByteArray page = co_await listedPurchases(newestHundred);
+    co_return readableRecords<ShippoTransaction>(page);
 }
 
 Task<QByteArray> ShippoClient::listedPurchases(QString path)

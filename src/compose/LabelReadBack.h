@@ -80,6 +80,8 @@ struct LabelVerdict {
     /// The differences that make the label wrong: name, house number, unit, ZIP, tracking number, or a sample mark on a
     /// label that costs money.
     QList<LabelFinding> faults() const;
+
+    bool operator==(const LabelVerdict &) const = default;
 };
 
 /// Compares a label with its parcel. Carriers fold capitals and accents, shorten words and names, and write unit

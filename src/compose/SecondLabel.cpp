@@ -21,13 +21,6 @@ QString foldedZip(const QString &zip)
     return zip.trimmed().section(u'-', 0, 0).toCaseFolded();
 }
 
-bool isFor(const ShipmentRecord &label, const ShippoAddress &recipient)
-{
-    const QString name = foldedName(recipient.name), line = foldedName(label.recipient);
-    return !name.isEmpty() && (line == name || line.startsWith(name + u',')) &&
-           foldedZip(label.zip11) == foldedZip(recipient.zip);
-}
-
 bool isGivenBack(const ShipmentRecord &label)
 {
     const RefundState state = refundState(label);
@@ -52,6 +45,13 @@ bool isSameRecipient(const ShippoAddress &one, const ShippoAddress &other)
     return foldedName(one.name) == foldedName(other.name) && foldedZip(one.zip) == foldedZip(other.zip);
 }
 
+bool isLabelFor(const ShippoAddress &recipient, const ShipmentRecord &label)
+{
+    const QString name = foldedName(recipient.name), line = foldedName(label.recipient);
+    return !name.isEmpty() && (line == name || line.startsWith(name + u',')) &&
+           foldedZip(label.zip11) == foldedZip(recipient.zip);
+}
+
 QStringList secondLabelReasons(const SecondLabelFacts &facts)
 {
     QStringList reasons;
@@ -67,7 +67,7 @@ QStringList secondLabelReasons(const SecondLabelFacts &facts)
             !reference.isEmpty() && label.reference.trimmed().compare(reference, Qt::CaseInsensitive) == 0;
         if (sameReference)
             reasons += description(label, facts.now) + u" for the same reference."_s;
-        else if (isFor(label, facts.recipient) && label.createdAt.toLocalTime().date() == facts.now.date())
+        else if (isLabelFor(facts.recipient, label) && label.createdAt.toLocalTime().date() == facts.now.date())
             reasons += description(label, facts.now) + u" for the same recipient."_s;
         else
             continue;

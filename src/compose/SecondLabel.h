@@ -21,6 +21,9 @@ struct SecondLabelFacts {
 /// True if two recipients have the same name and the same ZIP without its last four digits.
 bool isSameRecipient(const ShippoAddress &one, const ShippoAddress &other);
 
+/// True if the label went to this name and ZIP without its last four digits.
+bool isLabelFor(const ShippoAddress &recipient, const ShipmentRecord &label);
+
 /// Why the label may exist already, one sentence per reason, the most important first; empty for a parcel's first
 /// label. Labels with a granted or pending refund do not count.
 QStringList secondLabelReasons(const SecondLabelFacts &facts);

@@ -103,12 +103,6 @@ constexpr std::pair<QStringView, QStringView> variants[] = {
     {u"US Virgin Islands", u"VI"},
 };
 
-/// `text` is uppercase. Removes dots, turns commas into blanks and collapses runs of blanks.
-QString normalize(QString text)
-{
-    return text.remove(u'.').replace(u',', u' ').simplified();
-}
-
 /// The words of a name in a fixed order, in capitals and without accents, articles and conjunctions: "Côte d'Ivoire" is
 /// "COTE DIVOIRE", and "Korea, Republic of" is the same as "the Republic of Korea".
 QString wordsOf(const QString &name)
@@ -139,8 +133,8 @@ QString countryName(const icu::Locale &country, const icu::Locale &language)
 }
 
 struct Regions {
-    QHash<QString, QString> names; ///< in English, by code
-    QHash<QString, QString> nameMap;
+    QHash<QString, QString> names;   ///< in English, by code
+    QHash<QString, QString> nameMap; ///< codes by English name and alias, in capitals
 
     Regions()
     {
@@ -150,10 +144,10 @@ struct Regions {
             const QString text = countryName(icu::Locale("", *code), english);
             names.insert(alpha2, text.isEmpty() ? alpha2 : text);
             if (!text.isEmpty())
-                nameMap.insert(normalize(text.toUpper()), alpha2);
+                nameMap.insert(text.toUpper(), alpha2);
         }
         for (const auto &[name, code] : aliases) // after the locale's names, so that an alias wins
-            nameMap.insert(normalize(name.toString()), code.toString());
+            nameMap.insert(name.toString(), code.toString());
     }
 };
 
@@ -198,7 +192,7 @@ std::optional<QString> find(const QString &text)
     const Regions &known = regions();
     if (upper.size() == 2 && known.names.contains(upper))
         return upper;
-    if (const auto name = known.nameMap.find(normalize(upper)); name != known.nameMap.end())
+    if (const auto name = known.nameMap.find(upper); name != known.nameMap.end())
         return *name;
     static const QHash<QString, QString> byWords = codesByWords();
     const auto words = byWords.find(wordsOf(upper));

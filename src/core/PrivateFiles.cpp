@@ -28,12 +28,19 @@ void createPrivateFolder(const QDir &folder)
 
 void createPrivateFile(const QString &path)
 {
-    QFile(path).open(QIODevice::WriteOnly | QIODevice::NewOnly, fileMode);
+    [[maybe_unused]] const bool isNew = QFile(path).open(QIODevice::WriteOnly | QIODevice::NewOnly, fileMode);
 }
 
 void makePrivate(const QString &path)
 {
     QFile::setPermissions(path, fileMode);
+}
+
+void setAsideUnlessFile(const QString &path, qint64 largest)
+{
+    const QFileInfo entry(path);
+    if (entry.exists() && (!entry.isFile() || entry.size() > largest))
+        QFile::rename(path, asidePath(path));
 }
 
 void makePrivate(const QDir &folder)

@@ -17,6 +17,9 @@ void makePrivate(const QString &path);
 /// time-stamped suffix: a store that opened a pipe would wait forever.
 void makePrivate(const QDir &folder);
 
+/// Renames what is in a file's place but is no regular file of at most `largest` bytes, in the same way.
+void setAsideUnlessFile(const QString &path, qint64 largest);
+
 /// The path with a time-stamped suffix, for a file that is set aside.
 QString asidePath(const QString &path);
 

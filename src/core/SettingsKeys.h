@@ -25,6 +25,8 @@ inline const Setting<QStringList> customsSigners{u"customs.signers"_s, {}};     
 inline const Setting<bool> showAddressSidebar{u"ui.showAddressSidebar"_s, true};
 inline const Setting<QString> addressBookMode{u"addressbook.mode"_s, u"endicia"_s}; ///< or "deskline"
 inline const Setting<QByteArray> windowGeometry{u"ui.windowGeometry"_s, {}};
+inline const Setting<QByteArray> labelWindowGeometry{u"ui.labelWindowGeometry"_s, {}};
+inline const Setting<bool> labelWindowUpright{u"ui.labelWindowUpright"_s, false}; ///< not turned as it prints
 inline const Setting<QByteArray> addressBookGeometry{u"ui.addressBookGeometry"_s, {}};
 
 inline const Setting<QStringList> shippoKeyNames{u"shippo.keyNames"_s, {}}; ///< in the order they were added
@@ -49,7 +51,8 @@ inline const Setting<QString> legacySenderEmail{u"sender.email"_s, {}};
 inline const Setting<QByteArray> mailingLogColumns{u"ui.mailingLogColumns"_s, {}};
 inline const Setting<QByteArray> mailingLogSplitter{u"ui.mailingLogSplitter"_s, {}};
 inline const Setting<qint64> lastSyncedRefund{u"log.lastSyncedRefund"_s,
-                                              0}; ///< the next sync continues with older rows
+                                              0};                          ///< the next sync continues with older rows
+inline const Setting<QString> copiesFolder{u"records.copiesFolder"_s, {}}; ///< empty: in the data folder
 inline const Setting<QByteArray> masterLogColumns{u"ui.masterLogColumns"_s, {}};
 
 } // namespace parcelory::settings

@@ -189,6 +189,12 @@ QByteArrayView Statement::utf8(int column) const
     return {bytes, bytes ? sqlite3_column_bytes(m_statement, column) : 0};
 }
 
+QByteArrayView Statement::bytes(int column) const
+{
+    const auto *bytes = static_cast<const char *>(sqlite3_column_blob(m_statement, column));
+    return {bytes, bytes ? sqlite3_column_bytes(m_statement, column) : 0};
+}
+
 double Statement::real(int column) const
 {
     return sqlite3_column_double(m_statement, column);
@@ -201,10 +207,8 @@ qint64 Statement::integer(int column) const
 
 std::optional<QByteArray> Statement::blob(int column) const
 {
-    const void *bytes = sqlite3_column_blob(m_statement, column);
-    if (!bytes)
-        return std::nullopt;
-    return QByteArray(static_cast<const char *>(bytes), sqlite3_column_bytes(m_statement, column));
+    const QByteArrayView value = bytes(column);
+    return value.isNull() ? std::nullopt : std::optional(value.toByteArray());
 }
 
 } // namespace parcelory

@@ -111,6 +111,8 @@ public:
     QString text(int column) const; ///< NULL reads as ""
     /// The text as stored, followed by a zero byte; valid until the next step. Null for NULL.
     QByteArrayView utf8(int column) const;
+    /// The bytes of a text or blob as stored, valid until the next step. Null for NULL and for an empty blob.
+    QByteArrayView bytes(int column) const;
     double real(int column) const;
     qint64 integer(int column) const;
     std::optional<QByteArray> blob(int column) const; ///< absent for NULL and for an empty blob

@@ -221,6 +221,8 @@ PrinterReport LabelPrinter::queueReport(const QString &queue)
         if (hasCrashed(outcome)) // a list of jobs that breaks off would look like an empty queue
             return {.words = failureText(outcome)};
         PrinterReport report = readPrinterReport(outcome.out, outcome.err);
+        if (!report.readable && outcome.status != 0)
+            report.words = failureText(outcome);
         if (report.trouble != PrinterTrouble::unknownQueue)
             return report;
         const ProcessOutcome scheduler = runTool(lpstatTool, {u"-r"_s});

@@ -181,7 +181,6 @@ void PaperSheet::drawLines(const Paragraphs &paragraphs, const QRectF &box, Qt::
         for (const QString &line : lines) {
             const QString text = line.trimmed();
             const double spare = align == Qt::AlignRight ? box.width() - metrics.horizontalAdvance(text) : 0;
-            m_painter.setLayoutDirection(text.isRightToLeft() ? Qt::RightToLeft : Qt::LeftToRight);
             m_painter.drawText(QPointF(box.left() + spare, baseline), text);
             baseline += step;
         }

@@ -57,6 +57,7 @@ void PrintWatch::follow(const QString &queue, Paper paper)
     });
     Followed &followed = m_followed.try_emplace(queue, Followed{.paper = paper}).first->second;
     followed.looks = std::min(followed.looks, slowLooks);
+    ++followed.jobs;
     say();
     lookLater();
 }
@@ -92,9 +93,12 @@ Task<> PrintWatch::look()
 {
     m_looking = true;
     QStringList queues;
+    QList<int> jobs;
     for (const auto &[queue, followed] : m_followed) {
-        if (!followed.ended)
+        if (!followed.ended) {
             queues += queue;
+            jobs += followed.jobs;
+        }
     }
     const QPointer<PrintWatch> alive(this);
     const QList<PrinterReport> reports = co_await onPool([&printer = m_printer, queues] {
@@ -107,17 +111,19 @@ Task<> PrintWatch::look()
         co_return;
     m_looking = false;
     for (qsizetype i = 0; i < queues.size(); ++i)
-        take(queues[i], reports[i]);
+        take(queues[i], jobs[i], reports[i]);
     say();
     lookLater();
 }
 
-void PrintWatch::take(const QString &queue, const PrinterReport &report)
+void PrintWatch::take(const QString &queue, int jobs, const PrinterReport &report)
 {
     const auto found = m_followed.find(queue);
     if (found == m_followed.end()) // another queue was chosen meanwhile
         return;
     Followed &followed = found->second;
+    if (followed.jobs != jobs) // the report may be from before the last job: look again
+        return;
     followed.looks = followed.report.oldestJob == report.oldestJob ? followed.looks + 1 : 1;
     followed.report = report;
     const bool isOver = report.isIdle() || !report.readable;

@@ -30,6 +30,7 @@ private:
     struct Followed {
         Paper paper;
         int looks = 0; ///< polls since the last label came out
+        int jobs = 0;  ///< incremented with every job
         bool ended = false;
         PrinterReport report = {};
 
@@ -38,7 +39,7 @@ private:
 
     void lookLater();
     Task<> look();
-    void take(const QString &queue, const PrinterReport &report);
+    void take(const QString &queue, int jobs, const PrinterReport &report);
     void say();
 
     LabelPrinter &m_printer;

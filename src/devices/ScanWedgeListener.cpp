@@ -24,7 +24,7 @@ void ScanWedgeListener::start()
 {
     if (std::exchange(m_listening, true))
         return;
-    m_keyboard.listen([this](const KeyPress &key) { return handle(key); }, [this] { letPass(); });
+    m_keyboard.listen([this](const KeyPress &key) { return handle(key); }, [this] { letPass(); }, [this] { cut(); });
 }
 
 void ScanWedgeListener::stop()
@@ -32,7 +32,7 @@ void ScanWedgeListener::stop()
     if (!std::exchange(m_listening, false))
         return;
     clear();
-    m_keyboard.listen({}, {});
+    m_keyboard.listen({}, {}, {});
 }
 
 KeyVerdict ScanWedgeListener::handle(const KeyPress &key)
@@ -94,6 +94,13 @@ void ScanWedgeListener::letPass()
     const ScanBurst::Code code = m_burst.code();
     m_typed.showHeld(code.isLong ? m_burst.linkStart().value_or(code.from) : m_burst.keys());
     m_typed.interrupt();
+}
+
+/// Of a link, only the first digits may arrive: another invoice's number.
+void ScanWedgeListener::cut()
+{
+    m_isCut = m_burst.keys() > 0;
+    m_cutLink.clear();
 }
 
 KeyVerdict ScanWedgeListener::pass()
@@ -202,7 +209,7 @@ void ScanWedgeListener::finishCode(const ScanBurst::Code &code)
         finishNoise(code);
         return;
     }
-    if (code.to == m_burst.keys()) {
+    if (code.to == m_burst.keys() && !m_isCut) {
         m_codeEnd = m_burst.lastKey();
         m_suffixEnd = m_codeEnd + ScanBurst::burstGap; // a late end key
         m_cutLink = m_burst.text().back().isDigit() ? m_burst.text() : QString();
@@ -212,6 +219,10 @@ void ScanWedgeListener::finishCode(const ScanBurst::Code &code)
 
 void ScanWedgeListener::finishLink(const ScanBurst::Code &code)
 {
+    if (m_isCut) {
+        finishNoise(code);
+        return;
+    }
     const QString text = m_burst.textBefore(code.to);
     m_typed.takeOut(code.from, code.to);
     m_typed.removeFirst(code.to);
@@ -233,7 +244,7 @@ void ScanWedgeListener::clear()
     cancelTimer();
     m_typed.clear();
     m_burst.clear();
-    m_inRest = m_outsideFields = false;
+    m_inRest = m_outsideFields = m_isCut = false;
 }
 
 } // namespace parcelory

@@ -46,6 +46,7 @@ private:
     bool holdsCode() const;
     bool isRest(const KeyPress &key) const;
     void letPass();
+    void cut();
     void finishBurst();
     void finishLink(const ScanBurst::Code &code);
     void finishNoise(const ScanBurst::Code &code);
@@ -64,6 +65,7 @@ private:
     bool m_outsideFields = false;       ///< a held key is not for a text field
     Time m_codeEnd{0}, m_suffixEnd{-1}; ///< end keys between these times belong to the last code
     QString m_cutLink;                  ///< a link that a long pause has ended: its rest may follow until m_suffixEnd
+    bool m_isCut = false;               ///< keys of the burst may be lost, because a dialog has opened
     bool m_inRest = false;              ///< the burst may be the rest of m_cutLink
     std::optional<quint64> m_timer;
 };

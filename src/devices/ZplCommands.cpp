@@ -16,6 +16,7 @@ namespace {
 /// the label, or stops the printer or its other jobs.
 constexpr std::string_view lasting[] = {
     "JU", "JR", "JB", "JC", "JL", "JG", "JX", "JA", "JJ", "JI", "JD", "JE", "JQ", "JT", // settings, resets, modes
+    "PP", "JP",                                                                         // pauses, cancels
     "MP", "MA", "SC", "SI", "ST", "SX", "SQ", "SR", "SS", "RO", "ZZ",                   // sensors, ports, counters
     "KN", "KP", "KL", "KD", "KV",                                                       // name, password, language
     "NB", "NC", "ND", "NI", "NN", "NP", "NR", "NS", "NT", "NW",                         // wired network

@@ -34,6 +34,11 @@ Task<QString> ConsolePrompts::openFile(QString, QString)
     co_return QString();
 }
 
+Task<QString> ConsolePrompts::openFolder(QString)
+{
+    co_return QString();
+}
+
 Task<int> ConsolePrompts::choose(Question question)
 {
     say(question.title, question.text);

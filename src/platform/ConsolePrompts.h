@@ -12,6 +12,7 @@ public:
     Task<int> choose(Question question) override;
     Task<QString> saveFile(QString title, QString proposed) override;
     Task<QString> openFile(QString title, QString filter) override;
+    Task<QString> openFolder(QString title) override;
 };
 
 } // namespace parcelory

@@ -8,7 +8,8 @@
 
 namespace parcelory {
 
-/// Preferences in the platform's per-user store, or in an INI file.
+/// Preferences in the platform's per-user store, or in an INI file. A pipe, a folder or a huge file in place of the
+/// file is renamed: QSettings would read it before the window opens.
 class SettingsPreferences : public Preferences {
 public:
     SettingsPreferences(); ///< the user's store

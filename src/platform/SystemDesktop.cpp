@@ -31,8 +31,9 @@ SystemDesktop::SystemDesktop(ProcessRunner &processes) : m_processes(processes) 
 
 void SystemDesktop::openUrl(const QUrl &url)
 {
-    if (!opened(url.toString(QUrl::FullyEncoded), url.host()))
-        throw AppError(u"no browser on this computer opens %1"_s.arg(url.host()));
+    const QString name = url.isLocalFile() ? url.toLocalFile() : url.host();
+    if (!opened(url.toString(QUrl::FullyEncoded), name))
+        throw AppError(u"no browser on this computer opens %1"_s.arg(name));
 }
 
 void SystemDesktop::openFile(const QString &path)
@@ -46,7 +47,7 @@ void SystemDesktop::openFile(const QString &path)
 bool SystemDesktop::opened(const QString &target, const QString &name)
 {
     try {
-        return m_processes.run(opener, {target}, {}, openerLimit).status == 0;
+        return m_processes.runOpener(opener, {target}, openerLimit).status == 0;
     } catch (const ProcessTimedOut &) {
         throw AppError(
             u"the desktop did not answer within %1 seconds and may still open %2"_s.arg(openerLimit.count()).arg(name));

@@ -8,6 +8,8 @@
 #include <QProcess>
 
 #include <chrono>
+#include <memory>
+#include <unistd.h>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;
@@ -39,23 +41,47 @@ bool waitForEnd(QProcess &process, const CancelToken &cancel, const QDeadlineTim
     return cancel.isCanceled();
 }
 
+enum class Output { kept, dropped };
+
+ProcessOutcome runProcess(const QString &program, const QStringList &arguments, const CancelToken &cancel,
+                          std::chrono::milliseconds limit, Output output)
+{
+    auto process = std::make_unique<QProcess>();
+    process->setProcessEnvironment(pinnedEnvironment());
+    process->setStandardInputFile(QProcess::nullDevice());
+    if (output == Output::dropped) {
+        process->setStandardOutputFile(QProcess::nullDevice());
+        process->setStandardErrorFile(QProcess::nullDevice());
+    }
+    // A session of its own has no terminal: cupsenable would ask there for the password of an administrator, and wait.
+    process->setChildProcessModifier([] { ::setsid(); });
+    process->start(program, arguments);
+    if (!process->waitForStarted(-1))
+        throw AppError(u"%1 could not be started — %2"_s.arg(program, process->errorString()));
+    const bool isInTime = waitForEnd(*process, cancel, QDeadlineTimer(limit.count()));
+    const bool hasEnded = process->state() == QProcess::NotRunning;
+    if (!hasEnded) [[maybe_unused]]
+        const QProcess *left = process.release(); // its destructor would wait for it again
+    if (!isInTime || !hasEnded)
+        throw ProcessTimedOut(u"%1 did not end within %2 seconds."_s.arg(program).arg(
+            std::chrono::duration_cast<std::chrono::seconds>(limit).count()));
+    const bool isNormal = process->exitStatus() == QProcess::NormalExit;
+    return {isNormal ? process->exitCode() : 128 + process->exitCode(), process->readAllStandardOutput(),
+            process->readAllStandardError()};
+}
+
 } // namespace
 
 ProcessOutcome SystemProcesses::run(const QString &program, const QStringList &arguments, const CancelToken &cancel,
                                     std::chrono::milliseconds limit)
 {
-    QProcess process;
-    process.setProcessEnvironment(pinnedEnvironment());
-    process.setStandardInputFile(QProcess::nullDevice());
-    process.start(program, arguments);
-    if (!process.waitForStarted(-1))
-        throw AppError(u"%1 could not be started — %2"_s.arg(program, process.errorString()));
-    if (!waitForEnd(process, cancel, QDeadlineTimer(limit.count())))
-        throw ProcessTimedOut(u"%1 did not end within %2 seconds."_s.arg(program).arg(
-            std::chrono::duration_cast<std::chrono::seconds>(limit).count()));
-    const bool ended = process.exitStatus() == QProcess::NormalExit;
-    return {ended ? process.exitCode() : 128 + process.exitCode(), process.readAllStandardOutput(),
-            process.readAllStandardError()};
+    return runProcess(program, arguments, cancel, limit, Output::kept);
+}
+
+ProcessOutcome SystemProcesses::runOpener(const QString &program, const QStringList &arguments,
+                                          std::chrono::milliseconds limit)
+{
+    return runProcess(program, arguments, {}, limit, Output::dropped);
 }
 
 } // namespace parcelory

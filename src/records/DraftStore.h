@@ -23,6 +23,7 @@ struct SavedDraft {
     QString weightLb, weightOz, dimLength, dimWidth, dimHeight, insuranceValue, shipDate, descriptionText, reference;
     bool fedexResidential = false, printInvoiceWithRates = true, keepRecipient = true;
     QString customsType, customsQuantity, customsValue, customsSigner;
+    std::optional<QString> invoiceTracking; ///< of the invoice that the reference names
 
     static constexpr auto fields()
     {
@@ -50,7 +51,8 @@ struct SavedDraft {
                           field("customsType", &D::customsType),
                           field("customsQuantity", &D::customsQuantity),
                           field("customsValue", &D::customsValue),
-                          field("customsSigner", &D::customsSigner)};
+                          field("customsSigner", &D::customsSigner),
+                          field("invoiceTracking", &D::invoiceTracking)};
     }
     bool operator==(const SavedDraft &) const = default;
 };

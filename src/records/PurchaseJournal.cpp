@@ -4,6 +4,7 @@
 #include "core/Json.h"
 #include "core/PrivateFiles.h"
 #include "core/ShippoAddress.h"
+#include "core/SqliteCopy.h"
 #include "core/Text.h"
 #include "records/JournalRescue.h"
 #include "records/ShipmentLogRows.h"
@@ -251,6 +252,12 @@ qint64 PurchaseJournal::begin(const OpenPurchase &purchase)
     return m_db->lastInsertedId();
 }
 
+QString PurchaseJournal::copyTo(const QString &path)
+{
+    const std::lock_guard turn(m_access);
+    return isReady() ? copyDatabase(*m_db, path) : m_obstacle;
+}
+
 bool PurchaseJournal::update(qint64 id, const ShipmentRecord &record)
 {
     const std::lock_guard turn(m_access);
@@ -276,12 +283,17 @@ QList<OpenPurchase> PurchaseJournal::openPurchases()
     QList<OpenPurchase> open;
     if (!isReady())
         return open;
-    Statement query(*m_db, "SELECT id, asked_at, rate_id, key_name, recipient, keep_recipient, shipment, label, "
-                           "customs_pdf, printed, rated_at, test_mode, transaction_id FROM purchases ORDER BY id");
-    while (query.step())
-        open.append(purchaseOf(query));
-    if (!query.isComplete()) {
-        giveUp(m_db->lastError());
+    QString obstacle;
+    {
+        Statement query(*m_db, "SELECT id, asked_at, rate_id, key_name, recipient, keep_recipient, shipment, label, "
+                               "customs_pdf, printed, rated_at, test_mode, transaction_id FROM purchases ORDER BY id");
+        while (query.step())
+            open.append(purchaseOf(query));
+        if (!query.isComplete())
+            obstacle = m_db->lastError();
+    } // the file stays open, and locked, until the query ends
+    if (!obstacle.isEmpty()) {
+        giveUp(obstacle);
         refuse();
     }
     const auto unreadable = std::ranges::count_if(open, &OpenPurchase::isUnreadable);

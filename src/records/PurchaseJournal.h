@@ -65,6 +65,10 @@ public:
     /// read must not look like a journal without purchases.
     QList<OpenPurchase> openPurchases();
 
+    /// Copies the journal into a new file; returns why it could not, or nothing. This program alone can: it has locked
+    /// the file.
+    QString copyTo(const QString &path);
+
     /// Records that a refund is about to be requested; throws AppError if that could not be stored.
     void beginRefund(const OpenRefund &refund);
     bool closeRefund(const QString &transactionId);

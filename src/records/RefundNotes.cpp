@@ -1,5 +1,6 @@
 #include "records/RefundNotes.h"
 
+#include "records/LogChain.h"
 #include "records/ShipmentLogRows.h"
 #include "records/ShipmentRecord.h"
 #include "records/ShipmentStatus.h"
@@ -28,6 +29,11 @@ bool remember(Database &db, qint64 shipment, const QString &word)
 bool forget(Database &db, qint64 shipment)
 {
     return !exist(db) || execute(db, "DELETE FROM label_refunds WHERE shipment_id = ?", shipment);
+}
+
+bool seal(Database &db, qint64 shipment)
+{
+    return LogChain::Sealer(db).sealStatus(shipment);
 }
 
 bool update(Database &db, qint64 shipment, const QString &status)
@@ -81,7 +87,7 @@ bool putStatus(Database &db, qint64 shipment, const QString &status)
     if (!before || (refundState(status) != RefundState::none && !forget(db, shipment)))
         return false;
     const bool hides = logStatusFrom(status) == LogStatus::delivered && refundState(*before) != RefundState::none;
-    return (!hides || remember(db, shipment, *before)) && update(db, shipment, status);
+    return (!hides || remember(db, shipment, *before)) && update(db, shipment, status) && seal(db, shipment);
 }
 
 bool putRefund(Database &db, qint64 shipment, RefundState refund)
@@ -91,7 +97,9 @@ bool putRefund(Database &db, qint64 shipment, RefundState refund)
         return false;
     if (logStatusFrom(*before) != LogStatus::delivered)
         return putStatus(db, shipment, statusAfter(refund, *before));
-    return refund == RefundState::none ? forget(db, shipment) : remember(db, shipment, statusAfter(refund, *before));
+    const bool stored =
+        refund == RefundState::none ? forget(db, shipment) : remember(db, shipment, statusAfter(refund, *before));
+    return stored && seal(db, shipment);
 }
 
 } // namespace parcelory::RefundNotes

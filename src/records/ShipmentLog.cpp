@@ -3,6 +3,7 @@
 #include "core/AppError.h"
 #include "core/PrivateFiles.h"
 #include "core/Progress.h"
+#include "records/LogChain.h"
 #include "records/LogRead.h"
 #include "records/RefundNotes.h"
 #include "records/ShipmentLogRows.h"
@@ -292,13 +293,14 @@ bool ShipmentLog::append(const ShipmentRecord &record, bool unlessThere, bool re
             const auto there = unlessThere ? rowOf(db, record) : QList<ShipmentRecord>();
             if (!there || !there->isEmpty())
                 return there.has_value();
+            LogChain::Sealer sealer(db);
             Statement statement(db, ShipmentLogRows::insert);
             if (statement.isPrepared())
                 ShipmentLogRows::bind(statement, record);
             if (!statement.execute())
                 return false;
             added = db.lastInsertedId();
-            return true;
+            return sealer.seal(*added);
         });
         if (stored && added)
             m_index.follow(added);

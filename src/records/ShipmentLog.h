@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/Sqlite.h"
+#include "records/LogChain.h"
 #include "records/LogRead.h"
 #include "records/ShipmentLogIndex.h"
 #include "records/ShipmentRecord.h"
@@ -68,8 +69,10 @@ public:
     LogRead<std::optional<ShipmentRecord>> find(const ShipmentRecord &record) const;
     /// The labels of a day, in the machine's time zone, in the order in which they were bought.
     LogRead<QList<ShipmentRecord>> labelsOf(QDate day) const;
-    /// Labels of one kind of key that were bought for this reference or since `since`, newest first.
-    LogRead<QList<ShipmentRecord>> labelsLike(const QString &reference, const QDateTime &since, bool testMode) const;
+    /// Labels of one kind of key that were bought for this reference, or since `since` if `isWanted` holds for them,
+    /// newest first. A busy day has thousands of labels, so the others are not kept in memory.
+    LogRead<QList<ShipmentRecord>> labelsLike(const QString &reference, const QDateTime &since, bool testMode,
+                                              const std::function<bool(const ShipmentRecord &)> &isWanted) const;
     /// Shipments with a smaller id than `before` whose refund the carrier has not decided, the last row first.
     LogRead<QList<ShipmentRecord>> openRefunds(qint64 before, int limit) const;
     LogRead<std::optional<QByteArray>> zpl(qint64 id) const;
@@ -87,6 +90,13 @@ public:
     /// unchanged.
     ImportReport importEndiciaCSV(const QString &path, KnownRows known = KnownRows::import,
                                   const Progress &progress = {});
+
+    /// Gives the rows of an older version their entries in the chain of hashes. Waits for the disk for a long time if
+    /// there are many; others can write meanwhile. False if it was canceled or failed.
+    bool sealOlder(const CancelToken &cancel = {});
+    /// Compares every row with the chain of hashes; `known` are heads of the chain that were kept elsewhere. `progress`
+    /// counts entries. Others can write meanwhile.
+    LogRead<LogChain::Report> verify(const QList<LogChain::Head> &known = {}, const Progress &progress = {}) const;
 
     /// What the clerk must know at the start: that the log cannot be used, and what to do. Empty if it can be read, and
     /// while another program has it open.

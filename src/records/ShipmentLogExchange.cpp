@@ -5,6 +5,7 @@
 #include "core/Task.h"
 #include "records/EndiciaDates.h"
 #include "records/EndiciaFormat.h"
+#include "records/LogChain.h"
 #include "records/LogRead.h"
 #include "records/ShipmentLogRows.h"
 #include "records/ShipmentRecord.h"
@@ -185,6 +186,7 @@ ImportReport appendLines(const QString &path, const QByteArray &text, KnownRows 
     const ImportReport canceled{.isCanceled = true, .skippedLines = {}, .undatedLines = {}};
     qint64 count = 0;
     {
+        LogChain::Sealer sealer(db);
         Statement insert(db, ShipmentLogRows::insert);
         EndiciaDates dates;
         for (MailLines lines(text); lines.next();) {
@@ -206,10 +208,12 @@ ImportReport appendLines(const QString &path, const QByteArray &text, KnownRows 
             require(insert.isPrepared());
             ShipmentLogRows::bind(insert, *record);
             require(insert.execute());
+            const qint64 row = db.lastInsertedId();
+            require(sealer.seal(row));
             ++report.imported;
             if (!isDated) {
                 report.undatedLines += lines.number;
-                require(ShipmentLogRows::markUndated(db, db.lastInsertedId()));
+                require(ShipmentLogRows::markUndated(db, row));
             }
         }
     }

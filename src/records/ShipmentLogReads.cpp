@@ -135,8 +135,9 @@ LogRead<QList<ShipmentRecord>> ShipmentLog::alike(const QString &search, int lim
     });
 }
 
-LogRead<QList<ShipmentRecord>> ShipmentLog::labelsLike(const QString &reference, const QDateTime &since,
-                                                       bool testMode) const
+LogRead<QList<ShipmentRecord>>
+ShipmentLog::labelsLike(const QString &reference, const QDateTime &since, bool testMode,
+                        const std::function<bool(const ShipmentRecord &)> &isWanted) const
 {
     using Rows = QList<ShipmentRecord>;
     return read<Rows>([&](const Database &db) {
@@ -145,7 +146,12 @@ LogRead<QList<ShipmentRecord>> ShipmentLog::labelsLike(const QString &reference,
                                 QByteArray(" WHERE created_at >= ? ORDER BY created_at DESC, id DESC"));
         if (query.isPrepared())
             query.bind(1, ShipmentLogRows::secondsOf(since));
-        std::optional<Rows> found = earlier ? ShipmentLogRows::allOf(db, query) : std::nullopt;
+        const auto isSame = [&](const ShipmentRecord &label) {
+            return label.testMode == testMode &&
+                   ((!reference.isEmpty() && label.reference.compare(reference, Qt::CaseInsensitive) == 0) ||
+                    isWanted(label));
+        };
+        std::optional<Rows> found = earlier ? ShipmentLogRows::allOf(db, query, isSame) : std::nullopt;
         if (!found)
             return found;
         earlier->removeIf([&](const ShipmentRecord &label) {

@@ -60,17 +60,20 @@ ShipmentRecord recordOf(const Statement &row)
 
 } // namespace
 
-std::optional<QList<ShipmentRecord>> plainRowsOf(Statement &query)
+std::optional<QList<ShipmentRecord>> plainRowsOf(Statement &query, const Wanted &isWanted)
 {
     QList<ShipmentRecord> records;
-    while (query.step())
-        records.append(recordOf(query));
+    while (query.step()) {
+        const ShipmentRecord record = recordOf(query);
+        if (!isWanted || isWanted(record))
+            records.append(record);
+    }
     return query.isComplete() ? std::optional(std::move(records)) : std::nullopt;
 }
 
-std::optional<QList<ShipmentRecord>> allOf(const Database &db, Statement &query)
+std::optional<QList<ShipmentRecord>> allOf(const Database &db, Statement &query, const Wanted &isWanted)
 {
-    std::optional<QList<ShipmentRecord>> records = plainRowsOf(query);
+    std::optional<QList<ShipmentRecord>> records = plainRowsOf(query, isWanted);
     return records && RefundNotes::addTo(db, *records) ? std::move(records) : std::nullopt;
 }
 

@@ -6,17 +6,20 @@
 #include <QList>
 
 #include <algorithm>
+#include <functional>
 #include <optional>
 
 namespace parcelory::ShipmentLogRows {
 
 /// The list's columns, without the documents; a WHERE or ORDER BY may follow.
 extern const char *const select;
+using Wanted = std::function<bool(const ShipmentRecord &)>;
+
 /// All remaining rows of a query of these columns, without noted refunds; nothing if reading failed before the last
-/// row.
-std::optional<QList<ShipmentRecord>> plainRowsOf(Statement &query);
+/// row. `isWanted`: keeps only such rows; empty for all.
+std::optional<QList<ShipmentRecord>> plainRowsOf(Statement &query, const Wanted &isWanted = {});
 /// The same with the noted refunds.
-std::optional<QList<ShipmentRecord>> allOf(const Database &db, Statement &query);
+std::optional<QList<ShipmentRecord>> allOf(const Database &db, Statement &query, const Wanted &isWanted = {});
 /// For the tables that later versions added with their first row.
 bool hasTable(const Database &db, const char *name);
 /// Marks an imported row as dated with the day of its import, because its own date is unknown. It counts for no day.

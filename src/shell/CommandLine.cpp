@@ -33,7 +33,7 @@ Display CommandLine::display(int count, char **arguments)
     const bool hasScreen = !qEnvironmentVariableIsEmpty("DISPLAY") || !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") ||
                            !qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM");
 #endif
-    if (given("--status") || given("--add-key"))
+    if (given("--status") || given("--verify") || given("--add-key"))
         return Display::none;
     if (!given("--practice"))
         return hasScreen ? Display::screen : Display::none;
@@ -53,9 +53,11 @@ CommandLine CommandLine::parse(const QStringList &arguments)
         u"screenshots"_s, u"Draw every screen of the practice desk as a picture in <folder>; needs no display."_s,
         u"folder"_s);
     const QCommandLineOption status(u"status"_s, u"Show the active API key, the records folder and the printers."_s);
+    const QCommandLineOption verify(
+        u"verify"_s, u"Check that each row of the mailing log is as it was bought; the exit status is 1 if not."_s);
     const QCommandLineOption addKey(u"add-key"_s, u"Store the API key that comes on standard input under <name>."_s,
                                     u"name"_s);
-    parser.addOptions({practice, data, ship, screenshots, status, addKey});
+    parser.addOptions({practice, data, ship, screenshots, status, verify, addKey});
     parser.addHelpOption();
     parser.addVersionOption();
     parser.process(arguments);
@@ -63,6 +65,7 @@ CommandLine CommandLine::parse(const QStringList &arguments)
     CommandLine line;
     line.practice = parser.isSet(practice);
     line.status = parser.isSet(status);
+    line.verify = parser.isSet(verify);
     line.practiceFolder = parser.value(data);
     if (parser.isSet(ship))
         line.orders = parser.value(ship);
@@ -70,7 +73,7 @@ CommandLine CommandLine::parse(const QStringList &arguments)
         line.screenshots = parser.value(screenshots);
     if (parser.isSet(addKey))
         line.keyName = parser.value(addKey);
-    const int asked = int(line.practice) + int(line.status) + int(line.keyName.has_value());
+    const int asked = int(line.practice) + int(line.status) + int(line.verify) + int(line.keyName.has_value());
     if (!parser.positionalArguments().isEmpty())
         refuse(u"\"%1\" is not an option."_s.arg(parser.positionalArguments().first()));
     if ((parser.isSet(data) || line.orders || line.screenshots) && !line.practice)
@@ -78,7 +81,7 @@ CommandLine CommandLine::parse(const QStringList &arguments)
     if (line.orders && line.screenshots)
         refuse(u"--ship and --screenshots do not go together."_s);
     if (asked > 1)
-        refuse(u"Give only one of --practice, --status and --add-key."_s);
+        refuse(u"Give only one of --practice, --status, --verify and --add-key."_s);
     return line;
 }
 

@@ -17,6 +17,7 @@ struct CommandLine {
     std::optional<QString> orders;      ///< --ship; ships these orders without a window
     std::optional<QString> screenshots; ///< --screenshots; where the pictures go
     bool status = false;
+    bool verify = false;            ///< compares the mailing log with what was bought
     std::optional<QString> keyName; ///< --add-key; the token comes on standard input
 
     /// The display that these arguments and this session need; required before the application object is created.

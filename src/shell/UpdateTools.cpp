@@ -12,6 +12,7 @@
 #include <QXmlStreamReader>
 
 #include <algorithm>
+#include <chrono>
 #include <filesystem>
 #include <optional>
 #include <system_error>
@@ -31,8 +32,9 @@ const QString curlTool = u"/usr/bin/curl"_s;
 const QString chmodTool = u"/bin/chmod"_s;
 const QString noApp = u"The update archive didn't contain an app."_s;
 
-constexpr qint64 longestVersion = 100;  // bytes
-constexpr qint64 longestFeed = 1 << 20; // bytes; a feed takes a few hundred
+constexpr auto longestStep = std::chrono::minutes(5); // unpacking; curl has shorter limits of its own
+constexpr qint64 longestVersion = 100;                // bytes
+constexpr qint64 longestFeed = 1 << 20;               // bytes; a feed takes a few hundred
 constexpr qint64 largestFeedDownload = 8 * longestFeed, largestArchive = 1 << 30;
 
 QString reason(const ProcessOutcome &outcome)
@@ -126,7 +128,7 @@ void cleanModes(const QString &app)
 
 ProcessOutcome UpdateTools::start(const QString &program, const QStringList &arguments) const
 {
-    return m_processes.run(program, arguments, m_cancel);
+    return m_processes.run(program, arguments, m_cancel, longestStep);
 }
 
 void UpdateTools::run(const QString &program, const QStringList &arguments, const QString &failure) const
@@ -204,10 +206,10 @@ QString UpdateTools::stage(const QString &archive, const QString &folder) const
 std::optional<QString> UpdateTools::versionIn(const QString &app)
 {
     QFile plain(app + u"/version"_s), propertyList(app + u"/Contents/Info.plist"_s);
-    if (plain.open(QIODevice::ReadOnly))
-        return QString::fromUtf8(plain.read(longestVersion)).trimmed();
     if (propertyList.open(QIODevice::ReadOnly))
         return textOfKey(propertyList, u"CFBundleShortVersionString"_s);
+    if (plain.open(QIODevice::ReadOnly))
+        return QString::fromUtf8(plain.read(longestVersion)).trimmed();
     return std::nullopt;
 }
 

@@ -21,7 +21,7 @@ trap tidy EXIT
 start() {
     sleep 0.3
     if [ "$(uname)" = Darwin ]; then
-        /usr/bin/open "$APP"
+        open "$APP"
     else
         "$APP/bin/parcelory" >/dev/null 2>&1 </dev/null &
     fi
@@ -37,6 +37,7 @@ fail() {
     trap - HUP INT TERM
     if ! holds_program "$INSTALLED"; then
         if holds_program "$NEWAPP"; then APP=$NEWAPP; else APP=$NEXT; fi
+        rm -f "$(dirname "$NEWAPP")/lock" # without it, no program deletes the folder as a leftover
     fi
     start
     exit 1

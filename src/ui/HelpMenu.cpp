@@ -1,5 +1,6 @@
 #include "ui/HelpMenu.h"
 
+#include "app/Screens.h"
 #include "core/Task.h"
 #include "ui/MainWindow.h"
 #include "ui/ShortcutOverview.h"
@@ -12,6 +13,18 @@ namespace parcelory {
 using namespace Qt::StringLiterals;
 
 namespace {
+
+/// Disables the entry, and says why, while there is no handbook.
+void followHandbook(QAction *entry, MainWindow &window)
+{
+    const Handbook &handbook = window.screens().handbook;
+    const auto refresh = [entry, &handbook] {
+        entry->setEnabled(handbook.installed);
+        entry->setText(handbook.installed ? u"Handbook"_s : u"Handbook — not installed"_s);
+    };
+    QObject::connect(&handbook, &Handbook::changed, entry, refresh);
+    refresh();
+}
 
 void say(MainWindow &window, const QString &title, const QString &text)
 {
@@ -29,6 +42,9 @@ void addHelpMenu(MainWindow &window)
         action->setMenuRole(role);
         QObject::connect(action, &QAction::triggered, &window, run);
     };
+    add(u"Handbook"_s, QAction::NoRole,
+        [&window] { spawn([&handbook = window.screens().handbook] { return handbook.open(); }); });
+    followHandbook(menu->actions().last(), window);
     add(u"Keyboard Shortcuts"_s, QAction::NoRole,
         [&window] { makeShortcutOverview(window.app().platform.clock, *window.menuBar(), &window)->open(); });
     menu->actions().last()->setShortcut(QKeySequence::HelpContents);

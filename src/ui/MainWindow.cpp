@@ -12,6 +12,7 @@
 #include "ui/ErrorLogWindow.h"
 #include "ui/HeaderBar.h"
 #include "ui/HelpMenu.h"
+#include "ui/LabelWindow.h"
 #include "ui/StatusStrip.h"
 #include "ui/WindowActions.h"
 #include "ui/label/LabelView.h"
@@ -45,7 +46,7 @@ constexpr QSize leastSize(1024, 680);
 
 MainWindow::MainWindow(AppState &app, Screens &screens, const QString &signInNote)
     : m_app(app), m_screens(screens), m_flows(new QStackedWidget), m_formsOpened(app.scanFormOpenTick),
-      m_refresh([this] { refresh(); })
+      m_labelsOpened(screens.labelsOpened), m_refresh([this] { refresh(); })
 {
     m_flows->addWidget(new SignInView(app, screens.signIn, signInNote));
     m_flows->addWidget(makeMain());
@@ -132,6 +133,8 @@ void MainWindow::refresh()
         m_label->focusStart();
     if (const int opened = m_app.scanFormOpenTick; std::exchange(m_formsOpened, opened) != opened)
         openWindow(u"scanform"_s);
+    if (const int opened = m_screens.labelsOpened; std::exchange(m_labelsOpened, opened) != opened)
+        openWindow(u"label"_s);
     finishClosing();
 }
 
@@ -149,6 +152,8 @@ QWidget *MainWindow::makeWindow(const QString &identifier)
         return new ErrorLogWindow(m_app.errors, m_app.platform.desktop);
     if (identifier == u"scanform")
         return new ScanFormWindow(m_app, m_screens.scanForm);
+    if (identifier == u"label")
+        return new LabelWindow(m_app, m_screens);
     return nullptr;
 }
 

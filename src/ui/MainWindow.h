@@ -39,7 +39,7 @@ public:
     static QSize firstSize(QSize room);
     /// Shows a tab at once, so that the caller can act in it.
     void showTab(MainTab tab);
-    /// Opens a secondary window, or brings it to the front. Known: "addressbook", "errorlog", "scanform".
+    /// Opens a secondary window, or brings it to the front. Known: "addressbook", "errorlog", "label", "scanform".
     void openWindow(const QString &identifier);
     void comeToFront() { bringToFront(this); }
 
@@ -73,7 +73,8 @@ private:
         bool afterPurchase = false, afterForm = false;
     };
     std::optional<Closing> m_closing;
-    int m_formsOpened; ///< AppState::scanFormOpenTick at the last opening
+    int m_formsOpened;  ///< AppState::scanFormOpenTick at the last opening
+    int m_labelsOpened; ///< Screens::labelsOpened at the last opening
     RefreshScheduler m_refresh;
 };
 

@@ -31,7 +31,7 @@ Program::Program(Platform &platform, WindowPrompts &prompts, const QString &sign
 {
     QObject::connect(&m_appearance, &SystemAppearance::darkChanged, [](bool dark) { Theme::current().setDark(dark); });
     m_window = std::make_unique<MainWindow>(m_app, m_screens, signInNote);
-    prompts.attach(m_window.get(), platform.clock);
+    prompts.attach(m_window.get(), platform.clock, m_screens.handbook);
 }
 
 void Program::start()
@@ -40,7 +40,12 @@ void Program::start()
     spawn([&keys = m_screens.keys] { return keys.refresh(); });
     spawn([&book = m_screens.addressBook] { return book.reload(); });
     spawn([&log = m_screens.mailingLog] { return log.tellTrouble(); });
+    spawn([&records = m_screens.records] { return records.start(); });
     spawn([] { return sweepPrintFiles(); });
+    spawn([] { return UpdateChecker::sweep(); });
+    spawn([&handbook = m_screens.handbook] {
+        return handbook.load(Handbook::places(QCoreApplication::applicationDirPath()));
+    });
     if (m_screens.settings.zebraQueue.value().isEmpty())
         spawn([&settings = m_screens.settings] { return settings.refreshPrinters(); });
     spawn([&purchases = m_screens.label.purchases] { return purchases.resume(); });
@@ -52,6 +57,7 @@ Program::~Program()
     m_window.reset();
     m_screens.mailingLog.cancel();
     m_screens.addressBook.cancelImport();
+    m_screens.records.cancel();
     m_screens.updates.stop();
     workPool().waitForDone(); // running jobs report to the screens
 }

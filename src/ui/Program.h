@@ -19,8 +19,8 @@ public:
     static void makeLook();
 
     /// Starts what the program does by itself: takes over the draft of a restart, reads the keys and the address book,
-    /// tells of a damaged mailing log, deletes leftover print files, looks for the label printer at the first start,
-    /// resumes unresolved purchases and looks for an update. Call once, when the window is shown.
+    /// tells of a damaged mailing log, deletes leftover temporary files, looks for the label printer at the first
+    /// start, resumes unresolved purchases and looks for an update. Call once, when the window is shown.
     void start();
 
     MainWindow &window() { return *m_window; }

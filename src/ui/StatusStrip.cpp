@@ -2,6 +2,7 @@
 #include "app/AppState.h"
 #include "app/addressbook/AddressBook.h"
 #include "app/settings/KeysScreen.h"
+#include "core/StatusKind.h"
 #include "core/Task.h"
 #include "ui/parts/Accessibility.h"
 #include "ui/parts/Badge.h"
@@ -22,7 +23,8 @@ StatusStrip::StatusStrip(AppState &app, KeysScreen &keys, AddressBook &book, QWi
     : PanelFrame(&Tokens::window, parent), m_app(app), m_keys(keys), m_book(book),
       m_lastTitle(new TextLabel(u"Last Shipment:"_s, FontRole::caption, &Tokens::muted)),
       m_last(new ElidedLabel({}, FontRole::caption)), m_scan(new ElidedLabel({}, FontRole::caption, &Tokens::muted)),
-      m_change(new ElidedLabel({}, FontRole::caption)), m_undo(new Button(u"Undo"_s, Button::Kind::link)),
+      m_change(new ElidedLabel({}, FontRole::caption)), m_cancelScan(new Button(u"Cancel"_s, Button::Kind::link)),
+      m_undo(new Button(u"Undo"_s, Button::Kind::link)),
       m_printerIcon(new IconView(u"ui_printer"_s, 16, &Tokens::warn)),
       m_printer(new ElidedLabel({}, FontRole::captionStrong)), m_scanIcon(new IconView(u"ui_qr"_s, 14)),
       m_warning(new IconView(u"ui_warning"_s, 16, &Tokens::warn)), m_mode(new Badge({}, BadgeKind::plain)),
@@ -39,6 +41,7 @@ StatusStrip::StatusStrip(AppState &app, KeysScreen &keys, AddressBook &book, QWi
     row->addWidget(m_last);
     row->addWidget(m_scanIcon);
     row->addWidget(m_scan);
+    row->addWidget(m_cancelScan);
     row->addWidget(m_change);
     row->addWidget(m_undo);
     row->addStretch(1);
@@ -47,6 +50,9 @@ StatusStrip::StatusStrip(AppState &app, KeysScreen &keys, AddressBook &book, QWi
     row->addWidget(m_key);
     for (QWidget *live : {m_printer, m_change})
         setAccessibleRole(live, QAccessible::Notification);
+    m_cancelScan->setAccessibleName(u"Stop reading the invoice"_s);
+    m_cancelScan->setFocusPolicy(Qt::TabFocus); // a click leaves the focus where the clerk types
+    connect(m_cancelScan, &QPushButton::clicked, &app, &AppState::cancelInvoiceScan);
     m_undo->setAccessibleName(u"Undo the change in the address book"_s);
     connect(m_undo, &QPushButton::clicked, this, [&book] { spawn([&book] { return book.undo(); }); });
     m_refresh.follow(app, keys, book);
@@ -58,6 +64,7 @@ void StatusStrip::refresh()
     m_last->setFullText(m_app.lastShipmentSummary);
     m_scan->setFullText(m_app.scanLine());
     m_scanIcon->setVisible(!m_scan->fullText().isEmpty());
+    m_cancelScan->setVisible(m_app.scanBusy && m_app.scanStatusKind == StatusKind::progress);
     refreshPrinter();
     refreshChange();
     const PostageMode mode = m_keys.mode;

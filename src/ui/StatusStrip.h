@@ -13,7 +13,7 @@
 namespace parcelory {
 
 /// The line at the bottom of the window: the last label or the printer's problem, the last scan, an address book entry
-/// that a label has changed, and the active API key.
+/// that a label has changed, and the active API key. Reading an invoice can be canceled here, on every tab.
 class StatusStrip : public PanelFrame {
     Q_OBJECT
 public:
@@ -36,7 +36,7 @@ private:
     AddressBook &m_book;
     TextLabel *m_lastTitle;
     ElidedLabel *m_last, *m_scan, *m_change;
-    Button *m_undo;
+    Button *m_cancelScan, *m_undo;
     IconView *m_printerIcon;
     ElidedLabel *m_printer;
     IconView *m_scanIcon, *m_warning;

@@ -210,6 +210,9 @@ void Menus::addShipment(QMenu *menu)
             else
                 spawn([this] { return mailingLog().reprint(*chosen()); });
         });
+    add( // Space does it in the list and on the label's picture
+        menu, u"Show Label"_s, {}, [this] { return chosen() || hasLastLabel(); },
+        [this] { (hasLastLabel() ? label().preview : mailingLog().preview).open(); });
     add(
         menu, u"Customs Docs"_s, Qt::CTRL | Qt::SHIFT | Qt::Key_D,
         [this] {

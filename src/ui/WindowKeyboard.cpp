@@ -106,6 +106,7 @@ FieldState stateOf(QWidget *widget)
         return {};
     FieldState state{.field = widget, .text = textOf(widget)};
     if (const QLineEdit *line = lineIn(widget)) {
+        state.isMasked = line->echoMode() != QLineEdit::Normal;
         state.cursor = state.anchor = line->cursorPosition();
         if (line->hasSelectedText()) // the end of the selection that the cursor is not at
             state.anchor = line->selectionStart() == state.cursor ? line->selectionEnd() : line->selectionStart();
@@ -180,13 +181,14 @@ std::chrono::milliseconds WindowKeyboard::stampedTime(const QKeyEvent &key)
 
 WindowKeyboard::~WindowKeyboard()
 {
-    listen({}, {});
+    listen({}, {}, {});
 }
 
-void WindowKeyboard::listen(Handler handler, std::function<void()> before)
+void WindowKeyboard::listen(Handler handler, std::function<void()> before, std::function<void()> cut)
 {
     m_handler = std::move(handler);
     m_before = std::move(before);
+    m_cut = std::move(cut);
     if (!qApp)
         return;
     if (m_handler)
@@ -210,6 +212,8 @@ bool WindowKeyboard::eventFilter(QObject *watched, QEvent *event)
         return false;
     if (isOtherInput(*watched, *event))
         m_before();
+    if (watched->isWindowType() && (event->type() == QEvent::WindowBlocked || event->type() == QEvent::FocusOut))
+        m_cut();
     // The native window receives a key first and only once; widgets may receive it several times.
     if (event->type() != QEvent::KeyPress || !watched->isWindowType())
         return false;

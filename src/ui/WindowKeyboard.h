@@ -26,7 +26,7 @@ public:
     explicit WindowKeyboard(TimeOf timeOf = stampedTime) : m_timeOf(std::move(timeOf)) {}
     ~WindowKeyboard() override;
 
-    void listen(Handler handler, std::function<void()> before) override;
+    void listen(Handler handler, std::function<void()> before, std::function<void()> cut) override;
     bool inTextField() const override;
     FieldState fieldState() const override;
     FieldState stateNow(const FieldState &earlier) const override;
@@ -45,7 +45,7 @@ private:
     };
     TimeOf m_timeOf;
     Handler m_handler;
-    std::function<void()> m_before;
+    std::function<void()> m_before, m_cut;
     QList<Held> m_held;
     bool m_releasing = false;
     QPointer<QWindow> m_window; ///< receives the current key

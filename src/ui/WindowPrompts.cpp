@@ -1,5 +1,6 @@
 #include "ui/WindowPrompts.h"
 
+#include "app/handbook/Handbook.h"
 #include "core/Task.h"
 #include "core/ports/Prompts.h"
 #include "ui/ReviewDialog.h"
@@ -38,10 +39,11 @@ struct Closing {
 
 } // namespace
 
-void WindowPrompts::attach(QWidget *window, Clock &clock)
+void WindowPrompts::attach(QWidget *window, Clock &clock, Handbook &handbook)
 {
     m_window = window;
     m_clock = &clock;
+    m_handbook = &handbook;
 }
 
 /// A question belongs in front of the window whose button was pressed.
@@ -91,9 +93,20 @@ Task<QString> WindowPrompts::openFile(QString title, QString filter)
     co_return co_await pickFile(dialog);
 }
 
+Task<QString> WindowPrompts::openFolder(QString title)
+{
+    auto *dialog =
+        new QFileDialog(QApplication::activeWindow() ? QApplication::activeWindow() : m_window.data(), title);
+    dialog->setFileMode(QFileDialog::Directory);
+    co_return co_await pickFile(dialog);
+}
+
 Task<> WindowPrompts::alert(QString title, QString text)
 {
-    co_await run(makeAlert(*m_clock, title, text, m_window));
+    Dialog *alert = makeAlert(*m_clock, title, text, m_window);
+    if (const QString page = m_handbook->pageAbout(title + u'\n' + text); !page.isEmpty())
+        alert->addHelp([handbook = m_handbook, page] { spawn([handbook, page] { return handbook->open(page); }); });
+    co_await run(alert);
 }
 
 Task<int> WindowPrompts::choose(Question question)

@@ -1,16 +1,15 @@
 #include "addressbook/AddressFilter.h"
 #include "core/PostalContact.h"
 #include "core/Text.h"
-#include "support/Printing.h"
+#include "support/Table.h"
+#include "support/Test.h"
 
 #include <QRandomGenerator>
 #include <QRegularExpression>
 
-#include <algorithm>
+#include <vector>
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
-
 namespace {
 
 /// Folds with Qt, where the filter uses another library and its own code for ASCII.
@@ -57,20 +56,11 @@ TEST(AddressFilter, SearchesNameCompanyAndSummaryIgnoringCaseAndAccents)
         {.name = u"Eleanor Whitfield"_s, .street1 = u"418 Montford Ave"_s, .city = u"Asheville"_s},
         {.name = u"Jörg STRASSER"_s, .company = u"Münzen GmbH"_s, .city = u"Ave"_s, .zip = u"1"_s},
         {.name = u"IRMAK İnci"_s, .street2 = u"Whitfield Suite"_s, .label = u"home"_s}};
-    const struct {
-        QString query;
-        QList<int> rows, turkish;
-    } rows[] = {{u""_s, {0, 1, 2}, {0, 1, 2}}, {u" \t "_s, {0, 1, 2}, {0, 1, 2}}, {u"whitFİELD"_s, {0}, {0}},
-                {u"whitFIELD"_s, {0}, {}},     {u" asheville "_s, {0}, {0}},      {u"straße"_s, {1}, {1}},
-                {u"MÜNZEN"_s, {1}, {1}},       {u"mu\u0308nz"_s, {1}, {1}},       {u"munz"_s, {1}, {1}},
-                {u"ave"_s, {0, 1}, {0, 1}},    {u"ave, ash"_s, {0}, {0}},         {u"gmbh ave"_s, {}, {}},
-                {u"suite"_s, {}, {}},          {u"whitfield 418"_s, {}, {}},      {u"home"_s, {}, {}},
-                {u"irmak"_s, {2}, {}},         {u"ırmak i"_s, {}, {2}},           {u"I\u0307nci"_s, {2}, {2}},
-                {u"no match"_s, {}, {}}};
     const AddressFilter english(contacts, QLocale(u"en_US"_s)), turkish(contacts, QLocale(u"tr_TR"_s));
-    for (const auto &row : rows) {
-        EXPECT_EQ(english.filtered(row.query), row.rows) << row.query.toStdString();
-        EXPECT_EQ(turkish.filtered(row.query), row.turkish) << row.query.toStdString();
+    const auto numbers = [](const QList<int> &rows) { return Json(std::vector(rows.begin(), rows.end())); };
+    for (const Json &row : table(u"address-search"_s, "filtered")) {
+        EXPECT_EQ(numbers(english.filtered(text(row[0]))), row[1]) << row;
+        EXPECT_EQ(numbers(turkish.filtered(text(row[0]))), row[2]) << row;
     }
     EXPECT_TRUE(AddressFilter().filtered(u"a"_s).isEmpty());
 }

@@ -1,23 +1,9 @@
 // Makes each operation of each screen fail once: what the clerk reads is in the error log, under the operation's name,
 // with an alert only where support can help.
 
-#include "app/Screens.h"
-#include "core/Sqlite.h"
-#include "core/Task.h"
-#include "core/ports/ProcessRunner.h"
-#include "practice/carrier/CarrierScenario.h"
-#include "records/PurchaseJournal.h"
-#include "records/ShipmentRecord.h"
-#include "shell/ErrorLog.h"
-#include "support/CarrierDesk.h"
-#include "support/LogFile.h"
-#include "support/RunTask.h"
-
-#include <functional>
+#include "support/AppTest.h"
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
-
 namespace {
 
 /// All screens of a signed-in clerk. Nothing is reachable but the practice carrier.
@@ -74,6 +60,42 @@ struct Desk : CarrierDesk {
         record.zpl = "^XA^FDx^FS^XZ";
         return record;
     }
+
+    // Before an operation.
+    void nothing() {}
+    void noBrowser() { desktop.fails = true; }
+    void otherProgram() { (other = std::make_unique<PurchaseJournal>(QDir(folder.path())))->open(); }
+    void hasLabel() { logged(); }
+    void hasScanForm() { screens.scanForm.documents = QList<QByteArray>{"%PDF-1.4\n%%EOF\n"}; }
+
+    // Operations.
+    void getRates() { run(label.fetchRates(true)); }
+    void buy() { run(label.buyAndPrint()); }
+    void makeScanForm() { run(app.createScanForm(deskAddress())); }
+    void reprintStored() { run(log.reprint(printable())); }
+    void reprintStoredPapers()
+    {
+        const ShipmentRecord record = logged();
+        EXPECT_TRUE(app.log.storeCustomsPDF(record.id, "%PDF-1.4\n%%EOF\n"));
+        run(log.reprintCustoms(record));
+    }
+    void printFound()
+    {
+        const ResolvedPurchase found{.recipient = {}, .record = printable(), .text = u"found"_s};
+        label.purchases.resolved = QList{found};
+        run(label.purchases.print(found));
+    }
+    void searchTwice()
+    {
+        for (const QString &text : {u"a"_s, u"b"_s}) {
+            log.search = text;
+            finish();
+        }
+    }
+
+    // Where the clerk reads it.
+    QString banner() { return label.banner.value() ? label.banner.value()->text : QString(); }
+    QString alertText() { return prompts.alerts.isEmpty() ? QString() : prompts.alerts.last().second; }
 };
 
 using Step = std::function<void(Desk &desk)>;
@@ -95,7 +117,7 @@ Step scenario(const CarrierScenario &faulty)
 }
 Step answers(const QByteArray &path, int status, const QByteArray &body)
 {
-    return scenario({.failNext = CarrierFailure{path, status, "application/json", body, 1, ""}});
+    return scenario(answering(path, status, body));
 }
 Step down(const QByteArray &path)
 {
@@ -122,17 +144,6 @@ Step full(const QByteArray &table, const QString &file = u"mailing_log.sqlite"_s
                " BEGIN SELECT RAISE(ABORT, 'full'); END;";
     return damaged(sql, file);
 }
-void nothing(Desk &) {}
-void noBrowser(Desk &desk)
-{
-    desk.desktop.fails = true;
-}
-void otherProgram(Desk &desk)
-{
-    desk.other = std::make_unique<PurchaseJournal>(QDir(desk.folder.path()));
-    desk.other->open();
-}
-
 // Operations.
 
 Step composed(const ShippoAddress &to, Carrier carrier = Carrier::usps, const QString &signer = u"Dana Marsh"_s)
@@ -145,28 +156,20 @@ Step composed(const ShippoAddress &to, Carrier carrier = Carrier::usps, const QS
         desk.label.customs = CustomsInfo{CustomsItemType::gold, u"1"_s, u"50"_s, signer};
     };
 }
-void getRates(Desk &desk)
-{
-    desk.run(desk.label.fetchRates(true));
-}
 Step rated(const ShippoAddress &to, Carrier carrier = Carrier::usps)
 {
     return [=](Desk &desk) {
         composed(to, carrier)(desk);
-        getRates(desk);
+        desk.getRates();
         desk.clock.advance(LabelScreen::buyPause);
         EXPECT_TRUE(desk.label.selectedRate());
     };
-}
-void buy(Desk &desk)
-{
-    desk.run(desk.label.buyAndPrint());
 }
 Step bought(const ShippoAddress &to)
 {
     return [=](Desk &desk) {
         rated(to)(desk);
-        buy(desk);
+        desk.buy();
     };
 }
 /// An operation of a screen without arguments.
@@ -180,22 +183,6 @@ Step onLabel(Task<> (MailingLogScreen::*operation)(ShipmentRecord), const QStrin
 {
     return [=](Desk &desk) { desk.run((desk.log.*operation)(desk.logged(status))); };
 }
-void reprintStored(Desk &desk)
-{
-    desk.run(desk.log.reprint(desk.printable()));
-}
-void reprintStoredPapers(Desk &desk)
-{
-    const ShipmentRecord record = desk.logged();
-    EXPECT_TRUE(desk.app.log.storeCustomsPDF(record.id, "%PDF-1.4\n%%EOF\n"));
-    desk.run(desk.log.reprintCustoms(record));
-}
-void printFound(Desk &desk)
-{
-    const ResolvedPurchase found{.recipient = {}, .record = desk.printable(), .text = u"found"_s};
-    desk.label.purchases.resolved = QList{found};
-    desk.run(desk.label.purchases.print(found));
-}
 Step scan(const QString &code)
 {
     return [=](Desk &desk) {
@@ -203,37 +190,6 @@ Step scan(const QString &code)
         runUntil([&] { return !desk.app.scanBusy; }, &desk.clock);
     };
 }
-void searchTwice(Desk &desk)
-{
-    for (const QString &text : {u"a"_s, u"b"_s}) {
-        desk.log.search = text;
-        desk.finish();
-    }
-}
-void makeScanForm(Desk &desk)
-{
-    desk.run(desk.app.createScanForm(deskAddress()));
-}
-void hasScanForm(Desk &desk)
-{
-    desk.screens.scanForm.documents = QList<QByteArray>{"%PDF-1.4\n%%EOF\n"};
-}
-void hasLabel(Desk &desk)
-{
-    desk.logged();
-}
-
-// Where the clerk reads it.
-
-QString banner(Desk &desk)
-{
-    return desk.label.banner.value() ? desk.label.banner.value()->text : QString();
-}
-QString alertText(Desk &desk)
-{
-    return desk.prompts.alerts.isEmpty() ? QString() : desk.prompts.alerts.last().second;
-}
-
 /// Every row gets a desk of its own, so that nothing is left of the failure before.
 void expectRecorded(const std::vector<Row> &rows)
 {
@@ -280,28 +236,28 @@ TEST(RecordedFailures, OfTheLabelScreen)
     const QString rates = u"Get Rates"_s, buying = u"Buy Label"_s, printing = u"Print Label"_s;
     const QString invoice = u"Commercial Invoice"_s, fedex = u"FedEx Commercial Invoice"_s;
     expectRecorded({
-        {composed(home), down("addresses"), validate, banner, u"Validate Address"_s, Popup::yes},
+        {composed(home), down("addresses"), validate, &Desk::banner, u"Validate Address"_s, Popup::yes},
         {composed(home), answers("addresses", 200, unknown), validate, verdict, u"Validate Address"_s},
-        {composed(home), down("shipments"), getRates, banner, rates, Popup::yes},
-        {composed(home), scenario({.badToken = u"Token does not exist"_s}), getRates, banner, rates},
-        {composed(home), scenario({.noRates = true}), getRates, banner, rates},
-        {rated(home), damaged(gone), buy, warning, buying, Popup::no, u"mailing log "_s},
-        {otherProgram, rated(home), buy, banner, buying, Popup::yes},
-        {rated(home), scenario(refused), buy, banner, buying, Popup::yes},
-        {rated(home), zebraFails, buy, banner, printing},
-        {rated(home), scenario({.labelAnswer = LabelAnswer::expired}), buy, banner, printing},
-        {rated(home), full("shipments"), buy, banner, u"Mailing Log"_s, Popup::yes, u"tracking "_s},
-        {rated(london), laserFails, buy, banner, invoice},
-        {rated(london, Carrier::fedex), laserFails, buy, banner, fedex},
-        {rated(london, Carrier::fedex), down("documents"), buy, banner, fedex},
-        {composed(london), laserFails, printInvoice, banner, invoice},
-        {composed(london, Carrier::usps, u"Zo\u0378"_s), nothing, printInvoice, banner, invoice},
+        {composed(home), down("shipments"), &Desk::getRates, &Desk::banner, rates, Popup::yes},
+        {composed(home), scenario({.badToken = u"Token does not exist"_s}), &Desk::getRates, &Desk::banner, rates},
+        {composed(home), scenario({.noRates = true}), &Desk::getRates, &Desk::banner, rates},
+        {rated(home), damaged(gone), &Desk::buy, warning, buying, Popup::no, u"mailing log "_s},
+        {&Desk::otherProgram, rated(home), &Desk::buy, &Desk::banner, buying, Popup::yes},
+        {rated(home), scenario(refused), &Desk::buy, &Desk::banner, buying, Popup::yes},
+        {rated(home), zebraFails, &Desk::buy, &Desk::banner, printing},
+        {rated(home), scenario({.labelAnswer = LabelAnswer::expired}), &Desk::buy, &Desk::banner, printing},
+        {rated(home), full("shipments"), &Desk::buy, &Desk::banner, u"Mailing Log"_s, Popup::yes, u"tracking "_s},
+        {rated(london), laserFails, &Desk::buy, &Desk::banner, invoice},
+        {rated(london, Carrier::fedex), laserFails, &Desk::buy, &Desk::banner, fedex},
+        {rated(london, Carrier::fedex), down("documents"), &Desk::buy, &Desk::banner, fedex},
+        {composed(london), laserFails, printInvoice, &Desk::banner, invoice},
+        {composed(london, Carrier::usps, u"Zo\u0378"_s), &Desk::nothing, printInvoice, &Desk::banner, invoice},
         {bought(home), zebraFails, reprint, lastLabel, u"Reprint"_s},
-        {nothing, zebraFails, printFound, found, u"Reprint"_s},
-        {nothing, otherProgram, resume, alertText, u"Purchase Journal"_s},
-        {nothing, nothing, noise, scanned, u"Scanner"_s},
-        {nothing, nothing, scan(u"012"_s), scanned, u"Deskline Invoice"_s},
-        {nothing, nothing, scan(u"48213"_s), scanned, u"Deskline Invoice 48213"_s},
+        {&Desk::nothing, zebraFails, &Desk::printFound, found, u"Reprint"_s},
+        {&Desk::nothing, &Desk::otherProgram, resume, &Desk::alertText, u"Purchase Journal"_s},
+        {&Desk::nothing, &Desk::nothing, noise, scanned, u"Scanner"_s},
+        {&Desk::nothing, &Desk::nothing, scan(u"012"_s), scanned, u"Deskline Invoice"_s},
+        {&Desk::nothing, &Desk::nothing, scan(u"48213"_s), scanned, u"Deskline Invoice 48213"_s},
     });
 }
 
@@ -318,30 +274,34 @@ TEST(RecordedFailures, OfTheLogsAndScanForms)
     const Step show = [](Desk &desk) { desk.run(desk.screens.scanForm.show({.id = 1})); };
     const QString papers = u"Customs Docs Reprint"_s, scanForm = u"SCAN Form"_s;
     expectRecorded({
-        {nothing, toolFails(u"ZD421"_s, 1), reprintStored, message, u"Reprint"_s},
-        {nothing, nothing, onLabel(&Log::reprint), message, u"Reprint"_s, Popup::yes},
-        {nothing, nothing, onLabel(&Log::reprintCustoms), message, papers, Popup::yes},
-        {nothing, toolFails(u"Laser"_s, 1), reprintStoredPapers, message, papers},
-        {nothing, noBrowser, onLabel(&Log::trackOnline), message, u"Track Online"_s},
-        {nothing, down("tracks"), onLabel(&Log::checkStatus), message, u"Check Status"_s, Popup::yes},
-        {nothing, down("refunds"), onLabel(&Log::refund), message, u"Refund"_s, Popup::yes},
-        {nothing, down("transactions"), onLabel(&Log::refund, u"REFUND_PENDING"_s), message, u"Refund"_s, Popup::yes},
-        {nothing, damaged("CREATE TRIGGER a BEFORE UPDATE ON shipments BEGIN SELECT RAISE(ABORT, 'full'); END"),
+        {&Desk::nothing, toolFails(u"ZD421"_s, 1), &Desk::reprintStored, message, u"Reprint"_s},
+        {&Desk::nothing, &Desk::nothing, onLabel(&Log::reprint), message, u"Reprint"_s, Popup::yes},
+        {&Desk::nothing, &Desk::nothing, onLabel(&Log::reprintCustoms), message, papers, Popup::yes},
+        {&Desk::nothing, toolFails(u"Laser"_s, 1), &Desk::reprintStoredPapers, message, papers},
+        {&Desk::nothing, &Desk::noBrowser, onLabel(&Log::trackOnline), message, u"Track Online"_s},
+        {&Desk::nothing, down("tracks"), onLabel(&Log::checkStatus), message, u"Check Status"_s, Popup::yes},
+        {&Desk::nothing, down("refunds"), onLabel(&Log::refund), message, u"Refund"_s, Popup::yes},
+        {&Desk::nothing, down("transactions"), onLabel(&Log::refund, u"REFUND_PENDING"_s), message, u"Refund"_s,
+         Popup::yes},
+        {&Desk::nothing, damaged("CREATE TRIGGER a BEFORE UPDATE ON shipments BEGIN SELECT RAISE(ABORT, 'full'); END"),
          onLabel(&Log::refund), message, u"Refund"_s},
-        {nothing, nothing, does(&Screens::mailingLog, &Log::exportCSV), message, u"Export CSV"_s},
-        {nothing, nothing, does(&Screens::mailingLog, &Log::importCSV), message, u"Import CSV"_s},
-        {hasLabel, damaged(gone), searchTwice, message, u"Mailing Log"_s},
-        {nothing, down("shipments"), does(&Screens::masterLog, &MasterLogScreen::load), account, u"Master Log"_s},
-        {nothing, nothing, does(&Screens::masterLog, &MasterLogScreen::exportCSV), account, u"Master Log Export"_s},
-        {nothing, noBrowser, track, account, u"Track Online"_s},
-        {hasLabel, down("carrier_accounts"), makeScanForm, made, scanForm},
-        {hasLabel, answers("manifests", 400, "{}"), makeScanForm, made, scanForm},
-        {nothing, damaged(gone), makeScanForm, made, scanForm},
-        {hasScanForm, toolFails(u"Laser"_s, 1), does(&Screens::scanForm, &ScanFormScreen::print), form, scanForm},
-        {hasScanForm, nothing, does(&Screens::scanForm, &ScanFormScreen::save), form, scanForm},
-        {hasLabel, damaged("CREATE TABLE scan_forms (x)"), does(&Screens::scanForm, &ScanFormScreen::load), form,
+        {&Desk::nothing, &Desk::nothing, does(&Screens::mailingLog, &Log::exportCSV), message, u"Export CSV"_s},
+        {&Desk::nothing, &Desk::nothing, does(&Screens::mailingLog, &Log::importCSV), message, u"Import CSV"_s},
+        {&Desk::hasLabel, damaged(gone), &Desk::searchTwice, message, u"Mailing Log"_s},
+        {&Desk::nothing, down("shipments"), does(&Screens::masterLog, &MasterLogScreen::load), account,
+         u"Master Log"_s},
+        {&Desk::nothing, &Desk::nothing, does(&Screens::masterLog, &MasterLogScreen::exportCSV), account,
+         u"Master Log Export"_s},
+        {&Desk::nothing, &Desk::noBrowser, track, account, u"Track Online"_s},
+        {&Desk::hasLabel, down("carrier_accounts"), &Desk::makeScanForm, made, scanForm},
+        {&Desk::hasLabel, answers("manifests", 400, "{}"), &Desk::makeScanForm, made, scanForm},
+        {&Desk::nothing, damaged(gone), &Desk::makeScanForm, made, scanForm},
+        {&Desk::hasScanForm, toolFails(u"Laser"_s, 1), does(&Screens::scanForm, &ScanFormScreen::print), form,
          scanForm},
-        {hasLabel, damaged("CREATE TABLE scan_forms (x)"), show, form, scanForm},
+        {&Desk::hasScanForm, &Desk::nothing, does(&Screens::scanForm, &ScanFormScreen::save), form, scanForm},
+        {&Desk::hasLabel, damaged("CREATE TABLE scan_forms (x)"), does(&Screens::scanForm, &ScanFormScreen::load), form,
+         scanForm},
+        {&Desk::hasLabel, damaged("CREATE TABLE scan_forms (x)"), show, form, scanForm},
     });
 }
 
@@ -364,19 +324,19 @@ TEST(RecordedFailures, OfTheOtherScreens)
     const Step fullBook = full("addresses", u"addresses.sqlite"_s);
     const QString import = u"Address Book Import"_s;
     expectRecorded({
-        {nothing, toolFails(u"lpstat"_s, 139), does(&Screens::settings, &SettingsScreen::refreshPrinters), printers,
-         u"Printers"_s},
-        {nothing, toolFails(u"lpr"_s, 1), does(&Screens::settings, &SettingsScreen::printTest), printers,
+        {&Desk::nothing, toolFails(u"lpstat"_s, 139), does(&Screens::settings, &SettingsScreen::refreshPrinters),
+         printers, u"Printers"_s},
+        {&Desk::nothing, toolFails(u"lpr"_s, 1), does(&Screens::settings, &SettingsScreen::printTest), printers,
          u"Print Test"_s},
-        {nothing, fullBook, save, status, u"Address Book"_s},
-        {nothing, fullBook, keep, status, u"Address Book"_s},
-        {nothing, nothing, does(&Screens::addressBook, &AddressBook::importVCard), status, import},
-        {nothing, nothing, does(&Screens::addressBook, &AddressBook::importEndicia), status, import},
-        {nothing, nothing, does(&Screens::addressBook, &AddressBook::importContacts), status, import},
-        {nothing, nothing, signIn, login, u"Sign-In"_s},
-        {feed, toolFails(u"curl"_s, 6), does(&Screens::updates, &UpdateChecker::checkNow), alertText,
+        {&Desk::nothing, fullBook, save, status, u"Address Book"_s},
+        {&Desk::nothing, fullBook, keep, status, u"Address Book"_s},
+        {&Desk::nothing, &Desk::nothing, does(&Screens::addressBook, &AddressBook::importVCard), status, import},
+        {&Desk::nothing, &Desk::nothing, does(&Screens::addressBook, &AddressBook::importEndicia), status, import},
+        {&Desk::nothing, &Desk::nothing, does(&Screens::addressBook, &AddressBook::importContacts), status, import},
+        {&Desk::nothing, &Desk::nothing, signIn, login, u"Sign-In"_s},
+        {feed, toolFails(u"curl"_s, 6), does(&Screens::updates, &UpdateChecker::checkNow), &Desk::alertText,
          u"Update Check"_s},
-        {nothing, offer, does(&Screens::updates, &UpdateChecker::install), update, u"Self-Update"_s},
+        {&Desk::nothing, offer, does(&Screens::updates, &UpdateChecker::install), update, u"Self-Update"_s},
     });
 }
 

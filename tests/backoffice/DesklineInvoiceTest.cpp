@@ -2,17 +2,10 @@
 #include "backoffice/DesklineInvoiceFetcher.h"
 #include "backoffice/DesklinePage.h"
 #include "compose/Customs.h"
-#include "support/Printing.h"
-
-#include <gmock/gmock.h>
-
-#include <optional>
-#include <tuple>
-#include <utility>
+#include "support/Table.h"
+#include "support/Test.h"
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
-
 namespace {
 
 DesklineInvoice invoiceOf(const QStringList &titles, const QStringList &totals = {})
@@ -27,69 +20,18 @@ DesklineInvoice invoiceOf(const QStringList &titles, const QStringList &totals =
 
 TEST(DesklineInvoice, FindsTheNumberInScannedOrTypedText)
 {
-    const std::pair<QString, std::optional<QString>> rows[] = {
-        {u"i1234"_s, u"1234"_s},
-        {u" \t1234 "_s, u"1234"_s},
-        {u"\u00a01234"_s, u"1234"_s},
-        {u"1234\r\n"_s, u"1234"_s},
-        {u"1234 5"_s, std::nullopt},
-        {u"1234\n5678"_s, std::nullopt},
-        {u"123"_s, std::nullopt},
-        {u"i123"_s, std::nullopt},
-        {u"12345x"_s, std::nullopt},
-        {u"٤٨٢١٣"_s, std::nullopt}, // Arabic digits are not used in page addresses
-        {{}, std::nullopt},
-        {u"see https://CRVL.example/I5678?x=1"_s, u"5678"_s},
-        {u"crvl.example/i5"_s, u"5"_s},
-        {u"crvlXexample/i5678"_s, std::nullopt},
-    };
-    for (const auto &[text, id] : rows)
-        EXPECT_EQ(DesklineInvoiceFetcher::invoiceID(text, u"crvl.example"_s), id) << text.toStdString();
+    for (const Json &row : table(u"invoices"_s, "numbers"))
+        EXPECT_EQ(DesklineInvoiceFetcher::invoiceID(text(row[0]), u"crvl.example"_s), optionalText(row[1])) << row;
 }
 
-TEST(DesklineInvoice, SplitsCityAndState)
+TEST(DesklineInvoice, ReadsCityContentsAndAmounts)
 {
-    const std::tuple<QString, QString, QString> rows[] = {
-        {u"Asheville, NC"_s, u"Asheville"_s, u"NC"_s},
-        {u"Portland ,  oregon"_s, u"Portland"_s, u"OR"_s},
-        {u"Washington, District of Columbia"_s, u"Washington"_s, u"DC"_s},
-        {u"Springfield, Lot 4, il"_s, u"Springfield, Lot 4"_s, u"IL"_s},
-        {u"Toronto, Ontario"_s, u"Toronto"_s, u"Ontario"_s},
-        {u"London"_s, u"London"_s, {}},
-        {u"Reno,"_s, u"Reno"_s, {}},
-        {{}, {}, {}},
-    };
-    for (const auto &[text, city, state] : rows)
-        EXPECT_EQ(splitCityState(text), (std::pair{city, state})) << text.toStdString();
-}
-
-TEST(DesklineInvoice, SuggestsTheCustomsContents)
-{
-    using enum CustomsItemType;
-    const std::pair<QStringList, std::optional<CustomsItemType>> rows[] = {
-        {{u"1881-S Morgan Silver Dollar"_s}, silver},
-        {{u"1928 Federal Reserve Note"_s}, currency},
-        {{u"Confederate CURRENCY"_s, u"silver spoon"_s}, currency},
-        {{u"Silver and Gold Set"_s}, gold},
-        {{u"Note"_s, u"Gold Eagle"_s}, gold},
-        {{u"Coin supplies"_s}, std::nullopt},
-        {{}, std::nullopt},
-    };
-    for (const auto &[titles, type] : rows)
-        EXPECT_EQ(invoiceOf(titles).suggestedCustomsType(), type) << titles.join(u'|').toStdString();
-}
-
-TEST(DesklineInvoice, SumsOnlyReadableAmounts)
-{
-    const std::pair<QStringList, std::optional<double>> rows[] = {
-        {{u"$338.00"_s, u"74"_s}, 412},
-        {{u"0.29"_s}, 0.29},
-        {{u"$1,860.10"_s, u"$0.20"_s}, 1860.3},
-        {{u"$338.00"_s, u"see note"_s}, std::nullopt},
-        {{}, std::nullopt},
-    };
-    for (const auto &[totals, sum] : rows)
-        EXPECT_EQ(invoiceOf(totals, totals).subtotal(), sum) << totals.join(u'|').toStdString();
+    for (const Json &row : table(u"invoices"_s, "cities"))
+        EXPECT_EQ(splitCityState(text(row[0])), (std::pair{text(row[1]), text(row[2])})) << row;
+    for (const Json &row : table(u"invoices"_s, "contents"))
+        EXPECT_EQ(invoiceOf(texts(row[0])).suggestedCustomsType(), customsItemTypeFrom(text(row[1]))) << row;
+    for (const Json &row : table(u"invoices"_s, "sums"))
+        EXPECT_EQ(invoiceOf(texts(row[0]), texts(row[0])).subtotal(), optional<double>(row[1])) << row;
 }
 
 TEST(DesklineInvoice, ReportsEveryFlagAndNote)

@@ -1,13 +1,8 @@
 #include "carrier/ArrivalWatch.h"
 #include "support/FakeClock.h"
-
-#include <gtest/gtest.h>
-
-#include <chrono>
+#include "support/Test.h"
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
-using namespace std::chrono_literals;
 
 TEST(ArrivalWatch, WaitsAMinuteHoweverTheClockIsSet)
 {

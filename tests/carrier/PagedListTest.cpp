@@ -1,81 +1,59 @@
 #include "carrier/PagedList.h"
 #include "carrier/ShippoRecords.h"
-#include "core/AppError.h"
 #include "core/Task.h"
-
-#include "support/Printing.h"
 #include "support/RunTask.h"
+#include "support/Table.h"
+#include "support/Test.h"
 
 #include <QTimeZone>
-#include <gtest/gtest.h>
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
-
 namespace {
 
 /// A paged list of transactions that counts the pages read.
 struct Pages {
-    QList<QByteArray> pages;
+    QByteArrayList pages;
     int read = 0;
 
-    QStringList ids(const QDateTime &cutoff)
+    QStringList ids()
     {
-        read = 0;
         const auto fetch = [this](QString path) -> Task<QByteArray> {
             ++read;
-            QByteArray page = pages[path.toInt() % pages.size()];
-            co_return page;
+            co_return QByteArray(pages[path.toInt() % pages.size()]);
         };
         const auto created = [](const ShippoTransaction &t) { return t.objectCreated; };
-        const auto all = runTask(pagedList<ShippoTransaction>(fetch, u"0"_s, cutoff, created));
+        const QDateTime cutoff(QDate(2026, 11, 10), QTime(0, 0), QTimeZone::utc());
         QStringList ids;
-        for (const ShippoTransaction &transaction : all)
+        for (const auto &transaction : runTask(pagedList<ShippoTransaction>(fetch, u"0"_s, cutoff, created)))
             ids += transaction.objectId;
         return ids;
     }
 };
 
-QByteArray record(const char *id, const char *created)
-{
-    return QByteArray(R"({"object_id":")") + id + R"(","status":"SUCCESS","object_created":)" + created + '}';
-}
-
-QByteArray page(const QByteArrayList &records, const char *next)
-{
-    return R"({"next":)" + QByteArray(next) + R"(,"results":[)" + records.join(',') + "]}";
-}
-
-const QDateTime cutoff(QDate(2026, 11, 10), QTime(0, 0), QTimeZone::utc());
-
 } // namespace
 
-TEST(PagedList, StopsAfterTheFirstPageBeyondTheCutoffAndKeepsAllOfIt)
+TEST(PagedList, ReadsToTheFirstPageBeyondTheCutoffOrToTheLast)
 {
-    Pages pages{
-        {page({record("a", R"("2026-11-12T10:00:00.123Z")"), record("b", R"("2026-11-11T10:00:00Z")")}, R"("1")"),
-         page({record("c", R"("2026-11-10T00:00:00Z")"), record("d", R"("2026-11-09T23:59:59Z")")}, R"("2")"),
-         page({record("e", R"("2026-11-08T10:00:00Z")")}, "null")}};
-    EXPECT_EQ(pages.ids(cutoff), (QStringList{u"a"_s, u"b"_s, u"c"_s, u"d"_s}));
-    EXPECT_EQ(pages.read, 2);
-}
-
-TEST(PagedList, ContinuesPastUndatedRecordsAndEndsAtTheLastLinkOrAnEmptyPage)
-{
-    Pages undated{{page({record("a", "null")}, R"("1")"), page({record("b", R"("yesterday")")}, "null")}};
-    EXPECT_EQ(undated.ids(cutoff), (QStringList{u"a"_s, u"b"_s}));
-    Pages empty{QByteArrayList{page({}, R"("0")")}};
-    EXPECT_EQ(empty.ids(cutoff), QStringList());
-    EXPECT_EQ(empty.read, 1);
+    for (const Json &row : table(u"paged-lists"_s, "pages")) {
+        Pages list;
+        for (const Json &page : row[0]) {
+            Json labels = Json::array();
+            for (const Json &label : page[0])
+                labels.push_back({{"object_id", label[0]}, {"status", "SUCCESS"}, {"object_created", label[1]}});
+            list.pages += dumpJson({{"next", page[1]}, {"results", labels}});
+        }
+        EXPECT_EQ(list.ids(), texts(row[1])) << row;
+        EXPECT_EQ(list.read, row[2].get<int>()) << row;
+    }
 }
 
 TEST(PagedList, ReadsAtMostFortyPagesAndFailsOnABadPage)
 {
-    Pages endless{QByteArrayList{page({record("a", R"("2026-11-12T10:00:00Z")")}, R"("0")")}};
-    EXPECT_EQ(endless.ids(cutoff).size(), 40);
+    const QByteArray page = R"({"next": "1", "results": [{"object_id": "a", "status": ""}]})";
+    Pages endless{{page}};
+    EXPECT_EQ(endless.ids().size(), 40);
     EXPECT_EQ(endless.read, 40);
-    Pages bad{{page({record("a", "null")}, R"("1")"), "{\"results\": 5}"}};
-    EXPECT_THROW(bad.ids(cutoff), DecodeError);
+    EXPECT_THROW((Pages{{page, R"({"results": 5})"}}.ids()), DecodeError);
 }
 
 } // namespace parcelory::test

@@ -1,12 +1,9 @@
 #include "carrier/PurchaseTag.h"
 #include "compose/Services.h"
 #include "core/ShippoAddress.h"
-#include "support/Printing.h"
-
-#include <gmock/gmock.h>
+#include "support/Test.h"
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
 
 TEST(PurchaseTag, HoldsFiveFieldsForAnyAddress)
 {

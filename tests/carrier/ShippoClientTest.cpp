@@ -4,24 +4,14 @@
 #include "carrier/ShippoKeys.h"
 #include "carrier/ShippoRecords.h"
 #include "compose/Customs.h"
-#include "core/AppError.h"
-#include "core/Json.h"
 #include "core/Task.h"
 #include "practice/carrier/CarrierScenario.h"
-#include "support/RunTask.h"
-
 #include "support/CarrierDesk.h"
-#include "support/Printing.h"
-
-#include <gmock/gmock.h>
-
-#include <tuple>
-#include <utility>
+#include "support/RunTask.h"
+#include "support/Table.h"
+#include "support/Test.h"
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
-using namespace std::chrono_literals;
-
 namespace {
 
 class ShippoClientTest : public testing::Test {
@@ -57,12 +47,7 @@ protected:
     template <class T>
     QString failureOf(Task<T> task)
     {
-        try {
-            runTask(std::move(task), &desk.clock);
-        } catch (const AppError &error) {
-            return error.description();
-        }
-        return u"(no failure)"_s;
+        return test::failureOf([&] { runTask(std::move(task), &desk.clock); });
     }
     void answerWith(int status, const QByteArray &body, const QByteArray &contentType = "application/json",
                     int times = 1)
@@ -92,34 +77,19 @@ TEST_F(ShippoClientTest, ReadsTheKeyAtEveryRequestAndSendsNothingWithoutAKey)
     EXPECT_EQ(failureOf(client.validateAddress(homeAddress())), u"No Shippo API token set. Add one in Settings."_s);
     keys.set(u""_s, u"Empty"_s);
     EXPECT_EQ(failureOf(client.validateAddress(homeAddress())), u"No Shippo API token set. Add one in Settings."_s);
-    EXPECT_THAT(desk.carrier.requests(), testing::IsEmpty());
+    EXPECT_THAT(desk.carrier.requests(), IsEmpty());
 }
 
 TEST_F(ShippoClientTest, DescribesEveryKindOfBadResponseWithoutTheToken)
 {
-    const struct {
-        int status;
-        QByteArray body, type;
-        QString text;
-    } rows[] = {
-        {400, R"({"address_to": {"zip": ["Invalid zip"]}})", "application/json", u"address_to zip: Invalid zip"_s},
-        {404, "<html>gone</html>", "text/html", u"Shippo rejected the request (404)."_s},
-        {400, R"({"detail": "bad ShippoToken shippo_test_practice"})", "application/json",
-         u"detail: bad ShippoToken …"_s},
-        {399, "moved", "text/plain", u"Shippo HTTP 399: moved"_s},
-        {429, "slow down", "text/plain", u"Shippo rejected the request (429)."_s},
-        {500, "oops", "text/plain", u"Shippo HTTP 500: oops"_s},
-        {503, "\xff\xfe", "text/plain", u"Shippo HTTP 503: "_s},
-        {200, "<html>hello</html>", "text/html", u"Shippo's response could not be read — it is not JSON."_s},
-        {201, R"({"object_id": "x"})", "application/json",
-         u"Shippo's response could not be read — missing key \"rates\"."_s},
-    };
-    for (const auto &row : rows) {
-        answerWith(row.status, row.body, row.type);
-        const QString text = failureOf(client.rates(parcel()));
-        EXPECT_EQ(text, row.text);
-        EXPECT_FALSE(text.contains(u"shippo_test"_s));
+    for (const Json &row : table(u"carrier-errors"_s, "responses")) {
+        answerWith(row[0], text(row[1]).toUtf8(), text(row[2]).toUtf8());
+        const QString said = failureOf(client.rates(parcel()));
+        EXPECT_EQ(said, text(row[3]));
+        EXPECT_FALSE(said.contains(u"shippo_test"_s));
     }
+    answerWith(503, "\xff\xfe", "text/plain");
+    EXPECT_EQ(failureOf(client.rates(parcel())), u"Shippo HTTP 503: "_s);
     desk.carrier.setScenario({.dropConnection = true});
     const QString dropped = failureOf(client.rates(parcel()));
     EXPECT_EQ(dropped, u"No answer from the carrier — check the network."_s);
@@ -159,12 +129,8 @@ TEST_F(ShippoClientTest, KeepsTheTokenAndTheStatusWhereTheyBelong)
     EXPECT_EQ(failureOf(client.purchasesOf(u"r"_s, desk.clock.now(), desk.clock.now())),
               u"Bad API path: https://elsewhere.example.com/transactions"_s);
     answerWith(409, "{}");
-    try {
-        runTask(client.rates(parcel()), &desk.clock);
-        ADD_FAILURE();
-    } catch (const ShippoError &error) {
-        EXPECT_EQ(error.status(), 409);
-    }
+    EXPECT_THAT([&] { runTask(client.rates(parcel()), &desk.clock); },
+                testing::Throws<ShippoError>(testing::Property(&ShippoError::status, 409)));
 }
 
 TEST_F(ShippoClientTest, SendsAddressesInTheCarriersForm)
@@ -229,22 +195,10 @@ TEST_F(ShippoClientTest, DeclaresContentsUnderTheirTariffNumber)
     };
     for (const auto &[type, tariff, description] : rows) {
         request.customs = CustomsInfo{type, u"3"_s, u"310.00"_s, {}};
-        const Json customs = rated(request)["customs_declaration"];
-        EXPECT_EQ(customs["contents_explanation"], description);
-        EXPECT_EQ(customs["certify_signer"], "Corvallon");
-        EXPECT_EQ(customs["eel_pfc"], "NOEEI_30_37_a");
-        EXPECT_EQ(customs["contents_type"], "MERCHANDISE");
-        EXPECT_EQ(customs["non_delivery_option"], "RETURN");
-        EXPECT_EQ(customs["incoterm"], "DDU");
-        EXPECT_EQ(customs["certify"], true);
-        EXPECT_EQ(customs["items"][0], Json({{"description", description},
-                                             {"quantity", 3},
-                                             {"net_weight", "17.3"},
-                                             {"mass_unit", "oz"},
-                                             {"value_amount", "310.00"},
-                                             {"value_currency", "USD"},
-                                             {"origin_country", "US"},
-                                             {"tariff_number", tariff}}));
+        Json expected = parseJson(dataFile(u"carrier/customs-declaration.json"_s));
+        expected["contents_explanation"] = expected["items"][0]["description"] = description;
+        expected["items"][0]["tariff_number"] = tariff;
+        EXPECT_EQ(rated(request)["customs_declaration"], expected);
     }
     for (const QString &odd : {u""_s, u"few"_s, u"2.5"_s}) {
         request.customs->quantity = odd;
@@ -294,13 +248,8 @@ TEST_F(ShippoClientTest, OnlyTheCarriersOwnTimeProvesThatNothingWasBought)
     for (const auto &row : rows) {
         desk.clock.start = row.asked;
         answerWith(200, page(row.listed, "other", row.next), "application/json", 100);
-        bool isProof = true;
-        try {
-            runTask(client.purchasesOf(u"r"_s, row.asked, row.rated), &desk.clock);
-        } catch (const ShippoError &) {
-            isProof = false;
-        }
-        EXPECT_EQ(isProof, row.isProof) << &row - rows;
+        const QString doubt = failureOf(client.purchasesOf(u"r"_s, row.asked, row.rated));
+        EXPECT_EQ(doubt == u"no failure"_s, row.isProof) << &row - rows;
     }
 }
 
@@ -330,13 +279,7 @@ TEST_F(ShippoClientTest, ReportsWhyAPurchaseFailed)
         {{}, u"Label purchase failed."_s}, {{u"Bad address."_s, {}, u"No funds."_s}, u"Bad address. • No funds."_s}};
     for (const auto &[messages, text] : rows) {
         desk.carrier.setScenario({.purchaseFails = true, .purchaseMessages = messages});
-        try {
-            buy();
-            ADD_FAILURE() << "the purchase went through";
-        } catch (const ShippoError &error) {
-            EXPECT_EQ(error.description(), text);
-            EXPECT_EQ(error.kind(), ShippoError::Kind::api);
-        }
+        EXPECT_EQ(test::failureOf([&] { buy(); }), text);
     }
 }
 

@@ -1,38 +1,20 @@
 #include "carrier/ShippoError.h"
 #include "carrier/CarrierWords.h"
 #include "carrier/ShippoRecords.h"
-#include "core/AppError.h"
 #include "core/ports/HttpTransport.h"
-#include "support/Printing.h"
-
-#include <gmock/gmock.h>
-
-#include <optional>
-#include <tuple>
-#include <utility>
+#include "support/Table.h"
+#include "support/Test.h"
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
 
 TEST(ShippoError, FlattensFieldErrorsIntoAtMostFourReadableLines)
 {
-    const struct {
-        QByteArray body;
-        std::optional<QString> lines;
-    } rows[] = {
-        {R"({"address_to": {"zip": ["Invalid zip"]}})", u"address_to zip: Invalid zip"_s},
-        {R"({"messages": [{"text": "x"}]})", u"messages text: x"_s},
-        {R"({"b": ["2"], "a": ["1", "1b"], "B": ["0"]})", u"B: 0\na: 1\na: 1b\nb: 2"_s},
-        {R"({"f":"6","e":"5","d":"4","c":"3","b":"2","a":"1"})", u"a: 1\nb: 2\nc: 3\nd: 4"_s},
-        {R"("plain text")", u"plain text"_s},
-        {R"({"detail": 5, "other": null, "third": true})", std::nullopt},
-        {R"("")", std::nullopt},
-        {R"({"zip": [" ", "Invalid zip"]})", u"zip: Invalid zip"_s},
-        {"<html>not JSON</html>", std::nullopt},
-        {QByteArray(200000, '[') + "\"deep\"" + QByteArray(200000, ']'), std::nullopt},
-    };
-    for (const auto &row : rows)
-        EXPECT_EQ(prettyFieldErrors(row.body), row.lines) << row.body.left(60).toStdString();
+    for (const Json &row : table(u"carrier-errors"_s, "lines"))
+        EXPECT_EQ(prettyFieldErrors(text(row[0]).toUtf8()), optionalText(row[1])) << row;
+    EXPECT_EQ(prettyFieldErrors(QByteArray(200000, '[') + "\"deep\"" + QByteArray(200000, ']')), std::nullopt);
+    const QString text(20 << 20, u'x');
+    EXPECT_EQ(ShippoError::http(500, text).description(), u"Shippo HTTP 500: "_s + text.left(300));
+    EXPECT_EQ(ShippoError::validation(text).description(), text.left(2000));
 }
 
 TEST(CarrierWords, AreReadInAnyCase)
@@ -52,13 +34,6 @@ TEST(CarrierWords, AreReadInAnyCase)
         EXPECT_EQ(isPending(ShippoManifest{.status = word}), pending) << word.toStdString();
     }
     EXPECT_EQ(serviceName({.token = u"usps_priority"_s}), u"usps_priority"_s);
-}
-
-TEST(ShippoError, ShowsOnlyTheStartOfALongServerError)
-{
-    const QString text(20 << 20, u'x');
-    EXPECT_EQ(ShippoError::http(500, text).description(), u"Shippo HTTP 500: "_s + text.left(300));
-    EXPECT_EQ(ShippoError::validation(text).description(), text.left(2000));
 }
 
 TEST(ShippoError, TellsWhetherTheRequestMayHaveReachedTheCarrier)

@@ -1,17 +1,9 @@
 #include "carrier/ShippoKeys.h"
 #include "practice/MemorySecrets.h"
-
 #include "support/FakePlatform.h"
-#include "support/Printing.h"
-
-#include <gmock/gmock.h>
-
-#include <optional>
-#include <utility>
+#include "support/Test.h"
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
-
 namespace {
 
 struct ShippoKeysTest : testing::Test {

@@ -6,19 +6,12 @@
 #include "compose/Weight.h"
 #include "core/UsStates.h"
 #include "records/BoxProfile.h"
-#include "support/Printing.h"
+#include "support/Table.h"
+#include "support/Test.h"
 
-#include <QFile>
 #include <QStringList>
-#include <gmock/gmock.h>
-
-#include <functional>
-#include <optional>
-#include <utility>
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
-
 namespace {
 
 constexpr const char *carrierIds[] = {"usps", "fedex"};
@@ -59,9 +52,7 @@ QStringList vocabulary()
 
 TEST(Vocabulary, KeepsTheWordsOfTheCarriersAndOfTheScreens)
 {
-    QFile file(QStringLiteral(PARCELORY_TEST_DATA "/vocabulary.txt"));
-    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-    EXPECT_EQ((vocabulary().join(u'\n') + u'\n').toStdString(), file.readAll().toStdString());
+    EXPECT_EQ((vocabulary().join(u'\n') + u'\n').toStdString(), dataFile(u"vocabulary.txt"_s).toStdString());
     // Each table is in the order of its enumeration, and each word is found again.
     const auto check = [](const auto &table, const auto &value, const auto &find) {
         for (const auto &info : table) {
@@ -75,6 +66,8 @@ TEST(Vocabulary, KeepsTheWordsOfTheCarriersAndOfTheScreens)
     check(customsItems(), &CustomsItem::type, customsItemTypeFrom);
     for (const BuiltinMailpieceInfo &info : builtinMailpieces())
         EXPECT_EQ(int(info.mailpiece), &info - builtinMailpieces().data());
+    EXPECT_FALSE(carrierFrom(u"dhl"_s) || serviceClassFrom(u"usps_first"_s));
+    EXPECT_FALSE(serviceOptionFrom(u"insurance"_s) || customsItemTypeFrom(u"platinum"_s));
 }
 
 TEST(Vocabulary, OffersTheCarriersPackagingsThenMailersAndBoxes)
@@ -109,14 +102,6 @@ TEST(Vocabulary, NamesTheCarrierOnceAndProposesAClassForTheDestination)
     EXPECT_EQ(defaultServiceClass(Carrier::fedex, true), fedexIntlPriority);
 }
 
-TEST(Vocabulary, ReadsUnknownWordsAsNothing)
-{
-    EXPECT_EQ(carrierFrom(u"dhl"_s), std::nullopt);
-    EXPECT_EQ(serviceClassFrom(u"usps_first"_s), std::nullopt);
-    EXPECT_EQ(serviceOptionFrom(u"insurance"_s), std::nullopt);
-    EXPECT_EQ(customsItemTypeFrom(u"platinum"_s), std::nullopt);
-}
-
 TEST(Destination, TreatsTheHomeCountryInEverySpellingAndNoCountryAsDomestic)
 {
     for (const QString &home : {u""_s, u"  "_s, u"us"_s, u" USA "_s, u"United States"_s})
@@ -139,26 +124,9 @@ TEST(Weight, ReadsInPoundsAndTenthsOfAnOunce)
 
 TEST(AddressGuard, ReportsExactlyTheLostNumbers)
 {
-    const struct {
-        QString typed1, typed2, final1, final2;
-        QStringList lost;
-    } rows[] = {
-        {u"123 Main St #4"_s, {}, u"123 MAIN ST APT 4"_s, {}, {}},
-        {u"PO Box 239 #12"_s, {}, u"PO BOX 239"_s, {}, {u"12"_s}},
-        {u"Unit 4B, 55 Elm"_s, {}, u"55 ELM UNIT 4B"_s, {}, {}},
-        {u"1/2 Oak Rd"_s, {}, u"12 OAK RD"_s, {}, {u"1"_s, u"2"_s}},
-        {u"12 Elm"_s, u"Apt 9"_s, u"12 ELM APT 9"_s, {}, {}},
-        {u"9 Elm"_s, u"Ste 10 #9"_s, u"ELM"_s, {}, {u"10"_s, u"9"_s}},
-        {u"#12b Elm"_s, {}, u"12B ELM"_s, {}, {}},
-        {u"Apt Box Street"_s, {}, {}, {}, {}},
-        {u"RR-7"_s, {}, u"RR 77"_s, {}, {u"7"_s}},
-        {u"Bâtiment 4è"_s, {}, u"BA\u0302TIMENT 4E\u0300"_s, {}, {}}, // composed and decomposed accents
-        {u"12e\u0301tage"_s, {}, u"12E TAGE"_s, {}, {u"12\u00C9TAGE"_s}},
-        {u"7x\u0301y"_s, {}, u"7X"_s, {}, {u"7X\u0301Y"_s}}, // an accent that no composed letter has
-    };
-    for (const auto &row : rows)
-        EXPECT_EQ(AddressGuard::lostTokens(row.typed1, row.typed2, row.final1, row.final2), row.lost)
-            << row.typed1.toStdString();
+    for (const Json &row : table(u"compose"_s, "lost numbers"))
+        EXPECT_EQ(AddressGuard::lostTokens(text(row[0]), text(row[1]), text(row[2]), text(row[3])), texts(row[4]))
+            << row;
 }
 
 } // namespace parcelory::test

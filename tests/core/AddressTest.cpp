@@ -1,32 +1,14 @@
-#include "core/AppError.h"
-#include "core/Json.h"
 #include "core/PostalContact.h"
 #include "core/ShippoAddress.h"
-#include "support/Printing.h"
-
-#include <gmock/gmock.h>
-
-#include <utility>
+#include "support/Table.h"
+#include "support/Test.h"
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
-
 namespace {
 
 PostalContact contact()
 {
-    return {QUuid(u"{0e1f2a3b-4c5d-6e7f-8091-a2b3c4d5e6f7}"_s),
-            u"Ana \"Nita\" Ruiz"_s,
-            u"Münzhaus"_s,
-            u"1 Main St"_s,
-            {},
-            u"Reno"_s,
-            u"NV"_s,
-            u"89501"_s,
-            u"u.s.a."_s,
-            u"home"_s,
-            u"775-555-0100"_s,
-            u"ana@example.com"_s};
+    return decodeJson<PostalContact>(dumpJson(table(u"addresses"_s, "contacts")[0]), Keys::asIs);
 }
 
 QString word(qsizetype length, char16_t letter = u'x')
@@ -38,16 +20,8 @@ QString word(qsizetype length, char16_t letter = u'x')
 
 TEST(Address, FitsOneLine)
 {
-    const std::pair<ShippoAddress, QString> rows[] = {
-        {{.street1 = u"1 Main St"_s, .city = u"Reno"_s, .state = u"NV"_s, .zip = u"89501"_s},
-         u"1 Main St, Reno NV 89501"_s},
-        {{.name = u"Al"_s, .city = u"Reno"_s, .country = u"US"_s, .phone = u"1"_s}, u"Reno"_s},
-        {{.street1 = u"1 Main St"_s, .street2 = u"Apt 2"_s, .city = u"Reno"_s, .zip = u"89501"_s},
-         u"1 Main St, Apt 2, Reno  89501"_s}, // a missing state leaves two spaces
-        {{.street2 = u"Apt 2"_s, .zip = u"89501"_s}, u"Apt 2, 89501"_s},
-    };
-    for (const auto &[address, line] : rows)
-        EXPECT_EQ(address.oneLine(), line);
+    for (const Json &row : table(u"addresses"_s, "one line"))
+        EXPECT_EQ(addressOf(row[0]).oneLine(), text(row[1]));
 
     PostalContact person = contact();
     person.street2 = u"Apt 2"_s;

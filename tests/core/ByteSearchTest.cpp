@@ -1,9 +1,8 @@
 #include "core/ByteSearch.h"
+#include "support/Test.h"
 
 #include <QRandomGenerator>
-#include <gmock/gmock.h>
 
-#include <algorithm>
 #include <cstddef>
 #include <string>
 

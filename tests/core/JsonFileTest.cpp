@@ -1,25 +1,7 @@
 #include "core/JsonFile.h"
-#include "support/Printing.h"
-
-#include <QDir>
-#include <QTemporaryDir>
-#include <gmock/gmock.h>
-
-#include <optional>
+#include "support/Test.h"
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
-using testing::StartsWith;
-
-namespace {
-
-QByteArray contents(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : "(none)";
-}
-
-} // namespace
 
 TEST(JsonFile, WritesInOrderIntoAFolderThatItCreates)
 {
@@ -31,10 +13,10 @@ TEST(JsonFile, WritesInOrderIntoAFolderThatItCreates)
         for (int change = 0; change <= 200; ++change)
             file.write(QByteArray::number(change));
         file.flush();
-        EXPECT_EQ(contents(path), "200");
+        EXPECT_EQ(contentsOf(path), "200");
         file.write("last");
     }
-    EXPECT_EQ(contents(path), "last"); // the destructor waits for pending writes
+    EXPECT_EQ(contentsOf(path), "last"); // the destructor waits for pending writes
     EXPECT_EQ(QDir(folder.filePath(u"new/deep"_s)).entryList(QDir::Files), QStringList{u"list.json"_s});
 }
 
@@ -46,7 +28,7 @@ TEST(JsonFile, MovesAwayAFolderWithTheFilesName)
     EXPECT_EQ(file.read(), std::nullopt);
     file.write("[]");
     file.flush();
-    EXPECT_EQ(contents(folder.filePath(u"list.json"_s)), "[]");
+    EXPECT_EQ(contentsOf(folder.filePath(u"list.json"_s)), "[]");
 }
 
 TEST(JsonFile, OnlyLogsAWriteThatFails)

@@ -1,16 +1,11 @@
 #include "core/Observable.h"
-
-#include <gmock/gmock.h>
+#include "support/Test.h"
 
 #include <QDirIterator>
-#include <QFile>
 #include <QRegularExpression>
-
-#include <memory>
 
 namespace parcelory::test {
 namespace {
-using namespace Qt::StringLiterals;
 
 struct Plate : Observable {
     Observed<int> ounces{this, 3};

@@ -1,19 +1,15 @@
 #include "core/PrivateFiles.h"
+#include "support/Test.h"
 
 #include "core/JsonFile.h"
 #include "core/Sqlite.h"
-#include "support/Printing.h"
 
 #include <QScopeGuard>
-#include <QTemporaryDir>
-#include <gmock/gmock.h>
 #include <sys/stat.h>
 
 #include <cstdio>
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
-
 namespace {
 
 /// A folder for records under the most generous umask.
@@ -29,16 +25,7 @@ protected:
         ::lstat(QFile::encodeName(path(name)).constData(), &facts);
         return QByteArray::number(qulonglong(facts.st_mode), 8);
     }
-    QByteArray contents(const QString &name) const
-    {
-        QFile file(path(name));
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : "(none)";
-    }
-    void put(const QString &name, const QByteArray &bytes) const
-    {
-        QFile file(path(name));
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
-    }
+    QByteArray contents(const QString &name) const { return contentsOf(path(name)); }
     QStringList aside() const { return QDir(path({})).entryList({u"*.unreadable-*"_s}, QDir::Files | QDir::System); }
 
 private:
@@ -60,7 +47,7 @@ TEST_F(PrivateFiles, AreMadeSoAndMendedWhateverTheUmaskIs)
         EXPECT_EQ(mode(name), "100600") << name.toStdString();
     EXPECT_EQ(mode({}), "40700");
 
-    put(u"old.json"_s, "[]"); // by an earlier version
+    put(path(u"old.json"_s), "[]"); // by an earlier version
     ASSERT_EQ(::chmod(QFile::encodeName(path({})).constData(), 0777), 0);
     EXPECT_EQ(mode(u"old.json"_s), "100666");
     makePrivate(QDir(path({})));
@@ -77,7 +64,7 @@ TEST_F(PrivateFiles, APipeOrAHugeFileInPlaceOfAStoreHoldsNothingUp)
         return ::mkfifo(QFile::encodeName(path(name)).constData(), 0666);
     };
     ASSERT_EQ(makePipe(u"errors.json"_s), 0);
-    put(u"senders.json"_s, "{}");
+    put(path(u"senders.json"_s), "{}");
     ASSERT_TRUE(QFile::resize(path(u"senders.json"_s), JsonFile::largest + 1));
     for (const QString &name : {u"errors.json"_s, u"senders.json"_s}) {
         JsonFile file(path(name));

@@ -1,13 +1,7 @@
 #include "core/Text.h"
-#include "support/Printing.h"
-
-#include <gmock/gmock.h>
-
-#include <optional>
-#include <utility>
+#include "support/Test.h"
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
 
 TEST(Text, NeverCutsThroughACharacter)
 {
@@ -23,12 +17,10 @@ TEST(Text, NeverCutsThroughACharacter)
 
 TEST(Text, TrimsSpacesAndTabsButNoLineBreaks)
 {
-    const std::pair<QString, QString> rows[] = {{u" \t a b \t"_s, u"a b"_s},
-                                                {u" \n a"_s, u"\n a"_s},
-                                                {u"\u00A0a"_s, u"\u00A0a"_s},
-                                                {u" \t "_s, u""_s},
-                                                {{}, {}}};
-    for (const auto &[text, trimmed] : rows)
+    for (const auto &[text, trimmed] : {std::pair{u" \t a b \t"_s, u"a b"_s},
+                                        {u" \n a"_s, u"\n a"_s},
+                                        {u"\u00A0a"_s, u"\u00A0a"_s},
+                                        {u" \t "_s, u""_s}})
         EXPECT_EQ(trimBlanks(text), trimmed);
 }
 

@@ -1,26 +1,16 @@
 #include "devices/CommercialInvoice.h"
 #include "core/Deployment.h"
-
-#include "core/AppError.h"
-#include "support/Printing.h"
-
-#include <gmock/gmock.h>
+#include "support/Test.h"
 
 #include <QGuiApplication>
 #include <QImage>
 #include <QProcess>
 #include <QRegularExpression>
-#include <QTemporaryDir>
 
-#include <algorithm>
 #include <cstdlib>
-#include <optional>
 #include <thread>
-#include <utility>
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
-
 namespace {
 
 int argc = 1;
@@ -174,11 +164,13 @@ TEST(CommercialInvoice, DrawsEveryScriptAsSearchableText)
                                                   {u"شارع الملك فهد"_s, u"NotoSansArabic"_s},
                                                   {u"רחוב הרצל"_s, u"NotoSansHebrew"_s}};
     for (const auto &[name, font] : shaped) {
-        const Page page(invoice(name + u" 12"_s, 1));
+        const Page page(invoice(name + u" Elm"_s, 1));
+#ifndef Q_OS_MACOS // which has fonts of its own for these scripts
         EXPECT_TRUE(page.ask(u"pdffonts page"_s).contains(font)) << font.toStdString();
+#endif
         EXPECT_EQ(page.missing, QString()) << font.toStdString();
         const bool fromTheRight = std::ranges::any_of(page.words, [](const Page::Word &word) {
-            return word.text == u"12" && std::abs(word.box.left() - 320) < 0.1;
+            return word.text == u"Elm" && std::abs(word.box.left() - 320) < 0.1;
         });
         EXPECT_EQ(fromTheRight, name.isRightToLeft()) << font.toStdString();
     }

@@ -1,23 +1,14 @@
 #include "devices/LabelPrinter.h"
-#include "core/AppError.h"
 #include "devices/HandoverFile.h"
-
 #include "support/FakePlatform.h"
-#include "support/Printing.h"
-
-#include <gmock/gmock.h>
+#include "support/Table.h"
+#include "support/Test.h"
 
 #include <QFileInfo>
 #include <QRegularExpression>
 #include <sys/stat.h>
 
-#include <chrono>
-#include <functional>
-#include <utility>
-
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
-
 namespace {
 
 constexpr auto filePrivacy = QFile::ReadOwner | QFile::WriteOwner | QFile::ReadUser | QFile::WriteUser;
@@ -25,7 +16,7 @@ constexpr auto filePrivacy = QFile::ReadOwner | QFile::WriteOwner | QFile::ReadU
 /// A failure as code and text; code 0 if the exception has no code, -1 if nothing was thrown.
 using Failure = std::pair<int, QString>;
 
-Failure failureOf(const std::function<void()> &operation)
+Failure codedFailureOf(const std::function<void()> &operation)
 {
     try {
         operation();
@@ -112,16 +103,9 @@ TEST_F(LabelPrinterTest, RotatesLabelsUnlessTheClerkTurnsItOff)
 TEST_F(LabelPrinterTest, UndoesTheRotationThatAnEarlierLabelLeftInThePrinter)
 {
     world.preferences.values[u"printer.rotate180"_s] = false;
-    const std::pair<QByteArray, QByteArray> rows[] = {
-        {"^XA^POI^XZ^XA^PON^XZ", "^XA^POI^XZ^XA^PON^XZ"},
-        {"^XA^FD1^XZ", "^XA^FD1^XZ"},
-        {"^XA^POI^XZ", "^XA^POI^XZ"}, // the carrier's own orientation
-        {"^XA^FD2^XZ^XA^XZ", "^XA^PON^FD2^XZ^XA^PON^XZ"},
-        {"^XA^FD3^XZ", "^XA^PON^FD3^XZ"}, // the previous label may have been canceled in the queue
-    };
-    for (const auto &[label, expected] : rows) {
-        LabelPrinter(world.platform).printZPL(label, u"Zebra"_s); // like after a restart
-        EXPECT_EQ(world.processes.lastPrinted(), expected);
+    for (const Json &row : table(u"printers"_s, "rotation after a turned label")) {
+        LabelPrinter(world.platform).printZPL(bytes(row[0]), u"Zebra"_s); // like after a restart
+        EXPECT_EQ(world.processes.lastPrinted(), bytes(row[1]));
     }
     printer.printZPL("^XA^FD4^XZ", u"Other"_s);
     EXPECT_EQ(world.processes.lastPrinted(), "^XA^FD4^XZ");
@@ -195,7 +179,7 @@ TEST_F(LabelPrinterTest, SendsNothingToAQueueThatStaysPaused)
         unstartable = broken;
         // CUPS reports a queue's state on stdout or on stderr.
         lpstat = {paused, {1, {}, "printer Zebra disabled\n"}, enabled};
-        EXPECT_EQ(failureOf([this] { printer.printZPL("^XA^XZ", u"Zebra"_s); }), expected);
+        EXPECT_EQ(codedFailureOf([this] { printer.printZPL("^XA^XZ", u"Zebra"_s); }), expected);
     }
     EXPECT_EQ(calls().filter(u"lpr"_s), QStringList());
     EXPECT_EQ(calls().filter(u"cupsenable"_s).size(), 2);
@@ -203,20 +187,20 @@ TEST_F(LabelPrinterTest, SendsNothingToAQueueThatStaysPaused)
 
 TEST_F(LabelPrinterTest, RejectsUnprintableBytesBeforeStartingATool)
 {
-    EXPECT_EQ(failureOf([this] { printer.print(parseLabel("^XA^XZ"), {}, u"Laser"_s); }),
+    EXPECT_EQ(codedFailureOf([this] { printer.print(parseLabel("^XA^XZ"), {}, u"Laser"_s); }),
               Failure(LabelPrinter::noQueue, u"No Zebra printer queue selected in Settings."_s));
     for (const QByteArray &bytes : {QByteArray(), QByteArray("<?xml version=\"1.0\"?><Error>^XA</Error>")}) {
-        EXPECT_EQ(failureOf([&] { printer.print(parseLabel(bytes), u"Zebra"_s, u"Laser"_s); }).first,
+        EXPECT_EQ(codedFailureOf([&] { printer.print(parseLabel(bytes), u"Zebra"_s, u"Laser"_s); }).first,
                   LabelPrinter::notALabel);
-        EXPECT_EQ(failureOf([&] { printer.printZPL(bytes, u"Zebra"_s); }).first, LabelPrinter::notALabel);
+        EXPECT_EQ(codedFailureOf([&] { printer.printZPL(bytes, u"Zebra"_s); }).first, LabelPrinter::notALabel);
         for (const QString &queue : {u"Laser"_s, QString()})
-            EXPECT_EQ(failureOf([&] { printer.printPDF(bytes, queue); }).first, LabelPrinter::notALabel);
+            EXPECT_EQ(codedFailureOf([&] { printer.printPDF(bytes, queue); }).first, LabelPrinter::notALabel);
     }
     EXPECT_TRUE(calls().isEmpty());
 
     qputenv("TMPDIR", "/proc"); // not even root can create a file there
     for (const QByteArray &bytes : {QByteArray("^XA^XZ"), QByteArray("%PDF"), QByteArray("\x89PNG")})
-        EXPECT_EQ(failureOf([&] { printer.print(parseLabel(bytes), u"Zebra"_s, {}); }).first, 0);
+        EXPECT_EQ(codedFailureOf([&] { printer.print(parseLabel(bytes), u"Zebra"_s, {}); }).first, 0);
     EXPECT_TRUE(calls().filter(u"lpr"_s).isEmpty());
     EXPECT_TRUE(world.desktop.opened.isEmpty());
 }
@@ -225,20 +209,21 @@ TEST_F(LabelPrinterTest, ReportsWhyAJobWasRejectedAndStillDeletesTheFile)
 {
     lpr = {1, "out", "lpr: Error – no such printer.\n"};
     const Failure refused{1, u"lpr failed: lpr: Error – no such printer.\n"_s};
-    EXPECT_EQ(failureOf([this] { printer.printZPL("^XA^XZ", u"Zebra"_s); }), refused);
-    EXPECT_EQ(failureOf([this] { printer.printPDF("%PDF", u"Laser"_s); }), refused);
+    EXPECT_EQ(codedFailureOf([this] { printer.printZPL("^XA^XZ", u"Zebra"_s); }), refused);
+    EXPECT_EQ(codedFailureOf([this] { printer.printPDF("%PDF", u"Laser"_s); }), refused);
     unstartable = {u"lpr"_s};
-    EXPECT_EQ(failureOf([this] { printer.printZPL("^XA^XZ", u"Zebra"_s); }), Failure(0, u"lpr could not be started"_s));
+    EXPECT_EQ(codedFailureOf([this] { printer.printZPL("^XA^XZ", u"Zebra"_s); }),
+              Failure(0, u"lpr could not be started"_s));
     EXPECT_TRUE(leftovers().isEmpty());
 }
 
 TEST_F(LabelPrinterTest, WaitsThirtySecondsForAPrintSystemThatDoesNotAnswer)
 {
     hangs = true;
-    EXPECT_EQ(failureOf([this] { printer.printZPL("^XA^XZ", u"Zebra"_s); }),
+    EXPECT_EQ(codedFailureOf([this] { printer.printZPL("^XA^XZ", u"Zebra"_s); }),
               Failure(LabelPrinter::noAnswer,
                       u"the print system did not answer within 30 seconds; the label may still come out"_s));
-    EXPECT_EQ(failureOf([this] { printer.printPDF("%PDF", u"Laser"_s); }),
+    EXPECT_EQ(codedFailureOf([this] { printer.printPDF("%PDF", u"Laser"_s); }),
               Failure(LabelPrinter::noAnswer,
                       u"the print system did not answer within 30 seconds; the document may still come out"_s));
     EXPECT_TRUE(leftovers().isEmpty());
@@ -259,7 +244,7 @@ TEST_F(LabelPrinterTest, SaysWhyThePrintersCannotBeListed)
     };
     for (const auto &[outcome, reason] : rows) {
         lpstat = {outcome};
-        EXPECT_EQ(failureOf([this] { printer.listQueues(); }), Failure(outcome.status, reason));
+        EXPECT_EQ(codedFailureOf([this] { printer.listQueues(); }), Failure(outcome.status, reason));
     }
     lpstat = {{1, {}, "lpstat: No destinations added.\n"}};
     EXPECT_TRUE(printer.listQueues().all.isEmpty());
@@ -277,29 +262,12 @@ TEST_F(LabelPrinterTest, WorksWithoutTheToolThatDescribesQueues)
 
 TEST_F(LabelPrinterTest, RecognizesAZebraByItsQueueNameOrItsDevice)
 {
-    const std::pair<QByteArray, QString> rows[] = {
-        {"device for Q1: socket://zebra.example", u"Q1"_s},
-        {"device for Q2: usb://ZTC/1", u"Q2"_s},
-        {"device for My_ZPL:socket://10.0.0.7", {}}, // CUPS writes a space after the colon
-        {"device for My_ZPL: socket://10.0.0.7:9100", u"My_ZPL"_s},
-        {"device for  gx420 :  lpd://10.0.0.7", u"gx420"_s},
-        {"device for Q3: usb://x/zd410", u"Q3"_s},
-        {"device for Q7: usb://x/ZT411", u"Q7"_s},
-        {"device for Q8: usb://x/zd621", u"Q8"_s},
-        {"device for Q9: usb://x/zp450", u"Q9"_s},
-        {"device for Q10: usb://x/zt230", u"Q10"_s},
-        {"device for GK420d: lpd://10.0.0.7", u"GK420d"_s},
-        {"device for Laser: ipp://brother.local/ipp/print", {}},
-        {"device for ZQ520: bluetooth://1", {}},
-        {"lpstat: Zebra is not running.", {}},
-        {"a device for Zebra: usb://x", {}},
-    };
     QByteArray listing;
     QStringList expected;
-    for (const auto &[line, queue] : rows) {
-        listing += line + '\n';
-        if (!queue.isEmpty())
-            expected += queue;
+    for (const Json &row : table(u"printers"_s, "Zebras")) {
+        listing += bytes(row[0]) + '\n';
+        if (!row[1].is_null())
+            expected += text(row[1]);
     }
     lpstat = {{0, listing, {}}};
     EXPECT_EQ(printer.zebraQueues(), expected);

@@ -7,16 +7,11 @@
 #include "practice/PracticePrinter.h"
 #include "support/CarrierDesk.h"
 #include "support/LabelDesk.h"
-#include "support/Printing.h"
 #include "support/RunTask.h"
-
-#include <gmock/gmock.h>
-
-#include <chrono>
+#include "support/Table.h"
+#include "support/Test.h"
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
-
 namespace {
 
 /// lpstat's whole output, as recorded from print servers, with the jobs `first` to `last`.
@@ -77,29 +72,10 @@ protected:
 
 TEST(PrinterState, DescribesWhyAQueueDoesNotPrint)
 {
-    const QString off = u"the printer is off or not connected"_s, out = u"the printer is out of labels"_s;
-    const QString paused = u"the queue is paused%1; resume it in the system's printer settings"_s;
-    const QByteArray stale = "offline-report media-empty-error cover-open-error", german = "\n\tDer Drucker fehlt.";
-    const struct {
-        QByteArray state, alerts;
-        int waiting;
-        QString cause;
-    } rows[] = {
-        {idle, stale, 0, {}}, // left over from an earlier job
-        {disabled + "Paused", "paused", 0, paused.arg(QString())},
-        {disabled + "Paper jam, Bob knows", stale + " paused", 2, paused.arg(u" (“Paper jam, Bob knows”)"_s)},
-        {"is holding new jobs.  enabled", "hold-new-jobs", 0, u"the queue is holding jobs back"_s},
-        {busy + "\n\tSending data to printer.", "none", 2, {}},
-        {busy + german, "none", 2, u"it reports “Der Drucker fehlt”"_s},
-        {busy + german, "connecting-to-device", 2, off},
-        {busy + "\n\tWaiting for printer to become available.", "none", 2, off},
-        {idle + "\n\tThe printer may not exist or is unavailable at this time.", "none", 2, off},
-        {busy + "\n\tThe printer is in use.", "connecting-to-device", 2, u"another computer is printing on it"_s},
-        {busy, stale, 2, out},
-        {busy, "cover-open-error", 2, u"the printer is open"_s},
-        {busy, "marker-supply-empty-error", 2, u"the printer's ribbon is used up"_s},
-    };
-    for (const auto &[state, alerts, waiting, cause] : rows) {
+    for (const Json &row : table(u"printer-states"_s, "states")) {
+        const QByteArray state = text(row[0]).toUtf8(), alerts = text(row[1]).toUtf8();
+        const int waiting = row[2];
+        const QString cause = text(row[3]);
         const QString head = waiting > 0 ? u"2 labels are still waiting on ZD421"_s : QString();
         const QString joint = cause.isEmpty() ? QString() : waiting > 0 ? u" — "_s : u"ZD421: "_s;
         const QString end = head.isEmpty() && cause.isEmpty() ? QString() : u"."_s;
@@ -179,7 +155,7 @@ TEST_F(PrintCertaintyTest, EveryPrinterFaultIsReportedAndLosesNoLabel)
         printer.setFault(fault);
         composeAndRate(homeAddress());
         buy();
-        EXPECT_THAT(banner().toStdString(), testing::HasSubstr(shown));
+        EXPECT_THAT(banner().toStdString(), HasSubstr(shown));
         EXPECT_EQ(app->log.records().size(), ++rows) << "a print problem leaves the purchase complete";
         prompts.answer = 1;
         run(screen().reprintLast());
@@ -198,7 +174,7 @@ TEST_F(PrintCertaintyTest, ALabelFor300DpiIsCutWithOneWarning)
 {
     const QByteArray label = "^XA^PW1200^LL1800^FDCoin^FS^XZ";
     EXPECT_THAT(runTask(printLabel(*app, label)).toStdString(),
-                testing::StartsWith("Label sent to Practice_Zebra. It is made for a 300 dpi printer"));
+                StartsWith("Label sent to Practice_Zebra. It is made for a 300 dpi printer"));
     EXPECT_EQ(runTask(printLabel(*app, label)), u"Label sent to Practice_Zebra."_s) << "the warning appears once";
 }
 

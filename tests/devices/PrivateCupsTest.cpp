@@ -1,37 +1,34 @@
 // Labels through a real print server, on a desk whose language is German.
 
-#include "core/AppError.h"
-#include "core/Platform.h"
 #include "devices/LabelPrinter.h"
 #include "devices/PrinterState.h"
 #include "devices/Zpl.h"
 #include "platform/SystemProcesses.h"
 #include "support/FakePlatform.h"
-#include "support/Printing.h"
-
-#include <gmock/gmock.h>
+#include "support/Test.h"
 
 #include <QDeadlineTimer>
 #include <QFileInfo>
 #include <QProcess>
-#include <QTemporaryDir>
 
 #include <sys/stat.h>
 
-#include <chrono>
-#include <memory>
-#include <utility>
-
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
-
 namespace {
 
 class PrivateCups : public testing::Test {
 protected:
+#ifdef Q_OS_MACOS
+    static constexpr auto unavailable = "the print server of macOS runs only as a part of the system";
+    static bool isAvailable() { return false; }
+#else
+    static constexpr auto unavailable = "there is no print server (/usr/sbin/cupsd) on this machine";
+    static bool isAvailable() { return QFile::exists(u"/usr/sbin/cupsd"_s); }
+#endif
+
     static void SetUpTestSuite()
     {
-        if (!QFile::exists(u"/usr/sbin/cupsd"_s))
+        if (!isAvailable())
             return;
         // The server's user must be able to read the cases' files.
         ::umask(022);
@@ -57,8 +54,9 @@ protected:
     }
     void SetUp() override
     {
+        world.processes.real = &processes;
         if (!folder)
-            GTEST_SKIP() << "there is no print server (/usr/sbin/cupsd) on this machine";
+            GTEST_SKIP() << unavailable;
         ASSERT_TRUE(started) << "the private print server did not start";
         for (const QString &queue : printer.queues())
             QFile::remove(outputPath(queue));
@@ -91,20 +89,7 @@ protected:
 
     SystemProcesses processes;
     FakePlatform world;
-    Platform real{.http = world.http,
-                  .clock = world.clock,
-                  .secrets = world.secrets,
-                  .preferences = world.preferences,
-                  .prompts = world.prompts,
-                  .desktop = world.desktop,
-                  .processes = processes,
-                  .hid = world.hid,
-                  .keyboard = world.keyboard,
-                  .web = world.web,
-                  .application = world.application,
-                  .dataFolder = QDir(world.folder.path()),
-                  .deployment = world.platform.deployment};
-    LabelPrinter printer{real};
+    LabelPrinter printer{world.platform};
 
     static std::unique_ptr<QTemporaryDir> folder;
     static std::unique_ptr<QProcess> server;
@@ -114,16 +99,6 @@ protected:
 std::unique_ptr<QTemporaryDir> PrivateCups::folder;
 std::unique_ptr<QProcess> PrivateCups::server;
 bool PrivateCups::started = false;
-
-QByteArray onePagePdf()
-{
-    return "%PDF-1.4\n1 0 obj<</Type/Catalog/Pages 2 0 R>>endobj\n"
-           "2 0 obj<</Type/Pages/Kids[3 0 R]/Count 1>>endobj\n"
-           "3 0 obj<</Type/Page/Parent 2 0 R/MediaBox[0 0 288 432]/Contents 4 0 R"
-           "/Resources<</Font<</F<</Type/Font/Subtype/Type1/BaseFont/Courier>>>>>>>>endobj\n"
-           "4 0 obj<</Length 40>>stream\nBT /F 24 Tf 40 200 Td (Parcelory) Tj ET \nendstream endobj\n"
-           "trailer<</Root 1 0 R>>\n%%EOF\n";
-}
 
 } // namespace
 
@@ -200,10 +175,10 @@ TEST_F(PrivateCups, ReportsInEveryLanguageWhatBlocksTheLabels)
 
 TEST_F(PrivateCups, PrintsPdfsThroughTheDriverOfTheDocumentPrinter)
 {
-    EXPECT_TRUE(printer.printPDF(onePagePdf(), u"Laser"_s));
+    EXPECT_TRUE(printer.printPDF(dataFile(u"one-page.pdf"_s), u"Laser"_s));
     const QByteArray page = printed(u"Laser"_s);
     EXPECT_TRUE(page.startsWith("%!PS")) << page.left(80).toStdString();
-    EXPECT_THAT(page.toStdString(), testing::HasSubstr("%%Pages: 1"));
+    EXPECT_THAT(page.toStdString(), HasSubstr("%%Pages: 1"));
 }
 
 TEST_F(PrivateCups, ReportsAMissingQueueAMissingServerAndARejectingQueue)

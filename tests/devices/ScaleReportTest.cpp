@@ -3,27 +3,32 @@
 #include "practice/PracticeScale.h"
 #include "support/FakeClock.h"
 #include "support/FakePlatform.h"
-#include "support/Printing.h"
+#include "support/Table.h"
+#include "support/Test.h"
 
-#include <gmock/gmock.h>
-
-#include <algorithm>
-#include <iterator>
-#include <optional>
 #include <string>
-#include <tuple>
-#include <utility>
 #include <vector>
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
-
 namespace {
 
 /// A report in tenths of an ounce.
 QByteArray tenths(ScaleStatus status, int weight)
 {
     return {QByteArray("\x03", 1) + char(status) + "\x0B\xFF" + char(weight & 0xFF) + char(weight >> 8)};
+}
+
+/// A report with a status by name.
+QByteArray report(const QString &status, int weight)
+{
+    static const QStringList names = {u"off"_s,         u"fault"_s,     u"zero"_s,      u"moving"_s,
+                                      u"stable"_s,      u"underZero"_s, u"overLimit"_s, u"needsCalibration"_s,
+                                      u"needsZeroing"_s};
+    if (status == u"troy ounces"_s) // steady, but in a unit that is not read
+        return QByteArray::fromHex("040A000100");
+    if (status == u"cut off"_s)
+        return tenths(ScaleStatus::stable, weight).left(4);
+    return tenths(ScaleStatus(names.indexOf(status)), weight);
 }
 
 struct PluggedScale {
@@ -41,38 +46,14 @@ using enum ScaleStatus;
 
 TEST(ScaleReport, IsReadWithAndWithoutReportIdAndInEveryParcelUnit)
 {
-    const QByteArray pad(58, '\x7F');
-    const struct {
-        QByteArray bytes;
-        std::optional<ScaleStatus> status;
-        std::optional<double> ounces;
-        QString display;
-    } rows[] = {
-        {"03040BFF2C01", stable, 30.0, u"1 lb 14.0 oz"_s},
-        {"040BFF2C01", stable, 30.0, u"1 lb 14.0 oz"_s},
-        {"040BFF2C0103", stable, 30.0, u"1 lb 14.0 oz"_s}, // six bytes, but no report id
-        {"03040BFF2C01" + pad.toHex(), stable, 30.0, u"1 lb 14.0 oz"_s},
-        {"030BFF2C01", moving, 30.0, u"1 lb 14.0 oz"_s}, // five bytes: the 3 is the status
-        {"040BFFAD00", stable, 17.3, u"1 lb 1.3 oz"_s},
-        {"040BFE3C06", stable, 15.96, u"16.0 oz"_s},
-        {"040200C601", stable, 454 / 28.349523125, u"1 lb 0.0 oz"_s},
-        {"0403FDC601", stable, 454 / 28.349523125, u"1 lb 0.0 oz"_s},
-        {"040CFF2D00", stable, 72.0, u"4 lb 8.0 oz"_s},
-        {"040B00FFFF", stable, 65535.0, u"4095 lb 15.0 oz"_s},
-        {"040B80FFFF", stable, 65535e-128, u"0.0 oz"_s},
-        {"040A000100", stable, {}, u"—"_s}, // troy ounces
-        {"FF0D000100", ScaleStatus{255}, {}, u"—"_s},
-        {"040BFF2C", {}, {}, u"—"_s},
-        {"", {}, {}, u"—"_s},
-    };
-    for (const auto &row : rows) {
-        const auto report = parseScaleReport(QByteArray::fromHex(row.bytes));
-        ASSERT_EQ(report.has_value(), row.status.has_value()) << row.bytes.toStdString();
+    for (const Json &row : table(u"scale"_s, "reports")) {
+        const auto report = parseScaleReport(QByteArray::fromHex(bytes(row[0])));
+        ASSERT_EQ(report.has_value(), !row[1].is_null()) << row;
         const std::optional<double> ounces = report ? report->ounces : std::nullopt;
-        EXPECT_EQ(report ? std::optional(report->status) : std::nullopt, row.status) << row.bytes.toStdString();
-        ASSERT_EQ(ounces.has_value(), row.ounces.has_value()) << row.bytes.toStdString();
-        EXPECT_DOUBLE_EQ(ounces.value_or(0), row.ounces.value_or(0)) << row.bytes.toStdString();
-        EXPECT_EQ(scaleDisplay(true, ounces), row.display) << row.bytes.toStdString();
+        EXPECT_TRUE(!report || int(report->status) == row[1].get<int>()) << row;
+        ASSERT_EQ(ounces.has_value(), !row[2].is_null()) << row;
+        EXPECT_DOUBLE_EQ(ounces.value_or(0), optional<double>(row[2]).value_or(0)) << row;
+        EXPECT_EQ(scaleDisplay(true, ounces), text(row[3])) << row;
     }
 }
 
@@ -81,45 +62,19 @@ TEST(USBScale, FollowsItsReportsAndOtherwiseKeepsTheLastWeight)
     PluggedScale desk;
     USBScale &scale = desk.scale;
     EXPECT_EQ(scale.display(), u"—"_s);
-    const QByteArray troy = QByteArray::fromHex("040A000100");
-    const struct {
-        QByteArray report;
-        bool stable;
-        QString display;
-        bool fault, reading;
-    } steps[] = {
-        {tenths(moving, 120), false, u"—"_s, false, false},
-        {tenths(stable, 120), true, u"12.0 oz"_s, false, true},
-        {tenths(moving, 90), false, u"12.0 oz"_s, false, false},
-        {tenths(stable, 300), true, u"1 lb 14.0 oz"_s, false, true},
-        {tenths(overLimit, 0), false, u"1 lb 14.0 oz"_s, true, false},
-        {tenths(stable, 300).left(4), false, u"1 lb 14.0 oz"_s, true, false},
-        {tenths(zero, 0), true, u"0.0 oz"_s, false, false},
-        {tenths(stable, 45), true, u"4.5 oz"_s, false, true},
-        {troy, true, u"4.5 oz"_s, true, false}, // steady, but in a unit that is not read
-        {tenths(needsCalibration, 0), false, u"4.5 oz"_s, true, false},
-        {tenths(needsZeroing, 0), false, u"4.5 oz"_s, true, false},
-        {tenths(fault, 0), false, u"4.5 oz"_s, true, false},
-        {tenths(ScaleStatus{0}, 0), false, u"4.5 oz"_s, false, false},
-        {tenths(underZero, 0), false, u"0.0 oz"_s, false, false},
-        {tenths(stable, 0), true, u"0.0 oz"_s, false, false},
-        {tenths(stable, 120), true, u"12.0 oz"_s, false, true},
-        {troy, true, u"12.0 oz"_s, true, false},
-    };
     const auto shown = [&] {
         return std::tuple(scale.connected.value(), scale.stable.value(), scale.display(), scale.fault.value());
     };
     std::vector<decltype(shown())> seen; // by an observer, since the last step
     QObject::connect(&scale, &Observable::changed, [&] { seen.push_back(shown()); });
-    for (const auto &step : steps) {
+    for (const Json &step : table(u"scale"_s, "steps")) {
         seen.clear();
-        desk.hid.listener.report(1, step.report);
-        const std::string what = step.report.toHex().toStdString();
-        EXPECT_EQ(std::ranges::count(seen, shown()), std::ssize(seen)) << "half a change: " << what;
-        EXPECT_EQ(scale.stable, step.stable) << what;
-        EXPECT_EQ(scale.display(), step.display) << what;
-        EXPECT_EQ(!scale.fault.value().isEmpty(), step.fault) << what;
-        EXPECT_EQ(scale.reading().has_value(), step.reading) << what;
+        desk.hid.listener.report(1, report(text(step[0]), step[1]));
+        EXPECT_EQ(std::ranges::count(seen, shown()), std::ssize(seen)) << "half a change: " << step;
+        EXPECT_EQ(std::tuple(scale.stable.value(), scale.display(), !scale.fault.value().isEmpty(),
+                             scale.reading().has_value()),
+                  std::tuple(step[2].get<bool>(), text(step[3]), step[4].get<bool>(), step[5].get<bool>()))
+            << step;
     }
     seen.clear();
     desk.hid.listener.removed(1);
@@ -140,30 +95,14 @@ TEST(USBScale, FollowsItsReportsAndOtherwiseKeepsTheLastWeight)
 
 TEST(USBScale, DistinguishesTheNextParcelFromThePrevious)
 {
-    const struct {
-        const char *what;
-        std::vector<std::pair<ScaleStatus, int>> reports; // after a parcel of 12 oz
-        bool next;
-    } rows[] = {
-        {"said again", {{stable, 120}}, false},
-        {"creeps", {{moving, 124}, {stable, 124}, {stable, 130}}, false},
-        {"pressed on and let go", {{moving, 400}, {overLimit, 0}, {moving, 60}, {stable, 120}}, false},
-        {"a scale without a weight in motion", {{moving, 0}, {stable, 120}}, false},
-        {"lifted off and put back", {{zero, 0}, {stable, 120}}, true},
-        {"a container taken off", {{underZero, 0}, {stable, 120}}, true},
-        {"a scale that calls zero a weight", {{stable, 0}, {stable, 120}}, true},
-        {"exchanged quickly", {{moving, 20}, {moving, 90}, {stable, 120}}, true},
-        {"a heavier one", {{stable, 131}}, true},
-        {"a lighter one", {{stable, 109}}, true},
-    };
-    for (const auto &row : rows) {
+    for (const Json &row : table(u"scale"_s, "next parcel")) {
         PluggedScale desk;
         desk.say(stable, 120);
         const quint64 sold = desk.generation();
         EXPECT_GT(sold, 0u);
-        for (const auto &[status, weight] : row.reports)
-            desk.say(status, weight);
-        EXPECT_EQ(desk.generation() > sold, row.next) << row.what;
+        for (const Json &said : row[1])
+            desk.hid.listener.report(1, report(text(said[0]), said[1]));
+        EXPECT_EQ(desk.generation() > sold, row[2].get<bool>()) << row;
     }
     PluggedScale heavy;
     heavy.say(stable, 1000);

@@ -2,28 +2,19 @@
 #include "core/ports/Keyboard.h"
 #include "devices/ScanBurst.h"
 #include "support/FakeClock.h"
-#include "support/Printing.h"
-
-#include <gmock/gmock.h>
-
-#include <chrono>
-#include <functional>
-#include <utility>
+#include "support/Test.h"
 
 namespace parcelory::test {
 namespace {
-using namespace Qt::StringLiterals;
-using namespace std::chrono_literals;
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 /// A keyboard with one text field and its cursor.
 class FakeKeyboard : public Keyboard {
 public:
-    void listen(Handler wanted, std::function<void()> other) override
+    void listen(Handler wanted, std::function<void()> other, std::function<void()> left) override
     {
         handler = std::move(wanted);
         before = std::move(other);
+        cut = std::move(left);
     }
     bool inTextField() const override { return focused; }
     FieldState fieldState() const override
@@ -52,7 +43,7 @@ public:
     }
 
     Handler handler;
-    std::function<void()> before;
+    std::function<void()> before, cut;
     bool focused = true;
     QObject field;
     QString text, pressed; ///< typed into the field; pressed on another focused widget
@@ -66,8 +57,11 @@ struct ScanDesk {
     ScanWedgeListener listener{keyboard, clock, u"go.corvallon.example"_s};
     QStringList scans, noises;
 
-    ScanDesk()
+    explicit ScanDesk(bool focused = true, const QString &text = {})
     {
+        keyboard.focused = focused;
+        keyboard.text = text;
+        keyboard.cursor = text.size();
         listener.onScan = [this](const QString &text) { scans += text; };
         listener.onNoise = [this](const QString &text) { noises += text; };
         listener.start();
@@ -104,17 +98,34 @@ struct ScanDesk {
 
 const QString link = u"https://GO.Corvallon.example/i48213"_s;
 
+TEST(ScanWedgeListener, AScanThatADialogMayHaveCutAsksForNoInvoice)
+{
+    for (const bool ends : {false, true}) {
+        ScanDesk desk;
+        desk.keyboard.text = u"Smith"_s;
+        desk.type(link.chopped(2), 8ms);
+        desk.keyboard.cut();
+        if (ends)
+            desk.pressReturn(8ms);
+        desk.clock.advance(1s);
+        EXPECT_THAT(desk.scans, IsEmpty()) << ends;
+        EXPECT_THAT(desk.noises, ElementsAre(link.chopped(2)));
+        EXPECT_EQ(desk.keyboard.text, u"Smith");
+        desk.keyboard.cut(); // between two scans
+        desk.type(link, 8ms);
+        desk.pressReturn(8ms);
+        EXPECT_THAT(desk.scans, ElementsAre(link));
+    }
+}
+
 TEST(ScanWedgeListener, AScanIsReadWholeAndLeavesTheFieldUnchanged)
 {
     enum class End { none, enter, tab, crlf };
     for (const auto spacing : {3ms, 10ms, 30ms, 49ms, 55ms, 60ms}) {
         for (const End end : {End::none, End::enter, End::tab, End::crlf}) {
             for (const bool focused : {true, false}) {
-                ScanDesk desk;
-                desk.keyboard.focused = focused;
-                desk.keyboard.text = u"Eleanor htWhitfield"_s; // the text after the cursor looks like a code's start
-                desk.keyboard.cursor = 8;
-                desk.clock.advance(2s);
+                ScanDesk desk(focused, u"Eleanor htWhitfield"_s);
+                desk.keyboard.cursor = 8; // the text after it looks like a code's start
                 desk.type(link, spacing);
                 if (end == End::tab)
                     EXPECT_EQ(desk.pressTab(spacing), KeyVerdict::swallow);
@@ -150,8 +161,7 @@ TEST(ScanWedgeListener, AnUnevenScanAfterTypedKeysLeavesThoseKeys)
 TEST(ScanWedgeListener, NoTypedKeyIsLostOrReordered)
 {
     for (const bool focused : {true, false}) {
-        ScanDesk desk;
-        desk.keyboard.focused = focused;
+        ScanDesk desk(focused);
         QString typed;
         int turn = 0;
         for (const QChar letter : u"The quick brown fox, 12 dogs & 3 foxes – Zoë"_s) {
@@ -184,7 +194,6 @@ TEST(ScanWedgeListener, NoPauseInsideACodeCutsIt)
         for (qsizetype place = 1; place < link.size(); ++place) {
             for (const int typed : {0, 5, 9}) {
                 ScanDesk desk;
-                desk.clock.advance(2s);
                 const QString name = u"Whitfield"_s.left(typed);
                 desk.type(name, 110ms);
                 desk.clock.advance(30ms);
@@ -207,10 +216,7 @@ TEST(ScanWedgeListener, NoPauseInsideACodeCutsIt)
 TEST(ScanWedgeListener, ACodeWithoutAnEndKeyEndsByAPause)
 {
     for (const auto late : {81ms, 150ms, 240ms, 260ms, 400ms}) { // a slow suffix, or the clerk's own Return
-        ScanDesk desk;
-        desk.keyboard.text = u"Smith"_s;
-        desk.keyboard.cursor = 5;
-        desk.clock.advance(1s);
+        ScanDesk desk(true, u"Smith"_s);
         desk.type(link, 10ms);
         EXPECT_EQ(desk.pressReturn(late), KeyVerdict::swallow);
         EXPECT_EQ(desk.keyboard.text, u"Smith") << late.count();
@@ -219,7 +225,6 @@ TEST(ScanWedgeListener, ACodeWithoutAnEndKeyEndsByAPause)
         EXPECT_EQ(desk.pressReturn(600ms), KeyVerdict::deliver);
     }
     ScanDesk desk;
-    desk.clock.advance(1s);
     desk.type(link, 10ms);
     desk.clock.advance(250ms);
     EXPECT_THAT(desk.scans, ElementsAre(link));
@@ -242,9 +247,7 @@ TEST(ScanWedgeListener, ACodeWithoutAnEndKeyEndsByAPause)
 
 TEST(ScanWedgeListener, ALinkTypedByHandCountsAfterAPause)
 {
-    ScanDesk desk;
-    desk.keyboard.text = u"see "_s;
-    desk.keyboard.cursor = 4;
+    ScanDesk desk(true, u"see "_s);
     desk.type(u"go.corvallon.example/i12"_s, 150ms);
     EXPECT_EQ(desk.keyboard.text, u"see go.corvallon.example/i12");
     EXPECT_THAT(desk.scans, IsEmpty());
@@ -263,17 +266,17 @@ TEST(ScanWedgeListener, DropsOnlyWhatAMachineTypesAndSaysSo)
         std::chrono::milliseconds spacing;
         int pauseAt; ///< before this key, 120 ms
         bool ends, heard, stays;
-    } cases[] = {{12, 10ms, 0, true, true, false},  {10, 49ms, 0, true, true, false}, {9, 10ms, 0, true, false, true},
-                 {8, 10ms, 0, true, false, true},   {7, 10ms, 0, true, false, true},  {12, 60ms, 0, true, false, true},
-                 {15, 8ms, 9, true, true, false},   {15, 8ms, 3, true, true, false},  {15, 8ms, 14, true, true, false},
-                 {10, 53ms, 0, false, false, true}, {9, 8ms, 0, false, false, true},  {12, 8ms, 0, false, true, false},
-                 {15, 8ms, 9, false, true, false},  {10, 53ms, 0, true, false, true}};
+    } cases[] = {
+        {12, 10ms, 0, true, true, false},  {10, 49ms, 0, true, true, false}, {9, 10ms, 0, true, false, true},
+        {8, 10ms, 0, true, false, true},   {7, 10ms, 0, true, false, true},  {12, 60ms, 0, true, false, true},
+        {15, 8ms, 9, true, true, false},   {15, 8ms, 3, true, true, false},  {15, 8ms, 14, true, true, false},
+        {10, 53ms, 0, false, false, true}, {9, 8ms, 0, false, false, true},  {12, 8ms, 0, false, true, false},
+        {15, 8ms, 9, false, true, false},  {10, 53ms, 0, true, false, true}, {12, 30ms, 6, false, false, true}};
     for (const auto &one : cases) {
         for (const QString &typed : {QString(), u"Ann"_s}) {
             if (!typed.isEmpty() && (one.stays || one.pauseAt == 3 || one.spacing > 10ms))
                 continue; // with typed keys, the average is another
             ScanDesk desk;
-            desk.clock.advance(1s);
             desk.type(typed, 35ms);
             desk.clock.advance(typed.isEmpty() ? 1s : 30ms);
             const QString code(one.keys, u'7');
@@ -307,9 +310,7 @@ TEST(ScanWedgeListener, DropsOnlyWhatAMachineTypesAndSaysSo)
 TEST(ScanWedgeListener, ReadsCharactersThatTheSystemTakesForRepeated)
 {
     for (const bool focused : {true, false}) {
-        ScanDesk desk;
-        desk.keyboard.focused = focused;
-        desk.clock.advance(1s);
+        ScanDesk desk(focused);
         QChar last;
         for (const QChar letter : link) {
             desk.press({.text = letter, .isRepeat = letter == last}, 1ms);
@@ -349,8 +350,7 @@ TEST(ScanWedgeListener, OtherInputComesAfterTheHeldKeys)
 
 TEST(ScanWedgeListener, OnlyCharactersOfACodeAreKept)
 {
-    ScanDesk desk;
-    desk.keyboard.focused = false;
+    ScanDesk desk(false);
     EXPECT_EQ(desk.press({.text = u" "_s}, 1s), KeyVerdict::deliver);
     EXPECT_EQ(desk.press({.text = u"\x01"_s, .withCommand = true}, 5ms), KeyVerdict::deliver);
     EXPECT_EQ(desk.press({.text = u"\x1b"_s}, 5ms), KeyVerdict::deliver);

@@ -1,11 +1,7 @@
-#include <QDir>
-#include <QFile>
+#include "support/Test.h"
 #include <QRegularExpression>
-#include <gtest/gtest.h>
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
-
 namespace {
 
 QString textOf(const QString &path)

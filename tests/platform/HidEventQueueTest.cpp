@@ -1,14 +1,10 @@
 #include "platform/HidEventQueue.h"
 #include "devices/ScaleReport.h"
-#include "support/Printing.h"
-
-#include <gmock/gmock.h>
+#include "support/Test.h"
 
 #include <cstddef>
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
-
 namespace {
 
 /// A report in tenths of an ounce.

@@ -2,24 +2,16 @@
 
 #include "platform/HidScales.h"
 #include "devices/USBScale.h"
-#include "support/Printing.h"
 #include "support/RunTask.h"
+#include "support/Test.h"
 
 #undef signals
 #include <umockdev.h>
 
-#include <gmock/gmock.h>
-
-#include <QFile>
-
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <chrono>
-
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
-
 namespace {
 
 /// Report descriptors. The scale has a data report with id 3: status, unit, exponent, weight.
@@ -54,18 +46,9 @@ public:
                    "000000\n");
         file.close();
         check(umockdev_testbed_load_ioctl(m_bed, node, ioctls, &m_error));
-        check(umockdev_testbed_add_from_string(
-            m_bed,
-            qUtf8Printable(
-                u"P: %1\nE: DEVTYPE=usb_device\nE: SUBSYSTEM=usb\nA: idVendor=0922\\n\nA: idProduct=8009\\n\n"
-                "A: bcdDevice=0100\\n\nA: manufacturer=DYMO\\n\n%2\n"
-                "P: %3\nE: DEVTYPE=usb_interface\nE: SUBSYSTEM=usb\nA: bInterfaceNumber=00\\n\n\n"
-                "P: %4\nE: SUBSYSTEM=hid\nE: HID_ID=0003:00000922:00008009\nE: HID_NAME=x\nE: HID_PHYS=usb-%5/input0\n"
-                "E: HID_UNIQ=0071\nH: report_descriptor=%6\n\n"
-                "P: %7\nN: hidraw%5\nE: DEVNAME=/dev/hidraw%5\nE: SUBSYSTEM=hidraw\nE: MAJOR=240\nE: MINOR=%5\n"
-                "A: dev=240:%5\\n\nL: device=../../../0003:0922:8009.000%5\n"_s.arg(m_usb, name, m_port, m_hid,
-                                                                                    m_number, kind, m_raw)),
-            &m_error));
+        const QString device = QString::fromUtf8(dataFile(u"usb-device.umockdev"_s))
+                                   .arg(m_usb, name, m_port, m_hid, m_number, kind, m_raw);
+        check(umockdev_testbed_add_from_string(m_bed, qUtf8Printable(device), &m_error));
         m_line = umockdev_testbed_get_dev_fd(m_bed, node);
     }
 

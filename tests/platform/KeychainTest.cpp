@@ -5,22 +5,16 @@
 #include "carrier/ShippoKeys.h"
 #include "core/ports/SecretStore.h"
 #include "support/FakePlatform.h"
-#include "support/Printing.h"
+#include "support/Test.h"
 
 #undef signals
 #include <libsecret/secret.h>
 
-#include <gmock/gmock.h>
-
-#include <algorithm>
 #include <atomic>
-#include <optional>
 #include <thread>
 #include <vector>
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
-
 namespace {
 
 /// Stores bytes like another program or an older version.

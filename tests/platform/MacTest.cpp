@@ -4,24 +4,34 @@
 #include "platform/Keychain.h"
 #include "platform/SettingsPreferences.h"
 #include "platform/SystemPlatform.h"
+#include "platform/SystemProcesses.h"
 #include "support/FakePlatform.h"
-#include "support/Printing.h"
+#include "support/Test.h"
 
 #include <QProcess>
-#include <gtest/gtest.h>
-
-#include <optional>
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
+
+namespace {
+
+/// Removes an item without a question, whoever made it: the next build of the tests may not read the item of this one.
+void forget(const QString &account)
+{
+    const QString service = QString::fromLatin1(SecretStore::service);
+    SystemProcesses().run(u"/usr/bin/security"_s, {u"delete-generic-password"_s, u"-s"_s, service, u"-a"_s, account});
+}
+
+} // namespace
 
 TEST(MacTest, KeychainReturnsTheLastValueSet)
 {
     for (const QString &account : {u"parcelory.test"_s, u"parcelory.test.Büro 2 “neu”"_s}) {
+        forget(account);
         for (const QString &value : {u"shippo_test_abc"_s, u"schlüssel 🔑\n"_s, QString()}) {
             Keychain().set(value, account);
             EXPECT_EQ(Keychain().get(account), value) << account.toStdString();
         }
+        forget(account);
     }
     EXPECT_EQ(Keychain().get(u"parcelory.test.missing"_s), std::nullopt);
 }

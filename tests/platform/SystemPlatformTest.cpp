@@ -1,6 +1,5 @@
 // The adapters to the real machine: preference file, child processes, network.
 
-#include "core/AppError.h"
 #include "core/ErrorDetail.h"
 #include "core/Setting.h"
 #include "core/SettingsKeys.h"
@@ -15,27 +14,27 @@
 #include "platform/SystemDesktop.h"
 #include "platform/SystemProcesses.h"
 #include "support/FakePlatform.h"
-#include "support/Printing.h"
 #include "support/RunTask.h"
+#include "support/Test.h"
 
-#include <gmock/gmock.h>
 #undef signals
-#include <httplib.h>
+#include "practice/LoopbackServer.h"
 
+#include <QStandardPaths>
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QTemporaryDir>
 #include <QTimer>
 
-#include <chrono>
+#include <sys/stat.h>
+
+#include <atomic>
 #include <future>
 #include <mutex>
 #include <string>
 #include <thread>
-#include <tuple>
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
 
 TEST(SystemClock, CallsNoCanceledTimer)
 {
@@ -84,6 +83,29 @@ TEST(SettingsPreferences, KeepsTypesOverARestart)
         EXPECT_EQ(afterRestart(settings::rotate180, value), value);
 }
 
+TEST(SettingsPreferences, OpenWhateverIsInPlaceOfTheFile)
+{
+    const QTemporaryDir home;
+    const auto restored = qScopeGuard([usual = qgetenv("HOME")] { qputenv("HOME", usual); });
+    qputenv("HOME", home.path().toUtf8());
+    const QDir folder(QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation));
+    ASSERT_TRUE(folder.path().startsWith(home.path()) && folder.mkpath(u"Corvallon/parcelory.conf.lock"_s));
+    for (const QString &name : {u"Corvallon.conf"_s, u"Corvallon/parcelory.conf"_s, u"practice.ini"_s})
+        ASSERT_EQ(::mkfifo(QFile::encodeName(folder.filePath(name)).constData(), 0600), 0) << name.toStdString();
+    ASSERT_TRUE(QFile::link(u"/dev/zero"_s, folder.filePath(u"endless.ini"_s)));
+    SettingsPreferences opened[] = {SettingsPreferences(), SettingsPreferences(folder.filePath(u"practice.ini"_s)),
+                                    SettingsPreferences(folder.filePath(u"endless.ini"_s))};
+    for (SettingsPreferences &preferences : opened) {
+        write(preferences, settings::rotate180, false);
+        EXPECT_FALSE(read(preferences, settings::rotate180));
+    }
+    for (const auto &[name, count] : {std::pair(u"."_s, 3), std::pair(u"Corvallon"_s, 2)}) {
+        const QDir inside(folder.filePath(name));
+        EXPECT_EQ(inside.entryList({u"*.unreadable-*"_s}, QDir::AllEntries | QDir::System).size(), count);
+    }
+    EXPECT_EQ(QFileInfo(folder.filePath(u"practice.ini"_s)).permissions() & 0x77, 0) << "only for its owner";
+}
+
 TEST(SystemProcesses, ReportsStatusAndBothChannelsWhole)
 {
     const auto shell = [](const QString &script) { return SystemProcesses().run(u"/bin/sh"_s, {u"-c"_s, script}); };
@@ -93,11 +115,17 @@ TEST(SystemProcesses, ReportsStatusAndBothChannelsWhole)
     EXPECT_EQ(failed.err, "err");
     EXPECT_EQ(shell(u"kill -9 $$"_s).status, 128 + 9);
     EXPECT_EQ(shell(u"cat"_s).out, "") << "the input of a child process is empty";
+    EXPECT_EQ(shell(u"kill -s 0 -- -$$"_s).status, 0) << "only a session of its own has no terminal to ask at";
 
     const ProcessOutcome much = shell(u"head -c 500000 /dev/zero; head -c 500000 /dev/zero >&2"_s);
     EXPECT_EQ(much.out.size(), 500'000);
     EXPECT_EQ(much.err.size(), 500'000);
     EXPECT_EQ(SystemProcesses().run(u"/bin/echo"_s, {u"a  b; $HOME *"_s}).out, "a  b; $HOME *\n");
+    EXPECT_EQ(SystemProcesses()
+                  .runOpener(u"/bin/sh"_s, {u"-c"_s, u"test /dev/stdout -ef /dev/null -a /dev/stderr -ef /dev/null"_s},
+                             std::chrono::hours(1))
+                  .status,
+              0);
     EXPECT_THROW(SystemProcesses().run(u"/nowhere/lpr"_s, {}), AppError);
     EXPECT_THROW(SystemProcesses().run(u"/bin/sleep"_s, {u"3600"_s}, {}, std::chrono::milliseconds(50)),
                  ProcessTimedOut);
@@ -123,14 +151,6 @@ TEST(SystemDesktop, ReportsWhatDoesNotOpenAndWaitsThirtySeconds)
     desktop.openUrl(QUrl(u"https://usps.example/9405"_s));
     for (const auto &call : processes.calls())
         EXPECT_EQ(call.limit, std::chrono::seconds(30)) << "an opener that hangs is ended";
-    const auto failure = [](const auto &open) {
-        try {
-            open();
-        } catch (const AppError &error) {
-            return error.description();
-        }
-        return u"opened"_s;
-    };
     const QString late = u"the desktop did not answer within 30 seconds and may still open "_s;
     const std::tuple<bool, QString, QString> rows[] = {
         {false, u"no program on this computer can open the document — it is saved as /tmp/label.pdf"_s,
@@ -142,37 +162,12 @@ TEST(SystemDesktop, ReportsWhatDoesNotOpenAndWaitsThirtySeconds)
                 throw ProcessTimedOut(program);
             return ProcessOutcome{3, {}, {}};
         };
-        EXPECT_EQ(failure([&] { desktop.openFile(u"/tmp/label.pdf"_s); }), file);
-        EXPECT_EQ(failure([&] { desktop.openUrl(QUrl(u"https://usps.example/9405"_s)); }), page);
+        EXPECT_EQ(failureOf([&] { desktop.openFile(u"/tmp/label.pdf"_s); }), file);
+        EXPECT_EQ(failureOf([&] { desktop.openUrl(QUrl(u"https://usps.example/9405"_s)); }), page);
     }
 }
 
 namespace {
-
-/// A web server on the loopback interface; its handlers run on its own threads.
-class LoopbackServer {
-public:
-    LoopbackServer() : m_port(m_server.bind_to_any_port("127.0.0.1"))
-    {
-        m_server.set_keep_alive_max_count(1); // an open connection would delay the shutdown by seconds
-        m_thread = std::thread([this] { m_server.listen_after_bind(); });
-        while (!m_server.is_running()) // stop() has no effect before that
-            std::this_thread::yield();
-    }
-    ~LoopbackServer()
-    {
-        m_server.stop();
-        m_thread.join();
-    }
-
-    httplib::Server &operator*() { return m_server; }
-    QString url(const QString &path) const { return u"http://127.0.0.1:%1%2"_s.arg(m_port).arg(path); }
-
-private:
-    httplib::Server m_server;
-    int m_port;
-    std::thread m_thread;
-};
 
 struct NetworkTransportTest : testing::Test {
     HttpAnswer get(const QString &url, bool withToken = false)
@@ -191,8 +186,13 @@ struct NetworkTransportTest : testing::Test {
             return detail.isEmpty() ? error.description() : u"%1 [%2]"_s.arg(error.description(), detail);
         }
     }
+    static QString url(const LoopbackServer &server, const char *path)
+    {
+        return QString::fromStdString(server.base() + path);
+    }
 
-    LoopbackServer server, other; // destroyed after the transport, whose idle connections would delay them
+    // Destroyed after the transport, whose idle connections would delay them.
+    LoopbackServer server{"carrier"}, other{"another server"};
     FakeClock clock;
     NetworkTransport http{NetworkTransport::Reach::loopbackOnly, clock};
 };
@@ -201,14 +201,14 @@ struct NetworkTransportTest : testing::Test {
 
 TEST_F(NetworkTransportTest, SendsARequestAsGivenAndReadsEveryResponse)
 {
-    (*server).Post("/shipments/", [](const httplib::Request &request, httplib::Response &response) {
+    server.start([](const httplib::Request &request, httplib::Response &response) {
         response.status = std::stoi(request.get_param_value("status"));
         response.set_content(request.get_header_value("Authorization") + "|" +
                                  request.get_header_value("Content-Type") + "|" + request.body,
                              "text/plain");
     });
     for (const int status : {200, 201, 400, 401, 404, 422, 429, 500, 503}) {
-        HttpRequest request{.url = QUrl(server.url(u"/shipments/?status=%1"_s.arg(status))),
+        HttpRequest request{.url = QUrl(url(server, "shipments/?status=%1").arg(status)),
                             .method = "POST",
                             .headers = {{"Authorization", "ShippoToken t"}, {"Content-Type", "application/json"}},
                             .body = "{\"a\":\"ü\"}"};
@@ -226,7 +226,7 @@ TEST_F(NetworkTransportTest, ReportsErrorsWithoutRevealingSecrets)
     const QString silent = u"http://127.0.0.1:%1/secret"_s.arg(mute.serverPort());
 
     EXPECT_THAT(failure(nobody, true).toStdString(),
-                testing::StartsWith("The carrier can't be reached — check the network and try again. [127.0.0.1: "));
+                StartsWith("The carrier can't be reached — check the network and try again. [127.0.0.1: "));
     EXPECT_FALSE(failure(nobody, true).contains(u"secret"_s));
     QObject::connect(&mute, &QTcpServer::newConnection, &mute, [this] { clock.advance(std::chrono::seconds(60)); });
     EXPECT_EQ(failure(silent, true),
@@ -277,23 +277,22 @@ TEST_F(NetworkTransportTest, ATrickleAndAnEndlessAnswerAreGivenUp)
     EXPECT_EQ(sent, 60);
     pace.stop();
 
-    const auto ofSize = [this](size_t size) {
-        (*server).Get("/" + std::to_string(size), [=](const httplib::Request &, httplib::Response &response) {
-            response.set_chunked_content_provider("application/octet-stream",
-                                                  [=, left = size](size_t, httplib::DataSink &sink) mutable {
-                                                      const std::string block(std::min<size_t>(left, 1 << 20), ' ');
-                                                      left -= block.size();
-                                                      const bool isTaken = sink.write(block.data(), block.size());
-                                                      if (left == 0)
-                                                          sink.done();
-                                                      return isTaken;
-                                                  });
-        });
-        return failure(server.url(u"/%1"_s.arg(size)));
-    };
+    server.start([](const httplib::Request &request, httplib::Response &response) {
+        const size_t size = std::stoul(request.path.substr(1));
+        response.set_chunked_content_provider("application/octet-stream",
+                                              [=, left = size](size_t, httplib::DataSink &sink) mutable {
+                                                  const std::string block(std::min<size_t>(left, 1 << 20), ' ');
+                                                  left -= block.size();
+                                                  const bool isTaken = sink.write(block.data(), block.size());
+                                                  if (left == 0)
+                                                      sink.done();
+                                                  return isTaken;
+                                              });
+    });
     constexpr size_t limit = 32 << 20;
-    EXPECT_EQ(ofSize(limit), u"answered with 200"_s);
-    EXPECT_EQ(ofSize(limit + 1), u"127.0.0.1 sent more than 32 MB, so its answer was not read."_s);
+    EXPECT_EQ(failure(url(server, "%1").arg(limit)), u"no failure"_s);
+    EXPECT_EQ(failure(url(server, "%1").arg(limit + 1)),
+              u"127.0.0.1 sent more than 32 MB, so its answer was not read."_s);
     EXPECT_FALSE(clock.fireNext()) << "no deadline outlives its request";
 }
 
@@ -302,32 +301,25 @@ TEST_F(NetworkTransportTest, ThePracticeDeskReachesOnlyLoopback)
     for (const QString &host : {u"api.example.com"_s, u"192.0.2.1"_s, u"0.0.0.0"_s, u"127.0.0.1.example.com"_s,
                                 u"[2001:db8::1]"_s, QString()})
         EXPECT_THAT(failure(u"http://"_s + host + u"/"_s).toStdString(),
-                    testing::StartsWith("The practice desk does not connect to"));
+                    StartsWith("The practice desk does not connect to"));
 }
 
 TEST_F(NetworkTransportTest, TheTokenIsNotSentToAnotherServer)
 {
-    std::mutex access;
-    QStringList seen; // requests that reached the other server
-    (*other).Get("/file", [&](const httplib::Request &request, httplib::Response &response) {
-        const std::lock_guard lock(access);
-        seen += QString::fromStdString(request.get_header_value("Authorization"));
-        response.set_content("file", "text/plain");
+    std::atomic<int> seen = 0; // requests that reached the other server
+    other.start([&seen](const httplib::Request &, httplib::Response &) { ++seen; });
+    server.start([elsewhere = other.base()](const httplib::Request &request, httplib::Response &response) {
+        if (request.path == "/file")
+            response.set_content(request.get_header_value("Authorization"), "text/plain");
+        else
+            response.set_redirect(request.path == "/away" ? elsewhere : "/file");
     });
-    (*server).Get("/file", [](const httplib::Request &request, httplib::Response &response) {
-        response.set_content(request.get_header_value("Authorization"), "text/plain");
-    });
-    const std::string elsewhere = other.url(u"/file"_s).toStdString();
-    (*server).Get("/away", [&](const httplib::Request &, httplib::Response &r) { r.set_redirect(elsewhere); });
-    (*server).Get("/moved", [](const httplib::Request &, httplib::Response &r) { r.set_redirect("/file"); });
-
-    EXPECT_EQ(get(server.url(u"/moved"_s), true).body, "ShippoToken secret");
-    EXPECT_THAT(failure(server.url(u"/away"_s), true).toStdString(),
-                testing::StartsWith("No answer from the carrier — check the network. [127.0.0.1: "));
-    EXPECT_EQ(seen, QStringList());
-    EXPECT_THAT(failure(server.url(u"/away"_s)).toStdString(),
-                testing::StartsWith("No answer from the carrier — check the network. [127.0.0.1: "));
-    EXPECT_EQ(seen, QStringList()) << "the practice desk does not follow a redirect to another server";
+    const char *noAnswer = "No answer from the carrier — check the network. [127.0.0.1: ";
+    EXPECT_EQ(get(url(server, "moved"), true).body, "ShippoToken secret");
+    EXPECT_THAT(failure(url(server, "away"), true).toStdString(), StartsWith(noAnswer));
+    EXPECT_EQ(seen, 0);
+    EXPECT_THAT(failure(url(server, "away")).toStdString(), StartsWith(noAnswer));
+    EXPECT_EQ(seen, 0) << "the practice desk does not follow a redirect to another server";
 }
 
 } // namespace parcelory::test

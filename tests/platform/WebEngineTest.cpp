@@ -9,26 +9,20 @@
 #include "practice/backoffice/PracticeBackOffice.h"
 #include "shell/ErrorLog.h"
 #include "support/FakePlatform.h"
-#include "support/Printing.h"
 #include "support/RunTask.h"
+#include "support/Test.h"
+
+#ifdef Q_OS_MACOS
+#include "platform/SystemProcesses.h"
+#endif
 
 #include <QApplication>
 #include <QDirIterator>
 #include <QStandardPaths>
-#include <gmock/gmock.h>
 
-#include <algorithm>
-#include <chrono>
 #include <csignal>
-#include <functional>
-#include <memory>
-#include <optional>
-#include <utility>
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
-using testing::HasSubstr;
-using testing::IsEmpty;
 
 QString webFolder; ///< outlives every engine, because engines keep writing for a moment
 
@@ -93,23 +87,25 @@ protected:
     PracticeBackOffice office;
     WebEngineSession engine{
         {.folder = webFolder, .reach = WebEngineSession::Reach::loopbackOnly, .answerLimit = std::chrono::seconds(3)}};
-    Platform world{.http = http,
-                   .clock = clock,
-                   .secrets = secrets,
-                   .preferences = preferences,
-                   .prompts = prompts,
-                   .desktop = desktop,
-                   .processes = processes,
-                   .hid = hid,
-                   .keyboard = keyboard,
-                   .web = engine,
-                   .application = application,
-                   .dataFolder = platform.dataFolder,
-                   .deployment = platform.deployment};
+    Platform world = with({.prompts = {}, .keyboard = {}, .web = &engine});
     std::unique_ptr<ErrorLog> errors;
     std::unique_ptr<AppState> app;
 };
 
+#ifdef Q_OS_MACOS
+/// The renderer processes of this process.
+QList<int> renderers()
+{
+    const QString own = QString::number(QCoreApplication::applicationPid());
+    const ProcessOutcome children =
+        SystemProcesses().run(u"/usr/bin/pgrep"_s, {u"-P"_s, own, u"-f"_s, u"type=renderer"_s});
+    QList<int> found;
+    for (const QByteArray &line : children.out.trimmed().split('\n'))
+        found += line.toInt();
+    found.removeAll(0);
+    return found;
+}
+#else
 /// The renderer processes of this process, which its zygotes have forked.
 QList<int> renderers()
 {
@@ -128,6 +124,7 @@ QList<int> renderers()
     }
     return found;
 }
+#endif
 
 bool anyFileHolds(const QString &folder, const QByteArray &text)
 {
@@ -199,31 +196,30 @@ TEST_F(WebEngine, ReadsInvoicesOfEveryKind)
     signIn();
     auto invoice = scan(u"i48213"_s);
     ASSERT_TRUE(invoice) << app->scanStatus.value().toStdString();
-    EXPECT_EQ(invoice->buyerName, u"Eleanor Whitfield"_s);
-    EXPECT_EQ(invoice->address.oneLine(), u"418 Montford Ave, Apt 3B, Asheville NC 28801"_s);
-    EXPECT_EQ(invoice->address.country, u"US"_s);
+    ASSERT_TRUE(invoice->items.size() == 2 && invoice->notes.size() == 1);
+    EXPECT_EQ((QStringList{invoice->buyerName, invoice->address.oneLine(), invoice->address.country,
+                           invoice->items[0].title, invoice->items[0].qty, invoice->items[0].total, invoice->shipMethod,
+                           invoice->shipCost, invoice->paidAmount, invoice->tracking, invoice->codes.join(u' '),
+                           invoice->notes[0].by, invoice->notes[0].date}
+                   .join(u'|')),
+              u"Eleanor Whitfield|418 Montford Ave, Apt 3B, Asheville NC 28801|US|1881-S Morgan Silver Dollar MS64|2|"
+              "$338.00|USPS Priority|$9.95|$421.95|9405511899560417228011|2AC14|r.odell|11/19/26"_s);
     EXPECT_EQ(invoice->address.company, app->sanitizer.sanitize(u"Whitfield Rare Coins"_s));
-    EXPECT_EQ(invoice->items.size(), 2);
-    EXPECT_EQ(invoice->items[0].title + invoice->items[0].qty + invoice->items[0].total,
-              u"1881-S Morgan Silver Dollar MS642$338.00"_s);
     EXPECT_EQ(invoice->subtotal(), 412);
-    EXPECT_EQ(invoice->shipMethod + invoice->shipCost + invoice->paidAmount, u"USPS Priority$9.95$421.95"_s);
-    EXPECT_EQ(invoice->tracking, u"9405511899560417228011"_s);
-    EXPECT_EQ(invoice->codes, QStringList{u"2AC14"_s});
-    ASSERT_EQ(invoice->notes.size(), 1);
-    EXPECT_EQ(invoice->notes[0].by + invoice->notes[0].date, u"r.odell11/19/26"_s);
     EXPECT_EQ(prompts.alerts.last().first, u"Check Invoice 48213"_s);
 
     EXPECT_EQ(scan(u"48214"_s)->tracking, QString());
     EXPECT_EQ(scan(u"48220"_s)->codes, (QStringList{u"2AC14"_s, u"ARC14"_s, u"QQ1"_s}));
-    EXPECT_EQ(scan(u"48377"_s)->address.country, u"GB"_s);
-    EXPECT_EQ(scan(u"48160"_s)->subtotal(), 1860);
     EXPECT_EQ(scan(u"48160"_s)->suggestedCustomsType(), CustomsItemType::currency);
-    EXPECT_FALSE(scan(u"48300"_s));
-    EXPECT_EQ(app->scanStatus.value(), u"Invoice 48300 loaded but no buyer details were found on the page."_s);
-    EXPECT_FALSE(scan(u"99999"_s));
-    EXPECT_EQ(app->scanStatus.value(), u"Invoice 99999 loaded but no buyer details were found on the page."_s);
-
+    for (const QString &noBuyer : {u"48300"_s, u"99999"_s}) {
+        EXPECT_FALSE(scan(noBuyer));
+        EXPECT_EQ(app->scanStatus.value(),
+                  u"Invoice %1 loaded but no buyer details were found on the page."_s.arg(noBuyer));
+    }
+    const std::pair<QString, QString> countries[] = {
+        {u"48377"_s, u"GB"_s}, {u"48303"_s, u"US"_s}, {u"48304"_s, u"IL"_s}};
+    for (const auto &[number, country] : countries)
+        EXPECT_EQ(scan(number)->address.country, country) << number.toStdString();
     invoice = scan(u"48301"_s);
     EXPECT_EQ(invoice->items.size(), 60);
     EXPECT_TRUE(invoice->streetCut);
@@ -231,9 +227,6 @@ TEST_F(WebEngine, ReadsInvoicesOfEveryKind)
     invoice = scan(u"48302"_s);
     EXPECT_THAT(invoice->buyerName.toStdString(), HasSubstr("<script>"));
     EXPECT_THAT(invoice->items[0].title.toStdString(), HasSubstr("<"));
-    invoice = scan(u"48303"_s);
-    EXPECT_EQ(invoice->address.state + invoice->address.country, u"ORUS"_s);
-    EXPECT_EQ(scan(u"48304"_s)->address.country, u"IL"_s);
     invoice = scan(u"48305"_s);
     EXPECT_FALSE(invoice->buyerName.isEmpty());
     EXPECT_TRUE(invoice->items.isEmpty() && invoice->notes.isEmpty() && !invoice->subtotal());
@@ -289,7 +282,7 @@ TEST_F(WebEngine, SurvivesMisbehavingPages)
     office.clearRequests();
     app->handleInvoiceScan(u"48213"_s);
     pace([&] { return answered("GET")(); });
-    ASSERT_THAT(renderers(), testing::Not(IsEmpty()));
+    ASSERT_THAT(renderers(), Not(IsEmpty()));
     for (const int process : renderers())
         ::kill(process, SIGKILL);
     pace([this] { return !app->scanBusy; });

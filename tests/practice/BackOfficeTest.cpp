@@ -1,20 +1,14 @@
 #include "practice/backoffice/PracticeBackOffice.h"
 #include "practice/backoffice/PracticeInvoices.h"
-#include "support/Printing.h"
+#include "support/Test.h"
 
-#include <gmock/gmock.h>
 #include <httplib.h>
 
 #include <cstddef>
-#include <memory>
 #include <string>
 #include <thread>
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
-using testing::HasSubstr;
-using testing::Not;
-
 namespace {
 
 constexpr auto invoicePath = "/staff/buyers.php?subcmd=_detail_invoice&id=";
@@ -61,6 +55,9 @@ TEST_F(BackOfficeTest, ShowsPagesOnlyDuringASession)
                 HasSubstr("id=\"companyname\" name=\"companyname\" value=\"Whitfield Rare Coins\""));
     EXPECT_THAT(invoice(99999), HasSubstr("Invoice 99999 was not found."));
     EXPECT_EQ(client.Get("/staff/")->status, 404);
+    office.setScenario({.status = 500});
+    EXPECT_EQ(client.Get(invoicePath + std::string("48213"))->status, 500);
+    office.setScenario({});
     office.endSessions();
     expectSignedOut();
     signIn(strange);
@@ -81,29 +78,6 @@ TEST_F(BackOfficeTest, ShowsEveryInvoiceWithEscapedTexts)
         EXPECT_THAT(page, Not(HasSubstr("<script")));
         EXPECT_THAT(page, Not(HasSubstr("<img")));
     }
-}
-
-TEST_F(BackOfficeTest, PlaysItsScenarios)
-{
-    signIn(PracticeBackOffice::password);
-    office.setScenario({.status = 500});
-    EXPECT_EQ(client.Get(invoicePath + std::string("48213"))->status, 500);
-    office.clearRequests();
-    office.setScenario({.unreachable = true});
-    EXPECT_FALSE(client.Head("/staff/login.php"));
-    ASSERT_FALSE(office.requests().isEmpty());
-    EXPECT_EQ(office.requests().constFirst().answered, 0);
-
-    office.setScenario({.neverFinishes = true});
-    std::string received;
-    const auto endTheWaiting = [&](const char *bytes, size_t size) {
-        received.append(bytes, size);
-        office.setScenario({}); // releases the rest of the page
-        return true;
-    };
-    EXPECT_EQ(client.Head("/staff/login.php")->status, 200);
-    ASSERT_TRUE(client.Get("/staff/dashboard.php", endTheWaiting));
-    EXPECT_THAT(received, HasSubstr("</html>"));
 }
 
 TEST(PracticeBackOffice, StopsInTheMiddleOfAPage)

@@ -1,6 +1,5 @@
 #include "practice/PracticeDesk.h"
 #include "carrier/ShippoKeys.h"
-#include "core/AppError.h"
 #include "core/SettingsKeys.h"
 #include "core/ports/Keyboard.h"
 #include "core/ports/Preferences.h"
@@ -9,14 +8,10 @@
 #include "platform/SystemPlatform.h"
 #include "practice/PracticePrinter.h"
 #include "support/FakePlatform.h"
-#include "support/Printing.h"
 #include "support/RunTask.h"
-
-#include <gmock/gmock.h>
+#include "support/Test.h"
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
-
 namespace {
 class PracticeDeskTest : public testing::Test {
 protected:

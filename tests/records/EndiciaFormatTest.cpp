@@ -1,19 +1,14 @@
 #include "records/EndiciaFormat.h"
 #include "records/EndiciaDates.h"
 #include "records/ShipmentRecord.h"
-#include "support/Printing.h"
+#include "support/Table.h"
+#include "support/Test.h"
 
 #include <QLocale>
-#include <QTimeZone>
-#include <gmock/gmock.h>
 
 #include <ctime>
-#include <optional>
-#include <utility>
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
-
 namespace {
 
 void setZone(const QByteArray &zone)
@@ -84,46 +79,23 @@ TEST(EndiciaFormat, FillsOnlyTheFieldsThatALineHas)
 
 TEST(EndiciaFormat, ReadsPostageAndWeight)
 {
-    const struct {
-        QString postage, weight;
-        double dollars, ounces;
-        QString shown;
-    } rows[] = {
-        {u"1,234.50"_s, u"24.5"_s, 1234.5, 24.5, u"1 lb 8.5 oz"_s},
-        {u" 7.42 "_s, u"16"_s, 7.42, 16, u"1 lb 0 oz"_s},
-        {u".5"_s, u"15.99"_s, 0.5, 15.99, u"15.99 oz"_s},
-        {u"-1"_s, u"-3"_s, -1, -3, {}},
-        {u"$5"_s, u"0"_s, 0, 0, {}},
-        {u""_s, u"3 oz"_s, 0, 0, {}},
-        {u"1e2"_s, u"2000000"_s, 0, 2000000, u"125000 lb 0 oz"_s},
-    };
-    for (const auto &row : rows) {
-        const auto record = parse(u"\t\t\t\t\t\t%1\t%2\t\t\t\t"_s.arg(row.postage, row.weight));
+    for (const Json &row : table(u"mail-log"_s, "amounts")) {
+        const auto record = parse(u"\t\t\t\t\t\t%1\t%2\t\t\t\t"_s.arg(text(row[0]), text(row[1])));
         ASSERT_TRUE(record);
-        EXPECT_EQ(record->postage, row.dollars) << row.postage.toStdString();
-        EXPECT_EQ(record->weightOz, row.ounces);
-        EXPECT_EQ(record->weight, row.shown);
+        EXPECT_EQ(record->postage, row[2].get<double>()) << row;
+        EXPECT_EQ(record->weightOz, row[3].get<double>()) << row;
+        EXPECT_EQ(record->weight, text(row[4])) << row;
     }
 }
 
 TEST(EndiciaFormat, WritesWholeOuncesAndOmitsTheUsualStates)
 {
-    const struct {
-        QByteArray status;
-        double ounces, postage;
-        QString statusField, postageField, ouncesField;
-    } rows[] = {
-        {"PRINTED", 7.5, 7.4, {}, u"7.40"_s, u"8"_s},
-        {"DELIVERED", 0, 0, {}, u"0.00"_s, {}},
-        {"REFUNDED", 0.4, 1234.567, u"REFUNDED"_s, u"1234.57"_s, u"0"_s},
-        {"printed", 1120, -2, u"printed"_s, u"-2.00"_s, u"1120"_s},
-    };
-    for (const auto &row : rows) {
-        const QStringList fields =
-            written({.status = row.status, .postage = row.postage, .weightOz = row.ounces}).split(u'\t');
+    for (const Json &row : table(u"mail-log"_s, "written amounts")) {
+        const QByteArray status = text(row[0]).toUtf8();
+        const QStringList fields = written({.status = status, .postage = row[2], .weightOz = row[1]}).split(u'\t');
         ASSERT_EQ(fields.size(), 17);
         EXPECT_EQ((QStringList{fields[0], fields[6], fields[7]}),
-                  (QStringList{row.statusField, row.postageField, row.ouncesField}));
+                  (QStringList{text(row[3]), text(row[4]), text(row[5])}));
     }
 }
 
@@ -135,52 +107,20 @@ TEST(EndiciaFormat, KeepsARecordOnOneLineForEveryContent)
     EXPECT_EQ(linesOf(u"a\n\nb\r\nc\rd\u2028e\n"_s), (QStringList{u"a"_s, u"b"_s, u"c"_s, u"d"_s, u"e"_s}));
 }
 
-TEST(EndiciaFormat, WritesAndReadsDatesOnATwelveHourClockInEveryLanguage)
+TEST(EndiciaFormat, WritesDatesOnATwelveHourClockAndReadsThemAsSpreadsheetsSaveThem)
 {
     const QLocale before;
-    QLocale::setDefault(QLocale(QLocale::Arabic, QLocale::Egypt));
-    const std::pair<QDateTime, QString> both[] = {
-        {QDateTime(QDate(2026, 1, 2), QTime(0, 5)), u"01/02/26 12:05 AM"_s},
-        {QDateTime(QDate(2026, 12, 31), QTime(12, 0)), u"12/31/26 12:00 PM"_s},
-        {QDateTime(QDate(2069, 6, 7), QTime(23, 59)), u"06/07/69 11:59 PM"_s},
-        {QDateTime(QDate(2000, 2, 29), QTime(11, 59)), u"02/29/00 11:59 AM"_s},
-    };
-    for (const auto &[time, text] : both) {
-        EXPECT_EQ(EndiciaDates().text(time.toMSecsSinceEpoch()), text);
-        EXPECT_EQ(parseDate(text), time) << text.toStdString();
+    QLocale::setDefault(QLocale(QLocale::Arabic, QLocale::Egypt)); // the same in every language
+    const auto timeOf = [](const Json &cell) { return QDateTime::fromString(text(cell), Qt::ISODate); };
+    for (const Json &row : table(u"mail-log"_s, "clock times")) {
+        EXPECT_EQ(EndiciaDates().text(timeOf(row[1]).toMSecsSinceEpoch()), text(row[0]));
+        EXPECT_EQ(parseDate(text(row[0])), timeOf(row[1])) << row;
     }
-    EXPECT_EQ(parseDate(u" 1/2/26  9:05 pm "_s), QDateTime(QDate(2026, 1, 2), QTime(21, 5)));
-    for (const QString &text : {u""_s, u"13/02/26 12:05 AM"_s, u"02/29/26 01:00 PM"_s, u"01/02/26 00:05 AM"_s,
-                                u"01/02/26 13:05 PM"_s, u"01/02/26 11:60 AM"_s, u"01/02/26 24:05"_s, u"01/02-26"_s,
-                                u"20-Nev-26"_s, u"46346.6"_s, u"01/02/202 14:05"_s})
-        EXPECT_FALSE(parseDate(text)) << text.toStdString();
+    for (const Json &row : table(u"mail-log"_s, "other dates"))
+        EXPECT_EQ(parseDate(text(row[0])), timeOf(row[1])) << row;
+    for (const QString &other : texts(table(u"mail-log"_s, "no dates")))
+        EXPECT_FALSE(parseDate(other)) << other.toStdString();
     QLocale::setDefault(before);
-}
-
-TEST(EndiciaFormat, ReadsDatesAsSpreadsheetsSaveThem)
-{
-    const QDateTime minute(QDate(2026, 11, 20), QTime(14, 41)), second = minute.addSecs(9);
-    const std::pair<QString, QDateTime> rows[] = {
-        {u"11/20/2026 2:41 PM"_s, minute},
-        {u"11/20/2026 14:41"_s, minute},
-        {u"11/20/26 14:41:09"_s, second},
-        {u"11/20/2026 02:41:09 p.m."_s, second},
-        {u"11/20/26, 2:41\u202FPM"_s, minute},
-        {u"11-20-2026 14:41"_s, minute},
-        {u"11/20/2026"_s, QDateTime(minute.date(), QTime(0, 0))},
-        {u"2026-11-20 14:41"_s, minute},
-        {u"2026-11-20T14:41:09.250"_s, second},
-        {u"2026-11-20T14:41:09Z"_s, QDateTime(minute.date(), QTime(14, 41, 9), QTimeZone::utc())},
-        {u"2026-11-20 14:41:09 -05:30"_s, QDateTime(minute.date(), QTime(20, 11, 9), QTimeZone::utc())},
-        {u"20.11.2026 14:41"_s, minute},
-        {u"20-Nov-26 14:41"_s, minute},
-        {u"Nov 20, 2026 2:41 PM"_s, minute},
-        {u"november 20, 2026 2:41 pm"_s, minute},
-        {u"12/31/99 11:59 PM"_s, QDateTime(QDate(1999, 12, 31), QTime(23, 59))},
-        {u"1/1/70 0:00"_s, QDateTime(QDate(1970, 1, 1), QTime(0, 0))},
-    };
-    for (const auto &[text, time] : rows)
-        EXPECT_EQ(parseDate(text), time) << text.toStdString();
 }
 
 TEST(EndiciaFormat, AgreesWithTheSystemsCalendarAroundClockChanges)
@@ -201,22 +141,12 @@ TEST(EndiciaFormat, AgreesWithTheSystemsCalendarAroundClockChanges)
 
 TEST(EndiciaFormat, ReadsATimeSkippedInSpringAsAnHourLater)
 {
-    const struct {
-        const char *zone;
-        QString text, utc;
-    } rows[] = {
-        {"America/Los_Angeles", u"03/08/26 02:30 AM"_s, u"2026-03-08T10:30:00Z"_s},
-        {"America/Los_Angeles", u"03/08/26 01:59 AM"_s, u"2026-03-08T09:59:00Z"_s},
-        {"America/Los_Angeles", u"03/08/26 03:30 AM"_s, u"2026-03-08T10:30:00Z"_s},
-        {"America/Phoenix", u"03/08/26 02:30 AM"_s, u"2026-03-08T09:30:00Z"_s},
-        {"America/Havana", u"03/08/26 12:30 AM"_s, u"2026-03-08T05:30:00Z"_s}, // the skipped hour starts at midnight
-    };
     const QByteArray before = qgetenv("TZ");
-    for (const auto &row : rows) {
-        setZone(row.zone);
-        const auto time = parseDate(row.text);
-        ASSERT_TRUE(time && time->isValid()) << row.zone;
-        EXPECT_EQ(time->toUTC().toString(Qt::ISODate), row.utc) << row.zone << ' ' << row.text.toStdString();
+    for (const Json &row : table(u"mail-log"_s, "skipped hours")) {
+        setZone(text(row[0]).toUtf8());
+        const auto time = parseDate(text(row[1]));
+        ASSERT_TRUE(time && time->isValid()) << row;
+        EXPECT_EQ(time->toUTC().toString(Qt::ISODate), text(row[2])) << row;
     }
     setZone(before);
 }

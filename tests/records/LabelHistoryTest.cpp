@@ -1,13 +1,11 @@
 #include "records/LabelHistory.h"
+#include "records/LabelVerdicts.h"
 #include "records/ScanForms.h"
 #include "records/ShipmentRecord.h"
 #include "support/LogFile.h"
-
-#include <optional>
+#include "support/Test.h"
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
-
 namespace {
 
 const QDateTime midnight = QDate(2026, 11, 20).startOfDay();
@@ -58,8 +56,9 @@ struct LabelHistoryTest : testing::Test {
 TEST_F(LabelHistoryTest, FindsTheLabelsOfADayAReferenceAndATransaction)
 {
     EXPECT_EQ(namesOf(*log.labelsOf(midnight.date())), u"Test Noon"_s);
-    EXPECT_EQ(namesOf(*log.labelsLike(u"INV-7"_s, midnight, false)), u"Imported Next Noon Late Past"_s);
-    EXPECT_EQ(namesOf(*log.labelsLike({}, midnight, true)), u"Test"_s);
+    const auto isAny = [](const ShipmentRecord &) { return true; };
+    EXPECT_EQ(namesOf(*log.labelsLike(u"INV-7"_s, midnight, false, isAny)), u"Imported Next Noon Late Past"_s);
+    EXPECT_EQ(namesOf(*log.labelsLike({}, midnight, true, isAny)), u"Test"_s);
     EXPECT_EQ(namesOf(*log.openRefunds(1000, 50)), u"Next Late Past"_s);
     EXPECT_EQ(namesOf(*log.openRefunds(1000, 2)), u"Next Late"_s);
     EXPECT_EQ(found({.id = 3}), u"Test"_s);
@@ -80,6 +79,23 @@ TEST_F(LabelHistoryTest, KeepsReprintsAndTheLastTrackingStatus)
     EXPECT_EQ(past.lastReprint, midnight.addSecs(60));
     EXPECT_EQ(past.tracked, TrackingStatus::delivered);
     EXPECT_EQ(history.of(2)->tracked, TrackingStatus::unknown);
+}
+
+TEST_F(LabelHistoryTest, KeepsTheVerdictOnALabel)
+{
+    const QList<StoredFinding> first = {{u"NAME"_s, u"SAME"_s, u"Ruth"_s, u"RUTH"_s, {3, 4}},
+                                        {u"COLOR"_s, u"FADED"_s, {}, {}, {}}}; // a later version knows more words
+    EXPECT_TRUE(LabelVerdicts::of(log, 1)->isEmpty()) << "a log without the table";
+    EXPECT_TRUE(LabelVerdicts::put(log, 1, first) && LabelVerdicts::put(log, 2, first));
+    EXPECT_EQ(*LabelVerdicts::of(log, 1), first);
+    EXPECT_TRUE(LabelVerdicts::put(log, 1, first.first(1)));
+    EXPECT_EQ(*LabelVerdicts::of(log, 1), first.first(1)) << "replaced";
+    EXPECT_EQ(*LabelVerdicts::of(log, 2), first);
+
+    Database other(file.folder.filePath(u"mailing_log.sqlite"_s)); // another version's table
+    EXPECT_TRUE(other.exec("DROP TABLE label_verdicts; CREATE TABLE label_verdicts (label INTEGER);"));
+    EXPECT_FALSE(LabelVerdicts::of(log, 1).isRead() || LabelVerdicts::put(log, 1, first));
+    EXPECT_TRUE(log.zpl(1).isRead() && log.insert({.recipient = u"Later"_s})) << "the log stays usable";
 }
 
 TEST_F(LabelHistoryTest, KeepsScanFormsFromTheRequestToTheirPages)

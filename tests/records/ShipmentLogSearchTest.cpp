@@ -2,16 +2,14 @@
 #include "records/ShipmentLog.h"
 #include "records/ShipmentLogIndex.h"
 #include "support/LogFile.h"
+#include "support/Test.h"
 
 #include <array>
 #include <mutex>
-#include <optional>
 #include <random>
 #include <vector>
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
-
 namespace {
 
 /// A log that is large enough to be searched in memory. Every tenth row is for Ana.
@@ -62,32 +60,10 @@ class Chance {
 public:
     QByteArray text(int most)
     {
-        static const QList<QByteArray> pieces = {"a",
-                                                 "A",
-                                                 "b",
-                                                 "Z",
-                                                 "z",
-                                                 "[",
-                                                 "1",
-                                                 "%",
-                                                 "_",
-                                                 "\u00E9",
-                                                 "\u00C9",
-                                                 "\U0001FA99",
-                                                 "%",
-                                                 "_",
-                                                 "a",
-                                                 "\xA0",
-                                                 "\xC3",
-                                                 "\uFFFD",
-                                                 "\uFFFF",
-                                                 "\xED\xA0\x80",
-                                                 "\xF9\x81\x82\x83\x84\x85",
-                                                 "\xC1\xA1",
-                                                 "%",
-                                                 "_",
-                                                 "b",
-                                                 "\u00A0"};
+        static const QList<QByteArray> pieces =
+            QByteArray("a A b Z z [ 1 % _ é É \U0001FA99 % _ a \xA0 \xC3 \uFFFD \uFFFF \xED\xA0\x80 "
+                       "\xF9\x81\x82\x83\x84\x85 \xC1\xA1 % _ b \u00A0")
+                .split(' ');
         QByteArray text;
         for (int left = upTo(most); left > 0; --left)
             text += upTo(80) ? pieces[upTo(int(pieces.size()) - 1)] : QByteArray(1, '\0');

@@ -1,12 +1,7 @@
 #include "records/ShipmentStatus.h"
-#include "support/Printing.h"
-
-#include <gmock/gmock.h>
-
-#include <tuple>
+#include "support/Test.h"
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
 
 TEST(ShipmentStatus, HasTextsForTheClerk)
 {

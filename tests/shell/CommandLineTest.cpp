@@ -1,13 +1,9 @@
 #include "shell/CommandLine.h"
-#include "support/Printing.h"
-
-#include <gmock/gmock.h>
+#include "support/Test.h"
 
 #include <vector>
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
-
 namespace {
 
 Display displayOf(const QByteArrayList &given)
@@ -28,6 +24,7 @@ TEST(CommandLine, NeedsAScreenOnlyForWindows)
         Display withScreen, without;
     } rows[] = {{{}, Display::screen, Display::none},
                 {{"--status"}, Display::none, Display::none},
+                {{"--verify"}, Display::none, Display::none},
                 {{"--add-key", "Live"}, Display::none, Display::none},
                 {{"--practice"}, Display::screen, Display::memory},
                 {{"--practice", "--ship=orders.json"}, Display::memory, Display::memory},

@@ -1,30 +1,19 @@
 #include "shell/ErrorLog.h"
 #include "carrier/ShippoError.h"
-#include "core/AppError.h"
 #include "core/Json.h"
 #include "support/FakePlatform.h"
-#include "support/Printing.h"
 #include "support/RunTask.h"
+#include "support/Test.h"
 
-#include <QFile>
 #include <QTimeZone>
-#include <gmock/gmock.h>
 
-#include <algorithm>
-#include <chrono>
 #include <cstddef>
 #include <exception>
-#include <iterator>
-#include <optional>
 #include <stdexcept>
 #include <thread>
-#include <tuple>
-#include <utility>
 #include <vector>
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
-
 namespace {
 
 class ErrorLogTest : public testing::Test {
@@ -45,27 +34,21 @@ protected:
     QByteArray saved()
     {
         log->flush();
-        QFile file(path);
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("no file");
+        return contentsOf(path);
     }
     void leave(const QByteArray &bytes)
     {
         log.reset();
-        QFile file(path);
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(bytes);
+        put(path, bytes);
     }
-    /// Contents of the files that were set aside.
-    QList<QByteArray> setAside() const
+
+    /// What was set aside since the last call.
+    QList<QByteArray> takenAside() const
     {
-        QList<QByteArray> contents;
-        for (const QString &name : QDir(world.folder.path()).entryList({u"error_log.json.unreadable-*"_s})) {
-            QFile file(world.path(name));
-            if (file.open(QIODevice::ReadOnly))
-                contents += file.readAll();
-            file.remove();
-        }
-        return contents;
+        const QList<QByteArray> kept = setAside(world.folder.path(), u"error_log.json"_s);
+        for (const QString &name : QDir(world.folder.path()).entryList({u"*.unreadable-*"_s}))
+            QFile::remove(world.path(name));
+        return kept;
     }
 
     FakePlatform world;
@@ -169,19 +152,7 @@ TEST_F(ErrorLogTest, ShowsOneAlertAtATime)
         }
     } prompts;
     prompts.closed.start();
-    Platform desk{world.http,
-                  world.clock,
-                  world.secrets,
-                  world.preferences,
-                  prompts,
-                  world.desktop,
-                  world.processes,
-                  world.hid,
-                  world.keyboard,
-                  world.web,
-                  world.application,
-                  world.platform.dataFolder,
-                  {}};
+    Platform desk = world.with({.prompts = &prompts, .keyboard = {}, .web = {}});
     log.reset();
     log.emplace(desk);
     record(u"first"_s, std::runtime_error("a"), Popup::yes);
@@ -206,7 +177,7 @@ TEST_F(ErrorLogTest, SetsAnUnreadableFileAsideWhenReplacingIt)
         record(u"first"_s, lost);
         record(u"second"_s, lost);
         EXPECT_EQ(parseJson(saved()).size(), 2u) << bytes.toStdString();
-        EXPECT_EQ(setAside(), kept ? QList<QByteArray>{bytes} : QList<QByteArray>{}) << bytes.toStdString();
+        EXPECT_EQ(takenAside(), kept ? QList<QByteArray>{bytes} : QList<QByteArray>{}) << bytes.toStdString();
     }
 }
 

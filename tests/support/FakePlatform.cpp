@@ -36,21 +36,23 @@ QByteArray FakeProcesses::lastPrinted() const
     return bytes;
 }
 
-FakePlatform::FakePlatform()
-    : platform{.http = http,
-               .clock = clock,
-               .secrets = secrets,
-               .preferences = preferences,
-               .prompts = prompts,
-               .desktop = desktop,
-               .processes = processes,
-               .hid = hid,
-               .keyboard = keyboard,
-               .web = web,
-               .application = application,
-               .dataFolder = QDir(folder.path()),
-               .deployment = Deployment::builtIn()}
+FakePlatform::FakePlatform() : platform(with({}, Deployment::builtIn())) {}
+
+Platform FakePlatform::with(const Own &own, const Deployment &deployment)
 {
+    return {.http = http,
+            .clock = clock,
+            .secrets = secrets,
+            .preferences = preferences,
+            .prompts = own.prompts ? *own.prompts : prompts,
+            .desktop = desktop,
+            .processes = processes,
+            .hid = hid,
+            .keyboard = own.keyboard ? *own.keyboard : keyboard,
+            .web = own.web ? *own.web : web,
+            .application = application,
+            .dataFolder = QDir(folder.path()),
+            .deployment = deployment};
 }
 
 void FakePlatform::useToken(const QString &token)

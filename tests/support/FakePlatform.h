@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/AppError.h"
+#include "core/Deployment.h"
 #include "core/Platform.h"
 #include "platform/NetworkTransport.h"
 #include "practice/MemorySecrets.h"
@@ -42,6 +43,8 @@ public:
     Task<> alert(QString title, QString text) override
     {
         alerts.append({title, text});
+        if (whileAlerted)
+            whileAlerted();
         co_return;
     }
     Task<int> choose(Question question) override
@@ -61,12 +64,13 @@ public:
         fileQuestions.append({title, {}});
         co_return QString(file);
     }
+    Task<QString> openFolder(QString title) override { return openFile(title, {}); }
     QString file; ///< the clerk's choice; empty if canceled
     QList<std::pair<QString, QString>> fileQuestions;
     QList<std::pair<QString, QString>> alerts;
     QList<Question> questions;
     std::optional<int> answer;
-    std::function<void()> whileAsked;
+    std::function<void()> whileAsked, whileAlerted;
 };
 
 class FakeDesktop : public Desktop {
@@ -180,6 +184,14 @@ struct FakePlatform {
     Platform platform;
 
     QString path(const QString &name) const { return folder.filePath(name); }
+    /// The same platform with some of the test's own ports.
+    struct Own {
+        Prompts *prompts = nullptr;
+        Keyboard *keyboard = nullptr;
+        WebSession *web = nullptr;
+    };
+    Platform with(const Own &own) { return with(own, platform.deployment); }
+    Platform with(const Own &own, const Deployment &deployment);
     /// Stores a key and makes it active.
     void useToken(const QString &token);
 };

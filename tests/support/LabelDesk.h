@@ -23,6 +23,8 @@ struct LabelDesk : CarrierDesk {
     }
     ~LabelDesk() // what the screen started ends first: in the program, a screen lives as long as the process
     {
+        carrier.setScenario({}); // releases its answers
+        runUntil([this] { return !screenOwner || !purchases().checking; });
         for (int step = 0; step < 5; ++step) {
             workPool().waitForDone();
             settle();
@@ -68,8 +70,9 @@ struct LabelDesk : CarrierDesk {
     Purchases &purchases() { return screen().purchases; }
     void checkAgain()
     {
-        run(purchases().checkAgain());
         runUntil([this] { return !purchases().checking; }); // a check may have started by itself
+        run(purchases().checkAgain());
+        runUntil([this] { return !purchases().checking; });
     }
     /// For TearDown: a lookup in progress would otherwise leak.
     void endLookups()

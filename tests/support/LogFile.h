@@ -24,7 +24,7 @@ struct LogFile {
     }
 
     /// Runs a script like another program.
-    void run(const char *script) const { ASSERT_TRUE(Database(path()).exec(script)); }
+    void run(const QByteArray &script) const { ASSERT_TRUE(Database(path()).exec(script.constData())); }
     /// The first column of the rows that a query returns.
     QStringList ask(const QByteArray &sql) const
     {

@@ -48,7 +48,21 @@ struct OtherValue {
     }
     static QByteArray of(const QByteArray &value) { return value + "%PDF"; }
     static QDate of(QDate value) { return value.addDays(1); }
-    static QDateTime of(const QDateTime &) { return QDateTime(QDate(2026, 11, 20), QTime(21, 53)); }
+    static QDateTime of(const QDateTime &value)
+    {
+        return value.isValid() ? value.addDays(1) : QDateTime(QDate(2026, 11, 20), QTime(12, 0));
+    }
+    static RecordCopy of(RecordCopy copy)
+    {
+        copy.folder += u" else"_s;
+        copy.madeAt = of(copy.madeAt);
+        return copy;
+    }
+    static LogChain::Report of(LogChain::Report report)
+    {
+        ++report.labels;
+        return report;
+    }
     static QUuid of(const QUuid &) { return QUuid::createUuid(); }
     static AppFlow of(AppFlow) { return AppFlow::login; }
     static MainTab of(MainTab) { return MainTab::mailingLog; }
@@ -71,6 +85,12 @@ struct OtherValue {
     static ShippoRate of(const ShippoRate &) { return rate(u"r3"_s, u"30.00"_s); }
     static ShipmentRecord of(const ShipmentRecord &) { return shipment(u"Else"_s); }
     static LastLabel of(const LastLabel &) { return {u"Ana Ortiz · Bend OR"_s, shipment(u"Ana Ortiz"_s), {}}; }
+    static LabelSight of(const LabelSight &)
+    {
+        const LabelFinding zip{LabelItem::zip, LabelMatch::different, u"28801"_s, u"28804"_s, {}};
+        return {.state = LabelSight::State::undrawable,
+                .verdict = LabelVerdict{.findings = {zip}, .addressOnLabel = {}}};
+    }
     static DesklineInvoice of(const DesklineInvoice &)
     {
         return {.invoiceID = u"48213"_s, .buyerName = u"Ana Ortiz"_s};

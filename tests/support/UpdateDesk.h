@@ -2,6 +2,7 @@
 
 #include "app/AppState.h"
 #include "app/update/UpdateChecker.h"
+#include "core/AppBundle.h"
 #include "core/Task.h"
 #include "platform/SystemProcesses.h"
 #include "shell/ErrorLog.h"
@@ -27,6 +28,7 @@ protected:
     UpdateDesk()
     {
         sh(u"mkdir tmp site Applications"_s);
+        write(u"open"_s, "#!/bin/sh\nexec \"$1/" + programInBundle.toUtf8() + "\"\n"); // instead of the one of macOS
         qputenv("TMPDIR", desk.path(u"tmp"_s).toUtf8());
         desk.processes.real = &processes;
         desk.application.installed = desk.path(u"Applications/Parcelory.app"_s);
@@ -84,10 +86,12 @@ protected:
     /// Makes an application, large enough to observe a partial download.
     void make(const QString &app, int version) const
     {
-        sh(u"rm -rf %1; mkdir -p %1/bin; head -c 100000 /dev/urandom >%1/picture"_s.arg(app));
-        write(app + u"/bin/parcelory"_s, program(version));
+        sh(u"rm -rf %1; mkdir -p %2; head -c 100000 /dev/urandom >%1/picture"_s.arg(app, folderOf(programIn(app))));
+        write(programIn(app), program(version));
     }
-    QByteArray installedProgram() const { return read(u"Applications/Parcelory.app/bin/parcelory"_s); }
+    static QString programIn(const QString &app) { return app + u'/' + programInBundle; }
+    static QString folderOf(const QString &file) { return QFileInfo(file).path(); }
+    QByteArray installedProgram() const { return read(programIn(u"Applications/Parcelory.app"_s)); }
     /// Publishes version 2 and returns its feed.
     UpdateInfo publish(const QString &key = {}) const
     {

@@ -28,21 +28,9 @@ struct WindowDesk : CarrierDesk {
 
     /// `log`: what the mailing log's file holds at the start.
     explicit WindowDesk(bool practice = false, const QByteArray &log = {})
-        : world{.http = http,
-                .clock = clock,
-                .secrets = secrets,
-                .preferences = preferences,
-                .prompts = windowPrompts,
-                .desktop = desktop,
-                .processes = processes,
-                .hid = hid,
-                .keyboard = windowKeyboard,
-                .web = web,
-                .application = application,
-                .dataFolder = platform.dataFolder,
-                .deployment = platform.deployment,
-                .practice = practice}
+        : world(with({.prompts = &windowPrompts, .keyboard = &windowKeyboard, .web = {}}))
     {
+        world.practice = practice;
         clock.start = QDateTime::currentDateTime(); // the practice carrier uses the real date
         preferences.setValue(QStringLiteral("printer.zebraQueue"), QStringLiteral("ZD421"));
         processes.behave = [](const QString &, const QStringList &arguments) {

@@ -1,26 +1,11 @@
 #include "ui/sidebar/AddressBookView.h"
-#include "core/SettingsKeys.h"
 #include "practice/PracticeSamples.h"
-#include "support/WindowDesk.h"
-#include "ui/parts/Dialog.h"
-#include "ui/parts/LineEdit.h"
-#include "ui/parts/Notice.h"
-
-#include "app/AppState.h"
-#include "app/addressbook/AddressBook.h"
-#include "core/ports/Preferences.h"
-#include "support/CarrierDesk.h"
-#include "support/HeldPool.h"
-#include "support/RunTask.h"
-#include <QMenu>
-
-#include <algorithm>
+#include "support/UiTest.h"
 
 // The address book beside the label form and in its own window, operated like a clerk does.
 
 namespace parcelory::test {
 namespace {
-using namespace Qt::StringLiterals;
 
 struct BookDesk : WindowDesk {
     AddressBook &book = program->screens().addressBook;
@@ -36,11 +21,9 @@ struct BookDesk : WindowDesk {
         wait([&] { return book.status.value() == status; });
     }
     QString chosen() { return window().labelView().addressBook().pane().selected().value_or(PostalContact{}).name; }
-    bool isShown(const QString &text)
-    {
-        const auto labels = window().findChildren<QLabel *>();
-        return std::ranges::any_of(labels, [&](auto *label) { return label->isVisible() && label->text() == text; });
-    }
+    bool isShown(const QString &text) { return shows(window(), text); }
+    /// The book's file, as another program has it open.
+    Database file() { return Database(path(u"addresses.sqlite"_s)); }
 };
 
 TEST(AddressBookPane, FillsTheLabelWithoutTheMouse)
@@ -106,7 +89,7 @@ TEST(AddressBookPane, EditsDeletesAndUndoesADeletion)
 TEST(AddressEditSheet, StaysOpenWithTheReasonUntilTheAddressIsSaved)
 {
     BookDesk desk;
-    Database other(desk.path(u"addresses.sqlite"_s));
+    Database other = desk.file();
     ASSERT_TRUE(
         other.exec("CREATE TRIGGER t BEFORE INSERT ON addresses BEGIN SELECT RAISE(FAIL, 'disk is full'); END"));
     desk.click(desk.named(u"New address"_s));
@@ -135,7 +118,7 @@ TEST(AddressBookPane, SaysThatTheBookCannotBeReadAndReadsItAgain)
     BookDesk desk;
     AddressBook &book = desk.book;
     book.loaded = false; // as if it had never been read
-    Database other(desk.path(u"addresses.sqlite"_s));
+    Database other = desk.file();
     ASSERT_TRUE(other.exec("ALTER TABLE addresses RENAME TO away"));
     runTask(book.reload(), &desk.clock);
     desk.settleAll();

@@ -1,14 +1,6 @@
-#include "app/addressbook/AddressBook.h"
-#include "support/RunTask.h"
-#include "support/WindowDesk.h"
-#include "ui/parts/LineEdit.h"
-
-#include <QMenuBar>
-
-#include <algorithm>
+#include "support/UiTest.h"
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
 
 TEST(EditMenu, ActsOnTheFocusedWidget)
 {

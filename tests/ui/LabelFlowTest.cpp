@@ -1,54 +1,30 @@
-#include "app/AppState.h"
-#include "app/addressbook/AddressBook.h"
-#include "app/label/LabelTexts.h"
-#include "app/logs/MailingLogScreen.h"
-#include "backoffice/DesklineInvoice.h"
-#include "compose/Customs.h"
-#include "core/ports/ProcessRunner.h"
-#include "support/CarrierDesk.h"
-#include "support/RunTask.h"
-#include "support/WindowDesk.h"
-#include "ui/parts/Button.h"
-#include "ui/parts/Dialog.h"
+#include "support/UiTest.h"
 
 #include <QSemaphore>
-
-#include <gmock/gmock.h>
-
-#include <utility>
 
 // The New Label screen, operated like a clerk does.
 
 namespace parcelory::test {
 namespace {
-using namespace Qt::StringLiterals;
 
 TEST(LabelFlow, AParcelIsShippedWithoutTheMouse)
 {
     WindowDesk desk;
     EXPECT_EQ(desk.focusName(), u"Recipient name");
-    const std::pair<int, QString> typed[] = {{0, u"Eleanor Whitfield"_s},
-                                             {2, u"418 Montford Ave"_s},
-                                             {1, u"Apt 3B"_s},
-                                             {1, u"Asheville"_s},
-                                             {1, u"NC"_s},
-                                             {1, u"28801"_s}};
-    for (const auto &[tabs, text] : typed) {
-        for (int tab = 0; tab < tabs; ++tab)
+    // An empty text: the clerk leaves the field out.
+    const auto fill = [&desk](const QStringList &fields) {
+        desk.type(fields.first());
+        for (const QString &text : fields.sliced(1)) {
             desk.press(Qt::Key_Tab);
-        desk.type(text);
-    }
+            desk.type(text);
+        }
+    };
+    fill({u"Eleanor Whitfield"_s, {}, u"418 Montford Ave"_s, u"Apt 3B"_s, u"Asheville"_s, u"NC"_s, u"28801"_s});
     desk.press(Qt::Key_Return); // the next step is Validate
     desk.idle();
     EXPECT_EQ(desk.label().validationStatus.value(), u"Valid ✓ (USPS version)");
     EXPECT_EQ(desk.focusName(), u"Weight, pounds");
-    desk.type(u"1"_s);
-    for (const auto *size : {u"12", u"8", u"2"}) {
-        const int tabs = size == QStringView(u"12") ? 2 : 1;
-        for (int tab = 0; tab < tabs; ++tab)
-            desk.press(Qt::Key_Tab);
-        desk.type(QString::fromUtf16(size));
-    }
+    fill({u"1"_s, {}, u"12"_s, u"8"_s, u"2"_s});
     desk.press(Qt::Key_Return); // the next step is Get Rates
     desk.idle();
     EXPECT_EQ(desk.focusName(), u"Rates");
@@ -129,23 +105,12 @@ TEST(LabelFlow, AParcelGoesAbroadByMouseThroughThePaperwork)
     desk.click(desk.button(u"Get Rates"_s, sheet));
     desk.idle();
     ASSERT_TRUE(desk.label().selectedRate());
-    desk.click(desk.button(u"Buy & Print Label"_s));
-    desk.idle();
-    EXPECT_EQ(desk.purchases(), 1);
-    EXPECT_TRUE(desk.app().log.records().first().isIntl);
-}
-
-TEST(LabelFlow, ABurstOfClicksAndKeysBuysOneLabel)
-{
-    WindowDesk desk;
-    desk.composeAndRate(homeAddress());
-    Button *buy = desk.button(u"Buy & Print Label"_s);
-    desk.click(buy, 5);
+    desk.click(desk.button(u"Buy & Print Label"_s), 5);
     for (int again = 0; again < 3; ++again)
         desk.press(Qt::Key_Return, Qt::ControlModifier);
     desk.idle();
-    EXPECT_EQ(desk.purchases(), 1);
-    EXPECT_EQ(desk.app().log.records().size(), 1);
+    EXPECT_EQ(desk.purchases(), 1) << "a burst of clicks and keys buys one label";
+    EXPECT_TRUE(desk.app().log.records().first().isIntl);
 }
 
 TEST(LabelFlow, ReturnNeverBuysAndNeitherDoOtherTabs)
@@ -214,31 +179,24 @@ TEST(LabelFlow, TheWindowRespondsWhileCarrierAndPrintToolAreSlow)
 TEST(LabelFlow, AFailedPurchaseCancelsTheDeferredClose)
 {
     WindowDesk desk;
+    const auto closeDuringPurchase = [&desk](const CarrierScenario &scenario) {
+        desk.carrier.setScenario({.holdsAnswers = true, .purchaseFails = scenario.purchaseFails});
+        desk.press(Qt::Key_Return, Qt::ControlModifier);
+        ASSERT_TRUE(desk.label().buying);
+        desk.window().close();
+        desk.carrier.setScenario(scenario);
+        desk.idle();
+        EXPECT_TRUE(desk.window().isVisible()) << "the clerk must read the message";
+    };
     desk.composeAndRate(homeAddress());
-    desk.carrier.setScenario({.holdsAnswers = true, .purchaseFails = true});
-    desk.press(Qt::Key_Return, Qt::ControlModifier);
-    ASSERT_TRUE(desk.label().buying);
-    desk.window().close();
-    desk.carrier.setScenario({.purchaseFails = true});
-    desk.idle();
-    EXPECT_TRUE(desk.window().isVisible());
+    closeDuringPurchase({.purchaseFails = true});
     EXPECT_FALSE(desk.label().banner.value()->ok);
     desk.dialog()->accept();
     desk.window().activateWindow();
     desk.wait([] { return QApplication::activeWindow() != nullptr; });
-
-    desk.carrier.setScenario({.holdsAnswers = true});
-    desk.processes.behave = [](const QString &program, const QStringList &) {
-        return ProcessOutcome{program.endsWith(u"lpr"_s) ? 1 : 0, {}, "no paper"};
-    };
-    desk.press(Qt::Key_Return, Qt::ControlModifier);
-    ASSERT_TRUE(desk.label().buying);
-    desk.window().close();
-    desk.carrier.setScenario({});
-    desk.idle();
-    EXPECT_TRUE(desk.label().banner.value()->text.contains(u"(print failed: "_s))
-        << desk.label().banner.value()->text.toStdString();
-    EXPECT_TRUE(desk.window().isVisible()); // the clerk must read the message
+    desk.processes.behave = failingPrinter("no paper");
+    closeDuringPurchase({});
+    EXPECT_TRUE(desk.label().banner.value()->text.contains(u"(print failed: "_s));
 }
 
 } // namespace

@@ -1,26 +1,20 @@
-#include "app/AppState.h"
-#include "core/Text.h"
-#include "core/ports/ProcessRunner.h"
-#include "practice/carrier/CarrierScenario.h"
-#include "support/CarrierDesk.h"
-#include "support/HeldPool.h"
 #include "support/OtherValues.h"
-#include "support/WindowDesk.h"
-#include "ui/parts/Dialog.h"
+#include "support/UiTest.h"
+#include "ui/log/ShipmentTexts.h"
 
-#include <QAction>
 #include <QListView>
-
-#include <gmock/gmock.h>
-
-#include <algorithm>
-#include <optional>
 
 // What the New Label screen shows and offers in each state.
 
 namespace parcelory::test {
 namespace {
-using namespace Qt::StringLiterals;
+
+bool offers(const QWidget &window, const QString &start)
+{
+    return std::ranges::any_of(window.findChildren<Button *>(), [&start](const Button *button) {
+        return button->isVisible() && button->text().startsWith(start);
+    });
+}
 
 QAction *actionOf(const QWidget &window, const QString &text)
 {
@@ -64,10 +58,8 @@ TEST(LabelState, TheListShowsEachRatesPriceAndTheCardTheLastLabel)
         EXPECT_EQ(list->model()->index(row, 0).data(priceRole).toString(), u'$' + rates[row].amount);
     desk.press(Qt::Key_Return, Qt::ControlModifier);
     desk.idle();
-    const QString tracking = groupsOfFour(desk.app().log.records().first().tracking);
-    EXPECT_TRUE(std::ranges::any_of(desk.window().labelView().findChildren<QLabel *>(), [&](const QLabel *label) {
-        return label->isVisible() && label->text() == tracking;
-    }));
+    const QString tracking = trackingLines(desk.app().log.records().first().tracking);
+    EXPECT_TRUE(shows(desk.window().labelView(), tracking));
 
     // An action that can no longer act does nothing, even before the menu is drawn again.
     desk.press(Qt::Key_2, Qt::ControlModifier);
@@ -84,25 +76,20 @@ TEST(LabelState, TheListShowsEachRatesPriceAndTheCardTheLastLabel)
 
 TEST(LabelState, ALabelThatDidNotComeOutIsAmberUntilItIsReprinted)
 {
-    const auto printing = [](WindowDesk &desk, int status) {
-        desk.processes.behave = [status](const QString &program, const QStringList &) {
-            return ProcessOutcome{program.endsWith(u"lpr"_s) ? status : 0, {}, status ? "no paper" : ""};
-        };
-    };
     for (const bool isExpired : {false, true}) {
         SCOPED_TRACE(isExpired);
         WindowDesk desk;
         desk.composeAndRate(homeAddress());
-        desk.carrier.setScenario({.labelAnswer = isExpired ? LabelAnswer::expired : LabelAnswer::normal});
-        printing(desk, isExpired ? 0 : 1);
+        if (isExpired)
+            desk.carrier.setScenario({.labelAnswer = LabelAnswer::expired});
+        else
+            desk.processes.behave = failingPrinter("no paper");
         const auto failed = [&] {
             const std::optional<Banner> banner = desk.label().banner;
             EXPECT_TRUE(banner && !banner->ok && banner->text.contains(u"(print failed: "_s));
             EXPECT_EQ(desk.focusName(), u"Reprint");
             EXPECT_EQ(desk.solidButtons(), QStringList{u"Reprint"_s});
-            EXPECT_TRUE(std::ranges::any_of(desk.window().findChildren<QLabel *>(), [](const QLabel *label) {
-                return label->isVisible() && label->text() == u"Bought, not printed";
-            }));
+            EXPECT_TRUE(shows(desk.window(), u"Bought, not printed"_s));
         };
         desk.press(Qt::Key_Return, Qt::ControlModifier);
         desk.idle();
@@ -120,7 +107,7 @@ TEST(LabelState, ALabelThatDidNotComeOutIsAmberUntilItIsReprinted)
         desk.wait([&] { return desk.focusName() == u"Reprint"; });
         failed();
         desk.carrier.setScenario({});
-        printing(desk, 0);
+        desk.processes.behave = nullptr;
         if (isExpired) { // as the message says
             MailingLogScreen &log = desk.program->screens().mailingLog;
             desk.press(Qt::Key_2, Qt::ControlModifier);
@@ -160,17 +147,6 @@ TEST(LabelState, AFailedScanIsInTheMessageLine)
     EXPECT_EQ(warning(), QString());
 }
 
-TEST(LabelState, AClosedQuestionTakesItsSafeChoice)
-{
-    WindowDesk desk;
-    for (const int safe : {0, 1}) {
-        Task<int> asking =
-            desk.windowPrompts.choose({.title = u"Sure?"_s, .choices = {u"A"_s, u"B"_s}, .safeChoice = safe});
-        desk.dialog()->reject();
-        EXPECT_EQ(runTask(std::move(asking)), safe);
-    }
-}
-
 TEST(LabelState, AnUnresolvedPurchaseIsResolvedByHandOnlyIfAskingMayNotHelp)
 {
     WindowDesk desk;
@@ -181,9 +157,7 @@ TEST(LabelState, AnUnresolvedPurchaseIsResolvedByHandOnlyIfAskingMayNotHelp)
         pending.isUnlogged = unlogged;
         desk.label().purchases.unresolved = QList{pending};
         desk.settleAll();
-        const auto buttons = desk.window().findChildren<Button *>();
-        return std::ranges::any_of(
-            buttons, [](const Button *one) { return one->isVisible() && one->text() == u"It was not bought"; });
+        return offers(desk.window(), u"It was not bought"_s);
     };
     EXPECT_FALSE(offered(false, false));
     EXPECT_FALSE(offered(true, true));
@@ -210,8 +184,7 @@ TEST(LabelState, AnUnresolvedPurchaseIsResolvedByHandOnlyIfAskingMayNotHelp)
     }
     desk.wait([&desk] { return desk.label().purchases.resolved.value().isEmpty(); });
     EXPECT_TRUE(desk.label().banner.value()->ok) << "the message line says that it is printed";
-    const auto calls = desk.processes.calls();
-    EXPECT_EQ(std::ranges::count_if(calls, [](const auto &call) { return call.program.endsWith(u"/lpr"_s); }), 1);
+    EXPECT_EQ(printJobs(desk.processes), 1);
 
     // A label that was sold twice is not printed; beside it is its refund, which the mailing log requests.
     found.id = -1;
@@ -222,9 +195,7 @@ TEST(LabelState, AnUnresolvedPurchaseIsResolvedByHandOnlyIfAskingMayNotHelp)
     ASSERT_TRUE(desk.app().log.insertOnce(found.record));
     desk.label().purchases.resolved = QList{found};
     desk.settleAll();
-    const auto buttons = desk.window().findChildren<Button *>();
-    EXPECT_TRUE(std::ranges::none_of(
-        buttons, [](const Button *one) { return one->isVisible() && one->text().startsWith(u"Print "_s); }));
+    EXPECT_FALSE(offers(desk.window(), u"Print "_s));
     desk.click(desk.button(u"Refund"_s));
     EXPECT_EQ(desk.dialog()->windowTitle(), u"Refund This Label?"_s);
     EXPECT_EQ(desk.app().tab.value(), MainTab::mailingLog);

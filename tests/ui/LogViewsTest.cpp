@@ -1,31 +1,14 @@
-#include "app/AppState.h"
-#include "app/logs/MailingLogScreen.h"
-#include "core/AppError.h"
-#include "core/SettingsKeys.h"
-#include "core/Task.h"
-#include "core/ports/Preferences.h"
-#include "records/ShipmentRecord.h"
-#include "shell/ErrorLog.h"
-#include "support/FakePlatform.h"
-#include "support/Printing.h"
-#include "support/RunTask.h"
-#include "support/WindowDesk.h"
+#include "support/UiTest.h"
 #include "ui/ErrorLogWindow.h"
 #include "ui/log/MailingLogView.h"
 #include "ui/log/ShipmentTable.h"
-#include "ui/parts/RowTable.h"
 #include "ui/parts/SearchField.h"
 #include "ui/theme/Theme.h"
 
-#include <gmock/gmock.h>
-
 #include <QPushButton>
 #include <QStackedWidget>
-#include <QTest>
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
-
 namespace {
 
 struct LogViewsTest : testing::Test, FakePlatform {

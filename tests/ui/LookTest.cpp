@@ -1,72 +1,43 @@
-#include "app/AppState.h"
-#include "compose/Services.h"
-#include "practice/carrier/PracticeCarrier.h"
-#include "records/SenderProfile.h"
-#include "support/CarrierDesk.h"
-#include "support/RunTask.h"
-#include "support/WindowDesk.h"
-#include "ui/parts/Button.h"
-#include "ui/parts/LineEdit.h"
-#include "ui/parts/TextLabel.h"
+#include "support/UiTest.h"
 #include "ui/theme/Theme.h"
 #include "ui/theme/Tokens.h"
 
 #include <QAbstractButton>
-#include <QComboBox>
-
-#include <gmock/gmock.h>
-
-#include <algorithm>
-#include <utility>
 
 namespace parcelory::test {
 namespace {
-using namespace Qt::StringLiterals;
 
 TEST(Look, EveryTextHasEnoughContrast)
 {
     using T = Tokens;
-    struct Pair {
+    const struct {
         const char *what;
-        Token ink, ground;
         double least;
-    };
-    const Pair pairs[] = {
-        {"text", &T::text, &T::sheet, 7},
-        {"text on the frame", &T::text, &T::window, 7},
-        {"text in the rates", &T::text, &T::panel, 7},
-        {"text in a selected row", &T::text, &T::rowSel, 7},
-        {"text in a head", &T::text, &T::header, 7},
-        {"text on a trough", &T::text, &T::segBg, 7},
-        {"raised choice", &T::text, &T::segOn, 7},
-        {"second line", &T::muted, &T::sheet, 4.5},
-        {"second line on the frame", &T::muted, &T::window, 4.5},
-        {"second line in a selected row", &T::muted, &T::rowSel, 4.5},
-        {"second line in a head", &T::muted, &T::header, 4.5},
-        {"solid button", &T::onAccent, &T::accent, 4.5},
-        {"solid button under the mouse", &T::onAccent, &T::accentHover, 4.5},
-        {"link", &T::accentText, &T::sheet, 4.5},
-        {"link on the frame", &T::accentText, &T::window, 4.5},
-        {"selected", &T::accentText, &T::accentTint, 4.5},
-        {"success", &T::ok, &T::okTint, 4.5},
-        {"success on a sheet", &T::ok, &T::sheet, 4.5},
-        {"warning", &T::warn, &T::warnTint, 4.5},
-        {"warning on a sheet", &T::warn, &T::sheet, 4.5},
-        {"banner", &T::text, &T::warnTint, 7},
-        {"error", &T::bad, &T::badTint, 4.5},
-        {"error on a sheet", &T::bad, &T::sheet, 4.5},
-        {"test mode", &T::onTest, &T::test, 4.5},
-        {"practice", &T::onPractice, &T::practice, 4.5},
-        {"disabled", &T::disabledText, &T::disabledFill, 4.5},
-        {"edge of a field", &T::control, &T::sheet, 3},
-        {"edge of a field on the frame", &T::control, &T::window, 3},
-        {"focus ring", &T::accent, &T::sheet, 3},
-        {"edge of a warning", &T::warnEdge, &T::warnTint, 3},
+        Token ink;
+        std::vector<Token> grounds;
+    } rows[] = {
+        {"text",
+         7,
+         &T::text,
+         {&T::sheet, &T::window, &T::panel, &T::rowSel, &T::header, &T::segBg, &T::segOn, &T::warnTint}},
+        {"second line", 4.5, &T::muted, {&T::sheet, &T::window, &T::rowSel, &T::header}},
+        {"solid button", 4.5, &T::onAccent, {&T::accent, &T::accentHover}},
+        {"link or selected", 4.5, &T::accentText, {&T::sheet, &T::window, &T::accentTint}},
+        {"success", 4.5, &T::ok, {&T::okTint, &T::sheet}},
+        {"warning", 4.5, &T::warn, {&T::warnTint, &T::sheet}},
+        {"error", 4.5, &T::bad, {&T::badTint, &T::sheet}},
+        {"test mode", 4.5, &T::onTest, {&T::test}},
+        {"practice", 4.5, &T::onPractice, {&T::practice}},
+        {"disabled", 4.5, &T::disabledText, {&T::disabledFill}},
+        {"edge of a field", 3, &T::control, {&T::sheet, &T::window}},
+        {"focus ring", 3, &T::accent, {&T::sheet}},
+        {"edge of a warning", 3, &T::warnEdge, {&T::warnTint}},
     };
     for (const Tokens *tokens : {&lightTokens(), &darkTokens()}) {
-        for (const Pair &pair : pairs) {
-            EXPECT_GE(contrast(tokens->*pair.ink, tokens->*pair.ground), pair.least)
-                << pair.what << (tokens == &darkTokens() ? ", dark" : ", light");
+        for (const auto &row : rows) {
+            for (size_t ground = 0; ground < row.grounds.size(); ++ground)
+                EXPECT_GE(contrast(tokens->*row.ink, tokens->*row.grounds[ground]), row.least)
+                    << row.what << " on its ground " << ground << (tokens == &darkTokens() ? ", dark" : ", light");
         }
     }
 }
@@ -165,10 +136,7 @@ TEST(Look, TheModeIsShownThreeTimes)
         desk.composeAndRate(homeAddress());
         EXPECT_EQ(desk.window().windowTitle(), mode.title);
         EXPECT_EQ(desk.button(u"Buy & Print Label"_s)->kind(), mode.buy);
-        const auto texts = desk.window().findChildren<QLabel *>();
-        EXPECT_TRUE(std::ranges::any_of(texts, [&](const QLabel *text) {
-            return text->isVisible() && text->text() == mode.strip;
-        })) << mode.strip.toStdString();
+        EXPECT_TRUE(shows(desk.window(), mode.strip)) << mode.strip.toStdString();
     }
 }
 

@@ -1,58 +1,21 @@
-#include "app/addressbook/AddressBook.h"
-#include "app/label/LabelDraft.h"
-#include "app/label/LabelScreen.h"
-#include "app/logs/MasterLogScreen.h"
-#include "app/purchase/Purchases.h"
-#include "app/settings/KeysScreen.h"
-#include "app/settings/SettingsScreen.h"
-#include "app/update/UpdateChecker.h"
-#include "backoffice/DesklineInvoice.h"
-#include "carrier/MasterEntry.h"
-#include "carrier/ShippoRecords.h"
-#include "compose/Customs.h"
-#include "compose/Mailpieces.h"
-#include "compose/Services.h"
 #include "core/Observable.h"
-#include "core/PostalContact.h"
-#include "core/ShippoAddress.h"
-#include "core/StatusKind.h"
-#include "core/Task.h"
-#include "records/BoxProfile.h"
-#include "records/ScanForms.h"
-#include "records/SenderProfile.h"
-#include "records/ShipmentRecord.h"
-#include "shell/UpdateFeed.h"
-#include "support/CarrierDesk.h"
 #include "support/OtherValues.h"
-#include "support/RunTask.h"
-#include "support/WindowDesk.h"
+#include "support/UiTest.h"
 #include "support/WindowText.h"
 #include "ui/MainWindow.h"
-
-#include "app/AppState.h"
-#include "app/Screens.h"
-#include "ui/parts/Button.h"
-
-#include <gmock/gmock.h>
+#include "ui/label/RatesPanel.h"
+#include "ui/log/ShipmentDetails.h"
 
 #include <QResizeEvent>
 
-#include <algorithm>
-#include <functional>
-#include <memory>
-#include <optional>
-#include <string>
 #include <typeindex>
 #include <unordered_map>
-#include <utility>
-#include <vector>
 
 // Whatever changes, an open window shows what a new window over the same models shows. The fields are taken from the
 // models themselves, so that a new field is covered as soon as it exists.
 
 namespace parcelory::test {
 namespace {
-using namespace Qt::StringLiterals;
 
 /// Changes a field, and returns what changes it back.
 using Change = std::function<std::function<void()>(QUntypedPropertyData *field)>;
@@ -77,11 +40,12 @@ std::unordered_map<std::type_index, Change> changesOf()
 const std::unordered_map<std::type_index, Change> &changes()
 {
     static const auto table =
-        changesOf<bool, int, double, qint64, QString, QByteArray, QDate, QUuid, AppFlow, MainTab, Carrier, ServiceClass,
-                  ServiceOption, PostageMode, UpdatePhase, StatusKind, KeptRecipient, DraftField, MailpieceSelection,
-                  Banner, PrinterMessage, UpdateInfo, KeyRow, ShippoRate, ShipmentRecord, LastLabel, DesklineInvoice,
-                  ScanForm, MasterEntry, PostalContact, BookChange, QDateTime, ShippoAddress, CustomsInfo,
-                  SenderProfile, BoxProfile, UnresolvedPurchase, ResolvedPurchase>();
+        changesOf<bool, int, double, qint64, QString, QByteArray, QDate, QDateTime, QUuid, AppFlow, MainTab, Carrier,
+                  ServiceClass, ServiceOption, PostageMode, UpdatePhase, StatusKind, KeptRecipient, DraftField,
+                  MailpieceSelection, Banner, PrinterMessage, UpdateInfo, KeyRow, ShippoRate, ShipmentRecord, LastLabel,
+                  DesklineInvoice, ScanForm, MasterEntry, PostalContact, BookChange, ShippoAddress, CustomsInfo,
+                  SenderProfile, BoxProfile, UnresolvedPurchase, ResolvedPurchase, RecordCopy, LogChain::Report,
+                  LabelSight>();
     return table;
 }
 
@@ -134,7 +98,7 @@ struct OpenWindowDesk : WindowDesk {
         app().scale.connected = true;
         window().labelView().focusAddressSearch(); // a scan turns the sidebar's page
         for (QWidget *other : QApplication::topLevelWidgets()) {
-            if (other->windowTitle() == u"SCAN Form")
+            if (other->windowTitle() == u"SCAN Form" || other->windowTitle().startsWith(u"Label"))
                 other->close();
         }
         rest();
@@ -146,8 +110,11 @@ struct OpenWindowDesk : WindowDesk {
         second->setAttribute(Qt::WA_DontShowOnScreen);
         second->resize(window().size());
         second->show();
-        QResizeEvent firstLook(window().labelView().size(), {}); // the form may be behind another tab
-        QCoreApplication::sendEvent(&second->labelView(), &firstLook);
+        QResizeEvent firstLook(window().labelView().size(), {}); // these may be behind another tab
+        for (QWidget *part :
+             {static_cast<QWidget *>(&second->labelView()), static_cast<QWidget *>(second->findChild<RatesPanel *>()),
+              static_cast<QWidget *>(second->findChild<ShipmentDetails *>())})
+            QCoreApplication::sendEvent(part, &firstLook);
         rest();
         return second;
     }

@@ -1,32 +1,17 @@
 // Texts from outside (customers, carriers, other programs) are shown as they are, even if they look like markup: a
 // picture in a customer's name must not be fetched, and a tag must not hide a word.
 
-#include "app/Screens.h"
-#include "core/AppError.h"
 #include "core/Observable.h"
-#include "core/Task.h"
-#include "core/ports/Prompts.h"
-#include "shell/ErrorLog.h"
 #include "support/OtherValues.h"
-#include "support/RunTask.h"
-#include "support/WindowDesk.h"
-
-#include <gmock/gmock.h>
+#include "support/UiTest.h"
 
 #include <QAbstractItemView>
 #include <QHelpEvent>
-#include <QLabel>
-#include <QMenuBar>
 #include <QTextDocument>
 #include <QToolTip>
 
-#include <algorithm>
-#include <optional>
-#include <vector>
-
 namespace parcelory::test {
 namespace {
-using namespace Qt::StringLiterals;
 
 const QString tag = u"<img src=x>"_s;
 const QString name = u"<b>Ana</b> "_s + tag;

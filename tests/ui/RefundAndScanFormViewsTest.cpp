@@ -1,33 +1,17 @@
-#include "app/logs/MailingLogScreen.h"
-#include "app/logs/MasterLogScreen.h"
-#include "support/CarrierDesk.h"
-#include "support/RunTask.h"
-#include "support/WindowDesk.h"
+#include "support/UiTest.h"
 #include "ui/log/ShipmentTable.h"
-#include "ui/parts/DateField.h"
-#include "ui/parts/Dialog.h"
-#include "ui/parts/RowTable.h"
 
 #include <QComboBox>
 #include <QHeaderView>
 
-#include <algorithm>
-
-#include <gmock/gmock.h>
+#if __has_feature(address_sanitizer)
+#include <sanitizer/lsan_interface.h>
+#endif
 
 // The logs and the SCAN form, operated like a clerk does.
 
-#if __has_feature(address_sanitizer)
-#include <sanitizer/lsan_interface.h>
-
-#include <chrono>
-#include <cstddef>
-#include <utility>
-#endif
-
 namespace parcelory::test {
 namespace {
-using namespace Qt::StringLiterals;
 
 struct AfterSaleDesk : WindowDesk {
     void buyLabel()

@@ -1,21 +1,13 @@
-#include "support/CarrierDesk.h"
-#include "support/WindowDesk.h"
-#include "ui/parts/Button.h"
+#include "support/UiTest.h"
 
 #include <QPlainTextEdit>
 #include <QSpinBox>
 #include <QVBoxLayout>
 
-#include <gmock/gmock.h>
-
-#include <chrono>
-
 // The scanner in a window: key presses at a scanner's speed.
 
 namespace parcelory::test {
 namespace {
-using namespace Qt::StringLiterals;
-using namespace std::chrono_literals;
 
 struct ScannerDesk : WindowDesk {
     void typeAt(std::chrono::milliseconds spacing, const QString &text, QWidget *top)
@@ -94,6 +86,23 @@ TEST(Scanner, LeavesEveryKindOfFieldUnchanged)
         desk.clock.advance(150ms);
     }
     EXPECT_EQ(line->text(), u"Whitfield");
+}
+
+TEST(Scanner, ADialogThatOpensDuringAScanAsksForNoOtherInvoice)
+{
+    ScannerDesk desk;
+    desk.clock.advance(1s);
+    desk.typeAt(8ms, u"https://"_s + desk.world.deployment.shortLinkHost + u"/i482"_s, &desk.window());
+    spawn([&desk] { return desk.app().platform.prompts.alert(u"Attention"_s, u"Look."_s); });
+    QWidget *dialog = QApplication::activeModalWidget();
+    ASSERT_TRUE(dialog);
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(dialog));
+    desk.typeAt(8ms, u"13"_s, dialog);
+    desk.clock.advance(1s);
+    desk.settleAll();
+    EXPECT_EQ(desk.invoiceAskedFor(), u"Scanner");
+    EXPECT_TRUE(dialog->isVisible());
+    dialog->close();
 }
 
 TEST(Scanner, WorksInTheMainWindowWithAnyFocus)

@@ -1,27 +1,11 @@
-#include "app/AppState.h"
-#include "app/settings/KeysScreen.h"
-#include "app/settings/SettingsScreen.h"
-#include "core/SettingsKeys.h"
-#include "core/ports/Preferences.h"
-#include "records/BoxProfile.h"
-#include "support/WindowDesk.h"
-#include "ui/parts/Button.h"
-#include "ui/parts/ComboBox.h"
-#include "ui/parts/Dialog.h"
-#include "ui/parts/LineEdit.h"
+#include "support/UiTest.h"
 #include "ui/settings/SettingsView.h"
 #include "ui/sidebar/AddressBookView.h"
-
-#include <gmock/gmock.h>
 
 #include <QCheckBox>
 #include <QRadioButton>
 
-#include <algorithm>
-
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
-
 namespace {
 
 struct SettingsViews : testing::Test, WindowDesk {
@@ -159,18 +143,7 @@ TEST_F(SettingsViews, ATokenIsHiddenWhileTypedAndClearedOnceStored)
     EXPECT_TRUE(named<QRadioButton>(u"Practice, TEST key"_s, &view())->isChecked());
 }
 
-TEST_F(SettingsViews, AReplacedPrinterComesBackWithUndo)
-{
-    open(Page::printers);
-    settings().chooseLabelQueue(u"Gone"_s);
-    click(button(u"Refresh"_s, &view()));
-    wait([this] { return !settings().busy; });
-    EXPECT_EQ(read(preferences, settings::zebraQueue), u"ZD421"_s);
-    click(button(u"Undo"_s, &view()));
-    EXPECT_EQ(read(preferences, settings::zebraQueue), u"Gone"_s);
-}
-
-TEST_F(SettingsViews, AMissingPrinterIsShownAsMissing)
+TEST_F(SettingsViews, AMissingPrinterIsShownAsMissingAndAReplacedOneComesBackWithUndo)
 {
     open(Page::printers);
     wait([&] { return !settings().zebraQueues.value().isEmpty(); }); // until then no queue is missing
@@ -186,6 +159,13 @@ TEST_F(SettingsViews, AMissingPrinterIsShownAsMissing)
     press(Qt::Key_Home);
     EXPECT_EQ(documents->currentText(), u"— open PDFs in Preview —"_s);
     EXPECT_EQ(read(preferences, settings::documentQueue), QString());
+
+    settings().chooseLabelQueue(u"Gone"_s);
+    click(button(u"Refresh"_s, &view()));
+    wait([this] { return !settings().busy; });
+    EXPECT_EQ(read(preferences, settings::zebraQueue), u"ZD421"_s);
+    click(button(u"Undo"_s, &view()));
+    EXPECT_EQ(read(preferences, settings::zebraQueue), u"Gone"_s);
 }
 
 } // namespace parcelory::test

@@ -1,28 +1,12 @@
-#include "app/AppState.h"
-#include "backoffice/DesklineInvoice.h"
-#include "core/SettingsKeys.h"
-#include "core/ports/Preferences.h"
-#include "support/CarrierDesk.h"
-#include "support/WindowDesk.h"
-
-#include <gmock/gmock.h>
+#include "support/UiTest.h"
 
 namespace parcelory::test {
 namespace {
-using namespace Qt::StringLiterals;
 using testing::Contains;
 
 struct SignInDesk : WindowDesk {
     QLineEdit *password() { return named<QLineEdit>(u"Password"_s); }
-    QStringList texts()
-    {
-        QStringList shown;
-        for (const QLabel *label : window().findChildren<QLabel *>()) {
-            if (label->isVisible())
-                shown += label->text().remove(QChar(0x200B)); // zero-width spaces
-        }
-        return shown;
-    }
+    QStringList texts() { return shownTexts(window()); }
 };
 
 TEST(SignInView, ReturnSignsInOrFocusesTheEmptyField)
@@ -40,8 +24,12 @@ TEST(SignInView, ReturnSignsInOrFocusesTheEmptyField)
     desk.app().loginBusy = true;
     desk.settleAll();
     EXPECT_FALSE(desk.button(u"Signing in…"_s)->isEnabled() || desk.password()->isEnabled());
-    desk.app().loginBusy = false;
+    desk.click(desk.button(u"Cancel"_s));
+    EXPECT_FALSE(desk.app().loginBusy);
+    desk.app().loginBusy = true;
     desk.settleAll();
+    desk.press(Qt::Key_Escape);
+    EXPECT_FALSE(desk.app().loginBusy);
     desk.press(Qt::Key_Return); // the back office is unreachable
     desk.wait([&] { return desk.app().loginError.value().has_value(); });
     EXPECT_THAT(desk.texts(), Contains(u"Can't reach deskline — connect to the VPN and try again."_s));
@@ -136,6 +124,12 @@ TEST(InvoicePane, CancelsReadingByButtonAndByEscape)
         EXPECT_FALSE(desk.app().scanBusy);
         EXPECT_EQ(desk.focusName(), u"Invoice #");
     }
+    desk.app().tab = MainTab::settings; // the pane is not shown
+    desk.app().scanBusy = true;
+    desk.app().setScanStatus(StatusKind::progress, u"Loading invoice 48213 from deskline…"_s);
+    desk.settleAll();
+    desk.click(desk.named<Button>(u"Stop reading the invoice"_s));
+    EXPECT_FALSE(desk.app().scanBusy);
 }
 
 TEST(InvoicePane, HidesInANarrowWindowAndOpensOnRequest)

@@ -1,21 +1,9 @@
-#include "app/AppState.h"
-#include "app/Screens.h"
-#include "app/update/UpdateChecker.h"
-#include "shell/UpdateFeed.h"
-#include "support/WindowDesk.h"
-#include "support/WindowText.h"
+#include "support/UiTest.h"
 #include "ui/UpdateOffers.h"
-#include "ui/parts/Dialog.h"
 #include "ui/settings/SettingsView.h"
-
-#include <gmock/gmock.h>
-
-#include <chrono>
 
 namespace parcelory::test {
 namespace {
-using namespace Qt::StringLiterals;
-using namespace std::chrono_literals;
 
 struct UpdateWindow : testing::Test, WindowDesk {
     UpdateChecker &updates() { return program->screens().updates; }
@@ -30,14 +18,6 @@ struct UpdateWindow : testing::Test, WindowDesk {
     {
         const QWidget *modal = QApplication::activeModalWidget();
         return modal && modal->windowTitle() == u"Update Available";
-    }
-    bool shows(const QWidget *root, const QString &text) const
-    {
-        for (const QLabel *label : root->findChildren<QLabel *>()) {
-            if (label->isVisible() && label->text().contains(text))
-                return true;
-        }
-        return false;
     }
 };
 
@@ -58,7 +38,7 @@ TEST_F(UpdateWindow, PromptsAtAQuietMomentAndRestartsOnlyByItsButton)
     clock.advance(1ms);
     Dialog *prompt = dialog();
     ASSERT_TRUE(isPrompted());
-    EXPECT_TRUE(shows(prompt, u"not verified"_s)) << "this build has no update key";
+    EXPECT_THAT(shownTexts(*prompt).join(u'\n').toStdString(), HasSubstr("not verified")) << "this build has no key";
     clock.advance(Dialog::keyGuard);
     press(Qt::Key_Return);
     EXPECT_FALSE(isPrompted()) << "Return presses Later";
@@ -86,7 +66,7 @@ TEST_F(UpdateWindow, SettingsTellThatSignaturesAreNotVerified)
     app().tab = MainTab::settings;
     window().settingsView().showPage(SettingsView::Page::updates);
     settleAll();
-    EXPECT_TRUE(shows(&window().settingsView(), u"not verified"_s));
+    EXPECT_THAT(shownTexts(window().settingsView()).join(u'\n').toStdString(), HasSubstr("not verified"));
 }
 
 } // namespace parcelory::test

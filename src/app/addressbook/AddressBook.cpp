@@ -72,8 +72,9 @@ Task<> AddressBook::load()
     m_app.platform.clock.cancel(m_retry);
     const int number = ++m_loads;
     Loaded read = co_await reading;
-    if (number != m_loads) // a later load has started
+    if (number != m_loads && loaded) // a later load has started
         co_return;
+    m_app.platform.clock.cancel(m_retry);
     if (!read.book.failure.isEmpty()) {
         takeReadFailure(read.book.failure);
         co_return;
@@ -203,15 +204,15 @@ std::optional<PostalContact> AddressBook::entryOf(const PostalContact &recipient
 Task<> AddressBook::keep(ShippoAddress recipient)
 {
     kept = std::nullopt;
-    if (!loaded) // otherwise everybody is new
-        co_await load();
+    if (!loaded)         // otherwise everybody is new
+        co_await load(); // then the book is loaded, or `unreadable` says why not
     PostalContact contact = PostalContact::of(recipient);
     const std::optional<PostalContact> known = entryOf(contact);
     if (known) {
         contact.id = known->id;
         contact.label = known->label;
         contact.company = known->company; // only labels use the sanitized company
-        if (contact.name.trimmed().isEmpty() || known->name == known->company)
+        if (contact.name.trimmed().isEmpty() || isNamedAfterCompany(*known))
             contact.name = known->name;
         contact.phone = orKnown(contact.phone, known->phone);
         contact.email = orKnown(contact.email, known->email);
@@ -268,7 +269,7 @@ std::optional<PostalContact> AddressBookPane::selected() const
 void AddressBookPane::choose(const PostalContact &contact)
 {
     PostalContact recipient = contact;
-    if (contact.name == contact.company) // the label must be as discreet in the name as in the company line
+    if (isNamedAfterCompany(contact)) // the label must be as discreet in the name as in the company line
         recipient.name = m_app.sanitizer.sanitize(contact.name);
     m_app.fillRecipient(recipient);
     m_book.setStatus(StatusKind::success, u"Filled label for "_s + contact.name);

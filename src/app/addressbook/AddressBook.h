@@ -68,10 +68,11 @@ public:
     void setStatus(StatusKind kind, const QString &text);
 
     /// Imports Endicia's address list from Endicia's folder, or else from a file that the clerk picks.
-    Task<> importEndicia();
-    Task<> importVCard();
-    Task<> importContacts();
+    Task<> importEndicia() { return importFrom(&AddressBook::readEndicia); }
+    Task<> importVCard() { return importFrom(&AddressBook::readVCard); }
+    Task<> importContacts() { return importFrom(&AddressBook::readContacts); }
     bool hasContacts() const { return m_app.appleContacts.isAvailable(); }
+    /// Until the import is written; then the book is as before it.
     void cancelImport() { m_cancel.cancel(); }
 
     enum class Format { vCard, csv };
@@ -82,7 +83,8 @@ signals:
     void contactsChanged();
 
 private:
-    using Reader = std::function<ReadAddresses(Progress progress)>;
+    /// Reads a source of addresses on another thread; nothing if the clerk picks no file.
+    using Source = Task<std::optional<ReadAddresses>> (AddressBook::*)();
     /// Changes the store; false if the write failed.
     using Write = std::function<bool(LocalAddressStore &store)>;
 
@@ -90,7 +92,10 @@ private:
     void takeReadFailure(const QString &reason);
     Task<bool> write(Write change);
     void note(const BookChange &change);
-    Task<> importFrom(Reader reader, QString reading);
+    Task<> importFrom(Source source);
+    Task<std::optional<ReadAddresses>> readEndicia();
+    Task<std::optional<ReadAddresses>> readVCard();
+    Task<std::optional<ReadAddresses>> readContacts();
     Task<> mergeAll(ReadAddresses read);
     Progress followImport(QString reading);
     std::optional<PostalContact> entryOf(const PostalContact &recipient) const;
@@ -104,7 +109,7 @@ private:
     quint64 m_retry = 0; ///< a timer
     static constexpr Clock::Duration retryPause = std::chrono::seconds(10);
     QPropertyNotifier m_draftWatch;
-    CancelToken m_cancel;
+    CancelToken m_cancel; ///< of the import
 };
 
 /// A view that searches the address book: the sidebar or the Address Book window.

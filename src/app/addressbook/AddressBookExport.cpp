@@ -3,9 +3,9 @@
 #include "addressbook/AddressCsv.h"
 #include "addressbook/LocalAddressStore.h"
 #include "addressbook/VCard.h"
-#include "app/logs/SaveFile.h"
 #include "core/AppError.h"
 #include "core/PostalContact.h"
+#include "core/SaveFile.h"
 #include "core/StatusKind.h"
 #include "core/Task.h"
 

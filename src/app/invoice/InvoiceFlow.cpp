@@ -54,12 +54,16 @@ void InvoiceFlow::handleScan(const QString &text)
         return;
     const auto id = DesklineInvoiceFetcher::invoiceID(text, m_app.platform.deployment.shortLinkHost);
     const bool isLoading = m_app.scanBusy && m_app.scanStatusKind == StatusKind::progress;
-    if (isLoading && id && *id != m_id && id->startsWith(m_id)) {
-        cancel(); // the scanner paused inside the code: what is being read is only the beginning of this number
-    } else if (m_app.scanBusy) {
+    // The scanner paused inside the code: what is being read is only the beginning of this number.
+    const bool isRest = isLoading && id && *id != m_id && id->startsWith(m_id);
+    if (m_app.scanBusy && !isRest) {
         ignoreScan(id.value_or(m_id));
         return;
     }
+    if (isRest)
+        cancel();
+    else
+        m_ignored.clear();
     if (!id) {
         const DesklineInvoiceError badCode(DesklineInvoiceError::Kind::badCode, text);
         m_app.failScan(m_app.recorded(u"Deskline Invoice"_s, badCode, Popup::no));
@@ -73,15 +77,16 @@ void InvoiceFlow::ignoreScan(const QString &id)
 {
     if (id == m_id)
         return;
-    const bool isRead = m_app.scanStatusKind == StatusKind::success; // only its alert is still open
-    emit m_app.scanFailed((isRead ? u"Invoice %1 ignored — close the message about %2 first."_s
-                                  : u"Invoice %1 ignored — still loading %2."_s)
+    emit m_app.scanFailed((m_isRead ? u"Invoice %1 ignored — close the message about %2 first."_s
+                                    : u"Invoice %1 ignored — still loading %2."_s)
                               .arg(id, m_id),
                           false);
     if (m_ignored.contains(id))
         return;
     m_ignored += id;
-    m_app.scanNote = ignoredNote();
+    m_app.scanNote = note();
+    if (m_isRead)
+        m_app.scanStatusKind = StatusKind::failure; // a note is a warning
 }
 
 QString InvoiceFlow::ignoredNote() const
@@ -89,6 +94,11 @@ QString InvoiceFlow::ignoredNote() const
     if (m_ignored.isEmpty())
         return {};
     return u"Scanned meanwhile and not read: invoice "_s + m_ignored.join(u", "_s) + u" — scan it again."_s;
+}
+
+QString InvoiceFlow::note() const
+{
+    return joinPresent({m_missing, ignoredNote()}, u" "_s);
 }
 
 void InvoiceFlow::cancel()
@@ -105,10 +115,11 @@ Task<> InvoiceFlow::read(QString id)
 {
     ++m_reading;
     m_id = id;
-    m_ignored.clear();
+    m_isRead = false;
+    m_missing.clear();
     const auto isGivenUp = staleCheck(m_app.session, m_reading);
     m_app.scanBusy = true;
-    m_app.setScanStatus(StatusKind::progress, u"Loading invoice "_s + id + u" from deskline…"_s);
+    m_app.setScanStatus(StatusKind::progress, u"Loading invoice "_s + id + u" from deskline…"_s, note());
     std::exception_ptr failure;
     try {
         const DesklineInvoice invoice = co_await m_app.invoices.fetch(id);
@@ -135,9 +146,11 @@ void InvoiceFlow::take(const DesklineInvoice &invoice)
     m_app.scannedInvoice = invoice;
     m_app.invoiceSoldAt = QDateTime();
     m_app.fillFromInvoice(invoice);
-    const QString note = joinPresent({missingParts(invoice.address), ignoredNote()}, u" "_s);
-    m_app.setScanStatus(note.isEmpty() ? StatusKind::success : StatusKind::failure,
-                        u"Invoice "_s + invoice.invoiceID + u": "_s + invoice.buyerName + u" — label filled."_s, note);
+    m_isRead = true;
+    m_missing = missingParts(invoice.address);
+    m_app.setScanStatus(note().isEmpty() ? StatusKind::success : StatusKind::failure,
+                        u"Invoice "_s + invoice.invoiceID + u": "_s + invoice.buyerName + u" — label filled."_s,
+                        note());
 }
 
 /// If the session has expired, signs in again first, so that the next scan succeeds. The invoice itself is not read
@@ -147,17 +160,17 @@ Task<> InvoiceFlow::report(QString id, std::exception_ptr failure)
     const auto isGivenUp = staleCheck(m_app.session, m_reading);
     bool renewed = false;
     if (isExpiredSession(failure))
-        renewed = co_await m_app.renewSession();
+        renewed = co_await m_app.renewSession(isGivenUp);
     if (isGivenUp())
         co_return;
-    const QString note = renewed ? u"Parcelory signed in again. Scan the invoice again."_s : QString();
+    const QString renewal = renewed ? u"Parcelory signed in again. Scan the invoice again."_s : QString();
     const bool isSessionOver = isExpiredSession(failure) && !renewed;
     try {
         std::rethrow_exception(failure);
     } catch (const AppError &error) {
         const QString text = m_app.recorded(u"Deskline Invoice "_s + id, error, Popup::no);
-        m_app.setScanStatus(StatusKind::failure, text, joinPresent({note, ignoredNote()}, u" "_s));
-        emit m_app.scanFailed(joinPresent({text, note}, u" "_s), isSessionOver);
+        m_app.setScanStatus(StatusKind::failure, text, joinPresent({renewal, ignoredNote()}, u" "_s));
+        emit m_app.scanFailed(joinPresent({text, renewal}, u" "_s), isSessionOver);
     }
 }
 

@@ -23,10 +23,13 @@ private:
     Task<> showAttention(DesklineInvoice invoice);
     void ignoreScan(const QString &id);
     QString ignoredNote() const;
+    QString note() const;
 
     AppState &m_app;
     int m_reading = 0;     ///< incremented when an invoice is read and when that is canceled
     QString m_id;          ///< of the invoice that is being read
+    bool m_isRead = false; ///< the label is filled; only the alert about the invoice is still open
+    QString m_missing;     ///< the note about what the invoice lacks
     QStringList m_ignored; ///< invoices that were scanned while m_id was read
 };
 

@@ -210,6 +210,14 @@ std::optional<DesklineInvoice> LabelDraft::draftInvoice() const
     return invoice && invoice->invoiceID == reference.value().trimmed() ? invoice : std::nullopt;
 }
 
+QString LabelDraft::invoiceTracking() const
+{
+    if (const std::optional<DesklineInvoice> invoice = draftInvoice())
+        return invoice->tracking;
+    const QString named = reference.value().trimmed();
+    return !named.isEmpty() && named == m_restoredReference ? m_restoredTracking : QString();
+}
+
 QString LabelDraft::defaultCustomsValue() const
 {
     const std::optional<DesklineInvoice> invoice = draftInvoice();

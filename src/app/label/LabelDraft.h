@@ -66,6 +66,8 @@ public:
     std::optional<SenderProfile> sender() const;
     /// The scanned invoice that the reference names; empty once its parcel is sold or another recipient is filled in.
     std::optional<DesklineInvoice> draftInvoice() const;
+    /// The tracking number that the draft's invoice has already; also of an invoice that was scanned before a restart.
+    QString invoiceTracking() const;
     /// The declared value that the draft's invoice suggests, in US dollars; empty if there is no invoice or no readable
     /// total.
     QString defaultCustomsValue() const;
@@ -160,6 +162,7 @@ private:
     bool m_sizeFromBox = false;
     bool m_wasAbroad = false;
     CustomsInfo m_filledCustoms; ///< as filled in automatically; the clerk typed the values that differ
+    QString m_restoredReference, m_restoredTracking; ///< of a draft that a restart has brought back
     std::vector<QPropertyNotifier> m_notifiers;
 };
 

@@ -108,7 +108,8 @@ SavedDraft LabelDraft::saved() const
                      .customsType = customsItem(declared.itemType).rawValue,
                      .customsQuantity = declared.quantity,
                      .customsValue = declared.value,
-                     .customsSigner = declared.signer};
+                     .customsSigner = declared.signer,
+                     .invoiceTracking = invoiceTracking()};
     if (const auto *preset = std::get_if<PresetMailpiece>(&mailpiece.value()))
         draft.presetMailpiece = preset->id;
     else if (const auto *box = std::get_if<QUuid>(&mailpiece.value()))
@@ -146,6 +147,8 @@ void LabelDraft::restore(const SavedDraft &from)
     customs = CustomsInfo{customsItemTypeFrom(from.customsType).value_or(customs.value().itemType),
                           from.customsQuantity, from.customsValue, from.customsSigner};
     m_filledCustoms = CustomsInfo{};
+    m_restoredReference = from.reference.trimmed();
+    m_restoredTracking = from.invoiceTracking.value_or(QString());
 }
 
 } // namespace parcelory

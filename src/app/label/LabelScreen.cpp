@@ -15,18 +15,20 @@
 namespace parcelory {
 using namespace Qt::StringLiterals;
 
-LabelScreen::LabelScreen(AppState &app) : LabelDraft(app), purchases(app), m_papers(app), m_lastRecipient(app.draftTo)
+LabelScreen::LabelScreen(AppState &app)
+    : LabelDraft(app), purchases(app), preview(app), m_papers(app), m_lastRecipient(app.draftTo)
 {
     const auto watch = [this](auto action, auto &...property) {
         (m_notifiers.push_back(property.addNotifier(action)), ...);
     };
-    buildOn(app, purchases);
+    buildOn(app, purchases, preview);
     watch([this] { draftEdited(); }, edits);
     watch([this] { recipientEdited(); }, m_app.draftTo);
     watch([this] { invalidateIntlRates(); }, customs);
     watch([this] { selectRateOfClass(); }, svcClass);
     watch([this] { takeFilledDraft(); }, m_app.draftFillCount);
     watch([this] { watchForSecondLabel(); }, selectedRateID, reference, purchases.unresolved);
+    watch([this] { showLastLabel(); }, lastLabel);
     // An unresolved purchase may need this key.
     watch([this] { spawn([this] { return purchases.checkAgain(); }); }, m_app.keyChanges);
     QObject::connect(&purchases, &Purchases::purchaseResolved, &m_lifetime,
@@ -42,6 +44,15 @@ LabelScreen::LabelScreen(AppState &app) : LabelDraft(app), purchases(app), m_pap
 LabelScreen::~LabelScreen()
 {
     m_app.platform.clock.cancel(m_buyTimer);
+}
+
+void LabelScreen::showLastLabel()
+{
+    const std::optional<LastLabel> last = lastLabel;
+    if (last)
+        preview.show(last->record, last->verdict.findings.isEmpty() ? std::nullopt : std::optional(last->verdict));
+    else
+        preview.clear();
 }
 
 void LabelScreen::draftEdited()

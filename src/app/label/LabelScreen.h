@@ -2,6 +2,7 @@
 
 #include "app/label/LabelDraft.h"
 #include "app/label/PreparedPurchase.h"
+#include "app/preview/LabelPreview.h"
 #include "app/purchase/CustomsPapers.h"
 #include "app/purchase/PurchaseFlow.h"
 #include "app/purchase/Purchases.h"
@@ -36,13 +37,14 @@ enum class NextStep { none, validate, getRates, buy };
 struct LastLabel {
     QString recipient; ///< "Eleanor Whitfield · Asheville NC"
     ShipmentRecord record;
-    QString message;       ///< why it was not printed, or the result of a reprint or a copy
-    bool isPrinted = true; ///< false until the label has come out: it is paid for and must be printed
+    QString message;           ///< why it was not printed, or the result of a reprint or a copy
+    bool isPrinted = true;     ///< false until the label has come out: it is paid for and must be printed
+    LabelVerdict verdict = {}; ///< of the comparison with the parcel
 
     bool operator==(const LastLabel &other) const
     {
         return record.transactionID == other.record.transactionID && message == other.message &&
-               isPrinted == other.isPrinted;
+               isPrinted == other.isPrinted && verdict == other.verdict;
     }
 };
 
@@ -75,7 +77,8 @@ public:
     /// The Buy button takes no press for so long after it has changed.
     static constexpr auto buyPause = std::chrono::milliseconds(600);
 
-    Purchases purchases; ///< unresolved and resolved purchases
+    Purchases purchases;  ///< unresolved and resolved purchases
+    LabelPreview preview; ///< the picture of `lastLabel`
 
     std::optional<ShippoRate> selectedRate() const;
     NextStep nextStep() const;
@@ -138,6 +141,7 @@ private:
     void selectRateOfClass();
     void warn(const QString &text, std::optional<DraftField> field = std::nullopt);
     void warnUntilEdit(const QString &text, std::optional<DraftField> field = std::nullopt);
+    void showLastLabel();
     void noteOnLastLabel(const QString &text);
     void noteReprint(const QString &text, bool isPrinted, bool wasPrinted);
     void fail(const QString &context, const AppError &error);

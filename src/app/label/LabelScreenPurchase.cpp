@@ -56,7 +56,7 @@ SecondLabelFacts LabelScreen::secondLabelFacts() const
 {
     return {.recipient = m_app.draftTo,
             .reference = reference.value().simplified(),
-            .invoiceTracking = draftInvoice().value_or(DesklineInvoice{}).tracking,
+            .invoiceTracking = invoiceTracking(),
             .lastOutcomeUnknown = purchases.unresolvedFor(m_app.draftTo).has_value(),
             .now = m_app.platform.clock.now(),
             .earlier = {}};
@@ -101,8 +101,10 @@ void LabelScreen::showSecondLabel(const QString &warning, bool agreed)
 Task<QString> LabelScreen::secondLabelWarning(SecondLabelFacts facts, bool testMode)
 {
     const QPointer alive(&m_lifetime);
-    const auto earlier =
-        co_await onPool(m_app.log, &ShipmentLog::labelsLike, facts.reference, facts.now.date().startOfDay(), testMode);
+    const auto isForHim = [to = facts.recipient](const ShipmentRecord &label) { return isLabelFor(to, label); };
+    const auto earlier = co_await onPool([&log = m_app.log, facts, testMode, isForHim] {
+        return log.labelsLike(facts.reference, facts.now.date().startOfDay(), testMode, isForHim);
+    });
     facts.earlier = earlier.valueOr({});
     facts.isLogUnreadable = !earlier.isRead();
     // The warning is renewed at every edit; only another failure is recorded again.
@@ -203,7 +205,7 @@ Task<> LabelScreen::finishPurchase(PreparedPurchase purchase, SaleResult sale, P
          .printsPapers = purchase.carrier == Carrier::fedex || purchase.printsInvoice,
          .drawn = drawn},
         sale.answer.seconds);
-    purchases.showSeconds(result);
+    purchases.watchForSeconds(result);
     m_purchaseComplete = result.isComplete();
     purchase.entry = result.entry;
     if (!result.hasLabel) {
@@ -232,9 +234,9 @@ void LabelScreen::showSold(const PreparedPurchase &purchase, const PurchaseResul
         emit m_app.labelLogged(result.entry.record.transactionID);
     clearSold(purchase);
     if (m_app.draftTo.value().isEmpty()) // the clerk has not begun the next parcel yet
-        lastLabel =
-            LastLabel{joinPresent({to.name, trimBlanks(to.city + u' ' + to.state)}, u" · "_s), result.entry.record,
-                      result.label.isPrinted ? QString() : asSentence(result.label.text), result.label.isPrinted};
+        lastLabel = LastLabel{joinPresent({to.name, trimBlanks(to.city + u' ' + to.state)}, u" · "_s),
+                              result.entry.record, result.label.isPrinted ? QString() : asSentence(result.label.text),
+                              result.label.isPrinted, result.verdict};
     banner = Banner{PurchaseTexts::successLine(result), result.isComplete()};
 }
 

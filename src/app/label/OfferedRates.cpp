@@ -63,10 +63,12 @@ OfferedRates offeredRates(Carrier carrier, const QList<ShippoRate> &all)
         if (offered.rates.size() < most)
             offered.rates.append(rate);
     }
+    QStringList leftOut;
     if (!unpriced.isEmpty())
-        offered.leftOut = u"Rates without a readable price were left out: "_s + unpriced.join(u", "_s) + u'.';
-    else if (qsizetype(byPrice.size()) > most)
-        offered.leftOut = u"Only the %1 cheapest of %2 rates are shown."_s.arg(most).arg(byPrice.size());
+        leftOut += u"Rates without a readable price were left out: "_s + unpriced.join(u", "_s) + u'.';
+    if (qsizetype(byPrice.size()) > most)
+        leftOut += u"Only the %1 cheapest of %2 rates are shown."_s.arg(most).arg(byPrice.size());
+    offered.leftOut = leftOut.join(u' ');
     return offered;
 }
 

@@ -25,11 +25,13 @@ namespace parcelory {
 using namespace Qt::StringLiterals;
 
 MailingLogScreen::MailingLogScreen(AppState &app)
-    : m_app(app), m_searchWatch(search.addNotifier([this] {
+    : preview(app), m_app(app), m_searchWatch(search.addNotifier([this] {
           m_query.cancel(); // its rows are no longer needed
           spawn([this] { return catchUp(); });
-      }))
+      })),
+      m_selectedWatch(selected.addNotifier([this] { showSelected(); }))
 {
+    buildOn(preview);
     connect(&app.log, &ShipmentLog::recordsChanged, this, &MailingLogScreen::takeRecords);
     connect(this, &MailingLogScreen::recordsChanged, this, &MailingLogScreen::changed);
     connect(&app, &AppState::labelLogged, this, [this](const QString &transactionId) {
@@ -68,6 +70,8 @@ void MailingLogScreen::takeRecords()
     }
     if (!selectedRecord())
         selected = std::nullopt;
+    else
+        showSelected(); // the row may have changed
     selectBought();
     emit recordsChanged();
 }
@@ -80,6 +84,14 @@ void MailingLogScreen::selectBought()
         return;
     m_bought.clear();
     selected = found->id;
+}
+
+void MailingLogScreen::showSelected()
+{
+    if (const std::optional<ShipmentRecord> record = selectedRecord())
+        preview.show(*record);
+    else
+        preview.clear();
 }
 
 /// Runs one query at a time, always for the latest search text; skips the texts in between.
@@ -145,6 +157,7 @@ Task<> MailingLogScreen::reprint(ShipmentRecord record)
     say(QString()); // clear first so that an identical message is announced again
     try {
         const QString printed = co_await reprintChecked(m_app, record);
+        showSelected(); // an old row's label was compared for the first time
         say(printed);
         if (!printed.isEmpty()) // otherwise the clerk canceled
             emit reprinted(record.transactionID, printed);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/AppState.h"
+#include "app/preview/LabelPreview.h"
 #include "core/Observable.h"
 #include "core/Task.h"
 #include "shell/ErrorLog.h"
@@ -29,6 +30,8 @@ public:
     Observed<bool> busy{this, false};
     /// Progress of an export or import, 0 to 1; empty if neither is running.
     Observed<std::optional<double>> progress{this};
+
+    LabelPreview preview; ///< the label of the selected shipment
 
     /// The newest shipments that match the search, newest first.
     const QList<ShipmentRecord> &records() const { return m_app.log.records(); }
@@ -71,6 +74,7 @@ private:
     bool isUpToDate() const { return m_app.log.shownSearch() == search.value(); }
     void takeRecords();
     void selectBought();
+    void showSelected();
     void takeReadFailure(const QString &failure);
     void say(const QString &text, bool failure = false);
     void fail(const QString &context, const AppError &error, Popup popup);
@@ -91,7 +95,7 @@ private:
     static constexpr Clock::Duration retryPause = std::chrono::seconds(10);
     CancelToken m_query;  ///< of the search that is under way
     CancelToken m_cancel; ///< of the export or import
-    QPropertyNotifier m_searchWatch;
+    QPropertyNotifier m_searchWatch, m_selectedWatch;
 };
 
 } // namespace parcelory

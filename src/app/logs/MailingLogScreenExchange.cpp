@@ -1,8 +1,9 @@
 #include "app/logs/MailingLogScreen.h"
 
-#include "app/logs/SaveFile.h"
+#include "app/records/CopyRecords.h"
 #include "core/AppError.h"
 #include "core/Progress.h"
+#include "core/SaveFile.h"
 #include "core/Task.h"
 #include "core/ports/Prompts.h"
 #include "records/ShipmentLog.h"
@@ -129,7 +130,7 @@ Task<> MailingLogScreen::importCSV()
         const int answer = known == 0 ? importAll : co_await m_app.platform.prompts.choose(knownQuestion(known, name));
         ImportReport report{.isCanceled = true, .skippedLines = {}, .undatedLines = {}};
         const KnownRows mode = answer == importNew ? KnownRows::skip : KnownRows::import;
-        if (answer != importNothing)
+        if (answer != importNothing && co_await copyRecordsBefore(m_app, CopyReason::beforeImport))
             report = co_await onPool(m_app.log, &ShipmentLog::importEndiciaCSV, path, mode, followProgress());
         say(report.isCanceled ? u"Import canceled. Nothing was imported."_s
                               : u"Imported %1 shipments from "_s.arg(report.imported) + name);

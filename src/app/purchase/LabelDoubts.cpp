@@ -1,6 +1,9 @@
 #include "app/purchase/LabelDoubts.h"
 
 #include "app/AppState.h"
+#include "app/purchase/KeptLabel.h"
+#include "app/purchase/LabelVerdictTexts.h"
+#include "app/purchase/QuestionPictures.h"
 #include "core/ShippoAddress.h"
 #include "core/Text.h"
 #include "core/ports/Prompts.h"
@@ -16,40 +19,10 @@
 
 namespace parcelory {
 using namespace Qt::StringLiterals;
+using LabelVerdictTexts::nameOf;
+using LabelVerdictTexts::sentenceOf;
 
 namespace {
-
-QString nameOf(LabelItem item)
-{
-    switch (item) {
-    case LabelItem::name:
-        return u"name"_s;
-    case LabelItem::houseNumber:
-        return u"house number"_s;
-    case LabelItem::unit:
-        return u"unit"_s;
-    case LabelItem::zip:
-        return u"ZIP"_s;
-    case LabelItem::trackingText:
-        return u"tracking number"_s;
-    case LabelItem::trackingCode:
-        return u"tracking number in the bar code"_s;
-    default: // may differ
-        return QString();
-    }
-}
-
-QString sentenceOf(const LabelFinding &fault)
-{
-    if (fault.item == LabelItem::mark)
-        return u"This label says “%1”, but the key is live."_s.arg(fault.onLabel);
-    if (fault.onLabel.isEmpty())
-        return u"The %1 is missing on the label: %2."_s.arg(nameOf(fault.item), fault.onParcel);
-    if (fault.onParcel.isEmpty())
-        return u"The %1 is only on the label: %2."_s.arg(nameOf(fault.item), fault.onLabel);
-    return u"The %1 differs: %2 on the parcel, %3 on the label."_s.arg(nameOf(fault.item), fault.onParcel,
-                                                                       fault.onLabel);
-}
 
 QString titleOf(const QList<LabelFinding> &faults)
 {
@@ -113,7 +86,8 @@ Question questionAbout(const LabelDoubts &doubts)
                                 u"\n\n"_s),
             .choices = {u"Don't Print"_s, u"Print Anyway"_s},
             .safeChoice = 0,
-            .comparison = texts};
+            .comparison = texts,
+            .picture = doubts.picture};
 }
 
 /// The sender is left out: a wrong one holds no label.
@@ -129,10 +103,14 @@ PrintedParcel parcelTo(const ShippoAddress &to, const ShipmentRecord &record)
 LabelDoubts compared(const QByteArray &label, const QList<PrintedParcel> &parcels)
 {
     LabelDoubts best;
-    if (labelKind(label) != LabelKind::zpl)
-        return best; // only the texts of ZPL can be read
-    best.changes = Zpl::lastingCommands(label).join(u", "_s);
-    const LabelContents contents = contentsOf(readZpl(label));
+    const LabelKind kind = labelKind(label);
+    if (kind == LabelKind::notALabel)
+        return best;
+    LabelContents contents{.texts = {}, .codes = {}, .hasPictures = true}; // only the texts of ZPL can be read
+    if (kind == LabelKind::zpl) {
+        best.changes = Zpl::lastingCommands(label).join(u", "_s);
+        contents = contentsOf(readZpl(label));
+    }
     for (qsizetype at = 0; at < parcels.size(); ++at) {
         const LabelVerdict verdict = readBack(contents, parcels[at]);
         if (at > 0 && verdict.faults().size() >= best.verdict.faults().size())
@@ -140,6 +118,8 @@ LabelDoubts compared(const QByteArray &label, const QList<PrintedParcel> &parcel
         best.verdict = verdict;
         best.parcel = parcels[at];
     }
+    if (const QList<LabelFinding> faults = best.verdict.faults(); !faults.isEmpty())
+        best.picture = enlargedPart(label, faults.first());
     return best;
 }
 
@@ -182,6 +162,12 @@ QList<PrintedParcel> recordedParcels(const ShipmentRecord &record)
     for (const ShippoAddress &to : addressesOf(record.recipient, record.zip11, record.isIntl))
         parcels += parcelTo(to, record);
     return parcels;
+}
+
+void LabelDoubts::remember(const std::optional<LabelVerdict> &kept)
+{
+    if (kept && verdict.faults().isEmpty() && !kept->faults().isEmpty())
+        verdict.findings = kept->findings;
 }
 
 Task<LabelDoubts> doubtsAbout(QByteArray label, QList<PrintedParcel> parcels)

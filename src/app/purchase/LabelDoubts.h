@@ -2,10 +2,13 @@
 
 #include "compose/LabelReadBack.h"
 #include "core/Task.h"
+#include "core/ports/Prompts.h"
 #include "records/PurchaseJournal.h"
 #include "records/ShipmentRecord.h"
 
 #include <QByteArray>
+
+#include <optional>
 
 namespace parcelory {
 
@@ -13,13 +16,16 @@ class AppState;
 
 /// Why a label is not printed without asking the clerk; empty for a usual label.
 struct LabelDoubts {
-    QString changes;        ///< commands that change the printer for good: "^JUS"
-    PrintedParcel parcel;   ///< what the label was compared with
-    LabelVerdict verdict{}; ///< of the comparison
+    QString changes;                             ///< commands that change the printer for good: "^JUS"
+    PrintedParcel parcel;                        ///< what the label was compared with
+    LabelVerdict verdict{};                      ///< of the comparison
+    std::optional<QuestionPicture> picture = {}; ///< where the label differs
 
     bool isEmpty() const;
     /// Why it is held, for the message line: "held, because the ZIP on the label differs".
     QString reason() const;
+    /// Takes the differences that were found when the label was bought, with the whole address at hand.
+    void remember(const std::optional<LabelVerdict> &kept);
 };
 
 /// A purchase as its label has to tell it.

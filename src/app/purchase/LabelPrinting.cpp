@@ -1,6 +1,7 @@
 #include "app/purchase/LabelPrinting.h"
 
 #include "app/AppState.h"
+#include "app/purchase/KeptLabel.h"
 #include "app/purchase/LabelDoubts.h"
 #include "carrier/ShippoError.h"
 #include "core/AppError.h"
@@ -73,20 +74,23 @@ Task<QString> stillWaiting(AppState &app)
     co_return report.waiting > 0 ? printerSentence(queue, report, Paper::label) : QString();
 }
 
-Task<QString> reprintLabel(AppState &app, ShipmentRecord record)
+Task<ReprintResult> reprintLabel(AppState &app, ShipmentRecord record)
 {
-    std::optional<QByteArray> label = record.zpl;
-    if (!label && record.id > 0) {
-        const auto stored = co_await onPool(app.log, &ShipmentLog::zpl, record.id);
-        label = stored.orThrow();
-    }
-    if (!label)
+    const auto found = co_await onPool([&log = app.log, record] { return keptLabel(log, record); });
+    const KeptLabel kept = found.orThrow();
+    QByteArray label = kept.bytes.value_or(QByteArray());
+    if (!kept.bytes)
         label = co_await downloadAgain(app, record.labelURL);
-    const LabelDoubts doubts = co_await doubtsAbout(*label, recordedParcels(record));
+    LabelDoubts doubts = co_await doubtsAbout(label, recordedParcels(record));
+    ReprintResult result;
+    if (!kept.verdict)
+        result.firstVerdict = doubts.verdict;
+    else if (kept.bytes)
+        doubts.remember(kept.verdict);
     const bool isAgreed = co_await mayPrint(app, doubts);
-    if (!isAgreed)
-        co_return QString();
-    co_return co_await printLabel(app, *label);
+    if (isAgreed)
+        result.printed = co_await printLabel(app, label);
+    co_return result;
 }
 
 Task<QByteArray> downloadCustoms(AppState &app, ShipmentRecord record)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/AppState.h"
+#include "compose/LabelReadBack.h"
 #include "core/Task.h"
 
 namespace parcelory {
@@ -13,9 +14,15 @@ Task<QString> printLabel(AppState &app, QByteArray label);
 /// no job is waiting.
 Task<QString> stillWaiting(AppState &app);
 
-/// Reprints a label and returns the printer's message; empty if the clerk does not want a doubtful label. Uses the
-/// label data in `record` or in the mailing log; downloads the label again if the log has no data. Throws AppError.
-Task<QString> reprintLabel(AppState &app, ShipmentRecord record);
+struct ReprintResult {
+    QString printed; ///< the printer's message; empty if the clerk does not want a doubtful label
+    /// Of an old row, whose label was compared with its parcel for the first time; otherwise empty.
+    LabelVerdict firstVerdict{};
+};
+
+/// Reprints a label. Uses the label data in `record` or in the mailing log; downloads the label again if the log has no
+/// data. Throws AppError.
+Task<ReprintResult> reprintLabel(AppState &app, ShipmentRecord record);
 
 /// Downloads the customs papers of a shipment that was logged without them, and stores them in the log.
 Task<QByteArray> downloadCustoms(AppState &app, ShipmentRecord record);

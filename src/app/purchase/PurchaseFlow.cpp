@@ -2,6 +2,7 @@
 
 #include "app/purchase/CarrierRefund.h"
 #include "app/purchase/CustomsPapers.h"
+#include "app/purchase/KeptLabel.h"
 #include "app/purchase/LabelPrinting.h"
 #include "app/purchase/PurchaseLookup.h"
 #include "app/purchase/PurchaseTexts.h"
@@ -19,6 +20,8 @@
 #include "records/ShipmentRecord.h"
 #include "records/ShipmentStatus.h"
 #include "shell/ErrorLog.h"
+
+#include <QMap>
 
 #include <chrono>
 #include <optional>
@@ -41,6 +44,14 @@ void applyTransaction(ShipmentRecord &record, const ShippoTransaction &transacti
     record.customsDocURL = transaction.commercialInvoiceUrl.value_or(QString());
     if (const std::optional<RefundState> refund = refundStateOf(transactionStatus(transaction)))
         record.status = statusAfter(*refund, record.status);
+}
+
+/// False while the label is not made, and once its refund is asked for.
+bool isUsable(const ShippoTransaction &sale)
+{
+    const std::optional<RefundState> refund = refundStateOf(transactionStatus(sale));
+    return !sale.labelUrl.value_or(QString()).isEmpty() && refund != RefundState::pending &&
+           refund != RefundState::granted;
 }
 
 /// What the tag of the purchase tells, for a purchase whose entry in the journal could not be read.
@@ -139,9 +150,7 @@ Task<PurchaseResult> PurchaseFlow::complete(OpenPurchase purchase, std::optional
     if (transaction && entry.isUnreadable)
         applyTag(record, *transaction);
     for (const ShippoTransaction &sale : seconds) { // first, because a later start would not ask the carrier again
-        ShipmentRecord second = record;
-        applyTransaction(second, sale);
-        co_await logSecond(second);
+        const ShipmentRecord second = co_await logSecond(record, sale);
         result.seconds.append(second);
     }
     if (transaction)
@@ -163,9 +172,10 @@ Task<PurchaseResult> PurchaseFlow::complete(OpenPurchase purchase, std::optional
     if (!fetchFailure.isEmpty())
         result.label.text = fetchFailure;
     LabelDoubts doubts;
-    if (delivery.printsLabel && record.zpl)
+    if (record.zpl && (delivery.printsLabel || !entry.isUnreadable)) // otherwise nobody knows the parcel
         doubts = co_await doubtsAbout(*record.zpl, {parcelOf(m_app, entry)});
-    const bool isHeld = !doubts.isEmpty();
+    result.verdict = doubts.verdict;
+    const bool isHeld = delivery.printsLabel && !doubts.isEmpty();
     if (delivery.printsLabel && fetchFailure.isEmpty() && !isHeld)
         result.label = co_await printLabelOf(entry);
     entry.printed = entry.printed || result.label.isPrinted;
@@ -174,7 +184,7 @@ Task<PurchaseResult> PurchaseFlow::complete(OpenPurchase purchase, std::optional
     if (result.papers.document)
         record.customsPDF = result.papers.document;
     co_await save(entry);
-    result.isLogged = co_await log(entry);
+    result.isLogged = co_await log(entry, doubts.verdict);
     if (isHeld) { // asked last: the label is in the log, however long the clerk takes
         result.label = co_await printHeldLabelOf(entry, doubts);
         entry.printed = entry.printed || result.label.isPrinted;
@@ -183,6 +193,53 @@ Task<PurchaseResult> PurchaseFlow::complete(OpenPurchase purchase, std::optional
         emit m_app.recipientToKeep(entry.recipient);
     m_app.lastShipmentSummary = PurchaseTexts::summary(entry);
     co_return result;
+}
+
+Task<QList<ShipmentRecord>> PurchaseFlow::logRepeatedSales()
+{
+    const QList<ShippoTransaction> newest = co_await m_app.shippo.newestPurchases();
+    // Read after the list and before the log: a purchase that is finished by now is in the log, and an open purchase
+    // finds its own sales.
+    const QList<OpenPurchase> open = co_await onPool(m_app.journal, &PurchaseJournal::openPurchases);
+    QSet<QString> openRates;
+    for (const OpenPurchase &purchase : open)
+        openRates.insert(purchase.rateId);
+    QMap<QString, QList<ShippoTransaction>> salesByRate;
+    for (const ShippoTransaction &sale : newest) {
+        const QString rate = sale.rate.value_or(QString());
+        if (!rate.isEmpty() && !openRates.contains(rate) && transactionStatus(sale) != TransactionStatus::error)
+            salesByRate[rate].append(sale);
+    }
+    QList<ShipmentRecord> seconds;
+    for (const QList<ShippoTransaction> &sales : std::as_const(salesByRate)) {
+        if (sales.size() > 1)
+            seconds += co_await secondsAmong(sales);
+    }
+    co_return seconds;
+}
+
+/// Logs the sales of one rate that the mailing log lacks, if it has one of them. Otherwise another desk bought them.
+Task<QList<ShipmentRecord>> PurchaseFlow::secondsAmong(QList<ShippoTransaction> sales)
+{
+    std::optional<ShipmentRecord> first;
+    QList<ShippoTransaction> unlogged;
+    for (const ShippoTransaction &sale : sales) {
+        const ShipmentRecord asked{.createdAt = {}, .transactionID = sale.objectId};
+        const auto found = co_await onPool([&log = m_app.log, asked] { return log.find(asked); });
+        const std::optional<ShipmentRecord> row = found.orThrow();
+        if (row)
+            first = row;
+        else if (isUsable(sale))
+            unlogged.append(sale);
+    }
+    QList<ShipmentRecord> seconds;
+    for (const ShippoTransaction &sale : unlogged) {
+        if (!first)
+            break;
+        const ShipmentRecord second = co_await logSecond(*first, sale);
+        seconds.append(second);
+    }
+    co_return seconds;
 }
 
 Task<OpenPurchase> PurchaseFlow::noted(OpenPurchase purchase, LookupAnswer answer)
@@ -195,14 +252,22 @@ Task<OpenPurchase> PurchaseFlow::noted(OpenPurchase purchase, LookupAnswer answe
     co_return purchase;
 }
 
-Task<> PurchaseFlow::logSecond(ShipmentRecord record)
+/// Logs a further sale of the rate of `first`, which was not asked for.
+Task<ShipmentRecord> PurchaseFlow::logSecond(ShipmentRecord first, ShippoTransaction sale)
 {
-    record.customsPDF = std::nullopt; // the papers name the other label
+    ShipmentRecord second = first;
+    second.id = 0; // a row of its own
+    second.status = wordOf(LogStatus::printed);
+    second.refund.clear();
+    second.zpl = std::nullopt;
+    second.customsPDF = std::nullopt; // the papers name the other label
+    applyTransaction(second, sale);
     const QString reason =
-        co_await onPool([&log = m_app.log, record] { return log.insertOnce(record) ? QString() : log.lastError(); });
-    m_app.errors.record(buyContext, PurchaseTexts::secondError(record), Popup::yes);
+        co_await onPool([&log = m_app.log, second] { return log.insertOnce(second) ? QString() : log.lastError(); });
+    m_app.errors.record(buyContext, PurchaseTexts::secondError(second), Popup::yes);
     if (!reason.isEmpty())
-        m_app.errors.record(u"Mailing Log"_s, PurchaseTexts::notLoggedError(record, reason), Popup::yes);
+        m_app.errors.record(u"Mailing Log"_s, PurchaseTexts::notLoggedError(second, reason), Popup::yes);
+    co_return second;
 }
 
 /// Throws AppError for anything that is not a whole label.
@@ -255,19 +320,27 @@ Task<PapersResult> PurchaseFlow::papersOf(OpenPurchase purchase, Delivery delive
 
 /// Adds the label to the mailing log, unless it is already there, and then removes it from the journal. Returns false,
 /// and reports it, if the mailing log cannot be written.
-Task<bool> PurchaseFlow::log(OpenPurchase purchase)
+Task<bool> PurchaseFlow::log(OpenPurchase purchase, LabelVerdict verdict)
 {
     struct Outcome {
         bool stored;
         QString reason;
+        QString verdictReason; ///< why the verdict is not beside the row
     };
-    const Outcome outcome = co_await onPool([&app = m_app, purchase] {
+    const Outcome outcome = co_await onPool([&app = m_app, purchase, verdict] {
         const ShipmentRecord &record = purchase.record;
         const bool stored = app.log.insertOnce(record);
         if (stored)
             app.journal.close(purchase.id);
-        return Outcome{stored, stored ? QString() : app.log.lastError()};
+        const QString reason = stored ? QString() : app.log.lastError();
+        const bool isKept = !stored || verdict.findings.isEmpty() || keepVerdict(app.log, record, verdict);
+        return Outcome{stored, reason, isKept ? QString() : app.log.lastError()};
     });
+    if (!outcome.verdictReason.isEmpty())
+        m_app.errors.record(
+            u"Mailing Log"_s,
+            AppError(u"How the label compares with its parcel could not be stored — %1."_s.arg(outcome.verdictReason)),
+            Popup::no);
     if (!outcome.stored && !m_unlogged.contains(purchase.id)) {
         m_unlogged.insert(purchase.id);
         m_app.errors.record(u"Mailing Log"_s, PurchaseTexts::notLoggedError(purchase.record, outcome.reason),

@@ -37,6 +37,7 @@ struct PurchaseResult {
     PapersResult papers;
     bool isLogged = false;
     QList<ShipmentRecord> seconds = {}; ///< further labels that the carrier sold for the same request
+    LabelVerdict verdict = {};          ///< of the comparison with the parcel; empty if there was no label
 
     /// False if the clerk has to read about it.
     bool isComplete() const { return hasLabel && label.isPrinted && papers.isDone() && isLogged; }
@@ -70,6 +71,10 @@ public:
     /// rate; they get a row in the mailing log and an entry in the error log, but are not printed.
     Task<PurchaseResult> complete(OpenPurchase purchase, std::optional<ShippoTransaction> transaction,
                                   Delivery delivery, QList<ShippoTransaction> seconds = {});
+    /// Further sales of rates whose label is in the mailing log: the carrier's newest sales are compared with the log.
+    /// Logs these labels as complete() does, and returns them. Throws AppError if the carrier or the books cannot be
+    /// read.
+    Task<QList<ShipmentRecord>> logRepeatedSales();
     /// Notes the carrier's id of a purchase that is not finished yet, so that it is looked up by its id.
     Task<OpenPurchase> noted(OpenPurchase purchase, LookupAnswer answer);
 
@@ -78,8 +83,9 @@ private:
     Task<LabelResult> printLabelOf(OpenPurchase purchase);
     Task<LabelResult> printHeldLabelOf(OpenPurchase purchase, LabelDoubts doubts);
     Task<PapersResult> papersOf(OpenPurchase purchase, Delivery delivery);
-    Task<bool> log(OpenPurchase purchase);
-    Task<> logSecond(ShipmentRecord record);
+    Task<bool> log(OpenPurchase purchase, LabelVerdict verdict);
+    Task<QList<ShipmentRecord>> secondsAmong(QList<ShippoTransaction> sales);
+    Task<ShipmentRecord> logSecond(ShipmentRecord first, ShippoTransaction sale);
 
     AppState &m_app;
     CustomsPapers m_papers;

@@ -36,15 +36,22 @@ bool hasLabel(const ShippoTransaction &sale)
 /// because a machine on the way repeated it.
 Task<QList<ShippoTransaction>> findSales(AppState &app, OpenPurchase purchase)
 {
-    const QString known = purchase.record.transactionID;
-    if (!known.isEmpty())
-        co_return {co_await app.shippo.transaction(known)};
+    const auto hasFailed = [](const ShippoTransaction &sale) {
+        return transactionStatus(sale) == TransactionStatus::error;
+    };
+    const QString knownId = purchase.record.transactionID;
+    std::optional<ShippoTransaction> known;
+    if (!knownId.isEmpty()) {
+        known = co_await app.shippo.transaction(knownId);
+        if (!hasFailed(*known) || purchase.rateId.isEmpty())
+            co_return {*known};
+    }
     QList<ShippoTransaction> sold =
         co_await app.shippo.purchasesOf(purchase.rateId, purchase.askedAt, purchase.ratedAt);
-    // A failed transaction may be an earlier attempt at the same rate.
-    sold.removeIf([](const ShippoTransaction &transaction) {
-        return transactionStatus(transaction) == TransactionStatus::error;
-    });
+    // A failed transaction may be an earlier attempt at the same rate, or the first of a repeated request.
+    sold.removeIf(hasFailed);
+    if (known && sold.isEmpty())
+        co_return {*known};
     if (const auto labeled = std::ranges::find_if(sold, hasLabel); labeled != sold.end())
         std::rotate(sold.begin(), labeled, labeled + 1);
     co_return sold;

@@ -35,6 +35,7 @@ constexpr int enoughLooks = 3; ///< lookups in vain after which buying is enable
 Purchases::~Purchases()
 {
     m_app.platform.clock.cancel(m_timer);
+    m_app.platform.clock.cancel(m_secondsTimer);
 }
 
 /// Lists the purchases that earlier runs left unresolved. Throws AppError while the journal cannot be opened.
@@ -161,7 +162,9 @@ Task<> Purchases::recheckAll()
     const QList<UnresolvedPurchase> open = unresolved;
     for (const UnresolvedPurchase &pending : open)
         co_await recheck(pending);
-    if (!m_isLoaded || !unresolved.value().isEmpty())
+    if (std::exchange(m_looksForSeconds, false))
+        co_await lookForSeconds();
+    if (!m_isLoaded || m_looksForSeconds || !unresolved.value().isEmpty())
         askLater();
 }
 
@@ -176,7 +179,8 @@ Task<> Purchases::recheck(UnresolvedPurchase pending)
         co_return;
     switch (answer.verdict) {
     case LookupAnswer::Verdict::unknown:
-        if (purchase.askedAt.daysTo(now) > mostDays) {
+        // Not at the first look, nor without the carrier's answer: the day is the desk's clock's.
+        if (answer.isInconclusive && pending.looks >= enoughLooks && purchase.askedAt.daysTo(now) > mostDays) {
             co_await giveUp(purchase);
             break;
         }
@@ -212,7 +216,7 @@ Task<> Purchases::finish(UnresolvedPurchase pending, LookupAnswer answer)
     const PapersResult drawn{.outcome = purchase.record.customsPDF ? PapersOutcome::kept : PapersOutcome::none,
                              .document = purchase.record.customsPDF};
     const PurchaseResult result = co_await m_flow.complete(purchase, transaction, {.drawn = drawn}, answer.seconds);
-    showSeconds(result);
+    watchForSeconds(result);
     const ShipmentRecord &record = result.entry.record;
     if (!result.isLogged) {
         pending.purchase = result.entry;
@@ -260,15 +264,42 @@ void Purchases::addResolved(const ResolvedPurchase &purchase)
     emit purchaseResolved(purchase);
 }
 
-void Purchases::showSeconds(const PurchaseResult &result)
+void Purchases::watchForSeconds(const PurchaseResult &result)
 {
-    for (const ShipmentRecord &record : result.seconds)
+    showSeconds(result.seconds);
+    lookForSecondsLater();
+}
+
+void Purchases::showSeconds(const QList<ShipmentRecord> &seconds)
+{
+    for (const ShipmentRecord &record : seconds)
         addResolved({.id = -(++m_seconds),
-                     .recipient = result.entry.recipient,
                      .record = record,
                      .isBought = true,
                      .isSecond = true,
                      .text = PurchaseTexts::boughtTwice(record)});
+}
+
+/// A repeated request has arrived at the carrier by then. One look serves all purchases of that minute.
+void Purchases::lookForSecondsLater()
+{
+    if (m_secondsTimer != 0)
+        return;
+    m_secondsTimer = m_app.platform.clock.after(ShippoClient::arrivalTime + std::chrono::seconds(1), [this] {
+        m_secondsTimer = 0;
+        m_looksForSeconds = true;
+        spawn([this] { return checkAgain(); });
+    });
+}
+
+Task<> Purchases::lookForSeconds()
+{
+    try {
+        const QList<ShipmentRecord> seconds = co_await m_flow.logRepeatedSales();
+        showSeconds(seconds);
+    } catch (const AppError &) {
+        lookForSecondsLater();
+    }
 }
 
 void Purchases::dismiss(ResolvedPurchase label)

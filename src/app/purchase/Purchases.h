@@ -65,8 +65,9 @@ public:
     /// Prints or reprints the label of a resolved purchase.
     Task<> print(ResolvedPurchase label);
     void dismiss(ResolvedPurchase label); // by value: the caller may pass an element of `resolved`
-    /// Shows the further labels that the carrier sold for the same request, until the clerk has seen them.
-    void showSeconds(const PurchaseResult &result);
+    /// Shows the further labels that the carrier sold for the same request, until the clerk has seen them, and looks
+    /// for more of them a minute later.
+    void watchForSeconds(const PurchaseResult &result);
     /// Asks for the refund of such a label: the mailing log does it.
     void refund(const ResolvedPurchase &label) { emit refundWanted(label.record); }
 
@@ -92,13 +93,17 @@ private:
     Task<> giveUp(OpenPurchase purchase);
     void replaceUnresolved(qint64 id, std::optional<UnresolvedPurchase> with);
     void addResolved(const ResolvedPurchase &purchase);
+    void showSeconds(const QList<ShipmentRecord> &seconds);
+    void lookForSecondsLater();
+    Task<> lookForSeconds();
     void askLater();
 
     AppState &m_app;
     PurchaseFlow m_flow;
     bool m_isLoaded = false; ///< what earlier runs left unresolved is in the list
-    quint64 m_timer = 0;
-    qint64 m_seconds = 0; ///< how many second labels are or were listed; they have no id of the journal
+    quint64 m_timer = 0, m_secondsTimer = 0;
+    bool m_looksForSeconds = false; ///< the next check does
+    qint64 m_seconds = 0;           ///< how many second labels are or were listed; they have no id of the journal
     Clock::Duration m_pause = firstPause;
     // The fourth retry comes soon after the minute in which a lost request may still arrive.
     static constexpr Clock::Duration firstPause = std::chrono::seconds(5), longestPause = std::chrono::minutes(1);

@@ -1,10 +1,13 @@
 #include "app/purchase/ReprintCheck.h"
 
-#include "app/purchase/LabelPrinting.h"
-
 #include "app/AppState.h"
+#include "app/purchase/KeptLabel.h"
+#include "app/purchase/LabelPrinting.h"
+#include "app/purchase/LabelVerdictTexts.h"
+#include "app/purchase/QuestionPictures.h"
 #include "core/AppError.h"
 #include "core/Task.h"
+#include "core/Text.h"
 #include "core/ports/Prompts.h"
 #include "records/LabelChecks.h"
 #include "records/LabelHistory.h"
@@ -33,14 +36,18 @@ LabelFacts recordedFacts(AppState &app, const ShipmentRecord &record, const QDat
             .waiting = {}};
 }
 
-Question reprintQuestion(const ShipmentRecord &record, const QStringList &warnings)
+/// With the label's picture and what was found when it was compared with its parcel. Waits for the disk.
+Question reprintQuestion(const ShipmentLog &log, const ShipmentRecord &record, const QStringList &warnings)
 {
+    const KeptLabel kept = keptLabel(log, record).valueOr({});
+    const QString label =
+        u"%1 %2 to %3\nTracking %4"_s.arg(record.carrier, record.service, record.recipientName(), record.tracking);
+    const QString verdict = kept.verdict ? LabelVerdictTexts::lineOf(kept.verdict) : QString();
     return {.title = u"Reprint This Label?"_s,
-            .text = u"%1 %2 to %3\nTracking %4"_s.arg(record.carrier, record.service, record.recipientName(),
-                                                      record.tracking) +
-                    warningLines(warnings),
+            .text = joinPresent({label, verdict}, u"\n"_s) + warningLines(warnings),
             .choices = {u"Cancel"_s, u"Reprint"_s},
-            .safeChoice = 0};
+            .safeChoice = 0,
+            .picture = thumbnailOf(kept.bytes.value_or(QByteArray()), record.recipientName())};
 }
 
 } // namespace
@@ -64,6 +71,8 @@ Task<QString> reprintChecked(AppState &app, ShipmentRecord record)
         throw AppError(found.failure());
     const std::optional<ShipmentRecord> row = found.valueOr(std::nullopt);
     const ShipmentRecord now = row.value_or(record); // a refund may have been requested since the row was listed
+    ShipmentRecord pictured = now;
+    pictured.zpl = record.zpl; // the list's row has none
     QStringList warnings = {u"The mailing log can't be read, so Parcelory can't check whether this label was refunded, "
                             "used or reprinted."_s};
     if (found.isRead()) {
@@ -72,20 +81,24 @@ Task<QString> reprintChecked(AppState &app, ShipmentRecord record)
         warnings = labelWarnings(LabelUse::reprint, now, facts);
     }
     if (!warnings.isEmpty()) {
-        const int answer = co_await app.platform.prompts.choose(reprintQuestion(now, warnings));
+        const Question question =
+            co_await onPool([&log = app.log, pictured, warnings] { return reprintQuestion(log, pictured, warnings); });
+        const int answer = co_await app.platform.prompts.choose(question);
         if (answer != 1)
             co_return QString();
     }
-    const QString printed = co_await reprintLabel(app, record);
-    if (printed.isEmpty())
-        co_return QString();
-    const bool isNoted =
-        !row || co_await onPool(app.labelHistory, &LabelHistory::addReprint, row->id, app.platform.clock.now());
+    const ReprintResult result = co_await reprintLabel(app, record);
+    const bool isPrinted = !result.printed.isEmpty();
+    const bool isNoted = !row || co_await onPool([&app, now, isPrinted, result, when = app.platform.clock.now()] {
+        return (!isPrinted || app.labelHistory.addReprint(now.id, when)) &&
+               (result.firstVerdict.findings.isEmpty() || keepVerdict(app.log, now, result.firstVerdict));
+    });
     if (isNoted)
-        co_return printed;
-    const QString note = u"The reprint could not be noted in the mailing log — %1."_s.arg(app.log.lastError());
+        co_return result.printed;
+    const QString note = (isPrinted ? u"The reprint"_s : u"How the label compares with its parcel"_s) +
+                         u" could not be noted in the mailing log — %1."_s.arg(app.log.lastError());
     app.errors.record(u"Reprint"_s, AppError(note), Popup::no);
-    co_return printed + u' ' + note;
+    co_return isPrinted ? result.printed + u' ' + note : QString();
 }
 
 } // namespace parcelory

@@ -1,8 +1,8 @@
 #include "app/scanform/ScanFormScreen.h"
 
-#include "app/logs/SaveFile.h"
 #include "app/purchase/LabelPrinting.h"
 #include "core/AppError.h"
+#include "core/SaveFile.h"
 #include "core/Task.h"
 #include "records/LogRead.h"
 #include "records/ScanForms.h"

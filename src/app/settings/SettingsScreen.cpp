@@ -48,9 +48,9 @@ QString quoted(const QString &name, const QString &otherwise)
 
 } // namespace
 
-SettingsScreen::SettingsScreen(AppState &app) : m_app(app)
+SettingsScreen::SettingsScreen(AppState &app) : testLabel(app), m_app(app)
 {
-    buildOn(app.senders, app.boxes);
+    buildOn(app.senders, app.boxes, testLabel);
     const Preferences &stored = app.platform.preferences;
     const Deployment &company = app.platform.deployment;
     zebraQueue = read(stored, settings::zebraQueue);
@@ -95,7 +95,7 @@ Task<> SettingsScreen::refreshPrinters()
         co_return;
     busy = true;
     const auto done = qScopeGuard([this] { busy = false; });
-    printerMessage = PrinterMessage{};
+    clearPrinterMessage();
     try {
         const LabelPrinter::Queues found = co_await onPool(m_app.printer, &LabelPrinter::listQueues);
         m_discovered = true;
@@ -109,10 +109,16 @@ Task<> SettingsScreen::refreshPrinters()
     }
 }
 
+void SettingsScreen::clearPrinterMessage()
+{
+    printerMessage = PrinterMessage{};
+    testLabel.clear();
+}
+
 void SettingsScreen::chooseLabelQueue(const QString &queue)
 {
     zebraQueue = queue;
-    printerMessage = PrinterMessage{}; // it may be about the queue before
+    clearPrinterMessage(); // it may be about the queue before
 }
 
 void SettingsScreen::undoReplacement()
@@ -143,12 +149,15 @@ Task<> SettingsScreen::printTest()
         co_return;
     busy = true;
     const auto done = qScopeGuard([this] { busy = false; });
-    printerMessage = PrinterMessage{}; // clear first so that an identical message is announced again
+    clearPrinterMessage(); // first, so that an identical message is announced again
     const QString queue = zebraQueue;
     const auto sent = qScopeGuard([this, queue] { m_app.printWatch.follow(queue, Paper::label); });
     try {
         co_await onPool(m_app.printer, &LabelPrinter::printZPL, Zpl::testLabel, queue);
         printerMessage = PrinterMessage{testSent, true};
+        ShipmentRecord test{.recipient = u"test label"_s, .testMode = true};
+        test.zpl = Zpl::testLabel;
+        testLabel.show(test);
     } catch (const AppError &error) {
         printerMessage = PrinterMessage{m_app.recorded(u"Print Test"_s, error, Popup::no), false};
     }

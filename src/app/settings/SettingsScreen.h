@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/AppState.h"
+#include "app/preview/LabelPreview.h"
 #include "core/Observable.h"
 #include "core/Task.h"
 
@@ -33,6 +34,7 @@ public:
     Observed<QString> documentQueue{this}; ///< empty: documents open in the viewer
     Observed<bool> rotate180{this, true};
     Observed<PrinterMessage> printerMessage{this};
+    LabelPreview testLabel; ///< after Print Test
     Observed<bool> busy{this, false};
 
     Observed<bool> showAddressSidebar{this, true}; ///< beside the label form
@@ -68,6 +70,7 @@ private:
     template <class T>
     void store(QProperty<T> &property, const Setting<T> &setting);
     void chooseZebraQueue();
+    void clearPrinterMessage();
     Task<bool> confirmed(QString title, QString text, QString keep, QString remove);
 
     AppState &m_app;

@@ -8,6 +8,7 @@
 #include "shell/ErrorLog.h"
 
 #include <chrono>
+#include <functional>
 #include <optional>
 
 namespace parcelory {
@@ -35,14 +36,6 @@ SignInFlow::~SignInFlow()
     m_app.platform.clock.cancel(m_tick);
 }
 
-void SignInFlow::cancel()
-{
-    if (!m_app.loginBusy)
-        return;
-    m_isCanceled = true;
-    m_app.auth.clear(); // ends the wait
-}
-
 void SignInFlow::countDown(int seconds)
 {
     m_app.platform.clock.cancel(m_tick);
@@ -54,28 +47,31 @@ void SignInFlow::countDown(int seconds)
 /// Waits for the page, and shows for how long at most.
 Task<bool> SignInFlow::waitFor(QString probe)
 {
+    const auto isCanceled = staleCheck(m_attempt);
     countDown(int(std::chrono::seconds(pageWait).count()));
     const bool holds = co_await m_app.auth.waitFor(probe, pageWait);
-    countDown(0);
+    if (!isCanceled())
+        countDown(0);
     co_return holds;
 }
 
 Task<> SignInFlow::signIn(QString user, QString pass, bool remember)
 {
+    ++m_attempt;
+    const auto isCanceled = staleCheck(m_attempt);
     m_app.loginBusy = true;
     m_app.loginError = std::nullopt;
-    m_isCanceled = false;
     std::optional<Failure> failure;
     const bool reachable = co_await m_app.auth.isReachable(5s);
-    if (m_isCanceled)
-        failure = Failure{};
-    else if (reachable)
+    if (isCanceled())
+        co_return;
+    if (reachable)
         failure = co_await enter({user, pass});
     else
         failure = Failure{u"Can't reach deskline — connect to the VPN and try again."_s};
-    m_app.loginBusy = false;
-    if (failure && m_isCanceled)
+    if (isCanceled())
         co_return;
+    m_app.loginBusy = false;
     if (failure) {
         m_app.loginError = m_app.recorded(u"Sign-In"_s, AppError(failure->reason), Popup::no);
         if (failure->isRejection)
@@ -87,6 +83,16 @@ Task<> SignInFlow::signIn(QString user, QString pass, bool remember)
     m_app.flow = AppFlow::main;
     if (remember)
         co_await m_app.credentials.save({user, pass});
+}
+
+void SignInFlow::cancel()
+{
+    if (!m_app.loginBusy)
+        return;
+    ++m_attempt;
+    m_app.auth.clear(); // the back office may have admitted the clerk already
+    m_app.loginBusy = false;
+    countDown(0);
 }
 
 /// Loads the sign-in page and fills in its form. Returns why that failed.
@@ -123,14 +129,15 @@ Task<> SignInFlow::forgetRejected()
         co_await m_app.credentials.forget();
 }
 
-Task<bool> SignInFlow::renewSession()
+Task<bool> SignInFlow::renewSession(std::function<bool()> isGivenUp)
 {
-    const auto isSignedOut = staleCheck(m_app.session);
     const bool saved = co_await m_app.hasSavedCredentials();
     const Credentials stored = co_await m_app.credentials.stored();
-    if (!saved || isSignedOut() || stored.user != m_app.signedInUser.value())
+    if (!saved || isGivenUp() || stored.user != m_app.signedInUser.value())
         co_return false;
     const std::optional<Failure> failure = co_await enter(stored);
+    if (isGivenUp())
+        co_return false;
     if (!failure)
         co_return true;
     m_app.errors.record(u"Sign-In"_s, AppError(failure->reason), Popup::no);

@@ -3,6 +3,7 @@
 #include "app/AppState.h"
 #include "backoffice/SavedCredentials.h"
 
+#include <functional>
 #include <optional>
 
 namespace parcelory {
@@ -20,7 +21,7 @@ public:
     /// AppState::attemptAutoLogin().
     Task<> signInAutomatically();
     /// AppState::renewSession().
-    Task<bool> renewSession();
+    Task<bool> renewSession(std::function<bool()> isGivenUp);
 
 private:
     /// Why a sign-in failed.
@@ -34,7 +35,7 @@ private:
     void countDown(int seconds);
 
     AppState &m_app;
-    bool m_isCanceled = false;
+    int m_attempt = 0;  ///< incremented when a sign-in starts and when it is canceled
     quint64 m_tick = 0; ///< a timer
 };
 

@@ -9,7 +9,6 @@
 #include "shell/UpdateSignature.h"
 
 #include <QCryptographicHash>
-#include <QDir>
 #include <QFileInfo>
 #include <QScopeGuard>
 #include <QUrl>
@@ -93,20 +92,6 @@ void requireVersion(const UpdateInfo &info, const QString &app)
         throw AppError(u"the archive holds version %1 instead of %2"_s.arg(*inside, info.version));
 }
 
-/// Only this user may access the files that are about to become the program.
-void makePrivateFolder(const QString &path)
-{
-    if (!QDir().mkdir(path, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner))
-        throw AppError(u"The folder %1 could not be made."_s.arg(path));
-}
-
-/// Deletes a staging folder. An empty name, before the first download, would mean the current folder.
-void removeStaging(const QString &folder)
-{
-    if (!folder.isEmpty())
-        QDir(folder).removeRecursively();
-}
-
 } // namespace
 
 UpdateChecker::UpdateChecker(AppState &app)
@@ -119,7 +104,12 @@ UpdateChecker::~UpdateChecker()
     stop();
     m_app.platform.clock.cancel(m_poll);
     if (phase != UpdatePhase::idle && !m_relaunching)
-        removeStaging(m_folder);
+        m_folder.remove();
+}
+
+Task<> UpdateChecker::sweep()
+{
+    co_await onPool([] { StagingFolder::sweep(); });
 }
 
 QString UpdateChecker::withTelephone(const QString &text) const
@@ -196,9 +186,8 @@ Task<> UpdateChecker::install()
     phase = UpdatePhase::downloading;
     progress = 0.0;
     status = u"Downloading v"_s + info->version + u"…"_s;
-    m_folder = QDir::temp().filePath(u"kxupdate-"_s + QUuid::createUuid().toString(QUuid::WithoutBraces));
     try {
-        co_await fetch(*info, m_folder);
+        co_await fetch(*info);
         phase = UpdatePhase::ready;
         status = u"Parcelory "_s + info->version + u" downloaded and ready to install."_s;
         offers = offers + 1; // the prompt may be closed by now
@@ -220,18 +209,19 @@ Task<> UpdateChecker::discard()
 {
     stagedHelper = std::nullopt;
     stagedArgs.clear();
-    co_await onPool([folder = m_folder] { removeStaging(folder); });
+    co_await onPool(m_folder, &StagingFolder::remove);
     progress = std::nullopt;
     phase = UpdatePhase::idle;
     offers = offers + 1;
 }
 
-Task<> UpdateChecker::fetch(UpdateInfo info, QString folder)
+Task<> UpdateChecker::fetch(UpdateInfo info)
 {
     requireWebAddress(info);
     requireReplaceable(m_application.installedPath());
     requireSignature(info, m_app.platform.deployment.updatePublicKey);
-    makePrivateFolder(folder);
+    m_folder.create();
+    const QString folder = m_folder.path();
     const QString archive = folder + u"/update.zip"_s;
     co_await download(info, archive);
     const QString app = co_await onPool([=, tools = m_tools] {

@@ -3,6 +3,7 @@
 #include "app/AppState.h"
 #include "core/Observable.h"
 #include "core/Task.h"
+#include "shell/StagingFolder.h"
 #include "shell/UpdateFeed.h"
 #include "shell/UpdateTools.h"
 
@@ -19,6 +20,8 @@ public:
     explicit UpdateChecker(AppState &app);
     ~UpdateChecker(); ///< removes an unused download
 
+    /// Deletes what updates of killed programs left in the folder for temporary files.
+    static Task<> sweep();
     /// Ends the child process of a check or a download, because the program is ending.
     void stop() { m_tools.stop(); }
 
@@ -55,7 +58,7 @@ private:
     Task<> check(bool announce);
     Task<std::optional<Notice>> look();
     void offer(const UpdateInfo &info);
-    Task<> fetch(UpdateInfo info, QString folder);
+    Task<> fetch(UpdateInfo info);
     Task<> download(UpdateInfo info, QString archive);
     void pollProgress(QString archive, qint64 total);
     void reportFailure(const std::exception &error);
@@ -69,7 +72,7 @@ private:
     bool m_announcing = false; ///< the clerk waits for the result of the running check
     bool m_relaunching = false;
     quint64 m_poll = 0;
-    QString m_folder; ///< folder of the download
+    StagingFolder m_folder; ///< of the download
 };
 
 } // namespace parcelory

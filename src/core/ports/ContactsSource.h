@@ -34,6 +34,7 @@ struct PlatformContact {
 class ContactsSource {
 public:
     static constexpr int fullAccess = 3;
+    static constexpr int limitedAccess = 4; ///< to the persons that the user has chosen
 
     /// Called for each person in turn; false ends the reading.
     using Take = std::function<bool(const PlatformContact &person)>;
@@ -45,7 +46,7 @@ public:
 
     virtual ~ContactsSource() = default;
 
-    /// The system's status number; fullAccess if everything may be read.
+    /// The system's status number, such as fullAccess and limitedAccess.
     virtual int authorizationStatus() = 0;
     /// Lets the system ask the user for access, unless it already has, and waits for the answer.
     virtual bool requestAccess() = 0;

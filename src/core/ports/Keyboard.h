@@ -27,6 +27,7 @@ struct FieldState {
     QPointer<QObject> field; ///< null: no such field
     QString text;
     qsizetype cursor = 0, anchor = 0; ///< the selection is between them
+    bool isMasked = false;            ///< shows dots, as for a password
 };
 
 /// The program's keyboard: every key press in any of its windows, and the text field that has the focus. Main thread
@@ -38,8 +39,9 @@ public:
     virtual ~Keyboard() = default;
 
     /// Calls `handler` for every key press from now on, and `before` before a widget receives anything else of the
-    /// clerk's: a click, a shortcut, a drop, the text of an input method. Empty functions end this.
-    virtual void listen(Handler handler, std::function<void()> before) = 0;
+    /// clerk's: a click, a shortcut, a drop, the text of an input method. Calls `cut` when a window stops receiving
+    /// keys, because a dialog or another program does: the next keys may be lost. Empty functions end this.
+    virtual void listen(Handler handler, std::function<void()> before, std::function<void()> cut) = 0;
 
     /// True if an editable text field has the focus.
     virtual bool inTextField() const = 0;
@@ -59,7 +61,7 @@ public:
 /// For programs without a window: it never reports a key.
 class SilentKeyboard : public Keyboard {
 public:
-    void listen(Handler, std::function<void()>) override {}
+    void listen(Handler, std::function<void()>, std::function<void()>) override {}
     bool inTextField() const override { return false; }
     FieldState fieldState() const override { return {}; }
     FieldState stateNow(const FieldState &) const override { return {}; }

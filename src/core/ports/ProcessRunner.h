@@ -36,6 +36,14 @@ public:
     /// is killed soon after `cancel` is canceled; use this for work that is useless once the program ends.
     virtual ProcessOutcome run(const QString &program, const QStringList &arguments, const CancelToken &cancel = {},
                                std::chrono::milliseconds limit = noLimit) = 0;
+
+    /// The same for a program that starts another program, which goes on: its output is dropped, because a pipe would
+    /// break and end it.
+    virtual ProcessOutcome runOpener(const QString &program, const QStringList &arguments,
+                                     std::chrono::milliseconds limit)
+    {
+        return run(program, arguments, {}, limit);
+    }
 };
 
 } // namespace parcelory

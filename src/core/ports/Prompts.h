@@ -2,6 +2,8 @@
 
 #include "core/Task.h"
 
+#include <QByteArray>
+#include <QRect>
 #include <QString>
 #include <QStringList>
 
@@ -18,6 +20,14 @@ struct Comparison {
     QString closing;    ///< below both
 };
 
+/// A picture in a question.
+struct QuestionPicture {
+    QByteArray png;
+    QString name;         ///< for screen readers
+    QString caption = {}; ///< above an enlarged part of a picture; without one, the picture is a thumbnail
+    QRect mark = {};      ///< what the question is about, in pixels of the picture; may be empty
+};
+
 /// A question with a fixed set of answers, each a button.
 struct Question {
     QString title;
@@ -25,6 +35,7 @@ struct Question {
     QStringList choices;
     int safeChoice = 0;                        ///< the default button, and the answer if the dialog is closed
     std::optional<Comparison> comparison = {}; ///< the same text in parts, for a dialog that shows them side by side
+    std::optional<QuestionPicture> picture = {};
 };
 
 /// The program's messages and questions in dialogs.
@@ -40,6 +51,8 @@ public:
     virtual Task<QString> saveFile(QString title, QString proposed) = 0;
     /// The file to read; empty if canceled. `filter`: its type, "vCard files (*.vcf)".
     virtual Task<QString> openFile(QString title, QString filter) = 0;
+    /// An existing folder; empty if canceled.
+    virtual Task<QString> openFolder(QString title) = 0;
 };
 
 } // namespace parcelory

@@ -239,7 +239,7 @@ ZplPicture paintZpl(const ZplLabel &label, ZplDensity density, ZplView view)
     }
     image = image.convertToFormat(QImage::Format_Grayscale8);
     const auto moved = [&](bool turns, bool mirrors) {
-        image = turns ? image.transformed(QTransform().rotate(180)) : image.mirrored(true, false);
+        image = image.transformed(turns ? QTransform().rotate(180) : QTransform().scale(-1, 1));
         for (QRect &place : picture.places) {
             if (turns || mirrors)
                 place.moveLeft(width - place.left() - place.width());

@@ -252,7 +252,7 @@ void LabelView::settleFocus()
     if (m_screen.faultyField.value())
         next = field(*m_screen.faultyField.value());
     else if (m_screen.awaitsReprint()) {
-        m_rates->reprintButton()->setFocus();
+        m_rates->lastLabelEntrance()->setFocus();
         return;
     } else if (!m_screen.rates.value().isEmpty()) {
         m_rates->list()->setFocus();
@@ -281,7 +281,7 @@ void LabelView::clear()
 void LabelView::focusStart()
 {
     if (m_screen.awaitsReprint())
-        m_rates->reprintButton()->setFocus();
+        m_rates->lastLabelEntrance()->setFocus();
     else
         focusRecipient();
 }

@@ -2,6 +2,7 @@
 
 #include "app/label/LabelScreen.h"
 #include "app/label/LabelTexts.h"
+#include "app/purchase/LabelVerdictTexts.h"
 #include "app/settings/KeysScreen.h"
 #include "app/settings/SettingsScreen.h"
 #include "compose/Services.h"
@@ -9,6 +10,7 @@
 #include "core/Text.h"
 #include "ui/label/BuyBlock.h"
 #include "ui/label/RateList.h"
+#include "ui/log/ShipmentTexts.h"
 #include "ui/parts/Accessibility.h"
 #include "ui/parts/BusyBar.h"
 #include "ui/parts/Button.h"
@@ -16,6 +18,8 @@
 #include "ui/parts/Notice.h"
 #include "ui/parts/PanelFrame.h"
 #include "ui/parts/TextLabel.h"
+#include "ui/preview/LabelThumbnail.h"
+#include "ui/preview/VerdictNotice.h"
 #include "ui/theme/Theme.h"
 #include "ui/theme/Tokens.h"
 
@@ -27,12 +31,19 @@
 namespace parcelory {
 using namespace Qt::StringLiterals;
 
+namespace {
+
+constexpr int lowWindow = 720; ///< has no room for the checklist below the last label
+
+} // namespace
+
 RatesPanel::RatesPanel(LabelScreen &screen, KeysScreen &keys, SettingsScreen &settings, QWidget *parent)
     : PanelFrame(&Tokens::panel, parent), m_screen(screen),
       m_count(new TextLabel({}, FontRole::caption, &Tokens::muted)),
       m_getRates(new Button(u"Get Rates"_s, Button::Kind::standard, u"ui_refresh"_s)), m_bar(new BusyBar),
-      m_lastLabel(nullptr), m_lastTitle(nullptr), m_lastPrice(nullptr), m_lastRecipient(nullptr),
-      m_lastTracking(nullptr), m_lastMessage(nullptr), m_reprint(nullptr), m_copy(nullptr),
+      m_lastLabel(nullptr), m_lastTitle(nullptr), m_lastPrice(nullptr), m_lastName(nullptr), m_lastPlace(nullptr),
+      m_lastTracking(nullptr), m_lastService(nullptr), m_lastMessage(nullptr), m_lastVerdict(nullptr),
+      m_reprint(nullptr), m_copy(nullptr),
       m_customs(new Button(u"Customs Docs"_s, Button::Kind::standard, u"ui_document"_s)), m_list(new RateList(screen)),
       m_empty(new EmptyState(u"popup_package"_s, {})), m_checks(new QWidget), m_senderCheck(nullptr),
       m_recipientCheck(nullptr), m_weightCheck(nullptr), m_block(new BuyBlock(screen, keys, settings)),
@@ -88,12 +99,15 @@ QWidget *RatesPanel::makeLastLabel()
     m_lastTitle->setTextInk(&Tokens::text);
     m_lastTitle->setText(u"Last label"_s);
     m_lastPrice = new TextLabel({}, FontRole::h2);
-    m_lastRecipient = new TextLabel({}, FontRole::caption);
+    m_lastName = new ElidedLabel({}, FontRole::strong);
+    m_lastPlace = new TextLabel({}, FontRole::caption);
     m_lastTracking = new TextLabel({}, FontRole::mono);
     m_lastTracking->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    m_lastService = new TextLabel({}, FontRole::caption);
     m_lastMessage = new TextLabel({}, FontRole::caption);
-    for (TextLabel *label : {m_lastRecipient, m_lastTracking, m_lastMessage})
+    for (TextLabel *label : {m_lastPlace, m_lastService, m_lastMessage})
         label->setWordWrap(true);
+    m_lastVerdict = new VerdictNotice;
     m_reprint = new Button(u"Reprint"_s, Button::Kind::standard, u"ui_printer"_s);
     m_copy = new Button(u"Copy Tracking"_s, Button::Kind::standard, u"ui_copy"_s);
     connect(m_reprint, &QPushButton::clicked, this, &RatesPanel::reprintRequested);
@@ -111,14 +125,49 @@ QWidget *RatesPanel::makeLastLabel()
     actions->addWidget(m_reprint);
     actions->addWidget(m_copy);
     actions->addStretch(1);
+    auto *words = new QVBoxLayout;
+    words->setSpacing(3);
+    words->addWidget(m_lastName);
+    for (TextLabel *label : {m_lastPlace, m_lastTracking, m_lastService, m_lastMessage})
+        words->addWidget(label);
+    words->addStretch(1);
+    auto *label = new QHBoxLayout;
+    label->setContentsMargins(0, 3, 0, 3);
+    label->setSpacing(12);
+    m_thumbnail = new LabelThumbnail(m_screen.preview);
+    label->addWidget(m_thumbnail, 0, Qt::AlignTop);
+    label->addLayout(words, 1);
+    m_verdictRow = new QWidget; // keeps its height until the verdict is there
+    auto *verdict = new QVBoxLayout(m_verdictRow);
+    verdict->setContentsMargins(0, 0, 0, 0);
+    verdict->addWidget(m_lastVerdict);
+    m_verdictRow->setMinimumHeight(Theme::current().scaled(18));
     column->addLayout(title);
-    for (TextLabel *label : {m_lastRecipient, m_lastTracking, m_lastMessage})
-        column->addWidget(label);
+    column->addLayout(label);
+    column->addWidget(m_verdictRow);
     column->addLayout(actions);
     column->addWidget(m_customs, 0, Qt::AlignLeft);
     connect(m_customs, &QPushButton::clicked, this,
             [this] { spawn([&screen = m_screen] { return screen.reprintLastCustoms(); }); });
     return m_lastLabel;
+}
+
+void RatesPanel::resizeEvent(QResizeEvent *event)
+{
+    PanelFrame::resizeEvent(event);
+    m_refresh.touch();
+}
+
+/// A label that differs from its parcel is looked at before it is printed again.
+bool RatesPanel::isHeld() const
+{
+    const std::optional<LastLabel> last = m_screen.lastLabel;
+    return last && !last->isPrinted && !last->verdict.faults().isEmpty();
+}
+
+QWidget *RatesPanel::lastLabelEntrance() const
+{
+    return isHeld() ? static_cast<QWidget *>(m_thumbnail) : m_reprint;
 }
 
 QWidget *RatesPanel::entrance() const
@@ -154,7 +203,8 @@ void RatesPanel::refresh()
     const bool complete = m_screen.formComplete();
     m_empty->set(complete ? u"ui_refresh"_s : u"popup_package"_s,
                  loading ? u"Loading rates…"_s : LabelTexts::ratesHint(m_screen));
-    m_checks->setVisible(!complete);
+    const bool isLow = window()->height() < Theme::current().scaled(lowWindow) && m_screen.lastLabel.value();
+    m_checks->setVisible(!complete && !isLow);
     const auto tick = [](Notice *row, bool done) {
         row->setLook(done ? u"ui_success"_s : u"ui_pending"_s, done ? &Tokens::ok : &Tokens::muted);
         row->setTextInk(done ? &Tokens::text : &Tokens::muted);
@@ -176,19 +226,29 @@ void RatesPanel::refreshLastLabel()
     if (!last)
         return;
     m_lastPrice->setText(u'$' + fixed(last->record.postage, 2));
-    m_lastRecipient->setText(last->recipient);
-    m_lastTracking->setText(groupsOfFour(last->record.tracking));
+    m_lastName->setFullText(last->recipient.section(u" · "_s, 0, 0));
+    m_lastPlace->setText(last->recipient.section(u" · "_s, 1));
+    m_lastTracking->setText(trackingLines(last->record.tracking));
+    m_lastService->setText(last->record.service);
+    const LabelSight sight = m_screen.preview.sight;
     const bool isPrinted = last->isPrinted;
-    m_lastTitle->setLook(isPrinted ? u"ui_success"_s : u"ui_warning"_s, isPrinted ? &Tokens::ok : &Tokens::warn);
+    const bool differs = LabelVerdictTexts::outcomeOf(sight.verdict) == LabelOutcome::different;
+    const bool isGood = isPrinted && !differs;
+    m_lastTitle->setLook(isGood ? u"ui_success"_s : u"ui_warning"_s, isGood ? &Tokens::ok : &Tokens::warn);
     m_lastTitle->setTextInk(&Tokens::text);
     m_lastTitle->setText(isPrinted ? u"Last label"_s : u"Bought, not printed"_s);
-    m_lastLabel->setFill(isPrinted ? &Tokens::okTint : &Tokens::warnTint);
-    m_lastLabel->setEdge(isPrinted ? &Tokens::ok : &Tokens::warnEdge);
+    m_lastLabel->setFill(isGood ? &Tokens::okTint : &Tokens::warnTint);
+    m_lastLabel->setEdge(isGood ? &Tokens::ok : &Tokens::warnEdge);
+    m_lastVerdict->setVerdict(sight.verdict);
+    m_lastVerdict->setVisible(sight.state != LabelSight::State::drawing);
+    const QString verdict = m_lastVerdict->isHidden() ? QString() : m_lastVerdict->text();
+    m_lastLabel->setAccessibleName(
+        joinPresent({m_lastTitle->text(), last->recipient, m_lastPrice->text(), last->message, verdict}, u", "_s));
     m_lastMessage->setFont(Theme::current().font(isPrinted ? FontRole::caption : FontRole::captionStrong));
     m_lastMessage->setInk(isPrinted ? &Tokens::text : &Tokens::warn);
     m_lastMessage->setText(last->message);
     m_lastMessage->setVisible(!last->message.isEmpty());
-    m_reprint->setKind(isPrinted ? Button::Kind::standard : Button::Kind::solid);
+    m_reprint->setKind(isPrinted || isHeld() ? Button::Kind::standard : Button::Kind::solid);
     m_reprint->setText(m_screen.busy && !isPrinted ? u"Printing…"_s : u"Reprint"_s);
 }
 

@@ -9,8 +9,11 @@
 #include "ui/parts/PanelFrame.h"
 #include "ui/parts/RefreshScheduler.h"
 #include "ui/parts/TextLabel.h"
+#include "ui/preview/VerdictNotice.h"
 
 namespace parcelory {
+
+class LabelThumbnail;
 
 /// The middle of the screen: the last label, the rates or what is missing for them, and the Buy block below.
 class RatesPanel : public PanelFrame {
@@ -19,7 +22,8 @@ public:
     RatesPanel(LabelScreen &screen, KeysScreen &keys, SettingsScreen &settings, QWidget *parent = nullptr);
 
     RateList *list() const { return m_list; }
-    Button *reprintButton() const { return m_reprint; }
+    /// What has the focus while the last label waits for its reprint.
+    QWidget *lastLabelEntrance() const;
     /// Where a key that leads to the rates goes: the rates, or the button that can act; null if nothing here can.
     QWidget *entrance() const;
 
@@ -28,12 +32,16 @@ signals:
     void buyRequested();
     void reprintRequested();
 
+protected:
+    void resizeEvent(QResizeEvent *event) override;
+
 private:
     QWidget *makeHead();
     QWidget *makeLastLabel();
     void addCheck(const QString &text, Notice *&row);
     void refresh();
     void refreshLastLabel();
+    bool isHeld() const;
 
     LabelScreen &m_screen;
     TextLabel *m_count;
@@ -41,7 +49,12 @@ private:
     BusyBar *m_bar;
     PanelFrame *m_lastLabel;
     Notice *m_lastTitle;
-    TextLabel *m_lastPrice, *m_lastRecipient, *m_lastTracking, *m_lastMessage;
+    TextLabel *m_lastPrice;
+    ElidedLabel *m_lastName;
+    TextLabel *m_lastPlace, *m_lastTracking, *m_lastService, *m_lastMessage;
+    VerdictNotice *m_lastVerdict;
+    QWidget *m_verdictRow = nullptr;
+    LabelThumbnail *m_thumbnail = nullptr;
     Button *m_reprint, *m_copy, *m_customs;
     RateList *m_list;
     EmptyState *m_empty;

@@ -37,7 +37,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int detailsHeight = 174;
+constexpr int detailsHeight = 222;
 
 } // namespace
 
@@ -109,6 +109,7 @@ void MailingLogView::connectList()
         if (const auto record = selectedRecord())
             m_screen.copyTracking(*record);
     });
+    connect(m_table, &RowTable::viewRequested, &m_screen.preview, &LabelPreview::open);
     connect(m_search, &SearchField::listRequested, m_table, [this] { m_table->setFocus(Qt::TabFocusReason); });
 }
 

@@ -2,6 +2,7 @@
 
 #include "app/logs/MailingLogScreen.h"
 #include "app/logs/TrackPage.h"
+#include "app/purchase/LabelVerdictTexts.h"
 #include "core/Task.h"
 #include "core/Text.h"
 #include "records/LabelChecks.h"
@@ -14,6 +15,8 @@
 #include "ui/parts/Button.h"
 #include "ui/parts/PanelFrame.h"
 #include "ui/parts/TextLabel.h"
+#include "ui/preview/LabelThumbnail.h"
+#include "ui/preview/VerdictNotice.h"
 #include "ui/theme/Theme.h"
 #include "ui/theme/Tokens.h"
 
@@ -26,6 +29,7 @@
 
 #include <cstddef>
 #include <optional>
+#include <utility>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;
@@ -33,6 +37,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int labelWidth = 106, columnTotal = 3;
+constexpr int sideWidth = 174, leastForPicture = 1080, leastForSide = 1180;
 constexpr int columnStretch[columnTotal] = {3, 4, 4};
 const QString customsToolTip =
     u"Reprint the customs paperwork — the commercial invoice (USPS) or FedEx's trade documents"_s;
@@ -117,7 +122,11 @@ ShipmentDetails::ShipmentDetails(MailingLogScreen &screen, QWidget *list, QWidge
       m_check(new Button(u"Check Status"_s, Button::Kind::standard, u"ui_status"_s)),
       m_copy(new Button(u"Copy Tracking"_s, Button::Kind::standard, u"ui_copy"_s)),
       m_track(new Button(u"Track Online"_s, Button::Kind::standard, u"ui_external"_s)),
-      m_refund(new Button(u"Refund"_s, Button::Kind::danger, u"ui_refund"_s))
+      m_refund(new Button(u"Refund"_s, Button::Kind::danger, u"ui_refund"_s)),
+      m_thumbnail(new LabelThumbnail(screen.preview)), m_verdict(new VerdictNotice),
+      m_compared(new TextLabel({}, FontRole::caption, &Tokens::muted)),
+      m_unchecked(new TextLabel({}, FontRole::caption, &Tokens::muted)),
+      m_showLabel(new Button(u"Show Label"_s, Button::Kind::link))
 {
     auto *nothing = new TextLabel(u"Choose a shipment to see its details."_s, FontRole::body, &Tokens::muted);
     nothing->setAlignment(Qt::AlignCenter);
@@ -127,7 +136,12 @@ ShipmentDetails::ShipmentDetails(MailingLogScreen &screen, QWidget *list, QWidge
     rows->setContentsMargins(16, 10, 16, 6);
     rows->setSpacing(8);
     rows->addWidget(makeHead());
-    rows->addWidget(makeLines(), 1);
+    m_body = new QHBoxLayout;
+    m_body->setSpacing(12);
+    m_body->addWidget(makeLines(), 1);
+    m_body->addWidget(makeLabelSide());
+    m_body->addWidget(m_thumbnail, 0, Qt::AlignTop);
+    rows->addLayout(m_body, 1);
     m_pages->addWidget(page);
     refresh();
 }
@@ -199,10 +213,75 @@ QWidget *ShipmentDetails::makeLines()
         grid->addWidget(value, row, 1, Qt::AlignTop);
         m_values.push_back(value);
     }
+    m_lastColumn = grids[columnTotal - 1];
+    m_rowBelow = m_lastColumn->rowCount();
     for (QGridLayout *grid : grids)
-        grid->setRowStretch(grid->rowCount(), 1);
+        grid->setRowStretch(grid->rowCount() + 1, 1);
     area->setWidget(body);
     return area;
+}
+
+/// What was found when the label was compared with its parcel.
+QWidget *ShipmentDetails::makeLabelSide()
+{
+    m_side = new PanelFrame(&Tokens::sheet);
+    m_side->setLines(Qt::LeftEdge);
+    m_side->setFixedWidth(Theme::current().scaled(sideWidth));
+    auto *rows = new QVBoxLayout(m_side);
+    rows->setContentsMargins(13, 0, 0, 0);
+    rows->setSpacing(6);
+    for (TextLabel *label : {m_compared, m_unchecked})
+        label->setWordWrap(true);
+    rows->addWidget(m_verdict);
+    rows->addWidget(m_compared);
+    rows->addWidget(m_unchecked);
+    rows->addStretch(1);
+    rows->addWidget(m_showLabel, 0, Qt::AlignLeft);
+    connect(m_showLabel, &QPushButton::clicked, &m_screen.preview, &LabelPreview::open);
+    return m_side;
+}
+
+void ShipmentDetails::resizeEvent(QResizeEvent *event)
+{
+    PanelFrame::resizeEvent(event);
+    fitLabel();
+}
+
+/// A narrow window keeps the three columns of texts and shows less of the label. Checks the window, which this pane
+/// spans, because a hidden pane keeps its old size.
+void ShipmentDetails::fitLabel()
+{
+    const Theme &theme = Theme::current();
+    const bool hasCopy = m_screen.preview.sight.value().state != LabelSight::State::noCopy;
+    m_thumbnail->setVisible(hasCopy && window()->width() >= theme.scaled(leastForPicture));
+    const bool isBelow = window()->width() < theme.scaled(leastForSide);
+    for (TextLabel *label : {m_compared, m_unchecked})
+        label->setVisible(!isBelow && !label->text().isEmpty());
+    if (std::exchange(m_isSideBelow, isBelow) == isBelow)
+        return;
+    if (isBelow) // under the description
+        m_lastColumn->addWidget(m_side, m_rowBelow, 1);
+    else
+        m_body->insertWidget(1, m_side);
+    m_side->setLines(isBelow ? Qt::Edges() : Qt::LeftEdge);
+    m_side->layout()->setContentsMargins(isBelow ? 0 : 13, 0, 0, 0);
+}
+
+void ShipmentDetails::refreshLabel()
+{
+    const LabelSight sight = m_screen.preview.sight;
+    const LabelVerdict verdict = sight.verdict.value_or(LabelVerdict());
+    const bool hasCopy = sight.state != LabelSight::State::noCopy;
+    m_verdict->setVerdict(sight.verdict);
+    if (!hasCopy)
+        m_verdict->setText(u"No copy of this label is stored."_s);
+    m_verdict->setVisible(sight.state != LabelSight::State::drawing);
+    const QString same = LabelVerdictTexts::itemsWith(verdict, LabelMatch::same),
+                  unchecked = LabelVerdictTexts::itemsWith(verdict, LabelMatch::unchecked);
+    m_compared->setText(same);
+    m_unchecked->setText(same.isEmpty() || unchecked.isEmpty() ? QString() : u"Cannot be checked: "_s + unchecked);
+    enable(m_showLabel, hasCopy, m_list);
+    fitLabel();
 }
 
 void ShipmentDetails::refresh()
@@ -235,6 +314,7 @@ void ShipmentDetails::refreshButtons(const ShipmentRecord &record)
 void ShipmentDetails::show(const ShipmentRecord &record)
 {
     refreshButtons(record);
+    refreshLabel();
     m_name->setFullText(recipientName(record));
     const QList<RowBadge> badges = badgesOf(record);
     for (size_t at = 0; at < m_badges.size(); ++at) {

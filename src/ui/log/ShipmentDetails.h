@@ -9,9 +9,14 @@
 #include <array>
 #include <vector>
 
+class QGridLayout;
+class QHBoxLayout;
 class QStackedLayout;
 
 namespace parcelory {
+
+class LabelThumbnail;
+class VerdictNotice;
 
 /// The pane under the mailing log: one shipment in full, and its actions.
 class ShipmentDetails : public PanelFrame {
@@ -23,12 +28,18 @@ public:
     /// Shows the chosen shipment as it is now.
     void refresh();
 
+protected:
+    void resizeEvent(QResizeEvent *event) override;
+
 private:
     using Operation = Task<> (MailingLogScreen::*)(ShipmentRecord record);
 
     QWidget *makeHead();
     void connectButton(Button *button, Operation operation);
     QWidget *makeLines();
+    QWidget *makeLabelSide();
+    void fitLabel();
+    void refreshLabel();
     void refreshButtons(const ShipmentRecord &record);
     void show(const ShipmentRecord &record);
 
@@ -43,6 +54,15 @@ private:
     Button *m_copy;
     Button *m_track;
     Button *m_refund;
+    LabelThumbnail *m_thumbnail;
+    QHBoxLayout *m_body = nullptr;
+    QGridLayout *m_lastColumn = nullptr;
+    int m_rowBelow = 0;           ///< of the last column, for the verdict in a narrow pane
+    PanelFrame *m_side = nullptr; ///< the verdict
+    bool m_isSideBelow = false;
+    VerdictNotice *m_verdict;
+    TextLabel *m_compared, *m_unchecked; ///< items
+    Button *m_showLabel;
     std::vector<TextLabel *> m_values; ///< in the order of `lines`
 };
 

@@ -29,6 +29,13 @@ QString recipientAddress(const ShipmentRecord &record)
     return record.recipient.section(u',', 1).trimmed();
 }
 
+QString trackingLines(const QString &tracking)
+{
+    constexpr int firstLine = 20;
+    QString text = groupsOfFour(tracking);
+    return text.size() > firstLine ? text.replace(firstLine - 1, 1, u'\n') : text;
+}
+
 QList<RowBadge> badgesOf(const ShipmentRecord &record)
 {
     QList<RowBadge> badges;

@@ -11,6 +11,8 @@ namespace parcelory {
 QString timeText(const ShipmentRecord &record);
 /// "$12.35"
 QString postageText(const ShipmentRecord &record);
+/// A tracking number in groups of four, broken after the fourth group: in a narrow place it is never elided.
+QString trackingLines(const QString &tracking);
 /// The stored line begins with the recipient's name; the rest is the address.
 QString recipientName(const ShipmentRecord &record);
 QString recipientAddress(const ShipmentRecord &record);

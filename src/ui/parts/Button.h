@@ -9,6 +9,7 @@ namespace parcelory {
 /// The program's push button. A screen has at most one solid button: the next step. Return presses the button that has
 /// the focus, and not the default.
 class Button : public QPushButton {
+    Q_OBJECT
 public:
     enum class Kind {
         standard,

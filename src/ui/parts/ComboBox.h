@@ -9,6 +9,7 @@ namespace parcelory {
 
 /// A combo box with the height of the program's fields.
 class ComboBox : public QComboBox {
+    Q_OBJECT
 public:
     explicit ComboBox(const QString &name, QWidget *parent = nullptr);
 

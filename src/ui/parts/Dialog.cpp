@@ -94,6 +94,13 @@ Button *Dialog::addButton(const QString &text, int result, Button::Kind kind)
     return button;
 }
 
+void Dialog::addHelp(const std::function<void()> &help)
+{
+    auto *button = new Button(QStringLiteral("Help"));
+    m_buttons->addButton(button, QDialogButtonBox::HelpRole);
+    connect(button, &QPushButton::clicked, this, help);
+}
+
 void Dialog::fitHeight()
 {
     setFixedHeight(layout()->totalHeightForWidth(width()));
@@ -133,9 +140,10 @@ bool Dialog::eventFilter(QObject *watched, QEvent *event)
     const bool held = key && key->isAutoRepeat() && key->text().trimmed().isEmpty(); // letters may be held
     if (!m_guard && !held)
         return false;
-    // A shortcut event goes to a child object of a widget; a key event goes to the native window first.
+    // A shortcut event goes to a child object of a widget. A key press goes to the native window first, where the
+    // scanner is heard, and then to a widget.
     const auto *widget = qobject_cast<QWidget *>(watched->isWidgetType() ? watched : watched->parent());
-    return watched == windowHandle() || (widget && widget->window() == this);
+    return (watched == windowHandle() && type != QEvent::KeyPress) || (widget && widget->window() == this);
 }
 
 } // namespace parcelory

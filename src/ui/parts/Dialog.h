@@ -7,6 +7,7 @@
 #include <QDialog>
 #include <QPointer>
 
+#include <functional>
 #include <optional>
 
 class QDialogButtonBox;
@@ -29,6 +30,8 @@ public:
     QVBoxLayout *body() const { return m_body; }
     /// Pressing the button ends the dialog with `result`. The solid button is the default.
     Button *addButton(const QString &text, int result, Button::Kind kind);
+    /// Adds a Help button, which leaves the dialog open.
+    void addHelp(const std::function<void()> &help);
 
     bool eventFilter(QObject *watched, QEvent *event) override;
 

@@ -59,10 +59,14 @@ void LineEdit::keyPressEvent(QKeyEvent *event)
 
 void LineEdit::pasteText()
 {
+    constexpr QChar breakOpportunity(0x200B); // invisible; web pages and our own labels have it inside long words
+    const bool isSecret = echoMode() != Normal;
     QString text = QApplication::clipboard()->text();
+    if (!isSecret)
+        text.remove(breakOpportunity);
     if (takePaste && takePaste(text))
         return;
-    if (echoMode() == Normal) { // a blank may be part of a password
+    if (!isSecret) { // a blank may be part of a password
         static const QRegularExpression breaks(u"\\s*[\\r\\n\\x{2028}\\x{2029}]+\\s*"_s);
         text = text.trimmed().replace(breaks, u" "_s);
     }

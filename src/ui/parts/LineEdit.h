@@ -12,6 +12,7 @@ namespace parcelory {
 /// the next edit clears the fault. A pasted text comes in without the blanks around it. A field without the focus shows
 /// the beginning of its text.
 class LineEdit : public QLineEdit {
+    Q_OBJECT
 public:
     /// `name` is the name for screen readers; `width` is in logical pixels, 0 takes the available width.
     explicit LineEdit(const QString &name, int width = 0, QWidget *parent = nullptr);

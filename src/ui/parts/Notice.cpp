@@ -33,6 +33,7 @@ void Notice::setText(const QString &text)
 void Notice::setLook(const QString &icon, Token ink)
 {
     m_icon->set(icon, ink);
+    m_icon->setVisible(!icon.isEmpty());
     m_text->setInk(ink);
 }
 

@@ -163,6 +163,8 @@ void RowTable::keyPressEvent(QKeyEvent *event)
 {
     if (event->matches(QKeySequence::Copy))
         emit copyRequested();
+    else if (event->key() == Qt::Key_Space && chosen().isValid() && !event->isAutoRepeat())
+        emit viewRequested();
     else
         QTableView::keyPressEvent(event);
 }

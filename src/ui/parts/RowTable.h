@@ -37,6 +37,7 @@ public:
 
 signals:
     void chosenChanged();
+    void viewRequested(); ///< by Space
     void copyRequested(); ///< replaces the default Copy, which would keep the spaces of grouped numbers
 
 protected:

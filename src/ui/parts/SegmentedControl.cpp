@@ -106,11 +106,21 @@ void SegmentedControl::choose(int id)
     shareFocus();
 }
 
-/// Tab stops only at the chosen segment; arrow keys continue from there.
+void SegmentedControl::chooseNone()
+{
+    m_group.setExclusive(false);
+    if (QAbstractButton *button = m_group.checkedButton())
+        button->setChecked(false);
+    m_group.setExclusive(true);
+    shareFocus();
+}
+
+/// Tab stops only at the chosen segment, or at the first one; arrow keys continue from there.
 void SegmentedControl::shareFocus()
 {
+    const QAbstractButton *stop = m_group.checkedButton() ? m_group.checkedButton() : m_group.buttons().value(0);
     for (QAbstractButton *button : m_group.buttons())
-        button->setFocusPolicy(button->isChecked() ? Qt::StrongFocus : Qt::ClickFocus);
+        button->setFocusPolicy(button == stop ? Qt::StrongFocus : Qt::ClickFocus);
 }
 
 void SegmentedControl::paintEvent(QPaintEvent *)

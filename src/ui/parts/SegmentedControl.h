@@ -17,6 +17,7 @@ public:
     /// Adds a disabled segment with a badge that says why.
     void addUnavailable(const QString &text, const QString &icon, const QString &badge);
     void choose(int id);
+    void chooseNone();
     int chosen() const { return m_group.checkedId(); }
 
 private:

@@ -8,6 +8,7 @@ namespace parcelory {
 
 /// A text in one of the theme's font roles; its color follows the theme.
 class TextLabel : public QLabel {
+    Q_OBJECT
 public:
     explicit TextLabel(const QString &text = {}, FontRole role = FontRole::body, Token ink = &Tokens::text,
                        QWidget *parent = nullptr);

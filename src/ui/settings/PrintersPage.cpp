@@ -10,6 +10,7 @@
 #include "ui/parts/IconView.h"
 #include "ui/parts/Notice.h"
 #include "ui/parts/TextLabel.h"
+#include "ui/preview/LabelThumbnail.h"
 #include "ui/settings/SettingsPage.h"
 #include "ui/theme/Theme.h"
 #include "ui/theme/Tokens.h"
@@ -53,8 +54,9 @@ PrintersPage::PrintersPage(AppState &app, SettingsScreen &settings, QWidget *par
       m_test(new Button(u"Print Test"_s)),
       m_refreshButton(new Button(u"Refresh"_s, Button::Kind::standard, u"ui_refresh"_s)),
       m_noZebra(new Notice(u"ui_warning"_s, &Tokens::warn)), m_outcome(new Notice({}, &Tokens::ok, FontRole::caption)),
-      m_undo(new Button(u"Undo"_s, Button::Kind::link)), m_noZebraRow(rowFor(m_noZebra)),
-      m_outcomeRow(rowFor(m_outcome)), m_scaleName(new TextLabel({}, FontRole::strong)),
+      m_undo(new Button(u"Undo"_s, Button::Kind::link)), m_testLabel(new LabelThumbnail(settings.testLabel)),
+      m_noZebraRow(rowFor(m_noZebra)), m_outcomeRow(rowFor(m_outcome)),
+      m_scaleName(new TextLabel({}, FontRole::strong)),
       m_scaleState(new TextLabel({}, FontRole::caption, &Tokens::muted)), m_weight(new TextLabel({}, FontRole::h2)),
       m_settling(new Notice(u"ui_check"_s, &Tokens::ok)), m_refresh([this] { refresh(); })
 {
@@ -62,6 +64,8 @@ PrintersPage::PrintersPage(AppState &app, SettingsScreen &settings, QWidget *par
     appendDocuments();
     appendScale();
     m_outcomeRow->add(m_undo);
+    auto *test = qobject_cast<QBoxLayout *>(m_outcomeRow->layout());
+    test->insertWidget(test->indexOf(m_outcome), m_testLabel);
     connect(m_label, &QComboBox::activated, this,
             [this](int at) { m_settings.chooseLabelQueue(m_label->itemData(at).toString()); });
     connect(m_document, &QComboBox::activated, this,
@@ -167,6 +171,7 @@ void PrintersPage::refresh()
     if (outcome.ok)
         m_outcome->setTextInk(&Tokens::text);
     m_outcome->setText(outcome.text);
+    m_testLabel->setVisible(m_settings.testLabel.label.value().has_value());
     m_outcomeRow->setVisible(!outcome.text.isEmpty());
     m_undo->setVisible(!outcome.replacedQueue.isEmpty());
     m_noZebra->setText(m_settings.zebraHint());

@@ -12,6 +12,8 @@
 
 namespace parcelory {
 
+class LabelThumbnail;
+
 /// The print queues for labels and for documents, and the scale.
 class PrintersPage : public SettingsPage {
     Q_OBJECT
@@ -35,6 +37,7 @@ private:
     Button *m_test, *m_refreshButton;
     Notice *m_noZebra, *m_outcome;
     Button *m_undo;
+    LabelThumbnail *m_testLabel;
     FormRow *m_noZebraRow, *m_outcomeRow;
     TextLabel *m_scaleName, *m_scaleState, *m_weight;
     Notice *m_settling;

@@ -66,10 +66,9 @@ TextLabel *smallPrint(const QString &text)
 SignInView::SignInView(AppState &app, SignInScreen &screen, const QString &note, QWidget *parent)
     : PanelFrame(&Tokens::window, parent), m_app(app), m_screen(screen), m_name(new LineEdit(u"Email or user name"_s)),
       m_password(new LineEdit(u"Password"_s)), m_remember(new QCheckBox(u"Remember me on this Mac"_s)),
-      m_signIn(new Button(u"Sign in"_s, Button::Kind::solid)),
+      m_signIn(new Button(u"Sign in"_s, Button::Kind::solid)), m_cancel(new Button(u"Cancel"_s)),
       m_error(new Notice(u"ui_error"_s, &Tokens::bad, FontRole::button)),
-      m_wait(new TextLabel({}, FontRole::caption, &Tokens::muted)),
-      m_cancel(new Button(u"Cancel"_s, Button::Kind::link)), m_refresh([this] { refresh(); })
+      m_wait(new TextLabel({}, FontRole::caption, &Tokens::muted)), m_refresh([this] { refresh(); })
 {
     auto *center = new QHBoxLayout;
     center->addStretch(1);
@@ -94,6 +93,7 @@ SignInView::SignInView(AppState &app, SignInScreen &screen, const QString &note,
     });
     connect(m_remember, &QCheckBox::toggled, this, [this](bool on) { m_screen.remember = on; });
     connect(m_signIn, &QPushButton::clicked, this, &SignInView::signIn);
+    connect(m_cancel, &QPushButton::clicked, &app, &AppState::cancelSignIn);
     m_refresh.follow(app, screen);
     refresh();
 }
@@ -101,7 +101,12 @@ SignInView::SignInView(AppState &app, SignInScreen &screen, const QString &note,
 QWidget *SignInView::makeCard(const QString &note)
 {
     const Theme &theme = Theme::current();
-    m_signIn->setFixedHeight(theme.scaled(buttonHeight));
+    auto *buttons = new QHBoxLayout;
+    buttons->setSpacing(8);
+    buttons->addWidget(m_signIn, 1);
+    buttons->addWidget(m_cancel);
+    for (Button *button : {m_signIn, m_cancel})
+        button->setFixedHeight(theme.scaled(buttonHeight));
     m_signIn->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     auto *card = PanelFrame::card();
     card->setFixedWidth(theme.scaled(cardWidth));
@@ -114,13 +119,9 @@ QWidget *SignInView::makeCard(const QString &note)
     column->addLayout(labeled(m_password));
     column->addWidget(m_remember, 0, Qt::AlignLeft);
     column->addSpacing(3);
-    column->addWidget(m_signIn);
+    column->addLayout(buttons);
     column->addWidget(m_error);
-    auto *waiting = new QHBoxLayout;
-    waiting->addWidget(m_wait, 1);
-    waiting->addWidget(m_cancel);
-    column->addLayout(waiting);
-    connect(m_cancel, &QPushButton::clicked, &m_app, &AppState::cancelSignIn);
+    column->addWidget(m_wait);
     column->addSpacing(4);
     column->addWidget(new Separator);
     column->addWidget(smallPrint(u"Sign in with your deskline account (requires the office VPN). Your login is sent "

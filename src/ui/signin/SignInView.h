@@ -33,10 +33,9 @@ private:
     SignInScreen &m_screen;
     LineEdit *m_name, *m_password;
     QCheckBox *m_remember;
-    Button *m_signIn;
+    Button *m_signIn, *m_cancel;
     Notice *m_error;
     TextLabel *m_wait; ///< how long a sign-in may take
-    Button *m_cancel;
     RefreshScheduler m_refresh;
 };
 

@@ -1,23 +1,8 @@
-#include "app/AppState.h"
 #include "backoffice/DesklineAuth.h"
-#include "backoffice/DesklineInvoice.h"
-#include "shell/ErrorLog.h"
+#include "support/AppTest.h"
 #include "support/BackOfficeDesk.h"
-#include "support/FakePlatform.h"
-#include "support/Printing.h"
-#include "support/RunTask.h"
-
-#include <gmock/gmock.h>
-
-#include <chrono>
-#include <functional>
-#include <utility>
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
-using namespace std::chrono_literals;
-using testing::IsEmpty;
-
 namespace {
 
 class InvoiceFlowTest : public BackOfficeDesk {
@@ -57,16 +42,6 @@ TEST_F(InvoiceFlowTest, FillsTheLabelFromAScanAndReportsEveryFailure)
     EXPECT_EQ(app->scanStatus.value(), u"\"012\" doesn't look like an invoice QR code or number."_s);
     EXPECT_EQ(app->scanStatusKind.value(), StatusKind::failure);
 
-    QStringList heard;
-    QObject here;
-    QObject::connect(app.get(), &AppState::scanFailed, &here, [&](const QString &text) { heard += text; });
-    for (const QString &text : {u"48213"_s, u"i48213"_s, u"48220"_s}) // the second is a double scan
-        app->handleInvoiceScan(text);
-    EXPECT_EQ(heard, QStringList{u"Invoice 48220 ignored — still loading 48213."_s});
-    runUntil([this] { return !app->scanBusy; }, &clock);
-    settle();
-    prompts.alerts.clear();
-
     app->tab = MainTab::settings;
     scan(u"https://crvl.example/i48213"_s);
     EXPECT_EQ(app->scanStatus.value(), u"Invoice 48213: Eleanor Whitfield — label filled."_s);
@@ -86,6 +61,7 @@ TEST_F(InvoiceFlowTest, FillsTheLabelFromAScanAndReportsEveryFailure)
         bool signOutShown = false;
     };
     const QString noBuyer = u"Invoice 4900 loaded but no buyer details were found on the page."_s;
+    const QString stopped = u"The page of invoice 4900 stopped working while it was read — scan the invoice again."_s;
     const Row rows[] = {
         {u"{}"_s, true, false, u"The deskline session has expired — sign out of Parcelory and sign back in."_s},
         {u"{}"_s, true, false, noBuyer, true}, // a password field of another kind
@@ -98,14 +74,15 @@ TEST_F(InvoiceFlowTest, FillsTheLabelFromAScanAndReportsEveryFailure)
          false,
          false,
          u"Deskline is responding slowly — invoice 4900 didn't load after 45 seconds. Try again in a moment."_s},
-        {{}, false, true, u"The page of invoice 4900 stopped working while it was read — scan the invoice again."_s},
+        {{}, false, true, stopped},
+        {u"x"_s, true, true, stopped}, // while the script runs
     };
     for (const Row &row : rows) {
         web.answer = [&](const QString &expression) -> QVariant {
-            web.crashed = row.crashed;
+            web.crashed = row.crashed && (row.page.isEmpty() || !isReadyProbe(expression));
             if (expression == DesklineAuth::loginFormProbe)
                 return row.form;
-            if (expression == DesklineAuth::signedInProbe)
+            if (expression == DesklineAuth::signOutProbe)
                 return row.signOutShown;
             return isReadyProbe(expression) ? QVariant(!row.page.isEmpty()) : QVariant(row.page);
         };
@@ -153,8 +130,11 @@ TEST_F(InvoiceFlowTest, ReadsOneInvoiceAtATimeAndNamesTheScansItIgnored)
     const QString note = u"Scanned meanwhile and not read: invoice 48301, 48302 — scan it again."_s;
     showPage(false, false, wholePage);
     app->flow = AppFlow::main;
+    QStringList heard;
+    QObject::connect(app.get(), &AppState::scanFailed, app.get(), [&](const QString &text) { heard += text; });
     for (const QString &text : {u"48300"_s, u"48301"_s, u"i48302"_s, u"48301"_s, u"48300"_s, u"noise"_s})
         app->handleInvoiceScan(text);
+    EXPECT_EQ(heard.value(0), u"Invoice 48301 ignored — still loading 48300."_s);
     EXPECT_EQ(app->scanStatus.value(), u"Loading invoice 48300 from deskline…"_s);
     EXPECT_EQ(app->scanNote.value(), note);
     runUntil([this] { return !app->scanBusy; }, &clock);
@@ -163,22 +143,35 @@ TEST_F(InvoiceFlowTest, ReadsOneInvoiceAtATimeAndNamesTheScansItIgnored)
     scan(u"48301"_s);
     EXPECT_EQ(app->scanLine(), u"Invoice 48301: Ann — label filled."_s);
     EXPECT_EQ(app->scanStatusKind.value(), StatusKind::success);
+
+    for (const QString &text : {u"4830"_s, u"48301"_s, u"48301"_s, u"77123"_s, u"483012"_s}) // a pause in the code
+        app->handleInvoiceScan(text);
+    runUntil([this] { return !app->scanBusy; }, &clock);
+    EXPECT_EQ(app->scanLine(), u"Invoice 483012: Ann — label filled. Scanned meanwhile and not read: invoice 77123 — "
+                               "scan it again."_s);
+
+    showPage(false, false, invoicePage); // lacks parts, and has a flag
+    heard.clear();
+    prompts.whileAlerted = [this] { app->handleInvoiceScan(u"48302"_s); };
+    scan(u"48300"_s);
+    EXPECT_EQ(heard, QStringList{u"Invoice 48302 ignored — close the message about 48300 first."_s});
+    EXPECT_EQ(app->scanNote.value(), u"The invoice has no street and no city and no ZIP — complete the address. "
+                                     "Scanned meanwhile and not read: invoice 48302 — scan it again."_s);
 }
 
 TEST_F(InvoiceFlowTest, IsCanceledAtAnyMoment)
 {
     const auto customer = [](const QString &expression) { return expression.contains(u"companyname"_s); };
     const auto script = [](const QString &expression) { return expression.contains(u"profileUserID"_s); };
-    struct Row {
+    const struct {
         const char *when;
         std::function<bool(const QString &)> isMoment;
         int customersPages; ///< that are loaded for both invoices
-    };
-    const Row rows[] = {{"while the page loads", isReadyProbe, 1},
-                        {"while it is read", script, 1},
-                        {"at the customer's page", customer, 2}};
+    } rows[] = {{"while the page loads", isReadyProbe, 1},
+                {"while it is read", script, 1},
+                {"at the customer's page", customer, 2}};
     app->flow = AppFlow::main;
-    for (const Row &row : rows) {
+    for (const auto &row : rows) {
         SCOPED_TRACE(row.when);
         bool canceled = false;
         const int fills = app->draftFillCount;
@@ -199,13 +192,23 @@ TEST_F(InvoiceFlowTest, IsCanceledAtAnyMoment)
         EXPECT_EQ(web.loaded.filter(u"id=771"_s).size(), row.customersPages);
         EXPECT_TRUE(errors->entries().isEmpty());
     }
-    const QString filled = app->draftReference;
-    app->handleInvoiceScan(u"48303"_s);
-    app->cancelInvoiceScan();
-    EXPECT_FALSE(app->scanBusy);
-    EXPECT_EQ(app->scanLine(), u"Invoice 48303 was not read."_s);
-    endOfReading();
-    EXPECT_EQ(app->draftReference.value(), filled);
+}
+
+TEST_F(InvoiceFlowTest, NothingIsFilledInByAReadingThatIsGivenUp)
+{
+    showPage(false, false, invoicePage);
+    for (const bool isSignOut : {false, true}) {
+        app->flow = AppFlow::main;
+        app->handleInvoiceScan(u"48213"_s);
+        isSignOut ? app->signOut() : app->cancelInvoiceScan();
+        EXPECT_FALSE(app->scanBusy);
+        EXPECT_EQ(app->scanLine(), isSignOut ? QString() : u"Invoice 48213 was not read."_s);
+        endOfReading();
+        EXPECT_FALSE(app->scannedInvoice.value());
+        EXPECT_TRUE(app->draftTo.value().isEmpty());
+        EXPECT_THAT(web.loaded.filter(u"48213"_s), IsEmpty());
+        EXPECT_TRUE(errors->entries().isEmpty());
+    }
 }
 
 TEST_F(InvoiceFlowTest, SignsInAgainOnceBeforeItReportsAnExpiredSession)
@@ -231,7 +234,7 @@ TEST_F(InvoiceFlowTest, SignsInAgainOnceBeforeItReportsAnExpiredSession)
         web.answer = [&](const QString &expression) -> QVariant {
             if (expression == DesklineAuth::loginFormProbe)
                 return expired;
-            if (expression == DesklineAuth::signedInProbe)
+            if (expression == DesklineAuth::signOutProbe || expression == DesklineAuth::signedInProbe)
                 return !expired;
             if (isReadyProbe(expression))
                 return true;
@@ -252,19 +255,35 @@ TEST_F(InvoiceFlowTest, SignsInAgainOnceBeforeItReportsAnExpiredSession)
     }
 }
 
-TEST_F(InvoiceFlowTest, DoesNotShowAScanAfterASignOut)
+TEST_F(InvoiceFlowTest, ACanceledReadingRenewsNoSession)
 {
-    showPage(false, false, invoicePage);
     app->flow = AppFlow::main;
-    app->handleInvoiceScan(u"48213"_s);
-    app->signOut();
-    EXPECT_FALSE(app->scanBusy);
-    endOfReading();
-    EXPECT_FALSE(app->scannedInvoice.value());
-    EXPECT_TRUE(app->draftTo.value().isEmpty());
-    EXPECT_EQ(app->scanStatus.value(), QString());
-    EXPECT_THAT(web.loaded, IsEmpty());
-    EXPECT_TRUE(errors->entries().isEmpty());
+    app->signedInUser = u"dana"_s;
+    runTask(app->credentials.save({u"dana"_s, u"secret"_s}));
+    const QString page = uR"({"fields":{"Name":"Ann","Address":"1 Main St","City":"Bend, OR","Zip":"97702"}})"_s;
+    for (const bool atTheForm : {false, true}) { // or while the saved name is read
+        bool canceled = false;
+        const auto scanOn = [&] {
+            canceled = true;
+            app->cancelInvoiceScan();
+            app->handleInvoiceScan(u"48302"_s);
+        };
+        web.loaded.clear();
+        web.answer = [&](const QString &expression) -> QVariant {
+            const bool isForm = expression == DesklineAuth::loginFormProbe;
+            if (isForm && atTheForm && web.loaded.last().contains(u"login.php"_s))
+                scanOn();
+            if (expression == DesklineAuth::signOutProbe && !atTheForm)
+                QMetaObject::invokeMethod(app.get(), scanOn, Qt::QueuedConnection);
+            if (isForm || isReadyProbe(expression))
+                return true;
+            return canceled ? QVariant(page) : QVariant();
+        };
+        scan(u"48301"_s);
+        EXPECT_EQ(app->scanLine(), u"Invoice 48302: Ann — label filled."_s);
+        EXPECT_EQ(web.loaded.filter(u"login.php"_s).size(), atTheForm ? 1 : 0);
+        EXPECT_TRUE(errors->entries().isEmpty());
+    }
 }
 
 } // namespace parcelory::test

@@ -1,26 +1,9 @@
-#include "app/logs/MailingLogScreen.h"
-#include "compose/Customs.h"
-#include "compose/Mailpieces.h"
-#include "compose/Services.h"
-#include "core/ShippoAddress.h"
-#include "core/Task.h"
-#include "support/CarrierDesk.h"
-#include "support/LabelDesk.h"
-#include "support/Printing.h"
-#include "support/RunTask.h"
-
-#include <gmock/gmock.h>
-
-#include <optional>
-#include <utility>
+#include "support/AppTest.h"
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
-using testing::HasSubstr;
-
 namespace {
 
-class LabelDevicesTest : public testing::Test, public LabelDesk {
+class LabelDevicesTest : public LabelTest {
 protected:
     void plug() { hid.listener.attached(1, u"M25"_s); }
     /// A report in tenths of an ounce.
@@ -44,8 +27,7 @@ protected:
     }
     void buyAbroad()
     {
-        composeParcel(londonAddress());
-        screen().customs = CustomsInfo{CustomsItemType::investmentGold, u"2"_s, u"1860"_s, u"Dana Marsh"_s};
+        composeAbroad({CustomsItemType::investmentGold, u"2"_s, u"1860"_s, u"Dana Marsh"_s});
         screen().reference = u"48377"_s;
         run(screen().fetchRates(true));
         buy();
@@ -79,40 +61,18 @@ TEST_F(LabelDevicesTest, WeighsOnlyAParcelThatIsSteadyAndNotSoldYet)
     EXPECT_EQ(weight(), u"/"_s);
     EXPECT_TRUE(weigh().startsWith(u"This is still the last package's weight"_s));
     EXPECT_EQ(weight(), u"/"_s);
-    put(124);
-    EXPECT_EQ(weigh(), QString());
-    EXPECT_EQ(weight(), u"0/12.4"_s);
-}
-
-TEST_F(LabelDevicesTest, ASoldParcelLeavesNothingInADraftStartedDuringThePurchase)
-{
-    composeAndRate(homeAddress());
-    screen().insuranceValue = u"412"_s;
-    run(screen().fetchRates());
-    screen().reference = u"48213"_s;
-    screen().descriptionText = u"Coins"_s;
-    Task<> buying = screen().buyAndPrint();
-    ShippoAddress next = homeAddress();
-    next.name = u"Ruth Abernathy"_s;
-    app->draftTo = next;
-    screen().descriptionText = u"Banknotes"_s;
-    run(std::move(buying));
-    ASSERT_EQ(app->log.records().size(), 1) << banner().toStdString();
-    EXPECT_EQ(weight(), u"/"_s);
-    EXPECT_EQ(screen().insuranceValue.value() + screen().reference.value(), QString());
-    EXPECT_EQ(screen().descriptionText.value(), u"Banknotes"_s);
-    EXPECT_EQ(app->draftTo.value().name, u"Ruth Abernathy"_s);
-}
-
-TEST_F(LabelDevicesTest, ValidationWeighsAParcelThatHasNoWeightYet)
-{
-    plug();
-    put(173);
+    EXPECT_NEAR(newest().weightOz, 17.3, 0.01);
     composeParcel(homeAddress());
     screen().weightLb = QString();
+    run(screen().validate()); // takes a new parcel's weight by itself
+    EXPECT_EQ(weight(), u"/"_s);
+    put(124);
     run(screen().validate());
-    EXPECT_EQ(weight(), u"1/1.3"_s);
-    EXPECT_FALSE(screen().rates.value().isEmpty());
+    EXPECT_EQ(weight(), u"0/12.4"_s);
+    EXPECT_TRUE(isRated());
+    put(125);
+    EXPECT_EQ(weigh(), QString());
+    EXPECT_EQ(weight(), u"0/12.5"_s);
 }
 
 TEST_F(LabelDevicesTest, AnInternationalUspsParcelPrintsAndStoresItsInvoice)
@@ -121,11 +81,11 @@ TEST_F(LabelDevicesTest, AnInternationalUspsParcelPrintsAndStoresItsInvoice)
     buyAbroad();
     EXPECT_THAT(banner().toStdString(), HasSubstr("Commercial invoice sent to Laser."));
     EXPECT_TRUE(processes.lastPrinted().startsWith("%PDF"));
-    const QByteArray kept = app->log.customsPDF(app->log.records().first().id)->value_or(QByteArray());
+    const QByteArray kept = app->log.customsPDF(newest().id)->value_or(QByteArray());
     EXPECT_EQ(kept, processes.lastPrinted());
 
     MailingLogScreen log(*app);
-    run(log.reprintCustoms(app->log.records().first()));
+    run(log.reprintCustoms(newest()));
     EXPECT_EQ(log.message.value(), u"Customs docs sent to the printer."_s);
     EXPECT_EQ(processes.lastPrinted(), kept);
 
@@ -148,48 +108,41 @@ TEST_F(LabelDevicesTest, AnInternationalUspsParcelPrintsAndStoresItsInvoice)
     screen().printInvoiceWithRates = false; // stored for a reprint, not printed
     buyAbroad();
     EXPECT_EQ(desktop.opened.size(), 1);
-    EXPECT_TRUE(app->log.records().first().hasCustomsPDF);
+    EXPECT_TRUE(newest().hasCustomsPDF);
     screen().printInvoiceWithRates = true;
 
     desktop.fails = true;
     buyAbroad();
     EXPECT_THAT(banner().toStdString(), HasSubstr("(Invoice print failed: no viewer)"));
-    EXPECT_TRUE(app->log.records().first().hasCustomsPDF);
+    EXPECT_TRUE(newest().hasCustomsPDF);
     EXPECT_EQ(app->log.records().size(), 4);
-    workPool().waitForDone();
-    settle();
 }
 
 TEST_F(LabelDevicesTest, CustomsDocumentsMissingInTheLogAreFetchedOnceAndStored)
 {
-    composeParcel(londonAddress());
+    composeAbroad({.value = u"310"_s});
     screen().carrier = Carrier::fedex;
-    screen().customs = CustomsInfo{.value = u"310"_s};
     run(screen().fetchRates(true));
     buy();
     ASSERT_EQ(app->log.records().size(), 1) << banner().toStdString();
-    ShipmentRecord record = app->log.records().first();
+    ShipmentRecord record = newest();
     record.id = 0;
     record.zpl = "^XA^XZ";
     record.createdAt = record.createdAt.addSecs(60);
     record.customsPDF = std::nullopt;
     ASSERT_TRUE(app->log.insert(record)); // like a row logged by an earlier version
     settle();
-    const ShipmentRecord bare = app->log.records().first();
+    const ShipmentRecord bare = newest();
     MailingLogScreen log(*app);
     carrier.setScenario({.dropConnection = true});
     run(log.reprintCustoms(bare));
-    EXPECT_TRUE(log.message.value().startsWith(u"Customs docs download failed: "_s))
-        << log.message.value().toStdString();
+    EXPECT_TRUE(log.message.value().startsWith(u"Customs docs download failed: "_s));
     carrier.setScenario({});
     run(log.reprintCustoms(bare));
-    EXPECT_TRUE(log.message.value().startsWith(u"Customs docs opened in Preview"_s))
-        << log.message.value().toStdString();
+    EXPECT_TRUE(log.message.value().startsWith(u"Customs docs opened in Preview"_s));
     const int requests = int(carrier.requests().size());
     run(log.reprintCustoms(bare));
     EXPECT_EQ(carrier.requests().size(), requests);
-    workPool().waitForDone();
-    settle();
 }
 
 } // namespace parcelory::test

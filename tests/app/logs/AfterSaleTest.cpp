@@ -1,29 +1,16 @@
 // Refunds, delivery status, export and master log: the real screens over the practice carrier.
 
-#include "app/logs/MailingLogScreen.h"
-#include "app/logs/MasterLogScreen.h"
-#include "app/logs/SaveFile.h"
-#include "core/AppError.h"
-#include "core/Sqlite.h"
-#include "core/Task.h"
-#include "practice/carrier/CarrierScenario.h"
-#include "records/ShipmentRecord.h"
+#include "core/SaveFile.h"
 #include "records/ShipmentStatus.h"
-#include "support/CarrierDesk.h"
-#include "support/HeldPool.h"
-#include "support/LogFile.h"
+#include "support/AppTest.h"
 #include "support/MailingLogDesk.h"
-#include "support/RunTask.h"
 
 #include <sys/resource.h>
+#include <sys/stat.h>
 
-#include <chrono>
 #include <csignal>
-#include <utility>
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
-
 namespace {
 
 class AfterSaleTest : public MailingLogDesk {
@@ -31,7 +18,24 @@ protected:
     KeysScreen keys{*app};
     MasterLogScreen master{*app, keys};
 
-    QString status() { return log.records().value(0).status; }
+    ShipmentRecord row() { return log.records().value(0); }
+    QString status() { return row().status; }
+    /// A shipment in the log that was not bought here.
+    ShipmentRecord labelOf(const QString &recipient, const QString &status = u"PRINTED"_s, int number = 1)
+    {
+        ShipmentRecord record = shipmentTo(recipient, number);
+        record.transactionID = transactionId(number);
+        record.tracking = u"9400"_s;
+        record.status = status;
+        record.postage = 7.4;
+        return logged(record);
+    }
+    /// Asks for the outcome of the refunds, a minute after the last time.
+    void sync()
+    {
+        clock.advance(61s);
+        run(app->syncRefundStatuses());
+    }
 };
 
 } // namespace
@@ -55,9 +59,7 @@ TEST_F(AfterSaleTest, ARefundEndsAsTheCarrierRespondsAndIsRequestedOnce)
     prompts.answer = 1;
     int minute = 0;
     for (const Row &row : rows) {
-        ShipmentRecord record = shipmentTo(u"Ana"_s, ++minute);
-        record.transactionID = transactionId();
-        record = logged(record);
+        const ShipmentRecord record = labelOf(u"Ana"_s, u"PRINTED"_s, ++minute);
         answer("refunds", row.answer, row.http);
         carrier.clearRequests();
         log.message = QString();
@@ -75,13 +77,10 @@ TEST_F(AfterSaleTest, ARefundEndsAsTheCarrierRespondsAndIsRequestedOnce)
         const bool again = row.status != u"REFUNDED"; // after a failure, requests again; if pending, looks up the state
         EXPECT_EQ(carrier.requests().size(), again ? 2 : 1);
         if (row.status == u"REFUND_PENDING")
-            EXPECT_EQ(carrier.requests().last().target, "/transactions/" + transactionId().toUtf8());
+            EXPECT_EQ(carrier.requests().last().target, "/transactions/" + record.transactionID.toUtf8());
     }
     // The program exited after it had written only this mark.
-    ShipmentRecord marked = shipmentTo(u"Eve"_s, ++minute);
-    marked.transactionID = transactionId(9);
-    marked.status = u"REFUND_PENDING"_s;
-    marked = logged(marked);
+    const ShipmentRecord marked = labelOf(u"Eve"_s, u"REFUND_PENDING"_s, ++minute);
     answer("transactions", R"({"object_id": "t9", "status": "REFUNDPENDING"})");
     run(log.refund(marked));
     EXPECT_EQ(log.message.value(), u"The carrier already has this refund"_s + approval);
@@ -91,12 +90,8 @@ TEST_F(AfterSaleTest, ARefundEndsAsTheCarrierRespondsAndIsRequestedOnce)
     EXPECT_EQ(carrier.requests().last().target, "/refunds/") << "the carrier had not been asked";
 
     prompts.answer = 0;
-    ShipmentRecord kept = shipmentTo(u"Ben"_s, ++minute);
-    kept.transactionID = transactionId(2);
-    kept.postage = 7.4;
-    kept = logged(kept);
     carrier.clearRequests();
-    run(log.refund(kept));
+    run(log.refund(labelOf(u"Ben"_s, u"PRINTED"_s, ++minute)));
     EXPECT_EQ(carrier.requests().size(), 0);
     EXPECT_EQ(status(), u"PRINTED"_s);
     EXPECT_TRUE(prompts.questions.last().text.contains(u"Ben"_s) && prompts.questions.last().text.contains(u"$7.40"_s));
@@ -119,9 +114,8 @@ TEST_F(AfterSaleTest, PollsAllRefundsInTurnOnceAMinuteAndFiftyAtATime)
     EXPECT_EQ(log.records().value(0).status, u"REFUNDED"_s);
     EXPECT_EQ(log.records().value(1).status, u"REFUND_REQUESTED"_s)
         << "a status that the carrier does not confirm stays";
-    clock.advance(std::chrono::seconds(60));
     answer("transactions", R"({"object_id": "t0", "status": "REFUNDREJECTED"})");
-    run(app->syncRefundStatuses());
+    sync();
     EXPECT_EQ(carrier.requests().size(), 100);
     EXPECT_EQ(carrier.requests()[50].target, "/transactions/t0") << "the oldest row, which the first round left out";
     EXPECT_EQ(carrier.requests()[51].target, "/transactions/t49");
@@ -130,30 +124,30 @@ TEST_F(AfterSaleTest, PollsAllRefundsInTurnOnceAMinuteAndFiftyAtATime)
 
 TEST_F(AfterSaleTest, ATrackingStatusChangesTheLogOnlyOnDelivery)
 {
-    ShipmentRecord record = shipmentTo(u"Ana"_s, 1);
-    record.tracking = u"794600000003"_s;
-    record.carrier = u"FedEx"_s;
-    record.transactionID = transactionId();
-    record = logged(record);
-    answer("tracks/fedex/", R"({"tracking_status": {"status": "TRANSIT", "status_details": "Delivered"}})");
-    run(log.checkStatus(record));
-    EXPECT_EQ(log.message.value(), u"TRANSIT: Delivered"_s);
-    EXPECT_EQ(status(), u"PRINTED"_s);
-    answer("tracks/fedex/", R"({"tracking_status": null})");
-    run(log.checkStatus(record));
-    EXPECT_EQ(log.message.value(), u"UNKNOWN"_s);
-    record.carrier = u"Stamps"_s;
-    answer("tracks/usps/", R"({"tracking_status": {"status": "DELIVERED"}})");
-    run(log.checkStatus(record));
-    EXPECT_EQ(log.message.value(), u"DELIVERED"_s);
-    EXPECT_EQ(status(), u"DELIVERED"_s);
-
-    record.trackingURL = u"file:///bin/sh"_s;
-    run(log.trackOnline(record));
-    EXPECT_TRUE(desktop.opened.isEmpty());
-    record.trackingURL = u"https://tools.example.com/1"_s;
-    run(log.trackOnline(record));
-    EXPECT_EQ(desktop.opened, QStringList{record.trackingURL});
+    const struct {
+        QString carrier;
+        QByteArray path, answer;
+        QString message, status;
+    } rows[] = {
+        {u"FedEx"_s, "tracks/fedex/", R"({"tracking_status": {"status": "TRANSIT", "status_details": "Delivered"}})",
+         u"TRANSIT: Delivered"_s, u"PRINTED"_s},
+        {u"FedEx"_s, "tracks/fedex/", R"({"tracking_status": null})", u"UNKNOWN"_s, u"PRINTED"_s},
+        {u"Stamps"_s, "tracks/usps/", R"({"tracking_status": {"status": "DELIVERED"}})", u"DELIVERED"_s,
+         u"DELIVERED"_s},
+    };
+    ShipmentRecord record = labelOf(u"Ana"_s);
+    for (const auto &row : rows) {
+        record.carrier = row.carrier;
+        answer(row.path, row.answer);
+        run(log.checkStatus(record));
+        EXPECT_EQ(log.message.value(), row.message);
+        EXPECT_EQ(status(), row.status);
+    }
+    for (const QString &url : {u"file:///bin/sh"_s, u"ftp://tools.example.com/1"_s, u"https://tools.example.com/1"_s}) {
+        record.trackingURL = url;
+        run(log.trackOnline(record));
+        EXPECT_EQ(desktop.opened, url.startsWith(u"https"_s) ? QStringList{url} : QStringList());
+    }
 }
 
 TEST_F(AfterSaleTest, ARefundWhoseResponseIsLostIsResolvedByALookup)
@@ -169,9 +163,8 @@ TEST_F(AfterSaleTest, ARefundWhoseResponseIsLostIsResolvedByALookup)
         EXPECT_EQ(status(), u"REFUND_ERROR"_s);
         carrier.setScenario({});
         EXPECT_EQ(app->journal.openRefunds().size(), 1);
-        clock.advance(std::chrono::seconds(61));
         const qsizetype entries = errors->entries().size();
-        run(app->syncRefundStatuses());
+        sync();
         EXPECT_EQ(status(), settled);
         EXPECT_TRUE(app->journal.openRefunds().isEmpty());
         EXPECT_EQ(errors->entries().size(), entries) << "already reported";
@@ -180,14 +173,9 @@ TEST_F(AfterSaleTest, ARefundWhoseResponseIsLostIsResolvedByALookup)
 
 TEST_F(AfterSaleTest, TheRefundOfADeliveredParcelIsKeptAndAskedFor)
 {
-    ShipmentRecord record = shipmentTo(u"Ana"_s, 1);
-    record.transactionID = transactionId();
-    record.tracking = u"9400"_s;
-    record.status = u"REFUND_PENDING"_s;
-    record = logged(record);
+    const ShipmentRecord record = labelOf(u"Ana"_s, u"REFUND_PENDING"_s);
     answer("tracks/", R"({"tracking_status": {"status": "DELIVERED"}})");
     run(log.checkStatus(record));
-    const auto row = [this] { return log.records().value(0); };
     EXPECT_EQ(friendlyStatus(row()), u"Delivered — Refund pending (USPS: up to 14 days)"_s);
     EXPECT_EQ(refundBadge(refundState(row())), u"REFUND PENDING"_s);
     answer("transactions", R"({"object_id": "t", "status": "REFUNDPENDING"})");
@@ -202,38 +190,23 @@ TEST_F(AfterSaleTest, TheRefundOfADeliveredParcelIsKeptAndAskedFor)
 
 TEST_F(AfterSaleTest, TheOutcomeOfAPendingRefundIsRecorded)
 {
-    const struct {
-        QByteArray body;
-        int http;
-        QString status, detail;
-    } rows[] = {
-        {R"({"object_id": "t", "status": "REFUNDREJECTED"})", 200, u"REFUND_ERROR"_s,
-         u"The carrier has refused the refund of Ana's label (9400)."_s},
-        {"", 500, u"REFUND_PENDING"_s, {}},
-    };
-    for (const auto &[body, http, status, detail] : rows) {
-        ShipmentRecord record = shipmentTo(u"Ana"_s, 1);
-        record.transactionID = transactionId();
-        record.tracking = u"9400"_s;
-        record.status = u"REFUND_PENDING"_s;
-        record = logged(record);
-        errors->clear();
-        answer("transactions", body, http);
-        run(log.refund(record));
-        EXPECT_EQ(log.records().value(0).status, status);
-        ASSERT_EQ(errors->entries().size(), 1) << http;
-        EXPECT_EQ(errors->entries()[0].context, u"Refund"_s);
-        EXPECT_EQ(errors->entries()[0].detail, detail.isEmpty() ? log.message.value() : detail);
-    }
+    const ShipmentRecord record = labelOf(u"Ana"_s, u"REFUND_PENDING"_s);
+    answer("transactions", {}, 500);
+    run(log.refund(record));
+    EXPECT_EQ(status(), u"REFUND_PENDING"_s);
+    EXPECT_EQ(errors->entries().value(0).detail, log.message.value());
+    answer("transactions", R"({"object_id": "t", "status": "REFUNDREJECTED"})");
+    run(log.refund(record));
+    EXPECT_EQ(status(), u"REFUND_ERROR"_s);
+    EXPECT_EQ(errors->entries().value(0).detail, u"The carrier has refused the refund of Ana's label (9400)."_s);
+    EXPECT_EQ(errors->entries().size(), 2);
 }
 
 TEST_F(AfterSaleTest, AnImportEndsWithASheetAboutWhatIsNotAsUsual)
 {
     const auto import = [this](const QByteArray &lines, int answer) {
-        QFile file(path(u"log.txt"_s));
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly) && file.write(lines) == lines.size());
-        file.close();
-        prompts.file = file.fileName();
+        prompts.file = path(u"log.txt"_s);
+        saveBytes(prompts.file, lines);
         prompts.answer = answer;
         prompts.alerts.clear();
         run(log.importCSV());
@@ -283,10 +256,7 @@ TEST_F(AfterSaleTest, TheWholeLogIsExportedAndImportedAgain)
     EXPECT_EQ(log.message.value(), u"Imported 1 shipments from out.csv"_s);
     EXPECT_EQ(log.records().size(), 2);
 
-    // A canceled export leaves the file unchanged.
-    QFile before(prompts.file);
-    ASSERT_TRUE(before.open(QIODevice::ReadOnly));
-    const QByteArray bytes = before.readAll();
+    const QByteArray before = contentsOf(prompts.file);
     Task<> exporting;
     {
         const HeldPool held;
@@ -295,15 +265,8 @@ TEST_F(AfterSaleTest, TheWholeLogIsExportedAndImportedAgain)
     }
     run(std::move(exporting));
     EXPECT_EQ(log.message.value(), u"Export canceled."_s);
-    QFile after(prompts.file);
-    ASSERT_TRUE(after.open(QIODevice::ReadOnly));
-    EXPECT_EQ(after.readAll(), bytes);
+    EXPECT_EQ(contentsOf(prompts.file), before);
 
-    prompts.file = u"/nowhere/out.csv"_s;
-    run(log.exportCSV());
-    EXPECT_TRUE(log.message.value().startsWith(u"Export failed: "_s));
-    run(log.importCSV());
-    EXPECT_TRUE(log.message.value().startsWith(u"Import failed: "_s));
     prompts.file = QString(); // the clerk cancels
     log.message = QString();
     run(log.exportCSV());
@@ -329,10 +292,11 @@ TEST_F(AfterSaleTest, NothingIsRequestedUnlessItIsNotedAndStillTrue)
 TEST_F(AfterSaleTest, ARefundMayStillArriveAndIsNotSettledTwice)
 {
     const ShipmentRecord label = bought();
+    clock.advance(std::chrono::seconds(62));
+    checkAgain(); // for second labels: it must not take the answers below
     const auto openAfterSync = [&] {
-        clock.advance(std::chrono::seconds(61));
         answer("transactions", R"({"object_id": "t", "status": "SUCCESS"})");
-        run(app->syncRefundStatuses());
+        sync();
         return app->journal.openRefunds().size();
     };
     app->journal.beginRefund({label.transactionID, label.id, clock.now().addSecs(60)});
@@ -352,9 +316,8 @@ TEST_F(AfterSaleTest, WhatCannotBeReadOrWrittenIsSaid)
     const QString before = log.message;
     run(log.reprintCustoms(shipmentTo(u"Ana"_s)));
     EXPECT_EQ(log.message.value(), before) << "a domestic parcel has no papers";
-    run(log.trackOnline({.trackingURL = u"ftp://tools.example.com/1"_s}));
     EXPECT_EQ(desktop.clipboard, u"kept"_s);
-    EXPECT_TRUE(desktop.opened.isEmpty() && processes.calls().isEmpty());
+    EXPECT_TRUE(processes.calls().isEmpty());
 
     rlimit usual{};
     const auto handler = std::signal(SIGXFSZ, SIG_IGN);
@@ -365,6 +328,15 @@ TEST_F(AfterSaleTest, WhatCannotBeReadOrWrittenIsSaid)
     setrlimit(RLIMIT_FSIZE, &usual);
     std::signal(SIGXFSZ, handler);
     EXPECT_FALSE(QFile::exists(path(u"full.csv"_s)));
+    for (const mode_t mask : {0022, 0077}) { // an export is for other people, too, if the clerk's umask says so
+        const QString exported = path(u"for-%1.csv"_s.arg(mask));
+        const mode_t usualMask = ::umask(mask);
+        saveBytes(exported, "rows");
+        ::umask(usualMask);
+        struct stat facts{};
+        ASSERT_EQ(::stat(QFile::encodeName(exported).constData(), &facts), 0);
+        EXPECT_EQ(facts.st_mode & 0777, 0666 & ~mask);
+    }
 
     EXPECT_TRUE(Database(path(u"mailing_log.sqlite"_s)).exec("DROP TABLE shipments"));
     prompts.file = path(u"out.csv"_s);
@@ -376,7 +348,7 @@ TEST_F(AfterSaleTest, WhatCannotBeReadOrWrittenIsSaid)
 
 TEST_F(AfterSaleTest, TheMasterLogShowsOnlyTheDaysAndTheAccountThatWereAskedFor)
 {
-    carrier.seedHistory(3, clock.now(), std::chrono::hours(1));
+    carrier.seedHistory(3, clock.now(), 1h);
     EXPECT_EQ(master.from.value(), clock.now().date().addDays(-14));
     run(master.load());
     const auto entries = master.entries.value();
@@ -396,7 +368,7 @@ TEST_F(AfterSaleTest, TheMasterLogShowsOnlyTheDaysAndTheAccountThatWereAskedFor)
 
 TEST_F(AfterSaleTest, TheMasterLogCountsWhatWasPaidAndExportsWhatItShows)
 {
-    carrier.seedHistory(3, clock.now(), std::chrono::hours(1));
+    carrier.seedHistory(3, clock.now(), 1h);
     run(master.load());
     ASSERT_EQ(master.entries.value().size(), 3) << master.message.value().toStdString();
     const double paid = master.entries.value()[1].amount + master.entries.value()[2].amount;
@@ -411,9 +383,7 @@ TEST_F(AfterSaleTest, TheMasterLogCountsWhatWasPaidAndExportsWhatItShows)
     EXPECT_EQ(master.message.value(), u"Exported 3 rows to master.csv"_s);
     EXPECT_EQ(prompts.fileQuestions.last().second,
               u"Parcelory Master Log %1.csv"_s.arg(clock.now().date().toString(Qt::ISODate)));
-    QFile file(prompts.file);
-    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-    const QList<QByteArray> lines = file.readAll().split('\n');
+    const QList<QByteArray> lines = contentsOf(prompts.file).split('\n');
     EXPECT_EQ(lines.size(), 5);
     EXPECT_EQ(lines[0], "Date,Time,Recipient,Company,City/State,Country,Service,Postage,Tracking,Status,Test");
     EXPECT_TRUE(lines[1].contains(R"(,"Al ""Ace"" Ng, Jr.",)")) << lines[1].toStdString();
@@ -423,9 +393,6 @@ TEST_F(AfterSaleTest, TheMasterLogCountsWhatWasPaidAndExportsWhatItShows)
     run(master.load());
     EXPECT_EQ(master.entries.value(), entries) << "a failed load keeps the list";
     EXPECT_FALSE(master.message.value().isEmpty());
-    prompts.file = u"/nowhere/master.csv"_s;
-    run(master.exportCSV());
-    EXPECT_TRUE(master.message.value().startsWith(u"Export failed: "_s));
 }
 
 } // namespace parcelory::test

@@ -1,30 +1,23 @@
 // The program is killed during an operation; the next start must find the true state.
 
-#include "app/AppState.h"
-#include "app/label/LabelScreen.h"
-#include "app/logs/MailingLogScreen.h"
-#include "app/logs/SaveFile.h"
-#include "core/Task.h"
-#include "records/ShipmentRecord.h"
-#include "shell/ErrorLog.h"
-#include "support/CarrierDesk.h"
-#include "support/LabelDesk.h"
-#include "support/LogFile.h"
-#include "support/RunTask.h"
+#include "core/SaveFile.h"
+#include "support/AppTest.h"
 
 #include <unistd.h>
 
-#include <chrono>
 #include <csignal>
-#include <functional>
 #include <limits>
-#include <memory>
-#include <tuple>
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
-
 namespace {
+
+constexpr int rounds = 24;
+
+/// In the last round it dies at the end of the work, however many turns that takes on a busy machine.
+constexpr int inRound(int turns)
+{
+    return turns + 1 < rounds ? turns : std::numeric_limits<int>::max();
+}
 
 /// A desk whose folder and carrier the test shares with the process that is killed. That process runs the same test
 /// from the start and skips everything but the fatal part.
@@ -46,25 +39,29 @@ protected:
     static QString folder() { return qEnvironmentVariable("PARCELORY_KILLED_IN"); }
     static void die() { ::kill(::getpid(), SIGKILL); }
 
-    /// Required before another program starts, because only one program at a time can hold the records.
-    void closeProgram()
+    /// A label is bought, a process dies `turns` turns after it began `work`, and the program starts again. A round is
+    /// over for the victim when it has died.
+    void dieInRound(int turns, const std::function<Task<>(AppState &)> &work,
+                    const std::function<void(const ShipmentRecord &label)> &check)
     {
-        workPool().waitForDone();
-        settle();
-        screenOwner.reset();
-        app.reset();
-    }
-    void startProgram()
-    {
+        ShipmentRecord label;
+        if (!isVictim) {
+            composeAndRate(homeAddress());
+            pressBuy();
+            label = app->log.records().value(0);
+            workPool().waitForDone();
+            settle();
+            screenOwner.reset(); // only one program at a time can hold the records
+            app.reset();
+        }
+        EXPECT_EXIT(dieAfter(inRound(turns), work), testing::KilledBySignal(SIGKILL), "");
+        if (isVictim)
+            return;
         app = std::make_unique<AppState>(platform);
         screenOwner = std::make_unique<LabelScreen>(*app);
         settle();
-    }
-    ShipmentRecord bought()
-    {
-        composeAndRate(homeAddress());
-        pressBuy();
-        return app->log.records().value(0);
+        SCOPED_TRACE(turns);
+        check(label);
     }
     QString statusAtCarrier(const ShipmentRecord &record)
     {
@@ -112,41 +109,25 @@ protected:
     const bool isVictim;
 };
 
-constexpr int rounds = 24;
-
-/// In the last round it dies at the end of the work, however many turns that takes on a busy machine.
-constexpr int inRound(int turns)
-{
-    return turns + 1 < rounds ? turns : std::numeric_limits<int>::max();
-}
-
 } // namespace
 
 TEST_F(Killed, AtAnyMomentOfARefundTheNextStartFindsItsOutcome)
 {
     QMap<QString, int> ends;
-    for (int turns = 0; turns < rounds; ++turns) {
-        ShipmentRecord label;
-        if (!isVictim) {
-            label = bought();
-            closeProgram();
-        }
-        EXPECT_EXIT(dieAfter(inRound(turns), refundNewest), testing::KilledBySignal(SIGKILL), "");
-        if (isVictim)
-            continue;
-        startProgram();
+    const auto check = [&](const ShipmentRecord &label) {
         const QString found = app->log.find(label)->value().status;
-        const bool isMarked = found == u"REFUND_PENDING";
-        clock.advance(std::chrono::seconds(90));
+        clock.advance(90s);
         run(app->syncRefundStatuses());
         const QString settled = app->log.find(label)->value().status, real = statusAtCarrier(label);
-        EXPECT_EQ(settled, real == u"REFUNDED" ? u"REFUNDED"_s : u"PRINTED"_s) << turns;
-        EXPECT_TRUE(app->journal.openRefunds().isEmpty()) << turns;
+        EXPECT_EQ(settled, real == u"REFUNDED" ? u"REFUNDED"_s : u"PRINTED"_s);
+        EXPECT_TRUE(app->journal.openRefunds().isEmpty());
         ++ends[found + u' ' + real];
-        if (isMarked && real == u"SUCCESS")
+        if (found == u"REFUND_PENDING" && real == u"SUCCESS")
             EXPECT_TRUE(errors->entries().value(0).detail.contains(label.tracking))
                 << "the clerk had asked for the refund";
-    }
+    };
+    for (int turns = 0; turns < rounds; ++turns)
+        dieInRound(turns, refundNewest, check);
     if (isVictim)
         return;
     // The states that a kill can leave. On a busy machine, a turn of the loop may skip an intermediate state.
@@ -160,17 +141,8 @@ TEST_F(Killed, AtAnyMomentOfARefundTheNextStartFindsItsOutcome)
 TEST_F(Killed, AtAnyMomentOfAScanFormRequestNoFormIsLost)
 {
     int recovered = 0;
-    for (int turns = 0; turns < rounds; ++turns) {
-        ShipmentRecord label;
-        if (!isVictim) {
-            label = bought();
-            closeProgram();
-        }
-        EXPECT_EXIT(dieAfter(inRound(turns), makeScanForm), testing::KilledBySignal(SIGKILL), "");
-        if (isVictim)
-            continue;
-        startProgram();
-        clock.advance(std::chrono::seconds(90));
+    const auto check = [&](const ShipmentRecord &label) {
+        clock.advance(90s);
         run(app->syncRefundStatuses());
         if (app->scanForms.finished(1)->value(0).transactions.contains(label.transactionID)) {
             ++recovered;
@@ -179,10 +151,12 @@ TEST_F(Killed, AtAnyMomentOfAScanFormRequestNoFormIsLost)
             run(app->createScanForm(deskAddress()));
         }
         const QList<ScanForm> forms = *app->scanForms.finished(1);
-        EXPECT_EQ(forms.value(0).transactions, QStringList(label.transactionID)) << turns;
-        EXPECT_TRUE(app->scanForms.underWay(true)->isEmpty()) << turns;
-        EXPECT_EQ(app->scanForms.documents(forms.value(0).id)->size(), 1) << turns;
-    }
+        EXPECT_EQ(forms.value(0).transactions, QStringList(label.transactionID));
+        EXPECT_TRUE(app->scanForms.underWay(true)->isEmpty());
+        EXPECT_EQ(app->scanForms.documents(forms.value(0).id)->size(), 1);
+    };
+    for (int turns = 0; turns < rounds; ++turns)
+        dieInRound(turns, makeScanForm, check);
     if (!isVictim)
         EXPECT_TRUE(recovered > 0 && recovered < rounds) << recovered;
 }

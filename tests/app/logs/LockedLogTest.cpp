@@ -1,25 +1,12 @@
 // Another program holds a lock of the mailing log for a while during each operation: every message is true, the clerk
 // waits for it once, and nothing is lost.
 
-#include "app/logs/MailingLogScreen.h"
-#include "core/Sqlite.h"
-#include "core/Task.h"
-#include "practice/carrier/CarrierScenario.h"
-#include "records/ShipmentRecord.h"
-#include "support/CarrierDesk.h"
-#include "support/LogFile.h"
+#include "core/SaveFile.h"
+#include "support/AppTest.h"
 #include "support/MailingLogDesk.h"
-#include "support/RunTask.h"
 #include "support/WaitingRoom.h"
 
-#include <chrono>
-#include <functional>
-
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
-using testing::HasSubstr;
-using testing::StartsWith;
-
 namespace {
 
 struct Lock {
@@ -109,9 +96,7 @@ TEST_F(LockedLogTest, EveryMessageIsTrueAndNothingIsLost)
         {"export", false, [this](auto) { return log.exportCSV(); }, u"Exported to log.txt"_s, unchanged},
         {"import", true,
          [this](auto) {
-             QFile file(path(u"log.txt"_s));
-             EXPECT_TRUE(file.open(QIODevice::WriteOnly) && file.write(mailLine("Imported").replace("9400", "")) > 0);
-             file.close();
+             saveBytes(path(u"log.txt"_s), mailLine("Imported").replace("9400", ""));
              return log.importCSV();
          },
          u"Imported 1 shipments from log.txt"_s,
@@ -176,7 +161,7 @@ TEST_F(LockedLogTest, TheListTellsWhyItIsOldAndRecoversByItself)
     EXPECT_EQ(log.records().size(), 1) << "the list is unchanged";
     workPool().waitForDone();
     letGo();
-    clock.advance(std::chrono::seconds(10));
+    clock.advance(10s);
     runUntil([&] { return log.readFailure.value().isEmpty(); });
     EXPECT_EQ(log.message.value(), QString());
     EXPECT_EQ(log.countText(), u"1 shipment found"_s);
@@ -220,14 +205,14 @@ TEST_F(LockedLogTest, ALostRefundIsForgottenOnlyWhenTheLogHasItsOutcome)
     EXPECT_EQ(row(record).status, u"REFUND_ERROR"_s);
     carrier.setScenario({});
     for (const Lock &lock : locks) {
-        clock.advance(std::chrono::seconds(61));
+        clock.advance(61s);
         hold(lock, 30);
         run(app->syncRefundStatuses());
         letGo();
         EXPECT_EQ(app->journal.openRefunds().size(), 1) << lock.name;
         EXPECT_EQ(row(record).status, u"REFUND_ERROR"_s) << lock.name;
     }
-    clock.advance(std::chrono::seconds(61));
+    clock.advance(61s);
     run(app->syncRefundStatuses());
     EXPECT_EQ(row(record).status, u"REFUNDED"_s);
     EXPECT_TRUE(app->journal.openRefunds().isEmpty());

@@ -2,31 +2,17 @@
 // after Buy (sending a request, receiving a response, running a tool, committing to a database). It exits normally if
 // the purchase has fewer steps. At step 0, it resolves what the last run left and buys labels until somebody kills it.
 
-#include "app/AppState.h"
-#include "app/label/LabelScreen.h"
-#include "core/Platform.h"
-#include "core/Task.h"
 #include "core/ports/HttpTransport.h"
-#include "core/ports/ProcessRunner.h"
-#include "practice/carrier/PracticeCarrier.h"
-#include "shell/ErrorLog.h"
-#include "support/CarrierDesk.h"
-#include "support/FakePlatform.h"
-#include "support/RunTask.h"
+#include "support/AppTest.h"
 
 #include <QCoreApplication>
 
 #include <atomic>
-#include <chrono>
 #include <csignal>
 #include <sqlite3.h>
 #include <unistd.h>
 
-#include <utility>
-
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
-
 namespace {
 
 std::atomic<int> stepsLeft = -1; ///< negative: not counting yet
@@ -66,21 +52,6 @@ int countCommits(sqlite3 *db, const char **, const sqlite3_api_routines *)
     return SQLITE_OK;
 }
 
-void buy(LabelScreen &screen, FakePlatform &desk, AppState &app, const QString &name, int killedAt)
-{
-    ShippoAddress to = homeAddress();
-    to.name = name;
-    app.draftTo = to;
-    screen.weightLb = u"1"_s;
-    screen.dimLength = u"9"_s;
-    screen.dimWidth = u"6"_s;
-    screen.dimHeight = u"2"_s;
-    runTask(screen.fetchRates(true), &desk.clock);
-    stepsLeft = killedAt;
-    runTask(screen.buyAndPrint(), &desk.clock);
-    settle();
-}
-
 int work(const QString &folder, const QString &carrier, int killedAt)
 {
     sqlite3_auto_extension(reinterpret_cast<void (*)()>(&countCommits));
@@ -112,13 +83,19 @@ int work(const QString &folder, const QString &carrier, int killedAt)
     LabelScreen screen(app);
     if (killedAt == 0) {
         runTask(screen.purchases.resume(), &desk.clock);
-        desk.clock.advance(std::chrono::seconds(61));
+        desk.clock.advance(61s);
         runTask(screen.purchases.checkAgain(), &desk.clock);
-        constexpr int tooMany = 10000;
-        for (int parcel = 0; parcel < tooMany; ++parcel)
-            buy(screen, desk, app, u"Parcel %1 of %2"_s.arg(parcel).arg(::getpid()), -1);
     }
-    buy(screen, desk, app, homeAddress().name, killedAt);
+    constexpr int tooMany = 10000;
+    for (int parcel = 0; parcel < (killedAt == 0 ? tooMany : 1); ++parcel) {
+        app.draftTo = homeOf(u"Parcel %1 of %2"_s.arg(parcel).arg(::getpid()));
+        screen.weightLb = u"1"_s;
+        screen.mailpiece = PresetMailpiece{u"uline-s-5148"_s};
+        runTask(screen.fetchRates(true), &desk.clock);
+        stepsLeft = killedAt == 0 ? -1 : killedAt;
+        runTask(screen.buyAndPrint(), &desk.clock);
+        settle();
+    }
     return app.log.records().isEmpty() ? 1 : 0;
 }
 

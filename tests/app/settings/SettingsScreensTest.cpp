@@ -1,30 +1,8 @@
-#include "app/AppState.h"
-#include "app/settings/KeysScreen.h"
-#include "app/settings/SettingsScreen.h"
-#include "core/Platform.h"
 #include "core/Setting.h"
-#include "core/SettingsKeys.h"
-#include "core/Task.h"
-#include "core/ports/Preferences.h"
-#include "core/ports/ProcessRunner.h"
 #include "practice/MemorySecrets.h"
-#include "shell/ErrorLog.h"
-#include "support/FakePlatform.h"
-#include "support/Printing.h"
-#include "support/RunTask.h"
-
-#include <gmock/gmock.h>
-
-#include <algorithm>
-#include <functional>
-#include <optional>
-#include <utility>
-#include <vector>
+#include "support/AppTest.h"
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
-using testing::HasSubstr;
-
 namespace {
 
 /// A machine with print queues defined by the test.
@@ -40,8 +18,10 @@ struct SettingsScreenTest : testing::Test, FakePlatform {
             return {0, option == u"-e" ? queues : option == u"-v" ? devices : queueState, {}};
         };
     }
+    /// Makes these label printers available, beside the queues "Laser" and "Z1".
     void connectZebras(const QStringList &names)
     {
+        queues = "Laser\nZ1\n";
         devices = "device for Laser: ipp://office/laser\n";
         for (const QString &name : names)
             devices += "device for " + name.toUtf8() + ": usb://Zebra/ZD421\n";
@@ -95,11 +75,23 @@ TEST_F(SettingsScreenTest, StoresEveryEditAtOnceAndReadsAMissingSettingAsTheDepl
     screen.fallbackEmail = u"desk@example.com"_s;
     screen.fallbackPhone = QString(); // an empty phone is valid, too
     screen.rotate180 = false;
-
     SettingsScreen next(app);
     EXPECT_EQ(next.fallbackEmail, u"desk@example.com"_s);
     EXPECT_EQ(next.fallbackPhone, QString());
     EXPECT_FALSE(next.rotate180);
+
+    connectZebras({u"Z1"_s});
+    write(preferences, settings::documentQueue, u"Gone"_s);
+    SettingsScreen printers(app);
+    runTask(printers.refreshPrinters());
+    printers.showAllPrinters = true;
+    EXPECT_EQ(printers.labelPrinterChoices(), (QStringList{u"Laser"_s, u"Z1"_s}));
+    printers.zebraQueue = u"Laser"_s;
+    printers.showAllPrinters = false;
+    EXPECT_EQ(saved(settings::zebraQueue), u"Laser"_s);
+    EXPECT_EQ(saved(settings::documentQueue), u"Gone"_s) << "an unavailable choice stays";
+    printers.documentQueue = u"Laser"_s;
+    EXPECT_EQ(saved(settings::documentQueue), u"Laser"_s);
 }
 
 TEST_F(SettingsScreenTest, ChoosesTheFirstZebraQueueOnlyIfTheSavedQueueIsNotAZebra)
@@ -119,7 +111,6 @@ TEST_F(SettingsScreenTest, ChoosesTheFirstZebraQueueOnlyIfTheSavedQueueIsNotAZeb
         {u"Gone"_s, {}, {}, u"no label printer is chosen now."_s, every, none},
         {{}, {}, {}, {}, every, none},
     };
-    queues = "Laser\nZ1\n";
     for (const auto &row : rows) {
         connectZebras(row.zebras);
         write(preferences, settings::zebraQueue, row.saved);
@@ -140,10 +131,9 @@ TEST_F(SettingsScreenTest, ChoosesTheFirstZebraQueueOnlyIfTheSavedQueueIsNotAZeb
 
 TEST_F(SettingsScreenTest, ChangesNothingIfThePrintSystemDoesNotAnswer)
 {
-    using Answer = std::function<ProcessOutcome()>;
     const struct {
         const char *name;
-        Answer lpstat;
+        std::function<ProcessOutcome()> lpstat;
         bool changes;
     } rows[] = {
         {"not running", [] { return ProcessOutcome{1, {}, "lpstat: Scheduler is not running.\n"}; }, false},
@@ -155,7 +145,6 @@ TEST_F(SettingsScreenTest, ChangesNothingIfThePrintSystemDoesNotAnswer)
     const auto usual = processes.behave;
     for (const auto &row : rows) {
         SCOPED_TRACE(row.name);
-        queues = "Laser\nZ1\n";
         connectZebras({u"Z1"_s});
         write(preferences, settings::zebraQueue, u"Z1"_s);
         processes.behave = usual;
@@ -177,7 +166,6 @@ TEST_F(SettingsScreenTest, ChangesNothingIfThePrintSystemDoesNotAnswer)
 
 TEST_F(SettingsScreenTest, TakesBackAReplacementUntilAnotherQueueIsChosen)
 {
-    queues = "Laser\nZ1\n";
     connectZebras({u"Z1"_s});
     SettingsScreen screen(app);
     screen.chooseLabelQueue(u"Laser"_s);
@@ -202,23 +190,6 @@ TEST_F(SettingsScreenTest, WatchesTheQueueThatTheTestLabelWentTo)
     runUntil([&] { return test.isReady(); });
     runUntil([&] { return processes.calls().last().arguments.contains(u"-l"_s); }, &clock);
     EXPECT_TRUE(processes.calls().last().arguments.contains(u"Z1"_s));
-}
-
-TEST_F(SettingsScreenTest, OffersEveryQueueOnRequestAndKeepsAnUnavailableChoice)
-{
-    queues = "Laser\nZ1\n";
-    connectZebras({u"Z1"_s});
-    write(preferences, settings::documentQueue, u"Gone"_s);
-    SettingsScreen screen(app);
-    runTask(screen.refreshPrinters());
-    screen.showAllPrinters = true;
-    EXPECT_EQ(screen.labelPrinterChoices(), (QStringList{u"Laser"_s, u"Z1"_s}));
-    screen.zebraQueue = u"Laser"_s;
-    screen.showAllPrinters = false;
-    EXPECT_EQ(saved(settings::zebraQueue), u"Laser"_s);
-    EXPECT_EQ(saved(settings::documentQueue), u"Gone"_s);
-    screen.documentQueue = u"Laser"_s;
-    EXPECT_EQ(saved(settings::documentQueue), u"Laser"_s);
 }
 
 TEST_F(SettingsScreenTest, PrintsATestLabelOrShowsWhyNotWithoutAnAlert)

@@ -1,26 +1,9 @@
-#include "app/AppState.h"
 #include "app/signin/SignInScreen.h"
 #include "backoffice/DesklineAuth.h"
-#include "core/SettingsKeys.h"
-#include "core/ports/Preferences.h"
-#include "shell/ErrorLog.h"
+#include "support/AppTest.h"
 #include "support/BackOfficeDesk.h"
-#include "support/FakePlatform.h"
-#include "support/Printing.h"
-#include "support/RunTask.h"
-
-#include <gmock/gmock.h>
-
-#include <algorithm>
-#include <chrono>
-#include <functional>
-#include <utility>
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
-using namespace std::chrono_literals;
-using testing::IsEmpty;
-
 namespace {
 
 class SignInFlowTest : public BackOfficeDesk {
@@ -94,22 +77,27 @@ TEST_F(SignInFlowTest, ReportsWhyItFailedAndForgetsOnlyRejectedCredentials)
         EXPECT_EQ(web.loadLimit, 60s);
         EXPECT_FALSE(app->loginBusy);
     }
-    remember();
-    showPage(true, false);
-    web.answer = [this, page = web.answer](const QString &expression) {
-        web.crashed = expression == DesklineAuth::signedInProbe;
-        return page(expression);
-    };
-    signIn(true);
-    EXPECT_EQ(app->loginError.value(), u"The sign-in page stopped working — try again."_s);
-    EXPECT_EQ(saved(), u"old"_s) << "the password was not rejected";
+    const std::function<void()> interruptions[] = {[this] { web.crashed = true; },
+                                                   [this] { app->auth.load(app->auth.loginURL()); }};
+    for (const std::function<void()> &interrupt : interruptions) {
+        remember();
+        showPage(true, false);
+        web.answer = [&, page = web.answer](const QString &expression) {
+            if (expression == DesklineAuth::signedInProbe)
+                interrupt();
+            return page(expression);
+        };
+        signIn(true);
+        EXPECT_EQ(app->loginError.value(), u"The sign-in page stopped working — try again."_s);
+        EXPECT_EQ(saved(), u"old"_s) << "the password was not rejected";
+    }
     office.setScenario({.unreachable = true});
     web.loaded.clear();
     signIn();
     EXPECT_EQ(app->loginError.value(), u"Can't reach deskline — connect to the VPN and try again."_s);
     EXPECT_THAT(web.loaded, IsEmpty());
     settle();
-    EXPECT_EQ(errors->entries().size(), qsizetype(std::size(rows)) + 2);
+    EXPECT_EQ(errors->entries().size(), qsizetype(std::size(rows) + std::size(interruptions)) + 1);
     for (const QString &secret : {u"secret"_s, u"old"_s})
         EXPECT_FALSE(errors->asText().contains(secret));
 }
@@ -129,6 +117,30 @@ TEST_F(SignInFlowTest, CountsDownAndCanBeCanceled)
     EXPECT_LT(clock.elapsed() - before, 10s);
     EXPECT_FALSE(app->loginBusy || app->loginError.value() || app->loginSecondsLeft > 0);
     EXPECT_EQ(app->flow.value(), AppFlow::login);
+}
+
+TEST_F(SignInFlowTest, IsCanceledAtAnyMoment)
+{
+    for (const QString &moment : {QString(), DesklineAuth::loginFormProbe, DesklineAuth::signedInProbe}) {
+        remember();
+        web.answer = [&, canceled = false](const QString &expression) mutable -> QVariant {
+            if (expression == moment && !std::exchange(canceled, true))
+                app->cancelSignIn();
+            return expression.contains(u"secret"_s) ? QVariant(u"submitted"_s) : QVariant(true);
+        };
+        run([&]() -> Task<> {
+            Task<> task = app->signIn(u"dana"_s, u"secret"_s, true);
+            if (moment.isEmpty()) // while nobody knows whether the back office is reachable
+                app->cancelSignIn();
+            return task;
+        });
+        EXPECT_FALSE(app->loginBusy || app->loginError.value() || app->flow == AppFlow::main);
+        EXPECT_EQ(saved(), u"old"_s);
+    }
+    EXPECT_TRUE(errors->entries().isEmpty());
+    showPage(true, true);
+    signIn();
+    EXPECT_EQ(app->flow.value(), AppFlow::main);
 }
 
 TEST_F(SignInFlowTest, SignsInByItselfOncePerRun)

@@ -1,26 +1,13 @@
-#include "app/update/UpdateChecker.h"
-#include "core/Task.h"
 #include "platform/SystemApplication.h"
-#include "shell/UpdateFeed.h"
 #include "shell/UpdateTools.h"
-#include "support/HeldPool.h"
-#include "support/RunTask.h"
+#include "support/AppTest.h"
 #include "support/UpdateDesk.h"
-
-#include <gmock/gmock.h>
 
 #include <QProcess>
 #include <sys/stat.h>
 
-#include <chrono>
-#include <iterator>
-#include <optional>
-#include <tuple>
-#include <utility>
-
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
-using testing::HasSubstr;
+using testing::UnorderedElementsAre;
 
 TEST(UpdateFeed, ComparesVersionsNumberByNumber)
 {
@@ -174,7 +161,7 @@ TEST_F(UpdateDesk, ShowsTheDownloadsProgressAndReplacesTheAppAfterTheProgramExit
 
 TEST_F(UpdateDesk, FailsTheRestartIfTheDownloadedFilesWereDeleted)
 {
-    for (const QString &gone : {u"swap.sh"_s, u"Parcelory.app"_s, u"Parcelory.app/bin/parcelory"_s}) {
+    for (const QString &gone : {u"swap.sh"_s, u"Parcelory.app"_s, programIn(u"Parcelory.app"_s)}) {
         EXPECT_THAT(install(publish()), HasSubstr("ready to install"));
         sh(u"rm -r tmp/kxupdate-*/"_s + gone);
         run(checker.relaunchNow());
@@ -198,6 +185,23 @@ TEST_F(UpdateDesk, DeletesNoFolderButItsOwn)
     }
     QDir::setCurrent(usual);
     EXPECT_EQ(read(u"site/precious"_s), "kept");
+}
+
+TEST_F(UpdateDesk, SweepsOnlyOldFoldersThatNoProgramUses)
+{
+    const QString old = u"kxupdate-0a1b2c3d-0000-4000-8000-000000000001"_s, link = old.chopped(1) + u'2',
+                  kept = old.chopped(1) + u'3', fresh = old.chopped(1) + u'4', foreign = u"kxupdate-mine"_s;
+    for (const QString &name : {old, kept, fresh, foreign})
+        sh(u"mkdir -p tmp/%1/Parcelory.app; touch tmp/%1/lock"_s.arg(name));
+    EXPECT_THAT(install(publish()), HasSubstr("ready to install"));
+    const QString current = QFileInfo(*checker.stagedHelper).dir().dirName();
+    ASSERT_EQ(sh(u"ln -s ../site tmp/%1; touch site/lock; touch -d '2 days ago' tmp/*/lock; rm tmp/%2/lock; "
+                 "touch tmp/%3/lock"_s.arg(link, kept, fresh)),
+              0);
+    run(UpdateChecker::sweep());
+    EXPECT_THAT(entries(u"tmp"_s), UnorderedElementsAre(current, link, kept, fresh, foreign));
+    EXPECT_TRUE(QFileInfo::exists(*checker.stagedHelper));
+    EXPECT_NE(read(u"site/parcelory-latest.json"_s), "");
 }
 
 TEST_F(UpdateDesk, IsStoppedWhenTheProgramExits)

@@ -1,30 +1,10 @@
 // The draft of the New Label screen over a restart into an update.
 
-#include "app/AppState.h"
-#include "app/Screens.h"
-#include "app/label/LabelScreen.h"
-#include "app/update/UpdateChecker.h"
-#include "compose/Customs.h"
-#include "compose/Mailpieces.h"
-#include "compose/Services.h"
 #include "core/AppBundle.h"
-#include "records/BoxProfile.h"
 #include "records/DraftStore.h"
-#include "shell/ErrorLog.h"
-#include "support/CarrierDesk.h"
-#include "support/Printing.h"
-#include "support/RunTask.h"
-
-#include <gmock/gmock.h>
-
-#include <QDir>
-#include <QFile>
-
-#include <memory>
+#include "support/AppTest.h"
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
-
 namespace {
 
 class UpdateRestart : public testing::Test, public CarrierDesk {
@@ -102,12 +82,14 @@ TEST_F(UpdateRestart, BringsTheDraftBackOnce)
         label().reference = u"48213"_s;
         label().keepRecipient = false;
         label().validationOK = true;
+        app->scannedInvoice = DesklineInvoice{.invoiceID = u"48213"_s, .tracking = u"9405"_s};
         const SavedDraft draft = label().saved();
         restart();
         EXPECT_EQ(application.started.size(), 1);
         application.started.clear();
         start();
         EXPECT_EQ(label().saved(), draft);
+        EXPECT_EQ(label().invoiceTracking(), u"9405"_s) << "the invoice has a label";
         EXPECT_EQ(label().mailpiece.value(), mailpiece);
         EXPECT_EQ(label().customs.value().signer, u"Ana Ortiz"_s);
         EXPECT_FALSE(label().validationOK) << "the carrier checks the address again";

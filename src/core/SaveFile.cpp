@@ -1,4 +1,4 @@
-#include "app/logs/SaveFile.h"
+#include "core/SaveFile.h"
 
 #include "core/AppError.h"
 

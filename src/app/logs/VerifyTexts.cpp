@@ -1,0 +1,85 @@
+#include "app/logs/VerifyTexts.h"
+
+#include <QLocale>
+#include <QStringList>
+
+namespace parcelory::VerifyTexts {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QString nameOf(LogChain::Part part)
+{
+    switch (part) {
+    case LogChain::Part::time:
+        return u"time"_s;
+    case LogChain::Part::service:
+        return u"service"_s;
+    case LogChain::Part::postage:
+        return u"postage"_s;
+    case LogChain::Part::recipient:
+        return u"recipient"_s;
+    case LogChain::Part::tracking:
+        return u"tracking number"_s;
+    case LogChain::Part::transaction:
+        return u"transaction"_s;
+    case LogChain::Part::label:
+        return u"stored label"_s;
+    case LogChain::Part::details:
+        return u"weight or description"_s;
+    case LogChain::Part::status:
+        return u"status"_s;
+    }
+    return {};
+}
+
+/// "Label 312, 11/20/26, Eleanor Whitfield"
+QString labelOf(const LogChain::Finding &finding)
+{
+    QStringList words{u"Label %1"_s.arg(finding.shipment)};
+    if (finding.createdAt.isValid())
+        words += QLocale::c().toString(finding.createdAt.toLocalTime(), u"MM/dd/yy"_s);
+    if (const QString name = finding.recipient.section(u',', 0, 0).trimmed(); !name.isEmpty())
+        words += name;
+    return words.join(u", "_s);
+}
+
+} // namespace
+
+QString summaryOf(const LogChain::Report &report)
+{
+    const QLocale english(QLocale::English, QLocale::UnitedStates);
+    const qsizetype count = report.findings.size();
+    if (count == 0 && report.labels == 0)
+        return u"The mailing log has no labels."_s;
+    if (count == 0 && report.labels == 1)
+        return u"The only label is as it was bought."_s;
+    if (count == 0)
+        return u"All %1 labels are as they were bought."_s.arg(english.toString(report.labels));
+    if (count >= LogChain::Walk::mostFindings)
+        return u"%1 or more entries were changed after buying:"_s.arg(english.toString(count));
+    return count == 1 ? u"1 entry was changed after buying:"_s
+                      : u"%1 entries were changed after buying:"_s.arg(english.toString(count));
+}
+
+QString sentenceOf(const LogChain::Finding &finding)
+{
+    QStringList parts;
+    switch (finding.problem) {
+    case LogChain::Problem::changed:
+        for (const LogChain::Part part : finding.parts)
+            parts += nameOf(part);
+        return u"%1: the %2 was changed."_s.arg(labelOf(finding), parts.join(u", the "_s));
+    case LogChain::Problem::removed:
+        return u"%1 was removed."_s.arg(labelOf(finding));
+    case LogChain::Problem::added:
+        return u"%1: another program added this row, or its seal was removed."_s.arg(labelOf(finding));
+    case LogChain::Problem::chain:
+        return finding.shipment
+                   ? u"%1: the seal was changed, or the seal before it was removed."_s.arg(labelOf(finding))
+                   : u"The latest rows were removed together with their seals."_s;
+    }
+    return {};
+}
+
+} // namespace parcelory::VerifyTexts

@@ -1,0 +1,35 @@
+#include "app/records/CopyRecords.h"
+
+#include "core/AppError.h"
+#include "core/ports/Clock.h"
+#include "core/ports/Prompts.h"
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+Task<QString> copyRecords(AppState &app, CopyReason reason, CancelToken cancel)
+{
+    const RecordCopy made = co_await onPool([&copies = app.copies, reason, now = app.platform.clock.now(), cancel] {
+        return copies.make(reason, now, Progress(cancel));
+    });
+    app.copyCount = app.copyCount + 1;
+    if (made.isGood())
+        co_return QString();
+    co_return app.recorded(u"Copy of the Records"_s, AppError(u"The copy of the records failed — "_s + made.failure),
+                           Popup::no);
+}
+
+Task<bool> copyRecordsBefore(AppState &app, CopyReason reason, CancelToken cancel)
+{
+    const QString failure = co_await copyRecords(app, reason, cancel);
+    if (failure.isEmpty())
+        co_return true;
+    const int answer = co_await app.platform.prompts.choose(
+        {.title = u"Records Not Copied"_s,
+         .text = failure + u"\n\nIf you go on, no copy of today can bring back the present records."_s,
+         .choices = {u"Go On"_s, u"Cancel"_s},
+         .safeChoice = 1});
+    co_return answer == 0;
+}
+
+} // namespace parcelory

@@ -1,0 +1,16 @@
+#pragma once
+
+#include "app/AppState.h"
+#include "core/Progress.h"
+#include "core/Task.h"
+#include "records/RecordCopies.h"
+
+namespace parcelory {
+
+/// Copies the records and checks the copy. Returns why it failed, which is also in the error log; empty on success.
+Task<QString> copyRecords(AppState &app, CopyReason reason, CancelToken cancel = {});
+
+/// Copies the records before they are changed; if that fails, asks whether to go on. False if not.
+Task<bool> copyRecordsBefore(AppState &app, CopyReason reason, CancelToken cancel = {});
+
+} // namespace parcelory

@@ -1,0 +1,173 @@
+#include "app/records/RecordsScreen.h"
+
+#include "app/records/CopyRecords.h"
+#include "core/AppError.h"
+#include "core/Platform.h"
+#include "core/SettingsKeys.h"
+#include "core/ports/Clock.h"
+#include "core/ports/Desktop.h"
+#include "core/ports/Preferences.h"
+#include "core/ports/Prompts.h"
+#include "shell/ErrorLog.h"
+
+#include <QFileInfo>
+#include <QScopeGuard>
+
+#include <algorithm>
+#include <chrono>
+#include <utility>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr auto dailyLook = std::chrono::hours(1);
+constexpr int lateDays = 3;
+
+QString agoText(qint64 seconds)
+{
+    const auto counted = [](qint64 count, const QString &unit) {
+        return count == 1 ? u"1 %1 ago"_s.arg(unit) : u"%1 %2s ago"_s.arg(count).arg(unit);
+    };
+    const qint64 minutes = seconds / 60, hours = minutes / 60;
+    if (minutes < 1)
+        return u"just now"_s;
+    if (hours < 1)
+        return counted(minutes, u"minute"_s);
+    return hours < 48 ? counted(hours, u"hour"_s) : counted(hours / 24, u"day"_s);
+}
+
+} // namespace
+
+RecordsScreen::RecordsScreen(AppState &app)
+    : m_app(app), m_listWatch(app.copyCount.addNotifier([this] { spawn([this] { return list(); }); }))
+{
+    folder = app.copies.folder().absolutePath();
+}
+
+RecordsScreen::~RecordsScreen()
+{
+    m_app.platform.clock.cancel(m_daily);
+    cancel();
+}
+
+std::optional<RecordCopy> RecordsScreen::lastGood() const
+{
+    for (const RecordCopy &copy : copies.value()) {
+        if (copy.isGood())
+            return copy;
+    }
+    return std::nullopt;
+}
+
+QString RecordsScreen::ageText() const
+{
+    const std::optional<RecordCopy> last = lastGood();
+    return last ? u"Last good copy "_s + agoText(last->madeAt.secsTo(m_app.platform.clock.now())) : u"No copy yet."_s;
+}
+
+bool RecordsScreen::isLate() const
+{
+    const std::optional<RecordCopy> last = lastGood();
+    return last && last->madeAt.daysTo(m_app.platform.clock.now()) > lateDays;
+}
+
+Task<> RecordsScreen::start()
+{
+    co_await list();
+    co_await onPool([&log = m_app.log, cancel = m_cancel] { return log.sealOlder(cancel); });
+    co_await copyDaily();
+}
+
+Task<> RecordsScreen::copyDaily()
+{
+    const QDate today = m_app.platform.clock.now().date();
+    const auto isOfToday = [today](const RecordCopy &copy) {
+        return copy.isGood() && copy.reason == wordOf(CopyReason::daily) && copy.madeAt.toLocalTime().date() == today;
+    };
+    if (std::ranges::none_of(copies.value(), isOfToday))
+        co_await copyNow(CopyReason::daily);
+    m_daily = m_app.platform.clock.after(dailyLook, [this] { spawn([this] { return copyDaily(); }); });
+}
+
+Task<> RecordsScreen::list()
+{
+    copies = co_await onPool([&stored = m_app.copies] { return stored.list(); });
+}
+
+Task<> RecordsScreen::copyNow(CopyReason reason)
+{
+    if (copying)
+        co_return;
+    copying = true;
+    const auto done = qScopeGuard([this] { copying = false; });
+    message = QString();
+    message = co_await copyRecords(m_app, reason, m_cancel);
+    co_await list();
+}
+
+Task<> RecordsScreen::chooseFolder()
+{
+    const QString path = co_await m_app.platform.prompts.openFolder(u"Choose the Folder for Copies"_s);
+    if (path.isEmpty())
+        co_return;
+    if (!QFileInfo(path).isWritable()) {
+        message = u"The copies folder can't be written — choose another one."_s;
+        co_return;
+    }
+    write(m_app.platform.preferences, settings::copiesFolder, path);
+    m_app.copies.setFolder(QDir(path));
+    folder = path;
+    message = QString();
+    co_await list();
+}
+
+Task<> RecordsScreen::openFolder()
+{
+    try {
+        co_await onPool([&desktop = m_app.platform.desktop, path = folder.value()] { desktop.openFile(path); });
+    } catch (const AppError &error) {
+        message = m_app.recorded(u"Copy of the Records"_s, error, Popup::no);
+    }
+}
+
+void RecordsScreen::cancel()
+{
+    m_cancel.cancel();
+    m_verifying.cancel();
+}
+
+Task<> RecordsScreen::verify()
+{
+    if (verifying)
+        co_return;
+    verifying = true;
+    const auto done = qScopeGuard([this] { verifying = false; });
+    m_verifying = {};
+    verified = 0;
+    verifyFailure = QString();
+    QList<LogChain::Head> known;
+    for (const RecordCopy &copy : copies.value()) {
+        if (copy.isGood() && copy.headPosition > 0)
+            known += copy.head();
+    }
+    const Progress progress(m_verifying, [this](qint64 count, qint64 total) {
+        const double share = total ? double(count) / double(total) : 0;
+        QMetaObject::invokeMethod(this, [this, share] { verified = share; }, Qt::QueuedConnection);
+    });
+    const auto found = co_await onPool([&log = m_app.log, known, progress] {
+        return log.sealOlder(progress.cancelToken()) ? log.verify(known, progress)
+                                                     : LogRead<LogChain::Report>::failed(log.lastError());
+    });
+    if (m_verifying.isCanceled())
+        co_return;
+    if (!found.isRead()) {
+        verifyFailure = m_app.recorded(u"Verify Log"_s, AppError(found.failure()), Popup::no);
+        co_return;
+    }
+    report = *found;
+    verifiedAt = m_app.platform.clock.now();
+}
+
+} // namespace parcelory

@@ -1,0 +1,63 @@
+#pragma once
+
+#include "app/AppState.h"
+#include "core/Observable.h"
+#include "core/Progress.h"
+#include "core/StatusKind.h"
+#include "core/Task.h"
+#include "records/LogChain.h"
+#include "records/RecordCopies.h"
+
+#include <QDateTime>
+
+#include <optional>
+
+namespace parcelory {
+
+/// The Records page: copies of the records, and whether the mailing log is as it was bought.
+class RecordsScreen : public Observable {
+    Q_OBJECT
+public:
+    explicit RecordsScreen(AppState &app);
+    ~RecordsScreen() override;
+
+    Observed<QList<RecordCopy>> copies{this}; ///< newest first
+    Observed<QString> folder{this};           ///< where the copies go
+    Observed<bool> copying{this, false};
+    Observed<QString> message{this}; ///< why the last copy or the chosen folder failed; otherwise empty
+
+    Observed<bool> verifying{this, false};
+    Observed<double> verified{this, 0};                     ///< share of the log, while verifying
+    Observed<std::optional<LogChain::Report>> report{this}; ///< of the last complete comparison
+    Observed<QDateTime> verifiedAt{this};
+    Observed<QString> verifyFailure{this}; ///< why the log could not be compared; otherwise empty
+
+    /// The newest copy that passed its check.
+    std::optional<RecordCopy> lastGood() const;
+    /// "Last good copy 9 hours ago", "No copy yet."
+    QString ageText() const;
+    /// True if the newest good copy is older than three days.
+    bool isLate() const;
+
+    /// At the start: seals rows of an older log, lists the copies, and makes a copy each day.
+    Task<> start();
+    Task<> copyNow(CopyReason reason = CopyReason::byHand);
+    Task<> chooseFolder();
+    Task<> openFolder();
+    Task<> verify();
+    void cancelVerifying() { m_verifying.cancel(); }
+    /// Ends all work in progress.
+    void cancel();
+
+private:
+    Task<> copyDaily();
+    Task<> list();
+
+    AppState &m_app;
+    CancelToken m_cancel;    ///< of the work of the whole run
+    CancelToken m_verifying; ///< of the comparison
+    QPropertyNotifier m_listWatch;
+    quint64 m_daily = 0; ///< the timer of the next look whether a copy is due
+};
+
+} // namespace parcelory

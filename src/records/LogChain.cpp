@@ -1,0 +1,347 @@
+#include "records/LogChain.h"
+
+#include "records/ShipmentLogRows.h"
+
+#include <QCryptographicHash>
+#include <QtEndian>
+
+#include <bit>
+#include <utility>
+
+namespace parcelory::LogChain {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr auto schema = "CREATE TABLE IF NOT EXISTS log_chain (\n"
+                        "  position INTEGER PRIMARY KEY AUTOINCREMENT,\n"
+                        "  shipment_id INTEGER NOT NULL,\n"
+                        "  kind TEXT NOT NULL,\n"
+                        "  parts BLOB NOT NULL,\n"
+                        "  hash BLOB NOT NULL\n"
+                        ");\n"
+                        "CREATE INDEX IF NOT EXISTS idx_log_chain_shipment ON log_chain(shipment_id);";
+
+const QByteArray labelKind = "label";
+const QByteArray statusKind = "status";
+const QByteArray completeKind = "complete"; ///< all rows of an older log have an entry; belongs to no shipment
+
+/// The columns of each part of a row but the status, in the order of Part. A column that a later version adds needs a
+/// part of its own, so that today's entries stay valid.
+constexpr auto partColumns = "created_at, carrier, service, services, postage, balance, declared_value,"
+                             " recipient, zip11, email, is_intl, tracking, tracking_url,"
+                             " transaction_id, label_url, customs_doc_url, test_mode, zpl,"
+                             " weight, weight_oz, description, reference, group_code";
+constexpr int columnsOfPart[] = {1, 3, 3, 4, 2, 4, 1, 5};
+constexpr int statusColumn = 1; ///< and the noted refund
+constexpr int firstPartColumn = 3;
+
+/// The condition of a row without an entry.
+const QByteArray unsealed = "NOT EXISTS (SELECT 1 FROM log_chain WHERE shipment_id = shipments.id AND kind = 'label')";
+
+/// An entry keeps so much of each part's hash, to name the part that was changed. The chained hash covers all of it.
+constexpr qsizetype keptBytes = 8;
+
+/// The latest entry of a shipment ends with its status.
+constexpr auto latestSql = "SELECT parts FROM log_chain WHERE shipment_id = ? ORDER BY position DESC LIMIT 1";
+
+constexpr auto hashMethod = QCryptographicHash::Blake2b_256;
+
+void addNumber(QCryptographicHash &hash, qint64 number)
+{
+    const qint64 bytes = qToLittleEndian(number);
+    hash.addData(QByteArrayView(reinterpret_cast<const char *>(&bytes), sizeof bytes));
+}
+
+/// Adds a value with its type and length, so that no two rows give the same bytes.
+void addValue(QCryptographicHash &hash, const Statement &row, int column)
+{
+    const Statement::Kind kind = row.kind(column);
+    addNumber(hash, qint64(kind));
+    if (kind == Statement::Kind::number) {
+        addNumber(hash, std::bit_cast<qint64>(row.real(column)));
+    } else if (kind != Statement::Kind::null) {
+        const QByteArrayView bytes = row.bytes(column);
+        addNumber(hash, bytes.size());
+        hash.addData(bytes);
+    }
+}
+
+QByteArray hashOf(const Statement &row, int column, int count)
+{
+    QCryptographicHash hash(hashMethod);
+    for (const int end = column + count; column < end; ++column)
+        addValue(hash, row, column);
+    return hash.result();
+}
+
+QByteArray rowSql(const Database &db)
+{
+    const QByteArray refund = ShipmentLogRows::hasTable(db, "label_refunds")
+                                  ? "(SELECT word FROM label_refunds WHERE shipment_id = shipments.id)"
+                                  : "NULL";
+    return "SELECT id, status, " + refund + ", " + partColumns + " FROM shipments WHERE id = ?";
+}
+
+/// Moves to a shipment's row; false if it is gone or a statement failed.
+bool moveTo(Statement &row, qint64 shipment)
+{
+    if (!row.isPrepared())
+        return false;
+    row.reset();
+    row.bind(1, shipment);
+    return row.step();
+}
+
+QByteArrayList partsOf(const Statement &row)
+{
+    QByteArrayList hashes;
+    for (int column = firstPartColumn; const int count : columnsOfPart) {
+        hashes += hashOf(row, column, count);
+        column += count;
+    }
+    return hashes;
+}
+
+QByteArray keptStatusOf(const Statement &row)
+{
+    return hashOf(row, statusColumn, 2).first(keptBytes);
+}
+
+QByteArray keptOf(const QByteArrayList &parts, const Statement &row)
+{
+    QByteArray kept;
+    for (const QByteArray &part : parts)
+        kept += part.first(keptBytes);
+    return kept + keptStatusOf(row);
+}
+
+/// `parts` are the whole hashes of the parts that `kept` abbreviates, without the status.
+QByteArray chained(const QByteArray &before, qint64 shipment, const QByteArray &kind, const QByteArray &kept,
+                   const QByteArrayList &parts)
+{
+    QCryptographicHash hash(hashMethod);
+    hash.addData(before);
+    addNumber(hash, shipment);
+    for (const QByteArray &value : QByteArrayList{kind, kept} + parts) {
+        addNumber(hash, value.size());
+        hash.addData(value);
+    }
+    return hash.result();
+}
+
+} // namespace
+
+Sealer::Sealer(Database &db)
+    : m_table(tableIn(db)), m_row(db, rowSql(db)), m_latest(db, latestSql),
+      m_entry(db, "INSERT INTO log_chain (shipment_id, kind, parts, hash) VALUES (?, ?, ?, ?)"),
+      m_last(m_table.isThere ? head(db) : std::nullopt)
+{
+    if (m_table.isNew && !complete())
+        m_last.reset();
+}
+
+/// Creates the table with the first entry. The chain of a log without rows is complete from then on.
+Sealer::Table Sealer::tableIn(Database &db)
+{
+    if (ShipmentLogRows::hasTable(db, "log_chain"))
+        return {.isThere = true, .isNew = false};
+    Statement older(db, "SELECT 1 FROM shipments LIMIT 1");
+    const bool hasRows = older.step() || !older.isComplete();
+    return {.isThere = db.exec(schema), .isNew = !hasRows};
+}
+
+bool Sealer::append(qint64 shipment, const QByteArray &kind, const QByteArray &kept, const QByteArrayList &parts)
+{
+    if (!m_last || !m_entry.isPrepared())
+        return false;
+    m_last->hash = chained(m_last->hash, shipment, kind, kept, parts);
+    m_entry.bind(1, shipment);
+    m_entry.bind(2, QString::fromLatin1(kind));
+    m_entry.bind(3, std::optional(kept));
+    m_entry.bind(4, std::optional(m_last->hash));
+    return m_entry.execute();
+}
+
+bool Sealer::seal(qint64 shipment)
+{
+    if (!moveTo(m_row, shipment))
+        return false;
+    const QByteArrayList parts = partsOf(m_row);
+    const QByteArray kept = keptOf(parts, m_row);
+    m_row.reset();
+    return append(shipment, labelKind, kept, parts);
+}
+
+bool Sealer::sealStatus(qint64 shipment)
+{
+    if (!moveTo(m_row, shipment))
+        return m_row.isComplete();
+    const QByteArray kept = keptStatusOf(m_row);
+    m_row.reset();
+    const bool isSealed = moveTo(m_latest, shipment) && m_latest.bytes(0).endsWith(kept);
+    m_latest.reset();
+    return isSealed || append(shipment, statusKind, kept);
+}
+
+bool Sealer::complete()
+{
+    return append(0, completeKind, QByteArray("")); // an empty blob, not NULL
+}
+
+std::optional<qint64> sealOlder(Database &db, qint64 after, int limit)
+{
+    if (isComplete(db))
+        return 0;
+    Sealer sealer(db);
+    QList<qint64> open;
+    Statement ids(db, "SELECT id FROM shipments WHERE id > ? AND " + unsealed + " ORDER BY id LIMIT " +
+                          QByteArray::number(limit));
+    if (ids.isPrepared())
+        ids.bind(1, after);
+    while (ids.step())
+        open += ids.integer(0);
+    if (!ids.isComplete())
+        return std::nullopt;
+    for (const qint64 id : open) {
+        if (!sealer.seal(id))
+            return std::nullopt;
+    }
+    if (!open.isEmpty())
+        return open.last();
+    return sealer.complete() ? std::optional<qint64>(0) : std::nullopt;
+}
+
+bool isComplete(const Database &db)
+{
+    if (!ShipmentLogRows::hasTable(db, "log_chain"))
+        return false;
+    Statement entry(db, "SELECT 1 FROM log_chain WHERE shipment_id = 0");
+    return entry.step();
+}
+
+std::optional<Head> head(const Database &db)
+{
+    if (!ShipmentLogRows::hasTable(db, "log_chain"))
+        return Head();
+    Statement last(db, "SELECT position, hash FROM log_chain ORDER BY position DESC LIMIT 1");
+    if (last.step())
+        return Head{.position = last.integer(0), .hash = last.bytes(1).toByteArray()};
+    return last.isComplete() ? std::optional(Head()) : std::nullopt;
+}
+
+Walk::Walk(const QList<Head> &known)
+{
+    for (const Head &head : known)
+        m_known.insert(head.position, head.hash);
+}
+
+bool Walk::next(const Database &db, int limit)
+{
+    if (!ShipmentLogRows::hasTable(db, "log_chain"))
+        return end(db);
+    Statement entries(db, "SELECT position, shipment_id, kind, parts, hash FROM log_chain WHERE position > ?"
+                          " ORDER BY position LIMIT " +
+                              QByteArray::number(limit));
+    Statement row(db, rowSql(db));
+    Statement latest(db, latestSql);
+    if (entries.isPrepared())
+        entries.bind(1, m_last.position);
+    const qint64 before = m_entries;
+    while (entries.step()) {
+        if (!check(entries, row, latest)) {
+            m_isFailed = true;
+            return false;
+        }
+    }
+    m_isFailed = !entries.isComplete();
+    return !m_isFailed && (m_entries > before || end(db));
+}
+
+/// False if a statement failed.
+bool Walk::check(const Statement &entry, Statement &row, Statement &latest)
+{
+    const qint64 shipment = entry.integer(1);
+    const QByteArray kind = entry.bytes(2).toByteArray();
+    const QByteArray kept = entry.bytes(3).toByteArray();
+    const Head here{.position = entry.integer(0), .hash = entry.bytes(4).toByteArray()};
+    const QByteArray before = std::exchange(m_last, here).hash;
+    ++m_entries;
+    const bool isThere = shipment && moveTo(row, shipment);
+    if (shipment && !isThere && !row.isComplete())
+        return false;
+    Finding finding{.problem = Problem::changed,
+                    .shipment = shipment,
+                    .parts = {},
+                    .createdAt = {},
+                    .recipient = {},
+                    .tracking = {}};
+    if (isThere) {
+        finding.createdAt = ShipmentLogRows::timeOf(row.real(firstPartColumn));
+        finding.recipient = row.text(firstPartColumn + 7);
+        finding.tracking = row.text(firstPartColumn + 11);
+    }
+    QByteArrayList parts;
+    if (kind == labelKind) {
+        ++m_labels;
+        if (!isThere) {
+            finding.problem = Problem::removed;
+            add(finding);
+            return true; // its hash cannot be computed any more
+        }
+        parts = partsOf(row);
+        for (int part = 0; part < parts.size(); ++part) {
+            if (parts[part].first(keptBytes) != kept.mid(part * keptBytes, keptBytes))
+                finding.parts += Part(part);
+        }
+        if (moveTo(latest, shipment) && !latest.bytes(0).endsWith(keptStatusOf(row)))
+            finding.parts += Part::status;
+        latest.reset();
+    }
+    row.reset();
+    const auto known = m_known.constFind(here.position);
+    const bool isKnown = known == m_known.cend() || *known == here.hash;
+    if (!finding.parts.isEmpty())
+        add(finding);
+    else if (!isKnown || here.hash != chained(before, shipment, kind, kept, parts)) {
+        finding.problem = Problem::chain;
+        add(finding);
+    }
+    return true;
+}
+
+/// What has no entry: entries that are missing at the end, and rows. Returns false.
+bool Walk::end(const Database &db)
+{
+    qint64 last = 0; // of all entries that ever were
+    for (const qint64 position : m_known.keys())
+        last = std::max(last, position);
+    Statement sequence(db, "SELECT seq FROM sqlite_sequence WHERE name = 'log_chain'");
+    const bool hasSequence = sequence.step();
+    m_isFailed = !hasSequence && !sequence.isComplete();
+    if (hasSequence)
+        last = std::max(last, sequence.integer(0));
+    if (m_last.position < last)
+        add({.problem = Problem::chain});
+    if (isComplete(db)) {
+        Statement rows(db,
+                       "SELECT id, created_at, recipient, tracking FROM shipments WHERE " + unsealed + " ORDER BY id");
+        while (rows.step())
+            add({.problem = Problem::added,
+                 .shipment = rows.integer(0),
+                 .parts = {},
+                 .createdAt = ShipmentLogRows::timeOf(rows.real(1)),
+                 .recipient = rows.text(2),
+                 .tracking = rows.text(3)});
+        m_isFailed = m_isFailed || !rows.isComplete();
+    }
+    return false;
+}
+
+void Walk::add(Finding finding)
+{
+    if (m_findings.size() < mostFindings)
+        m_findings += std::move(finding);
+}
+
+} // namespace parcelory::LogChain

@@ -1,0 +1,255 @@
+#include "records/RecordCopies.h"
+
+#include "core/Json.h"
+#include "core/PrivateFiles.h"
+#include "core/Sqlite.h"
+#include "core/SqliteCopy.h"
+
+#include <QCryptographicHash>
+#include <QFile>
+#include <QFileInfo>
+#include <QSaveFile>
+#include <QSet>
+
+#include <algorithm>
+#include <utility>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QStringList databases{u"mailing_log.sqlite"_s, u"addresses.sqlite"_s};
+const QStringList plainFiles{u"sender_profiles.json"_s, u"box_profiles.json"_s};
+const QString manifestName = u"copy.json"_s;
+const QString partial = u".partial"_s; ///< of the folder's name until the copy is complete
+
+QString hashOf(QFile &file)
+{
+    QCryptographicHash hash(QCryptographicHash::Blake2b_256);
+    return file.seek(0) && hash.addData(&file) ? QString::fromLatin1(hash.result().toHex()) : QString();
+}
+
+/// What SQLite's own check says; empty if the database is sound.
+QString damageOf(const Database &db)
+{
+    Statement check(db, "PRAGMA integrity_check(1)");
+    if (!check.step())
+        return db.lastError();
+    const QString result = check.text(0);
+    return result == "ok"_L1 ? QString() : result;
+}
+
+int countOf(const Database &db, const QByteArray &table)
+{
+    Statement count(db, "SELECT count(*) FROM " + table);
+    return count.step() ? int(count.integer(0)) : 0;
+}
+
+QString named(const QString &name, const QString &failure)
+{
+    return failure.isEmpty() ? QString() : name + u": "_s + failure;
+}
+
+} // namespace
+
+QString wordOf(CopyReason reason)
+{
+    switch (reason) {
+    case CopyReason::daily:
+        return u"daily"_s;
+    case CopyReason::beforeImport:
+        return u"beforeImport"_s;
+    case CopyReason::beforeUpdate:
+        return u"beforeUpdate"_s;
+    case CopyReason::byHand:
+        return u"byHand"_s;
+    }
+    return {};
+}
+
+double RecordCopy::bytes() const
+{
+    double sum = 0;
+    for (const File &file : files)
+        sum += file.bytes;
+    return sum;
+}
+
+LogChain::Head RecordCopy::head() const
+{
+    return {.position = qint64(headPosition), .hash = QByteArray::fromHex(headHash.toLatin1())};
+}
+
+RecordCopies::RecordCopies(const QDir &records, const QDir &copies, QList<OwnedFile> owned)
+    : m_records(records), m_owned(std::move(owned)), m_copies(copies)
+{
+}
+
+QDir RecordCopies::folder() const
+{
+    const std::lock_guard access(m_access);
+    return m_copies;
+}
+
+void RecordCopies::setFolder(const QDir &copies)
+{
+    const std::lock_guard access(m_access);
+    m_copies = copies;
+}
+
+RecordCopy RecordCopies::make(CopyReason reason, const QDateTime &now, const Progress &progress)
+{
+    const std::lock_guard making(m_making);
+    const QDir copies = this->folder();
+    RecordCopy copy{.madeAt = now, .reason = wordOf(reason)};
+    const QString name = now.toString(u"yyyy-MM-dd HH.mm.ss "_s) + copy.reason;
+    copy.folder = name;
+    for (int number = 2; copies.exists(copy.folder); ++number)
+        copy.folder = name + u' ' + QString::number(number);
+    const QDir folder(copies.filePath(copy.folder + partial));
+    createPrivateFolder(folder);
+    copy.failure = folder.exists() ? fill(folder, copy, progress) : u"The copies folder can't be written."_s;
+    if (progress.cancelToken().isCanceled()) {
+        QDir(folder).removeRecursively();
+        return copy;
+    }
+    if (!copy.isGood()) {
+        for (const QString &name : folder.entryList(QDir::Files))
+            QFile::remove(folder.filePath(name)); // they may be what fills the disk
+    }
+    if (!writeManifest(folder, copy) || !QDir().rename(folder.path(), copies.filePath(copy.folder))) {
+        if (copy.isGood())
+            copy.failure = u"The copies folder can't be written."_s;
+        QDir(folder).removeRecursively();
+        return copy;
+    }
+    for (const RecordCopy &old : expired(list()))
+        QDir(copies.filePath(old.folder)).removeRecursively();
+    return copy;
+}
+
+/// Counts what the copied databases hold.
+void RecordCopies::describe(const QDir &folder, RecordCopy &copy)
+{
+    if (folder.exists(databases[0])) {
+        const Database log(folder.filePath(databases[0]));
+        copy.labels = countOf(log, "shipments");
+        const auto head = LogChain::head(log).value_or(LogChain::Head());
+        copy.headPosition = double(head.position);
+        copy.headHash = QString::fromLatin1(head.hash.toHex());
+    }
+    if (folder.exists(databases[1]))
+        copy.addresses = countOf(Database(folder.filePath(databases[1])), "addresses");
+}
+
+/// Returns what failed.
+QString RecordCopies::fill(const QDir &folder, RecordCopy &copy, const Progress &progress) const
+{
+    qint64 total = 0, done = 0;
+    for (const QString &name : databases + plainFiles)
+        total += QFileInfo(m_records.filePath(name)).size();
+    for (const QString &name : databases) {
+        const QString source = m_records.filePath(name);
+        if (!QFileInfo::exists(source))
+            continue;
+        const qint64 size = QFileInfo(source).size();
+        const Progress part(progress.cancelToken(), [&](qint64 pages, qint64 allPages) {
+            [[maybe_unused]] const bool goesOn = progress.report(done + size * pages / allPages, total);
+        });
+        if (const QString failure = copyDatabase(Database(source), folder.filePath(name), part); !failure.isEmpty())
+            return named(name, failure);
+        done += size;
+    }
+    for (const OwnedFile &file : m_owned) {
+        if (const QString failure = file.copyTo(folder.filePath(file.name)); !failure.isEmpty())
+            return named(file.name, failure);
+    }
+    for (const QString &name : plainFiles) {
+        QFile source(m_records.filePath(name));
+        if (source.exists() && !source.copy(folder.filePath(name)))
+            return named(name, source.errorString());
+    }
+    for (const QString &name : folder.entryList(QDir::Files)) {
+        QFile file(folder.filePath(name));
+        const QString hash = file.open(QIODevice::ReadOnly) ? hashOf(file) : QString();
+        if (hash.isEmpty())
+            return named(name, file.errorString());
+        copy.files.append({.name = name, .bytes = double(file.size()), .hash = hash});
+    }
+    describe(folder, copy);
+    return check(folder, copy.files);
+}
+
+bool RecordCopies::writeManifest(const QDir &folder, const RecordCopy &copy) const
+{
+    QSaveFile file(folder.filePath(manifestName));
+    const QByteArray text = encodeJson(copy, Keys::asIs);
+    return file.open(QIODevice::WriteOnly) && file.write(text) == text.size() && file.commit();
+}
+
+QList<RecordCopy> RecordCopies::list() const
+{
+    const QDir all = folder();
+    QList<RecordCopy> copies;
+    for (const QString &name : all.entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
+        QFile file(QDir(all.filePath(name)).filePath(manifestName));
+        if (name.endsWith(partial) || !file.open(QIODevice::ReadOnly))
+            continue;
+        try {
+            RecordCopy copy = decodeJson<RecordCopy>(file.readAll(), Keys::asIs);
+            copy.folder = name;
+            copies += copy;
+        } catch (const AppError &) {
+            continue; // another program's folder
+        }
+    }
+    std::ranges::sort(copies, std::ranges::greater(), &RecordCopy::madeAt);
+    return copies;
+}
+
+QString RecordCopies::check(const RecordCopy &copy) const
+{
+    return check(QDir(folder().filePath(copy.folder)), copy.files);
+}
+
+QString RecordCopies::check(const QDir &folder, const QList<RecordCopy::File> &files)
+{
+    for (const RecordCopy::File &kept : files) {
+        QFile file(folder.filePath(kept.name));
+        if (!file.open(QIODevice::ReadOnly) || double(file.size()) != kept.bytes || hashOf(file) != kept.hash)
+            return named(kept.name, u"not as it was copied"_s);
+        if (!kept.name.endsWith(".sqlite"_L1))
+            continue;
+        if (const QString damage = damageOf(Database(file.fileName())); !damage.isEmpty())
+            return named(kept.name, damage);
+    }
+    return {};
+}
+
+QList<RecordCopy> RecordCopies::expired(const QList<RecordCopy> &copies)
+{
+    QSet<QDate> days, months;
+    QDate oldestDay;
+    QList<RecordCopy> gone;
+    for (const RecordCopy &copy : copies) {
+        const QDate day = copy.madeAt.toLocalTime().date();
+        const QDate month(day.year(), day.month(), 1);
+        if (copy.isGood() && copy.reason == wordOf(CopyReason::daily)) {
+            const bool keepsDay = !days.contains(day) && days.size() < keptDays;
+            const bool keepsMonth = !months.contains(month) && months.size() < keptMonths;
+            if (keepsDay)
+                oldestDay = day;
+            days.insert(day);
+            if (keepsDay || keepsMonth)
+                months.insert(month);
+            else
+                gone += copy;
+        } else if (days.size() >= keptDays && day < oldestDay) {
+            gone += copy;
+        }
+    }
+    return gone;
+}
+
+} // namespace parcelory

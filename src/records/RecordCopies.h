@@ -1,0 +1,109 @@
+#pragma once
+
+#include "core/Progress.h"
+#include "core/RecordField.h"
+#include "records/LogChain.h"
+
+#include <QDateTime>
+#include <QDir>
+#include <QList>
+#include <QString>
+
+#include <functional>
+#include <mutex>
+#include <tuple>
+
+namespace parcelory {
+
+enum class CopyReason { daily, beforeImport, beforeUpdate, byHand };
+
+/// A copy of the records, as its manifest copy.json describes it.
+struct RecordCopy {
+    struct File {
+        QString name;
+        double bytes = 0;
+        QString hash; ///< BLAKE2b-256, hexadecimal
+
+        bool operator==(const File &) const = default;
+
+        static constexpr auto fields()
+        {
+            return std::tuple{field("name", &File::name), field("bytes", &File::bytes), field("hash", &File::hash)};
+        }
+    };
+
+    QString folder; ///< its name in the folder of the copies; not in the manifest
+    QDateTime madeAt;
+    QString reason;          ///< "daily", "beforeImport", "beforeUpdate", "byHand"
+    int labels = 0;          ///< rows of the mailing log
+    int addresses = 0;       ///< entries of the address book
+    double headPosition = 0; ///< the end of the mailing log's chain of hashes; see LogChain
+    QString headHash;        ///< hexadecimal
+    QList<File> files;
+    QString failure; ///< why the copy failed or cannot be trusted; empty if its check passed
+
+    bool operator==(const RecordCopy &) const = default;
+    bool isGood() const { return failure.isEmpty(); }
+    double bytes() const;
+    LogChain::Head head() const;
+
+    static constexpr auto fields()
+    {
+        using C = RecordCopy;
+        return std::tuple{field("madeAt", &C::madeAt),
+                          field("reason", &C::reason),
+                          field("labels", &C::labels),
+                          field("addresses", &C::addresses),
+                          field("headPosition", &C::headPosition),
+                          field("headHash", &C::headHash),
+                          field("files", &C::files),
+                          field("failure", &C::failure)};
+    }
+};
+
+QString wordOf(CopyReason reason);
+
+/// Makes, checks, lists and deletes copies of the records: one folder each, with a manifest. May be called from any
+/// thread; every call waits for the disk. The mailing log and the address book stay usable meanwhile.
+class RecordCopies {
+public:
+    static constexpr int keptDays = 30, keptMonths = 12;
+
+    /// A file that only its owner can copy. Returns why it could not.
+    struct OwnedFile {
+        QString name;
+        std::function<QString(const QString &path)> copyTo;
+    };
+
+    /// `records`: the data folder. `copies`: created at the first copy.
+    RecordCopies(const QDir &records, const QDir &copies, QList<OwnedFile> owned = {});
+
+    QDir folder() const;
+    void setFolder(const QDir &copies);
+
+    /// Copies, checks the copy and deletes copies that are no longer kept. A failed copy keeps only its manifest.
+    /// `progress` counts bytes; a canceled copy leaves nothing.
+    RecordCopy make(CopyReason reason, const QDateTime &now, const Progress &progress = {});
+    /// Newest first. A folder without a readable manifest is no copy.
+    QList<RecordCopy> list() const;
+    /// Compares a copy's files with its manifest, and the databases with SQLite's own check; returns what is wrong.
+    QString check(const RecordCopy &copy) const;
+
+    /// Of copies in the order of list(), those that are no longer kept: a daily copy is kept if it is the newest of one
+    /// of the last 30 days with a copy or of the last 12 months; other copies as long as a daily copy of their age.
+    static QList<RecordCopy> expired(const QList<RecordCopy> &copies);
+
+private:
+    static QString check(const QDir &folder, const QList<RecordCopy::File> &files);
+    static void describe(const QDir &folder, RecordCopy &copy);
+    QString fill(const QDir &folder, RecordCopy &copy, const Progress &progress) const;
+    bool writeManifest(const QDir &folder, const RecordCopy &copy) const;
+
+    const QDir m_records;
+    const QList<OwnedFile> m_owned;
+    std::mutex m_making;
+    mutable std::mutex m_access;
+    QDir m_copies;
+};
+
+} // namespace parcelory

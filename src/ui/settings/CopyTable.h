@@ -1,0 +1,26 @@
+#pragma once
+
+#include "records/RecordCopies.h"
+#include "ui/log/LogTable.h"
+
+namespace parcelory {
+
+/// The copies of the records as a table, newest first.
+class CopyTable : public LogTable {
+    Q_OBJECT
+public:
+    explicit CopyTable(QWidget *parent = nullptr);
+
+    void setCopies(const QList<RecordCopy> &copies);
+
+    /// "212 MB"
+    static QString sizeText(double bytes);
+
+private:
+    class Model;
+    CopyTable(Model *model, QWidget *parent);
+
+    Model *m_model;
+};
+
+} // namespace parcelory

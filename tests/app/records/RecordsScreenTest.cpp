@@ -1,0 +1,118 @@
+#include "app/records/RecordsScreen.h"
+#include "support/LabelDesk.h"
+#include "support/LogFile.h"
+#include "support/MailingLogDesk.h"
+
+namespace parcelory::test {
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace {
+
+class RecordsScreenTest : public MailingLogDesk {
+protected:
+    RecordsScreen records{*app};
+
+    void folderFile(const QString &name) const
+    {
+        QFile file(platform.dataFolder.filePath(name));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    }
+    QStringList made() const
+    {
+        QStringList reasons;
+        for (const RecordCopy &copy : records.copies.value())
+            reasons += copy.isGood() ? copy.reason : u"failed "_s + copy.reason;
+        return reasons;
+    }
+    /// The hourly look for a copy that is due must not run meanwhile, so the clock stands still.
+    static void finish(Task<> task)
+    {
+        runTask(std::move(task));
+        settle();
+    }
+    void advance(FakeClock::Duration by)
+    {
+        clock.advance(by);
+        settle();
+        runUntil([&] { return !records.copying; });
+        workPool().waitForDone();
+        settle();
+    }
+};
+
+} // namespace
+
+TEST_F(RecordsScreenTest, CopiesOnceADayAndSaysHowOldTheLastGoodCopyIs)
+{
+    clock.start = QDateTime(QDate(2026, 11, 20), QTime(14, 41));
+    EXPECT_EQ(records.ageText(), u"No copy yet."_s);
+    finish(records.start());
+    EXPECT_EQ(made(), QStringList{u"daily"_s});
+    EXPECT_EQ(records.ageText(), u"Last good copy just now"_s);
+    advance(9h);
+    EXPECT_EQ(made(), QStringList{u"daily"_s});
+    EXPECT_EQ(records.ageText(), u"Last good copy 9 hours ago"_s);
+    advance(1h);
+    EXPECT_EQ(made(), QStringList({u"daily"_s, u"daily"_s}));
+
+    finish(records.start()); // as at the next start
+    EXPECT_EQ(made().size(), 2);
+
+    folderFile(u"blocked"_s);
+    app->copies.setFolder(QDir(platform.dataFolder.filePath(u"blocked"_s)));
+    finish(records.copyNow());
+    EXPECT_EQ(records.message.value(), u"The copy of the records failed — The copies folder can't be written."_s);
+    app->copies.setFolder(QDir(platform.dataFolder.filePath(u"Copies"_s)));
+    clock.start = clock.start.addDays(4);
+    finish(records.copyNow(CopyReason::byHand));
+    settle();
+    EXPECT_FALSE(records.isLate());
+    clock.start = clock.start.addDays(4);
+    EXPECT_TRUE(records.isLate());
+}
+
+TEST_F(RecordsScreenTest, CopiesBeforeAnImportAndAsksIfThatFails)
+{
+    const QString list = platform.dataFolder.filePath(u"mail.txt"_s);
+    QFile file(list);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(mailLine("Jo, 1 Elm St, Bend OR 97701"));
+    file.close();
+    prompts.file = list;
+    finish(log.importCSV());
+    settle();
+    EXPECT_EQ(log.records().size(), 1);
+    runUntil([this] { return !records.copies.value().isEmpty(); });
+    EXPECT_EQ(made(), QStringList{u"beforeImport"_s});
+
+    folderFile(u"blocked"_s);
+    app->copies.setFolder(QDir(platform.dataFolder.filePath(u"blocked"_s)));
+    int onFailedCopy = 0; // Go On
+    prompts.whileAsked = [&] {
+        constexpr int importAll = 2;
+        prompts.answer = prompts.questions.last().title == u"Records Not Copied"_s ? onFailedCopy : importAll;
+    };
+    finish(log.importCSV());
+    EXPECT_EQ(log.records().size(), 2);
+    EXPECT_EQ(prompts.questions.last().title, u"Records Not Copied"_s);
+    onFailedCopy = 1;
+    finish(log.importCSV());
+    EXPECT_EQ(log.records().size(), 2) << "Cancel imports nothing";
+}
+
+TEST_F(RecordsScreenTest, VerifiesTheLogAgainstTheChainAndTheCopies)
+{
+    bought();
+    finish(records.start());
+    finish(records.verify());
+    EXPECT_EQ(records.report.value()->labels, 1);
+    EXPECT_TRUE(records.report.value()->findings.isEmpty());
+    Database(platform.dataFolder.filePath(u"mailing_log.sqlite"_s))
+        .exec("UPDATE shipments SET tracking = '1'; DROP TABLE log_chain; DELETE FROM sqlite_sequence"
+              " WHERE name = 'log_chain'");
+    finish(records.verify());
+    EXPECT_FALSE(records.report.value()->findings.isEmpty()) << "the copy knows the former chain";
+}
+
+} // namespace parcelory::test

@@ -1,0 +1,119 @@
+#include "records/RecordCopies.h"
+#include "records/PurchaseJournal.h"
+#include "support/LogFile.h"
+
+namespace parcelory::test {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QDateTime noon(QDate(2026, 11, 20), QTime(12, 0));
+
+struct Desk : LogFile {
+    ShipmentLog log{QDir(folder.path())};
+    PurchaseJournal journal{QDir(folder.path())};
+    QDir target{path(u"Copies"_s)};
+    RecordCopies copies{QDir(folder.path()),
+                        target,
+                        {{u"purchase_journal.sqlite"_s, [this](const QString &to) { return journal.copyTo(to); }}}};
+
+    Desk()
+    {
+        EXPECT_TRUE(log.insert(shipmentTo(u"Jo"_s)));
+        journal.open();
+        put(u"sender_profiles.json"_s, "[]");
+    }
+    QStringList files(const RecordCopy &copy) const
+    {
+        return QDir(target.filePath(copy.folder)).entryList(QDir::Files, QDir::Name);
+    }
+};
+
+RecordCopy copyOf(QDate day, CopyReason reason = CopyReason::daily, const QString &failure = {})
+{
+    return {.folder = day.toString(Qt::ISODate) + wordOf(reason) + failure,
+            .madeAt = QDateTime(day, QTime(7, 0)),
+            .reason = wordOf(reason),
+            .files = {},
+            .failure = failure};
+}
+
+} // namespace
+
+TEST(RecordCopies, HoldTheRecordsEvenIfALabelIsBoughtMeanwhile)
+{
+    Desk desk;
+    bool isBought = false;
+    const Progress buys({}, [&](qint64, qint64) {
+        if (!std::exchange(isBought, true))
+            EXPECT_TRUE(desk.log.insert(shipmentTo(u"Ann"_s)));
+    });
+    const RecordCopy copy = desk.copies.make(CopyReason::byHand, noon, buys);
+    EXPECT_EQ(copy.failure, QString());
+    EXPECT_EQ(desk.files(copy), QStringList({u"copy.json"_s, u"mailing_log.sqlite"_s, u"purchase_journal.sqlite"_s,
+                                             u"sender_profiles.json"_s}));
+    ASSERT_EQ(desk.copies.list().size(), 1);
+    const RecordCopy listed = desk.copies.list().first();
+    EXPECT_EQ(listed.folder, copy.folder);
+    EXPECT_TRUE(listed.labels == 1 || listed.labels == 2);
+    EXPECT_GT(listed.bytes(), 0);
+    EXPECT_TRUE(desk.log.verify({listed.head()})->findings.isEmpty());
+    EXPECT_EQ(desk.copies.check(listed), QString());
+
+    QFile file(desk.target.filePath(copy.folder + u"/mailing_log.sqlite"_s));
+    ASSERT_TRUE(file.open(QIODevice::ReadWrite) && file.seek(file.size() - 1) && file.putChar('x'));
+    file.close();
+    EXPECT_EQ(desk.copies.check(listed), u"mailing_log.sqlite: not as it was copied"_s);
+}
+
+TEST(RecordCopies, AFailedCopySaysWhyAndTakesNoSpace)
+{
+    Desk desk;
+    RecordCopies refused(QDir(desk.folder.path()), desk.target,
+                         {{u"purchase_journal.sqlite"_s, [](const QString &) { return u"disk was full"_s; }}});
+    const RecordCopy copy = refused.make(CopyReason::daily, noon);
+    EXPECT_EQ(copy.failure, u"purchase_journal.sqlite: disk was full"_s);
+    EXPECT_EQ(desk.files(copy), QStringList{u"copy.json"_s});
+    EXPECT_EQ(refused.list().first().failure, copy.failure);
+
+    desk.put(u"blocked"_s, "a file");
+    desk.copies.setFolder(QDir(desk.path(u"blocked"_s)));
+    EXPECT_EQ(desk.copies.make(CopyReason::daily, noon).failure, u"The copies folder can't be written."_s);
+
+    desk.put(u"addresses.sqlite"_s, QByteArray(5000, 'x'));
+    desk.copies.setFolder(desk.target);
+    EXPECT_TRUE(desk.copies.make(CopyReason::daily, noon.addSecs(1)).failure.startsWith(u"addresses.sqlite: "_s));
+
+    CancelToken canceled;
+    canceled.cancel();
+    desk.copies.make(CopyReason::byHand, noon.addSecs(2), Progress(canceled));
+    EXPECT_EQ(desk.copies.list().size(), 2);
+    EXPECT_EQ(desk.target.entryList(QDir::Dirs | QDir::NoDotAndDotDot).size(), 2);
+}
+
+TEST(RecordCopies, KeepThirtyDaysAndTwelveMonths)
+{
+    QList<RecordCopy> copies;
+    const QDate last(2026, 11, 20);
+    for (int day = 0; day < 500; ++day) {
+        copies += copyOf(last.addDays(-day));
+        if (day % 10 == 0)
+            copies += copyOf(last.addDays(-day), CopyReason::beforeImport);
+        if (day % 7 == 0)
+            copies += copyOf(last.addDays(-day), CopyReason::daily, u"disk was full"_s);
+    }
+    QStringList kept;
+    const QList<RecordCopy> gone = RecordCopies::expired(copies);
+    for (const RecordCopy &copy : copies) {
+        const bool isGone = std::ranges::any_of(gone, [&](const auto &old) { return old.folder == copy.folder; });
+        if (copy.isGood() && copy.reason == u"daily"_s && !isGone)
+            kept += copy.madeAt.toString(u"MM-dd"_s);
+        EXPECT_TRUE(copy.reason == u"daily"_s || isGone == (copy.madeAt.date() < last.addDays(-29)));
+    }
+    EXPECT_EQ(kept.size(), 30 + 10); // November and October are among the days
+    EXPECT_EQ(kept.mid(0, 2), QStringList({u"11-20"_s, u"11-19"_s}));
+    EXPECT_EQ(kept.mid(29), QStringList({u"10-22"_s, u"09-30"_s, u"08-31"_s, u"07-31"_s, u"06-30"_s, u"05-31"_s,
+                                         u"04-30"_s, u"03-31"_s, u"02-28"_s, u"01-31"_s, u"12-31"_s}));
+}
+
+} // namespace parcelory::test

@@ -1,0 +1,132 @@
+#pragma once
+
+// What the tests of the screens use most: their records, the practice carrier's faults, and the desks.
+
+// IWYU pragma: begin_exports
+#include "app/AppState.h"
+#include "app/Screens.h"
+#include "app/addressbook/AddressBook.h"
+#include "app/label/LabelScreen.h"
+#include "app/logs/MailingLogScreen.h"
+#include "app/logs/MasterLogScreen.h"
+#include "app/purchase/Purchases.h"
+#include "app/scanform/ScanFormScreen.h"
+#include "app/settings/KeysScreen.h"
+#include "app/settings/SettingsScreen.h"
+#include "app/update/UpdateChecker.h"
+#include "backoffice/DesklineInvoice.h"
+#include "carrier/MasterEntry.h"
+#include "carrier/ShippoRecords.h"
+#include "compose/Customs.h"
+#include "compose/Mailpieces.h"
+#include "compose/Services.h"
+#include "core/Json.h"
+#include "core/Platform.h"
+#include "core/PostalContact.h"
+#include "core/SettingsKeys.h"
+#include "core/ShippoAddress.h"
+#include "core/Sqlite.h"
+#include "core/StatusKind.h"
+#include "core/Task.h"
+#include "core/Text.h"
+#include "core/ports/Preferences.h"
+#include "core/ports/ProcessRunner.h"
+#include "core/ports/Prompts.h"
+#include "practice/carrier/CarrierScenario.h"
+#include "practice/carrier/PracticeCarrier.h"
+#include "records/BoxProfile.h"
+#include "records/PurchaseJournal.h"
+#include "records/ScanForms.h"
+#include "records/SenderProfile.h"
+#include "records/ShipmentLog.h"
+#include "records/ShipmentRecord.h"
+#include "shell/ErrorLog.h"
+#include "shell/UpdateFeed.h"
+#include "support/CarrierDesk.h"
+#include "support/FakePlatform.h"
+#include "support/HeldPool.h"
+#include "support/LabelDesk.h"
+#include "support/LogFile.h"
+#include "support/RunTask.h"
+#include "support/Test.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <tuple>
+#include <utility>
+#include <vector>
+// IWYU pragma: end_exports
+
+namespace parcelory::test {
+
+/// The carrier's answer to the next `count` requests below `path`.
+inline CarrierScenario answering(const QByteArray &path, int status, const QByteArray &body = {},
+                                 const QByteArray &method = {}, int count = 1)
+{
+    return {.failNext = CarrierFailure{path, status, "application/json", body, count, method}};
+}
+
+/// A print tool that fails with this text when labels or papers are sent to it.
+inline auto failingPrinter(const QByteArray &reason)
+{
+    return [reason](const QString &program, const QStringList &) {
+        return program.endsWith(u"/lpr"_s) ? ProcessOutcome{1, {}, reason} : ProcessOutcome{};
+    };
+}
+
+/// How many jobs the print tool was given.
+inline qsizetype printJobs(const FakeProcesses &processes)
+{
+    return std::ranges::count_if(processes.calls(), [](const auto &call) { return call.program.endsWith(u"/lpr"_s); });
+}
+
+inline ShippoAddress homeOf(const QString &name)
+{
+    ShippoAddress to = homeAddress();
+    to.name = name;
+    return to;
+}
+
+/// The label screen over the practice carrier; what a test has started ends with it.
+class LabelTest : public testing::Test, public LabelDesk {
+protected:
+    void TearDown() override { endLookups(); }
+
+    ShipmentRecord newest() const { return app->log.records().value(0); }
+    bool isRated() { return screen().selectedRate().has_value(); }
+    qsizetype unresolved() { return purchases().unresolved.value().size(); }
+    /// Opens the program again over the same folder.
+    void restart(const std::function<void()> &meanwhile = {})
+    {
+        endLookups();
+        screenOwner.reset();
+        app.reset();
+        if (meanwhile)
+            meanwhile();
+        app = std::make_unique<AppState>(platform);
+        screenOwner = std::make_unique<LabelScreen>(*app);
+        settle();
+        run(purchases().resume());
+    }
+    /// A press of Buy whose outcome stays unknown, because the carrier sells the label and no answer arrives.
+    void pressUnheard()
+    {
+        carrier.setScenario({.dropConnection = true});
+        pressBuy();
+        runUntil([this] { return !purchases().checking; });
+        carrier.setScenario({});
+    }
+    /// An international parcel with its customs declaration.
+    void composeAbroad(const CustomsInfo &customs)
+    {
+        composeParcel(londonAddress());
+        screen().customs = customs;
+    }
+};
+
+} // namespace parcelory::test

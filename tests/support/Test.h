@@ -1,0 +1,73 @@
+#pragma once
+
+// What every test uses, and what several tests do in the same way.
+
+// IWYU pragma: begin_exports
+#include "core/AppError.h"
+#include "support/Printing.h"
+
+#include <gmock/gmock.h>
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <algorithm>
+#include <chrono>
+#include <functional>
+#include <iterator>
+#include <memory>
+#include <optional>
+#include <tuple>
+#include <utility>
+// IWYU pragma: end_exports
+
+namespace parcelory::test {
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+using testing::StartsWith;
+
+/// Why the operation failed; "no failure" if it did not.
+template <class Operation>
+QString failureOf(Operation operation)
+{
+    try {
+        operation();
+    } catch (const AppError &error) {
+        return error.description();
+    }
+    return u"no failure"_s;
+}
+
+/// A file's bytes; "(none)" if there is no such file.
+inline QByteArray contentsOf(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : "(none)";
+}
+inline void put(const QString &path, const QByteArray &bytes)
+{
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size()) << path.toStdString();
+}
+/// What the files hold that a store set aside because it could not read them.
+inline QList<QByteArray> setAside(const QString &folder, const QString &name)
+{
+    QList<QByteArray> kept;
+    for (const QString &entry : QDir(folder).entryList({name + u".unreadable-*"_s}, QDir::Files))
+        kept += contentsOf(folder + u'/' + entry);
+    return kept;
+}
+/// A file of tests/data.
+inline QByteArray dataFile(const QString &name)
+{
+    const QByteArray bytes = contentsOf(QStringLiteral(PARCELORY_TEST_DATA "/") + name);
+    EXPECT_NE(bytes, "(none)") << name.toStdString();
+    return bytes;
+}
+
+} // namespace parcelory::test

@@ -1,0 +1,52 @@
+#pragma once
+
+// What the tests of the windows use most, beside what the tests of the screens use.
+
+// IWYU pragma: begin_exports
+#include "support/AppTest.h"
+#include "support/WindowDesk.h"
+#include "ui/parts/Button.h"
+#include "ui/parts/ComboBox.h"
+#include "ui/parts/DateField.h"
+#include "ui/parts/Dialog.h"
+#include "ui/parts/LineEdit.h"
+#include "ui/parts/Notice.h"
+#include "ui/parts/RowTable.h"
+#include "ui/parts/TextLabel.h"
+
+#include <QAction>
+#include <QLabel>
+#include <QMenu>
+#include <QMenuBar>
+
+#include <algorithm>
+#include <chrono>
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <tuple>
+#include <utility>
+#include <vector>
+// IWYU pragma: end_exports
+
+namespace parcelory::test {
+
+/// The texts that a window shows outside its controls.
+inline QStringList shownTexts(const QWidget &root)
+{
+    QStringList texts;
+    for (const QLabel *label : root.findChildren<QLabel *>()) {
+        if (label->isVisible())
+            texts += label->text().remove(QChar(0x200B)); // zero-width spaces
+    }
+    return texts;
+}
+
+inline bool shows(const QWidget &root, const QString &text)
+{
+    return shownTexts(root).contains(text);
+}
+
+} // namespace parcelory::test

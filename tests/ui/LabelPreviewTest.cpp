@@ -1,0 +1,189 @@
+#include "app/preview/LabelPreview.h"
+#include "app/purchase/LabelVerdictTexts.h"
+#include "compose/LabelReadBack.h"
+#include "devices/LabelPicture.h"
+#include "practice/carrier/PracticePdf.h"
+#include "records/LabelVerdicts.h"
+#include "records/ShipmentRecord.h"
+#include "support/LogFile.h"
+#include "support/Printing.h"
+#include "support/WindowDesk.h"
+#include "ui/LabelWindow.h"
+#include "ui/log/MailingLogView.h"
+#include "ui/parts/RowTable.h"
+#include "ui/preview/FindingList.h"
+#include "ui/preview/LabelSheet.h"
+#include "ui/preview/LabelThumbnail.h"
+
+#include <gmock/gmock.h>
+
+#include <QClipboard>
+#include <QFile>
+
+namespace parcelory::test {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+using State = LabelSight::State;
+
+const QByteArray zpl = "^XA^PW812^LL1218^FO100,100^A0N,60,60^FDRUTH^FS^XZ";
+
+struct LabelPreviewTest : testing::Test, WindowDesk {
+    Screens &screens() { return program->screens(); }
+    State state(const LabelPreview &preview) { return preview.sight.value().state; }
+    void drawn(const LabelPreview &preview)
+    {
+        wait([&] { return state(preview) != State::drawing && state(preview) != State::nothing; });
+    }
+    ShipmentRecord record(const QString &name, const std::optional<QByteArray> &label)
+    {
+        ShipmentRecord record{.service = u"Priority Mail"_s, .recipient = name, .transactionID = u"t-"_s + name};
+        record.zpl = label;
+        return record;
+    }
+    LabelWindow *labelWindow()
+    {
+        for (QWidget *widget : QApplication::topLevelWidgets()) {
+            if (auto *found = qobject_cast<LabelWindow *>(widget); found && found->isVisible())
+                return found;
+        }
+        return nullptr;
+    }
+};
+
+} // namespace
+
+TEST_F(LabelPreviewTest, TellsWhyThereIsNoPicture)
+{
+    PdfPage pdf(288, 432);
+    LabelPreview preview(app());
+    const struct {
+        ShipmentRecord record;
+        State state;
+    } table[] = {{record(u"Ruth"_s, zpl), State::drawn},
+                 {record(u"Paper"_s, pdf.document()), State::drawn},
+                 {record(u"Old"_s, std::nullopt), State::noCopy},
+                 {record(u"Broken"_s, "<html>"), State::undrawable}};
+    for (const auto &row : table) {
+        preview.show(row.record);
+        EXPECT_EQ(state(preview), State::drawing) << "never the former label";
+        EXPECT_FALSE(preview.sight.value().picture);
+        drawn(preview);
+        EXPECT_EQ(state(preview), row.state) << row.record.recipient.toStdString();
+        preview.show(row.record);
+        EXPECT_EQ(state(preview), row.state) << "the same label does not flicker";
+    }
+    preview.show(table[0].record);
+    preview.show(table[2].record);
+    drawn(preview);
+    settleAll();
+    EXPECT_EQ(state(preview), State::noCopy) << "a late picture of the label before is dropped";
+    preview.show(table[0].record);
+    preview.clear();
+    wait([] { return workPool().activeThreadCount() == 0; });
+    EXPECT_EQ(state(preview), State::nothing);
+}
+
+TEST_F(LabelPreviewTest, WordsOfAVerdict)
+{
+    const LabelFinding name{LabelItem::name, LabelMatch::same, u"Ruth"_s, u"RUTH"_s, {}},
+        zip{LabelItem::zip, LabelMatch::different, u"28801"_s, u"28804"_s, {}},
+        unit{LabelItem::unit, LabelMatch::different, u"APT 3"_s, {}, {}},
+        city{LabelItem::city, LabelMatch::notFound, u"Bend"_s, {}, {}},
+        code{LabelItem::trackingCode, LabelMatch::unchecked, u"92"_s, {}, {}},
+        mark{LabelItem::mark, LabelMatch::notFound, u"test"_s, {}, {}};
+    const struct {
+        QList<LabelFinding> findings;
+        LabelOutcome outcome;
+        QString line;
+    } table[] = {
+        {{}, LabelOutcome::notCompared, u"Not checked"_s},
+        {{name, mark}, LabelOutcome::same, u"Address and tracking match the label ✓"_s},
+        {{name, city, zip}, LabelOutcome::different, u"The ZIP differs: 28801 on the parcel, 28804 on the label."_s},
+        {{zip, unit}, LabelOutcome::different, u"2 things differ: ZIP, unit."_s},
+        {{name, city, code}, LabelOutcome::notFound, u"Not found on the label: city."_s},
+        {{name, code}, LabelOutcome::unchecked, u"Cannot be checked: tracking number in the bar code"_s},
+        {{code}, LabelOutcome::unchecked, u"Cannot be checked: graphic"_s},
+    };
+    for (const auto &row : table) {
+        const LabelVerdict verdict{.findings = row.findings, .addressOnLabel = {}};
+        EXPECT_EQ(LabelVerdictTexts::outcomeOf(verdict), row.outcome) << row.line.toStdString();
+        EXPECT_EQ(LabelVerdictTexts::lineOf(verdict), row.line);
+    }
+}
+
+TEST_F(LabelPreviewTest, ABoughtLabelIsSeenOnTheCardAndInItsWindow)
+{
+    const ShippoAddress to = homeAddress();
+    app().draftTo = to;
+    label().weightLb = u"1"_s;
+    label().dimLength = u"9"_s;
+    label().dimWidth = u"6"_s;
+    label().dimHeight = u"2"_s;
+    spawn([this] { return label().fetchRates(true); });
+    wait([this] { return label().selectedRate() && !label().busy; });
+    clock.advance(LabelScreen::buyPause);
+    spawn([this] { return label().buyAndPrint(); });
+    wait([this] { return !label().buying && label().lastLabel.value(); });
+    LabelPreview &preview = label().preview;
+    drawn(preview);
+    ASSERT_EQ(state(preview), State::drawn);
+    EXPECT_EQ(LabelVerdictTexts::lineOf(preview.sight.value().verdict), u"Address and tracking match the label ✓"_s);
+
+    auto *thumbnail = named<LabelThumbnail>(u"Label picture, "_s + to.name);
+    EXPECT_EQ(thumbnail->accessibleDescription(), u"Address and tracking match the label ✓"_s);
+    click(thumbnail);
+    LabelWindow *shown = labelWindow();
+    ASSERT_TRUE(shown);
+    EXPECT_EQ(shown->windowTitle(), u"Label — "_s + to.name);
+    auto *sheet = shown->findChild<LabelSheet *>();
+    EXPECT_TRUE(sheet->isFitted() && sheet->accessibleName().endsWith(u"turned 180 degrees"_s))
+        << sheet->accessibleName().toStdString();
+    screens().settings.rotate180 = false;
+    settleAll();
+    EXPECT_FALSE(sheet->accessibleName().contains(u"turned"_s)) << "as the printer is set now";
+    sheet->setZoom(100);
+    sheet->zoomBy(+1);
+    EXPECT_EQ(sheet->percent(), 125);
+    sheet->zoomBy(-9);
+    EXPECT_EQ(sheet->percent(), LabelSheet::least);
+    auto *findings = shown->findChild<FindingList *>();
+    EXPECT_EQ(findings->item(0)->data(Qt::AccessibleTextRole).toString(), u"Name, ELEANOR WHITFIELD, same"_s);
+    const QImage before = sheet->viewport()->grab().toImage();
+    findings->setCurrentRow(0);
+    EXPECT_NE(sheet->viewport()->grab().toImage(), before) << "its place is framed";
+    button(u"Copy"_s, shown)->click();
+    EXPECT_EQ(QGuiApplication::clipboard()->image().size(), preview.sight.value().picture->pages.first().image.size());
+
+    app().draftTo = londonAddress(); // the next parcel
+    settleAll();
+    EXPECT_EQ(shown->windowTitle(), u"Label — "_s + to.name) << "the clerk may still read it";
+    app().tab = MainTab::mailingLog;
+    ShipmentRecord old = record(u"Ruth Abernathy"_s, std::nullopt);
+    EXPECT_TRUE(app().log.insert(old));
+    app().log.reload();
+    settleAll();
+    const auto select = [&](const QString &name) {
+        for (const ShipmentRecord &row : app().log.records()) {
+            if (row.recipientName() == name)
+                screens().mailingLog.selected = row.id;
+        }
+    };
+    select(u"Ruth Abernathy"_s);
+    window().activateWindow();
+    window().mailingLogView().table()->setFocus();
+    QTest::keyClick(window().mailingLogView().table(), Qt::Key_Space);
+    drawn(screens().mailingLog.preview);
+    settleAll();
+    EXPECT_EQ(shown->windowTitle(), u"Label — Ruth Abernathy"_s) << "the window follows the place it was opened from";
+    select(to.name);
+    drawn(screens().mailingLog.preview);
+    settleAll();
+    EXPECT_EQ(shown->windowTitle(), u"Label — "_s + to.name);
+    QTest::keyClick(findings, Qt::Key_Space);
+    settleAll();
+    EXPECT_FALSE(labelWindow());
+}
+
+} // namespace parcelory::test
