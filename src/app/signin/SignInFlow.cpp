@@ -39,9 +39,9 @@ SignInFlow::~SignInFlow()
 void SignInFlow::countDown(int seconds)
 {
     m_app.platform.clock.cancel(m_tick);
-    m_app.loginSecondsLeft = seconds;
     if (seconds > 0)
         m_tick = m_app.platform.clock.after(1s, [this, seconds] { countDown(seconds - 1); });
+    m_app.loginSecondsLeft = seconds; // last: who sees it may cancel
 }
 
 /// Waits for the page, and shows for how long at most.
