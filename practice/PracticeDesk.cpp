@@ -57,6 +57,7 @@ PracticeDesk::PracticeDesk(const QString &folder, Prompts &prompts, Keyboard &ke
                  .deployment = practiceDeployment(m_carrier, m_backOffice),
                  .practice = true}
 {
+    m_carrier.keepIn(m_folder.filePath(u"practice_carrier.json"_s));
     ShippoKeys keys(m_secrets, m_preferences);
     keys.set(PracticeCarrier::testToken, u"Practice"_s);
     keys.makeActive(u"Practice"_s);

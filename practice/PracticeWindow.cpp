@@ -1,5 +1,6 @@
 #include "practice/PracticeWindow.h"
 
+#include "platform/RunningProgram.h"
 #include "practice/PracticeDesk.h"
 #include "practice/PracticeMenu.h"
 #include "practice/PracticeSamples.h"
@@ -18,6 +19,9 @@ int runPracticeWindow(const QString &folder)
     WindowPrompts prompts;
     WindowKeyboard keyboard;
     PracticeDesk desk(folder, prompts, keyboard);
+    RunningProgram running(desk.platform().dataFolder);
+    if (running.handOver())
+        return 0;
     { // before the program reads it
         LocalAddressStore book(desk.platform().dataFolder);
         addPracticeAddresses(book);
@@ -25,6 +29,7 @@ int runPracticeWindow(const QString &folder)
     Program program(desk.platform(), prompts, PracticeDesk::signInNote());
     addPracticeMenu(program.window().menuBar(), desk);
     program.window().show();
+    running.accept([&program] { program.window().comeToFront(); });
     program.start();
     return QApplication::exec();
 }

@@ -3,6 +3,7 @@
 #include "core/AppError.h"
 #include "devices/LabelPrinter.h"
 #include "platform/ConsolePrompts.h"
+#include "platform/RunningProgram.h"
 #include "platform/SystemPlatform.h"
 #include "practice/PracticeRun.h"
 #include "practice/PracticeScreens.h"
@@ -71,14 +72,29 @@ int addKey(Platform &platform, const QString &typedName)
     return 0;
 }
 
+/// Drops what libraries say about a missing display or runtime folder: on a console it stands between our own lines.
+void quietLibraries()
+{
+    static QtMessageHandler usual = nullptr;
+    usual = qInstallMessageHandler([](QtMsgType type, const QMessageLogContext &context, const QString &text) {
+        const bool isOwn = text.startsWith(u"Parcelory:");
+        if (isOwn || type == QtCriticalMsg || type == QtFatalMsg)
+            usual(type, context, text);
+    });
+}
+
 int runWindow()
 {
     Program::makeLook();
     WindowPrompts prompts;
     WindowKeyboard keyboard;
     SystemPlatform system(prompts, keyboard);
+    RunningProgram running(system.platform().dataFolder);
+    if (running.handOver())
+        return 0;
     Program program(system.platform(), prompts);
     program.window().show();
+    running.accept([&program] { program.window().comeToFront(); });
     program.start();
     return QApplication::exec();
 }
@@ -119,6 +135,8 @@ int main(int argc, char **argv)
         qputenv("QT_QPA_PLATFORM", "offscreen");
     parcelory::WebEngineSession::prepareProcess();
     const bool window = display == parcelory::Display::screen;
+    if (!window)
+        parcelory::quietLibraries();
     std::unique_ptr<QCoreApplication> app;
     if (display != parcelory::Display::none)
         app = std::make_unique<QApplication>(argc, argv);

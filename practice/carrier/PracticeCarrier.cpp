@@ -1,7 +1,9 @@
 #include "practice/carrier/PracticeCarrier.h"
 
+#include "core/JsonFile.h"
 #include "practice/LoopbackServer.h"
 #include "practice/carrier/PracticeAnswers.h"
+#include "practice/carrier/PracticeArchive.h"
 #include "practice/carrier/PracticeHistory.h"
 #include "practice/carrier/PracticeLedger.h"
 #include "practice/carrier/PracticeRoutes.h"
@@ -62,6 +64,7 @@ public:
     int listReads = 0;
     QList<Request> received;
     PracticeLedger test, live;
+    std::unique_ptr<JsonFile> file; ///< null: nothing is kept
 
     PracticeLedger *ledgerOf(const QByteArray &authorization);
     void setScenario(CarrierScenario next);
@@ -122,6 +125,8 @@ void PracticeCarrier::Impl::serve(const httplib::Request &message, httplib::Resp
         answer = apiAnswer(request, authorization);
     received.append({request.method, target, authorization, headerOf(message, "Content-Type"), request.body,
                      isDropped ? 0 : answer.status});
+    if (file && request.method == "POST" && request.keepsRecords())
+        file->write(archived(test, live));
     m_scenarioChanged.wait(lock, [this] { return !scenario.holdsAnswers; });
     lock.unlock();
     m_server.pause(delay);
@@ -190,6 +195,14 @@ PracticeCarrier::~PracticeCarrier() = default;
 QUrl PracticeCarrier::baseUrl() const
 {
     return QUrl(QString::fromStdString(m_impl->test.base));
+}
+
+void PracticeCarrier::keepIn(const QString &path)
+{
+    const std::lock_guard lock(m_impl->mutex);
+    m_impl->file = std::make_unique<JsonFile>(path);
+    if (const std::optional<QByteArray> archive = m_impl->file->read())
+        restoreArchive(*archive, m_impl->test, m_impl->live);
 }
 
 void PracticeCarrier::setScenario(CarrierScenario scenario)

@@ -27,6 +27,9 @@ public:
 
     QUrl baseUrl() const; ///< http://127.0.0.1:PORT/
 
+    /// Takes over the labels that an earlier carrier left in this file, and keeps every sale, refund and form there.
+    void keepIn(const QString &path);
+
     /// Takes effect with the next request. Counters (failures, list reads) start over.
     void setScenario(CarrierScenario scenario);
 

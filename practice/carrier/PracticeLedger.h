@@ -29,6 +29,7 @@ public:
     const Json &add(Json shown, Json later, int reads);
     PracticeRecord *find(const QString &id);
     std::vector<PracticeRecord> &all() { return m_records; }
+    const std::vector<PracticeRecord> &all() const { return m_records; }
 
     /// Restores the order of creation after records got older dates.
     void sortByCreation();

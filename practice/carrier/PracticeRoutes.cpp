@@ -151,6 +151,12 @@ CarrierAnswer read(const CarrierRequest &request, PracticeLedger &ledger, const 
 
 } // namespace
 
+bool CarrierRequest::keepsRecords() const
+{
+    const QString kind = path().value(0);
+    return kind == u"transactions" || kind == u"refunds" || kind == u"manifests";
+}
+
 bool CarrierRequest::readsList() const
 {
     return method == "GET" && path().size() == 1;

@@ -20,6 +20,8 @@ struct CarrierRequest {
     QStringList path() const { return target.path().split(u'/', Qt::SkipEmptyParts); }
     /// True for reads of a whole list, which the service counts more strictly than other requests.
     bool readsList() const;
+    /// True for what a restart of the carrier keeps.
+    bool keepsRecords() const;
 };
 
 /// The response to a request whose token belongs to `ledger`.

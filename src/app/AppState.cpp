@@ -61,6 +61,7 @@ AppState::AppState(Platform &host)
     scanListener.onScan = [this](const QString &code) { handleInvoiceScan(code); };
     scanListener.onNoise = [this](const QString &heard) { reportScanNoise(heard); };
     scanListener.start();
+    m_scanFormWatch = scanFormStatus.addNotifier([this] { m_scanFormDay = platform.clock.now().date(); });
 }
 
 AppState::~AppState()
@@ -84,6 +85,7 @@ void AppState::fillRecipient(const PostalContact &contact)
     ShippoAddress recipient = contact.asShippoAddress();
     recipient.company = sanitizer.sanitize(recipient.company);
     fillDraft(recipient, QString()); // an address book recipient has no invoice number
+    emit recipientTaken();
 }
 
 Task<> AppState::signIn(QString user, QString pass, bool remember)
@@ -126,6 +128,8 @@ void AppState::signInAgain()
     loginError = std::nullopt;
     setScanStatus(StatusKind::none, QString());
     scannedInvoice = std::nullopt; // the next clerk did not request it
+    if (!scanFormBusy)
+        scanFormStatus = QString();
     auth.clear();
 }
 
@@ -147,6 +151,11 @@ void AppState::fillFromInvoice(const DesklineInvoice &invoice)
 Task<> AppState::createScanForm(ShippoAddress from)
 {
     co_await m_scanForm->create(from);
+}
+
+QString AppState::scanFormNews() const
+{
+    return m_scanFormDay == platform.clock.now().date() ? scanFormStatus.value() : QString();
 }
 
 Task<> AppState::syncRefundStatuses()

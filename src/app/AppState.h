@@ -25,6 +25,7 @@
 #include "records/ShipmentLog.h"
 #include "shell/ErrorLog.h"
 
+#include <QDate>
 #include <QProperty>
 #include <QSet>
 
@@ -67,10 +68,13 @@ public:
     Observed<MainTab> tab{this, MainTab::newLabel};
     Observed<bool> loginBusy{this, false};
     Observed<std::optional<QString>> loginError{this};
+    Observed<int> loginSecondsLeft{this, 0}; ///< how long the sign-in waits for the back office at most
     Observed<QString> signedInUser{this};
     bool autoLoginTried = false;
     /// Incremented at each sign-in and sign-out, so that one clerk's results are not shown to the next clerk.
     int session = 0;
+    Observed<bool> awaitsChoice{this, false}; ///< a dialog asks about the label on the screen
+    Observed<bool> closing{this, false};      ///< the window closes when the purchase or SCAN form in progress is done
     Observed<QString> lastShipmentSummary{this}; ///< one line about the last label bought
     Observed<int> keyChanges{this, 0};           ///< counts key changes; rates from one key are not valid with another
 
@@ -93,6 +97,7 @@ public:
     Observed<StatusKind> scanStatusKind{this, StatusKind::none};
     Observed<QString> scanNote{this}; ///< what the clerk must know besides scanStatus; usually empty
     Observed<std::optional<DesklineInvoice>> scannedInvoice{this}; ///< the last invoice read
+    Observed<QDateTime> invoiceSoldAt{this};                       ///< when its label was bought; invalid: not yet
 
     CompanySanitizer sanitizer;
     SavedCredentials credentials;
@@ -147,6 +152,8 @@ public:
     /// Requests one SCAN form for all of today's labels bought with a key of the active key's kind (test or live). The
     /// outcome is in scanFormStatus.
     Task<> createScanForm(ShippoAddress from);
+    /// scanFormStatus until the end of its day.
+    QString scanFormNews() const;
     /// Asks the carrier about pending refunds, and about refunds and SCAN forms whose response was lost; at most once a
     /// minute.
     Task<> syncRefundStatuses();
@@ -168,12 +175,16 @@ public:
 signals:
     /// A label was bought, and its recipient is to be saved in the address book.
     void recipientToKeep(const ShippoAddress &recipient);
-    /// An invoice has filled the label, and the clerk has closed its alert, if any.
-    void invoiceTaken();
+    /// A label was bought and is in the mailing log.
+    void labelLogged(const QString &transactionId);
+    /// An address or an invoice has filled the label, and the clerk has closed the invoice's alert, if any.
+    void recipientTaken();
     /// A scan brought no invoice. `isSessionOver`: because the back office asks for a new sign-in.
     void scanFailed(const QString &text, bool isSessionOver);
 
 private:
+    QDate m_scanFormDay; ///< of scanFormStatus
+    QPropertyNotifier m_scanFormWatch;
     const std::unique_ptr<SignInFlow> m_signIn;
     const std::unique_ptr<InvoiceFlow> m_invoice;
     const std::unique_ptr<ScanFormFlow> m_scanForm;

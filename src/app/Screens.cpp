@@ -44,7 +44,7 @@ Task<> Screens::refundSecond(ShipmentRecord label)
     if (obstacle.isEmpty())
         co_await mailingLog.refund(*row);
     else
-        mailingLog.message = obstacle;
+        mailingLog.refuse(obstacle);
 }
 
 Task<> Screens::restartIntoUpdate()

@@ -11,6 +11,7 @@
 #include <QRegularExpression>
 
 #include <string>
+#include <tuple>
 #include <utility>
 
 namespace parcelory {
@@ -88,21 +89,24 @@ Json customsObject(const CustomsInfo &customs, const ShippoParcel &parcel)
 
 } // namespace
 
-Json addressObject(const ShippoAddress &address)
+ShippoAddress addressAsSent(const ShippoAddress &address)
 {
-    const auto [street1, street2] =
+    ShippoAddress sent = address;
+    sent.name = firstCharacters(address.name, nameLimit);
+    std::tie(sent.street1, sent.street2) =
         ShippoAddress::splitStreet(withoutBoxSign(address.street1), withoutBoxSign(address.street2));
     const QString country = CountryCode::alpha2(address.country);
-    return {{"name", utf8(firstCharacters(address.name, nameLimit))},
-            {"company", utf8(address.company)},
-            {"street1", utf8(street1)},
-            {"street2", utf8(street2)},
-            {"city", utf8(address.city)},
-            {"state", utf8(address.state)},
-            {"zip", utf8(address.zip)},
-            {"country", country.isEmpty() ? "US" : utf8(country)},
-            {"phone", utf8(address.phone)},
-            {"email", utf8(address.email)}};
+    sent.country = country.isEmpty() ? u"US"_s : country;
+    return sent;
+}
+
+Json addressObject(const ShippoAddress &address)
+{
+    const ShippoAddress sent = addressAsSent(address);
+    return {{"name", utf8(sent.name)},       {"company", utf8(sent.company)}, {"street1", utf8(sent.street1)},
+            {"street2", utf8(sent.street2)}, {"city", utf8(sent.city)},       {"state", utf8(sent.state)},
+            {"zip", utf8(sent.zip)},         {"country", utf8(sent.country)}, {"phone", utf8(sent.phone)},
+            {"email", utf8(sent.email)}};
 }
 
 Json shipmentBody(const RatingRequest &request)

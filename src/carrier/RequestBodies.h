@@ -27,8 +27,10 @@ struct RatingRequest {
     std::optional<CustomsInfo> customs;
 };
 
-/// The address object of every request: street lines split and without "#" before a box number, name cut to 50
+/// The address as the carrier gets it: street lines split and without "#" before a box number, name cut to 50
 /// characters, country as its code ("US" if empty).
+ShippoAddress addressAsSent(const ShippoAddress &address);
+/// The address object of every request.
 Json addressObject(const ShippoAddress &address);
 
 /// The body of a rating request.

@@ -77,7 +77,7 @@ QString withAdvice(const AppError &error, const QString &activeKeyName)
         return error.description() +
                u"\nShippo refuses the active key “%1” — check it in Settings."_s.arg(activeKeyName);
     if (shippo && shippo->isRateLimit())
-        return error.description() + u"\nShippo takes no more requests for now — try again in %1."_s.arg(
+        return error.description() + u"\nShippo is busy — try again in %1."_s.arg(
                                          shippo->wait() ? u"%1 s"_s.arg(shippo->wait()->count()) : u"a minute"_s);
     return error.description();
 }

@@ -56,6 +56,7 @@ struct ShippoRate {
     std::optional<QString> durationTerms;
     std::optional<QList<QString>> attributes; ///< "CHEAPEST", "FASTEST" …
     std::optional<QString> objectCreated;     ///< ISO 8601, by the carrier's clock
+    std::optional<QString> carrierAccount;    ///< id of the contract that the price belongs to
 
     static constexpr auto fields()
     {
@@ -64,7 +65,7 @@ struct ShippoRate {
                           field("currency", &R::currency),           field("provider", &R::provider),
                           field("servicelevel", &R::servicelevel),   field("estimatedDays", &R::estimatedDays),
                           field("durationTerms", &R::durationTerms), field("attributes", &R::attributes),
-                          field("objectCreated", &R::objectCreated)};
+                          field("objectCreated", &R::objectCreated), field("carrierAccount", &R::carrierAccount)};
     }
     bool operator==(const ShippoRate &) const = default;
 };

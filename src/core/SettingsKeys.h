@@ -18,6 +18,10 @@ inline const Setting<QStringList> turnedQueues{u"printer.turnedQueues"_s, {}}; /
 inline const Setting<bool> desklineRemember{u"deskline.remember"_s, false}; ///< sign in automatically at the next start
 inline const Setting<QString> signInName{u"parcelory.email"_s, {}};         ///< as last typed
 
+inline const Setting<QStringList> labelChoice{u"label.lastChoice"_s, {}};              ///< carrier, class, mailpiece
+inline const Setting<QStringList> mailpieceByWeight{u"label.mailpieceByWeight"_s, {}}; ///< "ounces=mailpiece"
+inline const Setting<QStringList> customsSigners{u"customs.signers"_s, {}};            ///< "user=signer"
+
 inline const Setting<bool> showAddressSidebar{u"ui.showAddressSidebar"_s, true};
 inline const Setting<QString> addressBookMode{u"addressbook.mode"_s, u"endicia"_s}; ///< or "deskline"
 inline const Setting<QByteArray> windowGeometry{u"ui.windowGeometry"_s, {}};

@@ -29,7 +29,7 @@ Task<QString> ConsolePrompts::saveFile(QString, QString)
     co_return QString(); // no clerk can choose a file
 }
 
-Task<QString> ConsolePrompts::openFile(QString)
+Task<QString> ConsolePrompts::openFile(QString, QString)
 {
     co_return QString();
 }

@@ -1,6 +1,7 @@
 #include "platform/NetworkTransport.h"
 
 #include "core/AppError.h"
+#include "core/ErrorDetail.h"
 #include "core/Task.h"
 #include "core/ports/Clock.h"
 #include "core/ports/HttpTransport.h"
@@ -70,20 +71,19 @@ QNetworkRequest networkRequest(const HttpRequest &request, NetworkTransport::Rea
     return message;
 }
 
-/// The failure, worded for the clerk: names the host, but not the full address, headers or body. Suggests a retry only
-/// if the request was not sent, because a retry could otherwise buy a label twice.
-QString failureText(const QNetworkReply &reply, const HttpRequest &request, bool isSent)
+/// Suggests a retry only if the request was not sent, because a retry could otherwise buy a label twice.
+const QString notReached = u"The carrier can't be reached — check the network and try again."_s;
+const QString noAnswer = u"No answer from the carrier — check the network."_s;
+
+/// For the error log: names the host, but not the full address, headers or body.
+QString hostAndReason(const QNetworkReply &reply, const HttpRequest &request)
 {
-    const QString host = request.url.host();
-    if (!isSent)
-        return u"%1 could not be reached (%2) — check the network and try again."_s.arg(host, reply.errorString());
-    return u"%1 gave no answer (%2) — check the network."_s.arg(host, reply.errorString());
+    return request.url.host() + u": "_s + reply.errorString();
 }
 
 QString lateText(const HttpRequest &request)
 {
-    return u"%1 did not answer within %2 seconds — check the network."_s.arg(request.url.host())
-        .arg(request.timeout.count() / 1000);
+    return u"No answer from the carrier within %1 seconds — check the network."_s.arg(request.timeout.count() / 1000);
 }
 
 QString tooLongText(const HttpRequest &request)
@@ -98,10 +98,9 @@ QString tooLongText(const HttpRequest &request)
                                                              QNetworkReply::ConnectionRefusedError,
                                                              QNetworkReply::SslHandshakeFailedError};
     const bool isSent = std::ranges::find(beforeSending, reply.error()) == std::end(beforeSending);
-    const QString text = failureText(reply, request, isSent);
     if (!isSent)
-        throw NotSent(text);
-    throw AppError(text);
+        throw Detailed<NotSent>(notReached, hostAndReason(reply, request));
+    throw Detailed<AppError>(noAnswer, hostAndReason(reply, request));
 }
 
 } // namespace
@@ -138,7 +137,7 @@ Task<HttpAnswer> NetworkTransport::send(HttpRequest request)
     if (reply->isOpen()) // abort() closes it
         received += reply->readAll();
     if (isLate)
-        throw AppError(lateText(request));
+        throw Detailed<AppError>(lateText(request), request.url.host());
     if (received.size() > request.mostBytes)
         throw AppError(tooLongText(request));
     const int status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();

@@ -90,6 +90,10 @@ bool isCarriersId(const QString &transactionId)
 
 QString labelBlocker(LabelUse use, const ShipmentRecord &record)
 {
+    if (use == LabelUse::reprint)
+        return record.labelURL.isEmpty() && !isCarriersId(record.transactionID) && !record.zpl
+                   ? u"No copy of this label is stored, so it can't be reprinted."_s
+                   : QString();
     if (use != LabelUse::refund && use != LabelUse::checkStatus)
         return {};
     const bool isRefund = use == LabelUse::refund;

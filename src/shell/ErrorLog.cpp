@@ -1,6 +1,7 @@
 #include "shell/ErrorLog.h"
 
 #include "core/AppError.h"
+#include "core/ErrorDetail.h"
 #include "core/Json.h"
 #include "core/Platform.h"
 #include "core/Task.h"
@@ -57,7 +58,9 @@ ErrorLog::~ErrorLog()
 
 void ErrorLog::record(QString context, const std::exception &error, Popup popup)
 {
-    APIErrorEntry entry{QUuid::createUuid(), m_clock.now(), std::move(context), describe(error)};
+    const QString detail = detailOf(error);
+    APIErrorEntry entry{QUuid::createUuid(), m_clock.now(), std::move(context),
+                        detail.isEmpty() ? describe(error) : u"%1 (%2)"_s.arg(describe(error), detail)};
     QMetaObject::invokeMethod(
         this, [this, entry = std::move(entry), shown = allowed(popup, error)] { add(entry, shown); },
         Qt::QueuedConnection);

@@ -1,7 +1,11 @@
 #include "ui/EditMenu.h"
 
+#include "ui/parts/LineEdit.h"
+
 #include <QApplication>
+#include <QClipboard>
 #include <QKeyEvent>
+#include <QLabel>
 #include <QMenuBar>
 #include <QPointer>
 
@@ -19,6 +23,7 @@ private:
     void add(const QString &text, QKeySequence::StandardKey keys);
     void remember(QWidget *focus);
     bool press(QEvent::Type type, const QAction &entry) const;
+    bool wouldAct(QKeySequence::StandardKey keys) const;
     void refresh();
 
     QMenu *m_menu;
@@ -43,6 +48,7 @@ void EditMenu::add(const QString &text, QKeySequence::StandardKey keys)
 {
     QAction *entry = m_menu->addAction(text);
     entry->setShortcut(QKeySequence(keys));
+    entry->setData(int(keys));
     entry->setShortcutContext(Qt::WidgetShortcut); // the field handles the keys; the menu only shows them
     entry->setMenuRole(QAction::NoRole);
     connect(entry, &QAction::triggered, this, [this, entry] {
@@ -69,11 +75,38 @@ bool EditMenu::press(QEvent::Type type, const QAction &entry) const
     return event.isAccepted();
 }
 
+/// False if the target would take the keys and do nothing.
+bool EditMenu::wouldAct(QKeySequence::StandardKey keys) const
+{
+    if (const auto *label = qobject_cast<QLabel *>(m_target.data()))
+        return keys != QKeySequence::Copy || label->hasSelectedText();
+    const auto *field = qobject_cast<QLineEdit *>(m_target.data());
+    if (!field)
+        return true;
+    const auto *own = dynamic_cast<const LineEdit *>(field);
+    const bool isReadable = field->echoMode() == QLineEdit::Normal;
+    switch (keys) {
+    case QKeySequence::Undo:
+        return field->isUndoAvailable() || (own && own->offersUndo && own->offersUndo());
+    case QKeySequence::Redo:
+        return field->isRedoAvailable();
+    case QKeySequence::Cut:
+        return isReadable && field->hasSelectedText() && !field->isReadOnly();
+    case QKeySequence::Copy:
+        return isReadable && field->hasSelectedText();
+    case QKeySequence::Paste:
+        return !field->isReadOnly() && !QGuiApplication::clipboard()->text().isEmpty();
+    default:
+        return !field->text().isEmpty();
+    }
+}
+
 /// A widget accepts the ShortcutOverride event of keys that it handles.
 void EditMenu::refresh()
 {
     for (QAction *entry : m_menu->actions())
-        entry->setEnabled(entry->isSeparator() || press(QEvent::ShortcutOverride, *entry));
+        entry->setEnabled(entry->isSeparator() || (press(QEvent::ShortcutOverride, *entry) &&
+                                                   wouldAct(QKeySequence::StandardKey(entry->data().toInt()))));
 }
 
 } // namespace

@@ -35,6 +35,7 @@ HeaderBar::HeaderBar(AppState &app, Screens &screens, QWidget *parent)
     m_tabs->setExpanding(false);
     m_tabs->setDrawBase(false);
     m_tabs->setAccessibleName(u"Screens"_s);
+    setAccessibleRole(m_scanStatus, QAccessible::Notification);
     m_tabs->setFont(theme.font(FontRole::strong)); // measured in bold, so that changing tabs moves nothing
     for (const MainTabInfo &info : mainTabs())
         m_tabs->addTab(info.title);
@@ -78,7 +79,9 @@ void HeaderBar::refresh()
     m_user->setVisible(!m_user->fullText().isEmpty());
     m_userSeparator->setVisible(!m_user->fullText().isEmpty());
     enable(m_scanForm, !m_app.scanFormBusy, m_tabs); // a second press must not reach Sign Out
-    if (const QString status = m_app.scanFormStatus; status != m_scanStatus->fullText()) {
+    const QString closing = m_app.scanFormBusy ? u"Parcelory closes when the SCAN form is done."_s
+                                               : u"Parcelory closes when the purchase is done."_s;
+    if (const QString status = m_app.closing ? closing : m_app.scanFormNews(); status != m_scanStatus->fullText()) {
         m_scanStatus->setFullText(status);
         announce(m_scanStatus);
     }

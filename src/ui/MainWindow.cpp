@@ -202,6 +202,7 @@ void MainWindow::closeEvent(QCloseEvent *event)
     if (m_screens.mustStayOpen()) {
         if (!m_closing)
             m_closing = Closing{};
+        m_app.closing = true;
         noteReasons();
         event->ignore();
         return;
@@ -234,6 +235,7 @@ void MainWindow::finishClosing()
     if (isRead)
         close();
     m_closing = std::nullopt;
+    m_app.closing = false;
 }
 
 void MainWindow::changeEvent(QEvent *event)

@@ -41,6 +41,7 @@ public:
     void showTab(MainTab tab);
     /// Opens a secondary window, or brings it to the front. Known: "addressbook", "errorlog", "label", "scanform".
     void openWindow(const QString &identifier);
+    void comeToFront() { bringToFront(this); }
 
 protected:
     void closeEvent(QCloseEvent *event) override;

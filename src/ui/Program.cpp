@@ -5,6 +5,7 @@
 #include "core/Task.h"
 #include "ui/MainWindow.h"
 #include "ui/WindowPrompts.h"
+#include "ui/parts/Accessibility.h"
 #include "ui/theme/Icons.h"
 #include "ui/theme/SystemAppearance.h"
 #include "ui/theme/Theme.h"
@@ -20,6 +21,7 @@ namespace parcelory {
 void Program::makeLook()
 {
     Theme::install(SystemAppearance::paletteIsDark());
+    installAccessibility();
     QGuiApplication::styleHints()->setTabFocusBehavior(Qt::TabFocusAllControls); // buttons, too, on macOS
     QApplication::setWindowIcon(themeIcon(QStringLiteral("parcelory_mark"), &Tokens::accent));
 }

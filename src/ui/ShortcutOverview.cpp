@@ -50,6 +50,20 @@ QList<Group> groupsOf(const QMenuBar &bar)
     return groups;
 }
 
+/// Keys that no menu entry has.
+Group everywhere()
+{
+    const auto keys = [](QKeyCombination combination) {
+        return QKeySequence(combination).toString(QKeySequence::NativeText);
+    };
+    return {u"Everywhere"_s,
+            {{u"Esc"_s, u"Close a dialog or window, clear the search"_s},
+             {keys(Qt::CTRL | Qt::Key_W), u"Close a window"_s},
+             {u"↑ ↓"_s, u"Choose a rate, a row or an address"_s},
+             {u"← →"_s, u"Choose the carrier"_s},
+             {keys(Qt::ALT | Qt::Key_1) + u"…5"_s, u"Choose the goods in International Paperwork"_s}}};
+}
+
 QGridLayout *makeColumn()
 {
     auto *column = new QGridLayout;
@@ -77,7 +91,7 @@ Dialog *makeShortcutOverview(Clock &clock, const QMenuBar &bar, QWidget *parent)
 {
     auto *dialog =
         new Dialog(clock, u"Keyboard Shortcuts"_s, u"parcelory_mark"_s, &Tokens::accent, overviewWidth, parent);
-    const QList<Group> groups = groupsOf(bar);
+    const QList<Group> groups = groupsOf(bar) + QList{everywhere()};
     int lines = 0, taken = 0;
     for (const Group &group : groups)
         lines += group.lines();

@@ -48,6 +48,8 @@ StatusStrip::StatusStrip(AppState &app, KeysScreen &keys, AddressBook &book, QWi
     row->addWidget(m_warning);
     row->addWidget(m_mode);
     row->addWidget(m_key);
+    for (QWidget *live : {m_printer, m_change})
+        setAccessibleRole(live, QAccessible::Notification);
     m_cancelScan->setAccessibleName(u"Stop reading the invoice"_s);
     m_cancelScan->setFocusPolicy(Qt::TabFocus); // a click leaves the focus where the clerk types
     connect(m_cancelScan, &QPushButton::clicked, &app, &AppState::cancelInvoiceScan);

@@ -4,8 +4,10 @@
 #include "app/label/LabelScreen.h"
 #include "app/logs/MailingLogScreen.h"
 #include "app/logs/MasterLogScreen.h"
+#include "app/logs/TrackPage.h"
 #include "carrier/MasterEntry.h"
 #include "core/Task.h"
+#include "records/LabelChecks.h"
 #include "records/ShipmentRecord.h"
 #include "ui/EditMenu.h"
 #include "ui/MainWindow.h"
@@ -141,18 +143,25 @@ void Menus::addLabel()
     const auto here = [this] { return isOn(MainTab::newLabel); };
     const auto idle = [this, here] { return here() && !label().busy; };
     LabelView &view = m_window.labelView();
-    add(menu, u"Clear Form"_s, Qt::CTRL | Qt::Key_N, here, [&view] { view.clear(); });
+    add(
+        menu, u"Clear Form"_s, Qt::CTRL | Qt::Key_N, [this, here] { return here() && label().canClear(); },
+        [&view] { view.clear(); });
     add(menu, u"Recipient"_s, Qt::CTRL | Qt::Key_L, here, [&view] { view.focusRecipient(); });
     add(menu, u"Search the Address Book"_s, Qt::CTRL | Qt::Key_F, here, [&view] { view.focusAddressSearch(); });
     add(menu, u"Invoice Number"_s, Qt::CTRL | Qt::Key_I, signedIn(), [this] {
         m_window.showTab(MainTab::newLabel);
         m_window.labelView().focusInvoiceNumber();
     });
-    add(menu, u"Validate Address"_s, Qt::CTRL | Qt::Key_K, idle, [&view] { view.validate(); });
+    add(
+        menu, u"Validate Address"_s, Qt::CTRL | Qt::Key_K,
+        [this, idle] { return idle() && !label().recipient().isEmpty(); }, [&view] { view.validate(); });
     add(
         menu, u"Weigh"_s, Qt::CTRL | Qt::Key_G, [this, idle] { return idle() && app().scale.connected; },
         [this] { label().weigh(); });
-    add(menu, u"Get Rates"_s, Qt::CTRL | Qt::Key_R, idle, [&view] { view.getRates(); });
+    add(menu, u"Get Rates"_s, Qt::CTRL | Qt::Key_R, idle, [&view] { view.getRates(); }); // or says what is missing
+    add(
+        menu, u"Insure for the Invoice"_s, Qt::CTRL | Qt::SHIFT | Qt::Key_I,
+        [this, here] { return here() && label().isInsurable(); }, [this] { label().insureForInvoice(); });
     menu->addSeparator();
     add(
         menu, u"Buy && Print Label"_s, Qt::CTRL | Qt::Key_Return,
@@ -190,7 +199,11 @@ void Menus::addLog()
 void Menus::addShipment(QMenu *menu)
 {
     add(
-        menu, u"Reprint"_s, Qt::CTRL | Qt::Key_P, [this] { return idleChosen() || (hasLastLabel() && !label().busy); },
+        menu, u"Reprint"_s, Qt::CTRL | Qt::Key_P,
+        [this] {
+            return hasLastLabel() ? !label().busy
+                                  : idleChosen() && labelBlocker(LabelUse::reprint, *chosen()).isEmpty();
+        },
         [this] {
             if (hasLastLabel())
                 m_window.labelView().reprint();
@@ -201,8 +214,15 @@ void Menus::addShipment(QMenu *menu)
         menu, u"Show Label"_s, {}, [this] { return chosen() || hasLastLabel(); },
         [this] { (hasLastLabel() ? label().preview : mailingLog().preview).open(); });
     add(
-        menu, u"Customs Docs"_s, Qt::CTRL | Qt::SHIFT | Qt::Key_D, [this] { return idleChosen() && chosen()->isIntl; },
-        [this] { spawn([this] { return mailingLog().reprintCustoms(*chosen()); }); });
+        menu, u"Customs Docs"_s, Qt::CTRL | Qt::SHIFT | Qt::Key_D,
+        [this] {
+            return hasLastLabel() ? label().hasLastCustoms() && !label().busy : idleChosen() && chosen()->isIntl;
+        },
+        [this] {
+            spawn([this] {
+                return hasLastLabel() ? label().reprintLastCustoms() : mailingLog().reprintCustoms(*chosen());
+            });
+        });
     add(
         menu, u"Check Status"_s, {}, [this] { return idleChosen() && MailingLogScreen::isCheckable(*chosen()); },
         [this] { spawn([this] { return mailingLog().checkStatus(*chosen()); }); });
@@ -212,7 +232,11 @@ void Menus::addTracking(QMenu *menu)
 {
     add(
         menu, u"Copy Tracking"_s, Qt::CTRL | Qt::SHIFT | Qt::Key_C,
-        [this] { return chosen() || chosenEntry() || hasLastLabel(); },
+        [this] {
+            const auto record = chosen();
+            const auto entry = chosenEntry();
+            return (record && !record->tracking.isEmpty()) || (entry && !entry->tracking.isEmpty()) || hasLastLabel();
+        },
         [this] {
             if (hasLastLabel())
                 label().copyLastTracking();
@@ -222,7 +246,8 @@ void Menus::addTracking(QMenu *menu)
                 mailingLog().copyTracking(*chosen());
         });
     add(
-        menu, u"Track Online"_s, Qt::CTRL | Qt::SHIFT | Qt::Key_O, [this] { return chosen() || chosenEntry(); },
+        menu, u"Track Online"_s, Qt::CTRL | Qt::SHIFT | Qt::Key_O,
+        [this] { return chosenEntry() || (chosen() && !trackingPageOf(*chosen()).isEmpty()); },
         [this] {
             if (const auto entry = chosenEntry())
                 spawn([this, entry] { return masterLog().trackOnline(*entry); });

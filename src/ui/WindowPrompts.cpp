@@ -6,13 +6,17 @@
 #include "ui/ReviewDialog.h"
 
 #include <QApplication>
+#include <QFileInfo>
 #include <QStandardPaths>
 
 #include <coroutine>
 
 namespace parcelory {
+using namespace Qt::StringLiterals;
 
 namespace {
+
+const QString allFiles = u"All files (*)"_s;
 
 /// Suspends until the dialog is closed and gives its result.
 struct Closing {
@@ -73,15 +77,19 @@ Task<QString> WindowPrompts::saveFile(QString title, QString proposed)
     auto *dialog =
         new QFileDialog(QApplication::activeWindow() ? QApplication::activeWindow() : m_window.data(), title);
     dialog->setAcceptMode(QFileDialog::AcceptSave); // asks before it replaces a file
+    const QString suffix = QFileInfo(proposed).suffix();
+    dialog->setNameFilters({u"%1 files (*.%2)"_s.arg(suffix.toUpper(), suffix), allFiles});
+    dialog->setDefaultSuffix(suffix);
     dialog->selectFile(proposed);
     co_return co_await pickFile(dialog);
 }
 
-Task<QString> WindowPrompts::openFile(QString title)
+Task<QString> WindowPrompts::openFile(QString title, QString filter)
 {
     auto *dialog =
         new QFileDialog(QApplication::activeWindow() ? QApplication::activeWindow() : m_window.data(), title);
     dialog->setFileMode(QFileDialog::ExistingFile);
+    dialog->setNameFilters({filter, allFiles});
     co_return co_await pickFile(dialog);
 }
 

@@ -20,7 +20,7 @@ public:
     Task<> alert(QString title, QString text) override;
     Task<int> choose(Question question) override;
     Task<QString> saveFile(QString title, QString proposed) override;
-    Task<QString> openFile(QString title) override;
+    Task<QString> openFile(QString title, QString filter) override;
     Task<QString> openFolder(QString title) override;
 
 private:

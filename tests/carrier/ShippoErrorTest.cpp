@@ -61,10 +61,8 @@ TEST(ShippoError, ARefusedKeyAndABusyCarrierSayWhatToDo)
     } rows[] = {
         {ShippoError::validation(u"detail: Invalid token"_s, 401),
          u"detail: Invalid token\nShippo refuses the active key “Main” — check it in Settings."_s},
-        {ShippoError::validation(u"no"_s, 429, std::chrono::seconds(40)),
-         u"no\nShippo takes no more requests for now — try again in 40 s."_s},
-        {ShippoError::validation(u"no"_s, 429),
-         u"no\nShippo takes no more requests for now — try again in a minute."_s},
+        {ShippoError::validation(u"no"_s, 429, std::chrono::seconds(40)), u"no\nShippo is busy — try again in 40 s."_s},
+        {ShippoError::validation(u"no"_s, 429), u"no\nShippo is busy — try again in a minute."_s},
         {ShippoError::validation(u"zip: wrong"_s, 422), u"zip: wrong"_s},
     };
     for (const auto &[error, advice] : rows)

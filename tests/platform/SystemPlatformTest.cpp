@@ -1,11 +1,13 @@
 // The adapters to the real machine: preference file, child processes, network.
 
+#include "core/ErrorDetail.h"
 #include "core/Setting.h"
 #include "core/SettingsKeys.h"
 #include "core/ports/HttpTransport.h"
 #include "core/ports/Preferences.h"
 #include "core/ports/ProcessRunner.h"
 #include "platform/NetworkTransport.h"
+#include "platform/RunningProgram.h"
 #include "platform/SettingsPreferences.h"
 #include "platform/SystemApplication.h"
 #include "platform/SystemClock.h"
@@ -21,11 +23,13 @@
 #include <QStandardPaths>
 #include <QTcpServer>
 #include <QTcpSocket>
+#include <QTemporaryDir>
 #include <QTimer>
 
 #include <sys/stat.h>
 
 #include <atomic>
+#include <future>
 #include <mutex>
 #include <string>
 #include <thread>
@@ -175,7 +179,12 @@ struct NetworkTransportTest : testing::Test {
     }
     QString failure(const QString &url, bool withToken = false)
     {
-        return failureOf([&] { get(url, withToken); });
+        try {
+            return u"answered with %1"_s.arg(get(url, withToken).status);
+        } catch (const AppError &error) {
+            const QString detail = detailOf(error);
+            return detail.isEmpty() ? error.description() : u"%1 [%2]"_s.arg(error.description(), detail);
+        }
     }
     static QString url(const LoopbackServer &server, const char *path)
     {
@@ -216,10 +225,35 @@ TEST_F(NetworkTransportTest, ReportsErrorsWithoutRevealingSecrets)
     const QString nobody = u"http://127.0.0.1:1/secret"_s;
     const QString silent = u"http://127.0.0.1:%1/secret"_s.arg(mute.serverPort());
 
-    EXPECT_THAT(failure(nobody, true).toStdString(), StartsWith("127.0.0.1 could not be reached ("));
+    EXPECT_THAT(failure(nobody, true).toStdString(),
+                StartsWith("The carrier can't be reached — check the network and try again. [127.0.0.1: "));
     EXPECT_FALSE(failure(nobody, true).contains(u"secret"_s));
     QObject::connect(&mute, &QTcpServer::newConnection, &mute, [this] { clock.advance(std::chrono::seconds(60)); });
-    EXPECT_EQ(failure(silent, true), u"127.0.0.1 did not answer within 60 seconds — check the network."_s);
+    EXPECT_EQ(failure(silent, true),
+              u"No answer from the carrier within 60 seconds — check the network. [127.0.0.1]"_s);
+}
+
+TEST(RunningProgram, ASecondStartShowsTheFirstWindowAndWaitsForNobody)
+{
+    const QTemporaryDir folder;
+    const QDir data(folder.path());
+    RunningProgram first(data);
+    EXPECT_FALSE(first.handOver()) << "nobody runs";
+    int shown = 0;
+    first.accept([&shown] { ++shown; });
+    const auto start = [&data](std::chrono::milliseconds limit) {
+        auto result = std::async(std::launch::async, [&] { return RunningProgram(data).handOver(limit); });
+        runUntil([&result] { return result.wait_for(std::chrono::seconds(0)) == std::future_status::ready; });
+        return result.get();
+    };
+    EXPECT_TRUE(start(std::chrono::seconds(30)));
+    EXPECT_TRUE(start(std::chrono::seconds(30)));
+    EXPECT_EQ(shown, 2);
+
+    RunningProgram second(data); // this thread answers nobody while it waits
+    EXPECT_FALSE(second.handOver(std::chrono::milliseconds(20)));
+    second.accept([] { FAIL() << "the socket belongs to the first"; });
+    EXPECT_TRUE(start(std::chrono::seconds(30)));
 }
 
 TEST_F(NetworkTransportTest, ATrickleAndAnEndlessAnswerAreGivenUp)
@@ -239,7 +273,7 @@ TEST_F(NetworkTransportTest, ATrickleAndAnEndlessAnswerAreGivenUp)
         pace.start(0);
     });
     EXPECT_EQ(failure(u"http://127.0.0.1:%1/"_s.arg(trickle.serverPort())),
-              u"127.0.0.1 did not answer within 60 seconds — check the network."_s);
+              u"No answer from the carrier within 60 seconds — check the network. [127.0.0.1]"_s);
     EXPECT_EQ(sent, 60);
     pace.stop();
 
@@ -280,10 +314,11 @@ TEST_F(NetworkTransportTest, TheTokenIsNotSentToAnotherServer)
         else
             response.set_redirect(request.path == "/away" ? elsewhere : "/file");
     });
+    const char *noAnswer = "No answer from the carrier — check the network. [127.0.0.1: ";
     EXPECT_EQ(get(url(server, "moved"), true).body, "ShippoToken secret");
-    EXPECT_THAT(failure(url(server, "away"), true).toStdString(), HasSubstr("gave no answer"));
+    EXPECT_THAT(failure(url(server, "away"), true).toStdString(), StartsWith(noAnswer));
     EXPECT_EQ(seen, 0);
-    EXPECT_THAT(failure(url(server, "away")).toStdString(), HasSubstr("gave no answer"));
+    EXPECT_THAT(failure(url(server, "away")).toStdString(), StartsWith(noAnswer));
     EXPECT_EQ(seen, 0) << "the practice desk does not follow a redirect to another server";
 }
 

@@ -59,12 +59,12 @@ public:
         fileQuestions.append({title, proposed});
         co_return QString(file);
     }
-    Task<QString> openFile(QString title) override
+    Task<QString> openFile(QString title, QString) override
     {
         fileQuestions.append({title, {}});
         co_return QString(file);
     }
-    Task<QString> openFolder(QString title) override { return openFile(title); }
+    Task<QString> openFolder(QString title) override { return openFile(title, {}); }
     QString file; ///< the clerk's choice; empty if canceled
     QList<std::pair<QString, QString>> fileQuestions;
     QList<std::pair<QString, QString>> alerts;

@@ -30,6 +30,7 @@ inline ShipmentRecord shipment(const QString &name)
             .tracking = u"92055901755477"_s,
             .trackingURL = u"https://example.com/92055901755477"_s,
             .transactionID = u"t-"_s + name,
+            .labelURL = u"https://example.com/label"_s,
             .testMode = true};
 }
 
@@ -97,6 +98,7 @@ struct OtherValue {
     static ScanForm of(const ScanForm &) { return {.id = 7, .askedAt = QDateTime(QDate(2026, 11, 20), QTime(12, 0))}; }
     static MasterEntry of(const MasterEntry &) { return {.id = u"m9"_s, .recipient = u"Ana Ortiz"_s}; }
     static PostalContact of(const PostalContact &) { return {.name = u"Ana Ortiz"_s}; }
+    static BookChange of(const BookChange &) { return {.former = {.name = u"Ana Ortiz"_s}, .isByLabel = true}; }
     static ShippoAddress of(const ShippoAddress &) { return londonAddress(); }
     static CustomsInfo of(const CustomsInfo &) { return {CustomsItemType::silver, u"2"_s, u"80"_s, u"Ana Ortiz"_s}; }
     static SenderProfile of(SenderProfile value)

@@ -1,4 +1,5 @@
 #include "support/Printing.h"
+#include "ui/parts/Accessibility.h"
 #include "ui/theme/Theme.h"
 
 #include <QApplication>
@@ -13,5 +14,6 @@ int main(int argc, char **argv)
     testing::InitGoogleMock(&argc, argv);
     QApplication app(argc, argv);
     parcelory::Theme::install(false);
+    parcelory::installAccessibility();
     return RUN_ALL_TESTS();
 }

@@ -50,6 +50,7 @@ private:
         for (const QObject *child : parent.children()) {
             const auto *widget = qobject_cast<const QWidget *>(child);
             if (widget && !qobject_cast<const QMenu *>(widget) && !qobject_cast<const QMenuBar *>(widget) &&
+                !widget->testAttribute(Qt::WA_TransparentForMouseEvents) && // the shade behind a dialog
                 (!widget->isWindow() || widget->isVisible()))
                 addWidget(*widget, path);
         }

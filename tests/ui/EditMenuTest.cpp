@@ -39,7 +39,7 @@ TEST(EditMenu, ActsOnTheFocusedWidget)
     desk.press(Qt::Key_F, Qt::ControlModifier);
     desk.press(Qt::Key_Down);
     desk.press(Qt::Key_Delete);
-    desk.wait([&] { return book.deleted.value().has_value(); });
+    desk.wait([&] { return book.canUndo(); });
     EXPECT_TRUE(choose(u"Undo"_s)) << "Undo belongs to the list with the focus";
     desk.wait([&] { return book.contacts().size() == 2; });
 }

@@ -43,6 +43,52 @@ TEST(LabelFlow, AParcelIsShippedWithoutTheMouse)
     EXPECT_EQ(desk.desktop.clipboard, desk.app().log.records().first().tracking);
 }
 
+TEST(LabelFlow, AnAddressOfTheBookIsBoughtInFourGestures)
+{
+    WindowDesk desk;
+    desk.compose({}); // what is packed and weighed before the address is known
+    AddressBook &book = desk.program->screens().addressBook;
+    runTask(book.save(PostalContact::of(homeAddress())), &desk.clock);
+    desk.settleAll();
+    desk.press(Qt::Key_F, Qt::ControlModifier);
+    desk.type(u"whitf"_s);
+    desk.press(Qt::Key_Return); // validates and rates
+    desk.idle();
+    EXPECT_EQ(desk.label().validationStatus.value(), u"Valid ✓ (USPS version)");
+    desk.clock.advance(LabelScreen::buyPause);
+    desk.press(Qt::Key_Return, Qt::ControlModifier);
+    desk.idle();
+    ASSERT_TRUE(desk.label().lastLabel.value());
+    EXPECT_EQ(desk.purchases(), 1);
+    const QString bought = desk.label().lastLabel.value()->record.transactionID;
+    const MailingLogScreen &log = desk.program->screens().mailingLog;
+    desk.wait([&] { return log.selectedRecord().has_value(); });
+    EXPECT_EQ(log.selectedRecord()->transactionID, bought) << "the newest row is selected";
+}
+
+TEST(LabelFlow, AnInvoicesParcelIsInsuredWithOneKeyAndAClearedFormComesBack)
+{
+    WindowDesk desk;
+    DesklineInvoice invoice{.invoiceID = u"48213"_s, .buyerName = u"Eleanor Whitfield"_s, .address = homeAddress()};
+    invoice.items = {{.title = u"Silver dollar"_s, .qty = u"2"_s, .total = u"$1,525.00"_s}};
+    desk.app().scannedInvoice = invoice;
+    desk.app().fillFromInvoice(invoice);
+    desk.compose(homeAddress());
+    EXPECT_EQ(LabelTexts::uninsuredNote(desk.label()), u"Not insured"_s);
+    EXPECT_TRUE(desk.button(u"Invoice $1,525.00 — insure"_s)->isVisible());
+    desk.press(Qt::Key_I, Qt::ControlModifier | Qt::ShiftModifier);
+    EXPECT_EQ(desk.label().insuranceValue.value(), u"1525.00"_s);
+    EXPECT_EQ(LabelTexts::insuranceOffer(desk.label()), u"Insured for the invoice ✓"_s);
+    EXPECT_EQ(LabelTexts::uninsuredNote(desk.label()), QString());
+
+    desk.press(Qt::Key_N, Qt::ControlModifier);
+    EXPECT_TRUE(desk.label().isClear());
+    desk.press(Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_EQ(desk.label().recipient(), homeAddress());
+    EXPECT_EQ(desk.label().insuranceValue.value(), u"1525.00"_s);
+    EXPECT_EQ(desk.label().reference.value(), u"48213"_s);
+}
+
 TEST(LabelFlow, AParcelGoesAbroadByMouseThroughThePaperwork)
 {
     WindowDesk desk;

@@ -107,7 +107,7 @@ TEST(LabelFocus, TheFocusGoesToWhatIsToBeMended)
         const DesklineInvoice invoice{.invoiceID = u"48213"_s, .address = noCity};
         d.app().scannedInvoice = invoice;
         d.app().fillFromInvoice(invoice);
-        emit d.app().invoiceTaken();
+        emit d.app().recipientTaken();
     };
     const auto validate = [](const ShippoAddress &to) {
         return [to](WindowDesk &d) {
@@ -205,6 +205,11 @@ TEST(LabelFocus, AReviewIsNotAnsweredByTheTailOfAScan)
     desk.press(Qt::Key_K, Qt::ControlModifier);
     const QPointer<Dialog> dialog = desk.dialog();
     EXPECT_EQ(dialog->windowTitle(), u"USPS Rewrote This Address");
+    desk.settleAll();
+    EXPECT_TRUE(desk.named(u"Waiting for your choice."_s)->isVisible()) << "behind the dialog";
+    EXPECT_TRUE(desk.named<QLabel>(
+        joinPresent({boxHolder.name, u"PO Box 239 #12"_s, u"Asheville NC 28801"_s, u"US"_s}, u"\n"_s), dialog))
+        << "the whole address";
     EXPECT_TRUE(dialog->accessibleDescription().startsWith(u"USPS standardization DROPPED: 12\n\nUSPS version:\n"_s));
     desk.press(Qt::Key_Return);
     desk.press(Qt::Key_Escape);

@@ -57,7 +57,8 @@ TEST_F(LogViewsTest, TheMailingLogIsSearchedAndUsedFromTheKeyboard)
         row += table->model()->headerData(column, Qt::Horizontal).toString() + u'=' + cell(58, column) + u'|';
     EXPECT_EQ(row, u"Date/Time=11/20/26, 12:01 PM|Postage=$148.20|Recipient=Ana 1|Services=|"
                    "Tracking ID=9205 5901 7554 77|Weight=|Balance=|Description=|Ref #=|"_s);
-    EXPECT_EQ(cell(58, ShipmentModel::recipient, Qt::AccessibleTextRole), u"Ana 1, REFUND PENDING"_s);
+    EXPECT_TRUE(cell(58, ShipmentModel::recipient, Qt::AccessibleTextRole).startsWith(u"Ana 1, REFUND PENDING, "_s))
+        << "and the rest of the row";
     view.focusSearch();
     QTest::keyClicks(search, u"ana 7"_s);
     runUntil([&] { return table->model()->rowCount() == 1; });

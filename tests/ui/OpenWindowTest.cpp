@@ -43,8 +43,9 @@ const std::unordered_map<std::type_index, Change> &changes()
         changesOf<bool, int, double, qint64, QString, QByteArray, QDate, QDateTime, QUuid, AppFlow, MainTab, Carrier,
                   ServiceClass, ServiceOption, PostageMode, UpdatePhase, StatusKind, KeptRecipient, DraftField,
                   MailpieceSelection, Banner, PrinterMessage, UpdateInfo, KeyRow, ShippoRate, ShipmentRecord, LastLabel,
-                  DesklineInvoice, ScanForm, MasterEntry, PostalContact, ShippoAddress, CustomsInfo, SenderProfile,
-                  BoxProfile, UnresolvedPurchase, ResolvedPurchase, RecordCopy, LogChain::Report, LabelSight>();
+                  DesklineInvoice, ScanForm, MasterEntry, PostalContact, BookChange, ShippoAddress, CustomsInfo,
+                  SenderProfile, BoxProfile, UnresolvedPurchase, ResolvedPurchase, RecordCopy, LogChain::Report,
+                  LabelSight>();
     return table;
 }
 

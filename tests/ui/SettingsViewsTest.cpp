@@ -108,6 +108,7 @@ TEST_F(SettingsViews, ABoxIsTypedInOneGoAndDeletedAfterAQuestion)
         press(Qt::Key_Tab);
         type(size);
     }
+    type(u"four"_s); // is no number
     const BoxProfile box = app().boxes.profiles.value().value(2);
     EXPECT_EQ(box.name, u"S-4344"_s);
     EXPECT_EQ(box.dimsDisplay(), u"12×10×8\""_s);

@@ -102,10 +102,10 @@ TEST(InvoicePane, LooksUpANumberAndShowsTheInvoicesWarnings)
     ShippoAddress incomplete = homeAddress();
     incomplete.zip = QString();
     desk.app().draftTo = incomplete;
-    emit desk.app().invoiceTaken();
+    emit desk.app().recipientTaken();
     EXPECT_FALSE(desk.label().busy);
     desk.app().draftTo = homeAddress();
-    emit desk.app().invoiceTaken();
+    emit desk.app().recipientTaken();
     EXPECT_TRUE(desk.label().busy); // validates by itself
     desk.idle();
 }

@@ -28,6 +28,14 @@ QString orKnown(const QString &value, const QString &known)
     return value.trimmed().isEmpty() ? known : value;
 }
 
+QList<PostalContact> namelessLast(const QList<PostalContact> &contacts)
+{
+    QList<PostalContact> named, nameless;
+    for (const PostalContact &contact : contacts)
+        (contact.name.trimmed().isEmpty() ? nameless : named).append(contact);
+    return named + nameless;
+}
+
 } // namespace
 
 AddressBook::AddressBook(AppState &app) : m_app(app)
@@ -56,6 +64,7 @@ Task<> AddressBook::load()
     };
     auto reading = onPool([&store = m_app.addressBook] {
         Loaded read{store.read(), {}};
+        read.book.contacts = namelessLast(read.book.contacts);
         if (read.book.failure.isEmpty())
             read.filter = AddressFilter(read.book.contacts);
         return read;
@@ -123,18 +132,18 @@ Task<bool> AddressBook::write(Write change)
     co_return true;
 }
 
-/// After a change that cannot be undone.
-void AddressBook::forgetUndo()
+void AddressBook::note(const BookChange &change)
 {
-    deleted = std::nullopt;
-    replaced = std::nullopt;
+    changes = changes.value() + QList{change};
 }
 
 Task<bool> AddressBook::save(PostalContact contact)
 {
+    const QList<PostalContact> before = m_contacts;
     const bool written = co_await write([contact](LocalAddressStore &store) { return store.upsert(contact); });
-    if (written)
-        forgetUndo();
+    const auto former = std::ranges::find(before, contact.id, &PostalContact::id);
+    if (written && former != before.end() && *former != contact)
+        note({*former});
     if (written && unreadable.value().isEmpty())
         setStatus(StatusKind::success, u"Saved "_s + contact.name);
     co_return written;
@@ -158,19 +167,25 @@ Task<> AddressBook::remove(PostalContact contact)
         setStatus(StatusKind::failure, m_app.recorded(u"Address Book"_s, error, Popup::no));
         co_return;
     }
-    forgetUndo();
-    deleted = contact;
+    note({contact});
     setStatus(StatusKind::success, u"Address deleted."_s);
 }
 
 Task<> AddressBook::undo()
 {
-    const std::optional<PostalContact> former = deleted.value() ? deleted.value() : replaced.value();
-    if (!former)
+    QList<BookChange> left = changes;
+    if (left.isEmpty())
         co_return;
-    const bool isRestored = co_await save(*former);
-    if (isRestored)
-        kept = std::nullopt;
+    const BookChange last = left.takeLast();
+    changes = left; // first, so that a second press takes back the change before
+    const bool isRestored =
+        co_await write([contact = last.former](LocalAddressStore &store) { return store.upsert(contact); });
+    if (!isRestored) {
+        note(last);
+        co_return;
+    }
+    setStatus(StatusKind::success, u"Restored "_s + joinPresent({last.former.name, last.former.company}, u", "_s));
+    kept = std::nullopt;
 }
 
 /// The recipient's entry in the book; also if it was kept a moment ago and the list was not read since.
@@ -208,10 +223,8 @@ Task<> AddressBook::keep(ShippoAddress recipient)
         loaded && co_await write([contact](LocalAddressStore &store) { return store.upsert(contact); });
     if (!written)
         m_unlisted.removeOne(contact);
-    if (written && known != contact) { // otherwise the button was pressed twice
-        forgetUndo();
-        replaced = known;
-    }
+    if (written && known && *known != contact) // otherwise the button was pressed twice
+        note({*known, true});
     if (written && unreadable.value().isEmpty())
         setStatus(StatusKind::success, u"Recipient saved to the address book."_s);
     const ShippoAddress draft = m_app.draftTo;
@@ -221,9 +234,10 @@ Task<> AddressBook::keep(ShippoAddress recipient)
 
 QString AddressBook::changeText() const
 {
-    const std::optional<PostalContact> former = replaced;
-    return former ? u"Address book entry changed: "_s + joinPresent({former->name, former->addressSummary()}, u", "_s)
-                  : QString();
+    if (!canUndo() || !changes.value().last().isByLabel)
+        return {};
+    const PostalContact &former = changes.value().last().former;
+    return u"Address book entry changed: "_s + joinPresent({former.name, former.addressSummary()}, u", "_s);
 }
 
 AddressBookPane::AddressBookPane(AppState &app, AddressBook &book)

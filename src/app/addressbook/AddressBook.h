@@ -23,6 +23,14 @@ struct KeptRecipient {
     bool operator==(const KeptRecipient &) const = default;
 };
 
+/// A change of an entry that can be taken back.
+struct BookChange {
+    PostalContact former;
+    bool isByLabel = false; ///< keeping a label's recipient changed it
+
+    bool operator==(const BookChange &) const = default;
+};
+
 /// The desk's address book for the screens: the whole list in memory, and the operations that change it. All panes
 /// share it; it lives as long as AppState.
 class AddressBook : public Observable {
@@ -38,12 +46,10 @@ public:
     Observed<std::optional<KeptRecipient>> kept{this}; ///< until the draft is for somebody else
     Observed<bool> importing{this, false};
     Observed<bool> exporting{this, false};
-    // What undo() takes back, until the next change of the book.
-    Observed<std::optional<PostalContact>> deleted{this}; ///< the deleted contact
-    Observed<std::optional<PostalContact>> replaced{
-        this}; ///< the contact as it was before a label's recipient changed it
+    Observed<QList<BookChange>> changes{this}; ///< deletions and edits that undo() takes back, the newest last
 
-    /// Sorted by name. Replaced as a whole at every change: keep no reference across a co_await.
+    /// Sorted by name; entries without a name come last. Replaced as a whole at every change: keep no reference across
+    /// a co_await.
     const QList<PostalContact> &contacts() const { return m_contacts; }
     const AddressFilter &filter() const { return m_filter; }
 
@@ -52,7 +58,8 @@ public:
     /// False, with the reason as status, if the write failed.
     Task<bool> save(PostalContact contact);
     Task<> remove(PostalContact contact);
-    bool canUndo() const { return deleted.value() || replaced.value(); }
+    bool canUndo() const { return !changes.value().isEmpty(); }
+    /// Takes back the last change.
     Task<> undo();
     /// Saves a label's recipient, or updates its entry in the book (RecipientMatch); the outcome is in `kept`.
     Task<> keep(ShippoAddress recipient);
@@ -84,7 +91,7 @@ private:
     Task<> load();
     void takeReadFailure(const QString &reason);
     Task<bool> write(Write change);
-    void forgetUndo();
+    void note(const BookChange &change);
     Task<> importFrom(Source source);
     Task<std::optional<ReadAddresses>> readEndicia();
     Task<std::optional<ReadAddresses>> readVCard();

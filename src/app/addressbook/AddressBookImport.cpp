@@ -72,7 +72,8 @@ Task<std::optional<ReadAddresses>> AddressBook::readEndicia()
 {
     QString path = LocalAddressStore::endiciaPlistURL(m_app.platform.dataFolder).value_or(QString());
     if (path.isEmpty())
-        path = co_await m_app.platform.prompts.openFile(u"Pick Endicia's importedAddresses.plist"_s);
+        path = co_await m_app.platform.prompts.openFile(u"Pick Endicia's importedAddresses.plist"_s,
+                                                        u"Property lists (*.plist)"_s);
     if (path.isEmpty())
         co_return std::nullopt;
     const QList<PostalContact> contacts =
@@ -84,7 +85,8 @@ Task<std::optional<ReadAddresses>> AddressBook::readEndicia()
 
 Task<std::optional<ReadAddresses>> AddressBook::readVCard()
 {
-    const QString path = co_await m_app.platform.prompts.openFile(u"Pick a vCard export (.vcf)"_s);
+    const QString path =
+        co_await m_app.platform.prompts.openFile(u"Pick a vCard export (.vcf)"_s, u"vCard files (*.vcf *.vcard)"_s);
     if (path.isEmpty())
         co_return std::nullopt;
     const ReadAddresses read = co_await onPool([path, progress = followImport(u"Parsing vCard…"_s)] {
@@ -117,7 +119,7 @@ Task<> AddressBook::mergeAll(ReadAddresses read)
             }
             return store.add(read, cancel);
         });
-    forgetUndo();
+    changes = QList<BookChange>(); // to restore an entry could undo a part of the import
     co_await load();
     const bool isReadable = unreadable.value().isEmpty();
     QString summary = u"Imported %1 addresses (%2 duplicates skipped) — "_s.arg(merged.imported).arg(merged.skipped) +

@@ -138,12 +138,13 @@ Task<> InvoiceFlow::read(QString id)
         co_return;
     m_app.scanBusy = false;
     if (!failure && m_app.flow == AppFlow::main && m_app.draftReference.value() == id)
-        emit m_app.invoiceTaken();
+        emit m_app.recipientTaken();
 }
 
 void InvoiceFlow::take(const DesklineInvoice &invoice)
 {
     m_app.scannedInvoice = invoice;
+    m_app.invoiceSoldAt = QDateTime();
     m_app.fillFromInvoice(invoice);
     m_isRead = true;
     m_missing = missingParts(invoice.address);
@@ -162,7 +163,7 @@ Task<> InvoiceFlow::report(QString id, std::exception_ptr failure)
         renewed = co_await m_app.renewSession(isGivenUp);
     if (isGivenUp())
         co_return;
-    const QString renewal = renewed ? u"Parcelory has signed in again by itself: scan the invoice again."_s : QString();
+    const QString renewal = renewed ? u"Parcelory signed in again. Scan the invoice again."_s : QString();
     const bool isSessionOver = isExpiredSession(failure) && !renewed;
     try {
         std::rethrow_exception(failure);

@@ -21,10 +21,28 @@
 namespace parcelory {
 using namespace Qt::StringLiterals;
 
-LabelDraft::LabelDraft(AppState &app) : m_app(app)
+namespace {
+
+/// How many pieces the invoice lists; empty if a count cannot be read.
+QString quantityOf(const DesklineInvoice &invoice)
+{
+    int pieces = 0;
+    for (const DesklineInvoiceItem &item : invoice.items) {
+        bool isNumber = true;
+        pieces += item.qty.trimmed().isEmpty() ? 1 : item.qty.trimmed().toInt(&isNumber);
+        if (!isNumber)
+            return {};
+    }
+    return pieces > 0 ? QString::number(pieces) : QString();
+}
+
+} // namespace
+
+LabelDraft::LabelDraft(AppState &app) : m_app(app), m_habits(app.platform.preferences)
 {
     shipDate = app.platform.clock.now().date();
     watch();
+    recallChoice();
 }
 
 void LabelDraft::watch()
@@ -37,13 +55,14 @@ void LabelDraft::watch()
     on(
         [this] {
             countEdit();
-            syncClassToDestination();
+            destinationChanged();
         },
         m_app.draftTo);
     on([this] { mailpieceChosen(); }, mailpiece);
     on([this] { carrierChosen(); }, carrier);
     on([this] { boxesChanged(); }, m_app.boxes.profiles);
     on([this] { takeFill(); }, m_app.draftFillCount);
+    on([this] { noteChoice(); }, carrier, mailpiece, svcClass);
 }
 
 /// What was typed or weighed for another recipient does not go to the next one.
@@ -51,7 +70,8 @@ void LabelDraft::takeFill()
 {
     const ShippoAddress &replaced = m_app.replacedRecipient;
     if (!replaced.isEmpty() && !isSameRecipient(replaced, m_app.draftTo)) {
-        const QString signer = customs.value().signer; // the same clerk signs
+        const QString typed = customs.value().signer; // the same clerk signs
+        const QString signer = typed.isEmpty() ? freshCustoms().signer : typed;
         clearParcel();
         customs = CustomsInfo{.signer = signer};
     }
@@ -66,9 +86,19 @@ LabelDraft::Parcel LabelDraft::parcel() const
             reference, descriptionText, customs,   fedexResidential, shipDate};
 }
 
+bool LabelDraft::isClear() const
+{
+    Parcel now = parcel();
+    if (m_sizeFromBox)
+        now.dimLength = now.dimWidth = now.dimHeight = QString();
+    now.customs.signer = QString();
+    return recipient().isEmpty() && now == Parcel{.shipDate = m_app.platform.clock.now().date()};
+}
+
 void LabelDraft::clearParcel(const std::optional<Parcel> &sold)
 {
-    const Parcel fresh{.shipDate = m_app.platform.clock.now().date()};
+    const Parcel fresh{.customs = isInternational() ? freshCustoms() : CustomsInfo{},
+                       .shipDate = m_app.platform.clock.now().date()};
     // Fields that make one value together, such as pounds and ounces, are cleared together.
     const auto clear = [&](auto... fields) {
         if (!sold || ((fields.first->value() == (*sold).*fields.second) && ...))
@@ -135,6 +165,16 @@ void LabelDraft::carrierChosen()
     syncClassToDestination();
 }
 
+void LabelDraft::destinationChanged()
+{
+    syncClassToDestination();
+    if (!std::exchange(m_wasAbroad, isInternational()) && m_wasAbroad && customs.value().signer.isEmpty()) {
+        CustomsInfo declared = customs;
+        declared.signer = freshCustoms().signer;
+        customs = declared;
+    }
+}
+
 void LabelDraft::syncClassToDestination()
 {
     const ServiceClassInfo &info = serviceClassInfo(svcClass);
@@ -151,6 +191,7 @@ void LabelDraft::takeCustoms()
     if (invoice) {
         filled.itemType = invoice->suggestedCustomsType().value_or(filled.itemType);
         filled.value = defaultCustomsValue();
+        filled.quantity = quantityOf(*invoice);
     }
     CustomsInfo declared = customs;
     if (invoice || declared.itemType == m_filledCustoms.itemType)
@@ -182,6 +223,22 @@ QString LabelDraft::defaultCustomsValue() const
     const std::optional<DesklineInvoice> invoice = draftInvoice();
     const std::optional<double> subtotal = invoice ? invoice->subtotal() : std::nullopt;
     return subtotal ? fixed(*subtotal, 2) : QString();
+}
+
+double LabelDraft::invoiceValue() const
+{
+    return decimalOrZero(defaultCustomsValue());
+}
+
+bool LabelDraft::isInsurable() const
+{
+    return invoiceValue() > decimalOrZero(insuranceValue);
+}
+
+void LabelDraft::insureForInvoice()
+{
+    if (isInsurable())
+        insuranceValue = defaultCustomsValue();
 }
 
 std::optional<SenderProfile> LabelDraft::sender() const

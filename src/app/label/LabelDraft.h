@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/AppState.h"
+#include "app/label/DeskHabits.h"
 #include "carrier/RequestBodies.h"
 #include "compose/Customs.h"
 #include "compose/Mailpieces.h"
@@ -70,6 +71,11 @@ public:
     /// The declared value that the draft's invoice suggests, in US dollars; empty if there is no invoice or no readable
     /// total.
     QString defaultCustomsValue() const;
+    /// The total of the draft's invoice in US dollars; 0 if there is none.
+    double invoiceValue() const;
+    /// True if the draft's invoice is worth more than the parcel is insured for.
+    bool isInsurable() const;
+    void insureForInvoice();
     /// Replaces the recipient's country with its two-letter code, so that every rule reads the country as the carrier
     /// will. Call when the clerk has finished typing it. An unknown country stays as typed.
     void settleCountry();
@@ -105,6 +111,9 @@ public:
     /// The name of the stock mailer or of the desk's own box; empty for other packaging and for a box without a name.
     QString boxName() const;
 
+    /// The packaging of the last parcel of about this weight, if it is offered.
+    std::optional<MailpieceSelection> usualMailpiece() const;
+
     /// The draft for the DraftStore.
     SavedDraft saved() const;
     /// Takes over a stored draft. A choice that no longer exists stays as it is, and a day in the past becomes today.
@@ -116,19 +125,29 @@ public:
         CustomsInfo customs;
         bool fedexResidential = false;
         QDate shipDate;
+
+        bool operator==(const Parcel &) const = default;
     };
     Parcel parcel() const;
+    /// True if nothing is filled in that belongs to one parcel only.
+    bool isClear() const;
     /// Clears what belongs to one parcel; a box's size stays. With `sold`, clears only what is still as it was sold:
     /// the rest belongs to the next parcel.
     void clearParcel(const std::optional<Parcel> &sold = std::nullopt);
 
 protected:
     void countEdit() { edits = edits + 1; }
+    /// Remembers the packaging and the signer of a parcel that is bought now.
+    void noteHabits();
 
     AppState &m_app;
 
 private:
     void watch();
+    void recallChoice();
+    void noteChoice();
+    void destinationChanged();
+    CustomsInfo freshCustoms() const;
     void mailpieceChosen();
     void carrierChosen();
     void boxesChanged();
@@ -139,7 +158,9 @@ private:
     QString templateName() const;
     DraftField missingField() const;
 
+    DeskHabits m_habits;
     bool m_sizeFromBox = false;
+    bool m_wasAbroad = false;
     CustomsInfo m_filledCustoms; ///< as filled in automatically; the clerk typed the values that differ
     QString m_restoredReference, m_restoredTracking; ///< of a draft that a restart has brought back
     std::vector<QPropertyNotifier> m_notifiers;

@@ -11,6 +11,7 @@
 #include <variant>
 
 namespace parcelory {
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -21,7 +22,65 @@ std::optional<BuiltinMailpiece> builtinFrom(const QString &id)
     return found == table.end() ? std::nullopt : std::optional(found->mailpiece);
 }
 
+QString wordOf(const MailpieceSelection &selection)
+{
+    if (const auto *preset = std::get_if<PresetMailpiece>(&selection))
+        return u"stock:"_s + preset->id;
+    if (const auto *box = std::get_if<QUuid>(&selection))
+        return u"box:"_s + box->toString();
+    return u"carrier:"_s + builtinMailpieceInfo(std::get<BuiltinMailpiece>(selection)).id;
+}
+
+/// The offered mailpiece that wordOf() has named.
+std::optional<MailpieceSelection> mailpieceOf(const QString &word, Carrier carrier, const QList<BoxProfile> &boxes)
+{
+    for (const MailpieceGroup &group : mailpieceMenu(carrier, boxes)) {
+        for (const MailpieceEntry &entry : group.entries) {
+            if (wordOf(entry.selection) == word)
+                return entry.selection;
+        }
+    }
+    return std::nullopt;
+}
+
 } // namespace
+
+void LabelDraft::recallChoice()
+{
+    const DeskHabits::Choice last = m_habits.choice();
+    carrier = carrierFrom(last.carrier).value_or(carrier.value());
+    if (const auto packed = mailpieceOf(last.mailpiece, carrier, m_app.boxes.profiles))
+        mailpiece = *packed;
+    const std::optional<ServiceClass> known = serviceClassFrom(last.svcClass);
+    if (known && offeredClasses().contains(*known))
+        svcClass = *known;
+}
+
+/// A parcel that goes abroad does not change the class of the others.
+void LabelDraft::noteChoice()
+{
+    const DeskHabits::Choice last = m_habits.choice();
+    m_habits.note({.carrier = carrierInfo(carrier).rawValue,
+                   .svcClass = isInternational() ? last.svcClass : serviceClassInfo(svcClass).rawValue,
+                   .mailpiece = wordOf(mailpiece)});
+}
+
+void LabelDraft::noteHabits()
+{
+    m_habits.noteMailpiece(totalPounds() * 16, wordOf(mailpiece));
+    if (const QString signer = customs.value().signer.trimmed(); isInternational() && !signer.isEmpty())
+        m_habits.noteSigner(m_app.signedInUser, signer);
+}
+
+std::optional<MailpieceSelection> LabelDraft::usualMailpiece() const
+{
+    return mailpieceOf(m_habits.mailpieceFor(totalPounds() * 16), carrier, m_app.boxes.profiles);
+}
+
+CustomsInfo LabelDraft::freshCustoms() const
+{
+    return {.signer = m_habits.signerOf(m_app.signedInUser)};
+}
 
 SavedDraft LabelDraft::saved() const
 {

@@ -33,6 +33,8 @@ LabelScreen::LabelScreen(AppState &app)
     watch([this] { spawn([this] { return purchases.checkAgain(); }); }, m_app.keyChanges);
     QObject::connect(&purchases, &Purchases::purchaseResolved, &m_lifetime,
                      [this](const ResolvedPurchase &purchase) { takeResolved(purchase); });
+    QObject::connect(&purchases, &Purchases::resolvedPrinted, &m_lifetime,
+                     [this](const QString &printed) { banner = Banner{printed}; });
     QObject::connect(&app, &AppState::scanFailed, &m_lifetime, [this](const QString &text, bool isSessionOver) {
         banner = Banner{text, false, isSessionOver ? Banner::Offer::signInAgain : Banner::Offer::none};
         m_bannerAboutDraft = false;
@@ -103,12 +105,18 @@ void LabelScreen::forgetValidation()
 
 void LabelScreen::clearDraft()
 {
+    const bool wasClear = isClear();
+    m_cleared = saved();
     banner = std::nullopt;
     forgetValidation();
     m_app.draftTo = ShippoAddress{};
     clearParcel();
     countEdit();
     showIntlPaperwork = false;
+    if (!wasClear) {
+        banner = Banner{u"The form is cleared."_s, true, Banner::Offer::undoClear};
+        m_bannerAboutDraft = true;
+    }
 }
 
 void LabelScreen::clearRates()

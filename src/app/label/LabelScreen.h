@@ -21,7 +21,7 @@ namespace parcelory {
 
 /// The screen's message line.
 struct Banner {
-    enum class Offer { none, signInAgain, undoPaste };
+    enum class Offer { none, signInAgain, undoPaste, undoClear };
 
     QString text;
     bool ok = true;            ///< false shows it as a warning
@@ -82,8 +82,12 @@ public:
 
     std::optional<ShippoRate> selectedRate() const;
     NextStep nextStep() const;
-    /// True if a scanned invoice's recipient is to be validated right away.
-    bool validatesScans() const { return !busy && recipientFilled(); }
+    /// True if a recipient that was filled in is to be validated right away.
+    bool validatesFills() const { return !busy && recipientFilled(); }
+    /// True while a dialog asks about this label.
+    bool awaitsChoice() const { return m_app.awaitsChoice; }
+    /// True if the window closes when the purchase in progress is done.
+    bool isClosing() const { return m_app.closing; }
     /// True while it is unknown whether this recipient's last label was bought; buying is disabled until then.
     bool isBuyClosed() const;
 
@@ -102,12 +106,14 @@ public:
     Task<> buyAndPrint();
     /// Clears the draft for the next parcel; sender, carrier, mailpiece with its box's size, class and option stay.
     void clearDraft();
-    /// Asks for what a scanned invoice's recipient lacks.
+    bool canClear() const { return !isClear() || !rates.value().isEmpty() || banner.value(); }
+    /// Asks for what a recipient that was filled in lacks.
     void askForMissing();
     /// Fills in the recipient from an address that the clerk has pasted as one text.
     void takePastedAddress(const ShippoAddress &pasted);
-    /// Takes the pasted address back; false if it is no longer what the form shows.
-    bool undoPaste();
+    /// Takes back that the form was cleared, or an address was pasted; false if that is no longer what the form shows.
+    bool undo();
+    bool canUndo() const;
     /// Does what the message line offers.
     void takeOffer();
 
@@ -119,6 +125,9 @@ public:
     /// True if the last label has not come out, which is to be mended before anything else.
     bool awaitsReprint() const { return lastLabel.value() && !lastLabel.value()->isPrinted; }
     void copyLastTracking();
+    /// True if papers for customs go with the last label.
+    bool hasLastCustoms() const { return lastLabel.value() && lastLabel.value()->record.isIntl; }
+    Task<> reprintLastCustoms();
     /// The label was reprinted elsewhere, so that it does not wait here any more.
     void takeReprint(const QString &transactionId, const QString &printed);
 
@@ -138,6 +147,7 @@ private:
     void fail(const QString &context, const AppError &error);
     bool takeWeight();
 
+    Task<int> ask(Question question);
     Task<> applyRates(ShippoShipment shipment);
     Task<> applyValidation(ShippoAddress typed, ShippoValidatedAddress answer);
     Task<> continueTowardRating();
@@ -167,6 +177,7 @@ private:
     bool m_purchaseComplete = false;
     bool m_bannerAboutDraft = false; ///< the next edit clears the banner
     ShippoAddress m_beforePaste, m_pasted;
+    SavedDraft m_cleared; ///< the draft before it was cleared
     ShippoAddress m_lastRecipient;
     std::vector<QPropertyNotifier> m_notifiers;
     QObject m_lifetime; ///< lets a background lookup detect that the screen is gone

@@ -152,8 +152,7 @@ Task<bool> LabelScreen::mayBuy(PreparedPurchase purchase, bool testMode, QString
         co_return true;
     }
     if (purchase.edits != edits)
-        warn(u"The label for %1 was not bought, because the form was changed meanwhile: %2"_s.arg(purchase.to.name,
-                                                                                                  warning));
+        warn(u"The label for %1 was not bought — the form was changed meanwhile: %2"_s.arg(purchase.to.name, warning));
     else
         showSecondLabel(warning, true);
     co_return false;
@@ -163,6 +162,7 @@ Task<> LabelScreen::buy(PreparedPurchase purchase)
 {
     OpenPurchase &entry = purchase.entry;
     PapersResult drawn;
+    noteHabits();
     if (entry.record.isIntl && purchase.carrier == Carrier::usps) { // only the draft has what the invoice needs
         drawn = co_await m_papers.drawInvoice(purchase.invoice);
         entry.record.customsPDF = drawn.document;
@@ -176,7 +176,7 @@ Task<> LabelScreen::buy(PreparedPurchase purchase)
     SaleResult sale = co_await purchases.flow().request(entry, purchase.tag());
     if (sale.kind == SaleResult::Kind::unknown) {
         clearRates(); // buying again requires new rates, and thereby a moment's thought
-        warn(sale.text + u" Asking the carrier whether the label was bought…"_s);
+        warn(sale.text + u" Checking whether the label was bought…"_s);
         sale = co_await purchases.flow().lookFor(sale);
     }
     entry = sale.entry;
@@ -227,6 +227,11 @@ Task<> LabelScreen::finishPurchase(PreparedPurchase purchase, SaleResult sale, P
 void LabelScreen::showSold(const PreparedPurchase &purchase, const PurchaseResult &result)
 {
     const ShippoAddress &to = purchase.entry.recipient;
+    const std::optional<DesklineInvoice> &invoice = m_app.scannedInvoice.value();
+    if (invoice && invoice->invoiceID == purchase.parcel.reference.trimmed())
+        m_app.invoiceSoldAt = result.entry.record.createdAt;
+    if (result.isLogged)
+        emit m_app.labelLogged(result.entry.record.transactionID);
     clearSold(purchase);
     if (m_app.draftTo.value().isEmpty()) // the clerk has not begun the next parcel yet
         lastLabel = LastLabel{joinPresent({to.name, trimBlanks(to.city + u' ' + to.state)}, u" · "_s),
@@ -285,6 +290,20 @@ Task<> LabelScreen::reprintLast()
     } catch (const AppError &error) {
         noteReprint(error.description(), false, wasPrinted);
         recordReprintFailure(m_app, error);
+    }
+}
+
+Task<> LabelScreen::reprintLastCustoms()
+{
+    if (busy || !hasLastCustoms())
+        co_return;
+    busy = true;
+    const auto done = qScopeGuard([this] { busy = false; });
+    try {
+        const QString printed = co_await reprintCustoms(m_app, lastLabel.value()->record);
+        noteOnLastLabel(printed);
+    } catch (const AppError &error) {
+        noteOnLastLabel(m_app.recorded(u"Customs Docs Reprint"_s, error, Popup::no));
     }
 }
 

@@ -99,8 +99,7 @@ Task<> LabelScreen::applyValidation(ShippoAddress typed, ShippoValidatedAddress 
     }
     bool adopt = true;
     if (const std::optional<Question> question = AddressReview::standardized(typed, answer)) {
-        m_app.tab = MainTab::newLabel; // show the address that the question is about
-        const int choice = co_await m_app.platform.prompts.choose(*question);
+        const int choice = co_await ask(*question);
         adopt = choice == 1;
         if (!(m_app.draftTo.value() == typed)) { // a scan may have filled in another recipient meanwhile
             warn(draftChanged);
@@ -117,7 +116,10 @@ void LabelScreen::askForMissing()
 {
     const std::optional<Obstacle> found = obstacle();
     if (found && !recipientFilled() && found->field != DraftField::profile)
-        warnUntilEdit(u"The invoice has no %1 — type it, then validate."_s.arg(nameOf(found->field)), found->field);
+        warnUntilEdit((reference.value().isEmpty() ? u"The address has no %1 — type it, then validate."_s
+                                                   : u"The invoice has no %1 — type it, then validate."_s)
+                          .arg(nameOf(found->field)),
+                      found->field);
 }
 
 void LabelScreen::takePastedAddress(const ShippoAddress &pasted)
@@ -137,12 +139,23 @@ void LabelScreen::takePastedAddress(const ShippoAddress &pasted)
     m_bannerAboutDraft = true;
 }
 
-bool LabelScreen::undoPaste()
+bool LabelScreen::canUndo() const
 {
-    if (m_pasted.isEmpty() || !(m_app.draftTo.value() == m_pasted))
+    const bool isPasted = !m_pasted.isEmpty() && m_app.draftTo.value() == m_pasted;
+    return isPasted || banner.value().value_or(Banner{}).offer == Banner::Offer::undoClear;
+}
+
+bool LabelScreen::undo()
+{
+    if (!canUndo())
         return false;
+    const bool isCleared = banner.value().value_or(Banner{}).offer == Banner::Offer::undoClear;
+    banner = std::nullopt;
     m_pasted = {};
-    m_app.draftTo = m_beforePaste;
+    if (isCleared)
+        restore(m_cleared);
+    else
+        m_app.draftTo = m_beforePaste;
     return true;
 }
 
@@ -151,10 +164,10 @@ void LabelScreen::takeOffer()
     const Banner::Offer offer = banner.value().value_or(Banner{}).offer;
     if (offer == Banner::Offer::signInAgain && busy)
         return; // the operation may still ask the clerk a question
+    if (offer != Banner::Offer::signInAgain)
+        undo();
     banner = std::nullopt;
-    if (offer == Banner::Offer::undoPaste)
-        undoPaste();
-    else if (offer == Banner::Offer::signInAgain)
+    if (offer == Banner::Offer::signInAgain)
         m_app.signInAgain();
 }
 
@@ -184,9 +197,17 @@ Task<bool> LabelScreen::reviewPrintedAddress(ShippoShipment shipment)
         shipment.addressTo ? AddressReview::printed(m_app.draftTo, *shipment.addressTo) : std::nullopt;
     if (!question)
         co_return true;
-    m_app.tab = MainTab::newLabel;
-    const int choice = co_await m_app.platform.prompts.choose(*question);
+    const int choice = co_await ask(*question);
     co_return choice == 1;
+}
+
+/// Shows the address that the question is about.
+Task<int> LabelScreen::ask(Question question)
+{
+    m_app.tab = MainTab::newLabel;
+    m_app.awaitsChoice = true;
+    const auto answered = qScopeGuard([this] { m_app.awaitsChoice = false; });
+    co_return co_await m_app.platform.prompts.choose(question);
 }
 
 } // namespace parcelory

@@ -1,14 +1,18 @@
 #include "app/label/LabelTexts.h"
 
 #include "app/label/LabelScreen.h"
+#include "carrier/RequestBodies.h"
 #include "carrier/ShippoRecords.h"
 #include "compose/Customs.h"
 #include "compose/Mailpieces.h"
 #include "compose/Services.h"
-#include "core/CountryCode.h"
+#include "core/ShippoAddress.h"
 #include "core/Text.h"
 #include "records/SenderProfile.h"
 
+#include <QLocale>
+
+#include <algorithm>
 #include <optional>
 #include <variant>
 
@@ -95,13 +99,27 @@ QString LabelTexts::paperworkText(const LabelDraft &draft)
 
 QStringList LabelTexts::printedRecipient(const LabelDraft &draft)
 {
-    const ShippoAddress &to = draft.recipient();
+    const ShippoAddress to = addressAsSent(draft.recipient());
     QStringList lines = {to.name, draft.printedCompany(), joinPresent({to.street1, to.street2}, u", "_s),
                          joinPresent({to.city, to.state, to.zip}, u" "_s)};
     if (draft.isInternational())
-        lines += CountryCode::alpha2(to.country);
+        lines += to.country;
     lines.removeAll(QString());
     return lines;
+}
+
+QString LabelTexts::cutWarning(const LabelDraft &draft)
+{
+    const ShippoAddress &typed = draft.recipient(), sent = addressAsSent(typed);
+    const auto letters = [](const ShippoAddress &address) { // splitting moves blanks and commas
+        return std::ranges::count_if(address.street1 + address.street2, [](QChar c) { return c.isLetterOrNumber(); });
+    };
+    QStringList lines;
+    if (sent.name != typed.name)
+        lines += u"The name is too long for a label: its end is cut off."_s;
+    if (letters(sent) != letters(typed))
+        lines += u"The street is too long for a label's two lines: its end is cut off."_s;
+    return lines.join(u'\n');
 }
 
 QString LabelTexts::extrasSummary(const LabelDraft &draft)
@@ -112,6 +130,22 @@ QString LabelTexts::extrasSummary(const LabelDraft &draft)
     if (draft.isInternational())
         parts += u"Declared $"_s + shortest(decimalOrZero(draft.customs.value().value), 2);
     return parts.join(u" · "_s);
+}
+
+QString LabelTexts::uninsuredNote(const LabelDraft &draft)
+{
+    const bool isInsured = decimalOrZero(draft.insuranceValue) > 0;
+    const bool isValued =
+        draft.invoiceValue() > 0 || (draft.isInternational() && decimalOrZero(draft.customs.value().value) > 0);
+    return !isInsured && isValued ? u"Not insured"_s : QString();
+}
+
+QString LabelTexts::insuranceOffer(const LabelDraft &draft)
+{
+    if (draft.isInsurable())
+        return u"Invoice $%1 — insure"_s.arg(QLocale(u"en_US"_s).toString(draft.invoiceValue(), 'f', 2));
+    const bool isCovered = draft.invoiceValue() > 0 && decimal(draft.insuranceValue) == draft.invoiceValue();
+    return isCovered ? u"Insured for the invoice ✓"_s : QString();
 }
 
 QString LabelTexts::formHint(const LabelDraft &draft)
@@ -132,11 +166,34 @@ QString LabelTexts::transitText(const ShippoRate &rate)
     return *rate.estimatedDays == 1 ? u"1 day"_s : QString::number(*rate.estimatedDays) + u" days"_s;
 }
 
+QString LabelTexts::rateDetails(const ShippoRate &rate, const QList<ShippoRate> &all)
+{
+    const auto looksTheSame = [&rate](const ShippoRate &other) {
+        return other.objectId != rate.objectId && other.provider == rate.provider &&
+               serviceName(other.servicelevel) == serviceName(rate.servicelevel) &&
+               other.estimatedDays == rate.estimatedDays;
+    };
+    QStringList parts = {rate.provider, transitText(rate)};
+    if (const auto twin = std::ranges::find_if(all, looksTheSame); twin != all.end()) {
+        constexpr qsizetype shownOfId = 4;
+        if (rate.carrierAccount != twin->carrierAccount)
+            parts += u"account …"_s + rate.carrierAccount.value_or(QString()).right(shownOfId);
+        else if (rate.servicelevel.token != twin->servicelevel.token)
+            parts += rate.servicelevel.token.value_or(QString());
+        else
+            parts += rate.durationTerms.value_or(QString());
+    }
+    return joinPresent(parts, u" · "_s);
+}
+
 QString LabelTexts::nextStepHint(const LabelScreen &screen)
 {
     const auto step = [&screen]() -> QString {
+        if (screen.awaitsChoice())
+            return u"waiting for your choice."_s;
         if (screen.buying)
-            return u"buying and printing the label…"_s;
+            return screen.isClosing() ? u"buying and printing the label — Parcelory closes when it is done."_s
+                                      : u"buying and printing the label…"_s;
         if (screen.validating || screen.rating)
             return u"asking the carrier…"_s;
         if (screen.busy)

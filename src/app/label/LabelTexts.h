@@ -27,14 +27,22 @@ QString declaredValueWarning(const LabelDraft &draft);
 QString paperworkText(const LabelDraft &draft);
 /// What keeps the form from being complete, or the next thing to do.
 QString formHint(const LabelDraft &draft);
-/// The recipient's lines as the label will show them.
+/// The recipient's lines as the carrier gets them.
 QStringList printedRecipient(const LabelDraft &draft);
+/// What of the recipient is too long to be sent.
+QString cutWarning(const LabelDraft &draft);
 QString extrasSummary(const LabelDraft &draft);
+/// A parcel of known value that is not insured.
+QString uninsuredNote(const LabelDraft &draft);
+/// Offers to insure the parcel for its invoice, or says that it is.
+QString insuranceOffer(const LabelDraft &draft);
 /// In place of the rates.
 QString ratesHint(const LabelScreen &screen);
 QString nextStepHint(const LabelScreen &screen);
 /// "2 days"
 QString transitText(const ShippoRate &rate);
+/// "USPS · 2 days", and what tells the rate from another of the list that looks the same.
+QString rateDetails(const ShippoRate &rate, const QList<ShippoRate> &all);
 
 } // namespace LabelTexts
 

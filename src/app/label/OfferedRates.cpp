@@ -65,7 +65,7 @@ OfferedRates offeredRates(Carrier carrier, const QList<ShippoRate> &all)
     }
     QStringList leftOut;
     if (!unpriced.isEmpty())
-        leftOut += u"Rates without a price that can be read were left out: "_s + unpriced.join(u", "_s) + u'.';
+        leftOut += u"Rates without a readable price were left out: "_s + unpriced.join(u", "_s) + u'.';
     if (qsizetype(byPrice.size()) > most)
         leftOut += u"Only the %1 cheapest of %2 rates are shown."_s.arg(most).arg(byPrice.size());
     offered.leftOut = leftOut.join(u' ');

@@ -34,6 +34,10 @@ MailingLogScreen::MailingLogScreen(AppState &app)
     buildOn(preview);
     connect(&app.log, &ShipmentLog::recordsChanged, this, &MailingLogScreen::takeRecords);
     connect(this, &MailingLogScreen::recordsChanged, this, &MailingLogScreen::changed);
+    connect(&app, &AppState::labelLogged, this, [this](const QString &transactionId) {
+        m_bought = m_app.tab == MainTab::mailingLog ? QString() : transactionId; // the clerk may be looking at a row
+        selectBought();
+    });
     connect(&app.log, &ShipmentLog::readingFailed, this, &MailingLogScreen::takeReadFailure);
 }
 
@@ -48,7 +52,7 @@ void MailingLogScreen::takeReadFailure(const QString &failure)
         m_app.errors.record(u"Mailing Log"_s, AppError(failure), Popup::no);
     readFailure = failure;
     m_failureMessage = failure + u" The list is unchanged; Parcelory tries again by itself."_s;
-    message = m_failureMessage;
+    say(m_failureMessage, true);
     m_app.platform.clock.cancel(m_retry);
     m_retry = m_app.platform.clock.after(retryPause, [this] { spawn([this] { return catchUp(); }); });
 }
@@ -59,7 +63,7 @@ void MailingLogScreen::takeRecords()
     m_app.platform.clock.cancel(m_retry);
     readFailure = QString();
     if (!m_failureMessage.isEmpty() && message.value() == m_failureMessage)
-        message = QString();
+        say(QString());
     if (!isUpToDate()) {
         spawn([this] { return catchUp(); });
         return;
@@ -68,7 +72,18 @@ void MailingLogScreen::takeRecords()
         selected = std::nullopt;
     else
         showSelected(); // the row may have changed
+    selectBought();
     emit recordsChanged();
+}
+
+/// The next question about the log is mostly about the label that was just bought.
+void MailingLogScreen::selectBought()
+{
+    const auto found = std::ranges::find(records(), m_bought, &ShipmentRecord::transactionID);
+    if (m_bought.isEmpty() || found == records().end())
+        return;
+    m_bought.clear();
+    selected = found->id;
 }
 
 void MailingLogScreen::showSelected()
@@ -139,15 +154,15 @@ Task<> MailingLogScreen::reprint(ShipmentRecord record)
         co_return;
     busy = true;
     const auto done = qScopeGuard([this] { busy = false; });
-    message = QString(); // clear first so that an identical message is announced again
+    say(QString()); // clear first so that an identical message is announced again
     try {
         const QString printed = co_await reprintChecked(m_app, record);
         showSelected(); // an old row's label was compared for the first time
-        message = printed;
+        say(printed);
         if (!printed.isEmpty()) // otherwise the clerk canceled
             emit reprinted(record.transactionID, printed);
     } catch (const AppError &error) {
-        message = error.description();
+        say(error.description(), true);
         recordReprintFailure(m_app, error);
     }
 }
@@ -158,7 +173,7 @@ Task<> MailingLogScreen::reprintCustoms(ShipmentRecord record)
         co_return;
     busy = true;
     const auto done = qScopeGuard([this] { busy = false; });
-    message = QString();
+    say(QString());
     const auto stored = co_await onPool(m_app.log, &ShipmentLog::customsPDF, record.id);
     if (!stored.isRead()) {
         fail(u"Customs Docs Reprint"_s, AppError(stored.failure()), Popup::no);
@@ -166,28 +181,27 @@ Task<> MailingLogScreen::reprintCustoms(ShipmentRecord record)
     }
     std::optional<QByteArray> document = *stored;
     if (!document) {
-        message = u"Fetching customs docs…"_s;
+        say(u"Fetching customs docs…"_s);
         try {
             document = co_await downloadCustoms(m_app, record);
         } catch (const AppError &error) {
-            message =
-                u"Customs docs download failed: "_s + m_app.recorded(u"Customs Docs Reprint"_s, error, Popup::yes);
+            say(u"Customs docs download failed: "_s + m_app.recorded(u"Customs Docs Reprint"_s, error, Popup::yes),
+                true);
             co_return;
         }
     }
     try {
-        const bool sentToQueue = co_await printDocument(m_app, *document);
-        message = sentToQueue ? u"Customs docs sent to the printer."_s
-                              : u"Customs docs opened in Preview — set a document printer in Settings."_s;
+        const QString printed = co_await printCustoms(m_app, *document);
+        say(printed);
     } catch (const AppError &error) {
-        message = m_app.recorded(u"Customs Docs Reprint"_s, error, Popup::no);
+        fail(u"Customs Docs Reprint"_s, error, Popup::no);
     }
 }
 
 Task<> MailingLogScreen::trackOnline(ShipmentRecord record)
 {
-    const QString failure = co_await openTrackingPage(m_app, record.trackingURL);
-    message = failure;
+    const QString failure = co_await openTrackingPage(m_app, trackingPageOf(record));
+    say(failure, !failure.isEmpty());
 }
 
 bool MailingLogScreen::isCheckable(const ShipmentRecord &record)
@@ -201,30 +215,36 @@ Task<> MailingLogScreen::checkStatus(ShipmentRecord record)
         co_return;
     busy = true;
     const auto done = qScopeGuard([this] { busy = false; });
-    message = QString();
+    say(QString());
     const QString carrier = record.carrier.toLower() == u"fedex" ? u"fedex"_s : u"usps"_s;
     try {
         const ShippoTrackStatus track = co_await m_app.shippo.track(carrier, record.tracking);
         const auto status = track.trackingStatus.value_or(ShippoTrackStatus::TrackingStatus{});
         const QString word = status.status.value_or(wordOf(TrackingStatus::unknown));
         const QString text = joinPresent({word, status.statusDetails.value_or(QString())}, u": "_s);
-        message = text;
+        say(text);
         const QString unwritten =
             co_await write([id = record.id, word, now = m_app.platform.clock.now()](AppState &app) {
                 return app.labelHistory.setTracked(id, word, now);
             });
         if (!unwritten.isEmpty()) {
             m_app.errors.record(u"Check Status"_s, AppError(text + u". "_s + unwritten), Popup::no);
-            message = text + u". "_s + unwritten;
+            say(text + u". "_s + unwritten, true);
         }
     } catch (const AppError &error) {
         fail(u"Check Status"_s, error, Popup::yes);
     }
 }
 
+void MailingLogScreen::say(const QString &text, bool failure)
+{
+    message = text;
+    isFailure = failure;
+}
+
 void MailingLogScreen::fail(const QString &context, const AppError &error, Popup popup)
 {
-    message = m_app.recorded(context, error, popup);
+    say(m_app.recorded(context, error, popup), true);
 }
 
 /// Changes the log and lists it again. Returns a sentence if the log could not be written.
@@ -243,7 +263,7 @@ void MailingLogScreen::copyTracking(ShipmentRecord record)
     if (record.tracking.isEmpty())
         return; // keep the clipboard's content
     m_app.platform.desktop.copyText(record.tracking);
-    message = u"Copied tracking "_s + record.tracking;
+    say(u"Copied tracking "_s + record.tracking);
 }
 
 } // namespace parcelory

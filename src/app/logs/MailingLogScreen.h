@@ -24,6 +24,7 @@ public:
     Observed<QString> search{this};                 ///< as typed; setting it reloads the list
     Observed<std::optional<qint64>> selected{this}; ///< the id of a record in records()
     Observed<QString> message{this};                ///< result of the last operation
+    Observed<bool> isFailure{this, false};          ///< the message tells a failure
     /// Why the list could not be read; empty once it is read again. Until then the screen retries by itself.
     Observed<QString> readFailure{this};
     Observed<bool> busy{this, false};
@@ -44,6 +45,8 @@ public:
     /// Prints the customs papers of an international parcel again.
     Task<> reprintCustoms(ShipmentRecord record);
     void copyTracking(ShipmentRecord record);
+    /// Shows why an operation on a label could not begin.
+    void refuse(const QString &obstacle) { say(obstacle, true); }
     Task<> trackOnline(ShipmentRecord record);
     /// True if the label was bought through the carrier's account and has a tracking number.
     static bool isCheckable(const ShipmentRecord &record);
@@ -70,8 +73,10 @@ signals:
 private:
     bool isUpToDate() const { return m_app.log.shownSearch() == search.value(); }
     void takeRecords();
+    void selectBought();
     void showSelected();
     void takeReadFailure(const QString &failure);
+    void say(const QString &text, bool failure = false);
     void fail(const QString &context, const AppError &error, Popup popup);
     Task<QString> write(std::function<bool(AppState &app)> change);
     Task<bool> confirmRefund(ShipmentRecord record);
@@ -84,6 +89,7 @@ private:
 
     AppState &m_app;
     bool m_reloading = false;
+    QString m_bought;         ///< transaction of the label that is selected once it is listed
     QString m_failureMessage; ///< `message` if the list could not be read
     quint64 m_retry = 0;      ///< a timer
     static constexpr Clock::Duration retryPause = std::chrono::seconds(10);

@@ -71,7 +71,7 @@ QStringList reportLines(const ImportReport &report, KnownRows mode)
 Progress MailingLogScreen::followProgress()
 {
     m_cancel = {};
-    message = QString();
+    say(QString());
     QElapsedTimer time;
     time.start();
     return Progress(m_cancel, [this, time, shown = -1](qint64 done, qint64 total) mutable {
@@ -104,9 +104,9 @@ Task<> MailingLogScreen::exportCSV()
         const bool complete = co_await onPool([&log = m_app.log, path, follow = followProgress()] {
             return saveFile(path, [&](QIODevice &file) { return log.exportEndiciaCSV(file, follow).orThrow(); });
         });
-        message = complete ? u"Exported to "_s + QFileInfo(path).fileName() : u"Export canceled."_s;
+        say(complete ? u"Exported to "_s + QFileInfo(path).fileName() : u"Export canceled."_s);
     } catch (const AppError &error) {
-        message = u"Export failed: "_s + m_app.recorded(u"Export CSV"_s, error, Popup::no);
+        say(u"Export failed: "_s + m_app.recorded(u"Export CSV"_s, error, Popup::no), true);
     }
 }
 
@@ -119,12 +119,13 @@ Task<> MailingLogScreen::importCSV()
         progress = std::nullopt;
         busy = false;
     });
-    const QString path = co_await m_app.platform.prompts.openFile(u"Import Endicia Mail Log"_s);
+    const QString path =
+        co_await m_app.platform.prompts.openFile(u"Import Endicia Mail Log"_s, u"Mail logs (*.csv *.tsv *.txt)"_s);
     if (path.isEmpty())
         co_return;
     try {
         const QString name = QFileInfo(path).fileName();
-        message = QString();
+        say(QString());
         const int known = co_await onPool(m_app.log, &ShipmentLog::knownLines, path);
         const int answer = known == 0 ? importAll : co_await m_app.platform.prompts.choose(knownQuestion(known, name));
         ImportReport report{.isCanceled = true, .skippedLines = {}, .undatedLines = {}};
@@ -133,13 +134,13 @@ Task<> MailingLogScreen::importCSV()
             co_await copyRecordsBefore(m_app, CopyReason::beforeImport);
             report = co_await onPool(m_app.log, &ShipmentLog::importEndiciaCSV, path, mode, followProgress());
         }
-        message = report.isCanceled ? u"Import canceled. Nothing was imported."_s
-                                    : u"Imported %1 shipments from "_s.arg(report.imported) + name;
+        say(report.isCanceled ? u"Import canceled. Nothing was imported."_s
+                              : u"Imported %1 shipments from "_s.arg(report.imported) + name);
         const QStringList sheet = reportLines(report, mode);
         if (sheet.size() > 1) // the message line has said the first one
             co_await m_app.platform.prompts.alert(u"Import Endicia Mail Log"_s, sheet.join(u"\n\n"_s));
     } catch (const AppError &error) {
-        message = u"Import failed: "_s + m_app.recorded(u"Import CSV"_s, error, Popup::no);
+        say(u"Import failed: "_s + m_app.recorded(u"Import CSV"_s, error, Popup::no), true);
     }
 }
 

@@ -51,7 +51,7 @@ Task<> MailingLogScreen::refund(ShipmentRecord record)
         co_return;
     busy = true;
     const auto done = qScopeGuard([this] { busy = false; });
-    message = QString();
+    say(QString());
     // The program may have exited after marking the row and before sending the request; only the carrier knows.
     if (refundState(record) == RefundState::pending) {
         const bool asked = co_await carrierWasAsked(record);
@@ -88,7 +88,7 @@ Task<bool> MailingLogScreen::confirmRefund(ShipmentRecord record)
     const bool isSame = now && now->status == record.status && now->refund == record.refund;
     if (!isSame) { // another program, or a refund sync, changed it meanwhile
         co_await onPool([&log = m_app.log, asked = search.value()] { log.reload(asked); });
-        message = u"The shipment's status has changed meanwhile. No refund was requested."_s;
+        say(u"The shipment's status has changed meanwhile. No refund was requested."_s, true);
     }
     co_return isSame;
 }
@@ -142,13 +142,13 @@ Task<bool> MailingLogScreen::carrierWasAsked(ShipmentRecord record)
     const QString outcome = refund == RefundState::granted  ? u"Refunded."_s
                             : refund == RefundState::failed ? u"The carrier has refused the refund of this label."_s
                                                             : u"The carrier already has this refund"_s + approval;
-    message = joinPresent({outcome, unwritten}, u" "_s);
+    say(joinPresent({outcome, unwritten}, u" "_s), refund == RefundState::failed || !unwritten.isEmpty());
     co_return true;
 }
 
 Task<> MailingLogScreen::requestRefund(ShipmentRecord record)
 {
-    message = u"Requesting refund…"_s;
+    say(u"Requesting refund…"_s);
     RefundState refund = RefundState::failed;
     QString outcome;
     bool isSettled = false; // otherwise the next sync asks the carrier
@@ -170,7 +170,7 @@ Task<> MailingLogScreen::requestRefund(ShipmentRecord record)
                                                  AppState &app) { return app.log.setStatus(id, status); });
     if (!unwritten.isEmpty()) // the next sync asks the carrier
         m_app.errors.record(u"Refund"_s, AppError(outcome + u' ' + unwritten), Popup::no);
-    message = joinPresent({outcome, unwritten}, u" "_s);
+    say(joinPresent({outcome, unwritten}, u" "_s), refund == RefundState::failed || !unwritten.isEmpty());
     if (isSettled && unwritten.isEmpty())
         co_await closeRefund(record.transactionID);
 }

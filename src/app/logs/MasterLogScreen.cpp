@@ -109,7 +109,7 @@ Task<> MasterLogScreen::load()
             message = QString();
         };
         listing->onWait = [this](std::chrono::seconds pause) {
-            message = u"Shippo takes no more requests for now — the list goes on in %1 s."_s.arg(pause.count());
+            message = u"Shippo is busy — the list continues in %1 s."_s.arg(pause.count());
         };
         const QList<MasterEntry> found = co_await m_app.shippo.masterLog(from, to, listing);
         if (asked != std::tuple(from.value(), to.value(), m_app.keyChanges.value()))

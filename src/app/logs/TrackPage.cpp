@@ -3,9 +3,23 @@
 #include "app/AppState.h"
 #include "core/AppError.h"
 #include "core/Task.h"
+#include "records/ShipmentRecord.h"
 
 namespace parcelory {
 using namespace Qt::StringLiterals;
+
+QString trackingPageOf(const ShipmentRecord &record)
+{
+    const QString number = QString(record.tracking).remove(u' ');
+    const QString carrier = record.carrier.trimmed();
+    if (!record.trackingURL.isEmpty() || number.isEmpty())
+        return record.trackingURL;
+    if (carrier.compare(u"USPS"_s, Qt::CaseInsensitive) == 0)
+        return u"https://tools.usps.com/go/TrackConfirmAction_input?origTrackNum="_s + number;
+    return carrier.compare(u"FedEx"_s, Qt::CaseInsensitive) == 0
+               ? u"https://www.fedex.com/fedextrack/?trknbr="_s + number
+               : QString();
+}
 
 Task<QString> openTrackingPage(AppState &app, QString address)
 {

@@ -12,7 +12,9 @@
 #include "devices/zpl/ZplContents.h"
 #include "devices/zpl/ZplReader.h"
 
+#include <QScopeGuard>
 #include <algorithm>
+
 #include <tuple>
 
 namespace parcelory {
@@ -177,6 +179,8 @@ Task<bool> mayPrint(AppState &app, LabelDoubts doubts)
 {
     if (doubts.isEmpty())
         co_return true;
+    app.awaitsChoice = true;
+    const auto answered = qScopeGuard([&app] { app.awaitsChoice = false; });
     const int answer = co_await app.platform.prompts.choose(questionAbout(doubts));
     co_return answer == 1;
 }

@@ -38,7 +38,7 @@ void requireWholeLabel(const LabelFile &label)
 Task<QByteArray> downloadAgain(AppState &app, QString url)
 {
     if (url.isEmpty()) // an imported shipment: not a failure that support could fix
-        throw ShippoError::validation(u"The mailing log has neither this label nor its download link."_s);
+        throw ShippoError::validation(u"No copy of this label is stored, so it can't be reprinted."_s);
     QByteArray label = co_await app.shippo.downloadLabel(url);
     requireWholeLabel(parseLabel(label));
     co_return label;
@@ -96,7 +96,7 @@ Task<ReprintResult> reprintLabel(AppState &app, ShipmentRecord record)
 Task<QByteArray> downloadCustoms(AppState &app, ShipmentRecord record)
 {
     if (record.customsDocURL.isEmpty())
-        throw ShippoError::validation(u"the mailing log has neither the papers nor their download link."_s);
+        throw ShippoError::validation(u"no copy of the papers is stored, so they can't be reprinted."_s);
     const QByteArray document = co_await app.shippo.downloadLabel(record.customsDocURL);
     if (!parseLabel(document).isWholePdf())
         throw AppError(u"the carrier's file is not a complete PDF document"_s);
@@ -106,6 +106,24 @@ Task<QByteArray> downloadCustoms(AppState &app, ShipmentRecord record)
                           AppError(u"The mailing log could not be written — %1."_s.arg(app.log.lastError())),
                           Popup::no);
     co_return document;
+}
+
+Task<QString> printCustoms(AppState &app, QByteArray document)
+{
+    const bool sentToQueue = co_await printDocument(app, document);
+    co_return sentToQueue ? u"Customs docs sent to the printer."_s
+                          : u"Customs docs opened in Preview — set a document printer in Settings."_s;
+}
+
+Task<QString> reprintCustoms(AppState &app, ShipmentRecord record)
+{
+    const auto found = co_await onPool([&log = app.log, record] { return log.find(record); });
+    const ShipmentRecord row = found.orThrow().value_or(record);
+    const auto stored = co_await onPool(app.log, &ShipmentLog::customsPDF, row.id);
+    std::optional<QByteArray> document = stored.orThrow();
+    if (!document)
+        document = co_await downloadCustoms(app, row);
+    co_return co_await printCustoms(app, *document);
 }
 
 Task<bool> printDocument(AppState &app, QByteArray pdf)

@@ -29,6 +29,10 @@ Task<QByteArray> downloadCustoms(AppState &app, ShipmentRecord record);
 
 /// True if the document went to the document printer; without a document printer, the viewer opens it.
 Task<bool> printDocument(AppState &app, QByteArray pdf);
+/// Prints the customs papers of a logged parcel, and says so. Throws AppError.
+Task<QString> reprintCustoms(AppState &app, ShipmentRecord record);
+/// Prints papers for customs, and says so.
+Task<QString> printCustoms(AppState &app, QByteArray document);
 
 /// Deletes the labels and documents that a killed program left in the folder for temporary files.
 Task<> sweepPrintFiles();

@@ -12,6 +12,7 @@
 #include "carrier/ShippoRecords.h"
 #include "compose/Services.h"
 #include "core/AppError.h"
+#include "core/ErrorDetail.h"
 #include "core/Task.h"
 #include "core/Text.h"
 #include "devices/Zpl.h"
@@ -135,8 +136,8 @@ Task<SaleResult> PurchaseFlow::lookFor(SaleResult unknown)
             co_return result;
         }
     }
-    result.text = PurchaseTexts::stillUnknown(entry, result.text);
-    m_app.errors.record(buyContext, AppError(result.text), Popup::yes);
+    result.text = PurchaseTexts::stillUnknown(result.text);
+    m_app.errors.record(buyContext, Detailed<AppError>(result.text, PurchaseTexts::identifiers(entry)), Popup::yes);
     co_return result;
 }
 

@@ -71,17 +71,17 @@ Task<LookupAnswer> evaluate(AppState &app, OpenPurchase purchase, QDateTime sinc
                 known.testMode ? u"TEST"_s : u"LIVE"_s, purchase.keyName),
             .isInconclusive = true};
     if (purchase.rateId.isEmpty() && known.transactionID.isEmpty())
-        co_return LookupAnswer{.text = u"The journal does not tell its rate."_s, .isInconclusive = true};
+        co_return LookupAnswer{.text = u"Its rate cannot be read, so the carrier cannot be asked."_s,
+                               .isInconclusive = true};
     const QList<ShippoTransaction> sales = co_await findSales(app, purchase);
     const auto found = sales.isEmpty() ? std::nullopt : std::optional(sales.first());
     if (!found && ShippoClient::mayStillArrive(since, app.platform.clock.steadyNow()))
-        co_return LookupAnswer{.text = u"The carrier knows of no such label yet."_s, .isInconclusive = true};
+        co_return LookupAnswer{.text = u"The carrier has no such label yet."_s, .isInconclusive = true};
     if (!found || transactionStatus(*found) == TransactionStatus::error)
         co_return LookupAnswer{.verdict = notBought};
     if (!hasLabel(*found))
         co_return LookupAnswer{.transaction = found,
-                               .text = u"The carrier accepted the purchase, but the label is not ready yet "
-                                       "(transaction %1)."_s.arg(found->objectId),
+                               .text = u"The carrier accepted the purchase, but the label is not ready yet."_s,
                                .isInconclusive = true};
     co_return LookupAnswer{.verdict = bought, .transaction = found, .seconds = sales.sliced(1)};
 }

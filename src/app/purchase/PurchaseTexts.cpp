@@ -56,7 +56,7 @@ QString sentTo(const PapersResult &papers)
 QString title(const ShipmentRecord &record)
 {
     if (record.recipient.isEmpty() && record.service.isEmpty())
-        return u"A label whose details the journal cannot tell"_s;
+        return u"A label whose details cannot be read"_s;
     return u"%1 %2 to %3, %4"_s.arg(record.carrier, record.service, record.recipientName(), postage(record));
 }
 
@@ -117,14 +117,17 @@ QString foundLater(const PurchaseResult &result)
         title(record), record.createdAt.toLocalTime().toString(u"MMM d, h:mm AP"_s), label, papers);
 }
 
-QString stillUnknown(const OpenPurchase &purchase, const QString &reason)
+QString stillUnknown(const QString &reason)
+{
+    return reason + u" We don't know yet if this label was bought. Don't buy it again — Parcelory keeps checking."_s;
+}
+
+QString identifiers(const OpenPurchase &purchase)
 {
     const QString transaction = purchase.record.transactionID;
     const QStringList known = {purchase.record.recipient, u"rate "_s + purchase.rateId,
                                transaction.isEmpty() ? QString() : u"transaction "_s + transaction};
-    return reason +
-           u" The label may still have been bought. Parcelory keeps checking and completes the purchase if so: "_s +
-           joinPresent(known, u", "_s) + u'.';
+    return joinPresent(known, u", "_s);
 }
 
 QString notLogged(const ShipmentRecord &record)

@@ -21,7 +21,9 @@ QString writeByHand(const PapersResult &papers);
 /// A purchase that was found later, for the bar above the form.
 QString foundLater(const PurchaseResult &result);
 /// The banner while the outcome of a purchase is unknown; begins with the reason.
-QString stillUnknown(const OpenPurchase &purchase, const QString &reason);
+QString stillUnknown(const QString &reason);
+/// What support needs to find the purchase, for the error log.
+QString identifiers(const OpenPurchase &purchase);
 /// Text for a bought label that is in the journal but not in the mailing log.
 QString notLogged(const ShipmentRecord &record);
 /// Text for a further label that the carrier sold for the same request.

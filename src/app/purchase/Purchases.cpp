@@ -62,8 +62,8 @@ Task<qint64> Purchases::begin(OpenPurchase purchase)
     // The list may have been loaded since the button was pressed.
     if (const std::optional<UnresolvedPurchase> pending = unresolvedFor(purchase.recipient);
         pending && !pending->isInconclusive)
-        throw AppError(u"An earlier purchase for this recipient is still unresolved. Parcelory asks the carrier "
-                       "about it now; nothing was bought."_s);
+        throw AppError(u"We don't know yet if this recipient's last label was bought. Parcelory is asking the "
+                       "carrier; nothing was bought."_s);
     co_return co_await m_flow.begin(purchase);
 }
 
@@ -129,12 +129,11 @@ Task<> Purchases::resolveByHand(qint64 id, ByHand outcome)
     const bool haveLabel = outcome == ByHand::haveLabel;
     const int answer = co_await m_app.platform.prompts.choose(
         {.title = haveLabel ? u"You Have This Label?"_s : u"This Label Was Not Bought?"_s,
-         .text =
-             PurchaseTexts::title(purchase.record) +
-             (haveLabel ? u"\n\nParcelory stops asking Shippo. The label is not in the mailing log: find it in the "
-                          "Master Log."_s
-                        : u"\n\nParcelory stops asking Shippo. If the label was bought after all, it is paid for and "
-                          "not in the mailing log."_s),
+         .text = PurchaseTexts::title(purchase.record) +
+                 (haveLabel ? u"\n\nParcelory stops checking. The label is not in the mailing log: find it in the "
+                              "Master Log."_s
+                            : u"\n\nParcelory stops checking. If the label was bought after all, it is paid for and "
+                              "not in the mailing log."_s),
          .choices = {u"Keep Checking"_s, haveLabel ? u"I Have the Label"_s : u"It Was Not Bought"_s},
          .safeChoice = 0});
     if (answer != 1)
@@ -312,22 +311,23 @@ void Purchases::dismiss(ResolvedPurchase label)
 
 Task<> Purchases::print(ResolvedPurchase label)
 {
-    ResolvedPurchase after = label;
     const QString title = PurchaseTexts::title(label.record) + u": "_s;
     try {
         // Checked, because the label may be refunded or old by now. The first print of a new label shows no question.
         const QString printed = co_await reprintChecked(m_app, label.record);
         if (printed.isEmpty()) // canceled
             co_return;
-        after.text = title + printed;
-        after.isPrinted = true;
+        dismiss(label);
+        emit resolvedPrinted(title + printed);
+        co_return;
     } catch (const AppError &error) {
-        after.text = title + error.description();
         recordReprintFailure(m_app, error);
+        ResolvedPurchase after = label;
+        after.text = title + error.description();
+        QList<ResolvedPurchase> all = resolved;
+        std::ranges::replace(all, label, after);
+        resolved = all;
     }
-    QList<ResolvedPurchase> all = resolved;
-    std::ranges::replace(all, label, after);
-    resolved = all;
 }
 
 } // namespace parcelory

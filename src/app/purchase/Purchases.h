@@ -80,6 +80,8 @@ public:
 
 signals:
     void purchaseResolved(const ResolvedPurchase &purchase);
+    /// The label of a purchase that was resolved later has come out; `printed` is the printer's message.
+    void resolvedPrinted(const QString &printed);
     void refundWanted(const ShipmentRecord &record);
 
 private:

@@ -300,9 +300,8 @@ Task<ScanFormFlow::Recovery> ScanFormFlow::findManifest(ScanForm form)
         }
     }
     if (id.isEmpty() && mayArrive)
-        throw ShippoError::api(
-            u"It is not known yet whether the SCAN form of %1 was made. Try again in a minute."_s.arg(
-                dateTimeText(form.askedAt)));
+        throw ShippoError::api(u"We don't know yet if the SCAN form of %1 was made. Try again in a minute."_s.arg(
+            dateTimeText(form.askedAt)));
     Recovery recovery;
     if (!id.isEmpty()) {
         const ShippoManifest manifest = co_await m_app.shippo.manifest(id);

@@ -29,6 +29,19 @@ QString counted(qsizetype labels)
     return QString::number(labels) + (labels == 1 ? u" label"_s : u" labels"_s);
 }
 
+/// Adds the labels on the form that the mailing log does not hold.
+QList<ShipmentRecord> withOthers(QList<ShipmentRecord> known, const ScanForm &form)
+{
+    for (const QString &id : form.transactions) {
+        if (std::ranges::find(known, id, &ShipmentRecord::transactionID) != known.end())
+            continue;
+        ShipmentRecord other{.createdAt = QDateTime(), .recipient = u"Bought at another desk"_s};
+        other.transactionID = id;
+        known += other;
+    }
+    return known;
+}
+
 } // namespace
 
 QString ScanFormScreen::title(const ScanForm &form)
@@ -42,7 +55,8 @@ QString ScanFormScreen::labelsText() const
     const std::optional<ScanForm> form = shown;
     if (!form)
         return {};
-    const qsizetype all = form->transactions.size(), others = std::max<qsizetype>(0, all - labels.value().size());
+    const qsizetype all = form->transactions.size();
+    const qsizetype others = std::ranges::count(labels.value(), 0, &ShipmentRecord::id);
     const QString text = counted(all) + u" on this form"_s;
     return others == 0 ? text : text + u", %1 of them of other desks"_s.arg(others);
 }
@@ -81,7 +95,7 @@ Task<> ScanFormScreen::show(ScanForm form)
     });
     if (shown.value() != form)
         co_return; // the clerk chose another form meanwhile
-    labels = contents.labels.valueOr({});
+    labels = contents.labels.isRead() ? withOthers(*contents.labels, form) : QList<ShipmentRecord>();
     documents = contents.documents.valueOr({});
     message = contents.documents.isRead() ? handOver
                                           : m_app.recorded(context, AppError(contents.documents.failure()), Popup::no);

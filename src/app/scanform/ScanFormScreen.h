@@ -19,6 +19,7 @@ public:
     Observed<QList<ScanForm>> forms{this}; ///< newest first
     Observed<std::optional<ScanForm>> shown{this};
     Observed<QList<QByteArray>> documents{this}; ///< PDFs of the shown form
+    /// The labels on the shown form; one that this computer did not buy has only its transaction's id.
     Observed<QList<ShipmentRecord>> labels{this};
     Observed<QString> message{this};
     Observed<bool> busy{this, false};

@@ -7,6 +7,7 @@
 #include "core/Task.h"
 #include "shell/ErrorLog.h"
 
+#include <chrono>
 #include <functional>
 #include <optional>
 
@@ -29,6 +30,30 @@ QString signInFailure(const QString &formResult)
 }
 
 } // namespace
+
+SignInFlow::~SignInFlow()
+{
+    m_app.platform.clock.cancel(m_tick);
+}
+
+void SignInFlow::countDown(int seconds)
+{
+    m_app.platform.clock.cancel(m_tick);
+    if (seconds > 0)
+        m_tick = m_app.platform.clock.after(1s, [this, seconds] { countDown(seconds - 1); });
+    m_app.loginSecondsLeft = seconds; // last: who sees it may cancel
+}
+
+/// Waits for the page, and shows for how long at most.
+Task<bool> SignInFlow::waitFor(QString probe)
+{
+    const auto isCanceled = staleCheck(m_attempt);
+    countDown(int(std::chrono::seconds(pageWait).count()));
+    const bool holds = co_await m_app.auth.waitFor(probe, pageWait);
+    if (!isCanceled())
+        countDown(0);
+    co_return holds;
+}
 
 Task<> SignInFlow::signIn(QString user, QString pass, bool remember)
 {
@@ -67,6 +92,7 @@ void SignInFlow::cancel()
     ++m_attempt;
     m_app.auth.clear(); // the back office may have admitted the clerk already
     m_app.loginBusy = false;
+    countDown(0);
 }
 
 /// Loads the sign-in page and fills in its form. Returns why that failed.
@@ -81,14 +107,14 @@ Task<std::optional<SignInFlow::Failure>> SignInFlow::enter(Credentials credentia
     const auto isStopped = [&auth = m_app.auth, visit = m_app.auth.visit()] {
         return auth.hasCrashed() || auth.visit() != visit; // says nothing about the password
     };
-    const bool formShown = co_await m_app.auth.waitFor(DesklineAuth::loginFormProbe, pageWait);
+    const bool formShown = co_await waitFor(DesklineAuth::loginFormProbe);
     if (isStopped())
         co_return Failure{pageStopped};
     if (!formShown)
         co_return Failure{
             u"Deskline is responding slowly — the login page didn't load after 40 seconds. Try again in a moment."_s};
     const QString result = co_await m_app.auth.fillLogin(credentials.user, credentials.password);
-    const bool ok = co_await m_app.auth.waitFor(DesklineAuth::signedInProbe, pageWait);
+    const bool ok = co_await waitFor(DesklineAuth::signedInProbe);
     if (isStopped())
         co_return Failure{pageStopped};
     if (ok)

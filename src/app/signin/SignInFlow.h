@@ -12,6 +12,7 @@ namespace parcelory {
 class SignInFlow {
 public:
     explicit SignInFlow(AppState &app) : m_app(app) {}
+    ~SignInFlow();
 
     /// AppState::signIn().
     Task<> signIn(QString user, QString pass, bool remember);
@@ -30,9 +31,12 @@ private:
     };
     Task<std::optional<Failure>> enter(Credentials credentials);
     Task<> forgetRejected();
+    Task<bool> waitFor(QString probe);
+    void countDown(int seconds);
 
     AppState &m_app;
-    int m_attempt = 0; ///< incremented when a sign-in starts and when it is canceled
+    int m_attempt = 0;  ///< incremented when a sign-in starts and when it is canceled
+    quint64 m_tick = 0; ///< a timer
 };
 
 } // namespace parcelory

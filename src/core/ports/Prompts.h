@@ -49,8 +49,8 @@ public:
     virtual Task<int> choose(Question question) = 0;
     /// The file to write; `proposed` is the suggested name. Empty if canceled.
     virtual Task<QString> saveFile(QString title, QString proposed) = 0;
-    /// The file to read; empty if canceled.
-    virtual Task<QString> openFile(QString title) = 0;
+    /// The file to read; empty if canceled. `filter`: its type, "vCard files (*.vcf)".
+    virtual Task<QString> openFile(QString title, QString filter) = 0;
     /// An existing folder; empty if canceled.
     virtual Task<QString> openFolder(QString title) = 0;
 };

@@ -4,6 +4,7 @@
 #include "app/settings/KeysScreen.h"
 #include "app/settings/SettingsScreen.h"
 #include "carrier/ShippoRecords.h"
+#include "ui/parts/Accessibility.h"
 #include "ui/parts/Badge.h"
 #include "ui/parts/Button.h"
 #include "ui/parts/Notice.h"
@@ -59,10 +60,10 @@ BuyBlock::BuyBlock(LabelScreen &screen, KeysScreen &keys, SettingsScreen &settin
       m_none(new TextLabel(u"No rate chosen."_s, FontRole::body, &Tokens::muted)), m_summary(new QWidget),
       m_lines(new QGridLayout), m_service(new ElidedLabel({}, FontRole::strong)),
       m_transit(new TextLabel({}, FontRole::caption, &Tokens::muted)), m_price(new TextLabel({}, FontRole::total)),
-      m_to(nullptr), m_package(nullptr), m_extras(nullptr), m_printer(nullptr),
-      m_second(new Notice(u"ui_warning"_s, &Tokens::warn)), m_buy(new Button(buyText)),
-      m_mode(new Badge({}, BadgeKind::plain)), m_consequence(new TextLabel({}, FontRole::caption)),
-      m_refresh([this] { refresh(); })
+      m_to(nullptr), m_package(nullptr), m_extras(nullptr), m_printer(nullptr), m_uninsured(nullptr),
+      m_cut(new Notice(u"ui_warning"_s, &Tokens::warn)), m_second(new Notice(u"ui_warning"_s, &Tokens::warn)),
+      m_buy(new Button(buyText)), m_mode(new Badge({}, BadgeKind::plain)),
+      m_consequence(new TextLabel({}, FontRole::caption)), m_refresh([this] { refresh(); })
 {
     setCard();
     auto *head = new QGridLayout;
@@ -84,6 +85,9 @@ BuyBlock::BuyBlock(LabelScreen &screen, KeysScreen &keys, SettingsScreen &settin
     m_to = addLine(u"To"_s);
     m_package = addLine(u"Package"_s);
     m_extras = addLine(u"Extras"_s);
+    m_uninsured = addLine({});
+    m_uninsured->setFont(Theme::current().font(FontRole::captionStrong));
+    m_uninsured->setInk(&Tokens::warn);
     m_printer = addLine(u"Printer"_s);
 
     m_buy->ignoreReturn();
@@ -103,6 +107,7 @@ BuyBlock::BuyBlock(LabelScreen &screen, KeysScreen &keys, SettingsScreen &settin
     column->setSpacing(6);
     column->addWidget(m_none);
     column->addWidget(m_summary);
+    column->addWidget(m_cut);
     column->addWidget(m_second);
     column->addWidget(m_buy);
     column->addLayout(foot);
@@ -118,7 +123,8 @@ TextLabel *BuyBlock::addLine(const QString &name)
     const int row = m_lines->rowCount();
     auto *text = new TextLabel({}, FontRole::caption);
     text->setWordWrap(true);
-    m_lines->addWidget(new TextLabel(name, FontRole::caption, &Tokens::muted), row, 0, Qt::AlignTop);
+    if (!name.isEmpty())
+        m_lines->addWidget(new TextLabel(name, FontRole::caption, &Tokens::muted), row, 0, Qt::AlignTop);
     m_lines->addWidget(text, row, 1);
     m_lines->setColumnMinimumWidth(0, Theme::current().scaled(54));
     return text;
@@ -139,14 +145,17 @@ void BuyBlock::refresh()
     m_summary->setVisible(rate.has_value());
     if (rate) {
         m_service->setFullText(serviceName(rate->servicelevel));
-        m_transit->setText(rate->provider + u" · "_s + LabelTexts::transitText(*rate));
+        m_transit->setText(LabelTexts::rateDetails(*rate, m_screen.rates));
         m_price->setText(u'$' + rate->amount);
         m_to->setText(breakable(LabelTexts::printedRecipient(m_screen).join(u'\n')));
         m_package->setText(m_screen.weightDisplay() + u" · "_s + LabelTexts::mailpieceName(m_screen));
         m_extras->setText(LabelTexts::extrasSummary(m_screen));
+        m_uninsured->setText(LabelTexts::uninsuredNote(m_screen));
         m_printer->setText(printerText());
         m_printer->setInk(m_settings.zebraQueue.value().isEmpty() ? &Tokens::warn : &Tokens::text);
     }
+    m_uninsured->setVisible(!m_uninsured->text().isEmpty());
+    m_cut->setText(rate ? LabelTexts::cutWarning(m_screen) : QString());
     m_buy->setEnabled(m_screen.nextStep() == NextStep::buy);
     refreshSecondLabel(rate.has_value());
     refreshMode();
@@ -168,8 +177,9 @@ void BuyBlock::refreshMode()
     m_buy->setKind(look.button);
     m_mode->set(look.word, look.badge);
     m_consequence->setText(look.consequence);
-    m_buy->setAccessibleName(m_buy->text());
-    m_buy->setAccessibleDescription(look.word + u": "_s + look.consequence);
+    nameWidget(m_buy, m_buy->text());
+    if (const QString words = look.word + u": "_s + look.consequence; words != m_buy->accessibleDescription())
+        m_buy->setAccessibleDescription(words);
 }
 
 } // namespace parcelory

@@ -38,7 +38,8 @@ private:
     QGridLayout *m_lines;
     ElidedLabel *m_service;
     TextLabel *m_transit, *m_price;
-    TextLabel *m_to, *m_package, *m_extras, *m_printer;
+    TextLabel *m_to, *m_package, *m_extras, *m_printer, *m_uninsured;
+    Notice *m_cut;    ///< warns that a text is too long for the label
     Notice *m_second; ///< warns of a second label for the parcel
     Button *m_buy;
     Badge *m_mode;

@@ -77,7 +77,7 @@ LabelView::LabelView(AppState &app, LabelScreen &screen, AddressBook &book, Keys
         m_screen.takeOffer();
         focusRecipient();
     });
-    connect(&app, &AppState::invoiceTaken, this, &LabelView::takeInvoice);
+    connect(&app, &AppState::recipientTaken, this, &LabelView::takeRecipient);
     connect(m_recipient, &RecipientSection::validateRequested, this, &LabelView::validate);
     connect(m_rates, &RatesPanel::getRatesRequested, this, &LabelView::getRates);
     connect(m_rates, &RatesPanel::buyRequested, this, &LabelView::buy);
@@ -93,8 +93,8 @@ QWidget *LabelView::makeForm()
     auto *form = new PanelFrame(&Tokens::sheet);
     form->setMaximumWidth(Theme::current().scaled(widestForm));
     auto *rows = new QVBoxLayout(form);
-    rows->setContentsMargins(16, 10, 16, 10);
-    rows->setSpacing(9);
+    rows->setContentsMargins(16, 7, 16, 7);
+    rows->setSpacing(6); // so that a parcel that goes abroad fits a window of 800 lines with a menu bar
     rows->addWidget(new SenderSection(m_app, m_screen));
     rows->addWidget(new Separator);
     rows->addWidget(m_recipient);
@@ -109,6 +109,7 @@ QWidget *LabelView::makeForm()
     rows->addStretch(1);
     m_scroll->setWidget(form);
     m_scroll->setWidgetResizable(true);
+    m_scroll->setAlignment(Qt::AlignHCenter | Qt::AlignTop); // in a wide window
     m_scroll->setFrameShape(QFrame::NoFrame);
     m_scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     m_scroll->setBackgroundRole(QPalette::Base);
@@ -176,10 +177,10 @@ void LabelView::focusInvoiceNumber()
     m_sidebar->focusInvoiceNumber();
 }
 
-/// Validates a scanned invoice's recipient right away, or takes the clerk to what the invoice lacks.
-void LabelView::takeInvoice()
+/// Validates a recipient that was filled in right away, or takes the clerk to what it lacks.
+void LabelView::takeRecipient()
 {
-    if (m_screen.validatesScans()) {
+    if (m_screen.validatesFills()) {
         validate();
     } else if (!m_screen.busy) {
         m_screen.askForMissing();

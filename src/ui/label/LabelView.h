@@ -59,7 +59,7 @@ private:
     bool isNarrow() const;
     void showSidebar(bool shown);
     void arrange();
-    void takeInvoice();
+    void takeRecipient();
     /// Runs an operation of the screen model, then moves the focus to where the clerk continues.
     void start(std::function<Task<>()> operation);
     void settleFocus();

@@ -15,6 +15,9 @@
 #include <QStandardItemModel>
 #include <QStyledItemDelegate>
 
+#include <algorithm>
+#include <optional>
+
 namespace parcelory {
 using namespace Qt::StringLiterals;
 
@@ -87,7 +90,15 @@ MailpiecePicker::MailpiecePicker(AppState &app, LabelScreen &screen, QWidget *pa
 
 void MailpiecePicker::refresh()
 {
-    const QList<MailpieceGroup> menu = mailpieceMenu(m_screen.carrier, m_app.boxes.profiles);
+    QList<MailpieceGroup> menu = mailpieceMenu(m_screen.carrier, m_app.boxes.profiles);
+    const std::optional<MailpieceSelection> usual = m_screen.usualMailpiece();
+    if (usual && *usual != m_screen.mailpiece.value()) {
+        for (const MailpieceGroup &group : QList(menu)) {
+            const auto entry = std::ranges::find(group.entries, *usual, &MailpieceEntry::selection);
+            if (entry != group.entries.end())
+                menu.prepend({u"Last Used for This Weight"_s, {*entry}});
+        }
+    }
     if (menu != m_listed)
         refill(menu);
     showCurrent();

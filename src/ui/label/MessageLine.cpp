@@ -26,6 +26,7 @@ QString textOf(Banner::Offer offer)
     case Banner::Offer::signInAgain:
         return u"Sign In Again"_s;
     case Banner::Offer::undoPaste:
+    case Banner::Offer::undoClear:
         return u"Undo"_s;
     case Banner::Offer::none:
         break;
@@ -57,6 +58,7 @@ MessageLine::MessageLine(LabelScreen &screen, QWidget *parent)
                         u"separate window: "_s + windowKeys.toString(QKeySequence::NativeText));
     m_text->setWordWrap(true);
     m_text->setTextInteractionFlags(Qt::TextSelectableByMouse); // the clerk may need to copy a transaction id
+    setAccessibleRole(this, QAccessible::Notification);
     setMinimumHeight(Theme::current().scaled(42));
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Minimum);
     setLines(Qt::BottomEdge);
@@ -69,7 +71,7 @@ MessageLine::MessageLine(LabelScreen &screen, QWidget *parent)
 
 void MessageLine::refresh()
 {
-    const std::optional<Banner> banner = m_screen.banner;
+    const std::optional<Banner> banner = m_screen.awaitsChoice() ? std::nullopt : m_screen.banner.value();
     const QString text = banner ? banner->text : LabelTexts::nextStepHint(m_screen);
     const bool news = text != m_said;
     m_said = text;
@@ -92,7 +94,7 @@ void MessageLine::refresh()
     }
     m_offer->setEnabled(!m_screen.busy);
     m_offer->setVisible(offer != Banner::Offer::none);
-    setAccessibleName(banner ? text : QString());
+    nameWidget(this, text);
     if (banner && news)
         announce(this);
 }

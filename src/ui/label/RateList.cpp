@@ -3,6 +3,7 @@
 #include "app/label/LabelScreen.h"
 #include "app/label/LabelTexts.h"
 #include "carrier/ShippoRecords.h"
+#include "ui/parts/TextLabel.h"
 #include "ui/theme/Theme.h"
 #include "ui/theme/Tokens.h"
 
@@ -116,12 +117,14 @@ void RateList::refill()
     m_rows.clear();
     for (const ShippoRate &rate : m_listed) {
         auto *row = new QStandardItem(serviceName(rate.servicelevel));
-        const QString transit = LabelTexts::transitText(rate);
+        const QString details = LabelTexts::rateDetails(rate, m_listed);
         row->setData(rate.objectId, idRole);
-        row->setData(rate.provider + u" · "_s + transit, secondLineRole);
+        row->setData(details, secondLineRole);
+        row->setToolTip(plainToolTip(row->text() + u'\n' + details));
         row->setData(u'$' + rate.amount, priceRole);
         row->setData(
-            QStringList{serviceName(rate.servicelevel), rate.provider, transit, spokenPrice(rate.amount)}.join(u", "_s),
+            QStringList{row->text(), QString(details).replace(u" · "_s, u", "_s), spokenPrice(rate.amount)}.join(
+                u", "_s),
             Qt::AccessibleTextRole);
         m_rows.appendRow(row);
     }

@@ -6,6 +6,7 @@
 #include "app/settings/KeysScreen.h"
 #include "app/settings/SettingsScreen.h"
 #include "compose/Services.h"
+#include "core/Task.h"
 #include "core/Text.h"
 #include "ui/label/BuyBlock.h"
 #include "ui/label/RateList.h"
@@ -42,7 +43,8 @@ RatesPanel::RatesPanel(LabelScreen &screen, KeysScreen &keys, SettingsScreen &se
       m_getRates(new Button(u"Get Rates"_s, Button::Kind::standard, u"ui_refresh"_s)), m_bar(new BusyBar),
       m_lastLabel(nullptr), m_lastTitle(nullptr), m_lastPrice(nullptr), m_lastName(nullptr), m_lastPlace(nullptr),
       m_lastTracking(nullptr), m_lastService(nullptr), m_lastMessage(nullptr), m_lastVerdict(nullptr),
-      m_reprint(nullptr), m_copy(nullptr), m_list(new RateList(screen)),
+      m_reprint(nullptr), m_copy(nullptr),
+      m_customs(new Button(u"Customs Docs"_s, Button::Kind::standard, u"ui_document"_s)), m_list(new RateList(screen)),
       m_empty(new EmptyState(u"popup_package"_s, {})), m_checks(new QWidget), m_senderCheck(nullptr),
       m_recipientCheck(nullptr), m_weightCheck(nullptr), m_block(new BuyBlock(screen, keys, settings)),
       m_refresh([this] { refresh(); })
@@ -144,6 +146,9 @@ QWidget *RatesPanel::makeLastLabel()
     column->addLayout(label);
     column->addWidget(m_verdictRow);
     column->addLayout(actions);
+    column->addWidget(m_customs, 0, Qt::AlignLeft);
+    connect(m_customs, &QPushButton::clicked, this,
+            [this] { spawn([&screen = m_screen] { return screen.reprintLastCustoms(); }); });
     return m_lastLabel;
 }
 
@@ -187,8 +192,8 @@ void RatesPanel::refresh()
     const qsizetype count = m_screen.rates.value().size();
     const bool loading = m_screen.rating;
     m_count->setVisible(count > 0);
-    m_count->setText(u"%1 %2 %3, lowest first"_s.arg(QString::number(count), carrierInfo(m_screen.carrier).displayName,
-                                                     count == 1 ? u"rate"_s : u"rates"_s));
+    m_count->setText((count == 1 ? u"1 %2 rate"_s : u"%1 %2 rates, lowest first"_s.arg(count))
+                         .arg(carrierInfo(m_screen.carrier).displayName));
     m_getRates->setEnabled(m_screen.formComplete() && !m_screen.busy);
     m_getRates->setKind(m_screen.nextStep() == NextStep::getRates ? Button::Kind::solid : Button::Kind::standard);
     m_bar->setBusy(m_screen.busy);
@@ -216,6 +221,8 @@ void RatesPanel::refreshLastLabel()
     const std::optional<LastLabel> last = m_screen.lastLabel;
     m_lastLabel->setVisible(last.has_value());
     enableUnless(m_screen.busy ? notWhileBusy : QString(), m_reprint, m_copy);
+    enableUnless(m_screen.busy ? notWhileBusy : QString(), m_customs, m_copy);
+    m_customs->setVisible(m_screen.hasLastCustoms());
     if (!last) {
         m_lastLabel->setAccessibleName({});
         return;

@@ -55,7 +55,7 @@ private:
     VerdictNotice *m_lastVerdict;
     QWidget *m_verdictRow = nullptr;
     LabelThumbnail *m_thumbnail = nullptr;
-    Button *m_reprint, *m_copy;
+    Button *m_reprint, *m_copy, *m_customs;
     RateList *m_list;
     EmptyState *m_empty;
     QWidget *m_checks;

@@ -72,7 +72,8 @@ RecipientSection::RecipientSection(AppState &app, AddressBook &book, LabelScreen
     for (const auto &[field, member] : fields) {
         bindText(field, app.draftTo, member);
         field->takePaste = [this](const QString &text) { return takePaste(text); };
-        field->takeUndo = [this] { return m_screen.undoPaste(); };
+        field->takeUndo = [this] { return m_screen.undo(); };
+        field->offersUndo = [this] { return m_screen.canUndo(); };
     }
     connect(m_country, &QLineEdit::editingFinished, this, [this] { m_screen.settleCountry(); });
     m_validate->setToolTip(u"Validate Address"_s);

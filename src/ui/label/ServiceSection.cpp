@@ -4,6 +4,7 @@
 #include "app/label/LabelScreen.h"
 #include "app/label/LabelTexts.h"
 #include "compose/Services.h"
+#include "ui/parts/Accessibility.h"
 #include "ui/parts/Binding.h"
 #include "ui/parts/ComboBox.h"
 #include "ui/parts/DateField.h"
@@ -11,6 +12,7 @@
 #include "ui/parts/LineEdit.h"
 #include "ui/parts/Notice.h"
 #include "ui/theme/Icons.h"
+#include "ui/theme/Theme.h"
 #include "ui/theme/Tokens.h"
 
 #include <QSignalBlocker>
@@ -54,12 +56,24 @@ void ServiceSection::refresh()
 
 ExtrasSection::ExtrasSection(LabelScreen &screen, QWidget *parent)
     : FormSection(u"Extras"_s, parent), m_screen(screen), m_option(new ComboBox(u"Option"_s)),
-      m_insurance(new LineEdit(u"Insured value, US dollars"_s, 112)),
+      m_insurance(new LineEdit(u"Insured value, US dollars"_s, 112)), m_offerRow(nullptr),
+      m_offer(new Button({}, Button::Kind::tint, u"ui_shield"_s)),
+      m_covered(new TextLabel({}, FontRole::caption, &Tokens::ok)),
       m_warning(new Notice(u"ui_warning"_s, &Tokens::warn)), m_refresh([this] { refresh(); })
 {
     auto *reference = new LineEdit(u"Reference number"_s, 96), *description = new LineEdit(u"Description"_s);
     description->setPlaceholderText(u"Local log only"_s);
     addRow(u"Option"_s)->add(m_option, 1)->say(u"Insure  $"_s)->add(m_insurance);
+    m_offerRow = addRow();
+    m_offerRow->setMinimumHeight(0);
+    m_offerRow->fill()->add(m_offer)->add(m_covered);
+    m_offer->setFixedHeight(Theme::current().scaled(24));
+    m_offer->setFont(Theme::current().font(FontRole::caption));
+    m_offer->setToolTip(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_I).toString(QKeySequence::NativeText));
+    connect(m_offer, &QPushButton::clicked, this, [this] {
+        m_insurance->setFocus(); // the button goes
+        m_screen.insureForInvoice();
+    });
     addBelowFields(m_warning);
     addRow(u"Ref #"_s)->add(reference)->say(u"Description"_s)->add(description, 1);
     bindText(m_insurance, screen.insuranceValue);
@@ -81,6 +95,14 @@ void ExtrasSection::refresh()
     }
     m_option->offer(options, int(m_screen.service.value()));
     m_warning->setText(LabelTexts::signatureWarning(m_screen));
+    const QString offer = LabelTexts::insuranceOffer(m_screen);
+    const bool isOffered = m_screen.isInsurable();
+    m_offer->setText(offer);
+    nameWidget(m_offer, u"Insure for the invoice amount, "_s + offer);
+    m_covered->setText(offer);
+    m_offer->setVisible(isOffered);
+    m_covered->setVisible(!isOffered);
+    m_offerRow->setVisible(!offer.isEmpty());
 }
 
 } // namespace parcelory

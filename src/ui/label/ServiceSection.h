@@ -1,12 +1,14 @@
 #pragma once
 
 #include "app/label/LabelScreen.h"
+#include "ui/parts/Button.h"
 #include "ui/parts/ComboBox.h"
 #include "ui/parts/DateField.h"
 #include "ui/parts/FormSection.h"
 #include "ui/parts/LineEdit.h"
 #include "ui/parts/Notice.h"
 #include "ui/parts/RefreshScheduler.h"
+#include "ui/parts/TextLabel.h"
 
 #include <QCheckBox>
 
@@ -44,6 +46,9 @@ private:
     LabelScreen &m_screen;
     ComboBox *m_option;
     LineEdit *m_insurance;
+    FormRow *m_offerRow;
+    Button *m_offer; ///< insures the parcel for its invoice
+    TextLabel *m_covered;
     Notice *m_warning;
     RefreshScheduler m_refresh;
 };

@@ -70,8 +70,8 @@ void UnresolvedPurchasesBar::focusCheck()
 UnresolvedPurchasesBar::Row UnresolvedPurchasesBar::rowOf(const UnresolvedPurchase &purchase) const
 {
     const ShipmentRecord &record = purchase.purchase.record;
-    const QString state =
-        record.transactionID.isEmpty() ? u"Outcome unknown: "_s : u"Not complete yet: "_s; // the carrier assigned an id
+    const QString state = record.transactionID.isEmpty() ? u"Checking whether this was bought: "_s
+                                                         : u"Not complete yet: "_s; // the carrier assigned an id
     Row row{.id = purchase.purchase.id,
             .text = state + PurchaseTexts::title(record) + u". "_s + purchase.text,
             .look = Look::pending,

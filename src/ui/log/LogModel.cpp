@@ -22,11 +22,21 @@ int LogModel::rowCount(const QModelIndex &parent) const
     return parent.isValid() ? 0 : int(m_order.size());
 }
 
+/// The cell, and then the rest of its row: only whole rows are chosen, wherever the focus is in them.
 QVariant LogModel::accessibleText(qsizetype record, int column) const
 {
-    QStringList words = {text(record, column)};
-    for (const RowBadge &badge : badges(record, column))
-        words += badge.word;
+    QStringList words;
+    const auto add = [&](int each) {
+        words += text(record, each);
+        for (const RowBadge &badge : badges(record, each))
+            words += badge.word;
+    };
+    add(column);
+    for (int other = 0; other < columnCount(); ++other) {
+        if (other != column)
+            add(other);
+    }
+    words.removeAll(QString());
     return words.join(u", "_s);
 }
 

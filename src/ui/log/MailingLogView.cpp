@@ -156,7 +156,7 @@ void MailingLogView::refreshTexts()
     m_empty->set(search.isEmpty() ? u"ui_invoice"_s : u"ui_search"_s,
                  isUnread ? u"The mailing log can't be read now."_s
                  : search.isEmpty()
-                     ? u"Every label that is bought at this desk will be listed here."_s
+                     ? u"Labels bought at this desk are listed here."_s
                      : u"No shipment matches “%1”."_s.arg(breakable(firstCharacters(search.left(400), 60))));
     m_count->setText(m_screen.countText());
 }
@@ -182,8 +182,12 @@ void MailingLogView::refreshFoot()
         m_table->setFocus();
     m_cancel->setVisible(progress.has_value());
     const QString message = m_screen.message;
-    if (message == m_message->text())
+    if (message == m_message->text() && m_screen.isFailure == m_showsFailure)
         return;
+    m_showsFailure = m_screen.isFailure;
+    const bool isFailure = m_screen.isFailure;
+    m_message->setLook(isFailure ? u"ui_warning"_s : u"ui_info"_s, isFailure ? &Tokens::warn : &Tokens::muted);
+    m_message->setTextInk(&Tokens::text);
     m_message->setText(message);
     if (!message.isEmpty())
         announce(m_message);

@@ -59,6 +59,7 @@ private:
     ProgressBar *m_progress; ///< the progress of an export or import
     Button *m_cancel;
     QString m_listed; ///< the search whose results the table shows
+    bool m_showsFailure = false;
     RefreshScheduler m_refresh;
 };
 

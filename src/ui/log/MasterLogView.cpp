@@ -106,6 +106,7 @@ QWidget *MasterLogView::makeFoot()
     row->addWidget(m_note);
     row->addStretch(1);
     row->addWidget(m_messageIcon);
+    setAccessibleRole(m_message, QAccessible::Notification);
     row->addWidget(m_message);
     return m_foot;
 }

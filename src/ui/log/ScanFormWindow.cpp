@@ -46,7 +46,9 @@ const RecordModel<ShipmentRecord>::Columns &columns()
          [](const ShipmentRecord &record) { return double(record.createdAt.toMSecsSinceEpoch()); }},
         {{u"Recipient"_s, 0, 90}, recipientName},
         {{u"Tracking ID"_s, 214, 0, tracking},
-         [](const ShipmentRecord &record) { return groupsOfFour(record.tracking); }},
+         [](const ShipmentRecord &record) {
+             return record.tracking.isEmpty() ? record.transactionID : groupsOfFour(record.tracking);
+         }},
     };
     return table;
 }
@@ -64,6 +66,7 @@ ScanFormWindow::ScanFormWindow(AppState &app, ScanFormScreen &screen, QWidget *p
 {
     const Theme &theme = Theme::current();
     setWindowTitle(u"SCAN Form"_s);
+    setAccessibleRole(m_outcome, QAccessible::Notification);
     setMinimumSize(theme.scaled(720), 320);
     resize(theme.scaled(pagesWidth + labelsWidth), 880);
     auto *split = new QSplitter(Qt::Horizontal);

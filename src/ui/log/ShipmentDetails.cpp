@@ -1,6 +1,7 @@
 #include "ui/log/ShipmentDetails.h"
 
 #include "app/logs/MailingLogScreen.h"
+#include "app/logs/TrackPage.h"
 #include "app/purchase/LabelVerdictTexts.h"
 #include "core/Task.h"
 #include "core/Text.h"
@@ -298,7 +299,7 @@ void ShipmentDetails::refreshButtons(const ShipmentRecord &record)
         const QString obstacle = labelBlocker(use, record);
         return obstacle.isEmpty() ? busy : obstacle;
     };
-    enableUnless(busy, m_reprint, m_list);
+    enableUnless(blocker(LabelUse::reprint), m_reprint, m_list);
     m_customs->setToolTip(customsToolTip);
     if (record.isIntl)
         enableUnless(busy, m_customs, m_list, customsToolTip);
@@ -306,7 +307,7 @@ void ShipmentDetails::refreshButtons(const ShipmentRecord &record)
         enable(m_customs, false, m_list);
     enableUnless(blocker(LabelUse::checkStatus), m_check, m_list);
     enable(m_copy, !record.tracking.isEmpty(), m_list);
-    enable(m_track, !record.trackingURL.isEmpty(), m_list);
+    enable(m_track, !trackingPageOf(record).isEmpty(), m_list);
     enableUnless(blocker(LabelUse::refund), m_refund, m_list);
 }
 

@@ -7,12 +7,15 @@
 
 namespace parcelory {
 
-/// Makes a screen reader announce the accessible name of `widget` now.
-inline void announce(QWidget *widget)
-{
-    QAccessibleEvent alert(widget, QAccessible::Alert);
-    QAccessible::updateAccessibility(&alert);
-}
+/// Makes known what setAccessibleRole() says, and what a ComboBox is. Once for each program.
+void installAccessibility();
+/// Tells screen readers what a plain widget is. Before it is first shown.
+void setAccessibleRole(QWidget *widget, QAccessible::Role role);
+/// Sets the name for screen readers. QWidget reports a change even if there is none, and a screen reader may speak it.
+void nameWidget(QWidget *widget, const QString &name);
+/// Makes a screen reader announce the accessible name of `widget` now. On Linux, screen readers hear that a widget of
+/// the role Notification appears, and no other alert.
+void announce(QWidget *widget);
 
 /// Why an operation cannot start: its screen runs another operation.
 inline const QString notWhileBusy = QStringLiteral("Wait until the current operation has finished.");
@@ -30,7 +33,8 @@ inline void enable(QWidget *control, bool enabled, QWidget *refuge)
 inline void enableUnless(const QString &obstacle, QWidget *control, QWidget *refuge, const QString &toolTip = {})
 {
     control->setToolTip(obstacle.isEmpty() ? toolTip : plainToolTip(obstacle));
-    control->setAccessibleDescription(obstacle);
+    if (control->accessibleDescription() != obstacle)
+        control->setAccessibleDescription(obstacle);
     enable(control, obstacle.isEmpty(), refuge);
 }
 

@@ -23,6 +23,7 @@ public:
     void offer(const QList<Item> &items, const QVariant &chosen);
     /// Sets what the closed list shows instead of its current row; an empty text shows the row again.
     void setFace(const QString &text, const QIcon &icon);
+    QString shownText() const { return m_face.isEmpty() ? currentText() : m_face; }
     QSize minimumSizeHint() const override;
 
 protected:

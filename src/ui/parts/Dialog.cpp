@@ -17,6 +17,38 @@
 
 namespace parcelory {
 
+namespace {
+
+/// Dims the window behind a dialog.
+class Shade : public QWidget {
+public:
+    explicit Shade(QWidget *window) : QWidget(window)
+    {
+        setAttribute(Qt::WA_TransparentForMouseEvents);
+        window->installEventFilter(this);
+        cover();
+        show();
+    }
+
+protected:
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        if (event->type() == QEvent::Resize)
+            cover();
+        return false;
+    }
+    void paintEvent(QPaintEvent *) override { QPainter(this).fillRect(rect(), QColor(20, 24, 31, 110)); }
+
+private:
+    void cover()
+    {
+        setGeometry(parentWidget()->rect());
+        raise();
+    }
+};
+
+} // namespace
+
 Dialog::Dialog(Clock &clock, const QString &title, const QString &icon, Token ink, int width, QWidget *parent)
     : QDialog(parent), m_clock(clock), m_body(new QVBoxLayout), m_buttons(new QDialogButtonBox)
 {
@@ -47,6 +79,7 @@ Dialog::~Dialog()
 {
     if (m_guard)
         m_clock.cancel(*m_guard);
+    delete m_shade;
 }
 
 Button *Dialog::addButton(const QString &text, int result, Button::Kind kind)
@@ -73,9 +106,17 @@ void Dialog::fitHeight()
     setFixedHeight(layout()->totalHeightForWidth(width()));
 }
 
+void Dialog::hideEvent(QHideEvent *event)
+{
+    QDialog::hideEvent(event);
+    delete m_shade;
+}
+
 void Dialog::showEvent(QShowEvent *event)
 {
     fitHeight();
+    if (parentWidget() && !m_shade)
+        m_shade = new Shade(parentWidget()->window());
     QDialog::showEvent(event);
     if (m_guard)
         return;

@@ -5,6 +5,7 @@
 #include "ui/parts/TextLabel.h"
 
 #include <QDialog>
+#include <QPointer>
 
 #include <functional>
 #include <optional>
@@ -37,6 +38,7 @@ public:
 protected:
     /// Call after the contents change.
     void fitHeight();
+    void hideEvent(QHideEvent *event) override;
     void showEvent(QShowEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
 
@@ -45,6 +47,7 @@ private:
     QVBoxLayout *m_body;
     QDialogButtonBox *m_buttons;
     std::optional<quint64> m_guard;
+    QPointer<QWidget> m_shade; ///< over the window behind
 };
 
 } // namespace parcelory

@@ -1,4 +1,5 @@
 #include "ui/parts/FormSection.h"
+#include "ui/parts/Accessibility.h"
 #include "ui/parts/TextLabel.h"
 #include "ui/theme/Theme.h"
 #include "ui/theme/Tokens.h"
@@ -10,7 +11,7 @@ namespace parcelory {
 
 namespace {
 
-constexpr int gap = 8, rowGap = 5;
+constexpr int gap = 8, rowGap = 4;
 
 TextLabel *rowLabel(const QString &text, FontRole role)
 {
@@ -53,6 +54,8 @@ FormRow *FormRow::fill()
 FormSection::FormSection(const QString &title, QWidget *parent) : QWidget(parent), m_rows(new QVBoxLayout)
 {
     const Theme &theme = Theme::current();
+    setAccessibleName(QString(title).replace(u'\n', u' '));
+    setAccessibleRole(this, QAccessible::Grouping);
     auto *columns = new QHBoxLayout(this);
     columns->setContentsMargins(0, 0, 0, 0);
     columns->setSpacing(gap);

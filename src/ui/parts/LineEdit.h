@@ -26,6 +26,8 @@ public:
     std::function<bool(const QString &text)> takePaste;
     /// Called for the Undo keys; true if something else than this field's last edit was undone.
     std::function<bool()> takeUndo;
+    /// True if takeUndo would undo something.
+    std::function<bool()> offersUndo;
 
 protected:
     void keyPressEvent(QKeyEvent *event) override;

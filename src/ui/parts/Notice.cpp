@@ -1,5 +1,6 @@
 #include "ui/parts/Notice.h"
 
+#include "ui/parts/Accessibility.h"
 #include "ui/parts/IconView.h"
 #include "ui/parts/TextLabel.h"
 #include "ui/theme/Theme.h"
@@ -18,13 +19,14 @@ Notice::Notice(const QString &icon, Token ink, FontRole role, QWidget *parent)
     row->addWidget(m_icon, 0, Qt::AlignTop);
     row->addWidget(m_text, 1);
     m_text->setWordWrap(true);
+    setAccessibleRole(this, QAccessible::Notification);
     setVisible(false);
 }
 
 void Notice::setText(const QString &text)
 {
     m_text->setText(text);
-    setAccessibleName(text);
+    nameWidget(this, text);
     setVisible(!text.isEmpty());
 }
 

@@ -1,13 +1,14 @@
 #include "ui/parts/SegmentedControl.h"
 
+#include "ui/parts/Accessibility.h"
 #include "ui/parts/Badge.h"
 #include "ui/theme/Icons.h"
 #include "ui/theme/Theme.h"
 #include "ui/theme/Tokens.h"
 
-#include <QAbstractButton>
 #include <QHBoxLayout>
 #include <QPainter>
+#include <QRadioButton>
 
 #include <utility>
 
@@ -17,12 +18,11 @@ namespace {
 
 constexpr int glyph = 16, gap = 6, padding = 12;
 
-class Segment : public QAbstractButton {
+class Segment : public QRadioButton { // which screen readers know
 public:
     Segment(const QString &text, QString icon) : m_icon(std::move(icon))
     {
         setText(text);
-        setCheckable(true);
         setFont(Theme::current().font(FontRole::strong));
         setAttribute(Qt::WA_Hover);
     }
@@ -36,6 +36,7 @@ public:
     QSize minimumSizeHint() const override { return sizeHint(); }
 
 protected:
+    bool hitButton(const QPoint &place) const override { return rect().contains(place); }
     void paintEvent(QPaintEvent *) override
     {
         const Theme &theme = Theme::current();
@@ -70,6 +71,7 @@ private:
 SegmentedControl::SegmentedControl(const QString &name, QWidget *parent) : QWidget(parent), m_name(name)
 {
     setAccessibleName(name);
+    setAccessibleRole(this, QAccessible::Grouping);
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
     auto *row = new QHBoxLayout(this);
     row->setContentsMargins(2, 2, 2, 2);

@@ -2,6 +2,7 @@
 
 #include "app/settings/KeysScreen.h"
 #include "core/Task.h"
+#include "ui/parts/Accessibility.h"
 #include "ui/parts/Badge.h"
 #include "ui/parts/Button.h"
 #include "ui/parts/IconView.h"
@@ -90,7 +91,7 @@ public:
     {
         const QString word = key.test ? u"TEST"_s : u"LIVE"_s;
         m_mode->set(word, key.test ? BadgeKind::test : BadgeKind::live);
-        m_choose->setAccessibleName(m_name + u", "_s + word + u" key"_s);
+        nameWidget(m_choose, m_name + u", "_s + word + u" key"_s);
         m_choose->setChecked(key.active);
         m_active->setVisible(key.active);
     }

@@ -3,6 +3,7 @@
 #include "app/AppState.h"
 #include "app/settings/SettingsScreen.h"
 #include "core/Task.h"
+#include "core/Text.h"
 #include "records/BoxProfile.h"
 #include "ui/parts/Binding.h"
 #include "ui/parts/Button.h"
@@ -57,8 +58,18 @@ private:
     {
         auto *field = new LineEdit(name, width);
         const auto text = [this, member] { return m_app.boxes.find(m_id).value_or(BoxProfile{}).*member; };
-        bindText(field, m_app.boxes.profiles, text, [this, member](const QString &typed) {
-            m_settings.editBox(m_id, [&](BoxProfile &box) { box.*member = typed; });
+        const bool isSize = member != &BoxProfile::name;
+        bindText(field, m_app.boxes.profiles, text, [this, member, field, isSize](const QString &typed) {
+            if (isSize && !typed.trimmed().isEmpty() && decimal(typed).value_or(0) <= 0)
+                field->setFault(u"Type inches as a number, for example 8.5."_s);
+            else
+                m_settings.editBox(m_id, [&](BoxProfile &box) { box.*member = typed; });
+        });
+        connect(field, &QLineEdit::editingFinished, this, [field, text] {
+            if (field->hasFault()) { // it was not stored
+                field->setText(text());
+                field->setFault({});
+            }
         });
         return field;
     }

@@ -5,6 +5,7 @@
 #include "core/ShippoAddress.h"
 #include "core/Task.h"
 #include "core/Text.h"
+#include "ui/parts/Accessibility.h"
 #include "ui/parts/Badge.h"
 #include "ui/parts/Binding.h"
 #include "ui/parts/Button.h"
@@ -59,7 +60,7 @@ public:
     {
         m_name->setFullText(name);
         m_address->setFullText(address);
-        setAccessibleName(name + u", "_s + address);
+        nameWidget(this, name + u", "_s + address);
     }
 
 protected:
@@ -168,7 +169,7 @@ void ProfileRow::refresh()
     const bool isDefault = m_settings.isDefaultProfile(m_id);
     m_isDefault->setVisible(isDefault);
     m_makeDefault->setVisible(!isDefault);
-    m_makeDefault->setAccessibleName(u"Make Default: "_s + name);
+    nameWidget(m_makeDefault, u"Make Default: "_s + name);
     m_remove->setEnabled(m_settings.canRemoveProfile());
     m_remove->describe(u"Delete "_s + name);
     if (!m_settings.canRemoveProfile())

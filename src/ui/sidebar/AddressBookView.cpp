@@ -143,6 +143,7 @@ void AddressBookView::addFoot(QVBoxLayout *rows)
 QLayout *AddressBookView::makeNews()
 {
     m_message->setWordWrap(true);
+    setAccessibleRole(m_message, QAccessible::Notification);
     m_message->hide();
     auto *row = new QHBoxLayout;
     row->setSpacing(4);
@@ -266,14 +267,13 @@ void AddressBookView::removeSelected()
 
 void AddressBookView::undo()
 {
-    const std::optional<PostalContact> former =
-        m_book.deleted.value() ? m_book.deleted.value() : m_book.replaced.value();
-    if (!former)
+    if (!m_book.canUndo())
         return;
-    spawn([self = QPointer(this), &book = m_book, id = former->id]() -> Task<> { // its window may be closed meanwhile
+    const QUuid former = m_book.changes.value().last().former.id;
+    spawn([self = QPointer(this), &book = m_book, former]() -> Task<> { // its window may be closed meanwhile
         co_await book.undo();
-        if (self && !book.canUndo())
-            self->choose(id);
+        if (self)
+            self->choose(former);
     });
 }
 
@@ -324,7 +324,11 @@ void AddressBookView::showPage()
                               : empty   ? m_empty
                               : nothing ? static_cast<QWidget *>(m_nothing)
                                         : m_list);
-    m_count->setText(loaded ? QString::number(m_book.contacts().size()) + u" addresses"_s : QString());
+    const QString all = QString::number(m_book.contacts().size()) + u" addresses"_s;
+    const bool isSearching = !trimBlanks(m_pane.query).isEmpty();
+    m_count->setText(!loaded       ? QString()
+                     : isSearching ? u"%1 of %2"_s.arg(QString::number(m_pane.filtered().size()), all)
+                                   : all);
 }
 
 /// Omits a status that is only the number of addresses, which is shown beside the tools.

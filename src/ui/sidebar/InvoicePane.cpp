@@ -2,6 +2,7 @@
 
 #include "app/AppState.h"
 #include "backoffice/DesklineInvoice.h"
+#include "compose/SecondLabel.h"
 #include "core/StatusKind.h"
 #include "ui/parts/BusyBar.h"
 #include "ui/parts/Button.h"
@@ -14,6 +15,7 @@
 #include "ui/theme/Theme.h"
 #include "ui/theme/Tokens.h"
 
+#include <QGraphicsOpacityEffect>
 #include <QKeyEvent>
 #include <QScrollBar>
 #include <QVBoxLayout>
@@ -28,7 +30,8 @@ InvoicePane::InvoicePane(AppState &app, QWidget *parent)
     : QScrollArea(parent), m_app(app), m_number(new LineEdit(u"Invoice #"_s)), m_lookUp(new Button(u"Look Up"_s)),
       m_cancel(new Button(u"Cancel"_s)), m_bar(new BusyBar),
       m_status(new Notice(u"ui_info"_s, &Tokens::muted, FontRole::caption)),
-      m_empty(new EmptyState(u"ui_qr"_s, u"Waiting for QR scan"_s)), m_column(new QVBoxLayout),
+      m_empty(new EmptyState(u"ui_qr"_s, u"Waiting for QR scan"_s)),
+      m_whose(new TextLabel({}, FontRole::captionStrong, &Tokens::muted)), m_column(new QVBoxLayout),
       m_refresh([this] { refresh(); })
 {
     auto *help = new TextLabel(u"Scan an invoice QR with the TEEMI scanner — from anywhere in the app — or enter the "
@@ -50,6 +53,7 @@ InvoicePane::InvoicePane(AppState &app, QWidget *parent)
     m_column->addLayout(entryWithBar);
     m_column->addWidget(m_cancel, 0, Qt::AlignRight);
     m_column->addWidget(m_status);
+    m_column->addWidget(m_whose);
     m_column->addWidget(m_empty, 1);
     setWidget(contents);
     setWidgetResizable(true);
@@ -110,6 +114,33 @@ void InvoicePane::refresh()
     m_bar->setBusy(busy);
     showStatus();
     showInvoice();
+    showWhose();
+}
+
+/// Dims an invoice that is not of the parcel in the form.
+void InvoicePane::showWhose()
+{
+    const std::optional<DesklineInvoice> &invoice = m_app.scannedInvoice.value();
+    const QDateTime sold = m_app.invoiceSoldAt;
+    const bool isInForm =
+        invoice && !m_app.draftTo.value().isEmpty() && isSameRecipient(m_app.draftTo, invoice->address);
+    const QString text = !invoice         ? QString()
+                         : sold.isValid() ? u"Label bought "_s + sold.toLocalTime().toString(u"h:mm AP"_s)
+                         : isInForm       ? QString()
+                         : m_app.draftTo.value().isEmpty() ? u"Not in the form"_s
+                                                           : u"The form holds somebody else"_s;
+    m_whose->setText(text);
+    m_whose->setVisible(!text.isEmpty());
+    if (!m_cards)
+        return;
+    constexpr qreal dimmed = 0.55;
+    auto *effect = qobject_cast<QGraphicsOpacityEffect *>(m_cards->graphicsEffect());
+    if (!effect) {
+        effect = new QGraphicsOpacityEffect(m_cards);
+        m_cards->setGraphicsEffect(effect);
+    }
+    effect->setOpacity(dimmed);
+    effect->setEnabled(!text.isEmpty());
 }
 
 void InvoicePane::showStatus()

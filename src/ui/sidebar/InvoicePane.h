@@ -30,6 +30,7 @@ private:
     void refresh();
     void showStatus();
     void showInvoice();
+    void showWhose();
 
     AppState &m_app;
     LineEdit *m_number;
@@ -38,6 +39,7 @@ private:
     BusyBar *m_bar;
     Notice *m_status;
     EmptyState *m_empty;
+    TextLabel *m_whose; ///< what the invoice has to do with the form
     QVBoxLayout *m_column;
     QWidget *m_cards = nullptr; ///< of m_shown
     std::optional<DesklineInvoice> m_shown;

@@ -67,7 +67,8 @@ SignInView::SignInView(AppState &app, SignInScreen &screen, const QString &note,
     : PanelFrame(&Tokens::window, parent), m_app(app), m_screen(screen), m_name(new LineEdit(u"Email or user name"_s)),
       m_password(new LineEdit(u"Password"_s)), m_remember(new QCheckBox(u"Remember me on this Mac"_s)),
       m_signIn(new Button(u"Sign in"_s, Button::Kind::solid)), m_cancel(new Button(u"Cancel"_s)),
-      m_error(new Notice(u"ui_error"_s, &Tokens::bad, FontRole::button)), m_refresh([this] { refresh(); })
+      m_error(new Notice(u"ui_error"_s, &Tokens::bad, FontRole::button)),
+      m_wait(new TextLabel({}, FontRole::caption, &Tokens::muted)), m_refresh([this] { refresh(); })
 {
     auto *center = new QHBoxLayout;
     center->addStretch(1);
@@ -120,6 +121,7 @@ QWidget *SignInView::makeCard(const QString &note)
     column->addSpacing(3);
     column->addLayout(buttons);
     column->addWidget(m_error);
+    column->addWidget(m_wait);
     column->addSpacing(4);
     column->addWidget(new Separator);
     column->addWidget(smallPrint(u"Sign in with your deskline account (requires the office VPN). Your login is sent "
@@ -147,8 +149,11 @@ void SignInView::refresh()
     for (QWidget *control : {static_cast<QWidget *>(m_name), static_cast<QWidget *>(m_password),
                              static_cast<QWidget *>(m_remember), static_cast<QWidget *>(m_signIn)})
         control->setEnabled(!busy);
-    m_cancel->setVisible(busy);
     m_signIn->setText(busy ? u"Signing in…"_s : u"Sign in"_s);
+    const int left = m_app.loginSecondsLeft;
+    m_wait->setText(left > 0 ? u"Waiting for Deskline — %1 s at most"_s.arg(left) : u"Asking Deskline…"_s);
+    m_wait->setVisible(busy);
+    m_cancel->setVisible(busy);
     m_remember->setChecked(m_screen.remember);
     showError();
     if (ended && m_app.flow == AppFlow::login)
@@ -177,7 +182,7 @@ void SignInView::placeFocus()
 void SignInView::keyPressEvent(QKeyEvent *event)
 {
     const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
-    if (event->key() == Qt::Key_Escape)
+    if (event->key() == Qt::Key_Escape && m_app.loginBusy)
         m_app.cancelSignIn();
     else if (!isReturn)
         PanelFrame::keyPressEvent(event);

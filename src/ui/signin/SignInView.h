@@ -35,6 +35,7 @@ private:
     QCheckBox *m_remember;
     Button *m_signIn, *m_cancel;
     Notice *m_error;
+    TextLabel *m_wait; ///< how long a sign-in may take
     RefreshScheduler m_refresh;
 };
 

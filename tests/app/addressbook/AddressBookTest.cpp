@@ -92,7 +92,7 @@ TEST_F(AddressBookTest, FindsFillsDeletesAndUndoesADeletion)
     EXPECT_THAT(shown(), testing::IsEmpty());
     run(book.undo());
     EXPECT_THAT(shown(), ElementsAre(u"Adams"_s));
-    EXPECT_FALSE(book.deleted.value());
+    EXPECT_FALSE(book.canUndo());
 }
 
 TEST_F(AddressBookTest, SavesTheRecipientOfALabelOnce)

@@ -247,7 +247,7 @@ TEST_F(InvoiceFlowTest, SignsInAgainOnceBeforeItReportsAnExpiredSession)
         EXPECT_EQ(app->scanStatus.value(),
                   u"The deskline session has expired — sign out of Parcelory and sign back in."_s);
         EXPECT_EQ(app->scanNote.value(),
-                  row.renewed ? u"Parcelory has signed in again by itself: scan the invoice again."_s : QString());
+                  row.renewed ? u"Parcelory signed in again. Scan the invoice again."_s : QString());
         EXPECT_EQ(web.loaded.filter(u"login.php"_s).size(), row.renewed || !row.admitted ? 1 : 0);
         EXPECT_EQ(web.loaded.filter(u"id=48213"_s).size(), 1) << "nothing is read again by itself";
         EXPECT_EQ(runTask(app->hasSavedCredentials()), row.kept);

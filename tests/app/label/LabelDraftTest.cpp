@@ -101,6 +101,59 @@ TEST_F(LabelDraftTest, TakesSizesFromBoxesAndForgetsThemWithTheBox)
     EXPECT_EQ(LabelTexts::mailpieceName(screen()), u"Package"_s);
 }
 
+TEST_F(LabelDraftTest, TheNextStartContinuesWithCarrierClassMailpieceAndSigner)
+{
+    app->signedInUser = u"dana"_s;
+    screen().mailpiece = PresetMailpiece{u"uline-s-5148"_s};
+    app->draftTo = londonAddress();
+    screen().customs = CustomsInfo{.value = u"80"_s, .signer = u"Dana Marsh"_s};
+    screen().weightLb = u"1"_s;
+    run(screen().fetchRates(true));
+    buy();
+    app->draftTo = ShippoAddress{};
+    screen().svcClass = ServiceClass::express;
+    app->draftTo = londonAddress(); // does not change the class of the other parcels
+    EXPECT_NE(screen().svcClass.value(), ServiceClass::express);
+    const QStringList words = read(preferences, settings::labelChoice);
+    EXPECT_EQ(words.value(1), serviceClassInfo(ServiceClass::express).rawValue);
+
+    LabelScreen next(*app);
+    EXPECT_EQ(next.mailpiece.value(), MailpieceSelection(PresetMailpiece{u"uline-s-5148"_s}));
+    app->draftTo = ShippoAddress{};
+    EXPECT_FALSE(next.usualMailpiece());
+    next.weightOz = u"15.5"_s; // about a pound
+    EXPECT_EQ(next.usualMailpiece(), next.mailpiece.value());
+    app->draftTo = londonAddress();
+    EXPECT_EQ(next.customs.value().signer, u"Dana Marsh"_s);
+    settle();
+}
+
+TEST_F(LabelDraftTest, SaysWhatOfAnAddressOrARateIsNotSeen)
+{
+    const QString fifty = QString(50, u'N'), street = u"1 "_s + QString(100, u'S');
+    const std::tuple<QString, QString, QStringList> rows[] = {
+        {fifty, u"1 Elm St"_s, {}},
+        {fifty + u'X', u"1 Elm St"_s, {u"The name is too long for a label: its end is cut off."_s}},
+        {u"Ida"_s, street, {u"The street is too long for a label's two lines: its end is cut off."_s}},
+    };
+    for (const auto &[name, line, warning] : rows) {
+        ShippoAddress to = homeAddress();
+        to.name = name;
+        to.street1 = line;
+        app->draftTo = to;
+        EXPECT_EQ(LabelTexts::cutWarning(screen()), warning.join(u'\n'));
+        EXPECT_LE(LabelTexts::printedRecipient(screen()).first().size(), 50);
+    }
+    const auto rate = [](const QString &id, const QString &account) {
+        ShippoRate rate{.objectId = id, .amount = u"66.40"_s, .currency = u"USD"_s, .provider = u"FedEx"_s};
+        rate.carrierAccount = account;
+        return rate;
+    };
+    const QList<ShippoRate> twins = {rate(u"1"_s, u"abcd1111"_s), rate(u"2"_s, u"abcd2222"_s)};
+    EXPECT_EQ(LabelTexts::rateDetails(twins[1], twins), u"FedEx · Unknown · account …2222"_s);
+    EXPECT_EQ(LabelTexts::rateDetails(twins[1], {twins[1]}), u"FedEx · Unknown"_s);
+}
+
 TEST_F(LabelDraftTest, DeclaresTheInvoicesValuesUntilAnotherRecipientComes)
 {
     const auto fill = [this](const QString &id, const QString &item, const QString &total) {
@@ -110,14 +163,14 @@ TEST_F(LabelDraftTest, DeclaresTheInvoicesValuesUntilAnotherRecipientComes)
         app->fillFromInvoice(invoice);
     };
     fill(u"48377"_s, u"Silver crown"_s, u"$1,310.00"_s);
-    CustomsInfo declared{CustomsItemType::silver, {}, u"1310.00"_s, {}};
+    CustomsInfo declared{CustomsItemType::silver, u"1"_s, u"1310.00"_s, {}};
     EXPECT_EQ(screen().customs.value(), declared);
     screen().reference = u" 48377 "_s;
     EXPECT_EQ(screen().defaultCustomsValue(), u"1310.00"_s);
     declared.signer = u"Dana Marsh"_s;
     screen().customs = declared;
     fill(u"48378"_s, u"Bank note"_s, u"on request"_s);
-    EXPECT_EQ(screen().customs.value(), (CustomsInfo{CustomsItemType::currency, {}, {}, u"Dana Marsh"_s}));
+    EXPECT_EQ(screen().customs.value(), (CustomsInfo{CustomsItemType::currency, u"1"_s, {}, u"Dana Marsh"_s}));
 
     for (const ShippoAddress &next : {homeAddress(), londonAddress()}) { // also the same recipient without the invoice
         fill(u"48377"_s, u"Silver crown"_s, u"$1,310.00"_s);

@@ -190,7 +190,7 @@ TEST_F(LabelPurchaseTest, OnlyARejectedPurchaseKeepsTheRates)
     refusedPoll.queuedReads = 5;
     carrier.setScenario(refusedPoll);
     pressBuy();
-    EXPECT_TRUE(banner().contains(u", transaction "_s)) << banner().toStdString();
+    EXPECT_TRUE(errors->entries().first().detail.contains(u", transaction "_s)) << banner().toStdString();
     EXPECT_FALSE(isRated()) << "the carrier had accepted the purchase before it refused the lookup";
     EXPECT_FALSE(screen().busy.value());
 

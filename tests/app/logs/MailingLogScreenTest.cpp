@@ -1,3 +1,4 @@
+#include "app/logs/TrackPage.h"
 #include "devices/Zpl.h"
 #include "support/AppTest.h"
 #include "support/MailingLogDesk.h"
@@ -151,7 +152,7 @@ TEST_F(MailingLogScreenTest, AFailedReprintIsShownAndPrintsNothing)
         {bare, LabelAnswer::html, "", u"The carrier's file is not a label."_s, true},
         {bare, LabelAnswer::truncated, "", u"The label arrived incomplete"_s, true},
         {bare, LabelAnswer::brokenOff, "", QString(), true},
-        {lost, LabelAnswer::normal, "", u"The mailing log has neither this label"_s, false},
+        {lost, LabelAnswer::normal, "", u"No copy of this label is stored"_s, false},
     };
     qsizetype alerts = 0;
     for (const auto &[record, link, queue, message, alert] : cases) {
@@ -159,10 +160,24 @@ TEST_F(MailingLogScreenTest, AFailedReprintIsShownAndPrintsNothing)
         lpstatSays(queue);
         run(log.reprint(record));
         EXPECT_TRUE(log.message.value().startsWith(message)) << log.message.value().toStdString();
-        EXPECT_FALSE(log.message.value().isEmpty() || log.busy);
+        EXPECT_FALSE(log.message.value().isEmpty() || log.busy || !log.isFailure);
         EXPECT_EQ(prompts.alerts.size(), alerts += alert) << message.toStdString();
     }
     EXPECT_EQ(printed(), 1) << "only the purchase printed";
+}
+
+TEST_F(MailingLogScreenTest, TracksImportedRowsOfAKnownCarrier)
+{
+    const std::tuple<QString, QString, QString> rows[] = {
+        {u"USPS"_s, u"9405 5118"_s, u"https://tools.usps.com/go/TrackConfirmAction_input?origTrackNum=94055118"_s},
+        {u"fedex"_s, u"7946"_s, u"https://www.fedex.com/fedextrack/?trknbr=7946"_s},
+        {u"DHL"_s, u"7946"_s, QString()},
+        {u"USPS"_s, QString(), QString()},
+    };
+    for (const auto &[carrier, tracking, page] : rows)
+        EXPECT_EQ(trackingPageOf({.carrier = carrier, .tracking = tracking}), page);
+    EXPECT_EQ(trackingPageOf({.tracking = u"1"_s, .trackingURL = u"https://example.com/1"_s}),
+              u"https://example.com/1"_s);
 }
 
 } // namespace parcelory::test

@@ -93,7 +93,7 @@ TEST_F(ScanFormFlowTest, AScanFormWhoseResponseIsLostIsFetchedWithTheNextPress)
     answer("manifests", {}, 500);
     make();
     make();
-    EXPECT_TRUE(status().startsWith(u"It is not known yet whether the SCAN form of "_s));
+    EXPECT_TRUE(status().startsWith(u"We don't know yet if the SCAN form of "_s));
     clock.advance(61s);
     make();
     EXPECT_EQ(finished(), 2);

@@ -102,6 +102,23 @@ TEST_F(SignInFlowTest, ReportsWhyItFailedAndForgetsOnlyRejectedCredentials)
         EXPECT_FALSE(errors->asText().contains(secret));
 }
 
+TEST_F(SignInFlowTest, CountsDownAndCanBeCanceled)
+{
+    showPage(true, false);
+    int first = 0;
+    const auto watch = app->loginSecondsLeft.addNotifier([&] {
+        first = std::max(first, app->loginSecondsLeft.value());
+        if (app->loginSecondsLeft.value() == 35)
+            app->cancelSignIn();
+    });
+    const auto before = clock.elapsed();
+    signIn();
+    EXPECT_EQ(first, 40);
+    EXPECT_LT(clock.elapsed() - before, 10s);
+    EXPECT_FALSE(app->loginBusy || app->loginError.value() || app->loginSecondsLeft > 0);
+    EXPECT_EQ(app->flow.value(), AppFlow::login);
+}
+
 TEST_F(SignInFlowTest, IsCanceledAtAnyMoment)
 {
     for (const QString &moment : {QString(), DesklineAuth::loginFormProbe, DesklineAuth::signedInProbe}) {

@@ -1,0 +1,51 @@
+#include "platform/RunningProgram.h"
+
+#include <QElapsedTimer>
+#include <QLocalSocket>
+
+#include <algorithm>
+#include <utility>
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+RunningProgram::RunningProgram(const QDir &dataFolder) : m_path(dataFolder.filePath(u"parcelory.socket"_s)) {}
+
+bool RunningProgram::handOver(std::chrono::milliseconds limit)
+{
+    QElapsedTimer time;
+    time.start();
+    QLocalSocket other;
+    other.connectToServer(m_path);
+    if (!other.waitForConnected(int(limit.count()))) {
+        const bool isFree = other.error() == QLocalSocket::ServerNotFoundError ||
+                            other.error() == QLocalSocket::ConnectionRefusedError; // left by a killed program
+        m_isTaken = !isFree;
+        return false;
+    }
+    m_isTaken = true;
+    return other.waitForReadyRead(int(std::max<qint64>(1, limit.count() - time.elapsed())));
+}
+
+void RunningProgram::accept(std::function<void()> show)
+{
+    if (m_isTaken)
+        return;
+    m_show = std::move(show);
+    QObject::connect(&m_server, &QLocalServer::newConnection, &m_server, [this] { answer(); });
+    QLocalServer::removeServer(m_path);
+    m_server.setSocketOptions(QLocalServer::UserAccessOption);
+    m_server.listen(m_path); // if that fails, a second start opens a second window
+}
+
+void RunningProgram::answer()
+{
+    while (QLocalSocket *start = m_server.nextPendingConnection()) {
+        QObject::connect(start, &QLocalSocket::disconnected, start, &QObject::deleteLater);
+        m_show();
+        start->write("shown");
+        start->disconnectFromServer(); // once that is written
+    }
+}
+
+} // namespace parcelory
