@@ -1,3 +1,4 @@
+#include "app/label/LabelTexts.h"
 #include "support/UiTest.h"
 
 #include <QSemaphore>
