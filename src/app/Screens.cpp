@@ -49,8 +49,12 @@ Task<> Screens::refundSecond(ShipmentRecord label)
 
 Task<> Screens::restartIntoUpdate()
 {
-    if (!co_await copyRecordsBefore(m_app, CopyReason::beforeUpdate))
-        co_return;
+    try {
+        co_await copyRecordsBefore(m_app, CopyReason::beforeUpdate);
+    } catch (const AppError &error) {
+        m_app.errors.record(u"Update"_s, error, Popup::no);
+        co_return; // as the clerk chose
+    }
     m_app.drafts.save(label.saved());
     co_await onPool([&drafts = m_app.drafts] { drafts.flush(); });
     co_await updates.relaunchNow();

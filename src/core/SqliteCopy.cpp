@@ -14,7 +14,7 @@ namespace {
 
 constexpr int portion = 500; ///< pages, 2 MB: read in a few milliseconds
 constexpr auto pause = std::chrono::milliseconds(20);
-constexpr int mostPauses = 500; ///< without a page in between: another program holds the file
+constexpr int mostPauses = 250; ///< without a page in between: another program holds the file for five seconds
 
 } // namespace
 

@@ -12,6 +12,7 @@
 #include <QSet>
 
 #include <algorithm>
+#include <chrono>
 #include <utility>
 
 namespace parcelory {
@@ -109,7 +110,7 @@ RecordCopy RecordCopies::make(CopyReason reason, const QDateTime &now, const Pro
         copy.folder = name + u' ' + QString::number(number);
     const QDir folder(copies.filePath(copy.folder + partial));
     createPrivateFolder(folder);
-    copy.failure = folder.exists() ? fill(folder, copy, progress) : u"The copies folder can't be written."_s;
+    copy.failure = folder.exists() ? fill(folder, copy, progress) : u"The copies folder can't be written"_s;
     if (progress.cancelToken().isCanceled()) {
         QDir(folder).removeRecursively();
         return copy;
@@ -120,7 +121,7 @@ RecordCopy RecordCopies::make(CopyReason reason, const QDateTime &now, const Pro
     }
     if (!writeManifest(folder, copy) || !QDir().rename(folder.path(), copies.filePath(copy.folder))) {
         if (copy.isGood())
-            copy.failure = u"The copies folder can't be written."_s;
+            copy.failure = u"The copies folder can't be written"_s;
         QDir(folder).removeRecursively();
         return copy;
     }
@@ -157,7 +158,9 @@ QString RecordCopies::fill(const QDir &folder, RecordCopy &copy, const Progress 
         const Progress part(progress.cancelToken(), [&](qint64 pages, qint64 allPages) {
             [[maybe_unused]] const bool goesOn = progress.report(done + size * pages / allPages, total);
         });
-        if (const QString failure = copyDatabase(Database(source), folder.filePath(name), part); !failure.isEmpty())
+        if (const QString failure =
+                copyDatabase(Database(source, std::chrono::milliseconds(0)), folder.filePath(name), part);
+            !failure.isEmpty())
             return named(name, failure);
         done += size;
     }

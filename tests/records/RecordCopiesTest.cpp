@@ -78,7 +78,7 @@ TEST(RecordCopies, AFailedCopySaysWhyAndTakesNoSpace)
 
     desk.put(u"blocked"_s, "a file");
     desk.copies.setFolder(QDir(desk.path(u"blocked"_s)));
-    EXPECT_EQ(desk.copies.make(CopyReason::daily, noon).failure, u"The copies folder can't be written."_s);
+    EXPECT_EQ(desk.copies.make(CopyReason::daily, noon).failure, u"The copies folder can't be written"_s);
 
     desk.put(u"addresses.sqlite"_s, QByteArray(5000, 'x'));
     desk.copies.setFolder(desk.target);

@@ -42,10 +42,10 @@ Task<> AddressBook::importFrom(Source source)
     const auto done = qScopeGuard([this] { importing = false; });
     try {
         const std::optional<ReadAddresses> read = co_await (this->*source)();
-        if (read && !co_await copyRecordsBefore(m_app, CopyReason::beforeImport, m_cancel))
-            throw ImportCanceled();
-        if (read)
+        if (read) {
+            co_await copyRecordsBefore(m_app, CopyReason::beforeImport, m_cancel);
             co_await mergeAll(*read);
+        }
     } catch (const ImportCanceled &canceled) { // as the clerk wanted
         setStatus(StatusKind::failure, canceled.description());
     } catch (const AppError &error) {

@@ -130,8 +130,10 @@ Task<> MailingLogScreen::importCSV()
         const int answer = known == 0 ? importAll : co_await m_app.platform.prompts.choose(knownQuestion(known, name));
         ImportReport report{.isCanceled = true, .skippedLines = {}, .undatedLines = {}};
         const KnownRows mode = answer == importNew ? KnownRows::skip : KnownRows::import;
-        if (answer != importNothing && co_await copyRecordsBefore(m_app, CopyReason::beforeImport))
+        if (answer != importNothing) {
+            co_await copyRecordsBefore(m_app, CopyReason::beforeImport);
             report = co_await onPool(m_app.log, &ShipmentLog::importEndiciaCSV, path, mode, followProgress());
+        }
         say(report.isCanceled ? u"Import canceled. Nothing was imported."_s
                               : u"Imported %1 shipments from "_s.arg(report.imported) + name);
         const QStringList sheet = reportLines(report, mode);

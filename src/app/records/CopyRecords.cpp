@@ -3,6 +3,7 @@
 #include "core/AppError.h"
 #include "core/ports/Clock.h"
 #include "core/ports/Prompts.h"
+#include "shell/ErrorLog.h"
 
 namespace parcelory {
 using namespace Qt::StringLiterals;
@@ -13,23 +14,22 @@ Task<QString> copyRecords(AppState &app, CopyReason reason, CancelToken cancel)
         return copies.make(reason, now, Progress(cancel));
     });
     app.copyCount = app.copyCount + 1;
-    if (made.isGood())
-        co_return QString();
-    co_return app.recorded(u"Copy of the Records"_s, AppError(u"The copy of the records failed — "_s + made.failure),
-                           Popup::no);
+    co_return made.isGood() ? QString() : u"The copy of the records failed — "_s + made.failure + u'.';
 }
 
-Task<bool> copyRecordsBefore(AppState &app, CopyReason reason, CancelToken cancel)
+Task<> copyRecordsBefore(AppState &app, CopyReason reason, CancelToken cancel)
 {
     const QString failure = co_await copyRecords(app, reason, cancel);
     if (failure.isEmpty())
-        co_return true;
+        co_return;
     const int answer = co_await app.platform.prompts.choose(
         {.title = u"Records Not Copied"_s,
          .text = failure + u"\n\nIf you go on, no copy of today can bring back the present records."_s,
          .choices = {u"Go On"_s, u"Cancel"_s},
          .safeChoice = 1});
-    co_return answer == 0;
+    if (answer != 0)
+        throw AppError(failure);
+    app.errors.record(u"Copy of the Records"_s, AppError(failure), Popup::no);
 }
 
 } // namespace parcelory

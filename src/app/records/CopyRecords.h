@@ -7,10 +7,11 @@
 
 namespace parcelory {
 
-/// Copies the records and checks the copy. Returns why it failed, which is also in the error log; empty on success.
+/// Copies the records and checks the copy. Returns why it failed, as a sentence; empty on success.
 Task<QString> copyRecords(AppState &app, CopyReason reason, CancelToken cancel = {});
 
-/// Copies the records before they are changed; if that fails, asks whether to go on. False if not.
-Task<bool> copyRecordsBefore(AppState &app, CopyReason reason, CancelToken cancel = {});
+/// Copies the records before they are changed; if that fails, asks whether to go on. Throws AppError with the reason if
+/// not.
+Task<> copyRecordsBefore(AppState &app, CopyReason reason, CancelToken cancel = {});
 
 } // namespace parcelory

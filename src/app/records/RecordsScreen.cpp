@@ -14,7 +14,6 @@
 #include <QScopeGuard>
 
 #include <algorithm>
-#include <chrono>
 #include <utility>
 
 namespace parcelory {
@@ -22,7 +21,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr auto dailyLook = std::chrono::hours(1);
+constexpr int pauseAfterFailure = 3600; // seconds
 constexpr int lateDays = 3;
 
 QString agoText(qint64 seconds)
@@ -48,7 +47,6 @@ RecordsScreen::RecordsScreen(AppState &app)
 
 RecordsScreen::~RecordsScreen()
 {
-    m_app.platform.clock.cancel(m_daily);
     cancel();
 }
 
@@ -77,18 +75,23 @@ Task<> RecordsScreen::start()
 {
     co_await list();
     co_await onPool([&log = m_app.log, cancel = m_cancel] { return log.sealOlder(cancel); });
+    connect(&m_app.log, &ShipmentLog::recordsChanged, this, [this] { spawn([this] { return copyDaily(); }); });
     co_await copyDaily();
 }
 
+/// Makes the copy of the day unless it was made, or failed within the last hour.
 Task<> RecordsScreen::copyDaily()
 {
-    const QDate today = m_app.platform.clock.now().date();
-    const auto isOfToday = [today](const RecordCopy &copy) {
-        return copy.isGood() && copy.reason == wordOf(CopyReason::daily) && copy.madeAt.toLocalTime().date() == today;
+    const QDateTime now = m_app.platform.clock.now();
+    const auto isOfToday = [&now](const RecordCopy &copy) {
+        return copy.isGood() && copy.reason == wordOf(CopyReason::daily) &&
+               copy.madeAt.toLocalTime().date() == now.date();
     };
-    if (std::ranges::none_of(copies.value(), isOfToday))
-        co_await copyNow(CopyReason::daily);
-    m_daily = m_app.platform.clock.after(dailyLook, [this] { spawn([this] { return copyDaily(); }); });
+    const bool isRecent = m_triedAt.isValid() && m_triedAt.secsTo(now) < pauseAfterFailure;
+    if (isRecent || std::ranges::any_of(copies.value(), isOfToday))
+        co_return;
+    m_triedAt = now;
+    co_await copyNow(CopyReason::daily);
 }
 
 Task<> RecordsScreen::list()
@@ -103,7 +106,8 @@ Task<> RecordsScreen::copyNow(CopyReason reason)
     copying = true;
     const auto done = qScopeGuard([this] { copying = false; });
     message = QString();
-    message = co_await copyRecords(m_app, reason, m_cancel);
+    const QString failure = co_await copyRecords(m_app, reason, m_cancel);
+    message = failure.isEmpty() ? QString() : m_app.recorded(u"Copy of the Records"_s, AppError(failure), Popup::no);
     co_await list();
 }
 

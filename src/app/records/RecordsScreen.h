@@ -39,7 +39,8 @@ public:
     /// True if the newest good copy is older than three days.
     bool isLate() const;
 
-    /// At the start: seals rows of an older log, lists the copies, and makes a copy each day.
+    /// At the start: seals rows of an older log, lists the copies, and makes the copy of the day. From then on, the
+    /// first change of the mailing log on a day makes the copy of that day.
     Task<> start();
     Task<> copyNow(CopyReason reason = CopyReason::byHand);
     Task<> chooseFolder();
@@ -57,7 +58,7 @@ private:
     CancelToken m_cancel;    ///< of the work of the whole run
     CancelToken m_verifying; ///< of the comparison
     QPropertyNotifier m_listWatch;
-    quint64 m_daily = 0; ///< the timer of the next look whether a copy is due
+    QDateTime m_triedAt; ///< of the last daily copy, which may have failed
 };
 
 } // namespace parcelory

@@ -223,8 +223,10 @@ void RatesPanel::refreshLastLabel()
     enableUnless(m_screen.busy ? notWhileBusy : QString(), m_reprint, m_copy);
     enableUnless(m_screen.busy ? notWhileBusy : QString(), m_customs, m_copy);
     m_customs->setVisible(m_screen.hasLastCustoms());
-    if (!last)
+    if (!last) {
+        m_lastLabel->setAccessibleName({});
         return;
+    }
     m_lastPrice->setText(u'$' + fixed(last->record.postage, 2));
     m_lastName->setFullText(last->recipient.section(u" · "_s, 0, 0));
     m_lastPlace->setText(last->recipient.section(u" · "_s, 1));

@@ -25,15 +25,15 @@ protected:
             reasons += copy.isGood() ? copy.reason : u"failed "_s + copy.reason;
         return reasons;
     }
-    /// The hourly look for a copy that is due must not run meanwhile, so the clock stands still.
     static void finish(Task<> task)
     {
         runTask(std::move(task));
         settle();
     }
-    void advance(FakeClock::Duration by)
+    void shipAfter(FakeClock::Duration pause)
     {
-        clock.advance(by);
+        clock.advance(pause);
+        EXPECT_TRUE(app->log.insert(shipmentTo(u"Jo"_s)));
         settle();
         runUntil([&] { return !records.copying; });
         workPool().waitForDone();
@@ -50,10 +50,10 @@ TEST_F(RecordsScreenTest, CopiesOnceADayAndSaysHowOldTheLastGoodCopyIs)
     finish(records.start());
     EXPECT_EQ(made(), QStringList{u"daily"_s});
     EXPECT_EQ(records.ageText(), u"Last good copy just now"_s);
-    advance(9h);
+    shipAfter(9h);
     EXPECT_EQ(made(), QStringList{u"daily"_s});
     EXPECT_EQ(records.ageText(), u"Last good copy 9 hours ago"_s);
-    advance(1h);
+    shipAfter(1h);
     EXPECT_EQ(made(), QStringList({u"daily"_s, u"daily"_s}));
 
     finish(records.start()); // as at the next start
