@@ -6,7 +6,6 @@
 
 #include <chrono>
 #include <memory>
-#include <thread>
 
 namespace parcelory {
 
@@ -31,7 +30,7 @@ QString copyDatabase(const Database &from, const QString &path, const Progress &
             return {};
         if (result == SQLITE_BUSY || result == SQLITE_LOCKED) {
             ++pauses;
-            std::this_thread::sleep_for(pause);
+            sqlite3_sleep(int(pause.count()));
             continue;
         }
         if (result != SQLITE_OK)
