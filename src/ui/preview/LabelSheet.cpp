@@ -1,5 +1,6 @@
 #include "ui/preview/LabelSheet.h"
 
+#include "ui/parts/Accessibility.h"
 #include "ui/theme/Theme.h"
 #include "ui/theme/Tokens.h"
 
@@ -83,8 +84,8 @@ void LabelSheet::arrange()
     verticalScrollBar()->setPageStep(room.height());
     for (QScrollBar *bar : {horizontalScrollBar(), verticalScrollBar()})
         bar->setSingleStep(3 * air);
-    setAccessibleName(
-        u"Label picture, %1 percent%2"_s.arg(percent()).arg(m_isTurned ? u", turned 180 degrees"_s : QString()));
+    nameWidget(this,
+               u"Label picture, %1 percent%2"_s.arg(percent()).arg(m_isTurned ? u", turned 180 degrees"_s : QString()));
     viewport()->update();
     emit zoomed();
 }

@@ -2,6 +2,7 @@
 
 #include "app/purchase/LabelVerdictTexts.h"
 #include "devices/LabelPicture.h"
+#include "ui/parts/Accessibility.h"
 #include "ui/theme/Icons.h"
 #include "ui/theme/Theme.h"
 #include "ui/theme/Tokens.h"
@@ -68,7 +69,7 @@ void LabelThumbnail::refresh()
 {
     const std::optional<ShipmentRecord> label = m_preview.label;
     const LabelSight sight = m_preview.sight;
-    setAccessibleName(u"Label picture, "_s + (label ? label->recipientName() : QString()));
+    nameWidget(this, u"Label picture, "_s + (label ? label->recipientName() : QString()));
     const QString verdict = sight.verdict ? LabelVerdictTexts::lineOf(sight.verdict) : captionOf(sight.state);
     setAccessibleDescription(verdict);
     const bool isDrawing = sight.state == State::drawing;
