@@ -224,7 +224,7 @@ void RatesPanel::refreshLastLabel()
     enableUnless(m_screen.busy ? notWhileBusy : QString(), m_customs, m_copy);
     m_customs->setVisible(m_screen.hasLastCustoms());
     if (!last) {
-        m_lastLabel->setAccessibleName({});
+        nameWidget(m_lastLabel, {});
         return;
     }
     m_lastPrice->setText(u'$' + fixed(last->record.postage, 2));
@@ -244,7 +244,8 @@ void RatesPanel::refreshLastLabel()
     m_lastVerdict->setVerdict(sight.verdict);
     m_lastVerdict->setVisible(sight.state != LabelSight::State::drawing);
     const QString verdict = m_lastVerdict->isHidden() ? QString() : m_lastVerdict->text();
-    m_lastLabel->setAccessibleName(
+    nameWidget(
+        m_lastLabel,
         joinPresent({m_lastTitle->text(), last->recipient, m_lastPrice->text(), last->message, verdict}, u", "_s));
     m_lastMessage->setFont(Theme::current().font(isPrinted ? FontRole::caption : FontRole::captionStrong));
     m_lastMessage->setInk(isPrinted ? &Tokens::text : &Tokens::warn);
