@@ -97,7 +97,7 @@ Button *Dialog::addButton(const QString &text, int result, Button::Kind kind)
 void Dialog::addHelp(const std::function<void()> &help)
 {
     auto *button = new Button(QStringLiteral("Help"));
-    button->setFocusPolicy(Qt::TabFocus); // after a click, Return still presses OK
+    button->setFocusPolicy(Qt::TabFocus); // after a click, Return still presses the answer
     m_buttons->addButton(button, QDialogButtonBox::HelpRole);
     connect(button, &QPushButton::clicked, this, help);
 }
