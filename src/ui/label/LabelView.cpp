@@ -248,6 +248,10 @@ void LabelView::settleFocus()
                 Qt::ConnectionType(Qt::QueuedConnection | Qt::UniqueConnection));
         return;
     }
+    const QWidget *focused = QApplication::focusWidget();
+    if (m_pressed && focused && focused != m_pressed && focused != this && window()->isAncestorOf(focused) &&
+        !isAncestorOf(focused))
+        return; // the clerk went on in the address book
     LineEdit *next = nullptr;
     if (m_screen.faultyField.value())
         next = field(*m_screen.faultyField.value());
