@@ -83,7 +83,7 @@ LabelView::LabelView(AppState &app, LabelScreen &screen, AddressBook &book, Keys
     connect(m_rates, &RatesPanel::buyRequested, this, &LabelView::buy);
     connect(m_rates, &RatesPanel::reprintRequested, this, &LabelView::reprint);
     for (LineEdit *field : findChildren<LineEdit *>())
-        connect(field, &QLineEdit::textEdited, this, [this] { m_typedMeanwhile = true; });
+        connect(field, &QLineEdit::textEdited, this, &LabelView::noteTyping);
     m_refresh.follow(screen, settings);
     refresh();
 }
@@ -205,6 +205,8 @@ void LabelView::start(std::function<Task<>()> operation)
     m_peeking = false; // the rates panel shows the result
     arrange();
     m_pressed = QApplication::focusWidget();
+    if (const auto *search = qobject_cast<QLineEdit *>(m_pressed.data())) // the clerk may go on in the address book
+        connect(search, &QLineEdit::textEdited, this, &LabelView::noteTyping, Qt::UniqueConnection);
     // A focused button that becomes disabled would pass the focus to the next widget.
     if (qobject_cast<QAbstractButton *>(m_pressed.data()) && isAncestorOf(m_pressed))
         setFocus();

@@ -62,6 +62,7 @@ private:
     void takeRecipient();
     /// Runs an operation of the screen model, then moves the focus to where the clerk continues.
     void start(std::function<Task<>()> operation);
+    void noteTyping() { m_typedMeanwhile = true; }
     void settleFocus();
     void pressDefault();
     void refresh();
@@ -82,8 +83,8 @@ private:
     UnresolvedPurchasesBar *m_unresolved;
     bool m_peeking = false; ///< the sidebar replaces the rates in a window too narrow for both
     QPointer<PaperworkDialog> m_paperwork;
-    bool m_typedMeanwhile = false;
-    QPointer<QWidget> m_pressed; ///< had the focus when the operation began
+    bool m_typedMeanwhile = false; ///< since the operation began: the focus stays where the clerk types
+    QPointer<QWidget> m_pressed;   ///< had the focus when the operation began
     RefreshScheduler m_refresh;
 };
 
