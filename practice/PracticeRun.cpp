@@ -32,7 +32,7 @@ namespace {
 /// The outcome of an order.
 struct Shipped {
     QString recipient;
-    QString label; ///< the shipment's one-line summary, or why there is none
+    QString label; ///< the shipment's one-line summary, or why it was not shipped
     bool done = false;
 };
 

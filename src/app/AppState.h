@@ -134,8 +134,8 @@ public:
     Task<> attemptAutoLogin();
     Task<bool> hasSavedCredentials();
     /// Signs in once more with the saved credentials of the clerk who is signed in, because the back office has ended
-    /// the session. False if there are none, or the back office does not admit them, or `isGivenUp` says that nobody
-    /// waits for it any more.
+    /// the session. False if no credentials are saved, if the back office rejects them, or if `isGivenUp` says that the
+    /// clerk has canceled.
     Task<bool> renewSession(std::function<bool()> isGivenUp);
     /// Discards the saved credentials and the session; stores and draft stay.
     void signOut();

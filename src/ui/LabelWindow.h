@@ -49,7 +49,7 @@ private:
     SegmentedControl *m_fit, *m_turn;
     TextLabel *m_percent;
     BusyBar *m_bar;
-    QStackedWidget *m_pages; ///< the label, or why there is none
+    QStackedWidget *m_pages; ///< the label, or why it cannot be shown
     LabelSheet *m_sheet;
     EmptyState *m_empty;
     TextLabel *m_name, *m_service, *m_bought, *m_tracking, *m_hint;

@@ -14,7 +14,8 @@ namespace parcelory::test {
 
 namespace {
 
-/// Removes an item without a question, whoever made it: the next build of the tests may not read the item of this one.
+/// Removes an item without a question, also an item of another build: the next build of the tests may not read the item
+/// of this one.
 void forget(const QString &account)
 {
     const QString service = QString::fromLatin1(SecretStore::service);

@@ -222,12 +222,12 @@ TEST_F(NetworkTransportTest, ReportsErrorsWithoutRevealingSecrets)
 {
     QTcpServer mute; // accepts connections and never answers
     ASSERT_TRUE(mute.listen(QHostAddress::LocalHost));
-    const QString nobody = u"http://127.0.0.1:1/secret"_s;
+    const QString noServer = u"http://127.0.0.1:1/secret"_s;
     const QString silent = u"http://127.0.0.1:%1/secret"_s.arg(mute.serverPort());
 
-    EXPECT_THAT(failure(nobody, true).toStdString(),
+    EXPECT_THAT(failure(noServer, true).toStdString(),
                 StartsWith("The carrier can't be reached — check the network and try again. [127.0.0.1: "));
-    EXPECT_FALSE(failure(nobody, true).contains(u"secret"_s));
+    EXPECT_FALSE(failure(noServer, true).contains(u"secret"_s));
     QObject::connect(&mute, &QTcpServer::newConnection, &mute, [this] { clock.advance(std::chrono::seconds(60)); });
     EXPECT_EQ(failure(silent, true),
               u"No answer from the carrier within 60 seconds — check the network. [127.0.0.1]"_s);
@@ -238,7 +238,7 @@ TEST(RunningProgram, ASecondStartShowsTheFirstWindowAndWaitsForNobody)
     const QTemporaryDir folder;
     const QDir data(folder.path());
     RunningProgram first(data);
-    EXPECT_FALSE(first.handOver()) << "nobody runs";
+    EXPECT_FALSE(first.handOver()) << "no other program runs";
     int shown = 0;
     first.accept([&shown] { ++shown; });
     const auto start = [&data](std::chrono::milliseconds limit) {
@@ -250,7 +250,7 @@ TEST(RunningProgram, ASecondStartShowsTheFirstWindowAndWaitsForNobody)
     EXPECT_TRUE(start(std::chrono::seconds(30)));
     EXPECT_EQ(shown, 2);
 
-    RunningProgram second(data); // this thread answers nobody while it waits
+    RunningProgram second(data); // this thread answers no program while it waits
     EXPECT_FALSE(second.handOver(std::chrono::milliseconds(20)));
     second.accept([] { FAIL() << "the socket belongs to the first"; });
     EXPECT_TRUE(start(std::chrono::seconds(30)));

@@ -24,7 +24,7 @@ public:
     /// Looks for the pages in these folders.
     Task<> load(QStringList folders);
 
-    /// The file that leads to the paragraph about a message; empty if there is none.
+    /// The file that leads to the paragraph about a message; empty if the handbook does not explain it.
     QString pageAbout(const QString &message) const;
     /// Opens a page in the browser, the first page if none is given. Tells the clerk if that fails.
     Task<> open(QString page = {});

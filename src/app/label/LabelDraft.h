@@ -71,7 +71,7 @@ public:
     /// The declared value that the draft's invoice suggests, in US dollars; empty if there is no invoice or no readable
     /// total.
     QString defaultCustomsValue() const;
-    /// The total of the draft's invoice in US dollars; 0 if there is none.
+    /// The total of the draft's invoice in US dollars; 0 without an invoice.
     double invoiceValue() const;
     /// True if the draft's invoice is worth more than the parcel is insured for.
     bool isInsurable() const;

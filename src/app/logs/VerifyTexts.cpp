@@ -1,5 +1,7 @@
 #include "app/logs/VerifyTexts.h"
 
+#include "core/Words.h"
+
 #include <QLocale>
 #include <QStringList>
 
@@ -8,30 +10,19 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-QString nameOf(LogChain::Part part)
-{
-    switch (part) {
-    case LogChain::Part::time:
-        return u"time"_s;
-    case LogChain::Part::service:
-        return u"service"_s;
-    case LogChain::Part::postage:
-        return u"postage"_s;
-    case LogChain::Part::recipient:
-        return u"recipient"_s;
-    case LogChain::Part::tracking:
-        return u"tracking number"_s;
-    case LogChain::Part::transaction:
-        return u"transaction"_s;
-    case LogChain::Part::label:
-        return u"stored label"_s;
-    case LogChain::Part::details:
-        return u"weight or description"_s;
-    case LogChain::Part::status:
-        return u"status"_s;
-    }
-    return {};
-}
+using LogChain::Part;
+
+constexpr Word<Part> partNames[] = {
+    {Part::time, u"time"},
+    {Part::service, u"service"},
+    {Part::postage, u"postage"},
+    {Part::recipient, u"recipient"},
+    {Part::tracking, u"tracking number"},
+    {Part::transaction, u"transaction"},
+    {Part::label, u"stored label"},
+    {Part::details, u"weight or description"},
+    {Part::status, u"status"},
+};
 
 /// "Label 312, 11/20/26, Eleanor Whitfield"
 QString labelOf(const LogChain::Finding &finding)
@@ -68,7 +59,7 @@ QString sentenceOf(const LogChain::Finding &finding)
     switch (finding.problem) {
     case LogChain::Problem::changed:
         for (const LogChain::Part part : finding.parts)
-            parts += nameOf(part);
+            parts += textOf(partNames, part);
         return u"%1: the %2 was changed."_s.arg(labelOf(finding), parts.join(u", the "_s));
     case LogChain::Problem::removed:
         return u"%1 was removed."_s.arg(labelOf(finding));

@@ -67,7 +67,7 @@ Task<> LabelPreview::load(ShipmentRecord record, std::optional<LabelVerdict> ver
     const QPointer alive(this);
     const auto isStale = staleCheck(m_shown);
     const auto kept = co_await onPool([&log = m_app.log, record] { return keptLabel(log, record); });
-    if (!alive || isStale()) // do not draw what nobody looks at any more
+    if (!alive || isStale()) // the place shows another label by now
         co_return;
     const LabelSight seen = co_await onPool([kept, verdict] { return sightOf(kept, verdict); });
     if (alive && !isStale())

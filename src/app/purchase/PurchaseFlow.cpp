@@ -172,7 +172,7 @@ Task<PurchaseResult> PurchaseFlow::complete(OpenPurchase purchase, std::optional
     if (!fetchFailure.isEmpty())
         result.label.text = fetchFailure;
     LabelDoubts doubts;
-    if (record.zpl && (delivery.printsLabel || !entry.isUnreadable)) // otherwise nobody knows the parcel
+    if (record.zpl && (delivery.printsLabel || !entry.isUnreadable)) // otherwise the parcel is unknown
         doubts = co_await doubtsAbout(*record.zpl, {parcelOf(m_app, entry)});
     result.verdict = doubts.verdict;
     const bool isHeld = delivery.printsLabel && !doubts.isEmpty();

@@ -38,7 +38,7 @@ private:
     Button *m_save;
     Button *m_print;
     DocumentPages *m_pages;
-    QStackedWidget *m_sheets; ///< the form, or why there is none
+    QStackedWidget *m_sheets; ///< the form, or why the form is missing
     TextLabel *m_count;
     RecordModel<ShipmentRecord> *m_model;
     LogTable *m_labels;

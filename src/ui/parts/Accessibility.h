@@ -11,7 +11,7 @@ namespace parcelory {
 void installAccessibility();
 /// Tells screen readers what a plain widget is. Before it is first shown.
 void setAccessibleRole(QWidget *widget, QAccessible::Role role);
-/// Sets the name for screen readers. QWidget reports a change even if there is none, and a screen reader may speak it.
+/// Sets the name for screen readers. QWidget also reports an unchanged name, and a screen reader may speak it.
 void nameWidget(QWidget *widget, const QString &name);
 /// Makes a screen reader announce the accessible name of `widget` now. On Linux, screen readers hear that a widget of
 /// the role Notification appears, and no other alert.

@@ -130,7 +130,7 @@ TEST_F(SignInFlowTest, IsCanceledAtAnyMoment)
         };
         run([&]() -> Task<> {
             Task<> task = app->signIn(u"dana"_s, u"secret"_s, true);
-            if (moment.isEmpty()) // while nobody knows whether the back office is reachable
+            if (moment.isEmpty()) // before the back office has answered
                 app->cancelSignIn();
             return task;
         });
