@@ -6,6 +6,7 @@
 #include "backoffice/SavedCredentials.h"
 #include "carrier/ShippoClient.h"
 #include "carrier/ShippoKeys.h"
+#include "compose/LabelReadBack.h"
 #include "core/CompanySanitizer.h"
 #include "core/Observable.h"
 #include "core/Platform.h"
@@ -179,6 +180,8 @@ signals:
     void labelLogged(const QString &transactionId);
     /// An address or an invoice has filled the label, and the clerk has closed the invoice's alert, if any.
     void recipientTaken();
+    /// A question is about a label that the clerk wants to see. `verdict` is empty if the log has it.
+    void labelToShow(const ShipmentRecord &label, const std::optional<LabelVerdict> &verdict);
     /// A scan brought no invoice. `isSessionOver`: because the back office asks for a new sign-in.
     void scanFailed(const QString &text, bool isSessionOver);
 

@@ -27,6 +27,11 @@ Screens::Screens(AppState &app)
             openLabel.follow(*place);
             labelsOpened = labelsOpened + 1;
         });
+    connect(&app, &AppState::labelToShow, this,
+            [this](const ShipmentRecord &record, const std::optional<LabelVerdict> &verdict) {
+                openLabel.show(record, verdict);
+                labelsOpened = labelsOpened + 1;
+            });
     connect(&label.purchases, &Purchases::refundWanted, this,
             [this](const ShipmentRecord &record) { spawn([this, record] { return refundSecond(record); }); });
 }

@@ -26,6 +26,7 @@ inline const Setting<bool> showAddressSidebar{u"ui.showAddressSidebar"_s, true};
 inline const Setting<QString> addressBookMode{u"addressbook.mode"_s, u"endicia"_s}; ///< or "deskline"
 inline const Setting<QByteArray> windowGeometry{u"ui.windowGeometry"_s, {}};
 inline const Setting<QByteArray> labelWindowGeometry{u"ui.labelWindowGeometry"_s, {}};
+inline const Setting<QString> labelFolder{u"ui.labelFolder"_s, {}}; ///< where a label's picture was saved last
 inline const Setting<bool> labelWindowUpright{u"ui.labelWindowUpright"_s, false}; ///< not turned as it prints
 inline const Setting<QByteArray> addressBookGeometry{u"ui.addressBookGeometry"_s, {}};
 

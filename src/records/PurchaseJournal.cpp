@@ -324,9 +324,16 @@ QList<OpenRefund> PurchaseJournal::openRefunds()
     QList<OpenRefund> open;
     if (!isReady())
         return open;
-    Statement query(*m_db, "SELECT transaction_id, shipment_id, asked_at FROM refunds ORDER BY asked_at");
-    while (query.step())
-        open.append({query.text(0), query.integer(1), timeOf(query.real(2))});
+    QString obstacle;
+    {
+        Statement query(*m_db, "SELECT transaction_id, shipment_id, asked_at FROM refunds ORDER BY asked_at");
+        while (query.step())
+            open.append({query.text(0), query.integer(1), timeOf(query.real(2))});
+        if (!query.isComplete())
+            obstacle = m_db->lastError();
+    }
+    if (!obstacle.isEmpty())
+        giveUp(obstacle); // the next sync reads the rest
     return open;
 }
 

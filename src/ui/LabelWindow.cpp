@@ -67,8 +67,8 @@ QString emptyText(LabelSight::State state)
 
 LabelWindow::LabelWindow(AppState &app, Screens &screens, QWidget *parent)
     : QWidget(parent, Qt::Window), m_app(app), m_screens(screens),
-      m_smaller(new Button({}, Button::Kind::icon, u"ui_minus"_s)),
-      m_larger(new Button({}, Button::Kind::icon, u"ui_plus"_s)),
+      m_smaller(new Button({}, Button::Kind::standard, u"ui_minus"_s)),
+      m_larger(new Button({}, Button::Kind::standard, u"ui_plus"_s)),
       m_copy(new Button(u"Copy"_s, Button::Kind::standard, u"ui_copy"_s)),
       m_save(new Button(u"Save As…"_s, Button::Kind::standard, u"ui_export"_s)), m_fit(new SegmentedControl(u"Zoom"_s)),
       m_turn(new SegmentedControl(u"Turn"_s)), m_percent(new TextLabel({}, FontRole::caption, &Tokens::muted)),
@@ -118,6 +118,8 @@ QWidget *LabelWindow::makeToolbar()
 {
     m_smaller->describe(u"Zoom out"_s, QKeySequence(QKeySequence::ZoomOut).toString(QKeySequence::NativeText));
     m_larger->describe(u"Zoom in"_s, QKeySequence(QKeySequence::ZoomIn).toString(QKeySequence::NativeText));
+    for (Button *button : {m_smaller, m_larger})
+        button->setFixedWidth(button->sizeHint().height());
     m_copy->setToolTip(copyKeys.toString(QKeySequence::NativeText));
     m_save->setToolTip(saveKeys.toString(QKeySequence::NativeText));
     m_fit->add(fitted, u"Fit"_s);

@@ -4,21 +4,19 @@
 #include "core/ports/Prompts.h"
 #include "ui/parts/Button.h"
 #include "ui/parts/Dialog.h"
+#include "ui/parts/Notice.h"
 #include "ui/parts/PanelFrame.h"
 #include "ui/parts/TextLabel.h"
+#include "ui/preview/PictureButton.h"
 #include "ui/theme/Theme.h"
 #include "ui/theme/Tokens.h"
 
-#include <QApplication>
 #include <QHBoxLayout>
-#include <QLabel>
-#include <QPainter>
 #include <QRegularExpression>
 #include <QScrollArea>
 #include <QVBoxLayout>
 
 #include <algorithm>
-#include <optional>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;
@@ -87,67 +85,61 @@ QWidget *addressBox(const QString &title, const QString &text, const QStringList
     return column;
 }
 
-/// A label's picture; the place that the question is about has a tint behind the ink and a frame.
-QLabel *pictureLabel(const QuestionPicture &picture, QSize room)
+/// Above several pictures, the caption counts them.
+PictureButton *addPicture(QBoxLayout *layout, const Question &question, QSize room)
 {
     const Theme &theme = Theme::current();
-    QImage image = QImage::fromData(picture.png).convertToFormat(QImage::Format_RGB32);
-    const double sharpness = qApp->devicePixelRatio();
-    const QSize pixels = image.size().scaled(room * sharpness, Qt::KeepAspectRatio);
-    const double scale = double(pixels.width()) / image.width();
-    image = image.scaled(pixels, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
-    if (!picture.mark.isEmpty()) {
-        const QRectF mark(QPointF(picture.mark.topLeft()) * scale, QSizeF(picture.mark.size()) * scale);
-        const QRectF frame = mark.adjusted(-5 * sharpness, -3 * sharpness, 5 * sharpness, 3 * sharpness);
-        QPainter painter(&image);
-        painter.setRenderHint(QPainter::Antialiasing);
-        painter.setCompositionMode(QPainter::CompositionMode_Multiply);
-        painter.setPen(QPen(lightTokens().warnEdge, 2.5 * sharpness));
-        painter.setBrush(lightTokens().warnTint); // paper is white in dark mode, too
-        painter.drawRoundedRect(frame, 4 * sharpness, 4 * sharpness);
+    auto *picture = new PictureButton(question.pictures, {theme.scaled(room.width()), theme.scaled(room.height())});
+    if (const QString text = picture->caption(); !text.isEmpty()) {
+        auto *caption = new TextLabel(text, FontRole::captionStrong, &Tokens::muted);
+        layout->addWidget(caption);
+        QObject::connect(picture, &PictureButton::turned, caption,
+                         [caption, picture] { caption->setText(picture->caption()); });
     }
-    auto *label = new QLabel;
-    QPixmap pixmap = QPixmap::fromImage(image);
-    pixmap.setDevicePixelRatio(sharpness);
-    label->setPixmap(pixmap);
-    label->setAccessibleName(picture.name);
-    label->setStyleSheet(
-        u"border: 1px solid %1; background: white; padding: 3px"_s.arg(theme.color(&Tokens::control).name()));
-    label->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
-    return label;
+    layout->addWidget(picture, 0, Qt::AlignTop);
+    QObject::connect(picture, &QAbstractButton::clicked, picture, [enlarge = question.enlarge] {
+        if (enlarge)
+            enlarge();
+    });
+    return picture;
 }
 
-void addComparison(Dialog *dialog, const Comparison &comparison, const std::optional<QuestionPicture> &picture)
+/// Gives the picture, if there is one.
+QWidget *addComparison(Dialog *dialog, const Question &question)
 {
+    const Comparison &comparison = *question.comparison;
     if (!comparison.lead.isEmpty())
         dialog->body()->addWidget(paragraph(comparison.lead));
     auto *boxes = new QHBoxLayout;
     boxes->setSpacing(12);
     boxes->addWidget(addressBox(comparison.leftTitle, comparison.left, comparison.marked), 1);
-    boxes->addWidget(addressBox(comparison.rightTitle, comparison.right, {}), 1);
+    boxes->addWidget(addressBox(comparison.rightTitle, comparison.right, comparison.markedRight), 1);
     dialog->body()->addLayout(boxes);
-    if (picture) {
-        const Theme &theme = Theme::current();
-        dialog->body()->addWidget(new TextLabel(picture->caption, FontRole::captionStrong, &Tokens::muted));
-        dialog->body()->addWidget(pictureLabel(*picture, {theme.scaled(pictureWidth), theme.scaled(pictureHeight)}));
+    QWidget *picture =
+        question.pictures.isEmpty() ? nullptr : addPicture(dialog->body(), question, {pictureWidth, pictureHeight});
+    if (!comparison.same.isEmpty()) {
+        auto *same = new Notice(u"ui_success"_s, &Tokens::ok, FontRole::caption);
+        same->setText(comparison.same);
+        dialog->body()->addWidget(same);
     }
     dialog->body()->addWidget(paragraph(comparison.closing, FontRole::strong));
+    return picture;
 }
 
-/// A thumbnail is at the left of the text, an enlarged part below it.
-void addText(Dialog *dialog, const Question &question, const QWidget *parent)
+/// A thumbnail is at the left of the text. Gives the picture, if there is one.
+QWidget *addText(Dialog *dialog, const Question &question, const QWidget *parent)
 {
     QWidget *text = scrolling(paragraph(question.text), parent);
-    if (!question.picture) {
+    if (question.pictures.isEmpty()) {
         dialog->body()->addWidget(text);
-        return;
+        return nullptr;
     }
-    const Theme &theme = Theme::current();
     auto *row = new QHBoxLayout;
     row->setSpacing(14);
-    row->addWidget(pictureLabel(*question.picture, {theme.scaled(82), theme.scaled(126)}), 0, Qt::AlignTop);
+    QWidget *picture = addPicture(row, question, {82, 126});
     row->addWidget(text, 1, Qt::AlignTop);
     dialog->body()->addLayout(row);
+    return picture;
 }
 
 } // namespace
@@ -165,13 +157,13 @@ Dialog *makeQuestion(Clock &clock, const Question &question, QWidget *parent)
 {
     auto *dialog = new Dialog(clock, question.title, u"ui_warning"_s, &Tokens::warn, questionWidth, parent);
     dialog->setAccessibleDescription(question.text);
-    if (question.comparison)
-        addComparison(dialog, *question.comparison, question.picture);
-    else
-        addText(dialog, question, parent);
+    QWidget *picture = question.comparison ? addComparison(dialog, question) : addText(dialog, question, parent);
     for (int choice = 0; choice < question.choices.size(); ++choice) {
         const bool safe = choice == question.safeChoice;
-        dialog->addButton(question.choices[choice], choice + 1, safe ? Button::Kind::solid : Button::Kind::standard);
+        QWidget *button = dialog->addButton(question.choices[choice], choice + 1,
+                                            safe ? Button::Kind::solid : Button::Kind::standard);
+        if (picture) // after the answers
+            QWidget::setTabOrder(button, picture);
     }
     return dialog;
 }

@@ -6,6 +6,7 @@
 #include "ui/ReviewDialog.h"
 
 #include <QApplication>
+#include <QDir>
 #include <QFileInfo>
 #include <QStandardPaths>
 
@@ -65,7 +66,6 @@ Task<int> WindowPrompts::run(QDialog *dialog)
 
 Task<QString> WindowPrompts::pickFile(QFileDialog *dialog)
 {
-    dialog->setDirectory(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
     const int result = co_await run(dialog);
     const QString path = result == QDialog::Accepted ? dialog->selectedFiles().value(0) : QString();
     dialog->deleteLater();
@@ -74,20 +74,23 @@ Task<QString> WindowPrompts::pickFile(QFileDialog *dialog)
 
 Task<QString> WindowPrompts::saveFile(QString title, QString proposed)
 {
-    auto *dialog =
-        new QFileDialog(QApplication::activeWindow() ? QApplication::activeWindow() : m_window.data(), title);
+    auto *dialog = new QFileDialog(QApplication::activeWindow() ? QApplication::activeWindow() : m_window.data(), title,
+                                   QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
     dialog->setAcceptMode(QFileDialog::AcceptSave); // asks before it replaces a file
     const QString suffix = QFileInfo(proposed).suffix();
     dialog->setNameFilters({u"%1 files (*.%2)"_s.arg(suffix.toUpper(), suffix), allFiles});
     dialog->setDefaultSuffix(suffix);
-    dialog->selectFile(proposed);
+    const QFileInfo file(proposed);
+    if (file.isAbsolute() && file.dir().exists())
+        dialog->setDirectory(file.dir());
+    dialog->selectFile(file.fileName());
     co_return co_await pickFile(dialog);
 }
 
 Task<QString> WindowPrompts::openFile(QString title, QString filter)
 {
-    auto *dialog =
-        new QFileDialog(QApplication::activeWindow() ? QApplication::activeWindow() : m_window.data(), title);
+    auto *dialog = new QFileDialog(QApplication::activeWindow() ? QApplication::activeWindow() : m_window.data(), title,
+                                   QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
     dialog->setFileMode(QFileDialog::ExistingFile);
     dialog->setNameFilters({filter, allFiles});
     co_return co_await pickFile(dialog);
@@ -95,8 +98,8 @@ Task<QString> WindowPrompts::openFile(QString title, QString filter)
 
 Task<QString> WindowPrompts::openFolder(QString title)
 {
-    auto *dialog =
-        new QFileDialog(QApplication::activeWindow() ? QApplication::activeWindow() : m_window.data(), title);
+    auto *dialog = new QFileDialog(QApplication::activeWindow() ? QApplication::activeWindow() : m_window.data(), title,
+                                   QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
     dialog->setFileMode(QFileDialog::Directory);
     co_return co_await pickFile(dialog);
 }

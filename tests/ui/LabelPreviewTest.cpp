@@ -9,11 +9,14 @@
 #include "support/Printing.h"
 #include "support/WindowDesk.h"
 #include "ui/LabelWindow.h"
+#include "ui/ReviewDialog.h"
 #include "ui/log/MailingLogView.h"
+#include "ui/parts/Dialog.h"
 #include "ui/parts/RowTable.h"
 #include "ui/preview/FindingList.h"
 #include "ui/preview/LabelSheet.h"
 #include "ui/preview/LabelThumbnail.h"
+#include "ui/preview/PictureButton.h"
 
 #include <gmock/gmock.h>
 
@@ -184,6 +187,36 @@ TEST_F(LabelPreviewTest, ABoughtLabelIsSeenOnTheCardAndInItsWindow)
     QTest::keyClick(findings, Qt::Key_Space);
     settleAll();
     EXPECT_FALSE(labelWindow());
+}
+
+TEST_F(LabelPreviewTest, AQuestionShowsEachDifferenceAndLeadsToTheWholeLabel)
+{
+    QImage part(552, 148, QImage::Format_RGB32);
+    part.fill(Qt::white);
+    int enlarged = 0;
+    const QuestionPicture picture{
+        .png = pngOf(part), .name = u"Part of the label: APT 8B"_s, .caption = u"Enlarged:"_s};
+    Question question{.title = u"Print?"_s, .text = {}, .choices = {u"Don't Print"_s, u"Print"_s}};
+    question.comparison = Comparison{.markedRight = {u"APT 8B"_s}, .same = u"Same on both: name."_s};
+    question.pictures = {picture, picture};
+    question.pictures[1].name = u"Part of the label: 28804"_s;
+    question.enlarge = [&] { ++enlarged; };
+    Dialog *dialog = makeQuestion(clock, question, &window());
+    dialog->open();
+    clock.advance(Dialog::keyGuard);
+    EXPECT_EQ(dialog->focusWidget(), button(u"Don't Print"_s, dialog));
+    auto *shown = dialog->findChild<PictureButton *>();
+    EXPECT_EQ(shown->caption(), u"Enlarged: (1 of 2)"_s);
+    shown->setFocus();
+    for (int press = 0; press < 2; ++press)
+        QTest::keyClick(shown, Qt::Key_Right);
+    EXPECT_EQ(shown->caption(), u"Enlarged: (2 of 2)"_s);
+    EXPECT_EQ(shown->accessibleName(), question.pictures[1].name);
+    QTest::keyClick(shown, Qt::Key_Space);
+    QTest::keyClick(shown, Qt::Key_Return);
+    EXPECT_EQ(enlarged, 2);
+    EXPECT_TRUE(dialog->isVisible()) << "the question stays open";
+    dialog->reject();
 }
 
 } // namespace parcelory::test

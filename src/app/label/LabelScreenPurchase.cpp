@@ -37,6 +37,15 @@ QString asSentence(const QString &reason)
     return text.isEmpty() || text.endsWith(u'.') ? text : text + u'.';
 }
 
+/// "Label sent to ZD421 · 9:29 PM", or why it was not printed.
+QString messageOf(const LabelResult &label, const QDateTime &now)
+{
+    const QString sentence = asSentence(label.text);
+    return !label.isPrinted || sentence.isEmpty()
+               ? sentence
+               : sentence.chopped(1) + u" · "_s + QLocale::c().toString(now.toLocalTime(), u"h:mm AP"_s);
+}
+
 } // namespace
 
 /// Clears what is still on the screen of a parcel that turned out to be sold, so that it is not sold again.
@@ -234,9 +243,9 @@ void LabelScreen::showSold(const PreparedPurchase &purchase, const PurchaseResul
         emit m_app.labelLogged(result.entry.record.transactionID);
     clearSold(purchase);
     if (m_app.draftTo.value().isEmpty()) // the clerk has not begun the next parcel yet
-        lastLabel = LastLabel{joinPresent({to.name, trimBlanks(to.city + u' ' + to.state)}, u" · "_s),
-                              result.entry.record, result.label.isPrinted ? QString() : asSentence(result.label.text),
-                              result.label.isPrinted, result.verdict};
+        lastLabel =
+            LastLabel{joinPresent({to.name, trimBlanks(to.city + u' ' + to.state)}, u" · "_s), result.entry.record,
+                      messageOf(result.label, m_app.platform.clock.now()), result.label.isPrinted, result.verdict};
     banner = Banner{PurchaseTexts::successLine(result), result.isComplete()};
 }
 

@@ -3,10 +3,13 @@
 #include "app/purchase/KeptLabel.h"
 #include "core/AppError.h"
 #include "core/SaveFile.h"
+#include "core/SettingsKeys.h"
 #include "core/StaleCheck.h"
+#include "core/ports/Preferences.h"
 #include "core/ports/Prompts.h"
 #include "records/LogRead.h"
 
+#include <QDir>
 #include <QFileInfo>
 #include <QPointer>
 
@@ -46,6 +49,7 @@ LabelPreview::LabelPreview(AppState &app) : m_app(app) {}
 
 void LabelPreview::show(const ShipmentRecord &record, const std::optional<LabelVerdict> &verdict)
 {
+    disconnect(m_following);
     const std::optional<ShipmentRecord> before = label;
     const bool isSame = before && isSameLabel(*before, record);
     if (!isSame)
@@ -108,7 +112,8 @@ Task<> LabelPreview::save()
     if (!picture)
         co_return;
     const QPointer alive(this);
-    const QString path = co_await m_app.platform.prompts.saveFile(u"Save Label"_s, proposedName());
+    const QString path = co_await m_app.platform.prompts.saveFile(
+        u"Save Label"_s, QDir(read(m_app.platform.preferences, settings::labelFolder)).filePath(proposedName()));
     if (path.isEmpty() || !alive)
         co_return;
     message = QString();
@@ -117,6 +122,7 @@ Task<> LabelPreview::save()
             const bool isPdf = path.endsWith(u".pdf"_s, Qt::CaseInsensitive);
             saveBytes(path, isPdf ? pdfOf(*picture) : pngOf(picture->pages.first().image));
         });
+        write(m_app.platform.preferences, settings::labelFolder, QFileInfo(path).absolutePath());
         message = u"Saved to "_s + QFileInfo(path).fileName();
     } catch (const AppError &error) {
         message = m_app.recorded(u"Save Label"_s, error, Popup::no);

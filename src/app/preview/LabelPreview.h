@@ -45,7 +45,7 @@ public:
     /// if it is known already; otherwise it is read from the log. The same label again only renews what may change.
     void show(const ShipmentRecord &record, const std::optional<LabelVerdict> &verdict = {});
     void clear();
-    /// From now on shows what `other` shows, as long as that is a label.
+    /// From now on shows what `other` shows, as long as that is a label, until show() is called.
     void follow(LabelPreview &other);
 
     /// Asks for a larger view of the label.

@@ -4,6 +4,7 @@
 #include "app/purchase/KeptLabel.h"
 #include "app/purchase/LabelVerdictTexts.h"
 #include "app/purchase/QuestionPictures.h"
+#include "carrier/RequestBodies.h"
 #include "core/ShippoAddress.h"
 #include "core/Text.h"
 #include "core/ports/Prompts.h"
@@ -13,9 +14,8 @@
 #include "devices/zpl/ZplReader.h"
 
 #include <QScopeGuard>
-#include <algorithm>
 
-#include <tuple>
+#include <algorithm>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;
@@ -23,6 +23,8 @@ using LabelVerdictTexts::nameOf;
 using LabelVerdictTexts::sentenceOf;
 
 namespace {
+
+const QString missing = u"(missing)"_s; ///< in the place of a part that the label does not have
 
 QString titleOf(const QList<LabelFinding> &faults)
 {
@@ -51,10 +53,30 @@ QString parcelText(const PrintedParcel &parcel)
 QString labelText(const LabelVerdict &verdict)
 {
     QStringList lines = verdict.addressOnLabel;
+    const auto isMissing = [](const LabelFinding &fault) {
+        return fault.onLabel.isEmpty() && fault.item != LabelItem::trackingText &&
+               fault.item != LabelItem::trackingCode;
+    };
+    if (!lines.isEmpty() && std::ranges::any_of(verdict.faults(), isMissing))
+        lines += missing;
     const LabelFinding *tracking = verdict.find(LabelItem::trackingText);
     if (tracking && !tracking->onLabel.isEmpty())
         lines += tracking->onLabel;
     return lines.isEmpty() ? u"(no address)"_s : lines.join(u'\n');
+}
+
+/// "Same on both: name, house number, ZIP and tracking number."
+QString sameOnBoth(const LabelVerdict &verdict)
+{
+    QStringList names;
+    for (const LabelFinding &finding : verdict.findings) {
+        if (finding.match == LabelMatch::same && finding.item != LabelItem::mark)
+            names += nameOf(finding.item);
+    }
+    if (names.isEmpty())
+        return {};
+    const QString last = names.takeLast();
+    return u"Same on both: %1."_s.arg(names.isEmpty() ? last : names.join(u", "_s) + u" and "_s + last);
 }
 
 Question questionAbout(const LabelDoubts &doubts)
@@ -79,7 +101,14 @@ Question questionAbout(const LabelDoubts &doubts)
                      .rightTitle = u"On the label:"_s,
                      .right = labelText(doubts.verdict),
                      .marked = {},
-                     .closing = u"The label is bought. You can reprint or refund it from My Mailing Log."_s};
+                     .closing = u"The label is bought. You can reprint or refund it from My Mailing Log."_s,
+                     .markedRight = {},
+                     .same = sameOnBoth(doubts.verdict)};
+    for (const LabelFinding &fault : faults) {
+        texts.marked += fault.onParcel;
+        texts.markedRight += fault.onLabel.isEmpty() ? missing : fault.onLabel;
+    }
+    texts.marked.removeAll(QString());
     return {.title = titleOf(faults),
             .text = joinPresent({texts.lead, texts.leftTitle + u'\n' + texts.left,
                                  texts.rightTitle + u'\n' + texts.right, texts.closing},
@@ -87,7 +116,7 @@ Question questionAbout(const LabelDoubts &doubts)
             .choices = {u"Don't Print"_s, u"Print Anyway"_s},
             .safeChoice = 0,
             .comparison = texts,
-            .picture = doubts.picture};
+            .pictures = doubts.pictures};
 }
 
 /// The sender is left out: a wrong one holds no label.
@@ -119,7 +148,7 @@ LabelDoubts compared(const QByteArray &label, const QList<PrintedParcel> &parcel
         best.parcel = parcels[at];
     }
     if (const QList<LabelFinding> faults = best.verdict.faults(); !faults.isEmpty())
-        best.picture = enlargedPart(label, faults.first());
+        best.pictures = enlargedParts(label, contents.texts, faults);
     return best;
 }
 
@@ -150,9 +179,8 @@ QString LabelDoubts::reason() const
 
 PrintedParcel parcelOf(const AppState &app, const OpenPurchase &purchase)
 {
-    ShippoAddress to = purchase.recipient; // as it was sent
+    ShippoAddress to = addressAsSent(purchase.recipient);
     to.company = app.sanitizer.sanitize(to.company);
-    std::tie(to.street1, to.street2) = ShippoAddress::splitStreet(to.street1, to.street2);
     return parcelTo(to, purchase.record);
 }
 
@@ -175,13 +203,15 @@ Task<LabelDoubts> doubtsAbout(QByteArray label, QList<PrintedParcel> parcels)
     co_return co_await onPool([label, parcels] { return compared(label, parcels); });
 }
 
-Task<bool> mayPrint(AppState &app, LabelDoubts doubts)
+Task<bool> mayPrint(AppState &app, LabelDoubts doubts, ShipmentRecord label)
 {
     if (doubts.isEmpty())
         co_return true;
     app.awaitsChoice = true;
     const auto answered = qScopeGuard([&app] { app.awaitsChoice = false; });
-    const int answer = co_await app.platform.prompts.choose(questionAbout(doubts));
+    Question question = questionAbout(doubts);
+    question.enlarge = [&app, label, verdict = doubts.verdict] { emit app.labelToShow(label, verdict); };
+    const int answer = co_await app.platform.prompts.choose(question);
     co_return answer == 1;
 }
 

@@ -16,10 +16,10 @@ class AppState;
 
 /// Why a label is not printed without asking the clerk; empty for a usual label.
 struct LabelDoubts {
-    QString changes;                             ///< commands that change the printer for good: "^JUS"
-    PrintedParcel parcel;                        ///< what the label was compared with
-    LabelVerdict verdict{};                      ///< of the comparison
-    std::optional<QuestionPicture> picture = {}; ///< where the label differs
+    QString changes;                      ///< commands that change the printer for good: "^JUS"
+    PrintedParcel parcel;                 ///< what the label was compared with
+    LabelVerdict verdict{};               ///< of the comparison
+    QList<QuestionPicture> pictures = {}; ///< where the label differs
 
     bool isEmpty() const;
     /// Why it is held, for the message line: "held, because the ZIP on the label differs".
@@ -37,7 +37,8 @@ QList<PrintedParcel> recordedParcels(const ShipmentRecord &record);
 /// counts.
 Task<LabelDoubts> doubtsAbout(QByteArray label, QList<PrintedParcel> parcels);
 
-/// Asks the clerk whether a doubtful label is printed all the same. True at once for a usual label.
-Task<bool> mayPrint(AppState &app, LabelDoubts doubts);
+/// Asks the clerk whether a doubtful label is printed all the same. True at once for a usual label. `label` brings its
+/// bytes, which the clerk may look at meanwhile.
+Task<bool> mayPrint(AppState &app, LabelDoubts doubts, ShipmentRecord label);
 
 } // namespace parcelory

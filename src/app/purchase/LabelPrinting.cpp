@@ -87,7 +87,8 @@ Task<ReprintResult> reprintLabel(AppState &app, ShipmentRecord record)
         result.firstVerdict = doubts.verdict;
     else if (kept.bytes)
         doubts.remember(kept.verdict);
-    const bool isAgreed = co_await mayPrint(app, doubts);
+    record.zpl = label;
+    const bool isAgreed = co_await mayPrint(app, doubts, record);
     if (isAgreed)
         result.printed = co_await printLabel(app, label);
     co_return result;

@@ -295,7 +295,7 @@ Task<LabelResult> PurchaseFlow::printLabelOf(OpenPurchase purchase)
 
 Task<LabelResult> PurchaseFlow::printHeldLabelOf(OpenPurchase purchase, LabelDoubts doubts)
 {
-    const bool isAgreed = co_await mayPrint(m_app, doubts);
+    const bool isAgreed = co_await mayPrint(m_app, doubts, purchase.record);
     if (isAgreed)
         co_return co_await printLabelOf(purchase);
     const QString reason = doubts.reason();

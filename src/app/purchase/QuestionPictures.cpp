@@ -6,6 +6,7 @@
 #include <QSize>
 
 #include <algorithm>
+#include <functional>
 #include <memory>
 
 namespace parcelory {
@@ -36,28 +37,100 @@ QRect around(const QRect &mark, const QRect &page)
     return area;
 }
 
+/// Where the words of an upright line of text are. The widest gaps between its columns of ink are its blanks.
+QList<QRect> placesOfWords(const QImage &page, const QRect &line, qsizetype words)
+{
+    struct Gap {
+        int begin, end;
+    };
+    QList<Gap> gaps;
+    int ink = -1; ///< the last column with ink, counted from the line's left
+    int first = -1;
+    for (int x = 0; x < line.width(); ++x) {
+        bool hasInk = false;
+        for (int y = line.top(); y <= line.bottom() && !hasInk; ++y)
+            hasInk = qGray(page.pixel(line.left() + x, y)) < 128;
+        if (!hasInk)
+            continue;
+        if (ink < 0)
+            first = x;
+        else if (x > ink + 1)
+            gaps.append({ink + 1, x});
+        ink = x;
+    }
+    if (first < 0 || gaps.size() + 1 < words)
+        return {};
+    std::ranges::sort(gaps, std::ranges::greater(), [](const Gap &gap) { return gap.end - gap.begin; });
+    gaps.resize(words - 1);
+    std::ranges::sort(gaps, {}, &Gap::begin);
+    gaps.append({ink + 1, ink + 1});
+    QList<QRect> places;
+    for (const Gap &gap : std::as_const(gaps)) {
+        places += QRect(line.left() + first, line.top(), gap.begin - first, line.height());
+        first = gap.end;
+    }
+    return places;
+}
+
+/// Where the words that differ are in their line.
+QList<QRect> differingWords(const QImage &page, const QRect &line, const LabelText &text, const QString &onLabel)
+{
+    const QStringList words = text.text.simplified().split(u' ');
+    const QStringList differing = onLabel.simplified().split(u' ', Qt::SkipEmptyParts);
+    if (text.turn != 0)
+        return {};
+    const QList<QRect> places = placesOfWords(page, line, words.size());
+    QList<QRect> found;
+    for (qsizetype at = 0; at < places.size(); ++at) {
+        const auto isIn = [&](const QString &word) { return words[at].contains(word, Qt::CaseInsensitive); };
+        if (std::ranges::any_of(differing, isIn))
+            found += places[at];
+    }
+    return found.size() < words.size() ? found : QList<QRect>(); // a whole line is marked already
+}
+
 } // namespace
 
-std::optional<QuestionPicture> thumbnailOf(const QByteArray &label, const QString &recipient)
+QList<QuestionPicture> thumbnailOf(const QByteArray &label, const QString &recipient)
 {
     const auto drawn = drawnOrNull(label);
     if (!drawn)
-        return std::nullopt;
-    return QuestionPicture{.png = pngOf(drawn->thumbnail), .name = u"Label picture, "_s + recipient};
+        return {};
+    return {{.png = pngOf(drawn->thumbnail), .name = u"Label picture, "_s + recipient}};
 }
 
-std::optional<QuestionPicture> enlargedPart(const QByteArray &label, const LabelFinding &difference)
+QList<QuestionPicture> enlargedParts(const QByteArray &label, const QList<LabelText> &texts,
+                                     const QList<LabelFinding> &differences)
 {
     const auto drawn = drawnOrNull(label);
-    const LabelPlace mark = drawn ? drawn->placeOf(difference.elements) : LabelPlace();
-    if (mark.area.isEmpty())
-        return std::nullopt;
-    const QImage &page = drawn->pages[mark.page].image;
-    const QRect part = around(mark.area, page.rect());
-    return QuestionPicture{.png = pngOf(page.copy(part)),
-                           .name = u"Part of the label: "_s + difference.onLabel,
-                           .caption = u"The label, enlarged:"_s,
-                           .mark = mark.area.translated(-part.topLeft())};
+    if (!drawn)
+        return {};
+    QList<QuestionPicture> parts;
+    QList<LabelPlace> shown;
+    for (const LabelFinding &difference : differences) {
+        const LabelPlace place = drawn->placeOf(difference.elements);
+        const auto isSame = [&](const LabelPlace &other) {
+            return other.page == place.page && other.area == place.area;
+        };
+        if (place.area.isEmpty() || std::ranges::any_of(shown, isSame))
+            continue;
+        shown += place;
+        const QImage &page = drawn->pages[place.page].image;
+        const QRect part = around(place.area, page.rect());
+        QList<QRect> words;
+        for (const LabelText &text : texts) {
+            if (difference.elements.contains(text.element) && drawn->placeOf(text.element).page == place.page)
+                words += differingWords(page, drawn->placeOf(text.element).area, text, difference.onLabel);
+        }
+        for (QRect &word : words)
+            word.translate(-part.topLeft());
+        parts += QuestionPicture{.png = pngOf(page.copy(part)),
+                                 .name = u"Part of the label: "_s + difference.onLabel,
+                                 .caption = u"The label, enlarged:"_s,
+                                 .mark = place.area.translated(-part.topLeft()),
+                                 .words = words};
+    }
+    return parts;
 }
 
 } // namespace parcelory

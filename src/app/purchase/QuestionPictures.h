@@ -4,16 +4,17 @@
 #include "core/ports/Prompts.h"
 
 #include <QByteArray>
-
-#include <optional>
+#include <QList>
 
 namespace parcelory {
 
 // Pictures of labels in questions. A label that cannot be drawn has none: a failed drawing holds no printing. Drawing
 // takes time, so call these on the thread pool.
 
-std::optional<QuestionPicture> thumbnailOf(const QByteArray &label, const QString &recipient);
-/// The part of the label where an item differs.
-std::optional<QuestionPicture> enlargedPart(const QByteArray &label, const LabelFinding &difference);
+/// A list of one picture, or an empty list.
+QList<QuestionPicture> thumbnailOf(const QByteArray &label, const QString &recipient);
+/// The parts of the label where items differ, each once. `texts`: what the label's elements say.
+QList<QuestionPicture> enlargedParts(const QByteArray &label, const QList<LabelText> &texts,
+                                     const QList<LabelFinding> &differences);
 
 } // namespace parcelory

@@ -47,7 +47,7 @@ Question reprintQuestion(const ShipmentLog &log, const ShipmentRecord &record, c
             .text = joinPresent({label, verdict}, u"\n"_s) + warningLines(warnings),
             .choices = {u"Cancel"_s, u"Reprint"_s},
             .safeChoice = 0,
-            .picture = thumbnailOf(kept.bytes.value_or(QByteArray()), record.recipientName())};
+            .pictures = thumbnailOf(kept.bytes.value_or(QByteArray()), record.recipientName())};
 }
 
 } // namespace
@@ -81,8 +81,9 @@ Task<QString> reprintChecked(AppState &app, ShipmentRecord record)
         warnings = labelWarnings(LabelUse::reprint, now, facts);
     }
     if (!warnings.isEmpty()) {
-        const Question question =
+        Question question =
             co_await onPool([&log = app.log, pictured, warnings] { return reprintQuestion(log, pictured, warnings); });
+        question.enlarge = [&app, pictured] { emit app.labelToShow(pictured, {}); };
         const int answer = co_await app.platform.prompts.choose(question);
         if (answer != 1)
             co_return QString();

@@ -131,7 +131,7 @@ TEST_F(HeldLabelTest, TheVerdictStaysBesideTheRowAndReprintRepeatsIt)
     EXPECT_EQ(reprinted(row), u"Label sent to ZD421."_s);
     ASSERT_EQ(prompts.questions.size(), 1);
     EXPECT_TRUE(prompts.questions[0].text.contains(u"\nAddress and tracking match the label ✓"_s));
-    EXPECT_TRUE(prompts.questions[0].picture) << "the label is seen before it is printed again";
+    EXPECT_EQ(prompts.questions[0].pictures.size(), 1) << "the label is seen before it is printed again";
 
     LabelVerdict different = *kept->verdict; // found with the whole address, of which the row has one line
     different.findings.first().match = LabelMatch::different;
@@ -171,15 +171,16 @@ TEST_F(HeldLabelTest, AReprintNamesEveryDifference)
     const struct {
         QByteArray from, to;
         QString sentence, title;
+        qsizetype words = 0; ///< that differ in their line
     } rows[] = {
-        {"APT 3B", "APT 8B", u"The unit differs: APT 3B on the parcel, APT 8B on the label."_s, mismatch},
+        {"APT 3B", "APT 8B", u"The unit differs: APT 3B on the parcel, APT 8B on the label."_s, mismatch, 2},
         {"ELEANOR", "GUDRUN", u"The name differs: Eleanor Whitfield on the parcel, GUDRUN WHITFIELD on the label."_s,
          mismatch},
         {">842028801", ">842028804", u"The ZIP differs: 28801 on the parcel, 28804 on the label."_s, mismatch},
         {number, other, u"The tracking number in the bar code differs: "_s + bought.tracking,
          u"Wrong Tracking Number on This Label"_s},
         {"", "", u"This label says “SAMPLE — DO NOT MAIL”, but the key is live."_s, u"This Is a Sample Label"_s}};
-    for (const auto &[from, to, sentence, title] : rows) {
+    for (const auto &[from, to, sentence, title, words] : rows) {
         SCOPED_TRACE(sentence.toStdString());
         ShipmentRecord record = bought;
         record.testMode = !from.isEmpty();
@@ -191,10 +192,33 @@ TEST_F(HeldLabelTest, AReprintNamesEveryDifference)
         ASSERT_EQ(prompts.questions.size(), 1);
         EXPECT_EQ(prompts.questions[0].title, title);
         EXPECT_TRUE(prompts.questions[0].text.startsWith(sentence)) << prompts.questions[0].text.toStdString();
-        const auto &picture = prompts.questions[0].picture;
-        EXPECT_TRUE(picture && !picture->mark.isEmpty());
+        const QuestionPicture picture = prompts.questions[0].pictures.value(0);
+        EXPECT_FALSE(picture.mark.isEmpty());
+        EXPECT_EQ(picture.words.size(), words);
+        for (const QRect &word : picture.words)
+            EXPECT_TRUE(picture.mark.contains(word) && word.left() > picture.mark.center().x()) << "at the line's end";
     }
     EXPECT_EQ(processes.lastPrinted(), Zpl::rotated(*bought.zpl)) << "only the label that was bought came out";
+}
+
+TEST_F(HeldLabelTest, ALabelIsSavedAsAPictureInTheRememberedFolder)
+{
+    composeAndRate(homeAddress());
+    buy();
+    LabelPreview &preview = screen().preview;
+    runUntil([&] { return preview.sight.value().picture != nullptr; }, &clock);
+    const QTemporaryDir folder;
+    for (const auto &[name, kind] :
+         {std::pair(u"label.png"_s, LabelKind::png), std::pair(u"label.pdf"_s, LabelKind::pdf)}) {
+        prompts.file = folder.filePath(name);
+        runTask(preview.save(), &clock);
+        EXPECT_EQ(preview.message.value(), u"Saved to "_s + name);
+        EXPECT_EQ(labelKind(contentsOf(folder.filePath(name))), kind);
+    }
+    prompts.file = folder.filePath(u"missing/label.png"_s);
+    runTask(preview.save(), &clock);
+    EXPECT_EQ(QFileInfo(prompts.fileQuestions.last().second).path(), folder.path());
+    EXPECT_FALSE(preview.message.value().isEmpty() || preview.message.value().startsWith(u"Saved"));
 }
 
 } // namespace parcelory::test
