@@ -23,7 +23,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int questionWidth = 540, pictureWidth = 430, pictureHeight = 148; ///< of an enlarged part
+constexpr int questionWidth = 540, widerQuestion = 600; ///< with an enlarged picture
+constexpr int pictureWidth = 490, pictureHeight = 132;  ///< of an enlarged part
 
 TextLabel *paragraph(const QString &text, FontRole role = FontRole::body)
 {
@@ -155,7 +156,9 @@ Dialog *makeAlert(Clock &clock, const QString &title, const QString &text, QWidg
 
 Dialog *makeQuestion(Clock &clock, const Question &question, QWidget *parent)
 {
-    auto *dialog = new Dialog(clock, question.title, u"ui_warning"_s, &Tokens::warn, questionWidth, parent);
+    auto *dialog =
+        new Dialog(clock, question.title, u"ui_warning"_s, &Tokens::warn,
+                   question.comparison && !question.pictures.isEmpty() ? widerQuestion : questionWidth, parent);
     dialog->setAccessibleDescription(question.text);
     QWidget *picture = question.comparison ? addComparison(dialog, question) : addText(dialog, question, parent);
     for (int choice = 0; choice < question.choices.size(); ++choice) {

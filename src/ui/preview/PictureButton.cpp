@@ -41,7 +41,9 @@ QPixmap drawn(const QuestionPicture &picture, QSize room)
             scaled(picture.mark, scale).adjusted(-5 * sharpness, -3 * sharpness, 5 * sharpness, 3 * sharpness),
             4 * sharpness, 4 * sharpness);
         painter.setPen(Qt::NoPen);
-        painter.setBrush(lightTokens().warnTint.darker(125));
+        QColor darker = lightTokens().warnEdge;
+        darker.setAlphaF(0.45F);
+        painter.setBrush(darker);
         for (const QRect &word : picture.words)
             painter.drawRoundedRect(scaled(word, scale).adjusted(-3 * sharpness, 0, 3 * sharpness, 0), 3 * sharpness,
                                     3 * sharpness);
