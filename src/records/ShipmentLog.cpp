@@ -4,6 +4,7 @@
 #include "core/PrivateFiles.h"
 #include "core/Progress.h"
 #include "records/LogChain.h"
+#include "records/LogExport.h"
 #include "records/LogRead.h"
 #include "records/RefundNotes.h"
 #include "records/ShipmentLogRows.h"
@@ -125,7 +126,8 @@ bool ShipmentLog::migrate() const
             m_db.exec(("ALTER TABLE shipments ADD COLUMN " + QByteArray(column.first) + ' ' + column.second + ';')
                           .constData());
     }
-    if (m_db.exec("COMMIT"))
+    const bool isNew = !Statement(m_db, "SELECT 1 FROM shipments").step();
+    if ((!isNew || LogExport::addIndex(m_db)) && m_db.exec("COMMIT"))
         return true;
     m_db.exec("ROLLBACK");
     return false;

@@ -2,10 +2,10 @@
 
 #include "core/AppError.h"
 #include "core/Progress.h"
-#include "core/Task.h"
 #include "records/EndiciaDates.h"
 #include "records/EndiciaFormat.h"
 #include "records/LogChain.h"
+#include "records/LogExport.h"
 #include "records/LogRead.h"
 #include "records/ShipmentLogRows.h"
 #include "records/ShipmentRecord.h"
@@ -27,84 +27,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr auto selectLine = "SELECT status, created_at, transaction_id, recipient, zip11, postage, weight_oz, balance,"
-                            " service, services, tracking, declared_value, description, reference, group_code, email"
-                            " FROM shipments WHERE id = ?";
-
 /// Rows between two progress reports.
 constexpr int portion = 2000;
-
-EndiciaFormat::Line lineOf(const Statement &row)
-{
-    return {.status = row.utf8(0),
-            .createdAt = ShipmentLogRows::msecsOf(row.real(1)),
-            .transactionID = row.utf8(2),
-            .recipient = row.utf8(3),
-            .zip11 = row.utf8(4),
-            .postage = row.real(5),
-            .weightOz = row.real(6),
-            .balance = row.utf8(7),
-            .service = row.utf8(8),
-            .services = row.utf8(9),
-            .tracking = row.utf8(10),
-            .declaredValue = row.utf8(11),
-            .descriptionText = row.utf8(12),
-            .reference = row.utf8(13),
-            .groupCode = row.utf8(14),
-            .email = row.utf8(15)};
-}
-
-/// Reads lines on its own connection and a pool thread.
-class LineReader {
-public:
-    explicit LineReader(const QString &path) : m_db(path), m_row(m_db, selectLine) {}
-    ~LineReader() { m_reading.waitForFinished(); }
-    LineReader(const LineReader &) = delete;
-    LineReader &operator=(const LineReader &) = delete;
-
-    void start(std::span<const qint64> ids)
-    {
-        m_reading = QtConcurrent::run(&workPool(), [this, ids] { return read(ids); });
-    }
-    /// The lines of the rows that start() named; nothing if they could not be read.
-    std::optional<QByteArray> result() { return m_reading.result(); }
-    /// After result().
-    const Database &database() const { return m_db; }
-
-private:
-    std::optional<QByteArray> read(std::span<const qint64> ids)
-    {
-        const Snapshot snapshot(m_db); // one lock for all rows, released before they are written
-        QByteArray lines;
-        for (const qint64 id : ids) {
-            m_row.bind(1, id);
-            if (m_row.step())
-                EndiciaFormat::append(lines, lineOf(m_row), m_dates);
-            else if (!m_row.isComplete())
-                return std::nullopt;
-            m_row.reset();
-        }
-        return lines;
-    }
-
-    Database m_db;
-    Statement m_row;
-    EndiciaDates m_dates;
-    QFuture<std::optional<QByteArray>> m_reading;
-};
-
-/// The ids of all rows, the oldest first; nothing if they could not be read.
-std::optional<std::vector<qint64>> oldestFirst(const Database &db)
-{
-    Statement query(db, "SELECT id FROM shipments ORDER BY created_at DESC, id DESC");
-    std::vector<qint64> ids;
-    while (query.step())
-        ids.push_back(query.integer(0));
-    if (!query.isComplete())
-        return std::nullopt;
-    std::ranges::reverse(ids);
-    return ids;
-}
 
 QByteArray readFile(const QString &path)
 {
@@ -231,10 +155,11 @@ LogRead<bool> ShipmentLog::exportEndiciaCSV(QIODevice &out, const Progress &prog
     if (!write(EndiciaFormat::header().toUtf8() + '\n'))
         return false;
     const Database db(m_path);
-    const std::optional<std::vector<qint64>> ids = oldestFirst(db);
+    const std::optional<std::vector<qint64>> ids = LogExport::oldestFirst(db);
     if (!ids)
         return LogRead<bool>::failed(notRead(db));
     // One reader reads while the other reader's lines are written; reading is most of the work.
+    using LogExport::LineReader;
     std::array<LineReader, 2> readers{LineReader(m_path), LineReader(m_path)};
     std::span<const qint64> rest(*ids);
     const auto start = [&rest](LineReader &reader) {

@@ -1,4 +1,5 @@
 #include "records/LogChain.h"
+#include "records/LogExport.h"
 #include "records/ShipmentLog.h"
 
 #include <optional>
@@ -24,6 +25,11 @@ bool ShipmentLog::sealOlder(const CancelToken &cancel)
             return false;
     } while (*last);
     return true;
+}
+
+bool ShipmentLog::indexForExport()
+{
+    return change([](Database &db) { return LogExport::addIndex(db); });
 }
 
 LogRead<LogChain::Report> ShipmentLog::verify(const QList<LogChain::Head> &known, const Progress &progress) const

@@ -319,4 +319,22 @@ TEST_F(LogTest, RejectsAFileThatIsNotText)
     EXPECT_EQ(file.recipients(), QStringList());
 }
 
+TEST_F(LogTest, TheIndexOfAnExportChangesNothingButItsSpeed)
+{
+    const auto indexes = [&] { return file.ask("SELECT count(*) FROM sqlite_master WHERE name LIKE '%_exported'"); };
+    EXPECT_EQ(indexes(), QStringList(u"1"_s)) << "a new log has it";
+    for (int minute : {7, 3, 3, 9})
+        EXPECT_TRUE(log.insert(shipmentTo(u"Ana %1"_s.arg(minute), minute)));
+    file.run("UPDATE shipments SET email = 'late', created_at = 'no date' WHERE id = 2");
+    const QString indexed = exported(log);
+    file.run("DROP INDEX idx_shipments_exported");
+    EXPECT_EQ(exported(log), indexed);
+    EXPECT_TRUE(log.indexForExport());
+    EXPECT_EQ(indexes(), QStringList(u"1"_s)) << "an older log gets it";
+    file.run("DROP INDEX idx_shipments_exported; UPDATE sqlite_sequence SET seq = 300001;"
+             "UPDATE shipments SET id = 300001 WHERE id = 1");
+    EXPECT_TRUE(log.indexForExport());
+    EXPECT_EQ(indexes(), QStringList(u"0"_s)) << "the clerk would wait for the index of a large log";
+}
+
 } // namespace parcelory::test

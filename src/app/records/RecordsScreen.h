@@ -39,8 +39,8 @@ public:
     /// True if the newest good copy is older than three days.
     bool isLate() const;
 
-    /// At the start: seals rows of an older log, lists the copies, and makes the copy of the day. From then on, the
-    /// first change of the mailing log on a day makes the copy of that day.
+    /// At the start: seals and indexes rows of an older log, lists the copies, and makes the copy of the day. From then
+    /// on, the first change of the mailing log on a day makes the copy of that day.
     Task<> start();
     Task<> copyNow(CopyReason reason = CopyReason::byHand);
     Task<> chooseFolder();
