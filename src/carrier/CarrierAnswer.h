@@ -3,6 +3,7 @@
 // Include it only in .cpp files and PagedList.h, because it includes the JSON library.
 
 #include "core/Json.h"
+#include "core/Task.h"
 
 namespace parcelory {
 
@@ -15,6 +16,14 @@ T decodeAnswer(const QByteArray &answer)
     } catch (const DecodeError &error) {
         throw DecodeError(QStringLiteral("Shippo's response could not be read — ") + error.description() + u'.');
     }
+}
+
+/// The same on the thread pool: a response may have megabytes.
+template <class T>
+Task<T> readAnswer(QByteArray answer)
+{
+    const T record = co_await onPool([answer] { return decodeAnswer<T>(answer); });
+    co_return record;
 }
 
 /// The records of a list's page that can be read; a damaged record is left out. Throws DecodeError if the page is no

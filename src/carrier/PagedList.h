@@ -37,7 +37,7 @@ Task<QList<T>> pagedList(Fetch fetch, QString path, QDateTime cutoff, Created cr
     QList<T> all;
     for (int pages = 1;; ++pages) {
         const QByteArray answer = co_await fetch(path);
-        const auto page = decodeAnswer<ShippoList<T>>(answer);
+        const auto page = co_await readAnswer<ShippoList<T>>(answer);
         all += page.results;
         const bool isLast = page.next.value_or(QString()).isEmpty();
         if (state && isLast)

@@ -54,25 +54,25 @@ Task<ShippoRefund> ShippoClient::refund(QString transactionID)
 {
     const Json body = {{"transaction", transactionID.toStdString()}, {"async", false}};
     const QByteArray answer = co_await request(u"refunds/"_s, "POST", dumpJson(body));
-    co_return decodeAnswer<ShippoRefund>(answer);
+    co_return co_await readAnswer<ShippoRefund>(answer);
 }
 
 Task<ShippoTransaction> ShippoClient::transaction(QString transactionID)
 {
     const QByteArray answer = co_await request(u"transactions/"_s + step(transactionID));
-    co_return decodeAnswer<ShippoTransaction>(answer);
+    co_return co_await readAnswer<ShippoTransaction>(answer);
 }
 
 Task<ShippoTrackStatus> ShippoClient::track(QString carrier, QString trackingNumber)
 {
     const QByteArray answer = co_await request(u"tracks/"_s + step(carrier) + u'/' + step(trackingNumber));
-    co_return decodeAnswer<ShippoTrackStatus>(answer);
+    co_return co_await readAnswer<ShippoTrackStatus>(answer);
 }
 
 Task<QList<ShippoCarrierAccount>> ShippoClient::carrierAccounts()
 {
     const QByteArray answer = co_await request(u"carrier_accounts?results=100"_s);
-    auto accounts = decodeAnswer<ShippoCarrierAccountList>(answer);
+    auto accounts = co_await readAnswer<ShippoCarrierAccountList>(answer);
     co_return std::move(accounts.results);
 }
 
@@ -83,7 +83,7 @@ Task<ShippoManifest> ShippoClient::createManifest(QString carrierAccount, Shippo
                        {"address_from", addressObject(from)},
                        {"async", false}};
     const QByteArray created = co_await request(u"manifests/"_s, "POST", dumpJson(body));
-    auto manifest = decodeAnswer<ShippoManifest>(created);
+    auto manifest = co_await readAnswer<ShippoManifest>(created);
     try {
         manifest = co_await polled(manifest);
     } catch (const AppError &error) {
@@ -99,7 +99,8 @@ Task<ShippoManifest> ShippoClient::createManifest(QString carrierAccount, Shippo
 Task<ShippoManifest> ShippoClient::polled(ShippoManifest manifest)
 {
     const auto fetch = [this, path = u"manifests/"_s + step(manifest.objectId)]() -> Task<ShippoManifest> {
-        co_return decodeAnswer<ShippoManifest>(co_await request(path));
+        const QByteArray answer = co_await request(path);
+        co_return co_await readAnswer<ShippoManifest>(answer);
     };
     manifest = co_await pollWhilePending(m_clock, manifest, fetch);
     const ManifestStatus status = manifestStatus(manifest);
@@ -112,14 +113,15 @@ Task<ShippoManifest> ShippoClient::polled(ShippoManifest manifest)
 Task<ShippoManifest> ShippoClient::manifest(QString id)
 {
     const QByteArray answer = co_await request(u"manifests/"_s + step(id));
-    auto manifest = decodeAnswer<ShippoManifest>(answer);
+    auto manifest = co_await readAnswer<ShippoManifest>(answer);
     co_return co_await polled(manifest);
 }
 
 Task<QList<ShippoManifest>> ShippoClient::newestManifests()
 {
     const QByteArray answer = co_await request(u"manifests?results=25"_s);
-    co_return readableRecords<ShippoManifest>(answer);
+    const auto records = co_await onPool([answer] { return readableRecords<ShippoManifest>(answer); });
+    co_return records;
 }
 
 Task<QByteArray> ShippoClient::countedPage(QString path, std::shared_ptr<Listing> listing)
@@ -152,7 +154,8 @@ Task<QByteArray> ShippoClient::countedPage(QString path, std::shared_ptr<Listing
 Task<QByteArray> ShippoClient::countedPurchases(QString path, std::shared_ptr<Listing> listing)
 {
     const QByteArray page = co_await countedPage(path, listing);
-    co_return withRateIds(page);
+    const QByteArray known = co_await onPool([page] { return withRateIds(page); });
+    co_return known;
 }
 
 Task<QList<MasterEntry>> ShippoClient::masterLog(QDate from, QDate to, std::shared_ptr<Listing> listing)

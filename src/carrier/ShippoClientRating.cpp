@@ -36,14 +36,14 @@ Task<ShippoValidatedAddress> ShippoClient::validateAddress(ShippoAddress address
     Json body = addressObject(address);
     body["validate"] = true;
     const QByteArray answer = co_await request(u"addresses/"_s, "POST", dumpJson(body));
-    co_return decodeAnswer<ShippoValidatedAddress>(answer);
+    co_return co_await readAnswer<ShippoValidatedAddress>(answer);
 }
 
 Task<ShippoShipment> ShippoClient::rates(RatingRequest rating)
 {
     rating.from.company = m_sanitizer.sanitize(rating.from.company);
     const QByteArray answer = co_await request(u"shipments/"_s, "POST", dumpJson(shipmentBody(rating)));
-    co_return decodeAnswer<ShippoShipment>(answer);
+    co_return co_await readAnswer<ShippoShipment>(answer);
 }
 
 Task<ShippoTransaction> ShippoClient::purchase(QString rateId, QString labelFileType, QString metadata)
@@ -52,7 +52,7 @@ Task<ShippoTransaction> ShippoClient::purchase(QString rateId, QString labelFile
     if (!metadata.isEmpty())
         body["metadata"] = firstCharacters(metadata, metadataLimit).toStdString();
     const QByteArray bought = co_await request(u"transactions/"_s, "POST", dumpJson(body));
-    auto transaction = decodeAnswer<ShippoTransaction>(bought);
+    auto transaction = co_await readAnswer<ShippoTransaction>(bought);
     const QString id = transaction.objectId;
     try {
         transaction = co_await pollWhilePending(m_clock, transaction, [this, id] { return this->transaction(id); });
@@ -84,13 +84,15 @@ Task<QList<ShippoTransaction>> ShippoClient::purchasesOf(QString rateId, QDateTi
 Task<QList<ShippoTransaction>> ShippoClient::newestPurchases()
 {
     const QByteArray page = co_await listedPurchases(newestHundred);
-    co_return readableRecords<ShippoTransaction>(page);
+    const auto records = co_await onPool([page] { return readableRecords<ShippoTransaction>(page); });
+    co_return records;
 }
 
 Task<QByteArray> ShippoClient::listedPurchases(QString path)
 {
     const QByteArray page = co_await request(path);
-    co_return withRateIds(page);
+    const QByteArray known = co_await onPool([page] { return withRateIds(page); });
+    co_return known;
 }
 
 Task<QByteArray> ShippoClient::downloadLabel(QString url)
