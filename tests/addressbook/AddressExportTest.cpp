@@ -98,10 +98,8 @@ TEST(AddressExport, ComesBackIntoAnEmptyBookUnchanged)
         const QList<PostalContact> book = store.rows();
         int copy = 0;
         for (const QByteArray &bytes : {vCards(book), csv(book)}) {
-            QFile file(folder.filePath(u"export"_s));
-            ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
-            file.close();
-            const ReadAddresses read = LocalAddressStore::importVCard(file.fileName());
+            put(folder.filePath(u"export"_s), bytes);
+            const ReadAddresses read = LocalAddressStore::importVCard(folder.filePath(u"export"_s));
             EXPECT_TRUE(read.contacts.isEmpty());
             LocalAddressStore empty{QDir(folder.filePath(QString::number(++copy)))};
             EXPECT_EQ(empty.add(read).imported, book.size());

@@ -205,10 +205,7 @@ TEST(VCard, RejectsOtherFilesAndTruncatedFiles)
 TEST(VCard, NamesTheCardsWithoutAnEndAndReadsJoinedFiles)
 {
     const QByteArray whole = card("ADR:;;1 Elm St");
-    const struct {
-        QByteArray file;
-        QStringList people, skipped;
-    } rows[] = {
+    const std::tuple<QByteArray, QStringList, QStringList> rows[] = {
         {"BEGIN:VCARD\nN:Lost;Ana\nADR:;;9\nBEGIN:VCARD\nADR:;;8\n" + whole,
          {u"Jo Doe, 1 Elm St"_s},
          {u"Ana Lost"_s, u"a card without a name"_s}},
@@ -218,14 +215,14 @@ TEST(VCard, NamesTheCardsWithoutAnEndAndReadsJoinedFiles)
         {whole + "\xEF\xBB\xBF" + whole, {u"Jo Doe, 1 Elm St"_s, u"Jo Doe, 1 Elm St"_s}, {}},
         {"BEGIN:VCARD\nFN:\nORG:Harbor Books\nADR:;;3 Pier\n" + whole, {u"Jo Doe, 1 Elm St"_s}, {u"Harbor Books"_s}},
     };
-    for (const auto &row : rows) {
+    for (const auto &[file, people, skipped] : rows) {
         ImportProgress progress;
-        const ReadAddresses read = VCard::read(row.file, progress);
-        QStringList people;
+        const ReadAddresses read = VCard::read(file, progress);
+        QStringList found;
         for (const PostalContact &contact : read.contacts)
-            people += contact.name + u", "_s + contact.street1;
-        EXPECT_EQ(people, row.people) << row.file.toStdString();
-        EXPECT_EQ(read.skipped, row.skipped) << row.file.toStdString();
+            found += contact.name + u", "_s + contact.street1;
+        EXPECT_EQ(found, people) << file.toStdString();
+        EXPECT_EQ(read.skipped, skipped) << file.toStdString();
     }
 }
 

@@ -27,13 +27,7 @@ struct Desk : CarrierDesk {
         settle();
     }
     ~Desk() { finish(); }
-    void finish()
-    {
-        for (int step = 0; step < 5; ++step) {
-            workPool().waitForDone();
-            settle();
-        }
-    }
+    void finish() { settlePool(5); }
     void run(Task<> task)
     {
         runTask(std::move(task), &clock);
@@ -62,7 +56,6 @@ struct Desk : CarrierDesk {
     }
 
     // Before an operation.
-    void nothing() {}
     void noBrowser() { desktop.fails = true; }
     void otherProgram() { (other = std::make_unique<PurchaseJournal>(QDir(folder.path())))->open(); }
     void hasLabel() { logged(); }
@@ -110,6 +103,8 @@ struct Row {
 };
 
 // Faults.
+
+void none(Desk &) {}
 
 Step scenario(const CarrierScenario &faulty)
 {
@@ -251,13 +246,13 @@ TEST(RecordedFailures, OfTheLabelScreen)
         {rated(london, Carrier::fedex), laserFails, &Desk::buy, &Desk::banner, fedex},
         {rated(london, Carrier::fedex), down("documents"), &Desk::buy, &Desk::banner, fedex},
         {composed(london), laserFails, printInvoice, &Desk::banner, invoice},
-        {composed(london, Carrier::usps, u"Zo\u0378"_s), &Desk::nothing, printInvoice, &Desk::banner, invoice},
+        {composed(london, Carrier::usps, u"Zo\u0378"_s), none, printInvoice, &Desk::banner, invoice},
         {bought(home), zebraFails, reprint, lastLabel, u"Reprint"_s},
-        {&Desk::nothing, zebraFails, &Desk::printFound, found, u"Reprint"_s},
-        {&Desk::nothing, &Desk::otherProgram, resume, &Desk::alertText, u"Purchase Journal"_s},
-        {&Desk::nothing, &Desk::nothing, noise, scanned, u"Scanner"_s},
-        {&Desk::nothing, &Desk::nothing, scan(u"012"_s), scanned, u"Deskline Invoice"_s},
-        {&Desk::nothing, &Desk::nothing, scan(u"48213"_s), scanned, u"Deskline Invoice 48213"_s},
+        {none, zebraFails, &Desk::printFound, found, u"Reprint"_s},
+        {none, &Desk::otherProgram, resume, &Desk::alertText, u"Purchase Journal"_s},
+        {none, none, noise, scanned, u"Scanner"_s},
+        {none, none, scan(u"012"_s), scanned, u"Deskline Invoice"_s},
+        {none, none, scan(u"48213"_s), scanned, u"Deskline Invoice 48213"_s},
     });
 }
 
@@ -274,31 +269,28 @@ TEST(RecordedFailures, OfTheLogsAndScanForms)
     const Step show = [](Desk &desk) { desk.run(desk.screens.scanForm.show({.id = 1})); };
     const QString papers = u"Customs Docs Reprint"_s, scanForm = u"SCAN Form"_s;
     expectRecorded({
-        {&Desk::nothing, toolFails(u"ZD421"_s, 1), &Desk::reprintStored, message, u"Reprint"_s},
-        {&Desk::nothing, &Desk::nothing, onLabel(&Log::reprint), message, u"Reprint"_s, Popup::yes},
-        {&Desk::nothing, &Desk::nothing, onLabel(&Log::reprintCustoms), message, papers, Popup::yes},
-        {&Desk::nothing, toolFails(u"Laser"_s, 1), &Desk::reprintStoredPapers, message, papers},
-        {&Desk::nothing, &Desk::noBrowser, onLabel(&Log::trackOnline), message, u"Track Online"_s},
-        {&Desk::nothing, down("tracks"), onLabel(&Log::checkStatus), message, u"Check Status"_s, Popup::yes},
-        {&Desk::nothing, down("refunds"), onLabel(&Log::refund), message, u"Refund"_s, Popup::yes},
-        {&Desk::nothing, down("transactions"), onLabel(&Log::refund, u"REFUND_PENDING"_s), message, u"Refund"_s,
-         Popup::yes},
-        {&Desk::nothing, damaged("CREATE TRIGGER a BEFORE UPDATE ON shipments BEGIN SELECT RAISE(ABORT, 'full'); END"),
+        {none, toolFails(u"ZD421"_s, 1), &Desk::reprintStored, message, u"Reprint"_s},
+        {none, none, onLabel(&Log::reprint), message, u"Reprint"_s, Popup::yes},
+        {none, none, onLabel(&Log::reprintCustoms), message, papers, Popup::yes},
+        {none, toolFails(u"Laser"_s, 1), &Desk::reprintStoredPapers, message, papers},
+        {none, &Desk::noBrowser, onLabel(&Log::trackOnline), message, u"Track Online"_s},
+        {none, down("tracks"), onLabel(&Log::checkStatus), message, u"Check Status"_s, Popup::yes},
+        {none, down("refunds"), onLabel(&Log::refund), message, u"Refund"_s, Popup::yes},
+        {none, down("transactions"), onLabel(&Log::refund, u"REFUND_PENDING"_s), message, u"Refund"_s, Popup::yes},
+        {none, damaged("CREATE TRIGGER a BEFORE UPDATE ON shipments BEGIN SELECT RAISE(ABORT, 'full'); END"),
          onLabel(&Log::refund), message, u"Refund"_s},
-        {&Desk::nothing, &Desk::nothing, does(&Screens::mailingLog, &Log::exportCSV), message, u"Export CSV"_s},
-        {&Desk::nothing, &Desk::nothing, does(&Screens::mailingLog, &Log::importCSV), message, u"Import CSV"_s},
+        {none, none, does(&Screens::mailingLog, &Log::exportCSV), message, u"Export CSV"_s},
+        {none, none, does(&Screens::mailingLog, &Log::importCSV), message, u"Import CSV"_s},
         {&Desk::hasLabel, damaged(gone), &Desk::searchTwice, message, u"Mailing Log"_s},
-        {&Desk::nothing, down("shipments"), does(&Screens::masterLog, &MasterLogScreen::load), account,
-         u"Master Log"_s},
-        {&Desk::nothing, &Desk::nothing, does(&Screens::masterLog, &MasterLogScreen::exportCSV), account,
-         u"Master Log Export"_s},
-        {&Desk::nothing, &Desk::noBrowser, track, account, u"Track Online"_s},
+        {none, down("shipments"), does(&Screens::masterLog, &MasterLogScreen::load), account, u"Master Log"_s},
+        {none, none, does(&Screens::masterLog, &MasterLogScreen::exportCSV), account, u"Master Log Export"_s},
+        {none, &Desk::noBrowser, track, account, u"Track Online"_s},
         {&Desk::hasLabel, down("carrier_accounts"), &Desk::makeScanForm, made, scanForm},
         {&Desk::hasLabel, answers("manifests", 400, "{}"), &Desk::makeScanForm, made, scanForm},
-        {&Desk::nothing, damaged(gone), &Desk::makeScanForm, made, scanForm},
+        {none, damaged(gone), &Desk::makeScanForm, made, scanForm},
         {&Desk::hasScanForm, toolFails(u"Laser"_s, 1), does(&Screens::scanForm, &ScanFormScreen::print), form,
          scanForm},
-        {&Desk::hasScanForm, &Desk::nothing, does(&Screens::scanForm, &ScanFormScreen::save), form, scanForm},
+        {&Desk::hasScanForm, none, does(&Screens::scanForm, &ScanFormScreen::save), form, scanForm},
         {&Desk::hasLabel, damaged("CREATE TABLE scan_forms (x)"), does(&Screens::scanForm, &ScanFormScreen::load), form,
          scanForm},
         {&Desk::hasLabel, damaged("CREATE TABLE scan_forms (x)"), show, form, scanForm},
@@ -324,19 +316,18 @@ TEST(RecordedFailures, OfTheOtherScreens)
     const Step fullBook = full("addresses", u"addresses.sqlite"_s);
     const QString import = u"Address Book Import"_s;
     expectRecorded({
-        {&Desk::nothing, toolFails(u"lpstat"_s, 139), does(&Screens::settings, &SettingsScreen::refreshPrinters),
-         printers, u"Printers"_s},
-        {&Desk::nothing, toolFails(u"lpr"_s, 1), does(&Screens::settings, &SettingsScreen::printTest), printers,
-         u"Print Test"_s},
-        {&Desk::nothing, fullBook, save, status, u"Address Book"_s},
-        {&Desk::nothing, fullBook, keep, status, u"Address Book"_s},
-        {&Desk::nothing, &Desk::nothing, does(&Screens::addressBook, &AddressBook::importVCard), status, import},
-        {&Desk::nothing, &Desk::nothing, does(&Screens::addressBook, &AddressBook::importEndicia), status, import},
-        {&Desk::nothing, &Desk::nothing, does(&Screens::addressBook, &AddressBook::importContacts), status, import},
-        {&Desk::nothing, &Desk::nothing, signIn, login, u"Sign-In"_s},
+        {none, toolFails(u"lpstat"_s, 139), does(&Screens::settings, &SettingsScreen::refreshPrinters), printers,
+         u"Printers"_s},
+        {none, toolFails(u"lpr"_s, 1), does(&Screens::settings, &SettingsScreen::printTest), printers, u"Print Test"_s},
+        {none, fullBook, save, status, u"Address Book"_s},
+        {none, fullBook, keep, status, u"Address Book"_s},
+        {none, none, does(&Screens::addressBook, &AddressBook::importVCard), status, import},
+        {none, none, does(&Screens::addressBook, &AddressBook::importEndicia), status, import},
+        {none, none, does(&Screens::addressBook, &AddressBook::importContacts), status, import},
+        {none, none, signIn, login, u"Sign-In"_s},
         {feed, toolFails(u"curl"_s, 6), does(&Screens::updates, &UpdateChecker::checkNow), &Desk::alertText,
          u"Update Check"_s},
-        {&Desk::nothing, offer, does(&Screens::updates, &UpdateChecker::install), update, u"Self-Update"_s},
+        {none, offer, does(&Screens::updates, &UpdateChecker::install), update, u"Self-Update"_s},
     });
 }
 

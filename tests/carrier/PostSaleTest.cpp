@@ -1,29 +1,12 @@
+#include "ClientTest.h"
 #include "carrier/MasterEntry.h"
 #include "carrier/PagedList.h"
-#include "carrier/ShippoClient.h"
-#include "carrier/ShippoError.h"
-#include "carrier/ShippoKeys.h"
-#include "carrier/ShippoRecords.h"
-#include "core/Json.h"
-#include "core/Task.h"
-#include "practice/carrier/CarrierScenario.h"
-#include "support/CarrierDesk.h"
-#include "support/Test.h"
 
 namespace parcelory::test {
 namespace {
 
-class PostSaleTest : public testing::Test {
+class PostSaleTest : public ClientTest {
 protected:
-    CarrierDesk desk;
-    ShippoKeys keys{desk.secrets, desk.preferences};
-    ShippoClient client{desk.platform, keys};
-
-    template <class T>
-    T run(Task<T> task)
-    {
-        return runTask(std::move(task), &desk.clock);
-    }
     QString manifestOutcome(const QString &account)
     {
         QString status = u"no status"_s;
@@ -50,17 +33,9 @@ protected:
 TEST_F(PostSaleTest, WaitsForAScanFormAndSaysWhatBecameOfIt)
 {
     // What the carrier answers is given word by word: these states are its own.
-    const std::pair<QByteArray, QString> rows[] = {
-        {R"({"object_id": "m", "status": "SUCCESS"})", u"SUCCESS"_s},
-        {R"({"object_id": "m", "status": "ERROR"})",
-         u"Shippo couldn't create the SCAN form — usually this means today's labels were already manifested, or the "
-         "carrier doesn't allow it for these labels."_s},
-        {R"({"object_id": "m"})",
-         u"Shippo is still generating the SCAN form (status: unknown). Try again in a minute."_s},
-    };
-    for (const auto &[body, outcome] : rows) {
-        answerManifest(body);
-        EXPECT_EQ(manifestOutcome(u"account"_s), outcome);
+    for (const Json &row : table(u"carrier-errors"_s, "SCAN form states")) {
+        answerManifest(body(row[0]));
+        EXPECT_EQ(manifestOutcome(u"account"_s), text(row[1]));
     }
     answerManifest(R"({"object_id": "m", "status": "WAITING"})");
     EXPECT_THROW(run(client.createManifest(u"account"_s, deskAddress(), desk.clock.now())), Unconfirmed)

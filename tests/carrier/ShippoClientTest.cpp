@@ -1,25 +1,12 @@
-#include "carrier/ShippoClient.h"
+#include "ClientTest.h"
 #include "carrier/RequestBodies.h"
-#include "carrier/ShippoError.h"
-#include "carrier/ShippoKeys.h"
-#include "carrier/ShippoRecords.h"
 #include "compose/Customs.h"
-#include "core/Task.h"
-#include "practice/carrier/CarrierScenario.h"
-#include "support/CarrierDesk.h"
-#include "support/RunTask.h"
-#include "support/Table.h"
-#include "support/Test.h"
 
 namespace parcelory::test {
 namespace {
 
-class ShippoClientTest : public testing::Test {
+class ShippoClientTest : public ClientTest {
 protected:
-    CarrierDesk desk;
-    ShippoKeys keys{desk.secrets, desk.preferences};
-    ShippoClient client{desk.platform, keys};
-
     RatingRequest parcel() const
     {
         return {.from = deskAddress(),
@@ -31,15 +18,15 @@ protected:
     Json rated(const RatingRequest &request)
     {
         desk.carrier.clearRequests();
-        runTask(client.rates(request), &desk.clock);
+        run(client.rates(request));
         return desk.sent("/shipments/").first();
     }
     ShippoTransaction buy(const QString &metadata = {})
     {
-        const ShippoShipment shipment = runTask(client.rates(parcel()), &desk.clock);
+        const ShippoShipment shipment = run(client.rates(parcel()));
         for (const ShippoRate &rate : shipment.rates) {
             if (rate.servicelevel.token == u"usps_priority")
-                return runTask(client.purchase(rate.objectId, u"ZPLII"_s, metadata), &desk.clock);
+                return run(client.purchase(rate.objectId, u"ZPLII"_s, metadata));
         }
         ADD_FAILURE() << "no priority rate";
         return {};
@@ -47,7 +34,7 @@ protected:
     template <class T>
     QString failureOf(Task<T> task)
     {
-        return test::failureOf([&] { runTask(std::move(task), &desk.clock); });
+        return test::failureOf([&] { run(std::move(task)); });
     }
     void answerWith(int status, const QByteArray &body, const QByteArray &contentType = "application/json",
                     int times = 1)
@@ -62,13 +49,13 @@ protected:
 
 TEST_F(ShippoClientTest, ReadsTheKeyAtEveryRequestAndSendsNothingWithoutAKey)
 {
-    runTask(client.validateAddress(homeAddress()), &desk.clock);
+    run(client.validateAddress(homeAddress()));
     EXPECT_EQ(desk.carrier.requests().last().authorization, "ShippoToken shippo_test_practice");
     EXPECT_EQ(desk.carrier.requests().last().contentType, "application/json");
     EXPECT_EQ(desk.sent("/addresses/").first()["validate"], true);
     keys.set(PracticeCarrier::liveToken, u"Live"_s);
     keys.makeActive(u"Live"_s);
-    runTask(client.validateAddress(homeAddress()), &desk.clock);
+    run(client.validateAddress(homeAddress()));
     EXPECT_EQ(desk.carrier.requests().last().authorization, "ShippoToken shippo_live_practice");
 
     desk.carrier.clearRequests();
@@ -105,19 +92,19 @@ TEST_F(ShippoClientTest, ThePracticeCarrierKeepsItsLabelsOverARestart)
         first.keepIn(kept);
         desk.platform.deployment.carrierApi = first.baseUrl();
         ShippoClient before(desk.platform, keys);
-        const ShippoShipment shipment = runTask(before.rates(parcel()), &desk.clock);
-        sold = runTask(before.purchase(shipment.rates.first().objectId, u"ZPLII"_s, {}), &desk.clock);
+        const ShippoShipment shipment = run(before.rates(parcel()));
+        sold = run(before.purchase(shipment.rates.first().objectId, u"ZPLII"_s, {}));
     }
     next->keepIn(kept);
     desk.platform.deployment.carrierApi = next->baseUrl();
     ShippoClient after(desk.platform, keys);
-    EXPECT_EQ(runTask(after.transaction(sold.objectId), &desk.clock).trackingNumber, sold.trackingNumber);
-    const QUrl label(*runTask(after.transaction(sold.objectId), &desk.clock).labelUrl);
+    EXPECT_EQ(run(after.transaction(sold.objectId)).trackingNumber, sold.trackingNumber);
+    const QUrl label(*run(after.transaction(sold.objectId)).labelUrl);
     EXPECT_EQ(label.port(), next->baseUrl().port()) << "its link leads to the new address";
-    EXPECT_TRUE(runTask(after.downloadLabel(label.toString()), &desk.clock).startsWith("^XA"));
-    EXPECT_TRUE(runTask(after.refund(sold.objectId), &desk.clock).status.has_value());
-    const ShippoShipment again = runTask(after.rates(parcel()), &desk.clock);
-    const auto second = runTask(after.purchase(again.rates.first().objectId, u"ZPLII"_s, {}), &desk.clock);
+    EXPECT_TRUE(run(after.downloadLabel(label.toString())).startsWith("^XA"));
+    EXPECT_TRUE(run(after.refund(sold.objectId)).status.has_value());
+    const ShippoShipment again = run(after.rates(parcel()));
+    const auto second = run(after.purchase(again.rates.first().objectId, u"ZPLII"_s, {}));
     EXPECT_NE(second.trackingNumber, sold.trackingNumber);
 }
 
@@ -129,7 +116,7 @@ TEST_F(ShippoClientTest, KeepsTheTokenAndTheStatusWhereTheyBelong)
     EXPECT_EQ(failureOf(client.purchasesOf(u"r"_s, desk.clock.now(), desk.clock.now())),
               u"Bad API path: https://elsewhere.example.com/transactions"_s);
     answerWith(409, "{}");
-    EXPECT_THAT([&] { runTask(client.rates(parcel()), &desk.clock); },
+    EXPECT_THAT([&] { run(client.rates(parcel())); },
                 testing::Throws<ShippoError>(testing::Property(&ShippoError::status, 409)));
 }
 
@@ -186,18 +173,11 @@ TEST_F(ShippoClientTest, DeclaresContentsUnderTheirTariffNumber)
 {
     RatingRequest request = parcel();
     request.to = londonAddress();
-    const std::tuple<CustomsItemType, std::string, std::string> rows[] = {
-        {CustomsItemType::gold, "71189000", "Numismatic Study Item"},
-        {CustomsItemType::silver, "71181000", "Numismatic Study Item"},
-        {CustomsItemType::currency, "49070030", "Numismatic Study Item"},
-        {CustomsItemType::investmentGold, "71189000", "Numismatic Study Item"},
-        {CustomsItemType::readingMaterial, "4901.10.0040", "Reading Material"},
-    };
-    for (const auto &[type, tariff, description] : rows) {
-        request.customs = CustomsInfo{type, u"3"_s, u"310.00"_s, {}};
+    for (const CustomsItem &item : customsItems()) {
+        request.customs = CustomsInfo{item.type, u"3"_s, u"310.00"_s, {}};
         Json expected = parseJson(dataFile(u"carrier/customs-declaration.json"_s));
-        expected["contents_explanation"] = expected["items"][0]["description"] = description;
-        expected["items"][0]["tariff_number"] = tariff;
+        expected["contents_explanation"] = expected["items"][0]["description"] = item.description.toStdString();
+        expected["items"][0]["tariff_number"] = item.hsCode.toStdString();
         EXPECT_EQ(rated(request)["customs_declaration"], expected);
     }
     for (const QString &odd : {u""_s, u"few"_s, u"2.5"_s}) {
@@ -230,12 +210,8 @@ TEST_F(ShippoClientTest, OnlyTheCarriersOwnTimeProvesThatNothingWasBought)
                R"(", "object_created": ")" + newest.toString(Qt::ISODate).toLatin1() + R"("}]})";
     };
     const char *const more = R"("transactions?results=100")", *const last = "null";
-    const struct {
-        QDateTime listed; ///< the only label on each page
-        const char *next;
-        QDateTime asked, rated;
-        bool isProof;
-    } rows[] = {
+    // The only label on each page, the link to the next page, when the purchase was asked for and rated, proof.
+    const std::tuple<QDateTime, const char *, QDateTime, QDateTime, bool> rows[] = {
         {rated.addDays(-1), more, rated, rated, true},
         {rated.addDays(-1), more, rated.addDays(9), rated, true}, // the desk's clock is days ahead, or behind
         {rated.addDays(-1), more, rated.addDays(-9), rated, true},
@@ -245,11 +221,11 @@ TEST_F(ShippoClientTest, OnlyTheCarriersOwnTimeProvesThatNothingWasBought)
         {rated.addDays(-3), last, rated, {}, true},
         {rated.addSecs(60), last, rated.addDays(9), {}, true},
     };
-    for (const auto &row : rows) {
-        desk.clock.start = row.asked;
-        answerWith(200, page(row.listed, "other", row.next), "application/json", 100);
-        const QString doubt = failureOf(client.purchasesOf(u"r"_s, row.asked, row.rated));
-        EXPECT_EQ(doubt == u"no failure"_s, row.isProof) << &row - rows;
+    for (const auto &[listed, next, asked, ratedAt, isProof] : rows) {
+        desk.clock.start = asked;
+        answerWith(200, page(listed, "other", next), "application/json", 100);
+        EXPECT_EQ(failureOf(client.purchasesOf(u"r"_s, asked, ratedAt)) == u"no failure"_s, isProof)
+            << next << listed.toString().toStdString();
     }
 }
 
@@ -260,7 +236,7 @@ TEST_F(ShippoClientTest, FindsItsOwnPurchaseInAnyList)
                    R"({"next": )" + QByteArray(next) +
                        R"(, "results": [{"object_id": "t", "status": "SUCCESS", "rate": )" + rate + "}]}",
                    "application/json", 40);
-        return runTask(client.purchasesOf(u"r"_s, desk.clock.now(), desk.clock.now()), &desk.clock).size();
+        return run(client.purchasesOf(u"r"_s, desk.clock.now(), desk.clock.now())).size();
     };
     EXPECT_EQ(found(R"("r")"), 1);
     EXPECT_EQ(found(R"({"object_id": "r"})"), 1) << "another program bought the label in one call";
@@ -286,7 +262,7 @@ TEST_F(ShippoClientTest, ReportsWhyAPurchaseFailed)
 TEST_F(ShippoClientTest, FetchesDocumentsWithoutTheTokenAndReportsABadLink)
 {
     const ShippoTransaction bought = buy();
-    EXPECT_TRUE(runTask(client.downloadLabel(*bought.labelUrl), &desk.clock).startsWith("^XA"));
+    EXPECT_TRUE(run(client.downloadLabel(*bought.labelUrl)).startsWith("^XA"));
     EXPECT_EQ(desk.carrier.requests().last().authorization, "");
     desk.carrier.setScenario({.labelAnswer = LabelAnswer::expired});
     EXPECT_EQ(failureOf(client.downloadLabel(*bought.labelUrl)), u"Shippo HTTP 403: label download"_s);

@@ -55,10 +55,7 @@ TEST(ShippoError, TellsWhetherTheRequestMayHaveReachedTheCarrier)
 
 TEST(ShippoError, ARefusedKeyAndABusyCarrierSayWhatToDo)
 {
-    const struct {
-        ShippoError error;
-        QString advice;
-    } rows[] = {
+    const std::pair<ShippoError, QString> rows[] = {
         {ShippoError::validation(u"detail: Invalid token"_s, 401),
          u"detail: Invalid token\nShippo refuses the active key “Main” — check it in Settings."_s},
         {ShippoError::validation(u"no"_s, 429, std::chrono::seconds(40)), u"no\nShippo is busy — try again in 40 s."_s},

@@ -1,7 +1,7 @@
 #include "carrier/ShippoKeys.h"
 #include "practice/MemorySecrets.h"
 #include "support/FakePlatform.h"
-#include "support/Test.h"
+#include "support/Table.h"
 
 namespace parcelory::test {
 namespace {
@@ -31,24 +31,15 @@ TEST_F(ShippoKeysTest, OnlyTheFirstKeyBecomesActiveByItself)
 
 TEST_F(ShippoKeysTest, RemovingTheActiveKeyActivatesTheFirstRemainingKey)
 {
-    const struct {
-        QString active, removed, activeAfter;
-        QStringList left;
-    } rows[] = {
-        {u"B"_s, u"A"_s, u"B"_s, {u"B"_s, u"C"_s}},
-        {u"B"_s, u"B"_s, u"A"_s, {u"A"_s, u"C"_s}},
-        {u"A"_s, u"A"_s, u"B"_s, {u"B"_s, u"C"_s}},
-        {u"A"_s, u"unknown"_s, u"A"_s, {u"A"_s, u"B"_s, u"C"_s}},
-    };
-    for (const auto &row : rows) {
+    for (const Json &row : table(u"shippo-keys"_s, "removed")) { // the active key, the removed one, the active one then
         preferences.values.clear();
         for (const QString &name : {u"A"_s, u"B"_s, u"C"_s})
             keys.set(u"token "_s + name, name);
-        keys.makeActive(row.active);
-        keys.remove(row.removed);
-        EXPECT_EQ(keys.names(), row.left);
-        EXPECT_EQ(keys.activeName(), row.activeAfter);
-        EXPECT_EQ(keys.token(row.removed), QString()) << "the token itself is overwritten";
+        keys.makeActive(text(row[0]));
+        keys.remove(text(row[1]));
+        EXPECT_EQ(keys.activeName(), text(row[2]));
+        EXPECT_EQ(keys.names(), texts(row[3]));
+        EXPECT_EQ(keys.token(text(row[1])), QString()) << "the token itself is overwritten";
     }
     for (const QString &name : keys.names())
         keys.remove(name);

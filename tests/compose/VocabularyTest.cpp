@@ -112,14 +112,8 @@ TEST(Destination, TreatsTheHomeCountryInEverySpellingAndNoCountryAsDomestic)
 
 TEST(Weight, ReadsInPoundsAndTenthsOfAnOunce)
 {
-    const std::pair<double, QString> rows[] = {{0, u"0.0 oz"_s},
-                                               {15.94, u"15.9 oz"_s},
-                                               {15.96, u"16.0 oz"_s},
-                                               {16, u"1 lb 0.0 oz"_s},
-                                               {71 * 16 + 2, u"71 lb 2.0 oz"_s},
-                                               {14.25, u"14.2 oz"_s}};
-    for (const auto &[ounces, text] : rows)
-        EXPECT_EQ(weightText(ounces), text);
+    for (const Json &row : table(u"compose"_s, "weights"))
+        EXPECT_EQ(weightText(row[0]), text(row[1]));
 }
 
 TEST(AddressGuard, ReportsExactlyTheLostNumbers)

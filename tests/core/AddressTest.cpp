@@ -11,11 +11,6 @@ PostalContact contact()
     return decodeJson<PostalContact>(dumpJson(table(u"addresses"_s, "contacts")[0]), Keys::asIs);
 }
 
-QString word(qsizetype length, char16_t letter = u'x')
-{
-    return QString(length, letter);
-}
-
 } // namespace
 
 TEST(Address, FitsOneLine)
@@ -43,25 +38,8 @@ TEST(Address, IsEmptyWithACountryButWithNothingElse)
 
 TEST(Address, SplitsALongStreetAtAWordWithinFiftyCharacters)
 {
-    const QString x50 = word(50), a48 = word(48, u'a'), coins = QString(u"\U0001FA99"_s).repeated(50);
-    const struct {
-        QString street1, street2, first, second;
-    } rows[] = {
-        {x50, word(51, u'y'), x50, word(50, u'y')},
-        {x50 + u'x', {}, x50, u"x"_s},                             // no space: cut at 50
-        {a48 + u" bc"_s, {}, a48, u"bc"_s},                        // the space is the 49th character
-        {a48 + u"a bc"_s, u"Apt 2"_s, a48 + u'a', u"bc, Apt 2"_s}, // the space is the 50th
-        {a48 + u"aa bc"_s, {}, a48 + u"aa"_s, u"bc"_s},            // the space is the 51st and is trimmed off the rest
-        {u"1 "_s + x50, {}, u"1"_s, x50},
-        {u"1\t"_s + x50, {}, u"1"_s, x50},
-        {u"1,"_s + x50 + u'z', u"Apt"_s, u"1"_s, x50}, // text beyond the second line is dropped
-        {u" "_s + x50, {}, word(49), u"x"_s},          // a leading space is not a place to split
-        {u"12 Long Street, , "_s + x50, {}, u"12 Long Street"_s, x50},
-        {coins, {}, coins, {}}, // characters, not code units
-        {coins + u" b"_s, {}, coins, u"b"_s},
-    };
-    for (const auto &row : rows)
-        EXPECT_EQ(ShippoAddress::splitStreet(row.street1, row.street2), std::pair(row.first, row.second));
+    for (const Json &row : table(u"addresses"_s, "long streets"))
+        EXPECT_EQ(ShippoAddress::splitStreet(text(row[0]), text(row[1])), std::pair(text(row[2]), text(row[3]))) << row;
 }
 
 TEST(Address, GoesToTheCarrierUnchangedWithoutIdAndLabel)

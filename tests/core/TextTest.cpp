@@ -1,5 +1,5 @@
 #include "core/Text.h"
-#include "support/Test.h"
+#include "support/Table.h"
 
 namespace parcelory::test {
 
@@ -26,15 +26,9 @@ TEST(Text, TrimsSpacesAndTabsButNoLineBreaks)
 
 TEST(Text, ReadsPlainDecimalNumbersOnly)
 {
-    const std::pair<QString, std::optional<double>> rows[] = {
-        {u"24.5"_s, 24.5}, {u".75"_s, 0.75}, {u"7."_s, 7},   {u"-3"_s, -3},     {u" +3\n"_s, 3},
-        {u"007"_s, 7},     {u""_s, {}},      {u"."_s, {}},   {u"-"_s, {}},      {u"1,234.50"_s, {}},
-        {u"1e3"_s, {}},    {u"0x10"_s, {}},  {u"nan"_s, {}}, {u"inf"_s, {}},    {u"1.2.3"_s, {}},
-        {u"3 oz"_s, {}},   {u"$5"_s, {}},    {u"1 2"_s, {}}, {u"\u0663"_s, {}}, // an Arabic three
-    };
-    for (const auto &[text, number] : rows) {
-        EXPECT_EQ(decimal(text), number) << text.toStdString();
-        EXPECT_EQ(decimalOrZero(text), number.value_or(0));
+    for (const Json &row : table(u"numbers"_s, "read")) {
+        EXPECT_EQ(decimal(text(row[0])), optional<double>(row[1])) << row;
+        EXPECT_EQ(decimalOrZero(text(row[0])), optional<double>(row[1]).value_or(0));
     }
 }
 
@@ -49,20 +43,9 @@ TEST(Text, WritesNumbersTheSameWayInEveryLanguage)
 {
     const QLocale before;
     QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
-    const struct {
-        double value;
-        int places;
-        QString fixedText, shortestText;
-    } rows[] = {
-        {1234567.5, 2, u"1234567.50"_s, u"1234567.5"_s},
-        {2.25, 1, u"2.2"_s, u"2.2"_s},
-        {2.75, 1, u"2.8"_s, u"2.8"_s}, // halves round to the even digit, as in C
-        {100, 0, u"100"_s, u"100"_s},
-        {-0.5, 1, u"-0.5"_s, u"-0.5"_s},
-    };
-    for (const auto &row : rows) {
-        EXPECT_EQ(fixed(row.value, row.places), row.fixedText);
-        EXPECT_EQ(shortest(row.value, row.places), row.shortestText);
+    for (const Json &row : table(u"numbers"_s, "written")) {
+        EXPECT_EQ(fixed(row[0], row[1]), text(row[2]));
+        EXPECT_EQ(shortest(row[0], row[1]), text(row[3]));
     }
     QLocale::setDefault(before);
 }

@@ -1,6 +1,6 @@
 #include "devices/CommercialInvoice.h"
 #include "core/Deployment.h"
-#include "support/Test.h"
+#include "support/Table.h"
 
 #include <QGuiApplication>
 #include <QImage>
@@ -74,24 +74,14 @@ TEST(CommercialInvoice, HasEveryTextAndRuleInItsPlaceOnOneLetterSheet)
     auto data = invoice(u"Coin"_s, 25);
     data.recipient.country = u"uk"_s;
     const Page page(data);
-    // Text, left edge (right edge for amounts), top, size.
-    const QString places =
-        u"Corvallon.com 60 70 26|Invoice 410 58 30|Invoice 60 175 11|Coin 150 175 11|Customer 60 225 11|"
-        "Bill 320 175 11|Coin 320 192 9|Coin 320 205 9|United 320 257 9|Date 70 305 10|Ship 320 305 10|"
-        "3/7/26 70 330 10|Coin 320 330 10|Quantity 70 385 10|Description 200 385 10|Total 540 385 10|"
-        "Coin 70 410 10|Coin 200 410 10|$25.00 540 410 10|HS 200 424 10|Coin 200 438 8|$25.00 540 470 10|"
-        "$0.00 540 488 10|$25.00 540 506 10|$25.00 540 524 10|$0.00 540 542 10|Currency 70 577 9|"
-        "Country 70 599 9|Packages 70 621 9|Signature 70 643 9|Date 320 665 9|I 60 700 9|"
-        "Commercial 60 713 9"_s;
-    for (const QString &place : places.split(u'|')) {
-        const QStringList part = place.split(u' ');
-        const double edge = part[1].toDouble(), top = part[2].toDouble(), size = part[3].toDouble();
+    for (const Json &place : table(u"commercial-invoice"_s, "places")) {
+        const double edge = place[1], top = place[2], size = place[3];
         const double line = page.words.value(0).box.height() * size / 30; // the first word is the title, in size 30
         EXPECT_TRUE(std::ranges::any_of(page.words, [&](const Page::Word &word) {
             const double x = edge == 540 ? word.box.right() : word.box.left();
-            return word.text == part[0] && std::abs(x - edge) < 0.1 && std::abs(word.box.top() - top) < 0.1 &&
+            return word.text == text(place[0]) && std::abs(x - edge) < 0.1 && std::abs(word.box.top() - top) < 0.1 &&
                    std::abs(word.box.height() - line) < 0.1;
-        })) << place.toStdString();
+        })) << place;
     }
     const QString facts = page.ask(u"pdfinfo page"_s).simplified();
     for (const char *fact : {"Title: Commercial Invoice Coin", "Creator: Parcelory", "Pages: 1 ", "612 x 792 pts"})

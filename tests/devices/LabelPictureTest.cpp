@@ -1,21 +1,9 @@
 #include "devices/LabelPicture.h"
-#include "core/AppError.h"
 #include "practice/carrier/PracticePdf.h"
-
-#include <gmock/gmock.h>
-
-#include <QFile>
+#include "support/Test.h"
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
-
 namespace {
-
-QByteArray sample(const QString &name)
-{
-    QFile file(QStringLiteral(PARCELORY_TEST_DATA "/labels/") + name);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
 
 QByteArray pngSample()
 {
@@ -37,26 +25,20 @@ QByteArray pdfSample()
 TEST(LabelPicture, DrawsEveryKindOfLabelInItsPrintedSize)
 {
     const QByteArray turned = "^XA^POI^PW406^LL203^FO10,10^GB50,50,50^FS^XZ";
-    const struct {
-        const char *name;
-        QByteArray label;
-        QString size;
-        int pages;
-        bool isTurned, isTurnedBySetting;
-    } table[] = {
-        {"zpl", sample(u"usps.zpl"_s), u"4 × 6 in"_s, 1, false, true},
-        {"two labels", sample(u"usps.zpl"_s) + sample(u"fedex.zpl"_s), u"4 × 6 in"_s, 2, false, true},
+    const std::tuple<const char *, QByteArray, QString, int, bool, bool> table[] = {
+        {"zpl", dataFile(u"labels/usps.zpl"_s), u"4 × 6 in"_s, 1, false, true},
+        {"two labels", dataFile(u"labels/usps.zpl"_s) + dataFile(u"labels/fedex.zpl"_s), u"4 × 6 in"_s, 2, false, true},
         {"turns itself", turned, u"2 × 1 in"_s, 1, true, false},
         {"pdf", pdfSample(), u"4 × 6 in"_s, 1, false, false},
         {"png", pngSample(), u"4 × 6 in"_s, 1, false, false},
     };
-    for (const auto &row : table) {
-        SCOPED_TRACE(row.name);
-        const auto picture = drawnLabel(row.label);
-        EXPECT_EQ(picture->sizeText(), row.size);
-        EXPECT_EQ(picture->pages.size(), row.pages);
-        EXPECT_EQ(picture->isTurned, row.isTurned);
-        EXPECT_EQ(picture->isTurnedBySetting, row.isTurnedBySetting);
+    for (const auto &[name, label, size, pages, isTurned, isTurnedBySetting] : table) {
+        SCOPED_TRACE(name);
+        const auto picture = drawnLabel(label);
+        EXPECT_EQ(picture->sizeText(), size);
+        EXPECT_EQ(picture->pages.size(), pages);
+        EXPECT_EQ(picture->isTurned, isTurned);
+        EXPECT_EQ(picture->isTurnedBySetting, isTurnedBySetting);
         QSet<QRgb> colors;
         const QImage page = picture->pages.first().image.convertToFormat(QImage::Format_RGB32);
         for (int y = 0; y < page.height(); ++y) {
@@ -64,10 +46,10 @@ TEST(LabelPicture, DrawsEveryKindOfLabelInItsPrintedSize)
                 colors.insert(page.pixel(x, y));
         }
         EXPECT_TRUE(colors.contains(qRgb(0, 0, 0)) && colors.contains(qRgb(255, 255, 255))) << "ink on white paper";
-        EXPECT_EQ(drawnLabel(QByteArray(row.label.constData(), row.label.size())), picture) << "drawn once";
+        EXPECT_EQ(drawnLabel(QByteArray(label.constData(), label.size())), picture) << "drawn once";
         const auto saved = drawnLabel(pdfOf(*picture));
-        EXPECT_EQ(saved->pages.size(), row.pages);
-        EXPECT_EQ(saved->sizeText(), row.size);
+        EXPECT_EQ(saved->pages.size(), pages);
+        EXPECT_EQ(saved->sizeText(), size);
     }
     for (const QByteArray &label :
          {QByteArray(), QByteArray("<html>"), pdfSample().left(60), pngSample().left(40), QByteArray("^XA^XZ")})

@@ -140,23 +140,14 @@ TEST_F(LabelPrinterTest, SendsPdfsToTheDocumentPrinterOrTheViewerAndPicturesToTh
 TEST_F(LabelPrinterTest, DeletesWhatAKilledProgramLeftAndNothingElse)
 {
     const QString id = u"0f8fad5b-d9cb-469f-a165-70867728950e"_s;
-    const struct {
-        QString name;
-        bool isForViewer;
-        int hours;
-        bool isLeft;
-    } rows[] = {
-        {u"parcelory-%1.zpl"_s, false, 0, false},       {u"parcelory-%1.pdf"_s, false, 0, false},
-        {u"parcelory-label-%1.png"_s, true, 25, false}, {u"parcelory-label-%1.pdf"_s, true, 23, true},
-        {u"parcelory-%1.txt"_s, false, 99, true},       {u"other-%1.zpl"_s, false, 99, true},
-        {u"parcelory-x-%1.zpl"_s, false, 99, true},
-    };
-    for (const auto &row : rows) {
-        QFile file(temporary.filePath(row.name.arg(id)));
+    const Json rows =
+        table(u"printers"_s, "files that a killed program left"); // name, for a viewer, age in hours, stays
+    for (const Json &row : rows) {
+        QFile file(temporary.filePath(text(row[0]).arg(id)));
         ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        ASSERT_TRUE(
-            file.setFileTime(QDateTime::currentDateTime().addSecs(-3600 * row.hours), QFile::FileModificationTime));
-        file.setPermissions(row.isForViewer ? QFile::ReadOwner : QFile::ReadOwner | QFile::WriteOwner);
+        ASSERT_TRUE(file.setFileTime(QDateTime::currentDateTime().addSecs(-3600 * row[2].get<int>()),
+                                     QFile::FileModificationTime));
+        file.setPermissions(row[1].get<bool>() ? QFile::ReadOwner : QFile::ReadOwner | QFile::WriteOwner);
     }
     ASSERT_TRUE(QFile::link(u"/etc/passwd"_s, temporary.filePath(u"parcelory-label-%1.zpl"_s.arg(id))));
     ASSERT_EQ(::mkfifo(QFile::encodeName(temporary.filePath(u"parcelory-label-%1.png"_s.arg(id.toUpper()))).constData(),
@@ -164,8 +155,8 @@ TEST_F(LabelPrinterTest, DeletesWhatAKilledProgramLeftAndNothingElse)
               0);
     const HandoverFile printing("^XA^XZ", u"parcelory-"_s, u".zpl"_s);
     HandoverFile::sweep();
-    for (const auto &row : rows)
-        EXPECT_EQ(QFile::exists(temporary.filePath(row.name.arg(id))), row.isLeft) << row.name.toStdString();
+    for (const Json &row : rows)
+        EXPECT_EQ(QFile::exists(temporary.filePath(text(row[0]).arg(id))), row[3].get<bool>()) << row;
     EXPECT_TRUE(QFile::exists(printing.path())) << "another program is printing";
     EXPECT_TRUE(QFile::exists(u"/etc/passwd"_s));
 }
@@ -236,15 +227,9 @@ TEST_F(LabelPrinterTest, WaitsThirtySecondsForAPrintSystemThatDoesNotAnswer)
 
 TEST_F(LabelPrinterTest, SaysWhyThePrintersCannotBeListed)
 {
-    const std::pair<ProcessOutcome, QString> rows[] = {
-        {{1, {}, "lpstat: Connection refused\n"}, u"lpstat: Connection refused"_s},
-        {{3, {}, {}}, u"lpstat ended with status 3"_s},
-        {{139, "device for Zebra: usb://1\n", {}}, u"lpstat crashed (signal 11)"_s},
-        {{134, {}, "lpstat: No destinations added.\n"}, u"lpstat crashed (signal 6)"_s},
-    };
-    for (const auto &[outcome, reason] : rows) {
-        lpstat = {outcome};
-        EXPECT_EQ(codedFailureOf([this] { printer.listQueues(); }), Failure(outcome.status, reason));
+    for (const Json &row : table(u"printers"_s, "failed listings")) {
+        lpstat = {{row[0], bytes(row[1]), bytes(row[2])}};
+        EXPECT_EQ(codedFailureOf([this] { printer.listQueues(); }), Failure(row[0], text(row[3])));
     }
     lpstat = {{1, {}, "lpstat: No destinations added.\n"}};
     EXPECT_TRUE(printer.listQueues().all.isEmpty());

@@ -1,15 +1,9 @@
 // What happens to a label after the print tools have accepted it.
 
 #include "app/purchase/LabelPrinting.h"
-#include "core/Task.h"
-#include "core/ports/ProcessRunner.h"
 #include "devices/PrinterState.h"
 #include "practice/PracticePrinter.h"
-#include "support/CarrierDesk.h"
-#include "support/LabelDesk.h"
-#include "support/RunTask.h"
-#include "support/Table.h"
-#include "support/Test.h"
+#include "support/AppTest.h"
 
 namespace parcelory::test {
 namespace {
@@ -48,13 +42,9 @@ protected:
     }
     QString noticeAfter(std::chrono::seconds time)
     {
-        const auto endLook = [] {
-            workPool().waitForDone();
-            settle();
-        };
-        endLook(); // a look may have started before
+        settlePool(); // a look may have started before
         clock.advance(time);
-        endLook();
+        settlePool();
         return app->printWatch.notice;
     }
     QString afterLookAt(const QByteArray &out)
@@ -135,12 +125,8 @@ TEST_F(PrintCertaintyTest, TheWatchReportsOnlyLabelsThatDoNotComeOut)
 TEST_F(PrintCertaintyTest, EveryPrinterFaultIsReportedAndLosesNoLabel)
 {
     const QString two = u"2 labels are still waiting on Practice_Zebra — "_s, queue = u"Practice_Zebra: "_s;
-    const struct {
-        PrinterFault fault;
-        QString notice;
-        int waiting; ///< how many of label and reprint
-        const char *banner;
-    } faults[] = {
+    // waiting: how many of label and reprint
+    const std::tuple<PrinterFault, QString, int, const char *> faults[] = {
         {PrinterFault::off, two + u"the printer is off or not connected."_s, 2, "Label sent to Practice_Zebra."},
         {PrinterFault::outOfLabels, two + u"the printer is out of labels."_s, 2, "Label sent to Practice_Zebra."},
         {PrinterFault::paused, queue + u"the queue is paused; resume it in the system's printer settings."_s, 0,

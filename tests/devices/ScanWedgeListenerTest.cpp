@@ -2,7 +2,7 @@
 #include "core/ports/Keyboard.h"
 #include "devices/ScanBurst.h"
 #include "support/FakeClock.h"
-#include "support/Test.h"
+#include "support/Table.h"
 
 namespace parcelory::test {
 namespace {
@@ -261,35 +261,25 @@ TEST(ScanWedgeListener, ALinkTypedByHandCountsAfterAPause)
 
 TEST(ScanWedgeListener, DropsOnlyWhatAMachineTypesAndSaysSo)
 {
-    const struct {
-        int keys;
-        std::chrono::milliseconds spacing;
-        int pauseAt; ///< before this key, 120 ms
-        bool ends, heard, stays;
-    } cases[] = {
-        {12, 10ms, 0, true, true, false},  {10, 49ms, 0, true, true, false}, {9, 10ms, 0, true, false, true},
-        {8, 10ms, 0, true, false, true},   {7, 10ms, 0, true, false, true},  {12, 60ms, 0, true, false, true},
-        {15, 8ms, 9, true, true, false},   {15, 8ms, 3, true, true, false},  {15, 8ms, 14, true, true, false},
-        {10, 53ms, 0, false, false, true}, {9, 8ms, 0, false, false, true},  {12, 8ms, 0, false, true, false},
-        {15, 8ms, 9, false, true, false},  {10, 53ms, 0, true, false, true}, {12, 30ms, 6, false, false, true}};
-    for (const auto &one : cases) {
+    for (const Json &row : table(u"scanner"_s, "digits")) {
+        const int keys = row[0], pauseAt = row[2];
+        const std::chrono::milliseconds spacing(row[1].get<int>());
+        const bool ends = row[3], heard = row[4], stays = row[5];
         for (const QString &typed : {QString(), u"Ann"_s}) {
-            if (!typed.isEmpty() && (one.stays || one.pauseAt == 3 || one.spacing > 10ms))
+            if (!typed.isEmpty() && (stays || pauseAt == 3 || spacing > 10ms))
                 continue; // with typed keys, the average is another
             ScanDesk desk;
             desk.type(typed, 35ms);
             desk.clock.advance(typed.isEmpty() ? 1s : 30ms);
-            const QString code(one.keys, u'7');
-            desk.type(code.left(one.pauseAt), one.spacing);
-            desk.clock.advance(one.pauseAt ? 120ms : 0ms);
-            desk.type(code.mid(one.pauseAt), one.spacing);
-            const std::string what =
-                QStringLiteral("%1 keys, %2 ms").arg(one.keys).arg(one.spacing.count()).toStdString();
-            if (one.ends)
-                EXPECT_EQ(desk.pressReturn(one.spacing), one.stays ? KeyVerdict::deliver : KeyVerdict::swallow) << what;
+            const QString code(keys, u'7');
+            desk.type(code.left(pauseAt), spacing);
+            desk.clock.advance(pauseAt ? 120ms : 0ms);
+            desk.type(code.mid(pauseAt), spacing);
+            if (ends)
+                EXPECT_EQ(desk.pressReturn(spacing), stays ? KeyVerdict::deliver : KeyVerdict::swallow) << row;
             desk.clock.advance(1s);
-            EXPECT_EQ(!desk.noises.isEmpty(), one.heard) << what;
-            EXPECT_EQ(desk.keyboard.text, typed + (one.stays ? code : QString())) << what;
+            EXPECT_EQ(!desk.noises.isEmpty(), heard) << row;
+            EXPECT_EQ(desk.keyboard.text, typed + (stays ? code : QString())) << row;
         }
     }
     ScanDesk desk; // more than any code contains, junk before a code, and a code without an end

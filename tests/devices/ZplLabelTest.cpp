@@ -108,10 +108,8 @@ TEST(ZplReader, ReadsFieldsAsPrintersDo)
 
 TEST(ZplReader, SurvivesSizesThatNoLabelHas)
 {
-    for (const char *zpl : {"^XA^FO0,0^GFA,99999999,99999999,1,FF^FS^XZ", "^XA^FO0,0^GFA,9,9,0,FF^FS^XZ",
-                            "^XA^FO0,0^GFB,-5,9,9,^FS^XZ", "^XA^FO99999999999999999999,1e99^A0N,nan,inf^FDx^FS^XZ", "^",
-                            "^X", "^XA^GFA", "~DG", "^XA^FO0,0^GFA,8,8,2,:Z64:eJxjYA==:^FS"})
-        EXPECT_LE(readZpl(zpl).labels.size(), 1) << zpl;
+    for (const Json &zpl : table(u"zpl-elements"_s, "odd sizes"))
+        EXPECT_LE(readZpl(bytes(zpl)).labels.size(), 1) << zpl;
     const ZplDocument many = readZpl("^XA" + QByteArray("^FO1,1^GB1,1^FS").repeated(30000) + "^XZ");
     EXPECT_EQ(many.labels.value(0).elements.size(), 20000);
 }
@@ -134,13 +132,11 @@ TEST(ZplPainter, DrawsBarCodesThatAnIndependentReaderReads)
 TEST(ZplPainter, DrawsTextsAsWideAsTheyAreAskedFor)
 {
     const ZplTypesetter type;
-    for (const auto &[font, digit] : {std::pair{ZplFont{'0', 30, 30}, 15.0},
-                                      {ZplFont{'0', 60, 30}, 15.0},
-                                      {ZplFont{'0', 40, 0}, 20.0},
-                                      {ZplFont{'0', 0, 50}, 25.0},
-                                      {ZplFont{'A', 18, 10}, 12.0},
-                                      {ZplFont{'D', 36, 20}, 24.0}})
-        EXPECT_NEAR(type.widthOf(u"0123456789"_s, font), digit * 10, digit * 0.5) << font.name << font.height;
+    for (const Json &row : table(u"zpl-elements"_s, "widths")) { // font, height, width, width of a digit
+        const ZplFont font{bytes(row[0])[0], row[1], row[2]};
+        const double digit = row[3];
+        EXPECT_NEAR(type.widthOf(u"0123456789"_s, font), digit * 10, digit * 0.5) << row;
+    }
     // The digit's own ink is a little narrower than its cell.
     EXPECT_NEAR(ink(painted("^XA^FO100,100^A0N,60,60^FD00000000^FS^XZ")).width(), 8 * 30, 12);
 }

@@ -80,17 +80,9 @@ TEST_F(BackOfficeScripts, FindTheSignInFormOfAnyPage)
 
 TEST_F(BackOfficeScripts, KnowAPageThatOffersToSignOut)
 {
-    const std::pair<std::string, bool> rows[] = {
-        {"<a href=/>Sign Out</a>", true},
-        {"<a href=/>Log&nbsp;out</a>", true},
-        {"<button>sign-out</button>", true},
-        {"<a href='/staff/logout.php'><img alt='' width=9 height=9></a>", true},
-        {"<a href='/staff/logout.php' style='display:none'>Logout</a>", false},
-        {"<form action=/staff/login.php>Sign In</form>", false},
-    };
-    for (const auto &[page, offers] : rows) {
-        show(page);
-        EXPECT_EQ(evaluate(DesklineAuth::signOutProbe), QVariant(offers)) << page;
+    for (const Json &row : table(u"back-office-pages"_s, "sign-out")) {
+        show(row[0].get<std::string>());
+        EXPECT_EQ(evaluate(DesklineAuth::signOutProbe), QVariant(row[1].get<bool>())) << row;
     }
 }
 

@@ -6,9 +6,7 @@ namespace {
 
 QString textOf(const QString &path)
 {
-    QFile file(QStringLiteral(PARCELORY_SOURCE_DIR "/src/") + path);
-    EXPECT_TRUE(file.open(QFile::ReadOnly)) << path.toStdString();
-    return QString::fromUtf8(file.readAll());
+    return QString::fromUtf8(contentsOf(QStringLiteral(PARCELORY_SOURCE_DIR "/src/") + path));
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 #include "devices/zpl/ZplContents.h"
 #include "devices/zpl/ZplReader.h"
 #include "practice/carrier/PracticeLabel.h"
+#include "support/SampleParcel.h"
 #include "support/Table.h"
 #include "support/Test.h"
 
@@ -47,6 +48,8 @@ QList<Parcel> parcels(int set)
     return all;
 }
 
+const ShippoAddress sender = changed(ShippoAddress(), table(u"parcels"_s, "sender")[0]);
+
 LabelContent contentOf(const Parcel &parcel, bool isUsps, int number)
 {
     return {.provider = isUsps ? u"USPS"_s : u"FedEx"_s,
@@ -57,13 +60,7 @@ LabelContent contentOf(const Parcel &parcel, bool isUsps, int number)
             .shipDate = u"2026-11-23"_s,
             .ounces = 17.3,
             .needsSignature = number % 3 == 0,
-            .from = {.name = u"Shipping Desk"_s,
-                     .company = u"Corvallon"_s,
-                     .street1 = u"1180 Harbor View Rd"_s,
-                     .street2 = u"Suite 300"_s,
-                     .city = u"Salem"_s,
-                     .state = u"OR"_s,
-                     .zip = u"97301"_s},
+            .from = sender,
             .to = parcel.printed};
 }
 
@@ -187,16 +184,8 @@ TEST(LabelReadBack, FindsEverySeededFaultAndNoFaultInGoodLabels)
 /// Labels of other layouts, each beside what a reader finds: split lines, formats, turned text, pictures.
 TEST(LabelReadBack, ReadsOtherLayouts)
 {
-    const PrintedParcel parcel{.to = {.name = u"Ruth Abernathy"_s,
-                                      .company = {},
-                                      .street1 = u"88 Quarry Ln"_s,
-                                      .street2 = u"Apt 4"_s,
-                                      .city = u"Bend"_s,
-                                      .state = u"OR"_s,
-                                      .zip = u"97702"_s},
-                               .senderZip = u"97301"_s,
-                               .tracking = u"794600000001"_s,
-                               .isLive = true};
+    PrintedParcel parcel = fedexParcel();
+    parcel.isLive = true;
     for (const Json &row : table(u"parcels"_s, "layouts")) {
         const LabelVerdict verdict = verdictOf(dataFile(u"labels/"_s + text(row[0])), parcel);
         EXPECT_EQ(itemsOf(verdict, LabelMatch::different), row[1].get<std::string>()) << row;

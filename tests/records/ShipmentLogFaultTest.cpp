@@ -2,13 +2,13 @@
 #include "records/ScanForms.h"
 #include "records/ShipmentLog.h"
 #include "records/ShipmentRecord.h"
+#include "support/FaultyDisk.h"
 #include "support/LogFile.h"
 #include "support/Test.h"
 #include "support/WaitingRoom.h"
 
 #include <QBuffer>
 #include <QScopeGuard>
-#include <sys/resource.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -17,27 +17,6 @@
 
 namespace parcelory::test {
 namespace {
-
-/// Limits this process's files to `bytes`, like a full disk: a write beyond it fails or calls `atTheEnd`.
-class FullDisk {
-public:
-    explicit FullDisk(rlim_t bytes, void (*atTheEnd)(int) = SIG_IGN)
-    {
-        m_handler = std::signal(SIGXFSZ, atTheEnd);
-        getrlimit(RLIMIT_FSIZE, &m_before);
-        const rlimit limit{bytes, m_before.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~FullDisk()
-    {
-        setrlimit(RLIMIT_FSIZE, &m_before);
-        std::signal(SIGXFSZ, m_handler);
-    }
-
-private:
-    rlimit m_before{};
-    void (*m_handler)(int);
-};
 
 QByteArray manyLines(int count)
 {
@@ -238,33 +217,28 @@ TEST(ShipmentLog, IsUnchangedWhenTheProgramIsKilledDuringAnImport)
 
 TEST(ShipmentLog, KeepsRunningWithoutAUsableFile)
 {
-    const struct {
-        const char *what;
-        std::function<void(const LogFile &)> spoil;
-        const char *logged;
-    } rows[] = {
-        {"the path is a folder", [](const LogFile &file) { QDir().mkpath(file.path()); },
-         "cannot open mailing log at "},
-        {"not a database", [](const LogFile &file) { file.put(u"mailing_log.sqlite"_s, QByteArray(5000, 'j')); },
-         "Parcelory SQL error: file is not a database"},
-        {"a torn database", [](const LogFile &file) { file.put(u"mailing_log.sqlite"_s, "SQLite format 3"); },
-         "Parcelory SQL error: file is not a database"},
-    };
-    for (const auto &row : rows) {
+    const std::pair<QByteArray, const char *> rows[] = {
+        {"", "cannot open mailing log at "}, // the path is a folder
+        {QByteArray(5000, 'j'), "Parcelory SQL error: file is not a database"},
+        {"SQLite format 3", "Parcelory SQL error: file is not a database"}};
+    for (const auto &[bytes, logged] : rows) {
         const LogFile file;
-        row.spoil(file);
+        if (bytes.isEmpty())
+            QDir().mkpath(file.path());
+        else
+            file.put(u"mailing_log.sqlite"_s, bytes);
         file.put(u"log.txt"_s, mailLine("Ana"));
         testing::internal::CaptureStderr();
         ShipmentLog log(QDir(file.folder.path()));
-        EXPECT_FALSE(log.insert(shipmentTo(u"Lost"_s))) << row.what;
+        EXPECT_FALSE(log.insert(shipmentTo(u"Lost"_s))) << logged;
         EXPECT_FALSE(log.setStatus(1, u"REFUNDED"_s));
         EXPECT_FALSE(log.storeCustomsPDF(1, "%PDF"));
         EXPECT_FALSE(log.zpl(1).isRead() || log.find({.id = 1}).isRead());
-        EXPECT_NE(importFailure(log, file.path(u"log.txt"_s)), u"no failure"_s) << row.what;
+        EXPECT_NE(importFailure(log, file.path(u"log.txt"_s)), u"no failure"_s) << logged;
         EXPECT_TRUE(shown(log).isEmpty());
-        EXPECT_TRUE(log.trouble().contains(u"rename "_s + file.path())) << row.what;
+        EXPECT_TRUE(log.trouble().contains(u"rename "_s + file.path())) << logged;
         EXPECT_EQ(exported(log).count(u'\n'), 1);
-        EXPECT_THAT(testing::internal::GetCapturedStderr(), HasSubstr(row.logged)) << row.what;
+        EXPECT_THAT(testing::internal::GetCapturedStderr(), HasSubstr(logged));
     }
 }
 

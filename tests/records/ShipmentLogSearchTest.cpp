@@ -2,7 +2,7 @@
 #include "records/ShipmentLog.h"
 #include "records/ShipmentLogIndex.h"
 #include "support/LogFile.h"
-#include "support/Test.h"
+#include "support/Table.h"
 
 #include <array>
 #include <mutex>
@@ -122,31 +122,18 @@ TEST(ShipmentLogIndex, FindsTheRowsThatLikeFindsInTheirOrder)
 
 TEST(ShipmentLogIndex, AnswersOnlyWhileItKnowsEveryRow)
 {
-    const struct {
-        const char *what, *change;
-        bool byThisConnection, isCurrentAtOnce, isCurrentAfterReading;
-    } rows[] = {
-        {"nothing", "", false, true, true},
-        {"a status", "UPDATE shipments SET status = 'REFUNDED' WHERE id = 7", true, true, true},
-        {"several rows", "UPDATE shipments SET recipient = 'Zoe' WHERE id < 5", true, false, true},
-        {"another's row", "INSERT INTO shipments (created_at) VALUES (1)", false, false, true},
-        {"another's text", "UPDATE shipments SET recipient = 'Zoe' WHERE id = 5", false, false, true},
-        {"most rows gone", "DELETE FROM shipments WHERE id > 100", false, false, false},
-        {"bytes for a text", "UPDATE shipments SET recipient = x'41' WHERE id = 5", false, false, false},
-        {"a word for a time", "UPDATE shipments SET created_at = 'today' WHERE id = 5", false, false, false},
-    };
-    for (const auto &row : rows) {
+    for (const Json &row : table(u"mailing-log"_s, "index after a change")) {
         const LargeLog file;
         Indexed indexed(file);
         ASSERT_TRUE(indexed.isCurrentAfterReading());
-        if (row.byThisConnection)
-            EXPECT_TRUE(indexed.db.exec(row.change));
+        if (row[2].get<bool>())
+            EXPECT_TRUE(indexed.db.exec(bytes(row[1]).constData()));
         else
-            file.run(row.change);
+            file.run(bytes(row[1]));
         indexed.index.follow();
-        EXPECT_EQ(indexed.isCurrent(), row.isCurrentAtOnce) << row.what;
+        EXPECT_EQ(indexed.isCurrent(), row[3].get<bool>()) << row;
         workPool().waitForDone();
-        EXPECT_EQ(indexed.isCurrent(), row.isCurrentAfterReading) << row.what;
+        EXPECT_EQ(indexed.isCurrent(), row[4].get<bool>()) << row;
     }
 }
 

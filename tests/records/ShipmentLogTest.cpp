@@ -223,39 +223,19 @@ TEST_F(LogTest, KeepsTheRefundOfADeliveredParcel)
     label.transactionID = transactionId();
     EXPECT_TRUE(log.insert(label));
     const auto row = [&] { return (*log.find({.id = 1})).value(); };
-    const struct {
-        const char *what;
-        std::function<bool()> change;
-        QString status, refund;
-        bool isPending;
-    } steps[] = {
-        {"delivered", [&] { return log.setStatus(1, u"DELIVERED"_s); }, u"DELIVERED"_s, {}, false},
-        {"requested", [&] { return log.setStatus(1, u"REFUND_PENDING"_s); }, u"REFUND_PENDING"_s, {}, true},
-        {"delivered", [&] { return log.setStatus(1, u"DELIVERED"_s); }, u"DELIVERED"_s, u"REFUND_PENDING"_s, true},
-        {"delivered again", [&] { return log.setStatus(1, u"DELIVERED"_s); }, u"DELIVERED"_s, u"REFUND_PENDING"_s,
-         true},
-        {"refused", [&] { return log.setRefund(1, RefundState::failed); }, u"DELIVERED"_s, u"REFUND_ERROR"_s, false},
-        {"requested", [&] { return log.setStatus(1, u"REFUND_PENDING"_s); }, u"REFUND_PENDING"_s, {}, true},
-        {"granted", [&] { return log.setRefund(1, RefundState::granted); }, u"REFUNDED"_s, {}, false},
-        {"delivered", [&] { return log.setStatus(1, u"DELIVERED"_s); }, u"DELIVERED"_s, u"REFUNDED"_s, false},
-        {"never requested", [&] { return log.setRefund(1, RefundState::none); }, u"DELIVERED"_s, {}, false},
-    };
-    for (const auto &[what, change, status, refund, isPending] : steps) {
-        EXPECT_TRUE(change()) << what;
-        EXPECT_EQ(row().status, status) << what;
-        EXPECT_EQ(row().refund, refund) << what;
-        EXPECT_EQ(log.openRefunds(99, 50)->size(), isPending) << what;
+    const QStringList refunds = {u"none"_s, u"pending"_s, u"granted"_s, u"failed"_s};
+    for (const Json &step : table(u"mailing-log"_s, "refund of a delivered parcel")) {
+        const qsizetype refund = refunds.indexOf(text(step[0]));
+        EXPECT_TRUE(refund < 0 ? log.setStatus(1, text(step[0])) : log.setRefund(1, RefundState(refund))) << step;
+        EXPECT_EQ(row().status + u' ' + row().refund, text(step[1]) + u' ' + text(step[2])) << step;
+        EXPECT_EQ(log.openRefunds(99, 50)->size(), step[3].get<bool>()) << step;
     }
 }
 
 TEST(ShipmentLog, ImportsFilesAsOtherProgramsWriteThem)
 {
     const QByteArray a = mailLine("Ana"), b = mailLine("Bé"), head = EndiciaFormat::header().toUtf8() + '\n';
-    const struct {
-        const char *what;
-        QByteArray bytes;
-        QStringList recipients;
-    } rows[] = {
+    const std::tuple<const char *, QByteArray, QStringList> rows[] = {
         {"carriage returns", QByteArray(head + a + b).replace("\n", "\r\n"), {u"Ana"_s, u"Bé"_s}},
         {"a byte order mark before the header", "\xEF\xBB\xBF" + head + a, {u"Ana"_s}},
         {"a byte order mark before a row", "\xEF\xBB\xBFVOID" + a, {u"Ana"_s}},
@@ -263,13 +243,13 @@ TEST(ShipmentLog, ImportsFilesAsOtherProgramsWriteThem)
         {"blank and short lines", "\n\n \nStatus\n" + a + "a\tb\tc\n\n" + b, {u"Ana"_s, u"Bé"_s}},
         {"nothing", "", {}},
     };
-    for (const auto &row : rows) {
+    for (const auto &[what, bytes, recipients] : rows) {
         const LogFile file;
         ShipmentLog log(QDir(file.folder.path()));
-        file.put(u"log.txt"_s, row.bytes);
-        EXPECT_EQ(log.importEndiciaCSV(file.path(u"log.txt"_s)).imported, row.recipients.size()) << row.what;
-        EXPECT_EQ(file.recipients(), row.recipients) << row.what;
-        EXPECT_EQ(file.ask("SELECT 1 FROM shipments WHERE status NOT IN ('', 'VOID')"), QStringList()) << row.what;
+        file.put(u"log.txt"_s, bytes);
+        EXPECT_EQ(log.importEndiciaCSV(file.path(u"log.txt"_s)).imported, recipients.size()) << what;
+        EXPECT_EQ(file.recipients(), recipients) << what;
+        EXPECT_EQ(file.ask("SELECT 1 FROM shipments WHERE status NOT IN ('', 'VOID')"), QStringList()) << what;
     }
 }
 

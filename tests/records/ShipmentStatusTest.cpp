@@ -1,24 +1,13 @@
 #include "records/ShipmentStatus.h"
-#include "support/Test.h"
+#include "support/Table.h"
 
 namespace parcelory::test {
 
 TEST(ShipmentStatus, HasTextsForTheClerk)
 {
-    const QString pending = u"Refund pending (USPS: up to 14 days)"_s;
-    const struct {
-        QString stored, display, badge;
-    } rows[] = {{u"PRINTED"_s, u"Printed"_s, {}},
-                {u"DELIVERED"_s, u"Delivered"_s, {}},
-                {u"REFUND_PENDING"_s, pending, u"REFUND PENDING"_s},
-                {u"REFUND_REQUESTED"_s, pending, u"REFUND PENDING"_s},
-                {u"REFUNDED"_s, u"Refunded"_s, u"REFUNDED"_s},
-                {u"REFUND_ERROR"_s, u"Refund failed — see Error Log"_s, u"REFUND FAILED"_s},
-                {{}, u"—"_s, {}},
-                {u"Voided"_s, u"Voided"_s, {}}};
-    for (const auto &row : rows) {
-        EXPECT_EQ(friendlyStatus(row.stored), row.display);
-        EXPECT_EQ(refundBadge(refundState(row.stored)), row.badge);
+    for (const Json &row : table(u"shipment-status"_s, "texts")) {
+        EXPECT_EQ(friendlyStatus(text(row[0])), text(row[1]));
+        EXPECT_EQ(refundBadge(refundState(text(row[0]))), text(row[2]));
     }
 }
 

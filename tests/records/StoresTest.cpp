@@ -14,18 +14,11 @@ namespace {
 const QString sendersName = u"sender_profiles.json"_s;
 const QString boxesName = u"box_profiles.json"_s;
 
-QByteArray contents(const FakePlatform &desk, const QString &name)
-{
-    return contentsOf(desk.path(name));
-}
-QList<QByteArray> setAside(const FakePlatform &desk, const QString &name)
-{
-    return test::setAside(desk.folder.path(), name);
-}
-Json savedSenders(const FakePlatform &desk)
-{
-    return parseJson(contents(desk, sendersName));
-}
+struct StoreDesk : FakePlatform {
+    QByteArray contents(const QString &name) const { return contentsOf(path(name)); }
+    QList<QByteArray> setAside(const QString &name) const { return test::setAside(folder.path(), name); }
+    Json savedSenders() const { return parseJson(contents(sendersName)); }
+};
 
 constexpr auto address = R"({"name":"","company":"Desk","street1":"1 Main St","street2":"","city":"Reno","state":"NV",)"
                          R"("zip":"89501","country":"US","phone":"","email":""})";
@@ -49,7 +42,7 @@ TEST(SenderStore, StartsWithTheCompanysAddressOrAnEarlierVersionsAddress)
         {all, {all[0], all[1], all[2], all[3], all[4], all[5], all[6], u"US"_s, all[7], all[8]}},
     };
     for (const auto &[stored, address] : rows) {
-        FakePlatform desk;
+        StoreDesk desk;
         for (const QString &key : stored)
             desk.preferences.setValue(u"sender."_s + key, key);
         SenderStore store(desk.platform);
@@ -59,7 +52,7 @@ TEST(SenderStore, StartsWithTheCompanysAddressOrAnEarlierVersionsAddress)
         EXPECT_EQ(first.address, address);
         EXPECT_EQ(store.defaultID.value(), first.id);
         store.flush();
-        EXPECT_EQ(savedSenders(desk)["profiles"].size(), 1u); // written immediately
+        EXPECT_EQ(desk.savedSenders()["profiles"].size(), 1u); // written immediately
 
         desk.preferences.setValue(u"sender.name"_s, u"Somebody else"_s);
         SenderStore again(desk.platform);
@@ -75,19 +68,19 @@ TEST(SenderStore, FindsTheDefaultOrTakesTheFirst)
         {R"(,"version":3)", u"West"_s},
     };
     for (const auto &[rest, expected] : rows) {
-        FakePlatform desk;
+        StoreDesk desk;
         put(desk.path(sendersName), twoSenders(rest));
         SenderStore store(desk.platform);
         ASSERT_TRUE(store.defaultProfile());
         EXPECT_EQ(store.defaultProfile()->name, expected) << rest.toStdString();
         store.flush();
-        EXPECT_EQ(contents(desk, sendersName), twoSenders(rest)); // reading alone changes nothing
+        EXPECT_EQ(desk.contents(sendersName), twoSenders(rest)); // reading alone changes nothing
     }
 }
 
 TEST(SenderStore, WritesEveryChangeAndReadsItBack)
 {
-    FakePlatform desk;
+    StoreDesk desk;
     SenderStore store(desk.platform);
     const SenderProfile first = store.profiles.value().first(), second = store.add(), third = store.add();
     EXPECT_EQ(second.name, u"New Profile"_s);
@@ -115,7 +108,7 @@ TEST(SenderStore, WritesEveryChangeAndReadsItBack)
 
     store.defaultID = std::nullopt;
     store.flush();
-    EXPECT_FALSE(savedSenders(desk).contains("defaultID"));
+    EXPECT_FALSE(desk.savedSenders().contains("defaultID"));
     EXPECT_EQ(store.defaultProfile(), first);
 }
 
@@ -136,36 +129,33 @@ TEST(SenderStore, KeepsTheReadableProfilesAndSetsADamagedFileAside)
         {twoSenders({}).replace(west, "00000000-0000-0000-0000-000000000000"), both}, // an id like any other
     };
     for (const auto &[saved, kept] : rows) {
-        FakePlatform desk;
+        StoreDesk desk;
         put(desk.path(sendersName), saved);
         SenderStore store(desk.platform);
-        QStringList names;
-        for (const SenderProfile &profile : store.profiles.value())
-            names += profile.name;
-        EXPECT_EQ(names, kept) << saved.left(200).toStdString();
+        EXPECT_EQ(each(store.profiles.value(), &SenderProfile::name), kept) << saved.left(200).toStdString();
         store.add();
         store.flush();
-        EXPECT_EQ(setAside(desk, sendersName), kept == both ? QList<QByteArray>() : QList{saved});
-        EXPECT_EQ(savedSenders(desk)["profiles"].size(), std::size_t(kept.size() + 1));
+        EXPECT_EQ(desk.setAside(sendersName), kept == both ? QList<QByteArray>() : QList{saved});
+        EXPECT_EQ(desk.savedSenders()["profiles"].size(), std::size_t(kept.size() + 1));
     }
-    FakePlatform desk;
+    StoreDesk desk;
     put(desk.path(sendersName), R"({"profiles":[]})"); // readable, but a desk needs an address
     EXPECT_EQ(SenderStore(desk.platform).profiles.value().size(), 1);
 }
 
 TEST(BoxStore, WritesNothingBeforeTheFirstChange)
 {
-    FakePlatform desk;
+    StoreDesk desk;
     BoxStore store(desk.platform);
     EXPECT_TRUE(store.profiles.value().isEmpty());
     store.flush();
-    EXPECT_EQ(contents(desk, boxesName), "(none)");
+    EXPECT_EQ(desk.contents(boxesName), "(none)");
 
     const BoxProfile box = store.add();
     EXPECT_EQ(box.name, u"New Box"_s);
     store.flush();
-    EXPECT_EQ(contents(desk, boxesName), R"([{"id":")" + box.id.toString(QUuid::WithoutBraces).toUpper().toLatin1() +
-                                             R"(","name":"New Box","length":"","width":"","height":""}])");
+    EXPECT_EQ(desk.contents(boxesName), R"([{"id":")" + box.id.toString(QUuid::WithoutBraces).toUpper().toLatin1() +
+                                            R"(","name":"New Box","length":"","width":"","height":""}])");
     QList<BoxProfile> edited = store.profiles;
     edited[0].length = u"12 1/2"_s; // as typed
     store.profiles = edited;
@@ -175,7 +165,7 @@ TEST(BoxStore, WritesNothingBeforeTheFirstChange)
 
     store.remove(box.id);
     store.flush();
-    EXPECT_EQ(contents(desk, boxesName), "[]");
+    EXPECT_EQ(desk.contents(boxesName), "[]");
 }
 
 TEST(BoxStore, SetsAnUnreadableFileAsideWhenReplacingIt)
@@ -184,15 +174,15 @@ TEST(BoxStore, SetsAnUnreadableFileAsideWhenReplacingIt)
         R"({"id":"0e1f2a3b-4c5d-6e7f-8091-a2b3c4d5e6f7","name":"S-4344","length":"1","width":"2","height":"3"})";
     for (const QByteArray &bad : {QByteArray("["), QByteArray("{}"), '[' + box + ",{}]",
                                   '[' + QByteArray(box).replace(R"(,"height":"3")", "") + ']'}) {
-        FakePlatform desk;
+        StoreDesk desk;
         put(desk.path(boxesName), bad);
         BoxStore store(desk.platform);
         EXPECT_TRUE(store.profiles.value().isEmpty());
         store.flush();
-        EXPECT_EQ(contents(desk, boxesName), bad);
+        EXPECT_EQ(desk.contents(boxesName), bad);
         store.add();
         store.flush();
-        EXPECT_EQ(setAside(desk, boxesName), QList{bad});
+        EXPECT_EQ(desk.setAside(boxesName), QList{bad});
         EXPECT_EQ(BoxStore(desk.platform).profiles.value().size(), 1);
     }
 }
@@ -207,7 +197,7 @@ TEST(BoxProfile, ShowsItsDimensions)
 TEST(DraftStore, KeepsTheDraftForTheNextStart)
 {
     const QString name = u"label_draft.json"_s;
-    FakePlatform desk;
+    StoreDesk desk;
     const SavedDraft draft{
         .recipient = {.name = u"Ann"_s}, .senderID = QUuid::createUuid(), .box = {}, .weightLb = u"1 ½"_s};
     DraftStore first(desk.platform.dataFolder);
@@ -224,7 +214,7 @@ TEST(DraftStore, KeepsTheDraftForTheNextStart)
     EXPECT_FALSE(first.saved());
     first.save(draft);
     first.flush();
-    EXPECT_EQ(setAside(desk, name), QList<QByteArray>{"torn"});
+    EXPECT_EQ(desk.setAside(name), QList<QByteArray>{"torn"});
     EXPECT_EQ(second.saved(), draft);
 }
 

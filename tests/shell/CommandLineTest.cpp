@@ -19,27 +19,25 @@ Display displayOf(const QByteArrayList &given)
 
 TEST(CommandLine, NeedsAScreenOnlyForWindows)
 {
-    const struct {
-        QByteArrayList given;
-        Display withScreen, without;
-    } rows[] = {{{}, Display::screen, Display::none},
-                {{"--status"}, Display::none, Display::none},
-                {{"--verify"}, Display::none, Display::none},
-                {{"--add-key", "Live"}, Display::none, Display::none},
-                {{"--practice"}, Display::screen, Display::memory},
-                {{"--practice", "--ship=orders.json"}, Display::memory, Display::memory},
-                {{"--practice", "--screenshots", "out"}, Display::memory, Display::memory}};
+    const std::tuple<QByteArrayList, Display, Display> rows[] = {
+        {{}, Display::screen, Display::none},
+        {{"--status"}, Display::none, Display::none},
+        {{"--verify"}, Display::none, Display::none},
+        {{"--add-key", "Live"}, Display::none, Display::none},
+        {{"--practice"}, Display::screen, Display::memory},
+        {{"--practice", "--ship=orders.json"}, Display::memory, Display::memory},
+        {{"--practice", "--screenshots", "out"}, Display::memory, Display::memory}};
     const QByteArray names[] = {"QT_QPA_PLATFORM", "DISPLAY", "WAYLAND_DISPLAY"};
     QByteArrayList before;
     for (const QByteArray &name : names)
         before += qgetenv(name);
-    for (const auto &row : rows) {
+    for (const auto &[given, withScreen, without] : rows) {
         qputenv("QT_QPA_PLATFORM", "offscreen");
-        EXPECT_EQ(displayOf(row.given), row.withScreen) << row.given.join(' ').toStdString();
+        EXPECT_EQ(displayOf(given), withScreen) << given.join(' ').toStdString();
 #ifndef Q_OS_MACOS
         for (const QByteArray &name : names)
             qunsetenv(name);
-        EXPECT_EQ(displayOf(row.given), row.without) << row.given.join(' ').toStdString();
+        EXPECT_EQ(displayOf(given), without) << given.join(' ').toStdString();
 #endif
     }
     for (qsizetype name = 0; name < before.size(); ++name)

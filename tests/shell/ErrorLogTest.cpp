@@ -1,9 +1,8 @@
 #include "shell/ErrorLog.h"
 #include "carrier/ShippoError.h"
-#include "core/Json.h"
 #include "support/FakePlatform.h"
 #include "support/RunTask.h"
-#include "support/Test.h"
+#include "support/Table.h"
 
 #include <QTimeZone>
 
@@ -166,18 +165,16 @@ TEST_F(ErrorLogTest, ShowsOneAlertAtATime)
 
 TEST_F(ErrorLogTest, SetsAnUnreadableFileAsideWhenReplacingIt)
 {
-    const std::pair<QByteArray, bool> rows[] = {{"[]", false},          {"garbage", true},   {"", true},
-                                                {"[{\"id\":1}]", true}, {"{\"a\":1}", true}, {"[{\"id\":\"x\",", true},
-                                                {"null", true}};
-    for (const auto &[bytes, kept] : rows) {
-        leave(bytes);
+    for (const Json &row : table(u"error-log"_s, "files")) { // bytes, whether they are set aside
+        const QByteArray left = bytes(row[0]);
+        leave(left);
         open();
         EXPECT_TRUE(log->entries().isEmpty());
-        EXPECT_EQ(saved(), bytes) << "reading alone changes nothing";
+        EXPECT_EQ(saved(), left) << "reading alone changes nothing";
         record(u"first"_s, lost);
         record(u"second"_s, lost);
-        EXPECT_EQ(parseJson(saved()).size(), 2u) << bytes.toStdString();
-        EXPECT_EQ(takenAside(), kept ? QList<QByteArray>{bytes} : QList<QByteArray>{}) << bytes.toStdString();
+        EXPECT_EQ(parseJson(saved()).size(), 2u) << row;
+        EXPECT_EQ(takenAside(), row[1].get<bool>() ? QList<QByteArray>{left} : QList<QByteArray>{}) << row;
     }
 }
 

@@ -68,16 +68,13 @@ double megabytes()
 Task<> buy(Program &program, int number)
 {
     LabelScreen &label = program.screens().label;
-    program.app().draftTo = ShippoAddress{u"Parcel %1"_s.arg(number),
-                                          {},
-                                          u"%1 Montford Ave"_s.arg(number),
-                                          {},
-                                          u"Asheville"_s,
-                                          u"NC"_s,
-                                          u"28801"_s,
-                                          u"US"_s,
-                                          {},
-                                          {}};
+    program.app().draftTo = ShippoAddress{.name = u"Parcel %1"_s.arg(number),
+                                          .company = {},
+                                          .street1 = u"%1 Montford Ave"_s.arg(number),
+                                          .city = u"Asheville"_s,
+                                          .state = u"NC"_s,
+                                          .zip = u"28801"_s,
+                                          .country = u"US"_s};
     label.weightLb = u"1"_s;
     label.dimLength = u"9"_s;
     label.dimWidth = u"6"_s;

@@ -48,17 +48,10 @@
 #include "support/LabelDesk.h"
 #include "support/LogFile.h"
 #include "support/RunTask.h"
-#include "support/Test.h"
+#include "support/Table.h"
 
-#include <algorithm>
-#include <chrono>
 #include <cstddef>
-#include <functional>
-#include <memory>
-#include <optional>
 #include <string>
-#include <tuple>
-#include <utility>
 #include <vector>
 // IWYU pragma: end_exports
 

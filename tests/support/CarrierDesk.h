@@ -4,6 +4,7 @@
 #include "practice/carrier/PracticeCarrier.h"
 #include "support/FakePlatform.h"
 #include "support/RunTask.h"
+#include "support/Table.h"
 
 namespace parcelory::test {
 
@@ -29,41 +30,22 @@ struct CarrierDesk : FakePlatform {
     }
 };
 
+/// A sender or recipient of tests/data.
+inline ShippoAddress sampleAddress(const char *name)
+{
+    return changed(ShippoAddress(), table(QStringLiteral("addresses"), "samples")[0][name]);
+}
 inline ShippoAddress deskAddress()
 {
-    using namespace Qt::StringLiterals;
-    return {u"Shipping Desk"_s,
-            u"Corvallon Rare Coins"_s,
-            u"1180 Harbor View Rd"_s,
-            u"Suite 300"_s,
-            u"Salem"_s,
-            u"OR"_s,
-            u"97301"_s,
-            u"US"_s,
-            u"503-555-0142"_s,
-            u"desk@example.com"_s};
+    return sampleAddress("desk");
 }
-
 inline ShippoAddress homeAddress()
 {
-    using namespace Qt::StringLiterals;
-    return {u"Eleanor Whitfield"_s,
-            {},
-            u"418 Montford Ave"_s,
-            u"Apt 3B"_s,
-            u"Asheville"_s,
-            u"NC"_s,
-            u"28801"_s,
-            u"US"_s,
-            {},
-            {}};
+    return sampleAddress("home");
 }
-
 inline ShippoAddress londonAddress()
 {
-    using namespace Qt::StringLiterals;
-    return {u"Harriet Ashcombe"_s, {}, u"14 Chandos Place"_s, {}, u"London"_s, {}, u"WC2N 4HS"_s, u"United Kingdom"_s,
-            u"+44 20 7946 0123"_s, {}};
+    return sampleAddress("London");
 }
 
 } // namespace parcelory::test

@@ -40,9 +40,9 @@ FakePlatform::FakePlatform() : platform(with({}, Deployment::builtIn())) {}
 
 Platform FakePlatform::with(const Own &own, const Deployment &deployment)
 {
-    return {.http = http,
+    return {.http = own.http ? *own.http : http,
             .clock = clock,
-            .secrets = secrets,
+            .secrets = own.secrets ? *own.secrets : secrets,
             .preferences = preferences,
             .prompts = own.prompts ? *own.prompts : prompts,
             .desktop = desktop,

@@ -189,6 +189,8 @@ struct FakePlatform {
         Prompts *prompts = nullptr;
         Keyboard *keyboard = nullptr;
         WebSession *web = nullptr;
+        HttpTransport *http = nullptr;
+        SecretStore *secrets = nullptr;
     };
     Platform with(const Own &own) { return with(own, platform.deployment); }
     Platform with(const Own &own, const Deployment &deployment);

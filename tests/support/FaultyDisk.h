@@ -3,7 +3,9 @@
 #include <QByteArray>
 #include <QString>
 
+#include <csignal>
 #include <sqlite3.h>
+#include <sys/resource.h>
 
 namespace parcelory::test {
 
@@ -55,6 +57,27 @@ private:
     static inline sqlite3_io_methods methods = {};
     sqlite3_vfs *m_system = sqlite3_vfs_find(nullptr);
     sqlite3_vfs m_files = *m_system;
+};
+
+/// Limits this process's files to `bytes`, like a full disk: a write beyond it fails or calls `atTheEnd`.
+class FullDisk {
+public:
+    explicit FullDisk(rlim_t bytes, void (*atTheEnd)(int) = SIG_IGN)
+    {
+        m_handler = std::signal(SIGXFSZ, atTheEnd);
+        getrlimit(RLIMIT_FSIZE, &m_before);
+        const rlimit limit{bytes, m_before.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~FullDisk()
+    {
+        setrlimit(RLIMIT_FSIZE, &m_before);
+        std::signal(SIGXFSZ, m_handler);
+    }
+
+private:
+    rlimit m_before{};
+    void (*m_handler)(int);
 };
 
 } // namespace parcelory::test

@@ -25,10 +25,7 @@ struct LabelDesk : CarrierDesk {
     {
         carrier.setScenario({}); // releases its answers
         runUntil([this] { return !screenOwner || !purchases().checking; });
-        for (int step = 0; step < 5; ++step) {
-            workPool().waitForDone();
-            settle();
-        }
+        settlePool(5);
     }
 
     LabelScreen &screen() { return *screenOwner; }
@@ -78,8 +75,13 @@ struct LabelDesk : CarrierDesk {
     void endLookups()
     {
         runUntil([this] { return !screenOwner || !purchases().checking; });
-        workPool().waitForDone();
-        settle();
+        settlePool();
+    }
+    /// True if the error log has an entry that begins like this.
+    bool hasRecorded(const QString &start) const
+    {
+        return std::ranges::any_of(errors->entries(),
+                                   [&](const auto &entry) { return entry.detail.startsWith(start); });
     }
     int requestsTo(const QByteArray &prefix)
     {

@@ -1,14 +1,10 @@
 #pragma once
 
 #include "records/ShipmentLog.h"
-#include "support/Printing.h"
 #include "support/RunTask.h"
-
-#include <gmock/gmock.h>
+#include "support/Test.h"
 
 #include <QBuffer>
-#include <QFile>
-#include <QTemporaryDir>
 
 namespace parcelory::test {
 
@@ -17,11 +13,7 @@ struct LogFile {
     QTemporaryDir folder;
 
     QString path(const QString &name = QStringLiteral("mailing_log.sqlite")) const { return folder.filePath(name); }
-    void put(const QString &name, const QByteArray &bytes) const
-    {
-        QFile file(path(name));
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
-    }
+    void put(const QString &name, const QByteArray &bytes) const { test::put(path(name), bytes); }
 
     /// Runs a script like another program.
     void run(const QByteArray &script) const { ASSERT_TRUE(Database(path()).exec(script.constData())); }
@@ -52,10 +44,7 @@ inline QString transactionId(int number = 1)
 inline QStringList shown(const ShipmentLog &log)
 {
     settle();
-    QStringList names;
-    for (const ShipmentRecord &record : log.records())
-        names += record.recipient;
-    return names;
+    return each(log.records(), &ShipmentRecord::recipient);
 }
 
 /// The whole log as an exchange file.

@@ -17,8 +17,7 @@ protected:
 
     void TearDown() override // a query that the test did not wait for still reports to the screen
     {
-        workPool().waitForDone();
-        settle();
+        settlePool();
     }
     /// A label bought at this desk, as the log lists it.
     ShipmentRecord bought()

@@ -61,4 +61,13 @@ inline void settle()
     QCoreApplication::processEvents();
 }
 
+/// Waits for the thread pool and delivers its results; each turn may start the next step of a chain.
+inline void settlePool(int turns = 1)
+{
+    for (int turn = 0; turn < turns; ++turn) {
+        workPool().waitForDone();
+        settle();
+    }
+}
+
 } // namespace parcelory::test

@@ -25,6 +25,11 @@ inline QByteArray bytes(const Json &cell)
 {
     return text(cell).toLatin1();
 }
+/// The body of an answer: a text as it is, anything else as JSON.
+inline QByteArray body(const Json &cell)
+{
+    return cell.is_string() ? bytes(cell) : dumpJson(cell);
+}
 inline QStringList texts(const Json &cells)
 {
     QStringList all;

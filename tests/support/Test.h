@@ -43,6 +43,16 @@ QString failureOf(Operation operation)
     return u"no failure"_s;
 }
 
+/// A text of each record in a list.
+template <class List, class Member>
+QStringList each(const List &list, Member member)
+{
+    QStringList texts;
+    for (const auto &record : list)
+        texts += std::invoke(member, record);
+    return texts;
+}
+
 /// A file's bytes; "(none)" if there is no such file.
 inline QByteArray contentsOf(const QString &path)
 {

@@ -18,17 +18,6 @@
 #include <QLabel>
 #include <QMenu>
 #include <QMenuBar>
-
-#include <algorithm>
-#include <chrono>
-#include <cstddef>
-#include <functional>
-#include <memory>
-#include <optional>
-#include <string>
-#include <tuple>
-#include <utility>
-#include <vector>
 // IWYU pragma: end_exports
 
 namespace parcelory::test {

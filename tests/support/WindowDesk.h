@@ -60,10 +60,7 @@ struct WindowDesk : CarrierDesk {
         runTask(program->screens().keys.refresh()); // these threads run jobs in order, so these are their last
         runTask(app().credentials.stored());
         constexpr int longestChain = 32; // more jobs than a coroutine starts in sequence
-        for (int job = 0; job < longestChain; ++job) {
-            workPool().waitForDone();
-            settle();
-        }
+        settlePool(longestChain);
     }
 
     MainWindow &window() { return program->window(); }

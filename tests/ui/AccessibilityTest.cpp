@@ -1,12 +1,6 @@
 #include "ui/parts/Accessibility.h"
-#include "app/AppState.h"
-#include "app/label/LabelScreen.h"
-#include "support/CarrierDesk.h"
-#include "support/RunTask.h"
-#include "support/WindowDesk.h"
+#include "support/UiTest.h"
 #include "ui/theme/Theme.h"
-
-#include <gmock/gmock.h>
 
 #include <QApplication>
 #include <QDBusArgument>
@@ -18,16 +12,12 @@
 #include <QDBusVariant>
 #include <QStandardPaths>
 
-#include <algorithm>
 #include <cstdio>
-#include <iostream>
-#include <utility>
 
 // The window as a screen reader finds it: over the accessibility bus, by the protocol that screen readers speak.
 
 namespace parcelory::test {
 namespace {
-using namespace Qt::StringLiterals;
 
 const QString registry = u"org.a11y.atspi.Registry"_s, accessible = u"org.a11y.atspi.Accessible"_s;
 const QString rootPath = u"/org/a11y/atspi/accessible/root"_s;
@@ -136,27 +126,10 @@ TEST(ScreenReader, FindsEveryControlWithItsNameRoleAndValue)
     WindowDesk desk;
     desk.compose(homeAddress());
     const QList<Found> all = reader->program();
-    const Found rows[] = {
-        {u"combo box"_s, u"Class"_s, u"Priority Mail"_s},
-        {u"combo box"_s, u"Mailpiece"_s, u"Bubble Mailer #2 - S-5148"_s},
-        {u"radio button"_s, u"Carrier: USPS"_s, {}},
-        {u"radio button"_s, u"Carrier: FedEx"_s, {}},
-        {u"panel"_s, u"To"_s, {}},
-        {u"panel"_s, u"Package"_s, {}},
-        {u"panel"_s, u"Extras"_s, {}},
-        {u"notification"_s, u"Validate the address."_s, {}},
-    };
-    for (const Found &row : rows) {
-        const bool isThere = std::ranges::any_of(all, [&row](const Found &found) {
-            return found.role == row.role && found.name == row.name && found.text == row.text;
-        });
-        EXPECT_TRUE(isThere) << row.role.toStdString() << ' ' << row.name.toStdString();
-    }
-    if (testing::Test::HasFailure()) {
-        for (const Found &found : all)
-            std::cerr << found.role.toStdString() << " | " << found.name.toStdString() << " | "
-                      << found.text.toStdString() << '\n';
-    }
+    for (const Json &row : table(u"screen-reader"_s, "controls")) // role, name, text
+        EXPECT_TRUE(std::ranges::any_of(all, [&row](const Found &found) {
+            return found.role == text(row[0]) && found.name == text(row[1]) && found.text == text(row[2]);
+        })) << row;
 }
 
 TEST(ScreenReader, HearsABannerAndNothingWhileNothingChanges)

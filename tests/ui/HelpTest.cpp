@@ -1,15 +1,8 @@
-#include "app/Screens.h"
 #include "app/handbook/Handbook.h"
-#include "core/Task.h"
-#include "support/RunTask.h"
-#include "support/WindowDesk.h"
+#include "support/UiTest.h"
 #include "ui/MainWindow.h"
-#include "ui/parts/Button.h"
-
-#include <QMenuBar>
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
 
 struct Help : testing::Test, WindowDesk {
     QAction *handbookEntry() { return window().menuBar()->actions().last()->menu()->actions().first(); }

@@ -55,31 +55,27 @@ TEST(LabelFocus, OneButtonIsSolidTheNextStep)
 
 TEST(LabelFocus, AFailedCheckTakesTheFocusToItsField)
 {
-    struct Case {
-        std::function<void(WindowDesk &)> spoil;
-        QString field;
-    };
-    const Case cases[] = {
+    const std::pair<std::function<void(WindowDesk &)>, QString> cases[] = {
         {[](WindowDesk &d) { d.label().mailpiece = BuiltinMailpiece::package; }, u"Length, inches"_s},
         {[](WindowDesk &d) { d.label().weightLb = u"71"_s; }, u"Weight, pounds"_s},
         {[](WindowDesk &d) { d.label().insuranceValue = u"1,500"_s; }, u"Insured value, US dollars"_s},
         {[](WindowDesk &d) { d.app().draftTo = londonAddress(); }, u"Declared value, US dollars"_s},
         {[](WindowDesk &d) { d.app().draftTo = ShippoAddress{}; }, u"Recipient name"_s},
     };
-    for (const Case &one : cases) {
+    for (const auto &[spoil, name] : cases) {
         WindowDesk desk;
         desk.compose(homeAddress());
-        one.spoil(desk);
+        spoil(desk);
         desk.settleAll();
         desk.press(Qt::Key_R, Qt::ControlModifier);
         desk.idle();
         ASSERT_TRUE(desk.label().banner.value());
-        EXPECT_EQ(desk.focusName(), one.field);
-        auto *field = desk.named<LineEdit>(one.field);
-        EXPECT_TRUE(field->hasFault()) << one.field.toStdString();
+        EXPECT_EQ(desk.focusName(), name);
+        auto *field = desk.named<LineEdit>(name);
+        EXPECT_TRUE(field->hasFault()) << name.toStdString();
         EXPECT_EQ(field->accessibleDescription(), desk.label().banner.value()->text);
         desk.type(u"2"_s);
-        EXPECT_FALSE(field->hasFault() || desk.label().banner.value()) << one.field.toStdString();
+        EXPECT_FALSE(field->hasFault() || desk.label().banner.value()) << name.toStdString();
     }
 }
 
@@ -133,12 +129,7 @@ TEST(LabelFocus, TheFocusGoesToWhatIsToBeMended)
             d.press(Qt::Key_K, Qt::ControlModifier);
         };
     };
-    struct Case {
-        CarrierScenario scenario;
-        std::function<void(WindowDesk &)> act;
-        QString field, reason;
-    };
-    const Case cases[] = {
+    const std::tuple<CarrierScenario, std::function<void(WindowDesk &)>, QString, QString> cases[] = {
         {{.rewrittenAddressTo = true},
          [&](WindowDesk &d) {
              validate(homeAddress())(d);
@@ -151,16 +142,16 @@ TEST(LabelFocus, TheFocusGoesToWhatIsToBeMended)
         {{}, validate(nowhere), u"Street"_s, u"The address as submitted could not be found."_s},
         {{}, scan, u"City"_s, u"The invoice has no city — type it, then validate."_s},
     };
-    for (const Case &one : cases) {
+    for (const auto &[scenario, act, field, reason] : cases) {
         WindowDesk desk;
-        desk.carrier.setScenario(one.scenario);
-        one.act(desk);
+        desk.carrier.setScenario(scenario);
+        act(desk);
         desk.idle();
         desk.window().activateWindow(); // as a window system does after a dialog
         desk.settleAll();
-        EXPECT_EQ(desk.focusName(), one.field);
-        EXPECT_TRUE(desk.named<LineEdit>(one.field)->accessibleDescription().contains(one.reason))
-            << desk.named<LineEdit>(one.field)->accessibleDescription().toStdString();
+        EXPECT_EQ(desk.focusName(), field);
+        EXPECT_TRUE(desk.named<LineEdit>(field)->accessibleDescription().contains(reason))
+            << desk.named<LineEdit>(field)->accessibleDescription().toStdString();
     }
 }
 

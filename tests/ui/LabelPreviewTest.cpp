@@ -4,28 +4,18 @@
 #include "devices/LabelPicture.h"
 #include "practice/carrier/PracticePdf.h"
 #include "records/LabelVerdicts.h"
-#include "records/ShipmentRecord.h"
-#include "support/LogFile.h"
-#include "support/Printing.h"
-#include "support/WindowDesk.h"
+#include "support/UiTest.h"
 #include "ui/LabelWindow.h"
 #include "ui/ReviewDialog.h"
 #include "ui/log/MailingLogView.h"
-#include "ui/parts/Dialog.h"
-#include "ui/parts/RowTable.h"
 #include "ui/preview/FindingList.h"
 #include "ui/preview/LabelSheet.h"
 #include "ui/preview/LabelThumbnail.h"
 #include "ui/preview/PictureButton.h"
 
-#include <gmock/gmock.h>
-
 #include <QClipboard>
-#include <QFile>
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
-
 namespace {
 
 using State = LabelSight::State;
@@ -96,11 +86,7 @@ TEST_F(LabelPreviewTest, WordsOfAVerdict)
         city{LabelItem::city, LabelMatch::notFound, u"Bend"_s, {}, {}},
         code{LabelItem::trackingCode, LabelMatch::unchecked, u"92"_s, {}, {}},
         mark{LabelItem::mark, LabelMatch::notFound, u"test"_s, {}, {}};
-    const struct {
-        QList<LabelFinding> findings;
-        LabelOutcome outcome;
-        QString line;
-    } table[] = {
+    const std::tuple<QList<LabelFinding>, LabelOutcome, QString> table[] = {
         {{}, LabelOutcome::notCompared, u"Not checked"_s},
         {{name, mark}, LabelOutcome::same, u"Address and tracking match the label ✓"_s},
         {{name, city, zip}, LabelOutcome::different, u"The ZIP differs: 28801 on the parcel, 28804 on the label."_s},
@@ -109,10 +95,10 @@ TEST_F(LabelPreviewTest, WordsOfAVerdict)
         {{name, code}, LabelOutcome::unchecked, u"Cannot be checked: tracking number in the bar code"_s},
         {{code}, LabelOutcome::unchecked, u"Cannot be checked: graphic"_s},
     };
-    for (const auto &row : table) {
-        const LabelVerdict verdict{.findings = row.findings, .addressOnLabel = {}};
-        EXPECT_EQ(LabelVerdictTexts::outcomeOf(verdict), row.outcome) << row.line.toStdString();
-        EXPECT_EQ(LabelVerdictTexts::lineOf(verdict), row.line);
+    for (const auto &[findings, outcome, line] : table) {
+        const LabelVerdict verdict{.findings = findings, .addressOnLabel = {}};
+        EXPECT_EQ(LabelVerdictTexts::outcomeOf(verdict), outcome) << line.toStdString();
+        EXPECT_EQ(LabelVerdictTexts::lineOf(verdict), line);
     }
 }
 

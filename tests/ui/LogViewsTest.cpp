@@ -28,11 +28,7 @@ struct LogViewsTest : testing::Test, FakePlatform {
         app.log.reload();
         settle();
     }
-    void TearDown() override // a query that the test did not wait for still reports to the screen
-    {
-        workPool().waitForDone();
-        settle();
-    }
+    void TearDown() override { settlePool(); } // a query that the test did not wait for still reports to the screen
     void add(const QString &recipient, int minute)
     {
         const ShipmentRecord record{.createdAt = QDateTime(QDate(2026, 11, 20), QTime(12, minute)),

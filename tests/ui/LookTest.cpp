@@ -10,12 +10,7 @@ namespace {
 TEST(Look, EveryTextHasEnoughContrast)
 {
     using T = Tokens;
-    const struct {
-        const char *what;
-        double least;
-        Token ink;
-        std::vector<Token> grounds;
-    } rows[] = {
+    const std::tuple<const char *, double, Token, std::vector<Token>> rows[] = {
         {"text",
          7,
          &T::text,
@@ -34,10 +29,10 @@ TEST(Look, EveryTextHasEnoughContrast)
         {"edge of a warning", 3, &T::warnEdge, {&T::warnTint}},
     };
     for (const Tokens *tokens : {&lightTokens(), &darkTokens()}) {
-        for (const auto &row : rows) {
-            for (size_t ground = 0; ground < row.grounds.size(); ++ground)
-                EXPECT_GE(contrast(tokens->*row.ink, tokens->*row.grounds[ground]), row.least)
-                    << row.what << " on its ground " << ground << (tokens == &darkTokens() ? ", dark" : ", light");
+        for (const auto &[what, least, ink, grounds] : rows) {
+            for (size_t ground = 0; ground < grounds.size(); ++ground)
+                EXPECT_GE(contrast(tokens->*ink, tokens->*grounds[ground]), least)
+                    << what << " on its ground " << ground << (tokens == &darkTokens() ? ", dark" : ", light");
         }
     }
 }
@@ -116,12 +111,7 @@ TEST(Look, TheFirstWindowFitsTheScreen)
 
 TEST(Look, TheModeIsShownThreeTimes)
 {
-    struct Mode {
-        bool practice;
-        QString token, title, strip;
-        Button::Kind buy;
-    };
-    const Mode modes[] = {
+    const std::tuple<bool, QString, QString, QString, Button::Kind> modes[] = {
         {true, PracticeCarrier::testToken, u"Parcelory — PRACTICE MODE"_s,
          u"Practice — nothing is sent, charged or printed"_s, Button::Kind::practice},
         {false, PracticeCarrier::testToken, u"Parcelory — TEST MODE"_s,
@@ -129,14 +119,14 @@ TEST(Look, TheModeIsShownThreeTimes)
         {false, PracticeCarrier::liveToken, u"Parcelory"_s, u"Shippo LIVE (Practice) — labels cost real money"_s,
          Button::Kind::solid},
     };
-    for (const Mode &mode : modes) {
-        WindowDesk desk(mode.practice);
-        desk.useToken(mode.token);
+    for (const auto &[practice, token, title, strip, buy] : modes) {
+        WindowDesk desk(practice);
+        desk.useToken(token);
         runTask(desk.program->screens().keys.refresh(), &desk.clock);
         desk.composeAndRate(homeAddress());
-        EXPECT_EQ(desk.window().windowTitle(), mode.title);
-        EXPECT_EQ(desk.button(u"Buy & Print Label"_s)->kind(), mode.buy);
-        EXPECT_TRUE(shows(desk.window(), mode.strip)) << mode.strip.toStdString();
+        EXPECT_EQ(desk.window().windowTitle(), title);
+        EXPECT_EQ(desk.button(u"Buy & Print Label"_s)->kind(), buy);
+        EXPECT_TRUE(shows(desk.window(), strip)) << strip.toStdString();
     }
 }
 

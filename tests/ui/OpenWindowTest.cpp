@@ -66,10 +66,7 @@ struct OpenWindowDesk : WindowDesk {
     /// Lets everything end that was started and does not wait for the carrier.
     void rest()
     {
-        for (int turn = 0; turn < 6; ++turn) {
-            workPool().waitForDone();
-            settle();
-        }
+        settlePool(6);
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
         settle();
     }

@@ -54,8 +54,8 @@ TEST(Scanner, LeavesEveryKindOfFieldUnchanged)
     int pressed = 0, edited = 0;
     QObject::connect(button, &QPushButton::clicked, [&] { ++pressed; });
     QObject::connect(line, &QLineEdit::textEdited, [&] { ++edited; });
-    for (QWidget *field : {static_cast<QWidget *>(line), static_cast<QWidget *>(password), static_cast<QWidget *>(text),
-                           static_cast<QWidget *>(spin), static_cast<QWidget *>(button)})
+    const QList<QWidget *> fields = {line, password, text, spin, button};
+    for (QWidget *field : fields)
         rows->addWidget(field);
     other.show();
     other.activateWindow();
@@ -63,8 +63,7 @@ TEST(Scanner, LeavesEveryKindOfFieldUnchanged)
     line->setFocus();
     line->setSelection(0, 4); // the first key of a code replaces the selection
     password->setCursorPosition(2);
-    for (QWidget *field : {static_cast<QWidget *>(line), static_cast<QWidget *>(password), static_cast<QWidget *>(text),
-                           static_cast<QWidget *>(spin), static_cast<QWidget *>(button)}) {
+    for (QWidget *field : fields) {
         field->setFocus();
         desk.app().errors.clear();
         desk.scan(&other);

@@ -11,31 +11,27 @@ TEST(Typing, ADateStaysInItsField)
 {
     WindowDesk desk;
     const QDate today = desk.clock.now().date(), day = today.addDays(3);
-    struct Row {
-        QString typed;
-        QDate date;
-    };
-    const Row rows[] = {{day.toString(u"MM/dd/yy"_s), day},
-                        {day.toString(u"M-d-yyyy"_s), day},
-                        {day.toString(u"MMddyy"_s), day},
-                        {day.toString(u"yyyy-MM-dd"_s), day},
-                        {day.toString(u"M/d"_s), day},
-                        {u"13/45/26"_s, today},
-                        {u"1"_s, today},
-                        {today.addDays(-1).toString(u"MM/dd/yy"_s), today},
-                        {today.toString(u"MM/dd/yy"_s), today}};
-    for (const Row &row : rows) {
-        SCOPED_TRACE(row.typed.toStdString());
+    const std::pair<QString, QDate> rows[] = {{day.toString(u"MM/dd/yy"_s), day},
+                                              {day.toString(u"M-d-yyyy"_s), day},
+                                              {day.toString(u"MMddyy"_s), day},
+                                              {day.toString(u"yyyy-MM-dd"_s), day},
+                                              {day.toString(u"M/d"_s), day},
+                                              {u"13/45/26"_s, today},
+                                              {u"1"_s, today},
+                                              {today.addDays(-1).toString(u"MM/dd/yy"_s), today},
+                                              {today.toString(u"MM/dd/yy"_s), today}};
+    for (const auto &[typed, date] : rows) {
+        SCOPED_TRACE(typed.toStdString());
         desk.label().shipDate = today;
         desk.settleAll();
         desk.named<ComboBox>(u"Class"_s)->setFocus();
         desk.press(Qt::Key_Tab);
-        desk.type(row.typed);
+        desk.type(typed);
         EXPECT_EQ(desk.focusName(), u"Ship date");
         desk.press(Qt::Key_Tab);
         EXPECT_NE(desk.focusName(), u"Ship date");
-        EXPECT_EQ(desk.label().shipDate.value(), row.date);
-        EXPECT_EQ(desk.named<DateField>(u"Ship date"_s)->text(), row.date.toString(u"MM/dd/yy"_s));
+        EXPECT_EQ(desk.label().shipDate.value(), date);
+        EXPECT_EQ(desk.named<DateField>(u"Ship date"_s)->text(), date.toString(u"MM/dd/yy"_s));
     }
     desk.composeAndRate(homeAddress());
     ASSERT_FALSE(desk.label().rates.value().isEmpty());

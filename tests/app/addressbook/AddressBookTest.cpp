@@ -19,13 +19,7 @@ protected:
     }
     void TearDown() override { finish(); }
 
-    void finish()
-    {
-        for (int turn = 0; turn < 6; ++turn) { // each step of a chain may start the next step
-            workPool().waitForDone();
-            settle();
-        }
-    }
+    void finish() { settlePool(6); }
     QList<QString> shown() const
     {
         QList<QString> names;
@@ -137,53 +131,14 @@ TEST_F(AddressBookTest, SavesTheRecipientOfALabelOnce)
 
 TEST_F(AddressBookTest, ChangesOnlyTheEntryOfTheSameRecipient)
 {
-    const ShippoAddress supply{.name = {},
-                               .company = u"Cascade Supply"_s,
-                               .street1 = u"77 Pier Rd"_s,
-                               .street2 = u"Suite 12"_s,
-                               .city = u"Salem"_s,
-                               .state = u"OR"_s,
-                               .zip = u"97301"_s,
-                               .country = u"US"_s,
-                               .phone = u"503 555 0100"_s,
-                               .email = u"a@example.com"_s};
-    const auto with = [&supply](const auto &change) {
-        ShippoAddress changed = supply;
-        change(changed);
-        return changed;
-    };
-    using A = ShippoAddress;
-    const auto abroad = [&with](const QString &street, const QString &city) {
-        return with([&](A &a) { a.street1 = street, a.city = city, a.state = a.zip = QString(), a.country = u"HK"_s; });
-    };
-    const struct {
-        ShippoAddress first, second;
-        bool isSame;
-    } rows[] = {
-        {abroad(u"12 Pier Rd"_s, u"Kowloon"_s), abroad(u"12 Pier Rd"_s, u"Tai Po"_s), false}, // no ZIP
-        {abroad(u"12 Pier Rd"_s, u"Kowloon"_s), abroad(u"12 Pier St"_s, u"Kowloon"_s), false},
-        {abroad(u"12 Pier Rd"_s, u"Kowloon"_s), abroad(u"12 PIER RD"_s, u"Kowloon"_s), true},
-        {supply, with([](A &a) { a.company = u"Harbor Books"_s, a.street2 = u"Suite 20"_s; }), false},
-        {supply, with([](A &a) { a.company = u"Harbor Books"_s; }), false},
-        {supply, with([](A &a) { a.street2 = u"Suite 20"_s; }), false},
-        {supply, with([](A &a) { a.street1 = u"78 Pier Rd"_s; }), false},
-        {supply, with([](A &a) { a.street2 = u"ste. 12"_s, a.zip = u"97301-2020"_s; }), true},
-        {supply, with([](A &a) { a.street1 = u"77 PIER RD STE 12"_s, a.street2.clear(); }), true},
-        {supply, with([](A &a) { a.street1 = u"77 PIER RD # 12"_s, a.street2.clear(), a.name = a.company; }), true},
-        {supply, with([](A &a) { a.street1 = u"77 PIER RD STE 20"_s, a.street2.clear(); }), false},
-        {with([](A &a) { a.company.clear(); }), with([](A &a) { a.company.clear(), a.phone = u"1"_s; }),
-         false}, // no name
-        {with([](A &a) { a.company.clear(); }), with([](A &a) { a.company.clear(); }), true},
-        {with([](A &a) { a.name = a.company = u"Gold Coins"_s; }), with([](A &a) { a.name = a.company = u"G C"_s; }),
-         true},
-    };
-    for (const auto &row : rows) {
-        run(book.keep(row.first));
+    const ShippoAddress supply = addressOf(table(u"addresses"_s, "supply")[0]);
+    for (const Json &row : table(u"addresses"_s, "recipients")) { // two changes of it, and whether they are the same
+        run(book.keep(changed(supply, row[0])));
         ASSERT_EQ(book.contacts().size(), 1);
         const PostalContact before = book.contacts()[0];
-        run(book.keep(row.second));
-        EXPECT_EQ(book.contacts().size(), row.isSame ? 1 : 2) << row.second.street1.toStdString();
-        EXPECT_TRUE(book.contacts().contains(before) || row.isSame);
+        run(book.keep(changed(supply, row[1])));
+        EXPECT_EQ(book.contacts().size(), row[2].get<bool>() ? 1 : 2) << row;
+        EXPECT_TRUE(book.contacts().contains(before) || row[2].get<bool>());
         for (const PostalContact &contact : QList(book.contacts()))
             run(book.remove(contact));
     }
@@ -278,11 +233,7 @@ TEST_F(AddressBookTest, ExportsAndImportsItself)
         EXPECT_EQ(book.contacts(), before);
     }
     prompts.file = path(u"Address Book.vcf"_s); // in which another program has moved Zoë
-    QFile file(prompts.file);
-    ASSERT_TRUE(file.open(QIODevice::ReadWrite));
-    const QByteArray changed = file.readAll().replace(";;1 Main St;Köln", ";;2 Oak St;Köln");
-    ASSERT_TRUE(file.seek(0) && file.write(changed) == changed.size());
-    file.close();
+    put(prompts.file, contentsOf(prompts.file).replace(";;1 Main St;Köln", ";;2 Oak St;Köln"));
     PostalContact moved = before[0];
     moved.street1 = u"9 Elm St"_s;
     EXPECT_TRUE(runTask(book.save(moved), &clock));
@@ -297,16 +248,9 @@ TEST_F(AddressBookTest, ExportsAndImportsItself)
 
 TEST_F(AddressBookTest, ImportsAFileOrReportsWhyNotAndStaysUnchanged)
 {
-    const auto firm = [](const QByteArray &name, const QByteArray &suite) {
-        return "<dict><key>SFAddressCompanyKey</key><string>" + name +
-               "</string><key>SFAddressSuiteAptKey</key><string>" + suite +
-               "</string><key>SFAddressStreetKey</key><string>77 Pier Rd</string></dict>";
-    };
-    const QByteArray list = "<plist version=\"1.0\">";
-    const QByteArray card = "BEGIN:VCARD\r\nVERSION:3.0\r\nN:Eng;Theodore;;;\r\nFN:Theodore Eng\r\n"
-                            "ADR;TYPE=home:;;2217 W Alder St;Tacoma;WA;98406;USA\r\nEND:VCARD\r\n";
+    const Json rows = table(u"addresses"_s, "imports");
     prompts.file = path(u"one.vcf"_s);
-    saveBytes(prompts.file, card);
+    saveBytes(prompts.file, bytes(rows[0][1]));
     Task<> canceled;
     {
         const HeldPool held;
@@ -315,31 +259,17 @@ TEST_F(AddressBookTest, ImportsAFileOrReportsWhyNotAndStaysUnchanged)
     }
     run(std::move(canceled));
     EXPECT_EQ(book.status.value(), u"The import was canceled."_s);
-    const QString again = u"Imported 0 addresses (1 duplicates skipped) — 1 total."_s;
-    const std::tuple<QString, QByteArray, QString> rows[] = {
-        {u"one.vcf"_s, card, u"Imported 1 addresses (0 duplicates skipped) — 1 total."_s},
-        {u"again.vcf"_s, card, again},
-        {u"lost.vcf"_s, "BEGIN:VCARD\nN:Lost;Ana\nADR:;;9\n" + card,
-         again + u" (1 incomplete card skipped: Ana Lost)"_s},
-        {u"cut.vcf"_s, card.left(card.size() - 20), {}},
-        {u"firms.plist"_s,
-         list + "<array>" + firm("Harbor Books", "12") + firm("Cascade Supply", "20") + "</array></plist>",
-         u"Imported 2 addresses (0 duplicates skipped) — 3 total."_s},
-        {u"list.plist"_s, list + "<dict/></plist>", u"That file isn't an Endicia address plist."_s},
-    };
-    for (const auto &[name, bytes, status] : rows) {
-        prompts.file = path(name);
-        saveBytes(prompts.file, bytes);
-        run(name.endsWith(u".vcf") ? book.importVCard() : book.importEndicia());
-        if (status.isEmpty())
+    for (const Json &row : rows) {
+        prompts.file = path(text(row[0]));
+        saveBytes(prompts.file, bytes(row[1]));
+        run(prompts.file.endsWith(u".vcf") ? book.importVCard() : book.importEndicia());
+        if (row[2].is_null())
             EXPECT_FALSE(book.status.value().startsWith(u"Imported"_s)) << book.status.value().toStdString();
         else
-            EXPECT_EQ(book.status.value(), status);
+            EXPECT_EQ(book.status.value(), text(row[2]));
     }
     settle();
-    EXPECT_TRUE(std::ranges::any_of(errors->entries(), [](const APIErrorEntry &entry) {
-        return entry.detail == u"1 incomplete card skipped: Ana Lost";
-    }));
+    EXPECT_TRUE(hasRecorded(u"1 incomplete card skipped: Ana Lost"_s));
     EXPECT_EQ(prompts.fileQuestions.last().first, u"Pick Endicia's importedAddresses.plist"_s);
     EXPECT_THAT(shown(), ElementsAre(u"Cascade Supply"_s, u"Harbor Books"_s, u"Theodore Eng"_s));
     EXPECT_FALSE(book.importing);

@@ -1,27 +1,19 @@
 // The handbook as the build makes it from docs/handbook.
 
 #include "app/handbook/Handbook.h"
-#include "app/Screens.h"
-#include "core/Task.h"
-#include "shell/ErrorLog.h"
-#include "support/CarrierDesk.h"
-#include "support/RunTask.h"
+#include "support/AppTest.h"
 
 #include <QDirIterator>
 #include <QRegularExpression>
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
-
 namespace {
 
 const QString handbookFolder = QStringLiteral(PARCELORY_HANDBOOK);
 
 QString contents(const QString &path)
 {
-    QFile file(path);
-    EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << qUtf8Printable(path);
-    return QString::fromUtf8(file.readAll());
+    return QString::fromUtf8(contentsOf(path));
 }
 
 /// All sources, with each text on one line as the clerk reads it.
@@ -89,23 +81,14 @@ TEST_F(HandbookDesk, OpensTheParagraphOfAMessage)
 
     load({u"/nowhere"_s, handbookFolder});
     ASSERT_TRUE(handbook.installed);
-    const std::pair<QString, QString> table[] = {
-        {u"Check Invoice 1\nAddress Revision Check (14 Days)\nThe shipping address was changed"_s,
-         u"go/address-revision-check-14-days.html"_s},
-        {u"Bad API response\nBuy Label: Shippo rejected the request (401).\nShippo refuses the active key “Live” — "
-         "check it in Settings.\n\nFull history"_s,
-         u"go/shippo-refuses-the-active-key-check-it-in-settings.html"_s},
-        {u"Reprint\n2 labels are still waiting on ZD421 — no printer of that name is set up on this computer; choose "
-         "one in Settings."_s, // the longer explanation
-         u"go/no-printer-of-that-name-is-set-up-on-this-computer-choose-on.html"_s},
-        {u"About Parcelory\nParcelory 1.0"_s, QString()}};
-    for (const auto &[message, page] : table)
-        EXPECT_EQ(handbook.pageAbout(message), page);
+    const Json rows = table(u"handbook"_s, "messages");
+    for (const Json &row : rows)
+        EXPECT_EQ(handbook.pageAbout(text(row[0])), text(row[1]));
 
     runTask(handbook.open());
-    runTask(handbook.open(table[0].second));
+    runTask(handbook.open(text(rows[0][1])));
     EXPECT_EQ(desktop.opened, QStringList({u"file://"_s + handbookFolder + u"/index.html"_s,
-                                           u"file://"_s + handbookFolder + u'/' + table[0].second}));
+                                           u"file://"_s + handbookFolder + u'/' + text(rows[0][1])}));
     desktop.fails = true;
     runTask(handbook.open());
     EXPECT_EQ(prompts.alerts.size(), 1) << "the clerk reads why nothing opened";

@@ -54,40 +54,19 @@ TEST_F(InvoiceFlowTest, FillsTheLabelFromAScanAndReportsEveryFailure)
     ASSERT_EQ(prompts.alerts.size(), 1);
     EXPECT_EQ(prompts.alerts[0].first, u"Check Invoice 48213"_s);
 
-    struct Row {
-        QString page;
-        bool form, crashed;
-        QString error;
-        bool signOutShown = false;
-    };
-    const QString noBuyer = u"Invoice 4900 loaded but no buyer details were found on the page."_s;
-    const QString stopped = u"The page of invoice 4900 stopped working while it was read — scan the invoice again."_s;
-    const Row rows[] = {
-        {u"{}"_s, true, false, u"The deskline session has expired — sign out of Parcelory and sign back in."_s},
-        {u"{}"_s, true, false, noBuyer, true}, // a password field of another kind
-        {u"{}"_s, false, false, noBuyer},
-        {u"[1]"_s, false, false, noBuyer},
-        {u"{\"fields\":{\"Name\":7}}"_s, false, false, noBuyer},
-        {u"{\"fields\":{\"Name\":\"\"}}"_s, false, false, noBuyer},
-        {{}, true, false, u"The deskline session has expired — sign out of Parcelory and sign back in."_s},
-        {{},
-         false,
-         false,
-         u"Deskline is responding slowly — invoice 4900 didn't load after 45 seconds. Try again in a moment."_s},
-        {{}, false, true, stopped},
-        {u"x"_s, true, true, stopped}, // while the script runs
-    };
-    for (const Row &row : rows) {
+    const Json rows = table(u"back-office-pages"_s, "failed readings"); // page, sign-in form, crash, error, sign-out
+    for (const Json &row : rows) {
+        const QString page = text(row[0]);
         web.answer = [&](const QString &expression) -> QVariant {
-            web.crashed = row.crashed && (row.page.isEmpty() || !isReadyProbe(expression));
+            web.crashed = row[2].get<bool>() && (page.isEmpty() || !isReadyProbe(expression));
             if (expression == DesklineAuth::loginFormProbe)
-                return row.form;
+                return row[1].get<bool>();
             if (expression == DesklineAuth::signOutProbe)
-                return row.signOutShown;
-            return isReadyProbe(expression) ? QVariant(!row.page.isEmpty()) : QVariant(row.page);
+                return row.size() > 4;
+            return isReadyProbe(expression) ? QVariant(!page.isEmpty()) : QVariant(page);
         };
         scan(u"i4900"_s);
-        EXPECT_EQ(app->scanLine(), row.error);
+        EXPECT_EQ(app->scanLine(), text(row[3]));
         EXPECT_EQ(app->draftReference.value(), u"48213"_s) << "a failed scan leaves the draft";
     }
     showPage(false, false, invoicePage);
@@ -98,27 +77,23 @@ TEST_F(InvoiceFlowTest, FillsTheLabelFromAScanAndReportsEveryFailure)
 TEST_F(InvoiceFlowTest, WaitsTwentySecondsForTheCustomersPage)
 {
     const QString page = uR"({"fields":{"Name":"Ann","Company Name":"%1"},"profileUserID":"771"})"_s;
-    struct Row {
-        QString onInvoice, onProfile, company;
-        bool profileShown;
-    };
-    const Row rows[] = {
+    const std::tuple<QString, QString, QString, bool> rows[] = {
         {u"Ann's Store"_s, u" Ann's\u00a0Shop "_s, u"Ann's Shop"_s, true},
         {u"Ann's Store"_s, {}, u"Ann's Store"_s, true},
         {u"Ann's Store"_s, u"late"_s, u"Ann's Store"_s, false},
     };
     app->flow = AppFlow::main;
-    for (const Row &row : rows) {
+    for (const auto &[onInvoice, onProfile, company, profileShown] : rows) {
         web.answer = [&](const QString &expression) -> QVariant {
             if (isReadyProbe(expression))
-                return row.profileShown || !expression.contains(u"companyname"_s);
-            return expression.contains(u"companyname"_s) ? row.onProfile : page.arg(row.onInvoice);
+                return profileShown || !expression.contains(u"companyname"_s);
+            return expression.contains(u"companyname"_s) ? onProfile : page.arg(onInvoice);
         };
         const auto before = clock.elapsed();
         scan(u"48213"_s);
-        EXPECT_EQ(app->draftTo.value().company, app->sanitizer.sanitize(row.company));
-        EXPECT_GE(clock.elapsed() - before, row.profileShown ? 0s : 20s);
-        EXPECT_LT(clock.elapsed() - before, row.profileShown ? 1s : 22s);
+        EXPECT_EQ(app->draftTo.value().company, app->sanitizer.sanitize(company));
+        EXPECT_GE(clock.elapsed() - before, profileShown ? 0s : 20s);
+        EXPECT_LT(clock.elapsed() - before, profileShown ? 1s : 22s);
         EXPECT_EQ(http.lastLimit, 15s);
         EXPECT_EQ(web.loaded.last(),
                   app->auth.address(u"/staff/users.php?subcmd=_update-customer&id=771"_s).toString());
@@ -163,21 +138,19 @@ TEST_F(InvoiceFlowTest, IsCanceledAtAnyMoment)
 {
     const auto customer = [](const QString &expression) { return expression.contains(u"companyname"_s); };
     const auto script = [](const QString &expression) { return expression.contains(u"profileUserID"_s); };
-    const struct {
-        const char *when;
-        std::function<bool(const QString &)> isMoment;
-        int customersPages; ///< that are loaded for both invoices
-    } rows[] = {{"while the page loads", isReadyProbe, 1},
-                {"while it is read", script, 1},
-                {"at the customer's page", customer, 2}};
+    // customersPages: that are loaded for both invoices
+    const std::tuple<const char *, std::function<bool(const QString &)>, int> rows[] = {
+        {"while the page loads", isReadyProbe, 1},
+        {"while it is read", script, 1},
+        {"at the customer's page", customer, 2}};
     app->flow = AppFlow::main;
-    for (const auto &row : rows) {
-        SCOPED_TRACE(row.when);
+    for (const auto &[when, isMoment, customersPages] : rows) {
+        SCOPED_TRACE(when);
         bool canceled = false;
         const int fills = app->draftFillCount;
         web.loaded.clear();
         web.answer = [&](const QString &expression) -> QVariant {
-            if (!canceled && row.isMoment(expression)) {
+            if (!canceled && isMoment(expression)) {
                 canceled = true;
                 app->cancelInvoiceScan();
                 app->handleInvoiceScan(u"48302"_s); // the clerk scans on
@@ -189,7 +162,7 @@ TEST_F(InvoiceFlowTest, IsCanceledAtAnyMoment)
         EXPECT_EQ(app->scanLine(), u"Invoice 48302: Ann — label filled."_s);
         EXPECT_EQ(app->draftFillCount - fills, 1);
         EXPECT_EQ(web.loaded.filter(u"id=48302"_s).size(), 1);
-        EXPECT_EQ(web.loaded.filter(u"id=771"_s).size(), row.customersPages);
+        EXPECT_EQ(web.loaded.filter(u"id=771"_s).size(), customersPages);
         EXPECT_TRUE(errors->entries().isEmpty());
     }
 }
@@ -213,22 +186,18 @@ TEST_F(InvoiceFlowTest, NothingIsFilledInByAReadingThatIsGivenUp)
 
 TEST_F(InvoiceFlowTest, SignsInAgainOnceBeforeItReportsAnExpiredSession)
 {
-    struct Row {
-        const char *what;
-        QString signedIn; ///< the clerk
-        bool saved, admitted, renewed, kept;
-    };
-    const Row rows[] = {
+    // signedIn: the clerk
+    const std::tuple<const char *, QString, bool, bool, bool, bool> rows[] = {
         {"saved", u"dana"_s, true, true, true, true},
         {"nothing saved", u"dana"_s, false, true, false, false},
         {"another clerk's", u"robin"_s, true, true, false, true},
         {"a rejected password", u"dana"_s, true, false, false, false},
     };
     app->flow = AppFlow::main;
-    for (const Row &row : rows) {
-        SCOPED_TRACE(row.what);
-        runTask(row.saved ? app->credentials.save({u"dana"_s, u"secret"_s}) : app->credentials.forget());
-        app->signedInUser = row.signedIn;
+    for (const auto &[what, signedIn, saved, admitted, renewed, kept] : rows) {
+        SCOPED_TRACE(what);
+        runTask(saved ? app->credentials.save({u"dana"_s, u"secret"_s}) : app->credentials.forget());
+        app->signedInUser = signedIn;
         web.loaded.clear();
         bool expired = true;
         web.answer = [&](const QString &expression) -> QVariant {
@@ -240,17 +209,16 @@ TEST_F(InvoiceFlowTest, SignsInAgainOnceBeforeItReportsAnExpiredSession)
                 return true;
             if (!expression.contains(u"secret"_s))
                 return u"{}"_s;
-            expired = !row.admitted;
+            expired = !admitted;
             return u"submitted"_s;
         };
         scan(u"48213"_s);
         EXPECT_EQ(app->scanStatus.value(),
                   u"The deskline session has expired — sign out of Parcelory and sign back in."_s);
-        EXPECT_EQ(app->scanNote.value(),
-                  row.renewed ? u"Parcelory signed in again. Scan the invoice again."_s : QString());
-        EXPECT_EQ(web.loaded.filter(u"login.php"_s).size(), row.renewed || !row.admitted ? 1 : 0);
+        EXPECT_EQ(app->scanNote.value(), renewed ? u"Parcelory signed in again. Scan the invoice again."_s : QString());
+        EXPECT_EQ(web.loaded.filter(u"login.php"_s).size(), renewed || !admitted ? 1 : 0);
         EXPECT_EQ(web.loaded.filter(u"id=48213"_s).size(), 1) << "nothing is read again by itself";
-        EXPECT_EQ(runTask(app->hasSavedCredentials()), row.kept);
+        EXPECT_EQ(runTask(app->hasSavedCredentials()), kept);
         EXPECT_EQ(app->flow.value(), AppFlow::main);
     }
 }

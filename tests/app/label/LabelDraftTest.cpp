@@ -2,10 +2,8 @@
 #include "support/AppTest.h"
 
 namespace parcelory::test {
-namespace {
 
-class LabelDraftTest : public LabelTest {};
-} // namespace
+using LabelDraftTest = LabelTest;
 
 TEST_F(LabelDraftTest, IsCompleteOnlyWithSenderRecipientAndWeight)
 {

@@ -13,13 +13,7 @@ protected:
         to.street2 = QString();
         return to;
     }
-    QStringList offered()
-    {
-        QStringList ids;
-        for (const ShippoRate &rate : screen().rates.value())
-            ids += rate.objectId;
-        return ids;
-    }
+    QStringList offered() { return each(screen().rates.value(), &ShippoRate::objectId); }
     void validate(const ShippoAddress &to)
     {
         app->draftTo = to;
@@ -63,59 +57,27 @@ TEST_F(LabelRatingTest, LeavesOutRatesThatHaveNoPriceAndAllButTheCheapestOfAnEnd
 
 TEST_F(LabelRatingTest, NamesTheFirstReasonWhyADraftCannotBeRated)
 {
-    const QString size = u"Enter the package size — length, width, and height are required for "_s;
-    const QString declare = u"Enter the declared value in the Customs Declaration to rate an international shipment."_s;
-    const QString plainValue =
-        u"The declared value is not a plain number — type it in dollars without commas, for example 1860.00."_s;
-    const QString plainWeight =
-        u"The weight is not a number — type pounds and ounces as plain numbers, for example 1 and 3.5."_s;
-    using S = LabelScreen;
-    const auto value = [](const QString &typed) { return [typed](S &s) { s.customs = CustomsInfo{.value = typed}; }; };
-    const auto weight = [](const QString &lb, const QString &oz, Carrier by = Carrier::fedex) {
-        return [=](S &s) {
-            s.carrier = by;
-            s.weightLb = lb;
-            s.weightOz = oz;
+    for (const Json &row : table(u"ratings"_s, "reasons against a rating")) {
+        const auto typed = [&row](const char *field, const QString &usual) {
+            return row[0].contains(field) ? text(row[0][field]) : usual;
         };
-    };
-    const std::pair<std::function<void(S &)>, QString> rows[] = {
-        {[](S &s) { s.dimWidth = u""_s; }, size + u"your own packaging"_s},
-        {[](S &s) { s.dimHeight = u"0"_s; }, size + u"your own packaging"_s},
-        {[](S &s) {
-             s.mailpiece = PresetMailpiece{u"uline-s-1611"_s};
-             s.dimHeight = u"?"_s;
-         },
-         size + u"Jiffy Rigi Bag #2 - S-1611"_s},
-        {value(u"0"_s), declare},
-        {value({}), declare},
-        {value(u"  "_s), declare},
-        {value(u"-5"_s), declare},
-        {value(u"1,860.00"_s), plainValue},
-        {value(u"$1860"_s), plainValue},
-        {weight(u"150.1"_s, {}), u"150 lb 1.6 oz is over FedEx's 150 lb limit."_s},
-        {weight(u"71"_s, u"2"_s, Carrier::usps), u"71 lb 2.0 oz is over USPS's 70 lb limit."_s},
-        {weight(u"70.1"_s, {}, Carrier::usps), u"70 lb 1.6 oz is over USPS's 70 lb limit."_s},
-        {weight(u"1,5"_s, u"3"_s), plainWeight},
-        {weight(u"1"_s, u"-5"_s), plainWeight},
-        {[this](S &) {
-             ShippoAddress to = londonAddress();
-             to.phone = u"  "_s;
-             app->draftTo = to;
-         },
-         u"FedEx international shipments require the recipient's phone number — add it to the To section."_s},
-        {[](S &s) { s.customs = CustomsInfo{.quantity = u"two"_s, .value = u"310"_s}; },
-         u"The quantity in the Customs Declaration is not a whole number."_s},
-        {[](S &s) { s.insuranceValue = u"1,500"_s; },
-         u"The insured value is not a number — type it as plain dollars, for example 1500.00."_s},
-    };
-    for (const auto &[spoil, text] : rows) {
         screen().clearDraft();
         screen().mailpiece = BuiltinMailpiece::package;
         screen().carrier = Carrier::fedex;
-        composeAbroad({.value = u"310"_s});
-        spoil(screen());
+        composeAbroad({.quantity = typed("quantity", {}), .value = typed("value", u"310"_s)});
+        ShippoAddress to = londonAddress();
+        to.phone = typed("phone", to.phone);
+        app->draftTo = to;
+        screen().carrier = *carrierFrom(typed("carrier", u"fedex"_s));
+        if (row[0].contains("mailer"))
+            screen().mailpiece = PresetMailpiece{typed("mailer", {})};
+        screen().dimWidth = typed("width", screen().dimWidth);
+        screen().dimHeight = typed("height", screen().dimHeight);
+        screen().weightLb = typed("lb", u"1"_s);
+        screen().weightOz = typed("oz", {});
+        screen().insuranceValue = typed("insured", {});
         run(screen().fetchRates());
-        EXPECT_EQ(banner(), text);
+        EXPECT_EQ(banner(), text(row[1]));
         EXPECT_TRUE(bannerIsWarning());
     }
     EXPECT_EQ(requestsTo("/shipments"), 0);

@@ -4,11 +4,8 @@
 #include "support/AppTest.h"
 
 namespace parcelory::test {
-namespace {
 
-class LabelRequestTest : public LabelTest {};
-
-} // namespace
+using LabelRequestTest = LabelTest;
 
 TEST_F(LabelRequestTest, TheCarrierAndTheCustomsReadADiscreetCompany)
 {

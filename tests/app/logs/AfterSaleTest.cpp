@@ -3,12 +3,10 @@
 #include "core/SaveFile.h"
 #include "records/ShipmentStatus.h"
 #include "support/AppTest.h"
+#include "support/FaultyDisk.h"
 #include "support/MailingLogDesk.h"
 
-#include <sys/resource.h>
 #include <sys/stat.h>
-
-#include <csignal>
 
 namespace parcelory::test {
 namespace {
@@ -43,24 +41,12 @@ protected:
 TEST_F(AfterSaleTest, ARefundEndsAsTheCarrierRespondsAndIsRequestedOnce)
 {
     const QString approval = u" — USPS refunds take up to 14 days to approve."_s;
-    struct Row {
-        QByteArray answer;
-        int http;
-        QString status, message;
-    };
-    const Row rows[] = {
-        {R"({"status": "SUCCESS"})", 201, u"REFUNDED"_s, u"Refunded."_s},
-        {R"({"status": "QUEUED"})", 201, u"REFUND_PENDING"_s, u"Refund queued"_s + approval},
-        {R"({"status": "pending"})", 201, u"REFUND_PENDING"_s, u"Refund pending"_s + approval},
-        {R"({})", 201, u"REFUND_PENDING"_s, u"Refund requested"_s + approval},
-        {R"({"status": "ERROR"})", 201, u"REFUND_ERROR"_s, u"Refund error"_s + approval},
-        {R"({"detail": "No such label."})", 404, u"REFUND_ERROR"_s, u"detail: No such label."_s},
-    };
     prompts.answer = 1;
     int minute = 0;
-    for (const Row &row : rows) {
+    for (const Json &row : table(u"after-sale"_s, "refund answers")) {
+        const QString outcome = text(row[2]);
         const ShipmentRecord record = labelOf(u"Ana"_s, u"PRINTED"_s, ++minute);
-        answer("refunds", row.answer, row.http);
+        answer("refunds", body(row[0]), row[1]);
         carrier.clearRequests();
         log.message = QString();
         // The log marks the refund before the request is sent, because the program may exit at any time.
@@ -70,13 +56,13 @@ TEST_F(AfterSaleTest, ARefundEndsAsTheCarrierRespondsAndIsRequestedOnce)
                          [&] { marked = marked || status() == u"REFUND_PENDING"; });
         run(log.refund(record));
         EXPECT_TRUE(marked);
-        EXPECT_EQ(status(), row.status);
-        EXPECT_EQ(log.message.value(), row.message);
+        EXPECT_EQ(status(), outcome);
+        EXPECT_EQ(log.message.value(), text(row[3]));
         EXPECT_EQ(carrier.requests().size(), 1);
         run(log.refund(log.records().value(0)));
-        const bool again = row.status != u"REFUNDED"; // after a failure, requests again; if pending, looks up the state
+        const bool again = outcome != u"REFUNDED"; // after a failure, requests again; if pending, looks up the state
         EXPECT_EQ(carrier.requests().size(), again ? 2 : 1);
-        if (row.status == u"REFUND_PENDING")
+        if (outcome == u"REFUND_PENDING")
             EXPECT_EQ(carrier.requests().last().target, "/transactions/" + record.transactionID.toUtf8());
     }
     // The program exited after it had written only this mark.
@@ -124,24 +110,13 @@ TEST_F(AfterSaleTest, PollsAllRefundsInTurnOnceAMinuteAndFiftyAtATime)
 
 TEST_F(AfterSaleTest, ATrackingStatusChangesTheLogOnlyOnDelivery)
 {
-    const struct {
-        QString carrier;
-        QByteArray path, answer;
-        QString message, status;
-    } rows[] = {
-        {u"FedEx"_s, "tracks/fedex/", R"({"tracking_status": {"status": "TRANSIT", "status_details": "Delivered"}})",
-         u"TRANSIT: Delivered"_s, u"PRINTED"_s},
-        {u"FedEx"_s, "tracks/fedex/", R"({"tracking_status": null})", u"UNKNOWN"_s, u"PRINTED"_s},
-        {u"Stamps"_s, "tracks/usps/", R"({"tracking_status": {"status": "DELIVERED"}})", u"DELIVERED"_s,
-         u"DELIVERED"_s},
-    };
     ShipmentRecord record = labelOf(u"Ana"_s);
-    for (const auto &row : rows) {
-        record.carrier = row.carrier;
-        answer(row.path, row.answer);
+    for (const Json &row : table(u"after-sale"_s, "tracking answers")) {
+        record.carrier = text(row[0]);
+        answer(bytes(row[1]), body(row[2]));
         run(log.checkStatus(record));
-        EXPECT_EQ(log.message.value(), row.message);
-        EXPECT_EQ(status(), row.status);
+        EXPECT_EQ(log.message.value(), text(row[3]));
+        EXPECT_EQ(status(), text(row[4]));
     }
     for (const QString &url : {u"file:///bin/sh"_s, u"ftp://tools.example.com/1"_s, u"https://tools.example.com/1"_s}) {
         record.trackingURL = url;
@@ -319,14 +294,10 @@ TEST_F(AfterSaleTest, WhatCannotBeReadOrWrittenIsSaid)
     EXPECT_EQ(desktop.clipboard, u"kept"_s);
     EXPECT_TRUE(processes.calls().isEmpty());
 
-    rlimit usual{};
-    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
-    getrlimit(RLIMIT_FSIZE, &usual);
-    const rlimit full{1024, usual.rlim_max};
-    setrlimit(RLIMIT_FSIZE, &full);
-    EXPECT_THROW(saveBytes(path(u"full.csv"_s), QByteArray(5000, 'x')), AppError);
-    setrlimit(RLIMIT_FSIZE, &usual);
-    std::signal(SIGXFSZ, handler);
+    {
+        const FullDisk disk(1024);
+        EXPECT_THROW(saveBytes(path(u"full.csv"_s), QByteArray(5000, 'x')), AppError);
+    }
     EXPECT_FALSE(QFile::exists(path(u"full.csv"_s)));
     for (const mode_t mask : {0022, 0077}) { // an export is for other people, too, if the clerk's umask says so
         const QString exported = path(u"for-%1.csv"_s.arg(mask));

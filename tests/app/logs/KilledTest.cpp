@@ -49,8 +49,7 @@ protected:
             composeAndRate(homeAddress());
             pressBuy();
             label = app->log.records().value(0);
-            workPool().waitForDone();
-            settle();
+            settlePool();
             screenOwner.reset(); // only one program at a time can hold the records
             app.reset();
         }
@@ -167,9 +166,7 @@ TEST_F(Killed, DuringAnExportTheOldFileStays)
     if (!isVictim)
         saveBytes(path, "former");
     EXPECT_EXIT(exportTheLog(), testing::KilledBySignal(SIGKILL), "");
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-    EXPECT_EQ(file.readAll(), "former");
+    EXPECT_EQ(contentsOf(path), "former");
 }
 
 } // namespace parcelory::test

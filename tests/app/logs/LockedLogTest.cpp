@@ -184,8 +184,7 @@ TEST_F(LockedLogTest, ASecondLabelIsNotBoughtUnseen)
 {
     bought();
     composeAndRate(homeAddress());
-    workPool().waitForDone(); // the check that follows the rates
-    settle();
+    settlePool(); // the check that follows the rates
     carrier.clearRequests();
     hold(locks[2], 30);
     pressBuy();

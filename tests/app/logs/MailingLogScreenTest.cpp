@@ -25,11 +25,8 @@ TEST_F(MailingLogScreenTest, TheListMatchesTheSearchThroughEveryReload)
 {
     QList<QStringList> lists;
     QObject here; // disconnects late signals from the test's variables
-    QObject::connect(&log, &MailingLogScreen::recordsChanged, &here, [&] {
-        QStringList &list = lists.emplaceBack();
-        for (const ShipmentRecord &record : log.records())
-            list += record.recipient;
-    });
+    QObject::connect(&log, &MailingLogScreen::recordsChanged, &here,
+                     [&] { lists += each(log.records(), &ShipmentRecord::recipient); });
     int queries = 0;
     QObject::connect(&app->log, &ShipmentLog::recordsChanged, &here, [&] { ++queries; });
     const auto waitFor = [&](const QStringList &names) {
@@ -70,14 +67,10 @@ TEST_F(MailingLogScreenTest, ReprintsFromTheNearestCopyOfTheLabel)
     ShipmentRecord carried = row, bare = row;
     carried.zpl = "^XA^FDcarried^FS^XZ";
     carried.id = bare.id = 0;
-    const struct {
-        const char *what;
-        ShipmentRecord record;
-        QByteArray bytes;
-        size_t downloads;
-    } cases[] = {{"kept in the log", row, label, 0},
-                 {"carried by the record", carried, *carried.zpl, 0},
-                 {"nowhere but at the carrier", bare, label, 1}};
+    const std::tuple<const char *, ShipmentRecord, QByteArray, size_t> cases[] = {
+        {"kept in the log", row, label, 0},
+        {"carried by the record", carried, *carried.zpl, 0},
+        {"nowhere but at the carrier", bare, label, 1}};
     for (const auto &[what, record, bytes, downloads] : cases) {
         run(log.reprint(record));
         EXPECT_EQ(log.message.value(), u"Label sent to ZD421."_s) << what;
@@ -140,13 +133,8 @@ TEST_F(MailingLogScreenTest, AFailedReprintIsShownAndPrintsNothing)
     bare.id = 0;
     lost.id = 999;
     lost.labelURL = QString();
-    const struct {
-        ShipmentRecord record;
-        LabelAnswer link;
-        const char *queue; ///< lpstat's output
-        QString message;
-        bool alert;
-    } cases[] = {
+    // queue: lpstat's output
+    const std::tuple<ShipmentRecord, LabelAnswer, const char *, QString, bool> cases[] = {
         {row, LabelAnswer::normal, "printer ZD421 disabled", u"The Zebra queue “ZD421” is PAUSED"_s, false},
         {bare, LabelAnswer::expired, "", u"Shippo HTTP 403: label download"_s, true},
         {bare, LabelAnswer::html, "", u"The carrier's file is not a label."_s, true},
@@ -168,14 +156,8 @@ TEST_F(MailingLogScreenTest, AFailedReprintIsShownAndPrintsNothing)
 
 TEST_F(MailingLogScreenTest, TracksImportedRowsOfAKnownCarrier)
 {
-    const std::tuple<QString, QString, QString> rows[] = {
-        {u"USPS"_s, u"9405 5118"_s, u"https://tools.usps.com/go/TrackConfirmAction_input?origTrackNum=94055118"_s},
-        {u"fedex"_s, u"7946"_s, u"https://www.fedex.com/fedextrack/?trknbr=7946"_s},
-        {u"DHL"_s, u"7946"_s, QString()},
-        {u"USPS"_s, QString(), QString()},
-    };
-    for (const auto &[carrier, tracking, page] : rows)
-        EXPECT_EQ(trackingPageOf({.carrier = carrier, .tracking = tracking}), page);
+    for (const Json &row : table(u"after-sale"_s, "tracking pages"))
+        EXPECT_EQ(trackingPageOf({.carrier = text(row[0]), .tracking = text(row[1])}), text(row[2]));
     EXPECT_EQ(trackingPageOf({.tracking = u"1"_s, .trackingURL = u"https://example.com/1"_s}),
               u"https://example.com/1"_s);
 }

@@ -37,8 +37,7 @@ struct Survivor : LabelDesk {
         EXPECT_TRUE(purchases().unresolved.value().isEmpty());
         EXPECT_TRUE(app->journal.openPurchases().isEmpty());
         const QDate today = QDate::currentDate();
-        for (const MasterEntry &entry : runTask(app->shippo.masterLog(today.addDays(-1), today.addDays(1))))
-            sold += entry.id;
+        sold = each(runTask(app->shippo.masterLog(today.addDays(-1), today.addDays(1))), &MasterEntry::id);
         sold.sort();
         return shown;
     }

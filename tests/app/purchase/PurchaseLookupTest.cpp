@@ -31,48 +31,23 @@ protected:
 
 TEST_F(PurchaseLookupTest, OnlyAListThatAnswersTellsAndOnlyLaterThatNothingWasBought)
 {
-    using enum LookupAnswer::Verdict;
-    const QByteArray failed = R"({"object_id": "f", "status": "ERROR", "rate": "r"})";
-    const QByteArray label =
-        R"({"object_id": "s", "status": "SUCCESS", "rate": "r", "label_url": "https://l.example/1"})";
-    const QByteArray other = QByteArray(label).replace(R"("r")", R"("other")");
-    const auto list = [](const QByteArray &entries) { return R"({"results": [)" + entries + "]}"; };
-    const struct {
-        int status;
-        QByteArray body;
-        bool isLate;
-        LookupAnswer::Verdict verdict;
-        bool isInconclusive;
-    } rows[] = {
-        {200, list(failed + ',' + label), false, bought, false},
-        {200, list(QByteArray(label).replace("https://l.example/1", "")), true, unknown, true},
-        {200, list(other), false, unknown, true}, // the request may still arrive
-        {200, list(other), true, notBought, false},
-        {200, list(failed), true, notBought, false},
-        {200, R"({"next": "transactions?results=100", "results": [{"object_id": "o", "status": "SUCCESS"}]})", true,
-         unknown, true},                                                                 // a list without an end
-        {200, R"({"next": "transactions?page=2", "results": []})", true, unknown, true}, // its rest is not known
-        {200, "no list", true, unknown, true},
-        {403, "{}", true, unknown, true},
-        {404, "{}", true, unknown, true},
-        {429, "{}", true, unknown, false},
-        {500, "{}", true, unknown, false},
-    };
+    const QStringList verdicts = {u"bought"_s, u"notBought"_s, u"unknown"_s};
     OpenPurchase purchase{.askedAt = clock.now(), .rateId = u"r"_s, .keyName = app->keys.activeName()};
     purchase.record.testMode = true;
     purchase.ratedAt = clock.now();
     const auto lookUp = [&](bool isLate) {
         return runTask(lookUpPurchase(*app, purchase, clock.steadyNow().addSecs(isLate ? -61 : 0)), &clock);
     };
-    for (const auto &row : rows) {
-        listAnswers(row.status, row.body);
-        const LookupAnswer answer = lookUp(row.isLate);
-        EXPECT_EQ(answer.verdict, row.verdict) << row.status << ' ' << row.body.toStdString();
-        EXPECT_EQ(answer.isInconclusive, row.isInconclusive) << row.status << ' ' << row.body.toStdString();
-        if (row.verdict == bought)
+    const Json rows = table(u"after-sale"_s, "lookups of a purchase"); // status, list, late, verdict, inconclusive
+    for (const Json &row : rows) {
+        listAnswers(row[0], body(row[1]));
+        const LookupAnswer answer = lookUp(row[2]);
+        EXPECT_EQ(answer.verdict, LookupAnswer::Verdict(verdicts.indexOf(text(row[3])))) << row;
+        EXPECT_EQ(answer.isInconclusive, row[4].get<bool>()) << row;
+        if (answer.verdict == LookupAnswer::Verdict::bought)
             EXPECT_EQ(answer.transaction.value().objectId, u"s"_s);
     }
-    listAnswers(200, list(label)); // another account may hold the same list
+    listAnswers(200, body(rows[0][1])); // another account may hold the same list
     purchase.record.testMode = false;
     EXPECT_TRUE(lookUp(true).text.contains(u"with the LIVE key"_s));
     purchase.record.testMode = true;

@@ -57,19 +57,8 @@ int work(const QString &folder, const QString &carrier, int killedAt)
     sqlite3_auto_extension(reinterpret_cast<void (*)()>(&countCommits));
     FakePlatform desk;
     CountingTransport transport(desk.http);
-    Platform platform{.http = transport,
-                      .clock = desk.clock,
-                      .secrets = desk.secrets,
-                      .preferences = desk.preferences,
-                      .prompts = desk.prompts,
-                      .desktop = desk.desktop,
-                      .processes = desk.processes,
-                      .hid = desk.hid,
-                      .keyboard = desk.keyboard,
-                      .web = desk.web,
-                      .application = desk.application,
-                      .dataFolder = QDir(folder),
-                      .deployment = desk.platform.deployment};
+    Platform platform = desk.with({.http = &transport});
+    platform.dataFolder = QDir(folder);
     desk.clock.start = QDateTime::currentDateTime();
     platform.deployment.carrierApi = QUrl(carrier);
     desk.useToken(PracticeCarrier::testToken);

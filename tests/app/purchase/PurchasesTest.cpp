@@ -17,12 +17,10 @@ protected:
     /// The mailing log has each label that the carrier sold, once.
     void expectAllLogged(qsizetype count)
     {
-        QStringList sold, logged;
         const QDate today = QDate::currentDate();
-        for (const MasterEntry &entry : runTask(app->shippo.masterLog(today.addDays(-1), today.addDays(1)), &clock))
-            sold.append(entry.id);
-        for (const ShipmentRecord &record : app->log.records())
-            logged.append(record.transactionID);
+        QStringList logged = each(app->log.records(), &ShipmentRecord::transactionID);
+        QStringList sold =
+            each(runTask(app->shippo.masterLog(today.addDays(-1), today.addDays(1)), &clock), &MasterEntry::id);
         sold.sort();
         logged.sort();
         EXPECT_EQ(logged, sold);

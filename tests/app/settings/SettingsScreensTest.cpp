@@ -47,8 +47,7 @@ struct LockableSecrets : MemorySecrets {
 
 struct KeysScreenTest : testing::Test, FakePlatform {
     LockableSecrets ring;
-    Platform world{http,     clock, ring,        preferences,         prompts, desktop, processes, hid,
-                   keyboard, web,   application, platform.dataFolder, {}};
+    Platform world = with({.secrets = &ring});
     ErrorLog errors{world};
     AppState app{world};
     KeysScreen screen{app};
@@ -96,46 +95,26 @@ TEST_F(SettingsScreenTest, StoresEveryEditAtOnceAndReadsAMissingSettingAsTheDepl
 
 TEST_F(SettingsScreenTest, ChoosesTheFirstZebraQueueOnlyIfTheSavedQueueIsNotAZebra)
 {
-    const QStringList every = {u"Laser"_s, u"Z1"_s};
-    const QString none = u"— no Zebra detected —"_s;
-    const struct {
-        QString saved;
-        QStringList zebras;
-        QString chosen, warning;
-        QStringList offered;
-        QString hint;
-    } rows[] = {
-        {{}, {u"Z1"_s, u"Z2"_s}, u"Z1"_s, {}, {u"Z1"_s, u"Z2"_s}, {}},
-        {u"Z2"_s, {u"Z1"_s, u"Z2"_s}, u"Z2"_s, {}, {u"Z1"_s, u"Z2"_s}, {}},
-        {u"Laser"_s, {u"Z1"_s}, u"Z1"_s, u"labels now print on “Z1”."_s, {u"Z1"_s}, {}},
-        {u"Gone"_s, {}, {}, u"no label printer is chosen now."_s, every, none},
-        {{}, {}, {}, {}, every, none},
-    };
-    for (const auto &row : rows) {
-        connectZebras(row.zebras);
-        write(preferences, settings::zebraQueue, row.saved);
+    for (const Json &row :
+         table(u"printers"_s, "chosen label queue")) { // saved, Zebras, chosen, warning, offered, hint
+        connectZebras(texts(row[1]));
+        write(preferences, settings::zebraQueue, text(row[0]));
         SettingsScreen screen(app);
         EXPECT_EQ(screen.zebraHint(), QString()) << "no hint before the first look";
         runTask(screen.refreshPrinters());
-        EXPECT_EQ(screen.zebraQueue, row.chosen);
-        EXPECT_EQ(saved(settings::zebraQueue), row.chosen);
-        const PrinterMessage said = screen.printerMessage;
-        EXPECT_EQ(said.text, row.warning.isEmpty()
-                                 ? QString()
-                                 : u"“%1” was not found among the Zebra printers — "_s.arg(row.saved) + row.warning);
-        EXPECT_EQ(said.ok, row.warning.isEmpty());
-        EXPECT_EQ(screen.labelPrinterChoices(), row.offered);
-        EXPECT_EQ(screen.zebraHint(), row.hint);
+        EXPECT_EQ(screen.zebraQueue, text(row[2]));
+        EXPECT_EQ(saved(settings::zebraQueue), text(row[2]));
+        const QString lost = u"“%1” was not found among the Zebra printers — "_s.arg(text(row[0]));
+        const bool isWell = row[3].is_null();
+        EXPECT_EQ(screen.printerMessage, (PrinterMessage{isWell ? QString() : lost + text(row[3]), isWell}));
+        EXPECT_EQ(screen.labelPrinterChoices(), texts(row[4]));
+        EXPECT_EQ(screen.zebraHint(), text(row[5]));
     }
 }
 
 TEST_F(SettingsScreenTest, ChangesNothingIfThePrintSystemDoesNotAnswer)
 {
-    const struct {
-        const char *name;
-        std::function<ProcessOutcome()> lpstat;
-        bool changes;
-    } rows[] = {
+    const std::tuple<const char *, std::function<ProcessOutcome()>, bool> rows[] = {
         {"not running", [] { return ProcessOutcome{1, {}, "lpstat: Scheduler is not running.\n"}; }, false},
         {"killed", [] { return ProcessOutcome{137, {}, {}}; }, false},
         {"cannot be started", []() -> ProcessOutcome { throw AppError(u"no such program"_s); }, false},
@@ -143,23 +122,23 @@ TEST_F(SettingsScreenTest, ChangesNothingIfThePrintSystemDoesNotAnswer)
         {"no queue", [] { return ProcessOutcome{1, {}, "lpstat: No destinations added.\n"}; }, true},
     };
     const auto usual = processes.behave;
-    for (const auto &row : rows) {
-        SCOPED_TRACE(row.name);
+    for (const auto &[name, lpstat, changes] : rows) {
+        SCOPED_TRACE(name);
         connectZebras({u"Z1"_s});
         write(preferences, settings::zebraQueue, u"Z1"_s);
         processes.behave = usual;
         SettingsScreen opened(app), screen(app);
         runTask(screen.refreshPrinters());
         // Without a print system, -e lists nothing and still succeeds.
-        processes.behave = [&row](const QString &, const QStringList &arguments) {
-            return arguments.value(0) == u"-e" ? ProcessOutcome{} : row.lpstat();
+        processes.behave = [&lpstat](const QString &, const QStringList &arguments) {
+            return arguments.value(0) == u"-e" ? ProcessOutcome{} : lpstat();
         };
         runTask(opened.refreshPrinters());
         runTask(screen.refreshPrinters());
         settle();
-        EXPECT_EQ(saved(settings::zebraQueue), row.changes ? QString() : u"Z1"_s);
-        EXPECT_EQ(screen.labelPrinterChoices(), row.changes ? QStringList() : QStringList{u"Z1"_s});
-        EXPECT_EQ(opened.zebraHint().isEmpty(), !row.changes);
+        EXPECT_EQ(saved(settings::zebraQueue), changes ? QString() : u"Z1"_s);
+        EXPECT_EQ(screen.labelPrinterChoices(), changes ? QStringList() : QStringList{u"Z1"_s});
+        EXPECT_EQ(opened.zebraHint().isEmpty(), !changes);
         EXPECT_FALSE(screen.printerMessage.value().text.isEmpty());
     }
 }

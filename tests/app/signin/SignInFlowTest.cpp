@@ -48,28 +48,15 @@ TEST_F(SignInFlowTest, KeepsTheCredentialsOnlyWhenAsked)
 
 TEST_F(SignInFlowTest, ReportsWhyItFailedAndForgetsOnlyRejectedCredentials)
 {
-    struct Row {
-        bool form;
-        QString scriptResult, error;
-        bool kept;
-    };
-    const Row rows[] = {
-        {false,
-         {},
-         u"Deskline is responding slowly — the login page didn't load after 40 seconds. Try again in a moment."_s,
-         true},
-        {true, u"no-form"_s, u"Could not find the login form (no-form)."_s, true},
-        {true, {}, u"Could not find the login form ()."_s, true},
-        {true, u"submitted"_s, u"Login failed — check the email and password."_s, false},
-    };
-    for (const Row &row : rows) {
+    const Json rows = table(u"back-office-pages"_s, "failed sign-ins"); // form, script's result, error, password kept
+    for (const Json &row : rows) {
         remember();
-        showPage(row.form, false, row.scriptResult);
+        showPage(row[0], false, text(row[1]));
         const auto before = clock.elapsed();
         signIn(true);
-        EXPECT_EQ(app->loginError.value(), row.error);
-        EXPECT_EQ(saved(), row.kept ? u"old"_s : QString());
-        EXPECT_EQ(runTask(app->hasSavedCredentials()), row.kept);
+        EXPECT_EQ(app->loginError.value(), text(row[2]));
+        EXPECT_EQ(saved(), row[3].get<bool>() ? u"old"_s : QString());
+        EXPECT_EQ(runTask(app->hasSavedCredentials()), row[3].get<bool>());
         EXPECT_EQ(app->flow.value(), AppFlow::login);
         EXPECT_GE(clock.elapsed() - before, 40s);
         EXPECT_LT(clock.elapsed() - before, 42s);
@@ -97,7 +84,7 @@ TEST_F(SignInFlowTest, ReportsWhyItFailedAndForgetsOnlyRejectedCredentials)
     EXPECT_EQ(app->loginError.value(), u"Can't reach deskline — connect to the VPN and try again."_s);
     EXPECT_THAT(web.loaded, IsEmpty());
     settle();
-    EXPECT_EQ(errors->entries().size(), qsizetype(std::size(rows) + std::size(interruptions)) + 1);
+    EXPECT_EQ(errors->entries().size(), qsizetype(rows.size() + std::size(interruptions)) + 1);
     for (const QString &secret : {u"secret"_s, u"old"_s})
         EXPECT_FALSE(errors->asText().contains(secret));
 }

@@ -10,50 +10,27 @@ namespace parcelory::test {
 
 TEST_F(UpdateDesk, AFailedDownloadReportsWhyAndLeavesNoFiles)
 {
-    struct Row {
-        QString change; ///< a script that damages the archive's contents
-        const char *reason;
-        QString url = {};
-    };
-    const QString inside = programIn(u"new/Parcelory.app"_s);
-    const QString pack = u"; rm -f site/a.zip; (cd new && zip -qry ../site/a.zip .)"_s;
-    const Row rows[] = {
-        {u"mv new/Parcelory.app new/Parcelory"_s, "The update archive didn't contain an app."},
-        {u"mv new/Parcelory.app new/x; ln -s x new/Parcelory.app"_s, "didn't contain an app."},
-        {u"rm %1; mkdir %1"_s.arg(inside), "didn't contain an app."},
-        {u"ln -s ../../.. new/Parcelory.app/up"_s, "holds a link that leads out of the app."},
-        {u"ln -s /etc new/Parcelory.app/etc"_s, "holds a link that leads out of the app."},
-        {u"ln -s gone new/Parcelory.app/broken"_s, "holds a link to a file that is missing."},
-        {u"ln -s loop new/Parcelory.app/loop"_s, "holds a link to a file that is missing."},
-        {u"echo 1.8 >new/Parcelory.app/version"_s, "the archive holds version 1.8 instead of 2"},
-        {u"mkdir -p new/Parcelory.app/Contents; echo '<plist><dict><key>CFBundleName</key><string>2</string>"
-         "<key>CFBundleShortVersionString</key><string>3</string>' >new/Parcelory.app/Contents/Info.plist"_s,
-         "the archive holds version 3 instead of 2"},
-        {u"ln -s ../../victim new/swap.sh"_s, "The update helper could not be written"},
-        {u":"_s, "The update archive is broken — ", url("half.zip")},
-        {u":"_s, "curl 22: curl: (22)", url("nothing.zip")},
-        {u":"_s, "curl 18: curl: (18)", url("a.zip?cut")},
-        {u"cp site/a.zip site/b1.zip || true"_s, "curl 22: curl: (22)", url("b[1-1].zip")}, // one file, not several
-        {u":"_s, "curl 1: curl: (1) Protocol", url("moved") + u"ftp://127.0.0.1/a.zip"_s},
-        {u":"_s, "no web address", u"file://"_s + desk.path(u"site/a.zip"_s)},
-        {u":"_s, "no web address", u"--config"_s},
-        {u":"_s, "no web address", url("a.zip").replace(u"http"_s, u"ftp"_s)},
-        {u":"_s, "is not encrypted and has no checksum", url("a.zip").replace(u"127.0.0.1"_s, u"localhost"_s)},
-    };
     write(u"victim"_s, "precious");
-    for (const Row &row : rows) {
+    const QString pack = u"; rm -f site/a.zip; (cd new && zip -qry ../site/a.zip .)"_s;
+    const QString port = QString::number(QUrl(url("")).port());
+    const Json rows =
+        table(u"updates"_s, "failed downloads"); // a script that damages the archive's contents, reason, URL
+    for (const Json &row : rows) {
         sh(u"rm -rf new"_s);
         make(u"new/Parcelory.app"_s, 2);
-        ASSERT_EQ(sh(row.change + pack + u"; head -c 20000 site/a.zip >site/half.zip"_s), 0) << row.reason;
-        cut = row.url.endsWith(u"?cut");
-        EXPECT_THAT(install(offerOf(row.url.isEmpty() ? url("a.zip") : row.url)),
-                    testing::AllOf(testing::StartsWith("Update failed: "), HasSubstr(row.reason)));
-        EXPECT_EQ(checker.phase, UpdatePhase::idle) << row.reason;
-        EXPECT_EQ(entries(u"tmp"_s), QStringList()) << row.reason;
+        const QString damage = text(row[0]).replace(u"%1"_s, programIn(u"new/Parcelory.app"_s));
+        ASSERT_EQ(sh(damage + pack + u"; head -c 20000 site/a.zip >site/half.zip"_s), 0) << row;
+        const QString address = row.size() > 2 ? text(row[2]) : u"http://127.0.0.1:PORT/a.zip"_s;
+        cut = address.endsWith(u"?cut");
+        EXPECT_THAT(
+            install(offerOf(QString(address).replace(u"PORT"_s, port).replace(u"FOLDER"_s, desk.folder.path()))),
+            testing::AllOf(testing::StartsWith("Update failed: "), HasSubstr(row[1].get<std::string>())));
+        EXPECT_EQ(checker.phase, UpdatePhase::idle) << row;
+        EXPECT_EQ(entries(u"tmp"_s), QStringList()) << row;
     }
     EXPECT_EQ(read(u"victim"_s), "precious");
     settle();
-    EXPECT_EQ(errors.entries().size(), qsizetype(std::size(rows)));
+    EXPECT_EQ(errors.entries().size(), qsizetype(rows.size()));
     EXPECT_EQ(errors.entries().first().context, u"Self-Update"_s);
 
     cut = false;
@@ -104,14 +81,10 @@ TEST_F(UpdateDesk, WithoutAPublicKeyTellsThatSignaturesAreNotVerified)
 
 TEST_F(UpdateDesk, AFailedSwapAlwaysLeavesACompleteApp)
 {
-    struct Row {
-        const char *what;
-        QByteArray move; ///< a script that replaces `mv`; $n is the number of the call
-        int status, version;
-    };
     const QString file = programIn(u"$2"_s); // the state after a full disk:
     const QByteArray half = u"{ mkdir -p \"%1\"; : >\"%2\"; exit 1; }"_s.arg(folderOf(file), file).toUtf8();
-    const Row rows[] = {
+    // move: a script that replaces `mv`; $n is the number of the call
+    const std::tuple<const char *, QByteArray, int, int> rows[] = {
         {"nothing", ":", 0, 2},
         {"a full disk", "[ $n = 1 ] && " + half, 1, 1},
         {"a read-only folder", "[ $n = 2 ] && exit 1", 1, 1},
@@ -121,45 +94,41 @@ TEST_F(UpdateDesk, AFailedSwapAlwaysLeavesACompleteApp)
     };
     const QString call = QStringLiteral("PATH=$PWD:$PATH exec /bin/sh " PARCELORY_SOURCE_DIR "/src/shell/swap.sh "
                                         "4194305 \"$PWD/Applications/Parcelory.app\" new/Parcelory.app");
-    for (const Row &row : rows) {
-        SCOPED_TRACE(row.what);
+    for (const auto &[what, move, status, version] : rows) {
+        SCOPED_TRACE(what);
         make(u"Applications/Parcelory.app"_s, 1);
         make(u"new/Parcelory.app"_s, 2);
-        write(u"mv"_s, "#!/bin/sh\necho >>count; n=$(grep -c '' count)\n" + row.move + "\nexec /bin/mv \"$@\"\n");
+        write(u"mv"_s, "#!/bin/sh\necho >>count; n=$(grep -c '' count)\n" + move + "\nexec /bin/mv \"$@\"\n");
         sh(u"rm -f count started"_s);
-        EXPECT_EQ(sh(call), row.status);
-        if (row.status != 137) // a requested restart happens even if the swap fails
-            runUntil([&] { return read(u"started"_s) == "v" + QByteArray::number(row.version) + "\n"; });
-        runUntil([&] { return installedProgram() == program(row.version); });
-        if (row.status == 1)
+        EXPECT_EQ(sh(call), status);
+        if (status != 137) // a requested restart happens even if the swap fails
+            runUntil([&] { return read(u"started"_s) == "v" + QByteArray::number(version) + "\n"; });
+        runUntil([&] { return installedProgram() == program(version); });
+        if (status == 1)
             EXPECT_EQ(entries(u"Applications"_s), QStringList{u"Parcelory.app"_s});
     }
 }
 
 TEST_F(UpdateDesk, StartsTheNewAppIfTheInstalledAppWasMovedMeanwhile)
 {
-    struct Row {
-        const char *moved;
-        int status;
-        QString at; ///< where the new application is afterwards
-    };
     const QString installed = u"Applications/Parcelory.app"_s, staged = u"kxupdate-1/Parcelory.app"_s;
-    const Row rows[] = {
+    // at: where the new application is afterwards
+    const std::tuple<const char *, int, QString> rows[] = {
         {"mv Applications/Parcelory.app elsewhere", 0, installed},
         {"mv Applications elsewhere", 1, staged},
     };
-    for (const Row &row : rows) {
-        SCOPED_TRACE(row.moved);
+    for (const auto &[moved, status, at] : rows) {
+        SCOPED_TRACE(moved);
         sh(u"rm -rf Applications elsewhere kxupdate-1 started"_s);
         make(installed, 1);
         make(staged, 2);
         write(u"kxupdate-1/lock"_s, "");
-        ASSERT_EQ(sh(QString::fromLatin1(row.moved)), 0);
+        ASSERT_EQ(sh(QString::fromLatin1(moved)), 0);
         EXPECT_EQ(sh(QStringLiteral("PATH=$PWD:$PATH exec /bin/sh " PARCELORY_SOURCE_DIR "/src/shell/swap.sh 4194305 "
                                     "\"$PWD/Applications/Parcelory.app\" \"$PWD/kxupdate-1/Parcelory.app\"")),
-                  row.status);
+                  status);
         runUntil([&] { return read(u"started"_s) == "v2\n"; });
-        EXPECT_EQ(read(programIn(row.at)), program(2));
+        EXPECT_EQ(read(programIn(at)), program(2));
         EXPECT_EQ(sh(u"test -e kxupdate-1/lock"_s), 1) << "a folder with a lock may be swept";
     }
 }

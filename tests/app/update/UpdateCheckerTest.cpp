@@ -11,16 +11,9 @@ using testing::UnorderedElementsAre;
 
 TEST(UpdateFeed, ComparesVersionsNumberByNumber)
 {
-    const std::tuple<QString, QString, bool> rows[] = {
-        {u"1.10"_s, u"1.9"_s, true},   {u"1.4.2-beta3"_s, u"1.4.2"_s, true},
-        {u"v2"_s, u"1.9"_s, true},     {u"1..2"_s, u"1.1"_s, true},
-        {u"0.1"_s, QString(), true},   {u"1"_s, QString(20, u'9'), true},
-        {u"1.2"_s, u"1.2.0"_s, false}, {u"2.0"_s, u"2"_s, false},
-        {QString(), QString(), false},
-    };
-    for (const auto &[a, b, newer] : rows) {
-        EXPECT_EQ(isNewer(a, b), newer) << a.toStdString();
-        EXPECT_FALSE(isNewer(b, a)) << b.toStdString();
+    for (const Json &row : table(u"updates"_s, "versions")) {
+        EXPECT_EQ(isNewer(text(row[0]), text(row[1])), row[2].get<bool>()) << row;
+        EXPECT_FALSE(isNewer(text(row[1]), text(row[0]))) << row;
     }
 }
 
@@ -38,12 +31,9 @@ TEST_F(UpdateDesk, ReportsTheResultOnlyOfACheckThatTheClerkStarted)
     const QString call = u"contact Tobin"_s + desk.platform.deployment.supportTelephone;
     const QString failed = u"Update Check Failed"_s;
     const QString unreadable = u"The update feed couldn't be read. Try again in a few minutes, or "_s + call;
-    struct Row {
-        QByteArray feed;
-        QString title, text; ///< of the alert; empty if there is an offer
-        bool offered;        ///< whether there is an offer afterwards
-    };
-    const Row rows[] = {
+    // text: of the alert; empty if there is an offer
+    // offered: whether there is an offer afterwards
+    const std::tuple<QByteArray, QString, QString, bool> rows[] = {
         {R"({"version": "1.10", "url": "u", "notes": "New."})", {}, {}, true},
         {R"({"version": "1.11", "url": "u"})", failed, unreadable, true}, // the previous offer stays
         {R"({"version": "1.9.0", "url": "u", "notes": ""})", u"You're Up to Date"_s,
@@ -54,19 +44,19 @@ TEST_F(UpdateDesk, ReportsTheResultOnlyOfACheckThatTheClerkStarted)
         {"", failed, u"Couldn't reach the update server: curl 22: curl: (22) "_s, false}, // not served
     };
     qsizetype recorded = 0;
-    for (const Row &row : rows) {
-        write(u"site/parcelory-latest.json"_s, row.feed);
+    for (const auto &[feed, title, text, offered] : rows) {
+        write(u"site/parcelory-latest.json"_s, feed);
         const int before = checker.offers;
         run(checker.checkOnLaunch());
-        EXPECT_TRUE(desk.prompts.alerts.isEmpty()) << row.feed.toStdString();
+        EXPECT_TRUE(desk.prompts.alerts.isEmpty()) << feed.toStdString();
         run(checker.checkNow());
-        EXPECT_EQ(checker.available.value().has_value(), row.offered) << row.feed.toStdString();
-        EXPECT_EQ(checker.offers - before, row.title.isEmpty() ? 2 : 0);
+        EXPECT_EQ(checker.available.value().has_value(), offered) << feed.toStdString();
+        EXPECT_EQ(checker.offers - before, title.isEmpty() ? 2 : 0);
         const auto alerts = std::exchange(desk.prompts.alerts, {});
-        EXPECT_EQ(alerts.value(0).first, row.title);
-        EXPECT_TRUE(alerts.value(0).second.startsWith(row.text)) << row.text.toStdString();
+        EXPECT_EQ(alerts.value(0).first, title);
+        EXPECT_TRUE(alerts.value(0).second.startsWith(text)) << text.toStdString();
         settle();
-        recorded += row.title == failed;
+        recorded += title == failed;
         EXPECT_EQ(errors.entries().size(), recorded);
     }
     {

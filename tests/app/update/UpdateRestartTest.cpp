@@ -10,11 +10,7 @@ namespace {
 class UpdateRestart : public testing::Test, public CarrierDesk {
 protected:
     UpdateRestart() { start(); }
-    ~UpdateRestart() override
-    {
-        workPool().waitForDone();
-        settle();
-    }
+    ~UpdateRestart() override { settlePool(); }
     /// Starts the program, or starts it again.
     void start()
     {
