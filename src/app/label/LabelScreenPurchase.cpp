@@ -42,6 +42,8 @@ QString asSentence(const QString &reason)
 /// Clears what is still on the screen of a parcel that turned out to be sold, so that it is not sold again.
 void LabelScreen::takeResolved(const ResolvedPurchase &resolved)
 {
+    if (resolved.isBought)
+        forgetSoldUndo(resolved.recipient);
     if (!m_unresolved.contains(resolved.id))
         return; // a purchase of an earlier run: nothing of it is on the screen
     const PreparedPurchase purchase = m_unresolved.take(resolved.id);
@@ -119,7 +121,9 @@ Task<> LabelScreen::buyAndPrint()
     const std::optional<ShippoRate> rate = selectedRate();
     if (busy || !rate || isBuyClosed() || m_buyTimer != 0)
         co_return;
-    busy = true; // in the same event as the press: a second press finds it set
+    m_buyingFor = m_app.draftTo;
+    m_app.lastChange.forget(m_fillChange); // the clerk has gone on with the new recipient
+    busy = true;                           // in the same event as the press: a second press finds it set
     buying = true;
     m_purchaseComplete = false;
     const auto done = qScopeGuard([this] {

@@ -129,6 +129,12 @@ Task<> KeysScreen::remove(QString name)
         keys.remove(name);
         return QString();
     });
+    // The token is erased, as the clerk was told: nothing keeps it for Undo.
+    removedName = QString();
+    m_app.lastChange.note(u"The key “%1” is removed. Undo asks for its token."_s.arg(name), [this, name] {
+        removedName = name;
+        m_app.tab = MainTab::settings;
+    });
 }
 
 Task<> KeysScreen::makeActive(QString name)
