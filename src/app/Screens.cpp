@@ -19,11 +19,13 @@ using namespace Qt::StringLiterals;
 
 Screens::Screens(AppState &app)
     : signIn(app), addressBook(app), label(app), draft(app, label), mailingLog(app), keys(app), masterLog(app, keys),
-      scanForm(app), settings(app), updates(app), records(app), openLabel(app), handbook(app), m_app(app)
+      scanForm(app), settings(app), updates(app), records(app), openLabel(app), handbook(app),
+      activity(app, label, addressBook, mailingLog, updates), support(app, label, addressBook, keys, activity.trace),
+      m_app(app)
 {
     connect(&mailingLog, &MailingLogScreen::reprinted, &label, &LabelScreen::takeReprint);
     buildOn(app, signIn, addressBook, label, mailingLog, keys, masterLog, scanForm, settings, updates, records,
-            openLabel, handbook);
+            openLabel, handbook, support);
     for (LabelPreview *place : {&label.preview, &mailingLog.preview, &settings.testLabel})
         connect(place, &LabelPreview::opened, this, [this, place] {
             openLabel.follow(*place);

@@ -13,6 +13,8 @@
 #include "app/settings/KeysScreen.h"
 #include "app/settings/SettingsScreen.h"
 #include "app/signin/SignInScreen.h"
+#include "app/support/Activity.h"
+#include "app/support/SupportBundle.h"
 #include "app/update/UpdateChecker.h"
 #include "core/Observable.h"
 
@@ -38,6 +40,8 @@ public:
     LabelPreview openLabel;              ///< in the label's own window
     Observed<int> labelsOpened{this, 0}; ///< incremented to open that window
     Handbook handbook;
+    Activity activity;
+    SupportBundle support;
 
     /// Restarts into the downloaded update once the draft is on the disk. Call only if mayRestart().
     Task<> restartIntoUpdate();

@@ -121,9 +121,9 @@ Task<> LabelScreen::buyAndPrint()
     const std::optional<ShippoRate> rate = selectedRate();
     if (busy || !rate || isBuyClosed() || m_buyTimer != 0)
         co_return;
+    m_app.lastChange.forget(m_fillChange);
     m_buyingFor = m_app.draftTo;
-    m_app.lastChange.forget(m_fillChange); // the clerk has gone on with the new recipient
-    busy = true;                           // in the same event as the press: a second press finds it set
+    busy = true; // in the same event as the press: a second press finds it set
     buying = true;
     m_purchaseComplete = false;
     const auto done = qScopeGuard([this] {

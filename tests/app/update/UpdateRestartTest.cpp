@@ -86,6 +86,7 @@ TEST_F(UpdateRestart, BringsTheDraftBack)
         const SavedDraft draft = label().saved();
         restart();
         EXPECT_EQ(application.started.size(), 1);
+        EXPECT_THAT(contentsOf(path(u"label_draft.json"_s)), HasSubstr("Ana Ortiz")) << "before the program ends";
         application.started.clear();
         start();
         EXPECT_EQ(label().saved(), draft);
