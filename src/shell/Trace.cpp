@@ -7,7 +7,9 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <mutex>
 #include <optional>
+#include <utility>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;
@@ -26,11 +28,13 @@ void Trace::note(QLatin1StringView operation, QLatin1StringView result, std::opt
 
 QList<QByteArray> Trace::lines()
 {
-    m_queue.post([this] { load(); });
     m_queue.wait();
+    const std::lock_guard access(m_access);
+    load();
     return m_lines.last(qMin(kept, m_lines.size()));
 }
 
+/// The caller holds the lock.
 void Trace::load()
 {
     constexpr qint64 longest = 1 << 20; // bytes; more is not this program's file
@@ -45,6 +49,7 @@ void Trace::load()
 
 void Trace::append(const QByteArray &line)
 {
+    const std::lock_guard access(m_access);
     load();
     m_lines.append(line);
     if (m_lines.size() > 2 * kept) {

@@ -9,6 +9,7 @@
 #include <QList>
 #include <QString>
 
+#include <mutex>
 #include <optional>
 
 namespace parcelory {
@@ -32,7 +33,8 @@ private:
 
     Clock &m_clock;
     const QString m_path;
-    QList<QByteArray> m_lines; ///< of the file; the queue's
+    std::mutex m_access;
+    QList<QByteArray> m_lines; ///< of the file
     bool m_isLoaded = false;
     SerialQueue m_queue;
 };

@@ -44,6 +44,7 @@ TEST(EditMenu, ActsOnTheFocusedWidget)
     desk.press(Qt::Key_Z, Qt::ControlModifier);
     EXPECT_EQ(undone, 2);
     change();
+    desk.settleAll();
     desk.click(desk.named<Button>(u"Undo the last change"_s));
     EXPECT_EQ(undone, 3);
 

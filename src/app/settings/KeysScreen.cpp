@@ -96,6 +96,7 @@ Task<> KeysScreen::add(QString name, QString token)
         message = ShippoKeys::tooLong;
         co_return;
     }
+    removedName = QString();
     co_await change(
         [name, token](ShippoKeys &keys) { return keys.store(token, name) ? QString() : ShippoKeys::notKept; });
 }

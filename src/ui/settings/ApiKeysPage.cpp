@@ -200,11 +200,12 @@ void ApiKeysPage::refreshEntry()
 /// Undo of a removed key: the clerk enters its token again.
 void ApiKeysPage::offerRemoved()
 {
-    const QString name = m_keys.removedName;
-    if (name == std::exchange(m_offered, name) || name.isEmpty() || m_adding)
+    const QString name = m_keys.removedName, former = std::exchange(m_offered, name);
+    if (name == former || m_adding || m_name->text() != former) // the clerk has typed another name
         return;
     m_name->setText(name);
-    m_token->setFocus();
+    if (!name.isEmpty())
+        m_token->setFocus();
 }
 
 void ApiKeysPage::add()

@@ -12,9 +12,9 @@ namespace {
 const QString names[] = {u"Quillfeather"_s, u"Grant Label"_s, u"Montford Ave"_s,    u"12 Carrier Road"_s,
                          u"Asheville"_s,    u"Ñandú"_s,       u"Penn Coins"_s,      u"quill@penn.example"_s,
                          u"503-555-0142"_s, u"5035550142"_s,  u"+44 20 7946 0123"_s};
-const QString secrets[] = {u"shippo_live_5f1c0ffee"_s,     u"9405511899560000000001"_s,
-                           u"1Z999AA10123456784"_s,        u"INV-48213"_s,
-                           u"/home/quillfeather/copies"_s, u"Tower_Zebra"_s};
+const QString hidden[] = {u"shippo_live_5f1c0ffee"_s,     u"9405511899560000000001"_s,
+                          u"1Z999AA10123456784"_s,        u"INV-48213"_s,
+                          u"/home/quillfeather/copies"_s, u"Tower_Zebra"_s};
 
 ShippoAddress personAt(qsizetype place)
 {
@@ -41,27 +41,27 @@ struct SupportDesk : testing::Test, CarrierDesk {
         preferences.setValue(settings::senderFallbackPhone.key, names[8]);
         preferences.setValue(settings::copiesFolder.key, path(u"copies"_s));
         preferences.setValue(settings::customsSigners.key, QStringList{names[7] + u'=' + names[0]});
-        preferences.setValue(settings::zebraQueue.key, secrets[5]);
+        preferences.setValue(settings::zebraQueue.key, hidden[5]);
         processes.behave = [](const QString &, const QStringList &arguments) {
             const bool list = arguments.first() == u"-v"_s;
             return ProcessOutcome{0, list ? "device for Tower_Zebra: usb://Zebra/ZD421\n" : "", {}};
         };
         app = std::make_unique<AppState>(platform);
         screens = std::make_unique<Screens>(*app);
-        app->keys.set(secrets[0], names[0] + u" Live"_s);
+        app->keys.set(hidden[0], names[0] + u" Live"_s);
         app->senders.profiles = QList{SenderProfile{.name = names[0], .address = personAt(0)}};
         app->boxes.profiles = QList{BoxProfile{.name = names[6]}};
         app->draftTo = personAt(1);
         ASSERT_TRUE(app->addressBook.upsert(PostalContact::of(personAt(0))));
         ASSERT_TRUE(app->addressBook.upsert(PostalContact::of(personAt(1))));
         ShipmentRecord label{.recipient = names[1]};
-        label.tracking = secrets[1];
-        label.reference = secrets[3];
+        label.tracking = hidden[1];
+        label.reference = hidden[3];
         ASSERT_TRUE(app->log.insert(label));
         app->journal.begin({.askedAt = clock.now(), .rateId = u"rate"_s, .recipient = personAt(2), .record = label});
         for (const QString &name : names)
             fail(u"The carrier refused the address of %1: HTTP 429, status 404."_s.arg(name));
-        for (const QString &secret : secrets)
+        for (const QString &secret : hidden)
             fail(u"Label %1 was not found at https://api.example.com/labels?token=%1 by %2"_s.arg(secret, secret));
         fail(u"Somebody Unheard of at 7 Unknownstreet called"_s);
         runTask(screens->addressBook.reload());
@@ -99,7 +99,7 @@ TEST_F(SupportDesk, TheBundleTellsWhatFailedAndNothingOfAPersonOrAParcel)
     EXPECT_TRUE(prompts.alerts.last().first.contains(u"Saved"_s)) << prompts.alerts.last().second.toStdString();
     const QString text = unpacked(prompts.file);
     for (const QString &secret :
-         QStringList(std::begin(names), std::end(names)) + QStringList(std::begin(secrets), std::end(secrets)) +
+         QStringList(std::begin(names), std::end(names)) + QStringList(std::begin(hidden), std::end(hidden)) +
              QStringList{u"Unheard"_s, u"Unknownstreet"_s, u"api.example"_s, u"28801"_s, PracticeCarrier::testToken})
         EXPECT_FALSE(text.contains(secret, Qt::CaseInsensitive)) << secret.toStdString() << '\n' << text.toStdString();
     for (const QString &fact :
