@@ -67,6 +67,9 @@ Task<> Gallery::drawAddressBook()
     co_await book.keep(changed);
     co_await save(u"address-book-changed"_s);
     co_await book.undo();
+    app().lastChange.note(u"The form was filled in anew. Before: Eleanor Whitfield, Asheville NC"_s, [] {});
+    co_await save(u"change-to-undo"_s);
+    app().lastChange.undo();
     view.pane().query = u"no such name"_s;
     co_await save(u"address-book-nothing-found"_s);
     view.pane().query = QString();

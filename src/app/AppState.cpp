@@ -55,7 +55,7 @@ AppState::AppState(Platform &host)
       m_signIn(std::make_unique<SignInFlow>(*this)), m_invoice(std::make_unique<InvoiceFlow>(*this)),
       m_scanForm(std::make_unique<ScanFormFlow>(*this)), m_refundSync(std::make_unique<RefundSync>(*this))
 {
-    buildOn(scale, printWatch, senders, boxes);
+    buildOn(scale, printWatch, senders, boxes, lastChange);
     connect(&log, &ShipmentLog::recordsChanged, this, &AppState::changed);
     scanListener.isWanted = [this] { return flow == AppFlow::main; };
     scanListener.onScan = [this](const QString &code) { handleInvoiceScan(code); };
@@ -71,6 +71,7 @@ AppState::~AppState()
 
 void AppState::fillDraft(const ShippoAddress &to, const QString &referenceText)
 {
+    emit fillBegins();
     replacedRecipient = draftTo;
     ShippoAddress recipient = to;
     recipient.country = CountryCode::find(to.country).value_or(to.country);

@@ -2,6 +2,7 @@
 
 #include "addressbook/ContactsAddressProvider.h"
 #include "addressbook/LocalAddressStore.h"
+#include "app/LastChange.h"
 #include "backoffice/DesklineInvoiceFetcher.h"
 #include "backoffice/SavedCredentials.h"
 #include "carrier/ShippoClient.h"
@@ -92,6 +93,7 @@ public:
     Observed<QString> draftReference{this};
     Observed<int> draftFillCount{this, 0};
     ShippoAddress replacedRecipient; ///< the recipient that the last fill replaced
+    LastChange lastChange;
 
     Observed<bool> scanBusy{this, false}; ///< an invoice is being read
     Observed<QString> scanStatus{this};   ///< scanner and invoice status line
@@ -174,6 +176,8 @@ public:
     void failScan(const QString &text, bool isSessionOver = false);
 
 signals:
+    /// The draft is about to be filled: it is still as it was.
+    void fillBegins();
     /// A label was bought, and its recipient is to be saved in the address book.
     void recipientToKeep(const ShippoAddress &recipient);
     /// A label was bought and is in the mailing log.

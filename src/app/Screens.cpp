@@ -5,9 +5,11 @@
 #include "app/records/CopyRecords.h"
 #include "core/ShippoAddress.h"
 #include "core/Task.h"
-#include "records/DraftStore.h"
+#include "core/ports/Prompts.h"
+#include "records/BoxStore.h"
 #include "records/LabelChecks.h"
 #include "records/SenderProfile.h"
+#include "records/SenderStore.h"
 #include "records/ShipmentRecord.h"
 
 #include <optional>
@@ -16,12 +18,14 @@ namespace parcelory {
 using namespace Qt::StringLiterals;
 
 Screens::Screens(AppState &app)
-    : signIn(app), addressBook(app), label(app), mailingLog(app), keys(app), masterLog(app, keys), scanForm(app),
-      settings(app), updates(app), records(app), openLabel(app), handbook(app), m_app(app)
+    : signIn(app), addressBook(app), label(app), draft(app, label), mailingLog(app), keys(app), masterLog(app, keys),
+      scanForm(app), settings(app), updates(app), records(app), openLabel(app), handbook(app),
+      activity(app, label, addressBook, mailingLog, updates), support(app, label, addressBook, keys, activity.trace),
+      m_app(app)
 {
     connect(&mailingLog, &MailingLogScreen::reprinted, &label, &LabelScreen::takeReprint);
     buildOn(app, signIn, addressBook, label, mailingLog, keys, masterLog, scanForm, settings, updates, records,
-            openLabel, handbook);
+            openLabel, handbook, support);
     for (LabelPreview *place : {&label.preview, &mailingLog.preview, &settings.testLabel})
         connect(place, &LabelPreview::opened, this, [this, place] {
             openLabel.follow(*place);
@@ -32,6 +36,8 @@ Screens::Screens(AppState &app)
                 openLabel.show(record, verdict);
                 labelsOpened = labelsOpened + 1;
             });
+    connect(&app.senders, &SenderStore::overridden, this, &Screens::tellOverridden);
+    connect(&app.boxes, &BoxStore::overridden, this, &Screens::tellOverridden);
     connect(&label.purchases, &Purchases::refundWanted, this,
             [this](const ShipmentRecord &record) { spawn([this, record] { return refundSecond(record); }); });
 }
@@ -60,22 +66,41 @@ Task<> Screens::restartIntoUpdate()
         m_app.errors.record(u"Update"_s, error, Popup::no);
         co_return; // as the clerk chose
     }
-    m_app.drafts.save(label.saved());
-    co_await onPool([&drafts = m_app.drafts] { drafts.flush(); });
+    co_await draft.storeNow();
     co_await updates.relaunchNow();
-    if (!updates.isRelaunching())
-        m_app.drafts.clear(); // the clerk goes on with the draft on the screen
 }
 
-void Screens::takeSavedDraft()
+QString Screens::changeText() const
 {
-    const std::optional<SavedDraft> draft = m_app.drafts.saved();
-    if (!draft)
-        return;
-    m_app.drafts.clear(); // a later start must not bring back a parcel that has its label by then
-    label.restore(*draft);
-    if (!draft->recipient.isEmpty())
-        label.banner = Banner{QStringLiteral("The draft is back after the update — validate the address again.")};
+    const QString last = m_app.lastChange.text;
+    return last.isEmpty() ? addressBook.changeText() : last;
+}
+
+bool Screens::canUndo() const
+{
+    const bool isForm = m_app.flow == AppFlow::main && m_app.tab == MainTab::newLabel && label.canUndo();
+    return isForm || !changeText().isEmpty();
+}
+
+void Screens::undo()
+{
+    if (m_app.flow != AppFlow::main || m_app.tab != MainTab::newLabel || !label.undo())
+        undoChange();
+}
+
+void Screens::undoChange()
+{
+    if (!m_app.lastChange.text.value().isEmpty())
+        m_app.lastChange.undo();
+    else if (!addressBook.changeText().isEmpty())
+        spawn([this] { return addressBook.undo(); });
+}
+
+void Screens::tellOverridden(const QStringList &names)
+{
+    const QString text =
+        u"Another Parcelory window has also changed %1. This window's version was kept."_s.arg(names.join(u", "_s));
+    spawn([&prompts = m_app.platform.prompts, text] { return prompts.alert(u"Changed Twice"_s, text); });
 }
 
 Task<> Screens::createScanForm()

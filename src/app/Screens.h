@@ -3,6 +3,7 @@
 #include "app/AppState.h"
 #include "app/addressbook/AddressBook.h"
 #include "app/handbook/Handbook.h"
+#include "app/label/DraftKeeper.h"
 #include "app/label/LabelScreen.h"
 #include "app/logs/MailingLogScreen.h"
 #include "app/logs/MasterLogScreen.h"
@@ -12,6 +13,8 @@
 #include "app/settings/KeysScreen.h"
 #include "app/settings/SettingsScreen.h"
 #include "app/signin/SignInScreen.h"
+#include "app/support/Activity.h"
+#include "app/support/SupportBundle.h"
 #include "app/update/UpdateChecker.h"
 #include "core/Observable.h"
 
@@ -26,6 +29,7 @@ public:
     SignInScreen signIn;
     AddressBook addressBook;
     LabelScreen label;
+    DraftKeeper draft;
     MailingLogScreen mailingLog;
     KeysScreen keys;
     MasterLogScreen masterLog;
@@ -36,11 +40,20 @@ public:
     LabelPreview openLabel;              ///< in the label's own window
     Observed<int> labelsOpened{this, 0}; ///< incremented to open that window
     Handbook handbook;
+    Activity activity;
+    SupportBundle support;
 
-    /// Restarts into the downloaded update and stores the draft for the next start. Call only if mayRestart().
+    /// Restarts into the downloaded update once the draft is on the disk. Call only if mayRestart().
     Task<> restartIntoUpdate();
-    /// Puts the draft that a restart stored back into the New Label screen. Call once, at the start.
-    void takeSavedDraft();
+
+    /// The last change that undo() takes back, for the status strip; empty if there is none. A label's recipient may
+    /// have changed an entry of the address book.
+    QString changeText() const;
+    /// True if undo() would do something in the tab that is shown.
+    bool canUndo() const;
+    /// Takes back the last change of the shown form, or else what changeText() names.
+    void undo();
+    void undoChange();
 
     /// Creates the SCAN form for today's labels of the chosen return address.
     Task<> createScanForm();
@@ -51,6 +64,7 @@ public:
 
 private:
     Task<> refundSecond(ShipmentRecord label);
+    void tellOverridden(const QStringList &names);
 
     AppState &m_app;
 };

@@ -6,6 +6,7 @@
 #include <QString>
 
 #include <atomic>
+#include <functional>
 #include <optional>
 
 namespace parcelory {
@@ -18,8 +19,14 @@ public:
     /// Bytes; the stores take less than a tenth, and decoding more would hold up the start.
     static constexpr qint64 largest = 32 << 20;
 
-    /// `path`: created with its folders at the first write.
-    explicit JsonFile(QString path);
+    /// Brings the change from `base` to `ours` into `theirs`; nothing if `theirs` does not decode. Runs on the writer's
+    /// thread.
+    using Merge = std::function<std::optional<QByteArray>(const QByteArray &base, const QByteArray &ours,
+                                                          const QByteArray &theirs)>;
+
+    /// `path`: created with its folders at the first write. With `merge`, a write keeps what another program has
+    /// written since this one has read or written the file; without it, the last write wins.
+    explicit JsonFile(QString path, Merge merge = {});
     ~JsonFile();
 
     /// The file's bytes, or nothing if it is missing, unreadable, too large or no regular file. The next write first
@@ -33,7 +40,13 @@ public:
     void flush();
 
 private:
-    QString m_path;
+    std::optional<QByteArray> contents() const;
+    std::optional<QByteArray> mergedWithDisk(const QByteArray &bytes);
+    void replace(const QByteArray &bytes);
+
+    const QString m_path;
+    const Merge m_merge;
+    QByteArray m_base; ///< what this program has read or, later, written last; the writer's once read() is done
     std::atomic<bool> m_setAside = false; ///< reset by the writer once done
     SerialQueue m_writer;
 };

@@ -11,8 +11,10 @@
 
 namespace parcelory {
 
-/// The desk's own boxes, in box_profiles.json. Assigning to `profiles` writes the file.
+/// The desk's own boxes, in box_profiles.json. Assigning to `profiles` writes the file, and takes over what another
+/// program has changed in it.
 class BoxStore : public Observable {
+    Q_OBJECT
 public:
     /// Loads the file; without one the list is empty and no file is written before the first change.
     explicit BoxStore(Platform &platform);
@@ -23,10 +25,18 @@ public:
     /// Appends a box without dimensions, "New Box".
     BoxProfile add();
     void remove(const QUuid &id);
+    /// Puts a removed box back in its place.
+    void insert(qsizetype place, const BoxProfile &box);
 
     void flush() { m_file.flush(); }
 
+signals:
+    /// These boxes were changed here and by another program; the changes made here are kept.
+    void overridden(const QStringList &names);
+
 private:
+    std::optional<QByteArray> merged(const QByteArray &base, const QByteArray &ours, const QByteArray &theirs);
+
     JsonFile m_file;
     QPropertyNotifier m_notifier;
 };

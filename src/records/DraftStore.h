@@ -4,9 +4,12 @@
 #include "core/RecordField.h"
 #include "core/ShippoAddress.h"
 
+#include <QDateTime>
 #include <QDir>
+#include <QLockFile>
 #include <QUuid>
 
+#include <mutex>
 #include <optional>
 #include <tuple>
 
@@ -57,20 +60,37 @@ struct SavedDraft {
     bool operator==(const SavedDraft &) const = default;
 };
 
-/// The draft that the next start of the program takes over, in label_draft.json.
+/// A draft and when it was stored.
+struct StoredDraft {
+    SavedDraft draft;
+    QDateTime storedAt;
+    QString version; ///< of the program that stored it
+};
+
+/// The draft on the New Label screen as the next start of the program finds it, in label_draft.json. It belongs to one
+/// running program: the draft of a program that still runs is not another program's.
 class DraftStore {
 public:
-    explicit DraftStore(const QDir &folder) : m_file(folder.filePath(QStringLiteral("label_draft.json"))) {}
+    explicit DraftStore(const QDir &folder);
 
-    /// Empty if there is no stored draft or it is not readable; an unreadable file is set aside at the next write.
-    std::optional<SavedDraft> saved();
-    /// Replaces the stored draft; does not wait for the disk.
-    void save(const SavedDraft &draft);
+    /// What the last program has left; nothing if there is no draft, if it is not readable, or if that program still
+    /// runs. An unreadable file is set aside at the next write. Waits for the disk; call before the first save().
+    std::optional<StoredDraft> read();
+    /// What the file holds or is about to hold.
+    std::optional<StoredDraft> stored() const;
+    /// Replaces the stored draft, unless another program has it; does not wait for the disk.
+    void save(const SavedDraft &draft, const QDateTime &now, const QString &version);
     void clear();
-
+    /// Waits until the disk has the last change.
     void flush() { m_file.flush(); }
 
 private:
+    void write(const std::optional<StoredDraft> &draft);
+
+    const QDir m_folder;
+    mutable std::mutex m_access;
+    QLockFile m_owner; ///< tells another program that this one has the draft
+    std::optional<StoredDraft> m_stored;
     JsonFile m_file;
 };
 

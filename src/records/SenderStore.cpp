@@ -2,6 +2,7 @@
 
 #include "core/AppError.h"
 #include "core/Json.h"
+#include "core/ListMerge.h"
 #include "core/Platform.h"
 #include "core/RecordField.h"
 #include "core/SettingsKeys.h"
@@ -29,6 +30,27 @@ struct Saved {
     }
 };
 
+using SavedSenders = Saved<QList<SenderProfile>>;
+
+SavedSenders sendersOf(const QByteArray &text)
+{
+    return text.isEmpty() ? SavedSenders() : decodeJson<SavedSenders>(text, Keys::asIs);
+}
+
+QStringList namesOf(const QList<SenderProfile> &profiles)
+{
+    QStringList names;
+    for (const SenderProfile &profile : profiles)
+        names += profile.name;
+    return names;
+}
+
+/// The choice that was changed here, or else the other program's.
+std::optional<QUuid> mergedDefault(const SavedSenders &base, const SavedSenders &ours, const SavedSenders &theirs)
+{
+    return ours.defaultID == base.defaultID ? theirs.defaultID : ours.defaultID;
+}
+
 ShippoAddress legacyAddress(const Preferences &preferences)
 {
     ShippoAddress address{.name = read(preferences, settings::legacySenderName),
@@ -46,7 +68,11 @@ ShippoAddress legacyAddress(const Preferences &preferences)
 
 } // namespace
 
-SenderStore::SenderStore(Platform &platform) : m_file(platform.dataFolder.filePath(u"sender_profiles.json"_s))
+SenderStore::SenderStore(Platform &platform)
+    : m_file(platform.dataFolder.filePath(u"sender_profiles.json"_s),
+             [this](const QByteArray &base, const QByteArray &ours, const QByteArray &theirs) {
+                 return merged(base, ours, theirs);
+             })
 {
     const bool loaded = load();
     if (!loaded)
@@ -118,9 +144,43 @@ void SenderStore::remove(const QUuid &id)
         defaultID = remaining.first().id;
 }
 
+void SenderStore::insert(qsizetype place, const SenderProfile &profile)
+{
+    QList<SenderProfile> all = profiles;
+    if (find(profile.id))
+        return;
+    all.insert(std::min(place, all.size()), profile);
+    profiles = all;
+}
+
 void SenderStore::persist()
 {
-    m_file.write(encodeJson(Saved<QList<SenderProfile>>{profiles, defaultID}, Keys::asIs));
+    m_file.write(encodeJson(SavedSenders{profiles, defaultID}, Keys::asIs));
+}
+
+/// Runs on the writer's thread.
+std::optional<QByteArray> SenderStore::merged(const QByteArray &base, const QByteArray &ours, const QByteArray &theirs)
+{
+    try {
+        const SavedSenders before = sendersOf(base), here = sendersOf(ours), there = sendersOf(theirs);
+        ListMerge<SenderProfile> both = mergeLists(before.profiles, here.profiles, there.profiles);
+        if (both.records.isEmpty()) // each program removed the other's last profile
+            both.records = here.profiles;
+        const SavedSenders merged{both.records, mergedDefault(before, here, there)};
+        QMetaObject::invokeMethod(
+            this,
+            [this, here, merged, names = namesOf(both.overridden)] {
+                const std::optional<QUuid> chosen = mergedDefault(here, {profiles, defaultID}, merged);
+                profiles = mergeLists(here.profiles, profiles.value(), merged.profiles).records;
+                defaultID = chosen;
+                if (!names.isEmpty())
+                    emit overridden(names);
+            },
+            Qt::QueuedConnection);
+        return encodeJson(merged, Keys::asIs);
+    } catch (const DecodeError &) {
+        return std::nullopt;
+    }
 }
 
 } // namespace parcelory

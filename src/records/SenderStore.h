@@ -11,8 +11,10 @@
 
 namespace parcelory {
 
-/// The desk's return addresses, in sender_profiles.json. Assigning to either field writes the file.
+/// The desk's return addresses, in sender_profiles.json. Assigning to either field writes the file, and takes over what
+/// another program has changed in it.
 class SenderStore : public Observable {
+    Q_OBJECT
 public:
     /// Loads the file. A profile in it that does not decode is left out, and the next write sets the whole file aside
     /// first. Without a readable profile, makes a first profile from the preferences of earlier versions or, failing
@@ -30,10 +32,17 @@ public:
     SenderProfile add();
     /// Removes a profile; the last one stays.
     void remove(const QUuid &id);
+    /// Puts a removed profile back in its place.
+    void insert(qsizetype place, const SenderProfile &profile);
 
     void flush() { m_file.flush(); }
 
+signals:
+    /// These profiles were changed here and by another program; the changes made here are kept.
+    void overridden(const QStringList &names);
+
 private:
+    std::optional<QByteArray> merged(const QByteArray &base, const QByteArray &ours, const QByteArray &theirs);
     bool load();
     void seed(Platform &platform);
     void persist();

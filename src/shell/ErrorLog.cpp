@@ -3,12 +3,14 @@
 #include "core/AppError.h"
 #include "core/ErrorDetail.h"
 #include "core/Json.h"
+#include "core/ListMerge.h"
 #include "core/Platform.h"
 #include "core/Task.h"
 
 #include <QCoreApplication>
 #include <QRegularExpression>
 
+#include <algorithm>
 #include <exception>
 #include <optional>
 #include <utility>
@@ -19,6 +21,17 @@ using namespace Qt::StringLiterals;
 namespace {
 
 ErrorLog *sharedInstance = nullptr;
+
+using Entries = QList<APIErrorEntry>;
+
+/// The newest first, and no more than the log keeps.
+Entries inOrder(Entries entries)
+{
+    std::ranges::sort(entries, std::ranges::greater(), &APIErrorEntry::date);
+    if (entries.size() > ErrorLog::capacity)
+        entries.resize(ErrorLog::capacity);
+    return entries;
+}
 
 Popup allowed(Popup asked, const std::exception &error)
 {
@@ -36,7 +49,10 @@ ErrorLog &ErrorLog::shared()
 
 ErrorLog::ErrorLog(Platform &platform)
     : m_clock(platform.clock), m_prompts(platform.prompts), m_supportTelephone(platform.deployment.supportTelephone),
-      m_file(platform.dataFolder.filePath(u"error_log.json"_s))
+      m_file(platform.dataFolder.filePath(u"error_log.json"_s),
+             [this](const QByteArray &base, const QByteArray &ours, const QByteArray &theirs) {
+                 return merged(base, ours, theirs);
+             })
 {
     sharedInstance = this;
     const std::optional<QByteArray> saved = m_file.read();
@@ -129,6 +145,29 @@ Task<> ErrorLog::clearAsked()
 void ErrorLog::save()
 {
     m_file.write(encodeJson(m_entries, Keys::asIs));
+}
+
+/// Runs on the writer's thread.
+std::optional<QByteArray> ErrorLog::merged(const QByteArray &base, const QByteArray &ours, const QByteArray &theirs)
+{
+    const auto read = [](const QByteArray &text) {
+        return text.isEmpty() ? Entries() : decodeJson<Entries>(text, Keys::asIs);
+    };
+    try {
+        const Entries here = read(ours);
+        const Entries both = inOrder(mergeLists(read(base), here, read(theirs)).records);
+        QMetaObject::invokeMethod(
+            this,
+            [this, here, both] {
+                m_entries = inOrder(mergeLists(here, m_entries, both).records);
+                save();
+                emit entriesChanged();
+            },
+            Qt::QueuedConnection);
+        return encodeJson(both, Keys::asIs);
+    } catch (const DecodeError &) {
+        return std::nullopt;
+    }
 }
 
 QString ErrorLog::countText() const

@@ -11,6 +11,7 @@
 #include <QObject>
 #include <QUuid>
 
+#include <optional>
 #include <tuple>
 
 namespace parcelory {
@@ -28,12 +29,13 @@ struct APIErrorEntry {
         return std::tuple{field("id", &E::id), field("date", &E::date), field("context", &E::context),
                           field("detail", &E::detail)};
     }
+    bool operator==(const APIErrorEntry &) const = default;
 };
 
 /// Whether a recorded failure is shown at once in an alert with support's telephone number.
 enum class Popup { no, yes };
 
-/// The program's only error log, kept in a file across restarts.
+/// The program's only error log, kept in a file across restarts. Programs that run at the same time share the file.
 class ErrorLog : public QObject {
     Q_OBJECT
 public:
@@ -73,6 +75,7 @@ private:
     bool isRepeated(const QString &text);
     Task<> showAlerts();
     void save();
+    std::optional<QByteArray> merged(const QByteArray &base, const QByteArray &ours, const QByteArray &theirs);
 
     Clock &m_clock;
     Prompts &m_prompts;

@@ -8,6 +8,9 @@
 #include <QLabel>
 #include <QMenuBar>
 #include <QPointer>
+#include <QShortcut>
+
+#include <utility>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;
@@ -17,22 +20,32 @@ namespace {
 /// Text fields and lists handle these keys themselves; a menu entry sends them to the focused widget.
 class EditMenu : public QObject {
 public:
-    explicit EditMenu(QMenu *menu);
+    EditMenu(QMenu *menu, UndoElsewhere elsewhere);
 
 private:
     void add(const QString &text, QKeySequence::StandardKey keys);
     void remember(QWidget *focus);
     bool press(QEvent::Type type, const QAction &entry) const;
     bool wouldAct(QKeySequence::StandardKey keys) const;
+    bool isForTarget(const QAction &entry) const;
+    bool isElsewhere(const QAction &entry) const;
     void refresh();
 
     QMenu *m_menu;
+    UndoElsewhere m_elsewhere;
     QPointer<QWidget> m_target; ///< the focused widget before the menu opened
 };
 
-EditMenu::EditMenu(QMenu *menu) : QObject(menu), m_menu(menu)
+EditMenu::EditMenu(QMenu *menu, UndoElsewhere elsewhere)
+    : QObject(menu), m_menu(menu), m_elsewhere(std::move(elsewhere))
 {
     add(u"Undo"_s, QKeySequence::Undo);
+    // Only for a focused widget that leaves the keys alone.
+    auto *keys = new QShortcut(QKeySequence::Undo, menu->parentWidget()->window());
+    connect(keys, &QShortcut::activated, this, [this] {
+        if (m_elsewhere.isOffered())
+            m_elsewhere.run();
+    });
     add(u"Redo"_s, QKeySequence::Redo);
     menu->addSeparator();
     add(u"Cut"_s, QKeySequence::Cut);
@@ -52,6 +65,10 @@ void EditMenu::add(const QString &text, QKeySequence::StandardKey keys)
     entry->setShortcutContext(Qt::WidgetShortcut); // the field handles the keys; the menu only shows them
     entry->setMenuRole(QAction::NoRole);
     connect(entry, &QAction::triggered, this, [this, entry] {
+        if (isElsewhere(*entry)) {
+            m_elsewhere.run();
+            return;
+        }
         press(QEvent::KeyPress, *entry);
         press(QEvent::KeyRelease, *entry);
     });
@@ -105,15 +122,24 @@ bool EditMenu::wouldAct(QKeySequence::StandardKey keys) const
 void EditMenu::refresh()
 {
     for (QAction *entry : m_menu->actions())
-        entry->setEnabled(entry->isSeparator() || (press(QEvent::ShortcutOverride, *entry) &&
-                                                   wouldAct(QKeySequence::StandardKey(entry->data().toInt()))));
+        entry->setEnabled(entry->isSeparator() || isForTarget(*entry) || isElsewhere(*entry));
+}
+
+bool EditMenu::isForTarget(const QAction &entry) const
+{
+    return press(QEvent::ShortcutOverride, entry) && wouldAct(QKeySequence::StandardKey(entry.data().toInt()));
+}
+
+bool EditMenu::isElsewhere(const QAction &entry) const
+{
+    return entry.data().toInt() == QKeySequence::Undo && m_elsewhere.isOffered() && !isForTarget(entry);
 }
 
 } // namespace
 
-void addEditMenu(QMenuBar *bar)
+void addEditMenu(QMenuBar *bar, UndoElsewhere elsewhere)
 {
-    new EditMenu(bar->addMenu(u"&Edit"_s)); // the menu owns it
+    new EditMenu(bar->addMenu(u"&Edit"_s), std::move(elsewhere)); // the menu owns it
 }
 
 } // namespace parcelory

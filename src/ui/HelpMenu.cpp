@@ -48,6 +48,8 @@ void addHelpMenu(MainWindow &window)
     add(u"Keyboard Shortcuts"_s, QAction::NoRole,
         [&window] { makeShortcutOverview(window.app().platform.clock, *window.menuBar(), &window)->open(); });
     menu->actions().last()->setShortcut(QKeySequence::HelpContents);
+    add(u"Save Support Bundle…"_s, QAction::NoRole,
+        [&window] { spawn([&support = window.screens().support] { return support.save(); }); });
     add(u"Check for Updates…"_s, QAction::ApplicationSpecificRole,
         [&window] { spawn([&updates = window.screens().updates] { return updates.checkNow(); }); });
     add(u"About Parcelory"_s, QAction::AboutRole, [&window] {

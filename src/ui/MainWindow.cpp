@@ -84,7 +84,7 @@ QWidget *MainWindow::makeMain()
     rows->addWidget(m_stripe);
     rows->addWidget(new HeaderBar(m_app, m_screens));
     rows->addWidget(m_tabs, 1);
-    auto *strip = new StatusStrip(m_app, m_screens.keys, m_screens.addressBook);
+    auto *strip = new StatusStrip(m_app, m_screens);
     rows->addWidget(strip);
     connect(strip, &StatusStrip::keysRequested, this, [this] {
         m_app.tab = MainTab::settings;

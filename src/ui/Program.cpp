@@ -36,7 +36,7 @@ Program::Program(Platform &platform, WindowPrompts &prompts, const QString &sign
 
 void Program::start()
 {
-    m_screens.takeSavedDraft();
+    spawn([&draft = m_screens.draft] { return draft.takeStored(); });
     spawn([&keys = m_screens.keys] { return keys.refresh(); });
     spawn([&book = m_screens.addressBook] { return book.reload(); });
     spawn([&log = m_screens.mailingLog] { return log.tellTrouble(); });

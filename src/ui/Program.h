@@ -18,7 +18,7 @@ public:
     /// Installs the application's theme, light or dark like the system.
     static void makeLook();
 
-    /// Starts what the program does by itself: takes over the draft of a restart, reads the keys and the address book,
+    /// Starts what the program does by itself: brings the last draft back, reads the keys and the address book,
     /// tells of a damaged mailing log, deletes leftover temporary files, looks for the label printer at the first
     /// start, resumes unresolved purchases and looks for an update. Call once, when the window is shown.
     void start();

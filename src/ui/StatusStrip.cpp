@@ -1,9 +1,8 @@
 #include "ui/StatusStrip.h"
 #include "app/AppState.h"
-#include "app/addressbook/AddressBook.h"
+#include "app/Screens.h"
 #include "app/settings/KeysScreen.h"
 #include "core/StatusKind.h"
-#include "core/Task.h"
 #include "ui/parts/Accessibility.h"
 #include "ui/parts/Badge.h"
 #include "ui/parts/Button.h"
@@ -19,8 +18,8 @@
 namespace parcelory {
 using namespace Qt::StringLiterals;
 
-StatusStrip::StatusStrip(AppState &app, KeysScreen &keys, AddressBook &book, QWidget *parent)
-    : PanelFrame(&Tokens::window, parent), m_app(app), m_keys(keys), m_book(book),
+StatusStrip::StatusStrip(AppState &app, Screens &screens, QWidget *parent)
+    : PanelFrame(&Tokens::window, parent), m_app(app), m_screens(screens), m_keys(screens.keys),
       m_lastTitle(new TextLabel(u"Last Shipment:"_s, FontRole::caption, &Tokens::muted)),
       m_last(new ElidedLabel({}, FontRole::caption)), m_scan(new ElidedLabel({}, FontRole::caption, &Tokens::muted)),
       m_change(new ElidedLabel({}, FontRole::caption)), m_cancelScan(new Button(u"Cancel"_s, Button::Kind::link)),
@@ -53,9 +52,8 @@ StatusStrip::StatusStrip(AppState &app, KeysScreen &keys, AddressBook &book, QWi
     m_cancelScan->setAccessibleName(u"Stop reading the invoice"_s);
     m_cancelScan->setFocusPolicy(Qt::TabFocus); // a click leaves the focus where the clerk types
     connect(m_cancelScan, &QPushButton::clicked, &app, &AppState::cancelInvoiceScan);
-    m_undo->setAccessibleName(u"Undo the change in the address book"_s);
-    connect(m_undo, &QPushButton::clicked, this, [&book] { spawn([&book] { return book.undo(); }); });
-    m_refresh.follow(app, keys, book);
+    connect(m_undo, &QPushButton::clicked, this, [&screens] { screens.undoChange(); });
+    m_refresh.follow(screens);
     refresh();
 }
 
@@ -100,10 +98,12 @@ void StatusStrip::refreshPrinter()
     }
 }
 
-/// A label's recipient has changed an entry of the address book: the sidebar, which says so, too, may be hidden.
+/// The place that shows the change itself may be hidden.
 void StatusStrip::refreshChange()
 {
-    const QString change = m_book.changeText();
+    const bool isBook = m_app.lastChange.text.value().isEmpty();
+    const QString change = m_screens.changeText();
+    m_undo->setAccessibleName(isBook ? u"Undo the change in the address book"_s : u"Undo the last change"_s);
     const bool news = change != m_change->fullText();
     m_change->setFullText(change);
     m_change->setVisible(!change.isEmpty());

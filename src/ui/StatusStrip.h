@@ -1,8 +1,6 @@
 #pragma once
 
-#include "app/AppState.h"
-#include "app/addressbook/AddressBook.h"
-#include "app/settings/KeysScreen.h"
+#include "app/Screens.h"
 #include "ui/parts/Badge.h"
 #include "ui/parts/Button.h"
 #include "ui/parts/IconView.h"
@@ -12,12 +10,12 @@
 
 namespace parcelory {
 
-/// The line at the bottom of the window: the last label or the printer's problem, the last scan, an address book entry
-/// that a label has changed, and the active API key. Reading an invoice can be canceled here, on every tab.
+/// The line at the bottom of the window: the last label or the printer's problem, the last scan, the last change that
+/// can be taken back, and the active API key. Reading an invoice can be canceled here, on every tab.
 class StatusStrip : public PanelFrame {
     Q_OBJECT
 public:
-    StatusStrip(AppState &app, KeysScreen &keys, AddressBook &book, QWidget *parent = nullptr);
+    StatusStrip(AppState &app, Screens &screens, QWidget *parent = nullptr);
 
 signals:
     /// The clerk clicked the message that no key is active.
@@ -32,8 +30,8 @@ private:
     void refreshChange();
 
     AppState &m_app;
+    Screens &m_screens;
     KeysScreen &m_keys;
-    AddressBook &m_book;
     TextLabel *m_lastTitle;
     ElidedLabel *m_last, *m_scan, *m_change;
     Button *m_cancelScan, *m_undo;

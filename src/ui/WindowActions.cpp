@@ -110,7 +110,8 @@ void Menus::fill()
 {
     if (!isMac) // its two entries are in the application's menu there, which would leave an empty menu
         addProgram(m_window.menuBar()->addMenu(u"&File"_s));
-    addEditMenu(m_window.menuBar());
+    addEditMenu(m_window.menuBar(), {.isOffered = [this] { return m_window.screens().canUndo(); },
+                                     .run = [this] { m_window.screens().undo(); }});
     addLabel();
     addLog();
     addView();

@@ -6,7 +6,10 @@
 #include "records/SenderProfile.h"
 #include "records/SenderStore.h"
 #include "support/FakePlatform.h"
+#include "support/RunTask.h"
 #include "support/Test.h"
+
+#include <functional>
 
 namespace parcelory::test {
 namespace {
@@ -194,28 +197,120 @@ TEST(BoxProfile, ShowsItsDimensions)
     EXPECT_EQ((BoxProfile{.name = u"S-4344"_s}).dimsDisplay(), u"no dims"_s);
 }
 
-TEST(DraftStore, KeepsTheDraftForTheNextStart)
+TEST(DraftStore, KeepsTheDraftOfOneProgramForTheNextStart)
 {
     const QString name = u"label_draft.json"_s;
+    const QDateTime now = QDateTime::fromSecsSinceEpoch(1795000000);
     StoreDesk desk;
     const SavedDraft draft{
         .recipient = {.name = u"Ann"_s}, .senderID = QUuid::createUuid(), .box = {}, .weightLb = u"1 ½"_s};
-    DraftStore first(desk.platform.dataFolder);
-    EXPECT_FALSE(first.saved());
-    first.save({});
-    first.save(draft);
-    first.flush();
-    DraftStore second(desk.platform.dataFolder);
-    EXPECT_EQ(second.saved(), draft);
-    second.clear();
-    second.flush();
-    EXPECT_FALSE(first.saved());
+    {
+        DraftStore first(desk.platform.dataFolder), second(desk.platform.dataFolder);
+        EXPECT_FALSE(first.read());
+        first.save({}, now, u"1"_s);
+        first.save(draft, now, u"1"_s);
+        first.flush();
+        EXPECT_FALSE(second.read()) << "the first program still runs";
+        second.clear();
+        second.flush();
+        EXPECT_THAT(desk.contents(name), HasSubstr("Ann"));
+    }
+    DraftStore later(desk.platform.dataFolder);
+    ASSERT_TRUE(later.read());
+    EXPECT_EQ(later.stored()->draft, draft);
+    EXPECT_EQ(later.stored()->storedAt, now);
+    later.clear();
+    later.flush();
+    EXPECT_FALSE(later.read());
     put(desk.path(name), "torn");
-    EXPECT_FALSE(first.saved());
-    first.save(draft);
-    first.flush();
+    EXPECT_FALSE(later.read());
+    later.save(draft, now, u"1"_s);
+    later.flush();
     EXPECT_EQ(desk.setAside(name), QList<QByteArray>{"torn"});
-    EXPECT_EQ(second.saved(), draft);
+    EXPECT_EQ(later.read()->draft, draft);
+}
+
+TEST(TwoPrograms, KeepEachOthersBoxes)
+{
+    struct Row {
+        const char *name;
+        std::function<void(BoxStore &)> here, there;
+        QStringList both, told;
+    };
+    const auto rename = [](const QString &name) {
+        return [name](BoxStore &store) {
+            QList<BoxProfile> all = store.profiles;
+            all[0].name = name;
+            store.profiles = all;
+        };
+    };
+    const auto add = [](const QString &name) {
+        return [name](BoxStore &store) { store.profiles = store.profiles.value() + QList{BoxProfile{.name = name}}; };
+    };
+    const auto removeFirst = [](BoxStore &store) { store.remove(store.profiles.value().first().id); };
+    const Row rows[] = {
+        {"both add", add(u"Here"_s), add(u"There"_s), {u"A"_s, u"B"_s, u"There"_s, u"Here"_s}, {}},
+        {"removed there", add(u"Here"_s), removeFirst, {u"B"_s, u"Here"_s}, {}},
+        {"removed here", removeFirst, add(u"There"_s), {u"B"_s, u"There"_s}, {}},
+        {"changed there", add(u"Here"_s), rename(u"There"_s), {u"There"_s, u"B"_s, u"Here"_s}, {}},
+        {"changed alike", rename(u"New"_s), rename(u"New"_s), {u"New"_s, u"B"_s}, {}},
+        {"changed twice", rename(u"Here"_s), rename(u"There"_s), {u"Here"_s, u"B"_s}, {u"Here"_s}},
+        {"removed here, changed there", removeFirst, rename(u"There"_s), {u"B"_s}, {u"There"_s}},
+        {"changed here, removed there", rename(u"Here"_s), removeFirst, {u"B"_s, u"Here"_s}, {u"Here"_s}},
+    };
+    for (const Row &row : rows) {
+        SCOPED_TRACE(row.name);
+        FakePlatform desk;
+        BoxStore first(desk.platform);
+        first.profiles = QList{BoxProfile{.name = u"A"_s}, BoxProfile{.name = u"B"_s}};
+        first.flush();
+        BoxStore second(desk.platform);
+        QStringList told;
+        QObject::connect(&first, &BoxStore::overridden, &first, [&told](const QStringList &names) { told += names; });
+        row.there(second);
+        second.flush();
+        row.here(first);
+        first.flush();
+        settle();
+        first.flush();
+        const auto names = [](const BoxStore &store) {
+            QStringList all;
+            for (const BoxProfile &box : store.profiles.value())
+                all += box.name;
+            return all;
+        };
+        EXPECT_EQ(names(first), row.both);
+        EXPECT_EQ(names(BoxStore(desk.platform)), row.both);
+        EXPECT_EQ(told, row.told);
+    }
+}
+
+TEST(TwoPrograms, KeepEachOthersReturnAddresses)
+{
+    StoreDesk desk;
+    SenderStore first(desk.platform);
+    first.flush();
+    SenderStore second(desk.platform);
+    const SenderProfile there = second.add();
+    second.defaultID = there.id;
+    second.flush();
+    first.add();
+    const SenderProfile last = first.add(); // before it knows of the other program's profile
+    first.flush();
+    settle();
+    first.flush();
+    EXPECT_EQ(first.profiles.value().size(), 4);
+    EXPECT_EQ(first.defaultID.value(), there.id);
+    const SenderStore again(desk.platform);
+    EXPECT_EQ(again.profiles.value(), first.profiles.value());
+    EXPECT_EQ(again.defaultID.value(), there.id);
+    EXPECT_TRUE(again.find(last.id));
+
+    put(desk.path(sendersName), "torn");
+    first.add();
+    first.flush();
+    EXPECT_EQ(desk.setAside(sendersName), QList<QByteArray>{"torn"});
+    EXPECT_EQ(SenderStore(desk.platform).profiles.value().size(), 5);
 }
 
 } // namespace parcelory::test

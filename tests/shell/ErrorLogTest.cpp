@@ -221,4 +221,22 @@ TEST_F(ErrorLogTest, RecordsFromAnyThreadAndShowsOnTheMainThread)
     EXPECT_EQ(parseJson(saved()).size(), size_t(threads * each));
 }
 
+TEST_F(ErrorLogTest, KeepsTheEntriesOfAnotherProgram)
+{
+    record(u"Before"_s, lost);
+    log->flush();
+    {
+        ErrorLog other(world.platform);
+        other.record(u"There"_s, lost, Popup::no);
+        settle();
+    }
+    world.clock.advance(1s);
+    record(u"Here"_s, lost);
+    log->flush();
+    settle();
+    ASSERT_EQ(log->entries().size(), 3);
+    EXPECT_EQ(log->entries().first().context, u"Here"_s);
+    EXPECT_EQ(parseJson(saved()).size(), 3u);
+}
+
 } // namespace parcelory::test

@@ -33,6 +33,21 @@ TEST(EditMenu, ActsOnTheFocusedWidget)
     EXPECT_FALSE(choose(u"Paste"_s));
     EXPECT_EQ(name->text(), u"BendBend"_s);
 
+    int undone = 0;
+    const auto change = [&] { desk.app().lastChange.note(u"“Carton” is deleted."_s, [&undone] { ++undone; }); };
+    EXPECT_FALSE(choose(u"Undo"_s));
+    change();
+    EXPECT_TRUE(choose(u"Undo"_s));
+    EXPECT_EQ(undone, 1) << "the focused button has nothing to undo";
+    change();
+    desk.button(u"Clear Form"_s)->setFocus();
+    desk.press(Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_EQ(undone, 2);
+    change();
+    desk.settleAll();
+    desk.click(desk.named<Button>(u"Undo the last change"_s));
+    EXPECT_EQ(undone, 3);
+
     AddressBook &book = desk.program->screens().addressBook;
     for (const QString &who : {u"Ida Penn"_s, u"Odell"_s})
         runTask(book.save({.name = who}), &desk.clock);

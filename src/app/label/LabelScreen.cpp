@@ -35,6 +35,7 @@ LabelScreen::LabelScreen(AppState &app)
                      [this](const ResolvedPurchase &purchase) { takeResolved(purchase); });
     QObject::connect(&purchases, &Purchases::resolvedPrinted, &m_lifetime,
                      [this](const QString &printed) { banner = Banner{printed}; });
+    QObject::connect(&app, &AppState::fillBegins, &m_lifetime, [this] { m_beforeFill = saved(); });
     QObject::connect(&app, &AppState::scanFailed, &m_lifetime, [this](const QString &text, bool isSessionOver) {
         banner = Banner{text, false, isSessionOver ? Banner::Offer::signInAgain : Banner::Offer::none};
         m_bannerAboutDraft = false;
@@ -95,6 +96,7 @@ void LabelScreen::takeFilledDraft()
     forgetValidation();
     showIntlPaperwork = false;
     banner = std::nullopt;
+    noteFill();
 }
 
 void LabelScreen::forgetValidation()
@@ -107,6 +109,7 @@ void LabelScreen::clearDraft()
 {
     const bool wasClear = isClear();
     m_cleared = saved();
+    m_app.lastChange.forget(m_fillChange);
     banner = std::nullopt;
     forgetValidation();
     m_app.draftTo = ShippoAddress{};

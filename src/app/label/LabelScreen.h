@@ -88,6 +88,8 @@ public:
     bool awaitsChoice() const { return m_app.awaitsChoice; }
     /// True if the window closes when the purchase in progress is done.
     bool isClosing() const { return m_app.closing; }
+    /// True while a label for this recipient is being bought.
+    bool isBuyingFor(const ShippoAddress &to) const { return buying && isSameRecipient(to, m_buyingFor); }
     /// True while it is unknown whether this recipient's last label was bought; buying is disabled until then.
     bool isBuyClosed() const;
 
@@ -111,7 +113,8 @@ public:
     void askForMissing();
     /// Fills in the recipient from an address that the clerk has pasted as one text.
     void takePastedAddress(const ShippoAddress &pasted);
-    /// Takes back that the form was cleared, or an address was pasted; false if that is no longer what the form shows.
+    /// Takes back that the form was cleared, or an address was pasted or filled in; false if that is no longer what the
+    /// form shows.
     bool undo();
     bool canUndo() const;
     /// Does what the message line offers.
@@ -136,6 +139,11 @@ private:
     void recipientEdited();
     void invalidateIntlRates();
     void takeFilledDraft();
+    void noteFill();
+    bool isPasteShown() const;
+    bool isClearShown() const;
+    bool isFillShown() const;
+    void forgetSoldUndo(const ShippoAddress &sold);
     void forgetValidation();
     void clearRates();
     void selectRateOfClass();
@@ -176,8 +184,12 @@ private:
     quint64 m_buyTimer = 0;                       ///< runs while the Buy button has just changed and takes no press
     bool m_purchaseComplete = false;
     bool m_bannerAboutDraft = false; ///< the next edit clears the banner
+    ShippoAddress m_buyingFor;       ///< the recipient of the last press of Buy
     ShippoAddress m_beforePaste, m_pasted;
-    SavedDraft m_cleared; ///< the draft before it was cleared
+    SavedDraft m_cleared;    ///< the draft before it was cleared
+    SavedDraft m_beforeFill; ///< the draft before the last fill
+    ShippoAddress m_filled;  ///< the recipient of the last fill
+    int m_fillChange = 0;    ///< the last fill's number in AppState::lastChange
     ShippoAddress m_lastRecipient;
     std::vector<QPropertyNotifier> m_notifiers;
     QObject m_lifetime; ///< lets a background lookup detect that the screen is gone

@@ -51,6 +51,8 @@ QString messageOf(const LabelResult &label, const QDateTime &now)
 /// Clears what is still on the screen of a parcel that turned out to be sold, so that it is not sold again.
 void LabelScreen::takeResolved(const ResolvedPurchase &resolved)
 {
+    if (resolved.isBought)
+        forgetSoldUndo(resolved.recipient);
     if (!m_unresolved.contains(resolved.id))
         return; // a purchase of an earlier run: nothing of it is on the screen
     const PreparedPurchase purchase = m_unresolved.take(resolved.id);
@@ -128,6 +130,8 @@ Task<> LabelScreen::buyAndPrint()
     const std::optional<ShippoRate> rate = selectedRate();
     if (busy || !rate || isBuyClosed() || m_buyTimer != 0)
         co_return;
+    m_app.lastChange.forget(m_fillChange);
+    m_buyingFor = m_app.draftTo;
     busy = true; // in the same event as the press: a second press finds it set
     buying = true;
     m_purchaseComplete = false;

@@ -3,9 +3,11 @@
 #include "app/label/LabelScreen.h"
 #include "carrier/ShippoError.h"
 #include "carrier/ShippoRecords.h"
+#include "compose/SecondLabel.h"
 #include "core/AppError.h"
 #include "core/ShippoAddress.h"
 #include "core/Task.h"
+#include "core/Text.h"
 #include "core/ports/Prompts.h"
 #include "shell/ErrorLog.h"
 
@@ -106,8 +108,11 @@ Task<> LabelScreen::applyValidation(ShippoAddress typed, ShippoValidatedAddress 
             co_return;
         }
     }
-    if (adopt)
-        m_app.draftTo = AddressReview::adopted(typed, answer);
+    if (adopt) {
+        const ShippoAddress adopted = AddressReview::adopted(typed, answer);
+        m_filled = m_filled == typed ? adopted : m_filled; // the same recipient
+        m_app.draftTo = adopted;
+    }
     validationStatus = adopt ? u"Valid ✓ (USPS version)"_s : u"Valid ✓ (kept as typed)"_s;
     validationOK = true;
 }
@@ -139,24 +144,66 @@ void LabelScreen::takePastedAddress(const ShippoAddress &pasted)
     m_bannerAboutDraft = true;
 }
 
+bool LabelScreen::isPasteShown() const
+{
+    return !m_pasted.isEmpty() && m_app.draftTo.value() == m_pasted;
+}
+
+bool LabelScreen::isClearShown() const
+{
+    return banner.value().value_or(Banner{}).offer == Banner::Offer::undoClear;
+}
+
+bool LabelScreen::isFillShown() const
+{
+    return m_app.lastChange.isOffered(m_fillChange) && m_app.draftTo.value() == m_filled;
+}
+
 bool LabelScreen::canUndo() const
 {
-    const bool isPasted = !m_pasted.isEmpty() && m_app.draftTo.value() == m_pasted;
-    return isPasted || banner.value().value_or(Banner{}).offer == Banner::Offer::undoClear;
+    return isPasteShown() || isClearShown() || isFillShown();
 }
 
 bool LabelScreen::undo()
 {
-    if (!canUndo())
-        return false;
-    const bool isCleared = banner.value().value_or(Banner{}).offer == Banner::Offer::undoClear;
-    banner = std::nullopt;
-    m_pasted = {};
-    if (isCleared)
+    if (isClearShown()) {
+        banner = std::nullopt;
         restore(m_cleared);
-    else
+    } else if (isPasteShown()) {
+        banner = std::nullopt;
+        m_pasted = {};
         m_app.draftTo = m_beforePaste;
+    } else if (isFillShown()) {
+        m_app.lastChange.undo();
+    } else {
+        return false;
+    }
     return true;
+}
+
+/// Offers to take back that another recipient replaced a draft, unless that draft's label is being bought.
+void LabelScreen::noteFill()
+{
+    const ShippoAddress &before = m_beforeFill.recipient;
+    m_app.lastChange.forget(m_fillChange);
+    m_filled = m_app.draftTo;
+    if (before.isEmpty() || m_beforeFill == saved() || isBuyingFor(before) || purchases.unresolvedFor(before))
+        return;
+    const QString who = joinPresent({before.name, trimBlanks(before.city + u' ' + before.state)}, u", "_s);
+    m_fillChange = m_app.lastChange.note(u"The form was filled in anew. Before: "_s + who, [this] {
+        banner = std::nullopt;
+        restore(m_beforeFill);
+        m_app.tab = MainTab::newLabel;
+    });
+}
+
+/// A draft that has its label must not come back by Undo.
+void LabelScreen::forgetSoldUndo(const ShippoAddress &sold)
+{
+    if (isSameRecipient(sold, m_beforeFill.recipient))
+        m_app.lastChange.forget(m_fillChange);
+    if (isClearShown() && isSameRecipient(sold, m_cleared.recipient))
+        banner = std::nullopt;
 }
 
 void LabelScreen::takeOffer()

@@ -10,12 +10,14 @@
 #include "carrier/PurchaseTag.h"
 #include "carrier/ShippoError.h"
 #include "carrier/ShippoRecords.h"
+#include "compose/SecondLabel.h"
 #include "compose/Services.h"
 #include "core/AppError.h"
 #include "core/ErrorDetail.h"
 #include "core/Task.h"
 #include "core/Text.h"
 #include "devices/Zpl.h"
+#include "records/DraftStore.h"
 #include "records/PurchaseJournal.h"
 #include "records/ShipmentRecord.h"
 #include "records/ShipmentStatus.h"
@@ -54,6 +56,17 @@ bool isUsable(const ShippoTransaction &sale)
            refund != RefundState::granted;
 }
 
+/// A draft that has its label must not come back at a later start. Waits for the disk; call before the purchase is
+/// closed in the journal, which keeps a draft away, too.
+void dropDraftOf(AppState &app, const OpenPurchase &purchase)
+{
+    const std::optional<StoredDraft> stored = app.drafts.stored();
+    if (!stored || !(purchase.isUnreadable || isSameRecipient(stored->draft.recipient, purchase.recipient)))
+        return;
+    app.drafts.clear();
+    app.drafts.flush();
+}
+
 /// What the tag of the purchase tells, for a purchase whose entry in the journal could not be read.
 void applyTag(ShipmentRecord &record, const ShippoTransaction &transaction)
 {
@@ -86,6 +99,14 @@ Task<> PurchaseFlow::save(OpenPurchase purchase)
 Task<> PurchaseFlow::close(qint64 id)
 {
     co_await onPool(m_app.journal, &PurchaseJournal::close, id);
+}
+
+Task<> PurchaseFlow::closeAsSold(OpenPurchase purchase)
+{
+    co_await onPool([&app = m_app, purchase] {
+        dropDraftOf(app, purchase);
+        app.journal.close(purchase.id);
+    });
 }
 
 Task<SaleResult> PurchaseFlow::request(OpenPurchase purchase, QString tag)
@@ -330,8 +351,10 @@ Task<bool> PurchaseFlow::log(OpenPurchase purchase, LabelVerdict verdict)
     const Outcome outcome = co_await onPool([&app = m_app, purchase, verdict] {
         const ShipmentRecord &record = purchase.record;
         const bool stored = app.log.insertOnce(record);
-        if (stored)
+        if (stored) {
+            dropDraftOf(app, purchase);
             app.journal.close(purchase.id);
+        }
         const QString reason = stored ? QString() : app.log.lastError();
         const bool isKept = !stored || verdict.findings.isEmpty() || keepVerdict(app.log, record, verdict);
         return Outcome{stored, reason, isKept ? QString() : app.log.lastError()};

@@ -62,6 +62,8 @@ public:
     Task<qint64> begin(OpenPurchase purchase);
     Task<> save(OpenPurchase purchase);
     Task<> close(qint64 id);
+    /// The same for a purchase whose label may be bought, although it is not in the mailing log.
+    Task<> closeAsSold(OpenPurchase purchase);
     /// Asks the carrier to sell the label. A refused purchase is closed in the journal.
     Task<SaleResult> request(OpenPurchase purchase, QString tag);
     /// Looks for a purchase of unknown outcome a few times, because its parcel is still on the desk.

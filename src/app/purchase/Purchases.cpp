@@ -114,7 +114,7 @@ Task<> Purchases::giveUp(OpenPurchase purchase)
                             PurchaseTexts::title(purchase.record),
                             purchase.askedAt.toLocalTime().toString(u"MMM d, yyyy"_s), purchase.rateId)),
                         Popup::no);
-    co_await m_flow.close(purchase.id);
+    co_await m_flow.closeAsSold(purchase);
     replaceUnresolved(purchase.id, std::nullopt);
 }
 
@@ -143,8 +143,13 @@ Task<> Purchases::resolveByHand(qint64 id, ByHand outcome)
                                             : u"Resolved by hand, not bought: %1, rate %2."_s)
                                      .arg(PurchaseTexts::title(purchase.record), purchase.rateId)),
                         Popup::no);
-    co_await m_flow.close(id);
+    if (haveLabel)
+        co_await m_flow.closeAsSold(purchase);
+    else
+        co_await m_flow.close(id);
     replaceUnresolved(id, std::nullopt);
+    emit purchaseResolved(
+        {.id = id, .recipient = purchase.recipient, .record = purchase.record, .isBought = haveLabel});
 }
 
 Task<> Purchases::checkAgain()

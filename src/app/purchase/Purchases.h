@@ -79,6 +79,7 @@ public:
     PurchaseFlow &flow() { return m_flow; }
 
 signals:
+    /// Its outcome was found, or the clerk has told it.
     void purchaseResolved(const ResolvedPurchase &purchase);
     /// The label of a purchase that was resolved later has come out; `printed` is the printer's message.
     void resolvedPrinted(const QString &printed);

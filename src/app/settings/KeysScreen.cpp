@@ -96,6 +96,7 @@ Task<> KeysScreen::add(QString name, QString token)
         message = ShippoKeys::tooLong;
         co_return;
     }
+    removedName = QString();
     co_await change(
         [name, token](ShippoKeys &keys) { return keys.store(token, name) ? QString() : ShippoKeys::notKept; });
 }
@@ -128,6 +129,12 @@ Task<> KeysScreen::remove(QString name)
     co_await change([name](ShippoKeys &keys) {
         keys.remove(name);
         return QString();
+    });
+    // The token is erased, as the clerk was told: nothing keeps it for Undo.
+    removedName = QString();
+    m_app.lastChange.note(u"The key “%1” is removed. Undo asks for its token."_s.arg(name), [this, name] {
+        removedName = name;
+        m_app.tab = MainTab::settings;
     });
 }
 

@@ -34,7 +34,8 @@ public:
     Observed<QString> statusText{this};               ///< the status strip's line
     Observed<QString> settingsText{this};             ///< the line above the list of keys
     Observed<QList<KeyRow>> keys{this};
-    Observed<QString> message{this}; ///< why a key was rejected; otherwise empty
+    Observed<QString> message{this};     ///< why a key was rejected; otherwise empty
+    Observed<QString> removedName{this}; ///< of the removed key that the clerk wants back: only its token is missing
 
     /// Reads the active key and the list again.
     Task<> refresh();

@@ -194,8 +194,20 @@ Task<> SettingsScreen::removeProfile(QUuid id)
     const bool sure = co_await confirmed(u"Delete %1?"_s.arg(quoted(profile->name, u"this profile"_s)),
                                          u"The return address is forgotten. Labels already bought keep it."_s,
                                          u"Keep Profile"_s, u"Delete Profile"_s);
-    if (sure)
-        m_app.senders.remove(id);
+    if (!sure)
+        co_return;
+    const QList<SenderProfile> &all = m_app.senders.profiles.value();
+    const auto place = std::ranges::find(all, id, &SenderProfile::id) - all.begin();
+    const std::optional<SenderProfile> removed = m_app.senders.find(id); // the clerk may have taken time to answer
+    const std::optional<QUuid> chosen = m_app.senders.defaultID;
+    m_app.senders.remove(id);
+    if (removed && !m_app.senders.find(id))
+        m_app.lastChange.note(u"%1 is deleted."_s.arg(quoted(removed->name, u"The profile"_s)),
+                              [&senders = m_app.senders, place, removed, chosen] {
+                                  senders.insert(place, *removed);
+                                  if (chosen == removed->id)
+                                      senders.defaultID = chosen;
+                              });
 }
 
 Task<> SettingsScreen::removeBox(QUuid id)
@@ -206,8 +218,15 @@ Task<> SettingsScreen::removeBox(QUuid id)
     const bool sure =
         co_await confirmed(u"Delete %1?"_s.arg(quoted(box->name, u"this box"_s)),
                            u"It is no longer offered in the Mailpiece menu."_s, u"Keep Box"_s, u"Delete Box"_s);
-    if (sure)
-        m_app.boxes.remove(id);
+    if (!sure)
+        co_return;
+    const QList<BoxProfile> &all = m_app.boxes.profiles.value();
+    const auto place = std::ranges::find(all, id, &BoxProfile::id) - all.begin();
+    const std::optional<BoxProfile> removed = m_app.boxes.find(id); // the clerk may have taken time to answer
+    m_app.boxes.remove(id);
+    if (removed)
+        m_app.lastChange.note(u"%1 is deleted."_s.arg(quoted(removed->name, u"The box"_s)),
+                              [&boxes = m_app.boxes, place, removed] { boxes.insert(place, *removed); });
 }
 
 } // namespace parcelory

@@ -19,6 +19,8 @@
 #include <QPointer>
 #include <QRadioButton>
 
+#include <utility>
+
 namespace parcelory {
 using namespace Qt::StringLiterals;
 
@@ -159,6 +161,7 @@ void ApiKeysPage::refresh()
 {
     refreshStatus();
     refreshEntry();
+    offerRemoved();
     QStringList names;
     for (const KeyRow &key : m_keys.keys.value())
         names.append(key.name);
@@ -192,6 +195,17 @@ void ApiKeysPage::refreshEntry()
     m_add->setEnabled(filled && !m_adding);
     m_refusal->setText(m_keys.message);
     m_note->setText(storageNote(m_keys.mode == PostageMode::practice));
+}
+
+/// Undo of a removed key: the clerk enters its token again.
+void ApiKeysPage::offerRemoved()
+{
+    const QString name = m_keys.removedName, former = std::exchange(m_offered, name);
+    if (name == former || m_adding || m_name->text() != former) // the clerk has typed another name
+        return;
+    m_name->setText(name);
+    if (!name.isEmpty())
+        m_token->setFocus();
 }
 
 void ApiKeysPage::add()

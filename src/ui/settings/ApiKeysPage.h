@@ -30,6 +30,7 @@ private:
     void refresh();
     void refreshStatus();
     void refreshEntry();
+    void offerRemoved();
     void add();
     void finishAdding();
 
@@ -43,6 +44,7 @@ private:
     Notice *m_refusal;
     TextLabel *m_note;
     bool m_adding = false;
+    QString m_offered; ///< the name that was last filled in for Undo
     QButtonGroup m_choice;
     RowList<QString, KeyRowView> m_rows;
     RefreshScheduler m_refresh;

@@ -1,5 +1,6 @@
 // The program is killed at every step of a purchase; after the next start, every label is logged exactly once.
 
+#include "app/label/DraftKeeper.h"
 #include "support/AppTest.h"
 
 #include <QProcess>
@@ -15,6 +16,7 @@ namespace {
 struct Survivor : LabelDesk {
     QProcess victim;
     QStringList sold;
+    std::optional<DraftKeeper> keeper;
 
     void startVictim(int step)
     {
@@ -29,6 +31,8 @@ struct Survivor : LabelDesk {
         screenOwner.reset();
         app = std::make_unique<AppState>(platform);
         screenOwner = std::make_unique<LabelScreen>(*app);
+        keeper.emplace(*app, screen());
+        run(keeper->takeStored());
         run(purchases().resume());
         const qsizetype shown = purchases().unresolved.value().size() + app->log.records().size();
         clock.advance(61s);
@@ -59,6 +63,7 @@ bool dieAndStartAgain(int step, const CarrierScenario &scenario)
     EXPECT_LE(rows.size(), 1);
     EXPECT_GE(shown, rows.size());
     EXPECT_TRUE(wasKilled || rows.size() == 1);
+    EXPECT_EQ(desk.screen().recipient().isEmpty(), !rows.isEmpty()) << "only a draft without a label comes back";
     for (const ShipmentRecord &row : rows) {
         EXPECT_TRUE(desk.sold.contains(row.transactionID));
         EXPECT_TRUE(*desk.app->log.zpl(row.id)) << "its label can be printed";

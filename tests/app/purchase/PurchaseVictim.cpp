@@ -2,6 +2,7 @@
 // after Buy (sending a request, receiving a response, running a tool, committing to a database). It exits normally if
 // the purchase has fewer steps. At step 0, it resolves what the last run left and buys labels until somebody kills it.
 
+#include "app/label/DraftKeeper.h"
 #include "core/ports/HttpTransport.h"
 #include "support/AppTest.h"
 
@@ -70,6 +71,8 @@ int work(const QString &folder, const QString &carrier, int killedAt)
     ErrorLog errors(platform);
     AppState app(platform);
     LabelScreen screen(app);
+    DraftKeeper keeper(app, screen);
+    runTask(keeper.takeStored(), &desk.clock);
     if (killedAt == 0) {
         runTask(screen.purchases.resume(), &desk.clock);
         desk.clock.advance(61s);
@@ -81,6 +84,7 @@ int work(const QString &folder, const QString &carrier, int killedAt)
         screen.weightLb = u"1"_s;
         screen.mailpiece = PresetMailpiece{u"uline-s-5148"_s};
         runTask(screen.fetchRates(true), &desk.clock);
+        runTask(keeper.storeNow());
         stepsLeft = killedAt == 0 ? -1 : killedAt;
         runTask(screen.buyAndPrint(), &desk.clock);
         settle();

@@ -201,9 +201,18 @@ TEST_F(SettingsScreenTest, AsksBeforeItDeletesAndNeverDeletesTheLastProfile)
         EXPECT_TRUE(app.senders.find(first) && app.boxes.find(box));
         prompts.answer = answer;
         runTask(screen.removeProfile(first));
+        app.lastChange.undo();
+        EXPECT_EQ(app.senders.profiles.value().first().id, first);
+        EXPECT_TRUE(screen.isDefaultProfile(first)) << "as before it was deleted";
+        runTask(screen.removeProfile(first));
         runTask(screen.removeBox(box));
     }
-    EXPECT_FALSE(app.senders.find(first) || app.boxes.find(box));
+    app.lastChange.undo();
+    EXPECT_TRUE(app.boxes.find(box));
+    app.lastChange.undo();
+    EXPECT_FALSE(app.senders.find(first)) << "only the last change is taken back";
+    runTask(screen.removeBox(box));
+    EXPECT_FALSE(app.boxes.find(box));
     EXPECT_TRUE(screen.isDefaultProfile(second));
     screen.editProfile(first, [](SenderProfile &) { FAIL() << "a removed profile must not be edited"; });
 }
@@ -280,6 +289,8 @@ TEST_F(KeysScreenTest, AsksBeforeItRemovesAndWarnsIfALiveKeyBecomesActive)
     runTask(screen.remove(u"Test"_s));
     EXPECT_EQ(screen.mode, PostageMode::live);
     runTask(screen.remove(u"Live"_s));
+    app.lastChange.undo();
+    EXPECT_EQ(screen.removedName, u"Live"_s) << "only the name comes back: the token is erased";
     EXPECT_THAT(lastQuestion().toStdString(), HasSubstr("no label can be bought"));
     EXPECT_TRUE(screen.keys.value().isEmpty());
 }
