@@ -80,6 +80,13 @@ Task<> Gallery::drawAbroad()
     static_cast<QDialog *>(QApplication::activeModalWidget())->accept();
     co_await until([this] { return !label().rates.value().isEmpty(); });
     co_await save(u"new-label-international"_s);
+    for (QAbstractButton *more : m_program.window().labelView().findChildren<QAbstractButton *>()) {
+        if (more->accessibleName().endsWith(u"of the shipping rules"_s))
+            more->click();
+    }
+    co_await save(u"new-label-rules"_s);
+    if (QWidget *list = QApplication::activePopupWidget())
+        list->close();
     label().clearDraft();
     label().carrier = Carrier::usps;
 }

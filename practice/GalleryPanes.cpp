@@ -20,10 +20,12 @@
 
 #include <QAbstractButton>
 #include <QApplication>
+#include <QCheckBox>
 #include <QComboBox>
 #include <QDialog>
 #include <QDir>
 #include <QPainter>
+#include <QScrollArea>
 #include <QTemporaryDir>
 
 #include <cstdio>
@@ -162,14 +164,27 @@ Task<> Gallery::drawSettings()
     const std::pair<Page, QString> pages[] = {
         {Page::senders, u"settings-senders"_s},   {Page::boxes, u"settings-custom-boxes"_s},
         {Page::printers, u"settings-printers"_s}, {Page::keys, u"settings-api-keys"_s},
-        {Page::records, u"settings-records"_s},   {Page::contacts, u"settings-contacts"_s},
-        {Page::updates, u"settings-updates"_s}};
+        {Page::rules, u"settings-rules"_s},       {Page::records, u"settings-records"_s},
+        {Page::contacts, u"settings-contacts"_s}, {Page::updates, u"settings-updates"_s}};
     addPracticeProfiles(app());
     for (const auto &[page, name] : pages) {
         m_program.window().settingsView().showPage(page);
         co_await save(name);
     }
     co_await saveDark(u"settings-api-keys"_s);
+    m_program.window().settingsView().showPage(Page::rules);
+    for (QCheckBox *box : m_program.window().settingsView().findChildren<QCheckBox *>()) {
+        if (!box->text().startsWith(u"Require a reference"_s))
+            continue;
+        for (QScrollArea *page : m_program.window().settingsView().findChildren<QScrollArea *>()) {
+            if (page->isAncestorOf(box)) // at the end of the page
+                page->ensureWidgetVisible(box, 0, 100);
+        }
+    }
+    app().rules.setOn(u"fedex-signature"_s, false);
+    co_await save(u"settings-rules-guard"_s);
+    co_await saveDark(u"settings-rules"_s);
+    app().rules.setOn(u"fedex-signature"_s, true);
     SettingsScreen &settings = m_program.screens().settings;
     co_await settings.printTest();
     co_await until([&settings] { return settings.testLabel.sight.value().picture != nullptr; });

@@ -44,8 +44,8 @@ QDir copiesFolder(const Platform &host)
 } // namespace
 
 AppState::AppState(Platform &host)
-    : platform(host), errors(ErrorLog::shared()), sanitizer(host.deployment.storeNames), credentials(host), auth(host),
-      invoices(auth, sanitizer), keys(host.secrets, host.preferences), shippo(host, keys), scale(host.hid),
+    : platform(host), errors(ErrorLog::shared()), sanitizer(host.deployment.storeNames), rules(host), credentials(host),
+      auth(host), invoices(auth, sanitizer), keys(host.secrets, host.preferences), shippo(host, keys), scale(host.hid),
       log(host.dataFolder), labelHistory(log), scanForms(log), journal(host.dataFolder), senders(host), boxes(host),
       drafts(host.dataFolder), addressBook(host.dataFolder),
       copies(host.dataFolder, copiesFolder(host),
@@ -55,7 +55,7 @@ AppState::AppState(Platform &host)
       m_signIn(std::make_unique<SignInFlow>(*this)), m_invoice(std::make_unique<InvoiceFlow>(*this)),
       m_scanForm(std::make_unique<ScanFormFlow>(*this)), m_refundSync(std::make_unique<RefundSync>(*this))
 {
-    buildOn(scale, printWatch, senders, boxes, lastChange);
+    buildOn(rules, scale, printWatch, senders, boxes, lastChange);
     connect(&log, &ShipmentLog::recordsChanged, this, &AppState::changed);
     scanListener.isWanted = [this] { return flow == AppFlow::main; };
     scanListener.onScan = [this](const QString &code) { handleInvoiceScan(code); };

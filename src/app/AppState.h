@@ -8,6 +8,7 @@
 #include "carrier/ShippoClient.h"
 #include "carrier/ShippoKeys.h"
 #include "compose/LabelReadBack.h"
+#include "compose/rules/ShippingRules.h"
 #include "core/CompanySanitizer.h"
 #include "core/Observable.h"
 #include "core/Platform.h"
@@ -55,8 +56,8 @@ class ScanFormFlow;
 class SignInFlow;
 
 /// State that several screens share, and the owner of every long-lived service. Created once; lives until the program
-/// ends. Main thread only. Services are members in order of creation. A change of the scale, the printer's notice, the
-/// profiles, the boxes or the mailing log counts as a change of this state.
+/// ends. Main thread only. Services are members in order of creation. A change of the rules, the scale, the printer's
+/// notice, the profiles, the boxes or the mailing log counts as a change of this state.
 class AppState : public Observable {
     Q_OBJECT
 public:
@@ -103,6 +104,7 @@ public:
     Observed<QDateTime> invoiceSoldAt{this};                       ///< when its label was bought; invalid: not yet
 
     CompanySanitizer sanitizer;
+    ShippingRules rules;
     SavedCredentials credentials;
     DesklineAuth auth;
     DesklineInvoiceFetcher invoices;

@@ -19,12 +19,12 @@ using namespace Qt::StringLiterals;
 
 Screens::Screens(AppState &app)
     : signIn(app), addressBook(app), label(app), draft(app, label), mailingLog(app), keys(app), masterLog(app, keys),
-      scanForm(app), settings(app), updates(app), records(app), openLabel(app), handbook(app),
+      scanForm(app), settings(app), updates(app), records(app), rules(app), openLabel(app), handbook(app),
       activity(app, label, addressBook, mailingLog, updates), support(app, label, addressBook, keys, activity.trace),
       m_app(app)
 {
     connect(&mailingLog, &MailingLogScreen::reprinted, &label, &LabelScreen::takeReprint);
-    buildOn(app, signIn, addressBook, label, mailingLog, keys, masterLog, scanForm, settings, updates, records,
+    buildOn(app, signIn, addressBook, label, mailingLog, keys, masterLog, scanForm, settings, updates, records, rules,
             openLabel, handbook, support);
     for (LabelPreview *place : {&label.preview, &mailingLog.preview, &settings.testLabel})
         connect(place, &LabelPreview::opened, this, [this, place] {

@@ -11,6 +11,7 @@
 #include "app/records/RecordsScreen.h"
 #include "app/scanform/ScanFormScreen.h"
 #include "app/settings/KeysScreen.h"
+#include "app/settings/RulesScreen.h"
 #include "app/settings/SettingsScreen.h"
 #include "app/signin/SignInScreen.h"
 #include "app/support/Activity.h"
@@ -37,6 +38,7 @@ public:
     SettingsScreen settings;
     UpdateChecker updates;
     RecordsScreen records;
+    RulesScreen rules;
     LabelPreview openLabel;              ///< in the label's own window
     Observed<int> labelsOpened{this, 0}; ///< incremented to open that window
     Handbook handbook;

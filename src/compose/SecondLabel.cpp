@@ -73,6 +73,8 @@ QStringList secondLabelReasons(const SecondLabelFacts &facts)
             continue;
         break; // the newest label is enough
     }
+    if (!facts.elsewhere.isEmpty())
+        reasons += description(facts.elsewhere.first(), facts.now) + u" by another desk for the same recipient."_s;
     if (!facts.invoiceTracking.trimmed().isEmpty())
         reasons +=
             u"The invoice already has a tracking number: %1."_s.arg(groupsOfFour(facts.invoiceTracking.trimmed()));

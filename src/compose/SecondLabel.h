@@ -14,8 +14,9 @@ struct SecondLabelFacts {
     QString invoiceTracking; ///< the tracking number already on the draft's invoice
     bool lastOutcomeUnknown; ///< a purchase for this recipient is unresolved
     QDateTime now;
-    QList<ShipmentRecord> earlier; ///< labels for this reference and labels of today, all test or all live
-    bool isLogUnreadable = false;  ///< the mailing log could not be read, so `earlier` is empty
+    QList<ShipmentRecord> earlier;        ///< labels for this reference and labels of today, all test or all live
+    QList<ShipmentRecord> elsewhere = {}; ///< labels of today for this recipient that another desk bought, newest first
+    bool isLogUnreadable = false;         ///< the mailing log could not be read, so `earlier` is empty
 };
 
 /// True if two recipients have the same name and the same ZIP without its last four digits.

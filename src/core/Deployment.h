@@ -29,6 +29,11 @@ struct Deployment {
     QString fallbackPhone;
     QList<StoreName> storeNames; ///< applied in this order
 
+    // For the shipping rules.
+    std::optional<bool> fedexContractAllowsCoins;
+    std::optional<QString> insurerExclusion;  ///< a sentence: what the company's insurer does not cover
+    std::optional<QStringList> usualContents; ///< of a parcel whose description does not tell: "coins", "bullion" …
+
     QString updateFeed; ///< address of the update feed; derived from updateFeedHost, not read from the file
 
     /// The values compiled into this build.
@@ -52,7 +57,10 @@ struct Deployment {
                           field("incoterm", &D::incoterm),
                           field("fallbackEmail", &D::fallbackEmail),
                           field("fallbackPhone", &D::fallbackPhone),
-                          field("storeNames", &D::storeNames)};
+                          field("storeNames", &D::storeNames),
+                          field("fedexContractAllowsCoins", &D::fedexContractAllowsCoins),
+                          field("insurerExclusion", &D::insurerExclusion),
+                          field("usualContents", &D::usualContents)};
     }
 };
 

@@ -43,6 +43,29 @@ bool isTooDeep(const QByteArray &text)
     return false;
 }
 
+/// Accepts every value, and notes where the text stops being JSON.
+struct FaultFinder : nlohmann::json_sax<Json> {
+    std::optional<qsizetype> place;
+
+    bool null() override { return true; }
+    bool boolean(bool) override { return true; }
+    bool number_integer(number_integer_t) override { return true; }
+    bool number_unsigned(number_unsigned_t) override { return true; }
+    bool number_float(number_float_t, const string_t &) override { return true; }
+    bool string(string_t &) override { return true; }
+    bool binary(binary_t &) override { return true; }
+    bool start_object(std::size_t) override { return true; }
+    bool key(string_t &) override { return true; }
+    bool end_object() override { return true; }
+    bool start_array(std::size_t) override { return true; }
+    bool end_array() override { return true; }
+    bool parse_error(std::size_t position, const std::string &, const nlohmann::detail::exception &) override
+    {
+        place = qsizetype(position);
+        return false;
+    }
+};
+
 } // namespace
 
 namespace detail {
@@ -176,6 +199,13 @@ std::optional<Json> parseJsonIfPossible(const QByteArray &text)
     } catch (const DecodeError &) {
         return std::nullopt;
     }
+}
+
+std::optional<qsizetype> firstFault(const QByteArray &text)
+{
+    FaultFinder finder;
+    Json::sax_parse(text.begin(), text.end(), &finder);
+    return finder.place;
 }
 
 QByteArray dumpJson(const Json &json)

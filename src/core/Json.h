@@ -153,6 +153,9 @@ Json parseJson(const QByteArray &text);
 /// The same, but nothing instead of an error.
 std::optional<Json> parseJsonIfPossible(const QByteArray &text);
 
+/// Where a text stops being JSON, in bytes; nothing for JSON.
+std::optional<qsizetype> firstFault(const QByteArray &text);
+
 /// The compact text of a JSON value.
 QByteArray dumpJson(const Json &json);
 

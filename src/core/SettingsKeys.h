@@ -22,6 +22,14 @@ inline const Setting<QStringList> labelChoice{u"label.lastChoice"_s, {}};       
 inline const Setting<QStringList> mailpieceByWeight{u"label.mailpieceByWeight"_s, {}}; ///< "ounces=mailpiece"
 inline const Setting<QStringList> customsSigners{u"customs.signers"_s, {}};            ///< "user=signer"
 
+inline const Setting<QStringList> rulesOff{u"rules.off"_s, {}}; ///< ids of shipping rules that are switched off
+
+// The question before a dear label.
+inline const Setting<bool> spendGuardOn{u"spendGuard.on"_s, false};
+inline const Setting<QString> spendGuardAbove{u"spendGuard.above"_s, u"100.00"_s}; ///< US dollars, as typed
+inline const Setting<bool> spendGuardNamesCheaper{u"spendGuard.namesCheaper"_s, true};
+inline const Setting<bool> spendGuardWantsReference{u"spendGuard.wantsReference"_s, false};
+
 inline const Setting<bool> showAddressSidebar{u"ui.showAddressSidebar"_s, true};
 inline const Setting<QString> addressBookMode{u"addressbook.mode"_s, u"endicia"_s}; ///< or "deskline"
 inline const Setting<QByteArray> windowGeometry{u"ui.windowGeometry"_s, {}};

@@ -90,6 +90,10 @@ QWidget *MainWindow::makeMain()
         m_app.tab = MainTab::settings;
         m_settings->showPage(SettingsView::Page::keys);
     });
+    connect(m_label, &LabelView::rulesRequested, this, [this] {
+        m_app.tab = MainTab::settings;
+        m_settings->showPage(SettingsView::Page::rules);
+    });
     return main;
 }
 

@@ -41,6 +41,7 @@ void Program::start()
     spawn([&book = m_screens.addressBook] { return book.reload(); });
     spawn([&log = m_screens.mailingLog] { return log.tellTrouble(); });
     spawn([&records = m_screens.records] { return records.start(); });
+    spawn([&rules = m_app.rules] { return rules.load(); });
     spawn([] { return sweepPrintFiles(); });
     spawn([] { return UpdateChecker::sweep(); });
     spawn([&handbook = m_screens.handbook] {

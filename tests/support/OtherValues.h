@@ -63,6 +63,11 @@ struct OtherValue {
         ++report.labels;
         return report;
     }
+    static RuleBook of(RuleBook book)
+    {
+        book.date = of(book.date);
+        return book;
+    }
     static QUuid of(const QUuid &) { return QUuid::createUuid(); }
     static AppFlow of(AppFlow) { return AppFlow::login; }
     static MainTab of(MainTab) { return MainTab::mailingLog; }

@@ -97,6 +97,32 @@ TEST_F(SettingsViews, TheSwitchShowsAndHidesTheSidebar)
     EXPECT_FALSE(shown->isChecked());
 }
 
+TEST_F(SettingsViews, TheRuleLineLeadsToTheRulesAndFollowsTheirSwitches)
+{
+    const QString money =
+        u"FedEx lists money, coins and bullion among restricted goods without a contract — check yours."_s;
+    const QString signature = u"FedEx usually adds direct signature by itself from $500."_s;
+    label().carrier = Carrier::fedex;
+    label().insuranceValue = u"500"_s;
+    composeAndRate(homeAddress());
+    named(money, &window().labelView());
+    click(button(u"1 more"_s));
+    ASSERT_TRUE(QApplication::activePopupWidget());
+    press(Qt::Key_Escape);
+    EXPECT_FALSE(QApplication::activePopupWidget());
+    click(button(u"1 more"_s));
+    click(button(u"Shipping Rules"_s));
+    EXPECT_EQ(app().tab, MainTab::settings);
+    auto *box = named<QCheckBox>(money + u", on, checked November 2, 2026"_s, &view());
+    QTest::mouseClick(box, Qt::LeftButton, {}, QPoint(8, box->height() / 2));
+    settleAll();
+    EXPECT_EQ(box->accessibleName(), money + u", off, checked November 2, 2026"_s);
+    EXPECT_TRUE(shows(view(), u"24 rules, 23 on"_s));
+    app().tab = MainTab::newLabel;
+    settleAll();
+    named(signature, &window().labelView());
+}
+
 TEST_F(SettingsViews, ABoxIsTypedInOneGoAndDeletedAfterAQuestion)
 {
     open(Page::boxes);

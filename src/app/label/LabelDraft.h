@@ -35,6 +35,7 @@ enum class DraftField {
     insurance,
     ounces,
     quantity,
+    reference,
 };
 
 /// One shipment as the clerk composes it, and everything that follows from it alone. The recipient is

@@ -27,6 +27,13 @@ LabelScreen::LabelScreen(AppState &app)
     watch([this] { invalidateIntlRates(); }, customs);
     watch([this] { selectRateOfClass(); }, svcClass);
     watch([this] { takeFilledDraft(); }, m_app.draftFillCount);
+    watch([this] { spendQuestion = QString(); }, selectedRateID, reference);
+    watch( // the reference that the spend guard missed
+        [this] {
+            if (faultyField.value() == DraftField::reference)
+                forgetFault();
+        },
+        reference);
     watch([this] { watchForSecondLabel(); }, selectedRateID, reference, purchases.unresolved);
     watch([this] { showLastLabel(); }, lastLabel);
     // An unresolved purchase may need this key.
@@ -58,10 +65,15 @@ void LabelScreen::showLastLabel()
 
 void LabelScreen::draftEdited()
 {
+    forgetFault();
+    clearRates();
+}
+
+void LabelScreen::forgetFault()
+{
     faultyField = std::nullopt;
     if (std::exchange(m_bannerAboutDraft, false))
         banner = std::nullopt;
-    clearRates();
 }
 
 void LabelScreen::recipientEdited()
@@ -128,6 +140,7 @@ void LabelScreen::clearRates()
     selectedRateID = std::nullopt;
     secondLabel = QString();
     secondLabelAgreed = false;
+    spendQuestion = QString();
 }
 
 void LabelScreen::warn(const QString &text, std::optional<DraftField> field)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/label/AccountLabels.h"
 #include "app/label/LabelDraft.h"
 #include "app/label/PreparedPurchase.h"
 #include "app/preview/LabelPreview.h"
@@ -7,6 +8,7 @@
 #include "app/purchase/PurchaseFlow.h"
 #include "app/purchase/Purchases.h"
 #include "compose/SecondLabel.h"
+#include "compose/rules/RuleBook.h"
 #include "core/Task.h"
 #include "records/ShipmentRecord.h"
 
@@ -74,6 +76,8 @@ public:
     Observed<QString> secondLabel{this};
     Observed<bool> secondLabelAgreed{this, false}; ///< the clerk has seen the warning; the next press buys
 
+    Observed<QString> spendQuestion{this}; ///< of the spend guard, once it has asked; the next press buys
+
     /// The Buy button takes no press for so long after it has changed.
     static constexpr auto buyPause = std::chrono::milliseconds(600);
 
@@ -92,6 +96,11 @@ public:
     bool isBuyingFor(const ShippoAddress &to) const { return buying && isSameRecipient(to, m_buyingFor); }
     /// True while it is unknown whether this recipient's last label was bought; buying is disabled until then.
     bool isBuyClosed() const;
+
+    /// The shipping rules that apply to the parcel with the chosen rate, the most severe first.
+    QList<Rule> advice() const;
+    /// What the most severe rule says of this field; empty if no rule does.
+    QString ruleAt(RuleField field) const;
 
     /// Takes the weight from the scale, but not the weight of a parcel that is already sold.
     void weigh();
@@ -136,6 +145,7 @@ public:
 
 private:
     void draftEdited();
+    void forgetFault();
     void recipientEdited();
     void invalidateIntlRates();
     void takeFilledDraft();
@@ -161,12 +171,14 @@ private:
     Task<> continueTowardRating();
     Task<bool> reviewPrintedAddress(ShippoShipment shipment);
 
+    Task<> askOtherDesks();
     SecondLabelFacts secondLabelFacts() const;
     void watchForSecondLabel();
+    void pauseBuy();
     void showSecondLabel(const QString &warning, bool agreed);
     Task<bool> hasTestKey();
     Task<QString> secondLabelWarning(SecondLabelFacts facts, bool testMode);
-    Task<bool> mayBuy(PreparedPurchase purchase, bool testMode, QString agreedWarning);
+    Task<bool> mayBuy(PreparedPurchase purchase, bool testMode, QString agreedWarning, QString openQuestion);
     Task<> buy(PreparedPurchase purchase);
     void markUnresolved(const PreparedPurchase &purchase, const LookupAnswer &answer);
     Task<> finishPurchase(PreparedPurchase purchase, SaleResult sale, PapersResult drawn);
@@ -185,6 +197,7 @@ private:
     bool m_purchaseComplete = false;
     bool m_bannerAboutDraft = false; ///< the next edit clears the banner
     ShippoAddress m_buyingFor;       ///< the recipient of the last press of Buy
+    AccountLabels m_account;
     ShippoAddress m_beforePaste, m_pasted;
     SavedDraft m_cleared;    ///< the draft before it was cleared
     SavedDraft m_beforeFill; ///< the draft before the last fill

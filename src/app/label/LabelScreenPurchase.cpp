@@ -1,5 +1,6 @@
 #include "app/label/LabelScreen.h"
 #include "app/label/PreparedPurchase.h"
+#include "app/label/SpendGuard.h"
 #include "app/purchase/CustomsPapers.h"
 #include "app/purchase/LabelPrinting.h"
 #include "app/purchase/PurchaseFlow.h"
@@ -70,7 +71,8 @@ SecondLabelFacts LabelScreen::secondLabelFacts() const
             .invoiceTracking = invoiceTracking(),
             .lastOutcomeUnknown = purchases.unresolvedFor(m_app.draftTo).has_value(),
             .now = m_app.platform.clock.now(),
-            .earlier = {}};
+            .earlier = {},
+            .elsewhere = m_account.boughtFor(m_app.draftTo, m_app.platform.clock.now())};
 }
 
 /// The warning has to be beside the price before the clerk presses the button.
@@ -103,8 +105,12 @@ void LabelScreen::showSecondLabel(const QString &warning, bool agreed)
     const bool changes = warning != secondLabel.value() || agreed != secondLabelAgreed.value();
     secondLabel = warning;
     secondLabelAgreed = agreed;
-    if (!changes || warning.isEmpty())
-        return;
+    if (changes && !warning.isEmpty())
+        pauseBuy();
+}
+
+void LabelScreen::pauseBuy()
+{
     m_app.platform.clock.cancel(m_buyTimer);
     m_buyTimer = m_app.platform.clock.after(buyPause, [this] { m_buyTimer = 0; });
 }
@@ -112,12 +118,22 @@ void LabelScreen::showSecondLabel(const QString &warning, bool agreed)
 Task<QString> LabelScreen::secondLabelWarning(SecondLabelFacts facts, bool testMode)
 {
     const QPointer alive(&m_lifetime);
-    const auto isForHim = [to = facts.recipient](const ShipmentRecord &label) { return isLabelFor(to, label); };
-    const auto earlier = co_await onPool([&log = m_app.log, facts, testMode, isForHim] {
-        return log.labelsLike(facts.reference, facts.now.date().startOfDay(), testMode, isForHim);
+    const auto isListed = [](const QList<ShipmentRecord> &labels, const ShipmentRecord &label) {
+        return std::ranges::find(labels, label.transactionID, &ShipmentRecord::transactionID) != labels.end();
+    };
+    const auto isWanted = [facts, isListed](const ShipmentRecord &label) {
+        return isLabelFor(facts.recipient, label) || isListed(facts.elsewhere, label);
+    };
+    const auto earlier = co_await onPool([&log = m_app.log, facts, testMode, isWanted] {
+        return log.labelsLike(facts.reference, facts.now.date().startOfDay(), testMode, isWanted);
     });
     facts.earlier = earlier.valueOr({});
     facts.isLogUnreadable = !earlier.isRead();
+    // Without the log, and while a purchase is unresolved, a label of this desk could be taken for another desk's.
+    const bool isUnsure = facts.isLogUnreadable || facts.lastOutcomeUnknown;
+    facts.elsewhere.removeIf([&](const ShipmentRecord &label) {
+        return isUnsure || label.testMode != testMode || isListed(facts.earlier, label);
+    });
     // The warning is renewed at every edit; only another failure is recorded again.
     const QString failure = earlier.isRead() ? QString() : earlier.failure();
     if (alive && failure != std::exchange(m_logFailure, failure) && !failure.isEmpty())
@@ -130,6 +146,13 @@ Task<> LabelScreen::buyAndPrint()
     const std::optional<ShippoRate> rate = selectedRate();
     if (busy || !rate || isBuyClosed() || m_buyTimer != 0)
         co_return;
+    const SpendGuard guard = SpendGuard::of(m_app.platform.preferences);
+    if (const QString lack = guard.lackOf(reference, *rate); !lack.isEmpty()) {
+        warnUntilEdit(lack, DraftField::reference);
+        co_return;
+    }
+    const QString question = guard.question(*rate, rates);
+    const QString openQuestion = question == spendQuestion.value() ? QString() : question;
     m_app.lastChange.forget(m_fillChange);
     m_buyingFor = m_app.draftTo;
     busy = true; // in the same event as the press: a second press finds it set
@@ -144,30 +167,34 @@ Task<> LabelScreen::buyAndPrint()
     const QString agreedWarning = secondLabelAgreed ? secondLabel.value() : QString();
     const bool testMode = co_await hasTestKey();
     purchase.entry.record.testMode = testMode;
-    const bool agreed = co_await mayBuy(purchase, testMode, agreedWarning);
+    const bool agreed = co_await mayBuy(purchase, testMode, agreedWarning, openQuestion);
     if (agreed)
         co_await buy(purchase);
 }
 
-/// True for a parcel's first label, and for a second label that the clerk has agreed to. Judges the purchase as it was
-/// prepared, whatever is on the screen by now.
-Task<bool> LabelScreen::mayBuy(PreparedPurchase purchase, bool testMode, QString agreedWarning)
+/// True for a parcel's first label, and for a second label that the clerk has agreed to, once the spend guard has no
+/// open question. Judges the purchase as it was prepared, whatever is on the screen by now.
+Task<bool> LabelScreen::mayBuy(PreparedPurchase purchase, bool testMode, QString agreedWarning, QString openQuestion)
 {
     const QString warning = co_await secondLabelWarning(purchase.facts, testMode);
-    if (warning.isEmpty())
-        co_return true;
-    if (warning == agreedWarning) {
-        if (purchase.facts.lastOutcomeUnknown)
+    if (openQuestion.isEmpty() && (warning.isEmpty() || warning == agreedWarning)) {
+        if (!warning.isEmpty() && purchase.facts.lastOutcomeUnknown)
             m_app.errors.record(u"Buy Label"_s,
                                 AppError(u"Bought although an earlier purchase is unresolved: %1."_s.arg(
                                     PurchaseTexts::title(purchase.entry.record))),
                                 Popup::no);
         co_return true;
     }
-    if (purchase.edits != edits)
-        warn(u"The label for %1 was not bought — the form was changed meanwhile: %2"_s.arg(purchase.to.name, warning));
-    else
-        showSecondLabel(warning, true);
+    if (purchase.edits != edits) {
+        warn(u"The label for %1 was not bought — the form was changed meanwhile: %2"_s.arg(
+            purchase.to.name, joinPresent({warning, openQuestion}, u"\n"_s)));
+    } else {
+        showSecondLabel(warning, !warning.isEmpty());
+        if (!openQuestion.isEmpty()) {
+            spendQuestion = openQuestion;
+            pauseBuy();
+        }
+    }
     co_return false;
 }
 

@@ -41,7 +41,9 @@ Task<> LabelScreen::fetchRates(bool intlConfirmed)
     });
     const auto isEdited = staleCheck(edits);
     try {
-        const ShippoShipment shipment = co_await m_app.shippo.rates(ratingRequest());
+        auto asked = m_app.shippo.rates(ratingRequest());
+        spawn([this] { return askOtherDesks(); });
+        const ShippoShipment shipment = co_await asked;
         if (!isEdited())
             co_await applyRates(shipment);
         else if (!m_app.draftTo.value().isEmpty()) // otherwise the form was cleared, and rates are no longer needed

@@ -76,14 +76,6 @@ QString LabelTexts::customsHint(const LabelDraft &draft)
            "printer with the label."_s.arg(customsItem(draft.customs.value().itemType).description);
 }
 
-QString LabelTexts::exportFilingWarning(const LabelDraft &draft)
-{
-    constexpr double limit = 2500; // US dollars for each tariff number
-    if (!draft.isInternational() || decimalOrZero(draft.customs.value().value) <= limit)
-        return {};
-    return u"Above $2,500 for a tariff number, an export filing may be required before this parcel leaves — check."_s;
-}
-
 QString LabelTexts::declaredValueWarning(const LabelDraft &draft)
 {
     const QString subtotal = draft.defaultCustomsValue();

@@ -20,8 +20,6 @@ QString signatureWarning(const LabelDraft &draft);
 QString senderHint(const LabelDraft &draft);
 QString internationalHint(const LabelDraft &draft);
 QString customsHint(const LabelDraft &draft);
-/// The customs form states that no export filing is needed, which holds up to a limit.
-QString exportFilingWarning(const LabelDraft &draft);
 /// A declared value other than the invoice's subtotal is more often a slip than meant.
 QString declaredValueWarning(const LabelDraft &draft);
 QString paperworkText(const LabelDraft &draft);

@@ -4,6 +4,7 @@
 #include "app/settings/KeysScreen.h"
 #include "app/settings/SettingsScreen.h"
 #include "carrier/ShippoRecords.h"
+#include "core/Text.h"
 #include "ui/parts/Accessibility.h"
 #include "ui/parts/Badge.h"
 #include "ui/parts/Button.h"
@@ -163,12 +164,15 @@ void BuyBlock::refresh()
 
 void BuyBlock::refreshSecondLabel(bool hasRate)
 {
-    const QString warning = m_screen.secondLabel;
+    const QString warning = m_screen.secondLabel, question = m_screen.spendQuestion;
     const bool isSecond = hasRate && !warning.isEmpty();
-    m_second->setText(hasRate && m_screen.isBuyClosed() ? stillAsking : isSecond ? warning : QString());
-    m_buy->setText(!isSecond                    ? buyText
-                   : m_screen.secondLabelAgreed ? u"Buy a Second Label"_s
-                                                : u"Bought Already — Buy Again?"_s);
+    m_second->setText(hasRate && m_screen.isBuyClosed() ? stillAsking
+                      : hasRate                         ? joinPresent({warning, question}, u"\n"_s)
+                                                        : QString());
+    m_buy->setText(!isSecond && hasRate && !question.isEmpty() ? u"Buy for $"_s + m_screen.selectedRate()->amount
+                   : !isSecond                                 ? buyText
+                   : m_screen.secondLabelAgreed                ? u"Buy a Second Label"_s
+                                                               : u"Bought Already — Buy Again?"_s);
 }
 
 void BuyBlock::refreshMode()

@@ -40,7 +40,7 @@ private:
     TextLabel *m_transit, *m_price;
     TextLabel *m_to, *m_package, *m_extras, *m_printer, *m_uninsured;
     Notice *m_cut;    ///< warns that a text is too long for the label
-    Notice *m_second; ///< warns of a second label for the parcel
+    Notice *m_second; ///< warns of a second label for the parcel, and asks what the spend guard asks
     Button *m_buy;
     Badge *m_mode;
     TextLabel *m_consequence;

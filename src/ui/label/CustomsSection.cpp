@@ -66,7 +66,7 @@ void CustomsSection::refresh()
     const QSignalBlocker quiet(m_contents);
     m_contents->setCurrentIndex(m_contents->findData(int(m_screen.customs.value().itemType)));
     m_contents->setToolTip(customsItem(m_screen.customs.value().itemType).summary());
-    const QString warning = LabelTexts::exportFilingWarning(m_screen);
+    const QString warning = m_screen.ruleAt(RuleField::declaredValue);
     m_hint->setText(warning.isEmpty() ? LabelTexts::customsHint(m_screen)
                                       : LabelTexts::customsHint(m_screen) + u'\n' + warning);
     enableUnless(m_screen.busy ? notWhileBusy : QString(), m_print, m_value);

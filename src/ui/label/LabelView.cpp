@@ -42,9 +42,9 @@ constexpr int ratesWidth = 344, widestRates = 400, sidebarWidth = 280, widestSid
 constexpr int wideWindow = 1500, narrowWindow = 1276; ///< below it, form, rates and sidebar do not fit side by side
 
 constexpr DraftField allFields[] = {
-    DraftField::profile,       DraftField::name,      DraftField::street, DraftField::city,    DraftField::zip,
-    DraftField::phone,         DraftField::weight,    DraftField::length, DraftField::width,   DraftField::height,
-    DraftField::declaredValue, DraftField::insurance, DraftField::ounces, DraftField::quantity};
+    DraftField::profile,       DraftField::name,      DraftField::street, DraftField::city,     DraftField::zip,
+    DraftField::phone,         DraftField::weight,    DraftField::length, DraftField::width,    DraftField::height,
+    DraftField::declaredValue, DraftField::insurance, DraftField::ounces, DraftField::quantity, DraftField::reference};
 
 } // namespace
 
@@ -69,6 +69,7 @@ LabelView::LabelView(AppState &app, LabelScreen &screen, AddressBook &book, Keys
     rows->addWidget(m_unresolved);
     rows->addLayout(columns, 1);
     orderTabsByLayout(this);
+    setTabOrder(m_rates->list(), m_rates->ruleLink());
 
     setAccessibleName(u"New Label"_s);
     connect(m_message, &MessageLine::clearRequested, this, &LabelView::clear);
@@ -82,6 +83,7 @@ LabelView::LabelView(AppState &app, LabelScreen &screen, AddressBook &book, Keys
     connect(m_rates, &RatesPanel::getRatesRequested, this, &LabelView::getRates);
     connect(m_rates, &RatesPanel::buyRequested, this, &LabelView::buy);
     connect(m_rates, &RatesPanel::reprintRequested, this, &LabelView::reprint);
+    connect(m_rates, &RatesPanel::rulesRequested, this, &LabelView::rulesRequested);
     for (LineEdit *field : findChildren<LineEdit *>())
         connect(field, &QLineEdit::textEdited, this, &LabelView::noteTyping);
     m_refresh.follow(screen, settings);

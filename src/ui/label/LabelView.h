@@ -49,6 +49,9 @@ public:
     /// Cycles the focus through form, rates and sidebar; `step` is +1 or -1.
     void focusRegion(int step);
 
+signals:
+    void rulesRequested();
+
 protected:
     void keyPressEvent(QKeyEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;

@@ -4,11 +4,13 @@
 #include "app/label/LabelScreen.h"
 #include "app/label/LabelTexts.h"
 #include "compose/Services.h"
+#include "core/Text.h"
 #include "ui/label/MailpiecePicker.h"
 #include "ui/parts/Binding.h"
 #include "ui/parts/Button.h"
 #include "ui/parts/FormSection.h"
 #include "ui/parts/LineEdit.h"
+#include "ui/parts/Notice.h"
 #include "ui/parts/SegmentedControl.h"
 #include "ui/parts/TextLabel.h"
 #include "ui/theme/Theme.h"
@@ -25,7 +27,7 @@ PackageSection::PackageSection(AppState &app, LabelScreen &screen, QWidget *pare
       m_sizeHint(new TextLabel({}, FontRole::caption, &Tokens::muted)),
       m_weigh(new Button(u"Weigh"_s, Button::Kind::standard, u"ui_scale"_s)),
       m_reading(new TextLabel({}, FontRole::caption)), m_settling(new TextLabel({}, FontRole::captionStrong)),
-      m_refresh([this] { refresh(); })
+      m_rule(new Notice(u"ui_warning"_s, &Tokens::warn)), m_refresh([this] { refresh(); })
 {
     for (const CarrierInfo &info : carriers())
         m_carrier->add(int(info.carrier), info.displayName, info.icon);
@@ -47,6 +49,7 @@ PackageSection::PackageSection(AppState &app, LabelScreen &screen, QWidget *pare
     connect(m_weigh, &QPushButton::clicked, this, [this] { m_screen.weigh(); });
     m_size = addRow(u"Size"_s);
     m_size->add(m_length)->say(u"×"_s)->add(m_width)->say(u"×"_s)->add(m_height)->add(m_sizeHint, 1);
+    addBelowFields(m_rule);
 
     bindText(m_pounds, screen.weightLb);
     bindText(m_ounces, screen.weightOz);
@@ -75,6 +78,7 @@ void PackageSection::refresh()
     m_carrier->choose(int(m_screen.carrier.value()));
     m_size->setVisible(m_screen.sendsOwnDimensions());
     m_sizeHint->setText(LabelTexts::sizeHint(m_screen));
+    m_rule->setText(joinPresent({m_screen.ruleAt(RuleField::weight), m_screen.ruleAt(RuleField::size)}, u"\n"_s));
     refreshScale();
 }
 

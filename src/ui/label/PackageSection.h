@@ -5,6 +5,7 @@
 #include "ui/parts/Button.h"
 #include "ui/parts/FormSection.h"
 #include "ui/parts/LineEdit.h"
+#include "ui/parts/Notice.h"
 #include "ui/parts/RefreshScheduler.h"
 #include "ui/parts/SegmentedControl.h"
 #include "ui/parts/TextLabel.h"
@@ -32,6 +33,7 @@ private:
     TextLabel *m_sizeHint;
     Button *m_weigh;
     TextLabel *m_reading, *m_settling;
+    Notice *m_rule; ///< what the shipping rules say of weight and size
     RefreshScheduler m_refresh;
 };
 

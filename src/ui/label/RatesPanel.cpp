@@ -46,8 +46,8 @@ RatesPanel::RatesPanel(LabelScreen &screen, KeysScreen &keys, SettingsScreen &se
       m_reprint(nullptr), m_copy(nullptr),
       m_customs(new Button(u"Customs Docs"_s, Button::Kind::standard, u"ui_document"_s)), m_list(new RateList(screen)),
       m_empty(new EmptyState(u"popup_package"_s, {})), m_checks(new QWidget), m_senderCheck(nullptr),
-      m_recipientCheck(nullptr), m_weightCheck(nullptr), m_block(new BuyBlock(screen, keys, settings)),
-      m_refresh([this] { refresh(); })
+      m_recipientCheck(nullptr), m_weightCheck(nullptr), m_rule(new RuleLine(screen)),
+      m_block(new BuyBlock(screen, keys, settings)), m_refresh([this] { refresh(); })
 {
     setLines(Qt::LeftEdge);
     auto *checks = new QVBoxLayout(m_checks);
@@ -66,11 +66,13 @@ RatesPanel::RatesPanel(LabelScreen &screen, KeysScreen &keys, SettingsScreen &se
     column->addWidget(makeLastLabel());
     column->addWidget(m_list, 1);
     column->addWidget(m_empty, 1);
+    column->addWidget(m_rule);
     column->addWidget(m_block);
 
     m_getRates->setToolTip(QKeySequence(Qt::CTRL | Qt::Key_R).toString(QKeySequence::NativeText));
     connect(m_getRates, &QPushButton::clicked, this, &RatesPanel::getRatesRequested);
     connect(m_block, &BuyBlock::buyRequested, this, &RatesPanel::buyRequested);
+    connect(m_rule, &RuleLine::rulesRequested, this, &RatesPanel::rulesRequested);
     m_refresh.follow(screen);
     refresh();
 }

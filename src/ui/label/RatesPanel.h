@@ -2,6 +2,7 @@
 
 #include "ui/label/BuyBlock.h"
 #include "ui/label/RateList.h"
+#include "ui/label/RuleLine.h"
 #include "ui/parts/BusyBar.h"
 #include "ui/parts/Button.h"
 #include "ui/parts/EmptyState.h"
@@ -22,6 +23,7 @@ public:
     RatesPanel(LabelScreen &screen, KeysScreen &keys, SettingsScreen &settings, QWidget *parent = nullptr);
 
     RateList *list() const { return m_list; }
+    QWidget *ruleLink() const { return m_rule->link(); }
     /// What has the focus while the last label waits for its reprint.
     QWidget *lastLabelEntrance() const;
     /// Where a key that leads to the rates goes: the rates, or the button that can act; null if nothing here can.
@@ -31,6 +33,7 @@ signals:
     void getRatesRequested();
     void buyRequested();
     void reprintRequested();
+    void rulesRequested();
 
 protected:
     void resizeEvent(QResizeEvent *event) override;
@@ -60,6 +63,7 @@ private:
     EmptyState *m_empty;
     QWidget *m_checks;
     Notice *m_senderCheck, *m_recipientCheck, *m_weightCheck;
+    RuleLine *m_rule;
     BuyBlock *m_block;
     RefreshScheduler m_refresh;
 };

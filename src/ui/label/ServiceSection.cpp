@@ -4,6 +4,7 @@
 #include "app/label/LabelScreen.h"
 #include "app/label/LabelTexts.h"
 #include "compose/Services.h"
+#include "core/Text.h"
 #include "ui/parts/Accessibility.h"
 #include "ui/parts/Binding.h"
 #include "ui/parts/ComboBox.h"
@@ -23,11 +24,13 @@ using namespace Qt::StringLiterals;
 ServiceSection::ServiceSection(AppState &app, LabelScreen &screen, QWidget *parent)
     : FormSection(u"Service"_s, parent), m_app(app), m_screen(screen), m_class(new ComboBox(u"Class"_s)),
       m_date(new DateField(u"Ship date"_s)), m_residentialRow(nullptr),
-      m_residential(new QCheckBox(u"Residential address"_s)), m_refresh([this] { refresh(); })
+      m_residential(new QCheckBox(u"Residential address"_s)), m_rule(new Notice(u"ui_warning"_s, &Tokens::warn)),
+      m_refresh([this] { refresh(); })
 {
     addRow(u"Class"_s)->add(m_class, 1)->say(u"Ship date"_s)->add(m_date);
     m_residentialRow = addRow();
     m_residentialRow->add(m_residential)->fill();
+    addBelowFields(m_rule);
     m_residential->setToolTip(u"FedEx ships to homes via Home Delivery and to businesses via Ground — this flag "
                               "decides which services rate."_s);
     connect(m_class, &QComboBox::activated, this,
@@ -50,18 +53,20 @@ void ServiceSection::refresh()
     m_class->setFace(LabelTexts::classHint(m_screen), themeIcon(u"ui_lock"_s));
     m_date->setMinimumDate(m_app.platform.clock.now().date());
     m_date->showDate(m_screen.shipDate);
+    m_rule->setText(m_screen.ruleAt(RuleField::shipDate));
     m_residential->setChecked(m_screen.fedexResidential);
     m_residentialRow->setVisible(m_screen.carrier == Carrier::fedex);
 }
 
 ExtrasSection::ExtrasSection(LabelScreen &screen, QWidget *parent)
     : FormSection(u"Extras"_s, parent), m_screen(screen), m_option(new ComboBox(u"Option"_s)),
-      m_insurance(new LineEdit(u"Insured value, US dollars"_s, 112)), m_offerRow(nullptr),
+      m_insurance(new LineEdit(u"Insured value, US dollars"_s, 112)),
+      m_reference(new LineEdit(u"Reference number"_s, 96)), m_offerRow(nullptr),
       m_offer(new Button({}, Button::Kind::tint, u"ui_shield"_s)),
       m_covered(new TextLabel({}, FontRole::caption, &Tokens::ok)),
       m_warning(new Notice(u"ui_warning"_s, &Tokens::warn)), m_refresh([this] { refresh(); })
 {
-    auto *reference = new LineEdit(u"Reference number"_s, 96), *description = new LineEdit(u"Description"_s);
+    auto *description = new LineEdit(u"Description"_s);
     description->setPlaceholderText(u"Local log only"_s);
     addRow(u"Option"_s)->add(m_option, 1)->say(u"Insure  $"_s)->add(m_insurance);
     m_offerRow = addRow();
@@ -75,9 +80,9 @@ ExtrasSection::ExtrasSection(LabelScreen &screen, QWidget *parent)
         m_screen.insureForInvoice();
     });
     addBelowFields(m_warning);
-    addRow(u"Ref #"_s)->add(reference)->say(u"Description"_s)->add(description, 1);
+    addRow(u"Ref #"_s)->add(m_reference)->say(u"Description"_s)->add(description, 1);
     bindText(m_insurance, screen.insuranceValue);
-    bindText(reference, screen.reference);
+    bindText(m_reference, screen.reference);
     bindText(description, screen.descriptionText);
     connect(m_option, &QComboBox::activated, this,
             [this](int at) { m_screen.service = ServiceOption(m_option->itemData(at).toInt()); });
@@ -94,7 +99,8 @@ void ExtrasSection::refresh()
         options.append({info.label, int(offered), info.icon});
     }
     m_option->offer(options, int(m_screen.service.value()));
-    m_warning->setText(LabelTexts::signatureWarning(m_screen));
+    m_warning->setText(
+        joinPresent({LabelTexts::signatureWarning(m_screen), m_screen.ruleAt(RuleField::insurance)}, u"\n"_s));
     const QString offer = LabelTexts::insuranceOffer(m_screen);
     const bool isOffered = m_screen.isInsurable();
     m_offer->setText(offer);

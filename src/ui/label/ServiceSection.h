@@ -29,6 +29,7 @@ private:
     DateField *m_date;
     FormRow *m_residentialRow;
     QCheckBox *m_residential;
+    Notice *m_rule;
     RefreshScheduler m_refresh;
 };
 
@@ -38,14 +39,17 @@ class ExtrasSection : public FormSection {
 public:
     explicit ExtrasSection(LabelScreen &screen, QWidget *parent = nullptr);
 
-    LineEdit *field(DraftField which) const { return which == DraftField::insurance ? m_insurance : nullptr; }
+    LineEdit *field(DraftField which) const
+    {
+        return which == DraftField::insurance ? m_insurance : which == DraftField::reference ? m_reference : nullptr;
+    }
 
 private:
     void refresh();
 
     LabelScreen &m_screen;
     ComboBox *m_option;
-    LineEdit *m_insurance;
+    LineEdit *m_insurance, *m_reference;
     FormRow *m_offerRow;
     Button *m_offer; ///< insures the parcel for its invoice
     TextLabel *m_covered;

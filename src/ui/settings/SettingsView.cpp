@@ -9,6 +9,7 @@
 #include "ui/settings/CustomBoxesPage.h"
 #include "ui/settings/PrintersPage.h"
 #include "ui/settings/RecordsPage.h"
+#include "ui/settings/RulesPage.h"
 #include "ui/settings/SenderProfilesPage.h"
 #include "ui/settings/UpdatesPage.h"
 #include "ui/theme/Icons.h"
@@ -93,6 +94,7 @@ SettingsView::SettingsView(AppState &app, Screens &screens, QWidget *parent)
     add(u"Custom Boxes"_s, u"popup_package"_s, new CustomBoxesPage(app, screens.settings));
     add(u"Printers & Scale"_s, u"ui_printer"_s, new PrintersPage(app, screens.settings));
     add(u"Carrier API Keys"_s, u"ui_key"_s, new ApiKeysPage(screens.keys));
+    add(u"Shipping Rules"_s, u"ui_document"_s, new RulesPage(screens.rules));
     add(u"Records"_s, u"ui_shield"_s, new RecordsPage(screens.records));
     add(u"Contacts Diagnostics"_s, u"ui_contacts"_s, new ContactsPage(app));
     add(u"Updates"_s, u"ui_update"_s, new UpdatesPage(screens.updates));

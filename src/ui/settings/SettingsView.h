@@ -13,7 +13,7 @@ namespace parcelory {
 class SettingsView : public QWidget {
     Q_OBJECT
 public:
-    enum class Page { senders, boxes, printers, keys, records, contacts, updates };
+    enum class Page { senders, boxes, printers, keys, rules, records, contacts, updates };
 
     SettingsView(AppState &app, Screens &screens, QWidget *parent = nullptr);
 

@@ -105,18 +105,6 @@ TEST_F(LabelRatingTest, OpensThePaperworkSheetBeforeAnInternationalRating)
     EXPECT_EQ(sent("/shipments/").last()["customs_declaration"]["certify_signer"], "Dana Marsh");
 }
 
-TEST_F(LabelRatingTest, WarnsOfAnExportFilingAboveItsLimit)
-{
-    const std::tuple<ShippoAddress, QString, bool> rows[] = {{londonAddress(), u"2500.00"_s, false},
-                                                             {londonAddress(), u"2500.01"_s, true},
-                                                             {homeAddress(), u"9000"_s, false}};
-    for (const auto &[to, value, warns] : rows) {
-        composeParcel(to);
-        screen().customs = CustomsInfo{.value = value};
-        EXPECT_EQ(!LabelTexts::exportFilingWarning(screen()).isEmpty(), warns) << value.toStdString();
-    }
-}
-
 TEST_F(LabelRatingTest, SendsTheDesksOwnContactForASenderWithoutOne)
 {
     preferences.setValue(u"sender.fallbackEmail"_s, u"shipping@example.com"_s);
