@@ -43,8 +43,12 @@ struct SupportDesk : testing::Test, CarrierDesk {
         preferences.setValue(settings::customsSigners.key, QStringList{names[7] + u'=' + names[0]});
         preferences.setValue(settings::zebraQueue.key, hidden[5]);
         processes.behave = [](const QString &, const QStringList &arguments) {
-            const bool list = arguments.first() == u"-v"_s;
-            return ProcessOutcome{0, list ? "device for Tower_Zebra: usb://Zebra/ZD421\n" : "", {}};
+            const QString option = arguments.value(0);
+            return ProcessOutcome{0,
+                                  option == u"-e"   ? "Tower_Zebra\n"
+                                  : option == u"-v" ? "device for Tower_Zebra: usb://Zebra/ZD421\n"
+                                                    : "",
+                                  {}};
         };
         app = std::make_unique<AppState>(platform);
         screens = std::make_unique<Screens>(*app);
