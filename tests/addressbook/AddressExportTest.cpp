@@ -5,7 +5,6 @@
 #include "core/PostalContact.h"
 #include "core/Text.h"
 #include "support/Table.h"
-#include "support/Test.h"
 
 #include <QRandomGenerator>
 

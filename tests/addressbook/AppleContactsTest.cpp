@@ -4,9 +4,7 @@
 #include "core/Json.h"
 #include "core/PostalContact.h"
 #include "core/Progress.h"
-#include "core/Task.h"
 #include "core/ports/ContactsSource.h"
-#include "support/FakeClock.h"
 #include "support/RunTask.h"
 #include "support/Test.h"
 

@@ -3,7 +3,6 @@
 #include "support/FaultyDisk.h"
 #include "support/RunTask.h"
 #include "support/Table.h"
-#include "support/Test.h"
 
 namespace parcelory::test {
 using Removal = LocalAddressStore::Removal;

@@ -3,7 +3,6 @@
 #include "backoffice/DesklinePage.h"
 #include "compose/Customs.h"
 #include "support/Table.h"
-#include "support/Test.h"
 
 namespace parcelory::test {
 namespace {

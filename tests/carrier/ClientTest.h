@@ -7,10 +7,8 @@
 #include "carrier/ShippoError.h"
 #include "carrier/ShippoKeys.h"
 #include "carrier/ShippoRecords.h"
-#include "core/Task.h"
 #include "practice/carrier/CarrierScenario.h"
 #include "support/CarrierDesk.h"
-#include "support/Table.h"
 // IWYU pragma: end_exports
 
 namespace parcelory::test {

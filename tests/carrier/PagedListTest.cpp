@@ -1,9 +1,7 @@
 #include "carrier/PagedList.h"
 #include "carrier/ShippoRecords.h"
-#include "core/Task.h"
 #include "support/RunTask.h"
 #include "support/Table.h"
-#include "support/Test.h"
 
 #include <QTimeZone>
 

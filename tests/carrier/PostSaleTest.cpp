@@ -76,8 +76,7 @@ TEST_F(PostSaleTest, ListsTheLabelsOfTheDaysAskedForNewestFirst)
     EXPECT_EQ(entries.first().company, u"—"_s);
     EXPECT_EQ(entries.first().service, u"UPS Next Day Air®"_s);
     EXPECT_GT(entries.first().amount, 0);
-    EXPECT_TRUE(entries.first().test);
-    EXPECT_TRUE(std::ranges::is_sorted(entries, std::ranges::greater{}, &MasterEntry::date));
+    EXPECT_TRUE(entries.first().test && std::ranges::is_sorted(entries, std::ranges::greater{}, &MasterEntry::date));
 }
 
 TEST_F(PostSaleTest, TakesFromThePurchaseTagWhatTheHistoryNoLongerHolds)

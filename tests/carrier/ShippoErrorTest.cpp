@@ -3,7 +3,6 @@
 #include "carrier/ShippoRecords.h"
 #include "core/ports/HttpTransport.h"
 #include "support/Table.h"
-#include "support/Test.h"
 
 namespace parcelory::test {
 

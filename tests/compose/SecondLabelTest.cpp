@@ -1,8 +1,6 @@
 #include "compose/SecondLabel.h"
 #include "records/ShipmentRecord.h"
 #include "support/CarrierDesk.h"
-#include "support/Table.h"
-#include "support/Test.h"
 
 namespace parcelory::test {
 

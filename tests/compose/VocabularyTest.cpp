@@ -7,7 +7,6 @@
 #include "core/UsStates.h"
 #include "records/BoxProfile.h"
 #include "support/Table.h"
-#include "support/Test.h"
 
 #include <QStringList>
 

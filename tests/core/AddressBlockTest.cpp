@@ -1,8 +1,6 @@
 #include "core/AddressBlock.h"
 #include "core/Accents.h"
-#include "core/ShippoAddress.h"
 #include "support/Table.h"
-#include "support/Test.h"
 
 namespace parcelory::test {
 

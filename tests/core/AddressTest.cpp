@@ -1,7 +1,5 @@
 #include "core/PostalContact.h"
-#include "core/ShippoAddress.h"
 #include "support/Table.h"
-#include "support/Test.h"
 
 namespace parcelory::test {
 namespace {

@@ -1,6 +1,5 @@
 #include "core/CompanySanitizer.h"
 #include "support/Table.h"
-#include "support/Test.h"
 
 namespace parcelory::test {
 

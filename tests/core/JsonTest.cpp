@@ -2,7 +2,6 @@
 #include "carrier/ShippoRecords.h"
 #include "core/RecordField.h"
 #include "support/Table.h"
-#include "support/Test.h"
 
 #include <QTimeZone>
 

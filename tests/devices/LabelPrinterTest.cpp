@@ -2,7 +2,6 @@
 #include "devices/HandoverFile.h"
 #include "support/FakePlatform.h"
 #include "support/Table.h"
-#include "support/Test.h"
 
 #include <QFileInfo>
 #include <QRegularExpression>
@@ -84,8 +83,7 @@ TEST_F(LabelPrinterTest, SendsZplRawThroughAPrivateFileThatIsDeletedAfterwards)
               (QStringList{u"/usr/bin/lpstat -p Zebra"_s, u"/usr/bin/lpr -P Zebra -o raw /parcelory-*.zpl"_s}));
     EXPECT_EQ(world.processes.lastPrinted(), "^XA^POI^LL1218^XZ");
     EXPECT_EQ(handedOver, filePrivacy);
-    EXPECT_TRUE(leftovers().isEmpty());
-    EXPECT_TRUE(world.desktop.opened.isEmpty());
+    EXPECT_TRUE(leftovers().isEmpty() && world.desktop.opened.isEmpty());
 }
 
 TEST_F(LabelPrinterTest, RotatesLabelsUnlessTheClerkTurnsItOff)
@@ -192,8 +190,7 @@ TEST_F(LabelPrinterTest, RejectsUnprintableBytesBeforeStartingATool)
     qputenv("TMPDIR", "/proc"); // not even root can create a file there
     for (const QByteArray &bytes : {QByteArray("^XA^XZ"), QByteArray("%PDF"), QByteArray("\x89PNG")})
         EXPECT_EQ(codedFailureOf([&] { printer.print(parseLabel(bytes), u"Zebra"_s, {}); }).first, 0);
-    EXPECT_TRUE(calls().filter(u"lpr"_s).isEmpty());
-    EXPECT_TRUE(world.desktop.opened.isEmpty());
+    EXPECT_TRUE(calls().filter(u"lpr"_s).isEmpty() && world.desktop.opened.isEmpty());
 }
 
 TEST_F(LabelPrinterTest, ReportsWhyAJobWasRejectedAndStillDeletesTheFile)
@@ -217,8 +214,7 @@ TEST_F(LabelPrinterTest, WaitsThirtySecondsForAPrintSystemThatDoesNotAnswer)
     EXPECT_EQ(codedFailureOf([this] { printer.printPDF("%PDF", u"Laser"_s); }),
               Failure(LabelPrinter::noAnswer,
                       u"the print system did not answer within 30 seconds; the document may still come out"_s));
-    EXPECT_TRUE(leftovers().isEmpty());
-    EXPECT_TRUE(printer.queues().isEmpty());
+    EXPECT_TRUE(leftovers().isEmpty() && printer.queues().isEmpty());
     EXPECT_FALSE(printer.queueReport(u"Zebra"_s).readable);
     printer.tryResume(u"Zebra"_s);
     for (const auto &call : world.processes.calls())
@@ -238,8 +234,7 @@ TEST_F(LabelPrinterTest, SaysWhyThePrintersCannotBeListed)
 TEST_F(LabelPrinterTest, WorksWithoutTheToolThatDescribesQueues)
 {
     unstartable = {u"lpstat"_s};
-    EXPECT_TRUE(printer.queues().isEmpty());
-    EXPECT_TRUE(printer.zebraQueues().isEmpty());
+    EXPECT_TRUE(printer.queues().isEmpty() && printer.zebraQueues().isEmpty());
     EXPECT_FALSE(printer.queueIsPaused(u"Zebra"_s));
     printer.printZPL("^XA^XZ", u"Zebra"_s);
     EXPECT_EQ(world.processes.lastPrinted(), "^XA^POI^XZ");

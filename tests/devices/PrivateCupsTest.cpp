@@ -107,8 +107,7 @@ TEST_F(PrivateCups, ListsTheQueuesAndRecognizesTheZebrasInAnyLanguage)
     EXPECT_EQ(printer.queues(), (QStringList{u"Frozen"_s, u"Laser"_s, u"ZD421"_s}));
     EXPECT_THAT(printer.zebraQueues(), testing::UnorderedElementsAre(u"Frozen"_s, u"ZD421"_s));
     EXPECT_TRUE(printer.queueIsPaused(u"Frozen"_s));
-    EXPECT_FALSE(printer.queueIsPaused(u"ZD421"_s));
-    EXPECT_FALSE(printer.queueIsPaused(u"Unknown"_s));
+    EXPECT_FALSE(printer.queueIsPaused(u"ZD421"_s) || printer.queueIsPaused(u"Unknown"_s));
 }
 
 TEST_F(PrivateCups, DeliversALabelToThePrinterByteForByte)
@@ -195,8 +194,7 @@ TEST_F(PrivateCups, ReportsAMissingQueueAMissingServerAndARejectingQueue)
                       u"lpr failed: /usr/bin/lpr: Error - The printer or class does not exist.\n"_s);
         }
     }
-    EXPECT_TRUE(printer.queues().isEmpty());
-    EXPECT_TRUE(printer.zebraQueues().isEmpty());
+    EXPECT_TRUE(printer.queues().isEmpty() && printer.zebraQueues().isEmpty());
     EXPECT_THROW(printer.listQueues(), SystemError);
     EXPECT_EQ(printer.queueReport(u"ZD421"_s).trouble, PrinterTrouble::noPrintSystem);
     qputenv("CUPS_SERVER", server);

@@ -1,10 +1,8 @@
 #include "devices/ScaleReport.h"
 #include "devices/USBScale.h"
 #include "practice/PracticeScale.h"
-#include "support/FakeClock.h"
 #include "support/FakePlatform.h"
 #include "support/Table.h"
-#include "support/Test.h"
 
 #include <string>
 #include <vector>

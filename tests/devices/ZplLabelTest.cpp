@@ -4,7 +4,6 @@
 #include "devices/zpl/ZplReader.h"
 #include "devices/zpl/ZplTypesetter.h"
 #include "support/Table.h"
-#include "support/Test.h"
 
 #include <ZXing/ReadBarcode.h>
 

@@ -1,7 +1,6 @@
 #include "devices/Zpl.h"
 #include "devices/ZplCommands.h"
 #include "support/Table.h"
-#include "support/Test.h"
 
 namespace parcelory::test {
 namespace {

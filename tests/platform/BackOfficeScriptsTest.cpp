@@ -3,11 +3,9 @@
 
 #include "backoffice/DesklineAuth.h"
 #include "backoffice/Script.h"
-#include "core/Task.h"
 #include "platform/WebEngineSession.h"
 #include "support/RunTask.h"
 #include "support/Table.h"
-#include "support/Test.h"
 
 #include <QDeadlineTimer>
 #undef signals

@@ -3,7 +3,6 @@
 #include "app/AppState.h"
 #include "backoffice/DesklineInvoice.h"
 #include "compose/Customs.h"
-#include "core/Task.h"
 #include "platform/WebEngineSession.h"
 #include "practice/backoffice/BackOfficeScenario.h"
 #include "practice/backoffice/PracticeBackOffice.h"
@@ -159,8 +158,7 @@ TEST_F(WebEngine, SignsInWithAnyPasswordAndStoresItNowhere)
     signIn(user, u"Tr0mbone-48213"_s);
     app->errors.flush();
     for (const QString &place : {folder.path(), webFolder}) {
-        EXPECT_FALSE(anyFileHolds(place, "Tr0mbone-48213"));
-        EXPECT_FALSE(anyFileHolds(place, "deskline_device"));
+        EXPECT_FALSE(anyFileHolds(place, "Tr0mbone-48213") || anyFileHolds(place, "deskline_device"));
     }
 }
 

@@ -5,7 +5,6 @@
 #include "practice/carrier/PracticeLabel.h"
 #include "support/SampleParcel.h"
 #include "support/Table.h"
-#include "support/Test.h"
 
 #include <map>
 #include <set>

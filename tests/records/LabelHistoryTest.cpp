@@ -105,9 +105,7 @@ TEST_F(LabelHistoryTest, KeepsScanFormsFromTheRequestToTheirPages)
     EXPECT_TRUE(forms.store(form.id, {"page 1", "page 2"}));
     EXPECT_EQ(*forms.finished(9), QList{form});
     EXPECT_EQ(*forms.documents(form.id), (QList<QByteArray>{"page 1", "page 2"}));
-    EXPECT_TRUE(forms.underWay(false)->isEmpty());
-    EXPECT_TRUE(forms.remove(test.id));
-    EXPECT_TRUE(forms.underWay(true)->isEmpty());
+    EXPECT_TRUE(forms.underWay(false)->isEmpty() && forms.remove(test.id) && forms.underWay(true)->isEmpty());
 }
 
 } // namespace parcelory::test

@@ -4,7 +4,6 @@
 #include "support/Table.h"
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
 using LogChain::Part;
 using LogChain::Problem;
 
@@ -33,8 +32,7 @@ struct SealedLog : LogFile {
         EXPECT_EQ(log.importEndiciaCSV(path(u"mail.txt"_s)).imported, 1);
         EXPECT_TRUE(log.setRefund(2, RefundState::pending));
         EXPECT_TRUE(LabelHistory(log).setTracked(2, wordOf(TrackingStatus::delivered), QDateTime::currentDateTime()));
-        EXPECT_TRUE(log.setRefund(2, RefundState::granted));
-        EXPECT_TRUE(log.setStatus(3, u"SHIPPED"_s));
+        EXPECT_TRUE(log.setRefund(2, RefundState::granted) && log.setStatus(3, u"SHIPPED"_s));
         EXPECT_TRUE(log.storeCustomsPDF(4, "%PDF"));
     }
     LogChain::Report verified(const QList<LogChain::Head> &known = {}) const { return log.verify(known).orThrow(); }
@@ -91,8 +89,7 @@ TEST(LogChain, AHeadThatWasKeptElsewhereShowsARewrittenChain)
     const LogChain::Head kept = sealed.head();
     sealed.run("DELETE FROM shipments WHERE id = 6; DROP TABLE log_chain; DELETE FROM sqlite_sequence");
     ShipmentLog rewritten(QDir(sealed.folder.path()));
-    EXPECT_TRUE(rewritten.sealOlder());
-    EXPECT_TRUE(rewritten.verify()->findings.isEmpty());
+    EXPECT_TRUE(rewritten.sealOlder() && rewritten.verify()->findings.isEmpty());
     EXPECT_FALSE(rewritten.verify({kept})->findings.isEmpty());
 }
 

@@ -3,7 +3,6 @@
 #include "support/LogFile.h"
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
 
 namespace {
 

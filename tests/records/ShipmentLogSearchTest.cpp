@@ -1,5 +1,4 @@
 #include "core/Task.h"
-#include "records/ShipmentLog.h"
 #include "records/ShipmentLogIndex.h"
 #include "support/LogFile.h"
 #include "support/Table.h"

@@ -4,7 +4,6 @@
 #include "records/ShipmentRecord.h"
 #include "support/LogFile.h"
 #include "support/Table.h"
-#include "support/Test.h"
 
 #include <QBuffer>
 

@@ -1,10 +1,9 @@
 #pragma once
 
-#include "core/Json.h"
-#include "practice/carrier/PracticeCarrier.h"
-#include "support/FakePlatform.h"
-#include "support/RunTask.h"
-#include "support/Table.h"
+#include "practice/carrier/PracticeCarrier.h" // IWYU pragma: export
+#include "support/FakePlatform.h"             // IWYU pragma: export
+#include "support/RunTask.h"                  // IWYU pragma: export
+#include "support/Table.h"                    // IWYU pragma: export
 
 namespace parcelory::test {
 

@@ -1,12 +1,12 @@
 #pragma once
 
-#include "core/AppError.h"
+#include "core/AppError.h" // IWYU pragma: export
 #include "core/Deployment.h"
-#include "core/Platform.h"
+#include "core/Platform.h" // IWYU pragma: export
 #include "platform/NetworkTransport.h"
 #include "practice/MemorySecrets.h"
-#include "support/FakeClock.h"
-#include "support/FakeWebSession.h"
+#include "support/FakeClock.h"      // IWYU pragma: export
+#include "support/FakeWebSession.h" // IWYU pragma: export
 
 #include <QHash>
 #include <QScopeGuard>

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "app/label/LabelScreen.h"
-#include "shell/ErrorLog.h"
-#include "support/CarrierDesk.h"
+#include "app/label/LabelScreen.h" // IWYU pragma: export
+#include "shell/ErrorLog.h"        // IWYU pragma: export
+#include "support/CarrierDesk.h"   // IWYU pragma: export
 
 namespace parcelory::test {
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "records/ShipmentLog.h"
-#include "support/RunTask.h"
-#include "support/Test.h"
+#include "records/ShipmentLog.h" // IWYU pragma: export
+#include "support/RunTask.h"     // IWYU pragma: export
+#include "support/Test.h"        // IWYU pragma: export
 
 #include <QBuffer>
 

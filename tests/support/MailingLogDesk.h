@@ -1,12 +1,9 @@
 #pragma once
 
-#include "app/logs/MailingLogScreen.h"
-#include "core/Task.h"
+#include "app/logs/MailingLogScreen.h" // IWYU pragma: export
 #include "practice/carrier/CarrierScenario.h"
 #include "records/ShipmentRecord.h"
-#include "support/LabelDesk.h"
-
-#include <gmock/gmock.h>
+#include "support/LabelDesk.h" // IWYU pragma: export
 
 namespace parcelory::test {
 

@@ -3,10 +3,7 @@
 #include "app/Screens.h"
 #include "support/CarrierDesk.h"
 
-#include <optional>
-
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
 
 inline ShippoRate rate(const QString &id, const QString &amount)
 {

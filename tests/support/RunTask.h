@@ -1,7 +1,7 @@
 #pragma once
 
-#include "core/Task.h"
-#include "support/FakeClock.h"
+#include "core/Task.h"         // IWYU pragma: export
+#include "support/FakeClock.h" // IWYU pragma: export
 
 #include <QCoreApplication>
 #include <QDeadlineTimer>

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "core/Json.h" // IWYU pragma: export
-#include "core/ShippoAddress.h"
-#include "support/Test.h"
+#include "core/Json.h"          // IWYU pragma: export
+#include "core/ShippoAddress.h" // IWYU pragma: export
+#include "support/Test.h"       // IWYU pragma: export
 
 namespace parcelory::test {
 

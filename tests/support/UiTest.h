@@ -5,11 +5,8 @@
 // IWYU pragma: begin_exports
 #include "support/AppTest.h"
 #include "support/WindowDesk.h"
-#include "ui/parts/Button.h"
 #include "ui/parts/ComboBox.h"
 #include "ui/parts/DateField.h"
-#include "ui/parts/Dialog.h"
-#include "ui/parts/LineEdit.h"
 #include "ui/parts/Notice.h"
 #include "ui/parts/RowTable.h"
 #include "ui/parts/TextLabel.h"

@@ -3,7 +3,6 @@
 #include "app/AppState.h"
 #include "app/update/UpdateChecker.h"
 #include "core/AppBundle.h"
-#include "core/Task.h"
 #include "platform/SystemProcesses.h"
 #include "shell/ErrorLog.h"
 #include "shell/UpdateFeed.h"
@@ -20,7 +19,6 @@
 #include <string>
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
 
 /// An installed version 1.9, a web server for the files in the folder "site", and a private folder for temporary files.
 class UpdateDesk : public testing::Test {

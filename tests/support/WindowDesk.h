@@ -1,14 +1,13 @@
 #pragma once
 
-#include "support/CarrierDesk.h"
-#include "support/Printing.h"
-#include "ui/Program.h"
+#include "support/CarrierDesk.h" // IWYU pragma: export
+#include "ui/Program.h"          // IWYU pragma: export
 #include "ui/WindowKeyboard.h"
 #include "ui/WindowPrompts.h"
 #include "ui/label/LabelView.h"
-#include "ui/parts/Button.h"
-#include "ui/parts/Dialog.h"
-#include "ui/parts/LineEdit.h"
+#include "ui/parts/Button.h"   // IWYU pragma: export
+#include "ui/parts/Dialog.h"   // IWYU pragma: export
+#include "ui/parts/LineEdit.h" // IWYU pragma: export
 
 #include <QApplication>
 #include <QLabel>

@@ -159,8 +159,7 @@ TEST(LabelState, AnUnresolvedPurchaseIsResolvedByHandOnlyIfAskingMayNotHelp)
         desk.settleAll();
         return offers(desk.window(), u"It was not bought"_s);
     };
-    EXPECT_FALSE(offered(false, false));
-    EXPECT_FALSE(offered(true, true));
+    EXPECT_FALSE(offered(false, false) || offered(true, true));
     EXPECT_TRUE(offered(true, false));
     for (const auto &[text, title] : {std::pair{u"It was not bought"_s, u"This Label Was Not Bought?"_s},
                                       std::pair{u"I have the label"_s, u"You Have This Label?"_s}}) {

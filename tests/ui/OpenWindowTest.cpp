@@ -55,8 +55,7 @@ struct OpenWindowDesk : WindowDesk {
 
     OpenWindowDesk()
     {
-        EXPECT_TRUE(app().log.insert(shipment(u"Ruth"_s)));
-        EXPECT_TRUE(app().log.insert(shipment(u"Silas"_s)));
+        EXPECT_TRUE(app().log.insert(shipment(u"Ruth"_s)) && app().log.insert(shipment(u"Silas"_s)));
         app().senders.profiles = app().senders.profiles.value() + QList{away};
         app().boxes.profiles = QList{carton};
         rest();

@@ -205,8 +205,7 @@ TEST_F(AddressBookTest, SaysThatItCannotBeRead)
 
     AddressBook fresh(*app);
     run(fresh.keep(homeAddress()));
-    EXPECT_FALSE(fresh.loaded);
-    EXPECT_FALSE(fresh.kept.value()->isWritten);
+    EXPECT_FALSE(fresh.loaded || fresh.kept.value()->isWritten);
     ASSERT_TRUE(other.exec("ALTER TABLE away RENAME TO addresses"));
     run(fresh.reload());
     EXPECT_TRUE(fresh.loaded && fresh.unreadable.value().isEmpty());

@@ -227,8 +227,7 @@ TEST_F(LabelPurchaseTest, NoFailureLeaksASecret)
         seen += (entry.context + entry.detail).toUtf8();
     EXPECT_TRUE(seen.contains("Eleanor Whitfield") && seen.contains("Buy Label"))
         << "the texts that are searched include alerts and error log";
-    EXPECT_FALSE(seen.contains(PracticeCarrier::testToken.toUtf8()));
-    EXPECT_FALSE(seen.contains("canary-password"));
+    EXPECT_FALSE(seen.contains(PracticeCarrier::testToken.toUtf8()) || seen.contains("canary-password"));
 }
 
 } // namespace parcelory::test

@@ -103,8 +103,7 @@ TEST_F(PurchaseLookupTest, BothLabelsOfARepeatedRequestAreLoggedAndTheSecondIsTo
             purchases().dismiss(purchase);
         clock.advance(62s);
         checkAgain(); // a second label is told once
-        EXPECT_TRUE(purchases().resolved.value().isEmpty());
-        EXPECT_TRUE(app->journal.openPurchases().isEmpty());
+        EXPECT_TRUE(purchases().resolved.value().isEmpty() && app->journal.openPurchases().isEmpty());
     }
 }
 
@@ -178,8 +177,7 @@ TEST_F(PurchaseLookupTest, ALabelThatIsFoundLaterIsKeptUntilItIsLoggedOnce)
     clock.advance(30s);
     checkAgain();
     ASSERT_EQ(unresolved(), 1);
-    EXPECT_TRUE(purchases().unresolved.value().first().isUnlogged);
-    EXPECT_TRUE(purchases().resolved.value().isEmpty());
+    EXPECT_TRUE(purchases().unresolved.value().first().isUnlogged && purchases().resolved.value().isEmpty());
     EXPECT_EQ(app->journal.openPurchases().size(), 1) << "still recorded, if the program ends now";
     settle();
     const qsizetype reports = errors->entries().size();
@@ -190,8 +188,7 @@ TEST_F(PurchaseLookupTest, ALabelThatIsFoundLaterIsKeptUntilItIsLoggedOnce)
     checkAgain();
     EXPECT_EQ(unresolved(), 0);
     ASSERT_EQ(app->log.records().size(), 1);
-    EXPECT_TRUE(newest().trackingURL.startsWith(u"http"_s));
-    EXPECT_TRUE(app->journal.openPurchases().isEmpty());
+    EXPECT_TRUE(newest().trackingURL.startsWith(u"http"_s) && app->journal.openPurchases().isEmpty());
     EXPECT_EQ(newest().createdAt.toMSecsSinceEpoch(), lost.askedAt.toMSecsSinceEpoch())
         << "the time of the purchase, not of the lookup";
     EXPECT_TRUE(app->draftTo.value().isEmpty()) << "the parcel was sold after all";

@@ -44,8 +44,7 @@ TEST_F(PurchasesTest, ALabelWhoseResponseIsLostIsFoundPrintedAndLogged)
     EXPECT_TRUE(banner().startsWith(u"Success! "_s)) << banner().toStdString();
     EXPECT_EQ(sent("/transactions/").size(), 1);
     expectAllLogged(1);
-    EXPECT_TRUE(processes.lastPrinted().contains("^XA"));
-    EXPECT_TRUE(app->journal.openPurchases().isEmpty());
+    EXPECT_TRUE(processes.lastPrinted().contains("^XA") && app->journal.openPurchases().isEmpty());
 }
 
 TEST_F(PurchasesTest, BuyingIsDisabledForTheRecipientWhileTheCarrierIsUnreachable)
@@ -57,8 +56,7 @@ TEST_F(PurchasesTest, BuyingIsDisabledForTheRecipientWhileTheCarrierIsUnreachabl
         << banner().toStdString();
     const OpenPurchase open = app->journal.openPurchases().first();
     EXPECT_TRUE(errors->entries().first().detail.contains(u"rate "_s + open.rateId)) << "support can find it";
-    EXPECT_TRUE(screen().isBuyClosed());
-    EXPECT_TRUE(app->log.records().isEmpty());
+    EXPECT_TRUE(screen().isBuyClosed() && app->log.records().isEmpty());
     app->draftTo = londonAddress();
     EXPECT_FALSE(screen().isBuyClosed());
     app->draftTo = homeAddress();

@@ -1,11 +1,8 @@
 #include "app/records/RecordsScreen.h"
-#include "support/LabelDesk.h"
 #include "support/LogFile.h"
 #include "support/MailingLogDesk.h"
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
-using namespace std::chrono_literals;
 
 namespace {
 

@@ -160,8 +160,7 @@ TEST_F(UpdateDesk, FailsTheRestartIfTheDownloadedFilesWereDeleted)
         EXPECT_EQ(checker.phase, UpdatePhase::idle);
         EXPECT_EQ(entries(u"tmp"_s), QStringList());
     }
-    EXPECT_TRUE(desk.application.started.isEmpty());
-    EXPECT_TRUE(desk.application.ends.isEmpty());
+    EXPECT_TRUE(desk.application.started.isEmpty() && desk.application.ends.isEmpty());
 }
 
 TEST_F(UpdateDesk, DeletesNoFolderButItsOwn)
