@@ -149,6 +149,13 @@ Task<> Gallery::drawDoubt()
     co_await label().validate();
     co_await until([this] { return !label().secondLabel.value().isEmpty(); });
     co_await save(u"new-label-second"_s);
+    RulesScreen &rules = m_program.screens().rules;
+    rules.guardAbove = u"20.00"_s;
+    rules.guardOn = true;
+    co_await clock().sleep(LabelScreen::buyPause);
+    co_await label().buyAndPrint(); // asks, and buys nothing
+    co_await save(u"new-label-spend-guard"_s);
+    rules.guardOn = false;
     ShippoAddress neighbour = practiceRecipient();
     neighbour.name = u"Theodore Ames"_s;
     compose(neighbour);
