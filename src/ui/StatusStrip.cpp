@@ -103,7 +103,7 @@ void StatusStrip::refreshChange()
 {
     const bool isBook = m_app.lastChange.text.value().isEmpty();
     const QString change = m_screens.changeText();
-    m_undo->setAccessibleName(isBook ? u"Undo the change in the address book"_s : u"Undo the last change"_s);
+    nameWidget(m_undo, isBook ? u"Undo the change in the address book"_s : u"Undo the last change"_s);
     const bool news = change != m_change->fullText();
     m_change->setFullText(change);
     m_change->setVisible(!change.isEmpty());

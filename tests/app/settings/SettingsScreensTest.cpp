@@ -106,7 +106,8 @@ TEST_F(SettingsScreenTest, ChoosesTheFirstZebraQueueOnlyIfTheSavedQueueIsNotAZeb
         EXPECT_EQ(saved(settings::zebraQueue), text(row[2]));
         const QString lost = u"“%1” was not found among the Zebra printers — "_s.arg(text(row[0]));
         const bool isWell = row[3].is_null();
-        EXPECT_EQ(screen.printerMessage, (PrinterMessage{isWell ? QString() : lost + text(row[3]), isWell}));
+        EXPECT_EQ(screen.printerMessage,
+                  (isWell ? PrinterMessage{} : PrinterMessage{lost + text(row[3]), false, text(row[0])}));
         EXPECT_EQ(screen.labelPrinterChoices(), texts(row[4]));
         EXPECT_EQ(screen.zebraHint(), text(row[5]));
     }
