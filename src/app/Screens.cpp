@@ -27,8 +27,32 @@ Screens::Screens(AppState &app)
             openLabel.follow(*place);
             labelsOpened = labelsOpened + 1;
         });
+    records.restore.obstacle = [this] { return obstacleToRestore(); };
+    connect(&records, &RecordsScreen::recordsReplaced, this, [this] {
+        spawn([this] { return addressBook.reload(); });
+        spawn([this] { return label.purchases.resume(); });
+    });
     connect(&label.purchases, &Purchases::refundWanted, this,
             [this](const ShipmentRecord &record) { spawn([this, record] { return refundSecond(record); }); });
+}
+
+Task<> Screens::startRecords()
+{
+    const bool isOffered = co_await records.offerIfDamaged();
+    if (!isOffered)
+        spawn([this] { return mailingLog.tellTrouble(); });
+    co_await records.start();
+}
+
+QString Screens::obstacleToRestore() const
+{
+    const QString inProgress = label.busy || label.buying         ? u"A purchase"_s
+                               : m_app.scanFormBusy               ? u"A SCAN form"_s
+                               : addressBook.importing            ? u"An import"_s
+                               : !m_app.refundsUnderWay.isEmpty() ? u"A refund"_s
+                               : mailingLog.busy                  ? u"An import or a refund"_s
+                                                                  : QString();
+    return inProgress.isEmpty() ? QString() : inProgress + u" is in progress — restore the copy when it is done."_s;
 }
 
 /// The mailing log asks the clerk and shows the outcome.

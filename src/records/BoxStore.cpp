@@ -13,14 +13,20 @@ using namespace Qt::StringLiterals;
 
 BoxStore::BoxStore(Platform &platform) : m_file(platform.dataFolder.filePath(u"box_profiles.json"_s))
 {
-    if (const std::optional<QByteArray> bytes = m_file.read()) {
-        try {
-            profiles = decodeJson<QList<BoxProfile>>(*bytes, Keys::asIs);
-        } catch (const DecodeError &) {
-            m_file.setAsideBeforeWrite();
-        }
-    }
+    load();
     m_notifier = profiles.addNotifier([this] { m_file.write(encodeJson(profiles.value(), Keys::asIs)); });
+}
+
+void BoxStore::load()
+{
+    const std::optional<QByteArray> bytes = m_file.read();
+    if (!bytes)
+        return;
+    try {
+        profiles = decodeJson<QList<BoxProfile>>(*bytes, Keys::asIs);
+    } catch (const DecodeError &) {
+        m_file.setAsideBeforeWrite();
+    }
 }
 
 std::optional<BoxProfile> BoxStore::find(const QUuid &id) const

@@ -25,8 +25,12 @@ public:
     void remove(const QUuid &id);
 
     void flush() { m_file.flush(); }
+    /// Reads the file again after it was replaced.
+    void reload() { load(); }
 
 private:
+    void load();
+
     JsonFile m_file;
     QPropertyNotifier m_notifier;
 };

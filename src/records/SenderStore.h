@@ -32,6 +32,8 @@ public:
     void remove(const QUuid &id);
 
     void flush() { m_file.flush(); }
+    /// Reads the file again after it was replaced; keeps the profiles if it has none.
+    void reload() { load(); }
 
 private:
     bool load();
