@@ -152,6 +152,32 @@ Task<> Gallery::drawHelp()
     static_cast<QDialog *>(QApplication::activeModalWidget())->reject();
 }
 
+Task<> Gallery::drawRestore()
+{
+    RecordsScreen &records = m_program.screens().records;
+    co_await records.copyNow();
+    co_await until([&records] { return records.lastGood().has_value(); });
+    records.selected = records.lastGood()->folder;
+    co_await onPool([this, like = app().log.records().first()] {
+        ShipmentRecord label = like;
+        label.labelURL = u"https://labels.example.com/1"_s;
+        for (int number = 1; number <= 3; ++number) {
+            label.transactionID = u"restored-%1"_s.arg(number);
+            if (!app().log.insert(label, number == 3))
+                return;
+        }
+    });
+    m_program.window().settingsView().showPage(SettingsView::Page::records);
+    co_await records.openRestore();
+    co_await until([&records] { return QApplication::activeModalWidget() && records.restore.canRestore(); });
+    co_await save(u"dialog-restore"_s);
+    co_await saveDark(u"dialog-restore"_s);
+    static_cast<QDialog *>(QApplication::activeModalWidget())->reject();
+    records.restore.damaged = u"mailing log"_s; // as the start finds it
+    co_await save(u"settings-records-damaged"_s);
+    records.restore.damaged = QString();
+}
+
 Task<> Gallery::drawSettings()
 {
     app().tab = MainTab::settings;
@@ -167,6 +193,7 @@ Task<> Gallery::drawSettings()
         co_await save(name);
     }
     co_await saveDark(u"settings-api-keys"_s);
+    co_await drawRestore();
     SettingsScreen &settings = m_program.screens().settings;
     co_await settings.printTest();
     co_await until([&settings] { return settings.testLabel.sight.value().picture != nullptr; });

@@ -46,75 +46,106 @@ Merged inTransaction(Database &log, const std::function<std::optional<int>()> &w
     return {.failure = failure};
 }
 
-/// Both logs on one connection: "main" gets rows of "present".
-class Both {
-public:
-    explicit Both(Database &db) : m_db(db) {}
+/// Binds a row's values to the parameters from `parameter` on; they are valid until the row's next step.
+void bindValues(const Statement &row, qsizetype columns, Statement &insert, int parameter)
+{
+    for (int column = 0; column < columns; ++column, ++parameter) {
+        switch (row.kind(column)) {
+        case Statement::Kind::null:
+            insert.bind(parameter, std::optional<QByteArray>());
+            break;
+        case Statement::Kind::number:
+            insert.bind(parameter, row.real(column));
+            break;
+        case Statement::Kind::text:
+            insert.bindInPlace(parameter, row.utf8(column));
+            break;
+        case Statement::Kind::blob:
+            insert.bind(parameter, std::optional(row.bytes(column).toByteArray()));
+            break;
+        }
+    }
+}
 
-    /// The new id; nothing if a statement failed because of `main`, 0 if the row cannot be read.
+/// Copies rows from the present log, which may be damaged, over a connection of its own: a transaction that has read a
+/// damaged page cannot be committed. What cannot be read is left out; false only if the log could not be written.
+class Transfer {
+public:
+    Transfer(const Database &from, Database &to) : m_from(from), m_to(to) {}
+
+    /// The new id; 0 if the row cannot be read, nothing if it could not be stored.
     std::optional<qint64> copyLabel(qint64 id)
     {
-        const QByteArray columns = commonColumns("shipments", {"id"});
-        const auto insert = [&](const QByteArray &values) {
-            return execute(m_db,
-                           "INSERT INTO main.shipments (id, " + columns +
-                               ") SELECT CASE WHEN EXISTS (SELECT 1 FROM main.shipments WHERE id = ?1) THEN NULL ELSE "
-                               "?1 END, " +
-                               values + " FROM present.shipments WHERE id = ?1",
-                           id);
-        };
-        const int before = m_db.totalChanges();
-        if (!insert(columns) && !m_db.isDamaged())
-            return std::nullopt;
+        const QByteArrayList columns = commonColumns("shipments", "id");
         // A document lies on pages of its own, which may be the damaged ones; the carrier's link leads to it again.
-        if (m_db.totalChanges() == before && !insert(QByteArray(columns).replace("customs_pdf", "NULL")) &&
-            !insert(QByteArray(columns).replace("customs_pdf", "NULL").replace("zpl", "NULL")) && !m_db.isDamaged())
-            return std::nullopt;
-        if (m_db.totalChanges() == before)
-            return 0;
-        const qint64 added = m_db.lastInsertedId();
-        return copyNotes(id, added) ? std::optional(added) : std::nullopt;
+        for (const QByteArrayList &left : {QByteArrayList(), {"customs_pdf"}, {"customs_pdf", "zpl"}}) {
+            QByteArrayList values = columns;
+            for (const QByteArray &document : left)
+                values.replace(values.indexOf(document), "NULL");
+            Statement row(m_from, "SELECT " + values.join(", ") + " FROM shipments WHERE id = ?");
+            if (row.isPrepared())
+                row.bind(1, id);
+            if (!row.step())
+                continue;
+            Statement insert(m_to, "INSERT INTO shipments (id, " + columns.join(", ") +
+                                       ") VALUES (CASE WHEN EXISTS (SELECT 1 FROM shipments WHERE id = ?1) THEN NULL"
+                                       " ELSE ?1 END" +
+                                       QByteArray(", ?").repeated(columns.size()) + ")");
+            if (!insert.isPrepared())
+                return std::nullopt;
+            insert.bind(1, id);
+            bindValues(row, columns.size(), insert, 2);
+            if (!insert.execute())
+                return std::nullopt;
+            const qint64 added = m_to.lastInsertedId();
+            return copyNotes(id, added) ? std::optional(added) : std::nullopt;
+        }
+        return 0;
     }
 
     /// Refunds of labels that both have: the money is asked back, whatever the copy says.
     bool takeOverRefunds()
     {
-        Statement changed(m_db, "SELECT p.id, p.status FROM present.shipments p JOIN main.shipments m ON m.id = p.id"
-                                " AND m.transaction_id = p.transaction_id WHERE p.transaction_id <> '' AND"
-                                " p.status IS NOT m.status");
-        QList<std::pair<qint64, QString>> refunds;
-        while (changed.step()) {
-            if (refundState(changed.text(1)) != RefundState::none)
-                refunds.append({changed.integer(0), changed.text(1)});
+        Statement rows(m_from, "SELECT id, transaction_id, status FROM shipments WHERE transaction_id <> ''");
+        Statement same(m_to, "SELECT 1 FROM shipments WHERE id = ? AND transaction_id = ? AND status IS NOT ?");
+        while (rows.step()) {
+            if (refundState(rows.text(2)) == RefundState::none)
+                continue;
+            same.bind(1, rows.integer(0));
+            same.bind(2, rows.text(1));
+            same.bind(3, rows.text(2));
+            const bool isOther = same.step();
+            same.reset();
+            if (isOther && !RefundNotes::putStatus(m_to, rows.integer(0), rows.text(2)))
+                return false;
         }
-        return std::ranges::all_of(
-            refunds, [this](const auto &row) { return RefundNotes::putStatus(m_db, row.first, row.second); });
+        return true;
     }
 
     bool copyScanForms()
     {
-        if (!hasPresent("scan_forms"))
+        if (!ShipmentLogRows::hasTable(m_from, "scan_forms"))
             return true;
-        for (const QByteArray name : {"scan_forms", "scan_form_labels", "scan_form_documents"}) {
-            if (!createLike(name))
+        for (const QByteArray table : {"scan_forms", "scan_form_labels", "scan_form_documents"}) {
+            if (!createLike(table))
                 return false;
         }
-        QList<qint64> forms;
-        Statement added(m_db, "SELECT id FROM present.scan_forms WHERE asked_at NOT IN"
-                              " (SELECT asked_at FROM main.scan_forms) ORDER BY id");
-        while (added.step())
-            forms += added.integer(0);
-        return std::ranges::all_of(forms, [this](qint64 form) {
-            const QByteArray columns = commonColumns("scan_forms", {"id"});
-            if (!execute(m_db,
-                         "INSERT INTO main.scan_forms (" + columns + ") SELECT " + columns +
-                             " FROM present.scan_forms WHERE id = ?",
-                         form))
+        Statement known(m_to, "SELECT 1 FROM scan_forms WHERE asked_at = ?");
+        Statement forms(m_from, "SELECT id, asked_at FROM scan_forms ORDER BY id");
+        while (forms.step()) {
+            known.bind(1, forms.real(1));
+            const bool isKnown = known.step();
+            known.reset();
+            if (isKnown)
+                continue;
+            if (!copyRows("scan_forms", "id", forms.integer(0), std::nullopt))
                 return false;
-            const qint64 id = m_db.lastInsertedId();
-            return copyRows("scan_form_labels", "form_id", form, id) &&
-                   copyRows("scan_form_documents", "form_id", form, id);
-        });
+            const qint64 id = m_to.lastInsertedId();
+            if (!copyRows("scan_form_labels", "form_id", forms.integer(0), id) ||
+                !copyRows("scan_form_documents", "form_id", forms.integer(0), id))
+                return false;
+        }
+        return true;
     }
 
 private:
@@ -122,9 +153,8 @@ private:
     bool copyNotes(qint64 from, qint64 to)
     {
         QByteArrayList tables;
-        Statement names(m_db, "SELECT name FROM present.sqlite_master WHERE type = 'table' AND name <> 'log_chain' AND"
-                              " EXISTS (SELECT 1 FROM pragma_table_info(sqlite_master.name, 'present')"
-                              " WHERE name = 'shipment_id')");
+        Statement names(m_from, "SELECT name FROM sqlite_master WHERE type = 'table' AND name <> 'log_chain' AND EXISTS"
+                                " (SELECT 1 FROM pragma_table_info(sqlite_master.name) WHERE name = 'shipment_id')");
         while (names.step())
             tables += names.text(0).toUtf8();
         return std::ranges::all_of(tables, [&](const QByteArray &table) {
@@ -132,51 +162,62 @@ private:
         });
     }
 
-    bool copyRows(const QByteArray &table, const QByteArray &owner, qint64 from, qint64 to)
+    /// Copies the rows whose `owner` is `from`, now `to`; without `to`, the log gives a new one.
+    bool copyRows(const QByteArray &table, const QByteArray &owner, qint64 from, std::optional<qint64> to)
     {
-        const QByteArray columns = commonColumns(table, {owner});
-        const QByteArray others = columns.isEmpty() ? QByteArray() : ", " + columns;
-        return execute(m_db,
-                       "INSERT OR REPLACE INTO main." + table + " (" + owner + others + ") SELECT ?1" + others +
-                           " FROM present." + table + " WHERE " + owner + " = ?2 ORDER BY rowid",
-                       to, from) ||
-               m_db.isDamaged();
-    }
-
-    bool hasPresent(const QByteArray &table) const
-    {
-        Statement query(m_db, "SELECT 1 FROM present.sqlite_master WHERE name = '" + table + "'");
-        return query.step();
+        const QByteArrayList columns = commonColumns(table, owner);
+        const QByteArray list = columns.isEmpty() ? QByteArray() : ", " + columns.join(", ");
+        Statement rows(m_from, "SELECT " + owner + list + " FROM " + table + " WHERE " + owner + " = ? ORDER BY rowid");
+        Statement insert(m_to, "INSERT OR REPLACE INTO " + table + " (" + owner + list + ") VALUES (?" +
+                                   QByteArray(", ?").repeated(columns.size()) + ")");
+        if (!rows.isPrepared() || !insert.isPrepared())
+            return !rows.isPrepared();
+        rows.bind(1, from);
+        while (rows.step()) {
+            bindValues(rows, columns.size() + 1, insert, 1);
+            if (to)
+                insert.bind(1, *to);
+            else
+                insert.bind(1, std::optional<QByteArray>());
+            if (!insert.execute())
+                return false;
+        }
+        return true;
     }
 
     bool createLike(const QByteArray &table)
     {
-        if (ShipmentLogRows::hasTable(m_db, table.constData()))
+        if (ShipmentLogRows::hasTable(m_to, table.constData()))
             return true;
-        QByteArrayList scripts;
-        Statement made(m_db, "SELECT sql FROM present.sqlite_master WHERE tbl_name = '" + table +
-                                 "' AND sql IS NOT NULL ORDER BY type DESC");
-        while (made.step())
-            scripts += made.text(0).toUtf8();
-        return std::ranges::all_of(scripts, [this](const QByteArray &script) { return m_db.exec(script.constData()); });
+        Statement made(m_from, "SELECT sql FROM sqlite_master WHERE tbl_name = '" + table +
+                                   "' AND sql IS NOT NULL ORDER BY type DESC");
+        while (made.step()) {
+            if (!m_to.exec(made.text(0).toUtf8().constData()))
+                return false;
+        }
+        return true;
     }
 
-    /// The columns that the table has in both logs but `without`, separated by commas.
-    QByteArray commonColumns(const QByteArray &table, const QByteArrayList &without) const
+    static QByteArrayList columnsOf(const Database &db, const QByteArray &table)
     {
         QByteArrayList columns;
-        Statement names(m_db, "SELECT name FROM pragma_table_info('" + table +
-                                  "', 'main') WHERE name IN (SELECT name"
-                                  " FROM pragma_table_info('" +
-                                  table + "', 'present'))");
-        while (names.step()) {
-            if (const QByteArray name = names.text(0).toUtf8(); !without.contains(name))
-                columns += name;
-        }
-        return columns.join(", ");
+        Statement names(db, "SELECT name FROM pragma_table_info('" + table + "')");
+        while (names.step())
+            columns += names.text(0).toUtf8();
+        return columns;
     }
 
-    Database &m_db;
+    /// The columns that the table has in both logs, but not `without`.
+    QByteArrayList commonColumns(const QByteArray &table, const QByteArray &without) const
+    {
+        QByteArrayList columns = columnsOf(m_to, table);
+        const QByteArrayList others = columnsOf(m_from, table);
+        columns.removeIf([&](const QByteArray &name) { return name == without || !others.contains(name); });
+        return columns;
+    }
+
+    const Database &m_from;
+    Database &m_to;
 };
 
 } // namespace
@@ -244,27 +285,21 @@ Added addedSince(const QString &present, const Held &copy, qint64 after)
 
 Merged bringBack(Database &log, const QString &present, const QList<ShipmentRecord> &labels)
 {
-    if (!QFileInfo::exists(present) || !execute(log, "ATTACH ? AS present", present))
-        return {.failure = {}}; // not a database: nothing comes back from it
-    const Merged merged = inTransaction(log, [&]() -> std::optional<int> {
-        Both both(log);
+    if (!QFileInfo::exists(present))
+        return {};
+    const Database from(present);
+    return inTransaction(log, [&]() -> std::optional<int> {
+        Transfer transfer(from, log);
         int count = 0;
-        LogChain::Sealer first(log); // before the first row, so that the chain of an empty log is complete
+        const LogChain::Sealer first(log); // before the first row, so that the chain of an empty log is complete
         for (const ShipmentRecord &label : labels) {
-            const std::optional<qint64> id = both.copyLabel(label.id);
-            if (!id)
+            const std::optional<qint64> id = transfer.copyLabel(label.id);
+            if (!id || (*id && !LogChain::Sealer(log).seal(*id)))
                 return std::nullopt;
-            if (*id == 0)
-                continue;
-            if (!LogChain::Sealer(log).seal(*id))
-                return std::nullopt;
-            ++count;
+            count += *id != 0;
         }
-        return (both.takeOverRefunds() && both.copyScanForms()) || log.isDamaged() ? std::optional(count)
-                                                                                   : std::nullopt;
+        return transfer.takeOverRefunds() && transfer.copyScanForms() ? std::optional(count) : std::nullopt;
     });
-    log.exec("DETACH present");
-    return merged;
 }
 
 Merged append(Database &log, const QList<ShipmentRecord> &labels)

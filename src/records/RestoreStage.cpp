@@ -88,8 +88,11 @@ QString RestoreStage::fill(const QDir &copy, const QList<RecordCopy::File> &file
         if (kept.name == journalName || kept.name.contains(u'/') || kept.name == noteName)
             continue;
         QFile source(copy.filePath(kept.name)), file(path(kept.name));
-        if (!source.copy(file.fileName()))
+        if (!source.open(QIODevice::ReadOnly))
             return kept.name + u": "_s + source.errorString();
+        source.close();
+        if (!source.copy(file.fileName()))
+            return u"the disk is full or can't be written (%1)"_s.arg(kept.name);
         makePrivate(file.fileName());
         if (!file.open(QIODevice::ReadOnly) || double(file.size()) != kept.bytes || contentHash(file) != kept.hash)
             return kept.name + u": not as it was copied"_s;

@@ -3,6 +3,7 @@
 #include "app/records/RestoreReview.h"
 #include "core/Observable.h"
 #include "core/Task.h"
+#include "core/ports/Clock.h"
 #include "records/RestoreStage.h"
 
 #include <functional>
@@ -25,6 +26,7 @@ public:
     /// What keeps records from being replaced now, as a sentence; set once, by the owner of all screens.
     std::function<QString()> obstacle = [] { return QString(); };
 
+    Clock &clock() const { return m_app.platform.clock; }
     bool canRestore() const;
     /// Asks about a copy: reads it, and asks the carrier's account for labels that neither log knows.
     Task<> open(RecordCopy copy);
