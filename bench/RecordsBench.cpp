@@ -1,5 +1,6 @@
 #include "Compare.h"
 #include "LargeLog.h"
+#include "core/Task.h"
 #include "records/LogMerge.h"
 #include "records/RestoreStage.h"
 #include "records/ShipmentLog.h"
@@ -49,8 +50,11 @@ void restoreOfTheRecords(benchmark::State &state)
             const auto held = LogMerge::held(Database(copied));
             const LogMerge::Added added = LogMerge::addedSince(desk.log, *held);
             RestoreStage stage(desk.records);
+            auto aside = QtConcurrent::run(&workPool(), [&desk] {
+                return desk.copies.setAside(QDateTime::currentDateTime(), desk.copy.madeAt).failure;
+            });
             require(stage.fill(QDir(desk.copies.folder().filePath(desk.copy.folder)), desk.copy.files));
-            require(desk.copies.setAside(QDateTime::currentDateTime(), desk.copy.madeAt).failure);
+            require(aside.result());
             Database staged(stage.path(u"mailing_log.sqlite"_s));
             require(LogMerge::bringBack(staged, desk.log, added.labels).failure);
             require(stage.sync());

@@ -41,6 +41,15 @@ QString freeName(const QDir &copies, const QString &name)
     return free;
 }
 
+/// A program that was killed leaves its unfinished copy; a copy that is a day old is nobody's work any more.
+void removeLeftovers(const QDir &copies, const QDateTime &now)
+{
+    for (const QFileInfo &entry : copies.entryInfoList({u'*' + partial}, QDir::Dirs | QDir::NoDotAndDotDot)) {
+        if (entry.lastModified().daysTo(now) > 1)
+            QDir(entry.filePath()).removeRecursively();
+    }
+}
+
 QString named(const QString &name, const QString &failure)
 {
     return failure.isEmpty() ? QString() : name + u": "_s + failure;
@@ -102,6 +111,7 @@ RecordCopy RecordCopies::make(CopyReason reason, const QDateTime &now, const Pro
     RecordCopy copy{.madeAt = now, .reason = wordOf(reason)};
     copy.folder = freeName(copies, now.toString(u"yyyy-MM-dd HH.mm.ss "_s) + copy.reason);
     const QDir folder(copies.filePath(copy.folder + partial));
+    removeLeftovers(copies, now);
     createPrivateFolder(folder);
     copy.failure = folder.exists() ? fill(folder, copy, progress) : u"The copies folder can't be written"_s;
     if (progress.cancelToken().isCanceled()) {
@@ -189,7 +199,8 @@ RecordCopies::SetAside RecordCopies::setAside(const QDateTime &now, const QDateT
     SetAside aside{.copy = {.madeAt = now, .reason = wordOf(CopyReason::beforeRestore), .files = {}}};
     aside.copy.restored = restored;
     aside.copy.folder = setAsideName(now);
-    const QDir folder(copies.filePath(aside.copy.folder + partial));
+    QDir folder(copies.filePath(aside.copy.folder + partial));
+    folder.removeRecursively(); // of a program that was killed
     createPrivateFolder(folder);
     aside.failure = keepAsTheyAre(folder, aside.copy, progress);
     if (aside.failure.isEmpty()) {
@@ -203,8 +214,14 @@ RecordCopies::SetAside RecordCopies::setAside(const QDateTime &now, const QDateT
             aside.failure = u"the copies folder can't be written"_s;
     }
     if (!aside.failure.isEmpty())
-        QDir(folder).removeRecursively();
+        folder.removeRecursively();
     return aside;
+}
+
+void RecordCopies::discard(const RecordCopy &aside) const
+{
+    if (!aside.folder.isEmpty())
+        QDir(folder().filePath(aside.folder)).removeRecursively();
 }
 
 /// Copies the records, also if they are damaged. Returns why that failed; the copy's failure is the damage.
@@ -217,6 +234,8 @@ QString RecordCopies::keepAsTheyAre(const QDir &folder, RecordCopy &copy, const 
         if (!QFileInfo::exists(source))
             continue;
         const QString damage = copyDatabase(Database(source), target, progress);
+        if (progress.cancelToken().isCanceled())
+            return u"it was canceled"_s;
         if (damage.isEmpty())
             continue;
         copy.failure = named(name, damage);

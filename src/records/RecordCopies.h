@@ -94,6 +94,8 @@ public:
     /// Keeps the present records as they are, also if they are damaged, because the copy made at `restored` is about to
     /// replace them. They are kept until somebody deletes them.
     SetAside setAside(const QDateTime &now, const QDateTime &restored, const Progress &progress = {});
+    /// Deletes what setAside() kept, because nothing was restored.
+    void discard(const RecordCopy &aside) const;
     /// "Before Restore 11-20-26": the folder that setAside() would create.
     QString setAsideName(const QDateTime &now) const;
     /// Newest first. A folder without a readable manifest is no copy.

@@ -197,6 +197,10 @@ TEST_F(SettingsViews, RestoreIsAskedAboutAndDamageLeadsToIt)
         EXPECT_EQ(records.restored.value(), QString()) << "Return leaves the records alone";
         EXPECT_FALSE(records.restore.canRestore());
     }
+    app().scanFormBusy = true;
+    click(button(u"Restore…"_s, &view()));
+    EXPECT_EQ(records.message.value(), u"A SCAN form is in progress — restore the copy when it is done."_s);
+    app().scanFormBusy = false;
 }
 
 } // namespace parcelory::test

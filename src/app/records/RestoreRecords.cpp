@@ -1,6 +1,7 @@
 #include "app/records/RestoreRecords.h"
 
 #include "core/AppError.h"
+#include "core/Task.h"
 #include "records/LogMerge.h"
 #include "records/RestoreStage.h"
 
@@ -24,11 +25,8 @@ public:
     {
         if (const QString failure = own(); !failure.isEmpty())
             return failure;
-        if (const QString failure = m_stage.fill(m_copy, m_review.copy.files, part(0, 400)); !failure.isEmpty())
+        if (const QString failure = fillAndSetAside(); !failure.isEmpty())
             return failure;
-        const RecordCopies::SetAside aside = m_app.copies.setAside(m_now, m_review.copy.madeAt, part(400, 800));
-        if (!aside.failure.isEmpty())
-            return u"the present records could not be set aside: "_s + aside.failure;
         if (const QString failure = bringBack(); !failure.isEmpty())
             return failure;
         if (const QString failure = m_stage.sync(); !failure.isEmpty())
@@ -53,6 +51,24 @@ private:
         } catch (const AppError &) {
             return u"another Parcelory has the records open, or the purchase journal can't be written"_s;
         }
+    }
+
+    /// Both at once: each takes about as long as the other.
+    QString fillAndSetAside()
+    {
+        const CancelToken useless;
+        auto setAside = QtConcurrent::run(&workPool(), [this, useless] {
+            return m_app.copies.setAside(m_now, m_review.copy.madeAt, Progress(useless));
+        });
+        const QString failure = m_stage.fill(m_copy, m_review.copy.files, part(0, 800));
+        if (!failure.isEmpty())
+            useless.cancel();
+        const RecordCopies::SetAside aside = setAside.result();
+        if (!failure.isEmpty())
+            m_app.copies.discard(aside.copy);
+        else if (!aside.failure.isEmpty())
+            return u"the present records could not be set aside: "_s + aside.failure;
+        return failure;
     }
 
     QString bringBack()

@@ -139,9 +139,15 @@ void RecordsPage::openRestore()
 void RecordsPage::showEvent(QShowEvent *event)
 {
     SettingsPage::showEvent(event);
-    m_refresh.refreshNow();
-    if (m_damage->isVisibleTo(this) && m_restore->isEnabled())
-        m_restore->setFocus();
+    // The widgets around the page are shown after it.
+    QMetaObject::invokeMethod(
+        this,
+        [this] {
+            m_refresh.refreshNow();
+            if (m_damage->isVisible() && m_restore->isEnabled())
+                m_restore->setFocus();
+        },
+        Qt::QueuedConnection);
 }
 
 void RecordsPage::refresh()

@@ -90,12 +90,12 @@ RestoreDialog::RestoreDialog(Clock &clock, RestoreScreen &restore, QWidget *pare
     m_cancel->setFocus();
 }
 
-void RestoreDialog::reject()
+void RestoreDialog::done(int result)
 {
     if (m_restore.running)
         return;
     m_restore.close();
-    Dialog::reject();
+    Dialog::done(result);
 }
 
 void RestoreDialog::refresh()

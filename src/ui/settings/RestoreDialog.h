@@ -16,7 +16,7 @@ class RestoreDialog : public Dialog {
 public:
     RestoreDialog(Clock &clock, RestoreScreen &restore, QWidget *parent);
 
-    void reject() override;
+    void done(int result) override;
 
 private:
     void refresh();

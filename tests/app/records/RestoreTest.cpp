@@ -202,6 +202,11 @@ TEST_F(RestoreTest, ChangesNothingIfItCannotBeCompleted)
 
     openRestore();
     QDir copies = app->copies.folder();
+    QFile inTheWay(copies.filePath(app->copies.setAsideName(clock.now()) + u".partial"_s));
+    ASSERT_TRUE(inTheWay.open(QIODevice::WriteOnly));
+    expectUnchanged(u"the present records could not be set aside: the copies folder can't be written"_s);
+
+    openRestore();
     QFile copied(copies.filePath(records->selected.value() + u"/mailing_log.sqlite"_s));
     ASSERT_TRUE(copied.open(QIODevice::ReadWrite) && copied.seek(copied.size() - 1) && copied.putChar('x'));
     copied.close();
