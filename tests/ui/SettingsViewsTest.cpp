@@ -183,7 +183,7 @@ TEST_F(SettingsViews, RestoreIsAskedAboutAndDamageLeadsToIt)
         settleAll();
         EXPECT_EQ(app().tab, MainTab::settings);
         Button *restore = button(u"Restore…"_s, &view());
-        EXPECT_EQ(restore->hasFocus(), isDamaged);
+        EXPECT_EQ(window().focusWidget() == restore, isDamaged);
         click(restore);
         Dialog *asked = dialog();
         wait([&] { return records.restore.canRestore(); });

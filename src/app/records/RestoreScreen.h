@@ -45,9 +45,8 @@ private:
     Task<> fetchLabels();
 
     AppState &m_app;
-    int m_asks = 0; ///< counts questions, so that a late answer goes to no other question
-    quint64 m_timer = 0;
-    std::function<void()> m_giveUp; ///< ends the wait for the account
+    int m_asks = 0;      ///< counts questions, so that a late answer goes to no other question
+    quint64 m_timer = 0; ///< ends the wait for the account
 };
 
 } // namespace parcelory
