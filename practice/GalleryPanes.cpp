@@ -173,9 +173,9 @@ Task<> Gallery::drawRestore()
     co_await save(u"dialog-restore"_s);
     co_await saveDark(u"dialog-restore"_s);
     static_cast<QDialog *>(QApplication::activeModalWidget())->reject();
-    records.restore.damaged = u"mailing log"_s; // as the start finds it
+    records.restore.logDamaged = true; // as the start finds it
     co_await save(u"settings-records-damaged"_s);
-    records.restore.damaged = QString();
+    records.restore.logDamaged = false;
 }
 
 Task<> Gallery::drawSettings()

@@ -46,13 +46,13 @@ Task<> Screens::startRecords()
 
 QString Screens::obstacleToRestore() const
 {
-    const QString inProgress = label.busy || label.buying         ? u"A purchase"_s
-                               : m_app.scanFormBusy               ? u"A SCAN form"_s
-                               : addressBook.importing            ? u"An import"_s
-                               : !m_app.refundsUnderWay.isEmpty() ? u"A refund"_s
-                               : mailingLog.busy                  ? u"An import or a refund"_s
-                                                                  : QString();
-    return inProgress.isEmpty() ? QString() : inProgress + u" is in progress — restore the copy when it is done."_s;
+    if (label.busy || label.buying)
+        return u"A purchase is in progress — restore the copy when it is done."_s;
+    if (m_app.scanFormBusy)
+        return u"A SCAN form is in progress — restore the copy when it is done."_s;
+    if (addressBook.importing || mailingLog.busy || !m_app.refundsUnderWay.isEmpty())
+        return u"An import or a refund is in progress — restore the copy when it is done."_s;
+    return {};
 }
 
 /// The mailing log asks the clerk and shows the outcome.

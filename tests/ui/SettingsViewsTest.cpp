@@ -178,7 +178,7 @@ TEST_F(SettingsViews, RestoreIsAskedAboutAndDamageLeadsToIt)
     for (const bool isDamaged : {false, true}) {
         app().tab = MainTab::newLabel;
         settleAll();
-        records.restore.damaged = isDamaged ? u"mailing log"_s : QString();
+        records.restore.logDamaged = isDamaged;
         emit records.attentionWanted();
         settleAll();
         EXPECT_EQ(app().tab, MainTab::settings);

@@ -110,8 +110,9 @@ void RecordsScreen::takeRestore(const QString &failure, const RestoreNote &note)
 
 QString RecordsScreen::damageText() const
 {
-    const QString damaged = restore.damaged;
-    return damaged.isEmpty() ? QString() : u"The %1 is damaged — restore a copy."_s.arg(damaged);
+    return restore.logDamaged    ? u"The mailing log is damaged — restore a copy."_s
+           : restore.bookDamaged ? u"The address book is damaged — restore a copy."_s
+                                 : QString();
 }
 
 Task<bool> RecordsScreen::offerIfDamaged()
@@ -128,7 +129,8 @@ Task<bool> RecordsScreen::offerIfDamaged()
     const bool isLogLost = !found.log.isEmpty() || (found.isEmpty && last && last->labels > 0);
     if (!last || (!isLogLost && found.book.isEmpty()))
         co_return false;
-    restore.damaged = isLogLost ? u"mailing log"_s : u"address book"_s;
+    restore.logDamaged = isLogLost;
+    restore.bookDamaged = !found.book.isEmpty();
     selected = last->folder;
     const QString detail = isLogLost ? found.log : found.book;
     m_app.errors.record(u"Records"_s, AppError(damageText() + (detail.isEmpty() ? QString() : u" ("_s + detail + u')')),
@@ -183,7 +185,7 @@ Task<> RecordsScreen::copyDaily()
                copy.madeAt.toLocalTime().date() == now.date();
     };
     const bool isRecent = m_triedAt.isValid() && m_triedAt.secsTo(now) < pauseAfterFailure;
-    const bool isDamaged = !restore.damaged.value().isEmpty();
+    const bool isDamaged = restore.isDamaged();
     if (isRecent || isDamaged || std::ranges::any_of(copies.value(), isOfToday))
         co_return;
     m_triedAt = now;

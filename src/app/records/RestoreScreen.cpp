@@ -135,7 +135,8 @@ Task<> RestoreScreen::restore()
     if (outcome.failure.isEmpty()) {
         m_app.senders.reload();
         m_app.boxes.reload();
-        damaged = QString();
+        logDamaged = false;
+        bookDamaged = false;
     } else {
         m_app.errors.record(context, AppError(outcome.failure), Popup::no);
     }

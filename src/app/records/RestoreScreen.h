@@ -20,13 +20,14 @@ public:
     Observed<bool> looking{this, false}; ///< reads what the copy and the present records hold
     Observed<RestoreReview> review{this};
     Observed<bool> running{this, false};
-    Observed<double> progress{this, 0}; ///< of the restore
-    Observed<QString> damaged{this};    ///< what is damaged: "mailing log", "address book"; usually empty
+    Observed<double> progress{this, 0};                               ///< of the restore
+    Observed<bool> logDamaged{this, false}, bookDamaged{this, false}; ///< as the start found them
 
     /// What keeps records from being replaced now, as a sentence; set once, by the owner of all screens.
     std::function<QString()> obstacle = [] { return QString(); };
 
     Clock &clock() const { return m_app.platform.clock; }
+    bool isDamaged() const { return logDamaged || bookDamaged; }
     bool canRestore() const;
     /// Asks about a copy: reads it, and asks the carrier's account for labels that neither log knows.
     Task<> open(RecordCopy copy);

@@ -40,11 +40,11 @@ Look lookOf(RestoreTexts::GroupKind kind)
     return {};
 }
 
-QString titleOf(const QString &damaged)
+QString titleOf(const RestoreScreen &restore)
 {
-    if (damaged.isEmpty())
-        return u"Restore This Copy?"_s;
-    return damaged == u"mailing log" ? u"The Mailing Log Is Damaged"_s : u"The Address Book Is Damaged"_s;
+    return restore.logDamaged    ? u"The Mailing Log Is Damaged"_s
+           : restore.bookDamaged ? u"The Address Book Is Damaged"_s
+                                 : u"Restore This Copy?"_s;
 }
 
 TextLabel *wrapped(const QString &text, FontRole role)
@@ -57,7 +57,7 @@ TextLabel *wrapped(const QString &text, FontRole role)
 } // namespace
 
 RestoreDialog::RestoreDialog(Clock &clock, RestoreScreen &restore, QWidget *parent)
-    : Dialog(clock, titleOf(restore.damaged), u"ui_warning"_s, &Tokens::warn, dialogWidth, parent), m_restore(restore),
+    : Dialog(clock, titleOf(restore), u"ui_warning"_s, &Tokens::warn, dialogWidth, parent), m_restore(restore),
       m_name(wrapped({}, FontRole::body)), m_box(new QVBoxLayout), m_note(wrapped({}, FontRole::caption)),
       m_steps(new TextLabel({}, FontRole::caption, &Tokens::muted)),
       m_progress(new ProgressBar(u"Restoring the copy"_s, 0)), m_refresh([this] { refresh(); })
@@ -83,7 +83,7 @@ RestoreDialog::RestoreDialog(Clock &clock, RestoreScreen &restore, QWidget *pare
     disconnect(m_accept, &QPushButton::clicked, this, nullptr); // the dialog stays open until the copy is restored
     connect(m_accept, &QPushButton::clicked, this,
             [this] { spawn([&restore = m_restore] { return restore.restore(); }); });
-    m_cancel = addButton(restore.damaged.value().isEmpty() ? u"Cancel"_s : u"Not Now"_s, Rejected, Button::Kind::solid);
+    m_cancel = addButton(restore.isDamaged() ? u"Not Now"_s : u"Cancel"_s, Rejected, Button::Kind::solid);
     connect(&restore, &RestoreScreen::finished, this, [this] { done(Accepted); });
     m_refresh.follow(restore);
     refresh();
