@@ -47,6 +47,7 @@ private:
     Task<> drawMasterLog();
     Task<> drawReprint();
     Task<> drawScanForm();
+    Task<> drawRestore();
     Task<> drawSettings();
     Task<> drawLogs(QString name);
     void compose(const ShippoAddress &to);

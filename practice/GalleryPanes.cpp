@@ -157,6 +157,32 @@ Task<> Gallery::drawHelp()
     static_cast<QDialog *>(QApplication::activeModalWidget())->reject();
 }
 
+Task<> Gallery::drawRestore()
+{
+    RecordsScreen &records = m_program.screens().records;
+    co_await records.copyNow();
+    co_await until([&records] { return records.lastGood().has_value(); });
+    records.selected = records.lastGood()->folder;
+    co_await onPool([this, like = app().log.records().first()] {
+        ShipmentRecord label = like;
+        label.labelURL = u"https://labels.example.com/1"_s;
+        for (int number = 1; number <= 3; ++number) {
+            label.transactionID = u"restored-%1"_s.arg(number);
+            if (!app().log.insert(label, number == 3))
+                return;
+        }
+    });
+    m_program.window().settingsView().showPage(SettingsView::Page::records);
+    co_await records.openRestore();
+    co_await until([&records] { return QApplication::activeModalWidget() && records.restore.canRestore(); });
+    co_await save(u"dialog-restore"_s);
+    co_await saveDark(u"dialog-restore"_s);
+    static_cast<QDialog *>(QApplication::activeModalWidget())->reject();
+    records.restore.logDamaged = true; // as the start finds it
+    co_await save(u"settings-records-damaged"_s);
+    records.restore.logDamaged = false;
+}
+
 Task<> Gallery::drawSettings()
 {
     app().tab = MainTab::settings;
@@ -185,6 +211,7 @@ Task<> Gallery::drawSettings()
     co_await save(u"settings-rules-guard"_s);
     co_await saveDark(u"settings-rules"_s);
     app().rules.setOn(u"fedex-signature"_s, true);
+    co_await drawRestore();
     SettingsScreen &settings = m_program.screens().settings;
     co_await settings.printTest();
     co_await until([&settings] { return settings.testLabel.sight.value().picture != nullptr; });

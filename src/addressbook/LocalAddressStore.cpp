@@ -6,7 +6,9 @@
 #include "core/PostalContact.h"
 #include "core/PrivateFiles.h"
 #include "core/Progress.h"
+#include "core/SqliteCheck.h"
 
+#include <QFile>
 #include <QScopeGuard>
 #include <QSet>
 #include <QStringEncoder>
@@ -16,6 +18,7 @@
 #include <chrono>
 #include <functional>
 #include <mutex>
+#include <shared_mutex>
 #include <tuple>
 #include <utility>
 
@@ -143,10 +146,11 @@ QString LocalAddressStore::sourceName()
     return u"Parcelory Address Book"_s;
 }
 
-LocalAddressStore::LocalAddressStore(const QDir &folder) : m_db(pathIn(folder), std::chrono::milliseconds(0))
+LocalAddressStore::LocalAddressStore(const QDir &folder)
+    : m_path(pathIn(folder)), m_db(m_path, std::chrono::milliseconds(0))
 {
     if (!m_db.isOpen())
-        qWarning("Parcelory: cannot open address store at %s", qUtf8Printable(pathIn(folder)));
+        qWarning("Parcelory: cannot open address store at %s", qUtf8Printable(m_path));
     if (whyNotReady().isEmpty())
         refreshCount();
     m_db.setPatience(Database::busyTimeout);
@@ -201,6 +205,7 @@ void LocalAddressStore::refreshCount()
 
 LocalAddressStore::Book LocalAddressStore::read(const QString &matching) const
 {
+    const std::shared_lock use(m_use);
     Book book;
     book.failure = whyNotReady();
     if (!book.failure.isEmpty())
@@ -243,6 +248,7 @@ bool LocalAddressStore::write(Statement &statement)
 
 bool LocalAddressStore::upsert(const PostalContact &contact)
 {
+    const std::shared_lock use(m_use);
     const std::lock_guard writing(m_writing);
     if (!isWritable())
         return false;
@@ -257,6 +263,7 @@ bool LocalAddressStore::upsert(const PostalContact &contact)
 
 LocalAddressStore::Removal LocalAddressStore::remove(const QUuid &id)
 {
+    const std::shared_lock use(m_use);
     const std::lock_guard writing(m_writing);
     if (!isWritable())
         return Removal::failed;
@@ -271,6 +278,7 @@ LocalAddressStore::Removal LocalAddressStore::remove(const QUuid &id)
 
 LocalAddressStore::Merged LocalAddressStore::add(const ReadAddresses &read, const CancelToken &cancel)
 {
+    const std::shared_lock use(m_use);
     const std::lock_guard writing(m_writing);
     const auto fail = [this](const QString &reason) {
         m_lastError = reason;
@@ -339,6 +347,34 @@ QString LocalAddressStore::lastError() const
 {
     const std::lock_guard writing(m_writing);
     return m_lastError;
+}
+
+QString LocalAddressStore::damage() const
+{
+    constexpr auto limit = std::chrono::seconds(3); // a writer waits for up to five
+    return damageIn(m_path, limit);
+}
+
+int LocalAddressStore::addedSince(const QString &present, const QString &copy)
+{
+    if (!QFile::exists(present) || !QFile::exists(copy))
+        return 0;
+    const Database db(present);
+    if (!execute(db, "ATTACH ? AS copy", copy))
+        return 0;
+    Statement added(db, "SELECT count(*) FROM main.addresses WHERE uuid NOT IN (SELECT uuid FROM copy.addresses)");
+    return added.step() ? int(added.integer(0)) : 0;
+}
+
+QString LocalAddressStore::replaceFile(const std::function<QString()> &replace)
+{
+    const std::lock_guard use(m_use);
+    const QString failure = replace();
+    m_db.reopen();
+    m_isReady = false;
+    if (whyNotReady().isEmpty())
+        refreshCount();
+    return failure;
 }
 
 } // namespace parcelory

@@ -11,8 +11,10 @@
 #include <QList>
 #include <QObject>
 
+#include <functional>
 #include <mutex>
 #include <optional>
+#include <shared_mutex>
 
 namespace parcelory {
 
@@ -73,6 +75,13 @@ public:
 
     /// Why the last write failed.
     QString lastError() const;
+    /// What is wrong with the file, as far as a check of a few seconds finds it; empty if nothing is.
+    QString damage() const;
+    QString path() const { return m_path; }
+    /// How many entries a book has that its copy lacks; 0 if either cannot be read.
+    static int addedSince(const QString &present, const QString &copy);
+    /// Lets `replace` put another file in the book's place, while nobody reads or writes it. Returns its result.
+    QString replaceFile(const std::function<QString()> &replace);
 
 private:
     bool exec(const char *sql) const;
@@ -86,6 +95,8 @@ private:
     void addAll(const QList<PostalContact> &contacts, Prepare prepare, Key key, const CancelToken &cancel,
                 Merged &merged);
 
+    const QString m_path;
+    mutable std::shared_mutex m_use; ///< held alone while the file is replaced
     mutable Database m_db;
     mutable std::mutex m_opening;   ///< guards m_isReady
     mutable bool m_isReady = false; ///< the file is open and has the table

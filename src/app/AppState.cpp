@@ -44,10 +44,11 @@ QDir copiesFolder(const Platform &host)
 } // namespace
 
 AppState::AppState(Platform &host)
-    : platform(host), errors(ErrorLog::shared()), sanitizer(host.deployment.storeNames), rules(host), credentials(host),
-      auth(host), invoices(auth, sanitizer), keys(host.secrets, host.preferences), shippo(host, keys), scale(host.hid),
-      log(host.dataFolder), labelHistory(log), scanForms(log), journal(host.dataFolder), senders(host), boxes(host),
-      drafts(host.dataFolder), addressBook(host.dataFolder),
+    : platform(host), errors(ErrorLog::shared()), completedRestore(RestoreStage::finishInterrupted(host.dataFolder)),
+      sanitizer(host.deployment.storeNames), rules(host), credentials(host), auth(host), invoices(auth, sanitizer),
+      keys(host.secrets, host.preferences), shippo(host, keys), scale(host.hid), log(host.dataFolder),
+      labelHistory(log), scanForms(log), journal(host.dataFolder), senders(host), boxes(host), drafts(host.dataFolder),
+      addressBook(host.dataFolder),
       copies(host.dataFolder, copiesFolder(host),
              {{u"purchase_journal.sqlite"_s, [this](const QString &path) { return journal.copyTo(path); }}}),
       appleContacts(host.contacts, host.clock, host.dataFolder), printer(host), printWatch(printer, host.clock),

@@ -23,6 +23,7 @@
 #include "records/LabelHistory.h"
 #include "records/PurchaseJournal.h"
 #include "records/RecordCopies.h"
+#include "records/RestoreStage.h"
 #include "records/ScanForms.h"
 #include "records/SenderStore.h"
 #include "records/ShipmentLog.h"
@@ -103,6 +104,8 @@ public:
     Observed<std::optional<DesklineInvoice>> scannedInvoice{this}; ///< the last invoice read
     Observed<QDateTime> invoiceSoldAt{this};                       ///< when its label was bought; invalid: not yet
 
+    /// A restore of the records that an earlier run began and this start completed. Before the stores open their files.
+    const std::optional<RestoreNote> completedRestore;
     CompanySanitizer sanitizer;
     ShippingRules rules;
     SavedCredentials credentials;

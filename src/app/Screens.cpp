@@ -38,8 +38,32 @@ Screens::Screens(AppState &app)
             });
     connect(&app.senders, &SenderStore::overridden, this, &Screens::tellOverridden);
     connect(&app.boxes, &BoxStore::overridden, this, &Screens::tellOverridden);
+    records.restore.obstacle = [this] { return obstacleToRestore(); };
+    connect(&records, &RecordsScreen::recordsReplaced, this, [this] {
+        spawn([this] { return addressBook.reload(); });
+        spawn([this] { return label.purchases.resume(); });
+    });
     connect(&label.purchases, &Purchases::refundWanted, this,
             [this](const ShipmentRecord &record) { spawn([this, record] { return refundSecond(record); }); });
+}
+
+Task<> Screens::startRecords()
+{
+    const bool isOffered = co_await records.offerIfDamaged();
+    if (!isOffered)
+        spawn([this] { return mailingLog.tellTrouble(); });
+    co_await records.start();
+}
+
+QString Screens::obstacleToRestore() const
+{
+    if (label.busy || label.buying)
+        return u"A purchase is in progress — restore the copy when it is done."_s;
+    if (m_app.scanFormBusy)
+        return u"A SCAN form is in progress — restore the copy when it is done."_s;
+    if (addressBook.importing || mailingLog.busy || !m_app.refundsUnderWay.isEmpty())
+        return u"An import or a refund is in progress — restore the copy when it is done."_s;
+    return {};
 }
 
 /// The mailing log asks the clerk and shows the outcome.

@@ -59,12 +59,20 @@ public:
 
     /// Creates the SCAN form for today's labels of the chosen return address.
     Task<> createScanForm();
-    /// True while a purchase or a SCAN form is being made, which is not repeated: the program must not end now.
-    bool mustStayOpen() const { return label.buying || m_app.scanFormBusy; }
+    /// True while a purchase or a SCAN form is being made, which is not repeated, or the records are replaced: the
+    /// program must not end now.
+    bool mustStayOpen() const { return label.buying || m_app.scanFormBusy || records.restore.running; }
     /// The restart into an update ends the process, so it must wait for a purchase, refund or SCAN form in progress.
-    bool mayRestart() const { return !label.busy && !mailingLog.busy && !m_app.scanFormBusy; }
+    bool mayRestart() const
+    {
+        return !label.busy && !mailingLog.busy && !m_app.scanFormBusy && !records.restore.running;
+    }
+    /// At the start: offers a copy if the records are damaged, or says what else is wrong with the mailing log; then
+    /// makes the copy of the day.
+    Task<> startRecords();
 
 private:
+    QString obstacleToRestore() const;
     Task<> refundSecond(ShipmentRecord label);
     void tellOverridden(const QStringList &names);
 

@@ -67,6 +67,8 @@ MasterEntry entryOf(const ShippoTransaction &transaction, const BoughtRate &boug
     entry.amount = decimalOrZero(bought.rate ? bought.rate->amount : known.amount.value_or(QString()));
     entry.tracking = transaction.trackingNumber.value_or(QString());
     entry.trackingURL = transaction.trackingUrlProvider.value_or(QString());
+    entry.labelURL = transaction.labelUrl.value_or(QString());
+    entry.office = tag.office;
     entry.test = transaction.test.value_or(false);
     return entry;
 }

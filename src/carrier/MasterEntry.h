@@ -22,6 +22,8 @@ struct MasterEntry {
     QString trackingURL; ///< the carrier's page
     QString status;      ///< in the carrier's words
     bool test = false;
+    QString labelURL;
+    QString office; ///< the sender's ZIP, if Parcelory bought the label; otherwise empty
 
     bool operator==(const MasterEntry &) const = default;
 };

@@ -29,14 +29,20 @@ BoxStore::BoxStore(Platform &platform)
                  return merged(base, ours, theirs);
              })
 {
-    if (const std::optional<QByteArray> bytes = m_file.read()) {
-        try {
-            profiles = decodeJson<QList<BoxProfile>>(*bytes, Keys::asIs);
-        } catch (const DecodeError &) {
-            m_file.setAsideBeforeWrite();
-        }
-    }
+    load();
     m_notifier = profiles.addNotifier([this] { m_file.write(encodeJson(profiles.value(), Keys::asIs)); });
+}
+
+void BoxStore::load()
+{
+    const std::optional<QByteArray> bytes = m_file.read();
+    if (!bytes)
+        return;
+    try {
+        profiles = decodeJson<QList<BoxProfile>>(*bytes, Keys::asIs);
+    } catch (const DecodeError &) {
+        m_file.setAsideBeforeWrite();
+    }
 }
 
 std::optional<BoxProfile> BoxStore::find(const QUuid &id) const

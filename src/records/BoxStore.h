@@ -29,12 +29,15 @@ public:
     void insert(qsizetype place, const BoxProfile &box);
 
     void flush() { m_file.flush(); }
+    /// Reads the file again after it was replaced.
+    void reload() { load(); }
 
 signals:
     /// These boxes were changed here and by another program; the changes made here are kept.
     void overridden(const QStringList &names);
 
 private:
+    void load();
     std::optional<QByteArray> merged(const QByteArray &base, const QByteArray &ours, const QByteArray &theirs);
 
     JsonFile m_file;

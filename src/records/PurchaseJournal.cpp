@@ -258,6 +258,19 @@ QString PurchaseJournal::copyTo(const QString &path)
     return isReady() ? copyDatabase(*m_db, path) : m_obstacle;
 }
 
+int PurchaseJournal::takeOver(const QString &copy)
+{
+    const std::lock_guard turn(m_access);
+    if (!isReady())
+        return 0;
+    {
+        Statement used(*m_db, "SELECT 1 FROM sqlite_sequence WHERE name = 'purchases'");
+        if (used.step() || !used.isComplete())
+            return 0;
+    }
+    return copyReadableEntries(*m_db, copy);
+}
+
 bool PurchaseJournal::update(qint64 id, const ShipmentRecord &record)
 {
     const std::lock_guard turn(m_access);

@@ -69,6 +69,10 @@ public:
     /// the file.
     QString copyTo(const QString &path);
 
+    /// Takes over the open purchases and refunds of a copy, unless this journal has ever had a purchase: then it knows
+    /// better. Returns how many.
+    int takeOver(const QString &copy);
+
     /// Records that a refund is about to be requested; throws AppError if that could not be stored.
     void beginRefund(const OpenRefund &refund);
     bool closeRefund(const QString &transactionId);

@@ -1,11 +1,13 @@
 #include "records/RecordCopies.h"
 
+#include "core/DiskSync.h"
+#include "core/FileHash.h"
 #include "core/Json.h"
 #include "core/PrivateFiles.h"
 #include "core/Sqlite.h"
+#include "core/SqliteCheck.h"
 #include "core/SqliteCopy.h"
 
-#include <QCryptographicHash>
 #include <QFile>
 #include <QFileInfo>
 #include <QSaveFile>
@@ -25,26 +27,27 @@ const QStringList plainFiles{u"sender_profiles.json"_s, u"box_profiles.json"_s};
 const QString manifestName = u"copy.json"_s;
 const QString partial = u".partial"_s; ///< of the folder's name until the copy is complete
 
-QString hashOf(QFile &file)
-{
-    QCryptographicHash hash(QCryptographicHash::Blake2b_256);
-    return file.seek(0) && hash.addData(&file) ? QString::fromLatin1(hash.result().toHex()) : QString();
-}
-
-/// What SQLite's own check says; empty if the database is sound.
-QString damageOf(const Database &db)
-{
-    Statement check(db, "PRAGMA integrity_check(1)");
-    if (!check.step())
-        return db.lastError();
-    const QString result = check.text(0);
-    return result == "ok"_L1 ? QString() : result;
-}
-
 int countOf(const Database &db, const QByteArray &table)
 {
     Statement count(db, "SELECT count(*) FROM " + table);
     return count.step() ? int(count.integer(0)) : 0;
+}
+
+QString freeName(const QDir &copies, const QString &name)
+{
+    QString free = name;
+    for (int number = 2; copies.exists(free); ++number)
+        free = name + u' ' + QString::number(number);
+    return free;
+}
+
+/// A program that was killed leaves its unfinished copy; a copy that is a day old is nobody's work any more.
+void removeLeftovers(const QDir &copies, const QDateTime &now)
+{
+    for (const QFileInfo &entry : copies.entryInfoList({u'*' + partial}, QDir::Dirs | QDir::NoDotAndDotDot)) {
+        if (entry.lastModified().daysTo(now) > 1)
+            QDir(entry.filePath()).removeRecursively();
+    }
 }
 
 QString named(const QString &name, const QString &failure)
@@ -65,6 +68,8 @@ QString wordOf(CopyReason reason)
         return u"beforeUpdate"_s;
     case CopyReason::byHand:
         return u"byHand"_s;
+    case CopyReason::beforeRestore:
+        return u"beforeRestore"_s;
     }
     return {};
 }
@@ -104,11 +109,9 @@ RecordCopy RecordCopies::make(CopyReason reason, const QDateTime &now, const Pro
     const std::lock_guard making(m_making);
     const QDir copies = this->folder();
     RecordCopy copy{.madeAt = now, .reason = wordOf(reason)};
-    const QString name = now.toString(u"yyyy-MM-dd HH.mm.ss "_s) + copy.reason;
-    copy.folder = name;
-    for (int number = 2; copies.exists(copy.folder); ++number)
-        copy.folder = name + u' ' + QString::number(number);
+    copy.folder = freeName(copies, now.toString(u"yyyy-MM-dd HH.mm.ss "_s) + copy.reason);
     const QDir folder(copies.filePath(copy.folder + partial));
+    removeLeftovers(copies, now);
     createPrivateFolder(folder);
     copy.failure = folder.exists() ? fill(folder, copy, progress) : u"The copies folder can't be written"_s;
     if (progress.cancelToken().isCanceled()) {
@@ -130,9 +133,16 @@ RecordCopy RecordCopies::make(CopyReason reason, const QDateTime &now, const Pro
     return copy;
 }
 
-/// Counts what the copied databases hold.
-void RecordCopies::describe(const QDir &folder, RecordCopy &copy)
+/// Notes the files and counts what the copied databases hold. Returns what is wrong with them.
+QString RecordCopies::describe(const QDir &folder, RecordCopy &copy)
 {
+    for (const QString &name : folder.entryList(QDir::Files)) {
+        QFile file(folder.filePath(name));
+        const QString hash = file.open(QIODevice::ReadOnly) ? contentHash(file) : QString();
+        if (hash.isEmpty())
+            return named(name, file.errorString());
+        copy.files.append({.name = name, .bytes = double(file.size()), .hash = hash});
+    }
     if (folder.exists(databases[0])) {
         const Database log(folder.filePath(databases[0]));
         copy.labels = countOf(log, "shipments");
@@ -142,6 +152,7 @@ void RecordCopies::describe(const QDir &folder, RecordCopy &copy)
     }
     if (folder.exists(databases[1]))
         copy.addresses = countOf(Database(folder.filePath(databases[1])), "addresses");
+    return checkDatabases(folder, copy.files);
 }
 
 /// Returns what failed.
@@ -173,15 +184,78 @@ QString RecordCopies::fill(const QDir &folder, RecordCopy &copy, const Progress 
         if (source.exists() && !source.copy(folder.filePath(name)))
             return named(name, source.errorString());
     }
-    for (const QString &name : folder.entryList(QDir::Files)) {
-        QFile file(folder.filePath(name));
-        const QString hash = file.open(QIODevice::ReadOnly) ? hashOf(file) : QString();
-        if (hash.isEmpty())
-            return named(name, file.errorString());
-        copy.files.append({.name = name, .bytes = double(file.size()), .hash = hash});
+    return describe(folder, copy);
+}
+
+QString RecordCopies::setAsideName(const QDateTime &now) const
+{
+    return freeName(folder(), u"Before Restore "_s + now.toLocalTime().toString(u"MM-dd-yy"_s));
+}
+
+RecordCopies::SetAside RecordCopies::setAside(const QDateTime &now, const QDateTime &restored, const Progress &progress)
+{
+    const std::lock_guard making(m_making);
+    const QDir copies = this->folder();
+    SetAside aside{.copy = {.madeAt = now, .reason = wordOf(CopyReason::beforeRestore), .files = {}}};
+    aside.copy.restored = restored;
+    aside.copy.folder = setAsideName(now);
+    QDir folder(copies.filePath(aside.copy.folder + partial));
+    folder.removeRecursively(); // of a program that was killed
+    createPrivateFolder(folder);
+    aside.failure = keepAsTheyAre(folder, aside.copy, progress);
+    if (aside.failure.isEmpty()) {
+        const QString damage = describe(folder, aside.copy);
+        aside.copy.failure = aside.copy.failure.isEmpty() ? damage : aside.copy.failure;
+        bool isWritten = writeManifest(folder, aside.copy);
+        for (const QString &name : folder.entryList(QDir::Files))
+            isWritten = syncToDisk(folder.filePath(name)) && isWritten;
+        if (!isWritten || !QDir().rename(folder.path(), copies.filePath(aside.copy.folder)) ||
+            !syncToDisk(copies.path()))
+            aside.failure = u"the copies folder can't be written"_s;
     }
-    describe(folder, copy);
-    return check(folder, copy.files);
+    if (!aside.failure.isEmpty())
+        folder.removeRecursively();
+    return aside;
+}
+
+void RecordCopies::discard(const RecordCopy &aside) const
+{
+    if (!aside.folder.isEmpty())
+        QDir(folder().filePath(aside.folder)).removeRecursively();
+}
+
+/// Copies the records, also if they are damaged. Returns why that failed; the copy's failure is the damage.
+QString RecordCopies::keepAsTheyAre(const QDir &folder, RecordCopy &copy, const Progress &progress) const
+{
+    if (!folder.exists() || !QFileInfo(folder.path()).isWritable())
+        return u"the copies folder can't be written"_s;
+    for (const QString &name : databases) {
+        const QString source = m_records.filePath(name), target = folder.filePath(name);
+        if (!QFileInfo::exists(source))
+            continue;
+        const QString damage = copyDatabase(Database(source), target, progress);
+        if (progress.cancelToken().isCanceled())
+            return u"it was canceled"_s;
+        if (damage.isEmpty())
+            continue;
+        copy.failure = named(name, damage);
+        for (const QString &side : {QString(), u"-journal"_s}) {
+            QFile::remove(target + side);
+            QFile file(source + side);
+            if (file.exists() && !file.copy(target + side))
+                return named(name, file.errorString());
+        }
+    }
+    for (const OwnedFile &file : m_owned) {
+        if (const QString failure = file.copyTo(folder.filePath(file.name)); !failure.isEmpty())
+            return named(file.name, failure);
+    }
+    for (const QString &name : plainFiles) {
+        QFile source(m_records.filePath(name));
+        if (source.exists() && !source.copy(folder.filePath(name)))
+            return named(name, source.errorString());
+    }
+    return {};
 }
 
 bool RecordCopies::writeManifest(const QDir &folder, const RecordCopy &copy) const
@@ -220,11 +294,18 @@ QString RecordCopies::check(const QDir &folder, const QList<RecordCopy::File> &f
 {
     for (const RecordCopy::File &kept : files) {
         QFile file(folder.filePath(kept.name));
-        if (!file.open(QIODevice::ReadOnly) || double(file.size()) != kept.bytes || hashOf(file) != kept.hash)
+        if (!file.open(QIODevice::ReadOnly) || double(file.size()) != kept.bytes || contentHash(file) != kept.hash)
             return named(kept.name, u"not as it was copied"_s);
+    }
+    return checkDatabases(folder, files);
+}
+
+QString RecordCopies::checkDatabases(const QDir &folder, const QList<RecordCopy::File> &files)
+{
+    for (const RecordCopy::File &kept : files) {
         if (!kept.name.endsWith(".sqlite"_L1))
             continue;
-        if (const QString damage = damageOf(Database(file.fileName())); !damage.isEmpty())
+        if (const QString damage = integrityFailure(Database(folder.filePath(kept.name))); !damage.isEmpty())
             return named(kept.name, damage);
     }
     return {};
@@ -248,7 +329,7 @@ QList<RecordCopy> RecordCopies::expired(const QList<RecordCopy> &copies)
                 months.insert(month);
             else
                 gone += copy;
-        } else if (days.size() >= keptDays && day < oldestDay) {
+        } else if (days.size() >= keptDays && day < oldestDay && copy.reason != wordOf(CopyReason::beforeRestore)) {
             gone += copy;
         }
     }

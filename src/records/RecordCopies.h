@@ -11,11 +11,12 @@
 
 #include <functional>
 #include <mutex>
+#include <optional>
 #include <tuple>
 
 namespace parcelory {
 
-enum class CopyReason { daily, beforeImport, beforeUpdate, byHand };
+enum class CopyReason { daily, beforeImport, beforeUpdate, byHand, beforeRestore };
 
 /// A copy of the records, as its manifest copy.json describes it.
 struct RecordCopy {
@@ -34,13 +35,14 @@ struct RecordCopy {
 
     QString folder; ///< its name in the folder of the copies; not in the manifest
     QDateTime madeAt;
-    QString reason;          ///< "daily", "beforeImport", "beforeUpdate", "byHand"
+    QString reason;          ///< wordOf() a CopyReason
     int labels = 0;          ///< rows of the mailing log
     int addresses = 0;       ///< entries of the address book
     double headPosition = 0; ///< the end of the mailing log's chain of hashes; see LogChain
     QString headHash;        ///< hexadecimal
     QList<File> files;
-    QString failure; ///< why the copy failed or cannot be trusted; empty if its check passed
+    QString failure;                   ///< why the copy failed or cannot be trusted; empty if its check passed
+    std::optional<QDateTime> restored; ///< of the records before a restore: when the copy that replaced them was made
 
     bool operator==(const RecordCopy &) const = default;
     bool isGood() const { return failure.isEmpty(); }
@@ -57,7 +59,8 @@ struct RecordCopy {
                           field("headPosition", &C::headPosition),
                           field("headHash", &C::headHash),
                           field("files", &C::files),
-                          field("failure", &C::failure)};
+                          field("failure", &C::failure),
+                          field("restored", &C::restored)};
     }
 };
 
@@ -84,6 +87,17 @@ public:
     /// Copies, checks the copy and deletes copies that are no longer kept. A failed copy keeps only its manifest.
     /// `progress` counts bytes; a canceled copy leaves nothing.
     RecordCopy make(CopyReason reason, const QDateTime &now, const Progress &progress = {});
+    struct SetAside {
+        RecordCopy copy;
+        QString failure; ///< why not everything could be kept, for the end of a sentence; empty if it was
+    };
+    /// Keeps the present records as they are, also if they are damaged, because the copy made at `restored` is about to
+    /// replace them. They are kept until somebody deletes them.
+    SetAside setAside(const QDateTime &now, const QDateTime &restored, const Progress &progress = {});
+    /// Deletes what setAside() kept, because nothing was restored.
+    void discard(const RecordCopy &aside) const;
+    /// "Before Restore 11-20-26": the folder that setAside() would create.
+    QString setAsideName(const QDateTime &now) const;
     /// Newest first. A folder without a readable manifest is no copy.
     QList<RecordCopy> list() const;
     /// Compares a copy's files with its manifest, and the databases with SQLite's own check; returns what is wrong.
@@ -95,7 +109,9 @@ public:
 
 private:
     static QString check(const QDir &folder, const QList<RecordCopy::File> &files);
-    static void describe(const QDir &folder, RecordCopy &copy);
+    static QString checkDatabases(const QDir &folder, const QList<RecordCopy::File> &files);
+    static QString describe(const QDir &folder, RecordCopy &copy);
+    QString keepAsTheyAre(const QDir &folder, RecordCopy &copy, const Progress &progress) const;
     QString fill(const QDir &folder, RecordCopy &copy, const Progress &progress) const;
     bool writeManifest(const QDir &folder, const RecordCopy &copy) const;
 

@@ -36,6 +36,8 @@ public:
     void insert(qsizetype place, const SenderProfile &profile);
 
     void flush() { m_file.flush(); }
+    /// Reads the file again after it was replaced; keeps the profiles if it has none.
+    void reload() { load(); }
 
 signals:
     /// These profiles were changed here and by another program; the changes made here are kept.

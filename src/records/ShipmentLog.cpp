@@ -351,6 +351,27 @@ bool ShipmentLog::change(const std::function<bool(Database &)> &work)
     return stored;
 }
 
+QString ShipmentLog::replaceFile(const std::function<QString()> &takeLast, const std::function<QString()> &replace)
+{
+    QString failure;
+    {
+        const std::lock_guard writing(m_writing);
+        failure = takeLast();
+        if (!failure.isEmpty())
+            return failure;
+        const Turn turn(*this);
+        // Other programs must not be in the middle of a write. A damaged file cannot be locked, and nobody writes it.
+        if (m_db.isOpen() && !Statement(m_db, "BEGIN EXCLUSIVE").execute() && m_db.isLocked())
+            return reasonOf(m_db);
+        failure = replace();
+        m_db.reopen();
+        m_isReady = false;
+        m_index.forget();
+    }
+    reload();
+    return failure;
+}
+
 LogRead<std::optional<ShipmentRecord>> ShipmentLog::find(const ShipmentRecord &record) const
 {
     using Row = std::optional<ShipmentRecord>;

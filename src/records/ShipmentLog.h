@@ -106,6 +106,16 @@ public:
     QString trouble() const;
     /// Why the last write failed.
     QString lastError() const;
+    /// What is wrong with the file, as far as a check of a few seconds finds it; empty if nothing is.
+    QString damage() const;
+    /// True if the log can be read and has no rows.
+    bool isEmpty() const;
+    QString path() const { return m_path; }
+
+    /// Puts another file in the log's place. No label is stored meanwhile: `takeLast` may read the last rows, then the
+    /// file is locked and `replace` replaces it. Both return what failed, for the end of a sentence; after a failure of
+    /// `takeLast` the file is unchanged. Reloads the newest rows.
+    QString replaceFile(const std::function<QString()> &takeLast, const std::function<QString()> &replace);
 
     // For stores with their own tables in the same file. They share the connection, because a second connection could
     // delay the writing of a bought label, and each of its writes would make the search index read the log again.

@@ -134,6 +134,13 @@ std::vector<qint64> ShipmentLogIndex::find(const QByteArray &pattern, int limit,
     return ids;
 }
 
+void ShipmentLogIndex::forget()
+{
+    m_isFollowing = false; // a read that is running discards its result
+    m_block.reset();
+    m_unfit.reset();
+}
+
 void ShipmentLogIndex::follow(std::optional<qint64> added)
 {
     if (!m_isFollowing)

@@ -30,6 +30,8 @@ public:
 
     /// Call after every write on the connection, with the id of the added row, if any.
     void follow(std::optional<qint64> added = std::nullopt);
+    /// Call after the connection was opened again.
+    void forget();
     /// Call after writes that changed no shipment.
     void skipOwnWrite() { m_changes = m_db.totalChanges(); }
 

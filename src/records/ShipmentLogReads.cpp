@@ -2,6 +2,7 @@
 
 #include "core/Accents.h"
 #include "core/Progress.h"
+#include "core/SqliteCheck.h"
 #include "records/LogRead.h"
 #include "records/RefundNotes.h"
 #include "records/SearchBlock.h"
@@ -9,6 +10,7 @@
 #include "records/ShipmentRecord.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cstddef>
 #include <functional>
 #include <optional>
@@ -78,6 +80,22 @@ QString ShipmentLog::trouble() const
            "start Parcelory again. If there is no backup, rename the file all the same: Parcelory starts a new log, "
            "and "
            "the Master Log still lists every label."_s.arg(reason, m_path);
+}
+
+QString ShipmentLog::damage() const
+{
+    constexpr auto limit = std::chrono::seconds(3); // a label that is stored meanwhile waits for up to five
+    return damageIn(m_path, limit);
+}
+
+bool ShipmentLog::isEmpty() const
+{
+    const auto hasRow = read<bool>([](const Database &db) -> std::optional<bool> {
+        Statement row(db, "SELECT 1 FROM shipments LIMIT 1");
+        const bool isThere = row.step();
+        return isThere || row.isComplete() ? std::optional(isThere) : std::nullopt;
+    });
+    return hasRow.isRead() && !*hasRow;
 }
 
 /// The second look of a search that no row matches. Reads in portions, because other callers wait while a portion is

@@ -86,6 +86,10 @@ QWidget *MainWindow::makeMain()
     rows->addWidget(m_tabs, 1);
     auto *strip = new StatusStrip(m_app, m_screens);
     rows->addWidget(strip);
+    connect(&m_screens.records, &RecordsScreen::attentionWanted, this, [this] {
+        m_app.tab = MainTab::settings;
+        m_settings->showPage(SettingsView::Page::records);
+    });
     connect(strip, &StatusStrip::keysRequested, this, [this] {
         m_app.tab = MainTab::settings;
         m_settings->showPage(SettingsView::Page::keys);

@@ -39,8 +39,7 @@ void Program::start()
     spawn([&draft = m_screens.draft] { return draft.takeStored(); });
     spawn([&keys = m_screens.keys] { return keys.refresh(); });
     spawn([&book = m_screens.addressBook] { return book.reload(); });
-    spawn([&log = m_screens.mailingLog] { return log.tellTrouble(); });
-    spawn([&records = m_screens.records] { return records.start(); });
+    spawn([&screens = m_screens] { return screens.startRecords(); });
     spawn([&rules = m_app.rules] { return rules.load(); });
     spawn([] { return sweepPrintFiles(); });
     spawn([] { return UpdateChecker::sweep(); });

@@ -55,6 +55,11 @@ struct OtherValue {
         copy.madeAt = of(copy.madeAt);
         return copy;
     }
+    static RestoreReview of(RestoreReview review)
+    {
+        review.copy = of(review.copy);
+        return review;
+    }
     static LogChain::Report of(LogChain::Report report)
     {
         ++report.labels;

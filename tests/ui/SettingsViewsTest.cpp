@@ -194,4 +194,39 @@ TEST_F(SettingsViews, AMissingPrinterIsShownAsMissingAndAReplacedOneComesBackWit
     EXPECT_EQ(read(preferences, settings::zebraQueue), u"Gone"_s);
 }
 
+TEST_F(SettingsViews, RestoreIsAskedAboutAndDamageLeadsToIt)
+{
+    RecordsScreen &records = program->screens().records;
+    runTask(records.copyNow(), &clock);
+    wait([&] { return records.lastGood().has_value(); });
+    EXPECT_FALSE(records.canRestore()) << "no copy is chosen";
+    records.selected = records.lastGood()->folder;
+    for (const bool isDamaged : {false, true}) {
+        app().tab = MainTab::newLabel;
+        settleAll();
+        records.restore.logDamaged = isDamaged;
+        emit records.attentionWanted();
+        settleAll();
+        EXPECT_EQ(app().tab, MainTab::settings);
+        Button *restore = button(u"Restore…"_s, &view());
+        EXPECT_EQ(window().focusWidget() == restore, isDamaged);
+        click(restore);
+        Dialog *asked = dialog();
+        wait([&] { return records.restore.canRestore(); });
+        EXPECT_EQ(asked->windowTitle(), isDamaged ? u"The Mailing Log Is Damaged"_s : u"Restore This Copy?"_s);
+        EXPECT_EQ(focusName(), isDamaged ? u"Not Now"_s : u"Cancel"_s);
+        EXPECT_TRUE(asked->accessibleDescription().contains(u"Would be lost: Nothing"_s));
+        EXPECT_TRUE(button(u"Restore Copy"_s)->isEnabled());
+        clock.advance(Dialog::keyGuard);
+        press(Qt::Key_Return);
+        EXPECT_FALSE(QApplication::activeModalWidget());
+        EXPECT_EQ(records.restored.value(), QString()) << "Return leaves the records alone";
+        EXPECT_FALSE(records.restore.canRestore());
+    }
+    app().scanFormBusy = true;
+    click(button(u"Restore…"_s, &view()));
+    EXPECT_EQ(records.message.value(), u"A SCAN form is in progress — restore the copy when it is done."_s);
+    app().scanFormBusy = false;
+}
+
 } // namespace parcelory::test

@@ -1,6 +1,7 @@
 #include "app/records/RecordsScreen.h"
 
 #include "app/records/CopyRecords.h"
+#include "app/records/RestoreTexts.h"
 #include "core/AppError.h"
 #include "core/Platform.h"
 #include "core/SettingsKeys.h"
@@ -40,8 +41,12 @@ QString agoText(qint64 seconds)
 } // namespace
 
 RecordsScreen::RecordsScreen(AppState &app)
-    : m_app(app), m_listWatch(app.copyCount.addNotifier([this] { spawn([this] { return list(); }); }))
+    : restore(app), m_app(app), m_listWatch(app.copyCount.addNotifier([this] { spawn([this] { return list(); }); }))
 {
+    buildOn(restore);
+    connect(&restore, &RestoreScreen::finished, this, &RecordsScreen::takeRestore);
+    if (app.completedRestore)
+        restored = RestoreTexts::outcomeOf(*app.completedRestore);
     folder = app.copies.folder().absolutePath();
 }
 
@@ -57,6 +62,98 @@ std::optional<RecordCopy> RecordsScreen::lastGood() const
             return copy;
     }
     return std::nullopt;
+}
+
+std::optional<QDateTime> RecordsScreen::lastGoodCopy() const
+{
+    const std::optional<RecordCopy> last = lastGood();
+    return last ? std::optional(last->madeAt) : std::nullopt;
+}
+
+std::optional<RecordCopy> RecordsScreen::selectedCopy() const
+{
+    const QList<RecordCopy> &all = copies.value();
+    const auto found = std::ranges::find(all, selected.value(), &RecordCopy::folder);
+    return found == all.end() ? std::nullopt : std::optional(*found);
+}
+
+bool RecordsScreen::canRestore() const
+{
+    const std::optional<RecordCopy> copy = selectedCopy();
+    return copy && copy->isGood() && !copying && !restore.running;
+}
+
+Task<> RecordsScreen::openRestore()
+{
+    const std::optional<RecordCopy> copy = selectedCopy();
+    if (!canRestore())
+        co_return;
+    if (const QString obstacle = restore.obstacle(); !obstacle.isEmpty()) {
+        message = obstacle;
+        co_return;
+    }
+    message = QString();
+    co_await restore.open(*copy);
+}
+
+void RecordsScreen::takeRestore(const QString &failure, const RestoreNote &note)
+{
+    message = failure;
+    if (failure.isEmpty()) {
+        restored = RestoreTexts::outcomeOf(note);
+        report = std::nullopt; // it was about the former log
+        verifyFailure = QString();
+        emit recordsReplaced();
+    }
+    spawn([this] { return list(); });
+}
+
+QString RecordsScreen::damageText() const
+{
+    return restore.logDamaged    ? u"The mailing log is damaged — restore a copy."_s
+           : restore.bookDamaged ? u"The address book is damaged — restore a copy."_s
+                                 : QString();
+}
+
+Task<bool> RecordsScreen::offerIfDamaged()
+{
+    struct Damage {
+        QString log, book;
+        bool isEmpty;
+    };
+    co_await list();
+    const Damage found = co_await onPool(
+        [&app = m_app] { return Damage{app.log.damage(), app.addressBook.damage(), app.log.isEmpty()}; });
+    const std::optional<RecordCopy> last = lastGood();
+    // The program never deletes a row: a file that was emptied looks like a new one.
+    const bool isLogLost = !found.log.isEmpty() || (found.isEmpty && last && last->labels > 0);
+    if (!last || (!isLogLost && found.book.isEmpty()))
+        co_return false;
+    restore.logDamaged = isLogLost;
+    restore.bookDamaged = !found.book.isEmpty();
+    selected = last->folder;
+    const QString detail = isLogLost ? found.log : found.book;
+    m_app.errors.record(u"Records"_s, AppError(damageText() + (detail.isEmpty() ? QString() : u" ("_s + detail + u')')),
+                        Popup::no);
+    emit attentionWanted();
+    co_return true;
+}
+
+/// Where the chain of the present log passed when the copies were made. After a restore, the copies between the
+/// restored one and the restore belong to a chain that was given up.
+QList<LogChain::Head> RecordsScreen::knownHeads() const
+{
+    QList<LogChain::Head> heads;
+    std::optional<QDateTime> until;
+    for (const RecordCopy &copy : copies.value()) { // the newest first
+        if (until && copy.madeAt > *until)
+            continue;
+        if (copy.restored)
+            until = copy.restored;
+        else if (copy.isGood() && copy.headPosition > 0)
+            heads += copy.head();
+    }
+    return heads;
 }
 
 QString RecordsScreen::ageText() const
@@ -88,7 +185,8 @@ Task<> RecordsScreen::copyDaily()
                copy.madeAt.toLocalTime().date() == now.date();
     };
     const bool isRecent = m_triedAt.isValid() && m_triedAt.secsTo(now) < pauseAfterFailure;
-    if (isRecent || std::ranges::any_of(copies.value(), isOfToday))
+    const bool isDamaged = restore.isDamaged();
+    if (isRecent || isDamaged || std::ranges::any_of(copies.value(), isOfToday))
         co_return;
     m_triedAt = now;
     co_await copyNow(CopyReason::daily);
@@ -101,7 +199,7 @@ Task<> RecordsScreen::list()
 
 Task<> RecordsScreen::copyNow(CopyReason reason)
 {
-    if (copying)
+    if (copying || restore.running)
         co_return;
     copying = true;
     const auto done = qScopeGuard([this] { copying = false; });
@@ -151,11 +249,7 @@ Task<> RecordsScreen::verify()
     m_verifying = {};
     verified = 0;
     verifyFailure = QString();
-    QList<LogChain::Head> known;
-    for (const RecordCopy &copy : copies.value()) {
-        if (copy.isGood() && copy.headPosition > 0)
-            known += copy.head();
-    }
+    const QList<LogChain::Head> known = knownHeads();
     const Progress progress(m_verifying, [this](qint64 count, qint64 total) {
         const double share = total ? double(count) / double(total) : 0;
         QMetaObject::invokeMethod(this, [this, share] { verified = share; }, Qt::QueuedConnection);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/AppState.h"
+#include "app/records/RestoreScreen.h"
 #include "core/Observable.h"
 #include "core/Progress.h"
 #include "core/StatusKind.h"
@@ -26,6 +27,10 @@ public:
     Observed<bool> copying{this, false};
     Observed<QString> message{this}; ///< why the last copy or the chosen folder failed; otherwise empty
 
+    Observed<QString> selected{this}; ///< the folder of the chosen copy
+    Observed<QString> restored{this}; ///< what the last restore did, as a sentence
+    RestoreScreen restore;
+
     Observed<bool> verifying{this, false};
     Observed<double> verified{this, 0};                     ///< share of the log, while verifying
     Observed<std::optional<LogChain::Report>> report{this}; ///< of the last complete comparison
@@ -34,6 +39,17 @@ public:
 
     /// The newest copy that passed its check.
     std::optional<RecordCopy> lastGood() const;
+    /// When that copy was made.
+    std::optional<QDateTime> lastGoodCopy() const;
+    std::optional<RecordCopy> selectedCopy() const;
+    /// True if the chosen copy can be restored.
+    bool canRestore() const;
+    Task<> openRestore();
+    /// "The mailing log is damaged — restore a copy."; usually empty.
+    QString damageText() const;
+    /// At the start: looks for damage of the log and the address book, and chooses the newest good copy if there is
+    /// any. True if the clerk can restore it.
+    Task<bool> offerIfDamaged();
     /// "Last good copy 9 hours ago", "No copy yet."
     QString ageText() const;
     /// True if the newest good copy is older than three days.
@@ -50,7 +66,15 @@ public:
     /// Ends all work in progress.
     void cancel();
 
+signals:
+    /// The clerk should see this page.
+    void attentionWanted();
+    /// The records are those of another day now.
+    void recordsReplaced();
+
 private:
+    QList<LogChain::Head> knownHeads() const;
+    void takeRestore(const QString &failure, const RestoreNote &note);
     Task<> copyDaily();
     Task<> list();
 

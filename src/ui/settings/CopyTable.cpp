@@ -1,8 +1,10 @@
 #include "ui/settings/CopyTable.h"
 
+#include "app/records/RestoreTexts.h"
 #include "records/ShipmentStatus.h"
 #include "ui/log/LogModel.h"
 
+#include <QKeyEvent>
 #include <QLocale>
 
 namespace parcelory {
@@ -17,14 +19,7 @@ struct Row {
 
 QString reasonText(const Row &row)
 {
-    const QString &reason = row.copy.reason;
-    if (reason == wordOf(CopyReason::daily))
-        return u"Daily"_s;
-    if (reason == wordOf(CopyReason::beforeImport))
-        return u"Before an import"_s;
-    if (reason == wordOf(CopyReason::beforeUpdate))
-        return u"Before an update"_s;
-    return reason == wordOf(CopyReason::byHand) ? u"By hand"_s : reason;
+    return RestoreTexts::reasonOf(row.copy);
 }
 
 QString countText(const Row &row, int count)
@@ -50,7 +45,7 @@ const RecordModel<Row>::Columns &columns()
          [](const Row &row) { return countText(row, row.copy.addresses); },
          [](const Row &row) { return double(row.copy.addresses); }},
         {{u"Size"_s, 94, 0, number},
-         [](const Row &row) { return row.copy.isGood() ? CopyTable::sizeText(row.copy.bytes()) : u"—"_s; },
+         [](const Row &row) { return row.copy.isGood() ? RestoreTexts::sizeText(row.copy.bytes()) : u"—"_s; },
          [](const Row &row) { return row.copy.bytes(); }},
         {{u"Check"_s, 0, 100},
          [](const Row &row) { return row.copy.isGood() ? u"Good"_s : u"Failed — "_s + row.copy.failure; }},
@@ -67,20 +62,28 @@ public:
 
 CopyTable::CopyTable(QWidget *parent) : CopyTable(new Model, parent) {}
 
-CopyTable::CopyTable(Model *model, QWidget *parent) : LogTable(u"Copies"_s, model, parent), m_model(model) {}
+CopyTable::CopyTable(Model *model, QWidget *parent) : LogTable(u"Copies"_s, model, parent), m_model(model)
+{
+    connect(this, &QTableView::doubleClicked, this, &CopyTable::restoreRequested);
+}
 
 void CopyTable::setCopies(const QList<RecordCopy> &copies)
 {
+    if (copies == m_shown)
+        return;
+    m_shown = copies;
     QList<Row> rows;
     for (const RecordCopy &copy : copies)
         rows.append({.id = copy.folder, .copy = copy});
     replaceRows([&] { m_model->setRecords(rows); });
 }
 
-QString CopyTable::sizeText(double bytes)
+void CopyTable::keyPressEvent(QKeyEvent *event)
 {
-    return QLocale(QLocale::English, QLocale::UnitedStates)
-        .formattedDataSize(qint64(bytes), bytes < 1e9 ? 0 : 1, QLocale::DataSizeSIFormat);
+    if ((event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) && !event->isAutoRepeat())
+        emit restoreRequested();
+    else
+        LogTable::keyPressEvent(event);
 }
 
 } // namespace parcelory

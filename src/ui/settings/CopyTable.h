@@ -13,14 +13,18 @@ public:
 
     void setCopies(const QList<RecordCopy> &copies);
 
-    /// "212 MB"
-    static QString sizeText(double bytes);
+signals:
+    void restoreRequested(); ///< by Return or a double click
+
+protected:
+    void keyPressEvent(QKeyEvent *event) override;
 
 private:
     class Model;
     CopyTable(Model *model, QWidget *parent);
 
     Model *m_model;
+    QList<RecordCopy> m_shown;
 };
 
 } // namespace parcelory

@@ -2,6 +2,7 @@
 
 #include "app/logs/VerifyTexts.h"
 #include "app/records/RecordsScreen.h"
+#include "app/records/RestoreTexts.h"
 #include "core/Task.h"
 #include "records/ShipmentStatus.h"
 #include "ui/parts/Button.h"
@@ -9,6 +10,7 @@
 #include "ui/parts/ProgressBar.h"
 #include "ui/parts/Separator.h"
 #include "ui/settings/CopyTable.h"
+#include "ui/settings/RestoreDialog.h"
 #include "ui/theme/Theme.h"
 
 #include <QHBoxLayout>
@@ -34,16 +36,19 @@ QString counted(qint64 count, const QString &word)
 
 RecordsPage::RecordsPage(RecordsScreen &records, QWidget *parent)
     : SettingsPage(u"Records"_s, parent), m_records(records),
+      m_damage(new Notice(u"ui_warning"_s, &Tokens::warn, FontRole::strong)),
       m_age(new Notice(u"ui_success"_s, &Tokens::ok, FontRole::strong)),
       m_detail(new TextLabel({}, FontRole::caption, &Tokens::muted)),
       m_copy(new Button(u"Copy Now"_s, Button::Kind::standard, u"ui_copy"_s)), m_folder(new ElidedLabel),
-      m_message(new Notice(u"ui_error"_s, &Tokens::bad)), m_copies(new CopyTable),
+      m_message(new Notice(u"ui_error"_s, &Tokens::bad)), m_restored(new Notice(u"ui_success"_s, &Tokens::ok)),
+      m_copies(new CopyTable), m_restore(new Button(u"Restore…"_s, Button::Kind::standard, u"ui_refund"_s)),
       m_sum(new TextLabel({}, FontRole::caption, &Tokens::muted)),
       m_verify(new Button(u"Verify Log"_s, Button::Kind::standard, u"ui_shield"_s)),
       m_result(new Notice(u"ui_success"_s, &Tokens::ok, FontRole::strong)),
       m_findings(new TextLabel({}, FontRole::caption, &Tokens::muted)),
       m_progress(new ProgressBar(u"Verifying the mailing log"_s, 0)), m_refresh([this] { refresh(); })
 {
+    append(m_damage);
     appendStatus();
     appendCopies();
     appendLog();
@@ -72,6 +77,7 @@ void RecordsPage::appendStatus()
     second->addWidget(open);
     rows->addLayout(second);
     rows->addWidget(m_message);
+    rows->addWidget(m_restored);
     connect(m_copy, &QPushButton::clicked, this,
             [this] { spawn([&records = m_records] { return records.copyNow(); }); });
     connect(choose, &QPushButton::clicked, this,
@@ -93,9 +99,17 @@ void RecordsPage::appendCopies()
     rows->addWidget(m_copies);
     auto *foot = new QHBoxLayout;
     foot->setContentsMargins(16, 8, 16, 0);
+    foot->addWidget(m_restore);
     foot->addStretch(1);
     foot->addWidget(m_sum);
     rows->addLayout(foot);
+    connect(m_copies, &CopyTable::chosenChanged, this, [this] { m_records.selected = m_copies->chosen().toString(); });
+    connect(m_copies, &CopyTable::restoreRequested, this, &RecordsPage::openRestore);
+    connect(m_restore, &QPushButton::clicked, this, &RecordsPage::openRestore);
+    connect(&m_records.restore, &RestoreScreen::opened, this, [this] {
+        auto *dialog = new RestoreDialog(m_records.restore.clock(), m_records.restore, window());
+        dialog->open();
+    });
 }
 
 void RecordsPage::appendLog()
@@ -116,8 +130,29 @@ void RecordsPage::appendLog()
     connect(stop, &QShortcut::activated, this, [this] { m_records.cancelVerifying(); });
 }
 
+void RecordsPage::openRestore()
+{
+    spawn([&records = m_records] { return records.openRestore(); });
+}
+
+/// A damaged log brings the clerk here.
+void RecordsPage::showEvent(QShowEvent *event)
+{
+    SettingsPage::showEvent(event);
+    // The widgets around the page are shown after it.
+    QMetaObject::invokeMethod(
+        this,
+        [this] {
+            m_refresh.refreshNow();
+            if (m_damage->isVisible() && m_restore->isEnabled())
+                m_restore->setFocus();
+        },
+        Qt::QueuedConnection);
+}
+
 void RecordsPage::refresh()
 {
+    m_damage->setText(m_records.damageText());
     const std::optional<RecordCopy> last = m_records.lastGood();
     const bool isFine = last && !m_records.isLate();
     m_age->setText(m_records.copying ? u"Copying…"_s : m_records.ageText());
@@ -129,13 +164,17 @@ void RecordsPage::refresh()
     m_copy->setEnabled(!m_records.copying);
     m_folder->setFullText(m_records.folder);
     m_message->setText(m_records.message);
+    m_restored->setText(m_records.restored);
     const QList<RecordCopy> copies = m_records.copies;
     m_copies->setCopies(copies);
+    if (m_copies->chosen().toString() != m_records.selected.value())
+        m_copies->choose(m_records.selected.value());
+    m_restore->setEnabled(m_records.canRestore());
     double bytes = 0;
     for (const RecordCopy &copy : copies)
         bytes += copy.bytes();
-    m_sum->setText(copies.size() == 1 ? u"1 copy, "_s + CopyTable::sizeText(bytes)
-                                      : u"%1 copies, %2"_s.arg(copies.size()).arg(CopyTable::sizeText(bytes)));
+    m_sum->setText(copies.size() == 1 ? u"1 copy, "_s + RestoreTexts::sizeText(bytes)
+                                      : u"%1 copies, %2"_s.arg(copies.size()).arg(RestoreTexts::sizeText(bytes)));
     refreshLog();
 }
 

@@ -18,20 +18,27 @@ class RecordsPage : public SettingsPage {
 public:
     explicit RecordsPage(RecordsScreen &records, QWidget *parent = nullptr);
 
+protected:
+    void showEvent(QShowEvent *event) override;
+
 private:
     void appendStatus();
     void appendCopies();
     void appendLog();
     void refresh();
     void refreshLog();
+    void openRestore();
 
     RecordsScreen &m_records;
+    Notice *m_damage;
     Notice *m_age;
     TextLabel *m_detail;
     Button *m_copy;
     ElidedLabel *m_folder;
     Notice *m_message;
+    Notice *m_restored;
     CopyTable *m_copies;
+    Button *m_restore;
     TextLabel *m_sum;
     Button *m_verify;
     Notice *m_result;

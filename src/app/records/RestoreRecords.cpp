@@ -1,0 +1,140 @@
+#include "app/records/RestoreRecords.h"
+
+#include "core/AppError.h"
+#include "core/Task.h"
+#include "records/LogMerge.h"
+#include "records/RestoreStage.h"
+
+namespace parcelory {
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString logName = u"mailing_log.sqlite"_s;
+
+/// One restore, step by step. Each step returns what failed, for the end of a sentence.
+class Restore {
+public:
+    Restore(AppState &app, const RestoreReview &review, const QDateTime &now, const Progress &progress)
+        : m_app(app), m_review(review), m_now(now), m_progress(progress), m_stage(app.platform.dataFolder),
+          m_copy(app.copies.folder().filePath(review.copy.folder)), m_note{.copyMadeAt = review.copy.madeAt}
+    {
+    }
+
+    QString run()
+    {
+        if (const QString failure = own(); !failure.isEmpty())
+            return failure;
+        if (const QString failure = fillAndSetAside(); !failure.isEmpty())
+            return failure;
+        if (const QString failure = bringBack(); !failure.isEmpty())
+            return failure;
+        if (const QString failure = m_stage.sync(); !failure.isEmpty())
+            return failure;
+        if (const QString journal = m_copy.filePath(u"purchase_journal.sqlite"_s); QFile::exists(journal))
+            m_app.journal.takeOver(journal);
+        m_app.senders.flush();
+        m_app.boxes.flush();
+        return m_app.log.replaceFile(
+            [this] { return takeLast(); },
+            [this] { return m_app.addressBook.replaceFile([this] { return m_stage.commit(m_note); }); });
+    }
+    const RestoreNote &note() const { return m_note; }
+
+private:
+    /// A second Parcelory has no journal, and must not replace what the first one uses.
+    QString own()
+    {
+        try {
+            m_app.journal.open();
+            return {};
+        } catch (const AppError &) {
+            return u"another Parcelory has the records open, or the purchase journal can't be written"_s;
+        }
+    }
+
+    /// Both at once: each takes about as long as the other.
+    QString fillAndSetAside()
+    {
+        const CancelToken useless;
+        auto setAside = QtConcurrent::run(&workPool(), [this, useless] {
+            return m_app.copies.setAside(m_now, m_review.copy.madeAt, Progress(useless));
+        });
+        const QString failure = m_stage.fill(m_copy, m_review.copy.files, part(0, 800));
+        if (!failure.isEmpty())
+            useless.cancel();
+        const RecordCopies::SetAside aside = setAside.result();
+        if (!failure.isEmpty())
+            m_app.copies.discard(aside.copy);
+        else if (!aside.failure.isEmpty())
+            return u"the present records could not be set aside: "_s + aside.failure;
+        return failure;
+    }
+
+    QString bringBack()
+    {
+        if (!m_stage.has(logName))
+            return {};
+        {
+            const ShipmentLog staged{QFileInfo(m_stage.path(logName)).dir()}; // adds the columns of later versions
+        }
+        Database log(m_stage.path(logName));
+        return merge(log, m_review.added.labels, true);
+    }
+
+    QString merge(Database &log, const QList<ShipmentRecord> &labels, bool withAccount)
+    {
+        const LogMerge::Merged own = LogMerge::bringBack(log, m_app.log.path(), labels);
+        if (!own.failure.isEmpty())
+            return own.failure;
+        const QList<ShipmentRecord> others = withAccount ? m_review.fromAccount : QList<ShipmentRecord>();
+        const LogMerge::Merged account = LogMerge::append(log, others);
+        m_note.broughtBack += own.labels + account.labels;
+        m_note.missing += int(labels.size()) - own.labels;
+        return account.failure;
+    }
+
+    /// Labels that were logged after the review: a purchase whose answer was lost may be found at any time.
+    QString takeLast()
+    {
+        if (!m_stage.has(logName))
+            return {};
+        const LogMerge::Added late = LogMerge::addedSince(m_app.log.path(), m_review.held, m_review.added.lastId);
+        if (late.labels.isEmpty())
+            return {};
+        Database log(m_stage.path(logName));
+        const QString failure = merge(log, late.labels, false);
+        return failure.isEmpty() ? m_stage.sync() : failure;
+    }
+
+    /// The part of the progress from one to another thousandth.
+    Progress part(int from, int to) const
+    {
+        return Progress(m_progress.cancelToken(), [this, from, to](qint64 done, qint64 total) {
+            [[maybe_unused]] const bool goesOn =
+                m_progress.report(from + (total > 0 ? (to - from) * done / total : 0), 1000);
+        });
+    }
+
+    AppState &m_app;
+    const RestoreReview &m_review;
+    const QDateTime m_now;
+    const Progress &m_progress;
+    RestoreStage m_stage;
+    const QDir m_copy;
+    RestoreNote m_note;
+};
+
+} // namespace
+
+RestoreOutcome restoreRecords(AppState &app, const RestoreReview &review, const QDateTime &now,
+                              const Progress &progress)
+{
+    Restore restore(app, review, now, progress);
+    const QString failure = restore.run();
+    return {.failure =
+                failure.isEmpty() ? QString() : u"The copy was not restored — %1. Nothing was changed."_s.arg(failure),
+            .note = restore.note()};
+}
+
+} // namespace parcelory

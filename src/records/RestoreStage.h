@@ -1,0 +1,67 @@
+#pragma once
+
+#include "core/Progress.h"
+#include "core/RecordField.h"
+#include "records/RecordCopies.h"
+
+#include <QDateTime>
+#include <QDir>
+#include <QLockFile>
+#include <QString>
+
+#include <optional>
+#include <tuple>
+
+namespace parcelory {
+
+/// What a restore did, for the clerk.
+struct RestoreNote {
+    QDateTime copyMadeAt;
+    int broughtBack = 0; ///< labels
+    int missing = 0;     ///< labels bought since the copy that did not come back
+
+    bool operator==(const RestoreNote &) const = default;
+
+    static constexpr auto fields()
+    {
+        using N = RestoreNote;
+        return std::tuple{field("copyMadeAt", &N::copyMadeAt), field("broughtBack", &N::broughtBack),
+                          field("missing", &N::missing)};
+    }
+};
+
+/// A copy of the records on its way into the place of the present records, in a folder beside them. Until commit(), the
+/// present records are untouched, and a program that is killed leaves only the folder, which the next start deletes.
+/// commit() first writes a note of what it is about to do: from then on the next start completes what a killed program
+/// began. Every step waits for the disk.
+class RestoreStage {
+public:
+    explicit RestoreStage(const QDir &records);
+    /// Deletes what was not committed.
+    ~RestoreStage();
+    RestoreStage(const RestoreStage &) = delete;
+    RestoreStage &operator=(const RestoreStage &) = delete;
+
+    /// Copies the files of `copy` and checks them. Returns why that failed, for the end of a sentence, or nothing.
+    QString fill(const QDir &copy, const QList<RecordCopy::File> &files, const Progress &progress = {});
+    bool has(const QString &name) const;
+    QString path(const QString &name) const;
+    /// Waits until all of it is on the disk.
+    QString sync() const;
+    /// Puts the files in place of the present ones, all or none. Nobody may have the present files open for writing.
+    QString commit(const RestoreNote &note);
+
+    /// At the start of the program, before the records are opened: completes or undoes a restore that was interrupted.
+    /// Returns the note of a restore that was completed.
+    static std::optional<RestoreNote> finishInterrupted(const QDir &records);
+
+private:
+    static bool moveIntoPlace(const QDir &records);
+
+    const QDir m_records;
+    const QDir m_folder;
+    QLockFile m_lock; ///< keeps a second program from taking the folder for a leftover
+    QString m_obstacle;
+};
+
+} // namespace parcelory

@@ -1,0 +1,241 @@
+#include "app/label/LabelScreen.h"
+#include "app/records/RecordsScreen.h"
+#include "support/LabelDesk.h"
+#include "support/LogFile.h"
+
+#include <csignal>
+#include <sys/resource.h>
+
+namespace parcelory::test {
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace {
+
+class RestoreTest : public testing::Test, public LabelDesk {
+protected:
+    std::unique_ptr<RecordsScreen> records = std::make_unique<RecordsScreen>(*app);
+    QStringList sold;
+
+    QString file(const QString &name) const { return platform.dataFolder.filePath(name); }
+    QString logFile() const { return file(u"mailing_log.sqlite"_s); }
+    void buyLabel()
+    {
+        composeAndRate(homeAddress());
+        buy();
+        clock.advance(1min);
+        app->log.reload();
+        settle();
+        sold += app->log.records().value(0).transactionID;
+    }
+    void copy()
+    {
+        run(records->copyNow());
+        runUntil([this] { return records->lastGood().has_value(); });
+        records->selected = records->lastGood()->folder;
+        clock.advance(1h);
+    }
+    void openRestore()
+    {
+        runTask(records->openRestore()); // without the clock, which would run ahead of the account's answer
+        EXPECT_TRUE(records->restore.canRestore());
+    }
+    void TearDown() override { endLookups(); }
+    void restore()
+    {
+        run(records->restore.restore());
+        settle();
+        workPool().waitForDone();
+        settle();
+    }
+    QStringList logged()
+    {
+        app->log.reload();
+        settle();
+        QStringList transactions;
+        for (const ShipmentRecord &row : app->log.records())
+            transactions += row.transactionID;
+        transactions.sort(); // the carrier's clock is not the desk's
+        sold.sort();
+        return transactions;
+    }
+    void expectAllBack()
+    {
+        EXPECT_EQ(logged(), sold);
+        EXPECT_TRUE(app->log.verify()->findings.isEmpty());
+        for (const ShipmentRecord &row : app->log.records())
+            EXPECT_TRUE(*app->log.zpl(row.id)) << "its label can be printed";
+    }
+    /// Damages a file while no program has it open, and starts again.
+    void restartWith(const std::function<void(QFile &log)> &damage)
+    {
+        endLookups();
+        records.reset();
+        screenOwner.reset();
+        app.reset();
+        QFile log(logFile());
+        ASSERT_TRUE(log.open(QIODevice::ReadWrite));
+        damage(log);
+        log.close();
+        app = std::make_unique<AppState>(platform);
+        screenOwner = std::make_unique<LabelScreen>(*app);
+        records = std::make_unique<RecordsScreen>(*app);
+    }
+};
+
+} // namespace
+
+TEST_F(RestoreTest, BringsBackTheLabelsBoughtSinceAndSetsThePresentRecordsAside)
+{
+    buyLabel();
+    EXPECT_TRUE(app->addressBook.upsert({.name = u"Ann"_s}));
+    app->boxes.profiles = QList{BoxProfile{.name = u"Carton"_s}};
+    app->boxes.flush();
+    copy();
+    buyLabel();
+    buyLabel();
+    EXPECT_TRUE(app->log.setStatus(1, u"REFUND_PENDING"_s));
+    EXPECT_TRUE(app->log.insert(shipmentTo(u"Imported"_s)));
+    EXPECT_TRUE(app->addressBook.upsert({.name = u"Bea"_s}));
+    app->boxes.profiles = QList<BoxProfile>();
+    const qint64 open = app->journal.begin({.askedAt = clock.now(), .rateId = u"open"_s});
+
+    openRestore();
+    const RestoreReview review = records->restore.review;
+    EXPECT_EQ(review.added.labels.size(), 2);
+    EXPECT_EQ(review.added.imported, 1);
+    EXPECT_EQ(review.addedAddresses, 1);
+    EXPECT_EQ(review.boxes, 1);
+    EXPECT_EQ(review.account, RestoreReview::Account::answered);
+    EXPECT_TRUE(review.fromAccount.isEmpty()) << "both logs know the account's labels";
+    restore();
+    EXPECT_EQ(records->message.value(), QString());
+    EXPECT_TRUE(records->restored.value().endsWith(u"— 2 labels brought back."_s))
+        << records->restored.value().toStdString();
+    expectAllBack();
+    EXPECT_EQ(app->log.find({.id = 1})->value().status, u"REFUND_PENDING"_s) << "the money is asked back all the same";
+    EXPECT_EQ(app->addressBook.rows().size(), 1);
+    EXPECT_EQ(app->boxes.profiles.value().size(), 1);
+    EXPECT_EQ(app->journal.openPurchases().value(0).id, open);
+    runUntil([this] { return records->copies.value().value(0).reason == u"beforeRestore"_s; });
+    const RecordCopy aside = records->copies.value().first();
+    EXPECT_TRUE(aside.folder.startsWith(u"Before Restore "_s) && aside.isGood());
+    EXPECT_EQ(aside.labels, 4);
+    EXPECT_EQ(aside.addresses, 2);
+
+    buyLabel(); // the log goes on, and its chain does, too
+    run(records->verify());
+    EXPECT_TRUE(records->report.value()->findings.isEmpty()) << "copies of the former log do not count";
+    records->selected = aside.folder;
+    openRestore();
+    restore();
+    EXPECT_EQ(logged().size(), 5) << "the restore can be taken back, and keeps the new label";
+    EXPECT_EQ(QDir(app->copies.folder()).entryList({u"Before Restore*"_s}).size(), 2);
+}
+
+TEST_F(RestoreTest, ADamagedLogOffersTheNewestGoodCopyAndTheAccountKnowsTheRest)
+{
+    struct Case {
+        const char *name;
+        std::function<void(QFile &)> damage;
+    };
+    const Case cases[] = {
+        {"torn page",
+         [](QFile &log) {
+             constexpr qint64 page = 4096;
+             log.seek(page + page / 2); // the root of the shipments
+             log.write(QByteArray(page / 2, '\x7f'));
+         }},
+        {"truncated", [](QFile &log) { log.resize(log.size() / 2); }},
+        {"zeroed",
+         [](QFile &log) {
+             const auto size = log.size();
+             log.write(QByteArray(size, '\0'));
+         }},
+        {"emptied", [](QFile &log) { log.resize(0); }},
+    };
+    buyLabel();
+    for (const Case &damaged : cases) {
+        SCOPED_TRACE(damaged.name);
+        copy();
+        buyLabel();
+        restartWith(damaged.damage);
+        bool isShown = false;
+        QObject::connect(records.get(), &RecordsScreen::attentionWanted, [&] { isShown = true; });
+        EXPECT_TRUE(runTask(records->offerIfDamaged()));
+        EXPECT_TRUE(isShown);
+        EXPECT_EQ(records->damageText(), u"The mailing log is damaged — restore a copy."_s);
+        EXPECT_EQ(records->selected.value(), records->lastGood()->folder);
+        openRestore();
+        EXPECT_EQ(records->restore.review.value().lost(), 1);
+        restore();
+        EXPECT_EQ(records->message.value(), QString());
+        EXPECT_EQ(records->damageText(), QString());
+        expectAllBack();
+        EXPECT_FALSE(runTask(records->offerIfDamaged()));
+    }
+}
+
+TEST_F(RestoreTest, ChangesNothingIfItCannotBeCompleted)
+{
+    buyLabel();
+    copy();
+    buyLabel();
+    const auto expectUnchanged = [this](const QString &why) {
+        restore();
+        EXPECT_EQ(records->message.value(), u"The copy was not restored — "_s + why + u". Nothing was changed."_s);
+        expectAllBack();
+        EXPECT_FALSE(platform.dataFolder.exists(u"Restoring"_s));
+    };
+    openRestore();
+    std::signal(SIGXFSZ, SIG_IGN);
+    rlimit usual{};
+    getrlimit(RLIMIT_FSIZE, &usual);
+    const rlimit full{.rlim_cur = 8192, .rlim_max = usual.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &full); // as a full disk
+    restore();
+    setrlimit(RLIMIT_FSIZE, &usual);
+    EXPECT_EQ(records->message.value(), u"The copy was not restored — the disk is full or can't be written "
+                                        "(addresses.sqlite). Nothing was changed."_s);
+    expectAllBack();
+    EXPECT_FALSE(platform.dataFolder.exists(u"Restoring"_s));
+
+    openRestore();
+    QDir copies = app->copies.folder();
+    QFile inTheWay(copies.filePath(app->copies.setAsideName(clock.now()) + u".partial"_s));
+    ASSERT_TRUE(inTheWay.open(QIODevice::WriteOnly));
+    expectUnchanged(u"the present records could not be set aside: the copies folder can't be written"_s);
+
+    openRestore();
+    QFile copied(copies.filePath(records->selected.value() + u"/mailing_log.sqlite"_s));
+    ASSERT_TRUE(copied.open(QIODevice::ReadWrite) && copied.seek(copied.size() - 1) && copied.putChar('x'));
+    copied.close();
+    expectUnchanged(u"mailing_log.sqlite: not as it was copied"_s);
+
+    records->restore.obstacle = [] { return u"A purchase is in progress — restore the copy when it is done."_s; };
+    run(records->openRestore());
+    EXPECT_EQ(records->message.value(), records->restore.obstacle());
+    EXPECT_FALSE(records->restore.canRestore());
+}
+
+TEST_F(RestoreTest, AnAccountThatDoesNotAnswerHoldsUpNothing)
+{
+    buyLabel();
+    copy();
+    carrier.setScenario({.holdsAnswers = true});
+    spawn([this] { return records->openRestore(); });
+    runUntil([this] {
+        return !records->restore.looking && records->restore.review.value().account == RestoreReview::Account::asking;
+    });
+    EXPECT_FALSE(records->restore.canRestore());
+    clock.advance(21s);
+    EXPECT_TRUE(records->restore.canRestore());
+    EXPECT_EQ(records->restore.review.value().account, RestoreReview::Account::silent);
+    records->restore.close();
+    carrier.setScenario({});
+    runTask(app->shippo.carrierAccounts());
+    settle();
+    EXPECT_FALSE(records->restore.canRestore()) << "the late answer belongs to no question";
+}
+
+} // namespace parcelory::test
