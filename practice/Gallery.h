@@ -49,6 +49,7 @@ private:
     Task<> drawScanForm();
     Task<> drawSettings();
     Task<> drawLogs(QString name);
+    Task<> drawOpenItems();
     void compose(const ShippoAddress &to);
     QImage picture();
 

@@ -3,7 +3,9 @@
 #include "platform/RunningProgram.h"
 #include "practice/PracticeDesk.h"
 #include "practice/PracticeMenu.h"
+#include "practice/PracticeMonth.h"
 #include "practice/PracticeSamples.h"
+#include "records/ShipmentLog.h"
 #include "ui/Program.h"
 #include "ui/WindowKeyboard.h"
 #include "ui/WindowPrompts.h"
@@ -25,6 +27,9 @@ int runPracticeWindow(const QString &folder)
     { // before the program reads it
         LocalAddressStore book(desk.platform().dataFolder);
         addPracticeAddresses(book);
+        ShipmentLog log(desk.platform().dataFolder);
+        if (log.records().isEmpty())
+            addPracticeMonth(log, desk.platform().clock.now());
     }
     Program program(desk.platform(), prompts, PracticeDesk::signInNote());
     addPracticeMenu(program.window().menuBar(), desk);

@@ -17,11 +17,12 @@ using namespace Qt::StringLiterals;
 
 Screens::Screens(AppState &app)
     : signIn(app), addressBook(app), label(app), mailingLog(app), keys(app), masterLog(app, keys), scanForm(app),
-      settings(app), updates(app), records(app), openLabel(app), handbook(app), m_app(app)
+      settings(app), updates(app), records(app), tracking(app, keys), openItems(app, mailingLog, records, tracking),
+      openLabel(app), handbook(app), m_app(app)
 {
     connect(&mailingLog, &MailingLogScreen::reprinted, &label, &LabelScreen::takeReprint);
     buildOn(app, signIn, addressBook, label, mailingLog, keys, masterLog, scanForm, settings, updates, records,
-            openLabel, handbook);
+            tracking, openItems, openLabel, handbook);
     for (LabelPreview *place : {&label.preview, &mailingLog.preview, &settings.testLabel})
         connect(place, &LabelPreview::opened, this, [this, place] {
             openLabel.follow(*place);

@@ -41,6 +41,8 @@ void Program::start()
     spawn([&book = m_screens.addressBook] { return book.reload(); });
     spawn([&log = m_screens.mailingLog] { return log.tellTrouble(); });
     spawn([&records = m_screens.records] { return records.start(); });
+    spawn([&items = m_screens.openItems] { return items.start(); });
+    spawn([&tracking = m_screens.tracking] { return tracking.start(); });
     spawn([] { return sweepPrintFiles(); });
     spawn([] { return UpdateChecker::sweep(); });
     spawn([&handbook = m_screens.handbook] {
@@ -59,6 +61,8 @@ Program::~Program()
     m_screens.addressBook.cancelImport();
     m_screens.records.cancel();
     m_screens.updates.stop();
+    m_screens.openItems.stop();
+    m_screens.tracking.stop();
     workPool().waitForDone(); // running jobs report to the screens
 }
 
