@@ -68,7 +68,7 @@ public:
 
     bool holds(OpenReason reason) const
     {
-        if (m_facts.done.contains(wordOf(reason)))
+        if (!m_facts.done.isEmpty() && m_facts.done.contains(wordOf(reason)))
             return false;
         switch (reason) {
         case OpenReason::refundRejected:

@@ -31,7 +31,7 @@ void TrackingPlan::setLabels(const QList<OpenFacts> &labels, const QDateTime &no
     for (const OpenFacts &facts : labels) {
         const std::optional<QDateTime> due = dueAt(facts);
         if (due && now < facts.label.createdAt.addDays(days))
-            m_labels.push_back({facts, *due});
+            m_labels.push_back({facts, due->toMSecsSinceEpoch()});
     }
     std::ranges::sort(m_labels, std::greater(), [](const Followed &label) {
         return std::pair(label.facts.label.createdAt, label.facts.label.id);
@@ -40,25 +40,29 @@ void TrackingPlan::setLabels(const QList<OpenFacts> &labels, const QDateTime &no
 
 qsizetype TrackingPlan::dueCount(const QDateTime &now) const
 {
-    return std::ranges::count_if(m_labels, [&now](const Followed &label) { return label.due <= now; });
+    const qint64 moment = now.toMSecsSinceEpoch();
+    return std::ranges::count_if(m_labels, [moment](const Followed &label) { return label.due <= moment; });
 }
 
 std::optional<OpenFacts> TrackingPlan::next(const QDateTime &now)
 {
-    if (now < m_notBefore)
+    const qint64 moment = now.toMSecsSinceEpoch();
+    if (moment < m_notBefore)
         return std::nullopt;
-    const auto found = std::ranges::find_if(m_labels, [&now](const Followed &label) { return label.due <= now; });
+    const auto found = std::ranges::find_if(m_labels, [moment](const Followed &label) { return label.due <= moment; });
     if (found == m_labels.end())
         return std::nullopt;
-    m_notBefore = now.addMSecs(spacing.count());
-    found->due = now.addSecs(std::chrono::seconds(again).count());
+    m_notBefore = moment + spacing.count();
+    found->due = moment + std::chrono::milliseconds(again).count();
     return found->facts;
 }
 
 std::optional<QDateTime> TrackingPlan::nextAt() const
 {
     const auto first = std::ranges::min_element(m_labels, {}, &Followed::due);
-    return first == m_labels.end() ? std::nullopt : std::optional(std::max(first->due, m_notBefore));
+    if (first == m_labels.end())
+        return std::nullopt;
+    return QDateTime::fromMSecsSinceEpoch(std::max(first->due, m_notBefore));
 }
 
 } // namespace parcelory

@@ -36,16 +36,15 @@ public:
     /// When next() returns a label again, at the earliest; nothing if no label is followed.
     std::optional<QDateTime> nextAt() const;
     /// The carrier wants no question before.
-    void pauseUntil(const QDateTime &time) { m_notBefore = time; }
-    QDateTime notBefore() const { return m_notBefore; }
+    void pauseUntil(const QDateTime &time) { m_notBefore = time.toMSecsSinceEpoch(); }
 
 private:
     struct Followed {
         OpenFacts facts;
-        QDateTime due;
+        qint64 due; ///< milliseconds since 1970
     };
     std::vector<Followed> m_labels; ///< newest first
-    QDateTime m_notBefore = QDateTime::fromMSecsSinceEpoch(0);
+    qint64 m_notBefore = 0;         ///< likewise
 };
 
 } // namespace parcelory

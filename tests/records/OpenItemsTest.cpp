@@ -155,7 +155,8 @@ TEST(OpenItems, MissNoRefundInAYearAndNeverAskTooOften)
     std::size_t first = 0, bought = 0;
     int questions = 0, tooMany = 0;
     const QDateTime end = begin.addDays(400);
-    for (QDateTime time = begin; time < end; time = time.addSecs(3600)) {
+    constexpr qint64 step = 6 * 3600; // the list is looked at
+    for (QDateTime time = begin; time < end; time = time.addSecs(step)) {
         while (bought < parcels.size() && parcels[bought].facts.label.createdAt <= time)
             ++bought;
         while (first < bought && parcels[first].facts.label.createdAt.addDays(30) < time)
@@ -165,7 +166,7 @@ TEST(OpenItems, MissNoRefundInAYearAndNeverAskTooOften)
             followed += parcels[at].facts;
         plan.setLabels(followed, time);
         QDateTime moment = time;
-        for (auto next = plan.nextAt(); next && *next < time.addSecs(3600); next = plan.nextAt()) {
+        for (auto next = plan.nextAt(); next && *next < time.addSecs(step); next = plan.nextAt()) {
             moment = std::max(moment, *next);
             const std::optional<OpenFacts> label = plan.next(moment);
             if (!label || questions > 500000)
@@ -189,14 +190,14 @@ TEST(OpenItems, MissNoRefundInAYearAndNeverAskTooOften)
         }
         for (std::size_t at = first; at < bought; ++at) {
             Parcel &parcel = parcels[at];
-            const std::optional<OpenItem> item = OpenItems::itemOf(parcel.facts, time.addSecs(3600));
+            const std::optional<OpenItem> item = OpenItems::itemOf(parcel.facts, time.addSecs(step));
             if (!item)
                 continue;
             if (!parcel.alarmedAt)
-                parcel.alarmedAt = time.addSecs(3600);
+                parcel.alarmedAt = time.addSecs(step);
             if (stepOf(item->reason) == OpenStep::refund) {
                 if (!parcel.shownAt)
-                    parcel.shownAt = time.addSecs(3600);
+                    parcel.shownAt = time.addSecs(step);
                 if (parcel.shownAt->addDays(1) <= time)
                     parcel.facts.label.status = u"REFUND_PENDING"_s;
             }
