@@ -6,7 +6,7 @@ namespace parcelory {
 
 class ShipmentLog;
 
-/// Adds a month of labels to an empty mailing log, with every kind of open item among them: labels that were never
+/// Adds a month of labels to the mailing log, with every kind of open item among them: labels that were never
 /// scanned, refunds that are not decided or were rejected, parcels that came back, stand still or went to another ZIP,
 /// papers that were not printed, and a label that was not checked.
 void addPracticeMonth(ShipmentLog &log, const QDateTime &now);

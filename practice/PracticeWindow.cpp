@@ -5,6 +5,7 @@
 #include "practice/PracticeMenu.h"
 #include "practice/PracticeMonth.h"
 #include "practice/PracticeSamples.h"
+#include "records/OpenItems.h"
 #include "records/ShipmentLog.h"
 #include "ui/Program.h"
 #include "ui/WindowKeyboard.h"
@@ -28,8 +29,10 @@ int runPracticeWindow(const QString &folder)
         LocalAddressStore book(desk.platform().dataFolder);
         addPracticeAddresses(book);
         ShipmentLog log(desk.platform().dataFolder);
-        if (log.records().isEmpty())
-            addPracticeMonth(log, desk.platform().clock.now());
+        const QDateTime now = desk.platform().clock.now();
+        const auto known = OpenItems::read(log, now);
+        if (known.isRead() && known->isEmpty()) // labels bought here are TEST labels
+            addPracticeMonth(log, now);
     }
     Program program(desk.platform(), prompts, PracticeDesk::signInNote());
     addPracticeMenu(program.window().menuBar(), desk);
