@@ -1,4 +1,4 @@
-#include <QGuiApplication>
+#include <QApplication>
 #include <benchmark/benchmark.h>
 
 int main(int argc, char **argv)
@@ -6,7 +6,7 @@ int main(int argc, char **argv)
     // Labels need fonts, but no display; the programs that the benchmarks start choose their own.
     const QByteArray platform = qgetenv("QT_QPA_PLATFORM");
     qputenv("QT_QPA_PLATFORM", "offscreen");
-    const QGuiApplication app(argc, argv);
+    const QApplication app(argc, argv);
     if (platform.isNull())
         qunsetenv("QT_QPA_PLATFORM");
     else

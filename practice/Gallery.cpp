@@ -34,6 +34,7 @@ Gallery::Gallery(PracticeDesk &desk, Program &program, QDir folder) : m_desk(des
 {
     m_program.window().resize(usualSize);
     m_program.window().show();
+    m_program.screens().tracking.stop(); // its answers would be in some pictures only
 }
 
 Task<> Gallery::until(std::function<bool()> reached)
@@ -137,6 +138,8 @@ Task<> Gallery::drawMode(QString name)
     co_await save(u"settings-api-keys-"_s + name);
     m_program.window().resize(m_program.window().minimumSize());
     co_await drawLogs(name);
+    if (name == u"live")
+        co_await drawOpenItems();
 }
 
 } // namespace parcelory

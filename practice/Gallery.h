@@ -50,6 +50,7 @@ private:
     Task<> drawRestore();
     Task<> drawSettings();
     Task<> drawLogs(QString name);
+    Task<> drawOpenItems();
     void compose(const ShippoAddress &to);
     QImage picture();
 

@@ -6,10 +6,13 @@
 #include "core/ShippoAddress.h"
 #include "core/Task.h"
 #include "practice/PracticeDesk.h"
+#include "practice/PracticeMonth.h"
 #include "practice/PracticeSamples.h"
 #include "records/StatusWords.h"
 #include "ui/Program.h"
 #include "ui/WindowPrompts.h"
+#include "ui/log/MailingLogView.h"
+#include "ui/parts/RowTable.h"
 
 #include <QAbstractButton>
 #include <QApplication>
@@ -141,6 +144,28 @@ Task<> Gallery::drawLogs(QString name)
     log.from = log.to.value().addDays(-40);
     log.loaded = false; // as after a change of the field
     co_await save(u"master-log-"_s + name);
+}
+
+Task<> Gallery::drawOpenItems()
+{
+    OpenItemsScreen &items = m_program.screens().openItems;
+    app().tab = MainTab::mailingLog;
+    items.isShown = true;
+    m_program.screens().mailingLog.message = QString();
+    m_program.screens().tracking.askedAt = clock().now();
+    m_program.screens().tracking.followed = 58;
+    co_await onPool([this] { addPracticeMonth(app().log, clock().now()); });
+    co_await until([&items] { return items.items().size() > 10; });
+    m_program.window().mailingLogView().table()->selectRow(0);
+    co_await save(u"open-items-smallest"_s);
+    m_program.window().resize(usualSize);
+    co_await save(u"open-items"_s);
+    co_await saveDark(u"open-items"_s);
+    items.search = u"no such item"_s;
+    co_await until([&items] { return items.items().isEmpty(); });
+    co_await save(u"open-items-nothing-found"_s);
+    items.search = QString();
+    items.isShown = false;
 }
 
 } // namespace parcelory

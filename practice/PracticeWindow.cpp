@@ -3,7 +3,10 @@
 #include "platform/RunningProgram.h"
 #include "practice/PracticeDesk.h"
 #include "practice/PracticeMenu.h"
+#include "practice/PracticeMonth.h"
 #include "practice/PracticeSamples.h"
+#include "records/OpenItems.h"
+#include "records/ShipmentLog.h"
 #include "ui/Program.h"
 #include "ui/WindowKeyboard.h"
 #include "ui/WindowPrompts.h"
@@ -25,6 +28,11 @@ int runPracticeWindow(const QString &folder)
     { // before the program reads it
         LocalAddressStore book(desk.platform().dataFolder);
         addPracticeAddresses(book);
+        ShipmentLog log(desk.platform().dataFolder);
+        const QDateTime now = desk.platform().clock.now();
+        const auto known = OpenItems::read(log, now);
+        if (known.isRead() && known->isEmpty()) // labels bought here are TEST labels
+            addPracticeMonth(log, now);
     }
     Program program(desk.platform(), prompts, PracticeDesk::signInNote());
     addPracticeMenu(program.window().menuBar(), desk);

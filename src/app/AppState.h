@@ -187,6 +187,8 @@ signals:
     void recipientToKeep(const ShippoAddress &recipient);
     /// A label was bought and is in the mailing log.
     void labelLogged(const QString &transactionId);
+    /// What happened to labels is noted beside the mailing log's rows.
+    void labelsNoted();
     /// An address or an invoice has filled the label, and the clerk has closed the invoice's alert, if any.
     void recipientTaken();
     /// A question is about a label that the clerk wants to see. `verdict` is empty if the log has it.

@@ -19,13 +19,14 @@ using namespace Qt::StringLiterals;
 
 Screens::Screens(AppState &app)
     : signIn(app), addressBook(app), label(app), draft(app, label), mailingLog(app), keys(app), masterLog(app, keys),
-      scanForm(app), settings(app), updates(app), records(app), rules(app), openLabel(app), handbook(app),
+      scanForm(app), settings(app), updates(app), records(app), rules(app), tracking(app, keys),
+      openItems(app, mailingLog, records, tracking), openLabel(app), handbook(app),
       activity(app, label, addressBook, mailingLog, updates), support(app, label, addressBook, keys, activity.trace),
       m_app(app)
 {
     connect(&mailingLog, &MailingLogScreen::reprinted, &label, &LabelScreen::takeReprint);
     buildOn(app, signIn, addressBook, label, mailingLog, keys, masterLog, scanForm, settings, updates, records, rules,
-            openLabel, handbook, support);
+            tracking, openItems, openLabel, handbook, support);
     for (LabelPreview *place : {&label.preview, &mailingLog.preview, &settings.testLabel})
         connect(place, &LabelPreview::opened, this, [this, place] {
             openLabel.follow(*place);

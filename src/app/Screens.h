@@ -7,6 +7,8 @@
 #include "app/label/LabelScreen.h"
 #include "app/logs/MailingLogScreen.h"
 #include "app/logs/MasterLogScreen.h"
+#include "app/openitems/OpenItemsScreen.h"
+#include "app/openitems/TrackingWatch.h"
 #include "app/preview/LabelPreview.h"
 #include "app/records/RecordsScreen.h"
 #include "app/scanform/ScanFormScreen.h"
@@ -39,6 +41,8 @@ public:
     UpdateChecker updates;
     RecordsScreen records;
     RulesScreen rules;
+    TrackingWatch tracking;
+    OpenItemsScreen openItems;
     LabelPreview openLabel;              ///< in the label's own window
     Observed<int> labelsOpened{this, 0}; ///< incremented to open that window
     Handbook handbook;

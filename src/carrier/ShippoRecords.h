@@ -220,16 +220,27 @@ struct ShippoRefund {
 
 /// A parcel's tracking status.
 struct ShippoTrackStatus {
+    struct Location {
+        std::optional<QString> city, state, zip;
+
+        static constexpr auto fields()
+        {
+            using L = Location;
+            return std::tuple{field("city", &L::city), field("state", &L::state), field("zip", &L::zip)};
+        }
+    };
+
     struct TrackingStatus {
         std::optional<QString> status;
         std::optional<QString> statusDetails;
         std::optional<QString> statusDate;
+        std::optional<Location> location;
 
         static constexpr auto fields()
         {
             using T = TrackingStatus;
             return std::tuple{field("status", &T::status), field("statusDetails", &T::statusDetails),
-                              field("statusDate", &T::statusDate)};
+                              field("statusDate", &T::statusDate), field("location", &T::location)};
         }
     };
 

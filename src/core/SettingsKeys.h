@@ -60,7 +60,8 @@ inline const Setting<QString> legacySenderEmail{u"sender.email"_s, {}};
 inline const Setting<QByteArray> mailingLogColumns{u"ui.mailingLogColumns"_s, {}};
 inline const Setting<QByteArray> mailingLogSplitter{u"ui.mailingLogSplitter"_s, {}};
 inline const Setting<qint64> lastSyncedRefund{u"log.lastSyncedRefund"_s,
-                                              0};                          ///< the next sync continues with older rows
+                                              0}; ///< the next sync continues with older rows
+inline const Setting<bool> asksForTracking{u"log.asksForTracking"_s, true};
 inline const Setting<QString> copiesFolder{u"records.copiesFolder"_s, {}}; ///< empty: in the data folder
 inline const Setting<QByteArray> masterLogColumns{u"ui.masterLogColumns"_s, {}};
 

@@ -18,6 +18,8 @@
 #include <QPainter>
 #include <QTabBar>
 
+#include <utility>
+
 namespace parcelory {
 using namespace Qt::StringLiterals;
 
@@ -71,9 +73,23 @@ HeaderBar::HeaderBar(AppState &app, Screens &screens, QWidget *parent)
     refresh();
 }
 
+/// A badge on the mailing log's tab.
+void HeaderBar::showOpenItems(int count)
+{
+    if (std::exchange(m_openItems, count) == count)
+        return;
+    const int tab = int(MainTab::mailingLog);
+    m_tabs->setTabButton(tab, QTabBar::RightSide,
+                         count > 0 ? new Badge(QString::number(count), BadgeKind::pending) : nullptr);
+    m_tabs->setAccessibleTabName(tab, count == 0   ? QString()
+                                      : count == 1 ? mainTabs()[tab].title + u", 1 open item"_s
+                                                   : mainTabs()[tab].title + u", %1 open items"_s.arg(count));
+}
+
 void HeaderBar::refresh()
 {
     m_tabs->setCurrentIndex(int(m_app.tab.value()));
+    showOpenItems(m_screens.openItems.count);
     m_signOut->setEnabled(!m_screens.label.busy); // the operation may still ask the clerk a question
     m_user->setFullText(m_app.signedInUser);
     m_user->setVisible(!m_user->fullText().isEmpty());

@@ -21,10 +21,12 @@ public:
 
 private:
     void refresh();
+    void showOpenItems(int count);
 
     AppState &m_app;
     Screens &m_screens;
     QTabBar *m_tabs;
+    int m_openItems = 0; ///< as the tab shows it
     Badge *m_mode;
     ElidedLabel *m_scanStatus;
     Button *m_scanForm;

@@ -71,7 +71,7 @@ QWidget *MainWindow::makeMain()
     m_stripe = new ModeStripe;
     m_tabs = new QStackedWidget;
     m_label = new LabelView(m_app, m_screens.label, m_screens.addressBook, m_screens.keys, m_screens.settings);
-    m_mailingLog = new MailingLogView(m_app, m_screens.mailingLog);
+    m_mailingLog = new MailingLogView(m_app, m_screens.mailingLog, m_screens.openItems);
     m_masterLog = new MasterLogView(m_app, m_screens.masterLog);
     m_settings = new SettingsView(m_app, m_screens);
     for (QWidget *view : {static_cast<QWidget *>(m_label), static_cast<QWidget *>(m_mailingLog),

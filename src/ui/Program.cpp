@@ -41,6 +41,8 @@ void Program::start()
     spawn([&book = m_screens.addressBook] { return book.reload(); });
     spawn([&screens = m_screens] { return screens.startRecords(); });
     spawn([&rules = m_app.rules] { return rules.load(); });
+    spawn([&items = m_screens.openItems] { return items.start(); });
+    spawn([&tracking = m_screens.tracking] { return tracking.start(); });
     spawn([] { return sweepPrintFiles(); });
     spawn([] { return UpdateChecker::sweep(); });
     spawn([&handbook = m_screens.handbook] {
@@ -59,6 +61,8 @@ Program::~Program()
     m_screens.addressBook.cancelImport();
     m_screens.records.cancel();
     m_screens.updates.stop();
+    m_screens.openItems.stop();
+    m_screens.tracking.stop();
     workPool().waitForDone(); // running jobs report to the screens
 }
 

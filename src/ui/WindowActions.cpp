@@ -180,6 +180,11 @@ void Menus::addLog()
     add(
         menu, u"Search the Master Log"_s, Qt::CTRL | Qt::Key_F, [this] { return isOn(MainTab::masterLog); },
         [this] { m_window.masterLogView().focusSearch(); });
+    add(menu, u"Open Items"_s, Qt::CTRL | Qt::SHIFT | Qt::Key_T, signedIn(), [this] {
+        OpenItemsScreen &items = m_window.screens().openItems;
+        items.isShown = app().tab != MainTab::mailingLog || !items.isShown;
+        app().tab = MainTab::mailingLog;
+    });
     addSorting(menu->addMenu(u"Sort By"_s));
     menu->addSeparator();
     addShipment(menu);

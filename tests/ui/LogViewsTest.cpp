@@ -1,6 +1,7 @@
 #include "support/UiTest.h"
 #include "ui/ErrorLogWindow.h"
 #include "ui/log/MailingLogView.h"
+#include "ui/log/OpenItemsTable.h"
 #include "ui/log/ShipmentTable.h"
 #include "ui/parts/SearchField.h"
 #include "ui/theme/Theme.h"
@@ -15,7 +16,11 @@ struct LogViewsTest : testing::Test, FakePlatform {
     ErrorLog errors{platform};
     AppState app{platform};
     MailingLogScreen screen{app};
-    MailingLogView view{app, screen};
+    KeysScreen keys{app};
+    RecordsScreen records{app};
+    TrackingWatch tracking{app, keys};
+    OpenItemsScreen items{app, screen, records, tracking};
+    MailingLogView view{app, screen, items};
     ShipmentTable *table = view.findChild<ShipmentTable *>();
     SearchField *search = view.findChild<SearchField *>();
 
@@ -98,7 +103,7 @@ TEST_F(LogViewsTest, TheClerksLayoutSurvivesReloadsAndRestarts)
     {
         QStackedWidget pages; // the log is behind another page, and is never shown
         pages.addWidget(new QWidget);
-        auto *unseen = new MailingLogView(app, screen);
+        auto *unseen = new MailingLogView(app, screen, items);
         pages.addWidget(unseen);
         pages.show();
         app.log.reload();
@@ -107,9 +112,41 @@ TEST_F(LogViewsTest, TheClerksLayoutSurvivesReloadsAndRestarts)
         EXPECT_EQ(read(preferences, settings::mailingLogColumns), QByteArray());
     }
     view.hide();
-    MailingLogView next(app, screen);
+    MailingLogView next(app, screen, items);
     next.show();
     EXPECT_EQ(next.findChild<ShipmentTable *>()->columnWidth(ShipmentModel::recipient), 301);
+}
+
+TEST_F(LogViewsTest, OpenItemsAreUsedFromTheKeyboard)
+{
+    const ShipmentRecord label{.createdAt = clock.now().addDays(-3),
+                               .recipient = u"Grant Holloway, 77 Peach St, Macon GA 31201"_s,
+                               .tracking = u"940011189956"_s,
+                               .transactionID = QString(32, u'a'),
+                               .status = u"REFUND_ERROR"_s};
+    ASSERT_TRUE(app.log.insert(label));
+    items.isShown = true;
+    runTask(items.start());
+    auto *list = view.findChild<OpenItemsTable *>();
+    runUntil([&] { return list->isVisible() && list->model()->rowCount() == 1; });
+    EXPECT_EQ(list->model()->index(0, 1).data(Qt::AccessibleTextRole).toString(),
+              u"Refund rejected, Grant Holloway, 3 days old, next step Track Online"_s);
+    list->setFocus();
+    list->selectRow(0);
+    EXPECT_EQ(view.selectedRecord()->recipient, label.recipient) << "the pane shows it";
+    QTest::keyClick(list, Qt::Key_Space);
+    runUntil([&] { return !desktop.opened.isEmpty(); });
+    QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, list->visualRect(list->model()->index(0, 5)).center());
+    runUntil([&] { return desktop.opened.size() == 2; });
+    QTest::keyClick(list, Qt::Key_Delete);
+    runUntil([&] { return list->model()->rowCount() == 0 && items.canUndo; });
+    runTask(items.undo());
+    runUntil([&] { return list->model()->rowCount() == 1; });
+    list->selectRow(0);
+    QTest::keyClick(list, Qt::Key_Return);
+    runUntil([&] { return table->isVisible(); });
+    EXPECT_EQ(screen.selectedRecord()->recipient, label.recipient);
+    items.stop();
 }
 
 TEST_F(LogViewsTest, TheErrorLogUpdatesCopiesAndClears)

@@ -1,6 +1,7 @@
 #include "app/logs/MailingLogScreen.h"
 
 #include "app/AppState.h"
+#include "app/logs/CarrierJourney.h"
 #include "app/logs/TrackPage.h"
 #include "app/purchase/LabelPrinting.h"
 #include "app/purchase/ReprintCheck.h"
@@ -20,6 +21,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <utility>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;
@@ -125,7 +127,19 @@ std::optional<ShipmentRecord> MailingLogScreen::selectedRecord() const
 {
     const std::optional<qint64> id = selected;
     const auto found = std::ranges::find_if(records(), [id](const ShipmentRecord &record) { return record.id == id; });
-    return found == records().end() ? std::nullopt : std::optional(*found);
+    if (found != records().end())
+        return *found;
+    return m_unlisted && m_unlisted->id == id ? m_unlisted : std::nullopt;
+}
+
+void MailingLogScreen::lookAt(const ShipmentRecord &record)
+{
+    const bool isSelected = selected.value() == record.id;
+    if (std::exchange(m_unlisted, record) != record && isSelected) {
+        showSelected(); // the row may have changed
+        emit changed();
+    }
+    selected = record.id;
 }
 
 QString MailingLogScreen::countText() const
@@ -192,6 +206,7 @@ Task<> MailingLogScreen::reprintCustoms(ShipmentRecord record)
     }
     try {
         const QString printed = co_await printCustoms(m_app, *document);
+        co_await noteEvent(m_app, {record.transactionID}, LabelEvent::papersPrinted);
         say(printed);
     } catch (const AppError &error) {
         fail(u"Customs Docs Reprint"_s, error, Popup::no);
@@ -216,17 +231,14 @@ Task<> MailingLogScreen::checkStatus(ShipmentRecord record)
     busy = true;
     const auto done = qScopeGuard([this] { busy = false; });
     say(QString());
-    const QString carrier = record.carrier.toLower() == u"fedex" ? u"fedex"_s : u"usps"_s;
     try {
-        const ShippoTrackStatus track = co_await m_app.shippo.track(carrier, record.tracking);
+        const ShippoTrackStatus track = co_await m_app.shippo.track(carrierToken(record), record.tracking);
         const auto status = track.trackingStatus.value_or(ShippoTrackStatus::TrackingStatus{});
         const QString word = status.status.value_or(wordOf(TrackingStatus::unknown));
         const QString text = joinPresent({word, status.statusDetails.value_or(QString())}, u": "_s);
         say(text);
-        const QString unwritten =
-            co_await write([id = record.id, word, now = m_app.platform.clock.now()](AppState &app) {
-                return app.labelHistory.setTracked(id, word, now);
-            });
+        const QString unwritten = co_await write([id = record.id, track, now = m_app.platform.clock.now()](
+                                                     AppState &app) { return storeJourney(app, id, track, now); });
         if (!unwritten.isEmpty()) {
             m_app.errors.record(u"Check Status"_s, AppError(text + u". "_s + unwritten), Popup::no);
             say(text + u". "_s + unwritten, true);

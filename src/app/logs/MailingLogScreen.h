@@ -36,6 +36,8 @@ public:
     /// The newest shipments that match the search, newest first.
     const QList<ShipmentRecord> &records() const { return m_app.log.records(); }
     std::optional<ShipmentRecord> selectedRecord() const;
+    /// Selects a label that the list may not have.
+    void lookAt(const ShipmentRecord &record);
     /// "1000 newest shipments", "3 shipments found"
     QString countText() const;
 
@@ -89,9 +91,10 @@ private:
 
     AppState &m_app;
     bool m_reloading = false;
-    QString m_bought;         ///< transaction of the label that is selected once it is listed
-    QString m_failureMessage; ///< `message` if the list could not be read
-    quint64 m_retry = 0;      ///< a timer
+    std::optional<ShipmentRecord> m_unlisted; ///< the selected label, if records() does not have it
+    QString m_bought;                         ///< transaction of the label that is selected once it is listed
+    QString m_failureMessage;                 ///< `message` if the list could not be read
+    quint64 m_retry = 0;                      ///< a timer
     static constexpr Clock::Duration retryPause = std::chrono::seconds(10);
     CancelToken m_query;  ///< of the search that is under way
     CancelToken m_cancel; ///< of the export or import

@@ -17,6 +17,13 @@ enum class PapersOutcome {
     printFailed,
 };
 
+/// True if the parcel needs papers that are not on paper.
+constexpr bool isMissing(PapersOutcome outcome)
+{
+    return outcome == PapersOutcome::notDrawn || outcome == PapersOutcome::downloadFailed ||
+           outcome == PapersOutcome::printFailed;
+}
+
 /// The customs papers of a parcel after an attempt to get and print them.
 struct PapersResult {
     PapersOutcome outcome = PapersOutcome::none;

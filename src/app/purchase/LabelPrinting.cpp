@@ -8,6 +8,7 @@
 #include "core/SettingsKeys.h"
 #include "core/Task.h"
 #include "core/Text.h"
+#include "core/ports/Clock.h"
 #include "core/ports/Preferences.h"
 #include "devices/HandoverFile.h"
 #include "devices/LabelPrinter.h"
@@ -45,6 +46,21 @@ Task<QByteArray> downloadAgain(AppState &app, QString url)
 }
 
 } // namespace
+
+Task<> noteEvent(AppState &app, QStringList labels, LabelEvent event)
+{
+    labels.removeAll(QString());
+    if (labels.isEmpty())
+        co_return;
+    const QDateTime now = app.platform.clock.now();
+    const QString failure = co_await onPool([&log = app.log, labels, event, now] {
+        return LabelEvents::put(log, labels, event, now) ? QString() : log.lastError();
+    });
+    if (!failure.isEmpty())
+        app.errors.record(u"Mailing Log"_s,
+                          AppError(u"What happened to a label could not be noted — %1."_s.arg(failure)), Popup::no);
+    emit app.labelsNoted();
+}
 
 Task<QString> printLabel(AppState &app, QByteArray label)
 {
@@ -124,7 +140,9 @@ Task<QString> reprintCustoms(AppState &app, ShipmentRecord record)
     std::optional<QByteArray> document = stored.orThrow();
     if (!document)
         document = co_await downloadCustoms(app, row);
-    co_return co_await printCustoms(app, *document);
+    const QString printed = co_await printCustoms(app, *document);
+    co_await noteEvent(app, {row.transactionID}, LabelEvent::papersPrinted);
+    co_return printed;
 }
 
 Task<bool> printDocument(AppState &app, QByteArray pdf)

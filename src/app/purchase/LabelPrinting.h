@@ -3,12 +3,16 @@
 #include "app/AppState.h"
 #include "compose/LabelReadBack.h"
 #include "core/Task.h"
+#include "records/LabelEvents.h"
 
 namespace parcelory {
 
 /// Prints a label on the printers chosen in Settings, watches the queue until it is empty, and returns the printer's
 /// message. Throws AppError.
 Task<QString> printLabel(AppState &app, QByteArray label);
+
+/// Notes in the mailing log what happened to labels. A failure is an entry in the error log.
+Task<> noteEvent(AppState &app, QStringList labels, LabelEvent event);
 
 /// A sentence about jobs that wait in the label printer's queue, for the clerk to read before more are sent; empty if
 /// no job is waiting.

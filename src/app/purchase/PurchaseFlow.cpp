@@ -204,6 +204,8 @@ Task<PurchaseResult> PurchaseFlow::complete(OpenPurchase purchase, std::optional
     result.papers = co_await papersOf(entry, delivery);
     if (result.papers.document)
         record.customsPDF = result.papers.document;
+    if (isMissing(result.papers.outcome))
+        co_await noteEvent(m_app, {record.transactionID}, LabelEvent::papersFailed);
     co_await save(entry);
     result.isLogged = co_await log(entry, doubts.verdict);
     if (isHeld) { // asked last: the label is in the log, however long the clerk takes

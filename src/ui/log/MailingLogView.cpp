@@ -2,11 +2,14 @@
 
 #include "app/AppState.h"
 #include "app/logs/MailingLogScreen.h"
+#include "app/openitems/OpenItemsScreen.h"
 #include "core/SettingsKeys.h"
 #include "core/Task.h"
 #include "core/Text.h"
 #include "core/ports/Preferences.h"
 #include "ui/log/LogFoot.h"
+#include "ui/log/OpenItemsList.h"
+#include "ui/log/OpenItemsTable.h"
 #include "ui/log/ShipmentDetails.h"
 #include "ui/log/ShipmentTable.h"
 #include "ui/parts/Accessibility.h"
@@ -18,6 +21,7 @@
 #include "ui/parts/ProgressBar.h"
 #include "ui/parts/RowTable.h"
 #include "ui/parts/SearchField.h"
+#include "ui/parts/SegmentedControl.h"
 #include "ui/parts/TabOrder.h"
 #include "ui/parts/TextLabel.h"
 #include "ui/parts/Toolbar.h"
@@ -41,22 +45,26 @@ constexpr int detailsHeight = 222;
 
 } // namespace
 
-MailingLogView::MailingLogView(AppState &app, MailingLogScreen &screen, QWidget *parent)
-    : QWidget(parent), m_app(app), m_screen(screen), m_search(new SearchField(u"Search the mailing log"_s, 320)),
+MailingLogView::MailingLogView(AppState &app, MailingLogScreen &screen, OpenItemsScreen &items, QWidget *parent)
+    : QWidget(parent), m_app(app), m_screen(screen), m_items(items), m_segments(new SegmentedControl(u"Labels"_s)),
+      m_search(new SearchField(u"Search the mailing log"_s, 280)),
+      m_itemSearch(new SearchField(u"Search the open items"_s, 280)),
       m_count(new TextLabel({}, FontRole::caption, &Tokens::muted)),
       m_import(new Button(u"Import Endicia Mail Log"_s, Button::Kind::standard, u"ui_import"_s)),
       m_export(new Button(u"Export Mail Log"_s, Button::Kind::standard, u"ui_export"_s)), m_table(new ShipmentTable),
-      m_empty(new EmptyState(u"ui_invoice"_s, {})), m_list(new QStackedWidget),
-      m_details(new ShipmentDetails(screen, m_table)), m_splitter(new QSplitter(Qt::Vertical)), m_foot(new LogFoot),
+      m_empty(new EmptyState(u"ui_invoice"_s, {})), m_openItems(new OpenItemsList(items, screen)),
+      m_list(new QStackedWidget), m_details(new ShipmentDetails(screen, m_table)),
+      m_splitter(new QSplitter(Qt::Vertical)), m_foot(new LogFoot),
       m_message(new Notice(u"ui_info"_s, &Tokens::muted, FontRole::body)),
-      m_progress(new ProgressBar(u"Progress"_s, 160)), m_cancel(new Button(u"Cancel"_s)),
-      m_refresh([this] { refresh(); })
+      m_undo(new Button(u"Undo"_s, Button::Kind::link)), m_progress(new ProgressBar(u"Progress"_s, 160)),
+      m_cancel(new Button(u"Cancel"_s)), m_refresh([this] { refresh(); })
 {
     auto *sheet = new PanelFrame(&Tokens::sheet);
     auto *centered = new QVBoxLayout(sheet);
     centered->addWidget(m_empty);
     m_list->addWidget(m_table);
     m_list->addWidget(sheet);
+    m_list->addWidget(m_openItems);
     m_splitter->addWidget(m_list);
     m_splitter->addWidget(m_details);
     m_splitter->setStretchFactor(0, 1);
@@ -69,29 +77,42 @@ MailingLogView::MailingLogView(AppState &app, MailingLogScreen &screen, QWidget 
     rows->addWidget(makeFoot());
     orderTabsByLayout(this);
     bindText(m_search, screen.search);
+    bindText(m_itemSearch, items.search);
     connectList();
     restoreLayout();
-    m_refresh.follow(screen);
+    m_refresh.follow(screen, items);
     refreshList();
 }
 
 RowTable *MailingLogView::table() const
 {
-    return m_table;
+    return m_items.isShown ? static_cast<RowTable *>(m_openItems->table()) : m_table;
 }
 
 QWidget *MailingLogView::makeToolbar()
 {
     connect(m_import, &QPushButton::clicked, this, [this] { spawn([this] { return m_screen.importCSV(); }); });
     connect(m_export, &QPushButton::clicked, this, [this] { spawn([this] { return m_screen.exportCSV(); }); });
-    return (new Toolbar)->add(m_search)->add(m_count)->fill()->add(m_import)->add(m_export);
+    m_segments->add(0, u"All labels"_s);
+    m_segments->add(1, u"Open items"_s);
+    connect(m_segments, &SegmentedControl::chosenByUser, this, [this](int id) { m_items.isShown = id == 1; });
+    return (new Toolbar)
+        ->add(m_segments)
+        ->add(m_search)
+        ->add(m_itemSearch)
+        ->add(m_count)
+        ->fill()
+        ->add(m_import)
+        ->add(m_export);
 }
 
 QWidget *MailingLogView::makeFoot()
 {
     m_message->setTextInk(&Tokens::text);
     m_foot->row()->addWidget(m_message, 1, Qt::AlignVCenter);
+    m_foot->row()->addWidget(m_undo);
     m_foot->row()->addStretch();
+    connect(m_undo, &QPushButton::clicked, this, [this] { spawn([&items = m_items] { return items.undo(); }); });
     m_foot->row()->addWidget(m_progress);
     m_foot->row()->addWidget(m_cancel);
     connect(m_cancel, &QPushButton::clicked, this, [this] { m_screen.cancel(); });
@@ -102,6 +123,8 @@ void MailingLogView::connectList()
 {
     connect(&m_screen, &MailingLogScreen::recordsChanged, this, &MailingLogView::refreshList);
     connect(m_table, &RowTable::chosenChanged, this, [this] {
+        if (m_items.isShown)
+            return; // the pane shows an open item
         const QVariant id = m_table->chosen();
         m_screen.selected = id.isValid() ? std::optional(id.toLongLong()) : std::nullopt;
     });
@@ -110,6 +133,8 @@ void MailingLogView::connectList()
             m_screen.copyTracking(*record);
     });
     connect(m_table, &RowTable::viewRequested, &m_screen.preview, &LabelPreview::open);
+    connect(m_itemSearch, &SearchField::listRequested, this,
+            [this] { m_openItems->table()->setFocus(Qt::TabFocusReason); });
     connect(m_search, &SearchField::listRequested, m_table, [this] { m_table->setFocus(Qt::TabFocusReason); });
 }
 
@@ -144,8 +169,6 @@ void MailingLogView::refreshList()
     m_table->setRecords(m_screen.records());
     if (std::exchange(m_listed, search) != search)
         m_table->showStart();
-    const bool empty = m_screen.records().isEmpty();
-    m_list->setCurrentIndex(empty ? 1 : 0);
     refresh();
 }
 
@@ -158,11 +181,26 @@ void MailingLogView::refreshTexts()
                  : search.isEmpty()
                      ? u"Labels bought at this desk are listed here."_s
                      : u"No shipment matches “%1”."_s.arg(breakable(firstCharacters(search.left(400), 60))));
-    m_count->setText(m_screen.countText());
+    m_count->setText(m_items.isShown ? m_items.countText() : m_screen.countText());
+}
+
+void MailingLogView::refreshMode()
+{
+    const bool isOpenItems = m_items.isShown;
+    const bool hadFocus = m_search->hasFocus() || m_itemSearch->hasFocus();
+    m_segments->choose(isOpenItems ? 1 : 0);
+    m_segments->setCount(1, m_items.count);
+    m_search->setVisible(!isOpenItems);
+    m_itemSearch->setVisible(isOpenItems);
+    if (hadFocus)
+        (isOpenItems ? m_itemSearch : m_search)->setFocus();
+    m_list->setCurrentIndex(isOpenItems ? 2 : m_screen.records().isEmpty() ? 1 : 0);
+    m_openItems->refresh();
 }
 
 void MailingLogView::refresh()
 {
+    refreshMode();
     const std::optional<qint64> selected = m_screen.selected;
     m_table->choose(selected ? QVariant(*selected) : QVariant());
     m_details->refresh();
@@ -181,15 +219,25 @@ void MailingLogView::refreshFoot()
     if (!progress && m_cancel->hasFocus())
         m_table->setFocus();
     m_cancel->setVisible(progress.has_value());
-    const QString message = m_screen.message;
-    if (message == m_message->text() && m_screen.isFailure == m_showsFailure)
+    refreshMessage();
+}
+
+/// The open items have news of their own, which are not announced: they change with every question to the carrier.
+void MailingLogView::refreshMessage()
+{
+    const bool isOpenItems = m_items.isShown;
+    const QString note = isOpenItems ? m_items.note.value() : QString();
+    const QString news = note.isEmpty() ? m_screen.message.value() : note;
+    const QString message = news.isEmpty() && isOpenItems ? m_items.statusText() : news;
+    m_undo->setVisible(isOpenItems && m_items.canUndo);
+    const bool isFailure = m_screen.isFailure && message == m_screen.message.value();
+    if (message == m_message->text() && isFailure == m_showsFailure)
         return;
-    m_showsFailure = m_screen.isFailure;
-    const bool isFailure = m_screen.isFailure;
+    m_showsFailure = isFailure;
     m_message->setLook(isFailure ? u"ui_warning"_s : u"ui_info"_s, isFailure ? &Tokens::warn : &Tokens::muted);
     m_message->setTextInk(&Tokens::text);
     m_message->setText(message);
-    if (!message.isEmpty())
+    if (!news.isEmpty())
         announce(m_message);
 }
 

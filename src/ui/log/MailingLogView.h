@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/logs/MailingLogScreen.h"
+#include "app/openitems/OpenItemsScreen.h"
 #include "ui/parts/Button.h"
 #include "ui/parts/EmptyState.h"
 #include "ui/parts/Notice.h"
@@ -14,8 +15,10 @@ class QStackedWidget;
 namespace parcelory {
 
 class LogFoot;
+class OpenItemsList;
 class RowTable;
 class ProgressBar;
+class SegmentedControl;
 class ShipmentDetails;
 class ShipmentTable;
 
@@ -23,9 +26,9 @@ class ShipmentTable;
 class MailingLogView : public QWidget {
     Q_OBJECT
 public:
-    MailingLogView(AppState &app, MailingLogScreen &screen, QWidget *parent = nullptr);
+    MailingLogView(AppState &app, MailingLogScreen &screen, OpenItemsScreen &items, QWidget *parent = nullptr);
 
-    void focusSearch() { m_search->focusAll(); }
+    void focusSearch() { (m_items.isShown ? m_itemSearch : m_search)->focusAll(); }
     std::optional<ShipmentRecord> selectedRecord() const { return m_screen.selectedRecord(); }
     RowTable *table() const;
 
@@ -41,21 +44,28 @@ private:
     void refreshList();
     void refreshTexts();
     void refresh();
+    void refreshMode();
     void refreshFoot();
+    void refreshMessage();
 
     AppState &m_app;
     MailingLogScreen &m_screen;
+    OpenItemsScreen &m_items;
+    SegmentedControl *m_segments; ///< all labels, or the open items
     SearchField *m_search;
+    SearchField *m_itemSearch;
     TextLabel *m_count;
     Button *m_import;
     Button *m_export;
     ShipmentTable *m_table;
     EmptyState *m_empty;
-    QStackedWidget *m_list; ///< the table, or why it is empty
+    OpenItemsList *m_openItems;
+    QStackedWidget *m_list; ///< the table, why it is empty, or the open items
     ShipmentDetails *m_details;
     QSplitter *m_splitter;
     LogFoot *m_foot;
     Notice *m_message;
+    Button *m_undo;
     ProgressBar *m_progress; ///< the progress of an export or import
     Button *m_cancel;
     QString m_listed; ///< the search whose results the table shows

@@ -27,10 +27,17 @@ public:
         setAttribute(Qt::WA_Hover);
     }
 
+    void setCount(const QString &count)
+    {
+        m_count = count;
+        updateGeometry();
+        update();
+    }
+
     QSize sizeHint() const override
     {
         const int drawn = m_icon.isEmpty() ? 0 : glyph + gap;
-        return {fontMetrics().horizontalAdvance(text()) + drawn + 2 * padding,
+        return {fontMetrics().horizontalAdvance(text()) + drawn + countWidth() + 2 * padding,
                 Theme::current().scaled(Theme::fieldHeight) - 4};
     }
     QSize minimumSizeHint() const override { return sizeHint(); }
@@ -52,18 +59,26 @@ protected:
         painter.setFont(theme.font(isChecked() ? FontRole::strong : FontRole::button));
         painter.setPen(ink);
         const int words = painter.fontMetrics().horizontalAdvance(text());
-        int x = (width() - words - (m_icon.isEmpty() ? 0 : glyph + gap)) / 2;
+        int x = (width() - words - countWidth() - (m_icon.isEmpty() ? 0 : glyph + gap)) / 2;
         if (!m_icon.isEmpty()) {
             paintIcon(painter, m_icon, {x, (height() - glyph) / 2, glyph, glyph}, ink);
             x += glyph + gap;
         }
         painter.drawText(QRect(x, 0, words + 2, height()), Qt::AlignVCenter | Qt::AlignLeft, text());
+        if (!m_count.isEmpty()) {
+            const int high = theme.scaled(18);
+            paintBadge(painter, {x + words + gap, (height() - high) / 2, countWidth() - gap, high}, m_count,
+                       BadgeKind::pending, FontRole::badge);
+        }
         if (hasFocus())
             theme.drawFocusRing(painter, rect(), 4);
     }
 
 private:
+    int countWidth() const { return m_count.isEmpty() ? 0 : gap + badgeWidth(m_count, FontRole::badge); }
+
     QString m_icon;
+    QString m_count; ///< empty: none
 };
 
 } // namespace
@@ -97,6 +112,15 @@ void SegmentedControl::addUnavailable(const QString &text, const QString &icon, 
     layout()->addWidget(segment);
     layout()->addWidget(new Badge(badge, BadgeKind::plain));
     layout()->setContentsMargins(2, 2, 8, 2);
+}
+
+void SegmentedControl::setCount(int id, int count)
+{
+    auto *segment = static_cast<Segment *>(m_group.button(id));
+    const QString number = count > 0 ? QString::number(count) : QString();
+    segment->setCount(number);
+    segment->setAccessibleName(m_name + QStringLiteral(": ") + segment->text() +
+                               (number.isEmpty() ? QString() : QStringLiteral(", ") + number));
 }
 
 void SegmentedControl::choose(int id)

@@ -16,6 +16,8 @@ public:
     void add(int id, const QString &text, const QString &icon = {});
     /// Adds a disabled segment with a badge that says why.
     void addUnavailable(const QString &text, const QString &icon, const QString &badge);
+    /// Shows a number of open things beside the text; 0 shows nothing.
+    void setCount(int id, int count);
     void choose(int id);
     void chooseNone();
     int chosen() const { return m_group.checkedId(); }

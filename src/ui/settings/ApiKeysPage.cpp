@@ -1,5 +1,6 @@
 #include "ui/settings/ApiKeysPage.h"
 
+#include "app/openitems/TrackingWatch.h"
 #include "app/settings/KeysScreen.h"
 #include "core/Task.h"
 #include "ui/parts/Accessibility.h"
@@ -105,7 +106,7 @@ private:
     TextLabel *m_active;
 };
 
-ApiKeysPage::ApiKeysPage(KeysScreen &keys, QWidget *parent)
+ApiKeysPage::ApiKeysPage(KeysScreen &keys, TrackingWatch &tracking, QWidget *parent)
     : SettingsPage(u"Carrier API Keys"_s, parent), m_keys(keys), m_status(appendCard()), m_list(appendListCard()),
       m_mode(new Badge({}, BadgeKind::plain)), m_warning(new IconView(u"ui_warning"_s, 16, &Tokens::warn)),
       m_text(new TextLabel({}, FontRole::strong)), m_name(new LineEdit(u"Key name"_s, 220)),
@@ -116,6 +117,12 @@ ApiKeysPage::ApiKeysPage(KeysScreen &keys, QWidget *parent)
 {
     fillStatus();
     appendEntry();
+    QVBoxLayout *background = column(appendCard());
+    background->addWidget(makeSwitch(u"Ask the carrier where the parcels are"_s, tracking.isOn));
+    background->addWidget(
+        new TextLabel(u"Parcelory asks in the background for labels of the last 30 days, so that My Mailing Log can "
+                      "list what is open."_s,
+                      FontRole::caption, &Tokens::muted));
     m_refresh.follow(keys);
     refresh();
 }

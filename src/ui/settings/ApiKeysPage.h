@@ -17,12 +17,13 @@
 namespace parcelory {
 
 class KeyRowView;
+class TrackingWatch;
 
 /// The carrier's API keys: choose the active key, add and remove keys.
 class ApiKeysPage : public SettingsPage {
     Q_OBJECT
 public:
-    explicit ApiKeysPage(KeysScreen &keys, QWidget *parent = nullptr);
+    explicit ApiKeysPage(KeysScreen &keys, TrackingWatch &tracking, QWidget *parent = nullptr);
 
 private:
     void fillStatus();

@@ -93,7 +93,7 @@ SettingsView::SettingsView(AppState &app, Screens &screens, QWidget *parent)
     add(u"Sender Profiles"_s, u"ui_sender"_s, new SenderProfilesPage(app, screens.settings));
     add(u"Custom Boxes"_s, u"popup_package"_s, new CustomBoxesPage(app, screens.settings));
     add(u"Printers & Scale"_s, u"ui_printer"_s, new PrintersPage(app, screens.settings));
-    add(u"Carrier API Keys"_s, u"ui_key"_s, new ApiKeysPage(screens.keys));
+    add(u"Carrier API Keys"_s, u"ui_key"_s, new ApiKeysPage(screens.keys, screens.tracking));
     add(u"Shipping Rules"_s, u"ui_document"_s, new RulesPage(screens.rules));
     add(u"Records"_s, u"ui_shield"_s, new RecordsPage(screens.records));
     add(u"Contacts Diagnostics"_s, u"ui_contacts"_s, new ContactsPage(app));

@@ -1,0 +1,73 @@
+#include "records/Journeys.h"
+
+#include "records/ShipmentLogRows.h"
+
+#include <optional>
+
+namespace parcelory::Journeys {
+
+using ShipmentLogRows::secondsOf;
+using ShipmentLogRows::timeOf;
+
+namespace {
+
+/// Runs before every write, so that a log without journeys gets no such table.
+constexpr auto schema = "CREATE TABLE IF NOT EXISTS label_journeys (\n"
+                        "  shipment_id INTEGER PRIMARY KEY,\n"
+                        "  word TEXT NOT NULL,\n"
+                        "  is_scanned INTEGER NOT NULL,\n"
+                        "  moved_at REAL NOT NULL,\n"
+                        "  zip TEXT NOT NULL,\n"
+                        "  place TEXT NOT NULL,\n"
+                        "  asked_at REAL NOT NULL\n"
+                        ");";
+
+} // namespace
+
+bool put(ShipmentLog &log, qint64 shipment, const Journey &journey)
+{
+    return log.change([&](Database &db) {
+        return db.exec(schema) &&
+               execute(db,
+                       "INSERT OR REPLACE INTO label_journeys (shipment_id, word, is_scanned, moved_at, zip, place, "
+                       "asked_at) VALUES (?, ?, ?, ?, ?, ?, ?)",
+                       shipment, wordOf(journey.status), journey.isScanned,
+                       secondsOf(journey.movedAt.isValid() ? journey.movedAt : journey.askedAt), journey.zip,
+                       journey.place, secondsOf(journey.askedAt));
+    });
+}
+
+std::optional<QHash<qint64, Journey>> between(const Database &db, qint64 first, qint64 last)
+{
+    QHash<qint64, Journey> journeys;
+    if (!ShipmentLogRows::hasTable(db, "label_journeys"))
+        return journeys;
+    Statement query(db, "SELECT shipment_id, word, is_scanned, moved_at, zip, place, asked_at FROM label_journeys "
+                        "WHERE shipment_id BETWEEN ? AND ?");
+    if (query.isPrepared()) { // another version may have another table
+        query.bind(1, first);
+        query.bind(2, last);
+    }
+    while (query.step())
+        journeys.insert(query.integer(0), {.status = trackingStatusFrom(query.text(1)),
+                                           .isScanned = query.integer(2) != 0,
+                                           .movedAt = timeOf(query.real(3)),
+                                           .zip = query.text(4),
+                                           .place = query.text(5),
+                                           .askedAt = timeOf(query.real(6))});
+    return query.isComplete() ? std::optional(journeys) : std::nullopt;
+}
+
+LogRead<std::optional<Journey>> of(const ShipmentLog &log, qint64 shipment)
+{
+    using Found = std::optional<Journey>;
+    return log.read<Found>([shipment](const Database &db) -> std::optional<Found> {
+        const auto journeys = between(db, shipment, shipment);
+        if (!journeys)
+            return std::nullopt;
+        const auto found = journeys->constFind(shipment);
+        return found == journeys->cend() ? Found() : Found(*found);
+    });
+}
+
+} // namespace parcelory::Journeys

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "core/Sqlite.h"
+#include "records/ShipmentLog.h"
+#include "records/StatusWords.h"
+
+#include <QDateTime>
+#include <QHash>
+#include <QString>
+
+#include <optional>
+
+namespace parcelory {
+
+/// A parcel on its way, as the carrier told it last.
+struct Journey {
+    TrackingStatus status = TrackingStatus::unknown;
+    bool isScanned = false; ///< the carrier has had the parcel in its hands at some time
+    QDateTime movedAt;      ///< the last event of the journey
+    QString zip;            ///< of that event; empty if the carrier does not tell
+    QString place;          ///< "Nashua NH"
+    QDateTime askedAt;
+
+    bool operator==(const Journey &) const = default;
+};
+
+/// The journeys of the mailing log's parcels. Stored in a table of the log's file, which comes with the first journey.
+/// May be called from any thread; waits for the disk.
+namespace Journeys {
+
+[[nodiscard]] bool put(ShipmentLog &log, qint64 shipment, const Journey &journey);
+LogRead<std::optional<Journey>> of(const ShipmentLog &log, qint64 shipment);
+
+/// The journeys of the shipments with these ids, both included, for a work that reads other tables, too; nothing if
+/// reading failed.
+std::optional<QHash<qint64, Journey>> between(const Database &db, qint64 first, qint64 last);
+
+} // namespace Journeys
+} // namespace parcelory

@@ -1,0 +1,68 @@
+#include "records/TrackingPlan.h"
+
+#include "records/ShipmentStatus.h"
+
+#include <algorithm>
+#include <functional>
+#include <optional>
+#include <utility>
+
+namespace parcelory {
+
+std::optional<QDateTime> TrackingPlan::dueAt(const OpenFacts &facts)
+{
+    const ShipmentRecord &label = facts.label;
+    const bool isSettled = logStatusFrom(label.status) == LogStatus::delivered ||
+                           refundState(label) == RefundState::granted ||
+                           (facts.journey && facts.journey->status == TrackingStatus::delivered);
+    if (label.testMode || label.tracking.isEmpty() || isSettled)
+        return std::nullopt;
+    const QDateTime begin = label.createdAt.addSecs(std::chrono::seconds(first).count());
+    if (!facts.journey)
+        return begin;
+    const auto pause = facts.journey->status == TrackingStatus::returned ? returning : again;
+    const QDateTime due = std::max(begin, facts.journey->askedAt.addSecs(std::chrono::seconds(pause).count()));
+    return due < label.createdAt.addDays(days) ? std::optional(due) : std::nullopt;
+}
+
+void TrackingPlan::setLabels(const QList<OpenFacts> &labels, const QDateTime &now)
+{
+    m_labels.clear();
+    for (const OpenFacts &facts : labels) {
+        const std::optional<QDateTime> due = dueAt(facts);
+        if (due && now < facts.label.createdAt.addDays(days))
+            m_labels.push_back({facts, due->toMSecsSinceEpoch()});
+    }
+    std::ranges::sort(m_labels, std::greater(), [](const Followed &label) {
+        return std::pair(label.facts.label.createdAt, label.facts.label.id);
+    });
+}
+
+qsizetype TrackingPlan::dueCount(const QDateTime &now) const
+{
+    const qint64 moment = now.toMSecsSinceEpoch();
+    return std::ranges::count_if(m_labels, [moment](const Followed &label) { return label.due <= moment; });
+}
+
+std::optional<OpenFacts> TrackingPlan::next(const QDateTime &now)
+{
+    const qint64 moment = now.toMSecsSinceEpoch();
+    if (moment < m_notBefore)
+        return std::nullopt;
+    const auto found = std::ranges::find_if(m_labels, [moment](const Followed &label) { return label.due <= moment; });
+    if (found == m_labels.end())
+        return std::nullopt;
+    m_notBefore = moment + spacing.count();
+    found->due = moment + std::chrono::milliseconds(again).count();
+    return found->facts;
+}
+
+std::optional<QDateTime> TrackingPlan::nextAt() const
+{
+    const auto first = std::ranges::min_element(m_labels, {}, &Followed::due);
+    if (first == m_labels.end())
+        return std::nullopt;
+    return QDateTime::fromMSecsSinceEpoch(std::max(first->due, m_notBefore));
+}
+
+} // namespace parcelory

@@ -1,0 +1,136 @@
+#include "app/openitems/OpenItemsScreen.h"
+#include "app/openitems/TrackingWatch.h"
+#include "app/records/RecordsScreen.h"
+#include "records/OpenItems.h"
+#include "support/AppTest.h"
+#include "support/MailingLogDesk.h"
+
+namespace parcelory::test {
+namespace {
+
+struct OpenItemsScreenTest : MailingLogDesk {
+    KeysScreen keys{*app};
+    RecordsScreen records{*app};
+    TrackingWatch tracking{*app, keys};
+    OpenItemsScreen items{*app, log, records, tracking};
+
+    void SetUp() override
+    {
+        useToken(PracticeCarrier::liveToken);
+        run(keys.refresh());
+        add(u"Ana"_s, 2);
+        add(u"Ben"_s, 21);
+        add(u"Cleo"_s, 40);
+        add(u"Dora"_s, 0.5);
+        add(u"Test"_s, 3, true);
+    }
+    void TearDown() override
+    {
+        tracking.stop();
+        items.stop();
+        runUntil([this] { return !log.busy; });
+        MailingLogDesk::TearDown();
+    }
+    void add(const QString &name, double daysAgo, bool test = false)
+    {
+        const ShipmentRecord record{.createdAt = clock.now().addSecs(-qint64(daysAgo * 86400)),
+                                    .recipient = name + u", 88 Quarry Ln, Bend OR 97702"_s,
+                                    .tracking = u"9400"_s + name,
+                                    .reference = u"47806"_s,
+                                    .transactionID = transactionId(++number),
+                                    .testMode = test};
+        ASSERT_TRUE(app->log.insert(record));
+    }
+    /// The labels that the carrier was asked about since the last call.
+    QString asked()
+    {
+        QStringList names;
+        for (const PracticeCarrier::Request &request : carrier.requests())
+            names += QString::fromLatin1(request.target).section(u'/', -1).mid(4);
+        carrier.clearRequests();
+        return names.join(u' ');
+    }
+    QString listed()
+    {
+        QStringList names;
+        for (const OpenItem &item : items.items())
+            names += item.label.recipientName() + u' ' + wordOf(item.reason);
+        return names.join(u", "_s);
+    }
+    void roundEnds(const QDateTime &since)
+    {
+        runUntil([&] { return tracking.askedAt.value() && *tracking.askedAt.value() > since; }, &clock);
+    }
+
+    int number = 0;
+};
+
+} // namespace
+
+TEST_F(OpenItemsScreenTest, AsksForLabelsOnTheirWayNewestFirstAndPausesWhenTold)
+{
+    carrier.setScenario({.failNext = CarrierFailure{"tracks", 429, "text/plain", "too many", 1, "", 1}});
+    const QDateTime begin = clock.now();
+    runTask(tracking.start()); // without the items, whose timer would fire during a question
+    runUntil([this] { return tracking.pausedUntil.value().has_value(); }, &clock);
+    EXPECT_EQ(asked(), u"Ana Ben"_s);
+    EXPECT_TRUE(tracking.text().startsWith(u"The carrier asks for a pause — going on at "_s));
+    roundEnds(begin);
+    EXPECT_EQ(asked(), u"Ben"_s);
+    EXPECT_GE(begin.secsTo(clock.now()), 60);
+    EXPECT_TRUE(tracking.text().endsWith(u" for 3 labels that are on their way."_s)) << tracking.text().toStdString();
+    const QDateTime first = clock.now();
+    roundEnds(first);
+    EXPECT_GE(first.secsTo(clock.now()), 6 * 3600 - 5) << "the same labels hours later";
+    EXPECT_EQ(asked(), u"Ana"_s);
+    carrier.setScenario({.dropConnection = true});
+    runUntil([this] { return carrier.requests().size() == 1; }, &clock);
+    carrier.setScenario({});
+    tracking.isOn = false;
+    runUntil([this] { return tracking.followed == 0; }, &clock);
+    EXPECT_EQ(tracking.text(), u"Tracking is not asked — switched off in Settings."_s);
+    EXPECT_EQ(read(preferences, settings::asksForTracking), false);
+}
+
+TEST_F(OpenItemsScreenTest, NeverAsksWithATestKey)
+{
+    useToken(PracticeCarrier::testToken);
+    run(keys.refresh());
+    runTask(tracking.start());
+    settle();
+    EXPECT_EQ(asked(), QString());
+    EXPECT_FALSE(clock.fireNext()) << "nothing waits";
+}
+
+TEST_F(OpenItemsScreenTest, TakesItemsOffAndDoesTheirNextStep)
+{
+    for (qint64 id = 1; id <= number; ++id)
+        ASSERT_TRUE(Journeys::put(app->log, id, {.askedAt = clock.now()}));
+    runTask(items.start());
+    EXPECT_EQ(listed(), u"Ben REFUND_ENDING, Ana NOT_SCANNED"_s);
+    EXPECT_EQ(items.countText(), u"2 open items, oldest first"_s);
+    const OpenItem ben = items.items().first();
+    runTask(items.takeOff(ben));
+    runUntil([this] { return listed() == u"Ana NOT_SCANNED"_s; });
+    EXPECT_TRUE(items.note.value().contains(u"Ben was taken off"_s) && items.canUndo);
+    runTask(items.undo());
+    runUntil([this] { return items.items().size() == 2; });
+    items.search = u" ana "_s;
+    runUntil([this] { return listed() == u"Ana NOT_SCANNED"_s; });
+    EXPECT_EQ(items.countText(), u"1 open item found"_s);
+    EXPECT_EQ(items.count.value(), 2) << "the badge counts all";
+    items.search = QString();
+
+    prompts.answer = 1;
+    answer("refunds", R"({"status": "QUEUED"})", 201);
+    runTask(items.act(ben));
+    runUntil([this] { return listed() == u"Ana NOT_SCANNED"_s; });
+    const auto row = *app->log.find(ben.label);
+    EXPECT_NE(refundState(*row), RefundState::none);
+    const OpenItem back{.reason = OpenReason::returned, .label = *row};
+    runTask(items.act(back));
+    EXPECT_TRUE(app->tab == MainTab::newLabel && app->draftTo.value().zip == u"97702" &&
+                app->draftReference == u"47806");
+}
+
+} // namespace parcelory::test
