@@ -53,7 +53,7 @@ constexpr Sample samples[] = {
      preTransit},
     {4.0, u"Odette Marchand, 4 Rue Royale, New Orleans LA 70130", u"Priority Mail", u"9405511899560416204417", 12.35,
      transit, 1, u"70113", u"New Orleans LA"},
-    {1.8, u"Grant Holloway, 77 Peach St, Macon GA 31201", u"Ground Advantage", u"9400111899560416993208", 7.12, transit,
+    {1.8, u"Grant Holloway, 77 Peach St, Macon GA 31201", u"Ground Advantage", u"9400111899560416887315", 7.12, transit,
      1, u"31201", u"Macon GA", LogStatus::refundError},
     {1.5, u"Paul Zielinski, 7 Harbor Ct, Duluth MN 55802", u"Priority Mail Express", u"9470111899560417104491", 31.40,
      preTransit},

@@ -57,6 +57,14 @@ std::optional<OpenFacts> TrackingPlan::next(const QDateTime &now)
     return found->facts;
 }
 
+void TrackingPlan::putBack(const OpenFacts &facts)
+{
+    for (Followed &label : m_labels) {
+        if (label.facts.label.id == facts.label.id)
+            label.due = 0;
+    }
+}
+
 std::optional<QDateTime> TrackingPlan::nextAt() const
 {
     const auto first = std::ranges::min_element(m_labels, {}, &Followed::due);

@@ -33,6 +33,8 @@ public:
     /// The label to ask about now, after which it counts as asked; nothing if none is due or the carrier was asked just
     /// before.
     std::optional<OpenFacts> next(const QDateTime &now);
+    /// The carrier did not answer about this label: it is due again.
+    void putBack(const OpenFacts &facts);
     /// When next() returns a label again, at the earliest; nothing if no label is followed.
     std::optional<QDateTime> nextAt() const;
     /// The carrier wants no question before.

@@ -130,7 +130,7 @@ Task<> TrackingWatch::askNext()
     if (!m_isStarted)
         co_return;
     if (outcome != Outcome::told)
-        m_isPlanned = false; // this label was not answered
+        m_plan.putBack(*label);
     if (outcome == Outcome::unreachable)
         m_plan.pauseUntil(m_app.platform.clock.now().addSecs(std::chrono::seconds(retryPause).count()));
     if (outcome == Outcome::refused)
@@ -181,7 +181,7 @@ void TrackingWatch::wait()
 {
     const QDateTime now = m_app.platform.clock.now();
     left = m_isRefused ? 0 : int(m_plan.dueCount(now));
-    if (left == 0 && m_isInRound)
+    if (left == 0 && m_isInRound && !m_isRefused)
         endRound();
     const std::optional<QDateTime> next = m_isRefused ? std::nullopt : m_plan.nextAt();
     if (next)

@@ -35,6 +35,8 @@ public:
     Task<> start();
     /// Asks no further question.
     void stop();
+    /// A question is on its way.
+    bool isAsking() const { return m_isAsking; }
 
 signals:
     /// The carrier has told something new about a label.

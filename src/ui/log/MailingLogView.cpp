@@ -49,7 +49,7 @@ MailingLogView::MailingLogView(AppState &app, MailingLogScreen &screen, OpenItem
     : QWidget(parent), m_app(app), m_screen(screen), m_items(items), m_segments(new SegmentedControl(u"Labels"_s)),
       m_search(new SearchField(u"Search the mailing log"_s, 280)),
       m_itemSearch(new SearchField(u"Search the open items"_s, 280)),
-      m_count(new TextLabel({}, FontRole::caption, &Tokens::muted)),
+      m_count(new ElidedLabel({}, FontRole::caption, &Tokens::muted)),
       m_import(new Button(u"Import Endicia Mail Log"_s, Button::Kind::standard, u"ui_import"_s)),
       m_export(new Button(u"Export Mail Log"_s, Button::Kind::standard, u"ui_export"_s)), m_table(new ShipmentTable),
       m_empty(new EmptyState(u"ui_invoice"_s, {})), m_openItems(new OpenItemsList(items, screen)),
@@ -181,7 +181,7 @@ void MailingLogView::refreshTexts()
                  : search.isEmpty()
                      ? u"Labels bought at this desk are listed here."_s
                      : u"No shipment matches “%1”."_s.arg(breakable(firstCharacters(search.left(400), 60))));
-    m_count->setText(m_items.isShown ? m_items.countText() : m_screen.countText());
+    m_count->setFullText(m_items.isShown ? m_items.countText() : m_screen.countText());
 }
 
 void MailingLogView::refreshMode()

@@ -54,7 +54,7 @@ private:
     SegmentedControl *m_segments; ///< all labels, or the open items
     SearchField *m_search;
     SearchField *m_itemSearch;
-    TextLabel *m_count;
+    ElidedLabel *m_count; ///< gives way in a narrow window
     Button *m_import;
     Button *m_export;
     ShipmentTable *m_table;

@@ -125,8 +125,12 @@ void SegmentedControl::setCount(int id, int count)
 
 void SegmentedControl::choose(int id)
 {
-    if (QAbstractButton *button = m_group.button(id))
+    const bool hasFocus = isAncestorOf(window()->focusWidget());
+    if (QAbstractButton *button = m_group.button(id); button && !button->isChecked()) {
         button->setChecked(true);
+        if (hasFocus)
+            button->setFocus();
+    }
     shareFocus();
 }
 

@@ -139,7 +139,9 @@ void Theme::drawTabText(QPainter &painter, const QStyleOption *option) const
     const bool current = has(*option, State_Selected), hot = has(*option, State_MouseOver);
     painter.setFont(font(current ? FontRole::strong : FontRole::button));
     painter.setPen(current || hot ? tokens().text : tokens().muted);
-    painter.drawText(option->rect, Qt::AlignCenter | Qt::TextHideMnemonic, tab->text);
+    const int badge = tab->rightButtonSize.width(); // with the same room at its left
+    painter.drawText(option->rect.adjusted(0, 0, badge > 0 ? -badge - 6 : 0, 0), Qt::AlignCenter | Qt::TextHideMnemonic,
+                     tab->text);
 }
 
 void Theme::drawHeader(QPainter &painter, const QStyleOption *option) const

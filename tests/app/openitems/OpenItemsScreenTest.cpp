@@ -28,7 +28,7 @@ struct OpenItemsScreenTest : MailingLogDesk {
     {
         tracking.stop();
         items.stop();
-        runUntil([this] { return !log.busy; });
+        runUntil([this] { return !log.busy && !tracking.isAsking(); });
         MailingLogDesk::TearDown();
     }
     void add(const QString &name, double daysAgo, bool test = false)
