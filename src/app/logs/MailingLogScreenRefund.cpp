@@ -10,6 +10,7 @@
 #include "core/Text.h"
 #include "core/ports/Prompts.h"
 #include "records/LabelChecks.h"
+#include "records/LabelEvents.h"
 #include "records/PurchaseJournal.h"
 #include "records/ShipmentRecord.h"
 #include "records/ShipmentStatus.h"
@@ -104,8 +105,10 @@ Task<bool> MailingLogScreen::noteRefund(ShipmentRecord record)
         fail(u"Refund"_s, error, Popup::no);
         co_return false;
     }
-    const QString unwritten = co_await write(
-        [id = record.id](AppState &app) { return app.log.setStatus(id, wordOf(LogStatus::refundPending)); });
+    const QString unwritten = co_await write([refund](AppState &app) {
+        return LabelEvents::put(app.log, {refund.transactionId}, LabelEvent::refundAsked, refund.askedAt) &&
+               app.log.setStatus(refund.shipmentId, wordOf(LogStatus::refundPending));
+    });
     if (!unwritten.isEmpty()) {
         fail(u"Refund"_s, AppError(unwritten + u" No refund was requested."_s), Popup::no);
         co_await closeRefund(record.transactionID);
