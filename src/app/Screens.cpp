@@ -17,11 +17,12 @@ using namespace Qt::StringLiterals;
 
 Screens::Screens(AppState &app)
     : signIn(app), addressBook(app), label(app), mailingLog(app), keys(app), masterLog(app, keys), scanForm(app),
-      settings(app), updates(app), records(app), openLabel(app), handbook(app), m_app(app)
+      endOfDay(app, keys, mailingLog, label.purchases), settings(app), updates(app), records(app), openLabel(app),
+      handbook(app), m_app(app)
 {
     connect(&mailingLog, &MailingLogScreen::reprinted, &label, &LabelScreen::takeReprint);
-    buildOn(app, signIn, addressBook, label, mailingLog, keys, masterLog, scanForm, settings, updates, records,
-            openLabel, handbook);
+    buildOn(app, signIn, addressBook, label, mailingLog, keys, masterLog, scanForm, endOfDay, settings, updates,
+            records, openLabel, handbook);
     for (LabelPreview *place : {&label.preview, &mailingLog.preview, &settings.testLabel})
         connect(place, &LabelPreview::opened, this, [this, place] {
             openLabel.follow(*place);
@@ -73,9 +74,22 @@ void Screens::takeSavedDraft()
         label.banner = Banner{QStringLiteral("The draft is back after the update — validate the address again.")};
 }
 
-Task<> Screens::createScanForm()
+Task<> Screens::createScanForm(ScanFormScope scope)
 {
-    return m_app.createScanForm(label.sender().value_or(SenderProfile()).address);
+    return m_app.createScanForm(label.sender().value_or(SenderProfile()).address, scope);
+}
+
+Task<> Screens::showDifference(AccountDifference difference)
+{
+    if (difference.row != 0) {
+        m_app.tab = MainTab::mailingLog;
+        mailingLog.selected = difference.row;
+        if (!mailingLog.selectedRecord()) // not among the newest rows
+            mailingLog.search = difference.tracking;
+        co_return;
+    }
+    m_app.tab = MainTab::masterLog;
+    co_await masterLog.showEntry(difference.time.date(), difference.id);
 }
 
 } // namespace parcelory

@@ -27,6 +27,7 @@ inline const Setting<QString> addressBookMode{u"addressbook.mode"_s, u"endicia"_
 inline const Setting<QByteArray> windowGeometry{u"ui.windowGeometry"_s, {}};
 inline const Setting<QByteArray> labelWindowGeometry{u"ui.labelWindowGeometry"_s, {}};
 inline const Setting<bool> labelWindowUpright{u"ui.labelWindowUpright"_s, false}; ///< not turned as it prints
+inline const Setting<QByteArray> endOfDayGeometry{u"ui.endOfDayGeometry"_s, {}};
 inline const Setting<QByteArray> addressBookGeometry{u"ui.addressBookGeometry"_s, {}};
 
 inline const Setting<QStringList> shippoKeyNames{u"shippo.keyNames"_s, {}}; ///< in the order they were added
