@@ -9,7 +9,6 @@
 #include "ui/WindowPrompts.h"
 
 #include <QApplication>
-#include <QMenuBar>
 
 namespace parcelory {
 
@@ -27,7 +26,7 @@ int runPracticeWindow(const QString &folder)
         addPracticeAddresses(book);
     }
     Program program(desk.platform(), prompts, PracticeDesk::signInNote());
-    addPracticeMenu(program.window().menuBar(), desk);
+    addPracticeMenu(program, desk);
     program.window().show();
     running.accept([&program] { program.window().comeToFront(); });
     program.start();
