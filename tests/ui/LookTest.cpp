@@ -74,7 +74,7 @@ QStringList clippedTexts(const QWidget &root)
             clipped += text->text();
     }
     for (const Button *button : root.findChildren<Button *>()) {
-        if (button->isVisible() && button->width() < button->sizeHint().width())
+        if (button->isVisible() && !button->text().isEmpty() && button->width() < button->sizeHint().width())
             clipped += button->text();
     }
     return clipped;
