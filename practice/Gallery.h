@@ -22,6 +22,8 @@ public:
 
     Task<> drawPractice();
     Task<> drawMode(QString name);
+    /// The afternoon of a day with something to do on every card.
+    Task<> drawDay();
 
 private:
     AppState &app() { return m_program.app(); }

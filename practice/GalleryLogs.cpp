@@ -5,6 +5,7 @@
 #include "app/logs/MasterLogScreen.h"
 #include "core/ShippoAddress.h"
 #include "core/Task.h"
+#include "practice/PracticeDay.h"
 #include "practice/PracticeDesk.h"
 #include "practice/PracticeMonth.h"
 #include "practice/PracticeSamples.h"
@@ -13,6 +14,7 @@
 #include "ui/WindowPrompts.h"
 #include "ui/log/MailingLogView.h"
 #include "ui/parts/RowTable.h"
+#include "ui/theme/Theme.h"
 
 #include <QAbstractButton>
 #include <QApplication>
@@ -126,6 +128,23 @@ Task<> Gallery::drawScanForm()
     saveWindow(u"SCAN Form"_s, u"window-scan-form"_s);
     app().tab = MainTab::newLabel;
     co_await save(u"new-label-scan-form"_s);
+}
+
+Task<> Gallery::drawDay()
+{
+    app().flow = AppFlow::main;
+    co_await until([this] { return !m_program.screens().keys.statusText.value().isEmpty(); });
+    addPracticeDay(app(), label().purchases, m_desk.carrier());
+    const EndOfDayScreen &day = m_program.screens().endOfDay;
+    m_program.window().openWindow(u"endofday"_s);
+    co_await until([&day] { return !day.report.value().differences.isEmpty(); });
+    co_await clock().sleep(60ms);
+    const QString title = u"End of Day — PRACTICE MODE"_s;
+    saveWindow(title, u"window-end-of-day"_s);
+    Theme::current().setDark(true);
+    co_await clock().sleep(60ms);
+    saveWindow(title, u"window-end-of-day-dark"_s);
+    Theme::current().setDark(false);
 }
 
 /// The logs in the smallest window, the master log after a change of the selected days.

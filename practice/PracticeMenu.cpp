@@ -2,12 +2,14 @@
 
 #include "core/Task.h"
 #include "core/ports/Clock.h"
+#include "practice/PracticeDay.h"
 #include "practice/PracticeDesk.h"
 #include "practice/PracticePrinter.h"
 #include "practice/PracticeScale.h"
 #include "practice/backoffice/BackOfficeScenario.h"
 #include "practice/backoffice/PracticeInvoices.h"
 #include "practice/carrier/CarrierScenario.h"
+#include "ui/Program.h"
 
 #include <QActionGroup>
 #include <QGuiApplication>
@@ -157,9 +159,12 @@ void addBackOfficeEntries(QMenu *menu, PracticeDesk &desk)
 
 } // namespace
 
-void addPracticeMenu(QMenuBar *bar, PracticeDesk &desk)
+void addPracticeMenu(Program &program, PracticeDesk &desk)
 {
-    QMenu *menu = bar->addMenu(u"&Practice"_s);
+    QMenu *menu = program.window().menuBar()->addMenu(u"&Practice"_s);
+    QObject::connect(menu->addAction(u"Fill Today's Log"_s), &QAction::triggered, menu, [&program, &desk] {
+        addPracticeDay(program.app(), program.screens().label.purchases, desk.carrier());
+    });
     addBackOfficeEntries(menu, desk);
     menu->addSeparator();
     addScaleEntries(menu, desk.scale());

@@ -1,12 +1,11 @@
 #pragma once
 
-class QMenuBar;
-
 namespace parcelory {
 
 class PracticeDesk;
+class Program;
 
 /// A menu of scans, weights and mishaps, so that a clerk has seen each mishap before it happens with real postage.
-void addPracticeMenu(QMenuBar *bar, PracticeDesk &desk);
+void addPracticeMenu(Program &program, PracticeDesk &desk);
 
 } // namespace parcelory

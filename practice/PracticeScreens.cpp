@@ -30,12 +30,14 @@ namespace {
 /// Runs a gallery on its own practice desk; true if every screen was drawn.
 bool draw(const QDir &folder, const QString &mode)
 {
-    posePracticeTime(QDateTime(QDate(2026, 11, 22), QTime(9, 41)));
+    const bool isDay = mode == u"day";
+    posePracticeTime(isDay ? QDateTime(QDate(2026, 11, 20), QTime(16, 12))
+                           : QDateTime(QDate(2026, 11, 22), QTime(9, 41)));
     const QTemporaryDir records;
     WindowPrompts prompts;
     WindowKeyboard keyboard;
     PracticeDesk desk(records.path(), prompts, keyboard);
-    if (!mode.isEmpty())
+    if (!mode.isEmpty() && !isDay)
         desk.pose(mode == u"live" ? PracticeCarrier::liveToken : PracticeCarrier::testToken);
     Program program(desk.platform(), prompts, PracticeDesk::signInNote());
     program.start();
@@ -45,6 +47,8 @@ bool draw(const QDir &folder, const QString &mode)
         try {
             if (mode.isEmpty())
                 co_await gallery.drawPractice();
+            else if (isDay)
+                co_await gallery.drawDay();
             else
                 co_await gallery.drawMode(mode);
             done = true;
@@ -68,7 +72,7 @@ int drawScreens(const QString &path)
     Theme::current().setDark(false);
     QApplication::setQuitOnLastWindowClosed(false);
     QApplication::setCursorFlashTime(0); // a blinking cursor would be in some pictures only
-    const bool done = draw(folder, {}) && draw(folder, u"test"_s) && draw(folder, u"live"_s);
+    const bool done = draw(folder, {}) && draw(folder, u"day"_s) && draw(folder, u"test"_s) && draw(folder, u"live"_s);
     return done ? 0 : 1;
 }
 

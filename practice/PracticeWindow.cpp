@@ -12,7 +12,6 @@
 #include "ui/WindowPrompts.h"
 
 #include <QApplication>
-#include <QMenuBar>
 
 namespace parcelory {
 
@@ -35,7 +34,7 @@ int runPracticeWindow(const QString &folder)
             addPracticeMonth(log, now);
     }
     Program program(desk.platform(), prompts, PracticeDesk::signInNote());
-    addPracticeMenu(program.window().menuBar(), desk);
+    addPracticeMenu(program, desk);
     program.window().show();
     running.accept([&program] { program.window().comeToFront(); });
     program.start();

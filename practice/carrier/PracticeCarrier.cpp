@@ -231,4 +231,10 @@ void PracticeCarrier::seedHistory(int labels, const QDateTime &newest, std::chro
     addHistory(*ledger, labels, newest, step);
 }
 
+PracticeSold PracticeCarrier::seedSale(const PracticeSale &sale)
+{
+    const std::lock_guard lock(m_impl->mutex);
+    return addSale(m_impl->test, sale);
+}
+
 } // namespace parcelory

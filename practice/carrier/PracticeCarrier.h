@@ -1,6 +1,7 @@
 #pragma once
 
 #include "practice/carrier/CarrierScenario.h"
+#include "practice/carrier/PracticeHistory.h"
 
 #include <QByteArray>
 #include <QDateTime>
@@ -47,6 +48,8 @@ public:
     /// Adds labels of another desk to the account of `token`: the newest bought at `newest`, each further label `step`
     /// earlier.
     void seedHistory(int labels, const QDateTime &newest, std::chrono::seconds step, const QString &token = testToken);
+    /// Adds one label to the test token's account.
+    PracticeSold seedSale(const PracticeSale &sale);
 
 private:
     class Impl;

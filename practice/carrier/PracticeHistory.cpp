@@ -98,4 +98,36 @@ void addHistory(PracticeLedger &ledger, int labels, const QDateTime &newest, std
     ledger.transactions.sortByCreation();
 }
 
+PracticeSold addSale(PracticeLedger &ledger, const PracticeSale &sale)
+{
+    const CarrierScenario quietDay;
+    const std::string time = timestamp(sale.at);
+    createShipment(ledger, quietDay,
+                   shipmentBody({sale.name, "", sale.street, sale.city, sale.state, sale.zip, sale.country}));
+    Json &shipment = ledger.shipments.all().back().shown;
+    Json rate = shipment.at("rates").at(0);
+    for (const Json &offered : shipment.at("rates")) {
+        if (offered.at("provider") == sale.carrier)
+            rate = offered;
+    }
+    rate["amount"] = sale.amount;
+    rate["servicelevel"]["name"] = sale.service;
+    rate["object_created"] = time;
+    const Json rateId = rate.at("object_id");
+    shipment["rates"] = Json::array({rate});
+    setDates(shipment, time);
+    createTransaction(ledger, quietDay, {{"rate", rateId}, {"label_file_type", "ZPLII"}, {"async", false}});
+    Json &transaction = ledger.transactions.all().back().shown;
+    setDates(transaction, time);
+    transaction["status"] = sale.status;
+    const QString id = textOf(transaction, "object_id");
+    if (sale.isOnForm)
+        ledger.manifested.insert(id.toStdString());
+    const PracticeSold sold{id, textOf(transaction, "tracking_number"), textOf(transaction, "tracking_url_provider"),
+                            textOf(transaction, "label_url")};
+    ledger.shipments.sortByCreation();
+    ledger.transactions.sortByCreation();
+    return sold;
+}
+
 } // namespace parcelory

@@ -2,6 +2,7 @@
 
 #include "addressbook/ImportProgress.h"
 #include "core/AppError.h"
+#include "core/Csv.h"
 #include "core/PostalContact.h"
 
 #include <QStringList>
@@ -17,11 +18,9 @@ namespace {
 
 constexpr QByteArrayView utf8Mark = "\xEF\xBB\xBF";
 
-QByteArray quotedRow(QStringList fields)
+QByteArray quotedRow(const QStringList &fields)
 {
-    for (QString &field : fields)
-        field = u'"' + field.replace(u'"', u"\"\""_s) + u'"';
-    return fields.join(u',').toUtf8() + "\r\n";
+    return csvRow(fields).toUtf8() + "\r\n";
 }
 
 [[noreturn]] void failChanged()

@@ -2,6 +2,7 @@
 
 #include "app/invoice/InvoiceFlow.h"
 #include "app/logs/RefundSync.h"
+#include "app/purchase/LabelPrinting.h"
 #include "app/scanform/ScanFormFlow.h"
 #include "app/signin/SignInFlow.h"
 #include "backoffice/DesklineInvoice.h"
@@ -15,6 +16,7 @@
 #include "core/Task.h"
 #include "core/Text.h"
 #include "core/ports/Preferences.h"
+#include "records/LabelEvents.h"
 #include "shell/ErrorLog.h"
 
 #include <functional>
@@ -58,6 +60,9 @@ AppState::AppState(Platform &host)
 {
     buildOn(rules, scale, printWatch, senders, boxes, lastChange);
     connect(&log, &ShipmentLog::recordsChanged, this, &AppState::changed);
+    connect(&printWatch, &PrintWatch::cameOut, this, [this](const QStringList &labels) {
+        spawn([this, labels] { return noteEvent(*this, labels, LabelEvent::cameOut); });
+    });
     scanListener.isWanted = [this] { return flow == AppFlow::main; };
     scanListener.onScan = [this](const QString &code) { handleInvoiceScan(code); };
     scanListener.onNoise = [this](const QString &heard) { reportScanNoise(heard); };
@@ -150,9 +155,9 @@ void AppState::fillFromInvoice(const DesklineInvoice &invoice)
     fillDraft(invoice.address, invoice.invoiceID);
 }
 
-Task<> AppState::createScanForm(ShippoAddress from)
+Task<> AppState::createScanForm(ShippoAddress from, ScanFormScope scope)
 {
-    co_await m_scanForm->create(from);
+    co_await m_scanForm->create(from, scope);
 }
 
 QString AppState::scanFormNews() const

@@ -51,6 +51,12 @@ struct MainTabInfo {
 
 const QList<MainTabInfo> &mainTabs();
 
+/// Which of today's labels a SCAN form is requested for; the carrier decides in the end.
+enum class ScanFormScope {
+    allOfToday,
+    missing, ///< of USPS, on no form, and no refund is asked: the clerk sees the others beside the button
+};
+
 class InvoiceFlow;
 class RefundSync;
 class ScanFormFlow;
@@ -157,9 +163,9 @@ public:
     /// Stops reading an invoice; the label stays as it is.
     void cancelInvoiceScan();
     void fillFromInvoice(const DesklineInvoice &invoice);
-    /// Requests one SCAN form for all of today's labels bought with a key of the active key's kind (test or live). The
-    /// outcome is in scanFormStatus.
-    Task<> createScanForm(ShippoAddress from);
+    /// Requests one SCAN form for today's labels bought with a key of the active key's kind (test or live). The outcome
+    /// is in scanFormStatus.
+    Task<> createScanForm(ShippoAddress from, ScanFormScope scope = ScanFormScope::allOfToday);
     /// scanFormStatus until the end of its day.
     QString scanFormNews() const;
     /// Asks the carrier about pending refunds, and about refunds and SCAN forms whose response was lost; at most once a

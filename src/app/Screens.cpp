@@ -19,14 +19,14 @@ using namespace Qt::StringLiterals;
 
 Screens::Screens(AppState &app)
     : signIn(app), addressBook(app), label(app), draft(app, label), mailingLog(app), keys(app), masterLog(app, keys),
-      scanForm(app), settings(app), updates(app), records(app), rules(app), tracking(app, keys),
-      openItems(app, mailingLog, records, tracking), openLabel(app), handbook(app),
+      scanForm(app), endOfDay(app, keys, mailingLog, label.purchases), settings(app), updates(app), records(app),
+      rules(app), tracking(app, keys), openItems(app, mailingLog, records, tracking), openLabel(app), handbook(app),
       activity(app, label, addressBook, mailingLog, updates), support(app, label, addressBook, keys, activity.trace),
       m_app(app)
 {
     connect(&mailingLog, &MailingLogScreen::reprinted, &label, &LabelScreen::takeReprint);
-    buildOn(app, signIn, addressBook, label, mailingLog, keys, masterLog, scanForm, settings, updates, records, rules,
-            tracking, openItems, openLabel, handbook, support);
+    buildOn(app, signIn, addressBook, label, mailingLog, keys, masterLog, scanForm, endOfDay, settings, updates,
+            records, rules, tracking, openItems, openLabel, handbook, support);
     for (LabelPreview *place : {&label.preview, &mailingLog.preview, &settings.testLabel})
         connect(place, &LabelPreview::opened, this, [this, place] {
             openLabel.follow(*place);
@@ -128,9 +128,22 @@ void Screens::tellOverridden(const QStringList &names)
     spawn([&prompts = m_app.platform.prompts, text] { return prompts.alert(u"Changed Twice"_s, text); });
 }
 
-Task<> Screens::createScanForm()
+Task<> Screens::createScanForm(ScanFormScope scope)
 {
-    return m_app.createScanForm(label.sender().value_or(SenderProfile()).address);
+    return m_app.createScanForm(label.sender().value_or(SenderProfile()).address, scope);
+}
+
+Task<> Screens::showDifference(AccountDifference difference)
+{
+    if (difference.row != 0) {
+        m_app.tab = MainTab::mailingLog;
+        mailingLog.selected = difference.row;
+        if (!mailingLog.selectedRecord()) // not among the newest rows
+            mailingLog.search = difference.tracking;
+        co_return;
+    }
+    m_app.tab = MainTab::masterLog;
+    co_await masterLog.showEntry(difference.time.date(), difference.id);
 }
 
 } // namespace parcelory

@@ -2,6 +2,7 @@
 
 #include "app/AppState.h"
 #include "app/addressbook/AddressBook.h"
+#include "app/endofday/EndOfDayScreen.h"
 #include "app/handbook/Handbook.h"
 #include "app/label/DraftKeeper.h"
 #include "app/label/LabelScreen.h"
@@ -37,6 +38,7 @@ public:
     KeysScreen keys;
     MasterLogScreen masterLog;
     ScanFormScreen scanForm;
+    EndOfDayScreen endOfDay;
     SettingsScreen settings;
     UpdateChecker updates;
     RecordsScreen records;
@@ -62,7 +64,10 @@ public:
     void undoChange();
 
     /// Creates the SCAN form for today's labels of the chosen return address.
-    Task<> createScanForm();
+    Task<> createScanForm(ScanFormScope scope = ScanFormScope::allOfToday);
+    /// Shows a label that differs from the account in the mailing log, or in the Master Log where only the account
+    /// knows it.
+    Task<> showDifference(AccountDifference difference);
     /// True while a purchase or a SCAN form is being made, which is not repeated, or the records are replaced: the
     /// program must not end now.
     bool mustStayOpen() const { return label.buying || m_app.scanFormBusy || records.restore.running; }

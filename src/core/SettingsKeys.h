@@ -36,6 +36,7 @@ inline const Setting<QByteArray> windowGeometry{u"ui.windowGeometry"_s, {}};
 inline const Setting<QByteArray> labelWindowGeometry{u"ui.labelWindowGeometry"_s, {}};
 inline const Setting<QString> labelFolder{u"ui.labelFolder"_s, {}}; ///< where a label's picture was saved last
 inline const Setting<bool> labelWindowUpright{u"ui.labelWindowUpright"_s, false}; ///< not turned as it prints
+inline const Setting<QByteArray> endOfDayGeometry{u"ui.endOfDayGeometry"_s, {}};
 inline const Setting<QByteArray> addressBookGeometry{u"ui.addressBookGeometry"_s, {}};
 
 inline const Setting<QStringList> shippoKeyNames{u"shippo.keyNames"_s, {}}; ///< in the order they were added

@@ -1,15 +1,10 @@
 #include "devices/CommercialInvoice.h"
 
-#include "core/AppError.h"
 #include "core/CountryCode.h"
 #include "core/Deployment.h"
 #include "core/PostalContact.h"
 #include "core/Text.h"
 #include "devices/PaperSheet.h"
-
-#include <QBuffer>
-#include <QGuiApplication>
-#include <QPdfWriter>
 
 #include <algorithm>
 #include <iterator>
@@ -161,26 +156,14 @@ void drawPanel(PaperSheet &sheet, const Data_ &data, const Deployment &deploymen
 
 QByteArray pdf(const Data_ &data, const Deployment &deployment)
 {
-    if (!qobject_cast<QGuiApplication *>(QCoreApplication::instance()))
-        throw AppError(u"The commercial invoice cannot be drawn — this run of the program has no fonts."_s);
-    QByteArray bytes;
-    QBuffer buffer(&bytes);
-    buffer.open(QIODevice::WriteOnly);
-    QPdfWriter paper(&buffer);
-    paper.setResolution(72); // a unit is a point
-    paper.setPageSize(QPageSize(QPageSize::Letter));
-    paper.setPageMargins(QMarginsF(0, 0, 0, 0));
-    paper.setTitle(printable(u"Commercial Invoice "_s + data.invoiceNumber));
-    paper.setCreator(u"Parcelory"_s);
-    {
-        PaperSheet sheet(paper); // the sheet's destructor completes the file
-        drawHead(sheet, data, deployment);
-        drawItem(sheet, data);
-        drawSummary(sheet, data.value);
-        drawPanel(sheet, data, deployment);
-        sheet.draw({certification, purpose}, {left, 700, right - left, 66}, {.size = 9, .step = 13});
-    }
-    return bytes;
+    return letterPage(u"The commercial invoice"_s, u"Commercial Invoice "_s + data.invoiceNumber,
+                      [&](PaperSheet &sheet) {
+                          drawHead(sheet, data, deployment);
+                          drawItem(sheet, data);
+                          drawSummary(sheet, data.value);
+                          drawPanel(sheet, data, deployment);
+                          sheet.draw({certification, purpose}, {left, 700, right - left, 66}, {.size = 9, .step = 13});
+                      });
 }
 
 QString lettersWithoutGlyph(const Data_ &data)

@@ -1,10 +1,15 @@
 #include "devices/PaperSheet.h"
 
+#include "core/AppError.h"
+
+#include <QBuffer>
 #include <QFontDatabase>
 #include <QGlyphRun>
+#include <QGuiApplication>
 #include <QTextLayout>
 
 #include <algorithm>
+#include <functional>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;
@@ -82,6 +87,26 @@ void cut(QList<QStringList> &paragraphs, qsizetype room, const QFontMetricsF &me
 }
 
 } // namespace
+
+QByteArray letterPage(const QString &paper, const QString &title, const std::function<void(PaperSheet &)> &draw)
+{
+    if (!qobject_cast<QGuiApplication *>(QCoreApplication::instance()))
+        throw AppError(paper + u" cannot be drawn — this run of the program has no fonts."_s);
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::WriteOnly);
+    QPdfWriter writer(&buffer);
+    writer.setResolution(72); // a unit is a point
+    writer.setPageSize(QPageSize(QPageSize::Letter));
+    writer.setPageMargins(QMarginsF(0, 0, 0, 0));
+    writer.setTitle(printable(title));
+    writer.setCreator(u"Parcelory"_s);
+    {
+        PaperSheet sheet(writer); // the sheet's destructor completes the file
+        draw(sheet);
+    }
+    return bytes;
+}
 
 QString printable(QString text)
 {

@@ -7,6 +7,8 @@
 #include <QRectF>
 #include <QStringList>
 
+#include <functional>
+
 namespace parcelory {
 
 /// How a text of a printed document looks. Sizes are in points.
@@ -45,6 +47,10 @@ private:
     QPdfWriter &m_paper;
     QPainter m_painter;
 };
+
+/// A US Letter page as a PDF with embedded fonts; `draw` draws on it. Throws AppError, which names the `paper`, in a
+/// program without a QGuiApplication, which the fonts need.
+QByteArray letterPage(const QString &paper, const QString &title, const std::function<void(PaperSheet &)> &draw);
 
 /// `text` as one printable line, also for texts outside the page, such as a document's title.
 QString printable(QString text);

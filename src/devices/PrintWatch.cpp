@@ -46,7 +46,7 @@ bool PrintWatch::Followed::isWorthSaying() const
     }
 }
 
-void PrintWatch::follow(const QString &queue, Paper paper)
+void PrintWatch::follow(const QString &queue, Paper paper, const QString &label)
 {
     if (queue.isEmpty())
         return;
@@ -58,6 +58,8 @@ void PrintWatch::follow(const QString &queue, Paper paper)
     Followed &followed = m_followed.try_emplace(queue, Followed{.paper = paper}).first->second;
     followed.looks = std::min(followed.looks, slowLooks);
     ++followed.jobs;
+    if (!label.isEmpty())
+        followed.labels += label;
     say();
     lookLater();
 }
@@ -129,8 +131,12 @@ void PrintWatch::take(const QString &queue, int jobs, const PrinterReport &repor
     const bool isOver = report.isIdle() || !report.readable;
     if (isOver && !report.words.isEmpty())
         followed.ended = true; // the notice stays until the next label is printed
-    else if (isOver)
+    else if (isOver) {
+        const QStringList labels = report.isIdle() ? followed.labels : QStringList();
         m_followed.erase(found);
+        if (!labels.isEmpty())
+            emit cameOut(labels);
+    }
 }
 
 void PrintWatch::say()

@@ -14,6 +14,7 @@ namespace parcelory {
 /// Polls a printer's queue until it is empty and reports what holds it up: the print tools return long before a label
 /// comes out. Main thread only.
 class PrintWatch : public Observable {
+    Q_OBJECT
 public:
     PrintWatch(LabelPrinter &printer, Clock &clock) : m_printer(printer), m_clock(clock) {}
     ~PrintWatch() override;
@@ -21,14 +22,20 @@ public:
     /// The text for the clerk; empty if there is no problem. Updated automatically.
     Observed<QString> notice{this};
 
-    /// Call after a job was accepted or refused. Ignores an empty queue name.
-    void follow(const QString &queue, Paper paper);
+    /// Call after a job was accepted or refused. Ignores an empty queue name. `label`: what the queue has accepted, for
+    /// cameOut(); may be empty.
+    void follow(const QString &queue, Paper paper, const QString &label = {});
     /// A warning about a label that was sent, at most once per run of the program; usually empty.
     QString caution(const QByteArray &label);
+
+signals:
+    /// The queue of these labels is empty, and reported no problem.
+    void cameOut(const QStringList &labels);
 
 private:
     struct Followed {
         Paper paper;
+        QStringList labels = {};
         int looks = 0; ///< polls since the last label came out
         int jobs = 0;  ///< incremented with every job
         bool ended = false;

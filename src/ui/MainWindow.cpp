@@ -9,6 +9,7 @@
 #include "ui/theme/Tokens.h"
 
 #include "core/SettingsKeys.h"
+#include "ui/EndOfDayWindow.h"
 #include "ui/ErrorLogWindow.h"
 #include "ui/HeaderBar.h"
 #include "ui/HelpMenu.h"
@@ -160,6 +161,8 @@ QWidget *MainWindow::makeWindow(const QString &identifier)
         return new ErrorLogWindow(m_app.errors, m_app.platform.desktop);
     if (identifier == u"scanform")
         return new ScanFormWindow(m_app, m_screens.scanForm);
+    if (identifier == u"endofday")
+        return makeEndOfDay();
     if (identifier == u"label")
         return new LabelWindow(m_app, m_screens);
     return nullptr;
@@ -170,6 +173,14 @@ QWidget *MainWindow::makeAddressBook()
 {
     auto *window = new AddressBookWindow(m_app, m_screens.addressBook);
     connect(window, &AddressBookWindow::filled, this, [this] { bringToFront(this); });
+    return window;
+}
+
+/// A label that is shown in a log brings this window to the front.
+QWidget *MainWindow::makeEndOfDay()
+{
+    auto *window = new EndOfDayWindow(m_app, m_screens);
+    connect(window, &EndOfDayWindow::labelShown, this, [this] { bringToFront(this); });
     return window;
 }
 

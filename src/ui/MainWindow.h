@@ -39,7 +39,8 @@ public:
     static QSize firstSize(QSize room);
     /// Shows a tab at once, so that the caller can act in it.
     void showTab(MainTab tab);
-    /// Opens a secondary window, or brings it to the front. Known: "addressbook", "errorlog", "label", "scanform".
+    /// Opens a secondary window, or brings it to the front. Known: "addressbook", "endofday", "errorlog", "label",
+    /// "scanform".
     void openWindow(const QString &identifier);
     void comeToFront() { bringToFront(this); }
 
@@ -51,6 +52,7 @@ private:
     QWidget *makeMain();
     QWidget *makeWindow(const QString &identifier);
     QWidget *makeAddressBook();
+    QWidget *makeEndOfDay();
     void bringToFront(QWidget *window);
     void closeWindowsOfSession();
     void refresh();

@@ -200,6 +200,7 @@ void Menus::addLog()
         menu, u"SCAN Form"_s, Qt::CTRL | Qt::SHIFT | Qt::Key_F,
         [this] { return app().flow == AppFlow::main && !app().scanFormBusy; },
         [this] { spawn([this] { return m_window.screens().createScanForm(); }); });
+    add(menu, u"End of Day"_s, {}, signedIn(), [this] { m_window.openWindow(u"endofday"_s); });
 }
 
 void Menus::addShipment(QMenu *menu)

@@ -102,6 +102,13 @@ struct OtherValue {
     {
         return {.invoiceID = u"48213"_s, .buyerName = u"Ana Ortiz"_s};
     }
+    static DayReport of(const DayReport &)
+    {
+        DayReport report{.day = QDate(2026, 11, 20)};
+        report.labels = sortDay({{.record = shipment(u"Ana Ortiz"_s)}}, {.test = true});
+        return report;
+    }
+    static AccountState of(AccountState) { return AccountState::unanswered; }
     static ScanForm of(const ScanForm &) { return {.id = 7, .askedAt = QDateTime(QDate(2026, 11, 20), QTime(12, 0))}; }
     static MasterEntry of(const MasterEntry &) { return {.id = u"m9"_s, .recipient = u"Ana Ortiz"_s}; }
     static PostalContact of(const PostalContact &) { return {.name = u"Ana Ortiz"_s}; }

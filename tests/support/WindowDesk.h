@@ -55,7 +55,8 @@ struct WindowDesk : CarrierDesk {
     {
         // Unfinished work reports to the program in a later turn of the event loop. That must happen now: the next desk
         // turns the loop when this program no longer exists.
-        runUntil([this] { return !program->screens().masterLog.busy; }, &clock);
+        runUntil([this] { return !program->screens().masterLog.busy && !program->screens().endOfDay.isAsking(); },
+                 &clock);
         runTask(program->screens().keys.refresh()); // these threads run jobs in order, so these are their last
         runTask(app().credentials.stored());
         constexpr int longestChain = 32; // more jobs than a coroutine starts in sequence

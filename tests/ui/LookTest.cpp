@@ -1,3 +1,4 @@
+#include "practice/PracticeDay.h"
 #include "support/UiTest.h"
 #include "ui/theme/Theme.h"
 #include "ui/theme/Tokens.h"
@@ -55,10 +56,10 @@ TEST(Look, EveryControlHasANameForAScreenReader)
 }
 
 /// Texts that do not fit in the screens as they are shown now.
-QStringList clippedTexts(WindowDesk &desk)
+QStringList clippedTexts(const QWidget &root)
 {
     QStringList clipped;
-    for (const TextLabel *text : desk.window().findChildren<TextLabel *>()) {
+    for (const TextLabel *text : root.findChildren<TextLabel *>()) {
         const bool shortened = dynamic_cast<const ElidedLabel *>(text); // its tooltip has the whole text
         if (!text->isVisible() || shortened || text->text().isEmpty())
             continue;
@@ -67,8 +68,8 @@ QStringList clippedTexts(WindowDesk &desk)
         if (tooNarrow || tooLow)
             clipped += text->text();
     }
-    for (const Button *button : desk.window().findChildren<Button *>()) {
-        if (button->isVisible() && button->width() < button->sizeHint().width())
+    for (const Button *button : root.findChildren<Button *>()) {
+        if (button->isVisible() && !button->text().isEmpty() && button->width() < button->sizeHint().width())
             clipped += button->text();
     }
     return clipped;
@@ -83,13 +84,39 @@ TEST(Look, NothingIsClippedInTheSmallestWindow)
     desk.label().service = ServiceOption::fedexIndirect;
     desk.press(Qt::Key_K, Qt::ControlModifier);
     desk.idle();
-    EXPECT_EQ(clippedTexts(desk), QStringList());
+    EXPECT_EQ(clippedTexts(desk.window()), QStringList());
     desk.label().carrier = Carrier::usps;
     desk.composeAndRate(homeAddress());
-    EXPECT_EQ(clippedTexts(desk), QStringList());
+    EXPECT_EQ(clippedTexts(desk.window()), QStringList());
     desk.app().senders.profiles = QList<SenderProfile>{{.name = u"Bullion Vault"_s}};
     desk.settleAll();
-    EXPECT_EQ(clippedTexts(desk), QStringList());
+    EXPECT_EQ(clippedTexts(desk.window()), QStringList());
+}
+
+TEST(Look, NothingIsClippedAtTheEndOfTheDay)
+{
+    WindowDesk desk(true);
+    addPracticeDay(desk.app(), desk.label().purchases, desk.carrier);
+    const EndOfDayScreen &day = desk.program->screens().endOfDay;
+    desk.window().openWindow(u"endofday"_s);
+    runUntil([&day] { return !day.report.value().differences.isEmpty(); }); // without the timers of the purchase
+    desk.settleAll();
+    const QWidgetList all = QApplication::topLevelWidgets();
+    const auto found = std::ranges::find(all, u"End of Day — PRACTICE MODE"_s, &QWidget::windowTitle);
+    ASSERT_NE(found, all.end());
+    QWidget *window = *found;
+    window->resize(window->minimumSize());
+    desk.settleAll();
+    EXPECT_EQ(clippedTexts(*window), QStringList());
+    EXPECT_EQ(desk.named<RowTable>(u"Differs from the account"_s, window)->model()->rowCount(), 3);
+    EXPECT_TRUE(desk.button(u"Check again"_s, window)->isEnabled());
+    desk.button(u"Show in Master Log"_s, window)->click();
+    const MasterLogScreen &log = desk.program->screens().masterLog;
+    runUntil([&log] { return log.loaded && !log.busy && log.selectedEntry(); });
+    EXPECT_EQ(log.selectedEntry()->recipient, u"Grant Holloway"_s);
+    window->close();
+    desk.label().purchases.unresolved = QList<UnresolvedPurchase>();
+    desk.settleAll();
 }
 
 TEST(Look, TheFirstWindowFitsTheScreen)

@@ -45,7 +45,7 @@ const std::unordered_map<std::type_index, Change> &changes()
                   MailpieceSelection, Banner, PrinterMessage, UpdateInfo, KeyRow, ShippoRate, ShipmentRecord, LastLabel,
                   DesklineInvoice, ScanForm, MasterEntry, PostalContact, BookChange, ShippoAddress, CustomsInfo,
                   SenderProfile, BoxProfile, UnresolvedPurchase, ResolvedPurchase, RecordCopy, LogChain::Report,
-                  LabelSight, RuleBook, RestoreReview>();
+                  LabelSight, RuleBook, RestoreReview, DayReport, AccountState>();
     return table;
 }
 

@@ -139,6 +139,7 @@ TEST(PlainText, NoTextFromOutsideIsShownAsMarkup)
     desk.fillRecords();
     desk.open(u"Error Log"_s);
     desk.open(u"Address Book"_s);
+    desk.open(u"End of Day"_s);
     for (const MainTab tab : {MainTab::newLabel, MainTab::mailingLog, MainTab::masterLog, MainTab::settings}) {
         desk.app().tab = tab;
         desk.checkAll();

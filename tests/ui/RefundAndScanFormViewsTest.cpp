@@ -158,6 +158,46 @@ TEST(RefundAndScanFormViews, AScanFormOpensOnlyIfThereAreLabels)
     EXPECT_FALSE(opened());
 }
 
+TEST(RefundAndScanFormViews, TwoGesturesLeadFromTheEndOfDayToThePrintedForm)
+{
+    AfterSaleDesk desk;
+    desk.preferences.setValue(u"printer.documentQueue"_s, u"Laser"_s);
+    desk.buyLabel();
+    const EndOfDayScreen &day = desk.program->screens().endOfDay;
+    desk.window().openWindow(u"endofday"_s);
+    const auto until = [&desk](const auto &done) { // without the clock's timers, which would end the day
+        runUntil(done);
+        desk.settleAll();
+    };
+    const auto isInFront = [](const QString &title) {
+        return QGuiApplication::focusWindow() && QGuiApplication::focusWindow()->title().startsWith(title);
+    };
+    const auto isRead = [&day] {
+        return day.account.value() == AccountState::compared && day.report.value().labels.all.size() == 1;
+    };
+    until([&] { return isInFront(u"End of Day"_s) && isRead(); });
+    QWidget *window = QApplication::activeWindow();
+    desk.press(Qt::Key_BracketLeft, Qt::ControlModifier);
+    EXPECT_FALSE(day.isToday());
+    EXPECT_TRUE(desk.button(u"Today"_s, window)->isEnabled());
+    desk.press(Qt::Key_BracketRight, Qt::ControlModifier);
+    until(isRead);
+    EXPECT_EQ(desk.button(u"Make SCAN Form"_s, window)->kind(), Button::Kind::test);
+    EXPECT_TRUE(desk.named(u"USPS SCAN form, 1 not on a form, 0 on a form, 0 not meant for one"_s, window));
+    desk.button(u"Make SCAN Form"_s, window)->setFocus();
+    const ToolkitLeaks forgiven;
+    desk.press(Qt::Key_Return);
+    until([&] { return isInFront(u"SCAN Form"_s) && desk.focusName() == u"Print"; });
+    const qsizetype printed = printJobs(desk.processes);
+    desk.press(Qt::Key_Return);
+    until([&] { return printJobs(desk.processes) > printed; });
+    until([&] { return day.report.value().forms.value(0).isPrinted; });
+    EXPECT_EQ(desk.button(u"Print SCAN Form"_s, window)->kind(), Button::Kind::standard);
+    QApplication::activeWindow()->close();
+    window->close();
+    desk.settleAll();
+}
+
 TEST(AfterSale, ACloseWaitsForTheScanFormAndThenForWhatMustBeRead)
 {
     AfterSaleDesk desk;

@@ -7,6 +7,7 @@
 #include "carrier/PagedList.h"
 #include "core/Accents.h"
 #include "core/AppError.h"
+#include "core/Csv.h"
 #include "core/SaveFile.h"
 #include "core/Task.h"
 #include "core/Text.h"
@@ -44,13 +45,6 @@ QString gapsIn(const QList<MasterEntry> &entries, bool isCut)
     return gaps.join(u' ');
 }
 
-QString quotedRow(QStringList fields)
-{
-    for (QString &field : fields)
-        field = u'"' + field.replace(u'"', u"\"\""_s) + u'"';
-    return fields.join(u',') + u'\n';
-}
-
 } // namespace
 
 MasterLogScreen::MasterLogScreen(AppState &app, const KeysScreen &keys) : m_app(app), m_keys(keys)
@@ -80,6 +74,18 @@ void MasterLogScreen::loadForKey()
         lastFifteenDays(); // the program may have been open for days
     m_loadedKeys = m_app.keyChanges;
     spawn([this] { return load(); });
+}
+
+Task<> MasterLogScreen::showEntry(QDate day, QString id)
+{
+    if (busy)
+        co_return;
+    m_loadedKeys = m_app.keyChanges; // the screen loads nothing else by itself
+    search = QString();
+    from = day;
+    to = day;
+    co_await load();
+    selected = id;
 }
 
 void MasterLogScreen::lastFifteenDays()
@@ -174,9 +180,10 @@ QString masterLogCSV(const QList<MasterEntry> &entries)
     QString text = u"Date,Time,Recipient,Company,City/State,Country,Service,Postage,Tracking,Status,Test\n"_s;
     for (const MasterEntry &entry : entries) {
         const QDateTime date = entry.date.value_or(QDateTime());
-        text += quotedRow({english.toString(date, u"MM/dd/yy"_s), english.toString(date, u"h:mm AP"_s), entry.recipient,
-                           entry.company, entry.place, entry.country, entry.service, fixed(entry.amount, 2),
-                           entry.tracking, statusDisplay(entry.status), entry.test ? u"TEST"_s : QString()});
+        text += csvRow({english.toString(date, u"MM/dd/yy"_s), english.toString(date, u"h:mm AP"_s), entry.recipient,
+                        entry.company, entry.place, entry.country, entry.service, fixed(entry.amount, 2),
+                        entry.tracking, statusDisplay(entry.status), entry.test ? u"TEST"_s : QString()}) +
+                u'\n';
     }
     return text;
 }

@@ -42,6 +42,8 @@ public:
     void loadForKey();
     /// Fetches the range. On failure the entries stay as they are.
     Task<> load();
+    /// Shows one day, and chooses an entry of it.
+    Task<> showEntry(QDate day, QString id);
     void lastFifteenDays();
     /// "12 shipments • $143.20 postage"
     QString summaryLine() const;

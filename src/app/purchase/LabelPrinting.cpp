@@ -18,6 +18,7 @@
 #include "records/ShipmentRecord.h"
 #include "shell/ErrorLog.h"
 
+#include <QPointer>
 #include <QScopeGuard>
 
 #include <optional>
@@ -47,34 +48,45 @@ Task<QByteArray> downloadAgain(AppState &app, QString url)
 
 } // namespace
 
+void recordUnnoted(AppState &app, const QString &reason)
+{
+    app.errors.record(u"Mailing Log"_s, AppError(u"What happened to a label could not be noted — %1."_s.arg(reason)),
+                      Popup::no);
+}
+
 Task<> noteEvent(AppState &app, QStringList labels, LabelEvent event)
 {
     labels.removeAll(QString());
     if (labels.isEmpty())
         co_return;
     const QDateTime now = app.platform.clock.now();
+    const QPointer<AppState> alive(&app);
     const QString failure = co_await onPool([&log = app.log, labels, event, now] {
         return LabelEvents::put(log, labels, event, now) ? QString() : log.lastError();
     });
+    if (!alive)
+        co_return;
     if (!failure.isEmpty())
-        app.errors.record(u"Mailing Log"_s,
-                          AppError(u"What happened to a label could not be noted — %1."_s.arg(failure)), Popup::no);
+        recordUnnoted(app, failure);
     emit app.labelsNoted();
 }
 
-Task<QString> printLabel(AppState &app, QByteArray label)
+Task<QString> printLabel(AppState &app, QByteArray label, QString transactionId)
 {
     const QString zebraQueue = read(app.platform.preferences, settings::zebraQueue);
     const QString documentQueue = read(app.platform.preferences, settings::documentQueue);
     const LabelFile file = parseLabel(label);
     // Watch a refused job, too: the queue's state tells why it was refused and when a retry makes sense.
+    bool isAccepted = false;
     const auto sent = qScopeGuard([&] {
+        const QString accepted = isAccepted ? transactionId : QString();
         if (file.kind == LabelKind::zpl)
-            app.printWatch.follow(zebraQueue, Paper::label);
+            app.printWatch.follow(zebraQueue, Paper::label, accepted);
         else if (file.kind == LabelKind::pdf)
-            app.printWatch.follow(documentQueue, Paper::document);
+            app.printWatch.follow(documentQueue, Paper::document, accepted);
     });
     const QString printed = co_await onPool(app.printer, &LabelPrinter::print, file, zebraQueue, documentQueue);
+    isAccepted = true;
     co_return joinPresent({printed, app.printWatch.caution(label)}, u" "_s);
 }
 
@@ -106,7 +118,7 @@ Task<ReprintResult> reprintLabel(AppState &app, ShipmentRecord record)
     record.zpl = label;
     const bool isAgreed = co_await mayPrint(app, doubts, record);
     if (isAgreed)
-        result.printed = co_await printLabel(app, label);
+        result.printed = co_await printLabel(app, label, record.transactionID);
     co_return result;
 }
 

@@ -8,8 +8,13 @@
 namespace parcelory {
 
 /// Prints a label on the printers chosen in Settings, watches the queue until it is empty, and returns the printer's
-/// message. Throws AppError.
-Task<QString> printLabel(AppState &app, QByteArray label);
+/// message. `transactionId`: of a label of the log, where it is noted once the queue is empty. Throws AppError.
+Task<QString> printLabel(AppState &app, QByteArray label, QString transactionId = {});
+
+/// Notes in the mailing log what happened to labels. A failure is an entry in the error log.
+Task<> noteEvent(AppState &app, QStringList labels, LabelEvent event);
+/// That entry, for a caller that has written by itself.
+void recordUnnoted(AppState &app, const QString &reason);
 
 /// Notes in the mailing log what happened to labels. A failure is an entry in the error log.
 Task<> noteEvent(AppState &app, QStringList labels, LabelEvent event);

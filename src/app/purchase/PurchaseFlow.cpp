@@ -165,6 +165,7 @@ Task<SaleResult> PurchaseFlow::lookFor(SaleResult unknown)
 Task<PurchaseResult> PurchaseFlow::complete(OpenPurchase purchase, std::optional<ShippoTransaction> transaction,
                                             Delivery delivery, QList<ShippoTransaction> seconds)
 {
+    const QDateTime begun = m_app.platform.clock.now(); // before the label can come out
     PurchaseResult result{.entry = purchase};
     OpenPurchase &entry = result.entry;
     ShipmentRecord &record = entry.record;
@@ -207,7 +208,7 @@ Task<PurchaseResult> PurchaseFlow::complete(OpenPurchase purchase, std::optional
     if (isMissing(result.papers.outcome))
         co_await noteEvent(m_app, {record.transactionID}, LabelEvent::papersFailed);
     co_await save(entry);
-    result.isLogged = co_await log(entry, doubts.verdict);
+    result.isLogged = co_await log(entry, doubts.verdict, begun);
     if (isHeld) { // asked last: the label is in the log, however long the clerk takes
         result.label = co_await printHeldLabelOf(entry, doubts);
         entry.printed = entry.printed || result.label.isPrinted;
@@ -307,7 +308,8 @@ Task<QByteArray> PurchaseFlow::fetchLabel(OpenPurchase purchase)
 Task<LabelResult> PurchaseFlow::printLabelOf(OpenPurchase purchase)
 {
     try {
-        const QString printed = co_await printLabel(m_app, purchase.record.zpl.value_or(QByteArray()));
+        const ShipmentRecord &record = purchase.record;
+        const QString printed = co_await printLabel(m_app, record.zpl.value_or(QByteArray()), record.transactionID);
         co_await onPool(m_app.journal, &PurchaseJournal::markPrinted, purchase.id);
         co_return LabelResult{.isPrinted = true, .text = printed};
     } catch (const AppError &error) {
@@ -319,8 +321,12 @@ Task<LabelResult> PurchaseFlow::printLabelOf(OpenPurchase purchase)
 Task<LabelResult> PurchaseFlow::printHeldLabelOf(OpenPurchase purchase, LabelDoubts doubts)
 {
     const bool isAgreed = co_await mayPrint(m_app, doubts, purchase.record);
-    if (isAgreed)
-        co_return co_await printLabelOf(purchase);
+    if (isAgreed) {
+        const LabelResult printed = co_await printLabelOf(purchase);
+        if (printed.isPrinted)
+            co_await noteEvent(m_app, {purchase.record.transactionID}, LabelEvent::sent);
+        co_return printed;
+    }
     const QString reason = doubts.reason();
     m_app.errors.record(u"Print Label"_s, AppError(reason), Popup::no);
     co_return LabelResult{.text = reason};
@@ -343,14 +349,15 @@ Task<PapersResult> PurchaseFlow::papersOf(OpenPurchase purchase, Delivery delive
 
 /// Adds the label to the mailing log, unless it is already there, and then removes it from the journal. Returns false,
 /// and reports it, if the mailing log cannot be written.
-Task<bool> PurchaseFlow::log(OpenPurchase purchase, LabelVerdict verdict)
+Task<bool> PurchaseFlow::log(OpenPurchase purchase, LabelVerdict verdict, QDateTime begun)
 {
     struct Outcome {
         bool stored;
         QString reason;
         QString verdictReason; ///< why the verdict is not beside the row
+        QString eventReason;   ///< the same for whether it was printed
     };
-    const Outcome outcome = co_await onPool([&app = m_app, purchase, verdict] {
+    const Outcome outcome = co_await onPool([&app = m_app, purchase, verdict, begun] {
         const ShipmentRecord &record = purchase.record;
         const bool stored = app.log.insertOnce(record);
         if (stored) {
@@ -359,8 +366,14 @@ Task<bool> PurchaseFlow::log(OpenPurchase purchase, LabelVerdict verdict)
         }
         const QString reason = stored ? QString() : app.log.lastError();
         const bool isKept = !stored || verdict.findings.isEmpty() || keepVerdict(app.log, record, verdict);
-        return Outcome{stored, reason, isKept ? QString() : app.log.lastError()};
+        const QString verdictReason = isKept ? QString() : app.log.lastError();
+        const LabelEvent event = purchase.printed ? LabelEvent::sent : LabelEvent::notPrinted;
+        const bool isNoted = !stored || LabelEvents::put(app.log, {record.transactionID}, event, begun);
+        return Outcome{stored, reason, verdictReason, isNoted ? QString() : app.log.lastError()};
     });
+    if (!outcome.eventReason.isEmpty())
+        recordUnnoted(m_app, outcome.eventReason);
+    emit m_app.labelsNoted();
     if (!outcome.verdictReason.isEmpty())
         m_app.errors.record(
             u"Mailing Log"_s,

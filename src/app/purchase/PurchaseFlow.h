@@ -85,7 +85,7 @@ private:
     Task<LabelResult> printLabelOf(OpenPurchase purchase);
     Task<LabelResult> printHeldLabelOf(OpenPurchase purchase, LabelDoubts doubts);
     Task<PapersResult> papersOf(OpenPurchase purchase, Delivery delivery);
-    Task<bool> log(OpenPurchase purchase, LabelVerdict verdict);
+    Task<bool> log(OpenPurchase purchase, LabelVerdict verdict, QDateTime begun);
     Task<QList<ShipmentRecord>> secondsAmong(QList<ShippoTransaction> sales);
     Task<ShipmentRecord> logSecond(ShipmentRecord first, ShippoTransaction sale);
 

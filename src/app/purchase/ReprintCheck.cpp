@@ -10,6 +10,7 @@
 #include "core/Text.h"
 #include "core/ports/Prompts.h"
 #include "records/LabelChecks.h"
+#include "records/LabelEvents.h"
 #include "records/LabelHistory.h"
 #include "records/LogRead.h"
 #include "records/ShipmentRecord.h"
@@ -91,9 +92,11 @@ Task<QString> reprintChecked(AppState &app, ShipmentRecord record)
     const ReprintResult result = co_await reprintLabel(app, record);
     const bool isPrinted = !result.printed.isEmpty();
     const bool isNoted = !row || co_await onPool([&app, now, isPrinted, result, when = app.platform.clock.now()] {
-        return (!isPrinted || app.labelHistory.addReprint(now.id, when)) &&
+        return (!isPrinted || (app.labelHistory.addReprint(now.id, when) &&
+                               LabelEvents::put(app.log, {now.transactionID}, LabelEvent::sent, when))) &&
                (result.firstVerdict.findings.isEmpty() || keepVerdict(app.log, now, result.firstVerdict));
     });
+    emit app.labelsNoted();
     if (isNoted)
         co_return result.printed;
     const QString note = (isPrinted ? u"The reprint"_s : u"How the label compares with its parcel"_s) +

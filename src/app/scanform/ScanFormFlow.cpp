@@ -86,7 +86,7 @@ AppError notStored(const ShipmentLog &log)
 
 } // namespace
 
-Task<> ScanFormFlow::create(ShippoAddress from)
+Task<> ScanFormFlow::create(ShippoAddress from, ScanFormScope scope)
 {
     if (m_app.scanFormBusy)
         co_return;
@@ -96,7 +96,7 @@ Task<> ScanFormFlow::create(ShippoAddress from)
     const auto done = qScopeGuard([this] { m_app.scanFormBusy = false; });
     const QString token = co_await onPool([this] { return m_app.keys.activeToken().value_or(QString()); });
     const bool testKey = ShippoKeys::isTest(token);
-    const auto found = co_await onPool(m_app.log, &ShipmentLog::labelsOf, m_app.platform.clock.now().date());
+    const auto found = co_await todaysLabels(scope);
     if (isStale()) // the clerk or the key has changed since the request
         co_return;
     if (!found.isRead()) {
@@ -133,6 +133,28 @@ Task<> ScanFormFlow::create(ShippoAddress from)
     } catch (const AppError &error) {
         fail(error);
     }
+}
+
+Task<LogRead<QList<ShipmentRecord>>> ScanFormFlow::todaysLabels(ScanFormScope scope)
+{
+    using Labels = LogRead<QList<ShipmentRecord>>;
+    auto found = co_await onPool([this, scope, today = m_app.platform.clock.now().date()] {
+        const Labels labels = m_app.log.labelsOf(today);
+        if (!labels.isRead() || scope == ScanFormScope::allOfToday)
+            return labels;
+        QList<ShipmentRecord> missing;
+        for (const ShipmentRecord &label : *labels) {
+            const auto form = m_app.scanForms.formWith(label.transactionID);
+            if (!form.isRead())
+                return Labels::failed(form.failure());
+            const RefundState refund = refundState(label);
+            const bool isUsps = label.carrier.trimmed().compare(u"USPS"_s, Qt::CaseInsensitive) == 0;
+            if (isUsps && !*form && refund != RefundState::pending && refund != RefundState::granted)
+                missing += label;
+        }
+        return Labels(missing);
+    });
+    co_return found;
 }
 
 void ScanFormFlow::fail(const AppError &error)

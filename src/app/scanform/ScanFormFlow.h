@@ -13,7 +13,7 @@ public:
     explicit ScanFormFlow(AppState &app) : m_app(app), m_arrivals(app.platform.clock) {}
 
     /// AppState::createScanForm().
-    Task<> create(ShippoAddress from);
+    Task<> create(ShippoAddress from, ScanFormScope scope);
     /// Fetches forms whose response was lost; silent while the carrier cannot be asked.
     Task<> recoverLostForms();
 
@@ -29,6 +29,7 @@ private:
     };
 
     void fail(const AppError &error);
+    Task<LogRead<QList<ShipmentRecord>>> todaysLabels(ScanFormScope scope);
     Task<> showNoLabelsToManifest(bool testKey);
     Task<bool> confirmOddLabels(QList<ShipmentRecord> labels, bool testKey);
     Task<Documents> requestForm(QList<ShipmentRecord> labels, bool testKey, ShippoAddress from);
