@@ -71,6 +71,14 @@ Task<> noteEvent(AppState &app, QStringList labels, LabelEvent event)
     emit app.labelsNoted();
 }
 
+Task<> notePapersPrinted(AppState &app, QString transactionId)
+{
+    const auto missing = co_await onPool(
+        [&log = app.log, transactionId] { return LabelEvents::find(log, transactionId, LabelEvent::papersFailed); });
+    if (missing.valueOr(std::nullopt))
+        co_await noteEvent(app, {transactionId}, LabelEvent::papersPrinted);
+}
+
 Task<QString> printLabel(AppState &app, QByteArray label, QString transactionId)
 {
     const QString zebraQueue = read(app.platform.preferences, settings::zebraQueue);
@@ -153,7 +161,7 @@ Task<QString> reprintCustoms(AppState &app, ShipmentRecord record)
     if (!document)
         document = co_await downloadCustoms(app, row);
     const QString printed = co_await printCustoms(app, *document);
-    co_await noteEvent(app, {row.transactionID}, LabelEvent::papersPrinted);
+    co_await notePapersPrinted(app, row.transactionID);
     co_return printed;
 }
 

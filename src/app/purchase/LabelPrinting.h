@@ -19,6 +19,9 @@ void recordUnnoted(AppState &app, const QString &reason);
 /// Notes in the mailing log what happened to labels. A failure is an entry in the error log.
 Task<> noteEvent(AppState &app, QStringList labels, LabelEvent event);
 
+/// Closes what was noted about a parcel's missing papers, if anything was.
+Task<> notePapersPrinted(AppState &app, QString transactionId);
+
 /// A sentence about jobs that wait in the label printer's queue, for the clerk to read before more are sent; empty if
 /// no job is waiting.
 Task<QString> stillWaiting(AppState &app);
