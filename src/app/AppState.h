@@ -160,6 +160,8 @@ public:
     /// another invoice is being read; scanNote then names the ignored invoice. A number that begins with the number
     /// being read replaces it: the scanner paused inside the code.
     void handleInvoiceScan(const QString &text);
+    /// True from the scan until the invoice fills the label, or is not read.
+    bool isReadingInvoice() const { return scanBusy && scanStatusKind == StatusKind::progress; }
     /// Stops reading an invoice; the label stays as it is.
     void cancelInvoiceScan();
     void fillFromInvoice(const DesklineInvoice &invoice);

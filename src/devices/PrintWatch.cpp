@@ -141,13 +141,23 @@ void PrintWatch::take(const QString &queue, int jobs, const PrinterReport &repor
 
 void PrintWatch::say()
 {
+    notice = sentences([](const Followed &) { return true; });
+}
+
+QString PrintWatch::noticeAbout(Paper paper) const
+{
+    return sentences([paper](const Followed &followed) { return followed.paper == paper; });
+}
+
+QString PrintWatch::sentences(const std::function<bool(const Followed &)> &isWanted) const
+{
     QStringList sentences;
     for (const auto &[queue, followed] : m_followed) {
         const QString sentence = printerSentence(queue, followed.report, followed.paper);
-        if (!sentence.isEmpty() && followed.isWorthSaying())
+        if (isWanted(followed) && !sentence.isEmpty() && followed.isWorthSaying())
             sentences += sentence;
     }
-    notice = sentences.join(u' ');
+    return sentences.join(u' ');
 }
 
 } // namespace parcelory

@@ -6,6 +6,7 @@
 
 #include <QObject>
 
+#include <functional>
 #include <map>
 #include <optional>
 
@@ -21,6 +22,9 @@ public:
 
     /// The text for the clerk; empty if there is no problem. Updated automatically.
     Observed<QString> notice{this};
+
+    /// The part of the notice that is about this paper's printer.
+    QString noticeAbout(Paper paper) const;
 
     /// Call after a job was accepted or refused. Ignores an empty queue name. `label`: what the queue has accepted, for
     /// cameOut(); may be empty.
@@ -48,6 +52,7 @@ private:
     Task<> look();
     void take(const QString &queue, int jobs, const PrinterReport &report);
     void say();
+    QString sentences(const std::function<bool(const Followed &)> &isWanted) const;
 
     LabelPrinter &m_printer;
     Clock &m_clock;

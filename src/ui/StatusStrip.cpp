@@ -62,7 +62,7 @@ void StatusStrip::refresh()
     m_last->setFullText(m_app.lastShipmentSummary);
     m_scan->setFullText(m_app.scanLine());
     m_scanIcon->setVisible(!m_scan->fullText().isEmpty());
-    m_cancelScan->setVisible(m_app.scanBusy && m_app.scanStatusKind == StatusKind::progress);
+    m_cancelScan->setVisible(m_app.isReadingInvoice());
     refreshPrinter();
     refreshChange();
     const PostageMode mode = m_keys.mode;

@@ -149,9 +149,11 @@ TEST_F(PrintCertaintyTest, EveryPrinterFaultIsReportedAndLosesNoLabel)
             EXPECT_TRUE(prompts.questions.last().text.contains(u"1 label is still waiting on "_s));
         noticeAfter(nextLook);
         EXPECT_EQ(noticeAfter(nextLook), notice);
+        EXPECT_FALSE(screen().news()->ok) << "a label that waits is no success";
         EXPECT_EQ(runTask(stillWaiting(*app)), waiting > 0 ? notice : QString());
         printer.setFault(PrinterFault::none);
         EXPECT_EQ(noticeAfter(nextLook), QString());
+        EXPECT_EQ(screen().news(), screen().banner.value());
         EXPECT_EQ(printed(), papers += waiting);
     }
 }

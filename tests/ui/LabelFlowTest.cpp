@@ -66,6 +66,31 @@ TEST(LabelFlow, AnAddressOfTheBookIsBoughtInFourGestures)
     EXPECT_EQ(log.selectedRecord()->transactionID, bought) << "the newest row is selected";
 }
 
+TEST(LabelFlow, NothingIsBoughtWhileAScannedInvoiceIsRead)
+{
+    WindowDesk desk;
+    desk.composeAndRate(homeAddress());
+    desk.app().handleInvoiceScan(u"48303"_s);
+    ASSERT_TRUE(desk.app().isReadingInvoice());
+    desk.press(Qt::Key_Return, Qt::ControlModifier); // the clerk means the scanned parcel
+    desk.idle();
+    desk.wait([&desk] { return !desk.app().scanBusy; });
+    EXPECT_EQ(desk.purchases(), 0);
+    desk.app().scanBusy = true;
+    desk.app().setScanStatus(StatusKind::progress, u"Loading invoice 48303 from deskline…"_s);
+    desk.settleAll();
+    const Button *buy = desk.button(u"Buy & Print Label"_s);
+    EXPECT_FALSE(buy->isEnabled());
+    EXPECT_TRUE(
+        shows(desk.window(), u"The scanned invoice is being read and will fill the form. Buy opens after it."_s));
+    desk.app().cancelInvoiceScan();
+    desk.settleAll();
+    EXPECT_TRUE(buy->isEnabled());
+    desk.press(Qt::Key_Return, Qt::ControlModifier);
+    desk.idle();
+    EXPECT_EQ(desk.purchases(), 1);
+}
+
 TEST(LabelFlow, AnInvoicesParcelIsInsuredWithOneKeyAndAClearedFormComesBack)
 {
     WindowDesk desk;

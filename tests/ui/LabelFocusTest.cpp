@@ -94,6 +94,31 @@ TEST(LabelFocus, AButtonThatGoesOffGetsTheFocusBack)
     EXPECT_EQ(desk.focusName(), u"Get Rates");
 }
 
+TEST(LabelFocus, StaysInTheFormWhenTheRatesGo)
+{
+    WindowDesk desk;
+    desk.press(Qt::Key_B, Qt::ControlModifier); // no sidebar that could take it
+    desk.composeAndRate(homeAddress());
+    const QList<ShippoRate> rates = desk.label().rates;
+    ASSERT_EQ(desk.focusName(), u"Rates");
+    desk.label().selectedRateID = std::nullopt;
+    desk.settleAll();
+    for (const int row : {0, 1}) { // the first key chooses the first rate
+        desk.press(Qt::Key_Down);
+        EXPECT_EQ(desk.label().selectedRateID.value(), rates[row].objectId);
+    }
+    desk.label().insuranceValue = u"5"_s; // by its key
+    desk.settleAll();
+    EXPECT_EQ(desk.focusName(), u"Get Rates");
+    desk.press(Qt::Key_Space);
+    desk.idle();
+    ASSERT_EQ(desk.focusName(), u"Rates");
+    desk.press(Qt::Key_Return, Qt::ControlModifier);
+    desk.idle();
+    EXPECT_EQ(desk.purchases(), 1);
+    EXPECT_EQ(desk.focusName(), u"Recipient name");
+}
+
 TEST(LabelFocus, ARecipientThatIsFilledDuringARequestIsCheckedAfterIt)
 {
     WindowDesk desk;

@@ -35,6 +35,7 @@ struct LabelPreviewTest : testing::Test, WindowDesk {
         record.zpl = label;
         return record;
     }
+    QWidget *thumbnailCard() { return window().findChild<LabelThumbnail *>()->parentWidget(); }
     LabelWindow *labelWindow()
     {
         for (QWidget *widget : QApplication::topLevelWidgets()) {
@@ -119,6 +120,17 @@ TEST_F(LabelPreviewTest, ABoughtLabelIsSeenOnTheCardAndInItsWindow)
     drawn(preview);
     ASSERT_EQ(state(preview), State::drawn);
     EXPECT_EQ(LabelVerdictTexts::lineOf(preview.sight.value().verdict), u"Address and tracking match the label ✓"_s);
+
+    QWidget *card = thumbnailCard();
+    std::optional<LastLabel> abroad = label().lastLabel;
+    abroad->record.isIntl = true;
+    abroad->message = u"Customs docs sent to the printer."_s;
+    label().lastLabel = abroad;
+    for (const QSize &size : {QSize(1280, 757), window().minimumSize()}) {
+        window().resize(size);
+        settleAll();
+        EXPECT_GE(card->height(), card->heightForWidth(card->width())) << "nothing on it is squeezed";
+    }
 
     auto *thumbnail = named<LabelThumbnail>(u"Label picture, "_s + to.name);
     EXPECT_EQ(thumbnail->accessibleDescription(), u"Address and tracking match the label ✓"_s);

@@ -11,6 +11,8 @@
 #include "core/Text.h"
 #include "shell/ErrorLog.h"
 
+#include <QScopeGuard>
+
 #include <exception>
 #include <optional>
 
@@ -53,9 +55,8 @@ void InvoiceFlow::handleScan(const QString &text)
     if (m_app.flow != AppFlow::main)
         return;
     const auto id = DesklineInvoiceFetcher::invoiceID(text, m_app.platform.deployment.shortLinkHost);
-    const bool isLoading = m_app.scanBusy && m_app.scanStatusKind == StatusKind::progress;
     // The scanner paused inside the code: what is being read is only the beginning of this number.
-    const bool isRest = isLoading && id && *id != m_id && id->startsWith(m_id);
+    const bool isRest = m_app.isReadingInvoice() && id && *id != m_id && id->startsWith(m_id);
     if (m_app.scanBusy && !isRest) {
         ignoreScan(id.value_or(m_id));
         return;
@@ -176,8 +177,12 @@ Task<> InvoiceFlow::report(QString id, std::exception_ptr failure)
 
 Task<> InvoiceFlow::showAttention(DesklineInvoice invoice)
 {
-    if (const std::optional<InvoiceAttention> attention = invoiceAttention(invoice))
-        co_await m_app.platform.prompts.alert(attention->title, attention->text);
+    const std::optional<InvoiceAttention> attention = invoiceAttention(invoice);
+    if (!attention)
+        co_return;
+    m_app.awaitsChoice = true;
+    const auto closed = qScopeGuard([this] { m_app.awaitsChoice = false; });
+    co_await m_app.platform.prompts.alert(attention->title, attention->text);
 }
 
 } // namespace parcelory

@@ -270,7 +270,7 @@ bool LabelDraft::flatRateLocked() const
 
 ServiceClass LabelDraft::effectiveClass() const
 {
-    return flatRateLocked() ? ServiceClass::priority : svcClass.value();
+    return flatRateLocked() ? defaultServiceClass(Carrier::usps, isInternational()) : svcClass.value();
 }
 
 double LabelDraft::totalPounds() const

@@ -82,7 +82,7 @@ public:
     void settleCountry();
     bool isInternational() const;
     bool flatRateLocked() const;
-    /// The class that will be used: Priority Mail while a flat rate is chosen.
+    /// The class that will be used: while a flat rate is chosen, Priority Mail or abroad Priority Mail International.
     ServiceClass effectiveClass() const;
     double totalPounds() const;
     QString weightDisplay() const;

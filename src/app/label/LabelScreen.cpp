@@ -6,6 +6,7 @@
 #include "carrier/ShippoRecords.h"
 #include "core/AppError.h"
 #include "core/Task.h"
+#include "core/Text.h"
 #include "shell/ErrorLog.h"
 
 #include <algorithm>
@@ -73,7 +74,12 @@ void LabelScreen::forgetFault()
 {
     faultyField = std::nullopt;
     if (std::exchange(m_bannerAboutDraft, false))
-        banner = std::nullopt;
+        dropBanner();
+}
+
+void LabelScreen::dropBanner()
+{
+    banner = m_formerOutcome;
 }
 
 void LabelScreen::recipientEdited()
@@ -107,6 +113,7 @@ void LabelScreen::takeFilledDraft()
 {
     forgetValidation();
     showIntlPaperwork = false;
+    m_formerOutcome = std::nullopt;
     banner = std::nullopt;
     noteFill();
 }
@@ -122,6 +129,7 @@ void LabelScreen::clearDraft()
     const bool wasClear = isClear();
     m_cleared = saved();
     m_app.lastChange.forget(m_fillChange);
+    m_formerOutcome = std::nullopt;
     banner = std::nullopt;
     forgetValidation();
     m_app.draftTo = ShippoAddress{};
@@ -166,7 +174,7 @@ NextStep LabelScreen::nextStep() const
     if (busy)
         return NextStep::none;
     if (!rates.value().isEmpty())
-        return selectedRate() && !isBuyClosed() ? NextStep::buy : NextStep::none;
+        return selectedRate() && !isBuyClosed() && !awaitsFill() ? NextStep::buy : NextStep::none;
     if (recipientFilled() && !validationOK)
         return NextStep::validate;
     return formComplete() ? NextStep::getRates : NextStep::none;
@@ -176,6 +184,21 @@ bool LabelScreen::isBuyClosed() const
 {
     const std::optional<UnresolvedPurchase> pending = purchases.unresolvedFor(m_app.draftTo);
     return pending && !pending->isInconclusive;
+}
+
+QString LabelScreen::waitingLabel() const
+{
+    const bool isSent = lastLabel.value() && lastLabel.value()->isPrinted;
+    return isSent ? m_app.printWatch.noticeAbout(Paper::label) : QString();
+}
+
+std::optional<Banner> LabelScreen::news() const
+{
+    std::optional<Banner> shown = banner;
+    const QString waiting = waitingLabel();
+    if (shown && shown->ok && shown->offer == Banner::Offer::none && !waiting.isEmpty())
+        shown = Banner{joinPresent({shown->text, waiting}, u" "_s), false};
+    return shown;
 }
 
 std::optional<ShippoRate> LabelScreen::selectedRate() const

@@ -89,13 +89,20 @@ public:
     /// True if a recipient that was filled in is to be validated right away.
     bool validatesFills() const { return !busy && recipientFilled(); }
     /// True while a dialog asks about this label.
-    bool awaitsChoice() const { return m_app.awaitsChoice; }
+    bool awaitsChoice() const { return m_app.awaitsChoice || showIntlPaperwork; }
     /// True if the window closes when the purchase in progress is done.
     bool isClosing() const { return m_app.closing; }
     /// True while a label for this recipient is being bought.
     bool isBuyingFor(const ShippoAddress &to) const { return buying && isSameRecipient(to, m_buyingFor); }
     /// True while it is unknown whether this recipient's last label was bought; buying is disabled until then.
     bool isBuyClosed() const;
+    /// True while a scanned invoice is read that is about to fill the form: what the form shows is the former parcel,
+    /// and a press of Buy may be meant for the scanned parcel.
+    bool awaitsFill() const { return m_app.isReadingInvoice(); }
+    /// What the message line shows: `banner`, as a warning while the last label waits in the printer.
+    std::optional<Banner> news() const;
+    /// Why the last label, which was sent, is still in the printer; empty if it is not.
+    QString waitingLabel() const;
 
     /// The shipping rules that apply to the parcel with the chosen rate, the most severe first.
     QList<Rule> advice() const;
@@ -145,6 +152,8 @@ public:
 
 private:
     void draftEdited();
+    void dropBanner();
+    void tellOutcome(const PreparedPurchase &purchase, const Banner &outcome);
     void forgetFault();
     void recipientEdited();
     void invalidateIntlRates();
@@ -196,7 +205,10 @@ private:
     quint64 m_buyTimer = 0;                       ///< runs while the Buy button has just changed and takes no press
     bool m_purchaseComplete = false;
     bool m_bannerAboutDraft = false; ///< the next edit clears the banner
-    ShippoAddress m_buyingFor;       ///< the recipient of the last press of Buy
+    /// The outcome of a purchase that ended when the next parcel was in the form. The steps of that parcel follow by
+    /// themselves and must not hide it.
+    std::optional<Banner> m_formerOutcome;
+    ShippoAddress m_buyingFor; ///< the recipient of the last press of Buy
     AccountLabels m_account;
     ShippoAddress m_beforePaste, m_pasted;
     SavedDraft m_cleared;    ///< the draft before it was cleared

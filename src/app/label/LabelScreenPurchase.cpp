@@ -144,7 +144,7 @@ Task<QString> LabelScreen::secondLabelWarning(SecondLabelFacts facts, bool testM
 Task<> LabelScreen::buyAndPrint()
 {
     const std::optional<ShippoRate> rate = selectedRate();
-    if (busy || !rate || isBuyClosed() || m_buyTimer != 0)
+    if (busy || !rate || isBuyClosed() || awaitsFill() || m_buyTimer != 0)
         co_return;
     const SpendGuard guard = SpendGuard::of(m_app.platform.preferences);
     if (const QString lack = guard.lackOf(reference, *rate); !lack.isEmpty()) {
@@ -162,6 +162,7 @@ Task<> LabelScreen::buyAndPrint()
         buying = false;
         busy = false;
     });
+    m_formerOutcome = std::nullopt;
     banner = std::nullopt;
     PreparedPurchase purchase = preparePurchase(*this, m_app, *rate, secondLabelFacts());
     const QString agreedWarning = secondLabelAgreed ? secondLabel.value() : QString();
@@ -225,6 +226,7 @@ Task<> LabelScreen::buy(PreparedPurchase purchase)
         co_return;
     }
     warn(sale.text);
+    tellOutcome(purchase, {sale.text, false});
     if (sale.kind == SaleResult::Kind::unknown)
         markUnresolved(purchase, sale.answer);
 }
@@ -277,7 +279,14 @@ void LabelScreen::showSold(const PreparedPurchase &purchase, const PurchaseResul
         lastLabel =
             LastLabel{joinPresent({to.name, trimBlanks(to.city + u' ' + to.state)}, u" · "_s), result.entry.record,
                       messageOf(result.label, m_app.platform.clock.now()), result.label.isPrinted, result.verdict};
-    banner = Banner{PurchaseTexts::successLine(result), result.isComplete()};
+    tellOutcome(purchase, {PurchaseTexts::successLine(result), result.isComplete()});
+}
+
+void LabelScreen::tellOutcome(const PreparedPurchase &purchase, const Banner &outcome)
+{
+    banner = outcome;
+    if (purchase.edits != edits && !m_app.draftTo.value().isEmpty())
+        m_formerOutcome = outcome;
 }
 
 /// What is still as it was sold must not be sold again. What was typed since belongs to the next parcel.

@@ -32,7 +32,7 @@ Task<> LabelScreen::fetchRates(bool intlConfirmed)
     showIntlPaperwork = false;
     faultyField = std::nullopt;
     clearRates();
-    banner = std::nullopt;
+    dropBanner();
     busy = true;
     rating = true;
     const auto done = qScopeGuard([this] {
@@ -93,7 +93,7 @@ void LabelScreen::selectRateOfClass()
         offered, [&wanted](const ShippoRate &rate) { return rate.servicelevel.token == wanted.rawValue; });
     if (found != offered.end()) {
         selectedRateID = found->objectId;
-        banner = std::nullopt;
+        dropBanner();
         return;
     }
     selectedRateID = std::nullopt;

@@ -53,7 +53,7 @@ Task<> LabelScreen::validate()
     if (busy)
         co_return;
     settleCountry(); // a shortcut leaves the focus in the field
-    banner = std::nullopt;
+    dropBanner();
     faultyField = std::nullopt;
     forgetValidation();
     if (isInternational()) {

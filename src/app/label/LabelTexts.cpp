@@ -19,6 +19,26 @@
 namespace parcelory {
 using namespace Qt::StringLiterals;
 
+namespace {
+
+/// The next step of a complete form: a size or a declared value may be missing still.
+QString missingForRates(const LabelDraft &draft)
+{
+    const std::optional<LabelDraft::Obstacle> found = draft.obstacle();
+    switch (found ? found->field : DraftField::profile) {
+    case DraftField::length:
+    case DraftField::width:
+    case DraftField::height:
+        return u"add the package size."_s;
+    case DraftField::declaredValue:
+        return u"enter the declared value."_s;
+    default:
+        return u"get rates."_s;
+    }
+}
+
+} // namespace
+
 QString LabelTexts::mailpieceName(const LabelDraft &draft)
 {
     if (const auto *builtin = std::get_if<BuiltinMailpiece>(&draft.mailpiece.value()))
@@ -192,6 +212,8 @@ QString LabelTexts::nextStepHint(const LabelScreen &screen)
             return u"printing…"_s;
         if (!screen.rates.value().isEmpty() && screen.isBuyClosed())
             return u"rates loaded — Buy opens once Shippo answers about the last label."_s;
+        if (!screen.rates.value().isEmpty() && screen.awaitsFill())
+            return u"the scanned invoice is being read — Buy opens after it."_s;
         if (!screen.rates.value().isEmpty())
             return u"rates loaded — check the rate, then buy."_s;
         if (!screen.recipientFilled())
@@ -199,7 +221,7 @@ QString LabelTexts::nextStepHint(const LabelScreen &screen)
         if (!screen.validationOK)
             return u"validate the address."_s;
         if (screen.formComplete())
-            return u"get rates."_s;
+            return missingForRates(screen);
         return screen.senderFilled() ? u"add the weight."_s : u"fill in the sender's address in Settings."_s;
     }();
     const QString invoice = screen.reference.value().trimmed();

@@ -30,6 +30,8 @@ const QString buyText = u"Buy & Print Label"_s;
 const QString stillAsking =
     u"Still checking whether this recipient's last label was bought. You can buy again once Shippo answers."_s;
 
+const QString readingInvoice = u"The scanned invoice is being read and will fill the form. Buy opens after it."_s;
+
 struct ModeLook {
     QString word;
     BadgeKind badge;
@@ -166,9 +168,10 @@ void BuyBlock::refreshSecondLabel(bool hasRate)
 {
     const QString warning = m_screen.secondLabel, question = m_screen.spendQuestion;
     const bool isSecond = hasRate && !warning.isEmpty();
-    m_second->setText(hasRate && m_screen.isBuyClosed() ? stillAsking
-                      : hasRate                         ? joinPresent({warning, question}, u"\n"_s)
-                                                        : QString());
+    m_second->setText(hasRate && m_screen.awaitsFill()    ? readingInvoice
+                      : hasRate && m_screen.isBuyClosed() ? stillAsking
+                      : hasRate                           ? joinPresent({warning, question}, u"\n"_s)
+                                                          : QString());
     m_buy->setText(!isSecond && hasRate && !question.isEmpty() ? u"Buy for $"_s + m_screen.selectedRate()->amount
                    : !isSecond                                 ? buyText
                    : m_screen.secondLabelAgreed                ? u"Buy a Second Label"_s

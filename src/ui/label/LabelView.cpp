@@ -279,8 +279,9 @@ void LabelView::settleFocus()
         m_scroll->ensureWidgetVisible(next);
     } else if (m_screen.purchases.unresolvedFor(m_app.draftTo)) {
         m_unresolved->focusCheck();
-    } else if (hasFocus() && m_pressed) {
-        m_pressed->setFocus();
+    } else if (QWidget *back = m_pressed && m_pressed->isHidden() ? m_rates->entrance() : m_pressed.data();
+               back && hasFocus()) { // the list of the rates may be gone
+        back->setFocus();
     }
 }
 

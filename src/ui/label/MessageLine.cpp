@@ -71,7 +71,7 @@ MessageLine::MessageLine(LabelScreen &screen, QWidget *parent)
 
 void MessageLine::refresh()
 {
-    const std::optional<Banner> banner = m_screen.awaitsChoice() ? std::nullopt : m_screen.banner.value();
+    const std::optional<Banner> banner = m_screen.awaitsChoice() ? std::nullopt : m_screen.news();
     const QString text = banner ? banner->text : LabelTexts::nextStepHint(m_screen);
     const bool news = text != m_said;
     m_said = text;

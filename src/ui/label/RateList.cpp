@@ -7,10 +7,12 @@
 #include "ui/theme/Theme.h"
 #include "ui/theme/Tokens.h"
 
+#include <QKeyEvent>
 #include <QPainter>
 #include <QStyledItemDelegate>
 
 #include <algorithm>
+#include <iterator>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;
@@ -102,6 +104,16 @@ void RateList::resizeEvent(QResizeEvent *event)
     QListView::resizeEvent(event);
     if (selectionModel()->hasSelection())
         scrollTo(currentIndex());
+}
+
+/// The first key of the arrows chooses the first rate: with the focus alone, no rate is chosen.
+void RateList::keyPressEvent(QKeyEvent *event)
+{
+    constexpr int moves[] = {Qt::Key_Up, Qt::Key_Down, Qt::Key_Home, Qt::Key_End, Qt::Key_PageUp, Qt::Key_PageDown};
+    if (!selectionModel()->hasSelection() && std::ranges::find(moves, event->key()) != std::end(moves))
+        setCurrentIndex(m_rows.index(0, 0));
+    else
+        QListView::keyPressEvent(event);
 }
 
 void RateList::refresh()

@@ -15,6 +15,7 @@ public:
     explicit RateList(LabelScreen &screen, QWidget *parent = nullptr);
 
 protected:
+    void keyPressEvent(QKeyEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
 
 private:

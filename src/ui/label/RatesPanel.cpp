@@ -31,12 +31,6 @@
 namespace parcelory {
 using namespace Qt::StringLiterals;
 
-namespace {
-
-constexpr int lowWindow = 720; ///< has no room for the checklist below the last label
-
-} // namespace
-
 RatesPanel::RatesPanel(LabelScreen &screen, KeysScreen &keys, SettingsScreen &settings, QWidget *parent)
     : PanelFrame(&Tokens::panel, parent), m_screen(screen),
       m_count(new TextLabel({}, FontRole::caption, &Tokens::muted)),
@@ -61,11 +55,13 @@ RatesPanel::RatesPanel(LabelScreen &screen, KeysScreen &keys, SettingsScreen &se
     auto *column = new QVBoxLayout(this);
     column->setContentsMargins(15, 10, 14, 14);
     column->setSpacing(6);
-    column->addWidget(makeHead());
+    m_head = makeHead();
+    column->addWidget(m_head);
     column->addWidget(m_bar);
     column->addWidget(makeLastLabel());
     column->addWidget(m_list, 1);
     column->addWidget(m_empty, 1);
+    column->addStretch(); // while neither list nor sentence is shown
     column->addWidget(m_rule);
     column->addWidget(m_block);
 
@@ -199,14 +195,13 @@ void RatesPanel::refresh()
     m_getRates->setEnabled(m_screen.formComplete() && !m_screen.busy);
     m_getRates->setKind(m_screen.nextStep() == NextStep::getRates ? Button::Kind::solid : Button::Kind::standard);
     m_bar->setBusy(m_screen.busy);
+    if (count == 0 && m_list->hasFocus()) // a hidden list would pass the focus out of the screen
+        (m_getRates->isEnabled() ? m_getRates : parentWidget())->setFocus();
     m_list->setVisible(count > 0);
-    m_empty->setVisible(count == 0);
 
     const bool complete = m_screen.formComplete();
     m_empty->set(complete ? u"ui_refresh"_s : u"popup_package"_s,
                  loading ? u"Loading rates…"_s : LabelTexts::ratesHint(m_screen));
-    const bool isLow = window()->height() < Theme::current().scaled(lowWindow) && m_screen.lastLabel.value();
-    m_checks->setVisible(!complete && !isLow);
     const auto tick = [](Notice *row, bool done) {
         row->setLook(done ? u"ui_success"_s : u"ui_pending"_s, done ? &Tokens::ok : &Tokens::muted);
         row->setTextInk(done ? &Tokens::text : &Tokens::muted);
@@ -216,6 +211,32 @@ void RatesPanel::refresh()
     tick(m_recipientCheck, m_screen.recipientFilled());
     tick(m_weightCheck, m_screen.totalPounds() > 0);
     refreshLastLabel();
+    makeRoom();
+}
+
+int RatesPanel::heightOf(const QWidget *part) const
+{
+    if (part->layout())
+        part->layout()->activate(); // its texts may have just changed
+    const QMargins margins = layout()->contentsMargins();
+    const int wrapped = part->heightForWidth(width() - margins.left() - margins.right());
+    return (part->hasHeightForWidth() ? wrapped : part->sizeHint().height()) + layout()->spacing();
+}
+
+/// In a window that is too low, the checklist below the last label goes, and then the sentence above it; never the
+/// label.
+void RatesPanel::makeRoom()
+{
+    const bool isEmpty = m_screen.rates.value().isEmpty(), isListed = !m_screen.formComplete();
+    int room = height() - layout()->contentsMargins().top() - layout()->contentsMargins().bottom();
+    for (const QWidget *part : {m_head, static_cast<QWidget *>(m_bar), static_cast<QWidget *>(m_lastLabel),
+                                static_cast<QWidget *>(m_rule), static_cast<QWidget *>(m_block)})
+        room -= part->isHidden() ? 0 : heightOf(part);
+    const int checks = m_checks->sizeHint().height() + m_empty->layout()->spacing();
+    const int sentence = heightOf(m_empty) - (m_checks->isHidden() ? 0 : checks);
+    const bool isFree = m_lastLabel->isHidden();
+    m_empty->setVisible(isEmpty && (isFree || room >= sentence));
+    m_checks->setVisible(isListed && (isFree || room >= sentence + checks));
 }
 
 void RatesPanel::refreshLastLabel()
@@ -237,7 +258,9 @@ void RatesPanel::refreshLastLabel()
     const LabelSight sight = m_screen.preview.sight;
     const bool isPrinted = last->isPrinted;
     const bool differs = LabelVerdictTexts::outcomeOf(sight.verdict) == LabelOutcome::different;
-    const bool isGood = isPrinted && !differs;
+    const QString waiting = m_screen.waitingLabel();
+    const bool isGood = isPrinted && !differs && waiting.isEmpty();
+    const QString message = waiting.isEmpty() ? last->message : waiting;
     m_lastTitle->setLook(isGood ? u"ui_success"_s : u"ui_warning"_s, isGood ? &Tokens::ok : &Tokens::warn);
     m_lastTitle->setTextInk(&Tokens::text);
     m_lastTitle->setText(isPrinted ? u"Last label"_s : u"Bought, not printed"_s);
@@ -246,13 +269,13 @@ void RatesPanel::refreshLastLabel()
     m_lastVerdict->setVerdict(sight.verdict);
     m_lastVerdict->setVisible(sight.state != LabelSight::State::drawing);
     const QString verdict = m_lastVerdict->isHidden() ? QString() : m_lastVerdict->text();
-    nameWidget(
-        m_lastLabel,
-        joinPresent({m_lastTitle->text(), last->recipient, m_lastPrice->text(), last->message, verdict}, u", "_s));
-    m_lastMessage->setFont(Theme::current().font(isPrinted ? FontRole::caption : FontRole::captionStrong));
-    m_lastMessage->setInk(isPrinted ? &Tokens::text : &Tokens::warn);
-    m_lastMessage->setText(last->message);
-    m_lastMessage->setVisible(!last->message.isEmpty());
+    nameWidget(m_lastLabel,
+               joinPresent({m_lastTitle->text(), last->recipient, m_lastPrice->text(), message, verdict}, u", "_s));
+    const bool isOut = isPrinted && waiting.isEmpty();
+    m_lastMessage->setFont(Theme::current().font(isOut ? FontRole::caption : FontRole::captionStrong));
+    m_lastMessage->setInk(isOut ? &Tokens::text : &Tokens::warn);
+    m_lastMessage->setText(message);
+    m_lastMessage->setVisible(!message.isEmpty());
     m_reprint->setKind(isPrinted || isHeld() ? Button::Kind::standard : Button::Kind::solid);
     m_reprint->setText(m_screen.busy && !isPrinted ? u"Printing…"_s : u"Reprint"_s);
 }

@@ -44,9 +44,12 @@ private:
     void addCheck(const QString &text, Notice *&row);
     void refresh();
     void refreshLastLabel();
+    void makeRoom();
+    int heightOf(const QWidget *part) const;
     bool isHeld() const;
 
     LabelScreen &m_screen;
+    QWidget *m_head = nullptr;
     TextLabel *m_count;
     Button *m_getRates;
     BusyBar *m_bar;

@@ -102,16 +102,18 @@ void InvoicePane::lookUp()
 
 void InvoicePane::refresh()
 {
-    const bool busy = m_app.scanBusy;
+    const bool busy = m_app.scanBusy, reading = m_app.isReadingInvoice(); // an alert may follow the reading
     const bool focused = hasFocus() || isAncestorOf(window()->focusWidget());
     if (busy && m_number->isEnabled() && focused)
         setFocus(); // a disabled field would pass the focus on
     m_number->setEnabled(!busy);
     m_lookUp->setEnabled(!busy);
-    if (!busy && (hasFocus() || m_cancel->hasFocus()))
+    if (!reading && m_cancel->hasFocus())
+        setFocus();
+    m_cancel->setVisible(reading);
+    m_bar->setBusy(reading);
+    if (!busy && hasFocus())
         focusNumber();
-    m_cancel->setVisible(busy);
-    m_bar->setBusy(busy);
     showStatus();
     showInvoice();
     showWhose();

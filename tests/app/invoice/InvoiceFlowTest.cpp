@@ -127,7 +127,10 @@ TEST_F(InvoiceFlowTest, ReadsOneInvoiceAtATimeAndNamesTheScansItIgnored)
 
     showPage(false, false, invoicePage); // lacks parts, and has a flag
     heard.clear();
-    prompts.whileAlerted = [this] { app->handleInvoiceScan(u"48302"_s); };
+    prompts.whileAlerted = [this] {
+        EXPECT_TRUE(app->awaitsChoice && !app->isReadingInvoice());
+        app->handleInvoiceScan(u"48302"_s);
+    };
     scan(u"48300"_s);
     EXPECT_EQ(heard, QStringList{u"Invoice 48302 ignored — close the message about 48300 first."_s});
     EXPECT_EQ(app->scanNote.value(), u"The invoice has no street and no city and no ZIP — complete the address. "

@@ -234,6 +234,8 @@ TEST_F(LabelDraftTest, HintsSayWhatIsMissing)
     composeParcel(homeAddress());
     screen().validationOK = true;
     EXPECT_EQ(LabelTexts::nextStepHint(screen()), u"Get rates."_s);
+    screen().dimWidth = QString();
+    EXPECT_EQ(LabelTexts::nextStepHint(screen()), u"Add the package size."_s);
     screen().weightLb = QString();
     EXPECT_EQ(LabelTexts::nextStepHint(screen()), u"Add the weight."_s);
     SenderProfile empty = app->senders.profiles.value().first();

@@ -94,6 +94,7 @@ TEST_F(LabelRatingTest, OpensThePaperworkSheetBeforeAnInternationalRating)
     composeAbroad({.quantity = u"1"_s, .value = u"310.00"_s, .signer = u"Dana Marsh"_s});
     run(screen().fetchRates());
     EXPECT_TRUE(screen().showIntlPaperwork.value());
+    EXPECT_EQ(LabelTexts::nextStepHint(screen()), u"Waiting for your choice."_s);
     EXPECT_EQ(requestsTo("/shipments"), 0);
     EXPECT_EQ(LabelTexts::paperworkText(screen()),
               u"Pick what's in this shipment for Harriet Ashcombe — this goes on the label's customs form and the "
@@ -146,6 +147,9 @@ TEST_F(LabelRatingTest, AFlatRateShipsPriorityMailInEveryClass)
     composeAndRate(homeAddress());
     EXPECT_EQ(screen().selectedRate()->servicelevel.token, u"usps_priority"_s);
     EXPECT_EQ(sent("/shipments/").last()["parcels"][0]["template"], "USPS_SmallFlatRateBox");
+    composeAbroad({.quantity = u"1"_s, .value = u"310.00"_s});
+    run(screen().fetchRates(true));
+    EXPECT_EQ(screen().selectedRate()->servicelevel.token, u"usps_priority_mail_international"_s);
 }
 
 TEST_F(LabelRatingTest, ReportsMissingRatesAndKeepsTheDraftUsable)

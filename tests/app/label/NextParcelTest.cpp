@@ -66,6 +66,24 @@ TEST_F(NextParcelTest, NothingOfTheSoldParcelIsSoldAgainAndWhatIsTypedDuringTheP
     }
 }
 
+TEST_F(NextParcelTest, TheOutcomeOfAPurchaseIsNotHiddenByTheNextParcelsSteps)
+{
+    composeAndRate(homeOf(u"Parcel 1"_s));
+    buyAndMeanwhile([this] { app->fillRecipient(PostalContact::of(homeAddress())); });
+    const std::optional<Banner> outcome = screen().banner;
+    composeParcel(homeAddress());
+    run(screen().validate()); // as the fill does by itself
+    ASSERT_TRUE(isRated());
+    EXPECT_EQ(screen().banner.value(), outcome);
+    screen().dimLength = QString();
+    run(screen().fetchRates());
+    EXPECT_TRUE(bannerIsWarning());
+    screen().dimLength = u"9"_s;
+    EXPECT_EQ(screen().banner.value(), outcome);
+    app->fillRecipient(PostalContact::of(londonAddress()));
+    EXPECT_FALSE(screen().banner.value());
+}
+
 TEST_F(NextParcelTest, AScanReplacesWhatWasTypedForTheFormerRecipient)
 {
     const PostalContact ana = PostalContact::of(homeAddress()), bo = PostalContact::of(londonAddress());
