@@ -92,6 +92,7 @@ void AppState::fillRecipient(const PostalContact &contact)
     ShippoAddress recipient = contact.asShippoAddress();
     recipient.company = sanitizer.sanitize(recipient.company);
     fillDraft(recipient, QString()); // an address book recipient has no invoice number
+    m_invoice->forgetFailure();
     emit recipientTaken();
 }
 

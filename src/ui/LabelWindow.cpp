@@ -19,6 +19,7 @@
 #include "ui/parts/TabOrder.h"
 #include "ui/parts/TextLabel.h"
 #include "ui/parts/Toolbar.h"
+#include "ui/parts/WindowSize.h"
 #include "ui/preview/FindingList.h"
 #include "ui/preview/LabelSheet.h"
 #include "ui/preview/VerdictNotice.h"
@@ -82,7 +83,6 @@ LabelWindow::LabelWindow(AppState &app, Screens &screens, QWidget *parent)
       m_isUpright(read(app.platform.preferences, settings::labelWindowUpright)), m_refresh([this] { refresh(); })
 {
     const Theme &theme = Theme::current();
-    setMinimumSize(theme.scaled(560), theme.scaled(520));
     auto *sheet = new QHBoxLayout;
     sheet->setSpacing(0);
     sheet->addWidget(m_sheet, 1);
@@ -107,8 +107,8 @@ LabelWindow::LabelWindow(AppState &app, Screens &screens, QWidget *parent)
     connect(m_sheet, &LabelSheet::closeRequested, this, &QWidget::close);
     connect(m_findings, &FindingList::closeRequested, this, &QWidget::close);
     connect(m_findings, &FindingList::findingChosen, this, &LabelWindow::showChosen);
-    if (!restoreGeometry(read(app.platform.preferences, settings::labelWindowGeometry)))
-        resize(theme.scaled(720), theme.scaled(900));
+    sizeWindow(*this, {theme.scaled(560), theme.scaled(520)}, {theme.scaled(720), theme.scaled(900)});
+    restoreGeometry(read(app.platform.preferences, settings::labelWindowGeometry));
     m_refresh.follow(screens.openLabel, screens.settings);
     refresh();
     m_findings->setFocus();

@@ -21,6 +21,7 @@
 #include "ui/log/MasterLogView.h"
 #include "ui/log/ScanFormWindow.h"
 #include "ui/parts/PanelFrame.h"
+#include "ui/parts/WindowSize.h"
 #include "ui/settings/SettingsView.h"
 #include "ui/sidebar/AddressBookWindow.h"
 #include "ui/signin/SignInView.h"
@@ -104,8 +105,7 @@ QWidget *MainWindow::makeMain()
 
 QSize MainWindow::firstSize(QSize room)
 {
-    constexpr int titleBar = 36;
-    return QSize(1280, 800).boundedTo({room.width(), room.height() - titleBar}).expandedTo(leastSize);
+    return QSize(1280, 800).boundedTo(roomFor(room)).expandedTo(leastSize);
 }
 
 void MainWindow::restoreLayout()

@@ -3,11 +3,15 @@
 #include "ui/parts/Button.h"
 #include "ui/parts/Dialog.h"
 #include "ui/parts/TextLabel.h"
+#include "ui/parts/WindowSize.h"
 #include "ui/theme/Theme.h"
 #include "ui/theme/Tokens.h"
 
 #include <QGridLayout>
 #include <QMenuBar>
+#include <QScrollArea>
+
+#include <algorithm>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;
@@ -80,9 +84,31 @@ void append(QGridLayout *column, const Group &group)
     column->setRowMinimumHeight(row, column->count() == 0 ? 0 : Theme::current().scaled(8));
     column->addWidget(new TextLabel(group.menu, FontRole::captionStrong, &Tokens::muted), ++row, 0, 1, 2);
     for (const Shortcut &shortcut : group.shortcuts) {
-        column->addWidget(new TextLabel(shortcut.keys, FontRole::strong), ++row, 0);
-        column->addWidget(new TextLabel(shortcut.text), row, 1);
+        auto *text = new TextLabel(shortcut.text);
+        text->setWordWrap(true);
+        column->addWidget(new TextLabel(shortcut.keys, FontRole::strong), ++row, 0, Qt::AlignTop);
+        column->addWidget(text, row, 1);
     }
+}
+
+/// Makes the columns scroll if the dialog, with its title and button, would be taller than the screen.
+QScrollArea *scrolling(QHBoxLayout *columns, const QWidget &window)
+{
+    constexpr int aroundIt = 150, besideIt = 98; // of the dialog's frame
+    const Theme &theme = Theme::current();
+    auto *area = new QScrollArea;
+    auto *sheet = new QWidget;
+    columns->setContentsMargins(0, 0, theme.scaled(16), 0); // a scroll bar covers no text
+    sheet->setLayout(columns);
+    area->setFrameShape(QFrame::NoFrame);
+    area->setBackgroundRole(QPalette::Base);
+    area->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    area->setWidgetResizable(true);
+    area->setAccessibleName(u"Keyboard shortcuts"_s);
+    area->setWidget(sheet);
+    const int room = roomFor(window).height() - theme.scaled(aroundIt);
+    area->setFixedHeight(std::min(sheet->heightForWidth(theme.scaled(overviewWidth) - besideIt), room));
+    return area;
 }
 
 } // namespace
@@ -108,8 +134,10 @@ Dialog *makeShortcutOverview(Clock &clock, const QMenuBar &bar, QWidget *parent)
     }
     for (int i = 0; i < columns->count(); ++i)
         columns->setAlignment(columns->itemAt(i)->layout(), Qt::AlignTop);
-    dialog->body()->addLayout(columns);
+    QScrollArea *area = scrolling(columns, *parent);
+    dialog->body()->addWidget(area);
     dialog->addButton(u"OK"_s, QDialog::Accepted, Button::Kind::solid);
+    area->setFocus(); // the arrow keys scroll, and Return presses OK
     return dialog;
 }
 

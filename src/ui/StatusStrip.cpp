@@ -39,11 +39,12 @@ StatusStrip::StatusStrip(AppState &app, Screens &screens, QWidget *parent)
     row->addWidget(m_lastTitle);
     row->addWidget(m_last);
     row->addWidget(m_scanIcon);
-    row->addWidget(m_scan);
+    row->addWidget(m_scan, 1000); // the first text that is shortened
     row->addWidget(m_cancelScan);
     row->addWidget(m_change);
     row->addWidget(m_undo);
     row->addStretch(1);
+    m_scan->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     row->addWidget(m_warning);
     row->addWidget(m_mode);
     row->addWidget(m_key);
@@ -61,6 +62,7 @@ void StatusStrip::refresh()
 {
     m_last->setFullText(m_app.lastShipmentSummary);
     m_scan->setFullText(m_app.scanLine());
+    m_scan->setMaximumWidth(m_scan->sizeHint().width());
     m_scanIcon->setVisible(!m_scan->fullText().isEmpty());
     m_cancelScan->setVisible(m_app.isReadingInvoice());
     refreshPrinter();

@@ -194,7 +194,7 @@ TEST_F(LabelPreviewTest, AQuestionShowsEachDifferenceAndLeadsToTheWholeLabel)
     int enlarged = 0;
     const QuestionPicture picture{
         .png = pngOf(part), .name = u"Part of the label: APT 8B"_s, .caption = u"Enlarged:"_s};
-    Question question{.title = u"Print?"_s, .text = {}, .choices = {u"Don't Print"_s, u"Print"_s}};
+    Question question{.title = u"Print?"_s, .text = {}, .choices = {u"Don't Print"_s, u"Print & Go"_s}};
     question.comparison = Comparison{.markedRight = {u"APT 8B"_s}, .same = u"Same on both: name."_s};
     question.pictures = {picture, picture};
     question.pictures[1].name = u"Part of the label: 28804"_s;
@@ -203,6 +203,7 @@ TEST_F(LabelPreviewTest, AQuestionShowsEachDifferenceAndLeadsToTheWholeLabel)
     dialog->open();
     clock.advance(Dialog::keyGuard);
     EXPECT_EQ(dialog->focusWidget(), button(u"Don't Print"_s, dialog));
+    EXPECT_EQ(button(u"Print & Go"_s, dialog)->accessibleName(), u"Print & Go"_s) << "without its & otherwise";
     auto *shown = dialog->findChild<PictureButton *>();
     EXPECT_EQ(shown->caption(), u"Enlarged: (1 of 2)"_s);
     shown->setFocus();

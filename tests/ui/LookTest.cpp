@@ -1,9 +1,12 @@
 #include "practice/PracticeDay.h"
 #include "support/UiTest.h"
+#include "ui/parts/WindowSize.h"
 #include "ui/theme/Theme.h"
 #include "ui/theme/Tokens.h"
 
 #include <QAbstractButton>
+#include <QScrollArea>
+#include <QScrollBar>
 
 namespace parcelory::test {
 namespace {
@@ -134,6 +137,41 @@ TEST(Look, TheFirstWindowFitsTheScreen)
     const Button *buy = desk.button(u"Buy & Print Label"_s);
     EXPECT_LT(buy->mapTo(&desk.window(), buy->rect().bottomLeft()).y(), desk.window().height());
     EXPECT_LE(desk.window().height(), 732);
+}
+
+TEST(Look, TheOtherWindowsFitTheScreen)
+{
+    WindowDesk desk;
+    for (const QString &window : {u"scanform"_s, u"label"_s, u"addressbook"_s})
+        desk.window().openWindow(window);
+    desk.press(Qt::Key_F1);
+    Dialog *shortcuts = desk.dialog();
+    EXPECT_EQ(clippedTexts(*shortcuts), QStringList());
+    const QSize room = roomFor(desk.window()).expandedTo({1024, 0}); // no supported screen is narrower
+    for (const QWidget *shown : QApplication::topLevelWidgets()) {
+        if (!shown->isVisible() || qobject_cast<const MainWindow *>(shown))
+            continue;
+        EXPECT_EQ(shown->size().boundedTo(room), shown->size()) << shown->windowTitle().toStdString();
+        EXPECT_EQ(shown->minimumSize().boundedTo(room), shown->minimumSize()) << shown->windowTitle().toStdString();
+    }
+    desk.clock.advance(Dialog::keyGuard);
+    auto *area = shortcuts->findChild<QScrollArea *>();
+    const int before = area->verticalScrollBar()->value();
+    desk.press(Qt::Key_Down);
+    EXPECT_EQ(area->verticalScrollBar()->value() > before, area->verticalScrollBar()->maximum() > 0);
+    desk.press(Qt::Key_Return);
+    EXPECT_FALSE(QApplication::activeModalWidget());
+}
+
+TEST(Look, TheLastScanIsShortenedBeforeTheLastShipment)
+{
+    WindowDesk desk;
+    desk.window().resize(1024, 732);
+    desk.app().lastShipmentSummary = u"USPS Priority Mail · Eleanor Whitfield, Asheville NC · $10.60"_s;
+    desk.app().setScanStatus(StatusKind::failure, QString(u"The deskline session has expired. "_s).repeated(4));
+    desk.settleAll();
+    const auto *last = dynamic_cast<ElidedLabel *>(desk.named<QLabel>(desk.app().lastShipmentSummary));
+    EXPECT_EQ(last->text(), last->fullText());
 }
 
 TEST(Look, TheModeIsShownThreeTimes)

@@ -187,8 +187,10 @@ TEST_F(SettingsViews, AMissingPrinterIsShownAsMissingAndAReplacedOneComesBackWit
     EXPECT_EQ(read(preferences, settings::documentQueue), QString());
 
     settings().chooseLabelQueue(u"Gone"_s);
-    click(button(u"Refresh"_s, &view()));
+    button(u"Refresh"_s, &view())->setFocus();
+    press(Qt::Key_Space);
     wait([this] { return !settings().busy; });
+    EXPECT_EQ(focusName(), u"Refresh"_s);
     EXPECT_EQ(read(preferences, settings::zebraQueue), u"ZD421"_s);
     click(button(u"Undo"_s, &view()));
     EXPECT_EQ(read(preferences, settings::zebraQueue), u"Gone"_s);

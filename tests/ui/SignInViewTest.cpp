@@ -49,6 +49,10 @@ TEST(SignInView, StartsOverAfterASignOut)
     desk.press(Qt::Key_I, Qt::ControlModifier); // shortcuts behind the sign-in are disabled
     EXPECT_EQ(desk.focusName(), u"Password");   // the name is filled in
     EXPECT_EQ(desk.password()->text(), QString());
+    desk.program->screens().signIn.password = u"secret"_s; // a remembered password
+    desk.settleAll();
+    desk.type(u"typed"_s);
+    EXPECT_EQ(desk.password()->text(), u"typed"_s) << "typing replaces it";
 }
 
 TEST(SignInView, ASignOutClosesAllWindowsButTheErrorLog)

@@ -112,6 +112,13 @@ void InvoiceFlow::cancel()
     m_app.setScanStatus(StatusKind::none, u"Invoice "_s + m_id + u" was not read."_s, ignoredNote());
 }
 
+void InvoiceFlow::forgetFailure()
+{
+    const bool isFailure = m_app.scanStatusKind == StatusKind::failure && note().isEmpty(); // a note is a warning
+    if (isFailure && !m_app.scanBusy)
+        m_app.setScanStatus(StatusKind::none, QString());
+}
+
 Task<> InvoiceFlow::read(QString id)
 {
     ++m_reading;

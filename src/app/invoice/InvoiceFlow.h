@@ -15,6 +15,8 @@ public:
     void handleScan(const QString &text);
     /// AppState::cancelInvoiceScan().
     void cancel();
+    /// Takes an invoice that could not be read out of the status: the clerk has gone on without it.
+    void forgetFailure();
 
 private:
     Task<> read(QString id);

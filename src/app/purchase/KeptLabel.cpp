@@ -1,6 +1,7 @@
 #include "app/purchase/KeptLabel.h"
 
 #include "core/Words.h"
+#include "records/FetchedLabels.h"
 #include "records/LabelVerdicts.h"
 #include "records/LogRead.h"
 
@@ -69,9 +70,17 @@ LogRead<KeptLabel> keptLabel(const ShipmentLog &log, const ShipmentRecord &recor
             return LogRead<KeptLabel>::failed(stored.failure());
         kept.bytes = *stored;
     }
+    if (!kept.bytes && *id > 0)
+        kept.bytes = FetchedLabels::of(log, *id).valueOr({});
     if (*id > 0)
         kept.verdict = verdictOf(LabelVerdicts::of(log, *id).valueOr({}));
     return kept;
+}
+
+bool keepFetched(ShipmentLog &log, const ShipmentRecord &record, const QByteArray &label)
+{
+    const qint64 id = idOf(log, record).valueOr(0);
+    return id > 0 && FetchedLabels::put(log, id, label);
 }
 
 bool keepVerdict(ShipmentLog &log, const ShipmentRecord &record, const LabelVerdict &verdict)

@@ -16,8 +16,10 @@ struct KeptLabel {
     std::optional<LabelVerdict> verdict; ///< nothing if the label was never compared, or only by a later version
 };
 
-/// `record` may bring its label along, and may have no id yet. Both wait for the disk.
+/// `record` may bring its label along, and may have no id yet. All wait for the disk.
 LogRead<KeptLabel> keptLabel(const ShipmentLog &log, const ShipmentRecord &record);
+/// Keeps a label that was downloaded again because its row has none.
+[[nodiscard]] bool keepFetched(ShipmentLog &log, const ShipmentRecord &record, const QByteArray &label);
 [[nodiscard]] bool keepVerdict(ShipmentLog &log, const ShipmentRecord &record, const LabelVerdict &verdict);
 
 } // namespace parcelory

@@ -50,13 +50,16 @@ QString parcelText(const PrintedParcel &parcel)
     return lines.join(u'\n');
 }
 
+bool isOfAddress(LabelItem item)
+{
+    return item != LabelItem::trackingText && item != LabelItem::trackingCode && item != LabelItem::senderZip &&
+           item != LabelItem::mark;
+}
+
 QString labelText(const LabelVerdict &verdict)
 {
     QStringList lines = verdict.addressOnLabel;
-    const auto isMissing = [](const LabelFinding &fault) {
-        return fault.onLabel.isEmpty() && fault.item != LabelItem::trackingText &&
-               fault.item != LabelItem::trackingCode;
-    };
+    const auto isMissing = [](const LabelFinding &fault) { return fault.onLabel.isEmpty() && isOfAddress(fault.item); };
     if (!lines.isEmpty() && std::ranges::any_of(verdict.faults(), isMissing))
         lines += missing;
     const LabelFinding *tracking = verdict.find(LabelItem::trackingText);
@@ -77,6 +80,23 @@ QString sameOnBoth(const LabelVerdict &verdict)
         return {};
     const QString last = names.takeLast();
     return u"Same on both: %1."_s.arg(names.isEmpty() ? last : names.join(u", "_s) + u" and "_s + last);
+}
+
+/// The faults with their places on the label. A part of the address that is missing has no place: the whole address is
+/// shown.
+QList<LabelFinding> placedFaults(const LabelVerdict &verdict)
+{
+    QList<qsizetype> address;
+    for (const LabelFinding &finding : verdict.findings) {
+        if (isOfAddress(finding.item) && finding.match != LabelMatch::different)
+            address += finding.elements;
+    }
+    QList<LabelFinding> faults = verdict.faults();
+    for (LabelFinding &fault : faults) {
+        if (fault.onLabel.isEmpty() && isOfAddress(fault.item))
+            fault.elements += address;
+    }
+    return faults;
 }
 
 Question questionAbout(const LabelDoubts &doubts)
@@ -147,7 +167,7 @@ LabelDoubts compared(const QByteArray &label, const QList<PrintedParcel> &parcel
         best.verdict = verdict;
         best.parcel = parcels[at];
     }
-    if (const QList<LabelFinding> faults = best.verdict.faults(); !faults.isEmpty())
+    if (const QList<LabelFinding> faults = placedFaults(best.verdict); !faults.isEmpty())
         best.pictures = enlargedParts(label, contents.texts, faults);
     return best;
 }

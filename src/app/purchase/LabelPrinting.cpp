@@ -37,12 +37,18 @@ void requireWholeLabel(const LabelFile &label)
         throw AppError(u"The label arrived incomplete — press Reprint again."_s);
 }
 
-Task<QByteArray> downloadAgain(AppState &app, QString url)
+/// Keeps the label, so that the next reprint needs no network and the label can be shown.
+Task<QByteArray> downloadAgain(AppState &app, ShipmentRecord record)
 {
-    if (url.isEmpty()) // an imported shipment: not a failure that support could fix
+    if (record.labelURL.isEmpty()) // an imported shipment: not a failure that support could fix
         throw ShippoError::validation(u"No copy of this label is stored, so it can't be reprinted."_s);
-    QByteArray label = co_await app.shippo.downloadLabel(url);
+    QByteArray label = co_await app.shippo.downloadLabel(record.labelURL);
     requireWholeLabel(parseLabel(label));
+    const bool isKept = co_await onPool([&log = app.log, record, label] { return keepFetched(log, record, label); });
+    if (!isKept)
+        app.errors.record(u"Reprint"_s,
+                          AppError(u"The mailing log could not be written — %1."_s.arg(app.log.lastError())),
+                          Popup::no);
     co_return label;
 }
 
@@ -116,7 +122,7 @@ Task<ReprintResult> reprintLabel(AppState &app, ShipmentRecord record)
     const KeptLabel kept = found.orThrow();
     QByteArray label = kept.bytes.value_or(QByteArray());
     if (!kept.bytes)
-        label = co_await downloadAgain(app, record.labelURL);
+        label = co_await downloadAgain(app, record);
     LabelDoubts doubts = co_await doubtsAbout(label, recordedParcels(record));
     ReprintResult result;
     if (!kept.verdict)

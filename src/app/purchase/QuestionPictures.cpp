@@ -3,6 +3,7 @@
 #include "core/AppError.h"
 #include "devices/LabelPicture.h"
 
+#include <QPainter>
 #include <QSize>
 
 #include <algorithm>
@@ -29,12 +30,25 @@ QRect around(const QRect &mark, const QRect &page)
     constexpr QSize shape(552, 148);
     constexpr int least = 440, air = 40; // dots
     QSize size(std::max(least, mark.width() + 2 * air), 0);
-    size.setHeight(std::max(size.width() * shape.height() / shape.width(), mark.height() + air));
+    size.setWidth(std::max(size.width(), (mark.height() + air) * shape.width() / shape.height()));
+    size.setHeight(size.width() * shape.height() / shape.width());
     QRect area(QPoint(), size.boundedTo(page.size()));
     area.moveCenter(mark.center());
     area.moveLeft(std::clamp(area.left(), 0, page.width() - area.width()));
     area.moveTop(std::clamp(area.top(), 0, page.height() - area.height()));
     return area;
+}
+
+/// The part of a page without the texts that it would cut.
+QImage partOf(const QImage &page, const QRect &part, const QList<QRect> &texts)
+{
+    QImage image = page.copy(part).convertToFormat(QImage::Format_RGB32);
+    QPainter painter(&image);
+    for (const QRect &text : texts) {
+        if (text.intersects(part) && !part.contains(text))
+            painter.fillRect(text.translated(-part.topLeft()), Qt::white);
+    }
+    return image;
 }
 
 /// Where the words of an upright line of text are. The widest gaps between its columns of ink are its blanks.
@@ -89,6 +103,11 @@ QList<QRect> differingWords(const QImage &page, const QRect &line, const LabelTe
     return found.size() < words.size() ? found : QList<QRect>(); // a whole line is marked already
 }
 
+QString partName(const LabelFinding &difference)
+{
+    return difference.onLabel.isEmpty() ? u"the address"_s : difference.onLabel;
+}
+
 } // namespace
 
 QList<QuestionPicture> thumbnailOf(const QByteArray &label, const QString &recipient)
@@ -117,15 +136,20 @@ QList<QuestionPicture> enlargedParts(const QByteArray &label, const QList<LabelT
         shown += place;
         const QImage &page = drawn->pages[place.page].image;
         const QRect part = around(place.area, page.rect());
-        QList<QRect> words;
+        QList<QRect> words, others;
         for (const LabelText &text : texts) {
-            if (difference.elements.contains(text.element) && drawn->placeOf(text.element).page == place.page)
-                words += differingWords(page, drawn->placeOf(text.element).area, text, difference.onLabel);
+            const LabelPlace line = drawn->placeOf(text.element);
+            if (line.page != place.page)
+                continue;
+            if (difference.elements.contains(text.element))
+                words += differingWords(page, line.area, text, difference.onLabel);
+            else
+                others += line.area;
         }
         for (QRect &word : words)
             word.translate(-part.topLeft());
-        parts += QuestionPicture{.png = pngOf(page.copy(part)),
-                                 .name = u"Part of the label: "_s + difference.onLabel,
+        parts += QuestionPicture{.png = pngOf(partOf(page, part, others)),
+                                 .name = u"Part of the label: "_s + partName(difference),
                                  .caption = u"The label, enlarged:"_s,
                                  .mark = place.area.translated(-part.topLeft()),
                                  .words = words};

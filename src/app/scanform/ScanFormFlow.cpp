@@ -3,6 +3,7 @@
 #include "carrier/CarrierWords.h"
 #include "carrier/ShippoError.h"
 #include "carrier/ShippoRecords.h"
+#include "compose/Services.h"
 #include "core/AppError.h"
 #include "core/IsoDate.h"
 #include "core/ShippoAddress.h"
@@ -31,10 +32,19 @@ namespace {
 /// Tolerated difference between the clocks of desk and carrier, in seconds.
 constexpr qint64 clockSkew = 300;
 
-QString readyText(qsizetype labels)
+QString readyText(qsizetype labels, qsizetype leftOff)
 {
-    return u"SCAN form ready: "_s + QString::number(labels) + (labels == 1 ? u" label"_s : u" labels"_s) +
-           u" — hand one printed copy to the carrier."_s;
+    const QString text = u"SCAN form ready: "_s + QString::number(labels) + (labels == 1 ? u" label"_s : u" labels"_s) +
+                         u" — hand one printed copy to the carrier."_s;
+    return leftOff == 0 ? text : text + u" The carrier left %1 of them off the form."_s.arg(leftOff);
+}
+
+/// How many of the requested labels the manifest does not name. Some accounts' manifests name none: zero.
+qsizetype leftOff(const ShippoManifest &manifest, const ScanForm &form)
+{
+    const QList<QString> named = manifest.transactions.value_or(QList<QString>());
+    const auto isOn = [&named](const QString &transaction) { return named.contains(transaction); };
+    return named.isEmpty() ? 0 : std::max<qsizetype>(0, form.labels - std::ranges::count_if(form.transactions, isOn));
 }
 
 /// True if the carrier made the manifest after `form` was requested.
@@ -75,6 +85,17 @@ Question oddLabelsQuestion(const QStringList &lines)
         text += u"\n• and %1 more"_s.arg(lines.size() - most);
     return {.title = u"SCAN Form"_s,
             .text = text + u"\n\nThe carrier includes only labels that it still accepts."_s,
+            .choices = {u"Cancel"_s, u"Make the SCAN Form"_s},
+            .safeChoice = 0};
+}
+
+/// Asked if none of the labels is a USPS label: the carrier refuses such a form.
+Question noUspsQuestion()
+{
+    return {.title = u"SCAN Form"_s,
+            .text =
+                u"None of today's labels is a USPS label. A SCAN form is only for USPS labels: hand the others over "
+                "without a form."_s,
             .choices = {u"Cancel"_s, u"Make the SCAN Form"_s},
             .safeChoice = 0};
 }
@@ -173,7 +194,8 @@ Task<> ScanFormFlow::showNoLabelsToManifest(bool testKey)
                 : u"No labels have been printed today, so there's nothing to put on a SCAN form."_s);
 }
 
-/// True if no label has a warning, or if the clerk confirms. Throws AppError if the mailing log cannot be read.
+/// True if a label is a USPS label and no label has a warning, or if the clerk confirms. Throws AppError if the mailing
+/// log cannot be read.
 Task<bool> ScanFormFlow::confirmOddLabels(QList<ShipmentRecord> labels, bool testKey)
 {
     const QStringList lines = co_await onPool([this, labels, testKey, now = m_app.platform.clock.now()] {
@@ -192,9 +214,12 @@ Task<bool> ScanFormFlow::confirmOddLabels(QList<ShipmentRecord> labels, bool tes
         }
         return lines;
     });
-    if (lines.isEmpty())
+    const bool hasUsps = std::ranges::any_of(labels, [testKey](const ShipmentRecord &label) {
+        return label.testMode == testKey && label.carrier == carrierInfo(Carrier::usps).displayName;
+    });
+    if (hasUsps && lines.isEmpty())
         co_return true;
-    const int answer = co_await m_app.platform.prompts.choose(oddLabelsQuestion(lines));
+    const int answer = co_await m_app.platform.prompts.choose(hasUsps ? oddLabelsQuestion(lines) : noUspsQuestion());
     co_return answer == 1;
 }
 
@@ -258,7 +283,7 @@ Task<ScanFormFlow::Documents> ScanFormFlow::fetchDocuments(ScanForm form, Shippo
             missing += QString::number(i + 1);
         }
     }
-    Documents result{.first = documents.first(), .note = {}};
+    Documents result{.first = documents.first(), .note = {}, .leftOff = leftOff(manifest, form)};
     if (!missing.isEmpty()) {
         result.note = u" Page set %1 of %2 could not be downloaded: press SCAN Form again."_s.arg(missing.join(u", "_s))
                           .arg(links.size());
@@ -378,7 +403,7 @@ Task<bool> ScanFormFlow::recoverForms(QList<ScanForm> forms)
 void ScanFormFlow::showForm(const Documents &documents, qsizetype labels)
 {
     m_app.scanFormPDF = documents.first;
-    m_app.scanFormStatus = readyText(labels) + documents.note;
+    m_app.scanFormStatus = readyText(labels, documents.leftOff) + documents.note;
     m_app.scanFormComplete = documents.note.isEmpty();
 }
 

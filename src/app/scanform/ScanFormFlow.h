@@ -20,7 +20,8 @@ public:
 private:
     struct Documents {
         QByteArray first;
-        QString note; ///< names the documents that could not be downloaded
+        QString note;          ///< names the documents that could not be downloaded
+        qsizetype leftOff = 0; ///< requested labels that the carrier did not put on the form
     };
     /// What the carrier tells about a form whose response was lost.
     struct Recovery {

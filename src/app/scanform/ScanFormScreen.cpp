@@ -57,8 +57,13 @@ QString ScanFormScreen::labelsText() const
         return {};
     const qsizetype all = form->transactions.size();
     const qsizetype others = std::ranges::count(labels.value(), 0, &ShipmentRecord::id);
-    const QString text = counted(all) + u" on this form"_s;
-    return others == 0 ? text : text + u", %1 of them of other desks"_s.arg(others);
+    QString text = counted(all) + u" on this form"_s;
+    if (others > 0)
+        text += u", %1 of them of other desks"_s.arg(others);
+    const qsizetype leftOff = form->labels - (all - others);
+    if (leftOff > 0)
+        text += u". The carrier left %1 of the day's %2 off."_s.arg(QString::number(leftOff), counted(form->labels));
+    return text;
 }
 
 Task<> ScanFormScreen::load()

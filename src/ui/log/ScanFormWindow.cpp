@@ -17,6 +17,7 @@
 #include "ui/parts/TabOrder.h"
 #include "ui/parts/TextLabel.h"
 #include "ui/parts/Toolbar.h"
+#include "ui/parts/WindowSize.h"
 #include "ui/theme/Theme.h"
 #include "ui/theme/Tokens.h"
 
@@ -67,8 +68,7 @@ ScanFormWindow::ScanFormWindow(AppState &app, ScanFormScreen &screen, QWidget *p
     const Theme &theme = Theme::current();
     setWindowTitle(u"SCAN Form"_s);
     setAccessibleRole(m_outcome, QAccessible::Notification);
-    setMinimumSize(theme.scaled(720), 320);
-    resize(theme.scaled(pagesWidth + labelsWidth), 880);
+    sizeWindow(*this, {theme.scaled(720), 320}, {theme.scaled(pagesWidth + labelsWidth), 880});
     auto *split = new QSplitter(Qt::Horizontal);
     split->addWidget(m_pages);
     split->addWidget(makeLabels());

@@ -272,7 +272,7 @@ void ShipmentDetails::refreshLabel()
     const LabelSight sight = m_screen.preview.sight;
     const LabelVerdict verdict = sight.verdict.value_or(LabelVerdict());
     const bool hasCopy = sight.state != LabelSight::State::noCopy;
-    m_verdict->setVerdict(sight.verdict);
+    m_verdict->setVerdict(hasCopy ? sight.verdict : std::nullopt);
     if (!hasCopy)
         m_verdict->setText(u"No copy of this label is stored."_s);
     m_verdict->setVisible(sight.state != LabelSight::State::drawing);

@@ -28,6 +28,10 @@ Button::Button(const QString &text, Kind kind, const QString &icon, QWidget *par
     if (kind == Kind::icon)
         setFixedWidth(height());
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+    if (text.contains(QLatin1Char('&'))) { // is drawn as it is, and marks no key
+        setShortcut({});
+        setAccessibleName(text);
+    }
 }
 
 void Button::setKind(Kind kind)

@@ -98,6 +98,8 @@ void DateField::step(int days)
 
 void DateField::keyPressEvent(QKeyEvent *event)
 {
+    if (!isModified() && cursorPosition() == 0 && !event->text().isEmpty() && event->text().at(0).isDigit())
+        selectAll(); // a date typed before the old one replaces it
     const bool isVertical = event->key() == Qt::Key_Up || event->key() == Qt::Key_Down;
     if (!isVertical || isReadOnly())
         LineEdit::keyPressEvent(event);

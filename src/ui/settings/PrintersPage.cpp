@@ -178,8 +178,8 @@ void PrintersPage::refresh()
     m_noZebraRow->setVisible(!m_settings.zebraHint().isEmpty());
 
     m_busy->setBusy(m_settings.busy);
-    m_test->setEnabled(!m_settings.busy);
-    m_refreshButton->setEnabled(!m_settings.busy);
+    setBusy(m_test, m_settings.busy);
+    setBusy(m_refreshButton, m_settings.busy);
     refreshScale();
 }
 

@@ -161,7 +161,7 @@ void RecordsPage::refresh()
     m_detail->setText(last ? u"%1 · %2 · checked"_s.arg(dateTimeText(last->madeAt), counted(last->labels, u"label"_s))
                            : QString());
     m_detail->setVisible(last.has_value());
-    m_copy->setEnabled(!m_records.copying);
+    setBusy(m_copy, m_records.copying);
     m_folder->setFullText(m_records.folder);
     m_message->setText(m_records.message);
     m_restored->setText(m_records.restored);
@@ -183,7 +183,7 @@ void RecordsPage::refreshLog()
     const std::optional<LogChain::Report> report = m_records.report;
     const QString failure = m_records.verifyFailure;
     const bool isGood = report && report->findings.isEmpty() && failure.isEmpty();
-    m_verify->setEnabled(!m_records.verifying);
+    setBusy(m_verify, m_records.verifying);
     m_progress->setVisible(m_records.verifying);
     m_progress->setProgress(m_records.verified);
     m_result->setLook(isGood                         ? u"ui_success"_s

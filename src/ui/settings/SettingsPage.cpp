@@ -7,7 +7,6 @@
 
 #include <QCheckBox>
 #include <QHBoxLayout>
-#include <QPointer>
 #include <QPropertyNotifier>
 #include <QVBoxLayout>
 
@@ -88,6 +87,20 @@ QWidget *SettingsPage::makeSwitch(const QString &text, QProperty<bool> &property
     auto notifier = std::make_shared<QPropertyNotifier>(property.addNotifier(show));
     connect(box, &QObject::destroyed, [notifier] {}); // lives as long as the box
     return box;
+}
+
+void SettingsPage::setBusy(QWidget *button, bool busy)
+{
+    if (busy && window()->focusWidget() == button) {
+        m_waiting = button;
+        setFocus();
+    }
+    button->setEnabled(!busy);
+    if (busy || m_waiting != button)
+        return;
+    m_waiting = nullptr;
+    if (window()->focusWidget() == this)
+        button->setFocus();
 }
 
 void SettingsPage::reveal(QWidget *widget)

@@ -3,6 +3,7 @@
 #include "ui/parts/PanelFrame.h"
 #include "ui/parts/TextLabel.h"
 
+#include <QPointer>
 #include <QProperty>
 #include <QScrollArea>
 
@@ -29,12 +30,16 @@ protected:
     void appendCaption(const QString &text);
     /// A check box for a setting; it follows changes made elsewhere.
     static QWidget *makeSwitch(const QString &text, QProperty<bool> &property);
+    /// Disables a button while its operation runs. The page keeps its focus meanwhile; otherwise the next control would
+    /// take it, and the same key pressed again would use that control.
+    void setBusy(QWidget *button, bool busy);
     /// Scrolls to a widget that was just created or shown.
     void reveal(QWidget *widget);
 
 private:
     QHBoxLayout *m_head;
     QVBoxLayout *m_column;
+    QPointer<QWidget> m_waiting; ///< gets the focus back
 };
 
 } // namespace parcelory

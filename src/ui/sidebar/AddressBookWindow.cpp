@@ -5,6 +5,7 @@
 #include "core/SettingsKeys.h"
 #include "core/ports/Preferences.h"
 #include "ui/parts/PanelFrame.h"
+#include "ui/parts/WindowSize.h"
 #include "ui/sidebar/AddressBookView.h"
 #include "ui/theme/Theme.h"
 #include "ui/theme/Tokens.h"
@@ -23,15 +24,14 @@ AddressBookWindow::AddressBookWindow(AppState &app, AddressBook &book, QWidget *
     const Theme &theme = Theme::current();
     setWindowFlag(Qt::Window);
     setWindowTitle(u"Address Book"_s);
-    setMinimumSize(theme.scaled(280), theme.scaled(400));
+    sizeWindow(*this, {theme.scaled(280), theme.scaled(400)}, {theme.scaled(420), theme.scaled(640)});
     auto *rows = new QVBoxLayout(this);
     rows->setContentsMargins(0, 4, 0, 2);
     rows->addWidget(m_view);
     connect(m_view, &AddressBookView::filled, this, &AddressBookWindow::filled);
     connect(new QShortcut(Qt::CTRL | Qt::Key_W, this), &QShortcut::activated, this, &QWidget::close);
     connect(new QShortcut(Qt::CTRL | Qt::Key_F, this), &QShortcut::activated, m_view, &AddressBookView::focusSearch);
-    if (!restoreGeometry(read(m_preferences, settings::addressBookGeometry)))
-        resize(theme.scaled(420), theme.scaled(640));
+    restoreGeometry(read(m_preferences, settings::addressBookGeometry));
     m_view->focusSearch();
 }
 

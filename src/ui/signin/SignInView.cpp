@@ -91,6 +91,10 @@ SignInView::SignInView(AppState &app, SignInScreen &screen, const QString &note,
         if (window()->focusWidget() == m_name && !m_name->isModified()) // a remembered name was filled in
             placeFocus();
     });
+    connect(m_password, &QLineEdit::textChanged, this, [this] {
+        if (window()->focusWidget() == m_password && !m_password->isModified()) // a remembered password was filled in
+            m_password->selectAll();
+    });
     connect(m_remember, &QCheckBox::toggled, this, [this](bool on) { m_screen.remember = on; });
     connect(m_signIn, &QPushButton::clicked, this, &SignInView::signIn);
     connect(m_cancel, &QPushButton::clicked, &app, &AppState::cancelSignIn);

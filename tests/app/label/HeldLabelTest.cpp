@@ -165,16 +165,18 @@ TEST_F(HeldLabelTest, AReprintNamesEveryDifference)
     const struct {
         QByteArray from, to;
         QString sentence, title;
-        qsizetype words = 0; ///< that differ in their line
+        qsizetype words = 0;         ///< that differ in their line
+        bool isWholeAddress = false; ///< is marked
     } rows[] = {
         {"APT 3B", "APT 8B", u"The unit differs: APT 3B on the parcel, APT 8B on the label."_s, mismatch, 2},
+        {"APT 3B", "", u"The unit is missing on the label: APT 3B."_s, mismatch, 0, true},
         {"ELEANOR", "GUDRUN", u"The name differs: Eleanor Whitfield on the parcel, GUDRUN WHITFIELD on the label."_s,
          mismatch},
         {">842028801", ">842028804", u"The ZIP differs: 28801 on the parcel, 28804 on the label."_s, mismatch},
         {number, other, u"The tracking number in the bar code differs: "_s + bought.tracking,
          u"Wrong Tracking Number on This Label"_s},
         {"", "", u"This label says “SAMPLE — DO NOT MAIL”, but the key is live."_s, u"This Is a Sample Label"_s}};
-    for (const auto &[from, to, sentence, title, words] : rows) {
+    for (const auto &[from, to, sentence, title, words, isWholeAddress] : rows) {
         SCOPED_TRACE(sentence.toStdString());
         ShipmentRecord record = bought;
         record.testMode = !from.isEmpty();
@@ -189,6 +191,9 @@ TEST_F(HeldLabelTest, AReprintNamesEveryDifference)
         const QuestionPicture picture = prompts.questions[0].pictures.value(0);
         EXPECT_FALSE(picture.mark.isEmpty());
         EXPECT_EQ(picture.words.size(), words);
+        constexpr int mostOfLine = 60; // dots
+        if (isWholeAddress)
+            EXPECT_GT(picture.mark.height(), mostOfLine);
         for (const QRect &word : picture.words)
             EXPECT_TRUE(picture.mark.contains(word) && word.left() > picture.mark.center().x()) << "at the line's end";
     }

@@ -103,6 +103,15 @@ TEST_F(LabelPurchaseTest, ALabelThatCouldNotBePrintedIsStillLogged)
         EXPECT_FALSE(newest().labelURL.isEmpty());
     }
     EXPECT_EQ(processes.lastPrinted(), lastPrinted) << "print tools get labels only";
+    carrier.setScenario({});
+    run(screen().reprintLast());
+    EXPECT_NE(processes.lastPrinted(), lastPrinted);
+    runUntil([this] { return screen().preview.sight.value().picture != nullptr; }, &clock);
+    carrier.clearRequests();
+    prompts.answer = 1;
+    run(screen().reprintLast());
+    EXPECT_EQ(carrier.requests().size(), 0) << "the label was kept";
+    EXPECT_FALSE(*app->log.zpl(newest().id)) << "beside its row, which nothing changes";
 }
 
 TEST_F(LabelPurchaseTest, AnInvoiceThatCannotBeDrawnStopsNothing)

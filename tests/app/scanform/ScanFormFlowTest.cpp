@@ -71,6 +71,26 @@ TEST_F(ScanFormFlowTest, AScanFormIsMadeOfTodaysLabelsOfTheActiveKeysMode)
     EXPECT_TRUE(prompts.questions.last().text.contains(u"This label is on the SCAN form of "_s));
 }
 
+TEST_F(ScanFormFlowTest, SaysWhichLabelsAreNotOnTheForm)
+{
+    ShipmentRecord fedex = shipmentTo(u"Ana"_s, 1);
+    fedex.createdAt = clock.now();
+    fedex.carrier = u"FedEx"_s;
+    fedex.testMode = true;
+    logged(fedex);
+    make();
+    EXPECT_TRUE(prompts.questions.last().text.startsWith(u"None of today's labels is a USPS label."_s));
+    EXPECT_EQ(requestsTo("/manifests"), 0);
+    prompts.answer = 1;
+    bought();
+    make();
+    EXPECT_EQ(status(), u"SCAN form ready: 2 labels — hand one printed copy to the carrier. The carrier left 1 of them "
+                        "off the form."_s);
+    ScanFormScreen form(*app);
+    run(form.load());
+    EXPECT_EQ(form.labelsText(), u"1 label on this form. The carrier left 1 of the day's 2 labels off."_s);
+}
+
 TEST_F(ScanFormFlowTest, AScanFormWhoseResponseIsLostIsFetchedWithTheNextPress)
 {
     const ShipmentRecord label = bought();
