@@ -120,6 +120,7 @@ TEST(InvoicePane, CancelsReadingByButtonAndByEscape)
     for (const bool byKey : {false, true}) {
         desk.press(Qt::Key_I, Qt::ControlModifier);
         desk.app().scanBusy = true;
+        desk.app().setScanStatus(StatusKind::progress, u"Loading invoice 48213 from deskline…"_s);
         desk.settleAll();
         if (byKey)
             desk.press(Qt::Key_Escape);
