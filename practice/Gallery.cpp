@@ -83,12 +83,14 @@ Task<> Gallery::saveDark(QString name)
     Theme::current().setDark(false);
 }
 
-/// A secondary window.
-void Gallery::saveWindow(const QString &title, const QString &name)
+void Gallery::saveWindow(const QString &title, const QString &name, QSize size)
 {
     for (QWidget *window : QApplication::topLevelWidgets()) {
-        if (window->windowTitle() == title)
-            window->grab().save(m_folder.filePath(name + u".png"_s));
+        if (window->windowTitle() != title)
+            continue;
+        if (!size.isEmpty())
+            window->resize(size);
+        window->grab().save(m_folder.filePath(name + u".png"_s));
     }
 }
 

@@ -33,7 +33,8 @@ private:
     Task<> until(std::function<bool()> reached);
     Task<> save(QString name);
     Task<> saveDark(QString name);
-    void saveWindow(const QString &title, const QString &name);
+    /// A secondary window; `size`: on a larger screen than the one without a display.
+    void saveWindow(const QString &title, const QString &name, QSize size = {});
     Task<> drawSignIn();
     Task<> drawAddressBook();
     Task<> drawAddressSheet();

@@ -126,7 +126,7 @@ Task<> Gallery::drawLabelWindow()
     }
     if (!shown)
         throw AppError(u"The label's window did not open."_s);
-    saveWindow(title, u"window-label"_s);
+    saveWindow(title, u"window-label"_s, {720, 900});
     shown->findChild<QListWidget *>()->setCurrentRow(0);
     for (QAbstractButton *button : shown->findChildren<QAbstractButton *>()) {
         if (button->accessibleName() == u"Turn: Upright")

@@ -113,7 +113,7 @@ Task<> Gallery::drawScanForm()
 {
     m_program.window().openWindow(u"scanform"_s);
     co_await clock().sleep(60ms);
-    saveWindow(u"SCAN Form"_s, u"window-scan-form-empty"_s);
+    saveWindow(u"SCAN Form"_s, u"window-scan-form-empty"_s, {1070, 880});
     const QList<ShipmentRecord> labels = app().log.records();
     const auto bought = std::ranges::find_if(labels, [](const ShipmentRecord &row) { return !row.labelURL.isEmpty(); });
     co_await onPool([this, id = bought->id] { return app().log.setStatus(id, wordOf(LogStatus::refundPending)); });
