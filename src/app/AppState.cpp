@@ -189,7 +189,8 @@ QString AppState::recorded(const QString &context, const AppError &error, Popup 
 
 void AppState::failScan(const QString &text, bool isSessionOver)
 {
-    setScanStatus(StatusKind::failure, text);
+    if (!isReadingInvoice()) // otherwise the form still waits for its invoice
+        setScanStatus(StatusKind::failure, text);
     emit scanFailed(text, isSessionOver);
 }
 

@@ -42,7 +42,7 @@ Screens::Screens(AppState &app)
     records.restore.obstacle = [this] { return obstacleToRestore(); };
     connect(&records, &RecordsScreen::recordsReplaced, this, [this] {
         spawn([this] { return addressBook.reload(); });
-        spawn([this] { return label.purchases.resume(); });
+        spawn([this] { return label.purchases.resumeRestored(); });
     });
     connect(&label.purchases, &Purchases::refundWanted, this,
             [this](const ShipmentRecord &record) { spawn([this, record] { return refundSecond(record); }); });
@@ -137,6 +137,7 @@ Task<> Screens::showDifference(AccountDifference difference)
 {
     if (difference.row != 0) {
         m_app.tab = MainTab::mailingLog;
+        openItems.isShown = false;
         mailingLog.selected = difference.row;
         if (!mailingLog.selectedRecord()) // not among the newest rows
             mailingLog.search = difference.tracking;

@@ -93,6 +93,24 @@ Task<bool> DesklineAuth::waitFor(QString expression, std::chrono::milliseconds t
     co_return false;
 }
 
+Task<bool> DesklineAuth::waitInSession(QString expression, std::chrono::milliseconds timeout)
+{
+    constexpr std::chrono::milliseconds look = 3s;
+    const int visit = m_visit;
+    const QDateTime deadline = m_clock.steadyNow().addMSecs(timeout.count());
+    bool hadForm = false;
+    for (auto left = timeout; left > 0ms; left = std::chrono::milliseconds(m_clock.steadyNow().msecsTo(deadline))) {
+        const bool holds = co_await waitFor(expression, std::min(left, look));
+        if (holds || m_visit != visit || m_web.hasCrashed())
+            co_return holds;
+        const bool hasForm = co_await asksForSignIn();
+        if (hasForm && hadForm)
+            co_return false;
+        hadForm = hasForm;
+    }
+    co_return false;
+}
+
 Task<QString> DesklineAuth::fillLogin(QString user, QString pass)
 {
     const QString base = m_base.toString(QUrl::FullyEncoded | QUrl::RemoveUserInfo);

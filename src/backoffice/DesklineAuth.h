@@ -39,6 +39,9 @@ public:
     /// if another page was loaded.
     Task<bool> waitFor(QString expression, std::chrono::milliseconds timeout,
                        std::chrono::milliseconds interval = std::chrono::milliseconds(300));
+    /// The same for a page of a session, which does not come after a redirect to the sign-in form: the wait ends when
+    /// the form is still there at a second look. A page that signs in by itself shows the form for a moment only.
+    Task<bool> waitInSession(QString expression, std::chrono::milliseconds timeout);
     /// Fills in and submits the sign-in form. Returns "submitted", or what is missing: "no-password-field",
     /// "no-user-field", "no-form", "wrong-address" (the page is not the back office's).
     Task<QString> fillLogin(QString user, QString pass);

@@ -74,32 +74,13 @@ void DesklineInvoiceFetcher::requireNoCrash(const QString &invoiceID) const
             u"The page of invoice %1 stopped working while it was read — scan the invoice again."_s.arg(invoiceID));
 }
 
-/// Waits for the page, at most 45 seconds. After a redirect to the sign-in form it will not come: the wait ends when
-/// the form is still there at the second look. A page that signs in by itself shows the form for a moment only.
-Task<bool> DesklineInvoiceFetcher::waitForInvoice(QString loaded)
-{
-    constexpr auto look = 3s;
-    const int visit = m_auth.visit();
-    bool hadForm = false;
-    for (auto left = 45s; left > 0s; left -= look) {
-        const bool ready = co_await m_auth.waitFor(loaded, look);
-        if (ready || m_auth.visit() != visit || m_auth.hasCrashed())
-            co_return ready;
-        const bool hasForm = co_await m_auth.asksForSignIn();
-        if (hasForm && hadForm)
-            co_return false;
-        hadForm = hasForm;
-    }
-    co_return false;
-}
-
 Task<DesklinePage> DesklineInvoiceFetcher::readPage(QString invoiceID)
 {
     m_auth.load(m_auth.address(u"/staff/buyers.php?subcmd=_detail_invoice&id="_s + invoiceID));
     const int visit = m_auth.visit();
     const QString loaded =
         u"document.readyState === 'complete' && location.href.indexOf('id=%1') !== -1"_s.arg(invoiceID);
-    const bool ready = co_await waitForInvoice(loaded);
+    const bool ready = co_await m_auth.waitInSession(loaded, 45s);
     requireNoCrash(invoiceID);
     if (!ready) {
         const bool signInForm = co_await m_auth.evalBool(DesklineAuth::loginFormProbe);

@@ -26,7 +26,6 @@ private:
     void requireSamePage(int visit) const;
     void requireNoCrash(const QString &invoiceID) const;
     Task<DesklinePage> readPage(QString invoiceID);
-    Task<bool> waitForInvoice(QString loaded);
     Task<QString> profileCompany(QString profileUserID);
 
     DesklineAuth &m_auth;

@@ -107,16 +107,42 @@ public:
     bool takeOverRefunds()
     {
         Statement rows(m_from, "SELECT id, transaction_id, status FROM shipments WHERE transaction_id <> ''");
-        Statement same(m_to, "SELECT 1 FROM shipments WHERE id = ? AND transaction_id = ? AND status IS NOT ?");
+        // An earlier restore may have given the label another id; looking for that reads the whole table.
+        Statement same(m_to, "SELECT id, status FROM shipments WHERE id = ? AND transaction_id = ?");
+        Statement moved(m_to, "SELECT id, status FROM shipments WHERE transaction_id = ?");
         while (rows.step()) {
             if (refundState(rows.text(2)) == RefundState::none)
                 continue;
             same.bind(1, rows.integer(0));
             same.bind(2, rows.text(1));
-            same.bind(3, rows.text(2));
-            const bool isOther = same.step();
+            moved.bind(1, rows.text(1));
+            Statement &found = same.step() ? same : moved;
+            const bool isThere = &found == &same || moved.step();
+            const qint64 id = isThere ? found.integer(0) : 0;
+            const bool isOther = isThere && found.text(1) != rows.text(2);
             same.reset();
-            if (isOther && !RefundNotes::putStatus(m_to, rows.integer(0), rows.text(2)))
+            moved.reset();
+            if (isOther && !RefundNotes::putStatus(m_to, id, rows.text(2)))
+                return false;
+        }
+        return true;
+    }
+
+    /// What happened to the labels, which the carrier's id identifies there.
+    bool copyEvents()
+    {
+        const QByteArray table = "label_events";
+        if (!ShipmentLogRows::hasTable(m_from, table.constData()))
+            return true;
+        if (!createLike(table))
+            return false;
+        const QByteArrayList columns = commonColumns(table, {});
+        Statement rows(m_from, "SELECT " + columns.join(", ") + " FROM " + table);
+        Statement insert(m_to, "INSERT OR REPLACE INTO " + table + " (" + columns.join(", ") + ") VALUES (?" +
+                                   QByteArray(", ?").repeated(columns.size() - 1) + ")");
+        while (rows.step()) {
+            bindValues(rows, columns.size(), insert, 1);
+            if (!insert.execute())
                 return false;
         }
         return true;
@@ -298,7 +324,8 @@ Merged bringBack(Database &log, const QString &present, const QList<ShipmentReco
                 return std::nullopt;
             count += *id != 0;
         }
-        return transfer.takeOverRefunds() && transfer.copyScanForms() ? std::optional(count) : std::nullopt;
+        return transfer.takeOverRefunds() && transfer.copyEvents() && transfer.copyScanForms() ? std::optional(count)
+                                                                                               : std::nullopt;
     });
 }
 

@@ -3,6 +3,7 @@
 #include "core/Words.h"
 #include "records/LabelChecks.h"
 #include "records/LabelEvents.h"
+#include "records/RefundNotes.h"
 #include "records/ShipmentLogRows.h"
 #include "records/ShipmentStatus.h"
 
@@ -170,7 +171,8 @@ std::optional<QList<OpenFacts>> factsFrom(const Database &db, const QDateTime &n
     const auto isOurs = [](const ShipmentRecord &label) {
         return !label.testMode && isCarriersId(label.transactionID);
     };
-    Statement query(db, ShipmentLogRows::select + QByteArray(" WHERE created_at >= ? ORDER BY created_at, id"));
+    Statement query(db, ShipmentLogRows::select + QByteArray(" WHERE created_at >= ? OR ") +
+                            RefundNotes::pendingCondition(db) + " ORDER BY created_at, id");
     if (query.isPrepared())
         query.bind(1, ShipmentLogRows::secondsOf(since));
     const auto labels = ShipmentLogRows::allOf(db, query, isOurs);
@@ -187,7 +189,7 @@ std::optional<QList<OpenFacts>> factsFrom(const Database &db, const QDateTime &n
               "SELECT id FROM shipments WHERE created_at >= ? AND zpl IS NOT NULL" +
                   QByteArray(hasVerdicts ? " AND id NOT IN (SELECT shipment_id FROM label_verdicts)" : ""),
               since);
-    const auto events = LabelEvents::since(db, since);
+    const auto events = LabelEvents::since(db, std::min(since, labels->constFirst().createdAt));
     QHash<qint64, QSet<QString>> done;
     if (ShipmentLogRows::hasTable(db, "open_items_done")) {
         Statement items(db, "SELECT shipment_id, reason FROM open_items_done");

@@ -64,7 +64,7 @@ namespace OpenItems {
 constexpr int notScannedHours = 24, unusedAfter = 5, refundDueAfter = 20, refundUrgentAfter = 25, refundEndsAfter = 30;
 constexpr int undecidedAfter = 14, stillAfter = 5;
 constexpr int movesFor = 45;     ///< a parcel that stands still for longer is lost, and the carrier is not asked again
-constexpr int remembersFor = 90; ///< older labels are no open items
+constexpr int remembersFor = 90; ///< older labels are no open items, unless a refund is pending
 constexpr int uncheckedMinutes = 60; ///< the label is compared while it is bought
 
 /// Nothing if the label needs no one now.

@@ -125,7 +125,16 @@ QString RestoreStage::commit(const RestoreNote &note)
     }
     if (moveIntoPlace(m_records))
         return {};
+    if (giveUpUnlessBegun(m_folder))
+        return u"the files could not be moved"_s;
     return u"the files could not be moved; Parcelory completes this at its next start"_s;
+}
+
+/// The program goes on with the present log if the copy's could not be moved. A later start must not replace it then:
+/// labels are bought meanwhile. False if the log was moved already.
+bool RestoreStage::giveUpUnlessBegun(const QDir &folder)
+{
+    return folder.exists(u"mailing_log.sqlite"_s) && QFile::remove(folder.filePath(noteName));
 }
 
 /// May be repeated after an interruption at any point.
@@ -167,7 +176,10 @@ std::optional<RestoreNote> RestoreStage::finishInterrupted(const QDir &records)
     } catch (const AppError &) {
         note.emplace(); // it was written completely before the first file was moved
     }
-    return moveIntoPlace(records) ? note : std::nullopt;
+    if (moveIntoPlace(records))
+        return note;
+    giveUpUnlessBegun(folder);
+    return std::nullopt;
 }
 
 } // namespace parcelory

@@ -57,6 +57,7 @@ public:
 
 private:
     static bool moveIntoPlace(const QDir &records);
+    static bool giveUpUnlessBegun(const QDir &folder);
 
     const QDir m_records;
     const QDir m_folder;

@@ -2,6 +2,8 @@
 
 #include "records/ShipmentStatus.h"
 
+#include <QHash>
+
 #include <algorithm>
 #include <functional>
 #include <optional>
@@ -27,11 +29,16 @@ std::optional<QDateTime> TrackingPlan::dueAt(const OpenFacts &facts)
 
 void TrackingPlan::setLabels(const QList<OpenFacts> &labels, const QDateTime &now)
 {
+    QHash<qint64, qint64> delays;
+    for (const Followed &label : m_labels)
+        delays.insert(label.facts.label.id, label.notBefore);
     m_labels.clear();
     for (const OpenFacts &facts : labels) {
         const std::optional<QDateTime> due = dueAt(facts);
-        if (due && now < facts.label.createdAt.addDays(days))
-            m_labels.push_back({facts, due->toMSecsSinceEpoch()});
+        if (due && now < facts.label.createdAt.addDays(days)) {
+            const qint64 notBefore = delays.value(facts.label.id);
+            m_labels.push_back({facts, std::max(due->toMSecsSinceEpoch(), notBefore), notBefore});
+        }
     }
     std::ranges::sort(m_labels, std::greater(), [](const Followed &label) {
         return std::pair(label.facts.label.createdAt, label.facts.label.id);
@@ -57,11 +64,11 @@ std::optional<OpenFacts> TrackingPlan::next(const QDateTime &now)
     return found->facts;
 }
 
-void TrackingPlan::putBack(const OpenFacts &facts)
+void TrackingPlan::putBack(const OpenFacts &facts, const std::optional<QDateTime> &due)
 {
     for (Followed &label : m_labels) {
         if (label.facts.label.id == facts.label.id)
-            label.due = 0;
+            label.due = label.notBefore = due ? due->toMSecsSinceEpoch() : 0;
     }
 }
 

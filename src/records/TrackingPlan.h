@@ -33,8 +33,9 @@ public:
     /// The label to ask about now, after which it counts as asked; nothing if none is due or the carrier was asked just
     /// before.
     std::optional<OpenFacts> next(const QDateTime &now);
-    /// The carrier did not answer about this label: it is due again.
-    void putBack(const OpenFacts &facts);
+    /// The carrier did not answer about this label: it is due again, at once or not before `due`. The delay outlives
+    /// setLabels(), so that a label without an answer does not keep older labels waiting.
+    void putBack(const OpenFacts &facts, const std::optional<QDateTime> &due = {});
     /// When next() returns a label again, at the earliest; nothing if no label is followed.
     std::optional<QDateTime> nextAt() const;
     /// The carrier wants no question before.
@@ -43,7 +44,8 @@ public:
 private:
     struct Followed {
         OpenFacts facts;
-        qint64 due; ///< milliseconds since 1970
+        qint64 due;           ///< milliseconds since 1970
+        qint64 notBefore = 0; ///< likewise
     };
     std::vector<Followed> m_labels; ///< newest first
     qint64 m_notBefore = 0;         ///< likewise

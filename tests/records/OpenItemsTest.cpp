@@ -129,6 +129,11 @@ TEST(OpenItems, ReadsWhatDecidesFromTheLog)
     EXPECT_EQ(facts[1].refundAskedAt, now.addDays(-2));
     ASSERT_TRUE(OpenItems::setDone(log, 2, OpenReason::customsPapers, false));
     EXPECT_EQ(OpenItems::itemsOf(*OpenItems::read(log, now), now).last().reason, OpenReason::customsPapers);
+    ShipmentRecord pending = labelOf(100, 7);
+    pending.status = u"REFUND_PENDING"_s;
+    ASSERT_TRUE(log.insert(pending) &&
+                LabelEvents::put(log, {pending.transactionID}, LabelEvent::refundAsked, now.addDays(-95)));
+    EXPECT_EQ(OpenItems::read(log, now)->constFirst().refundAskedAt, now.addDays(-95)) << "however old it is";
 }
 
 /// A year of 5,000 labels. The carrier scans most parcels; the clerk refunds what the list asks to refund a day later.
@@ -219,6 +224,15 @@ TEST(OpenItems, MissNoRefundInAYearAndNeverAskTooOften)
     EXPECT_EQ(wrong, 0);
     EXPECT_EQ(tooMany, 0);
     EXPECT_LT(questions, 5000 * 40);
+
+    const QList<OpenFacts> two = {{.label = labelOf(4, 1)}, {.label = labelOf(3, 2)}};
+    TrackingPlan failing;
+    failing.setLabels(two, now);
+    failing.putBack(*failing.next(now), now.addSecs(3600)); // no answer about the newer label
+    failing.setLabels(two, now);
+    EXPECT_EQ(failing.next(now.addSecs(2))->label.id, 1) << "the older label does not wait";
+    EXPECT_FALSE(failing.next(now.addSecs(3599)));
+    EXPECT_EQ(failing.next(now.addSecs(3600))->label.id, 2);
 }
 
 } // namespace parcelory::test

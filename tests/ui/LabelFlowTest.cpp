@@ -83,6 +83,10 @@ TEST(LabelFlow, NothingIsBoughtWhileAScannedInvoiceIsRead)
     desk.app().cancelInvoiceScan();
     desk.settleAll();
     EXPECT_TRUE(buy->isEnabled());
+    desk.press(Qt::Key_Return, Qt::ControlModifier); // meant for the scanned parcel, too
+    desk.idle();
+    EXPECT_EQ(desk.purchases(), 0);
+    desk.clock.advance(LabelScreen::buyPause);
     desk.press(Qt::Key_Return, Qt::ControlModifier);
     desk.idle();
     EXPECT_EQ(desk.purchases(), 1);

@@ -38,6 +38,7 @@ EndOfDayScreen::EndOfDayScreen(AppState &app, const KeysScreen &keys, MailingLog
     m_notifiers.push_back(app.keyChanges.addNotifier([this] { // the new key may belong to another account
         m_accounts.clear();
         compare();
+        reread(); // without the former account's differences
     }));
     connect(&keys, &Observable::changed, this, [this] {
         if (std::exchange(m_mode, m_keys.mode) == m_keys.mode)

@@ -43,6 +43,7 @@ DraftKeeper::Found DraftKeeper::readBooks(AppState &app)
         return found;
     const ShippoAddress &to = found.stored->draft.recipient;
     try {
+        app.journal.open(); // a journal that cannot be read may hold its purchase
         found.isOpen = std::ranges::any_of(app.journal.openPurchases(), [&to](const OpenPurchase &purchase) {
             return purchase.isUnreadable || isSameRecipient(purchase.recipient, to);
         });
@@ -96,6 +97,8 @@ void DraftKeeper::takeResolved(const ResolvedPurchase &purchase)
     const bool isUnknown = purchase.recipient.isEmpty(); // the journal's entry could not be read
     if (!m_held || purchase.isSecond || !(isUnknown || isSameRecipient(purchase.recipient, m_held->draft.recipient)))
         return;
+    if (!purchase.isBought && m_label.purchases.unresolvedFor(m_held->draft.recipient))
+        return; // another purchase for the recipient is still open
     const StoredDraft held = *std::exchange(m_held, std::nullopt);
     if (!purchase.isBought)
         bringBack(held);

@@ -43,6 +43,13 @@ LabelScreen::LabelScreen(AppState &app)
                      [this](const ResolvedPurchase &purchase) { takeResolved(purchase); });
     QObject::connect(&purchases, &Purchases::resolvedPrinted, &m_lifetime,
                      [this](const QString &printed) { banner = Banner{printed}; });
+    // The press may be meant for the scanned parcel, whose invoice was not read.
+    watch(
+        [this] {
+            if (std::exchange(m_isReading, m_app.isReadingInvoice()) && !m_isReading)
+                pauseBuy();
+        },
+        m_app.scanBusy, m_app.scanStatusKind);
     QObject::connect(&app, &AppState::fillBegins, &m_lifetime, [this] { m_beforeFill = saved(); });
     QObject::connect(&app, &AppState::scanFailed, &m_lifetime, [this](const QString &text, bool isSessionOver) {
         banner = Banner{text, false, isSessionOver ? Banner::Offer::signInAgain : Banner::Offer::none};

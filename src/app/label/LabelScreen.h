@@ -203,6 +203,7 @@ private:
     QString m_logFailure;                         ///< why the log could not be searched for an earlier label
     quint64 m_soldWeight = 0;                     ///< scale generation that the last label was bought with
     quint64 m_buyTimer = 0;                       ///< runs while the Buy button has just changed and takes no press
+    bool m_isReading = false;                     ///< a scanned invoice, at the last look
     bool m_purchaseComplete = false;
     bool m_bannerAboutDraft = false; ///< the next edit clears the banner
     /// The outcome of a purchase that ended when the next parcel was in the form. The steps of that parcel follow by

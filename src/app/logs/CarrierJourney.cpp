@@ -41,7 +41,8 @@ bool storeJourney(AppState &app, qint64 shipment, const ShippoTrackStatus &answe
         return false;
     const QString told = answer.trackingStatus.value_or(ShippoTrackStatus::TrackingStatus()).status.value_or(QString());
     const QString word = told.isEmpty() ? wordOf(TrackingStatus::unknown) : told;
-    const bool isNew = !*former || (*former)->status != trackingStatusFrom(word);
+    const TrackingStatus status = trackingStatusFrom(word);
+    const bool isNew = !*former || ((*former)->status != status && status != TrackingStatus::unknown);
     return !isNew || app.labelHistory.setTracked(shipment, word, now);
 }
 

@@ -6,6 +6,8 @@
 #include "core/Task.h"
 #include "records/OpenItems.h"
 
+#include <QRegularExpression>
+
 #include <algorithm>
 #include <optional>
 #include <utility>
@@ -17,6 +19,23 @@ using namespace std::chrono_literals;
 namespace {
 
 constexpr auto agePause = 1h; ///< a label becomes an open item because time passes
+
+/// The recipient of a label. The log does not tell where the company ends and the street begins: a street that does not
+/// begin like a street stays empty, so that the clerk enters it.
+ShippoAddress recipientOf(const ShipmentRecord &label)
+{
+    static const QRegularExpression streetBegin(u"^(\\d|P\\.?\\s*O\\.?\\s*Box\\b)"_s,
+                                                QRegularExpression::CaseInsensitiveOption);
+    const QList<ShippoAddress> candidates = addressesOf(label.recipient, label.zip11, label.isIntl);
+    for (const ShippoAddress &candidate : candidates) {
+        if (streetBegin.match(candidate.street1).hasMatch())
+            return candidate;
+    }
+    ShippoAddress place = candidates.value(0);
+    place.company.clear();
+    place.street1.clear();
+    return place;
+}
 
 bool matches(const OpenItem &item, const QString &search)
 {
@@ -168,7 +187,7 @@ Task<> OpenItemsScreen::act(OpenItem item)
         co_await m_log.refund(label);
         break;
     case OpenStep::fillLabel:
-        m_app.fillDraft(addressesOf(label.recipient, label.zip11, label.isIntl).value(0), label.reference);
+        m_app.fillDraft(recipientOf(label), label.reference);
         break;
     case OpenStep::customsDocs:
         co_await m_log.reprintCustoms(label);

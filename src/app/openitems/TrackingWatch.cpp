@@ -23,7 +23,8 @@ using namespace std::chrono_literals;
 namespace {
 
 constexpr auto usualPause = 60s;   ///< after a refusal for too many questions that names no time
-constexpr auto retryPause = 10min; ///< if the carrier cannot be reached
+constexpr auto retryPause = 10min; ///< if the carrier cannot be reached or the log cannot be read
+constexpr auto labelPause = 1h;    ///< until the next question about a label without an answer
 constexpr auto longestPause = 24h;
 
 QString timeText(const QDateTime &time)
@@ -100,10 +101,17 @@ Task<> TrackingWatch::plan()
 {
     const QDateTime now = m_app.platform.clock.now();
     m_isPlanned = true;
+    m_isUnread = false;
     QList<OpenFacts> labels;
     if (mayAsk()) {
         const auto found = co_await onPool([&log = m_app.log, now] { return OpenItems::read(log, now); });
-        labels = found.valueOr({}); // a log that cannot be read now is read again in the next round
+        m_isUnread = !found.isRead();
+        if (m_isUnread) { // wait() tries again
+            m_isPlanned = false;
+            m_plan.setLabels({}, now);
+            co_return;
+        }
+        labels = *found;
     }
     m_plan.setLabels(labels, now);
     followed = int(m_plan.size());
@@ -117,10 +125,12 @@ Task<> TrackingWatch::askNext()
     const QDateTime begin = m_app.platform.clock.now();
     if (pausedUntil.value() && *pausedUntil.value() <= begin)
         pausedUntil = std::nullopt;
+    const auto isKeyChanged = staleCheck(m_app.keyChanges);
     if (!m_isPlanned)
         co_await plan();
     const auto isChanged = staleCheck(m_changes);
-    const std::optional<OpenFacts> label = m_isRefused ? std::nullopt : m_plan.next(m_app.platform.clock.now());
+    const bool isSilent = m_isRefused || isKeyChanged() || !mayAsk();
+    const std::optional<OpenFacts> label = isSilent ? std::nullopt : m_plan.next(m_app.platform.clock.now());
     Outcome outcome = Outcome::told;
     if (label) {
         m_isInRound = true;
@@ -129,8 +139,10 @@ Task<> TrackingWatch::askNext()
     m_isAsking = false;
     if (!m_isStarted)
         co_return;
-    if (outcome != Outcome::told)
+    if (outcome == Outcome::busy || outcome == Outcome::refused)
         m_plan.putBack(*label);
+    if (outcome == Outcome::unclear || outcome == Outcome::unreachable)
+        m_plan.putBack(*label, m_app.platform.clock.now().addSecs(std::chrono::seconds(labelPause).count()));
     if (outcome == Outcome::unreachable)
         m_plan.pauseUntil(m_app.platform.clock.now().addSecs(std::chrono::seconds(retryPause).count()));
     if (outcome == Outcome::refused)
@@ -140,6 +152,8 @@ Task<> TrackingWatch::askNext()
 
 Task<TrackingWatch::Outcome> TrackingWatch::ask(OpenFacts label)
 {
+    constexpr int forbidden = 403, notFound = 404;
+    const auto isKeyChanged = staleCheck(m_app.keyChanges);
     ShippoTrackStatus answer; // tells nothing if the carrier does not know the number
     std::optional<Outcome> failure;
     try {
@@ -151,17 +165,22 @@ Task<TrackingWatch::Outcome> TrackingWatch::ask(OpenFacts label)
             m_plan.pauseUntil(until);
             pausedUntil = until;
             failure = Outcome::busy;
-        } else if (error.isKeyRefusal() || error.kind() == ShippoError::Kind::noToken) {
+        } else if (error.isKeyRefusal() || error.status() == forbidden || error.kind() == ShippoError::Kind::noToken) {
             failure = Outcome::refused;
         } else if (error.status() == 0 || error.status() >= 500) {
             failure = Outcome::unreachable;
+        } else if (error.status() != notFound) {
+            failure = Outcome::unclear;
         }
-    } catch (const DecodeError &) { // another question would be answered alike
+    } catch (const DecodeError &) {
+        failure = Outcome::unclear;
     } catch (const AppError &) {
         failure = Outcome::unreachable;
     }
     if (failure)
         co_return *failure;
+    if (isKeyChanged())
+        co_return Outcome::busy; // the answer may belong to another account
     const QDateTime now = m_app.platform.clock.now();
     const Journey journey = journeyOf(answer, label.journey, now);
     const bool isStored = co_await onPool(
@@ -181,13 +200,13 @@ void TrackingWatch::wait()
 {
     const QDateTime now = m_app.platform.clock.now();
     left = m_isRefused ? 0 : int(m_plan.dueCount(now));
-    if (left == 0 && m_isInRound && !m_isRefused)
+    if (left == 0 && m_isInRound && !m_isRefused && !m_isUnread)
         endRound();
     const std::optional<QDateTime> next = m_isRefused ? std::nullopt : m_plan.nextAt();
     if (next)
         wake(std::clamp<Clock::Duration>(Clock::Duration(now.msecsTo(*next)), 0ms, longestPause));
     else if (!m_isPlanned && !m_isRefused)
-        wake(0ms); // something has changed meanwhile
+        wake(m_isUnread ? Clock::Duration(retryPause) : 0ms); // else something has changed meanwhile
 }
 
 void TrackingWatch::endRound()

@@ -44,7 +44,13 @@ signals:
 
 private:
     /// How a question ended.
-    enum class Outcome { told, busy, refused, unreachable };
+    enum class Outcome {
+        told,
+        busy,        ///< the carrier wants a pause, or the key has changed meanwhile
+        refused,     ///< because of the key
+        unclear,     ///< the response says nothing about the label
+        unreachable, ///< nor can the next question be answered
+    };
 
     bool mayAsk() const { return isOn && m_keys.mode == PostageMode::live; } ///< TEST labels do not move
     Task<> plan();
@@ -62,7 +68,8 @@ private:
     bool m_isRefused = false; ///< by the carrier, because of the key
     bool m_isInRound = false;
     bool m_hasDelivered = false; ///< the log shows a status that is out of date
-    bool m_isPlanned = false;    ///< the labels are to be read again
+    bool m_isPlanned = false;    ///< else the labels are to be read again
+    bool m_isUnread = false;     ///< the log could not be read last time
     int m_changes = 0;           ///< of the key and the switch
     quint64 m_timer = 0;
     std::vector<QPropertyNotifier> m_watches;

@@ -53,6 +53,22 @@ Task<> Purchases::load()
                           UnresolvedPurchase{.purchase = purchase, .text = u"Asking the carrier…"_s, .since = now});
 }
 
+/// Lists the purchases that a restored copy of the journal has brought.
+Task<> Purchases::resumeRestored()
+{
+    const QList<OpenPurchase> open = co_await onPool(m_app.journal, &PurchaseJournal::openPurchases);
+    const QDateTime now = m_app.platform.clock.steadyNow();
+    for (const OpenPurchase &purchase : open) {
+        const bool isListed = std::ranges::any_of(unresolved.value(), [&purchase](const UnresolvedPurchase &listed) {
+            return listed.purchase.id == purchase.id;
+        });
+        if (!isListed)
+            replaceUnresolved(purchase.id,
+                              UnresolvedPurchase{.purchase = purchase, .text = u"Asking the carrier…"_s, .since = now});
+    }
+    co_await resume();
+}
+
 Task<qint64> Purchases::begin(OpenPurchase purchase)
 {
     if (!m_isLoaded) { // the journal could not be opened at the start

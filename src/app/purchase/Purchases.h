@@ -55,6 +55,8 @@ public:
 
     /// Resumes the purchases that the last run left unresolved.
     Task<> resume();
+    /// The same after the journal has taken over entries of a copy.
+    Task<> resumeRestored();
     /// Looks up every unresolved purchase at the carrier.
     Task<> checkAgain();
     /// The unresolved purchase for this recipient, if any.

@@ -3,6 +3,7 @@
 #include "core/AppError.h"
 #include "core/Task.h"
 #include "records/LogMerge.h"
+#include "records/PurchaseJournal.h"
 #include "records/RestoreStage.h"
 
 namespace parcelory {
@@ -87,11 +88,25 @@ private:
         const LogMerge::Merged own = LogMerge::bringBack(log, m_app.log.path(), labels);
         if (!own.failure.isEmpty())
             return own.failure;
-        const QList<ShipmentRecord> others = withAccount ? m_review.fromAccount : QList<ShipmentRecord>();
+        const QList<ShipmentRecord> others = withAccount ? fromAccount() : QList<ShipmentRecord>();
         const LogMerge::Merged account = LogMerge::append(log, others);
         m_note.broughtBack += own.labels + account.labels;
         m_note.missing += int(labels.size()) - own.labels;
         return account.failure;
+    }
+
+    /// Without labels that the journal still completes, or has completed since the review.
+    QList<ShipmentRecord> fromAccount()
+    {
+        QSet<QString> own;
+        for (const OpenPurchase &purchase : m_app.journal.openPurchases())
+            own += purchase.record.transactionID;
+        for (const ShipmentRecord &label :
+             LogMerge::addedSince(m_app.log.path(), m_review.held, m_review.added.lastId).labels)
+            own += label.transactionID;
+        QList<ShipmentRecord> others = m_review.fromAccount;
+        others.removeIf([&own](const ShipmentRecord &label) { return own.contains(label.transactionID); });
+        return others;
     }
 
     /// Labels that were logged after the review: a purchase whose answer was lost may be found at any time.
@@ -100,8 +115,6 @@ private:
         if (!m_stage.has(logName))
             return {};
         const LogMerge::Added late = LogMerge::addedSince(m_app.log.path(), m_review.held, m_review.added.lastId);
-        if (late.labels.isEmpty())
-            return {};
         Database log(m_stage.path(logName));
         const QString failure = merge(log, late.labels, false);
         return failure.isEmpty() ? m_stage.sync() : failure;

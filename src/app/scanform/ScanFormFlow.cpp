@@ -29,9 +29,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Tolerated difference between the clocks of desk and carrier, in seconds.
-constexpr qint64 clockSkew = 300;
-
 QString readyText(qsizetype labels, qsizetype leftOff)
 {
     const QString text = u"SCAN form ready: "_s + QString::number(labels) + (labels == 1 ? u" label"_s : u" labels"_s) +
@@ -45,20 +42,6 @@ qsizetype leftOff(const ShippoManifest &manifest, const ScanForm &form)
     const QList<QString> named = manifest.transactions.value_or(QList<QString>());
     const auto isOn = [&named](const QString &transaction) { return named.contains(transaction); };
     return named.isEmpty() ? 0 : std::max<qsizetype>(0, form.labels - std::ranges::count_if(form.transactions, isOn));
-}
-
-/// True if the carrier made the manifest after `form` was requested.
-bool isLater(const ShippoManifest &manifest, const ScanForm &form)
-{
-    const std::optional<QDateTime> created = parseIso(manifest.objectCreated.value_or(QString()));
-    return created && *created >= form.askedAt.addSecs(-clockSkew);
-}
-
-/// True if the manifest names a label that was requested for `form`. Other desks of the account make forms, too.
-bool holdsLabelsOf(const ShippoManifest &manifest, const ScanForm &form)
-{
-    return std::ranges::any_of(manifest.transactions.value_or(QList<QString>()),
-                               [&form](const QString &transaction) { return form.transactions.contains(transaction); });
 }
 
 /// The first active account, otherwise the first.
@@ -100,12 +83,12 @@ Question noUspsQuestion()
             .safeChoice = 0};
 }
 
-AppError notStored(const ShipmentLog &log)
+} // namespace
+
+AppError ScanFormFlow::notStored(const ShipmentLog &log)
 {
     return AppError(u"The mailing log could not be written — %1."_s.arg(log.lastError()));
 }
-
-} // namespace
 
 Task<> ScanFormFlow::create(ShippoAddress from, ScanFormScope scope)
 {
@@ -126,7 +109,13 @@ Task<> ScanFormFlow::create(ShippoAddress from, ScanFormScope scope)
     }
     const QList<ShipmentRecord> &today = *found;
     const qsizetype labels = std::ranges::count(today, testKey, &ShipmentRecord::testMode);
-    if (labels == 0) {
+    const auto underWay = co_await onPool(m_app.scanForms, &ScanForms::underWay, testKey);
+    // A form whose document did not arrive has taken the missing labels already.
+    const bool isFetchedAgain =
+        scope != ScanFormScope::allOfToday && underWay.isRead() && !underWay.orThrow().isEmpty();
+    if (isStale())
+        co_return;
+    if (labels == 0 && !isFetchedAgain) {
         m_app.scanFormComplete = false;
         m_app.scanFormBusy = false;
         co_await showNoLabelsToManifest(testKey);
@@ -134,11 +123,12 @@ Task<> ScanFormFlow::create(ShippoAddress from, ScanFormScope scope)
     }
     const QString before = m_app.scanFormStatus, creating = u"Creating SCAN form for today's labels…"_s;
     try {
-        const auto underWay = co_await onPool(m_app.scanForms, &ScanForms::underWay, testKey);
         const QList<ScanForm> &lost = underWay.orThrow();
         if (!lost.isEmpty())
             m_app.scanFormStatus = creating;
         const bool shown = co_await recoverForms(lost);
+        if (!shown && labels == 0)
+            throw AppError(u"The SCAN form is not ready yet — try again in a minute."_s);
         if (!shown) {
             const bool agreed = co_await confirmOddLabels(today, testKey);
             if (!agreed || isStale()) {
@@ -170,7 +160,8 @@ Task<LogRead<QList<ShipmentRecord>>> ScanFormFlow::todaysLabels(ScanFormScope sc
                 return Labels::failed(form.failure());
             const RefundState refund = refundState(label);
             const bool isUsps = label.carrier.trimmed().compare(u"USPS"_s, Qt::CaseInsensitive) == 0;
-            if (isUsps && !*form && refund != RefundState::pending && refund != RefundState::granted)
+            if (isUsps && isCarriersId(label.transactionID) && !*form && refund != RefundState::pending &&
+                refund != RefundState::granted)
                 missing += label;
         }
         return Labels(missing);
@@ -304,127 +295,11 @@ Task<QByteArray> ScanFormFlow::fetchDocument(QString link)
     co_return document;
 }
 
-/// The form among the account's latest manifests; nothing if it is not there.
-Task<std::optional<ShippoManifest>> ScanFormFlow::findListed(ScanForm form)
-{
-    const QList<ShippoManifest> newest = co_await m_app.shippo.newestManifests();
-    for (const ShippoManifest &manifest : newest) {
-        const bool isKnown =
-            co_await onPool([this, id = manifest.objectId] { return m_app.scanForms.knowsManifest(id).orThrow(); });
-        if (isKnown || !isLater(manifest, form))
-            continue;
-        ShippoManifest whole = manifest;
-        if (manifest.transactions.value_or(QList<QString>()).isEmpty() && isPending(manifest))
-            whole = co_await m_app.shippo.manifest(manifest.objectId); // its labels are named once it is made
-        if (holdsLabelsOf(whole, form))
-            co_return whole;
-    }
-    co_return std::nullopt;
-}
-
-/// Looks up a requested form at the carrier. Throws while the carrier cannot be asked, and for the minute in which the
-/// request may still arrive there.
-Task<ScanFormFlow::Recovery> ScanFormFlow::findManifest(ScanForm form)
-{
-    const bool mayArrive = m_arrivals.mayStillArrive(QString::number(form.id), form.askedAt);
-    QString id = form.manifestId;
-    if (id.isEmpty()) {
-        try {
-            const std::optional<ShippoManifest> listed = co_await findListed(form);
-            if (listed && manifestStatus(*listed) == ManifestStatus::error)
-                co_return Recovery{};
-            id = listed ? listed->objectId : QString();
-        } catch (const ShippoError &error) {
-            if (mayArrive)
-                throw;
-            m_app.errors.record(u"SCAN Form"_s, error, Popup::no);
-            co_return Recovery{.isUnknown = true}; // the carrier answers, but cannot tell: waiting does not help
-        } catch (const DecodeError &error) {
-            if (mayArrive)
-                throw;
-            m_app.errors.record(u"SCAN Form"_s, error, Popup::no);
-            co_return Recovery{.isUnknown = true};
-        }
-    }
-    if (id.isEmpty() && mayArrive)
-        throw ShippoError::api(u"We don't know yet if the SCAN form of %1 was made. Try again in a minute."_s.arg(
-            dateTimeText(form.askedAt)));
-    Recovery recovery;
-    if (!id.isEmpty()) {
-        const ShippoManifest manifest = co_await m_app.shippo.manifest(id);
-        if (manifestStatus(manifest) == ManifestStatus::success)
-            recovery.manifest = manifest;
-    }
-    co_return recovery;
-}
-
-/// Returns the first document of a form whose response was lost; empty if the carrier did not make the form, has no
-/// document for it, or cannot tell.
-Task<std::optional<ScanFormFlow::Documents>> ScanFormFlow::recoverForm(ScanForm form)
-{
-    const Recovery recovery = co_await findManifest(form);
-    if (recovery.isUnknown)
-        co_return std::nullopt; // it stays under way: the carrier may tell later
-    const std::optional<ShippoManifest> &made = recovery.manifest;
-    if (made && made->documents && !made->documents->isEmpty())
-        co_return co_await fetchDocuments(form, *made);
-    const bool closed = co_await onPool([this, form, made] {
-        return made ? m_app.scanForms.setMade(form.id, made->objectId, made->transactions.value_or(QList<QString>())) &&
-                          m_app.scanForms.store(form.id, {})
-                    : m_app.scanForms.remove(form.id);
-    });
-    if (!closed)
-        throw notStored(m_app.log);
-    co_return std::nullopt;
-}
-
-/// Recovers SCAN forms whose response was lost. True if one is from today; it becomes the shown form. An older form is
-/// only added to the history: it is no longer handed over, and a failure to fetch it must not block today's form.
-Task<bool> ScanFormFlow::recoverForms(QList<ScanForm> forms)
-{
-    bool shown = false;
-    for (const ScanForm &form : forms) {
-        const bool isOfToday = form.askedAt.toLocalTime().date() == m_app.platform.clock.now().date();
-        std::optional<Documents> documents;
-        try {
-            documents = co_await recoverForm(form);
-        } catch (const AppError &) {
-            if (isOfToday)
-                throw;
-        }
-        if (!documents || !isOfToday)
-            continue;
-        showForm(*documents, form.labels);
-        shown = true;
-    }
-    co_return shown;
-}
-
 void ScanFormFlow::showForm(const Documents &documents, qsizetype labels)
 {
     m_app.scanFormPDF = documents.first;
     m_app.scanFormStatus = readyText(labels, documents.leftOff) + documents.note;
     m_app.scanFormComplete = documents.note.isEmpty();
-}
-
-/// Runs with the refund sync; silent if the carrier cannot be asked.
-Task<> ScanFormFlow::recoverLostForms()
-{
-    const QList<ScanForm> lost = co_await onPool([this] {
-        const QString token = m_app.keys.activeToken().value_or(QString());
-        return token.isEmpty()
-                   ? QList<ScanForm>()
-                   : m_app.scanForms.underWay(ShippoKeys::isTest(token)).valueOr({}); // the next sync retries
-    });
-    if (m_app.scanFormBusy || lost.isEmpty())
-        co_return;
-    m_app.scanFormBusy = true;
-    m_app.scanFormComplete = true;
-    const auto done = qScopeGuard([this] { m_app.scanFormBusy = false; });
-    try {
-        co_await recoverForms(lost);
-    } catch (const AppError &) { // the next press of SCAN Form shows the error
-    }
 }
 
 } // namespace parcelory

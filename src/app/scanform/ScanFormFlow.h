@@ -29,6 +29,7 @@ private:
         bool isUnknown = false;                      ///< the carrier cannot tell
     };
 
+    static AppError notStored(const ShipmentLog &log);
     void fail(const AppError &error);
     Task<LogRead<QList<ShipmentRecord>>> todaysLabels(ScanFormScope scope);
     Task<> showNoLabelsToManifest(bool testKey);

@@ -63,6 +63,9 @@ void OpenItemsList::refreshItems()
 
 void OpenItemsList::refresh()
 {
+    const auto item = chosen();
+    if (item && m_items.isShown && m_log.selected.value() != item->label.id)
+        m_items.choose(item); // the buttons act on the label that stands out here
     const QString search = m_items.search.value().trimmed();
     setCurrentIndex(m_items.items().isEmpty() ? 1 : 0);
     m_empty->set(search.isEmpty() ? u"ui_success"_s : u"ui_search"_s,

@@ -84,7 +84,7 @@ TEST_F(OpenItemsScreenTest, AsksForLabelsOnTheirWayNewestFirstAndPausesWhenTold)
     EXPECT_GE(first.secsTo(clock.now()), 6 * 3600 - 65) << "hours after the question before the pause";
     EXPECT_EQ(asked(), u"Ana"_s);
     carrier.setScenario({.dropConnection = true});
-    runUntil([this] { return carrier.requests().size() == 1; }, &clock);
+    runUntil([this] { return carrier.requests().size() >= 1; }, &clock);
     carrier.setScenario({});
     tracking.isOn = false;
     runUntil([this] { return tracking.followed == 0; }, &clock);
@@ -127,8 +127,16 @@ TEST_F(OpenItemsScreenTest, TakesItemsOffAndDoesTheirNextStep)
     runUntil([this] { return listed() == u"Ana NOT_SCANNED"_s; });
     const auto row = *app->log.find(ben.label);
     EXPECT_NE(refundState(*row), RefundState::none);
-    const OpenItem back{.reason = OpenReason::returned, .label = *row};
-    runTask(items.act(back));
+    OpenItem back{.reason = OpenReason::returned, .label = *row};
+    const QString streets[][3] = {{u"Bend Coins, 88 Quarry Ln"_s, u"Bend Coins"_s, u"88 Quarry Ln"_s},
+                                  {u"PO Box 12"_s, {}, u"PO Box 12"_s},
+                                  {u"Bend Coins, Quarry Ln"_s, {}, {}}};
+    for (const auto &[text, company, street] : streets) {
+        back.label.recipient = u"Ben, %1, Bend OR 97702"_s.arg(text);
+        runTask(items.act(back));
+        EXPECT_EQ(app->draftTo.value().company, company);
+        EXPECT_EQ(app->draftTo.value().street1, street);
+    }
     EXPECT_TRUE(app->tab == MainTab::newLabel && app->draftTo.value().zip == u"97702" &&
                 app->draftReference == u"47806");
 }
