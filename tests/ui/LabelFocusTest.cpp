@@ -119,23 +119,6 @@ TEST(LabelFocus, StaysInTheFormWhenTheRatesGo)
     EXPECT_EQ(desk.focusName(), u"Recipient name");
 }
 
-TEST(LabelFocus, ARecipientThatIsFilledDuringARequestIsCheckedAfterIt)
-{
-    WindowDesk desk;
-    desk.compose(homeAddress());
-    desk.label().validationOK = true;
-    desk.carrier.setScenario({.holdsAnswers = true});
-    desk.press(Qt::Key_R, Qt::ControlModifier);
-    ASSERT_TRUE(desk.label().busy);
-    const DesklineInvoice invoice{.invoiceID = u"48213"_s, .address = homeAddress()};
-    desk.app().fillFromInvoice(invoice);
-    emit desk.app().recipientTaken();
-    desk.carrier.setScenario({});
-    desk.wait([&] { return !desk.label().busy && desk.label().validationOK.value(); });
-    desk.idle();
-    EXPECT_TRUE(desk.label().validationOK);
-}
-
 TEST(LabelFocus, TheFocusGoesToWhatIsToBeMended)
 {
     ShippoAddress nowhere = homeAddress(), noCity = homeAddress();

@@ -8,6 +8,8 @@
 
 #include <QRegularExpression>
 
+#include <QPointer>
+
 #include <algorithm>
 #include <optional>
 #include <utility>
@@ -126,6 +128,7 @@ Task<> OpenItemsScreen::rebuild()
         bool hasLabels;
         QList<OpenItem> items, shown;
     };
+    const QPointer alive(this);
     while (std::exchange(m_isStale, false)) {
         const Built built = co_await onPool([&log = m_app.log, now = m_app.platform.clock.now(), text = search.value(),
                                              copy = lateCopy()] {
@@ -142,6 +145,8 @@ Task<> OpenItemsScreen::rebuild()
             built.shown = matching(built.items, text);
             return built;
         });
+        if (!alive)
+            co_return;
         readFailure = built.failure;
         hasLabels = built.hasLabels || !built.failure.isEmpty();
         if (!built.failure.isEmpty())

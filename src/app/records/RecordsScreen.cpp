@@ -14,6 +14,8 @@
 #include <QFileInfo>
 #include <QScopeGuard>
 
+#include <QPointer>
+
 #include <algorithm>
 #include <utility>
 
@@ -194,7 +196,10 @@ Task<> RecordsScreen::copyDaily()
 
 Task<> RecordsScreen::list()
 {
-    copies = co_await onPool([&stored = m_app.copies] { return stored.list(); });
+    const QPointer alive(this);
+    const QList<RecordCopy> listed = co_await onPool([&stored = m_app.copies] { return stored.list(); });
+    if (alive)
+        copies = listed;
 }
 
 Task<> RecordsScreen::copyNow(CopyReason reason)

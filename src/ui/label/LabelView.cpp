@@ -179,11 +179,9 @@ void LabelView::focusInvoiceNumber()
     m_sidebar->focusInvoiceNumber();
 }
 
-/// Validates a recipient that was filled in, at once or after the operation in progress, or takes the clerk to what it
-/// lacks.
+/// Validates a recipient that was filled in right away, or takes the clerk to what it lacks.
 void LabelView::takeRecipient()
 {
-    m_filledMeanwhile = m_screen.busy;
     if (m_screen.validatesFills()) {
         validate();
     } else if (!m_screen.busy) {
@@ -216,9 +214,7 @@ void LabelView::start(std::function<Task<>()> operation)
         setFocus();
     spawn([self = QPointer(this), operation = std::move(operation)]() -> Task<> {
         co_await operation();
-        if (self && std::exchange(self->m_filledMeanwhile, false))
-            QMetaObject::invokeMethod(self, &LabelView::takeRecipient, Qt::QueuedConnection);
-        else if (self) // after the views have refreshed, so that re-enabled controls can take the focus
+        if (self) // after the views have refreshed, so that re-enabled controls can take the focus
             QMetaObject::invokeMethod(self, &LabelView::settleFocus, Qt::QueuedConnection);
     });
 }

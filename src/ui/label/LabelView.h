@@ -86,9 +86,8 @@ private:
     UnresolvedPurchasesBar *m_unresolved;
     bool m_peeking = false; ///< the sidebar replaces the rates in a window too narrow for both
     QPointer<PaperworkDialog> m_paperwork;
-    bool m_filledMeanwhile = false; ///< a recipient was filled in while an operation was in progress
-    bool m_typedMeanwhile = false;  ///< since the operation began: the focus stays where the clerk types
-    QPointer<QWidget> m_pressed;    ///< had the focus when the operation began
+    bool m_typedMeanwhile = false; ///< since the operation began: the focus stays where the clerk types
+    QPointer<QWidget> m_pressed;   ///< had the focus when the operation began
     RefreshScheduler m_refresh;
 };
 
