@@ -80,7 +80,7 @@ public:
     QString path() const { return m_path; }
     /// How many entries a book has that its copy lacks; 0 if either cannot be read.
     static int addedSince(const QString &present, const QString &copy);
-    /// Lets `replace` put another file in the book's place, while nobody reads or writes it. Returns its result.
+    /// Runs `replace`, which puts another file in the book's place; other threads wait. Returns its result.
     QString replaceFile(const std::function<QString()> &replace);
 
 private:

@@ -11,7 +11,7 @@ namespace parcelory {
 /// next such change replaces it.
 class LastChange : public Observable {
 public:
-    Observed<QString> text{this}; ///< empty: there is none
+    Observed<QString> text{this}; ///< empty if no change can be taken back
 
     /// Returns a number for forget().
     int note(const QString &what, std::function<void()> takeBack)

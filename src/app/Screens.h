@@ -54,7 +54,7 @@ public:
     /// Restarts into the downloaded update once the draft is on the disk. Call only if mayRestart().
     Task<> restartIntoUpdate();
 
-    /// The last change that undo() takes back, for the status strip; empty if there is none. A label's recipient may
+    /// The last change that undo() takes back, for the status strip; empty without a change. A label's recipient may
     /// have changed an entry of the address book.
     QString changeText() const;
     /// True if undo() would do something in the tab that is shown.

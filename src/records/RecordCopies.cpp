@@ -41,7 +41,7 @@ QString freeName(const QDir &copies, const QString &name)
     return free;
 }
 
-/// A program that was killed leaves its unfinished copy; a copy that is a day old is nobody's work any more.
+/// A program that was killed leaves its unfinished copy; no program works on a copy for a day.
 void removeLeftovers(const QDir &copies, const QDateTime &now)
 {
     for (const QFileInfo &entry : copies.entryInfoList({u'*' + partial}, QDir::Dirs | QDir::NoDotAndDotDot)) {

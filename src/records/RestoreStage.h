@@ -48,7 +48,7 @@ public:
     QString path(const QString &name) const;
     /// Waits until all of it is on the disk.
     QString sync() const;
-    /// Puts the files in place of the present ones, all or none. Nobody may have the present files open for writing.
+    /// Puts the files in place of the present ones, or changes no file. Close the present files first.
     QString commit(const RestoreNote &note);
 
     /// At the start of the program, before the records are opened: completes or undoes a restore that was interrupted.

@@ -360,7 +360,7 @@ QString ShipmentLog::replaceFile(const std::function<QString()> &takeLast, const
         if (!failure.isEmpty())
             return failure;
         const Turn turn(*this);
-        // Other programs must not be in the middle of a write. A damaged file cannot be locked, and nobody writes it.
+        // Other programs must not be in the middle of a write. A damaged file cannot be locked or written.
         if (m_db.isOpen() && !Statement(m_db, "BEGIN EXCLUSIVE").execute() && m_db.isLocked())
             return reasonOf(m_db);
         failure = replace();

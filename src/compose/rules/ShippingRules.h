@@ -18,7 +18,7 @@ public:
 
     Observed<RuleBook> book{this};
     Observed<bool> isBuiltIn{this, true};
-    Observed<QString> refusal{this}; ///< why the data folder's file is not used; empty if it is, or if there is none
+    Observed<QString> refusal{this}; ///< why the data folder's file is not used; empty if it is used or missing
     Observed<QStringList> off{this}; ///< ids of the rules that are switched off; assigning stores them
 
     /// Reads the data folder's file. At the start.

@@ -9,7 +9,7 @@ namespace parcelory {
 
 class OpenItemsTable;
 
-/// The open items in the place of the mailing log's table, or why there are none.
+/// The open items in the place of the mailing log's table, or why the list is empty.
 class OpenItemsList : public QStackedWidget {
     Q_OBJECT
 public:
