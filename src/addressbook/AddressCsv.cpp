@@ -7,6 +7,8 @@
 
 #include <QStringList>
 
+#include <QStringConverter>
+
 #include <algorithm>
 #include <tuple>
 #include <utility>
@@ -30,6 +32,12 @@ QByteArray quotedRow(const QStringList &fields)
         "imported. Import the vCard export instead."_s);
 }
 
+/// A byte order mark is a part of the field, which QString::fromUtf8 would drop.
+QString textOf(const QByteArray &field)
+{
+    return QStringDecoder(QStringConverter::Utf8, QStringConverter::Flag::ConvertInitialBom)(field);
+}
+
 /// Takes the next quoted field of a row; `at` is then behind it.
 QString takeField(const QByteArray &file, qsizetype &at)
 {
@@ -43,7 +51,7 @@ QString takeField(const QByteArray &file, qsizetype &at)
         field += QByteArrayView(file).sliced(at, quote - at);
         at = quote + 1;
         if (at >= file.size() || file[at] != '"')
-            return QString::fromUtf8(field);
+            return textOf(field);
         field += '"';
     }
 }

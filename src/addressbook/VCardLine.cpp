@@ -165,7 +165,7 @@ QString VCardProperty::text() const
 QStringList VCardProperty::parts(qsizetype most) const
 {
     QString whole = decoded(isQuotedPrintable() ? unquoted(value) : value, parameter("CHARSET"));
-    whole.replace(u"\r\n"_s, u"\n"_s).replace(u'\r', u'\n');
+    whole.replace(u"\r\n"_s, u"\n"_s).replace(u'\r', u'\n').remove(QChar(QChar::ByteOrderMark));
     QStringList parts{{}};
     for (qsizetype at = 0; at < whole.size(); ++at) {
         if (whole[at] == u';' && most) {

@@ -61,8 +61,9 @@ TEST_F(LabelPreviewTest, TellsWhyThereIsNoPicture)
                  {record(u"Broken"_s, "<html>"), State::undrawable}};
     for (const auto &row : table) {
         preview.show(row.record);
-        EXPECT_EQ(state(preview), State::drawing) << "never the former label";
-        EXPECT_FALSE(preview.sight.value().picture);
+        const State first = state(preview); // on the pool, the work may be done at once
+        EXPECT_TRUE(first == State::drawing || first == row.state) << "never the former label";
+        EXPECT_EQ(preview.sight.value().picture != nullptr, first == State::drawn);
         drawn(preview);
         EXPECT_EQ(state(preview), row.state) << row.record.recipient.toStdString();
         preview.show(row.record);
