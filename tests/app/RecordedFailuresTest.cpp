@@ -26,7 +26,7 @@ struct Desk : CarrierDesk {
         prompts.file = u"/nowhere/file"_s;
         settle();
     }
-    ~Desk() { finish(); }
+    ~Desk() { endRequests(); }
     void finish() { settlePool(5); }
     void run(Task<> task)
     {

@@ -17,6 +17,16 @@ struct CarrierDesk : FakePlatform {
         useToken(PracticeCarrier::testToken);
     }
 
+    /// Releases held answers, and waits for what was asked in the background. Call while the program exists: a request
+    /// that outlives it never ends.
+    void endRequests()
+    {
+        carrier.setScenario({});
+        const QDeadlineTimer most(std::chrono::seconds(2));
+        runUntil([&] { return http.underWay == 0 || most.hasExpired(); });
+        settlePool(5);
+    }
+
     /// The bodies of the POST requests to a path so far.
     QList<Json> sent(const QByteArray &target) const
     {

@@ -25,7 +25,7 @@ struct LabelDesk : CarrierDesk {
     {
         carrier.setScenario({}); // releases its answers
         runUntil([this] { return !screenOwner || !purchases().checking; });
-        settlePool(5);
+        endRequests();
     }
 
     LabelScreen &screen() { return *screenOwner; }

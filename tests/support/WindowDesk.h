@@ -57,6 +57,7 @@ struct WindowDesk : CarrierDesk {
         // turns the loop when this program no longer exists.
         runUntil([this] { return !program->screens().masterLog.busy && !program->screens().endOfDay.isAsking(); },
                  &clock);
+        endRequests();
         runTask(program->screens().keys.refresh()); // these threads run jobs in order, so these are their last
         runTask(app().credentials.stored());
         constexpr int longestChain = 32; // more jobs than a coroutine starts in sequence
