@@ -37,14 +37,12 @@ EndOfDayScreen::EndOfDayScreen(AppState &app, const KeysScreen &keys, MailingLog
     m_notifiers.push_back(app.scanFormBusy.addNotifier([this] { reread(); }));
     m_notifiers.push_back(app.keyChanges.addNotifier([this] { // the new key may belong to another account
         m_accounts.clear();
-        compare();
-        reread(); // without the former account's differences
+        showAnew(); // without the former account's differences
     }));
     connect(&keys, &Observable::changed, this, [this] {
         if (std::exchange(m_mode, m_keys.mode) == m_keys.mode)
             return;
-        reread();
-        compare();
+        showAnew();
     });
 }
 
@@ -55,8 +53,7 @@ void EndOfDayScreen::open()
     message = QString();
     day = m_app.platform.clock.now().date();
     selected = QString();
-    reread();
-    compare();
+    showAnew();
 }
 
 void EndOfDayScreen::close()
@@ -76,8 +73,13 @@ void EndOfDayScreen::showDay(QDate wanted)
     day = shown;
     selected = QString();
     message = QString();
+    showAnew();
+}
+
+void EndOfDayScreen::showAnew()
+{
+    compare(); // first, because a reading may end at once and tell that the day is compared
     reread();
-    compare();
 }
 
 void EndOfDayScreen::refresh()

@@ -83,6 +83,7 @@ public:
 private:
     bool hasKey() const { return m_keys.mode != PostageMode::none && m_keys.mode != PostageMode::unknown; }
     bool hasFreshForm() const;
+    void showAnew();
     void reread();
     void takeReport(const DayReport &read);
     Task<> readAgain();
