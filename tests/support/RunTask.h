@@ -8,19 +8,21 @@
 #include <QTimer>
 
 #include <optional>
+#include <source_location>
 
 namespace parcelory::test {
 
 /// Runs the event loop until `done` holds. With a `clock`, fires one of its timers after each turn of the loop.
 template <class Done>
-void runUntil(Done done, FakeClock *clock = nullptr)
+void runUntil(Done done, FakeClock *clock = nullptr,
+              const std::source_location &caller = std::source_location::current())
 {
     QDeadlineTimer deadline(std::chrono::seconds(60)); // a busy machine is slow
     QTimer wake;
     wake.start(20);
     while (!done()) {
         if (deadline.hasExpired())
-            qFatal("the test waited in vain");
+            qFatal("%s:%u: the test waited in vain", caller.file_name(), unsigned(caller.line()));
         QCoreApplication::processEvents();
         if (done() || (clock && clock->fireNext()))
             continue;
@@ -30,7 +32,8 @@ void runUntil(Done done, FakeClock *clock = nullptr)
 
 /// Runs a task to its end and returns its result or throws its exception.
 template <class T>
-T runTask(Task<T> task, FakeClock *clock = nullptr)
+T runTask(Task<T> task, FakeClock *clock = nullptr,
+          const std::source_location &caller = std::source_location::current())
 {
     std::exception_ptr error;
     bool done = false;
@@ -47,7 +50,7 @@ T runTask(Task<T> task, FakeClock *clock = nullptr)
         done = true;
     };
     const Task<> driver = drive();
-    runUntil([&done] { return done; }, clock);
+    runUntil([&done] { return done; }, clock, caller);
     if (error)
         std::rethrow_exception(error);
     if constexpr (!std::is_void_v<T>)

@@ -69,9 +69,9 @@ struct WindowDesk : CarrierDesk {
     LabelScreen &label() { return program->screens().label; }
 
     template <class Done>
-    void wait(Done done)
+    void wait(Done done, const std::source_location &caller = std::source_location::current())
     {
-        runUntil(done, &clock);
+        runUntil(done, &clock, caller);
         settleAll();
     }
     /// Processes events until no follow-up events are left.
@@ -80,19 +80,20 @@ struct WindowDesk : CarrierDesk {
         for (int turn = 0; turn < 4; ++turn)
             settle();
     }
-    void idle()
+    void idle(const std::source_location &caller = std::source_location::current())
     {
         settleAll();
-        wait([this] { return !label().busy; });
+        wait([this] { return !label().busy; }, caller);
     }
 
     /// Waits until a dialog has the focus and returns it. Fake time does not advance.
-    Dialog *dialog()
+    Dialog *dialog(const std::source_location &caller = std::source_location::current())
     {
-        runUntil([] {
+        const auto isFocused = [] {
             const QWidget *modal = QApplication::activeModalWidget();
             return modal && QGuiApplication::focusWindow() == modal->windowHandle();
-        });
+        };
+        runUntil(isFocused, nullptr, caller);
         return qobject_cast<Dialog *>(QApplication::activeModalWidget());
     }
 
