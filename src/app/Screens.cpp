@@ -12,6 +12,8 @@
 #include "records/SenderStore.h"
 #include "records/ShipmentRecord.h"
 
+#include <QScopeGuard>
+
 #include <optional>
 
 namespace parcelory {
@@ -85,6 +87,10 @@ Task<> Screens::refundSecond(ShipmentRecord label)
 
 Task<> Screens::restartIntoUpdate()
 {
+    if (restarting || !mayRestart())
+        co_return;
+    restarting = true;
+    const auto done = qScopeGuard([this] { restarting = false; });
     try {
         co_await copyRecordsBefore(m_app, CopyReason::beforeUpdate);
     } catch (const AppError &error) {
@@ -92,7 +98,8 @@ Task<> Screens::restartIntoUpdate()
         co_return; // as the clerk chose
     }
     co_await draft.storeNow();
-    co_await updates.relaunchNow();
+    // The copy may take a while: the clerk may have called the restart off, or pressed Buy.
+    co_await updates.relaunchNow([this] { return restarting && mayRestart(); });
 }
 
 QString Screens::changeText() const

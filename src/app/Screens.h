@@ -51,8 +51,11 @@ public:
     Activity activity;
     SupportBundle support;
 
-    /// Restarts into the downloaded update once the draft is on the disk. Call only if mayRestart().
+    /// Restarts into the downloaded update once the records are copied and the draft is on the disk. Does nothing if
+    /// the restart is called off or mayRestart() is false by then.
     Task<> restartIntoUpdate();
+    void callOffRestart() { restarting = false; }
+    Observed<bool> restarting{this, false}; ///< on the way to the end of the program
 
     /// The last change that undo() takes back, for the status strip; empty without a change. A label's recipient may
     /// have changed an entry of the address book.
@@ -74,7 +77,8 @@ public:
     /// The restart into an update ends the process, so it must wait for a purchase, refund or SCAN form in progress.
     bool mayRestart() const
     {
-        return !label.busy && !mailingLog.busy && !m_app.scanFormBusy && !records.restore.running;
+        return !label.busy && !label.purchases.checking && !mailingLog.busy && !m_app.scanFormBusy &&
+               !records.restore.running;
     }
     /// At the start: offers a copy if the records are damaged, or says what else is wrong with the mailing log; then
     /// makes the copy of the day.

@@ -28,6 +28,7 @@ const QString newestHundred = u"transactions?results=100"_s;
 constexpr qsizetype metadataLimit = 100;
 constexpr qint64 carrierDrift = 3600; ///< seconds by which the clocks of the carrier's machines may differ
 constexpr qint64 documentLimit = 16 * 1024 * 1024;
+constexpr std::chrono::milliseconds longestListing = std::chrono::minutes(1); ///< of all pages; then no page is read
 
 } // namespace
 
@@ -68,7 +69,12 @@ Task<ShippoTransaction> ShippoClient::purchase(QString rateId, QString labelFile
 
 Task<QList<ShippoTransaction>> ShippoClient::purchasesOf(QString rateId, QDateTime asked, QDateTime rated)
 {
-    const auto fetch = [this](const QString &path) { return listedPurchases(path); };
+    const QDateTime begun = m_clock.steadyNow();
+    const auto fetch = [this, begun](const QString &path) {
+        if (begun.msecsTo(m_clock.steadyNow()) > longestListing.count())
+            throw AppError(u"The carrier takes too long to list its labels."_s);
+        return listedPurchases(path);
+    };
     const auto created = [](const ShippoTransaction &transaction) { return transaction.objectCreated; };
     const auto listing = std::make_shared<Listing>();
     const bool isProof = rated.isValid();

@@ -83,15 +83,16 @@ void UpdatePrompt::refresh()
     m_text->setText(phase == UpdatePhase::ready
                         ? u"Parcelory "_s + version + u" downloaded — ready to install."_s
                         : u"Parcelory "_s + version + u" is ready — you're on "_s + m_updates.installedVersion());
-    m_status->setText(phase == UpdatePhase::ready && !m_screens.mayRestart()
-                          ? u"Waiting for an operation with the carrier to finish."_s
-                          : m_updates.status.value());
+    const bool isReady = phase == UpdatePhase::ready, isHeldUp = isReady && !m_screens.mayRestart();
+    m_status->setText(isHeldUp               ? u"Waiting for an operation with the carrier to finish."_s
+                      : m_screens.restarting ? u"Copying the records before the restart…"_s
+                                             : m_updates.status.value());
     m_status->setVisible(!m_status->text().isEmpty());
     m_bar->setVisible(phase == UpdatePhase::downloading);
     m_bar->setProgress(m_updates.progress.value().value_or(0));
-    m_dismiss->setText(phase == UpdatePhase::ready ? u"Later"_s : u"Not Now"_s);
-    m_next->setText(phase == UpdatePhase::ready ? u"Update && Restart"_s : u"Download"_s);
-    m_next->setEnabled(phase == UpdatePhase::idle || (phase == UpdatePhase::ready && m_screens.mayRestart()));
+    m_dismiss->setText(isReady ? u"Later"_s : u"Not Now"_s);
+    m_next->setText(isReady ? u"Update && Restart"_s : u"Download"_s);
+    m_next->setEnabled(phase == UpdatePhase::idle || (isReady && !isHeldUp && !m_screens.restarting));
     if (std::exchange(m_shownPhase, phase) != phase)
         chooseDefault();
     if (isVisible())
@@ -108,9 +109,10 @@ void UpdatePrompt::chooseDefault()
 
 void UpdatePrompt::done(int result)
 {
-    if (result != Accepted)
+    if (result != Accepted) {
+        m_screens.callOffRestart();
         Dialog::done(result);
-    else if (m_updates.phase == UpdatePhase::ready && m_screens.mayRestart())
+    } else if (m_updates.phase == UpdatePhase::ready && m_screens.mayRestart())
         spawn([&screens = m_screens] { return screens.restartIntoUpdate(); });
     else if (m_updates.phase == UpdatePhase::idle)
         spawn([&updates = m_updates] { return updates.install(); });

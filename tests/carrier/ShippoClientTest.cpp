@@ -2,6 +2,8 @@
 #include "carrier/RequestBodies.h"
 #include "compose/Customs.h"
 
+#include <QTimeZone>
+
 namespace parcelory::test {
 namespace {
 
@@ -202,7 +204,7 @@ TEST_F(ShippoClientTest, PollsAQueuedPurchaseAndReturnsItIfItStaysQueued)
 
 TEST_F(ShippoClientTest, OnlyTheCarriersOwnTimeProvesThatNothingWasBought)
 {
-    const QDateTime rated(QDate(2026, 11, 20), QTime(12, 0), Qt::UTC);
+    const QDateTime rated(QDate(2026, 11, 20), QTime(12, 0), QTimeZone::utc());
     const auto page = [](const QDateTime &newest, const char *rate, const char *next) {
         return R"({"next": )" + QByteArray(next) +
                R"(, "results": [{"object_id": "t", "status": "SUCCESS", "rate": ")" + rate +

@@ -6,6 +6,8 @@
 #include "support/LogFile.h"
 #include "support/Test.h"
 
+#include <QTimeZone>
+
 #include <deque>
 #include <random>
 
@@ -147,7 +149,7 @@ TEST(OpenItems, MissNoRefundInAYearAndNeverAskTooOften)
         std::optional<QDateTime> alarmedAt; ///< first of all
     };
     std::vector<Parcel> parcels;
-    const QDateTime begin(QDate(2026, 1, 1), QTime(9, 0), Qt::UTC);
+    const QDateTime begin(QDate(2026, 1, 1), QTime(9, 0), QTimeZone::utc());
     for (int number = 1; number <= 5000; ++number) {
         Parcel parcel{.facts = {.label = labelOf(0, number)}, .scannedAt = {}, .shownAt = {}, .alarmedAt = {}};
         parcel.facts.label.createdAt = begin.addSecs(qint64(number) * 365 * 86400 / 5000);

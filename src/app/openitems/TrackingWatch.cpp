@@ -67,13 +67,13 @@ QString TrackingWatch::text() const
     if (pausedUntil.value())
         return u"The carrier asks for a pause — going on at %1."_s.arg(timeText(*pausedUntil.value()));
     if (left > 0)
-        return u"Asking for tracking — %1 left."_s.arg(left);
+        return u"Asking for tracking — %1 left."_s.arg(left.value());
     if (!askedAt.value())
         return {};
     return (followed == 1 ? u"Tracking asked at %1 for %2 label that is on its way."_s
                           : u"Tracking asked at %1 for %2 labels that are on their way."_s)
         .arg(timeText(*askedAt.value()))
-        .arg(followed);
+        .arg(followed.value());
 }
 
 Task<> TrackingWatch::start()

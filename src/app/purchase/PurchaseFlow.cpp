@@ -134,12 +134,15 @@ Task<SaleResult> PurchaseFlow::lookFor(SaleResult unknown)
 {
     constexpr int looks = 3;
     constexpr auto pause = std::chrono::seconds(2);
+    constexpr std::chrono::milliseconds longest = std::chrono::minutes(1); // the clerk waits; later looks follow
     SaleResult result = unknown;
     OpenPurchase &entry = result.entry;
     // Not askedAt: the response may have failed only after a minute.
     const QDateTime since = m_app.platform.clock.steadyNow();
     co_await save(entry);
     for (int look = 0; look < looks; ++look) {
+        if (since.msecsTo(m_app.platform.clock.steadyNow()) > longest.count())
+            break;
         if (look > 0)
             co_await m_app.platform.clock.sleep(pause);
         result.answer = co_await lookUpPurchase(m_app, entry, since);

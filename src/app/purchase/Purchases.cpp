@@ -27,6 +27,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+const QString journalContext = u"Purchase Journal"_s;
 constexpr int mostDays = 30;   ///< an unresolved purchase that is older is given up
 constexpr int enoughLooks = 3; ///< lookups in vain after which buying is enabled again
 
@@ -47,6 +48,7 @@ Task<> Purchases::load()
     });
     if (std::exchange(m_isLoaded, true)) // another call was faster, and a new purchase may be in the list by now
         co_return;
+    m_isJournalNew = true;
     const QDateTime now = m_app.platform.clock.steadyNow();
     for (const OpenPurchase &purchase : open)
         replaceUnresolved(purchase.id,
@@ -56,17 +58,25 @@ Task<> Purchases::load()
 /// Lists the purchases that a restored copy of the journal has brought.
 Task<> Purchases::resumeRestored()
 {
-    const QList<OpenPurchase> open = co_await onPool(m_app.journal, &PurchaseJournal::openPurchases);
     const QDateTime now = m_app.platform.clock.steadyNow();
-    for (const OpenPurchase &purchase : open) {
-        const bool isListed = std::ranges::any_of(unresolved.value(), [&purchase](const UnresolvedPurchase &listed) {
-            return listed.purchase.id == purchase.id;
-        });
-        if (!isListed)
-            replaceUnresolved(purchase.id,
-                              UnresolvedPurchase{.purchase = purchase, .text = u"Asking the carrier…"_s, .since = now});
+    try {
+        const QList<OpenPurchase> open = co_await onPool(m_app.journal, &PurchaseJournal::openPurchases);
+        for (const OpenPurchase &purchase : open) {
+            if (!isListed(purchase.id))
+                replaceUnresolved(
+                    purchase.id,
+                    UnresolvedPurchase{.purchase = purchase, .text = u"Asking the carrier…"_s, .since = now});
+        }
+    } catch (const AppError &error) {
+        m_app.errors.record(journalContext, error, Popup::yes);
     }
     co_await resume();
+}
+
+bool Purchases::isListed(qint64 id) const
+{
+    return std::ranges::any_of(unresolved.value(),
+                               [id](const UnresolvedPurchase &listed) { return listed.purchase.id == id; });
 }
 
 Task<qint64> Purchases::begin(OpenPurchase purchase)
@@ -114,13 +124,18 @@ Task<> Purchases::loadIfPossible()
 
 Task<> Purchases::resume()
 {
-    co_await loadIfPossible();
+    // The last run may have ended within the minute in which a repeated request still arrives.
+    m_looksForSeconds = !m_app.keys.activeName().isEmpty();
+    co_await checkAgain();
+}
+
+/// What the clerk must know about the journal and was not told yet. A journal that is opened late may be damaged.
+Task<QString> Purchases::newTrouble()
+{
+    if (!std::exchange(m_isJournalNew, false))
+        co_return QString();
     const QString trouble = co_await onPool(m_app.journal, &PurchaseJournal::trouble);
-    co_await recheckAll();
-    if (!trouble.isEmpty()) {
-        m_app.errors.record(u"Purchase Journal"_s, AppError(trouble), Popup::no);
-        co_await m_app.platform.prompts.alert(u"Purchase Journal"_s, trouble);
-    }
+    co_return std::exchange(m_toldTrouble, trouble) == trouble ? QString() : trouble;
 }
 
 Task<> Purchases::giveUp(OpenPurchase purchase)
@@ -171,7 +186,12 @@ Task<> Purchases::resolveByHand(qint64 id, ByHand outcome)
 Task<> Purchases::checkAgain()
 {
     co_await loadIfPossible();
+    const QString trouble = co_await newTrouble();
     co_await recheckAll();
+    if (trouble.isEmpty())
+        co_return;
+    m_app.errors.record(journalContext, AppError(trouble), Popup::no);
+    co_await m_app.platform.prompts.alert(journalContext, trouble);
 }
 
 Task<> Purchases::recheckAll()
@@ -192,20 +212,20 @@ Task<> Purchases::recheckAll()
 Task<> Purchases::recheck(UnresolvedPurchase pending)
 {
     const OpenPurchase &purchase = pending.purchase;
-    const QDateTime now = m_app.platform.clock.now(), steadyNow = m_app.platform.clock.steadyNow();
+    const QDateTime steadyNow = m_app.platform.clock.steadyNow();
     const LookupAnswer answer = co_await lookUpPurchase(m_app, purchase, pending.since);
-    const bool isResolvedByHand = std::ranges::none_of(
-        unresolved.value(), [&purchase](const UnresolvedPurchase &open) { return open.purchase.id == purchase.id; });
+    const bool isResolvedByHand = !isListed(purchase.id);
     if (isResolvedByHand && answer.verdict != LookupAnswer::Verdict::bought)
         co_return;
     switch (answer.verdict) {
     case LookupAnswer::Verdict::unknown:
-        // Not at the first look, nor without the carrier's answer: the day is the desk's clock's.
-        if (answer.isInconclusive && pending.looks >= enoughLooks && purchase.askedAt.daysTo(now) > mostDays) {
+        if (mayGiveUp(pending, answer)) {
             co_await giveUp(purchase);
             break;
         }
         pending.purchase = co_await m_flow.noted(purchase, answer);
+        if (!isListed(purchase.id)) // resolved by hand meanwhile
+            break;
         pending.text = answer.text;
         ++pending.looks;
         // A lost request has arrived by now, or never will. If the carrier still cannot tell, waiting does not help.
@@ -226,6 +246,17 @@ Task<> Purchases::recheck(UnresolvedPurchase pending)
              .text = u"%1 was not bought, and nothing was charged."_s.arg(PurchaseTexts::title(purchase.record))});
         break;
     }
+}
+
+/// Not at the first looks, nor without the carrier's answer, nor while the carrier may still sell the label: the day is
+/// the desk's clock's.
+bool Purchases::mayGiveUp(const UnresolvedPurchase &pending, const LookupAnswer &answer) const
+{
+    const Clock &clock = m_app.platform.clock;
+    const OpenPurchase &purchase = pending.purchase;
+    const QDateTime begun = purchase.ratedAt.isValid() ? purchase.ratedAt : purchase.askedAt;
+    return answer.isInconclusive && !answer.transaction && pending.looks >= enoughLooks &&
+           !ShippoClient::mayStillArrive(pending.since, clock.steadyNow()) && begun.daysTo(clock.now()) > mostDays;
 }
 
 Task<> Purchases::finish(UnresolvedPurchase pending, LookupAnswer answer)

@@ -90,6 +90,9 @@ signals:
 private:
     Task<> load();
     Task<> loadIfPossible();
+    Task<QString> newTrouble();
+    bool isListed(qint64 id) const;
+    bool mayGiveUp(const UnresolvedPurchase &pending, const LookupAnswer &answer) const;
     Task<> recheckAll();
     Task<> recheck(UnresolvedPurchase pending);
     Task<> finish(UnresolvedPurchase pending, LookupAnswer answer);
@@ -105,6 +108,8 @@ private:
     PurchaseFlow m_flow;
     bool m_isLoaded = false; ///< what earlier runs left unresolved is in the list
     quint64 m_timer = 0, m_secondsTimer = 0;
+    bool m_isJournalNew = true;     ///< its state is to be told, also why it cannot be opened
+    QString m_toldTrouble;          ///< the last sentence about it
     bool m_looksForSeconds = false; ///< the next check does
     qint64 m_seconds = 0;           ///< how many second labels are or were listed; they have no id of the journal
     Clock::Duration m_pause = firstPause;

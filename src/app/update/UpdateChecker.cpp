@@ -253,18 +253,20 @@ void UpdateChecker::pollProgress(QString archive, qint64 total)
     });
 }
 
-Task<> UpdateChecker::relaunchNow()
+Task<> UpdateChecker::relaunchNow(std::function<bool()> mayEnd)
 {
     if (!stagedHelper || m_relaunching)
         co_return;
     m_relaunching = true;
     const bool staged = co_await onPool(
         [helper = *stagedHelper, app = stagedArgs.last()] { return UpdateTools::isStaged(helper, app); });
-    if (staged) {
+    if (staged && mayEnd()) {
         startHelper();
         co_return;
     }
     m_relaunching = false;
+    if (staged)
+        co_return;
     reportFailure(AppError(u"what was downloaded is no longer there — download it again"_s));
     co_await discard();
 }

@@ -46,8 +46,9 @@ public:
     Task<> checkNow() { return check(true); }
     /// Downloads the offered update and stages it.
     Task<> install();
-    /// Starts the script and ends the program. If the staged files are gone, reports it and allows a new download.
-    Task<> relaunchNow();
+    /// Starts the script and ends the program, unless `mayEnd` is false by then. If the staged files are gone, reports
+    /// it and allows a new download.
+    Task<> relaunchNow(std::function<bool()> mayEnd = [] { return true; });
 
 private:
     struct Notice {

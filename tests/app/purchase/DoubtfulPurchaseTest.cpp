@@ -120,10 +120,32 @@ TEST_F(DoubtfulPurchaseTest, TheMonthsEndNeedsTheCarriersAnswer)
     for (int look = 0; look < 4; ++look)
         checkAgain();
     EXPECT_EQ(purchases().unresolved.value().size(), 1) << "the desk's clock alone ends nothing";
+    clock.advance(61s);
     carrier.setScenario(answering("transactions", 403, "{}", "GET", 1000));
     checkAgain();
     EXPECT_TRUE(purchases().unresolved.value().isEmpty());
     EXPECT_TRUE(errors->entries().first().detail.startsWith(u"The outcome of this purchase was never found: "_s));
+
+    losePurchase(200, R"({"results": []})");
+    clock.start = clock.start.addDays(31);
+    restart();
+    for (int look = 0; look < 3; ++look)
+        checkAgain();
+    EXPECT_EQ(unresolved(), 1) << "the request may still arrive";
+    carrier.setScenario({.queuedReads = 100});
+    clock.advance(61s);
+    checkAgain();
+    EXPECT_EQ(purchases().resolved.value().size(), 1);
+    screen().clearDraft();
+
+    composeAndRate(homeOf(u"Second Parcel"_s));
+    carrier.setScenario({.droppedPath = "transactions/", .queuedReads = 100});
+    pressBuy();
+    clock.start = clock.start.addDays(31);
+    clock.advance(61s);
+    for (int look = 0; look < 5; ++look)
+        checkAgain();
+    EXPECT_EQ(unresolved(), 1) << "the carrier has accepted it";
 }
 
 } // namespace parcelory::test

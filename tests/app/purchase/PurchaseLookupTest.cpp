@@ -73,18 +73,22 @@ TEST_F(PurchaseLookupTest, ALabelIsFoundAmongNewerLabelsWhateverTheDesksClock)
 
 TEST_F(PurchaseLookupTest, BothLabelsOfARepeatedRequestAreLoggedAndTheSecondIsToBeRefunded)
 {
-    // The response is lost, and the sales are found while the clerk waits or by a later check. Or it arrives as usual.
-    for (const QString &kind : {u"Soon"_s, u"Late"_s, u"Usual"_s}) {
+    // The response is lost, and the sales are found while the clerk waits or by a later check. Or it arrives as usual,
+    // and the program runs on or ends.
+    for (const QString &kind : {u"Soon"_s, u"Late"_s, u"Usual"_s, u"Ended"_s}) {
         const ShippoAddress to = homeOf(kind);
         carrier.setScenario({});
         composeAndRate(to);
         carrier.setScenario({.dropConnection = kind == u"Late",
-                             .droppedPath = kind == u"Usual" ? "" : "transactions/",
+                             .droppedPath = kind == u"Usual" || kind == u"Ended" ? "" : "transactions/",
                              .repeatsPurchases = true});
         pressBuy();
         EXPECT_EQ(purchases().resolved.value().isEmpty(), kind != u"Soon") << kind.toStdString();
         carrier.setScenario({});
-        clock.advance(62s);
+        if (kind == u"Ended")
+            restart();
+        else
+            clock.advance(62s);
         checkAgain();
         const QList<ResolvedPurchase> told = purchases().resolved;
         const auto second = std::ranges::find_if(told, &ResolvedPurchase::isSecond);

@@ -175,6 +175,8 @@ TEST_F(PurchasesTest, AnUnresolvedPurchaseEndsInTheErrorLogAfterAMonth)
         restart();
         for (int look = 0; look < 3; ++look)
             checkAgain();
+        clock.advance(61s);
+        checkAgain();
         EXPECT_EQ(unresolved(), open);
         EXPECT_EQ(app->journal.openPurchases().size(), open);
     }
@@ -199,6 +201,21 @@ TEST_F(PurchasesTest, NothingIsBoughtWithoutAJournalNorTwiceIfItIsReadLate)
     EXPECT_EQ(sent("/transactions/").size(), 1) << banner().toStdString(); // a check by itself may have been faster
     checkAgain();
     expectAllLogged(1);
+}
+
+TEST_F(PurchasesTest, DamageThatIsFoundLaterIsTold)
+{
+    auto busy = std::make_unique<PurchaseJournal>(QDir(folder.path()));
+    restart([&busy] { busy->open(); });
+    busy.reset();
+    QFile file(path(u"purchase_journal.sqlite"_s));
+    ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+    file.write(QByteArray(4096, 'x'));
+    file.close();
+    for (int look = 0; look < 2; ++look)
+        checkAgain();
+    EXPECT_TRUE(prompts.alerts.last().second.contains(u"kept as "_s)) << prompts.alerts.last().second.toStdString();
+    EXPECT_EQ(prompts.alerts.size(), 2) << "each sentence once";
 }
 
 TEST_F(PurchasesTest, ADamagedJournalIsKeptAndANewJournalStarted)

@@ -114,6 +114,26 @@ TEST_F(UpdateRestart, DropsWhatNoLongerHolds)
     EXPECT_EQ(label().service.value(), ServiceOption::tracking);
 }
 
+TEST_F(UpdateRestart, IsCalledOffOrHeldUpWhileTheRecordsAreCopied)
+{
+    ASSERT_TRUE(QFile(path(u"blocked"_s)).open(QIODevice::WriteOnly));
+    app->copies.setFolder(QDir(path(u"blocked"_s)));
+    prompts.answer = 0; // goes on without a copy
+    for (const auto &meanwhile : std::initializer_list<std::function<void()>>{[this] { screens->callOffRestart(); },
+                                                                              [this] { app->scanFormBusy = true; }}) {
+        prompts.whileAsked = meanwhile;
+        restart();
+        EXPECT_EQ(prompts.questions.last().title, u"Records Not Copied"_s);
+        EXPECT_TRUE(application.started.isEmpty() && application.ends.isEmpty());
+        EXPECT_FALSE(screens->restarting || screens->updates.isRelaunching());
+        EXPECT_EQ(screens->updates.phase, UpdatePhase::ready) << "another press may follow";
+    }
+    app->scanFormBusy = false;
+    prompts.whileAsked = {};
+    restart();
+    EXPECT_EQ(application.started.size(), 1);
+}
+
 TEST_F(UpdateRestart, AFailedRestartIsReported)
 {
     app->draftTo = homeAddress();
