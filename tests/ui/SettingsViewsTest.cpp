@@ -3,6 +3,7 @@
 #include "ui/sidebar/AddressBookView.h"
 
 #include <QCheckBox>
+#include <QLayout>
 #include <QRadioButton>
 
 namespace parcelory::test {
@@ -203,6 +204,8 @@ TEST_F(SettingsViews, RestoreIsAskedAboutAndDamageLeadsToIt)
     wait([&] { return records.lastGood().has_value(); });
     EXPECT_FALSE(records.canRestore()) << "no copy is chosen";
     records.selected = records.lastGood()->folder;
+    settleAll();
+    EXPECT_TRUE(named<LineEdit>(u"Copies folder"_s, &view())->text().endsWith(u" ▸ Copies"_s));
     for (const bool isDamaged : {false, true}) {
         app().tab = MainTab::newLabel;
         settleAll();
@@ -215,6 +218,8 @@ TEST_F(SettingsViews, RestoreIsAskedAboutAndDamageLeadsToIt)
         click(restore);
         Dialog *asked = dialog();
         wait([&] { return records.restore.canRestore(); });
+        settleAll();
+        EXPECT_EQ(asked->height(), asked->layout()->totalHeightForWidth(asked->width()));
         EXPECT_EQ(asked->windowTitle(), isDamaged ? u"The Mailing Log Is Damaged"_s : u"Restore This Copy?"_s);
         EXPECT_EQ(focusName(), isDamaged ? u"Not Now"_s : u"Cancel"_s);
         EXPECT_TRUE(asked->accessibleDescription().contains(u"Would be lost: Nothing"_s));
