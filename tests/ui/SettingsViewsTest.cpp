@@ -204,8 +204,6 @@ TEST_F(SettingsViews, RestoreIsAskedAboutAndDamageLeadsToIt)
     wait([&] { return records.lastGood().has_value(); });
     EXPECT_FALSE(records.canRestore()) << "no copy is chosen";
     records.selected = records.lastGood()->folder;
-    settleAll();
-    EXPECT_TRUE(named<LineEdit>(u"Copies folder"_s, &view())->text().endsWith(u" ▸ Copies"_s));
     for (const bool isDamaged : {false, true}) {
         app().tab = MainTab::newLabel;
         settleAll();
@@ -213,6 +211,7 @@ TEST_F(SettingsViews, RestoreIsAskedAboutAndDamageLeadsToIt)
         emit records.attentionWanted();
         settleAll();
         EXPECT_EQ(app().tab, MainTab::settings);
+        EXPECT_TRUE(field(u"Copies folder"_s)->text().endsWith(u" ▸ Copies"_s));
         Button *restore = button(u"Restore…"_s, &view());
         EXPECT_EQ(window().focusWidget() == restore, isDamaged);
         click(restore);

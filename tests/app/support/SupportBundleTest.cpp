@@ -79,7 +79,7 @@ struct SupportDesk : testing::Test, CarrierDesk {
         app->replacedRecipient.street1 = elsewhere[4];
         preferences.setValue(settings::customsSigners.key, QStringList{names[7] + u'=' + elsewhere[5]});
         for (const QString &name : elsewhere)
-            fail(u"Shipment of "_s + name);
+            fail(u"Purchase of "_s + name);
         app->log.reload(u"a search without a result"_s);
         for (const QString &name : names)
             fail(u"The carrier refused the address of %1: HTTP 429, status 404."_s.arg(name));
@@ -124,7 +124,7 @@ TEST_F(SupportDesk, TheBundleTellsWhatFailedAndNothingOfAPersonOrAParcel)
          QStringList(std::begin(names), std::end(names)) + QStringList(std::begin(hidden), std::end(hidden)) +
              QStringList{u"Unheard"_s, u"Unknownstreet"_s, u"api.example"_s, u"28801"_s, PracticeCarrier::testToken})
         EXPECT_FALSE(text.contains(secret, Qt::CaseInsensitive)) << secret.toStdString() << '\n' << text.toStdString();
-    EXPECT_EQ(text.count(u"Shipment of […]\n"_s), std::size(elsewhere)) << text.toStdString();
+    EXPECT_EQ(text.count(u"Purchase of […]\n"_s), std::size(elsewhere)) << text.toStdString();
     for (const QString &fact :
          {u"The […] refused the address of […]: HTTP 429, status 404."_s, u"Parcelory: 1.9"_s, u"Labels: 2\n"_s,
           u"Addresses: 2\n"_s, u"Live keys: 1\n"_s, u"Label printer: queue 1\n"_s, u"queue 1: label printer"_s,
