@@ -172,6 +172,7 @@ Task<> Gallery::drawRestore()
                 return;
         }
     });
+    records.folder = u"/Volumes/Desk Backup/Parcelory Copies"_s; // the folder has another name in each run
     m_program.window().settingsView().showPage(SettingsView::Page::records);
     co_await records.openRestore();
     co_await until([&records] { return QApplication::activeModalWidget() && records.restore.canRestore(); });

@@ -2,10 +2,12 @@
 
 #include "app/AppState.h"
 #include "app/purchase/Purchases.h"
+#include "carrier/PurchaseTag.h"
+#include "core/CountryCode.h"
 #include "core/Text.h"
+#include "practice/PracticeSamples.h"
 #include "practice/PracticeTime.h"
 #include "practice/carrier/PracticeCarrier.h"
-#include "practice/carrier/PracticeHistory.h"
 #include "practice/carrier/PracticeLabel.h"
 #include "records/LabelEvents.h"
 #include "records/ScanForms.h"
@@ -14,6 +16,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <string>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;
@@ -81,7 +84,7 @@ QDateTime before(int minutes)
 ShipmentRecord recordOf(const Sample &sample, const PracticeSold &sold)
 {
     const PracticeSale &sale = sample.sale;
-    const auto text = [](const char *words) { return QString::fromLatin1(words); };
+    const auto text = [](const std::string &words) { return QString::fromStdString(words); };
     const QString place = joinPresent({text(sale.city), text(sale.state), text(sale.zip)}, u" "_s);
     const bool isAbroad = text(sale.country) != u"US";
     return {.createdAt = before(sample.minutesAgo),
@@ -168,6 +171,23 @@ void addPracticeDay(AppState &app, Purchases &purchases, PracticeCarrier &carrie
     if (addForm(app, onForm))
         addUnresolved(app, purchases);
     emit app.labelsNoted();
+}
+
+PracticeSold addOtherDesksLabel(const ShippoAddress &recipient, PracticeCarrier &carrier)
+{
+    const ShippoAddress to = recipient.name.trimmed().isEmpty() ? practiceRecipient() : recipient;
+    const QString tag = PurchaseTag::of({.zip = u"97301"_s}, to, Carrier::usps, u"Priority Mail"_s).text();
+    return carrier.seedSale({.name = to.name.toStdString(),
+                             .street = to.street1.toStdString(),
+                             .city = to.city.toStdString(),
+                             .state = to.state.toStdString(),
+                             .zip = to.zip.toStdString(),
+                             .country = to.country.isEmpty() ? "US" : CountryCode::alpha2(to.country).toStdString(),
+                             .carrier = "USPS",
+                             .service = "Priority Mail",
+                             .amount = "9.85",
+                             .at = practiceNow(),
+                             .tag = tag.toStdString()});
 }
 
 } // namespace parcelory

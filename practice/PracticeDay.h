@@ -1,5 +1,8 @@
 #pragma once
 
+#include "core/ShippoAddress.h"
+#include "practice/carrier/PracticeHistory.h"
+
 namespace parcelory {
 
 class AppState;
@@ -10,5 +13,8 @@ class Purchases;
 /// form and on none, a refund, a FedEx parcel, a label that perhaps did not come out, a purchase of unknown outcome,
 /// and labels that the carrier's account lists differently.
 void addPracticeDay(AppState &app, Purchases &purchases, PracticeCarrier &carrier);
+
+/// Another desk on the account buys a label for this recipient now; for a sample recipient if the name is empty.
+PracticeSold addOtherDesksLabel(const ShippoAddress &recipient, PracticeCarrier &carrier);
 
 } // namespace parcelory

@@ -165,6 +165,8 @@ void addPracticeMenu(Program &program, PracticeDesk &desk)
     QObject::connect(menu->addAction(u"Fill Today's Log"_s), &QAction::triggered, menu, [&program, &desk] {
         addPracticeDay(program.app(), program.screens().label.purchases, desk.carrier());
     });
+    QObject::connect(menu->addAction(u"Another Desk Buys This Recipient's Label"_s), &QAction::triggered, menu,
+                     [&program, &desk] { addOtherDesksLabel(program.app().draftTo, desk.carrier()); });
     addBackOfficeEntries(menu, desk);
     menu->addSeparator();
     addScaleEntries(menu, desk.scale());

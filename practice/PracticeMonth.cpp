@@ -1,13 +1,20 @@
 #include "practice/PracticeMonth.h"
 
+#include "compose/LabelReadBack.h"
 #include "compose/Weight.h"
+#include "core/ShippoAddress.h"
+#include "core/Text.h"
+#include "practice/carrier/PracticeCarrier.h"
+#include "practice/carrier/PracticeLabel.h"
 #include "records/Journeys.h"
 #include "records/LabelEvents.h"
 #include "records/ShipmentLog.h"
 #include "records/ShipmentRecord.h"
+#include "records/ShipmentStatus.h"
 #include "records/StatusWords.h"
 
 #include <optional>
+#include <string>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;
@@ -74,6 +81,49 @@ constexpr Sample samples[] = {
      true},
 };
 
+std::string statusOf(const ShipmentRecord &label)
+{
+    switch (refundState(label)) {
+    case RefundState::pending:
+        return "REFUNDPENDING";
+    case RefundState::granted:
+        return "REFUNDED";
+    case RefundState::failed:
+        return "REFUNDREJECTED";
+    case RefundState::none:
+        break;
+    }
+    return "SUCCESS";
+}
+
+PracticeSale saleOf(const OpenFacts &facts)
+{
+    const ShipmentRecord &label = facts.label;
+    ShippoAddress to = addressesOf(label.recipient, label.zip11, label.isIntl).value(0);
+    if (to.zip.isEmpty()) { // abroad, it stands behind the city
+        to.zip = to.city.section(u' ', -1);
+        to.city = to.city.section(u' ', 0, -2);
+    }
+    const Journey journey = facts.journey.value_or(Journey());
+    return {.name = to.name.toStdString(),
+            .street = to.street1.toStdString(),
+            .city = to.city.toStdString(),
+            .state = to.state.toStdString(),
+            .zip = to.zip.toStdString(),
+            .country = label.isIntl ? to.country.toStdString() : "US",
+            .carrier = label.carrier.toStdString(),
+            .service = label.service.toStdString(),
+            .amount = fixed(label.postage, 2).toStdString(),
+            .at = label.createdAt,
+            .status = statusOf(label),
+            .id = label.transactionID.toStdString(),
+            .tracking = label.tracking.toStdString(),
+            .way = facts.journey ? wordOf(journey.status).toStdString() : std::string(),
+            .place = journey.place.toStdString(),
+            .placeZip = journey.zip.toStdString(),
+            .movedAt = journey.movedAt};
+}
+
 } // namespace
 
 void addPracticeMonth(ShipmentLog &log, const QDateTime &now)
@@ -94,6 +144,8 @@ void addPracticeMonth(ShipmentLog &log, const QDateTime &now)
                               .transactionID = u"7a2d4e8c1f6b4d03b5c7e9f18b63%1"_s.arg(number, 4, 16, QChar(u'0')),
                               .status = wordOf(sample.tracked == delivered ? LogStatus::delivered : sample.status)};
         record.isIntl = record.recipient.endsWith(u", JP"_s);
+        if (record.isIntl)
+            record.customsPDF = pdfPaper(u"COMMERCIAL INVOICE"_s, {record.recipient});
         if (sample.isUnchecked)
             record.zpl = "^XA^FO50,50^A0N,40^FDTHEODORE ENG^FS^XZ";
         if (!log.insert(record, false))
@@ -114,6 +166,12 @@ void addPracticeMonth(ShipmentLog &log, const QDateTime &now)
             return;
     }
     log.reload();
+}
+
+void addToAccount(PracticeCarrier &carrier, const QList<OpenFacts> &labels)
+{
+    for (const OpenFacts &facts : labels)
+        carrier.seedSale(saleOf(facts));
 }
 
 } // namespace parcelory

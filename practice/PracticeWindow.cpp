@@ -29,9 +29,12 @@ int runPracticeWindow(const QString &folder)
         addPracticeAddresses(book);
         ShipmentLog log(desk.platform().dataFolder);
         const QDateTime now = desk.platform().clock.now();
-        const auto known = OpenItems::read(log, now);
-        if (known.isRead() && known->isEmpty()) // labels bought here are TEST labels
+        auto known = OpenItems::read(log, now);
+        if (known.isRead() && known->isEmpty()) { // labels bought here are TEST labels
             addPracticeMonth(log, now);
+            known = OpenItems::read(log, now);
+        }
+        addToAccount(desk.carrier(), known.valueOr({}));
     }
     Program program(desk.platform(), prompts, PracticeDesk::signInNote());
     addPracticeMenu(program, desk);

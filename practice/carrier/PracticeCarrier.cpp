@@ -68,6 +68,12 @@ public:
 
     PracticeLedger *ledgerOf(const QByteArray &authorization);
     void setScenario(CarrierScenario next);
+    /// Stores what was sold, if it is to be kept.
+    void keep() const
+    {
+        if (file)
+            file->write(archived(test, live));
+    }
 
 private:
     void serve(const httplib::Request &message, httplib::Response &response);
@@ -125,8 +131,8 @@ void PracticeCarrier::Impl::serve(const httplib::Request &message, httplib::Resp
         answer = apiAnswer(request, authorization);
     received.append({request.method, target, authorization, headerOf(message, "Content-Type"), request.body,
                      isDropped ? 0 : answer.status});
-    if (file && request.method == "POST" && request.keepsRecords())
-        file->write(archived(test, live));
+    if (request.method == "POST" && request.keepsRecords())
+        keep();
     m_scenarioChanged.wait(lock, [this] { return !scenario.holdsAnswers; });
     lock.unlock();
     m_server.pause(delay);
@@ -234,7 +240,9 @@ void PracticeCarrier::seedHistory(int labels, const QDateTime &newest, std::chro
 PracticeSold PracticeCarrier::seedSale(const PracticeSale &sale)
 {
     const std::lock_guard lock(m_impl->mutex);
-    return addSale(m_impl->test, sale);
+    PracticeSold sold = addSale(m_impl->test, sale);
+    m_impl->keep();
+    return sold;
 }
 
 } // namespace parcelory

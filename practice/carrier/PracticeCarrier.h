@@ -48,7 +48,7 @@ public:
     /// Adds labels of another desk to the account of `token`: the newest bought at `newest`, each further label `step`
     /// earlier.
     void seedHistory(int labels, const QDateTime &newest, std::chrono::seconds step, const QString &token = testToken);
-    /// Adds one label to the test token's account.
+    /// Adds one label to the test token's account, unless the account knows its id.
     PracticeSold seedSale(const PracticeSale &sale);
 
 private:

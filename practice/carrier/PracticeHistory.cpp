@@ -5,9 +5,11 @@
 #include "practice/carrier/PracticeAnswers.h"
 #include "practice/carrier/PracticeLedger.h"
 #include "practice/carrier/PracticeShipments.h"
+#include "practice/carrier/PracticeTracking.h"
 #include "practice/carrier/PracticeTransactions.h"
 
 #include <chrono>
+#include <cstddef>
 #include <iterator>
 #include <string>
 #include <string_view>
@@ -16,8 +18,10 @@ namespace parcelory {
 
 namespace {
 
+constexpr int created = 201;
+
 struct Recipient {
-    const char *name, *company, *street, *city, *state, *zip, *country;
+    std::string_view name, company, street, city, state, zip, country;
 };
 
 constexpr Recipient recipients[] = {
@@ -49,7 +53,7 @@ Json shipmentBody(const Recipient &to)
                                            {"height", "1"},
                                            {"distance_unit", "in"}}})},
                  {"async", false}};
-    if (to.country != std::string_view("US")) {
+    if (to.country != "US") {
         body["customs_declaration"] = {{"contents_type", "MERCHANDISE"},
                                        {"non_delivery_option", "RETURN"},
                                        {"eel_pfc", "NOEEI_30_37_a"},
@@ -70,6 +74,25 @@ void setDates(Json &record, const std::string &time)
 {
     record["object_created"] = time;
     record["object_updated"] = time;
+}
+
+PracticeSold soldOf(const Json &transaction)
+{
+    return {textOf(transaction, "object_id"), textOf(transaction, "tracking_number"),
+            textOf(transaction, "tracking_url_provider"), textOf(transaction, "label_url")};
+}
+
+/// The last event on the parcel's way, as a list.
+Json wayOf(const PracticeSale &sale)
+{
+    const std::size_t gap = sale.place.rfind(' ');
+    Json location = nullptr;
+    if (gap != std::string::npos)
+        location = {{"city", sale.place.substr(0, gap)},
+                    {"state", sale.place.substr(gap + 1)},
+                    {"zip", sale.placeZip},
+                    {"country", "US"}};
+    return Json::array({trackedEvent(sale.way, sale.movedAt, location)});
 }
 
 } // namespace
@@ -100,10 +123,14 @@ void addHistory(PracticeLedger &ledger, int labels, const QDateTime &newest, std
 
 PracticeSold addSale(PracticeLedger &ledger, const PracticeSale &sale)
 {
+    if (PracticeRecord *known = sale.id.empty() ? nullptr : ledger.transactions.find(QString::fromStdString(sale.id)))
+        return soldOf(known->shown);
     const CarrierScenario quietDay;
     const std::string time = timestamp(sale.at);
-    createShipment(ledger, quietDay,
-                   shipmentBody({sale.name, "", sale.street, sale.city, sale.state, sale.zip, sale.country}));
+    const CarrierAnswer rated = createShipment(
+        ledger, quietDay, shipmentBody({sale.name, "", sale.street, sale.city, sale.state, sale.zip, sale.country}));
+    if (rated.status != created)
+        return {};
     Json &shipment = ledger.shipments.all().back().shown;
     Json rate = shipment.at("rates").at(0);
     for (const Json &offered : shipment.at("rates")) {
@@ -116,15 +143,20 @@ PracticeSold addSale(PracticeLedger &ledger, const PracticeSale &sale)
     const Json rateId = rate.at("object_id");
     shipment["rates"] = Json::array({rate});
     setDates(shipment, time);
-    createTransaction(ledger, quietDay, {{"rate", rateId}, {"label_file_type", "ZPLII"}, {"async", false}});
+    createTransaction(ledger, quietDay,
+                      {{"rate", rateId}, {"label_file_type", "ZPLII"}, {"metadata", sale.tag}, {"async", false}});
     Json &transaction = ledger.transactions.all().back().shown;
     setDates(transaction, time);
     transaction["status"] = sale.status;
-    const QString id = textOf(transaction, "object_id");
+    if (!sale.id.empty())
+        transaction["object_id"] = sale.id;
+    if (!sale.tracking.empty())
+        transaction["tracking_number"] = sale.tracking;
+    if (!sale.way.empty())
+        transaction["tracking_history"] = wayOf(sale);
+    const PracticeSold sold = soldOf(transaction);
     if (sale.isOnForm)
-        ledger.manifested.insert(id.toStdString());
-    const PracticeSold sold{id, textOf(transaction, "tracking_number"), textOf(transaction, "tracking_url_provider"),
-                            textOf(transaction, "label_url")};
+        ledger.manifested.insert(sold.transactionId.toStdString());
     ledger.shipments.sortByCreation();
     ledger.transactions.sortByCreation();
     return sold;

@@ -4,6 +4,7 @@
 #include <QString>
 
 #include <chrono>
+#include <string>
 
 namespace parcelory {
 
@@ -12,13 +13,20 @@ struct PracticeLedger;
 /// Adds labels that another desk bought to an account: the newest at `newest`, each further label `step` earlier.
 void addHistory(PracticeLedger &ledger, int labels, const QDateTime &newest, std::chrono::seconds step);
 
-/// A label that is to be in an account, as if it had been bought at some time of the day.
+/// A label that is to be in an account, as if it had been bought at some time.
 struct PracticeSale {
-    const char *name, *street, *city, *state, *zip, *country;
-    const char *carrier, *service, *amount;
+    std::string name, street, city, state, zip, country;
+    std::string carrier, service, amount;
     QDateTime at;
-    const char *status = "SUCCESS";
-    bool isOnForm = false; ///< a SCAN form lists it
+    std::string status = "SUCCESS";
+    bool isOnForm = false;     ///< a SCAN form lists it
+    std::string tag = {};      ///< the text that was sent with the purchase
+    std::string id = {};       ///< of the transaction; empty: a new id
+    std::string tracking = {}; ///< empty: a new number
+    std::string way = {};      ///< tracking status; empty: depends on the key and the scenario
+    std::string place = {};    ///< where the carrier saw the parcel last: "Nashua NH"
+    std::string placeZip = {};
+    QDateTime movedAt = {};
 };
 
 /// The carrier's answer to such a purchase.
@@ -26,6 +34,7 @@ struct PracticeSold {
     QString transactionId, tracking, trackingUrl, labelUrl;
 };
 
+/// Adds the label unless the account knows its id.
 PracticeSold addSale(PracticeLedger &ledger, const PracticeSale &sale);
 
 } // namespace parcelory

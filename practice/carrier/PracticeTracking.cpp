@@ -40,7 +40,7 @@ std::optional<std::vector<Stage>> stagesOf(const QString &number)
     if (!number.startsWith(u"SHIPPO_"))
         return std::nullopt;
     if (name == u"UNKNOWN")
-        return std::vector<Stage>{{"UNKNOWN", "The carrier has no information about this shipment yet.", 0}};
+        return std::vector<Stage>{{"UNKNOWN", "", 0}};
     std::vector<Stage> stages = {preTransit};
     if (name == QLatin1StringView(preTransit.status))
         return stages;
@@ -55,28 +55,34 @@ std::optional<std::vector<Stage>> stagesOf(const QString &number)
     return stages;
 }
 
-Json statusObject(const Stage &stage)
+std::string detailsOf(const std::string &status)
 {
-    const std::string time = timestamp(practiceNow().toUTC().addDays(-stage.daysAgo));
-    const Json location = {{"city", "San Francisco"}, {"state", "CA"}, {"zip", "94103"}, {"country", "US"}};
-    return {{"object_created", time},
-            {"object_updated", time},
-            {"object_id", newObjectId()},
-            {"status", stage.status},
-            {"status_details", stage.details},
-            {"status_date", time},
-            {"substatus", nullptr},
-            {"location", stage.daysAgo < preTransit.daysAgo ? location : Json(nullptr)}};
+    for (const Stage &stage : {preTransit, transit, lastStages[0], lastStages[1], lastStages[2]}) {
+        if (status == stage.status)
+            return stage.details;
+    }
+    return "The carrier has no information about this shipment yet.";
 }
 
-CarrierAnswer track(const PracticeLedger &ledger, const QString &carrier, const QString &number,
-                    const std::vector<Stage> &stages)
+Json statusObject(const Stage &stage)
+{
+    const Json location = {{"city", "San Francisco"}, {"state", "CA"}, {"zip", "94103"}, {"country", "US"}};
+    return trackedEvent(stage.status, practiceNow().addDays(-stage.daysAgo),
+                        stage.daysAgo < preTransit.daysAgo ? location : Json(nullptr));
+}
+
+Json historyOf(const std::vector<Stage> &stages)
 {
     Json history = Json::array();
     for (const Stage &stage : stages)
         history.push_back(statusObject(stage));
+    return history;
+}
+
+CarrierAnswer track(const PracticeLedger &ledger, const QString &carrier, const QString &number, const Json &history)
+{
     const Json now = history.empty() ? Json(nullptr) : history.back();
-    const Json eta = stages.empty() ? Json(nullptr) : Json(timestamp(practiceNow().toUTC().addDays(2)));
+    const Json eta = history.empty() ? Json(nullptr) : Json(timestamp(practiceNow().toUTC().addDays(2)));
     return jsonAnswer(200, {{"carrier", carrier.toStdString()},
                             {"tracking_number", number.toStdString()},
                             {"address_from", nullptr},
@@ -94,6 +100,19 @@ CarrierAnswer track(const PracticeLedger &ledger, const QString &carrier, const 
 
 } // namespace
 
+Json trackedEvent(const std::string &status, const QDateTime &at, const Json &location)
+{
+    const std::string time = timestamp(at.toUTC());
+    return {{"object_created", time},
+            {"object_updated", time},
+            {"object_id", newObjectId()},
+            {"status", status},
+            {"status_details", detailsOf(status)},
+            {"status_date", time},
+            {"substatus", nullptr},
+            {"location", location}};
+}
+
 CarrierAnswer trackParcel(PracticeLedger &ledger, const CarrierScenario &scenario, const QString &carrier,
                           const QString &number)
 {
@@ -101,17 +120,20 @@ CarrierAnswer trackParcel(PracticeLedger &ledger, const CarrierScenario &scenari
         return detailAnswer(400, "Carrier with name '" + carrier.toStdString() + "' is not supported.");
     if (carrier == u"shippo") {
         const auto stages = stagesOf(number);
-        return stages ? track(ledger, carrier, number, *stages) : notFoundPage("/tracks/shippo/" + number.toUtf8());
+        return stages ? track(ledger, carrier, number, historyOf(*stages))
+                      : notFoundPage("/tracks/shippo/" + number.toUtf8());
     }
-    const bool isOurs = std::ranges::any_of(ledger.transactions.all(), [&](const PracticeRecord &record) {
+    const auto sold = std::ranges::find_if(ledger.transactions.all(), [&](const PracticeRecord &record) {
         return !number.isEmpty() && textOf(record.shown, "tracking_number") == number;
     });
-    if (!isOurs)
+    if (sold == ledger.transactions.all().end())
         return notFoundPage("/tracks/" + carrier.toUtf8() + '/' + number.toUtf8());
     if (const auto stages = stagesOf(u"SHIPPO_"_s + scenario.trackedAs))
-        return track(ledger, carrier, number, *stages);
+        return track(ledger, carrier, number, historyOf(*stages));
+    if (sold->shown.contains("tracking_history"))
+        return track(ledger, carrier, number, sold->shown.at("tracking_history"));
     // The carrier does not know labels of a test key, so they have no status.
-    return track(ledger, carrier, number, ledger.test ? std::vector<Stage>() : std::vector<Stage>{preTransit});
+    return track(ledger, carrier, number, historyOf(ledger.test ? std::vector<Stage>() : std::vector{preTransit}));
 }
 
 } // namespace parcelory

@@ -1,6 +1,11 @@
 #pragma once
 
+#include "core/Json.h"
 #include "practice/carrier/PracticeAnswers.h"
+
+#include <QDateTime>
+
+#include <string>
 
 namespace parcelory {
 
@@ -12,5 +17,7 @@ struct PracticeLedger;
 /// scenario says.
 CarrierAnswer trackParcel(PracticeLedger &ledger, const CarrierScenario &scenario, const QString &carrier,
                           const QString &number);
+/// An event on a parcel's way, as the service lists it. `location`: null if it is not told.
+Json trackedEvent(const std::string &status, const QDateTime &at, const Json &location);
 
 } // namespace parcelory

@@ -33,13 +33,15 @@ BoxStore::BoxStore(Platform &platform)
     m_notifier = profiles.addNotifier([this] { m_file.write(encodeJson(profiles.value(), Keys::asIs)); });
 }
 
+/// May run on the pool; the main thread then takes the boxes over.
 void BoxStore::load()
 {
     const std::optional<QByteArray> bytes = m_file.read();
     if (!bytes)
         return;
     try {
-        profiles = decodeJson<QList<BoxProfile>>(*bytes, Keys::asIs);
+        const auto boxes = decodeJson<Boxes>(*bytes, Keys::asIs);
+        QMetaObject::invokeMethod(this, [this, boxes] { profiles = boxes; });
     } catch (const DecodeError &) {
         m_file.setAsideBeforeWrite();
     }

@@ -88,6 +88,7 @@ public:
             item.zip = shortZip(m_facts.journey->zip);
             item.place = m_facts.journey->place;
         }
+        item.isScanned = isWithCarrier();
         item.daysOpen = m_refund == RefundState::pending ? refundDays() : stillDays();
         return item;
     }
@@ -95,6 +96,7 @@ public:
 private:
     /// A label without a scan; only the carrier can tell, so a label that it was not asked about is not listed.
     bool isUnused() const { return m_facts.journey && !m_facts.journey->isScanned && !m_isDelivered; }
+    bool isWithCarrier() const { return m_isDelivered || (m_facts.journey && m_facts.journey->isScanned); }
     bool isUsps() const { return m_facts.label.carrier.compare(u"USPS"_s, Qt::CaseInsensitive) == 0; }
     int refundDays() const
     {
@@ -112,7 +114,6 @@ private:
     bool needsHand(OpenReason reason) const
     {
         using namespace OpenItems;
-        const bool isWithCarrier = m_isDelivered || (m_facts.journey && m_facts.journey->isScanned);
         const TrackingStatus status = m_isDelivered     ? TrackingStatus::delivered
                                       : m_facts.journey ? m_facts.journey->status
                                                         : TrackingStatus::unknown;
@@ -137,9 +138,9 @@ private:
             return isMoving && stillDays() >= stillAfter && m_age < movesFor * daySeconds;
         }
         case OpenReason::customsPapers:
-            return m_facts.isPapersOpen && !isWithCarrier && m_age < refundEndsAfter * daySeconds;
+            return m_facts.isPapersOpen && !isWithCarrier() && m_age < refundEndsAfter * daySeconds;
         case OpenReason::labelUnchecked:
-            return m_facts.isUnchecked && !isWithCarrier && m_age >= uncheckedMinutes * 60 &&
+            return m_facts.isUnchecked && !isWithCarrier() && m_age >= uncheckedMinutes * 60 &&
                    m_age < refundEndsAfter * daySeconds;
         default:
             return false;
@@ -172,7 +173,7 @@ std::optional<QList<OpenFacts>> factsFrom(const Database &db, const QDateTime &n
         return !label.testMode && isCarriersId(label.transactionID);
     };
     Statement query(db, ShipmentLogRows::select + QByteArray(" WHERE created_at >= ? OR ") +
-                            RefundNotes::pendingCondition(db) + " ORDER BY created_at, id");
+                            RefundNotes::unsettledCondition(db) + " ORDER BY created_at, id");
     if (query.isPrepared())
         query.bind(1, ShipmentLogRows::secondsOf(since));
     const auto labels = ShipmentLogRows::allOf(db, query, isOurs);

@@ -39,11 +39,12 @@ QString wordOf(OpenReason reason);
 
 struct OpenItem {
     OpenReason reason = OpenReason::notScanned;
-    ShipmentRecord label; ///< without a recipient for lateCopy
-    int days = 0;         ///< whole days since the label was bought, or since the last copy
-    int daysLeft = 0;     ///< until the carrier's time for a refund is over
-    int daysOpen = 0;     ///< whole days since the refund was asked, or since the parcel moved
-    QString zip, place;   ///< where the carrier saw the parcel last
+    ShipmentRecord label;   ///< without a recipient for lateCopy
+    int days = 0;           ///< whole days since the label was bought, or since the last copy
+    int daysLeft = 0;       ///< until the carrier's time for a refund is over
+    int daysOpen = 0;       ///< whole days since the refund was asked, or since the parcel moved
+    bool isScanned = false; ///< the carrier has had the parcel
+    QString zip, place;     ///< where the carrier saw the parcel last
 
     qint64 id() const { return label.id; }
 };
@@ -64,7 +65,7 @@ namespace OpenItems {
 constexpr int notScannedHours = 24, unusedAfter = 5, refundDueAfter = 20, refundUrgentAfter = 25, refundEndsAfter = 30;
 constexpr int undecidedAfter = 14, stillAfter = 5;
 constexpr int movesFor = 45;     ///< a parcel that stands still for longer is lost, and the carrier is not asked again
-constexpr int remembersFor = 90; ///< older labels are no open items, unless a refund is pending
+constexpr int remembersFor = 90; ///< older labels are no open items, unless a refund is pending or was rejected
 constexpr int uncheckedMinutes = 60; ///< the label is compared while it is bought
 
 /// Nothing if the label needs no one now.

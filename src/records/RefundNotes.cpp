@@ -6,8 +6,10 @@
 #include "records/ShipmentStatus.h"
 #include "records/StatusWords.h"
 
+#include <QByteArrayList>
 #include <QHash>
 
+#include <initializer_list>
 #include <optional>
 
 namespace parcelory::RefundNotes {
@@ -41,6 +43,17 @@ bool update(Database &db, qint64 shipment, const QString &status)
     return execute(db, "UPDATE shipments SET status = ? WHERE id = ?", status, shipment);
 }
 
+QByteArray condition(const Database &db, std::initializer_list<LogStatus> statuses)
+{
+    QByteArrayList words;
+    for (const LogStatus status : statuses)
+        words += '\'' + wordOf(status).toLatin1() + '\'';
+    const QByteArray isOne = " IN (" + words.join(", ") + ")";
+    const QByteArray noted =
+        exist(db) ? " OR id IN (SELECT shipment_id FROM label_refunds WHERE word" + isOne + ")" : QByteArray();
+    return "(status" + isOne + noted + ")";
+}
+
 /// Empty if the row is missing; absent if reading failed.
 std::optional<QString> statusOf(const Database &db, qint64 shipment)
 {
@@ -61,11 +74,12 @@ bool exist(const Database &db)
 
 QByteArray pendingCondition(const Database &db)
 {
-    const QByteArray pending = " IN ('" + wordOf(LogStatus::refundRequested).toLatin1() + "', '" +
-                               wordOf(LogStatus::refundPending).toLatin1() + "')";
-    const QByteArray noted =
-        exist(db) ? " OR id IN (SELECT shipment_id FROM label_refunds WHERE word" + pending + ")" : QByteArray();
-    return "(status" + pending + noted + ")";
+    return condition(db, {LogStatus::refundRequested, LogStatus::refundPending});
+}
+
+QByteArray unsettledCondition(const Database &db)
+{
+    return condition(db, {LogStatus::refundRequested, LogStatus::refundPending, LogStatus::refundError});
 }
 
 bool addTo(const Database &db, QList<ShipmentRecord> &records)

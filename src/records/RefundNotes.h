@@ -16,6 +16,8 @@ namespace RefundNotes {
 bool exist(const Database &db);
 /// The condition of a pending refund, for a query of the shipments.
 QByteArray pendingCondition(const Database &db);
+/// The condition of a refund that is pending or was rejected.
+QByteArray unsettledCondition(const Database &db);
 /// Fills in ShipmentRecord::refund; false if reading failed.
 bool addTo(const Database &db, QList<ShipmentRecord> &records);
 

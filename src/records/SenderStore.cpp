@@ -83,6 +83,7 @@ SenderStore::SenderStore(Platform &platform)
         persist();
 }
 
+/// May run on the pool; the main thread then takes the profiles over.
 bool SenderStore::load()
 {
     const std::optional<QByteArray> bytes = m_file.read();
@@ -92,13 +93,15 @@ bool SenderStore::load()
         const auto saved = decodeJson<Saved<ReadableList<SenderProfile>>>(*bytes, Keys::asIs);
         if (saved.profiles.unreadable > 0)
             m_file.setAsideBeforeWrite();
-        profiles = saved.profiles.elements;
-        defaultID = saved.defaultID;
+        QMetaObject::invokeMethod(this, [this, saved] {
+            profiles = saved.profiles.elements;
+            defaultID = saved.defaultID;
+        });
+        return !saved.profiles.elements.isEmpty();
     } catch (const DecodeError &) {
         m_file.setAsideBeforeWrite();
         return false;
     }
-    return !profiles.value().isEmpty();
 }
 
 void SenderStore::seed(Platform &platform)

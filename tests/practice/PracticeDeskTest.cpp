@@ -1,4 +1,8 @@
 #include "practice/PracticeDesk.h"
+#include "app/logs/CarrierJourney.h"
+#include "app/purchase/CarrierRefund.h"
+#include "carrier/CarrierWords.h"
+#include "carrier/ShippoClient.h"
 #include "carrier/ShippoKeys.h"
 #include "core/SettingsKeys.h"
 #include "core/ports/Keyboard.h"
@@ -6,7 +10,9 @@
 #include "devices/LabelPrinter.h"
 #include "devices/Zpl.h"
 #include "platform/SystemPlatform.h"
+#include "practice/PracticeMonth.h"
 #include "practice/PracticePrinter.h"
+#include "records/ShipmentStatus.h"
 #include "support/FakePlatform.h"
 #include "support/RunTask.h"
 #include "support/Test.h"
@@ -42,6 +48,29 @@ TEST_F(PracticeDeskTest, HasAKeyAndPrintersThatKeepTheirJobs)
     write(platform.preferences, settings::rotate180, false);
     printer.printZPL(Zpl::testLabel, PracticePrinter::labelQueue);
     EXPECT_EQ(contentsOf(desk.printer().folder().filePath(u"0001-Practice_Zebra.zpl"_s)), Zpl::testLabel);
+}
+
+TEST_F(PracticeDeskTest, ItsCarrierKnowsTheMonthInTheMailingLogAlsoAfterARestart)
+{
+    const QTemporaryDir home;
+    const QDateTime now = desk.platform().clock.now();
+    ShipmentLog log(QDir(home.path()));
+    addPracticeMonth(log, now);
+    const QList<OpenFacts> labels = *OpenItems::read(log, now);
+    for (const int additions : {2, 0}) { // nothing is added twice
+        PracticeDesk month(home.path(), prompts, keyboard);
+        for (int addition = 0; addition < additions; ++addition)
+            addToAccount(month.carrier(), labels);
+        ShippoKeys keys(month.platform().secrets, month.platform().preferences);
+        ShippoClient client(month.platform(), keys);
+        EXPECT_EQ(runTask(client.newestPurchases()).size(), labels.size());
+        for (const OpenFacts &facts : labels) {
+            const ShippoTransaction sold = runTask(client.transaction(facts.label.transactionID));
+            EXPECT_EQ(refundStateOf(transactionStatus(sold)), refundState(facts.label));
+            const Journey way = journeyOf(runTask(client.track(u"usps"_s, facts.label.tracking)), {}, now);
+            EXPECT_EQ(std::pair(way.status, way.place), std::pair(facts.journey->status, facts.journey->place));
+        }
+    }
 }
 
 } // namespace parcelory::test

@@ -131,11 +131,20 @@ TEST(OpenItems, ReadsWhatDecidesFromTheLog)
     EXPECT_EQ(facts[1].refundAskedAt, now.addDays(-2));
     ASSERT_TRUE(OpenItems::setDone(log, 2, OpenReason::customsPapers, false));
     EXPECT_EQ(OpenItems::itemsOf(*OpenItems::read(log, now), now).last().reason, OpenReason::customsPapers);
-    ShipmentRecord pending = labelOf(100, 7);
-    pending.status = u"REFUND_PENDING"_s;
-    ASSERT_TRUE(log.insert(pending) &&
-                LabelEvents::put(log, {pending.transactionID}, LabelEvent::refundAsked, now.addDays(-95)));
-    EXPECT_EQ(OpenItems::read(log, now)->constFirst().refundAskedAt, now.addDays(-95)) << "however old it is";
+    const auto addOld = [&](int number, const QString &status) {
+        ShipmentRecord old = labelOf(100, number);
+        old.status = status;
+        ASSERT_TRUE(log.insert(old) &&
+                    LabelEvents::put(log, {old.transactionID}, LabelEvent::refundAsked, now.addDays(-95)));
+    };
+    addOld(7, u"REFUND_PENDING"_s);
+    addOld(8, u"REFUND_ERROR"_s);
+    const QList<OpenFacts> old = *OpenItems::read(log, now);
+    ASSERT_EQ(old.size(), 5) << "an unsettled refund stays, however old it is";
+    EXPECT_EQ(old[0].refundAskedAt, now.addDays(-95));
+    EXPECT_EQ(OpenItems::itemOf(old[1], now)->reason, OpenReason::refundRejected);
+    ASSERT_TRUE(OpenItems::setDone(log, old[1].label.id, OpenReason::refundRejected, true));
+    EXPECT_FALSE(OpenItems::itemOf(OpenItems::read(log, now)->at(1), now)) << "until the clerk settles it";
 }
 
 /// A year of 5,000 labels. The carrier scans most parcels; the clerk refunds what the list asks to refund a day later.

@@ -124,25 +124,44 @@ TEST_F(LogViewsTest, OpenItemsAreUsedFromTheKeyboard)
                                .tracking = u"940011189956"_s,
                                .transactionID = QString(32, u'a'),
                                .status = u"REFUND_ERROR"_s};
-    ASSERT_TRUE(app.log.insert(label));
+    const ShipmentRecord unused{.createdAt = QDateTime(clock.now().date().addDays(-26), QTime(9, 0)),
+                                .recipient = u"Silas Okonkwo, 1550 Poplar Ave, Memphis TN 38104"_s,
+                                .tracking = u"940551189956"_s,
+                                .transactionID = QString(32, u'b')};
+    const qint64 first = app.log.records().size() + 1;
+    ASSERT_TRUE(app.log.insert(label) && app.log.insert(unused));
+    ASSERT_TRUE(Journeys::put(app.log, first, {.isScanned = true, .askedAt = clock.now()}) &&
+                Journeys::put(app.log, first + 1, {.askedAt = clock.now()}));
     items.isShown = true;
     runTask(items.start());
     auto *list = view.findChild<OpenItemsTable *>();
-    runUntil([&] { return list->isVisible() && list->model()->rowCount() == 1; });
-    EXPECT_EQ(list->model()->index(0, 1).data(Qt::AccessibleTextRole).toString(),
-              u"Refund rejected, Grant Holloway, 3 days old, next step Track Online"_s);
-    list->setFocus();
+    runUntil([&] { return list->isVisible() && list->model()->rowCount() == 2; });
+    const auto status = [this] {
+        for (const TextLabel *text : view.findChildren<TextLabel *>()) {
+            if (text->isVisible() && text->text().startsWith(u"Not scanned — refund ends "_s))
+                return text->text().section(u' ', -1);
+        }
+        return QString();
+    };
     list->selectRow(0);
+    const QString end = unused.createdAt.addDays(30).toString(u"MM/dd/yy"_s);
+    runUntil([&] { return status() == end; });
+    EXPECT_EQ(
+        list->model()->index(1, 1).data(Qt::AccessibleTextRole).toString(),
+        u"Refund rejected, the carrier has scanned the label, Grant Holloway, 3 days old, next step Track Online"_s);
+    list->setFocus();
+    list->selectRow(1);
     EXPECT_EQ(view.selectedRecord()->recipient, label.recipient) << "the pane shows it";
+    runUntil([&] { return status().isEmpty(); });
     QTest::keyClick(list, Qt::Key_Space);
     runUntil([&] { return !desktop.opened.isEmpty(); });
-    QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, list->visualRect(list->model()->index(0, 5)).center());
+    QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, list->visualRect(list->model()->index(1, 5)).center());
     runUntil([&] { return desktop.opened.size() == 2; });
     QTest::keyClick(list, Qt::Key_Delete);
-    runUntil([&] { return list->model()->rowCount() == 0 && items.canUndo; });
+    runUntil([&] { return list->model()->rowCount() == 1 && items.canUndo; });
     runTask(items.undo());
-    runUntil([&] { return list->model()->rowCount() == 1; });
-    list->selectRow(0);
+    runUntil([&] { return list->model()->rowCount() == 2; });
+    list->selectRow(1);
     QTest::keyClick(list, Qt::Key_Return);
     runUntil([&] { return table->isVisible(); });
     EXPECT_EQ(screen.selectedRecord()->recipient, label.recipient);

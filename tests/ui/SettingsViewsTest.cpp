@@ -3,6 +3,7 @@
 #include "ui/sidebar/AddressBookView.h"
 
 #include <QCheckBox>
+#include <QLayout>
 #include <QRadioButton>
 
 namespace parcelory::test {
@@ -209,11 +210,14 @@ TEST_F(SettingsViews, RestoreIsAskedAboutAndDamageLeadsToIt)
         emit records.attentionWanted();
         settleAll();
         EXPECT_EQ(app().tab, MainTab::settings);
+        EXPECT_TRUE(field(u"Copies folder"_s)->text().endsWith(u" ▸ Copies"_s));
         Button *restore = button(u"Restore…"_s, &view());
         EXPECT_EQ(window().focusWidget() == restore, isDamaged);
         click(restore);
         Dialog *asked = dialog();
         wait([&] { return records.restore.canRestore(); });
+        settleAll();
+        EXPECT_EQ(asked->height(), asked->layout()->totalHeightForWidth(asked->width()));
         EXPECT_EQ(asked->windowTitle(), isDamaged ? u"The Mailing Log Is Damaged"_s : u"Restore This Copy?"_s);
         EXPECT_EQ(focusName(), isDamaged ? u"Not Now"_s : u"Cancel"_s);
         EXPECT_TRUE(asked->accessibleDescription().contains(u"Would be lost: Nothing"_s));

@@ -110,8 +110,31 @@ void DraftKeeper::takeResolved(const ResolvedPurchase &purchase)
 bool DraftKeeper::mayStore() const
 {
     const bool isHeld = m_held && m_label.isClear();
-    return m_isTaken && !isHeld && !m_label.isBuyingFor(m_label.recipient()) &&
-           !m_label.purchases.unresolvedFor(m_label.recipient());
+    return m_isTaken && !isHeld && !isInPurchase();
+}
+
+bool DraftKeeper::isInPurchase() const
+{
+    return m_label.isBuyingFor(m_label.recipient()) || m_label.purchases.unresolvedFor(m_label.recipient());
+}
+
+/// What is typed for a recipient while its label is bought may be the same parcel. Such a draft counts as being as old
+/// as the press of Buy until the form has another recipient: a later start finds its label in the mailing log.
+void DraftKeeper::notePurchase()
+{
+    const ShippoAddress &recipient = m_label.recipient();
+    if (m_doubtful && !isSameRecipient(m_doubtful->recipient, recipient))
+        m_doubtful = std::nullopt;
+    if (m_doubtful || recipient.isEmpty() || !isInPurchase())
+        return;
+    const std::optional<StoredDraft> stored = m_app.drafts.stored();
+    const bool isStored = stored && isSameRecipient(stored->draft.recipient, recipient);
+    m_doubtful = Doubtful{recipient, isStored ? stored->storedAt : m_app.platform.clock.now()};
+}
+
+QDateTime DraftKeeper::storedAt() const
+{
+    return m_doubtful ? m_doubtful->since : m_app.platform.clock.now();
 }
 
 bool DraftKeeper::isStored() const
@@ -122,6 +145,7 @@ bool DraftKeeper::isStored() const
 
 void DraftKeeper::schedule()
 {
+    notePurchase();
     if (m_timer == 0 && mayStore() && !isStored())
         m_timer = m_app.platform.clock.after(pause, [this] {
             m_timer = 0;
@@ -136,7 +160,7 @@ void DraftKeeper::store()
     if (m_label.isClear())
         m_app.drafts.clear();
     else
-        m_app.drafts.save(m_label.saved(), m_app.platform.clock.now(), QCoreApplication::applicationVersion());
+        m_app.drafts.save(m_label.saved(), storedAt(), QCoreApplication::applicationVersion());
 }
 
 Task<> DraftKeeper::storeNow()

@@ -36,13 +36,22 @@ private:
     void takeResolved(const ResolvedPurchase &purchase);
     bool mayStore() const;
     bool isStored() const;
+    bool isInPurchase() const;
+    void notePurchase();
+    QDateTime storedAt() const;
     void schedule();
     void store();
 
     AppState &m_app;
     LabelScreen &m_label;
     std::optional<StoredDraft> m_held; ///< not brought back, because its label may have been bought
-    bool m_isTaken = false;            ///< until then, the file holds the last program's draft
+    /// The recipient on the screen while its label was or may have been bought, and when that began.
+    struct Doubtful {
+        ShippoAddress recipient;
+        QDateTime since;
+    };
+    std::optional<Doubtful> m_doubtful;
+    bool m_isTaken = false; ///< until then, the file holds the last program's draft
     quint64 m_timer = 0;
 };
 

@@ -26,7 +26,7 @@ QString title(const OpenItem &item)
 {
     switch (item.reason) {
     case OpenReason::refundRejected:
-        return u"Refund rejected"_s;
+        return item.isScanned ? u"Refund rejected — the carrier has scanned the label"_s : u"Refund rejected"_s;
     case OpenReason::refundUndecided:
         return u"Refund asked %1 ago — not decided"_s.arg(counted(item.daysOpen, u"day"_s));
     case OpenReason::refundUrgent:
@@ -51,6 +51,14 @@ QString title(const OpenItem &item)
         return u"Last good copy %1 ago"_s.arg(counted(item.days, u"day"_s));
     }
     return {};
+}
+
+QString status(const OpenItem &item)
+{
+    if (stepOf(item.reason) != OpenStep::refund)
+        return {};
+    const QDateTime end = item.label.createdAt.addDays(OpenItems::refundEndsAfter);
+    return u"Not scanned — refund ends "_s + end.toString(u"MM/dd/yy"_s);
 }
 
 QString detail(const OpenItem &item)

@@ -8,6 +8,8 @@ namespace parcelory::OpenItemTexts {
 
 /// "Unused for 25 days — refund ends in 5 days"
 QString title(const OpenItem &item);
+/// The status of a label that was never scanned: "Not scanned — refund ends 11/25/26"; otherwise empty.
+QString status(const OpenItem &item);
 /// What the label was bought for: "USPS Priority Mail · $9.85"; or where the carrier saw the parcel last.
 QString detail(const OpenItem &item);
 /// "Memphis TN"

@@ -130,16 +130,18 @@ Task<> RestoreScreen::restore()
         outcome = co_await onPool([&app = m_app, seen = review.value(), now = m_app.platform.clock.now(), steps] {
             return restoreRecords(app, seen, now, steps);
         });
-        running = false;
     }
     if (outcome.failure.isEmpty()) {
-        m_app.senders.reload();
-        m_app.boxes.reload();
+        co_await onPool([&app = m_app] {
+            app.senders.reload();
+            app.boxes.reload();
+        });
         logDamaged = false;
         bookDamaged = false;
     } else {
         m_app.errors.record(context, AppError(outcome.failure), Popup::no);
     }
+    running = false;
     close();
     emit finished(outcome.failure, outcome.note);
 }

@@ -4,6 +4,7 @@
 #include "records/ShipmentStatus.h"
 
 #include <QLocale>
+#include <QRegularExpression>
 
 namespace parcelory::RestoreTexts {
 using namespace Qt::StringLiterals;
@@ -150,6 +151,12 @@ QString outcomeOf(const RestoreNote &note)
     const QString copy = note.copyMadeAt.isValid() ? u"the copy of "_s + dateTimeText(note.copyMadeAt) : u"the copy"_s;
     const QString missing = note.missing > 0 ? u", %1 not"_s.arg(number(note.missing)) : QString();
     return u"Restored %1 — %2 brought back%3."_s.arg(copy, labels(note.broughtBack), missing);
+}
+
+QString placeOf(const QString &folder)
+{
+    static const QRegularExpression volumes(u"^(/Volumes/|/media/[^/]+/|/run/media/[^/]+/|/mnt/|/)"_s);
+    return QString(folder).remove(volumes).replace(u"/"_s, u" ▸ "_s);
 }
 
 QString progressOf(const RecordCopy &copy, double share)

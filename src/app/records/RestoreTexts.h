@@ -30,6 +30,8 @@ QList<Group> groupsOf(const RestoreReview &review);
 QString noteOf(const RestoreReview &review);
 /// "Restored the copy of 11/19/26, 7:01 AM — 10 labels brought back, 1 not."
 QString outcomeOf(const RestoreNote &note);
+/// A folder for people, from its volume on: "Desk Backup ▸ Parcelory Copies".
+QString placeOf(const QString &folder);
 QString progressOf(const RecordCopy &copy, double share);
 
 } // namespace parcelory::RestoreTexts

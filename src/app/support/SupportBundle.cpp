@@ -4,7 +4,10 @@
 #include "app/support/SupportFacts.h"
 #include "core/AppError.h"
 #include "core/SaveFile.h"
+#include "core/SettingsKeys.h"
+#include "core/Sqlite.h"
 #include "core/Task.h"
+#include "core/ports/Preferences.h"
 #include "core/ports/Prompts.h"
 #include "shell/ErrorLog.h"
 #include "shell/Redactor.h"
@@ -12,6 +15,8 @@
 
 #include <QFileInfo>
 #include <QScopeGuard>
+
+#include <optional>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;
@@ -22,9 +27,8 @@ struct SupportBundle::Facts {
     QDateTime now;
     SupportFacts::Counts counts;
     QList<APIErrorEntry> errors;
-    QStringList names; ///< names, addresses and the like that the program knows
+    QStringList names; ///< names, addresses and the like that the screens know
     QList<PostalContact> contacts;
-    QList<ShipmentRecord> labels;
 };
 
 SupportBundle::SupportBundle(AppState &app, LabelScreen &label, AddressBook &book, KeysScreen &keys, Trace &trace)
@@ -42,14 +46,30 @@ SupportBundle::Facts SupportBundle::facts() const
                            .boxes = m_app.boxes.profiles.value().size(),
                            .unresolved = open.size()},
                 .errors = m_app.errors.entries(),
-                .names = {m_app.signedInUser},
-                .contacts = m_book.contacts(),
-                .labels = m_app.log.records()};
+                .names = {m_app.signedInUser, m_app.draftReference},
+                .contacts = m_book.contacts()};
     const auto addAddress = [&facts](const ShippoAddress &address) {
         facts.names += {address.name, address.company, address.street1, address.street2,
                         address.city, address.phone,   address.email};
     };
-    addAddress(m_app.draftTo);
+    const auto addDraft = [&](const SavedDraft &draft) {
+        addAddress(draft.recipient);
+        facts.names += {draft.descriptionText, draft.reference, draft.customsSigner};
+    };
+    addDraft(m_label.saved());
+    if (const std::optional<StoredDraft> stored = m_app.drafts.stored())
+        addDraft(stored->draft);
+    addAddress(m_app.replacedRecipient);
+    if (const std::optional<DesklineInvoice> &invoice = m_app.scannedInvoice.value()) {
+        addAddress(invoice->address);
+        facts.names += {invoice->buyerName, invoice->invoiceID, invoice->tracking};
+        for (const DesklineInvoiceItem &item : invoice->items)
+            facts.names += item.title;
+        for (const DesklineInvoiceNote &note : invoice->notes)
+            facts.names += {note.text, note.by};
+    }
+    for (const ShipmentRecord &label : m_app.log.records())
+        facts.names += {label.recipient, label.reference, label.descriptionText};
     addAddress(m_app.platform.deployment.returnAddress);
     for (const UnresolvedPurchase &purchase : open)
         addAddress(purchase.purchase.recipient);
@@ -63,21 +83,36 @@ SupportBundle::Facts SupportBundle::facts() const
         ++(key.test ? facts.counts.testKeys : facts.counts.liveKeys);
         facts.names += key.name;
     }
+    const Preferences &preferences = m_app.platform.preferences;
+    facts.names += {read(preferences, settings::signInName), read(preferences, settings::senderFallbackEmail),
+                    read(preferences, settings::senderFallbackPhone)};
+    facts.names += read(preferences, settings::customsSigners);
     return facts;
 }
 
-QString SupportBundle::errorsOf(const Facts &facts)
+/// The recipients and references of the newest labels, whatever the log's list shows. Waits for the disk.
+QStringList SupportBundle::namesInLog(const ShipmentLog &log)
+{
+    const auto names = log.read<QStringList>([](const Database &db) -> std::optional<QStringList> {
+        QStringList found;
+        Statement newest(db, "SELECT recipient, reference, description FROM shipments ORDER BY id DESC LIMIT 20000");
+        while (newest.step())
+            found += {newest.text(0), newest.text(1), newest.text(2)};
+        return newest.isComplete() ? std::optional(found) : std::nullopt;
+    });
+    return names.valueOr({});
+}
+
+QString SupportBundle::errorsOf(const AppState &app, const Facts &facts)
 {
     constexpr qsizetype longest = 2000; // characters of an entry
     Redactor redactor;
-    for (const QString &name : facts.names)
+    for (const QString &name : facts.names + namesInLog(app.log))
         redactor.learn(name);
     for (const PostalContact &contact : facts.contacts) {
         for (const QString &text : {contact.name, contact.company, contact.street1, contact.street2, contact.city})
             redactor.learn(text);
     }
-    for (const ShipmentRecord &label : facts.labels)
-        redactor.learn(label.recipient + u' ' + label.reference);
     QString text;
     for (const APIErrorEntry &entry : facts.errors)
         text += entry.date.toUTC().toString(Qt::ISODate) + u' ' + redactor.redacted(entry.context) + u": "_s +
@@ -91,7 +126,7 @@ SupportBundle::Files SupportBundle::collect(AppState &app, Trace &trace, const F
             {u"settings.txt"_s, SupportFacts::settings(app.platform.preferences)},
             {u"records.txt"_s, SupportFacts::records(app, facts.counts)},
             {u"printers.txt"_s, SupportFacts::printers(app)},
-            {u"errors.txt"_s, errorsOf(facts).toUtf8()},
+            {u"errors.txt"_s, errorsOf(app, facts).toUtf8()},
             {u"activity.txt"_s, trace.lines().join('\n') + '\n'}};
 }
 

@@ -31,7 +31,8 @@ private:
     struct Facts;
     Facts facts() const;
     static Files collect(AppState &app, Trace &trace, const Facts &facts);
-    static QString errorsOf(const Facts &facts);
+    static QStringList namesInLog(const ShipmentLog &log);
+    static QString errorsOf(const AppState &app, const Facts &facts);
 
     AppState &m_app;
     LabelScreen &m_label;

@@ -203,7 +203,7 @@ void MailingLogView::refresh()
     refreshMode();
     const std::optional<qint64> selected = m_screen.selected;
     m_table->choose(selected ? QVariant(*selected) : QVariant());
-    m_details->refresh();
+    m_details->refresh(m_items.isShown && selected ? m_items.find(*selected) : std::nullopt);
     refreshTexts();
     enable(m_import, !m_screen.busy, m_search);
     enable(m_export, !m_screen.busy, m_search);

@@ -323,12 +323,27 @@ void OpenItemsTable::setBusy(bool busy)
 void OpenItemsTable::showEvent(QShowEvent *event)
 {
     RowTable::showEvent(event);
-    const int missing = std::max(0, Theme::current().scaled(1100) - viewport()->width());
     for (int column = 0; column < columnTotal; ++column) {
-        const int least = column == recipient ? 90 : 0; // the name gives way in a narrow window
         if (const int width = Theme::current().scaled(looks[column].width))
-            setColumnWidth(column, least ? std::max(width - missing, width - least) : width);
+            setColumnWidth(column, width);
     }
+    fitName();
+}
+
+void OpenItemsTable::resizeEvent(QResizeEvent *event)
+{
+    RowTable::resizeEvent(event);
+    if (columnWidth(recipient) == m_fitted)
+        fitName();
+}
+
+/// The name gives way in a narrow window.
+void OpenItemsTable::fitName()
+{
+    const Theme &theme = Theme::current();
+    const int width = theme.scaled(looks[recipient].width), least = width - theme.scaled(90);
+    m_fitted = std::clamp(width - theme.scaled(1100) + viewport()->width(), least, width);
+    setColumnWidth(recipient, m_fitted);
 }
 
 void OpenItemsTable::keyPressEvent(QKeyEvent *event)

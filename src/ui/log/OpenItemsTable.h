@@ -28,16 +28,19 @@ protected:
     void mouseReleaseEvent(QMouseEvent *event) override;
     void mouseDoubleClickEvent(QMouseEvent *event) override;
     void contextMenuEvent(QContextMenuEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
     void showEvent(QShowEvent *event) override;
 
 private:
     class Model;
     class Delegate;
 
+    void fitName();
     bool isOnButton(const QPoint &place) const;
 
     Model *m_model;
     Delegate *m_delegate;
+    int m_fitted = 0;                ///< the width of the names, unless the clerk has changed it
     QPersistentModelIndex m_pressed; ///< the button under a press of the mouse
 };
 

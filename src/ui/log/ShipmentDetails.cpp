@@ -2,6 +2,7 @@
 
 #include "app/logs/MailingLogScreen.h"
 #include "app/logs/TrackPage.h"
+#include "app/openitems/OpenItemTexts.h"
 #include "app/purchase/LabelVerdictTexts.h"
 #include "core/Task.h"
 #include "core/Text.h"
@@ -143,7 +144,7 @@ ShipmentDetails::ShipmentDetails(MailingLogScreen &screen, QWidget *list, QWidge
     m_body->addWidget(m_thumbnail, 0, Qt::AlignTop);
     rows->addLayout(m_body, 1);
     m_pages->addWidget(page);
-    refresh();
+    refresh({});
 }
 
 void ShipmentDetails::connectButton(Button *button, Operation operation)
@@ -284,12 +285,12 @@ void ShipmentDetails::refreshLabel()
     fitLabel();
 }
 
-void ShipmentDetails::refresh()
+void ShipmentDetails::refresh(const std::optional<OpenItem> &open)
 {
     const std::optional<ShipmentRecord> record = m_screen.selectedRecord();
     m_pages->setCurrentIndex(record ? 1 : 0);
     if (record)
-        show(*record);
+        show(*record, open);
 }
 
 void ShipmentDetails::refreshButtons(const ShipmentRecord &record)
@@ -311,7 +312,7 @@ void ShipmentDetails::refreshButtons(const ShipmentRecord &record)
     enableUnless(blocker(LabelUse::refund), m_refund, m_list);
 }
 
-void ShipmentDetails::show(const ShipmentRecord &record)
+void ShipmentDetails::show(const ShipmentRecord &record, const std::optional<OpenItem> &open)
 {
     refreshButtons(record);
     refreshLabel();
@@ -325,13 +326,16 @@ void ShipmentDetails::show(const ShipmentRecord &record)
     }
     for (size_t at = 0; at < m_values.size(); ++at) {
         TextLabel *value = m_values[at];
-        const QString text = lines[at].text(record);
+        const bool isStatus = lines[at].text == statusText;
+        const QString unused = isStatus && open ? OpenItemTexts::status(*open) : QString();
+        const QString text = unused.isEmpty() ? lines[at].text(record) : unused;
         if (const QString shown = text.isEmpty() ? u"—"_s : text; shown != value->text())
             value->setText(shown); // only on a change, to keep the clerk's text selection
-        if (lines[at].text == statusText) {
+        if (isStatus) {
             const RefundState refund = refundState(record);
-            value->setInk(inkOf(refund));
-            value->setFont(Theme::current().font(refund == RefundState::none ? FontRole::body : FontRole::strong));
+            const bool isPlain = refund == RefundState::none && unused.isEmpty();
+            value->setInk(!unused.isEmpty() && OpenItemTexts::isUrgent(open->reason) ? &Tokens::bad : inkOf(refund));
+            value->setFont(Theme::current().font(isPlain ? FontRole::body : FontRole::strong));
         }
     }
 }

@@ -1,12 +1,14 @@
 #pragma once
 
 #include "app/logs/MailingLogScreen.h"
+#include "records/OpenItems.h"
 #include "ui/parts/Badge.h"
 #include "ui/parts/Button.h"
 #include "ui/parts/PanelFrame.h"
 #include "ui/parts/TextLabel.h"
 
 #include <array>
+#include <optional>
 #include <vector>
 
 class QGridLayout;
@@ -25,8 +27,8 @@ public:
     /// `list` takes the focus from a button that becomes disabled.
     ShipmentDetails(MailingLogScreen &screen, QWidget *list, QWidget *parent = nullptr);
 
-    /// Shows the chosen shipment as it is now.
-    void refresh();
+    /// Shows the chosen shipment as it is now, and why it is an open item.
+    void refresh(const std::optional<OpenItem> &open);
 
 protected:
     void resizeEvent(QResizeEvent *event) override;
@@ -41,7 +43,7 @@ private:
     void fitLabel();
     void refreshLabel();
     void refreshButtons(const ShipmentRecord &record);
-    void show(const ShipmentRecord &record);
+    void show(const ShipmentRecord &record, const std::optional<OpenItem> &open);
 
     MailingLogScreen &m_screen;
     QWidget *m_list;

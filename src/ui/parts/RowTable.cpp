@@ -18,6 +18,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+constexpr int iconSize = 16, iconGap = 5; ///< of a cell
+
 /// Draws the sort arrow as part of the column's title: the style's own arrow would hide the title of a narrow column.
 class RowHead : public QHeaderView {
 public:
@@ -186,9 +188,11 @@ void RowTable::paintEvent(QPaintEvent *event)
     Theme::current().drawFocusRing(painter, QRect(0, cell.top(), viewport()->width(), cell.height()), 2);
 }
 
+/// A cell's icon, if it has an icon, stands before the text.
 QRect RowDelegate::textPlace(const QRect &cell, const QModelIndex &index) const
 {
-    return cell.adjusted(padding, 0, -padding - reserved(index), 0);
+    const bool hasIcon = index.data(Qt::DecorationRole).isValid();
+    return cell.adjusted(padding + (hasIcon ? iconSize + iconGap : 0), 0, -padding - reserved(index), 0);
 }
 
 void RowDelegate::paint(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const
@@ -204,8 +208,12 @@ void RowDelegate::paint(QPainter *painter, const QStyleOptionViewItem &option, c
     }
     const QRect place = textPlace(cell.rect, index);
     const bool wraps = cell.features & QStyleOptionViewItem::WrapText;
+    if (!cell.icon.isNull())
+        cell.icon.paint(
+            painter, QRect(cell.rect.left() + padding, cell.rect.center().y() - iconSize / 2 + 1, iconSize, iconSize));
     painter->setFont(cell.font);
-    painter->setPen(t.text);
+    const QVariant ink = index.data(Qt::ForegroundRole);
+    painter->setPen(ink.isValid() ? ink.value<QColor>() : t.text);
     painter->drawText(place, int(cell.displayAlignment) | (wraps ? Qt::TextWordWrap : Qt::TextSingleLine),
                       wraps ? cell.text : cell.fontMetrics.elidedText(cell.text, Qt::ElideRight, place.width()));
     painter->restore();

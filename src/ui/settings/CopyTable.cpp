@@ -3,6 +3,9 @@
 #include "app/records/RestoreTexts.h"
 #include "records/ShipmentStatus.h"
 #include "ui/log/LogModel.h"
+#include "ui/theme/Icons.h"
+#include "ui/theme/Theme.h"
+#include "ui/theme/Tokens.h"
 
 #include <QKeyEvent>
 #include <QLocale>
@@ -11,6 +14,8 @@ namespace parcelory {
 using namespace Qt::StringLiterals;
 
 namespace {
+
+const QString goodText = u"Good"_s;
 
 struct Row {
     QString id;
@@ -48,7 +53,7 @@ const RecordModel<Row>::Columns &columns()
          [](const Row &row) { return row.copy.isGood() ? RestoreTexts::sizeText(row.copy.bytes()) : u"—"_s; },
          [](const Row &row) { return row.copy.bytes(); }},
         {{u"Check"_s, 0, 100},
-         [](const Row &row) { return row.copy.isGood() ? u"Good"_s : u"Failed — "_s + row.copy.failure; }},
+         [](const Row &row) { return row.copy.isGood() ? goodText : u"Failed — "_s + row.copy.failure; }},
     };
     return table;
 }
@@ -58,6 +63,20 @@ const RecordModel<Row>::Columns &columns()
 class CopyTable::Model : public RecordModel<Row> {
 public:
     explicit Model(QObject *parent = nullptr) : RecordModel(columns(), parent) {}
+
+    QVariant data(const QModelIndex &index, int role) const override
+    {
+        const bool isCheck = index.isValid() && look(index.column()).title == u"Check";
+        const bool isGood = isCheck && text(recordAt(index.row()), index.column()) == goodText;
+        if (isCheck && role == Qt::DecorationRole)
+            return isGood ? m_good : m_failed;
+        if (isCheck && !isGood && role == Qt::ForegroundRole)
+            return Theme::current().tokens().bad;
+        return RecordModel::data(index, role);
+    }
+
+private:
+    const QIcon m_good = themeIcon(u"ui_check"_s, &Tokens::ok), m_failed = themeIcon(u"ui_error"_s, &Tokens::bad);
 };
 
 CopyTable::CopyTable(QWidget *parent) : CopyTable(new Model, parent) {}

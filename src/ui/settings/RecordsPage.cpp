@@ -6,6 +6,7 @@
 #include "core/Task.h"
 #include "records/ShipmentStatus.h"
 #include "ui/parts/Button.h"
+#include "ui/parts/LineEdit.h"
 #include "ui/parts/Notice.h"
 #include "ui/parts/ProgressBar.h"
 #include "ui/parts/Separator.h"
@@ -39,9 +40,10 @@ RecordsPage::RecordsPage(RecordsScreen &records, QWidget *parent)
       m_damage(new Notice(u"ui_warning"_s, &Tokens::warn, FontRole::strong)),
       m_age(new Notice(u"ui_success"_s, &Tokens::ok, FontRole::strong)),
       m_detail(new TextLabel({}, FontRole::caption, &Tokens::muted)),
-      m_copy(new Button(u"Copy Now"_s, Button::Kind::standard, u"ui_copy"_s)), m_folder(new ElidedLabel),
-      m_message(new Notice(u"ui_error"_s, &Tokens::bad)), m_restored(new Notice(u"ui_success"_s, &Tokens::ok)),
-      m_copies(new CopyTable), m_restore(new Button(u"Restore…"_s, Button::Kind::standard, u"ui_refund"_s)),
+      m_copy(new Button(u"Copy Now"_s, Button::Kind::standard, u"ui_copy"_s)),
+      m_folder(new LineEdit(u"Copies folder"_s)), m_message(new Notice(u"ui_error"_s, &Tokens::bad)),
+      m_restored(new Notice(u"ui_success"_s, &Tokens::ok)), m_copies(new CopyTable),
+      m_restore(new Button(u"Restore…"_s, Button::Kind::standard, u"ui_refund"_s)),
       m_sum(new TextLabel({}, FontRole::caption, &Tokens::muted)),
       m_verify(new Button(u"Verify Log"_s, Button::Kind::standard, u"ui_shield"_s)),
       m_result(new Notice(u"ui_success"_s, &Tokens::ok, FontRole::strong)),
@@ -70,6 +72,7 @@ void RecordsPage::appendStatus()
     first->addWidget(m_copy);
     rows->addLayout(first);
     rows->addWidget(new Separator(Qt::Horizontal));
+    m_folder->setReadOnly(true);
     auto *second = new QHBoxLayout;
     second->addWidget(new TextLabel(u"Copies folder"_s, FontRole::body, &Tokens::muted));
     second->addWidget(m_folder, 1);
@@ -88,10 +91,19 @@ void RecordsPage::appendStatus()
 
 void RecordsPage::appendCopies()
 {
-    append(new TextLabel(u"Copies"_s, FontRole::h2));
-    appendCaption(u"Once a day, before an import and before an update. %1 daily and %2 monthly copies are kept."_s
-                      .arg(RecordCopies::keptDays)
-                      .arg(RecordCopies::keptMonths));
+    auto *kept =
+        new TextLabel(u"Once a day, before an import and before an update. %1 daily and %2 monthly copies are kept."_s
+                          .arg(RecordCopies::keptDays)
+                          .arg(RecordCopies::keptMonths),
+                      FontRole::caption, &Tokens::muted);
+    kept->setWordWrap(true);
+    auto *head = new QWidget;
+    auto *words = new QHBoxLayout(head);
+    words->setContentsMargins(0, 0, 0, 0);
+    words->setSpacing(7);
+    words->addWidget(new TextLabel(u"Copies"_s, FontRole::h2));
+    words->addWidget(kept, 1);
+    append(head);
     QVBoxLayout *rows = column(appendListCard());
     const Theme &theme = Theme::current();
     m_copies->setFixedHeight(theme.scaled(RowTable::headPixels + shownRows * RowTable::rowPixels) + 2);
@@ -100,6 +112,9 @@ void RecordsPage::appendCopies()
     auto *foot = new QHBoxLayout;
     foot->setContentsMargins(16, 8, 16, 0);
     foot->addWidget(m_restore);
+    foot->addSpacing(6);
+    foot->addWidget(
+        new TextLabel(u"Shows first what the copy holds and what would be lost."_s, FontRole::caption, &Tokens::muted));
     foot->addStretch(1);
     foot->addWidget(m_sum);
     rows->addLayout(foot);
@@ -162,7 +177,8 @@ void RecordsPage::refresh()
                            : QString());
     m_detail->setVisible(last.has_value());
     setBusy(m_copy, m_records.copying);
-    m_folder->setFullText(m_records.folder);
+    m_folder->setText(RestoreTexts::placeOf(m_records.folder));
+    m_folder->setToolTip(plainToolTip(m_records.folder));
     m_message->setText(m_records.message);
     m_restored->setText(m_records.restored);
     const QList<RecordCopy> copies = m_records.copies;

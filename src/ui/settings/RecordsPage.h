@@ -7,7 +7,7 @@ namespace parcelory {
 
 class Button;
 class CopyTable;
-class ElidedLabel;
+class LineEdit;
 class Notice;
 class ProgressBar;
 class RecordsScreen;
@@ -34,7 +34,7 @@ private:
     Notice *m_age;
     TextLabel *m_detail;
     Button *m_copy;
-    ElidedLabel *m_folder;
+    LineEdit *m_folder;
     Notice *m_message;
     Notice *m_restored;
     CopyTable *m_copies;

@@ -8,6 +8,7 @@
 #include "ui/theme/Theme.h"
 #include "ui/theme/Tokens.h"
 
+#include <QEvent>
 #include <QHBoxLayout>
 #include <QScrollArea>
 #include <QVBoxLayout>
@@ -17,7 +18,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int dialogWidth = 600, headingWidth = 140;
+constexpr int dialogWidth = 600, headingWidth = 136;
 constexpr qsizetype shownLines = 3; ///< more of them scroll
 
 struct Look {
@@ -63,6 +64,7 @@ RestoreDialog::RestoreDialog(Clock &clock, RestoreScreen &restore, QWidget *pare
       m_progress(new ProgressBar(u"Restoring the copy"_s, 0)), m_refresh([this] { refresh(); })
 {
     body()->addWidget(m_name);
+    static_cast<QVBoxLayout *>(body()->parent())->setSpacing(3); // the name belongs to the title
     auto *box = PanelFrame::card();
     box->setFill(&Tokens::panel);
     box->setLayout(m_box);
@@ -96,6 +98,15 @@ void RestoreDialog::done(int result)
         return;
     m_restore.close();
     Dialog::done(result);
+}
+
+/// The groups have their heights only once they are shown.
+bool RestoreDialog::event(QEvent *event)
+{
+    const bool isTaken = Dialog::event(event);
+    if (event->type() == QEvent::LayoutRequest)
+        fitHeight();
+    return isTaken;
 }
 
 void RestoreDialog::refresh()

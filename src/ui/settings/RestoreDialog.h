@@ -18,6 +18,9 @@ public:
 
     void done(int result) override;
 
+protected:
+    bool event(QEvent *event) override;
+
 private:
     void refresh();
     void showGroups(const QList<RestoreTexts::Group> &groups);

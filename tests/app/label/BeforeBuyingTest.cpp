@@ -1,5 +1,6 @@
 #include "app/label/SpendGuard.h"
 #include "carrier/PurchaseTag.h"
+#include "practice/PracticeDay.h"
 #include "support/AppTest.h"
 
 // What is looked at before Buy beside this desk's log: the rules, the price, and the labels of other desks.
@@ -38,18 +39,18 @@ TEST_F(BeforeBuyingTest, AnotherDesksLabelOfTodayWarnsLikeOurOwn)
     ShippoAddress neighbor = homeAddress();
     neighbor.name = u"Theodore Ames"_s;
     buyElsewhere(neighbor);
-    const ShippoTransaction label = buyElsewhere(homeAddress());
+    const PracticeSold label = addOtherDesksLabel(homeAddress(), carrier); // as the Practice menu does
     rateHome();
     EXPECT_EQ(warning(), QString()) << "the account is asked once a minute";
     clock.advance(61s);
     rateHome();
     EXPECT_TRUE(warning().contains(u" by another desk for the same recipient."_s)) << warning().toStdString();
-    EXPECT_TRUE(warning().contains(groupsOfFour(*label.trackingNumber)));
+    EXPECT_TRUE(warning().contains(groupsOfFour(label.tracking)));
     pressBuy();
     EXPECT_TRUE(screen().secondLabelAgreed);
     EXPECT_TRUE(app->log.records().isEmpty());
 
-    runTask(app->shippo.refund(label.objectId), &clock);
+    runTask(app->shippo.refund(label.transactionId), &clock);
     clock.advance(61s);
     rateHome();
     EXPECT_EQ(warning(), QString()) << "a label that was given back is not in the way";

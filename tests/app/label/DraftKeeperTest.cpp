@@ -89,6 +89,28 @@ TEST_F(DraftKeeperTest, ADraftWithALabelDoesNotComeBack)
     EXPECT_THAT(onDisk(), Not(HasSubstr("Ida Penn")));
 }
 
+TEST_F(DraftKeeperTest, WhatIsTypedForTheRecipientDuringThePurchaseIsNoDraftOfALaterDay)
+{
+    composeAndRate(homeAddress());
+    carrier.setScenario({.holdsAnswers = true});
+    clock.advance(LabelScreen::buyPause);
+    auto buying = screen().buyAndPrint();
+    runUntil([this] { return requestsTo("/transactions") > 0; });
+    screen().weightOz = u"7"_s;
+    carrier.setScenario({});
+    run(std::move(buying));
+    ASSERT_EQ(screen().recipient(), homeAddress()) << "it stays on the screen";
+    const QByteArray same = onDisk();
+    EXPECT_THAT(same, HasSubstr("Whitfield"));
+    app->draftTo = homeOf(u"Ida Penn"_s);
+    const QByteArray other = onDisk();
+    clock.start = clock.start.addDays(1);
+    killWith(same);
+    EXPECT_TRUE(screen().recipient().isEmpty()) << "it may be the same parcel";
+    killWith(other);
+    EXPECT_EQ(screen().recipient().name, u"Ida Penn"_s);
+}
+
 TEST_F(DraftKeeperTest, IsNotBroughtBackUncheckedOrOverANewParcel)
 {
     composeParcel(homeAddress());

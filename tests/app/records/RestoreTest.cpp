@@ -67,16 +67,16 @@ protected:
             EXPECT_TRUE(*app->log.zpl(row.id)) << "its label can be printed";
     }
     /// Damages a file while no program has it open, and starts again.
-    void restartWith(const std::function<void(QFile &log)> &damage)
+    void restartWith(const std::function<void(QFile &file)> &damage, const QString &damaged = {})
     {
         endLookups();
         records.reset();
         screenOwner.reset();
         app.reset();
-        QFile log(logFile());
-        ASSERT_TRUE(log.open(QIODevice::ReadWrite));
-        damage(log);
-        log.close();
+        QFile file(damaged.isEmpty() ? logFile() : damaged);
+        ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+        damage(file);
+        file.close();
         app = std::make_unique<AppState>(platform);
         screenOwner = std::make_unique<LabelScreen>(*app);
         records = std::make_unique<RecordsScreen>(*app);
@@ -174,6 +174,26 @@ TEST_F(RestoreTest, ADamagedLogOffersTheNewestGoodCopyAndTheAccountKnowsTheRest)
         expectAllBack();
         EXPECT_FALSE(runTask(records->offerIfDamaged()));
     }
+}
+
+TEST_F(RestoreTest, ADamagedAddressBookOffersTheNewestGoodCopyAndTheLabelsStay)
+{
+    buyLabel();
+    ASSERT_TRUE(app->addressBook.upsert({.name = u"Ann"_s}));
+    copy();
+    buyLabel();
+    restartWith([](QFile &book) { book.resize(book.size() / 2); }, file(u"addresses.sqlite"_s));
+    EXPECT_TRUE(runTask(records->offerIfDamaged()));
+    EXPECT_EQ(records->damageText(), u"The address book is damaged — restore a copy."_s);
+    EXPECT_TRUE(records->restore.bookDamaged && !records->restore.logDamaged);
+    EXPECT_EQ(records->selected.value(), records->lastGood()->folder);
+    openRestore();
+    restore();
+    EXPECT_EQ(records->message.value(), QString());
+    EXPECT_EQ(records->damageText(), QString());
+    EXPECT_EQ(app->addressBook.rows().value(0).name, u"Ann"_s);
+    expectAllBack();
+    EXPECT_FALSE(runTask(records->offerIfDamaged()));
 }
 
 TEST_F(RestoreTest, ChangesNothingIfItCannotBeCompleted)

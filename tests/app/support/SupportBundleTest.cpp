@@ -16,6 +16,10 @@ const QString hidden[] = {u"shippo_live_5f1c0ffee"_s,     u"94055118995600000000
                           u"1Z999AA10123456784"_s,        u"INV-48213"_s,
                           u"/home/quillfeather/copies"_s, u"Tower_Zebra"_s};
 
+// Each is known from one place only, and consists of words that may stay.
+const QString elsewhere[] = {u"Bubble Gateway"_s, u"Legal Medium"_s,      u"Overnight Sample"_s,
+                             u"Privacy Press"_s,  u"Economy Forbidden"_s, u"Pick Bag"_s};
+
 ShippoAddress personAt(qsizetype place)
 {
     return {names[place % 3 == 0 ? 0 : 1],
@@ -63,6 +67,20 @@ struct SupportDesk : testing::Test, CarrierDesk {
         label.reference = hidden[3];
         ASSERT_TRUE(app->log.insert(label));
         app->journal.begin({.askedAt = clock.now(), .rateId = u"rate"_s, .recipient = personAt(2), .record = label});
+        DesklineInvoice invoice;
+        invoice.buyerName = elsewhere[0];
+        app->scannedInvoice = invoice;
+        SavedDraft draft;
+        draft.recipient.name = elsewhere[1];
+        app->drafts.read();
+        app->drafts.save(draft, clock.now(), {});
+        screens->label.descriptionText = elsewhere[2];
+        ASSERT_TRUE(app->log.insert({.recipient = elsewhere[3]}));
+        app->replacedRecipient.street1 = elsewhere[4];
+        preferences.setValue(settings::customsSigners.key, QStringList{names[7] + u'=' + elsewhere[5]});
+        for (const QString &name : elsewhere)
+            fail(u"Purchase of "_s + name);
+        app->log.reload(u"a search without a result"_s);
         for (const QString &name : names)
             fail(u"The carrier refused the address of %1: HTTP 429, status 404."_s.arg(name));
         for (const QString &secret : hidden)
@@ -106,8 +124,9 @@ TEST_F(SupportDesk, TheBundleTellsWhatFailedAndNothingOfAPersonOrAParcel)
          QStringList(std::begin(names), std::end(names)) + QStringList(std::begin(hidden), std::end(hidden)) +
              QStringList{u"Unheard"_s, u"Unknownstreet"_s, u"api.example"_s, u"28801"_s, PracticeCarrier::testToken})
         EXPECT_FALSE(text.contains(secret, Qt::CaseInsensitive)) << secret.toStdString() << '\n' << text.toStdString();
+    EXPECT_EQ(text.count(u"Purchase of […]\n"_s), std::size(elsewhere)) << text.toStdString();
     for (const QString &fact :
-         {u"The […] refused the address of […]: HTTP 429, status 404."_s, u"Parcelory: 1.9"_s, u"Labels: 1\n"_s,
+         {u"The […] refused the address of […]: HTTP 429, status 404."_s, u"Parcelory: 1.9"_s, u"Labels: 2\n"_s,
           u"Addresses: 2\n"_s, u"Live keys: 1\n"_s, u"Label printer: queue 1\n"_s, u"queue 1: label printer"_s,
           u"sender.fallbackPhone: set\n"_s, u"program: started"_s, u"tab: My Mailing Log"_s})
         EXPECT_TRUE(text.contains(fact)) << fact.toStdString() << '\n' << text.toStdString();
