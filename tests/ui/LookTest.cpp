@@ -94,7 +94,7 @@ QStringList clippedTexts(const QWidget &root)
     return clipped;
 }
 
-/// Parts of the window that got less height than they need.
+/// Parts of a view that got less height than they need.
 QStringList squeezedParts(const QWidget &root)
 {
     QStringList squeezed;
@@ -154,7 +154,7 @@ TEST(Look, NothingIsClippedInTheSmallestWindow)
         desk.app().tab = info.tab;
         desk.settleAll();
         EXPECT_EQ(clippedTexts(desk.window()), QStringList());
-        EXPECT_EQ(squeezedParts(desk.window()), QStringList());
+        EXPECT_EQ(squeezedParts(desk.window().labelView()), QStringList());
     }
     desk.app().tab = MainTab::newLabel;
     desk.label().selectedRateID = desk.label().rates.value().first().objectId;
@@ -164,7 +164,7 @@ TEST(Look, NothingIsClippedInTheSmallestWindow)
     desk.idle();
     ASSERT_TRUE(desk.label().hasLastCustoms());
     EXPECT_EQ(clippedTexts(desk.window()), QStringList());
-    EXPECT_EQ(squeezedParts(desk.window()), QStringList());
+    EXPECT_EQ(squeezedParts(desk.window().labelView()), QStringList());
     desk.compose(londonAddress());
     desk.label().carrier = Carrier::fedex;
     desk.label().service = ServiceOption::fedexIndirect;
