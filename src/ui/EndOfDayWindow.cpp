@@ -20,6 +20,7 @@
 #include "ui/parts/TabOrder.h"
 #include "ui/parts/TextLabel.h"
 #include "ui/parts/Toolbar.h"
+#include "ui/parts/WindowSize.h"
 #include "ui/theme/Theme.h"
 #include "ui/theme/Tokens.h"
 
@@ -27,6 +28,7 @@
 #include <QShortcut>
 #include <QVBoxLayout>
 
+#include <algorithm>
 #include <utility>
 
 namespace parcelory {
@@ -64,7 +66,8 @@ EndOfDayWindow::EndOfDayWindow(AppState &app, Screens &screens, QWidget *parent)
       m_askAgain(new Button(u"Refresh"_s, Button::Kind::standard, u"ui_refresh"_s)), m_refresh([this] { refresh(); })
 {
     const Theme &theme = Theme::current();
-    setMinimumSize(theme.scaled(leastSize.width()), leastSize.height());
+    const int room = roomFor(*this).height();
+    setMinimumSize(theme.scaled(leastSize.width()), std::min(theme.scaled(leastSize.height()), room));
     auto *ground = new PanelFrame(&Tokens::panel);
     auto *lower = new QHBoxLayout;
     lower->setSpacing(margin);
@@ -90,7 +93,7 @@ EndOfDayWindow::EndOfDayWindow(AppState &app, Screens &screens, QWidget *parent)
     orderTabsByLayout(this);
     setTabOrder(m_day, m_before);
     if (!restoreGeometry(read(app.platform.preferences, settings::endOfDayGeometry)))
-        resize(theme.scaled(usualSize.width()), usualSize.height());
+        resize(theme.scaled(usualSize.width()), std::min(theme.scaled(usualSize.height()), room));
     m_screen.open();
     m_refresh.follow(app, m_screen, screens.keys, screens.label);
     refresh();
@@ -106,6 +109,7 @@ QWidget *EndOfDayWindow::makeToolbar()
     auto *label = new TextLabel(u"Day:"_s, FontRole::body, &Tokens::muted);
     label->setBuddy(m_day);
     connect(m_day, &DateField::dateChosen, this, [this](QDate date) { m_screen.showDay(date); });
+    connect(m_day, &DateField::refused, this, [this](const QString &reason) { m_screen.message = reason; });
     connect(m_before, &QPushButton::clicked, this, [this] { m_screen.showDay(m_screen.day.value().addDays(-1)); });
     connect(m_after, &QPushButton::clicked, this, [this] { m_screen.showDay(m_screen.day.value().addDays(1)); });
     connect(m_today, &QPushButton::clicked, this, [this] { m_screen.showDay(m_app.platform.clock.now().date()); });

@@ -43,6 +43,16 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr QSize leastSize(1024, 680);
+constexpr int lowestHeight = 604; ///< of a screen with 800 lines at 125 %: what is higher than this scrolls
+
+/// The least size on a screen with this much room, which is lower than usual on a low screen.
+QSize leastSizeIn(QSize room)
+{
+    const Theme &theme = Theme::current();
+    const int width = std::min(theme.scaled(leastSize.width()), std::max(leastSize.width(), room.width()));
+    const int height = std::min(theme.scaled(leastSize.height()), roomFor(room).height());
+    return {width, std::max(lowestHeight, height)};
+}
 
 } // namespace
 
@@ -55,8 +65,7 @@ MainWindow::MainWindow(AppState &app, Screens &screens, const QString &signInNot
     setCentralWidget(m_flows);
     addWindowActions(*this);
     addHelpMenu(*this);
-    const int room = std::max(leastSize.width(), screen()->availableSize().width());
-    setMinimumSize(std::min(Theme::current().scaled(leastSize.width()), room), leastSize.height());
+    setMinimumSize(leastSizeIn(screen()->availableSize()));
     restoreLayout();
     m_refresh.follow(screens);
     refresh();
@@ -105,7 +114,7 @@ QWidget *MainWindow::makeMain()
 
 QSize MainWindow::firstSize(QSize room)
 {
-    return QSize(1280, 800).boundedTo(roomFor(room)).expandedTo(leastSize);
+    return QSize(1280, 800).boundedTo(roomFor(room)).expandedTo(leastSizeIn(room));
 }
 
 void MainWindow::restoreLayout()

@@ -70,7 +70,16 @@ TEST(AddressBookPane, EditsDeletesAndUndoesADeletion)
     desk.window().activateWindow();
     desk.press(Qt::Key_F, Qt::ControlModifier);
     desk.press(Qt::Key_Down); // moves to her row, which is already chosen
-    desk.press(Qt::Key_Delete);
+    const auto answer = [&desk](const QString &choice) {
+        desk.press(Qt::Key_Delete);
+        Dialog *question = desk.dialog();
+        desk.clock.advance(Dialog::keyGuard);
+        desk.click(desk.button(choice, question));
+        desk.window().activateWindow();
+    };
+    answer(u"Keep the Address"_s);
+    EXPECT_EQ(desk.chosen(), u"Paula Zabel");
+    answer(u"Delete"_s);
     desk.waitFor(u"Address deleted."_s);
     EXPECT_TRUE(desk.isShown(u"11 addresses"_s));
     EXPECT_EQ(desk.chosen(), QString()); // a second press deletes nothing

@@ -195,6 +195,8 @@ TEST(LabelFlow, TheWindowRespondsWhileCarrierAndPrintToolAreSlow)
 
     desk.window().close(); // the purchase continues, so the window stays open
     EXPECT_TRUE(desk.window().isVisible());
+    desk.settleAll();
+    EXPECT_TRUE(shows(desk.window(), u"Buying and printing the label — Parcelory closes when it is done."_s));
     printed.release();
     desk.idle();
     EXPECT_EQ(desk.app().log.records().size(), 1);

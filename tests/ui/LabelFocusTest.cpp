@@ -101,6 +101,10 @@ TEST(LabelFocus, StaysInTheFormWhenTheRatesGo)
     desk.composeAndRate(homeAddress());
     const QList<ShippoRate> rates = desk.label().rates;
     ASSERT_EQ(desk.focusName(), u"Rates");
+    desk.label().rates = rates.first(1);
+    desk.settleAll();
+    EXPECT_TRUE(shows(desk.window(), u"1 USPS rate"_s));
+    desk.label().rates = rates;
     desk.label().selectedRateID = std::nullopt;
     desk.settleAll();
     for (const int row : {0, 1}) { // the first key chooses the first rate
@@ -117,6 +121,39 @@ TEST(LabelFocus, StaysInTheFormWhenTheRatesGo)
     desk.idle();
     EXPECT_EQ(desk.purchases(), 1);
     EXPECT_EQ(desk.focusName(), u"Recipient name");
+}
+
+TEST(LabelFocus, ARecipientThatIsFilledDuringARequestIsCheckedAfterItUnlessTheClerkTypes)
+{
+    const std::tuple<const char *, QString, bool, QString> rows[] = {
+        {"in a field of the form", {}, true, u"Email"_s},
+        {"typing", u"x"_s, false, u"Email"_s},
+        {"in the address search", {}, true, u"Rates"_s},
+    };
+    for (const auto &[what, typed, isChecked, focus] : rows) {
+        SCOPED_TRACE(what);
+        WindowDesk desk;
+        desk.compose(homeAddress());
+        desk.label().validationOK = true;
+        desk.carrier.setScenario({.holdsAnswers = true});
+        desk.press(Qt::Key_R, Qt::ControlModifier);
+        ASSERT_TRUE(desk.label().busy);
+        const DesklineInvoice invoice{.invoiceID = u"48213"_s, .address = homeAddress()};
+        desk.app().fillFromInvoice(invoice);
+        emit desk.app().recipientTaken();
+        desk.label().weightLb = u"1"_s; // by the scale
+        if (focus == u"Email")
+            desk.named<LineEdit>(u"Email"_s)->setFocus();
+        else
+            desk.press(Qt::Key_F, Qt::ControlModifier);
+        desk.type(typed);
+        desk.carrier.setScenario({});
+        desk.idle();
+        desk.idle(); // the check
+        EXPECT_EQ(desk.label().validationOK.value(), isChecked);
+        EXPECT_EQ(desk.label().rates.value().isEmpty(), !isChecked);
+        EXPECT_EQ(desk.focusName(), focus);
+    }
 }
 
 TEST(LabelFocus, TheFocusGoesToWhatIsToBeMended)

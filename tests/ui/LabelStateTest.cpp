@@ -141,6 +141,8 @@ TEST(LabelState, AFailedScanIsInTheMessageLine)
     EXPECT_TRUE(warning().startsWith(u"Can't reach deskline"_s)) << warning().toStdString();
     desk.app().failScan(u"The deskline session has expired."_s, true);
     desk.settleAll();
+    ASSERT_TRUE(offers(desk.window(), u"Sign In Again"_s));
+    desk.composeAndRate(homeAddress()); // the next message
     desk.button(u"Sign In Again"_s)->setFocus();
     desk.press(Qt::Key_Return);
     EXPECT_EQ(desk.app().flow.value(), AppFlow::login);

@@ -5,6 +5,7 @@
 #include "ui/theme/Tokens.h"
 
 #include <QAbstractButton>
+#include <QLayout>
 #include <QScrollArea>
 #include <QScrollBar>
 
@@ -58,6 +59,20 @@ TEST(Look, EveryControlHasANameForAScreenReader)
     }
 }
 
+/// True if a part of the widget is outside of a widget that holds it, and nothing scrolls it into sight.
+bool isCut(const QWidget &widget)
+{
+    for (const QWidget *around = widget.parentWidget(); around; around = around->parentWidget()) {
+        if (qobject_cast<const QAbstractScrollArea *>(around))
+            return false;
+        if (!around->rect().contains(QRect(widget.mapTo(around, QPoint()), widget.size())))
+            return true;
+        if (around->isWindow())
+            break;
+    }
+    return false;
+}
+
 /// Texts that do not fit in the screens as they are shown now.
 QStringList clippedTexts(const QWidget &root)
 {
@@ -68,20 +83,88 @@ QStringList clippedTexts(const QWidget &root)
             continue;
         const bool tooNarrow = !text->wordWrap() && text->width() < text->sizeHint().width();
         const bool tooLow = text->wordWrap() && text->height() < text->heightForWidth(text->width());
-        if (tooNarrow || tooLow)
+        if (tooNarrow || tooLow || isCut(*text))
             clipped += text->text();
     }
     for (const Button *button : root.findChildren<Button *>()) {
-        if (button->isVisible() && !button->text().isEmpty() && button->width() < button->sizeHint().width())
+        const bool isShown = button->isVisible() && !button->text().isEmpty();
+        if (isShown && (button->width() < button->sizeHint().width() || isCut(*button)))
             clipped += button->text();
     }
     return clipped;
+}
+
+/// Parts of a view that got less height than they need.
+QStringList squeezedParts(const QWidget &root)
+{
+    QStringList squeezed;
+    for (const QWidget *part : root.findChildren<QWidget *>()) {
+        QLayout *inside = part->layout();
+        if (!part->isVisible() || !inside)
+            continue;
+        const int need = inside->hasHeightForWidth() ? inside->totalMinimumHeightForWidth(part->width())
+                                                     : inside->totalMinimumSize().height();
+        if (need > part->height())
+            squeezed +=
+                u"%1 %2: %3 of %4"_s.arg(QLatin1StringView(part->metaObject()->className()), part->accessibleName(),
+                                         QString::number(part->height()), QString::number(need));
+    }
+    return squeezed;
+}
+
+/// An insured parcel abroad with FedEx, in the desk's own box, which has the longest form.
+void composeLongest(WindowDesk &desk)
+{
+    DesklineInvoice invoice{.invoiceID = u"48377"_s, .buyerName = u"Harriet Ashcombe"_s, .address = londonAddress()};
+    invoice.items = {{.title = u"Sovereigns"_s, .qty = u"4"_s, .total = u"$1,860.00"_s}};
+    desk.label().carrier = Carrier::fedex;
+    desk.label().mailpiece = BuiltinMailpiece::package;
+    desk.app().scannedInvoice = invoice;
+    desk.app().fillFromInvoice(invoice);
+    desk.label().weightLb = u"1"_s;
+    for (auto *size : {&desk.label().dimLength, &desk.label().dimWidth, &desk.label().dimHeight})
+        *size = u"6"_s;
+    desk.settleAll();
+}
+
+TEST(Look, TheLongestFormFitsTheScreenOfADesk)
+{
+    WindowDesk desk(true);
+    desk.window().resize(MainWindow::firstSize({1280, 800}));
+    composeLongest(desk);
+    ASSERT_TRUE(desk.button(u"Invoice $1,860.00 — insure"_s)->isVisible());
+    const auto areas = desk.window().labelView().findChildren<QScrollArea *>();
+    for (const QScrollArea *area : areas) {
+        if (area->isAncestorOf(desk.named(u"Signer"_s)) && Theme::current().scaled(100) == 100)
+            EXPECT_EQ(area->verticalScrollBar()->maximum(), 0);
+    }
 }
 
 TEST(Look, NothingIsClippedInTheSmallestWindow)
 {
     WindowDesk desk;
     desk.window().resize(desk.window().minimumSize());
+    composeLongest(desk);
+    desk.label().validationOK = true;
+    spawn([&desk] { return desk.label().fetchRates(true); });
+    desk.idle();
+    ASSERT_FALSE(desk.label().rates.value().isEmpty());
+    for (const MainTabInfo &info : mainTabs()) {
+        SCOPED_TRACE(info.title.toStdString());
+        desk.app().tab = info.tab;
+        desk.settleAll();
+        EXPECT_EQ(clippedTexts(desk.window()), QStringList());
+        EXPECT_EQ(squeezedParts(desk.window().labelView()), QStringList());
+    }
+    desk.app().tab = MainTab::newLabel;
+    desk.label().selectedRateID = desk.label().rates.value().first().objectId;
+    desk.settleAll();
+    desk.clock.advance(LabelScreen::buyPause);
+    desk.press(Qt::Key_Return, Qt::ControlModifier);
+    desk.idle();
+    ASSERT_TRUE(desk.label().hasLastCustoms());
+    EXPECT_EQ(clippedTexts(desk.window()), QStringList());
+    EXPECT_EQ(squeezedParts(desk.window().labelView()), QStringList());
     desk.compose(londonAddress());
     desk.label().carrier = Carrier::fedex;
     desk.label().service = ServiceOption::fedexIndirect;
@@ -124,25 +207,24 @@ TEST(Look, NothingIsClippedAtTheEndOfTheDay)
 
 TEST(Look, TheFirstWindowFitsTheScreen)
 {
-    const std::pair<QSize, QSize> rooms[] = {{{1920, 1080}, {1280, 800}},
-                                             {{1280, 800}, {1280, 764}},
-                                             {{1280, 768}, {1280, 732}},
-                                             {{1024, 768}, {1024, 732}},
-                                             {{800, 600}, {1024, 680}}};
+    const bool isLarge = Theme::current().scaled(100) > 100; // its sizes are the screen's
+    const std::pair<QSize, QSize> rooms[] = {{{1920, 1080}, {1280, 800}}, {{1280, 800}, {1280, 764}},
+                                             {{1280, 768}, {1280, 732}},  {{1024, 768}, {1024, 732}},
+                                             {{1024, 640}, {1024, 604}},  {{800, 600}, {1024, 604}}};
     for (const auto &[room, size] : rooms)
-        EXPECT_EQ(MainWindow::firstSize(room), size) << room.width();
+        EXPECT_TRUE(isLarge || MainWindow::firstSize(room) == size) << room.width();
     WindowDesk desk;
     desk.window().resize(desk.window().minimumSize());
     desk.composeAndRate(homeAddress());
     const Button *buy = desk.button(u"Buy & Print Label"_s);
     EXPECT_LT(buy->mapTo(&desk.window(), buy->rect().bottomLeft()).y(), desk.window().height());
-    EXPECT_LE(desk.window().height(), 732);
+    EXPECT_LE(desk.window().height(), std::max(604, roomFor(desk.window()).height()));
 }
 
 TEST(Look, TheOtherWindowsFitTheScreen)
 {
     WindowDesk desk;
-    for (const QString &window : {u"scanform"_s, u"label"_s, u"addressbook"_s})
+    for (const QString &window : {u"scanform"_s, u"label"_s, u"addressbook"_s, u"endofday"_s})
         desk.window().openWindow(window);
     desk.press(Qt::Key_F1);
     Dialog *shortcuts = desk.dialog();

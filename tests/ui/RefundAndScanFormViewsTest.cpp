@@ -1,5 +1,8 @@
 #include "support/UiTest.h"
+#include "ui/log/MailingLogView.h"
 #include "ui/log/ShipmentTable.h"
+#include "ui/parts/BusyBar.h"
+#include "ui/theme/Tokens.h"
 
 #include <QComboBox>
 #include <QHeaderView>
@@ -42,12 +45,29 @@ TEST(RefundAndScanFormViews, ARefundAsksAndEscKeepsTheLabel)
         desk.clock.advance(Dialog::keyGuard);
         return question;
     };
+    const auto barMoves = [&desk] {
+        const QWidgetList parts = desk.window().mailingLogView().findChildren<QWidget *>();
+        const auto bar = std::ranges::find_if(
+            parts, [](const QWidget *part) { return part->isVisible() && dynamic_cast<const BusyBar *>(part); });
+        for (int tick = 0; tick < 30; ++tick) { // more than a second
+            QTimerEvent event(0);
+            QCoreApplication::sendEvent(*bar, &event);
+        }
+        const QColor color = (*bar)->grab().toImage().pixelColor(1, 1);
+        return color == lightTokens().line || color == lightTokens().accent;
+    };
     ask();
+    EXPECT_FALSE(barMoves()) << "the clerk is asked";
     desk.press(Qt::Key_Escape);
     desk.waitFor(log.busy);
     EXPECT_EQ(log.records().first().status, u"PRINTED");
     EXPECT_EQ(desk.sent("/refunds/").size(), 0);
     EXPECT_EQ(desk.focusName(), u"Mailing log"); // and not on a button that the next key would press
+    desk.carrier.setScenario({.holdsAnswers = true});
+    desk.click(desk.button(u"Check Status"_s));
+    EXPECT_TRUE(barMoves()) << "the carrier is asked";
+    desk.carrier.setScenario({});
+    desk.waitFor(log.busy);
     desk.click(desk.button(u"Request Refund"_s, ask()));
     desk.waitFor(log.busy);
     EXPECT_EQ(desk.sent("/refunds/").size(), 1);

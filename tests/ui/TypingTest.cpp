@@ -11,16 +11,18 @@ TEST(Typing, ADateStaysInItsField)
 {
     WindowDesk desk;
     const QDate today = desk.clock.now().date(), day = today.addDays(3);
-    const std::pair<QString, QDate> rows[] = {{day.toString(u"MM/dd/yy"_s), day},
-                                              {day.toString(u"M-d-yyyy"_s), day},
-                                              {day.toString(u"MMddyy"_s), day},
-                                              {day.toString(u"yyyy-MM-dd"_s), day},
-                                              {day.toString(u"M/d"_s), day},
-                                              {u"13/45/26"_s, today},
-                                              {u"1"_s, today},
-                                              {today.addDays(-1).toString(u"MM/dd/yy"_s), today},
-                                              {today.toString(u"MM/dd/yy"_s), today}};
-    for (const auto &[typed, date] : rows) {
+    const QString stays = u" Ship date stays %1."_s.arg(today.toString(u"MM/dd/yy"_s)),
+                  before = today.addDays(-1).toString(u"MM/dd/yy"_s);
+    const std::tuple<QString, QDate, QString> rows[] = {{day.toString(u"MM/dd/yy"_s), day, {}},
+                                                        {day.toString(u"M-d-yyyy"_s), day, {}},
+                                                        {day.toString(u"MMddyy"_s), day, {}},
+                                                        {day.toString(u"yyyy-MM-dd"_s), day, {}},
+                                                        {day.toString(u"M/d"_s), day, {}},
+                                                        {u"13/45/26"_s, today, u"“13/45/26” is not a date."_s + stays},
+                                                        {u"1"_s, today, u"“1” is not a date."_s + stays},
+                                                        {before, today, before + u" is too early."_s + stays},
+                                                        {today.toString(u"MM/dd/yy"_s), today, {}}};
+    for (const auto &[typed, date, refusal] : rows) {
         SCOPED_TRACE(typed.toStdString());
         desk.label().shipDate = today;
         desk.settleAll();
@@ -32,6 +34,8 @@ TEST(Typing, ADateStaysInItsField)
         EXPECT_NE(desk.focusName(), u"Ship date");
         EXPECT_EQ(desk.label().shipDate.value(), date);
         EXPECT_EQ(desk.named<DateField>(u"Ship date"_s)->text(), date.toString(u"MM/dd/yy"_s));
+        EXPECT_EQ(desk.label().banner.value().value_or(Banner{}).text, refusal);
+        desk.label().banner = std::nullopt;
     }
     desk.composeAndRate(homeAddress());
     ASSERT_FALSE(desk.label().rates.value().isEmpty());
@@ -50,6 +54,13 @@ TEST(Typing, ADateStaysInItsField)
     EXPECT_EQ(desk.focusName(), u"From");
     EXPECT_EQ(log.from.value(), QDate(2026, 10, 1));
     EXPECT_EQ(log.to.value(), to);
+    desk.press(Qt::Key_Tab);
+    desk.named<DateField>(u"From"_s)->setFocus();
+    desk.press(Qt::Key_A, Qt::ControlModifier);
+    desk.type(u"10/32/26"_s);
+    desk.press(Qt::Key_Return); // would load other days than the typed ones
+    EXPECT_FALSE(log.busy);
+    EXPECT_EQ(log.message.value(), u"“10/32/26” is not a date. From stays 10/01/26."_s);
 }
 
 TEST(Typing, DigitsChooseTheGoodsAndTheValueIsCompared)

@@ -9,6 +9,7 @@
 #include "core/StatusKind.h"
 #include "core/Task.h"
 #include "core/Text.h"
+#include "core/ports/Prompts.h"
 
 #include <QScopeGuard>
 
@@ -169,6 +170,16 @@ Task<> AddressBook::remove(PostalContact contact)
     }
     note({contact});
     setStatus(StatusKind::success, u"Address deleted."_s);
+}
+
+Task<> AddressBook::askAndRemove(PostalContact contact)
+{
+    const int answer = co_await m_app.platform.prompts.choose(
+        {.title = u"Delete This Address?"_s,
+         .text = joinPresent({contact.name, contact.company, contact.addressSummary()}, u"\n"_s),
+         .choices = {u"Keep the Address"_s, u"Delete"_s}});
+    if (answer == 1)
+        co_await remove(contact);
 }
 
 Task<> AddressBook::undo()

@@ -58,6 +58,8 @@ public:
     /// False, with the reason as status, if the write failed.
     Task<bool> save(PostalContact contact);
     Task<> remove(PostalContact contact);
+    /// Removes the contact if the clerk confirms.
+    Task<> askAndRemove(PostalContact contact);
     bool canUndo() const { return !changes.value().isEmpty(); }
     /// Takes back the last change.
     Task<> undo();

@@ -52,9 +52,12 @@ LabelScreen::LabelScreen(AppState &app)
         m_app.scanBusy, m_app.scanStatusKind);
     QObject::connect(&app, &AppState::fillBegins, &m_lifetime, [this] { m_beforeFill = saved(); });
     QObject::connect(&app, &AppState::scanFailed, &m_lifetime, [this](const QString &text, bool isSessionOver) {
-        banner = Banner{text, false, isSessionOver ? Banner::Offer::signInAgain : Banner::Offer::none};
+        banner = Banner{text, false};
         m_bannerAboutDraft = false;
+        needsSignIn = needsSignIn || isSessionOver;
     });
+    watch([this] { needsSignIn = false; }, m_app.flow,
+          m_app.scannedInvoice); // an invoice can be read only in a session
 }
 
 LabelScreen::~LabelScreen()

@@ -70,6 +70,7 @@ public:
     Observed<bool> rating{this, false};     ///< rates are being requested
     Observed<bool> buying{this, false};     ///< a purchase is in progress: the program must not end now
     Observed<std::optional<Banner>> banner{this};
+    Observed<bool> needsSignIn{this, false};               ///< the back office has ended the session
     Observed<std::optional<DraftField>> faultyField{this}; ///< the field that the banner is about, until the next edit
     Observed<std::optional<LastLabel>> lastLabel{this};
     /// Why the selected rate would buy a second label; empty if it would not.
@@ -86,8 +87,8 @@ public:
 
     std::optional<ShippoRate> selectedRate() const;
     NextStep nextStep() const;
-    /// True if a recipient that was filled in is to be validated right away.
-    bool validatesFills() const { return !busy && recipientFilled(); }
+    /// True if the form shows a recipient that was filled in and not yet checked, and the carrier can be asked.
+    bool isFillDue() const;
     /// True while a dialog asks about this label.
     bool awaitsChoice() const { return m_app.awaitsChoice || showIntlPaperwork; }
     /// True if the window closes when the purchase in progress is done.
@@ -125,6 +126,8 @@ public:
     /// Clears the draft for the next parcel; sender, carrier, mailpiece with its box's size, class and option stay.
     void clearDraft();
     bool canClear() const { return !isClear() || !rates.value().isEmpty() || banner.value(); }
+    /// Tells that a typed ship date was not taken.
+    void refuseDate(const QString &reason) { warnUntilEdit(reason); }
     /// Asks for what a recipient that was filled in lacks.
     void askForMissing();
     /// Fills in the recipient from an address that the clerk has pasted as one text.
@@ -133,6 +136,8 @@ public:
     /// form shows.
     bool undo();
     bool canUndo() const;
+    /// What the message line offers: what its message does, or else a new sign-in as long as one is needed.
+    Banner::Offer offer() const;
     /// Does what the message line offers.
     void takeOffer();
 

@@ -154,6 +154,12 @@ bool LabelScreen::isClearShown() const
     return banner.value().value_or(Banner{}).offer == Banner::Offer::undoClear;
 }
 
+bool LabelScreen::isFillDue() const
+{
+    const ShippoAddress &to = m_app.draftTo.value();
+    return !busy && !isClosing() && !to.isEmpty() && to == m_filled && validationStatus.value().isEmpty();
+}
+
 bool LabelScreen::isFillShown() const
 {
     return m_app.lastChange.isOffered(m_fillChange) && m_app.draftTo.value() == m_filled;
@@ -206,15 +212,21 @@ void LabelScreen::forgetSoldUndo(const ShippoAddress &sold)
         banner = std::nullopt;
 }
 
+Banner::Offer LabelScreen::offer() const
+{
+    const Banner::Offer own = banner.value().value_or(Banner{}).offer;
+    return own == Banner::Offer::none && needsSignIn ? Banner::Offer::signInAgain : own;
+}
+
 void LabelScreen::takeOffer()
 {
-    const Banner::Offer offer = banner.value().value_or(Banner{}).offer;
-    if (offer == Banner::Offer::signInAgain && busy)
+    const bool signsIn = offer() == Banner::Offer::signInAgain;
+    if (signsIn && busy)
         return; // the operation may still ask the clerk a question
-    if (offer != Banner::Offer::signInAgain)
+    if (!signsIn)
         undo();
     banner = std::nullopt;
-    if (offer == Banner::Offer::signInAgain)
+    if (signsIn)
         m_app.signInAgain();
 }
 

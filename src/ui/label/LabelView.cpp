@@ -40,6 +40,7 @@ namespace {
 
 constexpr int ratesWidth = 344, widestRates = 400, sidebarWidth = 280, widestSidebar = 340, widestForm = 792;
 constexpr int wideWindow = 1500, narrowWindow = 1276; ///< below it, form, rates and sidebar do not fit side by side
+constexpr int lowView = 740;                          ///< below it, the longest form does not fit
 
 constexpr DraftField allFields[] = {
     DraftField::profile,       DraftField::name,      DraftField::street, DraftField::city,     DraftField::zip,
@@ -95,15 +96,16 @@ QWidget *LabelView::makeForm()
     auto *form = new PanelFrame(&Tokens::sheet);
     form->setMaximumWidth(Theme::current().scaled(widestForm));
     auto *rows = new QVBoxLayout(form);
-    rows->setContentsMargins(16, 7, 16, 7);
-    rows->setSpacing(6); // so that a parcel that goes abroad fits a window of 800 lines with a menu bar
-    rows->addWidget(new SenderSection(m_app, m_screen));
+    auto *sender = new SenderSection(m_app, m_screen);
+    auto *service = new ServiceSection(m_app, m_screen);
+    m_sections = {sender, m_recipient, m_package, service, m_extras, m_customs};
+    rows->addWidget(sender);
     rows->addWidget(new Separator);
     rows->addWidget(m_recipient);
     rows->addWidget(new Separator);
     rows->addWidget(m_package);
     rows->addWidget(new Separator);
-    rows->addWidget(new ServiceSection(m_app, m_screen));
+    rows->addWidget(service);
     rows->addWidget(new Separator);
     rows->addWidget(m_extras);
     rows->addWidget(m_customsRule);
@@ -126,7 +128,21 @@ void LabelView::resizeEvent(QResizeEvent *event)
     m_rates->setFixedWidth(Theme::current().scaled(std::min(ratesWidth + extra, widestRates)));
     m_sidebar->setFixedWidth(Theme::current().scaled(std::min(sidebarWidth + extra, widestSidebar)));
     m_peeking = m_peeking && isNarrow();
+    setDense(height() < Theme::current().scaled(lowView));
     arrange();
+}
+
+/// Less space in form and rates, so that the longest form, an insured parcel abroad with FedEx, fits a window on a
+/// screen of 800 lines with its menu bar and title bar.
+void LabelView::setDense(bool dense)
+{
+    QLayout *rows = m_scroll->widget()->layout();
+    const int margin = dense ? 3 : 7;
+    rows->setContentsMargins(16, margin, 16, margin);
+    rows->setSpacing(dense ? 3 : 6);
+    for (FormSection *section : m_sections)
+        section->setDense(dense);
+    m_rates->setDense(dense);
 }
 
 /// Checks the window, which this screen fills, because a hidden screen keeps its old size.
@@ -179,18 +195,6 @@ void LabelView::focusInvoiceNumber()
     m_sidebar->focusInvoiceNumber();
 }
 
-/// Validates a recipient that was filled in right away, or takes the clerk to what it lacks.
-void LabelView::takeRecipient()
-{
-    if (m_screen.validatesFills()) {
-        validate();
-    } else if (!m_screen.busy) {
-        m_screen.askForMissing();
-        m_typedMeanwhile = false;
-        QMetaObject::invokeMethod(this, &LabelView::settleFocus, Qt::QueuedConnection);
-    }
-}
-
 LineEdit *LabelView::field(DraftField which) const
 {
     for (LineEdit *found :
@@ -204,6 +208,7 @@ LineEdit *LabelView::field(DraftField which) const
 void LabelView::start(std::function<Task<>()> operation)
 {
     m_typedMeanwhile = false;
+    m_keepsField = false;
     m_peeking = false; // the rates panel shows the result
     arrange();
     m_pressed = QApplication::focusWidget();
@@ -243,83 +248,10 @@ void LabelView::reprint()
     start([this] { return m_screen.reprintLast(); });
 }
 
-void LabelView::settleFocus()
-{
-    if (!isVisible() || m_typedMeanwhile || m_screen.showIntlPaperwork)
-        return;
-    if (const QWidget *dialog = QApplication::activeModalWidget()) { // the clerk reads it first
-        connect(dialog, &QObject::destroyed, this, &LabelView::settleFocus,
-                Qt::ConnectionType(Qt::QueuedConnection | Qt::UniqueConnection));
-        return;
-    }
-    const QWidget *focused = QApplication::focusWidget();
-    if (m_pressed && focused && focused != m_pressed && focused != this && window()->isAncestorOf(focused) &&
-        !isAncestorOf(focused))
-        return; // the clerk went on in the address book
-    LineEdit *next = nullptr;
-    if (m_screen.faultyField.value())
-        next = field(*m_screen.faultyField.value());
-    else if (m_screen.awaitsReprint()) {
-        m_rates->lastLabelEntrance()->setFocus();
-        return;
-    } else if (!m_screen.rates.value().isEmpty()) {
-        m_rates->list()->setFocus();
-        return;
-    } else if (m_screen.validationOK && m_screen.totalPounds() <= 0)
-        next = field(DraftField::weight);
-    else if (m_app.draftTo.value().isEmpty())
-        next = field(DraftField::name);
-    if (next) {
-        next->setFocus();
-        next->selectAll();
-        m_scroll->ensureWidgetVisible(next);
-    } else if (m_screen.purchases.unresolvedFor(m_app.draftTo)) {
-        m_unresolved->focusCheck();
-    } else if (QWidget *back = m_pressed && m_pressed->isHidden() ? m_rates->entrance() : m_pressed.data();
-               back && hasFocus()) { // the list of the rates may be gone
-        back->setFocus();
-    }
-}
-
 void LabelView::clear()
 {
     m_screen.clearDraft();
     focusRecipient();
-}
-
-void LabelView::focusStart()
-{
-    if (m_screen.awaitsReprint())
-        m_rates->lastLabelEntrance()->setFocus();
-    else
-        focusRecipient();
-}
-
-void LabelView::focusRecipient()
-{
-    field(DraftField::name)->setFocus();
-    field(DraftField::name)->selectAll();
-    m_scroll->ensureWidgetVisible(field(DraftField::name));
-}
-
-void LabelView::focusRegion(int step)
-{
-    struct Region {
-        const QWidget *area;
-        std::function<void()> enter;
-    };
-    QList<Region> regions = {{m_scroll, [this] { focusRecipient(); }},
-                             {m_rates, [this] { m_rates->entrance()->setFocus(); }},
-                             {m_sidebar, [this] { m_sidebar->focusContents(); }}};
-    regions.removeIf([this](const Region &region) {
-        return region.area->isHidden() || (region.area == m_rates && !m_rates->entrance());
-    });
-    qsizetype at = 0; // focus outside the regions counts as the form
-    for (qsizetype each = 0; each < regions.size(); ++each) {
-        if (regions[each].area->isAncestorOf(focusWidget()))
-            at = each;
-    }
-    regions[(at + step + regions.size()) % regions.size()].enter();
 }
 
 void LabelView::keyPressEvent(QKeyEvent *event)
@@ -362,6 +294,7 @@ void LabelView::refresh()
     }
     arrange();
     m_customsRule->setVisible(m_screen.isInternational());
+    checkWaitingFill();
     if (m_screen.showIntlPaperwork)
         showPaperwork();
     else if (m_paperwork)

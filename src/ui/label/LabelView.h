@@ -16,6 +16,7 @@ class AddressBook;
 class AddressBookView;
 class CustomsSection;
 class ExtrasSection;
+class FormSection;
 class MessageLine;
 class PackageSection;
 class PaperworkDialog;
@@ -58,14 +59,17 @@ protected:
 
 private:
     QWidget *makeForm();
+    void setDense(bool dense);
     LineEdit *field(DraftField which) const;
     bool isNarrow() const;
     void showSidebar(bool shown);
     void arrange();
     void takeRecipient();
+    void checkFill();
+    void checkWaitingFill();
     /// Runs an operation of the screen model, then moves the focus to where the clerk continues.
     void start(std::function<Task<>()> operation);
-    void noteTyping() { m_typedMeanwhile = true; }
+    void noteTyping();
     void settleFocus();
     void pressDefault();
     void refresh();
@@ -75,6 +79,7 @@ private:
     LabelScreen &m_screen;
     SettingsScreen &m_settings;
     QScrollArea *m_scroll;
+    QList<FormSection *> m_sections;
     RecipientSection *m_recipient;
     PackageSection *m_package;
     ExtrasSection *m_extras;
@@ -87,6 +92,8 @@ private:
     bool m_peeking = false; ///< the sidebar replaces the rates in a window too narrow for both
     QPointer<PaperworkDialog> m_paperwork;
     bool m_typedMeanwhile = false; ///< since the operation began: the focus stays where the clerk types
+    bool m_fillWaits = false;      ///< a recipient was filled in while the carrier was busy, and nothing typed since
+    bool m_keepsField = false;     ///< the operation began by itself: the focus stays in a field of the form
     QPointer<QWidget> m_pressed;   ///< had the focus when the operation began
     RefreshScheduler m_refresh;
 };

@@ -87,7 +87,7 @@ void MessageLine::refresh()
                 !banner      ? &Tokens::muted
                 : banner->ok ? &Tokens::ok
                              : &Tokens::warn);
-    const Banner::Offer offer = banner ? banner->offer : Banner::Offer::none;
+    const Banner::Offer offer = m_screen.awaitsChoice() ? Banner::Offer::none : m_screen.offer();
     if (const QString label = textOf(offer); label != m_offer->text()) {
         m_offer->setText(label);
         m_offer->updateGeometry();

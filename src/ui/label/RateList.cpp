@@ -98,6 +98,11 @@ RateList::RateList(LabelScreen &screen, QWidget *parent)
     refresh();
 }
 
+QSize RateList::minimumSizeHint() const
+{
+    return {0, Theme::current().scaled(rowHeight) + gap};
+}
+
 /// Keeps the chosen rate visible when the Buy block below grows with its address.
 void RateList::resizeEvent(QResizeEvent *event)
 {

@@ -14,6 +14,8 @@ class RateList : public QListView {
 public:
     explicit RateList(LabelScreen &screen, QWidget *parent = nullptr);
 
+    QSize minimumSizeHint() const override; ///< of one rate
+
 protected:
     void keyPressEvent(QKeyEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;

@@ -53,8 +53,7 @@ RatesPanel::RatesPanel(LabelScreen &screen, KeysScreen &keys, SettingsScreen &se
     m_empty->append(m_checks);
 
     auto *column = new QVBoxLayout(this);
-    column->setContentsMargins(15, 10, 14, 14);
-    column->setSpacing(6);
+    setDense(false);
     m_head = makeHead();
     column->addWidget(m_head);
     column->addWidget(m_bar);
@@ -224,19 +223,28 @@ int RatesPanel::heightOf(const QWidget *part) const
 }
 
 /// In a window that is too low, the checklist below the last label goes, and then the sentence above it; never the
-/// label.
+/// label. Above the Buy block, the line of the shipping rules goes before the last rate.
 void RatesPanel::makeRoom()
 {
     const bool isEmpty = m_screen.rates.value().isEmpty(), isListed = !m_screen.formComplete();
     int room = height() - layout()->contentsMargins().top() - layout()->contentsMargins().bottom();
-    for (const QWidget *part : {m_head, static_cast<QWidget *>(m_bar), static_cast<QWidget *>(m_lastLabel),
-                                static_cast<QWidget *>(m_rule), static_cast<QWidget *>(m_block)})
+    for (const QWidget *part :
+         {m_head, static_cast<QWidget *>(m_bar), static_cast<QWidget *>(m_lastLabel), static_cast<QWidget *>(m_block)})
         room -= part->isHidden() ? 0 : heightOf(part);
+    const int rule = m_rule->minimumHeight() + layout()->spacing();
+    m_rule->setRoom(isEmpty || room >= rule + m_list->minimumSizeHint().height() + layout()->spacing());
+    room -= m_rule->isHidden() ? 0 : rule;
     const int checks = m_checks->sizeHint().height() + m_empty->layout()->spacing();
     const int sentence = heightOf(m_empty) - (m_checks->isHidden() ? 0 : checks);
     const bool isFree = m_lastLabel->isHidden();
     m_empty->setVisible(isEmpty && (isFree || room >= sentence));
     m_checks->setVisible(isListed && (isFree || room >= sentence + checks));
+}
+
+void RatesPanel::setDense(bool dense)
+{
+    layout()->setContentsMargins(15, dense ? 6 : 10, 14, dense ? 8 : 14);
+    layout()->setSpacing(dense ? 4 : 6);
 }
 
 void RatesPanel::refreshLastLabel()

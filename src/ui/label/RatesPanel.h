@@ -28,6 +28,8 @@ public:
     QWidget *lastLabelEntrance() const;
     /// Where a key that leads to the rates goes: the rates, or the button that can act; null if nothing here can.
     QWidget *entrance() const;
+    /// Less space around and between the parts, for a low window.
+    void setDense(bool dense);
 
 signals:
     void getRatesRequested();

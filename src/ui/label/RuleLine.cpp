@@ -85,10 +85,16 @@ RuleLine::RuleLine(LabelScreen &screen, QWidget *parent)
     refresh();
 }
 
+void RuleLine::setRoom(bool hasRoom)
+{
+    m_hasRoom = hasRoom;
+    setVisible(m_hasRoom && !m_advice.isEmpty());
+}
+
 void RuleLine::refresh()
 {
     const QList<Rule> advice = m_screen.selectedRate() ? m_screen.advice() : QList<Rule>();
-    setVisible(!advice.isEmpty());
+    setVisible(m_hasRoom && !advice.isEmpty());
     if (std::exchange(m_advice, advice) == advice || advice.isEmpty())
         return;
     const qsizetype others = advice.size() - 1;

@@ -16,6 +16,8 @@ public:
 
     /// What Tab reaches; it is in no layout.
     QWidget *link() const { return m_more; }
+    /// In a window that is too low for the line, it is not shown.
+    void setRoom(bool hasRoom);
 
 signals:
     void rulesRequested();
@@ -30,6 +32,7 @@ private:
 
     LabelScreen &m_screen;
     QList<Rule> m_advice; ///< as shown
+    bool m_hasRoom = true;
     TextLabel *m_text;
     Button *m_more;
     RefreshScheduler m_refresh;

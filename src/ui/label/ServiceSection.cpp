@@ -36,6 +36,7 @@ ServiceSection::ServiceSection(AppState &app, LabelScreen &screen, QWidget *pare
     connect(m_class, &QComboBox::activated, this,
             [this](int at) { m_screen.svcClass = ServiceClass(m_class->itemData(at).toInt()); });
     connect(m_date, &DateField::dateChosen, this, [this](QDate date) { m_screen.shipDate = date; });
+    connect(m_date, &DateField::refused, this, [this](const QString &reason) { m_screen.refuseDate(reason); });
     connect(m_residential, &QCheckBox::toggled, this, [this](bool on) { m_screen.fedexResidential = on; });
     m_refresh.follow(screen);
     refresh();

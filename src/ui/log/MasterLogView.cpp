@@ -71,6 +71,8 @@ QWidget *MasterLogView::makeToolbar()
 {
     connect(m_from, &DateField::dateChosen, this, [this](QDate date) { m_screen.from = date; });
     connect(m_to, &DateField::dateChosen, this, [this](QDate date) { m_screen.to = date; });
+    for (const DateField *field : {m_from, m_to})
+        connect(field, &DateField::refused, this, [this](const QString &reason) { m_screen.message = reason; });
     connect(m_search, &SearchField::listRequested, m_table, [this] { m_table->setFocus(Qt::TabFocusReason); });
     bindText(m_search, m_screen.search);
     connect(m_usual, &QPushButton::clicked, this, [this] {

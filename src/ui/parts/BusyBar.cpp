@@ -3,6 +3,7 @@
 #include "ui/theme/Theme.h"
 #include "ui/theme/Tokens.h"
 
+#include <QApplication>
 #include <QPainter>
 #include <QStyle>
 #include <QTimerEvent>
@@ -36,9 +37,14 @@ void BusyBar::setBusy(bool busy)
     }
 }
 
+/// While a dialog or a file panel waits for the clerk, the program does not work.
 void BusyBar::timerEvent(QTimerEvent *)
 {
-    if (++m_ticks >= quietTicks)
+    const QWidget *dialog = QApplication::activeModalWidget();
+    const bool waits = dialog && !dialog->isAncestorOf(this);
+    const bool wasShown = m_ticks >= quietTicks;
+    m_ticks = waits ? 0 : m_ticks + 1;
+    if (wasShown || m_ticks >= quietTicks)
         update();
 }
 

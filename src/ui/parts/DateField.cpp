@@ -1,5 +1,6 @@
 #include "ui/parts/DateField.h"
 
+#include "core/Text.h"
 #include "ui/theme/Icons.h"
 #include "ui/theme/Theme.h"
 #include "ui/theme/Tokens.h"
@@ -38,9 +39,8 @@ void DateField::showDate(QDate date)
     setText(QLocale::c().toString(date, u"MM/dd/yy"_s));
 }
 
-/// Reads 11/24/26, 11-24-2026, 2026-11-24, 112426, and 11/24 as the next such day. Not valid for any other text, or if
-/// the date is too early.
-QDate DateField::dateIn(const QString &text) const
+/// Reads 11/24/26, 11-24-2026, 2026-11-24, 112426, and 11/24 as the next such day. Not valid for any other text.
+QDate DateField::readDate(const QString &text) const
 {
     static const QRegularExpression usual(u"^([0-9]{1,2})[/.\\- ]([0-9]{1,2})(?:[/.\\- ]([0-9]{2}|[0-9]{4}))?$"_s);
     static const QRegularExpression digits(u"^([0-9]{2})([0-9]{2})([0-9]{2}|[0-9]{4})$"_s);
@@ -65,7 +65,24 @@ QDate DateField::dateIn(const QString &text) const
             date = QDate(year < 100 ? century + year : year, month, day);
         }
     }
+    return date;
+}
+
+/// Not valid if the date is too early, too.
+QDate DateField::dateIn(const QString &text) const
+{
+    const QDate date = readDate(text);
     return m_minimum.isValid() && date.isValid() && date < m_minimum ? QDate() : date;
+}
+
+/// Empty if the text is a date of this field, or nothing.
+QString DateField::reasonAgainst(const QString &text) const
+{
+    const QString typed = text.trimmed();
+    if (typed.isEmpty() || dateIn(typed).isValid())
+        return {};
+    return (readDate(typed).isValid() ? u"%1 is too early."_s : u"“%1” is not a date."_s)
+        .arg(firstCharacters(typed, 20));
 }
 
 void DateField::choose(QDate date)
@@ -80,10 +97,13 @@ void DateField::choose(QDate date)
 void DateField::settle()
 {
     const QDate typed = dateIn(text());
+    const QString reason = reasonAgainst(text());
     const QDate date = typed.isValid() ? typed : m_settled;
     m_settled = date;
     setText(QLocale::c().toString(date, u"MM/dd/yy"_s));
     choose(date);
+    if (!reason.isEmpty())
+        emit refused(u"%1 %2 stays %3."_s.arg(reason, accessibleName(), this->text()));
 }
 
 void DateField::step(int days)
@@ -101,7 +121,11 @@ void DateField::keyPressEvent(QKeyEvent *event)
     if (!isModified() && cursorPosition() == 0 && !event->text().isEmpty() && event->text().at(0).isDigit())
         selectAll(); // a date typed before the old one replaces it
     const bool isVertical = event->key() == Qt::Key_Up || event->key() == Qt::Key_Down;
-    if (!isVertical || isReadOnly())
+    const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    if (isReturn && !reasonAgainst(text()).isEmpty()) { // the next step would use another date than the typed one
+        settle();
+        selectAll();
+    } else if (!isVertical || isReadOnly())
         LineEdit::keyPressEvent(event);
     else if (event->modifiers() & Qt::AltModifier)
         openCalendar();

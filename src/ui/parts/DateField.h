@@ -7,7 +7,7 @@
 namespace parcelory {
 
 /// A date, typed in any usual form or picked from a calendar. Every date that the text gives counts at once; a text
-/// that is no date becomes the former date again when the clerk leaves the field.
+/// that is no date becomes the former date again when the clerk leaves the field or presses Return, and is reported.
 class DateField : public LineEdit {
     Q_OBJECT
 public:
@@ -22,12 +22,16 @@ public:
 signals:
     /// By the clerk.
     void dateChosen(QDate date);
+    /// The typed text was not taken; `reason` says why, and which date stays.
+    void refused(const QString &reason);
 
 protected:
     void keyPressEvent(QKeyEvent *event) override;
 
 private:
+    QDate readDate(const QString &text) const;
     QDate dateIn(const QString &text) const;
+    QString reasonAgainst(const QString &text) const;
     void choose(QDate date);
     void settle();
     void step(int days);

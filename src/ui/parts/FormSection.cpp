@@ -11,7 +11,7 @@ namespace parcelory {
 
 namespace {
 
-constexpr int gap = 8, rowGap = 4;
+constexpr int gap = 8, rowGap = 4, denseRowGap = 2;
 
 TextLabel *rowLabel(const QString &text, FontRole role)
 {
@@ -68,6 +68,11 @@ FormSection::FormSection(const QString &title, QWidget *parent) : QWidget(parent
     m_rows->setContentsMargins(0, 0, 0, 0);
     m_rows->setSpacing(rowGap);
     columns->addLayout(m_rows, 1);
+}
+
+void FormSection::setDense(bool dense)
+{
+    m_rows->setSpacing(dense ? denseRowGap : rowGap);
 }
 
 FormRow *FormSection::addRow(const QString &label)

@@ -33,6 +33,8 @@ public:
     explicit FormSection(const QString &title, QWidget *parent = nullptr);
 
     FormRow *addRow(const QString &label = {});
+    /// Less space between the rows.
+    void setDense(bool dense);
     /// Adds a widget that is aligned with the rows' fields.
     void addBelowFields(QWidget *widget);
 

@@ -172,7 +172,7 @@ QLayout *AddressBookView::makeTools()
     connect(m_fill, &QPushButton::clicked, this, &AddressBookView::fill);
     connect(m_add, &QPushButton::clicked, this, &AddressBookView::addNew);
     connect(m_edit, &QPushButton::clicked, this, &AddressBookView::editSelected);
-    connect(m_delete, &QPushButton::clicked, this, &AddressBookView::removeSelected);
+    connect(m_delete, &QPushButton::clicked, this, [this] { removeSelected(&AddressBook::remove); });
     auto *row = new QHBoxLayout;
     row->setSpacing(2);
     for (QWidget *tool : {m_add, m_edit, m_delete, m_import, m_export})
@@ -188,7 +188,8 @@ void AddressBookView::connectList()
     connect(m_search, &SearchField::listRequested, m_list, &AddressList::enter);
     connect(m_list, &AddressList::searchRequested, this, &AddressBookView::focusSearch);
     connect(m_list, &QListView::doubleClicked, this, &AddressBookView::fill);
-    connect(m_list, &AddressList::removeRequested, this, &AddressBookView::removeSelected);
+    // The key may be meant for the search; a click on the button is meant.
+    connect(m_list, &AddressList::removeRequested, this, [this] { removeSelected(&AddressBook::askAndRemove); });
     connect(m_list, &AddressList::undoRequested, m_undo, &QPushButton::click); // undo() checks for a deletion
 }
 
@@ -258,11 +259,11 @@ void AddressBookView::choose(const QUuid &id)
     m_pane.selection = id;
 }
 
-void AddressBookView::removeSelected()
+void AddressBookView::removeSelected(Task<> (AddressBook::*removal)(PostalContact))
 {
     const std::optional<PostalContact> contact = m_pane.selected();
     if (contact && !m_book.importing)
-        spawn([&book = m_book, contact] { return book.remove(*contact); });
+        spawn([&book = m_book, contact, removal] { return (book.*removal)(*contact); });
 }
 
 void AddressBookView::undo()

@@ -40,7 +40,7 @@ private:
     void choose(const QUuid &id);
     void fill();
     void fillByReturn();
-    void removeSelected();
+    void removeSelected(Task<> (AddressBook::*removal)(PostalContact));
     void undo();
     void refreshList();
     void refresh();

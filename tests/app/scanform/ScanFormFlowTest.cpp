@@ -169,7 +169,9 @@ TEST_F(ScanFormFlowTest, ALostFormIsFetchedWithTheRefundsAndYesterdaysDoesNotRep
     for (const bool isFetched : {true, false}) { // of yesterday
         bought();
         make({.droppedPath = "manifests"});
+        EXPECT_EQ(app->scanFormNews(), status());
         clock.start = clock.start.addDays(1);
+        EXPECT_EQ(app->scanFormNews(), QString()) << "yesterday's news";
         bought();
         carrier.setScenario({});
         if (!isFetched)
