@@ -34,6 +34,18 @@ std::optional<std::chrono::seconds> waitOf(const HttpAnswer &answer, const QDate
     return std::nullopt;
 }
 
+/// Throws what the answer to a refused or failed request says. It may be large: not for the main thread.
+[[noreturn]] void refuse(HttpAnswer answer, const QString &token, const QDateTime &now)
+{
+    answer.body.replace(token.toUtf8(), "…"); // some servers echo a refused request
+    if (answer.status >= 400 && answer.status < 500) {
+        const QString rejected = u"Shippo rejected the request (%1)."_s.arg(answer.status);
+        throw ShippoError::validation(prettyFieldErrors(answer.body).value_or(rejected), answer.status,
+                                      waitOf(answer, now));
+    }
+    throw ShippoError::http(answer.status, utf8OrEmpty(answer.body));
+}
+
 } // namespace
 
 ShippoClient::ShippoClient(Platform &platform, ShippoKeys &keys)
@@ -65,16 +77,11 @@ Task<QByteArray> ShippoClient::request(QString path, QByteArray method, QByteArr
         .method = method,
         .headers = {{"Authorization", "ShippoToken " + token->toUtf8()}, {"Content-Type", "application/json"}},
         .body = body};
-    HttpAnswer answer = co_await m_http.send(std::move(message));
+    const HttpAnswer answer = co_await m_http.send(std::move(message));
     if (answer.status >= 200 && answer.status < 300)
         co_return answer.body;
-    answer.body.replace(token->toUtf8(), "…"); // some servers echo a refused request
-    if (answer.status >= 400 && answer.status < 500) {
-        const QString rejected = u"Shippo rejected the request (%1)."_s.arg(answer.status);
-        throw ShippoError::validation(prettyFieldErrors(answer.body).value_or(rejected), answer.status,
-                                      waitOf(answer, m_clock.now()));
-    }
-    throw ShippoError::http(answer.status, utf8OrEmpty(answer.body));
+    co_return co_await onPool(
+        [answer, token = *token, now = m_clock.now()]() -> QByteArray { refuse(answer, token, now); });
 }
 
 } // namespace parcelory

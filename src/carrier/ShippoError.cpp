@@ -5,7 +5,6 @@
 #include "core/Text.h"
 #include "core/ports/HttpTransport.h"
 
-#include <algorithm>
 #include <map>
 #include <optional>
 #include <string>
@@ -18,9 +17,13 @@ namespace {
 
 constexpr qsizetype shownBodyLength = 300;
 constexpr qsizetype shownLines = 4;
+constexpr qsizetype longestRefusal = 1 << 20; // bytes; a refusal takes a few hundred
 
+/// Adds texts until there are enough lines to show.
 void flatten(const Json &value, const QString &path, QStringList &lines)
 {
+    if (lines.size() == shownLines)
+        return;
     if (value.is_string()) {
         const QString text = QString::fromStdString(value.get<std::string>());
         if (text.trimmed().isEmpty())
@@ -106,14 +109,14 @@ RequestFate fateOf(const AppError &error)
 
 std::optional<QString> prettyFieldErrors(const QByteArray &body)
 {
-    const std::optional<Json> json = parseJsonIfPossible(body);
+    const std::optional<Json> json = body.size() > longestRefusal ? std::nullopt : parseJsonIfPossible(body);
     if (!json)
         return std::nullopt;
     QStringList lines;
     flatten(*json, QString(), lines);
     if (lines.isEmpty())
         return std::nullopt;
-    return lines.first(std::min(lines.size(), shownLines)).join(u'\n');
+    return lines.join(u'\n');
 }
 
 } // namespace parcelory

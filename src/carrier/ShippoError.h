@@ -70,7 +70,7 @@ enum class RequestFate {
 RequestFate fateOf(const AppError &error);
 
 /// Up to four readable lines from the response body of a refused request ("address_to zip: Invalid zip"), or nothing if
-/// it holds no text.
+/// it holds no text or more than a megabyte.
 std::optional<QString> prettyFieldErrors(const QByteArray &body);
 
 } // namespace parcelory

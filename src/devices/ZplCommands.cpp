@@ -17,7 +17,7 @@ namespace {
 constexpr std::string_view lasting[] = {
     "JU", "JR", "JB", "JC", "JL", "JG", "JX", "JA", "JJ", "JI", "JD", "JE", "JQ", "JT", // settings, resets, modes
     "PP", "JP",                                                                         // pauses, cancels
-    "MP", "MA", "SC", "SI", "ST", "SX", "SQ", "SR", "SS", "RO", "ZZ",                   // sensors, ports, counters
+    "MP", "MA", "JH", "JS", "JW", "SC", "SI", "ST", "SX", "SQ", "SR", "SS", "RO", "ZZ", // sensors, ports, counters
     "KN", "KP", "KL", "KD", "KV",                                                       // name, password, language
     "NB", "NC", "ND", "NI", "NN", "NP", "NR", "NS", "NT", "NW",                         // wired network
     "WA", "WE", "WI", "WK", "WL", "WP", "WR", "WS", "WX",                               // wireless network
@@ -27,13 +27,13 @@ constexpr std::string_view lasting[] = {
 /// switched off, and which is meant if no memory is named.
 constexpr std::string_view storing[] = {"DB", "DE", "DF", "DG", "DS", "DT", "DU", "DY", "ID", "IS"};
 
-/// Commands that change a character of the language, and the usual character. After another one, the rest of the label
-/// cannot be read here.
+/// Commands that change the language or a character of it, and the usual value. After another value, the rest of the
+/// label cannot be read here.
 struct Character {
     std::string_view name;
     char usual;
 };
-constexpr Character characters[] = {{"CC", '^'}, {"CT", '~'}, {"CD", ','}};
+constexpr Character characters[] = {{"CC", '^'}, {"CT", '~'}, {"CD", ','}, {"SZ", '2'}};
 
 bool isBlank(char c)
 {
@@ -131,7 +131,7 @@ void Reader::takeCommand()
         m_at = std::min(m_at + 1, m_zpl.size());
         if (letter(0) != character->usual)
             report(m_zpl.substr(begin, nameEnd + 1));
-    } else if (isAmong(lasting, name)) {
+    } else if (isAmong(lasting, name) && !(name == "JS" && m_zpl[begin] == '~')) { // ~JSN is in usual labels
         report(m_zpl.substr(begin, name == "JU" ? nameEnd + 1 : nameEnd));
     } else if (isAmong(storing, name) && letter(1) == ':' && letter(0) != 'R') {
         report(m_zpl.substr(begin, nameEnd + 2));

@@ -256,7 +256,7 @@ std::optional<QList<ShipmentRecord>> ShipmentLog::rows(const Database &db, const
 
 QString ShipmentLog::lastError() const
 {
-    const std::lock_guard writing(m_writing);
+    const std::lock_guard access(m_reasonAccess);
     return m_lastError;
 }
 
@@ -267,8 +267,10 @@ bool ShipmentLog::transact(const std::function<bool(Database &)> &work)
     const bool isLocked = !isReady() && m_db.isLocked(); // do not wait again
     const bool stored = !isLocked && run("BEGIN IMMEDIATE") && work(m_db) && run("COMMIT");
     if (!stored) {
-        m_lastError = reasonOf(m_db);
-        qWarning("Parcelory SQL error: %s", qPrintable(m_lastError));
+        const QString reason = reasonOf(m_db);
+        qWarning("Parcelory SQL error: %s", qPrintable(reason));
+        const std::lock_guard access(m_reasonAccess);
+        m_lastError = reason;
         run("ROLLBACK");
     }
     return stored;

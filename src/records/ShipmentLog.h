@@ -161,7 +161,8 @@ private:
     mutable Database m_db;
     mutable bool m_isReady = false; ///< the file has the table with all columns
     mutable ShipmentLogIndex m_index;
-    mutable std::mutex m_writing; ///< one writer of this program at a time; guards m_lastError
+    std::mutex m_writing;              ///< one writer of this program at a time
+    mutable std::mutex m_reasonAccess; ///< guards m_lastError; held by nobody who waits for the disk
     QString m_lastError;
     std::mutex m_reloading; ///< the list that is read last is also handed over last
     QList<ShipmentRecord> m_records;

@@ -11,7 +11,7 @@
 
 namespace parcelory {
 
-std::optional<QDateTime> TrackingPlan::dueAt(const OpenFacts &facts)
+std::optional<QDateTime> TrackingPlan::dueAt(const OpenFacts &facts, const QDateTime &now)
 {
     const ShipmentRecord &label = facts.label;
     const bool isSettled = logStatusFrom(label.status) == LogStatus::delivered ||
@@ -19,25 +19,27 @@ std::optional<QDateTime> TrackingPlan::dueAt(const OpenFacts &facts)
                            (facts.journey && facts.journey->status == TrackingStatus::delivered);
     if (label.testMode || label.tracking.isEmpty() || isSettled)
         return std::nullopt;
-    const QDateTime begin = label.createdAt.addSecs(std::chrono::seconds(first).count());
+    const QDateTime begin = std::min(label.createdAt, now).addSecs(std::chrono::seconds(first).count());
     if (!facts.journey)
         return begin;
     const auto pause = facts.journey->status == TrackingStatus::returned ? returning : again;
-    const QDateTime due = std::max(begin, facts.journey->askedAt.addSecs(std::chrono::seconds(pause).count()));
+    const QDateTime asked = std::min(facts.journey->askedAt, now);
+    const QDateTime due = std::max(begin, asked.addSecs(std::chrono::seconds(pause).count()));
     return due < label.createdAt.addDays(days) ? std::optional(due) : std::nullopt;
 }
 
-void TrackingPlan::setLabels(const QList<OpenFacts> &labels, const QDateTime &now)
+void TrackingPlan::setLabels(const QList<OpenFacts> &labels, const QDateTime &now, const QDateTime &steady)
 {
     QHash<qint64, qint64> delays;
     for (const Followed &label : m_labels)
         delays.insert(label.facts.label.id, label.notBefore);
     m_labels.clear();
     for (const OpenFacts &facts : labels) {
-        const std::optional<QDateTime> due = dueAt(facts);
+        const std::optional<QDateTime> due = dueAt(facts, now);
         if (due && now < facts.label.createdAt.addDays(days)) {
             const qint64 notBefore = delays.value(facts.label.id);
-            m_labels.push_back({facts, std::max(due->toMSecsSinceEpoch(), notBefore), notBefore});
+            const qint64 moment = steady.toMSecsSinceEpoch() + now.msecsTo(*due);
+            m_labels.push_back({facts, std::max(moment, notBefore), notBefore});
         }
     }
     std::ranges::sort(m_labels, std::greater(), [](const Followed &label) {
@@ -45,15 +47,15 @@ void TrackingPlan::setLabels(const QList<OpenFacts> &labels, const QDateTime &no
     });
 }
 
-qsizetype TrackingPlan::dueCount(const QDateTime &now) const
+qsizetype TrackingPlan::dueCount(const QDateTime &steady) const
 {
-    const qint64 moment = now.toMSecsSinceEpoch();
+    const qint64 moment = steady.toMSecsSinceEpoch();
     return std::ranges::count_if(m_labels, [moment](const Followed &label) { return label.due <= moment; });
 }
 
-std::optional<OpenFacts> TrackingPlan::next(const QDateTime &now)
+std::optional<OpenFacts> TrackingPlan::next(const QDateTime &steady)
 {
-    const qint64 moment = now.toMSecsSinceEpoch();
+    const qint64 moment = steady.toMSecsSinceEpoch();
     if (moment < m_notBefore)
         return std::nullopt;
     const auto found = std::ranges::find_if(m_labels, [moment](const Followed &label) { return label.due <= moment; });

@@ -22,17 +22,19 @@ public:
     static constexpr std::chrono::hours returning{24};        ///< between questions about a returned parcel
     static constexpr int days = OpenItems::refundEndsAfter;
 
-    /// When the carrier is to be asked about a label; nothing if it is not.
-    static std::optional<QDateTime> dueAt(const OpenFacts &facts);
+    /// When the carrier is to be asked about a label, by the time of day; nothing if it is not. A time after `now` was
+    /// noted before someone set the clock back, and counts as now.
+    static std::optional<QDateTime> dueAt(const OpenFacts &facts, const QDateTime &now);
 
-    /// Replaces the labels, without those that are too old.
-    void setLabels(const QList<OpenFacts> &labels, const QDateTime &now);
+    /// Replaces the labels, without those that are too old. `now` is the time of day, for their ages; all other times
+    /// are the clock's steady time, because someone may set the time of day between two questions.
+    void setLabels(const QList<OpenFacts> &labels, const QDateTime &now, const QDateTime &steady);
     /// How many labels are followed, and how many of them are due.
     qsizetype size() const { return qsizetype(m_labels.size()); }
-    qsizetype dueCount(const QDateTime &now) const;
+    qsizetype dueCount(const QDateTime &steady) const;
     /// The label to ask about now, after which it counts as asked; nothing if none is due or the carrier was asked just
     /// before.
-    std::optional<OpenFacts> next(const QDateTime &now);
+    std::optional<OpenFacts> next(const QDateTime &steady);
     /// The carrier did not answer about this label: it is due again, at once or not before `due`. The delay outlives
     /// setLabels(), so that a label without an answer does not keep older labels waiting.
     void putBack(const OpenFacts &facts, const std::optional<QDateTime> &due = {});

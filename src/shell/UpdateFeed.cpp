@@ -46,6 +46,14 @@ std::optional<QString> text(const Json &feed, const char *key)
     return QString::fromStdString(found->get_ref<const std::string &>());
 }
 
+/// A signature that is no text is damaged, which must not pass as none.
+std::optional<QString> signatureIn(const Json &feed)
+{
+    const auto found = feed.find("signature");
+    const bool isOther = found != feed.end() && !found->is_null() && !found->is_string();
+    return isOther ? QString::fromUtf8(dumpJson(*found)) : text(feed, "signature");
+}
+
 QList<qint64> numbers(const QString &version)
 {
     static const QRegularExpression others(u"[^0-9]+"_s);
@@ -68,9 +76,8 @@ std::optional<UpdateInfo> parseUpdateFeed(const QByteArray &json)
         const Json feed = parseJson(json);
         Offer offer;
         detail::decodeValue(feed, offer, std::string(), Keys::asIs);
-        return UpdateInfo{offer.version,        offer.url,
-                          offer.notes,          wholeNumber(feed, "size"),
-                          text(feed, "sha256"), text(feed, "signature")};
+        return UpdateInfo{offer.version,        offer.url,        offer.notes, wholeNumber(feed, "size"),
+                          text(feed, "sha256"), signatureIn(feed)};
     } catch (const DecodeError &) {
         return std::nullopt;
     }

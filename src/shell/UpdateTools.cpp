@@ -30,10 +30,12 @@ namespace {
 
 const QString curlTool = u"/usr/bin/curl"_s;
 const QString chmodTool = u"/bin/chmod"_s;
+const QString plutilTool = u"/usr/bin/plutil"_s;
 const QString noApp = u"The update archive didn't contain an app."_s;
 
 constexpr auto longestStep = std::chrono::minutes(5); // unpacking; curl has shorter limits of its own
 constexpr qint64 longestVersion = 100;                // bytes
+constexpr qint64 longestPropertyList = 1 << 20;       // bytes
 constexpr qint64 longestFeed = 1 << 20;               // bytes; a feed takes a few hundred
 constexpr qint64 largestFeedDownload = 8 * longestFeed, largestArchive = 1 << 30;
 
@@ -89,9 +91,9 @@ void requireLinksInside(const QString &app)
 }
 
 /// The text that follows a key in a property list.
-std::optional<QString> textOfKey(QIODevice &propertyList, const QString &key)
+std::optional<QString> textOfKey(const QByteArray &propertyList, const QString &key)
 {
-    QXmlStreamReader xml(&propertyList);
+    QXmlStreamReader xml(propertyList);
     bool isNext = false;
     while (xml.readNext() != QXmlStreamReader::Invalid && !xml.atEnd()) {
         if (!xml.isStartElement())
@@ -203,11 +205,19 @@ QString UpdateTools::stage(const QString &archive, const QString &folder) const
     return app;
 }
 
-std::optional<QString> UpdateTools::versionIn(const QString &app)
+std::optional<QString> UpdateTools::versionIn(const QString &app) const
 {
     QFile plain(app + u"/version"_s), propertyList(app + u"/Contents/Info.plist"_s);
-    if (propertyList.open(QIODevice::ReadOnly))
-        return textOfKey(propertyList, u"CFBundleShortVersionString"_s);
+    if (propertyList.exists()) {
+        QByteArray text =
+            propertyList.open(QIODevice::ReadOnly) ? propertyList.read(longestPropertyList) : QByteArray();
+        if (text.startsWith("bplist")) // the binary form, which only macOS has
+            text = start(plutilTool, {u"-convert"_s, u"xml1"_s, u"-o"_s, u"-"_s, propertyList.fileName()}).out;
+        const std::optional<QString> version = textOfKey(text, u"CFBundleShortVersionString"_s);
+        if (version.value_or(QString()).isEmpty())
+            throw AppError(u"The update archive doesn't say which version it holds."_s);
+        return version;
+    }
     if (plain.open(QIODevice::ReadOnly))
         return QString::fromUtf8(plain.read(longestVersion)).trimmed();
     return std::nullopt;

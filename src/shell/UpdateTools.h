@@ -28,8 +28,9 @@ public:
     QString stage(const QString &archive, const QString &folder) const;
     /// Path where stage() puts the script that swaps the applications after this program ends.
     static QString helperIn(const QString &folder);
-    /// The version that an application says it has, on any system; empty if it says none.
-    static std::optional<QString> versionIn(const QString &app);
+    /// The version that an application says it has, on any system; nothing if it has no file for it. Throws AppError if
+    /// its property list names none.
+    std::optional<QString> versionIn(const QString &app) const;
     /// True if stage()'s files are still there: a cleanup of temporary files may have removed them.
     static bool isStaged(const QString &helper, const QString &app);
 

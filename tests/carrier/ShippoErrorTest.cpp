@@ -11,6 +11,7 @@ TEST(ShippoError, FlattensFieldErrorsIntoAtMostFourReadableLines)
     for (const Json &row : table(u"carrier-errors"_s, "lines"))
         EXPECT_EQ(prettyFieldErrors(text(row[0]).toUtf8()), optionalText(row[1])) << row;
     EXPECT_EQ(prettyFieldErrors(QByteArray(200000, '[') + "\"deep\"" + QByteArray(200000, ']')), std::nullopt);
+    EXPECT_EQ(prettyFieldErrors('[' + QByteArray("\"a\",").repeated(1 << 19) + "\"a\"]"), std::nullopt);
     const QString text(20 << 20, u'x');
     EXPECT_EQ(ShippoError::http(500, text).description(), u"Shippo HTTP 500: "_s + text.left(300));
     EXPECT_EQ(ShippoError::validation(text).description(), text.left(2000));

@@ -180,7 +180,7 @@ TEST(OpenItems, MissNoRefundInAYearAndNeverAskTooOften)
         QList<OpenFacts> followed;
         for (std::size_t at = first; at < bought; ++at)
             followed += parcels[at].facts;
-        plan.setLabels(followed, time);
+        plan.setLabels(followed, time, time);
         QDateTime moment = time;
         for (auto next = plan.nextAt(); next && *next < time.addSecs(step); next = plan.nextAt()) {
             moment = std::max(moment, *next);
@@ -238,9 +238,9 @@ TEST(OpenItems, MissNoRefundInAYearAndNeverAskTooOften)
 
     const QList<OpenFacts> two = {{.label = labelOf(4, 1)}, {.label = labelOf(3, 2)}};
     TrackingPlan failing;
-    failing.setLabels(two, now);
+    failing.setLabels(two, now, now);
     failing.putBack(*failing.next(now), now.addSecs(3600)); // no answer about the newer label
-    failing.setLabels(two, now);
+    failing.setLabels(two, now, now);
     EXPECT_EQ(failing.next(now.addSecs(2))->label.id, 1) << "the older label does not wait";
     EXPECT_FALSE(failing.next(now.addSecs(3599)));
     EXPECT_EQ(failing.next(now.addSecs(3600))->label.id, 2);

@@ -11,6 +11,7 @@
 
 #include <atomic>
 #include <csignal>
+#include <future>
 #include <thread>
 
 namespace parcelory::test {
@@ -64,6 +65,16 @@ TEST(ShipmentLog, ReportsALostRowWhenTheLockIsNeverReleased)
     EXPECT_TRUE(importFailure(log, file.path(u"log.txt"_s)).contains(u"database is locked"_s));
     ASSERT_TRUE(other.exec("ROLLBACK"));
     expectHealthy(file, log);
+}
+
+TEST(ShipmentLog, TellsTheLastFailureWhileAnotherThreadWrites)
+{
+    UsedLog file;
+    std::future<QString> reason;
+    EXPECT_TRUE(file.log.change([&](Database &) {
+        reason = std::async(std::launch::async, [&] { return file.log.lastError(); });
+        return reason.wait_for(10s) == std::future_status::ready;
+    }));
 }
 
 TEST(ShipmentLog, TellsAnUnreadableLogFromAMissingLabelAfterOneWait)

@@ -64,8 +64,11 @@ QString TrackingWatch::text() const
         return u"Tracking is not asked — switched off in Settings."_s;
     if (!mayAsk())
         return u"Tracking is not asked without a live key."_s;
-    if (pausedUntil.value())
-        return u"The carrier asks for a pause — going on at %1."_s.arg(timeText(*pausedUntil.value()));
+    if (pausedUntil.value()) {
+        const Clock &clock = m_app.platform.clock;
+        const QDateTime until = clock.now().addMSecs(clock.steadyNow().msecsTo(*pausedUntil.value()));
+        return u"The carrier asks for a pause — going on at %1."_s.arg(timeText(until));
+    }
     if (left > 0)
         return u"Asking for tracking — %1 left."_s.arg(left.value());
     if (!askedAt.value())
@@ -99,7 +102,7 @@ void TrackingWatch::wake(Clock::Duration delay)
 /// Reads the labels from the log.
 Task<> TrackingWatch::plan()
 {
-    const QDateTime now = m_app.platform.clock.now();
+    const QDateTime now = m_app.platform.clock.now(), steady = m_app.platform.clock.steadyNow();
     m_isPlanned = true;
     m_isUnread = false;
     QList<OpenFacts> labels;
@@ -108,12 +111,12 @@ Task<> TrackingWatch::plan()
         m_isUnread = !found.isRead();
         if (m_isUnread) { // wait() tries again
             m_isPlanned = false;
-            m_plan.setLabels({}, now);
+            m_plan.setLabels({}, now, steady);
             co_return;
         }
         labels = *found;
     }
-    m_plan.setLabels(labels, now);
+    m_plan.setLabels(labels, now, steady);
     followed = int(m_plan.size());
 }
 
@@ -122,7 +125,7 @@ Task<> TrackingWatch::askNext()
     if (m_isAsking || !m_isStarted)
         co_return;
     m_isAsking = true;
-    const QDateTime begin = m_app.platform.clock.now();
+    const QDateTime begin = m_app.platform.clock.steadyNow();
     if (pausedUntil.value() && *pausedUntil.value() <= begin)
         pausedUntil = std::nullopt;
     const auto isKeyChanged = staleCheck(m_app.keyChanges);
@@ -130,7 +133,7 @@ Task<> TrackingWatch::askNext()
         co_await plan();
     const auto isChanged = staleCheck(m_changes);
     const bool isSilent = m_isRefused || isKeyChanged() || !mayAsk();
-    const std::optional<OpenFacts> label = isSilent ? std::nullopt : m_plan.next(m_app.platform.clock.now());
+    const std::optional<OpenFacts> label = isSilent ? std::nullopt : m_plan.next(m_app.platform.clock.steadyNow());
     Outcome outcome = Outcome::told;
     if (label) {
         m_isInRound = true;
@@ -142,9 +145,9 @@ Task<> TrackingWatch::askNext()
     if (outcome == Outcome::busy || outcome == Outcome::refused)
         m_plan.putBack(*label);
     if (outcome == Outcome::unclear || outcome == Outcome::unreachable)
-        m_plan.putBack(*label, m_app.platform.clock.now().addSecs(std::chrono::seconds(labelPause).count()));
+        m_plan.putBack(*label, m_app.platform.clock.steadyNow().addSecs(std::chrono::seconds(labelPause).count()));
     if (outcome == Outcome::unreachable)
-        m_plan.pauseUntil(m_app.platform.clock.now().addSecs(std::chrono::seconds(retryPause).count()));
+        m_plan.pauseUntil(m_app.platform.clock.steadyNow().addSecs(std::chrono::seconds(retryPause).count()));
     if (outcome == Outcome::refused)
         m_isRefused = !isChanged();
     wait();
@@ -160,8 +163,8 @@ Task<TrackingWatch::Outcome> TrackingWatch::ask(OpenFacts label)
         answer = co_await m_app.shippo.track(carrierToken(label.label), label.label.tracking);
     } catch (const ShippoError &error) {
         if (error.isRateLimit()) {
-            const QDateTime until =
-                m_app.platform.clock.now().addSecs(error.wait().value_or(std::chrono::seconds(usualPause)).count());
+            const QDateTime until = m_app.platform.clock.steadyNow().addSecs(
+                error.wait().value_or(std::chrono::seconds(usualPause)).count());
             m_plan.pauseUntil(until);
             pausedUntil = until;
             failure = Outcome::busy;
@@ -198,13 +201,13 @@ Task<TrackingWatch::Outcome> TrackingWatch::ask(OpenFacts label)
 /// Waits for the next question, or for the next round.
 void TrackingWatch::wait()
 {
-    const QDateTime now = m_app.platform.clock.now();
-    left = m_isRefused ? 0 : int(m_plan.dueCount(now));
+    const QDateTime steady = m_app.platform.clock.steadyNow();
+    left = m_isRefused ? 0 : int(m_plan.dueCount(steady));
     if (left == 0 && m_isInRound && !m_isRefused && !m_isUnread)
         endRound();
     const std::optional<QDateTime> next = m_isRefused ? std::nullopt : m_plan.nextAt();
     if (next)
-        wake(std::clamp<Clock::Duration>(Clock::Duration(now.msecsTo(*next)), 0ms, longestPause));
+        wake(std::clamp<Clock::Duration>(Clock::Duration(steady.msecsTo(*next)), 0ms, longestPause));
     else if (!m_isPlanned && !m_isRefused)
         wake(m_isUnread ? Clock::Duration(retryPause) : 0ms); // else something has changed meanwhile
 }

@@ -26,7 +26,7 @@ public:
     Observed<int> left{this, 0};                          ///< labels that are still asked about in this round
     Observed<int> followed{this, 0};                      ///< labels on their way
     Observed<std::optional<QDateTime>> askedAt{this};     ///< end of the last round
-    Observed<std::optional<QDateTime>> pausedUntil{this}; ///< the carrier wants no question before
+    Observed<std::optional<QDateTime>> pausedUntil{this}; ///< the carrier wants no question before this steady time
 
     /// What the clerk reads about it: "Tracking asked at 3:50 PM for 58 labels that are on their way."
     QString text() const;

@@ -181,25 +181,28 @@ Task<> RecordsScreen::start()
 /// Makes the copy of the day unless it was made, or failed within the last hour.
 Task<> RecordsScreen::copyDaily()
 {
-    const QDateTime now = m_app.platform.clock.now();
+    const QDateTime now = m_app.platform.clock.now(), steady = m_app.platform.clock.steadyNow();
     const auto isOfToday = [&now](const RecordCopy &copy) {
         return copy.isGood() && copy.reason == wordOf(CopyReason::daily) &&
                copy.madeAt.toLocalTime().date() == now.date();
     };
-    const bool isRecent = m_triedAt.isValid() && m_triedAt.secsTo(now) < pauseAfterFailure;
+    const bool isRecent = m_triedAt.isValid() && m_triedAt.secsTo(steady) < pauseAfterFailure;
     const bool isDamaged = restore.isDamaged();
     if (isRecent || isDamaged || std::ranges::any_of(copies.value(), isOfToday))
         co_return;
-    m_triedAt = now;
+    m_triedAt = steady;
     co_await copyNow(CopyReason::daily);
 }
 
 Task<> RecordsScreen::list()
 {
     const QPointer alive(this);
+    const int list = ++m_lists;
     const QList<RecordCopy> listed = co_await onPool([&stored = m_app.copies] { return stored.list(); });
-    if (alive)
-        copies = listed;
+    if (!alive || list < m_shownList) // the folder may have changed since
+        co_return;
+    m_shownList = list;
+    copies = listed;
 }
 
 Task<> RecordsScreen::copyNow(CopyReason reason)

@@ -82,7 +82,9 @@ private:
     CancelToken m_cancel;    ///< of the work of the whole run
     CancelToken m_verifying; ///< of the comparison
     QPropertyNotifier m_listWatch;
-    QDateTime m_triedAt; ///< of the last daily copy, which may have failed
+    QDateTime m_triedAt; ///< the steady time of the last daily copy, which may have failed
+    int m_lists = 0;     ///< how often the copies were listed
+    int m_shownList = 0; ///< which of these lists is shown
 };
 
 } // namespace parcelory

@@ -88,14 +88,21 @@ private:
         const LogMerge::Merged own = LogMerge::bringBack(log, m_app.log.path(), labels);
         if (!own.failure.isEmpty())
             return own.failure;
-        const QList<ShipmentRecord> others = withAccount ? fromAccount() : QList<ShipmentRecord>();
+        QList<ShipmentRecord> others;
+        try {
+            if (withAccount)
+                others = fromAccount();
+        } catch (const AppError &) {
+            return u"the purchase journal can't be read"_s;
+        }
         const LogMerge::Merged account = LogMerge::append(log, others);
         m_note.broughtBack += own.labels + account.labels;
         m_note.missing += int(labels.size()) - own.labels;
         return account.failure;
     }
 
-    /// Without labels that the journal still completes, or has completed since the review.
+    /// Without labels that the journal still completes, or has completed since the review. Throws AppError if the
+    /// journal cannot be read.
     QList<ShipmentRecord> fromAccount()
     {
         QSet<QString> own;

@@ -43,12 +43,15 @@ Task<> RestoreScreen::open(RecordCopy copy)
         co_return;
     close();
     const auto isOld = staleCheck(m_asks);
-    looking = true;
-    review = RestoreReview{.copy = copy, .account = RestoreReview::Account::asking};
-    emit opened();
-    const QDateTime now = m_app.platform.clock.now();
-    RestoreReview seen = co_await onPool([&app = m_app, copy, now] { return reviewOf(app, copy, now); });
-    looking = false;
+    RestoreReview seen{.copy = copy, .account = RestoreReview::Account::asking};
+    {
+        looking = true;
+        const auto done = qScopeGuard([this] { looking = false; });
+        review = seen;
+        emit opened();
+        const QDateTime now = m_app.platform.clock.now();
+        seen = co_await onPool([&app = m_app, copy, now] { return reviewOf(app, copy, now); });
+    }
     if (isOld())
         co_return;
     if (seen.unreadable.isEmpty())
@@ -121,6 +124,7 @@ Task<> RestoreScreen::restore()
     RestoreOutcome outcome{.failure = obstacle(), .note = {}};
     if (outcome.failure.isEmpty()) {
         running = true;
+        const auto done = qScopeGuard([this] { running = false; });
         progress = 0;
         co_await fetchLabels();
         const Progress steps({}, [this](qint64 done, qint64 total) {

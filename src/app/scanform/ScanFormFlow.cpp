@@ -97,7 +97,7 @@ Task<> ScanFormFlow::create(ShippoAddress from, ScanFormScope scope)
     m_app.scanFormBusy = true;
     m_app.scanFormComplete = true;
     const auto isStale = staleCheck(m_app.session, m_app.keyChanges);
-    const auto done = qScopeGuard([this] { m_app.scanFormBusy = false; });
+    auto done = qScopeGuard([this] { m_app.scanFormBusy = false; });
     const QString token = co_await onPool([this] { return m_app.keys.activeToken().value_or(QString()); });
     const bool testKey = ShippoKeys::isTest(token);
     const auto found = co_await todaysLabels(scope);
@@ -118,6 +118,7 @@ Task<> ScanFormFlow::create(ShippoAddress from, ScanFormScope scope)
     if (labels == 0 && !isFetchedAgain) {
         m_app.scanFormComplete = false;
         m_app.scanFormBusy = false;
+        done.dismiss(); // while the alert is open, another window may begin a form
         co_await showNoLabelsToManifest(testKey);
         co_return;
     }

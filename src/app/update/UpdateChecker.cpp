@@ -85,9 +85,8 @@ void requireChecksum(const UpdateInfo &info, const QString &archive)
 }
 
 /// An old archive under a new version's name would be offered again after every restart.
-void requireVersion(const UpdateInfo &info, const QString &app)
+void requireVersion(const UpdateInfo &info, const std::optional<QString> &inside)
 {
-    const std::optional<QString> inside = UpdateTools::versionIn(app);
     if (inside && (isNewer(*inside, info.version) || isNewer(info.version, *inside)))
         throw AppError(u"the archive holds version %1 instead of %2"_s.arg(*inside, info.version));
 }
@@ -227,7 +226,7 @@ Task<> UpdateChecker::fetch(UpdateInfo info)
     const QString app = co_await onPool([=, tools = m_tools] {
         requireChecksum(info, archive);
         const QString staged = tools.stage(archive, folder);
-        requireVersion(info, staged);
+        requireVersion(info, tools.versionIn(staged));
         return staged;
     });
     stagedHelper = UpdateTools::helperIn(folder);

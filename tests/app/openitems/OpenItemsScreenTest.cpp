@@ -83,6 +83,11 @@ TEST_F(OpenItemsScreenTest, AsksForLabelsOnTheirWayNewestFirstAndPausesWhenTold)
     roundEnds(first);
     EXPECT_GE(first.secsTo(clock.now()), 6 * 3600 - 65) << "hours after the question before the pause";
     EXPECT_EQ(asked(), u"Ana"_s);
+    clock.start = clock.start.addDays(-1); // someone sets the clock
+    const auto set = clock.elapsed();
+    runUntil([this] { return !carrier.requests().isEmpty(); }, &clock);
+    EXPECT_LE(clock.elapsed() - set, 6h);
+    asked();
     carrier.setScenario({.dropConnection = true});
     runUntil([this] { return carrier.requests().size() >= 1; }, &clock);
     carrier.setScenario({});

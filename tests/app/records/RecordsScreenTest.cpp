@@ -55,6 +55,10 @@ TEST_F(RecordsScreenTest, CopiesOnceADayAndSaysHowOldTheLastGoodCopyIs)
 
     finish(records.start()); // as at the next start
     EXPECT_EQ(made().size(), 2);
+    clock.start = clock.start.addMonths(-1); // someone corrects the clock
+    shipAfter(2h);
+    EXPECT_EQ(made().size(), 3);
+    clock.start = clock.start.addMonths(1);
 
     folderFile(u"blocked"_s);
     app->copies.setFolder(QDir(platform.dataFolder.filePath(u"blocked"_s)));

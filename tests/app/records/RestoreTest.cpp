@@ -1,5 +1,6 @@
 #include "app/label/LabelScreen.h"
 #include "app/records/RecordsScreen.h"
+#include "support/FaultyDisk.h"
 #include "support/LabelDesk.h"
 #include "support/LogFile.h"
 
@@ -236,6 +237,31 @@ TEST_F(RestoreTest, ChangesNothingIfItCannotBeCompleted)
     run(records->openRestore());
     EXPECT_EQ(records->message.value(), records->restore.obstacle());
     EXPECT_FALSE(records->restore.canRestore());
+}
+
+TEST_F(RestoreTest, AFailedReadOfTheJournalEndsTheRestore)
+{
+    buyLabel();
+    for (int entry = 0; entry < 60; ++entry) // more than the database's cache holds
+        app->journal.begin({.rateId = QString::number(entry), .record = {.customsPDF = QByteArray(60'000, 'p')}});
+    copy();
+    QStringList told;
+    for (int reads = 300;; reads += 300) {
+        const FaultyDisk disk(u"purchase_journal.sqlite"_s, reads);
+        restartWith([](QFile &) {});
+        EXPECT_FALSE(runTask(records->offerIfDamaged()));
+        records->selected = records->lastGood()->folder;
+        openRestore();
+        restore();
+        EXPECT_FALSE(records->restore.running);
+        told += records->message.value();
+        if (!disk.hasFailed())
+            break;
+    }
+    EXPECT_TRUE(
+        told.contains(u"The copy was not restored — the purchase journal can't be read. Nothing was changed."_s))
+        << told.join(u'\n').toStdString();
+    EXPECT_EQ(told.last(), QString());
 }
 
 TEST_F(RestoreTest, AnAccountThatDoesNotAnswerHoldsUpNothing)

@@ -1,5 +1,6 @@
 #include "core/IsoDate.h"
 #include "support/AppTest.h"
+#include "support/HeldPool.h"
 #include "support/MailingLogDesk.h"
 
 namespace parcelory::test {
@@ -69,6 +70,22 @@ TEST_F(ScanFormFlowTest, AScanFormIsMadeOfTodaysLabelsOfTheActiveKeysMode)
     const ShipmentRecord row = **app->log.find(first);
     run(log.refund(row));
     EXPECT_TRUE(prompts.questions.last().text.contains(u"This label is on the SCAN form of "_s));
+}
+
+TEST_F(ScanFormFlowTest, AClosedAlertLeavesTheNextFormBusy)
+{
+    std::optional<HeldPool> pool;
+    bool isFirst = true;
+    prompts.whileAlerted = [&] { // End of Day is open, too
+        if (std::exchange(isFirst, false)) {
+            pool.emplace();
+            spawn([this] { return app->createScanForm(deskAddress()); });
+        }
+    };
+    make();
+    EXPECT_TRUE(app->scanFormBusy);
+    pool.reset();
+    runUntil([this] { return !app->scanFormBusy; });
 }
 
 TEST_F(ScanFormFlowTest, SaysWhichLabelsAreNotOnTheForm)

@@ -66,7 +66,9 @@ TEST_F(UpdateDesk, WithoutAPublicKeyTellsThatSignaturesAreNotVerified)
 {
     UpdateInfo info = publish();
     EXPECT_THAT(checker.signatureNote().toStdString(), HasSubstr("not verified"));
-    for (const QString &garbage : {u"?"_s, u"AAAA"_s, QString(88, u'A')}) {
+    const QByteArray number = R"({"version": "2", "url": "u", "notes": "", "signature": 5})";
+    for (const QString &garbage :
+         {u"?"_s, u"AAAA"_s, QString(88, u'A'), parseUpdateFeed(number)->signature.value_or(QString())}) {
         info.signature = garbage;
         EXPECT_THAT(install(info), HasSubstr("signature is damaged")) << garbage.toStdString();
     }
