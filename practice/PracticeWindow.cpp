@@ -1,5 +1,6 @@
 #include "practice/PracticeWindow.h"
 
+#include "core/Task.h"
 #include "platform/RunningProgram.h"
 #include "practice/PracticeDesk.h"
 #include "practice/PracticeMenu.h"
@@ -15,6 +16,17 @@
 
 namespace parcelory {
 
+namespace {
+
+void fillMonth(ShipmentLog &log, const QDateTime &now)
+{
+    const auto known = OpenItems::read(log, now);
+    if (known.isRead() && known->isEmpty()) // labels bought here are TEST labels
+        addPracticeMonth(log, now);
+}
+
+} // namespace
+
 int runPracticeWindow(const QString &folder)
 {
     Program::makeLook();
@@ -27,17 +39,15 @@ int runPracticeWindow(const QString &folder)
     { // before the program reads it
         LocalAddressStore book(desk.platform().dataFolder);
         addPracticeAddresses(book);
-        ShipmentLog log(desk.platform().dataFolder);
-        const QDateTime now = desk.platform().clock.now();
-        const auto known = OpenItems::read(log, now);
-        if (known.isRead() && known->isEmpty()) // labels bought here are TEST labels
-            addPracticeMonth(log, now);
     }
     Program program(desk.platform(), prompts, PracticeDesk::signInNote());
     addPracticeMenu(program, desk);
     program.window().show();
     running.accept([&program] { program.window().comeToFront(); });
     program.start();
+    spawn([&log = program.app().log, now = desk.platform().clock.now()] {
+        return onPool([&log, now] { fillMonth(log, now); }); // the window does not wait for a large log
+    });
     return QApplication::exec();
 }
 
