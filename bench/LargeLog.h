@@ -8,7 +8,7 @@ namespace parcelory::bench {
 /// 8 GB of the temporary folder.
 int rowCount();
 
-/// The folder of a log of rowCount() rows, each with a label of 6 KB; made once for all benchmarks.
+/// The folder of a sealed log of rowCount() rows, each with a label of 6 KB; made once for all benchmarks.
 const QDir &largeLog();
 
 } // namespace parcelory::bench

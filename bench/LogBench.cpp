@@ -127,6 +127,22 @@ void exportOfTheLog(benchmark::State &state)
     state.counters["grown_MB"] = most - before;
 }
 
+/// The plain way reads every byte of the rows and hashes nothing.
+void verifyTheLog(benchmark::State &state)
+{
+    const ShipmentLog log(largeLog());
+    const Database plain(largeLog().filePath(u"mailing_log.sqlite"_s));
+    workPool().waitForDone();
+    compare(
+        state,
+        [&] {
+            const LogRead<LogChain::Report> report = log.verify();
+            if (!report.isRead() || report->labels != rowCount() || !report->findings.isEmpty())
+                qFatal("not verified");
+        },
+        [&] { readAll(plain, "SELECT * FROM shipments"); });
+}
+
 void newest1000Rows(benchmark::State &state)
 {
     ShipmentLog log(largeLog());
@@ -150,6 +166,7 @@ void search(benchmark::State &state, const char *word)
 
 BENCHMARK(importOf100000Lines)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(3);
 BENCHMARK(exportOfTheLog)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(2);
+BENCHMARK(verifyTheLog)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(1);
 BENCHMARK(readTheTextsIntoMemory)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(2);
 BENCHMARK(newest1000Rows)->UseManualTime()->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(search, oneRow, "INV-77777")->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(5);

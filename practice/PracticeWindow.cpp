@@ -1,5 +1,6 @@
 #include "practice/PracticeWindow.h"
 
+#include "core/Task.h"
 #include "platform/RunningProgram.h"
 #include "practice/PracticeDesk.h"
 #include "practice/PracticeMenu.h"
@@ -15,6 +16,24 @@
 
 namespace parcelory {
 
+namespace {
+
+/// Adds a month of labels to a log without one, and makes the carrier know what is open in the log. The window does not
+/// wait for a large log.
+Task<> fillMonth(ShipmentLog &log, PracticeCarrier &carrier, QDateTime now)
+{
+    const QList<OpenFacts> open = co_await onPool([&log, now]() -> QList<OpenFacts> {
+        const auto known = OpenItems::read(log, now);
+        if (!known.isRead() || !known->isEmpty()) // labels bought here are TEST labels
+            return known.valueOr({});
+        addPracticeMonth(log, now);
+        return OpenItems::read(log, now).valueOr({});
+    });
+    addToAccount(carrier, open);
+}
+
+} // namespace
+
 int runPracticeWindow(const QString &folder)
 {
     Program::makeLook();
@@ -27,20 +46,13 @@ int runPracticeWindow(const QString &folder)
     { // before the program reads it
         LocalAddressStore book(desk.platform().dataFolder);
         addPracticeAddresses(book);
-        ShipmentLog log(desk.platform().dataFolder);
-        const QDateTime now = desk.platform().clock.now();
-        auto known = OpenItems::read(log, now);
-        if (known.isRead() && known->isEmpty()) { // labels bought here are TEST labels
-            addPracticeMonth(log, now);
-            known = OpenItems::read(log, now);
-        }
-        addToAccount(desk.carrier(), known.valueOr({}));
     }
     Program program(desk.platform(), prompts, PracticeDesk::signInNote());
     addPracticeMenu(program, desk);
     program.window().show();
     running.accept([&program] { program.window().comeToFront(); });
     program.start();
+    spawn([&] { return fillMonth(program.app().log, desk.carrier(), desk.platform().clock.now()); });
     return QApplication::exec();
 }
 

@@ -7,7 +7,10 @@
 #include "core/Task.h"
 #include "core/ports/HttpTransport.h"
 
+#include <QProperty>
+
 #include <chrono>
+#include <coroutine>
 #include <exception>
 
 namespace parcelory {
@@ -35,6 +38,38 @@ QString scriptArray(const QString &text)
         return u"[\"\"]"_s;
     }
 }
+
+/// Ends after `interval`, or as soon as another page has loaded.
+class NextLook {
+public:
+    NextLook(Clock &clock, Observed<QString> &page, std::chrono::milliseconds interval)
+        : m_clock(clock), m_page(page), m_interval(interval)
+    {
+    }
+
+    bool await_ready() const noexcept { return false; }
+    void await_suspend(std::coroutine_handle<> waiting)
+    {
+        wakeAfter(m_interval, waiting);
+        m_loaded = m_page.addNotifier([this, waiting] {
+            m_clock.cancel(m_timer);
+            wakeAfter(0ms, waiting); // not inside the page's own callback
+        });
+    }
+    void await_resume() const noexcept {}
+
+private:
+    void wakeAfter(std::chrono::milliseconds delay, std::coroutine_handle<> waiting)
+    {
+        m_timer = m_clock.after(delay, [waiting] { waiting.resume(); });
+    }
+
+    Clock &m_clock;
+    Observed<QString> &m_page;
+    const std::chrono::milliseconds m_interval;
+    quint64 m_timer = 0;
+    QPropertyNotifier m_loaded;
+};
 
 } // namespace
 
@@ -88,7 +123,7 @@ Task<bool> DesklineAuth::waitFor(QString expression, std::chrono::milliseconds t
             co_return false;
         if (holds)
             co_return true;
-        co_await m_clock.sleep(interval);
+        co_await NextLook(m_clock, currentURL, interval);
     }
     co_return false;
 }

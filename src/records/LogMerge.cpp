@@ -299,12 +299,9 @@ Added addedSince(const QString &present, const Held &copy, qint64 after)
     for (const qint64 id : std::as_const(bought)) {
         if (row.isPrepared())
             row.bind(1, id);
-        const auto record = ShipmentLogRows::plainRowsOf(row);
-        row.reset();
-        if (record)
-            added.labels += *record;
-        else if (added.damage.isEmpty())
+        if (!ShipmentLogRows::append(added.labels, row) && added.damage.isEmpty())
             added.damage = db.lastError();
+        row.reset();
     }
     return added;
 }

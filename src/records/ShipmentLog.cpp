@@ -233,19 +233,8 @@ std::optional<QList<ShipmentRecord>> ShipmentLog::rows(const Database &db, const
         Statement newest(db, select + newestFirst + QByteArray::number(limit));
         return ShipmentLogRows::allOf(db, newest);
     }
-    if (isIndexed) {
-        QList<ShipmentRecord> found;
-        Statement row(db, select + " WHERE id = ?");
-        for (const qint64 id : m_index.find(utf8, limit, cancel)) {
-            row.bind(1, id);
-            const auto one = ShipmentLogRows::plainRowsOf(row);
-            if (!one)
-                return std::nullopt;
-            found += *one;
-            row.reset();
-        }
-        return RefundNotes::addTo(db, found) ? std::optional(found) : std::nullopt;
-    }
+    if (isIndexed)
+        return ShipmentLogRows::withIds(db, m_index.find(utf8, limit, cancel));
     Statement query(db, select +
                             " WHERE recipient LIKE ?1 OR tracking LIKE ?1 OR description LIKE ?1 OR reference LIKE ?1" +
                             newestFirst + QByteArray::number(limit));

@@ -138,19 +138,10 @@ LogRead<QList<ShipmentRecord>> ShipmentLog::alike(const QString &search, int lim
     }
     std::ranges::sort(places, std::less());
     places.resize(std::min(places.size(), std::size_t(limit)));
-    return read<Rows>([&](const Database &db) -> std::optional<Rows> {
-        Rows found;
-        Statement row(db, ShipmentLogRows::select + QByteArray(" WHERE id = ?"));
-        for (const SearchBlock::Place &place : places) {
-            row.bind(1, place.id);
-            const auto one = ShipmentLogRows::plainRowsOf(row);
-            if (!one)
-                return std::nullopt;
-            found += *one;
-            row.reset();
-        }
-        return RefundNotes::addTo(db, found) ? std::optional(found) : std::nullopt;
-    });
+    std::vector<qint64> ids;
+    for (const SearchBlock::Place &place : places)
+        ids.push_back(place.id);
+    return read<Rows>([&ids](const Database &db) { return ShipmentLogRows::withIds(db, ids); });
 }
 
 LogRead<QList<ShipmentRecord>>

@@ -5,6 +5,7 @@
 
 #include <optional>
 #include <utility>
+#include <vector>
 
 namespace parcelory::ShipmentLogRows {
 
@@ -60,21 +61,35 @@ ShipmentRecord recordOf(const Statement &row)
 
 } // namespace
 
-std::optional<QList<ShipmentRecord>> plainRowsOf(Statement &query, const Wanted &isWanted)
+bool append(QList<ShipmentRecord> &records, Statement &query, const Wanted &isWanted)
 {
-    QList<ShipmentRecord> records;
     while (query.step()) {
-        const ShipmentRecord record = recordOf(query);
+        ShipmentRecord record = recordOf(query);
         if (!isWanted || isWanted(record))
-            records.append(record);
+            records.append(std::move(record));
     }
-    return query.isComplete() ? std::optional(std::move(records)) : std::nullopt;
+    return query.isComplete();
 }
 
 std::optional<QList<ShipmentRecord>> allOf(const Database &db, Statement &query, const Wanted &isWanted)
 {
-    std::optional<QList<ShipmentRecord>> records = plainRowsOf(query, isWanted);
-    return records && RefundNotes::addTo(db, *records) ? std::move(records) : std::nullopt;
+    QList<ShipmentRecord> records;
+    const bool isRead = append(records, query, isWanted) && RefundNotes::addTo(db, records);
+    return isRead ? std::optional(std::move(records)) : std::nullopt;
+}
+
+std::optional<QList<ShipmentRecord>> withIds(const Database &db, const std::vector<qint64> &ids)
+{
+    QStringList numbers;
+    for (const qint64 id : ids)
+        numbers += QString::number(id);
+    // One statement, because starting one for each row takes a third of the time. The left side of a CROSS JOIN is read
+    // in its order.
+    Statement rows(db, "SELECT shown.* FROM (SELECT value AS wanted FROM json_each(?)) CROSS JOIN (" +
+                           QByteArray(select) + ") AS shown WHERE shown.id = wanted");
+    if (rows.isPrepared())
+        rows.bind(1, u'[' + numbers.join(u',') + u']');
+    return allOf(db, rows);
 }
 
 bool hasTable(const Database &db, const char *name)

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <functional>
 #include <optional>
+#include <vector>
 
 namespace parcelory::ShipmentLogRows {
 
@@ -15,11 +16,13 @@ namespace parcelory::ShipmentLogRows {
 extern const char *const select;
 using Wanted = std::function<bool(const ShipmentRecord &)>;
 
-/// All remaining rows of a query of these columns, without noted refunds; nothing if reading failed before the last
-/// row. `isWanted`: keeps only such rows; empty for all.
-std::optional<QList<ShipmentRecord>> plainRowsOf(Statement &query, const Wanted &isWanted = {});
-/// The same with the noted refunds.
+/// Appends all remaining rows of a query of these columns, without noted refunds; false if reading failed before the
+/// last row. `isWanted`: keeps only such rows; empty for all.
+bool append(QList<ShipmentRecord> &records, Statement &query, const Wanted &isWanted = {});
+/// The same as a list with the noted refunds; nothing if reading failed.
 std::optional<QList<ShipmentRecord>> allOf(const Database &db, Statement &query, const Wanted &isWanted = {});
+/// The rows with these ids, in their order, with the noted refunds; nothing if reading failed.
+std::optional<QList<ShipmentRecord>> withIds(const Database &db, const std::vector<qint64> &ids);
 /// For the tables that later versions added with their first row.
 bool hasTable(const Database &db, const char *name);
 /// Marks an imported row as dated with the day of its import, because its own date is unknown. It counts for no day.

@@ -170,6 +170,19 @@ TEST_F(SignInFlowTest, StaysInTheBackOffice)
     EXPECT_EQ(app->auth.currentURL.value(), app->auth.loginURL().toString());
 }
 
+TEST_F(SignInFlowTest, LooksAtAPageAsSoonAsItHasLoaded)
+{
+    bool shown = false;
+    web.answer = [&shown](const QString &) { return shown; };
+    const auto before = clock.elapsed();
+    auto wait = app->auth.waitFor(u"shown"_s, 40s);
+    shown = true;
+    web.delegate.onFinished(app->auth.loginURL());
+    EXPECT_EQ(web.evaluated.count(u"shown"_s), 1) << "not inside the page's own call";
+    EXPECT_TRUE(runTask(std::move(wait), &clock));
+    EXPECT_EQ(clock.elapsed(), before);
+}
+
 TEST_F(SignInFlowTest, WaitsForNoPageThatWasReplaced)
 {
     showPage(true, true);
