@@ -187,8 +187,8 @@ Task<> InvoiceFlow::showAttention(DesklineInvoice invoice)
     const std::optional<InvoiceAttention> attention = invoiceAttention(invoice);
     if (!attention)
         co_return;
-    m_app.awaitsChoice = true;
-    const auto closed = qScopeGuard([this] { m_app.awaitsChoice = false; });
+    m_app.openChoices = m_app.openChoices + 1;
+    const auto closed = qScopeGuard([this] { m_app.openChoices = m_app.openChoices - 1; });
     co_await m_app.platform.prompts.alert(attention->title, attention->text);
 }
 

@@ -133,7 +133,7 @@ TEST_F(InvoiceFlowTest, ReadsOneInvoiceAtATimeAndNamesTheScansItIgnored)
     showPage(false, false, invoicePage); // lacks parts, and has a flag
     heard.clear();
     prompts.whileAlerted = [this] {
-        EXPECT_TRUE(app->awaitsChoice && !app->isReadingInvoice());
+        EXPECT_TRUE(app->openChoices == 1 && !app->isReadingInvoice());
         app->handleInvoiceScan(u"48302"_s);
     };
     scan(u"48300"_s);
