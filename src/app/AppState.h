@@ -83,8 +83,8 @@ public:
     bool autoLoginTried = false;
     /// Incremented at each sign-in and sign-out, so that one clerk's results are not shown to the next clerk.
     int session = 0;
-    Observed<bool> awaitsChoice{this, false}; ///< a dialog asks about the label on the screen
-    Observed<bool> closing{this, false};      ///< the window closes when the purchase or SCAN form in progress is done
+    Observed<int> openChoices{this, 0};  ///< dialogs that ask about the label on the screen
+    Observed<bool> closing{this, false}; ///< the window closes when the purchase or SCAN form in progress is done
     Observed<QString> lastShipmentSummary{this}; ///< one line about the last label bought
     Observed<int> keyChanges{this, 0};           ///< counts key changes; rates from one key are not valid with another
 

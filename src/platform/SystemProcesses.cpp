@@ -29,7 +29,8 @@ QProcessEnvironment pinnedEnvironment()
 constexpr int checkInterval = 100; // milliseconds
 constexpr int longestDying = 5000; // milliseconds; a killed process that waits for a dead disk stays for ever
 
-/// False if the process had to be killed because its time was over.
+/// Waits for the start, too: a program on a dead disk does not start. False if the process had to be killed because its
+/// time was over.
 bool waitForEnd(QProcess &process, const CancelToken &cancel, const QDeadlineTimer &deadline)
 {
     while (!cancel.isCanceled() && !deadline.hasExpired() && process.state() != QProcess::NotRunning)
@@ -56,9 +57,9 @@ ProcessOutcome runProcess(const QString &program, const QStringList &arguments, 
     // A session of its own has no terminal: cupsenable would ask there for the password of an administrator, and wait.
     process->setChildProcessModifier([] { ::setsid(); });
     process->start(program, arguments);
-    if (!process->waitForStarted(-1))
-        throw AppError(u"%1 could not be started — %2"_s.arg(program, process->errorString()));
     const bool isInTime = waitForEnd(*process, cancel, QDeadlineTimer(limit.count()));
+    if (process->error() == QProcess::FailedToStart)
+        throw AppError(u"%1 could not be started — %2"_s.arg(program, process->errorString()));
     const bool hasEnded = process->state() == QProcess::NotRunning;
     if (!hasEnded) [[maybe_unused]]
         const QProcess *left = process.release(); // its destructor would wait for it again

@@ -161,8 +161,8 @@ void InvoiceFlow::take(const DesklineInvoice &invoice)
                         note());
 }
 
-/// If the session has expired, signs in again first, so that the next scan succeeds. The invoice itself is not read
-/// again: the clerk scans it again.
+/// If the session has expired, signs in again first, so that the next scan succeeds; only if that fails, the clerk has
+/// to sign in. The invoice itself is not read again: the clerk scans it again.
 Task<> InvoiceFlow::report(QString id, std::exception_ptr failure)
 {
     const auto isGivenUp = staleCheck(m_app.session, m_reading);
@@ -171,14 +171,14 @@ Task<> InvoiceFlow::report(QString id, std::exception_ptr failure)
         renewed = co_await m_app.renewSession(isGivenUp);
     if (isGivenUp())
         co_return;
-    const QString renewal = renewed ? u"Parcelory signed in again. Scan the invoice again."_s : QString();
     const bool isSessionOver = isExpiredSession(failure) && !renewed;
     try {
         std::rethrow_exception(failure);
     } catch (const AppError &error) {
-        const QString text = m_app.recorded(u"Deskline Invoice "_s + id, error, Popup::no);
-        m_app.setScanStatus(StatusKind::failure, text, joinPresent({renewal, ignoredNote()}, u" "_s));
-        emit m_app.scanFailed(joinPresent({text, renewal}, u" "_s), isSessionOver);
+        const QString reason = m_app.recorded(u"Deskline Invoice "_s + id, error, Popup::no);
+        const QString text = renewed ? u"Parcelory signed in again. Scan the invoice again."_s : reason;
+        m_app.setScanStatus(StatusKind::failure, text, ignoredNote());
+        emit m_app.scanFailed(text, isSessionOver);
     }
 }
 
@@ -187,8 +187,8 @@ Task<> InvoiceFlow::showAttention(DesklineInvoice invoice)
     const std::optional<InvoiceAttention> attention = invoiceAttention(invoice);
     if (!attention)
         co_return;
-    m_app.awaitsChoice = true;
-    const auto closed = qScopeGuard([this] { m_app.awaitsChoice = false; });
+    m_app.openChoices = m_app.openChoices + 1;
+    const auto closed = qScopeGuard([this] { m_app.openChoices = m_app.openChoices - 1; });
     co_await m_app.platform.prompts.alert(attention->title, attention->text);
 }
 

@@ -90,7 +90,7 @@ public:
     /// True if the form shows a recipient that was filled in and not yet checked, and the carrier can be asked.
     bool isFillDue() const;
     /// True while a dialog asks about this label.
-    bool awaitsChoice() const { return m_app.awaitsChoice || showIntlPaperwork; }
+    bool awaitsChoice() const { return m_app.openChoices > 0 || showIntlPaperwork; }
     /// True if the window closes when the purchase in progress is done.
     bool isClosing() const { return m_app.closing; }
     /// True while a label for this recipient is being bought.
@@ -209,6 +209,7 @@ private:
     quint64 m_soldWeight = 0;                     ///< scale generation that the last label was bought with
     quint64 m_buyTimer = 0;                       ///< runs while the Buy button has just changed and takes no press
     bool m_isReading = false;                     ///< a scanned invoice, at the last look
+    int m_secondLabelLooks = 0;                   ///< how often a second label was looked for
     bool m_purchaseComplete = false;
     bool m_bannerAboutDraft = false; ///< the next edit clears the banner
     /// The outcome of a purchase that ended when the next parcel was in the form. The steps of that parcel follow by

@@ -78,10 +78,11 @@ SecondLabelFacts LabelScreen::secondLabelFacts() const
 /// The warning has to be beside the price before the clerk presses the button.
 void LabelScreen::watchForSecondLabel()
 {
+    ++m_secondLabelLooks;
     if (!selectedRate())
         return;
     spawn([this, alive = QPointer(&m_lifetime)]() -> Task<> {
-        const auto isOver = staleCheck(edits);
+        const auto isOver = staleCheck(edits, m_secondLabelLooks);
         const SecondLabelFacts facts = secondLabelFacts();
         const bool testMode = co_await hasTestKey();
         if (!alive)

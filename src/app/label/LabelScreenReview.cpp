@@ -264,8 +264,8 @@ Task<bool> LabelScreen::reviewPrintedAddress(ShippoShipment shipment)
 Task<int> LabelScreen::ask(Question question)
 {
     m_app.tab = MainTab::newLabel;
-    m_app.awaitsChoice = true;
-    const auto answered = qScopeGuard([this] { m_app.awaitsChoice = false; });
+    m_app.openChoices = m_app.openChoices + 1;
+    const auto answered = qScopeGuard([this] { m_app.openChoices = m_app.openChoices - 1; });
     co_return co_await m_app.platform.prompts.choose(question);
 }
 

@@ -227,8 +227,8 @@ Task<bool> mayPrint(AppState &app, LabelDoubts doubts, ShipmentRecord label)
 {
     if (doubts.isEmpty())
         co_return true;
-    app.awaitsChoice = true;
-    const auto answered = qScopeGuard([&app] { app.awaitsChoice = false; });
+    app.openChoices = app.openChoices + 1;
+    const auto answered = qScopeGuard([&app] { app.openChoices = app.openChoices - 1; });
     Question question = questionAbout(doubts);
     question.enlarge = [&app, label, verdict = doubts.verdict] { emit app.labelToShow(label, verdict); };
     const int answer = co_await app.platform.prompts.choose(question);

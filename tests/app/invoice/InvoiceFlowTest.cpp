@@ -133,7 +133,7 @@ TEST_F(InvoiceFlowTest, ReadsOneInvoiceAtATimeAndNamesTheScansItIgnored)
     showPage(false, false, invoicePage); // lacks parts, and has a flag
     heard.clear();
     prompts.whileAlerted = [this] {
-        EXPECT_TRUE(app->awaitsChoice && !app->isReadingInvoice());
+        EXPECT_TRUE(app->openChoices == 1 && !app->isReadingInvoice());
         app->handleInvoiceScan(u"48302"_s);
     };
     scan(u"48300"_s);
@@ -221,9 +221,10 @@ TEST_F(InvoiceFlowTest, SignsInAgainOnceBeforeItReportsAnExpiredSession)
             return u"submitted"_s;
         };
         scan(u"48213"_s);
-        EXPECT_EQ(app->scanStatus.value(),
-                  u"The deskline session has expired — sign out of Parcelory and sign back in."_s);
-        EXPECT_EQ(app->scanNote.value(), renewed ? u"Parcelory signed in again. Scan the invoice again."_s : QString());
+        EXPECT_EQ(app->scanLine(),
+                  renewed ? u"Parcelory signed in again. Scan the invoice again."_s
+                          : u"The deskline session has expired — sign out of Parcelory and sign back in."_s);
+        EXPECT_EQ(errors->entries().first().context, u"Deskline Invoice 48213"_s);
         EXPECT_EQ(web.loaded.filter(u"login.php"_s).size(), renewed || !admitted ? 1 : 0);
         EXPECT_EQ(web.loaded.filter(u"id=48213"_s).size(), 1) << "nothing is read again by itself";
         EXPECT_EQ(runTask(app->hasSavedCredentials()), kept);
