@@ -54,6 +54,9 @@ TEST(EditMenu, ActsOnTheFocusedWidget)
     desk.press(Qt::Key_F, Qt::ControlModifier);
     desk.press(Qt::Key_Down);
     desk.press(Qt::Key_Delete);
+    QWidget *question = desk.dialog();
+    desk.clock.advance(Dialog::keyGuard);
+    desk.click(desk.button(u"Delete"_s, question));
     desk.wait([&] { return book.canUndo(); });
     EXPECT_TRUE(choose(u"Undo"_s)) << "Undo belongs to the list with the focus";
     desk.wait([&] { return book.contacts().size() == 2; });

@@ -63,7 +63,8 @@ TEST(Look, EveryControlHasANameForAScreenReader)
 bool isCut(const QWidget &widget)
 {
     for (const QWidget *around = widget.parentWidget(); around; around = around->parentWidget()) {
-        if (qobject_cast<const QAbstractScrollArea *>(around))
+        const auto *area = qobject_cast<const QAbstractScrollArea *>(around->parentWidget());
+        if (area && area->viewport() == around)
             return false;
         if (!around->rect().contains(QRect(widget.mapTo(around, QPoint()), widget.size())))
             return true;
@@ -185,7 +186,9 @@ TEST(Look, NothingIsClippedAtTheEndOfTheDay)
     addPracticeDay(desk.app(), desk.label().purchases, desk.carrier);
     const EndOfDayScreen &day = desk.program->screens().endOfDay;
     desk.window().openWindow(u"endofday"_s);
-    runUntil([&day] { return !day.report.value().differences.isEmpty(); }); // without the timers of the purchase
+    runUntil([&] { // without the timers of the purchase
+        return !day.report.value().differences.isEmpty() && !desk.label().purchases.checking;
+    });
     desk.settleAll();
     const QWidgetList all = QApplication::topLevelWidgets();
     const auto found = std::ranges::find(all, u"End of Day — PRACTICE MODE"_s, &QWidget::windowTitle);

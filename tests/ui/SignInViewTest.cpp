@@ -108,7 +108,7 @@ TEST(InvoicePane, LooksUpANumberAndShowsTheInvoicesWarnings)
     desk.app().draftTo = incomplete;
     emit desk.app().recipientTaken();
     EXPECT_FALSE(desk.label().busy);
-    desk.app().draftTo = homeAddress();
+    desk.app().fillFromInvoice({.invoiceID = u"48213"_s, .address = homeAddress()});
     emit desk.app().recipientTaken();
     EXPECT_TRUE(desk.label().busy); // validates by itself
     desk.idle();
