@@ -44,6 +44,7 @@ struct OpenItem {
     int daysLeft = 0;       ///< until the carrier's time for a refund is over
     int daysOpen = 0;       ///< whole days since the refund was asked, or since the parcel moved
     bool isScanned = false; ///< the carrier has had the parcel
+    bool isNever = false;   ///< there is no copy at all
     QString zip, place;     ///< where the carrier saw the parcel last
 
     qint64 id() const { return label.id; }

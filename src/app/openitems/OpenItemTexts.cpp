@@ -48,7 +48,8 @@ QString title(const OpenItem &item)
     case OpenReason::noMovement:
         return u"No movement for "_s + counted(item.daysOpen, u"day"_s);
     case OpenReason::lateCopy:
-        return u"Last good copy %1 ago"_s.arg(counted(item.days, u"day"_s));
+        return item.isNever ? u"No good copy for %1"_s.arg(counted(item.days, u"day"_s))
+                            : u"Last good copy %1 ago"_s.arg(counted(item.days, u"day"_s));
     }
     return {};
 }

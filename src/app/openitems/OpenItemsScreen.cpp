@@ -20,6 +20,7 @@ using namespace std::chrono_literals;
 
 namespace {
 
+constexpr qint64 secondsOfDay = 24 * 3600;
 constexpr auto agePause = 1h; ///< a label becomes an open item because time passes
 
 /// The recipient of a label. The log does not tell where the company ends and the street begins: a street that does not
@@ -110,9 +111,10 @@ std::optional<OpenItem> OpenItemsScreen::lateCopy() const
 {
     if (!m_records.isLate())
         return std::nullopt;
-    const QDateTime madeAt = m_records.lastGood()->madeAt;
-    OpenItem item{.reason = OpenReason::lateCopy, .label = {.createdAt = madeAt, .carrier = {}, .status = {}}};
-    item.days = int(madeAt.daysTo(m_app.platform.clock.now()));
+    const QDateTime safe = *m_records.safeUntil();
+    OpenItem item{.reason = OpenReason::lateCopy, .label = {.createdAt = safe, .carrier = {}, .status = {}}};
+    item.isNever = !m_records.lastGood();
+    item.days = int(safe.secsTo(m_app.platform.clock.now()) / secondsOfDay);
     return item;
 }
 

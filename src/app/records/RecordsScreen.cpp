@@ -9,6 +9,7 @@
 #include "core/ports/Desktop.h"
 #include "core/ports/Preferences.h"
 #include "core/ports/Prompts.h"
+#include "records/ShipmentRecord.h"
 #include "shell/ErrorLog.h"
 
 #include <QFileInfo>
@@ -25,7 +26,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int pauseAfterFailure = 3600; // seconds
-constexpr int lateDays = 3;
+constexpr qint64 lateSeconds = 3 * 24 * 3600;
 
 QString agoText(qint64 seconds)
 {
@@ -164,10 +165,21 @@ QString RecordsScreen::ageText() const
     return last ? u"Last good copy "_s + agoText(last->madeAt.secsTo(m_app.platform.clock.now())) : u"No copy yet."_s;
 }
 
+std::optional<QDateTime> RecordsScreen::safeUntil() const
+{
+    if (const std::optional<RecordCopy> last = lastGood())
+        return last->madeAt;
+    if (m_shownList == 0) // the copies are yet to be listed
+        return std::nullopt;
+    const QList<ShipmentRecord> labels = m_app.log.records();
+    const auto oldest = std::ranges::min_element(labels, {}, &ShipmentRecord::createdAt);
+    return oldest == labels.end() ? std::nullopt : std::optional(oldest->createdAt);
+}
+
 bool RecordsScreen::isLate() const
 {
-    const std::optional<RecordCopy> last = lastGood();
-    return last && last->madeAt.daysTo(m_app.platform.clock.now()) > lateDays;
+    const std::optional<QDateTime> safe = safeUntil();
+    return safe && safe->secsTo(m_app.platform.clock.now()) > lateSeconds;
 }
 
 Task<> RecordsScreen::start()

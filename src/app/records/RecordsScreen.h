@@ -52,7 +52,10 @@ public:
     Task<bool> offerIfDamaged();
     /// "Last good copy 9 hours ago", "No copy yet."
     QString ageText() const;
-    /// True if the newest good copy is older than three days.
+    /// When the records were last safe: the newest good copy's time or, if there is none, that of the oldest shown
+    /// label.
+    std::optional<QDateTime> safeUntil() const;
+    /// True if that was more than three days ago.
     bool isLate() const;
 
     /// At the start: seals and indexes rows of an older log, lists the copies, and makes the copy of the day. From then

@@ -175,6 +175,7 @@ bool RuleCondition::holdsFor(const RuleParcel &parcel) const
     const auto words = parcel.description.split(u' ', Qt::SkipEmptyParts).size();
     const auto isWanted = [this](const QString &content) { return contents->contains(content); };
     return isSame(carrier, parcel.carrier) && isAmong(services, parcel.service) && isAmong(countries, parcel.country) &&
+           !(exceptServices && exceptServices->contains(parcel.service)) &&
            !(exceptCountries && exceptCountries->contains(parcel.country)) && isAmong(states, parcel.state) &&
            (!contents || std::ranges::any_of(parcel.contents, isWanted)) && isSame(abroad, parcel.abroad) &&
            isSame(directSignature, parcel.directSignature) && isSame(coinContract, parcel.coinContract) &&

@@ -58,8 +58,9 @@ struct RuleParcel {
 /// When a rule applies: if everything that is given holds.
 struct RuleCondition {
     std::optional<QString> carrier;
-    std::optional<QStringList> services, countries, exceptCountries, states; ///< the parcel's is in the list, or not
-    std::optional<QStringList> contents;                                     ///< the parcel has one of these
+    std::optional<QStringList> services, countries, states;     ///< the parcel's is in the list
+    std::optional<QStringList> exceptServices, exceptCountries; ///< the parcel's is not in the list
+    std::optional<QStringList> contents;                        ///< the parcel has one of these
     std::optional<bool> abroad, directSignature, coinContract;
     std::optional<double> valueOver, insuredOver, insuredFrom; ///< US dollars
     std::optional<double> poundsOver;
@@ -75,6 +76,7 @@ struct RuleCondition {
         using C = RuleCondition;
         return std::tuple{field("carrier", &C::carrier),
                           field("services", &C::services),
+                          field("exceptServices", &C::exceptServices),
                           field("countries", &C::countries),
                           field("exceptCountries", &C::exceptCountries),
                           field("states", &C::states),

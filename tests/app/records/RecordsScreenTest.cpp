@@ -69,8 +69,12 @@ TEST_F(RecordsScreenTest, CopiesOnceADayAndSaysHowOldTheLastGoodCopyIs)
     finish(records.copyNow(CopyReason::byHand));
     settle();
     EXPECT_FALSE(records.isLate());
-    clock.start = clock.start.addDays(4);
+    clock.start = clock.start.addDays(3);
+    EXPECT_FALSE(records.isLate());
+    clock.advance(1min);
     EXPECT_TRUE(records.isLate());
+    records.copies = QList<RecordCopy>(); // their disk is not there
+    EXPECT_TRUE(records.isLate()) << "the labels are older";
 }
 
 TEST_F(RecordsScreenTest, CopiesBeforeAnImportAndAsksIfThatFails)
