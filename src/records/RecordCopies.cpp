@@ -112,6 +112,7 @@ RecordCopy RecordCopies::make(CopyReason reason, const QDateTime &now, const Pro
     copy.folder = freeName(copies, now.toString(u"yyyy-MM-dd HH.mm.ss "_s) + copy.reason);
     const QDir folder(copies.filePath(copy.folder + partial));
     removeLeftovers(copies, now);
+    createPrivateFolder(copies);
     createPrivateFolder(folder);
     copy.failure = folder.exists() ? fill(folder, copy, progress) : u"The copies folder can't be written"_s;
     if (progress.cancelToken().isCanceled()) {
@@ -262,7 +263,8 @@ bool RecordCopies::writeManifest(const QDir &folder, const RecordCopy &copy) con
 {
     QSaveFile file(folder.filePath(manifestName));
     const QByteArray text = encodeJson(copy, Keys::asIs);
-    return file.open(QIODevice::WriteOnly) && file.write(text) == text.size() && file.commit();
+    return file.open(QIODevice::WriteOnly) && file.setPermissions(QFile::ReadOwner | QFile::WriteOwner) &&
+           file.write(text) == text.size() && file.commit();
 }
 
 QList<RecordCopy> RecordCopies::list() const

@@ -62,6 +62,7 @@ struct WindowDesk : CarrierDesk {
         runTask(app().credentials.stored());
         constexpr int longestChain = 32; // more jobs than a coroutine starts in sequence
         settlePool(longestChain);
+        endRequests(); // a job may have led to a request
     }
 
     MainWindow &window() { return program->window(); }
