@@ -82,11 +82,9 @@ Task<> buy(Program &program, int number)
     co_await label.fetchRates(true);
     co_await label.buyAndPrint();
     if (!label.lastLabel.value() || !label.purchaseComplete())
-        throw AppError(u"Parcel %1: %2"_s.arg(
-            QString::number(number),
-            label.banner.value()
-                ? label.banner.value()->text
-                : u"no label, %1 rates%2"_s.arg(label.rates.value().size()).arg(label.busy ? u", busy"_s : QString())));
+        throw AppError(u"Parcel %1: %2 %3"_s.arg(QString::number(number),
+                                                 label.banner.value() ? label.banner.value()->text : u"no label"_s,
+                                                 label.secondLabel));
 }
 
 Task<> work(Program &program, int labels)
