@@ -15,7 +15,7 @@ class ShipmentLog;
 /// papers that were not printed, and a label that was not checked.
 void addPracticeMonth(ShipmentLog &log, const QDateTime &now);
 /// Adds these labels of the mailing log to the practice carrier's account, which then tells where their parcels are and
-/// what became of their refunds. The account keeps the labels that it knows as they are.
+/// how their refunds ended. The account keeps the labels that it knows as they are.
 void addToAccount(PracticeCarrier &carrier, const QList<OpenFacts> &labels);
 
 } // namespace parcelory

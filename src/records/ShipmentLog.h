@@ -162,7 +162,7 @@ private:
     mutable bool m_isReady = false; ///< the file has the table with all columns
     mutable ShipmentLogIndex m_index;
     std::mutex m_writing;              ///< one writer of this program at a time
-    mutable std::mutex m_reasonAccess; ///< guards m_lastError; held by nobody who waits for the disk
+    mutable std::mutex m_reasonAccess; ///< guards m_lastError; never held during a wait for the disk
     QString m_lastError;
     std::mutex m_reloading; ///< the list that is read last is also handed over last
     QList<ShipmentRecord> m_records;

@@ -52,7 +52,7 @@ public:
     Task<bool> offerIfDamaged();
     /// "Last good copy 9 hours ago", "No copy yet."
     QString ageText() const;
-    /// When the records were last safe: the newest good copy's time or, if there is none, that of the oldest shown
+    /// Until when the records are safe: the time of the newest good copy or, without a copy, of the oldest shown
     /// label.
     std::optional<QDateTime> safeUntil() const;
     /// True if that was more than three days ago.
