@@ -35,7 +35,7 @@ LabelScreen::LabelScreen(AppState &app)
                 forgetFault();
         },
         reference);
-    watch([this] { watchForSecondLabel(); }, selectedRateID, reference, purchases.unresolved);
+    watch([this] { watchForSecondLabel(); }, selectedRateID, reference, purchases.unresolved, buying);
     watch([this] { showLastLabel(); }, lastLabel);
     // An unresolved purchase may need this key.
     watch([this] { spawn([this] { return purchases.checkAgain(); }); }, m_app.keyChanges);
@@ -62,7 +62,7 @@ LabelScreen::LabelScreen(AppState &app)
 
 LabelScreen::~LabelScreen()
 {
-    m_app.platform.clock.cancel(m_buyTimer);
+    endBuyPause();
 }
 
 void LabelScreen::showLastLabel()
@@ -159,6 +159,7 @@ void LabelScreen::clearRates()
     secondLabel = QString();
     secondLabelAgreed = false;
     spendQuestion = QString();
+    endBuyPause(); // it is about a button that is gone; the next parcel's first press counts
 }
 
 void LabelScreen::warn(const QString &text, std::optional<DraftField> field)

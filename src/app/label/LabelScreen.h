@@ -189,6 +189,7 @@ private:
     SecondLabelFacts secondLabelFacts() const;
     void watchForSecondLabel();
     void pauseBuy();
+    void endBuyPause();
     void showSecondLabel(const QString &warning, bool agreed);
     Task<bool> hasTestKey();
     Task<QString> secondLabelWarning(SecondLabelFacts facts, bool testMode);

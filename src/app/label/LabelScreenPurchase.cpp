@@ -75,11 +75,12 @@ SecondLabelFacts LabelScreen::secondLabelFacts() const
             .elsewhere = m_account.boughtFor(m_app.draftTo, m_app.platform.clock.now())};
 }
 
-/// The warning has to be beside the price before the clerk presses the button.
+/// The warning has to be beside the price before the clerk presses the button. During a purchase, the label that is
+/// being bought would be found.
 void LabelScreen::watchForSecondLabel()
 {
     ++m_secondLabelLooks;
-    if (!selectedRate())
+    if (!selectedRate() || buying)
         return;
     spawn([this, alive = QPointer(&m_lifetime)]() -> Task<> {
         const auto isOver = staleCheck(edits, m_secondLabelLooks);
@@ -112,8 +113,13 @@ void LabelScreen::showSecondLabel(const QString &warning, bool agreed)
 
 void LabelScreen::pauseBuy()
 {
-    m_app.platform.clock.cancel(m_buyTimer);
+    endBuyPause();
     m_buyTimer = m_app.platform.clock.after(buyPause, [this] { m_buyTimer = 0; });
+}
+
+void LabelScreen::endBuyPause()
+{
+    m_app.platform.clock.cancel(std::exchange(m_buyTimer, 0));
 }
 
 Task<QString> LabelScreen::secondLabelWarning(SecondLabelFacts facts, bool testMode)

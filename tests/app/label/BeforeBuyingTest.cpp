@@ -73,6 +73,22 @@ TEST_F(BeforeBuyingTest, TheAccountsAnswerIsNeverWaitedForAndOurOwnLabelsAreNoOt
     EXPECT_FALSE(screen().banner.value()) << "no answer is no warning";
 }
 
+TEST_F(BeforeBuyingTest, ALabelThatIsBeingBoughtIsNoEarlierLabel)
+{
+    rateHome();
+    carrier.setScenario(answering("labels/", 200, "^XA^FDx^FS^JUS^XZ")); // held, with a question
+    QString warned = u"not asked"_s;
+    prompts.whileAsked = [&] {
+        EXPECT_EQ(app->log.records().size(), 1);
+        screen().reference = u"48213"_s;
+        settlePool(3);
+        warned = warning();
+    };
+    pressBuy();
+    prompts.whileAsked = {};
+    EXPECT_EQ(warned, QString());
+}
+
 TEST_F(BeforeBuyingTest, TheSpendGuardAsksAboveItsLimitOnly)
 {
     const auto offer = [](const QString &id, const QString &amount, std::optional<int> days) {
