@@ -245,7 +245,8 @@ Task<> AddressBook::keep(ShippoAddress recipient)
 
 QString AddressBook::changeText() const
 {
-    if (!canUndo() || !changes.value().last().isByLabel)
+    const bool isNextParcel = !kept.value();
+    if (!canUndo() || isNextParcel || !changes.value().last().isByLabel)
         return {};
     const PostalContact &former = changes.value().last().former;
     return u"Address book entry changed: "_s + joinPresent({former.name, former.addressSummary()}, u", "_s);

@@ -65,7 +65,8 @@ public:
     Task<> undo();
     /// Saves a label's recipient, or updates its entry in the book (RecipientMatch); the outcome is in `kept`.
     Task<> keep(ShippoAddress recipient);
-    /// What keeping a recipient has changed, for the status strip; empty if undo() would not take it back.
+    /// What keeping a recipient has changed, for the status strip; empty if undo() would not take it back, or the next
+    /// parcel has begun.
     QString changeText() const;
     void setStatus(StatusKind kind, const QString &text);
 
