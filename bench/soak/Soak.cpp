@@ -20,9 +20,12 @@
 #include <QProcess>
 
 #include <cstdio>
+#ifdef __GLIBC__
+#include <malloc.h>
+#endif
 #include <memory>
 
-namespace parcelory::test {
+namespace parcelory::bench {
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -57,8 +60,12 @@ private:
     SystemProcesses m_system;
 };
 
+/// The size of the process without memory that was freed and is kept for later use.
 double megabytes()
 {
+#ifdef __GLIBC__
+    malloc_trim(0);
+#endif
     QFile status(u"/proc/self/status"_s);
     const QByteArray text = status.open(QIODevice::ReadOnly) ? status.readAll() : QByteArray();
     const QByteArray size = text.mid(text.indexOf("VmRSS:") + 6).trimmed();
@@ -100,6 +107,7 @@ Task<> work(Program &program, int labels)
     for (int number = 1; number <= labels; ++number) {
         co_await buy(program, number);
         if (number % step == 0) {
+            co_await app.platform.clock.sleep(std::chrono::seconds(2)); // the last label's picture is drawn by then
             std::printf("%d labels: %.1f MB\n", number, megabytes());
             std::fflush(stdout);
         }
@@ -161,7 +169,7 @@ int soak(const QString &folder, int labels)
 }
 
 } // namespace
-} // namespace parcelory::test
+} // namespace parcelory::bench
 
 int main(int argc, char **argv)
 {
@@ -169,11 +177,11 @@ int main(int argc, char **argv)
     const bool isCarrier = argc == 2 && qstrcmp(argv[1], "--carrier") == 0;
     if (isCarrier) {
         const QCoreApplication application(argc, argv);
-        return parcelory::test::runCarrier();
+        return parcelory::bench::runCarrier();
     }
     parcelory::WebEngineSession::prepareProcess();
     const QApplication application(argc, argv);
     QApplication::setQuitOnLastWindowClosed(false);
     const QStringList arguments = QCoreApplication::arguments();
-    return arguments.size() == 3 ? parcelory::test::soak(arguments[1], arguments[2].toInt()) : 2;
+    return arguments.size() == 3 ? parcelory::bench::soak(arguments[1], arguments[2].toInt()) : 2;
 }
