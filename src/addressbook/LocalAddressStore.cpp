@@ -7,6 +7,7 @@
 #include "core/PrivateFiles.h"
 #include "core/Progress.h"
 #include "core/SqliteCheck.h"
+#include "core/SqliteCopy.h"
 
 #include <QFile>
 #include <QScopeGuard>
@@ -353,6 +354,18 @@ QString LocalAddressStore::damage() const
 {
     constexpr auto limit = std::chrono::seconds(3); // a writer waits for up to five
     return damageIn(m_path, limit);
+}
+
+QString LocalAddressStore::copyTo(const QString &path, const Progress &progress) const
+{
+    const std::shared_lock use(m_use);
+    const QString obstacle = whyNotReady();
+    return obstacle.isEmpty() ? copyDatabase(m_db, path, progress,
+                                             [this](const std::function<void()> &portion) {
+                                                 const std::lock_guard writing(m_writing);
+                                                 portion();
+                                             })
+                              : obstacle;
 }
 
 int LocalAddressStore::addedSince(const QString &present, const QString &copy)

@@ -78,6 +78,9 @@ public:
     /// What is wrong with the file, as far as a check of a few seconds finds it; empty if nothing is.
     QString damage() const;
     QString path() const { return m_path; }
+    /// Copies the book into the new file `path`; writers wait for one portion of it at most. Returns why it failed;
+    /// nothing also if it was canceled.
+    QString copyTo(const QString &path, const Progress &progress = {}) const;
     /// How many entries a book has that its copy lacks; 0 if either cannot be read.
     static int addedSince(const QString &present, const QString &copy);
     /// Runs `replace`, which puts another file in the book's place; other threads wait. Returns its result.

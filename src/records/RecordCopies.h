@@ -72,10 +72,10 @@ class RecordCopies {
 public:
     static constexpr int keptDays = 30, keptMonths = 12;
 
-    /// A file that only its owner can copy. Returns why it could not.
+    /// A database that its owner copies, because others write into it meanwhile. Returns why it could not.
     struct OwnedFile {
         QString name;
-        std::function<QString(const QString &path)> copyTo;
+        std::function<QString(const QString &path, const Progress &progress)> copyTo;
     };
 
     /// `records`: the data folder. `copies`: created at the first copy.
@@ -113,6 +113,7 @@ private:
     static QString describe(const QDir &folder, RecordCopy &copy);
     QString keepAsTheyAre(const QDir &folder, RecordCopy &copy, const Progress &progress) const;
     QString fill(const QDir &folder, RecordCopy &copy, const Progress &progress) const;
+    QString copyPlainFiles(const QDir &folder) const;
     bool writeManifest(const QDir &folder, const RecordCopy &copy) const;
 
     const QDir m_records;

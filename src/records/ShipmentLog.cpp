@@ -3,6 +3,7 @@
 #include "core/AppError.h"
 #include "core/PrivateFiles.h"
 #include "core/Progress.h"
+#include "core/SqliteCopy.h"
 #include "records/LogChain.h"
 #include "records/LogExport.h"
 #include "records/LogRead.h"
@@ -342,10 +343,28 @@ bool ShipmentLog::change(const std::function<bool(Database &)> &work)
     return stored;
 }
 
+QString ShipmentLog::copyTo(const QString &path, const Progress &progress) const
+{
+    const std::lock_guard copying(m_copying);
+    const auto inTurn = [this](const std::function<void()> &work) {
+        QElapsedTimer now;
+        now.start();
+        const Turn turn(*this, std::chrono::milliseconds(0), now);
+        work();
+    };
+    QString failure;
+    inTurn([&] {
+        if (!isReady() && !m_db.isOpen())
+            failure = reasonOf(m_db);
+    });
+    return failure.isEmpty() ? copyDatabase(m_db, path, progress, inTurn) : failure;
+}
+
 QString ShipmentLog::replaceFile(const std::function<QString()> &takeLast, const std::function<QString()> &replace)
 {
     QString failure;
     {
+        const std::lock_guard copying(m_copying);
         const std::lock_guard writing(m_writing);
         failure = takeLast();
         if (!failure.isEmpty())

@@ -112,6 +112,9 @@ public:
     bool isEmpty() const;
     QString path() const { return m_path; }
 
+    /// Copies the log into the new file `path`. Others can write meanwhile and wait for one portion of it at most; what
+    /// this program writes is in the copy. Returns why it failed; nothing also if it was canceled.
+    QString copyTo(const QString &path, const Progress &progress = {}) const;
     /// Puts another file in the log's place. No label is stored meanwhile: `takeLast` may read the last rows, then the
     /// file is locked and `replace` replaces it. Both return what failed, for the end of a sentence; after a failure of
     /// `takeLast` the file is unchanged. Reloads the newest rows.
@@ -157,6 +160,7 @@ private:
     LogRead<std::optional<QByteArray>> blob(const QByteArray &sql, qint64 id) const;
 
     QString m_path;
+    mutable std::mutex m_copying;    ///< the file is not replaced while it is copied
     mutable std::mutex m_connection; ///< m_db serves one thread at a time: the search index depends on its state
     mutable Database m_db;
     mutable bool m_isReady = false; ///< the file has the table with all columns
