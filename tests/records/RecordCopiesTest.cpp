@@ -1,4 +1,5 @@
 #include "records/RecordCopies.h"
+#include "records/LogMerge.h"
 #include "records/PurchaseJournal.h"
 #include "support/LogFile.h"
 
@@ -103,6 +104,42 @@ TEST(RecordCopies, AFailedCopySaysWhyAndTakesNoSpace)
     desk.copies.make(CopyReason::byHand, noon.addSecs(2), Progress(canceled));
     EXPECT_EQ(desk.copies.list().size(), 2);
     EXPECT_EQ(desk.target.entryList(QDir::Dirs | QDir::NoDotAndDotDot).size(), 2);
+}
+
+TEST(LogMerge, TakesOverRefundsAlsoOfDeliveredLabelsAndOfLabelsWithAnotherId)
+{
+    struct Case {
+        QStringList later; ///< statuses since the copy; each is an entry of the chain
+        QString refund;    ///< the note beside the last of them
+    };
+    const Case cases[] = {
+        {{u"REFUND_PENDING"_s}, {}},
+        {{u"REFUNDED"_s, u"DELIVERED"_s}, u"REFUNDED"_s},
+        {{u"REFUND_PENDING"_s, u"DELIVERED"_s}, u"REFUND_PENDING"_s},
+    };
+    constexpr int before = 1 + 3; // the chain of a new log is complete, and then three labels
+    for (const Case &row : cases) {
+        SCOPED_TRACE(row.later.join(u' ').toStdString());
+        const LogFile present, copied;
+        ShipmentLog log{QDir(present.folder.path())}, copy{QDir(copied.folder.path())};
+        for (const auto &[at, inCopy] : {std::pair(1, 2), std::pair(2, 1), std::pair(3, 3)}) {
+            ASSERT_TRUE(log.insert({.recipient = u"Jo"_s, .transactionID = transactionId(at)}));
+            ASSERT_TRUE(copy.insert({.recipient = u"Jo"_s, .transactionID = transactionId(inCopy)}));
+        }
+        for (const QString &status : row.later)
+            ASSERT_TRUE(log.setStatus(1, status) && log.setStatus(3, status));
+        for (int time = 0; time < 2; ++time) { // the last labels are merged after the first ones
+            Database db(copied.path());
+            EXPECT_EQ(LogMerge::bringBack(db, present.path(), {}).failure, QString());
+        }
+        for (const qint64 id : {2, 3}) {
+            EXPECT_EQ(copy.find({.id = id})->value().status, row.later.last());
+            EXPECT_EQ(copy.find({.id = id})->value().refund, row.refund);
+        }
+        EXPECT_EQ(copy.find({.id = 1})->value().status, log.find({.id = 2})->value().status);
+        EXPECT_EQ(copied.ask("SELECT count(*) FROM log_chain").value(0).toInt(), before + 2 * row.later.size());
+        EXPECT_TRUE(copy.verify()->findings.isEmpty());
+    }
 }
 
 TEST(RecordCopies, KeepThirtyDaysAndTwelveMonths)
