@@ -99,11 +99,13 @@ Task<> RecordsScreen::openRestore()
     co_await restore.open(*copy);
 }
 
-void RecordsScreen::takeRestore(const QString &failure, const RestoreNote &note)
+void RecordsScreen::takeRestore(const RestoreOutcome &outcome)
 {
-    message = failure;
-    if (failure.isEmpty()) {
-        restored = RestoreTexts::outcomeOf(note);
+    using State = RestoreOutcome::State;
+    message = outcome.failure;
+    if (outcome.state == State::restored)
+        restored = RestoreTexts::outcomeOf(outcome.note);
+    if (outcome.state != State::unchanged) {
         report = std::nullopt; // it was about the former log
         verifyFailure = QString();
         emit recordsReplaced();

@@ -77,7 +77,7 @@ signals:
 
 private:
     QList<LogChain::Head> knownHeads() const;
-    void takeRestore(const QString &failure, const RestoreNote &note);
+    void takeRestore(const RestoreOutcome &outcome);
     Task<> copyDaily();
     Task<> list();
 

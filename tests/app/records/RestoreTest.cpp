@@ -264,6 +264,39 @@ TEST_F(RestoreTest, AFailedReadOfTheJournalEndsTheRestore)
     EXPECT_EQ(told.last(), QString());
 }
 
+TEST_F(RestoreTest, FilesThatCannotBeMovedAreLeftOrMovedAtTheNextStart)
+{
+    struct Case {
+        QString blocked, told;
+        bool isBegun;
+    };
+    const Case cases[] = {
+        {u"mailing_log.sqlite-shm"_s,
+         u"The copy was not restored — the files could not be moved. Nothing was changed."_s, false},
+        {u"addresses.sqlite-shm"_s,
+         u"The copy is not restored completely — the files could not be moved. Start Parcelory again: it then completes this."_s,
+         true},
+    };
+    buyLabel();
+    copy();
+    ASSERT_TRUE(app->addressBook.upsert({.name = u"Ann"_s}));
+    for (const Case &row : cases) {
+        SCOPED_TRACE(row.blocked.toStdString());
+        ASSERT_TRUE(platform.dataFolder.mkdir(row.blocked));
+        openRestore();
+        restore();
+        EXPECT_EQ(records->message.value(), row.told);
+        EXPECT_EQ(app->addressBook.rows().size(), 1) << "the log is moved first";
+        EXPECT_EQ(QDir(app->copies.folder()).entryList({u"Before Restore*"_s}).size(), row.isBegun);
+        ASSERT_TRUE(platform.dataFolder.rmdir(row.blocked));
+        expectAllBack();
+        restartWith([](QFile &) {});
+        EXPECT_EQ(app->addressBook.rows().size(), row.isBegun ? 0 : 1);
+        EXPECT_FALSE(runTask(records->offerIfDamaged()));
+        records->selected = records->lastGood()->folder;
+    }
+}
+
 TEST_F(RestoreTest, AnAccountThatDoesNotAnswerHoldsUpNothing)
 {
     buyLabel();
