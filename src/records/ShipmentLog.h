@@ -125,6 +125,9 @@ public:
 
     /// Runs `work`, which writes on the connection, as one transaction; false if it failed and nothing was stored.
     [[nodiscard]] bool change(const std::function<bool(Database &)> &work);
+    /// The same for the row of a label that was read before: the log may have been replaced since, and the label may
+    /// have another id now. Nothing is written if the label is gone.
+    [[nodiscard]] bool changeRow(const ShipmentRecord &label, const std::function<bool(Database &, qint64 id)> &work);
     /// Runs `work`, which reads on the connection and returns nothing if a statement failed. All its statements see the
     /// same state of the file, and only the first one waits for another program.
     template <class T>
