@@ -15,6 +15,7 @@
 #include <QStringEncoder>
 #include <sqlite3.h>
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <functional>
@@ -368,15 +369,21 @@ QString LocalAddressStore::copyTo(const QString &path, const Progress &progress)
                               : obstacle;
 }
 
-int LocalAddressStore::addedSince(const QString &present, const QString &copy)
+LocalAddressStore::Difference LocalAddressStore::changedSince(const QString &present, const QString &copy)
 {
     if (!QFile::exists(present) || !QFile::exists(copy))
-        return 0;
+        return {};
     const Database db(present);
     if (!execute(db, "ATTACH ? AS copy", copy))
-        return 0;
-    Statement added(db, "SELECT count(*) FROM main.addresses WHERE uuid NOT IN (SELECT uuid FROM copy.addresses)");
-    return added.step() ? int(added.integer(0)) : 0;
+        return {};
+    const auto count = [&db](const QByteArray &rows) {
+        Statement query(db, "SELECT count(*) FROM (" + rows + ")");
+        return query.step() ? int(query.integer(0)) : 0;
+    };
+    const int added = count("SELECT uuid FROM main.addresses EXCEPT SELECT uuid FROM copy.addresses");
+    const int other =
+        count(QByteArray(selectRows) + " EXCEPT " + QByteArray(selectRows).replace("FROM ", "FROM copy."));
+    return {.added = added, .changed = std::max(0, other - added)};
 }
 
 QString LocalAddressStore::replaceFile(const std::function<QString()> &replace)

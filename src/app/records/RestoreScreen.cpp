@@ -69,6 +69,7 @@ Task<> RestoreScreen::askAccount(RestoreReview seen)
         RestoreReview known = review;
         known.account = account;
         known.fromAccount = labels;
+        known.isAccountCut = account == RestoreReview::Account::answered && listing->isCut;
         review = known;
     };
     seen.account = RestoreReview::Account::asking;

@@ -1,5 +1,6 @@
 #include "app/label/LabelScreen.h"
 #include "app/records/RecordsScreen.h"
+#include "app/records/RestoreTexts.h"
 #include "support/FaultyDisk.h"
 #include "support/LabelDesk.h"
 #include "support/LogFile.h"
@@ -89,7 +90,8 @@ protected:
 TEST_F(RestoreTest, BringsBackTheLabelsBoughtSinceAndSetsThePresentRecordsAside)
 {
     buyLabel();
-    EXPECT_TRUE(app->addressBook.upsert({.name = u"Ann"_s}));
+    PostalContact ann{.name = u"Ann"_s};
+    EXPECT_TRUE(app->addressBook.upsert(ann));
     app->boxes.profiles = QList{BoxProfile{.name = u"Carton"_s}};
     app->boxes.flush();
     copy();
@@ -98,15 +100,25 @@ TEST_F(RestoreTest, BringsBackTheLabelsBoughtSinceAndSetsThePresentRecordsAside)
     EXPECT_TRUE(app->log.setStatus(1, u"REFUND_PENDING"_s));
     EXPECT_TRUE(app->log.insert(shipmentTo(u"Imported"_s)));
     EXPECT_TRUE(app->addressBook.upsert({.name = u"Bea"_s}));
-    app->boxes.profiles = QList<BoxProfile>();
+    ann.city = u"Bend"_s;
+    EXPECT_TRUE(app->addressBook.upsert(ann));
+    app->boxes.profiles = QList{BoxProfile{.name = u"Tube"_s}, BoxProfile{.name = u"Crate"_s}};
+    std::ignore = app->senders.add();
     const qint64 open = app->journal.begin({.askedAt = clock.now(), .rateId = u"open"_s});
 
+    carrier.setScenario({.endlessNext = true});
     openRestore();
+    carrier.setScenario({});
     const RestoreReview review = records->restore.review;
     EXPECT_EQ(review.added.labels.size(), 2);
     EXPECT_EQ(review.added.imported, 1);
-    EXPECT_EQ(review.addedAddresses, 1);
     EXPECT_EQ(review.boxes, 1);
+    const QList<RestoreTexts::Group> groups = RestoreTexts::groupsOf(review);
+    EXPECT_EQ(groups.value(1).lines, QStringList({u"1 imported shipment added since"_s, u"1 address added since"_s,
+                                                  u"1 address changed since"_s, u"2 boxes added or changed since"_s,
+                                                  u"1 sender profile added or changed since"_s}));
+    EXPECT_EQ(groups.value(3).head, u"Older labels that the account did not list, and the 1 imported shipment, and the "
+                                    "1 address, and the changes to 1 address, 2 boxes, 1 sender profile"_s);
     EXPECT_EQ(review.account, RestoreReview::Account::answered);
     EXPECT_TRUE(review.fromAccount.isEmpty()) << "both logs know the account's labels";
     restore();
