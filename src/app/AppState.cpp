@@ -3,6 +3,7 @@
 #include "app/invoice/InvoiceFlow.h"
 #include "app/logs/RefundSync.h"
 #include "app/purchase/LabelPrinting.h"
+#include "app/records/CopyRecords.h"
 #include "app/scanform/ScanFormFlow.h"
 #include "app/signin/SignInFlow.h"
 #include "backoffice/DesklineInvoice.h"
@@ -34,16 +35,6 @@ const QList<MainTabInfo> &mainTabs()
                                              {MainTab::settings, u"Settings"_s}};
     return table;
 }
-
-namespace {
-
-QDir copiesFolder(const Platform &host)
-{
-    const QString chosen = read(host.preferences, settings::copiesFolder);
-    return chosen.isEmpty() ? QDir(host.dataFolder.filePath(u"Copies"_s)) : QDir(chosen);
-}
-
-} // namespace
 
 AppState::AppState(Platform &host)
     : platform(host), errors(ErrorLog::shared()), completedRestore(RestoreStage::finishInterrupted(host.dataFolder)),

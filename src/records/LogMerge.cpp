@@ -36,6 +36,12 @@ bool isBought(const Statement &row)
     return !row.utf8(2).isEmpty() && row.integer(5) != 0;
 }
 
+bool seal(Database &log, qint64 id)
+{
+    LogChain::Sealer sealer(log);
+    return sealer.seal(id) && sealer.sealFetched(id);
+}
+
 /// Runs `work` in one transaction on `log`; if it fails, nothing is stored.
 Merged inTransaction(Database &log, const std::function<std::optional<int>()> &work)
 {
@@ -356,7 +362,7 @@ Merged bringBack(Database &log, const QString &present, const QList<ShipmentReco
         const LogChain::Sealer first(log); // before the first row, so that the chain of an empty log is complete
         for (const ShipmentRecord &label : labels) {
             const std::optional<qint64> id = transfer.copyLabel(label.id);
-            if (!id || (*id && !LogChain::Sealer(log).seal(*id)))
+            if (!id || (*id && !seal(log, *id)))
                 return std::nullopt;
             count += *id != 0;
         }

@@ -274,6 +274,22 @@ QList<RecordCopy> RecordCopies::list() const
     return copies;
 }
 
+/// After a restore, the copies between the restored one and the restore belong to a chain that was given up.
+QList<LogChain::Head> RecordCopies::headsOf(const QList<RecordCopy> &copies)
+{
+    QList<LogChain::Head> heads;
+    std::optional<QDateTime> until;
+    for (const RecordCopy &copy : copies) {
+        if (until && copy.madeAt > *until)
+            continue;
+        if (copy.restored)
+            until = copy.restored;
+        else if (copy.isGood() && copy.headPosition > 0)
+            heads += copy.head();
+    }
+    return heads;
+}
+
 QString RecordCopies::check(const RecordCopy &copy) const
 {
     return check(QDir(folder().filePath(copy.folder)), copy.files);

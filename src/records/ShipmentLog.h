@@ -91,9 +91,11 @@ public:
     ImportReport importEndiciaCSV(const QString &path, KnownRows known = KnownRows::import,
                                   const Progress &progress = {});
 
-    /// Gives the rows of an older version their entries in the chain of hashes. Waits for the disk for a long time if
-    /// there are many; others can write meanwhile. False if it was canceled or failed.
-    bool sealOlder(const CancelToken &cancel = {});
+    /// Gives the rows of an older version their entries in the chain of hashes. `known` are heads of the chain that
+    /// were kept elsewhere: rows whose chain was lost are left for verify() to tell, and are not sealed as they are
+    /// now. Waits for the disk for a long time if there are many; others can write meanwhile. False if it was canceled
+    /// or failed.
+    bool sealOlder(const QList<LogChain::Head> &known = {}, const CancelToken &cancel = {});
     /// Gives a log of an older version the index that makes exports fast. Others wait for about a second for 100,000
     /// rows. False if it failed.
     bool indexForExport();

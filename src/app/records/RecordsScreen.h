@@ -76,7 +76,6 @@ signals:
     void recordsReplaced();
 
 private:
-    QList<LogChain::Head> knownHeads() const;
     void takeRestore(const RestoreOutcome &outcome);
     Task<> copyDaily();
     Task<> list();
