@@ -9,6 +9,8 @@
 #include <QProcess>
 #include <QTemporaryDir>
 
+#include <memory>
+
 namespace parcelory::bench {
 using namespace Qt::StringLiterals;
 
@@ -18,7 +20,12 @@ namespace {
 struct Desk {
     QTemporaryDir folder;
     QDir records{folder.filePath(u"records"_s)};
-    RecordCopies copies{records, QDir(folder.filePath(u"copies"_s))};
+    std::unique_ptr<ShipmentLog> owner;
+    RecordCopies copies{records,
+                        QDir(folder.filePath(u"copies"_s)),
+                        {{u"mailing_log.sqlite"_s, [this](const QString &path, const Progress &progress) {
+                              return owner->copyTo(path, progress);
+                          }}}};
     RecordCopy copy;
     const QString log = records.filePath(u"mailing_log.sqlite"_s);
 
@@ -26,6 +33,7 @@ struct Desk {
     {
         if (!records.mkpath(u"."_s) || !QFile::copy(largeLog().filePath(u"mailing_log.sqlite"_s), log))
             qFatal("no space for the benchmark");
+        owner = std::make_unique<ShipmentLog>(records);
         copy = copies.make(CopyReason::byHand, QDateTime::currentDateTime());
         if (!copy.isGood())
             qFatal("not copied");

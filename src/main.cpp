@@ -1,4 +1,5 @@
 #include "app/logs/VerifyTexts.h"
+#include "app/records/CopyRecords.h"
 #include "carrier/ShippoKeys.h"
 #include "core/AppError.h"
 #include "devices/LabelPrinter.h"
@@ -8,6 +9,7 @@
 #include "practice/PracticeRun.h"
 #include "practice/PracticeScreens.h"
 #include "practice/PracticeWindow.h"
+#include "records/RecordCopies.h"
 #include "records/ShipmentLog.h"
 #include "shell/CommandLine.h"
 #include "ui/Program.h"
@@ -47,9 +49,11 @@ int verifyLog(Platform &platform)
     if (!platform.dataFolder.exists(u"mailing_log.sqlite"_s))
         throw AppError(u"There is no mailing log in %1."_s.arg(platform.dataFolder.absolutePath()));
     ShipmentLog log(platform.dataFolder);
-    if (!log.sealOlder())
+    const QList<LogChain::Head> known =
+        RecordCopies::headsOf(RecordCopies(platform.dataFolder, copiesFolder(platform)).list());
+    if (!log.sealOlder(known))
         throw AppError(u"The mailing log could not be written — "_s + log.lastError() + u'.');
-    const LogChain::Report report = log.verify().orThrow();
+    const LogChain::Report report = log.verify(known).orThrow();
     QTextStream out(stdout);
     out << VerifyTexts::summaryOf(report) << '\n';
     for (const LogChain::Finding &finding : report.findings)

@@ -7,6 +7,7 @@
 #include "core/PrivateFiles.h"
 #include "core/Progress.h"
 #include "core/SqliteCheck.h"
+#include "core/SqliteCopy.h"
 
 #include <QFile>
 #include <QScopeGuard>
@@ -14,6 +15,7 @@
 #include <QStringEncoder>
 #include <sqlite3.h>
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <functional>
@@ -355,15 +357,33 @@ QString LocalAddressStore::damage() const
     return damageIn(m_path, limit);
 }
 
-int LocalAddressStore::addedSince(const QString &present, const QString &copy)
+QString LocalAddressStore::copyTo(const QString &path, const Progress &progress) const
+{
+    const std::shared_lock use(m_use);
+    const QString obstacle = whyNotReady();
+    return obstacle.isEmpty() ? copyDatabase(m_db, path, progress,
+                                             [this](const std::function<void()> &portion) {
+                                                 const std::lock_guard writing(m_writing);
+                                                 portion();
+                                             })
+                              : obstacle;
+}
+
+LocalAddressStore::Difference LocalAddressStore::changedSince(const QString &present, const QString &copy)
 {
     if (!QFile::exists(present) || !QFile::exists(copy))
-        return 0;
+        return {};
     const Database db(present);
     if (!execute(db, "ATTACH ? AS copy", copy))
-        return 0;
-    Statement added(db, "SELECT count(*) FROM main.addresses WHERE uuid NOT IN (SELECT uuid FROM copy.addresses)");
-    return added.step() ? int(added.integer(0)) : 0;
+        return {};
+    const auto count = [&db](const QByteArray &rows) {
+        Statement query(db, "SELECT count(*) FROM (" + rows + ")");
+        return query.step() ? int(query.integer(0)) : 0;
+    };
+    const int added = count("SELECT uuid FROM main.addresses EXCEPT SELECT uuid FROM copy.addresses");
+    const int other =
+        count(QByteArray(selectRows) + " EXCEPT " + QByteArray(selectRows).replace("FROM ", "FROM copy."));
+    return {.added = added, .changed = std::max(0, other - added)};
 }
 
 QString LocalAddressStore::replaceFile(const std::function<QString()> &replace)

@@ -78,8 +78,15 @@ public:
     /// What is wrong with the file, as far as a check of a few seconds finds it; empty if nothing is.
     QString damage() const;
     QString path() const { return m_path; }
-    /// How many entries a book has that its copy lacks; 0 if either cannot be read.
-    static int addedSince(const QString &present, const QString &copy);
+    /// Copies the book into the new file `path`; writers wait for one portion of it at most. Returns why it failed;
+    /// nothing also if it was canceled.
+    QString copyTo(const QString &path, const Progress &progress = {}) const;
+    struct Difference {
+        int added = 0;
+        int changed = 0;
+    };
+    /// How many entries a book has that its copy lacks or has with other text; none if either cannot be read.
+    static Difference changedSince(const QString &present, const QString &copy);
     /// Runs `replace`, which puts another file in the book's place; other threads wait. Returns its result.
     QString replaceFile(const std::function<QString()> &replace);
 

@@ -3,6 +3,7 @@
 #include "app/invoice/InvoiceFlow.h"
 #include "app/logs/RefundSync.h"
 #include "app/purchase/LabelPrinting.h"
+#include "app/records/CopyRecords.h"
 #include "app/scanform/ScanFormFlow.h"
 #include "app/signin/SignInFlow.h"
 #include "backoffice/DesklineInvoice.h"
@@ -35,16 +36,6 @@ const QList<MainTabInfo> &mainTabs()
     return table;
 }
 
-namespace {
-
-QDir copiesFolder(const Platform &host)
-{
-    const QString chosen = read(host.preferences, settings::copiesFolder);
-    return chosen.isEmpty() ? QDir(host.dataFolder.filePath(u"Copies"_s)) : QDir(chosen);
-}
-
-} // namespace
-
 AppState::AppState(Platform &host)
     : platform(host), errors(ErrorLog::shared()), completedRestore(RestoreStage::finishInterrupted(host.dataFolder)),
       sanitizer(host.deployment.storeNames), rules(host), credentials(host), auth(host), invoices(auth, sanitizer),
@@ -52,7 +43,12 @@ AppState::AppState(Platform &host)
       labelHistory(log), scanForms(log), journal(host.dataFolder), senders(host), boxes(host), drafts(host.dataFolder),
       addressBook(host.dataFolder),
       copies(host.dataFolder, copiesFolder(host),
-             {{u"purchase_journal.sqlite"_s, [this](const QString &path) { return journal.copyTo(path); }}}),
+             {{u"mailing_log.sqlite"_s,
+               [this](const QString &path, const Progress &progress) { return log.copyTo(path, progress); }},
+              {u"addresses.sqlite"_s,
+               [this](const QString &path, const Progress &progress) { return addressBook.copyTo(path, progress); }},
+              {u"purchase_journal.sqlite"_s,
+               [this](const QString &path, const Progress &) { return journal.copyTo(path); }}}),
       appleContacts(host.contacts, host.clock, host.dataFolder), printer(host), printWatch(printer, host.clock),
       scanListener(host.keyboard, host.clock, host.deployment.shortLinkHost),
       m_signIn(std::make_unique<SignInFlow>(*this)), m_invoice(std::make_unique<InvoiceFlow>(*this)),

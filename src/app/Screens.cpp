@@ -45,6 +45,7 @@ Screens::Screens(AppState &app)
     connect(&records, &RecordsScreen::recordsReplaced, this, [this] {
         spawn([this] { return addressBook.reload(); });
         spawn([this] { return label.purchases.resumeRestored(); });
+        tracking.planAgain();
     });
     connect(&label.purchases, &Purchases::refundWanted, this,
             [this](const ShipmentRecord &record) { spawn([this, record] { return refundSecond(record); }); });

@@ -1,46 +1,72 @@
 #include "core/SqliteCopy.h"
 
+#include "core/DiskSync.h"
 #include "core/Sqlite.h"
 
+#include <QElapsedTimer>
 #include <sqlite3.h>
 
 #include <chrono>
 #include <memory>
 
 namespace parcelory {
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 
 namespace {
 
 constexpr int portion = 500; ///< pages, 2 MB: read in a few milliseconds
-constexpr auto pause = std::chrono::milliseconds(20);
-constexpr int mostPauses = 250; ///< without a page in between: another program holds the file for five seconds
+constexpr auto rest = 1ms;   ///< after a portion: a thread that waits for its turn gets it
+constexpr auto pause = 20ms; ///< before a portion is tried again
+constexpr auto longestLock = 5s;
+constexpr int mostRestarts = 20;
 
-} // namespace
-
-QString copyDatabase(const Database &from, const QString &path, const Progress &progress)
+/// Returns what failed.
+QString copyPages(const Database &from, const Database &to, const Progress &progress, const CopyTurn &inTurn)
 {
-    Database to(path);
-    const std::unique_ptr<sqlite3_backup, decltype(&sqlite3_backup_finish)> copy(
-        sqlite3_backup_init(to.handle(), "main", from.handle(), "main"), &sqlite3_backup_finish);
+    std::unique_ptr<sqlite3_backup, decltype(&sqlite3_backup_finish)> copy(nullptr, &sqlite3_backup_finish);
+    inTurn([&] { copy.reset(sqlite3_backup_init(to.handle(), "main", from.handle(), "main")); });
     if (!copy)
         return to.lastError();
-    for (int pauses = 0; pauses < mostPauses;) {
-        const int result = sqlite3_backup_step(copy.get(), portion);
+    QElapsedTimer sinceLastPage;
+    sinceLastPage.start();
+    for (int restarts = 0, last = 0; !progress.cancelToken().isCanceled();) {
+        int result = SQLITE_OK;
+        inTurn([&] { result = sqlite3_backup_step(copy.get(), portion); });
         if (result == SQLITE_DONE)
-            return {};
+            break;
         if (result == SQLITE_BUSY || result == SQLITE_LOCKED) {
-            ++pauses;
+            if (std::chrono::milliseconds(sinceLastPage.elapsed()) >= longestLock)
+                return u"another program has it open"_s;
             sqlite3_sleep(int(pause.count()));
             continue;
         }
         if (result != SQLITE_OK)
             return QString::fromUtf8(sqlite3_errstr(result));
-        pauses = 0;
+        sinceLastPage.restart();
         const int total = sqlite3_backup_pagecount(copy.get());
-        if (!progress.report(total - sqlite3_backup_remaining(copy.get()), total))
-            return {};
+        const int done = total - sqlite3_backup_remaining(copy.get());
+        if (done <= last && ++restarts > mostRestarts)
+            return u"another program writes into it all the time"_s;
+        last = done;
+        [[maybe_unused]] const bool goesOn = progress.report(done, total);
+        sqlite3_sleep(int(rest.count()));
     }
-    return QStringLiteral("another program has it open");
+    return {};
+}
+
+} // namespace
+
+QString copyDatabase(const Database &from, const QString &path, const Progress &progress, const CopyTurn &inTurn)
+{
+    QString failure;
+    {
+        Database to(path);
+        to.exec("PRAGMA synchronous = OFF"); // no thread waits for the disk to be flushed in the turn of the copy
+        failure = copyPages(from, to, progress, inTurn);
+    }
+    const bool isComplete = failure.isEmpty() && !progress.cancelToken().isCanceled();
+    return isComplete && !syncToDisk(path) ? u"the disk could not be written"_s : failure;
 }
 
 } // namespace parcelory

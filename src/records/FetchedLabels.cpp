@@ -1,5 +1,6 @@
 #include "records/FetchedLabels.h"
 
+#include "records/LogChain.h"
 #include "records/ShipmentLogRows.h"
 
 namespace parcelory::FetchedLabels {
@@ -18,7 +19,8 @@ bool put(ShipmentLog &log, qint64 shipment, const QByteArray &label)
     return log.change([&](Database &db) {
         return db.exec(schema) &&
                execute(db, "INSERT OR REPLACE INTO fetched_labels (shipment_id, label) VALUES (?, ?)", shipment,
-                       std::optional(label));
+                       std::optional(label)) &&
+               LogChain::Sealer(db).sealFetched(shipment);
     });
 }
 

@@ -26,15 +26,18 @@ constexpr auto schema = "CREATE TABLE IF NOT EXISTS label_journeys (\n"
 
 bool put(ShipmentLog &log, qint64 shipment, const Journey &journey)
 {
-    return log.change([&](Database &db) {
-        return db.exec(schema) &&
-               execute(db,
-                       "INSERT OR REPLACE INTO label_journeys (shipment_id, word, is_scanned, moved_at, zip, place, "
-                       "asked_at) VALUES (?, ?, ?, ?, ?, ?, ?)",
-                       shipment, wordOf(journey.status), journey.isScanned,
-                       secondsOf(journey.movedAt.isValid() ? journey.movedAt : journey.askedAt), journey.zip,
-                       journey.place, secondsOf(journey.askedAt));
-    });
+    return log.change([&](Database &db) { return put(db, shipment, journey); });
+}
+
+bool put(Database &db, qint64 shipment, const Journey &journey)
+{
+    return db.exec(schema) &&
+           execute(db,
+                   "INSERT OR REPLACE INTO label_journeys (shipment_id, word, is_scanned, moved_at, zip, place, "
+                   "asked_at) VALUES (?, ?, ?, ?, ?, ?, ?)",
+                   shipment, wordOf(journey.status), journey.isScanned,
+                   secondsOf(journey.movedAt.isValid() ? journey.movedAt : journey.askedAt), journey.zip, journey.place,
+                   secondsOf(journey.askedAt));
 }
 
 std::optional<QHash<qint64, Journey>> between(const Database &db, qint64 first, qint64 last)
@@ -56,18 +59,6 @@ std::optional<QHash<qint64, Journey>> between(const Database &db, qint64 first, 
                                            .place = query.text(5),
                                            .askedAt = timeOf(query.real(6))});
     return query.isComplete() ? std::optional(journeys) : std::nullopt;
-}
-
-LogRead<std::optional<Journey>> of(const ShipmentLog &log, qint64 shipment)
-{
-    using Found = std::optional<Journey>;
-    return log.read<Found>([shipment](const Database &db) -> std::optional<Found> {
-        const auto journeys = between(db, shipment, shipment);
-        if (!journeys)
-            return std::nullopt;
-        const auto found = journeys->constFind(shipment);
-        return found == journeys->cend() ? Found() : Found(*found);
-    });
 }
 
 } // namespace parcelory::Journeys

@@ -29,7 +29,8 @@ struct Journey {
 namespace Journeys {
 
 [[nodiscard]] bool put(ShipmentLog &log, qint64 shipment, const Journey &journey);
-LogRead<std::optional<Journey>> of(const ShipmentLog &log, qint64 shipment);
+/// The same in a transaction of the caller.
+[[nodiscard]] bool put(Database &db, qint64 shipment, const Journey &journey);
 
 /// The journeys of the shipments with these ids, both included, for a work that reads other tables, too; nothing if
 /// reading failed.

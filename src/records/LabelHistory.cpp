@@ -36,13 +36,16 @@ bool LabelHistory::addReprint(qint64 shipment, const QDateTime &when)
 
 bool LabelHistory::setTracked(qint64 shipment, const QString &word, const QDateTime &when)
 {
-    return m_log.change([&](Database &db) {
-        return db.exec(schema) &&
-               execute(db, "INSERT OR REPLACE INTO label_tracking (shipment_id, word, heard_at) VALUES (?, ?, ?)",
-                       shipment, word, secondsOf(when)) &&
-               (trackingStatusFrom(word) != TrackingStatus::delivered ||
-                RefundNotes::putStatus(db, shipment, wordOf(LogStatus::delivered)));
-    });
+    return m_log.change([&](Database &db) { return putTracked(db, shipment, word, when); });
+}
+
+bool LabelHistory::putTracked(Database &db, qint64 shipment, const QString &word, const QDateTime &when)
+{
+    return db.exec(schema) &&
+           execute(db, "INSERT OR REPLACE INTO label_tracking (shipment_id, word, heard_at) VALUES (?, ?, ?)", shipment,
+                   word, secondsOf(when)) &&
+           (trackingStatusFrom(word) != TrackingStatus::delivered ||
+            RefundNotes::putStatus(db, shipment, wordOf(LogStatus::delivered)));
 }
 
 LogRead<LabelHistory::Past> LabelHistory::of(qint64 shipment) const

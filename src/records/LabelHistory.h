@@ -22,6 +22,8 @@ public:
     bool addReprint(qint64 shipment, const QDateTime &when);
     /// Stores the parcel's tracking status, and "delivered" also as the row's status.
     bool setTracked(qint64 shipment, const QString &word, const QDateTime &when);
+    /// The same in a transaction of the caller.
+    static bool putTracked(Database &db, qint64 shipment, const QString &word, const QDateTime &when);
     LogRead<Past> of(qint64 shipment) const;
 
 private:

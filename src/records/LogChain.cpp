@@ -24,6 +24,7 @@ constexpr auto schema = "CREATE TABLE IF NOT EXISTS log_chain (\n"
 
 const QByteArray labelKind = "label";
 const QByteArray statusKind = "status";
+const QByteArray fetchedKind = "fetched"; ///< the hash of bytes that were downloaded after the purchase, and the status
 const QByteArray completeKind = "complete"; ///< all rows of an older log have an entry; belongs to no shipment
 
 /// The columns of each part of a row but the status, in the order of Part. A column that a later version adds needs a
@@ -46,6 +47,7 @@ constexpr qsizetype keptBytes = 8;
 constexpr auto latestSql = "SELECT parts FROM log_chain WHERE shipment_id = ? ORDER BY position DESC LIMIT 1";
 
 constexpr auto hashMethod = QCryptographicHash::Blake2b_256;
+constexpr qsizetype hashBytes = 32;
 
 void addNumber(QCryptographicHash &hash, qint64 number)
 {
@@ -81,6 +83,16 @@ QByteArray rowSql(const Database &db)
                                   ? "(SELECT word FROM label_refunds WHERE shipment_id = shipments.id)"
                                   : "NULL";
     return "SELECT id, status, " + refund + ", " + partColumns + " FROM shipments WHERE id = ?";
+}
+
+/// The downloaded bytes of a shipment, and the position of their latest entry.
+QByteArray fetchedSql(const Database &db)
+{
+    const QByteArray label = ShipmentLogRows::hasTable(db, "fetched_labels")
+                                 ? "(SELECT label FROM fetched_labels WHERE shipment_id = ?1)"
+                                 : "NULL";
+    return "SELECT " + label + ", (SELECT max(position) FROM log_chain WHERE shipment_id = ?1 AND kind = '" +
+           fetchedKind + "')";
 }
 
 /// Moves to a shipment's row; false if it is gone or a statement failed.
@@ -133,7 +145,7 @@ QByteArray chained(const QByteArray &before, qint64 shipment, const QByteArray &
 } // namespace
 
 Sealer::Sealer(Database &db)
-    : m_table(tableIn(db)), m_row(db, rowSql(db)), m_latest(db, latestSql),
+    : m_table(tableIn(db)), m_row(db, rowSql(db)), m_latest(db, latestSql), m_fetched(db, fetchedSql(db)),
       m_entry(db, "INSERT INTO log_chain (shipment_id, kind, parts, hash) VALUES (?, ?, ?, ?)"),
       m_last(m_table.isThere ? head(db) : std::nullopt)
 {
@@ -184,6 +196,20 @@ bool Sealer::sealStatus(qint64 shipment)
     return isSealed || append(shipment, statusKind, kept);
 }
 
+bool Sealer::sealFetched(qint64 shipment)
+{
+    if (!moveTo(m_fetched, shipment))
+        return false;
+    const bool isThere = m_fetched.kind(0) != Statement::Kind::null;
+    const QByteArray hash = hashOf(m_fetched, 0, 1);
+    m_fetched.reset();
+    if (!isThere || !moveTo(m_row, shipment))
+        return !isThere;
+    const QByteArray kept = hash + keptStatusOf(m_row); // the latest entry of a shipment ends with its status
+    m_row.reset();
+    return append(shipment, fetchedKind, kept);
+}
+
 bool Sealer::complete()
 {
     return append(0, completeKind, QByteArray("")); // an empty blob, not NULL
@@ -220,6 +246,21 @@ bool isComplete(const Database &db)
     return entry.step();
 }
 
+std::optional<bool> hasPassed(const Database &db, const QList<Head> &known)
+{
+    if (known.isEmpty() || !ShipmentLogRows::hasTable(db, "log_chain"))
+        return known.isEmpty();
+    Statement entry(db, "SELECT hash FROM log_chain WHERE position = ?");
+    for (const Head &head : known) {
+        const bool isThere = moveTo(entry, head.position);
+        if (!isThere && !entry.isComplete())
+            return std::nullopt;
+        if (!isThere || entry.bytes(0) != head.hash)
+            return false;
+    }
+    return true;
+}
+
 std::optional<Head> head(const Database &db)
 {
     if (!ShipmentLogRows::hasTable(db, "log_chain"))
@@ -245,11 +286,12 @@ bool Walk::next(const Database &db, int limit)
                               QByteArray::number(limit));
     Statement row(db, rowSql(db));
     Statement latest(db, latestSql);
+    Statement fetched(db, fetchedSql(db));
     if (entries.isPrepared())
         entries.bind(1, m_last.position);
     const qint64 before = m_entries;
     while (entries.step()) {
-        if (!check(entries, row, latest)) {
+        if (!check(entries, row, latest, fetched)) {
             m_isFailed = true;
             return false;
         }
@@ -259,7 +301,7 @@ bool Walk::next(const Database &db, int limit)
 }
 
 /// False if a statement failed.
-bool Walk::check(const Statement &entry, Statement &row, Statement &latest)
+bool Walk::check(const Statement &entry, Statement &row, Statement &latest, Statement &fetched)
 {
     const qint64 shipment = entry.integer(1);
     const QByteArray kind = entry.bytes(2).toByteArray();
@@ -299,6 +341,13 @@ bool Walk::check(const Statement &entry, Statement &row, Statement &latest)
         latest.reset();
     }
     row.reset();
+    if (kind == fetchedKind && isThere) {
+        // Bytes that were downloaded again have a later entry.
+        const bool isLatest = moveTo(fetched, shipment) && fetched.integer(1) == here.position;
+        if (isLatest && hashOf(fetched, 0, 1) != kept.first(hashBytes))
+            finding.parts += Part::label;
+        fetched.reset();
+    }
     const auto known = m_known.constFind(here.position);
     const bool isKnown = known == m_known.cend() || *known == here.hash;
     if (!finding.parts.isEmpty())
@@ -322,7 +371,7 @@ bool Walk::end(const Database &db)
     if (hasSequence)
         last = std::max(last, sequence.integer(0));
     if (m_last.position < last)
-        add({.problem = Problem::chain});
+        add({.problem = m_entries ? Problem::chain : Problem::unsealed});
     if (isComplete(db)) {
         Statement rows(db,
                        "SELECT id, created_at, recipient, tracking FROM shipments WHERE " + unsealed + " ORDER BY id");

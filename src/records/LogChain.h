@@ -31,10 +31,11 @@ struct Head {
 };
 
 enum class Problem {
-    changed, ///< `parts` differ from what was stored
-    removed, ///< the row is gone
-    added,   ///< the row was not stored by the program
-    chain,   ///< the entry itself, or the order of the entries, was changed
+    changed,  ///< `parts` differ from what was stored
+    removed,  ///< the row is gone
+    added,    ///< the row was not stored by the program
+    chain,    ///< the entry itself, or the order of the entries, was changed
+    unsealed, ///< the whole chain is gone
 };
 
 struct Finding {
@@ -66,6 +67,8 @@ public:
     [[nodiscard]] bool seal(qint64 shipment);
     /// Seals the new status of a row; a row that is gone has none. False if a statement failed.
     [[nodiscard]] bool sealStatus(qint64 shipment);
+    /// Seals the bytes of a label that were downloaded after the purchase; a row without such bytes needs no entry.
+    [[nodiscard]] bool sealFetched(qint64 shipment);
     /// Marks the chain as complete: from now on, a row without an entry is a finding.
     [[nodiscard]] bool complete();
 
@@ -80,6 +83,7 @@ private:
     const Table m_table;
     Statement m_row;
     Statement m_latest;
+    Statement m_fetched;
     Statement m_entry;
     std::optional<Head> m_last;
 };
@@ -90,6 +94,8 @@ std::optional<qint64> sealOlder(Database &db, qint64 after, int limit);
 /// True once sealOlder() has no work left: from then on, a row without an entry is a finding.
 bool isComplete(const Database &db);
 
+/// True if the chain passed all these heads, which were kept elsewhere; nothing if it could not be read.
+std::optional<bool> hasPassed(const Database &db, const QList<Head> &known);
 /// Nothing if it could not be read. An empty chain has an empty head.
 std::optional<Head> head(const Database &db);
 
@@ -111,7 +117,7 @@ public:
     const QList<Finding> &findings() const { return m_findings; }
 
 private:
-    bool check(const Statement &entry, Statement &row, Statement &latest);
+    bool check(const Statement &entry, Statement &row, Statement &latest, Statement &fetched);
     bool end(const Database &db);
     void add(Finding finding);
 

@@ -6,6 +6,7 @@
 #include "records/ShipmentStatus.h"
 
 #include <QFileInfo>
+#include <QHash>
 
 #include <algorithm>
 #include <functional>
@@ -33,6 +34,12 @@ QByteArray keyOf(const Statement &row)
 bool isBought(const Statement &row)
 {
     return !row.utf8(2).isEmpty() && row.integer(5) != 0;
+}
+
+bool seal(Database &log, qint64 id)
+{
+    LogChain::Sealer sealer(log);
+    return sealer.seal(id) && sealer.sealFetched(id);
 }
 
 /// Runs `work` in one transaction on `log`; if it fails, nothing is stored.
@@ -106,26 +113,25 @@ public:
     /// Refunds of labels that both have: the money is asked back, whatever the copy says.
     bool takeOverRefunds()
     {
-        Statement rows(m_from, "SELECT id, transaction_id, status FROM shipments WHERE transaction_id <> ''");
-        // An earlier restore may have given the label another id; looking for that reads the whole table.
-        Statement same(m_to, "SELECT id, status FROM shipments WHERE id = ? AND transaction_id = ?");
-        Statement moved(m_to, "SELECT id, status FROM shipments WHERE transaction_id = ?");
+        Statement rows(m_from, "SELECT transaction_id, status, " + noteIn(m_from) +
+                                   ", id FROM shipments WHERE transaction_id <> ''");
+        Statement same(m_to, "SELECT transaction_id, status, " + noteIn(m_to) + " FROM shipments WHERE id = ?");
+        QHash<QString, Refund> moved;
         while (rows.step()) {
-            if (refundState(rows.text(2)) == RefundState::none)
+            const Refund refund = refundOf(rows);
+            if (refundState(refund.word()) == RefundState::none)
                 continue;
-            same.bind(1, rows.integer(0));
-            same.bind(2, rows.text(1));
-            moved.bind(1, rows.text(1));
-            Statement &found = same.step() ? same : moved;
-            const bool isThere = &found == &same || moved.step();
-            const qint64 id = isThere ? found.integer(0) : 0;
-            const bool isOther = isThere && found.text(1) != rows.text(2);
+            const qint64 id = rows.integer(3);
+            same.bind(1, id);
+            const bool isSame = same.step() && same.text(0) == rows.text(0);
+            const bool isKnown = isSame && refundOf(same) == refund;
             same.reset();
-            moved.reset();
-            if (isOther && !RefundNotes::putStatus(m_to, id, rows.text(2)))
+            if (!isSame)
+                moved.insert(rows.text(0), refund);
+            else if (!isKnown && !put(id, refund))
                 return false;
         }
-        return true;
+        return moved.isEmpty() || takeOverMoved(moved);
     }
 
     /// What happened to the labels, which the carrier's id identifies there.
@@ -175,6 +181,45 @@ public:
     }
 
 private:
+    /// A delivered label has its refund in a note.
+    struct Refund {
+        QString status, note;
+
+        bool operator==(const Refund &) const = default;
+        QString word() const { return note.isEmpty() ? status : note; }
+    };
+
+    /// The column of the note.
+    static QByteArray noteIn(const Database &db)
+    {
+        return RefundNotes::exist(db) ? "(SELECT word FROM label_refunds WHERE shipment_id = shipments.id)" : "''";
+    }
+
+    static Refund refundOf(const Statement &row) { return {.status = row.text(1), .note = row.text(2)}; }
+
+    bool put(qint64 id, const Refund &refund)
+    {
+        return RefundNotes::putStatus(m_to, id, refund.word()) &&
+               (refund.note.isEmpty() || RefundNotes::putStatus(m_to, id, refund.status));
+    }
+
+    /// Refunds of labels that an earlier restore gave another id. Reads the table once: its transactions may have no
+    /// index.
+    bool takeOverMoved(const QHash<QString, Refund> &refunds)
+    {
+        QHash<qint64, Refund> changed;
+        Statement rows(m_to, "SELECT transaction_id, status, " + noteIn(m_to) +
+                                 ", id FROM shipments WHERE transaction_id <> ''");
+        while (rows.step()) {
+            const auto refund = refunds.constFind(rows.text(0));
+            if (refund != refunds.cend() && refundOf(rows) != *refund)
+                changed.insert(rows.integer(3), *refund);
+        }
+        return rows.isComplete() && std::ranges::all_of(changed.asKeyValueRange(), [this](const auto &change) {
+                   return put(change.first, change.second);
+               });
+    }
+
     /// What other tables tell of a label.
     bool copyNotes(qint64 from, qint64 to)
     {
@@ -317,7 +362,7 @@ Merged bringBack(Database &log, const QString &present, const QList<ShipmentReco
         const LogChain::Sealer first(log); // before the first row, so that the chain of an empty log is complete
         for (const ShipmentRecord &label : labels) {
             const std::optional<qint64> id = transfer.copyLabel(label.id);
-            if (!id || (*id && !LogChain::Sealer(log).seal(*id)))
+            if (!id || (*id && !seal(log, *id)))
                 return std::nullopt;
             count += *id != 0;
         }

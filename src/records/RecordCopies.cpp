@@ -6,7 +6,6 @@
 #include "core/PrivateFiles.h"
 #include "core/Sqlite.h"
 #include "core/SqliteCheck.h"
-#include "core/SqliteCopy.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -14,7 +13,6 @@
 #include <QSet>
 
 #include <algorithm>
-#include <chrono>
 #include <utility>
 
 namespace parcelory {
@@ -22,7 +20,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QStringList databases{u"mailing_log.sqlite"_s, u"addresses.sqlite"_s};
+const QString logName = u"mailing_log.sqlite"_s, bookName = u"addresses.sqlite"_s;
 const QStringList plainFiles{u"sender_profiles.json"_s, u"box_profiles.json"_s};
 const QString manifestName = u"copy.json"_s;
 const QString partial = u".partial"_s; ///< of the folder's name until the copy is complete
@@ -144,15 +142,15 @@ QString RecordCopies::describe(const QDir &folder, RecordCopy &copy)
             return named(name, file.errorString());
         copy.files.append({.name = name, .bytes = double(file.size()), .hash = hash});
     }
-    if (folder.exists(databases[0])) {
-        const Database log(folder.filePath(databases[0]));
+    if (folder.exists(logName)) {
+        const Database log(folder.filePath(logName));
         copy.labels = countOf(log, "shipments");
         const auto head = LogChain::head(log).value_or(LogChain::Head());
         copy.headPosition = double(head.position);
         copy.headHash = QString::fromLatin1(head.hash.toHex());
     }
-    if (folder.exists(databases[1]))
-        copy.addresses = countOf(Database(folder.filePath(databases[1])), "addresses");
+    if (folder.exists(bookName))
+        copy.addresses = countOf(Database(folder.filePath(bookName)), "addresses");
     return checkDatabases(folder, copy.files);
 }
 
@@ -160,32 +158,30 @@ QString RecordCopies::describe(const QDir &folder, RecordCopy &copy)
 QString RecordCopies::fill(const QDir &folder, RecordCopy &copy, const Progress &progress) const
 {
     qint64 total = 0, done = 0;
-    for (const QString &name : databases + plainFiles)
-        total += QFileInfo(m_records.filePath(name)).size();
-    for (const QString &name : databases) {
-        const QString source = m_records.filePath(name);
-        if (!QFileInfo::exists(source))
-            continue;
-        const qint64 size = QFileInfo(source).size();
+    for (const OwnedFile &file : m_owned)
+        total += QFileInfo(m_records.filePath(file.name)).size();
+    for (const OwnedFile &file : m_owned) {
+        const qint64 size = QFileInfo(m_records.filePath(file.name)).size();
         const Progress part(progress.cancelToken(), [&](qint64 pages, qint64 allPages) {
             [[maybe_unused]] const bool goesOn = progress.report(done + size * pages / allPages, total);
         });
-        if (const QString failure =
-                copyDatabase(Database(source, std::chrono::milliseconds(0)), folder.filePath(name), part);
-            !failure.isEmpty())
-            return named(name, failure);
+        if (const QString failure = file.copyTo(folder.filePath(file.name), part); !failure.isEmpty())
+            return named(file.name, failure);
         done += size;
     }
-    for (const OwnedFile &file : m_owned) {
-        if (const QString failure = file.copyTo(folder.filePath(file.name)); !failure.isEmpty())
-            return named(file.name, failure);
-    }
+    const QString failure = copyPlainFiles(folder);
+    return failure.isEmpty() ? describe(folder, copy) : failure;
+}
+
+/// Returns what failed.
+QString RecordCopies::copyPlainFiles(const QDir &folder) const
+{
     for (const QString &name : plainFiles) {
         QFile source(m_records.filePath(name));
         if (source.exists() && !source.copy(folder.filePath(name)))
             return named(name, source.errorString());
     }
-    return describe(folder, copy);
+    return {};
 }
 
 QString RecordCopies::setAsideName(const QDateTime &now) const
@@ -230,33 +226,24 @@ QString RecordCopies::keepAsTheyAre(const QDir &folder, RecordCopy &copy, const 
 {
     if (!folder.exists() || !QFileInfo(folder.path()).isWritable())
         return u"the copies folder can't be written"_s;
-    for (const QString &name : databases) {
-        const QString source = m_records.filePath(name), target = folder.filePath(name);
-        if (!QFileInfo::exists(source))
-            continue;
-        const QString damage = copyDatabase(Database(source), target, progress);
+    for (const OwnedFile &owned : m_owned) {
+        const QString source = m_records.filePath(owned.name), target = folder.filePath(owned.name);
+        const QString damage = owned.copyTo(target, progress);
         if (progress.cancelToken().isCanceled())
             return u"it was canceled"_s;
         if (damage.isEmpty())
             continue;
-        copy.failure = named(name, damage);
+        if (owned.name != logName && owned.name != bookName)
+            return named(owned.name, damage);
+        copy.failure = named(owned.name, damage);
         for (const QString &side : {QString(), u"-journal"_s}) {
             QFile::remove(target + side);
             QFile file(source + side);
             if (file.exists() && !file.copy(target + side))
-                return named(name, file.errorString());
+                return named(owned.name, file.errorString());
         }
     }
-    for (const OwnedFile &file : m_owned) {
-        if (const QString failure = file.copyTo(folder.filePath(file.name)); !failure.isEmpty())
-            return named(file.name, failure);
-    }
-    for (const QString &name : plainFiles) {
-        QFile source(m_records.filePath(name));
-        if (source.exists() && !source.copy(folder.filePath(name)))
-            return named(name, source.errorString());
-    }
-    return {};
+    return copyPlainFiles(folder);
 }
 
 bool RecordCopies::writeManifest(const QDir &folder, const RecordCopy &copy) const
@@ -285,6 +272,22 @@ QList<RecordCopy> RecordCopies::list() const
     }
     std::ranges::sort(copies, std::ranges::greater(), &RecordCopy::madeAt);
     return copies;
+}
+
+/// After a restore, the copies between the restored one and the restore belong to a chain that was given up.
+QList<LogChain::Head> RecordCopies::headsOf(const QList<RecordCopy> &copies)
+{
+    QList<LogChain::Head> heads;
+    std::optional<QDateTime> until;
+    for (const RecordCopy &copy : copies) {
+        if (until && copy.madeAt > *until)
+            continue;
+        if (copy.restored)
+            until = copy.restored;
+        else if (copy.isGood() && copy.headPosition > 0)
+            heads += copy.head();
+    }
+    return heads;
 }
 
 QString RecordCopies::check(const RecordCopy &copy) const

@@ -72,10 +72,10 @@ class RecordCopies {
 public:
     static constexpr int keptDays = 30, keptMonths = 12;
 
-    /// A file that only its owner can copy. Returns why it could not.
+    /// A database that its owner copies, because others write into it meanwhile. Returns why it could not.
     struct OwnedFile {
         QString name;
-        std::function<QString(const QString &path)> copyTo;
+        std::function<QString(const QString &path, const Progress &progress)> copyTo;
     };
 
     /// `records`: the data folder. `copies`: created at the first copy.
@@ -100,6 +100,8 @@ public:
     QString setAsideName(const QDateTime &now) const;
     /// Newest first. A folder without a readable manifest is no copy.
     QList<RecordCopy> list() const;
+    /// Where the chain of the present log passed when these copies, in the order of list(), were made.
+    static QList<LogChain::Head> headsOf(const QList<RecordCopy> &copies);
     /// Compares a copy's files with its manifest, and the databases with SQLite's own check; returns what is wrong.
     QString check(const RecordCopy &copy) const;
 
@@ -113,6 +115,7 @@ private:
     static QString describe(const QDir &folder, RecordCopy &copy);
     QString keepAsTheyAre(const QDir &folder, RecordCopy &copy, const Progress &progress) const;
     QString fill(const QDir &folder, RecordCopy &copy, const Progress &progress) const;
+    QString copyPlainFiles(const QDir &folder) const;
     bool writeManifest(const QDir &folder, const RecordCopy &copy) const;
 
     const QDir m_records;

@@ -14,6 +14,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <utility>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;
@@ -23,6 +24,7 @@ namespace {
 const QString folderName = u"Restoring"_s;
 const QString noteName = u"restore.json"_s; ///< in the folder: all files are complete and are to be moved into place
 const QString lockName = u"restore.lock"_s;
+const QString logName = u"mailing_log.sqlite"_s;
 /// Never replaced: the present journal knows the purchases whose outcome is open.
 const QString journalName = u"purchase_journal.sqlite"_s;
 
@@ -125,23 +127,26 @@ QString RestoreStage::commit(const RestoreNote &note)
     }
     if (moveIntoPlace(m_records))
         return {};
-    if (giveUpUnlessBegun(m_folder))
-        return u"the files could not be moved"_s;
-    return u"the files could not be moved; Parcelory completes this at its next start"_s;
+    m_hasBegun = !giveUpUnlessBegun(m_folder);
+    return u"the files could not be moved"_s;
 }
 
 /// The program goes on with the present log if the copy's could not be moved. A later start must not replace it then:
 /// labels are bought meanwhile. False if the log was moved already.
 bool RestoreStage::giveUpUnlessBegun(const QDir &folder)
 {
-    return folder.exists(u"mailing_log.sqlite"_s) && QFile::remove(folder.filePath(noteName));
+    return folder.exists(logName) && QFile::remove(folder.filePath(noteName));
 }
 
-/// May be repeated after an interruption at any point.
+/// May be repeated after an interruption at any point. The log comes first: as long as it is not moved, no file is, and
+/// the restore can be given up.
 bool RestoreStage::moveIntoPlace(const QDir &records)
 {
     const QDir folder(records.filePath(folderName));
-    for (const QString &name : folder.entryList({u"*.sqlite"_s, u"*.json"_s}, QDir::Files)) {
+    QStringList names = folder.entryList({u"*.sqlite"_s, u"*.json"_s}, QDir::Files);
+    if (names.removeOne(logName))
+        names.prepend(logName);
+    for (const QString &name : std::as_const(names)) {
         if (name == noteName)
             continue;
         const QString target = records.filePath(name);

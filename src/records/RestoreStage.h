@@ -48,8 +48,11 @@ public:
     QString path(const QString &name) const;
     /// Waits until all of it is on the disk.
     QString sync() const;
-    /// Puts the files in place of the present ones, or changes no file. Close the present files first.
+    /// Puts the files in place of the present ones. Close the present files first. If that fails, either no file was
+    /// changed or hasBegun().
     QString commit(const RestoreNote &note);
+    /// commit() failed after the log was moved; the next start completes it.
+    bool hasBegun() const { return m_hasBegun; }
 
     /// At the start of the program, before the records are opened: completes or undoes a restore that was interrupted.
     /// Returns the note of a restore that was completed.
@@ -63,6 +66,7 @@ private:
     const QDir m_folder;
     QLockFile m_lock; ///< keeps a second program from taking the folder for a leftover
     QString m_obstacle;
+    bool m_hasBegun = false;
 };
 
 } // namespace parcelory

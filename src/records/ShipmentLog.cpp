@@ -3,6 +3,7 @@
 #include "core/AppError.h"
 #include "core/PrivateFiles.h"
 #include "core/Progress.h"
+#include "core/SqliteCopy.h"
 #include "records/LogChain.h"
 #include "records/LogExport.h"
 #include "records/LogRead.h"
@@ -53,24 +54,6 @@ QString pathIn(const QDir &folder)
 {
     createPrivateFolder(folder);
     return folder.filePath(u"mailing_log.sqlite"_s);
-}
-
-/// The row of a record that ShipmentLog::find() describes: a list of at most one; nothing if it could not be read.
-std::optional<QList<ShipmentRecord>> rowOf(const Database &db, const ShipmentRecord &record)
-{
-    const QByteArray select = ShipmentLogRows::select;
-    Statement query(db, record.id ? select + " WHERE id = ?"
-                                  : select + " WHERE created_at >= ? AND transaction_id = ? AND transaction_id <> ''" +
-                                        newestFirst + '1');
-    if (!query.isPrepared())
-        return std::nullopt;
-    if (record.id) {
-        query.bind(1, record.id);
-    } else {
-        query.bind(1, ShipmentLogRows::secondsOf(record.createdAt.addDays(-1))); // the clock may have been set back
-        query.bind(2, record.transactionID);
-    }
-    return ShipmentLogRows::allOf(db, query);
 }
 
 } // namespace
@@ -283,7 +266,7 @@ bool ShipmentLog::append(const ShipmentRecord &record, bool unlessThere, bool re
         const std::lock_guard writing(m_writing);
         const Turn turn(*this);
         stored = transact([&](Database &db) {
-            const auto there = unlessThere ? rowOf(db, record) : QList<ShipmentRecord>();
+            const auto there = unlessThere ? ShipmentLogRows::rowOf(db, record) : QList<ShipmentRecord>();
             if (!there || !there->isEmpty())
                 return there.has_value();
             LogChain::Sealer sealer(db);
@@ -342,10 +325,36 @@ bool ShipmentLog::change(const std::function<bool(Database &)> &work)
     return stored;
 }
 
+bool ShipmentLog::changeRow(const ShipmentRecord &label, const std::function<bool(Database &, qint64)> &work)
+{
+    return change([&](Database &db) {
+        const std::optional<qint64> id = ShipmentLogRows::idOf(db, label);
+        return id && (*id == 0 || work(db, *id));
+    });
+}
+
+QString ShipmentLog::copyTo(const QString &path, const Progress &progress) const
+{
+    const std::lock_guard copying(m_copying);
+    const auto inTurn = [this](const std::function<void()> &work) {
+        QElapsedTimer now;
+        now.start();
+        const Turn turn(*this, std::chrono::milliseconds(0), now);
+        work();
+    };
+    QString failure;
+    inTurn([&] {
+        if (!isReady() && !m_db.isOpen())
+            failure = reasonOf(m_db);
+    });
+    return failure.isEmpty() ? copyDatabase(m_db, path, progress, inTurn) : failure;
+}
+
 QString ShipmentLog::replaceFile(const std::function<QString()> &takeLast, const std::function<QString()> &replace)
 {
     QString failure;
     {
+        const std::lock_guard copying(m_copying);
         const std::lock_guard writing(m_writing);
         failure = takeLast();
         if (!failure.isEmpty())
@@ -367,7 +376,7 @@ LogRead<std::optional<ShipmentRecord>> ShipmentLog::find(const ShipmentRecord &r
 {
     using Row = std::optional<ShipmentRecord>;
     return read<Row>([&](const Database &db) -> std::optional<Row> {
-        const std::optional<QList<ShipmentRecord>> found = rowOf(db, record);
+        const std::optional<QList<ShipmentRecord>> found = ShipmentLogRows::rowOf(db, record);
         if (!found)
             return std::nullopt;
         return found->isEmpty() ? Row() : Row(found->first());

@@ -91,9 +91,11 @@ public:
     ImportReport importEndiciaCSV(const QString &path, KnownRows known = KnownRows::import,
                                   const Progress &progress = {});
 
-    /// Gives the rows of an older version their entries in the chain of hashes. Waits for the disk for a long time if
-    /// there are many; others can write meanwhile. False if it was canceled or failed.
-    bool sealOlder(const CancelToken &cancel = {});
+    /// Gives the rows of an older version their entries in the chain of hashes. `known` are heads of the chain that
+    /// were kept elsewhere: rows whose chain was lost are left for verify() to tell, and are not sealed as they are
+    /// now. Waits for the disk for a long time if there are many; others can write meanwhile. False if it was canceled
+    /// or failed.
+    bool sealOlder(const QList<LogChain::Head> &known = {}, const CancelToken &cancel = {});
     /// Gives a log of an older version the index that makes exports fast. Others wait for about a second for 100,000
     /// rows. False if it failed.
     bool indexForExport();
@@ -112,6 +114,9 @@ public:
     bool isEmpty() const;
     QString path() const { return m_path; }
 
+    /// Copies the log into the new file `path`. Others can write meanwhile and wait for one portion of it at most; what
+    /// this program writes is in the copy. Returns why it failed; nothing also if it was canceled.
+    QString copyTo(const QString &path, const Progress &progress = {}) const;
     /// Puts another file in the log's place. No label is stored meanwhile: `takeLast` may read the last rows, then the
     /// file is locked and `replace` replaces it. Both return what failed, for the end of a sentence; after a failure of
     /// `takeLast` the file is unchanged. Reloads the newest rows.
@@ -122,6 +127,9 @@ public:
 
     /// Runs `work`, which writes on the connection, as one transaction; false if it failed and nothing was stored.
     [[nodiscard]] bool change(const std::function<bool(Database &)> &work);
+    /// The same for the row of a label that was read before: the log may have been replaced since, and the label may
+    /// have another id now. Nothing is written if the label is gone.
+    [[nodiscard]] bool changeRow(const ShipmentRecord &label, const std::function<bool(Database &, qint64 id)> &work);
     /// Runs `work`, which reads on the connection and returns nothing if a statement failed. All its statements see the
     /// same state of the file, and only the first one waits for another program.
     template <class T>
@@ -157,6 +165,7 @@ private:
     LogRead<std::optional<QByteArray>> blob(const QByteArray &sql, qint64 id) const;
 
     QString m_path;
+    mutable std::mutex m_copying;    ///< the file is not replaced while it is copied
     mutable std::mutex m_connection; ///< m_db serves one thread at a time: the search index depends on its state
     mutable Database m_db;
     mutable bool m_isReady = false; ///< the file has the table with all columns

@@ -92,6 +92,37 @@ std::optional<QList<ShipmentRecord>> withIds(const Database &db, const std::vect
     return allOf(db, rows);
 }
 
+std::optional<QList<ShipmentRecord>> rowOf(const Database &db, const ShipmentRecord &record)
+{
+    Statement query(db, QByteArray(select) +
+                            (record.id ? " WHERE id = ?"
+                                       : " WHERE created_at >= ? AND transaction_id = ? AND transaction_id <> ''"
+                                         " ORDER BY created_at DESC, id DESC LIMIT 1"));
+    if (!query.isPrepared())
+        return std::nullopt;
+    if (record.id) {
+        query.bind(1, record.id);
+    } else {
+        query.bind(1, secondsOf(record.createdAt.addDays(-1))); // the clock may have been set back
+        query.bind(2, record.transactionID);
+    }
+    return allOf(db, query);
+}
+
+std::optional<qint64> idOf(const Database &db, const ShipmentRecord &label)
+{
+    const auto isLabel = [&label](const ShipmentRecord &row) {
+        return row.transactionID == label.transactionID && row.tracking == label.tracking;
+    };
+    const auto same = rowOf(db, label);
+    if (!same || std::ranges::any_of(*same, isLabel))
+        return same ? std::optional(same->first().id) : std::nullopt;
+    const auto moved = rowOf(db, {.createdAt = label.createdAt, .transactionID = label.transactionID});
+    if (!moved)
+        return std::nullopt;
+    return moved->isEmpty() ? 0 : moved->first().id;
+}
+
 bool hasTable(const Database &db, const char *name)
 {
     Statement query(db, "SELECT 1 FROM sqlite_master WHERE type = 'table' AND name = ?");

@@ -23,6 +23,11 @@ bool append(QList<ShipmentRecord> &records, Statement &query, const Wanted &isWa
 std::optional<QList<ShipmentRecord>> allOf(const Database &db, Statement &query, const Wanted &isWanted = {});
 /// The rows with these ids, in their order, with the noted refunds; nothing if reading failed.
 std::optional<QList<ShipmentRecord>> withIds(const Database &db, const std::vector<qint64> &ids);
+/// The row of a record by its id, or by its transaction for a label that was just bought: a list of at most one row;
+/// nothing if it could not be read.
+std::optional<QList<ShipmentRecord>> rowOf(const Database &db, const ShipmentRecord &record);
+/// The present id of a label whose row was read before the log may have been replaced; 0 if the label is gone.
+std::optional<qint64> idOf(const Database &db, const ShipmentRecord &label);
 /// For the tables that later versions added with their first row.
 bool hasTable(const Database &db, const char *name);
 /// Marks an imported row as dated with the day of its import, because its own date is unknown. It counts for no day.

@@ -13,13 +13,15 @@ constexpr int portion = 200;
 
 } // namespace
 
-bool ShipmentLog::sealOlder(const CancelToken &cancel)
+bool ShipmentLog::sealOlder(const QList<LogChain::Head> &known, const CancelToken &cancel)
 {
     std::optional<qint64> last = 0;
     do {
         const bool stored = change([&](Database &db) {
-            last = LogChain::sealOlder(db, *last, portion);
-            return last.has_value();
+            const std::optional<bool> isKnownChain = LogChain::hasPassed(db, known);
+            if (isKnownChain)
+                last = *isKnownChain ? LogChain::sealOlder(db, *last, portion) : 0;
+            return isKnownChain && last;
         });
         if (!stored || cancel.isCanceled())
             return false;

@@ -1,4 +1,5 @@
 #include "records/LogChain.h"
+#include "records/FetchedLabels.h"
 #include "records/LabelHistory.h"
 #include "support/LogFile.h"
 #include "support/Table.h"
@@ -32,6 +33,7 @@ struct SealedLog : LogFile {
         EXPECT_EQ(log.importEndiciaCSV(path(u"mail.txt"_s)).imported, 1);
         EXPECT_TRUE(log.setRefund(2, RefundState::pending));
         EXPECT_TRUE(LabelHistory(log).setTracked(2, wordOf(TrackingStatus::delivered), QDateTime::currentDateTime()));
+        EXPECT_TRUE(FetchedLabels::put(log, 5, "^XA1^XZ") && FetchedLabels::put(log, 5, "^XA2^XZ"));
         EXPECT_TRUE(log.setRefund(2, RefundState::granted) && log.setStatus(3, u"SHIPPED"_s));
         EXPECT_TRUE(log.storeCustomsPDF(4, "%PDF"));
     }
@@ -70,7 +72,7 @@ TEST(LogChain, NamesTheRowAndThePartThatWasChanged)
 
 TEST(LogChain, FindsRowsAndEntriesThatWereRemovedAddedOrRewritten)
 {
-    const QStringList problems = {u"changed"_s, u"removed"_s, u"added"_s, u"chain"_s};
+    const QStringList problems = {u"changed"_s, u"removed"_s, u"added"_s, u"chain"_s, u"unsealed"_s};
     for (const Json &row : table(u"mailing-log"_s, "damages of a sealed log")) {
         SCOPED_TRACE(row);
         const SealedLog sealed;
@@ -89,6 +91,8 @@ TEST(LogChain, AHeadThatWasKeptElsewhereShowsARewrittenChain)
     const LogChain::Head kept = sealed.head();
     sealed.run("DELETE FROM shipments WHERE id = 6; DROP TABLE log_chain; DELETE FROM sqlite_sequence");
     ShipmentLog rewritten(QDir(sealed.folder.path()));
+    EXPECT_TRUE(rewritten.sealOlder({kept}));
+    EXPECT_EQ(rewritten.verify({kept})->findings.value(0).problem, Problem::unsealed) << "it is not sealed anew";
     EXPECT_TRUE(rewritten.sealOlder() && rewritten.verify()->findings.isEmpty());
     EXPECT_FALSE(rewritten.verify({kept})->findings.isEmpty());
 }

@@ -1,4 +1,5 @@
 #include "records/RecordCopies.h"
+#include "records/LogMerge.h"
 #include "records/PurchaseJournal.h"
 #include "support/LogFile.h"
 
@@ -12,9 +13,12 @@ struct Desk : LogFile {
     ShipmentLog log{QDir(folder.path())};
     PurchaseJournal journal{QDir(folder.path())};
     QDir target{path(u"Copies"_s)};
-    RecordCopies copies{QDir(folder.path()),
-                        target,
-                        {{u"purchase_journal.sqlite"_s, [this](const QString &to) { return journal.copyTo(to); }}}};
+    RecordCopies copies{
+        QDir(folder.path()),
+        target,
+        {{u"mailing_log.sqlite"_s,
+          [this](const QString &to, const Progress &progress) { return log.copyTo(to, progress); }},
+         {u"purchase_journal.sqlite"_s, [this](const QString &to, const Progress &) { return journal.copyTo(to); }}}};
 
     Desk()
     {
@@ -28,6 +32,9 @@ struct Desk : LogFile {
     }
 };
 
+/// 8 MB, four portions of a copy.
+const QByteArray bulk = "CREATE TABLE bulk (bytes BLOB); INSERT INTO bulk VALUES (zeroblob(8000000))";
+
 RecordCopy copyOf(QDate day, CopyReason reason = CopyReason::daily, const QString &failure = {})
 {
     return {.folder = day.toString(Qt::ISODate) + wordOf(reason) + failure,
@@ -39,22 +46,26 @@ RecordCopy copyOf(QDate day, CopyReason reason = CopyReason::daily, const QStrin
 
 } // namespace
 
-TEST(RecordCopies, HoldTheRecordsEvenIfALabelIsBoughtMeanwhile)
+TEST(RecordCopies, HoldTheRecordsAndTheLabelsThatAreBoughtMeanwhile)
 {
     Desk desk;
-    bool isBought = false;
-    const Progress buys({}, [&](qint64, qint64) {
-        if (!std::exchange(isBought, true))
-            EXPECT_TRUE(desk.log.insert(shipmentTo(u"Ann"_s)));
+    desk.run(bulk);
+    int bought = 0;
+    const CancelToken tooMany;
+    const Progress buys(tooMany, [&](qint64, qint64) {
+        EXPECT_TRUE(desk.log.insert(shipmentTo(u"Ann"_s)));
+        if (++bought == 100)
+            tooMany.cancel(); // the copy starts again each time
     });
     const RecordCopy copy = desk.copies.make(CopyReason::byHand, noon, buys);
+    EXPECT_GT(bought, 2);
     EXPECT_EQ(copy.failure, QString());
     EXPECT_EQ(desk.files(copy), QStringList({u"copy.json"_s, u"mailing_log.sqlite"_s, u"purchase_journal.sqlite"_s,
                                              u"sender_profiles.json"_s}));
     ASSERT_EQ(desk.copies.list().size(), 1);
     const RecordCopy listed = desk.copies.list().first();
     EXPECT_EQ(listed.folder, copy.folder);
-    EXPECT_TRUE(listed.labels == 1 || listed.labels == 2);
+    EXPECT_EQ(listed.labels, 1 + bought);
     EXPECT_GT(listed.bytes(), 0);
     EXPECT_TRUE(desk.log.verify({listed.head()})->findings.isEmpty());
     EXPECT_EQ(desk.copies.check(listed), QString());
@@ -68,26 +79,67 @@ TEST(RecordCopies, HoldTheRecordsEvenIfALabelIsBoughtMeanwhile)
 TEST(RecordCopies, AFailedCopySaysWhyAndTakesNoSpace)
 {
     Desk desk;
-    RecordCopies refused(QDir(desk.folder.path()), desk.target,
-                         {{u"purchase_journal.sqlite"_s, [](const QString &) { return u"disk was full"_s; }}});
-    const RecordCopy copy = refused.make(CopyReason::daily, noon);
-    EXPECT_EQ(copy.failure, u"purchase_journal.sqlite: disk was full"_s);
+    desk.run(bulk);
+    Database other(desk.path());
+    const Progress writes({}, [&](qint64, qint64) { other.exec("UPDATE shipments SET status = status || 'x'"); });
+    const RecordCopy copy = desk.copies.make(CopyReason::daily, noon, writes);
+    EXPECT_EQ(copy.failure, u"mailing_log.sqlite: another program writes into it all the time"_s);
     EXPECT_EQ(desk.files(copy), QStringList{u"copy.json"_s});
-    EXPECT_EQ(refused.list().first().failure, copy.failure);
+    EXPECT_EQ(desk.copies.list().first().failure, copy.failure);
 
     desk.put(u"blocked"_s, "a file");
     desk.copies.setFolder(QDir(desk.path(u"blocked"_s)));
     EXPECT_EQ(desk.copies.make(CopyReason::daily, noon).failure, u"The copies folder can't be written"_s);
 
-    desk.put(u"addresses.sqlite"_s, QByteArray(5000, 'x'));
+    RecordCopies damaged(QDir(desk.folder.path()), desk.target,
+                         {{u"addresses.sqlite"_s, [](const QString &to, const Progress &) {
+                               put(to, QByteArray(5000, 'x'));
+                               return QString();
+                           }}});
+    EXPECT_TRUE(damaged.make(CopyReason::daily, noon.addSecs(1)).failure.startsWith(u"addresses.sqlite: "_s));
     desk.copies.setFolder(desk.target);
-    EXPECT_TRUE(desk.copies.make(CopyReason::daily, noon.addSecs(1)).failure.startsWith(u"addresses.sqlite: "_s));
 
     CancelToken canceled;
     canceled.cancel();
     desk.copies.make(CopyReason::byHand, noon.addSecs(2), Progress(canceled));
     EXPECT_EQ(desk.copies.list().size(), 2);
     EXPECT_EQ(desk.target.entryList(QDir::Dirs | QDir::NoDotAndDotDot).size(), 2);
+}
+
+TEST(LogMerge, TakesOverRefundsAlsoOfDeliveredLabelsAndOfLabelsWithAnotherId)
+{
+    struct Case {
+        QStringList later; ///< statuses since the copy; each is an entry of the chain
+        QString refund;    ///< the note beside the last of them
+    };
+    const Case cases[] = {
+        {{u"REFUND_PENDING"_s}, {}},
+        {{u"REFUNDED"_s, u"DELIVERED"_s}, u"REFUNDED"_s},
+        {{u"REFUND_PENDING"_s, u"DELIVERED"_s}, u"REFUND_PENDING"_s},
+    };
+    constexpr int before = 1 + 3; // the chain of a new log is complete, and then three labels
+    for (const Case &row : cases) {
+        SCOPED_TRACE(row.later.join(u' ').toStdString());
+        const LogFile present, copied;
+        ShipmentLog log{QDir(present.folder.path())}, copy{QDir(copied.folder.path())};
+        for (const auto &[at, inCopy] : {std::pair(1, 2), std::pair(2, 1), std::pair(3, 3)}) {
+            ASSERT_TRUE(log.insert({.recipient = u"Jo"_s, .transactionID = transactionId(at)}));
+            ASSERT_TRUE(copy.insert({.recipient = u"Jo"_s, .transactionID = transactionId(inCopy)}));
+        }
+        for (const QString &status : row.later)
+            ASSERT_TRUE(log.setStatus(1, status) && log.setStatus(3, status));
+        for (int time = 0; time < 2; ++time) { // the last labels are merged after the first ones
+            Database db(copied.path());
+            EXPECT_EQ(LogMerge::bringBack(db, present.path(), {}).failure, QString());
+        }
+        for (const qint64 id : {2, 3}) {
+            EXPECT_EQ(copy.find({.id = id})->value().status, row.later.last());
+            EXPECT_EQ(copy.find({.id = id})->value().refund, row.refund);
+        }
+        EXPECT_EQ(copy.find({.id = 1})->value().status, log.find({.id = 2})->value().status);
+        EXPECT_EQ(copied.ask("SELECT count(*) FROM log_chain").value(0).toInt(), before + 2 * row.later.size());
+        EXPECT_TRUE(copy.verify()->findings.isEmpty());
+    }
 }
 
 TEST(RecordCopies, KeepThirtyDaysAndTwelveMonths)

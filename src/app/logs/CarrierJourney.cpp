@@ -34,16 +34,21 @@ Journey journeyOf(const ShippoTrackStatus &answer, const std::optional<Journey> 
     return journey;
 }
 
-bool storeJourney(AppState &app, qint64 shipment, const ShippoTrackStatus &answer, const QDateTime &now)
+bool storeJourney(AppState &app, const ShipmentRecord &label, const ShippoTrackStatus &answer, const QDateTime &now)
 {
-    const LogRead<std::optional<Journey>> former = Journeys::of(app.log, shipment);
-    if (!former.isRead() || !Journeys::put(app.log, shipment, journeyOf(answer, *former, now)))
-        return false;
     const QString told = answer.trackingStatus.value_or(ShippoTrackStatus::TrackingStatus()).status.value_or(QString());
     const QString word = told.isEmpty() ? wordOf(TrackingStatus::unknown) : told;
     const TrackingStatus status = trackingStatusFrom(word);
-    const bool isNew = !*former || ((*former)->status != status && status != TrackingStatus::unknown);
-    return !isNew || app.labelHistory.setTracked(shipment, word, now);
+    return app.log.changeRow(label, [&](Database &db, qint64 id) {
+        const auto journeys = Journeys::between(db, id, id);
+        if (!journeys)
+            return false;
+        const auto found = journeys->constFind(id);
+        const auto former = found == journeys->cend() ? std::optional<Journey>() : *found;
+        const bool isNew = !former || (former->status != status && status != TrackingStatus::unknown);
+        return Journeys::put(db, id, journeyOf(answer, former, now)) &&
+               (!isNew || LabelHistory::putTracked(db, id, word, now));
+    });
 }
 
 } // namespace parcelory

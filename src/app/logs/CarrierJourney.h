@@ -13,8 +13,8 @@ QString carrierToken(const ShipmentRecord &record);
 /// number that the carrier has removed, leaves the journey as it was.
 Journey journeyOf(const ShippoTrackStatus &answer, const std::optional<Journey> &former, const QDateTime &now);
 
-/// Stores the carrier's answer about a row of the log; an answer that tells nothing replaces no status. Call on the
-/// thread pool; false if it could not be stored.
-bool storeJourney(AppState &app, qint64 shipment, const ShippoTrackStatus &answer, const QDateTime &now);
+/// Stores the carrier's answer about a label, unless the log has lost it since; an answer that tells nothing replaces
+/// no status. Call on the thread pool; false if it could not be stored.
+bool storeJourney(AppState &app, const ShipmentRecord &label, const ShippoTrackStatus &answer, const QDateTime &now);
 
 } // namespace parcelory

@@ -237,8 +237,9 @@ Task<> MailingLogScreen::checkStatus(ShipmentRecord record)
         const QString word = status.status.value_or(wordOf(TrackingStatus::unknown));
         const QString text = joinPresent({word, status.statusDetails.value_or(QString())}, u": "_s);
         say(text);
-        const QString unwritten = co_await write([id = record.id, track, now = m_app.platform.clock.now()](
-                                                     AppState &app) { return storeJourney(app, id, track, now); });
+        const QString unwritten = co_await write([record, track, now = m_app.platform.clock.now()](AppState &app) {
+            return storeJourney(app, record, track, now);
+        });
         if (!unwritten.isEmpty()) {
             m_app.errors.record(u"Check Status"_s, AppError(text + u". "_s + unwritten), Popup::no);
             say(text + u". "_s + unwritten, true);

@@ -69,6 +69,8 @@ QString sentenceOf(const LogChain::Finding &finding)
         return finding.shipment
                    ? u"%1: the seal was changed, or the seal before it was removed."_s.arg(labelOf(finding))
                    : u"The latest rows were removed together with their seals."_s;
+    case LogChain::Problem::unsealed:
+        return u"The seals of all rows were removed."_s;
     }
     return {};
 }

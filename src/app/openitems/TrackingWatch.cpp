@@ -38,12 +38,7 @@ TrackingWatch::TrackingWatch(AppState &app, KeysScreen &keys) : m_app(app), m_ke
 {
     buildOn(keys);
     isOn = read(app.platform.preferences, settings::asksForTracking);
-    const auto again = [this] {
-        ++m_changes;
-        m_isRefused = false;
-        m_isPlanned = false;
-        wake(0ms);
-    };
+    const auto again = [this] { planAgain(); };
     m_watches.push_back(isOn.addNotifier([this, again] {
         write(m_app.platform.preferences, settings::asksForTracking, isOn.value());
         again();
@@ -89,6 +84,14 @@ void TrackingWatch::stop()
 {
     m_isStarted = false;
     m_app.platform.clock.cancel(m_timer);
+}
+
+void TrackingWatch::planAgain()
+{
+    ++m_changes;
+    m_isRefused = false;
+    m_isPlanned = false;
+    wake(0ms);
 }
 
 void TrackingWatch::wake(Clock::Duration delay)
@@ -187,7 +190,7 @@ Task<TrackingWatch::Outcome> TrackingWatch::ask(OpenFacts label)
     const QDateTime now = m_app.platform.clock.now();
     const Journey journey = journeyOf(answer, label.journey, now);
     const bool isStored = co_await onPool(
-        [&app = m_app, id = label.label.id, answer, now] { return storeJourney(app, id, answer, now); });
+        [&app = m_app, label = label.label, answer, now] { return storeJourney(app, label, answer, now); });
     if (!isStored)
         co_return Outcome::unreachable; // a log that cannot be written makes asking useless
     const bool isNew = !label.journey || label.journey->status != journey.status ||

@@ -33,6 +33,8 @@ public:
 
     /// Reads the log and asks. From then on it goes on by itself.
     Task<> start();
+    /// Reads the log again before the next question: its labels have changed.
+    void planAgain();
     /// Asks no further question.
     void stop();
     /// A question is on its way.

@@ -1,12 +1,21 @@
 #include "app/records/CopyRecords.h"
 
 #include "core/AppError.h"
+#include "core/Platform.h"
+#include "core/SettingsKeys.h"
 #include "core/ports/Clock.h"
+#include "core/ports/Preferences.h"
 #include "core/ports/Prompts.h"
 #include "shell/ErrorLog.h"
 
 namespace parcelory {
 using namespace Qt::StringLiterals;
+
+QDir copiesFolder(const Platform &platform)
+{
+    const QString chosen = read(platform.preferences, settings::copiesFolder);
+    return chosen.isEmpty() ? QDir(platform.dataFolder.filePath(u"Copies"_s)) : QDir(chosen);
+}
 
 Task<QString> copyRecords(AppState &app, CopyReason reason, CancelToken cancel)
 {

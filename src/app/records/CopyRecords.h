@@ -5,7 +5,12 @@
 #include "core/Task.h"
 #include "records/RecordCopies.h"
 
+#include <QDir>
+
 namespace parcelory {
+
+/// Where the copies of the records are kept.
+QDir copiesFolder(const Platform &platform);
 
 /// Copies the records and checks the copy. Returns why it failed, as a sentence; empty on success.
 Task<QString> copyRecords(AppState &app, CopyReason reason, CancelToken cancel = {});

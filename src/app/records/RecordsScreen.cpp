@@ -99,11 +99,13 @@ Task<> RecordsScreen::openRestore()
     co_await restore.open(*copy);
 }
 
-void RecordsScreen::takeRestore(const QString &failure, const RestoreNote &note)
+void RecordsScreen::takeRestore(const RestoreOutcome &outcome)
 {
-    message = failure;
-    if (failure.isEmpty()) {
-        restored = RestoreTexts::outcomeOf(note);
+    using State = RestoreOutcome::State;
+    message = outcome.failure;
+    if (outcome.state == State::restored)
+        restored = RestoreTexts::outcomeOf(outcome.note);
+    if (outcome.state != State::unchanged) {
         report = std::nullopt; // it was about the former log
         verifyFailure = QString();
         emit recordsReplaced();
@@ -142,23 +144,6 @@ Task<bool> RecordsScreen::offerIfDamaged()
     co_return true;
 }
 
-/// Where the chain of the present log passed when the copies were made. After a restore, the copies between the
-/// restored one and the restore belong to a chain that was given up.
-QList<LogChain::Head> RecordsScreen::knownHeads() const
-{
-    QList<LogChain::Head> heads;
-    std::optional<QDateTime> until;
-    for (const RecordCopy &copy : copies.value()) { // the newest first
-        if (until && copy.madeAt > *until)
-            continue;
-        if (copy.restored)
-            until = copy.restored;
-        else if (copy.isGood() && copy.headPosition > 0)
-            heads += copy.head();
-    }
-    return heads;
-}
-
 QString RecordsScreen::ageText() const
 {
     const std::optional<RecordCopy> last = lastGood();
@@ -185,7 +170,9 @@ bool RecordsScreen::isLate() const
 Task<> RecordsScreen::start()
 {
     co_await list();
-    co_await onPool([&log = m_app.log, cancel = m_cancel] { return log.sealOlder(cancel) && log.indexForExport(); });
+    co_await onPool([&log = m_app.log, known = RecordCopies::headsOf(copies), cancel = m_cancel] {
+        return log.sealOlder(known, cancel) && log.indexForExport();
+    });
     connect(&m_app.log, &ShipmentLog::recordsChanged, this, [this] { spawn([this] { return copyDaily(); }); });
     co_await copyDaily();
 }
@@ -269,14 +256,14 @@ Task<> RecordsScreen::verify()
     m_verifying = {};
     verified = 0;
     verifyFailure = QString();
-    const QList<LogChain::Head> known = knownHeads();
+    const QList<LogChain::Head> known = RecordCopies::headsOf(copies);
     const Progress progress(m_verifying, [this](qint64 count, qint64 total) {
         const double share = total ? double(count) / double(total) : 0;
         QMetaObject::invokeMethod(this, [this, share] { verified = share; }, Qt::QueuedConnection);
     });
     const auto found = co_await onPool([&log = m_app.log, known, progress] {
-        return log.sealOlder(progress.cancelToken()) ? log.verify(known, progress)
-                                                     : LogRead<LogChain::Report>::failed(log.lastError());
+        return log.sealOlder(known, progress.cancelToken()) ? log.verify(known, progress)
+                                                            : LogRead<LogChain::Report>::failed(log.lastError());
     });
     if (m_verifying.isCanceled())
         co_return;

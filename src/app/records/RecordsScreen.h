@@ -76,8 +76,7 @@ signals:
     void recordsReplaced();
 
 private:
-    QList<LogChain::Head> knownHeads() const;
-    void takeRestore(const QString &failure, const RestoreNote &note);
+    void takeRestore(const RestoreOutcome &outcome);
     Task<> copyDaily();
     Task<> list();
 

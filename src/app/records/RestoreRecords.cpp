@@ -13,7 +13,7 @@ namespace {
 
 const QString logName = u"mailing_log.sqlite"_s;
 
-/// One restore, step by step. Each step returns what failed, for the end of a sentence.
+/// One restore, step by step. Each step returns what failed, for the middle of a sentence.
 class Restore {
 public:
     Restore(AppState &app, const RestoreReview &review, const QDateTime &now, const Progress &progress)
@@ -22,7 +22,26 @@ public:
     {
     }
 
-    QString run()
+    RestoreOutcome run()
+    {
+        using State = RestoreOutcome::State;
+        const QString failure = replaceAll();
+        if (failure.isEmpty())
+            return {.state = State::restored, .failure = {}, .note = m_note};
+        if (m_stage.hasBegun())
+            return {
+                .state = State::begun,
+                .failure =
+                    u"The copy is not restored completely — %1. Start Parcelory again: it then completes this."_s.arg(
+                        failure),
+                .note = m_note};
+        m_app.copies.discard(m_aside);
+        return {.failure = u"The copy was not restored — %1. Nothing was changed."_s.arg(failure)};
+    }
+
+private:
+    /// Returns what failed.
+    QString replaceAll()
     {
         if (const QString failure = own(); !failure.isEmpty())
             return failure;
@@ -40,9 +59,7 @@ public:
             [this] { return takeLast(); },
             [this] { return m_app.addressBook.replaceFile([this] { return m_stage.commit(m_note); }); });
     }
-    const RestoreNote &note() const { return m_note; }
 
-private:
     /// A second Parcelory has no journal, and must not replace what the first one uses.
     QString own()
     {
@@ -65,11 +82,10 @@ private:
         if (!failure.isEmpty())
             useless.cancel();
         const RecordCopies::SetAside aside = setAside.result();
-        if (!failure.isEmpty())
-            m_app.copies.discard(aside.copy);
-        else if (!aside.failure.isEmpty())
-            return u"the present records could not be set aside: "_s + aside.failure;
-        return failure;
+        m_aside = aside.copy;
+        return failure.isEmpty() && !aside.failure.isEmpty()
+                   ? u"the present records could not be set aside: "_s + aside.failure
+                   : failure;
     }
 
     QString bringBack()
@@ -142,6 +158,7 @@ private:
     const Progress &m_progress;
     RestoreStage m_stage;
     const QDir m_copy;
+    RecordCopy m_aside;
     RestoreNote m_note;
 };
 
@@ -150,11 +167,7 @@ private:
 RestoreOutcome restoreRecords(AppState &app, const RestoreReview &review, const QDateTime &now,
                               const Progress &progress)
 {
-    Restore restore(app, review, now, progress);
-    const QString failure = restore.run();
-    return {.failure =
-                failure.isEmpty() ? QString() : u"The copy was not restored — %1. Nothing was changed."_s.arg(failure),
-            .note = restore.note()};
+    return Restore(app, review, now, progress).run();
 }
 
 } // namespace parcelory

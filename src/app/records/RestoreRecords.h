@@ -9,8 +9,14 @@
 namespace parcelory {
 
 struct RestoreOutcome {
-    QString failure; ///< why nothing was changed, as a sentence; empty on success
-    RestoreNote note;
+    enum class State {
+        unchanged, ///< nothing was replaced
+        begun,     ///< the log is replaced; the next start replaces the other files
+        restored,
+    };
+    State state = State::unchanged;
+    QString failure; ///< as a sentence; empty if restored
+    RestoreNote note = {};
 };
 
 /// Puts a copy in place of the present records, with the labels bought since: sets the present records aside, prepares

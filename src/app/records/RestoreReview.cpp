@@ -17,20 +17,35 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// How many profiles a JSON store holds; 0 if it cannot be read.
-int profilesIn(const QString &path)
+/// The profiles of a JSON store; nothing if it cannot be read.
+std::optional<Json> profilesIn(const QString &path)
 {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
-        return 0;
+        return std::nullopt;
     try {
-        const Json store = parseJson(file.readAll());
-        if (store.is_array())
-            return int(store.size());
-        return store.is_object() && store.contains("profiles") ? int(store["profiles"].size()) : 0;
+        Json store = parseJson(file.readAll());
+        if (store.is_object() && store.contains("profiles"))
+            store = Json(store["profiles"]);
+        return store.is_array() ? std::optional(store) : std::nullopt;
     } catch (const DecodeError &) {
-        return 0;
+        return std::nullopt;
     }
+}
+
+struct Profiles {
+    int kept = 0;    ///< in the copy
+    int changed = 0; ///< the copy lacks them as they are now
+};
+
+Profiles compareProfiles(const AppState &app, const QDir &copy, const QString &name)
+{
+    const std::optional<Json> kept = profilesIn(copy.filePath(name));
+    if (!kept) // the present file stays
+        return {};
+    const Json present = profilesIn(app.platform.dataFolder.filePath(name)).value_or(Json::array());
+    const auto isChanged = [&kept](const Json &profile) { return std::ranges::find(*kept, profile) == kept->end(); };
+    return {.kept = int(kept->size()), .changed = int(std::ranges::count_if(present, isChanged))};
 }
 
 ShipmentRecord recordOf(const MasterEntry &entry)
@@ -60,7 +75,7 @@ ShipmentRecord recordOf(const MasterEntry &entry)
 
 } // namespace
 
-RestoreReview reviewOf(const AppState &app, const RecordCopy &copy, const QDateTime &now)
+RestoreReview reviewOf(AppState &app, const RecordCopy &copy, const QDateTime &now)
 {
     RestoreReview review{.copy = copy, .setAside = app.copies.setAsideName(now)};
     const QDir folder(app.copies.folder().filePath(copy.folder));
@@ -73,10 +88,16 @@ RestoreReview reviewOf(const AppState &app, const RecordCopy &copy, const QDateT
     }
     if (!folder.exists())
         review.unreadable = u"The copy is gone."_s;
-    review.boxes = profilesIn(folder.filePath(u"box_profiles.json"_s));
-    review.profiles = profilesIn(folder.filePath(u"sender_profiles.json"_s));
+    app.senders.flush();
+    app.boxes.flush();
+    const Profiles boxes = compareProfiles(app, folder, u"box_profiles.json"_s);
+    const Profiles senders = compareProfiles(app, folder, u"sender_profiles.json"_s);
+    review.boxes = boxes.kept;
+    review.changedBoxes = boxes.changed;
+    review.profiles = senders.kept;
+    review.changedProfiles = senders.changed;
     review.added = LogMerge::addedSince(app.log.path(), review.held);
-    review.addedAddresses = LocalAddressStore::addedSince(app.addressBook.path(), book);
+    review.addresses = LocalAddressStore::changedSince(app.addressBook.path(), book);
     return review;
 }
 

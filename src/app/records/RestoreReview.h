@@ -20,11 +20,13 @@ struct RestoreReview {
     LogMerge::Held held; ///< by the copy's log
     int boxes = 0, profiles = 0;
 
-    LogMerge::Added added;  ///< to the present log since
-    int addedAddresses = 0; ///< to the address book since
-    QString unreadable;     ///< why the copy cannot be restored; otherwise empty
+    LogMerge::Added added;                     ///< to the present log since
+    LocalAddressStore::Difference addresses;   ///< of the address book since
+    int changedBoxes = 0, changedProfiles = 0; ///< also those that were added since
+    QString unreadable;                        ///< why the copy cannot be restored; otherwise empty
     Account account = Account::notAsked;
     QList<ShipmentRecord> fromAccount; ///< labels that neither log knows
+    bool isAccountCut = false;         ///< older labels of the account were not listed
 
     /// False if the present log is damaged, so that it may have held more labels.
     bool isLogWhole() const { return added.damage.isEmpty(); }
@@ -32,7 +34,7 @@ struct RestoreReview {
 };
 
 /// Reads the copy and the present records; waits for the disk.
-RestoreReview reviewOf(const AppState &app, const RecordCopy &copy, const QDateTime &now);
+RestoreReview reviewOf(AppState &app, const RecordCopy &copy, const QDateTime &now);
 
 /// Of the account's labels, those that were bought at one of these offices (ZIP codes) and that neither log knows.
 QList<ShipmentRecord> unknownLabels(const QList<MasterEntry> &account, const RestoreReview &review,

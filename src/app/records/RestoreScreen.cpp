@@ -1,6 +1,5 @@
 #include "app/records/RestoreScreen.h"
 
-#include "app/records/RestoreRecords.h"
 #include "carrier/PagedList.h"
 #include "core/AppError.h"
 #include "core/StaleCheck.h"
@@ -70,6 +69,7 @@ Task<> RestoreScreen::askAccount(RestoreReview seen)
         RestoreReview known = review;
         known.account = account;
         known.fromAccount = labels;
+        known.isAccountCut = account == RestoreReview::Account::answered && listing->isCut;
         review = known;
     };
     seen.account = RestoreReview::Account::asking;
@@ -121,12 +121,15 @@ Task<> RestoreScreen::restore()
 {
     if (!canRestore())
         co_return;
-    RestoreOutcome outcome{.failure = obstacle(), .note = {}};
+    RestoreOutcome outcome{.failure = obstacle()};
+    const auto done = qScopeGuard([this] { running = false; });
     if (outcome.failure.isEmpty()) {
         running = true;
-        const auto done = qScopeGuard([this] { running = false; });
         progress = 0;
         co_await fetchLabels();
+        outcome.failure = obstacle(); // the files may have taken a while
+    }
+    if (outcome.failure.isEmpty()) {
         const Progress steps({}, [this](qint64 done, qint64 total) {
             const double share = total ? double(done) / double(total) : 0;
             QMetaObject::invokeMethod(this, [this, share] { progress = share; }, Qt::QueuedConnection);
@@ -135,7 +138,7 @@ Task<> RestoreScreen::restore()
             return restoreRecords(app, seen, now, steps);
         });
     }
-    if (outcome.failure.isEmpty()) {
+    if (outcome.state == RestoreOutcome::State::restored) {
         co_await onPool([&app = m_app] {
             app.senders.reload();
             app.boxes.reload();
@@ -147,7 +150,7 @@ Task<> RestoreScreen::restore()
     }
     running = false;
     close();
-    emit finished(outcome.failure, outcome.note);
+    emit finished(outcome);
 }
 
 } // namespace parcelory

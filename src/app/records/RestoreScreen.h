@@ -1,10 +1,10 @@
 #pragma once
 
+#include "app/records/RestoreRecords.h"
 #include "app/records/RestoreReview.h"
 #include "core/Observable.h"
 #include "core/Task.h"
 #include "core/ports/Clock.h"
-#include "records/RestoreStage.h"
 
 #include <functional>
 
@@ -38,8 +38,8 @@ public:
 signals:
     /// A question is to be shown.
     void opened();
-    /// The question is answered: the records are replaced, or `failure` says why not.
-    void finished(const QString &failure, const RestoreNote &note);
+    /// The question is answered.
+    void finished(const RestoreOutcome &outcome);
 
 private:
     Task<> askAccount(RestoreReview seen);

@@ -31,14 +31,24 @@ QString addresses(qint64 count)
     return counted(count, u"address"_s, u"addresses"_s);
 }
 
+QString boxes(qint64 count)
+{
+    return counted(count, u"box"_s, u"boxes"_s);
+}
+
+QString profiles(qint64 count)
+{
+    return counted(count, u"sender profile"_s, u"sender profiles"_s);
+}
+
 Group holds(const RestoreReview &review)
 {
     const QString last = review.held.last.isValid() ? u", the last of "_s + dateTimeText(review.held.last) : QString();
     return {.kind = GroupKind::holds,
             .title = u"This copy holds"_s,
             .head = labels(review.copy.labels) + last,
-            .lines = {addresses(review.copy.addresses) + u", "_s + counted(review.boxes, u"box"_s, u"boxes"_s) +
-                      u", "_s + counted(review.profiles, u"sender profile"_s, u"sender profiles"_s)}};
+            .lines = {addresses(review.copy.addresses) + u", "_s + boxes(review.boxes) + u", "_s +
+                      profiles(review.profiles)}};
 }
 
 Group lost(const RestoreReview &review)
@@ -56,8 +66,14 @@ Group lost(const RestoreReview &review)
         parts += u"The mailing log is damaged — it may have held more labels."_s;
     if (review.added.imported > 0)
         parts += counted(review.added.imported, u"imported shipment"_s, u"imported shipments"_s) + u" added since"_s;
-    if (review.addedAddresses > 0)
-        parts += addresses(review.addedAddresses) + u" added since"_s;
+    if (review.addresses.added > 0)
+        parts += addresses(review.addresses.added) + u" added since"_s;
+    if (review.addresses.changed > 0)
+        parts += addresses(review.addresses.changed) + u" changed since"_s;
+    if (review.changedBoxes > 0)
+        parts += boxes(review.changedBoxes) + u" added or changed since"_s;
+    if (review.changedProfiles > 0)
+        parts += profiles(review.changedProfiles) + u" added or changed since"_s;
     group.head = parts.isEmpty() ? u"Nothing — no label and no address was added since."_s : parts.takeFirst();
     group.lines = parts;
     return group;
@@ -95,10 +111,21 @@ Group staysLost(const RestoreReview &review)
     QStringList parts;
     if (!review.isLogWhole())
         parts += u"labels that the account does not know"_s;
+    if (review.isAccountCut)
+        parts += u"older labels that the account did not list"_s;
     if (review.added.imported > 0)
         parts += u"the "_s + counted(review.added.imported, u"imported shipment"_s, u"imported shipments"_s);
-    if (review.addedAddresses > 0)
-        parts += u"the "_s + addresses(review.addedAddresses);
+    if (review.addresses.added > 0)
+        parts += u"the "_s + addresses(review.addresses.added);
+    QStringList changes;
+    if (review.addresses.changed > 0)
+        changes += addresses(review.addresses.changed);
+    if (review.changedBoxes > 0)
+        changes += boxes(review.changedBoxes);
+    if (review.changedProfiles > 0)
+        changes += profiles(review.changedProfiles);
+    if (!changes.isEmpty())
+        parts += u"the changes to "_s + changes.join(u", "_s);
     group.head = parts.join(u", and "_s);
     if (!group.head.isEmpty())
         group.head[0] = group.head[0].toUpper();

@@ -163,6 +163,41 @@ TEST_F(AfterSaleTest, TheRefundOfADeliveredParcelIsKeptAndAskedFor)
     EXPECT_FALSE(MailingLogScreen::isRefundable(row()));
 }
 
+TEST_F(AfterSaleTest, AnAnswerGoesToItsLabelEvenIfARestoreGivesItAnotherId)
+{
+    const ShipmentRecord ana = labelOf(u"Ana"_s, u"REFUND_PENDING"_s, 1);
+    std::ignore = labelOf(u"Ben"_s, u"PRINTED"_s, 2);
+    struct Case {
+        QByteArray path, answer;
+        std::function<Task<>()> work;
+        QString status;
+    };
+    const Case cases[] = {
+        {"transactions", R"({"object_id": "t", "status": "REFUNDED"})", [this] { return app->syncRefundStatuses(); },
+         u"REFUNDED"_s},
+        {"tracks/", R"({"tracking_status": {"status": "DELIVERED"}})", [&] { return log.checkStatus(ana); },
+         u"DELIVERED"_s},
+    };
+    for (const Case &row : cases) {
+        carrier.clearRequests();
+        carrier.setScenario(
+            {.holdsAnswers = true, .failNext = CarrierFailure{row.path, 200, "application/json", row.answer, 1, ""}});
+        bool isDone = false;
+        spawn([&]() -> Task<> {
+            co_await row.work();
+            isDone = true;
+        });
+        runUntil([this] { return !carrier.requests().isEmpty(); });
+        Database file(app->log.path());
+        ASSERT_TRUE(file.exec("UPDATE shipments SET id = -id; UPDATE shipments SET id = id + 3"));
+        carrier.setScenario({});
+        runUntil([&] { return isDone; });
+        Statement statuses(file, "SELECT status FROM shipments ORDER BY recipient");
+        EXPECT_TRUE(statuses.step() && statuses.text(0) == row.status) << statuses.text(0).toStdString();
+        EXPECT_TRUE(statuses.step() && statuses.text(0) == u"PRINTED");
+    }
+}
+
 TEST_F(AfterSaleTest, TheOutcomeOfAPendingRefundIsRecorded)
 {
     const ShipmentRecord record = labelOf(u"Ana"_s, u"REFUND_PENDING"_s);

@@ -99,7 +99,7 @@ TEST(KilledWithTheRecords, AtAnyPointTheNextStartFindsTheOldOrTheNewOnes)
 {
     const int asked = qEnvironmentVariableIntValue("PARCELORY_KILL_ROUNDS"), rounds = qMax(1, asked);
     Records records;
-    for (const QString &work : {u"restore"_s, u"copy"_s, u"import"_s}) {
+    for (const QString &work : {u"restore"_s, u"copy"_s, u"update"_s, u"import"_s}) {
         const int steps = records.die(work, 0).split(' ').first().toInt();
         records.takeOver(work);
         EXPECT_GT(steps, work == u"import" ? 3 : 15);

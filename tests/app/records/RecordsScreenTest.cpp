@@ -116,8 +116,10 @@ TEST_F(RecordsScreenTest, VerifiesTheLogAgainstTheChainAndTheCopies)
     Database(platform.dataFolder.filePath(u"mailing_log.sqlite"_s))
         .exec("UPDATE shipments SET tracking = '1'; DROP TABLE log_chain; DELETE FROM sqlite_sequence"
               " WHERE name = 'log_chain'");
+    finish(records.start());
     finish(records.verify());
-    EXPECT_FALSE(records.report.value()->findings.isEmpty()) << "the copy knows the former chain";
+    ASSERT_FALSE(records.report.value()->findings.isEmpty()) << "the copy knows the former chain";
+    EXPECT_EQ(records.report.value()->findings.first().problem, LogChain::Problem::unsealed);
 }
 
 } // namespace parcelory::test

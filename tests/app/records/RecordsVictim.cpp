@@ -84,8 +84,8 @@ int main(int argc, char **argv)
     QString failure;
     if (work == u"restore")
         failure = restoreRecords(app, review, now, {}).failure;
-    else if (work == u"copy")
-        failure = app.copies.make(CopyReason::byHand, now).failure;
+    else if (work == u"copy" || work == u"update")
+        failure = app.copies.make(work == u"copy" ? CopyReason::byHand : CopyReason::beforeUpdate, now).failure;
     else
         app.log.importEndiciaCSV(QDir(arguments.at(1)).filePath(u"import.txt"_s));
     const int steps = stepsTaken.exchange(-1);

@@ -1,5 +1,6 @@
 #include "app/label/LabelScreen.h"
 #include "app/records/RecordsScreen.h"
+#include "app/records/RestoreTexts.h"
 #include "support/FaultyDisk.h"
 #include "support/LabelDesk.h"
 #include "support/LogFile.h"
@@ -89,7 +90,8 @@ protected:
 TEST_F(RestoreTest, BringsBackTheLabelsBoughtSinceAndSetsThePresentRecordsAside)
 {
     buyLabel();
-    EXPECT_TRUE(app->addressBook.upsert({.name = u"Ann"_s}));
+    PostalContact ann{.name = u"Ann"_s};
+    EXPECT_TRUE(app->addressBook.upsert(ann));
     app->boxes.profiles = QList{BoxProfile{.name = u"Carton"_s}};
     app->boxes.flush();
     copy();
@@ -98,15 +100,25 @@ TEST_F(RestoreTest, BringsBackTheLabelsBoughtSinceAndSetsThePresentRecordsAside)
     EXPECT_TRUE(app->log.setStatus(1, u"REFUND_PENDING"_s));
     EXPECT_TRUE(app->log.insert(shipmentTo(u"Imported"_s)));
     EXPECT_TRUE(app->addressBook.upsert({.name = u"Bea"_s}));
-    app->boxes.profiles = QList<BoxProfile>();
+    ann.city = u"Bend"_s;
+    EXPECT_TRUE(app->addressBook.upsert(ann));
+    app->boxes.profiles = QList{BoxProfile{.name = u"Tube"_s}, BoxProfile{.name = u"Crate"_s}};
+    std::ignore = app->senders.add();
     const qint64 open = app->journal.begin({.askedAt = clock.now(), .rateId = u"open"_s});
 
+    carrier.setScenario({.endlessNext = true});
     openRestore();
+    carrier.setScenario({});
     const RestoreReview review = records->restore.review;
     EXPECT_EQ(review.added.labels.size(), 2);
     EXPECT_EQ(review.added.imported, 1);
-    EXPECT_EQ(review.addedAddresses, 1);
     EXPECT_EQ(review.boxes, 1);
+    const QList<RestoreTexts::Group> groups = RestoreTexts::groupsOf(review);
+    EXPECT_EQ(groups.value(1).lines, QStringList({u"1 imported shipment added since"_s, u"1 address added since"_s,
+                                                  u"1 address changed since"_s, u"2 boxes added or changed since"_s,
+                                                  u"1 sender profile added or changed since"_s}));
+    EXPECT_EQ(groups.value(3).head, u"Older labels that the account did not list, and the 1 imported shipment, and the "
+                                    "1 address, and the changes to 1 address, 2 boxes, 1 sender profile"_s);
     EXPECT_EQ(review.account, RestoreReview::Account::answered);
     EXPECT_TRUE(review.fromAccount.isEmpty()) << "both logs know the account's labels";
     restore();
@@ -262,6 +274,39 @@ TEST_F(RestoreTest, AFailedReadOfTheJournalEndsTheRestore)
         told.contains(u"The copy was not restored — the purchase journal can't be read. Nothing was changed."_s))
         << told.join(u'\n').toStdString();
     EXPECT_EQ(told.last(), QString());
+}
+
+TEST_F(RestoreTest, FilesThatCannotBeMovedAreLeftOrMovedAtTheNextStart)
+{
+    struct Case {
+        QString blocked, told;
+        bool isBegun;
+    };
+    const Case cases[] = {
+        {u"mailing_log.sqlite-shm"_s,
+         u"The copy was not restored — the files could not be moved. Nothing was changed."_s, false},
+        {u"addresses.sqlite-shm"_s,
+         u"The copy is not restored completely — the files could not be moved. Start Parcelory again: it then completes this."_s,
+         true},
+    };
+    buyLabel();
+    copy();
+    ASSERT_TRUE(app->addressBook.upsert({.name = u"Ann"_s}));
+    for (const Case &row : cases) {
+        SCOPED_TRACE(row.blocked.toStdString());
+        ASSERT_TRUE(platform.dataFolder.mkdir(row.blocked));
+        openRestore();
+        restore();
+        EXPECT_EQ(records->message.value(), row.told);
+        EXPECT_EQ(app->addressBook.rows().size(), 1) << "the log is moved first";
+        EXPECT_EQ(QDir(app->copies.folder()).entryList({u"Before Restore*"_s}).size(), row.isBegun);
+        ASSERT_TRUE(platform.dataFolder.rmdir(row.blocked));
+        expectAllBack();
+        restartWith([](QFile &) {});
+        EXPECT_EQ(app->addressBook.rows().size(), row.isBegun ? 0 : 1);
+        EXPECT_FALSE(runTask(records->offerIfDamaged()));
+        records->selected = records->lastGood()->folder;
+    }
 }
 
 TEST_F(RestoreTest, AnAccountThatDoesNotAnswerHoldsUpNothing)
