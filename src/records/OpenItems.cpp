@@ -22,6 +22,7 @@ constexpr Word<OpenReason> reasonWords[] = {
     {OpenReason::refundUndecided, u"REFUND_UNDECIDED"},
     {OpenReason::refundUrgent, u"REFUND_URGENT"},
     {OpenReason::refundEnding, u"REFUND_ENDING"},
+    {OpenReason::scanUnknown, u"SCAN_UNKNOWN"},
     {OpenReason::returned, u"RETURNED"},
     {OpenReason::otherZip, u"OTHER_ZIP"},
     {OpenReason::customsPapers, u"CUSTOMS_PAPERS"},
@@ -89,15 +90,18 @@ public:
             item.place = m_facts.journey->place;
         }
         item.isScanned = isWithCarrier();
-        item.daysOpen = m_refund == RefundState::pending ? refundDays() : stillDays();
+        item.daysOpen = m_refund != RefundState::pending  ? stillDays()
+                        : m_facts.refundAskedAt.isValid() ? refundDays()
+                                                          : 0;
         return item;
     }
 
 private:
-    /// A label without a scan; only the carrier can tell, so a label that it was not asked about is not listed.
+    /// A label without a scan, as the carrier said.
     bool isUnused() const { return m_facts.journey && !m_facts.journey->isScanned && !m_isDelivered; }
     bool isWithCarrier() const { return m_isDelivered || (m_facts.journey && m_facts.journey->isScanned); }
     bool isUsps() const { return m_facts.label.carrier.compare(u"USPS"_s, Qt::CaseInsensitive) == 0; }
+    /// An earlier version did not note when the refund was asked; it was not before the purchase.
     int refundDays() const
     {
         const QDateTime asked = m_facts.refundAskedAt.isValid() ? m_facts.refundAskedAt : m_facts.label.createdAt;
@@ -122,6 +126,8 @@ private:
             return isUnused() && isUsps() && isBetween(refundUrgentAfter, refundEndsAfter);
         case OpenReason::refundEnding:
             return isUnused() && isUsps() && isBetween(refundDueAfter, refundUrgentAfter);
+        case OpenReason::scanUnknown:
+            return !m_facts.journey && !m_isDelivered && isUsps() && isBetween(refundDueAfter, refundEndsAfter);
         case OpenReason::unused: // others than USPS name no end of the refund
             return isUnused() && isBetween(unusedAfter, isUsps() ? refundDueAfter : refundEndsAfter);
         case OpenReason::notScanned:
