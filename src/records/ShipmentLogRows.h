@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <functional>
 #include <optional>
+#include <span>
 #include <vector>
 
 namespace parcelory::ShipmentLogRows {
@@ -23,6 +24,12 @@ bool append(QList<ShipmentRecord> &records, Statement &query, const Wanted &isWa
 std::optional<QList<ShipmentRecord>> allOf(const Database &db, Statement &query, const Wanted &isWanted = {});
 /// The rows with these ids, in their order, with the noted refunds; nothing if reading failed.
 std::optional<QList<ShipmentRecord>> withIds(const Database &db, const std::vector<qint64> &ids);
+/// Ids as json_each() takes them.
+QString listOf(std::span<const qint64> ids);
+/// The rows with these transactions since `since`, oldest first, with the noted refunds; nothing if reading failed.
+/// Reads every row since then.
+std::optional<QList<ShipmentRecord>> withTransactions(const Database &db, const QStringList &ids,
+                                                      const QDateTime &since);
 /// For the tables that later versions added with their first row.
 bool hasTable(const Database &db, const char *name);
 /// Marks an imported row as dated with the day of its import, because its own date is unknown. It counts for no day.
