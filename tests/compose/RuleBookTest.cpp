@@ -47,6 +47,11 @@ TEST(RuleBook, EachRuleKnowsItsLimit)
     }
     EXPECT_TRUE(unseen.isEmpty()) << "without a case: " << unseen.values().join(u' ').toStdString();
 
+    RuleBook narrow = book;
+    narrow.setInsurerExclusion(u"Loose bullion is not covered."_s, QStringList{u"bullion"_s});
+    for (const QString &content : {u"bullion"_s, u"coins"_s})
+        EXPECT_EQ(speaks(narrow, u"insurer-exclusion"_s, {.contents = {content}, .insured = 10}),
+                  content == u"bullion");
     const RuleParcel parcel{.carrier = u"usps"_s, .contents = {u"bullion"_s}, .insured = 60000};
     book.setInsurerExclusion({});
     const QList<Rule> advice = book.advise(parcel, {});

@@ -257,12 +257,15 @@ RuleBook RuleBook::parse(const QByteArray &json)
     }
 }
 
-void RuleBook::setInsurerExclusion(const QString &text)
+void RuleBook::setInsurerExclusion(const QString &text, const std::optional<QStringList> &contents)
 {
     if (text.isEmpty())
         rules.removeIf([](const Rule &rule) { return rule.text == insurerSlot; });
-    for (Rule &rule : rules)
+    for (Rule &rule : rules) {
+        if (contents && rule.text.contains(insurerSlot))
+            rule.when.contents = contents;
         rule.text.replace(insurerSlot, text);
+    }
 }
 
 QList<Rule> RuleBook::advise(const RuleParcel &parcel, const QStringList &off) const
