@@ -178,8 +178,10 @@ std::optional<QList<OpenFacts>> factsFrom(const Database &db, const QDateTime &n
     const auto isOurs = [](const ShipmentRecord &label) {
         return !label.testMode && isCarriersId(label.transactionID);
     };
-    Statement query(db, ShipmentLogRows::select + QByteArray(" WHERE created_at >= ? OR ") +
-                            RefundNotes::unsettledCondition(db) + " ORDER BY created_at, id");
+    // A list of ids, because with OR SQLite would read every row.
+    Statement query(db, ShipmentLogRows::select +
+                            QByteArray(" WHERE id IN (SELECT id FROM shipments WHERE created_at >= ? UNION ALL ") +
+                            RefundNotes::unsettledIds(db) + ") ORDER BY created_at, id");
     if (query.isPrepared())
         query.bind(1, ShipmentLogRows::secondsOf(since));
     const auto labels = ShipmentLogRows::allOf(db, query, isOurs);
@@ -188,15 +190,19 @@ std::optional<QList<OpenFacts>> factsFrom(const Database &db, const QDateTime &n
     QList<OpenFacts> facts;
     if (labels->isEmpty())
         return facts;
-    const auto [first, last] = std::ranges::minmax(*labels, {}, &ShipmentRecord::id);
-    const auto journeys = Journeys::between(db, first.id, last.id);
+    QList<qint64> ids;
+    for (const ShipmentRecord &label : *labels)
+        ids += label.id;
+    const auto journeys = Journeys::among(db, ids);
     const bool hasVerdicts = ShipmentLogRows::hasTable(db, "label_verdicts");
     const auto unchecked =
         idsOf(db,
               "SELECT id FROM shipments WHERE created_at >= ? AND zpl IS NOT NULL" +
                   QByteArray(hasVerdicts ? " AND id NOT IN (SELECT shipment_id FROM label_verdicts)" : ""),
               since);
-    const auto events = LabelEvents::since(db, std::min(since, labels->constFirst().createdAt));
+    const auto events =
+        LabelEvents::since(db, {LabelEvent::refundAsked, LabelEvent::papersFailed, LabelEvent::papersPrinted},
+                           std::min(since, labels->constFirst().createdAt));
     QHash<qint64, QSet<QString>> done;
     if (ShipmentLogRows::hasTable(db, "open_items_done")) {
         Statement items(db, "SELECT shipment_id, reason FROM open_items_done");

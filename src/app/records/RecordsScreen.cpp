@@ -185,7 +185,7 @@ bool RecordsScreen::isLate() const
 Task<> RecordsScreen::start()
 {
     co_await list();
-    co_await onPool([&log = m_app.log, cancel = m_cancel] { return log.sealOlder(cancel) && log.indexForExport(); });
+    co_await onPool([&log = m_app.log, cancel = m_cancel] { return log.sealOlder(cancel) && log.addIndexes(); });
     connect(&m_app.log, &ShipmentLog::recordsChanged, this, [this] { spawn([this] { return copyDaily(); }); });
     co_await copyDaily();
 }
