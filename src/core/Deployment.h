@@ -31,8 +31,9 @@ struct Deployment {
 
     // For the shipping rules.
     std::optional<bool> fedexContractAllowsCoins;
-    std::optional<QString> insurerExclusion;  ///< a sentence: what the company's insurer does not cover
-    std::optional<QStringList> usualContents; ///< of a parcel whose description does not tell: "coins", "bullion" …
+    std::optional<QString> insurerExclusion;    ///< a sentence: what the company's insurer does not cover
+    std::optional<QStringList> insurerExcludes; ///< the contents that it is about; absent means all that are known
+    std::optional<QStringList> usualContents;   ///< of a parcel whose description does not tell: "coins", "bullion" …
 
     QString updateFeed; ///< address of the update feed; derived from updateFeedHost, not read from the file
 
@@ -60,6 +61,7 @@ struct Deployment {
                           field("storeNames", &D::storeNames),
                           field("fedexContractAllowsCoins", &D::fedexContractAllowsCoins),
                           field("insurerExclusion", &D::insurerExclusion),
+                          field("insurerExcludes", &D::insurerExcludes),
                           field("usualContents", &D::usualContents)};
     }
 };

@@ -53,7 +53,7 @@ int copyReadableEntries(Database &journal, const QString &damaged)
         return 0;
     const int purchases =
         copyRows(journal, "purchases", "asked_at, rate_id, key_name, recipient, keep_recipient, shipment, printed",
-                 {"rated_at", "test_mode", "transaction_id", "label", "customs_pdf"});
+                 {"rated_at", "test_mode", "transaction_id", "prints_papers", "label", "customs_pdf"});
     const int refunds = copyRows(journal, "refunds", "transaction_id, shipment_id, asked_at", {});
     journal.exec("DETACH damaged");
     return purchases + refunds;

@@ -40,17 +40,15 @@ bool put(Database &db, qint64 shipment, const Journey &journey)
                    secondsOf(journey.askedAt));
 }
 
-std::optional<QHash<qint64, Journey>> between(const Database &db, qint64 first, qint64 last)
+std::optional<QHash<qint64, Journey>> among(const Database &db, const QList<qint64> &shipments)
 {
     QHash<qint64, Journey> journeys;
     if (!ShipmentLogRows::hasTable(db, "label_journeys"))
         return journeys;
     Statement query(db, "SELECT shipment_id, word, is_scanned, moved_at, zip, place, asked_at FROM label_journeys "
-                        "WHERE shipment_id BETWEEN ? AND ?");
-    if (query.isPrepared()) { // another version may have another table
-        query.bind(1, first);
-        query.bind(2, last);
-    }
+                        "WHERE shipment_id IN (SELECT value FROM json_each(?))");
+    if (query.isPrepared()) // another version may have another table
+        query.bind(1, ShipmentLogRows::listOf(shipments));
     while (query.step())
         journeys.insert(query.integer(0), {.status = trackingStatusFrom(query.text(1)),
                                            .isScanned = query.integer(2) != 0,

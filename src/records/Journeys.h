@@ -6,6 +6,7 @@
 
 #include <QDateTime>
 #include <QHash>
+#include <QList>
 #include <QString>
 
 #include <optional>
@@ -32,9 +33,8 @@ namespace Journeys {
 /// The same in a transaction of the caller.
 [[nodiscard]] bool put(Database &db, qint64 shipment, const Journey &journey);
 
-/// The journeys of the shipments with these ids, both included, for a work that reads other tables, too; nothing if
-/// reading failed.
-std::optional<QHash<qint64, Journey>> between(const Database &db, qint64 first, qint64 last);
+/// The journeys of these shipments, for a work that reads other tables, too; nothing if reading failed.
+std::optional<QHash<qint64, Journey>> among(const Database &db, const QList<qint64> &shipments);
 
 } // namespace Journeys
 } // namespace parcelory

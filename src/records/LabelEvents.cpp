@@ -85,19 +85,25 @@ LogRead<PrintState> printState(const ShipmentLog &log, const QString &id)
     return times->contains(textOf(words, LabelEvent::notPrinted)) ? PrintState::never : PrintState::unknown;
 }
 
-std::optional<QHash<QString, QHash<LabelEvent, QDateTime>>> since(const Database &db, const QDateTime &time)
+std::optional<QHash<QString, QHash<LabelEvent, QDateTime>>> since(const Database &db, const QList<LabelEvent> &wanted,
+                                                                  const QDateTime &time)
 {
     QHash<QString, QHash<LabelEvent, QDateTime>> events;
     if (!ShipmentLogRows::hasTable(db, "label_events"))
         return events;
-    Statement query(db, "SELECT label, event, at FROM label_events WHERE at >= ?");
-    if (query.isPrepared())
-        query.bind(1, secondsOf(time));
-    while (query.step()) {
-        if (const std::optional<LabelEvent> event = valueOf(words, query.text(1)))
-            events[query.text(0)].insert(*event, timeOf(query.real(2)));
+    Statement query(db, "SELECT label, at FROM label_events WHERE event = ? AND at >= ?");
+    for (const LabelEvent event : wanted) {
+        if (query.isPrepared()) {
+            query.bind(1, textOf(words, event));
+            query.bind(2, secondsOf(time));
+        }
+        while (query.step())
+            events[query.text(0)].insert(event, timeOf(query.real(1)));
+        if (!query.isComplete())
+            return std::nullopt;
+        query.reset();
     }
-    return query.isComplete() ? std::optional(events) : std::nullopt;
+    return events;
 }
 
 LogRead<QList<Dated>> ofDay(const ShipmentLog &log, LabelEvent event, QDate day)

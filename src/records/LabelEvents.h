@@ -47,8 +47,9 @@ struct Dated {
 /// When it happened; nothing if it did not.
 LogRead<std::optional<QDateTime>> find(const ShipmentLog &log, const QString &id, LabelEvent event);
 LogRead<PrintState> printState(const ShipmentLog &log, const QString &id);
-/// The events of every label since a time, for a work that reads other tables, too; nothing if reading failed.
-std::optional<QHash<QString, QHash<LabelEvent, QDateTime>>> since(const Database &db, const QDateTime &time);
+/// These events of every label since a time, for a work that reads other tables, too; nothing if reading failed.
+std::optional<QHash<QString, QHash<LabelEvent, QDateTime>>> since(const Database &db, const QList<LabelEvent> &wanted,
+                                                                  const QDateTime &time);
 /// The labels with this event on a day, in the order of their events.
 LogRead<QList<Dated>> ofDay(const ShipmentLog &log, LabelEvent event, QDate day);
 

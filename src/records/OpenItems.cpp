@@ -22,6 +22,7 @@ constexpr Word<OpenReason> reasonWords[] = {
     {OpenReason::refundUndecided, u"REFUND_UNDECIDED"},
     {OpenReason::refundUrgent, u"REFUND_URGENT"},
     {OpenReason::refundEnding, u"REFUND_ENDING"},
+    {OpenReason::scanUnknown, u"SCAN_UNKNOWN"},
     {OpenReason::returned, u"RETURNED"},
     {OpenReason::otherZip, u"OTHER_ZIP"},
     {OpenReason::customsPapers, u"CUSTOMS_PAPERS"},
@@ -89,15 +90,18 @@ public:
             item.place = m_facts.journey->place;
         }
         item.isScanned = isWithCarrier();
-        item.daysOpen = m_refund == RefundState::pending ? refundDays() : stillDays();
+        item.daysOpen = m_refund != RefundState::pending  ? stillDays()
+                        : m_facts.refundAskedAt.isValid() ? refundDays()
+                                                          : 0;
         return item;
     }
 
 private:
-    /// A label without a scan; only the carrier can tell, so a label that it was not asked about is not listed.
+    /// A label without a scan, as the carrier said.
     bool isUnused() const { return m_facts.journey && !m_facts.journey->isScanned && !m_isDelivered; }
     bool isWithCarrier() const { return m_isDelivered || (m_facts.journey && m_facts.journey->isScanned); }
     bool isUsps() const { return m_facts.label.carrier.compare(u"USPS"_s, Qt::CaseInsensitive) == 0; }
+    /// An earlier version did not note when the refund was asked; it was not before the purchase.
     int refundDays() const
     {
         const QDateTime asked = m_facts.refundAskedAt.isValid() ? m_facts.refundAskedAt : m_facts.label.createdAt;
@@ -122,6 +126,8 @@ private:
             return isUnused() && isUsps() && isBetween(refundUrgentAfter, refundEndsAfter);
         case OpenReason::refundEnding:
             return isUnused() && isUsps() && isBetween(refundDueAfter, refundUrgentAfter);
+        case OpenReason::scanUnknown:
+            return !m_facts.journey && !m_isDelivered && isUsps() && isBetween(refundDueAfter, refundEndsAfter);
         case OpenReason::unused: // others than USPS name no end of the refund
             return isUnused() && isBetween(unusedAfter, isUsps() ? refundDueAfter : refundEndsAfter);
         case OpenReason::notScanned:
@@ -172,8 +178,10 @@ std::optional<QList<OpenFacts>> factsFrom(const Database &db, const QDateTime &n
     const auto isOurs = [](const ShipmentRecord &label) {
         return !label.testMode && isCarriersId(label.transactionID);
     };
-    Statement query(db, ShipmentLogRows::select + QByteArray(" WHERE created_at >= ? OR ") +
-                            RefundNotes::unsettledCondition(db) + " ORDER BY created_at, id");
+    // A list of ids, because with OR SQLite would read every row.
+    Statement query(db, ShipmentLogRows::select +
+                            QByteArray(" WHERE id IN (SELECT id FROM shipments WHERE created_at >= ? UNION ALL ") +
+                            RefundNotes::unsettledIds(db) + ") ORDER BY created_at, id");
     if (query.isPrepared())
         query.bind(1, ShipmentLogRows::secondsOf(since));
     const auto labels = ShipmentLogRows::allOf(db, query, isOurs);
@@ -182,15 +190,19 @@ std::optional<QList<OpenFacts>> factsFrom(const Database &db, const QDateTime &n
     QList<OpenFacts> facts;
     if (labels->isEmpty())
         return facts;
-    const auto [first, last] = std::ranges::minmax(*labels, {}, &ShipmentRecord::id);
-    const auto journeys = Journeys::between(db, first.id, last.id);
+    QList<qint64> ids;
+    for (const ShipmentRecord &label : *labels)
+        ids += label.id;
+    const auto journeys = Journeys::among(db, ids);
     const bool hasVerdicts = ShipmentLogRows::hasTable(db, "label_verdicts");
     const auto unchecked =
         idsOf(db,
               "SELECT id FROM shipments WHERE created_at >= ? AND zpl IS NOT NULL" +
                   QByteArray(hasVerdicts ? " AND id NOT IN (SELECT shipment_id FROM label_verdicts)" : ""),
               since);
-    const auto events = LabelEvents::since(db, std::min(since, labels->constFirst().createdAt));
+    const auto events =
+        LabelEvents::since(db, {LabelEvent::refundAsked, LabelEvent::papersFailed, LabelEvent::papersPrinted},
+                           std::min(since, labels->constFirst().createdAt));
     QHash<qint64, QSet<QString>> done;
     if (ShipmentLogRows::hasTable(db, "open_items_done")) {
         Statement items(db, "SELECT shipment_id, reason FROM open_items_done");

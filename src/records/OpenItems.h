@@ -20,6 +20,7 @@ enum class OpenReason {
     refundUndecided,
     refundUrgent, ///< not scanned, and the carrier's time for a refund is nearly over
     refundEnding, ///< not scanned, and the refund is due
+    scanUnknown,  ///< the refund is due, and the carrier was never asked whether it scanned the label
     returned,
     otherZip,       ///< delivered to another ZIP than the label's
     customsPapers,  ///< the papers of a parcel abroad were not printed
@@ -42,7 +43,7 @@ struct OpenItem {
     ShipmentRecord label;   ///< without a recipient for lateCopy
     int days = 0;           ///< whole days since the label was bought, or since the last copy
     int daysLeft = 0;       ///< until the carrier's time for a refund is over
-    int daysOpen = 0;       ///< whole days since the refund was asked, or since the parcel moved
+    int daysOpen = 0;       ///< whole days since the refund was asked (0 if unknown), or since the parcel moved
     bool isScanned = false; ///< the carrier has had the parcel
     bool isNever = false;   ///< there is no copy at all
     QString zip, place;     ///< where the carrier saw the parcel last

@@ -53,8 +53,10 @@ constexpr auto schema = "PRAGMA locking_mode = EXCLUSIVE;\n"
 
 /// What later versions added. The rate, the times, the mode and the transaction are columns, not only part of the
 /// shipment's JSON: they suffice to ask the carrier if the JSON cannot be read.
-constexpr std::pair<const char *, const char *> addedColumns[] = {
-    {"rated_at", "REAL"}, {"test_mode", "INTEGER"}, {"transaction_id", "TEXT"}};
+constexpr std::pair<const char *, const char *> addedColumns[] = {{"rated_at", "REAL"},
+                                                                  {"test_mode", "INTEGER"},
+                                                                  {"transaction_id", "TEXT"},
+                                                                  {"prints_papers", "INTEGER NOT NULL DEFAULT 1"}};
 
 template <class Record>
 QString jsonText(const Record &record)
@@ -94,6 +96,7 @@ OpenPurchase purchaseOf(const Statement &row)
                           .keepRecipient = recipient && row.integer(5) != 0,
                           .record = record.value_or(asked),
                           .printed = row.integer(9) != 0,
+                          .printsPapers = row.integer(13) != 0,
                           .isUnreadable = !recipient || !record};
     if (purchase.record.transactionID.isEmpty())
         purchase.record.transactionID = row.text(12);
@@ -242,11 +245,13 @@ bool PurchaseJournal::run(const QByteArray &sql, const Values &...values)
 qint64 PurchaseJournal::begin(const OpenPurchase &purchase)
 {
     const std::lock_guard turn(m_access);
-    const bool begun = run("INSERT INTO purchases (asked_at, rate_id, key_name, recipient, keep_recipient, shipment, "
-                           "customs_pdf, rated_at, test_mode) VALUES (?, ?, ?, ?, ?, ?, ?, NULLIF(?, 0.0), ?)",
-                           secondsOf(purchase.askedAt), purchase.rateId, purchase.keyName, jsonText(purchase.recipient),
-                           purchase.keepRecipient, jsonText(purchase.record), purchase.record.customsPDF,
-                           purchase.ratedAt.isValid() ? secondsOf(purchase.ratedAt) : 0.0, purchase.record.testMode);
+    const bool begun =
+        run("INSERT INTO purchases (asked_at, rate_id, key_name, recipient, keep_recipient, shipment, "
+            "customs_pdf, rated_at, test_mode, prints_papers) VALUES (?, ?, ?, ?, ?, ?, ?, NULLIF(?, 0.0), ?, ?)",
+            secondsOf(purchase.askedAt), purchase.rateId, purchase.keyName, jsonText(purchase.recipient),
+            purchase.keepRecipient, jsonText(purchase.record), purchase.record.customsPDF,
+            purchase.ratedAt.isValid() ? secondsOf(purchase.ratedAt) : 0.0, purchase.record.testMode,
+            purchase.printsPapers);
     if (!begun)
         refuse();
     return m_db->lastInsertedId();
@@ -284,6 +289,12 @@ bool PurchaseJournal::markPrinted(qint64 id)
     return run("UPDATE purchases SET printed = 1 WHERE id = ?", id);
 }
 
+bool PurchaseJournal::markPapersPrinted(qint64 id)
+{
+    const std::lock_guard turn(m_access);
+    return run("UPDATE purchases SET prints_papers = 0 WHERE id = ?", id);
+}
+
 bool PurchaseJournal::close(qint64 id)
 {
     const std::lock_guard turn(m_access);
@@ -298,8 +309,10 @@ QList<OpenPurchase> PurchaseJournal::openPurchases()
         return open;
     QString obstacle;
     {
-        Statement query(*m_db, "SELECT id, asked_at, rate_id, key_name, recipient, keep_recipient, shipment, label, "
-                               "customs_pdf, printed, rated_at, test_mode, transaction_id FROM purchases ORDER BY id");
+        Statement query(
+            *m_db,
+            "SELECT id, asked_at, rate_id, key_name, recipient, keep_recipient, shipment, label, "
+            "customs_pdf, printed, rated_at, test_mode, transaction_id, prints_papers FROM purchases ORDER BY id");
         while (query.step())
             open.append(purchaseOf(query));
         if (!query.isComplete())

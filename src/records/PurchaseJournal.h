@@ -25,6 +25,7 @@ struct OpenPurchase {
     bool keepRecipient = false; ///< add the recipient to the address book once the label is bought
     ShipmentRecord record;      ///< the mailing log's future row; transactionID is empty until the carrier returns it
     bool printed = false;       ///< the printer took the label
+    bool printsPapers = true;   ///< the customs papers of a parcel abroad are wanted on paper and are not printed yet
     bool isUnreadable = false;  ///< recipient or record could not be read; the rest suffices to ask the carrier
 };
 
@@ -59,6 +60,7 @@ public:
     /// Stores what is known so far: the carrier's response, the documents.
     bool update(qint64 id, const ShipmentRecord &record);
     bool markPrinted(qint64 id);
+    bool markPapersPrinted(qint64 id);
     /// Deletes a finished entry: the label is in the mailing log, or it was not bought.
     bool close(qint64 id);
     /// All open purchases, oldest first, with their documents. Throws AppError if the file cannot be read: a failed

@@ -43,15 +43,16 @@ bool update(Database &db, qint64 shipment, const QString &status)
     return execute(db, "UPDATE shipments SET status = ? WHERE id = ?", status, shipment);
 }
 
-QByteArray condition(const Database &db, std::initializer_list<LogStatus> statuses)
+constexpr auto pending = {LogStatus::refundRequested, LogStatus::refundPending};
+constexpr auto unsettled = {LogStatus::refundRequested, LogStatus::refundPending, LogStatus::refundError};
+
+/// " IN ('REFUND_REQUESTED', …)"
+QByteArray isOneOf(std::initializer_list<LogStatus> statuses)
 {
     QByteArrayList words;
     for (const LogStatus status : statuses)
         words += '\'' + wordOf(status).toLatin1() + '\'';
-    const QByteArray isOne = " IN (" + words.join(", ") + ")";
-    const QByteArray noted =
-        exist(db) ? " OR id IN (SELECT shipment_id FROM label_refunds WHERE word" + isOne + ")" : QByteArray();
-    return "(status" + isOne + noted + ")";
+    return " IN (" + words.join(", ") + ")";
 }
 
 /// Empty if the row is missing; absent if reading failed.
@@ -74,12 +75,25 @@ bool exist(const Database &db)
 
 QByteArray pendingCondition(const Database &db)
 {
-    return condition(db, {LogStatus::refundRequested, LogStatus::refundPending});
+    const QByteArray isOne = isOneOf(pending);
+    const QByteArray noted =
+        exist(db) ? " OR id IN (SELECT shipment_id FROM label_refunds WHERE word" + isOne + ")" : QByteArray();
+    return "(status" + isOne + noted + ")";
 }
 
-QByteArray unsettledCondition(const Database &db)
+QByteArray unsettledIds(const Database &db)
 {
-    return condition(db, {LogStatus::refundRequested, LogStatus::refundPending, LogStatus::refundError});
+    const QByteArray isOne = isOneOf(unsettled);
+    const QByteArray noted =
+        exist(db) ? " UNION ALL SELECT shipment_id FROM label_refunds WHERE word" + isOne : QByteArray();
+    return "SELECT id FROM shipments WHERE status" + isOne + noted;
+}
+
+bool addIndex(Database &db)
+{
+    const QByteArray sql =
+        "CREATE INDEX IF NOT EXISTS idx_shipments_unsettled ON shipments(status) WHERE status" + isOneOf(unsettled);
+    return db.exec(sql.constData());
 }
 
 bool addTo(const Database &db, QList<ShipmentRecord> &records)

@@ -16,8 +16,10 @@ namespace RefundNotes {
 bool exist(const Database &db);
 /// The condition of a pending refund, for a query of the shipments.
 QByteArray pendingCondition(const Database &db);
-/// The condition of a refund that is pending or was rejected.
-QByteArray unsettledCondition(const Database &db);
+/// A query of the ids of rows whose refund is pending or was rejected. Fast in a log with the index of addIndex().
+QByteArray unsettledIds(const Database &db);
+/// Adds an index of the few rows with such a status. Reads every row of a log that has none; false if it failed.
+bool addIndex(Database &db);
 /// Fills in ShipmentRecord::refund; false if reading failed.
 bool addTo(const Database &db, QList<ShipmentRecord> &records);
 

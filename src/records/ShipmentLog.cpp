@@ -110,7 +110,7 @@ bool ShipmentLog::migrate() const
                           .constData());
     }
     const bool isNew = !Statement(m_db, "SELECT 1 FROM shipments").step();
-    if ((!isNew || LogExport::addIndex(m_db)) && m_db.exec("COMMIT"))
+    if ((!isNew || (LogExport::addIndex(m_db) && RefundNotes::addIndex(m_db))) && m_db.exec("COMMIT"))
         return true;
     m_db.exec("ROLLBACK");
     return false;

@@ -96,9 +96,9 @@ public:
     /// now. Waits for the disk for a long time if there are many; others can write meanwhile. False if it was canceled
     /// or failed.
     bool sealOlder(const QList<LogChain::Head> &known = {}, const CancelToken &cancel = {});
-    /// Gives a log of an older version the index that makes exports fast. Others wait for about a second for 100,000
-    /// rows. False if it failed.
-    bool indexForExport();
+    /// Gives a log of an older version the indexes that make exports and the open items fast. Others wait for about a
+    /// second for 100,000 rows. False if it failed.
+    bool addIndexes();
     /// Compares every row with the chain of hashes; `known` are heads of the chain that were kept elsewhere. `progress`
     /// counts entries. Others can write meanwhile.
     LogRead<LogChain::Report> verify(const QList<LogChain::Head> &known = {}, const Progress &progress = {}) const;

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <functional>
 #include <optional>
+#include <span>
 #include <vector>
 
 namespace parcelory::ShipmentLogRows {
@@ -28,6 +29,12 @@ std::optional<QList<ShipmentRecord>> withIds(const Database &db, const std::vect
 std::optional<QList<ShipmentRecord>> rowOf(const Database &db, const ShipmentRecord &record);
 /// The present id of a label whose row was read before the log may have been replaced; 0 if the label is gone.
 std::optional<qint64> idOf(const Database &db, const ShipmentRecord &label);
+/// Ids as json_each() takes them.
+QString listOf(std::span<const qint64> ids);
+/// The rows with these transactions since `since`, oldest first, with the noted refunds; nothing if reading failed.
+/// Reads every row since then.
+std::optional<QList<ShipmentRecord>> withTransactions(const Database &db, const QStringList &ids,
+                                                      const QDateTime &since);
 /// For the tables that later versions added with their first row.
 bool hasTable(const Database &db, const char *name);
 /// Marks an imported row as dated with the day of its import, because its own date is unknown. It counts for no day.

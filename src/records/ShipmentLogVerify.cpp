@@ -1,5 +1,6 @@
 #include "records/LogChain.h"
 #include "records/LogExport.h"
+#include "records/RefundNotes.h"
 #include "records/ShipmentLog.h"
 
 #include <optional>
@@ -29,9 +30,9 @@ bool ShipmentLog::sealOlder(const QList<LogChain::Head> &known, const CancelToke
     return true;
 }
 
-bool ShipmentLog::indexForExport()
+bool ShipmentLog::addIndexes()
 {
-    return change([](Database &db) { return LogExport::addIndex(db); });
+    return change(LogExport::addIndex) && change(RefundNotes::addIndex);
 }
 
 LogRead<LogChain::Report> ShipmentLog::verify(const QList<LogChain::Head> &known, const Progress &progress) const

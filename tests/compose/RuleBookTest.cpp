@@ -14,6 +14,12 @@ namespace {
 const QString rule = u"{\"id\": \"a\", \"group\": \"G\", \"severity\": \"%1\", \"text\": \"T\", \"source\": \"S\", "
                      "\"checked\": \"2026-01-01\", \"when\": {\"%2\": 1}}"_s;
 
+QString naming(const char *key, const char *name)
+{
+    return rule.arg(u"note"_s, QLatin1StringView(key))
+        .replace(u": 1}"_s, u": [\"%1\"]}"_s.arg(QLatin1StringView(name)));
+}
+
 QByteArray fileOf(const QString &rules, const QString &date = u"2027-01-01"_s)
 {
     return u"{\"date\": \"%1\", \"rules\":\n%2}"_s.arg(date, rules).toUtf8();
@@ -41,6 +47,11 @@ TEST(RuleBook, EachRuleKnowsItsLimit)
     }
     EXPECT_TRUE(unseen.isEmpty()) << "without a case: " << unseen.values().join(u' ').toStdString();
 
+    RuleBook narrow = book;
+    narrow.setInsurerExclusion(u"Loose bullion is not covered."_s, QStringList{u"bullion"_s});
+    for (const QString &content : {u"bullion"_s, u"coins"_s})
+        EXPECT_EQ(speaks(narrow, u"insurer-exclusion"_s, {.contents = {content}, .insured = 10}),
+                  content == u"bullion");
     const RuleParcel parcel{.carrier = u"usps"_s, .contents = {u"bullion"_s}, .insured = 60000};
     book.setInsurerExclusion({});
     const QList<Rule> advice = book.advise(parcel, {});
@@ -57,7 +68,10 @@ TEST(RuleBook, ABadFileIsRefusedByItsLine)
         const QString rules = text(row[0])
                                   .replace(u"%1"_s, good)
                                   .replace(u"%2"_s, rule.arg(u"note"_s, u"valueover"_s))
-                                  .replace(u"%3"_s, rule.arg(u"stop"_s, u"valueOver"_s));
+                                  .replace(u"%3"_s, rule.arg(u"stop"_s, u"valueOver"_s))
+                                  .replace(u"%4"_s, naming("exceptServices", "usps_prioritty"))
+                                  .replace(u"%5"_s, naming("countries", "UK"))
+                                  .replace(u"%6"_s, naming("states", "OX"));
         EXPECT_EQ(failureOf([&] { RuleBook::parse(fileOf(rules)); }), text(row[1])) << row;
     }
 }
@@ -69,6 +83,7 @@ TEST(RuleBook, TellsCoinsAndMoneyByTheDescription)
         EXPECT_EQ(found.has_value(), !row[1].is_null()) << row;
         EXPECT_EQ(found.value_or(QStringList()), row[1].is_null() ? QStringList() : texts(row[1])) << row;
     }
+    EXPECT_TRUE(contentsOf(CustomsItemType::silver).contains(u"bullion"_s)) << "the limits of bullion hold for it";
 }
 
 TEST(ShippingRules, TakesANewerFileAndKeepsTheSwitches)

@@ -52,7 +52,12 @@ TEST(OpenItems, NamesTheOneReasonOfALabel)
         QString reason;
         QString status = u"PRINTED"_s, carrier = u"USPS"_s;
     } rows[] = {
-        {25, {}, {}}, // the carrier was not asked
+        {20 - minute, {}, {}}, // the carrier was not asked
+        {20, {}, u"SCAN_UNKNOWN"_s},
+        {30 - minute, {}, u"SCAN_UNKNOWN"_s},
+        {30, {}, {}},
+        {26, {}, {}, u"PRINTED"_s, u"FedEx"_s},
+        {26, {}, {}, u"DELIVERED"_s},
         {1 - minute, journey(preTransit), {}},
         {1, journey(preTransit), u"NOT_SCANNED"_s},
         {5 - minute, journey(unknown), u"NOT_SCANNED"_s},

@@ -19,6 +19,12 @@ bool isRefunded(const MasterEntry &entry)
     return status == TransactionStatus::refunded || status == TransactionStatus::refundPending;
 }
 
+/// True if the account has the refund, or has rejected it.
+bool isRefundAnswered(const MasterEntry &entry)
+{
+    return isRefunded(entry) || transactionStatusFrom(entry.status) == TransactionStatus::refundRejected;
+}
+
 /// True once the account has the label: a purchase in progress is not compared.
 bool isSold(const MasterEntry &entry)
 {
@@ -65,9 +71,9 @@ AccountDifference of(const MasterEntry &entry)
 
 } // namespace
 
-QList<AccountDifference> differencesOf(QDate day, const QList<ShipmentRecord> &rows, const AccountListing &account,
-                                       const std::function<bool(const QString &id)> &isKnown)
+QList<AccountDifference> differencesOf(QDate day, const DeskListing &desk, const AccountListing &account)
 {
+    const QList<ShipmentRecord> &rows = desk.rows;
     QList<AccountDifference> found;
     for (const ShipmentRecord &row : rows) {
         if (!isCarriersId(row.transactionID) || row.createdAt >= account.askedAt)
@@ -78,6 +84,9 @@ QList<AccountDifference> differencesOf(QDate day, const QList<ShipmentRecord> &r
                 found += of(row, DifferenceKind::notInAccount, nullptr);
         } else if (isRefunded(*entry) && !isRefundKnown(row)) {
             found += of(row, DifferenceKind::refundedThere, &*entry);
+        } else if (isRefundKnown(row) && !isRefundAnswered(*entry) &&
+                   !(desk.refundsAsked.value(row.transactionID) >= account.askedAt)) {
+            found += of(row, DifferenceKind::refundedHere, &*entry);
         } else if (isOtherAmount(entry->amount, row.postage)) {
             found += of(row, DifferenceKind::otherAmount, &*entry);
         }
@@ -85,7 +94,7 @@ QList<AccountDifference> differencesOf(QDate day, const QList<ShipmentRecord> &r
     for (const MasterEntry &entry : account.entries) {
         const bool isOfDay = entry.date && entry.date->date() == day;
         const bool isHere = std::ranges::find(rows, entry.id, &ShipmentRecord::transactionID) != rows.end();
-        if (isOfDay && isSold(entry) && !isHere && !isKnown(entry.id))
+        if (isOfDay && isSold(entry) && !isHere && !desk.known.contains(entry.id))
             found += of(entry);
     }
     std::ranges::sort(found, std::ranges::greater(),

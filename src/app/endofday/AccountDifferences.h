@@ -4,14 +4,15 @@
 #include "records/ShipmentRecord.h"
 
 #include <QDateTime>
+#include <QHash>
 #include <QList>
+#include <QSet>
 
-#include <functional>
 #include <optional>
 
 namespace parcelory {
 
-enum class DifferenceKind { boughtElsewhere, notInAccount, otherAmount, refundedThere };
+enum class DifferenceKind { boughtElsewhere, notInAccount, otherAmount, refundedThere, refundedHere };
 
 /// A label of which the carrier's account and the mailing log tell different things.
 struct AccountDifference {
@@ -35,9 +36,14 @@ struct AccountListing {
     bool operator==(const AccountListing &) const = default;
 };
 
-/// The labels of `day` that differ, newest first, each once. `rows`: the desk's labels of that day bought with the
-/// active key's kind of key. `isKnown` tells whether the mailing log has a transaction on another day.
-QList<AccountDifference> differencesOf(QDate day, const QList<ShipmentRecord> &rows, const AccountListing &account,
-                                       const std::function<bool(const QString &id)> &isKnown);
+/// What the mailing log knows about a day.
+struct DeskListing {
+    QList<ShipmentRecord> rows;             ///< the day's labels bought with the active key's kind of key
+    QSet<QString> known;                    ///< transactions of the account that the log has on any day
+    QHash<QString, QDateTime> refundsAsked; ///< by transaction; earlier versions did not note it
+};
+
+/// The labels of `day` that differ, newest first, each once.
+QList<AccountDifference> differencesOf(QDate day, const DeskListing &desk, const AccountListing &account);
 
 } // namespace parcelory

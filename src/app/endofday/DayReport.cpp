@@ -6,6 +6,7 @@
 #include "devices/zpl/ZplReader.h"
 #include "records/LabelEvents.h"
 #include "records/LogRead.h"
+#include "records/ShipmentLogRows.h"
 #include "records/ShipmentStatus.h"
 
 #include <algorithm>
@@ -16,7 +17,9 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int formLimit = 100; ///< how many forms back the day's forms are looked for
+constexpr int formLimit = 100;  ///< how many forms back the day's forms are looked for
+constexpr int refundDays = 120; ///< a label whose refund is asked is rarely older
+constexpr int clockDays = 2;    ///< the clocks of desk and carrier differ by less
 
 /// True if the label says that its customs papers travel electronically.
 bool isElectronic(AppState &app, const ShipmentRecord &record)
@@ -55,26 +58,61 @@ QList<DayForm> formsOf(AppState &app, const QList<DayLabel> &labels)
     return forms;
 }
 
+/// The rows of these transactions, by transaction. Rows before `since` are not looked at.
+QHash<QString, ShipmentRecord> rowsWith(AppState &app, const QStringList &ids, const QDateTime &since)
+{
+    QHash<QString, ShipmentRecord> rows;
+    if (ids.isEmpty())
+        return rows;
+    const auto found = app.log.read<QList<ShipmentRecord>>(
+        [&](const Database &db) { return ShipmentLogRows::withTransactions(db, ids, since); });
+    for (const ShipmentRecord &row : found.orThrow())
+        rows.insert(row.transactionID, row);
+    return rows;
+}
+
 QList<AskedRefund> refundsOf(AppState &app, QDate day)
 {
+    QStringList ids;
+    const QList<LabelEvents::Dated> all = LabelEvents::ofDay(app.log, LabelEvent::refundAsked, day).orThrow();
+    for (const LabelEvents::Dated &asked : all)
+        ids += asked.id;
+    QHash<QString, ShipmentRecord> rows = rowsWith(app, ids, day.startOfDay().addDays(-refundDays));
+    ids.removeIf([&rows](const QString &id) { return rows.contains(id); });
+    rows.insert(rowsWith(app, ids, QDateTime::fromMSecsSinceEpoch(0))); // of an old label: the whole log is read
     QList<AskedRefund> refunds;
-    for (const LabelEvents::Dated &asked : LabelEvents::ofDay(app.log, LabelEvent::refundAsked, day).orThrow()) {
-        const ShipmentRecord label{.createdAt = {}, .transactionID = asked.id};
-        const std::optional<ShipmentRecord> row = app.log.find(label).orThrow();
-        if (row && refundState(*row) != RefundState::none) // otherwise the request did not reach the carrier
-            refunds += {*row, asked.at};
+    for (const LabelEvents::Dated &asked : all) {
+        const ShipmentRecord row = rows.value(asked.id);
+        if (refundState(row) != RefundState::none) // otherwise the request did not reach the carrier
+            refunds += {row, asked.at};
     }
     return refunds;
 }
 
-QList<ShipmentRecord> rowsOf(const QList<DayLabel> &labels, KeyView key)
+/// What the desk knows about the account's labels.
+DeskListing deskListing(AppState &app, const QList<DayLabel> &labels, KeyView key, const AccountListing &account)
 {
-    QList<ShipmentRecord> rows;
+    DeskListing desk;
     for (const DayLabel &label : labels) {
-        if (label.record.testMode == key.test)
-            rows += label.record;
+        const ShipmentRecord &row = label.record;
+        if (row.testMode != key.test)
+            continue;
+        desk.rows += row;
+        if (refundState(row) == RefundState::none)
+            continue;
+        const auto asked = LabelEvents::find(app.log, row.transactionID, LabelEvent::refundAsked).orThrow();
+        if (asked)
+            desk.refundsAsked.insert(row.transactionID, *asked);
     }
-    return rows;
+    QStringList ids;
+    QDateTime oldest = account.askedAt;
+    for (const MasterEntry &entry : account.entries) {
+        ids += entry.id;
+        oldest = std::min(oldest, entry.date.value_or(oldest));
+    }
+    const QHash<QString, ShipmentRecord> rows = rowsWith(app, ids, oldest.addDays(-clockDays));
+    desk.known = QSet<QString>(rows.keyBegin(), rows.keyEnd());
+    return desk;
 }
 
 } // namespace
@@ -86,9 +124,7 @@ DayReport readDay(AppState &app, QDate day, KeyView key, const std::optional<Acc
         DayReport report{.day = day, .labels = sortDay(labels, key), .refunds = refundsOf(app, day)};
         report.forms = formsOf(app, report.labels.onForm);
         if (account)
-            report.differences = differencesOf(day, rowsOf(labels, key), *account, [&app](const QString &id) {
-                return app.log.find({.createdAt = {}, .transactionID = id}).orThrow().has_value();
-            });
+            report.differences = differencesOf(day, deskListing(app, labels, key, *account), *account);
         return report;
     } catch (const AppError &error) {
         return {.day = day, .failure = error.description()};

@@ -132,6 +132,8 @@ QString difference(DifferenceKind kind)
         return u"Not in the account"_s;
     case DifferenceKind::otherAmount:
         return u"Another amount"_s;
+    case DifferenceKind::refundedHere:
+        return u"Refund asked here, not there"_s;
     case DifferenceKind::refundedThere:
         break;
     }
@@ -147,6 +149,8 @@ QString explanation(DifferenceKind kind)
         return u"The account of the active key has no such label; another key may have bought it."_s;
     case DifferenceKind::otherAmount:
         return u"The account charges another amount than this log holds."_s;
+    case DifferenceKind::refundedHere:
+        return u"The account still charges this label: check the refund's status in the mailing log."_s;
     case DifferenceKind::refundedThere:
         break;
     }

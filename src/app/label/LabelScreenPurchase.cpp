@@ -249,11 +249,7 @@ Task<> LabelScreen::finishPurchase(PreparedPurchase purchase, SaleResult sale, P
     m_soldWeight = std::max(m_soldWeight, purchase.weighed);
     purchase.entry.record.createdAt = m_app.platform.clock.now();
     const PurchaseResult result = co_await purchases.flow().complete(
-        purchase.entry, sale.transaction,
-        {.printsLabel = true,
-         .printsPapers = purchase.carrier == Carrier::fedex || purchase.printsInvoice,
-         .drawn = drawn},
-        sale.answer.seconds);
+        purchase.entry, sale.transaction, {.prints = true, .drawn = drawn}, sale.answer.seconds);
     purchases.watchForSeconds(result);
     m_purchaseComplete = result.isComplete();
     purchase.entry = result.entry;

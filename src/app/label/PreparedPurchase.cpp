@@ -69,7 +69,6 @@ PreparedPurchase preparePurchase(const LabelDraft &draft, const AppState &app, c
             .parcel = draft.parcel(),
             .edits = draft.edits,
             .weighed = app.scale.generation(),
-            .printsInvoice = draft.printInvoiceWithRates,
             .invoice = draft.invoiceData(carrierAndService(draft.carrier, record.service)),
             .facts = facts,
             .entry = {.askedAt = record.createdAt,
@@ -78,7 +77,8 @@ PreparedPurchase preparePurchase(const LabelDraft &draft, const AppState &app, c
                       .keyName = app.keys.activeName(),
                       .recipient = recipient,
                       .keepRecipient = draft.keepRecipient,
-                      .record = record}};
+                      .record = record,
+                      .printsPapers = draft.carrier == Carrier::fedex || draft.printInvoiceWithRates}};
 }
 
 QString PreparedPurchase::tag() const

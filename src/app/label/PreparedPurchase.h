@@ -15,7 +15,6 @@ struct PreparedPurchase {
     LabelDraft::Parcel parcel;
     int edits;       ///< as LabelDraft counts them
     quint64 weighed; ///< scale readings up to this generation count as sold
-    bool printsInvoice;
     CommercialInvoice::Data_ invoice;
     SecondLabelFacts facts;
     OpenPurchase entry; ///< the journal's entry

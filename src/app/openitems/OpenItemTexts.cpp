@@ -28,11 +28,14 @@ QString title(const OpenItem &item)
     case OpenReason::refundRejected:
         return item.isScanned ? u"Refund rejected — the carrier has scanned the label"_s : u"Refund rejected"_s;
     case OpenReason::refundUndecided:
-        return u"Refund asked %1 ago — not decided"_s.arg(counted(item.daysOpen, u"day"_s));
+        return item.daysOpen == 0 ? u"Refund asked — not decided"_s
+                                  : u"Refund asked %1 ago — not decided"_s.arg(counted(item.daysOpen, u"day"_s));
     case OpenReason::refundUrgent:
     case OpenReason::refundEnding:
         return u"Unused for %1 — refund ends in %2"_s.arg(counted(item.days, u"day"_s),
                                                           counted(item.daysLeft, u"day"_s));
+    case OpenReason::scanUnknown:
+        return u"Not known if it was scanned — refund ends in "_s + counted(item.daysLeft, u"day"_s);
     case OpenReason::returned:
         return u"Returned to sender"_s;
     case OpenReason::otherZip:
@@ -56,10 +59,12 @@ QString title(const OpenItem &item)
 
 QString status(const OpenItem &item)
 {
-    if (stepOf(item.reason) != OpenStep::refund)
+    const bool isUnknown = item.reason == OpenReason::scanUnknown;
+    if (!isUnknown && stepOf(item.reason) != OpenStep::refund)
         return {};
     const QDateTime end = item.label.createdAt.addDays(OpenItems::refundEndsAfter);
-    return u"Not scanned — refund ends "_s + end.toString(u"MM/dd/yy"_s);
+    return (isUnknown ? u"Not known if it was scanned — refund ends "_s : u"Not scanned — refund ends "_s) +
+           end.toString(u"MM/dd/yy"_s);
 }
 
 QString detail(const OpenItem &item)

@@ -21,7 +21,8 @@ using namespace std::chrono_literals;
 namespace {
 
 constexpr qint64 secondsOfDay = 24 * 3600;
-constexpr auto agePause = 1h; ///< a label becomes an open item because time passes
+constexpr std::chrono::milliseconds learnPause = 10s; ///< between two lists while the carrier tells about many labels
+constexpr auto agePause = 1h;                         ///< a label becomes an open item because time passes
 
 /// The recipient of a label. The log does not tell where the company ends and the street begins: a street that does not
 /// begin like a street stays empty, so that the clerk enters it.
@@ -72,7 +73,7 @@ OpenItemsScreen::OpenItemsScreen(AppState &app, MailingLogScreen &log, RecordsSc
     buildOn(tracking);
     connect(&app.log, &ShipmentLog::recordsChanged, this, &OpenItemsScreen::touch);
     connect(&app, &AppState::labelsNoted, this, &OpenItemsScreen::touch);
-    connect(&tracking, &TrackingWatch::learned, this, &OpenItemsScreen::touch);
+    connect(&tracking, &TrackingWatch::learned, this, &OpenItemsScreen::touchSoon);
     connect(this, &OpenItemsScreen::itemsChanged, this, &OpenItemsScreen::changed);
 }
 
@@ -91,6 +92,21 @@ void OpenItemsScreen::stop()
 {
     m_isStarted = false;
     m_app.platform.clock.cancel(m_timer);
+    m_app.platform.clock.cancel(std::exchange(m_soon, 0));
+}
+
+/// For changes that come by the second: each list reads the log, and others wait meanwhile.
+void OpenItemsScreen::touchSoon()
+{
+    if (!m_isStarted || m_soon)
+        return;
+    Clock &clock = m_app.platform.clock;
+    const std::chrono::milliseconds past(m_builtAt.isValid() ? m_builtAt.msecsTo(clock.steadyNow())
+                                                             : learnPause.count());
+    if (past >= learnPause)
+        touch();
+    else
+        m_soon = clock.after(learnPause - past, [this] { touch(); });
 }
 
 void OpenItemsScreen::touch()
@@ -122,6 +138,7 @@ std::optional<OpenItem> OpenItemsScreen::lateCopy() const
 Task<> OpenItemsScreen::rebuild()
 {
     m_isStale = true;
+    m_app.platform.clock.cancel(std::exchange(m_soon, 0));
     if (std::exchange(m_isBuilding, true))
         co_return;
     bool hasLabels = false;
@@ -159,6 +176,7 @@ Task<> OpenItemsScreen::rebuild()
         emit itemsChanged();
     }
     m_isBuilding = false;
+    m_builtAt = m_app.platform.clock.steadyNow();
     wake(hasLabels);
 }
 

@@ -60,6 +60,7 @@ signals:
 private:
     Task<> rebuild();
     void touch();
+    void touchSoon();
     void wake(bool hasLabels);
     std::optional<OpenItem> lateCopy() const;
 
@@ -71,7 +72,8 @@ private:
     std::optional<OpenItem> m_takenOff; ///< last
     bool m_isStarted = false;
     bool m_isBuilding = false, m_isStale = false;
-    quint64 m_timer = 0;
+    quint64 m_timer = 0, m_soon = 0;
+    QDateTime m_builtAt; ///< the steady time of the last list
     QPropertyNotifier m_shownWatch, m_searchWatch, m_copiesWatch;
 };
 

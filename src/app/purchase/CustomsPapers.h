@@ -24,6 +24,11 @@ constexpr bool isMissing(PapersOutcome outcome)
            outcome == PapersOutcome::printFailed;
 }
 
+constexpr bool isOnPaper(PapersOutcome outcome)
+{
+    return outcome == PapersOutcome::printed || outcome == PapersOutcome::opened;
+}
+
 /// The customs papers of a parcel after an attempt to get and print them.
 struct PapersResult {
     PapersOutcome outcome = PapersOutcome::none;

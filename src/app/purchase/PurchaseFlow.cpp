@@ -190,26 +190,30 @@ Task<PurchaseResult> PurchaseFlow::complete(OpenPurchase purchase, std::optional
         if (!record.zpl)
             record.zpl = co_await fetchLabel(entry);
     } catch (const AppError &error) {
-        fetchFailure = m_app.recorded(delivery.printsLabel ? u"Print Label"_s : u"Fetch Label"_s, error, Popup::no);
+        fetchFailure = m_app.recorded(delivery.prints ? u"Print Label"_s : u"Fetch Label"_s, error, Popup::no);
     }
     if (record.zpl)
         co_await save(entry); // the label is not downloaded again if the program ends now
     if (!fetchFailure.isEmpty())
         result.label.text = fetchFailure;
     LabelDoubts doubts;
-    if (record.zpl && (delivery.printsLabel || !entry.isUnreadable)) // otherwise the parcel is unknown
+    if (record.zpl && (delivery.prints || !entry.isUnreadable)) // otherwise the parcel is unknown
         doubts = co_await doubtsAbout(*record.zpl, {parcelOf(m_app, entry)});
     result.verdict = doubts.verdict;
-    const bool isHeld = delivery.printsLabel && !doubts.isEmpty();
-    if (delivery.printsLabel && fetchFailure.isEmpty() && !isHeld)
+    const bool isHeld = delivery.prints && !doubts.isEmpty();
+    if (delivery.prints && fetchFailure.isEmpty() && !isHeld)
         result.label = co_await printLabelOf(entry);
     entry.printed = entry.printed || result.label.isPrinted;
 
     result.papers = co_await papersOf(entry, delivery);
     if (result.papers.document)
         record.customsPDF = result.papers.document;
-    if (isMissing(result.papers.outcome))
+    if (isOnPaper(result.papers.outcome)) {
+        entry.printsPapers = false;
+        co_await onPool(m_app.journal, &PurchaseJournal::markPapersPrinted, entry.id);
+    } else if (isMissing(result.papers.outcome) || (record.isIntl && entry.printsPapers)) {
         co_await noteEvent(m_app, {record.transactionID}, LabelEvent::papersFailed);
+    }
     co_await save(entry);
     result.isLogged = co_await log(entry, doubts.verdict, begun);
     if (isHeld) { // asked last: the label is in the log, however long the clerk takes
@@ -338,14 +342,15 @@ Task<LabelResult> PurchaseFlow::printHeldLabelOf(OpenPurchase purchase, LabelDou
 Task<PapersResult> PurchaseFlow::papersOf(OpenPurchase purchase, Delivery delivery)
 {
     const ShipmentRecord &record = purchase.record;
+    const bool isPrinting = delivery.prints && purchase.printsPapers;
     if (!record.isIntl)
         co_return PapersResult{};
     if (record.carrier == carrierInfo(Carrier::fedex).displayName) {
         if (record.customsPDF)
             co_return PapersResult{.outcome = PapersOutcome::kept, .document = record.customsPDF};
-        co_return co_await m_papers.fetchFedexInvoice(record.customsDocURL, delivery.printsPapers);
+        co_return co_await m_papers.fetchFedexInvoice(record.customsDocURL, isPrinting);
     }
-    if (delivery.printsPapers)
+    if (isPrinting)
         co_return co_await m_papers.printInvoice(delivery.drawn);
     co_return delivery.drawn;
 }

@@ -45,8 +45,7 @@ struct PurchaseResult {
 
 /// What happens to the label and the papers of a purchase.
 struct Delivery {
-    bool printsLabel = false;
-    bool printsPapers = false;
+    bool prints = false;     ///< the label, and the papers if they are wanted on paper
     PapersResult drawn = {}; ///< the commercial invoice of a USPS parcel that goes abroad
 };
 

@@ -22,10 +22,11 @@
 
 namespace parcelory {
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 
 namespace {
 
-constexpr int pauseAfterFailure = 3600; // seconds
+constexpr auto pauseAfterFailure = 1h, pauseAfterCopy = 24h;
 constexpr qint64 lateSeconds = 3 * 24 * 3600;
 
 QString agoText(qint64 seconds)
@@ -171,23 +172,53 @@ Task<> RecordsScreen::start()
 {
     co_await list();
     co_await onPool([&log = m_app.log, known = RecordCopies::headsOf(copies), cancel = m_cancel] {
-        return log.sealOlder(known, cancel) && log.indexForExport();
+        return log.sealOlder(known, cancel) && log.addIndexes();
     });
     connect(&m_app.log, &ShipmentLog::recordsChanged, this, [this] { spawn([this] { return copyDaily(); }); });
     co_await copyDaily();
 }
 
-/// Makes the copy of the day unless it was made, or failed within the last hour.
 Task<> RecordsScreen::copyDaily()
 {
-    const QDateTime now = m_app.platform.clock.now(), steady = m_app.platform.clock.steadyNow();
-    const auto isOfToday = [&now](const RecordCopy &copy) {
-        return copy.isGood() && copy.reason == wordOf(CopyReason::daily) &&
-               copy.madeAt.toLocalTime().date() == now.date();
+    const QPointer alive(this);
+    co_await copyIfDue();
+    if (alive)
+        waitForNextCopy();
+}
+
+/// Without a change of the log, nothing else would start a copy. Parcelory may stay open for days.
+void RecordsScreen::waitForNextCopy()
+{
+    Clock &clock = m_app.platform.clock;
+    clock.cancel(m_nextCopy);
+    if (m_cancel.isCanceled())
+        return;
+    Clock::Duration pause = pauseAfterFailure;
+    if (const std::optional<QDateTime> last = copyOfToday())
+        pause =
+            std::max<Clock::Duration>(pause, pauseAfterCopy - std::chrono::milliseconds(last->msecsTo(clock.now())));
+    m_nextCopy = clock.after(pause, [this] { spawn([this] { return copyDaily(); }); });
+}
+
+/// When the daily copy of today was made.
+std::optional<QDateTime> RecordsScreen::copyOfToday() const
+{
+    const QDate today = m_app.platform.clock.now().date();
+    const auto isOfToday = [today](const RecordCopy &copy) {
+        return copy.isGood() && copy.reason == wordOf(CopyReason::daily) && copy.madeAt.toLocalTime().date() == today;
     };
-    const bool isRecent = m_triedAt.isValid() && m_triedAt.secsTo(steady) < pauseAfterFailure;
-    const bool isDamaged = restore.isDamaged();
-    if (isRecent || isDamaged || std::ranges::any_of(copies.value(), isOfToday))
+    const QList<RecordCopy> &all = copies.value();
+    const auto found = std::ranges::find_if(all, isOfToday);
+    return found == all.end() ? std::nullopt : std::optional(found->madeAt);
+}
+
+/// Makes the copy of the day unless it was made, or failed within the last hour.
+Task<> RecordsScreen::copyIfDue()
+{
+    const QDateTime steady = m_app.platform.clock.steadyNow();
+    const bool isRecent =
+        m_triedAt.isValid() && std::chrono::milliseconds(m_triedAt.msecsTo(steady)) < pauseAfterFailure;
+    if (isRecent || restore.isDamaged() || copyOfToday())
         co_return;
     m_triedAt = steady;
     co_await copyNow(CopyReason::daily);
@@ -221,7 +252,8 @@ Task<> RecordsScreen::chooseFolder()
     const QString path = co_await m_app.platform.prompts.openFolder(u"Choose the Folder for Copies"_s);
     if (path.isEmpty())
         co_return;
-    if (!QFileInfo(path).isWritable()) {
+    const bool isWritable = co_await onPool([path] { return QFileInfo(path).isWritable(); });
+    if (!isWritable) {
         message = u"The copies folder can't be written — choose another one."_s;
         co_return;
     }
@@ -243,6 +275,7 @@ Task<> RecordsScreen::openFolder()
 
 void RecordsScreen::cancel()
 {
+    m_app.platform.clock.cancel(m_nextCopy);
     m_cancel.cancel();
     m_verifying.cancel();
 }

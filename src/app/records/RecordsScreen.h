@@ -59,7 +59,8 @@ public:
     bool isLate() const;
 
     /// At the start: seals and indexes rows of an older log, lists the copies, and makes the copy of the day. From then
-    /// on, the first change of the mailing log on a day makes the copy of that day.
+    /// on, the first change of the mailing log on a day makes the copy of that day; without one it is made a day after
+    /// the last, and tried again an hour after a failure.
     Task<> start();
     Task<> copyNow(CopyReason reason = CopyReason::byHand);
     Task<> chooseFolder();
@@ -78,15 +79,19 @@ signals:
 private:
     void takeRestore(const RestoreOutcome &outcome);
     Task<> copyDaily();
+    Task<> copyIfDue();
+    void waitForNextCopy();
+    std::optional<QDateTime> copyOfToday() const;
     Task<> list();
 
     AppState &m_app;
     CancelToken m_cancel;    ///< of the work of the whole run
     CancelToken m_verifying; ///< of the comparison
     QPropertyNotifier m_listWatch;
-    QDateTime m_triedAt; ///< the steady time of the last daily copy, which may have failed
-    int m_lists = 0;     ///< how often the copies were listed
-    int m_shownList = 0; ///< which of these lists is shown
+    quint64 m_nextCopy = 0; ///< the timer of the next daily copy
+    QDateTime m_triedAt;    ///< the steady time of the last daily copy, which may have failed
+    int m_lists = 0;        ///< how often the copies were listed
+    int m_shownList = 0;    ///< which of these lists is shown
 };
 
 } // namespace parcelory

@@ -109,15 +109,18 @@ QByteArray about(const AppState &app, const QString &version, const QDateTime &n
 QByteArray settings(const Preferences &stored)
 {
     Lines lines;
-    for (const Setting<bool> *setting : {&settings::rotate180, &settings::desklineRemember,
-                                         &settings::showAddressSidebar, &settings::labelWindowUpright})
+    for (const Setting<bool> *setting :
+         {&settings::rotate180, &settings::desklineRemember, &settings::showAddressSidebar,
+          &settings::labelWindowUpright, &settings::asksForTracking, &settings::spendGuardOn,
+          &settings::spendGuardNamesCheaper, &settings::spendGuardWantsReference})
         lines.add(setting->key, yesOrNo(read(stored, *setting)));
     for (const Setting<QString> *setting :
          {&settings::zebraQueue, &settings::documentQueue, &settings::shippoActiveKeyName, &settings::copiesFolder,
           &settings::senderFallbackEmail, &settings::senderFallbackPhone, &settings::signInName})
         lines.add(setting->key, read(stored, *setting).isEmpty() ? u"not set"_s : u"set"_s);
     for (const Setting<QStringList> *setting :
-         {&settings::turnedQueues, &settings::shippoKeyNames, &settings::mailpieceByWeight, &settings::customsSigners})
+         {&settings::turnedQueues, &settings::shippoKeyNames, &settings::mailpieceByWeight, &settings::customsSigners,
+          &settings::rulesOff})
         lines.add(setting->key, read(stored, *setting).size());
     return lines.bytes();
 }

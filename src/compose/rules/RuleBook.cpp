@@ -1,7 +1,10 @@
 #include "compose/rules/RuleBook.h"
 
+#include "compose/Services.h"
+#include "core/CountryCode.h"
 #include "core/Json.h"
 #include "core/RecordField.h"
+#include "core/UsStates.h"
 
 #include <QFile>
 
@@ -91,6 +94,30 @@ void requireWords(const QStringList &words, const QStringList &known)
     }
 }
 
+/// A misspelled name would make a rule silent, or let it speak about what it excepts.
+void requireNames(const std::optional<QStringList> &names, const QString &kind, bool (*isKnown)(const QString &))
+{
+    for (const QString &name : names.value_or(QStringList())) {
+        if (!isKnown(name))
+            throw DecodeError(u"\"%1\" is no known %2"_s.arg(name, kind));
+    }
+}
+
+bool isService(const QString &name)
+{
+    return serviceClassFrom(name).has_value();
+}
+
+bool isCountry(const QString &name)
+{
+    return CountryCode::find(name) == name;
+}
+
+bool isState(const QString &name)
+{
+    return std::ranges::find(usStates(), name, &std::pair<const QString, QString>::second) != usStates().end();
+}
+
 Rule ruleOf(const Json &json)
 {
     requireKnownKeys<RuleText>(json);
@@ -105,6 +132,11 @@ Rule ruleOf(const Json &json)
     if (text.when.carrier)
         requireWords({*text.when.carrier}, knownCarriers);
     requireWords(text.when.contents.value_or(QStringList()), knownContents);
+    for (const auto &services : {text.when.services, text.when.exceptServices})
+        requireNames(services, u"service"_s, isService);
+    for (const auto &countries : {text.when.countries, text.when.exceptCountries})
+        requireNames(countries, u"country"_s, isCountry);
+    requireNames(text.when.states, u"state"_s, isState);
     return {.id = text.id,
             .group = text.group,
             .text = text.text,
@@ -225,12 +257,15 @@ RuleBook RuleBook::parse(const QByteArray &json)
     }
 }
 
-void RuleBook::setInsurerExclusion(const QString &text)
+void RuleBook::setInsurerExclusion(const QString &text, const std::optional<QStringList> &contents)
 {
     if (text.isEmpty())
         rules.removeIf([](const Rule &rule) { return rule.text == insurerSlot; });
-    for (Rule &rule : rules)
+    for (Rule &rule : rules) {
+        if (contents && rule.text.contains(insurerSlot))
+            rule.when.contents = contents;
         rule.text.replace(insurerSlot, text);
+    }
 }
 
 QList<Rule> RuleBook::advise(const RuleParcel &parcel, const QStringList &off) const

@@ -139,8 +139,9 @@ struct RuleBook {
     /// Throws RuleFileError. A key or a word that this version does not know makes the whole file unusable, because the
     /// rule would say something else than meant.
     static RuleBook parse(const QByteArray &json);
-    /// Puts in what the company's insurer excludes; without such a text, leaves out the rule that would say it.
-    void setInsurerExclusion(const QString &text);
+    /// Puts in what the company's insurer excludes, and of which contents; without such a text, leaves out the rule
+    /// that would say it.
+    void setInsurerExclusion(const QString &text, const std::optional<QStringList> &contents = {});
     /// The rules that apply to the parcel, the most severe first, without those of the ids in `off`.
     QList<Rule> advise(const RuleParcel &parcel, const QStringList &off) const;
 };

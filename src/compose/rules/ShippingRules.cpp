@@ -1,6 +1,7 @@
 #include "compose/rules/ShippingRules.h"
 
 #include "core/AppError.h"
+#include "core/Deployment.h"
 #include "core/SettingsKeys.h"
 #include "core/ports/Preferences.h"
 
@@ -43,6 +44,11 @@ Reading newerRules(const QString &path, const QDate &builtIn)
     }
 }
 
+void putCompanyInto(RuleBook &book, const Deployment &company)
+{
+    book.setInsurerExclusion(company.insurerExclusion.value_or(QString()), company.insurerExcludes);
+}
+
 } // namespace
 
 QString ruleDayText(const QDate &day)
@@ -53,7 +59,7 @@ QString ruleDayText(const QDate &day)
 ShippingRules::ShippingRules(Platform &platform) : m_platform(platform)
 {
     RuleBook compiled = RuleBook::builtIn();
-    compiled.setInsurerExclusion(platform.deployment.insurerExclusion.value_or(QString()));
+    putCompanyInto(compiled, platform.deployment);
     book = compiled;
     off = read(platform.preferences, settings::rulesOff);
     m_offWatch = off.addNotifier([this] { write(m_platform.preferences, settings::rulesOff, off); });
@@ -66,7 +72,7 @@ Task<> ShippingRules::load()
     refusal = found.refusal;
     if (!found.book)
         co_return;
-    found.book->setInsurerExclusion(m_platform.deployment.insurerExclusion.value_or(QString()));
+    putCompanyInto(*found.book, m_platform.deployment);
     book = *found.book;
     isBuiltIn = false;
 }

@@ -1,7 +1,8 @@
 #include "ui/log/OpenItemsTable.h"
 
 #include "app/openitems/OpenItemTexts.h"
-#include "core/Text.h"
+#include "core/Task.h"
+#include "ui/log/OpenItemCells.h"
 #include "ui/theme/Icons.h"
 #include "ui/theme/Theme.h"
 #include "ui/theme/Tokens.h"
@@ -12,19 +13,18 @@
 #include <QMenu>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QPointer>
 
 #include <algorithm>
 #include <cstddef>
-#include <numeric>
 #include <utility>
 #include <vector>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;
+using namespace OpenItemCells;
 
 namespace {
-
-enum Column { mark, what, recipient, tracking, age, step, columnTotal };
 
 constexpr int itemHeight = 42, buttonHeight = 28, glyph = 16, markSize = 20;
 constexpr int secondRole = RowTable::idRole + 1; ///< a cell's second line
@@ -39,84 +39,6 @@ const Look looks[columnTotal] = {{u""_s, 40},           {u"What is open"_s, 0},
                                  {u"Recipient"_s, 250}, {u"Tracking ID"_s, 250},
                                  {u"Age"_s, 118},       {u"Next step"_s, 166}};
 
-QString iconOf(OpenReason reason)
-{
-    switch (reason) {
-    case OpenReason::refundRejected:
-    case OpenReason::refundUndecided:
-        return u"ui_refund"_s;
-    case OpenReason::refundUrgent:
-        return u"ui_error"_s;
-    case OpenReason::returned:
-        return u"ui_home"_s;
-    case OpenReason::otherZip:
-        return u"ui_flag"_s;
-    case OpenReason::customsPapers:
-        return u"ui_document"_s;
-    case OpenReason::labelUnchecked:
-        return u"ui_qr"_s;
-    case OpenReason::noMovement:
-        return u"service_usps_tracking"_s;
-    case OpenReason::lateCopy:
-        return u"ui_shield"_s;
-    default:
-        return u"ui_status"_s;
-    }
-}
-
-QString iconOf(OpenStep step)
-{
-    switch (step) {
-    case OpenStep::track:
-        return u"ui_external"_s;
-    case OpenStep::refund:
-        return u"ui_refund"_s;
-    case OpenStep::checkStatus:
-        return u"ui_status"_s;
-    case OpenStep::fillLabel:
-        return u"ui_edit"_s;
-    case OpenStep::customsDocs:
-        return u"ui_document"_s;
-    case OpenStep::reprint:
-        return u"ui_printer"_s;
-    case OpenStep::copyNow:
-        return u"ui_copy"_s;
-    }
-    return {};
-}
-
-QString firstLine(const OpenItem &item, int column)
-{
-    switch (column) {
-    case what:
-        return OpenItemTexts::title(item);
-    case recipient:
-        return item.label.recipientName();
-    case tracking:
-        return groupsOfFour(item.label.tracking);
-    case age:
-        return OpenItemTexts::age(item);
-    case step:
-        return OpenItemTexts::step(stepOf(item.reason));
-    default:
-        return {};
-    }
-}
-
-QString secondLine(const OpenItem &item, int column)
-{
-    switch (column) {
-    case what:
-        return OpenItemTexts::detail(item);
-    case recipient:
-        return OpenItemTexts::place(item.label);
-    case age:
-        return item.label.createdAt.toString(u"MM/dd/yy"_s);
-    default:
-        return {};
-    }
-}
-
 } // namespace
 
 /// Texts are made for the rows that are seen: the list may have thousands.
@@ -124,11 +46,11 @@ class OpenItemsTable::Model : public QAbstractTableModel {
 public:
     using QAbstractTableModel::QAbstractTableModel;
 
-    void setItems(const QList<OpenItem> &items)
+    void setItems(const QList<OpenItem> &items, const std::vector<qsizetype> &order)
     {
         beginResetModel();
         m_items = items;
-        sortRows();
+        m_order = order;
         endResetModel();
     }
     int rowCount(const QModelIndex &parent = {}) const override { return parent.isValid() ? 0 : int(m_items.size()); }
@@ -167,46 +89,10 @@ public:
             return u"Kind"_s;
         return role == Qt::DisplayRole ? QVariant(looks[section].title) : QVariant();
     }
-    /// Falling age is the order in which the items come.
-    void sort(int column, Qt::SortOrder order) override
-    {
-        beginResetModel();
-        m_column = column;
-        m_sortOrder = order;
-        sortRows();
-        endResetModel();
-    }
 
 private:
-    void sortRows()
-    {
-        m_order.clear();
-        const bool isFalling = m_sortOrder == Qt::DescendingOrder;
-        if (m_column == age && isFalling)
-            return;
-        m_order.resize(std::size_t(m_items.size()));
-        std::iota(m_order.begin(), m_order.end(), qsizetype(0));
-        if (m_column == age) {
-            std::ranges::reverse(m_order);
-            return;
-        }
-        std::vector<QString> keys;
-        keys.reserve(m_order.size());
-        for (const OpenItem &item : m_items)
-            keys.push_back(m_column == mark ? QString(QChar(u'a' + int(item.reason)))
-                                            : firstLine(item, m_column).toCaseFolded());
-        std::ranges::sort(m_order, [&](qsizetype left, qsizetype right) {
-            const QString &one = keys[std::size_t(left)], &other = keys[std::size_t(right)];
-            if (one == other)
-                return left < right;
-            return isFalling ? other < one : one < other;
-        });
-    }
-
     QList<OpenItem> m_items;        ///< oldest first
     std::vector<qsizetype> m_order; ///< empty: as they come
-    int m_column = age;
-    Qt::SortOrder m_sortOrder = Qt::DescendingOrder;
 };
 
 class OpenItemsTable::Delegate : public RowDelegate {
@@ -305,13 +191,36 @@ OpenItemsTable::OpenItemsTable(QWidget *parent)
     horizontalHeader()->setSectionResizeMode(what, QHeaderView::Stretch);
     horizontalHeader()->setSortIndicator(age, Qt::DescendingOrder);
     makeSortable();
+    connect(horizontalHeader(), &QHeaderView::sortIndicatorChanged, this,
+            [this] { spawn([this] { return arrange(true); }); });
     connect(selectionModel(), &QItemSelectionModel::selectionChanged, this, &RowTable::chosenChanged);
     connect(this, &RowTable::viewRequested, this, &OpenItemsTable::stepRequested);
 }
 
 void OpenItemsTable::setItems(const QList<OpenItem> &items)
 {
-    replaceRows([&] { m_model->setItems(items); });
+    m_items = items;
+    spawn([this] { return arrange(false); });
+}
+
+/// Thousands of texts are compared on the thread pool; until then, the rows stay as they are.
+Task<> OpenItemsTable::arrange(bool showsStart)
+{
+    const int arrangement = ++m_arrangements;
+    const int column = horizontalHeader()->sortIndicatorSection();
+    const bool isFalling = horizontalHeader()->sortIndicatorOrder() == Qt::DescendingOrder;
+    std::vector<qsizetype> order;
+    if (column == age) {
+        order = orderOf(m_items, column, isFalling);
+    } else {
+        const QPointer alive(this);
+        order = co_await onPool([items = m_items, column, isFalling] { return orderOf(items, column, isFalling); });
+        if (!alive || arrangement != m_arrangements)
+            co_return;
+    }
+    replaceRows([&] { m_model->setItems(m_items, order); });
+    if (showsStart)
+        showStart();
 }
 
 void OpenItemsTable::setBusy(bool busy)
@@ -357,30 +266,34 @@ void OpenItemsTable::keyPressEvent(QKeyEvent *event)
         RowTable::keyPressEvent(event);
 }
 
-bool OpenItemsTable::isOnButton(const QPoint &place) const
+/// The item whose button is there.
+std::optional<qint64> OpenItemsTable::buttonAt(const QPoint &place) const
 {
     const QModelIndex index = indexAt(place);
-    return index.column() == step && Delegate::buttonPlace(visualRect(index)).contains(place);
+    if (index.column() != step || !Delegate::buttonPlace(visualRect(index)).contains(place))
+        return std::nullopt;
+    return index.siblingAtColumn(0).data(idRole).toLongLong();
 }
 
 void OpenItemsTable::mousePressEvent(QMouseEvent *event)
 {
     RowTable::mousePressEvent(event);
-    m_pressed = event->button() == Qt::LeftButton && isOnButton(event->pos()) ? indexAt(event->pos()) : QModelIndex();
+    m_pressed = event->button() == Qt::LeftButton ? buttonAt(event->pos()) : std::nullopt;
 }
 
 void OpenItemsTable::mouseReleaseEvent(QMouseEvent *event)
 {
     RowTable::mouseReleaseEvent(event);
-    const QPersistentModelIndex pressed = std::exchange(m_pressed, QPersistentModelIndex());
-    if (pressed.isValid() && pressed == indexAt(event->pos()) && isOnButton(event->pos()) && !m_delegate->isBusy)
+    // Not a place in the list: the list may be built anew between press and release.
+    const std::optional<qint64> pressed = std::exchange(m_pressed, std::nullopt);
+    if (pressed && pressed == buttonAt(event->pos()) && chosen().toLongLong() == *pressed && !m_delegate->isBusy)
         emit stepRequested();
 }
 
 void OpenItemsTable::mouseDoubleClickEvent(QMouseEvent *event)
 {
     RowTable::mouseDoubleClickEvent(event);
-    if (event->button() == Qt::LeftButton && indexAt(event->pos()).isValid() && !isOnButton(event->pos()))
+    if (event->button() == Qt::LeftButton && indexAt(event->pos()).isValid() && !buttonAt(event->pos()))
         emit showRequested();
 }
 

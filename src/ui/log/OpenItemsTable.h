@@ -1,9 +1,10 @@
 #pragma once
 
+#include "core/Task.h"
 #include "records/OpenItems.h"
 #include "ui/parts/RowTable.h"
 
-#include <QPersistentModelIndex>
+#include <optional>
 
 namespace parcelory {
 
@@ -36,12 +37,15 @@ private:
     class Delegate;
 
     void fitName();
-    bool isOnButton(const QPoint &place) const;
+    std::optional<qint64> buttonAt(const QPoint &place) const;
+    Task<> arrange(bool showsStart);
 
     Model *m_model;
     Delegate *m_delegate;
+    QList<OpenItem> m_items;         ///< oldest first
+    int m_arrangements = 0;          ///< asked for; only the last one counts
     int m_fitted = 0;                ///< the width of the names, unless the clerk has changed it
-    QPersistentModelIndex m_pressed; ///< the button under a press of the mouse
+    std::optional<qint64> m_pressed; ///< the item whose button is under a press of the mouse
 };
 
 } // namespace parcelory

@@ -18,6 +18,7 @@ TEST(AccountDifferences, EveryLabelThatDiffersIsNamedOnce)
         int minutes; ///< when it was bought, before or after the account was asked
         std::optional<DifferenceKind> expected;
         bool isKnown = false, isCut = false;
+        bool isAskedLater = false; ///< the refund, after the account was asked
     };
     using enum DifferenceKind;
     const QString printed = u"PRINTED"_s, success = u"SUCCESS"_s;
@@ -30,7 +31,10 @@ TEST(AccountDifferences, EveryLabelThatDiffersIsNamedOnce)
         {printed, 7.12, u"REFUNDPENDING"_s, 9, -9, refundedThere},
         {u"REFUND_PENDING"_s, 7.12, u"REFUNDED"_s, 7.12, -9, {}},
         {u"REFUND_ERROR"_s, 7.12, u"REFUNDED"_s, 7.12, -9, refundedThere},
-        {u"REFUND_PENDING"_s, 7.12, success, 7.12, -9, {}},
+        {u"REFUND_PENDING"_s, 7.12, success, 7.12, -9, refundedHere},
+        {u"REFUNDED"_s, 7.12, success, 7.12, -9, refundedHere},
+        {u"REFUND_PENDING"_s, 7.12, success, 7.12, -9, {}, false, false, true},
+        {u"REFUND_PENDING"_s, 7.12, u"REFUNDREJECTED"_s, 7.12, -9, {}}, // the next check of the status tells it
         {printed, 7.12, {}, 0, -9, notInAccount},
         {printed, 7.12, {}, 0, 0, {}}, // bought after the account was asked
         {printed, 7.12, {}, 0, -9, {}, false, true},
@@ -43,17 +47,20 @@ TEST(AccountDifferences, EveryLabelThatDiffersIsNamedOnce)
     for (const Row &row : rows) {
         SCOPED_TRACE((row.here + u" / "_s + row.account).toStdString());
         const QDateTime bought = noon.addSecs(60 * row.minutes);
-        QList<ShipmentRecord> log;
+        DeskListing desk;
         AccountListing account{.entries = {}, .askedAt = noon, .isCut = row.isCut};
         if (!row.here.isEmpty())
-            log += {.id = 5,
-                    .createdAt = bought,
-                    .postage = row.postage,
-                    .transactionID = transactionId(),
-                    .status = row.here};
+            desk.rows += {.id = 5,
+                          .createdAt = bought,
+                          .postage = row.postage,
+                          .transactionID = transactionId(),
+                          .status = row.here};
+        if (row.isKnown)
+            desk.known += transactionId();
+        desk.refundsAsked.insert(transactionId(), row.isAskedLater ? noon : bought);
         if (!row.account.isEmpty())
             account.entries += {.id = transactionId(), .date = bought, .amount = row.amount, .status = row.account};
-        const auto found = differencesOf(noon.date(), log, account, [&row](const QString &) { return row.isKnown; });
+        const auto found = differencesOf(noon.date(), desk, account);
         ASSERT_EQ(found.size(), row.expected ? 1 : 0);
         if (!row.expected)
             continue;

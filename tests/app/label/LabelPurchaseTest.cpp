@@ -124,9 +124,8 @@ TEST_F(LabelPurchaseTest, AnInvoiceThatCannotBeDrawnStopsNothing)
     purchase.entry.id = runTask(flow.begin(purchase.entry), &clock);
     const SaleResult sale = runTask(flow.request(purchase.entry, purchase.tag()), &clock);
     const PapersResult drawn{.outcome = PapersOutcome::notDrawn, .text = u"no fonts"_s};
-    const PurchaseResult result = runTask(
-        flow.complete(sale.entry, sale.transaction, {.printsLabel = true, .printsPapers = true, .drawn = drawn}),
-        &clock);
+    const PurchaseResult result =
+        runTask(flow.complete(sale.entry, sale.transaction, {.prints = true, .drawn = drawn}), &clock);
     EXPECT_TRUE(result.label.isPrinted && result.isLogged);
     EXPECT_FALSE(result.isComplete());
     EXPECT_TRUE(PurchaseTexts::successLine(result).endsWith(u" (Invoice print failed: no fonts)"_s));

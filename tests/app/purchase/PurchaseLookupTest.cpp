@@ -214,8 +214,18 @@ TEST_F(PurchaseLookupTest, ALabelThatIsFoundLaterIsKeptUntilItIsLoggedOnce)
 
 TEST_F(PurchaseLookupTest, TheJournalHasTheLabelBeforeItPrintsAndKnowsThatItPrinted)
 {
+    const auto arePapersOpen = [this] {
+        return LabelEvents::find(app->log, newest().transactionID, LabelEvent::papersFailed)->has_value();
+    };
     screen().customs = CustomsInfo{.value = u"310"_s};
-    composeAndRate(londonAddress());
+    lose(londonAddress());
+    checkAgain();
+    EXPECT_TRUE(arePapersOpen()) << "a label that is found later prints no papers";
+    ShippoAddress next = londonAddress();
+    next.name = u"Edith Cole"_s;
+    next.street1 = u"2 Strand"_s;
+    screen().customs = CustomsInfo{.value = u"310"_s};
+    composeAndRate(next);
     changeLog(refuseRows);
     bool isKept = false, isPrinted = true;
     processes.behave = [&](const QString &program, const QStringList &) {
@@ -229,6 +239,10 @@ TEST_F(PurchaseLookupTest, TheJournalHasTheLabelBeforeItPrintsAndKnowsThatItPrin
     pressBuy();
     EXPECT_TRUE(isKept && !isPrinted) << banner().toStdString();
     EXPECT_TRUE(app->journal.openPurchases().value(0).printed);
+    restart(); // as if the program had ended there
+    changeLog("DROP TRIGGER refuse");
+    checkAgain();
+    EXPECT_TRUE(newest().recipient.startsWith(next.name) && !arePapersOpen()) << "they were printed with the label";
 }
 
 } // namespace parcelory::test

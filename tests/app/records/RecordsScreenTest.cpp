@@ -31,6 +31,10 @@ protected:
     {
         clock.advance(pause);
         EXPECT_TRUE(app->log.insert(shipmentTo(u"Jo"_s)));
+        endCopy();
+    }
+    void endCopy()
+    {
         settle();
         runUntil([&] { return !records.copying; });
         workPool().waitForDone();
@@ -60,8 +64,22 @@ TEST_F(RecordsScreenTest, CopiesOnceADayAndSaysHowOldTheLastGoodCopyIs)
     EXPECT_EQ(made().size(), 3);
     clock.start = clock.start.addMonths(1);
 
+    clock.advance(24h); // nothing changes
+    endCopy();
+    EXPECT_EQ(made().size(), 4);
+
     folderFile(u"blocked"_s);
     app->copies.setFolder(QDir(platform.dataFolder.filePath(u"blocked"_s)));
+    clock.advance(24h);
+    endCopy();
+    EXPECT_FALSE(records.message.value().isEmpty());
+    records.message = QString();
+    clock.advance(59min);
+    endCopy();
+    EXPECT_TRUE(records.message.value().isEmpty());
+    clock.advance(1min);
+    endCopy();
+    EXPECT_FALSE(records.message.value().isEmpty()) << "tried again";
     finish(records.copyNow());
     EXPECT_EQ(records.message.value(), u"The copy of the records failed — The copies folder can't be written."_s);
     app->copies.setFolder(QDir(platform.dataFolder.filePath(u"Copies"_s)));

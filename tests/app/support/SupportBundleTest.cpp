@@ -128,7 +128,8 @@ TEST_F(SupportDesk, TheBundleTellsWhatFailedAndNothingOfAPersonOrAParcel)
     for (const QString &fact :
          {u"The […] refused the address of […]: HTTP 429, status 404."_s, u"Parcelory: 1.9"_s, u"Labels: 2\n"_s,
           u"Addresses: 2\n"_s, u"Live keys: 1\n"_s, u"Label printer: queue 1\n"_s, u"queue 1: label printer"_s,
-          u"sender.fallbackPhone: set\n"_s, u"program: started"_s, u"tab: My Mailing Log"_s})
+          u"sender.fallbackPhone: set\n"_s, u"log.asksForTracking: yes\n"_s, u"spendGuard.on: no\n"_s,
+          u"rules.off: 0\n"_s, u"program: started"_s, u"tab: My Mailing Log"_s})
         EXPECT_TRUE(text.contains(fact)) << fact.toStdString() << '\n' << text.toStdString();
 }
 
