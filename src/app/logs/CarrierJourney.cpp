@@ -40,7 +40,7 @@ bool storeJourney(AppState &app, const ShipmentRecord &label, const ShippoTrackS
     const QString word = told.isEmpty() ? wordOf(TrackingStatus::unknown) : told;
     const TrackingStatus status = trackingStatusFrom(word);
     return app.log.changeRow(label, [&](Database &db, qint64 id) {
-        const auto journeys = Journeys::between(db, id, id);
+        const auto journeys = Journeys::among(db, {id});
         if (!journeys)
             return false;
         const auto found = journeys->constFind(id);
