@@ -1,6 +1,5 @@
 #include "core/SqliteCopy.h"
 
-#include "core/DiskSync.h"
 #include "core/Sqlite.h"
 
 #include <QElapsedTimer>
@@ -59,14 +58,9 @@ QString copyPages(const Database &from, const Database &to, const Progress &prog
 
 QString copyDatabase(const Database &from, const QString &path, const Progress &progress, const CopyTurn &inTurn)
 {
-    QString failure;
-    {
-        Database to(path);
-        to.exec("PRAGMA synchronous = OFF"); // no thread waits for the disk to be flushed in the turn of the copy
-        failure = copyPages(from, to, progress, inTurn);
-    }
-    const bool isComplete = failure.isEmpty() && !progress.cancelToken().isCanceled();
-    return isComplete && !syncToDisk(path) ? u"the disk could not be written"_s : failure;
+    Database to(path);
+    to.exec("PRAGMA synchronous = OFF"); // no thread waits for the disk to be flushed in the turn of the copy
+    return copyPages(from, to, progress, inTurn);
 }
 
 } // namespace parcelory

@@ -11,8 +11,10 @@
 #include <QFileInfo>
 #include <QSaveFile>
 #include <QSet>
+#include <QTemporaryDir>
 
 #include <algorithm>
+#include <cstdio>
 #include <utility>
 
 namespace parcelory {
@@ -24,6 +26,7 @@ const QString logName = u"mailing_log.sqlite"_s, bookName = u"addresses.sqlite"_
 const QStringList plainFiles{u"sender_profiles.json"_s, u"box_profiles.json"_s};
 const QString manifestName = u"copy.json"_s;
 const QString partial = u".partial"_s; ///< of the folder's name until the copy is complete
+const QString stage = u"Copying-"_s;   ///< beside the records, for databases on their way into that folder
 
 int countOf(const Database &db, const QByteArray &table)
 {
@@ -40,12 +43,32 @@ QString freeName(const QDir &copies, const QString &name)
 }
 
 /// A program that was killed leaves its unfinished copy; no program works on a copy for a day.
-void removeLeftovers(const QDir &copies, const QDateTime &now)
+void removeLeftovers(const QDir &folder, const QString &pattern, const QDateTime &now)
 {
-    for (const QFileInfo &entry : copies.entryInfoList({u'*' + partial}, QDir::Dirs | QDir::NoDotAndDotDot)) {
+    for (const QFileInfo &entry : folder.entryInfoList({pattern}, QDir::Dirs | QDir::NoDotAndDotDot)) {
         if (entry.lastModified().daysTo(now) > 1)
             QDir(entry.filePath()).removeRecursively();
     }
+}
+
+/// Also to another disk, and flushes the file there. Returns what failed.
+QString moveFile(const QString &from, const QString &to, const CancelToken &cancel)
+{
+    if (std::rename(QFile::encodeName(from).constData(), QFile::encodeName(to).constData()) != 0) {
+        constexpr qint64 portion = 2'000'000;
+        QFile source(from), target(to);
+        createPrivateFile(to);
+        if (!source.open(QIODevice::ReadOnly) || !target.open(QIODevice::WriteOnly))
+            return source.isOpen() ? target.errorString() : source.errorString();
+        while (!source.atEnd() && !cancel.isCanceled()) {
+            const QByteArray bytes = source.read(portion);
+            if (bytes.isEmpty() || target.write(bytes) != bytes.size())
+                return bytes.isEmpty() ? source.errorString() : target.errorString();
+        }
+        if (!target.flush())
+            return target.errorString();
+    }
+    return syncToDisk(to) ? QString() : u"the disk could not be written"_s;
 }
 
 QString named(const QString &name, const QString &failure)
@@ -109,7 +132,8 @@ RecordCopy RecordCopies::make(CopyReason reason, const QDateTime &now, const Pro
     RecordCopy copy{.madeAt = now, .reason = wordOf(reason)};
     copy.folder = freeName(copies, now.toString(u"yyyy-MM-dd HH.mm.ss "_s) + copy.reason);
     const QDir folder(copies.filePath(copy.folder + partial));
-    removeLeftovers(copies, now);
+    removeLeftovers(copies, u'*' + partial, now);
+    removeLeftovers(m_records, stage + u'*', now);
     createPrivateFolder(copies);
     createPrivateFolder(folder);
     copy.failure = folder.exists() ? fill(folder, copy, progress) : u"The copies folder can't be written"_s;
@@ -165,12 +189,25 @@ QString RecordCopies::fill(const QDir &folder, RecordCopy &copy, const Progress 
         const Progress part(progress.cancelToken(), [&](qint64 pages, qint64 allPages) {
             [[maybe_unused]] const bool goesOn = progress.report(done + size * pages / allPages, total);
         });
-        if (const QString failure = file.copyTo(folder.filePath(file.name), part); !failure.isEmpty())
+        if (const QString failure = take(file, folder, part); !failure.isEmpty())
             return named(file.name, failure);
         done += size;
     }
     const QString failure = copyPlainFiles(folder);
     return failure.isEmpty() ? describe(folder, copy) : failure;
+}
+
+/// Has the owner copy its file beside the records, and then moves the copy into `folder`: that may be on a slow or
+/// missing disk, and a purchase waits for each portion of the owner's copy. Returns what failed.
+QString RecordCopies::take(const OwnedFile &file, const QDir &folder, const Progress &progress) const
+{
+    const QTemporaryDir staged(m_records.filePath(stage + u"XXXXXX"_s));
+    if (!staged.isValid())
+        return staged.errorString();
+    const QString failure = file.copyTo(staged.filePath(file.name), progress);
+    if (!failure.isEmpty() || progress.cancelToken().isCanceled())
+        return failure;
+    return moveFile(staged.filePath(file.name), folder.filePath(file.name), progress.cancelToken());
 }
 
 /// Returns what failed.
@@ -228,7 +265,7 @@ QString RecordCopies::keepAsTheyAre(const QDir &folder, RecordCopy &copy, const 
         return u"the copies folder can't be written"_s;
     for (const OwnedFile &owned : m_owned) {
         const QString source = m_records.filePath(owned.name), target = folder.filePath(owned.name);
-        const QString damage = owned.copyTo(target, progress);
+        const QString damage = take(owned, folder, progress);
         if (progress.cancelToken().isCanceled())
             return u"it was canceled"_s;
         if (damage.isEmpty())

@@ -115,6 +115,7 @@ private:
     static QString describe(const QDir &folder, RecordCopy &copy);
     QString keepAsTheyAre(const QDir &folder, RecordCopy &copy, const Progress &progress) const;
     QString fill(const QDir &folder, RecordCopy &copy, const Progress &progress) const;
+    QString take(const OwnedFile &file, const QDir &folder, const Progress &progress) const;
     QString copyPlainFiles(const QDir &folder) const;
     bool writeManifest(const QDir &folder, const RecordCopy &copy) const;
 

@@ -70,6 +70,14 @@ TEST(RecordCopies, HoldTheRecordsAndTheLabelsThatAreBoughtMeanwhile)
     EXPECT_TRUE(desk.log.verify({listed.head()})->findings.isEmpty());
     EXPECT_EQ(desk.copies.check(listed), QString());
 
+    const QTemporaryDir otherDisk(u"/dev/shm/copies-XXXXXX"_s); // not on each system
+    desk.copies.setFolder(QDir(otherDisk.isValid() ? otherDisk.path() : desk.target.path()));
+    const RecordCopy distant = desk.copies.make(CopyReason::byHand, noon.addSecs(1));
+    EXPECT_EQ(distant.failure + desk.copies.check(distant), QString());
+    EXPECT_EQ(distant.labels, listed.labels);
+    EXPECT_TRUE(QDir(desk.folder.path()).entryList({u"Copying-*"_s}).isEmpty());
+    desk.copies.setFolder(desk.target);
+
     QFile file(desk.target.filePath(copy.folder + u"/mailing_log.sqlite"_s));
     ASSERT_TRUE(file.open(QIODevice::ReadWrite) && file.seek(file.size() - 1) && file.putChar('x'));
     file.close();

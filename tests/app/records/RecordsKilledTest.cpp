@@ -6,6 +6,7 @@
 #include <QProcess>
 
 #include <csignal>
+#include <cstdio>
 #include <filesystem>
 
 namespace parcelory::test {
@@ -111,6 +112,10 @@ TEST(KilledWithTheRecords, AtAnyPointTheNextStartFindsTheOldOrTheNewOnes)
             records.takeOver(work);
         }
         EXPECT_GT(records.kept, 1);
+        if (asked > 0)
+            std::printf("%s: %d steps; so far %d starts found the old records, %d the restored ones\n",
+                        qUtf8Printable(work), steps, records.kept, records.restored);
+        std::fflush(stdout);
     }
     EXPECT_GT(records.restored, 2) << "a restore that has begun to replace files is completed";
 }
