@@ -101,8 +101,8 @@ void OpenItemsScreen::touchSoon()
     if (!m_isStarted || m_soon)
         return;
     Clock &clock = m_app.platform.clock;
-    const std::chrono::milliseconds past(m_builtAt.isValid() ? m_builtAt.msecsTo(clock.steadyNow())
-                                                             : learnPause.count());
+    const QDateTime now = clock.steadyNow(), last = m_isBuilding ? now : m_builtAt;
+    const std::chrono::milliseconds past(last.isValid() ? last.msecsTo(now) : learnPause.count());
     if (past >= learnPause)
         touch();
     else

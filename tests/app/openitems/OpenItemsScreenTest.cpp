@@ -114,6 +114,7 @@ TEST_F(OpenItemsScreenTest, TakesItemsOffAndDoesTheirNextStep)
     runTask(items.start());
     EXPECT_EQ(listed(), u"Ben REFUND_ENDING, Ana NOT_SCANNED"_s);
     EXPECT_EQ(items.countText(), u"2 open items, oldest first"_s);
+    settlePool(5); // the labels that were added touch the list, too
     int lists = 0;
     QObject::connect(&items, &OpenItemsScreen::itemsChanged, &items, [&lists] { ++lists; });
     for (int label = 0; label < 3; ++label) {
@@ -122,8 +123,8 @@ TEST_F(OpenItemsScreenTest, TakesItemsOffAndDoesTheirNextStep)
     }
     EXPECT_EQ(lists, 0);
     clock.advance(10s);
-    runUntil([&] { return lists == 1; });
-    settlePool();
+    runUntil([&] { return lists > 0; });
+    settlePool(2);
     EXPECT_EQ(lists, 1) << "one list for many labels";
     const OpenItem ben = items.items().first();
     runTask(items.takeOff(ben));
