@@ -26,15 +26,10 @@ const QByteArray labelKind = "label";
 const QByteArray statusKind = "status";
 const QByteArray completeKind = "complete"; ///< all rows of an older log have an entry; belongs to no shipment
 
-/// The columns of each part of a row but the status, in the order of Part. A column that a later version adds needs a
-/// part of its own, so that today's entries stay valid.
-constexpr auto partColumns = "created_at, carrier, service, services, postage, balance, declared_value,"
-                             " recipient, zip11, email, is_intl, tracking, tracking_url,"
-                             " transaction_id, label_url, customs_doc_url, test_mode, zpl,"
-                             " weight, weight_oz, description, reference, group_code";
+/// How many of the sealed columns belong to each part of a row but the status, in the order of Part.
 constexpr int columnsOfPart[] = {1, 3, 3, 4, 2, 4, 1, 5};
-constexpr int statusColumn = 1; ///< and the noted refund
-constexpr int firstPartColumn = 3;
+/// The columns of rowSql().
+constexpr int statusColumn = 1, refundColumn = 2, firstPartColumn = 3;
 
 /// The condition of a row without an entry.
 const QByteArray unsealed = "NOT EXISTS (SELECT 1 FROM log_chain WHERE shipment_id = shipments.id AND kind = 'label')";
@@ -45,34 +40,36 @@ constexpr qsizetype keptBytes = 8;
 /// The latest entry of a shipment ends with its status.
 constexpr auto latestSql = "SELECT parts FROM log_chain WHERE shipment_id = ? ORDER BY position DESC LIMIT 1";
 
-constexpr auto hashMethod = QCryptographicHash::Blake2b_256;
+/// Of a whole hash.
+constexpr qsizetype hashBytes = 32;
 
-void addNumber(QCryptographicHash &hash, qint64 number)
+void addNumber(QByteArray &text, qint64 number)
 {
     const qint64 bytes = qToLittleEndian(number);
-    hash.addData(QByteArrayView(reinterpret_cast<const char *>(&bytes), sizeof bytes));
+    text.append(reinterpret_cast<const char *>(&bytes), sizeof bytes);
 }
 
-/// Adds a value with its type and length, so that no two rows give the same bytes.
-void addValue(QCryptographicHash &hash, const Statement &row, int column)
+void addBytes(QByteArray &text, QByteArrayView bytes)
+{
+    addNumber(text, bytes.size());
+    text.append(bytes);
+}
+
+/// Adds a value with its type and length, so that no two rows give the same bytes. `Row`: a Statement or a NewRow.
+template <class Row>
+void addValue(QByteArray &text, const Row &row, int column)
 {
     const Statement::Kind kind = row.kind(column);
-    addNumber(hash, qint64(kind));
-    if (kind == Statement::Kind::number) {
-        addNumber(hash, std::bit_cast<qint64>(row.real(column)));
-    } else if (kind != Statement::Kind::null) {
-        const QByteArrayView bytes = row.bytes(column);
-        addNumber(hash, bytes.size());
-        hash.addData(bytes);
-    }
+    addNumber(text, qint64(kind));
+    if (kind == Statement::Kind::number)
+        addNumber(text, std::bit_cast<qint64>(row.real(column)));
+    else if (kind != Statement::Kind::null)
+        addBytes(text, row.bytes(column));
 }
 
-QByteArray hashOf(const Statement &row, int column, int count)
+QByteArray hashOf(const QByteArray &text)
 {
-    QCryptographicHash hash(hashMethod);
-    for (const int end = column + count; column < end; ++column)
-        addValue(hash, row, column);
-    return hash.result();
+    return QCryptographicHash::hash(text, QCryptographicHash::Blake2b_256);
 }
 
 QByteArray rowSql(const Database &db)
@@ -80,7 +77,7 @@ QByteArray rowSql(const Database &db)
     const QByteArray refund = ShipmentLogRows::hasTable(db, "label_refunds")
                                   ? "(SELECT word FROM label_refunds WHERE shipment_id = shipments.id)"
                                   : "NULL";
-    return "SELECT id, status, " + refund + ", " + partColumns + " FROM shipments WHERE id = ?";
+    return "SELECT id, status, " + refund + ", " + ShipmentLogRows::sealedColumns + " FROM shipments WHERE id = ?";
 }
 
 /// Moves to a shipment's row; false if it is gone or a statement failed.
@@ -93,44 +90,70 @@ bool moveTo(Statement &row, qint64 shipment)
     return row.step();
 }
 
-QByteArrayList partsOf(const Statement &row)
+/// One hash after the other.
+template <class Row>
+QByteArray partsOf(const Row &row, int column)
 {
-    QByteArrayList hashes;
-    for (int column = firstPartColumn; const int count : columnsOfPart) {
-        hashes += hashOf(row, column, count);
-        column += count;
+    QByteArray hashes, text;
+    for (const int count : columnsOfPart) {
+        text.truncate(0);
+        for (const int end = column + count; column < end; ++column)
+            addValue(text, row, column);
+        hashes += hashOf(text);
     }
     return hashes;
 }
 
-QByteArray keptStatusOf(const Statement &row)
+QByteArrayView hashOfPart(const QByteArray &parts, int part)
 {
-    return hashOf(row, statusColumn, 2).first(keptBytes);
+    return QByteArrayView(parts).sliced(part * hashBytes, hashBytes);
 }
 
-QByteArray keptOf(const QByteArrayList &parts, const Statement &row)
+QByteArray keptStatusOf(const Statement &row)
 {
-    QByteArray kept;
-    for (const QByteArray &part : parts)
-        kept += part.first(keptBytes);
-    return kept + keptStatusOf(row);
+    QByteArray text;
+    addValue(text, row, statusColumn);
+    addValue(text, row, refundColumn);
+    return hashOf(text).first(keptBytes);
+}
+
+QByteArray keptStatusOf(const ShipmentLogRows::NewRow &row)
+{
+    QByteArray text;
+    addValue(text, row, ShipmentLogRows::NewRow::statusColumn);
+    addNumber(text, qint64(Statement::Kind::null)); // no refund is noted yet
+    return hashOf(text).first(keptBytes);
+}
+
+template <class Row>
+RowHashes hashesFrom(const Row &row, int firstColumn)
+{
+    RowHashes hashes{.parts = partsOf(row, firstColumn), .kept = {}};
+    for (int part = 0; part < partCount; ++part)
+        hashes.kept += hashOfPart(hashes.parts, part).first(keptBytes);
+    hashes.kept += keptStatusOf(row);
+    return hashes;
 }
 
 /// `parts` are the whole hashes of the parts that `kept` abbreviates, without the status.
 QByteArray chained(const QByteArray &before, qint64 shipment, const QByteArray &kind, const QByteArray &kept,
-                   const QByteArrayList &parts)
+                   const QByteArray &parts)
 {
-    QCryptographicHash hash(hashMethod);
-    hash.addData(before);
-    addNumber(hash, shipment);
-    for (const QByteArray &value : QByteArrayList{kind, kept} + parts) {
-        addNumber(hash, value.size());
-        hash.addData(value);
-    }
-    return hash.result();
+    QByteArray text = before;
+    addNumber(text, shipment);
+    addBytes(text, kind);
+    addBytes(text, kept);
+    for (int part = 0; part < parts.size() / hashBytes; ++part)
+        addBytes(text, hashOfPart(parts, part));
+    return hashOf(text);
 }
 
 } // namespace
+
+RowHashes hashesOf(const ShipmentLogRows::NewRow &row)
+{
+    return hashesFrom(row, 0);
+}
 
 Sealer::Sealer(Database &db)
     : m_table(tableIn(db)), m_row(db, rowSql(db)), m_latest(db, latestSql),
@@ -151,7 +174,7 @@ Sealer::Table Sealer::tableIn(Database &db)
     return {.isThere = db.exec(schema), .isNew = !hasRows};
 }
 
-bool Sealer::append(qint64 shipment, const QByteArray &kind, const QByteArray &kept, const QByteArrayList &parts)
+bool Sealer::append(qint64 shipment, const QByteArray &kind, const QByteArray &kept, const QByteArray &parts)
 {
     if (!m_last || !m_entry.isPrepared())
         return false;
@@ -167,10 +190,14 @@ bool Sealer::seal(qint64 shipment)
 {
     if (!moveTo(m_row, shipment))
         return false;
-    const QByteArrayList parts = partsOf(m_row);
-    const QByteArray kept = keptOf(parts, m_row);
+    const RowHashes hashes = hashesFrom(m_row, firstPartColumn);
     m_row.reset();
-    return append(shipment, labelKind, kept, parts);
+    return seal(shipment, hashes);
+}
+
+bool Sealer::seal(qint64 shipment, const RowHashes &hashes)
+{
+    return append(shipment, labelKind, hashes.kept, hashes.parts);
 }
 
 bool Sealer::sealStatus(qint64 shipment)
@@ -281,7 +308,7 @@ bool Walk::check(const Statement &entry, Statement &row, Statement &latest)
         finding.recipient = row.text(firstPartColumn + 7);
         finding.tracking = row.text(firstPartColumn + 11);
     }
-    QByteArrayList parts;
+    QByteArray parts;
     if (kind == labelKind) {
         ++m_labels;
         if (!isThere) {
@@ -289,9 +316,9 @@ bool Walk::check(const Statement &entry, Statement &row, Statement &latest)
             add(finding);
             return true; // its hash cannot be computed any more
         }
-        parts = partsOf(row);
-        for (int part = 0; part < parts.size(); ++part) {
-            if (parts[part].first(keptBytes) != kept.mid(part * keptBytes, keptBytes))
+        parts = partsOf(row, firstPartColumn);
+        for (int part = 0; part < partCount; ++part) {
+            if (hashOfPart(parts, part).first(keptBytes) != kept.mid(part * keptBytes, keptBytes))
                 finding.parts += Part(part);
         }
         if (moveTo(latest, shipment) && !latest.bytes(0).endsWith(keptStatusOf(row)))

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "core/Sqlite.h"
+#include "records/ShipmentLogRows.h"
 
 #include <QByteArray>
-#include <QByteArrayList>
 #include <QDateTime>
 #include <QHash>
 #include <QList>
@@ -57,6 +57,14 @@ struct Report {
     bool operator==(const Report &) const = default;
 };
 
+/// What an entry says of a row. Computing it is most of the work of sealing, and any thread may do it.
+struct RowHashes {
+    QByteArray parts; ///< a hash for each part but the status, one after the other
+    QByteArray kept;  ///< the first bytes of these hashes and of the status's
+};
+
+RowHashes hashesOf(const ShipmentLogRows::NewRow &row);
+
 /// Writes entries. Lives within one transaction, and is made before its first row is stored.
 class Sealer {
 public:
@@ -64,6 +72,8 @@ public:
 
     /// Seals a row that was just stored. False if a statement failed.
     [[nodiscard]] bool seal(qint64 shipment);
+    /// The same for a row whose hashes are known: hashesOf() the stored row.
+    [[nodiscard]] bool seal(qint64 shipment, const RowHashes &hashes);
     /// Seals the new status of a row; a row that is gone has none. False if a statement failed.
     [[nodiscard]] bool sealStatus(qint64 shipment);
     /// Marks the chain as complete: from now on, a row without an entry is a finding.
@@ -75,7 +85,7 @@ private:
         bool isNew;
     };
     static Table tableIn(Database &db);
-    bool append(qint64 shipment, const QByteArray &kind, const QByteArray &kept, const QByteArrayList &parts = {});
+    bool append(qint64 shipment, const QByteArray &kind, const QByteArray &kept, const QByteArray &parts = {});
 
     const Table m_table;
     Statement m_row;
