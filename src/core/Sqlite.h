@@ -19,8 +19,14 @@ public:
     /// How long a statement waits for another program's lock before it fails.
     static constexpr auto busyTimeout = std::chrono::seconds(5);
 
+    /// Whether several threads may use the connection at the same time. With one at a time, SQLite locks nothing for
+    /// each value that it reads or binds.
+    enum class Threads { several, oneAtATime };
+
     /// Opens or creates the file. A statement waits for another program's lock for up to `patience`.
-    explicit Database(const QString &path, std::chrono::milliseconds patience = busyTimeout);
+    explicit Database(const QString &path, std::chrono::milliseconds patience = busyTimeout,
+                      Threads threads = Threads::several);
+    Database(const QString &path, Threads threads) : Database(path, busyTimeout, threads) {}
     ~Database();
     Database(const Database &) = delete;
     Database &operator=(const Database &) = delete;
@@ -47,6 +53,7 @@ public:
 
 private:
     const QByteArray m_path;
+    const Threads m_threads;
     std::chrono::milliseconds m_patience;
     sqlite3 *m_db = nullptr;
     bool m_open = false;

@@ -1,9 +1,9 @@
 #include "core/Text.h"
 
-#include <QRegularExpression>
 #include <QTextBoundaryFinder>
 #include <QUtf8StringView>
 
+#include <algorithm>
 #include <charconv>
 #include <iterator>
 #include <optional>
@@ -55,11 +55,24 @@ QString trimBlanks(const QString &text)
     return text.mid(start, end - start);
 }
 
+namespace {
+
+/// True for digits with a point at most and a sign before them: no exponent, no hexadecimal.
+bool isPlainNumber(QStringView text)
+{
+    if (text.startsWith(u'+') || text.startsWith(u'-'))
+        text = text.sliced(1);
+    const auto digits = std::ranges::count_if(text, [](QChar c) { return c >= u'0' && c <= u'9'; });
+    const auto points = std::ranges::count(text, u'.');
+    return digits > 0 && points <= 1 && digits + points == text.size();
+}
+
+} // namespace
+
 std::optional<double> decimal(const QString &text)
 {
-    static const QRegularExpression plain(u"^[+-]?(\\d+\\.?\\d*|\\.\\d+)$"_s);
     const QString trimmed = text.trimmed();
-    if (!plain.match(trimmed).hasMatch())
+    if (!isPlainNumber(trimmed))
         return std::nullopt;
     bool ok = false;
     const double value = trimmed.toDouble(&ok);

@@ -2,10 +2,6 @@
 
 #include "records/ShipmentLogRows.h"
 
-#include <QCryptographicHash>
-#include <QtEndian>
-
-#include <bit>
 #include <utility>
 
 namespace parcelory::LogChain {
@@ -27,62 +23,18 @@ const QByteArray statusKind = "status";
 const QByteArray fetchedKind = "fetched"; ///< the hash of bytes that were downloaded after the purchase, and the status
 const QByteArray completeKind = "complete"; ///< all rows of an older log have an entry; belongs to no shipment
 
-/// The columns of each part of a row but the status, in the order of Part. A column that a later version adds needs a
-/// part of its own, so that today's entries stay valid.
-constexpr auto partColumns = "created_at, carrier, service, services, postage, balance, declared_value,"
-                             " recipient, zip11, email, is_intl, tracking, tracking_url,"
-                             " transaction_id, label_url, customs_doc_url, test_mode, zpl,"
-                             " weight, weight_oz, description, reference, group_code";
-constexpr int columnsOfPart[] = {1, 3, 3, 4, 2, 4, 1, 5};
-constexpr int statusColumn = 1; ///< and the noted refund
-constexpr int firstPartColumn = 3;
-
 /// The condition of a row without an entry.
 const QByteArray unsealed = "NOT EXISTS (SELECT 1 FROM log_chain WHERE shipment_id = shipments.id AND kind = 'label')";
 
-/// An entry keeps so much of each part's hash, to name the part that was changed. The chained hash covers all of it.
-constexpr qsizetype keptBytes = 8;
-
 /// The latest entry of a shipment ends with its status.
 constexpr auto latestSql = "SELECT parts FROM log_chain WHERE shipment_id = ? ORDER BY position DESC LIMIT 1";
-
-constexpr auto hashMethod = QCryptographicHash::Blake2b_256;
-constexpr qsizetype hashBytes = 32;
-
-void addNumber(QCryptographicHash &hash, qint64 number)
-{
-    const qint64 bytes = qToLittleEndian(number);
-    hash.addData(QByteArrayView(reinterpret_cast<const char *>(&bytes), sizeof bytes));
-}
-
-/// Adds a value with its type and length, so that no two rows give the same bytes.
-void addValue(QCryptographicHash &hash, const Statement &row, int column)
-{
-    const Statement::Kind kind = row.kind(column);
-    addNumber(hash, qint64(kind));
-    if (kind == Statement::Kind::number) {
-        addNumber(hash, std::bit_cast<qint64>(row.real(column)));
-    } else if (kind != Statement::Kind::null) {
-        const QByteArrayView bytes = row.bytes(column);
-        addNumber(hash, bytes.size());
-        hash.addData(bytes);
-    }
-}
-
-QByteArray hashOf(const Statement &row, int column, int count)
-{
-    QCryptographicHash hash(hashMethod);
-    for (const int end = column + count; column < end; ++column)
-        addValue(hash, row, column);
-    return hash.result();
-}
 
 QByteArray rowSql(const Database &db)
 {
     const QByteArray refund = ShipmentLogRows::hasTable(db, "label_refunds")
                                   ? "(SELECT word FROM label_refunds WHERE shipment_id = shipments.id)"
                                   : "NULL";
-    return "SELECT id, status, " + refund + ", " + partColumns + " FROM shipments WHERE id = ?";
+    return "SELECT id, status, " + refund + ", " + ShipmentLogRows::sealedColumns + " FROM shipments WHERE id = ?";
 }
 
 /// The downloaded bytes of a shipment, and the position of their latest entry.
@@ -103,43 +55,6 @@ bool moveTo(Statement &row, qint64 shipment)
     row.reset();
     row.bind(1, shipment);
     return row.step();
-}
-
-QByteArrayList partsOf(const Statement &row)
-{
-    QByteArrayList hashes;
-    for (int column = firstPartColumn; const int count : columnsOfPart) {
-        hashes += hashOf(row, column, count);
-        column += count;
-    }
-    return hashes;
-}
-
-QByteArray keptStatusOf(const Statement &row)
-{
-    return hashOf(row, statusColumn, 2).first(keptBytes);
-}
-
-QByteArray keptOf(const QByteArrayList &parts, const Statement &row)
-{
-    QByteArray kept;
-    for (const QByteArray &part : parts)
-        kept += part.first(keptBytes);
-    return kept + keptStatusOf(row);
-}
-
-/// `parts` are the whole hashes of the parts that `kept` abbreviates, without the status.
-QByteArray chained(const QByteArray &before, qint64 shipment, const QByteArray &kind, const QByteArray &kept,
-                   const QByteArrayList &parts)
-{
-    QCryptographicHash hash(hashMethod);
-    hash.addData(before);
-    addNumber(hash, shipment);
-    for (const QByteArray &value : QByteArrayList{kind, kept} + parts) {
-        addNumber(hash, value.size());
-        hash.addData(value);
-    }
-    return hash.result();
 }
 
 } // namespace
@@ -163,7 +78,7 @@ Sealer::Table Sealer::tableIn(Database &db)
     return {.isThere = db.exec(schema), .isNew = !hasRows};
 }
 
-bool Sealer::append(qint64 shipment, const QByteArray &kind, const QByteArray &kept, const QByteArrayList &parts)
+bool Sealer::append(qint64 shipment, const QByteArray &kind, const QByteArray &kept, const QByteArray &parts)
 {
     if (!m_last || !m_entry.isPrepared())
         return false;
@@ -179,10 +94,14 @@ bool Sealer::seal(qint64 shipment)
 {
     if (!moveTo(m_row, shipment))
         return false;
-    const QByteArrayList parts = partsOf(m_row);
-    const QByteArray kept = keptOf(parts, m_row);
+    const RowHashes hashes = hashesOf(m_row);
     m_row.reset();
-    return append(shipment, labelKind, kept, parts);
+    return seal(shipment, hashes);
+}
+
+bool Sealer::seal(qint64 shipment, const RowHashes &hashes)
+{
+    return append(shipment, labelKind, hashes.kept, hashes.parts);
 }
 
 bool Sealer::sealStatus(qint64 shipment)
@@ -201,7 +120,7 @@ bool Sealer::sealFetched(qint64 shipment)
     if (!moveTo(m_fetched, shipment))
         return false;
     const bool isThere = m_fetched.kind(0) != Statement::Kind::null;
-    const QByteArray hash = hashOf(m_fetched, 0, 1);
+    const QByteArray hash = hashOf(m_fetched, 0);
     m_fetched.reset();
     if (!isThere || !moveTo(m_row, shipment))
         return !isThere;
@@ -323,7 +242,7 @@ bool Walk::check(const Statement &entry, Statement &row, Statement &latest, Stat
         finding.recipient = row.text(firstPartColumn + 7);
         finding.tracking = row.text(firstPartColumn + 11);
     }
-    QByteArrayList parts;
+    QByteArray parts;
     if (kind == labelKind) {
         ++m_labels;
         if (!isThere) {
@@ -332,8 +251,8 @@ bool Walk::check(const Statement &entry, Statement &row, Statement &latest, Stat
             return true; // its hash cannot be computed any more
         }
         parts = partsOf(row);
-        for (int part = 0; part < parts.size(); ++part) {
-            if (parts[part].first(keptBytes) != kept.mid(part * keptBytes, keptBytes))
+        for (int part = 0; part < partCount; ++part) {
+            if (hashOfPart(parts, part).first(keptBytes) != kept.mid(part * keptBytes, keptBytes))
                 finding.parts += Part(part);
         }
         if (moveTo(latest, shipment) && !latest.bytes(0).endsWith(keptStatusOf(row)))
@@ -344,7 +263,7 @@ bool Walk::check(const Statement &entry, Statement &row, Statement &latest, Stat
     if (kind == fetchedKind && isThere) {
         // Bytes that were downloaded again have a later entry.
         const bool isLatest = moveTo(fetched, shipment) && fetched.integer(1) == here.position;
-        if (isLatest && hashOf(fetched, 0, 1) != kept.first(hashBytes))
+        if (isLatest && hashOf(fetched, 0) != kept.first(hashBytes))
             finding.parts += Part::label;
         fetched.reset();
     }

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "core/Sqlite.h"
+#include "records/ChainHashes.h"
 
 #include <QByteArray>
-#include <QByteArrayList>
 #include <QDateTime>
 #include <QHash>
 #include <QList>
@@ -18,10 +18,6 @@
 /// The chain has no secret: a person who can run programs on the computer can write a new chain. A head() that is kept
 /// elsewhere, as with a copy of the log, shows that, too.
 namespace parcelory::LogChain {
-
-/// The parts of a row that have a hash of their own, so that a finding names what was changed.
-enum class Part { time, service, postage, recipient, tracking, transaction, label, details, status };
-constexpr int partCount = int(Part::status);
 
 struct Head {
     qint64 position = 0; ///< of the last entry; 0 if the chain is empty
@@ -65,6 +61,8 @@ public:
 
     /// Seals a row that was just stored. False if a statement failed.
     [[nodiscard]] bool seal(qint64 shipment);
+    /// The same for a row whose hashes are known: hashesOf() the stored row.
+    [[nodiscard]] bool seal(qint64 shipment, const RowHashes &hashes);
     /// Seals the new status of a row; a row that is gone has none. False if a statement failed.
     [[nodiscard]] bool sealStatus(qint64 shipment);
     /// Seals the bytes of a label that were downloaded after the purchase; a row without such bytes needs no entry.
@@ -78,7 +76,7 @@ private:
         bool isNew;
     };
     static Table tableIn(Database &db);
-    bool append(qint64 shipment, const QByteArray &kind, const QByteArray &kept, const QByteArrayList &parts = {});
+    bool append(qint64 shipment, const QByteArray &kind, const QByteArray &kept, const QByteArray &parts = {});
 
     const Table m_table;
     Statement m_row;

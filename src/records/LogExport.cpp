@@ -70,7 +70,7 @@ std::optional<std::vector<qint64>> oldestFirst(const Database &db)
 }
 
 LineReader::LineReader(const QString &path)
-    : m_db(path), m_row(m_db, "SELECT " + columns + " FROM shipments WHERE id = ?")
+    : m_db(path, Database::Threads::oneAtATime), m_row(m_db, "SELECT " + columns + " FROM shipments WHERE id = ?")
 {
     if (hasIndex(m_db))
         m_range.emplace(m_db, "SELECT " + columns +

@@ -375,12 +375,9 @@ Merged append(Database &log, const QList<ShipmentRecord> &labels)
 {
     return inTransaction(log, [&]() -> std::optional<int> {
         LogChain::Sealer sealer(log);
-        Statement insert(log, ShipmentLogRows::insert);
+        Statement insert(log, ShipmentLogRows::NewRow::insertSql());
         for (const ShipmentRecord &label : labels) {
-            if (!insert.isPrepared())
-                return std::nullopt;
-            ShipmentLogRows::bind(insert, label);
-            if (!insert.execute() || !sealer.seal(log.lastInsertedId()))
+            if (!ShipmentLogRows::NewRow(label).store(insert) || !sealer.seal(log.lastInsertedId()))
                 return std::nullopt;
         }
         return int(labels.size());

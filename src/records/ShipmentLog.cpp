@@ -270,10 +270,8 @@ bool ShipmentLog::append(const ShipmentRecord &record, bool unlessThere, bool re
             if (!there || !there->isEmpty())
                 return there.has_value();
             LogChain::Sealer sealer(db);
-            Statement statement(db, ShipmentLogRows::insert);
-            if (statement.isPrepared())
-                ShipmentLogRows::bind(statement, record);
-            if (!statement.execute())
+            Statement insert(db, ShipmentLogRows::NewRow::insertSql());
+            if (!ShipmentLogRows::NewRow(record).store(insert))
                 return false;
             added = db.lastInsertedId();
             return sealer.seal(*added);

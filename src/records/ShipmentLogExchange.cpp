@@ -2,6 +2,7 @@
 
 #include "core/AppError.h"
 #include "core/Progress.h"
+#include "core/Task.h"
 #include "records/EndiciaDates.h"
 #include "records/EndiciaFormat.h"
 #include "records/LogChain.h"
@@ -11,6 +12,7 @@
 #include "records/ShipmentRecord.h"
 
 #include <QFile>
+#include <QFuture>
 #include <QSet>
 #include <QUtf8StringView>
 
@@ -20,6 +22,7 @@
 #include <mutex>
 #include <optional>
 #include <span>
+#include <utility>
 #include <vector>
 
 namespace parcelory {
@@ -27,7 +30,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Rows between two progress reports.
+/// Rows or lines between two progress reports.
 constexpr int portion = 2000;
 
 QByteArray readFile(const QString &path)
@@ -76,6 +79,10 @@ private:
 std::optional<QSet<QByteArray>> knownTracking(const Database &db, const QByteArray &text)
 {
     QSet<QByteArray> named, known;
+    Statement first(db, "SELECT 1 FROM shipments WHERE tracking <> '' LIMIT 1");
+    if (!first.step())
+        return first.isComplete() ? std::optional(known) : std::nullopt;
+    first.reset();
     for (MailLines lines(text); lines.next();) {
         if (const QByteArray tracking = EndiciaFormat::trackingOf(lines.line); !tracking.isEmpty())
             named.insert(tracking);
@@ -92,12 +99,88 @@ std::optional<QSet<QByteArray>> knownTracking(const Database &db, const QByteArr
     return rows.isComplete() ? std::optional(known) : std::nullopt;
 }
 
+/// A line that was read ahead.
+struct ReadLine {
+    int number = 0;
+    bool isDated = true;
+    ShipmentLogRows::NewRow row;
+    LogChain::RowHashes hashes;
+};
+
+struct ReadLines {
+    std::vector<ReadLine> shipments;
+    QList<int> skipped; ///< numbers of the lines that are no shipment and should be
+    qsizetype left = 0; ///< bytes after these lines
+    bool isLast = false;
+};
+
+/// Reads and hashes lines on a pool thread while the rows of the lines before are stored. Each is about half of the
+/// work of an import.
+class ReadAhead {
+public:
+    explicit ReadAhead(const QByteArray &text) : m_lines(text) { start(); }
+    ~ReadAhead()
+    {
+        if (m_reading.isValid()) // a result that was taken is never finished
+            m_reading.waitForFinished();
+    }
+    ReadAhead(const ReadAhead &) = delete;
+    ReadAhead &operator=(const ReadAhead &) = delete;
+
+    /// Not after the last lines.
+    ReadLines next()
+    {
+        ReadLines lines = m_reading.takeResult();
+        if (!lines.isLast)
+            start();
+        return lines;
+    }
+
+private:
+    void start()
+    {
+        m_reading = QtConcurrent::run(&workPool(), [this] { return read(); });
+    }
+    ReadLines read();
+
+    MailLines m_lines;
+    EndiciaDates m_dates;
+    QFuture<ReadLines> m_reading;
+};
+
+ReadLines ReadAhead::read()
+{
+    ReadLines read;
+    read.shipments.reserve(portion);
+    for (int count = 0; count < portion; ++count) {
+        if (!m_lines.next()) {
+            read.isLast = true;
+            break;
+        }
+        std::optional<ShipmentRecord> record = EndiciaFormat::parse(m_lines.line, m_dates);
+        if (!record) {
+            if (!EndiciaFormat::isHeaderOrBlank(m_lines.line))
+                read.skipped += m_lines.number;
+            continue;
+        }
+        const bool isDated = record->createdAt.isValid();
+        if (!isDated)
+            record->createdAt = QDateTime::currentDateTime();
+        ShipmentLogRows::NewRow row(*record);
+        LogChain::RowHashes hashes = LogChain::hashesOf(row);
+        read.shipments.push_back(
+            {.number = m_lines.number, .isDated = isDated, .row = std::move(row), .hashes = std::move(hashes)});
+    }
+    read.left = m_lines.left();
+    return read;
+}
+
 /// Appends all lines or no lines. Uses its own connection, so that no reader sees rows that may still be rolled back.
 /// `reasonOf` tells why the connection's last statement failed.
 ImportReport appendLines(const QString &path, const QByteArray &text, KnownRows mode, const Progress &progress,
                          QString (*reasonOf)(const Database &))
 {
-    Database db(path);
+    Database db(path, Database::Threads::oneAtATime);
     const auto require = [&](bool done) {
         if (!done) // closing the connection rolls the transaction back
             throw AppError(u"The mailing log could not be written, so nothing was imported — "_s + reasonOf(db) + u'.');
@@ -108,37 +191,31 @@ ImportReport appendLines(const QString &path, const QByteArray &text, KnownRows 
     require(known.has_value());
     ImportReport report;
     const ImportReport canceled{.isCanceled = true, .skippedLines = {}, .undatedLines = {}};
-    qint64 count = 0;
     {
         LogChain::Sealer sealer(db);
-        Statement insert(db, ShipmentLogRows::insert);
-        EndiciaDates dates;
-        for (MailLines lines(text); lines.next();) {
-            if (++count % portion == 0 && !progress.report(text.size() - lines.left(), text.size()))
+        Statement insert(db, ShipmentLogRows::NewRow::insertSql());
+        ReadAhead ahead(text);
+        for (bool isLast = false; !isLast;) {
+            const ReadLines lines = ahead.next();
+            isLast = lines.isLast;
+            report.skippedLines += lines.skipped;
+            for (const ReadLine &line : lines.shipments) {
+                const bool isKnown =
+                    known->contains(line.row.bytes(ShipmentLogRows::NewRow::trackingColumn).toByteArray());
+                report.known += isKnown;
+                if (isKnown && mode == KnownRows::skip)
+                    continue;
+                require(line.row.store(insert));
+                const qint64 row = db.lastInsertedId();
+                require(sealer.seal(row, line.hashes));
+                ++report.imported;
+                if (!line.isDated) {
+                    report.undatedLines += line.number;
+                    require(ShipmentLogRows::markUndated(db, row));
+                }
+            }
+            if (!isLast && !progress.report(text.size() - lines.left, text.size()))
                 return canceled;
-            std::optional<ShipmentRecord> record = EndiciaFormat::parse(lines.line, dates);
-            if (!record) {
-                if (!EndiciaFormat::isHeaderOrBlank(lines.line))
-                    report.skippedLines += lines.number;
-                continue;
-            }
-            const bool isDated = record->createdAt.isValid();
-            if (!isDated)
-                record->createdAt = QDateTime::currentDateTime();
-            const bool isKnown = known->contains(record->tracking.toUtf8());
-            report.known += isKnown;
-            if (isKnown && mode == KnownRows::skip)
-                continue;
-            require(insert.isPrepared());
-            ShipmentLogRows::bind(insert, *record);
-            require(insert.execute());
-            const qint64 row = db.lastInsertedId();
-            require(sealer.seal(row));
-            ++report.imported;
-            if (!isDated) {
-                report.undatedLines += lines.number;
-                require(ShipmentLogRows::markUndated(db, row));
-            }
         }
     }
     if (!progress.report(text.size(), text.size()))
@@ -154,7 +231,7 @@ LogRead<bool> ShipmentLog::exportEndiciaCSV(QIODevice &out, const Progress &prog
     const auto write = [&out](const QByteArray &text) { return out.write(text) == text.size(); };
     if (!write(EndiciaFormat::header().toUtf8() + '\n'))
         return false;
-    const Database db(m_path);
+    const Database db(m_path, Database::Threads::oneAtATime);
     const std::optional<std::vector<qint64>> ids = LogExport::oldestFirst(db);
     if (!ids)
         return LogRead<bool>::failed(notRead(db));
@@ -185,7 +262,7 @@ LogRead<bool> ShipmentLog::exportEndiciaCSV(QIODevice &out, const Progress &prog
 int ShipmentLog::knownLines(const QString &path) const
 {
     const QByteArray text = readFile(path);
-    const Database db(m_path);
+    const Database db(m_path, Database::Threads::oneAtATime);
     const std::optional<QSet<QByteArray>> known = knownTracking(db, text);
     if (!known)
         throw AppError(notRead(db));

@@ -89,7 +89,7 @@ void ShipmentLogIndex::startReading(qint64 version)
 void ShipmentLogIndex::read(qint64 version, qint64 lastId)
 {
     constexpr int portion = 5000;
-    const Database db(m_path);
+    const Database db(m_path, Database::Threads::oneAtATime);
     Statement rows(db, searchedTexts + QByteArray("WHERE id > ?1 AND id <= ?2 ORDER BY id LIMIT ?3"));
     SearchBlock block;
     bool isComplete = rows.isPrepared(), isFit = true;

@@ -4,6 +4,7 @@
 #include "records/RefundNotes.h"
 #include "records/ShipmentRecord.h"
 
+#include <cmath>
 #include <optional>
 #include <span>
 #include <utility>
@@ -17,11 +18,10 @@ const char *const select = "SELECT id, created_at, carrier, service, postage, re
                            "       is_intl, customs_doc_url, (customs_pdf IS NOT NULL) AS has_customs\n"
                            "FROM shipments";
 
-const char *const insert = "INSERT INTO shipments (created_at, carrier, service, postage, recipient, services,\n"
-                           "  tracking, tracking_url, weight, weight_oz, description, reference, transaction_id,\n"
-                           "  label_url, status, test_mode, zip11, declared_value, group_code, email, balance, zpl,\n"
-                           "  is_intl, customs_doc_url, customs_pdf)\n"
-                           "VALUES (?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?)";
+const char *const sealedColumns = "created_at, carrier, service, services, postage, balance, declared_value,"
+                                  " recipient, zip11, email, is_intl, tracking, tracking_url,"
+                                  " transaction_id, label_url, customs_doc_url, test_mode, zpl,"
+                                  " weight, weight_oz, description, reference, group_code";
 
 namespace {
 
@@ -150,35 +150,88 @@ bool hasTable(const Database &db, const char *name)
     return query.step();
 }
 
-void bind(Statement &insert, const ShipmentRecord &record)
+NewRow::NewRow(const ShipmentRecord &record)
 {
-    int parameter = 0;
-    const auto bind = [&](const auto &value) { insert.bind(++parameter, value); };
-    bind(secondsOf(record.createdAt));
-    bind(record.carrier);
-    bind(record.service);
-    bind(record.postage);
-    bind(record.recipient);
-    bind(record.services);
-    bind(record.tracking);
-    bind(record.trackingURL);
-    bind(record.weight);
-    bind(record.weightOz);
-    bind(record.descriptionText);
-    bind(record.reference);
-    bind(record.transactionID);
-    bind(record.labelURL);
-    bind(record.status);
-    bind(record.testMode);
-    bind(record.zip11);
-    bind(record.declaredValue);
-    bind(record.groupCode);
-    bind(record.email);
-    bind(record.balance);
-    bind(record.zpl);
-    bind(record.isIntl);
-    bind(record.customsDocURL);
-    bind(record.customsPDF);
+    m_values.reserve(columns);
+    add(secondsOf(record.createdAt));
+    add(record.carrier);
+    add(record.service);
+    add(record.services);
+    add(record.postage);
+    add(record.balance);
+    add(record.declaredValue);
+    add(record.recipient);
+    add(record.zip11);
+    add(record.email);
+    add(record.isIntl);
+    add(record.tracking);
+    add(record.trackingURL);
+    add(record.transactionID);
+    add(record.labelURL);
+    add(record.customsDocURL);
+    add(record.testMode);
+    add(record.zpl);
+    add(record.weight);
+    add(record.weightOz);
+    add(record.descriptionText);
+    add(record.reference);
+    add(record.groupCode);
+    add(record.status);
+    add(record.customsPDF);
+}
+
+void NewRow::add(double number)
+{
+    // As SQLite stores it: NaN becomes NULL, and -0 becomes 0.
+    const bool isNull = std::isnan(number);
+    m_values.push_back({.kind = isNull ? Statement::Kind::null : Statement::Kind::number,
+                        .real = number + 0.0,
+                        .start = 0,
+                        .size = 0});
+}
+
+void NewRow::add(const QString &text)
+{
+    add(Statement::Kind::text, text.toUtf8());
+}
+
+void NewRow::add(const std::optional<QByteArray> &document)
+{
+    add(document ? Statement::Kind::blob : Statement::Kind::null, document.value_or(QByteArray()));
+}
+
+void NewRow::add(Statement::Kind kind, const QByteArray &bytes)
+{
+    m_values.push_back({.kind = kind, .real = 0, .start = m_bytes.size(), .size = bytes.size()});
+    m_bytes += bytes;
+}
+
+QByteArrayView NewRow::bytes(int column) const
+{
+    const Value &value = m_values[std::size_t(column)];
+    return {m_bytes.constData() + value.start, value.size}; // never null: bound, that would be NULL and not ""
+}
+
+QByteArray NewRow::insertSql()
+{
+    return QByteArray("INSERT INTO shipments (") + sealedColumns + ", status, customs_pdf) VALUES (?" +
+           QByteArray(", ?").repeated(columns - 1) + ")";
+}
+
+bool NewRow::store(Statement &insert) const
+{
+    if (!insert.isPrepared())
+        return false;
+    for (int column = 0; column < columns; ++column) {
+        if (kind(column) == Statement::Kind::number)
+            insert.bind(column + 1, real(column));
+        else if (kind(column) == Statement::Kind::text)
+            insert.bindInPlace(column + 1, bytes(column));
+        else
+            insert.bind(column + 1, kind(column) == Statement::Kind::blob ? std::optional(bytes(column).toByteArray())
+                                                                          : std::nullopt);
+    }
+    return insert.execute();
 }
 
 bool markUndated(Database &db, qint64 id)

@@ -6,6 +6,7 @@
 #include <QList>
 
 #include <algorithm>
+#include <cstddef>
 #include <functional>
 #include <optional>
 #include <span>
@@ -60,7 +61,40 @@ inline QDateTime timeOf(double createdAt)
     return QDateTime::fromMSecsSinceEpoch(msecsOf(createdAt));
 }
 
-extern const char *const insert;
-void bind(Statement &insert, const ShipmentRecord &record);
+/// The columns that LogChain seals, in the order of its parts. A column that a later version adds needs a part of its
+/// own, so that today's entries stay valid.
+extern const char *const sealedColumns;
+
+/// The values of a row that is not stored yet, as SQLite will hold them: the sealed columns, the status and the customs
+/// form. They read like a row of a query.
+class NewRow {
+public:
+    static constexpr int statusColumn = 23, trackingColumn = 11;
+
+    explicit NewRow(const ShipmentRecord &record);
+
+    static QByteArray insertSql();
+    /// Runs a statement of insertSql(); false if it failed.
+    [[nodiscard]] bool store(Statement &insert) const;
+
+    Statement::Kind kind(int column) const { return m_values[std::size_t(column)].kind; }
+    double real(int column) const { return m_values[std::size_t(column)].real; }
+    QByteArrayView bytes(int column) const;
+
+private:
+    static constexpr int columns = 25;
+    struct Value {
+        Statement::Kind kind;
+        double real;
+        qsizetype start, size; ///< in m_bytes
+    };
+    void add(double number);
+    void add(const QString &text);
+    void add(const std::optional<QByteArray> &document);
+    void add(Statement::Kind kind, const QByteArray &bytes);
+
+    std::vector<Value> m_values;
+    QByteArray m_bytes; ///< of all texts and documents
+};
 
 } // namespace parcelory::ShipmentLogRows
