@@ -14,10 +14,10 @@ using namespace std::chrono_literals;
 
 namespace {
 
-constexpr int portion = 500; ///< pages, 2 MB: read in a few milliseconds
-constexpr auto rest = 1ms;   ///< after a portion: a thread that waits for its turn gets it
-constexpr auto pause = 20ms; ///< before a portion is tried again
-constexpr auto longestLock = 5s;
+constexpr int portion = 500;     ///< pages, 2 MB: read in a few milliseconds
+constexpr auto rest = 1ms;       ///< after a portion: a thread that waits for its turn gets it
+constexpr auto pause = 20ms;     ///< before a portion is tried again
+constexpr auto longestLock = 5s; ///< also if the connection itself waits for the lock
 constexpr int mostRestarts = 20;
 
 /// Returns what failed.
@@ -29,13 +29,13 @@ QString copyPages(const Database &from, const Database &to, const Progress &prog
         return to.lastError();
     QElapsedTimer sinceLastPage;
     sinceLastPage.start();
-    for (int restarts = 0, last = 0; !progress.cancelToken().isCanceled();) {
+    for (int restarts = 0, pauses = 0, last = 0; !progress.cancelToken().isCanceled();) {
         int result = SQLITE_OK;
         inTurn([&] { result = sqlite3_backup_step(copy.get(), portion); });
         if (result == SQLITE_DONE)
             break;
         if (result == SQLITE_BUSY || result == SQLITE_LOCKED) {
-            if (std::chrono::milliseconds(sinceLastPage.elapsed()) >= longestLock)
+            if (++pauses * pause >= longestLock || std::chrono::milliseconds(sinceLastPage.elapsed()) >= longestLock)
                 return u"another program has it open"_s;
             sqlite3_sleep(int(pause.count()));
             continue;
@@ -43,6 +43,7 @@ QString copyPages(const Database &from, const Database &to, const Progress &prog
         if (result != SQLITE_OK)
             return QString::fromUtf8(sqlite3_errstr(result));
         sinceLastPage.restart();
+        pauses = 0;
         const int total = sqlite3_backup_pagecount(copy.get());
         const int done = total - sqlite3_backup_remaining(copy.get());
         if (done <= last && ++restarts > mostRestarts)
