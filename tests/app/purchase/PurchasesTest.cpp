@@ -207,7 +207,7 @@ TEST_F(PurchasesTest, DamageThatIsFoundLaterIsTold)
 {
     auto busy = std::make_unique<PurchaseJournal>(QDir(folder.path()));
     restart([&busy] { busy->open(); });
-    endLookups(); // a check by itself would open the journal before it is damaged
+    settlePool(3); // the check by itself has ended: the file must not change beneath it
     busy.reset();
     QFile file(path(u"purchase_journal.sqlite"_s));
     ASSERT_TRUE(file.open(QIODevice::ReadWrite));
@@ -215,7 +215,8 @@ TEST_F(PurchasesTest, DamageThatIsFoundLaterIsTold)
     file.close();
     for (int look = 0; look < 2; ++look)
         checkAgain();
-    runUntil([this] { return prompts.alerts.size() > 1; }); // the timer's look may have found it first
+    runUntil([this] { return prompts.alerts.size() > 1; }); // a check by itself may have found it
+    settlePool(3);
     EXPECT_TRUE(prompts.alerts.last().second.contains(u"kept as "_s)) << prompts.alerts.last().second.toStdString();
     EXPECT_EQ(prompts.alerts.size(), 2) << "each sentence once";
 }
