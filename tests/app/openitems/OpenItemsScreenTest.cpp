@@ -116,7 +116,8 @@ TEST_F(OpenItemsScreenTest, TakesItemsOffAndDoesTheirNextStep)
     EXPECT_EQ(items.countText(), u"2 open items, oldest first"_s);
     settlePool(5); // the labels that were added touch the list, too
     int lists = 0;
-    QObject::connect(&items, &OpenItemsScreen::itemsChanged, &items, [&lists] { ++lists; });
+    QObject counter;
+    QObject::connect(&items, &OpenItemsScreen::itemsChanged, &counter, [&lists] { ++lists; });
     for (int label = 0; label < 3; ++label) {
         emit tracking.learned();
         settlePool();
