@@ -254,7 +254,10 @@ void Menus::addTracking(QMenu *menu)
         });
     add(
         menu, u"Track Online"_s, Qt::CTRL | Qt::SHIFT | Qt::Key_O,
-        [this] { return chosenEntry() || (chosen() && !trackingPageOf(*chosen()).isEmpty()); },
+        [this] {
+            const auto entry = chosenEntry();
+            return (entry && !entry->trackingURL.isEmpty()) || (chosen() && !trackingPageOf(*chosen()).isEmpty());
+        },
         [this] {
             if (const auto entry = chosenEntry())
                 spawn([this, entry] { return masterLog().trackOnline(*entry); });

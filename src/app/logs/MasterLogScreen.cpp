@@ -18,6 +18,7 @@
 #include <QScopeGuard>
 
 #include <algorithm>
+#include <iterator>
 #include <memory>
 #include <optional>
 #include <tuple>
@@ -31,6 +32,22 @@ bool counts(const MasterEntry &entry)
 {
     return transactionStatusFrom(entry.status) == TransactionStatus::success;
 }
+
+/// What the search looks for, without regard to case, accents and the blanks of a number.
+struct Sought {
+    explicit Sought(const QString &search) : words(plainForm(search.simplified())), number(QString(words).remove(u' '))
+    {
+    }
+    bool isIn(const MasterEntry &entry) const
+    {
+        const QStringList texts = {entry.recipient, entry.company, entry.place,
+                                   entry.country,   entry.service, statusDisplay(entry.status)};
+        return words.isEmpty() || plainForm(entry.tracking).contains(number) ||
+               plainForm(texts.join(u'\n')).contains(words);
+    }
+
+    QString words, number;
+};
 
 /// What the totals leave out; empty if they are complete.
 QString gapsIn(const QList<MasterEntry> &entries, bool isCut)
@@ -144,16 +161,12 @@ QString MasterLogScreen::summaryLine() const
 
 QList<MasterEntry> MasterLogScreen::found() const
 {
-    const QString wanted = plainForm(search.value().simplified()), number = QString(wanted).remove(u' ');
-    if (wanted.isEmpty())
+    const Sought sought(search);
+    if (sought.words.isEmpty())
         return entries;
     QList<MasterEntry> rows;
-    for (const MasterEntry &entry : entries.value()) {
-        const QStringList texts = {entry.recipient, entry.company, entry.place,
-                                   entry.country,   entry.service, statusDisplay(entry.status)};
-        if (plainForm(entry.tracking).contains(number) || plainForm(texts.join(u'\n')).contains(wanted))
-            rows += entry;
-    }
+    std::ranges::copy_if(entries.value(), std::back_inserter(rows),
+                         [&sought](const MasterEntry &entry) { return sought.isIn(entry); });
     return rows;
 }
 
@@ -171,7 +184,7 @@ std::optional<MasterEntry> MasterLogScreen::selectedEntry() const
     const auto &all = entries.value();
     const auto found =
         std::ranges::find_if(all, [this](const MasterEntry &entry) { return entry.id == selected.value(); });
-    return found == all.end() ? std::nullopt : std::optional(*found);
+    return found != all.end() && Sought(search).isIn(*found) ? std::optional(*found) : std::nullopt;
 }
 
 QString masterLogCSV(const QList<MasterEntry> &entries)

@@ -50,6 +50,7 @@ public:
     Task<> exportCSV();
     void copyTracking(const MasterEntry &entry);
     Task<> trackOnline(MasterEntry entry);
+    /// The selected entry, unless the search hides it.
     std::optional<MasterEntry> selectedEntry() const;
 
 private:
