@@ -136,6 +136,8 @@ void LabelScreen::forgetValidation()
 
 void LabelScreen::clearDraft()
 {
+    if (isClearShown()) // a second press must not take away the offer to undo the first
+        return;
     const bool wasClear = isClear();
     m_cleared = saved();
     m_app.lastChange.forget(m_fillChange);
