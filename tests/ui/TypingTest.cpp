@@ -86,6 +86,8 @@ TEST(Typing, DigitsChooseTheGoodsAndTheValueIsCompared)
     desk.type(u"2"_s);
     desk.clock.advance(std::chrono::seconds(1)); // a digit might be a scanner's
     desk.settleAll();
+    for (const auto key : {Qt::Key_1, Qt::Key_3}) // the keys of a tab
+        desk.press(key, Qt::ControlModifier);
     EXPECT_EQ(desk.label().customs.value().itemType, CustomsItemType::silver);
     EXPECT_EQ(desk.label().customs.value().value, u"1860.00");
     EXPECT_TRUE(desk.focusName().contains(u"(Silver)"_s)) << desk.focusName().toStdString();
