@@ -213,10 +213,11 @@ private:
     int m_secondLabelLooks = 0;                   ///< how often a second label was looked for
     bool m_purchaseComplete = false;
     bool m_bannerAboutDraft = false; ///< the next edit clears the banner
-    /// The outcome of a purchase that ended when the next parcel was in the form. The steps of that parcel follow by
-    /// themselves and must not hide it.
-    std::optional<Banner> m_formerOutcome;
-    ShippoAddress m_buyingFor; ///< the recipient of the last press of Buy
+    /// News of another parcel than the one in the form: the outcome of a purchase that ended late, or a scan that was
+    /// ignored. The steps of the parcel in the form follow by themselves and must not hide it.
+    std::optional<Banner> m_otherNews;
+    bool m_isTakingInvoice = false; ///< the scan in progress has filled the form
+    ShippoAddress m_buyingFor;      ///< the recipient of the last press of Buy
     AccountLabels m_account;
     ShippoAddress m_beforePaste, m_pasted;
     SavedDraft m_cleared;    ///< the draft before it was cleared

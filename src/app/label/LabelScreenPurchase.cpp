@@ -169,7 +169,7 @@ Task<> LabelScreen::buyAndPrint()
         buying = false;
         busy = false;
     });
-    m_formerOutcome = std::nullopt;
+    m_otherNews = std::nullopt;
     banner = std::nullopt;
     PreparedPurchase purchase = preparePurchase(*this, m_app, *rate, secondLabelFacts());
     const QString agreedWarning = secondLabelAgreed ? secondLabel.value() : QString();
@@ -289,7 +289,7 @@ void LabelScreen::tellOutcome(const PreparedPurchase &purchase, const Banner &ou
 {
     banner = outcome;
     if (purchase.edits != edits && !m_app.draftTo.value().isEmpty())
-        m_formerOutcome = outcome;
+        m_otherNews = outcome;
 }
 
 /// What is still as it was sold must not be sold again. What was typed since belongs to the next parcel.
