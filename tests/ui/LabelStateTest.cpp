@@ -194,7 +194,15 @@ TEST(LabelState, AnUnresolvedPurchaseIsResolvedByHandOnlyIfAskingMayNotHelp)
     found.record.tracking = u"9400"_s;
     found.record.status = u"PRINTED"_s;
     ASSERT_TRUE(desk.app().log.insertOnce(found.record));
-    desk.label().purchases.resolved = QList{found};
+    // A reprint from the mailing log prints the found label, too.
+    MailingLogScreen &log = desk.program->screens().mailingLog;
+    ResolvedPurchase first = found;
+    first.isSecond = false;
+    desk.label().purchases.resolved = QList{first, found};
+    emit log.reprinted(QString(32, u'c'), u"Label sent to ZD421."_s);
+    EXPECT_EQ(desk.label().purchases.resolved.value().size(), 2) << "another label";
+    emit log.reprinted(found.record.transactionID, u"Label sent to ZD421."_s);
+    EXPECT_EQ(desk.label().purchases.resolved.value(), QList{found});
     desk.settleAll();
     EXPECT_FALSE(offers(desk.window(), u"Print "_s));
     desk.click(desk.button(u"Refund"_s));

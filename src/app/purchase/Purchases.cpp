@@ -361,6 +361,15 @@ void Purchases::dismiss(ResolvedPurchase label)
     resolved = left;
 }
 
+void Purchases::takeReprint(const QString &transactionId)
+{
+    QList<ResolvedPurchase> left = resolved;
+    left.removeIf([&transactionId](const ResolvedPurchase &label) {
+        return label.isBought && !label.isSecond && label.record.transactionID == transactionId;
+    });
+    resolved = left;
+}
+
 Task<> Purchases::print(ResolvedPurchase label)
 {
     const QString title = PurchaseTexts::title(label.record) + u": "_s;
