@@ -242,7 +242,8 @@ void Menus::addTracking(QMenu *menu)
         [this] {
             const auto record = chosen();
             const auto entry = chosenEntry();
-            return (record && !record->tracking.isEmpty()) || (entry && !entry->tracking.isEmpty()) || hasLastLabel();
+            return (record && !record->tracking.isEmpty()) || (entry && !entry->tracking.isEmpty()) ||
+                   (hasLastLabel() && label().canCopyLastTracking());
         },
         [this] {
             if (hasLastLabel())

@@ -106,6 +106,10 @@ TEST(LabelState, ALabelThatDidNotComeOutIsAmberUntilItIsReprinted)
         }
         desk.wait([&] { return desk.focusName() == u"Reprint"; });
         failed();
+        const QString reason = desk.label().lastLabel.value()->message;
+        desk.press(Qt::Key_C, Qt::ControlModifier | Qt::ShiftModifier);
+        EXPECT_EQ(desk.label().lastLabel.value()->message, reason) << "the card says why it was not printed";
+        EXPECT_TRUE(desk.label().banner.value()->text.startsWith(u"Copied tracking 9"_s));
         desk.carrier.setScenario({});
         desk.processes.behave = nullptr;
         if (isExpired) { // as the message says

@@ -148,6 +148,7 @@ public:
     Task<> reprintLast();
     /// True if the last label has not come out, which is to be mended before anything else.
     bool awaitsReprint() const { return lastLabel.value() && !lastLabel.value()->isPrinted; }
+    bool canCopyLastTracking() const { return lastLabel.value() && !lastLabel.value()->record.tracking.isEmpty(); }
     void copyLastTracking();
     /// True if papers for customs go with the last label.
     bool hasLastCustoms() const { return lastLabel.value() && lastLabel.value()->record.isIntl; }
@@ -174,7 +175,7 @@ private:
     void warn(const QString &text, std::optional<DraftField> field = std::nullopt);
     void warnUntilEdit(const QString &text, std::optional<DraftField> field = std::nullopt);
     void showLastLabel();
-    void noteOnLastLabel(const QString &text);
+    void noteOnLastLabel(const QString &text, bool ok = true);
     void noteReprint(const QString &text, bool isPrinted, bool wasPrinted);
     void fail(const QString &context, const AppError &error);
     bool takeWeight();
