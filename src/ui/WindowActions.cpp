@@ -162,7 +162,8 @@ void Menus::addLabel()
     add(menu, u"Get Rates"_s, Qt::CTRL | Qt::Key_R, idle, [&view] { view.getRates(); }); // or says what is missing
     add(
         menu, u"Insure for the Invoice"_s, Qt::CTRL | Qt::SHIFT | Qt::Key_I,
-        [this, here] { return here() && label().isInsurable(); }, [this] { label().insureForInvoice(); });
+        [this, here] { return here() && label().isInsurable() && !label().buying; },
+        [this] { label().insureForInvoice(); });
     menu->addSeparator();
     add(
         menu, u"Buy && Print Label"_s, Qt::CTRL | Qt::Key_Return,

@@ -102,8 +102,15 @@ TEST(LabelFlow, AnInvoicesParcelIsInsuredWithOneKeyAndAClearedFormComesBack)
     desk.compose(homeAddress());
     EXPECT_EQ(LabelTexts::uninsuredNote(desk.label()), u"Not insured"_s);
     EXPECT_TRUE(desk.button(u"Invoice $1,525.00 — insure"_s)->isVisible());
-    desk.press(Qt::Key_I, Qt::ControlModifier | Qt::ShiftModifier);
-    EXPECT_EQ(desk.label().insuranceValue.value(), u"1525.00"_s);
+    EXPECT_EQ(desk.button(u"Invoice $1,525.00 — insure"_s)->accessibleName(),
+              u"Insure for the invoice amount, $1,525.00"_s);
+    for (const bool isBuying : {true, false}) { // the label that is being bought cannot be insured any more
+        desk.label().buying = isBuying;
+        desk.settleAll();
+        EXPECT_EQ(desk.button(u"Invoice $1,525.00 — insure"_s)->isEnabled(), !isBuying);
+        desk.press(Qt::Key_I, Qt::ControlModifier | Qt::ShiftModifier);
+        EXPECT_EQ(desk.label().insuranceValue.value(), isBuying ? QString() : u"1525.00"_s);
+    }
     EXPECT_EQ(LabelTexts::insuranceOffer(desk.label()), u"Insured for the invoice ✓"_s);
     EXPECT_EQ(LabelTexts::uninsuredNote(desk.label()), QString());
 

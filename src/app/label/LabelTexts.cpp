@@ -152,10 +152,15 @@ QString LabelTexts::uninsuredNote(const LabelDraft &draft)
     return !isInsured && isValued ? u"Not insured"_s : QString();
 }
 
+QString LabelTexts::invoiceAmount(const LabelDraft &draft)
+{
+    return QLocale(u"en_US"_s).toString(draft.invoiceValue(), 'f', 2);
+}
+
 QString LabelTexts::insuranceOffer(const LabelDraft &draft)
 {
     if (draft.isInsurable())
-        return u"Invoice $%1 — insure"_s.arg(QLocale(u"en_US"_s).toString(draft.invoiceValue(), 'f', 2));
+        return u"Invoice $%1 — insure"_s.arg(invoiceAmount(draft));
     const bool isCovered = draft.invoiceValue() > 0 && decimal(draft.insuranceValue) == draft.invoiceValue();
     return isCovered ? u"Insured for the invoice ✓"_s : QString();
 }
