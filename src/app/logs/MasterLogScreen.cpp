@@ -117,22 +117,22 @@ Task<> MasterLogScreen::load()
     if (busy)
         co_return;
     if (from.value() > to.value()) {
-        message = u"The From date is after the To date."_s;
+        say(u"The From date is after the To date."_s, true);
         co_return;
     }
     busy = true;
     pages = 0;
-    message = QString();
+    say(QString());
     const auto done = qScopeGuard([this] { busy = false; });
     const std::tuple asked(from.value(), to.value(), m_app.keyChanges.value());
     try {
         const auto listing = std::make_shared<Listing>();
         listing->onPage = [this] {
             pages = pages + 1;
-            message = QString();
+            say(QString());
         };
         listing->onWait = [this](std::chrono::seconds pause) {
-            message = u"Shippo is busy — the list continues in %1 s."_s.arg(pause.count());
+            say(u"Shippo is busy — the list continues in %1 s."_s.arg(pause.count()));
         };
         const QList<MasterEntry> found = co_await m_app.shippo.masterLog(from, to, listing);
         if (asked != std::tuple(from.value(), to.value(), m_app.keyChanges.value()))
@@ -142,8 +142,14 @@ Task<> MasterLogScreen::load()
         loaded = true;
         message = gapsIn(found, listing->isCut);
     } catch (const AppError &error) {
-        message = m_app.recorded(u"Master Log"_s, error, Popup::no);
+        say(m_app.recorded(u"Master Log"_s, error, Popup::no), true);
     }
+}
+
+void MasterLogScreen::say(const QString &text, bool failure)
+{
+    isFailure = failure;
+    message = text;
 }
 
 QString MasterLogScreen::summaryLine() const
@@ -214,9 +220,9 @@ Task<> MasterLogScreen::exportCSV()
         co_return;
     try {
         co_await onPool([path, rows] { saveBytes(path, masterLogCSV(rows).toUtf8()); });
-        message = u"Exported %1 rows to "_s.arg(rows.size()) + QFileInfo(path).fileName();
+        say(u"Exported %1 rows to "_s.arg(rows.size()) + QFileInfo(path).fileName());
     } catch (const AppError &error) {
-        message = u"Export failed: "_s + m_app.recorded(u"Master Log Export"_s, error, Popup::no);
+        say(u"Export failed: "_s + m_app.recorded(u"Master Log Export"_s, error, Popup::no), true);
     }
 }
 
@@ -225,13 +231,13 @@ void MasterLogScreen::copyTracking(const MasterEntry &entry)
     if (entry.tracking.isEmpty())
         return;
     m_app.platform.desktop.copyText(entry.tracking);
-    message = u"Copied tracking "_s + entry.tracking;
+    say(u"Copied tracking "_s + entry.tracking);
 }
 
 Task<> MasterLogScreen::trackOnline(MasterEntry entry)
 {
     const QString failure = co_await openTrackingPage(m_app, entry.trackingURL);
-    message = failure;
+    say(failure, !failure.isEmpty());
 }
 
 } // namespace parcelory
