@@ -62,12 +62,11 @@ std::optional<ShippoCarrierAccount> uspsAccount(const QList<ShippoCarrierAccount
 Question oddLabelsQuestion(const QStringList &lines)
 {
     constexpr qsizetype most = 8;
-    QString text =
-        u"Some of today's labels have a warning:\n\n• "_s + lines.first(std::min(most, lines.size())).join(u"\n• "_s);
+    QString text = u"Check these labels first:\n\n• "_s + lines.first(std::min(most, lines.size())).join(u"\n• "_s);
     if (lines.size() > most)
         text += u"\n• and %1 more"_s.arg(lines.size() - most);
     return {.title = u"SCAN Form"_s,
-            .text = text + u"\n\nThe carrier includes only labels that it still accepts."_s,
+            .text = text + u"\n\nOnly labels the carrier still accepts go on the form."_s,
             .choices = {u"Cancel"_s, u"Make the SCAN Form"_s},
             .safeChoice = 0};
 }

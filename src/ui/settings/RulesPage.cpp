@@ -83,7 +83,7 @@ RulesPage::RulesPage(RulesScreen &screen, QWidget *parent)
     m_list = column(list);
     m_list->setContentsMargins(1, 1, 1, 1);
     appendGuard();
-    appendCaption(u"Every change is saved at once."_s);
+    appendCaption(u"Changes are saved automatically."_s);
     m_refresh.follow(screen);
     refresh();
 }
