@@ -31,7 +31,11 @@ MailingLogScreen::MailingLogScreen(AppState &app)
           m_query.cancel(); // its rows are no longer needed
           spawn([this] { return catchUp(); });
       })),
-      m_selectedWatch(selected.addNotifier([this] { showSelected(); }))
+      m_selectedWatch(selected.addNotifier([this] {
+          if (selected.value()) // the clerk looks at this row now
+              m_bought.clear();
+          showSelected();
+      }))
 {
     buildOn(preview);
     connect(&app.log, &ShipmentLog::recordsChanged, this, &MailingLogScreen::takeRecords);
