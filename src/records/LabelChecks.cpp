@@ -98,10 +98,10 @@ QString labelBlocker(LabelUse use, const ShipmentRecord &record)
         return {};
     const bool isRefund = use == LabelUse::refund;
     if (!isCarriersId(record.transactionID))
-        return u"This shipment was imported and not bought through this Shippo account: "_s +
-               (isRefund ? u"its refund can't be requested here."_s : u"its status can't be checked here."_s);
+        return isRefund ? u"This shipment was imported, so you can't request its refund here."_s
+                        : u"This shipment was imported, so you can't check its status here."_s;
     if (isRefund && refundState(record) == RefundState::granted)
-        return u"This label is refunded already."_s;
+        return u"This label was already refunded."_s;
     return !isRefund && record.tracking.isEmpty() ? u"This shipment has no tracking number."_s : QString();
 }
 

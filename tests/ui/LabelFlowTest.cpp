@@ -78,8 +78,7 @@ TEST(LabelFlow, NothingIsBoughtWhileAScannedInvoiceIsRead)
     EXPECT_EQ(desk.purchases(), 0);
     const Button *buy = desk.button(u"Buy & Print Label"_s);
     EXPECT_FALSE(buy->isEnabled());
-    EXPECT_TRUE(
-        shows(desk.window(), u"The scanned invoice is being read and will fill the form. Buy opens after it."_s));
+    EXPECT_TRUE(shows(desk.window(), u"Loading the scanned invoice. You can buy once it is in the form."_s));
     desk.app().cancelInvoiceScan();
     desk.settleAll();
     EXPECT_TRUE(buy->isEnabled());

@@ -218,8 +218,9 @@ TEST(LabelState, AnUnresolvedPurchaseIsResolvedByHandOnlyIfAskingMayNotHelp)
     desk.app().tab = MainTab::newLabel;
     desk.settleAll();
     desk.click(desk.button(u"Refund"_s));
-    desk.wait(
-        [&desk] { return desk.program->screens().mailingLog.message.value() == u"This label is refunded already."_s; });
+    desk.wait([&desk] {
+        return desk.program->screens().mailingLog.message.value() == u"This label was already refunded."_s;
+    });
 }
 
 } // namespace

@@ -57,7 +57,7 @@ void MailingLogScreen::takeReadFailure(const QString &failure)
     if (failure != readFailure.value()) // a retry that fails is not another failure
         m_app.errors.record(u"Mailing Log"_s, AppError(failure), Popup::no);
     readFailure = failure;
-    m_failureMessage = failure + u" The list is unchanged; Parcelory tries again by itself."_s;
+    m_failureMessage = failure + u" The list may be out of date. Parcelory keeps trying."_s;
     say(m_failureMessage, true);
     m_app.platform.clock.cancel(m_retry);
     m_retry = m_app.platform.clock.after(retryPause, [this] { spawn([this] { return catchUp(); }); });

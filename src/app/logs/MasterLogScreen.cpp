@@ -56,9 +56,10 @@ QString gapsIn(const QList<MasterEntry> &entries, bool isCut)
         std::ranges::count_if(entries, [](const MasterEntry &entry) { return counts(entry) && entry.amount == 0; });
     QStringList gaps;
     if (isCut)
-        gaps += u"Only the newest records of the account could be read; older labels may be missing."_s;
+        gaps += u"Only the newest labels of the account were loaded. Older labels may be missing."_s;
     if (unknown > 0)
-        gaps += u"The postage of %1 of these labels is not known and counts as $0.00."_s.arg(unknown);
+        gaps += unknown == 1 ? u"1 label has no known postage and counts as $0.00."_s
+                             : u"%1 labels have no known postage and count as $0.00."_s.arg(unknown);
     return gaps.join(u' ');
 }
 
@@ -140,7 +141,7 @@ Task<> MasterLogScreen::load()
         selected = std::nullopt;
         entries = found;
         loaded = true;
-        message = gapsIn(found, listing->isCut);
+        say(gapsIn(found, listing->isCut));
     } catch (const AppError &error) {
         say(m_app.recorded(u"Master Log"_s, error, Popup::no), true);
     }

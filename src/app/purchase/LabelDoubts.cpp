@@ -111,7 +111,7 @@ Question questionAbout(const LabelDoubts &doubts)
         reasons += sentenceOf(fault);
     if (faults.isEmpty())
         return {.title = titleOf(faults),
-                .text = reasons.join(u'\n') + u"\n\nThe label is in the mailing log, and Reprint asks again."_s,
+                .text = reasons.join(u'\n') + u"\n\nThe label is in the mailing log. Reprint asks this again."_s,
                 .choices = {u"Don't Print"_s, u"Print"_s},
                 .safeChoice = 0};
 

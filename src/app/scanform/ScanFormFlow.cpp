@@ -33,7 +33,7 @@ QString readyText(qsizetype labels, qsizetype leftOff)
 {
     const QString text = u"SCAN form ready: "_s + QString::number(labels) + (labels == 1 ? u" label"_s : u" labels"_s) +
                          u" — hand one printed copy to the carrier."_s;
-    return leftOff == 0 ? text : text + u" The carrier left %1 of them off the form."_s.arg(leftOff);
+    return leftOff == 0 ? text : text + u" The carrier did not put %1 of them on the form."_s.arg(leftOff);
 }
 
 /// How many of the requested labels the manifest does not name. Some accounts' manifests name none: zero.
@@ -76,8 +76,8 @@ Question noUspsQuestion()
 {
     return {.title = u"SCAN Form"_s,
             .text =
-                u"None of today's labels is a USPS label. A SCAN form is only for USPS labels: hand the others over "
-                "without a form."_s,
+                u"Today's labels are not USPS labels. SCAN forms are only for USPS. Hand the packages over without a "
+                "form."_s,
             .choices = {u"Cancel"_s, u"Make the SCAN Form"_s},
             .safeChoice = 0};
 }

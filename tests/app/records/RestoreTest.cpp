@@ -117,7 +117,7 @@ TEST_F(RestoreTest, BringsBackTheLabelsBoughtSinceAndSetsThePresentRecordsAside)
     EXPECT_EQ(groups.value(1).lines, QStringList({u"1 imported shipment added since"_s, u"1 address added since"_s,
                                                   u"1 address changed since"_s, u"2 boxes added or changed since"_s,
                                                   u"1 sender profile added or changed since"_s}));
-    EXPECT_EQ(groups.value(3).head, u"Older labels that the account did not list, and the 1 imported shipment, and the "
+    EXPECT_EQ(groups.value(3).head, u"Older labels that the account didn't list, and the 1 imported shipment, and the "
                                     "1 address, and the changes to 1 address, 2 boxes, 1 sender profile"_s);
     EXPECT_EQ(review.account, RestoreReview::Account::answered);
     EXPECT_TRUE(review.fromAccount.isEmpty()) << "both logs know the account's labels";
