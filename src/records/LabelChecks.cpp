@@ -75,8 +75,10 @@ QString formText(LabelUse use, const std::optional<QDateTime> &madeAt)
 {
     if (!madeAt || use == LabelUse::reprint)
         return {};
-    const QString where = u"This label is on the SCAN form of "_s + dateTimeText(*madeAt);
-    return where + (use == LabelUse::refund ? u": the carrier expects its parcel."_s : u" already."_s);
+    const QString form = dateTimeText(*madeAt);
+    return use == LabelUse::refund
+               ? u"This label is on the SCAN form of %1, so the carrier expects the package."_s.arg(form)
+               : u"This label is already on the SCAN form of %1."_s.arg(form);
 }
 
 } // namespace

@@ -153,8 +153,8 @@ QString MailingLogScreen::countText() const
         return {};
     const bool searching = !m_app.log.shownSearch().isEmpty();
     const QString number = count < ShipmentLog::listLimit ? QString::number(count) : u"%1 newest"_s.arg(count);
-    return number + (count == 1 ? u" shipment"_s : u" shipments"_s) + (searching ? u" found"_s : QString()) +
-           (m_app.log.isShownAlike() ? u", ignoring accents and blanks"_s : QString());
+    return number + (m_app.log.isShownAlike() ? u" similar"_s : QString()) +
+           (count == 1 ? u" shipment"_s : u" shipments"_s) + (searching ? u" found"_s : QString());
 }
 
 Task<> MailingLogScreen::tellTrouble()

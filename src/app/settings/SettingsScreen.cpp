@@ -105,7 +105,7 @@ Task<> SettingsScreen::refreshPrinters()
     } catch (const AppError &error) {
         const QString reason = m_app.recorded(u"Printers"_s, error, Popup::no);
         printerMessage =
-            PrinterMessage{u"The print system did not list its printers, so nothing was changed — "_s + reason, false};
+            PrinterMessage{u"The printer list can't be loaded, and your settings are unchanged — "_s + reason, false};
     }
 }
 

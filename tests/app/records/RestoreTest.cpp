@@ -237,7 +237,7 @@ TEST_F(RestoreTest, ChangesNothingIfItCannotBeCompleted)
     QDir copies = app->copies.folder();
     QFile inTheWay(copies.filePath(app->copies.setAsideName(clock.now()) + u".partial"_s));
     ASSERT_TRUE(inTheWay.open(QIODevice::WriteOnly));
-    expectUnchanged(u"the present records could not be set aside: the copies folder can't be written"_s);
+    expectUnchanged(u"Parcelory can't set today's records aside: the copies folder can't be written"_s);
 
     openRestore();
     QFile copied(copies.filePath(records->selected.value() + u"/mailing_log.sqlite"_s));
@@ -286,7 +286,7 @@ TEST_F(RestoreTest, FilesThatCannotBeMovedAreLeftOrMovedAtTheNextStart)
         {u"mailing_log.sqlite-shm"_s,
          u"The copy was not restored — the files could not be moved. Nothing was changed."_s, false},
         {u"addresses.sqlite-shm"_s,
-         u"The copy is not restored completely — the files could not be moved. Start Parcelory again: it then completes this."_s,
+         u"Parcelory could not finish restoring the copy — the files could not be moved. Restart Parcelory to finish."_s,
          true},
     };
     buyLabel();
