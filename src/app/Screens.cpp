@@ -27,6 +27,7 @@ Screens::Screens(AppState &app)
       m_app(app)
 {
     connect(&mailingLog, &MailingLogScreen::reprinted, &label, &LabelScreen::takeReprint);
+    connect(&mailingLog, &MailingLogScreen::reprinted, &label.purchases, &Purchases::takeReprint);
     buildOn(app, signIn, addressBook, label, mailingLog, keys, masterLog, scanForm, endOfDay, settings, updates,
             records, rules, tracking, openItems, openLabel, handbook, support);
     for (LabelPreview *place : {&label.preview, &mailingLog.preview, &settings.testLabel})

@@ -62,7 +62,7 @@ QString scaleFault(const ScaleReport &report)
     case ScaleStatus::needsZeroing:
         return u"The scale needs zeroing — empty it and press its zero key"_s;
     case ScaleStatus::stable:
-        return report.ounces ? QString() : u"The scale is set to a unit not used for parcels — set it to ounces"_s;
+        return report.ounces ? QString() : u"The scale uses the wrong unit — set it to ounces."_s;
     default:
         return {};
     }

@@ -75,8 +75,10 @@ QString formText(LabelUse use, const std::optional<QDateTime> &madeAt)
 {
     if (!madeAt || use == LabelUse::reprint)
         return {};
-    const QString where = u"This label is on the SCAN form of "_s + dateTimeText(*madeAt);
-    return where + (use == LabelUse::refund ? u": the carrier expects its parcel."_s : u" already."_s);
+    const QString form = dateTimeText(*madeAt);
+    return use == LabelUse::refund
+               ? u"This label is on the SCAN form of %1, so the carrier expects the package."_s.arg(form)
+               : u"This label is already on the SCAN form of %1."_s.arg(form);
 }
 
 } // namespace
@@ -98,10 +100,10 @@ QString labelBlocker(LabelUse use, const ShipmentRecord &record)
         return {};
     const bool isRefund = use == LabelUse::refund;
     if (!isCarriersId(record.transactionID))
-        return u"This shipment was imported and not bought through this Shippo account: "_s +
-               (isRefund ? u"its refund can't be requested here."_s : u"its status can't be checked here."_s);
+        return isRefund ? u"This shipment was imported, so you can't request its refund here."_s
+                        : u"This shipment was imported, so you can't check its status here."_s;
     if (isRefund && refundState(record) == RefundState::granted)
-        return u"This label is refunded already."_s;
+        return u"This label was already refunded."_s;
     return !isRefund && record.tracking.isEmpty() ? u"This shipment has no tracking number."_s : QString();
 }
 

@@ -74,12 +74,10 @@ QString ShipmentLog::trouble() const
     if (reason.isEmpty())
         return {};
     return u"The mailing log cannot be used — %1. Labels can still be bought: the purchase journal keeps them until "
-           u"the "
-           "log can be written. Until then nothing warns of a second label, and earlier labels cannot be listed, "
-           "reprinted or refunded here.\n\nWhat to do: quit Parcelory, rename %2, put a backup of it in its place, and "
-           "start Parcelory again. If there is no backup, rename the file all the same: Parcelory starts a new log, "
-           "and "
-           "the Master Log still lists every label."_s.arg(reason, m_path);
+           "the log can be written. Until then Parcelory can't warn about a second label or list, reprint and refund "
+           "earlier labels.\n\nWhat to do: quit Parcelory, rename %2, put a backup of it in its place, and start "
+           "Parcelory again. If there is no backup, rename the file anyway: Parcelory starts a new log, and the Master "
+           "Log still lists every label."_s.arg(reason, m_path);
 }
 
 QString ShipmentLog::damage() const

@@ -99,7 +99,8 @@ void HeaderBar::refresh()
                                                : u"Parcelory closes when the purchase is done."_s;
     if (const QString status = m_app.closing ? closing : m_app.scanFormNews(); status != m_scanStatus->fullText()) {
         m_scanStatus->setFullText(status);
-        announce(m_scanStatus);
+        if (!status.isEmpty())
+            announce(m_scanStatus);
     }
     const PostageMode mode = m_screens.keys.mode;
     m_mode->setVisible(mode == PostageMode::test || mode == PostageMode::practice);

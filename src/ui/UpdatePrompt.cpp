@@ -84,7 +84,7 @@ void UpdatePrompt::refresh()
                         ? u"Parcelory "_s + version + u" downloaded — ready to install."_s
                         : u"Parcelory "_s + version + u" is ready — you're on "_s + m_updates.installedVersion());
     const bool isReady = phase == UpdatePhase::ready, isHeldUp = isReady && !m_screens.mayRestart();
-    m_status->setText(isHeldUp               ? u"Waiting for an operation with the carrier to finish."_s
+    m_status->setText(isHeldUp               ? u"Waiting for the carrier."_s
                       : m_screens.restarting ? u"Copying the records before the restart…"_s
                                              : m_updates.status.value());
     m_status->setVisible(!m_status->text().isEmpty());

@@ -162,7 +162,8 @@ void Menus::addLabel()
     add(menu, u"Get Rates"_s, Qt::CTRL | Qt::Key_R, idle, [&view] { view.getRates(); }); // or says what is missing
     add(
         menu, u"Insure for the Invoice"_s, Qt::CTRL | Qt::SHIFT | Qt::Key_I,
-        [this, here] { return here() && label().isInsurable(); }, [this] { label().insureForInvoice(); });
+        [this, here] { return here() && label().isInsurable() && !label().buying; },
+        [this] { label().insureForInvoice(); });
     menu->addSeparator();
     add(
         menu, u"Buy && Print Label"_s, Qt::CTRL | Qt::Key_Return,
@@ -242,7 +243,8 @@ void Menus::addTracking(QMenu *menu)
         [this] {
             const auto record = chosen();
             const auto entry = chosenEntry();
-            return (record && !record->tracking.isEmpty()) || (entry && !entry->tracking.isEmpty()) || hasLastLabel();
+            return (record && !record->tracking.isEmpty()) || (entry && !entry->tracking.isEmpty()) ||
+                   (hasLastLabel() && label().canCopyLastTracking());
         },
         [this] {
             if (hasLastLabel())
@@ -254,7 +256,10 @@ void Menus::addTracking(QMenu *menu)
         });
     add(
         menu, u"Track Online"_s, Qt::CTRL | Qt::SHIFT | Qt::Key_O,
-        [this] { return chosenEntry() || (chosen() && !trackingPageOf(*chosen()).isEmpty()); },
+        [this] {
+            const auto entry = chosenEntry();
+            return (entry && !entry->trackingURL.isEmpty()) || (chosen() && !trackingPageOf(*chosen()).isEmpty());
+        },
         [this] {
             if (const auto entry = chosenEntry())
                 spawn([this, entry] { return masterLog().trackOnline(*entry); });

@@ -78,8 +78,7 @@ TEST(LabelFlow, NothingIsBoughtWhileAScannedInvoiceIsRead)
     EXPECT_EQ(desk.purchases(), 0);
     const Button *buy = desk.button(u"Buy & Print Label"_s);
     EXPECT_FALSE(buy->isEnabled());
-    EXPECT_TRUE(
-        shows(desk.window(), u"The scanned invoice is being read and will fill the form. Buy opens after it."_s));
+    EXPECT_TRUE(shows(desk.window(), u"Loading the scanned invoice. You can buy once it is in the form."_s));
     desk.app().cancelInvoiceScan();
     desk.settleAll();
     EXPECT_TRUE(buy->isEnabled());
@@ -102,12 +101,21 @@ TEST(LabelFlow, AnInvoicesParcelIsInsuredWithOneKeyAndAClearedFormComesBack)
     desk.compose(homeAddress());
     EXPECT_EQ(LabelTexts::uninsuredNote(desk.label()), u"Not insured"_s);
     EXPECT_TRUE(desk.button(u"Invoice $1,525.00 — insure"_s)->isVisible());
-    desk.press(Qt::Key_I, Qt::ControlModifier | Qt::ShiftModifier);
-    EXPECT_EQ(desk.label().insuranceValue.value(), u"1525.00"_s);
+    EXPECT_EQ(desk.button(u"Invoice $1,525.00 — insure"_s)->accessibleName(),
+              u"Insure for the invoice amount, $1,525.00"_s);
+    for (const bool isBuying : {true, false}) { // the label that is being bought cannot be insured any more
+        desk.label().buying = isBuying;
+        desk.settleAll();
+        EXPECT_EQ(desk.button(u"Invoice $1,525.00 — insure"_s)->isEnabled(), !isBuying);
+        desk.press(Qt::Key_I, Qt::ControlModifier | Qt::ShiftModifier);
+        EXPECT_EQ(desk.label().insuranceValue.value(), isBuying ? QString() : u"1525.00"_s);
+    }
     EXPECT_EQ(LabelTexts::insuranceOffer(desk.label()), u"Insured for the invoice ✓"_s);
     EXPECT_EQ(LabelTexts::uninsuredNote(desk.label()), QString());
 
-    desk.press(Qt::Key_N, Qt::ControlModifier);
+    for (int press = 0; press < 2; ++press)
+        desk.press(Qt::Key_N, Qt::ControlModifier);
+    desk.click(desk.button(u"Clear Form"_s));
     EXPECT_TRUE(desk.label().isClear());
     desk.press(Qt::Key_Z, Qt::ControlModifier);
     EXPECT_EQ(desk.label().recipient(), homeAddress());

@@ -106,6 +106,10 @@ TEST(LabelState, ALabelThatDidNotComeOutIsAmberUntilItIsReprinted)
         }
         desk.wait([&] { return desk.focusName() == u"Reprint"; });
         failed();
+        const QString reason = desk.label().lastLabel.value()->message;
+        desk.press(Qt::Key_C, Qt::ControlModifier | Qt::ShiftModifier);
+        EXPECT_EQ(desk.label().lastLabel.value()->message, reason) << "the card says why it was not printed";
+        EXPECT_TRUE(desk.label().banner.value()->text.startsWith(u"Copied tracking 9"_s));
         desk.carrier.setScenario({});
         desk.processes.behave = nullptr;
         if (isExpired) { // as the message says
@@ -194,7 +198,15 @@ TEST(LabelState, AnUnresolvedPurchaseIsResolvedByHandOnlyIfAskingMayNotHelp)
     found.record.tracking = u"9400"_s;
     found.record.status = u"PRINTED"_s;
     ASSERT_TRUE(desk.app().log.insertOnce(found.record));
-    desk.label().purchases.resolved = QList{found};
+    // A reprint from the mailing log prints the found label, too.
+    MailingLogScreen &log = desk.program->screens().mailingLog;
+    ResolvedPurchase first = found;
+    first.isSecond = false;
+    desk.label().purchases.resolved = QList{first, found};
+    emit log.reprinted(QString(32, u'c'), u"Label sent to ZD421."_s);
+    EXPECT_EQ(desk.label().purchases.resolved.value().size(), 2) << "another label";
+    emit log.reprinted(found.record.transactionID, u"Label sent to ZD421."_s);
+    EXPECT_EQ(desk.label().purchases.resolved.value(), QList{found});
     desk.settleAll();
     EXPECT_FALSE(offers(desk.window(), u"Print "_s));
     desk.click(desk.button(u"Refund"_s));
@@ -206,8 +218,9 @@ TEST(LabelState, AnUnresolvedPurchaseIsResolvedByHandOnlyIfAskingMayNotHelp)
     desk.app().tab = MainTab::newLabel;
     desk.settleAll();
     desk.click(desk.button(u"Refund"_s));
-    desk.wait(
-        [&desk] { return desk.program->screens().mailingLog.message.value() == u"This label is refunded already."_s; });
+    desk.wait([&desk] {
+        return desk.program->screens().mailingLog.message.value() == u"This label was already refunded."_s;
+    });
 }
 
 } // namespace

@@ -73,11 +73,11 @@ TEST_F(LogViewsTest, TheMailingLogIsSearchedAndUsedFromTheKeyboard)
     EXPECT_EQ(search->text(), QString());
     EXPECT_EQ(screen.selected.value(), chosen);
     QTest::keyClicks(search, u"5590 1755"_s); // a part of the number as the table shows it
-    runUntil([&] { return screen.countText() == u"60 shipments found, ignoring accents and blanks"_s; });
+    runUntil([&] { return screen.countText() == u"60 similar shipments found"_s; });
     search->selectAll();
     add(u"Amélie"_s, 59);
     QTest::keyClicks(search, u"amelie"_s);
-    runUntil([&] { return screen.countText() == u"1 shipment found, ignoring accents and blanks"_s; });
+    runUntil([&] { return screen.countText() == u"1 similar shipment found"_s; });
     QTest::keyClick(search, Qt::Key_Escape);
     runUntil([&] { return table->model()->rowCount() == 61; });
 }

@@ -1,6 +1,8 @@
 #include "support/UiTest.h"
 
 #include <QClipboard>
+#include <QDropEvent>
+#include <QMimeData>
 
 // Fields as a clerk types and pastes into them.
 
@@ -86,6 +88,8 @@ TEST(Typing, DigitsChooseTheGoodsAndTheValueIsCompared)
     desk.type(u"2"_s);
     desk.clock.advance(std::chrono::seconds(1)); // a digit might be a scanner's
     desk.settleAll();
+    for (const auto key : {Qt::Key_1, Qt::Key_3}) // the keys of a tab
+        desk.press(key, Qt::ControlModifier);
     EXPECT_EQ(desk.label().customs.value().itemType, CustomsItemType::silver);
     EXPECT_EQ(desk.label().customs.value().value, u"1860.00");
     EXPECT_TRUE(desk.focusName().contains(u"(Silver)"_s)) << desk.focusName().toStdString();
@@ -126,6 +130,20 @@ TEST(Typing, APastedAddressIsSplitAPastedTextTrimmedAndALongTextShowsItsBeginnin
         desk.click(desk.button(u"Undo"_s));
         EXPECT_EQ(desk.app().draftTo.value(), before);
         EXPECT_FALSE(desk.label().banner.value());
+    }
+    QMimeData dragged;
+    dragged.setText(block);
+    QDragEnterEvent enter({5, 5}, Qt::CopyAction, &dragged, Qt::NoButton, Qt::NoModifier);
+    QDropEvent drop({5, 5}, Qt::CopyAction, &dragged, Qt::NoButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(desk.named<LineEdit>(u"City"_s), &enter);
+    QCoreApplication::sendEvent(desk.named<LineEdit>(u"City"_s), &drop);
+    EXPECT_EQ(desk.app().draftTo.value(), homeAddress());
+    desk.press(Qt::Key_Z, Qt::ControlModifier);
+    if (clipboard->supportsSelection()) { // a middle click pastes it
+        clipboard->setText(block, QClipboard::Selection);
+        QTest::mouseClick(desk.named<LineEdit>(u"City"_s), Qt::MiddleButton);
+        EXPECT_EQ(desk.app().draftTo.value(), homeAddress());
+        clipboard->clear(QClipboard::Selection);
     }
     paste(u"Recipient name"_s, block);
     paste(u"Phone"_s, u" \t828 555\u200B 0142 \n"_s);

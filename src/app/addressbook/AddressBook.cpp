@@ -164,7 +164,7 @@ Task<> AddressBook::remove(PostalContact contact)
     if (!written)
         co_return;
     if (*outcome == LocalAddressStore::Removal::missing) {
-        const AppError error(u"The address book has no entry with this identifier, so nothing was deleted."_s);
+        const AppError error(u"This address was already deleted."_s);
         setStatus(StatusKind::failure, m_app.recorded(u"Address Book"_s, error, Popup::no));
         co_return;
     }

@@ -49,7 +49,9 @@ Task<> AddressBook::exportTo(Format format)
     try {
         const qsizetype count =
             co_await onPool([&store = m_app.addressBook, path, format] { return exportBook(store, path, format); });
-        setStatus(StatusKind::success, u"Exported %1 addresses to "_s.arg(count) + QFileInfo(path).fileName());
+        setStatus(StatusKind::success,
+                  (count == 1 ? u"Exported %1 address to "_s : u"Exported %1 addresses to "_s).arg(count) +
+                      QFileInfo(path).fileName());
     } catch (const AppError &error) {
         setStatus(StatusKind::failure,
                   u"Export failed: "_s + m_app.recorded(u"Address Book Export"_s, error, Popup::no));

@@ -131,7 +131,7 @@ QString difference(DifferenceKind kind)
     case DifferenceKind::notInAccount:
         return u"Not in the account"_s;
     case DifferenceKind::otherAmount:
-        return u"Another amount"_s;
+        return u"Different amount"_s;
     case DifferenceKind::refundedHere:
         return u"Refund asked here, not there"_s;
     case DifferenceKind::refundedThere:
@@ -144,17 +144,17 @@ QString explanation(DifferenceKind kind)
 {
     switch (kind) {
     case DifferenceKind::boughtElsewhere:
-        return u"Bought at another desk or in the browser; this log has no row for it."_s;
+        return u"Bought at another desk or in the browser. This log doesn't have it."_s;
     case DifferenceKind::notInAccount:
         return u"The account of the active key has no such label; another key may have bought it."_s;
     case DifferenceKind::otherAmount:
-        return u"The account charges another amount than this log holds."_s;
+        return u"The account and this log show different amounts."_s;
     case DifferenceKind::refundedHere:
         return u"The account still charges this label: check the refund's status in the mailing log."_s;
     case DifferenceKind::refundedThere:
         break;
     }
-    return u"The refund was asked at another desk or in the browser: don't use this label."_s;
+    return u"Another desk or the browser requested this refund. Don't use this label."_s;
 }
 
 QString amount(const std::optional<double> &amount)

@@ -202,7 +202,7 @@ QString EndOfDayScreen::formObstacle() const
 {
     const DayOfLabels &labels = report.value().labels;
     if (m_app.scanFormBusy || busy)
-        return u"Wait until the current operation has finished."_s;
+        return u"Wait until this is done."_s;
     if (!report.value().failure.isEmpty())
         return report.value().failure;
     if (formStep() == FormStep::print)
@@ -210,10 +210,10 @@ QString EndOfDayScreen::formObstacle() const
     if (labels.uspsLabels() == 0)
         return u"No USPS label was bought on this day."_s;
     if (!isToday())
-        return u"A SCAN form is made on the day of its labels."_s;
+        return u"Make the SCAN form on the day you bought the labels."_s;
     if (!hasKey())
         return u"No Shippo key is active."_s;
-    return labels.notOnForm.isEmpty() && labels.onForm.isEmpty() ? u"None of these labels is meant for a SCAN form."_s
+    return labels.notOnForm.isEmpty() && labels.onForm.isEmpty() ? u"None of these labels needs a SCAN form."_s
                                                                  : QString();
 }
 

@@ -94,7 +94,9 @@ QString InvoiceFlow::ignoredNote() const
 {
     if (m_ignored.isEmpty())
         return {};
-    return u"Scanned meanwhile and not read: invoice "_s + m_ignored.join(u", "_s) + u" — scan it again."_s;
+    return (m_ignored.size() == 1 ? u"Invoice %1 was not loaded — scan it again."_s
+                                  : u"Invoices %1 were not loaded — scan them again."_s)
+        .arg(m_ignored.join(u", "_s));
 }
 
 QString InvoiceFlow::note() const
@@ -144,6 +146,8 @@ Task<> InvoiceFlow::read(QString id)
         co_await report(id, failure);
     if (isGivenUp())
         co_return;
+    if (!failure && !m_ignored.isEmpty()) // the fill has hidden the warnings
+        emit m_app.scanFailed(ignoredNote(), false);
     m_app.scanBusy = false;
     if (!failure && m_app.flow == AppFlow::main && m_app.draftReference.value() == id)
         emit m_app.recipientTaken();

@@ -54,8 +54,11 @@ LabelScreen::LabelScreen(AppState &app)
     QObject::connect(&app, &AppState::scanFailed, &m_lifetime, [this](const QString &text, bool isSessionOver) {
         banner = Banner{text, false};
         m_bannerAboutDraft = false;
+        if (m_isTakingInvoice) // another invoice was ignored
+            m_otherNews = banner;
         needsSignIn = needsSignIn || isSessionOver;
     });
+    watch([this] { m_isTakingInvoice = m_isTakingInvoice && m_app.scanBusy; }, m_app.scanBusy);
     watch([this] { needsSignIn = false; }, m_app.flow,
           m_app.scannedInvoice); // an invoice can be read only in a session
 }
@@ -89,7 +92,7 @@ void LabelScreen::forgetFault()
 
 void LabelScreen::dropBanner()
 {
-    banner = m_formerOutcome;
+    banner = m_otherNews;
 }
 
 void LabelScreen::recipientEdited()
@@ -123,8 +126,9 @@ void LabelScreen::takeFilledDraft()
 {
     forgetValidation();
     showIntlPaperwork = false;
-    m_formerOutcome = std::nullopt;
+    m_otherNews = std::nullopt;
     banner = std::nullopt;
+    m_isTakingInvoice = m_app.scanBusy && !m_app.draftReference.value().isEmpty();
     noteFill();
 }
 
@@ -136,10 +140,12 @@ void LabelScreen::forgetValidation()
 
 void LabelScreen::clearDraft()
 {
+    if (isClearShown()) // a second press must not take away the offer to undo the first
+        return;
     const bool wasClear = isClear();
     m_cleared = saved();
     m_app.lastChange.forget(m_fillChange);
-    m_formerOutcome = std::nullopt;
+    m_otherNews = std::nullopt;
     banner = std::nullopt;
     forgetValidation();
     m_app.draftTo = ShippoAddress{};

@@ -148,6 +148,7 @@ public:
     Task<> reprintLast();
     /// True if the last label has not come out, which is to be mended before anything else.
     bool awaitsReprint() const { return lastLabel.value() && !lastLabel.value()->isPrinted; }
+    bool canCopyLastTracking() const { return lastLabel.value() && !lastLabel.value()->record.tracking.isEmpty(); }
     void copyLastTracking();
     /// True if papers for customs go with the last label.
     bool hasLastCustoms() const { return lastLabel.value() && lastLabel.value()->record.isIntl; }
@@ -174,7 +175,7 @@ private:
     void warn(const QString &text, std::optional<DraftField> field = std::nullopt);
     void warnUntilEdit(const QString &text, std::optional<DraftField> field = std::nullopt);
     void showLastLabel();
-    void noteOnLastLabel(const QString &text);
+    void noteOnLastLabel(const QString &text, bool ok = true);
     void noteReprint(const QString &text, bool isPrinted, bool wasPrinted);
     void fail(const QString &context, const AppError &error);
     bool takeWeight();
@@ -213,10 +214,11 @@ private:
     int m_secondLabelLooks = 0;                   ///< how often a second label was looked for
     bool m_purchaseComplete = false;
     bool m_bannerAboutDraft = false; ///< the next edit clears the banner
-    /// The outcome of a purchase that ended when the next parcel was in the form. The steps of that parcel follow by
-    /// themselves and must not hide it.
-    std::optional<Banner> m_formerOutcome;
-    ShippoAddress m_buyingFor; ///< the recipient of the last press of Buy
+    /// News of another parcel than the one in the form: the outcome of a purchase that ended late, or a scan that was
+    /// ignored. The steps of the parcel in the form follow by themselves and must not hide it.
+    std::optional<Banner> m_otherNews;
+    bool m_isTakingInvoice = false; ///< the scan in progress has filled the form
+    ShippoAddress m_buyingFor;      ///< the recipient of the last press of Buy
     AccountLabels m_account;
     ShippoAddress m_beforePaste, m_pasted;
     SavedDraft m_cleared;    ///< the draft before it was cleared

@@ -169,7 +169,7 @@ Task<> LabelScreen::buyAndPrint()
         buying = false;
         busy = false;
     });
-    m_formerOutcome = std::nullopt;
+    m_otherNews = std::nullopt;
     banner = std::nullopt;
     PreparedPurchase purchase = preparePurchase(*this, m_app, *rate, secondLabelFacts());
     const QString agreedWarning = secondLabelAgreed ? secondLabel.value() : QString();
@@ -289,7 +289,7 @@ void LabelScreen::tellOutcome(const PreparedPurchase &purchase, const Banner &ou
 {
     banner = outcome;
     if (purchase.edits != edits && !m_app.draftTo.value().isEmpty())
-        m_formerOutcome = outcome;
+        m_otherNews = outcome;
 }
 
 /// What is still as it was sold must not be sold again. What was typed since belongs to the next parcel.
@@ -303,9 +303,12 @@ void LabelScreen::clearSold(const PreparedPurchase &purchase)
     clearParcel(purchase.parcel);
 }
 
-void LabelScreen::noteOnLastLabel(const QString &text)
+/// The card of a label that is not printed says why; the message line tells the rest.
+void LabelScreen::noteOnLastLabel(const QString &text, bool ok)
 {
-    if (std::optional<LastLabel> label = lastLabel) {
+    if (awaitsReprint()) {
+        banner = Banner{text, ok};
+    } else if (std::optional<LastLabel> label = lastLabel) {
         label->message = text;
         lastLabel = label;
     }
@@ -355,13 +358,13 @@ Task<> LabelScreen::reprintLastCustoms()
         const QString printed = co_await reprintCustoms(m_app, lastLabel.value()->record);
         noteOnLastLabel(printed);
     } catch (const AppError &error) {
-        noteOnLastLabel(m_app.recorded(u"Customs Docs Reprint"_s, error, Popup::no));
+        noteOnLastLabel(m_app.recorded(u"Customs Docs Reprint"_s, error, Popup::no), false);
     }
 }
 
 void LabelScreen::copyLastTracking()
 {
-    if (!lastLabel.value())
+    if (!canCopyLastTracking())
         return;
     const QString tracking = lastLabel.value()->record.tracking;
     m_app.platform.desktop.copyText(tracking);

@@ -140,7 +140,7 @@ void LabelScreen::takePastedAddress(const ShippoAddress &pasted)
     m_app.draftTo = to;
     m_beforePaste = before;
     m_pasted = to;
-    banner = Banner{u"The pasted address was split into the fields."_s, true, Banner::Offer::undoPaste};
+    banner = Banner{u"The pasted address is now in the fields."_s, true, Banner::Offer::undoPaste};
     m_bannerAboutDraft = true;
 }
 
@@ -196,7 +196,7 @@ void LabelScreen::noteFill()
     if (before.isEmpty() || m_beforeFill == saved() || isBuyingFor(before) || purchases.unresolvedFor(before))
         return;
     const QString who = joinPresent({before.name, trimBlanks(before.city + u' ' + before.state)}, u", "_s);
-    m_fillChange = m_app.lastChange.note(u"The form was filled in anew. Before: "_s + who, [this] {
+    m_fillChange = m_app.lastChange.note(u"The form now holds another recipient. It held "_s + who, [this] {
         banner = std::nullopt;
         restore(m_beforeFill);
         m_app.tab = MainTab::newLabel;

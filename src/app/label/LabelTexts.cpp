@@ -128,9 +128,9 @@ QString LabelTexts::cutWarning(const LabelDraft &draft)
     };
     QStringList lines;
     if (sent.name != typed.name)
-        lines += u"The name is too long for a label: its end is cut off."_s;
+        lines += u"The label cuts off the end of this name."_s;
     if (letters(sent) != letters(typed))
-        lines += u"The street is too long for a label's two lines: its end is cut off."_s;
+        lines += u"The label cuts off the end of this street."_s;
     return lines.join(u'\n');
 }
 
@@ -152,10 +152,15 @@ QString LabelTexts::uninsuredNote(const LabelDraft &draft)
     return !isInsured && isValued ? u"Not insured"_s : QString();
 }
 
+QString LabelTexts::invoiceAmount(const LabelDraft &draft)
+{
+    return QLocale(u"en_US"_s).toString(draft.invoiceValue(), 'f', 2);
+}
+
 QString LabelTexts::insuranceOffer(const LabelDraft &draft)
 {
     if (draft.isInsurable())
-        return u"Invoice $%1 — insure"_s.arg(QLocale(u"en_US"_s).toString(draft.invoiceValue(), 'f', 2));
+        return u"Invoice $%1 — insure"_s.arg(invoiceAmount(draft));
     const bool isCovered = draft.invoiceValue() > 0 && decimal(draft.insuranceValue) == draft.invoiceValue();
     return isCovered ? u"Insured for the invoice ✓"_s : QString();
 }
@@ -211,9 +216,9 @@ QString LabelTexts::nextStepHint(const LabelScreen &screen)
         if (screen.busy)
             return u"printing…"_s;
         if (!screen.rates.value().isEmpty() && screen.isBuyClosed())
-            return u"rates loaded — Buy opens once Shippo answers about the last label."_s;
+            return u"rates loaded — you can buy once Shippo answers about the last label."_s;
         if (!screen.rates.value().isEmpty() && screen.awaitsFill())
-            return u"the scanned invoice is being read — Buy opens after it."_s;
+            return u"loading the scanned invoice — you can buy once it is in the form."_s;
         if (!screen.rates.value().isEmpty())
             return u"rates loaded — check the rate, then buy."_s;
         if (!screen.recipientFilled())

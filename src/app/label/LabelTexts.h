@@ -32,6 +32,8 @@ QString cutWarning(const LabelDraft &draft);
 QString extrasSummary(const LabelDraft &draft);
 /// A parcel of known value that is not insured.
 QString uninsuredNote(const LabelDraft &draft);
+/// "1,860.00"
+QString invoiceAmount(const LabelDraft &draft);
 /// Offers to insure the parcel for its invoice, or says that it is.
 QString insuranceOffer(const LabelDraft &draft);
 /// In place of the rates.

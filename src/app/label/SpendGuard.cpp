@@ -42,7 +42,8 @@ QString SpendGuard::question(const ShippoRate &rate, const QList<ShippoRate> &of
         if (isCheaper(other) && (!cheaper || decimalOrZero(other.amount) < decimalOrZero(cheaper->amount)))
             cheaper = &other;
     }
-    return cheaper ? asked + u" %1 is as fast and costs $%2."_s.arg(serviceName(cheaper->servicelevel), cheaper->amount)
+    return cheaper ? asked + u" %1 is just as fast and costs $%2."_s.arg(serviceName(cheaper->servicelevel),
+                                                                         cheaper->amount)
                    : asked;
 }
 

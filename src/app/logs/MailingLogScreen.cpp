@@ -31,7 +31,11 @@ MailingLogScreen::MailingLogScreen(AppState &app)
           m_query.cancel(); // its rows are no longer needed
           spawn([this] { return catchUp(); });
       })),
-      m_selectedWatch(selected.addNotifier([this] { showSelected(); }))
+      m_selectedWatch(selected.addNotifier([this] {
+          if (selected.value()) // the clerk looks at this row now
+              m_bought.clear();
+          showSelected();
+      }))
 {
     buildOn(preview);
     connect(&app.log, &ShipmentLog::recordsChanged, this, &MailingLogScreen::takeRecords);
@@ -53,7 +57,7 @@ void MailingLogScreen::takeReadFailure(const QString &failure)
     if (failure != readFailure.value()) // a retry that fails is not another failure
         m_app.errors.record(u"Mailing Log"_s, AppError(failure), Popup::no);
     readFailure = failure;
-    m_failureMessage = failure + u" The list is unchanged; Parcelory tries again by itself."_s;
+    m_failureMessage = failure + u" The list may be out of date. Parcelory keeps trying."_s;
     say(m_failureMessage, true);
     m_app.platform.clock.cancel(m_retry);
     m_retry = m_app.platform.clock.after(retryPause, [this] { spawn([this] { return catchUp(); }); });
@@ -149,8 +153,8 @@ QString MailingLogScreen::countText() const
         return {};
     const bool searching = !m_app.log.shownSearch().isEmpty();
     const QString number = count < ShipmentLog::listLimit ? QString::number(count) : u"%1 newest"_s.arg(count);
-    return number + (count == 1 ? u" shipment"_s : u" shipments"_s) + (searching ? u" found"_s : QString()) +
-           (m_app.log.isShownAlike() ? u", ignoring accents and blanks"_s : QString());
+    return number + (m_app.log.isShownAlike() ? u" similar"_s : QString()) +
+           (count == 1 ? u" shipment"_s : u" shipments"_s) + (searching ? u" found"_s : QString());
 }
 
 Task<> MailingLogScreen::tellTrouble()

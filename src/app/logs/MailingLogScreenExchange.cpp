@@ -27,8 +27,8 @@ enum ImportChoice { importNothing, importNew, importAll };
 Question knownQuestion(int known, const QString &file)
 {
     const QString text = known == 1
-                             ? u"1 shipment in %1 has a tracking number that is in the mailing log already."_s.arg(file)
-                             : u"%1 shipments in %2 have tracking numbers that are in the mailing log already."_s.arg(
+                             ? u"1 shipment in %1 has a tracking number that is already in the mailing log."_s.arg(file)
+                             : u"%1 shipments in %2 have tracking numbers that are already in the mailing log."_s.arg(
                                    QString::number(known), file);
     return {.title = u"Import Endicia Mail Log"_s,
             .text = text + u"\n\nImporting them again lists them twice."_s,
@@ -36,14 +36,14 @@ Question knownQuestion(int known, const QString &file)
             .safeChoice = importNothing};
 }
 
-/// "line 7", "lines 7, 19 and 12 more"
+/// "Line 7", "Lines 7, 19 and 12 more"
 QString lineText(const QList<int> &lines)
 {
     constexpr qsizetype most = 20;
     QStringList numbers;
     for (const int line : lines.first(std::min(most, lines.size())))
         numbers += QString::number(line);
-    return (lines.size() == 1 ? u"line "_s : u"lines "_s) + numbers.join(u", "_s) +
+    return (lines.size() == 1 ? u"Line "_s : u"Lines "_s) + numbers.join(u", "_s) +
            (lines.size() > most ? u" and %1 more"_s.arg(lines.size() - most) : QString());
 }
 
@@ -58,10 +58,14 @@ QStringList reportLines(const ImportReport &report, KnownRows mode)
         lines += u"Already in the mailing log: "_s + counted(report.known, u"shipment"_s, u"shipments"_s) +
                  (mode == KnownRows::skip ? u", not imported again."_s : u", imported again."_s);
     if (!report.skippedLines.isEmpty())
-        lines += u"Not understood and not imported: "_s + lineText(report.skippedLines) + u'.';
+        lines += lineText(report.skippedLines) + (report.skippedLines.size() == 1
+                                                      ? u" can't be read and was not imported."_s
+                                                      : u" can't be read and were not imported."_s);
     if (!report.undatedLines.isEmpty())
-        lines += u"Date not understood: %1. These shipments are dated now, and no SCAN form counts them."_s.arg(
-            lineText(report.undatedLines));
+        lines += lineText(report.undatedLines) +
+                 (report.undatedLines.size() == 1
+                      ? u" has no readable date. This shipment got today's date; it is never on a SCAN form."_s
+                      : u" have no readable date. These shipments got today's date; they are never on a SCAN form."_s);
     return lines;
 }
 

@@ -31,7 +31,7 @@ const QString approval = u" — USPS refunds take up to 14 days to approve."_s;
 Question confirmation(const ShipmentRecord &record, const QStringList &warnings)
 {
     return {.title = u"Refund This Label?"_s,
-            .text = u"%1 %2 to %3, $%4\nTracking %5%6\n\nThe label is voided and must not be used. The refund "
+            .text = u"%1 %2 to %3, $%4\nTracking %5%6\n\nThis voids the label. Don't use it. The refund "
                     "goes to the Shippo account%7"_s.arg(record.carrier, record.service, record.recipientName(),
                                                          fixed(record.postage, 2), record.tracking,
                                                          warningLines(warnings), approval),
@@ -89,7 +89,7 @@ Task<bool> MailingLogScreen::confirmRefund(ShipmentRecord record)
     const bool isSame = now && now->status == record.status && now->refund == record.refund;
     if (!isSame) { // another program, or a refund sync, changed it meanwhile
         co_await onPool([&log = m_app.log, asked = search.value()] { log.reload(asked); });
-        say(u"The shipment's status has changed meanwhile. No refund was requested."_s, true);
+        say(u"The status of this shipment has just changed. No refund was requested."_s, true);
     }
     co_return isSame;
 }

@@ -18,6 +18,7 @@
 #include <QScopeGuard>
 
 #include <algorithm>
+#include <iterator>
 #include <memory>
 #include <optional>
 #include <tuple>
@@ -32,6 +33,22 @@ bool counts(const MasterEntry &entry)
     return transactionStatusFrom(entry.status) == TransactionStatus::success;
 }
 
+/// What the search looks for, without regard to case, accents and the blanks of a number.
+struct Sought {
+    explicit Sought(const QString &search) : words(plainForm(search.simplified())), number(QString(words).remove(u' '))
+    {
+    }
+    bool isIn(const MasterEntry &entry) const
+    {
+        const QStringList texts = {entry.recipient, entry.company, entry.place,
+                                   entry.country,   entry.service, statusDisplay(entry.status)};
+        return words.isEmpty() || plainForm(entry.tracking).contains(number) ||
+               plainForm(texts.join(u'\n')).contains(words);
+    }
+
+    QString words, number;
+};
+
 /// What the totals leave out; empty if they are complete.
 QString gapsIn(const QList<MasterEntry> &entries, bool isCut)
 {
@@ -39,9 +56,10 @@ QString gapsIn(const QList<MasterEntry> &entries, bool isCut)
         std::ranges::count_if(entries, [](const MasterEntry &entry) { return counts(entry) && entry.amount == 0; });
     QStringList gaps;
     if (isCut)
-        gaps += u"Only the newest records of the account could be read; older labels may be missing."_s;
+        gaps += u"Only the newest labels of the account were loaded. Older labels may be missing."_s;
     if (unknown > 0)
-        gaps += u"The postage of %1 of these labels is not known and counts as $0.00."_s.arg(unknown);
+        gaps += unknown == 1 ? u"1 label has no known postage and counts as $0.00."_s
+                             : u"%1 labels have no known postage and count as $0.00."_s.arg(unknown);
     return gaps.join(u' ');
 }
 
@@ -100,22 +118,22 @@ Task<> MasterLogScreen::load()
     if (busy)
         co_return;
     if (from.value() > to.value()) {
-        message = u"The From date is after the To date."_s;
+        say(u"The From date is after the To date."_s, true);
         co_return;
     }
     busy = true;
     pages = 0;
-    message = QString();
+    say(QString());
     const auto done = qScopeGuard([this] { busy = false; });
     const std::tuple asked(from.value(), to.value(), m_app.keyChanges.value());
     try {
         const auto listing = std::make_shared<Listing>();
         listing->onPage = [this] {
             pages = pages + 1;
-            message = QString();
+            say(QString());
         };
         listing->onWait = [this](std::chrono::seconds pause) {
-            message = u"Shippo is busy — the list continues in %1 s."_s.arg(pause.count());
+            say(u"Shippo is busy — the list continues in %1 s."_s.arg(pause.count()));
         };
         const QList<MasterEntry> found = co_await m_app.shippo.masterLog(from, to, listing);
         if (asked != std::tuple(from.value(), to.value(), m_app.keyChanges.value()))
@@ -123,10 +141,16 @@ Task<> MasterLogScreen::load()
         selected = std::nullopt;
         entries = found;
         loaded = true;
-        message = gapsIn(found, listing->isCut);
+        say(gapsIn(found, listing->isCut));
     } catch (const AppError &error) {
-        message = m_app.recorded(u"Master Log"_s, error, Popup::no);
+        say(m_app.recorded(u"Master Log"_s, error, Popup::no), true);
     }
+}
+
+void MasterLogScreen::say(const QString &text, bool failure)
+{
+    isFailure = failure;
+    message = text;
 }
 
 QString MasterLogScreen::summaryLine() const
@@ -144,16 +168,12 @@ QString MasterLogScreen::summaryLine() const
 
 QList<MasterEntry> MasterLogScreen::found() const
 {
-    const QString wanted = plainForm(search.value().simplified()), number = QString(wanted).remove(u' ');
-    if (wanted.isEmpty())
+    const Sought sought(search);
+    if (sought.words.isEmpty())
         return entries;
     QList<MasterEntry> rows;
-    for (const MasterEntry &entry : entries.value()) {
-        const QStringList texts = {entry.recipient, entry.company, entry.place,
-                                   entry.country,   entry.service, statusDisplay(entry.status)};
-        if (plainForm(entry.tracking).contains(number) || plainForm(texts.join(u'\n')).contains(wanted))
-            rows += entry;
-    }
+    std::ranges::copy_if(entries.value(), std::back_inserter(rows),
+                         [&sought](const MasterEntry &entry) { return sought.isIn(entry); });
     return rows;
 }
 
@@ -171,7 +191,7 @@ std::optional<MasterEntry> MasterLogScreen::selectedEntry() const
     const auto &all = entries.value();
     const auto found =
         std::ranges::find_if(all, [this](const MasterEntry &entry) { return entry.id == selected.value(); });
-    return found == all.end() ? std::nullopt : std::optional(*found);
+    return found != all.end() && Sought(search).isIn(*found) ? std::optional(*found) : std::nullopt;
 }
 
 QString masterLogCSV(const QList<MasterEntry> &entries)
@@ -201,9 +221,9 @@ Task<> MasterLogScreen::exportCSV()
         co_return;
     try {
         co_await onPool([path, rows] { saveBytes(path, masterLogCSV(rows).toUtf8()); });
-        message = u"Exported %1 rows to "_s.arg(rows.size()) + QFileInfo(path).fileName();
+        say(u"Exported %1 rows to "_s.arg(rows.size()) + QFileInfo(path).fileName());
     } catch (const AppError &error) {
-        message = u"Export failed: "_s + m_app.recorded(u"Master Log Export"_s, error, Popup::no);
+        say(u"Export failed: "_s + m_app.recorded(u"Master Log Export"_s, error, Popup::no), true);
     }
 }
 
@@ -212,13 +232,13 @@ void MasterLogScreen::copyTracking(const MasterEntry &entry)
     if (entry.tracking.isEmpty())
         return;
     m_app.platform.desktop.copyText(entry.tracking);
-    message = u"Copied tracking "_s + entry.tracking;
+    say(u"Copied tracking "_s + entry.tracking);
 }
 
 Task<> MasterLogScreen::trackOnline(MasterEntry entry)
 {
     const QString failure = co_await openTrackingPage(m_app, entry.trackingURL);
-    message = failure;
+    say(failure, !failure.isEmpty());
 }
 
 } // namespace parcelory

@@ -28,7 +28,8 @@ public:
     Observed<bool> busy{this, false};
     Observed<int> pages{this, 0}; ///< pages read so far by the running listing
     Observed<QString> message{this};
-    Observed<bool> loaded{this, false}; ///< entries match the selected days
+    Observed<bool> isFailure{this, false}; ///< the message tells a failure
+    Observed<bool> loaded{this, false};    ///< entries match the selected days
 
     /// The entries with a text that contains the search, without regard to case, accents and the blanks of a number.
     QList<MasterEntry> found() const;
@@ -45,14 +46,19 @@ public:
     /// Shows one day, and chooses an entry of it.
     Task<> showEntry(QDate day, QString id);
     void lastFifteenDays();
+    /// Tells that a typed date was not taken.
+    void refuseDate(const QString &reason) { say(reason, true); }
     /// "12 shipments • $143.20 postage"
     QString summaryLine() const;
     Task<> exportCSV();
     void copyTracking(const MasterEntry &entry);
     Task<> trackOnline(MasterEntry entry);
+    /// The selected entry, unless the search hides it.
     std::optional<MasterEntry> selectedEntry() const;
 
 private:
+    void say(const QString &text, bool failure = false);
+
     AppState &m_app;
     const KeysScreen &m_keys;
     std::optional<int> m_loadedKeys; ///< AppState::keyChanges at the last load by loadForKey()

@@ -64,7 +64,7 @@ QString sentenceOf(const LogChain::Finding &finding)
     case LogChain::Problem::removed:
         return u"%1 was removed."_s.arg(labelOf(finding));
     case LogChain::Problem::added:
-        return u"%1: another program added this row, or its seal was removed."_s.arg(labelOf(finding));
+        return u"%1: another program added this label, or changed its check value."_s.arg(labelOf(finding));
     case LogChain::Problem::chain:
         return finding.shipment
                    ? u"%1: the seal was changed, or the seal before it was removed."_s.arg(labelOf(finding))

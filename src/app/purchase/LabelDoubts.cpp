@@ -105,13 +105,13 @@ Question questionAbout(const LabelDoubts &doubts)
     QStringList reasons;
     if (!doubts.changes.isEmpty())
         reasons +=
-            u"This label does more than print: it contains %1, which can change the label printer for good. Carriers' "
-            "labels need no such command."_s.arg(doubts.changes);
+            u"This label contains %1, which can change the printer's settings permanently. Carriers don't need such "
+            "commands."_s.arg(doubts.changes);
     for (const LabelFinding &fault : faults)
         reasons += sentenceOf(fault);
     if (faults.isEmpty())
         return {.title = titleOf(faults),
-                .text = reasons.join(u'\n') + u"\n\nThe label is in the mailing log, and Reprint asks again."_s,
+                .text = reasons.join(u'\n') + u"\n\nThe label is in the mailing log. Reprint asks this again."_s,
                 .choices = {u"Don't Print"_s, u"Print"_s},
                 .safeChoice = 0};
 
@@ -183,7 +183,7 @@ QString LabelDoubts::reason() const
 {
     QStringList reasons, items;
     if (!changes.isEmpty())
-        reasons += u"it contains %1, which can change the printer for good"_s.arg(changes);
+        reasons += u"it contains %1, which can change the printer's settings permanently"_s.arg(changes);
     for (const LabelFinding &fault : verdict.faults()) {
         if (fault.item == LabelItem::mark)
             reasons += u"it says “%1”, but the key is live"_s.arg(fault.onLabel);

@@ -56,7 +56,8 @@ Task<QByteArray> downloadAgain(AppState &app, ShipmentRecord record)
 
 void recordUnnoted(AppState &app, const QString &reason)
 {
-    app.errors.record(u"Mailing Log"_s, AppError(u"What happened to a label could not be noted — %1."_s.arg(reason)),
+    app.errors.record(u"Mailing Log"_s,
+                      AppError(u"The mailing log can't note whether a label was printed — %1."_s.arg(reason)),
                       Popup::no);
 }
 

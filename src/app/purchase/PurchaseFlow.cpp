@@ -385,7 +385,7 @@ Task<bool> PurchaseFlow::log(OpenPurchase purchase, LabelVerdict verdict, QDateT
     if (!outcome.verdictReason.isEmpty())
         m_app.errors.record(
             u"Mailing Log"_s,
-            AppError(u"How the label compares with its parcel could not be stored — %1."_s.arg(outcome.verdictReason)),
+            AppError(u"The mailing log can't keep the result of the label check — %1."_s.arg(outcome.verdictReason)),
             Popup::no);
     if (!outcome.stored && !m_unlogged.contains(purchase.id)) {
         m_unlogged.insert(purchase.id);

@@ -67,11 +67,11 @@ Task<LookupAnswer> evaluate(AppState &app, OpenPurchase purchase, QDateTime sinc
     const bool sameKey = app.keys.activeName() == purchase.keyName && ShippoKeys::isTest(token) == known.testMode;
     if (!sameKey) // inconclusive, because that key may be gone for good
         co_return LookupAnswer{
-            .text = u"It was requested with the %1 key “%2” — choose that key in Settings to check."_s.arg(
+            .text = u"This label was requested with the %1 key “%2”. Choose that key in Settings to check it."_s.arg(
                 known.testMode ? u"TEST"_s : u"LIVE"_s, purchase.keyName),
             .isInconclusive = true};
     if (purchase.rateId.isEmpty() && known.transactionID.isEmpty())
-        co_return LookupAnswer{.text = u"Its rate cannot be read, so the carrier cannot be asked."_s,
+        co_return LookupAnswer{.text = u"Parcelory can't read which rate this was, so it can't ask the carrier."_s,
                                .isInconclusive = true};
     const QList<ShippoTransaction> sales = co_await findSales(app, purchase);
     const auto found = sales.isEmpty() ? std::nullopt : std::optional(sales.first());

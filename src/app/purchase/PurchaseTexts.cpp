@@ -132,13 +132,13 @@ QString identifiers(const OpenPurchase &purchase)
 
 QString notLogged(const ShipmentRecord &record)
 {
-    return u"It was bought, but the mailing log could not be written. Tracking %1."_s.arg(record.tracking);
+    return u"The label was bought, but it is not in the mailing log. Tracking %1."_s.arg(record.tracking);
 }
 
 QString boughtTwice(const ShipmentRecord &record)
 {
-    return u"A second label was sold for the same parcel: %1, tracking %2. Do not use it; request its refund."_s.arg(
-        title(record), record.tracking);
+    return u"The carrier sold a second label for this parcel: %1, tracking %2. Don't use it. Request a refund for it."_s
+        .arg(title(record), record.tracking);
 }
 
 AppError secondError(const ShipmentRecord &record)

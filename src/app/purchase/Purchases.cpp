@@ -141,7 +141,7 @@ Task<QString> Purchases::newTrouble()
 Task<> Purchases::giveUp(OpenPurchase purchase)
 {
     m_app.errors.record(u"Buy Label"_s,
-                        AppError(u"The outcome of this purchase was never found: %1, %2, rate %3."_s.arg(
+                        AppError(u"Parcelory never found out whether this label was bought: %1, %2, rate %3."_s.arg(
                             PurchaseTexts::title(purchase.record),
                             purchase.askedAt.toLocalTime().toString(u"MMM d, yyyy"_s), purchase.rateId)),
                         Popup::no);
@@ -358,6 +358,15 @@ void Purchases::dismiss(ResolvedPurchase label)
 {
     QList<ResolvedPurchase> left = resolved;
     left.removeOne(label);
+    resolved = left;
+}
+
+void Purchases::takeReprint(const QString &transactionId)
+{
+    QList<ResolvedPurchase> left = resolved;
+    left.removeIf([&transactionId](const ResolvedPurchase &label) {
+        return label.isBought && !label.isSecond && label.record.transactionID == transactionId;
+    });
     resolved = left;
 }
 

@@ -67,6 +67,8 @@ public:
     /// Prints or reprints the label of a resolved purchase.
     Task<> print(ResolvedPurchase label);
     void dismiss(ResolvedPurchase label); // by value: the caller may pass an element of `resolved`
+    /// The label was reprinted from the mailing log, so that it does not wait here any more.
+    void takeReprint(const QString &transactionId);
     /// Shows the further labels that the carrier sold for the same request, until the clerk has seen them, and looks
     /// for more of them a minute later.
     void watchForSeconds(const PurchaseResult &result);

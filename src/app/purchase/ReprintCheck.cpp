@@ -99,8 +99,8 @@ Task<QString> reprintChecked(AppState &app, ShipmentRecord record)
     emit app.labelsNoted();
     if (isNoted)
         co_return result.printed;
-    const QString note = (isPrinted ? u"The reprint"_s : u"How the label compares with its parcel"_s) +
-                         u" could not be noted in the mailing log — %1."_s.arg(app.log.lastError());
+    const QString note = u"The mailing log can't keep %1 — %2."_s.arg(
+        isPrinted ? u"the reprint"_s : u"the result of the label check"_s, app.log.lastError());
     app.errors.record(u"Reprint"_s, AppError(note), Popup::no);
     co_return isPrinted ? result.printed + u' ' + note : QString();
 }

@@ -23,7 +23,7 @@ Task<QString> copyRecords(AppState &app, CopyReason reason, CancelToken cancel)
         return copies.make(reason, now, Progress(cancel));
     });
     app.copyCount = app.copyCount + 1;
-    co_return made.isGood() ? QString() : u"The copy of the records failed — "_s + made.failure + u'.';
+    co_return made.isGood() ? QString() : u"Parcelory can't copy the records — "_s + made.failure + u'.';
 }
 
 Task<> copyRecordsBefore(AppState &app, CopyReason reason, CancelToken cancel)
@@ -33,7 +33,7 @@ Task<> copyRecordsBefore(AppState &app, CopyReason reason, CancelToken cancel)
         co_return;
     const int answer = co_await app.platform.prompts.choose(
         {.title = u"Records Not Copied"_s,
-         .text = failure + u"\n\nIf you go on, no copy of today can bring back the present records."_s,
+         .text = failure + u"\n\nIf you continue, you can't restore today's records."_s,
          .choices = {u"Go On"_s, u"Cancel"_s},
          .safeChoice = 1});
     if (answer != 0)

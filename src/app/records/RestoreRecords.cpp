@@ -32,8 +32,7 @@ public:
             return {
                 .state = State::begun,
                 .failure =
-                    u"The copy is not restored completely — %1. Start Parcelory again: it then completes this."_s.arg(
-                        failure),
+                    u"Parcelory could not finish restoring the copy — %1. Restart Parcelory to finish."_s.arg(failure),
                 .note = m_note};
         m_app.copies.discard(m_aside);
         return {.failure = u"The copy was not restored — %1. Nothing was changed."_s.arg(failure)};
@@ -67,7 +66,7 @@ private:
             m_app.journal.open();
             return {};
         } catch (const AppError &) {
-            return u"another Parcelory has the records open, or the purchase journal can't be written"_s;
+            return u"another Parcelory window has the records open, or the purchase journal can't be written"_s;
         }
     }
 
@@ -84,7 +83,7 @@ private:
         const RecordCopies::SetAside aside = setAside.result();
         m_aside = aside.copy;
         return failure.isEmpty() && !aside.failure.isEmpty()
-                   ? u"the present records could not be set aside: "_s + aside.failure
+                   ? u"Parcelory can't set today's records aside: "_s + aside.failure
                    : failure;
     }
 

@@ -87,7 +87,7 @@ RestoreReview reviewOf(AppState &app, const RecordCopy &copy, const QDateTime &n
         review.held = held.value_or(LogMerge::Held());
     }
     if (!folder.exists())
-        review.unreadable = u"The copy is gone."_s;
+        review.unreadable = u"This copy no longer exists."_s;
     app.senders.flush();
     app.boxes.flush();
     const Profiles boxes = compareProfiles(app, folder, u"box_profiles.json"_s);

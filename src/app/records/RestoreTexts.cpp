@@ -101,7 +101,7 @@ Group comesBack(const RestoreReview &review)
     if (review.account == Account::silent)
         group.lines += silent;
     if (group.head.isEmpty())
-        group.head = group.lines.isEmpty() ? u"Nothing has to come back."_s : group.lines.takeFirst();
+        group.head = group.lines.isEmpty() ? u"Nothing is missing."_s : group.lines.takeFirst();
     return group;
 }
 
@@ -110,9 +110,9 @@ Group staysLost(const RestoreReview &review)
     Group group{.kind = GroupKind::staysLost, .title = u"Does not come back"_s, .head = {}, .lines = {}};
     QStringList parts;
     if (!review.isLogWhole())
-        parts += u"labels that the account does not know"_s;
+        parts += u"labels that aren't in the account"_s;
     if (review.isAccountCut)
-        parts += u"older labels that the account did not list"_s;
+        parts += u"older labels that the account didn't list"_s;
     if (review.added.imported > 0)
         parts += u"the "_s + counted(review.added.imported, u"imported shipment"_s, u"imported shipments"_s);
     if (review.addresses.added > 0)

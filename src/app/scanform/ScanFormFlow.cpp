@@ -33,7 +33,7 @@ QString readyText(qsizetype labels, qsizetype leftOff)
 {
     const QString text = u"SCAN form ready: "_s + QString::number(labels) + (labels == 1 ? u" label"_s : u" labels"_s) +
                          u" — hand one printed copy to the carrier."_s;
-    return leftOff == 0 ? text : text + u" The carrier left %1 of them off the form."_s.arg(leftOff);
+    return leftOff == 0 ? text : text + u" The carrier did not put %1 of them on the form."_s.arg(leftOff);
 }
 
 /// How many of the requested labels the manifest does not name. Some accounts' manifests name none: zero.
@@ -62,12 +62,11 @@ std::optional<ShippoCarrierAccount> uspsAccount(const QList<ShippoCarrierAccount
 Question oddLabelsQuestion(const QStringList &lines)
 {
     constexpr qsizetype most = 8;
-    QString text =
-        u"Some of today's labels have a warning:\n\n• "_s + lines.first(std::min(most, lines.size())).join(u"\n• "_s);
+    QString text = u"Check these labels first:\n\n• "_s + lines.first(std::min(most, lines.size())).join(u"\n• "_s);
     if (lines.size() > most)
         text += u"\n• and %1 more"_s.arg(lines.size() - most);
     return {.title = u"SCAN Form"_s,
-            .text = text + u"\n\nThe carrier includes only labels that it still accepts."_s,
+            .text = text + u"\n\nOnly labels the carrier still accepts go on the form."_s,
             .choices = {u"Cancel"_s, u"Make the SCAN Form"_s},
             .safeChoice = 0};
 }
@@ -77,8 +76,8 @@ Question noUspsQuestion()
 {
     return {.title = u"SCAN Form"_s,
             .text =
-                u"None of today's labels is a USPS label. A SCAN form is only for USPS labels: hand the others over "
-                "without a form."_s,
+                u"Today's labels are not USPS labels. SCAN forms are only for USPS. Hand the packages over without a "
+                "form."_s,
             .choices = {u"Cancel"_s, u"Make the SCAN Form"_s},
             .safeChoice = 0};
 }

@@ -59,10 +59,11 @@ QString ScanFormScreen::labelsText() const
     const qsizetype others = std::ranges::count(labels.value(), 0, &ShipmentRecord::id);
     QString text = counted(all) + u" on this form"_s;
     if (others > 0)
-        text += u", %1 of them of other desks"_s.arg(others);
+        text += u", %1 from other desks"_s.arg(others);
     const qsizetype leftOff = form->labels - (all - others);
     if (leftOff > 0)
-        text += u". The carrier left %1 of the day's %2 off."_s.arg(QString::number(leftOff), counted(form->labels));
+        text += u". The carrier did not put %1 of the day's %2 on the form."_s.arg(QString::number(leftOff),
+                                                                                   counted(form->labels));
     return text;
 }
 

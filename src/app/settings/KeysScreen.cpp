@@ -132,7 +132,7 @@ Task<> KeysScreen::remove(QString name)
     });
     // The token is erased, as the clerk was told: nothing keeps it for Undo.
     removedName = QString();
-    m_app.lastChange.note(u"The key “%1” is removed. Undo asks for its token."_s.arg(name), [this, name] {
+    m_app.lastChange.note(u"The key “%1” is removed. To undo, enter its token again."_s.arg(name), [this, name] {
         removedName = name;
         m_app.tab = MainTab::settings;
     });

@@ -105,7 +105,7 @@ Task<> SettingsScreen::refreshPrinters()
     } catch (const AppError &error) {
         const QString reason = m_app.recorded(u"Printers"_s, error, Popup::no);
         printerMessage =
-            PrinterMessage{u"The print system did not list its printers, so nothing was changed — "_s + reason, false};
+            PrinterMessage{u"The printer list can't be loaded, and your settings are unchanged — "_s + reason, false};
     }
 }
 
@@ -192,7 +192,7 @@ Task<> SettingsScreen::removeProfile(QUuid id)
     if (!profile || !canRemoveProfile())
         co_return;
     const bool sure = co_await confirmed(u"Delete %1?"_s.arg(quoted(profile->name, u"this profile"_s)),
-                                         u"The return address is forgotten. Labels already bought keep it."_s,
+                                         u"This deletes the return address. Labels already bought keep it."_s,
                                          u"Keep Profile"_s, u"Delete Profile"_s);
     if (!sure)
         co_return;
@@ -217,7 +217,7 @@ Task<> SettingsScreen::removeBox(QUuid id)
         co_return;
     const bool sure =
         co_await confirmed(u"Delete %1?"_s.arg(quoted(box->name, u"this box"_s)),
-                           u"It is no longer offered in the Mailpiece menu."_s, u"Keep Box"_s, u"Delete Box"_s);
+                           u"This removes the box from the Mailpiece menu."_s, u"Keep Box"_s, u"Delete Box"_s);
     if (!sure)
         co_return;
     const QList<BoxProfile> &all = m_app.boxes.profiles.value();

@@ -45,7 +45,7 @@ void requireWebAddress(const UpdateInfo &info)
 {
     const QUrl url(info.url, QUrl::StrictMode);
     if (!url.isValid() || (url.scheme() != u"https" && url.scheme() != u"http") || url.host().isEmpty())
-        throw AppError(u"the feed names no web address to download from"_s);
+        throw AppError(u"the update has no download address"_s);
     const bool isOpenLine = url.scheme() == u"http" && url.host() != u"127.0.0.1";
     if (isOpenLine && !info.sha256)
         throw AppError(u"the feed's address is not encrypted and has no checksum"_s);
@@ -59,7 +59,7 @@ void requireReplaceable(const QString &bundle)
         throw AppError(u"this copy of Parcelory was not installed as an app — update it the way it was installed"_s);
     const QString folder = QFileInfo(bundle).absolutePath();
     if (!QFileInfo(folder).isWritable())
-        throw AppError(u"Parcelory may not write in the folder %1, where it is installed"_s.arg(folder));
+        throw AppError(u"Parcelory can't write to %1, where it is installed"_s.arg(folder));
 }
 
 /// Without a key no signature can be verified; what is not even a signature is still refused.
@@ -81,7 +81,7 @@ void requireChecksum(const UpdateInfo &info, const QString &archive)
     if (!file.open(QIODevice::ReadOnly) || !hash.addData(&file))
         throw AppError(file.errorString());
     if (QString::fromLatin1(hash.result().toHex()) != info.sha256->toLower())
-        throw AppError(u"what was downloaded is not the archive that the feed describes"_s);
+        throw AppError(u"the downloaded file is not the announced update"_s);
 }
 
 /// An old archive under a new version's name would be offered again after every restart.

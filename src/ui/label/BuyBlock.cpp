@@ -30,7 +30,7 @@ const QString buyText = u"Buy & Print Label"_s;
 const QString stillAsking =
     u"Still checking whether this recipient's last label was bought. You can buy again once Shippo answers."_s;
 
-const QString readingInvoice = u"The scanned invoice is being read and will fill the form. Buy opens after it."_s;
+const QString readingInvoice = u"Loading the scanned invoice. You can buy once it is in the form."_s;
 
 struct ModeLook {
     QString word;
@@ -137,7 +137,7 @@ QString BuyBlock::printerText() const
 {
     const QString queue = m_settings.zebraQueue;
     if (queue.isEmpty())
-        return u"none chosen — pick one in Settings"_s;
+        return u"No printer chosen — choose one in Settings"_s;
     return m_settings.rotate180 ? queue + u" · rotated 180°"_s : queue;
 }
 

@@ -140,7 +140,8 @@ void PaperworkDialog::choose(int type)
 void PaperworkDialog::keyPressEvent(QKeyEvent *event)
 {
     const int type = event->key() - Qt::Key_1;
-    if (type >= 0 && type < customsItems().size())
+    const bool isPlain = (event->modifiers() & ~Qt::KeypadModifier) == Qt::NoModifier; // Ctrl+2 is meant for a tab
+    if (isPlain && type >= 0 && type < customsItems().size())
         choose(type);
     else
         Dialog::keyPressEvent(event);

@@ -30,7 +30,7 @@ public:
     {
         setWindowFlags(Qt::Popup);
         setAttribute(Qt::WA_DeleteOnClose);
-        setAccessibleName(u"What the rules say"_s);
+        setAccessibleName(u"Shipping rules"_s);
         setCard();
         auto *rows = new QVBoxLayout(this);
         rows->setContentsMargins(14, 12, 14, 8);
@@ -101,7 +101,7 @@ void RuleLine::refresh()
     m_more->setText(u"%1 more"_s.arg(others));
     m_more->setVisible(others > 0);
     const QString text = advice.first().text;
-    nameWidget(m_more, u"%1 more of the shipping rules"_s.arg(others));
+    nameWidget(m_more, (others == 1 ? u"%1 more shipping rule"_s : u"%1 more shipping rules"_s).arg(others));
     setToolTip(plainToolTip(text));
     nameWidget(this, text);
     arrange();

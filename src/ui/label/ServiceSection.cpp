@@ -105,7 +105,8 @@ void ExtrasSection::refresh()
     const QString offer = LabelTexts::insuranceOffer(m_screen);
     const bool isOffered = m_screen.isInsurable();
     m_offer->setText(offer);
-    nameWidget(m_offer, u"Insure for the invoice amount, "_s + offer);
+    nameWidget(m_offer, u"Insure for the invoice amount, $"_s + LabelTexts::invoiceAmount(m_screen));
+    enable(m_offer, !m_screen.buying, m_insurance); // the label that is being bought cannot be insured any more
     m_covered->setText(offer);
     m_offer->setVisible(isOffered);
     m_covered->setVisible(!isOffered);

@@ -24,7 +24,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QString beingAsked = u"The carrier is being asked now."_s;
+const QString beingAsked = u"Parcelory is asking the carrier now."_s;
 
 } // namespace
 
@@ -71,7 +71,7 @@ UnresolvedPurchasesBar::Row UnresolvedPurchasesBar::rowOf(const UnresolvedPurcha
 {
     const ShipmentRecord &record = purchase.purchase.record;
     const QString state = record.transactionID.isEmpty() ? u"Checking whether this was bought: "_s
-                                                         : u"Not complete yet: "_s; // the carrier assigned an id
+                                                         : u"Finishing this purchase: "_s; // the carrier assigned an id
     Row row{.id = purchase.purchase.id,
             .text = state + PurchaseTexts::title(record) + u". "_s + purchase.text,
             .look = Look::pending,

@@ -72,7 +72,7 @@ QWidget *MasterLogView::makeToolbar()
     connect(m_from, &DateField::dateChosen, this, [this](QDate date) { m_screen.from = date; });
     connect(m_to, &DateField::dateChosen, this, [this](QDate date) { m_screen.to = date; });
     for (const DateField *field : {m_from, m_to})
-        connect(field, &DateField::refused, this, [this](const QString &reason) { m_screen.message = reason; });
+        connect(field, &DateField::refused, this, [this](const QString &reason) { m_screen.refuseDate(reason); });
     connect(m_search, &SearchField::listRequested, m_table, [this] { m_table->setFocus(Qt::TabFocusReason); });
     bindText(m_search, m_screen.search);
     connect(m_usual, &QPushButton::clicked, this, [this] {
@@ -211,7 +211,9 @@ void MasterLogView::refreshFoot()
     QString message = m_screen.message;
     if (m_screen.busy)
         message = m_screen.pages > 0 ? u"Loading… page %1"_s.arg(m_screen.pages.value()) : u"Loading…"_s;
+    const bool isFailure = m_screen.isFailure && !m_screen.busy;
     m_messageIcon->setVisible(!message.isEmpty());
+    m_messageIcon->set(isFailure ? u"ui_warning"_s : u"ui_info"_s, isFailure ? &Tokens::warn : &Tokens::muted);
     if (message == m_message->fullText())
         return;
     m_message->setFullText(message);

@@ -147,7 +147,8 @@ void ScanFormWindow::refresh()
     if (message == m_outcome->fullText())
         return;
     m_outcome->setFullText(message);
-    announce(m_outcome);
+    if (!message.isEmpty())
+        announce(m_outcome);
 }
 
 void ScanFormWindow::refreshHistory()

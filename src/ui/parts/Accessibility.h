@@ -18,7 +18,7 @@ void nameWidget(QWidget *widget, const QString &name);
 void announce(QWidget *widget);
 
 /// Why an operation cannot start: its screen runs another operation.
-inline const QString notWhileBusy = QStringLiteral("Wait until the current operation has finished.");
+inline const QString notWhileBusy = QStringLiteral("Wait until this is done.");
 
 /// Enables or disables a control. If a disabled control had the focus, `refuge` takes it; otherwise the next control
 /// would, and the same key pressed again would activate that control.

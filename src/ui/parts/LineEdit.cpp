@@ -9,8 +9,11 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QContextMenuEvent>
+#include <QDropEvent>
 #include <QKeyEvent>
 #include <QMenu>
+#include <QMimeData>
+#include <QMouseEvent>
 #include <QRegularExpression>
 
 namespace parcelory {
@@ -52,16 +55,15 @@ QSize LineEdit::minimumSizeHint() const
 void LineEdit::keyPressEvent(QKeyEvent *event)
 {
     if (event->matches(QKeySequence::Paste) && !isReadOnly())
-        pasteText();
+        pasteText(QApplication::clipboard()->text());
     else if (!event->matches(QKeySequence::Undo) || !takeUndo || !takeUndo())
         QLineEdit::keyPressEvent(event);
 }
 
-void LineEdit::pasteText()
+void LineEdit::pasteText(QString text)
 {
     constexpr QChar breakOpportunity(0x200B); // invisible; web pages and our own labels have it inside long words
     const bool isSecret = echoMode() != Normal;
-    QString text = QApplication::clipboard()->text();
     if (!isSecret)
         text.remove(breakOpportunity);
     if (takePaste && takePaste(text))
@@ -91,9 +93,32 @@ void LineEdit::contextMenuEvent(QContextMenuEvent *event)
         if (!action->text().startsWith(QLineEdit::tr("&Paste")))
             continue;
         disconnect(action, nullptr, this, nullptr);
-        connect(action, &QAction::triggered, this, [this] { pasteText(); });
+        connect(action, &QAction::triggered, this, [this] { pasteText(QApplication::clipboard()->text()); });
     }
     menu->popup(event->globalPos());
+}
+
+/// On Linux, the middle button pastes what is selected, in whichever window.
+void LineEdit::mouseReleaseEvent(QMouseEvent *event)
+{
+    const QClipboard *clipboard = QApplication::clipboard();
+    if (event->button() != Qt::MiddleButton || !clipboard->supportsSelection() || isReadOnly()) {
+        QLineEdit::mouseReleaseEvent(event);
+        return;
+    }
+    deselect();
+    pasteText(clipboard->text(QClipboard::Selection));
+}
+
+void LineEdit::dropEvent(QDropEvent *event)
+{
+    if (event->source() == this || !event->mimeData()->hasText() || isReadOnly()) { // the text moves within the field
+        QLineEdit::dropEvent(event);
+        return;
+    }
+    setCursorPosition(cursorPositionAt(event->position().toPoint()));
+    event->acceptProposedAction();
+    pasteText(event->mimeData()->text());
 }
 
 } // namespace parcelory

@@ -119,8 +119,8 @@ void SegmentedControl::setCount(int id, int count)
     auto *segment = static_cast<Segment *>(m_group.button(id));
     const QString number = count > 0 ? QString::number(count) : QString();
     segment->setCount(number);
-    segment->setAccessibleName(m_name + QStringLiteral(": ") + segment->text() +
-                               (number.isEmpty() ? QString() : QStringLiteral(", ") + number));
+    nameWidget(segment, m_name + QStringLiteral(": ") + segment->text() +
+                            (number.isEmpty() ? QString() : QStringLiteral(", ") + number));
 }
 
 void SegmentedControl::choose(int id)

@@ -118,10 +118,9 @@ ApiKeysPage::ApiKeysPage(KeysScreen &keys, TrackingWatch &tracking, QWidget *par
     fillStatus();
     appendEntry();
     QVBoxLayout *background = column(appendCard());
-    background->addWidget(makeSwitch(u"Ask the carrier where the parcels are"_s, tracking.isOn));
+    background->addWidget(makeSwitch(u"Check tracking in the background"_s, tracking.isOn));
     background->addWidget(
-        new TextLabel(u"Parcelory asks in the background for labels of the last 30 days, so that My Mailing Log can "
-                      "list what is open."_s,
+        new TextLabel(u"Parcelory checks labels of the last 30 days and lists problems in My Mailing Log."_s,
                       FontRole::caption, &Tokens::muted));
     m_refresh.follow(keys);
     refresh();

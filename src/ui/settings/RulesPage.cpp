@@ -77,13 +77,13 @@ RulesPage::RulesPage(RulesScreen &screen, QWidget *parent)
       m_refresh([this] { refresh(); })
 {
     head()->addWidget(m_count);
-    appendCaption(u"One line under the rates tells what the rules say about the parcel. It never stops a label."_s);
+    appendCaption(u"A line under the rates shows the rules for this package. It never blocks a label."_s);
     appendFile();
     PanelFrame *list = appendListCard();
     m_list = column(list);
     m_list->setContentsMargins(1, 1, 1, 1);
     appendGuard();
-    appendCaption(u"Every change is saved at once."_s);
+    appendCaption(u"Changes are saved automatically."_s);
     m_refresh.follow(screen);
     refresh();
 }
@@ -110,7 +110,7 @@ void RulesPage::appendFile()
 void RulesPage::appendGuard()
 {
     append(new TextLabel(u"Spend guard"_s, FontRole::h2));
-    appendCaption(u"One more press of Buy for a label above the limit, and nothing below it."_s);
+    appendCaption(u"Above this limit, Buy asks once more."_s);
     QVBoxLayout *rows = column(appendCard());
     auto *first = new QHBoxLayout;
     first->addWidget(makeSwitch(u"Ask once more before a label above  $"_s, m_screen.guardOn));
@@ -118,7 +118,7 @@ void RulesPage::appendGuard()
     first->addStretch(1);
     rows->addLayout(first);
     bindText(m_above, m_screen.guardAbove);
-    QWidget *cheaper = makeSwitch(u"Name a cheaper service that is as fast"_s, m_screen.guardNamesCheaper);
+    QWidget *cheaper = makeSwitch(u"Suggest a cheaper service that is just as fast"_s, m_screen.guardNamesCheaper);
     QWidget *reference = makeSwitch(u"Require a reference"_s, m_screen.guardWantsReference);
     rows->addWidget(cheaper);
     rows->addWidget(reference);

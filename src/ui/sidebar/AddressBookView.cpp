@@ -325,7 +325,8 @@ void AddressBookView::showPage()
                               : empty   ? m_empty
                               : nothing ? static_cast<QWidget *>(m_nothing)
                                         : m_list);
-    const QString all = QString::number(m_book.contacts().size()) + u" addresses"_s;
+    const qsizetype count = m_book.contacts().size();
+    const QString all = QString::number(count) + (count == 1 ? u" address"_s : u" addresses"_s);
     const bool isSearching = !trimBlanks(m_pane.query).isEmpty();
     m_count->setText(!loaded       ? QString()
                      : isSearching ? u"%1 of %2"_s.arg(QString::number(m_pane.filtered().size()), all)

@@ -129,8 +129,8 @@ void InvoicePane::showWhose()
     const QString text = !invoice         ? QString()
                          : sold.isValid() ? u"Label bought "_s + sold.toLocalTime().toString(u"h:mm AP"_s)
                          : isInForm       ? QString()
-                         : m_app.draftTo.value().isEmpty() ? u"Not in the form"_s
-                                                           : u"The form holds somebody else"_s;
+                         : m_app.draftTo.value().isEmpty() ? u"This invoice isn't in the form"_s
+                                                           : u"The form shows another recipient"_s;
     m_whose->setText(text);
     m_whose->setVisible(!text.isEmpty());
     if (!m_cards)

@@ -155,7 +155,7 @@ void SignInView::refresh()
         control->setEnabled(!busy);
     m_signIn->setText(busy ? u"Signing in…"_s : u"Sign in"_s);
     const int left = m_app.loginSecondsLeft;
-    m_wait->setText(left > 0 ? u"Waiting for Deskline — %1 s at most"_s.arg(left) : u"Asking Deskline…"_s);
+    m_wait->setText(left > 0 ? u"Waiting for deskline — up to %1 s"_s.arg(left) : u"Connecting to deskline…"_s);
     m_wait->setVisible(busy);
     m_cancel->setVisible(busy);
     m_remember->setChecked(m_screen.remember);

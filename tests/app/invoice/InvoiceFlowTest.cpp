@@ -107,7 +107,7 @@ TEST_F(InvoiceFlowTest, WaitsTwentySecondsForTheCustomersPage)
 
 TEST_F(InvoiceFlowTest, ReadsOneInvoiceAtATimeAndNamesTheScansItIgnored)
 {
-    const QString note = u"Scanned meanwhile and not read: invoice 48301, 48302 — scan it again."_s;
+    const QString note = u"Invoices 48301, 48302 were not loaded — scan them again."_s;
     showPage(false, false, wholePage);
     app->flow = AppFlow::main;
     QStringList heard;
@@ -127,8 +127,7 @@ TEST_F(InvoiceFlowTest, ReadsOneInvoiceAtATimeAndNamesTheScansItIgnored)
     for (const QString &text : {u"4830"_s, u"48301"_s, u"48301"_s, u"77123"_s, u"483012"_s}) // a pause in the code
         app->handleInvoiceScan(text);
     runUntil([this] { return !app->scanBusy; }, &clock);
-    EXPECT_EQ(app->scanLine(), u"Invoice 483012: Ann — label filled. Scanned meanwhile and not read: invoice 77123 — "
-                               "scan it again."_s);
+    EXPECT_EQ(app->scanLine(), u"Invoice 483012: Ann — label filled. Invoice 77123 was not loaded — scan it again."_s);
 
     showPage(false, false, invoicePage); // lacks parts, and has a flag
     heard.clear();
@@ -137,9 +136,30 @@ TEST_F(InvoiceFlowTest, ReadsOneInvoiceAtATimeAndNamesTheScansItIgnored)
         app->handleInvoiceScan(u"48302"_s);
     };
     scan(u"48300"_s);
-    EXPECT_EQ(heard, QStringList{u"Invoice 48302 ignored — close the message about 48300 first."_s});
+    EXPECT_EQ(heard.value(0), u"Invoice 48302 ignored — close the message about 48300 first."_s);
     EXPECT_EQ(app->scanNote.value(), u"The invoice has no street and no city and no ZIP — complete the address. "
-                                     "Scanned meanwhile and not read: invoice 48302 — scan it again."_s);
+                                     "Invoice 48302 was not loaded — scan it again."_s);
+}
+
+TEST_F(InvoiceFlowTest, AnIgnoredScanStaysInTheMessageLineUntilTheNextParcel)
+{
+    LabelScreen screen(*app);
+    const Banner ignored{u"Invoice 48301 was not loaded — scan it again."_s, false};
+    showPage(false, false, wholePage);
+    app->flow = AppFlow::main;
+    app->handleInvoiceScan(u"48300"_s);
+    scan(u"48301"_s);
+    EXPECT_EQ(screen.banner.value(), ignored);
+    screen.refuseDate(u"“1” is not a date."_s);
+    screen.weightLb = u"1"_s;
+    EXPECT_EQ(screen.banner.value(), ignored) << "a message about the parcel in the form comes and goes";
+    app->failScan(u"noise"_s);
+    screen.refuseDate(u"“1” is not a date."_s);
+    screen.weightLb = u"2"_s;
+    EXPECT_EQ(screen.banner.value(), ignored);
+    scan(u"48301"_s);
+    EXPECT_FALSE(screen.banner.value());
+    settlePool();
 }
 
 TEST_F(InvoiceFlowTest, IsCanceledAtAnyMoment)

@@ -102,7 +102,7 @@ TEST_F(BeforeBuyingTest, TheSpendGuardAsksAboveItsLimitOnly)
     const std::pair<SpendGuard, QStringList> rows[] = {
         {{.isOn = false, .above = 0, .wantsReference = true}, {QString(), QString(), QString()}},
         {guard,
-         {QString(), u"This label costs $12.00, more than $10.00. Fast is as fast and costs $8.00."_s,
+         {QString(), u"This label costs $12.00, more than $10.00. Fast is just as fast and costs $8.00."_s,
           u"This label costs $30.00, more than $10.00."_s}},
         {{.isOn = true, .above = 10, .namesCheaper = false},
          {QString(), u"This label costs $12.00, more than $10.00."_s, u"This label costs $30.00, more than $10.00."_s}},

@@ -103,7 +103,8 @@ TEST_F(HeldLabelTest, AnotherParcelsLabelIsLoggedAndPrintedOnlyOnRequest)
 TEST_F(HeldLabelTest, ALabelThatChangesThePrinterIsLoggedAndPrintedOnlyOnRequest)
 {
     const QByteArray label = "^XA^FDx^FS^JUS^XZ";
-    expectHeld(label, u"it contains ^JUS, which can change the printer for good"_s, {u"it contains ^JUS, which"_s});
+    expectHeld(label, u"it contains ^JUS, which can change the printer's settings permanently"_s,
+               {u"This label contains ^JUS, which"_s});
     clock.advance(1min);
     buyWith(label); // the clerk agrees
     EXPECT_TRUE(banner().endsWith(u"Label sent to ZD421."_s)) << banner().toStdString();

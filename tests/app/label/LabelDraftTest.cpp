@@ -131,8 +131,8 @@ TEST_F(LabelDraftTest, SaysWhatOfAnAddressOrARateIsNotSeen)
     const QString fifty = QString(50, u'N'), street = u"1 "_s + QString(100, u'S');
     const std::tuple<QString, QString, QStringList> rows[] = {
         {fifty, u"1 Elm St"_s, {}},
-        {fifty + u'X', u"1 Elm St"_s, {u"The name is too long for a label: its end is cut off."_s}},
-        {u"Ida"_s, street, {u"The street is too long for a label's two lines: its end is cut off."_s}},
+        {fifty + u'X', u"1 Elm St"_s, {u"The label cuts off the end of this name."_s}},
+        {u"Ida"_s, street, {u"The label cuts off the end of this street."_s}},
     };
     for (const auto &[name, line, warning] : rows) {
         ShippoAddress to = homeAddress();

@@ -54,6 +54,19 @@ TEST_F(MailingLogScreenTest, TheListMatchesTheSearchThroughEveryReload)
     EXPECT_EQ(log.selectedRecord()->recipient, u"Ana"_s);
     log.search = QString();
     waitFor({u"Anabel"_s, u"Zoe"_s, u"Ben"_s, u"Ana"_s});
+
+    ShipmentRecord zoe = shipmentTo(u"Zoe"_s, 5);
+    zoe.transactionID = transactionId(5);
+    EXPECT_TRUE(app->log.insert(zoe));
+    waitFor({u"Zoe"_s, u"Anabel"_s, u"Zoe"_s, u"Ben"_s, u"Ana"_s});
+    log.search = u"ana"_s;
+    waitFor({u"Anabel"_s, u"Ana"_s});
+    log.selected = std::nullopt;
+    emit app->labelLogged(zoe.transactionID); // is selected as soon as it is listed
+    log.selected = ana;
+    log.search = QString();
+    waitFor({u"Zoe"_s, u"Anabel"_s, u"Zoe"_s, u"Ben"_s, u"Ana"_s});
+    EXPECT_EQ(log.selected.value(), ana) << "the clerk has chosen a row since";
 }
 
 TEST_F(MailingLogScreenTest, ReprintsFromTheNearestCopyOfTheLabel)

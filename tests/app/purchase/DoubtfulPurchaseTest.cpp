@@ -124,7 +124,8 @@ TEST_F(DoubtfulPurchaseTest, TheMonthsEndNeedsTheCarriersAnswer)
     carrier.setScenario(answering("transactions", 403, "{}", "GET", 1000));
     checkAgain();
     EXPECT_TRUE(purchases().unresolved.value().isEmpty());
-    EXPECT_TRUE(errors->entries().first().detail.startsWith(u"The outcome of this purchase was never found: "_s));
+    EXPECT_TRUE(
+        errors->entries().first().detail.startsWith(u"Parcelory never found out whether this label was bought: "_s));
 
     losePurchase(200, R"({"results": []})");
     clock.start = clock.start.addDays(31);

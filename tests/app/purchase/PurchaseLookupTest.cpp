@@ -93,7 +93,7 @@ TEST_F(PurchaseLookupTest, BothLabelsOfARepeatedRequestAreLoggedAndTheSecondIsTo
         const QList<ResolvedPurchase> told = purchases().resolved;
         const auto second = std::ranges::find_if(told, &ResolvedPurchase::isSecond);
         ASSERT_NE(second, told.end()) << banner().toStdString();
-        EXPECT_TRUE(second->text.startsWith(u"A second label was sold for the same parcel: "_s));
+        EXPECT_TRUE(second->text.startsWith(u"The carrier sold a second label for this parcel: "_s));
         QSet<QString> numbers;
         for (const ShipmentRecord &row : app->log.records()) {
             if (row.recipientName() == to.name)
@@ -101,7 +101,7 @@ TEST_F(PurchaseLookupTest, BothLabelsOfARepeatedRequestAreLoggedAndTheSecondIsTo
         }
         EXPECT_TRUE(numbers.size() == 2 && numbers.contains(second->record.tracking));
         EXPECT_TRUE(std::ranges::any_of(errors->entries(), [&](const APIErrorEntry &entry) {
-            return entry.detail.contains(second->record.tracking) && entry.detail.contains(u"request its refund"_s);
+            return entry.detail.contains(second->record.tracking) && entry.detail.contains(u"Request a refund"_s);
         }));
         for (const ResolvedPurchase &purchase : told)
             purchases().dismiss(purchase);

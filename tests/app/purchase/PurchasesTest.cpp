@@ -180,7 +180,8 @@ TEST_F(PurchasesTest, AnUnresolvedPurchaseEndsInTheErrorLogAfterAMonth)
         EXPECT_EQ(unresolved(), open);
         EXPECT_EQ(app->journal.openPurchases().size(), open);
     }
-    EXPECT_TRUE(errors->entries().first().detail.startsWith(u"The outcome of this purchase was never found: "_s));
+    EXPECT_TRUE(
+        errors->entries().first().detail.startsWith(u"Parcelory never found out whether this label was bought: "_s));
 }
 
 TEST_F(PurchasesTest, NothingIsBoughtWithoutAJournalNorTwiceIfItIsReadLate)

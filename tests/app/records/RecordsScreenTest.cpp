@@ -81,7 +81,7 @@ TEST_F(RecordsScreenTest, CopiesOnceADayAndSaysHowOldTheLastGoodCopyIs)
     endCopy();
     EXPECT_FALSE(records.message.value().isEmpty()) << "tried again";
     finish(records.copyNow());
-    EXPECT_EQ(records.message.value(), u"The copy of the records failed — The copies folder can't be written."_s);
+    EXPECT_EQ(records.message.value(), u"Parcelory can't copy the records — The copies folder can't be written."_s);
     app->copies.setFolder(QDir(platform.dataFolder.filePath(u"Copies"_s)));
     clock.start = clock.start.addDays(4);
     finish(records.copyNow(CopyReason::byHand));

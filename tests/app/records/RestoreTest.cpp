@@ -117,7 +117,7 @@ TEST_F(RestoreTest, BringsBackTheLabelsBoughtSinceAndSetsThePresentRecordsAside)
     EXPECT_EQ(groups.value(1).lines, QStringList({u"1 imported shipment added since"_s, u"1 address added since"_s,
                                                   u"1 address changed since"_s, u"2 boxes added or changed since"_s,
                                                   u"1 sender profile added or changed since"_s}));
-    EXPECT_EQ(groups.value(3).head, u"Older labels that the account did not list, and the 1 imported shipment, and the "
+    EXPECT_EQ(groups.value(3).head, u"Older labels that the account didn't list, and the 1 imported shipment, and the "
                                     "1 address, and the changes to 1 address, 2 boxes, 1 sender profile"_s);
     EXPECT_EQ(review.account, RestoreReview::Account::answered);
     EXPECT_TRUE(review.fromAccount.isEmpty()) << "both logs know the account's labels";
@@ -237,7 +237,7 @@ TEST_F(RestoreTest, ChangesNothingIfItCannotBeCompleted)
     QDir copies = app->copies.folder();
     QFile inTheWay(copies.filePath(app->copies.setAsideName(clock.now()) + u".partial"_s));
     ASSERT_TRUE(inTheWay.open(QIODevice::WriteOnly));
-    expectUnchanged(u"the present records could not be set aside: the copies folder can't be written"_s);
+    expectUnchanged(u"Parcelory can't set today's records aside: the copies folder can't be written"_s);
 
     openRestore();
     QFile copied(copies.filePath(records->selected.value() + u"/mailing_log.sqlite"_s));
@@ -286,7 +286,7 @@ TEST_F(RestoreTest, FilesThatCannotBeMovedAreLeftOrMovedAtTheNextStart)
         {u"mailing_log.sqlite-shm"_s,
          u"The copy was not restored — the files could not be moved. Nothing was changed."_s, false},
         {u"addresses.sqlite-shm"_s,
-         u"The copy is not restored completely — the files could not be moved. Start Parcelory again: it then completes this."_s,
+         u"Parcelory could not finish restoring the copy — the files could not be moved. Restart Parcelory to finish."_s,
          true},
     };
     buyLabel();

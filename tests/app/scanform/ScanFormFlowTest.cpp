@@ -96,16 +96,17 @@ TEST_F(ScanFormFlowTest, SaysWhichLabelsAreNotOnTheForm)
     fedex.testMode = true;
     logged(fedex);
     make();
-    EXPECT_TRUE(prompts.questions.last().text.startsWith(u"None of today's labels is a USPS label."_s));
+    EXPECT_TRUE(prompts.questions.last().text.startsWith(u"Today's labels are not USPS labels."_s));
     EXPECT_EQ(requestsTo("/manifests"), 0);
     prompts.answer = 1;
     bought();
     make();
-    EXPECT_EQ(status(), u"SCAN form ready: 2 labels — hand one printed copy to the carrier. The carrier left 1 of them "
-                        "off the form."_s);
+    EXPECT_EQ(status(), u"SCAN form ready: 2 labels — hand one printed copy to the carrier. The carrier did not put 1 "
+                        "of them on the form."_s);
     ScanFormScreen form(*app);
     run(form.load());
-    EXPECT_EQ(form.labelsText(), u"1 label on this form. The carrier left 1 of the day's 2 labels off."_s);
+    EXPECT_EQ(form.labelsText(),
+              u"1 label on this form. The carrier did not put 1 of the day's 2 labels on the form."_s);
 }
 
 TEST_F(ScanFormFlowTest, AScanFormWhoseResponseIsLostIsFetchedWithTheNextPress)

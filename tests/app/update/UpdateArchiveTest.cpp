@@ -56,7 +56,7 @@ TEST_F(UpdateDesk, WithAPublicKeyInstallsOnlySignedArchives)
     EXPECT_THAT(install(anonymous), HasSubstr("not signed by its publisher"));
     EXPECT_THAT(install(renamed), HasSubstr("not signed by its publisher"));
     sh(u"cp site/Parcelory-2.zip keep; printf x >>site/Parcelory-2.zip"_s);
-    EXPECT_THAT(install(whole), HasSubstr("not the archive that the feed describes"));
+    EXPECT_THAT(install(whole), HasSubstr("not the announced update"));
     EXPECT_EQ(entries(u"tmp"_s), QStringList());
     sh(u"mv keep site/Parcelory-2.zip"_s);
     EXPECT_THAT(install(whole), HasSubstr("ready to install"));
