@@ -11,9 +11,11 @@
 #include <QFileInfo>
 #include <QSaveFile>
 #include <QSet>
+#include <QStorageInfo>
 #include <QTemporaryDir>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <utility>
 
@@ -191,6 +193,8 @@ QString RecordCopies::fill(const QDir &folder, RecordCopy &copy, const Progress 
         });
         if (const QString failure = take(file, folder, part); !failure.isEmpty())
             return named(file.name, failure);
+        if (progress.cancelToken().isCanceled())
+            return {};
         done += size;
     }
     const QString failure = copyPlainFiles(folder);
@@ -201,6 +205,10 @@ QString RecordCopies::fill(const QDir &folder, RecordCopy &copy, const Progress 
 /// missing disk, and a purchase waits for each portion of the owner's copy. Returns what failed.
 QString RecordCopies::take(const OwnedFile &file, const QDir &folder, const Progress &progress) const
 {
+    constexpr qint64 reserve = 100'000'000; // bytes: what purchases write meanwhile must not find a full disk
+    const qint64 room = QStorageInfo(m_records.path()).bytesAvailable(); // below 0 if it is not known
+    if (room >= 0 && room < QFileInfo(m_records.filePath(file.name)).size() + reserve)
+        return u"the disk of the records has too little room"_s;
     const QTemporaryDir staged(m_records.filePath(stage + u"XXXXXX"_s));
     if (!staged.isValid())
         return staged.errorString();
@@ -265,14 +273,16 @@ QString RecordCopies::keepAsTheyAre(const QDir &folder, RecordCopy &copy, const 
         return u"the copies folder can't be written"_s;
     for (const OwnedFile &owned : m_owned) {
         const QString source = m_records.filePath(owned.name), target = folder.filePath(owned.name);
-        const QString damage = take(owned, folder, progress);
+        const QString failure = take(owned, folder, progress);
         if (progress.cancelToken().isCanceled())
             return u"it was canceled"_s;
-        if (damage.isEmpty())
+        if (failure.isEmpty())
             continue;
-        if (owned.name != logName && owned.name != bookName)
-            return named(owned.name, damage);
-        copy.failure = named(owned.name, damage);
+        // A sound file that cannot be copied now is not copied as bytes: its program may write meanwhile.
+        const bool isDamaged = !damageIn(source, std::chrono::minutes(1)).isEmpty();
+        if (!isDamaged || (owned.name != logName && owned.name != bookName))
+            return named(owned.name, failure);
+        copy.failure = named(owned.name, failure);
         for (const QString &side : {QString(), u"-journal"_s}) {
             QFile::remove(target + side);
             QFile file(source + side);

@@ -38,6 +38,13 @@ bool isRefundKnown(const ShipmentRecord &record)
     return refund == RefundState::pending || refund == RefundState::granted;
 }
 
+/// True if the account had to know the refund when it was listed. A granted refund that was not asked here is the
+/// carrier's own word.
+bool isRefundAskedHere(const ShipmentRecord &record, const QDateTime &asked, const QDateTime &listed)
+{
+    return asked.isValid() ? isRefundKnown(record) && asked < listed : refundState(record) == RefundState::pending;
+}
+
 /// An amount of 0 means that the account does not tell it.
 bool isOtherAmount(double account, double here)
 {
@@ -84,8 +91,8 @@ QList<AccountDifference> differencesOf(QDate day, const DeskListing &desk, const
                 found += of(row, DifferenceKind::notInAccount, nullptr);
         } else if (isRefunded(*entry) && !isRefundKnown(row)) {
             found += of(row, DifferenceKind::refundedThere, &*entry);
-        } else if (isRefundKnown(row) && !isRefundAnswered(*entry) &&
-                   !(desk.refundsAsked.value(row.transactionID) >= account.askedAt)) {
+        } else if (isRefundAskedHere(row, desk.refundsAsked.value(row.transactionID), account.askedAt) &&
+                   !isRefundAnswered(*entry)) {
             found += of(row, DifferenceKind::refundedHere, &*entry);
         } else if (isOtherAmount(entry->amount, row.postage)) {
             found += of(row, DifferenceKind::otherAmount, &*entry);

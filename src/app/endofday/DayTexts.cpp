@@ -131,7 +131,7 @@ QString difference(DifferenceKind kind)
     case DifferenceKind::notInAccount:
         return u"Not in the account"_s;
     case DifferenceKind::otherAmount:
-        return u"Different amount"_s;
+        return u"Another amount"_s;
     case DifferenceKind::refundedHere:
         return u"Refund asked here, not there"_s;
     case DifferenceKind::refundedThere:

@@ -111,7 +111,7 @@ void RecordsScreen::takeRestore(const RestoreOutcome &outcome)
         verifyFailure = QString();
         emit recordsReplaced();
     }
-    spawn([this] { return list(); });
+    spawn([this] { return prepareLog(); });
 }
 
 QString RecordsScreen::damageText() const
@@ -168,12 +168,21 @@ bool RecordsScreen::isLate() const
     return safe && safe->secsTo(m_app.platform.clock.now()) > lateSeconds;
 }
 
-Task<> RecordsScreen::start()
+/// Gives a log of an older version, also one that was restored, what later versions added.
+Task<> RecordsScreen::prepareLog()
 {
+    const QPointer alive(this);
     co_await list();
+    if (!alive)
+        co_return;
     co_await onPool([&log = m_app.log, known = RecordCopies::headsOf(copies), cancel = m_cancel] {
         return log.sealOlder(known, cancel) && log.addIndexes();
     });
+}
+
+Task<> RecordsScreen::start()
+{
+    co_await prepareLog();
     connect(&m_app.log, &ShipmentLog::recordsChanged, this, [this] { spawn([this] { return copyDaily(); }); });
     co_await copyDaily();
 }

@@ -83,6 +83,7 @@ private:
     void waitForNextCopy();
     std::optional<QDateTime> copyOfToday() const;
     Task<> list();
+    Task<> prepareLog();
 
     AppState &m_app;
     CancelToken m_cancel;    ///< of the work of the whole run
