@@ -79,7 +79,7 @@ public:
     QString damage() const;
     QString path() const { return m_path; }
     /// Copies the book into the new file `path`; writers wait for one portion of it at most. Returns why it failed;
-    /// nothing also if it was canceled.
+    /// the text is empty on success and after a cancellation.
     QString copyTo(const QString &path, const Progress &progress = {}) const;
     struct Difference {
         int added = 0;

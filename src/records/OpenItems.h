@@ -20,7 +20,7 @@ enum class OpenReason {
     refundUndecided,
     refundUrgent, ///< not scanned, and the carrier's time for a refund is nearly over
     refundEnding, ///< not scanned, and the refund is due
-    scanUnknown,  ///< the refund is due, and the carrier was never asked whether it scanned the label
+    scanUnknown,  ///< the refund is due, and it is not known if the carrier scanned the label
     returned,
     otherZip,       ///< delivered to another ZIP than the label's
     customsPapers,  ///< the papers of a parcel abroad were not printed

@@ -100,7 +100,7 @@ public:
     QString setAsideName(const QDateTime &now) const;
     /// Newest first. A folder without a readable manifest is no copy.
     QList<RecordCopy> list() const;
-    /// Where the chain of the present log passed when these copies, in the order of list(), were made.
+    /// The heads of the present log's chain when these copies, in the order of list(), were made.
     static QList<LogChain::Head> headsOf(const QList<RecordCopy> &copies);
     /// Compares a copy's files with its manifest, and the databases with SQLite's own check; returns what is wrong.
     QString check(const RecordCopy &copy) const;

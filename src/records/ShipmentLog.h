@@ -115,7 +115,8 @@ public:
     QString path() const { return m_path; }
 
     /// Copies the log into the new file `path`. Others can write meanwhile and wait for one portion of it at most; what
-    /// this program writes is in the copy. Returns why it failed; nothing also if it was canceled.
+    /// this program writes is in the copy. Returns why it failed; the text is empty on success and
+    /// after a cancellation.
     QString copyTo(const QString &path, const Progress &progress = {}) const;
     /// Puts another file in the log's place. No label is stored meanwhile: `takeLast` may read the last rows, then the
     /// file is locked and `replace` replaces it. Both return what failed, for the end of a sentence; after a failure of

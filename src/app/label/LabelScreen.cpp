@@ -165,7 +165,7 @@ void LabelScreen::clearRates()
     secondLabel = QString();
     secondLabelAgreed = false;
     spendQuestion = QString();
-    endBuyPause(); // it is about a button that is gone; the next parcel's first press counts
+    endBuyPause(); // of a button that is gone; the next parcel's first press counts
 }
 
 void LabelScreen::warn(const QString &text, std::optional<DraftField> field)
