@@ -18,7 +18,7 @@ TEST(AccountDifferences, EveryLabelThatDiffersIsNamedOnce)
         int minutes; ///< when it was bought, before or after the account was asked
         std::optional<DifferenceKind> expected;
         bool isKnown = false, isCut = false;
-        bool isAskedLater = false; ///< the refund, after the account was asked
+        enum class Refund { askedBefore, askedLater, notAskedHere } refund = {}; ///< before the account was asked, or …
     };
     using enum DifferenceKind;
     const QString printed = u"PRINTED"_s, success = u"SUCCESS"_s;
@@ -33,7 +33,9 @@ TEST(AccountDifferences, EveryLabelThatDiffersIsNamedOnce)
         {u"REFUND_ERROR"_s, 7.12, u"REFUNDED"_s, 7.12, -9, refundedThere},
         {u"REFUND_PENDING"_s, 7.12, success, 7.12, -9, refundedHere},
         {u"REFUNDED"_s, 7.12, success, 7.12, -9, refundedHere},
-        {u"REFUND_PENDING"_s, 7.12, success, 7.12, -9, {}, false, false, true},
+        {u"REFUND_PENDING"_s, 7.12, success, 7.12, -9, {}, false, false, Row::Refund::askedLater},
+        {u"REFUND_PENDING"_s, 7.12, success, 7.12, -9, refundedHere, false, false, Row::Refund::notAskedHere},
+        {u"REFUNDED"_s, 7.12, success, 7.12, -9, {}, false, false, Row::Refund::notAskedHere}, // the carrier said so
         {u"REFUND_PENDING"_s, 7.12, u"REFUNDREJECTED"_s, 7.12, -9, {}}, // the next check of the status tells it
         {printed, 7.12, {}, 0, -9, notInAccount},
         {printed, 7.12, {}, 0, 0, {}}, // bought after the account was asked
@@ -57,7 +59,8 @@ TEST(AccountDifferences, EveryLabelThatDiffersIsNamedOnce)
                           .status = row.here};
         if (row.isKnown)
             desk.known += transactionId();
-        desk.refundsAsked.insert(transactionId(), row.isAskedLater ? noon : bought);
+        if (row.refund != Row::Refund::notAskedHere)
+            desk.refundsAsked.insert(transactionId(), row.refund == Row::Refund::askedLater ? noon : bought);
         if (!row.account.isEmpty())
             account.entries += {.id = transactionId(), .date = bought, .amount = row.amount, .status = row.account};
         const auto found = differencesOf(noon.date(), desk, account);
