@@ -88,7 +88,7 @@ QString lateText(const HttpRequest &request)
 
 QString tooLongText(const HttpRequest &request)
 {
-    return u"%1 sent more than %2 MB, so its answer was not read."_s.arg(request.url.host())
+    return u"The answer of %1 is too large (more than %2 MB) — ask support."_s.arg(request.url.host())
         .arg(request.mostBytes / (1024 * 1024));
 }
 
@@ -112,14 +112,20 @@ Task<HttpAnswer> NetworkTransport::send(HttpRequest request)
     if (m_reach == Reach::loopbackOnly && !QHostAddress(request.url.host()).isLoopback())
         throw AppError(u"The practice desk does not connect to %1."_s.arg(request.url.host()));
     const QNetworkRequest message = networkRequest(request, m_reach);
-    OneTimeBody body(request.body);
     const auto start = [&] {
         if (request.method == "HEAD")
             return m_manager.head(message); // sendCustomRequest() would wait for a body that never comes
-        return request.body.isEmpty() ? m_manager.sendCustomRequest(message, request.method)
-                                      : m_manager.sendCustomRequest(message, request.method, &body);
+        if (request.body.isEmpty())
+            return m_manager.sendCustomRequest(message, request.method);
+        // The network's thread may still ask for the body until the reply is deleted, which is after this function.
+        auto body = std::make_unique<OneTimeBody>(request.body);
+        QNetworkReply *sent = m_manager.sendCustomRequest(message, request.method, body.get());
+        body.release()->setParent(sent);
+        return sent;
     };
     const std::unique_ptr<QNetworkReply, QScopedPointerDeleteLater> reply(start());
+    reply->setReadBufferSize(request.mostBytes +
+                             1); // the network's thread would take gigabytes while this thread is busy
     bool isLate = false;
     const quint64 deadline = m_clock.after(request.timeout, [&isLate, pending = reply.get()] {
         isLate = true;
