@@ -2,6 +2,7 @@
 
 #include "core/ports/Clock.h"
 
+#include <algorithm>
 #include <map>
 
 namespace parcelory::test {
@@ -24,30 +25,39 @@ public:
     }
 
     /// Advances to the next timer and runs it; false if there is no timer. A test that waits for an answer does not
-    /// reach the timers of the next day, which would start again and again.
-    bool fireNext(Duration within = std::chrono::hours(12))
+    /// reach midnight or the timers of the next day, which would start again and again.
+    bool fireNext()
     {
-        if (m_due.empty() || m_due.begin()->first - m_elapsed > within)
+        const auto next = std::ranges::find_if(
+            m_due, [this](const auto &entry) { return start.addMSecs(entry.first.count()).time() != QTime(0, 0); });
+        if (next == m_due.end() || next->first - m_elapsed > std::chrono::hours(12))
             return false;
-        auto next = m_due.extract(m_due.begin());
-        m_elapsed = std::max(m_elapsed, next.key());
-        next.mapped().second();
+        fire(next);
         return true;
     }
     void advance(Duration by)
     {
         const Duration end = m_elapsed + by;
         while (!m_due.empty() && m_due.begin()->first <= end)
-            fireNext(by);
+            fire(m_due.begin());
         m_elapsed = end;
     }
     Duration elapsed() const { return m_elapsed; }
 
 private:
+    using Timers = std::multimap<Duration, std::pair<quint64, std::function<void()>>>;
+
+    void fire(Timers::iterator timer)
+    {
+        const auto due = m_due.extract(timer);
+        m_elapsed = std::max(m_elapsed, due.key());
+        due.mapped().second();
+    }
+
     const QDateTime m_steadyStart = start;
     Duration m_elapsed{0};
     quint64 m_timers = 0;
-    std::multimap<Duration, std::pair<quint64, std::function<void()>>> m_due;
+    Timers m_due;
 };
 
 } // namespace parcelory::test

@@ -1,3 +1,4 @@
+#include "support/Afternoon.h"
 #include "support/Printing.h"
 
 #include <QGuiApplication>
@@ -6,6 +7,7 @@
 
 int main(int argc, char **argv)
 {
+    parcelory::test::leaveTheNight();
     QStandardPaths::setTestModeEnabled(true);
     testing::InitGoogleMock(&argc, argv);
     if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))

@@ -1,3 +1,4 @@
+#include "support/Afternoon.h"
 #include "support/Printing.h"
 #include "ui/parts/Accessibility.h"
 #include "ui/theme/Theme.h"
@@ -8,6 +9,7 @@
 
 int main(int argc, char **argv)
 {
+    parcelory::test::leaveTheNight();
     if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) // set for windows on a real display
         qputenv("QT_QPA_PLATFORM", "offscreen:configfile=" PARCELORY_TEST_DATA "/screen.json");
     QStandardPaths::setTestModeEnabled(true);
