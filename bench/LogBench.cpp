@@ -54,6 +54,19 @@ void readAll(const Database &db, const QByteArray &sql, int columns = 26)
     }
 }
 
+void reload(ShipmentLog &log, const QString &search)
+{
+    log.reload(search);
+    QCoreApplication::sendPostedEvents();
+}
+
+/// Until the search index is loaded.
+void prepareSearch(ShipmentLog &log)
+{
+    reload(log, {});
+    workPool().waitForDone();
+}
+
 /// Our way lasts from opening the log until the search index is loaded; the plain way reads the same texts.
 void readTheTextsIntoMemory(benchmark::State &state)
 {
@@ -61,16 +74,10 @@ void readTheTextsIntoMemory(benchmark::State &state)
     compare(
         state,
         [&] {
-            const ShipmentLog log(largeLog());
-            workPool().waitForDone();
+            ShipmentLog log(largeLog());
+            prepareSearch(log);
         },
         [&] { readAll(plain, "SELECT recipient, tracking, description, reference FROM shipments", 4); });
-}
-
-void reload(ShipmentLog &log, const QString &search)
-{
-    log.reload(search);
-    QCoreApplication::sendPostedEvents();
 }
 
 void importOf100000Lines(benchmark::State &state)
@@ -104,8 +111,8 @@ void importOf100000Lines(benchmark::State &state)
 void exportOfTheLog(benchmark::State &state)
 {
     const QDir &folder = largeLog();
-    const ShipmentLog log(folder);
-    workPool().waitForDone(); // the search index is loaded; memory that grows from here on is the export's
+    ShipmentLog log(folder);
+    prepareSearch(log); // memory that grows from here on is the export's
     const double before = residentMegabytes();
     double most = before;
     const Progress watch({}, [&most](qint64, qint64) { most = std::max(most, residentMegabytes()); });
@@ -132,7 +139,6 @@ void verifyTheLog(benchmark::State &state)
 {
     const ShipmentLog log(largeLog());
     const Database plain(largeLog().filePath(u"mailing_log.sqlite"_s));
-    workPool().waitForDone();
     compare(
         state,
         [&] {
@@ -160,7 +166,7 @@ void search(benchmark::State &state, const char *word)
     const QByteArray sql = "SELECT * FROM shipments WHERE recipient LIKE " + pattern + " OR tracking LIKE " + pattern +
                            " OR description LIKE " + pattern + " OR reference LIKE " + pattern +
                            " ORDER BY created_at DESC LIMIT 1000";
-    workPool().waitForDone();
+    prepareSearch(log);
     compare(state, [&] { reload(log, QString::fromLatin1(word)); }, [&] { readAll(plain, sql); });
 }
 

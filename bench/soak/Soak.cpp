@@ -88,7 +88,7 @@ Task<> buy(Program &program, int number)
     label.dimHeight = u"2"_s;
     co_await label.fetchRates(true);
     co_await label.buyAndPrint();
-    if (!label.lastLabel.value() || !label.purchaseComplete())
+    if (!label.last.label.value() || !label.purchaseComplete())
         throw AppError(u"Parcel %1: %2 %3"_s.arg(QString::number(number),
                                                  label.banner.value() ? label.banner.value()->text : u"no label"_s,
                                                  label.secondLabel));

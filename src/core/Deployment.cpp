@@ -5,6 +5,7 @@
 
 #include <QFile>
 
+#include <algorithm>
 #include <optional>
 
 static void loadResources()
@@ -41,7 +42,22 @@ void requireKey(const std::optional<QString> &key)
         throw AppError(u"The deployment value \"updatePublicKey\" must be an Ed25519 key: 32 bytes in base64."_s);
 }
 
+/// A misspelled word would silence a shipping rule.
+void requireContents(const QStringList &words, const QString &key)
+{
+    const auto isKnown = [](const QString &word) { return Deployment::knownContents().contains(word); };
+    if (!std::ranges::all_of(words, isKnown))
+        throw AppError(u"The deployment value \"%1\" must list some of \"%2\" — it is \"%3\"."_s.arg(
+            key, Deployment::knownContents().join(u"\", \""_s), words.join(u"\", \""_s)));
+}
+
 } // namespace
+
+const QStringList &Deployment::knownContents()
+{
+    static const QStringList words = {u"coins"_s, u"bullion"_s, u"paperMoney"_s};
+    return words;
+}
 
 Deployment Deployment::builtIn()
 {
@@ -64,6 +80,10 @@ Deployment Deployment::parse(const QByteArray &json)
     requireSecure(deployment.backOffice, u"backOffice"_s);
     requireHost(deployment.updateFeedHost, u"updateFeedHost"_s);
     requireKey(deployment.updatePublicKey);
+    requireContents(deployment.insurerExcludes.value_or(knownContents()), u"insurerExcludes"_s);
+    requireContents(deployment.usualContents.value_or(QStringList()), u"usualContents"_s);
+    if (deployment.insurerExcludes && deployment.insurerExcludes->isEmpty())
+        throw AppError(u"The deployment value \"insurerExcludes\" is an empty list — leave it out for all contents."_s);
     deployment.updateFeed = u"https://"_s + deployment.updateFeedHost + u"/app/parcelory-latest.json"_s;
     return deployment;
 }

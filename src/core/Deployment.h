@@ -32,11 +32,13 @@ struct Deployment {
     // For the shipping rules.
     std::optional<bool> fedexContractAllowsCoins;
     std::optional<QString> insurerExclusion;    ///< a sentence: what the company's insurer does not cover
-    std::optional<QStringList> insurerExcludes; ///< the contents that it is about; absent means all that are known
-    std::optional<QStringList> usualContents;   ///< of a parcel whose description does not tell: "coins", "bullion" …
+    std::optional<QStringList> insurerExcludes; ///< the knownContents() that it is about; absent means all
+    std::optional<QStringList> usualContents;   ///< the knownContents() of a parcel whose description does not tell
 
     QString updateFeed; ///< address of the update feed; derived from updateFeedHost, not read from the file
 
+    /// The words for the contents of a parcel.
+    static const QStringList &knownContents();
     /// The values compiled into this build.
     static Deployment builtIn();
     /// Reads a deployment file; throws AppError that names the missing or invalid value.

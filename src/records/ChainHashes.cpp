@@ -42,16 +42,29 @@ QByteArray hashOf(const QByteArray &text)
     return QCryptographicHash::hash(text, QCryptographicHash::Blake2b_256);
 }
 
+/// Enough for the texts of an entry, and of most parts of a row: a text that grows byte by byte takes longer than its
+/// hash.
+QByteArray emptyText()
+{
+    QByteArray text;
+    text.reserve(512);
+    return text;
+}
+
 /// One hash after the other.
 template <class Row>
 QByteArray partsFrom(const Row &row, int column)
 {
-    QByteArray hashes, text;
+    QCryptographicHash hash(QCryptographicHash::Blake2b_256);
+    QByteArray hashes, text = emptyText();
+    hashes.reserve(partCount * hashBytes);
     for (const int count : columnsOfPart) {
         text.truncate(0);
         for (const int end = column + count; column < end; ++column)
             addValue(text, row, column);
-        hashes += hashOf(text);
+        hash.reset();
+        hash.addData(text);
+        hashes += hash.resultView();
     }
     return hashes;
 }
@@ -68,6 +81,7 @@ template <class Row>
 RowHashes hashesFrom(const Row &row, int firstColumn, const QByteArray &keptStatus)
 {
     RowHashes hashes{.parts = partsFrom(row, firstColumn), .kept = {}};
+    hashes.kept.reserve((partCount + 1) * keptBytes);
     for (int part = 0; part < partCount; ++part)
         hashes.kept += hashOfPart(hashes.parts, part).first(keptBytes);
     hashes.kept += keptStatus;
@@ -114,7 +128,8 @@ QByteArray keptStatusOf(const Statement &row)
 QByteArray chained(const QByteArray &before, qint64 shipment, const QByteArray &kind, const QByteArray &kept,
                    const QByteArray &parts)
 {
-    QByteArray text = before;
+    QByteArray text = emptyText();
+    text += before;
     addNumber(text, shipment);
     addBytes(text, kind);
     addBytes(text, kept);

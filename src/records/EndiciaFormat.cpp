@@ -18,7 +18,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr qsizetype requiredFields = 12;
+constexpr std::size_t requiredFields = 12;
 
 QString importedWeight(double ounces)
 {
@@ -53,6 +53,16 @@ qsizetype newlineAt(const char *at, const char *end)
             return newline.size();
     }
     return 0;
+}
+
+/// Without the blanks around it; a field contains no tab.
+QByteArrayView trimmed(QByteArrayView field)
+{
+    while (field.startsWith(' '))
+        field = field.sliced(1);
+    while (field.endsWith(' '))
+        field.chop(1);
+    return field;
 }
 
 void appendField(QByteArray &text, QByteArrayView field)
@@ -151,7 +161,7 @@ bool isHeaderOrBlank(QByteArrayView line)
 QByteArray trackingOf(QByteArrayView line)
 {
     constexpr int place = 11;
-    if (line.count('\t') < requiredFields - 1 || isHeaderOrBlank(line))
+    if (line.count('\t') < qsizetype(requiredFields) - 1 || isHeaderOrBlank(line))
         return {};
     qsizetype start = 0;
     for (int field = 0; field < place; ++field)
@@ -162,12 +172,22 @@ QByteArray trackingOf(QByteArrayView line)
 
 std::optional<ShipmentRecord> parse(QByteArrayView line, EndiciaDates &dates)
 {
-    const QString text = QString::fromUtf8(line);
-    QStringList fields = text.split(u'\t');
-    if (fields.size() < requiredFields || fields.first() == u"Status")
+    const QByteArrayView mark = "\xEF\xBB\xBF";
+    std::array<QString, 17> fields;
+    std::size_t count = 0;
+    QByteArrayView rest = line.startsWith(mark) ? line.sliced(mark.size()) : line;
+    if (rest.startsWith("Status\t"))
         return std::nullopt;
-    for (QString &field : fields)
-        field = trimBlanks(field);
+    for (bool isLast = false; !isLast; ++count) {
+        const qsizetype tab = rest.indexOf('\t');
+        isLast = tab < 0;
+        if (count < fields.size())
+            fields[count] = QString::fromUtf8(trimmed(isLast ? rest : rest.first(tab)));
+        if (!isLast)
+            rest = rest.sliced(tab + 1);
+    }
+    if (count < requiredFields)
+        return std::nullopt;
 
     const std::optional<qint64> date = dates.parse(fields[2]);
     ShipmentRecord record{.createdAt = date ? QDateTime::fromMSecsSinceEpoch(*date, QTimeZone::utc()) : QDateTime()};
@@ -186,11 +206,11 @@ std::optional<ShipmentRecord> parse(QByteArrayView line, EndiciaDates &dates)
     record.service = fields[9];
     record.services = fields[10];
     record.tracking = fields[11];
-    record.declaredValue = fields.value(12);
-    record.descriptionText = fields.value(13);
-    record.reference = fields.value(14);
-    record.groupCode = fields.value(15);
-    record.email = fields.value(16);
+    record.declaredValue = fields[12];
+    record.descriptionText = fields[13];
+    record.reference = fields[14];
+    record.groupCode = fields[15];
+    record.email = fields[16];
     return record;
 }
 

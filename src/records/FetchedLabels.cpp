@@ -14,9 +14,9 @@ constexpr auto schema = "CREATE TABLE IF NOT EXISTS fetched_labels (\n"
 
 } // namespace
 
-bool put(ShipmentLog &log, qint64 shipment, const QByteArray &label)
+bool put(ShipmentLog &log, const ShipmentRecord &row, const QByteArray &label)
 {
-    return log.change([&](Database &db) {
+    return log.changeRow(row, [&](Database &db, qint64 shipment) {
         return db.exec(schema) &&
                execute(db, "INSERT OR REPLACE INTO fetched_labels (shipment_id, label) VALUES (?, ?)", shipment,
                        std::optional(label)) &&

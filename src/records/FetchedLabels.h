@@ -13,7 +13,7 @@ namespace parcelory {
 /// thread; waits for the disk.
 namespace FetchedLabels {
 
-[[nodiscard]] bool put(ShipmentLog &log, qint64 shipment, const QByteArray &label);
+[[nodiscard]] bool put(ShipmentLog &log, const ShipmentRecord &row, const QByteArray &label);
 LogRead<std::optional<QByteArray>> of(const ShipmentLog &log, qint64 shipment);
 
 } // namespace FetchedLabels

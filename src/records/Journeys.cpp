@@ -1,5 +1,6 @@
 #include "records/Journeys.h"
 
+#include "records/LabelHistory.h"
 #include "records/ShipmentLogRows.h"
 
 #include <optional>
@@ -24,9 +25,20 @@ constexpr auto schema = "CREATE TABLE IF NOT EXISTS label_journeys (\n"
 
 } // namespace
 
-bool put(ShipmentLog &log, qint64 shipment, const Journey &journey)
+bool learn(ShipmentLog &log, const ShipmentRecord &label, const QString &word,
+           const std::function<Journey(const std::optional<Journey> &former)> &next)
 {
-    return log.change([&](Database &db) { return put(db, shipment, journey); });
+    const TrackingStatus status = trackingStatusFrom(word);
+    return log.changeRow(label, [&](Database &db, qint64 id) {
+        const auto journeys = among(db, {id});
+        if (!journeys)
+            return false;
+        const auto found = journeys->constFind(id);
+        const auto former = found == journeys->cend() ? std::optional<Journey>() : *found;
+        const bool isNew = !former || (former->status != status && status != TrackingStatus::unknown);
+        const Journey journey = next(former);
+        return put(db, id, journey) && (!isNew || LabelHistory::putTracked(db, id, word, journey.askedAt));
+    });
 }
 
 bool put(Database &db, qint64 shipment, const Journey &journey)

@@ -9,6 +9,7 @@
 #include <QList>
 #include <QString>
 
+#include <functional>
 #include <optional>
 
 namespace parcelory {
@@ -29,8 +30,11 @@ struct Journey {
 /// May be called from any thread; waits for the disk.
 namespace Journeys {
 
-[[nodiscard]] bool put(ShipmentLog &log, qint64 shipment, const Journey &journey);
-/// The same in a transaction of the caller.
+/// Stores what the carrier told about a label's parcel. `next` makes the new journey from the former journey. `word` is
+/// the carrier's word for the status; a new word goes into the label's history. False, too, if the label is gone.
+[[nodiscard]] bool learn(ShipmentLog &log, const ShipmentRecord &label, const QString &word,
+                         const std::function<Journey(const std::optional<Journey> &former)> &next);
+/// Stores a journey in a transaction of the caller.
 [[nodiscard]] bool put(Database &db, qint64 shipment, const Journey &journey);
 
 /// The journeys of these shipments, for a work that reads other tables, too; nothing if reading failed.

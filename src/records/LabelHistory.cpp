@@ -26,17 +26,12 @@ constexpr auto schema = "CREATE TABLE IF NOT EXISTS label_reprints (\n"
 
 } // namespace
 
-bool LabelHistory::addReprint(qint64 shipment, const QDateTime &when)
+bool LabelHistory::addReprint(const ShipmentRecord &label, const QDateTime &when)
 {
-    return m_log.change([&](Database &db) {
-        return db.exec(schema) && execute(db, "INSERT INTO label_reprints (shipment_id, printed_at) VALUES (?, ?)",
-                                          shipment, secondsOf(when));
+    return m_log.changeRow(label, [&](Database &db, qint64 id) {
+        return db.exec(schema) &&
+               execute(db, "INSERT INTO label_reprints (shipment_id, printed_at) VALUES (?, ?)", id, secondsOf(when));
     });
-}
-
-bool LabelHistory::setTracked(qint64 shipment, const QString &word, const QDateTime &when)
-{
-    return m_log.change([&](Database &db) { return putTracked(db, shipment, word, when); });
 }
 
 bool LabelHistory::putTracked(Database &db, qint64 shipment, const QString &word, const QDateTime &when)

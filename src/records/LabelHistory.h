@@ -18,12 +18,10 @@ public:
         TrackingStatus tracked = TrackingStatus::unknown; ///< when its status was last checked
     };
 
+    [[nodiscard]] bool addReprint(const ShipmentRecord &label, const QDateTime &when);
+    /// Stores the parcel's tracking status, and "delivered" also as the row's status, in a transaction of the caller.
+    [[nodiscard]] static bool putTracked(Database &db, qint64 shipment, const QString &word, const QDateTime &when);
     /// `shipment`: the id of a row of the log.
-    bool addReprint(qint64 shipment, const QDateTime &when);
-    /// Stores the parcel's tracking status, and "delivered" also as the row's status.
-    bool setTracked(qint64 shipment, const QString &word, const QDateTime &when);
-    /// The same in a transaction of the caller.
-    static bool putTracked(Database &db, qint64 shipment, const QString &word, const QDateTime &when);
     LogRead<Past> of(qint64 shipment) const;
 
 private:

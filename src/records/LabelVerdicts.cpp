@@ -39,9 +39,9 @@ QList<qsizetype> numbersOf(const QString &text)
 
 } // namespace
 
-bool put(ShipmentLog &log, qint64 shipment, const QList<StoredFinding> &findings)
+bool put(ShipmentLog &log, const ShipmentRecord &label, const QList<StoredFinding> &findings)
 {
-    return log.change([&](Database &db) {
+    return log.changeRow(label, [&](Database &db, qint64 shipment) {
         return db.exec(schema) && execute(db, "DELETE FROM label_verdicts WHERE shipment_id = ?", shipment) &&
                std::ranges::all_of(findings, [&](const StoredFinding &finding) {
                    return execute(db,

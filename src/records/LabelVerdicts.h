@@ -20,8 +20,8 @@ struct StoredFinding {
 /// which comes with the first verdict. May be called from any thread; waits for the disk.
 namespace LabelVerdicts {
 
-/// Replaces what is stored for a row of the log.
-[[nodiscard]] bool put(ShipmentLog &log, qint64 shipment, const QList<StoredFinding> &findings);
+/// Replaces what is stored for a label.
+[[nodiscard]] bool put(ShipmentLog &log, const ShipmentRecord &label, const QList<StoredFinding> &findings);
 /// Empty if the label was not compared.
 LogRead<QList<StoredFinding>> of(const ShipmentLog &log, qint64 shipment);
 

@@ -1,7 +1,9 @@
 #include "records/LogChain.h"
 
+#include "records/LogChainTable.h"
 #include "records/ShipmentLogRows.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace parcelory::LogChain {
@@ -18,7 +20,6 @@ constexpr auto schema = "CREATE TABLE IF NOT EXISTS log_chain (\n"
                         ");\n"
                         "CREATE INDEX IF NOT EXISTS idx_log_chain_shipment ON log_chain(shipment_id);";
 
-const QByteArray labelKind = "label";
 const QByteArray statusKind = "status";
 const QByteArray fetchedKind = "fetched"; ///< the hash of bytes that were downloaded after the purchase, and the status
 const QByteArray completeKind = "complete"; ///< all rows of an older log have an entry; belongs to no shipment
@@ -61,8 +62,7 @@ bool moveTo(Statement &row, qint64 shipment)
 
 Sealer::Sealer(Database &db)
     : m_table(tableIn(db)), m_row(db, rowSql(db)), m_latest(db, latestSql), m_fetched(db, fetchedSql(db)),
-      m_entry(db, "INSERT INTO log_chain (shipment_id, kind, parts, hash) VALUES (?, ?, ?, ?)"),
-      m_last(m_table.isThere ? head(db) : std::nullopt)
+      m_entry(db, entrySql), m_last(m_table.isThere ? head(db) : std::nullopt)
 {
     if (m_table.isNew && !complete())
         m_last.reset();
@@ -180,6 +180,14 @@ std::optional<bool> hasPassed(const Database &db, const QList<Head> &known)
     return true;
 }
 
+QByteArray idOf(const Database &db)
+{
+    if (!ShipmentLogRows::hasTable(db, "log_chain"))
+        return {};
+    Statement first(db, "SELECT hash FROM log_chain WHERE shipment_id <> 0 ORDER BY position LIMIT 1");
+    return first.step() ? first.bytes(0).toByteArray() : QByteArray();
+}
+
 std::optional<Head> head(const Database &db)
 {
     if (!ShipmentLogRows::hasTable(db, "log_chain"))
@@ -192,8 +200,24 @@ std::optional<Head> head(const Database &db)
 
 Walk::Walk(const QList<Head> &known)
 {
-    for (const Head &head : known)
-        m_known.insert(head.position, head.hash);
+    for (const Head &head : known) {
+        if (head.log.isEmpty())
+            m_known.insert(head.position, head.hash);
+        else
+            m_named += head;
+    }
+}
+
+/// Copies of another log would otherwise count as a changed chain.
+void Walk::takeHeadsOf(const QByteArray &log)
+{
+    const qsizetype others = std::ranges::count_if(m_named, [&](const Head &head) { return head.log != log; });
+    for (const Head &head : std::exchange(m_named, {})) {
+        if (head.log == log)
+            m_known.insert(head.position, head.hash);
+    }
+    if (others > 0)
+        add({.problem = Problem::otherLog});
 }
 
 bool Walk::next(const Database &db, int limit)
@@ -228,6 +252,8 @@ bool Walk::check(const Statement &entry, Statement &row, Statement &latest, Stat
     const Head here{.position = entry.integer(0), .hash = entry.bytes(4).toByteArray()};
     const QByteArray before = std::exchange(m_last, here).hash;
     ++m_entries;
+    if (shipment && !m_named.isEmpty()) // the first row
+        takeHeadsOf(here.hash);
     const bool isThere = shipment && moveTo(row, shipment);
     if (shipment && !isThere && !row.isComplete())
         return false;
@@ -284,6 +310,8 @@ bool Walk::end(const Database &db)
     qint64 last = 0; // of all entries that ever were
     for (const qint64 position : m_known.keys())
         last = std::max(last, position);
+    for (const Head &head : std::as_const(m_named)) // no row has an entry
+        last = std::max(last, head.position);
     Statement sequence(db, "SELECT seq FROM sqlite_sequence WHERE name = 'log_chain'");
     const bool hasSequence = sequence.step();
     m_isFailed = !hasSequence && !sequence.isComplete();

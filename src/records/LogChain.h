@@ -22,6 +22,7 @@ namespace parcelory::LogChain {
 struct Head {
     qint64 position = 0; ///< of the last entry; 0 if the chain is empty
     QByteArray hash;
+    QByteArray log = {}; ///< idOf() the log of this chain; empty if it is not known
 
     bool operator==(const Head &) const = default;
 };
@@ -32,6 +33,7 @@ enum class Problem {
     added,    ///< the row was not stored by the program
     chain,    ///< the entry itself, or the order of the entries, was changed
     unsealed, ///< the whole chain is gone
+    otherLog, ///< known heads are of a log that began with another row
 };
 
 struct Finding {
@@ -94,6 +96,8 @@ bool isComplete(const Database &db);
 
 /// True if the chain passed all these heads, which were kept elsewhere; nothing if it could not be read.
 std::optional<bool> hasPassed(const Database &db, const QList<Head> &known);
+/// The hash of the first row's entry, which no other log has; empty if the chain is empty or could not be read.
+QByteArray idOf(const Database &db);
 /// Nothing if it could not be read. An empty chain has an empty head.
 std::optional<Head> head(const Database &db);
 
@@ -118,8 +122,10 @@ private:
     bool check(const Statement &entry, Statement &row, Statement &latest, Statement &fetched);
     bool end(const Database &db);
     void add(Finding finding);
+    void takeHeadsOf(const QByteArray &log);
 
     QHash<qint64, QByteArray> m_known; ///< hashes by position
+    QList<Head> m_named;               ///< known heads of a named log, until the id of this one is read
     Head m_last;
     qint64 m_entries = 0;
     qint64 m_labels = 0;

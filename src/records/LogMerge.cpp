@@ -1,6 +1,8 @@
 #include "records/LogMerge.h"
 
+#include "records/LabelHistory.h"
 #include "records/LogChain.h"
+#include "records/LogMergeTables.h"
 #include "records/RefundNotes.h"
 #include "records/ShipmentLogRows.h"
 #include "records/ShipmentStatus.h"
@@ -17,24 +19,10 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr auto keyColumns = "id, created_at, transaction_id, tracking, recipient,"
-                            " (label_url <> '' OR zpl IS NOT NULL) AS has_label";
+/// The ids of labels in the copy by those in the present log.
+using Ids = QHash<qint64, qint64>;
 
-/// The same in the copy and in the present log: ids may have been given again after an earlier restore.
-QByteArray keyOf(const Statement &row)
-{
-    const QByteArrayView transaction = row.utf8(2);
-    if (!transaction.isEmpty())
-        return transaction.toByteArray();
-    return QByteArray::number(ShipmentLogRows::msecsOf(row.real(1))) + ' ' + row.text(3).toUtf8() + ' ' +
-           row.text(4).toUtf8();
-}
-
-/// An imported row has neither a label nor a link to it.
-bool isBought(const Statement &row)
-{
-    return !row.utf8(2).isEmpty() && row.integer(5) != 0;
-}
+const QByteArray fetchedTable = "fetched_labels";
 
 bool seal(Database &log, qint64 id)
 {
@@ -51,27 +39,6 @@ Merged inTransaction(Database &log, const std::function<std::optional<int>()> &w
     const QString failure = log.lastError();
     log.exec("ROLLBACK");
     return {.failure = failure};
-}
-
-/// Binds a row's values to the parameters from `parameter` on; they are valid until the row's next step.
-void bindValues(const Statement &row, qsizetype columns, Statement &insert, int parameter)
-{
-    for (int column = 0; column < columns; ++column, ++parameter) {
-        switch (row.kind(column)) {
-        case Statement::Kind::null:
-            insert.bind(parameter, std::optional<QByteArray>());
-            break;
-        case Statement::Kind::number:
-            insert.bind(parameter, row.real(column));
-            break;
-        case Statement::Kind::text:
-            insert.bindInPlace(parameter, row.utf8(column));
-            break;
-        case Statement::Kind::blob:
-            insert.bind(parameter, std::optional(row.bytes(column).toByteArray()));
-            break;
-        }
-    }
 }
 
 /// Copies rows from the present log, which may be damaged, over a connection of its own: a transaction that has read a
@@ -110,28 +77,49 @@ public:
         return 0;
     }
 
-    /// Refunds of labels that both have: the money is asked back, whatever the copy says.
-    bool takeOverRefunds()
+    /// An earlier restore may have given a label another id. Reads both tables once: their transactions may have no
+    /// index. Nothing if the copy could not be read.
+    std::optional<Ids> commonLabels() const
     {
-        Statement rows(m_from, "SELECT transaction_id, status, " + noteIn(m_from) +
-                                   ", id FROM shipments WHERE transaction_id <> ''");
-        Statement same(m_to, "SELECT transaction_id, status, " + noteIn(m_to) + " FROM shipments WHERE id = ?");
-        QHash<QString, Refund> moved;
+        const QByteArray sql = "SELECT transaction_id, id FROM shipments WHERE transaction_id <> ''";
+        QHash<QString, qint64> copied;
+        Statement copies(m_to, sql);
+        while (copies.step())
+            copied.insert(copies.text(0), copies.integer(1));
+        Ids ids;
+        for (Statement rows(m_from, sql); rows.step();) {
+            if (const auto same = copied.constFind(rows.text(0)); same != copied.cend())
+                ids.insert(rows.integer(1), *same);
+        }
+        return copies.isComplete() ? std::optional(ids) : std::nullopt;
+    }
+
+    /// Refunds of labels that both have: the money is asked back, whatever the copy says.
+    bool takeOverRefunds(const Ids &ids)
+    {
+        Statement rows(m_from, "SELECT id, status, " + noteIn(m_from) + " FROM shipments");
+        Statement same(m_to, "SELECT id, status, " + noteIn(m_to) + " FROM shipments WHERE id = ?");
         while (rows.step()) {
             const Refund refund = refundOf(rows);
-            if (refundState(refund.word()) == RefundState::none)
+            const qint64 id = ids.value(rows.integer(0));
+            if (id == 0 || refundState(refund.word()) == RefundState::none)
                 continue;
-            const qint64 id = rows.integer(3);
             same.bind(1, id);
-            const bool isSame = same.step() && same.text(0) == rows.text(0);
-            const bool isKnown = isSame && refundOf(same) == refund;
+            const bool isKnown = same.step() && refundOf(same) == refund;
             same.reset();
-            if (!isSame)
-                moved.insert(rows.text(0), refund);
-            else if (!isKnown && !put(id, refund))
+            if (!isKnown && !put(id, refund))
                 return false;
         }
-        return moved.isEmpty() || takeOverMoved(moved);
+        return true;
+    }
+
+    /// What was learned and noted since of labels that both have. Of a label's own documents and of their check, only
+    /// what the copy lacks altogether.
+    bool takeOverHistory(const Ids &ids)
+    {
+        return takeOver("label_journeys", ids) && takeOver("open_items_done", ids) && takeOver("label_reprints", ids) &&
+               takeOverTracking(ids) && takeOver("label_verdicts", ids, Take::newLabels) &&
+               takeOver(fetchedTable, ids, Take::newLabels) && takeOverPapers(ids);
     }
 
     /// What happened to the labels, which the carrier's id identifies there.
@@ -195,6 +183,7 @@ private:
         return RefundNotes::exist(db) ? "(SELECT word FROM label_refunds WHERE shipment_id = shipments.id)" : "''";
     }
 
+    /// Of a row with the id, the status and the note.
     static Refund refundOf(const Statement &row) { return {.status = row.text(1), .note = row.text(2)}; }
 
     bool put(qint64 id, const Refund &refund)
@@ -203,21 +192,88 @@ private:
                (refund.note.isEmpty() || RefundNotes::putStatus(m_to, id, refund.status));
     }
 
-    /// Refunds of labels that an earlier restore gave another id. Reads the table once: its transactions may have no
-    /// index.
-    bool takeOverMoved(const QHash<QString, Refund> &refunds)
+    enum class Take {
+        newRows,   ///< that the copy does not have; it may have another one with the same key
+        newLabels, ///< all rows of labels that the copy has no row of
+    };
+
+    /// Rows that are the same in both are not written: the last labels are merged while no label can be stored.
+    bool takeOver(const QByteArray &table, const Ids &ids, Take take = Take::newRows)
     {
-        QHash<qint64, Refund> changed;
-        Statement rows(m_to, "SELECT transaction_id, status, " + noteIn(m_to) +
-                                 ", id FROM shipments WHERE transaction_id <> ''");
-        while (rows.step()) {
-            const auto refund = refunds.constFind(rows.text(0));
-            if (refund != refunds.cend() && refundOf(rows) != *refund)
-                changed.insert(rows.integer(3), *refund);
+        if (!ShipmentLogRows::hasTable(m_from, table.constData()))
+            return true;
+        if (!createLike(table))
+            return false;
+        const QByteArrayList columns = QByteArrayList{"shipment_id"} + commonColumns(table, "shipment_id");
+        const QByteArray list = columns.join(", ");
+        Statement rows(m_from, "SELECT " + list + " FROM " + table);
+        Statement same(m_to, "SELECT 1 FROM " + table + " WHERE " + columns.join(" IS ? AND ") + " IS ?");
+        Statement insert(m_to, "INSERT OR REPLACE INTO " + table + " (" + list + ") VALUES (?" +
+                                   QByteArray(", ?").repeated(columns.size() - 1) + ")");
+        QSet<qint64> held;
+        if (take == Take::newLabels) {
+            for (Statement has(m_to, "SELECT shipment_id FROM " + table); has.step();)
+                held.insert(has.integer(0));
         }
-        return rows.isComplete() && std::ranges::all_of(changed.asKeyValueRange(), [this](const auto &change) {
-                   return put(change.first, change.second);
-               });
+        while (rows.step()) {
+            const qint64 id = ids.value(rows.integer(0));
+            if (id == 0 || held.contains(id))
+                continue;
+            for (Statement *statement : {&same, &insert}) {
+                bindValues(rows, columns.size(), *statement, 1);
+                statement->bind(1, id);
+            }
+            const bool isKnown = same.step();
+            same.reset();
+            if (!isKnown && !insert.execute())
+                return false;
+            if (table == fetchedTable && !LogChain::Sealer(m_to).sealFetched(id))
+                return false;
+        }
+        return true;
+    }
+
+    /// Customs papers, which are not sealed.
+    bool takeOverPapers(const Ids &ids)
+    {
+        Statement rows(m_from, "SELECT id FROM shipments WHERE customs_pdf IS NOT NULL");
+        Statement lacks(m_to, "SELECT 1 FROM shipments WHERE id = ? AND customs_pdf IS NULL");
+        Statement papers(m_from, "SELECT customs_pdf FROM shipments WHERE id = ?");
+        while (rows.step()) {
+            const qint64 id = ids.value(rows.integer(0));
+            lacks.bind(1, id);
+            const bool isLacking = lacks.step();
+            lacks.reset();
+            if (!isLacking)
+                continue;
+            papers.bind(1, rows.integer(0));
+            if (papers.step() &&
+                !execute(m_to, "UPDATE shipments SET customs_pdf = ? WHERE id = ?", papers.blob(0), id))
+                return false;
+            papers.reset();
+        }
+        return true;
+    }
+
+    /// A delivered parcel's label has this as its status, too.
+    bool takeOverTracking(const Ids &ids)
+    {
+        if (!ShipmentLogRows::hasTable(m_from, "label_tracking"))
+            return true;
+        if (!createLike("label_tracking"))
+            return false;
+        Statement rows(m_from, "SELECT shipment_id, word, heard_at FROM label_tracking");
+        Statement same(m_to, "SELECT 1 FROM label_tracking WHERE shipment_id = ? AND word = ?");
+        while (rows.step()) {
+            const qint64 id = ids.value(rows.integer(0));
+            same.bind(1, id);
+            same.bind(2, rows.text(1));
+            const bool isKnown = id == 0 || same.step();
+            same.reset();
+            if (!isKnown && !LabelHistory::putTracked(m_to, id, rows.text(1), ShipmentLogRows::timeOf(rows.real(2))))
+                return false;
+        }
+        return true;
     }
 
     /// What other tables tell of a label.
@@ -256,35 +312,10 @@ private:
         return true;
     }
 
-    bool createLike(const QByteArray &table)
-    {
-        if (ShipmentLogRows::hasTable(m_to, table.constData()))
-            return true;
-        Statement made(m_from, "SELECT sql FROM sqlite_master WHERE tbl_name = '" + table +
-                                   "' AND sql IS NOT NULL ORDER BY type DESC");
-        while (made.step()) {
-            if (!m_to.exec(made.text(0).toUtf8().constData()))
-                return false;
-        }
-        return true;
-    }
-
-    static QByteArrayList columnsOf(const Database &db, const QByteArray &table)
-    {
-        QByteArrayList columns;
-        Statement names(db, "SELECT name FROM pragma_table_info('" + table + "')");
-        while (names.step())
-            columns += names.text(0).toUtf8();
-        return columns;
-    }
-
-    /// The columns that the table has in both logs, but not `without`.
+    bool createLike(const QByteArray &table) { return LogMerge::createLike(m_from, m_to, table); }
     QByteArrayList commonColumns(const QByteArray &table, const QByteArray &without) const
     {
-        QByteArrayList columns = columnsOf(m_to, table);
-        const QByteArrayList others = columnsOf(m_from, table);
-        columns.removeIf([&](const QByteArray &name) { return name == without || !others.contains(name); });
-        return columns;
+        return LogMerge::commonColumns(m_from, m_to, table, without);
     }
 
     const Database &m_from;
@@ -292,64 +323,6 @@ private:
 };
 
 } // namespace
-
-std::optional<Held> held(const Database &copy)
-{
-    Held found;
-    Statement rows(copy, QByteArray("SELECT ") + keyColumns + " FROM shipments NOT INDEXED");
-    double last = 0;
-    while (rows.step()) {
-        found.rows.insert(keyOf(rows));
-        last = std::max(last, rows.real(1));
-    }
-    if (last > 0)
-        found.last = ShipmentLogRows::timeOf(last);
-    return rows.isComplete() ? std::optional(found) : std::nullopt;
-}
-
-Added addedSince(const QString &present, const Held &copy, qint64 after)
-{
-    Added added;
-    if (!QFileInfo::exists(present))
-        return added;
-    const Database db(present);
-    QList<qint64> bought;
-    QSet<qint64> seen;
-    // From both ends, so that a damaged page in between hides only its own rows.
-    for (const QByteArray order : {"ASC", "DESC"}) {
-        Statement rows(db, QByteArray("SELECT ") + keyColumns +
-                               " FROM shipments NOT INDEXED WHERE id > ? ORDER BY id " + order);
-        if (rows.isPrepared())
-            rows.bind(1, after);
-        while (rows.step()) {
-            const qint64 id = rows.integer(0);
-            if (seen.contains(id))
-                break;
-            seen.insert(id);
-            added.lastId = std::max(added.lastId, id);
-            if (copy.rows.contains(keyOf(rows)))
-                continue;
-            if (isBought(rows))
-                bought += id;
-            else
-                ++added.imported;
-        }
-        if (rows.isComplete())
-            break;
-        if (added.damage.isEmpty())
-            added.damage = db.lastError();
-    }
-    std::ranges::sort(bought);
-    Statement row(db, ShipmentLogRows::select + QByteArray(" WHERE id = ?"));
-    for (const qint64 id : std::as_const(bought)) {
-        if (row.isPrepared())
-            row.bind(1, id);
-        if (!ShipmentLogRows::append(added.labels, row) && added.damage.isEmpty())
-            added.damage = db.lastError();
-        row.reset();
-    }
-    return added;
-}
 
 Merged bringBack(Database &log, const QString &present, const QList<ShipmentRecord> &labels)
 {
@@ -366,8 +339,10 @@ Merged bringBack(Database &log, const QString &present, const QList<ShipmentReco
                 return std::nullopt;
             count += *id != 0;
         }
-        return transfer.takeOverRefunds() && transfer.copyEvents() && transfer.copyScanForms() ? std::optional(count)
-                                                                                               : std::nullopt;
+        const std::optional<Ids> ids = transfer.commonLabels();
+        const bool isWhole = ids && transfer.takeOverRefunds(*ids) && transfer.takeOverHistory(*ids) &&
+                             transfer.copyEvents() && transfer.copyScanForms();
+        return isWhole ? std::optional(count) : std::nullopt;
     });
 }
 

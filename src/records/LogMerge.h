@@ -36,11 +36,12 @@ struct Merged {
     int labels = 0;  ///< how many are in the log now
     QString failure; ///< why nothing was stored
 };
-/// Puts labels of the present log into `log`, with their documents and with what other tables tell of them, and seals
-/// them. A label whose row cannot be read completely is left out, unless it is the documents that cannot be read. Also
-/// takes over refunds that were asked for since, and the SCAN forms made since.
+/// Puts labels of the present log into `log`, with their documents and their rows in other tables, and seals them.
+/// Leaves out a label whose row cannot be read; a label whose documents cannot be read comes without them. For labels
+/// that both logs have, takes over refunds, reprints, journeys and open items that were taken off the list, and
+/// documents and label checks that `log` lacks. Takes over SCAN forms, too.
 Merged bringBack(Database &log, const QString &present, const QList<ShipmentRecord> &labels);
-/// Puts labels into `log` that another source tells of, and seals them.
+/// Puts labels of another source into `log`, and seals them.
 Merged append(Database &log, const QList<ShipmentRecord> &labels);
 
 } // namespace parcelory::LogMerge

@@ -281,9 +281,9 @@ LogRead<QList<OpenFacts>> OpenItems::read(const ShipmentLog &log, const QDateTim
     return log.read<QList<OpenFacts>>([now](const Database &db) { return factsFrom(db, now); });
 }
 
-bool OpenItems::setDone(ShipmentLog &log, qint64 shipment, OpenReason reason, bool isDone)
+bool OpenItems::setDone(ShipmentLog &log, const ShipmentRecord &label, OpenReason reason, bool isDone)
 {
-    return log.change([&](Database &db) {
+    return log.changeRow(label, [&](Database &db, qint64 shipment) {
         return db.exec(schema) &&
                execute(db,
                        isDone ? "INSERT OR REPLACE INTO open_items_done (shipment_id, reason) VALUES (?, ?)"

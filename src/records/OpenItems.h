@@ -80,7 +80,7 @@ QList<OpenItem> itemsOf(const QList<OpenFacts> &labels, const QDateTime &now);
 LogRead<QList<OpenFacts>> read(const ShipmentLog &log, const QDateTime &now);
 
 /// Takes an item off the list for good, or puts it back. A later reason for the same label is listed again.
-[[nodiscard]] bool setDone(ShipmentLog &log, qint64 shipment, OpenReason reason, bool isDone);
+[[nodiscard]] bool setDone(ShipmentLog &log, const ShipmentRecord &label, OpenReason reason, bool isDone);
 
 } // namespace OpenItems
 } // namespace parcelory

@@ -53,10 +53,8 @@ constexpr auto schema = "PRAGMA locking_mode = EXCLUSIVE;\n"
 
 /// What later versions added. The rate, the times, the mode and the transaction are columns, not only part of the
 /// shipment's JSON: they suffice to ask the carrier if the JSON cannot be read.
-constexpr std::pair<const char *, const char *> addedColumns[] = {{"rated_at", "REAL"},
-                                                                  {"test_mode", "INTEGER"},
-                                                                  {"transaction_id", "TEXT"},
-                                                                  {"prints_papers", "INTEGER NOT NULL DEFAULT 1"}};
+constexpr std::pair<const char *, const char *> addedColumns[] = {
+    {"rated_at", "REAL"}, {"test_mode", "INTEGER"}, {"transaction_id", "TEXT"}, {"prints_papers", "INTEGER"}};
 
 template <class Record>
 QString jsonText(const Record &record)
@@ -81,6 +79,12 @@ std::optional<Record> recordOf(const QString &text, const Record &fallback)
     }
 }
 
+/// An earlier version did not note it: it always printed FedEx's papers, and USPS's only if the clerk wanted them.
+bool printsPapers(const Statement &row, int column, const ShipmentRecord &record)
+{
+    return row.kind(column) == Statement::Kind::null ? record.carrier == u"FedEx" : row.integer(column) != 0;
+}
+
 OpenPurchase purchaseOf(const Statement &row)
 {
     const QDateTime askedAt = timeOf(row.real(1));
@@ -96,7 +100,7 @@ OpenPurchase purchaseOf(const Statement &row)
                           .keepRecipient = recipient && row.integer(5) != 0,
                           .record = record.value_or(asked),
                           .printed = row.integer(9) != 0,
-                          .printsPapers = row.integer(13) != 0,
+                          .printsPapers = printsPapers(row, 13, record.value_or(asked)),
                           .isUnreadable = !recipient || !record};
     if (purchase.record.transactionID.isEmpty())
         purchase.record.transactionID = row.text(12);

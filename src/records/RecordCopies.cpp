@@ -9,8 +9,8 @@
 
 #include <QFile>
 #include <QFileInfo>
+#include <QLockFile>
 #include <QSaveFile>
-#include <QSet>
 #include <QStorageInfo>
 #include <QTemporaryDir>
 
@@ -44,14 +44,40 @@ QString freeName(const QDir &copies, const QString &name)
     return free;
 }
 
-/// A program that was killed leaves its unfinished copy; no program works on a copy for a day.
-void removeLeftovers(const QDir &folder, const QString &pattern, const QDateTime &now)
+/// A program that was killed leaves its unfinished copy. Several desks may share the folder of the copies, but no
+/// program works on a copy for a day.
+void removeOldLeftovers(const QDir &copies, const QDateTime &now)
 {
-    for (const QFileInfo &entry : folder.entryInfoList({pattern}, QDir::Dirs | QDir::NoDotAndDotDot)) {
+    for (const QFileInfo &entry : copies.entryInfoList({u'*' + partial}, QDir::Dirs | QDir::NoDotAndDotDot)) {
         if (entry.lastModified().daysTo(now) > 1)
             QDir(entry.filePath()).removeRecursively();
     }
 }
+
+/// Keeps other programs from copying these records, and deletes what a killed program left beside them: a whole log may
+/// be what fills the disk.
+class Copying {
+public:
+    explicit Copying(const QDir &records) : m_lock(records.filePath(u"copying.lock"_s))
+    {
+        // A killed program's lock is not known by its process id if the computer has another name since, or if the file
+        // was left empty. A running program's lock is never stale: the system holds it, too.
+        m_lock.setStaleLockTime(std::chrono::hours(1));
+        if (!m_lock.tryLock(0) && m_lock.error() == QLockFile::LockFailedError) {
+            m_obstacle = u"another Parcelory copies the records"_s;
+            return;
+        }
+        makePrivate(m_lock.fileName());
+        for (const QString &name : records.entryList({stage + u'*'}, QDir::Dirs | QDir::NoDotAndDotDot))
+            QDir(records.filePath(name)).removeRecursively();
+    }
+
+    const QString &obstacle() const { return m_obstacle; }
+
+private:
+    QLockFile m_lock;
+    QString m_obstacle;
+};
 
 /// Also to another disk, and flushes the file there. Returns what failed.
 QString moveFile(const QString &from, const QString &to, const CancelToken &cancel)
@@ -80,36 +106,6 @@ QString named(const QString &name, const QString &failure)
 
 } // namespace
 
-QString wordOf(CopyReason reason)
-{
-    switch (reason) {
-    case CopyReason::daily:
-        return u"daily"_s;
-    case CopyReason::beforeImport:
-        return u"beforeImport"_s;
-    case CopyReason::beforeUpdate:
-        return u"beforeUpdate"_s;
-    case CopyReason::byHand:
-        return u"byHand"_s;
-    case CopyReason::beforeRestore:
-        return u"beforeRestore"_s;
-    }
-    return {};
-}
-
-double RecordCopy::bytes() const
-{
-    double sum = 0;
-    for (const File &file : files)
-        sum += file.bytes;
-    return sum;
-}
-
-LogChain::Head RecordCopy::head() const
-{
-    return {.position = qint64(headPosition), .hash = QByteArray::fromHex(headHash.toLatin1())};
-}
-
 RecordCopies::RecordCopies(const QDir &records, const QDir &copies, QList<OwnedFile> owned)
     : m_records(records), m_owned(std::move(owned)), m_copies(copies)
 {
@@ -130,15 +126,17 @@ void RecordCopies::setFolder(const QDir &copies)
 RecordCopy RecordCopies::make(CopyReason reason, const QDateTime &now, const Progress &progress)
 {
     const std::lock_guard making(m_making);
+    const Copying copying(m_records);
     const QDir copies = this->folder();
     RecordCopy copy{.madeAt = now, .reason = wordOf(reason)};
     copy.folder = freeName(copies, now.toString(u"yyyy-MM-dd HH.mm.ss "_s) + copy.reason);
     const QDir folder(copies.filePath(copy.folder + partial));
-    removeLeftovers(copies, u'*' + partial, now);
-    removeLeftovers(m_records, stage + u'*', now);
+    removeOldLeftovers(copies, now);
     createPrivateFolder(copies);
     createPrivateFolder(folder);
-    copy.failure = folder.exists() ? fill(folder, copy, progress) : u"The copies folder can't be written"_s;
+    copy.failure = !folder.exists()               ? u"The copies folder can't be written"_s
+                   : copying.obstacle().isEmpty() ? fill(folder, copy, progress)
+                                                  : copying.obstacle();
     if (progress.cancelToken().isCanceled()) {
         QDir(folder).removeRecursively();
         return copy;
@@ -174,6 +172,7 @@ QString RecordCopies::describe(const QDir &folder, RecordCopy &copy)
         const auto head = LogChain::head(log).value_or(LogChain::Head());
         copy.headPosition = double(head.position);
         copy.headHash = QString::fromLatin1(head.hash.toHex());
+        copy.logId = QString::fromLatin1(LogChain::idOf(log).toHex());
     }
     if (folder.exists(bookName))
         copy.addresses = countOf(Database(folder.filePath(bookName)), "addresses");
@@ -234,17 +233,17 @@ QString RecordCopies::setAsideName(const QDateTime &now) const
     return freeName(folder(), u"Before Restore "_s + now.toLocalTime().toString(u"MM-dd-yy"_s));
 }
 
-RecordCopies::SetAside RecordCopies::setAside(const QDateTime &now, const QDateTime &restored, const Progress &progress)
+RecordCopies::SetAside RecordCopies::setAside(const QDateTime &now, const Progress &progress)
 {
     const std::lock_guard making(m_making);
+    const Copying copying(m_records);
     const QDir copies = this->folder();
     SetAside aside{.copy = {.madeAt = now, .reason = wordOf(CopyReason::beforeRestore), .files = {}}};
-    aside.copy.restored = restored;
     aside.copy.folder = setAsideName(now);
     QDir folder(copies.filePath(aside.copy.folder + partial));
     folder.removeRecursively(); // of a program that was killed
     createPrivateFolder(folder);
-    aside.failure = keepAsTheyAre(folder, aside.copy, progress);
+    aside.failure = copying.obstacle().isEmpty() ? keepAsTheyAre(folder, aside.copy, progress) : copying.obstacle();
     if (aside.failure.isEmpty()) {
         const QString damage = describe(folder, aside.copy);
         aside.copy.failure = aside.copy.failure.isEmpty() ? damage : aside.copy.failure;
@@ -258,6 +257,12 @@ RecordCopies::SetAside RecordCopies::setAside(const QDateTime &now, const QDateT
     if (!aside.failure.isEmpty())
         folder.removeRecursively();
     return aside;
+}
+
+bool RecordCopies::markReplaced(RecordCopy aside, const QDateTime &restored) const
+{
+    aside.restored = restored;
+    return writeManifest(QDir(folder().filePath(aside.folder)), aside);
 }
 
 void RecordCopies::discard(const RecordCopy &aside) const
@@ -293,7 +298,7 @@ QString RecordCopies::keepAsTheyAre(const QDir &folder, RecordCopy &copy, const 
     return copyPlainFiles(folder);
 }
 
-bool RecordCopies::writeManifest(const QDir &folder, const RecordCopy &copy) const
+bool RecordCopies::writeManifest(const QDir &folder, const RecordCopy &copy)
 {
     QSaveFile file(folder.filePath(manifestName));
     const QByteArray text = encodeJson(copy, Keys::asIs);
@@ -321,22 +326,6 @@ QList<RecordCopy> RecordCopies::list() const
     return copies;
 }
 
-/// After a restore, the copies between the restored one and the restore belong to a chain that was given up.
-QList<LogChain::Head> RecordCopies::headsOf(const QList<RecordCopy> &copies)
-{
-    QList<LogChain::Head> heads;
-    std::optional<QDateTime> until;
-    for (const RecordCopy &copy : copies) {
-        if (until && copy.madeAt > *until)
-            continue;
-        if (copy.restored)
-            until = copy.restored;
-        else if (copy.isGood() && copy.headPosition > 0)
-            heads += copy.head();
-    }
-    return heads;
-}
-
 QString RecordCopies::check(const RecordCopy &copy) const
 {
     return check(QDir(folder().filePath(copy.folder)), copy.files);
@@ -361,31 +350,6 @@ QString RecordCopies::checkDatabases(const QDir &folder, const QList<RecordCopy:
             return named(kept.name, damage);
     }
     return {};
-}
-
-QList<RecordCopy> RecordCopies::expired(const QList<RecordCopy> &copies)
-{
-    QSet<QDate> days, months;
-    QDate oldestDay;
-    QList<RecordCopy> gone;
-    for (const RecordCopy &copy : copies) {
-        const QDate day = copy.madeAt.toLocalTime().date();
-        const QDate month(day.year(), day.month(), 1);
-        if (copy.isGood() && copy.reason == wordOf(CopyReason::daily)) {
-            const bool keepsDay = !days.contains(day) && days.size() < keptDays;
-            const bool keepsMonth = !months.contains(month) && months.size() < keptMonths;
-            if (keepsDay)
-                oldestDay = day;
-            days.insert(day);
-            if (keepsDay || keepsMonth)
-                months.insert(month);
-            else
-                gone += copy;
-        } else if (days.size() >= keptDays && day < oldestDay && copy.reason != wordOf(CopyReason::beforeRestore)) {
-            gone += copy;
-        }
-    }
-    return gone;
 }
 
 } // namespace parcelory

@@ -1,8 +1,7 @@
 #pragma once
 
 #include "core/Progress.h"
-#include "core/RecordField.h"
-#include "records/LogChain.h"
+#include "records/RecordCopy.h" // IWYU pragma: export
 
 #include <QDateTime>
 #include <QDir>
@@ -11,60 +10,8 @@
 
 #include <functional>
 #include <mutex>
-#include <optional>
-#include <tuple>
 
 namespace parcelory {
-
-enum class CopyReason { daily, beforeImport, beforeUpdate, byHand, beforeRestore };
-
-/// A copy of the records, as its manifest copy.json describes it.
-struct RecordCopy {
-    struct File {
-        QString name;
-        double bytes = 0;
-        QString hash; ///< BLAKE2b-256, hexadecimal
-
-        bool operator==(const File &) const = default;
-
-        static constexpr auto fields()
-        {
-            return std::tuple{field("name", &File::name), field("bytes", &File::bytes), field("hash", &File::hash)};
-        }
-    };
-
-    QString folder; ///< its name in the folder of the copies; not in the manifest
-    QDateTime madeAt;
-    QString reason;          ///< wordOf() a CopyReason
-    int labels = 0;          ///< rows of the mailing log
-    int addresses = 0;       ///< entries of the address book
-    double headPosition = 0; ///< the end of the mailing log's chain of hashes; see LogChain
-    QString headHash;        ///< hexadecimal
-    QList<File> files;
-    QString failure;                   ///< why the copy failed or cannot be trusted; empty if its check passed
-    std::optional<QDateTime> restored; ///< of the records before a restore: when the copy that replaced them was made
-
-    bool operator==(const RecordCopy &) const = default;
-    bool isGood() const { return failure.isEmpty(); }
-    double bytes() const;
-    LogChain::Head head() const;
-
-    static constexpr auto fields()
-    {
-        using C = RecordCopy;
-        return std::tuple{field("madeAt", &C::madeAt),
-                          field("reason", &C::reason),
-                          field("labels", &C::labels),
-                          field("addresses", &C::addresses),
-                          field("headPosition", &C::headPosition),
-                          field("headHash", &C::headHash),
-                          field("files", &C::files),
-                          field("failure", &C::failure),
-                          field("restored", &C::restored)};
-    }
-};
-
-QString wordOf(CopyReason reason);
 
 /// Makes, checks, lists and deletes copies of the records: one folder each, with a manifest. May be called from any
 /// thread; every call waits for the disk. The mailing log and the address book stay usable meanwhile.
@@ -91,9 +38,11 @@ public:
         RecordCopy copy;
         QString failure; ///< why not everything could be kept, for the end of a sentence; empty if it was
     };
-    /// Keeps the present records as they are, also if they are damaged, because the copy made at `restored` is about to
-    /// replace them. They are kept until somebody deletes them.
-    SetAside setAside(const QDateTime &now, const QDateTime &restored, const Progress &progress = {});
+    /// Keeps the present records as they are, also if they are damaged, because a copy is about to replace them. They
+    /// are kept until somebody deletes them.
+    SetAside setAside(const QDateTime &now, const Progress &progress = {});
+    /// Notes that the copy made at `restored` replaces what setAside() kept; false if that could not be written.
+    [[nodiscard]] bool markReplaced(RecordCopy aside, const QDateTime &restored) const;
     /// Deletes what setAside() kept, because nothing was restored.
     void discard(const RecordCopy &aside) const;
     /// "Before Restore 11-20-26": the folder that setAside() would create.
@@ -117,7 +66,7 @@ private:
     QString fill(const QDir &folder, RecordCopy &copy, const Progress &progress) const;
     QString take(const OwnedFile &file, const QDir &folder, const Progress &progress) const;
     QString copyPlainFiles(const QDir &folder) const;
-    bool writeManifest(const QDir &folder, const RecordCopy &copy) const;
+    static bool writeManifest(const QDir &folder, const RecordCopy &copy);
 
     const QDir m_records;
     const QList<OwnedFile> m_owned;

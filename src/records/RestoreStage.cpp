@@ -9,6 +9,7 @@
 #include "core/SqliteCheck.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QSaveFile>
 
 #include <algorithm>
@@ -41,6 +42,108 @@ bool removeIfThere(const QString &path)
     return !QFile::exists(path) || QFile::remove(path);
 }
 
+/// A present file that is about to be replaced.
+struct Replaced {
+    QString name;
+    double bytes = -1;    ///< negative if there is no such file
+    double changedAt = 0; ///< milliseconds since 1970
+
+    bool operator==(const Replaced &) const = default;
+
+    static constexpr auto fields()
+    {
+        using R = Replaced;
+        return std::tuple{field("name", &R::name), field("bytes", &R::bytes), field("changedAt", &R::changedAt)};
+    }
+};
+
+/// restore.json
+struct StoredNote : RestoreNote {
+    std::optional<QList<Replaced>> replaced; ///< absent if an earlier version wrote the note
+
+    static constexpr auto fields()
+    {
+        return std::tuple_cat(RestoreNote::fields(), std::tuple{field("replaced", &StoredNote::replaced)});
+    }
+};
+
+/// The files to be moved, the log first.
+QStringList filesIn(const QDir &folder)
+{
+    QStringList names = folder.entryList({u"*.sqlite"_s, u"*.json"_s}, QDir::Files);
+    names.removeOne(noteName);
+    if (names.removeOne(logName))
+        names.prepend(logName);
+    return names;
+}
+
+/// The present files in whose place those in `folder` will be.
+QList<Replaced> replacedBy(const QDir &folder, const QDir &records)
+{
+    QList<Replaced> files;
+    for (const QString &name : filesIn(folder)) {
+        const QFileInfo present(records.filePath(name));
+        files += present.exists()
+                     ? Replaced{name, double(present.size()), double(present.lastModified().toMSecsSinceEpoch())}
+                     : Replaced{.name = name};
+    }
+    return files;
+}
+
+struct Moved {
+    int files = 0;
+    bool isComplete = false;
+};
+
+/// An empty note counts as no note.
+bool hasNote(const QDir &folder)
+{
+    return QFileInfo(folder.filePath(noteName)).size() > 0;
+}
+
+/// Removes or empties the note, so that no later start moves a file. False if the disk refuses both. The folder may be
+/// deleted only then: a note beside a part of its files would be taken for an interrupted move.
+bool dropNote(const QDir &folder)
+{
+    const QString note = folder.filePath(noteName);
+    const bool isDropped = !hasNote(folder) || (QFile::remove(note) && syncToDisk(folder.path())) ||
+                           (QFile::resize(note, 0) && syncToDisk(note));
+    if (!isDropped)
+        qWarning("Parcelory: cannot delete the note of the restore in %s", qPrintable(folder.path()));
+    return isDropped;
+}
+
+/// May be repeated after an interruption at any point.
+Moved moveIntoPlace(const QDir &records)
+{
+    const QDir folder(records.filePath(folderName));
+    Moved moved;
+    for (const QString &name : filesIn(folder)) {
+        const QString target = records.filePath(name);
+        // The journal of the former file would be applied to the new one.
+        for (const QString &side : {u"-journal"_s, u"-wal"_s, u"-shm"_s}) {
+            if (!removeIfThere(target + side))
+                return moved;
+        }
+        if (!syncToDisk(records.path()) || !replaceFile(folder.filePath(name), target))
+            return moved;
+        ++moved.files;
+    }
+    // A note without files is left to the next start, which has nothing to move.
+    moved.isComplete = true;
+    if (syncToDisk(records.path()) && dropNote(folder))
+        QDir(folder).removeRecursively();
+    return moved;
+}
+
+/// True if no file was moved yet: the first file of the note is moved first.
+bool isUntouched(const StoredNote &note, const QDir &folder)
+{
+    if (!note.replaced)
+        return folder.exists(logName);
+    return !note.replaced->isEmpty() && folder.exists(note.replaced->first().name);
+}
+
 } // namespace
 
 RestoreStage::RestoreStage(const QDir &records)
@@ -52,7 +155,8 @@ RestoreStage::RestoreStage(const QDir &records)
                                                                   : u"the folder of the records can't be written"_s;
         return;
     }
-    if (m_folder.exists(noteName)) {
+    // A restore whose files are all in place may have left its note; beside other files, it would count for them.
+    if (hasNote(m_folder) && (!filesIn(m_folder).isEmpty() || !dropNote(m_folder))) {
         m_obstacle = u"an earlier restore is not complete; start Parcelory again"_s;
         return;
     }
@@ -64,7 +168,7 @@ RestoreStage::RestoreStage(const QDir &records)
 
 RestoreStage::~RestoreStage()
 {
-    if (m_lock.isLocked() && !m_folder.exists(noteName))
+    if (m_lock.isLocked() && !hasNote(m_folder))
         QDir(m_folder).removeRecursively();
 }
 
@@ -119,46 +223,27 @@ QString RestoreStage::sync() const
 QString RestoreStage::commit(const RestoreNote &note)
 {
     QSaveFile file(path(noteName));
-    const QByteArray text = encodeJson(note, Keys::asIs);
+    const QByteArray text = encodeJson(StoredNote{note, replacedBy(m_folder, m_records)}, Keys::asIs);
     if (!file.open(QIODevice::WriteOnly) || file.write(text) != text.size() || !file.commit() ||
         !syncToDisk(m_folder.path())) {
-        QFile::remove(path(noteName));
+        giveUp();
         return u"the folder of the records can't be written"_s;
     }
-    if (moveIntoPlace(m_records))
+    const Moved moved = moveIntoPlace(m_records);
+    if (moved.isComplete)
         return {};
-    m_hasBegun = !giveUpUnlessBegun(m_folder);
+    if (moved.files > 0)
+        m_rest = Rest::begun;
+    else
+        giveUp();
     return u"the files could not be moved"_s;
 }
 
-/// The program goes on with the present log if the copy's could not be moved. A later start must not replace it then:
-/// labels are bought meanwhile. False if the log was moved already.
-bool RestoreStage::giveUpUnlessBegun(const QDir &folder)
+/// No file was moved, and the program goes on with the present files. A later start must not replace them then: labels
+/// are bought meanwhile.
+void RestoreStage::giveUp()
 {
-    return folder.exists(logName) && QFile::remove(folder.filePath(noteName));
-}
-
-/// May be repeated after an interruption at any point. The log comes first: as long as it is not moved, no file is, and
-/// the restore can be given up.
-bool RestoreStage::moveIntoPlace(const QDir &records)
-{
-    const QDir folder(records.filePath(folderName));
-    QStringList names = folder.entryList({u"*.sqlite"_s, u"*.json"_s}, QDir::Files);
-    if (names.removeOne(logName))
-        names.prepend(logName);
-    for (const QString &name : std::as_const(names)) {
-        if (name == noteName)
-            continue;
-        const QString target = records.filePath(name);
-        // The journal of the former file would be applied to the new one.
-        for (const QString &side : {u"-journal"_s, u"-wal"_s, u"-shm"_s}) {
-            if (!removeIfThere(target + side))
-                return false;
-        }
-        if (!syncToDisk(records.path()) || !replaceFile(folder.filePath(name), target))
-            return false;
-    }
-    return syncToDisk(records.path()) && QFile::remove(folder.filePath(noteName)) && QDir(folder).removeRecursively();
+    m_rest = dropNote(m_folder) ? Rest::nothing : Rest::note;
 }
 
 std::optional<RestoreNote> RestoreStage::finishInterrupted(const QDir &records)
@@ -168,22 +253,33 @@ std::optional<RestoreNote> RestoreStage::finishInterrupted(const QDir &records)
         return std::nullopt;
     QLockFile lock(records.filePath(lockName));
     lock.setStaleLockTime(0);
-    if (!lock.tryLock(folder.exists(noteName) ? longestSwap : std::chrono::milliseconds(0)))
-        return std::nullopt; // another program is at it
-    QFile file(folder.filePath(noteName));
-    if (!file.open(QIODevice::ReadOnly)) {
+    if (!lock.tryLock(hasNote(folder) ? longestSwap : std::chrono::milliseconds(0)))
+        return std::nullopt; // another program restores a copy
+    if (!hasNote(folder)) {
         QDir(folder).removeRecursively();
         return std::nullopt;
     }
-    std::optional<RestoreNote> note;
+    QFile file(folder.filePath(noteName));
+    if (!file.open(QIODevice::ReadOnly)) // some of the files may be in place: a later start completes it
+        return std::nullopt;
+    StoredNote note;
     try {
-        note = decodeJson<RestoreNote>(file.readAll(), Keys::asIs);
+        note = decodeJson<StoredNote>(file.readAll(), Keys::asIs);
     } catch (const AppError &) {
-        note.emplace(); // it was written completely before the first file was moved
+        note = {}; // it was written completely before the first file was moved
     }
-    if (moveIntoPlace(records))
+    file.close();
+    const bool isWhole = isUntouched(note, folder);
+    if (isWhole && note.replaced && *note.replaced != replacedBy(folder, records)) {
+        if (dropNote(folder)) // the program went on with the present files
+            QDir(folder).removeRecursively();
+        return std::nullopt;
+    }
+    const Moved moved = moveIntoPlace(records);
+    if (moved.isComplete)
         return note;
-    giveUpUnlessBegun(folder);
+    if (isWhole && moved.files == 0)
+        dropNote(folder);
     return std::nullopt;
 }
 

@@ -49,24 +49,28 @@ public:
     /// Waits until all of it is on the disk.
     QString sync() const;
     /// Puts the files in place of the present ones. Close the present files first. If that fails, either no file was
-    /// changed or hasBegun().
+    /// changed or rest() is `begun`.
     QString commit(const RestoreNote &note);
-    /// commit() failed after the log was moved; the next start completes it.
-    bool hasBegun() const { return m_hasBegun; }
+    /// What a failed commit() leaves to the next start.
+    enum class Rest {
+        nothing,
+        note,  ///< no file was moved, but the disk keeps the note: the next start restores if no record changes before
+        begun, ///< some files were moved; the next start moves the others
+    };
+    Rest rest() const { return m_rest; }
 
-    /// At the start of the program, before the records are opened: completes or undoes a restore that was interrupted.
-    /// Returns the note of a restore that was completed.
+    /// At the start of the program, before the records are opened: completes a restore that was interrupted, or gives
+    /// it up. Returns the note of a completed restore.
     static std::optional<RestoreNote> finishInterrupted(const QDir &records);
 
 private:
-    static bool moveIntoPlace(const QDir &records);
-    static bool giveUpUnlessBegun(const QDir &folder);
+    void giveUp();
 
     const QDir m_records;
     const QDir m_folder;
     QLockFile m_lock; ///< keeps a second program from taking the folder for a leftover
     QString m_obstacle;
-    bool m_hasBegun = false;
+    Rest m_rest = Rest::nothing;
 };
 
 } // namespace parcelory

@@ -153,6 +153,8 @@ bool ShipmentLog::load(const QString &search, int limit, const CancelToken &canc
         const Turn turn(*this, patience, since);
         failure = look([&](const Database &db) {
             found = rows(db, search, limit, cancel);
+            if (search.isEmpty() && patience.count() > 0) // a start does not wait for the index of a large log
+                m_index.isCurrent();
             return found.has_value();
         });
     }
@@ -210,13 +212,12 @@ std::optional<QList<ShipmentRecord>> ShipmentLog::rows(const Database &db, const
     const QByteArray utf8 = pattern.toUtf8();
     if (utf8.size() > longestPattern)
         return QList<ShipmentRecord>(); // more than LIKE takes
-    const bool isIndexed = m_index.isCurrent();
     const QByteArray select = ShipmentLogRows::select;
     if (search.isEmpty()) {
         Statement newest(db, select + newestFirst + QByteArray::number(limit));
         return ShipmentLogRows::allOf(db, newest);
     }
-    if (isIndexed)
+    if (m_index.isCurrent())
         return ShipmentLogRows::withIds(db, m_index.find(utf8, limit, cancel));
     Statement query(db, select +
                             " WHERE recipient LIKE ?1 OR tracking LIKE ?1 OR description LIKE ?1 OR reference LIKE ?1" +
@@ -289,14 +290,14 @@ bool ShipmentLog::setStatus(qint64 id, const QString &status)
     return update([id, &status](Database &db) { return RefundNotes::putStatus(db, id, status); });
 }
 
-bool ShipmentLog::setRefund(qint64 id, RefundState refund)
+bool ShipmentLog::setRefund(const ShipmentRecord &label, RefundState refund)
 {
-    return update([id, refund](Database &db) { return RefundNotes::putRefund(db, id, refund); });
+    return changeRow(label, [refund](Database &db, qint64 id) { return RefundNotes::putRefund(db, id, refund); });
 }
 
-bool ShipmentLog::storeCustomsPDF(qint64 id, const QByteArray &document)
+bool ShipmentLog::storeCustomsPDF(const ShipmentRecord &label, const QByteArray &document)
 {
-    const bool stored = update([id, &document](Database &db) {
+    const bool stored = changeRow(label, [&document](Database &db, qint64 id) {
         return execute(db, "UPDATE shipments SET customs_pdf = ? WHERE id = ?", std::optional(document), id);
     });
     if (stored) // otherwise a locked log would be waited for again
@@ -325,10 +326,17 @@ bool ShipmentLog::change(const std::function<bool(Database &)> &work)
 
 bool ShipmentLog::changeRow(const ShipmentRecord &label, const std::function<bool(Database &, qint64)> &work)
 {
-    return change([&](Database &db) {
+    bool isThere = true;
+    const bool stored = change([&](Database &db) {
         const std::optional<qint64> id = ShipmentLogRows::idOf(db, label);
-        return id && (*id == 0 || work(db, *id));
+        isThere = id != 0;
+        return id && (!isThere || work(db, *id));
     });
+    if (!isThere) {
+        const std::lock_guard access(m_reasonAccess);
+        m_lastError = u"the label is no longer in it"_s;
+    }
+    return stored && isThere;
 }
 
 QString ShipmentLog::copyTo(const QString &path, const Progress &progress) const

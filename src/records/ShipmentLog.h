@@ -62,13 +62,15 @@ public:
     [[nodiscard]] bool insertOnce(const ShipmentRecord &record);
     [[nodiscard]] bool setStatus(qint64 id, const QString &status);
     /// Stores the outcome of a refund: in the status, or beside it if the parcel was delivered.
-    [[nodiscard]] bool setRefund(qint64 id, RefundState refund);
-    [[nodiscard]] bool storeCustomsPDF(qint64 id, const QByteArray &document);
+    [[nodiscard]] bool setRefund(const ShipmentRecord &label, RefundState refund);
+    [[nodiscard]] bool storeCustomsPDF(const ShipmentRecord &label, const QByteArray &document);
     /// A record's current row, found by its id, or by its transaction for a label that was just bought; nothing if
     /// there is no such row.
     LogRead<std::optional<ShipmentRecord>> find(const ShipmentRecord &record) const;
     /// The labels of a day, in the machine's time zone, in the order in which they were bought.
     LogRead<QList<ShipmentRecord>> labelsOf(QDate day) const;
+    /// The rows with these transactions since `since`, oldest first. Reads every row since then.
+    LogRead<QList<ShipmentRecord>> withTransactions(const QStringList &ids, const QDateTime &since) const;
     /// Labels of one kind of key that were bought for this reference, or since `since` if `isWanted` holds for them,
     /// newest first. A busy day has thousands of labels, so the others are not kept in memory.
     LogRead<QList<ShipmentRecord>> labelsLike(const QString &reference, const QDateTime &since, bool testMode,
@@ -129,7 +131,7 @@ public:
     /// Runs `work`, which writes on the connection, as one transaction; false if it failed and nothing was stored.
     [[nodiscard]] bool change(const std::function<bool(Database &)> &work);
     /// The same for the row of a label that was read before: the log may have been replaced since, and the label may
-    /// have another id now. Nothing is written if the label is gone.
+    /// have another id now. False, too, if the label is gone.
     [[nodiscard]] bool changeRow(const ShipmentRecord &label, const std::function<bool(Database &, qint64 id)> &work);
     /// Runs `work`, which reads on the connection and returns nothing if a statement failed. All its statements see the
     /// same state of the file, and only the first one waits for another program.
@@ -166,7 +168,7 @@ private:
     LogRead<std::optional<QByteArray>> blob(const QByteArray &sql, qint64 id) const;
 
     QString m_path;
-    mutable std::mutex m_copying;    ///< the file is not replaced while it is copied
+    mutable std::mutex m_copying;    ///< the file is neither replaced nor imported into while it is copied
     mutable std::mutex m_connection; ///< m_db serves one thread at a time: the search index depends on its state
     mutable Database m_db;
     mutable bool m_isReady = false; ///< the file has the table with all columns

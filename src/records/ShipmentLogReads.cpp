@@ -69,6 +69,8 @@ QString ShipmentLog::trouble() const
         const bool isRead = rows(db, {}, listLimit, {}).has_value();
         if (!isRead && !db.isLocked())
             reason = reasonOf(db);
+        if (isRead)
+            m_index.isCurrent(); // the first search of a start shall be fast
         return isRead;
     });
     if (reason.isEmpty())
@@ -84,6 +86,12 @@ QString ShipmentLog::damage() const
 {
     constexpr auto limit = std::chrono::seconds(3); // a label that is stored meanwhile waits for up to five
     return damageIn(m_path, limit);
+}
+
+LogRead<QList<ShipmentRecord>> ShipmentLog::withTransactions(const QStringList &ids, const QDateTime &since) const
+{
+    return read<QList<ShipmentRecord>>(
+        [&](const Database &db) { return ShipmentLogRows::withTransactions(db, ids, since); });
 }
 
 bool ShipmentLog::isEmpty() const

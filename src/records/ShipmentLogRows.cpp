@@ -1,6 +1,7 @@
 #include "records/ShipmentLogRows.h"
 
 #include "core/Json.h"
+#include "records/NewRows.h"
 #include "records/RefundNotes.h"
 #include "records/ShipmentRecord.h"
 
@@ -152,7 +153,9 @@ bool hasTable(const Database &db, const char *name)
 
 NewRow::NewRow(const ShipmentRecord &record)
 {
+    constexpr qsizetype usualTexts = 512;
     m_values.reserve(columns);
+    m_bytes.reserve(usualTexts);
     add(secondsOf(record.createdAt));
     add(record.carrier);
     add(record.service);
@@ -222,15 +225,7 @@ bool NewRow::store(Statement &insert) const
 {
     if (!insert.isPrepared())
         return false;
-    for (int column = 0; column < columns; ++column) {
-        if (kind(column) == Statement::Kind::number)
-            insert.bind(column + 1, real(column));
-        else if (kind(column) == Statement::Kind::text)
-            insert.bindInPlace(column + 1, bytes(column));
-        else
-            insert.bind(column + 1, kind(column) == Statement::Kind::blob ? std::optional(bytes(column).toByteArray())
-                                                                          : std::nullopt);
-    }
+    NewRows::bind(insert, 1, *this);
     return insert.execute();
 }
 

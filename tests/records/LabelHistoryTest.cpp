@@ -54,9 +54,12 @@ TEST_F(LabelHistoryTest, FindsTheLabelsOfADayAReferenceAndATransaction)
 TEST_F(LabelHistoryTest, KeepsReprintsAndTheLastTrackingStatus)
 {
     EXPECT_EQ(history.of(1)->reprints, 0);
-    EXPECT_TRUE(history.addReprint(1, midnight) && history.addReprint(1, midnight.addSecs(60)));
-    EXPECT_TRUE(history.addReprint(2, midnight.addSecs(90)));
-    EXPECT_TRUE(history.setTracked(1, u"TRANSIT"_s, midnight) && history.setTracked(1, u"DELIVERED"_s, midnight));
+    EXPECT_TRUE(history.addReprint(rowOf(log, 1), midnight) && history.addReprint(rowOf(log, 1), midnight.addSecs(60)));
+    EXPECT_TRUE(history.addReprint(rowOf(log, 2), midnight.addSecs(90)));
+    EXPECT_TRUE(log.change([](Database &db) {
+        return LabelHistory::putTracked(db, 1, u"TRANSIT"_s, midnight) &&
+               LabelHistory::putTracked(db, 1, u"DELIVERED"_s, midnight);
+    }));
     const LabelHistory::Past past = *history.of(1);
     EXPECT_EQ(past.reprints, 2);
     EXPECT_EQ(past.lastReprint, midnight.addSecs(60));
@@ -69,15 +72,28 @@ TEST_F(LabelHistoryTest, KeepsTheVerdictOnALabel)
     const QList<StoredFinding> first = {{u"NAME"_s, u"SAME"_s, u"Ruth"_s, u"RUTH"_s, {3, 4}},
                                         {u"COLOR"_s, u"FADED"_s, {}, {}, {}}}; // a later version knows more words
     EXPECT_TRUE(LabelVerdicts::of(log, 1)->isEmpty()) << "a log without the table";
-    EXPECT_TRUE(LabelVerdicts::put(log, 1, first) && LabelVerdicts::put(log, 2, first));
+    EXPECT_TRUE(LabelVerdicts::put(log, rowOf(log, 1), first) && LabelVerdicts::put(log, rowOf(log, 2), first));
     EXPECT_EQ(*LabelVerdicts::of(log, 1), first);
-    EXPECT_TRUE(LabelVerdicts::put(log, 1, first.first(1)));
+    EXPECT_TRUE(LabelVerdicts::put(log, rowOf(log, 1), first.first(1)));
     EXPECT_EQ(*LabelVerdicts::of(log, 1), first.first(1)) << "replaced";
     EXPECT_EQ(*LabelVerdicts::of(log, 2), first);
 
+    ShipmentRecord moved = rowOf(log, 2); // a restore has given the label another id since it was read
+    moved.id = 3;
+    ShipmentRecord gone = moved;
+    gone.transactionID = u"gone"_s;
+    EXPECT_TRUE(LabelVerdicts::put(log, moved, first.first(1)));
+    EXPECT_FALSE(LabelVerdicts::put(log, gone, first));
+    EXPECT_EQ(log.lastError(), u"the label is no longer in it"_s);
+    EXPECT_TRUE(history.addReprint(moved, midnight) && log.setRefund(moved, RefundState::granted));
+    EXPECT_EQ(LabelVerdicts::of(log, 2)->size(), 1);
+    EXPECT_EQ(history.of(2)->reprints, 1);
+    EXPECT_EQ(refundState(rowOf(log, 2)), RefundState::granted);
+    EXPECT_TRUE(LabelVerdicts::of(log, 3)->isEmpty() && history.of(3)->reprints == 0);
+
     Database other(file.folder.filePath(u"mailing_log.sqlite"_s)); // another version's table
     EXPECT_TRUE(other.exec("DROP TABLE label_verdicts; CREATE TABLE label_verdicts (label INTEGER);"));
-    EXPECT_FALSE(LabelVerdicts::of(log, 1).isRead() || LabelVerdicts::put(log, 1, first));
+    EXPECT_FALSE(LabelVerdicts::of(log, 1).isRead() || LabelVerdicts::put(log, rowOf(log, 1), first));
     EXPECT_TRUE(log.zpl(1).isRead() && log.insert({.recipient = u"Later"_s})) << "the log stays usable";
 }
 

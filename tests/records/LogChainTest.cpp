@@ -31,11 +31,14 @@ struct SealedLog : LogFile {
             EXPECT_TRUE(log.insert(parcel(number)));
         put(u"mail.txt"_s, mailLine("Imported, 1 Elm St, Bend OR 97701").replace("1.00", "-0")); // stored as 0
         EXPECT_EQ(log.importEndiciaCSV(path(u"mail.txt"_s)).imported, 1);
-        EXPECT_TRUE(log.setRefund(2, RefundState::pending));
-        EXPECT_TRUE(LabelHistory(log).setTracked(2, wordOf(TrackingStatus::delivered), QDateTime::currentDateTime()));
-        EXPECT_TRUE(FetchedLabels::put(log, 5, "^XA1^XZ") && FetchedLabels::put(log, 5, "^XA2^XZ"));
-        EXPECT_TRUE(log.setRefund(2, RefundState::granted) && log.setStatus(3, u"SHIPPED"_s));
-        EXPECT_TRUE(log.storeCustomsPDF(4, "%PDF"));
+        EXPECT_TRUE(log.setRefund(rowOf(log, 2), RefundState::pending));
+        EXPECT_TRUE(log.change([](Database &db) {
+            return LabelHistory::putTracked(db, 2, wordOf(TrackingStatus::delivered), QDateTime::currentDateTime());
+        }));
+        EXPECT_TRUE(FetchedLabels::put(log, rowOf(log, 5), "^XA1^XZ") &&
+                    FetchedLabels::put(log, rowOf(log, 5), "^XA2^XZ"));
+        EXPECT_TRUE(log.setRefund(rowOf(log, 2), RefundState::granted) && log.setStatus(3, u"SHIPPED"_s));
+        EXPECT_TRUE(log.storeCustomsPDF(rowOf(log, 4), "%PDF"));
     }
     LogChain::Report verified(const QList<LogChain::Head> &known = {}) const { return log.verify(known).orThrow(); }
     LogChain::Head head() const { return *LogChain::head(Database(path())); }
@@ -95,6 +98,27 @@ TEST(LogChain, AHeadThatWasKeptElsewhereShowsARewrittenChain)
     EXPECT_EQ(rewritten.verify({kept})->findings.value(0).problem, Problem::unsealed) << "it is not sealed anew";
     EXPECT_TRUE(rewritten.sealOlder() && rewritten.verify()->findings.isEmpty());
     EXPECT_FALSE(rewritten.verify({kept})->findings.isEmpty());
+}
+
+TEST(LogChain, HeadsOfAnotherLogAreNamedAndNotCompared)
+{
+    const SealedLog sealed;
+    const LogChain::Head own{sealed.head().position, sealed.head().hash, LogChain::idOf(Database(sealed.path()))};
+    const LogChain::Head other{own.position + 9, "hash", "another log"};
+    const LogChain::Head changed{own.position, "hash", own.log};
+    const std::tuple<QList<LogChain::Head>, QList<Problem>> cases[] = {
+        {{own}, {}},
+        {{other, own}, {Problem::otherLog}},
+        {{other, changed}, {Problem::otherLog, Problem::chain}},
+    };
+    for (const auto &[known, problems] : cases) {
+        const QList<LogChain::Finding> findings = sealed.verified(known).findings;
+        ASSERT_EQ(findings.size(), problems.size());
+        for (qsizetype at = 0; at < findings.size(); ++at)
+            EXPECT_EQ(findings[at].problem, problems[at]);
+    }
+    const LogFile empty;
+    EXPECT_EQ(ShipmentLog(QDir(empty.folder.path())).verify({other})->findings.value(0).problem, Problem::unsealed);
 }
 
 TEST(LogChain, SealsTheRowsOfAnOlderLogInPortions)

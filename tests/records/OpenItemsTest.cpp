@@ -123,18 +123,19 @@ TEST(OpenItems, ReadsWhatDecidesFromTheLog)
                        .zip = u"97701"_s,
                        .place = u"Bend OR"_s,
                        .askedAt = now};
-    ASSERT_TRUE(Journeys::put(log, 1, told) && LabelVerdicts::put(log, 1, {{u"zip"_s, u"same"_s, {}, {}, {}}}));
+    ASSERT_TRUE(log.change([&](Database &db) { return Journeys::put(db, 1, told); }) &&
+                LabelVerdicts::put(log, rowOf(log, 1), {{u"zip"_s, u"same"_s, {}, {}, {}}}));
     ASSERT_TRUE(LabelEvents::put(log, {transactionId(2)}, LabelEvent::papersFailed, now.addDays(-3)));
     ASSERT_TRUE(LabelEvents::put(log, {transactionId(4)}, LabelEvent::papersFailed, now.addDays(-3)) &&
                 LabelEvents::put(log, {transactionId(4)}, LabelEvent::papersPrinted, now.addDays(-2)) &&
                 LabelEvents::put(log, {transactionId(4)}, LabelEvent::refundAsked, now.addDays(-2)));
-    ASSERT_TRUE(OpenItems::setDone(log, 2, OpenReason::customsPapers, true));
+    ASSERT_TRUE(OpenItems::setDone(log, rowOf(log, 2), OpenReason::customsPapers, true));
     const QList<OpenFacts> facts = *OpenItems::read(log, now);
     ASSERT_EQ(facts.size(), 3);
     EXPECT_TRUE(facts[0].journey == told && !facts[0].isUnchecked && facts[1].isUnchecked);
     EXPECT_TRUE(facts[2].isPapersOpen && facts[2].done.contains(u"CUSTOMS_PAPERS"_s) && !facts[1].isPapersOpen);
     EXPECT_EQ(facts[1].refundAskedAt, now.addDays(-2));
-    ASSERT_TRUE(OpenItems::setDone(log, 2, OpenReason::customsPapers, false));
+    ASSERT_TRUE(OpenItems::setDone(log, rowOf(log, 2), OpenReason::customsPapers, false));
     EXPECT_EQ(OpenItems::itemsOf(*OpenItems::read(log, now), now).last().reason, OpenReason::customsPapers);
     const auto addOld = [&](int number, const QString &status) {
         ShipmentRecord old = labelOf(100, number);
@@ -148,7 +149,7 @@ TEST(OpenItems, ReadsWhatDecidesFromTheLog)
     ASSERT_EQ(old.size(), 5) << "an unsettled refund stays, however old it is";
     EXPECT_EQ(old[0].refundAskedAt, now.addDays(-95));
     EXPECT_EQ(OpenItems::itemOf(old[1], now)->reason, OpenReason::refundRejected);
-    ASSERT_TRUE(OpenItems::setDone(log, old[1].label.id, OpenReason::refundRejected, true));
+    ASSERT_TRUE(OpenItems::setDone(log, old[1].label, OpenReason::refundRejected, true));
     EXPECT_FALSE(OpenItems::itemOf(OpenItems::read(log, now)->at(1), now)) << "until the clerk settles it";
 }
 

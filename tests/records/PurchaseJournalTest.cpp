@@ -81,7 +81,8 @@ TEST_F(PurchaseJournalTest, AnEntryOfAnotherVersionIsNeverForgotten)
         {deep, deep, false, {}},
         {R"({"name":"Ana"})", R"({"service":7})", false, u"Ana"_s},
         {R"({"name":"Ana"})", R"({"service":"Ground"})", true, u"Ana"_s}, // of a version with fewer fields
-        {R"({"name":"Ana","fax":""})", R"({"service":"Ground","hold":[1]})", true, u"Ana"_s}, // of one with more
+        {R"({"name":"Ana","fax":""})", R"({"service":"Ground","carrier":"FedEx","hold":[1]})", true,
+         u"Ana"_s}, // of one with more
     };
     {
         Database former(place.filePath(u"purchase_journal.sqlite"_s));
@@ -101,6 +102,7 @@ TEST_F(PurchaseJournalTest, AnEntryOfAnotherVersionIsNeverForgotten)
         EXPECT_EQ(open[i].rateId + open[i].keyName + open[i].recipient.name, u"rk"_s + name) << i;
         EXPECT_EQ(open[i].askedAt.toSecsSinceEpoch() + open[i].record.createdAt.toSecsSinceEpoch(), 2000) << i;
         EXPECT_EQ(open[i].record.service, isReadable ? u"Ground"_s : QString()) << i;
+        EXPECT_EQ(open[i].printsPapers, open[i].record.carrier == u"FedEx"_s) << i;
     }
     EXPECT_TRUE(journal.trouble().startsWith(u"Open purchases in the journal that cannot be read completely: 4."_s))
         << journal.trouble().toStdString();

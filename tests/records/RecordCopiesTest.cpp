@@ -1,7 +1,14 @@
 #include "records/RecordCopies.h"
+#include "core/FileHash.h"
+#include "records/FetchedLabels.h"
+#include "records/LabelHistory.h"
+#include "records/LabelVerdicts.h"
 #include "records/LogMerge.h"
 #include "records/PurchaseJournal.h"
+#include "records/RestoreStage.h"
 #include "support/LogFile.h"
+
+#include <QLockFile>
 
 namespace parcelory::test {
 
@@ -25,6 +32,12 @@ struct Desk : LogFile {
         EXPECT_TRUE(log.insert(shipmentTo(u"Jo"_s)));
         journal.open();
         put(u"sender_profiles.json"_s, "[]");
+    }
+    void age(const QString &name) const
+    {
+        QFile file(path(name));
+        EXPECT_TRUE(file.open(QIODevice::ReadWrite) && file.setFileTime(QDateTime::currentDateTime().addSecs(-2 * 3600),
+                                                                        QFileDevice::FileModificationTime));
     }
     QStringList files(const RecordCopy &copy) const
     {
@@ -107,6 +120,23 @@ TEST(RecordCopies, AFailedCopySaysWhyAndTakesNoSpace)
     EXPECT_TRUE(damaged.make(CopyReason::daily, noon.addSecs(1)).failure.startsWith(u"addresses.sqlite: "_s));
     desk.copies.setFolder(desk.target);
 
+    ASSERT_TRUE(QDir(desk.folder.path()).mkdir(u"Copying-killed"_s)); // by a program that was killed a minute ago
+    {
+        QLockFile other(desk.path(u"copying.lock"_s));
+        ASSERT_TRUE(other.tryLock(0));
+        desk.age(u"copying.lock"_s);
+        EXPECT_EQ(desk.copies.setAside(noon).failure, u"another Parcelory copies the records"_s);
+        EXPECT_TRUE(QDir(desk.path(u"Copying-killed"_s)).exists());
+    }
+    desk.put(u"copying.lock"_s, ""); // of a program that cannot be told to be gone
+    desk.age(u"copying.lock"_s);
+    const RecordCopy aside = desk.copies.setAside(noon).copy;
+    EXPECT_FALSE(QDir(desk.path(u"Copying-killed"_s)).exists());
+    EXPECT_EQ(RecordCopies::headsOf(desk.copies.list()).size(), 1) << "nothing is replaced yet";
+    EXPECT_TRUE(desk.copies.markReplaced(aside, noon.addDays(-1)));
+    EXPECT_TRUE(RecordCopies::headsOf(desk.copies.list()).isEmpty());
+    desk.copies.discard(aside);
+
     CancelToken canceled;
     canceled.cancel();
     desk.copies.make(CopyReason::byHand, noon.addSecs(2), Progress(canceled));
@@ -114,7 +144,72 @@ TEST(RecordCopies, AFailedCopySaysWhyAndTakesNoSpace)
     EXPECT_EQ(desk.target.entryList(QDir::Dirs | QDir::NoDotAndDotDot).size(), 2);
 }
 
-TEST(LogMerge, TakesOverRefundsAlsoOfDeliveredLabelsAndOfLabelsWithAnotherId)
+TEST(RestoreStage, TheNextStartCompletesOnlyWhatWasBegunAndNotGivenUp)
+{
+    struct Case {
+        const char *name;
+        std::function<void(const LogFile &)> since; ///< the program was killed before it moved a file
+        bool isCompleted;
+        bool isLeft = false; ///< the folder
+    };
+    const Case cases[] = {
+        {"killed", [](const LogFile &) {}, true},
+        {"went on with the log", [](const LogFile &file) { file.put(u"mailing_log.sqlite"_s, "present, label"); },
+         false},
+        {"went on with the boxes", [](const LogFile &file) { file.put(u"box_profiles.json"_s, "[1]"); }, false},
+        {"gave up", [](const LogFile &file) { file.put(u"Restoring/restore.json"_s, ""); }, false},
+        {"killed while it deleted the folder",
+         [](const LogFile &file) {
+             file.put(u"mailing_log.sqlite"_s, "present, label");
+             QFile::remove(file.path(u"Restoring/box_profiles.json"_s));
+         },
+         false},
+        {"note cannot be read",
+         [](const LogFile &file) {
+             const QString note = file.path(u"Restoring/restore.json"_s);
+             EXPECT_TRUE(QFile::remove(note) && QDir().mkpath(note + u"/kept"_s));
+         },
+         false, true},
+    };
+    const LogFile copy;
+    Database(copy.path()).exec("CREATE TABLE shipments (id)");
+    for (const Case &row : cases) {
+        SCOPED_TRACE(row.name);
+        const LogFile file;
+        const QDir records(file.folder.path());
+        file.put(u"mailing_log.sqlite"_s, "present");
+        const QFileInfo log(file.path());
+        ASSERT_TRUE(records.mkdir(u"Restoring"_s) &&
+                    QFile::copy(copy.path(), file.path(u"Restoring/mailing_log.sqlite"_s)));
+        file.put(u"Restoring/box_profiles.json"_s, "[]");
+        file.put(u"Restoring/restore.json"_s,
+                 R"({"copyMadeAt": 816000000, "broughtBack": 3, "missing": 0, "replaced": [
+                     {"name": "mailing_log.sqlite", "bytes": 7, "changedAt": )" +
+                     QByteArray::number(log.lastModified().toMSecsSinceEpoch()) +
+                     R"(}, {"name": "box_profiles.json", "bytes": -1, "changedAt": 0}]})");
+        row.since(file);
+        EXPECT_EQ(RestoreStage::finishInterrupted(records).has_value(), row.isCompleted);
+        EXPECT_EQ(contentsOf(file.path()).startsWith("present"), !row.isCompleted);
+        EXPECT_EQ(records.exists(u"Restoring"_s), row.isLeft);
+    }
+
+    const LogFile file; // a copy without a log, whose first file cannot be moved
+    const QDir records(file.folder.path());
+    copy.put(u"box_profiles.json"_s, "[]");
+    QFile boxes(copy.path(u"box_profiles.json"_s));
+    ASSERT_TRUE(boxes.open(QIODevice::ReadOnly) && records.mkpath(u"box_profiles.json-shm"_s));
+    ASSERT_TRUE(records.mkdir(u"Restoring"_s));
+    file.put(u"Restoring/restore.json"_s, "{}"); // all files of an earlier restore are in place
+    {
+        RestoreStage stage(records);
+        EXPECT_EQ(stage.fill(QDir(copy.folder.path()), {{u"box_profiles.json"_s, 2, contentHash(boxes)}}), QString());
+        EXPECT_EQ(stage.commit({}), u"the files could not be moved"_s);
+        EXPECT_EQ(stage.rest(), RestoreStage::Rest::nothing);
+    }
+    EXPECT_FALSE(records.exists(u"Restoring"_s));
+}
+
+TEST(LogMerge, TakesOverRefundsAndDocumentsAlsoOfLabelsWithAnotherId)
 {
     struct Case {
         QStringList later; ///< statuses since the copy; each is an entry of the chain
@@ -136,6 +231,10 @@ TEST(LogMerge, TakesOverRefundsAlsoOfDeliveredLabelsAndOfLabelsWithAnotherId)
         }
         for (const QString &status : row.later)
             ASSERT_TRUE(log.setStatus(1, status) && log.setStatus(3, status));
+        const ShipmentRecord moved = rowOf(log, 1);
+        const QList<StoredFinding> findings = {{u"NAME"_s, {}, {}, {}, {}}, {u"ZIP"_s, {}, {}, {}, {}}};
+        ASSERT_TRUE(LabelHistory(log).addReprint(moved, noon) && LabelVerdicts::put(log, moved, findings) &&
+                    FetchedLabels::put(log, moved, "^XA^XZ") && log.storeCustomsPDF(moved, "%PDF"));
         for (int time = 0; time < 2; ++time) { // the last labels are merged after the first ones
             Database db(copied.path());
             EXPECT_EQ(LogMerge::bringBack(db, present.path(), {}).failure, QString());
@@ -145,7 +244,11 @@ TEST(LogMerge, TakesOverRefundsAlsoOfDeliveredLabelsAndOfLabelsWithAnotherId)
             EXPECT_EQ(copy.find({.id = id})->value().refund, row.refund);
         }
         EXPECT_EQ(copy.find({.id = 1})->value().status, log.find({.id = 2})->value().status);
-        EXPECT_EQ(copied.ask("SELECT count(*) FROM log_chain").value(0).toInt(), before + 2 * row.later.size());
+        EXPECT_EQ(LabelHistory(copy).of(2)->reprints, 1);
+        EXPECT_EQ(*LabelVerdicts::of(copy, 2), findings);
+        EXPECT_EQ(*FetchedLabels::of(copy, 2), "^XA^XZ");
+        EXPECT_EQ(*copy.customsPDF(2), "%PDF");
+        EXPECT_EQ(copied.ask("SELECT count(*) FROM log_chain").value(0).toInt(), before + 2 * row.later.size() + 1);
         EXPECT_TRUE(copy.verify()->findings.isEmpty());
     }
 }

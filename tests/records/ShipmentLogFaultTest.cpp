@@ -61,7 +61,7 @@ TEST(ShipmentLog, ReportsALostRowWhenTheLockIsNeverReleased)
     EXPECT_FALSE(log.insert(shipmentTo(u"Lost"_s)));
     EXPECT_GT(WaitingRoom::waited, 4500000); // it waited the full time
     EXPECT_TRUE(log.lastError().contains(u"locked"_s)) << log.lastError().toStdString();
-    EXPECT_FALSE(log.setStatus(1, u"REFUNDED"_s) || log.storeCustomsPDF(1, "%PDF"));
+    EXPECT_FALSE(log.setStatus(1, u"REFUNDED"_s) || log.storeCustomsPDF({.id = 1}, "%PDF"));
     EXPECT_TRUE(importFailure(log, file.path(u"log.txt"_s)).contains(u"database is locked"_s));
     ASSERT_TRUE(other.exec("ROLLBACK"));
     expectHealthy(file, log);
@@ -85,7 +85,7 @@ TEST(ShipmentLog, TellsAnUnreadableLogFromAMissingLabelAfterOneWait)
     LabelHistory history(log);
     const ScanForms forms(log);
     const QDateTime now = shipmentTo({}, 9).createdAt;
-    EXPECT_TRUE(history.addReprint(1, now));
+    EXPECT_TRUE(history.addReprint(rowOf(log, 1), now));
     EXPECT_TRUE(ScanForms(log).begin({.askedAt = now, .manifestId = {}, .transactions = {}}));
     const auto failureOf = [](const auto &read) { return read.isRead() ? u"read"_s : read.failure(); };
     const std::function<QString()> reads[] = {
@@ -239,7 +239,7 @@ TEST(ShipmentLog, KeepsRunningWithoutAUsableFile)
         testing::internal::CaptureStderr();
         ShipmentLog log(QDir(file.folder.path()));
         EXPECT_FALSE(log.insert(shipmentTo(u"Lost"_s))) << logged;
-        EXPECT_FALSE(log.setStatus(1, u"REFUNDED"_s) || log.storeCustomsPDF(1, "%PDF"));
+        EXPECT_FALSE(log.setStatus(1, u"REFUNDED"_s) || log.storeCustomsPDF({.id = 1}, "%PDF"));
         EXPECT_FALSE(log.zpl(1).isRead() || log.find({.id = 1}).isRead());
         EXPECT_NE(importFailure(log, file.path(u"log.txt"_s)), u"no failure"_s) << logged;
         EXPECT_TRUE(shown(log).isEmpty());

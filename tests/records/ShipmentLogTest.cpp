@@ -8,6 +8,8 @@
 
 #include <QBuffer>
 
+#include <future>
+
 namespace parcelory::test {
 namespace {
 
@@ -96,7 +98,7 @@ TEST_F(LogTest, HasNoDocumentForARowWithoutOneNorForAnUnknownRow)
         EXPECT_EQ(*log.zpl(id), std::nullopt);
         EXPECT_EQ(*log.customsPDF(id), std::nullopt);
     }
-    EXPECT_TRUE(log.storeCustomsPDF(1, "%PDF"));
+    EXPECT_TRUE(log.storeCustomsPDF(rowOf(log, 1), "%PDF"));
     EXPECT_EQ(shown(log).size(), 2);
     EXPECT_EQ(std::ranges::count(log.records(), true, &ShipmentRecord::hasCustomsPDF), 1) << "the list is read again";
     EXPECT_TRUE(log.setStatus(2, u"REFUND_PENDING"_s));
@@ -226,7 +228,8 @@ TEST_F(LogTest, KeepsTheRefundOfADeliveredParcel)
     const QStringList refunds = {u"none"_s, u"pending"_s, u"granted"_s, u"failed"_s};
     for (const Json &step : table(u"mailing-log"_s, "refund of a delivered parcel")) {
         const qsizetype refund = refunds.indexOf(text(step[0]));
-        EXPECT_TRUE(refund < 0 ? log.setStatus(1, text(step[0])) : log.setRefund(1, RefundState(refund))) << step;
+        EXPECT_TRUE(refund < 0 ? log.setStatus(1, text(step[0])) : log.setRefund(rowOf(log, 1), RefundState(refund)))
+            << step;
         EXPECT_EQ(row().status + u' ' + row().refund, text(step[1]) + u' ' + text(step[2])) << step;
         EXPECT_EQ(log.openRefunds(99, 50)->size(), step[3].get<bool>()) << step;
     }
@@ -268,6 +271,15 @@ TEST_F(LogTest, ReportsTheProgressOfAnExchangeAndCancelsIt)
 
     for (const Progress &end : {canceledAt(2), canceledAt(1)})
         EXPECT_TRUE(log.importEndiciaCSV(path(), KnownRows::import, end).isCanceled);
+    file.run("CREATE TABLE bulk (bytes BLOB); INSERT INTO bulk VALUES (zeroblob(8000000))"); // portions of a copy
+    bool isCanceled = false;
+    const Progress importing({}, [&](qint64, qint64) { // while the log is copied
+        isCanceled = std::async(std::launch::async, [&] {
+                         return log.importEndiciaCSV(path(), KnownRows::import, canceledAt(1)).isCanceled;
+                     }).get();
+    });
+    EXPECT_EQ(log.copyTo(file.path(u"copy.sqlite"_s), importing), QString());
+    EXPECT_TRUE(isCanceled);
     EXPECT_EQ(file.recipients(), QStringList());
     EXPECT_EQ(log.importEndiciaCSV(path(), KnownRows::import, tell).imported, 5000);
     const qint64 bytes = 5000 * mailLine("Ana").size();
@@ -297,6 +309,18 @@ TEST_F(LogTest, RejectsAFileThatIsNotText)
         EXPECT_THROW(log.importEndiciaCSV(file.path(name)), AppError) << name.toStdString();
     EXPECT_THROW(log.importEndiciaCSV(u"/proc/self/mem"_s), AppError) << "opens, but cannot be read";
     EXPECT_EQ(file.recipients(), QStringList());
+}
+
+TEST_F(LogTest, ALongImportSealsEveryRowAndKeepsTheIndexes)
+{
+    constexpr int lines = 2060; // fill neither the last portion nor its last statement
+    putLines(mailLine("Ana").repeated(lines));
+    EXPECT_EQ(log.importEndiciaCSV(path()).imported, lines);
+    const auto report = log.verify();
+    EXPECT_EQ(report->labels, lines);
+    EXPECT_TRUE(report->findings.isEmpty());
+    EXPECT_EQ(file.ask("SELECT count(*) FROM sqlite_master WHERE type = 'index' AND tbl_name = 'shipments'"),
+              QStringList(u"3"_s));
 }
 
 TEST_F(LogTest, TheIndexesChangeNothingButTheSpeed)

@@ -34,6 +34,12 @@ inline ShipmentRecord shipmentTo(const QString &recipient, int minute = 0)
     return {.createdAt = QDateTime(QDate(2026, 11, 20), QTime(14, minute)), .recipient = recipient};
 }
 
+/// The row with this id.
+inline ShipmentRecord rowOf(const ShipmentLog &log, qint64 id)
+{
+    return log.find({.id = id}).valueOr(std::nullopt).value_or(ShipmentRecord());
+}
+
 /// A transaction id in the carrier's format.
 inline QString transactionId(int number = 1)
 {

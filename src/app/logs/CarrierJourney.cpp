@@ -2,7 +2,6 @@
 
 #include "core/IsoDate.h"
 #include "core/Text.h"
-#include "records/LabelHistory.h"
 #include "records/StatusWords.h"
 
 #include <optional>
@@ -38,17 +37,8 @@ bool storeJourney(AppState &app, const ShipmentRecord &label, const ShippoTrackS
 {
     const QString told = answer.trackingStatus.value_or(ShippoTrackStatus::TrackingStatus()).status.value_or(QString());
     const QString word = told.isEmpty() ? wordOf(TrackingStatus::unknown) : told;
-    const TrackingStatus status = trackingStatusFrom(word);
-    return app.log.changeRow(label, [&](Database &db, qint64 id) {
-        const auto journeys = Journeys::among(db, {id});
-        if (!journeys)
-            return false;
-        const auto found = journeys->constFind(id);
-        const auto former = found == journeys->cend() ? std::optional<Journey>() : *found;
-        const bool isNew = !former || (former->status != status && status != TrackingStatus::unknown);
-        return Journeys::put(db, id, journeyOf(answer, former, now)) &&
-               (!isNew || LabelHistory::putTracked(db, id, word, now));
-    });
+    return Journeys::learn(app.log, label, word,
+                           [&](const std::optional<Journey> &former) { return journeyOf(answer, former, now); });
 }
 
 } // namespace parcelory

@@ -137,7 +137,7 @@ Task<bool> MailingLogScreen::carrierWasAsked(ShipmentRecord record)
         co_return false;
     QString unwritten;
     if (refund == RefundState::granted || refund == RefundState::failed)
-        unwritten = co_await write([id = record.id, refund](AppState &app) { return app.log.setRefund(id, *refund); });
+        unwritten = co_await write([record, refund](AppState &app) { return app.log.setRefund(record, *refund); });
     if (refund == RefundState::failed) // the row's status refers the clerk to the error log
         m_app.errors.record(u"Refund"_s, AppError(refundRefusal(record)), Popup::no);
     if (!unwritten.isEmpty())

@@ -8,7 +8,6 @@
 #include "core/Task.h"
 #include "core/ports/Preferences.h"
 #include "records/PurchaseJournal.h"
-#include "records/RefundNotes.h"
 #include "records/ShipmentLog.h"
 #include "records/ShipmentRecord.h"
 #include "records/ShipmentStatus.h"
@@ -146,10 +145,7 @@ Task<bool> RefundSync::store(ShipmentRecord record, RefundState refund)
 {
     const RefundState shown = refundState(record);
     if (refund != shown) {
-        const bool stored = co_await onPool([&log = m_app.log, record, refund] {
-            return log.changeRow(record,
-                                 [refund](Database &db, qint64 id) { return RefundNotes::putRefund(db, id, refund); });
-        });
+        const bool stored = co_await onPool(m_app.log, &ShipmentLog::setRefund, record, refund);
         if (!stored)
             co_return false;
     }

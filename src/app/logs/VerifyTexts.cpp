@@ -5,6 +5,8 @@
 #include <QLocale>
 #include <QStringList>
 
+#include <algorithm>
+
 namespace parcelory::VerifyTexts {
 using namespace Qt::StringLiterals;
 
@@ -40,14 +42,18 @@ QString labelOf(const LogChain::Finding &finding)
 QString summaryOf(const LogChain::Report &report)
 {
     const QLocale english(QLocale::English, QLocale::UnitedStates);
-    const qsizetype count = report.findings.size();
+    const qsizetype count = std::ranges::count_if(report.findings, [](const LogChain::Finding &finding) {
+        return finding.problem != LogChain::Problem::otherLog; // no entry was changed
+    });
+    if (count == 0 && !report.findings.isEmpty())
+        return u"The rows match their seals, but copies in the copies folder do not."_s;
     if (count == 0 && report.labels == 0)
         return u"The mailing log has no labels."_s;
     if (count == 0 && report.labels == 1)
         return u"The only label is as it was bought."_s;
     if (count == 0)
         return u"All %1 labels are as they were bought."_s.arg(english.toString(report.labels));
-    if (count >= LogChain::Walk::mostFindings)
+    if (report.findings.size() >= LogChain::Walk::mostFindings) // the walk lists no more
         return u"%1 or more entries were changed after buying:"_s.arg(english.toString(count));
     return count == 1 ? u"1 entry was changed after buying:"_s
                       : u"%1 entries were changed after buying:"_s.arg(english.toString(count));
@@ -71,6 +77,8 @@ QString sentenceOf(const LogChain::Finding &finding)
                    : u"The latest rows were removed together with their seals."_s;
     case LogChain::Problem::unsealed:
         return u"The seals of all rows were removed."_s;
+    case LogChain::Problem::otherLog:
+        return u"Some copies in the copies folder belong to another mailing log."_s;
     }
     return {};
 }

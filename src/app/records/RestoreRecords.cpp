@@ -28,12 +28,16 @@ public:
         const QString failure = replaceAll();
         if (failure.isEmpty())
             return {.state = State::restored, .failure = {}, .note = m_note};
-        if (m_stage.hasBegun())
+        if (m_stage.rest() == RestoreStage::Rest::begun)
             return {
                 .state = State::begun,
                 .failure =
                     u"Parcelory could not finish restoring the copy — %1. Restart Parcelory to finish."_s.arg(failure),
                 .note = m_note};
+        if (m_stage.rest() == RestoreStage::Rest::note)
+            return {.failure =
+                        u"The copy was not restored — %1. Nothing was changed, but the next start of Parcelory may "
+                        "restore the copy; today's records are kept among the copies."_s.arg(failure)};
         m_app.copies.discard(m_aside);
         return {.failure = u"The copy was not restored — %1. Nothing was changed."_s.arg(failure)};
     }
@@ -54,6 +58,8 @@ private:
             m_app.journal.takeOver(journal);
         m_app.senders.flush();
         m_app.boxes.flush();
+        if (!m_app.copies.markReplaced(m_aside, m_review.copy.madeAt))
+            return u"Parcelory can't set today's records aside: the copies folder can't be written"_s;
         return m_app.log.replaceFile(
             [this] { return takeLast(); },
             [this] { return m_app.addressBook.replaceFile([this] { return m_stage.commit(m_note); }); });
@@ -74,9 +80,8 @@ private:
     QString fillAndSetAside()
     {
         const CancelToken useless;
-        auto setAside = QtConcurrent::run(&workPool(), [this, useless] {
-            return m_app.copies.setAside(m_now, m_review.copy.madeAt, Progress(useless));
-        });
+        auto setAside =
+            QtConcurrent::run(&workPool(), [this, useless] { return m_app.copies.setAside(m_now, Progress(useless)); });
         const QString failure = m_stage.fill(m_copy, m_review.copy.files, part(0, 800));
         if (!failure.isEmpty())
             useless.cancel();

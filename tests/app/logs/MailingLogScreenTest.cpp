@@ -108,7 +108,7 @@ TEST_F(MailingLogScreenTest, ReprintsFromTheNearestCopyOfTheLabel)
 TEST_F(MailingLogScreenTest, OnlyTheSecondReprintOfALabelAsks)
 {
     const ShipmentRecord row = bought();
-    run(screen().reprintLast());
+    run(screen().last.reprint());
     EXPECT_EQ(printed(), 2);
     EXPECT_TRUE(prompts.questions.isEmpty());
     run(log.reprint(row)); // the clerk cancels
@@ -117,7 +117,7 @@ TEST_F(MailingLogScreenTest, OnlyTheSecondReprintOfALabelAsks)
     EXPECT_EQ(log.message.value(), QString());
     prompts.answer = 1;
     run(log.reprint(row));
-    run(screen().reprintLast());
+    run(screen().last.reprint());
     EXPECT_EQ(printed(), 4);
     EXPECT_TRUE(prompts.questions.last().text.contains(u"This label was reprinted 2 times, last on "_s));
 

@@ -99,8 +99,11 @@ struct Records : FakePlatform {
 TEST(KilledWithTheRecords, AtAnyPointTheNextStartFindsTheOldOrTheNewOnes)
 {
     const int asked = qEnvironmentVariableIntValue("PARCELORY_KILL_ROUNDS"), rounds = qMax(1, asked);
+    const QString only = qEnvironmentVariable("PARCELORY_KILL_WORK");
     Records records;
     for (const QString &work : {u"restore"_s, u"copy"_s, u"update"_s, u"import"_s}) {
+        if (!only.isEmpty() && work != only)
+            continue;
         const int steps = records.die(work, 0).split(' ').first().toInt();
         records.takeOver(work);
         EXPECT_GT(steps, work == u"import" ? 3 : 15);
@@ -117,7 +120,7 @@ TEST(KilledWithTheRecords, AtAnyPointTheNextStartFindsTheOldOrTheNewOnes)
                         qUtf8Printable(work), steps, records.kept, records.restored);
         std::fflush(stdout);
     }
-    EXPECT_GT(records.restored, 2) << "a restore that has begun to replace files is completed";
+    EXPECT_TRUE(records.restored > 2 || !only.isEmpty()) << "a restore that has begun to replace files is completed";
 }
 
 } // namespace parcelory::test

@@ -1,4 +1,5 @@
 #include "app/records/RecordsScreen.h"
+#include "app/logs/VerifyTexts.h"
 #include "support/LogFile.h"
 #include "support/MailingLogDesk.h"
 
@@ -122,6 +123,26 @@ TEST_F(RecordsScreenTest, CopiesBeforeAnImportAndAsksIfThatFails)
     onFailedCopy = 1;
     finish(log.importCSV());
     EXPECT_EQ(log.records().size(), 2) << "Cancel imports nothing";
+}
+
+TEST(VerifyTexts, SumUpOnlyWhatWasFound)
+{
+    struct Case {
+        qsizetype changed, ofOtherLogs;
+        QString summary;
+    };
+    const Case cases[] = {
+        {0, 0, u"All 1,200 labels are as they were bought."_s},
+        {0, 1, u"The rows match their seals, but copies in the copies folder do not."_s},
+        {1, 1, u"1 entry was changed after buying:"_s},
+        {999, 0, u"999 entries were changed after buying:"_s},
+        {999, 1, u"999 or more entries were changed after buying:"_s},
+    };
+    for (const Case &row : cases) {
+        LogChain::Report report{.labels = 1200, .findings = QList<LogChain::Finding>(row.changed)};
+        report.findings += QList<LogChain::Finding>(row.ofOtherLogs, {.problem = LogChain::Problem::otherLog});
+        EXPECT_EQ(VerifyTexts::summaryOf(report), row.summary);
+    }
 }
 
 TEST_F(RecordsScreenTest, VerifiesTheLogAgainstTheChainAndTheCopies)

@@ -1,6 +1,10 @@
 #include "app/label/LabelScreen.h"
 #include "app/records/RecordsScreen.h"
+#include "app/records/RestoreRecords.h"
 #include "app/records/RestoreTexts.h"
+#include "records/Journeys.h"
+#include "records/LabelHistory.h"
+#include "records/OpenItems.h"
 #include "support/FaultyDisk.h"
 #include "support/LabelDesk.h"
 #include "support/LogFile.h"
@@ -98,6 +102,10 @@ TEST_F(RestoreTest, BringsBackTheLabelsBoughtSinceAndSetsThePresentRecordsAside)
     buyLabel();
     buyLabel();
     EXPECT_TRUE(app->log.setStatus(1, u"REFUND_PENDING"_s));
+    const Journey journey{
+        .status = TrackingStatus::delivered, .isScanned = true, .movedAt = clock.now(), .askedAt = clock.now()};
+    EXPECT_TRUE(Journeys::learn(app->log, rowOf(app->log, 1), u"DELIVERED"_s, [&](const auto &) { return journey; }));
+    EXPECT_TRUE(OpenItems::setDone(app->log, rowOf(app->log, 1), OpenReason::returned, true));
     EXPECT_TRUE(app->log.insert(shipmentTo(u"Imported"_s)));
     EXPECT_TRUE(app->addressBook.upsert({.name = u"Bea"_s}));
     ann.city = u"Bend"_s;
@@ -126,7 +134,15 @@ TEST_F(RestoreTest, BringsBackTheLabelsBoughtSinceAndSetsThePresentRecordsAside)
     EXPECT_TRUE(records->restored.value().endsWith(u"— 2 labels brought back."_s))
         << records->restored.value().toStdString();
     expectAllBack();
-    EXPECT_EQ(app->log.find({.id = 1})->value().status, u"REFUND_PENDING"_s) << "the money is asked back all the same";
+    EXPECT_EQ(rowOf(app->log, 1).refund, u"REFUND_PENDING"_s) << "the money is asked back all the same";
+    EXPECT_EQ(rowOf(app->log, 1).status, u"DELIVERED"_s) << "the carrier is not asked again";
+    EXPECT_EQ(app->labelHistory.of(1)->tracked, TrackingStatus::delivered);
+    {
+        const Database log(logFile());
+        EXPECT_EQ(Journeys::among(log, {1})->value(1), journey);
+        Statement done(log, "SELECT reason FROM open_items_done WHERE shipment_id = 1");
+        EXPECT_TRUE(done.step() && done.text(0) == wordOf(OpenReason::returned));
+    } // it would keep a label from being stored
     EXPECT_EQ(app->addressBook.rows().size(), 1);
     EXPECT_EQ(app->boxes.profiles.value().size(), 1);
     EXPECT_EQ(app->journal.openPurchases().value(0).id, open);
@@ -238,6 +254,17 @@ TEST_F(RestoreTest, ChangesNothingIfItCannotBeCompleted)
     QFile inTheWay(copies.filePath(app->copies.setAsideName(clock.now()) + u".partial"_s));
     ASSERT_TRUE(inTheWay.open(QIODevice::WriteOnly));
     expectUnchanged(u"Parcelory can't set today's records aside: the copies folder can't be written"_s);
+    ASSERT_TRUE(inTheWay.remove());
+
+    openRestore();
+    const Progress locksNote({}, [this](qint64, qint64) { platform.dataFolder.mkpath(u"Restoring/restore.json/x"_s); });
+    EXPECT_EQ(
+        restoreRecords(*app, records->restore.review.value(), clock.now(), locksNote).failure,
+        u"The copy was not restored — the folder of the records can't be written. Nothing was changed, but the next "
+        "start of Parcelory may restore the copy; today's records are kept among the copies."_s);
+    EXPECT_EQ(app->copies.list().value(0).reason, u"beforeRestore"_s);
+    EXPECT_TRUE(QDir(file(u"Restoring"_s)).removeRecursively());
+    records->restore.close();
 
     openRestore();
     QFile copied(copies.filePath(records->selected.value() + u"/mailing_log.sqlite"_s));
