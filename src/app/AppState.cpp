@@ -27,15 +27,6 @@
 namespace parcelory {
 using namespace Qt::StringLiterals;
 
-const QList<MainTabInfo> &mainTabs()
-{
-    static const QList<MainTabInfo> table = {{MainTab::newLabel, u"New Label"_s},
-                                             {MainTab::mailingLog, u"My Mailing Log"_s},
-                                             {MainTab::masterLog, u"Master Log"_s},
-                                             {MainTab::settings, u"Settings"_s}};
-    return table;
-}
-
 AppState::AppState(Platform &host)
     : platform(host), errors(ErrorLog::shared()), completedRestore(RestoreStage::finishInterrupted(host.dataFolder)),
       sanitizer(host.deployment.storeNames), rules(host), credentials(host), auth(host), invoices(auth, sanitizer),
@@ -63,7 +54,6 @@ AppState::AppState(Platform &host)
     scanListener.onScan = [this](const QString &code) { handleInvoiceScan(code); };
     scanListener.onNoise = [this](const QString &heard) { reportScanNoise(heard); };
     scanListener.start();
-    m_scanFormWatch = scanFormStatus.addNotifier([this] { m_scanFormDay = platform.clock.now().date(); });
 }
 
 AppState::~AppState()
@@ -159,7 +149,7 @@ Task<> AppState::createScanForm(ShippoAddress from, ScanFormScope scope)
 
 QString AppState::scanFormNews() const
 {
-    return m_scanFormDay == platform.clock.now().date() ? scanFormStatus.value() : QString();
+    return m_scanForm->news();
 }
 
 Task<> AppState::syncRefundStatuses()

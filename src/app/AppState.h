@@ -3,6 +3,7 @@
 #include "addressbook/ContactsAddressProvider.h"
 #include "addressbook/LocalAddressStore.h"
 #include "app/LastChange.h"
+#include "app/MainTab.h"
 #include "backoffice/DesklineInvoiceFetcher.h"
 #include "backoffice/SavedCredentials.h"
 #include "carrier/ShippoClient.h"
@@ -29,8 +30,6 @@
 #include "records/ShipmentLog.h"
 #include "shell/ErrorLog.h"
 
-#include <QDate>
-#include <QProperty>
 #include <QSet>
 
 #include <functional>
@@ -38,18 +37,6 @@
 #include <optional>
 
 namespace parcelory {
-
-enum class AppFlow { login, main };
-
-/// The main window's tabs, in the order of the tab bar.
-enum class MainTab { newLabel, mailingLog, masterLog, settings };
-
-struct MainTabInfo {
-    MainTab tab;
-    QString title;
-};
-
-const QList<MainTabInfo> &mainTabs();
 
 /// Which of today's labels a SCAN form is requested for; the carrier decides in the end.
 enum class ScanFormScope {
@@ -87,8 +74,7 @@ public:
     Observed<bool> closing{this, false}; ///< the window closes when the purchase or SCAN form in progress is done
     Observed<QString> lastShipmentSummary{this}; ///< one line about the last label bought
     Observed<int> keyChanges{this, 0};           ///< counts key changes; rates from one key are not valid with another
-
-    Observed<int> copyCount{this, 0}; ///< counts copies of the records
+    Observed<int> copyCount{this, 0};            ///< counts copies of the records
 
     Observed<bool> scanFormBusy{this, false};
     Observed<QString> scanFormStatus{this};
@@ -205,8 +191,6 @@ signals:
     void scanFailed(const QString &text, bool isSessionOver);
 
 private:
-    QDate m_scanFormDay; ///< of scanFormStatus
-    QPropertyNotifier m_scanFormWatch;
     const std::unique_ptr<SignInFlow> m_signIn;
     const std::unique_ptr<InvoiceFlow> m_invoice;
     const std::unique_ptr<ScanFormFlow> m_scanForm;

@@ -26,11 +26,11 @@ Screens::Screens(AppState &app)
       activity(app, label, addressBook, mailingLog, updates), support(app, label, addressBook, keys, activity.trace),
       m_app(app)
 {
-    connect(&mailingLog, &MailingLogScreen::reprinted, &label, &LabelScreen::takeReprint);
+    connect(&mailingLog, &MailingLogScreen::reprinted, &label.last, &LastLabelCard::takeReprint);
     connect(&mailingLog, &MailingLogScreen::reprinted, &label.purchases, &Purchases::takeReprint);
     buildOn(app, signIn, addressBook, label, mailingLog, keys, masterLog, scanForm, endOfDay, settings, updates,
             records, rules, tracking, openItems, openLabel, handbook, support);
-    for (LabelPreview *place : {&label.preview, &mailingLog.preview, &settings.testLabel})
+    for (LabelPreview *place : {&label.last.preview, &mailingLog.preview, &settings.testLabel})
         connect(place, &LabelPreview::opened, this, [this, place] {
             openLabel.follow(*place);
             labelsOpened = labelsOpened + 1;
@@ -64,6 +64,8 @@ QString Screens::obstacleToRestore() const
 {
     if (label.busy || label.buying)
         return u"A purchase is in progress — restore the copy when it is done."_s;
+    if (label.purchases.checking || label.purchases.printing)
+        return u"A label is being checked or printed — restore the copy when it is done."_s;
     if (m_app.scanFormBusy)
         return u"A SCAN form is in progress — restore the copy when it is done."_s;
     if (addressBook.importing || mailingLog.busy || !m_app.refundsUnderWay.isEmpty())
@@ -133,7 +135,7 @@ void Screens::undoChange()
 void Screens::tellOverridden(const QStringList &names)
 {
     const QString text =
-        u"Another Parcelory window has also changed %1. This window's version was kept."_s.arg(names.join(u", "_s));
+        u"Another Parcelory window also changed %1. Parcelory kept this window's version."_s.arg(names.join(u", "_s));
     spawn([&prompts = m_app.platform.prompts, text] { return prompts.alert(u"Changed Twice"_s, text); });
 }
 

@@ -142,6 +142,10 @@ void PrintWatch::take(const QString &queue, int jobs, const PrinterReport &repor
 void PrintWatch::say()
 {
     notice = sentences([](const Followed &) { return true; });
+    QStringList labels;
+    for (const auto &[queue, followed] : m_followed)
+        labels += followed.ended ? QStringList() : followed.labels;
+    awaited = labels;
 }
 
 QString PrintWatch::noticeAbout(Paper paper) const

@@ -22,6 +22,7 @@ public:
 
     /// The text for the clerk; empty if there is no problem. Updated automatically.
     Observed<QString> notice{this};
+    Observed<QStringList> awaited{this}; ///< labels that a queue has accepted and that may still be in it
 
     /// The part of the notice that is about this paper's printer.
     QString noticeAbout(Paper paper) const;

@@ -32,6 +32,7 @@
 #include <QDialog>
 #include <QScreen>
 #include <QStackedWidget>
+#include <QTimer>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -54,21 +55,30 @@ QSize leastSizeIn(QSize room)
     return {width, std::max(lowestHeight, height)};
 }
 
+void showSettings(MainWindow &window, SettingsView::Page page)
+{
+    window.app().tab = MainTab::settings;
+    window.settingsView().showPage(page);
+}
+
 } // namespace
 
 MainWindow::MainWindow(AppState &app, Screens &screens, const QString &signInNote)
     : m_app(app), m_screens(screens), m_flows(new QStackedWidget), m_formsOpened(app.scanFormOpenTick),
-      m_labelsOpened(screens.labelsOpened), m_refresh([this] { refresh(); })
+      m_labelsOpened(screens.labelsOpened), m_start([this] { refreshStart(); })
 {
-    m_flows->addWidget(new SignInView(app, screens.signIn, signInNote));
-    m_flows->addWidget(makeMain());
+    auto *signIn = new SignInView(app, screens.signIn, signInNote);
+    signIn->installEventFilter(this);
+    m_flows->addWidget(signIn);
     setCentralWidget(m_flows);
     addWindowActions(*this);
     addHelpMenu(*this);
     setMinimumSize(leastSizeIn(screen()->availableSize()));
     restoreLayout();
-    m_refresh.follow(screens);
-    refresh();
+    connect(&screens.records, &RecordsScreen::attentionWanted, this,
+            [this] { showSettings(*this, SettingsView::Page::records); });
+    m_start.follow(screens);
+    refreshStart();
 }
 
 MainWindow::~MainWindow()
@@ -77,8 +87,21 @@ MainWindow::~MainWindow()
         delete window;
 }
 
-QWidget *MainWindow::makeMain()
+/// The tabs take longer to make than the sign-in page, and the clerk does not see them yet.
+bool MainWindow::eventFilter(QObject *watched, QEvent *event)
 {
+    if (event->type() == QEvent::Paint) {
+        watched->removeEventFilter(this);
+        QTimer::singleShot(0, this, [this] { makeMain(); });
+    }
+    return QMainWindow::eventFilter(watched, event);
+}
+
+/// Only once.
+void MainWindow::makeMain()
+{
+    if (m_tabs)
+        return;
     m_stripe = new ModeStripe;
     m_tabs = new QStackedWidget;
     m_label = new LabelView(m_app, m_screens.label, m_screens.addressBook, m_screens.keys, m_screens.settings);
@@ -97,19 +120,12 @@ QWidget *MainWindow::makeMain()
     rows->addWidget(m_tabs, 1);
     auto *strip = new StatusStrip(m_app, m_screens);
     rows->addWidget(strip);
-    connect(&m_screens.records, &RecordsScreen::attentionWanted, this, [this] {
-        m_app.tab = MainTab::settings;
-        m_settings->showPage(SettingsView::Page::records);
-    });
-    connect(strip, &StatusStrip::keysRequested, this, [this] {
-        m_app.tab = MainTab::settings;
-        m_settings->showPage(SettingsView::Page::keys);
-    });
-    connect(m_label, &LabelView::rulesRequested, this, [this] {
-        m_app.tab = MainTab::settings;
-        m_settings->showPage(SettingsView::Page::rules);
-    });
-    return main;
+    connect(strip, &StatusStrip::keysRequested, this, [this] { showSettings(*this, SettingsView::Page::keys); });
+    connect(m_label, &LabelView::rulesRequested, this, [this] { showSettings(*this, SettingsView::Page::rules); });
+    m_flows->addWidget(main);
+    m_refresh.emplace([this] { refresh(); });
+    m_refresh->follow(m_screens);
+    refresh();
 }
 
 QSize MainWindow::firstSize(QSize room)
@@ -122,6 +138,22 @@ void MainWindow::restoreLayout()
     const QByteArray geometry = read(m_app.platform.preferences, settings::windowGeometry);
     if (geometry.isEmpty() || !restoreGeometry(geometry))
         resize(firstSize(screen()->availableSize()));
+}
+
+void MainWindow::refreshStart()
+{
+    if (m_app.flow == AppFlow::main)
+        makeMain();
+    switch (m_screens.keys.mode) {
+    case PostageMode::test:
+        setWindowTitle(u"Parcelory — TEST MODE"_s);
+        break;
+    case PostageMode::practice:
+        setWindowTitle(u"Parcelory — PRACTICE MODE"_s);
+        break;
+    default:
+        setWindowTitle(u"Parcelory"_s);
+    }
 }
 
 void MainWindow::refresh()
@@ -137,16 +169,6 @@ void MainWindow::refresh()
     const bool changed = m_tabs->currentIndex() != tab;
     m_tabs->setCurrentIndex(tab);
     m_stripe->setMode(m_screens.keys.mode);
-    switch (m_screens.keys.mode) {
-    case PostageMode::test:
-        setWindowTitle(u"Parcelory — TEST MODE"_s);
-        break;
-    case PostageMode::practice:
-        setWindowTitle(u"Parcelory — PRACTICE MODE"_s);
-        break;
-    default:
-        setWindowTitle(u"Parcelory"_s);
-    }
     if ((entering || changed) && signedIn && m_app.tab == MainTab::newLabel && m_app.draftTo.value().isEmpty())
         m_label->focusStart();
     if (const int opened = m_app.scanFormOpenTick; std::exchange(m_formsOpened, opened) != opened)
@@ -159,7 +181,8 @@ void MainWindow::refresh()
 void MainWindow::showTab(MainTab tab)
 {
     m_app.tab = tab;
-    m_refresh.refreshNow();
+    makeMain();
+    m_refresh->refreshNow();
 }
 
 QWidget *MainWindow::makeWindow(const QString &identifier)

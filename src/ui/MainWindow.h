@@ -28,10 +28,11 @@ public:
     MainWindow(AppState &app, Screens &screens, const QString &signInNote = {});
     ~MainWindow() override; ///< deletes the secondary windows, which show the same models
 
-    LabelView &labelView() { return *m_label; }
-    MailingLogView &mailingLogView() { return *m_mailingLog; }
-    MasterLogView &masterLogView() { return *m_masterLog; }
-    SettingsView &settingsView() { return *m_settings; }
+    // The views of the tabs. A start makes them once the sign-in page is painted, or when the first caller asks.
+    LabelView &labelView() { return *made(m_label); }
+    MailingLogView &mailingLogView() { return *made(m_mailingLog); }
+    MasterLogView &masterLogView() { return *made(m_masterLog); }
+    SettingsView &settingsView() { return *made(m_settings); }
     AppState &app() { return m_app; }
     Screens &screens() { return m_screens; }
 
@@ -47,14 +48,22 @@ public:
 protected:
     void closeEvent(QCloseEvent *event) override;
     void changeEvent(QEvent *event) override;
+    bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
-    QWidget *makeMain();
+    void makeMain();
+    template <class View>
+    View *made(View *const &view)
+    {
+        makeMain();
+        return view;
+    }
     QWidget *makeWindow(const QString &identifier);
     QWidget *makeAddressBook();
     QWidget *makeEndOfDay();
     void bringToFront(QWidget *window);
     void closeWindowsOfSession();
+    void refreshStart();
     void refresh();
     void noteReasons();
     void finishClosing();
@@ -75,9 +84,10 @@ private:
         bool afterPurchase = false, afterForm = false;
     };
     std::optional<Closing> m_closing;
-    int m_formsOpened;  ///< AppState::scanFormOpenTick at the last opening
-    int m_labelsOpened; ///< Screens::labelsOpened at the last opening
-    RefreshScheduler m_refresh;
+    int m_formsOpened;                         ///< AppState::scanFormOpenTick at the last opening
+    int m_labelsOpened;                        ///< Screens::labelsOpened at the last opening
+    RefreshScheduler m_start;                  ///< what the sign-in page needs, too
+    std::optional<RefreshScheduler> m_refresh; ///< follows after the views: it acts on what they show
 };
 
 } // namespace parcelory

@@ -53,6 +53,7 @@ public:
 
 private:
     AppState &app() { return m_window.app(); }
+    LabelView &view() { return m_window.labelView(); } ///< made after the menus
     LabelScreen &label() { return m_window.screens().label; }
     MailingLogScreen &mailingLog() { return m_window.screens().mailingLog; }
     MasterLogScreen &masterLog() { return m_window.screens().masterLog; }
@@ -72,7 +73,7 @@ private:
     }
     /// The same, while no operation of the mailing log is in progress.
     std::optional<ShipmentRecord> idleChosen() { return mailingLog().busy ? std::nullopt : chosen(); }
-    bool hasLastLabel() { return isOn(MainTab::newLabel) && label().lastLabel.value().has_value(); }
+    bool hasLastLabel() { return isOn(MainTab::newLabel) && label().last.label.value().has_value(); }
 
     void add(QMenu *menu, const QString &text, const QKeySequence &keys, std::function<bool()> when,
              std::function<void()> run);
@@ -143,23 +144,22 @@ void Menus::addLabel()
     QMenu *menu = m_window.menuBar()->addMenu(u"&Label"_s);
     const auto here = [this] { return isOn(MainTab::newLabel); };
     const auto idle = [this, here] { return here() && !label().busy; };
-    LabelView &view = m_window.labelView();
     add(
         menu, u"Clear Form"_s, Qt::CTRL | Qt::Key_N, [this, here] { return here() && label().canClear(); },
-        [&view] { view.clear(); });
-    add(menu, u"Recipient"_s, Qt::CTRL | Qt::Key_L, here, [&view] { view.focusRecipient(); });
-    add(menu, u"Search the Address Book"_s, Qt::CTRL | Qt::Key_F, here, [&view] { view.focusAddressSearch(); });
+        [this] { view().clear(); });
+    add(menu, u"Recipient"_s, Qt::CTRL | Qt::Key_L, here, [this] { view().focusRecipient(); });
+    add(menu, u"Search the Address Book"_s, Qt::CTRL | Qt::Key_F, here, [this] { view().focusAddressSearch(); });
     add(menu, u"Invoice Number"_s, Qt::CTRL | Qt::Key_I, signedIn(), [this] {
         m_window.showTab(MainTab::newLabel);
-        m_window.labelView().focusInvoiceNumber();
+        view().focusInvoiceNumber();
     });
     add(
         menu, u"Validate Address"_s, Qt::CTRL | Qt::Key_K,
-        [this, idle] { return idle() && !label().recipient().isEmpty(); }, [&view] { view.validate(); });
+        [this, idle] { return idle() && !label().recipient().isEmpty(); }, [this] { view().validate(); });
     add(
         menu, u"Weigh"_s, Qt::CTRL | Qt::Key_G, [this, idle] { return idle() && app().scale.connected; },
         [this] { label().weigh(); });
-    add(menu, u"Get Rates"_s, Qt::CTRL | Qt::Key_R, idle, [&view] { view.getRates(); }); // or says what is missing
+    add(menu, u"Get Rates"_s, Qt::CTRL | Qt::Key_R, idle, [this] { view().getRates(); }); // or says what is missing
     add(
         menu, u"Insure for the Invoice"_s, Qt::CTRL | Qt::SHIFT | Qt::Key_I,
         [this, here] { return here() && label().isInsurable() && !label().buying; },
@@ -167,7 +167,7 @@ void Menus::addLabel()
     menu->addSeparator();
     add(
         menu, u"Buy && Print Label"_s, Qt::CTRL | Qt::Key_Return,
-        [this, here] { return here() && label().nextStep() == NextStep::buy; }, [&view] { view.buy(); });
+        [this, here] { return here() && label().nextStep() == NextStep::buy; }, [this] { view().buy(); });
     if (isMac)
         addProgram(menu);
 }
@@ -214,21 +214,21 @@ void Menus::addShipment(QMenu *menu)
         },
         [this] {
             if (hasLastLabel())
-                m_window.labelView().reprint();
+                view().reprint();
             else
                 spawn([this] { return mailingLog().reprint(*chosen()); });
         });
     add( // Space does it in the list and on the label's picture
         menu, u"Show Label"_s, {}, [this] { return chosen() || hasLastLabel(); },
-        [this] { (hasLastLabel() ? label().preview : mailingLog().preview).open(); });
+        [this] { (hasLastLabel() ? label().last.preview : mailingLog().preview).open(); });
     add(
         menu, u"Customs Docs"_s, Qt::CTRL | Qt::SHIFT | Qt::Key_D,
         [this] {
-            return hasLastLabel() ? label().hasLastCustoms() && !label().busy : idleChosen() && chosen()->isIntl;
+            return hasLastLabel() ? label().last.hasCustoms() && !label().busy : idleChosen() && chosen()->isIntl;
         },
         [this] {
             spawn([this] {
-                return hasLastLabel() ? label().reprintLastCustoms() : mailingLog().reprintCustoms(*chosen());
+                return hasLastLabel() ? label().last.reprintCustoms() : mailingLog().reprintCustoms(*chosen());
             });
         });
     add(
@@ -244,11 +244,11 @@ void Menus::addTracking(QMenu *menu)
             const auto record = chosen();
             const auto entry = chosenEntry();
             return (record && !record->tracking.isEmpty()) || (entry && !entry->tracking.isEmpty()) ||
-                   (hasLastLabel() && label().canCopyLastTracking());
+                   (hasLastLabel() && label().last.hasTracking());
         },
         [this] {
             if (hasLastLabel())
-                label().copyLastTracking();
+                label().last.copyTracking();
             else if (const auto entry = chosenEntry())
                 masterLog().copyTracking(*entry);
             else
@@ -316,9 +316,9 @@ void Menus::addView()
     }
     menu->addSeparator();
     const auto here = [this] { return isOn(MainTab::newLabel); };
-    add(menu, u"Sidebar"_s, Qt::CTRL | Qt::Key_B, here, [this] { m_window.labelView().toggleSidebar(); });
-    add(menu, u"Next Region"_s, Qt::Key_F6, here, [this] { m_window.labelView().focusRegion(+1); });
-    add(menu, u"Previous Region"_s, Qt::SHIFT | Qt::Key_F6, here, [this] { m_window.labelView().focusRegion(-1); });
+    add(menu, u"Sidebar"_s, Qt::CTRL | Qt::Key_B, here, [this] { view().toggleSidebar(); });
+    add(menu, u"Next Region"_s, Qt::Key_F6, here, [this] { view().focusRegion(+1); });
+    add(menu, u"Previous Region"_s, Qt::SHIFT | Qt::Key_F6, here, [this] { view().focusRegion(-1); });
     if (isMac) // the system adds its own entry for the full screen
         return;
     menu->addSeparator();

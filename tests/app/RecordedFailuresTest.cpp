@@ -69,7 +69,7 @@ struct Desk : CarrierDesk {
     void reprintStoredPapers()
     {
         const ShipmentRecord record = logged();
-        EXPECT_TRUE(app.log.storeCustomsPDF(record.id, "%PDF-1.4\n%%EOF\n"));
+        EXPECT_TRUE(app.log.storeCustomsPDF(record, "%PDF-1.4\n%%EOF\n"));
         run(log.reprintCustoms(record));
     }
     void printFound()
@@ -217,13 +217,13 @@ TEST(RecordedFailures, OfTheLabelScreen)
 {
     const Step validate = does(&Screens::label, &LabelScreen::validate);
     const Step printInvoice = does(&Screens::label, &LabelScreen::printIntlInvoice);
-    const Step reprint = does(&Screens::label, &LabelScreen::reprintLast);
+    const Step reprint = [](Desk &desk) { desk.run(desk.label.last.reprint()); };
     const Step noise = [](Desk &desk) { desk.app.scanListener.onNoise(u"0123456789"_s); };
     const Step resume = [](Desk &desk) { desk.run(desk.label.purchases.resume()); };
     const Step zebraFails = toolFails(u"ZD421"_s, 1), laserFails = toolFails(u"Laser"_s, 1);
     const Shown verdict = [](Desk &desk) { return desk.label.validationStatus.value(); };
     const Shown warning = [](Desk &desk) { return desk.label.secondLabel.value(); };
-    const Shown lastLabel = [](Desk &desk) { return desk.label.lastLabel.value()->message; };
+    const Shown lastLabel = [](Desk &desk) { return desk.label.last.label.value()->message; };
     const Shown found = [](Desk &desk) { return desk.label.purchases.resolved.value().first().text; };
     const Shown scanned = [](Desk &desk) { return desk.app.scanStatus.value(); };
     const QByteArray unknown = R"({"validation_results": {"is_valid": false, "messages": [{"text": "Unknown."}]}})";

@@ -144,7 +144,7 @@ TEST_F(PrintCertaintyTest, EveryPrinterFaultIsReportedAndLosesNoLabel)
         EXPECT_THAT(banner().toStdString(), HasSubstr(shown));
         EXPECT_EQ(app->log.records().size(), ++rows) << "a print problem leaves the purchase complete";
         prompts.answer = 1;
-        run(screen().reprintLast());
+        run(screen().last.reprint());
         if (waiting > 0)
             EXPECT_TRUE(prompts.questions.last().text.contains(u"1 label is still waiting on "_s));
         noticeAfter(nextLook);
@@ -156,6 +156,24 @@ TEST_F(PrintCertaintyTest, EveryPrinterFaultIsReportedAndLosesNoLabel)
         EXPECT_EQ(screen().news(), screen().banner.value());
         EXPECT_EQ(printed(), papers += waiting);
     }
+}
+
+TEST_F(PrintCertaintyTest, ALabelReprintedBesideTheNextParcelStaysUntilItIsOut)
+{
+    constexpr std::chrono::seconds nextLook(10);
+    printer.setFault(PrinterFault::paused);
+    composeAndRate(homeAddress());
+    buy();
+    app->draftTo = londonAddress();
+    printer.setFault(PrinterFault::outOfLabels);
+    run(screen().last.reprint());
+    EXPECT_TRUE(screen().last.label.value());
+    noticeAfter(nextLook);
+    noticeAfter(nextLook);
+    EXPECT_FALSE(screen().news()->ok);
+    printer.setFault(PrinterFault::none);
+    noticeAfter(nextLook);
+    EXPECT_FALSE(screen().last.label.value());
 }
 
 TEST_F(PrintCertaintyTest, ALabelFor300DpiIsCutWithOneWarning)

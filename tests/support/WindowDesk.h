@@ -25,11 +25,13 @@ struct WindowDesk : CarrierDesk {
     Platform world;
     std::unique_ptr<Program> program;
 
-    /// `log`: what the mailing log's file holds at the start.
-    explicit WindowDesk(bool practice = false, const QByteArray &log = {})
+    /// `log`: what the mailing log's file holds at the start. `backOffice`: a server that can be reached.
+    explicit WindowDesk(bool practice = false, const QByteArray &log = {}, const QUrl &backOffice = {})
         : world(with({.prompts = &windowPrompts, .keyboard = &windowKeyboard, .web = {}}))
     {
         world.practice = practice;
+        if (!backOffice.isEmpty())
+            world.deployment.backOffice = backOffice;
         clock.start = QDateTime::currentDateTime(); // the practice carrier uses the real date
         preferences.setValue(QStringLiteral("printer.zebraQueue"), QStringLiteral("ZD421"));
         processes.behave = [](const QString &, const QStringList &arguments) {

@@ -77,6 +77,10 @@ TEST(AddressBookPane, EditsDeletesAndUndoesADeletion)
         desk.click(desk.button(choice, question));
         desk.window().activateWindow();
     };
+    desk.book.importing = true;
+    desk.press(Qt::Key_Delete);
+    EXPECT_FALSE(QApplication::activeModalWidget()) << "nothing is deleted during an import";
+    desk.book.importing = false;
     answer(u"Keep the Address"_s);
     EXPECT_EQ(desk.chosen(), u"Paula Zabel");
     answer(u"Delete"_s);
@@ -159,9 +163,10 @@ TEST(AddressBookPane, OffersExportsAndUndoesALabelsChangeInTheStrip)
     desk.settleAll();
     EXPECT_TRUE(desk.named(desk.book.changeText())->isVisible());
     EXPECT_EQ(desk.book.contacts().size(), 12);
+    const auto *undo = desk.button(u"Undo"_s, &desk.window().labelView().addressBook());
     desk.click(desk.named<Button>(u"Undo the change in the address book"_s));
     desk.wait([&] { return desk.book.contacts()[0].phone != changed.phone; });
-    EXPECT_FALSE(desk.book.canUndo());
+    EXPECT_FALSE(desk.book.canUndo() || undo->isVisible());
 
     const auto *exports = desk.named<Button>(u"Export Address Book"_s);
     EXPECT_TRUE(exports->isEnabled());

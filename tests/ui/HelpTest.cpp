@@ -2,6 +2,8 @@
 #include "support/UiTest.h"
 #include "ui/MainWindow.h"
 
+#include <QFileDialog>
+
 namespace parcelory::test {
 
 struct Help : testing::Test, WindowDesk {
@@ -32,6 +34,37 @@ TEST_F(Help, OpensTheHandbookAtTheMessageOfAnAlert)
     for (const Button *offered : dialog()->findChildren<Button *>())
         EXPECT_NE(offered->text(), u"Help"_s);
     dialog()->accept();
+}
+
+TEST_F(Help, ListsEveryShortcutOfTheWindowAndFilePanelsShowTheirKindOfFileFirst)
+{
+    window().menuBar()->actions().last()->menu()->actions()[1]->trigger();
+    Dialog *overview = dialog();
+    int listed = 0;
+    for (const QAction *action : window().findChildren<QAction *>()) {
+        if (action->shortcut().isEmpty())
+            continue;
+        const QString text = action->text().replace(u"&&"_s, u"+"_s).remove(u'&').replace(u'+', u'&');
+        EXPECT_TRUE(shows(*overview, action->shortcut().toString(QKeySequence::NativeText)) && shows(*overview, text))
+            << text.toStdString();
+        ++listed;
+    }
+    EXPECT_GT(listed, 20);
+    overview->accept();
+    settleAll();
+
+    const auto filtersOf = [this](const Task<QString> &) {
+        auto *panel = qobject_cast<QFileDialog *>(QApplication::activeModalWidget());
+        const QStringList filters = panel ? panel->nameFilters() : QStringList();
+        if (panel)
+            panel->reject();
+        settleAll();
+        return filters;
+    };
+    EXPECT_EQ(filtersOf(windowPrompts.openFile(u"Open"_s, u"vCard files (*.vcf)"_s)),
+              QStringList({u"vCard files (*.vcf)"_s, u"All files (*)"_s}));
+    EXPECT_EQ(filtersOf(windowPrompts.saveFile(u"Save"_s, u"Log.csv"_s)),
+              QStringList({u"CSV files (*.csv)"_s, u"All files (*)"_s}));
 }
 
 } // namespace parcelory::test

@@ -36,7 +36,7 @@ TEST(LabelFlow, AParcelIsShippedWithoutTheMouse)
     desk.press(Qt::Key_Return, Qt::ControlModifier);
     desk.idle();
     EXPECT_TRUE(desk.label().banner.value()->text.startsWith(u"Success! Priority Mail to Eleanor Whitfield, $"_s));
-    EXPECT_TRUE(desk.processes.lastPrinted().startsWith("^XA") && desk.label().lastLabel.value());
+    EXPECT_TRUE(desk.processes.lastPrinted().startsWith("^XA") && desk.label().last.label.value());
     EXPECT_EQ(desk.focusName(), u"Recipient name");
     EXPECT_EQ(desk.purchases(), 1);
     desk.press(Qt::Key_C, Qt::ControlModifier | Qt::ShiftModifier);
@@ -58,9 +58,9 @@ TEST(LabelFlow, AnAddressOfTheBookIsBoughtInFourGestures)
     desk.clock.advance(LabelScreen::buyPause);
     desk.press(Qt::Key_Return, Qt::ControlModifier);
     desk.idle();
-    ASSERT_TRUE(desk.label().lastLabel.value());
+    ASSERT_TRUE(desk.label().last.label.value());
     EXPECT_EQ(desk.purchases(), 1);
-    const QString bought = desk.label().lastLabel.value()->record.transactionID;
+    const QString bought = desk.label().last.label.value()->record.transactionID;
     const MailingLogScreen &log = desk.program->screens().mailingLog;
     desk.wait([&] { return log.selectedRecord().has_value(); });
     EXPECT_EQ(log.selectedRecord()->transactionID, bought) << "the newest row is selected";
@@ -205,6 +205,7 @@ TEST(LabelFlow, TheWindowRespondsWhileCarrierAndPrintToolAreSlow)
     EXPECT_TRUE(desk.window().isVisible());
     desk.settleAll();
     EXPECT_TRUE(shows(desk.window(), u"Buying and printing the label — Parcelory closes when it is done."_s));
+    EXPECT_TRUE(shows(desk.window(), u"Parcelory closes when the purchase is done."_s));
     printed.release();
     desk.idle();
     EXPECT_EQ(desk.app().log.records().size(), 1);

@@ -116,17 +116,17 @@ TEST_F(LabelPreviewTest, ABoughtLabelIsSeenOnTheCardAndInItsWindow)
     wait([this] { return label().selectedRate() && !label().busy; });
     clock.advance(LabelScreen::buyPause);
     spawn([this] { return label().buyAndPrint(); });
-    wait([this] { return !label().buying && label().lastLabel.value(); });
-    LabelPreview &preview = label().preview;
+    wait([this] { return !label().buying && label().last.label.value(); });
+    LabelPreview &preview = label().last.preview;
     drawn(preview);
     ASSERT_EQ(state(preview), State::drawn);
     EXPECT_EQ(LabelVerdictTexts::lineOf(preview.sight.value().verdict), u"Address and tracking match the label ✓"_s);
 
     QWidget *card = thumbnailCard();
-    std::optional<LastLabel> abroad = label().lastLabel;
+    std::optional<LastLabel> abroad = label().last.label;
     abroad->record.isIntl = true;
     abroad->message = u"Customs docs sent to the printer."_s;
-    label().lastLabel = abroad;
+    label().last.label = abroad;
     for (const QSize &size : {QSize(1280, 757), window().minimumSize()}) {
         window().resize(size);
         settleAll();

@@ -41,6 +41,12 @@ TEST(LabelState, EveryButtonIsOffUntilItCanAct)
     EXPECT_FALSE(buy->isEnabled()) << "in the same event";
     desk.label().busy = false;
     EXPECT_TRUE(buy->isEnabled());
+    desk.label().secondLabel = u"A label was bought today."_s;
+    desk.settleAll();
+    EXPECT_EQ(buy->text(), u"Bought Already — Buy Again?");
+    desk.label().secondLabelAgreed = true;
+    desk.settleAll();
+    EXPECT_EQ(buy->text(), u"Buy a Second Label");
     for (const char *text :
          {"Buy && Print Label", "Clear Form", "Get Rates", "Reprint", "SCAN Form", "Validate Address"})
         EXPECT_FALSE(actionOf(desk.window(), QString::fromLatin1(text))->autoRepeat()) << text;
@@ -83,13 +89,14 @@ TEST(LabelState, ALabelThatDidNotComeOutIsAmberUntilItIsReprinted)
         if (isExpired)
             desk.carrier.setScenario({.labelAnswer = LabelAnswer::expired});
         else
-            desk.processes.behave = failingPrinter("no paper");
+            desk.processes.behave = failingPrinter("no paper\n");
         const auto failed = [&] {
             const std::optional<Banner> banner = desk.label().banner;
             EXPECT_TRUE(banner && !banner->ok && banner->text.contains(u"(print failed: "_s));
             EXPECT_EQ(desk.focusName(), u"Reprint");
             EXPECT_EQ(desk.solidButtons(), QStringList{u"Reprint"_s});
             EXPECT_TRUE(shows(desk.window(), u"Bought, not printed"_s));
+            EXPECT_FALSE(desk.label().last.label.value()->message.contains(u'\n'));
         };
         desk.press(Qt::Key_Return, Qt::ControlModifier);
         desk.idle();
@@ -106,9 +113,9 @@ TEST(LabelState, ALabelThatDidNotComeOutIsAmberUntilItIsReprinted)
         }
         desk.wait([&] { return desk.focusName() == u"Reprint"; });
         failed();
-        const QString reason = desk.label().lastLabel.value()->message;
+        const QString reason = desk.label().last.label.value()->message;
         desk.press(Qt::Key_C, Qt::ControlModifier | Qt::ShiftModifier);
-        EXPECT_EQ(desk.label().lastLabel.value()->message, reason) << "the card says why it was not printed";
+        EXPECT_EQ(desk.label().last.label.value()->message, reason) << "the card says why it was not printed";
         EXPECT_TRUE(desk.label().banner.value()->text.startsWith(u"Copied tracking 9"_s));
         desk.carrier.setScenario({});
         desk.processes.behave = nullptr;
@@ -125,7 +132,7 @@ TEST(LabelState, ALabelThatDidNotComeOutIsAmberUntilItIsReprinted)
             desk.idle();
         }
         EXPECT_EQ(desk.label().banner.value(), (Banner{u"Label sent to ZD421."_s, true}));
-        EXPECT_TRUE(desk.label().lastLabel.value()->isPrinted);
+        EXPECT_TRUE(desk.label().last.label.value()->isPrinted);
         EXPECT_EQ(desk.focusName(), u"Recipient name");
         EXPECT_EQ(desk.solidButtons(), QStringList());
         EXPECT_EQ(desk.purchases(), 1);
@@ -163,12 +170,12 @@ TEST(LabelState, AnUnresolvedPurchaseIsResolvedByHandOnlyIfAskingMayNotHelp)
         pending.isUnlogged = unlogged;
         desk.label().purchases.unresolved = QList{pending};
         desk.settleAll();
-        return offers(desk.window(), u"It was not bought"_s);
+        return offers(desk.window(), u"It Was Not Bought"_s);
     };
     EXPECT_FALSE(offered(false, false) || offered(true, true));
     EXPECT_TRUE(offered(true, false));
-    for (const auto &[text, title] : {std::pair{u"It was not bought"_s, u"This Label Was Not Bought?"_s},
-                                      std::pair{u"I have the label"_s, u"You Have This Label?"_s}}) {
+    for (const auto &[text, title] : {std::pair{u"It Was Not Bought"_s, u"This Label Was Not Bought?"_s},
+                                      std::pair{u"I Have the Label"_s, u"You Have This Label?"_s}}) {
         desk.click(desk.button(text));
         Dialog *question = desk.dialog();
         EXPECT_EQ(question->windowTitle(), title);

@@ -130,8 +130,10 @@ TEST_F(LogViewsTest, OpenItemsAreUsedFromTheKeyboard)
                                 .transactionID = QString(32, u'b')};
     const qint64 first = app.log.records().size() + 1;
     ASSERT_TRUE(app.log.insert(label) && app.log.insert(unused));
-    ASSERT_TRUE(Journeys::put(app.log, first, {.isScanned = true, .askedAt = clock.now()}) &&
-                Journeys::put(app.log, first + 1, {.askedAt = clock.now()}));
+    ASSERT_TRUE(app.log.change([&](Database &db) {
+        return Journeys::put(db, first, {.isScanned = true, .askedAt = clock.now()}) &&
+               Journeys::put(db, first + 1, {.askedAt = clock.now()});
+    }));
     items.isShown = true;
     runTask(items.start());
     auto *list = view.findChild<OpenItemsTable *>();

@@ -1,4 +1,5 @@
 #include "practice/PracticeDay.h"
+#include "support/OtherValues.h"
 #include "support/UiTest.h"
 #include "ui/parts/WindowSize.h"
 #include "ui/theme/Theme.h"
@@ -163,7 +164,8 @@ TEST(Look, NothingIsClippedInTheSmallestWindow)
     desk.clock.advance(LabelScreen::buyPause);
     desk.press(Qt::Key_Return, Qt::ControlModifier);
     desk.idle();
-    ASSERT_TRUE(desk.label().hasLastCustoms());
+    desk.settleAll(); // the purchase ends before the window is laid out
+    ASSERT_TRUE(desk.label().last.hasCustoms());
     EXPECT_EQ(clippedTexts(desk.window()), QStringList());
     EXPECT_EQ(squeezedParts(desk.window().labelView()), QStringList());
     desk.compose(londonAddress());
@@ -175,6 +177,14 @@ TEST(Look, NothingIsClippedInTheSmallestWindow)
     desk.label().carrier = Carrier::usps;
     desk.composeAndRate(homeAddress());
     EXPECT_EQ(clippedTexts(desk.window()), QStringList());
+    LastLabel unprinted = other(LastLabel());
+    unprinted.isPrinted = false;
+    unprinted.message = u"The queue ZD421 did not take the label: lpr: Error - no default destination available."_s;
+    desk.label().last.label = unprinted; // beside the rates, with the warning of a second label
+    desk.settleAll();
+    EXPECT_TRUE(desk.button(u"Reprint"_s)->isVisible() && desk.button(u"Dismiss"_s)->isEnabled());
+    EXPECT_EQ(clippedTexts(desk.window()), QStringList());
+    EXPECT_EQ(squeezedParts(desk.window().labelView()), QStringList());
     desk.app().senders.profiles = QList<SenderProfile>{{.name = u"Bullion Vault"_s}};
     desk.settleAll();
     EXPECT_EQ(clippedTexts(desk.window()), QStringList());

@@ -188,7 +188,9 @@ TEST(OpenWindow, AButtonThatWouldDoNothingIsOffAndSaysWhy)
     OpenWindowDesk desk;
     desk.compose();
     desk.app().draftTo = londonAddress();
-    desk.label().lastLabel = other(LastLabel());
+    LastLabel unprinted = other(LastLabel());
+    unprinted.isPrinted = false;
+    desk.label().last.label = unprinted;
     desk.label().purchases.unresolved = QList{other(UnresolvedPurchase())};
     const auto expect = [&desk](const QString &text, bool on) {
         desk.rest();
@@ -197,10 +199,13 @@ TEST(OpenWindow, AButtonThatWouldDoNothingIsOffAndSaysWhy)
         EXPECT_EQ(button->toolTip().isEmpty(), on) << text.toStdString();
     };
     const QStringList onTheForm = {u"Check again"_s, u"Reprint"_s, u"Print Invoice"_s};
+    desk.rest();
+    desk.button(u"Reprint"_s)->setFocus();
     for (const bool busy : {true, false}) {
         desk.label().busy = busy;
         for (const QString &text : onTheForm)
             expect(text, !busy);
+        EXPECT_EQ(desk.window().focusWidget(), desk.window().findChild<RatesPanel *>()->parentWidget());
     }
     desk.label().purchases.checking = true;
     expect(onTheForm.first(), false);

@@ -66,7 +66,7 @@ struct PlainTextDesk : WindowDesk {
         label().rates = QList{offered};
         label().selectedRateID = u"r1"_s;
         label().banner = Banner{longName, false};
-        label().lastLabel = LastLabel{name, record, name};
+        label().last.label = LastLabel{name, record, name};
         label().purchases.unresolved = QList{UnresolvedPurchase{
             .purchase = {.id = 7, .keyName = u"gone"_s, .recipient = address, .record = record}, .text = name}};
         label().purchases.resolved = QList{ResolvedPurchase{.recipient = address, .record = record, .text = name}};

@@ -1,5 +1,8 @@
+#include "backoffice/DesklineAuth.h"
+#include "practice/backoffice/PracticeBackOffice.h"
 #include "support/UiTest.h"
 
+#include <QMenu>
 #include <QPlainTextEdit>
 #include <QSpinBox>
 #include <QVBoxLayout>
@@ -10,6 +13,8 @@ namespace parcelory::test {
 namespace {
 
 struct ScannerDesk : WindowDesk {
+    explicit ScannerDesk(const QUrl &backOffice = {}) : WindowDesk(false, {}, backOffice) {}
+
     void typeAt(std::chrono::milliseconds spacing, const QString &text, QWidget *top)
     {
         for (const QChar letter : text) {
@@ -74,8 +79,18 @@ TEST(Scanner, LeavesEveryKindOfFieldUnchanged)
             EXPECT_EQ(password->cursorPosition(), 2);
         EXPECT_EQ(line->text() + password->text() + text->toPlainText() + spin->text(), u"Eleanorsecrettwo\nlines12");
     }
+    QMenu menu;
+    menu.addAction(u"&Help"_s, [&] { ++pressed; }); // the code begins with its letter
+    line->setFocus();
+    menu.popup(other.pos());
+    desk.scan(&other);
+    menu.close();
     EXPECT_EQ(pressed, 0);
     EXPECT_EQ(edited, 2); // the field reported the restored text as an edit
+    button->setFocus();
+    desk.typeAt(35ms, u"a "_s, &other);
+    desk.clock.advance(1s);
+    EXPECT_EQ(pressed, 1) << "the held blank is pressed and released";
 
     line->setFocus();
     line->clear();
@@ -124,6 +139,29 @@ TEST(Scanner, WorksInTheMainWindowWithAnyFocus)
     EXPECT_EQ(desk.app().draftTo.value().name, u"Zoe");
     desk.scan(&desk.window());
     EXPECT_EQ(desk.app().draftTo.value().name, u"Zoe");
+}
+
+TEST(Scanner, AScannedParcelIsBoughtInTwoGestures)
+{
+    const PracticeBackOffice office;
+    ScannerDesk desk(office.baseUrl());
+    desk.web.answer = [](const QString &script) -> QVariant {
+        if (script == DesklineAuth::loginFormProbe)
+            return false;
+        return script.startsWith(u"document.readyState"_s)
+                   ? QVariant(true)
+                   : uR"({"fields": {"Name": "Eleanor Whitfield", "Address": "418 Montford Ave Apt 3B",
+                                     "City": "Asheville, NC", "Zip": "28801"}})"_s;
+    };
+    desk.label().weightLb = u"1"_s; // from the scale
+    desk.label().mailpiece = PresetMailpiece{u"uline-s-5148"_s};
+    desk.scan(&desk.window());
+    desk.wait([&desk] { return !desk.label().rates.value().isEmpty() && !desk.label().busy; });
+    desk.clock.advance(LabelScreen::buyPause);
+    desk.press(Qt::Key_Return, Qt::ControlModifier);
+    desk.idle();
+    EXPECT_EQ(desk.purchases(), 1);
+    EXPECT_TRUE(desk.app().log.records().first().recipient.startsWith(u"Eleanor Whitfield"_s));
 }
 
 } // namespace

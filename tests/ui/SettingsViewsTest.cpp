@@ -228,10 +228,18 @@ TEST_F(SettingsViews, RestoreIsAskedAboutAndDamageLeadsToIt)
         EXPECT_EQ(records.restored.value(), QString()) << "Return leaves the records alone";
         EXPECT_FALSE(records.restore.canRestore());
     }
-    app().scanFormBusy = true;
-    click(button(u"Restore…"_s, &view()));
-    EXPECT_EQ(records.message.value(), u"A SCAN form is in progress — restore the copy when it is done."_s);
-    app().scanFormBusy = false;
+    Purchases &purchases = program->screens().label.purchases;
+    const std::pair<Observed<bool> &, QString> obstacles[] = {
+        {program->screens().label.busy, u"A purchase is in progress"_s},
+        {app().scanFormBusy, u"A SCAN form is in progress"_s},
+        {purchases.checking, u"A label is being checked or printed"_s},
+        {purchases.printing, u"A label is being checked or printed"_s}};
+    for (const auto &[isBusy, work] : obstacles) {
+        isBusy = true;
+        click(button(u"Restore…"_s, &view()));
+        EXPECT_EQ(records.message.value(), work + u" — restore the copy when it is done."_s);
+        isBusy = false;
+    }
 }
 
 } // namespace parcelory::test

@@ -78,6 +78,7 @@ TEST(Typing, DigitsChooseTheGoodsAndTheValueIsCompared)
     desk.press(Qt::Key_K, Qt::ControlModifier);
     QWidget *sheet = desk.dialog();
     desk.clock.advance(Dialog::keyGuard);
+    EXPECT_TRUE(shows(*sheet, u"United Kingdom"_s));
     const auto warns = [sheet] {
         const auto parts = sheet->findChildren<QWidget *>();
         return std::ranges::any_of(parts, [](const QWidget *part) {

@@ -91,9 +91,8 @@ Section refundSection(const DayReport &report)
 {
     Section section{.title = u"Refunds asked (not counted above)"_s, .columns = {{150}, {162}, {100}, {80, true}}};
     for (const AskedRefund &refund : report.refunds)
-        section.rows +=
-            QStringList{refund.record.recipientName(), refund.record.carrier + u' ' + refund.record.service,
-                        u"asked at "_s + DayTexts::time(refund.askedAt), DayTexts::dollars(refund.record.postage)};
+        section.rows += QStringList{refund.record.recipientName(), refund.record.carrier + u' ' + refund.record.service,
+                                    DayTexts::askedAt(refund), DayTexts::dollars(refund.record.postage)};
     return section;
 }
 

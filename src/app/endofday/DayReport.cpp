@@ -6,7 +6,6 @@
 #include "devices/zpl/ZplReader.h"
 #include "records/LabelEvents.h"
 #include "records/LogRead.h"
-#include "records/ShipmentLogRows.h"
 #include "records/ShipmentStatus.h"
 
 #include <algorithm>
@@ -64,9 +63,7 @@ QHash<QString, ShipmentRecord> rowsWith(AppState &app, const QStringList &ids, c
     QHash<QString, ShipmentRecord> rows;
     if (ids.isEmpty())
         return rows;
-    const auto found = app.log.read<QList<ShipmentRecord>>(
-        [&](const Database &db) { return ShipmentLogRows::withTransactions(db, ids, since); });
-    for (const ShipmentRecord &row : found.orThrow())
+    for (const ShipmentRecord &row : app.log.withTransactions(ids, since).orThrow())
         rows.insert(row.transactionID, row);
     return rows;
 }

@@ -48,6 +48,11 @@ QString time(const QDateTime &when)
     return english().toString(when, u"h:mm AP"_s);
 }
 
+QString askedAt(const AskedRefund &refund)
+{
+    return u"asked at "_s + time(refund.askedAt);
+}
+
 QString headline(const DayReport &report)
 {
     return english().toString(report.day, u"dddd"_s) + u" · "_s + counted(report.labels.all.size()) +

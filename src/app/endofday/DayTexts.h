@@ -21,6 +21,8 @@ QString headline(const DayReport &report);
 QString summary(const DayReport &report);
 /// "Eleanor Whitfield, Theodore Eng, Ruth Abernathy, +4"
 QString names(const QList<DayLabel> &labels);
+/// "asked at 3:50 PM"
+QString askedAt(const AskedRefund &refund);
 /// "made at 11:32 AM"
 QString formTime(const DayOfLabels &labels);
 /// "refund asked, TEST"
@@ -35,7 +37,7 @@ QString printState(const DayLabel &label);
 QString papers(const DayLabel &label);
 /// "Bought elsewhere"
 QString difference(DifferenceKind kind);
-/// "Bought at another desk or in the browser; this log has no row for it."
+/// "Bought at another desk or in the browser. This log doesn't have it."
 QString explanation(DifferenceKind kind);
 /// "$7.12"; "—" for a side that does not have the label.
 QString amount(const std::optional<double> &dollars);

@@ -17,12 +17,12 @@ namespace parcelory {
 using namespace Qt::StringLiterals;
 
 LabelScreen::LabelScreen(AppState &app)
-    : LabelDraft(app), purchases(app), preview(app), m_papers(app), m_lastRecipient(app.draftTo)
+    : LabelDraft(app), purchases(app), last(app, busy), m_papers(app), m_lastRecipient(app.draftTo)
 {
     const auto watch = [this](auto action, auto &...property) {
         (m_notifiers.push_back(property.addNotifier(action)), ...);
     };
-    buildOn(app, purchases, preview);
+    buildOn(app, purchases, last);
     watch([this] { draftEdited(); }, edits);
     watch([this] { recipientEdited(); }, m_app.draftTo);
     watch([this] { invalidateIntlRates(); }, customs);
@@ -36,13 +36,29 @@ LabelScreen::LabelScreen(AppState &app)
         },
         reference);
     watch([this] { watchForSecondLabel(); }, selectedRateID, reference, purchases.unresolved, buying);
-    watch([this] { showLastLabel(); }, lastLabel);
     // An unresolved purchase may need this key.
     watch([this] { spawn([this] { return purchases.checkAgain(); }); }, m_app.keyChanges);
     QObject::connect(&purchases, &Purchases::purchaseResolved, &m_lifetime,
                      [this](const ResolvedPurchase &purchase) { takeResolved(purchase); });
     QObject::connect(&purchases, &Purchases::resolvedPrinted, &m_lifetime,
-                     [this](const QString &printed) { banner = Banner{printed}; });
+                     [this](const QString &transaction, const QString &printed) {
+                         last.takeReprint(transaction, printed);
+                         banner = Banner{printed};
+                     });
+    QObject::connect(&last, &LastLabelCard::reprinted, &purchases, &Purchases::takeReprint);
+    QObject::connect(&last, &LastLabelCard::told, &m_lifetime, [this](const QString &text, bool ok) {
+        const bool waits = last.awaitsReprint();
+        banner = Banner{text, ok, Banner::Offer::none, waits ? last.label.value()->record.transactionID : QString()};
+    });
+    QObject::connect(&last, &LastLabelCard::settled, &m_lifetime, [this](const QString &transaction) {
+        const auto isOver = [&transaction](const std::optional<Banner> &news) {
+            return news && news->transaction == transaction;
+        };
+        if (isOver(m_otherNews))
+            m_otherNews = std::nullopt;
+        if (isOver(banner))
+            dropBanner();
+    });
     // The press may be meant for the scanned parcel, whose invoice was not read.
     watch(
         [this] {
@@ -66,15 +82,6 @@ LabelScreen::LabelScreen(AppState &app)
 LabelScreen::~LabelScreen()
 {
     endBuyPause();
-}
-
-void LabelScreen::showLastLabel()
-{
-    const std::optional<LastLabel> last = lastLabel;
-    if (last)
-        preview.show(last->record, last->verdict.findings.isEmpty() ? std::nullopt : std::optional(last->verdict));
-    else
-        preview.clear();
 }
 
 void LabelScreen::draftEdited()
@@ -107,8 +114,6 @@ void LabelScreen::recipientEdited()
         forgetValidation();
         showIntlPaperwork = false; // the open sheet is about another parcel
     }
-    if (!m_lastRecipient.isEmpty())
-        lastLabel = std::nullopt;
 }
 
 void LabelScreen::invalidateIntlRates()
@@ -203,16 +208,10 @@ bool LabelScreen::isBuyClosed() const
     return pending && !pending->isInconclusive;
 }
 
-QString LabelScreen::waitingLabel() const
-{
-    const bool isSent = lastLabel.value() && lastLabel.value()->isPrinted;
-    return isSent ? m_app.printWatch.noticeAbout(Paper::label) : QString();
-}
-
 std::optional<Banner> LabelScreen::news() const
 {
     std::optional<Banner> shown = banner;
-    const QString waiting = waitingLabel();
+    const QString waiting = last.waiting();
     if (shown && shown->ok && shown->offer == Banner::Offer::none && !waiting.isEmpty())
         shown = Banner{joinPresent({shown->text, waiting}, u" "_s), false};
     return shown;

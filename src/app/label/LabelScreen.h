@@ -2,15 +2,14 @@
 
 #include "app/label/AccountLabels.h"
 #include "app/label/LabelDraft.h"
+#include "app/label/LastLabelCard.h"
 #include "app/label/PreparedPurchase.h"
-#include "app/preview/LabelPreview.h"
 #include "app/purchase/CustomsPapers.h"
 #include "app/purchase/PurchaseFlow.h"
 #include "app/purchase/Purchases.h"
 #include "compose/SecondLabel.h"
 #include "compose/rules/RuleBook.h"
 #include "core/Task.h"
-#include "records/ShipmentRecord.h"
 
 #include <QHash>
 #include <QPointer>
@@ -28,27 +27,13 @@ struct Banner {
     QString text;
     bool ok = true;            ///< false shows it as a warning
     Offer offer = Offer::none; ///< what a button beside the text does
+    QString transaction = {};  ///< of the last label while the text asks for its reprint
 
     bool operator==(const Banner &) const = default;
 };
 
 /// The clerk's next step, shown as the screen's only solid button.
 enum class NextStep { none, validate, getRates, buy };
-
-/// The last label bought; cleared when the next recipient is filled in.
-struct LastLabel {
-    QString recipient; ///< "Eleanor Whitfield · Asheville NC"
-    ShipmentRecord record;
-    QString message;           ///< why it was not printed, or the result of a reprint or a copy
-    bool isPrinted = true;     ///< false until the label has come out: it is paid for and must be printed
-    LabelVerdict verdict = {}; ///< of the comparison with the parcel
-
-    bool operator==(const LastLabel &other) const
-    {
-        return record.transactionID == other.record.transactionID && message == other.message &&
-               isPrinted == other.isPrinted && verdict == other.verdict;
-    }
-};
 
 /// The New Label screen: checks, rates, buys, prints and logs its draft. Lives as long as AppState.
 ///
@@ -72,18 +57,16 @@ public:
     Observed<std::optional<Banner>> banner{this};
     Observed<bool> needsSignIn{this, false};               ///< the back office has ended the session
     Observed<std::optional<DraftField>> faultyField{this}; ///< the field that the banner is about, until the next edit
-    Observed<std::optional<LastLabel>> lastLabel{this};
     /// Why the selected rate would buy a second label; empty if it would not.
     Observed<QString> secondLabel{this};
     Observed<bool> secondLabelAgreed{this, false}; ///< the clerk has seen the warning; the next press buys
-
-    Observed<QString> spendQuestion{this}; ///< of the spend guard, once it has asked; the next press buys
+    Observed<QString> spendQuestion{this};         ///< of the spend guard, once it has asked; the next press buys
 
     /// The Buy button takes no press for so long after it has changed.
     static constexpr auto buyPause = std::chrono::milliseconds(600);
 
-    Purchases purchases;  ///< unresolved and resolved purchases
-    LabelPreview preview; ///< the picture of `lastLabel`
+    Purchases purchases; ///< unresolved and resolved purchases
+    LastLabelCard last;
 
     std::optional<ShippoRate> selectedRate() const;
     NextStep nextStep() const;
@@ -102,8 +85,6 @@ public:
     bool awaitsFill() const { return m_app.isReadingInvoice(); }
     /// What the message line shows: `banner`, as a warning while the last label waits in the printer.
     std::optional<Banner> news() const;
-    /// Why the last label, which was sent, is still in the printer; empty if it is not.
-    QString waitingLabel() const;
 
     /// The shipping rules that apply to the parcel with the chosen rate, the most severe first.
     QList<Rule> advice() const;
@@ -144,18 +125,6 @@ public:
     /// True if the last purchase needs no attention: its label and papers are printed, and it is logged.
     bool purchaseComplete() const { return m_purchaseComplete; }
 
-    /// Reprints the last label; the result is in lastLabel's message.
-    Task<> reprintLast();
-    /// True if the last label has not come out, which is to be mended before anything else.
-    bool awaitsReprint() const { return lastLabel.value() && !lastLabel.value()->isPrinted; }
-    bool canCopyLastTracking() const { return lastLabel.value() && !lastLabel.value()->record.tracking.isEmpty(); }
-    void copyLastTracking();
-    /// True if papers for customs go with the last label.
-    bool hasLastCustoms() const { return lastLabel.value() && lastLabel.value()->record.isIntl; }
-    Task<> reprintLastCustoms();
-    /// The label was reprinted elsewhere, so that it does not wait here any more.
-    void takeReprint(const QString &transactionId, const QString &printed);
-
 private:
     void draftEdited();
     void dropBanner();
@@ -174,9 +143,6 @@ private:
     void selectRateOfClass();
     void warn(const QString &text, std::optional<DraftField> field = std::nullopt);
     void warnUntilEdit(const QString &text, std::optional<DraftField> field = std::nullopt);
-    void showLastLabel();
-    void noteOnLastLabel(const QString &text, bool ok = true);
-    void noteReprint(const QString &text, bool isPrinted, bool wasPrinted);
     void fail(const QString &context, const AppError &error);
     bool takeWeight();
 

@@ -7,7 +7,6 @@
 #include "app/purchase/PurchaseLookup.h"
 #include "app/purchase/PurchaseTexts.h"
 #include "app/purchase/Purchases.h"
-#include "app/purchase/ReprintCheck.h"
 #include "carrier/ShippoRecords.h"
 #include "compose/SecondLabel.h"
 #include "compose/Services.h"
@@ -31,10 +30,10 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// "the queue ZD421 is paused" as "The queue ZD421 is paused."
+/// "the queue ZD421 is paused" as "The queue ZD421 is paused."; a print tool's text may end with a line break.
 QString asSentence(const QString &reason)
 {
-    const QString text = reason.left(1).toUpper() + reason.mid(1);
+    const QString said = reason.trimmed(), text = said.left(1).toUpper() + said.mid(1);
     return text.isEmpty() || text.endsWith(u'.') ? text : text + u'.';
 }
 
@@ -52,8 +51,10 @@ QString messageOf(const LabelResult &label, const QDateTime &now)
 /// Clears what is still on the screen of a parcel that turned out to be sold, so that it is not sold again.
 void LabelScreen::takeResolved(const ResolvedPurchase &resolved)
 {
-    if (resolved.isBought)
+    if (resolved.isBought) {
         forgetSoldUndo(resolved.recipient);
+        last.takeLogged(resolved.record.transactionID);
+    }
     if (!m_unresolved.contains(resolved.id))
         return; // a purchase of an earlier run: nothing of it is on the screen
     const PreparedPurchase purchase = m_unresolved.take(resolved.id);
@@ -278,11 +279,11 @@ void LabelScreen::showSold(const PreparedPurchase &purchase, const PurchaseResul
     if (result.isLogged)
         emit m_app.labelLogged(result.entry.record.transactionID);
     clearSold(purchase);
-    if (m_app.draftTo.value().isEmpty()) // the clerk has not begun the next parcel yet
-        lastLabel =
-            LastLabel{joinPresent({to.name, trimBlanks(to.city + u' ' + to.state)}, u" · "_s), result.entry.record,
-                      messageOf(result.label, m_app.platform.clock.now()), result.label.isPrinted, result.verdict};
-    tellOutcome(purchase, {PurchaseTexts::successLine(result), result.isComplete()});
+    last.show({joinPresent({to.name, trimBlanks(to.city + u' ' + to.state)}, u" · "_s), result.entry.record,
+               messageOf(result.label, m_app.platform.clock.now()), result.label.isPrinted, result.verdict,
+               result.isLogged});
+    const QString waiting = result.label.isPrinted ? QString() : result.entry.record.transactionID;
+    tellOutcome(purchase, {PurchaseTexts::successLine(result), result.isComplete(), Banner::Offer::none, waiting});
 }
 
 void LabelScreen::tellOutcome(const PreparedPurchase &purchase, const Banner &outcome)
@@ -301,74 +302,6 @@ void LabelScreen::clearSold(const PreparedPurchase &purchase)
         m_app.draftTo = ShippoAddress{};
     }
     clearParcel(purchase.parcel);
-}
-
-/// The card of a label that is not printed says why; the message line tells the rest.
-void LabelScreen::noteOnLastLabel(const QString &text, bool ok)
-{
-    if (awaitsReprint()) {
-        banner = Banner{text, ok};
-    } else if (std::optional<LastLabel> label = lastLabel) {
-        label->message = text;
-        lastLabel = label;
-    }
-}
-
-void LabelScreen::takeReprint(const QString &transactionId, const QString &printed)
-{
-    if (awaitsReprint() && lastLabel.value()->record.transactionID == transactionId)
-        noteReprint(printed, true, false);
-}
-
-void LabelScreen::noteReprint(const QString &text, bool isPrinted, bool wasPrinted)
-{
-    std::optional<LastLabel> label = lastLabel;
-    if (label && (!text.isEmpty() || wasPrinted)) { // the clerk may have canceled, which prints nothing
-        label->message = text;
-        label->isPrinted = wasPrinted || isPrinted;
-        lastLabel = label;
-    }
-    if (!wasPrinted && isPrinted && !text.isEmpty())
-        banner = Banner{text, true};
-}
-
-Task<> LabelScreen::reprintLast()
-{
-    if (busy || !lastLabel.value())
-        co_return;
-    busy = true;
-    const bool wasPrinted = !awaitsReprint();
-    const auto done = qScopeGuard([this] { busy = false; });
-    try {
-        const QString printed = co_await reprintChecked(m_app, lastLabel.value()->record);
-        noteReprint(printed, true, wasPrinted);
-    } catch (const AppError &error) {
-        noteReprint(error.description(), false, wasPrinted);
-        recordReprintFailure(m_app, error);
-    }
-}
-
-Task<> LabelScreen::reprintLastCustoms()
-{
-    if (busy || !hasLastCustoms())
-        co_return;
-    busy = true;
-    const auto done = qScopeGuard([this] { busy = false; });
-    try {
-        const QString printed = co_await reprintCustoms(m_app, lastLabel.value()->record);
-        noteOnLastLabel(printed);
-    } catch (const AppError &error) {
-        noteOnLastLabel(m_app.recorded(u"Customs Docs Reprint"_s, error, Popup::no), false);
-    }
-}
-
-void LabelScreen::copyLastTracking()
-{
-    if (!canCopyLastTracking())
-        return;
-    const QString tracking = lastLabel.value()->record.tracking;
-    m_app.platform.desktop.copyText(tracking);
-    noteOnLastLabel(u"Copied tracking "_s + tracking);
 }
 
 } // namespace parcelory

@@ -35,7 +35,7 @@ QString title(const OpenItem &item)
         return u"Unused for %1 — refund ends in %2"_s.arg(counted(item.days, u"day"_s),
                                                           counted(item.daysLeft, u"day"_s));
     case OpenReason::scanUnknown:
-        return u"Not known if it was scanned — refund ends in "_s + counted(item.daysLeft, u"day"_s);
+        return u"Scan unknown — refund ends in "_s + counted(item.daysLeft, u"day"_s);
     case OpenReason::returned:
         return u"Returned to sender"_s;
     case OpenReason::otherZip:
@@ -63,7 +63,7 @@ QString status(const OpenItem &item)
     if (!isUnknown && stepOf(item.reason) != OpenStep::refund)
         return {};
     const QDateTime end = item.label.createdAt.addDays(OpenItems::refundEndsAfter);
-    return (isUnknown ? u"Not known if it was scanned — refund ends "_s : u"Not scanned — refund ends "_s) +
+    return (isUnknown ? u"Scan unknown — refund ends "_s : u"Not scanned — refund ends "_s) +
            end.toString(u"MM/dd/yy"_s);
 }
 

@@ -251,7 +251,7 @@ Task<> OpenItemsScreen::takeOff(OpenItem item)
     if (item.reason == OpenReason::lateCopy) // only a copy ends it
         co_return;
     const bool isStored =
-        co_await onPool([&log = m_app.log, item] { return OpenItems::setDone(log, item.id(), item.reason, true); });
+        co_await onPool([&log = m_app.log, item] { return OpenItems::setDone(log, item.label, item.reason, true); });
     m_takenOff = item;
     canUndo = isStored;
     note = isStored
@@ -268,7 +268,7 @@ Task<> OpenItemsScreen::undo()
     canUndo = false;
     note = QString();
     const bool isStored =
-        co_await onPool([&log = m_app.log, item] { return OpenItems::setDone(log, item->id(), item->reason, false); });
+        co_await onPool([&log = m_app.log, item] { return OpenItems::setDone(log, item->label, item->reason, false); });
     if (!isStored)
         note = u"The mailing log could not be written — %1."_s.arg(m_app.log.lastError());
     touch();

@@ -79,20 +79,16 @@ LogRead<KeptLabel> keptLabel(const ShipmentLog &log, const ShipmentRecord &recor
 
 bool keepFetched(ShipmentLog &log, const ShipmentRecord &record, const QByteArray &label)
 {
-    const qint64 id = idOf(log, record).valueOr(0);
-    return id > 0 && FetchedLabels::put(log, id, label);
+    return FetchedLabels::put(log, record, label);
 }
 
 bool keepVerdict(ShipmentLog &log, const ShipmentRecord &record, const LabelVerdict &verdict)
 {
-    const qint64 id = idOf(log, record).valueOr(0);
-    if (id == 0)
-        return false;
     QList<StoredFinding> findings;
     for (const LabelFinding &finding : verdict.findings)
         findings += {textOf(itemWords, finding.item), textOf(matchWords, finding.match), finding.onParcel,
                      finding.onLabel, finding.elements};
-    return LabelVerdicts::put(log, id, findings);
+    return LabelVerdicts::put(log, record, findings);
 }
 
 } // namespace parcelory

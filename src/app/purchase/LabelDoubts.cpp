@@ -194,7 +194,7 @@ QString LabelDoubts::reason() const
         reasons += u"the %1 on the label differs"_s.arg(items.first());
     else if (!items.isEmpty())
         reasons += u"%1 things on the label differ: %2"_s.arg(items.size()).arg(items.join(u", "_s));
-    return u"held, because "_s + reasons.join(u"; "_s);
+    return u"not printed because "_s + reasons.join(u"; "_s);
 }
 
 PrintedParcel parcelOf(const AppState &app, const OpenPurchase &purchase)

@@ -22,7 +22,7 @@ struct LabelDoubts {
     QList<QuestionPicture> pictures = {}; ///< where the label differs
 
     bool isEmpty() const;
-    /// Why it is held, for the message line: "held, because the ZIP on the label differs".
+    /// Why it is held, for the message line: "not printed because the ZIP on the label differs".
     QString reason() const;
     /// Takes the differences that were found when the label was bought, with the whole address at hand.
     void remember(const std::optional<LabelVerdict> &kept);

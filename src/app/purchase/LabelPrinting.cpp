@@ -144,7 +144,7 @@ Task<QByteArray> downloadCustoms(AppState &app, ShipmentRecord record)
     const QByteArray document = co_await app.shippo.downloadLabel(record.customsDocURL);
     if (!parseLabel(document).isWholePdf())
         throw AppError(u"the carrier's file is not a complete PDF document"_s);
-    const bool stored = co_await onPool(app.log, &ShipmentLog::storeCustomsPDF, record.id, document);
+    const bool stored = co_await onPool(app.log, &ShipmentLog::storeCustomsPDF, record, document);
     if (!stored) // the next reprint downloads it again
         app.errors.record(u"Customs Docs Reprint"_s,
                           AppError(u"The mailing log could not be written — %1."_s.arg(app.log.lastError())),

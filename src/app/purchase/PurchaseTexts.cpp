@@ -109,11 +109,10 @@ QString foundLater(const PurchaseResult &result)
 {
     const ShipmentRecord &record = result.entry.record;
     const QString label =
-        result.entry.printed ? u", and its label went to the printer"_s : u"; its label may not be printed yet"_s;
-    const QString papers = record.isIntl
-                               ? u" Check that its customs papers printed: Customs Docs in the log prints them again."_s
-                               : QString();
-    return u"%1 was bought %2. It is in the mailing log%3.%4"_s.arg(
+        result.entry.printed ? u", and its label went to the printer."_s : u". Check whether the label printed."_s;
+    const QString papers =
+        record.isIntl ? u" Check whether the customs papers printed. Customs Docs prints them again."_s : QString();
+    return u"%1 was bought %2. It is in the mailing log%3%4"_s.arg(
         title(record), record.createdAt.toLocalTime().toString(u"MMM d, h:mm AP"_s), label, papers);
 }
 
@@ -137,7 +136,7 @@ QString notLogged(const ShipmentRecord &record)
 
 QString boughtTwice(const ShipmentRecord &record)
 {
-    return u"The carrier sold a second label for this parcel: %1, tracking %2. Don't use it. Request a refund for it."_s
+    return u"The carrier sold a second label for this package: %1, tracking %2. Don't use it. Request a refund for it."_s
         .arg(title(record), record.tracking);
 }
 

@@ -89,7 +89,7 @@ Task<qint64> Purchases::begin(OpenPurchase purchase)
     if (const std::optional<UnresolvedPurchase> pending = unresolvedFor(purchase.recipient);
         pending && !pending->isInconclusive)
         throw AppError(u"We don't know yet if this recipient's last label was bought. Parcelory is asking the "
-                       "carrier; nothing was bought."_s);
+                       "carrier. No second label was bought."_s);
     co_return co_await m_flow.begin(purchase);
 }
 
@@ -263,8 +263,6 @@ Task<> Purchases::finish(UnresolvedPurchase pending, LookupAnswer answer)
 {
     const std::optional<ShippoTransaction> &transaction = answer.transaction;
     OpenPurchase purchase = pending.purchase;
-    if (transaction)
-        purchase.record.createdAt = purchase.askedAt;
     const PapersResult drawn{.outcome = purchase.record.customsPDF ? PapersOutcome::kept : PapersOutcome::none,
                              .document = purchase.record.customsPDF};
     const PurchaseResult result = co_await m_flow.complete(purchase, transaction, {.drawn = drawn}, answer.seconds);
@@ -372,14 +370,18 @@ void Purchases::takeReprint(const QString &transactionId)
 
 Task<> Purchases::print(ResolvedPurchase label)
 {
+    if (printing)
+        co_return;
     const QString title = PurchaseTexts::title(label.record) + u": "_s;
+    printing = true;
+    const auto done = qScopeGuard([this] { printing = false; });
     try {
         // Checked, because the label may be refunded or old by now. The first print of a new label shows no question.
         const QString printed = co_await reprintChecked(m_app, label.record);
         if (printed.isEmpty()) // canceled
             co_return;
         dismiss(label);
-        emit resolvedPrinted(title + printed);
+        emit resolvedPrinted(label.record.transactionID, title + printed);
         co_return;
     } catch (const AppError &error) {
         recordReprintFailure(m_app, error);

@@ -52,6 +52,7 @@ public:
     Observed<QList<UnresolvedPurchase>> unresolved{this};
     Observed<QList<ResolvedPurchase>> resolved{this}; ///< until the clerk has seen them
     Observed<bool> checking{this, false};
+    Observed<bool> printing{this, false}; ///< the label of a resolved purchase
 
     /// Resumes the purchases that the last run left unresolved.
     Task<> resume();
@@ -67,7 +68,7 @@ public:
     /// Prints or reprints the label of a resolved purchase.
     Task<> print(ResolvedPurchase label);
     void dismiss(ResolvedPurchase label); // by value: the caller may pass an element of `resolved`
-    /// The label was reprinted from the mailing log, so that it does not wait here any more.
+    /// The label was reprinted elsewhere, so that it does not wait here any more.
     void takeReprint(const QString &transactionId);
     /// Shows the further labels that the carrier sold for the same request, until the clerk has seen them, and looks
     /// for more of them a minute later.
@@ -85,8 +86,8 @@ public:
 signals:
     /// Its outcome was found, or the clerk has told it.
     void purchaseResolved(const ResolvedPurchase &purchase);
-    /// The label of a purchase that was resolved later has come out; `printed` is the printer's message.
-    void resolvedPrinted(const QString &printed);
+    /// The label of a purchase that was resolved later was printed; `printed` is the printer's message.
+    void resolvedPrinted(const QString &transactionId, const QString &printed);
     void refundWanted(const ShipmentRecord &record);
 
 private:

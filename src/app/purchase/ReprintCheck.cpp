@@ -92,7 +92,7 @@ Task<QString> reprintChecked(AppState &app, ShipmentRecord record)
     const ReprintResult result = co_await reprintLabel(app, record);
     const bool isPrinted = !result.printed.isEmpty();
     const bool isNoted = !row || co_await onPool([&app, now, isPrinted, result, when = app.platform.clock.now()] {
-        return (!isPrinted || (app.labelHistory.addReprint(now.id, when) &&
+        return (!isPrinted || (app.labelHistory.addReprint(now, when) &&
                                LabelEvents::put(app.log, {now.transactionID}, LabelEvent::sent, when))) &&
                (result.firstVerdict.findings.isEmpty() || keepVerdict(app.log, now, result.firstVerdict));
     });

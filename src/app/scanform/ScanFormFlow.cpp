@@ -9,6 +9,7 @@
 #include "core/ShippoAddress.h"
 #include "core/StaleCheck.h"
 #include "core/Task.h"
+#include "core/ports/Clock.h"
 #include "core/ports/Prompts.h"
 #include "devices/Zpl.h"
 #include "records/LabelChecks.h"
@@ -21,6 +22,7 @@
 #include <QScopeGuard>
 
 #include <algorithm>
+#include <chrono>
 #include <exception>
 #include <optional>
 
@@ -83,6 +85,40 @@ Question noUspsQuestion()
 }
 
 } // namespace
+
+ScanFormFlow::ScanFormFlow(AppState &app)
+    : m_app(app), m_arrivals(app.platform.clock), m_statusWatch(app.scanFormStatus.addNotifier([this] {
+          m_day = m_app.platform.clock.now().date();
+          awaitMidnight();
+      }))
+{
+}
+
+ScanFormFlow::~ScanFormFlow()
+{
+    m_app.platform.clock.cancel(m_midnight);
+}
+
+QString ScanFormFlow::news() const
+{
+    return m_day == m_app.platform.clock.now().date() ? m_app.scanFormStatus.value() : QString();
+}
+
+/// Without this, nothing might redraw a window that is open overnight, and yesterday's news would stay in it.
+void ScanFormFlow::awaitMidnight()
+{
+    Clock &clock = m_app.platform.clock;
+    clock.cancel(m_midnight);
+    if (m_app.scanFormStatus.value().isEmpty())
+        return;
+    const std::chrono::milliseconds left(clock.now().msecsTo(m_day.addDays(1).startOfDay()));
+    m_midnight = clock.after(std::max(left, std::chrono::milliseconds(0)), [this] {
+        if (news().isEmpty())
+            emit m_app.changed();
+        else
+            awaitMidnight(); // the time of day was set back, or the computer slept
+    });
+}
 
 AppError ScanFormFlow::notStored(const ShipmentLog &log)
 {
@@ -276,7 +312,7 @@ Task<ScanFormFlow::Documents> ScanFormFlow::fetchDocuments(ScanForm form, Shippo
     }
     Documents result{.first = documents.first(), .note = {}, .leftOff = leftOff(manifest, form)};
     if (!missing.isEmpty()) {
-        result.note = u" Page set %1 of %2 could not be downloaded: press SCAN Form again."_s.arg(missing.join(u", "_s))
+        result.note = u" Part %1 of %2 of the form didn't download. Press SCAN Form again."_s.arg(missing.join(u", "_s))
                           .arg(links.size());
         co_return result;
     }

@@ -4,18 +4,26 @@
 #include "carrier/ArrivalWatch.h"
 #include "core/AppError.h"
 
+#include <QDate>
+#include <QProperty>
+
 namespace parcelory {
 
 /// Makes the SCAN form of the day's labels, and recovers forms whose response was lost. The outcome is AppState's
 /// scanFormStatus and scanFormPDF.
 class ScanFormFlow {
 public:
-    explicit ScanFormFlow(AppState &app) : m_app(app), m_arrivals(app.platform.clock) {}
+    explicit ScanFormFlow(AppState &app);
+    ~ScanFormFlow();
+    ScanFormFlow(const ScanFormFlow &) = delete;
+    ScanFormFlow &operator=(const ScanFormFlow &) = delete;
 
     /// AppState::createScanForm().
     Task<> create(ShippoAddress from, ScanFormScope scope);
     /// Fetches forms whose response was lost; silent while the carrier cannot be asked.
     Task<> recoverLostForms();
+    /// AppState::scanFormNews(); AppState changes when the day of the news ends.
+    QString news() const;
 
 private:
     struct Documents {
@@ -42,9 +50,13 @@ private:
     Task<std::optional<Documents>> recoverForm(ScanForm form);
     Task<bool> recoverForms(QList<ScanForm> forms);
     void showForm(const Documents &documents, qsizetype labels);
+    void awaitMidnight();
 
     AppState &m_app;
     ArrivalWatch m_arrivals;
+    QDate m_day;            ///< of AppState::scanFormStatus
+    quint64 m_midnight = 0; ///< timer until the end of that day
+    QPropertyNotifier m_statusWatch;
 };
 
 } // namespace parcelory

@@ -26,7 +26,7 @@ public:
 
     /// "11/20/26, 2:41 PM — 12 labels"
     static QString title(const ScanForm &form);
-    /// "12 labels on this form, 3 of them of other desks. The carrier left 2 of the day's 11 labels off."
+    /// "12 labels on this form, 3 from other desks. The carrier did not put 2 of them on the form."
     QString labelsText() const;
 
     /// Reads the history and shows the last form.

@@ -2,6 +2,7 @@
 
 #include "compose/Services.h"
 #include "core/CountryCode.h"
+#include "core/Deployment.h"
 #include "core/Json.h"
 #include "core/RecordField.h"
 #include "core/UsStates.h"
@@ -51,7 +52,6 @@ const Words<RuleField> ruleFields = {{u"weight"_s, RuleField::weight},
                                      {u"shipDate"_s, RuleField::shipDate},
                                      {u"insurance"_s, RuleField::insurance},
                                      {u"declaredValue"_s, RuleField::declaredValue}};
-const QStringList knownContents = {u"coins"_s, u"bullion"_s, u"paperMoney"_s};
 const QStringList knownCarriers = {u"usps"_s, u"fedex"_s};
 
 template <class T>
@@ -131,7 +131,7 @@ Rule ruleOf(const Json &json)
     }
     if (text.when.carrier)
         requireWords({*text.when.carrier}, knownCarriers);
-    requireWords(text.when.contents.value_or(QStringList()), knownContents);
+    requireWords(text.when.contents.value_or(QStringList()), Deployment::knownContents());
     for (const auto &services : {text.when.services, text.when.exceptServices})
         requireNames(services, u"service"_s, isService);
     for (const auto &countries : {text.when.countries, text.when.exceptCountries})

@@ -178,8 +178,7 @@ void FedexCard::refresh()
 OpenLabelsCard::OpenLabelsCard(Screens &screens, QWidget *refuge, QWidget *parent)
     : DayCard(u"ui_printer"_s, u"Not printed or unresolved"_s, parent), m_screens(screens), m_screen(screens.endOfDay),
       m_refuge(refuge), m_list(nullptr),
-      m_nothing(
-          new TextLabel(u"Every label is printed, and every purchase is known."_s, FontRole::body, &Tokens::muted))
+      m_nothing(new TextLabel(u"All labels printed. No open purchases."_s, FontRole::body, &Tokens::muted))
 {
     m_nothing->setWordWrap(true);
     body()->addWidget(m_nothing);
@@ -231,7 +230,7 @@ void OpenLabelsCard::fill()
                      check));
     }
     if (!m_shown.purchases.isEmpty()) {
-        auto *note = new TextLabel(u"Parcelory goes on asking the carrier."_s, FontRole::caption, &Tokens::muted);
+        auto *note = new TextLabel(u"Parcelory keeps checking."_s, FontRole::caption, &Tokens::muted);
         note->setContentsMargins(24, 0, 0, 0);
         append(m_list, note);
     }

@@ -64,7 +64,7 @@ TableRow refundRow(const AskedRefund &refund)
 {
     const ShipmentRecord &record = refund.record;
     const QString service = joinPresent({record.carrier, DayTexts::service(record.service)}, u" "_s),
-                  sum = DayTexts::dollars(record.postage), asked = u"asked at "_s + DayTexts::time(refund.askedAt);
+                  sum = DayTexts::dollars(record.postage), asked = DayTexts::askedAt(refund);
     return {.id = record.transactionID,
             .cells = {{record.recipientName(), service}, {sum, asked}},
             .name = joinPresent({record.recipientName(), service, sum, asked}, u", "_s)};

@@ -245,7 +245,7 @@ void LabelView::buy()
 
 void LabelView::reprint()
 {
-    start([this] { return m_screen.reprintLast(); });
+    start([this] { return m_screen.last.reprint(); });
 }
 
 void LabelView::clear()

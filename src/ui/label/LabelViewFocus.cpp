@@ -71,7 +71,7 @@ void LabelView::settleFocus()
     LineEdit *next = nullptr;
     if (m_screen.faultyField.value())
         next = field(*m_screen.faultyField.value());
-    else if (m_screen.awaitsReprint()) {
+    else if (m_screen.last.comesFirst()) {
         m_rates->lastLabelEntrance()->setFocus();
         return;
     } else if (!m_screen.rates.value().isEmpty()) {
@@ -95,7 +95,7 @@ void LabelView::settleFocus()
 
 void LabelView::focusStart()
 {
-    if (m_screen.awaitsReprint())
+    if (m_screen.last.comesFirst())
         m_rates->lastLabelEntrance()->setFocus();
     else
         focusRecipient();

@@ -6,6 +6,8 @@
 #include "backoffice/DesklineInvoice.h"
 #include "compose/Customs.h"
 #include "compose/Services.h"
+#include "core/CountryCode.h"
+#include "core/ShippoAddress.h"
 #include "core/Text.h"
 #include "ui/parts/Badge.h"
 #include "ui/parts/Binding.h"
@@ -42,6 +44,8 @@ PaperworkDialog::PaperworkDialog(AppState &app, LabelScreen &screen, QWidget *pa
     auto *text = new TextLabel(LabelTexts::paperworkText(screen), FontRole::body, &Tokens::muted);
     text->setWordWrap(true);
     body()->addWidget(text);
+    body()->addWidget(
+        new TextLabel(CountryCode::displayName(screen.recipient().country), FontRole::body, &Tokens::muted));
     body()->addWidget(makeContents());
 
     auto *quantity = new LineEdit(u"Quantity"_s, 56), *signer = new LineEdit(u"Signer"_s);

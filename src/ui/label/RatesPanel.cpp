@@ -26,6 +26,7 @@
 #include <QHBoxLayout>
 #include <QVBoxLayout>
 
+#include <algorithm>
 #include <optional>
 
 namespace parcelory {
@@ -37,7 +38,7 @@ RatesPanel::RatesPanel(LabelScreen &screen, KeysScreen &keys, SettingsScreen &se
       m_getRates(new Button(u"Get Rates"_s, Button::Kind::standard, u"ui_refresh"_s)), m_bar(new BusyBar),
       m_lastLabel(nullptr), m_lastTitle(nullptr), m_lastPrice(nullptr), m_lastName(nullptr), m_lastPlace(nullptr),
       m_lastTracking(nullptr), m_lastService(nullptr), m_lastMessage(nullptr), m_lastVerdict(nullptr),
-      m_reprint(nullptr), m_copy(nullptr),
+      m_reprint(nullptr), m_copy(nullptr), m_dismiss(nullptr),
       m_customs(new Button(u"Customs Docs"_s, Button::Kind::standard, u"ui_document"_s)), m_list(new RateList(screen)),
       m_empty(new EmptyState(u"popup_package"_s, {})), m_checks(new QWidget), m_senderCheck(nullptr),
       m_recipientCheck(nullptr), m_weightCheck(nullptr), m_rule(new RuleLine(screen)),
@@ -94,7 +95,6 @@ QWidget *RatesPanel::makeLastLabel()
     m_lastLabel->setEdge(&Tokens::ok);
     m_lastTitle = new Notice(u"ui_success"_s, &Tokens::ok, FontRole::strong);
     m_lastTitle->setTextInk(&Tokens::text);
-    m_lastTitle->setText(u"Last label"_s);
     m_lastPrice = new TextLabel({}, FontRole::h2);
     m_lastName = new ElidedLabel({}, FontRole::strong);
     m_lastPlace = new TextLabel({}, FontRole::caption);
@@ -108,7 +108,12 @@ QWidget *RatesPanel::makeLastLabel()
     m_reprint = new Button(u"Reprint"_s, Button::Kind::standard, u"ui_printer"_s);
     m_copy = new Button(u"Copy Tracking"_s, Button::Kind::standard, u"ui_copy"_s);
     connect(m_reprint, &QPushButton::clicked, this, &RatesPanel::reprintRequested);
-    connect(m_copy, &QPushButton::clicked, this, [this] { m_screen.copyLastTracking(); });
+    m_dismiss = new Button(u"Dismiss"_s, Button::Kind::link);
+    connect(m_copy, &QPushButton::clicked, this, [this] { m_screen.last.copyTracking(); });
+    connect(m_dismiss, &QPushButton::clicked, this, [this] {
+        parentWidget()->setFocus(); // the hidden button would pass the focus on
+        m_screen.last.dismiss();
+    });
 
     auto *column = new QVBoxLayout(m_lastLabel);
     column->setContentsMargins(13, 10, 13, 10);
@@ -121,6 +126,7 @@ QWidget *RatesPanel::makeLastLabel()
     actions->setSpacing(8);
     actions->addWidget(m_reprint);
     actions->addWidget(m_copy);
+    actions->addWidget(m_dismiss);
     actions->addStretch(1);
     auto *words = new QVBoxLayout;
     words->setSpacing(3);
@@ -131,7 +137,7 @@ QWidget *RatesPanel::makeLastLabel()
     auto *label = new QHBoxLayout;
     label->setContentsMargins(0, 3, 0, 3);
     label->setSpacing(12);
-    m_thumbnail = new LabelThumbnail(m_screen.preview);
+    m_thumbnail = new LabelThumbnail(m_screen.last.preview);
     label->addWidget(m_thumbnail, 0, Qt::AlignTop);
     label->addLayout(words, 1);
     m_verdictRow = new QWidget; // keeps its height until the verdict is there
@@ -140,12 +146,13 @@ QWidget *RatesPanel::makeLastLabel()
     verdict->addWidget(m_lastVerdict);
     m_verdictRow->setMinimumHeight(Theme::current().scaled(18));
     column->addLayout(title);
+    m_lastTitle->setText(u"Last label"_s); // a visible title without a parent is a window
     column->addLayout(label);
     column->addWidget(m_verdictRow);
     column->addLayout(actions);
     column->addWidget(m_customs, 0, Qt::AlignLeft);
     connect(m_customs, &QPushButton::clicked, this,
-            [this] { spawn([&screen = m_screen] { return screen.reprintLastCustoms(); }); });
+            [this] { spawn([&screen = m_screen] { return screen.last.reprintCustoms(); }); });
     return m_lastLabel;
 }
 
@@ -158,7 +165,7 @@ void RatesPanel::resizeEvent(QResizeEvent *event)
 /// A label that differs from its parcel is looked at before it is printed again.
 bool RatesPanel::isHeld() const
 {
-    const std::optional<LastLabel> last = m_screen.lastLabel;
+    const std::optional<LastLabel> last = m_screen.last.label;
     return last && !last->isPrinted && !last->verdict.faults().isEmpty();
 }
 
@@ -179,9 +186,9 @@ QWidget *RatesPanel::entrance() const
 void RatesPanel::addCheck(const QString &text, Notice *&row)
 {
     row = new Notice(u"ui_pending"_s, &Tokens::muted, FontRole::caption);
+    m_checks->layout()->addWidget(row); // before it has a text: a visible row without a parent is a window
     row->setUnwrapped();
     row->setText(text);
-    m_checks->layout()->addWidget(row);
 }
 
 void RatesPanel::refresh()
@@ -219,18 +226,31 @@ int RatesPanel::heightOf(const QWidget *part) const
         part->layout()->activate(); // its texts may have just changed
     const QMargins margins = layout()->contentsMargins();
     const int wrapped = part->heightForWidth(width() - margins.left() - margins.right());
-    return (part->hasHeightForWidth() ? wrapped : part->sizeHint().height()) + layout()->spacing();
+    const int wanted = part->hasHeightForWidth() ? wrapped : part->sizeHint().height();
+    return std::max(wanted, part->minimumHeight()) + layout()->spacing();
 }
 
-/// In a window that is too low, the checklist below the last label goes, and then the sentence above it; never the
-/// label. Above the Buy block, the line of the shipping rules goes before the last rate.
-void RatesPanel::makeRoom()
+/// The height that the parts which always stay leave for the rates or for what is missing for them.
+int RatesPanel::freeHeight() const
 {
-    const bool isEmpty = m_screen.rates.value().isEmpty(), isListed = !m_screen.formComplete();
     int room = height() - layout()->contentsMargins().top() - layout()->contentsMargins().bottom();
     for (const QWidget *part :
          {m_head, static_cast<QWidget *>(m_bar), static_cast<QWidget *>(m_lastLabel), static_cast<QWidget *>(m_block)})
         room -= part->isHidden() ? 0 : heightOf(part);
+    return room;
+}
+
+/// In a window that is too low, the checklist below the last label goes, and then the sentence above it; never the
+/// label. Above the Buy block, the line of the shipping rules goes before the last rate, and so does the reason on the
+/// card of a label beside the next parcel.
+void RatesPanel::makeRoom()
+{
+    const bool isEmpty = m_screen.rates.value().isEmpty(), isListed = !m_screen.formComplete();
+    int room = freeHeight();
+    if (!isEmpty && room < m_list->minimumSizeHint().height() + layout()->spacing() && !m_lastMessage->isHidden()) {
+        m_lastMessage->hide();
+        room = freeHeight();
+    }
     const int rule = m_rule->minimumHeight() + layout()->spacing();
     m_rule->setRoom(isEmpty || room >= rule + m_list->minimumSizeHint().height() + layout()->spacing());
     room -= m_rule->isHidden() ? 0 : rule;
@@ -249,11 +269,20 @@ void RatesPanel::setDense(bool dense)
 
 void RatesPanel::refreshLastLabel()
 {
-    const std::optional<LastLabel> last = m_screen.lastLabel;
+    const std::optional<LastLabel> last = m_screen.last.label;
     m_lastLabel->setVisible(last.has_value());
-    enableUnless(m_screen.busy ? notWhileBusy : QString(), m_reprint, m_copy);
-    enableUnless(m_screen.busy ? notWhileBusy : QString(), m_customs, m_copy);
-    m_customs->setVisible(m_screen.hasLastCustoms());
+    const QString obstacle = m_screen.busy ? notWhileBusy : QString();
+    // Beside the next parcel, the card has only what brings the label out.
+    const bool isWhole = !m_screen.last.isBesideParcel();
+    for (Button *action : {m_reprint, m_customs})
+        enableUnless(obstacle, action, isWhole ? m_copy : parentWidget());
+    enableUnless(obstacle, m_dismiss, parentWidget(), u"My Mailing Log keeps the label. Reprint prints it there."_s);
+    for (QWidget *part : {static_cast<QWidget *>(m_thumbnail), static_cast<QWidget *>(m_lastPlace),
+                          static_cast<QWidget *>(m_lastTracking), static_cast<QWidget *>(m_lastService), m_verdictRow,
+                          static_cast<QWidget *>(m_copy)})
+        part->setVisible(isWhole);
+    m_customs->setVisible(isWhole && m_screen.last.hasCustoms());
+    m_dismiss->setVisible(m_screen.last.mayDismiss());
     if (!last) {
         nameWidget(m_lastLabel, {});
         return;
@@ -263,10 +292,10 @@ void RatesPanel::refreshLastLabel()
     m_lastPlace->setText(last->recipient.section(u" · "_s, 1));
     m_lastTracking->setText(trackingLines(last->record.tracking));
     m_lastService->setText(last->record.service);
-    const LabelSight sight = m_screen.preview.sight;
+    const LabelSight sight = m_screen.last.preview.sight;
     const bool isPrinted = last->isPrinted;
     const bool differs = LabelVerdictTexts::outcomeOf(sight.verdict) == LabelOutcome::different;
-    const QString waiting = m_screen.waitingLabel();
+    const QString waiting = m_screen.last.waiting();
     const bool isGood = isPrinted && !differs && waiting.isEmpty();
     const QString message = waiting.isEmpty() ? last->message : waiting;
     m_lastTitle->setLook(isGood ? u"ui_success"_s : u"ui_warning"_s, isGood ? &Tokens::ok : &Tokens::warn);
@@ -284,8 +313,9 @@ void RatesPanel::refreshLastLabel()
     m_lastMessage->setInk(isOut ? &Tokens::text : &Tokens::warn);
     m_lastMessage->setText(message);
     m_lastMessage->setVisible(!message.isEmpty());
-    m_reprint->setKind(isPrinted || isHeld() ? Button::Kind::standard : Button::Kind::solid);
-    m_reprint->setText(m_screen.busy && !isPrinted ? u"Printing…"_s : u"Reprint"_s);
+    m_lastLabel->setToolTip(plainToolTip(message));
+    m_reprint->setKind(!m_screen.last.comesFirst() || isHeld() ? Button::Kind::standard : Button::Kind::solid);
+    m_reprint->setText(m_screen.last.printing && !isPrinted ? u"Printing…"_s : u"Reprint"_s);
 }
 
 } // namespace parcelory

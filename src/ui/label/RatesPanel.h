@@ -48,6 +48,7 @@ private:
     void refreshLastLabel();
     void makeRoom();
     int heightOf(const QWidget *part) const;
+    int freeHeight() const;
     bool isHeld() const;
 
     LabelScreen &m_screen;
@@ -63,7 +64,7 @@ private:
     VerdictNotice *m_lastVerdict;
     QWidget *m_verdictRow = nullptr;
     LabelThumbnail *m_thumbnail = nullptr;
-    Button *m_reprint, *m_copy, *m_customs;
+    Button *m_reprint, *m_copy, *m_dismiss, *m_customs;
     RateList *m_list;
     EmptyState *m_empty;
     QWidget *m_checks;

@@ -117,9 +117,9 @@ Button *UnresolvedPurchasesBar::makeButton(Action action)
     case Action::checkAgain:
         return new Button(u"Check again"_s, Button::Kind::standard, u"ui_refresh"_s);
     case Action::notBought:
-        return new Button(u"It was not bought"_s, Button::Kind::link);
+        return new Button(u"It Was Not Bought"_s, Button::Kind::link);
     case Action::haveLabel:
-        return new Button(u"I have the label"_s, Button::Kind::link);
+        return new Button(u"I Have the Label"_s, Button::Kind::link);
     case Action::printLabel:
         return new Button(u"Print Label"_s, Button::Kind::tint, u"ui_printer"_s);
     case Action::printAgain:

@@ -113,8 +113,8 @@ void RecordsPage::appendCopies()
     foot->setContentsMargins(16, 8, 16, 0);
     foot->addWidget(m_restore);
     foot->addSpacing(6);
-    foot->addWidget(
-        new TextLabel(u"Shows first what the copy holds and what would be lost."_s, FontRole::caption, &Tokens::muted));
+    foot->addWidget(new TextLabel(u"First shows what the copy contains and what you would lose."_s, FontRole::caption,
+                                  &Tokens::muted));
     foot->addStretch(1);
     foot->addWidget(m_sum);
     rows->addLayout(foot);

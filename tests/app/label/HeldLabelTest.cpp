@@ -40,13 +40,14 @@ protected:
             EXPECT_TRUE(question.text.contains(part)) << part.toStdString() << '\n' << question.text.toStdString();
         EXPECT_EQ(question.choices.value(question.safeChoice), u"Don't Print"_s);
         EXPECT_TRUE(isLogged) << "the question may stay for an hour";
-        EXPECT_TRUE(banner().endsWith(u" (print failed: held, because "_s + reason + u" — use Reprint from the log)"_s))
+        EXPECT_TRUE(
+            banner().endsWith(u" (print failed: not printed because "_s + reason + u" — use Reprint from the log)"_s))
             << banner().toStdString();
         EXPECT_EQ(*newestWithLabel().zpl, label);
         for (const std::optional<int> answer : {std::optional<int>(), std::optional(1)}) { // the safe choice first
             EXPECT_EQ(processes.lastPrinted(), "");
             prompts.answer = answer;
-            run(screen().reprintLast());
+            run(screen().last.reprint());
         }
         EXPECT_EQ(prompts.questions.size(), 3);
         EXPECT_EQ(processes.lastPrinted(), Zpl::rotated(label));
@@ -118,9 +119,9 @@ TEST_F(HeldLabelTest, TheVerdictStaysBesideTheRowAndReprintRepeatsIt)
     ShipmentRecord row = newest();
     const auto kept = keptLabel(app->log, row);
     ASSERT_TRUE(kept->verdict && kept->bytes);
-    EXPECT_EQ(*kept->verdict, (LabelVerdict{screen().lastLabel.value()->verdict.findings, {}}));
+    EXPECT_EQ(*kept->verdict, (LabelVerdict{screen().last.label.value()->verdict.findings, {}}));
     EXPECT_EQ(LabelVerdictTexts::outcomeOf(kept->verdict), LabelOutcome::same);
-    EXPECT_TRUE(app->labelHistory.addReprint(row.id, clock.now())); // a reason to ask
+    EXPECT_TRUE(app->labelHistory.addReprint(row, clock.now())); // a reason to ask
 
     prompts.answer = 1;
     EXPECT_EQ(reprinted(row), u"Label sent to ZD421."_s);
@@ -131,12 +132,14 @@ TEST_F(HeldLabelTest, TheVerdictStaysBesideTheRowAndReprintRepeatsIt)
     LabelVerdict different = *kept->verdict; // found with the whole address, of which the row has one line
     different.findings.first().match = LabelMatch::different;
     EXPECT_TRUE(keepVerdict(app->log, row, different));
+    EXPECT_EQ(reprinted(row), u"Label sent to ZD421."_s);
+    EXPECT_EQ(prompts.questions.last().title, u"This Label Doesn't Match the Parcel"_s);
     prompts.answer = 0;
     EXPECT_EQ(reprinted(row), QString());
     row.id = 0; // as the last label knows it
     EXPECT_EQ(keptLabel(app->log, row)->verdict, different);
     EXPECT_TRUE(
-        LabelVerdicts::put(app->log, 1, {{u"NAME"_s, u"SAME"_s, {}, {}, {}}, {u"COLOR"_s, u"FADED"_s, {}, {}, {}}}));
+        LabelVerdicts::put(app->log, row, {{u"NAME"_s, u"SAME"_s, {}, {}, {}}, {u"COLOR"_s, u"FADED"_s, {}, {}, {}}}));
     EXPECT_FALSE(keptLabel(app->log, row)->verdict) << "words of a later version do not count as a match";
 }
 
@@ -145,7 +148,7 @@ TEST_F(HeldLabelTest, OldRowsAndGraphicLabelsAreComparedAtTheirReprint)
     composeAndRate(homeAddress());
     buy();
     ShipmentRecord row = newestWithLabel();
-    EXPECT_TRUE(LabelVerdicts::put(app->log, row.id, {}));
+    EXPECT_TRUE(LabelVerdicts::put(app->log, row, {}));
     EXPECT_FALSE(keptLabel(app->log, row)->verdict);
     prompts.answer = 1;
     EXPECT_FALSE(reprinted(row).isEmpty());
@@ -205,7 +208,7 @@ TEST_F(HeldLabelTest, ALabelIsSavedAsAPictureInTheRememberedFolder)
 {
     composeAndRate(homeAddress());
     buy();
-    LabelPreview &preview = screen().preview;
+    LabelPreview &preview = screen().last.preview;
     runUntil([&] { return preview.sight.value().picture != nullptr; }, &clock);
     const QTemporaryDir folder;
     for (const auto &[name, kind] :

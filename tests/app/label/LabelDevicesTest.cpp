@@ -134,7 +134,7 @@ TEST_F(LabelDevicesTest, CustomsDocumentsMissingInTheLogAreFetchedOnceAndStored)
     settle();
     const ShipmentRecord bare = newest();
     MailingLogScreen log(*app);
-    carrier.setScenario({.dropConnection = true});
+    carrier.setScenario({.failNext = CarrierFailure{.pathPrefix = "documents", .status = 503}});
     run(log.reprintCustoms(bare));
     EXPECT_TRUE(log.message.value().startsWith(u"Customs docs download failed: "_s));
     carrier.setScenario({});

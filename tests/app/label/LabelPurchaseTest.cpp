@@ -84,7 +84,7 @@ TEST_F(LabelPurchaseTest, ALabelThatCouldNotBePrintedIsStillLogged)
     buy();
     expectNotPrinted(u"the print system did not answer within 30 seconds; the label may still come out"_s);
     processes.behave = nullptr;
-    run(screen().reprintLast());
+    run(screen().last.reprint());
     const QByteArray lastPrinted = processes.lastPrinted();
     EXPECT_EQ(lastPrinted, Zpl::rotated(**app->log.zpl(newest().id)));
 
@@ -104,12 +104,12 @@ TEST_F(LabelPurchaseTest, ALabelThatCouldNotBePrintedIsStillLogged)
     }
     EXPECT_EQ(processes.lastPrinted(), lastPrinted) << "print tools get labels only";
     carrier.setScenario({});
-    run(screen().reprintLast());
+    run(screen().last.reprint());
     EXPECT_NE(processes.lastPrinted(), lastPrinted);
-    runUntil([this] { return screen().preview.sight.value().picture != nullptr; }, &clock);
+    runUntil([this] { return screen().last.preview.sight.value().picture != nullptr; }, &clock);
     carrier.clearRequests();
     prompts.answer = 1;
-    run(screen().reprintLast());
+    run(screen().last.reprint());
     EXPECT_EQ(carrier.requests().size(), 0) << "the label was kept";
     EXPECT_FALSE(*app->log.zpl(newest().id)) << "beside its row, which nothing changes";
 }

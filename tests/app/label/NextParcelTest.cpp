@@ -84,6 +84,60 @@ TEST_F(NextParcelTest, TheOutcomeOfAPurchaseIsNotHiddenByTheNextParcelsSteps)
     EXPECT_FALSE(screen().banner.value());
 }
 
+TEST_F(NextParcelTest, ALabelThatDidNotComeOutStaysBesideTheNextParcelUntilItIsReprintedOrDismissed)
+{
+    enum class End { reprinted, printedInTheBar, dismissed };
+    const QString ignored = u"Invoice 48214 ignored."_s;
+    for (const End end : {End::reprinted, End::printedInTheBar, End::dismissed}) {
+        screen().clearDraft();
+        processes.behave = failingPrinter("no paper");
+        composeAndRate(homeOf(u"Parcel %1"_s.arg(int(end))));
+        buyAndMeanwhile([this] { composeParcel(londonAddress()); });
+        app->scanBusy = true;
+        app->fillDraft(homeAddress(), u"48213"_s); // a scan
+        EXPECT_FALSE(screen().banner.value());
+        ASSERT_TRUE(screen().last.awaitsReprint());
+        EXPECT_FALSE(screen().last.comesFirst()) << "the clerk works on the next parcel";
+        const ResolvedPurchase found{.id = 7, .record = screen().last.label.value()->record, .isBought = true};
+        purchases().resolved = QList{found};
+        run(screen().last.reprint());
+        EXPECT_TRUE(bannerIsWarning() && banner().contains(u"no paper"_s)) << banner().toStdString();
+        app->failScan(ignored); // of another invoice, while the form is filled
+        processes.behave = nullptr;
+        if (end == End::reprinted)
+            run(screen().last.reprint());
+        else if (end == End::printedInTheBar)
+            run(purchases().print(found));
+        else
+            screen().last.dismiss();
+        runUntil([this] { return !screen().last.label.value(); }, &clock); // the queue is empty
+        EXPECT_EQ(purchases().resolved.value().isEmpty(), end != End::dismissed);
+        EXPECT_TRUE(banner().endsWith(end == End::dismissed ? ignored : u"Label sent to ZD421."_s));
+        EXPECT_EQ(app->draftTo.value(), homeAddress());
+        app->scanBusy = false;
+    }
+}
+
+TEST_F(NextParcelTest, ALabelThatTheLogLacksStaysUntilTheLogHasIt)
+{
+    LastLabelCard &card = screen().last;
+    const auto label = [](const QString &id, bool isPrinted, bool isLogged) {
+        LastLabel bought{.isPrinted = isPrinted, .isLogged = isLogged};
+        bought.record.transactionID = id;
+        return bought;
+    };
+    app->draftTo = homeAddress();
+    card.show(label(u"first"_s, false, false));
+    card.dismiss();
+    card.show(label(u"second"_s, true, true));
+    card.show(label(u"third"_s, false, true)); // the mailing log prints it, too
+    ASSERT_TRUE(card.label.value());
+    EXPECT_EQ(card.label.value()->record.transactionID, u"first"_s);
+    emit purchases().purchaseResolved({.record = card.label.value() -> record, .isBought = true});
+    card.dismiss();
+    EXPECT_FALSE(card.label.value());
+}
+
 TEST_F(NextParcelTest, AScanReplacesWhatWasTypedForTheFormerRecipient)
 {
     const PostalContact ana = PostalContact::of(homeAddress()), bo = PostalContact::of(londonAddress());

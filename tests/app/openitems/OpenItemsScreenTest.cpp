@@ -110,7 +110,7 @@ TEST_F(OpenItemsScreenTest, NeverAsksWithATestKey)
 TEST_F(OpenItemsScreenTest, TakesItemsOffAndDoesTheirNextStep)
 {
     for (qint64 id = 1; id <= number; ++id)
-        ASSERT_TRUE(Journeys::put(app->log, id, {.askedAt = clock.now()}));
+        ASSERT_TRUE(app->log.change([&](Database &db) { return Journeys::put(db, id, {.askedAt = clock.now()}); }));
     runTask(items.start());
     EXPECT_EQ(listed(), u"Ben REFUND_ENDING, Ana NOT_SCANNED"_s);
     EXPECT_EQ(items.countText(), u"2 open items, oldest first"_s);

@@ -187,9 +187,12 @@ TEST_F(ScanFormFlowTest, ALostFormIsFetchedWithTheRefundsAndYesterdaysDoesNotRep
     for (const bool isFetched : {true, false}) { // of yesterday
         bought();
         make({.droppedPath = "manifests"});
-        EXPECT_EQ(app->scanFormNews(), status());
-        clock.start = clock.start.addDays(1);
-        EXPECT_EQ(app->scanFormNews(), QString()) << "yesterday's news";
+        QString shown = app->scanFormNews();
+        EXPECT_EQ(shown, status());
+        const auto view = QObject::connect(app.get(), &AppState::changed, [&] { shown = app->scanFormNews(); });
+        clock.advance(std::chrono::hours(24));
+        EXPECT_EQ(shown, QString()) << "yesterday's news goes by itself";
+        QObject::disconnect(view);
         bought();
         carrier.setScenario({});
         if (!isFetched)
@@ -215,7 +218,7 @@ TEST_F(ScanFormFlowTest, EveryPageIsCheckedStoredAndPrinted)
         make(scenario);
         EXPECT_TRUE(app->scanFormPDF.value()) << "the first page is not hidden";
         EXPECT_EQ(app->scanFormOpenTick.value(), shown + 1);
-        EXPECT_TRUE(status().endsWith(u" Page set 2 of 2 could not be downloaded: press SCAN Form again."_s))
+        EXPECT_TRUE(status().endsWith(u" Part 2 of 2 of the form didn't download. Press SCAN Form again."_s))
             << status().toStdString();
         EXPECT_FALSE(app->scanFormComplete);
         EXPECT_EQ(underWay().size(), 1) << "the next press fetches the rest";
@@ -264,6 +267,7 @@ TEST_F(ScanFormFlowTest, AScanFormIsForgottenOnlyIfTheCarrierCannotHaveMadeIt)
     make(answering("manifests/" + id, 200, R"({"object_id": ")" + id + R"(", "status": "ERROR"})", "GET"));
     EXPECT_TRUE(underWay().isEmpty()) << "a form that ends as an error ends the attempt";
     EXPECT_EQ(finished(), before);
+    EXPECT_FALSE(*app->scanForms.formWith(log.records().first().transactionID)) << "its labels are on no form";
 }
 
 TEST_F(ScanFormFlowTest, AnInactiveAccountIsUsedOnlyIfThereIsNoOther)
