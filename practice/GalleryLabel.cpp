@@ -97,7 +97,7 @@ Task<> Gallery::drawBuying()
     co_await label().validate();
     co_await label().buyAndPrint();
     co_await until([this] { return m_program.screens().addressBook.kept.value().has_value(); });
-    co_await until([this] { return label().preview.sight.value().picture != nullptr; });
+    co_await until([this] { return label().last.preview.sight.value().picture != nullptr; });
     co_await save(u"new-label-bought"_s);
     co_await saveDark(u"new-label-bought"_s);
     co_await drawLabelWindow();
@@ -105,7 +105,7 @@ Task<> Gallery::drawBuying()
     co_await save(u"new-label-bought-smallest"_s);
     m_program.window().resize(usualSize);
     m_desk.printer().setFault(PrinterFault::outOfLabels);
-    co_await label().reprintLast();
+    co_await label().last.reprint();
     co_await until([this] { return !app().printWatch.notice.value().isEmpty(); });
     co_await save(u"new-label-out-of-labels"_s);
     co_await saveDark(u"new-label-out-of-labels"_s);
@@ -116,8 +116,8 @@ Task<> Gallery::drawBuying()
 /// The label that was just bought in its own window.
 Task<> Gallery::drawLabelWindow()
 {
-    const QString title = u"Label — "_s + label().lastLabel.value()->record.recipientName();
-    label().preview.open();
+    const QString title = u"Label — "_s + label().last.label.value()->record.recipientName();
+    label().last.preview.open();
     co_await clock().sleep(60ms);
     QWidget *shown = nullptr;
     for (QWidget *window : QApplication::topLevelWidgets()) {

@@ -90,7 +90,7 @@ Task<> Gallery::drawMasterLog()
 Task<> Gallery::drawReprint()
 {
     MailingLogScreen &log = m_program.screens().mailingLog;
-    const ShipmentRecord bought = label().lastLabel.value()->record;
+    const ShipmentRecord bought = label().last.label.value()->record;
     spawn([&log, bought] { return log.reprint(bought); });
     co_await until([] { return QApplication::activeModalWidget(); });
     co_await save(u"dialog-reprint"_s);

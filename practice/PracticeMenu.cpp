@@ -46,7 +46,7 @@ const QList<Mishap> &mishaps()
         {u"Purchases' Answers Are Lost"_s, [](S &s, bool on) { s.droppedPath = on ? "transactions/" : ""; }},
         {u"Label Link Has Expired"_s,
          [](S &s, bool on) { s.labelAnswer = on ? LabelAnswer::expired : LabelAnswer::normal; }},
-        {u"Parcels Are on Their Way"_s, [](S &s, bool on) { s.trackedAs = on ? u"TRANSIT"_s : QString(); }},
+        {u"Packages Are on Their Way"_s, [](S &s, bool on) { s.trackedAs = on ? u"TRANSIT"_s : QString(); }},
         {u"Refunds Take Their Time"_s, [](S &s, bool on) { s.refundReads = on ? 3 : 0; }},
         {u"Refunds Are Refused Later"_s,
          [](S &s, bool on) { s.refundOutcome = on ? RefundOutcome::rejected : RefundOutcome::granted; }},

@@ -159,9 +159,9 @@ void addPracticeMonth(ShipmentLog &log, const QDateTime &now)
                               .zip = QString::fromUtf16(sample.zip),
                               .place = QString::fromUtf16(sample.place),
                               .askedAt = now};
-        const bool isStored =
-            Journeys::put(log, (*row)->id, journey) &&
-            (!sample.event || LabelEvents::put(log, {record.transactionID}, *sample.event, ago(sample.eventDaysAgo)));
+        const bool isStored = log.change([&](Database &db) {
+            return Journeys::put(db, (*row)->id, journey);
+        }) && (!sample.event || LabelEvents::put(log, {record.transactionID}, *sample.event, ago(sample.eventDaysAgo)));
         if (!isStored)
             return;
     }

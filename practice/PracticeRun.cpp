@@ -84,7 +84,7 @@ Task<Shipped> ship(AppState &app, LabelScreen &screen, PracticeScale &scale, Pra
         co_await screen.buyAndPrint();
     }
     say(u"  "_s + bannerText(screen));
-    result.done = screen.lastLabel.value() && screen.purchaseComplete(); // composing the order has cleared lastLabel
+    result.done = screen.last.label.value() && screen.purchaseComplete(); // composing has cleared a label that came out
     const QString reason = screen.banner.value() ? bannerText(screen) : screen.validationStatus.value();
     result.label = result.done ? app.lastShipmentSummary.value() : reason;
     co_return result;

@@ -155,7 +155,9 @@ TEST(LabelReadBack, FindsEverySeededFaultAndNoFaultInGoodLabels)
 
                 PrintedParcel live = wanted;
                 live.isLive = true;
-                ASSERT_EQ(verdictOf(zpl, live).find(LabelItem::mark)->match, LabelMatch::different);
+                const LabelVerdict ofLive = verdictOf(zpl, live);
+                ASSERT_EQ(ofLive.find(LabelItem::mark)->match, LabelMatch::different);
+                ASSERT_FALSE(ofLive.find(LabelItem::mark)->onLabel.contains(u"mint"_s, Qt::CaseInsensitive));
                 for (const Fault &fault : faults) {
                     LabelContent bad = good;
                     fault.seed(bad.to, bad.tracking);
