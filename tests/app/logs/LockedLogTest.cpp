@@ -24,7 +24,8 @@ protected:
 
     void hold(const Lock &lock, int secondsHeld)
     {
-        EXPECT_TRUE(other.exec(lock.script));
+        // Waiting takes no time here, so a read of the program that is still under way refuses the lock at once.
+        runUntil([&] { return other.exec(lock.script); });
         EXPECT_TRUE(Statement(other, "SELECT 1 FROM sqlite_master").step()); // a transaction locks at its first read
         WaitingRoom::expect(secondsHeld * 1000000, [this] { EXPECT_TRUE(other.exec("ROLLBACK")); });
     }
