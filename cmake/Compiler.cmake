@@ -15,6 +15,6 @@ add_compile_definitions(QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_FOREACH)
 option(PARCELORY_SANITIZE "Build with the address and undefined-behavior sanitizers" OFF)
 if(PARCELORY_SANITIZE)
     add_compile_options(-fsanitize=address,undefined -fno-sanitize=function -fno-omit-frame-pointer
-                        -fno-sanitize-recover=undefined)
+                        -fno-sanitize-recover=undefined -gline-tables-only) # a report names lines, no variables
     add_link_options(-fsanitize=address,undefined -fno-sanitize=function)
 endif()
