@@ -116,11 +116,11 @@ Task<> MailingLogScreen::catchUp()
             co_return;
         }
     } while (asked != search.value());
-    m_reloading = false;
     // The rows arrive in a queued event, and so may the rows of a label bought meanwhile; check after both.
     QMetaObject::invokeMethod(
         this,
         [this] {
+            m_reloading = false;
             if (!isUpToDate())
                 spawn([this] { return catchUp(); });
         },
