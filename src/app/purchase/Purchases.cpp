@@ -256,7 +256,8 @@ bool Purchases::mayGiveUp(const UnresolvedPurchase &pending, const LookupAnswer 
     const OpenPurchase &purchase = pending.purchase;
     const QDateTime begun = purchase.ratedAt.isValid() ? purchase.ratedAt : purchase.askedAt;
     return answer.isInconclusive && !answer.transaction && pending.looks >= enoughLooks &&
-           !ShippoClient::mayStillArrive(pending.since, clock.steadyNow()) && begun.daysTo(clock.now()) > mostDays;
+           !ShippoClient::mayStillArrive(pending.since, clock.steadyNow()) &&
+           begun.toLocalTime().daysTo(clock.now()) > mostDays;
 }
 
 Task<> Purchases::finish(UnresolvedPurchase pending, LookupAnswer answer)
