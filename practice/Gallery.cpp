@@ -39,7 +39,7 @@ Gallery::Gallery(PracticeDesk &desk, Program &program, QDir folder) : m_desk(des
 
 Task<> Gallery::until(std::function<bool()> reached)
 {
-    for (int turn = 0; turn < 500; ++turn) {
+    for (int turn = 0; turn < 3000; ++turn) {
         co_await clock().sleep(20ms);
         if (reached())
             co_return;

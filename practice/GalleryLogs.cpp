@@ -124,7 +124,7 @@ Task<> Gallery::drawScanForm()
     static_cast<QDialog *>(QApplication::activeModalWidget())->done(2);
     co_await until([this] { return !app().scanFormBusy; });
     m_desk.carrier().setScenario({});
-    co_await clock().sleep(800ms); // the pages are drawn on another thread
+    co_await clock().sleep(2000ms); // the pages are drawn on another thread
     saveWindow(u"SCAN Form"_s, u"window-scan-form"_s);
     app().tab = MainTab::newLabel;
     co_await save(u"new-label-scan-form"_s);

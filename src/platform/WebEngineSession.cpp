@@ -176,6 +176,7 @@ QWebEngineProfile &WebEngineSession::profile()
     m_profile->setPersistentCookiesPolicy(QWebEngineProfile::NoPersistentCookies); // each run starts signed out
     m_profile->setHttpCacheType(QWebEngineProfile::MemoryHttpCache); // no copy of an invoice stays on the disk
     m_profile->settings()->setAttribute(QWebEngineSettings::AutoLoadImages, false); // only text is read
+    m_profile->settings()->setAttribute(QWebEngineSettings::AutoLoadIconsForPage, false);
     if (m_settings.reach == Reach::loopbackOnly)
         m_profile->setUrlRequestInterceptor(new LoopbackGuard(m_profile.get()));
     return *m_profile;

@@ -79,7 +79,7 @@ struct AppleContacts : testing::Test {
         provider.reset();
         source.reset();
         answers.release();
-        ASSERT_TRUE(gone.tryAcquire(1, 20000));
+        ASSERT_TRUE(gone.tryAcquire(1, 60000));
     }
 };
 

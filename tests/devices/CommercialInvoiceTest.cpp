@@ -48,7 +48,7 @@ struct Page {
         QProcess process;
         process.setWorkingDirectory(folder.path());
         process.startCommand(command);
-        EXPECT_TRUE(process.waitForFinished() && process.exitCode() == 0) << command.toStdString();
+        EXPECT_TRUE(process.waitForFinished(-1) && process.exitCode() == 0) << command.toStdString();
         return QString::fromUtf8(process.readAllStandardOutput());
     }
 

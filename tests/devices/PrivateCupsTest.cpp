@@ -69,7 +69,7 @@ protected:
     /// The printer's output, once the queue is empty.
     QByteArray printed(const QString &queue)
     {
-        const QDeadlineTimer deadline(std::chrono::seconds(20));
+        const QDeadlineTimer deadline(std::chrono::seconds(60));
         while (!isIdle(queue) && !deadline.hasExpired()) {
         }
         QFile output(outputPath(queue));
@@ -78,7 +78,7 @@ protected:
     /// The sentence about a queue, once it is `expected` or the time limit is over.
     QString sentenceOf(const QString &queue, const QString &expected)
     {
-        const QDeadlineTimer deadline(std::chrono::seconds(20));
+        const QDeadlineTimer deadline(std::chrono::seconds(60));
         QString sentence;
         do {
             sentence = printerSentence(queue, printer.queueReport(queue), Paper::label);

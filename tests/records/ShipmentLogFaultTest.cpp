@@ -73,7 +73,7 @@ TEST(ShipmentLog, TellsTheLastFailureWhileAnotherThreadWrites)
     std::future<QString> reason;
     EXPECT_TRUE(file.log.change([&](Database &) {
         reason = std::async(std::launch::async, [&] { return file.log.lastError(); });
-        return reason.wait_for(10s) == std::future_status::ready;
+        return reason.wait_for(60s) == std::future_status::ready;
     }));
 }
 

@@ -22,7 +22,7 @@ struct CarrierDesk : FakePlatform {
     void endRequests()
     {
         carrier.setScenario({});
-        const QDeadlineTimer most(std::chrono::seconds(2));
+        const QDeadlineTimer most(std::chrono::seconds(30));
         runUntil([&] { return http.underWay == 0 || most.hasExpired(); });
         settlePool(5);
     }

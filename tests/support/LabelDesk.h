@@ -46,11 +46,12 @@ struct LabelDesk : CarrierDesk {
         screen().dimWidth = QStringLiteral("6");
         screen().dimHeight = QStringLiteral("2");
     }
-    /// Presses Buy, and a second time if the parcel already has a label.
+    /// Presses Buy, and again if the parcel already has a label. The account's answer may change the warning between
+    /// two presses, which takes another press.
     void buy()
     {
         pressBuy();
-        if (screen().selectedRate() && screen().secondLabelAgreed)
+        for (int more = 0; more < 2 && screen().selectedRate() && screen().secondLabelAgreed; ++more)
             pressBuy();
     }
     /// One press, once the button has stopped changing.

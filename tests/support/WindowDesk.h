@@ -44,7 +44,7 @@ struct WindowDesk : CarrierDesk {
         window().show();
         // On a busy machine the window manager may overlook a window that follows another one closely.
         for (int tries = 0; !QTest::qWaitForWindowActive(&window(), 2000); ++tries) {
-            if (tries == 10)
+            if (tries == 29)
                 qFatal("the window did not become active");
             window().activateWindow();
         }

@@ -11,7 +11,7 @@ trap 'kill $manager "$server" 2>/dev/null || :; rm -f "$number"' EXIT
 tries=0
 while [ ! -s "$number" ]; do
     tries=$((tries + 1))
-    [ "$tries" -le 100 ] || exit 77
+    [ "$tries" -le 600 ] || exit 77
     sleep 0.1
 done
 DISPLAY=:$(cat "$number")

@@ -17,5 +17,5 @@ unset DISPLAY WAYLAND_DISPLAY DBUS_SESSION_BUS_ADDRESS
 # shellcheck disable=SC2016 # the inner shell expands its own arguments
 dbus-run-session -- sh -c '
     printf %s test | gnome-keyring-daemon --unlock --components=secrets > /dev/null 2>&1
-    gdbus wait --session --timeout 10 org.freedesktop.secrets || exit 99
+    gdbus wait --session --timeout 60 org.freedesktop.secrets || exit 99
     "$@"' sh "$@"

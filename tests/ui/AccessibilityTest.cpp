@@ -7,7 +7,7 @@
 #include <QDBusConnection>
 #include <QDBusInterface>
 #include <QDBusMessage>
-#include <QDBusPendingCall>
+#include <QDBusPendingCallWatcher>
 #include <QDBusReply>
 #include <QDBusVariant>
 #include <QStandardPaths>
@@ -59,7 +59,7 @@ public:
     {
         QDBusMessage call = QDBusMessage::createMethodCall(place.service, place.path, interface, method);
         call.setArguments(arguments);
-        const QDBusPendingCall pending = m_bus.asyncCall(call);
+        const QDBusPendingCallWatcher pending(m_bus.asyncCall(call)); // its end wakes the event loop
         runUntil([&pending] { return pending.isFinished(); });
         return pending.reply().arguments();
     }

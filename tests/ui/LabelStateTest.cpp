@@ -41,6 +41,8 @@ TEST(LabelState, EveryButtonIsOffUntilItCanAct)
     EXPECT_FALSE(buy->isEnabled()) << "in the same event";
     desk.label().busy = false;
     EXPECT_TRUE(buy->isEnabled());
+    settlePool(4);       // a look for a second label is two jobs
+    const HeldPool held; // no other look ends meanwhile
     desk.label().secondLabel = u"A label was bought today."_s;
     desk.settleAll();
     EXPECT_EQ(buy->text(), u"Bought Already — Buy Again?");

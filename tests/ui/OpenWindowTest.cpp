@@ -58,6 +58,10 @@ struct OpenWindowDesk : WindowDesk {
         EXPECT_TRUE(app().log.insert(shipment(u"Ruth"_s)) && app().log.insert(shipment(u"Silas"_s)));
         app().senders.profiles = app().senders.profiles.value() + QList{away};
         app().boxes.profiles = QList{carton};
+        runUntil([this] { // the program asks the carrier at its start
+            settlePool(6);
+            return http.underWay == 0 && !label().purchases.checking;
+        });
         rest();
     }
     Screens &screens() { return program->screens(); }

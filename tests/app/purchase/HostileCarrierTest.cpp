@@ -12,7 +12,12 @@ class HostileCarrierTest : public LabelTest {
 protected:
     HostileCarrierTest()
     {
-        m_hurry.callOnTimeout([this] { networkClock.advance(60s); });
+        m_hurry.callOnTimeout([this] {
+            if (std::ranges::any_of(carrier.requests(), [this](const PracticeCarrier::Request &request) {
+                    return request.method == m_method && request.target.startsWith(m_path);
+                }))
+                networkClock.advance(60s); // an earlier request of another kind keeps its time
+        });
     }
     /// The next requests of this kind get the answer; a trickle uses up the time of its request. If the lookups are
     /// hostile, the response of the purchase is lost.
@@ -23,6 +28,9 @@ protected:
         failure.method = method;
         failure.count = isLookup ? 3 : 1;
         carrier.setScenario({.droppedPath = isLookup ? "transactions/" : "", .failNext = failure});
+        carrier.clearRequests();
+        m_method = method;
+        m_path = '/' + path;
         if (failure.flow == AnswerFlow::trickle)
             m_hurry.start(50);
     }
@@ -42,6 +50,7 @@ protected:
 
 private:
     QTimer m_hurry;
+    QByteArray m_method, m_path; ///< of the requests whose time is up early
     int m_parcels = 0;
 };
 

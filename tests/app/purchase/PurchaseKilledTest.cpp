@@ -53,7 +53,7 @@ bool dieAndStartAgain(int step, const CarrierScenario &scenario)
     Survivor desk;
     desk.carrier.setScenario(scenario);
     desk.startVictim(step);
-    EXPECT_TRUE(desk.victim.waitForFinished());
+    EXPECT_TRUE(desk.victim.waitForFinished(-1));
     const bool wasKilled = desk.victim.exitStatus() == QProcess::CrashExit;
     EXPECT_EQ(desk.victim.exitCode(), wasKilled ? SIGKILL : 0) << desk.victim.readAllStandardError().toStdString();
     const qsizetype shown = desk.takeOver();
@@ -101,7 +101,7 @@ TEST(KilledDuringAPurchase, AtRandomMomentsNoLabelIsLostOrDoubled)
         desk.startVictim(0);
         runUntil([&] { return desk.carrier.requests().size() >= last; });
         desk.victim.kill();
-        EXPECT_TRUE(desk.victim.waitForFinished());
+        EXPECT_TRUE(desk.victim.waitForFinished(-1));
         runTask(desk.app->shippo.carrierAccounts()); // the carrier has answered what the victim sent before
     }
     desk.takeOver();

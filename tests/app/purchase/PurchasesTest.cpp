@@ -156,7 +156,8 @@ TEST_F(PurchasesTest, ALabelThatIsFoundLaterIsLoggedWithTheStateOfItsRefund)
         carrier.setScenario(answering("transactions", 200,
                                       R"({"results": [{"object_id": ")" + word + R"(", "status": ")" + word +
                                           R"(", "rate": ")" + rateId +
-                                          R"(", "label_url": "https://labels.example/1"}]})"));
+                                          R"(", "label_url": "https://labels.example/1"}]})",
+                                      "GET", 1000));
         checkAgain();
         ASSERT_EQ(newest().transactionID, QString::fromLatin1(word));
         EXPECT_EQ(newest().status, stored);

@@ -57,7 +57,7 @@ struct Records : FakePlatform {
         QProcess victim;
         victim.start(QStringLiteral(PARCELORY_RECORDS_VICTIM),
                      {folder.filePath(u"work"_s), work, QString::number(step)});
-        EXPECT_TRUE(victim.waitForFinished());
+        EXPECT_TRUE(victim.waitForFinished(-1));
         EXPECT_EQ(victim.exitCode(), step > 0 ? SIGKILL : 0) << victim.readAllStandardError().toStdString();
         return victim.readAllStandardOutput();
     }

@@ -105,7 +105,7 @@ struct SupportDesk : testing::Test, CarrierDesk {
     {
         QProcess unzip;
         unzip.start(u"unzip"_s, {u"-p"_s, archive});
-        EXPECT_TRUE(unzip.waitForFinished());
+        EXPECT_TRUE(unzip.waitForFinished(-1));
         return QString::fromUtf8(unzip.readAllStandardOutput());
     }
 };

@@ -142,7 +142,7 @@ TEST_F(UpdateDesk, ShowsTheDownloadsProgressAndReplacesTheAppAfterTheProgramExit
     runUntil([this] { return !read(u"waiting"_s).isEmpty(); });
     EXPECT_EQ(installedProgram(), program(1)) << "the program has not ended yet";
     running.closeWriteChannel();
-    ASSERT_TRUE(running.waitForFinished());
+    ASSERT_TRUE(running.waitForFinished(-1));
     runUntil([this] { return read(u"started"_s) == "v2\n"; });
     EXPECT_EQ(installedProgram(), program(2));
     // The script cleans up while the new version starts.
