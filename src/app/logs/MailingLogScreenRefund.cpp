@@ -32,9 +32,9 @@ Question confirmation(const ShipmentRecord &record, const QStringList &warnings)
 {
     return {.title = u"Refund This Label?"_s,
             .text = u"%1 %2 to %3, $%4\nTracking %5%6\n\nThis voids the label. Don't use it. The refund "
-                    "goes to the Shippo account%7"_s.arg(record.carrier, record.service, record.recipientName(),
-                                                         fixed(record.postage, 2), record.tracking,
-                                                         warningLines(warnings), approval),
+                    "goes to the Shippo account%7"_s.arg(record.carrier, record.service,
+                                                         isolated(record.recipientName()), fixed(record.postage, 2),
+                                                         record.tracking, warningLines(warnings), approval),
             .choices = {u"Keep the Label"_s, u"Request Refund"_s},
             .safeChoice = 0};
 }

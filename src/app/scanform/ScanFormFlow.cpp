@@ -9,6 +9,7 @@
 #include "core/ShippoAddress.h"
 #include "core/StaleCheck.h"
 #include "core/Task.h"
+#include "core/Text.h"
 #include "core/ports/Clock.h"
 #include "core/ports/Prompts.h"
 #include "devices/Zpl.h"
@@ -237,7 +238,7 @@ Task<bool> ScanFormFlow::confirmOddLabels(QList<ShipmentRecord> labels, bool tes
                                .onScanForm = m_app.scanForms.formWith(label.transactionID).orThrow(),
                                .waiting = {}});
             if (!warnings.isEmpty())
-                lines += u"%1 (%2): %3"_s.arg(label.recipientName(), label.tracking, warnings.join(u' '));
+                lines += u"%1 (%2): %3"_s.arg(isolated(label.recipientName()), label.tracking, warnings.join(u' '));
         }
         return lines;
     });
