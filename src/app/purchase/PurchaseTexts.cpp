@@ -37,7 +37,7 @@ QString papersNote(const PapersResult &papers, const QString &name, bool isFedex
     case PapersOutcome::notDrawn:
     case PapersOutcome::printFailed:
         return isFedex ? name + u" print failed: "_s + papers.text.trimmed() + u" — it's needed in the doc pouch"_s
-                       : u"Invoice print failed: "_s + papers.text;
+                       : u"Invoice print failed: "_s + papers.text.trimmed();
     case PapersOutcome::none:
     case PapersOutcome::kept:
     case PapersOutcome::printed:
@@ -79,7 +79,7 @@ QString successLine(const PurchaseResult &result)
         u"Success! %1 to %2, %3"_s.arg(record.service, isolated(result.entry.recipient.name), postage(record));
     line += result.label.isPrinted
                 ? u". "_s + result.label.text
-                : u" (print failed: "_s + result.label.text + u" — use Reprint from the log)"_s;
+                : u" (print failed: "_s + result.label.text.trimmed() + u" — use Reprint from the log)"_s;
     if (result.papers.outcome == PapersOutcome::printed && !isFedex)
         line += u' ' + sentTo(result.papers);
     if (const QString note = papersNote(result.papers, invoiceName(record), isFedex); !note.isEmpty())

@@ -87,7 +87,7 @@ TEST_F(LabelPurchaseTest, KeepsARightToLeftNameApartFromTheNumbersAfterIt)
 TEST_F(LabelPurchaseTest, ALabelThatCouldNotBePrintedIsStillLogged)
 {
     rateHome();
-    processes.behave = failingPrinter("no such printer");
+    processes.behave = failingPrinter("no such printer\n");
     buy();
     expectNotPrinted(u"lpr failed: no such printer"_s);
     EXPECT_TRUE(*app->log.zpl(newest().id));
