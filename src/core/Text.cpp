@@ -128,6 +128,13 @@ QString joinPresent(const QStringList &parts, const QString &separator)
     return present.join(separator);
 }
 
+QString isolated(const QString &name)
+{
+    const bool isRightToLeft = std::ranges::any_of(
+        name, [](QChar letter) { return letter.direction() == QChar::DirR || letter.direction() == QChar::DirAL; });
+    return isRightToLeft ? u'\u2068' + name + u'\u2069' : name; // FIRST STRONG ISOLATE, POP DIRECTIONAL ISOLATE
+}
+
 QString groupsOfFour(const QString &number)
 {
     QString grouped;

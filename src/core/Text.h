@@ -38,6 +38,10 @@ QString shortest(double value, int places);
 /// The non-empty parts, joined.
 QString joinPresent(const QStringList &parts, const QString &separator);
 
+/// A name with right-to-left letters, between marks that keep it in its place among the words and numbers around it on
+/// the screen; any other name as it is.
+QString isolated(const QString &name);
+
 /// A tracking number as people read it: "9205 5901 7554".
 QString groupsOfFour(const QString &number);
 

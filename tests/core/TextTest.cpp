@@ -35,6 +35,8 @@ TEST(Text, ReadsPlainDecimalNumbersOnly)
 TEST(Text, JoinsWhatIsPresentAndGroupsNumbers)
 {
     EXPECT_EQ(joinPresent({{}, u"a"_s, u""_s, u"b"_s}, u", "_s), u"a, b"_s);
+    EXPECT_EQ(isolated(u"Ana Ruiz"_s), u"Ana Ruiz"_s);
+    EXPECT_EQ(isolated(u"Ana ليلى"_s), u"\u2068Ana ليلى\u2069"_s);
     EXPECT_EQ(groupsOfFour(u"92055901"_s), u"9205 5901"_s);
     EXPECT_EQ(groupsOfFour(u"920559017"_s), u"9205 5901 7"_s);
 }

@@ -81,7 +81,7 @@ struct OtherValue {
     static StatusKind of(StatusKind) { return StatusKind::failure; }
     static KeptRecipient of(const KeptRecipient &)
     {
-        return {homeAddress(), true, u"Recipient saved to the address book."_s};
+        return {homeAddress(), true, u"Recipient saved to the address book."_s, {}};
     }
     static DraftField of(DraftField) { return DraftField::weight; }
     static MailpieceSelection of(const MailpieceSelection &) { return BuiltinMailpiece::mediumFlatRateBox; }

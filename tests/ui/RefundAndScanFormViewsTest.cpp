@@ -31,6 +31,29 @@ struct AfterSaleDesk : WindowDesk {
     }
 };
 
+TEST(RefundAndScanFormViews, ARefundedLabelIsNoLongerOfferedForPrinting)
+{
+    AfterSaleDesk desk;
+    desk.processes.behave = failingPrinter("no paper");
+    desk.buyLabel();
+    const MailingLogScreen &log = desk.program->screens().mailingLog;
+    const auto refund = [&](const QString &answer) {
+        desk.press(Qt::Key_2, Qt::ControlModifier);
+        desk.click(desk.button(u"Refund"_s));
+        QWidget *question = desk.dialog();
+        desk.clock.advance(Dialog::keyGuard);
+        desk.click(desk.button(answer, question));
+        desk.waitFor(log.busy);
+        desk.press(Qt::Key_1, Qt::ControlModifier);
+    };
+    refund(u"Keep the Label"_s);
+    EXPECT_EQ(desk.focusName(), u"Reprint");
+    refund(u"Request Refund"_s);
+    EXPECT_FALSE(desk.label().last.label.value());
+    EXPECT_FALSE(desk.label().banner.value()) << "it told the clerk to reprint the label";
+    EXPECT_EQ(desk.focusName(), u"Recipient name");
+}
+
 TEST(RefundAndScanFormViews, ARefundAsksAndEscKeepsTheLabel)
 {
     AfterSaleDesk desk;

@@ -240,15 +240,17 @@ Task<> AddressBook::keep(ShippoAddress recipient)
         setStatus(StatusKind::success, u"Recipient saved to the address book."_s);
     const ShippoAddress draft = m_app.draftTo;
     if (draft.isEmpty() || draft == recipient) // otherwise the clerk has begun the next parcel
-        kept = KeptRecipient{recipient, written, status};
+        kept = KeptRecipient{recipient, written, status, contact.id};
 }
 
 QString AddressBook::changeText() const
 {
-    const bool isNextParcel = !kept.value();
-    if (!canUndo() || isNextParcel || !changes.value().last().isByLabel)
+    const std::optional<KeptRecipient> latest = kept; // nothing once the next parcel has begun
+    if (!canUndo() || !latest || !changes.value().last().isByLabel)
         return {};
     const PostalContact &former = changes.value().last().former;
+    if (former.id != latest->entry) // an earlier parcel's
+        return {};
     return u"Address book entry changed: "_s + joinPresent({former.name, former.addressSummary()}, u", "_s);
 }
 

@@ -19,6 +19,7 @@ struct KeptRecipient {
     ShippoAddress recipient;
     bool isWritten = false;
     QString text;
+    QUuid entry; ///< its contact in the book
 
     bool operator==(const KeptRecipient &) const = default;
 };

@@ -109,6 +109,14 @@ void LastLabelCard::takeReprint(const QString &transactionId, const QString &pri
         noteReprint(printed, true, false);
 }
 
+void LastLabelCard::takeRefund(const QString &transactionId)
+{
+    if (!label.value() || label.value()->record.transactionID != transactionId)
+        return;
+    label = std::nullopt;
+    emit settled(transactionId);
+}
+
 void LastLabelCard::noteReprint(const QString &text, bool isPrinted, bool wasPrinted)
 {
     std::optional<LastLabel> shown = label;

@@ -30,8 +30,8 @@ struct LastLabel {
 
 /// The last label beside the form, its picture, its reprint and its papers for customs. A label that has come out goes
 /// when the clerk begins the next parcel. A label that has not stays until its reprint has come out, the clerk
-/// dismisses it or the next label is bought, because it is paid for. A label that only this card can print takes no
-/// Dismiss and gives way only to another such label. Lives as long as AppState.
+/// dismisses it, it is refunded or the next label is bought, because it is paid for. A label that only this card can
+/// print takes no Dismiss and gives way only to another such label. Lives as long as AppState.
 class LastLabelCard : public Observable {
     Q_OBJECT
 public:
@@ -63,6 +63,8 @@ public:
     void copyTracking();
     /// The label was reprinted elsewhere, so that it does not wait here any more.
     void takeReprint(const QString &transactionId, const QString &printed);
+    /// The label is refunded or will be, so that it must not be printed.
+    void takeRefund(const QString &transactionId);
     /// The mailing log has the label at last.
     void takeLogged(const QString &transactionId);
     /// The clerk does not need the label here; the mailing log keeps it.
@@ -71,7 +73,7 @@ public:
 signals:
     /// News for the message line.
     void told(const QString &text, bool ok);
-    /// A label that had not come out is reprinted or dismissed: earlier news of it is over.
+    /// A label that had not come out is reprinted, refunded or dismissed: earlier news of it is over.
     void settled(const QString &transactionId);
     void reprinted(const QString &transactionId);
 

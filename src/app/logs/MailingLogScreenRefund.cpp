@@ -32,9 +32,9 @@ Question confirmation(const ShipmentRecord &record, const QStringList &warnings)
 {
     return {.title = u"Refund This Label?"_s,
             .text = u"%1 %2 to %3, $%4\nTracking %5%6\n\nThis voids the label. Don't use it. The refund "
-                    "goes to the Shippo account%7"_s.arg(record.carrier, record.service, record.recipientName(),
-                                                         fixed(record.postage, 2), record.tracking,
-                                                         warningLines(warnings), approval),
+                    "goes to the Shippo account%7"_s.arg(record.carrier, record.service,
+                                                         isolated(record.recipientName()), fixed(record.postage, 2),
+                                                         record.tracking, warningLines(warnings), approval),
             .choices = {u"Keep the Label"_s, u"Request Refund"_s},
             .safeChoice = 0};
 }
@@ -142,6 +142,8 @@ Task<bool> MailingLogScreen::carrierWasAsked(ShipmentRecord record)
         m_app.errors.record(u"Refund"_s, AppError(refundRefusal(record)), Popup::no);
     if (!unwritten.isEmpty())
         m_app.errors.record(u"Refund"_s, AppError(unwritten), Popup::no);
+    if (refund != RefundState::failed)
+        emit refundTaken(record.transactionID);
     const QString outcome = refund == RefundState::granted  ? u"Refunded."_s
                             : refund == RefundState::failed ? u"The carrier has refused the refund of this label."_s
                                                             : u"The carrier already has this refund"_s + approval;
@@ -174,6 +176,8 @@ Task<> MailingLogScreen::requestRefund(ShipmentRecord record)
     if (!unwritten.isEmpty()) // the next sync asks the carrier
         m_app.errors.record(u"Refund"_s, AppError(outcome + u' ' + unwritten), Popup::no);
     say(joinPresent({outcome, unwritten}, u" "_s), refund == RefundState::failed || !unwritten.isEmpty());
+    if (refund != RefundState::failed)
+        emit refundTaken(record.transactionID);
     if (isSettled && unwritten.isEmpty())
         co_await closeRefund(record.transactionID);
 }

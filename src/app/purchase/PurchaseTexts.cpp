@@ -37,7 +37,7 @@ QString papersNote(const PapersResult &papers, const QString &name, bool isFedex
     case PapersOutcome::notDrawn:
     case PapersOutcome::printFailed:
         return isFedex ? name + u" print failed: "_s + papers.text.trimmed() + u" — it's needed in the doc pouch"_s
-                       : u"Invoice print failed: "_s + papers.text;
+                       : u"Invoice print failed: "_s + papers.text.trimmed();
     case PapersOutcome::none:
     case PapersOutcome::kept:
     case PapersOutcome::printed:
@@ -57,7 +57,7 @@ QString title(const ShipmentRecord &record)
 {
     if (record.recipient.isEmpty() && record.service.isEmpty())
         return u"A label whose details cannot be read"_s;
-    return u"%1 %2 to %3, %4"_s.arg(record.carrier, record.service, record.recipientName(), postage(record));
+    return u"%1 %2 to %3, %4"_s.arg(record.carrier, record.service, isolated(record.recipientName()), postage(record));
 }
 
 QString summary(const OpenPurchase &purchase)
@@ -66,8 +66,8 @@ QString summary(const OpenPurchase &purchase)
     const ShipmentRecord &record = purchase.record;
     const Carrier carrier = record.carrier == carrierInfo(Carrier::fedex).displayName ? Carrier::fedex : Carrier::usps;
     const QString place = trimBlanks(to.city + u' ' + to.state);
-    return joinPresent({carrierAndService(carrier, record.service), joinPresent({to.name, place}, u", "_s),
-                        postage(record), record.tracking},
+    return joinPresent({carrierAndService(carrier, record.service),
+                        joinPresent({isolated(to.name), isolated(place)}, u", "_s), postage(record), record.tracking},
                        u" · "_s);
 }
 
@@ -75,9 +75,11 @@ QString successLine(const PurchaseResult &result)
 {
     const ShipmentRecord &record = result.entry.record;
     const bool isFedex = record.carrier == carrierInfo(Carrier::fedex).displayName;
-    QString line = u"Success! %1 to %2, %3"_s.arg(record.service, result.entry.recipient.name, postage(record));
-    line += result.label.isPrinted ? u". "_s + result.label.text
-                                   : u" (print failed: "_s + result.label.text + u" — use Reprint from the log)"_s;
+    QString line =
+        u"Success! %1 to %2, %3"_s.arg(record.service, isolated(result.entry.recipient.name), postage(record));
+    line += result.label.isPrinted
+                ? u". "_s + result.label.text
+                : u" (print failed: "_s + result.label.text.trimmed() + u" — use Reprint from the log)"_s;
     if (result.papers.outcome == PapersOutcome::printed && !isFedex)
         line += u' ' + sentTo(result.papers);
     if (const QString note = papersNote(result.papers, invoiceName(record), isFedex); !note.isEmpty())

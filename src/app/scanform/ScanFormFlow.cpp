@@ -9,6 +9,7 @@
 #include "core/ShippoAddress.h"
 #include "core/StaleCheck.h"
 #include "core/Task.h"
+#include "core/Text.h"
 #include "core/ports/Clock.h"
 #include "core/ports/Prompts.h"
 #include "devices/Zpl.h"
@@ -221,13 +222,15 @@ Task<> ScanFormFlow::showNoLabelsToManifest(bool testKey)
                 : u"No labels have been printed today, so there's nothing to put on a SCAN form."_s);
 }
 
-/// True if a label is a USPS label and no label has a warning, or if the clerk confirms. Throws AppError if the mailing
-/// log cannot be read.
+/// True if a label is a USPS label and no label that may go on the form has a warning, or if the clerk confirms. Throws
+/// AppError if the mailing log cannot be read.
 Task<bool> ScanFormFlow::confirmOddLabels(QList<ShipmentRecord> labels, bool testKey)
 {
     const QStringList lines = co_await onPool([this, labels, testKey, now = m_app.platform.clock.now()] {
         QStringList lines;
         for (const ShipmentRecord &label : labels) {
+            if (label.carrier == carrierInfo(Carrier::fedex).displayName)
+                continue; // it is never on the form
             const QStringList warnings =
                 labelWarnings(LabelUse::scanForm, label,
                               {.now = now,
@@ -237,7 +240,7 @@ Task<bool> ScanFormFlow::confirmOddLabels(QList<ShipmentRecord> labels, bool tes
                                .onScanForm = m_app.scanForms.formWith(label.transactionID).orThrow(),
                                .waiting = {}});
             if (!warnings.isEmpty())
-                lines += u"%1 (%2): %3"_s.arg(label.recipientName(), label.tracking, warnings.join(u' '));
+                lines += u"%1 (%2): %3"_s.arg(isolated(label.recipientName()), label.tracking, warnings.join(u' '));
         }
         return lines;
     });

@@ -60,7 +60,10 @@ QString ScanFormScreen::labelsText() const
     QString text = counted(all) + u" on this form"_s;
     if (others > 0)
         text += u", %1 from other desks"_s.arg(others);
-    const qsizetype leftOff = form->labels - (all - others);
+    const qsizetype ofTheDay = std::ranges::count_if(labels.value(), [day = form->askedAt.date()](const auto &label) {
+        return label.id != 0 && label.createdAt.date() == day;
+    });
+    const qsizetype leftOff = form->labels - ofTheDay;
     if (leftOff > 0)
         text += u". The carrier did not put %1 of the day's %2 on the form."_s.arg(QString::number(leftOff),
                                                                                    counted(form->labels));

@@ -162,6 +162,20 @@ TEST_F(AddressBookTest, UndoesWhatALabelHasChanged)
     EXPECT_FALSE(book.kept.value() || book.canUndo());
 }
 
+TEST_F(AddressBookTest, NamesNoChangeOfAnEarlierParcel)
+{
+    const ShippoAddress home = homeAddress();
+    run(book.keep(home));
+    ShippoAddress moved = home;
+    moved.phone = u"828 555 0142"_s;
+    run(book.keep(moved));
+    run(book.keep(moved));
+    EXPECT_NE(book.changeText(), QString()) << "the button was pressed twice";
+    run(book.keep(londonAddress()));
+    EXPECT_EQ(book.changeText(), QString()) << "the next label changed no entry";
+    EXPECT_TRUE(book.canUndo()) << "in the address book";
+}
+
 TEST_F(AddressBookTest, SavesAndDeletesOnceHoweverOftenItIsAsked)
 {
     {

@@ -69,10 +69,25 @@ TEST_F(LabelPurchaseTest, BuysOncePrintsLogsAndMakesRoomForTheNextParcel)
     EXPECT_FALSE(isRated() || screen().busy);
 }
 
+// Otherwise the screen shows the price before the name, and the digits of the tracking number in another place.
+TEST_F(LabelPurchaseTest, KeepsARightToLeftNameApartFromTheNumbersAfterIt)
+{
+    rateHome();
+    ShippoAddress levi = homeAddress();
+    levi.name = u"נועה לוי"_s;
+    composeParcel(levi);
+    run(screen().fetchRates());
+    buy();
+    EXPECT_TRUE(banner().startsWith(u"Success! Priority Mail to \u2068נועה לוי\u2069, $"_s)) << banner().toStdString();
+    EXPECT_TRUE(
+        app->lastShipmentSummary.value().startsWith(u"USPS Priority Mail · \u2068נועה לוי\u2069, Asheville NC · $"_s));
+    EXPECT_EQ(newest().recipientName(), levi.name);
+}
+
 TEST_F(LabelPurchaseTest, ALabelThatCouldNotBePrintedIsStillLogged)
 {
     rateHome();
-    processes.behave = failingPrinter("no such printer");
+    processes.behave = failingPrinter("no such printer\n");
     buy();
     expectNotPrinted(u"lpr failed: no such printer"_s);
     EXPECT_TRUE(*app->log.zpl(newest().id));

@@ -109,6 +109,25 @@ TEST_F(ScanFormFlowTest, SaysWhichLabelsAreNotOnTheForm)
               u"1 label on this form. The carrier did not put 1 of the day's 2 labels on the form."_s);
 }
 
+TEST_F(ScanFormFlowTest, CountsAnOlderLabelOnTheFormForNoneOfTheDays)
+{
+    bought();
+    clock.advance(24h);
+    bought();
+    ShipmentRecord fedex = shipmentTo(u"Ana"_s, 1);
+    fedex.createdAt = clock.now();
+    fedex.carrier = u"FedEx"_s;
+    fedex.status = wordOf(LogStatus::refunded);
+    fedex.testMode = true;
+    logged(fedex);
+    make();
+    EXPECT_TRUE(prompts.questions.isEmpty()) << "a FedEx label is never on a SCAN form, refunded or not";
+    ScanFormScreen form(*app);
+    run(form.load());
+    EXPECT_EQ(form.labelsText(),
+              u"2 labels on this form. The carrier did not put 1 of the day's 2 labels on the form."_s);
+}
+
 TEST_F(ScanFormFlowTest, AScanFormWhoseResponseIsLostIsFetchedWithTheNextPress)
 {
     const ShipmentRecord label = bought();
