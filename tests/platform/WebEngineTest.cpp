@@ -44,11 +44,7 @@ protected:
     void pace(Done done, std::function<bool()> hopeless = {})
     {
         QTimer beat;
-        QObject::connect(&beat, &QTimer::timeout, &beat, [this] {
-            const auto before = clock.elapsed();
-            clock.fireNext();
-            clock.start = clock.start.addMSecs((before - clock.elapsed()).count());
-        });
+        QObject::connect(&beat, &QTimer::timeout, &beat, [this] { clock.runNext(); });
         beat.start(15);
         runUntil([&] {
             if (hopeless && hopeless())
