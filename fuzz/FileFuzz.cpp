@@ -39,38 +39,22 @@ void rowTime(const QByteArray &bytes)
         fuzz::require(ShipmentLogRows::timeOf(seconds).isValid());
 }
 
-QByteArray lineOf(const ShipmentRecord &record, EndiciaDates &dates)
-{
-    QByteArray line;
-    const auto utf8 = [](const QString &text) { return text.toUtf8(); };
-    const QByteArray texts[] = {
-        utf8(record.status),        utf8(record.transactionID),   utf8(record.recipient), utf8(record.zip11),
-        utf8(record.balance),       utf8(record.service),         utf8(record.services),  utf8(record.tracking),
-        utf8(record.declaredValue), utf8(record.descriptionText), utf8(record.reference), utf8(record.groupCode),
-        utf8(record.email)};
-    EndiciaFormat::append(line,
-                          {texts[0], record.createdAt.toMSecsSinceEpoch(), texts[1], texts[2], texts[3], record.postage,
-                           record.weightOz, texts[4], texts[5], texts[6], texts[7], texts[8], texts[9], texts[10],
-                           texts[11], texts[12]},
-                          dates);
-    return line;
-}
-
 /// An imported line is exported as one line. A second export writes the same, once weight and postage are rounded.
 void mailLog(const QByteArray &bytes)
 {
     EndiciaDates dates;
     QByteArrayView rest = bytes;
     for (QByteArrayView line = EndiciaFormat::takeLine(rest); !line.isEmpty(); line = EndiciaFormat::takeLine(rest)) {
-        auto record = EndiciaFormat::parse(line, dates);
-        if (record && !record->createdAt.isValid()) // an import dates it with its own time
-            record->createdAt = QDateTime::fromSecsSinceEpoch(1795608000);
+        auto read = EndiciaFormat::parse(line, dates);
+        if (read && !read->createdAt) // an import dates it with its own time
+            read->createdAt = 1795608000000;
         QByteArray former;
-        for (int exports = 0; record && exports < 3; ++exports) {
-            const QByteArray exported = lineOf(*record, dates);
+        for (int exports = 0; read && exports < 3; ++exports) {
+            QByteArray exported;
+            EndiciaFormat::append(exported, *read, dates);
             fuzz::require(exported.count('\n') == 1 && (exports < 2 || exported == former));
-            record = EndiciaFormat::parse(exported.chopped(1), dates);
             former = exported;
+            read = EndiciaFormat::parse(QByteArrayView(former).chopped(1), dates);
         }
     }
 }

@@ -131,6 +131,11 @@ void Statement::bindInPlace(int parameter, QByteArrayView utf8)
     sqlite3_bind_text(m_statement, parameter, utf8.data(), int(utf8.size()), SQLITE_STATIC);
 }
 
+void Statement::bindBlobInPlace(int parameter, QByteArrayView blob)
+{
+    sqlite3_bind_blob64(m_statement, parameter, blob.data(), sqlite3_uint64(blob.size()), SQLITE_STATIC);
+}
+
 void Statement::bind(int parameter, double value)
 {
     sqlite3_bind_double(m_statement, parameter, value);

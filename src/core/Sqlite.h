@@ -99,6 +99,7 @@ public:
     void bind(int parameter, const QString &text);
     /// Not copied, for fast imports: the bytes must stay unchanged until the statement has run.
     void bindInPlace(int parameter, QByteArrayView utf8);
+    void bindBlobInPlace(int parameter, QByteArrayView blob);
     void bind(int parameter, double value);
     void bind(int parameter, qint64 value);
     void bind(int parameter, bool value) { bind(parameter, qint64(value)); }

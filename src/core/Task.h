@@ -47,6 +47,17 @@ inline QThreadPool &workPool()
     return pool;
 }
 
+/// For the destructor of what the work uses: waits for its end. An exception of the work is lost.
+template <class Result>
+void waitForEnd(QFuture<Result> &work) noexcept
+{
+    try {
+        work.waitForFinished();
+    } catch (...) {
+        return;
+    }
+}
+
 namespace detail {
 template <class Work>
 Task<std::invoke_result_t<Work>> runOn(QThreadPool &threads, Work work)

@@ -58,12 +58,17 @@ QString trimBlanks(const QString &text)
 namespace {
 
 /// True for digits with a point at most and a sign before them: no exponent, no hexadecimal.
-bool isPlainNumber(QStringView text)
+template <class View>
+bool isPlainNumber(View text)
 {
     if (text.startsWith(u'+') || text.startsWith(u'-'))
         text = text.sliced(1);
-    const auto digits = std::ranges::count_if(text, [](QChar c) { return c >= u'0' && c <= u'9'; });
-    const auto points = std::ranges::count(text, u'.');
+    qsizetype digits = 0, points = 0;
+    for (qsizetype at = 0; at < text.size(); ++at) {
+        const QChar c = text[at];
+        digits += c >= u'0' && c <= u'9';
+        points += c == u'.';
+    }
     return digits > 0 && points <= 1 && digits + points == text.size();
 }
 
@@ -72,10 +77,19 @@ bool isPlainNumber(QStringView text)
 std::optional<double> decimal(const QString &text)
 {
     const QString trimmed = text.trimmed();
-    if (!isPlainNumber(trimmed))
+    if (!isPlainNumber(QStringView(trimmed)))
         return std::nullopt;
     bool ok = false;
     const double value = trimmed.toDouble(&ok);
+    return ok ? std::optional(value) : std::nullopt;
+}
+
+std::optional<double> decimal(QByteArrayView text)
+{
+    if (!isPlainNumber(QLatin1StringView(text))) // there may be blanks of any kind around it
+        return decimal(QString::fromUtf8(text));
+    bool ok = false;
+    const double value = text.toDouble(&ok);
     return ok ? std::optional(value) : std::nullopt;
 }
 

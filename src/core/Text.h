@@ -22,6 +22,8 @@ QString trimBlanks(const QString &text);
 
 /// A plain decimal number ("24.5", ".75", "-3"), blanks around it allowed. No exponent, no thousands separator.
 std::optional<double> decimal(const QString &text);
+/// The same for UTF-8.
+std::optional<double> decimal(QByteArrayView text);
 
 /// The number in a typed text; 0 if the text is not a number.
 double decimalOrZero(const QString &text);

@@ -1,9 +1,9 @@
 #include "records/ChainHashes.h"
 
-#include <QCryptographicHash>
-#include <QtEndian>
+#include "records/SealedValue.h"
 
-#include <bit>
+#include <algorithm>
+#include <cstddef>
 
 namespace parcelory::LogChain {
 using ShipmentLogRows::NewRow;
@@ -13,28 +13,15 @@ namespace {
 /// How many of the sealed columns belong to each part of a row but the status, in the order of Part.
 constexpr int columnsOfPart[] = {1, 3, 3, 4, 2, 4, 1, 5};
 
-void addNumber(QByteArray &text, qint64 number)
-{
-    const qint64 bytes = qToLittleEndian(number);
-    text.append(reinterpret_cast<const char *>(&bytes), sizeof bytes);
-}
-
-void addBytes(QByteArray &text, QByteArrayView bytes)
-{
-    addNumber(text, bytes.size());
-    text.append(bytes);
-}
-
-/// Adds a value with its type and length, so that no two rows give the same bytes. `Row`: a Statement or a NewRow.
-template <class Row>
-void addValue(QByteArray &text, const Row &row, int column)
+void addValue(QByteArray &text, const Statement &row, int column)
 {
     const Statement::Kind kind = row.kind(column);
-    addNumber(text, qint64(kind));
-    if (kind == Statement::Kind::number)
-        addNumber(text, std::bit_cast<qint64>(row.real(column)));
-    else if (kind != Statement::Kind::null)
-        addBytes(text, row.bytes(column));
+    const bool isNumber = kind == Statement::Kind::number;
+    const double real = isNumber ? row.real(column) : 0;
+    const QByteArrayView bytes = isNumber ? QByteArrayView() : row.bytes(column);
+    const qsizetype start = text.size();
+    text.resize(start + valueHead + bytes.size());
+    text.truncate(putValue(text.data() + start, kind, real, bytes) - text.constData());
 }
 
 QByteArray hashOf(const QByteArray &text)
@@ -42,22 +29,65 @@ QByteArray hashOf(const QByteArray &text)
     return QCryptographicHash::hash(text, QCryptographicHash::Blake2b_256);
 }
 
-/// Enough for the texts of an entry, and of most parts of a row: a text that grows byte by byte takes longer than its
-/// hash.
-QByteArray emptyText()
+void keep(RowHashes &hashes, int part, QByteArrayView hash)
 {
-    QByteArray text;
-    text.reserve(512);
-    return text;
+    std::ranges::copy(hash.first(keptBytes), hashes.kept.begin() + part * keptBytes);
 }
 
-/// One hash after the other.
-template <class Row>
-QByteArray partsFrom(const Row &row, int column)
+} // namespace
+
+RowHashes hashesOf(const Statement &row)
 {
+    RowHashes hashes;
+    const QByteArray parts = partsOf(row);
+    std::ranges::copy(parts, hashes.parts.begin());
+    for (int part = 0; part < partCount; ++part)
+        keep(hashes, part, hashOfPart(parts, part));
+    keep(hashes, partCount, keptStatusOf(row));
+    return hashes;
+}
+
+QByteArrayView RowHasher::hashOf(int part, QByteArrayView text)
+{
+    Hashed &last = m_last[std::size_t(part)];
+    if (last.hash.isEmpty() || text != last.text) {
+        last.text.truncate(0); // keeps its memory
+        last.text += text;
+        m_hash.reset();
+        m_hash.addData(text);
+        last.hash.truncate(0);
+        last.hash += m_hash.resultView();
+    }
+    return last.hash;
+}
+
+RowHashes RowHasher::hashesOf(const NewRow &row)
+{
+    RowHashes hashes;
+    int column = 0;
+    for (int part = 0; part < partCount; ++part) {
+        const QByteArrayView hash = hashOf(part, row.sealed(column, columnsOfPart[part]));
+        column += columnsOfPart[part];
+        std::ranges::copy(hash, hashes.parts.begin() + part * hashBytes);
+        keep(hashes, part, hash);
+    }
+    // No refund is noted yet, which is a null.
+    const QByteArrayView status = row.sealed(NewRow::statusColumn, 1);
+    QByteArray text(status.size() + valueHead, Qt::Uninitialized);
+    std::ranges::copy(status, text.begin());
+    text.truncate(putValue(text.data() + status.size(), Statement::Kind::null, 0, {}) - text.constData());
+    keep(hashes, partCount, hashOf(partCount, text));
+    return hashes;
+}
+
+QByteArray partsOf(const Statement &row)
+{
+    constexpr qsizetype mostTexts = 512; // of most parts: a text that grows byte by byte takes longer than its hash
     QCryptographicHash hash(QCryptographicHash::Blake2b_256);
-    QByteArray hashes, text = emptyText();
+    QByteArray hashes, text;
     hashes.reserve(partCount * hashBytes);
+    text.reserve(mostTexts);
+    int column = firstPartColumn;
     for (const int count : columnsOfPart) {
         text.truncate(0);
         for (const int end = column + count; column < end; ++column)
@@ -69,42 +99,6 @@ QByteArray partsFrom(const Row &row, int column)
     return hashes;
 }
 
-QByteArray keptStatusOf(const NewRow &row)
-{
-    QByteArray text;
-    addValue(text, row, NewRow::statusColumn);
-    addNumber(text, qint64(Statement::Kind::null)); // no refund is noted yet
-    return hashOf(text).first(keptBytes);
-}
-
-template <class Row>
-RowHashes hashesFrom(const Row &row, int firstColumn, const QByteArray &keptStatus)
-{
-    RowHashes hashes{.parts = partsFrom(row, firstColumn), .kept = {}};
-    hashes.kept.reserve((partCount + 1) * keptBytes);
-    for (int part = 0; part < partCount; ++part)
-        hashes.kept += hashOfPart(hashes.parts, part).first(keptBytes);
-    hashes.kept += keptStatus;
-    return hashes;
-}
-
-} // namespace
-
-RowHashes hashesOf(const NewRow &row)
-{
-    return hashesFrom(row, 0, keptStatusOf(row));
-}
-
-RowHashes hashesOf(const Statement &row)
-{
-    return hashesFrom(row, firstPartColumn, keptStatusOf(row));
-}
-
-QByteArray partsOf(const Statement &row)
-{
-    return partsFrom(row, firstPartColumn);
-}
-
 QByteArray hashOf(const Statement &row, int column)
 {
     QByteArray text;
@@ -112,9 +106,9 @@ QByteArray hashOf(const Statement &row, int column)
     return hashOf(text);
 }
 
-QByteArrayView hashOfPart(const QByteArray &parts, int part)
+QByteArrayView hashOfPart(QByteArrayView parts, int part)
 {
-    return QByteArrayView(parts).sliced(part * hashBytes, hashBytes);
+    return parts.sliced(part * hashBytes, hashBytes);
 }
 
 QByteArray keptStatusOf(const Statement &row)
@@ -125,16 +119,17 @@ QByteArray keptStatusOf(const Statement &row)
     return hashOf(text).first(keptBytes);
 }
 
-QByteArray chained(const QByteArray &before, qint64 shipment, const QByteArray &kind, const QByteArray &kept,
-                   const QByteArray &parts)
+QByteArray chained(QByteArrayView before, qint64 shipment, QByteArrayView kind, QByteArrayView kept,
+                   QByteArrayView parts)
 {
-    QByteArray text = emptyText();
-    text += before;
-    addNumber(text, shipment);
-    addBytes(text, kind);
-    addBytes(text, kept);
+    constexpr qsizetype lengths = 3 + partCount; // numbers beside the bytes
+    QByteArray text(before.size() + kind.size() + kept.size() + parts.size() + lengths * qsizetype(sizeof(qint64)),
+                    Qt::Uninitialized);
+    char *at = std::ranges::copy(before, text.data()).out;
+    at = putBytes(putBytes(putNumber(at, shipment), kind), kept);
     for (int part = 0; part < parts.size() / hashBytes; ++part)
-        addBytes(text, hashOfPart(parts, part));
+        at = putBytes(at, hashOfPart(parts, part));
+    text.truncate(at - text.constData());
     return hashOf(text);
 }
 

@@ -14,6 +14,8 @@ constexpr qint64 msecsPerMinute = 60 * 1000;
 constexpr qint64 msecsPerDay = 24 * 60 * msecsPerMinute;
 const QDate epoch(1970, 1, 1);
 
+constexpr QByteArrayView usualForm = "00/00/00 00:00 _M";
+
 struct Written {
     QDate date;
     QTime time;
@@ -38,24 +40,21 @@ std::optional<Written> written(QDate date, int hour, int minute, int second, Clo
 }
 
 /// Reads what text() writes, "11/20/26 02:41 PM"; readAny() reads other spellings, more slowly.
-std::optional<Written> readUsual(QStringView text)
+std::optional<Written> readUsual(QByteArrayView text)
 {
-    constexpr QStringView form = u"00/00/00 00:00 _M";
-    if (text.size() != form.size())
+    if (text.size() != usualForm.size())
         return std::nullopt;
-    for (qsizetype at = 0; at < form.size(); ++at) {
-        const bool isDigit = text[at] >= u'0' && text[at] <= u'9';
-        if (form[at] == u'0' ? !isDigit : form[at] != u'_' && form[at] != text[at])
+    for (qsizetype at = 0; at < usualForm.size(); ++at) {
+        const bool isDigit = text[at] >= '0' && text[at] <= '9';
+        if (usualForm[at] == '0' ? !isDigit : usualForm[at] != '_' && usualForm[at] != text[at])
             return std::nullopt;
     }
-    const QChar half = text[15];
-    if (half != u'A' && half != u'P')
+    const char half = text[15];
+    if (half != 'A' && half != 'P')
         return std::nullopt;
-    const auto number = [text](qsizetype at) {
-        return (text[at].unicode() - u'0') * 10 + (text[at + 1].unicode() - u'0');
-    };
+    const auto number = [text](qsizetype at) { return (text[at] - '0') * 10 + (text[at + 1] - '0'); };
     return written(QDate(fullYear(number(6)), number(0), number(3)), number(9), number(12), 0,
-                   half == u'P' ? Clock::pm : Clock::am);
+                   half == 'P' ? Clock::pm : Clock::am);
 }
 
 /// 1 to 12 for an English name of a month or its first three letters; otherwise 0.
@@ -72,7 +71,7 @@ int monthNamed(QStringView name)
 }
 
 /// Reads the forms in which spreadsheets and other programs save dates.
-std::optional<Written> readAny(QStringView text)
+std::optional<Written> readAny(const QString &text)
 {
     const auto formOf = [](const QString &date) {
         const QString time = u"(?:(?:,? |T)(?<hour>\\d{1,2}):(?<minute>\\d{2})(?::(?<second>\\d{2})(?:\\.\\d+)?)?"
@@ -85,7 +84,7 @@ std::optional<Written> readAny(QStringView text)
         formOf(u"(?<d>\\d{1,2})\\.(?<m>\\d{1,2})\\.(?<y>\\d{4}|\\d{2})"_s),           // 20.11.2026
         formOf(u"(?<d>\\d{1,2})[- ](?<m>[A-Z]{3,9})\\.?[- ,]+(?<y>\\d{4}|\\d{2})"_s), // 20-Nov-26
         formOf(u"(?<m>[A-Z]{3,9})\\.? (?<d>\\d{1,2}),? (?<y>\\d{4})"_s)};             // Nov 20, 2026
-    const QString plain = text.toString().simplified();
+    const QString plain = text.simplified();
     QRegularExpressionMatch match;
     for (const QRegularExpression &form : forms) {
         if (match = form.match(plain); match.hasMatch())
@@ -122,45 +121,45 @@ std::optional<qint64> EndiciaDates::usualOffset(qint64 day)
     const auto atNoon = [day](int later) {
         return QDateTime(epoch.addDays(day + later), QTime(12, 0)).offsetFromUtc() * qint64(1000);
     };
-    std::optional<qint64> offset = atNoon(0);
+    const qint64 today = atNoon(0);
+    std::optional<qint64> offset = today;
     for (const int later : {-2, -1, 1, 2}) {
-        if (atNoon(later) != atNoon(0))
+        if (atNoon(later) != today)
             offset = std::nullopt;
     }
     return *m_offsets.insert(day, offset);
 }
 
-QString EndiciaDates::text(qint64 msecsSinceEpoch)
+QByteArrayView EndiciaDates::text(qint64 msecsSinceEpoch)
 {
     constexpr qint64 in2100 = 47482 * msecsPerDay;
     const bool isUsual = msecsSinceEpoch >= msecsPerDay && msecsSinceEpoch < in2100;
     const std::optional<qint64> offset = isUsual ? usualOffset(msecsSinceEpoch / msecsPerDay) : std::nullopt;
     if (!offset)
-        return QDateTime::fromMSecsSinceEpoch(msecsSinceEpoch).toString(u"MM/dd/yy hh:mm AP"_s);
+        return m_text = QDateTime::fromMSecsSinceEpoch(msecsSinceEpoch).toString(u"MM/dd/yy hh:mm AP"_s).toLatin1();
     const qint64 local = msecsSinceEpoch + *offset;
     int year = 0, month = 0, day = 0;
     epoch.addDays(local / msecsPerDay).getDate(&year, &month, &day);
     const int minutes = int(local % msecsPerDay / msecsPerMinute), hour = minutes / 60;
-    QString text = u"00/00/00 00:00 AM"_s;
-    const auto put = [&text](qsizetype at, int number) {
-        text[at] = QChar(u'0' + number / 10);
-        text[at + 1] = QChar(u'0' + number % 10);
+    m_text.replace(0, m_text.size(), usualForm);
+    const auto put = [written = m_text.data()](qsizetype at, int number) {
+        written[at] = char('0' + number / 10);
+        written[at + 1] = char('0' + number % 10);
     };
     put(0, month);
     put(3, day);
     put(6, year % 100);
     put(9, (hour + 11) % 12 + 1);
     put(12, minutes % 60);
-    if (hour >= 12)
-        text[15] = u'P';
-    return text;
+    m_text[15] = hour < 12 ? 'A' : 'P';
+    return m_text;
 }
 
-std::optional<qint64> EndiciaDates::parse(QStringView text)
+std::optional<qint64> EndiciaDates::parse(QByteArrayView text)
 {
     std::optional<Written> read = readUsual(text);
     if (!read)
-        read = readAny(text);
+        read = readAny(QString::fromUtf8(text));
     if (!read)
         return std::nullopt;
     const auto [date, time, written] = *read;

@@ -2,14 +2,14 @@
 
 #include "core/Text.h"
 #include "records/EndiciaDates.h"
-#include "records/ShipmentRecord.h"
 #include "records/StatusWords.h"
 
+#include <QByteArrayList>
 #include <QStringList>
-#include <QTimeZone>
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <cmath>
 #include <optional>
 
@@ -20,13 +20,22 @@ namespace {
 
 constexpr std::size_t requiredFields = 12;
 
-QString importedWeight(double ounces)
-{
-    const double pounds = std::floor(ounces * 0.0625);
-    if (pounds > 0)
-        return fixed(pounds, 0) + u" lb "_s + general(ounces - 16 * pounds) + u" oz"_s;
-    return general(ounces) + u" oz"_s;
-}
+/// A number as fixed() and general() write it, in memory of its own: an export writes millions.
+class Digits {
+public:
+    Digits(double value, std::chars_format format, int precision)
+        : m_end(std::to_chars(m_text.begin(), m_text.end(), value, format, precision).ptr)
+    {
+    }
+    Digits(const Digits &) = delete;
+    Digits &operator=(const Digits &) = delete;
+
+    QByteArrayView text() const { return {m_text.data(), m_end}; }
+
+private:
+    std::array<char, 320> m_text; // the longest double has 309 digits before the point
+    const char *m_end;
+};
 
 bool isAsciiNewline(char byte)
 {
@@ -55,6 +64,12 @@ qsizetype newlineAt(const char *at, const char *end)
     return 0;
 }
 
+QByteArrayView withoutMark(QByteArrayView text)
+{
+    const QByteArrayView byteOrderMark = "\xEF\xBB\xBF";
+    return text.startsWith(byteOrderMark) ? text.sliced(byteOrderMark.size()) : text;
+}
+
 /// Without the blanks around it; a field contains no tab.
 QByteArrayView trimmed(QByteArrayView field)
 {
@@ -62,24 +77,29 @@ QByteArrayView trimmed(QByteArrayView field)
         field = field.sliced(1);
     while (field.endsWith(' '))
         field.chop(1);
-    return field;
+    return withoutMark(field);
 }
 
-void appendField(QByteArray &text, QByteArrayView field)
+/// True for ASCII without control characters, as nearly all fields are.
+bool isPlain(QByteArrayView field)
 {
-    const auto isPlain = [](char byte) {
-        return static_cast<unsigned char>(byte) < 0x80 && byte != '\t' && !isAsciiNewline(byte);
-    };
-    if (std::all_of(field.begin(), field.end(), isPlain)) {
-        text += field;
-        return;
-    }
+    bool isPlain = true;
+    for (const char byte : field) // all bytes: without a branch, it looks at many at a time
+        isPlain &= static_cast<signed char>(byte) >= ' ';
+    return isPlain;
+}
+
+/// Valid UTF-8 with blanks instead of tabs and line breaks.
+QByteArray onOneLine(QByteArrayView field)
+{
+    QByteArray text;
     const QByteArray valid = QString::fromUtf8(field).toUtf8();
     for (const char *at = valid.begin(), *const end = valid.end(); at != end;) {
         const qsizetype breaking = *at == '\t' ? 1 : newlineAt(at, end);
         text += breaking ? ' ' : *at;
         at += std::max<qsizetype>(breaking, 1);
     }
+    return text;
 }
 
 } // namespace
@@ -98,29 +118,38 @@ void append(QByteArray &text, const Line &line, EndiciaDates &dates)
 {
     const std::optional<LogStatus> status = logStatusFrom(line.status);
     const bool plainStatus = status == LogStatus::printed || status == LogStatus::delivered;
-    const QByteArray date = dates.text(line.createdAt).toLatin1();
-    const QByteArray postage = fixed(line.postage, 2).toLatin1();
-    const QByteArray ounces = line.weightOz > 0 ? general(std::round(line.weightOz)).toLatin1() : QByteArray();
-    const QByteArrayView fields[] = {plainStatus ? QByteArrayView() : line.status,
-                                     "Stamp",
-                                     date,
-                                     line.transactionID,
-                                     line.recipient,
-                                     line.zip11,
-                                     postage,
-                                     ounces,
-                                     line.balance,
-                                     line.service,
-                                     line.services,
-                                     line.tracking,
-                                     line.declaredValue,
-                                     line.descriptionText,
-                                     line.reference,
-                                     line.groupCode,
-                                     line.email};
+    const Digits postage(line.postage, std::chars_format::fixed, 2);
+    const Digits ounces(std::round(line.weightOz), std::chars_format::general, 6);
+    QByteArrayView fields[] = {plainStatus ? QByteArrayView() : line.status,
+                               "Stamp",
+                               dates.text(line.createdAt.value_or(0)),
+                               line.transactionID,
+                               line.recipient,
+                               line.zip11,
+                               postage.text(),
+                               line.weightOz > 0 ? ounces.text() : QByteArrayView(),
+                               line.balance,
+                               line.service,
+                               line.services,
+                               line.tracking,
+                               line.declaredValue,
+                               line.descriptionText,
+                               line.reference,
+                               line.groupCode,
+                               line.email};
+    QByteArrayList changed;
+    qsizetype size = 0;
+    for (QByteArrayView &field : fields) {
+        if (!isPlain(field))
+            field = changed.emplaceBack(onOneLine(field));
+        size += field.size() + 1;
+    }
+    const qsizetype start = text.size();
+    text.resize(start + size);
+    char *at = text.data() + start;
     for (const QByteArrayView &field : fields) {
-        appendField(text, field);
-        text += '\t';
+        at = std::copy(field.begin(), field.end(), at);
+        *at++ = '\t';
     }
     text.back() = '\n';
 }
@@ -128,7 +157,8 @@ void append(QByteArray &text, const Line &line, EndiciaDates &dates)
 QByteArrayView takeLine(QByteArrayView &text)
 {
     const char *start = text.begin(), *at = start, *const end = text.end();
-    while (at != end) {
+    const auto mayEnd = [](char byte) { return mayEndLine[static_cast<unsigned char>(byte)]; };
+    while ((at = std::find_if(at, end, mayEnd)) != end) {
         const qsizetype newline = newlineAt(at, end);
         if (newline && at != start)
             break;
@@ -136,6 +166,18 @@ QByteArrayView takeLine(QByteArrayView &text)
         if (newline)
             start = at;
     }
+    text = QByteArrayView(at, end);
+    return {start, at};
+}
+
+QByteArrayView takeLines(QByteArrayView &text, qsizetype size)
+{
+    const char *const start = text.begin(), *const end = text.end();
+    const char *at = start + std::min(size, text.size());
+    while (at != end && !newlineAt(at, end))
+        ++at;
+    if (at != end)
+        at += QByteArrayView(at, end).startsWith("\r\n") ? 2 : newlineAt(at, end);
     text = QByteArrayView(at, end);
     return {start, at};
 }
@@ -170,48 +212,49 @@ QByteArray trackingOf(QByteArrayView line)
     return trimBlanks(QString::fromUtf8(line.sliced(start, (end < 0 ? line.size() : end) - start))).toUtf8();
 }
 
-std::optional<ShipmentRecord> parse(QByteArrayView line, EndiciaDates &dates)
+std::optional<Line> parse(QByteArrayView line, EndiciaDates &dates)
 {
-    const QByteArrayView mark = "\xEF\xBB\xBF";
-    std::array<QString, 17> fields;
+    std::array<QByteArrayView, 17> fields;
     std::size_t count = 0;
-    QByteArrayView rest = line.startsWith(mark) ? line.sliced(mark.size()) : line;
+    QByteArrayView rest = withoutMark(line);
     if (rest.startsWith("Status\t"))
         return std::nullopt;
     for (bool isLast = false; !isLast; ++count) {
         const qsizetype tab = rest.indexOf('\t');
         isLast = tab < 0;
         if (count < fields.size())
-            fields[count] = QString::fromUtf8(trimmed(isLast ? rest : rest.first(tab)));
+            fields[count] = trimmed(isLast ? rest : rest.first(tab));
         if (!isLast)
             rest = rest.sliced(tab + 1);
     }
     if (count < requiredFields)
         return std::nullopt;
+    return Line{.status = fields[0], // as read, even if empty
+                .createdAt = dates.parse(fields[2]),
+                .transactionID = fields[3],
+                .recipient = fields[4],
+                .zip11 = fields[5],
+                .postage = decimal(QByteArrayView(fields[6].toByteArray().replace(',', ""))).value_or(0),
+                .weightOz = decimal(fields[7]).value_or(0),
+                .balance = fields[8],
+                .service = fields[9],
+                .services = fields[10],
+                .tracking = fields[11],
+                .declaredValue = fields[12],
+                .descriptionText = fields[13],
+                .reference = fields[14],
+                .groupCode = fields[15],
+                .email = fields[16]};
+}
 
-    const std::optional<qint64> date = dates.parse(fields[2]);
-    ShipmentRecord record{.createdAt = date ? QDateTime::fromMSecsSinceEpoch(*date, QTimeZone::utc()) : QDateTime()};
-    record.carrier = u"USPS"_s;
-    record.status = fields[0]; // as read, even if empty
-    record.transactionID = fields[3];
-    record.recipient = fields[4];
-    record.zip11 = fields[5];
-    record.postage = decimalOrZero(fields[6].remove(u','));
-    if (const auto ounces = decimal(fields[7])) {
-        record.weightOz = *ounces;
-        if (*ounces > 0)
-            record.weight = importedWeight(*ounces);
-    }
-    record.balance = fields[8];
-    record.service = fields[9];
-    record.services = fields[10];
-    record.tracking = fields[11];
-    record.declaredValue = fields[12];
-    record.descriptionText = fields[13];
-    record.reference = fields[14];
-    record.groupCode = fields[15];
-    record.email = fields[16];
-    return record;
+QByteArray shownWeight(double ounces)
+{
+    if (!(ounces > 0))
+        return {};
+    const double pounds = std::floor(ounces * 0.0625);
+    const Digits whole(pounds, std::chars_format::fixed, 0);
+    const Digits rest(pounds > 0 ? ounces - 16 * pounds : ounces, std::chars_format::general, 6);
+    return (pounds > 0 ? whole.text().toByteArray() + " lb " : QByteArray()) + rest.text().toByteArray() + " oz";
 }
 
 } // namespace parcelory::EndiciaFormat

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "records/EndiciaDates.h"
-#include "records/ShipmentRecord.h"
 
+#include <QByteArray>
 #include <QByteArrayView>
 #include <QString>
 
@@ -20,7 +20,7 @@ QString header();
 /// The fields of a shipment's line. Texts are UTF-8.
 struct Line {
     QByteArrayView status;
-    qint64 createdAt = 0; ///< milliseconds since 1970
+    std::optional<qint64> createdAt = 0; ///< milliseconds since 1970; nothing if a line's date is in no known form
     QByteArrayView transactionID, recipient, zip11;
     double postage = 0, weightOz = 0;
     QByteArrayView balance, service, services, tracking, declaredValue, descriptionText, reference, groupCode, email;
@@ -33,6 +33,10 @@ void append(QByteArray &text, const Line &line, EndiciaDates &dates);
 /// no line is left.
 QByteArrayView takeLine(QByteArrayView &text);
 
+/// Removes whole lines of about so many bytes from the front of a UTF-8 text and returns them with their line ends, or
+/// all of the text. A longer line is not divided.
+QByteArrayView takeLines(QByteArrayView &text, qsizetype size);
+
 /// How many lines end in a UTF-8 text; a carriage return with its line feed is one end.
 int lineEnds(QByteArrayView text);
 
@@ -42,9 +46,12 @@ bool isHeaderOrBlank(QByteArrayView line);
 /// The tracking number of a shipment's line; empty for any other line.
 QByteArray trackingOf(QByteArrayView line);
 
-/// The record of one line, without a date if the line's date is in no known form; nothing for the header and for lines
-/// with fewer than 12 fields.
-std::optional<ShipmentRecord> parse(QByteArrayView line, EndiciaDates &dates);
+/// The fields of one line, whose bytes must outlive them; nothing for the header and for lines with fewer than 12
+/// fields.
+std::optional<Line> parse(QByteArrayView line, EndiciaDates &dates);
+
+/// The weight of an imported shipment for display: "1 lb 8.5 oz"; empty if it is unknown.
+QByteArray shownWeight(double ounces);
 
 } // namespace EndiciaFormat
 } // namespace parcelory

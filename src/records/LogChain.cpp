@@ -78,15 +78,15 @@ Sealer::Table Sealer::tableIn(Database &db)
     return {.isThere = db.exec(schema), .isNew = !hasRows};
 }
 
-bool Sealer::append(qint64 shipment, const QByteArray &kind, const QByteArray &kept, const QByteArray &parts)
+bool Sealer::append(qint64 shipment, QByteArrayView kind, QByteArrayView kept, QByteArrayView parts)
 {
     if (!m_last || !m_entry.isPrepared())
         return false;
     m_last->hash = chained(m_last->hash, shipment, kind, kept, parts);
     m_entry.bind(1, shipment);
-    m_entry.bind(2, QString::fromLatin1(kind));
-    m_entry.bind(3, std::optional(kept));
-    m_entry.bind(4, std::optional(m_last->hash));
+    m_entry.bindInPlace(2, kind);
+    m_entry.bindBlobInPlace(3, kept);
+    m_entry.bindBlobInPlace(4, m_last->hash);
     return m_entry.execute();
 }
 
@@ -96,11 +96,6 @@ bool Sealer::seal(qint64 shipment)
         return false;
     const RowHashes hashes = hashesOf(m_row);
     m_row.reset();
-    return seal(shipment, hashes);
-}
-
-bool Sealer::seal(qint64 shipment, const RowHashes &hashes)
-{
     return append(shipment, labelKind, hashes.kept, hashes.parts);
 }
 

@@ -63,8 +63,6 @@ public:
 
     /// Seals a row that was just stored. False if a statement failed.
     [[nodiscard]] bool seal(qint64 shipment);
-    /// The same for a row whose hashes are known: hashesOf() the stored row.
-    [[nodiscard]] bool seal(qint64 shipment, const RowHashes &hashes);
     /// Seals the new status of a row; a row that is gone has none. False if a statement failed.
     [[nodiscard]] bool sealStatus(qint64 shipment);
     /// Seals the bytes of a label that were downloaded after the purchase; a row without such bytes needs no entry.
@@ -78,7 +76,7 @@ private:
         bool isNew;
     };
     static Table tableIn(Database &db);
-    bool append(qint64 shipment, const QByteArray &kind, const QByteArray &kept, const QByteArray &parts = {});
+    bool append(qint64 shipment, QByteArrayView kind, QByteArrayView kept, QByteArrayView parts = {});
 
     const Table m_table;
     Statement m_row;

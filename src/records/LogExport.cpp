@@ -11,7 +11,8 @@ namespace parcelory::LogExport {
 namespace {
 
 const QByteArray columns = "status, created_at, transaction_id, recipient, zip11, postage, weight_oz, balance, service,"
-                           " services, tracking, declared_value, description, reference, group_code, email";
+                           " services, tracking, declared_value, description, reference, group_code, email, id";
+constexpr int idColumn = 16;
 
 const char *const index = "CREATE INDEX IF NOT EXISTS idx_shipments_exported ON shipments(created_at, id, status,"
                           " transaction_id, recipient, zip11, postage, weight_oz, balance, service, services, tracking,"
@@ -76,8 +77,7 @@ LineReader::LineReader(const QString &path)
         m_range.emplace(m_db, "SELECT " + columns +
                                   " FROM shipments INDEXED BY idx_shipments_exported"
                                   " WHERE (created_at, id) >= ((SELECT created_at FROM shipments WHERE id = ?1), ?1)"
-                                  " AND (created_at, id) <= ((SELECT created_at FROM shipments WHERE id = ?2), ?2)"
-                                  " ORDER BY created_at, id");
+                                  " ORDER BY created_at, id LIMIT ?2");
 }
 
 LineReader::~LineReader()
@@ -96,10 +96,12 @@ bool LineReader::readRange(std::span<const qint64> ids, QByteArray &lines)
     if (!m_range || ids.empty())
         return ids.empty();
     m_range->bind(1, ids.front());
-    m_range->bind(2, ids.back());
+    m_range->bind(2, qint64(ids.size()));
     std::size_t count = 0;
-    for (; m_range->step(); ++count)
+    while (m_range->step() && m_range->integer(idColumn) == ids[count]) {
         EndiciaFormat::append(lines, lineOf(*m_range), m_dates);
+        ++count;
+    }
     const bool isComplete = m_range->isComplete();
     m_range->reset();
     return isComplete && count == ids.size();
@@ -107,8 +109,10 @@ bool LineReader::readRange(std::span<const qint64> ids, QByteArray &lines)
 
 std::optional<QByteArray> LineReader::read(std::span<const qint64> ids)
 {
+    constexpr qsizetype usualLine = 256;
     const Snapshot snapshot(m_db); // one lock for all rows, released before they are written
     QByteArray lines;
+    lines.reserve(qsizetype(ids.size()) * usualLine);
     if (readRange(ids, lines))
         return lines;
     lines.clear();

@@ -7,8 +7,8 @@
 #include "records/LogChain.h"
 #include "records/NewRows.h"
 #include "records/ShipmentLogRows.h"
-#include "records/ShipmentRecord.h"
 
+#include <QDateTime>
 #include <QFuture>
 #include <QSet>
 
@@ -23,13 +23,13 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Lines between two progress reports.
-constexpr std::size_t portion = 2000;
+/// Bytes between two progress reports: about a thousand lines.
+constexpr qsizetype portion = 256 * 1024;
 
 /// Reads a file line by line.
 class MailLines {
 public:
-    explicit MailLines(const QByteArray &text) : m_rest(text) {}
+    explicit MailLines(QByteArrayView text) : m_rest(text) {}
 
     /// False if no line is left.
     bool next()
@@ -39,10 +39,9 @@ public:
         number += EndiciaFormat::lineEnds(before.first(line.data() - before.data()));
         return !line.isEmpty();
     }
-    qsizetype left() const { return m_rest.size(); }
 
     QByteArrayView line;
-    int number = 1; ///< of `line`
+    int number = 1; ///< of `line`, or the number of line ends and one if no line is left
 
 private:
     QByteArrayView m_rest;
@@ -72,109 +71,130 @@ std::optional<QSet<QByteArray>> knownTracking(const Database &db, const QByteArr
     return rows.isComplete() ? std::optional(known) : std::nullopt;
 }
 
-struct Line {
-    QByteArrayView text;
-    int number;
+/// Lines that were read.
+struct Portion {
+    std::vector<ShipmentLogRows::NewRow> rows;
+    struct Undated {
+        std::size_t row;
+        int line;
+    };
+    std::vector<Undated> undated;
+    QList<int> skipped; ///< lines that should be a shipment but are not
+    int known = 0;      ///< lines whose tracking number is in the log
+    int lineEnds = 0;
 };
 
-/// A line that was read: a shipment, or a line that should be but is not.
-struct ReadLine {
-    int number = 0;
-    bool isDated = true;
-    std::optional<NewRows::Hashed> row;
-};
+ShipmentLogRows::NewRow rowOf(const EndiciaFormat::Line &line)
+{
+    const qint64 createdAt = line.createdAt ? *line.createdAt : QDateTime::currentMSecsSinceEpoch();
+    return ShipmentLogRows::NewRow({.createdAt = ShipmentLogRows::secondsOf(createdAt),
+                                    .carrier = "USPS",
+                                    .service = line.service,
+                                    .services = line.services,
+                                    .postage = line.postage,
+                                    .balance = line.balance,
+                                    .declaredValue = line.declaredValue,
+                                    .recipient = line.recipient,
+                                    .zip11 = line.zip11,
+                                    .email = line.email,
+                                    .tracking = line.tracking,
+                                    .transactionID = line.transactionID,
+                                    .weight = EndiciaFormat::shownWeight(line.weightOz),
+                                    .weightOz = line.weightOz,
+                                    .descriptionText = line.descriptionText,
+                                    .reference = line.reference,
+                                    .groupCode = line.groupCode,
+                                    .status = line.status});
+}
 
-/// Reads and hashes lines on a pool thread. Two of them work beside the storing of rows, which is half of an import.
+/// Reads lines on a pool thread, beside the storing of rows.
 class LineReader {
 public:
     LineReader() = default;
     ~LineReader()
     {
-        if (!m_reading.isValid()) // a result that was taken is never finished
-            return;
-        try {
-            m_reading.waitForFinished();
-        } catch (...) { // a destructor must not throw what read() threw
-            return;
-        }
+        if (m_reading.isValid()) // a result that was taken is never finished
+            waitForEnd(m_reading);
     }
     LineReader(const LineReader &) = delete;
     LineReader &operator=(const LineReader &) = delete;
 
-    void start(std::vector<Line> lines)
+    /// Counts known lines; `mode` tells whether they are read. Line numbers are of `text`.
+    void start(QByteArrayView text, const QSet<QByteArray> &known, KnownRows mode)
     {
-        m_reading = QtConcurrent::run(&workPool(), [this, lines = std::move(lines)] { return read(lines); });
+        m_reading = QtConcurrent::run(&workPool(), [this, text, &known, mode] { return read(text, known, mode); });
     }
-    std::vector<ReadLine> result() { return m_reading.takeResult(); }
+    Portion result() { return m_reading.takeResult(); }
 
 private:
-    std::vector<ReadLine> read(const std::vector<Line> &lines);
+    Portion read(QByteArrayView text, const QSet<QByteArray> &known, KnownRows mode);
 
     EndiciaDates m_dates;
-    QFuture<std::vector<ReadLine>> m_reading;
+    QFuture<Portion> m_reading;
 };
 
-std::vector<ReadLine> LineReader::read(const std::vector<Line> &lines)
+Portion LineReader::read(QByteArrayView text, const QSet<QByteArray> &known, KnownRows mode)
 {
-    std::vector<ReadLine> read;
-    read.reserve(lines.size());
-    for (const Line &line : lines) {
-        if (std::optional<ShipmentRecord> record = EndiciaFormat::parse(line.text, m_dates)) {
-            const bool isDated = record->createdAt.isValid();
-            if (!isDated)
-                record->createdAt = QDateTime::currentDateTime();
-            read.push_back({line.number, isDated, NewRows::hashed(ShipmentLogRows::NewRow(*record))});
-        } else if (!EndiciaFormat::isHeaderOrBlank(line.text)) {
-            read.push_back({line.number, true, std::nullopt});
+    Portion portion;
+    MailLines lines(text);
+    while (lines.next()) {
+        const std::optional<EndiciaFormat::Line> line = EndiciaFormat::parse(lines.line, m_dates);
+        if (!line) {
+            if (!EndiciaFormat::isHeaderOrBlank(lines.line))
+                portion.skipped += lines.number;
+            continue;
         }
+        const bool isKnown = !known.isEmpty() && known.contains(line->tracking.toByteArray());
+        portion.known += isKnown;
+        if (isKnown && mode == KnownRows::skip)
+            continue;
+        if (!line->createdAt)
+            portion.undated.push_back({.row = portion.rows.size(), .line = lines.number});
+        portion.rows.push_back(rowOf(*line));
     }
-    return read;
+    portion.lineEnds = lines.number - 1;
+    return portion;
 }
 
 /// Reads portions ahead.
 class ReadAhead {
 public:
-    explicit ReadAhead(const QByteArray &text) : m_lines(text)
+    ReadAhead(QByteArrayView text, const QSet<QByteArray> &known, KnownRows mode)
+        : m_rest(text), m_known(known), m_mode(mode)
     {
         for (LineReader &reader : m_readers)
             start(reader);
     }
 
-    std::vector<ReadLine> next()
+    Portion next()
     {
         LineReader &reader = m_readers[m_turn++ % m_readers.size()];
-        std::vector<ReadLine> lines = reader.result();
+        Portion portion = reader.result();
         m_left = m_leftAfter.takeFirst();
         start(reader);
-        return lines;
+        return portion;
     }
     /// Bytes after the lines of the last next().
     qsizetype left() const { return m_left; }
-    bool isOver() const { return m_isOver && m_leftAfter.isEmpty(); }
+    bool isOver() const { return m_leftAfter.isEmpty(); }
 
 private:
     void start(LineReader &reader)
     {
-        std::vector<Line> lines;
-        lines.reserve(portion);
-        while (!m_isOver && lines.size() < portion) {
-            if (m_lines.next())
-                lines.push_back({m_lines.line, m_lines.number});
-            else
-                m_isOver = true;
-        }
-        if (lines.empty())
+        if (m_rest.isEmpty())
             return;
-        m_leftAfter += m_lines.left();
-        reader.start(std::move(lines));
+        const QByteArrayView lines = EndiciaFormat::takeLines(m_rest, portion);
+        m_leftAfter += m_rest.size();
+        reader.start(lines, m_known, m_mode);
     }
 
-    MailLines m_lines;
+    QByteArrayView m_rest;
+    const QSet<QByteArray> &m_known;
+    const KnownRows m_mode;
     std::array<LineReader, 2> m_readers;
     std::size_t m_turn = 0;
     QList<qsizetype> m_leftAfter; ///< of the portions that are being read
     qsizetype m_left = 0;
-    bool m_isOver = false; ///< all lines are being read
 };
 
 /// The definitions of the indexes of the shipments, which are dropped: to build them after a large import takes less
@@ -195,11 +215,6 @@ std::optional<QList<QByteArray>> setIndexesAside(Database &db)
     return isDone ? std::optional(definitions) : std::nullopt;
 }
 
-bool isIn(const QSet<QByteArray> &known, const ShipmentLogRows::NewRow &row)
-{
-    return !known.isEmpty() && known.contains(row.bytes(ShipmentLogRows::NewRow::trackingColumn).toByteArray());
-}
-
 } // namespace
 
 std::optional<int> knownLines(const Database &db, const QByteArray &text)
@@ -216,6 +231,7 @@ std::optional<int> knownLines(const Database &db, const QByteArray &text)
 ImportReport appendLines(const QString &path, const QByteArray &text, KnownRows mode, const Progress &progress,
                          QString (*reasonOf)(const Database &))
 {
+    constexpr qint64 usualLine = 200; // bytes
     constexpr qint64 muchLarger = 10; // an index of more rows is not built again: that reads all labels
     Database db(path, Database::Threads::oneAtATime);
     const auto require = [&](bool done) {
@@ -232,38 +248,30 @@ ImportReport appendLines(const QString &path, const QByteArray &text, KnownRows 
     const std::optional<NewRows::Last> last = NewRows::last(db);
     require(last.has_value());
     std::optional<QList<QByteArray>> indexes = QList<QByteArray>();
-    if (text.count('\n') / muchLarger >= last->id)
+    if (text.size() / usualLine / muchLarger >= last->id)
         require((indexes = setIndexesAside(db)).has_value());
     ImportReport report;
     const ImportReport canceled{.isCanceled = true, .skippedLines = {}, .undatedLines = {}};
-    {
-        NewRows::Storage storage(db, *last);
-        for (ReadAhead ahead(text); !ahead.isOver();) {
-            std::vector<NewRows::Hashed> rows;
-            rows.reserve(portion);
-            for (ReadLine &line : ahead.next()) {
-                if (!line.row) {
-                    report.skippedLines += line.number;
-                    continue;
-                }
-                const bool isKnown = isIn(*known, line.row->row);
-                report.known += isKnown;
-                if (isKnown && mode == KnownRows::skip)
-                    continue;
-                rows.push_back(*std::move(line.row));
-                if (!line.isDated) {
-                    report.undatedLines += line.number;
-                    require(ShipmentLogRows::markUndated(db, storage.lastId() + qint64(rows.size())));
-                }
-            }
-            require(storage.store(rows));
-            report.imported += int(rows.size());
-            if (!ahead.isOver() && !progress.report(text.size() - ahead.left(), text.size()))
-                return canceled;
+    NewRows::Storage storage(db, *last);
+    int linesBefore = 0;
+    for (ReadAhead ahead(text, *known, mode); !ahead.isOver();) {
+        Portion portion = ahead.next();
+        for (const int line : std::as_const(portion.skipped))
+            report.skippedLines += linesBefore + line;
+        for (const auto [row, line] : portion.undated) {
+            report.undatedLines += linesBefore + line;
+            require(ShipmentLogRows::markUndated(db, storage.lastId() + qint64(row) + 1));
         }
+        report.imported += int(portion.rows.size());
+        require(storage.store(std::move(portion.rows)));
+        report.known += portion.known;
+        linesBefore += portion.lineEnds;
+        if (!ahead.isOver() && !progress.report(text.size() - ahead.left(), text.size()))
+            return canceled;
     }
     for (const QByteArray &index : std::as_const(*indexes))
         require(db.exec(index.constData()));
+    require(storage.seal());
     if (!progress.report(text.size(), text.size()))
         return canceled;
     require(db.exec("COMMIT"));

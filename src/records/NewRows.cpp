@@ -1,15 +1,21 @@
 #include "records/NewRows.h"
 
+#include "core/Task.h"
 #include "records/LogChain.h"
 #include "records/LogChainTable.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <utility>
 
 namespace parcelory::NewRows {
 using ShipmentLogRows::NewRow;
 
 namespace {
+
+/// Portions of rows, which keep their texts until they are hashed: about 60 MB. Hashing goes on while the indexes are
+/// built.
+constexpr std::size_t mostUnhashed = 64;
 
 /// A statement that inserts one row, for so many rows.
 QByteArray forRows(const QByteArray &sql, std::size_t rows)
@@ -18,12 +24,6 @@ QByteArray forRows(const QByteArray &sql, std::size_t rows)
 }
 
 } // namespace
-
-Hashed hashed(NewRow row)
-{
-    LogChain::RowHashes hashes = LogChain::hashesOf(row);
-    return {.row = std::move(row), .hashes = std::move(hashes)};
-}
 
 std::optional<Last> last(const Database &db)
 {
@@ -36,49 +36,77 @@ std::optional<Last> last(const Database &db)
 int bind(Statement &statement, int first, const NewRow &row)
 {
     using Kind = Statement::Kind;
-    static const int columns = int(NewRow::insertSql().count('?'));
-    for (int column = 0; column < columns; ++column, ++first) {
-        if (row.kind(column) == Kind::number)
+    for (int column = 0; column < NewRow::columns; ++column, ++first) {
+        switch (row.kind(column)) {
+        case Kind::number:
             statement.bind(first, row.real(column));
-        else if (row.kind(column) == Kind::text)
+            break;
+        case Kind::text:
             statement.bindInPlace(first, row.bytes(column));
-        else
-            statement.bind(first, row.kind(column) == Kind::blob ? std::optional(row.bytes(column).toByteArray())
-                                                                 : std::nullopt);
+            break;
+        case Kind::blob:
+            statement.bindBlobInPlace(first, row.bytes(column));
+            break;
+        case Kind::null:
+            statement.bind(first, std::nullopt);
+        }
     }
     return first;
 }
 
+Insertion::Insertion(const Database &db, const QByteArray &sql) : m_one(db, sql), m_group(db, forRows(sql, group)) {}
+
 Storage::Storage(Database &db, const Last &last)
-    : m_db(db), m_last(last), m_insert(db, NewRow::insertSql()), m_entry(db, LogChain::entrySql),
-      m_insertGroup(db, forRows(NewRow::insertSql(), group)), m_entryGroup(db, forRows(LogChain::entrySql, group))
+    : m_db(db), m_insertion(db, NewRow::insertSql()), m_lastId(last.id), m_chained{QtFuture::makeReadyFuture(last.hash)}
 {
 }
 
-bool Storage::store(std::span<const Hashed> rows)
+Storage::~Storage()
 {
-    for (; rows.size() >= group; rows = rows.subspan(group)) {
-        if (!store(rows.first(group), m_insertGroup, m_entryGroup))
-            return false;
-    }
-    return std::ranges::all_of(rows, [this](const Hashed &row) { return store({&row, 1}, m_insert, m_entry); });
+    waitForEnd(m_chained.back());
 }
 
-bool Storage::store(std::span<const Hashed> rows, Statement &insert, Statement &entries)
+bool Storage::store(std::vector<NewRow> rows)
 {
-    if (!insert.isPrepared() || !entries.isPrepared())
+    if (rows.empty())
+        return true;
+    const qint64 before = m_lastId;
+    m_lastId = qint64(quint64(before) + rows.size()); // of a damaged log, it may be the largest number
+    if (!m_insertion.run(std::span<const NewRow>(rows), bind) || m_db.lastInsertedId() != m_lastId)
         return false;
-    int value = 1, part = 1;
-    for (const Hashed &row : rows) {
-        m_last.id = qint64(quint64(m_last.id) + 1); // of a damaged log, it may be the largest number
-        m_last.hash = LogChain::chained(m_last.hash, m_last.id, LogChain::labelKind, row.hashes.kept, row.hashes.parts);
-        value = bind(insert, value, row.row);
-        entries.bind(part++, m_last.id);
-        entries.bindInPlace(part++, LogChain::labelKind);
-        entries.bind(part++, std::optional(row.hashes.kept));
-        entries.bind(part++, std::optional(m_last.hash));
+    if (m_chained.size() > mostUnhashed) {
+        m_chained.front().waitForFinished();
+        m_chained.pop_front();
     }
-    return insert.execute() && m_db.lastInsertedId() == m_last.id && entries.execute();
+    auto chain = [this, id = before, rows = std::move(rows)](QByteArray hash) mutable {
+        std::vector<Entry> &entries = m_entries.emplace_back();
+        entries.reserve(rows.size());
+        for (const NewRow &row : rows) {
+            const LogChain::RowHashes hashes = m_hasher.hashesOf(row);
+            hash = LogChain::chained(hash, ++id, LogChain::labelKind, hashes.kept, hashes.parts);
+            Entry &entry = entries.emplace_back(Entry{.shipment = id, .kept = hashes.kept, .hash = {}});
+            std::ranges::copy(hash, entry.hash.begin());
+        }
+        rows = {};
+        return hash;
+    };
+    m_chained.push_back(m_chained.back().then(&workPool(), std::move(chain)));
+    return true;
+}
+
+bool Storage::seal()
+{
+    m_chained.back().waitForFinished();
+    Insertion insertion(m_db, LogChain::entrySql);
+    const auto bindEntry = [](Statement &statement, int parameter, const Entry &entry) {
+        statement.bind(parameter++, entry.shipment);
+        statement.bindInPlace(parameter++, LogChain::labelKind);
+        statement.bindBlobInPlace(parameter++, entry.kept);
+        statement.bindBlobInPlace(parameter++, entry.hash);
+        return parameter;
+    };
+    return std::ranges::all_of(
+        m_entries, [&](const std::vector<Entry> &entries) { return insertion.run(std::span(entries), bindEntry); });
 }
 
 } // namespace parcelory::NewRows

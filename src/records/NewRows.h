@@ -5,21 +5,17 @@
 #include "records/ShipmentLogRows.h"
 
 #include <QByteArray>
+#include <QFuture>
 
+#include <array>
+#include <cstddef>
+#include <deque>
 #include <optional>
 #include <span>
+#include <vector>
 
 /// Stores many new rows with their entries in the chain of hashes.
 namespace parcelory::NewRows {
-
-/// A row that is not stored yet, and its hashes.
-struct Hashed {
-    ShipmentLogRows::NewRow row;
-    LogChain::RowHashes hashes;
-};
-
-/// Any thread may do it.
-Hashed hashed(ShipmentLogRows::NewRow row);
 
 /// What the next rows follow.
 struct Last {
@@ -30,26 +26,72 @@ struct Last {
 /// Nothing if it could not be read.
 std::optional<Last> last(const Database &db);
 
-/// Binds the values of a row to parameters from `first` on; returns the parameter after the last.
+/// Binds the values of a row to parameters from `first` on; returns the parameter after the last. The row must stay
+/// unchanged until the statement has run.
 int bind(Statement &statement, int first, const ShipmentLogRows::NewRow &row);
+
+/// Inserts many rows of a table.
+class Insertion {
+public:
+    /// `sql` inserts one row.
+    Insertion(const Database &db, const QByteArray &sql);
+
+    /// `bind` binds the values of a row to parameters from a number on, and returns the parameter after the last. False
+    /// if a statement failed.
+    template <class Row, class Bind>
+    [[nodiscard]] bool run(std::span<const Row> rows, Bind bind)
+    {
+        while (!rows.empty()) {
+            const std::size_t count = rows.size() < group ? 1 : group;
+            Statement &statement = count == group ? m_group : m_one;
+            if (!statement.isPrepared())
+                return false;
+            int parameter = 1;
+            for (const Row &row : rows.first(count))
+                parameter = bind(statement, parameter, row);
+            if (!statement.execute())
+                return false;
+            rows = rows.subspan(count);
+        }
+        return true;
+    }
+
+private:
+    /// How many rows a statement stores: starting a statement takes as long as storing a short row.
+    static constexpr std::size_t group = 50;
+
+    Statement m_one, m_group;
+};
 
 /// Lives within one transaction, after LogChain::Sealer has created the chain.
 class Storage {
 public:
     Storage(Database &db, const Last &last);
+    ~Storage();
+    Storage(const Storage &) = delete;
+    Storage &operator=(const Storage &) = delete;
 
-    /// Stores and seals rows. False if a statement failed, or if the rows got other ids than they are sealed with.
-    [[nodiscard]] bool store(std::span<const Hashed> rows);
-    qint64 lastId() const { return m_last.id; }
+    /// Stores rows, which seal() must follow; a pool thread hashes them meanwhile. False if a statement failed, or if
+    /// the rows got other ids than they are sealed with.
+    [[nodiscard]] bool store(std::vector<ShipmentLogRows::NewRow> rows);
+    /// Stores the entries of all rows. False if a statement failed.
+    [[nodiscard]] bool seal();
+    qint64 lastId() const { return m_lastId; }
 
 private:
-    /// How many rows a statement stores: starting a statement takes as long as storing a short row.
-    static constexpr std::size_t group = 25;
-    bool store(std::span<const Hashed> rows, Statement &insert, Statement &entries);
+    struct Entry {
+        qint64 shipment;
+        decltype(LogChain::RowHashes::kept) kept;
+        std::array<char, LogChain::hashBytes> hash;
+    };
 
     Database &m_db;
-    Last m_last;
-    Statement m_insert, m_entry, m_insertGroup, m_entryGroup;
+    Insertion m_insertion;
+    qint64 m_lastId;
+    LogChain::RowHasher m_hasher;              ///< of m_chained
+    std::vector<std::vector<Entry>> m_entries; ///< written by m_chained
+    std::deque<QFuture<QByteArray>>
+        m_chained; ///< one after the other, of the last portions: the hash of the last entry
 };
 
 } // namespace parcelory::NewRows

@@ -3,9 +3,12 @@
 #include "core/Json.h"
 #include "records/NewRows.h"
 #include "records/RefundNotes.h"
+#include "records/SealedValue.h"
 #include "records/ShipmentRecord.h"
 
+#include <bit>
 #include <cmath>
+#include <cstddef>
 #include <optional>
 #include <span>
 #include <utility>
@@ -151,68 +154,101 @@ bool hasTable(const Database &db, const char *name)
     return query.step();
 }
 
-NewRow::NewRow(const ShipmentRecord &record)
-{
-    constexpr qsizetype usualTexts = 512;
-    m_values.reserve(columns);
-    m_bytes.reserve(usualTexts);
-    add(secondsOf(record.createdAt));
-    add(record.carrier);
-    add(record.service);
-    add(record.services);
-    add(record.postage);
-    add(record.balance);
-    add(record.declaredValue);
-    add(record.recipient);
-    add(record.zip11);
-    add(record.email);
-    add(record.isIntl);
-    add(record.tracking);
-    add(record.trackingURL);
-    add(record.transactionID);
-    add(record.labelURL);
-    add(record.customsDocURL);
-    add(record.testMode);
-    add(record.zpl);
-    add(record.weight);
-    add(record.weightOz);
-    add(record.descriptionText);
-    add(record.reference);
-    add(record.groupCode);
-    add(record.status);
-    add(record.customsPDF);
-}
+namespace {
 
-void NewRow::add(double number)
-{
+/// A value of a new row.
+struct Value {
+    Statement::Kind kind = Statement::Kind::null;
+    double real = 0;
+    QByteArrayView bytes = {};
+
     // As SQLite stores it: NaN becomes NULL, and -0 becomes 0.
-    const bool isNull = std::isnan(number);
-    m_values.push_back({.kind = isNull ? Statement::Kind::null : Statement::Kind::number,
-                        .real = number + 0.0,
-                        .start = 0,
-                        .size = 0});
+    Value(double number)
+        : kind(std::isnan(number) ? Statement::Kind::null : Statement::Kind::number), real(number + 0.0)
+    {
+    }
+    Value(QByteArrayView text) : kind(Statement::Kind::text), bytes(text) {}
+    Value(const std::optional<QByteArrayView> &document)
+        : kind(document ? Statement::Kind::blob : Statement::Kind::null), bytes(document.value_or(QByteArrayView()))
+    {
+    }
+};
+
+std::optional<QByteArrayView> viewOf(const std::optional<QByteArray> &document)
+{
+    return document ? std::optional(QByteArrayView(*document)) : std::nullopt;
 }
 
-void NewRow::add(const QString &text)
+} // namespace
+
+NewRow::NewRow(const Values &row)
 {
-    add(Statement::Kind::text, text.toUtf8());
+    const Value values[columns] = {
+        row.createdAt,       row.carrier,          row.service,     row.services,      row.postage,
+        row.balance,         row.declaredValue,    row.recipient,   row.zip11,         row.email,
+        double(row.isIntl),  row.tracking,         row.trackingURL, row.transactionID, row.labelURL,
+        row.customsDocURL,   double(row.testMode), row.zpl,         row.weight,        row.weightOz,
+        row.descriptionText, row.reference,        row.groupCode,   row.status,        row.customsPDF};
+    qsizetype size = columns * LogChain::valueHead;
+    for (const Value &value : values)
+        size += value.bytes.size();
+    m_sealed = QByteArray(size, Qt::Uninitialized);
+    char *const start = m_sealed.data(), *at = start;
+    for (std::size_t column = 0; column < columns; ++column) {
+        m_starts[column] = at - start;
+        at = LogChain::putValue(at, values[column].kind, values[column].real, values[column].bytes);
+    }
+    m_starts[columns] = at - start;
 }
 
-void NewRow::add(const std::optional<QByteArray> &document)
+NewRow::NewRow(const ShipmentRecord &record)
+    : NewRow(Values{.createdAt = secondsOf(record.createdAt),
+                    .carrier = record.carrier.toUtf8(),
+                    .service = record.service.toUtf8(),
+                    .services = record.services.toUtf8(),
+                    .postage = record.postage,
+                    .balance = record.balance.toUtf8(),
+                    .declaredValue = record.declaredValue.toUtf8(),
+                    .recipient = record.recipient.toUtf8(),
+                    .zip11 = record.zip11.toUtf8(),
+                    .email = record.email.toUtf8(),
+                    .isIntl = record.isIntl,
+                    .tracking = record.tracking.toUtf8(),
+                    .trackingURL = record.trackingURL.toUtf8(),
+                    .transactionID = record.transactionID.toUtf8(),
+                    .labelURL = record.labelURL.toUtf8(),
+                    .customsDocURL = record.customsDocURL.toUtf8(),
+                    .testMode = record.testMode,
+                    .zpl = viewOf(record.zpl),
+                    .weight = record.weight.toUtf8(),
+                    .weightOz = record.weightOz,
+                    .descriptionText = record.descriptionText.toUtf8(),
+                    .reference = record.reference.toUtf8(),
+                    .groupCode = record.groupCode.toUtf8(),
+                    .status = record.status.toUtf8(),
+                    .customsPDF = viewOf(record.customsPDF)})
 {
-    add(document ? Statement::Kind::blob : Statement::Kind::null, document.value_or(QByteArray()));
 }
 
-void NewRow::add(Statement::Kind kind, const QByteArray &bytes)
+Statement::Kind NewRow::kind(int column) const
 {
-    m_values.push_back({.kind = kind, .real = 0, .start = m_bytes.size(), .size = bytes.size()});
-    m_bytes += bytes;
+    return Statement::Kind(qFromLittleEndian<qint64>(sealed(column, 1).data()));
+}
+
+double NewRow::real(int column) const
+{
+    return std::bit_cast<double>(qFromLittleEndian<qint64>(sealed(column, 1).data() + sizeof(qint64)));
 }
 
 QByteArrayView NewRow::bytes(int column) const
 {
-    const Value &value = m_values[std::size_t(column)];
-    return {m_bytes.constData() + value.start, value.size}; // never null: bound, that would be NULL and not ""
+    return sealed(column, 1).sliced(LogChain::valueHead);
+}
+
+QByteArrayView NewRow::sealed(int column, int count) const
+{
+    const qsizetype start = m_starts[std::size_t(column)];
+    return {m_sealed.constData() + start, m_starts[std::size_t(column + count)] - start};
 }
 
 QByteArray NewRow::insertSql()

@@ -6,7 +6,7 @@
 #include <QList>
 
 #include <algorithm>
-#include <cstddef>
+#include <array>
 #include <functional>
 #include <optional>
 #include <span>
@@ -51,9 +51,14 @@ inline qint64 msecsOf(double createdAt)
 }
 
 /// A time as a value of created_at: seconds since 1970.
+inline double secondsOf(qint64 msecs)
+{
+    return double(msecs) / 1000;
+}
+
 inline double secondsOf(const QDateTime &time)
 {
-    return double(time.toMSecsSinceEpoch()) / 1000;
+    return secondsOf(time.toMSecsSinceEpoch());
 }
 
 inline QDateTime timeOf(double createdAt)
@@ -69,32 +74,39 @@ extern const char *const sealedColumns;
 /// form. They read like a row of a query.
 class NewRow {
 public:
-    static constexpr int statusColumn = 23, trackingColumn = 11;
+    static constexpr int statusColumn = 23, columns = 25;
 
+    /// Texts are UTF-8.
+    struct Values {
+        double createdAt = 0; ///< as secondsOf()
+        QByteArrayView carrier, service, services;
+        double postage = 0;
+        QByteArrayView balance, declaredValue, recipient, zip11, email;
+        bool isIntl = false;
+        QByteArrayView tracking, trackingURL, transactionID, labelURL, customsDocURL;
+        bool testMode = false;
+        std::optional<QByteArrayView> zpl = {};
+        QByteArrayView weight;
+        double weightOz = 0;
+        QByteArrayView descriptionText, reference, groupCode, status;
+        std::optional<QByteArrayView> customsPDF = {};
+    };
+    explicit NewRow(const Values &values);
     explicit NewRow(const ShipmentRecord &record);
 
     static QByteArray insertSql();
     /// Runs a statement of insertSql(); false if it failed.
     [[nodiscard]] bool store(Statement &insert) const;
 
-    Statement::Kind kind(int column) const { return m_values[std::size_t(column)].kind; }
-    double real(int column) const { return m_values[std::size_t(column)].real; }
-    QByteArrayView bytes(int column) const;
+    Statement::Kind kind(int column) const;
+    double real(int column) const;          ///< of a number
+    QByteArrayView bytes(int column) const; ///< of a text or document; never null
+    /// `count` columns as LogChain hashes them.
+    QByteArrayView sealed(int column, int count) const;
 
 private:
-    static constexpr int columns = 25;
-    struct Value {
-        Statement::Kind kind;
-        double real;
-        qsizetype start, size; ///< in m_bytes
-    };
-    void add(double number);
-    void add(const QString &text);
-    void add(const std::optional<QByteArray> &document);
-    void add(Statement::Kind kind, const QByteArray &bytes);
-
-    std::vector<Value> m_values;
-    QByteArray m_bytes; ///< of all texts and documents
+    std::array<qsizetype, columns + 1> m_starts; ///< of the columns in m_sealed, and its end
+    QByteArray m_sealed;                         ///< all columns as LogChain hashes them
 };
 
 } // namespace parcelory::ShipmentLogRows

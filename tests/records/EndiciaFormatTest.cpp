@@ -1,10 +1,11 @@
 #include "records/EndiciaFormat.h"
 #include "records/EndiciaDates.h"
-#include "records/ShipmentRecord.h"
 #include "support/Table.h"
 
+#include <QByteArrayList>
 #include <QLocale>
 
+#include <algorithm>
 #include <ctime>
 
 namespace parcelory::test {
@@ -16,10 +17,10 @@ void setZone(const QByteArray &zone)
     tzset();
 }
 
-std::optional<ShipmentRecord> parse(const QString &line)
+std::optional<EndiciaFormat::Line> parse(const QByteArray &line)
 {
     EndiciaDates dates;
-    return EndiciaFormat::parse(line.toUtf8(), dates);
+    return EndiciaFormat::parse(line, dates);
 }
 
 QString written(const EndiciaFormat::Line &line)
@@ -43,46 +44,46 @@ QStringList linesOf(const QString &text)
 
 std::optional<QDateTime> parseDate(const QString &text)
 {
-    const std::optional<qint64> msecs = EndiciaDates().parse(text);
+    const std::optional<qint64> msecs = EndiciaDates().parse(text.toUtf8());
     return msecs ? std::optional(QDateTime::fromMSecsSinceEpoch(*msecs)) : std::nullopt;
 }
 
-QString fieldsOf(int count)
+QByteArray fieldsOf(int count)
 {
-    QStringList fields;
+    QByteArrayList fields;
     for (int field = 0; field < count; ++field)
-        fields += u" f%1 "_s.arg(field);
-    fields[2] = u"11/20/26 02:41 PM"_s;
-    return fields.join(u'\t');
+        fields += " f" + QByteArray::number(field) + ' ';
+    fields[2] = "11/20/26 02:41 PM";
+    return fields.join('\t');
 }
 
 } // namespace
 
 TEST(EndiciaFormat, FillsOnlyTheFieldsThatALineHas)
 {
-    EXPECT_FALSE(parse(fieldsOf(11)) || parse(EndiciaFormat::header()));
+    EXPECT_FALSE(parse(fieldsOf(11)) || parse(EndiciaFormat::header().toUtf8()));
     for (const int count : {12, 13, 16, 17, 18}) {
-        const auto record = parse(fieldsOf(count));
-        ASSERT_TRUE(record) << count;
-        EXPECT_EQ((QStringList{record->status, record->transactionID, record->recipient, record->zip11, record->balance,
-                               record->service, record->services, record->tracking}),
-                  (QStringList{u"f0"_s, u"f3"_s, u"f4"_s, u"f5"_s, u"f8"_s, u"f9"_s, u"f10"_s, u"f11"_s}));
-        const QString optional[] = {record->declaredValue, record->descriptionText, record->reference,
-                                    record->groupCode, record->email};
+        const QByteArray text = fieldsOf(count);
+        const auto line = parse(text);
+        ASSERT_TRUE(line) << count;
+        const QByteArrayView required[] = {line->status,  line->transactionID, line->recipient, line->zip11,
+                                           line->balance, line->service,       line->services,  line->tracking};
+        EXPECT_TRUE(std::ranges::equal(required, QByteArrayList{"f0", "f3", "f4", "f5", "f8", "f9", "f10", "f11"}));
+        const QByteArrayView optional[] = {line->declaredValue, line->descriptionText, line->reference, line->groupCode,
+                                           line->email};
         for (int i = 0; i < 5; ++i)
-            EXPECT_EQ(optional[i], 12 + i < count ? u"f%1"_s.arg(12 + i) : QString()) << count;
-        EXPECT_EQ(record->carrier, u"USPS"_s);
+            EXPECT_EQ(optional[i], 12 + i < count ? 'f' + QByteArray::number(12 + i) : QByteArray()) << count;
     }
 }
 
 TEST(EndiciaFormat, ReadsPostageAndWeight)
 {
     for (const Json &row : table(u"mail-log"_s, "amounts")) {
-        const auto record = parse(u"\t\t\t\t\t\t%1\t%2\t\t\t\t"_s.arg(text(row[0]), text(row[1])));
-        ASSERT_TRUE(record);
-        EXPECT_EQ(record->postage, row[2].get<double>()) << row;
-        EXPECT_EQ(record->weightOz, row[3].get<double>()) << row;
-        EXPECT_EQ(record->weight, text(row[4])) << row;
+        const auto line = parse(u"\t\t\t\t\t\t%1\t%2\t\t\t\t"_s.arg(text(row[0]), text(row[1])).toUtf8());
+        ASSERT_TRUE(line);
+        EXPECT_EQ(line->postage, row[2].get<double>()) << row;
+        EXPECT_EQ(line->weightOz, row[3].get<double>()) << row;
+        EXPECT_EQ(EndiciaFormat::shownWeight(line->weightOz), text(row[4]).toUtf8()) << row;
     }
 }
 
@@ -105,13 +106,30 @@ TEST(EndiciaFormat, KeepsARecordOnOneLineForEveryContent)
     EXPECT_EQ(linesOf(u"a\n\nb\r\nc\rd\u2028e\n"_s), (QStringList{u"a"_s, u"b"_s, u"c"_s, u"d"_s, u"e"_s}));
 }
 
+TEST(EndiciaFormat, TakesWholeLinesFromAText)
+{
+    const QByteArray text = "a\nbc\r\nd\xE2\x80\xA8\n\re";
+    for (qsizetype size = 1; size <= text.size(); ++size) {
+        QByteArrayView rest = text;
+        QByteArray all;
+        while (!rest.isEmpty()) {
+            const QByteArrayView lines = EndiciaFormat::takeLines(rest, size);
+            all += lines;
+            EXPECT_GE(lines.size(), std::min(size, text.size() - all.size() + lines.size()));
+            EXPECT_TRUE(rest.isEmpty() || EndiciaFormat::lineEnds(lines.last(1)) || lines.endsWith("\xA8")) << size;
+            EXPECT_FALSE(lines.endsWith('\r') && rest.startsWith('\n')) << size;
+        }
+        EXPECT_EQ(all, text);
+    }
+}
+
 TEST(EndiciaFormat, WritesDatesOnATwelveHourClockAndReadsThemAsSpreadsheetsSaveThem)
 {
     const QLocale before;
     QLocale::setDefault(QLocale(QLocale::Arabic, QLocale::Egypt)); // the same in every language
     const auto timeOf = [](const Json &cell) { return QDateTime::fromString(text(cell), Qt::ISODate); };
     for (const Json &row : table(u"mail-log"_s, "clock times")) {
-        EXPECT_EQ(EndiciaDates().text(timeOf(row[1]).toMSecsSinceEpoch()), text(row[0]));
+        EXPECT_EQ(EndiciaDates().text(timeOf(row[1]).toMSecsSinceEpoch()), text(row[0]).toLatin1());
         EXPECT_EQ(parseDate(text(row[0])), timeOf(row[1])) << row;
     }
     for (const Json &row : table(u"mail-log"_s, "other dates"))
@@ -129,7 +147,7 @@ TEST(EndiciaFormat, AgreesWithTheSystemsCalendarAroundClockChanges)
         EndiciaDates dates;
         constexpr qint64 step = 40'007'000; // a little over eleven hours, to cover all times of day
         for (qint64 msecs = 946'684'800'000; msecs < 1'893'456'000'000; msecs += step) { // 2000 to 2029
-            const QString text = QDateTime::fromMSecsSinceEpoch(msecs).toString(u"MM/dd/yy hh:mm AP"_s);
+            const QByteArray text = QDateTime::fromMSecsSinceEpoch(msecs).toString(u"MM/dd/yy hh:mm AP"_s).toLatin1();
             ASSERT_EQ(dates.text(msecs), text) << zone << ' ' << msecs;
             ASSERT_EQ(dates.text(*dates.parse(text)), text) << zone << ' ' << msecs;
         }

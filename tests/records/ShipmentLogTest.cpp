@@ -219,6 +219,30 @@ TEST_F(LogTest, TellsWhichLinesOfAnImportWereKnownShortOrUndated)
     EXPECT_EQ(log.labelsOf(QDate(2016, 11, 20))->size(), 2);
 }
 
+TEST_F(LogTest, NumbersAndSealsTheLinesOfALongImportInTheirOrder)
+{
+    QByteArray text;
+    QStringList recipients;
+    for (int line = 1; line <= 9000; ++line) { // several portions
+        const QByteArray recipient = "Recipient " + QByteArray::number(line);
+        if (line == 8500)
+            text += "too\tshort\n";
+        else
+            text += line == 8700 ? mailLine(recipient).replace("11/20/26 02:41 PM", "yesterday") : mailLine(recipient);
+        if (line != 8500)
+            recipients += QString::fromLatin1(recipient);
+    }
+    putLines(text);
+    const ImportReport report = log.importEndiciaCSV(path());
+    EXPECT_EQ(report.skippedLines, QList<int>{8500});
+    EXPECT_EQ(report.undatedLines, QList<int>{8700});
+    EXPECT_EQ(file.ask("SELECT recipient FROM shipments JOIN undated_imports ON shipment_id = id"),
+              QStringList{u"Recipient 8700"_s});
+    EXPECT_EQ(file.recipients(), recipients);
+    const auto verified = log.verify();
+    EXPECT_TRUE(verified.isRead() && verified->labels == 8999 && verified->findings.isEmpty());
+}
+
 TEST_F(LogTest, KeepsTheRefundOfADeliveredParcel)
 {
     ShipmentRecord label = shipmentTo(u"Ana"_s);
