@@ -47,7 +47,7 @@ inline QThreadPool &workPool()
     return pool;
 }
 
-/// For the destructor of what the work uses: waits for its end. An exception of the work is lost.
+/// For the destructor of an object that the work uses: waits for its end. An exception of the work is lost.
 template <class Result>
 void waitForEnd(QFuture<Result> &work) noexcept
 {

@@ -84,7 +84,7 @@ QByteArrayView trimmed(QByteArrayView field)
 bool isPlain(QByteArrayView field)
 {
     bool isPlain = true;
-    for (const char byte : field) // all bytes: without a branch, it looks at many at a time
+    for (const char byte : field) // without a branch, the processor compares many bytes at a time
         isPlain &= static_cast<signed char>(byte) >= ' ';
     return isPlain;
 }

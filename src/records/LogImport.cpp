@@ -41,7 +41,7 @@ public:
     }
 
     QByteArrayView line;
-    int number = 1; ///< of `line`, or the number of line ends and one if no line is left
+    int number = 1; ///< of `line`; if no line is left, one more than the number of line ends
 
 private:
     QByteArrayView m_rest;
@@ -215,6 +215,21 @@ std::optional<QList<QByteArray>> setIndexesAside(Database &db)
     return isDone ? std::optional(definitions) : std::nullopt;
 }
 
+/// The second half of `whole`: builds the indexes and stores the entries. False if a statement failed or the import is
+/// canceled, which interrupts the statement.
+bool finish(Database &db, const QList<QByteArray> &indexes, NewRows::Storage &storage, const Progress &progress,
+            qint64 whole)
+{
+    const Interruption interruption(db, progress.cancelToken());
+    qint64 done = whole / 2;
+    for (const QByteArray &index : indexes) {
+        done += whole / 2 / (indexes.size() + 1);
+        if (!db.exec(index.constData()) || !progress.report(done, whole))
+            return false;
+    }
+    return storage.seal();
+}
+
 } // namespace
 
 std::optional<int> knownLines(const Database &db, const QByteArray &text)
@@ -252,6 +267,7 @@ ImportReport appendLines(const QString &path, const QByteArray &text, KnownRows 
         require((indexes = setIndexesAside(db)).has_value());
     ImportReport report;
     const ImportReport canceled{.isCanceled = true, .skippedLines = {}, .undatedLines = {}};
+    const qint64 whole = 2 * text.size(); // the indexes and the entries take nearly as long as the rows
     NewRows::Storage storage(db, *last);
     int linesBefore = 0;
     for (ReadAhead ahead(text, *known, mode); !ahead.isOver();) {
@@ -266,13 +282,15 @@ ImportReport appendLines(const QString &path, const QByteArray &text, KnownRows 
         require(storage.store(std::move(portion.rows)));
         report.known += portion.known;
         linesBefore += portion.lineEnds;
-        if (!ahead.isOver() && !progress.report(text.size() - ahead.left(), text.size()))
+        if (!progress.report(text.size() - ahead.left(), whole))
             return canceled;
     }
-    for (const QByteArray &index : std::as_const(*indexes))
-        require(db.exec(index.constData()));
-    require(storage.seal());
-    if (!progress.report(text.size(), text.size()))
+    if (!finish(db, *indexes, storage, progress, whole)) {
+        if (progress.cancelToken().isCanceled())
+            return canceled;
+        require(false);
+    }
+    if (!progress.report(whole, whole))
         return canceled;
     require(db.exec("COMMIT"));
     return report;

@@ -1,6 +1,6 @@
 #include "records/NewRows.h"
 
-#include "core/Task.h"
+#include "core/Task.h" // waitForEnd
 #include "records/LogChain.h"
 #include "records/LogChainTable.h"
 
@@ -13,9 +13,8 @@ using ShipmentLogRows::NewRow;
 
 namespace {
 
-/// Portions of rows, which keep their texts until they are hashed: about 60 MB. Hashing goes on while the indexes are
-/// built.
-constexpr std::size_t mostUnhashed = 64;
+/// Rows, which keep their texts until they are hashed: about 60 MB. Hashing goes on while the indexes are built.
+constexpr std::size_t mostUnhashed = 64000;
 
 /// A statement that inserts one row, for so many rows.
 QByteArray forRows(const QByteArray &sql, std::size_t rows)
@@ -57,13 +56,15 @@ int bind(Statement &statement, int first, const NewRow &row)
 Insertion::Insertion(const Database &db, const QByteArray &sql) : m_one(db, sql), m_group(db, forRows(sql, group)) {}
 
 Storage::Storage(Database &db, const Last &last)
-    : m_db(db), m_insertion(db, NewRow::insertSql()), m_lastId(last.id), m_chained{QtFuture::makeReadyFuture(last.hash)}
+    : m_db(db), m_insertion(db, NewRow::insertSql()), m_lastId(last.id),
+      m_chained{{.hash = QtFuture::makeReadyFuture(last.hash), .rows = 0}}
 {
+    m_thread.setMaxThreadCount(1);
 }
 
 Storage::~Storage()
 {
-    waitForEnd(m_chained.back());
+    waitForEnd(m_chained.back().hash);
 }
 
 bool Storage::store(std::vector<NewRow> rows)
@@ -74,10 +75,11 @@ bool Storage::store(std::vector<NewRow> rows)
     m_lastId = qint64(quint64(before) + rows.size()); // of a damaged log, it may be the largest number
     if (!m_insertion.run(std::span<const NewRow>(rows), bind) || m_db.lastInsertedId() != m_lastId)
         return false;
-    if (m_chained.size() > mostUnhashed) {
-        m_chained.front().waitForFinished();
-        m_chained.pop_front();
+    for (m_unhashed += rows.size(); m_unhashed > mostUnhashed && m_chained.size() > 1; m_chained.pop_front()) {
+        m_chained.front().hash.waitForFinished();
+        m_unhashed -= m_chained.front().rows;
     }
+    const std::size_t count = rows.size();
     auto chain = [this, id = before, rows = std::move(rows)](QByteArray hash) mutable {
         std::vector<Entry> &entries = m_entries.emplace_back();
         entries.reserve(rows.size());
@@ -90,13 +92,13 @@ bool Storage::store(std::vector<NewRow> rows)
         rows = {};
         return hash;
     };
-    m_chained.push_back(m_chained.back().then(&workPool(), std::move(chain)));
+    m_chained.push_back({.hash = m_chained.back().hash.then(&m_thread, std::move(chain)), .rows = count});
     return true;
 }
 
 bool Storage::seal()
 {
-    m_chained.back().waitForFinished();
+    m_chained.back().hash.waitForFinished();
     Insertion insertion(m_db, LogChain::entrySql);
     const auto bindEntry = [](Statement &statement, int parameter, const Entry &entry) {
         statement.bind(parameter++, entry.shipment);
@@ -105,8 +107,11 @@ bool Storage::seal()
         statement.bindBlobInPlace(parameter++, entry.hash);
         return parameter;
     };
-    return std::ranges::all_of(
-        m_entries, [&](const std::vector<Entry> &entries) { return insertion.run(std::span(entries), bindEntry); });
+    for (; !m_entries.empty(); m_entries.pop_front()) {
+        if (!insertion.run(std::span<const Entry>(m_entries.front()), bindEntry))
+            return false;
+    }
+    return true;
 }
 
 } // namespace parcelory::NewRows

@@ -6,6 +6,7 @@
 
 #include <QByteArray>
 #include <QFuture>
+#include <QThreadPool>
 
 #include <array>
 #include <cstddef>
@@ -17,9 +18,9 @@
 /// Stores many new rows with their entries in the chain of hashes.
 namespace parcelory::NewRows {
 
-/// What the next rows follow.
+/// The row and the entry before the new rows.
 struct Last {
-    qint64 id;       ///< the last that the shipments ever had
+    qint64 id;       ///< the largest that a shipment ever had
     QByteArray hash; ///< of the last entry
 };
 
@@ -71,7 +72,7 @@ public:
     Storage(const Storage &) = delete;
     Storage &operator=(const Storage &) = delete;
 
-    /// Stores rows, which seal() must follow; a pool thread hashes them meanwhile. False if a statement failed, or if
+    /// Stores rows, which seal() must follow; another thread hashes them meanwhile. False if a statement failed, or if
     /// the rows got other ids than they are sealed with.
     [[nodiscard]] bool store(std::vector<ShipmentLogRows::NewRow> rows);
     /// Stores the entries of all rows. False if a statement failed.
@@ -85,13 +86,19 @@ private:
         std::array<char, LogChain::hashBytes> hash;
     };
 
+    struct Chained {
+        QFuture<QByteArray> hash; ///< of the last entry
+        std::size_t rows;
+    };
+
     Database &m_db;
     Insertion m_insertion;
     qint64 m_lastId;
-    LogChain::RowHasher m_hasher;              ///< of m_chained
-    std::vector<std::vector<Entry>> m_entries; ///< written by m_chained
-    std::deque<QFuture<QByteArray>>
-        m_chained; ///< one after the other, of the last portions: the hash of the last entry
+    LogChain::RowHasher m_hasher;             ///< used on m_thread
+    std::deque<std::vector<Entry>> m_entries; ///< written on m_thread
+    QThreadPool m_thread;          ///< of its own: if all other threads hang, the import still ends and unlocks the log
+    std::deque<Chained> m_chained; ///< the last portions; each follows the portion before
+    std::size_t m_unhashed = 0;    ///< rows of m_chained
 };
 
 } // namespace parcelory::NewRows

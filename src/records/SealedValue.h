@@ -8,11 +8,11 @@
 #include <algorithm>
 #include <bit>
 
-/// The bytes that the chain of hashes covers of a value: its type and its length, too, so that no two rows give the
-/// same bytes. Each function writes to memory that is large enough, and returns the place after what it wrote.
+/// A value as the chain of hashes covers it: its type, and the length and bytes of a text or the number, so that no two
+/// rows give the same bytes. The caller provides enough memory; each function returns the place after its last byte.
 namespace parcelory::LogChain {
 
-/// The bytes of a value beside its text.
+/// The bytes of a value beside its text, at most: a null has half of them.
 constexpr qsizetype valueHead = 2 * sizeof(qint64);
 
 inline char *putNumber(char *at, qint64 number)
