@@ -181,6 +181,8 @@ signals:
     void recipientToKeep(const ShippoAddress &recipient);
     /// A label was bought and is in the mailing log.
     void labelLogged(const QString &transactionId);
+    /// The carrier has refunded a label, or decides about its refund.
+    void refundTaken(const QString &transactionId);
     /// What happened to labels is noted beside the mailing log's rows.
     void labelsNoted();
     /// An address or an invoice has filled the label, and the clerk has closed the invoice's alert, if any.

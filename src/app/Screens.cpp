@@ -27,7 +27,6 @@ Screens::Screens(AppState &app)
       m_app(app)
 {
     connect(&mailingLog, &MailingLogScreen::reprinted, &label.last, &LastLabelCard::takeReprint);
-    connect(&mailingLog, &MailingLogScreen::refundTaken, &label.last, &LastLabelCard::takeRefund);
     connect(&mailingLog, &MailingLogScreen::reprinted, &label.purchases, &Purchases::takeReprint);
     buildOn(app, signIn, addressBook, label, mailingLog, keys, masterLog, scanForm, endOfDay, settings, updates,
             records, rules, tracking, openItems, openLabel, handbook, support);

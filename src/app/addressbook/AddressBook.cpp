@@ -251,7 +251,7 @@ QString AddressBook::changeText() const
     const PostalContact &former = changes.value().last().former;
     if (former.id != latest->entry) // an earlier parcel's
         return {};
-    return u"Address book entry changed: "_s + joinPresent({former.name, former.addressSummary()}, u", "_s);
+    return u"Address book entry changed: "_s + joinPresent({isolated(former.name), former.addressSummary()}, u", "_s);
 }
 
 AddressBookPane::AddressBookPane(AppState &app, AddressBook &book)

@@ -69,7 +69,7 @@ QString names(const QList<DayLabel> &labels)
     constexpr qsizetype most = 3;
     QStringList names;
     for (const DayLabel &label : labels.first(std::min(most, labels.size())))
-        names += label.record.recipientName();
+        names += isolated(label.record.recipientName());
     if (labels.size() > most)
         names += u'+' + QString::number(labels.size() - most);
     return names.join(u", "_s);

@@ -17,6 +17,7 @@
 #include "core/Text.h"
 #include "records/ShipmentLog.h"
 #include "records/ShipmentRecord.h"
+#include "records/ShipmentStatus.h"
 #include "shell/ErrorLog.h"
 
 #include <QScopeGuard>
@@ -54,6 +55,9 @@ void LabelScreen::takeResolved(const ResolvedPurchase &resolved)
     if (resolved.isBought) {
         forgetSoldUndo(resolved.recipient);
         last.takeLogged(resolved.record.transactionID);
+        const RefundState refund = refundState(resolved.record);
+        if (refund == RefundState::granted || refund == RefundState::pending)
+            last.takeRefund(resolved.record.transactionID);
     }
     if (!m_unresolved.contains(resolved.id))
         return; // a purchase of an earlier run: nothing of it is on the screen

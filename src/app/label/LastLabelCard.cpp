@@ -33,6 +33,7 @@ LastLabelCard::LastLabelCard(AppState &app, Observed<bool> &busy)
       m_noticeWatch(app.printWatch.notice.addNotifier([this] { leave(); }))
 {
     buildOn(preview);
+    connect(&app, &AppState::refundTaken, this, &LastLabelCard::takeRefund);
 }
 
 void LastLabelCard::showPicture()

@@ -73,7 +73,7 @@ public:
 signals:
     /// News for the message line.
     void told(const QString &text, bool ok);
-    /// A label that had not come out is reprinted, refunded or dismissed: earlier news of it is over.
+    /// The label is refunded, or a label that had not come out is reprinted or dismissed: earlier news of it is over.
     void settled(const QString &transactionId);
     void reprinted(const QString &transactionId);
 

@@ -71,8 +71,6 @@ signals:
     void recordsChanged();
     /// A label went to the printer again. `printed` is the printer's message.
     void reprinted(const QString &transactionId, const QString &printed);
-    /// The carrier has refunded a label or decides about its refund.
-    void refundTaken(const QString &transactionId);
 
 private:
     bool isUpToDate() const { return m_app.log.shownSearch() == search.value(); }

@@ -143,7 +143,7 @@ Task<bool> MailingLogScreen::carrierWasAsked(ShipmentRecord record)
     if (!unwritten.isEmpty())
         m_app.errors.record(u"Refund"_s, AppError(unwritten), Popup::no);
     if (refund != RefundState::failed)
-        emit refundTaken(record.transactionID);
+        emit m_app.refundTaken(record.transactionID);
     const QString outcome = refund == RefundState::granted  ? u"Refunded."_s
                             : refund == RefundState::failed ? u"The carrier has refused the refund of this label."_s
                                                             : u"The carrier already has this refund"_s + approval;
@@ -177,7 +177,7 @@ Task<> MailingLogScreen::requestRefund(ShipmentRecord record)
         m_app.errors.record(u"Refund"_s, AppError(outcome + u' ' + unwritten), Popup::no);
     say(joinPresent({outcome, unwritten}, u" "_s), refund == RefundState::failed || !unwritten.isEmpty());
     if (refund != RefundState::failed)
-        emit refundTaken(record.transactionID);
+        emit m_app.refundTaken(record.transactionID);
     if (isSettled && unwritten.isEmpty())
         co_await closeRefund(record.transactionID);
 }

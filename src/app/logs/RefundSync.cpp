@@ -148,6 +148,8 @@ Task<bool> RefundSync::store(ShipmentRecord record, RefundState refund)
         const bool stored = co_await onPool(m_app.log, &ShipmentLog::setRefund, record, refund);
         if (!stored)
             co_return false;
+        if (refund == RefundState::granted || refund == RefundState::pending)
+            emit m_app.refundTaken(record.transactionID);
     }
     if (shown == RefundState::failed) // already in the error log
         co_return true;

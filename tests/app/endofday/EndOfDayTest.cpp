@@ -230,7 +230,7 @@ TEST_F(EndOfDayTest, ALabelIsPrintedOnlyOnceItsQueueIsEmpty)
     };
     qsizetype all = 0;
     for (const auto &[isRefused, queue, expected] : rows) {
-        settlePool(2); // a look at the queue calls it
+        settlePool(2); // a check of the queue calls `behave`
         processes.behave = [isRefused, queue](const QString &program, const QStringList &) {
             const bool prints = program.endsWith(u"/lpr"_s);
             return prints ? ProcessOutcome{isRefused ? 1 : 0, {}, "full"} : ProcessOutcome{0, queue, {}};

@@ -129,6 +129,22 @@ TEST_F(LabelPurchaseTest, ALabelThatCouldNotBePrintedIsStillLogged)
     EXPECT_FALSE(*app->log.zpl(newest().id)) << "beside its row, which nothing changes";
 }
 
+TEST_F(LabelPurchaseTest, ALabelIsNoLongerOfferedOnceItsLostRefundIsFound)
+{
+    rateHome();
+    processes.behave = failingPrinter("no paper");
+    buy();
+    MailingLogScreen log(*app);
+    prompts.answer = 1;
+    carrier.setScenario({.droppedPath = "refunds"});
+    run(log.refund(newest()));
+    EXPECT_TRUE(screen().last.awaitsReprint());
+    carrier.setScenario({});
+    clock.advance(61s);
+    run(app->syncRefundStatuses());
+    EXPECT_FALSE(screen().last.label.value());
+}
+
 TEST_F(LabelPurchaseTest, AnInvoiceThatCannotBeDrawnStopsNothing)
 {
     rateHome();

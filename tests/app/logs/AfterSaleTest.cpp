@@ -248,7 +248,7 @@ TEST_F(AfterSaleTest, ATrackingStatusCausesAWarningBeforeARefund)
     imported.transactionID = u"1"_s;
     run(log.refund(imported));
     run(log.checkStatus(imported));
-    EXPECT_EQ(requestsTo("/refunds") + requestsTo("/tracks"), 0);
+    EXPECT_EQ(requestsTo("/refunds") + requestsTo("/tracks") + requestsTo("/transactions/"), 0);
 }
 
 TEST_F(AfterSaleTest, TheWholeLogIsExportedAndImportedAgain)
