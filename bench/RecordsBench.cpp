@@ -58,9 +58,8 @@ void restoreOfTheRecords(benchmark::State &state)
             const auto held = LogMerge::held(Database(copied));
             const LogMerge::Added added = LogMerge::addedSince(desk.log, *held);
             RestoreStage stage(desk.records);
-            auto aside = QtConcurrent::run(&workPool(), [&desk] {
-                return desk.copies.setAside(QDateTime::currentDateTime(), desk.copy.madeAt).failure;
-            });
+            auto aside = QtConcurrent::run(
+                &workPool(), [&desk] { return desk.copies.setAside(QDateTime::currentDateTime()).failure; });
             require(stage.fill(QDir(desk.copies.folder().filePath(desk.copy.folder)), desk.copy.files));
             require(aside.result());
             Database staged(stage.path(u"mailing_log.sqlite"_s));

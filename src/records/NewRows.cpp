@@ -1,6 +1,6 @@
 #include "records/NewRows.h"
 
-#include "core/Task.h" // waitForEnd
+#include "core/Task.h"
 #include "records/LogChain.h"
 #include "records/LogChainTable.h"
 
