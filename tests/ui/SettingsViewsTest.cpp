@@ -201,6 +201,7 @@ TEST_F(SettingsViews, RestoreIsAskedAboutAndDamageLeadsToIt)
 {
     RecordsScreen &records = program->screens().records;
     wait([&] { return records.lastGood().has_value() && !records.copying; }); // the copy of the day
+    wait([&] { return records.restore.obstacle().isEmpty(); });               // the start looks for found labels
     EXPECT_FALSE(records.canRestore()) << "no copy is chosen";
     records.selected = records.lastGood()->folder;
     for (const bool isDamaged : {false, true}) {
