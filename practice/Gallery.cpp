@@ -67,9 +67,20 @@ QImage Gallery::picture()
     return image;
 }
 
+/// Ends when nothing that the screen shows is still being read, looked up or drawn on another thread.
+Task<> Gallery::settled()
+{
+    constexpr int enough = 3; // the end of one work often starts the next
+    int quietTurns = 0;
+    co_await until([&quietTurns] {
+        quietTurns = workPool().activeThreadCount() == 0 ? quietTurns + 1 : 0;
+        return quietTurns == enough;
+    });
+}
+
 Task<> Gallery::save(QString name)
 {
-    co_await clock().sleep(60ms);
+    co_await settled();
     const QString path = m_folder.filePath(name + u".png"_s);
     if (!picture().save(path))
         throw AppError(u"%1 could not be written."_s.arg(path));

@@ -31,6 +31,7 @@ private:
     Clock &clock() { return m_desk.platform().clock; }
 
     Task<> until(std::function<bool()> reached);
+    Task<> settled();
     Task<> save(QString name);
     Task<> saveDark(QString name);
     /// A secondary window; `size`: on a larger screen than the one without a display.

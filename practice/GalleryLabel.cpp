@@ -118,7 +118,7 @@ Task<> Gallery::drawLabelWindow()
 {
     const QString title = u"Label — "_s + label().last.label.value()->record.recipientName();
     label().last.preview.open();
-    co_await clock().sleep(60ms);
+    co_await settled();
     QWidget *shown = nullptr;
     for (QWidget *window : QApplication::topLevelWidgets()) {
         if (window->windowTitle() == title)
@@ -132,10 +132,10 @@ Task<> Gallery::drawLabelWindow()
         if (button->accessibleName() == u"Turn: Upright")
             button->click();
     }
-    co_await clock().sleep(60ms);
+    co_await settled();
     saveWindow(title, u"window-label-upright"_s);
     Theme::current().setDark(true);
-    co_await clock().sleep(60ms);
+    co_await settled();
     saveWindow(title, u"window-label-dark"_s);
     Theme::current().setDark(false);
     shown->close();

@@ -112,7 +112,7 @@ Task<> Gallery::drawReprint()
 Task<> Gallery::drawScanForm()
 {
     m_program.window().openWindow(u"scanform"_s);
-    co_await clock().sleep(60ms);
+    co_await settled();
     saveWindow(u"SCAN Form"_s, u"window-scan-form-empty"_s, {1070, 880});
     const QList<ShipmentRecord> labels = app().log.records();
     const auto bought = std::ranges::find_if(labels, [](const ShipmentRecord &row) { return !row.labelURL.isEmpty(); });
@@ -124,7 +124,7 @@ Task<> Gallery::drawScanForm()
     static_cast<QDialog *>(QApplication::activeModalWidget())->done(2);
     co_await until([this] { return !app().scanFormBusy; });
     m_desk.carrier().setScenario({});
-    co_await clock().sleep(2000ms); // the pages are drawn on another thread
+    co_await settled();
     saveWindow(u"SCAN Form"_s, u"window-scan-form"_s);
     app().tab = MainTab::newLabel;
     co_await save(u"new-label-scan-form"_s);
@@ -138,11 +138,11 @@ Task<> Gallery::drawDay()
     const EndOfDayScreen &day = m_program.screens().endOfDay;
     m_program.window().openWindow(u"endofday"_s);
     co_await until([&day] { return !day.report.value().differences.isEmpty(); });
-    co_await clock().sleep(60ms);
+    co_await settled();
     const QString title = u"End of Day — PRACTICE MODE"_s;
     saveWindow(title, u"window-end-of-day"_s);
     Theme::current().setDark(true);
-    co_await clock().sleep(60ms);
+    co_await settled();
     saveWindow(title, u"window-end-of-day-dark"_s);
     Theme::current().setDark(false);
 }

@@ -82,7 +82,7 @@ Task<> Gallery::drawAddressBook()
     book.importing = false;
     co_await book.reload();
     m_program.window().openWindow(u"addressbook"_s);
-    co_await clock().sleep(60ms);
+    co_await settled();
     saveWindow(u"Address Book"_s, u"window-address-book"_s);
 }
 
