@@ -46,18 +46,12 @@ QList<PostalContact> randomBook(QRandomGenerator &random, int size)
 
 QByteArray vCards(const QList<PostalContact> &book)
 {
-    QByteArray file;
-    for (const PostalContact &contact : book)
-        file += VCard::card(contact);
-    return file;
+    return each(book, VCard::card).join();
 }
 
 QByteArray csv(const QList<PostalContact> &book)
 {
-    QByteArray file = AddressCsv::header();
-    for (const PostalContact &contact : book)
-        file += AddressCsv::row(contact);
-    return file;
+    return AddressCsv::header() + each(book, AddressCsv::row).join();
 }
 
 QList<PostalContact> sorted(QList<PostalContact> contacts)

@@ -50,11 +50,10 @@ TEST_F(LocalAddresses, AreKeptReplacedAndDeleted)
     ASSERT_TRUE(store.upsert(at(u"Baker"_s)));
     EXPECT_EQ(store.count, 0); // set later, on the main thread
     EXPECT_EQ(count(), 2);
-    for (QString PostalContact::*field :
-         {&PostalContact::name, &PostalContact::company, &PostalContact::street1, &PostalContact::street2,
-          &PostalContact::city, &PostalContact::state, &PostalContact::zip, &PostalContact::country,
-          &PostalContact::label, &PostalContact::phone, &PostalContact::email})
-        (ana.*field).prepend(u"Boone "_s);
+    const auto change = [&ana](const auto &, const auto &...texts) { // all but the id
+        ((ana.*texts.member).prepend(u"Boone "_s), ...);
+    };
+    std::apply(change, PostalContact::fields());
     ASSERT_TRUE(store.upsert(ana));
     EXPECT_THAT(LocalAddressStore(QDir(folder.filePath(u"Parcelory"_s))).rows(u"boone"_s), ElementsAre(ana));
     EXPECT_EQ(store.remove(ana.id), Removal::done);
@@ -176,7 +175,7 @@ TEST_F(LocalAddresses, AreNotImportedIfTheBookCannotBeReadToItsEnd)
 {
     QList<PostalContact> many;
     for (int number = 0; number < 400; ++number)
-        many.append(at(QString::number(number)));
+        many += at(QString::number(number));
     store.merge(many);
     for (PostalContact &contact : many)
         contact.id = QUuid::createUuid();

@@ -35,25 +35,14 @@ TEST(DesklineInvoice, ReadsCityContentsAndAmounts)
 
 TEST(DesklineInvoice, ReportsEveryFlagAndNote)
 {
-    DesklineInvoice invoice{.invoiceID = u"48213"_s};
-    EXPECT_FALSE(invoiceAttention(invoice));
-    invoice.notes = {{.text = u"Ring twice."_s, .by = u"r.odell"_s, .date = u"11/19/26"_s}};
-    EXPECT_EQ(invoiceAttention(invoice)->title, u"Invoice 48213 Has Notes"_s);
-    EXPECT_EQ(invoiceAttention(invoice)->text, u"📝 Invoice note:\n— Ring twice. (r.odell, 11/19/26)"_s);
-
-    invoice.codes = {u"2AC14"_s, u"QQ1"_s};
-    invoice.notes.append({.text = u"Second."_s});
-    EXPECT_EQ(invoiceAttention(invoice)->title, u"Check Invoice 48213"_s);
-    EXPECT_EQ(invoiceAttention(invoice)->text,
-              u"⚠️ 2 Address Changes in 14 Days — The customer's address has been changed twice within a two-week "
-              "span.\n\n⚠️ QQ1 — unrecognized address flag.\n\nOpen this invoice in deskline and review the Address "
-              "Change History (the flag appears next to the logged IP / username) before printing a label.\n\n"
-              "📝 Invoice notes:\n— Ring twice. (r.odell, 11/19/26)\n— Second."_s);
-
-    const auto cut = invoiceAttention({.invoiceID = u"7"_s, .codes = {u"ARC14"_s}, .streetCut = true});
-    EXPECT_TRUE(cut->text.startsWith(u"⚠️ Address Revision Check (14 Days) — "_s));
-    EXPECT_TRUE(cut->text.endsWith(u"was cut. Compare it with the invoice."_s));
-    EXPECT_EQ(invoiceAttention({.invoiceID = u"7"_s, .streetCut = true})->title, u"Check Invoice 7"_s);
+    for (const Json &row : table(u"invoices"_s, "attention")) { // flags, notes, whether the street is cut, title, text
+        DesklineInvoice invoice{.invoiceID = u"48213"_s, .codes = texts(row[0]), .streetCut = row[2]};
+        for (const Json &note : row[1])
+            invoice.notes.append({.text = text(note[0]), .by = text(note[1]), .date = text(note[2])});
+        const InvoiceAttention attention = invoiceAttention(invoice).value_or(InvoiceAttention());
+        EXPECT_EQ(attention.title, text(row[3]));
+        EXPECT_EQ(attention.text, texts(row[4]).join(u"\n\n"_s));
+    }
 }
 
 } // namespace parcelory::test

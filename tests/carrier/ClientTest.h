@@ -7,7 +7,6 @@
 #include "carrier/ShippoError.h"
 #include "carrier/ShippoKeys.h"
 #include "carrier/ShippoRecords.h"
-#include "practice/carrier/CarrierScenario.h"
 #include "support/CarrierDesk.h"
 // IWYU pragma: end_exports
 

@@ -21,10 +21,8 @@ struct Pages {
         };
         const auto created = [](const ShippoTransaction &t) { return t.objectCreated; };
         const QDateTime cutoff(QDate(2026, 11, 10), QTime(0, 0), QTimeZone::utc());
-        QStringList ids;
-        for (const auto &transaction : runTask(pagedList<ShippoTransaction>(fetch, u"0"_s, cutoff, created)))
-            ids += transaction.objectId;
-        return ids;
+        return each(runTask(pagedList<ShippoTransaction>(fetch, u"0"_s, cutoff, created)),
+                    &ShippoTransaction::objectId);
     }
 };
 

@@ -17,14 +17,13 @@ protected:
     }
     void answerManifest(const QByteArray &body, int times = 1)
     {
-        desk.carrier.setScenario({.failNext = CarrierFailure{"manifests", 201, "application/json", body, times, ""}});
+        desk.carrier.setScenario(answering("manifests", 201, body, {}, times));
     }
-    MasterEntry entry(const QString &name, const QString &created, const QString &status = u"SUCCESS"_s)
+    /// Its entry in the master log of one day.
+    MasterEntry entryOf(const ShippoTransaction &bought)
     {
-        ShippoTransaction bought{.objectId = name, .status = status, .rate = u"r"_s, .objectCreated = created};
         const QDateTime start = QDate(2026, 11, 20).startOfDay();
-        const auto entries = masterEntries({bought}, {}, start, start.addDays(1));
-        return entries.value(0);
+        return masterEntries({bought}, {}, start, start.addDays(1)).value(0);
     }
 };
 
@@ -83,14 +82,15 @@ TEST_F(PostSaleTest, TakesFromThePurchaseTagWhatTheHistoryNoLongerHolds)
 {
     const QString inside = QDateTime(QDate(2026, 11, 20), QTime(12, 0)).toUTC().toString(Qt::ISODateWithMs);
     ShippoTransaction bought{.objectId = u"t"_s, .status = u"SUCCESS"_s, .rate = u"gone"_s, .objectCreated = inside};
-    const QDateTime start = QDate(2026, 11, 20).startOfDay();
-    const auto only = [&] { return masterEntries({bought}, {}, start, start.addDays(1)).value(0); };
-    EXPECT_EQ(only().recipient + only().service + only().country, u"—Unknown"_s);
+    MasterEntry entry = entryOf(bought);
+    EXPECT_EQ(entry.recipient + entry.service + entry.country, u"—Unknown"_s);
     bought.metadata = u"KX|gb|Harriet Ashcombe|FedEx International Priority|97301"_s;
-    EXPECT_EQ(only().recipient + only().service + only().country, u"Harriet AshcombeFedEx International PriorityGB"_s);
-    EXPECT_EQ(entry(u"failed"_s, inside, u"ERROR"_s).id, QString());
-    EXPECT_EQ(entry(u"too early"_s, u"2026-11-18T18:00:00Z"_s).id, QString());
-    EXPECT_EQ(entry(u"undated"_s, u"soon"_s).id, QString());
+    entry = entryOf(bought);
+    EXPECT_EQ(entry.recipient + entry.service + entry.country, u"Harriet AshcombeFedEx International PriorityGB"_s);
+    for (const QString &created : {u"2026-11-18T18:00:00Z"_s, u"soon"_s})
+        EXPECT_EQ(entryOf({.objectId = u"t"_s, .status = u"SUCCESS"_s, .objectCreated = created}).id, QString());
+    bought.status = u"ERROR"_s;
+    EXPECT_EQ(entryOf(bought).id, QString());
 }
 
 /// The pages of the account's lists, as foreign records and a busy carrier make them.
@@ -104,7 +104,7 @@ TEST_F(PostSaleTest, TheMasterLogSurvivesForeignRecordsAndABusyCarrier)
         return run(client.masterLog(today, today, listing));
     };
     const auto answer = [&](const QByteArray &path, int status, const QByteArray &body) {
-        desk.carrier.setScenario({.failNext = CarrierFailure{path, status, "application/json", body, 1, "GET"}});
+        desk.carrier.setScenario(answering(path, status, body, "GET"));
     };
     // Bought by another program in a single call: the rate is an object. The link to the next page names another port.
     answer(
@@ -140,9 +140,7 @@ TEST_F(PostSaleTest, TheMasterLogSurvivesForeignRecordsAndABusyCarrier)
 
 TEST_F(PostSaleTest, ADamagedFormOfAnotherDeskHidesNoOther)
 {
-    desk.carrier.setScenario(
-        {.failNext = CarrierFailure{"manifests", 200, "application/json",
-                                    R"({"results": [{"status": 7}, {"object_id": "m"}]})", 1, ""}});
+    desk.carrier.setScenario(answering("manifests", 200, R"({"results": [{"status": 7}, {"object_id": "m"}]})"));
     const QList<ShippoManifest> forms = run(client.newestManifests());
     ASSERT_EQ(forms.size(), 1);
     EXPECT_EQ(forms.first().objectId, u"m"_s);

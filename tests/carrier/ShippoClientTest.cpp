@@ -41,9 +41,7 @@ protected:
     void answerWith(int status, const QByteArray &body, const QByteArray &contentType = "application/json",
                     int times = 1)
     {
-        CarrierScenario scenario;
-        scenario.failNext = CarrierFailure{"", status, contentType, body, times, ""};
-        desk.carrier.setScenario(scenario);
+        desk.carrier.setScenario({.failNext = CarrierFailure{"", status, contentType, body, times, ""}});
     }
 };
 
@@ -205,28 +203,17 @@ TEST_F(ShippoClientTest, PollsAQueuedPurchaseAndReturnsItIfItStaysQueued)
 TEST_F(ShippoClientTest, OnlyTheCarriersOwnTimeProvesThatNothingWasBought)
 {
     const QDateTime rated(QDate(2026, 11, 20), QTime(12, 0), QTimeZone::utc());
-    const auto page = [](const QDateTime &newest, const char *rate, const char *next) {
+    const auto page = [](const QDateTime &newest, const char *next) {
         return R"({"next": )" + QByteArray(next) +
-               R"(, "results": [{"object_id": "t", "status": "SUCCESS", "rate": ")" + rate +
-               R"(", "object_created": ")" + newest.toString(Qt::ISODate).toLatin1() + R"("}]})";
+               R"(, "results": [{"object_id": "t", "status": "SUCCESS", "rate": "other", "object_created": ")" +
+               newest.toString(Qt::ISODate).toLatin1() + R"("}]})";
     };
-    const char *const more = R"("transactions?results=100")", *const last = "null";
-    // The only label on each page, the link to the next page, when the purchase was asked for and rated, proof.
-    const std::tuple<QDateTime, const char *, QDateTime, QDateTime, bool> rows[] = {
-        {rated.addDays(-1), more, rated, rated, true},
-        {rated.addDays(-1), more, rated.addDays(9), rated, true}, // the desk's clock is days ahead, or behind
-        {rated.addDays(-1), more, rated.addDays(-9), rated, true},
-        {rated.addSecs(60), more, rated.addDays(9), rated, false}, // newer labels only
-        {rated.addSecs(60), more, rated.addDays(9), {}, false},
-        {rated.addDays(-3), more, rated, {}, false}, // only the desk's clock says that the rest is too old
-        {rated.addDays(-3), last, rated, {}, true},
-        {rated.addSecs(60), last, rated.addDays(9), {}, true},
-    };
-    for (const auto &[listed, next, asked, ratedAt, isProof] : rows) {
-        desk.clock.start = asked;
-        answerWith(200, page(listed, "other", next), "application/json", 100);
-        EXPECT_EQ(failureOf(client.purchasesOf(u"r"_s, asked, ratedAt)) == u"no failure"_s, isProof)
-            << next << listed.toString().toStdString();
+    for (const Json &row : table(u"carrier-errors"_s, "proofs of no purchase")) {
+        const QDateTime asked = desk.clock.start = rated.addDays(row[2]);
+        const char *next = row[1].get<bool>() ? "null" : R"("transactions?results=100")";
+        answerWith(200, page(rated.addSecs(row[0]), next), "application/json", 100);
+        const QString failure = failureOf(client.purchasesOf(u"r"_s, asked, row[3].get<bool>() ? rated : QDateTime()));
+        EXPECT_EQ(failure == u"no failure"_s, row[4].get<bool>()) << row;
     }
 }
 

@@ -51,14 +51,12 @@ TEST_F(ShippoKeysTest, RemovingTheActiveKeyActivatesTheFirstRemainingKey)
 
 TEST_F(ShippoKeysTest, NamesTheSingleKeyOfEarlierVersionsOnce)
 {
-    const std::pair<QString, QString> rows[] = {{u"shippo_test_old"_s, u"Test Mode"_s},
-                                                {u"shippo_live_old"_s, u"Live Mode"_s},
-                                                {u"something"_s, u"Live Mode"_s}};
-    for (const auto &[legacy, name] : rows) {
+    for (const Json &row : table(u"shippo-keys"_s, "named")) {
+        const QString legacy = text(row[0]);
         secrets.set(legacy, u"shippo.token"_s);
         preferences.values.clear();
         EXPECT_EQ(keys.activeToken(), legacy);
-        EXPECT_EQ(keys.names(), QStringList{name});
+        EXPECT_EQ(keys.names(), QStringList{text(row[1])});
         secrets.set(u"changed later"_s, u"shippo.token"_s);
         EXPECT_EQ(keys.activeToken(), legacy);
     }
@@ -78,11 +76,9 @@ TEST_F(ShippoKeysTest, SaysWhetherTheActiveKeyCostsMoney)
     EXPECT_EQ(keys.settingsText(keys.activeToken().value_or(QString())),
               u"No API key active. Add one below (Shippo dashboard → API → Developer keys)."_s);
     EXPECT_EQ(keys.statusText(keys.activeToken().value_or(QString())), u"No Shippo API key — add one in Settings"_s);
-    const std::pair<QString, bool> rows[] = {{u"shippo_test_abc"_s, true},  {u"shippo_testXYZ"_s, true},
-                                             {u"SHIPPO_TEST_abc"_s, false}, {u" shippo_test_abc"_s, false},
-                                             {u"shippo_live_abc"_s, false}, {u"x"_s, false}};
-    for (const auto &[token, test] : rows) {
-        keys.set(token, u"Desk 1"_s);
+    for (const Json &row : table(u"shippo-keys"_s, "free labels")) {
+        const bool test = row[1];
+        keys.set(text(row[0]), u"Desk 1"_s);
         EXPECT_EQ(keys.settingsText(keys.activeToken().value_or(QString())),
                   test ? u"“Desk 1” active — TEST key, labels are free and not valid postage."_s
                        : u"“Desk 1” active — LIVE key, labels cost real money."_s);

@@ -36,9 +36,8 @@ bool speaks(const RuleBook &book, const QString &id, const RuleParcel &parcel)
 TEST(RuleBook, EachRuleKnowsItsLimit)
 {
     RuleBook book = RuleBook::builtIn();
-    QSet<QString> unseen;
-    for (const Rule &each : book.rules)
-        unseen += each.id;
+    const QStringList ids = each(book.rules, &Rule::id);
+    QSet<QString> unseen(ids.begin(), ids.end());
     for (const Json &row : table(u"rules"_s, "sides")) {
         const RuleParcel parcel = changed(RuleParcel{.carrier = u"usps"_s, .country = u"US"_s}, row[1]);
         EXPECT_TRUE(speaks(book, text(row[0]), parcel)) << row;
@@ -99,10 +98,9 @@ TEST(ShippingRules, TakesANewerFileAndKeepsTheSwitches)
     };
     for (const auto &[bytes, isBuiltIn, isRefused] : rows) {
         ShippingRules rules(desk.platform);
-        if (QFile file(rules.folder() + u"/us-shipping.json"_s); !bytes.isEmpty()) {
-            ASSERT_TRUE(QDir().mkpath(rules.folder()) && file.open(QIODevice::WriteOnly));
-            file.write(bytes);
-        }
+        ASSERT_TRUE(QDir().mkpath(rules.folder()));
+        if (!bytes.isEmpty())
+            put(rules.folder() + u"/us-shipping.json"_s, bytes);
         runTask(rules.load());
         EXPECT_EQ(rules.isBuiltIn, isBuiltIn) << bytes.constData();
         EXPECT_EQ(rules.refusal.value().contains(u"(line 2: "_s), isRefused) << rules.refusal.value().toStdString();

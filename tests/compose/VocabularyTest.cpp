@@ -72,13 +72,12 @@ TEST(Vocabulary, KeepsTheWordsOfTheCarriersAndOfTheScreens)
 TEST(Vocabulary, OffersTheCarriersPackagingsThenMailersAndBoxes)
 {
     const auto menu = [](Carrier carrier, const QList<BoxProfile> &boxes) {
-        QStringList groups;
-        for (const MailpieceGroup &group : mailpieceMenu(carrier, boxes))
-            groups += u"%1: %2, %3 … %4"_s.arg(group.title)
-                          .arg(group.entries.size())
-                          .arg(group.entries.first().title,
-                               group.entries.last().title + u", "_s + group.entries.last().subtitle);
-        return groups;
+        return each(mailpieceMenu(carrier, boxes), [](const MailpieceGroup &group) {
+            const auto &first = group.entries.first(), &last = group.entries.last();
+            return u"%1: %2, %3 … %4, %5"_s.arg(group.title)
+                .arg(group.entries.size())
+                .arg(first.title, last.title, last.subtitle);
+        });
     };
     const QString mailers =
         u"Stock mailers: 4, Bubble Mailer #0 - S-5147 … Jiffy Rigi Bag #2 - S-1611, 11 × 7.25 × 0.75 in"_s;

@@ -30,9 +30,7 @@ struct Page {
     {
         static const QGuiApplication fonts(argc, argv); // created only after the case without it
         std::thread([&] {
-            QFile file(folder.filePath(u"page"_s));
-            if (file.open(QIODevice::WriteOnly))
-                file.write(CommercialInvoice::pdf(data, deployment));
+            put(folder.filePath(u"page"_s), CommercialInvoice::pdf(data, deployment));
             missing = CommercialInvoice::lettersWithoutGlyph(data);
         }).join();
         static const QRegularExpression word(u"xMin=\"(.+)\" yMin=\"(.+)\" xMax=\"(.+)\" yMax=\"(.+)\">(.*)</word>"_s);
@@ -116,10 +114,8 @@ TEST(CommercialInvoice, HasTheFieldsForCustomsAndAccountingAndOmitsEmptyLines)
 {
     auto data = invoice(u"Coin"_s, 25);
     const QString text = Page(data).text;
-    for (const char *said :
-         {"HS Code Coin", "Subtotal: $25.00 Shipping: $0.00 Total Due: $25.00 Paid: $25.00 Balance: $0.00",
-          "Packages 1, Coin", "Currency US dollars (USD)", "origin United States Terms of sale DDU", "Name Coin"})
-        EXPECT_TRUE(text.contains(QLatin1StringView(said))) << said << " is not in " << text.toStdString();
+    for (const QString &said : texts(table(u"commercial-invoice"_s, "texts")))
+        EXPECT_TRUE(text.contains(said)) << said.toStdString() << " is not in " << text.toStdString();
     EXPECT_EQ(text.count(u"3/7/26"_s), 2);
     data.signer = data.weight = QString();
     EXPECT_EQ(Page(data).text.count(u"3/7/26"_s), 1) << "the line for the signature is empty";
@@ -139,21 +135,14 @@ TEST(CommercialInvoice, HasTheFieldsForCustomsAndAccountingAndOmitsEmptyLines)
 // A letter that is missing in all fonts is read from the page as nothing or as another letter.
 TEST(CommercialInvoice, DrawsEveryScriptAsSearchableText)
 {
-    for (const char *utf8 :
-         {"Jürgen Łukasiewicz Ångström", "Jose\u0301 Núñez", "Ελληνική Εταιρεία", "Москва, ул. Большая",
-          "東京都 ひらがな カタカナ", "北京市朝阳区", "서울특별시", "office 12-34 10:30 (B)"}) {
-        const QString name = QString::fromUtf8(utf8);
+    for (const QString &name : texts(table(u"commercial-invoice"_s, "names"))) {
         const Page page(invoice(name, 1));
         EXPECT_TRUE(page.text.contains(name.normalized(QString::NormalizationForm_C))) << page.text.toStdString();
         for (const QString &font : page.ask(u"pdffonts page"_s).trimmed().split(u'\n').mid(2))
             EXPECT_TRUE(font.contains(QRegularExpression(u" yes +(yes|no) +yes "_s))) << font.toStdString(); // embedded
     }
-    // Their shapes are read as other letters; the font tells that they are no boxes.
-    const std::pair<QString, QString> shaped[] = {{u"สมชาย ใจดี"_s, u"NotoSansThai"_s},
-                                                  {u"राजेश शर्मा"_s, u"NotoSansDevanagari"_s},
-                                                  {u"شارع الملك فهد"_s, u"NotoSansArabic"_s},
-                                                  {u"רחוב הרצל"_s, u"NotoSansHebrew"_s}};
-    for (const auto &[name, font] : shaped) {
+    for (const Json &row : table(u"commercial-invoice"_s, "shaped names")) {
+        const QString name = text(row[0]), font = text(row[1]);
         const Page page(invoice(name + u" Elm"_s, 1));
 #ifndef Q_OS_MACOS // which has fonts of its own for these scripts
         EXPECT_TRUE(page.ask(u"pdffonts page"_s).contains(font)) << font.toStdString();

@@ -12,21 +12,6 @@ namespace {
 
 constexpr auto filePrivacy = QFile::ReadOwner | QFile::WriteOwner | QFile::ReadUser | QFile::WriteUser;
 
-/// A failure as code and text; code 0 if the exception has no code, -1 if nothing was thrown.
-using Failure = std::pair<int, QString>;
-
-Failure codedFailureOf(const std::function<void()> &operation)
-{
-    try {
-        operation();
-    } catch (const SystemError &error) {
-        return {error.code(), error.description()};
-    } catch (const AppError &error) {
-        return {0, error.description()};
-    }
-    return {-1, {}};
-}
-
 /// A printer with simulated tools and a private folder for temporary files.
 class LabelPrinterTest : public testing::Test {
 protected:

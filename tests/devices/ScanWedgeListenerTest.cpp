@@ -93,7 +93,6 @@ struct ScanDesk {
     {
         return press({.text = u"\r"_s, .isReturn = true}, after);
     }
-    KeyVerdict pressTab(std::chrono::milliseconds after) { return press({.text = u"\t"_s, .isTab = true}, after); }
 };
 
 const QString link = u"https://GO.Corvallon.example/i48213"_s;
@@ -128,7 +127,7 @@ TEST(ScanWedgeListener, AScanIsReadWholeAndLeavesTheFieldUnchanged)
                 desk.keyboard.cursor = 8; // the text after it looks like a code's start
                 desk.type(link, spacing);
                 if (end == End::tab)
-                    EXPECT_EQ(desk.pressTab(spacing), KeyVerdict::swallow);
+                    EXPECT_EQ(desk.press({.text = u"\t"_s, .isTab = true}, spacing), KeyVerdict::swallow);
                 if (end == End::enter || end == End::crlf)
                     EXPECT_EQ(desk.pressReturn(spacing), KeyVerdict::swallow);
                 if (end == End::crlf)

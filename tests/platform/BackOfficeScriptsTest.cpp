@@ -34,11 +34,15 @@ protected:
         const QByteArray html = "<!DOCTYPE html><meta charset=utf-8><body>" + QByteArray::fromStdString(body) +
                                 "<p id=end" + QByteArray::number(++m_pages) + ">";
         engine.load(QUrl(u"data:text/html;base64,"_s + QString::fromLatin1(html.toBase64())), 60s);
-        const QString shown =
-            u"document.readyState === 'complete' && !!document.getElementById('end%1')"_s.arg(m_pages);
+        waitFor(u"end%1"_s.arg(m_pages));
+    }
+    /// Waits until the page is loaded and has an element with this id.
+    void waitFor(const QString &id)
+    {
+        const QString shown = u"document.readyState === 'complete' && !!document.getElementById('%1')"_s.arg(id);
         const QDeadlineTimer patience(60s);
         while (!evaluate(shown).toBool())
-            ASSERT_FALSE(patience.hasExpired()) << body;
+            ASSERT_FALSE(patience.hasExpired()) << id.toStdString();
     }
 
     WebEngineSession engine{{.folder = webFolder, .reach = WebEngineSession::Reach::loopbackOnly}};
@@ -93,9 +97,7 @@ TEST_F(BackOfficeScripts, FillInThePasswordOnlyAtTheBackOfficesOwnAddress)
     });
     const QUrl page(QString::fromStdString(server.base()) + u"staff/login.php"_s);
     engine.load(page, 60s);
-    const QDeadlineTimer patience(60s);
-    while (!evaluate(u"document.readyState === 'complete' && !!document.getElementById('pass')"_s).toBool())
-        ASSERT_FALSE(patience.hasExpired());
+    waitFor(u"pass"_s);
     QUrl otherPort = page, encrypted = page, otherHost = page;
     otherPort.setPort(page.port() == 1024 ? 1025 : 1024);
     encrypted.setScheme(u"https"_s);

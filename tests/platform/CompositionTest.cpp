@@ -21,9 +21,7 @@ TEST(Composition, ConnectsEveryAdapterOfAPort)
     const QDir sources(QStringLiteral(PARCELORY_SOURCE_DIR "/src"));
     int adapters = 0;
     for (const QString &header : QDir(sources.filePath(u"platform"_s)).entryList({u"*.h"_s})) {
-        auto found = adapter.globalMatch(textOf(u"platform/"_s + header));
-        while (found.hasNext()) {
-            const QRegularExpressionMatch match = found.next();
+        for (const QRegularExpressionMatch &match : adapter.globalMatch(textOf(u"platform/"_s + header))) {
             if (!sources.exists(u"core/ports/%1.h"_s.arg(match.captured(2))))
                 continue;
             ++adapters;

@@ -1,33 +1,12 @@
 #include "records/DayOfLabels.h"
 #include "support/LogFile.h"
+#include "support/Table.h"
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
 namespace {
 
 TEST(DayOfLabels, EachLabelIsListedWhereItNeedsAHand)
 {
-    struct Row {
-        QString carrier, status;
-        bool isTest, isOnForm;
-        PrintState print;
-        QString live; ///< the lists with a live key; $: it counts
-        QString test; ///< with a test key
-        QString id = transactionId();
-    };
-    using enum PrintState;
-    const Row rows[] = {
-        {u"USPS"_s, u"PRINTED"_s, false, false, done, u"missing $"_s, u"otherKey $"_s},
-        {u"usps "_s, u"PRINTED"_s, false, true, unknown, u"form $"_s, u"form $"_s},
-        {u"USPS"_s, u"REFUND_PENDING"_s, false, false, never, u"refund"_s, u"otherKey"_s},
-        {u"USPS"_s, u"REFUNDED"_s, false, true, sent, u"form"_s, u"form"_s},
-        {u"USPS"_s, u"REFUND_ERROR"_s, false, false, done, u"missing $"_s, u"otherKey $"_s},
-        {u"USPS"_s, u"PRINTED"_s, true, false, sent, u"otherKey unprinted"_s, u"missing unprinted"_s},
-        {u"USPS"_s, u""_s, false, false, unknown, u"imported $"_s, u"imported $"_s, u"Piece 1 of 1"_s},
-        {u"FedEx"_s, u"PRINTED"_s, false, false, never, u"driver unprinted $"_s, u"unprinted $"_s},
-        {u"FedEx"_s, u"REFUND_PENDING"_s, false, false, done, u""_s, u""_s},
-        {u"DHL"_s, u"PRINTED"_s, false, false, done, u"$"_s, u"$"_s},
-    };
     const auto listed = [](const DayOfLabels &day) {
         QStringList places;
         const QStringList reasons = {u"refund"_s, u"otherKey"_s, u"imported"_s};
@@ -44,19 +23,16 @@ TEST(DayOfLabels, EachLabelIsListedWhereItNeedsAHand)
         add(day.spend, u"$"_s);
         return places.join(u' ');
     };
-    for (const Row &row : rows) {
-        SCOPED_TRACE((row.carrier + u' ' + row.status).toStdString());
-        const ShipmentRecord record{.carrier = row.carrier,
-                                    .postage = 2,
-                                    .transactionID = row.id,
-                                    .status = row.status,
-                                    .testMode = row.isTest};
-        const QList<DayLabel> labels = {
-            {record, row.isOnForm ? std::optional(record.createdAt) : std::nullopt, row.print, false}};
-        EXPECT_EQ(listed(sortDay(labels, {.test = false})), row.live);
-        EXPECT_EQ(listed(sortDay(labels, {.test = true})), row.test);
-        EXPECT_EQ(sortDay(labels, {.test = true, .practice = true}).counted > 0, row.isTest || row.live.contains(u'$'))
-            << "the practice desk counts its own labels";
+    const QStringList states = {u"unknown"_s, u"never"_s, u"sent"_s, u"done"_s};
+    for (const Json &row : table(u"end-of-day"_s, "lists")) {
+        const QString live = text(row[2]);
+        const auto record = changed(ShipmentRecord{.postage = 2, .transactionID = transactionId()}, row[0]);
+        const auto onForm = row[0].contains("on a form") ? std::optional(record.createdAt) : std::nullopt;
+        const QList<DayLabel> labels = {{record, onForm, PrintState(states.indexOf(text(row[1]))), false}};
+        EXPECT_EQ(listed(sortDay(labels, {.test = false})), live) << row;
+        EXPECT_EQ(listed(sortDay(labels, {.test = true})), text(row[3])) << row;
+        EXPECT_EQ(sortDay(labels, {.test = true, .practice = true}).counted > 0, record.testMode || live.contains(u'$'))
+            << "the practice desk counts its own labels: " << row;
     }
 }
 

@@ -5,7 +5,6 @@
 #include <QByteArrayList>
 #include <QLocale>
 
-#include <algorithm>
 #include <ctime>
 
 namespace parcelory::test {

@@ -91,8 +91,7 @@ TEST_F(LabelHistoryTest, KeepsTheVerdictOnALabel)
     EXPECT_EQ(refundState(rowOf(log, 2)), RefundState::granted);
     EXPECT_TRUE(LabelVerdicts::of(log, 3)->isEmpty() && history.of(3)->reprints == 0);
 
-    Database other(file.folder.filePath(u"mailing_log.sqlite"_s)); // another version's table
-    EXPECT_TRUE(other.exec("DROP TABLE label_verdicts; CREATE TABLE label_verdicts (label INTEGER);"));
+    file.run("DROP TABLE label_verdicts; CREATE TABLE label_verdicts (label INTEGER)"); // another version's table
     EXPECT_FALSE(LabelVerdicts::of(log, 1).isRead() || LabelVerdicts::put(log, rowOf(log, 1), first));
     EXPECT_TRUE(log.zpl(1).isRead() && log.insert({.recipient = u"Later"_s})) << "the log stays usable";
 }

@@ -46,14 +46,6 @@ struct SealedLog : LogFile {
 
 } // namespace
 
-TEST(LogChain, FitsWhateverTheProgramStores)
-{
-    const SealedLog sealed;
-    const LogChain::Report report = sealed.verified({sealed.head()});
-    EXPECT_EQ(report.labels, 6);
-    EXPECT_TRUE(report.findings.isEmpty());
-}
-
 TEST(LogChain, NamesTheRowAndThePartThatWasChanged)
 {
     const QStringList parts = {u"time"_s,        u"service"_s, u"postage"_s, u"recipient"_s, u"tracking"_s,
@@ -70,7 +62,8 @@ TEST(LogChain, NamesTheRowAndThePartThatWasChanged)
         EXPECT_EQ(findings.first().parts, QList{Part(parts.indexOf(text(row[1])))});
         sealed.run("DELETE FROM shipments WHERE id = 3; INSERT INTO shipments SELECT * FROM kept; DROP TABLE kept");
     }
-    EXPECT_TRUE(sealed.verified().findings.isEmpty());
+    EXPECT_TRUE(sealed.verified({sealed.head()}).findings.isEmpty()) << "all that the program stores fits";
+    EXPECT_EQ(sealed.verified().labels, 6);
 }
 
 TEST(LogChain, FindsRowsAndEntriesThatWereRemovedAddedOrRewritten)
@@ -137,12 +130,9 @@ TEST(LogChain, SealsTheRowsOfAnOlderLogInPortions)
     file.run("DELETE FROM log_chain WHERE shipment_id = 9; UPDATE shipments SET zpl = x'00' WHERE id = 8");
     EXPECT_FALSE(log.verify()->findings.isEmpty());
 
-    const Progress canceled([] {
-        CancelToken token;
-        token.cancel();
-        return token;
-    }());
-    EXPECT_TRUE(log.verify({}, canceled)->isCanceled);
+    const CancelToken canceled;
+    canceled.cancel();
+    EXPECT_TRUE(log.verify({}, Progress(canceled))->isCanceled);
 }
 
 } // namespace parcelory::test

@@ -4,7 +4,7 @@
 #include "records/LabelVerdicts.h"
 #include "records/TrackingPlan.h"
 #include "support/LogFile.h"
-#include "support/Test.h"
+#include "support/Table.h"
 
 #include <QTimeZone>
 
@@ -13,7 +13,6 @@
 
 namespace parcelory::test {
 namespace {
-using namespace Qt::StringLiterals;
 
 const QDateTime now(QDate(2026, 11, 20), QTime(14, 0));
 
@@ -44,60 +43,24 @@ QString reasonOf(const OpenFacts &facts)
 
 TEST(OpenItems, NamesTheOneReasonOfALabel)
 {
-    using enum TrackingStatus;
-    constexpr double minute = 1.0 / 1440;
-    const struct {
-        double days;
-        std::optional<Journey> journey;
-        QString reason;
-        QString status = u"PRINTED"_s, carrier = u"USPS"_s;
-    } rows[] = {
-        {20 - minute, {}, {}}, // the carrier was not asked
-        {20, {}, u"SCAN_UNKNOWN"_s},
-        {30 - minute, {}, u"SCAN_UNKNOWN"_s},
-        {30, {}, {}},
-        {26, {}, {}, u"PRINTED"_s, u"FedEx"_s},
-        {26, {}, {}, u"DELIVERED"_s},
-        {1 - minute, journey(preTransit), {}},
-        {1, journey(preTransit), u"NOT_SCANNED"_s},
-        {5 - minute, journey(unknown), u"NOT_SCANNED"_s},
-        {5, journey(unknown), u"UNUSED"_s},
-        {20 - minute, journey(preTransit), u"UNUSED"_s},
-        {20, journey(preTransit), u"REFUND_ENDING"_s},
-        {25 - minute, journey(preTransit), u"REFUND_ENDING"_s},
-        {25, journey(preTransit), u"REFUND_URGENT"_s},
-        {30 - minute, journey(preTransit), u"REFUND_URGENT"_s},
-        {30, journey(preTransit), {}},
-        {26, journey(preTransit), u"UNUSED"_s, u"PRINTED"_s, u"FedEx"_s},
-        {26, journey(preTransit), {}, u"DELIVERED"_s},
-        {26, journey(preTransit), {}, u"REFUNDED"_s},
-        {26, journey(preTransit), u"REFUND_UNDECIDED"_s, u"REFUND_PENDING"_s},
-        {14 - minute, journey(preTransit), {}, u"REFUND_REQUESTED"_s},
-        {14, {}, u"REFUND_UNDECIDED"_s, u"REFUND_REQUESTED"_s},
-        {1, {}, u"REFUND_REJECTED"_s, u"REFUND_ERROR"_s},
-        {8, journey(transit, 5 - minute), {}},
-        {8, journey(transit, 5), u"NO_MOVEMENT"_s},
-        {8, journey(failure, 6), u"NO_MOVEMENT"_s},
-        {50, journey(transit, 40), {}},
-        {8, journey(returned), u"RETURNED"_s},
-        {91, journey(returned), {}},
-        {8, journey(delivered, 2, u"97701-1188"_s), {}},
-        {8, journey(delivered, 2, u"97702"_s), u"OTHER_ZIP"_s, u"DELIVERED"_s},
-        {8, journey(delivered), {}},
-    };
-    for (const auto &row : rows) {
-        OpenFacts facts{.label = labelOf(row.days), .journey = row.journey};
-        facts.label.status = row.status;
-        facts.label.carrier = row.carrier;
-        EXPECT_EQ(reasonOf(facts), row.reason) << row.days << ' ' << row.status.toStdString();
-        facts.done = {row.reason};
-        EXPECT_TRUE(row.reason.isEmpty() || reasonOf(facts) != row.reason) << "taken off the list";
+    for (const Json &row : table(u"open-items"_s, "reasons")) {
+        const Json &fact = row[1];
+        const QString reason = text(row[2]);
+        OpenFacts facts{.label = labelOf(row[0])};
+        facts.label.status = text(fact.value("status", Json("PRINTED")));
+        facts.label.carrier = text(fact.value("carrier", Json("USPS")));
+        if (const Json tracked = fact.value("tracked", Json()); !tracked.is_null())
+            facts.journey =
+                journey(trackingStatusFrom(text(tracked)), fact.value("still", 0.0), text(fact.value("zip", Json())));
+        EXPECT_EQ(reasonOf(facts), reason) << row;
+        facts.done = {reason};
+        EXPECT_TRUE(reason.isEmpty() || reasonOf(facts) != reason) << "taken off the list";
     }
     OpenFacts paper{.label = labelOf(1), .isPapersOpen = true, .isUnchecked = true};
     EXPECT_EQ(reasonOf(paper), u"CUSTOMS_PAPERS"_s);
     paper.isPapersOpen = false;
     EXPECT_EQ(reasonOf(paper), u"LABEL_UNCHECKED"_s);
-    paper.journey = journey(transit);
+    paper.journey = journey(TrackingStatus::transit);
     EXPECT_EQ(reasonOf(paper), QString()) << "the parcel is gone";
 }
 

@@ -22,13 +22,12 @@ protected:
 };
 
 /// A backup or another tool that reads the journal: holds SQLite's shared lock while it exists.
-struct Reader {
-    Database db;
-    explicit Reader(const QDir &place) : db(place.filePath(u"purchase_journal.sqlite"_s))
-    {
-        EXPECT_TRUE(db.exec("BEGIN; SELECT count(*) FROM purchases;"));
-    }
-};
+std::unique_ptr<Database> readerOf(const QDir &place)
+{
+    auto reader = std::make_unique<Database>(place.filePath(u"purchase_journal.sqlite"_s));
+    EXPECT_TRUE(reader->exec("BEGIN; SELECT count(*) FROM purchases;"));
+    return reader;
+}
 
 } // namespace
 
@@ -179,7 +178,7 @@ TEST_F(PurchaseJournalTest, SetsADamagedFileAsideAndSaysSo)
 TEST_F(PurchaseJournalTest, OpensAsSoonAsAnotherProgramClosesTheFile)
 {
     PurchaseJournal(place).open();
-    auto reader = std::make_unique<Reader>(place);
+    std::unique_ptr<Database> reader = readerOf(place);
     PurchaseJournal journal(place, 0ms);
     EXPECT_EQ(journal.trouble(), QString()) << "nothing is opened before the first call";
     EXPECT_TRUE(journal.openPurchases().isEmpty());
@@ -195,7 +194,7 @@ TEST_F(PurchaseJournalTest, OpensAsSoonAsAnotherProgramClosesTheFile)
 TEST_F(PurchaseJournalTest, WaitsForAReaderToFinish)
 {
     PurchaseJournal(place).open();
-    auto reader = std::make_unique<Reader>(place);
+    std::unique_ptr<Database> reader = readerOf(place);
     PurchaseJournal journal(place, 1min);
     std::thread closing([&reader] { reader.reset(); });
     EXPECT_EQ(refusal(journal), u"no failure"_s);

@@ -53,18 +53,17 @@ TEST(ShipmentLog, ReportsALostRowWhenTheLockIsNeverReleased)
 {
     const WaitingRoom room;
     UsedLog file;
-    ShipmentLog &log = file.log;
     file.put(u"log.txt"_s, mailLine("Ana"));
     Database other(file.path());
     ASSERT_TRUE(other.exec("BEGIN IMMEDIATE"));
     WaitingRoom::waited = 0;
-    EXPECT_FALSE(log.insert(shipmentTo(u"Lost"_s)));
+    EXPECT_FALSE(file.log.insert(shipmentTo(u"Lost"_s)));
     EXPECT_GT(WaitingRoom::waited, 4500000); // it waited the full time
-    EXPECT_TRUE(log.lastError().contains(u"locked"_s)) << log.lastError().toStdString();
-    EXPECT_FALSE(log.setStatus(1, u"REFUNDED"_s) || log.storeCustomsPDF({.id = 1}, "%PDF"));
-    EXPECT_TRUE(importFailure(log, file.path(u"log.txt"_s)).contains(u"database is locked"_s));
+    EXPECT_TRUE(file.log.lastError().contains(u"locked"_s)) << file.log.lastError().toStdString();
+    EXPECT_FALSE(file.log.setStatus(1, u"REFUNDED"_s) || file.log.storeCustomsPDF({.id = 1}, "%PDF"));
+    EXPECT_TRUE(importFailure(file.log, file.path(u"log.txt"_s)).contains(u"database is locked"_s));
     ASSERT_TRUE(other.exec("ROLLBACK"));
-    expectHealthy(file, log);
+    expectHealthy(file, file.log);
 }
 
 TEST(ShipmentLog, TellsTheLastFailureWhileAnotherThreadWrites)

@@ -1,4 +1,3 @@
-#include "core/Task.h"
 #include "records/ShipmentLogIndex.h"
 #include "support/LogFile.h"
 #include "support/Table.h"

@@ -13,14 +13,8 @@ TEST(ShipmentStatus, HasTextsForTheClerk)
 
 TEST(ShipmentStatus, FollowsWhatTheCarrierSaysAboutTheRefund)
 {
-    using enum RefundState;
-    const std::tuple<RefundState, QString, QString> rows[] = {{pending, u"PRINTED"_s, u"REFUND_PENDING"_s},
-                                                              {granted, u"REFUND_PENDING"_s, u"REFUNDED"_s},
-                                                              {failed, u"REFUND_PENDING"_s, u"REFUND_ERROR"_s},
-                                                              {none, u"REFUND_REQUESTED"_s, u"PRINTED"_s},
-                                                              {none, u"DELIVERED"_s, u"DELIVERED"_s}};
-    for (const auto &[refund, before, after] : rows)
-        EXPECT_EQ(statusAfter(refund, before), after);
+    for (const Json &row : table(u"shipment-status"_s, "after an answer"))
+        EXPECT_EQ(statusAfter(RefundState(row[0].get<int>()), text(row[1])), text(row[2])) << row;
 }
 
 } // namespace parcelory::test

@@ -9,8 +9,6 @@
 #include "support/RunTask.h"
 #include "support/Test.h"
 
-#include <functional>
-
 namespace parcelory::test {
 namespace {
 
@@ -273,14 +271,8 @@ TEST(TwoPrograms, KeepEachOthersBoxes)
         first.flush();
         settle();
         first.flush();
-        const auto names = [](const BoxStore &store) {
-            QStringList all;
-            for (const BoxProfile &box : store.profiles.value())
-                all += box.name;
-            return all;
-        };
-        EXPECT_EQ(names(first), row.both);
-        EXPECT_EQ(names(BoxStore(desk.platform)), row.both);
+        EXPECT_EQ(each(first.profiles.value(), &BoxProfile::name), row.both);
+        EXPECT_EQ(each(BoxStore(desk.platform).profiles.value(), &BoxProfile::name), row.both);
         EXPECT_EQ(told, row.told);
     }
 }

@@ -2,8 +2,6 @@
 #include "support/FakeClock.h"
 #include "support/Test.h"
 
-#include <QTemporaryDir>
-
 namespace parcelory::test {
 
 TEST(Trace, KeepsTheNewestLinesOverARestart)

@@ -27,7 +27,6 @@
 #include "core/ports/Preferences.h"
 #include "core/ports/ProcessRunner.h"
 #include "core/ports/Prompts.h"
-#include "practice/carrier/CarrierScenario.h"
 #include "records/BoxProfile.h"
 #include "records/PurchaseJournal.h"
 #include "records/ScanForms.h"
@@ -44,13 +43,6 @@
 // IWYU pragma: end_exports
 
 namespace parcelory::test {
-
-/// The carrier's answer to the next `count` requests below `path`.
-inline CarrierScenario answering(const QByteArray &path, int status, const QByteArray &body = {},
-                                 const QByteArray &method = {}, int count = 1)
-{
-    return {.failNext = CarrierFailure{path, status, "application/json", body, count, method}};
-}
 
 /// A print tool that fails with this text when labels or papers are sent to it.
 inline auto failingPrinter(const QByteArray &reason)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "practice/carrier/CarrierScenario.h" // IWYU pragma: export
 #include "practice/carrier/PracticeCarrier.h" // IWYU pragma: export
 #include "support/FakePlatform.h"             // IWYU pragma: export
 #include "support/RunTask.h"                  // IWYU pragma: export
@@ -39,6 +40,13 @@ struct CarrierDesk : FakePlatform {
         return bodies;
     }
 };
+
+/// The carrier's answer to the next `count` requests below `path`.
+inline CarrierScenario answering(const QByteArray &path, int status, const QByteArray &body = {},
+                                 const QByteArray &method = {}, int count = 1)
+{
+    return {.failNext = CarrierFailure{path, status, "application/json", body, count, method}};
+}
 
 /// A sender or recipient of tests/data.
 inline ShippoAddress sampleAddress(const char *name)

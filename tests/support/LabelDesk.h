@@ -86,10 +86,8 @@ struct LabelDesk : CarrierDesk {
     }
     int requestsTo(const QByteArray &prefix)
     {
-        int count = 0;
-        for (const PracticeCarrier::Request &request : carrier.requests())
-            count += request.target.startsWith(prefix);
-        return count;
+        return int(std::ranges::count_if(carrier.requests(),
+                                         [&](const auto &request) { return request.target.startsWith(prefix); }));
     }
 };
 

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "app/logs/MailingLogScreen.h" // IWYU pragma: export
-#include "practice/carrier/CarrierScenario.h"
 #include "records/ShipmentRecord.h"
 #include "support/LabelDesk.h" // IWYU pragma: export
 
@@ -34,7 +33,7 @@ protected:
     /// The carrier's next answer below `path`.
     void answer(const QByteArray &path, const QByteArray &body, int status = 200)
     {
-        carrier.setScenario({.failNext = CarrierFailure{path, status, "application/json", body, 1, ""}});
+        carrier.setScenario(answering(path, status, body));
     }
 };
 

@@ -33,6 +33,13 @@ inline ShipmentRecord shipment(const QString &name)
 
 /// Another value than the given one, and one that makes a difference on the screen.
 struct OtherValue {
+    /// The record with another value in these fields.
+    template <class Record, class... Fields>
+    static Record with(Record record, Fields... fields)
+    {
+        ((record.*fields = of(record.*fields)), ...);
+        return record;
+    }
     static bool of(bool value) { return !value; }
     static int of(int value) { return value + 1; }
     static double of(double value) { return value + 0.25; }
@@ -49,27 +56,10 @@ struct OtherValue {
     {
         return value.isValid() ? value.addDays(1) : QDateTime(QDate(2026, 11, 20), QTime(12, 0));
     }
-    static RecordCopy of(RecordCopy copy)
-    {
-        copy.folder += u" else"_s;
-        copy.madeAt = of(copy.madeAt);
-        return copy;
-    }
-    static RestoreReview of(RestoreReview review)
-    {
-        review.copy = of(review.copy);
-        return review;
-    }
-    static LogChain::Report of(LogChain::Report report)
-    {
-        ++report.labels;
-        return report;
-    }
-    static RuleBook of(RuleBook book)
-    {
-        book.date = of(book.date);
-        return book;
-    }
+    static RecordCopy of(const RecordCopy &value) { return with(value, &RecordCopy::folder, &RecordCopy::madeAt); }
+    static RestoreReview of(const RestoreReview &value) { return with(value, &RestoreReview::copy); }
+    static LogChain::Report of(const LogChain::Report &value) { return with(value, &LogChain::Report::labels); }
+    static RuleBook of(const RuleBook &value) { return with(value, &RuleBook::date); }
     static QUuid of(const QUuid &) { return QUuid::createUuid(); }
     static AppFlow of(AppFlow) { return AppFlow::login; }
     static MainTab of(MainTab) { return MainTab::mailingLog; }
@@ -117,15 +107,10 @@ struct OtherValue {
     static CustomsInfo of(const CustomsInfo &) { return {CustomsItemType::silver, u"2"_s, u"80"_s, u"Ana Ortiz"_s}; }
     static SenderProfile of(SenderProfile value)
     {
-        value.name += u" else"_s;
         value.address = {};
-        return value;
+        return with(value, &SenderProfile::name);
     }
-    static BoxProfile of(BoxProfile value)
-    {
-        value.name += u" else"_s;
-        return value;
-    }
+    static BoxProfile of(const BoxProfile &value) { return with(value, &BoxProfile::name); }
     /// Bought for the recipient of the draft, with a key that is gone: nothing is sent to the carrier.
     static UnresolvedPurchase of(const UnresolvedPurchase &)
     {

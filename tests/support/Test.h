@@ -43,14 +43,29 @@ QString failureOf(Operation operation)
     return u"no failure"_s;
 }
 
-/// A text of each record in a list.
-template <class List, class Member>
-QStringList each(const List &list, Member member)
+/// A failure as code and text; code 0 if the exception has no code, -1 if nothing was thrown.
+using Failure = std::pair<int, QString>;
+
+inline Failure codedFailureOf(const std::function<void()> &operation)
 {
-    QStringList texts;
+    try {
+        operation();
+    } catch (const SystemError &error) {
+        return {error.code(), error.description()};
+    } catch (const AppError &error) {
+        return {0, error.description()};
+    }
+    return {-1, {}};
+}
+
+/// A value of each record in a list: what the field or the function `of` yields.
+template <class List, class Of>
+auto each(const List &list, Of of)
+{
+    QList<std::decay_t<decltype(std::invoke(of, *std::begin(list)))>> values;
     for (const auto &record : list)
-        texts += std::invoke(member, record);
-    return texts;
+        values += std::invoke(of, record);
+    return values;
 }
 
 /// A file's bytes; "(none)" if there is no such file.

@@ -8,13 +8,11 @@
 #include "shell/UpdateFeed.h"
 #include "support/FakePlatform.h"
 #include "support/RunTask.h"
+#include "support/Test.h"
 
-#include <gmock/gmock.h>
 #undef signals
 #include "practice/LoopbackServer.h"
-#include "support/Printing.h"
 
-#include <algorithm>
 #include <atomic>
 #include <string>
 
@@ -73,9 +71,8 @@ protected:
     }
     void write(const QString &name, const QByteArray &text) const
     {
-        QFile file(desk.path(name));
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write(text) == text.size());
-        file.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        put(desk.path(name), text);
+        QFile::setPermissions(desk.path(name), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     }
     QByteArray program(int version) const
     {

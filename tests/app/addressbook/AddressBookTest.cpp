@@ -20,12 +20,9 @@ protected:
     void TearDown() override { finish(); }
 
     void finish() { settlePool(6); }
-    QList<QString> shown() const
+    QStringList shown() const
     {
-        QList<QString> names;
-        for (const int at : pane.filtered())
-            names.append(book.contacts()[at].name);
-        return names;
+        return each(pane.filtered(), [this](int at) { return book.contacts()[at].name; });
     }
     void add(const QString &name, const QString &city)
     {
@@ -145,32 +142,24 @@ TEST_F(AddressBookTest, ChangesOnlyTheEntryOfTheSameRecipient)
     }
 }
 
-TEST_F(AddressBookTest, UndoesWhatALabelHasChanged)
+TEST_F(AddressBookTest, NamesAndUndoesWhatALabelHasChanged)
 {
-    const ShippoAddress home = homeAddress();
-    run(book.keep(home));
+    run(book.keep(homeAddress()));
     EXPECT_FALSE(book.canUndo()) << "a new entry can be deleted";
     const PostalContact before = book.contacts()[0];
-    ShippoAddress moved = home;
+    ShippoAddress moved = homeAddress();
     moved.phone = u"828 555 0142"_s;
-    run(book.keep(moved));
-    EXPECT_EQ(book.changeText(), u"Address book entry changed: Eleanor Whitfield, "_s + before.addressSummary());
+    for (int press = 0; press < 2; ++press) {
+        run(book.keep(moved));
+        EXPECT_EQ(book.changeText(), u"Address book entry changed: Eleanor Whitfield, "_s + before.addressSummary());
+    }
     app->draftTo = londonAddress();
     EXPECT_EQ(book.changeText(), QString()) << "the next parcel has begun";
     run(book.undo());
     EXPECT_THAT(book.contacts(), ElementsAre(before));
     EXPECT_FALSE(book.kept.value() || book.canUndo());
-}
 
-TEST_F(AddressBookTest, NamesNoChangeOfAnEarlierParcel)
-{
-    const ShippoAddress home = homeAddress();
-    run(book.keep(home));
-    ShippoAddress moved = home;
-    moved.phone = u"828 555 0142"_s;
     run(book.keep(moved));
-    run(book.keep(moved));
-    EXPECT_NE(book.changeText(), QString()) << "the button was pressed twice";
     run(book.keep(londonAddress()));
     EXPECT_EQ(book.changeText(), QString()) << "the next label changed no entry";
     EXPECT_TRUE(book.canUndo()) << "in the address book";

@@ -10,66 +10,30 @@ namespace {
 TEST(AccountDifferences, EveryLabelThatDiffersIsNamedOnce)
 {
     const QDateTime noon(QDate(2026, 11, 20), QTime(12, 0));
-    struct Row {
-        QString here; ///< the status of the desk's label; empty: none
-        double postage;
-        QString account; ///< the status of the account's label; empty: none
-        double amount;
-        int minutes; ///< when it was bought, before or after the account was asked
-        std::optional<DifferenceKind> expected;
-        bool isKnown = false, isCut = false;
-        enum class Refund { askedBefore, askedLater, notAskedHere } refund = {}; ///< before the account was asked, or …
-    };
-    using enum DifferenceKind;
-    const QString printed = u"PRINTED"_s, success = u"SUCCESS"_s;
-    const Row rows[] = {
-        {printed, 7.12, success, 7.12, -9, {}},
-        {printed, 31.40, success, 33.15, -9, otherAmount},
-        {printed, 7.12, success, 7.124, -9, {}},
-        {printed, 7.12, success, 0, -9, {}}, // the account does not tell the amount
-        {printed, 7.12, u"REFUNDED"_s, 7.12, -9, refundedThere},
-        {printed, 7.12, u"REFUNDPENDING"_s, 9, -9, refundedThere},
-        {u"REFUND_PENDING"_s, 7.12, u"REFUNDED"_s, 7.12, -9, {}},
-        {u"REFUND_ERROR"_s, 7.12, u"REFUNDED"_s, 7.12, -9, refundedThere},
-        {u"REFUND_PENDING"_s, 7.12, success, 7.12, -9, refundedHere},
-        {u"REFUNDED"_s, 7.12, success, 7.12, -9, refundedHere},
-        {u"REFUND_PENDING"_s, 7.12, success, 7.12, -9, {}, false, false, Row::Refund::askedLater},
-        {u"REFUND_PENDING"_s, 7.12, success, 7.12, -9, refundedHere, false, false, Row::Refund::notAskedHere},
-        {u"REFUNDED"_s, 7.12, success, 7.12, -9, {}, false, false, Row::Refund::notAskedHere}, // the carrier said so
-        {u"REFUND_PENDING"_s, 7.12, u"REFUNDREJECTED"_s, 7.12, -9, {}}, // the next check of the status tells it
-        {printed, 7.12, {}, 0, -9, notInAccount},
-        {printed, 7.12, {}, 0, 0, {}}, // bought after the account was asked
-        {printed, 7.12, {}, 0, -9, {}, false, true},
-        {{}, 0, success, 7.12, -9, boughtElsewhere},
-        {{}, 0, u"REFUNDED"_s, 7.12, -9, boughtElsewhere},
-        {{}, 0, u"QUEUED"_s, 7.12, -9, {}},
-        {{}, 0, success, 7.12, -9, {}, true}, // a row of another day
-        {{}, 0, success, 7.12, -13 * 60, {}}, // the day before
-    };
-    for (const Row &row : rows) {
-        SCOPED_TRACE((row.here + u" / "_s + row.account).toStdString());
-        const QDateTime bought = noon.addSecs(60 * row.minutes);
+    const QStringList kinds = {u"boughtElsewhere"_s, u"notInAccount"_s, u"otherAmount"_s, u"refundedThere"_s,
+                               u"refundedHere"_s};
+    for (const Json &row : table(u"end-of-day"_s, "differences")) {
+        SCOPED_TRACE(row);
+        const QString here = text(row[0]), there = text(row[2]), special = row.size() > 6 ? text(row[6]) : QString();
+        const QDateTime bought = noon.addSecs(60 * row[4].get<int>());
         DeskListing desk;
-        AccountListing account{.entries = {}, .askedAt = noon, .isCut = row.isCut};
-        if (!row.here.isEmpty())
-            desk.rows += {.id = 5,
-                          .createdAt = bought,
-                          .postage = row.postage,
-                          .transactionID = transactionId(),
-                          .status = row.here};
-        if (row.isKnown)
+        AccountListing account{.entries = {}, .askedAt = noon, .isCut = special == u"the account's list is cut"};
+        if (!here.isEmpty())
+            desk.rows +=
+                {.id = 5, .createdAt = bought, .postage = row[1], .transactionID = transactionId(), .status = here};
+        if (special == u"a row of another day")
             desk.known += transactionId();
-        if (row.refund != Row::Refund::notAskedHere)
-            desk.refundsAsked.insert(transactionId(), row.refund == Row::Refund::askedLater ? noon : bought);
-        if (!row.account.isEmpty())
-            account.entries += {.id = transactionId(), .date = bought, .amount = row.amount, .status = row.account};
+        if (special != u"refund not asked here")
+            desk.refundsAsked.insert(transactionId(), special == u"refund asked later" ? noon : bought);
+        if (!there.isEmpty())
+            account.entries += {.id = transactionId(), .date = bought, .amount = row[3], .status = there};
         const auto found = differencesOf(noon.date(), desk, account);
-        ASSERT_EQ(found.size(), row.expected ? 1 : 0);
-        if (!row.expected)
+        ASSERT_EQ(found.size(), row[5].is_null() ? 0 : 1);
+        if (found.isEmpty())
             continue;
-        EXPECT_EQ(found.first().kind, *row.expected);
-        EXPECT_EQ(found.first().row, row.here.isEmpty() ? 0 : 5);
-        EXPECT_EQ(found.first().account.has_value(), !row.account.isEmpty());
+        EXPECT_EQ(found.first().kind, DifferenceKind(kinds.indexOf(text(row[5]))));
+        EXPECT_EQ(found.first().row, here.isEmpty() ? 0 : 5);
+        EXPECT_EQ(found.first().account.has_value(), !there.isEmpty());
     }
 }
 
@@ -107,13 +71,7 @@ protected:
         }
     }
     const DayOfLabels &labels() { return day.report.value().labels; }
-    QList<DifferenceKind> differences()
-    {
-        QList<DifferenceKind> kinds;
-        for (const AccountDifference &one : day.report.value().differences)
-            kinds += one.kind;
-        return kinds;
-    }
+    QList<DifferenceKind> differences() { return each(day.report.value().differences, &AccountDifference::kind); }
     void buyElsewhere()
     {
         carrier.seedSale({"Grant Holloway", "77 Peach St", "Macon", "GA", "31201", "US", "USPS", "Ground Advantage",
@@ -159,11 +117,9 @@ TEST_F(EndOfDayTest, TheDayIsComparedWithTheAccountOnceAndAgainOnRequest)
 
     prompts.file = path(u"day.csv"_s);
     run(day.exportCSV());
-    QFile file(prompts.file);
-    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-    const QByteArrayList lines = file.readAll().split('\n');
-    EXPECT_EQ(lines.size(), 1 + 2 + 2 + 1) << "a row each, and not a sum";
-    EXPECT_EQ(file.size() > 0 && lines[3].contains("\"Grant Holloway\""), true);
+    const QByteArrayList lines = contentsOf(prompts.file).split('\n');
+    ASSERT_EQ(lines.size(), 1 + 2 + 2 + 1) << "a row each, and not a sum";
+    EXPECT_TRUE(lines[3].contains("\"Grant Holloway\""));
     EXPECT_TRUE(lines[3].endsWith("\"Bought elsewhere\""));
     preferences.setValue(u"printer.documentQueue"_s, u"Laser"_s);
     run(day.printPage());
@@ -222,12 +178,7 @@ TEST_F(EndOfDayTest, ALabelIsPrintedOnlyOnceItsQueueIsEmpty)
         QByteArray queue;
         QStringList states; ///< of the labels that did not come out
     } rows[] = {{true, idle, {never}}, {false, busy, {never, sent}}, {false, idle, {never}}};
-    const auto states = [this] {
-        QStringList texts;
-        for (const DayLabel &label : labels().unprinted)
-            texts += DayTexts::printState(label);
-        return texts;
-    };
+    const auto states = [this] { return each(labels().unprinted, DayTexts::printState); };
     qsizetype all = 0;
     for (const auto &[isRefused, queue, expected] : rows) {
         settlePool(2); // a check of the queue calls `behave`

@@ -13,15 +13,6 @@ protected:
         runUntil([this] { return !app->scanBusy; }, &clock);
         settle();
     }
-    /// A canceled reading ends with the answer that it waits for.
-    void endOfReading()
-    {
-        runUntil([this] { return http.underWay == 0; }, &clock);
-        for (int turn = 0; turn < 20; ++turn) {
-            settle();
-            clock.advance(1s);
-        }
-    }
 };
 
 const QString invoicePage =
@@ -204,7 +195,11 @@ TEST_F(InvoiceFlowTest, NothingIsFilledInByAReadingThatIsGivenUp)
         isSignOut ? app->signOut() : app->cancelInvoiceScan();
         EXPECT_FALSE(app->scanBusy);
         EXPECT_EQ(app->scanLine(), isSignOut ? QString() : u"Invoice 48213 was not read."_s);
-        endOfReading();
+        runUntil([this] { return http.underWay == 0; }, &clock); // a canceled reading ends with the answer
+        for (int turn = 0; turn < 20; ++turn) {
+            settle();
+            clock.advance(1s);
+        }
         EXPECT_FALSE(app->scannedInvoice.value());
         EXPECT_TRUE(app->draftTo.value().isEmpty());
         EXPECT_THAT(web.loaded.filter(u"48213"_s), IsEmpty());
@@ -214,18 +209,12 @@ TEST_F(InvoiceFlowTest, NothingIsFilledInByAReadingThatIsGivenUp)
 
 TEST_F(InvoiceFlowTest, SignsInAgainOnceBeforeItReportsAnExpiredSession)
 {
-    // signedIn: the clerk
-    const std::tuple<const char *, QString, bool, bool, bool, bool> rows[] = {
-        {"saved", u"dana"_s, true, true, true, true},
-        {"nothing saved", u"dana"_s, false, true, false, false},
-        {"another clerk's", u"robin"_s, true, true, false, true},
-        {"a rejected password", u"dana"_s, true, false, false, false},
-    };
     app->flow = AppFlow::main;
-    for (const auto &[what, signedIn, saved, admitted, renewed, kept] : rows) {
-        SCOPED_TRACE(what);
+    for (const Json &row : table(u"back-office-pages"_s, "expired sessions")) {
+        SCOPED_TRACE(row);
+        const bool saved = row[2], admitted = row[3], renewed = row[4], kept = row[5];
         runTask(saved ? app->credentials.save({u"dana"_s, u"secret"_s}) : app->credentials.forget());
-        app->signedInUser = signedIn;
+        app->signedInUser = text(row[1]);
         web.loaded.clear();
         bool expired = true;
         web.answer = [&](const QString &expression) -> QVariant {

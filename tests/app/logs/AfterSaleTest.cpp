@@ -177,16 +177,12 @@ TEST_F(AfterSaleTest, AnAnswerGoesToItsLabelEvenIfARestoreGivesItAnotherId)
         carrier.clearRequests();
         carrier.setScenario(
             {.holdsAnswers = true, .failNext = CarrierFailure{below, 200, "application/json", reply, 1, ""}});
-        bool isDone = false;
-        spawn([&]() -> Task<> {
-            co_await work();
-            isDone = true;
-        });
+        const Task<> task = work();
         runUntil([this] { return !carrier.requests().isEmpty(); });
         Database file(app->log.path());
         ASSERT_TRUE(file.exec("UPDATE shipments SET id = -id; UPDATE shipments SET id = id + 3"));
         carrier.setScenario({});
-        runUntil([&] { return isDone; });
+        runUntil([&] { return task.isReady(); });
         Statement statuses(file, "SELECT status FROM shipments ORDER BY recipient");
         EXPECT_TRUE(statuses.step() && statuses.text(0) == expected) << statuses.text(0).toStdString();
         EXPECT_TRUE(statuses.step() && statuses.text(0) == u"PRINTED");
@@ -199,7 +195,6 @@ TEST_F(AfterSaleTest, TheOutcomeOfAPendingRefundIsRecorded)
     answer("transactions", {}, 500);
     run(log.refund(record));
     EXPECT_EQ(status(), u"REFUND_PENDING"_s);
-    EXPECT_EQ(errors->entries().value(0).detail, log.message.value());
     answer("transactions", R"({"object_id": "t", "status": "REFUNDREJECTED"})");
     run(log.refund(record));
     EXPECT_EQ(status(), u"REFUND_ERROR"_s);
@@ -211,24 +206,14 @@ TEST_F(AfterSaleTest, AnImportEndsWithASheetAboutWhatIsNotAsUsual)
 {
     const QByteArray ana = mailLine("Ana"),
                      odd = "a\tb\n" + mailLine("Ben").replace("11/20/26", "soon").replace("9400", "7");
-    const QString imported = u"Imported 1 shipments from log.txt"_s;
-    const std::tuple<QByteArray, int, QString, QString> rows[] = {
-        // the file, the answer, the message, the sheet
-        {ana, 0, imported, {}},
-        {ana, 0, u"Import canceled. Nothing was imported."_s, {}},
-        {ana + odd, 1, imported,
-         u"Imported: 1 shipment.\n\nAlready in the mailing log: 1 shipment, not imported again.\n\nLine 2 can't be "
-         "read and was not imported.\n\nLine 3 has no readable date. This shipment got today's date; it is never on a "
-         "SCAN form."_s},
-        {ana, 2, imported, u"Imported: 1 shipment.\n\nAlready in the mailing log: 1 shipment, imported again."_s}};
     prompts.file = path(u"log.txt"_s);
-    for (const auto &[lines, answer, message, sheet] : rows) {
-        saveBytes(prompts.file, lines);
-        prompts.answer = answer;
+    for (const Json &row : table(u"after-sale"_s, "imports")) {
+        saveBytes(prompts.file, row[0].get<bool>() ? ana + odd : ana);
+        prompts.answer = row[1];
         prompts.alerts.clear();
         run(log.importCSV());
-        EXPECT_EQ(log.message.value(), message);
-        EXPECT_EQ(prompts.alerts.value(0).second, sheet);
+        EXPECT_EQ(log.message.value(), text(row[2]));
+        EXPECT_EQ(prompts.alerts.value(0).second, text(row[3]));
     }
     EXPECT_EQ(prompts.questions.size(), 3) << "the first file is as usual";
     EXPECT_TRUE(prompts.questions.value(0).text.startsWith(u"1 shipment in log.txt has a tracking number"_s));

@@ -13,12 +13,6 @@ namespace {
 
 constexpr int rounds = 24;
 
-/// In the last round it dies at the end of the work, however many turns that takes on a busy machine.
-constexpr int inRound(int turns)
-{
-    return turns + 1 < rounds ? turns : std::numeric_limits<int>::max();
-}
-
 /// A desk whose folder and carrier the test shares with the process that is killed. That process runs the same test
 /// from the start and skips everything but the fatal part.
 class Killed : public testing::Test, public LabelDesk {
@@ -53,7 +47,9 @@ protected:
             screenOwner.reset(); // only one program at a time can hold the records
             app.reset();
         }
-        EXPECT_EXIT(dieAfter(inRound(turns), work), testing::KilledBySignal(SIGKILL), "");
+        // In the last round it dies at the end of the work, however many turns that takes on a busy machine.
+        const int most = turns + 1 < rounds ? turns : std::numeric_limits<int>::max();
+        EXPECT_EXIT(dieAfter(most, work), testing::KilledBySignal(SIGKILL), "");
         if (isVictim)
             return;
         app = std::make_unique<AppState>(platform);
@@ -63,10 +59,6 @@ protected:
             runTask(app->shippo.carrierAccounts(), &clock);
         SCOPED_TRACE(turns);
         check(label);
-    }
-    QString statusAtCarrier(const ShipmentRecord &record)
-    {
-        return runTask(app->shippo.transaction(record.transactionID), &clock).status;
     }
 
     /// Dies after `turns` turns of the event loop since the start of `work`, or at its end.
@@ -80,12 +72,8 @@ protected:
         const ErrorLog errors(desk.platform);
         AppState program(desk.platform);
         settle();
-        bool isDone = false;
-        spawn([&]() -> Task<> {
-            co_await work(program);
-            isDone = true;
-        });
-        for (int turn = 0; turn < turns && !isDone; ++turn)
+        const Task<> task = work(program);
+        for (int turn = 0; turn < turns && !task.isReady(); ++turn)
             QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
         die();
     }
@@ -119,7 +107,8 @@ TEST_F(Killed, AtAnyMomentOfARefundTheNextStartFindsItsOutcome)
         const QString found = app->log.find(label)->value().status;
         clock.advance(90s);
         run(app->syncRefundStatuses());
-        const QString settled = app->log.find(label)->value().status, real = statusAtCarrier(label);
+        const QString settled = app->log.find(label)->value().status;
+        const QString real = runTask(app->shippo.transaction(label.transactionID), &clock).status;
         EXPECT_EQ(settled, real == u"REFUNDED" ? u"REFUNDED"_s : u"PRINTED"_s);
         EXPECT_TRUE(app->journal.openRefunds().isEmpty());
         ++ends[found + u' ' + real];

@@ -44,18 +44,15 @@ struct OpenItemsScreenTest : MailingLogDesk {
     /// The labels that the carrier was asked about since the last call.
     QString asked()
     {
-        QStringList names;
-        for (const PracticeCarrier::Request &request : carrier.requests())
-            names += QString::fromLatin1(request.target).section(u'/', -1).mid(4);
+        const auto name = [](const auto &to) { return QString::fromLatin1(to.target).section(u'/', -1).mid(4); };
+        const QStringList names = each(carrier.requests(), name);
         carrier.clearRequests();
         return names.join(u' ');
     }
     QString listed()
     {
-        QStringList names;
-        for (const OpenItem &item : items.items())
-            names += item.label.recipientName() + u' ' + wordOf(item.reason);
-        return names.join(u", "_s);
+        const auto line = [](const OpenItem &item) { return item.label.recipientName() + u' ' + wordOf(item.reason); };
+        return each(items.items(), line).join(u", "_s);
     }
     void roundEnds(const QDateTime &since)
     {

@@ -1,6 +1,5 @@
 #include "core/IsoDate.h"
 #include "support/AppTest.h"
-#include "support/HeldPool.h"
 #include "support/MailingLogDesk.h"
 
 namespace parcelory::test {
@@ -30,13 +29,8 @@ protected:
 
 TEST_F(ScanFormFlowTest, AScanFormIsMadeOfTodaysLabelsOfTheActiveKeysMode)
 {
-    ShipmentRecord live = shipmentTo(u"Ana"_s, 1);
-    live.createdAt = clock.now();
-    logged(live);
-    ShipmentRecord yesterday = live;
-    yesterday.testMode = true;
-    yesterday.createdAt = clock.now().date().startOfDay().addMSecs(-1);
-    logged(yesterday);
+    logged({.createdAt = clock.now(), .recipient = u"Ana"_s});
+    logged({.createdAt = clock.now().date().startOfDay().addMSecs(-1), .testMode = true}); // yesterday
     carrier.clearRequests();
     make();
     EXPECT_EQ(carrier.requests().size(), 0);
@@ -67,8 +61,7 @@ TEST_F(ScanFormFlowTest, AScanFormIsMadeOfTodaysLabelsOfTheActiveKeysMode)
     }
     EXPECT_EQ(app->scanFormOpenTick.value(), 1);
 
-    const ShipmentRecord row = **app->log.find(first);
-    run(log.refund(row));
+    run(log.refund(**app->log.find(first)));
     EXPECT_TRUE(prompts.questions.last().text.contains(u"This label is on the SCAN form of "_s));
 }
 
@@ -90,11 +83,7 @@ TEST_F(ScanFormFlowTest, AClosedAlertLeavesTheNextFormBusy)
 
 TEST_F(ScanFormFlowTest, SaysWhichLabelsAreNotOnTheForm)
 {
-    ShipmentRecord fedex = shipmentTo(u"Ana"_s, 1);
-    fedex.createdAt = clock.now();
-    fedex.carrier = u"FedEx"_s;
-    fedex.testMode = true;
-    logged(fedex);
+    logged({.createdAt = clock.now(), .carrier = u"FedEx"_s, .recipient = u"Ana"_s, .testMode = true});
     make();
     EXPECT_TRUE(prompts.questions.last().text.startsWith(u"Today's labels are not USPS labels."_s));
     EXPECT_EQ(requestsTo("/manifests"), 0);
@@ -114,12 +103,7 @@ TEST_F(ScanFormFlowTest, CountsAnOlderLabelOnTheFormForNoneOfTheDays)
     bought();
     clock.advance(24h);
     bought();
-    ShipmentRecord fedex = shipmentTo(u"Ana"_s, 1);
-    fedex.createdAt = clock.now();
-    fedex.carrier = u"FedEx"_s;
-    fedex.status = wordOf(LogStatus::refunded);
-    fedex.testMode = true;
-    logged(fedex);
+    logged({.createdAt = clock.now(), .carrier = u"FedEx"_s, .status = u"REFUNDED"_s, .testMode = true});
     make();
     EXPECT_TRUE(prompts.questions.isEmpty()) << "a FedEx label is never on a SCAN form, refunded or not";
     ScanFormScreen form(*app);
@@ -164,30 +148,23 @@ TEST_F(ScanFormFlowTest, AScanFormWhoseResponseIsLostIsFetchedWithTheNextPress)
 TEST_F(ScanFormFlowTest, OnlyItsOwnFormAnswersALostRequest)
 {
     prompts.answer = 1;
-    const QString own = bought().transactionID;
+    const QByteArray own = bought().transactionID.toLatin1();
     make();
-    const QString known = app->scanForms.finished(9)->value(0).manifestId;
-    const auto listed = [](const QString &id, const QString &status, const QDateTime &created, const QString &label) {
-        return u"{\"object_id\": \"%1\", \"status\": \"%2\", \"object_created\": \"%3\", \"transactions\": [%4]}"_s.arg(
-            id, status, isoUtc(created), label.isEmpty() ? QString() : u'"' + label + u'"');
-    };
+    const QByteArray known = app->scanForms.finished(9)->value(0).manifestId.toLatin1();
     const QDateTime now = clock.now();
-    const std::pair<QString, bool> rows[] = {{listed(u"m9"_s, u"SUCCESS"_s, now, own), true},
-                                             {listed(u"m9"_s, u"QUEUED"_s, now.addSecs(-299), {}), true},
-                                             {listed(u"m9"_s, u"SUCCESS"_s, now, u"other"_s), false},
-                                             {listed(u"m9"_s, u"SUCCESS"_s, now, {}), false},
-                                             {listed(u"m9"_s, u"SUCCESS"_s, now.addSecs(-301), own), false},
-                                             {listed(known, u"SUCCESS"_s, now, own), false},
-                                             {u"no manifest"_s, false}};
-    for (const auto &[body, isAskedFor] : rows) {
+    for (const Json &row : table(u"after-sale"_s, "lost SCAN forms")) {
         answer("manifests", {}, 500);
         make();
         ASSERT_EQ(underWay().size(), 1);
         carrier.clearRequests();
-        answer("manifests", QString(u"{\"results\": ["_s + body + u"]}"_s).toUtf8());
+        const QByteArray form = body(row[0])
+                                    .replace("OWN", own)
+                                    .replace("FORMER", known)
+                                    .replace("CREATED", isoUtc(now.addSecs(row[1])).toLatin1());
+        answer("manifests", "{\"results\": [" + form + "]}");
         make();
-        EXPECT_EQ(requestsTo("/manifests/m9") > 0, isAskedFor) << body.toStdString();
-        EXPECT_EQ(requestsTo("/manifests/" + known.toUtf8()), 0);
+        EXPECT_EQ(requestsTo("/manifests/m9") > 0, row[2].get<bool>()) << row;
+        EXPECT_EQ(requestsTo("/manifests/" + known), 0);
         EXPECT_EQ(sent("/manifests/").size(), 0) << "no second form while the first may exist";
         forgetUnderWay();
     }

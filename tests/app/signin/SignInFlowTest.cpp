@@ -8,20 +8,13 @@ namespace {
 
 class SignInFlowTest : public BackOfficeDesk {
 protected:
-    void remember()
+    void remember() { run(app->credentials.save({u"dana"_s, u"old"_s})); }
+    void run(Task<> task)
     {
-        run([this] { return app->credentials.save({u"dana"_s, u"old"_s}); });
-    }
-    template <class Start>
-    void run(Start start)
-    {
-        runTask(start(), &clock);
+        runTask(std::move(task), &clock);
         settle();
     }
-    void signIn(bool remember = false)
-    {
-        run([=, this] { return app->signIn(u"dana"_s, u"secret"_s, remember); });
-    }
+    void signIn(bool remember = false) { run(app->signIn(u"dana"_s, u"secret"_s, remember)); }
     QString saved() { return secrets.get(SavedCredentials::passwordAccount).value_or(u"none"_s); }
 };
 
@@ -115,12 +108,10 @@ TEST_F(SignInFlowTest, IsCanceledAtAnyMoment)
                 app->cancelSignIn();
             return expression.contains(u"secret"_s) ? QVariant(u"submitted"_s) : QVariant(true);
         };
-        run([&]() -> Task<> {
-            Task<> task = app->signIn(u"dana"_s, u"secret"_s, true);
-            if (moment.isEmpty()) // before the back office has answered
-                app->cancelSignIn();
-            return task;
-        });
+        Task<> task = app->signIn(u"dana"_s, u"secret"_s, true);
+        if (moment.isEmpty()) // before the back office has answered
+            app->cancelSignIn();
+        run(std::move(task));
         EXPECT_FALSE(app->loginBusy || app->loginError.value() || app->flow == AppFlow::main);
         EXPECT_EQ(saved(), u"old"_s);
     }
@@ -134,22 +125,22 @@ TEST_F(SignInFlowTest, SignsInByItselfOncePerRun)
 {
     showPage(true, false);
     SignInScreen screen(*app);
-    run([&] { return screen.appear(); });
+    run(screen.appear());
     EXPECT_FALSE(app->autoLoginTried) << "without a remembered password nothing is tried";
     remember();
     screen.remember = true;
-    run([&] { return screen.appear(); });
+    run(screen.appear());
     EXPECT_TRUE(app->autoLoginTried);
     EXPECT_FALSE(screen.remember) << "the next sign-in must not store a password unasked";
     EXPECT_EQ(screen.name.value(), u"dana"_s);
     EXPECT_EQ(web.loaded.size(), 1);
     EXPECT_EQ(app->loginError.value(), u"Login failed — check the email and password."_s);
     remember();
-    run([&] { return screen.appear(); });
+    run(screen.appear());
     EXPECT_EQ(web.loaded.size(), 1);
-    run([&] { return screen.signIn(); });
+    run(screen.signIn());
     EXPECT_FALSE(screen.remember) << "the back office rejected the saved password";
-    run([&] { return screen.appear(); });
+    run(screen.appear());
     EXPECT_EQ(screen.password.value(), QString()) << "the password was the former clerk's";
     screen.name = u"someone"_s;
     EXPECT_EQ(read(preferences, settings::signInName), u"someone"_s);
@@ -157,15 +148,11 @@ TEST_F(SignInFlowTest, SignsInByItselfOncePerRun)
 
 TEST_F(SignInFlowTest, StaysInTheBackOffice)
 {
-    const std::pair<QString, bool> rows[] = {
-        {app->auth.loginURL().toString(), true},
-        {u"about:blank"_s, true},
-        {u"http://127.0.0.1.example.com/staff/login.php"_s, false},
-        {u"http://example.com/?127.0.0.1"_s, false},
-        {u"http://localhost/staff/login.php"_s, false},
-    };
-    for (const auto &[address, allowed] : rows)
-        EXPECT_EQ(web.delegate.allows(QUrl(address)), allowed) << address.toStdString();
+    for (const QString &home : {app->auth.loginURL().toString(), u"about:blank"_s})
+        EXPECT_TRUE(web.delegate.allows(QUrl(home))) << home.toStdString();
+    for (const QString &other : {u"http://127.0.0.1.example.com/staff/login.php"_s, u"http://example.com/?127.0.0.1"_s,
+                                 u"http://localhost/staff/login.php"_s})
+        EXPECT_FALSE(web.delegate.allows(QUrl(other))) << other.toStdString();
     web.delegate.onFinished(app->auth.loginURL());
     EXPECT_EQ(app->auth.currentURL.value(), app->auth.loginURL().toString());
 }

@@ -85,19 +85,12 @@ TEST_F(UpdateDesk, AFailedSwapAlwaysLeavesACompleteApp)
 {
     const QString file = programIn(u"$2"_s); // the state after a full disk:
     const QByteArray half = u"{ mkdir -p \"%1\"; : >\"%2\"; exit 1; }"_s.arg(folderOf(file), file).toUtf8();
-    // move: a script that replaces `mv`; $n is the number of the call
-    const std::tuple<const char *, QByteArray, int, int> rows[] = {
-        {"nothing", ":", 0, 2},
-        {"a full disk", "[ $n = 1 ] && " + half, 1, 1},
-        {"a read-only folder", "[ $n = 2 ] && exit 1", 1, 1},
-        {"the last move", "[ $n = 3 ] && " + half, 1, 1},
-        {"a kill of the swap in its middle", "[ $n = 3 ] && kill -9 $$", 1, 1},
-        {"a kill of the script in its middle", "[ $n = 3 ] && { old=$(echo */*.old-*); kill -9 ${old##*-}; }", 137, 2},
-    };
     const QString call = QStringLiteral("PATH=$PWD:$PATH exec /bin/sh " PARCELORY_SOURCE_DIR "/src/shell/swap.sh "
                                         "4194305 \"$PWD/Applications/Parcelory.app\" new/Parcelory.app");
-    for (const auto &[what, move, status, version] : rows) {
-        SCOPED_TRACE(what);
+    for (const Json &row : table(u"updates"_s, "swaps")) {
+        SCOPED_TRACE(row);
+        const QByteArray move = bytes(row[1]).replace("HALF", half);
+        const int status = row[2], version = row[3];
         make(u"Applications/Parcelory.app"_s, 1);
         make(u"new/Parcelory.app"_s, 2);
         write(u"mv"_s, "#!/bin/sh\necho >>count; n=$(grep -c '' count)\n" + move + "\nexec /bin/mv \"$@\"\n");

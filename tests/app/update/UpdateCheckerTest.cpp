@@ -29,34 +29,22 @@ TEST(UpdateFeed, AcceptsAnyNumericSizeAndOffersWithoutASize)
 TEST_F(UpdateDesk, ReportsTheResultOnlyOfACheckThatTheClerkStarted)
 {
     const QString call = u"contact Tobin"_s + desk.platform.deployment.supportTelephone;
-    const QString failed = u"Update Check Failed"_s;
-    const QString unreadable = u"The update feed couldn't be read. Try again in a few minutes, or "_s + call;
-    // text: of the alert; empty if there is an offer
-    // offered: whether there is an offer afterwards
-    const std::tuple<QByteArray, QString, QString, bool> rows[] = {
-        {R"({"version": "1.10", "url": "u", "notes": "New."})", {}, {}, true},
-        {R"({"version": "1.11", "url": "u"})", failed, unreadable, true}, // the previous offer stays
-        {R"({"version": "1.9.0", "url": "u", "notes": ""})", u"You're Up to Date"_s,
-         u"Parcelory 1.9 is the latest version."_s, false},
-        {"[]", failed, unreadable, false},
-        {R"({"version": "2", "url": "u", "notes": ")" + QByteArray(1 << 20, 'n') + "\"}", failed, unreadable, false},
-        {"<html>", failed, unreadable, false},
-        {"", failed, u"Couldn't reach the update server: curl 22: curl: (22) "_s, false}, // not served
-    };
     qsizetype recorded = 0;
-    for (const auto &[feed, title, text, offered] : rows) {
-        write(u"site/parcelory-latest.json"_s, feed);
+    for (const Json &row : table(u"updates"_s, "feeds")) {
+        SCOPED_TRACE(row);
+        const QString title = text(row[1]);
+        write(u"site/parcelory-latest.json"_s, body(row[0]).replace("LONG", QByteArray(1 << 20, 'n')));
         const int before = checker.offers;
         run(checker.checkOnLaunch());
-        EXPECT_TRUE(desk.prompts.alerts.isEmpty()) << feed.toStdString();
+        EXPECT_TRUE(desk.prompts.alerts.isEmpty());
         run(checker.checkNow());
-        EXPECT_EQ(checker.available.value().has_value(), offered) << feed.toStdString();
+        EXPECT_EQ(checker.available.value().has_value(), row[3].get<bool>());
         EXPECT_EQ(checker.offers - before, title.isEmpty() ? 2 : 0);
-        const auto alerts = std::exchange(desk.prompts.alerts, {});
-        EXPECT_EQ(alerts.value(0).first, title);
-        EXPECT_TRUE(alerts.value(0).second.startsWith(text)) << text.toStdString();
+        const auto [shownTitle, shownText] = std::exchange(desk.prompts.alerts, {}).value(0);
+        EXPECT_EQ(shownTitle, title);
+        EXPECT_TRUE(shownText.startsWith(text(row[2]).replace(u"CALL"_s, call))) << shownText.toStdString();
         settle();
-        recorded += title == failed;
+        recorded += title == u"Update Check Failed";
         EXPECT_EQ(errors.entries().size(), recorded);
     }
     {
@@ -106,22 +94,18 @@ TEST_F(UpdateDesk, ShowsTheDownloadsProgressAndReplacesTheAppAfterTheProgramExit
     EXPECT_EQ(checker.status.value(), u"Parcelory 2 downloaded and ready to install."_s);
     EXPECT_EQ(checker.progress.value(), 1.0);
     EXPECT_EQ(checker.offers.value(), 2) << "the prompt is shown when the update is ready";
-    QList<QStringList> asked;
+    QStringList asked;
     for (const FakeProcesses::Call &call : desk.processes.calls()) {
         if (call.program == u"/usr/bin/curl")
-            asked += call.arguments;
+            asked += call.arguments.join(u' ');
     }
-    const auto guarded = [](const QString &schemes, const QStringList &arguments) {
-        return QStringList{u"--globoff"_s, u"--proto"_s, schemes, u"--proto-redir"_s, schemes} + arguments;
-    };
-    const QStringList size = {u"-sIL"_s, u"--max-time"_s, u"20"_s, info.url};
-    const QStringList bytes = {
-        u"--max-filesize"_s,        u"1073741824"_s, u"-fsSL"_s, u"--max-time"_s, u"120"_s, u"-o"_s,
-        staging + u"/update.zip"_s, info.url};
-    EXPECT_EQ(asked, (QList{guarded(u"=http,https"_s, size), guarded(u"=http,https"_s, bytes)}));
+    const QString guards = u"--globoff --proto %1 --proto-redir %1 "_s, plain = guards.arg(u"=http,https"_s);
+    const QString output = u"--max-filesize 1073741824 -fsSL --max-time 120 -o %1/update.zip "_s.arg(staging);
+    EXPECT_EQ(asked, QStringList({plain + u"-sIL --max-time 20 "_s + info.url, plain + output + info.url}));
     FakeProcesses notRun;
     [[maybe_unused]] const auto none = UpdateTools(notRun).contentLength(u"https://updates.example/a.zip"_s);
-    EXPECT_EQ(notRun.calls().value(0).arguments.first(5), guarded(u"=https"_s, {})) << "a redirect stays encrypted";
+    EXPECT_TRUE(notRun.calls().value(0).arguments.join(u' ').startsWith(guards.arg(u"=https"_s)))
+        << "a redirect stays encrypted";
 
     QProcess running; // stands in for the program; exits at the end of its input
     running.start(u"/bin/cat"_s);
