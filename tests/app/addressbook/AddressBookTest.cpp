@@ -174,6 +174,13 @@ TEST_F(AddressBookTest, NamesNoChangeOfAnEarlierParcel)
     run(book.keep(londonAddress()));
     EXPECT_EQ(book.changeText(), QString()) << "the next label changed no entry";
     EXPECT_TRUE(book.canUndo()) << "in the address book";
+    app->draftTo = moved;
+    run(book.keep(moved));
+    EXPECT_EQ(book.changeText(), QString()) << "the same customer's next parcel";
+    moved.phone = u"828 555 0199"_s;
+    app->draftTo = moved;
+    run(book.keep(moved));
+    EXPECT_NE(book.changeText(), QString());
 }
 
 TEST_F(AddressBookTest, SavesAndDeletesOnceHoweverOftenItIsAsked)
