@@ -1,6 +1,7 @@
 #include "records/RecordCopies.h"
 #include "core/FileHash.h"
 #include "records/FetchedLabels.h"
+#include "records/Journeys.h"
 #include "records/LabelHistory.h"
 #include "records/LabelVerdicts.h"
 #include "records/LogMerge.h"
@@ -235,7 +236,14 @@ TEST(LogMerge, TakesOverRefundsAndDocumentsAlsoOfLabelsWithAnotherId)
         const QList<StoredFinding> findings = {{u"NAME"_s, {}, {}, {}, {}}, {u"ZIP"_s, {}, {}, {}, {}}};
         ASSERT_TRUE(LabelHistory(log).addReprint(moved, noon) && LabelVerdicts::put(log, moved, findings) &&
                     FetchedLabels::put(log, moved, "^XA^XZ") && log.storeCustomsPDF(moved, "%PDF"));
-        for (int time = 0; time < 2; ++time) { // the last labels are merged after the first ones
+        const auto asked = [](const QDateTime &at) { return Journey{.movedAt = noon, .askedAt = at}; };
+        const auto put = [](ShipmentLog &to, qint64 id, const Journey &journey) {
+            return to.change([=](Database &db) { return Journeys::put(db, id, journey); });
+        };
+        const Journey later = asked(noon.addSecs(60));
+        ASSERT_TRUE(put(log, 1, later) && put(copy, 2, asked(noon)));
+        ASSERT_TRUE(put(log, 2, asked(noon)) && put(copy, 1, later)); // by an earlier restore
+        for (int time = 0; time < 2; ++time) {                        // the last labels are merged after the first ones
             Database db(copied.path());
             EXPECT_EQ(LogMerge::bringBack(db, present.path(), {}).failure, QString());
         }
@@ -245,6 +253,7 @@ TEST(LogMerge, TakesOverRefundsAndDocumentsAlsoOfLabelsWithAnotherId)
         }
         EXPECT_EQ(copy.find({.id = 1})->value().status, log.find({.id = 2})->value().status);
         EXPECT_EQ(LabelHistory(copy).of(2)->reprints, 1);
+        EXPECT_EQ(*Journeys::among(Database(copied.path()), {1, 2}), (QHash<qint64, Journey>{{1, later}, {2, later}}));
         EXPECT_EQ(*LabelVerdicts::of(copy, 2), findings);
         EXPECT_EQ(*FetchedLabels::of(copy, 2), "^XA^XZ");
         EXPECT_EQ(*copy.customsPDF(2), "%PDF");
