@@ -147,6 +147,7 @@ void BuyBlock::setLines(int shown)
             hidden += text->text();
     }
     m_summary->setToolTip(hidden.isEmpty() ? QString() : plainToolTip(hidden.join(u'\n')));
+    m_summary->layout()->activate(); // the caller asks for the height now
 }
 
 QString BuyBlock::printerText() const
