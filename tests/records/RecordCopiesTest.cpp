@@ -252,7 +252,8 @@ TEST(LogMerge, TakesOverRefundsAndDocumentsAlsoOfLabelsWithAnotherId)
         }
         EXPECT_EQ(copy.find({.id = 1})->value().status, log.find({.id = 2})->value().status);
         EXPECT_EQ(LabelHistory(copy).of(2)->reprints, 1);
-        for (const Journey &journey : *Journeys::among(Database(copied.path()), {1, 2}))
+        const auto journeys = Journeys::among(Database(copied.path()), {1, 2});
+        for (const Journey &journey : *journeys)
             EXPECT_EQ(journey.askedAt, noon.addSecs(60)) << "the later answer";
         EXPECT_EQ(*LabelVerdicts::of(copy, 2), findings);
         EXPECT_EQ(*FetchedLabels::of(copy, 2), "^XA^XZ");
