@@ -207,7 +207,8 @@ private:
         const QByteArrayList columns = QByteArrayList{"shipment_id"} + commonColumns(table, "shipment_id");
         const QByteArray list = columns.join(", ");
         Statement rows(m_from, "SELECT " + list + " FROM " + table);
-        Statement same(m_to, "SELECT 1 FROM " + table + " WHERE " + columns.join(" IS ? AND ") + " IS ?");
+        Statement same(m_to, "SELECT 1 FROM " + table + " WHERE " + columns.join(" IS ? AND ") + " IS ?" +
+                                 orLaterThan(columns.indexOf("asked_at") + 1));
         Statement insert(m_to, "INSERT OR REPLACE INTO " + table + " (" + list + ") VALUES (?" +
                                    QByteArray(", ?").repeated(columns.size() - 1) + ")");
         QSet<qint64> held;
@@ -231,6 +232,14 @@ private:
                 return false;
         }
         return true;
+    }
+
+    /// An earlier restore may have left the older answer of the carrier in the present log. `askedAt` is the parameter
+    /// with its time, 0 if the table has none.
+    static QByteArray orLaterThan(qsizetype askedAt)
+    {
+        return askedAt > 0 ? " OR (shipment_id = ?1 AND asked_at >= ?" + QByteArray::number(askedAt) + ')'
+                           : QByteArray();
     }
 
     /// Customs papers, which are not sealed.

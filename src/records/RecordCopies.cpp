@@ -265,6 +265,19 @@ bool RecordCopies::markReplaced(RecordCopy aside, const QDateTime &restored) con
     return writeManifest(QDir(folder().filePath(aside.folder)), aside);
 }
 
+void RecordCopies::correctMark() const
+{
+    const QList<RecordCopy> copies = list();
+    const auto last = std::ranges::find_if(copies, [](const RecordCopy &copy) { return copy.restored.has_value(); });
+    if (last == copies.end() || last->headPosition <= 0 || !m_records.exists(logName) ||
+        !LogChain::hasPassed(Database(m_records.filePath(logName)), {last->head()}).value_or(false))
+        return;
+    RecordCopy aside = *last;
+    aside.restored = std::nullopt;
+    if (!writeManifest(QDir(folder().filePath(aside.folder)), aside))
+        qWarning("Parcelory: cannot correct the copy %s", qPrintable(aside.folder));
+}
+
 void RecordCopies::discard(const RecordCopy &aside) const
 {
     if (!aside.folder.isEmpty())

@@ -43,6 +43,9 @@ public:
     SetAside setAside(const QDateTime &now, const Progress &progress = {});
     /// Notes that the copy made at `restored` replaces what setAside() kept; false if that could not be written.
     [[nodiscard]] bool markReplaced(RecordCopy aside, const QDateTime &restored) const;
+    /// Takes the note of the last markReplaced() back if the present log goes on from what was set aside: a program
+    /// that was killed in between has restored nothing. Call it only after RestoreStage::finishInterrupted().
+    void correctMark() const;
     /// Deletes what setAside() kept, because nothing was restored.
     void discard(const RecordCopy &aside) const;
     /// "Before Restore 11-20-26": the folder that setAside() would create.

@@ -1,6 +1,7 @@
 #include "records/RecordCopies.h"
 #include "core/FileHash.h"
 #include "records/FetchedLabels.h"
+#include "records/Journeys.h"
 #include "records/LabelHistory.h"
 #include "records/LabelVerdicts.h"
 #include "records/LogMerge.h"
@@ -235,6 +236,12 @@ TEST(LogMerge, TakesOverRefundsAndDocumentsAlsoOfLabelsWithAnotherId)
         const QList<StoredFinding> findings = {{u"NAME"_s, {}, {}, {}, {}}, {u"ZIP"_s, {}, {}, {}, {}}};
         ASSERT_TRUE(LabelHistory(log).addReprint(moved, noon) && LabelVerdicts::put(log, moved, findings) &&
                     FetchedLabels::put(log, moved, "^XA^XZ") && log.storeCustomsPDF(moved, "%PDF"));
+        const auto ask = [](ShipmentLog &to, qint64 id, int seconds) {
+            return to.change([=](Database &db) {
+                return Journeys::put(db, id, {.movedAt = noon, .askedAt = noon.addSecs(seconds)});
+            });
+        };
+        ASSERT_TRUE(ask(log, 1, 60) && ask(copy, 2, 0) && ask(log, 2, 0) && ask(copy, 1, 60)); // by an earlier restore
         for (int time = 0; time < 2; ++time) { // the last labels are merged after the first ones
             Database db(copied.path());
             EXPECT_EQ(LogMerge::bringBack(db, present.path(), {}).failure, QString());
@@ -245,6 +252,9 @@ TEST(LogMerge, TakesOverRefundsAndDocumentsAlsoOfLabelsWithAnotherId)
         }
         EXPECT_EQ(copy.find({.id = 1})->value().status, log.find({.id = 2})->value().status);
         EXPECT_EQ(LabelHistory(copy).of(2)->reprints, 1);
+        const auto journeys = Journeys::among(Database(copied.path()), {1, 2});
+        for (const Journey &journey : *journeys)
+            EXPECT_EQ(journey.askedAt, noon.addSecs(60)) << "the later answer";
         EXPECT_EQ(*LabelVerdicts::of(copy, 2), findings);
         EXPECT_EQ(*FetchedLabels::of(copy, 2), "^XA^XZ");
         EXPECT_EQ(*copy.customsPDF(2), "%PDF");

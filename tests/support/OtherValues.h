@@ -102,7 +102,7 @@ struct OtherValue {
     static ScanForm of(const ScanForm &) { return {.id = 7, .askedAt = QDateTime(QDate(2026, 11, 20), QTime(12, 0))}; }
     static MasterEntry of(const MasterEntry &) { return {.id = u"m9"_s, .recipient = u"Ana Ortiz"_s}; }
     static PostalContact of(const PostalContact &) { return {.name = u"Ana Ortiz"_s}; }
-    static BookChange of(const BookChange &) { return {.former = {.name = u"Ana Ortiz"_s}, .isByLabel = true}; }
+    static BookChange of(const BookChange &) { return {.former = {.name = u"Ana Ortiz"_s}, .parcel = 1}; }
     static ShippoAddress of(const ShippoAddress &) { return londonAddress(); }
     static CustomsInfo of(const CustomsInfo &) { return {CustomsItemType::silver, u"2"_s, u"80"_s, u"Ana Ortiz"_s}; }
     static SenderProfile of(SenderProfile value)

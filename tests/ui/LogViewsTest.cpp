@@ -6,8 +6,10 @@
 #include "ui/parts/SearchField.h"
 #include "ui/theme/Theme.h"
 
+#include <QHelpEvent>
 #include <QPushButton>
 #include <QStackedWidget>
+#include <QToolTip>
 
 namespace parcelory::test {
 namespace {
@@ -115,6 +117,26 @@ TEST_F(LogViewsTest, TheClerksLayoutSurvivesReloadsAndRestarts)
     MailingLogView next(app, screen, items);
     next.show();
     EXPECT_EQ(next.findChild<ShipmentTable *>()->columnWidth(ShipmentModel::recipient), 301);
+}
+
+TEST_F(LogViewsTest, BadgesLeaveRoomForTheNameInANarrowWindow)
+{
+    ShipmentRecord label = shipmentTo(u"Bartholomew Featherstonehaugh"_s);
+    label.testMode = true;
+    label.status = u"REFUND_PENDING"_s;
+    EXPECT_TRUE(app.log.insert(label, false));
+    app.log.reload();
+    settle();
+    screen.selected = app.log.records()[0].id; // the newest
+    table->setColumnWidth(ShipmentModel::recipient, 150);
+    view.resize(1024, 690);
+    settle();
+    const auto isShort = [](Badge *badge) { return badge->toolTip() == plainToolTip(u"REFUND PENDING, TEST"_s); };
+    EXPECT_TRUE(std::ranges::any_of(view.findChildren<Badge *>(), isShort));
+    const QPoint cell = table->visualRect(table->model()->index(0, ShipmentModel::recipient)).center();
+    QHelpEvent asked(QEvent::ToolTip, cell, table->viewport()->mapToGlobal(cell));
+    QApplication::sendEvent(table->viewport(), &asked);
+    EXPECT_EQ(QToolTip::text(), plainToolTip(u"Bartholomew Featherstonehaugh\nREFUND PENDING, TEST"_s));
 }
 
 TEST_F(LogViewsTest, OpenItemsAreUsedFromTheKeyboard)

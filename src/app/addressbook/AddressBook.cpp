@@ -39,14 +39,16 @@ QList<PostalContact> namelessLast(const QList<PostalContact> &contacts)
 
 } // namespace
 
-AddressBook::AddressBook(AppState &app) : m_app(app)
+AddressBook::AddressBook(AppState &app) : m_app(app), m_isDraftEmpty(app.draftTo.value().isEmpty())
 {
     connect(&app, &AppState::recipientToKeep, this,
             [this](const ShippoAddress &recipient) { spawn([=, this] { return keep(recipient); }); });
     connect(this, &AddressBook::contactsChanged, this, &AddressBook::changed);
     m_draftWatch = app.draftTo.addNotifier([this] {
         const ShippoAddress draft = m_app.draftTo;
-        if (kept.value() && !draft.isEmpty() && draft != kept.value()->recipient)
+        const bool isNext = std::exchange(m_isDraftEmpty, draft.isEmpty()) && !draft.isEmpty();
+        m_parcel += isNext;
+        if (isNext || (kept.value() && !draft.isEmpty() && draft != kept.value()->recipient))
             kept = std::nullopt;
     });
 }
@@ -215,6 +217,7 @@ std::optional<PostalContact> AddressBook::entryOf(const PostalContact &recipient
 Task<> AddressBook::keep(ShippoAddress recipient)
 {
     kept = std::nullopt;
+    const int parcel = m_parcel;
     if (!loaded)         // otherwise everybody is new
         co_await load(); // then the book is loaded, or `unreadable` says why not
     PostalContact contact = PostalContact::of(recipient);
@@ -235,7 +238,7 @@ Task<> AddressBook::keep(ShippoAddress recipient)
     if (!written)
         m_unlisted.removeOne(contact);
     if (written && known && *known != contact) // otherwise the button was pressed twice
-        note({*known, true});
+        note({*known, parcel});
     if (written && unreadable.value().isEmpty())
         setStatus(StatusKind::success, u"Recipient saved to the address book."_s);
     const ShippoAddress draft = m_app.draftTo;
@@ -246,10 +249,10 @@ Task<> AddressBook::keep(ShippoAddress recipient)
 QString AddressBook::changeText() const
 {
     const std::optional<KeptRecipient> latest = kept; // nothing once the next parcel has begun
-    if (!canUndo() || !latest || !changes.value().last().isByLabel)
+    if (!canUndo() || !latest || changes.value().last().parcel != m_parcel)
         return {};
     const PostalContact &former = changes.value().last().former;
-    if (former.id != latest->entry) // an earlier parcel's
+    if (former.id != latest->entry) // the form was filled for another recipient
         return {};
     return u"Address book entry changed: "_s + joinPresent({isolated(former.name), former.addressSummary()}, u", "_s);
 }

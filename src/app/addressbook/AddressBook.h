@@ -27,7 +27,7 @@ struct KeptRecipient {
 /// A change of an entry that can be taken back.
 struct BookChange {
     PostalContact former;
-    bool isByLabel = false; ///< keeping a label's recipient changed it
+    int parcel = 0; ///< whose recipient was kept, counted from 1; 0 for a change in the address book
 
     bool operator==(const BookChange &) const = default;
 };
@@ -44,7 +44,7 @@ public:
     Observed<StatusKind> statusKind{this, StatusKind::none}; ///< none: only the number of addresses
     Observed<bool> loaded{this, false};
     Observed<QString> unreadable{this};                ///< why the book could not be read at the last attempt
-    Observed<std::optional<KeptRecipient>> kept{this}; ///< until the draft is for somebody else
+    Observed<std::optional<KeptRecipient>> kept{this}; ///< until the next parcel begins
     Observed<bool> importing{this, false};
     Observed<bool> exporting{this, false};
     Observed<QList<BookChange>> changes{this}; ///< deletions and edits that undo() takes back, the newest last
@@ -112,6 +112,8 @@ private:
     QSet<QUuid> m_removing;
     quint64 m_retry = 0; ///< a timer
     static constexpr Clock::Duration retryPause = std::chrono::seconds(10);
+    int m_parcel = 1; ///< how many parcels were begun, and the parcel in the form
+    bool m_isDraftEmpty;
     QPropertyNotifier m_draftWatch;
     CancelToken m_cancel; ///< of the import
 };

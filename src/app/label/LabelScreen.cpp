@@ -43,13 +43,13 @@ LabelScreen::LabelScreen(AppState &app)
     QObject::connect(&purchases, &Purchases::resolvedPrinted, &m_lifetime,
                      [this](const QString &transaction, const QString &printed) {
                          last.takeReprint(transaction, printed);
-                         banner = Banner{printed};
+                         banner = Banner{.text = printed, .transaction = transaction};
                      });
     QObject::connect(&last, &LastLabelCard::reprinted, &purchases, &Purchases::takeReprint);
-    QObject::connect(&last, &LastLabelCard::told, &m_lifetime, [this](const QString &text, bool ok) {
-        const bool waits = last.awaitsReprint();
-        banner = Banner{text, ok, Banner::Offer::none, waits ? last.label.value()->record.transactionID : QString()};
-    });
+    QObject::connect(&last, &LastLabelCard::told, &m_lifetime,
+                     [this](const QString &transaction, const QString &text, bool ok) {
+                         banner = Banner{text, ok, Banner::Offer::none, transaction};
+                     });
     QObject::connect(&last, &LastLabelCard::settled, &m_lifetime, [this](const QString &transaction) {
         const auto isOver = [&transaction](const std::optional<Banner> &news) {
             return news && news->transaction == transaction;

@@ -27,7 +27,7 @@ struct Banner {
     QString text;
     bool ok = true;            ///< false shows it as a warning
     Offer offer = Offer::none; ///< what a button beside the text does
-    QString transaction = {};  ///< of the last label while the text asks for its reprint
+    QString transaction = {};  ///< of the label that the text tells about, if any
 
     bool operator==(const Banner &) const = default;
 };

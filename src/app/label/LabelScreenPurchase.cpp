@@ -286,8 +286,8 @@ void LabelScreen::showSold(const PreparedPurchase &purchase, const PurchaseResul
     last.show({joinPresent({to.name, trimBlanks(to.city + u' ' + to.state)}, u" · "_s), result.entry.record,
                messageOf(result.label, m_app.platform.clock.now()), result.label.isPrinted, result.verdict,
                result.isLogged});
-    const QString waiting = result.label.isPrinted ? QString() : result.entry.record.transactionID;
-    tellOutcome(purchase, {PurchaseTexts::successLine(result), result.isComplete(), Banner::Offer::none, waiting});
+    tellOutcome(purchase, {PurchaseTexts::successLine(result), result.isComplete(), Banner::Offer::none,
+                           result.entry.record.transactionID});
 }
 
 void LabelScreen::tellOutcome(const PreparedPurchase &purchase, const Banner &outcome)

@@ -97,7 +97,7 @@ QString LastLabelCard::waiting() const
 void LastLabelCard::note(const QString &text, bool ok)
 {
     if (awaitsReprint()) {
-        emit told(text, ok);
+        emit told(label.value()->record.transactionID, text, ok);
     } else if (std::optional<LastLabel> shown = label) {
         shown->message = text;
         label = shown;
@@ -112,9 +112,8 @@ void LastLabelCard::takeReprint(const QString &transactionId, const QString &pri
 
 void LastLabelCard::takeRefund(const QString &transactionId)
 {
-    if (!label.value() || label.value()->record.transactionID != transactionId)
-        return;
-    label = std::nullopt;
+    if (label.value() && label.value()->record.transactionID == transactionId)
+        label = std::nullopt;
     emit settled(transactionId);
 }
 
@@ -130,9 +129,9 @@ void LastLabelCard::noteReprint(const QString &text, bool isPrinted, bool wasPri
     if (!wasPrinted && isPrinted) {
         leave();
         emit settled(shown->record.transactionID);
-        emit told(text, true);
+        emit told(shown->record.transactionID, text, true);
     } else if (!isPrinted && isBesideParcel()) { // a low window has no room for the reason on the card
-        emit told(text, false);
+        emit told(shown->record.transactionID, text, false);
     }
 }
 

@@ -63,7 +63,7 @@ public:
     void copyTracking();
     /// The label was reprinted elsewhere, so that it does not wait here any more.
     void takeReprint(const QString &transactionId, const QString &printed);
-    /// The label is refunded or will be, so that it must not be printed.
+    /// A label is refunded or will be, so that it must not be printed.
     void takeRefund(const QString &transactionId);
     /// The mailing log has the label at last.
     void takeLogged(const QString &transactionId);
@@ -71,9 +71,9 @@ public:
     void dismiss();
 
 signals:
-    /// News for the message line.
-    void told(const QString &text, bool ok);
-    /// The label is refunded, or a label that had not come out is reprinted or dismissed: earlier news of it is over.
+    /// News of a label for the message line.
+    void told(const QString &transactionId, const QString &text, bool ok);
+    /// A label is refunded, or a label that had not come out is reprinted or dismissed: earlier news of it is over.
     void settled(const QString &transactionId);
     void reprinted(const QString &transactionId);
 

@@ -360,11 +360,12 @@ void Purchases::dismiss(ResolvedPurchase label)
     resolved = left;
 }
 
-void Purchases::takeReprint(const QString &transactionId)
+/// A second label waits for its refund only.
+void Purchases::forgetResolved(const QString &transactionId, bool isRefunded)
 {
     QList<ResolvedPurchase> left = resolved;
-    left.removeIf([&transactionId](const ResolvedPurchase &label) {
-        return label.isBought && !label.isSecond && label.record.transactionID == transactionId;
+    left.removeIf([&](const ResolvedPurchase &label) {
+        return label.isBought && (isRefunded || !label.isSecond) && label.record.transactionID == transactionId;
     });
     resolved = left;
 }

@@ -46,7 +46,10 @@ struct ResolvedPurchase {
 class Purchases : public Observable {
     Q_OBJECT
 public:
-    explicit Purchases(AppState &app) : m_app(app), m_flow(app) {}
+    explicit Purchases(AppState &app) : m_app(app), m_flow(app)
+    {
+        connect(&app, &AppState::refundTaken, this, [this](const QString &label) { forgetResolved(label, true); });
+    }
     ~Purchases() override;
 
     Observed<QList<UnresolvedPurchase>> unresolved{this};
@@ -69,7 +72,7 @@ public:
     Task<> print(ResolvedPurchase label);
     void dismiss(ResolvedPurchase label); // by value: the caller may pass an element of `resolved`
     /// The label was reprinted elsewhere, so that it does not wait here any more.
-    void takeReprint(const QString &transactionId);
+    void takeReprint(const QString &transactionId) { forgetResolved(transactionId, false); }
     /// Shows the further labels that the carrier sold for the same request, until the clerk has seen them, and looks
     /// for more of them a minute later.
     void watchForSeconds(const PurchaseResult &result);
@@ -102,6 +105,7 @@ private:
     Task<> giveUp(OpenPurchase purchase);
     void replaceUnresolved(qint64 id, std::optional<UnresolvedPurchase> with);
     void addResolved(const ResolvedPurchase &purchase);
+    void forgetResolved(const QString &transactionId, bool isRefunded);
     void showSeconds(const QList<ShipmentRecord> &seconds);
     void lookForSecondsLater();
     Task<> lookForSeconds();

@@ -182,6 +182,10 @@ Task<> RecordsScreen::prepareLog()
 
 Task<> RecordsScreen::start()
 {
+    const QPointer alive(this);
+    co_await onPool(m_app.copies, &RecordCopies::correctMark);
+    if (!alive)
+        co_return;
     co_await prepareLog();
     connect(&m_app.log, &ShipmentLog::recordsChanged, this, [this] { spawn([this] { return copyDaily(); }); });
     co_await copyDaily();

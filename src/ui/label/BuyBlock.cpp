@@ -126,11 +126,28 @@ TextLabel *BuyBlock::addLine(const QString &name)
     const int row = m_lines->rowCount();
     auto *text = new TextLabel({}, FontRole::caption);
     text->setWordWrap(true);
-    if (!name.isEmpty())
-        m_lines->addWidget(new TextLabel(name, FontRole::caption, &Tokens::muted), row, 0, Qt::AlignTop);
+    if (!name.isEmpty()) {
+        auto *label = new TextLabel(name, FontRole::caption, &Tokens::muted);
+        m_lines->addWidget(label, row, 0, Qt::AlignTop);
+        m_named.emplace_back(label, text);
+    }
     m_lines->addWidget(text, row, 1);
     m_lines->setColumnMinimumWidth(0, Theme::current().scaled(54));
     return text;
+}
+
+void BuyBlock::setLines(int shown)
+{
+    QStringList hidden;
+    for (int at = 0; at < lineTotal; ++at) {
+        const auto &[name, text] = m_named[size_t(at)];
+        name->setVisible(at < shown);
+        text->setVisible(at < shown);
+        if (at >= shown)
+            hidden += text->text();
+    }
+    m_summary->setToolTip(hidden.isEmpty() ? QString() : plainToolTip(hidden.join(u'\n')));
+    m_summary->layout()->activate(); // the caller asks for the height now
 }
 
 QString BuyBlock::printerText() const

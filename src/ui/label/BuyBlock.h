@@ -10,6 +10,9 @@
 #include "ui/parts/RefreshScheduler.h"
 #include "ui/parts/TextLabel.h"
 
+#include <utility>
+#include <vector>
+
 class QGridLayout;
 
 namespace parcelory {
@@ -18,7 +21,13 @@ namespace parcelory {
 class BuyBlock : public PanelFrame {
     Q_OBJECT
 public:
+    static constexpr int lineTotal = 4; ///< recipient, package, extras, printer
+
     BuyBlock(LabelScreen &screen, KeysScreen &keys, SettingsScreen &settings, QWidget *parent = nullptr);
+
+    /// Shows only the first lines of the summary, from 0 to lineTotal; its tool tip has the others. The price, the
+    /// warnings and the button always stay.
+    void setLines(int shown);
 
 signals:
     void buyRequested();
@@ -38,6 +47,7 @@ private:
     QGridLayout *m_lines;
     ElidedLabel *m_service;
     TextLabel *m_transit, *m_price;
+    std::vector<std::pair<TextLabel *, TextLabel *>> m_named; ///< the lines and their names, from the top
     TextLabel *m_to, *m_package, *m_extras, *m_printer, *m_uninsured;
     Notice *m_cut;    ///< warns that a text is too long for the label
     Notice *m_second; ///< warns of a second label for the parcel, and asks what the spend guard asks

@@ -115,7 +115,6 @@ QWidget *LabelView::makeForm()
     m_scroll->setWidgetResizable(true);
     m_scroll->setAlignment(Qt::AlignHCenter | Qt::AlignTop); // in a wide window
     m_scroll->setFrameShape(QFrame::NoFrame);
-    m_scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     m_scroll->setBackgroundRole(QPalette::Base);
     m_scroll->setFocusPolicy(Qt::NoFocus);
     return m_scroll;

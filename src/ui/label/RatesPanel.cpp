@@ -240,19 +240,32 @@ int RatesPanel::freeHeight() const
     return room;
 }
 
-/// In a window that is too low, the checklist below the last label goes, and then the sentence above it; never the
-/// label. Above the Buy block, the line of the shipping rules goes before the last rate, and so does the reason on the
-/// card of a label beside the next parcel.
+/// In a window that is too low, the checklist below the last label goes, then the sentence above it, and then the
+/// label's picture; never the label. Above the Buy block, the line of the shipping rules goes before the last rate, and
+/// so do the reason on the card of a label beside the next parcel and the last lines of the summary.
 void RatesPanel::makeRoom()
 {
     const bool isEmpty = m_screen.rates.value().isEmpty(), isListed = !m_screen.formComplete();
+    const int least = isEmpty ? 0 : m_list->minimumSizeHint().height() + layout()->spacing();
+    int lines = BuyBlock::lineTotal;
+    m_block->setLines(lines);
     int room = freeHeight();
-    if (!isEmpty && room < m_list->minimumSizeHint().height() + layout()->spacing() && !m_lastMessage->isHidden()) {
-        m_lastMessage->hide();
+    const auto giveWay = [&](QWidget *part) {
+        if (room >= least || part->isHidden())
+            return;
+        part->hide();
+        room = freeHeight();
+    };
+    if (!isEmpty)
+        giveWay(m_lastMessage);
+    else if (!isHeld()) // its picture is to be looked at
+        giveWay(m_thumbnail);
+    while (!isEmpty && room < least && lines > 0) {
+        m_block->setLines(--lines);
         room = freeHeight();
     }
     const int rule = m_rule->minimumHeight() + layout()->spacing();
-    m_rule->setRoom(isEmpty || room >= rule + m_list->minimumSizeHint().height() + layout()->spacing());
+    m_rule->setRoom(isEmpty || room >= rule + least);
     room -= m_rule->isHidden() ? 0 : rule;
     const int checks = m_checks->sizeHint().height() + m_empty->layout()->spacing();
     const int sentence = heightOf(m_empty) - (m_checks->isHidden() ? 0 : checks);

@@ -13,6 +13,33 @@
 namespace parcelory {
 using namespace Qt::StringLiterals;
 
+int widthOf(const QList<RowBadge> &badges, FontRole role, int gap)
+{
+    int width = 0;
+    for (const RowBadge &badge : badges)
+        width += badgeWidth(badge.word, role) + gap;
+    return width;
+}
+
+QList<RowBadge> fitting(QList<RowBadge> badges, int room, FontRole role, int gap)
+{
+    if (widthOf(badges, role, gap) <= room)
+        return badges;
+    for (RowBadge &badge : badges)
+        badge.word = badge.brief.isEmpty() ? badge.word : badge.brief;
+    while (badges.size() > 1 && widthOf(badges, role, gap) > room)
+        badges.removeLast();
+    return badges;
+}
+
+QString wordsOf(const QList<RowBadge> &badges)
+{
+    QStringList words;
+    for (const RowBadge &badge : badges)
+        words += badge.word;
+    return words.join(u", "_s);
+}
+
 LogModel::LogModel(QObject *parent) : QAbstractTableModel(parent), m_numberFont(Theme::current().font(FontRole::mono))
 {
 }

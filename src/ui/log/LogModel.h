@@ -14,7 +14,17 @@ namespace parcelory {
 struct RowBadge {
     QString word;
     BadgeKind kind;
+    QString brief = {}; ///< the word where there is little room; empty if it has no shorter word
+
+    bool operator==(const RowBadge &) const = default;
 };
+
+/// The width of badges, each with a gap.
+int widthOf(const QList<RowBadge> &badges, FontRole role, int gap);
+/// The badges that fit into `room` pixels: all, or shortened ones, or fewer of them; the first always stays.
+QList<RowBadge> fitting(QList<RowBadge> badges, int room, FontRole role, int gap);
+/// The words of badges, for a text.
+QString wordsOf(const QList<RowBadge> &badges);
 
 enum class ColumnKind { text, number, date, tracking };
 

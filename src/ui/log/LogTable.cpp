@@ -17,6 +17,7 @@ namespace parcelory {
 namespace {
 
 constexpr int badgeHeight = 18, badgeGap = 5;
+constexpr int leastText = 56; ///< beside badges, or the whole text if it is shorter
 
 QList<RowBadge> badgesAt(const QModelIndex &index)
 {
@@ -33,7 +34,7 @@ public:
         const int height = Theme::current().scaled(badgeHeight);
         QRect place(0, option.rect.center().y() - height / 2 + 1, 0, height);
         place.moveRight(option.rect.right() + badgeGap - padding);
-        const QList<RowBadge> badges = badgesAt(index);
+        const QList<RowBadge> badges = shown(index, option.rect.width());
         for (auto badge = badges.rbegin(); badge != badges.rend(); ++badge) {
             const int width = badgeWidth(badge->word, FontRole::tableBadge);
             place.setLeft(place.left() - badgeGap - width);
@@ -43,12 +44,26 @@ public:
     }
 
 protected:
-    int reserved(const QModelIndex &index) const override
+    int reserved(const QModelIndex &index, int width) const override
     {
-        int width = 0;
-        for (const RowBadge &badge : badgesAt(index))
-            width += badgeWidth(badge.word, FontRole::tableBadge) + badgeGap;
-        return width;
+        return widthOf(shown(index, width), FontRole::tableBadge, badgeGap);
+    }
+    QString leftOut(const QModelIndex &index, int width) const override
+    {
+        const QList<RowBadge> all = badgesAt(index);
+        return shown(index, width) == all ? QString() : wordsOf(all);
+    }
+
+private:
+    static QList<RowBadge> shown(const QModelIndex &index, int width)
+    {
+        const QList<RowBadge> all = badgesAt(index);
+        if (all.isEmpty())
+            return all;
+        const Theme &theme = Theme::current();
+        const int text = QFontMetrics(theme.font(FontRole::body)).horizontalAdvance(index.data().toString());
+        const int room = width - 2 * padding - std::min(text, theme.scaled(leastText));
+        return fitting(all, room, FontRole::tableBadge, badgeGap);
     }
 };
 

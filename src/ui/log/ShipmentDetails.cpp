@@ -38,6 +38,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int labelWidth = 106, columnTotal = 3;
+constexpr int margin = 16, headGap = 10, refundGap = 12, leastName = 90;
 constexpr int sideWidth = 174, leastForPicture = 1080, leastForSide = 1180;
 constexpr int columnStretch[columnTotal] = {3, 4, 4};
 const QString customsToolTip =
@@ -134,7 +135,7 @@ ShipmentDetails::ShipmentDetails(MailingLogScreen &screen, QWidget *list, QWidge
     m_pages->addWidget(nothing);
     auto *page = new QWidget;
     auto *rows = new QVBoxLayout(page);
-    rows->setContentsMargins(16, 10, 16, 6);
+    rows->setContentsMargins(margin, 10, margin, 6);
     rows->setSpacing(8);
     rows->addWidget(makeHead());
     m_body = new QHBoxLayout;
@@ -169,14 +170,14 @@ QWidget *ShipmentDetails::makeHead()
     auto *head = new QWidget;
     auto *row = new QHBoxLayout(head);
     row->setContentsMargins(0, 0, 0, 0);
-    row->setSpacing(10);
+    row->setSpacing(headGap);
     row->addWidget(m_name);
     for (Badge *badge : m_badges)
         row->addWidget(badge);
     row->addStretch(1);
     for (Button *button : {m_reprint, m_customs, m_check, m_copy, m_track})
         row->addWidget(button);
-    row->addSpacing(12); // apart from the everyday buttons
+    row->addSpacing(refundGap); // apart from the everyday buttons
     row->addWidget(m_refund);
     return head;
 }
@@ -246,6 +247,26 @@ void ShipmentDetails::resizeEvent(QResizeEvent *event)
 {
     PanelFrame::resizeEvent(event);
     fitLabel();
+    fitBadges();
+}
+
+/// In a narrow window, a part of the name stays, and the tool tip of the badges tells the rest of them.
+void ShipmentDetails::fitBadges()
+{
+    const int name = std::min(m_name->sizeHint().width(), Theme::current().scaled(leastName));
+    int room = width() - 2 * margin - refundGap - name;
+    for (const Button *button : {m_reprint, m_customs, m_check, m_copy, m_track, m_refund})
+        room -= button->sizeHint().width() + headGap;
+    const QList<RowBadge> shown = fitting(m_allBadges, room, FontRole::badge, headGap);
+    for (size_t at = 0; at < m_badges.size(); ++at) {
+        Badge *badge = m_badges[at];
+        const bool used = qsizetype(at) < shown.size();
+        badge->setVisible(used);
+        if (!used)
+            continue;
+        badge->set(shown[qsizetype(at)].word, shown[qsizetype(at)].kind);
+        badge->setToolTip(shown == m_allBadges ? QString() : plainToolTip(wordsOf(m_allBadges)));
+    }
 }
 
 /// A narrow window keeps the three columns of texts and shows less of the label. Checks the window, which this pane
@@ -317,13 +338,8 @@ void ShipmentDetails::show(const ShipmentRecord &record, const std::optional<Ope
     refreshButtons(record);
     refreshLabel();
     m_name->setFullText(recipientName(record));
-    const QList<RowBadge> badges = badgesOf(record);
-    for (size_t at = 0; at < m_badges.size(); ++at) {
-        const bool used = qsizetype(at) < badges.size();
-        m_badges[at]->setVisible(used);
-        if (used)
-            m_badges[at]->set(badges[qsizetype(at)].word, badges[qsizetype(at)].kind);
-    }
+    m_allBadges = badgesOf(record);
+    fitBadges();
     for (size_t at = 0; at < m_values.size(); ++at) {
         TextLabel *value = m_values[at];
         const bool isStatus = lines[at].text == statusText;

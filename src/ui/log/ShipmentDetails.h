@@ -2,6 +2,7 @@
 
 #include "app/logs/MailingLogScreen.h"
 #include "records/OpenItems.h"
+#include "ui/log/LogModel.h"
 #include "ui/parts/Badge.h"
 #include "ui/parts/Button.h"
 #include "ui/parts/PanelFrame.h"
@@ -41,6 +42,7 @@ private:
     QWidget *makeLines();
     QWidget *makeLabelSide();
     void fitLabel();
+    void fitBadges();
     void refreshLabel();
     void refreshButtons(const ShipmentRecord &record);
     void show(const ShipmentRecord &record, const std::optional<OpenItem> &open);
@@ -50,6 +52,7 @@ private:
     QStackedLayout *m_pages;
     ElidedLabel *m_name;
     std::array<Badge *, 2> m_badges; ///< refund and test
+    QList<RowBadge> m_allBadges;
     Button *m_reprint;
     Button *m_customs;
     Button *m_check;

@@ -42,13 +42,13 @@ QList<RowBadge> badgesOf(const ShipmentRecord &record)
     const RefundState refund = refundState(record);
     switch (refund) {
     case RefundState::pending:
-        badges.append({refundBadge(refund), BadgeKind::pending});
+        badges.append({refundBadge(refund), BadgeKind::pending, u"PENDING"_s});
         break;
     case RefundState::granted:
         badges.append({refundBadge(refund), BadgeKind::granted});
         break;
     case RefundState::failed:
-        badges.append({refundBadge(refund), BadgeKind::failed});
+        badges.append({refundBadge(refund), BadgeKind::failed, u"FAILED"_s});
         break;
     case RefundState::none:
         break;

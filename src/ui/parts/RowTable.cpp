@@ -1,5 +1,6 @@
 #include "ui/parts/RowTable.h"
 
+#include "core/Text.h"
 #include "ui/parts/TextLabel.h"
 #include "ui/theme/Theme.h"
 #include "ui/theme/Tokens.h"
@@ -192,7 +193,7 @@ void RowTable::paintEvent(QPaintEvent *event)
 QRect RowDelegate::textPlace(const QRect &cell, const QModelIndex &index) const
 {
     const bool hasIcon = index.data(Qt::DecorationRole).isValid();
-    return cell.adjusted(padding + (hasIcon ? iconSize + iconGap : 0), 0, -padding - reserved(index), 0);
+    return cell.adjusted(padding + (hasIcon ? iconSize + iconGap : 0), 0, -padding - reserved(index, cell.width()), 0);
 }
 
 void RowDelegate::paint(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const
@@ -224,7 +225,7 @@ QSize RowDelegate::sizeHint(const QStyleOptionViewItem &option, const QModelInde
     const int height = Theme::current().scaled(RowTable::rowPixels);
     const QString text = index.data().toString();
     if (!(option.features & QStyleOptionViewItem::WrapText))
-        return {option.fontMetrics.horizontalAdvance(text) + 2 * padding + reserved(index), height};
+        return {option.fontMetrics.horizontalAdvance(text) + 2 * padding + reserved(index, QWIDGETSIZE_MAX), height};
     const QRect place(0, 0, textPlace(option.rect, index).width(), QWIDGETSIZE_MAX);
     if (!text.contains(u'\n') && option.fontMetrics.horizontalAdvance(text) <= place.width())
         return {option.rect.width(), height}; // true for most cells, and ten times as fast
@@ -242,7 +243,8 @@ bool RowDelegate::helpEvent(QHelpEvent *event, QAbstractItemView *view, const QS
     initStyleOption(&cell, index);
     const bool cut = !(cell.features & QStyleOptionViewItem::WrapText) &&
                      cell.fontMetrics.horizontalAdvance(cell.text) > textPlace(cell.rect, index).width();
-    QToolTip::showText(event->globalPos(), cut ? plainToolTip(cell.text) : QString(), view);
+    const QString whole = joinPresent({cut ? cell.text : QString(), leftOut(index, cell.rect.width())}, u"\n"_s);
+    QToolTip::showText(event->globalPos(), whole.isEmpty() ? QString() : plainToolTip(whole), view);
     return true;
 }
 

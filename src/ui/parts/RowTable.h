@@ -54,7 +54,7 @@ private:
 };
 
 /// Draws a row's cells: the text eight pixels from the edges, the chosen row with a bar at its left. The tooltip of an
-/// elided cell shows the whole text.
+/// elided cell shows the whole text, and what else the cell lacks room for.
 class RowDelegate : public QStyledItemDelegate {
 public:
     using QStyledItemDelegate::QStyledItemDelegate;
@@ -67,8 +67,10 @@ public:
 protected:
     static constexpr int padding = 8;
 
-    /// The width that the text leaves free at a cell's right end.
-    virtual int reserved(const QModelIndex &) const { return 0; }
+    /// The width that the text leaves free at the right end of a cell that is `width` wide.
+    virtual int reserved(const QModelIndex &, [[maybe_unused]] int width) const { return 0; }
+    /// What a cell that is `width` wide does not show there; empty if it shows all.
+    virtual QString leftOut(const QModelIndex &, [[maybe_unused]] int width) const { return {}; }
 
 private:
     QRect textPlace(const QRect &cell, const QModelIndex &index) const;

@@ -163,6 +163,9 @@ TEST_F(AddressBookTest, NamesAndUndoesWhatALabelHasChanged)
     run(book.keep(londonAddress()));
     EXPECT_EQ(book.changeText(), QString()) << "the next label changed no entry";
     EXPECT_TRUE(book.canUndo()) << "in the address book";
+    app->draftTo = moved;
+    run(book.keep(moved));
+    EXPECT_EQ(book.changeText(), QString()) << "the same customer's next parcel";
 }
 
 TEST_F(AddressBookTest, SavesAndDeletesOnceHoweverOftenItIsAsked)

@@ -143,6 +143,14 @@ TEST_F(LabelPurchaseTest, ALabelIsNoLongerOfferedOnceItsLostRefundIsFound)
     clock.advance(61s);
     run(app->syncRefundStatuses());
     EXPECT_FALSE(screen().last.label.value());
+    rateHome();
+    processes.behave = nullptr;
+    buy();
+    app->draftTo = londonAddress();
+    screen().purchases.resolved = QList<ResolvedPurchase>{{.record = newest(), .isBought = true, .isSecond = true}};
+    EXPECT_TRUE(banner().startsWith(u"Success! "_s));
+    run(log.refund(newest()));
+    EXPECT_TRUE(banner().isEmpty() && screen().purchases.resolved.value().isEmpty()) << "its card has left already";
 }
 
 TEST_F(LabelPurchaseTest, AnInvoiceThatCannotBeDrawnStopsNothing)

@@ -85,8 +85,11 @@ struct Records : FakePlatform {
         EXPECT_EQ(app.addressBook.rows().size(), isRestored ? 1 : 2) << "all files are of one state";
         EXPECT_TRUE(others.size() == (isRestored ? 0 : 1) || (work == u"import" && others.size() == 3));
         EXPECT_FALSE(platform.dataFolder.exists(u"Restoring"_s));
-        for (const RecordCopy &copy : app.copies.list())
+        app.copies.correctMark();
+        for (const RecordCopy &copy : app.copies.list()) {
             EXPECT_EQ(copy.failure + app.copies.check(copy), QString());
+            EXPECT_EQ(copy.restored.has_value(), isRestored && copy.reason == wordOf(CopyReason::beforeRestore));
+        }
         (isRestored ? restored : kept) += 1;
         workPool().waitForDone();
         settle();
