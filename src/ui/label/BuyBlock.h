@@ -25,8 +25,8 @@ public:
 
     BuyBlock(LabelScreen &screen, KeysScreen &keys, SettingsScreen &settings, QWidget *parent = nullptr);
 
-    /// Shows only the first lines of the summary, from 0 to lineTotal; its tool tip has the others. The price, the
-    /// warnings and the button always stay.
+    /// Shows only the first lines of the summary, from 1 (the recipient) to lineTotal; its tool tip has the others. The
+    /// price, the warnings and the button always stay.
     void setLines(int shown);
 
 signals:

@@ -260,7 +260,7 @@ void RatesPanel::makeRoom()
         giveWay(m_lastMessage);
     else if (!isHeld()) // its picture is to be looked at
         giveWay(m_thumbnail);
-    while (!isEmpty && room < least && lines > 0) {
+    while (!isEmpty && room < least && lines > 1) {
         m_block->setLines(--lines);
         room = freeHeight();
     }
