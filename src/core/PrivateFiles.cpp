@@ -4,6 +4,8 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <sys/stat.h>
+
 namespace parcelory {
 using namespace Qt::StringLiterals;
 
@@ -12,6 +14,12 @@ namespace {
 constexpr auto fileMode = QFile::ReadOwner | QFile::WriteOwner;
 constexpr auto folderMode = fileMode | QFile::ExeOwner;
 constexpr QLatin1StringView asideMark(".unreadable-");
+
+bool isSocket(const QString &path)
+{
+    struct stat facts{};
+    return ::stat(QFile::encodeName(path).constData(), &facts) == 0 && S_ISSOCK(facts.st_mode);
+}
 
 } // namespace
 
@@ -51,7 +59,8 @@ void makePrivate(const QDir &folder)
     for (const QFileInfo &entry : folder.entryInfoList(all)) {
         if (entry.isFile())
             makePrivate(entry.filePath());
-        else if (!entry.isDir() && entry.exists() && !entry.fileName().contains(asideMark)) // links may lead nowhere
+        else if (!entry.isDir() && entry.exists() && // a link may lead nowhere
+                 !entry.fileName().contains(asideMark) && !isSocket(entry.filePath()))
             QFile::rename(entry.filePath(), asidePath(entry.filePath()));
     }
 }

@@ -13,8 +13,9 @@ void createPrivateFolder(const QDir &folder);
 void createPrivateFile(const QString &path);
 /// Makes an existing file private.
 void makePrivate(const QString &path);
-/// Creates the folder and makes it and the files in it private. Renames pipes, sockets and devices in it, with a
-/// time-stamped suffix: a store that opened a pipe would wait forever.
+/// Creates the folder and makes it and the files in it private. Renames pipes and devices in it, with a time-stamped
+/// suffix: a store that opened a pipe would wait forever. A socket stays: to open it fails at once, and a running
+/// Parcelory listens on it.
 void makePrivate(const QDir &folder);
 
 /// Renames what is in a file's place but is no regular file of at most `largest` bytes, in the same way.

@@ -1,6 +1,7 @@
 // The adapters to the real machine: preference file, child processes, network.
 
 #include "core/ErrorDetail.h"
+#include "core/PrivateFiles.h"
 #include "core/Setting.h"
 #include "core/SettingsKeys.h"
 #include "core/ports/HttpTransport.h"
@@ -228,7 +229,7 @@ TEST_F(NetworkTransportTest, ReportsErrorsWithoutRevealingSecrets)
               u"No answer from the carrier within 60 seconds — check the network. [127.0.0.1]"_s);
 }
 
-TEST(RunningProgram, ASecondStartShowsTheFirstWindowAndWaitsForNobody)
+TEST(RunningProgram, ASecondStartShowsTheFirstWindowAndWaitsForNoAnswer)
 {
     const QTemporaryDir folder;
     const QDir data(folder.path());
@@ -236,6 +237,7 @@ TEST(RunningProgram, ASecondStartShowsTheFirstWindowAndWaitsForNobody)
     EXPECT_FALSE(first.handOver()) << "no other program runs";
     int shown = 0;
     first.accept([&shown] { ++shown; });
+    makePrivate(data); // as every start does
     const auto start = [&data](std::chrono::milliseconds limit) {
         auto result = std::async(std::launch::async, [&] { return RunningProgram(data).handOver(limit); });
         runUntil([&result] { return result.wait_for(std::chrono::seconds(0)) == std::future_status::ready; });
