@@ -177,12 +177,12 @@ TEST_F(AfterSaleTest, AnAnswerGoesToItsLabelEvenIfARestoreGivesItAnotherId)
         carrier.clearRequests();
         carrier.setScenario(
             {.holdsAnswers = true, .failNext = CarrierFailure{below, 200, "application/json", reply, 1, ""}});
-        const Task<> task = work();
+        Task<> task = work();
         runUntil([this] { return !carrier.requests().isEmpty(); });
         Database file(app->log.path());
         ASSERT_TRUE(file.exec("UPDATE shipments SET id = -id; UPDATE shipments SET id = id + 3"));
         carrier.setScenario({});
-        runUntil([&] { return task.isReady(); });
+        runTask(std::move(task));
         Statement statuses(file, "SELECT status FROM shipments ORDER BY recipient");
         EXPECT_TRUE(statuses.step() && statuses.text(0) == expected) << statuses.text(0).toStdString();
         EXPECT_TRUE(statuses.step() && statuses.text(0) == u"PRINTED");

@@ -152,6 +152,11 @@ TEST_F(RecordsScreenTest, VerifiesTheLogAgainstTheChainAndTheCopies)
     finish(records.verify());
     EXPECT_EQ(records.report.value()->labels, 1);
     EXPECT_TRUE(records.report.value()->findings.isEmpty());
+    const RecordCopy aside = app->copies.setAside(clock.now()).copy; // by a restore that is killed then
+    ASSERT_TRUE(app->copies.markReplaced(aside, clock.now().addDays(-1)));
+    finish(records.start());
+    const auto isMarked = [](const RecordCopy &copy) { return copy.restored.has_value(); };
+    EXPECT_TRUE(std::ranges::none_of(app->copies.list(), isMarked)) << "nothing was replaced";
     Database(platform.dataFolder.filePath(u"mailing_log.sqlite"_s))
         .exec("UPDATE shipments SET tracking = '1'; DROP TABLE log_chain; DELETE FROM sqlite_sequence"
               " WHERE name = 'log_chain'");
