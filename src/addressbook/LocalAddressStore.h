@@ -52,7 +52,7 @@ public:
         int imported = 0;
         int skipped = 0; ///< the book already has the same name, street and postal code, ignoring case
     };
-    /// Adds many contacts, each normalized, in one transaction, and replaces none: a contact whose id the book uses
+    /// Adds many contacts, each normalized, in one transaction, and replaces no entry: a contact whose id the book uses
     /// gets a new id. If the book cannot be read or written, throws AppError; a single contact that the database
     /// refuses is left out and not counted. Throws ImportCanceled. After an exception the book is unchanged.
     Merged merge(const QList<PostalContact> &contacts)
@@ -85,7 +85,7 @@ public:
         int added = 0;
         int changed = 0;
     };
-    /// How many entries a book has that its copy lacks or has with other text; none if either cannot be read.
+    /// How many entries a book has that its copy lacks or has with other text; 0 if either cannot be read.
     static Difference changedSince(const QString &present, const QString &copy);
     /// Runs `replace`, which puts another file in the book's place; other threads wait. Returns its result.
     QString replaceFile(const std::function<QString()> &replace);

@@ -39,8 +39,8 @@ public:
     /// Tokens that begin with "shippo_test" buy labels without value; every other token costs real money.
     static bool isTest(const QString &token);
 
-    /// The line above the list of keys in Settings. Takes the active token, empty if there is none, because each read
-    /// of the secret store may ask the user.
+    /// The line above the list of keys in Settings. Takes the active token, empty if no key is active, because each
+    /// read of the secret store may ask the user.
     QString settingsText(const QString &activeToken) const;
     /// The line of the status strip, likewise.
     QString statusText(const QString &activeToken) const;

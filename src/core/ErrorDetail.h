@@ -27,7 +27,7 @@ public:
     Detailed(const QString &description, QString detail) : Error(description), ErrorDetail(std::move(detail)) {}
 };
 
-/// The detail of any exception; empty if it has none.
+/// The detail of any exception; empty if the exception has no detail.
 inline QString detailOf(const std::exception &error)
 {
     const auto *detailed = dynamic_cast<const ErrorDetail *>(&error);

@@ -17,8 +17,8 @@ public:
     using Heard = std::function<void(const QString &text)>;
     using Time = ScanBurst::Time;
 
-    /// Held keys that may be a person's are delivered after this pause. A scanner rarely makes it, and nobody notices
-    /// it.
+    /// Held keys that may be a person's are delivered after this pause. A scanner rarely makes it, and a person
+    /// does not notice it.
     static constexpr Time holdDelay{90};
     /// An end key that follows an end key sooner belongs to the same code. A finger needs longer to press Return twice.
     static constexpr Time suffixGap{120};

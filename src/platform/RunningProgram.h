@@ -15,8 +15,8 @@ public:
 
     explicit RunningProgram(const QDir &dataFolder);
 
-    /// True if a Parcelory that runs on this folder has shown its window. False without waiting if none runs, and after
-    /// `limit` if it does not answer; this start then opens its own window.
+    /// True if a Parcelory that runs on this folder has shown its window. False without waiting if no Parcelory runs,
+    /// and after `limit` if it does not answer; this start then opens its own window.
     bool handOver(std::chrono::milliseconds limit = patience);
     /// Lets later starts hand over to this program; `show` brings its window to the front.
     void accept(std::function<void()> show);

@@ -22,7 +22,7 @@ struct Written {
     std::optional<int> offset = {}; ///< from UTC in seconds, if it is written; otherwise the machine's time zone
 };
 
-/// Two-digit years from 70 on are of the last century: no label is older, and none is bought that far ahead.
+/// Two-digit years from 70 on are of the last century: no label is older or bought that far ahead.
 int fullYear(int year)
 {
     return year >= 100 ? year : year + (year >= 70 ? 1900 : 2000);

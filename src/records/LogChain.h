@@ -63,7 +63,7 @@ public:
 
     /// Seals a row that was just stored. False if a statement failed.
     [[nodiscard]] bool seal(qint64 shipment);
-    /// Seals the new status of a row; a row that is gone has none. False if a statement failed.
+    /// Seals the new status of a row; a row that is gone has no status. False if a statement failed.
     [[nodiscard]] bool sealStatus(qint64 shipment);
     /// Seals the bytes of a label that were downloaded after the purchase; a row without such bytes needs no entry.
     [[nodiscard]] bool sealFetched(qint64 shipment);

@@ -14,7 +14,7 @@
 /// are most of the log, are not read.
 namespace parcelory::LogExport {
 
-/// Adds the index to a log that has none, in one transaction that lasts about a second for 100,000 rows. A log of more
+/// Adds the index to a log without it, in one transaction that lasts about a second for 100,000 rows. A log of more
 /// than 300,000 rows that was begun without the index stays without: others would wait too long. False if a statement
 /// failed.
 bool addIndex(Database &db);

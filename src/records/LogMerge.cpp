@@ -235,7 +235,7 @@ private:
     }
 
     /// An earlier restore may have left the older answer of the carrier in the present log. `askedAt` is the parameter
-    /// with its time, 0 if the table has none.
+    /// with its time, 0 if the table has no such column.
     static QByteArray orLaterThan(qsizetype askedAt)
     {
         return askedAt > 0 ? " OR (shipment_id = ?1 AND asked_at >= ?" + QByteArray::number(askedAt) + ')'

@@ -17,7 +17,7 @@ namespace parcelory::LogMerge {
 /// What a copy's log holds.
 struct Held {
     QSet<QByteArray> rows; ///< a key of each row, see Added
-    QDateTime last;        ///< when its newest label was bought; invalid if it has none
+    QDateTime last;        ///< when its newest label was bought; invalid if it has no label
 };
 /// Nothing if it could not be read.
 std::optional<Held> held(const Database &copy);

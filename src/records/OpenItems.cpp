@@ -49,7 +49,7 @@ QString shortZip(const QString &zip)
     return form.match(zip).captured(1);
 }
 
-/// The ZIP on a domestic label; empty if it has none.
+/// The ZIP on a domestic label; empty if the label has no ZIP.
 QString zipOf(const ShipmentRecord &label)
 {
     static const QRegularExpression last(u"\\b(\\d{5})(-\\d{4})?\\s*$"_s);

@@ -70,7 +70,7 @@ constexpr int movesFor = 45;     ///< a parcel that stands still for longer is l
 constexpr int remembersFor = 90; ///< older labels are no open items, unless a refund is pending or was rejected
 constexpr int uncheckedMinutes = 60; ///< the label is compared while it is bought
 
-/// Nothing if the label needs no one now.
+/// Nothing if the label needs no action now.
 std::optional<OpenItem> itemOf(const OpenFacts &facts, const QDateTime &now);
 /// The open items of these labels, in their order.
 QList<OpenItem> itemsOf(const QList<OpenFacts> &labels, const QDateTime &now);

@@ -18,7 +18,7 @@ bool exist(const Database &db);
 QByteArray pendingCondition(const Database &db);
 /// A query of the ids of rows whose refund is pending or was rejected. Fast in a log with the index of addIndex().
 QByteArray unsettledIds(const Database &db);
-/// Adds an index of the few rows with such a status. Reads every row of a log that has none; false if it failed.
+/// Adds an index of the few rows with such a status. Reads every row of a log without the index; false if it failed.
 bool addIndex(Database &db);
 /// Fills in ShipmentRecord::refund; false if reading failed.
 bool addTo(const Database &db, QList<ShipmentRecord> &records);

@@ -36,7 +36,7 @@ public:
     void insert(qsizetype place, const SenderProfile &profile);
 
     void flush() { m_file.flush(); }
-    /// Reads the file again after it was replaced; keeps the profiles if it has none.
+    /// Reads the file again after it was replaced; keeps the profiles if the file is missing or unreadable.
     void reload() { load(); }
 
 signals:

@@ -32,8 +32,8 @@ public:
     /// How many labels are followed, and how many of them are due.
     qsizetype size() const { return qsizetype(m_labels.size()); }
     qsizetype dueCount(const QDateTime &steady) const;
-    /// The label to ask about now, after which it counts as asked; nothing if none is due or the carrier was asked just
-    /// before.
+    /// The label to ask about now, after which it counts as asked; nothing if no label is due or the carrier was asked
+    /// just before.
     std::optional<OpenFacts> next(const QDateTime &steady);
     /// The carrier did not answer about this label: it is due again, at once or not before `due`. The delay outlives
     /// setLabels(), so that a label without an answer does not keep older labels waiting.

@@ -6,8 +6,8 @@
 namespace parcelory {
 
 /// Takes out of a text what support must not see. Only words that are on the program's own list stay
-/// (support-words.txt), and of these none that it was told of. E-mail addresses, web addresses and numbers go, except a
-/// status code.
+/// (support-words.txt), and of these no word that it was told of. E-mail addresses, web addresses and numbers go,
+/// except a status code.
 class Redactor {
 public:
     Redactor();

@@ -46,7 +46,7 @@ std::optional<QString> text(const Json &feed, const char *key)
     return QString::fromStdString(found->get_ref<const std::string &>());
 }
 
-/// A signature that is no text is damaged, which must not pass as none.
+/// A signature that is no text is damaged; it must not pass as a missing signature.
 std::optional<QString> signatureIn(const Json &feed)
 {
     const auto found = feed.find("signature");

@@ -105,7 +105,7 @@ std::optional<QString> textOfKey(const QByteArray &propertyList, const QString &
     return std::nullopt;
 }
 
-/// An archive may hold files that everybody can write, or that run with their owner's rights.
+/// An archive may hold files that all users can write, or that run with their owner's rights.
 void cleanMode(const fs::path &path, bool isFolder)
 {
     using fs::perms;

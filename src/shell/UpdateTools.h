@@ -29,7 +29,7 @@ public:
     /// Path where stage() puts the script that swaps the applications after this program ends.
     static QString helperIn(const QString &folder);
     /// The version that an application says it has, on any system; nothing if it has no file for it. Throws AppError if
-    /// its property list names none.
+    /// its property list names no version.
     std::optional<QString> versionIn(const QString &app) const;
     /// True if stage()'s files are still there: a cleanup of temporary files may have removed them.
     static bool isStaged(const QString &helper, const QString &app);

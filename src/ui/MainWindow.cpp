@@ -235,7 +235,7 @@ void MainWindow::openWindow(const QString &identifier)
     bringToFront(window);
 }
 
-/// Nobody who is signed out may change the address book or print a form. The error log belongs to the program.
+/// A clerk who is signed out must not change the address book or print a form. The error log belongs to the program.
 void MainWindow::closeWindowsOfSession()
 {
     for (auto window = m_windows.cbegin(); window != m_windows.cend(); ++window) {

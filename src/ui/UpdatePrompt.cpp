@@ -99,7 +99,7 @@ void UpdatePrompt::refresh()
         fitHeight();
 }
 
-/// Return must not restart the program: whoever presses it may be typing into the form behind the prompt.
+/// Return must not restart the program: the clerk may be typing into the form behind the prompt.
 void UpdatePrompt::chooseDefault()
 {
     Button *safe = m_shownPhase == UpdatePhase::ready ? m_dismiss : m_next;

@@ -3,9 +3,9 @@
 # DIR/out. Clients find it by CUPS_SERVER=DIR/run/cups.sock.
 # The script says "ready" and runs until its standard input closes, so the server ends even when its user is killed; a
 # guard ends the server when this script is killed, too.
-# DIR must be readable for everybody, and short: a socket's path ends at about 100 bytes.
+# DIR must be readable for all users, and short: a socket's path ends at about 100 bytes.
 # A shell script DIR/fault runs at the beginning of every job as the printer's side of it; there it is called $fault.
-# Queues: ZD421 (Zebra), Laser (PDF printer), Frozen (Zebra, paused, and nobody may resume it).
+# Queues: ZD421 (Zebra), Laser (PDF printer), Frozen (Zebra, paused, and no user may resume it).
 set -eu
 
 stop() {

@@ -218,7 +218,7 @@ Task<> AddressBook::keep(ShippoAddress recipient)
 {
     kept = std::nullopt;
     const int parcel = m_parcel;
-    if (!loaded)         // otherwise everybody is new
+    if (!loaded)         // otherwise every recipient is new
         co_await load(); // then the book is loaded, or `unreadable` says why not
     PostalContact contact = PostalContact::of(recipient);
     const std::optional<PostalContact> known = entryOf(contact);

@@ -26,7 +26,7 @@ public:
 
     /// The file that leads to the paragraph about a message; empty if the handbook does not explain it.
     QString pageAbout(const QString &message) const;
-    /// Opens a page in the browser, the first page if none is given. Tells the clerk if that fails.
+    /// Opens a page in the browser, the first page if `page` is empty. Tells the clerk if that fails.
     Task<> open(QString page = {});
 
 private:

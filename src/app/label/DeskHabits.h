@@ -18,7 +18,7 @@ public:
     Choice choice() const;
     void note(const Choice &choice);
 
-    /// The packaging of the last parcel of about this weight; empty if there was none.
+    /// The packaging of the last parcel of about this weight; empty if there was no such parcel.
     QString mailpieceFor(double ounces) const;
     void noteMailpiece(double ounces, const QString &mailpiece);
 

@@ -7,7 +7,7 @@ namespace parcelory {
 
 struct OfferedRates {
     QList<ShippoRate> rates; ///< the carrier's own, cheapest first; equal prices keep the order in which they came
-    QString leftOut;         ///< says which rates of the carrier are missing and why; empty if there are none
+    QString leftOut;         ///< says which rates of the carrier are missing and why; empty if no rate is missing
 };
 
 /// Leaves out a rate whose price is no plain amount of money, and all but the cheapest rates of an endless list.

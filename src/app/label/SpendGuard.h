@@ -20,7 +20,7 @@ struct SpendGuard {
 
     /// Why the label cannot be bought without a reference; empty if it can.
     QString lackOf(const QString &reference, const ShippoRate &rate) const;
-    /// The question before the label is bought; empty if none is asked. `offered`: all rates of the parcel.
+    /// The question before the label is bought; empty if no question is needed. `offered`: all rates of the parcel.
     QString question(const ShippoRate &rate, const QList<ShippoRate> &offered) const;
 
 private:

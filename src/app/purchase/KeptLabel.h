@@ -18,7 +18,7 @@ struct KeptLabel {
 
 /// `record` may bring its label along, and may have no id yet. All wait for the disk.
 LogRead<KeptLabel> keptLabel(const ShipmentLog &log, const ShipmentRecord &record);
-/// Keeps a label that was downloaded again because its row has none.
+/// Keeps a label that was downloaded again because its row has no label.
 [[nodiscard]] bool keepFetched(ShipmentLog &log, const ShipmentRecord &record, const QByteArray &label);
 [[nodiscard]] bool keepVerdict(ShipmentLog &log, const ShipmentRecord &record, const LabelVerdict &verdict);
 

@@ -8,8 +8,8 @@
 
 namespace parcelory {
 
-// Pictures of labels in questions. A label that cannot be drawn has none: a failed drawing holds no printing. Drawing
-// takes time, so call these on the thread pool.
+// Pictures of labels in questions. A label that cannot be drawn has no picture: a failed drawing holds no printing.
+// Drawing takes time, so call these on the thread pool.
 
 /// A list of one picture, or an empty list.
 QList<QuestionPicture> thumbnailOf(const QByteArray &label, const QString &recipient);

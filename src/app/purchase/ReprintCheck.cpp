@@ -73,7 +73,7 @@ Task<QString> reprintChecked(AppState &app, ShipmentRecord record)
     const std::optional<ShipmentRecord> row = found.valueOr(std::nullopt);
     const ShipmentRecord now = row.value_or(record); // a refund may have been requested since the row was listed
     ShipmentRecord pictured = now;
-    pictured.zpl = record.zpl; // the list's row has none
+    pictured.zpl = record.zpl; // the list's row comes without its label
     QStringList warnings = {u"The mailing log can't be read, so Parcelory can't check whether this label was refunded, "
                             "used or reprinted."_s};
     if (found.isRead()) {

@@ -39,7 +39,7 @@ QString readyText(qsizetype labels, qsizetype leftOff)
     return leftOff == 0 ? text : text + u" The carrier did not put %1 of them on the form."_s.arg(leftOff);
 }
 
-/// How many of the requested labels the manifest does not name. Some accounts' manifests name none: zero.
+/// How many of the requested labels the manifest does not name; 0 if it names no label, like some accounts' manifests.
 qsizetype leftOff(const ShippoManifest &manifest, const ScanForm &form)
 {
     const QList<QString> named = manifest.transactions.value_or(QList<QString>());
@@ -74,7 +74,7 @@ Question oddLabelsQuestion(const QStringList &lines)
             .safeChoice = 0};
 }
 
-/// Asked if none of the labels is a USPS label: the carrier refuses such a form.
+/// Asked if no label is a USPS label: the carrier refuses such a form.
 Question noUspsQuestion()
 {
     return {.title = u"SCAN Form"_s,

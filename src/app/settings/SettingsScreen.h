@@ -43,7 +43,7 @@ public:
     Observed<QString> fallbackEmail{this}, fallbackPhone{this};
 
     QStringList labelPrinterChoices() const;
-    /// "— no Zebra detected —" once discovery found none; otherwise empty.
+    /// "— no Zebra detected —" once discovery found no label printer; otherwise empty.
     QString zebraHint() const;
     /// A chosen queue's menu title, with a note if the system does not list the queue now.
     QString queueTitle(const QString &queue) const;

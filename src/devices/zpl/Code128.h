@@ -19,8 +19,8 @@ enum class Mode {
     gs1        ///< D: the same after FNC1, without blanks and brackets
 };
 
-/// The values of the start character, the data, the check sum and the stop character. Nothing if the data has a
-/// character that the code does not have, or none at all.
+/// The values of the start character, the data, the check sum and the stop character. Nothing if the data is
+/// empty or has a character that the code does not have.
 std::optional<QList<int>> values(const QByteArray &data, Mode mode);
 
 /// The widths of bars and gaps in modules, in turn, of these values.

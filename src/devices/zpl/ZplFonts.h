@@ -14,7 +14,7 @@ struct ZplCell {
 
 /// The cell of a font of the size that a label asks for. Bitmap fonts are magnified by whole numbers only. In the
 /// scalable font a digit is half as wide as the width that the label gives, which follows the height if the label gives
-/// none.
+/// no width.
 ZplCell cellOf(const ZplFont &font);
 
 } // namespace parcelory

@@ -17,7 +17,7 @@ struct ZplField {
     std::optional<ZplBarcode> barcode;
     std::optional<char> hexSign;
     bool isSymbol = false;
-    int number = -1; ///< of the ^FN command; -1 for none
+    int number = -1; ///< of the ^FN command; -1 without this command
     QByteArray data;
     bool hasData = false;
 };

@@ -77,7 +77,7 @@ struct ZplBarcode {
     int module = 2;     ///< the narrow bar of a linear code, a cell of a square code
     double ratio = 3;   ///< of a wide bar to a narrow bar, 2 to 3
     int height = 10;    ///< of the bars, or of a row of PDF417 (0: from `areaHeight`)
-    int areaHeight = 0; ///< height of the whole code that the label asks for; 0 if it asks for none
+    int areaHeight = 0; ///< height of the whole code that the label asks for; 0 if it asks for no height
     bool hasLineBelow = false, hasLineAbove = false;
     char mode = 'N';       ///< of Code 128: N, U, A or D; of MaxiCode: 2 to 6
     bool hasCheck = false; ///< a check digit is added
@@ -98,7 +98,7 @@ struct ZplElement {
 
 struct ZplLabel {
     QList<ZplElement> elements;
-    int width = 0, length = 0; ///< 0 if the label declares none
+    int width = 0, length = 0; ///< 0 if the label declares no size
     bool isTurned = false;     ///< printed by 180°
     bool isMirrored = false;   ///< printed left to right
     int copies = 1;            ///< 1 to 32000

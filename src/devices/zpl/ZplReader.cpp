@@ -57,7 +57,7 @@ QByteArray behind(const ZplCommand &command, int parameters)
 /// An element of a format that a later label fills in.
 struct Placed {
     ZplElement element;
-    int number = -1; ///< of the ^FN command; -1 for none
+    int number = -1; ///< of the ^FN command; -1 without this command
 };
 
 class Reader {

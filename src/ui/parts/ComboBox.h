@@ -18,8 +18,8 @@ public:
         QVariant id;
         QString icon = {};
     };
-    /// Shows these items with the one of this id chosen; none if no item has it. Leaves equal items alone, so that an
-    /// open list is not disturbed.
+    /// Shows these items and chooses the item with this id; chooses no item if the id is not in the list. Leaves equal
+    /// items alone, so that an open list is not disturbed.
     void offer(const QList<Item> &items, const QVariant &chosen);
     /// Sets what the closed list shows instead of its current row; an empty text shows the row again.
     void setFace(const QString &text, const QIcon &icon);

@@ -78,7 +78,7 @@ private:
     int countWidth() const { return m_count.isEmpty() ? 0 : gap + badgeWidth(m_count, FontRole::badge); }
 
     QString m_icon;
-    QString m_count; ///< empty: none
+    QString m_count; ///< empty if the segment has no count
 };
 
 } // namespace

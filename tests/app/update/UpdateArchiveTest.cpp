@@ -75,7 +75,7 @@ TEST_F(UpdateDesk, WithoutAPublicKeyTellsThatSignaturesAreNotVerified)
     sh(u"echo 2.0 >new.app/version; "_s +
        QStringLiteral(PARCELORY_SOURCE_DIR "/tools/make-update new.app 2.0 '%1' site </dev/null").arg(url("")));
     info = parseUpdateFeed(read(u"site/parcelory-latest.json"_s)).value();
-    info.signature = QString(86, u'A') + u"=="_s; // a signature, but nobody can tell whose
+    info.signature = QString(86, u'A') + u"=="_s; // a signature, but there is no key to verify it
     EXPECT_THAT(install(info), HasSubstr("ready to install"));
     desk.platform.deployment.updatePublicKey = u"key"_s;
     EXPECT_EQ(checker.signatureNote(), QString());
