@@ -10,6 +10,7 @@
 #include "practice/PracticeScreens.h"
 #include "practice/PracticeWindow.h"
 #include "records/RecordCopies.h"
+#include "records/RestoreStage.h"
 #include "records/ShipmentLog.h"
 #include "shell/CommandLine.h"
 #include "ui/Program.h"
@@ -48,6 +49,8 @@ int verifyLog(Platform &platform)
 {
     if (!platform.dataFolder.exists(u"mailing_log.sqlite"_s))
         throw AppError(u"There is no mailing log in %1."_s.arg(platform.dataFolder.absolutePath()));
+    if (RestoreStage::isInterrupted(platform.dataFolder))
+        throw AppError(u"A restore is not complete. Start Parcelory once, then verify."_s);
     ShipmentLog log(platform.dataFolder);
     const QList<LogChain::Head> known =
         RecordCopies::headsOf(RecordCopies(platform.dataFolder, copiesFolder(platform)).list());
@@ -100,7 +103,9 @@ int runWindow()
     program.window().show();
     running.accept([&program] { program.window().comeToFront(); });
     program.start();
-    return QApplication::exec();
+    const int status = QApplication::exec();
+    running.stop(); // a start during the end opens its own window
+    return status;
 }
 
 int run(const CommandLine &line, bool window)

@@ -2,6 +2,7 @@
 
 #include <QElapsedTimer>
 #include <QLocalSocket>
+#include <QScopeGuard>
 
 #include <algorithm>
 #include <utility>
@@ -9,10 +10,17 @@
 namespace parcelory {
 using namespace Qt::StringLiterals;
 
-RunningProgram::RunningProgram(const QDir &dataFolder) : m_path(dataFolder.filePath(u"parcelory.socket"_s)) {}
-
-bool RunningProgram::handOver(std::chrono::milliseconds limit)
+RunningProgram::RunningProgram(const QDir &dataFolder)
+    : m_path(dataFolder.filePath(u"parcelory.socket"_s)), m_turn(dataFolder.filePath(u"parcelory.lock"_s))
 {
+}
+
+bool RunningProgram::handOver(std::chrono::milliseconds limit, std::chrono::milliseconds turnLimit)
+{
+    if (!m_turn.tryLock(turnLimit) && m_turn.error() == QLockFile::LockFailedError) {
+        m_isTaken = true; // the other start hangs
+        return false;
+    }
     QElapsedTimer time;
     time.start();
     QLocalSocket other;
@@ -29,6 +37,7 @@ bool RunningProgram::handOver(std::chrono::milliseconds limit)
 
 void RunningProgram::accept(std::function<void()> show)
 {
+    const auto done = qScopeGuard([this] { m_turn.unlock(); });
     if (m_isTaken)
         return;
     m_show = std::move(show);
@@ -36,6 +45,11 @@ void RunningProgram::accept(std::function<void()> show)
     QLocalServer::removeServer(m_path);
     m_server.setSocketOptions(QLocalServer::UserAccessOption);
     m_server.listen(m_path); // if that fails, a second start opens a second window
+}
+
+void RunningProgram::stop()
+{
+    m_server.close();
 }
 
 void RunningProgram::answer()

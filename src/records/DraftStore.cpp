@@ -31,7 +31,9 @@ struct DraftFile {
 DraftStore::DraftStore(const QDir &folder)
     : m_folder(folder), m_owner(folder.filePath(u"label_draft.lock"_s)), m_file(folder.filePath(u"label_draft.json"_s))
 {
-    m_owner.setStaleLockTime(0); // valid as long as its program runs, however long that is
+    // A running program's lock is never stale, however old: the system holds it, too. A lock that came with the files
+    // from another computer is.
+    m_owner.setStaleLockTime(std::chrono::hours(1));
 }
 
 std::optional<StoredDraft> DraftStore::read()

@@ -123,7 +123,9 @@ PurchaseJournal::PurchaseJournal(const QDir &folder, std::chrono::milliseconds p
     : m_folder(folder), m_path(folder.filePath(u"purchase_journal.sqlite"_s)), m_patience(patience),
       m_owner(folder.filePath(u"purchase_journal.lock"_s))
 {
-    m_owner.setStaleLockTime(0); // valid as long as its program runs, however long that is
+    // A running program's lock is never stale, however old: the system holds it, too. A lock that came with the files
+    // from another computer is.
+    m_owner.setStaleLockTime(std::chrono::hours(1));
 }
 
 /// The caller holds the lock.

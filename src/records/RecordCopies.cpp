@@ -151,9 +151,15 @@ RecordCopy RecordCopies::make(CopyReason reason, const QDateTime &now, const Pro
         QDir(folder).removeRecursively();
         return copy;
     }
-    for (const RecordCopy &old : expired(list()))
+    for (const RecordCopy &old : expired(ofLog(list(), copy.logId.value_or(QString()))))
         QDir(copies.filePath(old.folder)).removeRecursively();
     return copy;
+}
+
+QString RecordCopies::logId() const
+{
+    const QString path = m_records.filePath(logName);
+    return QFile::exists(path) ? QString::fromLatin1(LogChain::idOf(Database(path)).toHex()) : QString();
 }
 
 /// Notes the files and counts what the copied databases hold. Returns what is wrong with them.

@@ -52,6 +52,10 @@ public:
     QString setAsideName(const QDateTime &now) const;
     /// Newest first. A folder without a readable manifest is no copy.
     QList<RecordCopy> list() const;
+    /// Without the copies of other logs: several desks may share the folder. `logId`: see RecordCopy::logId.
+    static QList<RecordCopy> ofLog(QList<RecordCopy> copies, const QString &logId);
+    /// The present log's id; empty if the log has no labels or cannot be read.
+    QString logId() const;
     /// The heads of the present log's chain when these copies, in the order of list(), were made.
     static QList<LogChain::Head> headsOf(const QList<RecordCopy> &copies);
     /// Compares a copy's files with its manifest, and the databases with SQLite's own check; returns what is wrong.

@@ -24,6 +24,15 @@ QList<LogChain::Head> RecordCopies::headsOf(const QList<RecordCopy> &copies)
     return heads;
 }
 
+QList<RecordCopy> RecordCopies::ofLog(QList<RecordCopy> copies, const QString &logId)
+{
+    copies.removeIf([&logId](const RecordCopy &copy) {
+        const QString id = copy.logId.value_or(QString());
+        return !id.isEmpty() && id != logId;
+    });
+    return copies;
+}
+
 QList<RecordCopy> RecordCopies::expired(const QList<RecordCopy> &copies)
 {
     QSet<QDate> days, months;

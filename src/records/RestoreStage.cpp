@@ -30,6 +30,9 @@ const QString logName = u"mailing_log.sqlite"_s;
 const QString journalName = u"purchase_journal.sqlite"_s;
 
 constexpr auto longestSwap = std::chrono::seconds(5); ///< of another program
+/// A running program's lock is never stale, however old: the system holds it, too. A lock that came with the files from
+/// another computer is.
+constexpr auto staleAge = std::chrono::hours(1);
 
 /// Replaces an existing file, which QFile::rename does not.
 bool replaceFile(const QString &from, const QString &to)
@@ -149,7 +152,7 @@ bool isUntouched(const StoredNote &note, const QDir &folder)
 RestoreStage::RestoreStage(const QDir &records)
     : m_records(records), m_folder(records.filePath(folderName)), m_lock(records.filePath(lockName))
 {
-    m_lock.setStaleLockTime(0); // valid as long as its program runs
+    m_lock.setStaleLockTime(staleAge);
     if (!m_lock.tryLock(0)) {
         m_obstacle = m_lock.error() == QLockFile::LockFailedError ? u"another Parcelory restores a copy"_s
                                                                   : u"the folder of the records can't be written"_s;
@@ -246,13 +249,18 @@ void RestoreStage::giveUp()
     m_rest = dropNote(m_folder) ? Rest::nothing : Rest::note;
 }
 
+bool RestoreStage::isInterrupted(const QDir &records)
+{
+    return hasNote(QDir(records.filePath(folderName)));
+}
+
 std::optional<RestoreNote> RestoreStage::finishInterrupted(const QDir &records)
 {
     const QDir folder(records.filePath(folderName));
     if (!folder.exists())
         return std::nullopt;
     QLockFile lock(records.filePath(lockName));
-    lock.setStaleLockTime(0);
+    lock.setStaleLockTime(staleAge);
     if (!lock.tryLock(hasNote(folder) ? longestSwap : std::chrono::milliseconds(0)))
         return std::nullopt; // another program restores a copy
     if (!hasNote(folder)) {

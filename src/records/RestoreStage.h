@@ -62,6 +62,8 @@ public:
     /// At the start of the program, before the records are opened: completes a restore that was interrupted, or gives
     /// it up. Returns the note of a completed restore.
     static std::optional<RestoreNote> finishInterrupted(const QDir &records);
+    /// True if finishInterrupted() has a restore to complete.
+    static bool isInterrupted(const QDir &records);
 
 private:
     void giveUp();

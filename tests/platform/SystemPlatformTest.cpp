@@ -236,7 +236,13 @@ TEST(RunningProgram, ASecondStartShowsTheFirstWindowAndWaitsForNoAnswer)
     RunningProgram first(data);
     EXPECT_FALSE(first.handOver()) << "no other program runs";
     int shown = 0;
-    first.accept([&shown] { ++shown; });
+    const std::chrono::milliseconds shortly(20);
+    {
+        RunningProgram impatient(data); // started before the first has opened its window
+        EXPECT_FALSE(impatient.handOver(shortly, shortly));
+        first.accept([&shown] { ++shown; });
+        impatient.accept([] { FAIL() << "the socket belongs to the first"; });
+    }
     makePrivate(data); // as every start does
     const auto start = [&data](std::chrono::milliseconds limit) {
         auto result = std::async(std::launch::async, [&] { return RunningProgram(data).handOver(limit); });
@@ -247,9 +253,11 @@ TEST(RunningProgram, ASecondStartShowsTheFirstWindowAndWaitsForNoAnswer)
     EXPECT_EQ(shown, 2);
 
     RunningProgram second(data); // this thread answers no program while it waits
-    EXPECT_FALSE(second.handOver(std::chrono::milliseconds(20)));
+    EXPECT_FALSE(second.handOver(shortly));
     second.accept([] { FAIL() << "the socket belongs to the first"; });
     EXPECT_TRUE(start(std::chrono::seconds(30)));
+    first.stop();
+    EXPECT_FALSE(start(std::chrono::seconds(30))) << "the program is ending";
 }
 
 TEST_F(NetworkTransportTest, ATrickleAndAnEndlessAnswerAreGivenUp)

@@ -28,17 +28,11 @@ struct Desk : LogFile {
           [this](const QString &to, const Progress &progress) { return log.copyTo(to, progress); }},
          {u"purchase_journal.sqlite"_s, [this](const QString &to, const Progress &) { return journal.copyTo(to); }}}};
 
-    Desk()
+    explicit Desk(const QString &recipient = u"Jo"_s)
     {
-        EXPECT_TRUE(log.insert(shipmentTo(u"Jo"_s)));
+        EXPECT_TRUE(log.insert(shipmentTo(recipient)));
         journal.open();
         put(u"sender_profiles.json"_s, "[]");
-    }
-    void age(const QString &name) const
-    {
-        QFile file(path(name));
-        EXPECT_TRUE(file.open(QIODevice::ReadWrite) && file.setFileTime(QDateTime::currentDateTime().addSecs(-2 * 3600),
-                                                                        QFileDevice::FileModificationTime));
     }
     QStringList files(const RecordCopy &copy) const
     {
@@ -125,12 +119,12 @@ TEST(RecordCopies, AFailedCopySaysWhyAndTakesNoSpace)
     {
         QLockFile other(desk.path(u"copying.lock"_s));
         ASSERT_TRUE(other.tryLock(0));
-        desk.age(u"copying.lock"_s);
+        makeOld(desk.path(u"copying.lock"_s));
         EXPECT_EQ(desk.copies.setAside(noon).failure, u"another Parcelory copies the records"_s);
         EXPECT_TRUE(QDir(desk.path(u"Copying-killed"_s)).exists());
     }
     desk.put(u"copying.lock"_s, ""); // of a program that cannot be told to be gone
-    desk.age(u"copying.lock"_s);
+    makeOld(desk.path(u"copying.lock"_s));
     const RecordCopy aside = desk.copies.setAside(noon).copy;
     EXPECT_FALSE(QDir(desk.path(u"Copying-killed"_s)).exists());
     EXPECT_EQ(RecordCopies::headsOf(desk.copies.list()).size(), 1) << "nothing is replaced yet";
@@ -260,6 +254,19 @@ TEST(LogMerge, TakesOverRefundsAndDocumentsAlsoOfLabelsWithAnotherId)
         EXPECT_EQ(copied.ask("SELECT count(*) FROM log_chain").value(0).toInt(), before + 2 * row.later.size() + 1);
         EXPECT_TRUE(copy.verify()->findings.isEmpty());
     }
+}
+
+TEST(RecordCopies, DesksThatShareAFolderKeepTheirOwn)
+{
+    Desk first, second(u"Ana"_s);
+    second.copies.setFolder(first.target);
+    for (const int minute : {0, 2})
+        EXPECT_TRUE(first.copies.make(CopyReason::daily, noon.addSecs(60 * minute)).isGood());
+    EXPECT_TRUE(second.copies.make(CopyReason::daily, noon.addSecs(60)).isGood());
+    const QList<RecordCopy> all = first.copies.list();
+    ASSERT_EQ(all.size(), 2) << "of each desk, the newest of the day";
+    for (const Desk *desk : {&first, &second})
+        EXPECT_EQ(RecordCopies::ofLog(all, desk->copies.logId()).size(), 1);
 }
 
 TEST(RecordCopies, KeepThirtyDaysAndTwelveMonths)

@@ -213,6 +213,9 @@ TEST(DraftStore, KeepsTheDraftOfOneProgramForTheNextStart)
         second.flush();
         EXPECT_THAT(desk.contents(name), HasSubstr("Ann"));
     }
+    const QString lock = desk.path(u"label_draft.lock"_s); // came with the files from another computer
+    put(lock, "1\nparcelory\nelsewhere\nanother\nlong ago\n");
+    makeOld(lock);
     DraftStore later(desk.platform.dataFolder);
     ASSERT_TRUE(later.read());
     EXPECT_EQ(later.stored()->draft, draft);

@@ -79,6 +79,13 @@ inline void put(const QString &path, const QByteArray &bytes)
     QFile file(path);
     ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size()) << path.toStdString();
 }
+/// Changes the time of a file to two hours ago.
+inline void makeOld(const QString &path)
+{
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::ReadWrite) &&
+                file.setFileTime(QDateTime::currentDateTime().addSecs(-2 * 3600), QFileDevice::FileModificationTime));
+}
 /// What the files hold that a store set aside because it could not read them.
 inline QList<QByteArray> setAside(const QString &folder, const QString &name)
 {

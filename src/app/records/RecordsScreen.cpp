@@ -61,11 +61,18 @@ RecordsScreen::~RecordsScreen()
 
 std::optional<RecordCopy> RecordsScreen::lastGood() const
 {
-    for (const RecordCopy &copy : copies.value()) {
+    for (const RecordCopy &copy : ownCopies()) {
         if (copy.isGood())
             return copy;
     }
     return std::nullopt;
+}
+
+/// Other desks may keep their copies in the same folder. A log that was lost has no id, so that each copy may be its
+/// own.
+QList<RecordCopy> RecordsScreen::ownCopies() const
+{
+    return m_logId.isEmpty() ? copies.value() : RecordCopies::ofLog(copies, m_logId);
 }
 
 std::optional<QDateTime> RecordsScreen::lastGoodCopy() const
@@ -220,7 +227,7 @@ std::optional<QDateTime> RecordsScreen::copyOfToday() const
     const auto isOfToday = [today](const RecordCopy &copy) {
         return copy.isGood() && copy.reason == wordOf(CopyReason::daily) && copy.madeAt.toLocalTime().date() == today;
     };
-    const QList<RecordCopy> &all = copies.value();
+    const QList<RecordCopy> all = ownCopies();
     const auto found = std::ranges::find_if(all, isOfToday);
     return found == all.end() ? std::nullopt : std::optional(found->madeAt);
 }
@@ -241,10 +248,12 @@ Task<> RecordsScreen::list()
 {
     const QPointer alive(this);
     const int list = ++m_lists;
-    const QList<RecordCopy> listed = co_await onPool([&stored = m_app.copies] { return stored.list(); });
+    const auto [listed, logId] =
+        co_await onPool([&stored = m_app.copies] { return std::pair(stored.list(), stored.logId()); });
     if (!alive || list < m_shownList) // the folder may have changed since
         co_return;
     m_shownList = list;
+    m_logId = logId;
     copies = listed;
 }
 

@@ -82,12 +82,14 @@ private:
     Task<> copyIfDue();
     void waitForNextCopy();
     std::optional<QDateTime> copyOfToday() const;
+    QList<RecordCopy> ownCopies() const;
     Task<> list();
     Task<> prepareLog();
 
     AppState &m_app;
     CancelToken m_cancel;    ///< of the work of the whole run
     CancelToken m_verifying; ///< of the comparison
+    QString m_logId;         ///< of the present log when the copies were listed; empty if it had none
     QPropertyNotifier m_listWatch;
     quint64 m_nextCopy = 0; ///< the timer of the next daily copy
     QDateTime m_triedAt;    ///< the steady time of the last daily copy, which may have failed
