@@ -19,6 +19,7 @@ struct Desk : CarrierDesk {
     Desk()
     {
         clock.start = QDateTime::currentDateTime(); // the practice carrier uses the real date
+        label.shipDate = clock.now().date();
         app.flow = AppFlow::main;
         preferences.setValue(u"printer.zebraQueue"_s, u"ZD421"_s);
         preferences.setValue(u"printer.documentQueue"_s, u"Laser"_s);
