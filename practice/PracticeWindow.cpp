@@ -53,7 +53,9 @@ int runPracticeWindow(const QString &folder)
     running.accept([&program] { program.window().comeToFront(); });
     program.start();
     spawn([&] { return fillMonth(program.app().log, desk.carrier(), desk.platform().clock.now()); });
-    return QApplication::exec();
+    const int status = QApplication::exec();
+    running.stop();
+    return status;
 }
 
 } // namespace parcelory
