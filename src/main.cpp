@@ -2,6 +2,8 @@
 #include "app/records/CopyRecords.h"
 #include "carrier/ShippoKeys.h"
 #include "core/AppError.h"
+#include "core/SettingsKeys.h"
+#include "core/ports/Preferences.h"
 #include "devices/LabelPrinter.h"
 #include "platform/ConsolePrompts.h"
 #include "platform/RunningProgram.h"
@@ -19,6 +21,7 @@
 #include <QApplication>
 #include <QTextStream>
 
+#include <chrono>
 #include <cstdio>
 #include <memory>
 
@@ -75,6 +78,8 @@ int addKey(Platform &platform, const QString &typedName)
     ShippoKeys keys(platform.secrets, platform.preferences);
     if (!keys.store(token, name))
         throw AppError(ShippoKeys::notKept);
+    if (!platform.preferences.synchronize())
+        throw AppError(settings::notStored);
     QTextStream(stdout) << keys.statusText(keys.activeToken().value_or(QString())) << '\n';
     return 0;
 }
@@ -89,6 +94,9 @@ void quietLibraries()
             usual(type, context, text);
     });
 }
+
+/// Longer than a print tool, the slowest work that the end waits for: see its limit in SystemProcesses.
+constexpr std::chrono::minutes longestEnd{1};
 
 int runWindow()
 {
@@ -105,6 +113,8 @@ int runWindow()
     program.start();
     const int status = QApplication::exec();
     running.stop(); // a start during the end opens its own window
+    // Work that hangs, as on a dead network disk, would keep the purchase journal locked for the next start.
+    system.platform().application.quitWithin(longestEnd);
     return status;
 }
 

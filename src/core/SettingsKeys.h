@@ -3,10 +3,16 @@
 #include "core/Setting.h"
 
 #include <QByteArray>
+#include <QString>
 #include <QStringList>
 
 namespace parcelory::settings {
 using namespace Qt::StringLiterals;
+
+/// What the clerk reads if Preferences::synchronize() fails.
+inline const QString notStored =
+    u"Settings can't be stored: what you change now is lost when Parcelory ends. The disk may "
+    "be full or write-protected."_s;
 
 // Every preference key with its type and default. No other file spells a key.
 

@@ -6,6 +6,7 @@
 #include <QStandardPaths>
 
 #include <mutex>
+#include <utility>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;
@@ -36,8 +37,8 @@ QStringList userFiles()
 #endif
 }
 
-/// Sets aside what QSettings must not read, and returns `name`.
-const QString &cleared(const QStringList &files, const QString &name)
+/// Sets aside what QSettings must not read.
+void clear(const QStringList &files)
 {
     for (const QString &file : files) {
         setAsideUnlessFile(file, largest);
@@ -47,28 +48,47 @@ const QString &cleared(const QStringList &files, const QString &name)
         createPrivateFile(files.last());
         makePrivate(files.last());
     }
-    return name;
 }
 
 } // namespace
 
-SettingsPreferences::SettingsPreferences() : m_settings(cleared(userFiles(), organization), application) {}
-
-SettingsPreferences::SettingsPreferences(const QString &iniFile)
-    : m_settings(cleared({iniFile}, iniFile), QSettings::IniFormat)
+SettingsPreferences::SettingsPreferences()
+    : SettingsPreferences([] {
+          clear(userFiles());
+          return std::make_unique<QSettings>(organization, application);
+      })
 {
 }
+
+SettingsPreferences::SettingsPreferences(const QString &iniFile)
+    : SettingsPreferences([iniFile] {
+          clear({iniFile});
+          return std::make_unique<QSettings>(iniFile, QSettings::IniFormat);
+      })
+{
+}
+
+SettingsPreferences::SettingsPreferences(Open open) : m_open(std::move(open)), m_settings(m_open()) {}
 
 QVariant SettingsPreferences::value(const QString &key) const
 {
     const std::lock_guard lock(m_access);
-    return m_settings.value(stored(key));
+    return m_settings->value(stored(key));
 }
 
 void SettingsPreferences::setValue(const QString &key, const QVariant &value)
 {
     const std::lock_guard lock(m_access);
-    m_settings.setValue(stored(key), value);
+    m_settings->setValue(stored(key), value);
+}
+
+bool SettingsPreferences::synchronize()
+{
+    const std::lock_guard lock(m_access);
+    m_settings->sync();
+    const std::unique_ptr<QSettings> now = m_open(); // QSettings does not forget a failure that is over
+    now->sync();                                     // all objects of one file share their changes
+    return now->status() == QSettings::NoError && now->isWritable();
 }
 
 } // namespace parcelory

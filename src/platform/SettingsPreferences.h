@@ -4,6 +4,8 @@
 
 #include <QSettings>
 
+#include <functional>
+#include <memory>
 #include <mutex>
 
 namespace parcelory {
@@ -17,10 +19,15 @@ public:
 
     QVariant value(const QString &key) const override;
     void setValue(const QString &key, const QVariant &value) override;
+    bool synchronize() override;
 
 private:
+    using Open = std::function<std::unique_ptr<QSettings>()>;
+    explicit SettingsPreferences(Open open);
+
+    const Open m_open;
     mutable std::mutex m_access;
-    QSettings m_settings;
+    const std::unique_ptr<QSettings> m_settings; ///< of the thread whose event loop writes changes
 };
 
 } // namespace parcelory

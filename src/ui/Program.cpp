@@ -37,6 +37,7 @@ Program::Program(Platform &platform, WindowPrompts &prompts, const QString &sign
 void Program::start()
 {
     spawn([&draft = m_screens.draft] { return draft.takeStored(); });
+    spawn([&settings = m_screens.settings] { return settings.checkStorage(); });
     spawn([&keys = m_screens.keys] { return keys.refresh(); });
     spawn([&book = m_screens.addressBook] { return book.reload(); });
     spawn([&screens = m_screens] { return screens.startRecords(); });

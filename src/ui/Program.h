@@ -18,9 +18,10 @@ public:
     /// Installs the application's theme, light or dark like the system.
     static void makeLook();
 
-    /// Starts what the program does by itself: brings the last draft back, reads the keys and the address book,
-    /// tells of a damaged mailing log, deletes leftover temporary files, looks for the label printer at the first
-    /// start, resumes unresolved purchases and looks for an update. Call once, when the window is shown.
+    /// Starts what the program does by itself: brings the last draft back, reads the keys and the address book, tells
+    /// of a damaged mailing log and of settings that cannot be stored, deletes leftover temporary files, looks for the
+    /// label printer at the first start, resumes unresolved purchases and looks for an update. Call once, when the
+    /// window is shown.
     void start();
 
     MainWindow &window() { return *m_window; }

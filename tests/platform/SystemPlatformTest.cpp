@@ -80,6 +80,23 @@ TEST(SettingsPreferences, KeepsTypesOverARestart)
         EXPECT_EQ(afterRestart(settings::rotate180, value), value);
 }
 
+TEST(SettingsPreferences, TellIfChangesCannotBeStoredAndReadThoseOfOtherPrograms)
+{
+    const QTemporaryDir folder;
+    const QString place = folder.filePath(u"config"_s), file = place + u"/settings.ini"_s;
+    put(place, "a file where the folder should be");
+    SettingsPreferences preferences(file);
+    preferences.setValue(u"own"_s, u"kept"_s);
+    EXPECT_FALSE(preferences.synchronize());
+    ASSERT_TRUE(QFile::remove(place));
+    EXPECT_TRUE(preferences.synchronize()) << "the fault is over";
+    EXPECT_TRUE(contentsOf(file).contains("own=kept"));
+
+    put(file, contentsOf(file) + "other=added later\n");
+    EXPECT_TRUE(preferences.synchronize());
+    EXPECT_EQ(preferences.value(u"other"_s), u"added later"_s);
+}
+
 TEST(SettingsPreferences, OpenWhateverIsInPlaceOfTheFile)
 {
     const QTemporaryDir home;

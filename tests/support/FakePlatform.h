@@ -12,6 +12,7 @@
 #include <QScopeGuard>
 #include <QTemporaryDir>
 
+#include <atomic>
 #include <chrono>
 #include <functional>
 #include <mutex>
@@ -31,7 +32,9 @@ public:
         const std::lock_guard lock(m_access);
         values[key] = value;
     }
+    bool synchronize() override { return isWritable; }
     QHash<QString, QVariant> values;
+    std::atomic<bool> isWritable = true;
 
 private:
     mutable std::mutex m_access;

@@ -3,7 +3,9 @@
 #include "app/AppState.h"
 #include "carrier/ShippoKeys.h"
 #include "core/AppError.h"
+#include "core/SettingsKeys.h"
 #include "core/Task.h"
+#include "core/ports/Preferences.h"
 #include "core/ports/Prompts.h"
 
 #include <algorithm>
@@ -41,9 +43,12 @@ KeysScreen::State KeysScreen::read(ShippoKeys &keys)
 Task<KeysScreen::State> KeysScreen::run(Work work)
 {
     co_return co_await m_queue.run([this, work = std::move(work)] {
+        Preferences &names = m_app.platform.preferences;
+        const bool areRead = names.synchronize(); // another program may have added a key
         const QString message = work(m_app.keys);
         State state = read(m_app.keys);
-        state.message = message;
+        const bool areStored = names.synchronize() && areRead;
+        state.message = message.isEmpty() && !areStored ? settings::notStored : message;
         return state;
     });
 }

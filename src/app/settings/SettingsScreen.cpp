@@ -74,6 +74,12 @@ void SettingsScreen::store(QProperty<T> &property, const Setting<T> &setting)
         property.addNotifier([this, &property, &setting] { write(m_app.platform.preferences, setting, property); }));
 }
 
+Task<> SettingsScreen::checkStorage()
+{
+    if (!co_await onPool(m_app.platform.preferences, &Preferences::synchronize))
+        m_app.recorded(u"Settings"_s, AppError(settings::notStored), Popup::yes);
+}
+
 QStringList SettingsScreen::labelPrinterChoices() const
 {
     return showAllPrinters || zebraQueues.value().isEmpty() ? queues : zebraQueues;

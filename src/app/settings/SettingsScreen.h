@@ -42,6 +42,9 @@ public:
     // Used if a sender profile leaves these blank.
     Observed<QString> fallbackEmail{this}, fallbackPhone{this};
 
+    /// Tells the clerk if settings cannot be stored.
+    Task<> checkStorage();
+
     QStringList labelPrinterChoices() const;
     /// "— no Zebra detected —" once discovery found no label printer; otherwise empty.
     QString zebraHint() const;

@@ -18,6 +18,9 @@ public:
     /// Invalid if nothing is stored under the key.
     virtual QVariant value(const QString &key) const = 0;
     virtual void setValue(const QString &key, const QVariant &value) = 0;
+    /// Stores what was changed and reads what other programs have stored; false if the store cannot be written, so that
+    /// changes last until the program ends. May block.
+    [[nodiscard]] virtual bool synchronize() = 0;
 };
 
 /// The stored value, or `fallback` if the value is missing or of another type.

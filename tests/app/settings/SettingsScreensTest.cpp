@@ -280,6 +280,20 @@ TEST_F(KeysScreenTest, ReportsWhyAKeyIsRejectedAndDoesNotListIt)
     EXPECT_EQ(errors.entries().first().context, u"API Keys"_s);
 }
 
+TEST_F(KeysScreenTest, TellsIfTheListOfKeysCannotBeStored)
+{
+    preferences.isWritable = false;
+    runTask(screen.add(u"Test"_s, u"shippo_test_1"_s));
+    EXPECT_EQ(screen.message, settings::notStored);
+    runTask(SettingsScreen(app).checkStorage());
+    EXPECT_EQ(prompts.alerts.size(), 0) << "the alert is the error log's";
+    settle();
+    EXPECT_EQ(errors.entries().size(), 2);
+    preferences.isWritable = true;
+    runTask(screen.add(u"Live"_s, u"shippo_live_1"_s));
+    EXPECT_EQ(screen.message, QString());
+}
+
 TEST_F(KeysScreenTest, AsksBeforeItRemovesAndWarnsIfALiveKeyBecomesActive)
 {
     addBoth();
