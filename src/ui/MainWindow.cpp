@@ -221,7 +221,9 @@ void MainWindow::bringToFront(QWidget *window)
     window->setWindowState(window->windowState() & ~Qt::WindowMinimized);
     window->show();
     window->raise();
-    window->activateWindow();
+    QWidget *dialog = QApplication::activeModalWidget(); // it keeps the keys of the window that it belongs to
+    const bool isIts = dialog && dialog->parentWidget() && dialog->parentWidget()->window() == window;
+    (isIts ? dialog : window)->activateWindow();
 }
 
 void MainWindow::openWindow(const QString &identifier)

@@ -39,6 +39,9 @@ TEST_F(UpdateWindow, PromptsAtAQuietMomentAndRestartsOnlyByItsButton)
     Dialog *prompt = dialog();
     ASSERT_TRUE(isPrompted());
     EXPECT_THAT(shownTexts(*prompt).join(u'\n').toStdString(), HasSubstr("not verified")) << "this build has no key";
+    window().comeToFront(); // as a second start does
+    settleAll();
+    EXPECT_EQ(QApplication::activeWindow(), prompt) << "otherwise nothing takes the keys";
     clock.advance(Dialog::keyGuard);
     press(Qt::Key_Return);
     EXPECT_FALSE(isPrompted()) << "Return presses Later";
