@@ -1,6 +1,8 @@
 #include "platform/RunningProgram.h"
 
+#include <QCryptographicHash>
 #include <QElapsedTimer>
+#include <QFile>
 #include <QLocalSocket>
 #include <QScopeGuard>
 
@@ -10,8 +12,24 @@
 namespace parcelory {
 using namespace Qt::StringLiterals;
 
+namespace {
+
+/// In the data folder, or in the folder of temporary files if the path would be too long for a socket.
+QString socketPath(const QDir &dataFolder)
+{
+    constexpr qsizetype longestPath = 103; // bytes, on macOS; Linux takes four more
+    const QString path = dataFolder.absoluteFilePath(u"parcelory.socket"_s);
+    const QByteArray bytes = QFile::encodeName(path);
+    if (bytes.size() <= longestPath)
+        return path;
+    const QByteArray hash = QCryptographicHash::hash(bytes, QCryptographicHash::Sha256).toHex();
+    return QDir::temp().filePath(u"parcelory-%1.socket"_s.arg(QLatin1StringView(hash.first(16))));
+}
+
+} // namespace
+
 RunningProgram::RunningProgram(const QDir &dataFolder)
-    : m_path(dataFolder.filePath(u"parcelory.socket"_s)), m_turn(dataFolder.filePath(u"parcelory.lock"_s))
+    : m_path(socketPath(dataFolder)), m_turn(dataFolder.filePath(u"parcelory.lock"_s))
 {
 }
 

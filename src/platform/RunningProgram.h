@@ -29,7 +29,7 @@ public:
 private:
     void answer();
 
-    QString m_path;         ///< of the socket
+    const QString m_path;   ///< of the socket
     QLockFile m_turn;       ///< held from handOver() to accept(): two starts at once would both find no window
     bool m_isTaken = false; ///< another program has the socket, even if it does not answer
     std::function<void()> m_show;

@@ -247,10 +247,15 @@ TEST_F(NetworkTransportTest, ReportsErrorsWithoutRevealingSecrets)
               u"No answer from the carrier within 60 seconds — check the network. [127.0.0.1]"_s);
 }
 
-TEST(RunningProgram, ASecondStartShowsTheFirstWindowAndWaitsForNoAnswer)
+/// Takes the length of the data folder's name: a long path is too long for a socket.
+class RunningProgramTest : public testing::TestWithParam<int> {};
+INSTANTIATE_TEST_SUITE_P(, RunningProgramTest, testing::Values(4, 120));
+
+TEST_P(RunningProgramTest, ASecondStartShowsTheFirstWindowAndWaitsForNoAnswer)
 {
     const QTemporaryDir folder;
-    const QDir data(folder.path());
+    const QDir data(folder.filePath(QString(GetParam(), u'x')));
+    ASSERT_TRUE(data.mkpath(u"."_s));
     RunningProgram first(data);
     EXPECT_FALSE(first.handOver()) << "no other program runs";
     int shown = 0;
