@@ -362,6 +362,11 @@ TEST_F(AfterSaleTest, TheMasterLogCountsWhatWasPaidAndExportsWhatItShows)
     entries[0].recipient = u"Al \"Ace\" Ng, Jr."_s;
     master.entries = entries;
     EXPECT_EQ(master.summaryLine(), u"2 shipments • $%1 postage"_s.arg(paid, 0, 'f', 2));
+    master.selected = entries[0].id;
+    EXPECT_TRUE(master.selectedEntry());
+    master.search = u"no such name"_s;
+    EXPECT_FALSE(master.selectedEntry()) << "nothing acts on a row that is not shown";
+    master.search = QString();
 
     prompts.file = path(u"master.csv"_s);
     run(master.exportCSV());

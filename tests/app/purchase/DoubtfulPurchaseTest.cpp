@@ -142,6 +142,7 @@ TEST_F(DoubtfulPurchaseTest, TheMonthsEndNeedsTheCarriersAnswer)
     composeAndRate(homeOf(u"Second Parcel"_s));
     carrier.setScenario({.droppedPath = "transactions/", .queuedReads = 100});
     pressBuy();
+    carrier.setScenario({.queuedReads = 100});
     clock.start = clock.start.addDays(31);
     clock.advance(61s);
     for (int look = 0; look < 5; ++look)
