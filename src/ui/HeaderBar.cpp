@@ -24,8 +24,9 @@ namespace parcelory {
 using namespace Qt::StringLiterals;
 
 HeaderBar::HeaderBar(AppState &app, Screens &screens, QWidget *parent)
-    : PanelFrame(&Tokens::sheet, parent), m_app(app), m_screens(screens), m_tabs(new QTabBar),
-      m_mode(new Badge({}, BadgeKind::plain)), m_scanStatus(new ElidedLabel({}, FontRole::caption, &Tokens::muted)),
+    : PanelFrame(&Tokens::sheet, parent), m_app(app), m_screens(screens),
+      m_name(new TextLabel(u"Parcelory"_s, FontRole::h2)), m_tabs(new QTabBar), m_mode(new Badge({}, BadgeKind::plain)),
+      m_scanStatus(new ElidedLabel({}, FontRole::caption, &Tokens::muted)),
       m_scanForm(new Button(u"SCAN Form"_s, Button::Kind::standard, u"ui_scanform"_s)),
       m_userSeparator(new Separator(Qt::Vertical)), m_user(new ElidedLabel({}, FontRole::caption, &Tokens::muted)),
       m_signOut(nullptr), m_refresh([this] { refresh(); })
@@ -37,6 +38,7 @@ HeaderBar::HeaderBar(AppState &app, Screens &screens, QWidget *parent)
     m_tabs->setExpanding(false);
     m_tabs->setDrawBase(false);
     m_tabs->setAccessibleName(u"Screens"_s);
+    m_tabs->setSizePolicy(QSizePolicy::Minimum, QSizePolicy::Preferred); // no tab behind arrows
     setAccessibleRole(m_scanStatus, QAccessible::Notification);
     m_tabs->setFont(theme.font(FontRole::strong)); // measured in bold, so that changing tabs moves nothing
     for (const MainTabInfo &info : mainTabs())
@@ -53,7 +55,7 @@ HeaderBar::HeaderBar(AppState &app, Screens &screens, QWidget *parent)
     row->setContentsMargins(16, 0, 12, 1);
     row->setSpacing(8);
     row->addWidget(new IconView(u"parcelory_mark"_s, 22, &Tokens::accent));
-    row->addWidget(new TextLabel(u"Parcelory"_s, FontRole::h2));
+    row->addWidget(m_name);
     row->addSpacing(4);
     row->addWidget(m_tabs);
     row->addWidget(m_scanStatus, 1);
@@ -86,6 +88,28 @@ void HeaderBar::showOpenItems(int count)
                                                    : mainTabs()[tab].title + u", %1 open items"_s.arg(count));
 }
 
+/// The program's name leaves before a tab, a button or the user's name is cut.
+void HeaderBar::placeName()
+{
+    if (!isVisible()) // it has no width yet
+        return;
+    const int name = m_name->sizeHint().width() + layout()->spacing();
+    const int all = layout()->sizeHint().width() + (m_name->isHidden() ? name : 0);
+    m_name->setVisible(all <= width());
+}
+
+void HeaderBar::showEvent(QShowEvent *event)
+{
+    PanelFrame::showEvent(event);
+    placeName();
+}
+
+void HeaderBar::resizeEvent(QResizeEvent *event)
+{
+    PanelFrame::resizeEvent(event);
+    placeName();
+}
+
 void HeaderBar::refresh()
 {
     m_tabs->setCurrentIndex(int(m_app.tab.value()));
@@ -108,6 +132,7 @@ void HeaderBar::refresh()
         m_mode->set(u"PRACTICE MODE"_s, BadgeKind::practice);
     else
         m_mode->set(u"TEST MODE"_s, BadgeKind::test);
+    placeName();
 }
 
 } // namespace parcelory

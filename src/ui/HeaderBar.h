@@ -19,12 +19,18 @@ class HeaderBar : public PanelFrame {
 public:
     HeaderBar(AppState &app, Screens &screens, QWidget *parent = nullptr);
 
+protected:
+    void showEvent(QShowEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
+
 private:
     void refresh();
+    void placeName();
     void showOpenItems(int count);
 
     AppState &m_app;
     Screens &m_screens;
+    TextLabel *m_name;
     QTabBar *m_tabs;
     int m_openItems = 0; ///< as the tab shows it
     Badge *m_mode;

@@ -9,6 +9,7 @@
 #include <QLayout>
 #include <QScrollArea>
 #include <QScrollBar>
+#include <QTabBar>
 
 namespace parcelory::test {
 namespace {
@@ -92,6 +93,10 @@ QStringList clippedTexts(const QWidget &root)
         const bool isShown = button->isVisible() && !button->text().isEmpty();
         if (isShown && (button->width() < button->sizeHint().width() || isCut(*button)))
             clipped += button->text();
+    }
+    for (const QTabBar *tabs : root.findChildren<QTabBar *>()) {
+        if (tabs->isVisible() && tabs->width() < tabs->sizeHint().width()) // a tab is behind arrows
+            clipped += tabs->accessibleName();
     }
     return clipped;
 }
