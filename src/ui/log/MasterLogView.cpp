@@ -41,7 +41,8 @@ MasterLogView::MasterLogView(AppState &app, MasterLogScreen &screen, QWidget *pa
       m_refreshButton(new Button(u"Refresh"_s, Button::Kind::standard, u"ui_refresh"_s)),
       m_copy(new Button(u"Copy Tracking"_s, Button::Kind::standard, u"ui_copy"_s)),
       m_track(new Button(u"Track Online"_s, Button::Kind::standard, u"ui_external"_s)),
-      m_export(new Button(u"Export CSV"_s, Button::Kind::standard, u"ui_export"_s)), m_table(new MasterLogTable),
+      m_export(new Button(u"Export CSV"_s, Button::Kind::standard, u"ui_export"_s)), m_rangeBar(new Toolbar),
+      m_searchBar(new Toolbar), m_actions(new QWidget), m_table(new MasterLogTable),
       m_empty(new EmptyState(u"ui_document"_s, {})), m_pages(new QStackedWidget), m_foot(new LogFoot),
       m_summary(new TextLabel({}, FontRole::strong)),
       m_note(
@@ -53,11 +54,12 @@ MasterLogView::MasterLogView(AppState &app, MasterLogScreen &screen, QWidget *pa
     centered->addWidget(m_empty);
     m_pages->addWidget(m_table);
     m_pages->addWidget(sheet);
+    fillBars();
     auto *rows = new QVBoxLayout(this);
     rows->setContentsMargins(0, 0, 0, 0);
     rows->setSpacing(0);
-    rows->addWidget(makeToolbar());
-    rows->addWidget((new Toolbar)->add(m_search)->add(m_count)->fill());
+    rows->addWidget(m_rangeBar);
+    rows->addWidget(m_searchBar);
     rows->addWidget(m_pages, 1);
     rows->addWidget(makeFoot());
     orderTabsByLayout(this);
@@ -67,7 +69,7 @@ MasterLogView::MasterLogView(AppState &app, MasterLogScreen &screen, QWidget *pa
     refresh();
 }
 
-QWidget *MasterLogView::makeToolbar()
+void MasterLogView::fillBars()
 {
     connect(m_from, &DateField::dateChosen, this, [this](QDate date) { m_screen.from = date; });
     connect(m_to, &DateField::dateChosen, this, [this](QDate date) { m_screen.to = date; });
@@ -96,9 +98,29 @@ QWidget *MasterLogView::makeToolbar()
     to->setBuddy(m_to);
     auto *rule = new Separator(Qt::Vertical);
     rule->setFixedHeight(Theme::current().scaled(16));
-    auto *bar = new Toolbar;
-    bar->add(from)->add(m_from)->add(to)->add(m_to)->add(m_usual)->add(m_refreshButton)->fill();
-    return bar->add(m_copy)->add(m_track)->add(rule)->add(m_export);
+    auto *actions = new QHBoxLayout(m_actions);
+    actions->setContentsMargins(0, 0, 0, 0);
+    actions->setSpacing(8);
+    for (QWidget *part : {static_cast<QWidget *>(m_copy), static_cast<QWidget *>(m_track), static_cast<QWidget *>(rule),
+                          static_cast<QWidget *>(m_export)})
+        actions->addWidget(part);
+    m_rangeBar->add(from)->add(m_from)->add(to)->add(m_to)->add(m_usual)->add(m_refreshButton)->fill()->add(m_actions);
+    m_widthOfOneBar = m_rangeBar->minimumSizeHint().width();
+    m_searchBar->add(m_search)->add(m_count)->fill();
+}
+
+/// The actions are beside the search if the window is too narrow for the texts of the first bar.
+void MasterLogView::placeActions()
+{
+    Toolbar *place = width() < m_widthOfOneBar ? m_searchBar : m_rangeBar;
+    if (m_actions->parentWidget() == place)
+        return;
+    QWidget *focused = m_actions->isAncestorOf(window()->focusWidget()) ? window()->focusWidget() : nullptr;
+    place->add(m_actions);
+    m_actions->show();
+    orderTabsByLayout(this);
+    if (focused)
+        focused->setFocus();
 }
 
 QWidget *MasterLogView::makeFoot()
@@ -144,6 +166,12 @@ void MasterLogView::hideEvent(QHideEvent *event)
     QWidget::hideEvent(event);
     if (const QByteArray state = m_table->columnState(); !state.isEmpty())
         write(m_app.platform.preferences, settings::masterLogColumns, state);
+}
+
+void MasterLogView::resizeEvent(QResizeEvent *event)
+{
+    QWidget::resizeEvent(event);
+    placeActions();
 }
 
 void MasterLogView::keyPressEvent(QKeyEvent *event)

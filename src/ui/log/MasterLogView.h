@@ -16,6 +16,7 @@ namespace parcelory {
 class LogFoot;
 class MasterLogTable;
 class RowTable;
+class Toolbar;
 
 /// The Master Log tab: the range of days, the account's labels, and their sum.
 class MasterLogView : public QWidget {
@@ -30,10 +31,12 @@ public:
 protected:
     void showEvent(QShowEvent *event) override;
     void hideEvent(QHideEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
 
 private:
-    QWidget *makeToolbar();
+    void fillBars();
+    void placeActions();
     QWidget *makeFoot();
     void connectList();
     void refresh();
@@ -52,6 +55,10 @@ private:
     Button *m_copy;
     Button *m_track;
     Button *m_export;
+    Toolbar *m_rangeBar;
+    Toolbar *m_searchBar;
+    QWidget *m_actions;      ///< the buttons for labels: in the first bar, or in the second
+    int m_widthOfOneBar = 0; ///< that the range and the actions need
     MasterLogTable *m_table;
     EmptyState *m_empty;
     QStackedWidget *m_pages; ///< the table, or why it is empty

@@ -2,6 +2,7 @@
 
 #include "ui/parts/LineEdit.h"
 #include "ui/theme/Icons.h"
+#include "ui/theme/Theme.h"
 #include "ui/theme/Tokens.h"
 
 #include <QAction>
@@ -10,8 +11,13 @@
 namespace parcelory {
 using namespace Qt::StringLiterals;
 
-SearchField::SearchField(const QString &prompt, int width, QWidget *parent) : LineEdit(prompt, width, parent)
+SearchField::SearchField(const QString &prompt, int width, QWidget *parent) : LineEdit(prompt, 0, parent)
 {
+    constexpr int leastWidth = 120; // logical pixels
+    if (width > 0) {
+        setMinimumWidth(Theme::current().scaled(leastWidth));
+        setMaximumWidth(Theme::current().scaled(width));
+    }
     setPlaceholderText(prompt);
     setTextMargins(2, 0, 2, 0); // the magnifying glass is in front of the text
     QAction *glass = addAction(themeIcon(u"ui_search"_s, &Tokens::muted), LeadingPosition);
@@ -22,6 +28,12 @@ SearchField::SearchField(const QString &prompt, int width, QWidget *parent) : Li
     clear->setVisible(false);
     connect(clear, &QAction::triggered, this, &SearchField::clearByUser);
     connect(this, &QLineEdit::textChanged, clear, [clear](const QString &text) { clear->setVisible(!text.isEmpty()); });
+}
+
+QSize SearchField::sizeHint() const
+{
+    const QSize usual = LineEdit::sizeHint();
+    return maximumWidth() == QWIDGETSIZE_MAX ? usual : QSize(maximumWidth(), usual.height());
 }
 
 void SearchField::focusAll()

@@ -8,10 +8,12 @@ namespace parcelory {
 class SearchField : public LineEdit {
     Q_OBJECT
 public:
-    /// `prompt` is the placeholder text and the name for screen readers.
+    /// `prompt` is the placeholder text and the name for screen readers. `width` is what the field takes where it has
+    /// the room, in logical pixels; 0 takes what its layout gives.
     explicit SearchField(const QString &prompt, int width = 0, QWidget *parent = nullptr);
 
     void focusAll();
+    QSize sizeHint() const override;
 
 signals:
     void listRequested();
