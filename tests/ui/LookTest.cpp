@@ -1,6 +1,8 @@
 #include "practice/PracticeDay.h"
+#include "practice/PracticeMonth.h"
 #include "support/OtherValues.h"
 #include "support/UiTest.h"
+#include "ui/log/MailingLogView.h"
 #include "ui/parts/WindowSize.h"
 #include "ui/theme/Theme.h"
 #include "ui/theme/Tokens.h"
@@ -66,8 +68,11 @@ bool isCut(const QWidget &widget)
 {
     for (const QWidget *around = widget.parentWidget(); around; around = around->parentWidget()) {
         const auto *area = qobject_cast<const QAbstractScrollArea *>(around->parentWidget());
-        if (area && area->viewport() == around)
-            return false;
+        if (area && area->viewport() == around) {
+            const int left = widget.mapTo(around, QPoint()).x();
+            return area->horizontalScrollBarPolicy() == Qt::ScrollBarAlwaysOff &&
+                   (left < 0 || left + widget.width() > around->width());
+        }
         if (!around->rect().contains(QRect(widget.mapTo(around, QPoint()), widget.size())))
             return true;
         if (around->isWindow())
@@ -193,6 +198,32 @@ TEST(Look, NothingIsClippedInTheSmallestWindow)
     EXPECT_EQ(squeezedParts(desk.window().labelView()), QStringList());
     desk.app().senders.profiles = QList<SenderProfile>{{.name = u"Bullion Vault"_s}};
     desk.settleAll();
+    EXPECT_EQ(clippedTexts(desk.window()), QStringList());
+}
+
+/// The header and both logs with the longest mode, a user, open items, chosen labels and counts.
+TEST(Look, NothingIsClippedInFullLogs)
+{
+    WindowDesk desk(true);
+    desk.app().signedInUser = u"dana.marsh"_s;
+    desk.window().resize(desk.window().minimumSize());
+    addPracticeMonth(desk.app().log, desk.clock.now());
+    desk.carrier.seedHistory(12, desk.clock.now(), 9h);
+    const Screens &screens = desk.program->screens();
+    desk.wait([&] { return screens.openItems.count > 9; });
+    for (const bool openItems : {true, false}) {
+        desk.program->screens().openItems.isShown = openItems;
+        desk.app().tab = MainTab::mailingLog;
+        desk.settleAll();
+        desk.window().mailingLogView().table()->selectRow(0);
+        desk.settleAll();
+        EXPECT_EQ(clippedTexts(desk.window()), QStringList());
+    }
+    desk.app().tab = MainTab::masterLog;
+    desk.wait([&] { return screens.masterLog.loaded && !screens.masterLog.busy; });
+    desk.program->screens().masterLog.search = u"Reno"_s;
+    desk.settleAll();
+    EXPECT_TRUE(desk.named(u"Master log"_s)->isVisible());
     EXPECT_EQ(clippedTexts(desk.window()), QStringList());
 }
 

@@ -187,7 +187,6 @@ QWidget *ShipmentDetails::makeLines()
     auto *area = new QScrollArea; // long services or a narrow window may need more lines than fit
     area->setFrameShape(QFrame::NoFrame);
     area->setWidgetResizable(true);
-    area->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     area->setFocusPolicy(Qt::NoFocus);
     auto *body = new PanelFrame(&Tokens::sheet);
     auto *columns = new QHBoxLayout(body);
