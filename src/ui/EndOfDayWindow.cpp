@@ -25,10 +25,10 @@
 #include "ui/theme/Tokens.h"
 
 #include <QHBoxLayout>
+#include <QScrollArea>
 #include <QShortcut>
 #include <QVBoxLayout>
 
-#include <algorithm>
 #include <utility>
 
 namespace parcelory {
@@ -57,43 +57,36 @@ EndOfDayWindow::EndOfDayWindow(AppState &app, Screens &screens, QWidget *parent)
       m_after(iconButton(u"ui_chevron_right"_s, u"Day after"_s, afterKeys)), m_today(new Button(u"Today"_s)),
       m_print(new Button(u"Print Page"_s, Button::Kind::standard, u"ui_printer"_s)),
       m_export(new Button(u"Export Day…"_s, Button::Kind::standard, u"ui_export"_s)),
-      m_mode(new Badge({}, BadgeKind::plain)), m_headline(new TextLabel({}, FontRole::caption, &Tokens::muted)),
+      m_mode(new Badge({}, BadgeKind::plain)), m_headline(new ElidedLabel({}, FontRole::caption, &Tokens::muted)),
       m_scanForm(new ScanFormCard(screens, m_day)), m_fedex(new FedexCard(screens.endOfDay)),
       m_open(new OpenLabelsCard(screens, m_day)), m_spend(new SpendPanel(screens.endOfDay)),
-      m_differences(new DifferencePanel(screens.endOfDay)), m_foot(new LogFoot),
-      m_summary(new TextLabel({}, FontRole::strong)), m_note(new Notice({}, &Tokens::muted, FontRole::caption)),
+      m_differences(new DifferencePanel(screens.endOfDay)), m_lower(new QBoxLayout(QBoxLayout::LeftToRight)),
+      m_foot(new LogFoot), m_summary(new TextLabel({}, FontRole::strong)),
+      m_note(new Notice({}, &Tokens::muted, FontRole::caption)),
       m_account(new Notice({}, &Tokens::muted, FontRole::caption)),
       m_askAgain(new Button(u"Refresh"_s, Button::Kind::standard, u"ui_refresh"_s)), m_refresh([this] { refresh(); })
 {
     const Theme &theme = Theme::current();
-    const int room = roomFor(*this).height();
-    setMinimumSize(theme.scaled(leastSize.width()), std::min(theme.scaled(leastSize.height()), room));
-    auto *ground = new PanelFrame(&Tokens::panel);
-    auto *lower = new QHBoxLayout;
-    lower->setSpacing(margin);
-    lower->addWidget(m_spend);
-    lower->addWidget(m_differences, 1);
-    auto *middle = new QVBoxLayout(ground);
-    middle->setContentsMargins(margin, margin, margin, margin);
-    middle->setSpacing(margin);
-    middle->addWidget(makeCards());
-    middle->addLayout(lower, 1);
+    const QSize room = roomFor(*this).expandedTo({leastSize.width(), 0});
+    const auto inRoom = [&](QSize size) {
+        return QSize(theme.scaled(size.width()), theme.scaled(size.height())).boundedTo(room);
+    };
+    setMinimumSize(inRoom(leastSize));
     auto *rows = new QVBoxLayout(this);
     rows->setContentsMargins(0, 0, 0, 0);
     rows->setSpacing(0);
     rows->addWidget(m_stripe);
     rows->addWidget(makeToolbar());
-    rows->addWidget(ground, 1);
+    rows->addWidget(makePage(), 1);
     rows->addWidget(makeFoot());
     connect(m_differences, &DifferencePanel::opened, this, [this](const AccountDifference &chosen) {
         spawn([&screens = m_screens, chosen] { return screens.showDifference(chosen); });
         emit labelShown();
     });
     addShortcuts();
-    orderTabsByLayout(this);
-    setTabOrder(m_day, m_before);
+    orderTabs();
     if (!restoreGeometry(read(app.platform.preferences, settings::endOfDayGeometry)))
-        resize(theme.scaled(usualSize.width()), std::min(theme.scaled(usualSize.height()), room));
+        resize(inRoom(usualSize));
     m_screen.open();
     m_refresh.follow(app, m_screen, screens.keys, screens.label);
     refresh();
@@ -120,6 +113,54 @@ QWidget *EndOfDayWindow::makeToolbar()
     return bar->add(m_print)->add(m_export);
 }
 
+/// What is between the bars: it scrolls if the window is too low or too narrow for it.
+QWidget *EndOfDayWindow::makePage()
+{
+    m_lower->setSpacing(margin);
+    m_lower->addWidget(m_spend);
+    m_lower->addWidget(m_differences, 1);
+    auto *page = new PanelFrame(&Tokens::panel);
+    auto *rows = new QVBoxLayout(page);
+    rows->setContentsMargins(margin, margin, margin, margin);
+    rows->setSpacing(margin);
+    rows->addWidget(makeCards());
+    rows->addLayout(m_lower, 1);
+    auto *area = new QScrollArea;
+    area->setWidget(page);
+    area->setWidgetResizable(true);
+    area->setFrameShape(QFrame::NoFrame);
+    area->setFocusPolicy(Qt::NoFocus);
+    return area;
+}
+
+/// In a window that is narrow for its texts, the differences are above the spend, whose sum is in the foot.
+void EndOfDayWindow::arrange()
+{
+    constexpr int leastDifferences = 240, leastSpend = 340; // heights of panels below each other
+    const Theme &theme = Theme::current();
+    const bool isNarrow = width() < theme.scaled(leastSize.width());
+    m_spend->setFullWidth(isNarrow);
+    m_spend->setMinimumHeight(isNarrow ? theme.scaled(leastSpend) : 0);
+    m_differences->setMinimumHeight(isNarrow ? theme.scaled(leastDifferences) : 0);
+    if (const auto direction = isNarrow ? QBoxLayout::BottomToTop : QBoxLayout::LeftToRight;
+        direction != m_lower->direction()) {
+        m_lower->setDirection(direction);
+        orderTabs();
+    }
+}
+
+void EndOfDayWindow::orderTabs()
+{
+    orderTabsByLayout(this);
+    setTabOrder(m_day, m_before);
+}
+
+void EndOfDayWindow::resizeEvent(QResizeEvent *event)
+{
+    QWidget::resizeEvent(event);
+    arrange();
+}
+
 QWidget *EndOfDayWindow::makeCards()
 {
     auto *cards = new QWidget;
@@ -137,14 +178,12 @@ QWidget *EndOfDayWindow::makeCards()
 QWidget *EndOfDayWindow::makeFoot()
 {
     QHBoxLayout *row = m_foot->row();
-    m_note->setUnwrapped();
     m_account->setUnwrapped();
     m_account->setTextInk(&Tokens::text);
     m_askAgain->setToolTip(refreshKeys.toString(QKeySequence::NativeText));
     connect(m_askAgain, &QPushButton::clicked, this, [this] { m_screen.refresh(); });
     row->addWidget(m_summary);
-    row->addWidget(m_note, 0, Qt::AlignVCenter);
-    row->addStretch(1);
+    row->addWidget(m_note, 1, Qt::AlignVCenter);
     row->addWidget(m_account, 0, Qt::AlignVCenter);
     row->addWidget(m_askAgain);
     return m_foot;
@@ -202,7 +241,7 @@ void EndOfDayWindow::refreshToolbar()
     const bool isToday = m_screen.isToday();
     enable(m_after, !isToday, m_day);
     enable(m_today, !isToday, m_day);
-    m_headline->setText(m_screen.report.value().day.isValid() ? DayTexts::headline(m_screen.report) : QString());
+    m_headline->setFullText(m_screen.report.value().day.isValid() ? DayTexts::headline(m_screen.report) : QString());
     for (Button *button : {m_print, m_export})
         enableUnless(m_screen.busy ? notWhileBusy : QString(), button, m_day);
 }

@@ -5,12 +5,15 @@
 
 #include <QWidget>
 
+class QBoxLayout;
+
 namespace parcelory {
 
 class Badge;
 class Button;
 class DateField;
 class DifferencePanel;
+class ElidedLabel;
 class FedexCard;
 class LogFoot;
 class ModeStripe;
@@ -35,11 +38,15 @@ signals:
 protected:
     void closeEvent(QCloseEvent *event) override;
     void changeEvent(QEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
 
 private:
     QWidget *makeToolbar();
+    QWidget *makePage();
     QWidget *makeCards();
     QWidget *makeFoot();
+    void arrange();
+    void orderTabs();
     void addShortcuts();
     void refresh();
     void refreshToolbar();
@@ -52,12 +59,13 @@ private:
     DateField *m_day;
     Button *m_before, *m_after, *m_today, *m_print, *m_export;
     Badge *m_mode;
-    TextLabel *m_headline;
+    ElidedLabel *m_headline;
     ScanFormCard *m_scanForm;
     FedexCard *m_fedex;
     OpenLabelsCard *m_open;
     SpendPanel *m_spend;
     DifferencePanel *m_differences;
+    QBoxLayout *m_lower; ///< the spend and the differences
     LogFoot *m_foot;
     TextLabel *m_summary;
     Notice *m_note, *m_account;

@@ -154,6 +154,7 @@ CellTable::CellTable(const QString &name, const QList<TableColumn> &columns, int
     verticalHeader()->setDefaultSectionSize(Theme::current().scaled(rowPixels));
     horizontalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Ignored); // scrolls before the window around it
     connect(selectionModel(), &QItemSelectionModel::selectionChanged, this, &RowTable::chosenChanged);
     connect(this, &QTableView::doubleClicked, this, &CellTable::opened);
 }

@@ -168,7 +168,9 @@ void FedexCard::refresh()
             auto *note = new QHBoxLayout;
             note->setSpacing(6);
             note->addWidget(new IconView(u"ui_document"_s, 16));
-            note->addWidget(new TextLabel(papers, FontRole::caption, &Tokens::muted), 1);
+            auto *text = new TextLabel(papers, FontRole::caption, &Tokens::muted);
+            text->setWordWrap(true);
+            note->addWidget(text, 1);
             lines->addLayout(note);
         }
         append(m_list, row);
@@ -250,7 +252,9 @@ QWidget *OpenLabelsCard::rowOf(const QString &icon, Token ink, const QString &ti
     lines->setSpacing(0);
     auto *second = new ElidedLabel({}, FontRole::caption, &Tokens::muted);
     second->setFullText(about);
-    lines->addWidget(new TextLabel(title, FontRole::strong));
+    auto *first = new TextLabel(title, FontRole::strong);
+    first->setWordWrap(true);
+    lines->addWidget(first);
     lines->addWidget(second);
     columns->addLayout(lines, 1);
     constexpr int buttonWidth = 92;

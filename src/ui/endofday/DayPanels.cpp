@@ -108,7 +108,7 @@ SpendPanel::SpendPanel(EndOfDayScreen &screen, QWidget *parent)
       m_refundTitle(new TextLabel({}, FontRole::h2)),
       m_refundNote(new TextLabel(u"not counted above"_s, FontRole::caption, &Tokens::muted))
 {
-    setFixedWidth(Theme::current().scaled(leftWidth));
+    setFullWidth(false);
     m_pages->addWidget(m_spend);
     m_pages->addWidget(m_none);
     m_refunds->horizontalHeader()->hide();
@@ -123,6 +123,13 @@ SpendPanel::SpendPanel(EndOfDayScreen &screen, QWidget *parent)
     rows->addWidget(m_frame, 100); // the refunds have what it leaves
     rows->addLayout(refundHead);
     rows->addWidget(framed(m_refunds), 1);
+}
+
+void SpendPanel::setFullWidth(bool isFull)
+{
+    const int own = Theme::current().scaled(leftWidth);
+    setMinimumWidth(own);
+    setMaximumWidth(isFull ? QWIDGETSIZE_MAX : own);
 }
 
 void SpendPanel::refresh()

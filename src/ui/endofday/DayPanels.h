@@ -18,6 +18,8 @@ class SpendPanel : public QWidget {
 public:
     explicit SpendPanel(EndOfDayScreen &screen, QWidget *parent = nullptr);
 
+    /// Takes the width of its layout, instead of its own.
+    void setFullWidth(bool isFull);
     void refresh();
 
 private:

@@ -1,5 +1,6 @@
 #include "ui/parts/TabOrder.h"
 
+#include <QBoxLayout>
 #include <QLayout>
 #include <QScrollArea>
 #include <QSplitter>
@@ -13,8 +14,10 @@ void collect(QWidget *widget, QWidgetList &order);
 
 void collect(QLayout *layout, QWidgetList &order)
 {
+    const auto *box = qobject_cast<QBoxLayout *>(layout);
+    const bool isBackwards = box && box->direction() == QBoxLayout::BottomToTop;
     for (int at = 0; at < layout->count(); ++at) {
-        QLayoutItem *item = layout->itemAt(at);
+        QLayoutItem *item = layout->itemAt(isBackwards ? layout->count() - 1 - at : at);
         if (QWidget *widget = item->widget())
             collect(widget, order);
         else if (QLayout *inner = item->layout())
