@@ -179,9 +179,9 @@ TEST_F(PrintCertaintyTest, ALabelReprintedBesideTheNextParcelStaysUntilItIsOut)
 TEST_F(PrintCertaintyTest, ALabelFor300DpiIsCutWithOneWarning)
 {
     const QByteArray label = "^XA^PW1200^LL1800^FDCoin^FS^XZ";
-    EXPECT_THAT(runTask(printLabel(*app, label)).toStdString(),
+    EXPECT_THAT(runTask(printLabel(*app, label)).text.toStdString(),
                 StartsWith("Label sent to Practice_Zebra. It is made for a 300 dpi printer"));
-    EXPECT_EQ(runTask(printLabel(*app, label)), u"Label sent to Practice_Zebra."_s) << "the warning appears once";
+    EXPECT_EQ(runTask(printLabel(*app, label)).text, u"Label sent to Practice_Zebra."_s) << "the warning appears once";
 }
 
 } // namespace parcelory::test

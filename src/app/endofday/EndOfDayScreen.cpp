@@ -295,9 +295,7 @@ Task<QString> EndOfDayScreen::printDocuments()
         if (which == Forms::unprinted && form.isPrinted)
             continue;
         const auto documents = co_await onPool(m_app.scanForms, &ScanForms::documents, form.form.id);
-        for (const QByteArray &document : documents.orThrow())
-            sentToQueue = co_await printDocument(m_app, document);
-        co_await noteEvent(m_app, {form.form.manifestId}, LabelEvent::formPrinted);
+        sentToQueue = co_await printForm(m_app, documents.orThrow(), form.form.manifestId);
     }
     co_return sentToQueue ? u"SCAN form sent to the printer."_s
                           : u"SCAN form opened in Preview — set a document printer in Settings."_s;

@@ -209,8 +209,7 @@ Task<> MailingLogScreen::reprintCustoms(ShipmentRecord record)
         }
     }
     try {
-        const QString printed = co_await printCustoms(m_app, *document);
-        co_await notePapersPrinted(m_app, record.transactionID);
+        const QString printed = co_await printCustoms(m_app, *document, record.transactionID);
         say(printed);
     } catch (const AppError &error) {
         fail(u"Customs Docs Reprint"_s, error, Popup::no);

@@ -22,6 +22,7 @@
 #include <QScopeGuard>
 
 #include <optional>
+#include <utility>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;
@@ -52,41 +53,56 @@ Task<QByteArray> downloadAgain(AppState &app, ShipmentRecord record)
     co_return label;
 }
 
+/// Closes what was noted about a parcel's missing papers, if anything was.
+PrintNote noteOfPapers(AppState &app, const QString &transactionId)
+{
+    const PrintNote printed = noteOf(app, {transactionId}, LabelEvent::papersPrinted);
+    return [&log = app.log, transactionId, printed](const QDateTime &at) {
+        const auto missing = LabelEvents::find(log, transactionId, LabelEvent::papersFailed);
+        return missing.valueOr(std::nullopt) ? printed(at) : QString();
+    };
+}
+
+/// The result of `print`, and what `note` returns. Both in one job.
+template <class Print>
+auto printAndNote(AppState &app, Print print, PrintNote note)
+{
+    return onPool([print = std::move(print), note = std::move(note), at = app.platform.clock.now()] {
+        const auto printed = print();
+        return std::pair(printed, note ? note(at) : QString());
+    });
+}
+
 } // namespace
+
+PrintNote noteOf(AppState &app, QStringList ids, LabelEvent event)
+{
+    ids.removeAll(QString());
+    return [&log = app.log, ids, event](const QDateTime &at) {
+        return ids.isEmpty() || LabelEvents::put(log, ids, event, at) ? QString() : log.lastError();
+    };
+}
 
 void recordUnnoted(AppState &app, const QString &reason)
 {
-    app.errors.record(u"Mailing Log"_s,
-                      AppError(u"The mailing log can't note whether a label was printed — %1."_s.arg(reason)),
-                      Popup::no);
+    if (!reason.isEmpty())
+        app.errors.record(u"Mailing Log"_s,
+                          AppError(u"The mailing log can't note whether a label was printed — %1."_s.arg(reason)),
+                          Popup::no);
 }
 
-Task<> noteEvent(AppState &app, QStringList labels, LabelEvent event)
+Task<> noteEvent(AppState &app, QStringList ids, LabelEvent event)
 {
-    labels.removeAll(QString());
-    if (labels.isEmpty())
-        co_return;
-    const QDateTime now = app.platform.clock.now();
     const QPointer<AppState> alive(&app);
-    const QString failure = co_await onPool([&log = app.log, labels, event, now] {
-        return LabelEvents::put(log, labels, event, now) ? QString() : log.lastError();
-    });
+    const QString failure =
+        co_await onPool([note = noteOf(app, ids, event), now = app.platform.clock.now()] { return note(now); });
     if (!alive)
         co_return;
-    if (!failure.isEmpty())
-        recordUnnoted(app, failure);
+    recordUnnoted(app, failure);
     emit app.labelsNoted();
 }
 
-Task<> notePapersPrinted(AppState &app, QString transactionId)
-{
-    const auto missing = co_await onPool(
-        [&log = app.log, transactionId] { return LabelEvents::find(log, transactionId, LabelEvent::papersFailed); });
-    if (missing.valueOr(std::nullopt))
-        co_await noteEvent(app, {transactionId}, LabelEvent::papersPrinted);
-}
-
-Task<QString> printLabel(AppState &app, QByteArray label, QString transactionId)
+Task<PrintedLabel> printLabel(AppState &app, QByteArray label, QString transactionId, PrintNote note)
 {
     const QString zebraQueue = read(app.platform.preferences, settings::zebraQueue);
     const QString documentQueue = read(app.platform.preferences, settings::documentQueue);
@@ -100,9 +116,11 @@ Task<QString> printLabel(AppState &app, QByteArray label, QString transactionId)
         else if (file.kind == LabelKind::pdf)
             app.printWatch.follow(documentQueue, Paper::document, accepted);
     });
-    const QString printed = co_await onPool(app.printer, &LabelPrinter::print, file, zebraQueue, documentQueue);
+    const auto [printed, unnoted] = co_await printAndNote(
+        app, [&app, file, zebraQueue, documentQueue] { return app.printer.print(file, zebraQueue, documentQueue); },
+        note);
     isAccepted = true;
-    co_return joinPresent({printed, app.printWatch.caution(label)}, u" "_s);
+    co_return PrintedLabel{joinPresent({printed, app.printWatch.caution(label)}, u" "_s), unnoted};
 }
 
 Task<> sweepPrintFiles()
@@ -117,7 +135,7 @@ Task<QString> stillWaiting(AppState &app)
     co_return report.waiting > 0 ? printerSentence(queue, report, Paper::label) : QString();
 }
 
-Task<ReprintResult> reprintLabel(AppState &app, ShipmentRecord record)
+Task<ReprintResult> reprintLabel(AppState &app, ShipmentRecord record, PrintNote note)
 {
     const auto found = co_await onPool([&log = app.log, record] { return keptLabel(log, record); });
     const KeptLabel kept = found.orThrow();
@@ -133,7 +151,7 @@ Task<ReprintResult> reprintLabel(AppState &app, ShipmentRecord record)
     record.zpl = label;
     const bool isAgreed = co_await mayPrint(app, doubts, record);
     if (isAgreed)
-        result.printed = co_await printLabel(app, label, record.transactionID);
+        result.printed = co_await printLabel(app, label, record.transactionID, note);
     co_return result;
 }
 
@@ -152,9 +170,9 @@ Task<QByteArray> downloadCustoms(AppState &app, ShipmentRecord record)
     co_return document;
 }
 
-Task<QString> printCustoms(AppState &app, QByteArray document)
+Task<QString> printCustoms(AppState &app, QByteArray document, QString transactionId)
 {
-    const bool sentToQueue = co_await printDocument(app, document);
+    const bool sentToQueue = co_await printDocument(app, document, noteOfPapers(app, transactionId));
     co_return sentToQueue ? u"Customs docs sent to the printer."_s
                           : u"Customs docs opened in Preview — set a document printer in Settings."_s;
 }
@@ -167,16 +185,30 @@ Task<QString> reprintCustoms(AppState &app, ShipmentRecord record)
     std::optional<QByteArray> document = stored.orThrow();
     if (!document)
         document = co_await downloadCustoms(app, row);
-    const QString printed = co_await printCustoms(app, *document);
-    co_await notePapersPrinted(app, row.transactionID);
-    co_return printed;
+    co_return co_await printCustoms(app, *document, row.transactionID);
 }
 
-Task<bool> printDocument(AppState &app, QByteArray pdf)
+Task<bool> printDocument(AppState &app, QByteArray pdf, PrintNote note)
 {
     const QString queue = read(app.platform.preferences, settings::documentQueue);
     const auto sent = qScopeGuard([&app, queue] { app.printWatch.follow(queue, Paper::document); });
-    co_return co_await onPool(app.printer, &LabelPrinter::printPDF, pdf, queue);
+    const auto [sentToQueue, unnoted] =
+        co_await printAndNote(app, [&app, pdf, queue] { return app.printer.printPDF(pdf, queue); }, note);
+    recordUnnoted(app, unnoted);
+    if (note)
+        emit app.labelsNoted();
+    co_return sentToQueue;
+}
+
+Task<bool> printForm(AppState &app, QList<QByteArray> documents, QString manifestId)
+{
+    bool sentToQueue = true;
+    while (!documents.isEmpty()) {
+        const QByteArray document = documents.takeFirst();
+        const PrintNote note = documents.isEmpty() ? noteOf(app, {manifestId}, LabelEvent::formPrinted) : PrintNote();
+        sentToQueue = co_await printDocument(app, document, note);
+    }
+    co_return sentToQueue;
 }
 
 void recordReprintFailure(AppState &app, const AppError &error)

@@ -3,7 +3,6 @@
 #include "app/purchase/CarrierRefund.h"
 #include "app/purchase/CustomsPapers.h"
 #include "app/purchase/KeptLabel.h"
-#include "app/purchase/LabelPrinting.h"
 #include "app/purchase/PurchaseLookup.h"
 #include "app/purchase/PurchaseTexts.h"
 #include "carrier/CarrierWords.h"
@@ -185,23 +184,20 @@ Task<PurchaseResult> PurchaseFlow::complete(OpenPurchase purchase, std::optional
     if (!result.hasLabel)
         co_return result;
 
-    QString fetchFailure;
     try {
         if (!record.zpl)
             record.zpl = co_await fetchLabel(entry);
     } catch (const AppError &error) {
-        fetchFailure = m_app.recorded(delivery.prints ? u"Print Label"_s : u"Fetch Label"_s, error, Popup::no);
+        result.label.text = m_app.recorded(delivery.prints ? u"Print Label"_s : u"Fetch Label"_s, error, Popup::no);
     }
     if (record.zpl)
         co_await save(entry); // the label is not downloaded again if the program ends now
-    if (!fetchFailure.isEmpty())
-        result.label.text = fetchFailure;
     LabelDoubts doubts;
     if (record.zpl && (delivery.prints || !entry.isUnreadable)) // otherwise the parcel is unknown
         doubts = co_await doubtsAbout(*record.zpl, {parcelOf(m_app, entry)});
     result.verdict = doubts.verdict;
     const bool isHeld = delivery.prints && !doubts.isEmpty();
-    if (delivery.prints && fetchFailure.isEmpty() && !isHeld)
+    if (delivery.prints && record.zpl && !isHeld)
         result.label = co_await printLabelOf(entry);
     entry.printed = entry.printed || result.label.isPrinted;
 
@@ -312,13 +308,21 @@ Task<QByteArray> PurchaseFlow::fetchLabel(OpenPurchase purchase)
     co_return label;
 }
 
-Task<LabelResult> PurchaseFlow::printLabelOf(OpenPurchase purchase)
+/// The journal notes it for log(); `note` is for a label that is in the log.
+Task<LabelResult> PurchaseFlow::printLabelOf(OpenPurchase purchase, PrintNote note)
 {
     try {
         const ShipmentRecord &record = purchase.record;
-        const QString printed = co_await printLabel(m_app, record.zpl.value_or(QByteArray()), record.transactionID);
-        co_await onPool(m_app.journal, &PurchaseJournal::markPrinted, purchase.id);
-        co_return LabelResult{.isPrinted = true, .text = printed};
+        const PrintNote inBooks = [&journal = m_app.journal, id = purchase.id, note](const QDateTime &at) {
+            journal.markPrinted(id);
+            return note ? note(at) : QString();
+        };
+        const PrintedLabel printed =
+            co_await printLabel(m_app, record.zpl.value_or(QByteArray()), record.transactionID, inBooks);
+        recordUnnoted(m_app, printed.unnoted);
+        if (note)
+            emit m_app.labelsNoted();
+        co_return LabelResult{.isPrinted = true, .text = printed.text};
     } catch (const AppError &error) {
         m_app.errors.record(u"Print Label"_s, error, Popup::no);
         co_return LabelResult{.text = error.description()};
@@ -328,12 +332,8 @@ Task<LabelResult> PurchaseFlow::printLabelOf(OpenPurchase purchase)
 Task<LabelResult> PurchaseFlow::printHeldLabelOf(OpenPurchase purchase, LabelDoubts doubts)
 {
     const bool isAgreed = co_await mayPrint(m_app, doubts, purchase.record);
-    if (isAgreed) {
-        const LabelResult printed = co_await printLabelOf(purchase);
-        if (printed.isPrinted)
-            co_await noteEvent(m_app, {purchase.record.transactionID}, LabelEvent::sent);
-        co_return printed;
-    }
+    if (isAgreed)
+        co_return co_await printLabelOf(purchase, noteOf(m_app, {purchase.record.transactionID}, LabelEvent::sent));
     const QString reason = doubts.reason();
     m_app.errors.record(u"Print Label"_s, AppError(reason), Popup::no);
     co_return LabelResult{.text = reason};
@@ -379,8 +379,7 @@ Task<bool> PurchaseFlow::log(OpenPurchase purchase, LabelVerdict verdict, QDateT
         const bool isNoted = !stored || LabelEvents::put(app.log, {record.transactionID}, event, begun);
         return Outcome{stored, reason, verdictReason, isNoted ? QString() : app.log.lastError()};
     });
-    if (!outcome.eventReason.isEmpty())
-        recordUnnoted(m_app, outcome.eventReason);
+    recordUnnoted(m_app, outcome.eventReason);
     emit m_app.labelsNoted();
     if (!outcome.verdictReason.isEmpty())
         m_app.errors.record(

@@ -3,6 +3,7 @@
 #include "app/AppState.h"
 #include "app/purchase/CustomsPapers.h"
 #include "app/purchase/LabelDoubts.h"
+#include "app/purchase/LabelPrinting.h"
 #include "app/purchase/PurchaseLookup.h"
 #include "records/PurchaseJournal.h"
 #include "records/ShipmentRecord.h"
@@ -81,7 +82,7 @@ public:
 
 private:
     Task<QByteArray> fetchLabel(OpenPurchase purchase);
-    Task<LabelResult> printLabelOf(OpenPurchase purchase);
+    Task<LabelResult> printLabelOf(OpenPurchase purchase, PrintNote note = {});
     Task<LabelResult> printHeldLabelOf(OpenPurchase purchase, LabelDoubts doubts);
     Task<PapersResult> papersOf(OpenPurchase purchase, Delivery delivery);
     Task<bool> log(OpenPurchase purchase, LabelVerdict verdict, QDateTime begun);

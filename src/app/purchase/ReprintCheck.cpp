@@ -51,6 +51,14 @@ Question reprintQuestion(const ShipmentLog &log, const ShipmentRecord &record, c
             .pictures = thumbnailOf(kept.bytes.value_or(QByteArray()), record.recipientName())};
 }
 
+/// That a label of the log was reprinted, and once more.
+PrintNote noteOfReprint(AppState &app, const ShipmentRecord &row)
+{
+    return [&app, row, sent = noteOf(app, {row.transactionID}, LabelEvent::sent)](const QDateTime &at) {
+        return app.labelHistory.addReprint(row, at) ? sent(at) : app.log.lastError();
+    };
+}
+
 } // namespace
 
 Task<LabelFacts> loadLabelFacts(AppState &app, ShipmentRecord record)
@@ -89,20 +97,20 @@ Task<QString> reprintChecked(AppState &app, ShipmentRecord record)
         if (answer != 1)
             co_return QString();
     }
-    const ReprintResult result = co_await reprintLabel(app, record);
-    const bool isPrinted = !result.printed.isEmpty();
-    const bool isNoted = !row || co_await onPool([&app, now, isPrinted, result, when = app.platform.clock.now()] {
-        return (!isPrinted || (app.labelHistory.addReprint(now, when) &&
-                               LabelEvents::put(app.log, {now.transactionID}, LabelEvent::sent, when))) &&
-               (result.firstVerdict.findings.isEmpty() || keepVerdict(app.log, now, result.firstVerdict));
-    });
+    const ReprintResult result = co_await reprintLabel(app, record, row ? noteOfReprint(app, *row) : PrintNote());
+    const auto [printed, unnoted] = result.printed;
+    QString reason = unnoted;
+    if (row && reason.isEmpty() && !result.firstVerdict.findings.isEmpty())
+        reason = co_await onPool([&app, now, verdict = result.firstVerdict] {
+            return keepVerdict(app.log, now, verdict) ? QString() : app.log.lastError();
+        });
     emit app.labelsNoted();
-    if (isNoted)
-        co_return result.printed;
+    if (reason.isEmpty())
+        co_return printed;
     const QString note = u"The mailing log can't keep %1 — %2."_s.arg(
-        isPrinted ? u"the reprint"_s : u"the result of the label check"_s, app.log.lastError());
+        unnoted.isEmpty() ? u"the result of the label check"_s : u"the reprint"_s, reason);
     app.errors.record(u"Reprint"_s, AppError(note), Popup::no);
-    co_return isPrinted ? result.printed + u' ' + note : QString();
+    co_return printed.isEmpty() ? QString() : printed + u' ' + note;
 }
 
 } // namespace parcelory

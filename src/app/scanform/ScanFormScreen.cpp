@@ -137,12 +137,8 @@ Task<> ScanFormScreen::run(Task<QString> (ScanFormScreen::*operation)())
 
 Task<QString> ScanFormScreen::printAll()
 {
-    const QList<QByteArray> all = documents;
     const QString form = shown.value() ? shown.value()->manifestId : QString();
-    bool sentToQueue = true;
-    for (const QByteArray &document : all)
-        sentToQueue = co_await printDocument(m_app, document);
-    co_await noteEvent(m_app, {form}, LabelEvent::formPrinted);
+    const bool sentToQueue = co_await printForm(m_app, documents, form);
     co_return sentToQueue ? u"SCAN form sent to the printer."_s
                           : u"SCAN form opened in Preview — set a document printer in Settings."_s;
 }
