@@ -74,12 +74,13 @@ public:
     /// True while a purchase or a SCAN form is being made, which is not repeated, or the records are replaced: the
     /// program must not end now.
     bool mustStayOpen() const { return label.buying || m_app.scanFormBusy || records.restore.running; }
-    /// The restart into an update ends the process, so it must wait for a purchase, print, import, refund or
-    /// SCAN form in progress.
+    /// The restart into an update ends the process, with what still runs on the thread pool, so it must wait for a
+    /// purchase, print, import, refund or SCAN form in progress.
     bool mayRestart() const
     {
         return !label.busy && !label.purchases.checking && !label.purchases.printing && !mailingLog.busy &&
-               !addressBook.importing && !m_app.scanFormBusy && !records.restore.running;
+               !addressBook.importing && !m_app.scanFormBusy && !scanForm.busy && !endOfDay.busy &&
+               !records.restore.running;
     }
     /// At the start: offers a copy if the records are damaged, or says what else is wrong with the mailing log; then
     /// makes the copy of the day.

@@ -103,16 +103,21 @@ TEST_F(UpdateRestart, IsCalledOffOrHeldUpWhileTheRecordsAreCopied)
     ASSERT_TRUE(QFile(path(u"blocked"_s)).open(QIODevice::WriteOnly));
     app->copies.setFolder(QDir(path(u"blocked"_s)));
     prompts.answer = 0; // goes on without a copy
-    for (const auto &meanwhile : std::initializer_list<std::function<void()>>{[this] { screens->callOffRestart(); },
-                                                                              [this] { app->scanFormBusy = true; }}) {
+    for (const auto &meanwhile : std::initializer_list<std::function<void()>>{
+             [this] { screens->callOffRestart(); },
+             [this] { app->scanFormBusy = true; },
+             [this] { screens->scanForm.busy = true; }, // it may be printing
+             [this] { screens->endOfDay.busy = true; },
+         }) {
         prompts.whileAsked = meanwhile;
         restart();
+        for (Observed<bool> *busy : {&app->scanFormBusy, &screens->scanForm.busy, &screens->endOfDay.busy})
+            *busy = false;
         EXPECT_EQ(prompts.questions.last().title, u"Records Not Copied"_s);
         EXPECT_TRUE(application.started.isEmpty() && application.ends.isEmpty());
         EXPECT_FALSE(screens->restarting || screens->updates.isRelaunching());
         EXPECT_EQ(screens->updates.phase, UpdatePhase::ready) << "another press may follow";
     }
-    app->scanFormBusy = false;
     prompts.whileAsked = {};
     restart();
     EXPECT_EQ(application.started.size(), 1);
