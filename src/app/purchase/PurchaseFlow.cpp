@@ -289,9 +289,10 @@ Task<ShipmentRecord> PurchaseFlow::logSecond(ShipmentRecord first, ShippoTransac
     second.zpl = std::nullopt;
     second.customsPDF = std::nullopt; // the papers name the other label
     applyTransaction(second, sale);
+    // First, because no later start tells of it once it is in the log.
+    m_app.errors.record(buyContext, PurchaseTexts::secondError(second), Popup::yes);
     const QString reason =
         co_await onPool([&log = m_app.log, second] { return log.insertOnce(second) ? QString() : log.lastError(); });
-    m_app.errors.record(buyContext, PurchaseTexts::secondError(second), Popup::yes);
     if (!reason.isEmpty())
         m_app.errors.record(u"Mailing Log"_s, PurchaseTexts::notLoggedError(second, reason), Popup::yes);
     co_return second;
