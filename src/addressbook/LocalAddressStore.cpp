@@ -6,8 +6,6 @@
 #include "core/PostalContact.h"
 #include "core/PrivateFiles.h"
 #include "core/Progress.h"
-#include "core/SqliteCheck.h"
-#include "core/SqliteCopy.h"
 
 #include <QFile>
 #include <QScopeGuard>
@@ -165,7 +163,7 @@ QString LocalAddressStore::whyNotReady() const
     const std::lock_guard opening(m_opening);
     if (m_isReady)
         return {};
-    if (!m_db.isOpen() && !m_db.reopen())
+    if ((!m_db.isOpen() || m_db.isReplaced()) && !m_db.reopen())
         return reason();
     // Large enough for a whole address book, so that an import does not write the same pages repeatedly.
     exec("PRAGMA cache_size = -65536");
@@ -207,7 +205,7 @@ void LocalAddressStore::refreshCount()
 
 LocalAddressStore::Book LocalAddressStore::read(const QString &matching) const
 {
-    const std::shared_lock use(m_use);
+    const auto use = inUse();
     Book book;
     book.failure = whyNotReady();
     if (!book.failure.isEmpty())
@@ -241,46 +239,53 @@ QByteArray LocalAddressStore::storedId(const QUuid &id) const
     return usual;
 }
 
-bool LocalAddressStore::write(Statement &statement)
+/// Runs `change`, which writes with one statement. Twice if another program had the lock and has replaced the file:
+/// SQLite refuses to write into the former file.
+bool LocalAddressStore::write(const std::function<bool()> &change)
 {
-    const bool done = statement.execute();
-    m_lastError = done ? QString() : m_db.lastError();
-    return done;
+    for (bool isSecond = false;; isSecond = true) {
+        const auto use = inUse();
+        const std::lock_guard writing(m_writing);
+        if (!isWritable())
+            return false;
+        const bool done = change();
+        m_lastError = done ? QString() : m_db.lastError();
+        if (!done && !isSecond && isReplaced())
+            continue;
+        refreshCount();
+        return done;
+    }
 }
 
 bool LocalAddressStore::upsert(const PostalContact &contact)
 {
-    const std::shared_lock use(m_use);
-    const std::lock_guard writing(m_writing);
-    if (!isWritable())
-        return false;
-    const QByteArray id = storedId(contact.id);
-    Columns columns;
-    Statement statement(m_db, upsertRow);
-    columns.bind(statement, contact, id);
-    const bool done = write(statement);
-    refreshCount();
-    return done;
+    return write([&] {
+        const QByteArray id = storedId(contact.id);
+        Columns columns;
+        Statement statement(m_db, upsertRow);
+        columns.bind(statement, contact, id);
+        return statement.execute();
+    });
 }
 
 LocalAddressStore::Removal LocalAddressStore::remove(const QUuid &id)
 {
-    const std::shared_lock use(m_use);
-    const std::lock_guard writing(m_writing);
-    if (!isWritable())
-        return Removal::failed;
-    const QByteArray text = storedId(id);
-    Statement statement(m_db, "DELETE FROM addresses WHERE uuid = ?");
-    statement.bindInPlace(1, text);
-    const int changes = m_db.totalChanges();
-    const bool done = write(statement);
-    refreshCount();
-    return !done ? Removal::failed : m_db.totalChanges() == changes ? Removal::missing : Removal::done;
+    bool isMissing = false;
+    const bool done = write([&] {
+        const QByteArray text = storedId(id);
+        Statement statement(m_db, "DELETE FROM addresses WHERE uuid = ?");
+        statement.bindInPlace(1, text);
+        const int changes = m_db.totalChanges();
+        const bool isDone = statement.execute();
+        isMissing = m_db.totalChanges() == changes;
+        return isDone;
+    });
+    return !done ? Removal::failed : isMissing ? Removal::missing : Removal::done;
 }
 
 LocalAddressStore::Merged LocalAddressStore::add(const ReadAddresses &read, const CancelToken &cancel)
 {
-    const std::shared_lock use(m_use);
+    const auto use = inUse();
     const std::lock_guard writing(m_writing);
     const auto fail = [this](const QString &reason) {
         m_lastError = reason;
@@ -294,6 +299,8 @@ LocalAddressStore::Merged LocalAddressStore::add(const ReadAddresses &read, cons
         if (isOpen())
             exec("ROLLBACK");
     });
+    if (isReplaced())
+        fail(u"another Parcelory has just restored a copy"_s);
     Merged merged;
     addAll(read.exported, std::identity(), wholeKey, cancel, merged);
     addAll(read.contacts, normalized, mergeKey, cancel, merged);
@@ -351,24 +358,6 @@ QString LocalAddressStore::lastError() const
     return m_lastError;
 }
 
-QString LocalAddressStore::damage() const
-{
-    constexpr auto limit = std::chrono::seconds(3); // a writer waits for up to five
-    return damageIn(m_path, limit);
-}
-
-QString LocalAddressStore::copyTo(const QString &path, const Progress &progress) const
-{
-    const std::shared_lock use(m_use);
-    const QString obstacle = whyNotReady();
-    return obstacle.isEmpty() ? copyDatabase(m_db, path, progress,
-                                             [this](const std::function<void()> &portion) {
-                                                 const std::lock_guard writing(m_writing);
-                                                 portion();
-                                             })
-                              : obstacle;
-}
-
 LocalAddressStore::Difference LocalAddressStore::changedSince(const QString &present, const QString &copy)
 {
     if (!QFile::exists(present) || !QFile::exists(copy))
@@ -384,17 +373,6 @@ LocalAddressStore::Difference LocalAddressStore::changedSince(const QString &pre
     const int other =
         count(QByteArray(selectRows) + " EXCEPT " + QByteArray(selectRows).replace("FROM ", "FROM copy."));
     return {.added = added, .changed = std::max(0, other - added)};
-}
-
-QString LocalAddressStore::replaceFile(const std::function<QString()> &replace)
-{
-    const std::lock_guard use(m_use);
-    const QString failure = replace();
-    m_db.reopen();
-    m_isReady = false;
-    if (whyNotReady().isEmpty())
-        refreshCount();
-    return failure;
 }
 
 } // namespace parcelory

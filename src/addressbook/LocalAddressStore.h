@@ -87,16 +87,19 @@ public:
     };
     /// How many entries a book has that its copy lacks or has with other text; 0 if either cannot be read.
     static Difference changedSince(const QString &present, const QString &copy);
-    /// Runs `replace`, which puts another file in the book's place; other threads wait. Returns its result.
+    /// Runs `replace`, which puts another file in the book's place; other threads and programs wait. Returns its
+    /// result, or that another program has the file open.
     QString replaceFile(const std::function<QString()> &replace);
 
 private:
     bool exec(const char *sql) const;
     QString whyNotReady() const;
     bool isWritable();
+    bool isReplaced() const;
+    std::shared_lock<std::shared_mutex> inUse() const;
     QString reason() const;
     void refreshCount();
-    bool write(Statement &statement);
+    bool write(const std::function<bool()> &change);
     QByteArray storedId(const QUuid &id) const;
     template <class Prepare, class Key>
     void addAll(const QList<PostalContact> &contacts, Prepare prepare, Key key, const CancelToken &cancel,

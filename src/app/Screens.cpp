@@ -48,6 +48,7 @@ Screens::Screens(AppState &app)
         spawn([this] { return label.purchases.resumeRestored(); });
         tracking.planAgain();
     });
+    connect(&app.log, &ShipmentLog::replacedElsewhere, this, &Screens::takeReplacedRecords, Qt::QueuedConnection);
     connect(&label.purchases, &Purchases::refundWanted, this,
             [this](const ShipmentRecord &record) { spawn([this, record] { return refundSecond(record); }); });
 }
@@ -58,6 +59,15 @@ Task<> Screens::startRecords()
     if (!isOffered)
         spawn([this] { return mailingLog.tellTrouble(); });
     co_await records.start();
+}
+
+/// Another Parcelory has restored a copy: the lists are of the former records.
+void Screens::takeReplacedRecords()
+{
+    records.takeReplacedRecords();
+    spawn([&log = m_app.log] { return onPool([&log] { return log.reload(); }); });
+    spawn([this] { return addressBook.reload(); });
+    tracking.planAgain();
 }
 
 QString Screens::obstacleToRestore() const

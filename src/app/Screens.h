@@ -88,6 +88,7 @@ public:
 
 private:
     QString obstacleToRestore() const;
+    void takeReplacedRecords();
     Task<> refundSecond(ShipmentRecord label);
     void tellOverridden(const QStringList &names);
 

@@ -3,6 +3,7 @@
 #include "core/PrivateFiles.h"
 #include "core/Progress.h"
 
+#include <QFile>
 #include <sqlite3.h>
 
 #include <chrono>
@@ -29,7 +30,7 @@ void stopCountingMemory()
 bool Database::reopen()
 {
     stopCountingMemory();
-    sqlite3_close(m_db);
+    sqlite3_close_v2(m_db);                       // a copy in progress keeps the former file open until it ends
     createPrivateFile(QString::fromUtf8(m_path)); // its side files take its mode
     // Request the handle's mutex if threads share it: some systems' SQLite leaves it out by default.
     const int mutex = m_threads == Threads::several ? SQLITE_OPEN_FULLMUTEX : SQLITE_OPEN_NOMUTEX;
@@ -37,6 +38,13 @@ bool Database::reopen()
     m_open = sqlite3_open_v2(m_path.constData(), &m_db, flags, nullptr) == SQLITE_OK;
     setPatience(m_patience);
     return m_open;
+}
+
+bool Database::isReplaced() const
+{
+    int hasMoved = 0;
+    const bool isKnown = m_open && sqlite3_file_control(m_db, "main", SQLITE_FCNTL_HAS_MOVED, &hasMoved) == SQLITE_OK;
+    return isKnown && hasMoved && QFile::exists(QString::fromUtf8(m_path));
 }
 
 void Database::setPatience(std::chrono::milliseconds patience)

@@ -32,7 +32,11 @@ public:
     Database &operator=(const Database &) = delete;
 
     bool isOpen() const { return m_open; }
-    /// Tries again to open a file that could not be opened.
+    /// True if the path names another file than the open one, because a program has put that file in its place. SQLite
+    /// then still reads the former file, and refuses to begin a write. Asks the file system; false if there is no file
+    /// at the path.
+    bool isReplaced() const;
+    /// Opens the file again that the path names now. A copy in progress goes on with the former file.
     bool reopen();
     void setPatience(std::chrono::milliseconds patience);
     /// Runs a script; on failure logs "Parcelory SQL error: " with the library's text.

@@ -29,7 +29,8 @@ const QString logName = u"mailing_log.sqlite"_s;
 /// Never replaced: the present journal knows the purchases whose outcome is open.
 const QString journalName = u"purchase_journal.sqlite"_s;
 
-constexpr auto longestSwap = std::chrono::seconds(5); ///< of another program
+constexpr auto longestSwap = std::chrono::seconds(5);  ///< of another program
+constexpr auto longestWrite = std::chrono::seconds(1); ///< of another program, for each file; longer only in an import
 /// A running program's lock is never stale, however old: the system holds it, too. A lock that came with the files from
 /// another computer is.
 constexpr auto staleAge = std::chrono::hours(1);
@@ -116,13 +117,39 @@ bool dropNote(const QDir &folder)
     return isDropped;
 }
 
+/// Keeps other programs from writing into a present file while it is replaced: what they write would be lost.
+class Held {
+public:
+    explicit Held(const QString &path)
+    {
+        if (!path.endsWith(".sqlite"_L1) || !QFile::exists(path))
+            return;
+        m_db.emplace(path, longestWrite);
+        m_isInUse = !Statement(*m_db, "BEGIN EXCLUSIVE").execute() && m_db->isLocked(); // a damaged file has no lock
+    }
+    bool isInUse() const { return m_isInUse; }
+
+private:
+    std::optional<Database> m_db;
+    bool m_isInUse = false;
+};
+
+/// Who has the present files open.
+enum class Users {
+    stores, ///< of this program, which have locked the files
+    others,
+};
+
 /// May be repeated after an interruption at any point.
-Moved moveIntoPlace(const QDir &records)
+Moved moveIntoPlace(const QDir &records, Users users)
 {
     const QDir folder(records.filePath(folderName));
     Moved moved;
     for (const QString &name : filesIn(folder)) {
         const QString target = records.filePath(name);
+        const Held held(users == Users::others ? target : QString());
+        if (held.isInUse())
+            return moved;
         // The journal of the former file would be applied to the new one.
         for (const QString &side : {u"-journal"_s, u"-wal"_s, u"-shm"_s}) {
             if (!removeIfThere(target + side))
@@ -232,7 +259,7 @@ QString RestoreStage::commit(const RestoreNote &note)
         giveUp();
         return u"the folder of the records can't be written"_s;
     }
-    const Moved moved = moveIntoPlace(m_records);
+    const Moved moved = moveIntoPlace(m_records, Users::stores);
     if (moved.isComplete)
         return {};
     if (moved.files > 0)
@@ -283,7 +310,7 @@ std::optional<RestoreNote> RestoreStage::finishInterrupted(const QDir &records)
             QDir(folder).removeRecursively();
         return std::nullopt;
     }
-    const Moved moved = moveIntoPlace(records);
+    const Moved moved = moveIntoPlace(records, Users::others);
     if (moved.isComplete)
         return note;
     if (isWhole && moved.files == 0)

@@ -82,13 +82,26 @@ ShipmentLog::ShipmentLog(const QDir &folder) : m_path(pathIn(folder)), m_db(m_pa
     load({}, listLimit, {}, std::chrono::milliseconds(0));
 }
 
-/// Creates the table and adds missing columns at the first call that can. The caller holds the connection. A log that
-/// could not be prepared may still be readable.
+/// Follows another program that has replaced the file. Then creates the table and adds missing columns at the first
+/// call that can. The caller holds the connection and is in no transaction. A log that could not be prepared may still
+/// be readable.
 bool ShipmentLog::isReady() const
 {
+    if (m_db.isReplaced()) {
+        openAgain();
+        if (!m_db.isReplaced()) // some network disks number their files anew all the time
+            emit replacedElsewhere();
+    }
     if (!m_isReady)
         m_isReady = (m_db.isOpen() || m_db.reopen()) && m_db.exec(schema) && migrate();
     return m_isReady;
+}
+
+void ShipmentLog::openAgain() const
+{
+    m_db.reopen();
+    m_isReady = false;
+    m_index.forget();
 }
 
 bool ShipmentLog::migrate() const
@@ -114,19 +127,6 @@ bool ShipmentLog::migrate() const
         return true;
     m_db.exec("ROLLBACK");
     return false;
-}
-
-QString ShipmentLog::reasonOf(const Database &db)
-{
-    const QString text = db.lastError();
-    return db.isLocked() ? u"another program has it open (%1)"_s.arg(text) : text;
-}
-
-QString ShipmentLog::notRead(const Database &db) const
-{
-    return u"The mailing log could not be read — %1. %2"_s.arg(
-        reasonOf(db), db.isLocked() ? u"Close that program, or wait until it is done, and try again."_s
-                                    : u"Check the disk with %1, and try again."_s.arg(m_path));
 }
 
 /// Throws AppError if another program keeps the log from being prepared.
@@ -185,14 +185,18 @@ bool ShipmentLog::load(const QString &search, int limit, const CancelToken &canc
 /// Returns a sentence if a statement failed. The caller holds the connection.
 QString ShipmentLog::look(const std::function<bool(const Database &)> &work) const
 {
-    if (!isReady() && m_db.isLocked())
-        return notRead(m_db); // do not wait again
-    const Snapshot snapshot(m_db);
-    Statement first(m_db, "SELECT 1 FROM sqlite_master");
-    first.step();
-    first.reset(); // the snapshot has the lock now, if it can be had
-    const bool isRead = !m_db.isLocked() && work(m_db);
-    return isRead ? QString() : notRead(m_db);
+    for (bool isSecond = false;; isSecond = true) {
+        if (!isReady() && m_db.isLocked())
+            return notRead(m_db); // do not wait again
+        const Snapshot snapshot(m_db);
+        Statement first(m_db, "SELECT 1 FROM sqlite_master");
+        first.step();
+        first.reset(); // the snapshot has the lock now, if it can be had
+        if (!isSecond && m_db.isReplaced())
+            continue; // by the program that had the lock
+        const bool isRead = !m_db.isLocked() && work(m_db);
+        return isRead ? QString() : notRead(m_db);
+    }
 }
 
 QString ShipmentLog::readInTurn(const std::function<bool(const Database &)> &work) const
@@ -233,12 +237,25 @@ QString ShipmentLog::lastError() const
     return m_lastError;
 }
 
+/// Begins a transaction on the file that the path names. While it lasts, no program replaces the file. The caller holds
+/// the connection.
+bool ShipmentLog::begin() const
+{
+    for (bool isSecond = false;; isSecond = true) {
+        const bool isLocked = !isReady() && m_db.isLocked(); // do not wait again
+        if (isLocked || !Statement(m_db, "BEGIN IMMEDIATE").execute())
+            return false;
+        if (isSecond || !m_db.isReplaced())
+            return true;
+        Statement(m_db, "ROLLBACK").execute(); // the program that had the lock has replaced the file
+    }
+}
+
 /// Runs `work` as one transaction; on failure keeps the reason. The caller holds both locks.
 bool ShipmentLog::transact(const std::function<bool(Database &)> &work)
 {
     const auto run = [this](const char *sql) { return Statement(m_db, sql).execute(); };
-    const bool isLocked = !isReady() && m_db.isLocked(); // do not wait again
-    const bool stored = !isLocked && run("BEGIN IMMEDIATE") && work(m_db) && run("COMMIT");
+    const bool stored = begin() && work(m_db) && run("COMMIT");
     if (!stored) {
         const QString reason = reasonOf(m_db);
         qWarning("Parcelory SQL error: %s", qPrintable(reason));
@@ -370,23 +387,10 @@ QString ShipmentLog::replaceFile(const std::function<QString()> &takeLast, const
         if (m_db.isOpen() && !Statement(m_db, "BEGIN EXCLUSIVE").execute() && m_db.isLocked())
             return reasonOf(m_db);
         failure = replace();
-        m_db.reopen();
-        m_isReady = false;
-        m_index.forget();
+        openAgain();
     }
     reload();
     return failure;
-}
-
-LogRead<std::optional<ShipmentRecord>> ShipmentLog::find(const ShipmentRecord &record) const
-{
-    using Row = std::optional<ShipmentRecord>;
-    return read<Row>([&](const Database &db) -> std::optional<Row> {
-        const std::optional<QList<ShipmentRecord>> found = ShipmentLogRows::rowOf(db, record);
-        if (!found)
-            return std::nullopt;
-        return found->isEmpty() ? Row() : Row(found->first());
-    });
 }
 
 } // namespace parcelory

@@ -32,7 +32,8 @@ struct ImportReport {
 };
 
 /// The permanent record of every bought label, in mailing_log.sqlite. Everything but records() and shownSearch() may be
-/// called from any thread; reading and writing wait for the disk, so screens call them through onPool.
+/// called from any thread; reading and writing wait for the disk, so screens call them through onPool. Every call uses
+/// the file that is at the path then: another program may restore a copy at any time.
 class ShipmentLog : public QObject {
     Q_OBJECT
 public:
@@ -64,8 +65,8 @@ public:
     /// Stores the outcome of a refund: in the status, or beside it if the parcel was delivered.
     [[nodiscard]] bool setRefund(const ShipmentRecord &label, RefundState refund);
     [[nodiscard]] bool storeCustomsPDF(const ShipmentRecord &label, const QByteArray &document);
-    /// A record's current row, found by its id, or by its transaction for a label that was just bought; nothing if
-    /// there is no such row.
+    /// A record's current row, found by its id, or by its transaction for a label that was just bought or has another
+    /// id since the log was replaced; nothing if there is no such row.
     LogRead<std::optional<ShipmentRecord>> find(const ShipmentRecord &record) const;
     /// The labels of a day, in the machine's time zone, in the order in which they were bought.
     LogRead<QList<ShipmentRecord>> labelsOf(QDate day) const;
@@ -148,10 +149,15 @@ signals:
     /// The rows could not be read, because another program has locked the log or its file is damaged: records() is
     /// unchanged. `failure` is a sentence.
     void readingFailed(const QString &failure);
+    /// Another program has restored a copy, and the log is the restored file now: records() is still of the former
+    /// file. Emitted on the thread of a call, while that call holds the log: connect with Qt::QueuedConnection.
+    void replacedElsewhere() const;
 
 private:
     class Turn;
     bool isReady() const;
+    void openAgain() const;
+    bool begin() const;
     bool migrate() const;
     void prepare() const;
     static QString reasonOf(const Database &db); ///< why its last statement failed, for the end of a sentence

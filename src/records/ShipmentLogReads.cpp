@@ -62,6 +62,19 @@ private:
 
 } // namespace
 
+QString ShipmentLog::reasonOf(const Database &db)
+{
+    const QString text = db.lastError();
+    return db.isLocked() ? u"another program has it open (%1)"_s.arg(text) : text;
+}
+
+QString ShipmentLog::notRead(const Database &db) const
+{
+    return u"The mailing log could not be read — %1. %2"_s.arg(
+        reasonOf(db), db.isLocked() ? u"Close that program, or wait until it is done, and try again."_s
+                                    : u"Check the disk with %1, and try again."_s.arg(m_path));
+}
+
 QString ShipmentLog::trouble() const
 {
     QString reason;
@@ -86,6 +99,25 @@ QString ShipmentLog::damage() const
 {
     constexpr auto limit = std::chrono::seconds(3); // a label that is stored meanwhile waits for up to five
     return damageIn(m_path, limit);
+}
+
+/// The row with the label's id, unless the log was replaced and another label has that id now.
+LogRead<std::optional<ShipmentRecord>> ShipmentLog::find(const ShipmentRecord &record) const
+{
+    using Row = std::optional<ShipmentRecord>;
+    return read<Row>([&](const Database &db) -> std::optional<Row> {
+        const bool isLabel = record.id && !(record.transactionID.isEmpty() && record.tracking.isEmpty());
+        const std::optional<qint64> id = isLabel ? ShipmentLogRows::idOf(db, record) : record.id;
+        if (!id)
+            return std::nullopt;
+        if (isLabel && !*id)
+            return Row();
+        const std::optional<QList<ShipmentRecord>> found =
+            ShipmentLogRows::rowOf(db, isLabel ? ShipmentRecord{.id = *id} : record);
+        if (!found)
+            return std::nullopt;
+        return found->isEmpty() ? Row() : Row(found->first());
+    });
 }
 
 LogRead<QList<ShipmentRecord>> ShipmentLog::withTransactions(const QStringList &ids, const QDateTime &since) const

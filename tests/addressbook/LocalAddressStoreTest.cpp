@@ -3,6 +3,9 @@
 #include "support/FaultyDisk.h"
 #include "support/RunTask.h"
 #include "support/Table.h"
+#include "support/WaitingRoom.h"
+
+#include <cstdio>
 
 namespace parcelory::test {
 using Removal = LocalAddressStore::Removal;
@@ -18,6 +21,15 @@ struct LocalAddresses : testing::Test {
     {
         settle();
         return store.count;
+    }
+    QString path() const { return folder.filePath(u"Parcelory/addresses.sqlite"_s); }
+    /// Puts another book in the book's place, like another program that restores a copy.
+    void restore(const PostalContact &contact) const
+    {
+        const QTemporaryDir copy;
+        EXPECT_TRUE(LocalAddressStore(QDir(copy.path())).upsert(contact));
+        EXPECT_EQ(std::rename(copy.filePath(u"addresses.sqlite"_s).toUtf8().constData(), path().toUtf8().constData()),
+                  0);
     }
     QString names(const QString &matching = {}) const
     {
@@ -193,6 +205,66 @@ TEST_F(LocalAddresses, AreNotImportedIfTheBookCannotBeReadToItsEnd)
     }
     EXPECT_GT(failures, 5);
     EXPECT_EQ(store.rows().size(), 400);
+}
+
+TEST_F(LocalAddresses, AreThoseThatAnotherProgramHasRestored)
+{
+    const WaitingRoom room;
+    for (const bool isWaiting : {false, true}) {
+        SCOPED_TRACE(isWaiting);
+        LocalAddressStore open{QDir(folder.filePath(u"Parcelory"_s))};
+        const PostalContact ana = at(u"Ana"_s);
+        ASSERT_TRUE(open.upsert(ana));
+        const auto afterRestoring = [&](const PostalContact &contact, const std::function<void()> &work) {
+            Database other(path());
+            if (isWaiting) { // for the program that restores
+                ASSERT_TRUE(other.exec("BEGIN EXCLUSIVE"));
+                WaitingRoom::expect(0, [&] {
+                    restore(contact);
+                    EXPECT_TRUE(other.exec("ROLLBACK"));
+                });
+            } else {
+                restore(contact);
+            }
+            work();
+        };
+        const PostalContact bo = at(u"Bo"_s);
+        afterRestoring(bo, [&] { EXPECT_TRUE(open.upsert(at(u"Cy"_s))); });
+        EXPECT_EQ(names(), u"Bo Cy"_s);
+        afterRestoring(ana, [&] { EXPECT_EQ(open.remove(bo.id), Removal::missing); });
+        afterRestoring(bo, [&] {
+            if (isWaiting)
+                EXPECT_THROW(open.merge({at(u"Dee"_s)}), AppError);
+            EXPECT_EQ(open.merge({at(u"Dee"_s)}).imported, 1);
+        });
+        EXPECT_EQ(names(), u"Bo Dee"_s);
+        if (!isWaiting) {
+            restore(ana);
+            EXPECT_THAT(open.rows(), ElementsAre(ana));
+        }
+        EXPECT_EQ(each(open.rows(), &PostalContact::name).join(u' '), names());
+    }
+}
+
+TEST_F(LocalAddresses, AreNotReplacedWhileAnotherProgramWrites)
+{
+    const WaitingRoom room;
+    LocalAddressStore open{QDir(folder.filePath(u"Parcelory"_s))};
+    int replaced = 0;
+    const auto replace = [&] {
+        ++replaced;
+        Database other(path(), 0ms);
+        EXPECT_FALSE(other.exec("BEGIN IMMEDIATE")) << "no other program begins to write";
+        return QString();
+    };
+    Database other(path());
+    ASSERT_TRUE(other.exec("BEGIN IMMEDIATE"));
+    EXPECT_EQ(open.replaceFile(replace), u"another program has it open (database is locked)"_s);
+    EXPECT_EQ(replaced, 0);
+    ASSERT_TRUE(other.exec("ROLLBACK"));
+    EXPECT_EQ(open.replaceFile(replace), QString());
+    EXPECT_EQ(replaced, 1);
+    EXPECT_TRUE(open.upsert(at(u"Ana"_s)));
 }
 
 TEST_F(LocalAddresses, AreChangedBySeveralThreads)

@@ -8,6 +8,7 @@
 #include "records/PurchaseJournal.h"
 #include "records/RestoreStage.h"
 #include "support/LogFile.h"
+#include "support/WaitingRoom.h"
 
 #include <QLockFile>
 
@@ -202,6 +203,23 @@ TEST(RestoreStage, TheNextStartCompletesOnlyWhatWasBegunAndNotGivenUp)
         EXPECT_EQ(stage.rest(), RestoreStage::Rest::nothing);
     }
     EXPECT_FALSE(records.exists(u"Restoring"_s));
+}
+
+TEST(RestoreStage, TheNextStartReplacesNoFileThatAnotherProgramWrites)
+{
+    const WaitingRoom room;
+    const LogFile file;
+    const QDir records(file.folder.path());
+    const QString present = file.path(u"addresses.sqlite"_s), restored = file.path(u"Restoring/addresses.sqlite"_s);
+    ASSERT_TRUE(records.mkdir(u"Restoring"_s));
+    file.put(u"Restoring/restore.json"_s, "{}");
+    Database other(present);
+    ASSERT_TRUE(Database(restored).exec("CREATE TABLE addresses (id)") && other.exec("BEGIN EXCLUSIVE"));
+    EXPECT_FALSE(RestoreStage::finishInterrupted(records));
+    EXPECT_TRUE(QFile::exists(restored) && !other.isReplaced());
+    ASSERT_TRUE(other.exec("CREATE TABLE addresses (id); COMMIT"));
+    EXPECT_TRUE(RestoreStage::finishInterrupted(records));
+    EXPECT_TRUE(other.isReplaced());
 }
 
 TEST(LogMerge, TakesOverRefundsAndDocumentsAlsoOfLabelsWithAnotherId)

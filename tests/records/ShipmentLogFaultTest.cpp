@@ -34,7 +34,7 @@ QString importFailure(ShipmentLog &log, const QString &path)
 struct UsedLog : LogFile {
     ShipmentLog log{QDir(folder.path())};
 
-    UsedLog() { EXPECT_TRUE(log.insert(shipmentTo(u"Before"_s))); }
+    explicit UsedLog(const QString &recipient = u"Before"_s) { EXPECT_TRUE(log.insert(shipmentTo(recipient))); }
 };
 
 /// The log contains only that row, still reads and writes rows, and its file is intact.
@@ -64,6 +64,64 @@ TEST(ShipmentLog, ReportsALostRowWhenTheLockIsNeverReleased)
     EXPECT_TRUE(importFailure(file.log, file.path(u"log.txt"_s)).contains(u"database is locked"_s));
     ASSERT_TRUE(other.exec("ROLLBACK"));
     expectHealthy(file, file.log);
+}
+
+TEST(ShipmentLog, FollowsAnotherProgramThatRestoresACopy)
+{
+    const WaitingRoom room;
+    const auto restoreAt = [](const LogFile &file, const QString &recipient) { file.replaceWith(UsedLog(recipient)); };
+    for (const bool isWaiting : {false, true}) {
+        SCOPED_TRACE(isWaiting);
+        UsedLog file;
+        int told = 0;
+        QObject::connect(&file.log, &ShipmentLog::replacedElsewhere, [&told] { ++told; });
+        const auto afterRestoring = [&](const QString &recipient, const std::function<void()> &work) {
+            Database other(file.path());
+            if (isWaiting) { // for the program that restores
+                ASSERT_TRUE(other.exec("BEGIN EXCLUSIVE"));
+                WaitingRoom::expect(0, [&] {
+                    restoreAt(file, recipient);
+                    EXPECT_TRUE(other.exec("ROLLBACK"));
+                });
+            } else {
+                restoreAt(file, recipient);
+            }
+            work();
+        };
+        afterRestoring(u"Ana"_s, [&] { EXPECT_TRUE(file.log.insert(shipmentTo(u"After"_s))); });
+        EXPECT_EQ(file.recipients(), (QStringList{u"Ana"_s, u"After"_s}));
+        EXPECT_EQ(shown(file.log), (QStringList{u"After"_s, u"Ana"_s}));
+        afterRestoring(u"Bo"_s, [&] { EXPECT_EQ(rowOf(file.log, 1).recipient, u"Bo"_s); });
+        afterRestoring(u"Cy"_s, [&] { EXPECT_TRUE(file.log.reload()); });
+        EXPECT_EQ(shown(file.log), QStringList{u"Cy"_s});
+        EXPECT_EQ(told, 3);
+        file.put(u"log.txt"_s, mailLine("Dee"));
+        restoreAt(file, u"Di"_s);
+        EXPECT_EQ(file.log.importEndiciaCSV(file.path(u"log.txt"_s)).imported, 1);
+        EXPECT_EQ(file.recipients(), (QStringList{u"Di"_s, u"Dee"_s}));
+        ASSERT_TRUE(QFile::remove(file.path()));
+        EXPECT_FALSE(file.log.insert(shipmentTo(u"Lost"_s)));
+        EXPECT_FALSE(QFile::exists(file.path())) << "a log that is gone is not begun anew";
+    }
+}
+
+TEST(ShipmentLog, FindsALabelThatHasAnotherIdInTheRestoredLog)
+{
+    const LogFile file, copy;
+    ShipmentLog log(QDir(file.folder.path()));
+    ShipmentRecord ana = shipmentTo(u"Ana"_s), bo = shipmentTo(u"Bo"_s);
+    ana.transactionID = transactionId(1);
+    bo.transactionID = transactionId(2);
+    ASSERT_TRUE(log.insert(ana) && log.insert(bo));
+    ana = rowOf(log, 1);
+    bo = rowOf(log, 2);
+    {
+        ShipmentLog restored(QDir(copy.folder.path()));
+        ASSERT_TRUE(restored.insert(bo, false));
+    }
+    file.replaceWith(copy);
+    EXPECT_EQ(log.find(bo)->value_or(ShipmentRecord()).id, 1);
+    EXPECT_FALSE(*log.find(ana)) << "its id is another label's";
 }
 
 TEST(ShipmentLog, TellsTheLastFailureWhileAnotherThreadWrites)

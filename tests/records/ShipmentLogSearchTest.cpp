@@ -158,6 +158,25 @@ TEST(ShipmentLog, SearchesALargeLogThatChanges)
     EXPECT_EQ(found(QString(60000, u'%')), QStringList()); // longer than LIKE allows
 }
 
+TEST(ShipmentLog, SearchesALargeLogThatAnotherProgramHasRestored)
+{
+    const LargeLog file, copy;
+    copy.run("UPDATE shipments SET recipient = 'Cleo ' || id WHERE recipient LIKE 'Ana%'");
+    ShipmentLog log(QDir(file.folder.path()));
+    const auto found = [&log](const QString &search) {
+        EXPECT_TRUE(log.reload(search));
+        workPool().waitForDone();
+        return shown(log);
+    };
+    found(u"Ana 1200"_s);
+    EXPECT_EQ(found(u"Ana 1200"_s), (QStringList{u"Ana 12000"_s, u"Ana 1200"_s}));
+    file.replaceWith(copy);
+    const QStringList restored = {u"Cleo 12000"_s, u"Cleo 1200"_s};
+    EXPECT_EQ(found(u"Cleo 1200"_s), restored);
+    EXPECT_EQ(found(u"Cleo 1200"_s), restored) << "with the new index";
+    EXPECT_EQ(found(u"Ana 1200"_s), QStringList());
+}
+
 TEST(ShipmentLog, DiscardsACanceledSearch)
 {
     const LargeLog file;

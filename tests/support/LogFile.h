@@ -6,6 +6,8 @@
 
 #include <QBuffer>
 
+#include <cstdio>
+
 namespace parcelory::test {
 
 /// A temporary folder with a mailing log, and direct access to the log's file.
@@ -25,6 +27,11 @@ struct LogFile {
         for (Statement rows(db, sql); rows.step();)
             answers += rows.text(0);
         return answers;
+    }
+    /// Puts another file in the log's place, like another program that restores a copy.
+    void replaceWith(const LogFile &copy) const
+    {
+        ASSERT_EQ(std::rename(QFile::encodeName(copy.path()).constData(), QFile::encodeName(path()).constData()), 0);
     }
     QStringList recipients() const { return ask("SELECT recipient FROM shipments ORDER BY id"); }
 };

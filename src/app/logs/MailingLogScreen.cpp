@@ -12,6 +12,7 @@
 #include "core/ports/Prompts.h"
 #include "records/LabelChecks.h"
 #include "records/LabelHistory.h"
+#include "records/LogRead.h"
 #include "records/ShipmentLog.h"
 #include "records/ShipmentRecord.h"
 #include "records/StatusWords.h"
@@ -192,7 +193,11 @@ Task<> MailingLogScreen::reprintCustoms(ShipmentRecord record)
     busy = true;
     const auto done = qScopeGuard([this] { busy = false; });
     say(QString());
-    const auto stored = co_await onPool(m_app.log, &ShipmentLog::customsPDF, record.id);
+    const auto stored = co_await onPool([&log = m_app.log, record] {
+        const auto row = log.find(record);
+        return row.isRead() ? log.customsPDF(row->value_or(ShipmentRecord()).id)
+                            : LogRead<std::optional<QByteArray>>::failed(row.failure());
+    });
     if (!stored.isRead()) {
         fail(u"Customs Docs Reprint"_s, AppError(stored.failure()), Popup::no);
         co_return;

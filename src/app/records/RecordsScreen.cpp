@@ -152,6 +152,15 @@ Task<bool> RecordsScreen::offerIfDamaged()
     co_return true;
 }
 
+void RecordsScreen::takeReplacedRecords()
+{
+    restore.logDamaged = false;
+    restore.bookDamaged = false;
+    report = std::nullopt; // it was about the former log
+    verifyFailure = QString();
+    spawn([this] { return list(); });
+}
+
 QString RecordsScreen::ageText() const
 {
     const std::optional<RecordCopy> last = lastGood();

@@ -50,6 +50,8 @@ public:
     /// At the start: looks for damage of the log and the address book, and chooses the newest good copy if there is
     /// any. True if the clerk can restore it.
     Task<bool> offerIfDamaged();
+    /// Call after another program has restored a copy.
+    void takeReplacedRecords();
     /// "Last good copy 9 hours ago", "No copy yet."
     QString ageText() const;
     /// Until when the records are safe: the time of the newest good copy or, without a copy, of the oldest shown
