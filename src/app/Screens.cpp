@@ -53,10 +53,14 @@ Screens::Screens(AppState &app)
             [this](const ShipmentRecord &record) { spawn([this, record] { return refundSecond(record); }); });
 }
 
+/// The folder of the copies may be on a network disk that does not answer: the clerk hears first what the records tell.
 Task<> Screens::startRecords()
 {
-    const bool isOffered = co_await records.offerIfDamaged();
-    if (!isOffered)
+    const bool isDamaged = co_await records.lookForDamage();
+    if (!isDamaged)
+        spawn([this] { return mailingLog.tellTrouble(); });
+    const bool isOffered = co_await records.offerCopy();
+    if (isDamaged && !isOffered)
         spawn([this] { return mailingLog.tellTrouble(); });
     co_await records.start();
 }

@@ -128,27 +128,42 @@ QString RecordsScreen::damageText() const
                                  : QString();
 }
 
-Task<bool> RecordsScreen::offerIfDamaged()
+void RecordsScreen::tellDamage(const QString &detail)
 {
-    struct Damage {
-        QString log, book;
-        bool isEmpty;
-    };
-    co_await list();
-    const Damage found = co_await onPool(
-        [&app = m_app] { return Damage{app.log.damage(), app.addressBook.damage(), app.log.isEmpty()}; });
-    const std::optional<RecordCopy> last = lastGood();
-    // The program never deletes a row: a file that was emptied looks like a new one.
-    const bool isLogLost = !found.log.isEmpty() || (found.isEmpty && last && last->labels > 0);
-    if (!last || (!isLogLost && found.book.isEmpty()))
-        co_return false;
-    restore.logDamaged = isLogLost;
-    restore.bookDamaged = !found.book.isEmpty();
-    selected = last->folder;
-    const QString detail = isLogLost ? found.log : found.book;
     m_app.errors.record(u"Records"_s, AppError(damageText() + (detail.isEmpty() ? QString() : u" ("_s + detail + u')')),
                         Popup::no);
     emit attentionWanted();
+}
+
+Task<bool> RecordsScreen::lookForDamage()
+{
+    const auto [log, book] =
+        co_await onPool([&app = m_app] { return std::pair(app.log.damage(), app.addressBook.damage()); });
+    restore.logDamaged = !log.isEmpty();
+    restore.bookDamaged = !book.isEmpty();
+    if (restore.isDamaged())
+        tellDamage(log.isEmpty() ? book : log);
+    co_return restore.isDamaged();
+}
+
+Task<bool> RecordsScreen::offerCopy()
+{
+    co_await list();
+    const bool isEmpty = co_await onPool(m_app.log, &ShipmentLog::isEmpty);
+    const std::optional<RecordCopy> last = lastGood();
+    if (!last) {
+        restore.logDamaged = false;
+        restore.bookDamaged = false;
+        co_return false;
+    }
+    // The program never deletes a row: a file that was emptied looks like a new one.
+    if (isEmpty && last->labels > 0 && !restore.logDamaged) {
+        restore.logDamaged = true;
+        tellDamage({});
+    }
+    if (!restore.isDamaged())
+        co_return false;
+    selected = last->folder;
     co_return true;
 }
 

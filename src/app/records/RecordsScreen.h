@@ -47,9 +47,13 @@ public:
     Task<> openRestore();
     /// "The mailing log is damaged — restore a copy."; usually empty.
     QString damageText() const;
-    /// At the start: looks for damage of the log and the address book, and chooses the newest good copy if there is
-    /// any. True if the clerk can restore it.
-    Task<bool> offerIfDamaged();
+    /// At the start: looks for damage of the log and the address book and tells it, without the folder of the copies.
+    /// True if there is any.
+    Task<bool> lookForDamage();
+    /// Then: if the records are damaged or the log has lost all its rows, chooses the newest good copy. True if the
+    /// clerk can restore it. Without a copy, the damage is no longer shown on this page. Waits for the folder of the
+    /// copies, as long as that takes.
+    Task<bool> offerCopy();
     /// Call after another program has restored a copy.
     void takeReplacedRecords();
     /// "Last good copy 9 hours ago", "No copy yet."
@@ -79,6 +83,7 @@ signals:
     void recordsReplaced();
 
 private:
+    void tellDamage(const QString &detail);
     void takeRestore(const RestoreOutcome &outcome);
     Task<> copyDaily();
     Task<> copyIfDue();

@@ -183,9 +183,13 @@ void RecordsPage::refresh()
     m_restored->setText(m_records.restored);
     const QList<RecordCopy> copies = m_records.copies;
     m_copies->setCopies(copies);
-    if (m_copies->chosen().toString() != m_records.selected.value())
+    const bool isOffered = m_copies->chosen().toString() != m_records.selected.value();
+    if (isOffered)
         m_copies->choose(m_records.selected.value());
     m_restore->setEnabled(m_records.canRestore());
+    if (isOffered && m_damage->isVisible() &&
+        m_restore->isEnabled()) // the page was shown before the copies were listed
+        m_restore->setFocus();
     double bytes = 0;
     for (const RecordCopy &copy : copies)
         bytes += copy.bytes();

@@ -1,13 +1,40 @@
-// What all screens do when another program replaces the records.
+// What all screens do at the start, and when another program replaces the records.
 
 #include "app/Screens.h"
 #include "support/AppTest.h"
 #include "support/LogFile.h"
 
 #include <cstdio>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace parcelory::test {
 namespace {
+
+/// A folder of copies on a disk that does not answer: the manifest of a copy can be read only once it is released.
+class SilentFolder {
+public:
+    explicit SilentFolder(const QDir &copies) : m_manifest(QFile::encodeName(copies.filePath(u"silent/copy.json"_s)))
+    {
+        EXPECT_TRUE(copies.mkdir(u"silent"_s) && ::mkfifo(m_manifest.constData(), 0600) == 0);
+    }
+    /// Waits for the reader, and ends the file.
+    void release()
+    {
+        int writer = -1;
+        runUntil([&] {
+            if (writer < 0)
+                writer = ::open(m_manifest.constData(), O_WRONLY | O_NONBLOCK); // refused without a reader
+            return writer >= 0;
+        });
+        ::unlink(m_manifest.constData());
+        ::close(writer);
+    }
+
+private:
+    const QByteArray m_manifest;
+};
 
 class RecordsOfTheDesk : public testing::Test, public CarrierDesk {
 protected:
@@ -33,6 +60,38 @@ protected:
 };
 
 } // namespace
+
+TEST_F(RecordsOfTheDesk, TellWhatIsWrongBeforeTheFolderOfTheCopiesAnswers)
+{
+    EXPECT_TRUE(app->log.insert(shipmentTo(u"Jo"_s), false));
+    const RecordCopy good = app->copies.make(CopyReason::byHand, clock.now());
+    ASSERT_EQ(good.failure, QString());
+    for (const bool isDamaged : {true, false}) {
+        SCOPED_TRACE(isDamaged);
+        start([&] {
+            const QString log = file(u"mailing_log.sqlite"_s);
+            ASSERT_TRUE(isDamaged ? QFile::resize(log, QFileInfo(log).size() / 2)
+                                  : QFile::remove(log) && QDir().mkdir(log)); // it cannot be opened
+        });
+        bool isShown = false, isStarted = false;
+        QObject::connect(&records(), &RecordsScreen::attentionWanted, [&] { isShown = true; });
+        SilentFolder silent(app->copies.folder());
+        spawn([&]() -> Task<> {
+            co_await screens->startRecords();
+            isStarted = true;
+        });
+        runUntil([&] { return isDamaged ? isShown : !prompts.alerts.isEmpty(); });
+        EXPECT_FALSE(isStarted);
+        EXPECT_EQ(isShown, isDamaged);
+        EXPECT_EQ(records().damageText(), isDamaged ? u"The mailing log is damaged — restore a copy."_s : QString());
+        EXPECT_EQ(records().selected.value(), QString());
+        silent.release();
+        runUntil([&] { return isStarted; });
+        EXPECT_EQ(records().selected.value(), isDamaged ? good.folder : QString());
+        EXPECT_EQ(prompts.alerts.size(), isDamaged ? 0 : 1);
+        ASSERT_TRUE(QDir(app->copies.folder().filePath(u"silent"_s)).removeRecursively());
+    }
+}
 
 TEST_F(RecordsOfTheDesk, AreShownAsAnotherProgramHasRestoredThem)
 {
