@@ -31,9 +31,6 @@ struct DraftFile {
 DraftStore::DraftStore(const QDir &folder)
     : m_folder(folder), m_owner(folder.filePath(u"label_draft.lock"_s)), m_file(folder.filePath(u"label_draft.json"_s))
 {
-    // A running program's lock is never stale, however old: the system holds it, too. A lock that came with the files
-    // from another computer is.
-    m_owner.setStaleLockTime(std::chrono::hours(1));
 }
 
 std::optional<StoredDraft> DraftStore::read()

@@ -1,12 +1,12 @@
 #pragma once
 
 #include "core/JsonFile.h"
+#include "core/OwnerLock.h"
 #include "core/RecordField.h"
 #include "core/ShippoAddress.h"
 
 #include <QDateTime>
 #include <QDir>
-#include <QLockFile>
 #include <QUuid>
 
 #include <mutex>
@@ -89,7 +89,7 @@ private:
 
     const QDir m_folder;
     mutable std::mutex m_access;
-    QLockFile m_owner; ///< tells another program that this one has the draft
+    OwnerLock m_owner; ///< tells another program that this one has the draft
     std::optional<StoredDraft> m_stored;
     JsonFile m_file;
 };

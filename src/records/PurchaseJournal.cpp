@@ -123,9 +123,6 @@ PurchaseJournal::PurchaseJournal(const QDir &folder, std::chrono::milliseconds p
     : m_folder(folder), m_path(folder.filePath(u"purchase_journal.sqlite"_s)), m_patience(patience),
       m_owner(folder.filePath(u"purchase_journal.lock"_s))
 {
-    // A running program's lock is never stale, however old: the system holds it, too. A lock that came with the files
-    // from another computer is.
-    m_owner.setStaleLockTime(std::chrono::hours(1));
 }
 
 /// The caller holds the lock.

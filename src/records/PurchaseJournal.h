@@ -1,12 +1,12 @@
 #pragma once
 
+#include "core/OwnerLock.h"
 #include "core/ShippoAddress.h"
 #include "core/Sqlite.h"
 #include "records/ShipmentRecord.h"
 
 #include <QDir>
 #include <QList>
-#include <QLockFile>
 
 #include <chrono>
 #include <mutex>
@@ -96,7 +96,7 @@ private:
     const QString m_path;
     const std::chrono::milliseconds m_patience;
     mutable std::mutex m_access;
-    QLockFile m_owner;              ///< tells other copies of this program who has the journal open
+    OwnerLock m_owner;              ///< tells other copies of this program who has the journal open
     std::optional<Database> m_db;   ///< present only if it can be written
     QString m_obstacle;             ///< why it could not be opened
     QString m_refusal;              ///< the same, while it is being opened

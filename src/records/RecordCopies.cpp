@@ -3,13 +3,13 @@
 #include "core/DiskSync.h"
 #include "core/FileHash.h"
 #include "core/Json.h"
+#include "core/OwnerLock.h"
 #include "core/PrivateFiles.h"
 #include "core/Sqlite.h"
 #include "core/SqliteCheck.h"
 
 #include <QFile>
 #include <QFileInfo>
-#include <QLockFile>
 #include <QSaveFile>
 #include <QStorageInfo>
 #include <QTemporaryDir>
@@ -60,9 +60,6 @@ class Copying {
 public:
     explicit Copying(const QDir &records) : m_lock(records.filePath(u"copying.lock"_s))
     {
-        // A killed program's lock is not known by its process id if the computer has another name since, or if the file
-        // was left empty. A running program's lock is never stale: the system holds it, too.
-        m_lock.setStaleLockTime(std::chrono::hours(1));
         if (!m_lock.tryLock(0) && m_lock.error() == QLockFile::LockFailedError) {
             m_obstacle = u"another Parcelory copies the records"_s;
             return;
@@ -75,7 +72,7 @@ public:
     const QString &obstacle() const { return m_obstacle; }
 
 private:
-    QLockFile m_lock;
+    OwnerLock m_lock;
     QString m_obstacle;
 };
 

@@ -31,9 +31,6 @@ const QString journalName = u"purchase_journal.sqlite"_s;
 
 constexpr auto longestSwap = std::chrono::seconds(5);  ///< of another program
 constexpr auto longestWrite = std::chrono::seconds(1); ///< of another program, for each file; longer only in an import
-/// A running program's lock is never stale, however old: the system holds it, too. A lock that came with the files from
-/// another computer is.
-constexpr auto staleAge = std::chrono::hours(1);
 
 /// Replaces an existing file, which QFile::rename does not.
 bool replaceFile(const QString &from, const QString &to)
@@ -179,7 +176,6 @@ bool isUntouched(const StoredNote &note, const QDir &folder)
 RestoreStage::RestoreStage(const QDir &records)
     : m_records(records), m_folder(records.filePath(folderName)), m_lock(records.filePath(lockName))
 {
-    m_lock.setStaleLockTime(staleAge);
     if (!m_lock.tryLock(0)) {
         m_obstacle = m_lock.error() == QLockFile::LockFailedError ? u"another Parcelory restores a copy"_s
                                                                   : u"the folder of the records can't be written"_s;
@@ -286,8 +282,7 @@ std::optional<RestoreNote> RestoreStage::finishInterrupted(const QDir &records)
     const QDir folder(records.filePath(folderName));
     if (!folder.exists())
         return std::nullopt;
-    QLockFile lock(records.filePath(lockName));
-    lock.setStaleLockTime(staleAge);
+    OwnerLock lock(records.filePath(lockName));
     if (!lock.tryLock(hasNote(folder) ? longestSwap : std::chrono::milliseconds(0)))
         return std::nullopt; // another program restores a copy
     if (!hasNote(folder)) {

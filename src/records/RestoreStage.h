@@ -1,12 +1,12 @@
 #pragma once
 
+#include "core/OwnerLock.h"
 #include "core/Progress.h"
 #include "core/RecordField.h"
 #include "records/RecordCopies.h"
 
 #include <QDateTime>
 #include <QDir>
-#include <QLockFile>
 #include <QString>
 
 #include <optional>
@@ -70,7 +70,7 @@ private:
 
     const QDir m_records;
     const QDir m_folder;
-    QLockFile m_lock; ///< keeps a second program from taking the folder for a leftover
+    OwnerLock m_lock; ///< keeps a second program from taking the folder for a leftover
     QString m_obstacle;
     Rest m_rest = Rest::nothing;
 };
