@@ -36,6 +36,7 @@ inline const Setting<QString> spendGuardAbove{u"spendGuard.above"_s, u"100.00"_s
 inline const Setting<bool> spendGuardNamesCheaper{u"spendGuard.namesCheaper"_s, true};
 inline const Setting<bool> spendGuardWantsReference{u"spendGuard.wantsReference"_s, false};
 
+inline const Setting<QString> storageChecked{u"ui.storageChecked"_s, {}}; ///< when; see SettingsScreen::checkStorage
 inline const Setting<bool> showAddressSidebar{u"ui.showAddressSidebar"_s, true};
 inline const Setting<QString> addressBookMode{u"addressbook.mode"_s, u"endicia"_s}; ///< or "deskline"
 inline const Setting<QByteArray> windowGeometry{u"ui.windowGeometry"_s, {}};

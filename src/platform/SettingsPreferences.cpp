@@ -6,6 +6,7 @@
 #include <QStandardPaths>
 
 #include <mutex>
+#include <tuple>
 #include <utility>
 
 namespace parcelory {
@@ -50,12 +51,27 @@ void clear(const QStringList &files)
     }
 }
 
+QHash<QString, QVariant> valuesIn(const QSettings &settings)
+{
+    QHash<QString, QVariant> all;
+    for (const QString &key : settings.allKeys())
+        all.insert(key, settings.value(key));
+    return all;
+}
+
+/// Without the values of the whole system.
+std::unique_ptr<QSettings> withoutFallbacks(std::unique_ptr<QSettings> settings)
+{
+    settings->setFallbacksEnabled(false);
+    return settings;
+}
+
 } // namespace
 
 SettingsPreferences::SettingsPreferences()
     : SettingsPreferences([] {
           clear(userFiles());
-          return std::make_unique<QSettings>(organization, application);
+          return withoutFallbacks(std::make_unique<QSettings>(organization, application));
       })
 {
 }
@@ -63,32 +79,49 @@ SettingsPreferences::SettingsPreferences()
 SettingsPreferences::SettingsPreferences(const QString &iniFile)
     : SettingsPreferences([iniFile] {
           clear({iniFile});
-          return std::make_unique<QSettings>(iniFile, QSettings::IniFormat);
+          return withoutFallbacks(std::make_unique<QSettings>(iniFile, QSettings::IniFormat));
       })
 {
 }
 
-SettingsPreferences::SettingsPreferences(Open open) : m_open(std::move(open)), m_settings(m_open()) {}
+SettingsPreferences::SettingsPreferences(Open open) : m_open(std::move(open)), m_values(valuesIn(*m_open())) {}
 
 QVariant SettingsPreferences::value(const QString &key) const
 {
     const std::lock_guard lock(m_access);
-    return m_settings->value(stored(key));
+    return m_values.value(stored(key));
 }
 
 void SettingsPreferences::setValue(const QString &key, const QVariant &value)
 {
     const std::lock_guard lock(m_access);
-    m_settings->setValue(stored(key), value);
+    m_values[stored(key)] = value;
+    m_changed[stored(key)] = value;
+    if (!std::exchange(m_isPosted, true))
+        m_queue.post([this] { std::ignore = synchronize(); }); // a caller that must know asks again
 }
 
 bool SettingsPreferences::synchronize()
 {
+    const std::lock_guard disk(m_disk);
+    Values changed;
+    {
+        const std::lock_guard lock(m_access);
+        changed = m_changed;
+        m_isPosted = false;
+    }
+    const std::unique_ptr<QSettings> settings = m_open(); // QSettings does not forget a failure that is over
+    for (const auto &[key, value] : changed.asKeyValueRange())
+        settings->setValue(key, value);
+    settings->sync();
+    if (settings->status() != QSettings::NoError || !settings->isWritable())
+        return false;
+    Values values = valuesIn(*settings);
     const std::lock_guard lock(m_access);
-    m_settings->sync();
-    const std::unique_ptr<QSettings> now = m_open(); // QSettings does not forget a failure that is over
-    now->sync();                                     // all objects of one file share their changes
-    return now->status() == QSettings::NoError && now->isWritable();
+    m_changed.removeIf([&](const auto &entry) { return changed.value(entry.key()) == entry.value(); });
+    values.insert(m_changed); // since then
+    m_values = values;
+    return true;
 }
 
 } // namespace parcelory

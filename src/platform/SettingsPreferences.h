@@ -1,7 +1,9 @@
 #pragma once
 
+#include "core/SerialQueue.h"
 #include "core/ports/Preferences.h"
 
+#include <QHash>
 #include <QSettings>
 
 #include <functional>
@@ -11,7 +13,8 @@
 namespace parcelory {
 
 /// Preferences in the platform's per-user store, or in an INI file. A pipe, a folder or a huge file in place of the
-/// file is renamed: QSettings would read it before the window opens.
+/// file is renamed: QSettings would read it before the window opens. Values are in memory; a thread of its own writes
+/// changes, so that neither value() nor setValue() waits for the disk.
 class SettingsPreferences : public Preferences {
 public:
     SettingsPreferences(); ///< the user's store
@@ -23,11 +26,16 @@ public:
 
 private:
     using Open = std::function<std::unique_ptr<QSettings>()>;
+    using Values = QHash<QString, QVariant>;
     explicit SettingsPreferences(Open open);
 
     const Open m_open;
-    mutable std::mutex m_access;
-    const std::unique_ptr<QSettings> m_settings; ///< of the thread whose event loop writes changes
+    std::mutex m_disk;           ///< while the store is written and read
+    mutable std::mutex m_access; ///< never held during a wait for the disk
+    Values m_values;
+    Values m_changed; ///< what the store has not taken yet
+    bool m_isPosted = false;
+    SerialQueue m_queue;
 };
 
 } // namespace parcelory

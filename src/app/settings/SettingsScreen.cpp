@@ -6,6 +6,7 @@
 #include "core/Setting.h"
 #include "core/SettingsKeys.h"
 #include "core/Task.h"
+#include "core/ports/Clock.h"
 #include "core/ports/Preferences.h"
 #include "core/ports/Prompts.h"
 #include "devices/PrinterState.h"
@@ -70,13 +71,18 @@ SettingsScreen::SettingsScreen(AppState &app) : testLabel(app), m_app(app)
 template <class T>
 void SettingsScreen::store(QProperty<T> &property, const Setting<T> &setting)
 {
-    m_notifiers.push_back(
-        property.addNotifier([this, &property, &setting] { write(m_app.platform.preferences, setting, property); }));
+    m_notifiers.push_back(property.addNotifier([this, &property, &setting] {
+        write(m_app.platform.preferences, setting, property);
+        spawn([this] { return checkStorage(); });
+    }));
 }
 
 Task<> SettingsScreen::checkStorage()
 {
-    if (!co_await onPool(m_app.platform.preferences, &Preferences::synchronize))
+    Preferences &preferences = m_app.platform.preferences;
+    write(preferences, settings::storageChecked, m_app.platform.clock.now().toString(Qt::ISODate)); // shows a full disk
+    const bool isStored = co_await onPool(preferences, &Preferences::synchronize);
+    if (!isStored && !std::exchange(m_isStorageTold, true))
         m_app.recorded(u"Settings"_s, AppError(settings::notStored), Popup::yes);
 }
 

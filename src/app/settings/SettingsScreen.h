@@ -42,7 +42,7 @@ public:
     // Used if a sender profile leaves these blank.
     Observed<QString> fallbackEmail{this}, fallbackPhone{this};
 
-    /// Tells the clerk if settings cannot be stored.
+    /// Tells the clerk if settings cannot be stored, once. At the start, and after each change on this screen.
     Task<> checkStorage();
 
     QStringList labelPrinterChoices() const;
@@ -78,6 +78,7 @@ private:
 
     AppState &m_app;
     bool m_discovered = false;
+    bool m_isStorageTold = false;
     std::vector<QPropertyNotifier> m_notifiers;
 };
 
