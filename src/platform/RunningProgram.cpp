@@ -5,6 +5,7 @@
 #include <QFile>
 #include <QLocalSocket>
 #include <QScopeGuard>
+#include <QStandardPaths>
 
 #include <algorithm>
 #include <utility>
@@ -14,7 +15,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// In the data folder, or in the folder of temporary files if the path would be too long for a socket.
+/// In the data folder, or in the user's folder for sockets if the path would be too long for one.
 QString socketPath(const QDir &dataFolder)
 {
     constexpr qsizetype longestPath = 103; // bytes, on macOS; Linux takes four more
@@ -23,7 +24,8 @@ QString socketPath(const QDir &dataFolder)
     if (bytes.size() <= longestPath)
         return path;
     const QByteArray hash = QCryptographicHash::hash(bytes, QCryptographicHash::Sha256).toHex();
-    return QDir::temp().filePath(u"parcelory-%1.socket"_s.arg(QLatin1StringView(hash.first(16))));
+    const QDir folder(QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation));
+    return folder.filePath(u"parcelory-%1.socket"_s.arg(QLatin1StringView(hash.first(16))));
 }
 
 } // namespace
