@@ -43,6 +43,32 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+/// How many owners lead from a dialog to the window; 0 if the dialog is not the window's.
+int stepsTo(const QWidget *window, const QWidget *dialog)
+{
+    int steps = 0;
+    for (const QWidget *owner = dialog; owner; owner = owner->parentWidget(), ++steps) {
+        if (owner == window)
+            return steps;
+    }
+    return 0;
+}
+
+/// The last dialog over the window, which has the window's keys; without a dialog, the window.
+QWidget *frontOf(QWidget *window)
+{
+    QWidget *front = window;
+    int farthest = 0;
+    for (QWidget *dialog : QApplication::topLevelWidgets()) {
+        const int steps = dialog->isModal() && dialog->isVisible() ? stepsTo(window, dialog) : 0;
+        if (steps > farthest) {
+            farthest = steps;
+            front = dialog;
+        }
+    }
+    return front;
+}
+
 constexpr QSize leastSize(1024, 680);
 constexpr int lowestHeight = 604; ///< of a screen with 800 lines at 125 %: what is higher than this scrolls
 
@@ -221,9 +247,7 @@ void MainWindow::bringToFront(QWidget *window)
     window->setWindowState(window->windowState() & ~Qt::WindowMinimized);
     window->show();
     window->raise();
-    QWidget *dialog = QApplication::activeModalWidget(); // it keeps the keys of the window that it belongs to
-    const bool isIts = dialog && dialog->parentWidget() && dialog->parentWidget()->window() == window;
-    (isIts ? dialog : window)->activateWindow();
+    frontOf(window)->activateWindow();
 }
 
 void MainWindow::openWindow(const QString &identifier)
