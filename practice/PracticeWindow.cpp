@@ -55,6 +55,7 @@ int runPracticeWindow(const QString &folder)
     spawn([&] { return fillMonth(program.app().log, desk.carrier(), desk.platform().clock.now()); });
     const int status = QApplication::exec();
     running.stop();
+    desk.platform().application.quitWithin(Program::longestEnd);
     return status;
 }
 

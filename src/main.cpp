@@ -21,7 +21,6 @@
 #include <QApplication>
 #include <QTextStream>
 
-#include <chrono>
 #include <cstdio>
 #include <memory>
 
@@ -95,9 +94,6 @@ void quietLibraries()
     });
 }
 
-/// Longer than a print tool, the slowest work that the end waits for: see its limit in SystemProcesses.
-constexpr std::chrono::minutes longestEnd{1};
-
 int runWindow()
 {
     Program::makeLook();
@@ -114,7 +110,7 @@ int runWindow()
     const int status = QApplication::exec();
     running.stop(); // a start during the end opens its own window
     // Work that hangs, as on a dead network disk, would keep the purchase journal locked for the next start.
-    system.platform().application.quitWithin(longestEnd);
+    system.platform().application.quitWithin(Program::longestEnd);
     return status;
 }
 

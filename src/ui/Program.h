@@ -6,11 +6,18 @@
 #include "ui/WindowPrompts.h"
 #include "ui/theme/SystemAppearance.h"
 
+#include <chrono>
+#include <memory>
+
 namespace parcelory {
 
 /// The running program with its window: services, screen models and views over one Platform.
 class Program {
 public:
+    /// How long the end waits for work after the window is gone. A print job is the longest that must be noted: up to
+    /// four tools (LabelPrinter::toolLimit), and the log.
+    static constexpr std::chrono::minutes longestEnd{3};
+
     /// Call after makeLook(). `prompts` is the object in `platform`; `signInNote` is an extra line on the sign-in page.
     Program(Platform &platform, WindowPrompts &prompts, const QString &signInNote = {});
     ~Program();
