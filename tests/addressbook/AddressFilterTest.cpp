@@ -6,8 +6,6 @@
 #include <QRandomGenerator>
 #include <QRegularExpression>
 
-#include <vector>
-
 namespace parcelory::test {
 namespace {
 

@@ -8,8 +8,6 @@
 
 #include <QStringEncoder>
 
-#include <string>
-
 namespace parcelory::test {
 namespace {
 

@@ -5,8 +5,6 @@
 #include "support/Table.h"
 #include "support/WaitingRoom.h"
 
-#include <cstdio>
-
 namespace parcelory::test {
 using Removal = LocalAddressStore::Removal;
 

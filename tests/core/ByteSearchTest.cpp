@@ -3,9 +3,6 @@
 
 #include <QRandomGenerator>
 
-#include <cstddef>
-#include <string>
-
 namespace parcelory::test {
 
 TEST(ByteSearch, FindsEveryPlaceInBlocksOfAnySize)

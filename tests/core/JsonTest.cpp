@@ -6,7 +6,6 @@
 #include <QTimeZone>
 
 #include <map>
-#include <string>
 
 namespace parcelory::test {
 namespace {

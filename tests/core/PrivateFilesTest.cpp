@@ -7,8 +7,6 @@
 #include <QScopeGuard>
 #include <sys/stat.h>
 
-#include <cstdio>
-
 namespace parcelory::test {
 namespace {
 

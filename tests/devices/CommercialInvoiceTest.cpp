@@ -8,7 +8,6 @@
 #include <QRegularExpression>
 
 #include <cstdlib>
-#include <thread>
 
 namespace parcelory::test {
 namespace {

@@ -4,9 +4,6 @@
 #include "support/FakePlatform.h"
 #include "support/Table.h"
 
-#include <string>
-#include <vector>
-
 namespace parcelory::test {
 namespace {
 

@@ -7,8 +7,6 @@
 
 #include <ZXing/ReadBarcode.h>
 
-#include <thread>
-
 namespace parcelory::test {
 namespace {
 

@@ -11,8 +11,6 @@
 #undef signals
 #include "practice/LoopbackServer.h"
 
-#include <string>
-
 namespace parcelory::test {
 
 extern QString webFolder;

@@ -2,8 +2,6 @@
 #include "devices/ScaleReport.h"
 #include "support/Test.h"
 
-#include <cstddef>
-
 namespace parcelory::test {
 namespace {
 

@@ -10,10 +10,6 @@
 #undef signals
 #include <libsecret/secret.h>
 
-#include <atomic>
-#include <thread>
-#include <vector>
-
 namespace parcelory::test {
 namespace {
 

@@ -29,12 +29,6 @@
 
 #include <sys/stat.h>
 
-#include <atomic>
-#include <future>
-#include <mutex>
-#include <string>
-#include <thread>
-
 namespace parcelory::test {
 
 TEST(SystemClock, CallsNoCanceledTimer)

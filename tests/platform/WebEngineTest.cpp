@@ -19,8 +19,6 @@
 #include <QDirIterator>
 #include <QStandardPaths>
 
-#include <csignal>
-
 namespace parcelory::test {
 
 QString webFolder; ///< outlives every engine, because engines keep writing for a moment

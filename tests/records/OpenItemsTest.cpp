@@ -9,7 +9,6 @@
 #include <QTimeZone>
 
 #include <deque>
-#include <random>
 
 namespace parcelory::test {
 namespace {

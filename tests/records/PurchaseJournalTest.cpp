@@ -4,8 +4,6 @@
 #include "core/Sqlite.h"
 #include "support/FaultyDisk.h"
 
-#include <thread>
-
 namespace parcelory::test {
 namespace {
 

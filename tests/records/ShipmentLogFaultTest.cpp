@@ -9,11 +9,6 @@
 #include <QScopeGuard>
 #include <unistd.h>
 
-#include <atomic>
-#include <csignal>
-#include <future>
-#include <thread>
-
 namespace parcelory::test {
 namespace {
 

@@ -3,9 +3,6 @@
 #include "support/Table.h"
 
 #include <array>
-#include <mutex>
-#include <random>
-#include <vector>
 
 namespace parcelory::test {
 namespace {

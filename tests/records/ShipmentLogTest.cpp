@@ -9,8 +9,6 @@
 
 #include <QBuffer>
 
-#include <future>
-
 namespace parcelory::test {
 namespace {
 

@@ -1,8 +1,6 @@
 #include "shell/CommandLine.h"
 #include "support/Table.h"
 
-#include <vector>
-
 namespace parcelory::test {
 namespace {
 

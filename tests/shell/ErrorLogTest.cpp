@@ -6,12 +6,8 @@
 
 #include <QTimeZone>
 
-#include <cstddef>
 #include <exception>
 #include <stdexcept>
-#include <string>
-#include <thread>
-#include <vector>
 
 namespace parcelory::test {
 namespace {

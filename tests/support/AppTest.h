@@ -6,9 +6,11 @@
 #include "app/AppState.h"
 #include "app/Screens.h"
 #include "app/addressbook/AddressBook.h"
+#include "app/label/DraftKeeper.h"
 #include "app/logs/MailingLogScreen.h"
 #include "app/logs/MasterLogScreen.h"
 #include "app/purchase/Purchases.h"
+#include "app/records/RecordsScreen.h"
 #include "app/scanform/ScanFormScreen.h"
 #include "app/settings/KeysScreen.h"
 #include "app/settings/SettingsScreen.h"
@@ -20,6 +22,7 @@
 #include "compose/Mailpieces.h"
 #include "compose/Services.h"
 #include "core/PostalContact.h"
+#include "core/SaveFile.h"
 #include "core/SettingsKeys.h"
 #include "core/Sqlite.h"
 #include "core/StatusKind.h"
@@ -27,6 +30,7 @@
 #include "core/ports/Preferences.h"
 #include "core/ports/ProcessRunner.h"
 #include "core/ports/Prompts.h"
+#include "devices/Zpl.h"
 #include "records/BoxProfile.h"
 #include "records/PurchaseJournal.h"
 #include "records/ScanForms.h"
@@ -36,10 +40,9 @@
 #include "support/HeldPool.h"
 #include "support/LabelDesk.h"
 #include "support/LogFile.h"
+#include "support/MailingLogDesk.h"
 
-#include <cstddef>
-#include <string>
-#include <vector>
+#include <QProcess>
 // IWYU pragma: end_exports
 
 namespace parcelory::test {

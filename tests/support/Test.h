@@ -13,13 +13,23 @@
 #include <QTemporaryDir>
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
+#include <csignal>
+#include <cstddef>
+#include <cstdio>
 #include <functional>
+#include <future>
 #include <iterator>
 #include <memory>
+#include <mutex>
 #include <optional>
+#include <random>
+#include <string>
+#include <thread>
 #include <tuple>
 #include <utility>
+#include <vector>
 // IWYU pragma: end_exports
 
 namespace parcelory::test {

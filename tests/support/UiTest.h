@@ -4,12 +4,15 @@
 
 // IWYU pragma: begin_exports
 #include "support/AppTest.h"
+#include "support/OtherValues.h"
 #include "support/WindowDesk.h"
+#include "ui/log/MailingLogView.h"
 #include "ui/parts/ComboBox.h"
 #include "ui/parts/DateField.h"
 #include "ui/parts/Notice.h"
 #include "ui/parts/RowTable.h"
 #include "ui/parts/TextLabel.h"
+#include "ui/theme/Theme.h"
 
 #include <QAction>
 #include <QLabel>

@@ -1,6 +1,5 @@
 #include "ui/parts/Accessibility.h"
 #include "support/UiTest.h"
-#include "ui/theme/Theme.h"
 
 #include <QApplication>
 #include <QDBusArgument>
@@ -11,8 +10,6 @@
 #include <QDBusReply>
 #include <QDBusVariant>
 #include <QStandardPaths>
-
-#include <cstdio>
 
 // The window as a screen reader finds it: over the accessibility bus, by the protocol that screen readers speak.
 

@@ -7,7 +7,6 @@
 #include "support/UiTest.h"
 #include "ui/LabelWindow.h"
 #include "ui/ReviewDialog.h"
-#include "ui/log/MailingLogView.h"
 #include "ui/preview/FindingList.h"
 #include "ui/preview/LabelSheet.h"
 #include "ui/preview/LabelThumbnail.h"

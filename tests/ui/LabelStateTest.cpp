@@ -1,4 +1,3 @@
-#include "support/OtherValues.h"
 #include "support/UiTest.h"
 #include "ui/log/ShipmentTexts.h"
 

@@ -1,10 +1,8 @@
 #include "support/UiTest.h"
 #include "ui/ErrorLogWindow.h"
-#include "ui/log/MailingLogView.h"
 #include "ui/log/OpenItemsTable.h"
 #include "ui/log/ShipmentTable.h"
 #include "ui/parts/SearchField.h"
-#include "ui/theme/Theme.h"
 
 #include <QHelpEvent>
 #include <QPushButton>

@@ -1,10 +1,7 @@
 #include "practice/PracticeDay.h"
 #include "practice/PracticeMonth.h"
-#include "support/OtherValues.h"
 #include "support/UiTest.h"
-#include "ui/log/MailingLogView.h"
 #include "ui/parts/WindowSize.h"
-#include "ui/theme/Theme.h"
 #include "ui/theme/Tokens.h"
 
 #include <QAbstractButton>

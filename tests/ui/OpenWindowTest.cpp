@@ -1,5 +1,4 @@
 #include "core/Observable.h"
-#include "support/OtherValues.h"
 #include "support/UiTest.h"
 #include "support/WindowText.h"
 #include "ui/MainWindow.h"

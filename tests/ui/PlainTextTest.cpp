@@ -2,7 +2,6 @@
 // picture in a customer's name must not be fetched, and a tag must not hide a word.
 
 #include "core/Observable.h"
-#include "support/OtherValues.h"
 #include "support/UiTest.h"
 
 #include <QAbstractItemView>

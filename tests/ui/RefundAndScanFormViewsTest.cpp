@@ -1,5 +1,4 @@
 #include "support/UiTest.h"
-#include "ui/log/MailingLogView.h"
 #include "ui/log/ShipmentTable.h"
 #include "ui/parts/BusyBar.h"
 #include "ui/theme/Tokens.h"

@@ -2,7 +2,6 @@
 #include "practice/backoffice/PracticeBackOffice.h"
 #include "support/UiTest.h"
 
-#include <QMenu>
 #include <QPlainTextEdit>
 #include <QSpinBox>
 #include <QVBoxLayout>

@@ -4,7 +4,6 @@
 #include <QShortcut>
 
 #include <array>
-#include <random>
 
 // Random traces of a typing clerk and a scanner, in the fields of the real window. PARCELORY_SCAN_TRACES is the number
 // of traces; PARCELORY_SCAN_TRACE is the only trace to run.

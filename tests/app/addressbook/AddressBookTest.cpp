@@ -1,6 +1,5 @@
 // The address book as the screens use it: over a real store, beside the label screen.
 
-#include "core/SaveFile.h"
 #include "support/AppTest.h"
 #include "support/WaitingRoom.h"
 

@@ -2,7 +2,6 @@
 #include "app/endofday/DayTexts.h"
 #include "app/endofday/EndOfDayScreen.h"
 #include "support/AppTest.h"
-#include "support/MailingLogDesk.h"
 
 namespace parcelory::test {
 namespace {

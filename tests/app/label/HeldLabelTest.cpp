@@ -2,7 +2,6 @@
 #include "app/purchase/LabelDoubts.h"
 #include "app/purchase/LabelVerdictTexts.h"
 #include "app/purchase/ReprintCheck.h"
-#include "devices/Zpl.h"
 #include "practice/carrier/PracticeLabel.h"
 #include "practice/carrier/PracticePdf.h"
 #include "records/LabelVerdicts.h"

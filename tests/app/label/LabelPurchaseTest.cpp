@@ -2,7 +2,6 @@
 #include "app/purchase/CustomsPapers.h"
 #include "app/purchase/PurchaseFlow.h"
 #include "app/purchase/PurchaseTexts.h"
-#include "devices/Zpl.h"
 #include "support/AppTest.h"
 
 #include <QDirIterator>

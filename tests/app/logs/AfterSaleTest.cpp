@@ -1,10 +1,8 @@
 // Refunds, delivery status, export and master log: the real screens over the practice carrier.
 
-#include "core/SaveFile.h"
 #include "records/ShipmentStatus.h"
 #include "support/AppTest.h"
 #include "support/FaultyDisk.h"
-#include "support/MailingLogDesk.h"
 
 #include <sys/stat.h>
 

@@ -1,11 +1,9 @@
 // The program is killed during an operation; the next start must find the true state.
 
-#include "core/SaveFile.h"
 #include "support/AppTest.h"
 
 #include <unistd.h>
 
-#include <csignal>
 #include <limits>
 
 namespace parcelory::test {

@@ -1,9 +1,7 @@
 // Another program holds a lock of the mailing log for a while during each operation: every message is true, the clerk
 // waits for it once, and nothing is lost.
 
-#include "core/SaveFile.h"
 #include "support/AppTest.h"
-#include "support/MailingLogDesk.h"
 #include "support/WaitingRoom.h"
 
 namespace parcelory::test {

@@ -1,7 +1,5 @@
 #include "app/logs/TrackPage.h"
-#include "devices/Zpl.h"
 #include "support/AppTest.h"
-#include "support/MailingLogDesk.h"
 
 #include <QSemaphore>
 

@@ -1,9 +1,7 @@
 #include "app/openitems/OpenItemsScreen.h"
 #include "app/openitems/TrackingWatch.h"
-#include "app/records/RecordsScreen.h"
 #include "records/OpenItems.h"
 #include "support/AppTest.h"
-#include "support/MailingLogDesk.h"
 
 namespace parcelory::test {
 namespace {

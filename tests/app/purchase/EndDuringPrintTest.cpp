@@ -4,7 +4,6 @@
 #include "records/LabelEvents.h"
 #include "records/LabelHistory.h"
 #include "support/AppTest.h"
-#include "support/MailingLogDesk.h"
 
 #include <QSemaphore>
 

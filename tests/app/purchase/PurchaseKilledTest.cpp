@@ -1,13 +1,8 @@
 // The program is killed at every step of a purchase; after the next start, every label is logged exactly once.
 
-#include "app/label/DraftKeeper.h"
 #include "support/AppTest.h"
 
-#include <QProcess>
 #include <QSet>
-
-#include <csignal>
-#include <random>
 
 namespace parcelory::test {
 namespace {

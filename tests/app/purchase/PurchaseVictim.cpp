@@ -2,14 +2,11 @@
 // after Buy (sending a request, receiving a response, running a tool, committing to a database). It exits normally if
 // the purchase has fewer steps. At step 0, it resolves what the last run left and buys labels until somebody kills it.
 
-#include "app/label/DraftKeeper.h"
 #include "core/ports/HttpTransport.h"
 #include "support/AppTest.h"
 
 #include <QCoreApplication>
 
-#include <atomic>
-#include <csignal>
 #include <sqlite3.h>
 #include <unistd.h>
 

@@ -1,7 +1,5 @@
 #include "support/AppTest.h"
 
-#include <random>
-
 namespace parcelory::test {
 namespace {
 

@@ -1,12 +1,7 @@
 // The program is killed while it copies, restores or imports; the next start finds the old records or the new ones.
 
 #include "support/AppTest.h"
-#include "support/LogFile.h"
 
-#include <QProcess>
-
-#include <csignal>
-#include <cstdio>
 #include <filesystem>
 
 namespace parcelory::test {

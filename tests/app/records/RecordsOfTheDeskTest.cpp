@@ -1,10 +1,7 @@
 // What all screens do at the start, and when another program replaces the records.
 
-#include "app/Screens.h"
 #include "support/AppTest.h"
-#include "support/LogFile.h"
 
-#include <cstdio>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>

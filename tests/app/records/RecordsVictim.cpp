@@ -6,9 +6,6 @@
 
 #include <QCoreApplication>
 
-#include <atomic>
-#include <csignal>
-#include <cstdio>
 #include <dlfcn.h>
 #include <unistd.h>
 

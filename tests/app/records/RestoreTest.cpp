@@ -1,4 +1,3 @@
-#include "app/label/LabelScreen.h"
 #include "app/records/RecordsScreen.h"
 #include "app/records/RestoreRecords.h"
 #include "app/records/RestoreTexts.h"
@@ -9,7 +8,6 @@
 #include "support/LabelDesk.h"
 #include "support/LogFile.h"
 
-#include <csignal>
 #include <sys/resource.h>
 
 namespace parcelory::test {

@@ -1,6 +1,5 @@
 #include "core/IsoDate.h"
 #include "support/AppTest.h"
-#include "support/MailingLogDesk.h"
 
 namespace parcelory::test {
 namespace {

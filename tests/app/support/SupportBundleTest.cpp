@@ -3,8 +3,6 @@
 #include "app/support/SupportBundle.h"
 #include "support/AppTest.h"
 
-#include <QProcess>
-
 namespace parcelory::test {
 namespace {
 

@@ -3,7 +3,6 @@
 #include "support/AppTest.h"
 #include "support/UpdateDesk.h"
 
-#include <QProcess>
 #include <sys/stat.h>
 
 namespace parcelory::test {
