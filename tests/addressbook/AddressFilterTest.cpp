@@ -4,7 +4,6 @@
 #include "support/Table.h"
 
 #include <QRandomGenerator>
-#include <QRegularExpression>
 
 namespace parcelory::test {
 namespace {

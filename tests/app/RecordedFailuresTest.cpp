@@ -29,11 +29,6 @@ struct Desk : CarrierDesk {
     }
     ~Desk() { endRequests(); }
     void finish() { settlePool(5); }
-    void run(Task<> task)
-    {
-        runTask(std::move(task), &clock);
-        settle();
-    }
     /// A shipment in the log, bought just now with this desk's test key; the carrier has neither label nor papers.
     ShipmentRecord logged(const QString &status = u"PRINTED"_s)
     {

@@ -3,8 +3,6 @@
 #include "support/RunTask.h"
 #include "support/Table.h"
 
-#include <QTimeZone>
-
 namespace parcelory::test {
 namespace {
 

@@ -1,7 +1,6 @@
 #include "carrier/ShippoKeys.h"
 #include "practice/MemorySecrets.h"
 #include "support/FakePlatform.h"
-#include "support/Table.h"
 
 namespace parcelory::test {
 namespace {

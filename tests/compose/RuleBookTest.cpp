@@ -3,8 +3,6 @@
 #include "compose/rules/ShippingRules.h"
 #include "core/SettingsKeys.h"
 #include "support/FakePlatform.h"
-#include "support/RunTask.h"
-#include "support/Table.h"
 
 #include <QSet>
 

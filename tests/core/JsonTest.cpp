@@ -3,8 +3,6 @@
 #include "core/RecordField.h"
 #include "support/Table.h"
 
-#include <QTimeZone>
-
 #include <map>
 
 namespace parcelory::test {

@@ -2,7 +2,6 @@
 #include "support/Test.h"
 
 #include <QDirIterator>
-#include <QRegularExpression>
 
 namespace parcelory::test {
 namespace {

@@ -5,7 +5,6 @@
 #include "core/Sqlite.h"
 
 #include <QScopeGuard>
-#include <sys/stat.h>
 
 namespace parcelory::test {
 namespace {

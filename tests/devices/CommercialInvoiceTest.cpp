@@ -5,7 +5,6 @@
 #include <QGuiApplication>
 #include <QImage>
 #include <QProcess>
-#include <QRegularExpression>
 
 #include <cstdlib>
 

@@ -1,11 +1,8 @@
 #include "devices/LabelPrinter.h"
 #include "devices/HandoverFile.h"
 #include "support/FakePlatform.h"
-#include "support/Table.h"
 
 #include <QFileInfo>
-#include <QRegularExpression>
-#include <sys/stat.h>
 
 namespace parcelory::test {
 namespace {

@@ -2,7 +2,6 @@
 #include "devices/USBScale.h"
 #include "practice/PracticeScale.h"
 #include "support/FakePlatform.h"
-#include "support/Table.h"
 
 namespace parcelory::test {
 namespace {

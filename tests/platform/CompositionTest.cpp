@@ -1,5 +1,4 @@
 #include "support/Test.h"
-#include <QRegularExpression>
 
 namespace parcelory::test {
 namespace {

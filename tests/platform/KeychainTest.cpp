@@ -5,7 +5,6 @@
 #include "carrier/ShippoKeys.h"
 #include "core/ports/SecretStore.h"
 #include "support/FakePlatform.h"
-#include "support/Test.h"
 
 #undef signals
 #include <libsecret/secret.h>

@@ -6,7 +6,6 @@
 #include "platform/SystemPlatform.h"
 #include "platform/SystemProcesses.h"
 #include "support/FakePlatform.h"
-#include "support/Test.h"
 
 #include <QProcess>
 

@@ -15,8 +15,6 @@
 #include "platform/SystemDesktop.h"
 #include "platform/SystemProcesses.h"
 #include "support/FakePlatform.h"
-#include "support/RunTask.h"
-#include "support/Test.h"
 
 #undef signals
 #include "practice/LoopbackServer.h"
@@ -26,8 +24,6 @@
 #include <QTcpSocket>
 #include <QTimer>
 #include <QUuid>
-
-#include <sys/stat.h>
 
 namespace parcelory::test {
 

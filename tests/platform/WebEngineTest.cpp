@@ -8,8 +8,6 @@
 #include "practice/backoffice/PracticeBackOffice.h"
 #include "shell/ErrorLog.h"
 #include "support/FakePlatform.h"
-#include "support/RunTask.h"
-#include "support/Test.h"
 
 #ifdef Q_OS_MACOS
 #include "platform/SystemProcesses.h"

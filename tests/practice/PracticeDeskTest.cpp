@@ -14,8 +14,6 @@
 #include "practice/PracticePrinter.h"
 #include "records/ShipmentStatus.h"
 #include "support/FakePlatform.h"
-#include "support/RunTask.h"
-#include "support/Test.h"
 
 namespace parcelory::test {
 namespace {

@@ -1,6 +1,5 @@
 #include "records/DayOfLabels.h"
 #include "support/LogFile.h"
-#include "support/Table.h"
 
 namespace parcelory::test {
 namespace {

@@ -1,9 +1,6 @@
 #include "records/LabelHistory.h"
-#include "records/LabelVerdicts.h"
 #include "records/ScanForms.h"
-#include "records/ShipmentRecord.h"
 #include "support/LogFile.h"
-#include "support/Table.h"
 
 namespace parcelory::test {
 namespace {

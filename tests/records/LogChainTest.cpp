@@ -1,8 +1,6 @@
 #include "records/LogChain.h"
 #include "records/FetchedLabels.h"
-#include "records/LabelHistory.h"
 #include "support/LogFile.h"
-#include "support/Table.h"
 
 namespace parcelory::test {
 using LogChain::Part;

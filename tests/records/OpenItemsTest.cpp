@@ -1,12 +1,8 @@
 #include "records/OpenItems.h"
 
 #include "records/LabelEvents.h"
-#include "records/LabelVerdicts.h"
 #include "records/TrackingPlan.h"
 #include "support/LogFile.h"
-#include "support/Table.h"
-
-#include <QTimeZone>
 
 #include <deque>
 

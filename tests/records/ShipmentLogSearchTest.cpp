@@ -1,6 +1,5 @@
 #include "records/ShipmentLogIndex.h"
 #include "support/LogFile.h"
-#include "support/Table.h"
 
 #include <array>
 

@@ -2,12 +2,8 @@
 #include "core/Progress.h"
 #include "records/EndiciaFormat.h"
 #include "records/RefundNotes.h"
-#include "records/ShipmentRecord.h"
 #include "support/HeldPool.h"
 #include "support/LogFile.h"
-#include "support/Table.h"
-
-#include <QBuffer>
 
 namespace parcelory::test {
 namespace {

@@ -1,13 +1,9 @@
-#include "core/Json.h"
-#include "core/ShippoAddress.h"
 #include "records/BoxProfile.h"
 #include "records/BoxStore.h"
 #include "records/DraftStore.h"
 #include "records/SenderProfile.h"
 #include "records/SenderStore.h"
 #include "support/FakePlatform.h"
-#include "support/RunTask.h"
-#include "support/Test.h"
 
 namespace parcelory::test {
 namespace {

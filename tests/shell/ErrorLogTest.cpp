@@ -1,10 +1,6 @@
 #include "shell/ErrorLog.h"
 #include "carrier/ShippoError.h"
 #include "support/FakePlatform.h"
-#include "support/RunTask.h"
-#include "support/Table.h"
-
-#include <QTimeZone>
 
 #include <exception>
 #include <stdexcept>

@@ -7,7 +7,6 @@
 #include "app/Screens.h"
 #include "app/addressbook/AddressBook.h"
 #include "app/label/DraftKeeper.h"
-#include "app/logs/MailingLogScreen.h"
 #include "app/logs/MasterLogScreen.h"
 #include "app/purchase/Purchases.h"
 #include "app/records/RecordsScreen.h"
@@ -35,10 +34,8 @@
 #include "records/PurchaseJournal.h"
 #include "records/ScanForms.h"
 #include "records/SenderProfile.h"
-#include "records/ShipmentRecord.h"
 #include "shell/UpdateFeed.h"
 #include "support/HeldPool.h"
-#include "support/LabelDesk.h"
 #include "support/LogFile.h"
 #include "support/MailingLogDesk.h"
 
@@ -96,6 +93,20 @@ protected:
         pressBuy();
         runUntil([this] { return !purchases().checking; });
         carrier.setScenario({});
+    }
+    /// Presses Buy and lets the clerk do something before the carrier answers.
+    template <class Work>
+    void buyAndMeanwhile(Work work)
+    {
+        clock.advance(LabelScreen::buyPause);
+        carrier.setScenario({.holdsAnswers = true});
+        const qsizetype before = sent("/transactions/").size();
+        Task<> buying = screen().buyAndPrint();
+        runUntil([&] { return sent("/transactions/").size() > before; });
+        work();
+        carrier.setScenario({});
+        run(std::move(buying));
+        ASSERT_TRUE(banner().startsWith(u"Success!"_s)) << banner().toStdString();
     }
     /// An international parcel with its customs declaration.
     void composeAbroad(const CustomsInfo &customs)

@@ -5,11 +5,6 @@
 #include "practice/backoffice/PracticeBackOffice.h"
 #include "shell/ErrorLog.h"
 #include "support/FakePlatform.h"
-#include "support/RunTask.h"
-
-#include <gmock/gmock.h>
-
-#include <memory>
 
 namespace parcelory::test {
 

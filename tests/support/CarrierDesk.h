@@ -3,8 +3,6 @@
 #include "practice/carrier/CarrierScenario.h" // IWYU pragma: export
 #include "practice/carrier/PracticeCarrier.h" // IWYU pragma: export
 #include "support/FakePlatform.h"             // IWYU pragma: export
-#include "support/RunTask.h"                  // IWYU pragma: export
-#include "support/Table.h"                    // IWYU pragma: export
 
 namespace parcelory::test {
 

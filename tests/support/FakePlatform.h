@@ -1,22 +1,15 @@
 #pragma once
 
-#include "core/AppError.h" // IWYU pragma: export
 #include "core/Deployment.h"
 #include "core/Platform.h" // IWYU pragma: export
 #include "platform/NetworkTransport.h"
 #include "practice/MemorySecrets.h"
-#include "support/FakeClock.h"      // IWYU pragma: export
 #include "support/FakeWebSession.h" // IWYU pragma: export
+#include "support/RunTask.h"        // IWYU pragma: export
+#include "support/Table.h"          // IWYU pragma: export
 
 #include <QHash>
 #include <QScopeGuard>
-#include <QTemporaryDir>
-
-#include <atomic>
-#include <chrono>
-#include <functional>
-#include <mutex>
-#include <utility>
 
 namespace parcelory::test {
 
@@ -187,6 +180,11 @@ struct FakePlatform {
     Platform platform;
 
     QString path(const QString &name) const { return folder.filePath(name); }
+    void run(Task<> task)
+    {
+        runTask(std::move(task), &clock);
+        settle();
+    }
     /// The same platform with some of the test's own ports.
     struct Own {
         Prompts *prompts = nullptr;

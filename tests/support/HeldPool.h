@@ -2,7 +2,7 @@
 
 #include "core/Task.h"
 
-#include <QSemaphore>
+#include <QSemaphore> // IWYU pragma: export
 
 #include <memory>
 

@@ -1,12 +1,15 @@
 #pragma once
 
-#include "records/ShipmentLog.h" // IWYU pragma: export
-#include "support/RunTask.h"     // IWYU pragma: export
-#include "support/Test.h"        // IWYU pragma: export
+// IWYU pragma: begin_exports
+#include "records/LabelHistory.h"
+#include "records/LabelVerdicts.h"
+#include "records/ShipmentLog.h"
+#include "records/ShipmentRecord.h"
+#include "support/RunTask.h"
+#include "support/Table.h"
 
 #include <QBuffer>
-
-#include <cstdio>
+// IWYU pragma: end_exports
 
 namespace parcelory::test {
 

@@ -10,7 +10,10 @@
 
 #include <QDir>
 #include <QFile>
+#include <QRegularExpression>
 #include <QTemporaryDir>
+#include <QTimeZone>
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <atomic>

@@ -7,14 +7,9 @@
 #include "shell/ErrorLog.h"
 #include "shell/UpdateFeed.h"
 #include "support/FakePlatform.h"
-#include "support/RunTask.h"
-#include "support/Test.h"
 
 #undef signals
 #include "practice/LoopbackServer.h"
-
-#include <atomic>
-#include <string>
 
 namespace parcelory::test {
 

@@ -3,7 +3,6 @@
 #include "compose/LabelReadBack.h"
 #include "devices/LabelPicture.h"
 #include "practice/carrier/PracticePdf.h"
-#include "records/LabelVerdicts.h"
 #include "support/UiTest.h"
 #include "ui/LabelWindow.h"
 #include "ui/ReviewDialog.h"

@@ -4,7 +4,6 @@
 #include "support/AppTest.h"
 
 #include <QDirIterator>
-#include <QRegularExpression>
 
 namespace parcelory::test {
 namespace {

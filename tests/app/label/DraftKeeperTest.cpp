@@ -63,14 +63,10 @@ TEST_F(DraftKeeperTest, ADraftWithALabelDoesNotComeBack)
 {
     composeAndRate(homeAddress());
     const QByteArray pressed = onDisk();
-    carrier.setScenario({.holdsAnswers = true});
-    clock.advance(LabelScreen::buyPause);
-    auto buying = screen().buyAndPrint();
-    runUntil([this] { return requestsTo("/transactions") > 0; });
-    screen().descriptionText = u"typed meanwhile"_s;
-    EXPECT_EQ(onDisk(), pressed) << "its label may be sold by now";
-    carrier.setScenario({});
-    run(std::move(buying));
+    buyAndMeanwhile([&] {
+        screen().descriptionText = u"typed meanwhile"_s;
+        EXPECT_EQ(onDisk(), pressed) << "its label may be sold by now";
+    });
     ASSERT_EQ(app->log.records().size(), 1);
     EXPECT_THAT(contentsOf(path(u"label_draft.json"_s)), Not(HasSubstr("Whitfield"))) << "before the journal is closed";
     killWith(pressed);
@@ -93,13 +89,7 @@ TEST_F(DraftKeeperTest, ADraftWithALabelDoesNotComeBack)
 TEST_F(DraftKeeperTest, WhatIsTypedForTheRecipientDuringThePurchaseIsNoDraftOfALaterDay)
 {
     composeAndRate(homeAddress());
-    carrier.setScenario({.holdsAnswers = true});
-    clock.advance(LabelScreen::buyPause);
-    auto buying = screen().buyAndPrint();
-    runUntil([this] { return requestsTo("/transactions") > 0; });
-    screen().weightOz = u"7"_s;
-    carrier.setScenario({});
-    run(std::move(buying));
+    buyAndMeanwhile([this] { screen().weightOz = u"7"_s; });
     ASSERT_EQ(screen().recipient(), homeAddress()) << "it stays on the screen";
     const QByteArray same = onDisk();
     EXPECT_THAT(same, HasSubstr("Whitfield"));

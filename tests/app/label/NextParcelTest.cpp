@@ -7,20 +7,6 @@ namespace {
 
 class NextParcelTest : public LabelTest {
 protected:
-    /// Presses Buy and lets the clerk do something before the carrier answers.
-    template <class Work>
-    void buyAndMeanwhile(Work work)
-    {
-        clock.advance(LabelScreen::buyPause);
-        carrier.setScenario({.holdsAnswers = true});
-        const qsizetype before = sent("/transactions/").size();
-        Task<> buying = screen().buyAndPrint();
-        runUntil([&] { return sent("/transactions/").size() > before; });
-        work();
-        carrier.setScenario({});
-        run(std::move(buying));
-        ASSERT_TRUE(banner().startsWith(u"Success!"_s)) << banner().toStdString();
-    }
     /// The recipient, and what was typed for the parcel.
     QStringList draft()
     {

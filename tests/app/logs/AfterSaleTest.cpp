@@ -4,8 +4,6 @@
 #include "support/AppTest.h"
 #include "support/FaultyDisk.h"
 
-#include <sys/stat.h>
-
 namespace parcelory::test {
 namespace {
 

@@ -2,10 +2,7 @@
 // that waits for the tool goes on.
 
 #include "records/LabelEvents.h"
-#include "records/LabelHistory.h"
 #include "support/AppTest.h"
-
-#include <QSemaphore>
 
 namespace parcelory::test {
 namespace {

@@ -3,7 +3,6 @@
 #include "support/AppTest.h"
 
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace parcelory::test {

@@ -9,11 +9,6 @@ namespace {
 class SignInFlowTest : public BackOfficeDesk {
 protected:
     void remember() { run(app->credentials.save({u"dana"_s, u"old"_s})); }
-    void run(Task<> task)
-    {
-        runTask(std::move(task), &clock);
-        settle();
-    }
     void signIn(bool remember = false) { run(app->signIn(u"dana"_s, u"secret"_s, remember)); }
     QString saved() { return secrets.get(SavedCredentials::passwordAccount).value_or(u"none"_s); }
 };

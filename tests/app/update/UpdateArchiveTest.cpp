@@ -4,8 +4,6 @@
 #include "support/AppTest.h"
 #include "support/UpdateDesk.h"
 
-#include <sys/stat.h>
-
 namespace parcelory::test {
 
 TEST_F(UpdateDesk, AFailedDownloadReportsWhyAndLeavesNoFiles)

@@ -3,8 +3,6 @@
 #include "support/AppTest.h"
 #include "support/UpdateDesk.h"
 
-#include <sys/stat.h>
-
 namespace parcelory::test {
 using testing::UnorderedElementsAre;
 
