@@ -139,8 +139,7 @@ TEST_F(PrintCertaintyTest, EveryPrinterFaultIsReportedAndLosesNoLabel)
     qsizetype rows = 0, papers = 0;
     for (const auto &[fault, notice, waiting, shown] : faults) {
         printer.setFault(fault);
-        composeAndRate(homeAddress());
-        buy();
+        buyLabel();
         EXPECT_THAT(banner().toStdString(), HasSubstr(shown));
         EXPECT_EQ(app->log.records().size(), ++rows) << "a print problem leaves the purchase complete";
         prompts.answer = 1;
@@ -162,8 +161,7 @@ TEST_F(PrintCertaintyTest, ALabelReprintedBesideTheNextParcelStaysUntilItIsOut)
 {
     constexpr std::chrono::seconds nextLook(10);
     printer.setFault(PrinterFault::paused);
-    composeAndRate(homeAddress());
-    buy();
+    buyLabel();
     app->draftTo = londonAddress();
     printer.setFault(PrinterFault::outOfLabels);
     run(screen().last.reprint());

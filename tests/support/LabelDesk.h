@@ -29,11 +29,6 @@ struct LabelDesk : CarrierDesk {
     }
 
     LabelScreen &screen() { return *screenOwner; }
-    void run(Task<> task)
-    {
-        runTask(std::move(task), &clock);
-        settle();
-    }
     QString banner() { return screen().banner.value() ? screen().banner.value()->text : QString(); }
     bool bannerIsWarning() { return screen().banner.value() && !screen().banner.value()->ok; }
 
@@ -65,12 +60,25 @@ struct LabelDesk : CarrierDesk {
         composeParcel(to);
         run(screen().fetchRates(true));
     }
-    Purchases &purchases() { return screen().purchases; }
-    void checkAgain()
+    void buyLabel()
     {
-        runUntil([this] { return !purchases().checking; }); // a check may have started by itself
-        run(purchases().checkAgain());
-        runUntil([this] { return !purchases().checking; });
+        composeAndRate(homeAddress());
+        buy();
+    }
+    Purchases &purchases() { return screen().purchases; }
+    void checkAgain(int times = 1)
+    {
+        for (int time = 0; time < times; ++time) {
+            runUntil([this] { return !purchases().checking; }); // a check may have started by itself
+            run(purchases().checkAgain());
+            runUntil([this] { return !purchases().checking; });
+        }
+    }
+    /// Checks after the minute in which a request may still arrive.
+    void checkLater(int times = 1)
+    {
+        clock.advance(std::chrono::seconds(61));
+        checkAgain(times);
     }
     /// For TearDown: a lookup in progress would otherwise leak.
     void endLookups()

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "app/logs/MailingLogScreen.h" // IWYU pragma: export
-#include "records/ShipmentRecord.h"
-#include "support/LabelDesk.h" // IWYU pragma: export
+#include "records/ShipmentRecord.h"    // IWYU pragma: export
+#include "support/LabelDesk.h"         // IWYU pragma: export
 
 namespace parcelory::test {
 
@@ -11,15 +11,12 @@ class MailingLogDesk : public testing::Test, public LabelDesk {
 protected:
     MailingLogScreen log{*app};
 
-    void TearDown() override // a query that the test did not wait for still reports to the screen
-    {
-        settlePool();
-    }
+    // A query that the test did not wait for still reports to the screen.
+    void TearDown() override { settlePool(); }
     /// A label bought at this desk, as the log lists it.
     ShipmentRecord bought()
     {
-        composeAndRate(homeAddress());
-        buy();
+        buyLabel();
         EXPECT_FALSE(log.records().isEmpty()) << banner().toStdString();
         return log.records().value(0);
     }

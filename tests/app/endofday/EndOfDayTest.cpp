@@ -64,10 +64,7 @@ protected:
     void read(Done done)
     {
         runUntil(done);
-        for (int turn = 0; turn < 3; ++turn) {
-            workPool().waitForDone();
-            settle();
-        }
+        settlePool(3);
     }
     const DayOfLabels &labels() { return day.report.value().labels; }
     QList<DifferenceKind> differences() { return each(day.report.value().differences, &AccountDifference::kind); }

@@ -15,8 +15,7 @@ protected:
         composeAndRate(homeAddress());
         constexpr int longestChain = 8; // of jobs and requests that follow one another
         for (int step = 0; step < longestChain; ++step) {
-            workPool().waitForDone();
-            settle();
+            settlePool();
             runUntil([this] { return http.underWay == 0; });
         }
     }

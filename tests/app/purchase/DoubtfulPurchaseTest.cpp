@@ -11,8 +11,7 @@ protected:
     /// A recipient who has a label already; the button says so.
     void rateSecondLabel()
     {
-        composeAndRate(homeAddress());
-        buy();
+        buyLabel();
         composeAndRate(homeAddress());
         runUntil([this] { return !screen().secondLabel.value().isEmpty(); });
     }
@@ -75,9 +74,7 @@ TEST_F(DoubtfulPurchaseTest, BuyOpensAgainWhateverTheListOfTransactionsAnswers)
         ASSERT_EQ(unresolved(), 1);
         checkAgain();
         EXPECT_TRUE(screen().isBuyClosed()) << "the request may still arrive";
-        clock.advance(61s);
-        for (int look = 0; look < 3; ++look)
-            checkAgain();
+        checkLater(3);
         EXPECT_FALSE(screen().isBuyClosed());
 
         const qsizetype before = bought();
@@ -117,8 +114,7 @@ TEST_F(DoubtfulPurchaseTest, TheMonthsEndNeedsTheCarriersAnswer)
 {
     losePurchase(500, "{}");
     clock.start = clock.start.addDays(31);
-    for (int look = 0; look < 4; ++look)
-        checkAgain();
+    checkAgain(4);
     EXPECT_EQ(purchases().unresolved.value().size(), 1) << "the desk's clock alone ends nothing";
     clock.advance(61s);
     carrier.setScenario(answering("transactions", 403, "{}", "GET", 1000));
@@ -130,12 +126,10 @@ TEST_F(DoubtfulPurchaseTest, TheMonthsEndNeedsTheCarriersAnswer)
     losePurchase(200, R"({"results": []})");
     clock.start = clock.start.addDays(31);
     restart();
-    for (int look = 0; look < 3; ++look)
-        checkAgain();
+    checkAgain(3);
     EXPECT_EQ(unresolved(), 1) << "the request may still arrive";
     carrier.setScenario({.queuedReads = 100});
-    clock.advance(61s);
-    checkAgain();
+    checkLater();
     EXPECT_EQ(purchases().resolved.value().size(), 1);
     screen().clearDraft();
 
@@ -144,9 +138,7 @@ TEST_F(DoubtfulPurchaseTest, TheMonthsEndNeedsTheCarriersAnswer)
     pressBuy();
     carrier.setScenario({.queuedReads = 100});
     clock.start = clock.start.addDays(31);
-    clock.advance(61s);
-    for (int look = 0; look < 5; ++look)
-        checkAgain();
+    checkLater(5);
     EXPECT_EQ(unresolved(), 1) << "the carrier has accepted it";
 }
 

@@ -42,8 +42,7 @@ protected:
         errors->clear();
         m_hurry.stop();
         carrier.setScenario({});
-        clock.advance(61s);
-        checkAgain();
+        checkLater();
         EXPECT_EQ(unresolved(), 0);
     }
     void rateNext() { composeAndRate(homeOf(u"Parcel %1"_s.arg(++m_parcels))); }

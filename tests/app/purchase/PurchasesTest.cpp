@@ -91,8 +91,7 @@ TEST_F(PurchasesTest, APurchaseNotFoundAfterAMinuteWasNotBought)
     EXPECT_TRUE(purchases().unresolved.value().first().isInconclusive);
     EXPECT_FALSE(screen().isBuyClosed()) << "an inconclusive response leaves buying enabled";
 
-    clock.advance(61s);
-    checkAgain();
+    checkLater();
     ASSERT_EQ(purchases().resolved.value().size(), 1);
     EXPECT_FALSE(purchases().resolved.value().first().isBought);
     EXPECT_TRUE(purchases().resolved.value().first().text.endsWith(u" was not bought, and nothing was charged."_s));
@@ -108,8 +107,7 @@ TEST_F(PurchasesTest, AnUnresolvedPurchaseIsLookedUpOnlyWithItsOwnKey)
     app->keys.set(u"shippo_test_another_account"_s, u"Other"_s);
     app->keys.makeActive(u"Other"_s);
     restart();
-    clock.advance(61s);
-    checkAgain();
+    checkLater();
     EXPECT_EQ(unresolved(), 1) << "another account cannot tell";
     useToken(PracticeCarrier::testToken);
     app->keyChanges = app->keyChanges + 1;
@@ -135,8 +133,7 @@ TEST_F(PurchasesTest, ALookupWithinAMinuteOfItsLastActivityNeverResolvesAPurchas
         EXPECT_EQ(unresolved(), 1) << days;
     }
     clock.start = clock.start.addDays(-1);
-    clock.advance(61s);
-    checkAgain();
+    checkLater();
     EXPECT_EQ(unresolved(), 0);
 }
 
@@ -172,10 +169,8 @@ TEST_F(PurchasesTest, AnUnresolvedPurchaseEndsInTheErrorLogAfterAMonth)
     for (const auto &[days, open] : {std::pair{30, 1}, std::pair{1, 0}}) {
         clock.start = clock.start.addDays(days);
         restart();
-        for (int look = 0; look < 3; ++look)
-            checkAgain();
-        clock.advance(61s);
-        checkAgain();
+        checkAgain(3);
+        checkLater();
         EXPECT_EQ(unresolved(), open);
         EXPECT_EQ(app->journal.openPurchases().size(), open);
     }
@@ -213,8 +208,7 @@ TEST_F(PurchasesTest, DamageThatIsFoundLaterIsTold)
     ASSERT_TRUE(file.open(QIODevice::ReadWrite));
     file.write(QByteArray(4096, 'x'));
     file.close();
-    for (int look = 0; look < 2; ++look)
-        checkAgain();
+    checkAgain(2);
     runUntil([this] { return prompts.alerts.size() > 1; }); // a check by itself may have found it
     settlePool(3);
     EXPECT_TRUE(prompts.alerts.last().second.contains(u"kept as "_s)) << prompts.alerts.last().second.toStdString();

@@ -81,11 +81,7 @@ struct SupportDesk : testing::Test, CarrierDesk {
         app->tab = MainTab::mailingLog;
         app->tab = MainTab::newLabel;
     }
-    void TearDown() override
-    {
-        workPool().waitForDone();
-        settle();
-    }
+    void TearDown() override { settlePool(); }
     void fail(const QString &text)
     {
         errors->record(u"Buy Label"_s, AppError(text), Popup::no);
