@@ -14,7 +14,7 @@ struct LocalAddresses : testing::Test {
     QTemporaryDir folder;
     LocalAddressStore store{QDir(folder.filePath(u"Parcelory"_s))};
 
-    bool exec(const char *sql) { return Database(folder.filePath(u"Parcelory/addresses.sqlite"_s)).exec(sql); }
+    bool exec(const char *sql) { return Database(path()).exec(sql); }
     int count()
     {
         settle();
@@ -213,24 +213,14 @@ TEST_F(LocalAddresses, AreThoseThatAnotherProgramHasRestored)
         LocalAddressStore open{QDir(folder.filePath(u"Parcelory"_s))};
         const PostalContact ana = at(u"Ana"_s);
         ASSERT_TRUE(open.upsert(ana));
-        const auto afterRestoring = [&](const PostalContact &contact, const std::function<void()> &work) {
-            Database other(path());
-            if (isWaiting) { // for the program that restores
-                ASSERT_TRUE(other.exec("BEGIN EXCLUSIVE"));
-                WaitingRoom::expect(0, [&] {
-                    restore(contact);
-                    EXPECT_TRUE(other.exec("ROLLBACK"));
-                });
-            } else {
-                restore(contact);
-            }
-            work();
+        const auto after = [&](const PostalContact &contact, const std::function<void()> &work) {
+            afterRestoring(path(), isWaiting, [&] { restore(contact); }, work);
         };
         const PostalContact bo = at(u"Bo"_s);
-        afterRestoring(bo, [&] { EXPECT_TRUE(open.upsert(at(u"Cy"_s))); });
+        after(bo, [&] { EXPECT_TRUE(open.upsert(at(u"Cy"_s))); });
         EXPECT_EQ(names(), u"Bo Cy"_s);
-        afterRestoring(ana, [&] { EXPECT_EQ(open.remove(bo.id), Removal::missing); });
-        afterRestoring(bo, [&] {
+        after(ana, [&] { EXPECT_EQ(open.remove(bo.id), Removal::missing); });
+        after(bo, [&] {
             if (isWaiting)
                 EXPECT_THROW(open.merge({at(u"Dee"_s)}), AppError);
             EXPECT_EQ(open.merge({at(u"Dee"_s)}).imported, 1);

@@ -1,11 +1,8 @@
-#include "records/LabelHistory.h"
 #include "records/ScanForms.h"
-#include "records/ShipmentRecord.h"
 #include "support/FaultyDisk.h"
 #include "support/LogFile.h"
 #include "support/WaitingRoom.h"
 
-#include <QBuffer>
 #include <QScopeGuard>
 #include <unistd.h>
 
@@ -70,24 +67,14 @@ TEST(ShipmentLog, FollowsAnotherProgramThatRestoresACopy)
         UsedLog file;
         int told = 0;
         QObject::connect(&file.log, &ShipmentLog::replacedElsewhere, [&told] { ++told; });
-        const auto afterRestoring = [&](const QString &recipient, const std::function<void()> &work) {
-            Database other(file.path());
-            if (isWaiting) { // for the program that restores
-                ASSERT_TRUE(other.exec("BEGIN EXCLUSIVE"));
-                WaitingRoom::expect(0, [&] {
-                    restoreAt(file, recipient);
-                    EXPECT_TRUE(other.exec("ROLLBACK"));
-                });
-            } else {
-                restoreAt(file, recipient);
-            }
-            work();
+        const auto after = [&](const QString &recipient, const std::function<void()> &work) {
+            afterRestoring(file.path(), isWaiting, [&] { restoreAt(file, recipient); }, work);
         };
-        afterRestoring(u"Ana"_s, [&] { EXPECT_TRUE(file.log.insert(shipmentTo(u"After"_s))); });
+        after(u"Ana"_s, [&] { EXPECT_TRUE(file.log.insert(shipmentTo(u"After"_s))); });
         EXPECT_EQ(file.recipients(), (QStringList{u"Ana"_s, u"After"_s}));
         EXPECT_EQ(shown(file.log), (QStringList{u"After"_s, u"Ana"_s}));
-        afterRestoring(u"Bo"_s, [&] { EXPECT_EQ(rowOf(file.log, 1).recipient, u"Bo"_s); });
-        afterRestoring(u"Cy"_s, [&] { EXPECT_TRUE(file.log.reload()); });
+        after(u"Bo"_s, [&] { EXPECT_EQ(rowOf(file.log, 1).recipient, u"Bo"_s); });
+        after(u"Cy"_s, [&] { EXPECT_TRUE(file.log.reload()); });
         EXPECT_EQ(shown(file.log), QStringList{u"Cy"_s});
         EXPECT_EQ(told, 3);
         file.put(u"log.txt"_s, mailLine("Dee"));

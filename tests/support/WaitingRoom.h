@@ -1,11 +1,9 @@
 #pragma once
 
-#include <sqlite3.h>
+#include "core/Sqlite.h"  // IWYU pragma: export
+#include "support/Test.h" // IWYU pragma: export
 
-#include <atomic>
-#include <functional>
-#include <mutex>
-#include <utility>
+#include <sqlite3.h>
 
 namespace parcelory::test {
 
@@ -51,5 +49,23 @@ struct WaitingRoom {
         whenWaiting = std::move(action);
     }
 };
+
+/// Another program calls `restore` before `work` begins, or, if `isWaiting`, while `work` waits for the lock that it
+/// has on the database. Needs a WaitingRoom.
+inline void afterRestoring(const QString &database, bool isWaiting, const std::function<void()> &restore,
+                           const std::function<void()> &work)
+{
+    Database other(database);
+    if (isWaiting) {
+        ASSERT_TRUE(other.exec("BEGIN EXCLUSIVE"));
+        WaitingRoom::expect(0, [&] {
+            restore();
+            EXPECT_TRUE(other.exec("ROLLBACK"));
+        });
+    } else {
+        restore();
+    }
+    work();
+}
 
 } // namespace parcelory::test
