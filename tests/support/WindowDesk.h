@@ -100,12 +100,24 @@ struct WindowDesk : CarrierDesk {
         return qobject_cast<Dialog *>(QApplication::activeModalWidget());
     }
 
+    /// Waits for a dialog and for the time during which it takes neither keys nor clicks.
+    Dialog *readyDialog(const std::source_location &caller = std::source_location::current())
+    {
+        Dialog *shown = dialog(caller);
+        clock.advance(Dialog::keyGuard);
+        return shown;
+    }
     /// Presses a key in the focused window.
     void press(Qt::Key key, Qt::KeyboardModifiers modifiers = {})
     {
         QWindow *target = QGuiApplication::focusWindow();
         QTest::keyClick(target ? target : window().windowHandle(), key, modifiers);
         settleAll();
+    }
+    void pressBuy()
+    {
+        press(Qt::Key_Return, Qt::ControlModifier);
+        idle();
     }
     void type(const QString &text)
     {
@@ -177,13 +189,7 @@ struct WindowDesk : CarrierDesk {
         press(Qt::Key_K, Qt::ControlModifier);
         idle();
     }
-    int purchases()
-    {
-        int count = 0;
-        for (const PracticeCarrier::Request &request : carrier.requests())
-            count += request.method == "POST" && request.target.startsWith("/transactions");
-        return count;
-    }
+    qsizetype purchases() const { return sent("/transactions/").size(); }
 };
 
 } // namespace parcelory::test

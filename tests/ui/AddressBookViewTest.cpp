@@ -62,8 +62,7 @@ TEST(AddressBookPane, EditsDeletesAndUndoesADeletion)
     desk.type(u"zielinski"_s);
     desk.press(Qt::Key_Down);
     desk.click(desk.named(u"Edit the selected address"_s));
-    EXPECT_EQ(desk.dialog()->windowTitle(), u"Edit Address");
-    desk.clock.advance(Dialog::keyGuard);
+    EXPECT_EQ(desk.readyDialog()->windowTitle(), u"Edit Address");
     desk.type(u"Paula Zabel"_s); // does not match the search
     desk.press(Qt::Key_Return);
     desk.waitFor(u"Saved Paula Zabel"_s);
@@ -72,9 +71,7 @@ TEST(AddressBookPane, EditsDeletesAndUndoesADeletion)
     desk.press(Qt::Key_Down); // moves to her row, which is already chosen
     const auto answer = [&desk](const QString &choice) {
         desk.press(Qt::Key_Delete);
-        Dialog *question = desk.dialog();
-        desk.clock.advance(Dialog::keyGuard);
-        desk.click(desk.button(choice, question));
+        desk.click(desk.button(choice, desk.readyDialog()));
         desk.window().activateWindow();
     };
     desk.book.importing = true;
@@ -111,8 +108,7 @@ TEST(AddressEditSheet, StaysOpenWithTheReasonUntilTheAddressIsSaved)
     ASSERT_TRUE(
         other.exec("CREATE TRIGGER t BEFORE INSERT ON addresses BEGIN SELECT RAISE(FAIL, 'disk is full'); END"));
     desk.click(desk.named(u"New address"_s));
-    Dialog *sheet = desk.dialog();
-    desk.clock.advance(Dialog::keyGuard);
+    Dialog *sheet = desk.readyDialog();
     desk.type(u"Ida Penn"_s);
     {
         const HeldPool held;

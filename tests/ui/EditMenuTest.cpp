@@ -54,9 +54,7 @@ TEST(EditMenu, ActsOnTheFocusedWidget)
     desk.press(Qt::Key_F, Qt::ControlModifier);
     desk.press(Qt::Key_Down);
     desk.press(Qt::Key_Delete);
-    QWidget *question = desk.dialog();
-    desk.clock.advance(Dialog::keyGuard);
-    desk.click(desk.button(u"Delete"_s, question));
+    desk.click(desk.button(u"Delete"_s, desk.readyDialog()));
     desk.wait([&] { return book.canUndo(); });
     desk.window().activateWindow(); // like a window system does after a dialog
     desk.settleAll();

@@ -1,8 +1,6 @@
 #include "app/label/LabelTexts.h"
 #include "support/UiTest.h"
 
-#include <QSemaphore>
-
 // The New Label screen, operated like a clerk does.
 
 namespace parcelory::test {
@@ -33,8 +31,7 @@ TEST(LabelFlow, AParcelIsShippedWithoutTheMouse)
     desk.press(Qt::Key_Down);
     EXPECT_EQ(desk.label().selectedRate()->servicelevel.token, u"usps_priority_express");
     desk.press(Qt::Key_Up);
-    desk.press(Qt::Key_Return, Qt::ControlModifier);
-    desk.idle();
+    desk.pressBuy();
     EXPECT_TRUE(desk.label().banner.value()->text.startsWith(u"Success! Priority Mail to Eleanor Whitfield, $"_s));
     EXPECT_TRUE(desk.processes.lastPrinted().startsWith("^XA") && desk.label().last.label.value());
     EXPECT_EQ(desk.focusName(), u"Recipient name");
@@ -56,8 +53,7 @@ TEST(LabelFlow, AnAddressOfTheBookIsBoughtInFourGestures)
     desk.idle();
     EXPECT_EQ(desk.label().validationStatus.value(), u"Valid ✓ (USPS version)");
     desk.clock.advance(LabelScreen::buyPause);
-    desk.press(Qt::Key_Return, Qt::ControlModifier);
-    desk.idle();
+    desk.pressBuy();
     ASSERT_TRUE(desk.label().last.label.value());
     EXPECT_EQ(desk.purchases(), 1);
     const QString bought = desk.label().last.label.value()->record.transactionID;
@@ -73,8 +69,7 @@ TEST(LabelFlow, NothingIsBoughtWhileAScannedInvoiceIsRead)
     desk.app().scanBusy = true;
     desk.app().setScanStatus(StatusKind::progress, u"Loading invoice 48303 from deskline…"_s);
     spawn([&desk] { return desk.label().buyAndPrint(); }); // in the same turn as the scan
-    desk.press(Qt::Key_Return, Qt::ControlModifier);       // the clerk means the scanned parcel
-    desk.idle();
+    desk.pressBuy();                                       // the clerk means the scanned parcel
     EXPECT_EQ(desk.purchases(), 0);
     const Button *buy = desk.button(u"Buy & Print Label"_s);
     EXPECT_FALSE(buy->isEnabled());
@@ -82,12 +77,10 @@ TEST(LabelFlow, NothingIsBoughtWhileAScannedInvoiceIsRead)
     desk.app().cancelInvoiceScan();
     desk.settleAll();
     EXPECT_TRUE(buy->isEnabled());
-    desk.press(Qt::Key_Return, Qt::ControlModifier); // meant for the scanned parcel, too
-    desk.idle();
+    desk.pressBuy(); // meant for the scanned parcel, too
     EXPECT_EQ(desk.purchases(), 0);
     desk.clock.advance(LabelScreen::buyPause);
-    desk.press(Qt::Key_Return, Qt::ControlModifier);
-    desk.idle();
+    desk.pressBuy();
     EXPECT_EQ(desk.purchases(), 1);
 }
 
@@ -133,9 +126,8 @@ TEST(LabelFlow, AParcelGoesAbroadByMouseThroughThePaperwork)
     EXPECT_EQ(desk.focusName(), u"Declared value, US dollars");
     desk.type(u"1860"_s);
     desk.click(desk.button(u"Get Rates"_s));
-    QWidget *sheet = desk.dialog();
+    QWidget *sheet = desk.readyDialog();
     EXPECT_EQ(sheet->windowTitle(), u"International Paperwork");
-    desk.clock.advance(Dialog::keyGuard);
     desk.click(desk.button(u"Get Rates"_s, sheet));
     desk.idle();
     ASSERT_TRUE(desk.label().selectedRate());
@@ -167,8 +159,7 @@ TEST(LabelFlow, ReturnNeverBuysAndNeitherDoOtherTabs)
     desk.composeAndRate(homeAddress());
     desk.label().weightLb = u"2"_s; // clears the rates, which disables Buy
     desk.settleAll();
-    desk.press(Qt::Key_Return, Qt::ControlModifier);
-    desk.idle();
+    desk.pressBuy();
     EXPECT_TRUE(desk.label().rates.value().isEmpty()) << "Buy's keys do nothing else";
     for (const auto tab : {Qt::Key_2, Qt::Key_3, Qt::Key_4}) {
         desk.press(tab, Qt::ControlModifier);

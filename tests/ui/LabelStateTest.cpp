@@ -63,8 +63,7 @@ TEST(LabelState, TheListShowsEachRatesPriceAndTheCardTheLastLabel)
     constexpr int priceRole = Qt::UserRole + 2;
     for (int row = 0; row < rates.size(); ++row)
         EXPECT_EQ(list->model()->index(row, 0).data(priceRole).toString(), u'$' + rates[row].amount);
-    desk.press(Qt::Key_Return, Qt::ControlModifier);
-    desk.idle();
+    desk.pressBuy();
     const QString tracking = trackingLines(desk.app().log.records().first().tracking);
     EXPECT_TRUE(shows(desk.window().labelView(), tracking));
 
@@ -99,8 +98,7 @@ TEST(LabelState, ALabelThatDidNotComeOutIsAmberUntilItIsReprinted)
             EXPECT_TRUE(shows(desk.window(), u"Bought, not printed"_s));
             EXPECT_FALSE(desk.label().last.label.value()->message.contains(u'\n'));
         };
-        desk.press(Qt::Key_Return, Qt::ControlModifier);
-        desk.idle();
+        desk.pressBuy();
         failed();
         desk.press(Qt::Key_2, Qt::ControlModifier);
         desk.press(Qt::Key_1, Qt::ControlModifier);

@@ -121,6 +121,13 @@ QStringList squeezedParts(const QWidget &root)
     return squeezed;
 }
 
+void expectAllFits(WindowDesk &desk)
+{
+    desk.settleAll();
+    EXPECT_EQ(clippedTexts(desk.window()), QStringList());
+    EXPECT_EQ(squeezedParts(desk.window().labelView()), QStringList());
+}
+
 /// An insured parcel abroad with FedEx, in the desk's own box, which has the longest form.
 void composeLongest(WindowDesk &desk)
 {
@@ -161,29 +168,25 @@ TEST(Look, NothingIsClippedInTheSmallestWindow)
     for (const MainTabInfo &info : mainTabs()) {
         SCOPED_TRACE(info.title.toStdString());
         desk.app().tab = info.tab;
-        desk.settleAll();
-        EXPECT_EQ(clippedTexts(desk.window()), QStringList());
-        EXPECT_EQ(squeezedParts(desk.window().labelView()), QStringList());
+        expectAllFits(desk);
     }
     desk.app().tab = MainTab::newLabel;
     desk.label().selectedRateID = desk.label().rates.value().first().objectId;
     desk.settleAll();
     desk.clock.advance(LabelScreen::buyPause);
-    desk.press(Qt::Key_Return, Qt::ControlModifier);
-    desk.idle();
+    desk.pressBuy();
     desk.settleAll(); // the purchase ends before the window is laid out
     ASSERT_TRUE(desk.label().last.hasCustoms());
-    EXPECT_EQ(clippedTexts(desk.window()), QStringList());
-    EXPECT_EQ(squeezedParts(desk.window().labelView()), QStringList());
+    expectAllFits(desk);
     desk.compose(londonAddress());
     desk.label().carrier = Carrier::fedex;
     desk.label().service = ServiceOption::fedexIndirect;
     desk.press(Qt::Key_K, Qt::ControlModifier);
     desk.idle();
-    EXPECT_EQ(clippedTexts(desk.window()), QStringList());
+    expectAllFits(desk);
     desk.label().carrier = Carrier::usps;
     desk.composeAndRate(homeAddress());
-    EXPECT_EQ(clippedTexts(desk.window()), QStringList());
+    expectAllFits(desk);
     LastLabel unprinted = other(LastLabel());
     unprinted.isPrinted = false;
     unprinted.message = u"The queue ZD421 did not take the label: lpr: Error - no default destination available."_s;
@@ -191,11 +194,9 @@ TEST(Look, NothingIsClippedInTheSmallestWindow)
     desk.settleAll();
     EXPECT_TRUE(desk.button(u"Reprint"_s)->isVisible() && desk.button(u"Dismiss"_s)->isEnabled());
     EXPECT_TRUE(shows(desk.window(), u"Eleanor Whitfield\n418 MONTFORD AVE, APT 3B\nASHEVILLE NC 28801-6168"_s));
-    EXPECT_EQ(clippedTexts(desk.window()), QStringList());
-    EXPECT_EQ(squeezedParts(desk.window().labelView()), QStringList());
+    expectAllFits(desk);
     desk.app().senders.profiles = QList<SenderProfile>{{.name = u"Bullion Vault"_s}};
-    desk.settleAll();
-    EXPECT_EQ(clippedTexts(desk.window()), QStringList());
+    expectAllFits(desk);
 }
 
 /// The header and both logs with the longest mode, a user, open items, chosen labels and counts.
@@ -212,8 +213,7 @@ TEST(Look, NothingIsClippedInFullLogs)
         desk.app().tab = MainTab::mailingLog;
         desk.settleAll();
         desk.window().mailingLogView().table()->selectRow(0);
-        desk.settleAll();
-        EXPECT_EQ(clippedTexts(desk.window()), QStringList());
+        expectAllFits(desk);
     }
     desk.carrier.seedHistory(12, desk.clock.now(), 9h);
     desk.app().tab = MainTab::masterLog;
@@ -221,7 +221,7 @@ TEST(Look, NothingIsClippedInFullLogs)
     desk.program->screens().masterLog.search = u"Reno"_s;
     desk.settleAll();
     EXPECT_TRUE(desk.named(u"Master log"_s)->isVisible());
-    EXPECT_EQ(clippedTexts(desk.window()), QStringList());
+    expectAllFits(desk);
 }
 
 TEST(Look, NothingIsClippedAtTheEndOfTheDay)

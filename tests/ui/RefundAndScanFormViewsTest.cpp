@@ -19,8 +19,7 @@ struct AfterSaleDesk : WindowDesk {
     void buyLabel()
     {
         composeAndRate(homeAddress());
-        press(Qt::Key_Return, Qt::ControlModifier);
-        idle();
+        pressBuy();
     }
     void waitFor(const QProperty<bool> &busy)
     {
@@ -39,9 +38,7 @@ TEST(RefundAndScanFormViews, ARefundedLabelIsNoLongerOfferedForPrinting)
     const auto refund = [&](const QString &answer) {
         desk.press(Qt::Key_2, Qt::ControlModifier);
         desk.click(desk.button(u"Refund"_s));
-        QWidget *question = desk.dialog();
-        desk.clock.advance(Dialog::keyGuard);
-        desk.click(desk.button(answer, question));
+        desk.click(desk.button(answer, desk.readyDialog()));
         desk.waitFor(log.busy);
         desk.press(Qt::Key_1, Qt::ControlModifier);
     };
@@ -63,9 +60,7 @@ TEST(RefundAndScanFormViews, ARefundAsksAndEscKeepsTheLabel)
     desk.press(Qt::Key_Down);
     const auto ask = [&] {
         desk.click(desk.button(u"Refund"_s));
-        QWidget *question = desk.dialog();
-        desk.clock.advance(Dialog::keyGuard);
-        return question;
+        return desk.readyDialog();
     };
     const auto barMoves = [&desk] {
         const QWidgetList parts = desk.window().mailingLogView().findChildren<QWidget *>();
@@ -179,8 +174,7 @@ TEST(RefundAndScanFormViews, AScanFormOpensOnlyIfThereAreLabels)
 {
     AfterSaleDesk desk;
     desk.press(Qt::Key_F, Qt::ControlModifier | Qt::ShiftModifier);
-    EXPECT_TRUE(desk.dialog()->accessibleDescription().startsWith(u"No TEST labels have been printed today"_s));
-    desk.clock.advance(Dialog::keyGuard);
+    EXPECT_TRUE(desk.readyDialog()->accessibleDescription().startsWith(u"No TEST labels have been printed today"_s));
     desk.press(Qt::Key_Return);
     desk.waitFor(desk.app().scanFormBusy);
     EXPECT_TRUE(desk.named(u"No labels printed today — nothing to manifest."_s));

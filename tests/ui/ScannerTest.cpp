@@ -157,8 +157,7 @@ TEST(Scanner, AScannedParcelIsBoughtInTwoGestures)
     desk.scan(&desk.window());
     desk.wait([&desk] { return !desk.label().rates.value().isEmpty() && !desk.label().busy; });
     desk.clock.advance(LabelScreen::buyPause);
-    desk.press(Qt::Key_Return, Qt::ControlModifier);
-    desk.idle();
+    desk.pressBuy();
     EXPECT_EQ(desk.purchases(), 1);
     EXPECT_TRUE(desk.app().log.records().first().recipient.startsWith(u"Eleanor Whitfield"_s));
 }

@@ -76,8 +76,7 @@ TEST(Typing, DigitsChooseTheGoodsAndTheValueIsCompared)
     desk.label().weightLb = u"1"_s;
     desk.settleAll();
     desk.press(Qt::Key_K, Qt::ControlModifier);
-    QWidget *sheet = desk.dialog();
-    desk.clock.advance(Dialog::keyGuard);
+    QWidget *sheet = desk.readyDialog();
     EXPECT_TRUE(shows(*sheet, u"United Kingdom"_s));
     const auto warns = [sheet] {
         const auto parts = sheet->findChildren<QWidget *>();
