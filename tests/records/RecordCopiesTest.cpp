@@ -2,8 +2,6 @@
 #include "core/FileHash.h"
 #include "records/FetchedLabels.h"
 #include "records/Journeys.h"
-#include "records/LabelHistory.h"
-#include "records/LabelVerdicts.h"
 #include "records/LogMerge.h"
 #include "records/PurchaseJournal.h"
 #include "records/RestoreStage.h"
@@ -142,24 +140,20 @@ TEST(RecordCopies, AFailedCopySaysWhyAndTakesNoSpace)
 
 TEST(RestoreStage, TheNextStartCompletesOnlyWhatWasBegunAndNotGivenUp)
 {
-    struct Case {
-        const char *name;
-        std::function<void(const LogFile &)> since; ///< the program was killed before it moved a file
-        bool isCompleted;
-        bool isLeft = false; ///< the folder
-    };
-    const Case cases[] = {
-        {"killed", [](const LogFile &) {}, true},
+    // What happened since the program was killed before it moved a file, if the restore is completed, and if its folder
+    // is left.
+    const std::tuple<const char *, std::function<void(const LogFile &)>, bool, bool> cases[] = {
+        {"killed", [](const LogFile &) {}, true, false},
         {"went on with the log", [](const LogFile &file) { file.put(u"mailing_log.sqlite"_s, "present, label"); },
-         false},
-        {"went on with the boxes", [](const LogFile &file) { file.put(u"box_profiles.json"_s, "[1]"); }, false},
-        {"gave up", [](const LogFile &file) { file.put(u"Restoring/restore.json"_s, ""); }, false},
+         false, false},
+        {"went on with the boxes", [](const LogFile &file) { file.put(u"box_profiles.json"_s, "[1]"); }, false, false},
+        {"gave up", [](const LogFile &file) { file.put(u"Restoring/restore.json"_s, ""); }, false, false},
         {"killed while it deleted the folder",
          [](const LogFile &file) {
              file.put(u"mailing_log.sqlite"_s, "present, label");
              QFile::remove(file.path(u"Restoring/box_profiles.json"_s));
          },
-         false},
+         false, false},
         {"note cannot be read",
          [](const LogFile &file) {
              const QString note = file.path(u"Restoring/restore.json"_s);
@@ -169,8 +163,8 @@ TEST(RestoreStage, TheNextStartCompletesOnlyWhatWasBegunAndNotGivenUp)
     };
     const LogFile copy;
     Database(copy.path()).exec("CREATE TABLE shipments (id)");
-    for (const Case &row : cases) {
-        SCOPED_TRACE(row.name);
+    for (const auto &[name, since, isCompleted, isLeft] : cases) {
+        SCOPED_TRACE(name);
         const LogFile file;
         const QDir records(file.folder.path());
         file.put(u"mailing_log.sqlite"_s, "present");
@@ -183,10 +177,10 @@ TEST(RestoreStage, TheNextStartCompletesOnlyWhatWasBegunAndNotGivenUp)
                      {"name": "mailing_log.sqlite", "bytes": 7, "changedAt": )" +
                      QByteArray::number(log.lastModified().toMSecsSinceEpoch()) +
                      R"(}, {"name": "box_profiles.json", "bytes": -1, "changedAt": 0}]})");
-        row.since(file);
-        EXPECT_EQ(RestoreStage::finishInterrupted(records).has_value(), row.isCompleted);
-        EXPECT_EQ(contentsOf(file.path()).startsWith("present"), !row.isCompleted);
-        EXPECT_EQ(records.exists(u"Restoring"_s), row.isLeft);
+        since(file);
+        EXPECT_EQ(RestoreStage::finishInterrupted(records).has_value(), isCompleted);
+        EXPECT_EQ(contentsOf(file.path()).startsWith("present"), !isCompleted);
+        EXPECT_EQ(records.exists(u"Restoring"_s), isLeft);
     }
 
     const LogFile file; // a copy without a log, whose first file cannot be moved
@@ -224,25 +218,22 @@ TEST(RestoreStage, TheNextStartReplacesNoFileThatAnotherProgramWrites)
 
 TEST(LogMerge, TakesOverRefundsAndDocumentsAlsoOfLabelsWithAnotherId)
 {
-    struct Case {
-        QStringList later; ///< statuses since the copy; each is an entry of the chain
-        QString refund;    ///< the note beside the last of them
-    };
-    const Case cases[] = {
+    // The statuses since the copy, each of which is an entry of the chain, and the note beside the last of them.
+    const std::pair<QStringList, QString> cases[] = {
         {{u"REFUND_PENDING"_s}, {}},
         {{u"REFUNDED"_s, u"DELIVERED"_s}, u"REFUNDED"_s},
         {{u"REFUND_PENDING"_s, u"DELIVERED"_s}, u"REFUND_PENDING"_s},
     };
     constexpr int before = 1 + 3; // the chain of a new log is complete, and then three labels
-    for (const Case &row : cases) {
-        SCOPED_TRACE(row.later.join(u' ').toStdString());
+    for (const auto &[statuses, refund] : cases) {
+        SCOPED_TRACE(statuses.join(u' ').toStdString());
         const LogFile present, copied;
         ShipmentLog log{QDir(present.folder.path())}, copy{QDir(copied.folder.path())};
         for (const auto &[at, inCopy] : {std::pair(1, 2), std::pair(2, 1), std::pair(3, 3)}) {
             ASSERT_TRUE(log.insert({.recipient = u"Jo"_s, .transactionID = transactionId(at)}));
             ASSERT_TRUE(copy.insert({.recipient = u"Jo"_s, .transactionID = transactionId(inCopy)}));
         }
-        for (const QString &status : row.later)
+        for (const QString &status : statuses)
             ASSERT_TRUE(log.setStatus(1, status) && log.setStatus(3, status));
         const ShipmentRecord moved = rowOf(log, 1);
         const QList<StoredFinding> findings = {{u"NAME"_s, {}, {}, {}, {}}, {u"ZIP"_s, {}, {}, {}, {}}};
@@ -259,8 +250,8 @@ TEST(LogMerge, TakesOverRefundsAndDocumentsAlsoOfLabelsWithAnotherId)
             EXPECT_EQ(LogMerge::bringBack(db, present.path(), {}).failure, QString());
         }
         for (const qint64 id : {2, 3}) {
-            EXPECT_EQ(copy.find({.id = id})->value().status, row.later.last());
-            EXPECT_EQ(copy.find({.id = id})->value().refund, row.refund);
+            EXPECT_EQ(copy.find({.id = id})->value().status, statuses.last());
+            EXPECT_EQ(copy.find({.id = id})->value().refund, refund);
         }
         EXPECT_EQ(copy.find({.id = 1})->value().status, log.find({.id = 2})->value().status);
         EXPECT_EQ(LabelHistory(copy).of(2)->reprints, 1);
@@ -269,7 +260,7 @@ TEST(LogMerge, TakesOverRefundsAndDocumentsAlsoOfLabelsWithAnotherId)
         EXPECT_EQ(*LabelVerdicts::of(copy, 2), findings);
         EXPECT_EQ(*FetchedLabels::of(copy, 2), "^XA^XZ");
         EXPECT_EQ(*copy.customsPDF(2), "%PDF");
-        EXPECT_EQ(copied.ask("SELECT count(*) FROM log_chain").value(0).toInt(), before + 2 * row.later.size() + 1);
+        EXPECT_EQ(copied.ask("SELECT count(*) FROM log_chain").value(0).toInt(), before + 2 * statuses.size() + 1);
         EXPECT_TRUE(copy.verify()->findings.isEmpty());
     }
 }

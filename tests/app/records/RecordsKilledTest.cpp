@@ -39,8 +39,7 @@ struct Records : FakePlatform {
         EXPECT_TRUE(app.addressBook.upsert({.name = u"Bea"_s}));
         QFile lines(platform.dataFolder.filePath(u"import.txt"_s));
         EXPECT_TRUE(lines.open(QIODevice::WriteOnly) && lines.write(mailLine("Cleo") + mailLine("Dora")) > 0);
-        workPool().waitForDone();
-        settle();
+        settlePool();
     }
     /// Lets a victim work in a fresh folder; returns what it printed.
     QByteArray die(const QString &work, int step)
@@ -86,8 +85,7 @@ struct Records : FakePlatform {
             EXPECT_EQ(copy.restored.has_value(), isRestored && copy.reason == wordOf(CopyReason::beforeRestore));
         }
         (isRestored ? restored : kept) += 1;
-        workPool().waitForDone();
-        settle();
+        settlePool();
     }
     int restored = 0, kept = 0;
 };

@@ -38,8 +38,7 @@ protected:
     {
         settle();
         runUntil([&] { return !records.copying; });
-        workPool().waitForDone();
-        settle();
+        settlePool();
     }
 };
 
@@ -127,21 +126,10 @@ TEST_F(RecordsScreenTest, CopiesBeforeAnImportAndAsksIfThatFails)
 
 TEST(VerifyTexts, SumUpOnlyWhatWasFound)
 {
-    struct Case {
-        qsizetype changed, ofOtherLogs;
-        QString summary;
-    };
-    const Case cases[] = {
-        {0, 0, u"All 1,200 labels are as they were bought."_s},
-        {0, 1, u"The rows match their seals, but copies in the copies folder do not."_s},
-        {1, 1, u"1 entry was changed after buying:"_s},
-        {999, 0, u"999 entries were changed after buying:"_s},
-        {999, 1, u"999 or more entries were changed after buying:"_s},
-    };
-    for (const Case &row : cases) {
-        LogChain::Report report{.labels = 1200, .findings = QList<LogChain::Finding>(row.changed)};
-        report.findings += QList<LogChain::Finding>(row.ofOtherLogs, {.problem = LogChain::Problem::otherLog});
-        EXPECT_EQ(VerifyTexts::summaryOf(report), row.summary);
+    for (const Json &row : table(u"mailing-log"_s, "summaries of a verification")) {
+        LogChain::Report report{.labels = 1200, .findings = QList<LogChain::Finding>(row[0].get<qsizetype>())};
+        report.findings += QList<LogChain::Finding>(row[1].get<qsizetype>(), {.problem = LogChain::Problem::otherLog});
+        EXPECT_EQ(VerifyTexts::summaryOf(report), text(row[2]));
     }
 }
 

@@ -1,22 +1,15 @@
-#include "app/records/RecordsScreen.h"
 #include "app/records/RestoreRecords.h"
 #include "app/records/RestoreTexts.h"
 #include "records/Journeys.h"
-#include "records/LabelHistory.h"
 #include "records/OpenItems.h"
+#include "support/AppTest.h"
 #include "support/FaultyDisk.h"
-#include "support/LabelDesk.h"
-#include "support/LogFile.h"
-
-#include <sys/resource.h>
 
 namespace parcelory::test {
-using namespace Qt::StringLiterals;
-using namespace std::chrono_literals;
 
 namespace {
 
-class RestoreTest : public testing::Test, public LabelDesk {
+class RestoreTest : public LabelTest {
 protected:
     std::unique_ptr<RecordsScreen> records = std::make_unique<RecordsScreen>(*app);
     QStringList sold;
@@ -25,12 +18,11 @@ protected:
     QString logFile() const { return file(u"mailing_log.sqlite"_s); }
     void buyLabel()
     {
-        composeAndRate(homeAddress());
-        buy();
+        LabelDesk::buyLabel();
         clock.advance(1min);
         app->log.reload();
         settle();
-        sold += app->log.records().value(0).transactionID;
+        sold += newest().transactionID;
     }
     void copy()
     {
@@ -49,21 +41,16 @@ protected:
         runTask(records->openRestore()); // without the clock, which would run ahead of the account's answer
         EXPECT_TRUE(records->restore.canRestore());
     }
-    void TearDown() override { endLookups(); }
     void restore()
     {
         run(records->restore.restore());
-        settle();
-        workPool().waitForDone();
-        settle();
+        settlePool();
     }
     QStringList logged()
     {
         app->log.reload();
         settle();
-        QStringList transactions;
-        for (const ShipmentRecord &row : app->log.records())
-            transactions += row.transactionID;
+        QStringList transactions = each(app->log.records(), &ShipmentRecord::transactionID);
         transactions.sort(); // the carrier's clock is not the desk's
         sold.sort();
         return transactions;
@@ -167,11 +154,7 @@ TEST_F(RestoreTest, BringsBackTheLabelsBoughtSinceAndSetsThePresentRecordsAside)
 
 TEST_F(RestoreTest, ADamagedLogOffersTheNewestGoodCopyAndTheAccountKnowsTheRest)
 {
-    struct Case {
-        const char *name;
-        std::function<void(QFile &)> damage;
-    };
-    const Case cases[] = {
+    const std::pair<const char *, std::function<void(QFile &)>> cases[] = {
         {"torn page",
          [](QFile &log) {
              constexpr qint64 page = 4096;
@@ -187,11 +170,11 @@ TEST_F(RestoreTest, ADamagedLogOffersTheNewestGoodCopyAndTheAccountKnowsTheRest)
         {"emptied", [](QFile &log) { log.resize(0); }},
     };
     buyLabel();
-    for (const Case &damaged : cases) {
-        SCOPED_TRACE(damaged.name);
+    for (const auto &[name, damage] : cases) {
+        SCOPED_TRACE(name);
         copy();
         buyLabel();
-        restartWith(damaged.damage);
+        restartWith(damage);
         bool isShown = false;
         QObject::connect(records.get(), &RecordsScreen::attentionWanted, [&] { isShown = true; });
         EXPECT_TRUE(isOffered());
@@ -234,28 +217,22 @@ TEST_F(RestoreTest, ChangesNothingIfItCannotBeCompleted)
     copy();
     buyLabel();
     const auto expectUnchanged = [this](const QString &why) {
-        restore();
         EXPECT_EQ(records->message.value(), u"The copy was not restored — "_s + why + u". Nothing was changed."_s);
         expectAllBack();
         EXPECT_FALSE(platform.dataFolder.exists(u"Restoring"_s));
     };
     openRestore();
-    std::signal(SIGXFSZ, SIG_IGN);
-    rlimit usual{};
-    getrlimit(RLIMIT_FSIZE, &usual);
-    const rlimit full{.rlim_cur = 8192, .rlim_max = usual.rlim_max};
-    setrlimit(RLIMIT_FSIZE, &full); // as a full disk
-    restore();
-    setrlimit(RLIMIT_FSIZE, &usual);
-    EXPECT_EQ(records->message.value(), u"The copy was not restored — the disk is full or can't be written "
-                                        "(addresses.sqlite). Nothing was changed."_s);
-    expectAllBack();
-    EXPECT_FALSE(platform.dataFolder.exists(u"Restoring"_s));
+    {
+        const FullDisk disk(8192);
+        restore();
+    }
+    expectUnchanged(u"the disk is full or can't be written (addresses.sqlite)"_s);
 
     openRestore();
     QDir copies = app->copies.folder();
     QFile inTheWay(copies.filePath(app->copies.setAsideName(clock.now()) + u".partial"_s));
     ASSERT_TRUE(inTheWay.open(QIODevice::WriteOnly));
+    restore();
     expectUnchanged(u"Parcelory can't set today's records aside: the copies folder can't be written"_s);
     ASSERT_TRUE(inTheWay.remove());
 
@@ -273,6 +250,7 @@ TEST_F(RestoreTest, ChangesNothingIfItCannotBeCompleted)
     QFile copied(copies.filePath(records->selected.value() + u"/mailing_log.sqlite"_s));
     ASSERT_TRUE(copied.open(QIODevice::ReadWrite) && copied.seek(copied.size() - 1) && copied.putChar('x'));
     copied.close();
+    restore();
     expectUnchanged(u"mailing_log.sqlite: not as it was copied"_s);
 
     records->restore.obstacle = [] { return u"A purchase is in progress — restore the copy when it is done."_s; };
@@ -308,11 +286,7 @@ TEST_F(RestoreTest, AFailedReadOfTheJournalEndsTheRestore)
 
 TEST_F(RestoreTest, FilesThatCannotBeMovedAreLeftOrMovedAtTheNextStart)
 {
-    struct Case {
-        QString blocked, told;
-        bool isBegun;
-    };
-    const Case cases[] = {
+    const std::tuple<QString, QString, bool> cases[] = {
         {u"mailing_log.sqlite-shm"_s,
          u"The copy was not restored — the files could not be moved. Nothing was changed."_s, false},
         {u"addresses.sqlite-shm"_s,
@@ -322,18 +296,18 @@ TEST_F(RestoreTest, FilesThatCannotBeMovedAreLeftOrMovedAtTheNextStart)
     buyLabel();
     copy();
     ASSERT_TRUE(app->addressBook.upsert({.name = u"Ann"_s}));
-    for (const Case &row : cases) {
-        SCOPED_TRACE(row.blocked.toStdString());
-        ASSERT_TRUE(platform.dataFolder.mkdir(row.blocked));
+    for (const auto &[blocked, told, isBegun] : cases) {
+        SCOPED_TRACE(blocked.toStdString());
+        ASSERT_TRUE(platform.dataFolder.mkdir(blocked));
         openRestore();
         restore();
-        EXPECT_EQ(records->message.value(), row.told);
+        EXPECT_EQ(records->message.value(), told);
         EXPECT_EQ(app->addressBook.rows().size(), 1) << "the log is moved first";
-        EXPECT_EQ(QDir(app->copies.folder()).entryList({u"Before Restore*"_s}).size(), row.isBegun);
-        ASSERT_TRUE(platform.dataFolder.rmdir(row.blocked));
+        EXPECT_EQ(QDir(app->copies.folder()).entryList({u"Before Restore*"_s}).size(), isBegun);
+        ASSERT_TRUE(platform.dataFolder.rmdir(blocked));
         expectAllBack();
         restartWith([](QFile &) {});
-        EXPECT_EQ(app->addressBook.rows().size(), row.isBegun ? 0 : 1);
+        EXPECT_EQ(app->addressBook.rows().size(), isBegun ? 0 : 1);
         EXPECT_FALSE(isOffered());
         records->selected = records->lastGood()->folder;
     }
