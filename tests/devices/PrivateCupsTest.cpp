@@ -5,13 +5,10 @@
 #include "devices/Zpl.h"
 #include "platform/SystemProcesses.h"
 #include "support/FakePlatform.h"
-#include "support/Test.h"
 
 #include <QDeadlineTimer>
 #include <QFileInfo>
 #include <QProcess>
-
-#include <sys/stat.h>
 
 namespace parcelory::test {
 namespace {
@@ -141,23 +138,16 @@ TEST_F(PrivateCups, LeavesNoJobInAQueueThatStaysPaused)
 
 TEST_F(PrivateCups, ReportsInEveryLanguageWhatBlocksTheLabels)
 {
-    const std::pair<QByteArray, QString> faults[] = {
-        {"echo 'STATE: +media-empty-error' >&2", u"the printer is out of labels"_s},
-        {"echo 'STATE: -media-empty-error' >&2; echo 'INFO: Waiting for printer to become available.' >&2",
-         u"the printer is off or not connected"_s},
-        {"echo 'ERROR: Broken pipe' >&2; exit 4",
-         u"the queue is paused (“Broken pipe”); resume it in the system's printer settings"_s},
-        {"exit 3", u"the queue is holding jobs back"_s},
-    };
     const QString script = folder->filePath(u"fault"_s);
     for (const char *language : {"de_DE.UTF-8", "fr_FR.UTF-8", "ja_JP.UTF-8"}) {
         for (const char *name : {"LC_ALL", "LANG", "LANGUAGE", "SOFTWARE"})
             qputenv(name, language);
-        for (const auto &[fault, cause] : faults) {
+        for (const Json &row : table(u"printers"_s, "faults of a driver")) {
+            const QByteArray fault = text(row[0]).toUtf8();
             put(script, fault + "\nwhile [ -e \"$fault\" ]; do sleep 0.05; done\n");
             for (int label = 0; label < 2; ++label)
                 processes.run(u"/usr/bin/lpr"_s, {u"-P"_s, u"ZD421"_s, u"-o"_s, u"raw"_s, script});
-            const QString sentence = u"2 labels are still waiting on ZD421 — "_s + cause + u'.';
+            const QString sentence = u"2 labels are still waiting on ZD421 — "_s + text(row[1]) + u'.';
             EXPECT_EQ(sentenceOf(u"ZD421"_s, sentence), sentence) << language << ' ' << fault.toStdString();
             QFile::remove(script);
             processes.run(u"/usr/bin/cancel"_s, {u"-a"_s, u"ZD421"_s});

@@ -4,7 +4,6 @@
 #include "app/purchase/ReprintCheck.h"
 #include "practice/carrier/PracticeLabel.h"
 #include "practice/carrier/PracticePdf.h"
-#include "records/LabelVerdicts.h"
 #include "support/AppTest.h"
 
 namespace parcelory::test {
@@ -91,12 +90,7 @@ TEST_F(HeldLabelTest, AnotherParcelsLabelIsLoggedAndPrintedOnlyOnRequest)
     expectHeld(label,
                u"6 things on the label differ: name, house number, unit, ZIP, tracking number, tracking number in the "
                "bar code"_s,
-               {u"The name differs: Eleanor Whitfield on the parcel, OTTO BECKER on the label."_s,
-                u"The house number differs: 418 on the parcel, 5000 on the label."_s,
-                u"The unit is missing on the label: APT 3B."_s,
-                u"The ZIP differs: 28801 on the parcel, 68105 on the label."_s,
-                u"Your parcel:\nEleanor Whitfield\n418 Montford Ave\nApt 3B\nAsheville NC 28801"_s,
-                u"On the label:\nOTTO BECKER\n5000 S 160TH ST\nOMAHA NE 68105"_s});
+               texts(table(u"held-labels"_s, "another parcel's label")));
     EXPECT_EQ(prompts.questions[0].title, u"This Label Doesn't Match the Parcel"_s);
 }
 
@@ -113,8 +107,7 @@ TEST_F(HeldLabelTest, ALabelThatChangesThePrinterIsLoggedAndPrintedOnlyOnRequest
 
 TEST_F(HeldLabelTest, TheVerdictStaysBesideTheRowAndReprintRepeatsIt)
 {
-    composeAndRate(homeAddress());
-    buy();
+    buyLabel();
     ShipmentRecord row = newest();
     const auto kept = keptLabel(app->log, row);
     ASSERT_TRUE(kept->verdict && kept->bytes);
@@ -144,8 +137,7 @@ TEST_F(HeldLabelTest, TheVerdictStaysBesideTheRowAndReprintRepeatsIt)
 
 TEST_F(HeldLabelTest, OldRowsAndGraphicLabelsAreComparedAtTheirReprint)
 {
-    composeAndRate(homeAddress());
-    buy();
+    buyLabel();
     ShipmentRecord row = newestWithLabel();
     EXPECT_TRUE(LabelVerdicts::put(app->log, row, {}));
     EXPECT_FALSE(keptLabel(app->log, row)->verdict);
@@ -160,42 +152,28 @@ TEST_F(HeldLabelTest, OldRowsAndGraphicLabelsAreComparedAtTheirReprint)
 
 TEST_F(HeldLabelTest, AReprintNamesEveryDifference)
 {
-    composeAndRate(homeAddress());
-    buy();
+    buyLabel();
     const ShipmentRecord bought = newestWithLabel();
     const QByteArray number = bought.tracking.toUtf8(), other = QByteArray(number).replace("17", "71");
-    const QString mismatch = u"This Label Doesn't Match the Parcel"_s;
-    const struct {
-        QByteArray from, to;
-        QString sentence, title;
-        qsizetype words = 0;         ///< that differ in their line
-        bool isWholeAddress = false; ///< is marked
-    } rows[] = {
-        {"APT 3B", "APT 8B", u"The unit differs: APT 3B on the parcel, APT 8B on the label."_s, mismatch, 2},
-        {"APT 3B", "", u"The unit is missing on the label: APT 3B."_s, mismatch, 0, true},
-        {"ELEANOR", "GUDRUN", u"The name differs: Eleanor Whitfield on the parcel, GUDRUN WHITFIELD on the label."_s,
-         mismatch},
-        {">842028801", ">842028804", u"The ZIP differs: 28801 on the parcel, 28804 on the label."_s, mismatch},
-        {number, other, u"The tracking number in the bar code differs: "_s + bought.tracking,
-         u"Wrong Tracking Number on This Label"_s},
-        {"", "", u"This label says “SAMPLE — DO NOT MAIL”, but the key is live."_s, u"This Is a Sample Label"_s}};
-    for (const auto &[from, to, sentence, title, words, isWholeAddress] : rows) {
+    const auto filled = [&](const Json &cell) { return bytes(cell).replace("OTHER", other).replace("NUMBER", number); };
+    for (const Json &row : table(u"held-labels"_s, "differences")) {
+        const QString sentence = text(row[2]).replace(u"NUMBER"_s, bought.tracking);
         SCOPED_TRACE(sentence.toStdString());
         ShipmentRecord record = bought;
-        record.testMode = !from.isEmpty();
+        record.testMode = !text(row[0]).isEmpty();
         if (record.testMode)
-            record.zpl->replace(from, to);
+            record.zpl->replace(filled(row[0]), filled(row[1]));
         ASSERT_NE(*record.zpl == *bought.zpl, record.testMode);
         prompts.questions.clear();
         EXPECT_EQ(reprinted(record), QString());
         ASSERT_EQ(prompts.questions.size(), 1);
-        EXPECT_EQ(prompts.questions[0].title, title);
+        EXPECT_EQ(prompts.questions[0].title, text(row[3]));
         EXPECT_TRUE(prompts.questions[0].text.startsWith(sentence)) << prompts.questions[0].text.toStdString();
         const QuestionPicture picture = prompts.questions[0].pictures.value(0);
         EXPECT_FALSE(picture.mark.isEmpty());
-        EXPECT_EQ(picture.words.size(), words);
+        EXPECT_EQ(picture.words.size(), row[4].get<qsizetype>());
         constexpr int mostOfLine = 60; // dots
-        if (isWholeAddress)
+        if (row[5].get<bool>())        // the whole address is marked
             EXPECT_GT(picture.mark.height(), mostOfLine);
         for (const QRect &word : picture.words)
             EXPECT_TRUE(picture.mark.contains(word) && word.left() > picture.mark.center().x()) << "at the line's end";
@@ -205,8 +183,7 @@ TEST_F(HeldLabelTest, AReprintNamesEveryDifference)
 
 TEST_F(HeldLabelTest, ALabelIsSavedAsAPictureInTheRememberedFolder)
 {
-    composeAndRate(homeAddress());
-    buy();
+    buyLabel();
     LabelPreview &preview = screen().last.preview;
     runUntil([&] { return preview.sight.value().picture != nullptr; }, &clock);
     const QTemporaryDir folder;
