@@ -253,10 +253,18 @@ ImportReport appendLines(const QString &path, const QByteArray &text, KnownRows 
         if (!done) // closing the connection rolls the transaction back
             throw AppError(u"The mailing log could not be written, so nothing was imported — "_s + reasonOf(db) + u'.');
     };
-    // A spilled page would lock readers out until the end. Indexes are sorted in memory: temporary files would hold the
-    // recipients.
-    db.exec("PRAGMA cache_spill = OFF; PRAGMA temp_store = MEMORY; PRAGMA cache_size = -65536");
-    require(db.exec("BEGIN IMMEDIATE"));
+    const auto begin = [&db] {
+        // A spilled page would lock readers out until the end. Indexes are sorted in memory: temporary files would hold
+        // the recipients.
+        db.exec("PRAGMA cache_spill = OFF; PRAGMA temp_store = MEMORY; PRAGMA cache_size = -65536");
+        return db.exec("BEGIN IMMEDIATE");
+    };
+    bool isBegun = begin();
+    if (db.isReplaced()) { // by the program that had the lock
+        db.reopen();
+        isBegun = begin();
+    }
+    require(isBegun);
     const std::optional<QSet<QByteArray>> known = knownTracking(db, text);
     require(known.has_value());
     const LogChain::Sealer sealer(db); // creates the chain of a new log
