@@ -202,18 +202,23 @@ TEST(RestoreStage, TheNextStartCompletesOnlyWhatWasBegunAndNotGivenUp)
 TEST(RestoreStage, TheNextStartReplacesNoFileThatAnotherProgramWrites)
 {
     const WaitingRoom room;
-    const LogFile file;
-    const QDir records(file.folder.path());
-    const QString present = file.path(u"addresses.sqlite"_s), restored = file.path(u"Restoring/addresses.sqlite"_s);
-    ASSERT_TRUE(records.mkdir(u"Restoring"_s));
-    file.put(u"Restoring/restore.json"_s, "{}");
-    Database other(present);
-    ASSERT_TRUE(Database(restored).exec("CREATE TABLE addresses (id)") && other.exec("BEGIN EXCLUSIVE"));
-    EXPECT_FALSE(RestoreStage::finishInterrupted(records));
-    EXPECT_TRUE(QFile::exists(restored) && !other.isReplaced());
-    ASSERT_TRUE(other.exec("CREATE TABLE addresses (id); COMMIT"));
-    EXPECT_TRUE(RestoreStage::finishInterrupted(records));
-    EXPECT_TRUE(other.isReplaced());
+    for (const bool isBegun : {true, false}) { // the log is moved first
+        SCOPED_TRACE(isBegun);
+        const LogFile file;
+        const QDir records(file.folder.path());
+        const QString name = isBegun ? u"addresses.sqlite"_s : u"mailing_log.sqlite"_s;
+        const QString restored = file.path(u"Restoring/"_s + name);
+        ASSERT_TRUE(records.mkdir(u"Restoring"_s));
+        file.put(u"Restoring/restore.json"_s, "{}");
+        Database other(file.path(name));
+        ASSERT_TRUE(Database(restored).exec("CREATE TABLE restored (id)") && other.exec("BEGIN EXCLUSIVE"));
+        EXPECT_FALSE(RestoreStage::finishInterrupted(records));
+        EXPECT_TRUE(QFile::exists(restored) && !other.isReplaced());
+        ASSERT_TRUE(other.exec("CREATE TABLE present (id); COMMIT"));
+        EXPECT_EQ(RestoreStage::finishInterrupted(records).has_value(), isBegun) << "otherwise it was given up";
+        EXPECT_EQ(other.isReplaced(), isBegun);
+        EXPECT_FALSE(records.exists(u"Restoring"_s));
+    }
 }
 
 TEST(LogMerge, TakesOverRefundsAndDocumentsAlsoOfLabelsWithAnotherId)
