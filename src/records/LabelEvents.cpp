@@ -53,8 +53,15 @@ LogRead<Times> timesOf(const ShipmentLog &log, const QString &id)
 
 bool put(ShipmentLog &log, const QStringList &ids, LabelEvent event, const QDateTime &at)
 {
+    // The paper of an earlier print may come out after the next print began.
+    const auto forgetEarlier = [&](const Database &db, const QString &id) {
+        return execute(db, "DELETE FROM label_events WHERE label = ? AND event = ? AND at > ?", id,
+                       textOf(words, LabelEvent::cameOut), secondsOf(at));
+    };
     return log.change([&](Database &db) {
         return db.exec(schema) && std::ranges::all_of(ids, [&](const QString &id) {
+                   if (event == LabelEvent::sent && !forgetEarlier(db, id))
+                       return false;
                    return execute(db, "INSERT OR REPLACE INTO label_events (label, event, at) VALUES (?, ?, ?)", id,
                                   textOf(words, event), secondsOf(at));
                });

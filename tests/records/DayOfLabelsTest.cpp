@@ -72,6 +72,8 @@ TEST(LabelEvents, TheLastPrintDecides)
         EXPECT_TRUE(LabelEvents::put(log, {u"t"_s, u"other"_s}, event, now));
         EXPECT_EQ(state(), expected);
     }
+    EXPECT_TRUE(LabelEvents::put(log, {u"t"_s}, LabelEvent::sent, now.addSecs(-1)));
+    EXPECT_EQ(state(), PrintState::sent) << "the first print came out after its reprint began";
     EXPECT_EQ(LabelEvents::ofDay(log, LabelEvent::refundAsked, QDate(2026, 11, 20))->size(), 2);
     EXPECT_EQ(LabelEvents::ofDay(log, LabelEvent::cameOut, QDate(2026, 11, 20))->size(), 0);
     EXPECT_FALSE(LabelEvents::find(log, u"none"_s, LabelEvent::sent)->has_value());

@@ -11,8 +11,9 @@
 
 namespace parcelory {
 
-/// Writes that a printer took a paper, at this time; returns why that failed, or an empty text. Runs on the thread pool
-/// in the job that prints: the end of the program waits for the job, so that no paper comes out without its note.
+/// Writes that a printer took a paper; `at` is the time when the print began. Returns why that failed, or an empty
+/// text. Runs on the thread pool in the job that prints: the end of the program waits for the job, so that no paper
+/// comes out without its note.
 using PrintNote = std::function<QString(const QDateTime &at)>;
 /// The note that this happened to labels or to a SCAN form, in the mailing log.
 PrintNote noteOf(AppState &app, QStringList ids, LabelEvent event);
