@@ -30,7 +30,7 @@ void stopCountingMemory()
 bool Database::reopen()
 {
     stopCountingMemory();
-    sqlite3_close_v2(m_db);                       // a copy in progress keeps the former file open until it ends
+    sqlite3_close_v2(m_db);                       // a copy in progress keeps the former file open until it fails
     createPrivateFile(QString::fromUtf8(m_path)); // its side files take its mode
     // Request the handle's mutex if threads share it: some systems' SQLite leaves it out by default.
     const int mutex = m_threads == Threads::several ? SQLITE_OPEN_FULLMUTEX : SQLITE_OPEN_NOMUTEX;

@@ -36,7 +36,7 @@ public:
     /// then still reads the former file, and refuses to begin a write. Asks the file system; false if there is no file
     /// at the path.
     bool isReplaced() const;
-    /// Opens the file again that the path names now. A copy in progress goes on with the former file.
+    /// Opens the file again that the path names now. A copy in progress fails.
     bool reopen();
     void setPatience(std::chrono::milliseconds patience);
     /// Runs a script; on failure logs "Parcelory SQL error: " with the library's text.

@@ -7,6 +7,7 @@
 
 #include <chrono>
 #include <memory>
+#include <optional>
 
 namespace parcelory {
 using namespace Qt::StringLiterals;
@@ -24,14 +25,23 @@ constexpr int mostRestarts = 20;
 QString copyPages(const Database &from, const Database &to, const Progress &progress, const CopyTurn &inTurn)
 {
     std::unique_ptr<sqlite3_backup, decltype(&sqlite3_backup_finish)> copy(nullptr, &sqlite3_backup_finish);
-    inTurn([&] { copy.reset(sqlite3_backup_init(to.handle(), "main", from.handle(), "main")); });
+    const sqlite3 *source = nullptr;
+    inTurn([&] {
+        source = from.handle();
+        copy.reset(sqlite3_backup_init(to.handle(), "main", from.handle(), "main"));
+    });
     if (!copy)
         return to.lastError();
     QElapsedTimer sinceLastPage;
     sinceLastPage.start();
     for (int restarts = 0, pauses = 0, last = 0; !progress.cancelToken().isCanceled();) {
-        int result = SQLITE_OK;
-        inTurn([&] { result = sqlite3_backup_step(copy.get(), portion); });
+        std::optional<int> result;
+        inTurn([&] { // SQLite would take the new file's journal for the former one's
+            if (from.handle() == source && !from.isReplaced())
+                result = sqlite3_backup_step(copy.get(), portion);
+        });
+        if (!result)
+            return u"another program has just replaced it"_s;
         if (result == SQLITE_DONE)
             break;
         if (result == SQLITE_BUSY || result == SQLITE_LOCKED) {
@@ -41,7 +51,7 @@ QString copyPages(const Database &from, const Database &to, const Progress &prog
             continue;
         }
         if (result != SQLITE_OK)
-            return QString::fromUtf8(sqlite3_errstr(result));
+            return QString::fromUtf8(sqlite3_errstr(*result));
         sinceLastPage.restart();
         pauses = 0;
         const int total = sqlite3_backup_pagecount(copy.get());

@@ -110,6 +110,8 @@ bool LineReader::readRange(std::span<const qint64> ids, QByteArray &lines)
 std::optional<QByteArray> LineReader::read(std::span<const qint64> ids)
 {
     constexpr qsizetype usualLine = 256;
+    if (m_db.isReplaced()) // SQLite would take the new file's journal for this one's
+        return std::nullopt;
     const Snapshot snapshot(m_db); // one lock for all rows, released before they are written
     QByteArray lines;
     lines.reserve(qsizetype(ids.size()) * usualLine);

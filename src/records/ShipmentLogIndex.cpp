@@ -95,6 +95,10 @@ void ShipmentLogIndex::read(qint64 version, qint64 lastId)
     bool isComplete = rows.isPrepared(), isFit = true;
     qint64 id = 0;
     for (bool isLast = false; isComplete && isFit && !isLast && !m_closing; rows.reset()) {
+        if (db.isReplaced()) { // SQLite would take the new file's journal for this one's
+            isComplete = false;
+            break;
+        }
         rows.bind(1, id);
         rows.bind(2, lastId);
         rows.bind(3, qint64(portion));

@@ -70,6 +70,8 @@ QString ShipmentLog::reasonOf(const Database &db)
 
 QString ShipmentLog::notRead(const Database &db) const
 {
+    if (db.isReplaced())
+        return u"The mailing log could not be read — another Parcelory has just restored a copy. Try again."_s;
     return u"The mailing log could not be read — %1. %2"_s.arg(
         reasonOf(db), db.isLocked() ? u"Close that program, or wait until it is done, and try again."_s
                                     : u"Check the disk with %1, and try again."_s.arg(m_path));

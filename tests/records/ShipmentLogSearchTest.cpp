@@ -173,6 +173,25 @@ TEST(ShipmentLog, SearchesALargeLogThatAnotherProgramHasRestored)
     EXPECT_EQ(found(u"Ana 1200"_s), QStringList());
 }
 
+TEST(ShipmentLog, IsNeitherCopiedNorExportedFromAFormerFile)
+{
+    for (const bool isFollowed : {false, true}) {
+        SCOPED_TRACE(isFollowed);
+        const LargeLog file;
+        file.run("CREATE TABLE bulk (bytes BLOB); INSERT INTO bulk VALUES (zeroblob(8000000))"); // portions of a copy
+        ShipmentLog log(QDir(file.folder.path()));
+        const Progress restoring({}, [&](qint64, qint64) {
+            file.replaceWith(LargeLog());
+            EXPECT_TRUE(!isFollowed || !log.isEmpty());
+        });
+        EXPECT_EQ(log.copyTo(file.path(u"copy.sqlite"_s), restoring), u"another program has just replaced it"_s);
+        QBuffer out;
+        ASSERT_TRUE(out.open(QIODevice::WriteOnly));
+        EXPECT_EQ(log.exportEndiciaCSV(out, restoring).failure(),
+                  u"The mailing log could not be read — another Parcelory has just restored a copy. Try again."_s);
+    }
+}
+
 TEST(ShipmentLog, DiscardsACanceledSearch)
 {
     const LargeLog file;
