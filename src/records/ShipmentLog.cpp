@@ -259,9 +259,9 @@ bool ShipmentLog::transact(const std::function<bool(Database &)> &work)
     if (!stored) {
         const QString reason = reasonOf(m_db);
         qWarning("Parcelory SQL error: %s", qPrintable(reason));
+        run("ROLLBACK");
         const std::lock_guard access(m_reasonAccess);
         m_lastError = reason;
-        run("ROLLBACK");
     }
     return stored;
 }
