@@ -116,7 +116,7 @@ Task<> Gallery::drawScanForm()
     saveWindow(u"SCAN Form"_s, u"window-scan-form-empty"_s, {1070, 880});
     const QList<ShipmentRecord> labels = app().log.records();
     const auto bought = std::ranges::find_if(labels, [](const ShipmentRecord &row) { return !row.labelURL.isEmpty(); });
-    co_await onPool([this, id = bought->id] { return app().log.setStatus(id, wordOf(LogStatus::refundPending)); });
+    co_await onPool([this, label = *bought] { return app().log.setStatus(label, wordOf(LogStatus::refundPending)); });
     m_desk.carrier().setScenario({.manifestDocuments = 2});
     spawn([this] { return app().createScanForm(label().sender().value_or(SenderProfile()).address); });
     co_await until([] { return QApplication::activeModalWidget(); });

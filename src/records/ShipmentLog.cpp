@@ -302,9 +302,9 @@ bool ShipmentLog::append(const ShipmentRecord &record, bool unlessThere, bool re
     return stored;
 }
 
-bool ShipmentLog::setStatus(qint64 id, const QString &status)
+bool ShipmentLog::setStatus(const ShipmentRecord &label, const QString &status)
 {
-    return update([id, &status](Database &db) { return RefundNotes::putStatus(db, id, status); });
+    return changeRow(label, [&status](Database &db, qint64 id) { return RefundNotes::putStatus(db, id, status); });
 }
 
 bool ShipmentLog::setRefund(const ShipmentRecord &label, RefundState refund)
@@ -319,16 +319,6 @@ bool ShipmentLog::storeCustomsPDF(const ShipmentRecord &label, const QByteArray 
     });
     if (stored) // otherwise a locked log would be waited for again
         reload();
-    return stored;
-}
-
-/// Changes a row.
-bool ShipmentLog::update(const std::function<bool(Database &)> &work)
-{
-    const std::lock_guard writing(m_writing);
-    const Turn turn(*this);
-    const bool stored = transact(work);
-    m_index.follow();
     return stored;
 }
 

@@ -61,7 +61,7 @@ public:
     [[nodiscard]] bool insert(const ShipmentRecord &record, bool reloadAfter = true);
     /// Appends a label's row unless the log has it; false if neither is certain.
     [[nodiscard]] bool insertOnce(const ShipmentRecord &record);
-    [[nodiscard]] bool setStatus(qint64 id, const QString &status);
+    [[nodiscard]] bool setStatus(const ShipmentRecord &label, const QString &status);
     /// Stores the outcome of a refund: in the status, or beside it if the parcel was delivered.
     [[nodiscard]] bool setRefund(const ShipmentRecord &label, RefundState refund);
     [[nodiscard]] bool storeCustomsPDF(const ShipmentRecord &label, const QByteArray &document);
@@ -169,7 +169,6 @@ private:
                                               const CancelToken &cancel) const;
     LogRead<QList<ShipmentRecord>> alike(const QString &search, int limit, const CancelToken &cancel) const;
     bool transact(const std::function<bool(Database &)> &work);
-    bool update(const std::function<bool(Database &)> &work);
     bool append(const ShipmentRecord &record, bool unlessThere, bool reloadAfter);
     LogRead<std::optional<QByteArray>> blob(const QByteArray &sql, qint64 id) const;
 

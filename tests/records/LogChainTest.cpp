@@ -35,7 +35,7 @@ struct SealedLog : LogFile {
         }));
         EXPECT_TRUE(FetchedLabels::put(log, rowOf(log, 5), "^XA1^XZ") &&
                     FetchedLabels::put(log, rowOf(log, 5), "^XA2^XZ"));
-        EXPECT_TRUE(log.setRefund(rowOf(log, 2), RefundState::granted) && log.setStatus(3, u"SHIPPED"_s));
+        EXPECT_TRUE(log.setRefund(rowOf(log, 2), RefundState::granted) && log.setStatus(rowOf(log, 3), u"SHIPPED"_s));
         EXPECT_TRUE(log.storeCustomsPDF(rowOf(log, 4), "%PDF"));
     }
     LogChain::Report verified(const QList<LogChain::Head> &known = {}) const { return log.verify(known).orThrow(); }
@@ -119,7 +119,7 @@ TEST(LogChain, SealsTheRowsOfAnOlderLogInPortions)
     file.run("WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 450)"
              " INSERT INTO shipments (created_at, recipient, zpl) SELECT i, 'Recipient ' || i, randomblob(50) FROM n");
     ShipmentLog log(QDir(file.folder.path()));
-    EXPECT_TRUE(log.setStatus(7, u"SHIPPED"_s)); // before its row has an entry
+    EXPECT_TRUE(log.setStatus(rowOf(log, 7), u"SHIPPED"_s)); // before its row has an entry
     EXPECT_TRUE(log.insert(parcel(1)));
     EXPECT_TRUE(log.verify()->findings.isEmpty()) << "rows without an entry are no findings yet";
     EXPECT_TRUE(log.sealOlder());

@@ -239,7 +239,7 @@ TEST(LogMerge, TakesOverRefundsAndDocumentsAlsoOfLabelsWithAnotherId)
             ASSERT_TRUE(copy.insert({.recipient = u"Jo"_s, .transactionID = transactionId(inCopy)}));
         }
         for (const QString &status : statuses)
-            ASSERT_TRUE(log.setStatus(1, status) && log.setStatus(3, status));
+            ASSERT_TRUE(log.setStatus(rowOf(log, 1), status) && log.setStatus(rowOf(log, 3), status));
         const ShipmentRecord moved = rowOf(log, 1);
         const QList<StoredFinding> findings = {{u"NAME"_s, {}, {}, {}, {}}, {u"ZIP"_s, {}, {}, {}, {}}};
         ASSERT_TRUE(LabelHistory(log).addReprint(moved, noon) && LabelVerdicts::put(log, moved, findings) &&

@@ -52,7 +52,7 @@ TEST(ShipmentLog, ReportsALostRowWhenTheLockIsNeverReleased)
     EXPECT_FALSE(file.log.insert(shipmentTo(u"Lost"_s)));
     EXPECT_GT(WaitingRoom::waited, 4500000); // it waited the full time
     EXPECT_TRUE(file.log.lastError().contains(u"locked"_s)) << file.log.lastError().toStdString();
-    EXPECT_FALSE(file.log.setStatus(1, u"REFUNDED"_s) || file.log.storeCustomsPDF({.id = 1}, "%PDF"));
+    EXPECT_FALSE(file.log.setStatus({.id = 1}, u"REFUNDED"_s) || file.log.storeCustomsPDF({.id = 1}, "%PDF"));
     EXPECT_TRUE(importFailure(file.log, file.path(u"log.txt"_s)).contains(u"database is locked"_s));
     ASSERT_TRUE(other.exec("ROLLBACK"));
     expectHealthy(file, file.log);
@@ -103,6 +103,10 @@ TEST(ShipmentLog, FindsALabelThatHasAnotherIdInTheRestoredLog)
     file.replaceWith(copy);
     EXPECT_EQ(log.find(bo)->value_or(ShipmentRecord()).id, 1);
     EXPECT_FALSE(*log.find(ana)) << "its id is another label's";
+    EXPECT_FALSE(log.setStatus(ana, u"REFUND_PENDING"_s));
+    EXPECT_EQ(rowOf(log, 1).status, bo.status);
+    EXPECT_TRUE(log.setStatus(bo, u"REFUND_PENDING"_s));
+    EXPECT_EQ(rowOf(log, 1).status, u"REFUND_PENDING"_s);
 }
 
 TEST(ShipmentLog, TellsTheLastFailureWhileAnotherThreadWrites)
@@ -277,7 +281,7 @@ TEST(ShipmentLog, KeepsRunningWithoutAUsableFile)
         testing::internal::CaptureStderr();
         ShipmentLog log(QDir(file.folder.path()));
         EXPECT_FALSE(log.insert(shipmentTo(u"Lost"_s))) << logged;
-        EXPECT_FALSE(log.setStatus(1, u"REFUNDED"_s) || log.storeCustomsPDF({.id = 1}, "%PDF"));
+        EXPECT_FALSE(log.setStatus({.id = 1}, u"REFUNDED"_s) || log.storeCustomsPDF({.id = 1}, "%PDF"));
         EXPECT_FALSE(log.zpl(1).isRead() || log.find({.id = 1}).isRead());
         EXPECT_NE(importFailure(log, file.path(u"log.txt"_s)), u"no failure"_s) << logged;
         EXPECT_TRUE(shown(log).isEmpty());

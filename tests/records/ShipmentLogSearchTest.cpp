@@ -143,7 +143,7 @@ TEST(ShipmentLog, SearchesALargeLogThatChanges)
     EXPECT_EQ(found(u"ANA 1200"_s), twice); // the start has not read the index
     workPool().waitForDone();
     EXPECT_EQ(found(u"ANA 1200"_s), twice);
-    EXPECT_TRUE(log.insert(shipmentTo(u"Ana 1200 B"_s), false) && log.setStatus(1200, u"REFUNDED"_s));
+    EXPECT_TRUE(log.insert(shipmentTo(u"Ana 1200 B"_s), false) && log.setStatus(rowOf(log, 1200), u"REFUNDED"_s));
     const QStringList all = {u"Ana 1200 B"_s, u"Ana 12000"_s, u"Ana 1200"_s};
     EXPECT_EQ(found(u"ANA 1200"_s), all);
     file.run("UPDATE shipments SET recipient = 'Ana 1200 C' WHERE id = 7; DELETE FROM shipments WHERE id = 1200");

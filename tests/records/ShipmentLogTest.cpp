@@ -102,7 +102,7 @@ TEST_F(LogTest, HasNoDocumentForARowWithoutOneNorForAnUnknownRow)
     EXPECT_TRUE(log.storeCustomsPDF(rowOf(log, 1), "%PDF"));
     EXPECT_EQ(shown(log).size(), 2);
     EXPECT_EQ(std::ranges::count(log.records(), true, &ShipmentRecord::hasCustomsPDF), 1) << "the list is read again";
-    EXPECT_TRUE(log.setStatus(2, u"REFUND_PENDING"_s));
+    EXPECT_TRUE(log.setStatus(rowOf(log, 2), u"REFUND_PENDING"_s));
     log.reload();
     EXPECT_EQ(shown(log).size(), 2);
     EXPECT_EQ(*log.customsPDF(1), "%PDF");
@@ -233,7 +233,8 @@ TEST_F(LogTest, KeepsTheRefundOfADeliveredParcel)
     const QStringList refunds = {u"none"_s, u"pending"_s, u"granted"_s, u"failed"_s};
     for (const Json &step : table(u"mailing-log"_s, "refund of a delivered parcel")) {
         const qsizetype refund = refunds.indexOf(text(step[0]));
-        EXPECT_TRUE(refund < 0 ? log.setStatus(1, text(step[0])) : log.setRefund(rowOf(log, 1), RefundState(refund)))
+        EXPECT_TRUE(refund < 0 ? log.setStatus(rowOf(log, 1), text(step[0]))
+                               : log.setRefund(rowOf(log, 1), RefundState(refund)))
             << step;
         EXPECT_EQ(row().status + u' ' + row().refund, text(step[1]) + u' ' + text(step[2])) << step;
         EXPECT_EQ(log.openRefunds(99, 50)->size(), step[3].get<bool>()) << step;

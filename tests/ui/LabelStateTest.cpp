@@ -221,7 +221,7 @@ TEST(LabelState, AnUnresolvedPurchaseIsResolvedByHandOnlyIfAskingMayNotHelp)
     EXPECT_EQ(desk.app().tab.value(), MainTab::mailingLog);
     desk.dialog()->reject();
     desk.settleAll();
-    EXPECT_TRUE(desk.app().log.setStatus(desk.app().log.records().value(0).id, u"REFUNDED"_s));
+    EXPECT_TRUE(desk.app().log.setStatus(desk.app().log.records().value(0), u"REFUNDED"_s));
     desk.app().tab = MainTab::newLabel;
     desk.settleAll();
     desk.click(desk.button(u"Refund"_s));

@@ -177,7 +177,7 @@ TEST(OpenWindow, LooksLikeANewOneAfterEveryChange)
 
     desk.compose(); // lists that are no fields
     const std::unique_ptr<MainWindow> second = desk.newWindow();
-    EXPECT_TRUE(desk.app().log.setStatus(*desk.screens().mailingLog.selected.value(), u"REFUNDED"_s));
+    EXPECT_TRUE(desk.app().log.setStatus(*desk.screens().mailingLog.selectedRecord(), u"REFUNDED"_s));
     desk.app().log.reload();
     desk.rest();
     EXPECT_EQ(desk.difference(*second, *desk.newWindow()), QString());

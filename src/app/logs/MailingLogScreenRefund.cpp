@@ -86,7 +86,7 @@ Task<bool> MailingLogScreen::confirmRefund(ShipmentRecord record)
         co_return false;
     const auto found = co_await onPool([&log = m_app.log, record] { return log.find(record); });
     const std::optional<ShipmentRecord> now = found.orThrow();
-    const bool isSame = now && now->status == record.status && now->refund == record.refund;
+    const bool isSame = now && now->id == record.id && now->status == record.status && now->refund == record.refund;
     if (!isSame) { // another program, or a refund sync, changed it meanwhile
         co_await onPool([&log = m_app.log, asked = search.value()] { log.reload(asked); });
         say(u"The status of this shipment has just changed. No refund was requested."_s, true);
@@ -105,9 +105,9 @@ Task<bool> MailingLogScreen::noteRefund(ShipmentRecord record)
         fail(u"Refund"_s, error, Popup::no);
         co_return false;
     }
-    const QString unwritten = co_await write([refund](AppState &app) {
+    const QString unwritten = co_await write([record, refund](AppState &app) {
         return LabelEvents::put(app.log, {refund.transactionId}, LabelEvent::refundAsked, refund.askedAt) &&
-               app.log.setStatus(refund.shipmentId, wordOf(LogStatus::refundPending));
+               app.log.setStatus(record, wordOf(LogStatus::refundPending));
     });
     if (!unwritten.isEmpty()) {
         fail(u"Refund"_s, AppError(unwritten + u" No refund was requested."_s), Popup::no);
@@ -171,8 +171,9 @@ Task<> MailingLogScreen::requestRefund(ShipmentRecord record)
         isSettled = fateOf(error) == RequestFate::notSent;
         outcome = m_app.recorded(u"Refund"_s, error, Popup::yes);
     }
-    const QString unwritten = co_await write([id = record.id, status = statusAfter(refund, record.status)](
-                                                 AppState &app) { return app.log.setStatus(id, status); });
+    const QString unwritten = co_await write([record, status = statusAfter(refund, record.status)](AppState &app) {
+        return app.log.setStatus(record, status);
+    });
     if (!unwritten.isEmpty()) // the next sync asks the carrier
         m_app.errors.record(u"Refund"_s, AppError(outcome + u' ' + unwritten), Popup::no);
     say(joinPresent({outcome, unwritten}, u" "_s), refund == RefundState::failed || !unwritten.isEmpty());

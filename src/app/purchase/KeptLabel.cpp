@@ -45,10 +45,10 @@ std::optional<LabelVerdict> verdictOf(const QList<StoredFinding> &stored)
     return verdict.findings.isEmpty() ? std::nullopt : std::optional(verdict);
 }
 
-/// The row's id; 0 if the log does not have it.
+/// The row's id now: the log may have been replaced since the record was read. 0 if the log does not have it.
 LogRead<qint64> idOf(const ShipmentLog &log, const ShipmentRecord &record)
 {
-    if (record.id > 0 || record.transactionID.isEmpty())
+    if (record.transactionID.isEmpty())
         return record.id;
     const auto row = log.find(record);
     if (!row.isRead())
@@ -64,8 +64,8 @@ LogRead<KeptLabel> keptLabel(const ShipmentLog &log, const ShipmentRecord &recor
     const LogRead<qint64> id = idOf(log, record);
     if (!id.isRead())
         return kept.bytes ? LogRead(kept) : LogRead<KeptLabel>::failed(id.failure());
-    if (!kept.bytes && record.id > 0) {
-        const auto stored = log.zpl(record.id);
+    if (!kept.bytes && *id > 0) {
+        const auto stored = log.zpl(*id);
         if (!stored.isRead())
             return LogRead<KeptLabel>::failed(stored.failure());
         kept.bytes = *stored;

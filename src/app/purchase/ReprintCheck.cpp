@@ -97,7 +97,7 @@ Task<QString> reprintChecked(AppState &app, ShipmentRecord record)
         if (answer != 1)
             co_return QString();
     }
-    const ReprintResult result = co_await reprintLabel(app, record, row ? noteOfReprint(app, *row) : PrintNote());
+    const ReprintResult result = co_await reprintLabel(app, pictured, row ? noteOfReprint(app, *row) : PrintNote());
     const auto [printed, unnoted] = result.printed;
     QString reason = unnoted;
     if (row && reason.isEmpty() && !result.firstVerdict.findings.isEmpty())

@@ -128,8 +128,12 @@ TEST_F(HeldLabelTest, TheVerdictStaysBesideTheRowAndReprintRepeatsIt)
     EXPECT_EQ(prompts.questions.last().title, u"This Label Doesn't Match the Parcel"_s);
     prompts.answer = 0;
     EXPECT_EQ(reprinted(row), QString());
-    row.id = 0; // as the last label knows it
+    const qint64 id = std::exchange(row.id, 0); // as the last label knows it
     EXPECT_EQ(keptLabel(app->log, row)->verdict, different);
+    row.id = id + 1; // as a list has it that is not read again since a restore
+    EXPECT_EQ(keptLabel(app->log, row)->verdict, different);
+    EXPECT_EQ(keptLabel(app->log, row)->bytes, kept->bytes);
+    row.id = id;
     EXPECT_TRUE(
         LabelVerdicts::put(app->log, row, {{u"NAME"_s, u"SAME"_s, {}, {}, {}}, {u"COLOR"_s, u"FADED"_s, {}, {}, {}}}));
     EXPECT_FALSE(keptLabel(app->log, row)->verdict) << "words of a later version do not count as a match";
@@ -164,6 +168,10 @@ TEST_F(HeldLabelTest, AReprintNamesEveryDifference)
         if (record.testMode)
             record.zpl->replace(filled(row[0]), filled(row[1]));
         ASSERT_NE(*record.zpl == *bought.zpl, record.testMode);
+        ASSERT_TRUE(
+            execute(Database(path(u"mailing_log.sqlite"_s)), "UPDATE shipments SET test_mode = ?", record.testMode));
+        if (!record.testMode)
+            useToken(PracticeCarrier::liveToken);
         prompts.questions.clear();
         EXPECT_EQ(reprinted(record), QString());
         ASSERT_EQ(prompts.questions.size(), 1);

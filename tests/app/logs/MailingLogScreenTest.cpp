@@ -75,17 +75,22 @@ TEST_F(MailingLogScreenTest, ReprintsFromTheNearestCopyOfTheLabel)
     ShipmentRecord carried = row, bare = row;
     carried.zpl = "^XA^FDcarried^FS^XZ";
     carried.id = bare.id = 0;
-    const std::tuple<const char *, ShipmentRecord, QByteArray, size_t> cases[] = {
-        {"kept in the log", row, label, 0},
-        {"carried by the record", carried, *carried.zpl, 0},
-        {"nowhere but at the carrier", bare, label, 1}};
-    for (const auto &[what, record, bytes, downloads] : cases) {
+    Database file(path(u"mailing_log.sqlite"_s));
+    const QByteArray move = "UPDATE shipments SET id = id + 1; INSERT INTO shipments (id, created_at, zpl)"
+                            " VALUES (1, 0, '^XA^FDanother^FS^XZ')"; // as after a restore
+    const std::tuple<const char *, ShipmentRecord, QByteArray, size_t, QByteArray> cases[] = {
+        {"kept in the log", row, label, 0, ""},
+        {"carried by the record", carried, *carried.zpl, 0, ""},
+        {"kept in the log under another id", row, label, 0, move},
+        {"nowhere but at the carrier", bare, label, 1, "UPDATE shipments SET zpl = NULL"}};
+    for (const auto &[what, record, bytes, downloads, change] : cases) {
+        EXPECT_TRUE(file.exec(change.constData()));
         run(log.reprint(record));
         EXPECT_EQ(log.message.value(), u"Label sent to ZD421."_s) << what;
         EXPECT_EQ(processes.lastPrinted(), Zpl::rotated(bytes)) << what;
         EXPECT_EQ(size_t(carrier.requests().size()), requests + downloads) << what;
     }
-    EXPECT_EQ(printed(), 4);
+    EXPECT_EQ(printed(), 5);
     QSemaphore paper;
     processes.behave = [&paper](const QString &program, const QStringList &) {
         if (program.endsWith(u"/lpr"_s))
@@ -96,7 +101,7 @@ TEST_F(MailingLogScreenTest, ReprintsFromTheNearestCopyOfTheLabel)
     run(log.reprint(row));
     paper.release();
     run(std::move(first));
-    EXPECT_EQ(printed(), 5) << "a second press during printing prints no second label";
+    EXPECT_EQ(printed(), 6) << "a second press during printing prints no second label";
     EXPECT_TRUE(app->errors.entries().isEmpty());
 }
 
@@ -116,7 +121,7 @@ TEST_F(MailingLogScreenTest, OnlyTheSecondReprintOfALabelAsks)
     EXPECT_EQ(printed(), 4);
     EXPECT_TRUE(prompts.questions.last().text.contains(u"This label was reprinted 2 times, last on "_s));
 
-    EXPECT_TRUE(app->log.setStatus(row.id, u"REFUNDED"_s)); // by another desk; the list still shows PRINTED
+    EXPECT_TRUE(app->log.setStatus(row, u"REFUNDED"_s)); // by another desk; the list still shows PRINTED
     prompts.answer = 0;
     run(log.reprint(row));
     EXPECT_TRUE(prompts.questions.last().text.contains(u"This label was refunded"_s));
@@ -140,6 +145,7 @@ TEST_F(MailingLogScreenTest, AFailedReprintIsShownAndPrintsNothing)
     ShipmentRecord bare = row, lost = row;
     bare.id = 0;
     lost.id = 999;
+    bare.transactionID = lost.transactionID = u"unlogged"_s;
     lost.labelURL = QString();
     // queue: lpstat's output
     const std::tuple<ShipmentRecord, LabelAnswer, const char *, QString, bool> cases[] = {

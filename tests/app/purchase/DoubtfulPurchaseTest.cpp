@@ -89,7 +89,7 @@ TEST_F(DoubtfulPurchaseTest, BuyOpensAgainWhateverTheListOfTransactionsAnswers)
         checkAgain();
         EXPECT_EQ(unresolved(), 0);
         for (const ShipmentRecord &record : app->log.records())
-            EXPECT_TRUE(app->log.setStatus(record.id, u"REFUNDED"_s)); // the next round's label is a first label
+            EXPECT_TRUE(app->log.setStatus(record, u"REFUNDED"_s)); // the next round's label is a first label
         screen().clearDraft();
     }
 }

@@ -197,7 +197,7 @@ TEST_F(PurchaseLookupTest, ALabelThatIsFoundLaterIsKeptUntilItIsLoggedOnce)
     EXPECT_TRUE(newest().trackingURL.startsWith(u"http"_s) && app->journal.openPurchases().isEmpty());
     EXPECT_TRUE(app->draftTo.value().isEmpty()) << "the parcel was sold after all";
 
-    EXPECT_TRUE(app->log.setStatus(newest().id, u"REFUNDED"_s));
+    EXPECT_TRUE(app->log.setStatus(newest(), u"REFUNDED"_s));
     run(purchases().print(purchases().resolved.value().value(0)));
     EXPECT_TRUE(prompts.questions.value(0).text.contains(u"This label was refunded"_s));
     EXPECT_FALSE(purchases().resolved.value().value(0).isPrinted) << "the clerk canceled";

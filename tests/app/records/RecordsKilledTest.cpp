@@ -35,7 +35,7 @@ struct Records : FakePlatform {
         for (int number = 4; number <= 6; ++number)
             EXPECT_TRUE(app.log.insert(sold(number), false));
         EXPECT_TRUE(app.log.insert(shipmentTo(u"Imported"_s), false));
-        EXPECT_TRUE(app.log.setStatus(1, u"REFUND_PENDING"_s));
+        EXPECT_TRUE(app.log.setStatus(rowOf(app.log, 1), u"REFUND_PENDING"_s));
         EXPECT_TRUE(app.addressBook.upsert({.name = u"Bea"_s}));
         QFile lines(platform.dataFolder.filePath(u"import.txt"_s));
         EXPECT_TRUE(lines.open(QIODevice::WriteOnly) && lines.write(mailLine("Cleo") + mailLine("Dora")) > 0);

@@ -91,7 +91,7 @@ TEST_F(RestoreTest, BringsBackTheLabelsBoughtSinceAndSetsThePresentRecordsAside)
     copy();
     buyLabel();
     buyLabel();
-    EXPECT_TRUE(app->log.setStatus(1, u"REFUND_PENDING"_s));
+    EXPECT_TRUE(app->log.setStatus(rowOf(app->log, 1), u"REFUND_PENDING"_s));
     const Journey journey{
         .status = TrackingStatus::delivered, .isScanned = true, .movedAt = clock.now(), .askedAt = clock.now()};
     EXPECT_TRUE(Journeys::learn(app->log, rowOf(app->log, 1), u"DELIVERED"_s, [&](const auto &) { return journey; }));
