@@ -44,6 +44,7 @@ Screens::Screens(AppState &app)
     connect(&app.boxes, &BoxStore::overridden, this, &Screens::tellOverridden);
     records.restore.obstacle = [this] { return obstacleToRestore(); };
     connect(&records, &RecordsScreen::recordsReplaced, this, [this] {
+        mailingLog.selected = std::nullopt; // its id may be another label's
         spawn([this] { return addressBook.reload(); });
         spawn([this] { return label.purchases.resumeRestored(); });
         tracking.planAgain();
@@ -69,6 +70,7 @@ Task<> Screens::startRecords()
 void Screens::takeReplacedRecords()
 {
     records.takeReplacedRecords();
+    mailingLog.selected = std::nullopt;
     spawn([&log = m_app.log] { return onPool([&log] { return log.reload(); }); });
     spawn([this] { return addressBook.reload(); });
     tracking.planAgain();

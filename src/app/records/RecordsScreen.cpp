@@ -169,8 +169,7 @@ Task<bool> RecordsScreen::offerCopy()
 
 void RecordsScreen::takeReplacedRecords()
 {
-    restore.logDamaged = false;
-    restore.bookDamaged = false;
+    restore.takeReplacedRecords();
     report = std::nullopt; // it was about the former log
     verifyFailure = QString();
     spawn([this] { return list(); });

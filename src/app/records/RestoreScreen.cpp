@@ -20,6 +20,8 @@ namespace {
 
 constexpr auto longestAnswer = std::chrono::seconds(20); ///< of the account, and of all label files together
 const QString context = u"Restore"_s;
+const QString outOfDate = u"Another Parcelory has just restored a copy — press Restore again to see what the chosen "
+                          "copy would change now."_s;
 
 } // namespace
 
@@ -98,6 +100,16 @@ void RestoreScreen::close()
         review = RestoreReview();
 }
 
+void RestoreScreen::takeReplacedRecords()
+{
+    logDamaged = false;
+    bookDamaged = false;
+    const bool isAsked = !running && !review.value().copy.folder.isEmpty();
+    close(); // a restore that begins sees it
+    if (isAsked)
+        emit finished({.failure = outOfDate});
+}
+
 /// Labels that only the account knows, as long as its files come quickly: the log keeps the link for Reprint.
 Task<> RestoreScreen::fetchLabels()
 {
@@ -122,12 +134,14 @@ Task<> RestoreScreen::restore()
     if (!canRestore())
         co_return;
     RestoreOutcome outcome{.failure = obstacle()};
+    const auto isOld = staleCheck(m_asks);
     const auto done = qScopeGuard([this] { running = false; });
     if (outcome.failure.isEmpty()) {
         running = true;
         progress = 0;
         co_await fetchLabels();
-        outcome.failure = obstacle(); // the files may have taken a while
+        co_await onPool(m_app.log, &ShipmentLog::isEmpty);  // follows another program that has restored a copy
+        outcome.failure = isOld() ? outOfDate : obstacle(); // the files may have taken a while
     }
     if (outcome.failure.isEmpty()) {
         const Progress steps({}, [this](qint64 done, qint64 total) {

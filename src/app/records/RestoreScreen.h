@@ -34,6 +34,8 @@ public:
     /// Forgets the question.
     void close();
     Task<> restore();
+    /// Call after another program has restored a copy: the answer to an open question would be about the former log.
+    void takeReplacedRecords();
 
 signals:
     /// A question is to be shown.

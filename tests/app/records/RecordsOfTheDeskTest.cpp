@@ -92,23 +92,38 @@ TEST_F(RecordsOfTheDesk, TellWhatIsWrongBeforeTheFolderOfTheCopiesAnswers)
 TEST_F(RecordsOfTheDesk, AreShownAsAnotherProgramHasRestoredThem)
 {
     EXPECT_TRUE(app->log.insert(shipmentTo(u"Former"_s)) && app->addressBook.upsert({.name = u"Former"_s}));
-    runTask(screens->addressBook.reload());
-    records().report = LogChain::Report{};
-    records().restore.logDamaged = true;
-    const QTemporaryDir other;
-    {
-        ShipmentLog log{QDir(other.path())};
-        LocalAddressStore book{QDir(other.path())};
-        EXPECT_TRUE(log.insert(shipmentTo(u"Restored"_s), false) && book.upsert({.name = u"Restored"_s}));
+    for (const bool isConfirmed : {false, true}) { // a restore that this window has asked about before
+        SCOPED_TRACE(isConfirmed);
+        runTask(screens->addressBook.reload());
+        settlePool(3);
+        records().report = LogChain::Report{};
+        records().restore.logDamaged = true;
+        records().restore.review = RestoreReview{.copy = {.folder = u"copy"_s}};
+        screens->mailingLog.selected = 1;
+        EXPECT_TRUE(screens->mailingLog.selectedRecord());
+        const QTemporaryDir other;
+        const QString restored = isConfirmed ? u"Again"_s : u"Restored"_s;
+        {
+            ShipmentLog log{QDir(other.path())};
+            LocalAddressStore book{QDir(other.path())};
+            EXPECT_TRUE(log.insert(shipmentTo(restored), false) && book.upsert({.name = restored}));
+        }
+        for (const QString &name : {u"mailing_log.sqlite"_s, u"addresses.sqlite"_s})
+            ASSERT_EQ(std::rename(qUtf8Printable(other.filePath(name)), qUtf8Printable(file(name))), 0);
+        if (isConfirmed)
+            runTask(records().restore.restore());
+        EXPECT_EQ(rowOf(app->log, 1).recipient, restored);
+        runUntil([&] {
+            return shown(app->log) == QStringList{restored} &&
+                   each(screens->addressBook.contacts(), &PostalContact::name) == QStringList{restored};
+        });
+        EXPECT_FALSE(records().report.value() || records().restore.isDamaged());
+        EXPECT_FALSE(screens->mailingLog.selected.value()) << "its id may be another label's";
+        EXPECT_TRUE(records().restore.review.value().copy.folder.isEmpty()) << "it is about the former log";
+        EXPECT_EQ(records().message.value(), u"Another Parcelory has just restored a copy — press Restore again to see "
+                                             "what the chosen copy would change now."_s);
+        records().message = QString();
     }
-    for (const QString &name : {u"mailing_log.sqlite"_s, u"addresses.sqlite"_s})
-        ASSERT_EQ(std::rename(qUtf8Printable(other.filePath(name)), qUtf8Printable(file(name))), 0);
-    EXPECT_EQ(rowOf(app->log, 1).recipient, u"Restored"_s);
-    const QStringList restored{u"Restored"_s};
-    runUntil([&] {
-        return shown(app->log) == restored && each(screens->addressBook.contacts(), &PostalContact::name) == restored;
-    });
-    EXPECT_FALSE(records().report.value() || records().restore.isDamaged());
 }
 
 } // namespace parcelory::test
