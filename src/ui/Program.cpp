@@ -64,6 +64,7 @@ Program::~Program()
     m_screens.updates.stop();
     m_screens.openItems.stop();
     m_screens.tracking.stop();
+    m_screens.addressBook.flush();
     workPool().waitForDone(); // running jobs report to the screens
 }
 

@@ -73,4 +73,14 @@ inline void settlePool(int turns = 1)
     }
 }
 
+/// The same with the address book's own thread; more turns than an operation of the book has steps.
+template <class Book>
+void settleBook(Book &book, int turns = 6)
+{
+    for (int turn = 0; turn < turns; ++turn) {
+        book.flush();
+        settlePool();
+    }
+}
+
 } // namespace parcelory::test

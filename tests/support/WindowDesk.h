@@ -63,7 +63,7 @@ struct WindowDesk : CarrierDesk {
         runTask(program->screens().keys.refresh()); // these threads run jobs in order, so these are their last
         runTask(app().credentials.stored());
         constexpr int longestChain = 32; // more jobs than a coroutine starts in sequence
-        settlePool(longestChain);
+        settleBook(program->screens().addressBook, longestChain);
         endRequests(); // a job may have led to a request
     }
 

@@ -65,7 +65,7 @@ Task<> AddressBook::load()
         LocalAddressStore::Book book;
         AddressFilter filter;
     };
-    auto reading = onPool([&store = m_app.addressBook] {
+    auto reading = m_queue.run([&store = m_app.addressBook] {
         Loaded read{store.read(), {}};
         read.book.contacts = namelessLast(read.book.contacts);
         if (read.book.failure.isEmpty())
@@ -115,14 +115,14 @@ void AddressBook::setStatus(StatusKind kind, const QString &text)
     statusKind = kind;
 }
 
-/// Writes on the pool and reads the book again. False, with the reason as status, if the write failed.
+/// Writes after the changes before it, and reads the book again. False, with the reason as status, if the write failed.
 Task<bool> AddressBook::write(Write change)
 {
     struct Written {
         bool done = false;
         QString reason;
     };
-    const Written written = co_await onPool([&store = m_app.addressBook, change] {
+    const Written written = co_await m_queue.run([&store = m_app.addressBook, change] {
         const bool done = change(store);
         return Written{done, done ? QString() : store.lastError()};
     });

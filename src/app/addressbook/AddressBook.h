@@ -3,6 +3,7 @@
 #include "addressbook/AddressFilter.h"
 #include "app/AppState.h"
 #include "core/Observable.h"
+#include "core/SerialQueue.h"
 #include "core/StatusKind.h"
 #include "core/Task.h"
 
@@ -32,8 +33,9 @@ struct BookChange {
     bool operator==(const BookChange &) const = default;
 };
 
-/// The desk's address book for the screens: the whole list in memory, and the operations that change it. All panes
-/// share it; it lives as long as AppState.
+/// The desk's address book for the screens: the whole list in memory, and the operations that change it. One thread
+/// reads and writes the store in the order of the clerk's clicks, so that an undo is written after the change. All
+/// panes share the book; it lives as long as AppState.
 class AddressBook : public Observable {
     Q_OBJECT
 public:
@@ -79,6 +81,9 @@ public:
     /// Until the import is written; then the book is as before it.
     void cancelImport() { m_cancel.cancel(); }
 
+    /// Waits until the changes so far are written, as the destructor does.
+    void flush() { m_queue.wait(); }
+
     enum class Format { vCard, csv };
     /// Writes the whole book to a file that the clerk chooses.
     Task<> exportTo(Format format);
@@ -116,6 +121,7 @@ private:
     bool m_isDraftEmpty;
     QPropertyNotifier m_draftWatch;
     CancelToken m_cancel; ///< of the import
+    SerialQueue m_queue;  ///< of all work with the store but an export
 };
 
 /// A view that searches the address book: the sidebar or the Address Book window.

@@ -112,7 +112,7 @@ Task<> AddressBook::mergeAll(ReadAddresses read)
 {
     const QStringList skipped = read.skipped;
     const LocalAddressStore::Merged merged =
-        co_await onPool([&store = m_app.addressBook, read, cancel = m_cancel]() mutable {
+        co_await m_queue.run([&store = m_app.addressBook, read, cancel = m_cancel]() mutable {
             for (PostalContact &contact : read.contacts) {
                 if (contact.name.isEmpty())
                     contact.name = contact.company;

@@ -18,7 +18,7 @@ protected:
     }
     void TearDown() override { finish(); }
 
-    void finish() { settlePool(6); }
+    void finish() { settleBook(book); }
     QStringList shown() const
     {
         return each(pane.filtered(), [this](int at) { return book.contacts()[at].name; });
@@ -51,7 +51,7 @@ TEST_F(AddressBookTest, ALockedBookHoldsUpNoStartAndComesBackByItself)
     ASSERT_TRUE(other.exec("ROLLBACK"));
     clock.advance(std::chrono::seconds(10));
     runUntil([&] { return nextBook.loaded.value(); });
-    finish();
+    settleBook(nextBook);
     EXPECT_EQ(nextBook.status.value(), u"1 addresses"_s);
     EXPECT_EQ(errors->entries().size(), 1);
 }
@@ -197,8 +197,27 @@ TEST_F(AddressBookTest, SavesAndDeletesOnceHoweverOftenItIsAsked)
         spawn([&unread] { return unread.keep(homeAddress()); }); // reads the book first
         spawn([&unread] { return unread.reload(); });
     }
-    finish();
+    settleBook(unread);
     EXPECT_TRUE(unread.kept.value() && unread.kept.value()->isWritten);
+}
+
+TEST_F(AddressBookTest, WritesChangesInTheOrderOfTheClicks)
+{
+    add(u"Adams"_s, u"Keene"_s);
+    const PostalContact before = book.contacts()[0];
+    std::vector<Task<bool>> changes;
+    for (PostalContact contact = before; changes.size() < 16; changes.push_back(book.save(contact)))
+        contact.phone = QString::number(changes.size());
+    finish();
+    EXPECT_EQ(book.contacts()[0].phone, u"15"_s);
+
+    ShippoAddress moved = before.asShippoAddress();
+    moved.phone = u"603 555 0142"_s;
+    for (int click = 0; click < 8; ++click)
+        spawn([this, moved] { return book.keep(moved); });
+    spawn([this] { return book.undo(); }); // of a change before
+    finish();
+    EXPECT_EQ(book.contacts()[0].phone, before.phone);
 }
 
 TEST_F(AddressBookTest, SaysThatItCannotBeRead)

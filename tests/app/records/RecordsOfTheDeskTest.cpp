@@ -35,11 +35,12 @@ private:
 class RecordsOfTheDesk : public testing::Test, public CarrierDesk {
 protected:
     RecordsOfTheDesk() { start(); }
-    ~RecordsOfTheDesk() override { settlePool(3); }
+    ~RecordsOfTheDesk() override { settleBook(screens->addressBook); }
     /// Starts the program, or starts it again.
     void start(const std::function<void()> &meanwhile = {})
     {
-        settlePool(3);
+        if (screens)
+            settleBook(screens->addressBook);
         screens.reset();
         app.reset();
         if (meanwhile)
