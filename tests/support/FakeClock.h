@@ -16,20 +16,19 @@ public:
     QDateTime steadyNow() const override { return m_steadyStart.addMSecs(m_elapsed.count()); }
     quint64 after(Duration delay, std::function<void()> action) override
     {
-        m_due.emplace(m_elapsed + delay, std::pair{++m_timers, std::move(action)});
+        m_due.emplace(m_elapsed + delay, Timer{++m_timers, delay, std::move(action)});
         return m_timers;
     }
     void cancel(quint64 timer) override
     {
-        std::erase_if(m_due, [timer](const auto &entry) { return entry.second.first == timer; });
+        std::erase_if(m_due, [timer](const auto &entry) { return entry.second.id == timer; });
     }
 
     /// Advances to the next timer and runs it; false if there is no timer. A test that waits for an answer does not
-    /// reach midnight or the timers of the next day, which would start again and again.
+    /// reach the timers for midnight or for the next day, which would start again and again.
     bool fireNext()
     {
-        const auto next = std::ranges::find_if(
-            m_due, [this](const auto &entry) { return start.addMSecs(entry.first.count()).time() != QTime(0, 0); });
+        const auto next = std::ranges::find_if(m_due, [this](const auto &entry) { return !isForMidnight(entry); });
         if (next == m_due.end() || next->first - m_elapsed > std::chrono::hours(12))
             return false;
         fire(next);
@@ -39,7 +38,7 @@ public:
     void runNext()
     {
         if (!m_due.empty())
-            m_due.extract(m_due.begin()).mapped().second();
+            m_due.extract(m_due.begin()).mapped().action();
     }
     void advance(Duration by)
     {
@@ -51,13 +50,24 @@ public:
     Duration elapsed() const { return m_elapsed; }
 
 private:
-    using Timers = std::multimap<Duration, std::pair<quint64, std::function<void()>>>;
+    struct Timer {
+        quint64 id;
+        Duration delay;
+        std::function<void()> action;
+    };
+    using Timers = std::multimap<Duration, Timer>;
 
+    /// A timer of a short interval may be due at midnight, too: it only happens to be.
+    bool isForMidnight(const Timers::value_type &entry) const
+    {
+        return start.addMSecs(entry.first.count()).time() == QTime(0, 0) &&
+               entry.second.delay > std::chrono::minutes(1);
+    }
     void fire(Timers::iterator timer)
     {
         const auto due = m_due.extract(timer);
         m_elapsed = std::max(m_elapsed, due.key());
-        due.mapped().second();
+        due.mapped().action();
     }
 
     const QDateTime m_steadyStart = start;
