@@ -14,6 +14,7 @@ TEST_F(Help, OpensTheHandbookAtTheMessageOfAnAlert)
 {
     EXPECT_FALSE(handbookEntry()->isEnabled());
     EXPECT_TRUE(handbookEntry()->text().contains(u"not installed"_s));
+    settlePool(); // the program itself has looked for the pages by now
     runTask(program->screens().handbook.load({QStringLiteral(PARCELORY_HANDBOOK)}));
     EXPECT_TRUE(handbookEntry()->isEnabled());
     handbookEntry()->trigger();
