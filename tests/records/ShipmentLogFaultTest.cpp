@@ -78,7 +78,7 @@ TEST(ShipmentLog, FollowsAnotherProgramThatRestoresACopy)
         EXPECT_EQ(shown(file.log), QStringList{u"Cy"_s});
         EXPECT_EQ(told, 3);
         file.put(u"log.txt"_s, mailLine("Dee"));
-        afterRestoring(u"Di"_s, [&] { EXPECT_EQ(file.log.importEndiciaCSV(file.path(u"log.txt"_s)).imported, 1); });
+        after(u"Di"_s, [&] { EXPECT_EQ(file.log.importEndiciaCSV(file.path(u"log.txt"_s)).imported, 1); });
         EXPECT_EQ(file.recipients(), (QStringList{u"Di"_s, u"Dee"_s}));
         ASSERT_TRUE(QFile::remove(file.path()));
         EXPECT_FALSE(file.log.insert(shipmentTo(u"Lost"_s)));
