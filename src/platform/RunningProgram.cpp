@@ -24,8 +24,9 @@ QString socketPath(const QDir &dataFolder)
     if (bytes.size() <= longestPath)
         return path;
     const QByteArray hash = QCryptographicHash::hash(bytes, QCryptographicHash::Sha256).toHex();
-    const QDir folder(QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation));
-    return folder.filePath(u"parcelory-%1.socket"_s.arg(QLatin1StringView(hash.first(16))));
+    const QString folder = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
+    return QDir(folder.isEmpty() ? QDir::tempPath() : folder)
+        .filePath(u"parcelory-%1.socket"_s.arg(QLatin1StringView(hash.first(16))));
 }
 
 } // namespace

@@ -110,11 +110,14 @@ bool SettingsPreferences::synchronize()
         changed = m_changed;
         m_isPosted = false;
     }
+    const auto isUsable = [](const QSettings &settings) {
+        return settings.status() == QSettings::NoError && settings.isWritable();
+    };
     const std::unique_ptr<QSettings> settings = m_open(); // QSettings does not forget a failure that is over
     for (const auto &[key, value] : changed.asKeyValueRange())
         settings->setValue(key, value);
     settings->sync();
-    if (settings->status() != QSettings::NoError || !settings->isWritable())
+    if (!isUsable(*settings) && !isUsable(*m_open())) // the first object may have mended a line that it could not read
         return false;
     Values values = valuesIn(*settings);
     const std::lock_guard lock(m_access);

@@ -53,10 +53,13 @@ LogRead<Times> timesOf(const ShipmentLog &log, const QString &id)
 
 bool put(ShipmentLog &log, const QStringList &ids, LabelEvent event, const QDateTime &at)
 {
-    // The paper of an earlier print may come out after the next print began.
+    // The paper of an earlier print may come out after the next print began. The first print has no earlier one: its
+    // own paper may come out before it is noted.
     const auto forgetEarlier = [&](const Database &db, const QString &id) {
-        return execute(db, "DELETE FROM label_events WHERE label = ? AND event = ? AND at > ?", id,
-                       textOf(words, LabelEvent::cameOut), secondsOf(at));
+        return execute(db,
+                       "DELETE FROM label_events WHERE label = ?1 AND event = ?2 AND at > ?3 AND EXISTS "
+                       "(SELECT 1 FROM label_events WHERE label = ?1 AND event = ?4)",
+                       id, textOf(words, LabelEvent::cameOut), secondsOf(at), textOf(words, LabelEvent::sent));
     };
     return log.change([&](Database &db) {
         return db.exec(schema) && std::ranges::all_of(ids, [&](const QString &id) {

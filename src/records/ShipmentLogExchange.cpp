@@ -73,6 +73,8 @@ LogRead<bool> ShipmentLog::exportEndiciaCSV(QIODevice &out, const Progress &prog
     // One reader reads while the other reader's lines are written; reading is most of the work.
     using LogExport::LineReader;
     std::array<LineReader, 2> readers{LineReader(m_path), LineReader(m_path)};
+    if (db.isReplaced()) // the readers may have opened another file
+        return LogRead<bool>::failed(notRead(db));
     std::span<const qint64> rest(*ids);
     const auto start = [&rest](LineReader &reader) {
         const auto ids = rest.first(std::min<std::size_t>(portion, rest.size()));

@@ -57,7 +57,9 @@ int stepsTo(const QWidget *window, const QWidget *dialog)
 /// The last dialog over the window, which has the window's keys; without a dialog, the window.
 QWidget *frontOf(QWidget *window)
 {
-    QWidget *front = window;
+    if (QWidget *last = QApplication::activeModalWidget(); last && stepsTo(window, last) > 0)
+        return last;
+    QWidget *front = window; // the last dialog of all is another window's
     int farthest = 0;
     for (QWidget *dialog : QApplication::topLevelWidgets()) {
         const int steps = dialog->isModal() && dialog->isVisible() ? stepsTo(window, dialog) : 0;

@@ -74,6 +74,9 @@ TEST(LabelEvents, TheLastPrintDecides)
     }
     EXPECT_TRUE(LabelEvents::put(log, {u"t"_s}, LabelEvent::sent, now.addSecs(-1)));
     EXPECT_EQ(state(), PrintState::sent) << "the first print came out after its reprint began";
+    EXPECT_TRUE(LabelEvents::put(log, {u"late"_s}, LabelEvent::cameOut, now) &&
+                LabelEvents::put(log, {u"late"_s}, LabelEvent::sent, now.addSecs(-1)));
+    EXPECT_EQ(*LabelEvents::printState(log, u"late"_s), PrintState::done) << "it came out before its print was noted";
     EXPECT_EQ(LabelEvents::ofDay(log, LabelEvent::refundAsked, QDate(2026, 11, 20))->size(), 2);
     EXPECT_EQ(LabelEvents::ofDay(log, LabelEvent::cameOut, QDate(2026, 11, 20))->size(), 0);
     EXPECT_FALSE(LabelEvents::find(log, u"none"_s, LabelEvent::sent)->has_value());

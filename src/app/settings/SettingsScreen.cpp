@@ -79,11 +79,19 @@ void SettingsScreen::store(QProperty<T> &property, const Setting<T> &setting)
 
 Task<> SettingsScreen::checkStorage()
 {
+    m_mustCheckStorage = true;
+    if (m_isCheckingStorage) // one at a time: the disk may hang while the clerk types
+        co_return;
+    m_isCheckingStorage = true;
+    const auto done = qScopeGuard([this] { m_isCheckingStorage = false; });
     Preferences &preferences = m_app.platform.preferences;
-    write(preferences, settings::storageChecked, m_app.platform.clock.now().toString(Qt::ISODate)); // shows a full disk
-    const bool isStored = co_await onPool(preferences, &Preferences::synchronize);
-    if (!isStored && !std::exchange(m_isStorageTold, true))
-        m_app.recorded(u"Settings"_s, AppError(settings::notStored), Popup::yes);
+    while (std::exchange(m_mustCheckStorage, false)) {
+        const QString now = m_app.platform.clock.now().toString(Qt::ISODate);
+        write(preferences, settings::storageChecked, now); // shows a full disk
+        const bool isStored = co_await onPool(preferences, &Preferences::synchronize);
+        if (!isStored && !std::exchange(m_isStorageTold, true))
+            m_app.recorded(u"Settings"_s, AppError(settings::notStored), Popup::yes);
+    }
 }
 
 QStringList SettingsScreen::labelPrinterChoices() const

@@ -78,6 +78,8 @@ private:
 
     AppState &m_app;
     bool m_discovered = false;
+    bool m_mustCheckStorage = false;
+    bool m_isCheckingStorage = false;
     bool m_isStorageTold = false;
     std::vector<QPropertyNotifier> m_notifiers;
 };
